@@ -1,0 +1,35 @@
+# Compiler settings that every target of the project shares.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release)
+endif()
+
+# Host, plug-in and libraries lie beside each other in the build tree and keep their places when installed.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+
+option(RECORDING2_SANITIZE "Build with address and undefined behaviour sanitizers" OFF)
+option(RECORDING2_TIDY "Run clang-tidy on every source" OFF)
+
+add_library(project_settings INTERFACE)
+target_compile_definitions(project_settings INTERFACE QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_STRICT_ITERATORS)
+# No contraction: arithmetic gives the same bits on every machine.
+target_compile_options(
+  project_settings INTERFACE -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+ -Woverloaded-virtual -Wcast-align -Wformat=2 -ffp-contract=off
+)
+if(RECORDING2_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+if(RECORDING2_TIDY)
+  find_program(CLANG_TIDY NAMES clang-tidy-14 clang-tidy REQUIRED)
+  set(CMAKE_CXX_CLANG_TIDY "${CLANG_TIDY};--quiet")
+endif()

@@ -1,0 +1,16 @@
+# recording2_test(NAME SOURCES... LINK... [LABELS ...]) makes a GoogleTest program; every case of it is one test.
+include(GoogleTest)
+find_package(GTest REQUIRED)
+
+function(recording2_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK;LABELS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE project_settings ${ARG_LINK} GTest::gmock GTest::gtest GTest::gtest_main)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
+  gtest_discover_tests(
+    ${name}
+    DISCOVERY_MODE PRE_TEST
+    TEST_PREFIX "${name}."
+    PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 120
+  )
+endfunction()
