@@ -1,0 +1,104 @@
+// Reading the elementary fields of a recording through a bounded, buffered cursor.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "bytesource.h"
+
+namespace Recording2::Format {
+
+/// How reading one field went. Only Ok sets the target; every other result leaves it as it was.
+enum class FieldStatus : std::uint8_t {
+    Ok,
+    NotANumber,  ///< no digits where a number should stand
+    OutOfRange,  ///< a number that its field cannot hold
+    EndOfFile,   ///< the file ended before or within the field
+};
+
+/// Reads 8 bytes, the least significant first.
+[[nodiscard]] std::uint64_t InInt64(const char* bytes);
+
+/// A position in a byte source, read field by field.
+///
+/// Fields are read as a text stream in the classic locale reads them: white space in front of a number is passed over,
+/// a sign is taken, and after every field exactly one byte, the separator, is skipped whatever it is. Reading past the
+/// last byte sets the end mark; while it is set, fields read nothing. Only skipping a separator behind a field clears
+/// and decides the mark anew, so a damaged field never stops the reading of the next.
+class Cursor {
+public:
+    /// @param source must outlive the cursor
+    explicit Cursor(ByteSource& source, std::size_t bufferBytes = std::size_t{64} * 1024);
+
+    [[nodiscard]] std::int64_t position() const { return m_bufferStart + static_cast<std::int64_t>(m_next); }
+    /// Goes to a position and clears the end mark. A negative position leaves the cursor where it is.
+    void seek(std::int64_t position);
+    [[nodiscard]] bool atEnd() const { return m_end; }
+    void clearEnd() { m_end = false; }
+    /// Bytes between here and the end of the source.
+    [[nodiscard]] std::int64_t remaining();
+    /// Forgets buffered bytes, because the source's bytes changed.
+    void invalidate();
+
+    FieldStatus readNumber(std::int16_t& target) { return readInteger(target); }
+    FieldStatus readNumber(std::int32_t& target) { return readInteger(target); }
+    FieldStatus readNumber(std::int64_t& target) { return readInteger(target); }
+    FieldStatus readFloat(float& target);
+    FieldStatus readTime(std::uint64_t& target);
+    /// Reads length bytes; no separator follows. With fewer bytes left it takes those that are there and sets the end
+    /// mark, so memory is bounded by the source. @param length must be above 0
+    FieldStatus readBytes(std::string& target, std::int64_t length);
+
+private:
+    template <typename Integer>
+    FieldStatus readInteger(Integer& target);
+    FieldStatus extractInteger(std::int64_t low, std::int64_t high, std::int64_t& value);
+    FieldStatus extractMagnitude(std::uint64_t limit, std::uint64_t& magnitude);
+    void collectFloat(std::string& text);
+
+    bool fill();  // loads the buffer at the position; false at the end
+    int peek();   // the byte here, -1 at the end
+    void skipWhiteSpace();
+    void skipSeparator();  // one byte, and the end mark anew
+
+    ByteSource& m_source;
+    std::vector<char> m_buffer;
+    std::size_t m_next = 0;   // within the buffer
+    std::size_t m_limit = 0;  // bytes in the buffer
+    std::int64_t m_bufferStart = 0;
+    bool m_end = false;
+};
+
+inline int Cursor::peek()
+{
+    if (m_next == m_limit && !fill()) {
+        return -1;
+    }
+    return static_cast<unsigned char>(m_buffer[m_next]);
+}
+
+inline void Cursor::skipSeparator()
+{
+    m_end = peek() < 0;
+    if (!m_end) {
+        ++m_next;
+    }
+}
+
+template <typename Integer>
+FieldStatus Cursor::readInteger(Integer& target)
+{
+    std::int64_t value = 0;
+    const FieldStatus status =
+        extractInteger(std::numeric_limits<Integer>::min(), std::numeric_limits<Integer>::max(), value);
+    if (status == FieldStatus::Ok) {
+        target = static_cast<Integer>(value);
+    }
+    skipSeparator();
+    return status;
+}
+
+}  // namespace Recording2::Format

@@ -1,0 +1,97 @@
+#include "layout.h"
+
+namespace Recording2::Format {
+
+namespace {
+
+void appendHeaderText(std::string& out, const std::string& text)
+{
+    appendString(out, static_cast<std::uint32_t>(text.size()), std::string_view(text.c_str()));
+}
+
+void readText(Cursor& cursor, std::string& target)
+{
+    std::int32_t length = 0;
+    cursor.readNumber(length);
+    if (length > 0) {
+        cursor.readBytes(target, length);
+    }
+}
+
+}  // namespace
+
+std::string headerArea()
+{
+    std::string area(HeaderAreaBytes - 1, '0');
+    area.push_back(Separator);
+    return area;
+}
+
+void appendHeader(std::string& out, const HeaderRecord& header)
+{
+    appendNumber(out, header.major);
+    appendNumber(out, header.minor);
+    appendFloat(out, header.startFrequency);
+    appendFloat(out, header.stopFrequency);
+    appendFloat(out, header.stepWidth);
+    appendNumber(out, header.minLevel);
+    appendNumber(out, header.maxLevel);
+    appendTime(out, header.startMs);
+    appendTime(out, header.stopMs);
+    appendHeaderText(out, header.jobId);
+    appendHeaderText(out, header.deviceName);
+    appendHeaderText(out, header.deviceType);
+    appendNumber(out, header.positions.typeTable);
+    appendNumber(out, header.positions.firstRecord);
+    appendNumber(out, header.positions.timeTable);
+    appendNumber(out, header.positions.channelRangeTable);
+    appendNumber(out, header.positions.bookmarkTable);
+    appendNumber(out, std::int32_t{header.automatic ? 1 : 0});
+}
+
+HeaderStatus readHeader(Cursor& cursor, HeaderRecord& target)
+{
+    cursor.readNumber(target.major);
+    cursor.readNumber(target.minor);
+    if (target.major < OldestMajorVersion) {
+        return HeaderStatus::OldFormat;
+    }
+    cursor.readFloat(target.startFrequency);
+    cursor.readFloat(target.stopFrequency);
+    cursor.readFloat(target.stepWidth);
+    cursor.readNumber(target.minLevel);
+    cursor.readNumber(target.maxLevel);
+    cursor.readTime(target.startMs);
+    cursor.readTime(target.stopMs);
+    readText(cursor, target.jobId);
+    readText(cursor, target.deviceName);
+    readText(cursor, target.deviceType);
+    cursor.readNumber(target.positions.typeTable);
+    cursor.readNumber(target.positions.firstRecord);
+    cursor.readNumber(target.positions.timeTable);
+    cursor.readNumber(target.positions.channelRangeTable);
+    cursor.readNumber(target.positions.bookmarkTable);
+    std::int32_t automatic = 0;
+    cursor.readNumber(automatic);
+    target.automatic = automatic >= 1;
+    return HeaderStatus::Ok;
+}
+
+void appendTypeEntry(std::string& out, std::int32_t typeNumber, std::int32_t valueType, std::string_view keyword,
+                     std::string_view valuePath)
+{
+    appendNumber(out, typeNumber);
+    appendNumber(out, valueType);
+    appendString(out, keyword.size(), keyword);
+    appendString(out, valuePath.size(), valuePath);
+}
+
+void readTypeEntry(Cursor& cursor, TypeEntryRecord& target)
+{
+    cursor.readNumber(target.typeNumber);
+    cursor.readNumber(target.valueType);
+    readText(cursor, target.keyword);
+    readText(cursor, target.valuePath);
+}
+
+}  // namespace Recording2::Format

@@ -1,0 +1,105 @@
+// The blocks of a recording file: header area, type table, records, time table, channel range table.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "cursor.h"
+#include "encode.h"
+
+namespace Recording2::Format {
+
+/// Bytes reserved for the header record at the start of a file.
+constexpr std::int32_t HeaderAreaBytes = 500;
+/// Positions are 32-bit signed numbers.
+constexpr std::int64_t LastPosition = std::numeric_limits<std::int32_t>::max();
+/// The oldest major version that can be read.
+constexpr std::int16_t OldestMajorVersion = 2;
+
+/// Where the blocks begin; 0 for one that is absent.
+struct Positions {
+    std::int32_t typeTable = 0;
+    std::int32_t firstRecord = 0;
+    std::int32_t timeTable = 0;
+    std::int32_t channelRangeTable = 0;
+    std::int32_t bookmarkTable = 0;
+};
+
+/// The header record as it stands in the file.
+struct HeaderRecord {
+    std::int16_t major = 0;
+    std::int16_t minor = 0;
+    float startFrequency = 0;
+    float stopFrequency = 0;
+    float stepWidth = 0;
+    std::int32_t minLevel = 0;
+    std::int32_t maxLevel = 0;
+    std::uint64_t startMs = 0;
+    std::uint64_t stopMs = 0;
+    std::string jobId;
+    std::string deviceName;
+    std::string deviceType;
+    Positions positions;
+    bool automatic = false;
+};
+
+/// The placeholder of the header area: zeros and a final separator.
+[[nodiscard]] std::string headerArea();
+/// Appends the header record. Its texts are written up to their first NUL but with their whole length.
+void appendHeader(std::string& out, const HeaderRecord& header);
+
+/// Whether a header could be read. OldFormat: reading ended behind the minor version.
+enum class HeaderStatus : std::uint8_t { Ok, OldFormat };
+/// Reads the header record here. Damaged fields keep what the target holds. The texts of a field whose length is below
+/// 1 keep theirs.
+HeaderStatus readHeader(Cursor& cursor, HeaderRecord& target);
+
+/// Appends one entry of the type table, behind the entry count (appendNumber with 32 bits).
+void appendTypeEntry(std::string& out, std::int32_t typeNumber, std::int32_t valueType, std::string_view keyword,
+                     std::string_view valuePath);
+
+struct TypeEntryRecord {
+    std::int32_t typeNumber = 0;
+    std::int32_t valueType = 0;
+    std::string keyword;
+    std::string valuePath;
+};
+void readTypeEntry(Cursor& cursor, TypeEntryRecord& target);
+
+/// Room that the head of a record needs: code and data length.
+constexpr std::size_t MaxRecordHeadBytes = 2 * MaxNumberBytes;
+/// Writes the head of a record; the data follows. @return the end of what was written
+inline char* putRecordHead(char* out, std::int32_t code, std::uint32_t dataLength)
+{
+    return putNumber(putNumber(out, code), dataLength);
+}
+struct RecordHead {
+    std::int32_t code = 0;
+    std::int32_t dataLength = 0;
+};
+inline void readRecordHead(Cursor& cursor, RecordHead& target)
+{
+    cursor.readNumber(target.code);
+    cursor.readNumber(target.dataLength);
+}
+
+/// Room that an entry of the time table needs.
+constexpr std::size_t MaxTimeEntryBytes = TimeBytes + MaxNumberBytes;
+inline char* putTimeEntry(char* out, std::uint64_t milliseconds, std::int64_t position)
+{
+    return putNumber(putTime(out, milliseconds), position);
+}
+struct TimeEntryRecord {
+    std::uint64_t milliseconds = 0;
+    std::int32_t position = 0;
+};
+/// Damaged fields keep what the target holds, so a caller's loop keeps its pair across rounds.
+inline void readTimeEntry(Cursor& cursor, TimeEntryRecord& target)
+{
+    cursor.readTime(target.milliseconds);
+    cursor.readNumber(target.position);
+}
+
+}  // namespace Recording2::Format

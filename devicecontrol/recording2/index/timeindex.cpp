@@ -1,0 +1,161 @@
+#include "timeindex.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace Recording2::Index {
+
+namespace {
+
+// Ranks of the keys in ascending order, of equal keys only the one that was added first.
+template <typename Key>
+std::vector<std::size_t> ascendingFirsts(const std::vector<Key>& keys)
+{
+    std::vector<std::size_t> order(keys.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return keys[a] < keys[b]; });
+    const auto end =
+        std::unique(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return keys[a] == keys[b]; });
+    order.erase(end, order.end());
+    return order;
+}
+
+template <typename T>
+std::vector<T> pick(const std::vector<T>& values, const std::vector<std::size_t>& order)
+{
+    std::vector<T> picked;
+    picked.reserve(order.size());
+    for (const std::size_t i : order) {
+        picked.push_back(values[i]);
+    }
+    return picked;
+}
+
+template <typename Key>
+std::size_t rankAtOrAfter(const std::vector<Key>& keys, Key key)
+{
+    return static_cast<std::size_t>(std::lower_bound(keys.begin(), keys.end(), key) - keys.begin());
+}
+
+}  // namespace
+
+void TimeIndex::add(std::uint64_t time, std::int32_t position)
+{
+    if (!m_times.empty()) {
+        if (time == m_times.back() && position == m_positions.back()) {
+            return;
+        }
+        m_ordered = m_ordered && time > m_times.back() && position > m_positions.back();
+    }
+    m_times.push_back(time);
+    m_positions.push_back(position);
+    m_separated = false;
+}
+
+void TimeIndex::clear()
+{
+    *this = TimeIndex();
+}
+
+void TimeIndex::separate() const
+{
+    if (m_separated) {
+        return;
+    }
+    const auto byTime = ascendingFirsts(m_times);
+    m_byTime = {pick(m_times, byTime), pick(m_positions, byTime)};
+    const auto byPosition = ascendingFirsts(m_positions);
+    m_byPosition = {pick(m_times, byPosition), pick(m_positions, byPosition)};
+    m_separated = true;
+}
+
+const std::vector<std::uint64_t>& TimeIndex::timesByTime() const
+{
+    return m_ordered ? m_times : (separate(), m_byTime.times);
+}
+
+const std::vector<std::int32_t>& TimeIndex::positionsByTime() const
+{
+    return m_ordered ? m_positions : (separate(), m_byTime.positions);
+}
+
+const std::vector<std::uint64_t>& TimeIndex::timesByPosition() const
+{
+    return m_ordered ? m_times : (separate(), m_byPosition.times);
+}
+
+const std::vector<std::int32_t>& TimeIndex::positionsByPosition() const
+{
+    return m_ordered ? m_positions : (separate(), m_byPosition.positions);
+}
+
+std::size_t TimeIndex::size() const
+{
+    return timesByTime().size();
+}
+
+bool TimeIndex::contains(std::uint64_t time) const
+{
+    const auto& times = timesByTime();
+    if (times.empty() || time > times.back()) {
+        return false;
+    }
+    return times[rankAtOrAfter(times, time)] == time;
+}
+
+TimeEntry TimeIndex::byTime(std::size_t rank) const
+{
+    return {timesByTime()[rank], positionsByTime()[rank]};
+}
+
+std::optional<TimeEntry> TimeIndex::atOrAfterOrLast(std::uint64_t time) const
+{
+    if (empty()) {
+        return std::nullopt;
+    }
+    return byTime(std::min(rankAtOrAfter(timesByTime(), time), size() - 1));
+}
+
+std::optional<TimeEntry> TimeIndex::before(std::uint64_t time) const
+{
+    const auto& times = timesByTime();
+    const std::size_t rank = rankAtOrAfter(times, time);
+    if (rank == 0 || rank == times.size() || times[rank] != time) {
+        return std::nullopt;
+    }
+    return byTime(rank - 1);
+}
+
+std::optional<std::size_t> TimeIndex::rankOf(std::int64_t position) const
+{
+    const auto& positions = positionsByPosition();
+    for (const std::size_t rank : {m_hint + 1, m_hint}) {
+        if (rank < positions.size() && positions[rank] == position) {
+            m_hint = rank;
+            return rank;
+        }
+    }
+    const auto found = std::lower_bound(positions.begin(), positions.end(), position);
+    if (found == positions.end() || *found != position) {
+        return std::nullopt;
+    }
+    m_hint = static_cast<std::size_t>(found - positions.begin());
+    return m_hint;
+}
+
+std::uint64_t TimeIndex::timeAt(std::int64_t position) const
+{
+    const auto rank = rankOf(position);
+    return rank ? timesByPosition()[*rank] : 0;
+}
+
+std::optional<TimeEntry> TimeIndex::byPosition(std::size_t rank) const
+{
+    const auto& positions = positionsByPosition();
+    if (rank >= positions.size()) {
+        return std::nullopt;
+    }
+    return TimeEntry{timesByPosition()[rank], positions[rank]};
+}
+
+}  // namespace Recording2::Index

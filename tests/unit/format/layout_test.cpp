@@ -1,0 +1,108 @@
+#include <recording2/format/layout.h>
+
+#include <gtest/gtest.h>
+
+#include "support/memorysource.h"
+
+using namespace Recording2::Format;
+using RecordingTests::MemorySource;
+
+namespace {
+
+HeaderRecord exampleHeader()
+{
+    HeaderRecord header;
+    header.major = 2;
+    header.startFrequency = 20;
+    header.stopFrequency = 3000;
+    header.stepWidth = 0.025F;
+    header.minLevel = -30;
+    header.maxLevel = 100;
+    header.startMs = 1;
+    header.stopMs = 2;
+    header.jobId = "A1B2";
+    header.deviceName = "RX#1";
+    header.positions = {500, 600, 700, 0, 0};
+    header.automatic = true;
+    return header;
+}
+
+}  // namespace
+
+TEST(Layout, TheHeaderAreaIsFiveHundredBytesOfPlaceholder)
+{
+    const std::string area = headerArea();
+    EXPECT_EQ(area, std::string(499, '0') + "#");
+}
+
+TEST(Layout, TheHeaderRecordStandsInItsOrder)
+{
+    std::string out;
+    appendHeader(out, exampleHeader());
+    EXPECT_EQ(out, std::string("2#0#20#3000#0.025#-30#100#\x01\0\0\0\0\0\0\0#\x02\0\0\0\0\0\0\0#"
+                               "4#A1B24#RX#10#500#600#700#0#0#1#",
+                               26 + 18 + 32));
+}
+
+TEST(Layout, AHeaderTextIsWrittenUpToItsFirstNulWithItsWholeLength)
+{
+    HeaderRecord header;
+    header.jobId = std::string("ab\0c", 4);
+    std::string out;
+    appendHeader(out, header);
+    EXPECT_NE(out.find("4#ab0#0#"), std::string::npos);
+}
+
+TEST(Layout, AHeaderIsReadBackAsItWasWritten)
+{
+    std::string out;
+    appendHeader(out, exampleHeader());
+    MemorySource source(out);
+    Cursor cursor(source);
+    HeaderRecord read;
+    ASSERT_EQ(readHeader(cursor, read), HeaderStatus::Ok);
+    EXPECT_EQ(read.stepWidth, 0.025F);
+    EXPECT_EQ(read.deviceName, "RX#1");
+    EXPECT_EQ(read.deviceType, "");
+    EXPECT_EQ(read.positions.timeTable, 700);
+    EXPECT_TRUE(read.automatic);
+}
+
+TEST(Layout, AMajorVersionBelowTwoIsAnOldFormat)
+{
+    MemorySource source("1#9#1#");
+    Cursor cursor(source);
+    HeaderRecord read;
+    EXPECT_EQ(readHeader(cursor, read), HeaderStatus::OldFormat);
+}
+
+TEST(Layout, ADamagedHeaderFieldKeepsItsTargetAndReadingGoesOn)
+{
+    MemorySource source("2#0#x20#3000#1#-30#100#");
+    Cursor cursor(source);
+    HeaderRecord read;
+    read.startFrequency = 5;
+    ASSERT_EQ(readHeader(cursor, read), HeaderStatus::Ok);
+    EXPECT_EQ(read.startFrequency, 5);
+    EXPECT_EQ(read.stopFrequency, 20);  // one byte was skipped, so the fields behind it move up
+}
+
+TEST(Layout, ATypeEntryIsReadBackAsItWasWritten)
+{
+    std::string out;
+    appendTypeEntry(out, 46, -1, "FREQUENCY", std::string("/A#\0B", 5));
+    EXPECT_EQ(out, std::string("46#-1#9#FREQUENCY5#/A#\0B", 24));
+    MemorySource source(out);
+    Cursor cursor(source);
+    TypeEntryRecord entry;
+    readTypeEntry(cursor, entry);
+    EXPECT_EQ(entry.valueType, -1);
+    EXPECT_EQ(entry.valuePath, std::string("/A#\0B", 5));
+}
+
+TEST(Layout, ARecordHeadIsCodeAndLength)
+{
+    char buffer[MaxRecordHeadBytes];
+    char* const end = putRecordHead(buffer, -7, 4294967295U);
+    EXPECT_EQ(std::string(buffer, end), "-7#4294967295#");
+}
