@@ -1,0 +1,212 @@
+// Opening, closing and the small queries; writing, reading and the archive have files of their own.
+#include "fileaccess.h"
+
+#include <exception>
+
+#include <QStringList>
+
+#include <vkbase/trace.h>
+
+#include "fileaccess_p.h"
+#include "filenames.h"
+
+namespace Recording2 {
+
+namespace {
+
+const QString NoGroup = QStringLiteral("ERROR");
+
+// The name that a file has once it is finished: up to the first dot of its name, then ".rec".
+std::string finalName(const std::string& directory, const std::string& path)
+{
+    return directory + "/" + FileNames::baseName(path) + ".rec";
+}
+
+void traceException(const char* format, const std::exception& exception)
+{
+    if (FileAccessTrace::enabled()) {
+        _Q_TraceOld(format, exception.what());
+    }
+}
+
+}  // namespace
+
+bool FileAccessTrace::enabled()
+{
+    return (ErrorHandler::Instance().TraceMask() & ErrorHandler::RecordingTraces) != 0;
+}
+
+CFileAccess* CFileAccess::m_pInstance = nullptr;
+QString CFileAccess::m_sGuid = QStringLiteral("Initial GUID String");
+
+OutputFile* CFileAccess::Private::goodOutput() const
+{
+    OutputFile* output = shared->output.get();
+    return output != nullptr && output->good() ? output : nullptr;
+}
+
+OpenInput* CFileAccess::Private::goodInput() const
+{
+    OpenInput* input = shared->input.get();
+    return input != nullptr && input->good() ? input : nullptr;
+}
+
+CFileAccess::CFileAccess(const char* path, const QString& prefix, const char* name, bool write, bool readTables,
+                         bool sameGroup, CRecording* recorder, Zelvo::ZelvoClient* client)
+    : d(std::make_unique<Private>())
+{
+    d->path = path;
+    if (name != nullptr) {
+        d->path += name;
+    }
+    d->client = client;
+    d->recorder = recorder;
+    d->shared->uncFilePath.Attach(prefix + QStringLiteral("/REC_UNCFILEPATH"));
+    d->shared->archiveFilePath.Attach(prefix + QStringLiteral("/REC_ZELVOFILEPATH"));
+    d->valid = OpenRecording(d->path, write, readTables, sameGroup);
+}
+
+CFileAccess::CFileAccess(const CFileAccess& other) : d(std::make_unique<Private>(*other.d))
+{
+}
+
+CFileAccess& CFileAccess::operator=(const CFileAccess& other)
+{
+    if (this != &other) {
+        *d = *other.d;
+    }
+    return *this;
+}
+
+CFileAccess::~CFileAccess() = default;
+
+CFileAccess* CFileAccess::instance(const char* path, const QString& prefix, const char* name, bool write,
+                                   bool readTables)
+{
+    if (m_pInstance == nullptr) {
+        m_pInstance = new CFileAccess(path, prefix, name, write, readTables, false, nullptr, nullptr);
+    }
+    return m_pInstance;
+}
+
+CFileAccess* CFileAccess::instance()
+{
+    return m_pInstance;
+}
+
+void CFileAccess::release()
+{
+    delete m_pInstance;
+    m_pInstance = nullptr;
+}
+
+bool CFileAccess::OpenRecording(const std::string& path, bool write, bool readTables, bool sameGroup)
+{
+    bool opened = false;
+    try {
+        d->path = path;
+        opened = write ? OpenForWriting(sameGroup) : OpenForReading(readTables);
+    } catch (const std::exception& exception) {
+        traceException("Unexpected exception in CFileAccess::OpenRecording: %s", exception);
+        return false;
+    }
+    if (!opened && FileAccessTrace::enabled()) {
+        _Q_Trace(QStringLiteral("CFileAccess: Could not open recording file, probably old format!"),
+                 FileAccessTrace::Source, __LINE__);
+    }
+    return opened;
+}
+
+bool CFileAccess::OpenForWriting(bool sameGroup)
+{
+    m_sGuid = getNewGroupGuid(sameGroup);
+    SharedFile& shared = *d->shared;
+    if (m_sGuid == NoGroup && shared.uncFilePath) {
+        const std::string name = finalName(FileNames::directory(d->path), d->path);
+        shared.uncFilePath->SetValue(FileNames::fromBytes(name), nullptr);
+    }
+    shared.output = std::make_unique<OutputFile>(d->path);
+    shared.index = std::make_unique<Index::TimeIndex>();
+    shared.channelRangeTimes = std::make_unique<std::set<std::uint64_t>>();
+    shared.bookmarks = std::make_unique<std::map<std::uint64_t, std::string>>();
+    if (!shared.output->good()) {
+        return false;
+    }
+    shared.output->append(Format::headerArea());
+    d->fileGroupResult = m_sGuid == NoGroup ? -1 : addFileToFileGroup(FileNames::fromBytes(d->path), m_sGuid);
+    return true;
+}
+
+bool CFileAccess::OpenForReading(bool readTables)
+{
+    SharedFile& shared = *d->shared;
+    shared.input = std::make_unique<OpenInput>(d->path);
+    shared.index = std::make_unique<Index::TimeIndex>();
+    shared.channelRangeTimes = std::make_unique<std::set<std::uint64_t>>();
+    shared.bookmarks = std::make_unique<std::map<std::uint64_t, std::string>>();
+    if (!shared.input->good()) {
+        return false;
+    }
+    CHeaderData header;
+    if (read(header) == 0) {
+        return false;
+    }
+    if (readTables) {
+        ReadTimeTable();
+    }
+    return true;
+}
+
+void CFileAccess::CloseRecording(CHeaderData& header, bool skipHandOff)
+{
+    try {
+        WriteTimeTable();
+        WriteCRDTable();
+        write(header);
+        SharedFile& shared = *d->shared;
+        if (shared.output != nullptr) {
+            CloseOutput(skipHandOff);
+        }
+        shared.input.reset();
+        shared.buffer = std::string();
+        shared.index.reset();
+    } catch (const std::exception& exception) {
+        d->valid = false;
+        traceException("Unexpected exception in CFileAccess::CloseRecording: %s", exception);
+    }
+}
+
+void CFileAccess::CloseOutput(bool skipHandOff)
+{
+    d->shared->output->close();
+    d->shared->output.reset();
+    if (FileNames::suffix(d->path) == "tmp") {
+        FileNames::renameWithoutReplacing(d->path, finalName(FileNames::absoluteDirectory(d->path), d->path));
+    }
+    if (m_sGuid != NoGroup && !skipHandOff) {
+        moveToNas(m_sGuid, d->fileGroupResult);
+    }
+}
+
+bool CFileAccess::IsValidFile() const
+{
+    return d->valid;
+}
+
+std::int32_t CFileAccess::fileSize() const
+{
+    const OutputFile* output = d->shared->output.get();
+    return output == nullptr ? 0 : static_cast<std::int32_t>(output->position());
+}
+
+std::string CFileAccess::path() const
+{
+    return d->path;
+}
+
+Zelvo::ZelvoError CFileAccess::GetZelvoErrorCode() const
+{
+    return d->zelvoError;
+}
+
+}  // namespace Recording2

@@ -1,0 +1,121 @@
+// CFileAccess: the one reader and writer of recording files.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include <QString>
+
+#include <recording2/export.h>
+#include <recording2/recordmodel.h>
+#include <zelvo/zelvo.h>
+
+namespace Recording2 {
+
+class CRecording;
+
+/// A recording file, opened for writing or for reading. The bytes are described in doc/format.md.
+///
+/// Record times are milliseconds since the start of the recording; 0 means "none" or "end" in every result. Nothing
+/// throws: an operation on a file that is not open, or whose stream has failed, returns 0 or false or does nothing.
+/// After a failed write nothing more is written. One thread at a time uses an object and its copies.
+///
+/// Copies have their own positions and flags but share the streams and indexes, which close with the last copy, or for
+/// all copies in CloseRecording. The time index takes about 12 bytes of memory a record, nothing else grows with a
+/// file.
+class RECORDING2_EXPORT CFileAccess {
+public:
+    /// Opens a file. IsValidFile tells whether it could be opened (and, for reading, its header be read).
+    /// @param path file or, with a name, what stands in front of it (a directory with its separator); 8-bit, in the
+    ///        encoding of file names (Latin-1 on Windows, UTF-8 elsewhere)
+    /// @param prefix path of the values REC_UNCFILEPATH and REC_ZELVOFILEPATH without the last "/"
+    /// @param name rest of the path, may be null
+    /// @param write true: creates the file, replacing an existing one
+    /// @param readTables load the indexes too (reading only)
+    /// @param sameGroup the file continues a recording: it joins the archive group of the file before
+    /// @param recorder not owned, may be null
+    /// @param client archive client, not owned, may be null
+    CFileAccess(const char* path, const QString& prefix, const char* name, bool write, bool readTables, bool sameGroup,
+                CRecording* recorder, Zelvo::ZelvoClient* client);
+    CFileAccess(const CFileAccess& other);
+    CFileAccess& operator=(const CFileAccess& other);
+    virtual ~CFileAccess();
+
+    /// The process-wide object, made by the first call; the arguments of later calls are ignored. One thread only.
+    static CFileAccess* instance(const char* path, const QString& prefix, const char* name, bool write,
+                                 bool readTables);
+    static CFileAccess* instance();  ///< null before the first call and after release
+    static void release();
+
+    /// Writes the time table, the channel range table and the header, closes the file for all copies and, where the
+    /// path ends in ".tmp", renames it: the name up to its first dot, and ".rec". An existing file is never replaced;
+    /// the file then keeps its name.
+    /// @param skipHandOff do not hand the file to the archive
+    void CloseRecording(CHeaderData& header, bool skipHandOff);
+
+    [[nodiscard]] bool IsValidFile() const;
+    [[nodiscard]] std::int32_t fileSize() const;  ///< bytes written so far; 0 when the file is not open for writing
+    [[nodiscard]] std::string path() const;       ///< as given to the constructor, also after the file was renamed
+    [[nodiscard]] Zelvo::ZelvoError GetZelvoErrorCode() const;
+    [[nodiscard]] QString fullRecordingFilePath() const;  ///< "PATH#zelvo:///GROUP/FILE", for other programs
+
+    // Writing. All return 0 always; positions end at 2,147,483,647, and a record that would begin or end past it is
+    // refused (traced once).
+
+    /// Appends the type table; readers find only the first one, which must stand before the first record.
+    unsigned long long write(CVTTypesData& types);
+    /// Appends a record. Times never go backwards: an earlier time is raised to the last one, a time that is taken to
+    /// the next free millisecond. A record without data only advances the time.
+    /// @param isChannelRangeDef enter the record's time into the channel range table as well
+    unsigned long long write(CVTCmdData& record, unsigned long long time, bool isChannelRangeDef);
+    /// Writes the header at the start of the file. Only when nothing more is to be appended.
+    unsigned long long write(CHeaderData& header);
+
+    // Reading. "The time at" a position is that of the record that begins there, 0 when none does.
+
+    unsigned long long read(CHeaderData& header);  ///< 1, or 0 for a file of the old format (header unchanged)
+    unsigned long long read(CVTTypesData& types);  ///< 1, or 0
+    void readTables();                             ///< loads the tables and goes to the first record
+
+    /// Reads the record here, without regard to the end of the records. @return the time at the new position
+    unsigned long long read(CVTCmdData& record);
+    /// The same, but returns the time of the record that was read.
+    unsigned long long readAndReturnTimeOfCurrentCmd(CVTCmdData& record);
+    /// Goes to the record at the time, else to the first later one, else to the last one (time 0: stays), and reads it.
+    /// @return the time of the record that follows; 0 after the last one, and at the end of the records
+    unsigned long long read(CVTCmdData& record, unsigned long long time);
+    unsigned long long readfirst(CVTCmdData& record);  ///< reads the first record, returns the time of the second
+    unsigned long long readnext(CVTCmdData& record);   ///< reads the record here, returns the time of the next
+
+    /// The first record if it has the code (0: any code); see doc/format.md for its limit. @return its time
+    unsigned long long readfirst(CVTCmdData& record, std::int32_t code);
+    /// The next record with the code. @return its time; 0 when there is none or it is the very last record
+    unsigned long long readnext(CVTCmdData& record, std::int32_t code);
+    /// The record before the one at exactly that time. @return its time
+    unsigned long long readprev(CVTCmdData& record, unsigned long long time);
+
+private:
+    friend class FileAccessTestPeer;
+    struct Private;
+
+    bool OpenRecording(const std::string& path, bool write, bool readTables, bool sameGroup);
+    bool OpenForWriting(bool sameGroup);
+    bool OpenForReading(bool readTables);
+    void CloseOutput(bool skipHandOff);
+
+    void WriteTimeTable();
+    void WriteCRDTable();
+    void ReadTimeTable();
+
+    QString getNewGroupGuid(bool reuse);
+    int addFileToFileGroup(const QString& filePath, const QString& guid);
+    void moveToNas(const QString& guid, int fileId);
+
+    std::unique_ptr<Private> d;
+
+    static CFileAccess* m_pInstance;
+    static QString m_sGuid;
+};
+
+}  // namespace Recording2

@@ -1,0 +1,51 @@
+// Between the header object of the interface and the header record of the file.
+#include "fileaccess_p.h"
+
+namespace Recording2 {
+
+namespace {
+
+CTimeStamp stampOf(std::uint64_t milliseconds)
+{
+    return CTimeStamp(static_cast<unsigned long long>(milliseconds) * 1000ULL);
+}
+
+}  // namespace
+
+Format::HeaderRecord toRecord(const CHeaderData& header, const Format::Positions& positions)
+{
+    Format::HeaderRecord record;
+    record.major = header.majorversion();
+    record.minor = header.minorversion();
+    record.startFrequency = header.startFreq();
+    record.stopFrequency = header.stopFreq();
+    record.stepWidth = header.stepWidth();
+    record.minLevel = header.minLevel();
+    record.maxLevel = header.maxLevel();
+    record.startMs = header.startTS().getMilliSecs();
+    record.stopMs = header.stopTS().getMilliSecs();
+    record.jobId.assign(header.getJobID(), header.JobIDLength());
+    record.deviceName.assign(header.deviceName(), header.deviceNameLength());
+    record.deviceType.assign(header.deviceType(), header.deviceTypeLength());
+    record.positions = positions;
+    record.automatic = header.isAutomaticRec();
+    return record;
+}
+
+void fromRecord(Format::HeaderRecord& record, CHeaderData& header)
+{
+    header.set_version(record.major, record.minor);
+    header.set_startFreq(record.startFrequency);
+    header.set_stopFreq(record.stopFrequency);
+    header.set_stepWidth(record.stepWidth);
+    header.set_minLevel(record.minLevel);
+    header.set_maxLevel(record.maxLevel);
+    header.set_startTS(stampOf(record.startMs));
+    header.set_stopTS(stampOf(record.stopMs));
+    header.setJobID(record.jobId.c_str());
+    header.set_deviceName(record.deviceName);
+    header.set_deviceType(record.deviceType);
+    header.setAutomaticRec(record.automatic);
+}
+
+}  // namespace Recording2

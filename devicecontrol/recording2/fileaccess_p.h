@@ -1,0 +1,75 @@
+// Private state of CFileAccess.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+
+#include <values/tree.h>
+#include <zelvo/zelvo.h>
+
+#include "fileaccess.h"
+#include "files.h"
+#include "format/layout.h"
+#include "index/timeindex.h"
+
+namespace Recording2 {
+
+namespace FileAccessTrace {
+inline const QString Source = QStringLiteral("devicecontrol\\recording2\\fileaccess");
+bool enabled();
+}  // namespace FileAccessTrace
+
+/// Between the interface's header and the file's. Times are cut to milliseconds.
+Format::HeaderRecord toRecord(const CHeaderData& header, const Format::Positions& positions);
+void fromRecord(Format::HeaderRecord& record, CHeaderData& header);
+
+/// A file that is read, with the cursor into it.
+struct OpenInput {
+    explicit OpenInput(const std::string& path) : file(path), cursor(file) {}
+    [[nodiscard]] bool good() const { return file.good() && !cursor.atEnd(); }
+
+    InputFile file;
+    Format::Cursor cursor;
+};
+
+/// What all copies of a CFileAccess share: it is closed with the last of them, or by CloseRecording for all.
+struct SharedFile {
+    std::unique_ptr<OutputFile> output;
+    std::unique_ptr<OpenInput> input;
+    std::string buffer;                       // scratch of the reads
+    std::unique_ptr<Index::TimeIndex> index;  // by time, and when reading by position
+    std::unique_ptr<std::set<std::uint64_t>> channelRangeTimes;
+    std::unique_ptr<std::map<std::uint64_t, std::string>> bookmarks;
+    values::ValuePtr<values::Value<QString>> archiveFilePath;
+    values::ValuePtr<values::Value<QString>> uncFilePath;
+    bool positionsExhausted = false;  // a record was refused; traced once
+};
+
+/// Every copy has its own.
+struct CFileAccess::Private {
+    std::shared_ptr<SharedFile> shared = std::make_shared<SharedFile>();
+    Format::Positions positions;
+    bool valid = false;
+    Zelvo::ZelvoError zelvoError = Zelvo::ZelvoError::None;
+    std::uint64_t lastTime = 0;
+    std::string path;
+    Zelvo::ZelvoUrl url;
+    Zelvo::ZelvoClient* client = nullptr;
+    std::int32_t fileGroupResult = -1;
+    CRecording* recorder = nullptr;
+
+    [[nodiscard]] OutputFile* goodOutput() const;  // null when there is none, or it has failed
+    [[nodiscard]] OpenInput* goodInput() const;    // null when there is none, or it stands at the end of the file
+
+    [[nodiscard]] bool fits(std::int64_t bytes);  // whether so many more bytes end within the last position
+    void refuse();
+    Format::HeaderStatus readHeader(CHeaderData& header);
+    std::int32_t readRecord(OpenInput& input, CVTCmdData& record);  // returns the data length that the file states
+    [[nodiscard]] std::uint64_t timeHere() const;
+};
+
+}  // namespace Recording2

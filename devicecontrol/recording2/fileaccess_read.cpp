@@ -1,0 +1,217 @@
+// Reading: header, type table, time table, and stepping through the records.
+#include <algorithm>
+
+#include "fileaccess.h"
+#include "fileaccess_p.h"
+#include "format/layout.h"
+
+namespace Recording2 {
+
+Format::HeaderStatus CFileAccess::Private::readHeader(CHeaderData& header)
+{
+    Format::Cursor& cursor = shared->input->cursor;
+    const std::int64_t back = cursor.position();
+    cursor.seek(0);
+    Format::HeaderRecord record = toRecord(header, positions);
+    record.major = 0;  // a version that cannot be read is none, whatever the object held
+    record.minor = 0;
+    const Format::HeaderStatus status = Format::readHeader(cursor, record);
+    if (status == Format::HeaderStatus::Ok) {
+        fromRecord(record, header);
+        positions = record.positions;
+    }
+    cursor.seek(back);
+    return status;
+}
+
+unsigned long long CFileAccess::read(CHeaderData& header)
+{
+    if (d->goodInput() == nullptr) {
+        return 0;
+    }
+    try {
+        return d->readHeader(header) == Format::HeaderStatus::Ok ? 1 : 0;
+    } catch (const std::exception&) {
+        d->valid = false;
+        return 0;
+    }
+}
+
+unsigned long long CFileAccess::read(CVTTypesData& types)
+{
+    OpenInput* input = d->goodInput();
+    if (input == nullptr) {
+        return 0;
+    }
+    try {
+        Format::Cursor& cursor = input->cursor;
+        cursor.seek(d->positions.typeTable);
+        std::int32_t count = 0;
+        cursor.readNumber(count);
+        // Past the end of the file there is nothing more to read, whatever the count says.
+        for (std::int32_t i = 0; i < count && !cursor.atEnd(); ++i) {
+            Format::TypeEntryRecord entry;
+            Format::readTypeEntry(cursor, entry);
+            types.add_item({entry.typeNumber, entry.valueType, std::move(entry.keyword), std::move(entry.valuePath)});
+        }
+        return 1;
+    } catch (const std::exception&) {
+        return 0;
+    }
+}
+
+void CFileAccess::readTables()
+{
+    if (d->goodInput() == nullptr) {
+        return;
+    }
+    CHeaderData header;
+    if (read(header) != 0) {
+        ReadTimeTable();
+    }
+}
+
+void CFileAccess::ReadTimeTable()
+{
+    OpenInput* input = d->goodInput();
+    if (input == nullptr || d->shared->index == nullptr || d->positions.timeTable == 0) {
+        return;
+    }
+    Format::Cursor& cursor = input->cursor;
+    cursor.seek(d->positions.timeTable);
+    const std::int64_t bound =
+        d->positions.channelRangeTable == 0 ? Format::LastPosition : d->positions.channelRangeTable;
+    // At the end of the file the last round reads nothing new and offers its pair again, which changes nothing.
+    Format::TimeEntryRecord entry;
+    while (!cursor.atEnd() && cursor.position() < bound) {
+        Format::readTimeEntry(cursor, entry);
+        d->shared->index->add(entry.milliseconds, entry.position);
+    }
+    cursor.seek(d->positions.firstRecord);
+}
+
+std::int32_t CFileAccess::Private::readRecord(OpenInput& input, CVTCmdData& record)
+{
+    Format::RecordHead head;
+    Format::readRecordHead(input.cursor, head);
+    if (head.dataLength > 0) {
+        input.cursor.readBytes(shared->buffer, head.dataLength);
+        record.set_cmd(head.code);
+        record.set_str(shared->buffer.c_str(), static_cast<std::int32_t>(shared->buffer.size()));
+    }
+    return head.dataLength;
+}
+
+std::uint64_t CFileAccess::Private::timeHere() const
+{
+    const OpenInput& input = *shared->input;
+    return input.cursor.atEnd() || shared->index == nullptr ? 0 : shared->index->timeAt(input.cursor.position());
+}
+
+unsigned long long CFileAccess::read(CVTCmdData& record)
+{
+    OpenInput* input = d->goodInput();
+    if (input == nullptr) {
+        return 0;
+    }
+    d->readRecord(*input, record);
+    return d->timeHere();
+}
+
+unsigned long long CFileAccess::readAndReturnTimeOfCurrentCmd(CVTCmdData& record)
+{
+    OpenInput* input = d->goodInput();
+    if (input == nullptr) {
+        return 0;
+    }
+    const std::uint64_t time = d->timeHere();
+    d->readRecord(*input, record);
+    return time;
+}
+
+unsigned long long CFileAccess::read(CVTCmdData& record, unsigned long long time)
+{
+    OpenInput* input = d->goodInput();
+    if (input == nullptr) {
+        return 0;
+    }
+    if (time != 0 && d->shared->index != nullptr) {
+        if (const auto entry = d->shared->index->atOrAfterOrLast(time)) {
+            input->cursor.seek(entry->position);
+        }
+    }
+    if (input->cursor.position() >= d->positions.timeTable) {
+        return 0;
+    }
+    return d->readRecord(*input, record) > 0 ? d->timeHere() : 0;
+}
+
+unsigned long long CFileAccess::readfirst(CVTCmdData& record)
+{
+    if (d->goodInput() == nullptr || d->shared->index == nullptr ||
+        !d->shared->index->rankOf(d->positions.firstRecord)) {
+        return 0;
+    }
+    return read(record, static_cast<unsigned long long>(d->shared->index->timeAt(d->positions.firstRecord)));
+}
+
+unsigned long long CFileAccess::readnext(CVTCmdData& record)
+{
+    return read(record, 0ULL);
+}
+
+unsigned long long CFileAccess::readfirst(CVTCmdData& record, std::int32_t code)
+{
+    constexpr unsigned long long GiveUpFrom = 100;  // a time, not a count: callers depend on it
+    if (d->goodInput() == nullptr || d->shared->index == nullptr) {
+        return 0;
+    }
+    const Index::TimeIndex& index = *d->shared->index;
+    auto rank = index.rankOf(d->positions.firstRecord);
+    if (!rank) {
+        return 0;
+    }
+    unsigned long long following = 0;
+    for (auto entry = index.byPosition(*rank); entry && following < GiveUpFrom; entry = index.byPosition(++*rank)) {
+        following = read(record, static_cast<unsigned long long>(entry->time));
+        if (code == 0 || code == record.cmd()) {
+            if (const auto previous = index.before(following)) {
+                return previous->time;
+            }
+        }
+    }
+    return 0;
+}
+
+unsigned long long CFileAccess::readnext(CVTCmdData& record, std::int32_t code)
+{
+    if (d->shared->index == nullptr) {
+        return 0;
+    }
+    for (;;) {
+        const unsigned long long following = read(record, 0ULL);
+        if (record.cmd() == code) {
+            if (const auto previous = d->shared->index->before(following)) {
+                return previous->time;
+            }
+        }
+        if (following == 0) {
+            return 0;
+        }
+    }
+}
+
+unsigned long long CFileAccess::readprev(CVTCmdData& record, unsigned long long time)
+{
+    if (d->goodInput() == nullptr || d->shared->index == nullptr) {
+        return 0;
+    }
+    const auto previous = d->shared->index->before(time);
+    if (!previous) {
+        return 0;
+    }
+    read(record, static_cast<unsigned long long>(previous->time));
+    return previous->time;
+}
+
+}  // namespace Recording2

@@ -1,0 +1,144 @@
+// Writing: type table, records, and at close the tables and the header.
+#include <algorithm>
+#include <limits>
+
+#include <vkbase/trace.h>
+
+#include "fileaccess.h"
+#include "fileaccess_p.h"
+#include "format/encode.h"
+#include "format/layout.h"
+
+namespace Recording2 {
+
+namespace {
+
+// Sets the position of a block that is written here for the first time.
+void begin(std::int32_t& position, const OutputFile& output)
+{
+    if (position == 0) {
+        position = static_cast<std::int32_t>(output.position());
+    }
+}
+
+}  // namespace
+
+bool CFileAccess::Private::fits(std::int64_t bytes)
+{
+    return bytes <= Format::LastPosition - shared->output->position();
+}
+
+// A record that no position could name is left out, so that what was recorded before stays a sound file.
+void CFileAccess::Private::refuse()
+{
+    if (shared->positionsExhausted) {
+        return;
+    }
+    shared->positionsExhausted = true;
+    if (FileAccessTrace::enabled()) {
+        _Q_Trace(QStringLiteral("CFileAccess: recording file is full, further records are left out: ") +
+                     QString::fromStdString(path),
+                 FileAccessTrace::Source, __LINE__);
+    }
+}
+
+unsigned long long CFileAccess::write(CVTTypesData& types)
+{
+    OutputFile* output = d->goodOutput();
+    if (output == nullptr) {
+        return 0;
+    }
+    std::string block;
+    Format::appendNumber(block, static_cast<std::int32_t>(types.get_vector().size()));
+    for (const S_TYPES& type : types.get_vector()) {
+        Format::appendTypeEntry(block, type.typeNumber, type.valueType, type.keyword, type.valuePath);
+    }
+    if (!d->fits(static_cast<std::int64_t>(block.size()))) {
+        d->refuse();
+        return 0;
+    }
+    begin(d->positions.typeTable, *output);
+    output->append(block);
+    return 0;
+}
+
+unsigned long long CFileAccess::write(CVTCmdData& record, unsigned long long time, bool isChannelRangeDef)
+{
+    OutputFile* output = d->goodOutput();
+    if (output == nullptr) {
+        return 0;
+    }
+    std::uint64_t t = std::max<std::uint64_t>(time, d->lastTime);
+    const std::uint32_t length = record.strDataLen();
+    if (length == 0) {
+        d->lastTime = t;
+        return 0;
+    }
+    Index::TimeIndex& index = *d->shared->index;
+    const bool taken = index.contains(t);
+    // Times in the index never pass the last time, so only the last time itself can be taken.
+    if ((taken && t == std::numeric_limits<std::uint64_t>::max()) ||
+        !d->fits(static_cast<std::int64_t>(Format::MaxRecordHeadBytes) + length)) {
+        d->refuse();
+        return 0;
+    }
+    t += taken ? 1 : 0;
+    begin(d->positions.firstRecord, *output);
+    index.add(t, static_cast<std::int32_t>(output->position()));
+    if (isChannelRangeDef) {
+        d->shared->channelRangeTimes->insert(t);
+    }
+    output->commit(Format::putRecordHead(output->reserve(Format::MaxRecordHeadBytes), record.cmd(), length));
+    output->append({record.strData(), length});
+    d->lastTime = t;
+    return 0;
+}
+
+unsigned long long CFileAccess::write(CHeaderData& header)
+{
+    OutputFile* output = d->goodOutput();
+    if (output == nullptr) {
+        return 0;
+    }
+    output->seek(0);
+    std::string block;
+    Format::appendHeader(block, toRecord(header, d->positions));
+    output->append(block);
+    return 0;
+}
+
+void CFileAccess::WriteTimeTable()
+{
+    OutputFile* output = d->goodOutput();
+    if (output == nullptr || d->shared->index == nullptr || d->shared->index->empty()) {
+        return;
+    }
+    begin(d->positions.timeTable, *output);
+    const Index::TimeIndex& index = *d->shared->index;
+    for (std::size_t rank = 0; rank < index.size(); ++rank) {
+        const Index::TimeEntry entry = index.byTime(rank);
+        output->commit(
+            Format::putTimeEntry(output->reserve(Format::MaxTimeEntryBytes), entry.time, std::int64_t{entry.position}));
+    }
+}
+
+void CFileAccess::WriteCRDTable()
+{
+    OutputFile* output = d->goodOutput();
+    if (output == nullptr || d->shared->channelRangeTimes == nullptr || d->shared->channelRangeTimes->empty()) {
+        return;
+    }
+    if (d->positions.channelRangeTable != 0) {
+        output->seek(d->positions.channelRangeTable);
+    }
+    if (output->position() > Format::LastPosition) {  // no header could name the table
+        d->refuse();
+        return;
+    }
+    begin(d->positions.channelRangeTable, *output);
+    for (const std::uint64_t time : *d->shared->channelRangeTimes) {
+        output->commit(Format::putTime(output->reserve(Format::TimeBytes), time));
+    }
+}
+
+}  // namespace Recording2

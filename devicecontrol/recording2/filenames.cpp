@@ -1,0 +1,130 @@
+#include "filenames.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include <QDir>
+#include <QFile>
+
+#if defined(__linux__)
+#include <fcntl.h>
+#include <cstdio>
+#endif
+
+namespace Recording2::FileNames {
+
+namespace {
+
+#if defined(_WIN32)
+constexpr const char* Separators = "/\\";
+#else
+constexpr const char* Separators = "/";
+#endif
+
+}  // namespace
+
+QString separator()
+{
+#if defined(_WIN32)
+    return QStringLiteral("\\");
+#else
+    return QStringLiteral("/");
+#endif
+}
+
+QString defaultDirectory()
+{
+#if defined(_WIN32)
+    return QStringLiteral("c:\\temp");
+#else
+    return QDir::tempPath();
+#endif
+}
+
+std::string toBytes(const QString& name)
+{
+#if defined(_WIN32)
+    return name.toLatin1().toStdString();
+#else
+    return name.toStdString();
+#endif
+}
+
+QString fromBytes(const std::string& name)
+{
+#if defined(_WIN32)
+    return QString::fromLatin1(name.data(), static_cast<int>(name.size()));
+#else
+    return QString::fromStdString(name);
+#endif
+}
+
+bool exists(const std::string& path)
+{
+    std::error_code error;
+    return std::filesystem::exists(std::filesystem::symlink_status(path, error));
+}
+
+bool isDirectory(const std::string& path)
+{
+    std::error_code error;
+    return std::filesystem::is_directory(path, error);
+}
+
+std::string absoluteDirectory(const std::string& path)
+{
+    std::error_code error;
+    const std::filesystem::path absolute = std::filesystem::absolute(directory(path), error);
+    return error ? directory(path) : absolute.lexically_normal().string();
+}
+
+std::string directory(const std::string& path)
+{
+    const auto slash = path.find_last_of(Separators);
+    if (slash == std::string::npos) {
+        return ".";
+    }
+    return path.substr(0, slash == 0 ? 1 : slash);
+}
+
+std::string fileName(const std::string& path)
+{
+    const auto slash = path.find_last_of(Separators);
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+std::string baseName(const std::string& path)
+{
+    const std::string name = fileName(path);
+    return name.substr(0, name.find('.'));
+}
+
+std::string suffix(const std::string& path)
+{
+    const std::string name = fileName(path);
+    const auto dot = name.rfind('.');
+    return dot == std::string::npos ? std::string() : name.substr(dot + 1);
+}
+
+bool renameWithoutReplacing(const std::string& from, const std::string& to)
+{
+#if defined(__linux__)
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+        return true;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return false;
+    }
+    // A file system that cannot rename so: the look before the rename is all there is.
+    std::error_code error;
+    if (exists(to)) {
+        return false;
+    }
+    std::filesystem::rename(from, to, error);
+    return !error;
+#else
+    return QFile::rename(fromBytes(from), fromBytes(to));
+#endif
+}
+
+}  // namespace Recording2::FileNames

@@ -1,0 +1,58 @@
+// The two streams of CFileAccess: a file that is appended to, and a file that is read.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <fstream>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "format/bytesource.h"
+
+namespace Recording2 {
+
+/// A file being written through a buffer of its own. After a failure it stays failed and writes nothing more.
+class OutputFile {
+public:
+    explicit OutputFile(const std::string& path);  ///< replaces an existing file
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+    ~OutputFile();  ///< closes
+
+    [[nodiscard]] bool good() const { return m_good; }
+    [[nodiscard]] std::int64_t position() const { return m_flushed + static_cast<std::int64_t>(m_used); }
+    void append(std::span<const char> bytes);
+    /// Room for size bytes to be written in place, size at most SmallBytes; commit says how many were.
+    [[nodiscard]] char* reserve(std::size_t size);
+    void commit(const char* end) { m_used = static_cast<std::size_t>(end - m_buffer.data()); }
+    void seek(std::int64_t position);
+    bool close();  ///< false when what was written did not reach the system; once
+
+    static constexpr std::size_t SmallBytes = 256;
+
+private:
+    void flush();
+
+    std::ofstream m_stream;
+    std::vector<char> m_buffer;
+    std::size_t m_used = 0;
+    std::int64_t m_flushed = 0;  // position of the buffer's first byte
+    bool m_good = true;
+};
+
+/// A file being read.
+class InputFile final : public Format::ByteSource {
+public:
+    explicit InputFile(const std::string& path);
+
+    [[nodiscard]] bool good() const { return m_open; }
+    std::size_t readAt(std::int64_t offset, char* out, std::size_t size) override;
+    [[nodiscard]] std::int64_t size() override;
+
+private:
+    std::ifstream m_stream;
+    bool m_open;
+};
+
+}  // namespace Recording2
