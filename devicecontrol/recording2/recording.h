@@ -1,0 +1,183 @@
+// CRecording: turns the changes of a station's values into recordings.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <QDateTime>
+#include <QString>
+
+#include <startup/dllinstance.h>
+#include <values/maps.h>
+#include <values/selection.h>
+#include <values/tree.h>
+#include <values/value.h>
+#include <vkbase/observer.h>
+#include <zelvo/zelvo.h>
+
+#include "fileaccess.h"
+#include "recordmodel.h"
+#include "recordtypetable.h"
+
+class ICfg;
+
+namespace Recording2 {
+
+/// One recorder. Made by VKCreate, controlled through its status value REC_STATUS, fed by the notifications of the
+/// values that its record type table names. Everything runs on the thread that changes the values.
+class CRecording : public IObserver, public IDllInstance {
+public:
+    explicit CRecording(const QString& instanceName);
+    ~CRecording() override;
+
+    void Update(void* subject, TChangeCode code) override;
+    /// Reads the configuration and publishes the status values.
+    virtual bool Init();
+    /// Takes the header fields over from the tree and observes the values to be recorded.
+    virtual void AttachRecordedValues();
+    virtual void DetachAllValues();
+    /// Writes the state of every observed value as the first records. Throws VKException.
+    virtual void WriteInitialStates();
+    virtual void WriteTypeTable(CFileAccess* file);  ///< null: the table is made and dropped
+    virtual bool IsRecorder();                       ///< true
+
+    /// Starts a recording after stopping the one that runs. Throws VKException.
+    /// @param splitting the new file continues the one before
+    /// @return path of the open file
+    QString StartRecording(bool splitting);
+    void StopRecording(bool splitting);  ///< Does nothing while idle. Throws VKException.
+
+private:
+    friend class RecordingTestPeer;
+
+    /// An observed value with what capturing a change of it needs: found without a search through the keywords.
+    struct Observed {
+        values::ValueBase* value;
+        std::int32_t typeId;
+        const values::MappingBase* timedMap;  // the value, if it is of a class whose own time counts
+    };
+    /// A change that came while the start sequence ran; it is written behind the initial states.
+    struct EarlyChange {
+        values::ValueBase* value;  // null when the value was removed meanwhile
+        TChangeCode code;
+        std::int32_t typeId;
+        unsigned long long recordTime;
+        std::string text;
+    };
+
+    void ReadConfiguration();
+    void ReadRecordedValues(const ICfg& section);
+    void UseDefaultPaths();
+    void PublishStatusValues();
+    void PublishRecDf();
+    void ExtendDriverTreeSelection();
+
+    [[nodiscard]] static bool IsHeaderText(const QString& keyword);
+    [[nodiscard]] std::int32_t TypeIdOf(const QString& keyword) const;
+    [[nodiscard]] QString KeywordOf(std::int32_t typeId) const;
+    [[nodiscard]] QString ResolveValuePath(const QString& keyword, const QString& fallback) const;
+    [[nodiscard]] values::ValueBase* ValueOf(const QString& keyword, const QString& fallback = QString()) const;
+    [[nodiscard]] bool ShouldRecordType(std::int32_t typeId) const;
+    [[nodiscard]] bool ShouldRecordType(const QString& keyword) const;
+    [[nodiscard]] bool ModeExcludesIfSpectrum(std::int32_t modeKey) const;
+    [[nodiscard]] bool RecDf() const;
+
+    void RunStartSequence();
+    void CloseFile(bool splitting);
+    [[nodiscard]] CHeaderData FinalHeader() const;
+    [[nodiscard]] QString DeviceName() const;
+    [[nodiscard]] QString DeviceType() const;
+    [[nodiscard]] QString JobId() const;
+    [[nodiscard]] QString DeviceCaptionPrefix() const;
+    [[nodiscard]] bool UseLocalTimeInName() const;
+    void ForgetObservedValues() noexcept;
+
+    void Observe(CValueTable& entry, values::ValueBase& value);
+    void StopObserving(CValueTable& entry, values::ValueBase& value);
+    void RefreshObserved();
+    [[nodiscard]] static const values::MappingBase* TimedMap(const values::ValueBase* value);
+    void ApplyModeKeywords();
+    void DropKeyword(const QString& keyword);
+    void TakeKeyword(const QString& keyword);
+
+    bool HandleRemoval(const void* subject, TChangeCode code);
+    void HandleControlValue(const void* subject, TChangeCode code);
+    void HandleRecStatus(TChangeCode code);
+    void PublishFileName(const QString& path);
+    void Capture(void* subject, TChangeCode code);
+    [[nodiscard]] unsigned long long TakeRecordTime(const values::MappingBase* timedMap);
+    void WriteCapture(std::int32_t typeId, TChangeCode code, const std::string& text, unsigned long long recordTime);
+    void WriteEarlyChanges();
+    void SplitIfTooLarge();
+
+    void AssignFields(std::int32_t typeId, const values::ValueBase& value);
+    void TrackFields(std::int32_t typeId, const values::ValueBase& value);
+    void TakeLevelFields(std::int32_t typeId, const values::ValueBase& value);
+    bool TakeFrequency(const values::ValueBase& value);
+    bool TakeModeKey(const values::ValueBase& value);
+    bool TakeIfSpan(const values::ValueBase& value);
+    void ComputeRange();
+    void LetScanRangeFollow();
+    void SetTreeNumber(std::int32_t typeId, double value);
+
+    static constexpr std::int64_t MaxFileBytes = 500'000'000;
+
+    QString m_valuePath;
+    QString m_statusValuePath;
+    QString m_configurationName;
+    QString m_recordingPath;
+    QString m_currentFileName;
+    bool m_fileNameFormat83 = false;
+    // Header fields, kept over the recording: Hz and level units.
+    float m_startFreq = 0;
+    float m_stopFreq = 0;
+    float m_frequency = 0;
+    float m_ifSpan = 0;
+    std::int32_t m_minLevel = -30;
+    std::int32_t m_maxLevel = 120;
+    std::int32_t m_modeKey = 0;
+    double m_frequencyOffset = 0;
+    std::unique_ptr<CFileAccess> m_file;
+    CTimeStamp m_startTime;
+    CTimeStamp m_lastRecordTime;
+    values::ValueObservingPtr<values::Value<bool>> m_recLoaded;
+    values::ValueObservingPtr<values::ValueSelection> m_recStatus;
+    values::ValuePtr<values::Value<QString>> m_recFileName;
+    values::ValueObservingPtr<values::Value<QString>> m_recFilePath;
+    values::ValueObservingPtr<values::Value<bool>> m_recFileNameFormat83;
+    values::ValueObservingPtr<values::Value<QString>> m_recHeader;
+    values::ValuePtr<values::Value<bool>> m_recDf;
+    const values::Value<bool>* m_refusedRecDf = nullptr;
+    std::int32_t m_maxFileLength = 0;      // read and kept, not consulted
+    std::int32_t m_fileExpandingSize = 0;  // the same
+    std::int64_t m_diskExpandingSize = 0;  // the same
+    bool m_startTimeMoved = false;         // a map's own time has become the start time of the open file
+    bool m_starting = false;               // the start sequence runs
+    std::map<QString, std::int32_t> m_typeIds;
+    CValueTableMap m_keywords;
+    CValueTableMap m_inactiveKeywords;
+    values::ValuePtr<values::Value<QString>> m_recFileGuid;
+    values::ValuePtr<values::Value<QString>> m_recZelvoFilePath;
+    values::ValuePtr<values::Value<QString>> m_recUncFilePath;
+    values::ValuePtr<values::ValueSelection> m_antennaMode;
+    std::unique_ptr<Zelvo::ZelvoClient> m_archive;
+
+    std::vector<Observed> m_observed;  // in the order of the keyword map
+    std::vector<EarlyChange> m_earlyChanges;
+    CVTCmdData m_record;  // reused for every record
+    std::int64_t m_fileSizeLimit = MaxFileBytes;
+};
+
+/// The file name of a recording that starts at a moment, without directory: texts, time, ".tmp", blanks as "_".
+/// @param prefix device caption with its "__", or empty
+/// @param localTime name it by local time instead of UTC with the local offset
+[[nodiscard]] QString RecordingFileName(const QString& prefix, const QString& deviceName, const QDateTime& utcNow,
+                                        bool localTime);
+/// "+hh-mm" east of Greenwich, "-hh-mm" otherwise (also for 0).
+[[nodiscard]] QString UtcOffsetSuffix(std::int64_t offsetSeconds);
+
+}  // namespace Recording2

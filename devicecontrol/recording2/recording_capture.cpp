@@ -1,0 +1,177 @@
+// The change notification: control values, and the capture of what is recorded.
+#include <algorithm>
+#include <exception>
+
+#include <QDir>
+
+#include "recording.h"
+#include "recording_p.h"
+
+namespace Recording2 {
+
+namespace {
+
+constexpr std::int32_t KeyOn = 1;
+constexpr unsigned long long FirstCaptureTime = 11;  // behind the initial states
+
+// Whether a change carries a channel range; the text says so by its command.
+bool definesChannelRange(std::int32_t typeId, TChangeCode code, const std::string& text)
+{
+    if (code != TChangeCode::CommandsPending) {
+        return false;
+    }
+    const bool candidate =
+        typeId == RfSpectrum || typeId == IfSpectrum || typeId == IfSpan || typeId == DfSpectrumSample;
+    return candidate && text.find("34;") != std::string::npos;  // "134;" contains it
+}
+
+}  // namespace
+
+void CRecording::Update(void* subject, TChangeCode code)
+{
+    try {
+        if (HandleRemoval(subject, code)) {
+            return;
+        }
+        HandleControlValue(subject, code);
+        Capture(subject, code);
+    } catch (const std::exception& exception) {
+        RecordingErrors::rethrow(exception, __LINE__);
+    }
+}
+
+bool CRecording::HandleRemoval(const void* subject, TChangeCode code)
+{
+    if (code != TChangeCode::Removed) {
+        return false;
+    }
+    bool watched = false;
+    for (const auto& [keyword, entry] : m_keywords) {
+        values::ValueBase* value = entry->observed;
+        if (value == nullptr || value != subject) {
+            continue;
+        }
+        watched = true;
+        if (value->QueryChange(code) == 1) {
+            value->RemoveObserver(this);
+            entry->observed = nullptr;
+        }
+    }
+    if (!watched) {
+        return false;
+    }
+    RefreshObserved();
+    for (EarlyChange& change : m_earlyChanges) {
+        if (change.value == subject) {
+            change.value = nullptr;
+        }
+    }
+    return true;
+}
+
+void CRecording::HandleControlValue(const void* subject, TChangeCode code)
+{
+    if (subject == m_recStatus.get()) {
+        HandleRecStatus(code);
+    } else if (code == TChangeCode::ValueChanged && subject == m_recFilePath.get()) {
+        m_recordingPath = m_recFilePath->GetValue();
+        if (m_recordingPath.isEmpty()) {
+            m_recordingPath = QDir::currentPath();
+        }
+    } else if (code == TChangeCode::ValueChanged && subject == m_recFileNameFormat83.get()) {
+        m_fileNameFormat83 = m_recFileNameFormat83->GetValue();
+    }
+}
+
+void CRecording::HandleRecStatus(TChangeCode code)
+{
+    const bool on = m_recStatus->GetCurrentKey() == KeyOn;
+    if (on && (code == TChangeCode::ValueChanged || code == TChangeCode::SelectedAgain)) {
+        PublishFileName(StartRecording(false));  // ends a running recording first
+    } else if (code == TChangeCode::ValueChanged) {
+        StopRecording(false);
+        CTimeStamp::SetCts(0);
+    }
+}
+
+void CRecording::PublishFileName(const QString& path)
+{
+    if (m_recFileName) {
+        m_recFileName->SetValue(path, nullptr);
+    }
+}
+
+void CRecording::Capture(void* subject, TChangeCode code)
+{
+    const auto found = std::find_if(m_observed.begin(), m_observed.end(),
+                                    [&](const Observed& observed) { return observed.value == subject; });
+    if (found == m_observed.end()) {
+        return;
+    }
+    const Observed change = *found;  // the list may change below
+    const unsigned long long recordTime = TakeRecordTime(change.timedMap);
+    if (m_file == nullptr) {
+        return;
+    }
+    if (m_starting) {
+        m_earlyChanges.push_back(
+            {change.value, code, change.typeId, recordTime, change.value->GetStringForRecording(true)});
+        return;
+    }
+    TrackFields(change.typeId, *change.value);
+    WriteCapture(change.typeId, code, change.value->GetStringForRecording(true), recordTime);
+}
+
+// The own time of a map becomes the current time of the process, so that the records around it agree with it.
+unsigned long long CRecording::TakeRecordTime(const values::MappingBase* timedMap)
+{
+    const unsigned long long own = timedMap == nullptr ? 0 : timedMap->GetTimeStamp();
+    if (own == 0) {
+        return CTimeStamp::ctsMicroSecs();
+    }
+    CTimeStamp::SetCts(own);
+    if (!m_startTimeMoved && m_file != nullptr) {
+        m_startTime.setTime_ts(own);
+        m_startTimeMoved = true;
+    }
+    return own;
+}
+
+void CRecording::WriteCapture(std::int32_t typeId, TChangeCode code, const std::string& text,
+                              unsigned long long recordTime)
+{
+    if (m_file == nullptr) {
+        return;
+    }
+    const unsigned long long start = m_startTime.getTimeStamp();
+    const unsigned long long elapsed = (recordTime > start ? recordTime - start : start - recordTime) / 1000;
+    m_record.set_cmd(typeId);
+    m_record.set_str(text.c_str(), static_cast<std::int32_t>(text.size()));
+    m_file->write(m_record, std::max(elapsed, FirstCaptureTime), definesChannelRange(typeId, code, text));
+    m_lastRecordTime.setTime_ts(recordTime);
+    SplitIfTooLarge();
+}
+
+void CRecording::WriteEarlyChanges()
+{
+    while (!m_earlyChanges.empty()) {
+        std::vector<EarlyChange> changes;
+        changes.swap(m_earlyChanges);
+        for (const EarlyChange& change : changes) {
+            if (change.value != nullptr) {
+                TrackFields(change.typeId, *change.value);
+            }
+            WriteCapture(change.typeId, change.code, change.text, change.recordTime);
+        }
+    }
+}
+
+void CRecording::SplitIfTooLarge()
+{
+    if (m_file->fileSize() > m_fileSizeLimit) {
+        StopRecording(true);
+        PublishFileName(StartRecording(true));
+    }
+}
+
+}  // namespace Recording2
