@@ -49,7 +49,7 @@ public:
     explicit VtTransaction(bool exclusive);
     VtTransaction(const VtTransaction&) = delete;
     VtTransaction& operator=(const VtTransaction&) = delete;
-    ~VtTransaction();
+    ~VtTransaction();  // NOLINT(performance-trivially-destructible): the end of a scope, whatever a library does there
 };
 
 /// What all value pointers share: they learn of the value's end and are then detached.

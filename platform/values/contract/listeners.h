@@ -1,0 +1,76 @@
+// Observers for the contract tests.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <values/maps.h>
+#include <values/selection.h>
+#include <values/value.h>
+
+using Flag = values::Value<bool>;
+using Text = values::Value<QString>;
+using Number = values::ValueNumeric<double>;
+using NumberWithOffset = values::ValueNumericWithOffset<double>;
+using LevelMap = values::FastValueMap<float, values::levelHandler>;
+using BearingMap = values::ValueMap<values::Bearing, values::BearingHandler>;
+using FastBearingMap = values::FastValueMap<values::Bearing, values::BearingHandler>;
+
+/// Keeps the change codes that it is told.
+class Listener final : public IObserver {
+public:
+    void Update(void* subject, TChangeCode code) override
+    {
+        m_codes.push_back(code);
+        m_subject = subject;
+    }
+    [[nodiscard]] const std::vector<TChangeCode>& codes() const { return m_codes; }
+    [[nodiscard]] const void* subject() const { return m_subject; }
+    void forget() { m_codes.clear(); }
+
+private:
+    std::vector<TChangeCode> m_codes;
+    const void* m_subject = nullptr;
+};
+
+/// Does something when it is told.
+class Actor final : public IObserver {
+public:
+    explicit Actor(std::function<void(TChangeCode)> action) : m_action(std::move(action)) {}
+    void Update(void* /*subject*/, TChangeCode code) override { m_action(code); }
+
+private:
+    std::function<void(TChangeCode)> m_action;
+};
+
+/// Keeps the text of every change of one value while it records that.
+class TextRecorder final : public IObserver {
+public:
+    explicit TextRecorder(values::ValueBase& value) : m_value(value)
+    {
+        m_value.AddObserver(this);
+        m_value.CommandRecordingOn();
+    }
+    ~TextRecorder() override
+    {
+        m_value.CommandRecordingOff();
+        m_value.RemoveObserver(this);
+    }
+    void Update(void* /*subject*/, TChangeCode /*code*/) override
+    {
+        m_texts.push_back(m_value.GetStringForRecording(true));
+    }
+    [[nodiscard]] const std::vector<std::string>& texts() const { return m_texts; }
+    [[nodiscard]] const std::string& last() const { return m_texts.back(); }
+
+private:
+    values::ValueBase& m_value;
+    std::vector<std::string> m_texts;
+};
+
+inline bool hasRange(const std::string& text)
+{
+    return text.find("34;") != std::string::npos;
+}

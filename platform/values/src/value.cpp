@@ -1,0 +1,298 @@
+#include <values/value.h>
+
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+#include "textformat.h"
+
+namespace values {
+
+namespace {
+
+using text::Match;
+
+bool isSame(double one, double other)
+{
+    // By their bits, so that a negative zero is kept; a NaN is what every other NaN is.
+    return std::bit_cast<std::uint64_t>(one) == std::bit_cast<std::uint64_t>(other) ||
+           (std::isnan(one) && std::isnan(other));
+}
+
+template <typename T>
+bool replace(T& target, const T& value)
+{
+    if (target == value) {
+        return false;
+    }
+    target = value;
+    return true;
+}
+
+bool replace(double& target, double value)
+{
+    if (isSame(target, value)) {
+        return false;
+    }
+    target = value;
+    return true;
+}
+
+void appendTag(std::string& text, ValueType type)
+{
+    text::appendCommand(text, static_cast<std::int32_t>(type));
+}
+
+void appendPayload(std::string& text, bool value)
+{
+    text += value ? '1' : '0';
+}
+
+void appendPayload(std::string& text, const QString& value)
+{
+    text::appendEscaped(text, value);
+}
+
+bool readPayload(std::string_view payload, bool& value)
+{
+    value = payload == "1";
+    return value || payload == "0";
+}
+
+bool readPayload(std::string_view payload, QString& value)
+{
+    return text::readEscaped(payload, value);
+}
+
+void appendFields(std::string& text, std::initializer_list<double> numbers)
+{
+    const char* before = "";
+    for (const double number : numbers) {
+        text += before;
+        text::appendNumber(text, number);
+        before = ",";
+    }
+}
+
+template <std::size_t Count>
+bool readFields(std::string_view payload, std::array<double, Count>& numbers)
+{
+    for (double& number : numbers) {
+        const bool last = &number == &numbers.back();
+        if (!text::readNumber(last ? payload : text::takeField(payload), number)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+constexpr ValueType typeOf(const bool* /*tag*/)
+{
+    return ValueType::Bool;
+}
+
+constexpr ValueType typeOf(const QString* /*tag*/)
+{
+    return ValueType::String;
+}
+
+QString textOf(bool value)
+{
+    return QString::fromLatin1(value ? "true" : "false");
+}
+
+QString textOf(const QString& value)
+{
+    return value;
+}
+
+}  // namespace
+
+template <typename T, typename Format>
+void Value<T, Format>::SetValue(const T& value, IObserver* originator)
+{
+    if (replace(m_value, value)) {
+        this->NotifyChange(TChangeCode::ValueChanged, originator);
+    }
+}
+
+template <typename T, typename Format>
+ValueType Value<T, Format>::GetType() const
+{
+    return typeOf(&m_value);
+}
+
+template <typename T, typename Format>
+QString Value<T, Format>::GetText() const
+{
+    return textOf(m_value);
+}
+
+template <typename T, typename Format>
+std::string Value<T, Format>::GetObjectStateStringForRecording() const
+{
+    std::string text;
+    AppendChangeText(text);
+    return text;
+}
+
+template <typename T, typename Format>
+void Value<T, Format>::AppendChangeText(std::string& text) const
+{
+    appendTag(text, GetType());
+    appendPayload(text, m_value);
+}
+
+template <typename T, typename Format>
+bool Value<T, Format>::ApplyRecordedState(const std::string& text, std::int32_t /*originatorKey*/, bool notify)
+{
+    std::string_view payload;
+    const Match match = text::matchPlain(text, GetType(), payload);
+    if (match != Match::Own) {
+        return match == Match::NotOwn;
+    }
+    T recorded{};
+    if (!readPayload(payload, recorded)) {
+        return false;
+    }
+    if (replace(m_value, recorded) && notify) {
+        this->NotifyChange(TChangeCode::ValueChanged, nullptr);
+    }
+    return true;
+}
+
+template <typename T>
+void ValueNumeric<T>::SetValue(T value, IObserver* originator)
+{
+    if (replace(m_value, value)) {
+        this->NotifyChange(TChangeCode::ValueChanged, originator);
+    }
+}
+
+template <typename T>
+void ValueNumeric<T>::SetLimits(T lower, T upper, IObserver* originator)
+{
+    const bool lowerChanged = replace(m_lower, lower);
+    if (replace(m_upper, upper) || lowerChanged) {
+        this->NotifyChange(TChangeCode::ValueChanged, originator);
+    }
+}
+
+template <typename T>
+ValueType ValueNumeric<T>::GetType() const
+{
+    return ValueType::Numeric;
+}
+
+template <typename T>
+QString ValueNumeric<T>::GetText() const
+{
+    // An exponent only where the digits alone would be hard to read.
+    const double magnitude = std::fabs(m_value);
+    const bool fixed = magnitude == 0 || (magnitude >= 1e-6 && magnitude < 1e16);
+    std::array<char, 64> digits{};
+    const auto result =
+        fixed ? std::to_chars(digits.data(), digits.data() + digits.size(), m_value, std::chars_format::fixed)
+              : std::to_chars(digits.data(), digits.data() + digits.size(), m_value);
+    return QString::fromLatin1(digits.data(), static_cast<int>(result.ptr - digits.data()));
+}
+
+template <typename T>
+std::string ValueNumeric<T>::GetObjectStateStringForRecording() const
+{
+    std::string text;
+    this->AppendChangeText(text);
+    return text;
+}
+
+template <typename T>
+void ValueNumeric<T>::AppendChangeText(std::string& text) const
+{
+    appendTag(text, ValueType::Numeric);
+    appendFields(text, {m_value, m_lower, m_upper});
+}
+
+template <typename T>
+bool ValueNumeric<T>::ApplyRecordedState(const std::string& text, std::int32_t /*originatorKey*/, bool notify)
+{
+    std::string_view payload;
+    const Match match = text::matchPlain(text, ValueType::Numeric, payload);
+    if (match != Match::Own) {
+        return match == Match::NotOwn;
+    }
+    std::array<T, 3> recorded{};
+    if (!readFields(payload, recorded)) {
+        return false;
+    }
+    bool changed = replace(m_value, recorded[0]);
+    changed = replace(m_lower, recorded[1]) || changed;
+    changed = replace(m_upper, recorded[2]) || changed;
+    if (changed && notify) {
+        this->NotifyChange(TChangeCode::ValueChanged, nullptr);
+    }
+    return true;
+}
+
+template <typename T>
+void ValueNumericWithOffset<T>::SetOffset(T offset, IObserver* originator)
+{
+    if (replace(m_offset, offset)) {
+        this->NotifyChange(TChangeCode::ValueChanged, originator);
+    }
+}
+
+template <typename T>
+ValueType ValueNumericWithOffset<T>::GetType() const
+{
+    return ValueType::NumericWithOffset;
+}
+
+template <typename T>
+std::string ValueNumericWithOffset<T>::GetObjectStateStringForRecording() const
+{
+    std::string text;
+    AppendChangeText(text);
+    return text;
+}
+
+template <typename T>
+void ValueNumericWithOffset<T>::AppendChangeText(std::string& text) const
+{
+    appendTag(text, ValueType::NumericWithOffset);
+    appendFields(text, {this->m_value, this->m_lower, this->m_upper, m_offset});
+}
+
+template <typename T>
+bool ValueNumericWithOffset<T>::ApplyRecordedState(const std::string& text, std::int32_t /*originatorKey*/, bool notify)
+{
+    std::string_view payload;
+    const Match match = text::matchPlain(text, ValueType::NumericWithOffset, payload);
+    if (match != Match::Own) {
+        return match == Match::NotOwn;
+    }
+    std::array<T, 4> recorded{};
+    if (!readFields(payload, recorded)) {
+        return false;
+    }
+    bool changed = replace(this->m_value, recorded[0]);
+    changed = replace(this->m_lower, recorded[1]) || changed;
+    changed = replace(this->m_upper, recorded[2]) || changed;
+    changed = replace(m_offset, recorded[3]) || changed;
+    if (changed && notify) {
+        this->NotifyChange(TChangeCode::ValueChanged, nullptr);
+    }
+    return true;
+}
+
+template class Value<bool>;
+template class Value<QString>;
+template class ValueNumeric<double>;
+template class ValueNumericWithOffset<double>;
+
+}  // namespace values
