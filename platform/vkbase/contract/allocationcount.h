@@ -1,0 +1,4 @@
+// Counts the allocations of the whole test program.
+#pragma once
+
+int AllocationCount();

@@ -1,0 +1,104 @@
+#include <QStringList>
+
+#include <gtest/gtest.h>
+
+#include <zelvo/zelvo.h>
+
+using namespace Zelvo;
+
+namespace {
+
+const ZelvoUrl& AnyUrl()
+{
+    static const ZelvoUrl url(QStringLiteral("zelvo:///group/7"));
+    return url;
+}
+
+void ExpectNotAvailable(const ZelvoClient& client)
+{
+    EXPECT_EQ(client.GetError(), ZelvoError::NotAvailable);
+    EXPECT_EQ(client.GetErrorString(), QStringLiteral("No archive is available."));
+}
+
+}  // namespace
+
+TEST(ZelvoUrl, HasTheFormOfAnArchiveAddressOnlyWithGroupAndFile)
+{
+    EXPECT_TRUE(AnyUrl().isZelvoUrl());
+    const QStringList others = {QString(),
+                                QStringLiteral("/tmp/a.rec"),
+                                QStringLiteral("zelvo:///"),
+                                QStringLiteral("zelvo:///group"),
+                                QStringLiteral("zelvo:///group/"),
+                                QStringLiteral("zelvo:////7"),
+                                QStringLiteral("zelvo:///group/7/8"),
+                                QStringLiteral("http:///group/7")};
+    for (const QString& text : others) {
+        EXPECT_FALSE(ZelvoUrl(text).isZelvoUrl()) << text.toStdString();
+    }
+}
+
+TEST(ZelvoUrl, KeepsItsTextUntilItIsCleared)
+{
+    ZelvoUrl url(QStringLiteral("anything"));
+    EXPECT_EQ(url.toString(), QStringLiteral("anything"));
+    url.clear();
+    EXPECT_TRUE(url.toString().isEmpty());
+    EXPECT_FALSE(url.isZelvoUrl());
+}
+
+TEST(ZelvoClient, SaysThatNoArchiveIsAvailable)
+{
+    ZelvoClient client;
+    client.SetUser(QStringLiteral("operator"));
+    EXPECT_FALSE(ZelvoClient::IsZelvoAvailable());
+    EXPECT_FALSE(client.IsConnected());
+    EXPECT_FALSE(client.IsValidURL(AnyUrl()));
+}
+
+TEST(ZelvoClient, HasNoErrorBeforeTheFirstRequest)
+{
+    const ZelvoClient client;
+    EXPECT_EQ(client.GetError(), ZelvoError::None);
+    EXPECT_TRUE(client.GetErrorString().isEmpty());
+}
+
+TEST(ZelvoClient, CreatesNoFileGroup)
+{
+    ZelvoClient client;
+    QString directory = QStringLiteral("untouched");
+    EXPECT_TRUE(client
+                    .CreateFileGroup(QString(), QDateTime(), QString(), QString(), FileType::Recording, 1, QString(),
+                                     directory, QString())
+                    .isEmpty());
+    EXPECT_EQ(directory, QStringLiteral("untouched"));
+    ExpectNotAvailable(client);
+}
+
+TEST(ZelvoClient, AddsNoFile)
+{
+    ZelvoClient client;
+    EXPECT_EQ(client.AddFile(QStringLiteral("a.rec"), QStringLiteral("guid")), 0U);
+    ExpectNotAvailable(client);
+}
+
+TEST(ZelvoClient, MovesNothing)
+{
+    ZelvoClient client;
+    EXPECT_EQ(client.MoveToNas(QStringLiteral("guid")), QStringLiteral("No archive is available."));
+    ExpectNotAvailable(client);
+}
+
+TEST(ZelvoClient, GivesNoFileForAnAddress)
+{
+    ZelvoClient client;
+    EXPECT_TRUE(client.RequestFile(AnyUrl(), LockState::Shared).isEmpty());
+    ExpectNotAvailable(client);
+}
+
+TEST(ZelvoClient, ClosesNoFile)
+{
+    ZelvoClient client;
+    client.CloseFile(AnyUrl());
+    ExpectNotAvailable(client);
+}
