@@ -78,7 +78,12 @@ CFileAccess& CFileAccess::operator=(const CFileAccess& other)
     return *this;
 }
 
-CFileAccess::~CFileAccess() = default;
+CFileAccess::~CFileAccess()
+{
+    if (d->bookmarksChanged) {
+        writeBookmarks();
+    }
+}
 
 CFileAccess* CFileAccess::instance(const char* path, const QString& prefix, const char* name, bool write,
                                    bool readTables)
@@ -125,7 +130,7 @@ bool CFileAccess::OpenForWriting(bool sameGroup)
         const std::string name = finalName(FileNames::directory(d->path), d->path);
         shared.uncFilePath->SetValue(FileNames::fromBytes(name), nullptr);
     }
-    shared.output = std::make_unique<OutputFile>(d->path);
+    shared.output = std::make_unique<OutputFile>(d->path, OpenMode::Create);
     shared.index = std::make_unique<Index::TimeIndex>();
     shared.channelRangeTimes = std::make_unique<std::set<std::uint64_t>>();
     shared.bookmarks = std::make_unique<std::map<std::uint64_t, std::string>>();
@@ -152,7 +157,7 @@ bool CFileAccess::OpenForReading(bool readTables)
         return false;
     }
     if (readTables) {
-        ReadTimeTable();
+        LoadTables();
     }
     return true;
 }
@@ -180,7 +185,7 @@ void CFileAccess::CloseOutput(bool skipHandOff)
 {
     d->shared->output->close();
     d->shared->output.reset();
-    if (FileNames::suffix(d->path) == "tmp") {
+    if (d->valid && FileNames::suffix(d->path) == "tmp") {
         FileNames::renameWithoutReplacing(d->path, finalName(FileNames::absoluteDirectory(d->path), d->path));
     }
     if (m_sGuid != NoGroup && !skipHandOff) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -14,6 +15,7 @@
 namespace Recording2 {
 
 class CRecording;
+class OutputFile;
 
 /// A recording file, opened for writing or for reading. The bytes are described in doc/format.md.
 ///
@@ -95,8 +97,38 @@ public:
     /// The record before the one at exactly that time. @return its time
     unsigned long long readprev(CVTCmdData& record, unsigned long long time);
 
+    // Bookmarks: at most one a time, 0 is never one. They are stored by writeBookmarks, or when the object is destroyed
+    // after a change. A file that was opened without its tables holds none, and storing then replaces those it has.
+
+    void addBookmark(unsigned long long time, std::string text);  ///< a time that has a bookmark keeps its text
+    void removeBookmark(unsigned long long time);
+    void BookmarkTableToBegin();  ///< lets getNextBookmark begin with the earliest
+    /// Delivers the next bookmark. @return whether another follows, so the call that delivers the last returns false;
+    /// at the end both arguments are untouched
+    bool getNextBookmark(unsigned long long& time, std::string& text);
+    [[nodiscard]] bool bookmarksAvailable() const;
+    /// Rewrites the bookmark table and the header area of the finished file; reading starts anew at its beginning.
+    void writeBookmarks();
+
+    // Channel range definitions: the times of the records that describe the receiver's channels.
+
+    void addChannelRangeDef(unsigned long long time);  ///< 0 is ignored; the file is not touched
+    /// Overwrites the table in the file with zeros and forgets the definitions. Only when channelRangeDefAvailable():
+    /// without a table it overwrites the file from its start.
+    void clearChannelRangeDef();
+    [[nodiscard]] bool channelRangeDefAvailable() const;  ///< whether the file has a table
+    void CRDTableToBegin();                               ///< lets readNextChannelRangeDef begin with the earliest
+    /// Delivers the next definition and its time, looking through the records of its moment for the one with the range.
+    /// @return whether another follows, so the call that delivers the last returns false; at the end both arguments are
+    /// untouched
+    bool readNextChannelRangeDef(CVTCmdData& cmd, unsigned long long& time);
+    /// Writes the definitions and the header area into the finished file: in place where it has a table, without regard
+    /// to what stands behind it (clear first, and add no more than there were).
+    void rebuildChannelRangeDef();
+
 private:
     friend class FileAccessTestPeer;
+    friend class MappingGenerator;
     struct Private;
 
     bool OpenRecording(const std::string& path, bool write, bool readTables, bool sameGroup);
@@ -104,9 +136,20 @@ private:
     bool OpenForReading(bool readTables);
     void CloseOutput(bool skipHandOff);
 
+    [[nodiscard]] bool AtEndOfRecords() const;  // or no file is open for reading
+    void LoadTables();
+    void ReadTimeTable();
+    void ReadCRDTable();
+    void ReadBookmarkTable();
     void WriteTimeTable();
     void WriteCRDTable();
-    void ReadTimeTable();
+    void WriteBookmarkTable();
+
+    OutputFile* OpenForUpdate();
+    void ReopenForReading();
+    void RewriteHeaderArea(const CHeaderData& header);
+    /// @return whether everything reached the system
+    bool RewriteFinishedFile(const char* failure, const std::function<void(OutputFile&)>& rewrite);
 
     QString getNewGroupGuid(bool reuse);
     int addFileToFileGroup(const QString& filePath, const QString& guid);

@@ -2,11 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 
 #include <values/tree.h>
 #include <zelvo/zelvo.h>
@@ -49,11 +51,47 @@ struct SharedFile {
     bool positionsExhausted = false;  // a record was refused; traced once
 };
 
+/// A place in an ordered container, kept as the key of the entry that comes next.
+class KeyCursor {
+public:
+    [[nodiscard]] bool atEnd() const { return !m_next; }
+    template <typename Container>
+    void toBegin(const Container& container)
+    {
+        set(container, container.begin());
+    }
+    /// The entry that comes next; the container's end when it was taken away meanwhile and none follows.
+    template <typename Container>
+    [[nodiscard]] auto in(const Container& container) const
+    {
+        return container.lower_bound(*m_next);
+    }
+    template <typename Container>
+    void advance(const Container& container)
+    {
+        set(container, std::next(in(container)));
+    }
+
+private:
+    static std::uint64_t key(std::uint64_t entry) { return entry; }
+    static std::uint64_t key(const std::pair<const std::uint64_t, std::string>& entry) { return entry.first; }
+    template <typename Container, typename Iterator>
+    void set(const Container& container, Iterator entry)
+    {
+        m_next = entry == container.end() ? std::nullopt : std::optional<std::uint64_t>(key(*entry));
+    }
+
+    std::optional<std::uint64_t> m_next;
+};
+
 /// Every copy has its own.
 struct CFileAccess::Private {
     std::shared_ptr<SharedFile> shared = std::make_shared<SharedFile>();
     Format::Positions positions;
+    KeyCursor channelRangeCursor;
+    KeyCursor bookmarkCursor;
     bool valid = false;
+    bool bookmarksChanged = false;
     Zelvo::ZelvoError zelvoError = Zelvo::ZelvoError::None;
     std::uint64_t lastTime = 0;
     std::string path;
@@ -67,6 +105,8 @@ struct CFileAccess::Private {
 
     [[nodiscard]] bool fits(std::int64_t bytes);  // whether so many more bytes end within the last position
     void refuse();
+    /// Notes the output's position as that of a block written for the first time; false when no header could name it.
+    bool begin(std::int32_t& position);
     Format::HeaderStatus readHeader(CHeaderData& header);
     std::int32_t readRecord(OpenInput& input, CVTCmdData& record);  // returns the data length that the file states
     [[nodiscard]] std::uint64_t timeHere() const;

@@ -67,8 +67,15 @@ void CFileAccess::readTables()
     }
     CHeaderData header;
     if (read(header) != 0) {
-        ReadTimeTable();
+        LoadTables();
     }
+}
+
+void CFileAccess::LoadTables()
+{
+    ReadTimeTable();
+    ReadCRDTable();
+    ReadBookmarkTable();
 }
 
 void CFileAccess::ReadTimeTable()
@@ -140,10 +147,16 @@ unsigned long long CFileAccess::read(CVTCmdData& record, unsigned long long time
             input->cursor.seek(entry->position);
         }
     }
-    if (input->cursor.position() >= d->positions.timeTable) {
+    if (AtEndOfRecords()) {
         return 0;
     }
     return d->readRecord(*input, record) > 0 ? d->timeHere() : 0;
+}
+
+bool CFileAccess::AtEndOfRecords() const
+{
+    const OpenInput* input = d->goodInput();
+    return input == nullptr || input->cursor.position() >= d->positions.timeTable;
 }
 
 unsigned long long CFileAccess::readfirst(CVTCmdData& record)

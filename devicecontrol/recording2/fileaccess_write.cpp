@@ -11,21 +11,23 @@
 
 namespace Recording2 {
 
-namespace {
-
-// Sets the position of a block that is written here for the first time.
-void begin(std::int32_t& position, const OutputFile& output)
-{
-    if (position == 0) {
-        position = static_cast<std::int32_t>(output.position());
-    }
-}
-
-}  // namespace
-
 bool CFileAccess::Private::fits(std::int64_t bytes)
 {
     return bytes <= Format::LastPosition - shared->output->position();
+}
+
+bool CFileAccess::Private::begin(std::int32_t& position)
+{
+    const std::int64_t here = shared->output->position();
+    if (position != 0) {
+        return true;
+    }
+    if (here > Format::LastPosition) {
+        refuse();
+        return false;
+    }
+    position = static_cast<std::int32_t>(here);
+    return true;
 }
 
 // A record that no position could name is left out, so that what was recorded before stays a sound file.
@@ -57,7 +59,7 @@ unsigned long long CFileAccess::write(CVTTypesData& types)
         d->refuse();
         return 0;
     }
-    begin(d->positions.typeTable, *output);
+    d->begin(d->positions.typeTable);
     output->append(block);
     return 0;
 }
@@ -83,7 +85,7 @@ unsigned long long CFileAccess::write(CVTCmdData& record, unsigned long long tim
         return 0;
     }
     t += taken ? 1 : 0;
-    begin(d->positions.firstRecord, *output);
+    d->begin(d->positions.firstRecord);
     index.add(t, static_cast<std::int32_t>(output->position()));
     if (isChannelRangeDef) {
         d->shared->channelRangeTimes->insert(t);
@@ -100,9 +102,9 @@ unsigned long long CFileAccess::write(CHeaderData& header)
     if (output == nullptr) {
         return 0;
     }
-    output->seek(0);
     std::string block;
     Format::appendHeader(block, toRecord(header, d->positions));
+    output->seek(0);
     output->append(block);
     return 0;
 }
@@ -110,34 +112,15 @@ unsigned long long CFileAccess::write(CHeaderData& header)
 void CFileAccess::WriteTimeTable()
 {
     OutputFile* output = d->goodOutput();
-    if (output == nullptr || d->shared->index == nullptr || d->shared->index->empty()) {
+    if (output == nullptr || d->shared->index == nullptr || d->shared->index->empty() ||
+        !d->begin(d->positions.timeTable)) {
         return;
     }
-    begin(d->positions.timeTable, *output);
     const Index::TimeIndex& index = *d->shared->index;
     for (std::size_t rank = 0; rank < index.size(); ++rank) {
         const Index::TimeEntry entry = index.byTime(rank);
         output->commit(
             Format::putTimeEntry(output->reserve(Format::MaxTimeEntryBytes), entry.time, std::int64_t{entry.position}));
-    }
-}
-
-void CFileAccess::WriteCRDTable()
-{
-    OutputFile* output = d->goodOutput();
-    if (output == nullptr || d->shared->channelRangeTimes == nullptr || d->shared->channelRangeTimes->empty()) {
-        return;
-    }
-    if (d->positions.channelRangeTable != 0) {
-        output->seek(d->positions.channelRangeTable);
-    }
-    if (output->position() > Format::LastPosition) {  // no header could name the table
-        d->refuse();
-        return;
-    }
-    begin(d->positions.channelRangeTable, *output);
-    for (const std::uint64_t time : *d->shared->channelRangeTimes) {
-        output->commit(Format::putTime(output->reserve(Format::TimeBytes), time));
     }
 }
 

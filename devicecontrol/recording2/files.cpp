@@ -10,10 +10,10 @@ constexpr std::size_t BufferBytes = std::size_t{256} * 1024;
 
 }  // namespace
 
-OutputFile::OutputFile(const std::string& path) : m_buffer(BufferBytes)
+OutputFile::OutputFile(const std::string& path, OpenMode mode) : m_buffer(BufferBytes)
 {
     m_stream.rdbuf()->pubsetbuf(nullptr, 0);  // the buffer is ours
-    m_stream.open(path, std::ios::binary | std::ios::out | std::ios::trunc);
+    m_stream.open(path, std::ios::binary | std::ios::out | (mode == OpenMode::Create ? std::ios::trunc : std::ios::in));
     m_good = m_stream.good();
 }
 
@@ -50,10 +50,22 @@ char* OutputFile::reserve(std::size_t size)
 
 void OutputFile::seek(std::int64_t position)
 {
+    seek(position, std::ios::beg);
+}
+
+void OutputFile::seekToEnd()
+{
+    seek(0, std::ios::end);
+}
+
+void OutputFile::seek(std::streamoff offset, std::ios::seekdir from)
+{
     flush();
-    m_stream.seekp(position);
-    m_flushed = position;
+    m_stream.seekp(offset, from);
     m_good = m_good && m_stream.good();
+    if (m_good) {
+        m_flushed = m_stream.tellp();
+    }
 }
 
 bool OutputFile::close()

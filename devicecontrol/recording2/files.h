@@ -12,10 +12,13 @@
 
 namespace Recording2 {
 
+/// Create replaces an existing file, Update changes one in place and makes none.
+enum class OpenMode : std::uint8_t { Create, Update };
+
 /// A file being written through a buffer of its own. After a failure it stays failed and writes nothing more.
 class OutputFile {
 public:
-    explicit OutputFile(const std::string& path);  ///< replaces an existing file
+    OutputFile(const std::string& path, OpenMode mode);
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
     ~OutputFile();  ///< closes
@@ -26,13 +29,15 @@ public:
     /// Room for size bytes to be written in place, size at most SmallBytes; commit says how many were.
     [[nodiscard]] char* reserve(std::size_t size);
     void commit(const char* end) { m_used = static_cast<std::size_t>(end - m_buffer.data()); }
-    void seek(std::int64_t position);
+    void seek(std::int64_t position);  ///< A negative position is a failure.
+    void seekToEnd();
     bool close();  ///< false when what was written did not reach the system; once
 
     static constexpr std::size_t SmallBytes = 256;
 
 private:
     void flush();
+    void seek(std::streamoff offset, std::ios::seekdir from);
 
     std::ofstream m_stream;
     std::vector<char> m_buffer;

@@ -157,6 +157,7 @@ private:
     std::int64_t m_diskExpandingSize = 0;  // the same
     bool m_startTimeMoved = false;         // a map's own time has become the start time of the open file
     bool m_starting = false;               // the start sequence runs
+    std::uint32_t m_starts = 0;            // files opened so far
     std::map<QString, std::int32_t> m_typeIds;
     CValueTableMap m_keywords;
     CValueTableMap m_inactiveKeywords;

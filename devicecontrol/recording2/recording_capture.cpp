@@ -106,6 +106,8 @@ void CRecording::Capture(void* subject, TChangeCode code)
     const auto found = std::find_if(m_observed.begin(), m_observed.end(),
                                     [&](const Observed& observed) { return observed.value == subject; });
     if (found == m_observed.end()) {
+        // The time of a map counts although nobody records it.
+        static_cast<void>(TakeRecordTime(TimedMap(static_cast<const values::ValueBase*>(subject))));
         return;
     }
     const Observed change = *found;  // the list may change below

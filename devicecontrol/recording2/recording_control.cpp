@@ -119,10 +119,13 @@ QString CRecording::StartRecording(bool splitting)
         m_file = std::make_unique<CFileAccess>(directory.c_str(), m_statusValuePath, fileName.c_str(), true, true,
                                                splitting, this, m_archive.get());
         m_currentFileName = FileNames::fromBytes(m_file->path());
+        const std::uint32_t thisStart = ++m_starts;
         if (m_recFileName) {
             m_recFileName->SetValue(m_currentFileName, this);
         }
-        RunStartSequence();
+        if (m_starts == thisStart) {  // an observer of the name may have started the next one
+            RunStartSequence();
+        }
         return m_currentFileName;
     } catch (const std::exception& exception) {
         RecordingErrors::rethrow(exception, RecordingErrors::Start);
@@ -132,12 +135,15 @@ QString CRecording::StartRecording(bool splitting)
 // Observing the values may make a device change some: those changes wait behind the initial states.
 void CRecording::RunStartSequence()
 {
+    const std::uint32_t thisStart = m_starts;
     m_starting = true;
     try {
         AttachRecordedValues();
-        ApplyModeKeywords();
-        WriteTypeTable(m_file.get());
-        WriteInitialStates();
+        if (m_starts == thisStart) {  // else the next file was started meanwhile, and has its own beginning
+            ApplyModeKeywords();
+            WriteTypeTable(m_file.get());
+            WriteInitialStates();
+        }
     } catch (...) {
         m_starting = false;
         WriteEarlyChanges();

@@ -26,7 +26,8 @@ enum Line : std::int32_t { InitialStates = 590, Start = 1006, Stop = 1103 };
 /// What the recorder throws for a failure: its own exceptions pass as they are.
 [[noreturn]] inline void rethrow(const std::exception& cause, std::int32_t line)
 {
-    if (dynamic_cast<const VKException*>(&cause) != nullptr) {
+    const auto* own = dynamic_cast<const VKException*>(&cause);
+    if (own != nullptr && own->Source() == Source) {
         throw;
     }
     throw VKException(cause.what(), Source, "CRecording", line);

@@ -103,7 +103,7 @@ struct RECORDING2_EXPORT S_TYPES {
 };
 
 /// The type table, in order of insertion.
-class RECORDING2_EXPORT CVTTypesData {
+class RECORDING2_EXPORT CVTTypesData {  // NOLINT(cppcoreguidelines-virtual-class-destructor): see the destructor
 public:
     CVTTypesData() = default;
     CVTTypesData(const CVTTypesData&) = default;

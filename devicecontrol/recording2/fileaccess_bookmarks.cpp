@@ -1,0 +1,171 @@
+// Bookmarks, and what all rewriting of a finished file shares.
+#include <exception>
+#include <stdexcept>
+#include <utility>
+
+#include <vkbase/trace.h>
+
+#include "fileaccess.h"
+#include "fileaccess_p.h"
+#include "format/layout.h"
+
+namespace Recording2 {
+
+void CFileAccess::addBookmark(unsigned long long time, std::string text)
+{
+    if (time == 0 || d->shared->bookmarks == nullptr) {
+        return;
+    }
+    d->bookmarksChanged = true;
+    d->shared->bookmarks->emplace(time, std::move(text));
+}
+
+void CFileAccess::removeBookmark(unsigned long long time)
+{
+    if (time == 0 || d->shared->bookmarks == nullptr) {
+        return;
+    }
+    d->bookmarksChanged = true;
+    d->shared->bookmarks->erase(time);
+}
+
+void CFileAccess::BookmarkTableToBegin()
+{
+    if (d->shared->bookmarks != nullptr) {
+        d->bookmarkCursor.toBegin(*d->shared->bookmarks);
+    }
+}
+
+bool CFileAccess::getNextBookmark(unsigned long long& time, std::string& text)
+{
+    if (d->shared->bookmarks == nullptr || d->bookmarkCursor.atEnd()) {
+        return false;
+    }
+    const auto bookmark = d->bookmarkCursor.in(*d->shared->bookmarks);
+    if (bookmark == d->shared->bookmarks->end()) {
+        return false;
+    }
+    time = bookmark->first;
+    text = bookmark->second;
+    d->bookmarkCursor.advance(*d->shared->bookmarks);
+    return !d->bookmarkCursor.atEnd();
+}
+
+bool CFileAccess::bookmarksAvailable() const
+{
+    return d->goodInput() != nullptr && d->shared->bookmarks != nullptr && !d->shared->bookmarks->empty() &&
+           d->shared->index != nullptr;
+}
+
+void CFileAccess::ReadBookmarkTable()
+{
+    OpenInput* input = d->goodInput();
+    if (input == nullptr || d->shared->bookmarks == nullptr || d->positions.bookmarkTable == 0) {
+        return;
+    }
+    Format::Cursor& cursor = input->cursor;
+    cursor.seek(d->positions.bookmarkTable);
+    std::uint64_t time = 0;
+    while (!cursor.atEnd()) {
+        std::int64_t length = 0;  // what a longer table left may end within an entry: that has no text either
+        cursor.readTime(time);
+        cursor.readNumber(length);
+        if (length > 0) {
+            cursor.readBytes(d->shared->buffer, length);
+            d->shared->bookmarks->emplace(time, d->shared->buffer);
+        }
+    }
+    cursor.seek(d->positions.firstRecord);
+}
+
+void CFileAccess::WriteBookmarkTable()
+{
+    OutputFile* output = d->goodOutput();
+    if (output == nullptr || d->shared->bookmarks == nullptr || d->shared->bookmarks->empty() ||
+        !d->begin(d->positions.bookmarkTable)) {
+        return;
+    }
+    for (const auto& [time, text] : *d->shared->bookmarks) {
+        output->commit(Format::putTime(output->reserve(Format::TimeBytes), time));
+        output->commit(Format::putNumber(output->reserve(Format::MaxNumberBytes), std::uint64_t{text.size()}));
+        output->append(text);
+    }
+}
+
+void CFileAccess::writeBookmarks()
+{
+    const auto rewrite = [this](OutputFile& output) {
+        output.seekToEnd();
+        const std::int64_t end = output.position();
+        if (d->positions.bookmarkTable != 0) {
+            output.seek(d->positions.bookmarkTable);
+        }
+        WriteBookmarkTable();
+        // What the old table had more than the new one reads as entries without a text.
+        while (output.good() && output.position() < end) {
+            output.append({"0", 1});
+        }
+    };
+    if (RewriteFinishedFile("Error writing bookmarks for recording file %s", rewrite)) {
+        d->bookmarksChanged = false;
+    }
+}
+
+OutputFile* CFileAccess::OpenForUpdate()
+{
+    SharedFile& shared = *d->shared;
+    if (shared.output == nullptr) {
+        shared.input.reset();
+        shared.output = std::make_unique<OutputFile>(d->path, OpenMode::Update);
+    }
+    return d->goodOutput();
+}
+
+void CFileAccess::ReopenForReading()
+{
+    d->shared->output.reset();
+    d->shared->input = std::make_unique<OpenInput>(d->path);
+}
+
+// The header area is written whole with the record in it: one write, so that no moment leaves the file without a
+// header.
+void CFileAccess::RewriteHeaderArea(const CHeaderData& header)
+{
+    OutputFile* output = d->goodOutput();
+    if (output == nullptr) {
+        return;
+    }
+    std::string record;
+    Format::appendHeader(record, toRecord(header, d->positions));
+    std::string area = Format::headerArea();
+    area.replace(0, record.size(), record);
+    output->seek(0);
+    output->append(area);
+}
+
+bool CFileAccess::RewriteFinishedFile(const char* failure, const std::function<void(OutputFile&)>& rewrite)
+{
+    bool stored = false;
+    if (d->goodInput() == nullptr) {
+        return stored;
+    }
+    try {
+        CHeaderData header;
+        if (d->readHeader(header) != Format::HeaderStatus::Ok) {  // not a recording: leave it alone
+            throw std::runtime_error("no readable header");
+        }
+        if (OutputFile* output = OpenForUpdate()) {
+            rewrite(*output);
+            RewriteHeaderArea(header);
+            stored = output->close();
+        }
+        ReopenForReading();
+    } catch (const std::exception&) {
+        if (FileAccessTrace::enabled()) {
+            _Q_TraceOld(failure, d->path.c_str());
+        }
+    }
+    return stored;
+}
+
+}  // namespace Recording2

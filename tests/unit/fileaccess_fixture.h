@@ -1,0 +1,130 @@
+// What the tests of CFileAccess share: a directory of their own and short ways to write and read.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <recording2/fileaccess.h>
+
+#include "support/recordingbytes.h"
+
+namespace FileAccessTests {
+
+using Recording2::CFileAccess;
+using Recording2::CHeaderData;
+using Recording2::CTimeStamp;
+using Recording2::CVTCmdData;
+using Recording2::CVTTypesData;
+using Recording2::S_TYPES;
+using TestSupport::HeaderFields;
+using TestSupport::ReferenceRecording;
+using TestSupport::TypeFields;
+
+inline CVTCmdData makeRecord(std::int32_t code, const std::string& data)
+{
+    CVTCmdData record;
+    record.set_cmd(code);
+    record.set_str(data.data(), static_cast<std::int32_t>(data.size()));
+    return record;
+}
+
+inline std::string dataOf(const CVTCmdData& record)
+{
+    return {record.strData(), record.strDataLen()};
+}
+
+inline CHeaderData makeHeader(const HeaderFields& fields)
+{
+    CHeaderData header;
+    header.set_version(fields.majorVersion, fields.minorVersion);
+    header.set_startFreq(fields.startFrequency);
+    header.set_stopFreq(fields.stopFrequency);
+    header.set_stepWidth(fields.stepWidth);
+    header.set_minLevel(fields.minLevel);
+    header.set_maxLevel(fields.maxLevel);
+    header.set_startTS(CTimeStamp(static_cast<unsigned long long>(fields.startMs * 1'000)));
+    header.set_stopTS(CTimeStamp(static_cast<unsigned long long>(fields.stopMs * 1'000)));
+    header.setJobID(fields.jobId.c_str());
+    std::string text = fields.deviceName;
+    header.set_deviceName(text);
+    text = fields.deviceType;
+    header.set_deviceType(text);
+    header.setAutomaticRec(fields.automatic);
+    return header;
+}
+
+inline CVTTypesData makeTypes(const std::vector<TypeFields>& fields)
+{
+    CVTTypesData types;
+    for (const TypeFields& field : fields) {
+        S_TYPES type;
+        type.typeNumber = field.typeNumber;
+        type.valueType = field.valueType;
+        type.keyword = field.keyword;
+        type.valuePath = field.valuePath;
+        types.get_vector().push_back(type);
+    }
+    return types;
+}
+
+inline std::vector<TypeFields> fieldsOf(CVTTypesData& types)
+{
+    std::vector<TypeFields> fields;
+    for (const S_TYPES& type : types.get_vector()) {
+        fields.push_back({type.typeNumber, type.valueType, type.keyword, type.valuePath});
+    }
+    return fields;
+}
+
+/// A temporary directory, and objects opened on files in it.
+class FileAccessTest : public testing::Test {
+protected:
+    [[nodiscard]] QString filePath(const QString& name) const { return m_directory.filePath(name); }
+    [[nodiscard]] bool exists(const QString& name) const { return QFileInfo::exists(filePath(name)); }
+    [[nodiscard]] std::string bytesOf(const QString& name) const { return TestSupport::readFile(filePath(name)); }
+
+    [[nodiscard]] std::unique_ptr<CFileAccess> openForWriting(const QString& name) const
+    {
+        return open(name, true, false);
+    }
+    [[nodiscard]] std::unique_ptr<CFileAccess> openForReading(const QString& name, bool readTables = true) const
+    {
+        return open(name, false, readTables);
+    }
+    /// Puts the bytes into a file and opens that.
+    [[nodiscard]] std::unique_ptr<CFileAccess> openBytes(const std::string& bytes, bool readTables = true) const
+    {
+        TestSupport::writeFile(filePath(QStringLiteral("made.rec")), bytes);
+        return openForReading(QStringLiteral("made.rec"), readTables);
+    }
+    static void write(CFileAccess& file, std::int32_t code, const std::string& data, unsigned long long time,
+                      bool rangeDef = false)
+    {
+        CVTCmdData record = makeRecord(code, data);
+        EXPECT_EQ(file.write(record, time, rangeDef), 0U);
+    }
+    static void close(CFileAccess& file, const HeaderFields& fields = {})
+    {
+        CHeaderData header = makeHeader(fields);
+        file.CloseRecording(header, true);
+    }
+
+private:
+    [[nodiscard]] std::unique_ptr<CFileAccess> open(const QString& name, bool write, bool readTables) const
+    {
+        return std::make_unique<CFileAccess>(TestSupport::fileName8(filePath(name)).c_str(), QStringLiteral("/Rec"),
+                                             nullptr, write, readTables, false, nullptr, nullptr);
+    }
+
+    QTemporaryDir m_directory;
+};
+
+}  // namespace FileAccessTests

@@ -1,0 +1,112 @@
+// The end of what positions can name. The files are sparse, so they cost no space.
+#include <gtest/gtest.h>
+
+#include <QLoggingCategory>
+#include <QTemporaryDir>
+
+#include <recording2/fileaccess.h>
+#include <recording2/fileaccess_p.h>
+#include <vkbase/trace.h>
+
+namespace Recording2 {
+
+class FileAccessTestPeer {
+public:
+    static void seek(CFileAccess& file, std::int64_t position) { file.d->shared->output->seek(position); }
+    static std::int64_t position(const CFileAccess& file) { return file.d->shared->output->position(); }
+};
+
+}  // namespace Recording2
+
+using namespace Recording2;
+
+namespace {
+
+constexpr std::int64_t Last = 2'147'483'647;
+
+int g_traces = 0;
+
+void countTraces(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& text)
+{
+    g_traces += text.contains(QStringLiteral("recording file is full")) ? 1 : 0;
+}
+
+class FileAccessLimit : public testing::Test {
+protected:
+    FileAccessLimit()
+    {
+        g_traces = 0;
+        ErrorHandler::Instance().SetTraceMask(ErrorHandler::RecordingTraces);
+        m_before = qInstallMessageHandler(countTraces);
+    }
+    ~FileAccessLimit() override
+    {
+        qInstallMessageHandler(m_before);
+        ErrorHandler::Instance().SetTraceMask(0);
+    }
+    void write(unsigned long long time, const char* text)
+    {
+        CVTCmdData record;
+        record.set_cmd(46);
+        record.set_str(text, 0);
+        m_file.write(record, time, true);
+    }
+    void close()
+    {
+        CHeaderData header;
+        header.set_version(2, 0);
+        m_file.CloseRecording(header, true);
+    }
+
+    QTemporaryDir m_directory;
+    std::string m_path = m_directory.filePath(QStringLiteral("a.rec")).toStdString();
+    CFileAccess m_file{m_path.c_str(), QString(), nullptr, true, false, false, nullptr, nullptr};
+
+private:
+    QtMessageHandler m_before = nullptr;
+};
+
+}  // namespace
+
+TEST_F(FileAccessLimit, RecordsPastTheLastPositionAreRefusedAndTracedOnce)
+{
+    write(10, "kept");
+    FileAccessTestPeer::seek(m_file, Last - 40);
+    write(20, "refused");
+    write(30, "refused too");
+    EXPECT_EQ(FileAccessTestPeer::position(m_file), Last - 40);
+    EXPECT_EQ(g_traces, 1);
+}
+
+TEST_F(FileAccessLimit, AFullFileClosesCleanlyAndReadsBackWhatItTook)
+{
+    write(10, "kept");
+    FileAccessTestPeer::seek(m_file, Last - 40);
+    write(20, "refused");
+    close();
+    CFileAccess reader(m_path.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
+    ASSERT_TRUE(reader.IsValidFile());
+    CVTCmdData record;
+    reader.readfirst(record);
+    EXPECT_STREQ(record.str(), "kept");
+    EXPECT_EQ(reader.read(record, 20ULL), 0U);
+    EXPECT_STREQ(record.str(), "kept");
+}
+
+TEST_F(FileAccessLimit, AChannelRangeTableThatNoHeaderCouldNameIsLeftOut)
+{
+    write(10, "kept");
+    FileAccessTestPeer::seek(m_file, Last - 5);
+    close();
+    CFileAccess reader(m_path.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
+    ASSERT_TRUE(reader.IsValidFile());
+    EXPECT_FALSE(reader.channelRangeDefAvailable());
+}
+
+TEST_F(FileAccessLimit, ATimeThatCannotMoveOnIsRefused)
+{
+    write(std::numeric_limits<unsigned long long>::max(), "kept");
+    const std::int64_t end = FileAccessTestPeer::position(m_file);
+    write(1, "refused");
+    EXPECT_EQ(FileAccessTestPeer::position(m_file), end);
+}

@@ -1,0 +1,233 @@
+#include "fileaccess_fixture.h"
+#include "support/modelreader.h"
+
+using namespace FileAccessTests;
+using TestSupport::ParsedRecording;
+
+namespace {
+
+class Writing : public FileAccessTest {
+protected:
+    Writing() : m_file(openForWriting(QStringLiteral("a.tmp"))) {}
+
+    CFileAccess& file() { return *m_file; }
+    std::string closedBytes(const HeaderFields& header = {})
+    {
+        close(*m_file, header);
+        return bytesOf(QStringLiteral("a.rec"));
+    }
+    /// The times in file order after the file was closed.
+    std::vector<std::uint64_t> closedTimes()
+    {
+        std::vector<std::uint64_t> times;
+        for (const ParsedRecording::Record& record : TestSupport::parseRecording(closedBytes()).records) {
+            times.push_back(record.time);
+        }
+        return times;
+    }
+
+private:
+    std::unique_ptr<CFileAccess> m_file;
+};
+
+using Times = std::vector<std::uint64_t>;
+const std::vector<TypeFields> someTypes{{3, 8, "DFSPECTRUM", "/Devices/Df"}, {1, -2, "LEVEL", "/LEVEL"}};
+
+}  // namespace
+
+TEST_F(Writing, RecordsOfOneTimeGetConsecutiveMilliseconds)
+{
+    write(file(), 1, "a", 50);
+    write(file(), 2, "b", 50);
+    write(file(), 3, "c", 50);
+    EXPECT_EQ(closedTimes(), (Times{50, 51, 52}));
+}
+
+TEST_F(Writing, AMovedRecordPushesTheNextOneOn)
+{
+    write(file(), 1, "a", 50);
+    write(file(), 2, "b", 50);
+    write(file(), 3, "c", 51);
+    write(file(), 4, "d", 60);
+    EXPECT_EQ(closedTimes(), (Times{50, 51, 52, 60}));
+}
+
+TEST_F(Writing, AnEarlierTimeIsRaisedToTheLastOne)
+{
+    write(file(), 1, "a", 100);
+    write(file(), 2, "b", 10);
+    write(file(), 3, "c", 0);
+    EXPECT_EQ(closedTimes(), (Times{100, 101, 102}));
+}
+
+TEST_F(Writing, ARecordWithoutDataIsNotWrittenButAdvancesTheTime)
+{
+    write(file(), 1, "a", 10);
+    const std::int32_t size = file().fileSize();
+    write(file(), 2, "", 500, true);
+    EXPECT_EQ(file().fileSize(), size);
+    write(file(), 3, "c", 20);
+    EXPECT_EQ(closedBytes(), ReferenceRecording().record(1, "a", 10).record(3, "c", 500).close());
+}
+
+TEST_F(Writing, ARecordWithoutDataDoesNotTakeItsMillisecond)
+{
+    write(file(), 2, "", 500);
+    write(file(), 3, "c", 500);
+    EXPECT_EQ(closedTimes(), (Times{500}));
+}
+
+TEST_F(Writing, OnlyRecordsWithoutDataLeaveAFileWithoutRecords)
+{
+    write(file(), 2, "", 500, true);
+    EXPECT_EQ(closedBytes(), ReferenceRecording().close());
+}
+
+TEST_F(Writing, ATimeOfZeroIsStoredAsItIs)
+{
+    write(file(), 1, "a", 0);
+    write(file(), 2, "b", 0);
+    EXPECT_EQ(closedTimes(), (Times{0, 1}));
+}
+
+TEST_F(Writing, TimesUseAll64Bits)
+{
+    write(file(), 1, "a", 0x0102'0304'0506'0708ULL);
+    write(file(), 2, "b", 0xFFFF'FFFF'FFFF'FF23ULL);
+    EXPECT_EQ(
+        closedBytes(),
+        ReferenceRecording().record(1, "a", 0x0102'0304'0506'0708ULL).record(2, "b", 0xFFFF'FFFF'FFFF'FF23ULL).close());
+}
+
+TEST_F(Writing, TheMovedTimeNotTheGivenOneIsThatOfTheRangeDefinition)
+{
+    write(file(), 1, "a", 50);
+    write(file(), 2, "b", 50, true);
+    write(file(), 3, "c", 20, true);
+    write(file(), 4, "d", 90);
+    const ParsedRecording recording = TestSupport::parseRecording(closedBytes());
+    EXPECT_EQ(recording.rangeDefs, (Times{51, 52}));
+}
+
+TEST_F(Writing, TheRangeTableFollowsTheTimeTable)
+{
+    write(file(), 1, "a", 50, true);
+    write(file(), 2, "b", 60);
+    EXPECT_EQ(closedBytes(), ReferenceRecording().record(1, "a", 50, true).record(2, "b", 60).close());
+}
+
+TEST_F(Writing, AFileWithoutRecordsHasNoTimeTable)
+{
+    const ParsedRecording recording = TestSupport::parseRecording(closedBytes());
+    EXPECT_EQ(recording.header.firstRecord, 0);
+    EXPECT_EQ(recording.header.timeTable, 0);
+    EXPECT_EQ(recording.header.channelRangeTable, 0);
+    EXPECT_EQ(recording.header.bookmarkTable, 0);
+}
+
+TEST_F(Writing, TheFileSizeIsWhatWasWrittenSoFar)
+{
+    CVTTypesData types = makeTypes(someTypes);
+    file().write(types);
+    const auto typesEnd = static_cast<std::int32_t>(500 + TestSupport::typeTableBytes(someTypes).size());
+    EXPECT_EQ(file().fileSize(), typesEnd);
+    write(file(), 12, std::string(20'000, 'x'), 10);
+    EXPECT_EQ(file().fileSize(), typesEnd + 3 + 6 + 20'000);
+}
+
+TEST_F(Writing, TheTypeTableStoredFirstLiesBehindTheHeaderArea)
+{
+    CVTTypesData types = makeTypes(someTypes);
+    EXPECT_EQ(file().write(types), 0U);
+    write(file(), 3, "data", 10);
+    const std::string bytes = closedBytes();
+    EXPECT_EQ(bytes, ReferenceRecording().types(someTypes).record(3, "data", 10).close());
+    EXPECT_EQ(TestSupport::parseRecording(bytes).header.typeTable, 500);
+}
+
+TEST_F(Writing, ASecondTypeTableIsAppendedButNothingPointsToIt)
+{
+    CVTTypesData types = makeTypes(someTypes);
+    CVTTypesData other = makeTypes({{9, 9, "OTHER", "/OTHER"}});
+    file().write(types);
+    file().write(other);
+    write(file(), 3, "data", 10);
+    const std::string bytes = closedBytes();
+    EXPECT_EQ(bytes,
+              ReferenceRecording().types(someTypes).types({{9, 9, "OTHER", "/OTHER"}}).record(3, "data", 10).close());
+    CVTTypesData read;
+    EXPECT_EQ(openBytes(bytes)->read(read), 1U);
+    EXPECT_EQ(fieldsOf(read), someTypes);
+}
+
+TEST_F(Writing, ATypeTableStoredAfterRecordsLiesBetweenThem)
+{
+    CVTTypesData types = makeTypes(someTypes);
+    write(file(), 3, "first", 10);
+    file().write(types);
+    write(file(), 3, "second", 20);
+    const std::string bytes = closedBytes();
+    EXPECT_EQ(bytes, ReferenceRecording().record(3, "first", 10).types(someTypes).record(3, "second", 20).close());
+
+    const auto reader = openBytes(bytes);
+    CVTCmdData record;
+    EXPECT_EQ(reader->readfirst(record), 0U);  // no record begins behind the first one
+    EXPECT_EQ(reader->read(record, 20), 0U);
+    EXPECT_EQ(dataOf(record), "second");
+}
+
+TEST_F(Writing, AnEmptyTypeTableIsABlockToo)
+{
+    CVTTypesData types;
+    file().write(types);
+    write(file(), 3, "data", 10);
+    EXPECT_EQ(closedBytes(), ReferenceRecording().types({}).record(3, "data", 10).close());
+}
+
+TEST_F(Writing, TypeTextsAreWrittenWithTheirFullLength)
+{
+    const std::vector<TypeFields> odd{{-1, 2'147'483'647, std::string("a\0#b", 4), ""},
+                                      {2, 0, std::string(700, 'k'), "\xe4\xff"}};
+    CVTTypesData types = makeTypes(odd);
+    file().write(types);
+    const std::string bytes = closedBytes();
+    EXPECT_EQ(bytes, ReferenceRecording().types(odd).close());
+    CVTTypesData read;
+    EXPECT_EQ(openBytes(bytes)->read(read), 1U);
+    EXPECT_EQ(fieldsOf(read), odd);
+}
+
+TEST_F(Writing, CodesUseTheirWhole32Bits)
+{
+    write(file(), -2'147'483'647 - 1, "a", 10);
+    write(file(), 2'147'483'647, "b", 20);
+    write(file(), 0, "c", 30);
+    EXPECT_EQ(closedBytes(), ReferenceRecording()
+                                 .record(-2'147'483'647 - 1, "a", 10)
+                                 .record(2'147'483'647, "b", 20)
+                                 .record(0, "c", 30)
+                                 .close());
+}
+
+TEST_F(Writing, TheHeaderGoesToTheStartOfTheFile)
+{
+    CVTTypesData types = makeTypes(someTypes);
+    file().write(types);
+    write(file(), 3, "data", 10);
+    CHeaderData first = makeHeader({});
+    EXPECT_EQ(file().write(first), 0U);
+    HeaderFields positions;
+    positions.typeTable = 500;
+    positions.firstRecord = 500 + static_cast<std::int32_t>(TestSupport::typeTableBytes(someTypes).size());
+    EXPECT_EQ(file().fileSize(), static_cast<std::int32_t>(positions.bytes().size()));
+}
+
+TEST_F(Writing, WriteAnswersZeroWhateverItWrote)
+{
+    CVTTypesData types = makeTypes(someTypes);
+    CVTCmdData record = makeRecord(1, "data");
+    CHeaderData header = makeHeader({});
+    EXPECT_EQ(file().write(types), 0U);
+    EXPECT_EQ(file().write(record, 10, true), 0U);
+    EXPECT_EQ(file().write(header), 0U);
+}

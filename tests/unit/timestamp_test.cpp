@@ -1,0 +1,362 @@
+#include <gtest/gtest.h>
+
+#include <QTimeZone>
+
+#include <recording2/timestamp.h>
+#include <vkbase/quonos.h>
+
+using Recording2::CTimeStamp;
+
+namespace {
+
+CTimeStamp ms(std::uint32_t milliseconds)
+{
+    return {milliseconds};
+}
+
+CTimeStamp us(unsigned long long microseconds)
+{
+    return {microseconds};
+}
+
+class FixedClock final : public IQuonOS {
+public:
+    [[nodiscard]] unsigned long long CurrentTime() const override { return 987'654'321; }
+};
+
+/// Leaves neither an override nor a clock of its own behind.
+class CurrentTime : public testing::Test {
+public:
+    CurrentTime() { QuonOS::Replace(&m_clock); }
+    ~CurrentTime() override
+    {
+        CTimeStamp::SetCts(0);
+        QuonOS::Replace(nullptr);
+    }
+    CurrentTime(const CurrentTime&) = delete;
+    CurrentTime& operator=(const CurrentTime&) = delete;
+
+private:
+    FixedClock m_clock;
+};
+
+/// A null stamp has no text; one that holds 0 has.
+bool isNull(const CTimeStamp& stamp)
+{
+    return stamp.toString().isEmpty();
+}
+
+}  // namespace
+
+TEST(TimeStamp, ADefaultConstructedStampIsNullAndEqualsZero)
+{
+    const CTimeStamp null;
+    EXPECT_TRUE(null == us(0));
+    EXPECT_FALSE(null != us(0));
+    EXPECT_TRUE(isNull(null));
+    EXPECT_FALSE(isNull(us(0)));
+    EXPECT_FALSE(null.time().isValid());
+}
+
+TEST(TimeStamp, ANullStampReadsAsZeroInEveryQuery)
+{
+    const CTimeStamp null;
+    EXPECT_EQ(null.getTimeStamp(), 0U);
+    EXPECT_EQ(null.getMicroSecs(), 0U);
+    EXPECT_EQ(null.getMilliSecs(), 0U);
+    EXPECT_EQ(null.lTime(), 0);
+    EXPECT_EQ(null.microsecsTo(us(77)), 77U);
+    EXPECT_EQ(null.msecsTo(us(7'000)), 7U);
+    EXPECT_EQ(null.timeDiffInMSecs(us(7'000)), 7);
+    EXPECT_EQ(us(7'000).microsecsTo(null), 7'000U);
+}
+
+TEST(TimeStamp, ANullStampGivesAnEmptyTextInEveryForm)
+{
+    const CTimeStamp null;
+    EXPECT_TRUE(null.toString().isEmpty());
+    EXPECT_TRUE(null.toString2().isEmpty());
+    EXPECT_TRUE(null.toString(QStringLiteral("yyyy")).isEmpty());
+    EXPECT_TRUE(null.toString(QStringLiteral("yyyy"), 3'600).isEmpty());
+}
+
+TEST(TimeStamp, ACopyOfANullStampIsNotNullAndHoldsZero)
+{
+    const CTimeStamp null;
+    const CTimeStamp copy(null);  // NOLINT(performance-unnecessary-copy-initialization): the copy is what is tested
+    EXPECT_FALSE(isNull(copy));
+    EXPECT_EQ(copy.getTimeStamp(), 0U);
+    EXPECT_TRUE(copy == null);
+}
+
+TEST(TimeStamp, ACopyDoesNotShareItsTime)
+{
+    CTimeStamp original = us(1'000);
+    const CTimeStamp copy(original);
+    original.setTime_ts(2'000);
+    EXPECT_EQ(copy.getTimeStamp(), 1'000U);
+}
+
+TEST(TimeStamp, A32BitNumberIsMillisecondsComputedIn64Bits)
+{
+    EXPECT_EQ(ms(5).getTimeStamp(), 5'000U);
+    EXPECT_EQ(ms(4'294'967'295U).getTimeStamp(), 4'294'967'295'000U);
+}
+
+TEST(TimeStamp, A64BitNumberIsMicroseconds)
+{
+    EXPECT_EQ(us(18'446'744'073'709'551'615ULL).getTimeStamp(), 18'446'744'073'709'551'615ULL);
+}
+
+TEST(TimeStamp, ADateIsMidnightUtc)
+{
+    EXPECT_EQ(CTimeStamp(QDate(1970, 1, 2)).getTimeStamp(), 86'400'000'000U);
+}
+
+TEST(TimeStamp, ADateAndTimeKeepTheMilliseconds)
+{
+    EXPECT_EQ(CTimeStamp(QDate(1970, 1, 2), QTime(0, 0, 1, 5)).getTimeStamp(), 86'401'005'000U);
+}
+
+TEST(TimeStamp, ADateTimeLosesItsMilliseconds)
+{
+    const CTimeStamp stamp(QDateTime(QDate(2020, 5, 17), QTime(12, 0, 0, 999), Qt::UTC));
+    EXPECT_EQ(stamp.toString(), QStringLiteral("2020-05-17 12-00-00.000"));
+    EXPECT_EQ(stamp.getTimeStamp(), 1'589'716'800'000'000U);
+}
+
+TEST(TimeStamp, ADateTimeOfAnotherZoneIsConvertedToUtc)
+{
+    const QDateTime local(QDate(2020, 5, 17), QTime(12, 0), QTimeZone(2 * 3'600));
+    EXPECT_EQ(CTimeStamp(local).toString(), QStringLiteral("2020-05-17 10-00-00.000"));
+}
+
+TEST(TimeStamp, ADateTimeAssignedLosesItsMillisecondsToo)
+{
+    const QDateTime time(QDate(1970, 1, 1), QTime(0, 0, 3, 999), Qt::UTC);
+    CTimeStamp null;
+    null = time;
+    EXPECT_EQ(null.getTimeStamp(), 3'000'000U);
+    CTimeStamp set = us(1);
+    set = time;
+    EXPECT_EQ(set.getTimeStamp(), 3'000'000U);
+}
+
+TEST(TimeStamp, ADateTimeOfTheEpochAssignedToANullStampAllocates)
+{
+    CTimeStamp null;
+    null = QDateTime(QDate(1970, 1, 1), QTime(0, 0), Qt::UTC);
+    EXPECT_FALSE(isNull(null));
+    EXPECT_EQ(null.getTimeStamp(), 0U);
+}
+
+TEST(TimeStamp, AZeroStampAssignedToANullStampLeavesItNull)
+{
+    CTimeStamp null;
+    null = us(0);
+    EXPECT_TRUE(isNull(null));
+    null = CTimeStamp();
+    EXPECT_TRUE(isNull(null));
+}
+
+TEST(TimeStamp, ANonZeroStampAssignedToANullStampAllocates)
+{
+    CTimeStamp null;
+    null = us(5);
+    EXPECT_FALSE(isNull(null));
+    EXPECT_EQ(null.getTimeStamp(), 5U);
+}
+
+TEST(TimeStamp, ANullStampAssignedToASetStampMakesItZeroButNotNull)
+{
+    CTimeStamp stamp = us(5);
+    stamp = CTimeStamp();
+    EXPECT_FALSE(isNull(stamp));
+    EXPECT_EQ(stamp.getTimeStamp(), 0U);
+}
+
+TEST(TimeStamp, AssigningAStampToItselfChangesNothing)
+{
+    CTimeStamp stamp = us(5);
+    const CTimeStamp& same = stamp;
+    stamp = same;
+    EXPECT_EQ(stamp.getTimeStamp(), 5U);
+}
+
+TEST(TimeStamp, AnAssignedStampDoesNotShareItsTime)
+{
+    CTimeStamp source = us(5);
+    CTimeStamp target;
+    target = source;
+    source.setTime_ts(6);
+    EXPECT_EQ(target.getTimeStamp(), 5U);
+}
+
+TEST(TimeStamp, SettingTheTimeOfANullStampAllocatesEvenForZero)
+{
+    CTimeStamp null;
+    null.setTime_ts(0);
+    EXPECT_FALSE(isNull(null));
+    null.setTime_ts(9);
+    EXPECT_EQ(null.getTimeStamp(), 9U);
+}
+
+TEST(TimeStamp, SettsOfOneDayWrapsTo500654080)
+{
+    CTimeStamp stamp = us(1);
+    stamp.setts(1, 0);
+    EXPECT_EQ(stamp.getTimeStamp(), 500'654'080U);
+}
+
+TEST(TimeStamp, SettsOnANullStampLeavesItNull)
+{
+    CTimeStamp null;
+    null.setts(1, 1);
+    EXPECT_TRUE(isNull(null));
+    EXPECT_EQ(null.getTimeStamp(), 0U);
+}
+
+TEST(TimeStamp, SettsWrapsEveryStepAt32Bits)
+{
+    CTimeStamp stamp = us(1);
+    stamp.setts(0, 5);
+    EXPECT_EQ(stamp.getTimeStamp(), 5'000U);
+    stamp.setts(100, 0);  // 50,065,408,000 - 11 * 2^32
+    EXPECT_EQ(stamp.getTimeStamp(), 2'820'767'744U);
+    stamp.setts(0, 5'000'000);  // 5,000,000,000 - 2^32
+    EXPECT_EQ(stamp.getTimeStamp(), 705'032'704U);
+    stamp.setts(100, 5'000'000);
+    EXPECT_EQ(stamp.getTimeStamp(), 3'525'800'448U);
+    stamp.setts(8, 1'000'000);  // neither product wraps, their sum does
+    EXPECT_EQ(stamp.getTimeStamp(), 710'265'344U);
+}
+
+TEST(TimeStamp, SettsTakesNegativeNumbersAsUnsignedOnes)
+{
+    CTimeStamp stamp = us(1);
+    stamp.setts(0, -1);
+    EXPECT_EQ(stamp.getTimeStamp(), 4'294'966'296U);
+    stamp.setts(-1, 0);
+    EXPECT_EQ(stamp.getTimeStamp(), 3'794'313'216U);
+}
+
+TEST(TimeStamp, MillisecondsAreTruncated)
+{
+    EXPECT_EQ(us(1'999).getMilliSecs(), 1U);
+    EXPECT_EQ(us(1'999).getMicroSecs(), 1'999U);
+    EXPECT_EQ(us(18'446'744'073'709'551'615ULL).getMilliSecs(), 18'446'744'073'709'551ULL);
+}
+
+TEST(TimeStamp, LTimeIsCutToItsLow32Bits)
+{
+    EXPECT_EQ(us(5'000'000'000'000).lTime(), 705'032'704);
+    EXPECT_EQ(us(4'294'967'295'000).lTime(), -1);
+}
+
+TEST(TimeStamp, LDateCountsWholeDaysSinceTheEpoch)
+{
+    EXPECT_EQ(us(0).lDate(), 0);
+    EXPECT_EQ(us(86'399'999'999).lDate(), 0);
+    EXPECT_EQ(us(86'400'000'000).lDate(), 1);
+    EXPECT_EQ(us(1'589'716'800'000'000).lDate(), 18'399);
+}
+
+TEST(TimeStamp, TheTimeOfDayIsUtc)
+{
+    EXPECT_EQ(us(86'400'000'000ULL + 3'723'004'567ULL).time(), QTime(1, 2, 3, 4));
+}
+
+TEST(TimeStamp, DistancesAreAbsoluteAndTruncated)
+{
+    EXPECT_EQ(us(5'000).microsecsTo(us(6'999)), 1'999U);
+    EXPECT_EQ(us(6'999).microsecsTo(us(5'000)), 1'999U);
+    EXPECT_EQ(us(5'000).msecsTo(us(6'999)), 1U);
+    EXPECT_EQ(us(6'999).msecsTo(us(5'000)), 1U);
+    EXPECT_EQ(us(0).microsecsTo(us(18'446'744'073'709'551'615ULL)), 18'446'744'073'709'551'615ULL);
+}
+
+TEST(TimeStamp, TheDifferenceToALaterTimeIsItsMilliseconds)
+{
+    EXPECT_EQ(us(1'000).timeDiffInMSecs(us(4'999)), 3);
+    EXPECT_EQ(us(1'000).timeDiffInMSecs(us(1'000)), 0);
+}
+
+TEST(TimeStamp, TheDifferenceToATimeOneMillisecondEarlierIsHuge)
+{
+    EXPECT_EQ(us(5'000).timeDiffInMSecs(us(4'000)), 18'446'744'073'709'550);
+}
+
+TEST(TimeStamp, AddingMillisecondsNeverGoesBelowTheEpoch)
+{
+    EXPECT_EQ(us(3'000'000).addMSecs(-5'000).getTimeStamp(), 0U);
+    EXPECT_EQ(us(6'000'000).addMSecs(-5'000).getTimeStamp(), 1'000'000U);
+    EXPECT_EQ(us(5'000'000).addMSecs(-5'000).getTimeStamp(), 0U);
+    EXPECT_FALSE(isNull(us(3'000'000).addMSecs(-5'000)));
+}
+
+TEST(TimeStamp, AddingMillisecondsLeavesTheStampItself)
+{
+    const CTimeStamp stamp = us(1'500);
+    EXPECT_EQ(stamp.addMSecs(2).getTimeStamp(), 3'500U);
+    EXPECT_EQ(stamp.addMSecs(0).getTimeStamp(), 1'500U);
+    EXPECT_EQ(stamp.getTimeStamp(), 1'500U);
+}
+
+TEST(TimeStamp, AddingMillisecondsToANullStampGivesZeroThatIsNotNull)
+{
+    const CTimeStamp sum = CTimeStamp().addMSecs(5'000);
+    EXPECT_FALSE(isNull(sum));
+    EXPECT_EQ(sum.getTimeStamp(), 0U);
+}
+
+TEST(TimeStamp, ComparisonsAreThoseOfUnsigned64BitNumbers)
+{
+    const CTimeStamp null;
+    const CTimeStamp small = us(1);
+    const CTimeStamp huge = us(18'446'744'073'709'551'615ULL);
+    EXPECT_TRUE(null < small);
+    EXPECT_TRUE(small < huge);
+    EXPECT_FALSE(huge < small);
+    EXPECT_TRUE(small <= small);
+    EXPECT_TRUE(small >= small);
+    EXPECT_TRUE(huge > small);
+    EXPECT_TRUE(null <= us(0));
+    EXPECT_TRUE(null >= us(0));
+    EXPECT_FALSE(null > us(0));
+    EXPECT_TRUE(small != huge);
+}
+
+TEST(TimeStamp, TheTwoFixedTextFormsAreUtc)
+{
+    const CTimeStamp stamp = us(1'589'716'923'456'789);
+    EXPECT_EQ(stamp.toString(), QStringLiteral("2020-05-17 12-02-03.456"));
+    EXPECT_EQ(stamp.toString2(), QStringLiteral("2020-05-17__12-02-03"));
+    EXPECT_EQ(stamp.toString(QStringLiteral("hh:mm")), QStringLiteral("12:02"));
+}
+
+TEST(TimeStamp, TheSecondArgumentOfTheFormatIsPassedOn)
+{
+    const CTimeStamp stamp = us(1'589'716'923'456'789);
+    EXPECT_EQ(stamp.toString(QStringLiteral("hh:mm"), 7'200), QStringLiteral("14:02"));
+    EXPECT_EQ(stamp.toString(QStringLiteral("hh:mm"), -3'600), QStringLiteral("11:02"));
+}
+
+TEST_F(CurrentTime, IsTheClockOfTheStation)
+{
+    EXPECT_EQ(CTimeStamp::cts().getTimeStamp(), 987'654'321U);
+}
+
+TEST_F(CurrentTime, IsTheOverrideWhileOneIsSet)
+{
+    CTimeStamp::SetCts(42);
+    EXPECT_EQ(CTimeStamp::cts().getTimeStamp(), 42U);
+    CTimeStamp::SetCts(43);
+    EXPECT_EQ(CTimeStamp::cts().getTimeStamp(), 43U);
+}
+
+TEST_F(CurrentTime, ReturnsToTheClockWhenTheOverrideIsZero)
+{
+    CTimeStamp::SetCts(42);
+    CTimeStamp::SetCts(0);
+    EXPECT_EQ(CTimeStamp::cts().getTimeStamp(), 987'654'321U);
+}
