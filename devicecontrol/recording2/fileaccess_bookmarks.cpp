@@ -151,6 +151,8 @@ bool CFileAccess::RewriteFinishedFile(const char* failure, const std::function<v
     }
     try {
         CHeaderData header;
+        // Another object may have stored a table meanwhile.
+        d->shared->input->cursor.invalidate();
         if (d->readHeader(header) != Format::HeaderStatus::Ok) {  // not a recording: leave it alone
             throw std::runtime_error("no readable header");
         }

@@ -42,8 +42,12 @@ std::size_t rankAtOrAfter(const std::vector<Key>& keys, Key key)
 void TimeIndex::add(std::uint64_t time, std::int32_t position)
 {
     if (!m_times.empty()) {
-        if (time == m_times.back() && position == m_positions.back()) {
-            return;
+        // A table that is read again brings the pairs that are there.
+        if (m_ordered && time <= m_times.back()) {
+            const std::size_t rank = rankAtOrAfter(m_times, time);
+            if (m_times[rank] == time && m_positions[rank] == position) {
+                return;
+            }
         }
         m_ordered = m_ordered && time > m_times.back() && position > m_positions.back();
     }
