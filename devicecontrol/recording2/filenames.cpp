@@ -37,7 +37,9 @@ QString defaultDirectory()
 #if defined(_WIN32)
     return QStringLiteral("c:\\temp");
 #else
-    return QDir::tempPath();
+    // Not QDir::tempPath(), which gives nothing for a directory that is missing: the name is to be kept and shown.
+    const QString directory = qEnvironmentVariable("TMPDIR");
+    return directory.isEmpty() ? QStringLiteral("/tmp") : QDir::cleanPath(directory);
 #endif
 }
 

@@ -22,12 +22,12 @@ constexpr unsigned long long InitialStateTime = 10;
 
 // Room for the three header texts: the header area less the longest form of every other field.
 constexpr std::size_t HeaderTextBytes = [] {
-    constexpr std::size_t Versions = 2 * 7;      // "-32768#"
-    constexpr std::size_t Frequencies = 3 * 13;  // "-3.40282e+38#"
-    constexpr std::size_t Levels = 2 * 12;       // "-2147483648#"
-    constexpr std::size_t Times = 2 * 9;
-    constexpr std::size_t TextLengths = 3 * 4;      // "499#"
-    constexpr std::size_t BlockPositions = 5 * 11;  // "2147483647#"
+    constexpr std::size_t Versions = std::size_t{2} * 7;      // "-32768#"
+    constexpr std::size_t Frequencies = std::size_t{3} * 13;  // "-3.40282e+38#"
+    constexpr std::size_t Levels = std::size_t{2} * 12;       // "-2147483648#"
+    constexpr std::size_t Times = std::size_t{2} * 9;
+    constexpr std::size_t TextLengths = std::size_t{3} * 4;      // "499#"
+    constexpr std::size_t BlockPositions = std::size_t{5} * 11;  // "2147483647#"
     constexpr std::size_t Flag = 2;
     return std::size_t{Format::HeaderAreaBytes} - Versions - Frequencies - Levels - Times - TextLengths -
            BlockPositions - Flag;

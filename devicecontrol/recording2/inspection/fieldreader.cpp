@@ -1,0 +1,108 @@
+#include "fieldreader.h"
+
+#include "../format/encode.h"
+
+namespace Recording2::Inspection {
+
+using Format::FieldStatus;
+
+FileSource::FileSource(const std::string& path)
+    : m_stream(path, std::ios::binary | std::ios::in | std::ios::ate), m_open(m_stream.good())
+{
+    if (m_open) {
+        m_size = m_stream.tellg();
+        m_open = m_size >= 0;
+    }
+}
+
+std::size_t FileSource::readAt(std::int64_t offset, char* out, std::size_t size)
+{
+    m_stream.clear();
+    m_stream.seekg(offset);
+    m_stream.read(out, static_cast<std::streamsize>(size));
+    return static_cast<std::size_t>(m_stream.gcount());
+}
+
+FieldReader::FieldReader(Format::ByteSource& source, std::int64_t position, std::int64_t bound, std::size_t bufferBytes)
+    : m_source(source), m_cursor(source, bufferBytes), m_bound(bound)
+{
+    m_cursor.seek(position);
+}
+
+bool FieldReader::real(float& target)
+{
+    float value = 0;
+    return accept(m_cursor.readFloat(value)) && take(target, value);
+}
+
+bool FieldReader::time(std::uint64_t& target)
+{
+    std::uint64_t value = 0;
+    return accept(m_cursor.readTime(value)) && take(target, value);
+}
+
+bool FieldReader::text(std::string& target)
+{
+    std::int32_t length = 0;
+    return number(length) && bytes(target, length);
+}
+
+bool FieldReader::bytes(std::string& target, std::int64_t length)
+{
+    if (length < 0) {
+        return fail("has a negative length");
+    }
+    if (length > left()) {
+        return fail("is longer than the bytes that are left for it");
+    }
+    target.clear();
+    if (length > 0 && m_cursor.readBytes(target, length) != FieldStatus::Ok) {
+        return fail("could not be read");
+    }
+    return true;
+}
+
+bool FieldReader::accept(FieldStatus status)
+{
+    switch (status) {
+        case FieldStatus::NotANumber:
+            return fail("is not a number");
+        case FieldStatus::OutOfRange:
+            return fail("is out of range");
+        case FieldStatus::EndOfFile:
+            return fail("is cut off by the end of the file");
+        case FieldStatus::Ok:
+            break;
+    }
+    if (position() > m_bound) {
+        return fail("runs into what stands behind it");
+    }
+    // At the end of the file nothing was skipped, so the byte here is the field's own last one.
+    return m_cursor.atEnd() || byteAt(position() - 1) != Format::Separator ? fail("is not followed by its separator")
+                                                                           : true;
+}
+
+bool FieldReader::fail(const char* problem)
+{
+    m_problem = problem;
+    return false;
+}
+
+int FieldReader::byteAt(std::int64_t offset)
+{
+    if (offset < m_windowStart || offset >= m_windowStart + m_windowSize) {
+        m_windowStart = offset;
+        m_windowSize = static_cast<std::int64_t>(m_source.readAt(offset, m_window.data(), m_window.size()));
+    }
+    return m_windowSize > 0 ? m_window[static_cast<std::size_t>(offset - m_windowStart)] : -1;
+}
+
+bool FieldReader::holdsOnly(std::int64_t offset, std::int64_t end, char byte)
+{
+    while (offset < end && byteAt(offset) == byte) {
+        ++offset;
+    }
+    return offset >= end;
+}
+
+}  // namespace Recording2::Inspection

@@ -1,0 +1,77 @@
+// Reading fields strictly: where replay passes over a damaged field, this says what is wrong with it.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <fstream>
+#include <string>
+
+#include "../format/cursor.h"
+
+namespace Recording2::Inspection {
+
+/// The file being inspected.
+class FileSource final : public Format::ByteSource {
+public:
+    explicit FileSource(const std::string& path);
+
+    [[nodiscard]] bool good() const { return m_open; }
+    std::size_t readAt(std::int64_t offset, char* out, std::size_t size) override;
+    [[nodiscard]] std::int64_t size() override { return m_size; }
+
+private:
+    std::ifstream m_stream;
+    std::int64_t m_size = 0;
+    bool m_open = false;
+};
+
+/// Fields from a position on, up to a bound that no field may pass. Every field says whether it was sound; when it was
+/// not, its target is as it was and problem() says why.
+class FieldReader {
+public:
+    FieldReader(Format::ByteSource& source, std::int64_t position, std::int64_t bound,
+                std::size_t bufferBytes = std::size_t{64} * 1024);
+
+    [[nodiscard]] std::int64_t position() const { return m_cursor.position(); }
+    [[nodiscard]] std::int64_t bound() const { return m_bound; }
+    [[nodiscard]] std::int64_t left() const { return m_bound - position(); }
+    void seek(std::int64_t position) { m_cursor.seek(position); }
+
+    template <typename Integer>
+    bool number(Integer& target)
+    {
+        Integer value = 0;
+        return accept(m_cursor.readNumber(value)) && take(target, value);
+    }
+    bool real(float& target);
+    bool time(std::uint64_t& target);
+    bool text(std::string& target);                        ///< its length, a separator, the bytes
+    bool bytes(std::string& target, std::int64_t length);  ///< length bytes and no separator
+
+    /// The end of a sentence that names the field: "is not a number".
+    [[nodiscard]] const char* problem() const { return m_problem; }
+    /// Whether every byte from an offset to an end is this one.
+    bool holdsOnly(std::int64_t offset, std::int64_t end, char byte);
+
+private:
+    template <typename Value>
+    static bool take(Value& target, const Value& value)
+    {
+        target = value;
+        return true;
+    }
+    bool accept(Format::FieldStatus status);
+    bool fail(const char* problem);
+    int byteAt(std::int64_t offset);
+
+    Format::ByteSource& m_source;
+    Format::Cursor m_cursor;
+    std::int64_t m_bound;
+    const char* m_problem = "";
+    std::array<char, 4096> m_window{};  // separators are looked at again, mostly within the same few bytes
+    std::int64_t m_windowStart = 0;
+    std::int64_t m_windowSize = 0;
+};
+
+}  // namespace Recording2::Inspection

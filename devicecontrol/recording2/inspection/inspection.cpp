@@ -1,0 +1,207 @@
+#include "inspection.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <initializer_list>
+#include <system_error>
+
+#include "../format/layout.h"
+#include "fieldreader.h"
+#include "tables.h"
+
+namespace Recording2::Inspection {
+
+namespace {
+
+void refuse(Summary& summary, Readability readability, const std::string& problem)
+{
+    summary.readability = readability;
+    summary.problem = problem;
+}
+
+/// Whether there is a file that can be opened; if not, the summary says why.
+bool isFile(const std::string& path, Summary& summary)
+{
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    switch (status.type()) {
+        case std::filesystem::file_type::regular:
+            return true;
+        case std::filesystem::file_type::not_found:
+            refuse(summary, Readability::Missing, "There is no such file.");
+            return false;
+        case std::filesystem::file_type::directory:
+            refuse(summary, Readability::Unreadable, "This is a directory, not a file.");
+            return false;
+        case std::filesystem::file_type::none:
+            refuse(summary, Readability::Unreadable, "The file cannot be reached: " + error.message() + ".");
+            return false;
+        default:
+            refuse(summary, Readability::Unreadable, "This is not an ordinary file.");
+            return false;
+    }
+}
+
+/// Whether the file is (the beginning of) a header area into which nothing was written.
+bool isPlaceholder(FileSource& source)
+{
+    const std::int64_t zeros = std::min<std::int64_t>(source.size(), Format::HeaderAreaBytes - 1);
+    FieldReader fields(source, 0, source.size());
+    return fields.holdsOnly(0, zeros, '0') &&
+           (source.size() < Format::HeaderAreaBytes || fields.holdsOnly(zeros, zeros + 1, Format::Separator));
+}
+
+/// Tells from the first bytes what the file is. There is no signature: a recording begins with two version numbers.
+bool isRecording(FileSource& source, Summary& summary)
+{
+    if (source.size() == 0) {
+        refuse(summary, Readability::Empty, "The file is empty.");
+    } else if (isPlaceholder(source)) {
+        refuse(summary, Readability::NeverClosed, "The recording was never closed: its header was not written.");
+    } else {
+        FieldReader fields(source, 0, source.size());
+        std::int16_t major = 0;
+        std::int16_t minor = 0;
+        if (!fields.number(major) || !fields.number(minor)) {
+            refuse(summary, Readability::NoRecording, "This is not a recording.");
+        } else if (major < Format::OldestMajorVersion) {
+            refuse(summary, Readability::OldFormat,
+                   "The recording is of the old format, version " + std::to_string(major) + "." +
+                       std::to_string(minor) + ", which cannot be read.");
+        } else if (source.size() < Format::HeaderAreaBytes) {
+            refuse(summary, Readability::Truncated, "The file ends within its header: it was cut off.");
+        }
+    }
+    return summary.readability == Readability::Ok;
+}
+
+/// The header field by field. Reading ends at the first field that is damaged, because nothing tells where the next one
+/// begins.
+class HeaderReader {
+public:
+    HeaderReader(FileSource& source, Summary& summary) : m_fields(source, 0, source.size()), m_summary(summary) {}
+
+    void read()
+    {
+        Header& h = m_summary.header;
+        std::int32_t automatic = 0;
+        const bool sound =
+            number("The major version", h.majorVersion) && number("The minor version", h.minorVersion) &&
+            real("The start frequency", h.startFrequencyHz) && real("The stop frequency", h.stopFrequencyHz) &&
+            real("The step width", h.stepWidthHz) && number("The minimum level", h.minLevel) &&
+            number("The maximum level", h.maxLevel) && time("The start time", h.startMs) &&
+            time("The stop time", h.stopMs) && text("The job id", h.jobId) && text("The device name", h.deviceName) &&
+            text("The device type", h.deviceType) && number("The position of the type table", h.typeTablePosition) &&
+            number("The position of the first record", h.firstRecordPosition) &&
+            number("The position of the time table", h.timeTablePosition) &&
+            number("The position of the channel range table", h.channelRangeTablePosition) &&
+            number("The position of the bookmark table", h.bookmarkTablePosition) &&
+            number("The flag for automatic recording", automatic);
+        h.automatic = automatic >= 1;
+        h.endPosition = static_cast<std::int32_t>(std::min(m_fields.position(), Format::LastPosition));
+        if (sound && h.endPosition > Format::HeaderAreaBytes) {
+            m_summary.findings.push_back({Format::HeaderAreaBytes,
+                                          "The header is longer than its 500 bytes and covers "
+                                          "what stands behind it."});
+        }
+    }
+
+private:
+    template <typename Value, typename Method>
+    bool field(const char* name, Value& target, Method method)
+    {
+        const std::int64_t offset = m_fields.position();
+        const bool sound = (m_fields.*method)(target);
+        if (!sound) {
+            m_summary.findings.push_back({offset, std::string(name) + " " + m_fields.problem() + "."});
+        }
+        return sound;
+    }
+    bool number(const char* name, std::int32_t& target)
+    {
+        return field(name, target, &FieldReader::number<std::int32_t>);
+    }
+    bool real(const char* name, float& target) { return field(name, target, &FieldReader::real); }
+    bool time(const char* name, std::uint64_t& target) { return field(name, target, &FieldReader::time); }
+    bool text(const char* name, std::string& target) { return field(name, target, &FieldReader::text); }
+
+    FieldReader m_fields;
+    Summary& m_summary;
+};
+
+void checkPosition(const std::string& block, std::int32_t position, Summary& summary)
+{
+    const std::string begins = block + " should begin at " + std::to_string(position);
+    if (position == 0) {
+        return;
+    }
+    if (position < 0) {
+        summary.findings.push_back({0, begins + ", which is no position."});
+    } else if (position < Format::HeaderAreaBytes) {
+        summary.findings.push_back({position, begins + ", which is within the header."});
+    } else if (position >= summary.fileSize) {
+        summary.findings.push_back({summary.fileSize, begins + ", but the file ends at " +
+                                                          std::to_string(summary.fileSize) + ": it was cut off."});
+    }
+}
+
+void checkOrder(Summary& summary)
+{
+    const Header& h = summary.header;
+    const auto expect = [&](bool ordered, std::int32_t position, const char* text) {
+        if (!ordered) {
+            summary.findings.push_back({std::clamp<std::int64_t>(position, 0, summary.fileSize), text});
+        }
+    };
+    const std::int32_t times = h.timeTablePosition;
+    expect((h.firstRecordPosition == 0) == (times == 0), h.firstRecordPosition,
+           times == 0 ? "There are records but no time table." : "There is a time table but no record.");
+    expect(times == 0 || h.firstRecordPosition < times, times, "The time table stands in front of the records.");
+    expect(h.firstRecordPosition == 0 || h.typeTablePosition <= h.firstRecordPosition, h.typeTablePosition,
+           "The type table does not stand in front of the records.");
+    for (const std::int32_t table : {h.channelRangeTablePosition, h.bookmarkTablePosition}) {
+        expect(table == 0 || table > times, table,
+               "The channel range or bookmark table stands in front of the time table.");
+    }
+}
+
+void checkPositions(Summary& summary)
+{
+    const Header& h = summary.header;
+    checkPosition("The type table", h.typeTablePosition, summary);
+    checkPosition("The first record", h.firstRecordPosition, summary);
+    checkPosition("The time table", h.timeTablePosition, summary);
+    checkPosition("The channel range table", h.channelRangeTablePosition, summary);
+    checkPosition("The bookmark table", h.bookmarkTablePosition, summary);
+    checkOrder(summary);
+}
+
+}  // namespace
+
+Summary inspect(const std::string& path)
+{
+    Summary summary;
+    if (!isFile(path, summary)) {
+        return summary;
+    }
+    errno = 0;
+    FileSource source(path);
+    if (!source.good()) {
+        const std::string reason = errno != 0 ? std::generic_category().message(errno) : "no reason was given";
+        refuse(summary, Readability::Unreadable, "The file cannot be opened: " + reason + ".");
+        return summary;
+    }
+    summary.fileSize = source.size();
+    if (isRecording(source, summary)) {
+        HeaderReader(source, summary).read();
+        checkPositions(summary);
+        readTypeTable(source, summary);
+        readTimeTable(source, summary);
+        readChannelRangeTable(source, summary);
+        readBookmarkTable(source, summary);
+    }
+    return summary;
+}
+
+}  // namespace Recording2::Inspection

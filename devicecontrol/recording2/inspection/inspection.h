@@ -1,0 +1,105 @@
+// What a recording file really holds, byte by byte: for the tools of this project only, not installed.
+//
+// Unlike CFileAccess, which reads a file as replay needs it, this reports what is written and where, checks it and
+// tells damage from absence. Memory: the time table (16 bytes a record); records are walked one at a time.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace Recording2::Inspection {
+
+/// Why a file cannot be read at all, or Ok. Ok does not mean sound: see the findings.
+enum class Readability : std::uint8_t {
+    Ok,
+    Missing,      ///< there is no such file
+    Unreadable,   ///< a directory, a device, or a file that could not be opened
+    Empty,        ///< a file without any byte
+    OldFormat,    ///< a recording whose major version is below 2
+    NoRecording,  ///< something else
+    Truncated,    ///< the file ends within its header
+    NeverClosed,  ///< the header was never written; records may follow, their times are lost
+};
+
+struct Header {
+    std::int32_t majorVersion = 0;
+    std::int32_t minorVersion = 0;
+    float startFrequencyHz = 0;
+    float stopFrequencyHz = 0;
+    float stepWidthHz = 0;
+    std::int32_t minLevel = 0;
+    std::int32_t maxLevel = 0;
+    std::uint64_t startMs = 0;           ///< since 1970 UTC
+    std::uint64_t stopMs = 0;            ///< since 1970 UTC
+    std::string jobId;                   ///< Latin-1
+    std::string deviceName;              ///< Latin-1
+    std::string deviceType;              ///< Latin-1
+    std::int32_t typeTablePosition = 0;  ///< 0: absent, as for the following positions
+    std::int32_t firstRecordPosition = 0;
+    std::int32_t timeTablePosition = 0;
+    std::int32_t channelRangeTablePosition = 0;
+    std::int32_t bookmarkTablePosition = 0;
+    bool automatic = false;
+    std::int32_t endPosition = 0;  ///< of the header record, at most 500 in a sound file
+};
+
+struct TypeEntry {
+    std::int32_t typeNumber = 0;
+    std::int32_t valueType = 0;
+    std::string keyword;    ///< Latin-1
+    std::string valuePath;  ///< Latin-1
+};
+
+struct TimeEntry {
+    std::uint64_t timeMs = 0;  ///< since the start of the recording
+    std::int32_t position = 0;
+};
+
+struct Bookmark {
+    std::uint64_t timeMs = 0;
+    std::string text;  ///< any bytes
+};
+
+/// Something that a sound file would not show.
+struct Finding {
+    std::int64_t offset = 0;  ///< where in the file
+    std::string text;         ///< one sentence in English
+};
+
+/// The header and the tables of a file, with every damage found in them.
+struct Summary {
+    Readability readability = Readability::Ok;
+    std::string problem;  ///< one sentence when not Ok
+    std::int64_t fileSize = 0;
+    Header header;
+    std::vector<TypeEntry> types;
+    std::vector<TimeEntry> times;
+    std::vector<std::uint64_t> channelRangeTimes;
+    std::vector<Bookmark> bookmarks;
+    std::vector<Finding> findings;
+};
+
+/// Reads header and tables. Never throws for what a file holds; lengths and counts written in the file are bounded by
+/// the bytes that remain. path: in the encoding of the platform's file names.
+Summary inspect(const std::string& path);
+
+struct Record {
+    std::int64_t position = 0;
+    std::uint64_t timeMs = 0;  ///< from the time table; 0 when the table does not name this record
+    std::int32_t code = 0;
+    std::string data;
+};
+
+/// Walks the records in file order, from the first to the time table. The record object is reused.
+/// Behind damaged bytes the walk goes on at the next record that the time table names.
+/// @param visit returns false to stop
+/// @param progress called now and then with the bytes walked and the bytes in all; may be empty
+/// @return what is damaged in the records, and, after a whole walk, how they differ from the time table
+std::vector<Finding> walkRecords(const std::string& path, const Summary& summary,
+                                 const std::function<bool(const Record&)>& visit,
+                                 const std::function<void(std::int64_t, std::int64_t)>& progress = {});
+
+}  // namespace Recording2::Inspection

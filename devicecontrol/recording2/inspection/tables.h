@@ -1,0 +1,22 @@
+// The tables of a file. Each reads its block into the summary and adds what is damaged to the findings.
+#pragma once
+
+#include "../format/bytesource.h"
+#include "inspection.h"
+
+namespace Recording2::Inspection {
+
+// Where a block ends: where the next one begins, or the end of the file. 0 for a block that is absent or lies outside
+// the file.
+std::int64_t typeTableEnd(const Summary& summary);
+std::int64_t recordsEnd(const Summary& summary);
+std::int64_t timeTableEnd(const Summary& summary);
+std::int64_t channelRangeTableEnd(const Summary& summary);
+std::int64_t bookmarkTableEnd(const Summary& summary);
+
+void readTypeTable(Format::ByteSource& source, Summary& summary);
+void readTimeTable(Format::ByteSource& source, Summary& summary);
+void readChannelRangeTable(Format::ByteSource& source, Summary& summary);
+void readBookmarkTable(Format::ByteSource& source, Summary& summary);
+
+}  // namespace Recording2::Inspection

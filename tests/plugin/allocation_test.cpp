@@ -1,0 +1,170 @@
+// Memory: the road of a change from SetValue to the file takes none for a record (only the time index grows, by
+// doubling), and a recorder that finds none left is not made.
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+#include <vector>
+
+#include "loaded_recorder.h"
+#include "station.h"
+
+namespace {
+
+std::size_t allocations = 0;
+std::size_t failingAllocation = 0;  // the number of the one that finds no memory, 0 for none
+
+void* allocate(std::size_t size)
+{
+    if (++allocations == failingAllocation) {
+        throw std::bad_alloc();
+    }
+    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+
+}  // namespace
+
+void* operator new(std::size_t size)
+{
+    return allocate(size);
+}
+
+void* operator new[](std::size_t size)
+{
+    return allocate(size);
+}
+
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t /*size*/) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::size_t /*size*/) noexcept
+{
+    std::free(memory);
+}
+
+namespace RecorderTests {
+namespace {
+
+constexpr std::size_t Records = 20'000;
+constexpr std::size_t IndexGrowth = 16;  // two arrays that double
+
+class SteadyState : public testing::Test {
+protected:
+    SteadyState()
+    {
+        station.addAllKeywords();
+        recorder = makeLoadedRecorder(QStringLiteral("Rx"));
+    }
+
+    /// Allocations of many changes, after some that let the buffers grow.
+    template <typename Change>
+    std::size_t allocationsOf(const Change& change)
+    {
+        station.switchOn();
+        std::size_t number = 0;
+        for (; number < 1'000; ++number) {
+            station.clock.advanceMs(1);
+            change(number);
+        }
+        const std::size_t before = allocations;
+        for (; number < 1'000 + Records; ++number) {
+            station.clock.advanceMs(1);
+            change(number);
+        }
+        const std::size_t taken = allocations - before;
+        station.switchOff();
+        EXPECT_GE(parsed(station.fileName()).records.size(), 1'000 + Records);
+        return taken;
+    }
+
+    Station station;
+    LoadedRecorder recorder;
+};
+
+TEST_F(SteadyState, NoRecorderIsMadeWhereMemoryRunsOut)
+{
+    recorder.reset();
+    bool made = false;
+    for (std::size_t number = 1; !made; ++number) {
+        const TraceLog log;
+        failingAllocation = allocations + number;
+        const LoadedRecorder attempt(plugin().create(L"Rx"));
+        made = failingAllocation > allocations;
+        failingAllocation = 0;
+        ASSERT_EQ(attempt != nullptr, made) << "allocation " << number;
+        const TraceLog::Line* line = log.find(QStringLiteral("std::bad_alloc"));
+        ASSERT_EQ(line == nullptr, made);
+        if (!made) {
+            EXPECT_EQ(line->source, QStringLiteral("devicecontrol\\recording2\\loadinterface"));
+            EXPECT_EQ(line->line, 21);
+        }
+    }
+    makeLoadedRecorder(QStringLiteral("Rx"));
+    EXPECT_FALSE(station.value<Flag>(QStringLiteral("/Devices/Rx1/REC_LOADED")).GetValue());
+}
+
+TEST_F(SteadyState, TheCountersSeeThePlugIn)
+{
+    const std::size_t before = allocations;
+    makeLoadedRecorder(QString());
+    EXPECT_GT(allocations, before + 48);
+}
+
+TEST_F(SteadyState, ANumberIsRecordedWithoutAllocating)
+{
+    auto& level = station.value<Number>(QStringLiteral("/LEVEL"));
+    EXPECT_LE(allocationsOf([&level](std::size_t number) { level.SetValue(static_cast<double>(number) / 7); }),
+              IndexGrowth);
+}
+
+TEST_F(SteadyState, ALevelMapOf4096CellsIsRecordedWithoutAllocating)
+{
+    auto& spectrum = station.value<LevelMap>(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum"));
+    spectrum.SetChannelRange(values::ChannelRange::Even(88e6, 5e3, 4'096));
+    std::vector<float> cells(64);
+    EXPECT_LE(allocationsOf([&](std::size_t number) {
+                  cells.assign(64, -static_cast<float>(number % 128));
+                  spectrum.SetCells(number % 63 * 64, cells, station.clock.now);
+              }),
+              IndexGrowth);
+}
+
+TEST_F(SteadyState, AWholeLevelMapIsRecordedWithoutAllocating)
+{
+    auto& spectrum = station.value<LevelMap>(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum"));
+    spectrum.SetChannelRange(values::ChannelRange::Even(88e6, 5e3, 4'096));
+    std::vector<float> cells(4'096);
+    station.switchOn();
+    const auto change = [&](std::size_t number) {
+        station.clock.advanceMs(1);
+        cells.assign(4'096, -static_cast<float>(number % 128));
+        spectrum.SetCells(0, cells, station.clock.now);
+    };
+    for (std::size_t number = 0; number < 100; ++number) {
+        change(number);
+    }
+    const std::size_t before = allocations;
+    for (std::size_t number = 0; number < 500; ++number) {
+        change(number);
+    }
+    EXPECT_LE(allocations - before, 4U);
+}
+
+}  // namespace
+}  // namespace RecorderTests

@@ -1,0 +1,184 @@
+// What happens when a value or another observer fails: who is told, and what becomes of the file.
+#include <stdexcept>
+
+#include <vkbase/vkexception.h>
+
+#include "recorder_fixture.h"
+#include "scripted_value.h"
+
+namespace RecorderTests {
+namespace {
+
+using testing::ElementsAre;
+using testing::SizeIs;
+
+class RecorderFailure : public RecorderTest {
+protected:
+    RecorderFailure()
+    {
+        station.configure(QString(), QStringLiteral("ALTITUDE = \"/Before\"\nLEVEL = \"/LEVEL\"\nROLL = \"/After\""));
+        station.add<Number>(QStringLiteral("/Before"));
+        station.add<Number>(QStringLiteral("/After"));
+        auto made = std::make_unique<ScriptedValue>();
+        m_scripted = made.get();
+        station.insert(QStringLiteral("/LEVEL"), std::move(made));
+        makeRecorder();
+    }
+
+    static void fail() { throw std::runtime_error("device lost"); }
+    static void failAsStation() { throw VKException("device lost", "driver", "Driver", 7); }
+
+    /// The line of the exception that an action must throw, which is the recorder's in everything else.
+    template <typename Action>
+    static std::int32_t lineOfFailure(const Action& action)
+    {
+        try {
+            action();
+        } catch (const VKException& exception) {
+            EXPECT_STREQ(exception.what(), "device lost");
+            EXPECT_EQ(exception.Source(), "devicecontrol\\recording2\\recording");
+            EXPECT_EQ(exception.Function(), "CRecording");
+            return exception.Line();
+        } catch (const std::exception& exception) {
+            ADD_FAILURE() << "not the station's exception: " << exception.what();
+            return -1;
+        }
+        ADD_FAILURE() << "no exception";
+        return -1;
+    }
+
+    [[nodiscard]] ScriptedValue& scripted() const { return *m_scripted; }
+    [[nodiscard]] Number& after() const { return station.value<Number>(QStringLiteral("/After")); }
+
+private:
+    ScriptedValue* m_scripted;
+};
+
+TEST_F(RecorderFailure, AStateThatCannotBeReadIsAFailureAtLine590)
+{
+    scripted().onState = fail;
+    EXPECT_EQ(lineOfFailure([this] { station.switchOn(); }), 590);
+}
+
+TEST_F(RecorderFailure, AStationExceptionFromAStateIsTheRecordersToo)
+{
+    scripted().onState = failAsStation;
+    EXPECT_EQ(lineOfFailure([this] { station.switchOn(); }), 590);
+}
+
+TEST_F(RecorderFailure, CompressionIsBackAfterAStateThatCannotBeRead)
+{
+    scripted().onState = fail;
+    lineOfFailure([this] { station.switchOn(); });
+    EXPECT_TRUE(values::HandlerBase::GetDataCompressMode());
+}
+
+TEST_F(RecorderFailure, AFileWhoseStartFailedIsClosedByOff)
+{
+    scripted().onState = fail;
+    lineOfFailure([this] { station.switchOn(); });
+    scripted().onState = nullptr;
+    station.clock.advanceMs(1'000);
+    after().SetValue(5);
+    station.switchOff();
+    ASSERT_THAT(station.files(), SizeIs(1));
+    const ParsedRecording recording = readBack(station.file(station.files().first()));
+    EXPECT_EQ(recording.header.typeTable, 500);
+    EXPECT_EQ(recording.records.back().data, "3;5,0,0");
+    EXPECT_FALSE(scripted().IsCommandRecording());
+}
+
+TEST_F(RecorderFailure, AnObserverThatFailsAtAStartIsAFailureAtLine1006)
+{
+    const Listener failing(*station.tree.Find(QStringLiteral("/Status/Rx1/REC_FILENAME")),
+                           [](values::ValueBase&, TChangeCode) { fail(); });
+    EXPECT_EQ(lineOfFailure([this] { station.switchOn(); }), 1006);
+}
+
+TEST_F(RecorderFailure, AnObserverOfTheStationsThatFailsAtAStartIsAFailureAtLine1006)
+{
+    const Listener failing(*station.tree.Find(QStringLiteral("/Status/Rx1/REC_FILENAME")),
+                           [](values::ValueBase&, TChangeCode) { failAsStation(); });
+    EXPECT_EQ(lineOfFailure([this] { station.switchOn(); }), 1006);
+}
+
+TEST_F(RecorderFailure, AnObserverThatFailsAtAStopIsAFailureAtLine1103)
+{
+    station.switchOn();
+    const Listener failing(*station.tree.Find(QStringLiteral("/Status/Rx1/REC_FILENAME")),
+                           [](values::ValueBase&, TChangeCode) { fail(); });
+    EXPECT_EQ(lineOfFailure([this] { station.switchOff(); }), 1103);
+    EXPECT_FALSE(Peer::isRecording(recorder()));
+    ASSERT_THAT(station.files(), SizeIs(1));
+    readBack(station.file(station.files().first()));
+}
+
+TEST_F(RecorderFailure, AStartAfterAFailedStopWorks)
+{
+    station.switchOn();
+    {
+        const Listener failing(*station.tree.Find(QStringLiteral("/Status/Rx1/REC_FILENAME")),
+                               [](values::ValueBase&, TChangeCode) { fail(); });
+        lineOfFailure([this] { station.switchOff(); });
+    }
+    start();
+    scripted().change("x", TChangeCode::ValueChanged);
+    EXPECT_THAT(dataOf(changesIn(stopAndRead())), ElementsAre("x"));
+}
+
+TEST_F(RecorderFailure, AChangeThatCannotBeReadIsTheRecordersFailure)
+{
+    start();
+    scripted().onChange = fail;
+    EXPECT_GT(lineOfFailure([this] { scripted().change("lost", TChangeCode::ValueChanged); }), 0);
+    scripted().onChange = nullptr;
+    scripted().change("kept", TChangeCode::ValueChanged);
+    EXPECT_THAT(dataOf(changesIn(stopAndRead())), ElementsAre("kept"));
+}
+
+TEST_F(RecorderFailure, AStationExceptionFromAChangeIsTheRecordersToo)
+{
+    start();
+    scripted().onChange = failAsStation;
+    EXPECT_GT(lineOfFailure([this] { scripted().change("lost", TChangeCode::ValueChanged); }), 0);
+}
+
+TEST_F(RecorderFailure, AValueThatFailsWhileDetachingDoesNotKeepTheFileOpen)
+{
+    start();
+    scripted().onOff = fail;
+    EXPECT_NO_THROW(station.switchOff());
+    ASSERT_THAT(station.files(), SizeIs(1));
+    readBack(station.file(station.files().first()));
+    // The first failure ended the walk; the next recording finds everything as it needs it all the same.
+    scripted().onOff = nullptr;
+    start();
+    after().SetValue(3);
+    scripted().change("x", TChangeCode::ValueChanged);
+    // The failing value's command recording has ended, so its change comes as the complete state.
+    EXPECT_THAT(dataOf(changesIn(stopAndRead())), ElementsAre("3;3,0,0", "state"));
+    EXPECT_FALSE(after().IsCommandRecording());
+    EXPECT_FALSE(after().IsObservedBy(&recorder()));
+}
+
+TEST_F(RecorderFailure, ARecorderMayEndWhileValuesThatFailedAreObserved)
+{
+    start();
+    scripted().onOff = fail;
+    station.switchOff();
+    destroyRecorder();
+    scripted().onOff = nullptr;
+    EXPECT_EQ(after().ObserverCount(), 0U);
+    EXPECT_EQ(scripted().ObserverCount(), 0U);
+}
+
+TEST_F(RecorderFailure, AFailingObserverDoesNotKeepTheRecorderFromAChange)
+{
+    const Listener failing(after(), [](values::ValueBase&, TChangeCode) { fail(); });
+    start();
+    EXPECT_THROW(after().SetValue(9), std::runtime_error);
+    EXPECT_THAT(dataOf(changesIn(stopAndRead())), ElementsAre("3;9,0,0"));
+}
+
+}  // namespace
+}  // namespace RecorderTests

@@ -1,0 +1,128 @@
+#include "recorder_fixture.h"
+
+#include <algorithm>
+
+#include <recording2/fileaccess.h>
+
+#include "support/recordingbytes.h"
+
+namespace RecorderTests {
+
+namespace {
+
+void expectSameRecords(CFileAccess& file, const ParsedRecording& expected)
+{
+    CVTCmdData record;
+    for (std::size_t i = 0; i < expected.records.size(); ++i) {
+        const auto& wanted = expected.records[i];
+        const unsigned long long next = i + 1 < expected.records.size() ? expected.records[i + 1].time : 0;
+        ASSERT_EQ(file.read(record, wanted.time), next) << "record " << i;
+        ASSERT_EQ(record.cmd(), wanted.code) << "record " << i;
+        ASSERT_EQ(std::string(record.strData(), record.strDataLen()), wanted.data) << "record " << i;
+    }
+}
+
+void expectSameTypes(CFileAccess& file, const ParsedRecording& expected)
+{
+    CVTTypesData types;
+    ASSERT_EQ(file.read(types), 1ULL);
+    ASSERT_EQ(types.get_vector().size(), expected.types.size());
+    for (std::size_t i = 0; i < expected.types.size(); ++i) {
+        EXPECT_EQ(types.get_vector()[i].typeNumber, expected.types[i].typeNumber);
+        EXPECT_EQ(types.get_vector()[i].keyword, expected.types[i].keyword);
+        EXPECT_EQ(types.get_vector()[i].valuePath, expected.types[i].valuePath);
+    }
+}
+
+void expectSameHeader(CFileAccess& file, const ParsedRecording& expected)
+{
+    CHeaderData header;
+    ASSERT_EQ(file.read(header), 1ULL);
+    EXPECT_EQ(header.startFreq(), expected.header.startFrequency);
+    EXPECT_EQ(header.stopFreq(), expected.header.stopFrequency);
+    EXPECT_EQ(header.minLevel(), expected.header.minLevel);
+    EXPECT_EQ(header.maxLevel(), expected.header.maxLevel);
+    EXPECT_EQ(header.startTS().getMilliSecs(), expected.header.startMs);
+    EXPECT_EQ(header.stopTS().getMilliSecs(), expected.header.stopMs);
+    EXPECT_EQ(header.getJobID(), expected.header.jobId);
+    EXPECT_EQ(header.deviceName(), expected.header.deviceName);
+    EXPECT_EQ(header.deviceType(), expected.header.deviceType);
+}
+
+}  // namespace
+
+RecorderTest::~RecorderTest()
+{
+    m_recorder.reset();
+    CTimeStamp::SetCts(0);
+}
+
+CRecording& RecorderTest::makeRecorder(const QString& instance)
+{
+    m_recorder = std::make_unique<CRecording>(instance);
+    m_recorder->Init();
+    return *m_recorder;
+}
+
+void RecorderTest::start()
+{
+    station.switchOn();
+    station.clock.advanceMs(1'000);
+}
+
+ParsedRecording RecorderTest::stopAndRead()
+{
+    station.switchOff();
+    return readBack(station.fileName());
+}
+
+QStringList RecorderTest::keywords() const
+{
+    QStringList names;
+    for (const auto& [keyword, entry] : Peer::keywords(recorder())) {
+        names << keyword;
+    }
+    return names;
+}
+
+bool RecorderTest::hasKeyword(const char* keyword) const
+{
+    return Peer::keywords(recorder()).Find(QString::fromLatin1(keyword)) != nullptr;
+}
+
+bool RecorderTest::hasInactiveKeyword(const char* keyword) const
+{
+    return Peer::inactiveKeywords(recorder()).Find(QString::fromLatin1(keyword)) != nullptr;
+}
+
+ParsedRecording readBack(const QString& file)
+{
+    const ParsedRecording expected = parsed(file);
+    CFileAccess access(TestSupport::fileName8(file).c_str(), QStringLiteral("/Reader"), nullptr, false, true, false,
+                       nullptr, nullptr);
+    EXPECT_TRUE(access.IsValidFile());
+    expectSameHeader(access, expected);
+    if (expected.header.typeTable != 0) {
+        expectSameTypes(access, expected);
+    }
+    expectSameRecords(access, expected);
+    return expected;
+}
+
+std::vector<std::string> dataOf(const std::vector<ParsedRecording::Record>& records)
+{
+    std::vector<std::string> texts;
+    std::transform(records.begin(), records.end(), std::back_inserter(texts),
+                   [](const ParsedRecording::Record& record) { return record.data; });
+    return texts;
+}
+
+std::vector<std::uint64_t> timesOf(const std::vector<ParsedRecording::Record>& records)
+{
+    std::vector<std::uint64_t> times;
+    std::transform(records.begin(), records.end(), std::back_inserter(times),
+                   [](const ParsedRecording::Record& record) { return record.time; });
+    return times;
+}
+
+}  // namespace RecorderTests

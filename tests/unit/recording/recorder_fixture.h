@@ -1,0 +1,107 @@
+// Fixture of the tests that look into the recorder: the recorder itself, and the door to what it keeps.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include <recording2/recording.h>
+
+#include "station.h"
+
+namespace Recording2 {
+
+/// What tests may see and set of a recorder beyond its interface.
+class RecordingTestPeer {
+public:
+    static std::int64_t& fileSizeLimit(CRecording& recorder) { return recorder.m_fileSizeLimit; }
+    static std::int32_t& modeKey(CRecording& recorder) { return recorder.m_modeKey; }
+    static float& startFreq(CRecording& recorder) { return recorder.m_startFreq; }
+    static float& stopFreq(CRecording& recorder) { return recorder.m_stopFreq; }
+    static float& frequency(CRecording& recorder) { return recorder.m_frequency; }
+    static float& ifSpan(CRecording& recorder) { return recorder.m_ifSpan; }
+    static double& frequencyOffset(CRecording& recorder) { return recorder.m_frequencyOffset; }
+    static std::int32_t& minLevel(CRecording& recorder) { return recorder.m_minLevel; }
+    static std::int32_t& maxLevel(CRecording& recorder) { return recorder.m_maxLevel; }
+    static bool fileNameFormat83(const CRecording& recorder) { return recorder.m_fileNameFormat83; }
+    static std::int32_t maxFileLength(const CRecording& recorder) { return recorder.m_maxFileLength; }
+    static std::int32_t fileExpandingSize(const CRecording& recorder) { return recorder.m_fileExpandingSize; }
+    static std::int64_t diskExpandingSize(const CRecording& recorder) { return recorder.m_diskExpandingSize; }
+    static QString valuePath(const CRecording& recorder) { return recorder.m_valuePath; }
+    static QString statusValuePath(const CRecording& recorder) { return recorder.m_statusValuePath; }
+    static QString recordingPath(const CRecording& recorder) { return recorder.m_recordingPath; }
+    static QString currentFileName(const CRecording& recorder) { return recorder.m_currentFileName; }
+    static bool isRecording(const CRecording& recorder) { return recorder.m_file != nullptr; }
+    /// Puts a file of any name in the place of the open one.
+    static void replaceFile(CRecording& recorder, const QString& path)
+    {
+        recorder.m_file = std::make_unique<CFileAccess>(path.toUtf8().constData(), recorder.m_statusValuePath, nullptr,
+                                                        true, true, false, &recorder, nullptr);
+    }
+    static const CValueTableMap& keywords(const CRecording& recorder) { return recorder.m_keywords; }
+    static const CValueTableMap& inactiveKeywords(const CRecording& recorder) { return recorder.m_inactiveKeywords; }
+    static const std::map<QString, std::int32_t>& typeIds(const CRecording& recorder) { return recorder.m_typeIds; }
+    static bool shouldRecord(const CRecording& recorder, std::int32_t id) { return recorder.ShouldRecordType(id); }
+    static bool shouldRecord(const CRecording& recorder, const QString& keyword)
+    {
+        return recorder.ShouldRecordType(keyword);
+    }
+    static bool excludesIfSpectrum(const CRecording& recorder, std::int32_t modeKey)
+    {
+        return recorder.ModeExcludesIfSpectrum(modeKey);
+    }
+    static void applyModeKeywords(CRecording& recorder) { recorder.ApplyModeKeywords(); }
+    static QString resolve(const CRecording& recorder, const QString& keyword, const QString& fallback)
+    {
+        return recorder.ResolveValuePath(keyword, fallback);
+    }
+};
+
+}  // namespace Recording2
+
+namespace RecorderTests {
+
+using Recording2::CFileAccess;
+using Recording2::CHeaderData;
+using Recording2::CRecording;
+using Recording2::CTimeStamp;
+using Recording2::CVTCmdData;
+using Recording2::CVTTypesData;
+using Peer = Recording2::RecordingTestPeer;
+
+/// A station and its recorder, which is made by makeRecorder.
+class RecorderTest : public testing::Test {
+protected:
+    ~RecorderTest() override;
+
+    CRecording& makeRecorder(const QString& instance = QStringLiteral("Rx"));
+    void destroyRecorder() { m_recorder.reset(); }
+    [[nodiscard]] CRecording& recorder() const { return *m_recorder; }
+
+    /// Stops the recording and reads the file with two readers, which must agree.
+    ParsedRecording stopAndRead();
+    /// Starts a recording and lets enough time pass to tell changes from initial states.
+    void start();
+
+    /// Keywords of the keyword map, sorted.
+    [[nodiscard]] QStringList keywords() const;
+    [[nodiscard]] bool hasKeyword(const char* keyword) const;
+    [[nodiscard]] bool hasInactiveKeyword(const char* keyword) const;
+
+    Station station;
+
+private:
+    std::unique_ptr<CRecording> m_recorder;
+};
+
+/// Reads a file with CFileAccess and with the reader of the tests; a difference fails the test.
+ParsedRecording readBack(const QString& file);
+
+/// The texts of a list of records.
+std::vector<std::string> dataOf(const std::vector<ParsedRecording::Record>& records);
+std::vector<std::uint64_t> timesOf(const std::vector<ParsedRecording::Record>& records);
+
+}  // namespace RecorderTests

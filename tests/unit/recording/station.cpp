@@ -1,0 +1,208 @@
+#include "station.h"
+
+#include <algorithm>
+#include <memory>
+#include <tuple>
+
+#include <QDir>
+#include <QMessageLogContext>
+
+#include <startup/cfgcenter.h>
+
+#include "support/recordingbytes.h"
+
+namespace RecorderTests {
+
+namespace {
+
+std::vector<TraceLog::Line>& tracedLines()
+{
+    static std::vector<TraceLog::Line> lines;
+    return lines;
+}
+
+void collect(QtMsgType /*type*/, const QMessageLogContext& context, const QString& message)
+{
+    tracedLines().push_back({message, QString::fromUtf8(context.category), context.line});
+}
+
+constexpr const char* NumberPaths[]{"/Devices/Rx1/Mon/BANDWIDTH",
+                                    "/Devices/Rx1/Mon/SquelchValue",
+                                    "/Devices/Rx1/Mon/Attenuation",
+                                    "/Devices/Rx1/Mon/FreqOffset",
+                                    "/Devices/Rx1/Mon/RFYLIMIT",
+                                    "/Devices/Rx1/Scn/StartFreq",
+                                    "/Devices/Rx1/Scn/StopFreq",
+                                    "/Devices/Rx1/Scn/StepFreq",
+                                    "/Devices/Rx1/Scn/StartLevel",
+                                    "/Devices/Rx1/Scn/StopLevel",
+                                    "/RFSTARTAZIMUTH",
+                                    "/RFSTOPAZIMUTH",
+                                    "/RFSTARTELEVATION",
+                                    "/RFSTOPELEVATION",
+                                    "/LOCATIONLATITUDE",
+                                    "/LOCATIONLONGITUDE",
+                                    "/RFAZIMUTHRULER",
+                                    "/RFELEVATIONRULER",
+                                    "/IFSTARTLEVEL",
+                                    "/IFSTOPLEVEL",
+                                    "/IFLEVELTHRESHOLD",
+                                    "/DFBANDWIDTH",
+                                    "/AFBANDWIDTH",
+                                    "/AZIMUTH",
+                                    "/LEVEL",
+                                    "/FIELDSTRENGTH",
+                                    "/ELEVATION",
+                                    "/QUALITY",
+                                    "/TRUEHEADING",
+                                    "/ALTITUDE",
+                                    "/VELOCITY",
+                                    "/PITCH",
+                                    "/ROLL"};
+
+}  // namespace
+
+TraceLog::TraceLog(std::uint32_t mask) : m_maskBefore(ErrorHandler::Instance().TraceMask())
+{
+    tracedLines().clear();
+    qInstallMessageHandler(collect);
+    ErrorHandler::Instance().SetTraceMask(mask);
+}
+
+TraceLog::~TraceLog()
+{
+    ErrorHandler::Instance().SetTraceMask(m_maskBefore);
+    qInstallMessageHandler(nullptr);
+}
+
+const std::vector<TraceLog::Line>& TraceLog::lines() const
+{
+    return tracedLines();
+}
+
+const TraceLog::Line* TraceLog::find(const QString& text) const
+{
+    const auto found =
+        std::find_if(lines().begin(), lines().end(), [&text](const Line& line) { return line.text == text; });
+    return found == lines().end() ? nullptr : &*found;
+}
+
+Environment::Environment(const char* name, const QByteArray& value)
+    : m_name(name), m_wasSet(qEnvironmentVariableIsSet(name)), m_before(qgetenv(name))
+{
+    qputenv(name, value);
+}
+
+Environment::~Environment()
+{
+    if (m_wasSet) {
+        qputenv(m_name, m_before);
+    } else {
+        qunsetenv(m_name);
+    }
+}
+
+Station::Station()
+{
+    configure(QString());
+}
+
+Station::~Station()
+{
+    CfgCenter::Clear();
+    values::HandlerBase::SetDataCompressMode(true);
+}
+
+void Station::insert(const QString& path, std::unique_ptr<values::ValueBase> value)
+{
+    const int leaf = path.lastIndexOf(QLatin1Char('/')) + 1;
+    value->SetName(path.mid(leaf));
+    tree.Insert(path.left(leaf), value.get());
+    static_cast<void>(value.release());  // the tree's now
+}
+
+Selection& Station::addSelection(const QString& path,
+                                 std::initializer_list<std::tuple<const char*, double, std::int32_t>> items)
+{
+    auto& selection = add<Selection>(path);
+    for (const auto& [name, value, key] : items) {
+        selection.AddItem(std::make_unique<values::SelectionItem>(QString::fromUtf8(name), value, key).release());
+    }
+    selection.Select(selection.GetItems().front()->GetName());
+    return selection;
+}
+
+void Station::addAllKeywords()
+{
+    for (const char* path : NumberPaths) {
+        add<Number>(QString::fromLatin1(path));
+    }
+    add<LevelMap>(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum"));
+    add<LevelMap>(QStringLiteral("/IfMapping"));
+    add<BearingMap>(QStringLiteral("/DfSpectrum"));
+    add<OffsetNumber>(QStringLiteral("/FREQUENCY"));
+    add<Flag>(QStringLiteral("/Devices/Rx1/Mon/SquelchState"));
+    add<Text>(QStringLiteral("/Devices/Rx1/Mon/Antenna"));
+    add<Text>(QStringLiteral("/Devices/Rx1/Adm/DRIVERNAME")).SetValue(QStringLiteral("RX 1"));
+    add<Text>(QStringLiteral("/Devices/Rx1/Adm/DEVICE_TYPE")).SetValue(QStringLiteral("Monitoring receiver"));
+    add<Text>(QStringLiteral("/DEVICE_CAPTION")).SetValue(QStringLiteral("North Site"));
+    addSelection(
+        QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS"),
+        {{"Scan", 0, 5}, {"FFM", 0, 3}, {"IF", 0, 23}, {"IF or DF", 0, 24}, {"Search", 0, 27}, {"PScan", 0, 42}});
+    addSelection(QStringLiteral("/Devices/Rx1/Scn/SEARCHSCANMODE"), {{"Search", 0, 0}, {"Memory", 0, 1}});
+    addSelection(QStringLiteral("/Devices/Rx1/Mon/DEMODULATION"), {{"AM", 0, 0}, {"FM", 0, 1}});
+    addSelection(QStringLiteral("/OPERATEMODE"), {{"Normal", 0, 0}, {"Gate", 0, 1}});
+    addSelection(QStringLiteral("/IFSPAN"), {{"0", 0, 0}, {"2 MHz", 2e6, 1}, {"10 MHz", 1e7, 2}});
+}
+
+QStringList Station::files() const
+{
+    return QDir(m_directory.path()).entryList(QDir::Files, QDir::Name);
+}
+
+void Station::configure(const QString& keys, const QString& recordedValues) const
+{
+    QString toml = QStringLiteral(
+                       "[Rx]\nValuePath = \"/Devices/Rx1\"\nStatusValuePath = \"/Status/Rx1\"\nRecordingPath = "
+                       "\"%1\"\n%2\n")
+                       .arg(m_directory.path(), keys);
+    if (!recordedValues.isEmpty()) {
+        toml += QStringLiteral("[Rx.Values]\n") + recordedValues + QLatin1Char('\n');
+    }
+    CfgCenter::LoadText(toml, QStringLiteral("station.toml"));
+}
+
+void Station::switchOn(const QString& recorder) const
+{
+    value<Selection>(recorder + QStringLiteral("/REC_STATUS")).Select(QStringLiteral("On"));
+}
+
+void Station::switchOff(const QString& recorder) const
+{
+    value<Selection>(recorder + QStringLiteral("/REC_STATUS")).Select(QStringLiteral("Off"));
+}
+
+ParsedRecording parsed(const QString& file)
+{
+    return TestSupport::parseRecording(TestSupport::readFile(file));
+}
+
+std::vector<ParsedRecording::Record> recordsOf(const ParsedRecording& recording, std::int32_t typeId)
+{
+    std::vector<ParsedRecording::Record> records;
+    std::copy_if(recording.records.begin(), recording.records.end(), std::back_inserter(records),
+                 [typeId](const ParsedRecording::Record& record) { return record.code == typeId; });
+    return records;
+}
+
+std::vector<ParsedRecording::Record> changesIn(const ParsedRecording& recording)
+{
+    // Initial states stand one behind the other from 10 ms on; changes get the time they came at, 11 ms at least.
+    // So tests let some time pass first, and then this finds the border.
+    std::vector<ParsedRecording::Record> records;
+    std::copy_if(recording.records.begin(), recording.records.end(), std::back_inserter(records),
+                 [](const ParsedRecording::Record& record) { return record.time >= 100; });
+    return records;
+}
+
+}  // namespace RecorderTests
