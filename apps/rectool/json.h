@@ -1,0 +1,27 @@
+// The JSON shapes, which programs depend on: doc/rectool.md describes them.
+#pragma once
+
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include <recording2/inspection/inspection.h>
+#include <values/valuebase.h>
+
+namespace RecTool {
+
+/// Keys stand in the order in which they are put in.
+using Json = nlohmann::ordered_json;
+
+[[nodiscard]] Json toJson(const Recording2::Inspection::Header& header);
+[[nodiscard]] Json toJson(const Recording2::Inspection::Finding& finding);
+[[nodiscard]] Json toJson(const values::ValueBase& value);
+/// The word for a file that can or cannot be read ("missing").
+[[nodiscard]] const char* name(Recording2::Inspection::Readability readability);
+
+/// Any bytes: as text when they are ASCII, in base64 otherwise.
+[[nodiscard]] Json dataToJson(const std::string& bytes);
+/// What a file's own name or path says: UTF-8, bytes that are none are replaced.
+[[nodiscard]] std::string dump(const Json& json, int indent);
+
+}  // namespace RecTool

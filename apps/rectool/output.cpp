@@ -1,0 +1,57 @@
+#include "output.h"
+
+#include <cerrno>
+#include <iostream>
+#include <system_error>
+
+namespace RecTool {
+
+namespace {
+
+int firstError = 0;  // why standard output takes nothing any more
+
+}  // namespace
+
+void complain(const std::string& file, const std::string& text)
+{
+    std::cout.flush();
+    std::cerr << "rectool: " << file << ": " << text << '\n';
+}
+
+void complain(const std::string& file, const std::vector<Recording2::Inspection::Finding>& findings)
+{
+    constexpr std::size_t Most = 100;
+    for (std::size_t i = 0; i < findings.size() && i < Most; ++i) {
+        complain(file, "damaged at " + std::to_string(findings[i].offset) + ": " + findings[i].text);
+    }
+    if (findings.size() > Most) {
+        complain(file, "and " + std::to_string(findings.size() - Most) + " more findings.");
+    }
+}
+
+bool canPrint()
+{
+    if (!std::cout.good() && firstError == 0) {
+        firstError = errno;
+    }
+    return std::cout.good();
+}
+
+ExitCode finish(ExitCode result)
+{
+    std::cout.flush();
+    const bool printed = canPrint();
+    const bool readerHasGone = firstError == EPIPE || firstError == EINVAL;  // the latter is what Windows says
+    if (printed || readerHasGone) {
+        return result;
+    }
+    std::cerr << "rectool: the output could not be written: " << std::generic_category().message(firstError) << '\n';
+    return ExitCode::CannotRead;
+}
+
+ExitCode soundness(const std::vector<Recording2::Inspection::Finding>& findings)
+{
+    return findings.empty() ? ExitCode::Fine : ExitCode::Damaged;
+}
+
+}  // namespace RecTool

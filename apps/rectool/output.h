@@ -1,0 +1,28 @@
+// What all verbs print alike.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <recording2/inspection/inspection.h>
+
+#include "commands.h"
+
+namespace RecTool {
+
+/// A message on standard error: "rectool: FILE: TEXT".
+void complain(const std::string& file, const std::string& text);
+/// Damage on standard error, one line a finding; of very many only the first ones.
+void complain(const std::string& file, const std::vector<Recording2::Inspection::Finding>& findings);
+
+/// Whether standard output still takes something. It does not after `| head` has seen enough. To be asked right after
+/// printing, when the reason of a failure is still known.
+[[nodiscard]] bool canPrint();
+/// Hands everything to the system. A reader that has gone is no error, a full disk is: it is told, and the result is
+/// CannotRead.
+[[nodiscard]] ExitCode finish(ExitCode result);
+
+/// Fine, or Damaged if there is a finding.
+[[nodiscard]] ExitCode soundness(const std::vector<Recording2::Inspection::Finding>& findings);
+
+}  // namespace RecTool

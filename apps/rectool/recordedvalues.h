@@ -1,0 +1,29 @@
+// Recorded values: the texts of the records turned back into what the recorder saw.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+
+#include <recording2/inspection/inspection.h>
+#include <values/valuebase.h>
+
+namespace RecTool {
+
+/// The values of a recording, one a type number. A record may hold only what changed, so every record from the
+/// beginning on must be applied for a value to be complete.
+class RecordedValues {
+public:
+    /// Applies a record. @return the value as it is then, null when the record's text is not understood; valid until
+    /// the next record of the same type number is applied
+    const values::ValueBase* apply(const Recording2::Inspection::Record& record);
+
+private:
+    std::map<std::int32_t, std::unique_ptr<values::ValueBase>> m_values;
+};
+
+/// A value as a person would write it, on one line. Maps: range, number of channels, lowest and highest.
+[[nodiscard]] std::string describe(const values::ValueBase& value);
+
+}  // namespace RecTool

@@ -1,0 +1,23 @@
+// Numbers, times and bytes as people read them.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace RecTool {
+
+[[nodiscard]] std::string fromLatin1(const std::string& text);  ///< UTF-8
+/// Characters that would disturb a line of text (control characters) as \n, \xNN and the like.
+[[nodiscard]] std::string onOneLine(const std::string& utf8);
+/// Any bytes as quoted ASCII, cut behind a number of them, which is then said.
+[[nodiscard]] std::string escaped(const std::string& bytes, std::size_t most);
+[[nodiscard]] bool isAscii(const std::string& bytes);
+
+[[nodiscard]] std::string number(double value, int digits = 6);  ///< without an exponent where that is legible
+[[nodiscard]] std::string grouped(std::uint64_t value);          ///< 1,136
+[[nodiscard]] std::string frequency(double hz, int digits = 9);  ///< 90.0123 MHz
+[[nodiscard]] std::string utc(std::uint64_t msSince1970);        ///< 2023-11-14 22:13:20.123 UTC; "unknown" for 0
+[[nodiscard]] std::string duration(std::uint64_t ms);            ///< 1:02:03.456
+
+}  // namespace RecTool

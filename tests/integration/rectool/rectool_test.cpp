@@ -1,0 +1,391 @@
+// The program as users run it: output, JSON, messages and exit codes.
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <QFile>
+#include <QProcess>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <nlohmann/json.hpp>
+
+#include "samplerecording.h"
+
+namespace {
+
+using nlohmann::json;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+struct Result {
+    int exitCode = -1;
+    std::string out;
+    std::string err;
+};
+
+Result runProgram(const QString& program, const QStringList& arguments)
+{
+    constexpr int Patience = 60'000;
+    QProcess process;
+    process.start(program, arguments);
+    EXPECT_TRUE(process.waitForFinished(Patience));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
+            process.readAllStandardError().toStdString()};
+}
+
+Result rectool(const QStringList& arguments)
+{
+    return runProgram(QStringLiteral(RECTOOL), arguments);
+}
+
+QString golden(const QString& name)
+{
+    return QStringLiteral(GOLDEN_FOLDER) + "/" + name + "/" + name + ".rec";
+}
+
+std::vector<std::string> linesOf(const std::string& text)
+{
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+std::vector<json> jsonLinesOf(const std::string& text)
+{
+    std::vector<json> objects;
+    for (const std::string& line : linesOf(text)) {
+        objects.push_back(json::parse(line));
+    }
+    return objects;
+}
+
+class RecTool : public testing::Test {
+protected:
+    /// A file with these bytes.
+    QString file(const std::string& bytes, const QString& name = QStringLiteral("file.rec"))
+    {
+        QString path = m_folder.filePath(name);
+        std::ofstream(path.toStdString(), std::ios::binary) << bytes;
+        return path;
+    }
+    /// The first bytes of a golden file.
+    QString cut(const QString& name, std::size_t size)
+    {
+        std::ifstream stream(golden(name).toStdString(), std::ios::binary);
+        return file(std::string(std::istreambuf_iterator<char>(stream), {}).substr(0, size));
+    }
+    QString sample()
+    {
+        QString path = m_folder.filePath(QStringLiteral("sample.rec"));
+        writeSampleRecording(path.toStdString());
+        return path;
+    }
+    [[nodiscard]] QString folder() const { return m_folder.path(); }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+}  // namespace
+
+// Usage
+
+TEST_F(RecTool, WithoutAVerbItSaysWhatIsMissing)
+{
+    const Result result = rectool({});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.out, IsEmpty());
+    EXPECT_THAT(result.err, HasSubstr("subcommand is required"));
+}
+
+TEST_F(RecTool, HelpAndVersionAreNoErrors)
+{
+    EXPECT_EQ(rectool({"--version"}).exitCode, 0);
+    EXPECT_THAT(rectool({"--version"}).out, StartsWith("rectool "));
+    EXPECT_THAT(rectool({"--help"}).out, AllOf(HasSubstr("info"), HasSubstr("types"), HasSubstr("cat")));
+    for (const QString verb : {"info", "types", "cat"}) {
+        const Result help = rectool({verb, "--help"});
+        EXPECT_EQ(help.exitCode, 0);
+        EXPECT_THAT(help.out, AllOf(HasSubstr("Example"), HasSubstr("--json")));
+    }
+}
+
+TEST_F(RecTool, WrongUsageIsExitCode1)
+{
+    const QString full = golden("full");
+    const std::vector<QStringList> wrong = {{"frobnicate"},
+                                            {"info"},
+                                            {"cat", full, "--frobnicate"},
+                                            {"cat", full, "--from", "soon"},
+                                            {"cat", full, "--to", "12:00"},
+                                            {"cat", full, "--from", "-1"},
+                                            {"cat", full, "--type", "LEVL"}};
+    for (const QStringList& arguments : wrong) {
+        const Result result = rectool(arguments);
+        EXPECT_EQ(result.exitCode, 1) << arguments.join(' ').toStdString();
+        EXPECT_THAT(result.err, Not(IsEmpty()));
+        EXPECT_THAT(result.out, IsEmpty());
+    }
+}
+
+TEST_F(RecTool, AnUnknownTypeIsAnsweredWithTheTypesThereAre)
+{
+    EXPECT_THAT(rectool({"cat", golden("full"), "--type", "LEVL"}).err,
+                AllOf(HasSubstr("\"LEVL\""), HasSubstr("RFSPECTRUM, MODULATION, LEVEL, FREQUENCY")));
+}
+
+// Files that cannot be read
+
+TEST_F(RecTool, EveryVerbSaysWhyAFileCannotBeRead)
+{
+    struct Case {
+        QString path;
+        const char* message;
+    };
+    const std::vector<Case> cases = {
+        {folder() + "/nothing.rec", "There is no such file."},
+        {folder(), "This is a directory, not a file."},
+        {file("", "empty.rec"), "The file is empty."},
+        {file("Dear reader,\nthis is a letter.\n", "letter.rec"), "This is not a recording."},
+        {file("1#3#and so on", "old.rec"), "The recording is of the old format, version 1.3"},
+        {file(std::string(499, '0') + "#", "open.rec"), "The recording was never closed"},
+        {cut("full", 100), "The file ends within its header"},
+    };
+    for (const Case& unreadable : cases) {
+        for (const QString verb : {"info", "types", "cat"}) {
+            const Result result = rectool({verb, unreadable.path});
+            EXPECT_EQ(result.exitCode, 2);
+            EXPECT_THAT(result.out, IsEmpty());
+            EXPECT_THAT(result.err, AllOf(StartsWith("rectool: " + unreadable.path.toStdString() + ": "),
+                                          HasSubstr(unreadable.message)));
+        }
+    }
+}
+
+TEST_F(RecTool, InfoGoesOnBehindAFileThatCannotBeRead)
+{
+    const Result result = rectool({"info", "/nothing.rec", golden("empty")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_THAT(result.out, HasSubstr("The file is sound."));
+    EXPECT_THAT(result.err, HasSubstr("There is no such file."));
+}
+
+// info
+
+TEST_F(RecTool, InfoShowsHeaderTypesAndTables)
+{
+    const Result result = rectool({"info", golden("full")});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.err, IsEmpty());
+    for (const char* text :
+         {"Device      Empf\u00e4nger S\u00fcd (Receiver)", "Job         A1B2",
+          "Started     2023-11-14 22:13:20.123 UTC, automatically", "Stopped     2024-01-03 15:16:07.420 UTC",
+          "Duration    1193:02:47.297", "Frequency   90.0123 MHz to 120 MHz, step 0.025 Hz", "Level       -30 to 100",
+          "Times       10 ms to 4,294,968,297 ms", "           36  LEVEL                          3     13  /LEVEL",
+          "            7  (not in the type table)        1      1\n", "Times               1030        8",
+          "Bookmarks              -        -", "The file is sound."}) {
+        EXPECT_THAT(result.out, HasSubstr(text));
+    }
+}
+
+TEST_F(RecTool, InfoShowsDamageAndWhatCouldBeRead)
+{
+    const Result result = rectool({"info", cut("full", 989)});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_THAT(result.out, AllOf(HasSubstr("Records     4"), HasSubstr("The file is damaged:"),
+                                  HasSubstr("at 989: The time table should begin at 1030, but the file ends at 989")));
+}
+
+TEST_F(RecTool, InfoAsJsonHasEverythingOfEveryFile)
+{
+    const Result result = rectool({"info", "--json", golden("bookmarks"), golden("channelranges"), "/nothing.rec"});
+    EXPECT_EQ(result.exitCode, 2);
+    const json files = json::parse(result.out).at("files");
+    ASSERT_EQ(files.size(), 3U);
+    const json& marked = files[0];
+    EXPECT_EQ(marked.at("readability"), "ok");
+    EXPECT_EQ(marked.at("size"), 626);
+    EXPECT_EQ(marked.at("header").at("stepWidthHz"), 0.025);
+    EXPECT_EQ(marked.at("header").at("startMs"), 1'650'000'000'000);
+    EXPECT_EQ(marked.at("durationMs"), 4000);
+    EXPECT_EQ(marked.at("firstTimeMs"), 10);
+    EXPECT_EQ(marked.at("lastTimeMs"), 3000);
+    EXPECT_EQ(marked.at("types"),
+              json::parse(R"([{"number":36,"keyword":"LEVEL","path":"/LEVEL","records":3,"bytes":14}])"));
+    EXPECT_EQ(marked.at("tables").at("bookmarks"), json::parse(R"({"position":590,"entries":2})"));
+    EXPECT_EQ(marked.at("tables").at("channelRanges"), json::parse(R"({"position":null,"entries":0})"));
+    EXPECT_EQ(marked.at("bookmarks")[0], json::parse(R"({"timeMs":2000,"data":{"text":"ok"}})"));
+    EXPECT_EQ(marked.at("sound"), true);
+    EXPECT_EQ(files[1].at("channelRangeTimesMs"), json::parse("[10,100,101]"));
+    EXPECT_EQ(files[2].at("readability"), "missing");
+    EXPECT_EQ(files[2].at("problem"), "There is no such file.");
+}
+
+TEST_F(RecTool, InfoAsJsonListsTheFindings)
+{
+    const Result result = rectool({"info", "--json", cut("full", 1069)});
+    EXPECT_EQ(result.exitCode, 3);
+    const json file = json::parse(result.out).at("files")[0];
+    EXPECT_EQ(file.at("sound"), false);
+    EXPECT_EQ(file.at("findings")[0],
+              json::parse(R"({"offset":1069,"text":"The time table ends before the last record."})"));
+}
+
+// types
+
+TEST_F(RecTool, TypesAreShownInTheOrderOfTheFile)
+{
+    const Result result = rectool({"types", golden("full")});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(
+        linesOf(result.out),
+        ElementsAre("Number  Keyword         Value              Path",
+                    "    46  FREQUENCY       NumericWithOffset  /FREQUENCY",
+                    "    36  LEVEL           Numeric            /LEVEL",
+                    "     1  RFSPECTRUM      LevelMap           /Receivers/1/Scn/RfSpectrum",
+                    "     6  MODULATION      Selection          /Receivers/1/Mon/DEMODULATION",
+                    "     0  SITE            Unknown (-1)       /Ger\u00e4t/Ort", "    47  DEVICE_CAPTION  String"));
+}
+
+TEST_F(RecTool, TypesAsJson)
+{
+    const json types = json::parse(rectool({"types", "--json", golden("full")}).out).at("types");
+    ASSERT_EQ(types.size(), 6U);
+    EXPECT_EQ(types[4], json::parse("{\"number\":0,\"keyword\":\"SITE\",\"path\":\"/Ger\u00e4t/Ort\","
+                                    "\"valueType\":-1,\"valueTypeName\":\"Unknown\"}"));
+}
+
+TEST_F(RecTool, ARecordingWithoutTypeTableHasNoTypes)
+{
+    EXPECT_EQ(rectool({"types", golden("empty")}).out, "The recording has no type table.\n");
+}
+
+// cat
+
+TEST_F(RecTool, CatShowsValuesAsAPersonWouldWriteThem)
+{
+    const Result result = rectool({"cat", sample()});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_THAT(
+        linesOf(result.out),
+        ElementsAre("  10  FREQUENCY       100000000", "  11  LEVEL           -30.25", "  12  MODULATION      FM",
+                    "  13  DEVICE_CAPTION  N\u00fcrnberg", "  14  SQUELCHSTATE    true",
+                    "  15  RFSPECTRUM      88 MHz to 88.1 MHz, 5 channels, min -100, max -70",
+                    "  16  DFSPECTRUM      1 MHz to 3 MHz, 3 channels, 1 bearing, min 12.5, max 12.5 degrees",
+                    " 900  RFSPECTRUM      88 MHz to 88.1 MHz, 5 channels, min -100, max -50",
+                    "1000  RFSPECTRUM      88 MHz to 88.1 MHz, 5 channels, min -100, max -20",
+                    "1500  LEVEL           -31.5", "2000  DEVICE_CAPTION  two\\nlines"));
+}
+
+TEST_F(RecTool, CatEscapesTextThatIsNotUnderstood)
+{
+    const std::vector<std::string> lines = linesOf(rectool({"cat", golden("full")}).out);
+    ASSERT_EQ(lines.size(), 8U);
+    EXPECT_EQ(lines[1], "        11  LEVEL           \"-31.5\"");
+    EXPECT_THAT(lines[2], AllOf(HasSubstr(R"("\x00\x01)"), HasSubstr("... (256 bytes)")));
+    EXPECT_EQ(lines[5], "4294967297  type 7          \"\\x00\"");
+}
+
+TEST_F(RecTool, CatShowsASpanWithBothEnds)
+{
+    EXPECT_EQ(linesOf(rectool({"cat", sample(), "--from", "15", "--to", "900"}).out).size(), 3U);
+    EXPECT_THAT(rectool({"cat", sample(), "--from", "2001"}).out, IsEmpty());
+    EXPECT_THAT(linesOf(rectool({"cat", sample(), "--to", "10"}).out).size(), 1U);
+}
+
+TEST_F(RecTool, CatShowsAMapWholeThoughItsFullTextStandsInFrontOfTheSpan)
+{
+    EXPECT_THAT(linesOf(rectool({"cat", sample(), "--from", "1000", "--type", "1"}).out),
+                ElementsAre("1000  RFSPECTRUM      88 MHz to 88.1 MHz, 5 channels, min -100, max -20"));
+}
+
+TEST_F(RecTool, CatShowsOnlyTheTypesThatAreAskedFor)
+{
+    EXPECT_THAT(linesOf(rectool({"cat", sample(), "--type", "level", "--type", "6"}).out),
+                ElementsAre("  11  LEVEL           -30.25", "  12  MODULATION      FM", "1500  LEVEL           -31.5"));
+    EXPECT_THAT(linesOf(rectool({"cat", "--type=-2147483648", golden("full")}).out), testing::SizeIs(1));
+}
+
+TEST_F(RecTool, CatAsJsonHasTheDecodedValueAndTheData)
+{
+    const std::vector<json> records = jsonLinesOf(rectool({"cat", "--json", sample()}).out);
+    ASSERT_EQ(records.size(), 11U);
+    EXPECT_EQ(records[0].at("timeMs"), 10);
+    EXPECT_EQ(records[0].at("code"), 46);
+    EXPECT_EQ(records[0].at("keyword"), "FREQUENCY");
+    EXPECT_EQ(records[0].at("path"), "/FREQUENCY");
+    EXPECT_EQ(records[0].at("value"), json::parse(R"({"kind":"NumericWithOffset","value":100000000.0,"lowerLimit":0.0,
+                                                      "upperLimit":0.0,"offset":1000.0})"));
+    EXPECT_EQ(records[1].at("value"),
+              json::parse(R"({"kind":"Numeric","value":-30.25,"lowerLimit":-150.0,"upperLimit":50.0})"));
+    EXPECT_EQ(records[2].at("value"), json::parse(R"({"kind":"Selection","value":"FM","key":7,"number":2.0})"));
+    EXPECT_EQ(records[3].at("value"), json::parse("{\"kind\":\"String\",\"value\":\"N\u00fcrnberg\"}"));
+    EXPECT_EQ(records[4].at("value"), json::parse(R"({"kind":"Bool","value":true})"));
+    EXPECT_EQ(records[5].at("value"),
+              json::parse(R"({"kind":"LevelMap","range":{"startHz":88000000.0,"stepHz":25000.0,"count":5},
+                              "timeStampUs":0,"cells":[-90.0,-80.5,-100.0,null,-70.0]})"));
+    EXPECT_EQ(records[6].at("value"),
+              json::parse(R"({"kind":"BearingMap","range":{"channelsHz":[1000000.0,3000000.0,2000000.0]},
+                              "timeStampUs":5000000,"cells":[null,{"azimuthDeg":12.5,"elevationDeg":1.0,
+                              "levelDb":-60.0,"quality":90.0},null]})"));
+    EXPECT_EQ(records[8].at("value").at("cells"), json::parse("[-90.0,-80.5,-100.0,-20.0,-70.0]"));
+    EXPECT_THAT(records[8].at("data").at("text").get<std::string>(), HasSubstr("51;"));
+    EXPECT_EQ(records[9].at("data").at("text"), "3;-31.5,-150,50");
+}
+
+TEST_F(RecTool, CatAsJsonGivesBytesInBase64AndNullForWhatIsUnknown)
+{
+    const std::vector<json> records = jsonLinesOf(rectool({"cat", "--json", golden("full")}).out);
+    ASSERT_EQ(records.size(), 8U);
+    const QByteArray data =
+        QByteArray::fromBase64(QByteArray::fromStdString(records[2].at("data").at("base64").get<std::string>()));
+    ASSERT_EQ(data.size(), 256);
+    EXPECT_EQ(data[255], '\xff');
+    EXPECT_TRUE(records[2].at("value").is_null());
+    EXPECT_TRUE(records[5].at("keyword").is_null());
+    EXPECT_EQ(records[5].at("data").at("text"), std::string(1, '\0'));
+    EXPECT_EQ(records[5].at("position"), 999);
+}
+
+TEST_F(RecTool, CatReadsADamagedFileAsFarAsItGoes)
+{
+    const Result result = rectool({"cat", cut("full", 989)});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(linesOf(result.out).size(), 4U);
+    EXPECT_THAT(result.out, StartsWith("?  FREQUENCY"));
+    EXPECT_THAT(result.err, HasSubstr("damaged at 989: The time table should begin at 1030"));
+    EXPECT_TRUE(jsonLinesOf(rectool({"cat", "--json", cut("full", 989)}).out).front().at("timeMs").is_null());
+}
+
+#if !defined(_WIN32)
+TEST_F(RecTool, AReaderThatHasSeenEnoughIsNoError)
+{
+    const QString path = sample();
+    const QString command = QStringLiteral(
+        "trap '' PIPE; { for i in 1 2 3 4 5; do \"$0\" cat --json \"$1\"; echo $? >&2; done; } | head -n 0");
+    const Result result = runProgram("sh", {"-c", command, RECTOOL, path});
+    EXPECT_EQ(result.err, "0\n0\n0\n0\n0\n");
+}
+
+TEST_F(RecTool, AFullDiskIsAnError)
+{
+    if (!QFile::exists("/dev/full")) {
+        GTEST_SKIP() << "there is no /dev/full";
+    }
+    const Result result = runProgram("sh", {"-c", "\"$0\" cat \"$1\" >/dev/full", RECTOOL, golden("full")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_THAT(result.err, HasSubstr("the output could not be written"));
+}
+#endif
