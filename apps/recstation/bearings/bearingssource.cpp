@@ -1,0 +1,141 @@
+#include "bearings/bearingssource.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include <QFileInfo>
+#include <QLoggingCategory>
+
+#include "bearings/bearinglog.h"
+#include "bearings/bearingsvalues.h"
+
+namespace recstation {
+
+namespace {
+
+Q_LOGGING_CATEGORY(bearingsLog, "recstation.bearings")
+
+class BearingsSource final : public Source {
+public:
+    BearingsSource(BearingsOptions options, BearingsReport report)
+        : m_options(std::move(options)), m_report(std::move(report))
+    {
+    }
+
+    [[nodiscard]] QString name() const override { return QStringLiteral("bearings"); }
+    void prepare() override;
+    [[nodiscard]] std::optional<unsigned long long> nextTime() override;
+    void step() override;
+    [[nodiscard]] SourceReport report() const override;
+
+private:
+    [[nodiscard]] LogSurvey survey(const LogInput& input) const;
+    void reportOddities(const LogSurvey& survey) const;
+    [[nodiscard]] QString deviceName(const LogSurvey& survey) const;
+    void say(const std::string& sentence) const;
+
+    BearingsOptions m_options;
+    BearingsReport m_report;
+    std::unique_ptr<BearingLog> m_log;
+    std::unique_ptr<BearingsValues> m_values;
+    std::optional<LoggedBearing> m_pending;  // read, not yet shown
+    unsigned long long m_latest = 0;
+    std::uint64_t m_shown = 0;
+};
+
+void BearingsSource::prepare()
+{
+    const LogInput input(m_options.file);
+    const LogSurvey survey = this->survey(input);
+    reportOddities(survey);
+    m_values = std::make_unique<BearingsValues>(survey, m_options.headingDeg, deviceName(survey), m_options.valuePath);
+    // The bad rows have been reported.
+    m_log = std::make_unique<BearingLog>(m_options, input, [](const std::string&) {});
+}
+
+LogSurvey BearingsSource::survey(const LogInput& input) const
+{
+    constexpr std::uint64_t mostSentences = 20;
+    std::uint64_t badRows = 0;
+    LogSurvey survey = surveyLog(m_options, input, [&](const std::string& sentence) {
+        if (++badRows <= mostSentences) {
+            say(sentence);
+        }
+    });
+    if (badRows > mostSentences) {
+        say("and " + std::to_string(badRows - mostSentences) + " more bad rows");
+    }
+    if (m_options.strict && badRows > 0) {
+        throw std::runtime_error("bearings: " + input.name() + " has " + std::to_string(badRows) +
+                                 " bad rows, and --strict allows none");
+    }
+    return survey;
+}
+
+void BearingsSource::reportOddities(const LogSurvey& survey) const
+{
+    if (!survey.hasPosition) {
+        say("the log has no position: name its columns with --latitude-column and --longitude-column, if it has");
+    }
+    if (survey.beforeFirst > 0) {
+        say(std::to_string(survey.beforeFirst) +
+            " bearings are earlier than the first one; recordings count time from the first, so sort the log");
+    }
+}
+
+QString BearingsSource::deviceName(const LogSurvey& survey) const
+{
+    if (survey.oneStation && !survey.first.station.empty()) {
+        return QString::fromStdString(survey.first.station);
+    }
+    return m_options.file == "-" ? QStringLiteral("Bearings")
+                                 : QFileInfo(QString::fromStdString(m_options.file)).completeBaseName();
+}
+
+void BearingsSource::say(const std::string& sentence) const
+{
+    m_report(QStringLiteral("bearings: ") + QString::fromStdString(sentence));
+}
+
+std::optional<unsigned long long> BearingsSource::nextTime()
+{
+    while (!m_pending) {
+        const auto row = m_log->next();
+        if (!row) {
+            return std::nullopt;
+        }
+        m_pending = row->bearing;
+    }
+    m_latest = std::max(m_latest, m_pending->time);
+    return m_latest;
+}
+
+void BearingsSource::step()
+{
+    m_values->show(*m_pending);
+    m_pending.reset();
+    ++m_shown;
+}
+
+SourceReport BearingsSource::report() const
+{
+    if (m_log == nullptr) {
+        return {};
+    }
+    return {m_shown, m_log->skipped(), m_log->bad()};
+}
+
+}  // namespace
+
+void logBearingsReport(const QString& sentence)
+{
+    qCWarning(bearingsLog).noquote() << sentence;
+}
+
+std::unique_ptr<Source> makeBearingsSource(const BearingsOptions& options, BearingsReport report)
+{
+    return std::make_unique<BearingsSource>(options, std::move(report));
+}
+
+}  // namespace recstation

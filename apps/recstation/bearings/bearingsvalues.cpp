@@ -1,0 +1,98 @@
+#include "bearings/bearingsvalues.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+namespace recstation {
+
+namespace {
+
+constexpr double fullCircle = 360;
+
+template <typename T>
+void attach(values::ValuePtr<T>& value, const QString& path)
+{
+    value.Attach(path);
+    const values::Tree* tree = values::Tree::Instance();
+    if (tree == nullptr || tree->Find(path) != value.get()) {
+        throw std::runtime_error("bearings: the value " + path.toStdString() +
+                                 " is already there as another kind of value");
+    }
+}
+
+void setNumber(const QString& path, double number)
+{
+    values::ValuePtr<values::ValueNumeric<double>> value;
+    attach(value, path);
+    value->SetValue(number);
+}
+
+void setText(const QString& path, const QString& text)
+{
+    values::ValuePtr<values::Value<QString>> value;
+    attach(value, path);
+    value->SetValue(text);
+}
+
+// The recorder makes it a part of file names, which must not have separators and end at a dot.
+QString forFileNames(QString name)
+{
+    static const QString kept = QStringLiteral(" -_");
+    for (QChar& c : name) {
+        if (!c.isLetterOrNumber() && !kept.contains(c)) {
+            c = QLatin1Char('_');
+        }
+    }
+    return name;
+}
+
+}  // namespace
+
+BearingsValues::BearingsValues(const LogSurvey& survey, double headingDeg, const QString& deviceName,
+                               const QString& valuePath)
+    : m_channelsHz(survey.channelsHz)
+{
+    setText(valuePath + QStringLiteral("/Adm/DRIVERNAME"), forFileNames(deviceName));
+    setText(valuePath + QStringLiteral("/Adm/DEVICE_TYPE"), QStringLiteral("Bearing log"));
+    setNumber(valuePath + QStringLiteral("/Scn/StartFreq"), m_channelsHz.front());
+    setNumber(valuePath + QStringLiteral("/Scn/StopFreq"), m_channelsHz.back());
+    setNumber(QStringLiteral("/TRUEHEADING"), std::fmod(headingDeg + fullCircle, fullCircle));
+    attach(m_frequency, QStringLiteral("/FREQUENCY"));
+    if (survey.hasPosition) {
+        attach(m_latitude, QStringLiteral("/LOCATIONLATITUDE"));
+        attach(m_longitude, QStringLiteral("/LOCATIONLONGITUDE"));
+    }
+    if (survey.hasAltitude) {
+        attach(m_altitude, QStringLiteral("/ALTITUDE"));
+    }
+    showReceiver(survey.first);
+    attach(m_map, QStringLiteral("/DfSpectrum"));
+    m_map->SetChannelRange(values::ChannelRange::List(m_channelsHz));
+}
+
+void BearingsValues::show(const LoggedBearing& bearing)
+{
+    const auto channel = std::lower_bound(m_channelsHz.begin(), m_channelsHz.end(), bearing.frequencyHz);
+    if (channel == m_channelsHz.end() || *channel != bearing.frequencyHz) {
+        throw std::runtime_error("bearings: the log was changed while it was read");
+    }
+    showReceiver(bearing);
+    values::Bearing cell;
+    cell.azimuthDeg = bearing.azimuthDeg;
+    m_map->SetCell(static_cast<std::size_t>(channel - m_channelsHz.begin()), cell, bearing.time);
+}
+
+void BearingsValues::showReceiver(const LoggedBearing& bearing)
+{
+    m_frequency->SetValue(bearing.frequencyHz);
+    if (m_latitude) {
+        m_latitude->SetValue(bearing.latitudeDeg);
+        m_longitude->SetValue(bearing.longitudeDeg);
+    }
+    if (m_altitude) {
+        m_altitude->SetValue(bearing.altitudeM);
+    }
+}
+
+}  // namespace recstation

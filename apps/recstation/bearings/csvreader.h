@@ -1,0 +1,60 @@
+// Tables as CSV: records of fields out of a stream of bytes, with bounded memory.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace recstation {
+
+/// Gives bytes: how many were put into the buffer, 0 at the end.
+using CsvInput = std::function<std::size_t(char* buffer, std::size_t size)>;
+
+struct CsvRecord {
+    std::size_t line = 0;             ///< the line that it begins in, from 1
+    std::vector<std::string> fields;  ///< without quotes and the spaces around them
+    std::string problem;              ///< why the fields cannot be trusted; empty for a sound record
+};
+
+/// Fields may stand in double quotes and then hold separators, line breaks and, doubled, quotes. Lines end with CR, LF
+/// or both; blank lines are passed over, and so is a byte order mark.
+class CsvReader {
+public:
+    /// @param separator nothing: the one of ; , and tab that the first line has most of
+    CsvReader(CsvInput input, std::optional<char> separator);
+
+    /// The next record; nothing at the end. Hands on what the input throws.
+    [[nodiscard]] std::optional<CsvRecord> next();
+
+private:
+    void begin();
+    bool fill();
+    [[nodiscard]] std::optional<char> peek();
+    char take();
+    [[nodiscard]] CsvRecord readRecord();
+    void readField(CsvRecord& record);
+    void readQuoted(CsvRecord& record);
+    void readPlain(CsvRecord& record);
+    void skipSpaces();
+    [[nodiscard]] bool atFieldEnd();
+    void keep(CsvRecord& record, char c);
+    bool fits(CsvRecord& record);
+
+    CsvInput m_input;
+    std::optional<char> m_separator;
+    std::vector<char> m_buffer;
+    std::size_t m_position = 0;  // of the next unread byte in the buffer
+    std::size_t m_filled = 0;
+    std::size_t m_line = 1;
+    std::size_t m_recordBytes = 0;
+    char m_last = '\0';
+    bool m_begun = false;
+};
+
+/// The one of ; , and tab that stands most often outside quotes in a line; comma for a line without any.
+[[nodiscard]] char guessSeparator(std::string_view line);
+
+}  // namespace recstation

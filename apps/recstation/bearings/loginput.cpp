@@ -1,0 +1,55 @@
+#include "bearings/loginput.h"
+
+#include <stdexcept>
+#include <vector>
+
+#include <QFileInfo>
+
+#include "system/hostsystem.h"
+
+namespace recstation {
+
+namespace {
+
+constexpr std::size_t mostKept = 268'435'456;
+
+std::shared_ptr<const std::string> readAll(const QString& file, const std::string& name)
+{
+    constexpr std::size_t pieceSize = 65'536;
+    InterruptibleInput input(file);
+    std::vector<char> piece(pieceSize);
+    const auto bytes = std::make_shared<std::string>();
+    while (const std::size_t count = input.read(piece.data(), piece.size())) {
+        if (bytes->size() + count > mostKept) {
+            throw std::runtime_error("bearings: " + name +
+                                     " gives more than 256 MiB: store it in a file, which may have any length");
+        }
+        bytes->append(piece.data(), count);
+    }
+    return bytes;
+}
+
+}  // namespace
+
+LogInput::LogInput(const std::string& file)
+    : m_file(QString::fromStdString(file)), m_name(file == "-" ? "the standard input" : file)
+{
+    if (file == "-" || !QFileInfo(m_file).isFile()) {
+        m_kept = readAll(m_file, m_name);
+    }
+}
+
+CsvInput LogInput::open() const
+{
+    if (m_kept == nullptr) {
+        const auto input = std::make_shared<InterruptibleInput>(m_file);
+        return [input](char* buffer, std::size_t size) { return input->read(buffer, size); };
+    }
+    return [bytes = m_kept, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
+        const std::size_t count = bytes->copy(buffer, size, position);
+        position += count;
+        return count;
+    };
+}
+
+}  // namespace recstation

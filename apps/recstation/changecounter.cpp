@@ -1,0 +1,29 @@
+#include "changecounter.h"
+
+namespace recstation {
+
+void ChangeCounter::Update(void* subject, TChangeCode code)
+{
+    const auto* value = static_cast<const values::ValueBase*>(subject);
+    if (code == TChangeCode::Removed && value->QueryChange(code) == 1) {
+        --m_followed;
+        return;
+    }
+    ++m_changes;
+}
+
+void ChangeCounter::follow(const values::Tree& tree)
+{
+    if (tree.Size() == m_followed) {
+        return;
+    }
+    const QStringList paths = tree.Paths();
+    for (const QString& path : paths) {
+        if (!path.contains(QStringLiteral("/REC_"))) {
+            tree.Find(path)->AddObserver(this);
+        }
+    }
+    m_followed = tree.Size();
+}
+
+}  // namespace recstation

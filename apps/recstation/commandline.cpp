@@ -1,0 +1,179 @@
+#include "commandline.h"
+
+#include <algorithm>
+#include <map>
+
+#include <QDateTime>
+#include <QString>
+
+#include <CLI/CLI.hpp>
+
+namespace recstation {
+
+namespace {
+
+constexpr auto mainExamples = R"(
+Sources run together when several are named; without one the simulator runs.
+
+Examples:
+  recstation -o recordings                          three simulated minutes, as fast as possible
+  recstation -o recordings --speed 1 sim            the same in real time
+  recstation -o recordings feed changes.jsonl       changes made by another program
+  receiver-driver | recstation -o recordings feed   the same, live
+  recstation -o recordings bearings log.csv         a direction finder's log
+  recstation --config station.toml --record receiver sim --seed 7
+
+Exit codes: 0 all is well, 1 wrong arguments, 2 nothing could be recorded or the run broke off,
+3 it ran, but input was bad or a file was not properly written.)";
+
+constexpr auto simExamples = R"(
+A receiver that scans a band and monitors single frequencies, and a direction finder in a moving vehicle.
+The same seed, duration and start give the same recordings on every machine.
+
+Examples:
+  recstation -o recordings sim
+  recstation -o recordings sim --seed 7 --duration 10min --start 2026-03-01T08:00:00Z)";
+
+constexpr auto feedExamples = R"(
+One JSON object per line, one change of a value per object, "at" in milliseconds (doc/feed.md has it all):
+  {"at": 0, "path": "/LEVEL", "create": "number", "value": -30, "lower": -150, "upper": 50}
+  {"at": 0, "record": "On"}
+  {"at": 1500, "path": "/LEVEL", "set": -31.5}
+
+Examples:
+  recstation -o recordings feed changes.jsonl
+  receiver-driver | recstation -o recordings feed)";
+
+// Takes the text of a time option and gives microseconds to a setter.
+CLI::Option* addTimeOption(CLI::App& app, const std::string& description,
+                           const std::function<void(unsigned long long)>& set)
+{
+    return app
+        .add_option_function<std::string>(
+            "--start", [set](const std::string& text) { set(parseTime(text).value()); }, description)
+        ->type_name("TIME")
+        ->check(CLI::Validator(
+            [](std::string& text) {
+                return parseTime(text) ? std::string() : "expected a time such as 2026-03-01T08:00:00Z, found " + text;
+            },
+            ""));
+}
+
+// The parser would take a negative number as a huge one.
+std::string refuseSign(const std::string& text)
+{
+    return text.find('-') == std::string::npos ? std::string() : "expected a number from 0 on, found " + text;
+}
+
+CLI::App* addSim(CLI::App& app, SimOptions& options)
+{
+    CLI::App* sim = app.add_subcommand("sim", "Simulated receiver and direction finder");
+    sim->footer(simExamples);
+    sim->add_option("--seed", options.seed, "Number that all chance follows from")
+        ->capture_default_str()
+        ->check(CLI::Validator(refuseSign, ""));
+    const std::map<std::string, double> units = {{"s", 1}, {"min", 60}, {"h", 3600}};
+    sim->add_option("--duration", options.durationSeconds, "Recorded time, such as 90s, 3min, 1h (default: 3min)")
+        ->type_name("TIME")
+        ->transform(CLI::AsNumberWithUnit(units, CLI::AsNumberWithUnit::CASE_INSENSITIVE))
+        ->check(CLI::Range(0.0, 1e9));
+    addTimeOption(*sim, "Recorded time of the first change (default: 2026-01-01T00:00:00Z)",
+                  [&options](unsigned long long time) { options.startTime = time; });
+    return sim;
+}
+
+CLI::App* addFeed(CLI::App& app, FeedOptions& options)
+{
+    CLI::App* feed = app.add_subcommand("feed", "Changes as JSON Lines from a file or another program");
+    feed->footer(feedExamples);
+    feed->add_option("FILE", options.file, "File to read; - is the standard input")->capture_default_str();
+    addTimeOption(*feed, "Recorded time of \"at\": 0 (default: the current time)",
+                  [&options](unsigned long long time) { options.startTime = time; });
+    return feed;
+}
+
+void addCommonOptions(CLI::App& app, Options& options)
+{
+    app.add_option("-o,--output", options.output, "Directory for the recordings (default: as configured)")
+        ->type_name("DIR");
+    app.add_option("--config", options.config, "TOML file with one table per recorder (default: built in)")
+        ->type_name("FILE");
+    app.add_option("--plugin", options.plugin, "Recorder plug-in (default: the one beside this program)")
+        ->type_name("FILE");
+    app.add_option("--record", options.recorders,
+                   "Recorder to switch on, may be given repeatedly (default: those that suit the sources)")
+        ->type_name("NAME")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    constexpr double slowest = 1e-3;
+    constexpr double fastest = 1e9;
+    app.add_option("--speed", options.speed, "Recorded seconds per second (default: as fast as possible)")
+        ->type_name("NUMBER")
+        ->check(CLI::Range(slowest, fastest));
+    app.add_flag("--json", options.json, "Write the closing summary as JSON");
+    app.add_flag("-q,--quiet", options.quiet, "Show no progress");
+    app.add_flag("--trace", options.trace, "Show the recorder's own traces");
+}
+
+}  // namespace
+
+std::optional<unsigned long long> parseTime(const std::string& text)
+{
+    QDateTime time = QDateTime::fromString(QString::fromStdString(text), Qt::ISODateWithMs);
+    if (!time.isValid()) {
+        return std::nullopt;
+    }
+    if (time.timeSpec() == Qt::LocalTime) {
+        time.setTimeSpec(Qt::UTC);
+    }
+    const qint64 milliseconds = time.toMSecsSinceEpoch();
+    if (milliseconds < 0) {
+        return std::nullopt;
+    }
+    constexpr unsigned long long microsecondsPerMillisecond = 1000;
+    return static_cast<unsigned long long>(milliseconds) * microsecondsPerMillisecond;
+}
+
+CommandLine parseCommandLine(const std::vector<std::string>& arguments)
+{
+    Options options;
+    SimOptions sim;
+    FeedOptions feed;
+    CLI::App app("Records a receiver through the recorder plug-in.", "recstation");
+    app.footer(mainExamples);
+    app.fallthrough();
+    app.require_subcommand(0, 0);
+    addCommonOptions(app, options);
+    const CLI::App* simCommand = addSim(app, sim);
+    const CLI::App* feedCommand = addFeed(app, feed);
+    BearingsOptions bearings;
+    CLI::App* bearingsCommand = app.add_subcommand("bearings", "A direction finder's log as CSV");
+    addBearingsOptions(*bearingsCommand, bearings);
+#if defined(RECSTATION_HAS_IQ)
+    IqOptions iq;
+    CLI::App* iqCommand = app.add_subcommand("iq", "IQ samples from a file");
+    addIqOptions(*iqCommand, iq);
+#endif
+    try {
+        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    } catch (const CLI::ParseError& error) {
+        return {std::nullopt, app.exit(error) == 0 ? ExitCode::Success : ExitCode::Usage};
+    }
+    if (*feedCommand) {
+        options.feed = feed;
+    }
+    if (*bearingsCommand) {
+        options.bearings = bearings;
+    }
+#if defined(RECSTATION_HAS_IQ)
+    if (*iqCommand) {
+        options.iq = iq;
+    }
+#endif
+    if (*simCommand || app.get_subcommands().empty()) {
+        options.sim = sim;
+    }
+    return {options, ExitCode::Success};
+}
+
+}  // namespace recstation

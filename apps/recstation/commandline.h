@@ -1,0 +1,49 @@
+// The command line of recstation.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "bearings/bearingssource.h"
+#include "options.h"
+#if defined(RECSTATION_HAS_IQ)
+#include "iq/iqsource.h"
+#endif
+
+namespace recstation {
+
+/// All texts are UTF-8.
+struct Options {
+    std::string plugin;                  ///< empty: the one beside the program
+    std::string config;                  ///< empty: the built-in configuration
+    std::string output;                  ///< empty: as configured
+    std::vector<std::string> recorders;  ///< to switch on; empty: those that suit the sources
+    std::optional<double> speed;         ///< nothing: as fast as possible
+    bool json = false;
+    bool quiet = false;
+    bool trace = false;
+
+    // The sources to run; the simulator when none is named.
+    std::optional<SimOptions> sim;
+    std::optional<FeedOptions> feed;
+    std::optional<BearingsOptions> bearings;
+#if defined(RECSTATION_HAS_IQ)
+    std::optional<IqOptions> iq;
+#endif
+};
+
+/// The options, or the exit code when the program has nothing to do: help was shown, or the arguments are wrong and
+/// the reason was written to the standard error output.
+struct CommandLine {
+    std::optional<Options> options;
+    ExitCode exitCode = ExitCode::Success;
+};
+
+/// @param arguments UTF-8, without the program name
+[[nodiscard]] CommandLine parseCommandLine(const std::vector<std::string>& arguments);
+
+/// Microseconds since 1970 UTC of an ISO 8601 text; a time without a zone is UTC.
+[[nodiscard]] std::optional<unsigned long long> parseTime(const std::string& text);
+
+}  // namespace recstation

@@ -1,0 +1,159 @@
+#include "configuration.h"
+
+#include <array>
+#include <memory>
+#include <stdexcept>
+
+#include <startup/cfgcenter.h>
+
+namespace recstation {
+
+namespace {
+
+constexpr auto view = CfgCenter::View::Instance;
+
+constexpr std::array knownKeys = {"ValuePath",     "StatusValuePath",       "RecordingPath", "RecFileNameFormat83",
+                                  "MaxFileLength", "FileExpandingSize",     "Values",        "DiskExpandingSize",
+                                  "RecordDF",      "RecordingNameLocalTime"};
+
+bool isKnown(const QString& key)
+{
+    for (const char* known : knownKeys) {
+        if (key == QLatin1String(known)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+QString tomlString(const QString& text)
+{
+    QString quoted = QStringLiteral("\"");
+    for (const QChar c : text) {
+        if (c == QLatin1Char('"') || c == QLatin1Char('\\')) {
+            quoted += QLatin1Char('\\');
+            quoted += c;
+        } else if (c < QLatin1Char(' ') || c == QChar(0x7F)) {
+            quoted += QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0'));
+        } else {
+            quoted += c;
+        }
+    }
+    return quoted + QLatin1Char('"');
+}
+
+// The recorder falls back in the same way, oddities included.
+void applyFallbacks(Instance& instance)
+{
+    if (instance.valuePath.isEmpty()) {
+        instance.valuePath = QStringLiteral("/Devices/NoName_Driver");
+    }
+    if (instance.statusValuePath.isEmpty()) {
+        instance.valuePath = QStringLiteral("/Devices/RecStatus");
+    }
+}
+
+// Reads what the recorder will read, so that a wrong type is reported before anything starts.
+void checkTypesOfOtherKeys(const ICfg& cfg)
+{
+    static_cast<void>(cfg.ReadBoolean(QStringLiteral("RecFileNameFormat83"), false));
+    static_cast<void>(cfg.ReadInteger(QStringLiteral("MaxFileLength"), 0));
+    static_cast<void>(cfg.ReadInteger(QStringLiteral("FileExpandingSize"), 0));
+    static_cast<void>(cfg.ReadString(QStringLiteral("DiskExpandingSize"), QString()));
+    static_cast<void>(cfg.ReadBoolean(QStringLiteral("RecordingNameLocalTime"), false));
+    const std::unique_ptr<ICfg> values(cfg.OpenSection(QStringLiteral("Values"), view));
+    if (values == nullptr) {
+        return;
+    }
+    for (std::int32_t i = 0; !values->KeyName(i).isEmpty(); ++i) {
+        static_cast<void>(values->ReadString(values->KeyName(i), QString()));
+    }
+}
+
+Instance readInstance(const QString& name, QStringList& warnings)
+{
+    const std::unique_ptr<ICfg> cfg(CfgCenter::CreateCfg(name, view, QString()));
+    Instance instance;
+    instance.name = name;
+    instance.valuePath = cfg->ReadString(QStringLiteral("ValuePath"), QString());
+    instance.statusValuePath = cfg->ReadString(QStringLiteral("StatusValuePath"), QStringLiteral("/DEVICES/RECSTATUS"));
+    instance.recordingPath = cfg->ReadString(QStringLiteral("RecordingPath"), QString());
+    instance.directionFinding = cfg->ReadBoolean(QStringLiteral("RecordDF"), false);
+    checkTypesOfOtherKeys(*cfg);
+    for (std::int32_t i = 0; !cfg->KeyName(i).isEmpty(); ++i) {
+        if (!isKnown(cfg->KeyName(i))) {
+            warnings +=
+                QStringLiteral("key \"%1\" of recorder \"%2\" means nothing and is ignored").arg(cfg->KeyName(i), name);
+        }
+    }
+    applyFallbacks(instance);
+    return instance;
+}
+
+void refuseSharedPath(const Instance& one, const Instance& other, QString Instance::*path, const char* key,
+                      const QString& fileName)
+{
+    if (one.*path != other.*path) {
+        return;
+    }
+    const QString sentence =
+        QStringLiteral(
+            "%1: recorders \"%2\" and \"%3\" share the %4 \"%5\"; give each its own, so that their status "
+            "values do not mix")
+            .arg(fileName, one.name, other.name, QLatin1String(key), one.*path);
+    throw std::runtime_error(sentence.toStdString());
+}
+
+Configuration check(const QString& fileName)
+{
+    Configuration configuration;
+    for (const QString& name : CfgCenter::InstanceNames()) {
+        configuration.instances.push_back(readInstance(name, configuration.warnings));
+    }
+    if (configuration.instances.empty()) {
+        throw std::runtime_error(fileName.toStdString() +
+                                 ": no recorder is configured; a table such as [receiver] "
+                                 "makes one");
+    }
+    for (std::size_t i = 0; i < configuration.instances.size(); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            const Instance& one = configuration.instances[j];
+            const Instance& other = configuration.instances[i];
+            refuseSharedPath(one, other, &Instance::valuePath, "ValuePath", fileName);
+            refuseSharedPath(one, other, &Instance::statusValuePath, "StatusValuePath", fileName);
+        }
+    }
+    return configuration;
+}
+
+}  // namespace
+
+QString defaultConfigurationText(const QString& recordingPath)
+{
+    return QStringLiteral(
+               "[receiver]\n"
+               "ValuePath = \"/Devices/Rx1\"\n"
+               "StatusValuePath = \"/Devices/Rx1Status\"\n"
+               "RecordingPath = %1\n"
+               "\n"
+               "[df]\n"
+               "ValuePath = \"/Devices/Df1\"\n"
+               "StatusValuePath = \"/Devices/Df1Status\"\n"
+               "RecordingPath = %1\n"
+               "RecordDF = true\n")
+        .arg(tomlString(recordingPath));
+}
+
+Configuration loadConfigurationFile(const QString& path)
+{
+    CfgCenter::LoadFile(path);
+    return check(path);
+}
+
+Configuration loadConfigurationText(const QString& text, const QString& fileName)
+{
+    CfgCenter::LoadText(text, fileName);
+    return check(fileName);
+}
+
+}  // namespace recstation

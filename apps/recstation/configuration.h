@@ -1,0 +1,34 @@
+// The recorder instances that the host runs, and the check of their configuration.
+#pragma once
+
+#include <vector>
+
+#include <QString>
+#include <QStringList>
+
+namespace recstation {
+
+/// One recorder instance as the plug-in will read it.
+struct Instance {
+    QString name;
+    QString valuePath;        ///< as it will be in force, after the recorder's fallbacks
+    QString statusValuePath;  ///< likewise; may be empty
+    QString recordingPath;    ///< as configured; empty when it is not
+    bool directionFinding = false;
+};
+
+struct Configuration {
+    std::vector<Instance> instances;
+    QStringList warnings;  ///< one sentence each
+};
+
+/// The configuration without a file: "receiver" at /Devices/Rx1 and "df", a direction finder, at /Devices/Df1.
+[[nodiscard]] QString defaultConfigurationText(const QString& recordingPath);
+
+/// Loads the file into the configuration centre and checks every instance.
+/// @throws std::runtime_error with file, line and key where known
+[[nodiscard]] Configuration loadConfigurationFile(const QString& path);
+/// The same from text; fileName is used in messages only.
+[[nodiscard]] Configuration loadConfigurationText(const QString& text, const QString& fileName);
+
+}  // namespace recstation

@@ -1,0 +1,69 @@
+// One line of a feed: what it says, before it meets the value tree. doc/feed.md describes the lines.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include <QString>
+
+#include <values/maps.h>
+
+namespace recstation {
+
+/// A line that cannot be used; the text says what is wrong and what was expected.
+class FeedError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+struct FeedItem {
+    QString name;
+    double value = 0;
+    std::int32_t key = 0;
+};
+
+/// Nothing measured, a level or a bearing.
+using FeedCell = std::variant<std::monostate, double, values::Bearing>;
+
+/// A new state of some properties of a value; those that are not set stay.
+struct FeedChange {
+    std::optional<std::variant<bool, double, QString>> value;
+    std::optional<double> lower;
+    std::optional<double> upper;
+    std::optional<double> offset;
+    std::vector<FeedItem> addItems;
+    std::optional<QString> deleteItem;
+    std::optional<std::variant<QString, std::int32_t>> select;  ///< by name or by key
+    std::optional<values::ChannelRange> range;
+    std::optional<std::vector<FeedCell>> cells;
+    std::size_t firstCell = 0;
+    std::optional<unsigned long long> ownTimeUs;  ///< on the feed's clock
+};
+
+enum class FeedKind : std::uint8_t { Bool, Text, Number, Selection, Levels, Bearings };
+
+struct FeedCreate {
+    FeedKind kind = FeedKind::Bool;
+    FeedChange initial;
+};
+struct FeedRemove {};
+struct FeedRecord {
+    bool on = false;
+    QString recorder;  ///< empty: the first one
+};
+
+struct FeedLine {
+    unsigned long long atUs = 0;  ///< on the feed's clock
+    QString path;                 ///< empty for a recorder command
+    std::variant<FeedChange, FeedCreate, FeedRemove, FeedRecord> action;
+};
+
+/// @param text one line, UTF-8
+/// @throws FeedError
+[[nodiscard]] FeedLine parseFeedLine(const std::string& text);
+
+}  // namespace recstation

@@ -1,0 +1,124 @@
+#include "feedsource.h"
+
+#include <utility>
+
+#include <QDateTime>
+
+#include <values/tree.h>
+#include <vkbase/vkexception.h>
+
+#include "../system/hostsystem.h"
+#include "feedapply.h"
+
+namespace recstation {
+
+namespace {
+
+// A level map of a million channels fits.
+constexpr std::size_t longestLine = std::size_t{16} * 1024 * 1024;
+
+bool isBlank(const std::string& line)
+{
+    return line.find_first_not_of(" \t\r") == std::string::npos;
+}
+
+}  // namespace
+
+FeedSource::FeedSource(std::function<ByteInput()> open, unsigned long long startTime, FeedHost host)
+    : m_open(std::move(open)), m_startTime(startTime), m_host(std::move(host))
+{
+}
+
+QString FeedSource::name() const
+{
+    return QStringLiteral("feed");
+}
+
+void FeedSource::prepare()
+{
+    m_lines = std::make_unique<LineReader>(m_open(), longestLine);
+}
+
+std::optional<unsigned long long> FeedSource::nextTime()
+{
+    while (!m_pending) {
+        const LineReader::Result result = m_lines->next();
+        // A line that the wish to stop cut short is none.
+        if (result == LineReader::Result::End || StopSignal::requested()) {
+            return std::nullopt;
+        }
+        take(result);
+    }
+    return m_startTime + m_pending->atUs;
+}
+
+void FeedSource::take(LineReader::Result result)
+{
+    if (result == LineReader::Result::TooLong) {
+        reportBadLine(QStringLiteral("longer than %1 bytes").arg(longestLine));
+    } else if (isBlank(m_lines->line())) {
+        ++m_report.skipped;
+    } else {
+        try {
+            accept(parseFeedLine(m_lines->line()));
+        } catch (const FeedError& error) {
+            reportBadLine(QString::fromUtf8(error.what()));
+        }
+    }
+}
+
+void FeedSource::accept(FeedLine line)
+{
+    if (line.atUs < m_lastAtUs) {
+        constexpr double microsecondsPerMillisecond = 1000;
+        const double last = static_cast<double>(m_lastAtUs) / microsecondsPerMillisecond;
+        throw FeedError("\"at\" goes backwards: expected " + QString::number(last, 'g', 15).toStdString() +
+                        " or later");
+    }
+    m_lastAtUs = line.atUs;
+    m_pending = std::move(line);
+}
+
+void FeedSource::reportBadLine(const QString& problem)
+{
+    ++m_report.bad;
+    m_host.report(QStringLiteral("feed line %1: %2").arg(m_lines->number()).arg(problem));
+}
+
+void FeedSource::step()
+{
+    const FeedLine line = std::move(*m_pending);
+    m_pending.reset();
+    try {
+        apply(line);
+        ++m_report.used;
+    } catch (const FeedError& error) {
+        reportBadLine(QString::fromUtf8(error.what()));
+    } catch (const VKException& error) {
+        reportBadLine(QString::fromUtf8(error.what()));
+    }
+}
+
+void FeedSource::apply(const FeedLine& line)
+{
+    const auto* record = std::get_if<FeedRecord>(&line.action);
+    if (record == nullptr) {
+        applyFeedLine(*values::Tree::Instance(), line, m_startTime);
+    } else if (!m_host.switchRecorder(record->recorder, record->on)) {
+        throw FeedError("there is no recorder \"" + record->recorder.toStdString() + "\"");
+    }
+}
+
+std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, FeedHost host)
+{
+    constexpr unsigned long long microsecondsPerMillisecond = 1000;
+    const auto now = static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * microsecondsPerMillisecond;
+    const QString file = QString::fromStdString(options.file);
+    auto open = [file]() -> ByteInput {
+        const auto input = std::make_shared<InterruptibleInput>(file);
+        return [input](char* buffer, std::size_t size) { return input->read(buffer, size); };
+    };
+    return std::make_unique<FeedSource>(std::move(open), options.startTime.value_or(now), std::move(host));
+}
+
+}  // namespace recstation

@@ -1,0 +1,56 @@
+// The source "feed": changes as JSON Lines, one object a line, from a file or another program.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include <QString>
+
+#include "../options.h"
+#include "../source.h"
+#include "feedline.h"
+#include "linereader.h"
+
+namespace recstation {
+
+/// What a feed asks of the host.
+struct FeedHost {
+    /// Switches the recorder of the name (empty: the first) on or off; false when there is none of that name.
+    std::function<bool(const QString& name, bool on)> switchRecorder;
+    /// Takes one sentence about a bad line.
+    std::function<void(const QString& sentence)> report;
+};
+
+/// Bad lines are reported with their number, counted and passed over. Needs the value tree in force.
+class FeedSource final : public Source {
+public:
+    /// @param open called once by prepare
+    /// @param startTime microseconds since 1970 UTC of the feed's time 0
+    FeedSource(std::function<ByteInput()> open, unsigned long long startTime, FeedHost host);
+
+    [[nodiscard]] QString name() const override;
+    void prepare() override;
+    [[nodiscard]] std::optional<unsigned long long> nextTime() override;
+    void step() override;
+    [[nodiscard]] SourceReport report() const override { return m_report; }
+
+private:
+    void take(LineReader::Result result);
+    void accept(FeedLine line);
+    void reportBadLine(const QString& problem);
+    void apply(const FeedLine& line);
+
+    std::function<ByteInput()> m_open;
+    unsigned long long m_startTime;
+    FeedHost m_host;
+    std::unique_ptr<LineReader> m_lines;
+    std::optional<FeedLine> m_pending;  // read, not yet carried out
+    unsigned long long m_lastAtUs = 0;
+    SourceReport m_report;
+};
+
+/// The feed from the file or the standard input that the options name.
+[[nodiscard]] std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, FeedHost host);
+
+}  // namespace recstation

@@ -1,0 +1,40 @@
+// Lines out of a stream of bytes, with bounded memory.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace recstation {
+
+/// Gives bytes: how many were put into the buffer, 0 at the end.
+using ByteInput = std::function<std::size_t(char* buffer, std::size_t size)>;
+
+class LineReader {
+public:
+    enum class Result : std::uint8_t { Line, TooLong, End };
+
+    /// @param longestLine bytes; a longer line is passed over as a whole
+    LineReader(ByteInput input, std::size_t longestLine);
+
+    /// Reads the next line; the last one may lack its line feed. Hands on what the input throws.
+    Result next();
+    [[nodiscard]] const std::string& line() const { return m_line; }  ///< without line feed; after Result::Line
+    [[nodiscard]] std::size_t number() const { return m_number; }     ///< of the line just read, from 1
+
+private:
+    bool fill();
+    void keep(std::size_t end);
+
+    ByteInput m_input;
+    std::size_t m_longestLine;
+    std::vector<char> m_buffer;
+    std::size_t m_position = 0;  // of the next unread byte in the buffer
+    std::size_t m_filled = 0;
+    std::size_t m_number = 0;
+    std::string m_line;
+    bool m_tooLong = false;
+};
+
+}  // namespace recstation

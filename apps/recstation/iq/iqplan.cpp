@@ -1,0 +1,182 @@
+#include "iq/iqplan.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+#include <QDateTime>
+#include <QFileInfo>
+
+#include "iq/isotime.h"
+#include "iq/sigmf.h"
+
+namespace recstation {
+
+namespace {
+
+constexpr std::size_t smallestFft = 16;
+constexpr std::size_t largestFft = 1'048'576;
+constexpr std::size_t largestAverage = 1'000'000;
+constexpr double largestOverlapPercent = 95;
+constexpr double highestRateHz = 1e12;
+constexpr double highestCentreHz = 1e15;
+
+[[noreturn]] void fail(const std::string& sentence)
+{
+    throw std::runtime_error("iq: " + sentence);
+}
+
+/// The samples and, where there is one, the metadata file beside them. Either of the two may be named.
+struct Files {
+    QString samples;
+    QString metadata;
+    bool hasMetadata = false;
+};
+
+Files findFiles(const std::string& file)
+{
+    const QString name = QString::fromStdString(file);
+    if (name == QLatin1String("-")) {
+        return {name, QString(), false};
+    }
+    const QFileInfo info(name);
+    const QString stem = info.path() + QLatin1Char('/') + info.completeBaseName();
+    const QString metadata = stem + QStringLiteral(".sigmf-meta");
+    const QString samples = info.suffix() == QLatin1String("sigmf-meta") ? stem + QStringLiteral(".sigmf-data") : name;
+    return {samples, metadata, QFileInfo::exists(metadata)};
+}
+
+void checkSamplesExist(const Files& files)
+{
+    if (files.samples == QLatin1String("-")) {
+        return;
+    }
+    const QFileInfo info(files.samples);
+    if (!info.exists()) {
+        fail("there is no file " + files.samples.toStdString());
+    }
+    if (info.isDir()) {
+        fail(files.samples.toStdString() + " is a directory, not a file of samples");
+    }
+}
+
+/// Where to turn when something is not known.
+std::string remedy(const std::string& option, const Files& files, const std::string& key)
+{
+    if (files.metadata.isEmpty()) {
+        return "give " + option;
+    }
+    return "give " + option + ", or " + key + " in " + files.metadata.toStdString();
+}
+
+SampleFormat chooseFormat(const IqOptions& options, const Files& files, const SigMfMetadata& metadata)
+{
+    const std::string& name = options.format.empty() ? metadata.dataType : options.format;
+    const auto format = name.empty()
+                            ? sampleFormatBySuffix("." + QFileInfo(files.samples).suffix().toLower().toStdString())
+                            : sampleFormatByName(name);
+    if (format) {
+        return *format;
+    }
+    if (name.empty()) {
+        fail("the format of the samples in " + files.samples.toStdString() +
+             " is not known: " + remedy("--format cu8, ci16_le or cf32_le", files, "core:datatype"));
+    }
+    fail("the sample format \"" + name + "\" is not supported, only cu8, ci16_le and cf32_le are");
+}
+
+double chooseRate(const IqOptions& options, const Files& files, const SigMfMetadata& metadata)
+{
+    const auto rate = options.rateHz ? options.rateHz : metadata.rateHz;
+    if (!rate) {
+        fail("the sample rate is not known: " + remedy("--rate", files, "core:sample_rate"));
+    }
+    if (!(*rate > 0 && *rate <= highestRateHz)) {
+        fail("the sample rate must be above 0 and at most 1e12 samples a second");
+    }
+    return *rate;
+}
+
+double chooseCentre(const IqOptions& options, const Files& files, const SigMfMetadata& metadata)
+{
+    const auto centre = options.centreHz ? options.centreHz : metadata.centreHz;
+    if (!centre) {
+        fail("the centre frequency is not known: " + remedy("--centre", files, "core:frequency"));
+    }
+    if (!(std::abs(*centre) <= highestCentreHz)) {
+        fail("the centre frequency must be a number of Hz up to 1e15");
+    }
+    return *centre;
+}
+
+unsigned long long chooseStart(const IqOptions& options, const SigMfMetadata& metadata)
+{
+    if (!options.start.empty()) {
+        const auto time = parseIsoTime(options.start);
+        if (!time) {
+            fail("--start " + options.start + " is not a time such as 2026-11-21T08:30:00.25Z");
+        }
+        return *time;
+    }
+    if (metadata.startTime) {
+        return *metadata.startTime;
+    }
+    return static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * 1000;
+}
+
+/// Records of a file are at least a millisecond apart: so many FFTs that a spectrum and its level find room for their
+/// two records, and the delay by the records of the initial states is soon made up.
+std::size_t averageForRecordTimes(double rateHz, std::size_t advance)
+{
+    constexpr double secondsPerSpectrum = 0.004;
+    const double ffts = std::ceil(secondsPerSpectrum * rateHz / static_cast<double>(advance));
+    return static_cast<std::size_t>(std::clamp(ffts, 1.0, static_cast<double>(largestAverage)));
+}
+
+void planSpectra(const IqOptions& options, IqPlan& plan)
+{
+    plan.fftSize = options.fftSize;
+    if (plan.fftSize < smallestFft || plan.fftSize > largestFft || plan.fftSize % 2 != 0) {
+        fail("the FFT size must be an even number from 16 to 1048576");
+    }
+    const auto window = windowByName(options.window);
+    if (!window) {
+        fail("the window \"" + options.window + "\" is not known, only flattop, hann and blackman-harris are");
+    }
+    plan.window = *window;
+    if (!(options.overlapPercent >= 0 && options.overlapPercent <= largestOverlapPercent)) {
+        fail("the overlap must be 0 to 95 percent");
+    }
+    const double notShared = 1 - options.overlapPercent / 100;
+    plan.advance = static_cast<std::size_t>(std::max(1.0, std::round(static_cast<double>(plan.fftSize) * notShared)));
+    if (options.average > largestAverage) {
+        fail("at most 1000000 FFTs can be averaged to a spectrum");
+    }
+    plan.average = options.average > 0 ? options.average : averageForRecordTimes(plan.rateHz, plan.advance);
+    if (options.spectrum != "rf" && options.spectrum != "if") {
+        fail("--as must be rf or if");
+    }
+    plan.ifSpectrum = options.spectrum == "if";
+}
+
+}  // namespace
+
+IqPlan makeIqPlan(const IqOptions& options)
+{
+    const Files files = findFiles(options.file);
+    checkSamplesExist(files);
+    SigMfMetadata metadata;
+    if (files.hasMetadata) {
+        metadata = readSigMf(files.metadata);
+    }
+    IqPlan plan;
+    plan.file = files.samples;
+    plan.format = chooseFormat(options, files, metadata);
+    plan.rateHz = chooseRate(options, files, metadata);
+    plan.centreHz = chooseCentre(options, files, metadata);
+    plan.startTime = chooseStart(options, metadata);
+    planSpectra(options, plan);
+    return plan;
+}
+
+}  // namespace recstation

@@ -1,0 +1,102 @@
+#include "iq/iqsource.h"
+
+#include <cmath>
+#include <utility>
+
+#include <QLoggingCategory>
+
+#include "iq/frames.h"
+#include "iq/iqplan.h"
+#include "iq/iqvalues.h"
+#include "system/hostsystem.h"
+
+namespace recstation {
+
+namespace {
+
+Q_LOGGING_CATEGORY(iqLog, "recstation.iq")
+
+SampleInput openInput(const QString& file)
+{
+    const auto input = std::make_shared<InterruptibleInput>(file);
+    return [input](char* buffer, std::size_t size) { return input->read(buffer, size); };
+}
+
+class IqSource final : public Source {
+public:
+    IqSource(IqOptions options, IqReport report) : m_options(std::move(options)), m_report(std::move(report)) {}
+
+    [[nodiscard]] QString name() const override { return QStringLiteral("iq"); }
+    void prepare() override;
+    [[nodiscard]] std::optional<unsigned long long> nextTime() override;
+    void step() override;
+    [[nodiscard]] SourceReport report() const override;
+
+private:
+    [[nodiscard]] unsigned long long timeOf(const IqFrame& frame) const;
+
+    IqOptions m_options;
+    IqReport m_report;
+    IqPlan m_plan;
+    std::unique_ptr<FrameReader> m_frames;
+    std::unique_ptr<IqValues> m_values;
+    std::optional<IqFrame> m_pending;  // read, not yet shown
+    std::uint64_t m_shown = 0;
+};
+
+void IqSource::prepare()
+{
+    m_plan = makeIqPlan(m_options);
+    m_frames = std::make_unique<FrameReader>(m_plan, openInput(m_plan.file), m_report);
+    m_pending = m_frames->next();
+    if (!m_pending) {
+        const std::string file = m_plan.file == QLatin1String("-") ? "the standard input" : m_plan.file.toStdString();
+        throw std::runtime_error("iq: " + file +
+                                 (m_frames->samplesRead() == 0 ? " holds no samples" : " holds no whole spectrum"));
+    }
+    m_values = std::make_unique<IqValues>(m_plan, m_options.valuePath);
+}
+
+std::optional<unsigned long long> IqSource::nextTime()
+{
+    if (!m_pending) {
+        m_pending = m_frames->next();
+    }
+    return m_pending ? std::optional(timeOf(*m_pending)) : std::nullopt;
+}
+
+void IqSource::step()
+{
+    m_values->show(*m_pending, timeOf(*m_pending));
+    m_pending.reset();
+    ++m_shown;
+}
+
+SourceReport IqSource::report() const
+{
+    if (m_frames == nullptr) {
+        return {};
+    }
+    return {m_shown, m_frames->skipped(), m_frames->bad()};
+}
+
+unsigned long long IqSource::timeOf(const IqFrame& frame) const
+{
+    constexpr double microsecondsPerSecond = 1e6;
+    const double sinceStart = static_cast<double>(frame.firstSample) / m_plan.rateHz * microsecondsPerSecond;
+    return m_plan.startTime + static_cast<unsigned long long>(std::llround(sinceStart));
+}
+
+}  // namespace
+
+void logIqReport(const QString& sentence)
+{
+    qCWarning(iqLog).noquote() << sentence;
+}
+
+std::unique_ptr<Source> makeIqSource(const IqOptions& options, IqReport report)
+{
+    return std::make_unique<IqSource>(options, std::move(report));
+}
+
+}  // namespace recstation

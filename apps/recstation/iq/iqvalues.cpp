@@ -1,0 +1,103 @@
+#include "iq/iqvalues.h"
+
+#include <cmath>
+#include <memory>
+#include <stdexcept>
+
+#include <QFileInfo>
+
+#include <values/selection.h>
+
+namespace recstation {
+
+namespace {
+
+constexpr std::int32_t panoramaScanKey = 5;
+constexpr std::int32_t fixedFrequencyKey = 23;
+
+// What a display shows at first: from below the noise of 16-bit samples up to full scale.
+constexpr double lowestShownDb = -140;
+constexpr double highestShownDb = 0;
+
+template <typename T>
+void attach(values::ValuePtr<T>& value, const QString& path)
+{
+    value.Attach(path);
+    const values::Tree* tree = values::Tree::Instance();
+    if (tree == nullptr || tree->Find(path) != value.get()) {
+        throw std::runtime_error("iq: the value " + path.toStdString() + " is already there as another kind of value");
+    }
+}
+
+void setNumber(const QString& path, double number)
+{
+    values::ValuePtr<values::ValueNumeric<double>> value;
+    attach(value, path);
+    value->SetValue(number);
+}
+
+void setText(const QString& path, const QString& text)
+{
+    values::ValuePtr<values::Value<QString>> value;
+    attach(value, path);
+    value->SetValue(text);
+}
+
+void setFrequency(const QString& path, double frequencyHz)
+{
+    values::ValuePtr<values::ValueNumericWithOffset<double>> value;
+    attach(value, path);
+    value->SetValue(frequencyHz);
+}
+
+void select(const QString& path, const QString& name, double number, std::int32_t key)
+{
+    values::ValuePtr<values::ValueSelection> value;
+    attach(value, path);
+    value->AddItem(std::make_unique<values::SelectionItem>(name, number, key).release());
+    value->Select(name);
+}
+
+QString deviceName(const IqPlan& plan)
+{
+    return plan.file == QLatin1String("-") ? QStringLiteral("IQ input") : QFileInfo(plan.file).completeBaseName();
+}
+
+}  // namespace
+
+IqValues::IqValues(const IqPlan& plan, const QString& valuePath)
+{
+    const QString scan = valuePath + QStringLiteral("/Scn/");
+    const double startHz = plan.centreHz - plan.rateHz / 2;
+    const double stepHz = plan.rateHz / static_cast<double>(plan.fftSize);
+    setText(valuePath + QStringLiteral("/Adm/DRIVERNAME"), deviceName(plan));
+    setText(valuePath + QStringLiteral("/Adm/DEVICE_TYPE"),
+            QStringLiteral("IQ samples %1").arg(QLatin1String(sampleFormatName(plan.format))));
+    if (plan.ifSpectrum) {
+        select(valuePath + QStringLiteral("/Gen/DRVCOMMANDS"), QStringLiteral("Fixed frequency"), fixedFrequencyKey,
+               fixedFrequencyKey);
+    } else {
+        select(valuePath + QStringLiteral("/Gen/DRVCOMMANDS"), QStringLiteral("Panorama scan"), panoramaScanKey,
+               panoramaScanKey);
+    }
+    setFrequency(QStringLiteral("/FREQUENCY"), plan.centreHz);
+    select(QStringLiteral("/IFSPAN"), QStringLiteral("%1 kHz").arg(plan.rateHz / 1000), plan.rateHz, 0);
+    setNumber(scan + QStringLiteral("StartFreq"), startHz);
+    setNumber(scan + QStringLiteral("StopFreq"), plan.centreHz + plan.rateHz / 2);
+    setNumber(scan + QStringLiteral("StepFreq"), stepHz);
+    setNumber(scan + QStringLiteral("StartLevel"), lowestShownDb);
+    setNumber(scan + QStringLiteral("StopLevel"), highestShownDb);
+    attach(m_level, QStringLiteral("/LEVEL"));
+    attach(m_spectrum, plan.ifSpectrum ? QStringLiteral("/IfMapping") : scan + QStringLiteral("RfSpectrum"));
+    m_spectrum->SetChannelRange(values::ChannelRange::Even(startHz, stepHz, plan.fftSize));
+}
+
+void IqValues::show(const IqFrame& frame, unsigned long long time)
+{
+    // The spectrum first: a recorder takes over its time for the plain values that follow.
+    m_spectrum->SetCells(0, frame.levelsDb, time);
+    // To 0.01 dB like the spectrum's cells; more digits say nothing.
+    m_level->SetValue(std::round(frame.levelDb * 100) / 100);
+}
+
+}  // namespace recstation

@@ -1,0 +1,65 @@
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include <QCoreApplication>
+#include <QTextCodec>
+
+#include "commandline.h"
+#include "progress.h"
+#include "station.h"
+#include "summary.h"
+#include "system/hostsystem.h"
+
+namespace {
+
+using recstation::ExitCode;
+
+std::vector<std::string> argumentsInUtf8()
+{
+    std::vector<std::string> arguments;
+    for (const QString& argument : QCoreApplication::arguments().mid(1)) {
+        arguments.push_back(argument.toStdString());
+    }
+    return arguments;
+}
+
+void writeSummary(const recstation::Summary& summary, bool json, recstation::Messages& messages)
+{
+    for (const QString& remark : summary.remarks()) {
+        messages.message(remark);
+    }
+    const std::string text = json ? summary.json() : summary.fileLines().toStdString();
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
+        messages.message(QStringLiteral("cannot write the summary to the standard output"));
+    }
+}
+
+ExitCode runProgram(const recstation::Options& options)
+{
+    recstation::Messages messages(recstation::standardErrorIsTerminal(), options.quiet);
+    try {
+        recstation::Station station(options, messages);
+        const recstation::Summary summary = station.run();
+        writeSummary(summary, options.json, messages);
+        return summary.exitCode();
+    } catch (const std::exception& error) {
+        messages.message(QString::fromUtf8(error.what()));
+        return ExitCode::CannotRun;
+    }
+}
+
+}  // namespace
+
+int main(int argc, char* argv[])
+{
+#if !defined(_WIN32)
+    // File names are UTF-8 whatever the locale says, as the recorder takes them.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+#endif
+    const QCoreApplication application(argc, argv);
+    const recstation::CommandLine commandLine = recstation::parseCommandLine(argumentsInUtf8());
+    const ExitCode code = commandLine.options ? runProgram(*commandLine.options) : commandLine.exitCode;
+    return static_cast<int>(code);
+}

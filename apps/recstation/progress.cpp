@@ -1,0 +1,120 @@
+#include "progress.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+#include <QStringList>
+
+namespace recstation {
+
+namespace {
+
+constexpr qint64 terminalIntervalMs = 200;
+constexpr qint64 plainIntervalMs = 5'000;
+
+void writeToStandardError(const QString& text)
+{
+    const QByteArray bytes = text.toUtf8();
+    // Nobody is left to be told when this fails.
+    static_cast<void>(std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr));
+    static_cast<void>(std::fflush(stderr));
+}
+
+}  // namespace
+
+QString byteText(std::int64_t bytes)
+{
+    constexpr double step = 1000;
+    constexpr std::array units = {"kB", "MB", "GB", "TB"};
+    if (bytes < static_cast<std::int64_t>(step)) {
+        return QStringLiteral("%1 bytes").arg(bytes);
+    }
+    double amount = static_cast<double>(bytes) / step;
+    std::size_t unit = 0;
+    while (amount >= step && unit + 1 < units.size()) {
+        amount /= step;
+        ++unit;
+    }
+    return QStringLiteral("%1 %2").arg(amount, 0, 'f', 1).arg(QLatin1String(units[unit]));
+}
+
+QString durationText(unsigned long long milliseconds)
+{
+    constexpr unsigned long long perMinute = 60'000;
+    constexpr unsigned long long perHour = 60 * perMinute;
+    constexpr double perSecond = 1000;
+    const auto hours = milliseconds / perHour;
+    const auto minutes = milliseconds % perHour / perMinute;
+    const double seconds = static_cast<double>(milliseconds % perMinute) / perSecond;
+    if (milliseconds < perMinute) {
+        return QStringLiteral("%1 s").arg(seconds, 0, 'f', 3);
+    }
+    const QString tail = QStringLiteral("%1 s").arg(seconds, 6, 'f', 3, QLatin1Char('0'));
+    if (milliseconds < perHour) {
+        return QStringLiteral("%1 min %2").arg(minutes).arg(tail);
+    }
+    return QStringLiteral("%1 h %2 min %3").arg(hours).arg(minutes, 2, 10, QLatin1Char('0')).arg(tail);
+}
+
+QString progressText(const ProgressNumbers& numbers, long long elapsedMs)
+{
+    const std::int64_t rate = elapsedMs > 0 ? numbers.bytes * 1000 / elapsedMs : 0;
+    return QStringLiteral("%1 recorded, %2 changes, %3, %4/s")
+        .arg(durationText(numbers.recordedMs))
+        .arg(numbers.changes)
+        .arg(byteText(numbers.bytes), byteText(rate));
+}
+
+Messages::Messages(bool terminal, bool quiet) : m_terminal(terminal), m_quiet(quiet)
+{
+    m_sinceStart.start();
+    m_sinceProgress.start();
+}
+
+Messages::~Messages()
+{
+    endProgressLine();
+}
+
+void Messages::endProgressLine()
+{
+    if (m_lineLength > 0) {
+        m_lineLength = 0;
+        writeToStandardError(QStringLiteral("\n"));
+    }
+}
+
+void Messages::message(const QString& sentence)
+{
+    endProgressLine();
+    writeToStandardError(QStringLiteral("recstation: ") + sentence + QLatin1Char('\n'));
+}
+
+void Messages::finish(const ProgressNumbers& numbers)
+{
+    if (!m_quiet) {
+        progress(numbers);
+        endProgressLine();
+    }
+}
+
+bool Messages::progressDue() const
+{
+    return !m_quiet && m_sinceProgress.elapsed() >= (m_terminal ? terminalIntervalMs : plainIntervalMs);
+}
+
+void Messages::progress(const ProgressNumbers& numbers)
+{
+    m_sinceProgress.restart();
+    const QString text = progressText(numbers, m_sinceStart.elapsed());
+    if (!m_terminal) {
+        writeToStandardError(text + QLatin1Char('\n'));
+        return;
+    }
+    // A shorter line covers the one before with blanks.
+    writeToStandardError(QLatin1Char('\r') + text.leftJustified(m_lineLength));
+    m_lineLength = std::max(m_lineLength, text.size());
+}
+
+}  // namespace recstation

@@ -1,0 +1,46 @@
+// What a run tells people while it lasts.
+#pragma once
+
+#include <cstdint>
+
+#include <QElapsedTimer>
+#include <QString>
+
+namespace recstation {
+
+struct ProgressNumbers {
+    unsigned long long recordedMs = 0;  ///< how far recorded time has come
+    std::uint64_t changes = 0;          ///< changes of device values so far
+    std::int64_t bytes = 0;             ///< in the recording files by now
+};
+
+/// "1 min 02.250 s recorded, 12345 changes, 4.2 MB, 1.3 MB/s"
+[[nodiscard]] QString progressText(const ProgressNumbers& numbers, long long elapsedMs);
+[[nodiscard]] QString byteText(std::int64_t bytes);                   ///< "900 bytes", "4.2 MB"
+[[nodiscard]] QString durationText(unsigned long long milliseconds);  ///< "2.250 s", "1 h 01 min 02.250 s"
+
+/// Messages and progress on the standard error output: one line that is rewritten on a terminal, plain lines
+/// otherwise.
+class Messages {
+public:
+    Messages(bool terminal, bool quiet);
+    Messages(const Messages&) = delete;
+    Messages& operator=(const Messages&) = delete;
+    ~Messages();  ///< leaves the terminal at the start of a line
+
+    void message(const QString& sentence);
+    [[nodiscard]] bool progressDue() const;  ///< often on a terminal, seldom otherwise, never when quiet
+    void progress(const ProgressNumbers& numbers);
+    void finish(const ProgressNumbers& numbers);  ///< the last progress, unless quiet
+
+private:
+    void endProgressLine();
+
+    bool m_terminal;
+    bool m_quiet;
+    int m_lineLength = 0;  // of the progress line on the terminal
+    QElapsedTimer m_sinceStart;
+    QElapsedTimer m_sinceProgress;
+};
+
+}  // namespace recstation

@@ -1,0 +1,79 @@
+#include "recordedfiles.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <recording2/inspection/inspection.h>
+
+namespace recstation {
+
+namespace {
+
+namespace Inspection = Recording2::Inspection;
+
+// Where the bytes end or how they are wrong; empty for a sound file.
+QString damageOf(const Inspection::Summary& summary)
+{
+    if (summary.readability != Inspection::Readability::Ok) {
+        return QString::fromStdString(summary.problem);
+    }
+    return summary.findings.empty() ? QString() : QString::fromStdString(summary.findings.front().text);
+}
+
+FileReport::State stateOnDisk(const QString& temporary, const QString& finished)
+{
+    if (QFileInfo::exists(temporary)) {
+        return FileReport::State::Temporary;
+    }
+    return QFileInfo::exists(finished) ? FileReport::State::Finished : FileReport::State::Missing;
+}
+
+}  // namespace
+
+QString finishedPath(const QString& temporaryPath)
+{
+    const QFileInfo info(temporaryPath);
+    return info.absolutePath() + QLatin1Char('/') + info.baseName() + QStringLiteral(".rec");
+}
+
+FileReport examineRecording(const QString& temporaryPath)
+{
+    const QString finished = finishedPath(temporaryPath);
+    FileReport report;
+    report.state = stateOnDisk(temporaryPath, finished);
+    report.path = report.state == FileReport::State::Temporary ? temporaryPath : finished;
+    if (report.state == FileReport::State::Missing) {
+        report.problem = QStringLiteral("the file is not on the disk");
+        return report;
+    }
+    const Inspection::Summary summary = Inspection::inspect(QFile::encodeName(report.path).toStdString());
+    report.bytes = QFileInfo(report.path).size();
+    report.records = summary.times.size();
+    const QString damage = damageOf(summary);
+    if (!damage.isEmpty()) {
+        report.problem = QStringLiteral("not completely written, perhaps because the disk is full: ") + damage;
+    } else if (report.state == FileReport::State::Temporary) {
+        report.problem = QFileInfo::exists(finished) ? QStringLiteral("not renamed: %1 exists already").arg(finished)
+                                                     : QStringLiteral("not renamed to %1").arg(finished);
+    }
+    return report;
+}
+
+FileNameWatch::FileNameWatch(const QString& pathOfFileName) : m_fileName(this)
+{
+    m_fileName.Attach(pathOfFileName);
+}
+
+void FileNameWatch::Update(void* /*subject*/, TChangeCode code)
+{
+    if (code != TChangeCode::ValueChanged || !m_fileName) {
+        return;
+    }
+    const QString path = m_fileName->GetValue();
+    if (path.endsWith(QStringLiteral(".tmp")) && !m_paths.contains(path)) {
+        m_paths += path;
+    }
+}
+
+}  // namespace recstation

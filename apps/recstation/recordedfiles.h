@@ -1,0 +1,49 @@
+// The files that recorders wrote: learned from their status values, checked on the disk.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include <QString>
+#include <QStringList>
+
+#include <values/tree.h>
+#include <vkbase/observer.h>
+
+namespace recstation {
+
+/// What became of one recording.
+struct FileReport {
+    enum class State : std::uint8_t {
+        Finished,   ///< closed and renamed to .rec
+        Temporary,  ///< still under its .tmp name
+        Missing,    ///< neither name is on the disk
+    };
+    QString path;  ///< the file on the disk, or the one that should be there
+    State state = State::Missing;
+    std::int64_t bytes = 0;
+    std::uint64_t records = 0;  ///< by the time table in the file
+    QString problem;            ///< one sentence; empty when the file is sound
+};
+
+/// Looks at the disk for the recording that was opened under the .tmp name.
+[[nodiscard]] FileReport examineRecording(const QString& temporaryPath);
+
+/// The name that a closed recording gets: cut at the first dot of its file name.
+[[nodiscard]] QString finishedPath(const QString& temporaryPath);
+
+/// Follows REC_FILENAME of one recorder and keeps every .tmp name that it shows.
+class FileNameWatch final : public IObserver {
+public:
+    explicit FileNameWatch(const QString& pathOfFileName);
+
+    void Update(void* subject, TChangeCode code) override;
+
+    [[nodiscard]] const QStringList& temporaryPaths() const { return m_paths; }  ///< in order of opening
+
+private:
+    QStringList m_paths;
+    values::ValueObservingPtr<values::Value<QString>> m_fileName;
+};
+
+}  // namespace recstation

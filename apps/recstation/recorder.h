@@ -1,0 +1,55 @@
+// One recorder of the plug-in and the status values through which the host works it.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <values/selection.h>
+#include <values/tree.h>
+
+#include "configuration.h"
+#include "plugin.h"
+#include "recordedfiles.h"
+
+namespace recstation {
+
+/// Needs the value tree in force for its whole life.
+class Recorder {
+public:
+    /// Makes the recorder and tells it where to record and whether to record direction finding.
+    /// @param output directory that replaces the configured one; empty keeps it
+    /// @throws std::runtime_error (also VKException) when the recorder cannot be set up
+    Recorder(const Plugin& plugin, const Instance& instance, const QString& output);
+    Recorder(const Recorder&) = delete;
+    Recorder& operator=(const Recorder&) = delete;
+    ~Recorder() = default;
+
+    [[nodiscard]] const QString& name() const { return m_instance.name; }
+    [[nodiscard]] bool isOn() const;
+
+    /// Starts a recording; while one runs, ends it and starts the next.
+    /// @throws std::runtime_error when its directory is missing or cannot be written
+    void switchOn();
+    void switchOff();  ///< closes the recording, if one runs
+
+    /// Makes sure that every recording opened since the last call is on the disk.
+    /// @throws std::runtime_error that says why one could not be created
+    void checkNewFiles();
+    [[nodiscard]] const QStringList& temporaryPaths() const { return m_files.temporaryPaths(); }
+
+private:
+    [[nodiscard]] QString directory() const;
+
+    Instance m_instance;
+    Plugin::Instance m_plugged;
+    values::ValuePtr<values::ValueSelection> m_status;
+    values::ValuePtr<values::Value<QString>> m_directory;
+    FileNameWatch m_files;
+    int m_checkedFiles = 0;
+};
+
+/// Makes sure that a file can be written in the directory.
+/// @throws std::runtime_error with the reason
+void requireWritableDirectory(const QString& directory);
+
+}  // namespace recstation

@@ -1,0 +1,87 @@
+#include "runner.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace recstation {
+
+namespace {
+
+// Long enough that the event loop costs nothing, short enough that timers and signals are served promptly.
+constexpr qint64 sliceMs = 20;
+constexpr long long longestWaitMs = 3'600'000;
+
+}  // namespace
+
+Runner::Runner(Scheduler& scheduler, std::optional<double> speed, Hooks hooks)
+    : m_scheduler(scheduler), m_speed(speed), m_hooks(std::move(hooks))
+{
+    m_timer.setSingleShot(true);
+    m_timer.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { runSteps(); });
+}
+
+void Runner::run()
+{
+    m_sinceStart.start();
+    m_timer.start(0);
+    m_loop.exec();
+    if (m_failure) {
+        std::rethrow_exception(std::exchange(m_failure, nullptr));
+    }
+}
+
+void Runner::wake()
+{
+    m_timer.start(0);
+}
+
+// Exceptions must not cross the event loop, so run throws them on.
+void Runner::runSteps()
+{
+    try {
+        if (!stepsUntilWait()) {
+            m_loop.quit();
+        }
+    } catch (...) {
+        m_failure = std::current_exception();
+        m_loop.quit();
+    }
+}
+
+// False at the end of the run.
+bool Runner::stepsUntilWait()
+{
+    QElapsedTimer slice;
+    slice.start();
+    while (!m_hooks.stopRequested()) {
+        const auto due = m_scheduler.nextTime();
+        if (!due) {
+            return false;
+        }
+        const long long wait = millisecondsUntil(*due);
+        if (wait > 0 || slice.elapsed() >= sliceMs) {
+            m_timer.start(static_cast<int>(wait));
+            return true;
+        }
+        m_scheduler.step();
+        m_hooks.afterStep();
+    }
+    return false;
+}
+
+long long Runner::millisecondsUntil(unsigned long long time)
+{
+    if (!m_speed) {
+        return 0;
+    }
+    if (!m_start) {
+        m_start = time;
+    }
+    constexpr double microsecondsPerMillisecond = 1000;
+    const double dueMs = static_cast<double>(time - *m_start) / microsecondsPerMillisecond / *m_speed;
+    const double wait = dueMs - static_cast<double>(m_sinceStart.elapsed());
+    return static_cast<long long>(std::clamp(wait, 0.0, static_cast<double>(longestWaitMs)));
+}
+
+}  // namespace recstation

@@ -1,0 +1,43 @@
+// Runs several sources as one: merged by time, the station's clock set before every step.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "clock.h"
+#include "source.h"
+
+namespace recstation {
+
+/// Sources that are due at the same time step in the order they were added.
+class Scheduler {
+public:
+    explicit Scheduler(SimulatedClock& clock);
+
+    void add(std::unique_ptr<Source> source);
+    void prepare();  ///< prepares every source in order
+
+    /// When the next step of any source is due, microseconds since 1970 UTC; never earlier than the clock shows.
+    /// Waits for a source that reads live input. Nothing when every source has ended.
+    [[nodiscard]] std::optional<unsigned long long> nextTime();
+    /// Sets the clock to nextTime and lets the source that is due make its changes.
+    void step();
+
+    [[nodiscard]] const std::vector<std::unique_ptr<Source>>& sources() const { return m_sources; }
+
+private:
+    struct Due {
+        bool asked = false;
+        std::optional<unsigned long long> time;
+    };
+
+    [[nodiscard]] std::optional<std::size_t> earliest();
+
+    SimulatedClock& m_clock;
+    std::vector<std::unique_ptr<Source>> m_sources;
+    std::vector<Due> m_due;  // one per source; asked anew only after the source stepped
+};
+
+}  // namespace recstation

@@ -1,0 +1,210 @@
+#include "simvalues.h"
+
+#include <array>
+#include <memory>
+
+#include "band.h"
+
+namespace recstation::sim {
+
+namespace {
+
+using values::ValueType;
+
+constexpr std::array rows = {
+    KeywordValue{"RFSPECTRUM", "Scn/RfSpectrum", ValueType::LevelMap},
+    KeywordValue{"DRVCOMMANDS", "Gen/DRVCOMMANDS", ValueType::Selection, scanKey},
+    KeywordValue{"SEARCHSCANMODE", "Scn/SEARCHSCANMODE", ValueType::Selection, 1},
+    KeywordValue{"BANDWIDTH", "Mon/BANDWIDTH", ValueType::Numeric, 25e3, 100, 1e6},
+    KeywordValue{"MODULATION", "Mon/DEMODULATION", ValueType::Selection, 0},
+    KeywordValue{"SQUELCHVALUE", "Mon/SquelchValue", ValueType::Numeric, -95, -130, 0},
+    KeywordValue{"SQUELCHSTATE", "Mon/SquelchState", ValueType::Bool},
+    KeywordValue{"ATTENUATION", "Mon/Attenuation", ValueType::Numeric, 0, 0, 40},
+    KeywordValue{"ANTENNA", "Mon/Antenna", ValueType::Selection, 0},
+    KeywordValue{"FREQOFFSET", "Mon/FreqOffset", ValueType::Numeric, 0, -1e6, 1e6},
+    KeywordValue{"RFYLIMIT", "Mon/RFYLIMIT", ValueType::Numeric, 0, -130, -20},
+    KeywordValue{"STARTFREQ", "Scn/StartFreq", ValueType::Numeric, bandStartHz, 20e6, 3e9},
+    KeywordValue{"STOPFREQ", "Scn/StopFreq", ValueType::Numeric, bandStopHz, 20e6, 3e9},
+    KeywordValue{"STEPFREQ", "Scn/StepFreq", ValueType::Numeric, bandStepHz, 1e3, 1e6},
+    KeywordValue{"DEVICENAME", "Adm/DRIVERNAME", ValueType::String},
+    KeywordValue{"DEVICETYPE", "Adm/DEVICE_TYPE", ValueType::String},
+    KeywordValue{"DFSPECTRUM", "/DfSpectrum", ValueType::BearingMap},
+    KeywordValue{"AZIMUTHSTART", "/RFSTARTAZIMUTH", ValueType::Numeric, 0, 0, 360},
+    KeywordValue{"AZIMUTHSTOP", "/RFSTOPAZIMUTH", ValueType::Numeric, 360, 0, 360},
+    KeywordValue{"ELEVATIONSTART", "/RFSTARTELEVATION", ValueType::Numeric, -90, -90, 90},
+    KeywordValue{"ELEVATIONSTOP", "/RFSTOPELEVATION", ValueType::Numeric, 90, -90, 90},
+    KeywordValue{"STARTLEVEL", "Scn/StartLevel", ValueType::Numeric, -130, -150, 50},
+    KeywordValue{"STOPLEVEL", "Scn/StopLevel", ValueType::Numeric, -20, -150, 50},
+    KeywordValue{"LOCATIONLATITUDE", "/LOCATIONLATITUDE", ValueType::Numeric, originLatitude, -90, 90},
+    KeywordValue{"LOCATIONLONGITUDE", "/LOCATIONLONGITUDE", ValueType::Numeric, originLongitude, -180, 180},
+    KeywordValue{"RFAZIMUTHRULER", "/RFAZIMUTHRULER", ValueType::Numeric, 0, 0, 360},
+    KeywordValue{"RFELEVATIONRULER", "/RFELEVATIONRULER", ValueType::Numeric, 0, -90, 90},
+    KeywordValue{"IFSTARTLEVEL", "/IFSTARTLEVEL", ValueType::Numeric, -140, -150, 50},
+    KeywordValue{"IFSTOPLEVEL", "/IFSTOPLEVEL", ValueType::Numeric, -30, -150, 50},
+    KeywordValue{"IFLEVELTHRESHOLD", "/IFLEVELTHRESHOLD", ValueType::Numeric, -95, -150, 50},
+    KeywordValue{"IFSPAN", "/IFSPAN", ValueType::Selection, 2},
+    KeywordValue{"DFBANDWIDTH", "/DFBANDWIDTH", ValueType::Numeric, 25e3, 100, 1e6},
+    KeywordValue{"AFBANDWIDTH", "/AFBANDWIDTH", ValueType::Numeric, 8e3, 100, 20e3},
+    KeywordValue{"AZIMUTH", "/AZIMUTH", ValueType::Numeric, 0, 0, 360},
+    KeywordValue{"LEVEL", "/LEVEL", ValueType::Numeric, noiseFloorDb, -150, 50},
+    KeywordValue{"FIELDSTRENGTH", "/FIELDSTRENGTH", ValueType::Numeric, noiseFloorDb + fieldStrengthFactorDb, -20, 160},
+    KeywordValue{"ELEVATION", "/ELEVATION", ValueType::Numeric, 0, -90, 90},
+    KeywordValue{"QUALITY", "/QUALITY", ValueType::Numeric, 0, 0, 100},
+    KeywordValue{"OPERATEMODE", "/OPERATEMODE", ValueType::Selection, 0},
+    KeywordValue{"IFSPECTRUM", "/IfMapping", ValueType::LevelMap},
+    KeywordValue{"TRUEHEADING", "/TRUEHEADING", ValueType::Numeric, 0, 0, 360},
+    KeywordValue{"ALTITUDE", "/ALTITUDE", ValueType::Numeric, 310, -500, 9000},
+    KeywordValue{"VELOCITY", "/VELOCITY", ValueType::Numeric, 0, 0, 100},
+    KeywordValue{"PITCH", "/PITCH", ValueType::Numeric, 0, -90, 90},
+    KeywordValue{"ROLL", "/ROLL", ValueType::Numeric, 0, -180, 180},
+    KeywordValue{"FREQUENCY", "/FREQUENCY", ValueType::NumericWithOffset, 430e6, 20e6, 3e9},
+    KeywordValue{"DEVICE_CAPTION", "/DEVICE_CAPTION", ValueType::String},
+    KeywordValue{"DFSPECTRUMSAMPLE", "/DEVICE_CAPTION", ValueType::String},
+};
+
+struct ItemRow {
+    const char* path;
+    const char* name;
+    double value;
+    std::int32_t key;
+};
+
+constexpr std::array itemRows = {
+    ItemRow{"Gen/DRVCOMMANDS", "Scan", 0, scanKey},
+    ItemRow{"Gen/DRVCOMMANDS", "Monitor", 1, monitorKey},
+    ItemRow{"Gen/DRVCOMMANDS", "Direction finding", 2, directionFindingKey},
+    ItemRow{"Scn/SEARCHSCANMODE", "Off", 0, 0},
+    ItemRow{"Scn/SEARCHSCANMODE", "Panorama scan", 1, 1},
+    ItemRow{"Mon/DEMODULATION", "FM", 0, 0},
+    ItemRow{"Mon/DEMODULATION", "AM", 1, 1},
+    ItemRow{"Mon/DEMODULATION", "IQ", 2, 2},
+    ItemRow{"Mon/Antenna", "Roof, vertical", 0, 0},
+    ItemRow{"Mon/Antenna", "Roof, horizontal", 1, 1},
+    ItemRow{"/IFSPAN", "100 kHz", 100e3, 1},
+    ItemRow{"/IFSPAN", "200 kHz", 200e3, 2},
+    ItemRow{"/IFSPAN", "500 kHz", 500e3, 3},
+    ItemRow{"/OPERATEMODE", "Scan", 0, 0},
+    ItemRow{"/OPERATEMODE", "Monitor", 1, 1},
+    ItemRow{"AntennaMode", "Omnidirectional", 0, 0},
+    ItemRow{"AntennaMode", "DF", 1, 1},
+};
+
+std::unique_ptr<values::ValueBase> makeNumber(const KeywordValue& row)
+{
+    if (row.type == ValueType::NumericWithOffset) {
+        auto value = std::make_unique<values::ValueNumericWithOffset<double>>();
+        value->SetLimits(row.lower, row.upper);
+        value->SetValue(row.value);
+        return value;
+    }
+    auto value = std::make_unique<values::ValueNumeric<double>>();
+    value->SetLimits(row.lower, row.upper);
+    value->SetValue(row.value);
+    return value;
+}
+
+std::unique_ptr<values::ValueBase> makeSelection(const KeywordValue& row)
+{
+    auto selection = std::make_unique<values::ValueSelection>();
+    for (const ItemRow& item : itemRows) {
+        if (QLatin1String(item.path) == QLatin1String(row.path)) {
+            selection->AddItem(new values::SelectionItem(QString::fromLatin1(item.name), item.value, item.key));
+        }
+    }
+    selection->SelectKey(static_cast<std::int32_t>(row.value));
+    return selection;
+}
+
+std::unique_ptr<values::ValueBase> makeValue(const KeywordValue& row)
+{
+    switch (row.type) {
+        case ValueType::Bool:
+            return std::make_unique<values::Value<bool>>();
+        case ValueType::String:
+            return std::make_unique<values::Value<QString>>();
+        case ValueType::Selection:
+            return makeSelection(row);
+        case ValueType::LevelMap:
+            return std::make_unique<LevelMap>();
+        case ValueType::BearingMap:
+            return std::make_unique<BearingMap>();
+        default:
+            return makeNumber(row);
+    }
+}
+
+QString absolutePath(const QString& valuePath, const char* path)
+{
+    return path[0] == '/' ? QString::fromLatin1(path) : valuePath + QLatin1Char('/') + QLatin1String(path);
+}
+
+void create(const QString& valuePath, const KeywordValue& row)
+{
+    const QString path = absolutePath(valuePath, row.path);
+    if (values::Tree::Instance()->Find(path) != nullptr) {
+        return;
+    }
+    const int slash = path.lastIndexOf(QLatin1Char('/'));
+    std::unique_ptr<values::ValueBase> value = makeValue(row);
+    value->SetName(path.mid(slash + 1));
+    values::Tree::Instance()->Insert(path.left(slash + 1), value.get());
+    static_cast<void>(value.release());  // the tree's now
+}
+
+void setText(const QString& path, const QString& text)
+{
+    if (auto* value = findValue<values::Value<QString>>(path)) {
+        value->SetValue(text);
+    }
+}
+
+}  // namespace
+
+std::span<const KeywordValue> keywordValues()
+{
+    return rows;
+}
+
+void createDevice(const Instance& instance, int number)
+{
+    constexpr auto jobId = "/KDXServer/Dcd/DcdAttr/DcdID";
+    for (const KeywordValue& row : rows) {
+        create(instance.valuePath, row);
+    }
+    create(instance.valuePath, {"", "AntennaMode", ValueType::Selection, instance.directionFinding ? 1.0 : 0.0});
+    create(instance.valuePath, {"", jobId, ValueType::String});
+    const bool finder = instance.directionFinding;
+    setText(QLatin1String(jobId), QStringLiteral("Simulation"));
+    setText(QStringLiteral("/DEVICE_CAPTION"), QStringLiteral("Simulated vehicle"));
+    setText(absolutePath(instance.valuePath, "Adm/DRIVERNAME"),
+            (finder ? QStringLiteral("DF %1") : QStringLiteral("RX %1")).arg(number));
+    setText(absolutePath(instance.valuePath, "Adm/DEVICE_TYPE"),
+            finder ? QStringLiteral("Simulated direction finder") : QStringLiteral("Simulated receiver"));
+    if (finder) {
+        chooseKey(absolutePath(instance.valuePath, "Gen/DRVCOMMANDS"), directionFindingKey);
+    }
+}
+
+void setNumber(const QString& path, double value)
+{
+    if (auto* number = findValue<values::ValueNumeric<double>>(path)) {
+        number->SetValue(value);
+    }
+}
+
+void setFlag(const QString& path, bool value)
+{
+    if (auto* flag = findValue<values::Value<bool>>(path)) {
+        flag->SetValue(value);
+    }
+}
+
+void chooseKey(const QString& path, std::int32_t key)
+{
+    auto* selection = findValue<values::ValueSelection>(path);
+    if (selection != nullptr && selection->GetCurrentKey() != key) {
+        selection->SelectKey(key);
+    }
+}
+
+}  // namespace recstation::sim

@@ -1,0 +1,271 @@
+#include "station.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include <QDir>
+#include <QFileInfo>
+#include <QStorageInfo>
+
+#include <vkbase/trace.h>
+
+#include "bearings/bearingssource.h"
+#include "feed/feedsource.h"
+#include "sim/simsource.h"
+#include "system/hostsystem.h"
+
+namespace recstation {
+
+namespace {
+
+Configuration loadConfiguration(const Options& options)
+{
+    if (!options.config.empty()) {
+        return loadConfigurationFile(QString::fromStdString(options.config));
+    }
+    return loadConfigurationText(defaultConfigurationText(QDir::currentPath()),
+                                 QStringLiteral("the built-in configuration"));
+}
+
+#if defined(RECSTATION_HAS_IQ)
+// The instance that samples belong to: the first that is no direction finder.
+const Instance& receiverOf(const Configuration& configuration)
+{
+    const auto found = std::find_if(configuration.instances.begin(), configuration.instances.end(),
+                                    [](const Instance& instance) { return !instance.directionFinding; });
+    return found == configuration.instances.end() ? configuration.instances.front() : *found;
+}
+#endif
+
+// The instance that a log of bearings belongs to: the first direction finder. Where there is none, one is made of the
+// first instance.
+const Instance& finderOf(Configuration& configuration)
+{
+    const auto found = std::find_if(configuration.instances.begin(), configuration.instances.end(),
+                                    [](const Instance& instance) { return instance.directionFinding; });
+    Instance& finder = found == configuration.instances.end() ? configuration.instances.front() : *found;
+    finder.directionFinding = true;
+    return finder;
+}
+
+// Whether a source measures what recorders of a receiver write.
+bool hasReceiver(const Options& options)
+{
+    bool receives = options.sim.has_value();
+#if defined(RECSTATION_HAS_IQ)
+    receives = receives || options.iq.has_value();
+#endif
+    return receives;
+}
+
+std::int64_t bytesOnDisk(const QString& temporaryPath)
+{
+    const QFileInfo temporary(temporaryPath);
+    return temporary.exists() ? temporary.size() : QFileInfo(finishedPath(temporaryPath)).size();
+}
+
+// Recording on would only lose changes without a word.
+void requireSpace(const QString& file)
+{
+    constexpr qint64 leastBytes = 65'536;
+    const QStorageInfo storage(QFileInfo(file).absolutePath());
+    if (storage.isValid() && storage.bytesAvailable() < leastBytes) {
+        throw std::runtime_error("stopped: the disk that holds " + file.toStdString() + " is full");
+    }
+}
+
+}  // namespace
+
+Station::Station(const Options& options, Messages& messages)
+    : m_messages(messages),
+      m_plugin(QString::fromStdString(options.plugin)),
+      m_configuration(loadConfiguration(options)),
+      m_scheduler(m_clock),
+      m_runner(m_scheduler, options.speed, {[this] { afterStep(); }, [] { return StopSignal::requested(); }})
+{
+    if (options.trace) {
+        ErrorHandler::Instance().SetTraceMask(ErrorHandler::RecordingTraces);
+    }
+    for (const QString& warning : m_configuration.warnings) {
+        m_messages.message(QStringLiteral("warning: ") + warning);
+    }
+    addSources(options);
+    m_scheduler.prepare();
+    addRecorders(options);
+    m_toStart = recordersToStart(options);
+}
+
+void Station::addSources(const Options& options)
+{
+    if (options.sim) {
+        m_scheduler.add(makeSimSource(*options.sim, m_configuration.instances));
+    }
+#if defined(RECSTATION_HAS_IQ)
+    if (options.iq) {
+        IqOptions iq = *options.iq;
+        iq.valuePath = receiverOf(m_configuration).valuePath;
+        m_scheduler.add(makeIqSource(iq));
+    }
+#endif
+    if (options.bearings) {
+        BearingsOptions bearings = *options.bearings;
+        bearings.valuePath = finderOf(m_configuration).valuePath;
+        m_scheduler.add(
+            makeBearingsSource(bearings, [this](const QString& sentence) { m_messages.message(sentence); }));
+    }
+    if (options.feed) {
+        FeedHost host;
+        host.switchRecorder = [this](const QString& name, bool on) { return switchRecorder(name, on); };
+        host.report = [this](const QString& sentence) { m_messages.message(sentence); };
+        m_scheduler.add(makeFeedSource(*options.feed, std::move(host)));
+    }
+}
+
+void Station::addRecorders(const Options& options)
+{
+    const QString output = QString::fromStdString(options.output);
+    for (const Instance& instance : m_configuration.instances) {
+        m_recorders.push_back(std::make_unique<Recorder>(m_plugin, instance, output));
+    }
+}
+
+// A feed switches its recorders itself; the others start the recorders of what they measure.
+std::vector<Recorder*> Station::recordersToStart(const Options& options) const
+{
+    std::vector<Recorder*> chosen;
+    for (const std::string& name : options.recorders) {
+        Recorder* recorder = findRecorder(QString::fromStdString(name));
+        if (recorder == nullptr) {
+            throw std::runtime_error("no recorder \"" + name + "\" is configured");
+        }
+        chosen.push_back(recorder);
+    }
+    const bool onlyFeed = options.feed && m_scheduler.sources().size() == 1;
+    if (!chosen.empty() || onlyFeed) {
+        return chosen;
+    }
+    const bool findsDirections = options.sim || options.bearings;
+    for (std::size_t i = 0; i < m_recorders.size(); ++i) {
+        if (m_configuration.instances[i].directionFinding ? findsDirections : hasReceiver(options)) {
+            chosen.push_back(m_recorders[i].get());
+        }
+    }
+    return chosen;
+}
+
+Recorder* Station::findRecorder(const QString& name) const
+{
+    const auto found = std::find_if(m_recorders.begin(), m_recorders.end(),
+                                    [&name](const auto& recorder) { return recorder->name() == name; });
+    return found == m_recorders.end() ? nullptr : found->get();
+}
+
+bool Station::switchRecorder(const QString& name, bool on)
+{
+    Recorder* recorder = name.isEmpty() ? m_recorders.front().get() : findRecorder(name);
+    if (recorder == nullptr) {
+        return false;
+    }
+    if (on) {
+        recorder->switchOn();
+    } else {
+        recorder->switchOff();
+    }
+    return true;
+}
+
+Summary Station::run()
+{
+    // Until the last file is closed.
+    const StopSignal stopSignal([this] { m_runner.wake(); });
+    Summary summary;
+    try {
+        record();
+    } catch (const std::exception& error) {
+        summary.failure = QString::fromUtf8(error.what());
+    }
+    closeRecordings(summary);
+    m_messages.finish(progressNumbers());
+    for (const auto& source : m_scheduler.sources()) {
+        summary.sources.push_back({source->name(), source->report()});
+    }
+    summary.recordedMs = recordedMs();
+    summary.changes = m_counter.changes();
+    return summary;
+}
+
+void Station::record()
+{
+    m_sinceSpaceCheck.start();
+    if (!m_toStart.empty()) {
+        m_clock.set(m_scheduler.nextTime().value_or(m_clock.CurrentTime()));
+        m_firstTime = m_clock.CurrentTime();
+    }
+    for (Recorder* recorder : m_toStart) {
+        recorder->switchOn();
+    }
+    m_counter.follow(m_tree);
+    m_runner.run();
+}
+
+void Station::afterStep()
+{
+    constexpr qint64 spaceCheckMs = 1'000;
+    if (!m_firstTime) {
+        m_firstTime = m_clock.CurrentTime();
+    }
+    m_counter.follow(m_tree);
+    for (const auto& recorder : m_recorders) {
+        recorder->checkNewFiles();
+    }
+    if (m_sinceSpaceCheck.elapsed() >= spaceCheckMs) {
+        m_sinceSpaceCheck.restart();
+        for (const auto& recorder : m_recorders) {
+            if (recorder->isOn() && !recorder->temporaryPaths().isEmpty()) {
+                requireSpace(recorder->temporaryPaths().last());
+            }
+        }
+    }
+    if (m_messages.progressDue()) {
+        m_messages.progress(progressNumbers());
+    }
+}
+
+// Every recorder is closed, whatever happens to the others.
+void Station::closeRecordings(Summary& summary)
+{
+    for (const auto& recorder : m_recorders) {
+        try {
+            recorder->switchOff();
+        } catch (const std::exception& error) {
+            summary.failure += QStringLiteral("%1%2: cannot close the recording: %3")
+                                   .arg(summary.failure.isEmpty() ? QString() : QStringLiteral("; "), recorder->name(),
+                                        QString::fromUtf8(error.what()));
+        }
+        for (const QString& path : recorder->temporaryPaths()) {
+            summary.files.push_back({recorder->name(), examineRecording(path)});
+        }
+    }
+}
+
+unsigned long long Station::recordedMs() const
+{
+    constexpr unsigned long long microsecondsPerMillisecond = 1000;
+    return m_firstTime ? (m_clock.CurrentTime() - *m_firstTime) / microsecondsPerMillisecond : 0;
+}
+
+ProgressNumbers Station::progressNumbers() const
+{
+    ProgressNumbers numbers;
+    numbers.recordedMs = recordedMs();
+    numbers.changes = m_counter.changes();
+    for (const auto& recorder : m_recorders) {
+        for (const QString& path : recorder->temporaryPaths()) {
+            numbers.bytes += bytesOnDisk(path);
+        }
+    }
+    return numbers;
+}
+
+}  // namespace recstation

@@ -1,0 +1,64 @@
+// One run of the host: value tree, clock, recorders and sources together.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include <QElapsedTimer>
+#include <QString>
+
+#include <values/tree.h>
+
+#include "changecounter.h"
+#include "clock.h"
+#include "commandline.h"
+#include "configuration.h"
+#include "plugin.h"
+#include "progress.h"
+#include "recorder.h"
+#include "runner.h"
+#include "scheduler.h"
+#include "summary.h"
+
+namespace recstation {
+
+/// At most one at a time: it puts the value tree and the clock of the process in force.
+class Station {
+public:
+    /// Loads plug-in and configuration, prepares the sources and sets up the recorders.
+    /// @throws std::runtime_error when the run cannot begin
+    Station(const Options& options, Messages& messages);
+    Station(const Station&) = delete;
+    Station& operator=(const Station&) = delete;
+    ~Station() = default;
+
+    /// Records until the sources end or the process is asked to stop, and closes the recordings.
+    [[nodiscard]] Summary run();
+
+private:
+    void addSources(const Options& options);
+    void addRecorders(const Options& options);
+    [[nodiscard]] std::vector<Recorder*> recordersToStart(const Options& options) const;
+    [[nodiscard]] Recorder* findRecorder(const QString& name) const;
+    bool switchRecorder(const QString& name, bool on);
+    void record();
+    void afterStep();
+    void closeRecordings(Summary& summary);
+    [[nodiscard]] ProgressNumbers progressNumbers() const;
+    [[nodiscard]] unsigned long long recordedMs() const;
+
+    Messages& m_messages;
+    SimulatedClock m_clock;
+    ChangeCounter m_counter;
+    values::Tree m_tree;
+    Plugin m_plugin;
+    Configuration m_configuration;
+    Scheduler m_scheduler;
+    Runner m_runner;
+    std::vector<std::unique_ptr<Recorder>> m_recorders;
+    std::vector<Recorder*> m_toStart;
+    std::optional<unsigned long long> m_firstTime;
+    QElapsedTimer m_sinceSpaceCheck;
+};
+
+}  // namespace recstation

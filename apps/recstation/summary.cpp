@@ -1,0 +1,127 @@
+#include "summary.h"
+
+#include <algorithm>
+
+#include <nlohmann/json.hpp>
+
+#include "progress.h"
+
+namespace recstation {
+
+namespace {
+
+const char* stateName(FileReport::State state)
+{
+    switch (state) {
+        case FileReport::State::Finished:
+            return "finished";
+        case FileReport::State::Temporary:
+            return "temporary";
+        case FileReport::State::Missing:
+            break;
+    }
+    return "missing";
+}
+
+nlohmann::ordered_json toJson(const Summary::File& file)
+{
+    nlohmann::ordered_json object;
+    object["recorder"] = file.recorder.toStdString();
+    object["path"] = file.report.path.toStdString();
+    object["state"] = stateName(file.report.state);
+    object["bytes"] = file.report.bytes;
+    object["records"] = file.report.records;
+    if (!file.report.problem.isEmpty()) {
+        object["problem"] = file.report.problem.toStdString();
+    }
+    return object;
+}
+
+nlohmann::ordered_json toJson(const Summary::SourceResult& source)
+{
+    nlohmann::ordered_json object;
+    object["name"] = source.name.toStdString();
+    object["used"] = source.report.used;
+    object["skipped"] = source.report.skipped;
+    object["bad"] = source.report.bad;
+    return object;
+}
+
+QString fileLine(const Summary::File& file)
+{
+    return QStringLiteral("%1: %2 (%3, %4 records)\n")
+        .arg(file.recorder, file.report.path, byteText(file.report.bytes))
+        .arg(file.report.records);
+}
+
+}  // namespace
+
+ExitCode Summary::exitCode() const
+{
+    if (!failure.isEmpty()) {
+        return ExitCode::CannotRun;
+    }
+    const bool allFiles =
+        std::all_of(files.begin(), files.end(), [](const File& file) { return file.report.problem.isEmpty(); });
+    const bool allInput =
+        std::all_of(sources.begin(), sources.end(), [](const SourceResult& source) { return source.report.bad == 0; });
+    return allFiles && allInput && !files.empty() ? ExitCode::Success : ExitCode::Incomplete;
+}
+
+std::string Summary::json() const
+{
+    nlohmann::ordered_json object;
+    object["files"] = nlohmann::ordered_json::array();
+    for (const File& file : files) {
+        object["files"].push_back(toJson(file));
+    }
+    object["sources"] = nlohmann::ordered_json::array();
+    for (const SourceResult& source : sources) {
+        object["sources"].push_back(toJson(source));
+    }
+    object["recordedMs"] = recordedMs;
+    object["changes"] = changes;
+    if (!failure.isEmpty()) {
+        object["failure"] = failure.toStdString();
+    }
+    object["exitCode"] = static_cast<int>(exitCode());
+    return object.dump(2) + "\n";
+}
+
+QString Summary::fileLines() const
+{
+    QString lines;
+    for (const File& file : files) {
+        if (file.report.state != FileReport::State::Missing) {
+            lines += fileLine(file);
+        }
+    }
+    return lines;
+}
+
+QStringList Summary::remarks() const
+{
+    QStringList sentences;
+    for (const SourceResult& source : sources) {
+        if (source.report.bad > 0) {
+            sentences += QStringLiteral("%1: %2 used, %3 skipped, %4 bad")
+                             .arg(source.name)
+                             .arg(source.report.used)
+                             .arg(source.report.skipped)
+                             .arg(source.report.bad);
+        }
+    }
+    for (const File& file : files) {
+        if (!file.report.problem.isEmpty()) {
+            sentences += QStringLiteral("%1: %2").arg(file.report.path, file.report.problem);
+        }
+    }
+    if (!failure.isEmpty()) {
+        sentences += failure;
+    } else if (files.empty()) {
+        sentences += QStringLiteral("nothing was recorded: no recorder was switched on");
+    }
+    return sentences;
+}
+
+}  // namespace recstation

@@ -1,0 +1,41 @@
+// The result of a run, for people and for machines.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <QString>
+
+#include "options.h"
+#include "recordedfiles.h"
+#include "source.h"
+
+namespace recstation {
+
+struct Summary {
+    struct File {
+        QString recorder;
+        FileReport report;
+    };
+    struct SourceResult {
+        QString name;
+        SourceReport report;
+    };
+
+    std::vector<File> files;
+    std::vector<SourceResult> sources;
+    unsigned long long recordedMs = 0;  ///< recorded time that the run covered
+    std::uint64_t changes = 0;          ///< changes of device values
+    QString failure;                    ///< what broke the run off; empty when it came to its end
+
+    [[nodiscard]] ExitCode exitCode() const;
+    /// One JSON object; its shape is described in doc/recstation.md.
+    [[nodiscard]] std::string json() const;
+    /// The files, one line each, for the standard output.
+    [[nodiscard]] QString fileLines() const;
+    /// What went wrong and what the sources counted, one sentence each, for the standard error output.
+    [[nodiscard]] QStringList remarks() const;
+};
+
+}  // namespace recstation

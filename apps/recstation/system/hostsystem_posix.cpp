@@ -1,0 +1,165 @@
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <stdexcept>
+#include <system_error>
+
+#include <QFile>
+#include <QSocketNotifier>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include "hostsystem.h"
+
+namespace recstation {
+
+namespace {
+
+std::atomic<bool> stopRequested = false;
+static_assert(std::atomic<bool>::is_always_lock_free, "set in a signal handler");
+
+// The handler writes one byte that nobody takes out: from then on every wait for input ends at once.
+std::array<int, 2> wakePipe = {-1, -1};
+
+extern "C" void onStopSignal(int /*signal*/)
+{
+    const int savedErrno = errno;
+    stopRequested = true;
+    const char byte = 's';
+    [[maybe_unused]] const ssize_t written = write(wakePipe[1], &byte, 1);
+    errno = savedErrno;
+}
+
+void openWakePipe()
+{
+    if (pipe2(wakePipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
+        throw std::system_error(errno, std::generic_category(), "cannot prepare for signals");
+    }
+}
+
+void closeWakePipe()
+{
+    for (int& end : wakePipe) {
+        close(end);
+        end = -1;
+    }
+}
+
+void setHandler(int signal, void (*handler)(int))
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    sigemptyset(&action.sa_mask);
+    sigaction(signal, &action, nullptr);
+}
+
+}  // namespace
+
+struct StopSignal::Private {
+    explicit Private(std::function<void()> wakeUp)
+        : wake(std::move(wakeUp)), notifier(wakePipe[0], QSocketNotifier::Read)
+    {
+        QObject::connect(&notifier, &QSocketNotifier::activated, &notifier, [this] {
+            notifier.setEnabled(false);
+            wake();
+        });
+    }
+
+    std::function<void()> wake;
+    QSocketNotifier notifier;
+};
+
+StopSignal::StopSignal(std::function<void()> wake)
+{
+    stopRequested = false;
+    openWakePipe();
+    d = std::make_unique<Private>(std::move(wake));
+    setHandler(SIGINT, onStopSignal);
+    setHandler(SIGTERM, onStopSignal);
+    // A reader of the messages that went away must not end a recording.
+    setHandler(SIGPIPE, SIG_IGN);
+}
+
+StopSignal::~StopSignal()
+{
+    setHandler(SIGINT, SIG_DFL);
+    setHandler(SIGTERM, SIG_DFL);
+    d.reset();
+    closeWakePipe();
+}
+
+bool StopSignal::requested() noexcept
+{
+    return stopRequested;
+}
+
+struct InterruptibleInput::Private {
+    int descriptor = -1;
+    bool owned = false;
+    QString path;
+
+    [[noreturn]] void fail(const char* what) const
+    {
+        const std::string reason = std::generic_category().message(errno);
+        throw std::runtime_error(std::string(what) + " " + path.toStdString() + ": " + reason);
+    }
+
+    // False when the process is to stop. Files are always ready.
+    [[nodiscard]] bool waitForBytes() const
+    {
+        std::array<pollfd, 2> waits = {{{descriptor, POLLIN, 0}, {wakePipe[0], POLLIN, 0}}};
+        while (poll(waits.data(), waits.size(), -1) < 0) {
+            if (errno != EINTR) {
+                fail("cannot wait for");
+            }
+        }
+        return waits[1].revents == 0;
+    }
+};
+
+InterruptibleInput::InterruptibleInput(const QString& path) : d(std::make_unique<Private>())
+{
+    d->path = path == QLatin1String("-") ? QStringLiteral("the standard input") : path;
+    if (path == QLatin1String("-")) {
+        d->descriptor = STDIN_FILENO;
+        return;
+    }
+    // A pipe opens without waiting for its writer, so that a signal can end the wait.
+    d->descriptor = open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (d->descriptor < 0) {
+        d->fail("cannot open");
+    }
+    d->owned = true;
+}
+
+InterruptibleInput::~InterruptibleInput()
+{
+    if (d->owned) {
+        close(d->descriptor);
+    }
+}
+
+std::size_t InterruptibleInput::read(char* buffer, std::size_t size)
+{
+    while (!StopSignal::requested() && d->waitForBytes()) {
+        const ssize_t count = ::read(d->descriptor, buffer, size);
+        if (count >= 0) {
+            return static_cast<std::size_t>(count);
+        }
+        if (errno != EINTR && errno != EAGAIN) {
+            d->fail("cannot read");
+        }
+    }
+    return 0;
+}
+
+bool standardErrorIsTerminal()
+{
+    return isatty(STDERR_FILENO) == 1;
+}
+
+}  // namespace recstation

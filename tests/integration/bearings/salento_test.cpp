@@ -1,0 +1,346 @@
+// Direction finding of animals near Salento, Colombia: recorded by the real program, read back and replayed.
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <nlohmann/json.hpp>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <recording2/fileaccess.h>
+#include <recording2/mappinggenerator.h>
+#include <values/maps.h>
+#include <values/value.h>
+
+namespace {
+
+using testing::Each;
+using testing::HasSubstr;
+using testing::SizeIs;
+using Replayed = values::FastValueMap<values::Bearing, values::BearingHandler>;
+
+constexpr std::size_t bearingsInFile = 286;
+constexpr std::size_t rowsWithoutAzimuth = 193;
+constexpr int patienceMs = 60'000;
+
+// A row with an azimuth, read without the code under test.
+struct Row {
+    unsigned long long time;  // microseconds since 1970 UTC
+    double frequencyHz;
+    double azimuthDeg;
+    double latitudeDeg;
+    double longitudeDeg;
+    double altitudeM;
+    bool backwards;  // earlier than a bearing before it
+};
+
+double degrees(const QStringList& fields, int column)
+{
+    return fields[column].toDouble() + fields[column + 1].toDouble() / 60 + fields[column + 2].toDouble() / 3600;
+}
+
+Row parseRow(const QStringList& fields)
+{
+    const QDate date =
+        QDate::fromString(fields[0].left(6) + QStringLiteral("20") + fields[0].mid(6), QStringLiteral("MM/dd/yyyy"));
+    const QDateTime local(date, QTime::fromString(fields[1], QStringLiteral("h:mm")), Qt::OffsetFromUTC, -5 * 3600);
+    return {static_cast<unsigned long long>(local.toMSecsSinceEpoch()) * 1000,
+            std::round(fields[13].toDouble() * 1000) * 1000,
+            fields[16].toDouble(),
+            degrees(fields, 4),
+            -degrees(fields, 8),
+            fields[12].toDouble(),
+            false};
+}
+
+std::vector<Row> readRows(const QString& path)
+{
+    QFile file(path);
+    std::vector<Row> rows;
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        return rows;
+    }
+    file.readLine();
+    unsigned long long latest = 0;
+    while (!file.atEnd()) {
+        const QStringList fields = QString::fromLatin1(file.readLine()).trimmed().split(QLatin1Char(';'));
+        if (fields[16] != QLatin1String("NA")) {
+            rows.push_back(parseRow(fields));
+            rows.back().backwards = rows.back().time < latest;
+            latest = std::max(latest, rows.back().time);
+        }
+    }
+    return rows;
+}
+
+// A DFSPECTRUM record behind the initial state, with what was in force when it came.
+struct Recorded {
+    unsigned long long indexMs;
+    unsigned long long time;
+    std::vector<double> azimuths;  // one a channel
+    double frequencyHz;
+    double latitudeDeg;
+    double longitudeDeg;
+    double altitudeM;
+};
+
+struct Contents {
+    unsigned long long startTime = 0;
+    std::string deviceName;
+    values::ChannelRange range;
+    std::vector<Recorded> bearings;
+    std::vector<double> longitudes;  // of all records
+};
+
+std::vector<double> azimuthsOf(const Replayed& map)
+{
+    std::vector<double> azimuths;
+    for (const values::Bearing& bearing : map.GetCells()) {
+        azimuths.push_back(bearing.azimuthDeg);
+    }
+    return azimuths;
+}
+
+// Azimuths as bits would have them: no measurement equals no measurement.
+bool same(const std::vector<double>& one, const std::vector<double>& other)
+{
+    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                      [](double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); });
+}
+
+class Reader {
+public:
+    explicit Reader(const std::string& path)
+        : m_file(path.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr)
+    {
+    }
+
+    Contents read()
+    {
+        EXPECT_TRUE(m_file.IsValidFile());
+        Recording2::CHeaderData header;
+        m_file.read(header);
+        m_contents.startTime = header.startTS().getMicroSecs();
+        m_contents.deviceName = header.deviceName();
+        m_file.readTables();
+        Recording2::CVTCmdData record;
+        while (const unsigned long long time = m_file.readAndReturnTimeOfCurrentCmd(record)) {
+            take(record.cmd(), std::string(record.strData(), record.strDataLen()), time);
+        }
+        m_contents.range = m_map.GetChannelRange();
+        return m_contents;
+    }
+
+private:
+    void take(std::int32_t code, const std::string& text, unsigned long long time)
+    {
+        constexpr std::int32_t dfSpectrum = 20;
+        constexpr std::int32_t longitude = 26;
+        if (const auto plain = m_plain.find(code); plain != m_plain.end()) {
+            EXPECT_TRUE(plain->second->ApplyRecordedState(text, 0, false)) << text;
+            if (code == longitude) {
+                m_contents.longitudes.push_back(plain->second->GetValue());
+            }
+        }
+        if (code == dfSpectrum) {
+            EXPECT_TRUE(m_map.ApplyRecordedState(text, 0, false)) << text;
+            if (m_map.GetTimeStamp() != 0) {
+                m_contents.bearings.push_back(
+                    {time, m_map.GetTimeStamp(), azimuthsOf(m_map), number(46), number(25), number(26), number(42)});
+            }
+        }
+    }
+    [[nodiscard]] double number(std::int32_t code) const { return m_plain.at(code)->GetValue(); }
+
+    using Number = values::ValueNumeric<double>;
+
+    static std::map<std::int32_t, std::unique_ptr<Number>> plainValues()
+    {
+        std::map<std::int32_t, std::unique_ptr<Number>> plain;
+        for (const std::int32_t code : {25, 26, 42}) {
+            plain[code] = std::make_unique<Number>();
+        }
+        plain[46] = std::make_unique<values::ValueNumericWithOffset<double>>();
+        return plain;
+    }
+
+    Recording2::CFileAccess m_file;
+    Replayed m_map;
+    std::map<std::int32_t, std::unique_ptr<Number>> m_plain = plainValues();
+    Contents m_contents;
+};
+
+class Salento : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        const QString directory = qEnvironmentVariable("RECORDING2_TEST_DATA", QString::fromUtf8(TEST_DATA_DIRECTORY));
+        m_log = QDir(directory).filePath(QStringLiteral("telemetria_Salento.csv"));
+        if (!QFile::exists(m_log)) {
+            GTEST_SKIP() << "no real log: " << m_log.toStdString() << " is missing";
+        }
+        m_rows = readRows(m_log);
+    }
+
+    // Runs the program on a file, or on the standard input when it is "-"; gives the summary.
+    nlohmann::json run(const QString& file, const QStringList& more = {})
+    {
+        static int argc = 1;
+        static char name[] = "test";
+        static char* argv[] = {name, nullptr};
+        static const QCoreApplication application(argc, argv);
+        QProcess process;
+        process.setWorkingDirectory(m_directory.path());
+        process.setStandardInputFile(m_log);
+        process.start(
+            QStringLiteral(RECSTATION),
+            QStringList{QStringLiteral("--json"), QStringLiteral("--quiet"), QStringLiteral("bearings"), file,
+                        QStringLiteral("--date-format"), QStringLiteral("MM/dd/yy"), QStringLiteral("--utc-offset"),
+                        QStringLiteral("-05:00"), QStringLiteral("--latitude-column"),
+                        QStringLiteral("Gradosx,minx,segx"), QStringLiteral("--longitude-column"),
+                        QStringLiteral("Gradosy,miny,segy"), QStringLiteral("--west"),
+                        QStringLiteral("--frequency-column"), QStringLiteral("frec")} +
+                more);
+        EXPECT_TRUE(process.waitForFinished(patienceMs));
+        EXPECT_EQ(process.exitCode(), 0);
+        m_messages = process.readAllStandardError().toStdString();
+        return nlohmann::json::parse(process.readAllStandardOutput().toStdString());
+    }
+    [[nodiscard]] std::string recorded(const QString& file, const QStringList& more = {})
+    {
+        const nlohmann::json summary = run(file, more);
+        EXPECT_THAT(summary.at("files"), SizeIs(1));
+        return summary.at("files")[0].at("path");
+    }
+
+    QTemporaryDir m_directory;
+    QString m_log;
+    std::vector<Row> m_rows;
+    std::string m_messages;
+};
+
+void expectBearing(const Recorded& bearing, const Row& row, const values::ChannelRange& range,
+                   std::vector<double>& azimuths)
+{
+    const auto channel = static_cast<std::size_t>(
+        std::lower_bound(range.channelsHz.begin(), range.channelsHz.end(), row.frequencyHz) - range.channelsHz.begin());
+    ASSERT_LT(channel, range.size());
+    ASSERT_EQ(range.frequencyHz(channel), row.frequencyHz);
+    azimuths[channel] = row.azimuthDeg;
+    EXPECT_TRUE(same(bearing.azimuths, azimuths));
+    EXPECT_EQ(bearing.time, row.time);
+    EXPECT_EQ(bearing.frequencyHz, row.frequencyHz);
+    EXPECT_NEAR(bearing.latitudeDeg, row.latitudeDeg, 1e-12);
+    EXPECT_NEAR(bearing.longitudeDeg, row.longitudeDeg, 1e-12);
+    EXPECT_EQ(bearing.altitudeM, row.altitudeM);
+}
+
+TEST_F(Salento, EveryBearingComesBackWithItsChannelFrequencyAzimuthPositionAndOwnTime)
+{
+    ASSERT_EQ(m_rows.size(), bearingsInFile);
+    const Contents contents = Reader(recorded(m_log)).read();
+    ASSERT_EQ(contents.bearings.size(), bearingsInFile);
+    ASSERT_EQ(contents.range.size(), 9U);
+    std::vector<double> azimuths(contents.range.size(), std::nan(""));
+    for (std::size_t i = 0; i < bearingsInFile; ++i) {
+        SCOPED_TRACE(i);
+        expectBearing(contents.bearings[i], m_rows[i], contents.range, azimuths);
+    }
+    EXPECT_EQ(contents.startTime, m_rows.front().time);
+}
+
+TEST_F(Salento, RowsWithoutAzimuthNeverBecomeBearings)
+{
+    const nlohmann::json source = run(m_log).at("sources")[0];
+    EXPECT_EQ(source.at("name"), "bearings");
+    EXPECT_EQ(source.at("used"), bearingsInFile);
+    EXPECT_EQ(source.at("skipped"), rowsWithoutAzimuth);
+    EXPECT_EQ(source.at("bad"), 0);
+    EXPECT_EQ(m_messages, "");
+}
+
+TEST_F(Salento, TheIndexTimesOfBearingsThatRunBackwardsAreRaised)
+{
+    const Contents contents = Reader(recorded(m_log)).read();
+    ASSERT_EQ(contents.bearings.size(), bearingsInFile);
+    constexpr unsigned long long mostMsTaken = 5 * bearingsInFile;  // by the records of equal or earlier times
+    constexpr unsigned long long firstChangeMs = 11;
+    std::size_t raised = 0;
+    unsigned long long before = 0;
+    for (std::size_t i = 0; i < bearingsInFile; ++i) {
+        const unsigned long long ownMs = (m_rows[i].time - contents.startTime) / 1000;
+        const unsigned long long indexMs = contents.bearings[i].indexMs;
+        EXPECT_GT(indexMs, before);
+        EXPECT_GE(indexMs, ownMs);
+        const bool isRaised = indexMs > std::max(ownMs, firstChangeMs) + mostMsTaken;
+        EXPECT_EQ(isRaised, m_rows[i].backwards) << i;
+        raised += isRaised ? 1U : 0U;
+        before = indexMs;
+    }
+    EXPECT_EQ(raised, 87U);
+}
+
+TEST_F(Salento, PositionsLieInColombia)
+{
+    const Contents contents = Reader(recorded(m_log)).read();
+    EXPECT_THAT(contents.longitudes, Each(testing::AllOf(testing::Ge(-75.55), testing::Le(-75.54))));
+    for (const Recorded& bearing : contents.bearings) {
+        EXPECT_NEAR(bearing.latitudeDeg, 4.64, 0.02);
+    }
+}
+
+TEST_F(Salento, AReplayOfTheWholeRecordingEndsWithTheNewestBearingOfEveryChannel)
+{
+    const std::string path = recorded(m_log);
+    Recording2::MappingGenerator generator;
+    long long start = 0;
+    long long stop = 0;
+    ASSERT_TRUE(generator.LoadRecording(start, stop, path.c_str(), nullptr));
+    EXPECT_EQ(static_cast<unsigned long long>(start), m_rows.front().time);
+    Replayed map;
+    generator.RequestMapping(map, start, stop);
+    ASSERT_EQ(map.size(), 9U);
+    std::map<double, double> newest;
+    for (const Row& row : m_rows) {
+        newest[row.frequencyHz] = row.azimuthDeg;
+    }
+    for (std::size_t channel = 0; channel < map.size(); ++channel) {
+        EXPECT_EQ(map.GetCells()[channel].azimuthDeg, newest.at(map.GetChannelRange().frequencyHz(channel)));
+    }
+    EXPECT_EQ(map.GetTimeStamp(), m_rows.back().time);
+}
+
+TEST_F(Salento, TheStandardInputGivesTheSameBearings)
+{
+    const Contents file = Reader(recorded(m_log)).read();
+    const Contents piped = Reader(recorded(QStringLiteral("-"))).read();
+    ASSERT_EQ(piped.bearings.size(), file.bearings.size());
+    for (std::size_t i = 0; i < file.bearings.size(); ++i) {
+        EXPECT_EQ(piped.bearings[i].indexMs, file.bearings[i].indexMs);
+        EXPECT_EQ(piped.bearings[i].time, file.bearings[i].time);
+        EXPECT_TRUE(same(piped.bearings[i].azimuths, file.bearings[i].azimuths));
+    }
+    EXPECT_EQ(file.deviceName, "telemetria_Salento");
+    EXPECT_EQ(piped.deviceName, "Bearings");
+}
+
+TEST_F(Salento, OneStationCanBeRecordedAlone)
+{
+    const Contents contents = Reader(recorded(m_log, {QStringLiteral("--station"), QStringLiteral("E11")})).read();
+    EXPECT_EQ(contents.deviceName, "E11");
+    EXPECT_THAT(contents.bearings, SizeIs(testing::AllOf(testing::Gt(0U), testing::Le(7U))));
+    EXPECT_THAT(m_messages, testing::Not(HasSubstr("bad")));
+}
+
+}  // namespace

@@ -1,0 +1,103 @@
+#include "commandline.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace recstation {
+namespace {
+
+using testing::ElementsAre;
+
+Options parse(const std::vector<std::string>& arguments)
+{
+    const CommandLine result = parseCommandLine(arguments);
+    return result.options.value();
+}
+
+ExitCode refused(const std::vector<std::string>& arguments)
+{
+    const CommandLine result = parseCommandLine(arguments);
+    EXPECT_FALSE(result.options);
+    return result.exitCode;
+}
+
+TEST(CommandLine, WithoutASourceTheSimulatorRuns)
+{
+    const Options options = parse({});
+    EXPECT_TRUE(options.sim);
+    EXPECT_FALSE(options.feed);
+    EXPECT_FALSE(options.speed);
+    EXPECT_EQ(options.sim->durationSeconds, 180);
+}
+
+TEST(CommandLine, ANamedSourceRunsAloneAndItsOptionsAreRead)
+{
+    const Options options = parse({"feed", "x.jsonl", "--start", "1970-01-01T00:00:01.500Z"});
+    EXPECT_FALSE(options.sim);
+    ASSERT_TRUE(options.feed);
+    EXPECT_EQ(options.feed->file, "x.jsonl");
+    EXPECT_EQ(options.feed->startTime, 1'500'000U);
+}
+
+TEST(CommandLine, SeveralSourcesRunTogether)
+{
+    const Options options = parse({"sim", "--seed", "9", "feed"});
+    ASSERT_TRUE(options.sim);
+    EXPECT_EQ(options.sim->seed, 9U);
+    ASSERT_TRUE(options.feed);
+    EXPECT_EQ(options.feed->file, "-");
+}
+
+TEST(CommandLine, CommonOptionsStandBeforeOrBehindTheSource)
+{
+    for (const auto& arguments : std::vector<std::vector<std::string>>{
+             {"-o", "d", "--speed", "2", "--record", "a", "--record", "b", "--json", "sim"},
+             {"sim", "-o", "d", "--speed", "2", "--record", "a", "--record", "b", "--json"}}) {
+        const Options options = parse(arguments);
+        EXPECT_EQ(options.output, "d");
+        EXPECT_EQ(options.speed, 2);
+        EXPECT_THAT(options.recorders, ElementsAre("a", "b"));
+        EXPECT_TRUE(options.json);
+    }
+}
+
+TEST(CommandLine, DurationsHaveUnits)
+{
+    EXPECT_EQ(parse({"sim", "--duration", "90"}).sim->durationSeconds, 90);
+    EXPECT_EQ(parse({"sim", "--duration", "1.5s"}).sim->durationSeconds, 1.5);
+    EXPECT_EQ(parse({"sim", "--duration", "3min"}).sim->durationSeconds, 180);
+    EXPECT_EQ(parse({"sim", "--duration", "2h"}).sim->durationSeconds, 7200);
+}
+
+TEST(CommandLine, HelpIsNoFailure)
+{
+    EXPECT_EQ(refused({"--help"}), ExitCode::Success);
+    EXPECT_EQ(refused({"sim", "--help"}), ExitCode::Success);
+    EXPECT_EQ(refused({"feed", "--help"}), ExitCode::Success);
+}
+
+TEST(CommandLine, WrongArgumentsAreRefused)
+{
+    EXPECT_EQ(refused({"--nonsense"}), ExitCode::Usage);
+    EXPECT_EQ(refused({"nosource"}), ExitCode::Usage);
+    EXPECT_EQ(refused({"--speed", "0"}), ExitCode::Usage);
+    EXPECT_EQ(refused({"--speed", "fast"}), ExitCode::Usage);
+    EXPECT_EQ(refused({"sim", "--seed", "-1"}), ExitCode::Usage);
+    EXPECT_EQ(refused({"sim", "--duration", "-3"}), ExitCode::Usage);
+    EXPECT_EQ(refused({"sim", "--duration", "3 days"}), ExitCode::Usage);
+    EXPECT_EQ(refused({"sim", "--start", "yesterday"}), ExitCode::Usage);
+    EXPECT_EQ(refused({"feed", "a", "b"}), ExitCode::Usage);
+}
+
+TEST(CommandLine, TimesAreUtcUnlessTheyNameAZone)
+{
+    EXPECT_EQ(parseTime("1970-01-02T00:00:00"), 86'400'000'000U);
+    EXPECT_EQ(parseTime("1970-01-02T00:00:00Z"), 86'400'000'000U);
+    EXPECT_EQ(parseTime("1970-01-02T02:00:00+02:00"), 86'400'000'000U);
+    EXPECT_EQ(parseTime("1970-01-02T00:00:00.250Z"), 86'400'250'000U);
+    EXPECT_FALSE(parseTime("1969-12-31T23:59:59Z"));
+    EXPECT_FALSE(parseTime("noon"));
+}
+
+}  // namespace
+}  // namespace recstation

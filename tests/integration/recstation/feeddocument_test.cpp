@@ -1,0 +1,66 @@
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <values/tree.h>
+
+#include "feed/feedsource.h"
+#include "feedexamples.h"
+#include "scheduler.h"
+
+namespace recstation {
+namespace {
+
+// Runs a feed in a tree that has the status values of a recorder; reports are collected.
+SourceReport run(const std::string& text, std::vector<std::string>& reports)
+{
+    SimulatedClock clock;
+    values::Tree tree;
+    values::ValuePtr<values::Value<bool>> directionFinding;
+    directionFinding.Attach(QStringLiteral("/Devices/Rx1Status/REC_DF"));
+    FeedHost host;
+    host.switchRecorder = [](const QString& name, bool) { return name != QStringLiteral("nobody"); };
+    host.report = [&reports](const QString& sentence) { reports.push_back(sentence.toStdString()); };
+    auto open = [text]() -> ByteInput {
+        return [text, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
+            const std::size_t count = std::min(size, text.size() - position);
+            std::copy_n(text.data() + position, count, buffer);
+            position += count;
+            return count;
+        };
+    };
+    Scheduler scheduler(clock);
+    scheduler.add(std::make_unique<FeedSource>(open, 0, host));
+    scheduler.prepare();
+    while (scheduler.nextTime()) {
+        scheduler.step();
+    }
+    return scheduler.sources().front()->report();
+}
+
+TEST(FeedDocument, EveryExampleRunsWithoutABadLine)
+{
+    const auto examples = feedExamples(QStringLiteral("jsonl"));
+    ASSERT_GE(examples.size(), 6U);
+    for (const std::string& example : examples) {
+        std::vector<std::string> reports;
+        run(example, reports);
+        EXPECT_THAT(reports, testing::IsEmpty()) << example;
+    }
+}
+
+TEST(FeedDocument, EveryBadExampleIsBad)
+{
+    const auto examples = feedExamples(QStringLiteral("jsonl bad"));
+    ASSERT_EQ(examples.size(), 1U);
+    std::vector<std::string> reports;
+    const SourceReport report = run(examples.front(), reports);
+    EXPECT_EQ(report.used, 0U);
+    EXPECT_EQ(report.bad, static_cast<std::uint64_t>(std::count(examples[0].begin(), examples[0].end(), '\n')));
+}
+
+}  // namespace
+}  // namespace recstation

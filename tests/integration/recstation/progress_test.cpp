@@ -1,0 +1,33 @@
+#include "progress.h"
+
+#include <gtest/gtest.h>
+
+namespace recstation {
+namespace {
+
+TEST(Progress, BytesAreWrittenAsAPersonWould)
+{
+    EXPECT_EQ(byteText(0), QStringLiteral("0 bytes"));
+    EXPECT_EQ(byteText(999), QStringLiteral("999 bytes"));
+    EXPECT_EQ(byteText(1'500), QStringLiteral("1.5 kB"));
+    EXPECT_EQ(byteText(4'200'000), QStringLiteral("4.2 MB"));
+    EXPECT_EQ(byteText(2'000'000'000'000'000), QStringLiteral("2000.0 TB"));
+}
+
+TEST(Progress, DurationsNameHoursAndMinutesWhenThereAreAny)
+{
+    EXPECT_EQ(durationText(0), QStringLiteral("0.000 s"));
+    EXPECT_EQ(durationText(2'250), QStringLiteral("2.250 s"));
+    EXPECT_EQ(durationText(62'250), QStringLiteral("1 min 02.250 s"));
+    EXPECT_EQ(durationText(3'662'250), QStringLiteral("1 h 01 min 02.250 s"));
+}
+
+TEST(Progress, TheLineTellsElapsedChangesBytesAndRate)
+{
+    EXPECT_EQ(progressText({62'250, 12'345, 4'200'000}, 2'000),
+              QStringLiteral("1 min 02.250 s recorded, 12345 changes, 4.2 MB, 2.1 MB/s"));
+    EXPECT_EQ(progressText({}, 0), QStringLiteral("0.000 s recorded, 0 changes, 0 bytes, 0 bytes/s"));
+}
+
+}  // namespace
+}  // namespace recstation

@@ -1,0 +1,73 @@
+#include "recordedfiles.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace recstation {
+namespace {
+
+class RecordedFilesTest : public testing::Test {
+protected:
+    [[nodiscard]] QString path(const char* name) const { return m_directory.filePath(QString::fromLatin1(name)); }
+
+    void write(const char* name, const QByteArray& bytes) const
+    {
+        QFile file(path(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(file.write(bytes), bytes.size());
+    }
+
+    QTemporaryDir m_directory;
+};
+
+TEST_F(RecordedFilesTest, TheFinishedNameIsCutAtTheFirstDot)
+{
+    EXPECT_EQ(finishedPath(path("a.b__RX.tmp")), path("a.rec"));
+    EXPECT_EQ(finishedPath(path("a__RX.tmp")), path("a__RX.rec"));
+}
+
+TEST_F(RecordedFilesTest, AFileUnderNeitherNameIsMissing)
+{
+    const FileReport report = examineRecording(path("a.tmp"));
+    EXPECT_EQ(report.state, FileReport::State::Missing);
+    EXPECT_EQ(report.path, path("a.rec"));
+    EXPECT_FALSE(report.problem.isEmpty());
+}
+
+TEST_F(RecordedFilesTest, AFileThatWasNeverClosedIsAProblem)
+{
+    write("a.rec", QByteArray(499, '0') + "#");
+    const FileReport report = examineRecording(path("a.tmp"));
+    EXPECT_EQ(report.state, FileReport::State::Finished);
+    EXPECT_EQ(report.bytes, 500);
+    EXPECT_TRUE(report.problem.startsWith(QStringLiteral("not completely written")));
+}
+
+TEST_F(RecordedFilesTest, AFileThatKeptItsTemporaryNameIsTheOneReported)
+{
+    write("a.tmp", "short");
+    write("a.rec", "another recording");
+    const FileReport report = examineRecording(path("a.tmp"));
+    EXPECT_EQ(report.state, FileReport::State::Temporary);
+    EXPECT_EQ(report.path, path("a.tmp"));
+    EXPECT_EQ(report.bytes, 5);
+    EXPECT_FALSE(report.problem.isEmpty());
+}
+
+TEST_F(RecordedFilesTest, EveryTemporaryNameThatTheRecorderShowsIsKeptOnce)
+{
+    values::Tree tree;
+    FileNameWatch watch(QStringLiteral("/Status/REC_FILENAME"));
+    values::ValuePtr<values::Value<QString>> name;
+    name.Attach(QStringLiteral("/Status/REC_FILENAME"));
+    for (const char* shown : {"/x/a.tmp", "/x/a.rec", "/x/b.tmp", "", "/x/a.tmp"}) {
+        name->SetValue(QString::fromLatin1(shown));
+    }
+    EXPECT_EQ(watch.temporaryPaths(), QStringList({QStringLiteral("/x/a.tmp"), QStringLiteral("/x/b.tmp")}));
+}
+
+}  // namespace
+}  // namespace recstation

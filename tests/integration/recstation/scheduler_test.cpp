@@ -1,0 +1,102 @@
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <vkbase/quonos.h>
+
+#include "scheduler.h"
+#include "scriptedsource.h"
+
+namespace recstation {
+namespace {
+
+using testing::ElementsAre;
+
+class SchedulerTest : public testing::Test {
+protected:
+    void add(const std::string& name, std::vector<unsigned long long> times)
+    {
+        m_scheduler.add(std::make_unique<ScriptedSource>(name, std::move(times), m_steps));
+    }
+
+    void runToEnd()
+    {
+        while (m_scheduler.nextTime()) {
+            m_scheduler.step();
+        }
+    }
+
+    SimulatedClock m_clock;
+    Scheduler m_scheduler{m_clock};
+    std::vector<std::string> m_steps;
+};
+
+TEST_F(SchedulerTest, SourcesAreMergedByTime)
+{
+    add("a", {10, 40});
+    add("b", {20, 30, 50});
+    runToEnd();
+    EXPECT_THAT(m_steps, ElementsAre("a@10", "b@20", "b@30", "a@40", "b@50"));
+}
+
+TEST_F(SchedulerTest, SourcesDueAtTheSameTimeStepInTheOrderTheyWereAdded)
+{
+    add("a", {10, 20});
+    add("b", {10, 20});
+    runToEnd();
+    EXPECT_THAT(m_steps, ElementsAre("a@10", "b@10", "a@20", "b@20"));
+}
+
+TEST_F(SchedulerTest, TheClockOfTheProcessShowsTheTimeOfTheStep)
+{
+    add("a", {1'000});
+    m_scheduler.step();
+    EXPECT_EQ(QuonOS::Create()->CurrentTime(), 1'000U);
+}
+
+TEST_F(SchedulerTest, TheClockNeverGoesBackwards)
+{
+    m_clock.set(100);
+    add("a", {10, 110});
+    EXPECT_EQ(m_scheduler.nextTime(), 100U);
+    runToEnd();
+    EXPECT_THAT(m_steps, ElementsAre("a@100", "a@110"));
+}
+
+TEST_F(SchedulerTest, ASourceIsAskedForItsNextTimeOncePerStep)
+{
+    add("a", {10});
+    add("b", {20, 30});
+    runToEnd();
+    const auto& source = static_cast<const ScriptedSource&>(*m_scheduler.sources().front());
+    EXPECT_EQ(source.asked(), 2);
+}
+
+TEST_F(SchedulerTest, WithoutSourcesThereIsNoNextTimeAndAStepDoesNothing)
+{
+    EXPECT_FALSE(m_scheduler.nextTime());
+    m_scheduler.step();
+    EXPECT_EQ(m_clock.CurrentTime(), 0U);
+}
+
+TEST_F(SchedulerTest, PrepareReachesEverySource)
+{
+    add("a", {});
+    add("b", {});
+    m_scheduler.prepare();
+    EXPECT_THAT(m_steps, ElementsAre("a prepared", "b prepared"));
+}
+
+TEST(SimulatedClock, GivesTheSystemsClockBackWhenItEnds)
+{
+    {
+        SimulatedClock clock;
+        clock.set(5);
+    }
+    EXPECT_GT(QuonOS::Create()->CurrentTime(), 1'000'000U);
+}
+
+}  // namespace
+}  // namespace recstation

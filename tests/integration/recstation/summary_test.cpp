@@ -1,0 +1,80 @@
+#include "summary.h"
+
+#include <nlohmann/json.hpp>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace recstation {
+namespace {
+
+Summary goodSummary()
+{
+    FileReport file;
+    file.path = QStringLiteral("/x/a.rec");
+    file.state = FileReport::State::Finished;
+    file.bytes = 1'500;
+    file.records = 12;
+    Summary summary;
+    summary.files.push_back({QStringLiteral("receiver"), file});
+    summary.sources.push_back({QStringLiteral("feed"), {5, 1, 0}});
+    summary.recordedMs = 4'000;
+    summary.changes = 20;
+    return summary;
+}
+
+TEST(Summary, AGoodRunNamesItsFilesAndHasNoRemarks)
+{
+    const Summary summary = goodSummary();
+    EXPECT_EQ(summary.exitCode(), ExitCode::Success);
+    EXPECT_EQ(summary.fileLines(), QStringLiteral("receiver: /x/a.rec (1.5 kB, 12 records)\n"));
+    EXPECT_TRUE(summary.remarks().isEmpty());
+}
+
+TEST(Summary, BadInputMakesItIncomplete)
+{
+    Summary summary = goodSummary();
+    summary.sources[0].report.bad = 2;
+    EXPECT_EQ(summary.exitCode(), ExitCode::Incomplete);
+    EXPECT_EQ(summary.remarks(), QStringList(QStringLiteral("feed: 5 used, 1 skipped, 2 bad")));
+}
+
+TEST(Summary, AFileWithAProblemMakesItIncompleteAndIsStillNamed)
+{
+    Summary summary = goodSummary();
+    summary.files[0].report.problem = QStringLiteral("not renamed");
+    EXPECT_EQ(summary.exitCode(), ExitCode::Incomplete);
+    EXPECT_EQ(summary.remarks(), QStringList(QStringLiteral("/x/a.rec: not renamed")));
+    EXPECT_FALSE(summary.fileLines().isEmpty());
+}
+
+TEST(Summary, ARunWithoutAnyRecordingIsIncomplete)
+{
+    Summary summary = goodSummary();
+    summary.files.clear();
+    EXPECT_EQ(summary.exitCode(), ExitCode::Incomplete);
+    EXPECT_EQ(summary.remarks().size(), 1);
+}
+
+TEST(Summary, ARunThatBrokeOffCouldNotRun)
+{
+    Summary summary = goodSummary();
+    summary.failure = QStringLiteral("the disk is full");
+    EXPECT_EQ(summary.exitCode(), ExitCode::CannotRun);
+    EXPECT_EQ(summary.remarks(), QStringList(QStringLiteral("the disk is full")));
+}
+
+TEST(Summary, TheJsonFormHasEverything)
+{
+    Summary summary = goodSummary();
+    summary.files[0].report.problem = QStringLiteral("not renamed");
+    const auto json = nlohmann::json::parse(summary.json());
+    EXPECT_EQ(json, nlohmann::json::parse(R"({
+        "files": [{"recorder": "receiver", "path": "/x/a.rec", "state": "finished", "bytes": 1500, "records": 12,
+                   "problem": "not renamed"}],
+        "sources": [{"name": "feed", "used": 5, "skipped": 1, "bad": 0}],
+        "recordedMs": 4000, "changes": 20, "exitCode": 3})"));
+}
+
+}  // namespace
+}  // namespace recstation

@@ -1,0 +1,114 @@
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "bearings/csvreader.h"
+
+namespace {
+
+using recstation::CsvReader;
+using recstation::CsvRecord;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+recstation::CsvInput input(std::string text, std::size_t piece)
+{
+    return [text = std::move(text), piece, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
+        const std::size_t count = text.copy(buffer, std::min(piece, size), position);
+        position += count;
+        return count;
+    };
+}
+
+std::vector<CsvRecord> read(const std::string& text, std::optional<char> separator = std::nullopt,
+                            std::size_t piece = 1'000'000)
+{
+    CsvReader reader(input(text, piece), separator);
+    std::vector<CsvRecord> records;
+    while (auto record = reader.next()) {
+        records.push_back(*std::move(record));
+    }
+    return records;
+}
+
+TEST(CsvReader, FieldsAndLinesComeInTheirOrderHoweverTheBytesArrive)
+{
+    for (const std::size_t piece : {1U, 2U, 3U, 7U, 1000U}) {
+        const auto records = read("\xEF\xBB\xBFone;two\r\n 1 ;;\n\n\"a;\"\"b\"\"\n;\" ; z", {}, piece);
+        ASSERT_THAT(records, SizeIs(3));
+        EXPECT_THAT(records[0].fields, ElementsAre("one", "two"));
+        EXPECT_THAT(records[1].fields, ElementsAre("1", "", ""));
+        EXPECT_THAT(records[2].fields, ElementsAre("a;\"b\"\n;", "z"));
+        EXPECT_EQ(records[0].line, 1U);
+        EXPECT_EQ(records[1].line, 2U);
+        EXPECT_EQ(records[2].line, 4U);
+        EXPECT_THAT(records[2].problem, IsEmpty());
+    }
+}
+
+TEST(CsvReader, LinesAreCountedWithEveryKindOfLineEnd)
+{
+    for (const char* end : {"\n", "\r\n", "\r"}) {
+        const std::string line = end;
+        const auto records = read("a" + line + line + "\"b" + line + "\"" + line + "c");
+        ASSERT_THAT(records, SizeIs(3));
+        EXPECT_EQ(records[1].line, 3U);
+        EXPECT_EQ(records[2].line, 5U);
+    }
+}
+
+TEST(CsvReader, TheSeparatorIsTheOneThatTheFirstLineHasMostOf)
+{
+    EXPECT_EQ(recstation::guessSeparator("a;b;c,d"), ';');
+    EXPECT_EQ(recstation::guessSeparator("a,b,c;d"), ',');
+    EXPECT_EQ(recstation::guessSeparator("a\tb c"), '\t');
+    EXPECT_EQ(recstation::guessSeparator("\"a,b,c\";d"), ';');
+    EXPECT_EQ(recstation::guessSeparator("alone"), ',');
+    EXPECT_THAT(read("a;b\n1,2;3\n")[1].fields, ElementsAre("1,2", "3"));
+}
+
+TEST(CsvReader, ASeparatorThatIsGivenIsTaken)
+{
+    EXPECT_THAT(read("a;b|c", '|')[0].fields, ElementsAre("a;b", "c"));
+}
+
+TEST(CsvReader, TextBehindAClosingQuoteIsAProblemOfThatRecordOnly)
+{
+    const auto records = read("a,b\n\"x\"y,1\nc,d\n");
+    ASSERT_THAT(records, SizeIs(3));
+    EXPECT_THAT(records[1].problem, HasSubstr("behind a closing quote"));
+    EXPECT_THAT(records[2].problem, IsEmpty());
+}
+
+TEST(CsvReader, AQuoteThatIsNotClosedIsAProblem)
+{
+    const auto records = read("a,b\n1,\"x\n2,3\n");
+    ASSERT_THAT(records, SizeIs(2));
+    EXPECT_EQ(records[1].line, 2U);
+    EXPECT_THAT(records[1].problem, HasSubstr("not closed"));
+}
+
+TEST(CsvReader, ARecordIsBoundedInMemoryAndTheNextOneIsReadAgain)
+{
+    constexpr std::size_t tooMany = 1'100'000;
+    for (const char c : {'x', ','}) {
+        const auto records = read("a,b\n" + std::string(tooMany, c) + "\nc,d\n");
+        ASSERT_THAT(records, SizeIs(3));
+        EXPECT_THAT(records[1].problem, HasSubstr("longer than 1 MiB"));
+        EXPECT_THAT(records[2].fields, ElementsAre("c", "d"));
+        EXPECT_THAT(records[2].problem, IsEmpty());
+    }
+}
+
+TEST(CsvReader, AnEmptyInputHasNoRecords)
+{
+    EXPECT_THAT(read(""), IsEmpty());
+    EXPECT_THAT(read("\n\r\n"), IsEmpty());
+}
+
+}  // namespace

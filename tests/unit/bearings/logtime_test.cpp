@@ -1,0 +1,76 @@
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
+#include "bearings/logtime.h"
+
+namespace {
+
+using recstation::LogDateFormat;
+using recstation::parseTimeOfDay;
+using recstation::parseUtcOffset;
+
+constexpr long long second = 1'000'000;
+constexpr long long hour = 3600 * second;
+
+TEST(LogTime, DatesAreReadByTheirFormat)
+{
+    EXPECT_EQ(LogDateFormat("yyyy-MM-dd").parse("1970-01-02"), 1);
+    EXPECT_EQ(LogDateFormat("MM/dd/yy").parse("01/14/17"), 17'180);
+    EXPECT_EQ(LogDateFormat("d.M.yyyy").parse("14.1.2017"), 17'180);
+    EXPECT_EQ(LogDateFormat("yyyy-MM-dd").parse("1969-12-31"), -1);
+}
+
+TEST(LogTime, TwoDigitsOfAYearMeanTheYears1970To2069)
+{
+    EXPECT_EQ(LogDateFormat("MM/dd/yy").parse("01/01/70"), 0);
+    EXPECT_EQ(LogDateFormat("MM/dd/yy").parse("12/31/99"), 10'956);
+    EXPECT_EQ(LogDateFormat("MM/dd/yy").parse("02/29/00"), 11'016);
+    EXPECT_EQ(LogDateFormat("MM/dd/yy").parse("02/29/68"), 35'853);
+}
+
+TEST(LogTime, WhatIsNoDateOfTheFormatIsRefused)
+{
+    for (const char* text : {"", "13/01/17", "02/29/17", "1/14/17", "01/14/2017", "NA"}) {
+        EXPECT_EQ(LogDateFormat("MM/dd/yy").parse(text), std::nullopt) << text;
+    }
+}
+
+TEST(LogTime, WhatStandsBetweenTheFieldsOfADateStandsForItself)
+{
+    EXPECT_EQ(LogDateFormat("(yyyy.MM) dd").parse("(1970.01) 03"), 2);
+    EXPECT_EQ(LogDateFormat("yyyyMMdd").parse("19700103"), 2);
+    EXPECT_EQ(LogDateFormat("yyyy.MM.dd").parse("1970-01-03"), std::nullopt);
+}
+
+TEST(LogTime, AFormatHasEachOfDayMonthAndYearOnce)
+{
+    for (const char* format : {"", "dd", "dd.MM", "dd.MM.y", "dd.MM.yyyy dd", "d.d.yyyy", "dd.MM.yyyyyy"}) {
+        EXPECT_THROW(LogDateFormat{format}, std::invalid_argument) << format;
+    }
+}
+
+TEST(LogTime, TimesOfDayHaveMinutesSecondsOrMicroseconds)
+{
+    EXPECT_EQ(parseTimeOfDay("5:31"), 5 * hour + 31 * 60 * second);
+    EXPECT_EQ(parseTimeOfDay("05:31:07"), 5 * hour + (31 * 60 + 7) * second);
+    EXPECT_EQ(parseTimeOfDay("23:59:59.25"), 24 * hour - second * 3 / 4);
+    EXPECT_EQ(parseTimeOfDay("0:00:00.0000019"), 1);
+    for (const char* text : {"", "24:00", "5:60", "5:31:60", "5", "5:3", "-5:30", "5:31pm", "5:31:07."}) {
+        EXPECT_EQ(parseTimeOfDay(text), std::nullopt) << text;
+    }
+}
+
+TEST(LogTime, UtcOffsets)
+{
+    EXPECT_EQ(parseUtcOffset("UTC"), 0);
+    EXPECT_EQ(parseUtcOffset("Z"), 0);
+    EXPECT_EQ(parseUtcOffset("-05:00"), -5 * hour);
+    EXPECT_EQ(parseUtcOffset("+5:45"), 5 * hour + hour * 3 / 4);
+    EXPECT_EQ(parseUtcOffset("+14"), 14 * hour);
+    for (const char* text : {"", "5", "+14:01", "-05:60", "America/Bogota", "utc+5"}) {
+        EXPECT_EQ(parseUtcOffset(text), std::nullopt) << text;
+    }
+}
+
+}  // namespace

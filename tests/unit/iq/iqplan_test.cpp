@@ -1,0 +1,195 @@
+#include <string>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "iq/iqplan.h"
+#include "iqtesting.h"
+
+namespace {
+
+using recstation::IqOptions;
+using recstation::IqPlan;
+using recstation::makeIqPlan;
+using recstation::SampleFormat;
+using testing::AllOf;
+using testing::HasSubstr;
+
+class Plan : public testing::Test {
+protected:
+    Plan()
+    {
+        m_options.file = create("samples.bin");
+        m_options.format = "cu8";
+        m_options.rateHz = 2e6;
+        m_options.centreHz = 1090e6;
+        m_options.start = "2026-11-21T08:30:00Z";
+    }
+    std::string create(const char* name, const QByteArray& bytes = QByteArray(64, '\x7f'))
+    {
+        const QString path = m_directory.filePath(QString::fromLatin1(name));
+        iqtesting::writeFile(path, bytes);
+        return path.toStdString();
+    }
+    // What is said about the options.
+    [[nodiscard]] std::string problem() const
+    {
+        try {
+            makeIqPlan(m_options);
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "no problem";
+    }
+    // Leaves everything to metadata.
+    void nameOnly(const std::string& file)
+    {
+        m_options = IqOptions();
+        m_options.file = file;
+    }
+
+    QTemporaryDir m_directory;
+    IqOptions m_options;
+};
+
+const char* const metadata = R"({"global": {"core:datatype": "ci16_le", "core:sample_rate": 48000},
+    "captures": [{"core:frequency": 144.8e6, "core:datetime": "2026-11-21T08:30:00.5Z"}]})";
+
+TEST_F(Plan, OptionsAloneAreEnough)
+{
+    const IqPlan plan = makeIqPlan(m_options);
+    EXPECT_EQ(plan.file.toStdString(), m_options.file);
+    EXPECT_EQ(plan.format, SampleFormat::UnsignedByte);
+    EXPECT_EQ(plan.rateHz, 2e6);
+    EXPECT_EQ(plan.centreHz, 1090e6);
+    EXPECT_EQ(plan.startTime, 1'795'249'800'000'000U);
+    EXPECT_EQ(plan.fftSize, 1024U);
+    EXPECT_EQ(plan.advance, 1024U);
+    EXPECT_FALSE(plan.ifSpectrum);
+}
+
+TEST_F(Plan, MetadataBesideTheFileFillWhatTheOptionsLeaveOpen)
+{
+    create("x.sigmf-meta", metadata);
+    nameOnly(create("x.sigmf-data"));
+    const IqPlan plan = makeIqPlan(m_options);
+    EXPECT_EQ(plan.format, SampleFormat::SignedShortLe);
+    EXPECT_EQ(plan.rateHz, 48000);
+    EXPECT_EQ(plan.centreHz, 144.8e6);
+    EXPECT_EQ(plan.startTime, 1'795'249'800'500'000U);
+}
+
+TEST_F(Plan, TheMetadataFileMayBeNamedInstead)
+{
+    const std::string samples = create("x.sigmf-data");
+    nameOnly(create("x.sigmf-meta", metadata));
+    EXPECT_EQ(makeIqPlan(m_options).file.toStdString(), samples);
+    QFile::remove(QString::fromStdString(samples));
+    EXPECT_THAT(problem(), AllOf(HasSubstr("there is no file"), HasSubstr("x.sigmf-data")));
+}
+
+TEST_F(Plan, OptionsComeBeforeMetadata)
+{
+    create("samples.sigmf-meta", metadata);
+    const IqPlan plan = makeIqPlan(m_options);
+    EXPECT_EQ(plan.format, SampleFormat::UnsignedByte);
+    EXPECT_EQ(plan.rateHz, 2e6);
+    EXPECT_EQ(plan.centreHz, 1090e6);
+    EXPECT_EQ(plan.startTime, 1'795'249'800'000'000U);
+}
+
+TEST_F(Plan, WrongMetadataAreReported)
+{
+    create("x.sigmf-meta", "{}");
+    nameOnly(create("x.sigmf-data"));
+    EXPECT_THAT(problem(), HasSubstr("x.sigmf-meta cannot be used"));
+}
+
+TEST_F(Plan, AnUnsupportedDataTypeIsNamed)
+{
+    create("x.sigmf-meta", R"({"global": {"core:datatype": "rf64_be"}, "captures": [{}]})");
+    nameOnly(create("x.sigmf-data"));
+    EXPECT_THAT(problem(), AllOf(HasSubstr("rf64_be"), HasSubstr("cf32_le")));
+}
+
+TEST_F(Plan, TheSuffixTellsTheFormatWhereNothingElseDoes)
+{
+    m_options.format.clear();
+    m_options.file = create("x.CF32");
+    EXPECT_EQ(makeIqPlan(m_options).format, SampleFormat::FloatLe);
+}
+
+TEST_F(Plan, MissingInputIsReported)
+{
+    m_options.file = m_directory.filePath(QStringLiteral("none.cu8")).toStdString();
+    EXPECT_THAT(problem(), AllOf(HasSubstr("there is no file"), HasSubstr("none.cu8")));
+    m_options.file = m_directory.path().toStdString();
+    EXPECT_THAT(problem(), HasSubstr("is a directory"));
+}
+
+TEST_F(Plan, WhatIsNotKnownIsAskedFor)
+{
+    nameOnly(create("x.sigmf-data"));
+    EXPECT_THAT(problem(), AllOf(HasSubstr("--format"), HasSubstr("core:datatype"), HasSubstr("x.sigmf-meta")));
+    m_options.format = "cu8";
+    EXPECT_THAT(problem(), AllOf(HasSubstr("--rate"), HasSubstr("core:sample_rate")));
+    m_options.rateHz = 1e6;
+    EXPECT_THAT(problem(), AllOf(HasSubstr("--centre"), HasSubstr("core:frequency")));
+    m_options.centreHz = 1e8;
+    EXPECT_EQ(problem(), "no problem");
+}
+
+TEST_F(Plan, StandardInputHasNoMetadata)
+{
+    nameOnly("-");
+    EXPECT_THAT(problem(), AllOf(HasSubstr("--format"), testing::Not(HasSubstr("sigmf"))));
+}
+
+TEST_F(Plan, NumbersOutOfRangeAreReported)
+{
+    const auto check = [this](auto change, const char* expected) {
+        const IqOptions good = m_options;
+        change(m_options);
+        EXPECT_THAT(problem(), HasSubstr(expected));
+        m_options = good;
+    };
+    check([](IqOptions& o) { o.rateHz = 0; }, "sample rate must be");
+    check([](IqOptions& o) { o.rateHz = -1; }, "sample rate must be");
+    check([](IqOptions& o) { o.rateHz = std::nan(""); }, "sample rate must be");
+    check([](IqOptions& o) { o.centreHz = std::nan(""); }, "centre frequency must be");
+    check([](IqOptions& o) { o.fftSize = 15; }, "FFT size");
+    check([](IqOptions& o) { o.fftSize = 1025; }, "FFT size");
+    check([](IqOptions& o) { o.fftSize = 2'000'000; }, "FFT size");
+    check([](IqOptions& o) { o.overlapPercent = 96; }, "overlap");
+    check([](IqOptions& o) { o.overlapPercent = -1; }, "overlap");
+    check([](IqOptions& o) { o.average = 1'000'001; }, "averaged");
+    check([](IqOptions& o) { o.window = "kaiser"; }, "kaiser");
+    check([](IqOptions& o) { o.format = "cu9"; }, "cu9");
+    check([](IqOptions& o) { o.start = "now"; }, "--start now");
+    check([](IqOptions& o) { o.spectrum = "af"; }, "rf or if");
+}
+
+TEST_F(Plan, TheOverlapSetsTheAdvance)
+{
+    m_options.overlapPercent = 50;
+    EXPECT_EQ(makeIqPlan(m_options).advance, 512U);
+    m_options.fftSize = 16;
+    m_options.overlapPercent = 95;
+    EXPECT_EQ(makeIqPlan(m_options).advance, 1U);
+}
+
+TEST_F(Plan, ASpectrumLastsFourMillisecondsUnlessSaidOtherwise)
+{
+    EXPECT_EQ(makeIqPlan(m_options).average, 8U);  // 8 * 1024 samples are 4.096 ms
+    m_options.overlapPercent = 50;
+    EXPECT_EQ(makeIqPlan(m_options).average, 16U);
+    m_options.rateHz = 48000;
+    EXPECT_EQ(makeIqPlan(m_options).average, 1U);
+    m_options.average = 3;
+    EXPECT_EQ(makeIqPlan(m_options).average, 3U);
+}
+
+}  // namespace

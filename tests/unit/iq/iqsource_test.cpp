@@ -1,0 +1,288 @@
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <values/maps.h>
+#include <values/selection.h>
+#include <values/tree.h>
+#include <values/value.h>
+
+#include "iq/iqsource.h"
+#include "iqtesting.h"
+
+namespace {
+
+using recstation::IqOptions;
+using recstation::Source;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using LevelMap = values::FastValueMap<float, values::levelHandler>;
+
+constexpr std::size_t fftSize = 1024;
+constexpr unsigned long long start = 1'795'249'800'000'000;  // 2026-11-21 08:30:00 UTC
+
+class IqSource : public testing::Test {
+protected:
+    IqSource()
+    {
+        m_options.format = "cf32_le";
+        m_options.rateHz = 1e6;
+        m_options.centreHz = 100e6;
+        m_options.start = "2026-11-21T08:30:00Z";
+        m_options.average = 1;
+    }
+
+    // Writes the input and prepares the source over it.
+    void prepare(const QByteArray& bytes)
+    {
+        const QString path = m_directory.filePath(QStringLiteral("capture one.bin"));
+        iqtesting::writeFile(path, bytes);
+        m_options.file = path.toStdString();
+        m_source = recstation::makeIqSource(
+            m_options, [this](const QString& sentence) { m_reports.push_back(sentence.toStdString()); });
+        m_source->prepare();
+    }
+    std::string problem(const QByteArray& bytes)
+    {
+        try {
+            prepare(bytes);
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "no problem";
+    }
+    // Runs to the end and gives the times of the steps.
+    std::vector<unsigned long long> run()
+    {
+        std::vector<unsigned long long> times;
+        while (const auto time = m_source->nextTime()) {
+            times.push_back(*time);
+            m_source->step();
+        }
+        return times;
+    }
+    template <typename T>
+    const T& value(const char* path) const
+    {
+        const auto* found = dynamic_cast<const T*>(m_tree.Find(QString::fromLatin1(path)));
+        if (found == nullptr) {
+            throw std::runtime_error(std::string("no such value: ") + path);
+        }
+        return *found;
+    }
+    [[nodiscard]] double number(const char* path) const { return value<values::ValueNumeric<double>>(path).GetValue(); }
+    [[nodiscard]] QString text(const char* path) const { return value<values::Value<QString>>(path).GetValue(); }
+    [[nodiscard]] const LevelMap& rfSpectrum() const { return value<LevelMap>("/Devices/Rx1/Scn/RfSpectrum"); }
+
+    values::Tree m_tree;
+    QTemporaryDir m_directory;
+    IqOptions m_options;
+    std::vector<std::string> m_reports;
+    std::unique_ptr<Source> m_source;
+};
+
+TEST_F(IqSource, AToneComesOutAtItsFrequencyAndLevelInEveryFormat)
+{
+    using Encode = QByteArray (*)(const iqtesting::Samples&);
+    const std::pair<const char*, Encode> formats[] = {
+        {"cu8", iqtesting::asUnsignedBytes}, {"ci16_le", iqtesting::asSignedShorts}, {"cf32_le", iqtesting::asFloats}};
+    for (const auto& [name, encode] : formats) {
+        for (const double channel : {-400.0, -37.25, 0.5, 12.0, 300.75, 510.5}) {
+            m_options.format = name;
+            prepare(encode(iqtesting::tone(1024, channel, 1024, 0.5)));
+            run();
+            const auto cells = rfSpectrum().GetCells();
+            const auto peak = std::max_element(cells.begin(), cells.end());
+            const double stepHz = 1e6 / 1024;
+            const double peakHz =
+                rfSpectrum().GetChannelRange().frequencyHz(static_cast<std::size_t>(peak - cells.begin()));
+            EXPECT_NEAR(static_cast<double>(*peak), -6.02, 0.1) << name << " " << channel;
+            EXPECT_NEAR(peakHz, 100e6 + channel * stepHz, stepHz) << name << " " << channel;
+            EXPECT_NEAR(number("/LEVEL"), -6.02, 0.05) << name << " " << channel;
+        }
+    }
+}
+
+TEST_F(IqSource, TheReceiversSettingsAreThereBeforeTheFirstStep)
+{
+    prepare(iqtesting::asFloats(iqtesting::noise(2048, 1e-3)));
+    EXPECT_EQ(number("/Devices/Rx1/Scn/StartFreq"), 99.5e6);
+    EXPECT_EQ(number("/Devices/Rx1/Scn/StopFreq"), 100.5e6);
+    EXPECT_EQ(number("/Devices/Rx1/Scn/StepFreq"), 1e6 / 1024);
+    EXPECT_EQ(number("/Devices/Rx1/Scn/StartLevel"), -140);
+    EXPECT_EQ(number("/Devices/Rx1/Scn/StopLevel"), 0);
+    EXPECT_EQ(value<values::ValueNumericWithOffset<double>>("/FREQUENCY").GetValue(), 100e6);
+    EXPECT_EQ(value<values::ValueSelection>("/IFSPAN").GetCurrentValue(), 1e6);
+    EXPECT_EQ(value<values::ValueSelection>("/Devices/Rx1/Gen/DRVCOMMANDS").GetCurrentKey(), 5);
+    EXPECT_EQ(text("/Devices/Rx1/Adm/DRIVERNAME"), QStringLiteral("capture one"));
+    EXPECT_EQ(text("/Devices/Rx1/Adm/DEVICE_TYPE"), QStringLiteral("IQ samples cf32_le"));
+    EXPECT_EQ(rfSpectrum().GetChannelRange(), values::ChannelRange::Even(99.5e6, 1e6 / 1024, 1024));
+    EXPECT_EQ(rfSpectrum().GetTimeStamp(), 0U);
+    EXPECT_EQ(m_tree.Find(QStringLiteral("/IfMapping")), nullptr);
+}
+
+TEST_F(IqSource, AnIfSpectrumGoesWithAModeInWhichItIsRecorded)
+{
+    m_options.spectrum = "if";
+    m_options.valuePath = QStringLiteral("/Devices/Rx9");
+    prepare(iqtesting::asFloats(iqtesting::noise(1024, 1e-3)));
+    run();
+    EXPECT_EQ(value<values::ValueSelection>("/Devices/Rx9/Gen/DRVCOMMANDS").GetCurrentKey(), 23);
+    EXPECT_EQ(value<LevelMap>("/IfMapping").GetTimeStamp(), start);
+    EXPECT_EQ(m_tree.Find(QStringLiteral("/Devices/Rx9/Scn/RfSpectrum")), nullptr);
+}
+
+TEST_F(IqSource, ASpectrumsTimeIsThatOfItsFirstSample)
+{
+    m_options.rateHz = 3e6;
+    m_options.average = 2;
+    m_options.overlapPercent = 50;
+    prepare(iqtesting::asFloats(iqtesting::noise(4096, 1e-3)));
+    // Spectra begin every 1,024 samples; 341.33 microseconds.
+    EXPECT_THAT(run(), ElementsAre(start, start + 341, start + 683));
+    EXPECT_EQ(rfSpectrum().GetTimeStamp(), start + 683);
+    EXPECT_EQ(m_source->report().used, 3U);
+}
+
+TEST_F(IqSource, TheTimeIsTheSameHoweverOftenItIsAsked)
+{
+    prepare(iqtesting::asFloats(iqtesting::noise(2048, 1e-3)));
+    EXPECT_EQ(m_source->nextTime(), start);
+    EXPECT_EQ(m_source->nextTime(), start);
+    m_source->step();
+    EXPECT_EQ(m_source->nextTime(), start + 1024);
+}
+
+TEST_F(IqSource, TheLevelOfNoiseIsItsPower)
+{
+    m_options.average = 100;
+    prepare(iqtesting::asFloats(iqtesting::noise(100 * fftSize, 1e-5)));
+    run();
+    EXPECT_NEAR(number("/LEVEL"), -50, 0.1);
+    double sum = 0;
+    for (const float level : rfSpectrum().GetCells()) {
+        sum += static_cast<double>(level);
+    }
+    // 1,024 channels share the power, each takes in 5.76 dB more than its width.
+    EXPECT_NEAR(sum / 1024, -50 - 30.10 + 5.76, 0.1);
+}
+
+TEST_F(IqSource, TheSpectrumIsShownBeforeTheLevel)
+{
+    struct Order final : IObserver {
+        void Update(void* subject, TChangeCode /*code*/) override { subjects.push_back(subject); }
+        std::vector<void*> subjects;
+    } order;
+    prepare(iqtesting::asFloats(iqtesting::noise(1024, 1e-3)));
+    values::ValueBase* spectrum = m_tree.Find(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum"));
+    values::ValueBase* level = m_tree.Find(QStringLiteral("/LEVEL"));
+    spectrum->AddObserver(&order);
+    level->AddObserver(&order);
+    run();
+    EXPECT_THAT(order.subjects, ElementsAre(spectrum, level));
+    spectrum->RemoveObserver(&order);
+    level->RemoveObserver(&order);
+}
+
+TEST_F(IqSource, SamplesThatFillNoSpectrumAreSkippedAndReported)
+{
+    m_options.average = 2;
+    prepare(iqtesting::asFloats(iqtesting::noise(2048 + 1500, 1e-3)));
+    EXPECT_EQ(run().size(), 1U);
+    EXPECT_THAT(m_reports, ElementsAre(HasSubstr("the last 1500 samples")));
+    EXPECT_EQ(m_source->report().skipped, 1U);
+    EXPECT_EQ(m_source->report().bad, 0U);
+}
+
+TEST_F(IqSource, WithOverlapOnlyUnusedSamplesAreSkipped)
+{
+    m_options.overlapPercent = 50;
+    prepare(iqtesting::asFloats(iqtesting::noise(1024 + 512 + 7, 1e-3)));
+    EXPECT_EQ(run().size(), 2U);
+    EXPECT_THAT(m_reports, ElementsAre(HasSubstr("the last 7 samples")));
+}
+
+TEST_F(IqSource, AnInputThatEndsWithASpectrumHasNothingToReport)
+{
+    prepare(iqtesting::asFloats(iqtesting::noise(2048, 1e-3)));
+    EXPECT_EQ(run().size(), 2U);
+    EXPECT_THAT(m_reports, IsEmpty());
+    EXPECT_EQ(m_source->report().skipped, 0U);
+}
+
+TEST_F(IqSource, ACutLastSampleIsReported)
+{
+    m_options.format = "cu8";
+    prepare(iqtesting::asUnsignedBytes(iqtesting::noise(1024, 1e-3)) + 'x');
+    EXPECT_EQ(run().size(), 1U);
+    EXPECT_THAT(m_reports, ElementsAre(HasSubstr("1 bytes that are no whole sample")));
+    EXPECT_EQ(m_source->report().bad, 1U);
+}
+
+TEST_F(IqSource, SpectraWithSamplesThatAreNoNumbersAreLeftOutAndReportedOnceARun)
+{
+    iqtesting::Samples samples = iqtesting::noise(6 * fftSize, 1e-3);
+    samples[fftSize + 5] = {std::nan(""), 0};
+    samples[2 * fftSize] = {0, std::numeric_limits<double>::infinity()};
+    samples[5 * fftSize + 1023] = {0, std::nan("")};
+    prepare(iqtesting::asFloats(samples));
+    EXPECT_THAT(run(), ElementsAre(start, start + 3 * fftSize, start + 4 * fftSize));
+    EXPECT_THAT(m_reports, ElementsAre(testing::AllOf(HasSubstr("from sample 1024 on"), HasSubstr(": 2")),
+                                       testing::AllOf(HasSubstr("from sample 5120 on"), HasSubstr(": 1"))));
+    EXPECT_EQ(m_source->report().bad, 3U);
+    EXPECT_EQ(m_source->report().used, 3U);
+}
+
+TEST_F(IqSource, AnInputWithoutAWholeSpectrumIsAnError)
+{
+    EXPECT_THAT(problem(QByteArray()), HasSubstr("holds no samples"));
+    EXPECT_THAT(problem(iqtesting::asFloats(iqtesting::noise(1023, 1e-3))), HasSubstr("holds no whole spectrum"));
+    EXPECT_EQ(m_source->report().used, 0U);
+}
+
+TEST_F(IqSource, APathThatAnotherKindOfValueHoldsIsAnError)
+{
+    values::ValuePtr<values::Value<bool>> other;
+    other.Attach(QStringLiteral("/LEVEL"));
+    EXPECT_THAT(problem(iqtesting::asFloats(iqtesting::noise(1024, 1e-3))), HasSubstr("/LEVEL"));
+}
+
+TEST_F(IqSource, TheCommandLineFillsTheOptions)
+{
+    CLI::App command;
+    IqOptions options;
+    recstation::addIqOptions(command, options);
+    command.parse(
+        "- --rate 2e6 --centre 1090e6 --format cu8 --fft 512 --overlap 50 --average 3 --as if --window hann "
+        "--start 2026-11-21T08:30:00Z");
+    EXPECT_EQ(options.file, "-");
+    EXPECT_EQ(options.rateHz, 2e6);
+    EXPECT_EQ(options.centreHz, 1090e6);
+    EXPECT_EQ(options.format, "cu8");
+    EXPECT_EQ(options.fftSize, 512U);
+    EXPECT_EQ(options.overlapPercent, 50);
+    EXPECT_EQ(options.average, 3U);
+    EXPECT_EQ(options.spectrum, "if");
+    EXPECT_EQ(options.window, "hann");
+    EXPECT_EQ(options.start, "2026-11-21T08:30:00Z");
+}
+
+TEST_F(IqSource, WhatTheCommandLineLeavesOutIsLeftToTheMetadata)
+{
+    CLI::App command;
+    IqOptions options;
+    recstation::addIqOptions(command, options);
+    command.parse("x.sigmf-data");
+    EXPECT_FALSE(options.rateHz || options.centreHz);
+    EXPECT_TRUE(options.format.empty() && options.start.empty());
+}
+
+}  // namespace

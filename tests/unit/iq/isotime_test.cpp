@@ -1,0 +1,45 @@
+#include <gtest/gtest.h>
+
+#include "iq/isotime.h"
+
+namespace {
+
+using recstation::parseIsoTime;
+
+constexpr unsigned long long halfPastEight = 1'795'249'800'000'000;  // 2026-11-21 08:30:00 UTC
+
+TEST(IsoTime, ATimeInUtcIsReadToTheMicrosecond)
+{
+    EXPECT_EQ(parseIsoTime("2026-11-21T08:30:00Z"), halfPastEight);
+    EXPECT_EQ(parseIsoTime("2026-11-21T08:30:00.25Z"), halfPastEight + 250'000);
+    EXPECT_EQ(parseIsoTime("2026-11-21T08:30:00.000001Z"), halfPastEight + 1);
+    EXPECT_EQ(parseIsoTime("2026-11-21T08:30:00.1234569Z"), halfPastEight + 123'456);
+}
+
+TEST(IsoTime, ATimeWithoutZoneIsUtc)
+{
+    EXPECT_EQ(parseIsoTime("2026-11-21T08:30:00"), halfPastEight);
+}
+
+TEST(IsoTime, AnOffsetIsTakenIntoAccount)
+{
+    EXPECT_EQ(parseIsoTime("2026-11-21T10:30:00+02:00"), halfPastEight);
+    EXPECT_EQ(parseIsoTime("2026-11-21T05:00:00.5-03:30"), halfPastEight + 500'000);
+}
+
+TEST(IsoTime, OtherTextsAreNone)
+{
+    for (const char* text : {"", "now", "2026-11-21", "2026-11-21 08:30:00Z", "2026-13-21T08:30:00Z",
+                             "2026-11-21T25:30:00Z", "2026-11-21T08:30:00.Z", "2026-11-21T08:30:00Zulu"}) {
+        EXPECT_FALSE(parseIsoTime(text)) << text;
+    }
+}
+
+TEST(IsoTime, TimesThatRecordingsCannotHoldAreNone)
+{
+    EXPECT_FALSE(parseIsoTime("1969-12-31T23:59:59Z"));
+    EXPECT_FALSE(parseIsoTime("1970-01-01T00:00:00Z"));
+    EXPECT_EQ(parseIsoTime("1970-01-01T00:00:00.000001Z"), 1U);
+}
+
+}  // namespace

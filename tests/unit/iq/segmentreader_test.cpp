@@ -1,0 +1,99 @@
+#include <algorithm>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "iq/segmentreader.h"
+
+namespace {
+
+using recstation::SampleFormat;
+using recstation::SampleInput;
+using recstation::SegmentReader;
+using testing::ElementsAre;
+
+// Gives the bytes in small helpings, as a pipe does.
+SampleInput helpings(std::string bytes, std::size_t most)
+{
+    return [bytes = std::move(bytes), most, at = std::size_t{0}](char* buffer, std::size_t size) mutable {
+        const std::size_t count = std::min({size, most, bytes.size() - at});
+        std::copy_n(bytes.data() + at, count, buffer);
+        at += count;
+        return count;
+    };
+}
+
+// Samples whose real parts, as bytes, are 0, 1, 2, ...
+std::string numbered(int count)
+{
+    std::string bytes;
+    for (int i = 0; i < count; ++i) {
+        bytes += static_cast<char>(i);
+        bytes += static_cast<char>(200);
+    }
+    return bytes;
+}
+
+std::vector<int> numbers(std::span<const std::complex<double>> segment)
+{
+    std::vector<int> out;
+    for (const std::complex<double>& sample : segment) {
+        out.push_back(static_cast<int>(sample.real() * 127.5 + 127.5 + 0.25));
+    }
+    return out;
+}
+
+TEST(SegmentReader, SegmentsFollowEachOther)
+{
+    SegmentReader reader(helpings(numbered(6), 100), SampleFormat::UnsignedByte, 3, 3);
+    EXPECT_THAT(numbers(reader.next()), ElementsAre(0, 1, 2));
+    EXPECT_THAT(numbers(reader.next()), ElementsAre(3, 4, 5));
+    EXPECT_TRUE(reader.next().empty());
+    EXPECT_EQ(reader.samplesRead(), 6U);
+}
+
+TEST(SegmentReader, OverlappingSegmentsShareTheirSamples)
+{
+    SegmentReader reader(helpings(numbered(7), 100), SampleFormat::UnsignedByte, 4, 1);
+    EXPECT_THAT(numbers(reader.next()), ElementsAre(0, 1, 2, 3));
+    EXPECT_THAT(numbers(reader.next()), ElementsAre(1, 2, 3, 4));
+    EXPECT_THAT(numbers(reader.next()), ElementsAre(2, 3, 4, 5));
+    EXPECT_THAT(numbers(reader.next()), ElementsAre(3, 4, 5, 6));
+    EXPECT_TRUE(reader.next().empty());
+}
+
+TEST(SegmentReader, AnInputThatGivesOneByteAtATimeIsWaitedFor)
+{
+    SegmentReader reader(helpings(numbered(5), 1), SampleFormat::UnsignedByte, 2, 2);
+    EXPECT_THAT(numbers(reader.next()), ElementsAre(0, 1));
+    EXPECT_THAT(numbers(reader.next()), ElementsAre(2, 3));
+    EXPECT_TRUE(reader.next().empty());
+    EXPECT_EQ(reader.samplesRead(), 5U);
+    EXPECT_EQ(reader.bytesLeftOver(), 0U);
+}
+
+TEST(SegmentReader, BytesThatAreNoWholeSampleAreCounted)
+{
+    SegmentReader reader(helpings(std::string(4 * 5 + 3, 'x'), 100), SampleFormat::SignedShortLe, 4, 4);
+    EXPECT_EQ(reader.next().size(), 4U);
+    EXPECT_TRUE(reader.next().empty());
+    EXPECT_EQ(reader.samplesRead(), 5U);
+    EXPECT_EQ(reader.bytesLeftOver(), 3U);
+}
+
+TEST(SegmentReader, AfterTheEndTheInputIsNotAskedAgain)
+{
+    int calls = 0;
+    SegmentReader reader(
+        [&calls](char*, std::size_t) {
+            ++calls;
+            return std::size_t{0};
+        },
+        SampleFormat::FloatLe, 4, 4);
+    EXPECT_TRUE(reader.next().empty());
+    EXPECT_TRUE(reader.next().empty());
+    EXPECT_EQ(calls, 1);
+}
+
+}  // namespace
