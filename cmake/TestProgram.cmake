@@ -7,6 +7,9 @@ function(recording2_test name)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE project_settings ${ARG_LINK} GTest::gmock GTest::gtest GTest::gtest_main)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/test-programs")
+  if(NOT ARG_LABELS)
+    set(ARG_LABELS unit)
+  endif()
   gtest_discover_tests(
     ${name}
     DISCOVERY_MODE PRE_TEST
