@@ -105,7 +105,8 @@ void Station::addSources(const Options& options)
     if (options.iq) {
         IqOptions iq = *options.iq;
         iq.valuePath = receiverOf(m_configuration).valuePath;
-        m_scheduler.add(makeIqSource(iq));
+        m_scheduler.add(makeIqSource(
+            iq, [this](const QString& sentence) { m_messages.message(QStringLiteral("iq: ") + sentence); }));
     }
 #endif
     if (options.bearings) {

@@ -250,6 +250,9 @@ bool CRecording::TakeIfSpan(const values::ValueBase& value)
 
 void CRecording::TakeLevelFields(std::int32_t typeId, const values::ValueBase& value)
 {
+    if (!isOneOf(typeId, {StartLevel, StopLevel, RfYLimit})) {
+        return;
+    }
     const auto* number = dynamic_cast<const values::ValueNumeric<double>*>(&value);
     if (number == nullptr) {
         return;
@@ -285,13 +288,8 @@ void CRecording::AssignFields(std::int32_t typeId, const values::ValueBase& valu
                 LetScanRangeFollow();
             }
             break;
-        case StartLevel:
-        case StopLevel:
-        case RfYLimit:
-            TakeLevelFields(typeId, value);
-            break;
         default:
-            break;
+            TakeLevelFields(typeId, value);
     }
 }
 
@@ -329,13 +327,8 @@ void CRecording::TrackFields(std::int32_t typeId, const values::ValueBase& value
                 ComputeRange();
             }
             break;
-        case StartLevel:
-        case StopLevel:
-        case RfYLimit:
-            TakeLevelFields(typeId, value);
-            break;
         default:
-            break;
+            TakeLevelFields(typeId, value);
     }
 }
 

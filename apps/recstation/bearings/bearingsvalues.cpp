@@ -4,36 +4,13 @@
 #include <cmath>
 #include <stdexcept>
 
+#include "attachedvalue.h"
+
 namespace recstation {
 
 namespace {
 
 constexpr double fullCircle = 360;
-
-template <typename T>
-void attach(values::ValuePtr<T>& value, const QString& path)
-{
-    value.Attach(path);
-    const values::Tree* tree = values::Tree::Instance();
-    if (tree == nullptr || tree->Find(path) != value.get()) {
-        throw std::runtime_error("bearings: the value " + path.toStdString() +
-                                 " is already there as another kind of value");
-    }
-}
-
-void setNumber(const QString& path, double number)
-{
-    values::ValuePtr<values::ValueNumeric<double>> value;
-    attach(value, path);
-    value->SetValue(number);
-}
-
-void setText(const QString& path, const QString& text)
-{
-    values::ValuePtr<values::Value<QString>> value;
-    attach(value, path);
-    value->SetValue(text);
-}
 
 // The recorder makes it a part of file names, which must not have separators and end at a dot.
 QString forFileNames(QString name)
@@ -58,16 +35,16 @@ BearingsValues::BearingsValues(const LogSurvey& survey, double headingDeg, const
     setNumber(valuePath + QStringLiteral("/Scn/StartFreq"), m_channelsHz.front());
     setNumber(valuePath + QStringLiteral("/Scn/StopFreq"), m_channelsHz.back());
     setNumber(QStringLiteral("/TRUEHEADING"), std::fmod(headingDeg + fullCircle, fullCircle));
-    attach(m_frequency, QStringLiteral("/FREQUENCY"));
+    attachValue(m_frequency, QStringLiteral("/FREQUENCY"));
     if (survey.hasPosition) {
-        attach(m_latitude, QStringLiteral("/LOCATIONLATITUDE"));
-        attach(m_longitude, QStringLiteral("/LOCATIONLONGITUDE"));
+        attachValue(m_latitude, QStringLiteral("/LOCATIONLATITUDE"));
+        attachValue(m_longitude, QStringLiteral("/LOCATIONLONGITUDE"));
     }
     if (survey.hasAltitude) {
-        attach(m_altitude, QStringLiteral("/ALTITUDE"));
+        attachValue(m_altitude, QStringLiteral("/ALTITUDE"));
     }
     showReceiver(survey.first);
-    attach(m_map, QStringLiteral("/DfSpectrum"));
+    attachValue(m_map, QStringLiteral("/DfSpectrum"));
     m_map->SetChannelRange(values::ChannelRange::List(m_channelsHz));
 }
 

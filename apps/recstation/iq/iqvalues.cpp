@@ -2,11 +2,12 @@
 
 #include <cmath>
 #include <memory>
-#include <stdexcept>
 
 #include <QFileInfo>
 
 #include <values/selection.h>
+
+#include "attachedvalue.h"
 
 namespace recstation {
 
@@ -19,41 +20,15 @@ constexpr std::int32_t fixedFrequencyKey = 23;
 constexpr double lowestShownDb = -140;
 constexpr double highestShownDb = 0;
 
-template <typename T>
-void attach(values::ValuePtr<T>& value, const QString& path)
-{
-    value.Attach(path);
-    const values::Tree* tree = values::Tree::Instance();
-    if (tree == nullptr || tree->Find(path) != value.get()) {
-        throw std::runtime_error("iq: the value " + path.toStdString() + " is already there as another kind of value");
-    }
-}
-
-void setNumber(const QString& path, double number)
-{
-    values::ValuePtr<values::ValueNumeric<double>> value;
-    attach(value, path);
-    value->SetValue(number);
-}
-
-void setText(const QString& path, const QString& text)
-{
-    values::ValuePtr<values::Value<QString>> value;
-    attach(value, path);
-    value->SetValue(text);
-}
-
 void setFrequency(const QString& path, double frequencyHz)
 {
-    values::ValuePtr<values::ValueNumericWithOffset<double>> value;
-    attach(value, path);
-    value->SetValue(frequencyHz);
+    setValue<values::ValueNumericWithOffset<double>>(path, frequencyHz);
 }
 
 void select(const QString& path, const QString& name, double number, std::int32_t key)
 {
     values::ValuePtr<values::ValueSelection> value;
-    attach(value, path);
+    attachValue(value, path);
     value->AddItem(std::make_unique<values::SelectionItem>(name, number, key).release());
     value->Select(name);
 }
@@ -87,8 +62,8 @@ IqValues::IqValues(const IqPlan& plan, const QString& valuePath)
     setNumber(scan + QStringLiteral("StepFreq"), stepHz);
     setNumber(scan + QStringLiteral("StartLevel"), lowestShownDb);
     setNumber(scan + QStringLiteral("StopLevel"), highestShownDb);
-    attach(m_level, QStringLiteral("/LEVEL"));
-    attach(m_spectrum, plan.ifSpectrum ? QStringLiteral("/IfMapping") : scan + QStringLiteral("RfSpectrum"));
+    attachValue(m_level, QStringLiteral("/LEVEL"));
+    attachValue(m_spectrum, plan.ifSpectrum ? QStringLiteral("/IfMapping") : scan + QStringLiteral("RfSpectrum"));
     m_spectrum->SetChannelRange(values::ChannelRange::Even(startHz, stepHz, plan.fftSize));
 }
 
