@@ -3,6 +3,7 @@
 #include <limits>
 #include <optional>
 #include <set>
+#include <utility>
 
 #include "commands.h"
 #include "json.h"
@@ -11,7 +12,6 @@
 #include "recordedvalues.h"
 #include "recordingtime.h"
 #include "table.h"
-#include "text.h"
 #include "typenames.h"
 
 namespace RecTool {
@@ -34,36 +34,20 @@ struct Selection {
     }
 };
 
-bool takeTime(const char* option, const std::string& text, std::uint64_t& time)
-{
-    if (text.empty()) {
-        return true;
-    }
-    const std::optional<std::uint64_t> parsed = parseTime(text);
-    if (!parsed) {
-        complain(option, "\"" + text + "\" is not a time. Expected: " + TimeForms + ".");
-        return false;
-    }
-    time = *parsed;
-    return true;
-}
-
-std::optional<Selection> makeSelection(const CatOptions& options, const TypeNames& names)
+std::optional<Selection> makeSelection(const CatOptions& options, const Inspection::Summary& summary,
+                                       const TypeNames& names)
 {
     Selection selection;
-    if (!takeTime("--from", options.from, selection.from) || !takeTime("--to", options.to, selection.to)) {
+    if (!takeTime("--from", options.from, summary, selection.from) ||
+        !takeTime("--to", options.to, summary, selection.to)) {
         return std::nullopt;
     }
     selection.anyTime = options.from.empty() && options.to.empty();
-    for (const std::string& type : options.types) {
-        const std::optional<std::int32_t> number = names.numberOf(type);
-        if (!number) {
-            complain(options.file,
-                     "There is no type \"" + type + "\" in the recording. Its types: " + names.allKeywords() + ".");
-            return std::nullopt;
-        }
-        selection.codes.insert(*number);
+    std::optional<std::set<std::int32_t>> codes = takeTypes(options.file, options.types, names);
+    if (!codes) {
+        return std::nullopt;
     }
+    selection.codes = std::move(*codes);
     return selection;
 }
 
@@ -91,23 +75,14 @@ public:
 private:
     void printLine(const Inspection::Record& record, const values::ValueBase* value) const
     {
-        constexpr std::size_t MostBytes = 64;
         const std::string time = isKnown(record) ? std::to_string(record.timeMs) : "?";
         std::cout << paddedInFront(time, m_timeWidth) << "  " << padded(m_names.label(record.code), m_labelWidth)
-                  << "  " << (value != nullptr ? describe(*value) : escaped(record.data, MostBytes)) << '\n';
+                  << "  " << describe(record, value) << '\n';
     }
 
     void printJson(const Inspection::Record& record, const values::ValueBase* value) const
     {
-        const Inspection::TypeEntry* type = m_names.find(record.code);
-        const Json json = {{"timeMs", isKnown(record) ? Json(record.timeMs) : Json()},
-                           {"position", record.position},
-                           {"code", record.code},
-                           {"keyword", type != nullptr ? Json(fromLatin1(type->keyword)) : Json()},
-                           {"path", type != nullptr ? Json(fromLatin1(type->valuePath)) : Json()},
-                           {"value", value != nullptr ? toJson(*value) : Json()},
-                           {"data", dataToJson(record.data)}};
-        std::cout << dump(json, -1) << '\n';
+        std::cout << dump(toJson(record, value, m_names), -1) << '\n';
     }
 
     static bool isKnown(const Inspection::Record& record) { return record.timeMs != 0; }
@@ -128,7 +103,7 @@ ExitCode cat(const CatOptions& options)
         return ExitCode::CannotRead;
     }
     const TypeNames names(summary.types);
-    const std::optional<Selection> selection = makeSelection(options, names);
+    const std::optional<Selection> selection = makeSelection(options, summary, names);
     if (!selection) {
         return ExitCode::Usage;
     }

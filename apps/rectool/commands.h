@@ -8,9 +8,9 @@ namespace RecTool {
 
 enum class ExitCode : int {
     Fine = 0,
-    Usage = 1,
-    CannotRead = 2,
-    Damaged = 3,  ///< read, but not all of the file is sound
+    Usage = 1,       ///< wrong arguments, or a change that was not confirmed
+    CannotRead = 2,  ///< or not written
+    Damaged = 3,     ///< read, but not all of the file is sound
 };
 
 struct InfoOptions {
@@ -33,5 +33,56 @@ struct CatOptions {
     bool json = false;
 };
 ExitCode cat(const CatOptions& options);
+
+struct BookmarkAddOptions {
+    std::string file;
+    std::string time;  ///< a time of the recording
+    std::string text;
+    bool yes = false;  ///< change the file without asking, here and below
+};
+ExitCode addBookmark(const BookmarkAddOptions& options);
+
+struct BookmarkRemoveOptions {
+    std::string file;
+    std::string time;  ///< a time of the recording
+    bool yes = false;
+};
+ExitCode removeBookmark(const BookmarkRemoveOptions& options);
+
+/// What all verbs that list one table of a file take.
+struct ListOptions {
+    std::string file;
+    bool json = false;
+};
+ExitCode listBookmarks(const ListOptions& options);
+ExitCode listRanges(const ListOptions& options);
+
+struct RangeClearOptions {
+    std::string file;
+    bool yes = false;
+};
+ExitCode clearRanges(const RangeClearOptions& options);
+
+struct RangeRebuildOptions {
+    std::string file;
+    std::vector<std::string> types;  ///< keywords or numbers; empty: the direction-finding spectrum
+    bool yes = false;
+};
+ExitCode rebuildRanges(const RangeRebuildOptions& options);
+
+struct StateOptions {
+    std::string file;
+    std::string at;  ///< a time of the recording
+    bool json = false;
+};
+ExitCode state(const StateOptions& options);
+
+struct MapOptions {
+    std::string file;
+    std::string from;  ///< a time of the recording; empty: from the beginning
+    std::string to;    ///< a time of the recording; empty: to the end
+    bool json = false;
+};
+ExitCode map(const MapOptions& options);
 
 }  // namespace RecTool

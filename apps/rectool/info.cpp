@@ -199,7 +199,7 @@ Json bookmarksJson(const Inspection::Summary& summary)
 {
     Json bookmarks = Json::array();
     for (const Inspection::Bookmark& bookmark : summary.bookmarks) {
-        bookmarks.push_back({{"timeMs", bookmark.timeMs}, {"data", dataToJson(bookmark.text)}});
+        bookmarks.push_back(toJson(bookmark));
     }
     return bookmarks;
 }

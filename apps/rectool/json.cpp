@@ -6,17 +6,20 @@
 
 #include <QByteArray>
 
-#include <values/maps.h>
 #include <values/selection.h>
 #include <values/value.h>
 
+#include "recordedvalues.h"
 #include "text.h"
 
 namespace RecTool {
 
+using Recording2::Inspection::Bookmark;
 using Recording2::Inspection::Finding;
 using Recording2::Inspection::Header;
 using Recording2::Inspection::Readability;
+using Recording2::Inspection::Record;
+using Recording2::Inspection::TypeEntry;
 using values::Bearing;
 using values::BearingHandler;
 using values::CellMap;
@@ -58,6 +61,40 @@ Json toJson(const Finding& finding)
     return {{"offset", finding.offset}, {"text", finding.text}};
 }
 
+Json toJson(const Bookmark& bookmark)
+{
+    return {{"timeMs", bookmark.timeMs}, {"data", dataToJson(bookmark.text)}};
+}
+
+Json toJson(const Record& record, const ValueBase* value, const TypeNames& names)
+{
+    const TypeEntry* type = names.find(record.code);
+    return {{"timeMs", record.timeMs != 0 ? Json(record.timeMs) : Json()},
+            {"position", record.position},
+            {"code", record.code},
+            {"keyword", type != nullptr ? Json(fromLatin1(type->keyword)) : Json()},
+            {"path", type != nullptr ? Json(fromLatin1(type->valuePath)) : Json()},
+            {"value", value != nullptr ? toJson(*value) : Json()},
+            {"data", dataToJson(record.data)}};
+}
+
+Json toJson(const values::ChannelRange& channels)
+{
+    if (channels.isList()) {
+        return {{"channelsHz", channels.channelsHz}};
+    }
+    return {{"startHz", channels.startHz}, {"stepHz", channels.stepHz}, {"count", channels.count}};
+}
+
+// What was not measured is NaN, which JSON has as null.
+Json toJson(const Bearing& bearing)
+{
+    return {{"azimuthDeg", bearing.azimuthDeg},
+            {"elevationDeg", bearing.elevationDeg},
+            {"levelDb", bearing.levelDb},
+            {"quality", bearing.quality}};
+}
+
 namespace {
 
 // Levels are recorded in hundredths; more digits would come from the float alone.
@@ -67,18 +104,10 @@ Json level(float value)
     return std::isfinite(value) ? Json(std::round(double{value} * PerUnit) / PerUnit) : Json();
 }
 
-Json range(const values::ChannelRange& channels)
-{
-    if (channels.isList()) {
-        return {{"channelsHz", channels.channelsHz}};
-    }
-    return {{"startHz", channels.startHz}, {"stepHz", channels.stepHz}, {"count", channels.count}};
-}
-
 Json map(const values::MappingBase& value, Json cells)
 {
     return {
-        {"range", range(value.GetChannelRange())}, {"timeStampUs", value.GetTimeStamp()}, {"cells", std::move(cells)}};
+        {"range", toJson(value.GetChannelRange())}, {"timeStampUs", value.GetTimeStamp()}, {"cells", std::move(cells)}};
 }
 
 Json levelMap(const CellMap<float, values::levelHandler>& value)
@@ -90,26 +119,11 @@ Json levelMap(const CellMap<float, values::levelHandler>& value)
     return map(value, std::move(cells));
 }
 
-// What was not measured is NaN, which JSON has as null.
-Json bearing(const Bearing& cell)
-{
-    return {{"azimuthDeg", cell.azimuthDeg},
-            {"elevationDeg", cell.elevationDeg},
-            {"levelDb", cell.levelDb},
-            {"quality", cell.quality}};
-}
-
-bool isEmpty(const Bearing& cell)
-{
-    return std::isnan(cell.azimuthDeg) && std::isnan(cell.elevationDeg) && std::isnan(cell.levelDb) &&
-           std::isnan(cell.quality);
-}
-
 Json bearingMap(const CellMap<Bearing, BearingHandler>& value)
 {
     Json cells = Json::array();
     for (const Bearing& cell : value.GetCells()) {
-        cells.push_back(isEmpty(cell) ? Json() : bearing(cell));
+        cells.push_back(isEmpty(cell) ? Json() : toJson(cell));
     }
     return map(value, std::move(cells));
 }

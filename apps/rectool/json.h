@@ -6,7 +6,10 @@
 #include <nlohmann/json.hpp>
 
 #include <recording2/inspection/inspection.h>
+#include <values/maps.h>
 #include <values/valuebase.h>
+
+#include "typenames.h"
 
 namespace RecTool {
 
@@ -15,7 +18,13 @@ using Json = nlohmann::ordered_json;
 
 [[nodiscard]] Json toJson(const Recording2::Inspection::Header& header);
 [[nodiscard]] Json toJson(const Recording2::Inspection::Finding& finding);
+[[nodiscard]] Json toJson(const Recording2::Inspection::Bookmark& bookmark);
 [[nodiscard]] Json toJson(const values::ValueBase& value);
+/// @param value null when the record's data is not understood
+[[nodiscard]] Json toJson(const Recording2::Inspection::Record& record, const values::ValueBase* value,
+                          const TypeNames& names);
+[[nodiscard]] Json toJson(const values::ChannelRange& channels);
+[[nodiscard]] Json toJson(const values::Bearing& bearing);
 /// The word for a file that can or cannot be read ("missing").
 [[nodiscard]] const char* name(Recording2::Inspection::Readability readability);
 

@@ -1,6 +1,9 @@
-// rectool: looks into recording files.
+// rectool: looks into recording files and edits what was noted in them.
 #include <exception>
+#include <functional>
 #include <iostream>
+#include <memory>
+#include <string>
 
 #include <CLI/CLI.hpp>
 
@@ -11,49 +14,158 @@ namespace {
 
 using RecTool::ExitCode;
 
-constexpr const char* ExitCodes = "Exit codes: 0 fine, 1 wrong usage, 2 a file cannot be read, 3 a file is damaged.";
+constexpr const char* ExitCodes =
+    "Exit codes: 0 fine, 1 wrong usage or not confirmed, 2 a file cannot be read or written, 3 a file is damaged.";
 
-CLI::App* addInfo(CLI::App& app, RecTool::InfoOptions& options)
+/// What the arguments ask for.
+using Action = std::function<ExitCode()>;
+
+/// A verb whose options live as long as it does; when it is given, they become the action.
+template <typename Options>
+class Verb {
+public:
+    Verb(CLI::App& parent, const char* name, const char* description, ExitCode (*run)(const Options&), Action& action)
+        : m_options(std::make_shared<Options>()), m_app(*parent.add_subcommand(name, description))
+    {
+        m_app.add_option("FILE", m_options->file, "Recording")->required();
+        m_app.callback([options = m_options, run, &action] { action = [options, run] { return run(*options); }; });
+    }
+    [[nodiscard]] Options& options() { return *m_options; }
+    [[nodiscard]] CLI::App& app() { return m_app; }
+    CLI::Option* addTime(const char* name, std::string& time, const std::string& description)
+    {
+        return m_app.add_option(name, time, description)->type_name("TIME");
+    }
+    void addTypes(const char* description)
+    {
+        m_app.add_option("--type", m_options->types, description)
+            ->type_name("TYPE")
+            ->expected(1)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    }
+    void addJson(const char* description) { m_app.add_flag("--json", m_options->json, description); }
+    void addYes() { m_app.add_flag("--yes", m_options->yes, "Change the file without asking"); }
+
+private:
+    std::shared_ptr<Options> m_options;
+    CLI::App& m_app;
+};
+
+const std::string Time = std::string("TIME: ") + RecTool::TimeForms;
+
+void addInfo(CLI::App& app, Action& action)
 {
+    auto options = std::make_shared<RecTool::InfoOptions>();
     CLI::App* verb = app.add_subcommand("info", "Show the header, the tables and the number of records of recordings");
-    verb->add_option("FILE", options.files, "Recordings")->required();
-    verb->add_flag("--json", options.json, "Print one JSON document");
+    verb->add_option("FILE", options->files, "Recordings")->required();
+    verb->add_flag("--json", options->json, "Print one JSON document");
     verb->footer(
         "Examples:\n"
         "  rectool info recording.rec\n"
         "  rectool info --json *.rec");
-    return verb;
+    verb->callback([options, &action] { action = [options] { return RecTool::info(*options); }; });
 }
 
-CLI::App* addTypes(CLI::App& app, RecTool::TypesOptions& options)
+void addTypes(CLI::App& app, Action& action)
 {
-    CLI::App* verb = app.add_subcommand("types", "Show what can be recorded: numbers, keywords, kinds and value paths");
-    verb->add_option("FILE", options.file, "Recording")->required();
-    verb->add_flag("--json", options.json, "Print one JSON document");
-    verb->footer(
+    Verb<RecTool::TypesOptions> verb(
+        app, "types", "Show what can be recorded: numbers, keywords, kinds and value paths", RecTool::types, action);
+    verb.addJson("Print one JSON document");
+    verb.app().footer(
         "Example:\n"
         "  rectool types recording.rec");
-    return verb;
 }
 
-CLI::App* addCat(CLI::App& app, RecTool::CatOptions& options)
+void addCat(CLI::App& app, Action& action)
 {
-    CLI::App* verb = app.add_subcommand("cat", "Show the records, one a line: time in milliseconds, keyword, value");
-    const std::string time = std::string("TIME: ") + RecTool::TimeForms;
-    verb->add_option("FILE", options.file, "Recording")->required();
-    verb->add_option("--from", options.from, "Begin at this time. " + time)->type_name("TIME");
-    verb->add_option("--to", options.to, "End at this time, which is shown too")->type_name("TIME");
-    verb->add_option("--type", options.types, "Only this keyword or type number; may be given several times")
-        ->type_name("TYPE")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    verb->add_flag("--json", options.json, "Print one JSON object a line");
-    verb->footer(
+    Verb<RecTool::CatOptions> verb(app, "cat", "Show the records, one a line: time in milliseconds, keyword, value",
+                                   RecTool::cat, action);
+    verb.addTime("--from", verb.options().from, "Begin at this time. " + Time);
+    verb.addTime("--to", verb.options().to, "End at this time, which is shown too");
+    verb.addTypes("Only this keyword or type number; may be given several times");
+    verb.addJson("Print one JSON object a line");
+    verb.app().footer(
         "Examples:\n"
         "  rectool cat recording.rec\n"
         "  rectool cat recording.rec --from 60000 --to 65000 --type LEVEL --type FREQUENCY\n"
         "  rectool cat --json recording.rec");
-    return verb;
+}
+
+void addBookmark(CLI::App& app, Action& action)
+{
+    CLI::App& bookmark = *app.add_subcommand("bookmark", "Add, remove and list bookmarks");
+    bookmark.require_subcommand(1);
+    Verb<RecTool::BookmarkAddOptions> add(bookmark, "add", "Store a bookmark in the recording", RecTool::addBookmark,
+                                          action);
+    add.addTime("TIME", add.options().time, Time)->required();
+    add.app().add_option("TEXT", add.options().text, "What to call it")->required();
+    add.addYes();
+    add.app().footer(
+        "Examples:\n"
+        "  rectool bookmark add recording.rec 61500 alarm\n"
+        "  rectool bookmark add recording.rec bookmark:alarm-500 \"before the alarm\" --yes");
+    Verb<RecTool::BookmarkRemoveOptions> rm(bookmark, "rm", "Remove a bookmark from the recording",
+                                            RecTool::removeBookmark, action);
+    rm.addTime("TIME", rm.options().time, Time)->required();
+    rm.addYes();
+    rm.app().footer(
+        "Examples:\n"
+        "  rectool bookmark rm recording.rec 61500\n"
+        "  rectool bookmark rm recording.rec bookmark:alarm --yes");
+    Verb<RecTool::ListOptions> list(bookmark, "list", "Show the bookmarks", RecTool::listBookmarks, action);
+    list.addJson("Print one JSON document");
+    list.app().footer(
+        "Example:\n"
+        "  rectool bookmark list recording.rec");
+}
+
+void addRange(CLI::App& app, Action& action)
+{
+    CLI::App& range = *app.add_subcommand("range", "List, clear and rebuild the table of channel ranges");
+    range.require_subcommand(1);
+    Verb<RecTool::ListOptions> list(range, "list", "Show the records that the table names", RecTool::listRanges,
+                                    action);
+    list.addJson("Print one JSON document");
+    list.app().footer(
+        "Example:\n"
+        "  rectool range list recording.rec");
+    Verb<RecTool::RangeClearOptions> clear(range, "clear", "Empty the table", RecTool::clearRanges, action);
+    clear.addYes();
+    clear.app().footer(
+        "Example:\n"
+        "  rectool range clear recording.rec");
+    Verb<RecTool::RangeRebuildOptions> rebuild(range, "rebuild", "Enter every record that carries a channel range",
+                                               RecTool::rebuildRanges, action);
+    rebuild.addTypes("Records of this keyword or type number, instead of DFSPECTRUM; may be given several times");
+    rebuild.addYes();
+    rebuild.app().footer(
+        "Examples:\n"
+        "  rectool range rebuild recording.rec\n"
+        "  rectool range rebuild recording.rec --type DFSPECTRUM --type RFSPECTRUM --yes");
+}
+
+void addState(CLI::App& app, Action& action)
+{
+    Verb<RecTool::StateOptions> verb(app, "state", "Show the value of everything recorded at a moment", RecTool::state,
+                                     action);
+    verb.addTime("--at", verb.options().at, Time)->required();
+    verb.addJson("Print one JSON document");
+    verb.app().footer(
+        "Examples:\n"
+        "  rectool state recording.rec --at 61500\n"
+        "  rectool state recording.rec --at \"2023-11-14 22:13:21 UTC\" --json");
+}
+
+void addMap(CLI::App& app, Action& action)
+{
+    Verb<RecTool::MapOptions> verb(app, "map", "Show the bearing of every channel", RecTool::map, action);
+    verb.addTime("--from", verb.options().from, "Only channels whose bearing changed since this time. " + Time);
+    verb.addTime("--to", verb.options().to, "The bearings as they are at this time, instead of at the end");
+    verb.addJson("Print one JSON document");
+    verb.app().footer(
+        "Examples:\n"
+        "  rectool map recording.rec\n"
+        "  rectool map recording.rec --from bookmark:alarm --to bookmark:alarm+5000 --json");
 }
 
 ExitCode run(int argc, char** argv)
@@ -63,21 +175,16 @@ ExitCode run(int argc, char** argv)
     app.require_subcommand(1);
     app.footer(std::string("rectool VERB --help tells more about a verb.\n\n") + ExitCodes);
 
-    RecTool::InfoOptions infoOptions;
-    RecTool::TypesOptions typesOptions;
-    RecTool::CatOptions catOptions;
-    const CLI::App* infoVerb = addInfo(app, infoOptions);
-    const CLI::App* typesVerb = addTypes(app, typesOptions);
-    addCat(app, catOptions);
+    Action action;
+    for (const auto add : {addInfo, addTypes, addCat, addBookmark, addRange, addState, addMap}) {
+        add(app, action);
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? ExitCode::Fine : ExitCode::Usage;
     }
-    if (infoVerb->parsed()) {
-        return RecTool::info(infoOptions);
-    }
-    return typesVerb->parsed() ? RecTool::types(typesOptions) : RecTool::cat(catOptions);
+    return action();
 }
 
 }  // namespace

@@ -29,6 +29,22 @@ void complain(const std::string& file, const std::vector<Recording2::Inspection:
     }
 }
 
+std::optional<std::set<std::int32_t>> takeTypes(const std::string& file, const std::vector<std::string>& types,
+                                                const TypeNames& names)
+{
+    std::set<std::int32_t> numbers;
+    for (const std::string& type : types) {
+        const std::optional<std::int32_t> number = names.numberOf(type);
+        if (!number) {
+            complain(file,
+                     "There is no type \"" + type + "\" in the recording. Its types: " + names.allKeywords() + ".");
+            return std::nullopt;
+        }
+        numbers.insert(*number);
+    }
+    return numbers;
+}
+
 bool canPrint()
 {
     if (!std::cout.good() && firstError == 0) {

@@ -1,12 +1,16 @@
 // What all verbs print alike.
 #pragma once
 
+#include <cstdint>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
 #include <recording2/inspection/inspection.h>
 
 #include "commands.h"
+#include "typenames.h"
 
 namespace RecTool {
 
@@ -14,6 +18,11 @@ namespace RecTool {
 void complain(const std::string& file, const std::string& text);
 /// Damage on standard error, one line a finding; of very many only the first ones.
 void complain(const std::string& file, const std::vector<Recording2::Inspection::Finding>& findings);
+
+/// The numbers of types that a user named by keyword or number. @return nothing, told, when one is no type of the file
+[[nodiscard]] std::optional<std::set<std::int32_t>> takeTypes(const std::string& file,
+                                                              const std::vector<std::string>& types,
+                                                              const TypeNames& names);
 
 /// Whether standard output still takes something. It does not after `| head` has seen enough. To be asked right after
 /// printing, when the reason of a failure is still known.

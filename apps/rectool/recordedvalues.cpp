@@ -6,7 +6,6 @@
 #include <span>
 #include <utility>
 
-#include <values/maps.h>
 #include <values/recordingtext.h>
 
 #include "text.h"
@@ -115,6 +114,18 @@ std::string describe(const ValueBase& value)
         default:
             return onOneLine(value.GetText().toStdString());
     }
+}
+
+std::string describe(const Recording2::Inspection::Record& record, const ValueBase* value)
+{
+    constexpr std::size_t MostBytes = 64;
+    return value != nullptr ? describe(*value) : escaped(record.data, MostBytes);
+}
+
+bool isEmpty(const Bearing& bearing)
+{
+    return std::isnan(bearing.azimuthDeg) && std::isnan(bearing.elevationDeg) && std::isnan(bearing.levelDb) &&
+           std::isnan(bearing.quality);
 }
 
 }  // namespace RecTool

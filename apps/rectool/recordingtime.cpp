@@ -1,18 +1,140 @@
 #include "recordingtime.h"
 
+#include <algorithm>
 #include <charconv>
+#include <limits>
+
+#include <QDateTime>
+#include <QString>
+
+#include "output.h"
+#include "text.h"
 
 namespace RecTool {
 
-std::optional<std::uint64_t> parseTime(const std::string& text)
+using Recording2::Inspection::Bookmark;
+using Recording2::Inspection::Summary;
+
+namespace {
+
+std::optional<std::uint64_t> parseNumber(const std::string& text)
 {
-    std::uint64_t milliseconds = 0;
+    std::uint64_t number = 0;
     const char* end = text.data() + text.size();
-    const auto [last, error] = std::from_chars(text.data(), end, milliseconds);
+    const auto [last, error] = std::from_chars(text.data(), end, number);
     if (error != std::errc() || last != end) {
         return std::nullopt;
     }
-    return milliseconds;
+    return number;
+}
+
+/// Takes the zone off the end of a clock time. @return nothing when it does not say one
+std::optional<Qt::TimeSpec> takeZone(QString& clock)
+{
+    struct Zone {
+        const char* name;
+        Qt::TimeSpec spec;
+    };
+    for (const Zone zone : {Zone{"UTC", Qt::UTC}, Zone{"Z", Qt::UTC}, Zone{"local", Qt::LocalTime}}) {
+        if (clock.endsWith(QLatin1String(zone.name), Qt::CaseInsensitive)) {
+            clock.chop(QLatin1String(zone.name).size());
+            clock = clock.trimmed();
+            return zone.spec;
+        }
+    }
+    return std::nullopt;
+}
+
+/// The first moment from the start on at which a clock shows the time.
+QDateTime firstOfDay(const QTime& time, const QDateTime& start)
+{
+    QDateTime moment(start.date(), time, start.timeSpec());
+    return moment < start ? QDateTime(start.date().addDays(1), time, start.timeSpec()) : moment;
+}
+
+std::optional<std::uint64_t> parseClock(const std::string& text, std::uint64_t startMs)
+{
+    constexpr int DateLength = 10;
+    QString clock = QString::fromStdString(text);
+    const std::optional<Qt::TimeSpec> zone = takeZone(clock);
+    if (!zone || startMs > std::uint64_t{std::numeric_limits<std::int64_t>::max()}) {
+        return std::nullopt;
+    }
+    const QDateTime start = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(startMs), *zone);
+    const QTime time = QTime::fromString(clock, Qt::ISODateWithMs);
+    QDateTime moment;
+    if (time.isValid()) {
+        moment = firstOfDay(time, start);
+    } else if (clock.size() > DateLength && (clock[DateLength] == ' ' || clock[DateLength] == 'T')) {
+        moment = QDateTime(QDate::fromString(clock.left(DateLength), Qt::ISODate),
+                           QTime::fromString(clock.mid(DateLength + 1), Qt::ISODateWithMs), *zone);
+    }
+    if (!moment.isValid() || moment < start) {
+        return std::nullopt;
+    }
+    return static_cast<std::uint64_t>(start.msecsTo(moment));
+}
+
+/// The time of the only bookmark that has the text.
+std::optional<std::uint64_t> findBookmark(const std::string& text, const Summary& summary)
+{
+    const auto has = [&](const Bookmark& bookmark) { return fromLatin1(bookmark.text) == text; };
+    const auto first = std::find_if(summary.bookmarks.begin(), summary.bookmarks.end(), has);
+    if (first == summary.bookmarks.end() || std::any_of(first + 1, summary.bookmarks.end(), has)) {
+        return std::nullopt;
+    }
+    return first->timeMs;
+}
+
+/// @param text behind "bookmark:"; a bookmark's own text may end like an offset
+std::optional<std::uint64_t> parseBookmark(const std::string& text, const Summary& summary)
+{
+    if (const std::optional<std::uint64_t> time = findBookmark(text, summary)) {
+        return time;
+    }
+    const std::size_t sign = text.find_last_of("+-");
+    if (sign == std::string::npos) {
+        return std::nullopt;
+    }
+    const std::optional<std::uint64_t> time = findBookmark(text.substr(0, sign), summary);
+    const std::optional<std::uint64_t> offset = parseNumber(text.substr(sign + 1));
+    if (!time || !offset) {
+        return std::nullopt;
+    }
+    const bool before = text[sign] == '-';
+    const std::uint64_t room = before ? *time : std::numeric_limits<std::uint64_t>::max() - *time;
+    if (*offset > room) {
+        return std::nullopt;
+    }
+    return before ? *time - *offset : *time + *offset;
+}
+
+}  // namespace
+
+std::optional<std::uint64_t> parseTime(const std::string& text, const Summary& summary)
+{
+    const std::string prefix = "bookmark:";
+    if (text.compare(0, prefix.size(), prefix) == 0) {
+        return parseBookmark(text.substr(prefix.size()), summary);
+    }
+    const std::optional<std::uint64_t> milliseconds = parseNumber(text);
+    return milliseconds ? milliseconds : parseClock(text, summary.header.startMs);
+}
+
+bool requireTime(const char* name, const std::string& text, const Summary& summary, std::uint64_t& time)
+{
+    const std::optional<std::uint64_t> parsed = parseTime(text, summary);
+    if (!parsed) {
+        complain(name, "\"" + text + "\" is not a time of this recording. Expected: " + TimeForms + ".");
+        return false;
+    }
+    time = *parsed;
+    return true;
+}
+
+bool takeTime(const char* name, const std::string& text, const Summary& summary, std::uint64_t& time)
+{
+    return text.empty() || requireTime(name, text, summary, time);
 }
 
 }  // namespace RecTool

@@ -5,13 +5,27 @@
 #include <optional>
 #include <string>
 
+#include <recording2/inspection/inspection.h>
+
 namespace RecTool {
 
 /// What a time is called in help texts and messages.
-constexpr const char* TimeForms = "milliseconds of the recording, such as 1500";
+constexpr const char* TimeForms =
+    "milliseconds of the recording, such as 1500; a clock time that says UTC or local, such as "
+    "\"2023-11-14 22:13:21.5 UTC\" or \"22:13:21 local\"; a bookmark by its text with milliseconds before or behind "
+    "it, "
+    "such as bookmark:alarm or bookmark:alarm-500";
 
-/// A time as milliseconds of the recording; nothing when it is not one. Called once a recording is open, so that forms
-/// that need its start can be added.
-[[nodiscard]] std::optional<std::uint64_t> parseTime(const std::string& text);
+/// A time as milliseconds of the recording; nothing when it is not one, also when it lies before the recording's start
+/// or when several bookmarks have the text. A clock time without a date is the first one from the start on.
+[[nodiscard]] std::optional<std::uint64_t> parseTime(const std::string& text,
+                                                     const Recording2::Inspection::Summary& summary);
+
+/// Takes over what a user gave for an option or argument. @return false, told, when the text is not a time
+[[nodiscard]] bool requireTime(const char* name, const std::string& text,
+                               const Recording2::Inspection::Summary& summary, std::uint64_t& time);
+/// The same, but an empty text leaves the time as it is.
+[[nodiscard]] bool takeTime(const char* name, const std::string& text, const Recording2::Inspection::Summary& summary,
+                            std::uint64_t& time);
 
 }  // namespace RecTool

@@ -11,6 +11,9 @@
 
 namespace RecTool {
 
+/// The keyword of the bearings of a direction finder, the only type that is replayed into bearing maps.
+constexpr const char* DirectionFindingKeyword = "DFSPECTRUM";
+
 class TypeNames {
 public:
     /// @param types must outlive the object

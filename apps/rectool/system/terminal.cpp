@@ -8,14 +8,29 @@
 
 namespace RecTool {
 
+namespace {
+
+bool isTerminal(int descriptor)
+{
+#if defined(_WIN32)
+    return _isatty(descriptor) != 0;
+#else
+    return isatty(descriptor) != 0;
+#endif
+}
+
+}  // namespace
+
 bool errorsGoToTerminal()
 {
     constexpr int StandardError = 2;
-#if defined(_WIN32)
-    return _isatty(StandardError) != 0;
-#else
-    return isatty(StandardError) != 0;
-#endif
+    return isTerminal(StandardError);
+}
+
+bool inputComesFromTerminal()
+{
+    constexpr int StandardInput = 0;
+    return isTerminal(StandardInput);
 }
 
 }  // namespace RecTool

@@ -3,12 +3,15 @@
 #include <iterator>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <QDateTime>
 #include <QFile>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QStringList>
 #include <QTemporaryDir>
 #include <nlohmann/json.hpp>
@@ -71,6 +74,22 @@ std::vector<json> jsonLinesOf(const std::string& text)
     return objects;
 }
 
+std::string bytesOf(const QString& path)
+{
+    std::ifstream stream(path.toStdString(), std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+json bookmarksOf(const QString& path)
+{
+    return json::parse(rectool({"bookmark", "list", "--json", path}).out).at("bookmarks");
+}
+
+json rangeTimesOf(const QString& path)
+{
+    return json::parse(rectool({"info", "--json", path}).out).at("files")[0].at("channelRangeTimesMs");
+}
+
 class RecTool : public testing::Test {
 protected:
     /// A file with these bytes.
@@ -81,17 +100,21 @@ protected:
         return path;
     }
     /// The first bytes of a golden file.
-    QString cut(const QString& name, std::size_t size)
-    {
-        std::ifstream stream(golden(name).toStdString(), std::ios::binary);
-        return file(std::string(std::istreambuf_iterator<char>(stream), {}).substr(0, size));
-    }
+    QString cut(const QString& name, std::size_t size) { return file(bytesOf(golden(name)).substr(0, size)); }
     QString sample()
     {
         QString path = m_folder.filePath(QStringLiteral("sample.rec"));
         writeSampleRecording(path.toStdString());
         return path;
     }
+    QString bearings(bool withRangeTable = true)
+    {
+        QString path = m_folder.filePath(QStringLiteral("bearings.rec"));
+        writeBearingRecording(path.toStdString(), withRangeTable);
+        return path;
+    }
+    /// A golden file that may be changed.
+    QString copyOf(const QString& name) { return file(bytesOf(golden(name))); }
     [[nodiscard]] QString folder() const { return m_folder.path(); }
 
 private:
@@ -115,10 +138,15 @@ TEST_F(RecTool, HelpAndVersionAreNoErrors)
     EXPECT_EQ(rectool({"--version"}).exitCode, 0);
     EXPECT_THAT(rectool({"--version"}).out, StartsWith("rectool "));
     EXPECT_THAT(rectool({"--help"}).out, AllOf(HasSubstr("info"), HasSubstr("types"), HasSubstr("cat")));
-    for (const QString verb : {"info", "types", "cat"}) {
-        const Result help = rectool({verb, "--help"});
+    for (const QString verb : {"info", "types", "cat", "bookmark list", "range list", "state", "map"}) {
+        const Result help = rectool(verb.split(' ') + QStringList{"--help"});
         EXPECT_EQ(help.exitCode, 0);
         EXPECT_THAT(help.out, AllOf(HasSubstr("Example"), HasSubstr("--json")));
+    }
+    for (const QString verb : {"bookmark add", "bookmark rm", "range clear", "range rebuild"}) {
+        const Result help = rectool(verb.split(' ') + QStringList{"--help"});
+        EXPECT_EQ(help.exitCode, 0);
+        EXPECT_THAT(help.out, AllOf(HasSubstr("Example"), HasSubstr("--yes")));
     }
 }
 
@@ -164,8 +192,19 @@ TEST_F(RecTool, EveryVerbSaysWhyAFileCannotBeRead)
         {cut("full", 100), "The file ends within its header"},
     };
     for (const Case& unreadable : cases) {
-        for (const QString verb : {"info", "types", "cat"}) {
-            const Result result = rectool({verb, unreadable.path});
+        const std::vector<QStringList> verbs = {{"info", unreadable.path},
+                                                {"types", unreadable.path},
+                                                {"cat", unreadable.path},
+                                                {"bookmark", "list", unreadable.path},
+                                                {"bookmark", "add", unreadable.path, "1", "mark", "--yes"},
+                                                {"bookmark", "rm", unreadable.path, "1", "--yes"},
+                                                {"range", "list", unreadable.path},
+                                                {"range", "clear", unreadable.path, "--yes"},
+                                                {"range", "rebuild", unreadable.path, "--yes"},
+                                                {"state", unreadable.path, "--at", "1"},
+                                                {"map", unreadable.path}};
+        for (const QStringList& arguments : verbs) {
+            const Result result = rectool(arguments);
             EXPECT_EQ(result.exitCode, 2);
             EXPECT_THAT(result.out, IsEmpty());
             EXPECT_THAT(result.err, AllOf(StartsWith("rectool: " + unreadable.path.toStdString() + ": "),
@@ -369,7 +408,354 @@ TEST_F(RecTool, CatReadsADamagedFileAsFarAsItGoes)
     EXPECT_TRUE(jsonLinesOf(rectool({"cat", "--json", cut("full", 989)}).out).front().at("timeMs").is_null());
 }
 
+// Changing a file
+
+TEST_F(RecTool, EveryVerbThatChangesAFileRefusesWithoutATerminalUnlessYesIsSaid)
+{
+    const QString path = bearings();
+    ASSERT_EQ(rectool({"bookmark", "add", path, "100", "mark", "--yes"}).exitCode, 0);
+    const std::string before = bytesOf(path);
+    const std::vector<QStringList> changes = {{"bookmark", "add", path, "200", "other"},
+                                              {"bookmark", "rm", path, "100"},
+                                              {"range", "clear", path},
+                                              {"range", "rebuild", path, "--type", "DFSPECTRUM"}};
+    for (const QStringList& arguments : changes) {
+        const Result result = rectool(arguments);
+        EXPECT_NE(result.exitCode, 0) << arguments.join(' ').toStdString();
+        EXPECT_THAT(result.err, HasSubstr("Nothing was changed."));
+        EXPECT_EQ(bytesOf(path), before);
+    }
+    EXPECT_THAT(rectool(changes[0]).err, HasSubstr("--yes"));
+    EXPECT_EQ(rectool(changes[0]).exitCode, 1);
+}
+
+TEST_F(RecTool, ADamagedFileIsNotChanged)
+{
+    const QString path = cut("channelranges", bytesOf(golden("channelranges")).size() - 40);
+    const std::string before = bytesOf(path);
+    const std::vector<QStringList> changes = {{"bookmark", "add", path, "100", "mark", "--yes"},
+                                              {"bookmark", "rm", path, "100", "--yes"},
+                                              {"range", "clear", path, "--yes"},
+                                              {"range", "rebuild", path, "--yes"}};
+    for (const QStringList& arguments : changes) {
+        const Result result = rectool(arguments);
+        EXPECT_EQ(result.exitCode, 3) << arguments.join(' ').toStdString();
+        EXPECT_THAT(result.err, HasSubstr("A damaged file is not changed"));
+        EXPECT_EQ(bytesOf(path), before);
+    }
+}
+
+TEST_F(RecTool, AFileThatCannotBeWrittenIsAnErrorAndStaysAsItIs)
+{
+    const QString path = bearings();
+    const std::string before = bytesOf(path);
+    ASSERT_TRUE(QFile::setPermissions(path, QFile::ReadOwner));
+    if (QFile(path).open(QIODevice::ReadWrite)) {
+        GTEST_SKIP() << "this user may write every file";
+    }
+    for (const QStringList& arguments :
+         {QStringList{"bookmark", "add", path, "100", "mark", "--yes"}, QStringList{"range", "clear", path, "--yes"},
+          QStringList{"range", "rebuild", path, "--yes"}}) {
+        const Result result = rectool(arguments);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_THAT(result.err, HasSubstr("could not be stored"));
+        EXPECT_EQ(bytesOf(path), before);
+    }
+}
+
+// bookmark
+
+TEST_F(RecTool, BookmarksAreAddedListedAndRemoved)
+{
+    const QString path = bearings();
+    EXPECT_EQ(rectool({"bookmark", "list", path}).out, "The recording has no bookmark.\n");
+    for (const QStringList& mark : {QStringList{"1500", "N\u00fcrnberg"}, QStringList{"100", "a # and a \n"}}) {
+        const Result result = rectool(QStringList{"bookmark", "add", path} + mark + QStringList{"--yes"});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_THAT(result.err, IsEmpty());
+    }
+    EXPECT_THAT(
+        linesOf(rectool({"bookmark", "list", path}).out),
+        ElementsAre("Time  Clock                        Text", " 100  2023-11-14 22:13:20.100 UTC  a # and a \\n",
+                    "1500  2023-11-14 22:13:21.500 UTC  N\u00fcrnberg"));
+    EXPECT_EQ(bookmarksOf(path), json::parse(R"([{"timeMs":100,"data":{"text":"a # and a \n"}},
+                                                {"timeMs":1500,"data":{"base64":"TvxybmJlcmc="}}])"));
+    EXPECT_EQ(rectool({"bookmark", "rm", path, "100", "--yes"}).exitCode, 0);
+    EXPECT_EQ(rectool({"bookmark", "rm", path, "bookmark:N\u00fcrnberg", "--yes"}).exitCode, 0);
+    EXPECT_EQ(bookmarksOf(path), json::array());
+    EXPECT_EQ(rangeTimesOf(path), json::parse("[10]"));
+    EXPECT_EQ(rectool({"info", path}).exitCode, 0);
+}
+
+TEST_F(RecTool, AWrongBookmarkChangesNothing)
+{
+    const QString path = bearings();
+    ASSERT_EQ(rectool({"bookmark", "add", path, "100", "mark", "--yes"}).exitCode, 0);
+    const std::string before = bytesOf(path);
+    const std::vector<QStringList> wrong = {
+        {"bookmark"},
+        {"bookmark", "frobnicate"},
+        {"bookmark", "add", path},
+        {"bookmark", "add", path, "100"},
+        {"bookmark", "add", path, "100", "again", "--yes"},
+        {"bookmark", "add", path, "0", "none", "--yes"},
+        {"bookmark", "add", path, "2501", "behind the end", "--yes"},
+        {"bookmark", "add", path, "soon", "never", "--yes"},
+        {"bookmark", "add", path, "", "never", "--yes"},
+        {"bookmark", "add", path, "200", "", "--yes"},
+        {"bookmark", "add", path, "200", "\u20ac", "--yes"},
+        {"bookmark", "rm", path, "200", "--yes"},
+        {"bookmark", "rm", path, "bookmark:other", "--yes"},
+    };
+    for (const QStringList& arguments : wrong) {
+        const Result result = rectool(arguments);
+        EXPECT_EQ(result.exitCode, 1) << arguments.join(' ').toStdString();
+        EXPECT_THAT(result.err, Not(IsEmpty()));
+        EXPECT_EQ(bytesOf(path), before);
+    }
+    EXPECT_THAT(rectool(wrong[4]).err, HasSubstr("There is a bookmark at 100 ms already: \"mark\""));
+}
+
+TEST_F(RecTool, BookmarksAreStoredInAFileWithoutChannelRanges)
+{
+    const QString path = copyOf("bookmarks");
+    EXPECT_EQ(rectool({"bookmark", "add", path, "1", "first", "--yes"}).exitCode, 0);
+    EXPECT_EQ(bookmarksOf(path).size(), 3U);
+    EXPECT_EQ(bookmarksOf(path)[0].at("timeMs"), 1);
+}
+
+// range
+
+TEST_F(RecTool, RangesAreListedWithTheirRecords)
+{
+    const QString path = bearings();
+    EXPECT_THAT(linesOf(rectool({"range", "list", path}).out),
+                ElementsAre("Time  Keyword     Value", "  10  DFSPECTRUM  1 MHz to 1.05 MHz, 3 channels, no bearing"));
+    const json ranges = json::parse(rectool({"range", "list", "--json", path}).out).at("channelRanges");
+    ASSERT_EQ(ranges.size(), 1U);
+    EXPECT_EQ(ranges[0].at("timeMs"), 10);
+    EXPECT_EQ(ranges[0].at("record").at("keyword"), "DFSPECTRUM");
+    EXPECT_EQ(rectool({"range", "list", sample()}).out, "The recording has no channel range.\n");
+}
+
+TEST_F(RecTool, RangesAreRebuiltFromTheRecords)
+{
+    for (const bool hadTable : {true, false}) {
+        const QString path = bearings(hadTable);
+        const Result result = rectool({"range", "rebuild", path, "--yes"});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(rangeTimesOf(path), json::parse("[10,100,1000]"));
+        const std::string rebuilt = bytesOf(path);
+        EXPECT_THAT(rectool({"range", "rebuild", path}).out, HasSubstr("Nothing was changed."));
+        EXPECT_EQ(bytesOf(path), rebuilt);
+    }
+}
+
+TEST_F(RecTool, RangesOfOtherTypesAreTakenOnlyWhenAskedFor)
+{
+    const QString path = sample();
+    ASSERT_EQ(rectool({"range", "rebuild", path, "--yes"}).exitCode, 0);
+    EXPECT_EQ(rangeTimesOf(path), json::parse("[16]"));
+    ASSERT_EQ(rectool({"range", "rebuild", path, "--type", "RFSPECTRUM", "--type", "20", "--yes"}).exitCode, 0);
+    EXPECT_EQ(rangeTimesOf(path), json::parse("[15,16,900]"));
+    EXPECT_EQ(rectool({"range", "rebuild", path, "--type", "LEVL", "--yes"}).exitCode, 1);
+    EXPECT_EQ(rangeTimesOf(path), json::parse("[15,16,900]"));
+}
+
+TEST_F(RecTool, RangesAreClearedAndRebuiltWithTheBookmarksBehindThemKept)
+{
+    const QString path = bearings();
+    ASSERT_EQ(rectool({"range", "rebuild", path, "--yes"}).exitCode, 0);
+    ASSERT_EQ(rectool({"bookmark", "add", path, "100", "mark", "--yes"}).exitCode, 0);
+    const json marks = bookmarksOf(path);
+    const Result cleared = rectool({"range", "clear", path, "--yes"});  // runs into the bookmarks by 5 bytes
+    EXPECT_EQ(cleared.exitCode, 0) << cleared.err;
+    EXPECT_EQ(rangeTimesOf(path), json::array());
+    EXPECT_EQ(bookmarksOf(path), marks);
+    const Result rebuilt = rectool({"range", "rebuild", path, "--yes"});
+    EXPECT_EQ(rebuilt.exitCode, 0) << rebuilt.err;
+    EXPECT_EQ(rangeTimesOf(path), json::parse("[10,100,1000]"));
+    EXPECT_EQ(bookmarksOf(path), marks);
+    EXPECT_EQ(rectool({"info", path}).exitCode, 0);
+}
+
+TEST_F(RecTool, RangesForWhichThereIsNoRoomInFrontOfTheBookmarksAreNotStored)
+{
+    for (const bool hasTable : {true, false}) {
+        const QString path = bearings(hasTable);
+        ASSERT_EQ(rectool({"bookmark", "add", path, "100", "mark", "--yes"}).exitCode, 0);
+        const std::string before = bytesOf(path);
+        const Result result = rectool({"range", "rebuild", path, "--yes"});
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_THAT(result.err, HasSubstr("no room in front of the bookmarks"));
+        EXPECT_EQ(bytesOf(path), before);
+    }
+}
+
+TEST_F(RecTool, AFileWithoutChannelRangesIsNotCleared)
+{
+    const QString path = copyOf("bookmarks");
+    const std::string before = bytesOf(path);
+    const Result result = rectool({"range", "clear", path, "--yes"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.out, HasSubstr("no channel range"));
+    EXPECT_EQ(bytesOf(path), before);
+}
+
+// Times
+
+TEST_F(RecTool, TimesAreMillisecondsClocksOrBookmarks)
+{
+    const QString path = bearings();
+    ASSERT_EQ(rectool({"bookmark", "add", path, "1500", "alarm", "--yes"}).exitCode, 0);
+    ASSERT_EQ(rectool({"bookmark", "add", path, "1000", "alarm-2", "--yes"}).exitCode, 0);
+    const std::vector<std::pair<QString, int>> times = {{"1500", 1500},
+                                                        {"2023-11-14 22:13:21.5 UTC", 1500},
+                                                        {"2023-11-14T22:13:21.501Z", 1501},
+                                                        {"22:13:22 utc", 2000},
+                                                        {"00:00 UTC", 6'400'000},
+                                                        {"bookmark:alarm", 1500},
+                                                        {"bookmark:alarm+10", 1510},
+                                                        {"bookmark:alarm-1500", 0},
+                                                        {"bookmark:alarm-2", 1000},
+                                                        {"bookmark:alarm-2-1", 999}};
+    for (const auto& [text, expected] : times) {
+        const Result result = rectool({"state", path, "--json", "--at", text});
+        ASSERT_EQ(result.exitCode, 0) << text.toStdString() << result.err;
+        EXPECT_EQ(json::parse(result.out).at("atMs"), expected) << text.toStdString();
+    }
+    for (const QString text : {"", "soon", "22:13:21", "2023-11-14 22:13:19 UTC", "2023-11-14 UTC", "25:00 UTC", "-1",
+                               "1500 ms", "bookmark:", "bookmark:fire", "bookmark:alarm-1501", "bookmark:alarm+x"}) {
+        EXPECT_EQ(rectool({"state", path, "--at", text}).exitCode, 1) << text.toStdString();
+    }
+}
+
+TEST_F(RecTool, AClockTimeThatSaysLocalIsOfTheZoneOfThisComputer)
+{
+    const QDateTime moment = QDateTime::fromMSecsSinceEpoch(1'700'000'001'500, Qt::LocalTime);
+    const QString text = moment.toString("yyyy-MM-dd HH:mm:ss.zzz") + " local";
+    EXPECT_EQ(json::parse(rectool({"state", bearings(), "--json", "--at", text}).out).at("atMs"), 1500);
+}
+
+TEST_F(RecTool, ATextOfTwoBookmarksIsNoTime)
+{
+    const QString path = bearings();
+    ASSERT_EQ(rectool({"bookmark", "add", path, "1", "twice", "--yes"}).exitCode, 0);
+    ASSERT_EQ(rectool({"bookmark", "add", path, "2", "twice", "--yes"}).exitCode, 0);
+    EXPECT_EQ(rectool({"bookmark", "rm", path, "bookmark:twice", "--yes"}).exitCode, 1);
+}
+
+// state
+
+TEST_F(RecTool, StateShowsTheLastRecordOfEachTypeWithMapsRebuilt)
+{
+    EXPECT_THAT(linesOf(rectool({"state", sample(), "--at", "1499"}).out),
+                ElementsAre("Type  Keyword         Since  Value",
+                            "   1  RFSPECTRUM       1000  88 MHz to 88.1 MHz, 5 channels, min -100, max -20",
+                            "   6  MODULATION         12  FM", "  17  SQUELCHSTATE       14  true",
+                            "  20  DFSPECTRUM         16  1 MHz to 3 MHz, 3 channels, 1 bearing, min 12.5, max 12.5 "
+                            "degrees",
+                            "  36  LEVEL              11  -30.25", "  46  FREQUENCY          10  100000000",
+                            "  47  DEVICE_CAPTION     13  N\u00fcrnberg"));
+    EXPECT_THAT(rectool({"state", sample(), "--at", "1500"}).out, HasSubstr("LEVEL            1500  -31.5\n"));
+    EXPECT_EQ(rectool({"state", sample(), "--at", "9"}).out, "Nothing is recorded up to that time.\n");
+}
+
+TEST_F(RecTool, StateAsJsonHasWholeValues)
+{
+    const json document = json::parse(rectool({"state", "--json", sample(), "--at", "1000"}).out);
+    EXPECT_EQ(document.at("atMs"), 1000);
+    const json& spectrum = document.at("state")[0];
+    EXPECT_EQ(spectrum.at("keyword"), "RFSPECTRUM");
+    EXPECT_EQ(spectrum.at("timeMs"), 1000);
+    EXPECT_EQ(spectrum.at("value").at("cells"), json::parse("[-90.0,-80.5,-100.0,-20.0,-70.0]"));
+}
+
+TEST_F(RecTool, StateOfAFileWithBookmarksAndNoChannelRangesIsNotMisledByTheirBytes)
+{
+    const json document = json::parse(rectool({"state", "--json", golden("bookmarks"), "--at", "2500"}).out);
+    ASSERT_EQ(document.at("state").size(), 1U);
+    EXPECT_EQ(document.at("state")[0].at("timeMs"), 1500);
+}
+
+TEST_F(RecTool, StateLeavesOutRecordsWhoseTimeIsLost)
+{
+    const Result result = rectool({"state", cut("full", 989), "--at", "1000"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(result.out, "Nothing is recorded up to that time.\n");
+}
+
+// map
+
+TEST_F(RecTool, MapShowsTheBearingOfEveryChannel)
+{
+    EXPECT_THAT(
+        linesOf(rectool({"map", bearings()}).out),
+        ElementsAre("Channel  Frequency  Azimuth  Elevation  Level  Quality  Time  Measured",
+                    "      0      2 MHz       30          3    -40       70  1500  2023-11-14 22:13:21.500 UTC",
+                    "      1  2.025 MHz       40          4    -30       60  2000  2023-11-14 22:13:22.000 UTC"));
+}
+
+TEST_F(RecTool, MapIsCompleteAtItsEndAlsoWhereTheFullTextStandsBefore)
+{
+    const json document = json::parse(rectool({"map", bearings(), "--to", "999", "--json"}).out);
+    EXPECT_EQ(document.at("toMs"), 999);
+    EXPECT_TRUE(document.at("fromMs").is_null());
+    EXPECT_EQ(document.at("range"), json::parse(R"({"startHz":1000000.0,"stepHz":25000.0,"count":3})"));
+    EXPECT_EQ(document.at("bearings"),
+              json::parse(R"([{"channel":0,"frequencyHz":1000000.0,"azimuthDeg":10.0,"elevationDeg":1.0,
+                               "levelDb":-60.0,"quality":90.0,"timeMs":100,"timeStampUs":1700000000100000},
+                              {"channel":1,"frequencyHz":1025000.0,"azimuthDeg":20.0,"elevationDeg":2.0,
+                               "levelDb":-50.0,"quality":80.0,"timeMs":200,"timeStampUs":1700000000200000}])"));
+}
+
+TEST_F(RecTool, MapFromATimeShowsOnlyTheChannelsThatChangedSince)
+{
+    const auto channels = [](const Result& result) {
+        std::vector<int> numbers;
+        const json document = json::parse(result.out);
+        for (const json& bearing : document.at("bearings")) {
+            numbers.push_back(bearing.at("channel").get<int>());
+        }
+        return numbers;
+    };
+    const QString path = bearings();
+    EXPECT_THAT(channels(rectool({"map", path, "--json", "--from", "1501"})), ElementsAre(1));
+    EXPECT_THAT(channels(rectool({"map", path, "--json", "--from", "1500"})), ElementsAre(0, 1));
+    EXPECT_THAT(channels(rectool({"map", path, "--json", "--from", "150", "--to", "999"})), ElementsAre(1));
+    EXPECT_EQ(rectool({"map", path, "--from", "1000", "--to", "1499"}).out, "There is no bearing.\n");
+    EXPECT_EQ(rectool({"map", path, "--from", "2", "--to", "1"}).exitCode, 1);
+}
+
+TEST_F(RecTool, MapOfARecordingWithoutDirectionFindingIsEmpty)
+{
+    const Result result = rectool({"map", golden("bookmarks")});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.out, "There is no bearing.\n");
+}
+
 #if !defined(_WIN32)
+TEST_F(RecTool, AtATerminalOnlyYesChangesTheFile)
+{
+    if (QStandardPaths::findExecutable("script").isEmpty()) {
+        GTEST_SKIP() << "there is no script program";
+    }
+    const QString path = bearings();
+    const std::string before = bytesOf(path);
+    const auto answer = [&](const char* text) {
+        const QString command =
+            QStringLiteral("echo '%1' | script -qec '%2 bookmark add %3 100 mark' /dev/null").arg(text, RECTOOL, path);
+        return runProgram("sh", {"-c", command});
+    };
+    const Result refused = answer("");
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.out,
+                AllOf(HasSubstr("Add the bookmark \"mark\" at 100 ms? [y/N]"), HasSubstr("Not confirmed.")));
+    EXPECT_EQ(bytesOf(path), before);
+    EXPECT_EQ(answer("y").exitCode, 0);
+    EXPECT_EQ(bookmarksOf(path).size(), 1U);
+}
+
 TEST_F(RecTool, AReaderThatHasSeenEnoughIsNoError)
 {
     const QString path = sample();

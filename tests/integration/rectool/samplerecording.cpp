@@ -28,14 +28,17 @@ public:
     Scribe& operator=(const Scribe&) = delete;
     ~Scribe() override { m_value.RemoveObserver(this); }
 
-    void store(const std::string& text, std::uint64_t time)
+    void store(const std::string& text, std::uint64_t time, bool isChannelRangeDef = false)
     {
         Recording2::CVTCmdData record;
         record.set_cmd(m_code);
         record.set_str(text.data(), static_cast<std::int32_t>(text.size()));
-        m_file.write(record, time, false);
+        m_file.write(record, time, isChannelRangeDef);
     }
-    void storeState() { store(m_value.GetStringForRecording(false), 10); }
+    void storeState(bool isChannelRangeDef = false)
+    {
+        store(m_value.GetStringForRecording(false), 10, isChannelRangeDef);
+    }
     void at(std::uint64_t time) { m_time = time; }
 
 private:
@@ -119,5 +122,34 @@ void writeSampleRecording(const std::string& path)
     level.SetValue(-31.5);
     captionScribe.at(2000);
     caption.SetValue(QStringLiteral("two\nlines"));
+    close(file);
+}
+
+void writeBearingRecording(const std::string& path, bool withRangeTable)
+{
+    values::ValueNumeric<double> level;
+    values::ValueMap<values::Bearing, values::BearingHandler> bearings;
+    level.SetLimits(-150, 50);
+    level.SetValue(-30);
+    bearings.SetChannelRange(values::ChannelRange::Even(1e6, 25e3, 3));
+
+    CFileAccess file(path.c_str(), QString(), nullptr, true, false, false, nullptr, nullptr);
+    writeTypes(file);
+    Scribe bearingsScribe(file, bearings, 20);
+    Scribe levelScribe(file, level, 36);
+    bearingsScribe.storeState(withRangeTable);
+    levelScribe.storeState();
+    bearingsScribe.at(100);
+    bearings.SetCell(0, {10, 1, -60, 90}, 1'700'000'000'100'000);  // carries the range: the first after the state
+    bearingsScribe.at(200);
+    bearings.SetCell(1, {20, 2, -50, 80}, 1'700'000'000'200'000);
+    bearingsScribe.at(1000);
+    bearings.SetChannelRange(values::ChannelRange::Even(2e6, 25e3, 2));
+    bearingsScribe.at(1500);
+    bearings.SetCell(0, {30, 3, -40, 70}, 1'700'000'001'500'000);
+    levelScribe.at(1600);
+    level.SetValue(-31.5);
+    bearingsScribe.at(2000);
+    bearings.SetCell(1, {40, 4, -30, 60}, 1'700'000'002'000'000);
     close(file);
 }

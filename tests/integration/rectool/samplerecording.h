@@ -9,3 +9,10 @@
 /// 900 /RfSpectrum (all channels), 1000 /RfSpectrum (one channel), 1500 /LEVEL, 2000 /DEVICE_CAPTION (a text with a
 /// line break).
 void writeSampleRecording(const std::string& path);
+
+/// Writes a recording of bearings and levels that ends 2500 ms behind its start, 2023-11-14 22:13:20 UTC. Its records,
+/// with their times: 10 /DfSpectrum (3 channels from 1 MHz, no bearing), 11 /LEVEL -30, 100 and 200 /DfSpectrum
+/// (channel 0, then 1), 1000 /DfSpectrum (2 channels from 2 MHz, no bearing), 1500 /DfSpectrum (channel 0), 1600 /LEVEL
+/// -31.5, 2000 /DfSpectrum (channel 1). Those at 10, 100 and 1000 carry the channel range.
+/// @param withRangeTable the file has a channel range table that names the first record
+void writeBearingRecording(const std::string& path, bool withRangeTable);

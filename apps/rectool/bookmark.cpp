@@ -1,0 +1,158 @@
+#include <algorithm>
+#include <iostream>
+
+#include <QString>
+
+#include "commands.h"
+#include "filechange.h"
+#include "json.h"
+#include "output.h"
+#include "recordingtime.h"
+#include "table.h"
+#include "text.h"
+
+namespace RecTool {
+
+namespace Inspection = Recording2::Inspection;
+
+namespace {
+
+constexpr const char* RangesInTheWay =
+    "The channel range table stands behind the bookmarks, which would be written over it.";
+
+/// The last moment that belongs to the recording.
+std::uint64_t endOf(const Inspection::Summary& summary)
+{
+    const Inspection::Header& header = summary.header;
+    const std::uint64_t length = header.stopMs - std::min(header.startMs, header.stopMs);
+    return summary.times.empty() ? length : std::max(length, summary.times.back().timeMs);
+}
+
+/// Where the first bookmark not before the time stands.
+auto placeOf(std::uint64_t time, std::vector<Inspection::Bookmark>& bookmarks)
+{
+    return std::lower_bound(
+        bookmarks.begin(), bookmarks.end(), time,
+        [](const Inspection::Bookmark& bookmark, std::uint64_t moment) { return bookmark.timeMs < moment; });
+}
+
+/// A bookmark's text as files hold it; nothing when it has characters that they do not have.
+std::optional<std::string> toLatin1(const std::string& utf8)
+{
+    const std::string latin1 = QString::fromStdString(utf8).toLatin1().toStdString();
+    return fromLatin1(latin1) == utf8 ? std::optional(latin1) : std::nullopt;
+}
+
+std::string quoted(const Inspection::Bookmark& bookmark)
+{
+    return "\"" + onOneLine(fromLatin1(bookmark.text)) + "\"";
+}
+
+/// The steps that adding and removing share. Only what is wrong with the file or the time ends it here.
+ExitCode checkBookmarkChange(FileChange& change, const std::string& timeText, std::uint64_t& time)
+{
+    const ExitCode checked = change.check();
+    if (checked != ExitCode::Fine) {
+        return checked;
+    }
+    if (!requireTime("TIME", timeText, change.summary(), time)) {
+        return ExitCode::Usage;
+    }
+    return change.rangesBehindBookmarks() ? change.refuse(ExitCode::CannotRead, RangesInTheWay) : ExitCode::Fine;
+}
+
+}  // namespace
+
+ExitCode addBookmark(const BookmarkAddOptions& options)
+{
+    FileChange change(options.file, options.yes);
+    std::uint64_t time = 0;
+    ExitCode result = checkBookmarkChange(change, options.time, time);
+    if (result != ExitCode::Fine) {
+        return result;
+    }
+    const std::optional<std::string> text = toLatin1(options.text);
+    if (!text || text->empty()) {
+        return change.refuse(ExitCode::Usage, "A bookmark needs a text, of Latin-1 characters.");
+    }
+    if (time == 0 || time > endOf(change.summary())) {
+        return change.refuse(ExitCode::Usage, "A bookmark stands at 1 ms to " +
+                                                  std::to_string(endOf(change.summary())) +
+                                                  " ms, the length of the recording.");
+    }
+    Inspection::Summary expected = change.summary();
+    const auto place = placeOf(time, expected.bookmarks);
+    if (place != expected.bookmarks.end() && place->timeMs == time) {
+        return change.refuse(ExitCode::Usage,
+                             "There is a bookmark at " + std::to_string(time) + " ms already: " + quoted(*place) + ".");
+    }
+    const Inspection::Bookmark bookmark{time, *text};
+    expected.bookmarks.insert(place, bookmark);
+    result = change.confirm("Add the bookmark " + quoted(bookmark) + " at " + std::to_string(time) + " ms");
+    if (result != ExitCode::Fine) {
+        return result;
+    }
+    return change.apply(
+        [&](Recording2::CFileAccess& file) {
+            file.addBookmark(time, *text);
+            file.writeBookmarks();
+        },
+        expected);
+}
+
+ExitCode removeBookmark(const BookmarkRemoveOptions& options)
+{
+    FileChange change(options.file, options.yes);
+    std::uint64_t time = 0;
+    ExitCode result = checkBookmarkChange(change, options.time, time);
+    if (result != ExitCode::Fine) {
+        return result;
+    }
+    Inspection::Summary expected = change.summary();
+    const auto place = placeOf(time, expected.bookmarks);
+    if (place == expected.bookmarks.end() || place->timeMs != time) {
+        return change.refuse(ExitCode::Usage, "There is no bookmark at " + std::to_string(time) + " ms.");
+    }
+    const std::string question = "Remove the bookmark " + quoted(*place) + " at " + std::to_string(time) + " ms";
+    expected.bookmarks.erase(place);
+    result = change.confirm(question);
+    if (result != ExitCode::Fine) {
+        return result;
+    }
+    return change.apply(
+        [&](Recording2::CFileAccess& file) {
+            file.removeBookmark(time);
+            file.writeBookmarks();
+        },
+        expected);
+}
+
+ExitCode listBookmarks(const ListOptions& options)
+{
+    const Inspection::Summary summary = Inspection::inspect(options.file);
+    if (summary.readability != Inspection::Readability::Ok) {
+        complain(options.file, summary.problem);
+        return ExitCode::CannotRead;
+    }
+    if (options.json) {
+        Json bookmarks = Json::array();
+        for (const Inspection::Bookmark& bookmark : summary.bookmarks) {
+            bookmarks.push_back(toJson(bookmark));
+        }
+        std::cout << dump({{"file", options.file}, {"bookmarks", std::move(bookmarks)}}, 2) << '\n';
+    } else if (summary.bookmarks.empty()) {
+        std::cout << "The recording has no bookmark.\n";
+    } else {
+        Table table({Table::Align::Right, Table::Align::Left, Table::Align::Left});
+        table.add({"Time", "Clock", "Text"});
+        for (const Inspection::Bookmark& bookmark : summary.bookmarks) {
+            table.add({std::to_string(bookmark.timeMs), utc(summary.header.startMs + bookmark.timeMs),
+                       onOneLine(fromLatin1(bookmark.text))});
+        }
+        table.print(std::cout, "");
+    }
+    complain(options.file, summary.findings);
+    return finish(soundness(summary.findings));
+}
+
+}  // namespace RecTool

@@ -1,0 +1,85 @@
+#include <iostream>
+#include <map>
+
+#include "commands.h"
+#include "json.h"
+#include "output.h"
+#include "progress.h"
+#include "recordedvalues.h"
+#include "recordingtime.h"
+#include "table.h"
+#include "typenames.h"
+
+namespace RecTool {
+
+namespace Inspection = Recording2::Inspection;
+
+namespace {
+
+/// The last record of a type and what the value is behind it.
+struct LastRecord {
+    Inspection::Record record;
+    const values::ValueBase* value = nullptr;  // null when the record is not understood
+};
+using LastRecords = std::map<std::int32_t, LastRecord>;
+
+void printTable(const LastRecords& last, const TypeNames& names)
+{
+    if (last.empty()) {
+        std::cout << "Nothing is recorded up to that time.\n";
+        return;
+    }
+    Table table({Table::Align::Right, Table::Align::Left, Table::Align::Right, Table::Align::Left});
+    table.add({"Type", "Keyword", "Since", "Value"});
+    for (const auto& [code, entry] : last) {
+        table.add({std::to_string(code), names.label(code), std::to_string(entry.record.timeMs),
+                   describe(entry.record, entry.value)});
+    }
+    table.print(std::cout, "");
+}
+
+void printJson(const std::string& file, std::uint64_t at, const LastRecords& last, const TypeNames& names)
+{
+    Json state = Json::array();
+    for (const auto& [code, entry] : last) {
+        state.push_back(toJson(entry.record, entry.value, names));
+    }
+    std::cout << dump({{"file", file}, {"atMs", at}, {"state", std::move(state)}}, 2) << '\n';
+}
+
+}  // namespace
+
+ExitCode state(const StateOptions& options)
+{
+    const Inspection::Summary summary = Inspection::inspect(options.file);
+    if (summary.readability != Inspection::Readability::Ok) {
+        complain(options.file, summary.problem);
+        return ExitCode::CannotRead;
+    }
+    std::uint64_t at = 0;
+    if (!requireTime("--at", options.at, summary, at)) {
+        return ExitCode::Usage;
+    }
+    RecordedValues recorded;
+    LastRecords last;
+    Progress progress(options.file);
+    std::vector<Inspection::Finding> findings = summary.findings;
+    const auto inRecords = Inspection::walkRecords(
+        options.file, summary,
+        [&](const Inspection::Record& record) {
+            const bool timeIsKnown = record.timeMs != 0;
+            if (timeIsKnown && record.timeMs <= at) {
+                last[record.code] = {record, recorded.apply(record)};
+            }
+            return record.timeMs <= at;
+        },
+        progress.callback());
+    progress.clear();
+    const TypeNames names(summary.types);
+    options.json ? printJson(options.file, at, last, names) : printTable(last, names);
+    findings.insert(findings.end(), inRecords.begin(), inRecords.end());
+    complain(options.file, findings);
+    return finish(soundness(findings));
+}
+
+}  // namespace RecTool
