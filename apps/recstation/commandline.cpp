@@ -20,6 +20,7 @@ Examples:
   recstation -o recordings --speed 1 sim            the same in real time
   recstation -o recordings feed changes.jsonl       changes made by another program
   receiver-driver | recstation -o recordings feed   the same, live
+  recstation -o recordings iq capture.cu8 --rate 2000000 --centre 1090e6
   recstation -o recordings bearings log.csv         a direction finder's log
   recstation --config station.toml --record receiver sim --seed 7
 
@@ -141,6 +142,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
     FeedOptions feed;
     CLI::App app("Records a receiver through the recorder plug-in.", "recstation");
     app.footer(mainExamples);
+    app.set_version_flag("--version", "recstation " RECSTATION_VERSION);
     app.fallthrough();
     app.require_subcommand(0, 0);
     addCommonOptions(app, options);

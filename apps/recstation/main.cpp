@@ -25,7 +25,7 @@ std::vector<std::string> argumentsInUtf8()
     return arguments;
 }
 
-void writeSummary(const recstation::Summary& summary, bool json, recstation::Messages& messages)
+bool writeSummary(const recstation::Summary& summary, bool json, recstation::Messages& messages)
 {
     for (const QString& remark : summary.remarks()) {
         messages.message(remark);
@@ -33,7 +33,22 @@ void writeSummary(const recstation::Summary& summary, bool json, recstation::Mes
     const std::string text = json ? summary.json() : summary.fileLines().toStdString();
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
         messages.message(QStringLiteral("cannot write the summary to the standard output"));
+        return false;
     }
+    return true;
+}
+
+// A run that did not even begin, told to machines in the shape of every other.
+ExitCode reportFailure(const std::exception& error, bool json, recstation::Messages& messages)
+{
+    if (json) {
+        recstation::Summary summary;
+        summary.failure = QString::fromUtf8(error.what());
+        writeSummary(summary, true, messages);
+    } else {
+        messages.message(QString::fromUtf8(error.what()));
+    }
+    return ExitCode::CannotRun;
 }
 
 ExitCode runProgram(const recstation::Options& options)
@@ -42,11 +57,10 @@ ExitCode runProgram(const recstation::Options& options)
     try {
         recstation::Station station(options, messages);
         const recstation::Summary summary = station.run();
-        writeSummary(summary, options.json, messages);
-        return summary.exitCode();
+        const bool written = writeSummary(summary, options.json, messages);
+        return written || summary.exitCode() != ExitCode::Success ? summary.exitCode() : ExitCode::Incomplete;
     } catch (const std::exception& error) {
-        messages.message(QString::fromUtf8(error.what()));
-        return ExitCode::CannotRun;
+        return reportFailure(error, options.json, messages);
     }
 }
 
@@ -54,6 +68,7 @@ ExitCode runProgram(const recstation::Options& options)
 
 int main(int argc, char* argv[])
 {
+    recstation::openMissingStandardStreams();
 #if !defined(_WIN32)
     // File names are UTF-8 whatever the locale says, as the recorder takes them.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));

@@ -105,10 +105,10 @@ private:
     void TakeKeyword(const QString& keyword);
 
     bool HandleRemoval(const void* subject, TChangeCode code);
-    void HandleControlValue(const void* subject, TChangeCode code);
+    bool HandleControlValue(const void* subject, TChangeCode code);
     void HandleRecStatus(TChangeCode code);
     void PublishFileName(const QString& path);
-    void Capture(void* subject, TChangeCode code);
+    void Capture(void* subject, TChangeCode code, bool control);
     [[nodiscard]] unsigned long long TakeRecordTime(const values::MappingBase* timedMap);
     void WriteCapture(std::int32_t typeId, TChangeCode code, const std::string& text, unsigned long long recordTime);
     void WriteEarlyChanges();

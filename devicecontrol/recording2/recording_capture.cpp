@@ -3,6 +3,7 @@
 #include <exception>
 
 #include <QDir>
+#include <QScopeGuard>
 
 #include "recording.h"
 #include "recording_p.h"
@@ -33,8 +34,10 @@ void CRecording::Update(void* subject, TChangeCode code)
         if (HandleRemoval(subject, code)) {
             return;
         }
-        HandleControlValue(subject, code);
-        Capture(subject, code);
+        // What a control value sets off may end with the value itself gone: only watched values are looked at behind
+        // it.
+        const bool control = HandleControlValue(subject, code);
+        Capture(subject, code, control);
     } catch (const std::exception& exception) {
         RecordingErrors::rethrow(exception, __LINE__);
     }
@@ -69,8 +72,11 @@ bool CRecording::HandleRemoval(const void* subject, TChangeCode code)
     return true;
 }
 
-void CRecording::HandleControlValue(const void* subject, TChangeCode code)
+bool CRecording::HandleControlValue(const void* subject, TChangeCode code)
 {
+    const bool control = subject == m_recStatus.get() || subject == m_recFilePath.get() ||
+                         subject == m_recFileNameFormat83.get() || subject == m_recLoaded.get() ||
+                         subject == m_recHeader.get();
     if (subject == m_recStatus.get()) {
         HandleRecStatus(code);
     } else if (code == TChangeCode::ValueChanged && subject == m_recFilePath.get()) {
@@ -81,6 +87,7 @@ void CRecording::HandleControlValue(const void* subject, TChangeCode code)
     } else if (code == TChangeCode::ValueChanged && subject == m_recFileNameFormat83.get()) {
         m_fileNameFormat83 = m_recFileNameFormat83->GetValue();
     }
+    return control;
 }
 
 void CRecording::HandleRecStatus(TChangeCode code)
@@ -89,8 +96,9 @@ void CRecording::HandleRecStatus(TChangeCode code)
     if (on && (code == TChangeCode::ValueChanged || code == TChangeCode::SelectedAgain)) {
         PublishFileName(StartRecording(false));  // ends a running recording first
     } else if (code == TChangeCode::ValueChanged) {
+        // The next recording has its own time, however this one ends.
+        const auto clock = qScopeGuard([] { CTimeStamp::SetCts(0); });
         StopRecording(false);
-        CTimeStamp::SetCts(0);
     }
 }
 
@@ -101,13 +109,14 @@ void CRecording::PublishFileName(const QString& path)
     }
 }
 
-void CRecording::Capture(void* subject, TChangeCode code)
+void CRecording::Capture(void* subject, TChangeCode code, bool control)
 {
     const auto found = std::find_if(m_observed.begin(), m_observed.end(),
                                     [&](const Observed& observed) { return observed.value == subject; });
     if (found == m_observed.end()) {
-        // The time of a map counts although nobody records it.
-        static_cast<void>(TakeRecordTime(TimedMap(static_cast<const values::ValueBase*>(subject))));
+        if (!control) {  // the time of a map counts although nobody records it
+            static_cast<void>(TakeRecordTime(TimedMap(static_cast<const values::ValueBase*>(subject))));
+        }
         return;
     }
     const Observed change = *found;  // the list may change below

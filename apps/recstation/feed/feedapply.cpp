@@ -209,7 +209,9 @@ void applyFeedLine(values::Tree& tree, const FeedLine& line, unsigned long long 
     } else if (const auto* change = std::get_if<FeedChange>(&line.action)) {
         applyChange(findValue(tree, line.path), *change, startTime);
     } else if (std::holds_alternative<FeedRemove>(line.action)) {
-        findValue(tree, line.path);
+        if (findValue(tree, line.path).GetName().startsWith(QLatin1String("REC_"))) {
+            fail(QStringLiteral("%1 belongs to a recorder and stays: expected a value of a device").arg(line.path));
+        }
         tree.Remove(line.path);
     }
 }

@@ -2,8 +2,19 @@
 
 namespace recstation {
 
+namespace {
+
+constexpr auto examples = R"(
+Examples:
+  recstation -o recordings iq capture.cu8 --rate 2000000 --centre 1090e6
+  recstation -o recordings iq capture.sigmf-data
+  rtl-driver | recstation -o recordings iq - --format cu8 --rate 2048000 --centre 98.5e6)";
+
+}  // namespace
+
 void addIqOptions(CLI::App& command, IqOptions& options)
 {
+    command.footer(examples);
     command.add_option("FILE", options.file, "IQ samples, I and Q interleaved; - reads standard input")->required();
     command.add_option("--format", options.format, "cu8, ci16_le or cf32_le (default: SigMF metadata or suffix)");
     command.add_option("--rate", options.rateHz, "samples a second (default: SigMF metadata)");

@@ -47,4 +47,7 @@ private:
 
 [[nodiscard]] bool standardErrorIsTerminal();
 
+/// First thing in main: a stream that the caller closed becomes an empty one, so that no other file takes its number.
+void openMissingStandardStreams();
+
 }  // namespace recstation

@@ -162,4 +162,14 @@ bool standardErrorIsTerminal()
     return isatty(STDERR_FILENO) == 1;
 }
 
+void openMissingStandardStreams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) == -1 && errno == EBADF) {
+            // Takes the lowest free number, which is this one. Without it the program runs as it was called.
+            [[maybe_unused]] const int opened = open("/dev/null", O_RDWR);
+        }
+    }
+}
+
 }  // namespace recstation

@@ -135,4 +135,9 @@ bool standardErrorIsTerminal()
     return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != FALSE;
 }
 
+// Handles are no small numbers here: no file takes the place of a missing stream.
+void openMissingStandardStreams()
+{
+}
+
 }  // namespace recstation

@@ -138,6 +138,15 @@ TEST_F(FeedSourceTest, WorksABearingMapWithoutATimeOfItsOwn)
     EXPECT_EQ(map.GetTimeStamp(), 0U);
 }
 
+TEST_F(FeedSourceTest, AValueOfARecorderStaysAndTheLineIsBad)
+{
+    run(R"({"at": 0, "path": "/Devices/Rx1/REC_STATUS", "create": "text"}
+{"at": 1, "path": "/Devices/Rx1/REC_STATUS", "remove": true}
+)");
+    EXPECT_THAT(m_reports, ElementsAre(HasSubstr("belongs to a recorder")));
+    EXPECT_NE(m_tree.Find(QStringLiteral("/Devices/Rx1/REC_STATUS")), nullptr);
+}
+
 TEST_F(FeedSourceTest, RemovesAValueSoThatAnotherKindCanTakeItsPlace)
 {
     run(R"({"at": 0, "path": "/A", "create": "bool"}

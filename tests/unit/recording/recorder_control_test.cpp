@@ -250,6 +250,22 @@ TEST_F(RecorderControl, RestartsEndTheFileAndBeginAFreshOne)
     EXPECT_THAT(timesOf(changesIn(second)), ElementsAre(1'000));
 }
 
+TEST_F(RecorderControl, AFilePastTheLimitIsContinuedInTheSameGroupAndAnotherStartIsNot)
+{
+    Peer::fileSizeLimit(makeRecorder()) = 4'000;
+    start();
+    Recording2::FileAccessTestPeer::setGroup(QStringLiteral("GROUP"));
+    const QString first = Peer::currentFileName(recorder());
+    for (int i = 1; Peer::currentFileName(recorder()) == first; ++i) {
+        station.clock.advanceMs(100);
+        level().SetValue(i);
+    }
+    EXPECT_EQ(Recording2::FileAccessTestPeer::group(), QStringLiteral("GROUP"));
+    station.switchOff();
+    station.switchOn();
+    EXPECT_EQ(Recording2::FileAccessTestPeer::group(), QStringLiteral("ERROR"));
+}
+
 TEST_F(RecorderControl, AFilePastTheLimitIsContinuedInANewOne)
 {
     Peer::fileSizeLimit(makeRecorder()) = 4'000;

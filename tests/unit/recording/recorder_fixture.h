@@ -15,6 +15,13 @@
 namespace Recording2 {
 
 /// What tests may see and set of a recorder beyond its interface.
+/// The archive group of the open file, which shows whether a file was opened as the continuation of another.
+class FileAccessTestPeer {
+public:
+    static void setGroup(const QString& guid) { CFileAccess::m_sGuid = guid; }
+    static QString group() { return CFileAccess::m_sGuid; }
+};
+
 class RecordingTestPeer {
 public:
     static std::int64_t& fileSizeLimit(CRecording& recorder) { return recorder.m_fileSizeLimit; }
