@@ -32,3 +32,6 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/Recording2ConfigVersion.
 install(FILES "${PROJECT_BINARY_DIR}/Recording2Config.cmake" "${PROJECT_BINARY_DIR}/Recording2ConfigVersion.cmake"
         DESTINATION "${package_dir}"
 )
+install(FILES "${PROJECT_SOURCE_DIR}/doc/format.md" "${PROJECT_SOURCE_DIR}/doc/recording-text.md"
+        DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+)

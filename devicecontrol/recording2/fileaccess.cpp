@@ -22,10 +22,18 @@ std::string finalName(const std::string& directory, const std::string& path)
     return directory + "/" + FileNames::baseName(path) + ".rec";
 }
 
-void traceException(const char* format, const std::exception& exception)
+// Traces the exception being handled.
+void traceException(const char* format)
 {
-    if (FileAccessTrace::enabled()) {
+    if (!FileAccessTrace::enabled()) {
+        return;
+    }
+    try {
+        throw;
+    } catch (const std::exception& exception) {
         _Q_TraceOld(format, exception.what());
+    } catch (...) {  // observers of the values that are set may throw anything
+        _Q_TraceOld(format, "unknown exception");
     }
 }
 
@@ -111,8 +119,8 @@ bool CFileAccess::OpenRecording(const std::string& path, bool write, bool readTa
     try {
         d->path = path;
         opened = write ? OpenForWriting(sameGroup) : OpenForReading(readTables);
-    } catch (const std::exception& exception) {
-        traceException("Unexpected exception in CFileAccess::OpenRecording: %s", exception);
+    } catch (...) {
+        traceException("Unexpected exception in CFileAccess::OpenRecording: %s");
         return false;
     }
     if (!opened && FileAccessTrace::enabled()) {
@@ -138,6 +146,7 @@ bool CFileAccess::OpenForWriting(bool sameGroup)
         return false;
     }
     shared.output->append(Format::headerArea());
+    shared.output->flush();  // from the first moment the file shows what it is
     d->fileGroupResult = m_sGuid == NoGroup ? -1 : addFileToFileGroup(FileNames::fromBytes(d->path), m_sGuid);
     return true;
 }
@@ -175,15 +184,19 @@ void CFileAccess::CloseRecording(CHeaderData& header, bool skipHandOff)
         shared.input.reset();
         shared.buffer = std::string();
         shared.index.reset();
-    } catch (const std::exception& exception) {
+    } catch (...) {
         d->valid = false;
-        traceException("Unexpected exception in CFileAccess::CloseRecording: %s", exception);
+        traceException("Unexpected exception in CFileAccess::CloseRecording: %s");
     }
 }
 
 void CFileAccess::CloseOutput(bool skipHandOff)
 {
-    d->shared->output->close();
+    if (!d->shared->output->close() && d->valid && FileAccessTrace::enabled()) {
+        _Q_Trace(QStringLiteral("CFileAccess: recording file could not be written completely: ") +
+                     FileNames::fromBytes(d->path),
+                 FileAccessTrace::Source, __LINE__);
+    }
     d->shared->output.reset();
     if (d->valid && FileNames::suffix(d->path) == "tmp") {
         FileNames::renameWithoutReplacing(d->path, finalName(FileNames::absoluteDirectory(d->path), d->path));

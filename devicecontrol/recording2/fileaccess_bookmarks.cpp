@@ -1,4 +1,4 @@
-// Bookmarks, and what all rewriting of a finished file shares.
+// Bookmarks: moments of a finished recording, marked with a text.
 #include <exception>
 #include <stdexcept>
 #include <utility>
@@ -109,65 +109,6 @@ void CFileAccess::writeBookmarks()
     if (RewriteFinishedFile("Error writing bookmarks for recording file %s", rewrite)) {
         d->bookmarksChanged = false;
     }
-}
-
-OutputFile* CFileAccess::OpenForUpdate()
-{
-    SharedFile& shared = *d->shared;
-    if (shared.output == nullptr) {
-        shared.input.reset();
-        shared.output = std::make_unique<OutputFile>(d->path, OpenMode::Update);
-    }
-    return d->goodOutput();
-}
-
-void CFileAccess::ReopenForReading()
-{
-    d->shared->output.reset();
-    d->shared->input = std::make_unique<OpenInput>(d->path);
-}
-
-// The header area is written whole with the record in it: one write, so that no moment leaves the file without a
-// header.
-void CFileAccess::RewriteHeaderArea(const CHeaderData& header)
-{
-    OutputFile* output = d->goodOutput();
-    if (output == nullptr) {
-        return;
-    }
-    std::string record;
-    Format::appendHeader(record, toRecord(header, d->positions));
-    std::string area = Format::headerArea();
-    area.replace(0, record.size(), record);
-    output->seek(0);
-    output->append(area);
-}
-
-bool CFileAccess::RewriteFinishedFile(const char* failure, const std::function<void(OutputFile&)>& rewrite)
-{
-    bool stored = false;
-    if (d->goodInput() == nullptr) {
-        return stored;
-    }
-    try {
-        CHeaderData header;
-        // Another object may have stored a table meanwhile.
-        d->shared->input->cursor.invalidate();
-        if (d->readHeader(header) != Format::HeaderStatus::Ok) {  // not a recording: leave it alone
-            throw std::runtime_error("no readable header");
-        }
-        if (OutputFile* output = OpenForUpdate()) {
-            rewrite(*output);
-            RewriteHeaderArea(header);
-            stored = output->close();
-        }
-        ReopenForReading();
-    } catch (const std::exception&) {
-        if (FileAccessTrace::enabled()) {
-            _Q_TraceOld(failure, d->path.c_str());
-        }
-    }
-    return stored;
 }
 
 }  // namespace Recording2

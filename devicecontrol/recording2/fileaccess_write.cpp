@@ -6,14 +6,20 @@
 
 #include "fileaccess.h"
 #include "fileaccess_p.h"
+#include "filenames.h"
 #include "format/encode.h"
 #include "format/layout.h"
 
 namespace Recording2 {
 
+// The tables must fit behind the records too, or a full file could not be read by time.
 bool CFileAccess::Private::fits(std::int64_t bytes)
 {
-    return bytes <= Format::LastPosition - shared->output->position();
+    constexpr std::int64_t TimeEntryBytes = 20;  // 8 bytes, ten digits, two separators
+    const auto records = static_cast<std::int64_t>(shared->index->size()) + 1;
+    const auto ranges = static_cast<std::int64_t>(shared->channelRangeTimes->size()) + 1;
+    const std::int64_t tables = records * TimeEntryBytes + ranges * std::int64_t{Format::TimeBytes};
+    return bytes + tables <= Format::LastPosition - shared->output->position();
 }
 
 bool CFileAccess::Private::begin(std::int32_t& position)
@@ -30,7 +36,7 @@ bool CFileAccess::Private::begin(std::int32_t& position)
     return true;
 }
 
-// A record that no position could name is left out, so that what was recorded before stays a sound file.
+// What no position could name is left out, so that what was recorded before stays a sound file.
 void CFileAccess::Private::refuse()
 {
     if (shared->positionsExhausted) {
@@ -38,8 +44,8 @@ void CFileAccess::Private::refuse()
     }
     shared->positionsExhausted = true;
     if (FileAccessTrace::enabled()) {
-        _Q_Trace(QStringLiteral("CFileAccess: recording file is full, further records are left out: ") +
-                     QString::fromStdString(path),
+        _Q_Trace(QStringLiteral("CFileAccess: recording file is full, what does not fit is left out: ") +
+                     FileNames::fromBytes(path),
                  FileAccessTrace::Source, __LINE__);
     }
 }
@@ -77,14 +83,14 @@ unsigned long long CFileAccess::write(CVTCmdData& record, unsigned long long tim
         return 0;
     }
     Index::TimeIndex& index = *d->shared->index;
-    const bool taken = index.contains(t);
-    // Times in the index never pass the last time, so only the last time itself can be taken.
-    if ((taken && t == std::numeric_limits<std::uint64_t>::max()) ||
-        !d->fits(static_cast<std::int64_t>(Format::MaxRecordHeadBytes) + length)) {
+    bool free = !index.contains(t);
+    while (!free && t < std::numeric_limits<std::uint64_t>::max()) {
+        free = !index.contains(++t);
+    }
+    if (!free || !d->fits(static_cast<std::int64_t>(Format::MaxRecordHeadBytes) + length)) {
         d->refuse();
         return 0;
     }
-    t += taken ? 1 : 0;
     d->begin(d->positions.firstRecord);
     index.add(t, static_cast<std::int32_t>(output->position()));
     if (isChannelRangeDef) {

@@ -1,5 +1,6 @@
 #include "filenames.h"
 
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
 
@@ -61,23 +62,39 @@ QString fromBytes(const std::string& name)
 #endif
 }
 
+std::filesystem::path native(const std::string& name)
+{
+#if defined(_WIN32)
+    return fromBytes(name).toStdWString();
+#else
+    return name;
+#endif
+}
+
 bool exists(const std::string& path)
 {
     std::error_code error;
-    return std::filesystem::exists(std::filesystem::symlink_status(path, error));
+    return std::filesystem::exists(std::filesystem::symlink_status(native(path), error));
 }
 
 bool isDirectory(const std::string& path)
 {
     std::error_code error;
-    return std::filesystem::is_directory(path, error);
+    return std::filesystem::is_directory(native(path), error);
 }
 
 std::string absoluteDirectory(const std::string& path)
 {
     std::error_code error;
-    const std::filesystem::path absolute = std::filesystem::absolute(directory(path), error);
-    return error ? directory(path) : absolute.lexically_normal().string();
+    const std::filesystem::path absolute = std::filesystem::absolute(native(path), error);
+    if (error) {
+        return directory(path);
+    }
+#if defined(_WIN32)
+    return toBytes(QString::fromStdWString(absolute.parent_path().wstring()));
+#else
+    return absolute.parent_path().string();
+#endif
 }
 
 std::string directory(const std::string& path)
@@ -122,7 +139,7 @@ bool renameWithoutReplacing(const std::string& from, const std::string& to)
     if (exists(to)) {
         return false;
     }
-    std::filesystem::rename(from, to, error);
+    std::filesystem::rename(native(from), native(to), error);
     return !error;
 #else
     return QFile::rename(fromBytes(from), fromBytes(to));

@@ -1,6 +1,7 @@
 // File names where the platforms differ: encoding of 8-bit names, separator, default directory, renaming.
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 #include <QString>
@@ -16,6 +17,8 @@ namespace Recording2::FileNames {
 /// 8-bit file names: Latin-1 on Windows, UTF-8 elsewhere whatever the process's locale is.
 [[nodiscard]] std::string toBytes(const QString& name);
 [[nodiscard]] QString fromBytes(const std::string& name);
+/// The same name for the standard library.
+[[nodiscard]] std::filesystem::path native(const std::string& name);
 
 [[nodiscard]] bool exists(const std::string& path);
 [[nodiscard]] bool isDirectory(const std::string& path);

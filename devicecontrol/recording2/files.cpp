@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "filenames.h"
+
 namespace Recording2 {
 
 namespace {
@@ -13,7 +15,8 @@ constexpr std::size_t BufferBytes = std::size_t{256} * 1024;
 OutputFile::OutputFile(const std::string& path, OpenMode mode) : m_buffer(BufferBytes)
 {
     m_stream.rdbuf()->pubsetbuf(nullptr, 0);  // the buffer is ours
-    m_stream.open(path, std::ios::binary | std::ios::out | (mode == OpenMode::Create ? std::ios::trunc : std::ios::in));
+    m_stream.open(FileNames::native(path),
+                  std::ios::binary | std::ios::out | (mode == OpenMode::Create ? std::ios::trunc : std::ios::in));
     m_good = m_stream.good();
 }
 
@@ -94,7 +97,7 @@ void OutputFile::flush()
 InputFile::InputFile(const std::string& path)
 {
     m_stream.rdbuf()->pubsetbuf(nullptr, 0);  // the cursor buffers
-    m_stream.open(path, std::ios::binary | std::ios::in);
+    m_stream.open(FileNames::native(path), std::ios::binary | std::ios::in);
     m_open = m_stream.good();
 }
 

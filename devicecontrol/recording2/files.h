@@ -31,12 +31,12 @@ public:
     void commit(const char* end) { m_used = static_cast<std::size_t>(end - m_buffer.data()); }
     void seek(std::int64_t position);  ///< A negative position is a failure.
     void seekToEnd();
+    void flush();  ///< Hands what is buffered to the system.
     bool close();  ///< false when what was written did not reach the system; once
 
     static constexpr std::size_t SmallBytes = 256;
 
 private:
-    void flush();
     void seek(std::streamoff offset, std::ios::seekdir from);
 
     std::ofstream m_stream;

@@ -1,5 +1,7 @@
 #include "timestamp.h"
 
+#include <new>
+
 #include <vkbase/datetime.h>
 #include <vkbase/quonos.h>
 
@@ -21,27 +23,27 @@ unsigned long long CTimeStamp::g_tNow = 0;
 
 CTimeStamp::CTimeStamp() = default;
 
-CTimeStamp::CTimeStamp(const CTimeStamp& other) : m_time(new Quon::DateTime(other.getTimeStamp()))
+CTimeStamp::CTimeStamp(const CTimeStamp& other) : m_time(new (std::nothrow) Quon::DateTime(other.getTimeStamp()))
 {
 }
 
-CTimeStamp::CTimeStamp(const QDate& date) : m_time(new Quon::DateTime(date))
+CTimeStamp::CTimeStamp(const QDate& date) : m_time(new (std::nothrow) Quon::DateTime(date))
 {
 }
 
-CTimeStamp::CTimeStamp(const QDate& date, const QTime& time) : m_time(new Quon::DateTime(date, time))
+CTimeStamp::CTimeStamp(const QDate& date, const QTime& time) : m_time(new (std::nothrow) Quon::DateTime(date, time))
 {
 }
 
-CTimeStamp::CTimeStamp(const QDateTime& dt) : m_time(new Quon::DateTime(wholeSeconds(dt)))
+CTimeStamp::CTimeStamp(const QDateTime& dt) : m_time(new (std::nothrow) Quon::DateTime(wholeSeconds(dt)))
 {
 }
 
-CTimeStamp::CTimeStamp(std::uint32_t ms) : m_time(new Quon::DateTime(ms * MicrosecondsPerMillisecond))
+CTimeStamp::CTimeStamp(std::uint32_t ms) : m_time(new (std::nothrow) Quon::DateTime(ms * MicrosecondsPerMillisecond))
 {
 }
 
-CTimeStamp::CTimeStamp(unsigned long long us) : m_time(new Quon::DateTime(us))
+CTimeStamp::CTimeStamp(unsigned long long us) : m_time(new (std::nothrow) Quon::DateTime(us))
 {
 }
 
@@ -53,7 +55,7 @@ CTimeStamp::~CTimeStamp()
 
 const CTimeStamp& CTimeStamp::operator=(const CTimeStamp& other)
 {
-    if (*this != other) {
+    if (this != &other && *this != other) {
         setTime_ts(other.getTimeStamp());
     }
     return *this;
@@ -68,7 +70,7 @@ const CTimeStamp& CTimeStamp::operator=(const QDateTime& dt)
 void CTimeStamp::setTime_ts(unsigned long long us)
 {
     if (m_time == nullptr) {
-        m_time = new Quon::DateTime(us);
+        m_time = new (std::nothrow) Quon::DateTime(us);
     } else {
         m_time->setTime_ts(us);
     }

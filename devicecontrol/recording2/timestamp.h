@@ -18,7 +18,8 @@ namespace Recording2 {
 
 /// A point in time: microseconds since 1970-01-01 00:00:00 UTC in 64 bits, or null. A null stamp reads as 0 everywhere.
 ///
-/// Owns its date-time object; copies never share it. Objects are used by one thread. No operation reports errors.
+/// Owns its date-time object; copies never share it. Objects are used by one thread. No operation reports errors;
+/// where memory runs out the stamp is null.
 /// An unsigned long fits neither number constructor on purpose: say which unit is meant by the type.
 class RECORDING2_EXPORT CTimeStamp {
 public:

@@ -389,6 +389,22 @@ TEST_F(Lifecycle, CopiesWriteToOneStreamAndOneIndexButCountTheirOwnTimes)
     EXPECT_EQ(bytesOf(QStringLiteral("a.rec")), expected.bytes());
 }
 
+TEST_F(Lifecycle, ARecordMovesPastEveryTimeThatIsTaken)
+{
+    const auto original = openForWriting(QStringLiteral("a.tmp"));
+    CFileAccess copy(*original);
+    for (unsigned long long time = 98; time <= 100; ++time) {
+        write(*original, 1, "first", time);
+    }
+    write(copy, 2, "moved", 98);
+    close(*original);
+    CFileAccess reader(name8(QStringLiteral("a.rec")).c_str(), QString(), nullptr, false, true, false, nullptr,
+                       nullptr);
+    CVTCmdData record;
+    EXPECT_EQ(reader.read(record, 101ULL), 0U);
+    EXPECT_STREQ(record.str(), "moved");
+}
+
 TEST_F(Lifecycle, ACopysPositionsAreItsOwn)
 {
     const auto original = openForWriting(QStringLiteral("a.tmp"));
@@ -517,4 +533,43 @@ TEST_F(Lifecycle, TheAddressForOtherProgramsNamesNoGroup)
 {
     const auto file = openForWriting(QStringLiteral("a.tmp"));
     EXPECT_EQ(file->fullRecordingFilePath(), filePath(QStringLiteral("a.tmp")) + QStringLiteral("#zelvo:///ERROR/-1"));
+}
+
+namespace {
+
+class ThrowingObserver final : public IObserver {
+public:
+    explicit ThrowingObserver(bool standard) : m_standard(standard) {}
+    void Update(void* /*subject*/, TChangeCode /*code*/) override
+    {
+        if (m_standard) {
+            throw std::runtime_error("an observer failed");
+        }
+        throw 7;  // NOLINT(hicpp-exception-baseclass): observers may throw anything
+    }
+
+private:
+    bool m_standard;
+};
+
+}  // namespace
+
+TEST_F(Lifecycle, AnObserverThatThrowsWhileAFileIsOpenedLeavesAnInvalidFileAndATrace)
+{
+    for (const bool standard : {true, false}) {
+        ThrowingObserver observer(standard);
+        values::Tree tree;
+        values::ValuePtr<values::Value<QString>> unc;
+        unc.Attach(QStringLiteral("/Rec/REC_UNCFILEPATH"));
+        unc->AddObserver(&observer);
+        const TraceLog log(ErrorHandler::RecordingTraces);
+        const CFileAccess file(name8(QStringLiteral("a.tmp")).c_str(), QStringLiteral("/Rec"), nullptr, true, false,
+                               false, nullptr, nullptr);
+        EXPECT_FALSE(file.IsValidFile());
+        ASSERT_FALSE(TraceLog::traces().empty());
+        EXPECT_EQ(TraceLog::traces().front().message,
+                  QStringLiteral("Unexpected exception in CFileAccess::OpenRecording: ") +
+                      (standard ? QStringLiteral("an observer failed") : QStringLiteral("unknown exception")));
+        unc->RemoveObserver(&observer);
+    }
 }

@@ -93,6 +93,28 @@ TEST_F(FileAccessLimit, AFullFileClosesCleanlyAndReadsBackWhatItTook)
     EXPECT_STREQ(record.str(), "kept");
 }
 
+TEST_F(FileAccessLimit, RecordsLeaveRoomForTheirTablesSoThatAFullFileIsReadByTime)
+{
+    FileAccessTestPeer::seek(m_file, Last - 2000);
+    for (unsigned long long time = 10; time < 200; ++time) {
+        write(time, "data");
+    }
+    EXPECT_EQ(g_traces, 1);
+    const std::int64_t end = FileAccessTestPeer::position(m_file);
+    close();
+    CFileAccess reader(m_path.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
+    ASSERT_TRUE(reader.IsValidFile());
+    EXPECT_TRUE(reader.channelRangeDefAvailable());
+    CVTCmdData record;
+    int records = 1;
+    for (unsigned long long time = reader.readfirst(record); time != 0; time = reader.readnext(record)) {
+        ++records;
+        EXPECT_STREQ(record.str(), "data");
+    }
+    EXPECT_EQ(records, (end - (Last - 2000)) / 9);  // "46#4#data"
+    EXPECT_GT(records, 30);
+}
+
 TEST_F(FileAccessLimit, AChannelRangeTableThatNoHeaderCouldNameIsLeftOut)
 {
     write(10, "kept");

@@ -52,6 +52,15 @@ void Cursor::seek(std::int64_t position)
         m_next = static_cast<std::size_t>(offset);
         return;
     }
+    if (offset < 0) {  // stepping back goes on stepping back: load what lies in front as well
+        const auto half = static_cast<std::int64_t>(m_buffer.size() / 2);
+        m_bufferStart = std::max<std::int64_t>(0, position - half);
+        m_limit = m_source.readAt(m_bufferStart, m_buffer.data(), m_buffer.size());
+        m_next = static_cast<std::size_t>(position - m_bufferStart);
+        if (m_next <= m_limit) {
+            return;
+        }
+    }
     m_bufferStart = position;
     m_next = 0;
     m_limit = 0;

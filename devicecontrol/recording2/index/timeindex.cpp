@@ -41,16 +41,12 @@ std::size_t rankAtOrAfter(const std::vector<Key>& keys, Key key)
 
 void TimeIndex::add(std::uint64_t time, std::int32_t position)
 {
-    if (!m_times.empty()) {
-        // A table that is read again brings the pairs that are there.
-        if (m_ordered && time <= m_times.back()) {
-            const std::size_t rank = rankAtOrAfter(m_times, time);
-            if (m_times[rank] == time && m_positions[rank] == position) {
-                return;
-            }
-        }
-        m_ordered = m_ordered && time > m_times.back() && position > m_positions.back();
+    const bool ascending = m_times.empty() || (time > m_times.back() && position > m_positions.back());
+    // A table that is read again brings keys that are there: they change nothing and take no memory.
+    if (!ascending && (m_ordered || m_separated) && contains(time) && rankOf(position)) {
+        return;
     }
+    m_ordered = m_ordered && ascending;
     m_times.push_back(time);
     m_positions.push_back(position);
     m_separated = false;
@@ -101,8 +97,8 @@ std::size_t TimeIndex::size() const
 bool TimeIndex::contains(std::uint64_t time) const
 {
     const auto& times = timesByTime();
-    if (times.empty() || time > times.back()) {
-        return false;
+    if (times.empty() || time >= times.back()) {
+        return !times.empty() && time == times.back();
     }
     return times[rankAtOrAfter(times, time)] == time;
 }
