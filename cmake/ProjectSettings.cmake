@@ -16,7 +16,8 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 
 option(RECORDING2_SANITIZE "Build with address and undefined behaviour sanitizers" OFF)
-option(RECORDING2_TIDY "Run clang-tidy on every source" OFF)
+option(RECORDING2_TIDY "Run clang-tidy on the sources" OFF)
+option(RECORDING2_TIDY_TESTS "Run it on the sources of the tests too" OFF)
 
 add_library(project_settings INTERFACE)
 target_compile_definitions(project_settings INTERFACE QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_STRICT_ITERATORS)
