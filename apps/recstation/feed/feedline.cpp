@@ -125,7 +125,7 @@ unsigned long long time(const Json& value, std::string_view key)
 QString path(const Json& line)
 {
     const std::string expected = "the path of a value, such as \"/LEVEL\"";
-    const QString found = text(require(line, "path", expected), "path", expected);
+    QString found = text(require(line, "path", expected), "path", expected);
     if (!found.startsWith(QLatin1Char('/')) || found.endsWith(QLatin1Char('/'))) {
         failExpected("path", expected);
     }
