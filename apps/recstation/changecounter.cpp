@@ -10,6 +10,9 @@ void ChangeCounter::Update(void* subject, TChangeCode code)
         return;
     }
     ++m_changes;
+    if (code != TChangeCode::Removed) {           // a deleted item is not recorded
+        m_records += value->ObserverCount() - 1;  // all but this counter are recorders
+    }
 }
 
 void ChangeCounter::follow(const values::Tree& tree)

@@ -1,4 +1,4 @@
-// Counts the changes of device values, for the progress line.
+// Counts the changes of device values and the records that they become, for progress and summary.
 #pragma once
 
 #include <cstddef>
@@ -17,9 +17,13 @@ public:
     /// Observes the values that the tree got since the last call; cheap when there are none.
     void follow(const values::Tree& tree);
     [[nodiscard]] std::uint64_t changes() const { return m_changes; }
+    /// Records that recorders wrote of these changes: one of each recorder that watches the value. The states that a
+    /// recording begins with come on top.
+    [[nodiscard]] std::uint64_t records() const { return m_records; }
 
 private:
     std::uint64_t m_changes = 0;
+    std::uint64_t m_records = 0;
     std::size_t m_followed = 0;  // size of the tree that was looked through last
 };
 

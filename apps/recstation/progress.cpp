@@ -60,9 +60,9 @@ QString durationText(unsigned long long milliseconds)
 QString progressText(const ProgressNumbers& numbers, long long elapsedMs)
 {
     const std::int64_t rate = elapsedMs > 0 ? numbers.bytes * 1000 / elapsedMs : 0;
-    return QStringLiteral("%1 recorded, %2 changes, %3, %4/s")
+    return QStringLiteral("%1 recorded, %2 records, %3, %4/s")
         .arg(durationText(numbers.recordedMs))
-        .arg(numbers.changes)
+        .arg(numbers.records)
         .arg(byteText(numbers.bytes), byteText(rate));
 }
 

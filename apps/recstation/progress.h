@@ -10,11 +10,11 @@ namespace recstation {
 
 struct ProgressNumbers {
     unsigned long long recordedMs = 0;  ///< how far recorded time has come
-    std::uint64_t changes = 0;          ///< changes of device values so far
+    std::uint64_t records = 0;          ///< written of changes so far
     std::int64_t bytes = 0;             ///< in the recording files by now
 };
 
-/// "1 min 02.250 s recorded, 12345 changes, 4.2 MB, 1.3 MB/s"
+/// "1 min 02.250 s recorded, 12345 records, 4.2 MB, 1.3 MB/s"
 [[nodiscard]] QString progressText(const ProgressNumbers& numbers, long long elapsedMs);
 [[nodiscard]] QString byteText(std::int64_t bytes);                   ///< "900 bytes", "4.2 MB"
 [[nodiscard]] QString durationText(unsigned long long milliseconds);  ///< "2.250 s", "1 h 01 min 02.250 s"

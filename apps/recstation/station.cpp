@@ -260,7 +260,7 @@ ProgressNumbers Station::progressNumbers() const
 {
     ProgressNumbers numbers;
     numbers.recordedMs = recordedMs();
-    numbers.changes = m_counter.changes();
+    numbers.records = m_counter.records();
     for (const auto& recorder : m_recorders) {
         for (const QString& path : recorder->temporaryPaths()) {
             numbers.bytes += bytesOnDisk(path);

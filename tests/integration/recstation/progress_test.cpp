@@ -22,11 +22,11 @@ TEST(Progress, DurationsNameHoursAndMinutesWhenThereAreAny)
     EXPECT_EQ(durationText(3'662'250), QStringLiteral("1 h 01 min 02.250 s"));
 }
 
-TEST(Progress, TheLineTellsElapsedChangesBytesAndRate)
+TEST(Progress, TheLineTellsElapsedRecordsBytesAndRate)
 {
     EXPECT_EQ(progressText({62'250, 12'345, 4'200'000}, 2'000),
-              QStringLiteral("1 min 02.250 s recorded, 12345 changes, 4.2 MB, 2.1 MB/s"));
-    EXPECT_EQ(progressText({}, 0), QStringLiteral("0.000 s recorded, 0 changes, 0 bytes, 0 bytes/s"));
+              QStringLiteral("1 min 02.250 s recorded, 12345 records, 4.2 MB, 2.1 MB/s"));
+    EXPECT_EQ(progressText({}, 0), QStringLiteral("0.000 s recorded, 0 records, 0 bytes, 0 bytes/s"));
 }
 
 }  // namespace
