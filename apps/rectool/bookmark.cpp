@@ -45,7 +45,7 @@ std::optional<std::string> toLatin1(const std::string& utf8)
 
 std::string quoted(const Inspection::Bookmark& bookmark)
 {
-    return "\"" + onOneLine(fromLatin1(bookmark.text)) + "\"";
+    return '"' + onOneLine(fromLatin1(bookmark.text)) + '"';
 }
 
 /// The steps that adding and removing share. Only what is wrong with the file or the time ends it here.
