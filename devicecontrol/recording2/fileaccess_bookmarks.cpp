@@ -86,8 +86,8 @@ void CFileAccess::WriteBookmarkTable()
         return;
     }
     for (const auto& [time, text] : *d->shared->bookmarks) {
-        output->commit(Format::putTime(output->reserve(Format::TimeBytes), time));
-        output->commit(Format::putNumber(output->reserve(Format::MaxNumberBytes), std::uint64_t{text.size()}));
+        output->commit(Format::putTime(output->reserve(), time));
+        output->commit(Format::putNumber(output->reserve(), std::uint64_t{text.size()}));
         output->append(text);
     }
 }

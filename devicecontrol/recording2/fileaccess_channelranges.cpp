@@ -96,14 +96,13 @@ void CFileAccess::WriteCRDTable()
         return;
     }
     for (const std::uint64_t time : *d->shared->channelRangeTimes) {
-        output->commit(Format::putTime(output->reserve(Format::TimeBytes), time));
+        output->commit(Format::putTime(output->reserve(), time));
     }
 }
 
 // Without a table the position is 0 and the file is overwritten from its start: callers ask channelRangeDefAvailable.
 void CFileAccess::clearChannelRangeDef()
 {
-    constexpr std::int64_t ZeroBytes = 8;
     if (d->goodInput() == nullptr) {
         return;
     }
@@ -113,7 +112,7 @@ void CFileAccess::clearChannelRangeDef()
             d->positions.bookmarkTable == 0 ? output->position() : std::int64_t{d->positions.bookmarkTable};
         output->seek(d->positions.channelRangeTable);
         while (output->good() && output->position() < bound) {
-            output->commit(Format::OutInt64(output->reserve(ZeroBytes), 0));
+            output->commit(Format::OutInt64(output->reserve(), 0));
         }
     }
     if (d->shared->channelRangeTimes != nullptr) {

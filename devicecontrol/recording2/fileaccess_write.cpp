@@ -96,7 +96,7 @@ unsigned long long CFileAccess::write(CVTCmdData& record, unsigned long long tim
     if (isChannelRangeDef) {
         d->shared->channelRangeTimes->insert(t);
     }
-    output->commit(Format::putRecordHead(output->reserve(Format::MaxRecordHeadBytes), record.cmd(), length));
+    output->commit(Format::putRecordHead(output->reserve(), record.cmd(), length));
     output->append({record.strData(), length});
     d->lastTime = t;
     return 0;
@@ -125,8 +125,7 @@ void CFileAccess::WriteTimeTable()
     const Index::TimeIndex& index = *d->shared->index;
     for (std::size_t rank = 0; rank < index.size(); ++rank) {
         const Index::TimeEntry entry = index.byTime(rank);
-        output->commit(
-            Format::putTimeEntry(output->reserve(Format::MaxTimeEntryBytes), entry.time, std::int64_t{entry.position}));
+        output->commit(Format::putTimeEntry(output->reserve(), entry.time, entry.position));
     }
 }
 

@@ -6,13 +6,7 @@
 
 namespace Recording2 {
 
-namespace {
-
-constexpr std::size_t BufferBytes = std::size_t{256} * 1024;
-
-}  // namespace
-
-OutputFile::OutputFile(const std::string& path, OpenMode mode) : m_buffer(BufferBytes)
+OutputFile::OutputFile(const std::string& path, OpenMode mode) : m_buffer(BufferBytes + SmallBytes)
 {
     m_stream.rdbuf()->pubsetbuf(nullptr, 0);  // the buffer is ours
     m_stream.open(FileNames::native(path),
@@ -25,30 +19,33 @@ OutputFile::~OutputFile()
     close();
 }
 
-void OutputFile::append(std::span<const char> bytes)
+// At least as much as the buffer has room for.
+void OutputFile::appendPast(std::span<const char> bytes)
 {
-    if (bytes.size() > m_buffer.size() - m_used) {
-        flush();
+    while (bytes.size() >= m_end - m_used) {
+        const std::size_t part = m_end - m_used;
+        if (m_used == 0) {  // no need to copy it first
+            write(bytes.data(), part);
+            startBuffer();
+        } else {
+            std::memcpy(m_buffer.data() + m_used, bytes.data(), part);
+            m_used += part;
+            flush();
+        }
+        bytes = bytes.subspan(part);
     }
-    if (!m_good) {
-        return;
-    }
-    if (bytes.size() < m_buffer.size()) {
-        std::memcpy(m_buffer.data() + m_used, bytes.data(), bytes.size());
-        m_used += bytes.size();
-        return;
-    }
-    m_stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    m_flushed += static_cast<std::int64_t>(bytes.size());
-    m_good = m_stream.good();
+    append(bytes);
 }
 
-char* OutputFile::reserve(std::size_t size)
+// What was reserved may have run past the end.
+void OutputFile::writeFullBuffer()
 {
-    if (size > m_buffer.size() - m_used) {
-        flush();
-    }
-    return m_buffer.data() + m_used;
+    const std::size_t past = m_used - m_end;
+    const char* const rest = m_buffer.data() + m_end;
+    m_used = m_end;
+    flush();
+    std::memmove(m_buffer.data(), rest, past);
+    m_used = past;
 }
 
 void OutputFile::seek(std::int64_t position)
@@ -68,6 +65,7 @@ void OutputFile::seek(std::streamoff offset, std::ios::seekdir from)
     m_good = m_good && m_stream.good();
     if (m_good) {
         m_flushed = m_stream.tellp();
+        startBuffer();
     }
 }
 
@@ -84,14 +82,25 @@ bool OutputFile::close()
 
 void OutputFile::flush()
 {
-    if (m_good && m_used > 0) {
-        m_stream.write(m_buffer.data(), static_cast<std::streamsize>(m_used));
+    write(m_buffer.data(), m_used);
+    m_used = 0;
+    startBuffer();
+}
+
+// After a failure the position still counts what was handed over, and the buffer is free for what will not be written
+// either.
+void OutputFile::write(const char* bytes, std::size_t size)
+{
+    if (m_good && size > 0) {
+        m_stream.write(bytes, static_cast<std::streamsize>(size));
         m_good = m_stream.good();
     }
-    // After a failure the position still counts what was handed over, and the buffer is free for what will not be
-    // written either.
-    m_flushed += static_cast<std::int64_t>(m_used);
-    m_used = 0;
+    m_flushed += static_cast<std::int64_t>(size);
+}
+
+void OutputFile::startBuffer()
+{
+    m_end = BufferBytes - static_cast<std::size_t>(m_flushed % std::int64_t{BufferBytes});
 }
 
 InputFile::InputFile(const std::string& path)

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <fstream>
 #include <span>
 #include <string>
@@ -25,10 +26,24 @@ public:
 
     [[nodiscard]] bool good() const { return m_good; }
     [[nodiscard]] std::int64_t position() const { return m_flushed + static_cast<std::int64_t>(m_used); }
-    void append(std::span<const char> bytes);
-    /// Room for size bytes to be written in place, size at most SmallBytes; commit says how many were.
-    [[nodiscard]] char* reserve(std::size_t size);
-    void commit(const char* end) { m_used = static_cast<std::size_t>(end - m_buffer.data()); }
+    void append(std::span<const char> bytes)
+    {
+        if (bytes.size() < m_end - m_used) {
+            std::memcpy(m_buffer.data() + m_used, bytes.data(), bytes.size());
+            m_used += bytes.size();
+        } else {
+            appendPast(bytes);
+        }
+    }
+    /// Room for SmallBytes to be written in place; commit says how many were.
+    [[nodiscard]] char* reserve() { return m_buffer.data() + m_used; }
+    void commit(const char* end)
+    {
+        m_used = static_cast<std::size_t>(end - m_buffer.data());
+        if (m_used >= m_end) {
+            writeFullBuffer();
+        }
+    }
     void seek(std::int64_t position);  ///< A negative position is a failure.
     void seekToEnd();
     void flush();  ///< Hands what is buffered to the system.
@@ -37,11 +52,20 @@ public:
     static constexpr std::size_t SmallBytes = 256;
 
 private:
+    static constexpr std::size_t BufferBytes = std::size_t{256} * 1024;
+
+    void appendPast(std::span<const char> bytes);
+    void writeFullBuffer();
+    void write(const char* bytes, std::size_t size);
+    void startBuffer();
     void seek(std::streamoff offset, std::ios::seekdir from);
 
+    // The buffer is handed over where the position is a multiple of its size: file systems take pieces that begin and
+    // end at such places much faster. Behind that end there is room for what reserve gave.
     std::ofstream m_stream;
     std::vector<char> m_buffer;
     std::size_t m_used = 0;
+    std::size_t m_end = BufferBytes;
     std::int64_t m_flushed = 0;  // position of the buffer's first byte
     bool m_good = true;
 };

@@ -87,7 +87,7 @@ inline void readRecordHead(Cursor& cursor, RecordHead& target)
 
 /// Room that an entry of the time table needs.
 constexpr std::size_t MaxTimeEntryBytes = TimeBytes + MaxNumberBytes;
-inline char* putTimeEntry(char* out, std::uint64_t milliseconds, std::int64_t position)
+inline char* putTimeEntry(char* out, std::uint64_t milliseconds, std::int32_t position)
 {
     return putNumber(putTime(out, milliseconds), position);
 }

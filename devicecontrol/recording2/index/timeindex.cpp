@@ -39,17 +39,15 @@ std::size_t rankAtOrAfter(const std::vector<Key>& keys, Key key)
 
 }  // namespace
 
-void TimeIndex::add(std::uint64_t time, std::int32_t position)
+// A table that is read again brings keys that are there: they change nothing and take no memory.
+bool TimeIndex::takesOutOfOrder(std::uint64_t time, std::int32_t position)
 {
-    const bool ascending = m_times.empty() || (time > m_times.back() && position > m_positions.back());
-    // A table that is read again brings keys that are there: they change nothing and take no memory.
-    if (!ascending && (m_ordered || m_separated) && contains(time) && rankOf(position)) {
-        return;
+    if ((m_ordered || m_separated) && contains(time) && rankOf(position)) {
+        return false;
     }
-    m_ordered = m_ordered && ascending;
-    m_times.push_back(time);
-    m_positions.push_back(position);
+    m_ordered = false;
     m_separated = false;
+    return true;
 }
 
 void TimeIndex::clear()
@@ -69,43 +67,30 @@ void TimeIndex::separate() const
     m_separated = true;
 }
 
-const std::vector<std::uint64_t>& TimeIndex::timesByTime() const
+const TimeIndex::Pairs& TimeIndex::separatedByTime() const
 {
-    return m_ordered ? m_times : (separate(), m_byTime.times);
+    separate();
+    return m_byTime;
 }
 
-const std::vector<std::int32_t>& TimeIndex::positionsByTime() const
+const TimeIndex::Pairs& TimeIndex::separatedByPosition() const
 {
-    return m_ordered ? m_positions : (separate(), m_byTime.positions);
+    separate();
+    return m_byPosition;
 }
 
-const std::vector<std::uint64_t>& TimeIndex::timesByPosition() const
+std::size_t TimeIndex::sizeOfSeparated() const
 {
-    return m_ordered ? m_times : (separate(), m_byPosition.times);
+    return separatedByTime().times.size();
 }
 
-const std::vector<std::int32_t>& TimeIndex::positionsByPosition() const
-{
-    return m_ordered ? m_positions : (separate(), m_byPosition.positions);
-}
-
-std::size_t TimeIndex::size() const
-{
-    return timesByTime().size();
-}
-
-bool TimeIndex::contains(std::uint64_t time) const
+bool TimeIndex::find(std::uint64_t time) const
 {
     const auto& times = timesByTime();
     if (times.empty() || time >= times.back()) {
         return !times.empty() && time == times.back();
     }
     return times[rankAtOrAfter(times, time)] == time;
-}
-
-TimeEntry TimeIndex::byTime(std::size_t rank) const
-{
-    return {timesByTime()[rank], positionsByTime()[rank]};
 }
 
 std::optional<TimeEntry> TimeIndex::atOrAfterOrLast(std::uint64_t time) const

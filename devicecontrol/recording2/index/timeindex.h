@@ -20,19 +20,32 @@ struct TimeEntry {
 /// pairs out of order (damaged or stray ones) make the views separate, sorted once.
 class TimeIndex {
 public:
-    void add(std::uint64_t time, std::int32_t position);
+    void add(std::uint64_t time, std::int32_t position)
+    {
+        const bool inOrder = m_ordered && (m_times.empty() || (time > m_times.back() && position > m_positions.back()));
+        if (!inOrder && !takesOutOfOrder(time, position)) {
+            return;
+        }
+        m_times.push_back(time);
+        m_positions.push_back(position);
+    }
     void clear();
 
     [[nodiscard]] bool empty() const { return m_times.empty(); }
-    [[nodiscard]] std::size_t size() const;  ///< pairs of the view by time
+    /// Pairs of the view by time.
+    [[nodiscard]] std::size_t size() const { return m_ordered ? m_times.size() : sizeOfSeparated(); }
 
-    [[nodiscard]] bool contains(std::uint64_t time) const;
+    [[nodiscard]] bool contains(std::uint64_t time) const
+    {
+        const bool behindAll = m_ordered && (m_times.empty() || time > m_times.back());
+        return !behindAll && find(time);
+    }
     /// The pair at the time, else the first later one, else the last one; nothing only when empty.
     [[nodiscard]] std::optional<TimeEntry> atOrAfterOrLast(std::uint64_t time) const;
     /// The pair before the one at exactly that time.
     [[nodiscard]] std::optional<TimeEntry> before(std::uint64_t time) const;
     /// The pair with that rank by time; rank below size().
-    [[nodiscard]] TimeEntry byTime(std::size_t rank) const;
+    [[nodiscard]] TimeEntry byTime(std::size_t rank) const { return {timesByTime()[rank], positionsByTime()[rank]}; }
 
     /// The time of exactly that position, 0 when there is none (and for a record whose time is 0).
     [[nodiscard]] std::uint64_t timeAt(std::int64_t position) const;
@@ -45,11 +58,28 @@ private:
         std::vector<std::uint64_t> times;
         std::vector<std::int32_t> positions;
     };
+    bool takesOutOfOrder(std::uint64_t time, std::int32_t position);
+    [[nodiscard]] bool find(std::uint64_t time) const;
+    [[nodiscard]] std::size_t sizeOfSeparated() const;
+    const Pairs& separatedByTime() const;
+    const Pairs& separatedByPosition() const;
     void separate() const;
-    [[nodiscard]] const std::vector<std::uint64_t>& timesByTime() const;
-    [[nodiscard]] const std::vector<std::int32_t>& positionsByTime() const;
-    [[nodiscard]] const std::vector<std::uint64_t>& timesByPosition() const;
-    [[nodiscard]] const std::vector<std::int32_t>& positionsByPosition() const;
+    [[nodiscard]] const std::vector<std::uint64_t>& timesByTime() const
+    {
+        return m_ordered ? m_times : separatedByTime().times;
+    }
+    [[nodiscard]] const std::vector<std::int32_t>& positionsByTime() const
+    {
+        return m_ordered ? m_positions : separatedByTime().positions;
+    }
+    [[nodiscard]] const std::vector<std::uint64_t>& timesByPosition() const
+    {
+        return m_ordered ? m_times : separatedByPosition().times;
+    }
+    [[nodiscard]] const std::vector<std::int32_t>& positionsByPosition() const
+    {
+        return m_ordered ? m_positions : separatedByPosition().positions;
+    }
 
     // As added. While m_ordered, both views are these two arrays; otherwise the views are made from them when asked.
     std::vector<std::uint64_t> m_times;

@@ -1,0 +1,107 @@
+// The buffered file that is written: whatever the pieces are, the file holds them.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <random>
+#include <string>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <recording2/files.h>
+
+#include "support/recordingbytes.h"
+
+namespace FilesTests {
+namespace {
+
+using Recording2::OpenMode;
+using Recording2::OutputFile;
+
+class OutputFiles : public testing::Test {
+protected:
+    [[nodiscard]] QString name() const { return m_directory.filePath(QStringLiteral("file")); }
+    [[nodiscard]] std::string name8() const { return QFile::encodeName(name()).toStdString(); }
+    [[nodiscard]] std::string bytes() const { return TestSupport::readFile(name()); }
+
+    /// Bytes that tell where they stand.
+    static std::string pattern(std::size_t begin, std::size_t size)
+    {
+        std::string made(size, '\0');
+        for (std::size_t i = 0; i < size; ++i) {
+            made[i] = static_cast<char>((begin + i) * 131 >> 3U);
+        }
+        return made;
+    }
+    static void put(OutputFile& output, const std::string& bytes)
+    {
+        output.commit(std::copy(bytes.begin(), bytes.end(), output.reserve()));
+    }
+
+private:
+    QTemporaryDir m_directory;
+};
+
+TEST_F(OutputFiles, HoldPiecesOfEverySizeInTheirOrder)
+{
+    std::mt19937 random(5);  // NOLINT(cert-msc51-cpp): the same pieces in every run
+    std::uniform_int_distribution<std::size_t> magnitude(0, 20);
+    OutputFile output(name8(), OpenMode::Create);
+    std::string expected;
+    while (expected.size() < 8'000'000) {
+        const std::size_t size = random() % (std::size_t{1} << magnitude(random));
+        const std::string piece = pattern(expected.size(), size);
+        if (size <= OutputFile::SmallBytes && random() % 2 == 0) {
+            put(output, piece);
+        } else {
+            output.append(piece);
+        }
+        expected += piece;
+        ASSERT_EQ(output.position(), static_cast<std::int64_t>(expected.size()));
+        if (random() % 50 == 0) {
+            output.flush();
+        }
+    }
+    ASSERT_TRUE(output.close());
+    EXPECT_TRUE(bytes() == expected);
+}
+
+TEST_F(OutputFiles, FillTheBufferToItsLastByteAndBeyond)
+{
+    constexpr std::size_t Buffer = std::size_t{256} * 1024;
+    for (std::size_t missing = 0; missing < 4; ++missing) {
+        OutputFile output(name8(), OpenMode::Create);
+        std::string expected = pattern(0, Buffer - missing);
+        output.append(expected);
+        const std::string tail = pattern(expected.size(), OutputFile::SmallBytes);
+        put(output, tail);
+        expected += tail;
+        ASSERT_TRUE(output.close());
+        EXPECT_TRUE(bytes() == expected) << missing;
+    }
+}
+
+TEST_F(OutputFiles, AreChangedInPlaceAndGoOnAtTheEnd)
+{
+    OutputFile created(name8(), OpenMode::Create);
+    std::string expected = pattern(0, 1'000'000);
+    created.append(expected);
+    ASSERT_TRUE(created.close());
+
+    OutputFile output(name8(), OpenMode::Update);
+    const std::string change = pattern(77, 600'000);
+    output.seek(100'001);
+    output.append(change);
+    expected.replace(100'001, change.size(), change);
+    output.seekToEnd();
+    EXPECT_EQ(output.position(), 1'000'000);
+    put(output, "tail");
+    expected += "tail";
+    ASSERT_TRUE(output.close());
+    EXPECT_TRUE(bytes() == expected);
+}
+
+}  // namespace
+}  // namespace FilesTests
