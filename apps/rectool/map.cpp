@@ -3,8 +3,7 @@
 #include <limits>
 #include <vector>
 
-#include <values/maps.h>
-
+#include "bearingreplay.h"
 #include "commands.h"
 #include "json.h"
 #include "output.h"
@@ -19,67 +18,8 @@ namespace RecTool {
 
 namespace Inspection = Recording2::Inspection;
 using values::Bearing;
-using values::BearingHandler;
-using values::CellMap;
-using values::ValueType;
 
 namespace {
-
-bool same(double a, double b)
-{
-    return a == b || (std::isnan(a) && std::isnan(b));
-}
-
-bool same(const Bearing& a, const Bearing& b)
-{
-    return same(a.azimuthDeg, b.azimuthDeg) && same(a.elevationDeg, b.elevationDeg) && same(a.levelDb, b.levelDb) &&
-           same(a.quality, b.quality);
-}
-
-struct Channel {
-    Bearing bearing;
-    std::uint64_t changedMs = 0;        // when it became what it is
-    unsigned long long measuredUs = 0;  // what the map said then
-};
-
-/// The bearing map of a recording as its records build it up.
-class BearingReplay {
-public:
-    void apply(const Inspection::Record& record)
-    {
-        const values::ValueBase* value = m_recorded.apply(record);
-        const bool isMap = value != nullptr &&
-                           (value->GetType() == ValueType::BearingMap || value->GetType() == ValueType::FastBearingMap);
-        if (isMap) {
-            update(static_cast<const CellMap<Bearing, BearingHandler>&>(*value), record.timeMs);
-        } else {
-            ++m_passedOver;
-        }
-    }
-    [[nodiscard]] const values::ChannelRange& range() const { return m_range; }
-    [[nodiscard]] const std::vector<Channel>& channels() const { return m_channels; }
-    /// Records that are no bearings.
-    [[nodiscard]] std::uint64_t passedOver() const { return m_passedOver; }
-
-private:
-    void update(const CellMap<Bearing, BearingHandler>& map, std::uint64_t timeMs)
-    {
-        if (!(map.GetChannelRange() == m_range)) {
-            m_range = map.GetChannelRange();
-            m_channels.assign(m_range.size(), {});
-        }
-        for (std::size_t i = 0; i < m_channels.size(); ++i) {
-            if (!same(m_channels[i].bearing, map.GetCells()[i])) {
-                m_channels[i] = {map.GetCells()[i], timeMs, map.GetTimeStamp()};
-            }
-        }
-    }
-
-    RecordedValues m_recorded;
-    values::ChannelRange m_range;
-    std::vector<Channel> m_channels;
-    std::uint64_t m_passedOver = 0;
-};
 
 struct Span {
     std::uint64_t from = 0;
@@ -91,8 +31,8 @@ std::vector<std::size_t> shownChannels(const BearingReplay& replay, const Span& 
 {
     std::vector<std::size_t> shown;
     for (std::size_t i = 0; i < replay.channels().size(); ++i) {
-        const Channel& channel = replay.channels()[i];
-        if (!isEmpty(channel.bearing) && channel.changedMs >= span.from) {
+        const BearingChange& channel = replay.channels()[i];
+        if (!isEmpty(channel.bearing) && channel.timeMs >= span.from) {
             shown.push_back(i);
         }
     }
@@ -115,11 +55,11 @@ void printTable(const BearingReplay& replay, const std::vector<std::size_t>& sho
                  Table::Align::Right, Table::Align::Right, Table::Align::Right, Table::Align::Left});
     table.add({"Channel", "Frequency", "Azimuth", "Elevation", "Level", "Quality", "Time", "Measured"});
     for (const std::size_t i : shown) {
-        const Channel& channel = replay.channels()[i];
+        const BearingChange& channel = replay.channels()[i];
         const Bearing& bearing = channel.bearing;
         table.add({std::to_string(i), frequency(replay.range().frequencyHz(i)), cell(bearing.azimuthDeg),
                    cell(bearing.elevationDeg), cell(bearing.levelDb), cell(bearing.quality),
-                   std::to_string(channel.changedMs), utc(channel.measuredUs / UsPerMs)});
+                   std::to_string(channel.timeMs), utc(channel.measuredUs / UsPerMs)});
     }
     table.print(std::cout, "");
 }
@@ -129,10 +69,10 @@ void printJson(const MapOptions& options, const Span& span, const BearingReplay&
 {
     Json bearings = Json::array();
     for (const std::size_t i : shown) {
-        const Channel& channel = replay.channels()[i];
+        const BearingChange& channel = replay.channels()[i];
         Json bearing = {{"channel", i}, {"frequencyHz", replay.range().frequencyHz(i)}};
         bearing.update(toJson(channel.bearing));
-        bearing["timeMs"] = channel.changedMs;
+        bearing["timeMs"] = channel.timeMs;
         bearing["timeStampUs"] = channel.measuredUs;
         bearings.push_back(std::move(bearing));
     }
