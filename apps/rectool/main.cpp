@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include "commands.h"
+#include "plot/plot.h"
 #include "recordingtime.h"
 
 namespace {
@@ -168,6 +169,76 @@ void addMap(CLI::App& app, Action& action)
         "  rectool map recording.rec --from bookmark:alarm --to bookmark:alarm+5000 --json");
 }
 
+/// What all pictures take.
+template <typename Options>
+void addPicture(Verb<Options>& verb)
+{
+    constexpr int Smallest = 300;
+    constexpr int Largest = 10'000;
+    Options& options = verb.options();
+    verb.app()
+        .add_option("-o,--output", options.output, "Picture to write: .png, .jpg or .pdf")
+        ->type_name("PICTURE")
+        ->required();
+    verb.addTime("--from", options.from, "Begin at this time. " + Time);
+    verb.addTime("--to", options.to, "End at this time");
+    verb.app()
+        .add_option("--width", options.width, "Width in pixels")
+        ->check(CLI::Range(Smallest, Largest))
+        ->capture_default_str();
+    verb.app()
+        .add_option("--height", options.height, "Height in pixels")
+        ->check(CLI::Range(Smallest, Largest))
+        ->capture_default_str();
+    verb.addJson("Print what was drawn as one JSON document");
+}
+
+void addPlot(CLI::App& app, Action& action)
+{
+    CLI::App& plot = *app.add_subcommand("plot", "Draw spectra, levels and bearings");
+    plot.require_subcommand(1);
+    Verb<RecTool::PlotSpectrumOptions> spectrum(plot, "spectrum", "Draw spectra over time as a waterfall",
+                                                RecTool::plotSpectrum, action);
+    addPicture(spectrum);
+    CLI::Option* rf = spectrum.app().add_flag("--rf", spectrum.options().onlyRf, "Only the RF spectrum");
+    CLI::Option* intermediate = spectrum.app().add_flag("--if", spectrum.options().onlyIf, "Only the IF spectrum");
+    rf->excludes(intermediate);
+    spectrum.addTypes("The spectra of this keyword or type number; may be given several times");
+    CLI::Option* highest = spectrum.app().add_flag("--max", spectrum.options().max,
+                                                   "A pixel is the highest of its levels (as without options)");
+    spectrum.app()
+        .add_flag("--mean", spectrum.options().mean, "A pixel is the mean of its levels in decibels, over their time")
+        ->excludes(highest);
+    spectrum.app().add_flag("--continuous", spectrum.options().continuous,
+                            "Do not break the frequency axis at wide gaps");
+    spectrum.app()
+        .add_option("--unit", spectrum.options().unit, "What levels are in, such as dBm; recordings do not tell")
+        ->capture_default_str();
+    spectrum.app().footer(
+        "Examples:\n"
+        "  rectool plot spectrum recording.rec -o waterfall.png\n"
+        "  rectool plot spectrum recording.rec -o alarm.png --rf --from bookmark:alarm-5000 --to bookmark:alarm+5000\n"
+        "  rectool plot spectrum recording.rec -o waterfall.pdf --mean --unit dBm");
+    Verb<RecTool::PlotLevelOptions> level(plot, "level", "Draw levels or other numbers over time", RecTool::plotLevel,
+                                          action);
+    addPicture(level);
+    level.addTypes("This keyword or type number instead of LEVEL; may be given several times");
+    level.app().add_option("--unit", level.options().unit, "What the numbers are in, where it is not as usual");
+    level.app().footer(
+        "Examples:\n"
+        "  rectool plot level recording.rec -o level.png\n"
+        "  rectool plot level recording.rec -o drive.png --type VELOCITY --type TRUEHEADING --height 600");
+    Verb<RecTool::PlotBearingsOptions> bearings(plot, "bearings", "Draw bearings over time and as seen from above",
+                                                RecTool::plotBearings, action);
+    addPicture(bearings);
+    bearings.app().add_flag("--relative", bearings.options().relative,
+                            "Azimuths relative to the antenna, also where TRUEHEADING is recorded");
+    bearings.app().footer(
+        "Examples:\n"
+        "  rectool plot bearings recording.rec -o bearings.png\n"
+        "  rectool plot bearings recording.rec -o bearings.png --relative --from 60000 --json");
+}
+
 ExitCode run(int argc, char** argv)
 {
     CLI::App app("Looks into recordings of receivers and direction finders.", "rectool");
@@ -176,7 +247,7 @@ ExitCode run(int argc, char** argv)
     app.footer(std::string("rectool VERB --help tells more about a verb.\n\n") + ExitCodes);
 
     Action action;
-    for (const auto add : {addInfo, addTypes, addCat, addBookmark, addRange, addState, addMap}) {
+    for (const auto add : {addInfo, addTypes, addCat, addBookmark, addRange, addState, addMap, addPlot}) {
         add(app, action);
     }
     try {

@@ -1,0 +1,36 @@
+// Axes of time, frequency and level, and the bookmarks beside them.
+#pragma once
+
+#include <vector>
+
+#include <QString>
+
+#include "picture.h"
+#include "timeticks.h"
+
+namespace RecTool {
+
+enum class TimeScale : unsigned char { Clock, Elapsed };
+
+/// Makes an axis one of time. It shows the elapsed time where the recording's start is not known.
+void setTimeAxis(Picture& picture, QCPAxis& axis, const PlotSource& source, TimeScale scale, int pixels);
+/// What the time axis of a picture says: "Time (UTC, 2026-11-21)".
+[[nodiscard]] QString timeLabel(const PlotSource& source, TimeScale scale);
+/// Whether clock times can be shown at all.
+[[nodiscard]] bool hasClock(const PlotSource& source);
+
+/// The unit that frequencies of a picture are best shown in.
+struct FrequencyUnit {
+    double hz = 1;
+    const char* name = "Hz";
+};
+[[nodiscard]] FrequencyUnit unitFor(double highestHz);
+
+/// Ticks with as many digits as their distance needs, so that neighbours never look alike, and so few that they fit.
+void setNumberTicks(Picture& picture, QCPAxis& axis, int pixels);
+
+/// Draws a line across the rect for every bookmark, with its text where there is room: at most one label covers
+/// another's place, all others are moved a little or left out. @return how many have no label
+std::size_t markBookmarks(Picture& picture, QCPAxis& timeAxis, const PlotSource& source, bool withLabels = true);
+
+}  // namespace RecTool

@@ -1,0 +1,375 @@
+// plot bearings: azimuths over time and as seen from above.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <functional>
+#include <iostream>
+#include <optional>
+#include <utility>
+
+#include <values/value.h>
+
+#include "../bearingreplay.h"
+#include "../text.h"
+#include "axes.h"
+#include "bearingpoints.h"
+#include "picture.h"
+
+namespace RecTool {
+
+namespace Inspection = Recording2::Inspection;
+
+namespace {
+
+constexpr const char* HeadingKeyword = "TRUEHEADING";
+constexpr double Circle = 360;
+constexpr double Pi = 3.14159265358979323846;
+
+/// Ten colours that are told apart also by the colour-blind, by and large.
+constexpr std::array<QRgb, 10> Colours{0xff1f77b4, 0xffff7f0e, 0xff2ca02c, 0xffd62728, 0xff9467bd,
+                                       0xff8c564b, 0xffe377c2, 0xff17becf, 0xffbcbd22, 0xff000000};
+constexpr QRgb OthersColour = 0xffa0a4a8;
+
+/// A bearing as it is drawn.
+struct Shown {
+    double frequencyHz;
+    std::uint64_t timeMs;
+    double azimuthDeg;
+};
+
+/// The bearings of a recording, relative to the antenna or to true north.
+class Bearings {
+public:
+    Bearings(PlotSource& source, bool relative)
+        : m_source(source),
+          m_bearings(source.names().numberOf(DirectionFindingKeyword)),
+          m_heading(relative ? std::nullopt : source.names().numberOf(HeadingKeyword))
+    {
+    }
+
+    [[nodiscard]] bool areRecorded() const { return m_bearings.has_value(); }
+
+    /// One pass.
+    void replay(const std::function<void(const Shown&)>& show)
+    {
+        m_withoutHeading = 0;
+        double heading = std::nan("");
+        bool headingIsRecorded = false;
+        const BearingReplay* map = nullptr;
+        BearingReplay replay([&](const BearingChange& change) {
+            const bool inSpan = change.timeMs >= m_source.span().fromMs;
+            if (!inSpan || !std::isfinite(change.bearing.azimuthDeg)) {
+                return;
+            }
+            if (m_isTrue && std::isnan(heading)) {
+                ++m_withoutHeading;
+                return;
+            }
+            const double azimuth = change.bearing.azimuthDeg + (m_isTrue ? heading : 0);
+            show({map->range().frequencyHz(change.channel), change.timeMs, wrapped(azimuth)});
+        });
+        map = &replay;
+        RecordedValues recorded;
+        m_source.walk([&](const Inspection::Record& record) {
+            if (record.code == m_heading) {
+                const values::ValueBase* value = recorded.apply(record);
+                if (value != nullptr && value->GetType() == values::ValueType::Numeric) {
+                    heading = static_cast<const values::ValueNumeric<double>&>(*value).GetValue();
+                    headingIsRecorded = headingIsRecorded || std::isfinite(heading);
+                    heading = std::isfinite(heading) ? heading : std::nan("");
+                }
+            } else if (record.code == m_bearings) {
+                replay.apply(record);
+            }
+        });
+        m_passedOver = replay.passedOver();
+        m_headingIsRecorded = headingIsRecorded;
+    }
+
+    /// Whether a pass met a heading.
+    [[nodiscard]] bool headingIsRecorded() const { return m_headingIsRecorded; }
+    /// From now on azimuths are those from true north.
+    void makeTrue() { m_isTrue = true; }
+    [[nodiscard]] bool areTrue() const { return m_isTrue; }
+    [[nodiscard]] std::uint64_t passedOver() const { return m_passedOver; }
+    /// Bearings in front of the first heading, which have no true azimuth.
+    [[nodiscard]] std::uint64_t withoutHeading() const { return m_withoutHeading; }
+
+private:
+    PlotSource& m_source;
+    std::optional<std::int32_t> m_bearings;
+    std::optional<std::int32_t> m_heading;
+    bool m_isTrue = false;
+    bool m_headingIsRecorded = false;
+    std::uint64_t m_passedOver = 0;
+    std::uint64_t m_withoutHeading = 0;
+};
+
+/// Points of one colour.
+struct Group {
+    QString name;
+    QColor colour;
+    BearingPoints points;
+};
+
+/// The channels with the most bearings, each in its colour; in front of them all others in grey.
+class Groups {
+public:
+    Groups(const BearingCount& count, const TimeSpan& span, int width, int height) : m_count(count)
+    {
+        m_frequencies = count.most(Colours.size());
+        const auto columns = static_cast<std::size_t>(width);
+        const auto rows = static_cast<std::size_t>(height);
+        const std::size_t others = count.channels() - m_frequencies.size();
+        m_groups.push_back({QStringLiteral("%1 other %2").arg(others).arg(others == 1 ? "channel" : "channels"),
+                            QColor(OthersColour), BearingPoints(span, columns, rows)});
+        for (const double hz : m_frequencies) {
+            m_groups.push_back({QString::fromStdString(frequency(hz)), QColor(Colours[m_groups.size() - 1]),
+                                BearingPoints(span, columns, rows)});
+        }
+    }
+    void add(const Shown& bearing)
+    {
+        const auto found = std::lower_bound(m_frequencies.begin(), m_frequencies.end(), bearing.frequencyHz);
+        const bool isOwn = found != m_frequencies.end() && *found == bearing.frequencyHz;
+        const auto group = isOwn ? static_cast<std::size_t>(found - m_frequencies.begin()) + 1 : 0;
+        m_groups[group].points.add(bearing.timeMs, bearing.azimuthDeg);
+    }
+    [[nodiscard]] std::size_t others() const { return m_count.channels() - m_frequencies.size(); }
+    [[nodiscard]] const std::vector<double>& frequencies() const { return m_frequencies; }
+    /// Those that are drawn.
+    [[nodiscard]] std::vector<const Group*> shown() const
+    {
+        std::vector<const Group*> shown;
+        for (std::size_t i = others() > 0 ? 0 : 1; i < m_groups.size(); ++i) {
+            shown.push_back(&m_groups[i]);
+        }
+        return shown;
+    }
+
+private:
+    const BearingCount& m_count;
+    std::vector<double> m_frequencies;
+    std::vector<Group> m_groups;
+};
+
+QCPScatterStyle dot(const QColor& colour)
+{
+    constexpr double Size = 4;
+    return {QCPScatterStyle::ssDisc, colour, colour, Size};
+}
+
+QString azimuthLabel(bool areTrue)
+{
+    return areTrue ? QStringLiteral("Bearing (\u00b0 from true north)")
+                   : QStringLiteral("Azimuth (\u00b0 from the antenna's zero)");
+}
+
+/// Azimuth up, time across.
+QCPAxisRect* addTimeView(Picture& picture, const PlotSource& source, const Groups& groups, bool areTrue,
+                         QCPAxisRect& rect)
+{
+    QCPAxis& time = *rect.axis(QCPAxis::atBottom);
+    QCPAxis& azimuth = *rect.axis(QCPAxis::atLeft);
+    QCPAxis& elapsed = *rect.axis(QCPAxis::atTop);
+    for (QCPAxis* axis : rect.axes()) {
+        axis->setVisible(true);
+        axis->setSubTicks(false);
+    }
+    rect.axis(QCPAxis::atRight)->setTicks(false);
+    setTimeAxis(picture, time, source, TimeScale::Clock, picture.width() / 2);
+    setTimeAxis(picture, elapsed, source, TimeScale::Elapsed, picture.width() / 2);
+    elapsed.setTicks(hasClock(source));
+    elapsed.setLabel(hasClock(source) ? elapsed.label() : QString());
+    azimuth.setRange(0, Circle);
+    azimuth.setLabel(azimuthLabel(areTrue));
+    const QSharedPointer<QCPAxisTickerFixed> ticker(new QCPAxisTickerFixed);
+    constexpr double Step = 45;
+    ticker->setTickStep(Step);
+    azimuth.setTicker(ticker);
+    azimuth.setNumberPrecision(0);
+    for (const Group* group : groups.shown()) {
+        auto* graph = new QCPGraph(&time, &azimuth);
+        graph->setName(group->name);
+        graph->setLineStyle(QCPGraph::lsNone);
+        graph->setScatterStyle(dot(group->colour));
+        for (const BearingPoints::Point& point : group->points.points()) {
+            graph->addData(static_cast<double>(point.timeMs), point.azimuthDeg);
+        }
+    }
+    return &rect;
+}
+
+void addRing(Picture& picture, QCPAxisRect& rect, double radius)
+{
+    auto* ring = new QCPItemEllipse(&picture.plot());
+    for (QCPItemPosition* position : {ring->topLeft, ring->bottomRight}) {
+        position->setAxes(rect.axis(QCPAxis::atBottom), rect.axis(QCPAxis::atLeft));
+    }
+    ring->topLeft->setCoords(-radius, radius);
+    ring->bottomRight->setCoords(radius, -radius);
+    ring->setPen(QPen(QColor(radius < 1 ? 0xffc8ccd0 : 0xff60666c)));
+    ring->setLayer(QStringLiteral("grid"));
+}
+
+QString directionName(int degrees, bool areTrue)
+{
+    if (areTrue && degrees % 90 == 0) {
+        return QStringLiteral("NESW").mid(degrees / 90, 1);
+    }
+    return QString::number(degrees) + QChar(0xb0);
+}
+
+/// A bearing points to where it was taken from; the later, the farther from the middle.
+void addPolarView(Picture& picture, const PlotSource& source, const Groups& groups, bool areTrue, QCPAxisRect& rect)
+{
+    constexpr double Edge = 1.22;
+    constexpr double LabelRadius = 1.11;
+    constexpr double Middle = 0.08;  // the first bearings have a direction too
+    constexpr int Step = 30;
+    QCPAxis& x = *rect.axis(QCPAxis::atBottom);
+    QCPAxis& y = *rect.axis(QCPAxis::atLeft);
+    for (QCPAxis* axis : rect.axes()) {
+        axis->setVisible(false);
+        axis->grid()->setVisible(false);
+    }
+    x.setRange(-Edge, Edge);
+    y.setRange(-Edge, Edge);
+    for (const double radius : {0.25, 0.5, 0.75, 1.0}) {
+        addRing(picture, rect, Middle + (1 - Middle) * radius);
+    }
+    for (int degrees = 0; degrees < static_cast<int>(Circle); degrees += Step) {
+        const double angle = degrees * Pi / (Circle / 2);
+        auto* spoke = new QCPItemLine(&picture.plot());
+        auto* label = new QCPItemText(&picture.plot());
+        for (QCPItemPosition* position : {spoke->start, spoke->end, label->position}) {
+            position->setAxes(&x, &y);
+            position->setType(QCPItemPosition::ptPlotCoords);
+        }
+        spoke->start->setCoords(Middle * std::sin(angle), Middle * std::cos(angle));
+        spoke->end->setCoords(std::sin(angle), std::cos(angle));
+        spoke->setPen(QPen(QColor(0xffc8ccd0)));
+        spoke->setLayer(QStringLiteral("grid"));
+        label->setText(directionName(degrees, areTrue));
+        label->setFont(picture.font());
+        label->position->setCoords(LabelRadius * std::sin(angle), LabelRadius * std::cos(angle));
+    }
+    for (const Group* group : groups.shown()) {
+        auto* curve = new QCPCurve(&x, &y);
+        curve->removeFromLegend();
+        curve->setLineStyle(QCPCurve::lsNone);
+        curve->setScatterStyle(dot(group->colour));
+        for (const BearingPoints::Point& point : group->points.points()) {
+            const double part = static_cast<double>(point.timeMs - source.span().fromMs) / source.span().width();
+            const double radius = Middle + (1 - Middle) * part;
+            const double angle = point.azimuthDeg * Pi / (Circle / 2);
+            curve->addData(radius * std::sin(angle), radius * std::cos(angle));
+        }
+    }
+}
+
+/// The whole picture: over time, from above, and what the colours mean.
+void draw(Picture& picture, const PlotSource& source, const Groups& groups, bool areTrue)
+{
+    constexpr int Wide = 900;
+    const bool beside = picture.width() >= Wide;
+    QCPLayoutGrid& body = picture.body();
+    QCPAxisRect* times = picture.addAxisRect(body, 0, 0);
+    times->setMinimumMargins(QMargins(8, 8, 20, 8));
+    addTimeView(picture, source, groups, areTrue, *times);
+
+    auto* side = new QCPLayoutGrid;
+    body.addElement(beside ? 0 : 1, beside ? 1 : 0, side);
+    const int square = std::min(picture.height() * (beside ? 6 : 4) / 10, picture.width() * (beside ? 38 : 60) / 100);
+    QCPAxisRect* polar = picture.addAxisRect(*side, 0, 0);
+    polar->setAutoMargins(QCP::msNone);
+    polar->setMinimumSize(square, square);
+    polar->setMaximumSize(square, square);
+    addPolarView(picture, source, groups, areTrue, *polar);
+    QCPTextElement* caption =
+        picture.addText(*side, 1, 0,
+                        areTrue ? QStringLiteral("True north at the top; later = farther out")
+                                : QStringLiteral("Antenna's zero at the top; later = farther out"));
+    caption->setMargins(QMargins(0, 0, 0, 6));
+
+    auto* legend = new QCPLegend;
+    side->addElement(beside ? 2 : 0, beside ? 0 : 1, legend);
+    legend->setLayer(QStringLiteral("legend"));
+    legend->setFont(picture.font());
+    legend->setBorderPen(Qt::NoPen);
+    legend->setFillOrder(QCPLegend::foRowsFirst);
+    legend->setWrap(beside ? 6 : 0);
+    legend->setMaximumSize(beside ? square : QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+    for (int i = 0; i < picture.plot().graphCount(); ++i) {
+        picture.plot().graph(i)->addToLegend(legend);
+    }
+}
+
+void print(const PlotBearingsOptions& options, const PlotSource& source, const Bearings& bearings,
+           const BearingCount& count, const Groups& groups)
+{
+    Json channels = Json::array();
+    for (const double hz : groups.frequencies()) {
+        channels.push_back({{"frequencyHz", hz}, {"bearings", count.of(hz)}});
+    }
+    Json json = pictureJson(options, source);
+    json["reference"] = bearings.areTrue() ? "true-north" : "antenna";
+    json["bearings"] = count.all();
+    json["channels"] = std::move(channels);
+    json["otherChannels"] = groups.others();
+    json["withoutHeading"] = bearings.withoutHeading();
+    std::cout << dump(json, 2) << '\n';
+}
+
+}  // namespace
+
+ExitCode plotBearings(const PlotBearingsOptions& options)
+{
+    if (const ExitCode checked = checkPicture(options); checked != ExitCode::Fine) {
+        return checked;
+    }
+    constexpr int Passes = 2;
+    PlotSource source(options, Passes);
+    if (source.state() != ExitCode::Fine) {
+        return source.state();
+    }
+    Bearings bearings(source, options.relative);
+    if (!bearings.areRecorded()) {
+        return source.refuse(std::string("There is no type ") + DirectionFindingKeyword + " in the recording.");
+    }
+    BearingCount count;
+    bearings.replay([&](const Shown& bearing) { count.add(bearing.frequencyHz); });
+    if (count.all() == 0) {
+        return source.refuse(options.from.empty() && options.to.empty() ? "There is no bearing in the recording."
+                                                                        : "There is no bearing in the span.");
+    }
+    if (bearings.headingIsRecorded()) {
+        bearings.makeTrue();
+    }
+    Groups groups(count, source.span(), options.width, options.height);
+    bearings.replay([&](const Shown& bearing) { groups.add(bearing); });
+
+    const DrawingApplication application;
+    Picture picture(options, source,
+                    bearings.areTrue() ? QStringLiteral("True bearings (DFSPECTRUM, TRUEHEADING)")
+                                       : QStringLiteral("Bearings (DFSPECTRUM)"));
+    draw(picture, source, groups, bearings.areTrue());
+    picture.layOut();
+    markBookmarks(picture, *picture.plot().graph(0)->keyAxis(), source);
+    ExitCode result = picture.save();
+    if (result == ExitCode::Fine && options.json) {
+        print(options, source, bearings, count, groups);
+    }
+    if (bearings.withoutHeading() > 0) {
+        complain(options.file, std::to_string(bearings.withoutHeading()) +
+                                   " bearings are older than the first heading and were left out; see --relative.");
+    }
+    if (bearings.passedOver() > 0) {
+        complain(options.file, std::to_string(bearings.passedOver()) + " " + DirectionFindingKeyword +
+                                   " records are no bearings and were passed over.");
+        result = result == ExitCode::Fine ? ExitCode::Damaged : result;
+    }
+    return source.end(result);
+}
+
+}  // namespace RecTool

@@ -1,0 +1,61 @@
+// A number over time, as much of it as a picture can show.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "timespan.h"
+
+namespace RecTool {
+
+/// The values in force in a span: each from its record to the next one. While there are few they are kept as they are,
+/// otherwise as the lowest and the highest of every column.
+class Envelope {
+public:
+    struct Point {
+        std::uint64_t timeMs = 0;
+        double value = 0;  ///< NaN or infinite: no value
+    };
+    struct Column {
+        double lowest = std::numeric_limits<double>::quiet_NaN();  ///< NaN: nothing in force
+        double highest = std::numeric_limits<double>::quiet_NaN();
+    };
+
+    /// @param times at least a millisecond wide
+    Envelope(std::size_t columns, const TimeSpan& times);
+
+    /// Times ascend; they may lie in front of the span, not behind it.
+    void add(std::uint64_t timeMs, double value);
+    void finish();
+
+    /// All values of the span, the first one at its beginning if it was in force then; empty when there were more than
+    /// columns.
+    [[nodiscard]] const std::vector<Point>& points() const { return m_points; }
+    [[nodiscard]] bool hasPoints() const { return m_values <= m_columns.size(); }
+    [[nodiscard]] const std::vector<Column>& columns() const { return m_columns; }
+    [[nodiscard]] const TimeSpan& times() const { return m_times; }
+    [[nodiscard]] std::uint64_t records() const { return m_records; }  ///< in the span
+    [[nodiscard]] double lowest() const { return m_lowest; }           ///< NaN: there is no value
+    [[nodiscard]] double highest() const { return m_highest; }
+
+private:
+    void put(const Point& point);
+    void keepInForceTo(std::size_t column);
+    void count(std::size_t column);
+
+    TimeSpan m_times;
+    std::vector<Column> m_columns;
+    std::vector<Point> m_points;
+    std::uint64_t m_values = 0;
+    std::uint64_t m_records = 0;
+    std::size_t m_column = 0;
+    double m_inForce = std::numeric_limits<double>::quiet_NaN();
+    bool m_begun = false;
+    bool m_hasBefore = false;
+    double m_lowest = std::numeric_limits<double>::quiet_NaN();
+    double m_highest = std::numeric_limits<double>::quiet_NaN();
+};
+
+}  // namespace RecTool

@@ -1,0 +1,164 @@
+#include "frequencies.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace RecTool {
+
+using values::ChannelRange;
+
+namespace {
+
+constexpr double Touching = 1e-6;  // of a channel's width: edges that only differ by rounding
+
+std::vector<double> sortedFrequencies(const ChannelRange& range)
+{
+    std::vector<double> frequencies(range.size());
+    for (std::size_t i = 0; i < frequencies.size(); ++i) {
+        frequencies[i] = range.frequencyHz(i);
+    }
+    std::sort(frequencies.begin(), frequencies.end());
+    return frequencies;
+}
+
+FrequencySpan around(double frequency, double width)
+{
+    return {frequency - width / 2, frequency + width / 2};
+}
+
+/// A span without width cannot be drawn.
+FrequencySpan widened(const FrequencySpan& span)
+{
+    constexpr double Part = 1e-4;
+    const double room = std::max(1.0, std::abs(span.lowHz) * Part);
+    return span.width() > 0 ? span : FrequencySpan{span.lowHz - room, span.highHz + room};
+}
+
+}  // namespace
+
+double channelWidthHz(const ChannelRange& range)
+{
+    if (!range.isList()) {
+        return std::abs(range.stepHz);
+    }
+    const std::vector<double> frequencies = sortedFrequencies(range);
+    double smallest = 0;
+    for (std::size_t i = 1; i < frequencies.size(); ++i) {
+        const double distance = frequencies[i] - frequencies[i - 1];
+        if (distance > 0 && (smallest == 0 || distance < smallest)) {
+            smallest = distance;
+        }
+    }
+    return smallest;
+}
+
+std::vector<FrequencySpan> joined(std::vector<FrequencySpan> spans)
+{
+    std::sort(spans.begin(), spans.end(),
+              [](const FrequencySpan& a, const FrequencySpan& b) { return a.lowHz < b.lowHz; });
+    std::vector<FrequencySpan> joined;
+    for (const FrequencySpan& span : spans) {
+        if (!joined.empty() && span.lowHz <= joined.back().highHz + Touching * span.width()) {
+            joined.back().highHz = std::max(joined.back().highHz, span.highHz);
+        } else {
+            joined.push_back(span);
+        }
+    }
+    return joined;
+}
+
+std::vector<FrequencySpan> coveredBy(const ChannelRange& range)
+{
+    if (range.size() == 0) {
+        return {};
+    }
+    const double width = channelWidthHz(range);
+    if (!range.isList()) {
+        const double first = range.frequencyHz(0);
+        const double last = range.frequencyHz(range.size() - 1);
+        return {{std::min(first, last) - width / 2, std::max(first, last) + width / 2}};
+    }
+    std::vector<FrequencySpan> spans;
+    spans.reserve(range.size());
+    for (const double channel : range.channelsHz) {
+        spans.push_back(around(channel, width));
+    }
+    return joined(std::move(spans));
+}
+
+std::vector<FrequencySpan> axisPieces(const std::vector<FrequencySpan>& covered, std::size_t most)
+{
+    if (covered.empty()) {
+        return {};
+    }
+    const FrequencySpan all{covered.front().lowHz, covered.back().highHz};
+    const double measured = std::accumulate(covered.begin(), covered.end(), 0.0,
+                                            [](double sum, const FrequencySpan& span) { return sum + span.width(); });
+    std::vector<FrequencySpan> pieces{covered.front()};
+    for (std::size_t i = 1; i < covered.size(); ++i) {
+        if (measured > 0 && covered[i].lowHz - pieces.back().highHz > measured) {
+            pieces.push_back(covered[i]);
+        } else {
+            pieces.back().highHz = covered[i].highHz;
+        }
+    }
+    if (pieces.size() > most) {
+        pieces.assign(1, all);
+    }
+    std::transform(pieces.begin(), pieces.end(), pieces.begin(), widened);
+    return pieces;
+}
+
+ColumnMap::ColumnMap(const ChannelRange& range, const FrequencySpan& span, std::size_t columns)
+    : m_channels(columns), m_columns(range.size())
+{
+    const bool ascending = !range.isList() && range.stepHz >= 0;
+    std::vector<std::uint32_t> order(range.size());
+    std::iota(order.begin(), order.end(), 0U);
+    if (!ascending) {
+        std::stable_sort(order.begin(), order.end(),
+                         [&](std::uint32_t a, std::uint32_t b) { return range.frequencyHz(a) < range.frequencyHz(b); });
+        m_ranks.resize(range.size());
+        for (std::uint32_t rank = 0; rank < order.size(); ++rank) {
+            m_ranks[order[rank]] = rank;
+        }
+    }
+    const double halfWidth = channelWidthHz(range) / 2 * (1 + Touching);
+    const auto frequency = [&](std::uint32_t rank) { return range.frequencyHz(order[rank]); };
+    const auto count = static_cast<std::uint32_t>(order.size());
+    const double columnHz = span.width() / static_cast<double>(columns);
+    std::uint32_t next = 0;
+    while (next < count && frequency(next) < span.lowHz) {
+        ++next;
+    }
+    for (std::uint32_t column = 0; column < columns; ++column) {
+        const double low = span.lowHz + columnHz * column;
+        const double middle = low + columnHz / 2;
+        const bool isLast = column + 1 == columns;
+        const double high = isLast ? span.highHz : low + columnHz;
+        Interval channels{next, next};
+        while (channels.end < count &&
+               (frequency(channels.end) < high || (isLast && frequency(channels.end) <= high))) {
+            ++channels.end;
+        }
+        next = channels.end;
+        if (channels.begin == channels.end) {
+            const bool below = next > 0 && middle - frequency(next - 1) <= halfWidth;
+            const bool above = next < count && frequency(next) - middle <= halfWidth;
+            if (below) {
+                channels = {next - 1, next};
+            } else if (above) {
+                channels = {next, next + 1};
+            }
+        }
+        m_channels[column] = channels;
+        for (std::uint32_t rank = channels.begin; rank < channels.end; ++rank) {
+            Interval& own = m_columns[rank];
+            own.begin = own.begin == own.end ? column : own.begin;
+            own.end = column + 1;
+        }
+    }
+}
+
+}  // namespace RecTool

@@ -1,0 +1,62 @@
+// Where the channels of a range lie in a picture.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include <values/maps.h>
+
+namespace RecTool {
+
+/// From the lower edge of the lowest channel to the upper edge of the highest.
+struct FrequencySpan {
+    double lowHz = 0;
+    double highHz = 0;
+
+    [[nodiscard]] double width() const { return highHz - lowHz; }
+};
+
+/// How wide a channel is: the step of an even range, the smallest distance between two channels of a list. 0 where
+/// there is neither.
+[[nodiscard]] double channelWidthHz(const values::ChannelRange& range);
+/// The stretches of frequency that the channels cover, ascending; channels that touch are one stretch.
+[[nodiscard]] std::vector<FrequencySpan> coveredBy(const values::ChannelRange& range);
+/// Joins stretches that touch or overlap, ascending.
+[[nodiscard]] std::vector<FrequencySpan> joined(std::vector<FrequencySpan> spans);
+/// The pieces into which a frequency axis is best broken: at every gap that is wider than all that is measured, but in
+/// at most so many pieces; otherwise one from the lowest to the highest frequency. A span without width gets one.
+[[nodiscard]] std::vector<FrequencySpan> axisPieces(const std::vector<FrequencySpan>& covered, std::size_t most);
+
+/// Which channels stand for which column of a picture. A column shows the channels whose centres lie in it or, where
+/// there is none, the channel that reaches over its middle. So every channel in the span is in some column, and a
+/// column in a gap has no channel.
+class ColumnMap {
+public:
+    struct Interval {
+        std::uint32_t begin = 0;
+        std::uint32_t end = 0;
+    };
+
+    ColumnMap() = default;
+    ColumnMap(const values::ChannelRange& range, const FrequencySpan& span, std::size_t columns);
+
+    /// The place of every channel in ascending order of frequency; empty where that is the order of the channels.
+    [[nodiscard]] std::span<const std::uint32_t> ranks() const { return m_ranks; }
+    [[nodiscard]] std::uint32_t rankOf(std::size_t channel) const
+    {
+        return m_ranks.empty() ? static_cast<std::uint32_t>(channel) : m_ranks[channel];
+    }
+    /// The ranks of the channels of a column.
+    [[nodiscard]] const Interval& channelsOf(std::size_t column) const { return m_channels[column]; }
+    /// The columns of a channel, by its rank; empty when it lies outside.
+    [[nodiscard]] const Interval& columnsOf(std::size_t rank) const { return m_columns[rank]; }
+
+private:
+    std::vector<std::uint32_t> m_ranks;
+    std::vector<Interval> m_channels;
+    std::vector<Interval> m_columns;
+};
+
+}  // namespace RecTool

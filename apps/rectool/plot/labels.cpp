@@ -1,0 +1,100 @@
+#include "labels.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+
+namespace RecTool {
+
+namespace {
+
+/// Labels that touch; together they stand around the mean of what they want.
+struct Block {
+    std::size_t count;
+    double sum;  // of the wanted middles, each less its offset in the block
+
+    [[nodiscard]] double begin(double size, double low, double high) const
+    {
+        const double length = size * static_cast<double>(count);
+        return std::clamp(sum / static_cast<double>(count) - size / 2, low, std::max(low, high - length));
+    }
+};
+
+std::vector<double> spread(const std::vector<double>& wanted, double size, double low, double high)
+{
+    std::vector<Block> blocks;
+    for (const double middle : wanted) {
+        blocks.push_back({1, middle});
+        while (blocks.size() > 1) {
+            const Block& last = blocks.back();
+            Block& before = blocks[blocks.size() - 2];
+            const double end = before.begin(size, low, high) + size * static_cast<double>(before.count);
+            if (last.begin(size, low, high) >= end) {
+                break;
+            }
+            const double shift = size * static_cast<double>(before.count) * static_cast<double>(last.count);
+            before = {before.count + last.count, before.sum + last.sum - shift};
+            blocks.pop_back();
+        }
+    }
+    std::vector<double> middles;
+    for (const Block& block : blocks) {
+        for (std::size_t i = 0; i < block.count; ++i) {
+            middles.push_back(block.begin(size, low, high) + size * (static_cast<double>(i) + 1.0 / 2));
+        }
+    }
+    return middles;
+}
+
+/// The label whose neighbours are nearest to each other.
+std::size_t mostCrowded(const std::vector<double>& wanted, const std::vector<std::size_t>& left)
+{
+    std::size_t best = 0;
+    double smallest = std::numeric_limits<double>::infinity();
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        const double before = wanted[left[i == 0 ? 0 : i - 1]];
+        const double behind = wanted[left[std::min(i + 1, left.size() - 1)]];
+        const bool atEnd = i == 0 || i + 1 == left.size();
+        const double room = (behind - before) * (atEnd ? 2 : 1);
+        if (room < smallest) {
+            smallest = room;
+            best = i;
+        }
+    }
+    return best;
+}
+
+}  // namespace
+
+std::vector<std::optional<double>> placeLabels(const std::vector<double>& wanted, double size, double low, double high)
+{
+    const double room = std::max(0.0, std::floor((high - low) / size));
+    std::vector<std::size_t> left(wanted.size());
+    std::iota(left.begin(), left.end(), std::size_t{0});
+    // Of very many, first every so manieth: looking for the most crowded one again and again would take too long.
+    constexpr std::size_t Many = 1000;
+    if (left.size() > Many) {
+        std::vector<std::size_t> thinned;
+        const double step = static_cast<double>(left.size()) / static_cast<double>(Many);
+        for (std::size_t i = 0; i < Many; ++i) {
+            thinned.push_back(left[static_cast<std::size_t>(static_cast<double>(i) * step)]);
+        }
+        left = std::move(thinned);
+    }
+    while (static_cast<double>(left.size()) > room) {
+        left.erase(left.begin() + static_cast<std::ptrdiff_t>(mostCrowded(wanted, left)));
+    }
+    std::vector<double> kept;
+    for (const std::size_t i : left) {
+        kept.push_back(wanted[i]);
+    }
+    const std::vector<double> middles = spread(kept, size, low, high);
+    std::vector<std::optional<double>> places(wanted.size());
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        places[left[i]] = middles[i];
+    }
+    return places;
+}
+
+}  // namespace RecTool

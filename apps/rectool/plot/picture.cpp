@@ -1,0 +1,213 @@
+#include "picture.h"
+
+#include <array>
+#include <cmath>
+#include <filesystem>
+#include <iostream>
+
+#include <QFileInfo>
+#include <QFontMetrics>
+#include <QImageWriter>
+#include <QPdfWriter>
+#include <QSaveFile>
+
+#include "../text.h"
+#include "timeticks.h"
+
+namespace RecTool {
+
+namespace {
+
+QString suffixOf(const QString& path)
+{
+    return QFileInfo(path).suffix().toLower();
+}
+
+/// The suffixes of recordings, finished and under way.
+bool isRecordingName(const QString& path)
+{
+    return suffixOf(path) == "rec" || suffixOf(path) == "tmp";
+}
+
+bool isSameFile(const std::string& a, const std::string& b)
+{
+    std::error_code none;
+    return std::filesystem::equivalent(a, b, none) && !none;
+}
+
+ExitCode refuse(const PlotOptions& options, const std::string& why)
+{
+    complain(options.output, why);
+    return ExitCode::Usage;
+}
+
+constexpr int Margin = 14;
+
+}  // namespace
+
+ExitCode checkPicture(const PlotOptions& options)
+{
+    const QString output = QString::fromLocal8Bit(options.output.c_str());
+    if (isSameFile(options.file, options.output)) {
+        return refuse(options, "This is the recording itself; a picture does not replace it.");
+    }
+    if (isRecordingName(output) || isRecordingName(QFileInfo(output).symLinkTarget())) {
+        return refuse(options, "This is the name of a recording; a picture ends in .png, .jpg or .pdf.");
+    }
+    if (!QStringList{"png", "jpg", "jpeg", "pdf"}.contains(suffixOf(output))) {
+        return refuse(options, "A picture's name ends in .png, .jpg or .pdf.");
+    }
+    return ExitCode::Fine;
+}
+
+DrawingApplication::DrawingApplication() : m_argv{m_name.data(), nullptr}
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling);
+    m_application = std::make_unique<QApplication>(m_argc, m_argv);
+}
+
+Picture::Picture(const PlotOptions& options, const PlotSource& source, const QString& title)
+    : m_output(options.output),
+      m_width(options.width),
+      m_height(options.height),
+      m_font(QStringLiteral("DejaVu Sans")),
+      m_body(new QCPLayoutGrid)
+{
+    constexpr int Wide = 1000;
+    m_font.setPixelSize(m_width >= Wide ? 13 : 11);
+    m_plot.setFont(m_font);
+    m_plot.setViewport(QRect(0, 0, m_width, m_height));
+    QCPLayoutGrid& grid = *m_plot.plotLayout();
+    grid.clear();
+    grid.setRowSpacing(0);
+
+    const Recording2::Inspection::Header& header = source.summary().header;
+    const std::string name = fromLatin1(header.deviceName);
+    const std::string type = fromLatin1(header.deviceType);
+    QString device = QString::fromStdString(onOneLine(type.empty() ? name : name + " (" + type + ")"));
+    if (isClockTime(header.startMs, source.span())) {
+        device += (device.isEmpty() ? "started " : ", started ") + QString::fromStdString(utc(header.startMs));
+    }
+    const QString file = QFileInfo(QString::fromLocal8Bit(options.file.c_str())).fileName();
+    const int room = m_width - 2 * Margin;
+    QFont large = m_font;
+    large.setPixelSize(m_font.pixelSize() + 4);
+    large.setBold(true);
+    addText(grid, 0, 0, elided(title, room * m_font.pixelSize() / (large.pixelSize() + 2)))->setFont(large);
+    addText(grid, 1, 0, elided(device, room));
+    addText(grid, 2, 0, elided(file, room))->setTextColor(QColor(90, 90, 90));
+    for (int row = 0; row < 3; ++row) {
+        grid.element(row, 0)->setMargins(QMargins(Margin, row == 0 ? Margin / 2 : 1, Margin, 1));
+    }
+    grid.addElement(3, 0, m_body);
+    m_body->setMargins(QMargins(0, 0, 0, 0));
+    for (int row = 0; row < 3; ++row) {
+        grid.setRowStretchFactor(row, 0.001);
+    }
+}
+
+int Picture::widthOf(const QString& text) const
+{
+    return QFontMetrics(m_font).horizontalAdvance(text);
+}
+
+int Picture::lineHeight() const
+{
+    return QFontMetrics(m_font).height();
+}
+
+QString Picture::elided(const QString& text, int pixels) const
+{
+    return QFontMetrics(m_font).elidedText(text, Qt::ElideMiddle, pixels);
+}
+
+QCPAxisRect* Picture::addAxisRect(QCPLayoutGrid& grid, int row, int column)
+{
+    auto* rect = new QCPAxisRect(&m_plot, true);
+    grid.addElement(row, column, rect);
+    for (QCPAxis* axis : rect->axes()) {
+        axis->setLayer(QStringLiteral("axes"));
+        axis->grid()->setLayer(QStringLiteral("grid"));
+        axis->setLabelFont(m_font);
+        axis->setTickLabelFont(m_font);
+        axis->setLabelPadding(4);
+        axis->setTickLabelPadding(4);
+        axis->setNumberFormat(QStringLiteral("f"));
+    }
+    return rect;
+}
+
+QCPTextElement* Picture::addText(QCPLayoutGrid& grid, int row, int column, const QString& text)
+{
+    auto* element = new QCPTextElement(&m_plot, text, m_font);
+    grid.addElement(row, column, element);
+    return element;
+}
+
+void Picture::layOut()
+{
+    m_plot.setViewport(QRect(0, 0, m_width, m_height));
+    m_plot.replot(QCustomPlot::rpImmediateRefresh);
+}
+
+bool Picture::write(QIODevice& device, const QByteArray& format)
+{
+    if (format == "pdf") {
+        constexpr double PointsPerInch = 72;
+        QPdfWriter writer(&device);
+        writer.setResolution(static_cast<int>(PointsPerInch));
+        writer.setPageSize(QPageSize(QSizeF(m_width, m_height), QPageSize::Point));
+        writer.setPageMargins(QMarginsF());
+        QCPPainter painter;
+        if (!painter.begin(&writer)) {
+            return false;
+        }
+        painter.setMode(QCPPainter::pmVectorized);
+        painter.setMode(QCPPainter::pmNoCaching);
+        m_plot.toPainter(&painter, m_width, m_height);
+        return painter.end();
+    }
+    constexpr int FineJpeg = 92;
+    const QImage image = m_plot.toPixmap(m_width, m_height).toImage();
+    QImageWriter writer(&device, format);
+    writer.setQuality(format == "png" ? -1 : FineJpeg);
+    return !image.isNull() && writer.write(image);
+}
+
+ExitCode Picture::save()
+{
+    const QString path = QString::fromLocal8Bit(m_output.c_str());
+    QSaveFile file(path);
+    file.setDirectWriteFallback(false);
+    const bool stored = file.open(QIODevice::WriteOnly) && write(file, suffixOf(path).toLatin1()) && file.commit();
+    if (stored) {
+        return ExitCode::Fine;
+    }
+    const QString why = file.error() == QFileDevice::NoError ? QStringLiteral("drawing failed") : file.errorString();
+    complain(m_output, "The picture cannot be written: " + why.toStdString() + '.');
+    return ExitCode::CannotRead;
+}
+
+Json levelJson(double level)
+{
+    constexpr double PerUnit = 100;
+    return std::isfinite(level) ? Json(std::round(level * PerUnit) / PerUnit) : Json();
+}
+
+Json pictureJson(const PlotOptions& options, const PlotSource& source)
+{
+    Json bookmarks = Json::array();
+    for (const auto& bookmark : source.bookmarks()) {
+        bookmarks.push_back(toJson(bookmark));
+    }
+    return {{"file", options.file},
+            {"picture", options.output},
+            {"width", options.width},
+            {"height", options.height},
+            {"fromMs", source.span().fromMs},
+            {"toMs", source.span().toMs},
+            {"bookmarks", std::move(bookmarks)}};
+}
+
+}  // namespace RecTool

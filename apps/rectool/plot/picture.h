@@ -1,0 +1,74 @@
+// A picture file: where it may be written, and what is on every picture.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <qcustomplot.h>
+#include <QApplication>
+#include <QColor>
+#include <QFont>
+
+#include "../json.h"
+#include "plot.h"
+#include "source.h"
+
+namespace RecTool {
+
+/// Whether a picture may be drawn with these options; told if not. A recording is never overwritten.
+[[nodiscard]] ExitCode checkPicture(const PlotOptions& options);
+
+/// Lets Qt draw without a display. There is one at a time.
+class DrawingApplication {
+public:
+    DrawingApplication();
+
+private:
+    int m_argc = 1;
+    std::string m_name = "rectool";
+    char* m_argv[2];  // NOLINT: what QApplication takes
+    std::unique_ptr<QApplication> m_application;
+};
+
+/// The sheet that is drawn on: a title, what the picture is of, and below them what the verbs put there.
+class Picture {
+public:
+    Picture(const PlotOptions& options, const PlotSource& source, const QString& title);
+
+    [[nodiscard]] QCustomPlot& plot() { return m_plot; }
+    /// Where the panels go, from above.
+    [[nodiscard]] QCPLayoutGrid& body() { return *m_body; }
+    [[nodiscard]] const QFont& font() const { return m_font; }
+    [[nodiscard]] int width() const { return m_width; }
+    [[nodiscard]] int height() const { return m_height; }
+    /// How wide a text is, in pixels.
+    [[nodiscard]] int widthOf(const QString& text) const;
+    [[nodiscard]] int lineHeight() const;
+    [[nodiscard]] QCPAxisRect* addAxisRect(QCPLayoutGrid& grid, int row, int column);
+    QCPTextElement* addText(QCPLayoutGrid& grid, int row, int column, const QString& text);
+    /// The text, cut in the middle to a number of pixels.
+    [[nodiscard]] QString elided(const QString& text, int pixels) const;
+    /// Finds the places of everything, so that pixels can be asked for.
+    void layOut();
+
+    /// Stores the picture under its name, at once or not at all. @return Fine, or, told, CannotRead
+    [[nodiscard]] ExitCode save();
+
+private:
+    bool write(QIODevice& device, const QByteArray& format);
+
+    std::string m_output;
+    int m_width;
+    int m_height;
+    QFont m_font;
+    QCustomPlot m_plot;
+    QCPLayoutGrid* m_body;
+};
+
+/// The fields that the JSON of every picture begins with.
+[[nodiscard]] Json pictureJson(const PlotOptions& options, const PlotSource& source);
+/// A level in hundredths, null for none.
+[[nodiscard]] Json levelJson(double level);
+
+}  // namespace RecTool

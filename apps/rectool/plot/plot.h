@@ -1,0 +1,44 @@
+// The verbs that draw a recording: plot spectrum, plot level and plot bearings.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "../commands.h"
+
+namespace RecTool {
+
+/// What all pictures take.
+struct PlotOptions {
+    std::string file;
+    std::string output;  ///< path of the picture; its suffix says the format
+    std::string from;    ///< a time of the recording; empty: from the first record
+    std::string to;      ///< a time of the recording, the last one shown; empty: to the end
+    int width = 1400;    ///< pixels
+    int height = 900;    ///< pixels
+    bool json = false;
+};
+
+struct PlotSpectrumOptions : PlotOptions {
+    std::vector<std::string> types;  ///< keywords or numbers; empty: the RF and the IF spectrum
+    bool onlyRf = false;
+    bool onlyIf = false;
+    bool max = false;         ///< a pixel is the highest of its levels: the same as without options
+    bool mean = false;        ///< of the cells of a pixel, instead of the highest
+    bool continuous = false;  ///< do not break the frequency axis at wide gaps
+    std::string unit = "dB";  ///< of the levels
+};
+ExitCode plotSpectrum(const PlotSpectrumOptions& options);
+
+struct PlotLevelOptions : PlotOptions {
+    std::vector<std::string> types;  ///< keywords or numbers; empty: LEVEL
+    std::string unit;                ///< of the values; empty: what is known of the keyword
+};
+ExitCode plotLevel(const PlotLevelOptions& options);
+
+struct PlotBearingsOptions : PlotOptions {
+    bool relative = false;  ///< to the antenna, also where the heading was recorded
+};
+ExitCode plotBearings(const PlotBearingsOptions& options);
+
+}  // namespace RecTool

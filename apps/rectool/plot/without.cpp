@@ -1,0 +1,32 @@
+#include <iostream>
+
+#include "plot.h"
+
+namespace RecTool {
+
+namespace {
+
+ExitCode refuse()
+{
+    std::cerr << "rectool: This build of rectool has no plotting.\n";
+    return ExitCode::Usage;
+}
+
+}  // namespace
+
+ExitCode plotSpectrum(const PlotSpectrumOptions& /*options*/)
+{
+    return refuse();
+}
+
+ExitCode plotLevel(const PlotLevelOptions& /*options*/)
+{
+    return refuse();
+}
+
+ExitCode plotBearings(const PlotBearingsOptions& /*options*/)
+{
+    return refuse();
+}
+
+}  // namespace RecTool
