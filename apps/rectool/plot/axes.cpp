@@ -23,21 +23,42 @@ int digitsFor(double step)
 }
 
 class NumberTicker final : public QCPAxisTicker {
+public:
+    /// @param edge how near to the ends of the axis a tick has no label, in its coordinates
+    explicit NumberTicker(double edge) : m_edge(edge) {}
+
 protected:
     double getTickStep(const QCPRange& range) override
     {
         m_step = QCPAxisTicker::getTickStep(range);
+        m_range = range;
         return m_step;
     }
     QString getTickLabel(double tick, const QLocale& /*locale*/, QChar /*format*/, int /*precision*/) override
     {
+        if (tick < m_range.lower + m_edge || tick > m_range.upper - m_edge) {
+            return {};
+        }
         const bool isZero = std::abs(tick) < m_step / 2;
         return QString::number(isZero ? 0 : tick, 'f', digitsFor(m_step)).replace('-', QChar(0x2212));
     }
 
 private:
+    double m_edge;
     double m_step = 1;
+    QCPRange m_range;
 };
+
+/// Where there is no room for more: the middle of the axis.
+void setMiddleTick(QCPAxis& axis)
+{
+    constexpr double Exact = 0.05;
+    const double middle = axis.range().center();
+    const int digits = std::clamp(static_cast<int>(std::ceil(-std::log10(axis.range().size() * Exact))), 0, 9);
+    const QSharedPointer<QCPAxisTickerText> ticker(new QCPAxisTickerText);
+    ticker->addTick(middle, QString::number(middle, 'f', digits));
+    axis.setTicker(ticker);
+}
 
 constexpr QRgb BookmarkColour = 0xff00838f;
 
@@ -75,83 +96,89 @@ void setTimeAxis(Picture& picture, QCPAxis& axis, const PlotSource& source, Time
     axis.setLabel(timeLabel(source, scale));
 }
 
-FrequencyUnit unitFor(double highestHz)
+FrequencyUnit unitFor(double highestHz, double widthHz)
 {
+    constexpr double Narrowest = 0.005;  // narrower spans would need too many digits
     for (const FrequencyUnit unit : {FrequencyUnit{1e9, "GHz"}, FrequencyUnit{1e6, "MHz"}, FrequencyUnit{1e3, "kHz"}}) {
-        if (highestHz >= unit.hz) {
+        if (highestHz >= unit.hz && widthHz >= unit.hz * Narrowest) {
             return unit;
         }
     }
     return {};
 }
 
-void setNumberTicks(Picture& picture, QCPAxis& axis, int pixels)
+void setNumberTicks(Picture& picture, QCPAxis& axis, int pixels, bool isPiece)
 {
-    const QSharedPointer<NumberTicker> ticker(new NumberTicker);
     const bool lying = axis.orientation() == Qt::Horizontal;
-    int tickPixels = 2 * picture.lineHeight();
+    int tickPixels = 3 * picture.lineHeight();
+    double edge = 0;
     if (lying) {
         const double step = axis.range().size() / std::max(1, pixels / 60);
         const int digits = std::max(0, static_cast<int>(std::ceil(-std::log10(step))));
         tickPixels = picture.widthOf(QString::number(axis.range().upper, 'f', digits) + "000");
+        edge = isPiece ? axis.range().size() * tickPixels / 2.4 / std::max(1, pixels) : 0;
     }
+    if (isPiece && pixels < 2 * tickPixels) {
+        setMiddleTick(axis);
+        return;
+    }
+    const QSharedPointer<NumberTicker> ticker(new NumberTicker(edge));
     ticker->setTickCount(std::max(1, pixels / std::max(1, tickPixels)));
     axis.setTicker(ticker);
 }
 
 std::size_t markBookmarks(Picture& picture, QCPAxis& timeAxis, const PlotSource& source, bool withLabels)
 {
+    constexpr int LongestLabel = 190;
+    constexpr int Bend = 16;
     const std::vector<Recording2::Inspection::Bookmark> bookmarks = source.bookmarks();
-    std::vector<double> pixels;
-    for (const auto& bookmark : bookmarks) {
-        pixels.push_back(timeAxis.coordToPixel(static_cast<double>(bookmark.timeMs)));
-    }
     const bool lying = timeAxis.orientation() == Qt::Horizontal;
     const QRect rect = timeAxis.axisRect()->rect();
     const double low = lying ? rect.left() : rect.top();
     const double high = lying ? rect.right() : rect.bottom();
-    const double size = picture.lineHeight() + 6;
-    const std::vector<std::optional<double>> places = placeLabels(pixels, size, low, high);
-    // The labels stand at the far end, with a leader to the line that they belong to.
-    const double far = lying ? rect.top() + 4 : rect.right() - 4;
-    const double leader = lying ? rect.top() + 22 : rect.right() - 22;
-    const int room = (lying ? rect.height() : rect.width()) / 2;
+    const double near = lying ? rect.bottom() : rect.left();
+    const double far = lying ? rect.top() : rect.right();
+    const double labelEdge = lying ? far + Bend : far - Bend;
     const auto point = [&](double along, double across) {
         return lying ? QPointF(along, across) : QPointF(across, along);
     };
+    const auto addLine = [&](const QPointF& from, const QPointF& to, const QPen& pen) {
+        auto* line = picture.addItem<QCPItemLine>();
+        line->setPen(pen);
+        line->start->setPixelPosition(from);
+        line->end->setPixelPosition(to);
+    };
+    const QPen pen(QColor(BookmarkColour), 1.4);
+    const QPen halo(QColor(255, 255, 255, 170), 3.4);
+    std::vector<double> pixels;
+    for (const auto& bookmark : bookmarks) {
+        pixels.push_back(timeAxis.coordToPixel(static_cast<double>(bookmark.timeMs)));
+        addLine(point(pixels.back(), near), point(pixels.back(), far), halo);
+        addLine(point(pixels.back(), near), point(pixels.back(), far), pen);
+    }
+    if (!withLabels) {
+        return 0;
+    }
+    const int room = std::min(LongestLabel, lying ? rect.height() / 2 : picture.width() / 5);
+    const std::vector<std::optional<double>> places = placeLabels(pixels, picture.lineHeight() + 6, low, high);
     std::size_t without = 0;
     for (std::size_t i = 0; i < bookmarks.size(); ++i) {
-        QPen pen{QColor(BookmarkColour), 1.4};
-        auto* halo = new QCPItemLine(&picture.plot());
-        auto* line = new QCPItemLine(&picture.plot());
-        const double near = lying ? rect.bottom() : rect.left();
-        const double end = withLabels && places[i] ? leader + (lying ? 8 : -8) : (lying ? rect.top() : rect.right());
-        for (QCPItemLine* item : {halo, line}) {
-            item->setPen(item == halo ? QPen(QColor(255, 255, 255, 170), 3.4) : pen);
-            item->start->setPixelPosition(point(pixels[i], near));
-            item->end->setPixelPosition(point(pixels[i], end));
-        }
-        if (!withLabels) {
-            continue;
-        }
         if (!places[i]) {
             ++without;
             continue;
         }
-        auto* bend = new QCPItemLine(&picture.plot());
-        bend->setPen(pen);
-        bend->start->setPixelPosition(point(pixels[i], end));
-        bend->end->setPixelPosition(point(*places[i], leader));
-        auto* label = new QCPItemText(&picture.plot());
+        addLine(point(pixels[i], far), point(*places[i], labelEdge), halo);
+        addLine(point(pixels[i], far), point(*places[i], labelEdge), pen);
+        auto* label = picture.addItem<QCPItemText>();
         label->setFont(picture.font());
         label->setText(picture.elided(QString::fromStdString(onOneLine(fromLatin1(bookmarks[i].text))), room));
         label->setColor(QColor(0, 60, 70));
-        label->setBrush(QColor(255, 255, 255, 235));
+        label->setBrush(QColor(255, 255, 255, 240));
         label->setPen(pen);
         label->setPadding(QMargins(4, 1, 4, 1));
         label->setPositionAlignment(lying ? Qt::AlignVCenter | Qt::AlignLeft : Qt::AlignRight | Qt::AlignVCenter);
         label->setRotation(lying ? 90 : 0);
-        label->position->setPixelPosition(point(*places[i], far));
+        label->position->setPixelPosition(point(*places[i], labelEdge));
     }
     return without;
 }

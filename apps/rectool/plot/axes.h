@@ -24,10 +24,11 @@ struct FrequencyUnit {
     double hz = 1;
     const char* name = "Hz";
 };
-[[nodiscard]] FrequencyUnit unitFor(double highestHz);
+[[nodiscard]] FrequencyUnit unitFor(double highestHz, double widthHz);
 
 /// Ticks with as many digits as their distance needs, so that neighbours never look alike, and so few that they fit.
-void setNumberTicks(Picture& picture, QCPAxis& axis, int pixels);
+/// @param isPiece other axes go on at both ends: labels keep away from there
+void setNumberTicks(Picture& picture, QCPAxis& axis, int pixels, bool isPiece = false);
 
 /// Draws a line across the rect for every bookmark, with its text where there is room: at most one label covers
 /// another's place, all others are moved a little or left out. @return how many have no label

@@ -121,10 +121,14 @@ public:
         const auto columns = static_cast<std::size_t>(width);
         const auto rows = static_cast<std::size_t>(height);
         const std::size_t others = count.channels() - m_frequencies.size();
-        m_groups.push_back({QStringLiteral("%1 other %2").arg(others).arg(others == 1 ? "channel" : "channels"),
+        m_groups.push_back({QStringLiteral("%1 other %2 (%3)")
+                                .arg(others)
+                                .arg(others == 1 ? "channel" : "channels")
+                                .arg(QString::fromStdString(grouped(count.all() - bearingsOf(m_frequencies)))),
                             QColor(OthersColour), BearingPoints(span, columns, rows)});
         for (const double hz : m_frequencies) {
-            m_groups.push_back({QString::fromStdString(frequency(hz)), QColor(Colours[m_groups.size() - 1]),
+            const std::string name = frequency(hz) + " (" + grouped(count.of(hz)) + ')';
+            m_groups.push_back({QString::fromStdString(name), QColor(Colours[m_groups.size() - 1]),
                                 BearingPoints(span, columns, rows)});
         }
     }
@@ -148,6 +152,15 @@ public:
     }
 
 private:
+    [[nodiscard]] std::uint64_t bearingsOf(const std::vector<double>& frequencies) const
+    {
+        std::uint64_t bearings = 0;
+        for (const double hz : frequencies) {
+            bearings += m_count.of(hz);
+        }
+        return bearings;
+    }
+
     const BearingCount& m_count;
     std::vector<double> m_frequencies;
     std::vector<Group> m_groups;
@@ -155,7 +168,7 @@ private:
 
 QCPScatterStyle dot(const QColor& colour)
 {
-    constexpr double Size = 4;
+    constexpr double Size = 5;
     return {QCPScatterStyle::ssDisc, colour, colour, Size};
 }
 
@@ -202,14 +215,13 @@ QCPAxisRect* addTimeView(Picture& picture, const PlotSource& source, const Group
 
 void addRing(Picture& picture, QCPAxisRect& rect, double radius)
 {
-    auto* ring = new QCPItemEllipse(&picture.plot());
+    auto* ring = picture.addItem<QCPItemEllipse>("grid");
     for (QCPItemPosition* position : {ring->topLeft, ring->bottomRight}) {
         position->setAxes(rect.axis(QCPAxis::atBottom), rect.axis(QCPAxis::atLeft));
     }
     ring->topLeft->setCoords(-radius, radius);
     ring->bottomRight->setCoords(radius, -radius);
     ring->setPen(QPen(QColor(radius < 1 ? 0xffc8ccd0 : 0xff60666c)));
-    ring->setLayer(QStringLiteral("grid"));
 }
 
 QString directionName(int degrees, bool areTrue)
@@ -240,8 +252,8 @@ void addPolarView(Picture& picture, const PlotSource& source, const Groups& grou
     }
     for (int degrees = 0; degrees < static_cast<int>(Circle); degrees += Step) {
         const double angle = degrees * Pi / (Circle / 2);
-        auto* spoke = new QCPItemLine(&picture.plot());
-        auto* label = new QCPItemText(&picture.plot());
+        auto* spoke = picture.addItem<QCPItemLine>("grid");
+        auto* label = picture.addItem<QCPItemText>("grid");
         for (QCPItemPosition* position : {spoke->start, spoke->end, label->position}) {
             position->setAxes(&x, &y);
             position->setType(QCPItemPosition::ptPlotCoords);
@@ -249,7 +261,6 @@ void addPolarView(Picture& picture, const PlotSource& source, const Groups& grou
         spoke->start->setCoords(Middle * std::sin(angle), Middle * std::cos(angle));
         spoke->end->setCoords(std::sin(angle), std::cos(angle));
         spoke->setPen(QPen(QColor(0xffc8ccd0)));
-        spoke->setLayer(QStringLiteral("grid"));
         label->setText(directionName(degrees, areTrue));
         label->setFont(picture.font());
         label->position->setCoords(LabelRadius * std::sin(angle), LabelRadius * std::cos(angle));
@@ -275,7 +286,7 @@ void draw(Picture& picture, const PlotSource& source, const Groups& groups, bool
     const bool beside = picture.width() >= Wide;
     QCPLayoutGrid& body = picture.body();
     QCPAxisRect* times = picture.addAxisRect(body, 0, 0);
-    times->setMinimumMargins(QMargins(8, 8, 20, 8));
+    times->setMinimumMargins(QMargins(8, 8, 34, 8));
     addTimeView(picture, source, groups, areTrue, *times);
 
     auto* side = new QCPLayoutGrid;
@@ -287,22 +298,29 @@ void draw(Picture& picture, const PlotSource& source, const Groups& groups, bool
     polar->setMaximumSize(square, square);
     addPolarView(picture, source, groups, areTrue, *polar);
     QCPTextElement* caption =
-        picture.addText(*side, 1, 0,
-                        areTrue ? QStringLiteral("True north at the top; later = farther out")
-                                : QStringLiteral("Antenna's zero at the top; later = farther out"));
+        picture.addText(beside ? *side : body, beside ? 1 : 2, 0,
+                        areTrue ? QStringLiteral("True north at the top; the later, the farther out")
+                                : QStringLiteral("Antenna's zero at the top; the later, the farther out"));
     caption->setMargins(QMargins(0, 0, 0, 6));
 
+    auto* legendColumn = new QCPLayoutGrid;
+    side->addElement(beside ? 2 : 0, beside ? 0 : 1, legendColumn);
     auto* legend = new QCPLegend;
-    side->addElement(beside ? 2 : 0, beside ? 0 : 1, legend);
+    legendColumn->addElement(0, 0, legend);
+    legendColumn->addElement(1, 0, new QCPLayoutElement(&picture.plot()));  // takes what the legend does not need
     legend->setLayer(QStringLiteral("legend"));
     legend->setFont(picture.font());
     legend->setBorderPen(Qt::NoPen);
-    legend->setFillOrder(QCPLegend::foRowsFirst);
-    legend->setWrap(beside ? 6 : 0);
-    legend->setMaximumSize(beside ? square : QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
-    for (int i = 0; i < picture.plot().graphCount(); ++i) {
+    legend->setFillOrder(QCPLegend::foColumnsFirst);
+    legend->setRowSpacing(2);
+    const int columns = beside ? 2 : 1;
+    legend->setWrap(columns);
+    const int graphs = picture.plot().graphCount();
+    for (int i = 0; i < graphs; ++i) {
         picture.plot().graph(i)->addToLegend(legend);
     }
+    const int rows = (graphs + columns - 1) / columns;
+    legend->setMaximumSize(QWIDGETSIZE_MAX, rows * (picture.lineHeight() + 6) + 10);
 }
 
 void print(const PlotBearingsOptions& options, const PlotSource& source, const Bearings& bearings,

@@ -35,6 +35,19 @@ FrequencySpan widened(const FrequencySpan& span)
     return span.width() > 0 ? span : FrequencySpan{span.lowHz - room, span.highHz + room};
 }
 
+/// Makes one piece of the two with the smallest gap between them.
+void joinNearest(std::vector<FrequencySpan>& pieces)
+{
+    std::size_t nearest = 1;
+    for (std::size_t i = 2; i < pieces.size(); ++i) {
+        if (pieces[i].lowHz - pieces[i - 1].highHz < pieces[nearest].lowHz - pieces[nearest - 1].highHz) {
+            nearest = i;
+        }
+    }
+    pieces[nearest - 1].highHz = pieces[nearest].highHz;
+    pieces.erase(pieces.begin() + static_cast<std::ptrdiff_t>(nearest));
+}
+
 }  // namespace
 
 double channelWidthHz(const ChannelRange& range)
@@ -92,7 +105,6 @@ std::vector<FrequencySpan> axisPieces(const std::vector<FrequencySpan>& covered,
     if (covered.empty()) {
         return {};
     }
-    const FrequencySpan all{covered.front().lowHz, covered.back().highHz};
     const double measured = std::accumulate(covered.begin(), covered.end(), 0.0,
                                             [](double sum, const FrequencySpan& span) { return sum + span.width(); });
     std::vector<FrequencySpan> pieces{covered.front()};
@@ -103,8 +115,8 @@ std::vector<FrequencySpan> axisPieces(const std::vector<FrequencySpan>& covered,
             pieces.back().highHz = covered[i].highHz;
         }
     }
-    if (pieces.size() > most) {
-        pieces.assign(1, all);
+    while (pieces.size() > most) {
+        joinNearest(pieces);
     }
     std::transform(pieces.begin(), pieces.end(), pieces.begin(), widened);
     return pieces;

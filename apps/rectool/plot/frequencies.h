@@ -25,8 +25,8 @@ struct FrequencySpan {
 [[nodiscard]] std::vector<FrequencySpan> coveredBy(const values::ChannelRange& range);
 /// Joins stretches that touch or overlap, ascending.
 [[nodiscard]] std::vector<FrequencySpan> joined(std::vector<FrequencySpan> spans);
-/// The pieces into which a frequency axis is best broken: at every gap that is wider than all that is measured, but in
-/// at most so many pieces; otherwise one from the lowest to the highest frequency. A span without width gets one.
+/// The pieces into which a frequency axis is best broken: at every gap that is wider than all that is measured. Where
+/// that makes too many pieces, those with the smallest gaps are joined again. A span without width gets one.
 [[nodiscard]] std::vector<FrequencySpan> axisPieces(const std::vector<FrequencySpan>& covered, std::size_t most);
 
 /// Which channels stand for which column of a picture. A column shows the channels whose centres lie in it or, where

@@ -98,7 +98,7 @@ public:
           m_unit(QString::fromStdString(options.unit.empty() ? unitOf(series.keyword) : options.unit)),
           m_rect(picture.addAxisRect(picture.body(), row, 0))
     {
-        m_rect->setMinimumMargins(QMargins(8, 12, 24, 8));
+        m_rect->setMinimumMargins(QMargins(8, 12, 34, 8));
         QCPAxis& time = timeAxis();
         for (QCPAxis* axis : m_rect->axes()) {
             axis->setVisible(true);
@@ -243,6 +243,15 @@ void print(const PlotLevelOptions& options, const PlotSource& source, const std:
     std::cout << dump(json, 2) << '\n';
 }
 
+QString title(const std::vector<Series>& all)
+{
+    QStringList keywords;
+    for (const Series& series : all) {
+        keywords << QString::fromStdString(series.keyword);
+    }
+    return keywords.join(QStringLiteral(", ")) + QStringLiteral(" over time");
+}
+
 }  // namespace
 
 ExitCode plotLevel(const PlotLevelOptions& options)
@@ -268,7 +277,7 @@ ExitCode plotLevel(const PlotLevelOptions& options)
         }
     }
     const DrawingApplication application;
-    Picture picture(options, source, QStringLiteral("Values over time"));
+    Picture picture(options, source, title(*all));
     std::vector<std::unique_ptr<LevelPanel>> panels;
     for (const Series& series : *all) {
         panels.push_back(

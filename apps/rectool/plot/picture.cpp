@@ -62,7 +62,11 @@ ExitCode checkPicture(const PlotOptions& options)
 
 DrawingApplication::DrawingApplication() : m_argv{m_name.data(), nullptr}
 {
+    constexpr const char* RuntimeFolder = "XDG_RUNTIME_DIR";
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (qEnvironmentVariableIsEmpty(RuntimeFolder)) {  // Qt looks into it and complains where there is none
+        qputenv(RuntimeFolder, m_runtimeFolder.path().toLocal8Bit());
+    }
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling);
     m_application = std::make_unique<QApplication>(m_argc, m_argv);
 }
@@ -102,8 +106,9 @@ Picture::Picture(const PlotOptions& options, const PlotSource& source, const QSt
     }
     grid.addElement(3, 0, m_body);
     m_body->setMargins(QMargins(0, 0, 0, 0));
+    constexpr double AsLittleAsPossible = 0.001;
     for (int row = 0; row < 3; ++row) {
-        grid.setRowStretchFactor(row, 0.001);
+        grid.setRowStretchFactor(row, AsLittleAsPossible);
     }
 }
 

@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QColor>
 #include <QFont>
+#include <QTemporaryDir>
 
 #include "../json.h"
 #include "plot.h"
@@ -28,6 +29,7 @@ private:
     int m_argc = 1;
     std::string m_name = "rectool";
     char* m_argv[2];  // NOLINT: what QApplication takes
+    QTemporaryDir m_runtimeFolder;
     std::unique_ptr<QApplication> m_application;
 };
 
@@ -46,6 +48,15 @@ public:
     [[nodiscard]] int widthOf(const QString& text) const;
     [[nodiscard]] int lineHeight() const;
     [[nodiscard]] QCPAxisRect* addAxisRect(QCPLayoutGrid& grid, int row, int column);
+    /// Something drawn over the panels, at pixels or at coordinates; owned by the plot.
+    template <typename Item>
+    Item* addItem(const char* layer = "overlay")
+    {
+        auto* item = new Item(&m_plot);
+        item->setClipToAxisRect(false);
+        item->setLayer(QLatin1String(layer));
+        return item;
+    }
     QCPTextElement* addText(QCPLayoutGrid& grid, int row, int column, const QString& text);
     /// The text, cut in the middle to a number of pixels.
     [[nodiscard]] QString elided(const QString& text, int pixels) const;

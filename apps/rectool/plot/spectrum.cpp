@@ -186,20 +186,26 @@ public:
         title->setFont(bold());
         m_layout->addElement(1, 0, m_strip);
         m_layout->setRowSpacing(0);
-        m_layout->setRowStretchFactor(0, 0.001);
-        m_layout->setRowStretchFactor(2, 0.001);
         m_strip->setColumnSpacing(8);
         addPieces();
         QCPTextElement* label = picture.addText(*m_layout, 2, 0, frequencyLabel());
         label->setMargins(QMargins(0, 0, 0, 4));
+        constexpr double AsLittleAsPossible = 0.001;
+        for (const int textRow : {0, 2}) {
+            m_layout->setRowStretchFactor(textRow, AsLittleAsPossible);
+        }
     }
 
     /// Makes the grids as large as the places that were found for them, and keeps these places.
     void makeGrids()
     {
         const auto mode = m_options.mean ? SpectrumGrid::Mode::Mean : SpectrumGrid::Mode::Max;
+        int width = 0;
+        for (const Piece& piece : m_pieces) {
+            width += piece.rect->width();
+        }
         for (Piece& piece : m_pieces) {
-            const QSize size = piece.rect->size();
+            const QSize size(width / static_cast<int>(m_pieces.size()), piece.rect->height());
             piece.rect->setSizeConstraintRect(QCPLayoutElement::scrInnerRect);
             piece.rect->setMinimumSize(size);
             piece.rect->setMaximumSize(size);
@@ -229,9 +235,9 @@ public:
     }
     void mark()
     {
+        markRanges();
         for (std::size_t i = 0; i < m_pieces.size(); ++i) {
             QCPAxisRect& rect = *m_pieces[i].rect;
-            markRanges(rect);
             const bool withLabels = i + 1 == m_pieces.size();
             m_unlabelled += markBookmarks(m_picture, *rect.axis(QCPAxis::atLeft), m_source, withLabels);
         }
@@ -279,8 +285,9 @@ private:
             label += QStringLiteral(", gaps between the pieces left out");
         }
         if (!m_spectrum.rangeTimes.empty()) {
-            label += QStringLiteral("  \u00b7  \u25b8\u25c2 new channel range");
+            label += QStringLiteral("  \u00b7  \u25b8 \u25c2 new channel range");
         }
+        label += QStringLiteral("  \u00b7  grey: not measured");
         return m_picture.elided(label, m_picture.width() - 30);
     }
 
@@ -288,7 +295,8 @@ private:
     {
         const std::vector<FrequencySpan> spans =
             axisPieces(m_spectrum.covered, m_options.continuous ? std::size_t{1} : mostPieces());
-        m_unit = unitFor(std::max(std::abs(spans.front().lowHz), std::abs(spans.back().highHz)));
+        m_unit = unitFor(std::max(std::abs(spans.front().lowHz), std::abs(spans.back().highHz)),
+                         spans.back().highHz - spans.front().lowHz);
         for (const FrequencySpan& span : spans) {
             const auto column = static_cast<int>(m_pieces.size());
             QCPAxisRect* rect = m_picture.addAxisRect(*m_strip, 0, column);
@@ -338,7 +346,7 @@ private:
     /// Each piece has room for its own tick labels.
     [[nodiscard]] std::size_t mostPieces() const
     {
-        constexpr int NarrowestPiece = 60;
+        constexpr int NarrowestPiece = 42;
         constexpr int Axes = 220;
         return std::clamp<std::size_t>(static_cast<std::size_t>(std::max(0, m_picture.width() - Axes) / NarrowestPiece),
                                        1, MostPieces);
@@ -348,8 +356,8 @@ private:
     {
         QCPAxis& axis = *piece.rect->axis(QCPAxis::atBottom);
         axis.setRange(piece.frequencies.lowHz / m_unit.hz, piece.frequencies.highHz / m_unit.hz);
-        const int width = piece.grid != nullptr ? piece.rect->width() : 200;
-        setNumberTicks(m_picture, axis, width);
+        const int width = piece.grid != nullptr ? static_cast<int>(piece.grid->columns()) : m_picture.width() / 10;
+        setNumberTicks(m_picture, axis, width, m_pieces.size() > 1);
     }
 
     void setTimeAxes(int height)
@@ -360,9 +368,9 @@ private:
             setTimeAxis(m_picture, left, m_source, TimeScale::Clock, height);
             setTimeAxis(m_picture, right, m_source, TimeScale::Elapsed, height);
             left.setLabel(&piece == &m_pieces.front()
-                              ? timeLabel(m_source, TimeScale::Clock) + QStringLiteral(" \u2192")
+                              ? QStringLiteral("\u2190 ") + timeLabel(m_source, TimeScale::Clock)
                               : QString());
-            right.setLabel(QString());
+            right.setLabel(&piece == &m_pieces.back() ? QStringLiteral("Elapsed") : QString());
             left.setTicks(&piece == &m_pieces.front());
             right.setTicks(&piece == &m_pieces.back());
         }
@@ -442,15 +450,17 @@ private:
     }
 
     /// Small arrows at both sides.
-    void markRanges(QCPAxisRect& rect)
+    void markRanges()
     {
-        const QCPAxis& time = *rect.axis(QCPAxis::atLeft);
+        const QCPAxisRect& first = *m_pieces.front().rect;
+        const QCPAxisRect& last = *m_pieces.back().rect;
+        const QCPAxis& time = *first.axis(QCPAxis::atLeft);
         constexpr double Size = 5;
         for (const std::uint64_t timeMs : m_spectrum.rangeTimes) {
             const double y = time.coordToPixel(static_cast<double>(timeMs));
-            for (const auto& [tip, back] : {std::pair(rect.left() + 2 * Size, rect.left() + 0.0),
-                                            std::pair(rect.right() - 2 * Size, rect.right() + 0.0)}) {
-                auto* arrow = new QCPItemLine(&m_picture.plot());
+            for (const auto& [tip, back] : {std::pair(first.left() + 2 * Size, first.left() + 0.0),
+                                            std::pair(last.right() - 2 * Size, last.right() + 0.0)}) {
+                auto* arrow = m_picture.addItem<QCPItemLine>();
                 arrow->setPen(QPen(QColor(RangeColour), 2));
                 arrow->setHead(QCPLineEnding(QCPLineEnding::esSpikeArrow, Size, Size));
                 arrow->start->setPixelPosition(QPointF(back, y));
