@@ -60,6 +60,18 @@ void setMiddleTick(QCPAxis& axis)
     axis.setTicker(ticker);
 }
 
+/// Whether lines across the picture would cover it.
+bool areCrowded(const std::vector<double>& pixels)
+{
+    constexpr double Near = 9;
+    constexpr std::size_t Many = 10;
+    std::size_t near = 0;
+    for (std::size_t i = 1; i < pixels.size(); ++i) {
+        near += std::abs(pixels[i] - pixels[i - 1]) < Near ? 1U : 0U;
+    }
+    return near > Many;
+}
+
 constexpr QRgb BookmarkColour = 0xff00838f;
 
 }  // namespace
@@ -127,7 +139,7 @@ void setNumberTicks(Picture& picture, QCPAxis& axis, int pixels, bool isPiece)
     axis.setTicker(ticker);
 }
 
-std::size_t markBookmarks(Picture& picture, QCPAxis& timeAxis, const PlotSource& source, bool withLabels)
+void markBookmarks(Picture& picture, QCPAxis& timeAxis, const PlotSource& source, bool withLabels)
 {
     constexpr int LongestLabel = 190;
     constexpr int Bend = 16;
@@ -153,14 +165,26 @@ std::size_t markBookmarks(Picture& picture, QCPAxis& timeAxis, const PlotSource&
     std::vector<double> pixels;
     for (const auto& bookmark : bookmarks) {
         pixels.push_back(timeAxis.coordToPixel(static_cast<double>(bookmark.timeMs)));
-        addLine(point(pixels.back(), near), point(pixels.back(), far), halo);
-        addLine(point(pixels.back(), near), point(pixels.back(), far), pen);
+    }
+    const bool isCrowded = areCrowded(pixels);
+    const double inwards = lying ? -Bend : Bend;
+    for (const double pixel : pixels) {
+        if (isCrowded) {
+            addLine(point(pixel, near), point(pixel, near + inwards), pen);
+            addLine(point(pixel, far), point(pixel, far - inwards / 2), pen);
+        } else {
+            addLine(point(pixel, near), point(pixel, far), halo);
+            addLine(point(pixel, near), point(pixel, far), pen);
+        }
     }
     if (!withLabels) {
-        return 0;
+        return;
     }
+    constexpr std::size_t Few = 9;  // more may not all have room, which is then said below the labels
+    const double size = picture.lineHeight() + 6;
     const int room = std::min(LongestLabel, lying ? rect.height() / 2 : picture.width() / 5);
-    const std::vector<std::optional<double>> places = placeLabels(pixels, picture.lineHeight() + 6, low, high);
+    const std::vector<std::optional<double>> places =
+        placeLabels(pixels, size, low, high - (lying || pixels.size() < Few ? 0 : size));
     std::size_t without = 0;
     for (std::size_t i = 0; i < bookmarks.size(); ++i) {
         if (!places[i]) {
@@ -180,7 +204,15 @@ std::size_t markBookmarks(Picture& picture, QCPAxis& timeAxis, const PlotSource&
         label->setRotation(lying ? 90 : 0);
         label->position->setPixelPosition(point(*places[i], labelEdge));
     }
-    return without;
+    if (without > 0) {
+        auto* note = picture.addItem<QCPItemText>();
+        note->setFont(picture.font());
+        note->setText(QStringLiteral("%1 bookmarks without a label").arg(without));
+        note->setBrush(QColor(255, 255, 255, 240));
+        note->setPadding(QMargins(4, 1, 4, 1));
+        note->setPositionAlignment((lying ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignBottom);
+        note->position->setPixelPosition(QPointF(lying ? rect.left() + Bend : rect.right() - Bend, rect.bottom() - 4));
+    }
 }
 
 }  // namespace RecTool

@@ -30,8 +30,8 @@ struct FrequencyUnit {
 /// @param isPiece other axes go on at both ends: labels keep away from there
 void setNumberTicks(Picture& picture, QCPAxis& axis, int pixels, bool isPiece = false);
 
-/// Draws a line across the rect for every bookmark, with its text where there is room: at most one label covers
-/// another's place, all others are moved a little or left out. @return how many have no label
-std::size_t markBookmarks(Picture& picture, QCPAxis& timeAxis, const PlotSource& source, bool withLabels = true);
+/// Draws a line across the axis' rect for every bookmark, with its text where there is room: labels near each other
+/// are moved apart, and how many do not fit is said.
+void markBookmarks(Picture& picture, QCPAxis& timeAxis, const PlotSource& source, bool withLabels = true);
 
 }  // namespace RecTool

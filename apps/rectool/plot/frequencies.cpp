@@ -165,6 +165,7 @@ ColumnMap::ColumnMap(const ChannelRange& range, const FrequencySpan& span, std::
             }
         }
         m_channels[column] = channels;
+        m_hasChannels = m_hasChannels || channels.begin != channels.end;
         for (std::uint32_t rank = channels.begin; rank < channels.end; ++rank) {
             Interval& own = m_columns[rank];
             own.begin = own.begin == own.end ? column : own.begin;

@@ -42,6 +42,8 @@ public:
     ColumnMap() = default;
     ColumnMap(const values::ChannelRange& range, const FrequencySpan& span, std::size_t columns);
 
+    /// Whether any column has a channel.
+    [[nodiscard]] bool hasChannels() const { return m_hasChannels; }
     /// The place of every channel in ascending order of frequency; empty where that is the order of the channels.
     [[nodiscard]] std::span<const std::uint32_t> ranks() const { return m_ranks; }
     [[nodiscard]] std::uint32_t rankOf(std::size_t channel) const
@@ -57,6 +59,7 @@ private:
     std::vector<std::uint32_t> m_ranks;
     std::vector<Interval> m_channels;
     std::vector<Interval> m_columns;
+    bool m_hasChannels = false;
 };
 
 }  // namespace RecTool

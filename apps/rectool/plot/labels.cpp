@@ -65,6 +65,24 @@ std::size_t mostCrowded(const std::vector<double>& wanted, const std::vector<std
     return best;
 }
 
+std::vector<double> picked(const std::vector<double>& all, const std::vector<std::size_t>& indexes)
+{
+    std::vector<double> picked;
+    for (const std::size_t i : indexes) {
+        picked.push_back(all[i]);
+    }
+    return picked;
+}
+
+double farthest(const std::vector<double>& wanted, const std::vector<double>& places)
+{
+    double farthest = 0;
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        farthest = std::max(farthest, std::abs(wanted[i] - places[i]));
+    }
+    return farthest;
+}
+
 }  // namespace
 
 std::vector<std::optional<double>> placeLabels(const std::vector<double>& wanted, double size, double low, double high)
@@ -85,11 +103,12 @@ std::vector<std::optional<double>> placeLabels(const std::vector<double>& wanted
     while (static_cast<double>(left.size()) > room) {
         left.erase(left.begin() + static_cast<std::ptrdiff_t>(mostCrowded(wanted, left)));
     }
-    std::vector<double> kept;
-    for (const std::size_t i : left) {
-        kept.push_back(wanted[i]);
+    constexpr double Farthest = 4;  // labels; farther away nobody sees what a label belongs to
+    std::vector<double> middles = spread(picked(wanted, left), size, low, high);
+    while (farthest(picked(wanted, left), middles) > Farthest * size) {
+        left.erase(left.begin() + static_cast<std::ptrdiff_t>(mostCrowded(wanted, left)));
+        middles = spread(picked(wanted, left), size, low, high);
     }
-    const std::vector<double> middles = spread(kept, size, low, high);
     std::vector<std::optional<double>> places(wanted.size());
     for (std::size_t i = 0; i < left.size(); ++i) {
         places[left[i]] = middles[i];

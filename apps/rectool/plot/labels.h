@@ -10,7 +10,8 @@ namespace RecTool {
 /// @param wanted where the middles of the labels should be, ascending
 /// @param size of one label along the line
 /// @param low,high the ends of the line, which no label passes
-/// @return the middles; none for labels for which there is no room: those are taken out where it is most crowded
+/// @return the middles; none for labels for which there is no room near by: those are taken out where it is most
+/// crowded
 [[nodiscard]] std::vector<std::optional<double>> placeLabels(const std::vector<double>& wanted, double size, double low,
                                                              double high);
 

@@ -132,7 +132,6 @@ private:
 
     void draw()
     {
-        m_series.envelope.hasPoints() ? drawPoints() : drawColumns();
         double low = m_series.envelope.lowest();
         double high = m_series.envelope.highest();
         if (std::isnan(low)) {
@@ -144,6 +143,7 @@ private:
         const double least = std::max(std::abs(high) * Least, std::numeric_limits<double>::min());
         const double room = high - low > least ? (high - low) * Room : std::max(1.0, std::abs(high) * Least * 10);
         valueAxis().setRange(low - room, high + room);
+        m_series.envelope.hasPoints() ? drawPoints() : drawColumns();
     }
 
     /// Every value, from its record to the next one.
@@ -168,20 +168,28 @@ private:
         }
     }
 
-    /// The band between the lowest and the highest value of each column.
+    /// From the lowest to the highest value of each column.
     void drawColumns()
     {
-        QCPGraph* lowest = addGraph();
-        QCPGraph* highest = addGraph();
         const std::vector<Envelope::Column>& columns = m_series.envelope.columns();
         const double width = m_source.span().width() / static_cast<double>(columns.size());
+        // A value that does not change is still a line of a pixel.
+        const double least = valueAxis().range().size() / m_picture.height() / 2;
+        QCPGraph* middles = addGraph();
+        auto* bars = new QCPErrorBars(&timeAxis(), &valueAxis());
         for (std::size_t i = 0; i < columns.size(); ++i) {
-            const double middle = static_cast<double>(m_source.span().fromMs) + width * (static_cast<double>(i) + 0.5);
-            lowest->addData(middle, columns[i].lowest);
-            highest->addData(middle, columns[i].highest);
+            const double time = static_cast<double>(m_source.span().fromMs) + width * (static_cast<double>(i) + 0.5);
+            if (!std::isnan(columns[i].lowest)) {
+                middles->addData(time, (columns[i].lowest + columns[i].highest) / 2);
+                bars->addData(std::max(least, (columns[i].highest - columns[i].lowest) / 2));
+            }
         }
-        highest->setBrush(QColor(0x1f, 0x4e, 0x9c, 110));
-        highest->setChannelFillGraph(lowest);
+        middles->setLineStyle(QCPGraph::lsNone);
+        bars->setDataPlottable(middles);
+        bars->setWhiskerWidth(0);
+        bars->setSymbolGap(0);
+        bars->setPen(middles->pen());
+        bars->setAntialiased(false);
     }
 
     Picture& m_picture;

@@ -235,11 +235,13 @@ public:
     }
     void mark()
     {
-        markRanges();
+        if (rangesAreMarked()) {
+            markRanges();
+        }
         for (std::size_t i = 0; i < m_pieces.size(); ++i) {
             QCPAxisRect& rect = *m_pieces[i].rect;
             const bool withLabels = i + 1 == m_pieces.size();
-            m_unlabelled += markBookmarks(m_picture, *rect.axis(QCPAxis::atLeft), m_source, withLabels);
+            markBookmarks(m_picture, *rect.axis(QCPAxis::atLeft), m_source, withLabels);
         }
     }
     [[nodiscard]] std::int32_t code() const { return m_spectrum.code; }
@@ -284,11 +286,22 @@ private:
         if (m_pieces.size() > 1) {
             label += QStringLiteral(", gaps between the pieces left out");
         }
-        if (!m_spectrum.rangeTimes.empty()) {
-            label += QStringLiteral("  \u00b7  \u25b8 \u25c2 new channel range");
+        const std::size_t ranges = m_spectrum.rangeTimes.size();
+        if (ranges > 0) {
+            label += (rangesAreMarked() ? QStringLiteral("  \u00b7  \u25b8 \u25c2 %1 new channel %2")
+                                        : QStringLiteral("  \u00b7  %1 new channel %2, not marked"))
+                         .arg(ranges)
+                         .arg(ranges == 1 ? "range" : "ranges");
         }
         label += QStringLiteral("  \u00b7  grey: not measured");
         return m_picture.elided(label, m_picture.width() - 30);
+    }
+
+    /// Where there are very many, the marks would cover the picture.
+    [[nodiscard]] bool rangesAreMarked() const
+    {
+        constexpr int PixelsEach = 15;
+        return m_spectrum.rangeTimes.size() <= static_cast<std::size_t>(m_picture.height() / PixelsEach);
     }
 
     void addPieces()
@@ -480,7 +493,6 @@ private:
     QCPColorScale* m_bar = nullptr;
     std::vector<Piece> m_pieces;
     QCPRange m_colours;
-    std::size_t m_unlabelled = 0;
 };
 
 /// Why there is nothing to draw.

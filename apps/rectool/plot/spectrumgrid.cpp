@@ -43,6 +43,7 @@ void SpectrumGrid::update(const values::ChannelRange& range, std::span<const flo
     }
     m_range = range;
     m_map = ColumnMap(range, m_frequencies, m_columns);
+    m_isSeen = m_map.hasChannels();
     m_cells.assign(cells.size(), NotANumber);
     m_levels.assign(cells.size(), None);
     refreshAll();  // nothing of the range before is left
@@ -60,6 +61,9 @@ void SpectrumGrid::finish()
 void SpectrumGrid::takeCells(std::span<const float> cells)
 {
     constexpr std::size_t Block = 64;
+    if (!m_isSeen) {
+        return;
+    }
     for (std::size_t first = 0; first < cells.size(); first += Block) {
         const std::size_t count = std::min(Block, cells.size() - first);
         if (std::memcmp(&cells[first], &m_cells[first], count * sizeof(float)) != 0) {

@@ -66,6 +66,7 @@ private:
 
     values::ChannelRange m_range;
     ColumnMap m_map;
+    bool m_isSeen = false;         // the range has channels in the span
     std::vector<float> m_cells;    // as they were given
     std::vector<float> m_levels;   // ascending in frequency, None where nothing was measured
     std::vector<float> m_inForce;  // a column's level now
