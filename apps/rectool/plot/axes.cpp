@@ -63,7 +63,7 @@ void setMiddleTick(QCPAxis& axis)
 /// Whether lines across the picture would cover it.
 bool areCrowded(const std::vector<double>& pixels)
 {
-    constexpr double Near = 9;
+    constexpr double Near = 12;
     constexpr std::size_t Many = 10;
     std::size_t near = 0;
     for (std::size_t i = 1; i < pixels.size(); ++i) {

@@ -37,6 +37,14 @@ void SpectrumGrid::update(const values::ChannelRange& range, std::span<const flo
         begin();
         advanceTo(static_cast<double>(timeMs));
     }
+    replace(range, cells);
+    if (m_begun && m_now == beginOf(m_row)) {
+        m_highestOfRow = m_inForce;  // what was before is over where the row begins
+    }
+}
+
+void SpectrumGrid::replace(const values::ChannelRange& range, std::span<const float> cells)
+{
     if (range == m_range) {
         takeCells(cells);
         return;
@@ -175,16 +183,18 @@ void SpectrumGrid::begin()
 
 void SpectrumGrid::advanceTo(double timeMs)
 {
-    const auto endOf = [this](std::size_t row) {
-        return static_cast<double>(m_times.fromMs) + m_rowMs * static_cast<double>(row + 1);
-    };
-    while (m_row + 1 < m_rows && endOf(m_row) <= timeMs) {
-        m_now = endOf(m_row);
+    while (m_row + 1 < m_rows && beginOf(m_row + 1) <= timeMs) {
+        m_now = beginOf(m_row + 1);
         endRow();
         ++m_row;
         m_highestOfRow = m_inForce;
     }
     m_now = timeMs;
+}
+
+double SpectrumGrid::beginOf(std::size_t row) const
+{
+    return static_cast<double>(m_times.fromMs) + m_rowMs * static_cast<double>(row);
 }
 
 void SpectrumGrid::endRow()

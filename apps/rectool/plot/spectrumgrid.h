@@ -45,6 +45,7 @@ public:
 private:
     static constexpr float None = -std::numeric_limits<float>::infinity();
 
+    void replace(const values::ChannelRange& range, std::span<const float> cells);
     void takeCells(std::span<const float> cells);
     void changed(std::size_t first, std::size_t end);
     void changedAt(std::size_t rank, float level);
@@ -53,6 +54,7 @@ private:
     void begin();
     void advanceTo(double timeMs);
     void endRow();
+    [[nodiscard]] double beginOf(std::size_t row) const;
     void spend(std::size_t column, double timeMs);
     [[nodiscard]] float combined(const ColumnMap::Interval& channels) const;
     void countLevel(std::size_t rank);

@@ -1,0 +1,129 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "plot/frequencies.h"
+
+using RecTool::axisPieces;
+using RecTool::channelWidthHz;
+using RecTool::ColumnMap;
+using RecTool::coveredBy;
+using RecTool::FrequencySpan;
+using RecTool::joined;
+using values::ChannelRange;
+
+namespace {
+
+std::vector<std::vector<double>> spansOf(const std::vector<FrequencySpan>& spans)
+{
+    std::vector<std::vector<double>> numbers;
+    for (const FrequencySpan& span : spans) {
+        numbers.push_back({span.lowHz, span.highHz});
+    }
+    return numbers;
+}
+
+/// The channels of every column.
+std::vector<std::vector<std::size_t>> columnsOf(const ChannelRange& range, const FrequencySpan& span,
+                                                std::size_t columns)
+{
+    const ColumnMap map(range, span, columns);
+    std::vector<std::vector<std::size_t>> all(columns);
+    for (std::size_t channel = 0; channel < range.size(); ++channel) {
+        for (std::size_t column = 0; column < columns; ++column) {
+            const bool byColumn =
+                map.rankOf(channel) >= map.channelsOf(column).begin && map.rankOf(channel) < map.channelsOf(column).end;
+            const bool byChannel =
+                column >= map.columnsOf(map.rankOf(channel)).begin && column < map.columnsOf(map.rankOf(channel)).end;
+            EXPECT_EQ(byColumn, byChannel);
+            if (byColumn) {
+                all[column].push_back(channel);
+            }
+        }
+    }
+    return all;
+}
+
+using Columns = std::vector<std::vector<std::size_t>>;
+using Spans = std::vector<std::vector<double>>;
+
+}  // namespace
+
+TEST(Frequencies, AChannelIsAsWideAsTheStepOrTheSmallestDistance)
+{
+    EXPECT_EQ(channelWidthHz(ChannelRange::Even(100, 25, 4)), 25);
+    EXPECT_EQ(channelWidthHz(ChannelRange::Even(100, -25, 4)), 25);
+    EXPECT_EQ(channelWidthHz(ChannelRange::List({500, 100, 140, 100})), 40);
+    EXPECT_EQ(channelWidthHz(ChannelRange::List({500})), 0);
+}
+
+TEST(Frequencies, ARangeCoversItsChannelsWithTheirWidth)
+{
+    EXPECT_EQ(spansOf(coveredBy(ChannelRange::Even(100, 10, 3))), Spans({{95, 125}}));
+    EXPECT_EQ(spansOf(coveredBy(ChannelRange::Even(120, -10, 3))), Spans({{95, 125}}));
+    EXPECT_EQ(spansOf(coveredBy(ChannelRange::List({100, 150, 110}))), Spans({{95, 115}, {145, 155}}));
+    EXPECT_TRUE(coveredBy(ChannelRange()).empty());
+}
+
+TEST(Frequencies, SpansThatTouchOrOverlapAreOne)
+{
+    EXPECT_EQ(spansOf(joined({{30, 40}, {10, 20}, {20, 25}, {35, 36}})), Spans({{10, 25}, {30, 40}}));
+}
+
+TEST(Frequencies, TheAxisIsBrokenAtGapsWiderThanAllThatIsMeasured)
+{
+    EXPECT_EQ(spansOf(axisPieces({{0, 10}, {30, 40}, {71, 80}}, 8)), Spans({{0, 40}, {71, 80}}));
+    EXPECT_EQ(spansOf(axisPieces({{0, 10}, {31, 40}}, 8)), Spans({{0, 10}, {31, 40}}));
+    EXPECT_EQ(spansOf(axisPieces({{0, 10}, {29, 40}}, 8)), Spans({{0, 40}}));
+}
+
+TEST(Frequencies, OfTooManyPiecesTheNearestAreJoined)
+{
+    EXPECT_EQ(spansOf(axisPieces({{0, 1}, {100, 101}, {150, 151}, {300, 301}}, 3)),
+              Spans({{0, 1}, {100, 151}, {300, 301}}));
+    EXPECT_EQ(spansOf(axisPieces({{0, 1}, {100, 101}}, 1)), Spans({{0, 101}}));
+}
+
+TEST(Frequencies, ASpanWithoutWidthIsGivenOne)
+{
+    const std::vector<FrequencySpan> pieces = axisPieces({{1e6, 1e6}}, 8);
+    ASSERT_EQ(pieces.size(), 1U);
+    EXPECT_LT(pieces[0].lowHz, 1e6);
+    EXPECT_GT(pieces[0].highHz, 1e6);
+}
+
+TEST(ColumnMap, SeveralChannelsShareAColumn)
+{
+    EXPECT_EQ(columnsOf(ChannelRange::Even(5, 10, 4), {0, 40}, 2), Columns({{0, 1}, {2, 3}}));
+}
+
+TEST(ColumnMap, AWideChannelFillsItsColumns)
+{
+    EXPECT_EQ(columnsOf(ChannelRange::Even(10, 20, 2), {0, 40}, 4), Columns({{0}, {0}, {1}, {1}}));
+    EXPECT_EQ(columnsOf(ChannelRange::Even(10, 20, 1), {0, 40}, 4), Columns({{0}, {0}, {}, {}}));
+}
+
+TEST(ColumnMap, GapsHaveNoChannel)
+{
+    EXPECT_EQ(columnsOf(ChannelRange::List({5, 15, 45}), {0, 50}, 5), Columns({{0}, {1}, {}, {}, {2}}));
+}
+
+TEST(ColumnMap, ListsInAnyOrderAndFallingRangesLieWhereTheyBelong)
+{
+    EXPECT_EQ(columnsOf(ChannelRange::List({45, 5, 15}), {0, 50}, 5), Columns({{1}, {2}, {}, {}, {0}}));
+    EXPECT_EQ(columnsOf(ChannelRange::Even(35, -10, 4), {0, 40}, 4), Columns({{3}, {2}, {1}, {0}}));
+}
+
+TEST(ColumnMap, EveryChannelInTheSpanIsSomewhereAndNoneOutside)
+{
+    const Columns columns = columnsOf(ChannelRange::List({0, 1, 2, 999, 1000, 2000}), {0, 1000}, 7);
+    EXPECT_EQ(columns[0], (std::vector<std::size_t>{0, 1, 2}));
+    EXPECT_EQ(columns[6], (std::vector<std::size_t>{3, 4}));
+    EXPECT_TRUE(columns[3].empty());
+}
+
+TEST(ColumnMap, ARangeOutsideTheSpanHasNoColumn)
+{
+    const ColumnMap map(ChannelRange::Even(1000, 10, 4), {0, 100}, 10);
+    EXPECT_FALSE(map.hasChannels());
+    EXPECT_TRUE(ColumnMap(ChannelRange::Even(50, 10, 4), {0, 100}, 10).hasChannels());
+}

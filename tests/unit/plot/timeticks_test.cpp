@@ -1,0 +1,73 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "plot/timeticks.h"
+
+using RecTool::clockTicks;
+using RecTool::elapsedTicks;
+using RecTool::isClockTime;
+using RecTool::onlyDay;
+using RecTool::TimeTick;
+using testing::ElementsAre;
+
+namespace {
+
+constexpr std::uint64_t Start = 1'700'000'000'250;  // 2023-11-14 22:13:20.250 UTC
+
+std::vector<std::string> labelsOf(const std::vector<TimeTick>& ticks)
+{
+    std::vector<std::string> labels;
+    for (const TimeTick& tick : ticks) {
+        labels.push_back(tick.label);
+    }
+    return labels;
+}
+
+}  // namespace
+
+TEST(TimeTicks, ClockTicksStandAtWholeUnitsOfTheClock)
+{
+    const std::vector<TimeTick> ticks = clockTicks({0, 3000}, Start, 4);
+    EXPECT_THAT(labelsOf(ticks), ElementsAre("22:13:21", "22:13:22", "22:13:23"));
+    EXPECT_EQ(ticks[0].timeMs, 750);
+    EXPECT_THAT(labelsOf(clockTicks({0, 400}, Start, 4)),
+                ElementsAre("22:13:20.300", "22:13:20.400", "22:13:20.500", "22:13:20.600"));
+    EXPECT_THAT(labelsOf(clockTicks({0, 600'000}, Start, 3)), ElementsAre("22:15", "22:20"));
+}
+
+TEST(TimeTicks, OverMidnightTheDayIsSaidOnce)
+{
+    EXPECT_THAT(labelsOf(clockTicks({0, 3 * 3'600'000}, Start, 4)),
+                ElementsAre("23:00\n2023-11-14", "00:00\n2023-11-15", "01:00"));
+    EXPECT_EQ(onlyDay({0, 3 * 3'600'000}, Start), "");
+    EXPECT_EQ(onlyDay({0, 3000}, Start), "2023-11-14");
+}
+
+TEST(TimeTicks, ManyDaysAreLabelledByDate)
+{
+    EXPECT_THAT(labelsOf(clockTicks({0, std::uint64_t{4} * 86'400'000}, Start, 5)),
+                ElementsAre("2023-11-15", "2023-11-16", "2023-11-17", "2023-11-18"));
+}
+
+TEST(TimeTicks, ElapsedTicksCountFromTheStart)
+{
+    EXPECT_THAT(labelsOf(elapsedTicks({1500, 4000}, 3)), ElementsAre("2 s", "3 s", "4 s"));
+    EXPECT_THAT(labelsOf(elapsedTicks({0, 40}, 4)), ElementsAre("0.00 s", "0.01 s", "0.02 s", "0.03 s", "0.04 s"));
+    EXPECT_THAT(labelsOf(elapsedTicks({0, 7'200'000}, 2)), ElementsAre("0:00:00", "1:00:00", "2:00:00"));
+}
+
+TEST(TimeTicks, ThereAreNeverManyMoreThanWanted)
+{
+    for (std::uint64_t span = 1; span < std::uint64_t{1} << 50U; span = span * 3 + 1) {
+        EXPECT_LE(elapsedTicks({0, span}, 7).size(), 8U) << span;
+        EXPECT_GE(elapsedTicks({0, span}, 7).size(), 1U) << span;
+    }
+}
+
+TEST(TimeTicks, AStartThatIsNotKnownIsNoClockTime)
+{
+    EXPECT_FALSE(isClockTime(0, {0, 1}));
+    EXPECT_TRUE(isClockTime(Start, {0, 1}));
+    EXPECT_FALSE(isClockTime(~std::uint64_t{0}, {0, 1}));
+    EXPECT_FALSE(isClockTime(Start, {0, ~std::uint64_t{0}}));
+}
