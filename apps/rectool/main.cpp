@@ -42,7 +42,8 @@ public:
         m_app.add_option("--type", m_options->types, description)
             ->type_name("TYPE")
             ->expected(1)
-            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+            ->allow_extra_args(false);  // what follows one is the recording
     }
     void addJson(const char* description) { m_app.add_flag("--json", m_options->json, description); }
     void addYes() { m_app.add_flag("--yes", m_options->yes, "Change the file without asking"); }
