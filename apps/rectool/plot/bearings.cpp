@@ -110,6 +110,7 @@ struct Group {
     QString name;
     QColor colour;
     BearingPoints points;
+    double lastAzimuthDeg = 0;
 };
 
 /// The channels with the most bearings, each in its colour; in front of them all others in grey.
@@ -125,19 +126,22 @@ public:
                                 .arg(others)
                                 .arg(others == 1 ? "channel" : "channels")
                                 .arg(QString::fromStdString(grouped(count.all() - bearingsOf(m_frequencies)))),
-                            QColor(OthersColour), BearingPoints(span, columns, rows)});
+                            QColor(OthersColour), BearingPoints(span, columns, rows), 0});
         for (const double hz : m_frequencies) {
             const std::string name = frequency(hz) + " (" + grouped(count.of(hz)) + ')';
             m_groups.push_back({QString::fromStdString(name), QColor(Colours[m_groups.size() - 1]),
-                                BearingPoints(span, columns, rows)});
+                                BearingPoints(span, columns, rows), 0});
         }
     }
     void add(const Shown& bearing)
     {
-        const auto found = std::lower_bound(m_frequencies.begin(), m_frequencies.end(), bearing.frequencyHz);
-        const bool isOwn = found != m_frequencies.end() && *found == bearing.frequencyHz;
-        const auto group = isOwn ? static_cast<std::size_t>(found - m_frequencies.begin()) + 1 : 0;
+        const std::size_t group = groupOf(bearing.frequencyHz);
         m_groups[group].points.add(bearing.timeMs, bearing.azimuthDeg);
+        m_groups[group].lastAzimuthDeg = bearing.azimuthDeg;
+    }
+    [[nodiscard]] double lastAzimuthDeg(double frequencyHz) const
+    {
+        return m_groups[groupOf(frequencyHz)].lastAzimuthDeg;
     }
     [[nodiscard]] std::size_t others() const { return m_count.channels() - m_frequencies.size(); }
     [[nodiscard]] const std::vector<double>& frequencies() const { return m_frequencies; }
@@ -152,6 +156,13 @@ public:
     }
 
 private:
+    /// That of all others is the first.
+    [[nodiscard]] std::size_t groupOf(double frequencyHz) const
+    {
+        const auto found = std::lower_bound(m_frequencies.begin(), m_frequencies.end(), frequencyHz);
+        const bool isOwn = found != m_frequencies.end() && *found == frequencyHz;
+        return isOwn ? static_cast<std::size_t>(found - m_frequencies.begin()) + 1 : 0;
+    }
     [[nodiscard]] std::uint64_t bearingsOf(const std::vector<double>& frequencies) const
     {
         std::uint64_t bearings = 0;
@@ -324,11 +335,12 @@ void draw(Picture& picture, const PlotSource& source, const Groups& groups, bool
 }
 
 void print(const PlotBearingsOptions& options, const PlotSource& source, const Bearings& bearings,
-           const BearingCount& count, const Groups& groups)
+           const BearingCount& count, const Groups& groups, const QCPAxisRect& view)
 {
     Json channels = Json::array();
     for (const double hz : groups.frequencies()) {
-        channels.push_back({{"frequencyHz", hz}, {"bearings", count.of(hz)}});
+        channels.push_back(
+            {{"frequencyHz", hz}, {"bearings", count.of(hz)}, {"lastAzimuthDeg", groups.lastAzimuthDeg(hz)}});
     }
     Json json = pictureJson(options, source);
     json["reference"] = bearings.areTrue() ? "true-north" : "antenna";
@@ -336,6 +348,7 @@ void print(const PlotBearingsOptions& options, const PlotSource& source, const B
     json["channels"] = std::move(channels);
     json["otherChannels"] = groups.others();
     json["withoutHeading"] = bearings.withoutHeading();
+    json["view"] = {{"columns", view.width()}, {"rows", view.height()}, {"left", view.left()}, {"top", view.top()}};
     std::cout << dump(json, 2) << '\n';
 }
 
@@ -376,7 +389,7 @@ ExitCode plotBearings(const PlotBearingsOptions& options)
     markBookmarks(picture, *picture.plot().graph(0)->keyAxis(), source);
     ExitCode result = picture.save();
     if (result == ExitCode::Fine && options.json) {
-        print(options, source, bearings, count, groups);
+        print(options, source, bearings, count, groups, *picture.plot().graph(0)->keyAxis()->axisRect());
     }
     if (bearings.withoutHeading() > 0) {
         complain(options.file, std::to_string(bearings.withoutHeading()) +

@@ -153,3 +153,40 @@ void writeBearingRecording(const std::string& path, bool withRangeTable)
     bearings.SetCell(1, {40, 4, -30, 60}, 1'700'000'002'000'000);
     close(file);
 }
+
+void writePlotRecording(const std::string& path)
+{
+    constexpr double MHz = 1e6;
+    constexpr std::size_t Strong = 2;
+    values::ValueNumeric<double> heading;
+    values::FastValueMap<float, values::levelHandler> spectrum;
+    values::ValueMap<values::Bearing, values::BearingHandler> bearings;
+    heading.SetValue(350);
+    spectrum.SetChannelRange(values::ChannelRange::List(
+        {100.0 * MHz, 100.1 * MHz, 100.2 * MHz, 100.3 * MHz, 100.4 * MHz, 100.8 * MHz, 100.9 * MHz}));
+    bearings.SetChannelRange(values::ChannelRange::Even(1e6, 25e3, 3));
+
+    CFileAccess file(path.c_str(), QString(), nullptr, true, false, false, nullptr, nullptr);
+    writeTypes(file);
+    Scribe spectrumScribe(file, spectrum, 1);
+    Scribe headingScribe(file, heading, 41);
+    Scribe bearingsScribe(file, bearings, 20);
+    spectrumScribe.storeState();
+    headingScribe.storeState();
+    bearingsScribe.storeState();
+    bearingsScribe.at(500);
+    bearings.SetCell(0, {20, 1, -60, 90}, 1'700'000'000'500'000);
+    spectrumScribe.at(1000);
+    spectrum.SetCells(0, std::vector<float>(spectrum.size(), -100), 0);
+    spectrumScribe.at(1500);
+    spectrum.SetCell(Strong, -20, 0);
+    headingScribe.at(1501);
+    heading.SetValue(100);
+    bearingsScribe.at(2000);
+    bearings.SetCell(1, {30, 2, -50, 80}, 1'700'000'002'000'000);
+    spectrumScribe.at(2001);
+    spectrum.SetChannelRange(values::ChannelRange::Even(100.0 * MHz, 0.1 * MHz, 4));
+    spectrumScribe.at(2002);
+    spectrum.SetCells(0, std::vector<float>(spectrum.size(), -60), 0);
+    close(file);
+}

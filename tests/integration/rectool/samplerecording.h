@@ -16,3 +16,10 @@ void writeSampleRecording(const std::string& path);
 /// -31.5, 2000 /DfSpectrum (channel 1). Those at 10, 100 and 1000 carry the channel range.
 /// @param withRangeTable the file has a channel range table that names the first record
 void writeBearingRecording(const std::string& path, bool withRangeTable);
+
+/// Writes a recording of spectra and true bearings that ends 2500 ms behind its start, 2023-11-14 22:13:20 UTC.
+/// /RfSpectrum has channels from 100 to 100.4 MHz, and 100.8 and 100.9 MHz, all 100 kHz apart but for the gap. It is
+/// not measured at 10, -100 dB everywhere at 1000, and -20 dB at 100.2 MHz from 1500 on; at 2001 it gets four channels
+/// from 100 MHz, 100 kHz apart, with -60 dB at 2002. /TRUEHEADING is 350 degrees at 11 and 100 degrees at 1501.
+/// /DfSpectrum has an azimuth of 20 degrees in its channel 0 at 500 and of 30 degrees in its channel 1 at 2000.
+void writePlotRecording(const std::string& path);

@@ -1,0 +1,398 @@
+// The pictures as users get them: what is in them, what is said about them, and what is refused.
+#include <cmath>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <QColor>
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QProcess>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <nlohmann/json.hpp>
+
+#include "samplerecording.h"
+
+namespace {
+
+using nlohmann::json;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+struct Result {
+    int exitCode = -1;
+    std::string out;
+    std::string err;
+};
+
+/// Runs the program as a service would: without a display, a home or anything else.
+Result rectool(const QStringList& arguments)
+{
+    constexpr int Patience = 60'000;
+    QProcess process;
+    QProcessEnvironment environment;
+    for (const char* kept : {"PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS"}) {
+        if (qEnvironmentVariableIsSet(kept)) {
+            environment.insert(kept, qEnvironmentVariable(kept));
+        }
+    }
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(RECTOOL), arguments);
+    EXPECT_TRUE(process.waitForFinished(Patience));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
+            process.readAllStandardError().toStdString()};
+}
+
+std::string bytesOf(const QString& path)
+{
+    std::ifstream stream(path.toStdString(), std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+QString golden(const QString& name)
+{
+    return QStringLiteral(GOLDEN_FOLDER) + "/" + name + "/" + name + ".rec";
+}
+
+constexpr QRgb NotMeasured = 0xffd4d7da;
+
+class Plot : public testing::Test {
+protected:
+    [[nodiscard]] QString path(const QString& name) const { return m_folder.filePath(name); }
+    [[nodiscard]] QString folder() const { return m_folder.path(); }
+    [[nodiscard]] QString recording() const
+    {
+        QString file = path("recording.rec");
+        writePlotRecording(file.toStdString());
+        return file;
+    }
+    /// Draws without a word of complaint. @return what the program says was drawn
+    json draw(const QStringList& arguments, const QString& file)
+    {
+        const Result result = rectool(QStringList{"plot"} + arguments + QStringList{file, "-o", picture(), "--json"});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_THAT(result.err, IsEmpty());
+        return json::parse(result.out, nullptr, false);
+    }
+    [[nodiscard]] QString picture() const { return path("picture.png"); }
+    [[nodiscard]] QImage image() const { return QImage(picture()); }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+/// Where a frequency and a time are in the first piece of a spectrum.
+QColor pixel(const QImage& image, const json& drawn, double hz, double timeMs)
+{
+    const json& piece = drawn.at("spectra")[0].at("pieces")[0];
+    const double from = piece.at("startHz").get<double>();
+    const double to = piece.at("stopHz").get<double>();
+    const double begin = drawn.at("fromMs").get<double>();
+    const double end = drawn.at("toMs").get<double>();
+    const double x = (hz - from) / (to - from) * piece.at("columns").get<double>();
+    const double y = (timeMs - begin) / (end - begin) * piece.at("rows").get<double>();
+    return image.pixelColor(piece.at("left").get<int>() + static_cast<int>(x),
+                            piece.at("top").get<int>() + static_cast<int>(y));
+}
+
+bool isWarm(const QColor& colour)
+{
+    return colour.red() > 200 && colour.green() > 150;
+}
+
+bool isDark(const QColor& colour)
+{
+    return colour.red() < 60 && colour.green() < 60;
+}
+
+}  // namespace
+
+// spectrum
+
+TEST_F(Plot, SpectrumShowsLevelsGapsAndWhatWasNotMeasured)
+{
+    const json drawn = draw({"spectrum"}, recording());
+    const QImage image = this->image();
+    ASSERT_EQ(image.size(), QSize(1400, 900));
+    EXPECT_EQ(pixel(image, drawn, 100.2e6, 500).rgb(), NotMeasured);   // nothing yet
+    EXPECT_TRUE(isDark(pixel(image, drawn, 100.1e6, 1200)));           // noise
+    EXPECT_TRUE(isDark(pixel(image, drawn, 100.2e6, 1200)));           // not yet strong
+    EXPECT_TRUE(isWarm(pixel(image, drawn, 100.2e6, 1800)));           // the strong channel
+    EXPECT_TRUE(isDark(pixel(image, drawn, 100.3e6, 1800)));           // its neighbour
+    EXPECT_EQ(pixel(image, drawn, 100.6e6, 1800).rgb(), NotMeasured);  // the gap
+    EXPECT_TRUE(isDark(pixel(image, drawn, 100.8e6, 1800)));           // behind the gap
+    EXPECT_EQ(pixel(image, drawn, 100.8e6, 2300).rgb(), NotMeasured);  // not in the new range
+    const QColor middle = pixel(image, drawn, 100.1e6, 2300);
+    EXPECT_FALSE(isDark(middle) || isWarm(middle) || middle.rgb() == NotMeasured);
+}
+
+TEST_F(Plot, SpectrumTellsWhatItDrewAsTheRecordsHaveIt)
+{
+    const QString file = recording();
+    const json drawn = draw({"spectrum"}, file);
+    EXPECT_EQ(drawn.at("file"), file.toStdString());
+    EXPECT_EQ(drawn.at("picture"), picture().toStdString());
+    EXPECT_EQ(drawn.at("fromMs"), 10);
+    EXPECT_EQ(drawn.at("toMs"), 2500);
+    EXPECT_EQ(drawn.at("pixel"), "max");
+    ASSERT_EQ(drawn.at("spectra").size(), 1U);
+    const json& spectrum = drawn.at("spectra")[0];
+    EXPECT_EQ(spectrum.at("keyword"), "RFSPECTRUM");
+    EXPECT_EQ(spectrum.at("channelRangeTimesMs"), json::parse("[2001]"));
+    EXPECT_NEAR(spectrum.at("pieces")[0].at("startHz").get<double>(), 99.95e6, 1);
+    EXPECT_NEAR(spectrum.at("pieces")[0].at("stopHz").get<double>(), 100.95e6, 1);
+
+    // The same figures from the records themselves.
+    std::istringstream lines(rectool({"cat", "--json", "--type", "RFSPECTRUM", file}).out);
+    double lowest = std::numeric_limits<double>::infinity();
+    double highest = -lowest;
+    std::size_t records = 0;
+    for (std::string line; std::getline(lines, line); ++records) {
+        const json cells = json::parse(line).at("value").at("cells");
+        for (const json& cell : cells) {
+            if (!cell.is_null()) {
+                lowest = std::min(lowest, cell.get<double>());
+                highest = std::max(highest, cell.get<double>());
+            }
+        }
+    }
+    EXPECT_EQ(spectrum.at("records"), records);
+    EXPECT_EQ(spectrum.at("minLevel"), lowest);
+    EXPECT_EQ(spectrum.at("maxLevel"), highest);
+}
+
+TEST_F(Plot, SpectrumOfASpanBeginsWithWhatIsInForceThen)
+{
+    const json drawn = draw({"spectrum", "--from", "1600", "--to", "1900"}, recording());
+    const json& spectrum = drawn.at("spectra")[0];
+    EXPECT_EQ(spectrum.at("records"), 0);
+    EXPECT_EQ(spectrum.at("maxLevel"), -20);
+    EXPECT_EQ(spectrum.at("channelRangeTimesMs"), json::array());
+    EXPECT_TRUE(isWarm(pixel(image(), drawn, 100.2e6, 1601)));
+    EXPECT_TRUE(isWarm(pixel(image(), drawn, 100.2e6, 1899)));
+}
+
+TEST_F(Plot, SpectrumIsDrawnInTheSizeAndUnitThatAreAskedFor)
+{
+    const json drawn =
+        draw({"spectrum", "--width", "600", "--height", "400", "--mean", "--unit", "dBm", "--rf"}, recording());
+    EXPECT_EQ(image().size(), QSize(600, 400));
+    EXPECT_EQ(drawn.at("unit"), "dBm");
+    EXPECT_EQ(drawn.at("pixel"), "mean");
+}
+
+TEST_F(Plot, RfAndIfSpectraAreDrawnApartAlsoWhereTheTypeTableNamesOnlyOne)
+{
+    const QString file = path("both.rec");
+    writePlotRecording(file.toStdString());
+    std::string bytes = bytesOf(file);
+    // The record at 1000 ms becomes one of the type 2: the IF spectrum, which the type table does not name.
+    const json records = json::parse(rectool({"info", "--json", file}).out);
+    ASSERT_EQ(records.at("files")[0].at("sound"), true);
+    std::istringstream lines(rectool({"cat", "--json", "--type", "RFSPECTRUM", file}).out);
+    std::string line;
+    while (std::getline(lines, line) && json::parse(line).at("timeMs") != 1000) {
+    }
+    const auto position = json::parse(line).at("position").get<std::size_t>();
+    ASSERT_EQ(bytes[position], '1');
+    bytes[position] = '2';
+    std::ofstream(file.toStdString(), std::ios::binary) << bytes;
+    const json drawn = draw({"spectrum"}, file);
+    ASSERT_EQ(drawn.at("spectra").size(), 2U);
+    EXPECT_EQ(drawn.at("spectra")[0].at("keyword"), "RFSPECTRUM");
+    EXPECT_EQ(drawn.at("spectra")[1].at("keyword"), "IFSPECTRUM");
+    EXPECT_EQ(drawn.at("spectra")[1].at("maxLevel"), -100);
+    EXPECT_EQ(draw({"spectrum", "--if"}, file).at("spectra").size(), 1U);
+}
+
+// level
+
+TEST_F(Plot, LevelShowsTheValuesOverTime)
+{
+    const QString file = path("sample.rec");
+    writeSampleRecording(file.toStdString());
+    const json drawn = draw({"level"}, file);
+    ASSERT_EQ(drawn.at("series").size(), 1U);
+    EXPECT_EQ(
+        drawn.at("series")[0],
+        json::parse(
+            R"({"keyword":"LEVEL","code":36,"unit":"dB","records":2,"min":-31.5,"max":-30.25,"drawn":"values"})"));
+    const QImage image = this->image();
+    ASSERT_EQ(image.size(), QSize(1400, 900));
+    int blue = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor colour = image.pixelColor(x, y);
+            blue += colour.blue() > colour.red() + 80 ? 1 : 0;
+        }
+    }
+    EXPECT_GT(blue, 500);  // a line, half of it across the picture
+}
+
+TEST_F(Plot, LevelTakesOtherNumbersAndRefusesWhatIsNone)
+{
+    const json drawn = draw({"level", "--type", "TRUEHEADING"}, recording());
+    EXPECT_EQ(drawn.at("series")[0].at("unit"), "\u00b0");
+    EXPECT_EQ(drawn.at("series")[0].at("max"), 350);
+    const Result result = rectool({"plot", "level", recording(), "-o", picture(), "--type", "DFSPECTRUM"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.err, HasSubstr("The records of DFSPECTRUM hold no numbers."));
+}
+
+// bearings
+
+TEST_F(Plot, BearingsAreTrueWhereTheHeadingIsRecorded)
+{
+    const json drawn = draw({"bearings"}, recording());
+    EXPECT_EQ(drawn.at("reference"), "true-north");
+    EXPECT_EQ(drawn.at("bearings"), 2);
+    EXPECT_EQ(drawn.at("channels"), json::parse(R"([{"frequencyHz":1000000.0,"bearings":1,"lastAzimuthDeg":10.0},
+                                                    {"frequencyHz":1025000.0,"bearings":1,"lastAzimuthDeg":130.0}])"));
+    EXPECT_EQ(drawn.at("otherChannels"), 0);
+}
+
+TEST_F(Plot, BearingsAreRelativeToTheAntennaWhereThatIsAskedForOrNothingElseIsKnown)
+{
+    const json relative = draw({"bearings", "--relative"}, recording());
+    EXPECT_EQ(relative.at("reference"), "antenna");
+    EXPECT_EQ(relative.at("channels")[0].at("lastAzimuthDeg"), 20);
+    const QString file = path("bearings.rec");
+    writeBearingRecording(file.toStdString(), true);
+    const json unknown = draw({"bearings"}, file);
+    EXPECT_EQ(unknown.at("reference"), "antenna");
+    EXPECT_EQ(unknown.at("bearings"), 4);
+    EXPECT_EQ(unknown.at("channels").size(), 4U);
+}
+
+TEST_F(Plot, ABearingStandsAtItsTimeAndAzimuth)
+{
+    const json drawn = draw({"bearings"}, recording());
+    const json& view = drawn.at("view");
+    const double x = (500.0 - 10) / (2500 - 10) * view.at("columns").get<double>();
+    const double y = (1 - 10.0 / 360) * view.at("rows").get<double>();
+    const QColor colour = image().pixelColor(view.at("left").get<int>() + static_cast<int>(x),
+                                             view.at("top").get<int>() + static_cast<int>(y));
+    EXPECT_EQ(colour, QColor(0x1f, 0x77, 0xb4));
+}
+
+// Bookmarks, formats, errors
+
+TEST_F(Plot, BookmarksOfTheSpanAreMarked)
+{
+    const QString file = recording();
+    const QImage before = (draw({"spectrum"}, file), image());
+    ASSERT_EQ(rectool({"bookmark", "add", file, "1200", "alarm", "--yes"}).exitCode, 0);
+    const json drawn = draw({"spectrum"}, file);
+    EXPECT_EQ(drawn.at("bookmarks"), json::parse(R"([{"timeMs":1200,"data":{"text":"alarm"}}])"));
+    EXPECT_NE(pixel(image(), drawn, 100.6e6, 1200), pixel(before, drawn, 100.6e6, 1200));
+    EXPECT_EQ(draw({"level", "--type", "TRUEHEADING", "--to", "1199"}, file).at("bookmarks"), json::array());
+}
+
+TEST_F(Plot, PicturesCanBeJpegAndPdf)
+{
+    const QString file = recording();
+    EXPECT_EQ(rectool({"plot", "spectrum", file, "-o", path("picture.jpg")}).exitCode, 0);
+    EXPECT_EQ(QImage(path("picture.jpg")).size(), QSize(1400, 900));
+    EXPECT_EQ(rectool({"plot", "bearings", file, "-o", path("picture.pdf")}).exitCode, 0);
+    EXPECT_EQ(bytesOf(path("picture.pdf")).substr(0, 5), "%PDF-");
+}
+
+TEST_F(Plot, ARecordingIsNeverOverwritten)
+{
+    const QString file = recording();
+    const QString copy = path("copy.png");
+    ASSERT_TRUE(QFile::copy(file, copy));
+    const QString link = path("link.png");
+    ASSERT_TRUE(QFile::link(file, link));
+    const std::string before = bytesOf(file);
+    for (const QStringList& paths : {QStringList{file, file},
+                                     {copy, copy},
+                                     {copy, link},
+                                     {file, path("other.rec")},
+                                     {file, path("other.tmp")},
+                                     {file, path("other.gif")},
+                                     {file, folder()}}) {
+        const Result result = rectool({"plot", "spectrum", paths[0], "-o", paths[1]});
+        EXPECT_EQ(result.exitCode, 1) << paths[1].toStdString();
+        EXPECT_THAT(result.err, HasSubstr(paths[1].toStdString()));
+    }
+    EXPECT_EQ(bytesOf(file), before);
+    EXPECT_EQ(bytesOf(copy), before);
+    EXPECT_FALSE(QFile::exists(path("other.rec")));
+}
+
+TEST_F(Plot, APictureThatCannotBeWrittenLeavesNothing)
+{
+    const Result result = rectool({"plot", "spectrum", recording(), "-o", path("nowhere/picture.png"), "--json"});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_THAT(result.err, HasSubstr("The picture cannot be written: "));
+    EXPECT_THAT(result.out, IsEmpty());
+    EXPECT_EQ(QDir(folder()).entryList(QDir::Files).size(), 1);
+}
+
+TEST_F(Plot, WhatIsNotThereIsSaidAndNothingIsDrawn)
+{
+    const QString file = recording();
+    struct Case {
+        QStringList arguments;
+        const char* message;
+        int exitCode;
+    };
+    const std::vector<Case> cases = {
+        {{"spectrum", golden("empty")}, "There is no record of RFSPECTRUM or IFSPECTRUM in the recording.", 1},
+        {{"spectrum", file, "--if"}, "There is no record of IFSPECTRUM in the recording.", 1},
+        {{"spectrum", file, "--type", "LEVL"}, "There is no type \"LEVL\" in the recording.", 1},
+        {{"spectrum", file, "--type", "TRUEHEADING"}, "The records of TRUEHEADING hold no spectrum.", 1},
+        {{"spectrum", file, "--to", "5"}, "--to lies in front of the first record.", 1},
+        {{"spectrum", file, "--from", "9000"}, "--from lies behind the end of the recording.", 1},
+        {{"spectrum", file, "--from", "20", "--to", "19"}, "--from lies behind --to.", 1},
+        {{"spectrum", file, "--from", "soon"}, "\"soon\" is not a time of this recording.", 1},
+        {{"spectrum", file, "--width", "10"}, "--width", 1},
+        {{"spectrum", file, "--rf", "--if"}, "--if", 1},
+        {{"spectrum", path("nothing.rec")}, "There is no such file.", 2},
+        {{"level", file}, "There is no record of LEVEL in the recording.", 1},
+        {{"bearings", file, "--to", "499"}, "There is no bearing in the span.", 1},
+        {{"bearings", golden("bookmarks")}, "There is no type DFSPECTRUM in the recording.", 1},
+    };
+    for (const Case& wrong : cases) {
+        const Result result = rectool(QStringList{"plot"} + wrong.arguments + QStringList{"-o", picture()});
+        EXPECT_EQ(result.exitCode, wrong.exitCode) << wrong.arguments.join(' ').toStdString();
+        EXPECT_THAT(result.err, HasSubstr(wrong.message));
+        EXPECT_FALSE(QFile::exists(picture()));
+    }
+}
+
+TEST_F(Plot, ADamagedRecordingIsDrawnAsFarAsItGoes)
+{
+    const QString file = recording();
+    std::string bytes = bytesOf(file);
+    std::istringstream lines(rectool({"cat", "--json", "--type", "RFSPECTRUM", file}).out);
+    std::string last;
+    for (std::string line; std::getline(lines, line);) {
+        last = line;
+    }
+    bytes[json::parse(last).at("position").get<std::size_t>()] = 'x';
+    std::ofstream(file.toStdString(), std::ios::binary) << bytes;
+    const Result result = rectool({"plot", "spectrum", file, "-o", picture(), "--json"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_THAT(result.err, HasSubstr("damaged at "));
+    EXPECT_TRUE(isWarm(pixel(image(), json::parse(result.out), 100.2e6, 1800)));
+}
+
+TEST_F(Plot, HelpHasExamples)
+{
+    for (const QString verb : {"spectrum", "level", "bearings"}) {
+        const Result help = rectool({"plot", verb, "--help"});
+        EXPECT_EQ(help.exitCode, 0);
+        EXPECT_THAT(help.out, AllOf(HasSubstr("Example"), HasSubstr("--json"), HasSubstr("--output")));
+    }
+}
