@@ -135,7 +135,8 @@ void setNumberTicks(Picture& picture, QCPAxis& axis, int pixels, bool isPiece)
         return;
     }
     const QSharedPointer<NumberTicker> ticker(new NumberTicker(edge));
-    ticker->setTickCount(std::max(1, pixels / std::max(1, tickPixels)));
+    const int fewest = lying ? 1 : 3;
+    ticker->setTickCount(std::max(fewest, pixels / std::max(1, tickPixels)));
     axis.setTicker(ticker);
 }
 

@@ -136,7 +136,9 @@ ColumnMap::ColumnMap(const ChannelRange& range, const FrequencySpan& span, std::
             m_ranks[order[rank]] = rank;
         }
     }
-    const double halfWidth = channelWidthHz(range) / 2 * (1 + Touching);
+    constexpr double Unknown = 0.02;  // of the span, so that such a channel can be seen
+    const double known = channelWidthHz(range);
+    const double halfWidth = (known > 0 ? known : span.width() * Unknown) / 2 * (1 + Touching);
     const auto frequency = [&](std::uint32_t rank) { return range.frequencyHz(order[rank]); };
     const auto count = static_cast<std::uint32_t>(order.size());
     const double columnHz = span.width() / static_cast<double>(columns);

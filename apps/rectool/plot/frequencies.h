@@ -30,8 +30,8 @@ struct FrequencySpan {
 [[nodiscard]] std::vector<FrequencySpan> axisPieces(const std::vector<FrequencySpan>& covered, std::size_t most);
 
 /// Which channels stand for which column of a picture. A column shows the channels whose centres lie in it or, where
-/// there is none, the channel that reaches over its middle. So every channel in the span is in some column, and a
-/// column in a gap has no channel.
+/// there is none, the channel that reaches over its middle; one of unknown width is 2 % of the span wide. So every
+/// channel in the span is in some column, and a column in a gap has no channel.
 class ColumnMap {
 public:
     struct Interval {

@@ -88,15 +88,23 @@ struct Series {
     std::uint64_t passedOver = 0;  // records that are no number
 };
 
+/// Where a panel is among the others.
+struct PanelPlace {
+    int row = 0;
+    bool isFirst = true;
+    bool isLast = true;
+    QCPMarginGroup* sides = nullptr;  // all panels are as wide
+};
+
 class LevelPanel {
 public:
     LevelPanel(Picture& picture, const PlotSource& source, const PlotLevelOptions& options, const Series& series,
-               int row)
+               const PanelPlace& place)
         : m_picture(picture),
           m_source(source),
           m_series(series),
           m_unit(QString::fromStdString(options.unit.empty() ? unitOf(series.keyword) : options.unit)),
-          m_rect(picture.addAxisRect(picture.body(), row, 0))
+          m_rect(picture.addAxisRect(picture.body(), place.row, 0))
     {
         m_rect->setMinimumMargins(QMargins(8, 12, 34, 8));
         QCPAxis& time = timeAxis();
@@ -108,9 +116,14 @@ public:
         setTimeAxis(picture, time, source, TimeScale::Clock, picture.width() - 120);
         QCPAxis& above = *m_rect->axis(QCPAxis::atTop);
         setTimeAxis(picture, above, source, TimeScale::Elapsed, picture.width() - 120);
-        above.setTickLabels(hasClock(source));
+        // What is the same for all panels stands above and below them.
+        const bool hasElapsed = place.isFirst && hasClock(source);
+        above.setTickLabels(hasElapsed);
         above.setTicks(hasClock(source));
-        above.setLabel(hasClock(source) ? above.label() : QString());
+        above.setLabel(hasElapsed ? above.label() : QString());
+        time.setTickLabels(place.isLast);
+        time.setLabel(place.isLast ? time.label() : QString());
+        m_rect->setMarginGroup(QCP::msLeft | QCP::msRight, place.sides);
         const QString keyword = QString::fromStdString(series.keyword);
         valueAxis().setLabel(m_unit.isEmpty() ? keyword : QStringLiteral("%1 (%2)").arg(keyword, m_unit));
         draw();
@@ -287,9 +300,11 @@ ExitCode plotLevel(const PlotLevelOptions& options)
     const DrawingApplication application;
     Picture picture(options, source, title(*all));
     std::vector<std::unique_ptr<LevelPanel>> panels;
+    auto* sides = new QCPMarginGroup(&picture.plot());
     for (const Series& series : *all) {
-        panels.push_back(
-            std::make_unique<LevelPanel>(picture, source, options, series, static_cast<int>(panels.size())));
+        const bool isLast = panels.size() + 1 == all->size();
+        const PanelPlace place{static_cast<int>(panels.size()), panels.empty(), isLast, sides};
+        panels.push_back(std::make_unique<LevelPanel>(picture, source, options, series, place));
     }
     picture.layOut();
     for (const auto& panel : panels) {

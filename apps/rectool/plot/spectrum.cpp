@@ -217,10 +217,15 @@ public:
             setTimeAxes(size.height());
         }
     }
-    void update(const LevelMap& map, std::uint64_t timeMs)
+    /// @param map null when the record is no spectrum
+    void update(const LevelMap* map, std::uint64_t timeMs)
     {
+        if (map == nullptr) {
+            ++m_passedOver;
+            return;
+        }
         for (Piece& piece : m_pieces) {
-            piece.grid->update(map.GetChannelRange(), map.GetCells(), timeMs);
+            piece.grid->update(map->GetChannelRange(), map->GetCells(), timeMs);
         }
     }
     void finish()
@@ -245,6 +250,8 @@ public:
         }
     }
     [[nodiscard]] std::int32_t code() const { return m_spectrum.code; }
+    [[nodiscard]] const std::string& keyword() const { return m_spectrum.keyword; }
+    [[nodiscard]] std::uint64_t passedOver() const { return m_passedOver; }
     [[nodiscard]] Json json() const
     {
         Json pieces = Json::array();
@@ -493,6 +500,7 @@ private:
     QCPColorScale* m_bar = nullptr;
     std::vector<Piece> m_pieces;
     QCPRange m_colours;
+    std::uint64_t m_passedOver = 0;
 };
 
 /// Why there is nothing to draw.
@@ -563,9 +571,7 @@ ExitCode plotSpectrum(const PlotSpectrumOptions& options)
     source.walk([&](const Inspection::Record& record) {
         for (const auto& panel : panels) {
             if (panel->code() == record.code) {
-                if (const LevelMap* map = asLevels(recorded.apply(record))) {
-                    panel->update(*map, record.timeMs);
-                }
+                panel->update(asLevels(recorded.apply(record)), record.timeMs);
             }
         }
     });
@@ -576,11 +582,18 @@ ExitCode plotSpectrum(const PlotSpectrumOptions& options)
     for (const auto& panel : panels) {
         panel->mark();
     }
-    const ExitCode saved = picture.save();
-    if (saved == ExitCode::Fine && options.json) {
+    ExitCode result = picture.save();
+    if (result == ExitCode::Fine && options.json) {
         print(options, source, panels);
     }
-    return source.end(saved);
+    for (const auto& panel : panels) {
+        if (panel->passedOver() > 0) {
+            complain(options.file, std::to_string(panel->passedOver()) + " records of " + panel->keyword() +
+                                       " are no spectra and were passed over.");
+            result = result == ExitCode::Fine ? ExitCode::Damaged : result;
+        }
+    }
+    return source.end(result);
 }
 
 }  // namespace RecTool

@@ -102,6 +102,16 @@ TEST(ColumnMap, AWideChannelFillsItsColumns)
     EXPECT_EQ(columnsOf(ChannelRange::Even(10, 20, 1), {0, 40}, 4), Columns({{0}, {0}, {}, {}}));
 }
 
+TEST(ColumnMap, AChannelOfUnknownWidthIsWideEnoughToBeSeen)
+{
+    const Columns columns = columnsOf(ChannelRange::List({500}), {0, 1000}, 500);
+    EXPECT_TRUE(columns[244].empty());
+    for (const std::size_t column : {246U, 250U, 253U}) {
+        EXPECT_EQ(columns[column], std::vector<std::size_t>{0});
+    }
+    EXPECT_TRUE(columns[256].empty());
+}
+
 TEST(ColumnMap, GapsHaveNoChannel)
 {
     EXPECT_EQ(columnsOf(ChannelRange::List({5, 15, 45}), {0, 50}, 5), Columns({{0}, {1}, {}, {}, {2}}));

@@ -88,12 +88,14 @@ private:
         std::vector<float> across;
         bool hasChannel = false;
         double nearest = std::numeric_limits<double>::infinity();
+        const double known = RecTool::channelWidthHz(state.range);
+        const double channelWidth = known > 0 ? known : m_span.width() / 50;
         for (std::size_t i = 0; i < state.cells.size(); ++i) {
             const double distance = state.range.frequencyHz(i) - (low + width / 2);
             if (state.range.frequencyHz(i) >= low && state.range.frequencyHz(i) < low + width) {
                 hasChannel = true;
                 within.push_back(state.cells[i]);
-            } else if (std::abs(distance) < RecTool::channelWidthHz(state.range) / 2 && std::abs(distance) < nearest) {
+            } else if (std::abs(distance) < channelWidth / 2 && std::abs(distance) < nearest) {
                 nearest = std::abs(distance);
                 across.assign(1, state.cells[i]);
             }
