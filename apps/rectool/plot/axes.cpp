@@ -164,6 +164,7 @@ void markBookmarks(Picture& picture, QCPAxis& timeAxis, const PlotSource& source
     const QPen pen(QColor(BookmarkColour), 1.4);
     const QPen halo(QColor(255, 255, 255, 170), 3.4);
     std::vector<double> pixels;
+    pixels.reserve(bookmarks.size());
     for (const auto& bookmark : bookmarks) {
         pixels.push_back(timeAxis.coordToPixel(static_cast<double>(bookmark.timeMs)));
     }

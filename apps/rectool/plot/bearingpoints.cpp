@@ -19,6 +19,7 @@ std::vector<double> BearingCount::most(std::size_t number) const
                      [](const auto& a, const auto& b) { return a.second > b.second; });
     channels.resize(std::min(number, channels.size()));
     std::vector<double> frequencies;
+    frequencies.reserve(channels.size());
     for (const auto& [frequency, count] : channels) {
         frequencies.push_back(frequency);
     }

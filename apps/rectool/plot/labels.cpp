@@ -68,6 +68,7 @@ std::size_t mostCrowded(const std::vector<double>& wanted, const std::vector<std
 std::vector<double> picked(const std::vector<double>& all, const std::vector<std::size_t>& indexes)
 {
     std::vector<double> picked;
+    picked.reserve(indexes.size());
     for (const std::size_t i : indexes) {
         picked.push_back(all[i]);
     }

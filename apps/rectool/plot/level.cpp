@@ -300,10 +300,10 @@ ExitCode plotLevel(const PlotLevelOptions& options)
     const DrawingApplication application;
     Picture picture(options, source, title(*all));
     std::vector<std::unique_ptr<LevelPanel>> panels;
-    auto* sides = new QCPMarginGroup(&picture.plot());
+    QCPMarginGroup sides(&picture.plot());
     for (const Series& series : *all) {
         const bool isLast = panels.size() + 1 == all->size();
-        const PanelPlace place{static_cast<int>(panels.size()), panels.empty(), isLast, sides};
+        const PanelPlace place{static_cast<int>(panels.size()), panels.empty(), isLast, &sides};
         panels.push_back(std::make_unique<LevelPanel>(picture, source, options, series, place));
     }
     picture.layOut();

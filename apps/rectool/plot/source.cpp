@@ -30,13 +30,14 @@ ExitCode PlotSource::takeSpan(const PlotOptions& options)
     const std::vector<Inspection::TimeEntry>& times = m_summary.times;
     const std::uint64_t duration = header.stopMs > header.startMs ? header.stopMs - header.startMs : 0;
     m_span.fromMs = times.empty() ? 0 : times.front().timeMs;
-    m_span.toMs = std::max(duration, times.empty() ? 0 : times.back().timeMs);
+    const std::uint64_t end = std::max(duration, times.empty() ? 0 : times.back().timeMs);
+    m_span.toMs = end;
     if (!takeTime("--from", options.from, m_summary, m_span.fromMs) ||
         !takeTime("--to", options.to, m_summary, m_span.toMs)) {
         return ExitCode::Usage;
     }
     if (m_span.fromMs > m_span.toMs) {
-        complain(m_file, options.to.empty()     ? "--from lies behind the end of the recording."
+        complain(m_file, m_span.fromMs > end    ? "--from lies behind the end of the recording."
                          : options.from.empty() ? "--to lies in front of the first record."
                                                 : "--from lies behind --to.");
         return ExitCode::Usage;
