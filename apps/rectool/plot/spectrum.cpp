@@ -560,6 +560,7 @@ ExitCode plotSpectrum(const PlotSpectrumOptions& options)
     const DrawingApplication application;
     Picture picture(options, source, QStringLiteral("Spectrum over time"));
     std::vector<std::unique_ptr<Panel>> panels;
+    panels.reserve(drawn.size());
     for (const Spectrum& spectrum : drawn) {
         panels.push_back(std::make_unique<Panel>(picture, source, options, spectrum, static_cast<int>(panels.size())));
     }
