@@ -175,7 +175,7 @@ template <typename Options>
 void addPicture(Verb<Options>& verb)
 {
     constexpr int Smallest = 300;
-    constexpr int Largest = 10'000;
+    constexpr int Largest = 5000;
     Options& options = verb.options();
     verb.app()
         .add_option("-o,--output", options.output, "Picture to write: .png, .jpg or .pdf")
@@ -228,7 +228,7 @@ void addPlot(CLI::App& app, Action& action)
     level.app().footer(
         "Examples:\n"
         "  rectool plot level recording.rec -o level.png\n"
-        "  rectool plot level recording.rec -o drive.png --type VELOCITY --type TRUEHEADING --height 600");
+        "  rectool plot level recording.rec -o drive.png --type ALTITUDE --type TRUEHEADING --height 600");
     Verb<RecTool::PlotBearingsOptions> bearings(plot, "bearings", "Draw bearings over time and as seen from above",
                                                 RecTool::plotBearings, action);
     addPicture(bearings);

@@ -33,7 +33,7 @@ const char* unitOf(std::string_view keyword)
     constexpr std::array Units{
         Known{"LEVEL", "dB"},
         Known{"FIELDSTRENGTH", "dB"},
-        Known{"SQUELCHVALUE", "dB"},
+
         Known{"ATTENUATION", "dB"},
         Known{"STARTLEVEL", "dB"},
         Known{"STOPLEVEL", "dB"},
@@ -62,8 +62,7 @@ const char* unitOf(std::string_view keyword)
         Known{"LOCATIONLATITUDE", Degrees},
         Known{"LOCATIONLONGITUDE", Degrees},
         Known{"ALTITUDE", "m"},
-        Known{"VELOCITY", "m/s"},
-        Known{"QUALITY", "%"},
+
     };
     for (const Known& known : Units) {
         if (known.keyword == keyword) {
