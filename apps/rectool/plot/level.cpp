@@ -33,7 +33,6 @@ const char* unitOf(std::string_view keyword)
     constexpr std::array Units{
         Known{"LEVEL", "dB"},
         Known{"FIELDSTRENGTH", "dB"},
-
         Known{"ATTENUATION", "dB"},
         Known{"STARTLEVEL", "dB"},
         Known{"STOPLEVEL", "dB"},
@@ -62,7 +61,6 @@ const char* unitOf(std::string_view keyword)
         Known{"LOCATIONLATITUDE", Degrees},
         Known{"LOCATIONLONGITUDE", Degrees},
         Known{"ALTITUDE", "m"},
-
     };
     for (const Known& known : Units) {
         if (known.keyword == keyword) {
