@@ -82,6 +82,11 @@ struct MapOptions {
     std::string from;  ///< a time of the recording; empty: from the beginning
     std::string to;    ///< a time of the recording; empty: to the end
     bool json = false;
+    bool geoJson = false;        ///< lines of bearing and fixes on the earth; the following belong to it
+    std::string output;          ///< a file; empty: standard output
+    double lengthKm = 0;         ///< of the lines; 0: chosen
+    double sigmaDeg = 3;         ///< standard deviation of a bearing
+    double windowSeconds = 600;  ///< bearings of one fix come within this time
 };
 ExitCode map(const MapOptions& options);
 

@@ -2,6 +2,7 @@
 #include <exception>
 #include <functional>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -158,16 +159,46 @@ void addState(CLI::App& app, Action& action)
         "  rectool state recording.rec --at \"2023-11-14 22:13:21 UTC\" --json");
 }
 
+void addGeoJson(CLI::App& app, RecTool::MapOptions& options)
+{
+    const std::map<std::string, double> units = {{"s", 1}, {"min", 60}, {"h", 3600}};
+    CLI::Option* geoJson = app.add_flag(
+        "--geojson", options.geoJson, "Print every bearing of the span as a line on the earth, and fixes, as GeoJSON");
+    geoJson->excludes(app.get_option("--json"));
+    app.add_option("-o,--output", options.output, "With --geojson: write to this file")
+        ->type_name("FILE")
+        ->needs(geoJson);
+    app.add_option("--length", options.lengthKm,
+                   "With --geojson: kilometres of the lines (default: beyond the fixes, or 10)")
+        ->type_name("KM")
+        ->check(CLI::Range(0.001, 20'000.0))
+        ->needs(geoJson);
+    app.add_option("--sigma", options.sigmaDeg, "With --geojson: standard deviation of a bearing in degrees")
+        ->type_name("DEG")
+        ->check(CLI::Range(0.001, 45.0))
+        ->capture_default_str()
+        ->needs(geoJson);
+    app.add_option("--window", options.windowSeconds,
+                   "With --geojson: bearings of one fix come within this time, such as 30s, 10min, 2h (default: 10min)")
+        ->type_name("DURATION")
+        ->transform(CLI::AsNumberWithUnit(units, CLI::AsNumberWithUnit::CASE_INSENSITIVE))
+        ->check(CLI::Range(0.001, 1e9))
+        ->needs(geoJson);
+}
+
 void addMap(CLI::App& app, Action& action)
 {
     Verb<RecTool::MapOptions> verb(app, "map", "Show the bearing of every channel", RecTool::map, action);
     verb.addTime("--from", verb.options().from, "Only channels whose bearing changed since this time. " + Time);
     verb.addTime("--to", verb.options().to, "The bearings as they are at this time, instead of at the end");
     verb.addJson("Print one JSON document");
+    addGeoJson(verb.app(), verb.options());
     verb.app().footer(
         "Examples:\n"
         "  rectool map recording.rec\n"
-        "  rectool map recording.rec --from bookmark:alarm --to bookmark:alarm+5000 --json");
+        "  rectool map recording.rec --from bookmark:alarm --to bookmark:alarm+5000 --json\n"
+        "  rectool map recording.rec --geojson -o bearings.geojson\n"
+        "  rectool map recording.rec --geojson --sigma 1.5 --window 30s --length 5 --from 60000");
 }
 
 /// What all pictures take.

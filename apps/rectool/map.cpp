@@ -6,6 +6,9 @@
 #include "bearingreplay.h"
 #include "commands.h"
 #include "json.h"
+#if defined(RECTOOL_HAS_GEO)
+#include "mapgeojson.h"
+#endif
 #include "output.h"
 #include "progress.h"
 #include "recordedvalues.h"
@@ -122,6 +125,14 @@ ExitCode map(const MapOptions& options)
     if (span.from > span.to) {
         complain(options.file, "--from lies behind --to.");
         return ExitCode::Usage;
+    }
+    if (options.geoJson) {
+#if defined(RECTOOL_HAS_GEO)
+        return mapGeoJson(options, summary, span.from, span.to);
+#else
+        complain(options.file, "This rectool was built without GeographicLib, which --geojson needs.");
+        return ExitCode::Usage;
+#endif
     }
     BearingReplay replay;
     const std::vector<Inspection::Finding> findings = replayRecords(options, summary, span.to, replay);

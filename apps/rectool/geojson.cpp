@@ -1,0 +1,337 @@
+#include "geojson.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <optional>
+#include <utility>
+
+#include <QDateTime>
+
+#include "geo/shapes.h"
+
+namespace RecTool {
+
+using Geo::NoFix;
+using Geo::Position;
+
+namespace {
+
+double rounded(double value, double perUnit)
+{
+    return std::round(value * perUnit) / perUnit;
+}
+
+// Sizes as precise as they are meant: more digits would be noise.
+double centimetres(double metres)
+{
+    constexpr double PerMetre = 100;
+    return rounded(metres, PerMetre);
+}
+
+double thousandths(double value)
+{
+    constexpr double PerUnit = 1000;
+    return rounded(value, PerUnit);
+}
+
+double direction(double degrees)
+{
+    constexpr double PerDegree = 1e6;  // the sum of two recorded angles without the digits that adding makes
+    return rounded(degrees, PerDegree);
+}
+
+Json time(unsigned long long us)
+{
+    constexpr unsigned long long UsPerMs = 1000;
+    constexpr unsigned long long EndOfYear9999Ms = 253'402'300'799'999;
+    if (us / UsPerMs > EndOfYear9999Ms) {
+        return {};
+    }
+    return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(us / UsPerMs), Qt::UTC)
+        .toString(Qt::ISODateWithMs)
+        .toStdString();
+}
+
+// Longitude first. Seven decimals are a centimetre.
+Json coordinates(const Position& position)
+{
+    constexpr double PerDegree = 1e7;
+    return {rounded(position.longitudeDeg, PerDegree), rounded(position.latitudeDeg, PerDegree)};
+}
+
+Json coordinates(const Geo::Path& path)
+{
+    Json points = Json::array();
+    for (const Position& point : path) {
+        points.push_back(coordinates(point));
+    }
+    return points;
+}
+
+Json point(const Position& position)
+{
+    return {{"type", "Point"}, {"coordinates", coordinates(position)}};
+}
+
+Json lineString(const std::vector<Geo::Path>& parts)
+{
+    if (parts.size() == 1) {
+        return {{"type", "LineString"}, {"coordinates", coordinates(parts.front())}};
+    }
+    Json lines = Json::array();
+    for (const Geo::Path& part : parts) {
+        lines.push_back(coordinates(part));
+    }
+    return {{"type", "MultiLineString"}, {"coordinates", std::move(lines)}};
+}
+
+Json polygon(const std::vector<Geo::Path>& rings)
+{
+    Json polygons = Json::array();
+    for (const Geo::Path& ring : rings) {
+        polygons.push_back(Json::array({coordinates(ring)}));
+    }
+    if (polygons.size() == 1) {
+        return {{"type", "Polygon"}, {"coordinates", polygons[0]}};
+    }
+    return {{"type", "MultiPolygon"}, {"coordinates", std::move(polygons)}};
+}
+
+Json feature(Json geometry, Json properties)
+{
+    return {{"type", "Feature"}, {"geometry", std::move(geometry)}, {"properties", std::move(properties)}};
+}
+
+struct Reason {
+    const char* word;
+    const char* sentence;
+};
+
+Reason reasonOf(NoFix noFix)
+{
+    switch (noFix) {
+        case NoFix::OnePosition:
+            return {"one-position", "All bearings were taken at one position."};
+        case NoFix::NoCrossing:
+            return {"no-crossing", "No two lines cross in front of their positions."};
+        case NoFix::TooFar:
+            return {"too-far", "The lines meet only far away."};
+        case NoFix::Undetermined:
+            return {"undetermined",
+                    "The lines cross at too flat an angle: the distance is as uncertain as it is long."};
+        case NoFix::Contradictory:
+            return {"contradictory", "Too many bearings point away from where the others meet."};
+        case NoFix::NotConverged:
+            return {"not-converged", "The search for the most likely position came to no end."};
+    }
+    return {"", ""};
+}
+
+/// Puts the features together. Fixes are numbered from 1.
+class Collection {
+public:
+    Collection(const TakenBearings& taken, const std::vector<BearingGroup>& groups, const GeoJsonSettings& settings)
+        : m_bearings(taken.bearings), m_groups(groups), m_settings(settings), m_fixOf(taken.bearings.size(), nullptr)
+    {
+        for (const BearingGroup& group : groups) {
+            if (group.fix() == nullptr) {
+                continue;
+            }
+            m_numbers[&group] = m_numbers.size() + 1;
+            for (const std::size_t bearing : group.bearings) {
+                m_fixOf[bearing] = &group;
+            }
+        }
+        chooseLengths();
+    }
+    [[nodiscard]] std::vector<Json> features() const
+    {
+        std::vector<Json> all = stations();
+        for (std::size_t i = 0; i < m_bearings.size(); ++i) {
+            all.push_back(bearing(i));
+        }
+        for (const auto& [group, number] : inOrder()) {
+            all.push_back(fix(*group, number));
+            all.push_back(uncertainty(*group, number));
+        }
+        return all;
+    }
+    [[nodiscard]] std::size_t fixes() const { return m_numbers.size(); }
+    [[nodiscard]] Json unfixed() const
+    {
+        Json list = Json::array();
+        for (const BearingGroup& group : m_groups) {
+            if (group.fix() != nullptr) {
+                continue;
+            }
+            const Reason reason = reasonOf(std::get<NoFix>(group.result));
+            Json entry = about(group);
+            entry["bearings"] = group.bearings.size();
+            entry["reason"] = reason.word;
+            entry["note"] = reason.sentence;
+            list.push_back(std::move(entry));
+        }
+        return list;
+    }
+
+private:
+    /// A line reaches beyond its fix; one without a fix is as long as most others.
+    void chooseLengths()
+    {
+        constexpr double Beyond = 1.2;
+        constexpr double WithoutFixesM = 10'000;
+        m_lengthM.assign(m_bearings.size(), m_settings.lengthM);
+        if (m_settings.lengthM > 0) {
+            return;
+        }
+        std::vector<double> chosen;
+        for (std::size_t i = 0; i < m_bearings.size(); ++i) {
+            if (m_fixOf[i] != nullptr) {
+                m_lengthM[i] = Beyond * Geo::distanceM(m_bearings[i].line.from, m_fixOf[i]->fix()->position);
+                chosen.push_back(m_lengthM[i]);
+            }
+        }
+        const auto middle = chosen.begin() + static_cast<std::ptrdiff_t>(chosen.size() / 2);
+        std::nth_element(chosen.begin(), middle, chosen.end());
+        const double usualM = chosen.empty() ? WithoutFixesM : *middle;
+        for (std::size_t i = 0; i < m_bearings.size(); ++i) {
+            m_lengthM[i] = m_fixOf[i] != nullptr ? m_lengthM[i] : usualM;
+        }
+    }
+    [[nodiscard]] std::vector<Json> stations() const
+    {
+        struct Use {
+            std::size_t first;
+            std::size_t last;
+        };
+        std::vector<Position> positions;  // in the order of their first use
+        std::map<std::pair<double, double>, std::vector<Use>> uses;
+        for (std::size_t i = 0; i < m_bearings.size(); ++i) {
+            const Position& from = m_bearings[i].line.from;
+            std::vector<Use>& here = uses[{from.latitudeDeg, from.longitudeDeg}];
+            if (here.empty()) {
+                positions.push_back(from);
+            }
+            const bool stays = i > 0 && m_bearings[i - 1].line.from == from;
+            if (!stays) {
+                here.push_back({i, i});
+            }
+            here.back().last = i;
+        }
+        std::vector<Json> features;
+        for (const Position& position : positions) {
+            Json times = Json::array();
+            std::size_t count = 0;
+            for (const Use& use : uses[{position.latitudeDeg, position.longitudeDeg}]) {
+                times.push_back({{"fromMs", m_bearings[use.first].timeMs},
+                                 {"toMs", m_bearings[use.last].timeMs},
+                                 {"bearings", use.last - use.first + 1}});
+                count += use.last - use.first + 1;
+            }
+            features.push_back(
+                feature(point(position), {{"type", "station"}, {"bearings", count}, {"used", std::move(times)}}));
+        }
+        return features;
+    }
+    [[nodiscard]] Json bearing(std::size_t i) const
+    {
+        const TakenBearing& taken = m_bearings[i];
+        const values::Bearing& measured = taken.bearing;
+        Json properties = {{"type", "bearing"},
+                           {"channel", taken.channel},
+                           {"frequencyHz", taken.frequencyHz},
+                           {"azimuthDeg", direction(taken.line.azimuthDeg)},
+                           {"azimuthReference", taken.headingDeg ? "true" : "antenna"},
+                           {"headingDeg", taken.headingDeg ? Json(*taken.headingDeg) : Json()},
+                           {"elevationDeg", measured.elevationDeg},
+                           {"levelDb", measured.levelDb},
+                           {"quality", measured.quality},
+                           {"timeMs", taken.timeMs},
+                           {"time", time(taken.measuredUs)},
+                           {"fix", m_fixOf[i] != nullptr ? Json(m_numbers.at(m_fixOf[i])) : Json()}};
+        return feature(lineString(Geo::linePaths(taken.line, m_lengthM[i])), std::move(properties));
+    }
+    /// What a group is of, and when.
+    [[nodiscard]] Json about(const BearingGroup& group) const
+    {
+        const TakenBearing& first = m_bearings[group.bearings.front()];
+        const TakenBearing& last = m_bearings[group.bearings.back()];
+        return {{"channel", last.channel},
+                {"frequencyHz", last.frequencyHz},
+                {"firstTime", time(first.measuredUs)},
+                {"lastTime", time(last.measuredUs)}};
+    }
+    [[nodiscard]] Json fix(const BearingGroup& group, std::size_t number) const
+    {
+        const Geo::Fix& fix = *group.fix();
+        Json properties = {{"type", "fix"}, {"fix", number}};
+        properties.update(about(group));
+        properties["bearings"] = fix.bearings;
+        properties["positions"] = fix.positions;
+        properties["outliers"] = fix.outliers;
+        properties.update(ellipse(fix));
+        properties["rmsErrorDeg"] = thousandths(fix.rmsErrorDeg);
+        properties["chi2PerDof"] = fix.chi2PerDof ? Json(thousandths(*fix.chi2PerDof)) : Json();
+        return feature(point(fix.position), std::move(properties));
+    }
+    [[nodiscard]] Json uncertainty(const BearingGroup& group, std::size_t number) const
+    {
+        const Geo::Fix& fix = *group.fix();
+        Json properties = {{"type", "uncertainty"}, {"fix", number}};
+        properties.update(about(group));
+        properties.update(ellipse(fix));
+        return feature(polygon(Geo::ellipseRings(fix.position, fix.ellipse)), std::move(properties));
+    }
+    static Json ellipse(const Geo::Fix& fix)
+    {
+        return {{"confidence", Geo::Confidence},
+                {"semiMajorM", centimetres(fix.ellipse.semiMajorM)},
+                {"semiMinorM", centimetres(fix.ellipse.semiMinorM)},
+                {"orientationDeg", thousandths(fix.ellipse.orientationDeg)}};
+    }
+    [[nodiscard]] std::vector<std::pair<const BearingGroup*, std::size_t>> inOrder() const
+    {
+        std::vector<std::pair<const BearingGroup*, std::size_t>> order(m_numbers.begin(), m_numbers.end());
+        std::sort(order.begin(), order.end(), [](const auto& a, const auto& b) { return a.second < b.second; });
+        return order;
+    }
+
+    const std::vector<TakenBearing>& m_bearings;
+    const std::vector<BearingGroup>& m_groups;
+    const GeoJsonSettings& m_settings;
+    std::vector<const BearingGroup*> m_fixOf;              // of each bearing, null without
+    std::map<const BearingGroup*, std::size_t> m_numbers;  // of the groups with a fix
+    std::vector<double> m_lengthM;                         // of each bearing's line
+};
+
+}  // namespace
+
+std::string geoJson(const Json& about, const TakenBearings& taken, const std::vector<BearingGroup>& groups,
+                    const GeoJsonSettings& settings)
+{
+    constexpr double UsPerSecond = 1e6;
+    const Collection collection(taken, groups, settings);
+    Json head = {{"type", "FeatureCollection"}};
+    head.update(about);
+    head["sigmaDeg"] = settings.fix.sigmaDeg;
+    head["windowSeconds"] = static_cast<double>(settings.windowUs) / UsPerSecond;
+    head["bearings"] = taken.bearings.size() + taken.withoutPosition;
+    head["lines"] = taken.bearings.size();
+    head["withoutPosition"] = taken.withoutPosition;
+    head["fixes"] = collection.fixes();
+    head["unfixed"] = collection.unfixed();
+    std::string text = dump(head, -1);
+    text.back() = ',';
+    text += "\n\"features\":[";
+    const char* separator = "\n";
+    for (const Json& feature : collection.features()) {
+        text += separator;
+        text += dump(feature, -1);
+        separator = ",\n";
+    }
+    text += "\n]}\n";
+    return text;
+}
+
+}  // namespace RecTool

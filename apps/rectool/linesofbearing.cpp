@@ -1,0 +1,174 @@
+#include "linesofbearing.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include <values/value.h>
+
+#include "bearingreplay.h"
+#include "carriedcells.h"
+#include "progress.h"
+#include "recordedvalues.h"
+#include "typenames.h"
+
+namespace RecTool {
+
+namespace Inspection = Recording2::Inspection;
+
+namespace {
+
+constexpr double FullCircleDeg = 360;
+
+/// A recorded number, as it is in force.
+class RecordedNumber {
+public:
+    RecordedNumber(const TypeNames& names, const char* keyword) : m_code(names.numberOf(keyword)) {}
+
+    void apply(const Inspection::Record& record)
+    {
+        if (m_code != record.code) {
+            return;
+        }
+        const auto* number = dynamic_cast<const values::ValueNumeric<double>*>(m_values.apply(record));
+        m_number = number != nullptr ? std::optional(number->GetValue()) : std::nullopt;
+    }
+    /// Nothing where none was recorded, and where the last record is no number.
+    [[nodiscard]] std::optional<double> get() const { return m_number; }
+
+private:
+    std::optional<std::int32_t> m_code;
+    RecordedValues m_values;
+    std::optional<double> m_number;
+};
+
+/// Nothing for what is no place on earth. 0, 0 is what values hold that nobody has set.
+std::optional<Geo::Position> positionOf(std::optional<double> latitudeDeg, std::optional<double> longitudeDeg)
+{
+    constexpr double HalfCircleDeg = 180;
+    constexpr double PoleDeg = 90;
+    if (!latitudeDeg || !longitudeDeg || (*latitudeDeg == 0 && *longitudeDeg == 0)) {
+        return std::nullopt;
+    }
+    // Written so that numbers that are none are no place.
+    const bool onEarth = std::abs(*latitudeDeg) <= PoleDeg && std::abs(*longitudeDeg) <= FullCircleDeg;
+    return onEarth ? std::optional(Geo::Position{*latitudeDeg, std::remainder(*longitudeDeg, 2 * HalfCircleDeg)})
+                   : std::nullopt;
+}
+
+class BearingTaker {
+public:
+    BearingTaker(const Inspection::Summary& summary, std::uint64_t fromMs)
+        : m_names(summary.types),
+          m_bearings(m_names.numberOf(DirectionFindingKeyword)),
+          m_latitude(m_names, "LOCATIONLATITUDE"),
+          m_longitude(m_names, "LOCATIONLONGITUDE"),
+          m_heading(m_names, "TRUEHEADING"),
+          m_startUs(summary.header.startMs * UsPerMs),
+          m_fromMs(fromMs)
+    {
+    }
+
+    void apply(const Inspection::Record& record)
+    {
+        m_latitude.apply(record);
+        m_longitude.apply(record);
+        m_heading.apply(record);
+        if (m_bearings != record.code) {
+            return;
+        }
+        m_changed.clear();
+        m_replay.apply(record);
+        if (!m_carried.read(record.data, m_replay.range())) {
+            return;
+        }
+        for (const std::size_t channel : measuredChannels()) {
+            if (record.timeMs >= m_fromMs) {
+                take(m_replay.channels()[channel].bearing, channel, record.timeMs);
+            }
+        }
+        m_timeStampUs = m_carried.timeStampUs();
+    }
+    [[nodiscard]] TakenBearings result()
+    {
+        m_taken.passedOver = m_replay.passedOver();
+        return std::move(m_taken);
+    }
+
+private:
+    static constexpr unsigned long long UsPerMs = 1000;
+
+    [[nodiscard]] std::vector<std::size_t> measuredChannels() const
+    {
+        std::vector<std::size_t> channels = m_changed;
+        const bool isNews = m_carried.timeStampUs() != m_timeStampUs;
+        const bool namesCells = !m_carried.all() || m_carried.channels().size() == 1;
+        if (isNews && namesCells) {
+            channels.insert(channels.end(), m_carried.channels().begin(), m_carried.channels().end());
+            std::sort(channels.begin(), channels.end());
+            channels.erase(std::unique(channels.begin(), channels.end()), channels.end());
+        }
+        return channels;
+    }
+    void take(const values::Bearing& bearing, std::size_t channel, std::uint64_t timeMs)
+    {
+        if (!std::isfinite(bearing.azimuthDeg)) {
+            return;
+        }
+        const std::optional<Geo::Position> position = positionOf(m_latitude.get(), m_longitude.get());
+        if (!position) {
+            ++m_taken.withoutPosition;
+            return;
+        }
+        TakenBearing taken;
+        taken.channel = channel;
+        taken.frequencyHz = m_replay.range().frequencyHz(channel);
+        taken.bearing = bearing;
+        taken.timeMs = timeMs;
+        taken.measuredUs = m_carried.timeStampUs() != 0 ? m_carried.timeStampUs() : m_startUs + timeMs * UsPerMs;
+        taken.headingDeg = m_heading.get();
+        if (taken.headingDeg && !std::isfinite(*taken.headingDeg)) {
+            taken.headingDeg.reset();
+        }
+        const double trueDeg = std::fmod(bearing.azimuthDeg + taken.headingDeg.value_or(0), FullCircleDeg);
+        taken.line = {*position, trueDeg < 0 ? trueDeg + FullCircleDeg : trueDeg};
+        m_taken.bearings.push_back(std::move(taken));
+    }
+
+    TypeNames m_names;
+    std::optional<std::int32_t> m_bearings;
+    RecordedNumber m_latitude;
+    RecordedNumber m_longitude;
+    RecordedNumber m_heading;
+    std::vector<std::size_t> m_changed;  // by the record being applied
+    BearingReplay m_replay{[this](const BearingChange& change) { m_changed.push_back(change.channel); }};
+    CarriedCells m_carried;
+    unsigned long long m_timeStampUs = 0;  // of the record before
+    unsigned long long m_startUs;
+    std::uint64_t m_fromMs;
+    TakenBearings m_taken;
+};
+
+}  // namespace
+
+TakenBearings takeBearings(const std::string& file, const Inspection::Summary& summary, std::uint64_t fromMs,
+                           std::uint64_t toMs)
+{
+    BearingTaker taker(summary, fromMs);
+    Progress progress(file);
+    std::vector<Inspection::Finding> findings = Inspection::walkRecords(
+        file, summary,
+        [&](const Inspection::Record& record) {
+            const bool timeIsKnown = record.timeMs != 0;
+            if (timeIsKnown && record.timeMs <= toMs) {
+                taker.apply(record);
+            }
+            return record.timeMs <= toMs;
+        },
+        progress.callback());
+    TakenBearings taken = taker.result();
+    taken.findings = std::move(findings);
+    return taken;
+}
+
+}  // namespace RecTool

@@ -1,0 +1,39 @@
+// The bearings of a recording with the place where they were taken and their true direction.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <recording2/inspection/inspection.h>
+#include <values/maps.h>
+
+#include "geo/position.h"
+
+namespace RecTool {
+
+struct TakenBearing {
+    std::size_t channel = 0;
+    double frequencyHz = 0;
+    values::Bearing bearing;            ///< as recorded, with an azimuth
+    std::uint64_t timeMs = 0;           ///< of the record
+    unsigned long long measuredUs = 0;  ///< since 1970 UTC: time stamp of the map, or the record's own time without one
+    std::optional<double> headingDeg;   ///< of the antenna's zero, if recorded
+    Geo::LineOfBearing line;            ///< from the position in force; the azimuth is true where there is a heading
+};
+
+struct TakenBearings {
+    std::vector<TakenBearing> bearings;  ///< in the order of the records
+    std::uint64_t withoutPosition = 0;   ///< bearings that are left out because nobody knows where they were taken
+    std::uint64_t passedOver = 0;        ///< DFSPECTRUM records that are no bearings
+    std::vector<Recording2::Inspection::Finding> findings;  ///< damage of the records
+};
+
+/// Walks a recording and takes the bearings of a span. A bearing is taken when a cell of the bearing map becomes
+/// another one, and when a record carries the cell once more, equal, under a new time stamp of the map. A record that
+/// carries all of several cells says nothing about those that stay the same.
+[[nodiscard]] TakenBearings takeBearings(const std::string& file, const Recording2::Inspection::Summary& summary,
+                                         std::uint64_t fromMs, std::uint64_t toMs);
+
+}  // namespace RecTool

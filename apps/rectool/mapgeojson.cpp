@@ -1,0 +1,98 @@
+#include "mapgeojson.h"
+
+#include <iostream>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include "geofixes.h"
+#include "geojson.h"
+#include "linesofbearing.h"
+#include "output.h"
+#include "text.h"
+#include "typenames.h"
+
+namespace RecTool {
+
+namespace Inspection = Recording2::Inspection;
+
+namespace {
+
+GeoJsonSettings settingsOf(const MapOptions& options)
+{
+    constexpr double UsPerSecond = 1e6;
+    constexpr double MPerKm = 1000;
+    GeoJsonSettings settings;
+    settings.fix.sigmaDeg = options.sigmaDeg;
+    settings.windowUs = static_cast<unsigned long long>(options.windowSeconds * UsPerSecond);
+    settings.lengthM = options.lengthKm * MPerKm;
+    return settings;
+}
+
+Json about(const MapOptions& options, std::uint64_t fromMs, std::uint64_t toMs)
+{
+    return {{"file", options.file},
+            {"fromMs", options.from.empty() ? Json() : Json(fromMs)},
+            {"toMs", options.to.empty() ? Json() : Json(toMs)}};
+}
+
+/// Measurements cannot be repeated: no recording is ever overwritten, neither this one nor another.
+bool isRecording(const std::string& path)
+{
+    const Inspection::Readability readability = Inspection::inspect(path).readability;
+    return readability == Inspection::Readability::Ok || readability == Inspection::Readability::OldFormat ||
+           readability == Inspection::Readability::NeverClosed;
+}
+
+/// The file is there with the whole text, or as it was.
+ExitCode save(const std::string& path, const std::string& text)
+{
+    QSaveFile file(QFile::decodeName(path.c_str()));
+    const bool written = file.open(QIODevice::WriteOnly) &&
+                         file.write(text.data(), static_cast<qint64>(text.size())) == static_cast<qint64>(text.size());
+    if (!written || !file.commit()) {
+        complain(path, "It cannot be written: " + file.errorString().toStdString() + ".");
+        return ExitCode::CannotRead;
+    }
+    return ExitCode::Fine;
+}
+
+void complainOfBearings(const std::string& file, const TakenBearings& taken)
+{
+    if (taken.withoutPosition > 0) {
+        complain(file, grouped(taken.withoutPosition) + " of " +
+                           grouped(taken.bearings.size() + taken.withoutPosition) +
+                           " bearings are left out: where they were taken is not recorded.");
+    }
+    complain(file, taken.findings);
+    if (taken.passedOver > 0) {
+        complain(file, std::to_string(taken.passedOver) + " " + DirectionFindingKeyword +
+                           " records are no bearings and were passed over.");
+    }
+}
+
+}  // namespace
+
+ExitCode mapGeoJson(const MapOptions& options, const Inspection::Summary& summary, std::uint64_t fromMs,
+                    std::uint64_t toMs)
+{
+    if (!options.output.empty() && isRecording(options.output)) {
+        complain(options.output, "It is a recording and not overwritten.");
+        return ExitCode::Usage;
+    }
+    TakenBearings taken = takeBearings(options.file, summary, fromMs, toMs);
+    taken.findings.insert(taken.findings.begin(), summary.findings.begin(), summary.findings.end());
+    const GeoJsonSettings settings = settingsOf(options);
+    const std::vector<BearingGroup> groups = findFixes(taken.bearings, settings.fix, settings.windowUs);
+    const std::string text = geoJson(about(options, fromMs, toMs), taken, groups, settings);
+    if (options.output.empty()) {
+        std::cout << text;
+    } else if (const ExitCode saved = save(options.output, text); saved != ExitCode::Fine) {
+        return saved;
+    }
+    complainOfBearings(options.file, taken);
+    return finish(taken.passedOver > 0 ? ExitCode::Damaged : soundness(taken.findings));
+}
+
+}  // namespace RecTool
