@@ -8,6 +8,7 @@
 
 #include <QDateTime>
 
+#include "geo/geodesic.h"
 #include "geo/shapes.h"
 
 namespace RecTool {
@@ -114,9 +115,9 @@ Reason reasonOf(NoFix noFix)
         case NoFix::OnePosition:
             return {"one-position", "All bearings were taken at one position."};
         case NoFix::NoCrossing:
-            return {"no-crossing", "No two lines cross in front of their positions."};
+            return {"no-crossing", "No two lines cross in front of their positions, within 1000 km."};
         case NoFix::TooFar:
-            return {"too-far", "The lines meet only far away."};
+            return {"too-far", "The most likely position is more than 1000 km away."};
         case NoFix::Undetermined:
             return {"undetermined",
                     "The lines cross at too flat an angle: the distance is as uncertain as it is long."};

@@ -9,6 +9,8 @@
 #include <GeographicLib/Geodesic.hpp>
 #include <GeographicLib/Math.hpp>
 
+#include "geodesic.h"
+
 namespace RecTool::Geo {
 
 namespace {
@@ -29,13 +31,6 @@ const Geodesic& earth()
 double turnDeg(double fromDeg, double toDeg)
 {
     return GeographicLib::Math::AngDiff(fromDeg, toDeg);
-}
-
-Position goFrom(const Position& position, double azimuthDeg, double metres)
-{
-    Position end;
-    earth().Direct(position.latitudeDeg, position.longitudeDeg, azimuthDeg, metres, end.latitudeDeg, end.longitudeDeg);
-    return end;
 }
 
 double square(double value)
@@ -114,7 +109,6 @@ Normal normalAt(const Position& transmitter, const std::vector<LineOfBearing>& b
         const Sight seen = sight(bearing, transmitter);
         const double weighted = precision * weight(seen.errorDeg, sigmaDeg);
         sum.loss += loss(seen.errorDeg, sigmaDeg);
-        sum.chi2 += weighted * square(seen.errorDeg);
         sum.ee += weighted * seen.eastDeg * seen.eastDeg;
         sum.en += weighted * seen.eastDeg * seen.northDeg;
         sum.nn += weighted * seen.northDeg * seen.northDeg;
@@ -147,7 +141,7 @@ Step solve(const Normal& normal, double damping)
 
 Position moved(const Position& position, const Step& step)
 {
-    return goFrom(position, std::atan2(step.eastM, step.northM) * DegPerRad, step.lengthM());
+    return endOf({position, std::atan2(step.eastM, step.northM) * DegPerRad}, step.lengthM());
 }
 
 /// The place of least loss near a start.
@@ -240,7 +234,7 @@ std::optional<Position> crossing(const LineOfBearing& one, const LineOfBearing& 
     const double distance = std::atan2(std::sin(base) * std::sin(b),
                                        std::cos(base) * std::cos(a) * std::sin(b) + std::sin(a) * std::cos(b));
     const bool inFront = distance > 0 && distance * EarthRadiusM <= farthestM;
-    return inFront ? std::optional(goFrom(one.from, one.azimuthDeg, distance * EarthRadiusM)) : std::nullopt;
+    return inFront ? std::optional(endOf(one, distance * EarthRadiusM)) : std::nullopt;
 }
 
 /// One line for each of at most so many positions, evenly taken: the mean of the bearings taken there.
@@ -356,19 +350,14 @@ std::variant<Fix, NoFix> estimateFix(const std::vector<LineOfBearing>& bearings,
     fix.outliers = normal.outliers;
     fix.rmsErrorDeg = std::sqrt(normal.squaresDeg2 / static_cast<double>(bearings.size()));
     if (bearings.size() > Unknowns) {
-        fix.chi2PerDof = normal.chi2 / static_cast<double>(bearings.size() - Unknowns);
+        // Outliers count in full: bearings that do not agree must show.
+        fix.chi2PerDof =
+            normal.squaresDeg2 / square(settings.sigmaDeg) / static_cast<double>(bearings.size() - Unknowns);
     }
     fix.ellipse = ellipseOf(normal, std::max(1.0, fix.chi2PerDof.value_or(1)));
     // Written so that an ellipse that is no number is none.
     const bool determined = fix.ellipse.semiMajorM <= normal.farthestM;
     return determined ? std::variant<Fix, NoFix>(fix) : NoFix::Undetermined;
-}
-
-double distanceM(const Position& from, const Position& to)
-{
-    double metres = 0;
-    earth().Inverse(from.latitudeDeg, from.longitudeDeg, to.latitudeDeg, to.longitudeDeg, metres);
-    return metres;
 }
 
 }  // namespace RecTool::Geo

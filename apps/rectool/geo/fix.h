@@ -52,7 +52,4 @@ enum class NoFix : std::uint8_t {
 [[nodiscard]] std::variant<Fix, NoFix> estimateFix(const std::vector<LineOfBearing>& bearings,
                                                    const FixSettings& settings);
 
-/// Metres along the geodesic.
-[[nodiscard]] double distanceM(const Position& from, const Position& to);
-
 }  // namespace RecTool::Geo

@@ -9,6 +9,8 @@
 #include <GeographicLib/GeodesicLine.hpp>
 #include <GeographicLib/Math.hpp>
 
+#include "geodesic.h"
+
 namespace RecTool::Geo {
 
 namespace {
@@ -144,14 +146,6 @@ std::vector<Path> cutRing(Path ring)
 }
 
 }  // namespace
-
-Position endOf(const LineOfBearing& line, double lengthM)
-{
-    Position end;
-    Geodesic::WGS84().Direct(line.from.latitudeDeg, line.from.longitudeDeg, line.azimuthDeg, lengthM, end.latitudeDeg,
-                             end.longitudeDeg);
-    return end;
-}
 
 std::vector<Path> linePaths(const LineOfBearing& line, double lengthM)
 {

@@ -10,9 +10,6 @@ namespace RecTool::Geo {
 /// Longitudes are -180 to 180 and never jump within a path.
 using Path = std::vector<Position>;
 
-/// The end of a line.
-[[nodiscard]] Position endOf(const LineOfBearing& line, double lengthM);
-
 /// The geodesic, with so many points between its ends that it is one also where points are joined by straight lines.
 /// One part, or two and more where it passes the antimeridian.
 [[nodiscard]] std::vector<Path> linePaths(const LineOfBearing& line, double lengthM);

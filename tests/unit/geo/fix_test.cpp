@@ -1,0 +1,328 @@
+#include "geo/fix.h"
+
+#include <cmath>
+#include <numbers>
+#include <random>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "geo/geodesic.h"
+
+namespace RecTool::Geo {
+
+// For messages of tests.
+void PrintTo(NoFix noFix, std::ostream* out)
+{
+    *out << "NoFix " << static_cast<int>(noFix);
+}
+
+namespace {
+
+using testing::DoubleNear;
+using testing::Optional;
+
+constexpr double RadPerDeg = std::numbers::pi / 180;
+
+const Fix& fixOf(const std::variant<Fix, NoFix>& result)
+{
+    static const Fix none;
+    const Fix* fix = std::get_if<Fix>(&result);
+    EXPECT_NE(fix, nullptr) << testing::PrintToString(std::get<NoFix>(result));
+    return fix != nullptr ? *fix : none;
+}
+
+NoFix noFixOf(const std::variant<Fix, NoFix>& result)
+{
+    return std::get<NoFix>(result);
+}
+
+Position offset(const Position& origin, double eastM, double northM)
+{
+    return endOf({origin, std::atan2(eastM, northM) / RadPerDeg}, std::hypot(eastM, northM));
+}
+
+/// True bearings of a transmitter.
+std::vector<LineOfBearing> bearingsTo(const Position& transmitter, const std::vector<Position>& stations)
+{
+    std::vector<LineOfBearing> bearings;
+    for (const Position& station : stations) {
+        bearings.push_back({station, azimuthDeg(station, transmitter)});
+    }
+    return bearings;
+}
+
+void expectExactFix(const Position& transmitter, const std::vector<Position>& stations)
+{
+    const auto result = estimateFix(bearingsTo(transmitter, stations), {});
+    const Fix& fix = fixOf(result);
+    EXPECT_LT(distanceM(fix.position, transmitter), 0.01);
+    EXPECT_LT(fix.rmsErrorDeg, 1e-5);
+    EXPECT_EQ(fix.bearings, stations.size());
+    EXPECT_EQ(fix.positions, stations.size());
+    EXPECT_EQ(fix.outliers, 0U);
+}
+
+/// Whether the ellipse holds a position.
+bool holds(const Fix& fix, const Position& position)
+{
+    const double metres = distanceM(fix.position, position);
+    const double angle = (azimuthDeg(fix.position, position) - fix.ellipse.orientationDeg) * RadPerDeg;
+    return std::hypot(metres * std::cos(angle) / fix.ellipse.semiMajorM,
+                      metres * std::sin(angle) / fix.ellipse.semiMinorM) <= 1;
+}
+
+/// Gaussian numbers that are the same everywhere: those of the standard library differ between libraries.
+class Noise {
+public:
+    explicit Noise(std::uint64_t seed) : m_generator(seed) {}
+    double operator()() { return std::sqrt(-2 * std::log(uniform())) * std::cos(2 * std::numbers::pi * uniform()); }
+
+private:
+    double uniform()
+    {
+        constexpr double Steps = 9007199254740992.0;  // 2^53
+        return (static_cast<double>(m_generator() >> 11U) + 0.5) / Steps;
+    }
+    std::mt19937_64 m_generator;
+};
+
+struct Coverage {
+    double held = 0;   // share of the fixes whose ellipse holds the transmitter
+    double fixed = 0;  // share of the trials that gave a fix
+};
+
+Coverage coverage(const Position& transmitter, const std::vector<Position>& stations, double noiseDeg,
+                  const FixSettings& settings, int trials)
+{
+    Noise noise(1);
+    int held = 0;
+    int fixed = 0;
+    for (int trial = 0; trial < trials; ++trial) {
+        std::vector<LineOfBearing> bearings = bearingsTo(transmitter, stations);
+        for (LineOfBearing& bearing : bearings) {
+            bearing.azimuthDeg += noiseDeg * noise();
+        }
+        const auto result = estimateFix(bearings, settings);
+        if (const Fix* fix = std::get_if<Fix>(&result)) {
+            ++fixed;
+            held += holds(*fix, transmitter) ? 1 : 0;
+        }
+    }
+    return {static_cast<double>(held) / fixed, static_cast<double>(fixed) / trials};
+}
+
+const Position Origin{49.45, 11.08};
+
+TEST(Fix, ExactBearingsMeetAtTheTransmitter)
+{
+    const Position transmitter = offset(Origin, 2'400, 2'900);
+    expectExactFix(transmitter, {Origin, offset(Origin, 900, 0)});
+    expectExactFix(transmitter, {Origin, offset(Origin, 900, 0), offset(Origin, 900, 1'400), offset(Origin, 0, 1'400)});
+}
+
+TEST(Fix, TheTransmitterMayStandAmongThePositions)
+{
+    expectExactFix(Origin, {offset(Origin, 800, 10), offset(Origin, -400, 600), offset(Origin, -300, -700)});
+}
+
+TEST(Fix, ItHoldsOnEveryPartOfTheEarth)
+{
+    for (const Position& transmitter :
+         {Position{-33.9, 18.4}, Position{-17, 179.99}, Position{-17, -179.99}, Position{0, 0}, Position{71, 180},
+          Position{89.99, 30}, Position{-89.99, -120}}) {
+        SCOPED_TRACE(transmitter.latitudeDeg);
+        expectExactFix(transmitter, {offset(transmitter, 5'000, 200), offset(transmitter, -3'000, 4'000),
+                                     offset(transmitter, 1'000, -6'000)});
+    }
+}
+
+TEST(Fix, ItIsExactOverHundredsOfKilometres)
+{
+    const Position transmitter{55, 30};
+    expectExactFix(transmitter, {{50, 25}, {52, 38}, {60, 28}});
+    expectExactFix(transmitter, {{50, 25}, {52, 38}});
+}
+
+// The plane triangle above a base of 1 km, without any geodesic: radii of curvature of the ellipsoid at 45 degrees.
+TEST(Fix, TwoBearingsCrossWhereThePlaneTriangleSays)
+{
+    constexpr double MeridianM = 6'367'381.8;
+    constexpr double NormalM = 6'388'838.3;
+    constexpr double Latitude = 45;
+    const double metresEast = NormalM * std::cos(Latitude * RadPerDeg) * RadPerDeg;
+    const double metresNorth = MeridianM * RadPerDeg;
+    const Position west{Latitude, 7};
+    const Position east{Latitude, 7 + 1'000 / metresEast};
+    for (const double angle : {30.0, 45.0, 70.0}) {
+        SCOPED_TRACE(angle);
+        const auto result = estimateFix({{west, angle}, {east, -angle}}, {.sigmaDeg = 1});
+        const Fix& fix = fixOf(result);
+        const double height = 500 / std::tan(angle * RadPerDeg);
+        EXPECT_NEAR((fix.position.longitudeDeg - 7) * metresEast, 500, 0.2);
+        EXPECT_NEAR((fix.position.latitudeDeg - Latitude) * metresNorth, height, 0.2);
+        // Each line is uncertain across by its length; the crossing angle is twice the angle.
+        const double across = 500 / std::sin(angle * RadPerDeg) * RadPerDeg;
+        const double quantile = 2.4477;
+        const double north = quantile * across / std::sqrt(2) / std::sin(angle * RadPerDeg);
+        const double eastward = quantile * across / std::sqrt(2) / std::cos(angle * RadPerDeg);
+        EXPECT_NEAR(fix.ellipse.semiMajorM, std::max(north, eastward), 0.1);
+        EXPECT_NEAR(fix.ellipse.semiMinorM, std::min(north, eastward), 0.1);
+        if (angle != 45) {
+            EXPECT_NEAR(std::remainder(fix.ellipse.orientationDeg - (angle < 45 ? 0 : 90), 180), 0, 0.1);
+        }
+        EXPECT_EQ(fix.chi2PerDof, std::nullopt);
+    }
+}
+
+TEST(Fix, TheMajorAxisPointsAlongTheLinesOfAFarTransmitter)
+{
+    const Position transmitter = offset(Origin, 3'000, 3'000);
+    const auto result =
+        estimateFix(bearingsTo(transmitter, {offset(Origin, -500, 500), offset(Origin, 500, -500)}), {.sigmaDeg = 1});
+    EXPECT_NEAR(fixOf(result).ellipse.orientationDeg, 45, 0.5);
+}
+
+TEST(Fix, TheEllipseHoldsTheTransmitterAsOftenAsItSays)
+{
+    const Coverage two =
+        coverage(offset(Origin, 300, 800), {Origin, offset(Origin, 1'000, 0)}, 3, {.sigmaDeg = 3}, 2'000);
+    EXPECT_EQ(two.fixed, 1);
+    EXPECT_NEAR(two.held, Confidence, 0.02);
+    // Of more than two bearings the ellipse may be enlarged, never reduced.
+    std::vector<Position> many;
+    for (int i = 0; i < 12; ++i) {
+        many.push_back(offset(Origin, 100 * i, 20 * i * i));
+    }
+    const Coverage twelve = coverage(offset(Origin, -1'500, 2'500), many, 3, {.sigmaDeg = 3}, 500);
+    EXPECT_EQ(twelve.fixed, 1);
+    EXPECT_GT(twelve.held, Confidence - 0.02);
+    EXPECT_LT(twelve.held, 0.995);
+}
+
+TEST(Fix, BearingsThatAreWorseThanAssumedEnlargeTheEllipse)
+{
+    std::vector<Position> stations;
+    for (int i = 0; i < 20; ++i) {
+        stations.push_back(offset(Origin, 80 * i, 4 * i * i));
+    }
+    const Position transmitter = offset(Origin, 500, 2'500);
+    const Coverage worse = coverage(transmitter, stations, 6, {.sigmaDeg = 2}, 200);
+    EXPECT_GT(worse.held, Confidence - 0.04);
+    std::vector<LineOfBearing> bearings = bearingsTo(transmitter, stations);
+    Noise noise(2);
+    for (LineOfBearing& bearing : bearings) {
+        bearing.azimuthDeg += 4 * noise();
+    }
+    const auto coarse = estimateFix(bearings, {.sigmaDeg = 2});
+    const auto right = estimateFix(bearings, {.sigmaDeg = 4});
+    EXPECT_THAT(fixOf(coarse).chi2PerDof, Optional(testing::Gt(2.0)));
+    EXPECT_THAT(fixOf(right).chi2PerDof, Optional(DoubleNear(1, 0.6)));
+    EXPECT_NEAR(fixOf(coarse).ellipse.semiMajorM, fixOf(right).ellipse.semiMajorM,
+                0.3 * fixOf(right).ellipse.semiMajorM);
+}
+
+TEST(Fix, BetterBearingsThanAssumedDoNotMakeItSmaller)
+{
+    const std::vector<Position> stations = {Origin, offset(Origin, 1'000, 0), offset(Origin, 0, 1'000)};
+    const Position transmitter = offset(Origin, 1'500, 1'500);
+    const auto three = estimateFix(bearingsTo(transmitter, stations), {.sigmaDeg = 3});
+    const auto one = estimateFix(bearingsTo(transmitter, stations), {.sigmaDeg = 1});
+    EXPECT_NEAR(fixOf(three).ellipse.semiMajorM, 3 * fixOf(one).ellipse.semiMajorM, 0.01);
+    EXPECT_LT(*fixOf(three).chi2PerDof, 1e-6);
+}
+
+TEST(Fix, AReflectionDoesNotCarryItAway)
+{
+    std::vector<Position> stations;
+    for (int i = 0; i < 12; ++i) {
+        stations.push_back(offset(Origin, 100 * i, 20 * i * i));
+    }
+    const Position transmitter = offset(Origin, -1'500, 2'500);
+    std::vector<LineOfBearing> bearings = bearingsTo(transmitter, stations);
+    bearings[5].azimuthDeg += 70;
+    const auto result = estimateFix(bearings, {.sigmaDeg = 3});
+    const Fix& fix = fixOf(result);
+    EXPECT_EQ(fix.outliers, 1U);
+    EXPECT_TRUE(holds(fix, transmitter));
+    EXPECT_LT(distanceM(fix.position, transmitter), 200);
+    EXPECT_NEAR(fix.rmsErrorDeg, 70 / std::sqrt(12), 2);
+}
+
+TEST(Fix, ManyBearingsOfOnePositionAndOneOfAnotherMakeAFix)
+{
+    const Position transmitter = offset(Origin, 700, 1'000);
+    std::vector<Position> stations(500, Origin);
+    stations.push_back(offset(Origin, 1'500, 0));
+    const auto result = estimateFix(bearingsTo(transmitter, stations), {});
+    EXPECT_LT(distanceM(fixOf(result).position, transmitter), 0.01);
+    EXPECT_EQ(fixOf(result).bearings, 501U);
+    EXPECT_EQ(fixOf(result).positions, 2U);
+}
+
+TEST(NoFix, WithoutTwoPositionsThereIsNone)
+{
+    EXPECT_EQ(noFixOf(estimateFix({}, {})), NoFix::OnePosition);
+    EXPECT_EQ(noFixOf(estimateFix({{Origin, 10}}, {})), NoFix::OnePosition);
+    EXPECT_EQ(noFixOf(estimateFix({{Origin, 10}, {Origin, 80}, {Origin, 200}}, {})), NoFix::OnePosition);
+    const Position twoMetresOn = offset(Origin, 2, 0);
+    EXPECT_EQ(noFixOf(estimateFix({{Origin, 10}, {twoMetresOn, 350}}, {})), NoFix::OnePosition);
+}
+
+TEST(NoFix, ParallelAndDivergingLinesDoNotCross)
+{
+    const Position east = offset(Origin, 1'000, 0);
+    EXPECT_EQ(noFixOf(estimateFix({{Origin, 0}, {east, 0}}, {})), NoFix::NoCrossing);
+    EXPECT_EQ(noFixOf(estimateFix({{Origin, 350}, {east, 10}}, {})), NoFix::NoCrossing);
+    EXPECT_EQ(noFixOf(estimateFix({{Origin, 20}, {east, 200}}, {})), NoFix::NoCrossing);
+}
+
+TEST(NoFix, LinesThatCrossBehindOnePositionDoNotCross)
+{
+    const Position east = offset(Origin, 1'000, 0);
+    EXPECT_EQ(noFixOf(estimateFix({{Origin, 45}, {east, 135}}, {})), NoFix::NoCrossing);
+    EXPECT_EQ(noFixOf(estimateFix({{Origin, 225}, {east, 315}}, {})), NoFix::NoCrossing);
+}
+
+TEST(NoFix, TheBaseLineItselfIsNoCrossing)
+{
+    const Position east = offset(Origin, 1'000, 0);
+    const double forth = azimuthDeg(Origin, east);
+    const double back = azimuthDeg(east, Origin);
+    for (const auto& [one, other] : {std::pair(forth, forth), std::pair(forth, back), std::pair(back, back)}) {
+        const auto result = estimateFix({{Origin, one}, {east, other}}, {});
+        EXPECT_EQ(std::get_if<Fix>(&result), nullptr);
+    }
+}
+
+TEST(NoFix, AFlatCrossingDoesNotTellTheDistance)
+{
+    const Position east = offset(Origin, 1'000, 0);
+    EXPECT_EQ(noFixOf(estimateFix({{Origin, 1}, {east, 359}}, {.sigmaDeg = 3})), NoFix::Undetermined);
+    // The same lines of a better direction finder do.
+    const auto better = estimateFix({{Origin, 1}, {east, 359}}, {.sigmaDeg = 0.1});
+    EXPECT_NEAR(distanceM(Origin, fixOf(better).position), 28'600, 200);
+}
+
+TEST(NoFix, ACrossingFartherThanAllowedIsNone)
+{
+    const Position transmitter = offset(Origin, 500, 8'000);
+    const std::vector<LineOfBearing> bearings = bearingsTo(transmitter, {Origin, offset(Origin, 1'000, 0)});
+    EXPECT_LT(distanceM(fixOf(estimateFix(bearings, {.sigmaDeg = 0.5})).position, transmitter), 0.1);
+    EXPECT_EQ(noFixOf(estimateFix(bearings, {.sigmaDeg = 0.5, .farthestM = 5'000})), NoFix::NoCrossing);
+}
+
+TEST(NoFix, ABearingThatPointsAwayContradictsAFewOthers)
+{
+    std::vector<LineOfBearing> bearings = {{offset(Origin, 500, 1'000), 0},
+                                           {Origin, 45},
+                                           {offset(Origin, 1'000, 0), 315},
+                                           {offset(Origin, -500, 500), 90},
+                                           {offset(Origin, 1'500, 500), 270}};
+    EXPECT_EQ(noFixOf(estimateFix(bearings, {})), NoFix::Contradictory);
+    bearings[0].azimuthDeg = 180;
+    EXPECT_LT(distanceM(fixOf(estimateFix(bearings, {})).position, offset(Origin, 500, 500)), 1);
+}
+
+}  // namespace
+}  // namespace RecTool::Geo
