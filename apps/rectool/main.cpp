@@ -159,6 +159,18 @@ void addState(CLI::App& app, Action& action)
         "  rectool state recording.rec --at \"2023-11-14 22:13:21 UTC\" --json");
 }
 
+/// Unlike the parser's own check, refuses "nan".
+CLI::Validator within(double least, double most)
+{
+    const std::string range = "[" + CLI::detail::to_string(least) + " - " + CLI::detail::to_string(most) + "]";
+    return {[=](const std::string& text) {
+                double value = 0;
+                const bool fits = CLI::detail::lexical_cast(text, value) && value >= least && value <= most;
+                return fits ? std::string() : "expected a number in " + range + ", found " + text;
+            },
+            ""};
+}
+
 void addGeoJson(CLI::App& app, RecTool::MapOptions& options)
 {
     const std::map<std::string, double> units = {{"s", 1}, {"min", 60}, {"h", 3600}};
@@ -171,18 +183,18 @@ void addGeoJson(CLI::App& app, RecTool::MapOptions& options)
     app.add_option("--length", options.lengthKm,
                    "With --geojson: kilometres of the lines (default: beyond the fixes, or 10)")
         ->type_name("KM")
-        ->check(CLI::Range(0.001, 20'000.0))
+        ->check(within(0.001, 20'000))
         ->needs(geoJson);
     app.add_option("--sigma", options.sigmaDeg, "With --geojson: standard deviation of a bearing in degrees")
         ->type_name("DEG")
-        ->check(CLI::Range(0.001, 45.0))
+        ->check(within(0.001, 45))
         ->capture_default_str()
         ->needs(geoJson);
     app.add_option("--window", options.windowSeconds,
                    "With --geojson: bearings of one fix come within this time, such as 30s, 10min, 2h (default: 10min)")
         ->type_name("DURATION")
         ->transform(CLI::AsNumberWithUnit(units, CLI::AsNumberWithUnit::CASE_INSENSITIVE))
-        ->check(CLI::Range(0.001, 1e9))
+        ->check(within(0.001, 1e9))
         ->needs(geoJson);
 }
 

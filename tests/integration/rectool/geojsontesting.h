@@ -1,0 +1,43 @@
+// What the tests of "rectool map --geojson" share.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <QString>
+#include <QStringList>
+#include <nlohmann/json.hpp>
+
+struct ProgramResult {
+    int exitCode = -1;
+    std::string out;
+    std::string err;
+};
+
+[[nodiscard]] ProgramResult runProgram(const QString& program, const QStringList& arguments);
+/// Runs recstation, which must record one file for the direction finder. @return that file
+[[nodiscard]] QString recorded(const QString& folder, const QStringList& source);
+/// Runs rectool map FILE --geojson.
+[[nodiscard]] ProgramResult geoJson(const QString& file, const QStringList& more = {});
+/// The same, which must give a document; its geometry is checked against what RFC 7946 asks for.
+[[nodiscard]] nlohmann::json geoJsonDocument(const QString& file, const QStringList& more = {});
+/// The features of a type ("bearing") in their order.
+[[nodiscard]] std::vector<nlohmann::json> featuresOf(const nlohmann::json& document, const std::string& type);
+
+/// Types of records.
+constexpr std::int32_t DfSpectrum = 20;
+constexpr std::int32_t Latitude = 25;
+constexpr std::int32_t Longitude = 26;
+constexpr std::int32_t Heading = 41;
+
+struct PlainRecord {
+    std::uint64_t timeMs;
+    std::int32_t code;
+    std::string text;
+};
+
+/// The text of a number.
+[[nodiscard]] std::string numberText(double value);
+/// Writes a recording that begins at 2023-11-14 22:13:20 UTC.
+void writePlainRecording(const QString& path, const std::vector<PlainRecord>& records);
