@@ -146,17 +146,18 @@ public:
         }
         chooseLengths();
     }
-    [[nodiscard]] std::vector<Json> features() const
+    void forEachFeature(const std::function<void(const Json&)>& visit) const
     {
-        std::vector<Json> all = stations();
+        visitStations(visit);
         for (std::size_t i = 0; i < m_bearings.size(); ++i) {
-            all.push_back(bearing(i));
+            visit(bearing(i));
         }
-        for (const auto& [group, number] : inOrder()) {
-            all.push_back(fix(*group, number));
-            all.push_back(uncertainty(*group, number));
+        for (const BearingGroup& group : m_groups) {
+            if (group.fix() != nullptr) {
+                visit(fix(group, m_numbers.at(&group)));
+                visit(uncertainty(group, m_numbers.at(&group)));
+            }
         }
-        return all;
     }
     [[nodiscard]] std::size_t fixes() const { return m_numbers.size(); }
     [[nodiscard]] Json unfixed() const
@@ -200,7 +201,7 @@ private:
             m_lengthM[i] = m_fixOf[i] != nullptr ? m_lengthM[i] : usualM;
         }
     }
-    [[nodiscard]] std::vector<Json> stations() const
+    void visitStations(const std::function<void(const Json&)>& visit) const
     {
         struct Use {
             std::size_t first;
@@ -220,7 +221,6 @@ private:
             }
             here.back().last = i;
         }
-        std::vector<Json> features;
         for (const Position& position : positions) {
             Json times = Json::array();
             std::size_t count = 0;
@@ -230,10 +230,8 @@ private:
                                  {"bearings", use.last - use.first + 1}});
                 count += use.last - use.first + 1;
             }
-            features.push_back(
-                feature(point(position), {{"type", "station"}, {"bearings", count}, {"used", std::move(times)}}));
+            visit(feature(point(position), {{"type", "station"}, {"bearings", count}, {"used", std::move(times)}}));
         }
-        return features;
     }
     [[nodiscard]] Json bearing(std::size_t i) const
     {
@@ -291,12 +289,6 @@ private:
                 {"semiMinorM", centimetres(fix.ellipse.semiMinorM)},
                 {"orientationDeg", thousandths(fix.ellipse.orientationDeg)}};
     }
-    [[nodiscard]] std::vector<std::pair<const BearingGroup*, std::size_t>> inOrder() const
-    {
-        std::vector<std::pair<const BearingGroup*, std::size_t>> order(m_numbers.begin(), m_numbers.end());
-        std::sort(order.begin(), order.end(), [](const auto& a, const auto& b) { return a.second < b.second; });
-        return order;
-    }
 
     const std::vector<TakenBearing>& m_bearings;
     const std::vector<BearingGroup>& m_groups;
@@ -308,8 +300,8 @@ private:
 
 }  // namespace
 
-std::string geoJson(const Json& about, const TakenBearings& taken, const std::vector<BearingGroup>& groups,
-                    const GeoJsonSettings& settings)
+void writeGeoJson(const Json& about, const TakenBearings& taken, const std::vector<BearingGroup>& groups,
+                  const GeoJsonSettings& settings, const TextSink& write)
 {
     constexpr double UsPerSecond = 1e6;
     const Collection collection(taken, groups, settings);
@@ -323,16 +315,14 @@ std::string geoJson(const Json& about, const TakenBearings& taken, const std::ve
     head["fixes"] = collection.fixes();
     head["unfixed"] = collection.unfixed();
     std::string text = dump(head, -1);
-    text.back() = ',';
-    text += "\n\"features\":[";
+    text.back() = ',';  // the object goes on
+    write(text + "\n\"features\":[");
     const char* separator = "\n";
-    for (const Json& feature : collection.features()) {
-        text += separator;
-        text += dump(feature, -1);
+    collection.forEachFeature([&](const Json& feature) {
+        write(separator + dump(feature, -1));
         separator = ",\n";
-    }
-    text += "\n]}\n";
-    return text;
+    });
+    write("\n]}\n");
 }
 
 }  // namespace RecTool

@@ -1,6 +1,7 @@
 // Bearings and fixes as GeoJSON (RFC 7946); doc/rectool.md describes what the features carry.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,9 +17,12 @@ struct GeoJsonSettings {
     double lengthM = 0;  ///< of the lines; 0: chosen
 };
 
-/// A feature collection, one feature a line.
+/// Takes a piece of text.
+using TextSink = std::function<void(const std::string&)>;
+
+/// Writes a feature collection, one feature a line, piece by piece: there may be millions of bearings.
 /// @param about further members of the collection, an object
-[[nodiscard]] std::string geoJson(const Json& about, const TakenBearings& taken,
-                                  const std::vector<BearingGroup>& groups, const GeoJsonSettings& settings);
+void writeGeoJson(const Json& about, const TakenBearings& taken, const std::vector<BearingGroup>& groups,
+                  const GeoJsonSettings& settings, const TextSink& write);
 
 }  // namespace RecTool

@@ -1,9 +1,10 @@
 #include "mapgeojson.h"
 
+#include <functional>
 #include <iostream>
+#include <vector>
 
 #include <QFile>
-#include <QFileInfo>
 #include <QSaveFile>
 
 #include "geofixes.h"
@@ -45,13 +46,18 @@ bool isRecording(const std::string& path)
            readability == Inspection::Readability::NeverClosed;
 }
 
-/// The file is there with the whole text, or as it was.
-ExitCode save(const std::string& path, const std::string& text)
+/// Lets something write to a file, which is there with the whole text then, or as it was.
+ExitCode save(const std::string& path, const std::function<void(const TextSink&)>& produce)
 {
     QSaveFile file(QFile::decodeName(path.c_str()));
-    const bool written = file.open(QIODevice::WriteOnly) &&
-                         file.write(text.data(), static_cast<qint64>(text.size())) == static_cast<qint64>(text.size());
-    if (!written || !file.commit()) {
+    bool good = file.open(QIODevice::WriteOnly);
+    if (good) {
+        produce([&](const std::string& text) {
+            const auto size = static_cast<qint64>(text.size());
+            good = good && file.write(text.data(), size) == size;
+        });
+    }
+    if (!good || !file.commit()) {
         complain(path, "It cannot be written: " + file.errorString().toStdString() + ".");
         return ExitCode::CannotRead;
     }
@@ -85,10 +91,12 @@ ExitCode mapGeoJson(const MapOptions& options, const Inspection::Summary& summar
     taken.findings.insert(taken.findings.begin(), summary.findings.begin(), summary.findings.end());
     const GeoJsonSettings settings = settingsOf(options);
     const std::vector<BearingGroup> groups = findFixes(taken.bearings, settings.fix, settings.windowUs);
-    const std::string text = geoJson(about(options, fromMs, toMs), taken, groups, settings);
+    const auto produce = [&](const TextSink& write) {
+        writeGeoJson(about(options, fromMs, toMs), taken, groups, settings, write);
+    };
     if (options.output.empty()) {
-        std::cout << text;
-    } else if (const ExitCode saved = save(options.output, text); saved != ExitCode::Fine) {
+        produce([](const std::string& text) { std::cout << text; });
+    } else if (const ExitCode saved = save(options.output, produce); saved != ExitCode::Fine) {
         return saved;
     }
     complainOfBearings(options.file, taken);
