@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 
 #include "geofixes.h"
@@ -38,12 +39,23 @@ Json about(const MapOptions& options, std::uint64_t fromMs, std::uint64_t toMs)
             {"toMs", options.to.empty() ? Json() : Json(toMs)}};
 }
 
-/// Measurements cannot be repeated: no recording is ever overwritten, neither this one nor another.
-bool isRecording(const std::string& path)
+/// Whether a file may be replaced. Measurements cannot be repeated: no recording is, neither this one nor another; nor
+/// is what is more than a file, a device say. @return false, told
+bool mayReplace(const std::string& path)
 {
+    const QFileInfo info(QFile::decodeName(path.c_str()));
+    if (info.exists() && !info.isFile()) {
+        complain(path, "It is no ordinary file and not replaced.");
+        return false;
+    }
     const Inspection::Readability readability = Inspection::inspect(path).readability;
-    return readability == Inspection::Readability::Ok || readability == Inspection::Readability::OldFormat ||
-           readability == Inspection::Readability::NeverClosed;
+    const bool isRecording = readability == Inspection::Readability::Ok ||
+                             readability == Inspection::Readability::OldFormat ||
+                             readability == Inspection::Readability::NeverClosed;
+    if (isRecording) {
+        complain(path, "It is a recording and not overwritten.");
+    }
+    return !isRecording;
 }
 
 /// Lets something write to a file, which is there with the whole text then, or as it was.
@@ -83,8 +95,7 @@ void complainOfBearings(const std::string& file, const TakenBearings& taken)
 ExitCode mapGeoJson(const MapOptions& options, const Inspection::Summary& summary, std::uint64_t fromMs,
                     std::uint64_t toMs)
 {
-    if (!options.output.empty() && isRecording(options.output)) {
-        complain(options.output, "It is a recording and not overwritten.");
+    if (!options.output.empty() && !mayReplace(options.output)) {
         return ExitCode::Usage;
     }
     TakenBearings taken = takeBearings(options.file, summary, fromMs, toMs);
@@ -95,7 +106,10 @@ ExitCode mapGeoJson(const MapOptions& options, const Inspection::Summary& summar
         writeGeoJson(about(options, fromMs, toMs), taken, groups, settings, write);
     };
     if (options.output.empty()) {
-        produce([](const std::string& text) { std::cout << text; });
+        produce([](const std::string& text) {
+            std::cout << text;
+            static_cast<void>(canPrint());  // notes why not
+        });
     } else if (const ExitCode saved = save(options.output, produce); saved != ExitCode::Fine) {
         return saved;
     }

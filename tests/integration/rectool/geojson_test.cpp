@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include "geojsontesting.h"
@@ -373,12 +374,39 @@ TEST_F(GeoJson, NoRecordingIsOverwritten)
     }
 }
 
+TEST_F(GeoJson, WhatIsNoOrdinaryFileIsNotReplaced)
+{
+    QStringList outputs = {folder()};
+#if !defined(_WIN32)
+    ASSERT_EQ(runProgram("mkfifo", {folderFile("pipe")}).exitCode, 0);
+    outputs += folderFile("pipe");
+#endif
+    for (const QString& out : outputs) {
+        const ProgramResult result = geoJson(withPosition({}), {"-o", out});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_THAT(result.err, HasSubstr("It is no ordinary file and not replaced."));
+        EXPECT_FALSE(QFileInfo(out).isFile());
+    }
+}
+
 TEST_F(GeoJson, AFileThatCannotBeWrittenIsTold)
 {
     const ProgramResult result = geoJson(withPosition({}), {"-o", folderFile("missing/out.geojson")});
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_THAT(result.err, HasSubstr("missing/out.geojson: It cannot be written: "));
 }
+
+#if defined(__linux__)
+TEST_F(GeoJson, AFullDiskIsTold)
+{
+    const QString file = withPosition(std::vector<PlainRecord>(
+        {{100, DfSpectrum, "7;1700000000100000|51;1,90/"}, {200, DfSpectrum, "7;1700000000200000|51;1,91/"}}));
+    const ProgramResult result =
+        runProgram("sh", {"-c", QStringLiteral("%1 map %2 --geojson > /dev/full").arg(RECTOOL, file)});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_THAT(result.err, HasSubstr("the output could not be written: No space left on device"));
+}
+#endif
 
 TEST_F(GeoJson, RecordsThatAreNoBearingsArePassedOver)
 {
