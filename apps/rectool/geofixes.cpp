@@ -12,12 +12,14 @@ std::vector<BearingGroup> findFixes(const std::vector<TakenBearing>& bearings, c
 {
     constexpr double PerHz = 1000;  // frequencies are the same to 0.001 Hz, whatever range they were computed from
     std::vector<Geo::Sighting> sightings;
+    sightings.reserve(bearings.size());
     for (const TakenBearing& bearing : bearings) {
         sightings.push_back({std::llround(bearing.frequencyHz * PerHz), bearing.measuredUs});
     }
     std::vector<BearingGroup> groups;
     for (std::vector<std::size_t>& numbers : Geo::groupSightings(sightings, windowUs)) {
         std::vector<Geo::LineOfBearing> lines;
+        lines.reserve(numbers.size());
         for (const std::size_t number : numbers) {
             lines.push_back(bearings[number].line);
         }

@@ -132,7 +132,7 @@ private:
         }
         const double trueDeg = std::fmod(bearing.azimuthDeg + taken.headingDeg.value_or(0), FullCircleDeg);
         taken.line = {*position, trueDeg < 0 ? trueDeg + FullCircleDeg : trueDeg};
-        m_taken.bearings.push_back(std::move(taken));
+        m_taken.bearings.push_back(taken);
     }
 
     TypeNames m_names;
