@@ -121,6 +121,8 @@ Reason reasonOf(NoFix noFix)
         case NoFix::Undetermined:
             return {"undetermined",
                     "The lines cross at too flat an angle: the distance is as uncertain as it is long."};
+        case NoFix::AtPosition:
+            return {"at-position", "The lines meet where one of them begins, and there a bearing says nothing."};
         case NoFix::Contradictory:
             return {"contradictory", "Too many bearings point away from where the others meet."};
         case NoFix::NotConverged:

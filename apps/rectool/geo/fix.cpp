@@ -20,7 +20,8 @@ using GeographicLib::Geodesic;
 constexpr double DegPerRad = 180 / std::numbers::pi;
 constexpr double HalfCircleDeg = 180;
 constexpr double EarthRadiusM = 6'371'000;
-constexpr double HuberLimit = 2.5;  // standard deviations
+constexpr double NoDirectionM = 1e-3;  // nearer to a position than this there is no direction to speak of
+constexpr double HuberLimit = 2.5;     // standard deviations
 
 const Geodesic& earth()
 {
@@ -46,16 +47,16 @@ struct Sight {
     double distanceM = 0;  // to the transmitter
 };
 
-Sight sight(const LineOfBearing& bearing, const Position& transmitter)
+/// @param leastM nearer than this the azimuth does not turn faster
+Sight sight(const LineOfBearing& bearing, const Position& transmitter, double leastM)
 {
-    constexpr double LeastM = 1e-3;  // at the position itself there is no direction
     double expectedDeg = 0;
     double arrivalDeg = 0;
     double reducedM = 0;  // sideways metres at the transmitter for each radian at the position
     Sight seen;
     earth().Inverse(bearing.from.latitudeDeg, bearing.from.longitudeDeg, transmitter.latitudeDeg,
                     transmitter.longitudeDeg, seen.distanceM, expectedDeg, arrivalDeg, reducedM);
-    const double degPerM = DegPerRad / std::max(reducedM, LeastM);
+    const double degPerM = DegPerRad / std::max(reducedM, leastM);
     seen.errorDeg = turnDeg(expectedDeg, bearing.azimuthDeg);
     seen.eastDeg = std::cos(arrivalDeg / DegPerRad) * degPerM;
     seen.northDeg = -std::sin(arrivalDeg / DegPerRad) * degPerM;
@@ -80,7 +81,7 @@ double lossAt(const Position& transmitter, const std::vector<LineOfBearing>& bea
 {
     double sum = 0;
     for (const LineOfBearing& bearing : bearings) {
-        sum += loss(sight(bearing, transmitter).errorDeg, sigmaDeg);
+        sum += loss(sight(bearing, transmitter, NoDirectionM).errorDeg, sigmaDeg);
     }
     return sum;
 }
@@ -99,14 +100,15 @@ struct Normal {
     double farthestM = 0;
     std::size_t outliers = 0;
     std::size_t pointingAway = 0;
+    std::size_t atPosition = 0;  // taken where the transmitter is assumed
 };
 
-Normal normalAt(const Position& transmitter, const std::vector<LineOfBearing>& bearings, double sigmaDeg)
+Normal normalAt(const Position& transmitter, const std::vector<LineOfBearing>& bearings, double sigmaDeg, double leastM)
 {
     Normal sum;
     const double precision = 1 / square(sigmaDeg);
     for (const LineOfBearing& bearing : bearings) {
-        const Sight seen = sight(bearing, transmitter);
+        const Sight seen = sight(bearing, transmitter, leastM);
         const double weighted = precision * weight(seen.errorDeg, sigmaDeg);
         sum.loss += loss(seen.errorDeg, sigmaDeg);
         sum.ee += weighted * seen.eastDeg * seen.eastDeg;
@@ -119,6 +121,7 @@ Normal normalAt(const Position& transmitter, const std::vector<LineOfBearing>& b
         sum.farthestM = std::max(sum.farthestM, seen.distanceM);
         sum.outliers += std::abs(seen.errorDeg) > HuberLimit * sigmaDeg ? 1U : 0U;
         sum.pointingAway += std::abs(seen.errorDeg) > HalfCircleDeg / 2 ? 1U : 0U;
+        sum.atPosition += seen.distanceM < LeastBaseM ? 1U : 0U;
     }
     return sum;
 }
@@ -148,7 +151,10 @@ Position moved(const Position& position, const Step& step)
 class Search {
 public:
     Search(const std::vector<LineOfBearing>& bearings, const FixSettings& settings, const Position& start)
-        : m_bearings(bearings), m_settings(settings), m_place(start), m_normal(normalAt(start, bearings, sigma()))
+        : m_bearings(bearings),
+          m_settings(settings),
+          m_place(start),
+          m_normal(normalAt(start, bearings, sigma(), NoDirectionM))
     {
     }
 
@@ -173,7 +179,6 @@ public:
         return NoFix::NotConverged;
     }
     [[nodiscard]] const Position& place() const { return m_place; }
-    [[nodiscard]] const Normal& normal() const { return m_normal; }
 
 private:
     [[nodiscard]] double sigma() const { return m_settings.sigmaDeg; }
@@ -196,7 +201,7 @@ private:
         constexpr double Change = 10;
         constexpr double Least = 1e-9;
         const Position next = moved(m_place, step);
-        const Normal normal = normalAt(next, m_bearings, sigma());
+        const Normal normal = normalAt(next, m_bearings, sigma(), NoDirectionM);
         if (normal.loss <= m_normal.loss) {
             m_place = next;
             m_normal = normal;
@@ -327,7 +332,7 @@ std::size_t countPositions(const std::vector<LineOfBearing>& bearings)
 std::variant<Fix, NoFix> estimateFix(const std::vector<LineOfBearing>& bearings, const FixSettings& settings)
 {
     constexpr std::size_t Unknowns = 2;
-    constexpr std::size_t MostAway = 10;  // one in so many may point away
+    constexpr std::size_t MostOdd = 10;  // one bearing in so many may be
     if (fromOnePosition(bearings)) {
         return NoFix::OnePosition;
     }
@@ -339,8 +344,12 @@ std::variant<Fix, NoFix> estimateFix(const std::vector<LineOfBearing>& bearings,
     if (const std::optional<NoFix> failure = search.run()) {
         return *failure;
     }
-    const Normal& normal = search.normal();
-    if (normal.pointingAway * MostAway > bearings.size()) {
+    // Where the position is as good as that of a bearing, the bearing tells no more than from the least base.
+    const Normal normal = normalAt(search.place(), bearings, settings.sigmaDeg, LeastBaseM);
+    if (normal.atPosition * MostOdd > bearings.size()) {
+        return NoFix::AtPosition;
+    }
+    if (normal.pointingAway * MostOdd > bearings.size()) {
         return NoFix::Contradictory;
     }
     Fix fix;

@@ -44,6 +44,7 @@ enum class NoFix : std::uint8_t {
     NoCrossing,     ///< no two lines cross in front of both positions: they diverge or run parallel
     TooFar,         ///< the lines meet only far away
     Undetermined,   ///< the lines cross at so flat an angle that the distance is as uncertain as it is long
+    AtPosition,     ///< the lines meet where one of them begins; there a bearing can say nothing
     Contradictory,  ///< too many bearings point away from where the others meet
     NotConverged,   ///< the search came to no end
 };

@@ -260,6 +260,31 @@ TEST(Fix, ManyBearingsOfOnePositionAndOneOfAnotherMakeAFix)
     EXPECT_EQ(fixOf(result).positions, 2U);
 }
 
+TEST(Fix, WhateverTheBearingsTheAnswerIsSound)
+{
+    std::mt19937_64 generator(1);
+    const auto upTo = [&](double most) { return most * static_cast<double>(generator() >> 11U) / 9007199254740992.0; };
+    int fixes = 0;
+    for (int trial = 0; trial < 400; ++trial) {
+        const Position centre{upTo(180) - 90, upTo(360) - 180};
+        const double sizeM = std::pow(10, 1 + upTo(5));
+        std::vector<LineOfBearing> bearings;
+        for (int i = 0; i < 2 + trial % 12; ++i) {
+            bearings.push_back({endOf({centre, upTo(360)}, upTo(sizeM)), upTo(360)});
+        }
+        const auto result = estimateFix(bearings, {});
+        if (const Fix* fix = std::get_if<Fix>(&result)) {
+            ++fixes;
+            EXPECT_LE(std::abs(fix->position.latitudeDeg), 90);
+            EXPECT_LE(std::abs(fix->position.longitudeDeg), 180);
+            EXPECT_GT(fix->ellipse.semiMinorM, 0);
+            EXPECT_GE(fix->ellipse.semiMajorM, fix->ellipse.semiMinorM);
+            EXPECT_LT(fix->ellipse.semiMajorM, 2'000e3);
+        }
+    }
+    EXPECT_GT(fixes, 20);
+}
+
 TEST(NoFix, WithoutTwoPositionsThereIsNone)
 {
     EXPECT_EQ(noFixOf(estimateFix({}, {})), NoFix::OnePosition);
@@ -310,6 +335,32 @@ TEST(NoFix, ACrossingFartherThanAllowedIsNone)
     const std::vector<LineOfBearing> bearings = bearingsTo(transmitter, {Origin, offset(Origin, 1'000, 0)});
     EXPECT_LT(distanceM(fixOf(estimateFix(bearings, {.sigmaDeg = 0.5})).position, transmitter), 0.1);
     EXPECT_EQ(noFixOf(estimateFix(bearings, {.sigmaDeg = 0.5, .farthestM = 5'000})), NoFix::NoCrossing);
+}
+
+TEST(NoFix, LinesThatMeetAtAPositionDoNotFixATransmitterThere)
+{
+    const Position east = offset(Origin, 1'000, 0);
+    const Position north = offset(Origin, 0, 1'000);
+    EXPECT_EQ(
+        noFixOf(estimateFix({{Origin, 200}, {east, azimuthDeg(east, Origin)}, {north, azimuthDeg(north, Origin)}}, {})),
+        NoFix::AtPosition);
+}
+
+TEST(Fix, OneWhoDrivesPastTheTransmitterFixesIt)
+{
+    std::vector<Position> stations;
+    for (int i = -20; i <= 20; ++i) {
+        stations.push_back(offset(Origin, 50 * i, 2 * i * i));
+    }
+    const Position transmitter = offset(Origin, 2, 1);
+    Noise noise(3);
+    std::vector<LineOfBearing> bearings = bearingsTo(transmitter, stations);
+    for (LineOfBearing& bearing : bearings) {
+        bearing.azimuthDeg += 3 * noise();
+    }
+    const auto result = estimateFix(bearings, {.sigmaDeg = 3});
+    EXPECT_TRUE(holds(fixOf(result), transmitter));
+    EXPECT_LT(fixOf(result).ellipse.semiMajorM, 60);
 }
 
 TEST(NoFix, ABearingThatPointsAwayContradictsAFewOthers)
