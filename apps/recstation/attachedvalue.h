@@ -36,6 +36,18 @@ inline void setNumber(const QString& path, double number)
     setValue<values::ValueNumeric<double>>(path, number);
 }
 
+/// A device's name as the recorder can make it a part of file names, which must not have separators and end at a dot.
+[[nodiscard]] inline QString forFileNames(QString name)
+{
+    static const QString kept = QStringLiteral(" -_");
+    for (QChar& c : name) {
+        if (!c.isLetterOrNumber() && !kept.contains(c)) {
+            c = QLatin1Char('_');
+        }
+    }
+    return name;
+}
+
 inline void setText(const QString& path, const QString& text)
 {
     setValue<values::Value<QString>>(path, text);

@@ -22,6 +22,8 @@ Examples:
   receiver-driver | recstation -o recordings feed   the same, live
   recstation -o recordings iq capture.cu8 --rate 2000000 --centre 1090e6
   recstation -o recordings bearings log.csv         a direction finder's log
+  recstation -o recordings sweep night.csv          spectra as rtl_power and hackrf_sweep write them
+  recstation -o recordings sweep night.csv nmea drive.log    the same with positions, merged by time
   recstation --config station.toml --record receiver sim --seed 7
 
 Exit codes: 0 all is well, 1 wrong arguments, 2 nothing could be recorded or the run broke off,
@@ -149,8 +151,14 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
     const CLI::App* simCommand = addSim(app, sim);
     const CLI::App* feedCommand = addFeed(app, feed);
     BearingsOptions bearings;
+    SweepOptions sweep;
+    CLI::App* sweepCommand = app.add_subcommand("sweep", "Spectra of a sweeping receiver as CSV");
+    addSweepOptions(*sweepCommand, sweep);
     CLI::App* bearingsCommand = app.add_subcommand("bearings", "A direction finder's log as CSV");
     addBearingsOptions(*bearingsCommand, bearings);
+    NmeaOptions nmea;
+    CLI::App* nmeaCommand = app.add_subcommand("nmea", "Position, heading and attitude from NMEA 0183");
+    addNmeaOptions(*nmeaCommand, nmea);
 #if defined(RECSTATION_HAS_IQ)
     IqOptions iq;
     CLI::App* iqCommand = app.add_subcommand("iq", "IQ samples from a file");
@@ -164,8 +172,14 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
     if (*feedCommand) {
         options.feed = feed;
     }
+    if (*sweepCommand) {
+        options.sweep = sweep;
+    }
     if (*bearingsCommand) {
         options.bearings = bearings;
+    }
+    if (*nmeaCommand) {
+        options.nmea = nmea;
     }
 #if defined(RECSTATION_HAS_IQ)
     if (*iqCommand) {

@@ -6,7 +6,9 @@
 #include <vector>
 
 #include "bearings/bearingssource.h"
+#include "nmea/nmeasource.h"
 #include "options.h"
+#include "sweep/sweepsource.h"
 #if defined(RECSTATION_HAS_IQ)
 #include "iq/iqsource.h"
 #endif
@@ -27,7 +29,9 @@ struct Options {
     // The sources to run; the simulator when none is named.
     std::optional<SimOptions> sim;
     std::optional<FeedOptions> feed;
+    std::optional<SweepOptions> sweep;
     std::optional<BearingsOptions> bearings;
+    std::optional<NmeaOptions> nmea;
 #if defined(RECSTATION_HAS_IQ)
     std::optional<IqOptions> iq;
 #endif

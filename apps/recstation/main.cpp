@@ -25,12 +25,13 @@ std::vector<std::string> argumentsInUtf8()
     return arguments;
 }
 
-bool writeSummary(const recstation::Summary& summary, bool json, recstation::Messages& messages)
+bool writeSummary(const recstation::Summary& summary, const recstation::Options& options,
+                  recstation::Messages& messages)
 {
-    for (const QString& remark : summary.remarks()) {
+    for (const QString& remark : summary.remarks(!options.quiet)) {
         messages.message(remark);
     }
-    const std::string text = json ? summary.json() : summary.fileLines().toStdString();
+    const std::string text = options.json ? summary.json() : summary.fileLines().toStdString();
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
         messages.message(QStringLiteral("cannot write the summary to the standard output"));
         return false;
@@ -39,12 +40,12 @@ bool writeSummary(const recstation::Summary& summary, bool json, recstation::Mes
 }
 
 // A run that did not even begin, told to machines in the shape of every other.
-ExitCode reportFailure(const std::exception& error, bool json, recstation::Messages& messages)
+ExitCode reportFailure(const std::exception& error, const recstation::Options& options, recstation::Messages& messages)
 {
-    if (json) {
+    if (options.json) {
         recstation::Summary summary;
         summary.failure = QString::fromUtf8(error.what());
-        writeSummary(summary, true, messages);
+        writeSummary(summary, options, messages);
     } else {
         messages.message(QString::fromUtf8(error.what()));
     }
@@ -57,10 +58,10 @@ ExitCode runProgram(const recstation::Options& options)
     try {
         recstation::Station station(options, messages);
         const recstation::Summary summary = station.run();
-        const bool written = writeSummary(summary, options.json, messages);
+        const bool written = writeSummary(summary, options, messages);
         return written || summary.exitCode() != ExitCode::Success ? summary.exitCode() : ExitCode::Incomplete;
     } catch (const std::exception& error) {
-        return reportFailure(error, options.json, messages);
+        return reportFailure(error, options, messages);
     }
 }
 

@@ -74,6 +74,7 @@ Recorder::Recorder(const Plugin& plugin, const Instance& instance, const QString
     if (!output.isEmpty()) {
         m_directory->SetValue(QFileInfo(output).absoluteFilePath());
     }
+    m_observer = dynamic_cast<IObserver*>(m_plugged.get());
     values::ValuePtr<values::Value<bool>> directionFinding;
     directionFinding.Attach(instance.statusValuePath + QStringLiteral("/REC_DF"));
     directionFinding->SetValue(instance.directionFinding);
@@ -101,6 +102,14 @@ void Recorder::switchOff()
 {
     if (isOn()) {
         m_status->Select(QStringLiteral("Off"));
+    }
+}
+
+void Recorder::tellTime(unsigned long long time)
+{
+    if (m_observer != nullptr && isOn()) {
+        m_time.SetCells(0, {}, time);
+        m_observer->Update(static_cast<values::ValueBase*>(&m_time), TChangeCode::ValueChanged);
     }
 }
 

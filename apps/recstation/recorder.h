@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <values/maps.h>
 #include <values/selection.h>
 #include <values/tree.h>
 
@@ -32,6 +33,10 @@ public:
     void switchOn();
     void switchOff();  ///< closes the recording, if one runs
 
+    /// The recorder files plain values under the time of the spectrum or bearing before them, as on a station where
+    /// one device measures all. Where several sources run, the time of each step is told to it.
+    void tellTime(unsigned long long time);
+
     /// Makes sure that every recording opened since the last call is on the disk.
     /// @throws std::runtime_error that says why one could not be created
     void checkNewFiles();
@@ -46,6 +51,9 @@ private:
     values::ValuePtr<values::Value<QString>> m_directory;
     FileNameWatch m_files;
     int m_checkedFiles = 0;
+    IObserver* m_observer = nullptr;  // the recorder; null if it cannot be told
+    // In no tree; a change of it is no record, but its time counts.
+    values::FastValueMap<float, values::levelHandler> m_time;
 };
 
 /// Makes sure that a file can be written in the directory.

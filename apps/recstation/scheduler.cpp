@@ -5,7 +5,7 @@
 
 namespace recstation {
 
-Scheduler::Scheduler(SimulatedClock& clock) : m_clock(clock)
+Scheduler::Scheduler(SimulatedClock& clock, BeforeStep beforeStep) : m_clock(clock), m_beforeStep(std::move(beforeStep))
 {
 }
 
@@ -53,9 +53,35 @@ void Scheduler::step()
         return;
     }
     Due& due = m_due[*source];
-    m_clock.set(std::max(*due.time, m_clock.CurrentTime()));
+    const unsigned long long time = *due.time;
     due = {};
-    m_sources[*source]->step();
+    stepAt(time, *m_sources[*source]);
+}
+
+void Scheduler::stepAt(unsigned long long time, Source& source)
+{
+    m_clock.set(std::max(time, m_clock.CurrentTime()));
+    if (m_beforeStep) {
+        m_beforeStep(m_clock.CurrentTime());
+    }
+    source.step();
+}
+
+// Source by source: what waited has no order among them that anybody could rely on.
+std::optional<unsigned long long> Scheduler::unfinishedTime()
+{
+    for (std::size_t i = 0; i < m_sources.size() && !m_unfinishedTime; ++i) {
+        m_unfinished = m_sources[i].get();
+        m_unfinishedTime = m_unfinished->unfinishedTime();
+    }
+    return m_unfinishedTime ? std::optional(std::max(*m_unfinishedTime, m_clock.CurrentTime())) : std::nullopt;
+}
+
+void Scheduler::stepUnfinished()
+{
+    if (unfinishedTime()) {
+        stepAt(*std::exchange(m_unfinishedTime, std::nullopt), *m_unfinished);
+    }
 }
 
 }  // namespace recstation

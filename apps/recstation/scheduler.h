@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -14,7 +15,10 @@ namespace recstation {
 /// Sources that are due at the same time step in the order they were added.
 class Scheduler {
 public:
-    explicit Scheduler(SimulatedClock& clock);
+    /// Told before every step what time the clock shows.
+    using BeforeStep = std::function<void(unsigned long long time)>;
+
+    explicit Scheduler(SimulatedClock& clock, BeforeStep beforeStep = {});
 
     void add(std::unique_ptr<Source> source);
     void prepare();  ///< prepares every source in order
@@ -24,6 +28,9 @@ public:
     [[nodiscard]] std::optional<unsigned long long> nextTime();
     /// Sets the clock to nextTime and lets the source that is due make its changes.
     void step();
+    /// After the process was asked to stop: the same with what a source has read but was waiting for more input.
+    [[nodiscard]] std::optional<unsigned long long> unfinishedTime();
+    void stepUnfinished();
 
     [[nodiscard]] const std::vector<std::unique_ptr<Source>>& sources() const { return m_sources; }
 
@@ -35,9 +42,14 @@ private:
 
     [[nodiscard]] std::optional<std::size_t> earliest();
 
+    void stepAt(unsigned long long time, Source& source);
+
     SimulatedClock& m_clock;
+    BeforeStep m_beforeStep;
     std::vector<std::unique_ptr<Source>> m_sources;
     std::vector<Due> m_due;  // one per source; asked anew only after the source stepped
+    Source* m_unfinished = nullptr;
+    std::optional<unsigned long long> m_unfinishedTime;
 };
 
 }  // namespace recstation

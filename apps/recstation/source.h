@@ -6,6 +6,7 @@
 #include <string>
 
 #include <QString>
+#include <QStringList>
 
 namespace recstation {
 
@@ -14,6 +15,7 @@ struct SourceReport {
     std::uint64_t used = 0;     ///< lines, frames or steps that became changes
     std::uint64_t skipped = 0;  ///< understood and rightly left out
     std::uint64_t bad = 0;      ///< not understood; every one was reported
+    bool lines = false;         ///< they are lines of an input
 };
 
 /// Driven by one scheduler: prepare once, then nextTime and step in turn. All errors are std::runtime_error (also
@@ -33,6 +35,11 @@ public:
     [[nodiscard]] virtual std::optional<unsigned long long> nextTime() = 0;
     /// Makes the changes that are due at nextTime. The scheduler has set the station's clock to that time.
     virtual void step() = 0;
+    /// After the process was asked to stop: when the next of what was read, but waited for more input, was measured.
+    /// The step behind it shows that. Nothing when there is no more.
+    [[nodiscard]] virtual std::optional<unsigned long long> unfinishedTime() { return std::nullopt; }
+    /// Paths of the spectra that only one source of a run can show.
+    [[nodiscard]] virtual QStringList spectra() const { return {}; }
     [[nodiscard]] virtual SourceReport report() const = 0;
 };
 

@@ -12,7 +12,9 @@
 
 #include "bearings/bearingssource.h"
 #include "feed/feedsource.h"
+#include "nmea/nmeasource.h"
 #include "sim/simsource.h"
+#include "sweep/sweepsource.h"
 #include "system/hostsystem.h"
 
 namespace recstation {
@@ -28,15 +30,13 @@ Configuration loadConfiguration(const Options& options)
                                  QStringLiteral("the built-in configuration"));
 }
 
-#if defined(RECSTATION_HAS_IQ)
-// The instance that samples belong to: the first that is no direction finder.
+// The instance that spectra belong to: the first that is no direction finder.
 const Instance& receiverOf(const Configuration& configuration)
 {
     const auto found = std::find_if(configuration.instances.begin(), configuration.instances.end(),
                                     [](const Instance& instance) { return !instance.directionFinding; });
     return found == configuration.instances.end() ? configuration.instances.front() : *found;
 }
-#endif
 
 // The instance that a log of bearings belongs to: the first direction finder. Where there is none, one is made of the
 // first instance.
@@ -49,14 +49,58 @@ const Instance& finderOf(Configuration& configuration)
     return finder;
 }
 
-// Whether a source measures what recorders of a receiver write.
+bool findsDirections(const Options& options)
+{
+    return options.sim || options.bearings;
+}
+
+// Whether a source measures what recorders of a receiver write. Positions go with whatever is recorded; alone, they are
+// recorded there.
 bool hasReceiver(const Options& options)
 {
-    bool receives = options.sim.has_value();
+    bool receives = options.sim || options.sweep;
 #if defined(RECSTATION_HAS_IQ)
     receives = receives || options.iq.has_value();
 #endif
-    return receives;
+    return receives || (options.nmea && !findsDirections(options));
+}
+
+// Standard input has one reader.
+void requireOneInput(const Options& options)
+{
+    std::vector<std::string> readers;
+    const auto note = [&readers](const char* name, const auto& source) {
+        if (source && source->file == "-") {
+            readers.emplace_back(name);
+        }
+    };
+#if defined(RECSTATION_HAS_IQ)
+    note("iq", options.iq);
+#endif
+    note("sweep", options.sweep);
+    note("bearings", options.bearings);
+    note("nmea", options.nmea);
+    note("feed", options.feed);
+    if (readers.size() > 1) {
+        throw std::runtime_error(readers[0] + " and " + readers[1] +
+                                 " cannot both read the standard input: name a file for one of them");
+    }
+}
+
+// Two sources would tear each other's spectrum down with every change.
+void requireOwnSpectra(const std::vector<std::unique_ptr<Source>>& sources)
+{
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            for (const QString& path : sources[i]->spectra()) {
+                if (sources[j]->spectra().contains(path)) {
+                    throw std::runtime_error(sources[j]->name().toStdString() + " and " +
+                                             sources[i]->name().toStdString() + " both show the spectrum " +
+                                             path.toStdString() + ": run them one after the other");
+                }
+            }
+        }
+    }
 }
 
 std::int64_t bytesOnDisk(const QString& temporaryPath)
@@ -81,7 +125,7 @@ Station::Station(const Options& options, Messages& messages)
     : m_messages(messages),
       m_plugin(QString::fromStdString(options.plugin)),
       m_configuration(loadConfiguration(options)),
-      m_scheduler(m_clock),
+      m_scheduler(m_clock, [this](unsigned long long time) { beforeStep(time); }),
       m_runner(m_scheduler, options.speed, {[this] { afterStep(); }, [] { return StopSignal::requested(); }})
 {
     if (options.trace) {
@@ -90,7 +134,9 @@ Station::Station(const Options& options, Messages& messages)
     for (const QString& warning : m_configuration.warnings) {
         m_messages.message(QStringLiteral("warning: ") + warning);
     }
+    requireOneInput(options);
     addSources(options);
+    requireOwnSpectra(m_scheduler.sources());
     m_scheduler.prepare();
     addRecorders(options);
     m_toStart = recordersToStart(options);
@@ -109,11 +155,24 @@ void Station::addSources(const Options& options)
             iq, [this](const QString& sentence) { m_messages.message(QStringLiteral("iq: ") + sentence); }));
     }
 #endif
+    if (options.sweep) {
+        SweepOptions sweep = *options.sweep;
+        sweep.valuePath = receiverOf(m_configuration).valuePath;
+        m_scheduler.add(makeSweepSource(sweep, [this](const QString& sentence) { m_messages.message(sentence); }));
+    }
     if (options.bearings) {
         BearingsOptions bearings = *options.bearings;
         bearings.valuePath = finderOf(m_configuration).valuePath;
         m_scheduler.add(
             makeBearingsSource(bearings, [this](const QString& sentence) { m_messages.message(sentence); }));
+    }
+    // Behind the bearings, whose heading is only the first.
+    if (options.nmea) {
+        NmeaOptions nmea = *options.nmea;
+        // Other sources name their devices themselves.
+        nmea.valuePath =
+            m_scheduler.sources().empty() && !options.feed ? receiverOf(m_configuration).valuePath : QString();
+        m_scheduler.add(makeNmeaSource(nmea, [this](const QString& sentence) { m_messages.message(sentence); }));
     }
     if (options.feed) {
         FeedHost host;
@@ -146,9 +205,8 @@ std::vector<Recorder*> Station::recordersToStart(const Options& options) const
     if (!chosen.empty() || onlyFeed) {
         return chosen;
     }
-    const bool findsDirections = options.sim || options.bearings;
     for (std::size_t i = 0; i < m_recorders.size(); ++i) {
-        if (m_configuration.instances[i].directionFinding ? findsDirections : hasReceiver(options)) {
+        if (m_configuration.instances[i].directionFinding ? findsDirections(options) : hasReceiver(options)) {
             chosen.push_back(m_recorders[i].get());
         }
     }
@@ -200,7 +258,11 @@ void Station::record()
 {
     m_sinceSpaceCheck.start();
     if (!m_toStart.empty()) {
-        m_clock.set(m_scheduler.nextTime().value_or(m_clock.CurrentTime()));
+        auto first = m_scheduler.nextTime();
+        if (!first && StopSignal::requested()) {
+            first = m_scheduler.unfinishedTime();
+        }
+        m_clock.set(first.value_or(m_clock.CurrentTime()));
         m_firstTime = m_clock.CurrentTime();
     }
     for (Recorder* recorder : m_toStart) {
@@ -208,6 +270,19 @@ void Station::record()
     }
     m_counter.follow(m_tree);
     m_runner.run();
+    while (StopSignal::requested() && m_scheduler.unfinishedTime()) {
+        m_scheduler.stepUnfinished();
+        afterStep();
+    }
+}
+
+void Station::beforeStep(unsigned long long time)
+{
+    if (m_scheduler.sources().size() > 1) {
+        for (const auto& recorder : m_recorders) {
+            recorder->tellTime(time);
+        }
+    }
 }
 
 void Station::afterStep()

@@ -42,6 +42,7 @@ private:
     [[nodiscard]] Recorder* findRecorder(const QString& name) const;
     bool switchRecorder(const QString& name, bool on);
     void record();
+    void beforeStep(unsigned long long time);
     void afterStep();
     void closeRecordings(Summary& summary);
     [[nodiscard]] ProgressNumbers progressNumbers() const;

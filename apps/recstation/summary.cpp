@@ -99,11 +99,11 @@ QString Summary::fileLines() const
     return lines;
 }
 
-QStringList Summary::remarks() const
+QStringList Summary::remarks(bool counts) const
 {
     QStringList sentences;
     for (const SourceResult& source : sources) {
-        if (source.report.bad > 0) {
+        if (source.report.bad > 0 || (counts && source.report.lines)) {
             sentences += QStringLiteral("%1: %2 used, %3 skipped, %4 bad")
                              .arg(source.name)
                              .arg(source.report.used)

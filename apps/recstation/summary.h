@@ -35,7 +35,8 @@ struct Summary {
     /// The files, one line each, for the standard output.
     [[nodiscard]] QString fileLines() const;
     /// What went wrong and what the sources counted, one sentence each, for the standard error output.
-    [[nodiscard]] QStringList remarks() const;
+    /// @param counts tell of every source how many lines it used, not only of those with bad ones
+    [[nodiscard]] QStringList remarks(bool counts = false) const;
 };
 
 }  // namespace recstation

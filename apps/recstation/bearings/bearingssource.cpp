@@ -123,7 +123,7 @@ SourceReport BearingsSource::report() const
     if (m_log == nullptr) {
         return {};
     }
-    return {m_shown, m_log->skipped(), m_log->bad()};
+    return {m_shown, m_log->skipped(), m_log->bad(), true};
 }
 
 }  // namespace

@@ -12,18 +12,6 @@ namespace {
 
 constexpr double fullCircle = 360;
 
-// The recorder makes it a part of file names, which must not have separators and end at a dot.
-QString forFileNames(QString name)
-{
-    static const QString kept = QStringLiteral(" -_");
-    for (QChar& c : name) {
-        if (!c.isLetterOrNumber() && !kept.contains(c)) {
-            c = QLatin1Char('_');
-        }
-    }
-    return name;
-}
-
 }  // namespace
 
 BearingsValues::BearingsValues(const LogSurvey& survey, double headingDeg, const QString& deviceName,

@@ -10,7 +10,7 @@
 
 #include "bearings/bearingssource.h"
 #include "bearings/csvreader.h"
-#include "bearings/logtime.h"
+#include "input/logtime.h"
 
 namespace recstation {
 

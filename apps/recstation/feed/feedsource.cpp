@@ -113,12 +113,8 @@ std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, FeedHost host
 {
     constexpr unsigned long long microsecondsPerMillisecond = 1000;
     const auto now = static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * microsecondsPerMillisecond;
-    const QString file = QString::fromStdString(options.file);
-    auto open = [file]() -> ByteInput {
-        const auto input = std::make_shared<InterruptibleInput>(file);
-        return [input](char* buffer, std::size_t size) { return input->read(buffer, size); };
-    };
-    return std::make_unique<FeedSource>(std::move(open), options.startTime.value_or(now), std::move(host));
+    return std::make_unique<FeedSource>([file = options.file] { return openInput(file); },
+                                        options.startTime.value_or(now), std::move(host));
 }
 
 }  // namespace recstation

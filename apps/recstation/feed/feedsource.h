@@ -10,7 +10,7 @@
 #include "../options.h"
 #include "../source.h"
 #include "feedline.h"
-#include "linereader.h"
+#include "input/linereader.h"
 
 namespace recstation {
 
@@ -47,7 +47,7 @@ private:
     std::unique_ptr<LineReader> m_lines;
     std::optional<FeedLine> m_pending;  // read, not yet carried out
     unsigned long long m_lastAtUs = 0;
-    SourceReport m_report;
+    SourceReport m_report = {0, 0, 0, true};
 };
 
 /// The feed from the file or the standard input that the options name.

@@ -30,6 +30,10 @@ public:
     void prepare() override;
     [[nodiscard]] std::optional<unsigned long long> nextTime() override;
     void step() override;
+    [[nodiscard]] QStringList spectra() const override
+    {
+        return {m_options.valuePath + QStringLiteral("/Scn/RfSpectrum"), QStringLiteral("/IfMapping")};
+    }
     [[nodiscard]] SourceReport report() const override;
 
 private:

@@ -1,4 +1,4 @@
-#include "feed/linereader.h"
+#include "input/linereader.h"
 
 #include <algorithm>
 #include <string>

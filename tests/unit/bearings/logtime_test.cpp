@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "bearings/logtime.h"
+#include "input/logtime.h"
 
 namespace {
 

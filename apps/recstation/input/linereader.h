@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -22,6 +23,7 @@ public:
     Result next();
     [[nodiscard]] const std::string& line() const { return m_line; }  ///< without line feed; after Result::Line
     [[nodiscard]] std::size_t number() const { return m_number; }     ///< of the line just read, from 1
+    [[nodiscard]] bool terminated() const { return m_terminated; }    ///< the line just read had its line feed
 
 private:
     bool fill();
@@ -35,6 +37,15 @@ private:
     std::size_t m_number = 0;
     std::string m_line;
     bool m_tooLong = false;
+    bool m_terminated = false;
 };
+
+/// The bytes of a file or, for "-", of the standard input; the wish to stop ends them.
+/// @param file UTF-8
+/// @throws std::runtime_error when it cannot be opened
+[[nodiscard]] ByteInput openInput(const std::string& file);
+
+/// How messages name an input.
+[[nodiscard]] std::string inputName(const std::string& file);
 
 }  // namespace recstation

@@ -1,4 +1,4 @@
-#include "bearings/logtime.h"
+#include "input/logtime.h"
 
 #include <stdexcept>
 

@@ -1,7 +1,10 @@
-#include "linereader.h"
+#include "input/linereader.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
+
+#include "system/hostsystem.h"
 
 namespace recstation {
 
@@ -35,6 +38,7 @@ LineReader::Result LineReader::next()
 {
     m_line.clear();
     m_tooLong = false;
+    m_terminated = false;
     bool any = false;
     while (m_position < m_filled || fill()) {
         any = true;
@@ -45,6 +49,7 @@ LineReader::Result LineReader::next()
         keep(static_cast<std::size_t>(found - begin));
         if (found != end) {
             ++m_position;
+            m_terminated = true;
             break;
         }
     }
@@ -53,6 +58,17 @@ LineReader::Result LineReader::next()
     }
     ++m_number;
     return m_tooLong ? Result::TooLong : Result::Line;
+}
+
+ByteInput openInput(const std::string& file)
+{
+    const auto input = std::make_shared<InterruptibleInput>(QString::fromStdString(file));
+    return [input](char* buffer, std::size_t size) { return input->read(buffer, size); };
+}
+
+std::string inputName(const std::string& file)
+{
+    return file == "-" ? "the standard input" : file;
 }
 
 }  // namespace recstation

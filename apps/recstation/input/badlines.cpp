@@ -1,0 +1,42 @@
+#include "input/badlines.h"
+
+#include <utility>
+
+namespace recstation {
+
+namespace {
+
+constexpr std::uint64_t mostSentences = 20;
+
+}  // namespace
+
+BadLines::BadLines(std::string source, bool strict, InputReport report)
+    : m_source(std::move(source)), m_strict(strict), m_report(std::move(report))
+{
+}
+
+void BadLines::add(std::size_t line, const std::string& problem)
+{
+    ++m_count;
+    const std::string sentence = "line " + std::to_string(line) + ": " + problem;
+    if (m_strict) {
+        throw std::runtime_error(m_source + ": " + sentence + " (--strict allows no bad line)");
+    }
+    if (m_count <= mostSentences) {
+        say(sentence);
+    }
+}
+
+void BadLines::finish()
+{
+    if (!std::exchange(m_finished, true) && m_count > mostSentences) {
+        say("and " + std::to_string(m_count - mostSentences) + " more bad lines");
+    }
+}
+
+void BadLines::say(const std::string& sentence) const
+{
+    m_report(QString::fromStdString(m_source + ": " + sentence));
+}
+
+}  // namespace recstation

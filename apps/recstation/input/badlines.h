@@ -1,0 +1,45 @@
+// Lines that cannot be used: told one by one while there are few, counted always.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+#include <QString>
+
+namespace recstation {
+
+/// Says in one sentence why a line cannot be used.
+class LineError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// Takes one sentence about the input, with the source's name in front.
+using InputReport = std::function<void(const QString& sentence)>;
+
+class BadLines {
+public:
+    /// @param source its name stands in front of every sentence
+    /// @param strict the first bad line is thrown
+    BadLines(std::string source, bool strict, InputReport report);
+
+    /// Counts a bad line and tells of it while it is one of the first twenty.
+    /// @throws std::runtime_error with the same sentence when strict
+    void add(std::size_t line, const std::string& problem);
+    /// Tells how many were not told one by one. To be called at the end, has an effect once.
+    void finish();
+    /// Tells anything else about the input.
+    void say(const std::string& sentence) const;
+    [[nodiscard]] std::uint64_t count() const { return m_count; }
+
+private:
+    std::string m_source;
+    bool m_strict;
+    InputReport m_report;
+    std::uint64_t m_count = 0;
+    bool m_finished = false;
+};
+
+}  // namespace recstation

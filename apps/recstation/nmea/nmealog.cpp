@@ -1,0 +1,255 @@
+#include "nmea/nmealog.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include <QDate>
+#include <QDateTime>
+
+#include "input/logtime.h"
+#include "system/hostsystem.h"
+
+namespace recstation {
+
+namespace {
+
+constexpr std::size_t longestLine = 4096;
+constexpr std::size_t mostWaiting = 10'000;
+constexpr long long epochJulianDay = 2'440'588;
+
+long long today()
+{
+    return QDateTime::currentDateTimeUtc().date().toJulianDay() - epochJulianDay;
+}
+
+std::string dayText(long long day)
+{
+    return QDate::fromJulianDay(day + epochJulianDay).toString(Qt::ISODate).toStdString();
+}
+
+std::optional<long long> parseDay(const std::string& text)
+{
+    if (text.empty()) {
+        return std::nullopt;
+    }
+    const auto day = LogDateFormat("yyyy-MM-dd").parse(text);
+    if (!day || *day < 0) {
+        throw std::runtime_error("nmea: --date " + text + " is no day from 1970 on, such as 2026-11-21");
+    }
+    return day;
+}
+
+}  // namespace
+
+NmeaLog::NmeaLog(const NmeaOptions& options, InputReport report)
+    : m_options(options),
+      m_bad("nmea", options.strict, std::move(report)),
+      m_lines(openInput(options.file), longestLine),
+      m_clock(today(), options.fixWeekRollover)
+{
+    if (const auto day = parseDay(options.date)) {
+        m_clock.start(*day);
+    }
+}
+
+std::optional<TimedFix> NmeaLog::next()
+{
+    while (m_ready.empty() && !m_ended) {
+        if (!readSentence()) {
+            if (StopSignal::requested()) {
+                return std::nullopt;
+            }
+            m_ended = true;
+            endInput();
+        }
+    }
+    return takeReady();
+}
+
+std::optional<TimedFix> NmeaLog::nextUnfinished()
+{
+    m_bad.finish();
+    if (m_time) {
+        releaseGroup();
+    }
+    return takeReady();
+}
+
+std::optional<TimedFix> NmeaLog::takeReady()
+{
+    if (m_ready.empty()) {
+        return std::nullopt;
+    }
+    TimedFix fix = std::move(m_ready.front());
+    m_ready.pop_front();
+    return fix;
+}
+
+// False at the end of the input and when the process is to stop.
+bool NmeaLog::readSentence()
+{
+    const LineReader::Result result = m_lines.next();
+    // A line that the wish to stop cut short is none.
+    if (result == LineReader::Result::End || StopSignal::requested()) {
+        return false;
+    }
+    try {
+        take(result);
+    } catch (const LineError& error) {
+        m_bad.add(m_lines.number(), error.what());
+    }
+    return true;
+}
+
+void NmeaLog::take(LineReader::Result result)
+{
+    if (result == LineReader::Result::TooLong) {
+        throw LineError("it is longer than " + std::to_string(longestLine) + " bytes");
+    }
+    const auto sentence = parseNmeaSentence(m_lines.line());
+    if (!sentence) {
+        ++m_skipped;
+        return;
+    }
+    if (m_checksums && !sentence->hasChecksum) {
+        throw LineError("it lacks the checksum that sentences before it have");
+    }
+    m_checksums = m_checksums || sentence->hasChecksum;
+    const auto message = readNmeaMessage(*sentence);
+    if (!message || message->fix.empty()) {
+        ++m_skipped;
+    }
+    if (message) {
+        accept(*message);
+    }
+}
+
+void NmeaLog::accept(const NmeaMessage& message)
+{
+    if (message.fix.empty() && !message.timeOfDay) {
+        return;
+    }
+    NmeaMessage dated = message;
+    dated.day = message.day && m_options.date.empty() ? std::optional(m_clock.corrected(*message.day)) : std::nullopt;
+    if (!m_clock.started()) {
+        holdUntilDate(dated);
+    } else {
+        place({m_lines.number(), dated});
+    }
+}
+
+void NmeaLog::holdUntilDate(const NmeaMessage& message)
+{
+    m_held.push_back({m_lines.number(), message});
+    if (message.day && message.timeOfDay) {
+        releaseHeld();
+    } else if (m_held.size() >= mostWaiting) {
+        throw std::runtime_error("nmea: the first " + std::to_string(mostWaiting) + " sentences of " +
+                                 inputName(m_options.file) + " tell no date: name it with --date");
+    }
+}
+
+// The date that came last is counted back to the first time of day.
+void NmeaLog::releaseHeld()
+{
+    constexpr long long halfDay = 43'200'000'000;
+    long long day = m_held.back().message.day.value();
+    std::optional<long long> later;
+    for (auto entry = m_held.rbegin(); entry != m_held.rend(); ++entry) {
+        if (const auto time = entry->message.timeOfDay) {
+            day -= later && *time > *later + halfDay ? 1 : 0;
+            later = time;
+        }
+    }
+    m_clock.start(day);
+    for (const Entry& entry : std::exchange(m_held, {})) {
+        place(entry);
+    }
+}
+
+void NmeaLog::place(const Entry& entry)
+{
+    const NmeaMessage& message = entry.message;
+    if (message.timeOfDay) {
+        const long long time = m_clock.at(*message.timeOfDay, message.day);
+        if (!m_time || time > *m_time) {
+            closeGroup(entry.line, time);
+        }
+    }
+    m_group.push_back({entry.line, message.timeOfDay.has_value(), m_time.value_or(0), message.fix});
+    if (m_group.size() >= mostWaiting) {
+        if (!m_time) {
+            throw std::runtime_error("nmea: the first " + std::to_string(mostWaiting) + " sentences of " +
+                                     inputName(m_options.file) + " tell no time");
+        }
+        releaseGroup();
+    }
+}
+
+// A later time came: what lies between has its time by its line, and all is in the order of the times.
+void NmeaLog::closeGroup(std::size_t line, long long time)
+{
+    if (!m_time) {
+        for (Waiting& waiting : m_group) {
+            waiting.time = time;
+        }
+    } else {
+        const auto firstUntimed =
+            std::find_if(m_group.begin(), m_group.end(), [](const Waiting& waiting) { return !waiting.timed; });
+        const std::size_t from = firstUntimed == m_group.begin() || firstUntimed == m_group.end()
+                                     ? m_group.empty() ? line : m_group.front().line
+                                     : std::prev(firstUntimed)->line;
+        const double lines = static_cast<double>(line - from);
+        for (auto waiting = firstUntimed; waiting != m_group.end(); ++waiting) {
+            if (!waiting->timed) {
+                const double part = static_cast<double>(waiting->line - from) / lines;
+                waiting->time = *m_time + static_cast<long long>(part * static_cast<double>(time - *m_time));
+            }
+        }
+        std::stable_sort(m_group.begin(), m_group.end(),
+                         [](const Waiting& a, const Waiting& b) { return a.time < b.time; });
+    }
+    releaseGroup();
+    m_time = time;
+}
+
+void NmeaLog::releaseGroup()
+{
+    for (const Waiting& waiting : m_group) {
+        if (!waiting.fix.empty()) {
+            m_ready.push_back({static_cast<unsigned long long>(waiting.time), waiting.fix});
+        }
+    }
+    m_group.clear();
+}
+
+void NmeaLog::endInput()
+{
+    m_bad.finish();
+    const std::string counts =
+        " (" + std::to_string(m_skipped) + " lines skipped, " + std::to_string(m_bad.count()) + " bad)";
+    if (!m_clock.started() && !m_held.empty()) {
+        throw std::runtime_error("nmea: " + inputName(m_options.file) + " tells no date: name it with --date");
+    }
+    if (!m_time) {
+        throw std::runtime_error("nmea: " + inputName(m_options.file) + " tells no time and position" + counts);
+    }
+    releaseGroup();
+    if (const auto day = m_clock.rolledBack()) {
+        m_bad.say(m_options.fixWeekRollover
+                      ? "the date " + dayText(*day) + " and others as old were set 1,024 weeks later"
+                      : "there is the date " + dayText(*day) +
+                            "; if the receiver lost 1,024 weeks, as GPS receivers do when their week counter rolls "
+                            "over, record with --fix-week-rollover");
+    }
+    if (m_clock.midnights() > 0) {
+        m_bad.say("midnight passed " + std::to_string(m_clock.midnights()) + " times without a date");
+    }
+    if (m_clock.backwards() > 0) {
+        m_bad.say("the time went back " + std::to_string(m_clock.backwards()) +
+                  " times; what is earlier than before is recorded at the latest time so far");
+    }
+}
+
+}  // namespace recstation

@@ -1,0 +1,29 @@
+#include "nmea/nmeasource.h"
+
+namespace recstation {
+
+namespace {
+
+constexpr auto example = R"(
+Position, altitude, speed, heading, pitch and roll from GGA, RMC, VTG, HDT, HDG (with variation) and PASHR of any
+talker. Other sentences are skipped. Times are those of the sentences, dates those of RMC.
+
+Examples:
+  recstation -o recordings nmea drive.log
+  recstation -o recordings nmea compass.log --date 2026-11-21
+  cat /dev/ttyUSB0 | recstation -o recordings nmea - iq capture.cu8 --rate 2e6 --centre 1090e6)";
+
+}  // namespace
+
+void addNmeaOptions(CLI::App& command, NmeaOptions& options)
+{
+    command.footer(example);
+    command.add_option("FILE", options.file, "NMEA 0183 sentences; - is the standard input")->required();
+    command.add_option("--date", options.date, "Day of the first time, as 2026-11-21; the dates in RMC do not count")
+        ->type_name("DATE");
+    command.add_flag("--fix-week-rollover", options.fixWeekRollover,
+                     "Add 1,024 weeks to dates that a receiver may have rolled back");
+    command.add_flag("--strict", options.strict, "The first bad line ends the run");
+}
+
+}  // namespace recstation

@@ -1,0 +1,210 @@
+#include "sweep/sweepsource.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include <QFileInfo>
+#include <QLoggingCategory>
+
+#include "input/linereader.h"
+#include "sweep/sweepassembly.h"
+#include "sweep/sweeprow.h"
+#include "sweep/sweepvalues.h"
+#include "system/hostsystem.h"
+
+namespace recstation {
+
+namespace {
+
+Q_LOGGING_CATEGORY(sweepLog, "recstation.sweep")
+
+// A row of a million values fits.
+constexpr std::size_t longestLine = std::size_t{16} * 1024 * 1024;
+
+class SweepSource final : public Source {
+public:
+    SweepSource(SweepOptions options, InputReport report)
+        : m_options(std::move(options)),
+          m_bad("sweep", m_options.strict, std::move(report)),
+          m_parser(m_options.utcOffset),
+          m_assembly(m_options.binFrequency == "lower")
+    {
+    }
+
+    [[nodiscard]] QString name() const override { return QStringLiteral("sweep"); }
+    void prepare() override;
+    [[nodiscard]] std::optional<unsigned long long> nextTime() override;
+    void step() override;
+    [[nodiscard]] std::optional<unsigned long long> unfinishedTime() override;
+    [[nodiscard]] QStringList spectra() const override { return {m_options.valuePath + "/Scn/RfSpectrum"}; }
+    [[nodiscard]] SourceReport report() const override { return {m_used, m_skipped, m_bad.count(), true}; }
+
+private:
+    [[nodiscard]] bool readSweep();
+    [[nodiscard]] bool readRow();
+    void endInput();
+    void takeSweep();
+    [[nodiscard]] unsigned long long dueTime();
+
+    SweepOptions m_options;
+    BadLines m_bad;
+    SweepRowParser m_parser;
+    SweepAssembly m_assembly;
+    std::unique_ptr<LineReader> m_lines;
+    std::unique_ptr<SweepValues> m_values;
+    SweepRow m_row;             // read last
+    bool m_rowWaits = false;    // for the sweep before to be shown
+    Sweep m_sweep;              // put together last
+    bool m_sweepWaits = false;  // to be shown
+    bool m_ended = false;
+    std::uint64_t m_used = 0;
+    std::uint64_t m_skipped = 0;
+    std::uint64_t m_sweeps = 0;
+    std::uint64_t m_backwards = 0;
+    unsigned long long m_latest = 0;
+};
+
+void SweepSource::prepare()
+{
+    m_lines = std::make_unique<LineReader>(openInput(m_options.file), longestLine);
+    const QString device = m_options.file == "-" ? QStringLiteral("Sweep input")
+                                                 : QFileInfo(QString::fromStdString(m_options.file)).completeBaseName();
+    m_values = std::make_unique<SweepValues>(device, m_options.valuePath);
+}
+
+std::optional<unsigned long long> SweepSource::nextTime()
+{
+    if (!m_sweepWaits && !m_ended && !readSweep()) {
+        return std::nullopt;
+    }
+    return m_sweepWaits ? std::optional(dueTime()) : std::nullopt;
+}
+
+unsigned long long SweepSource::dueTime()
+{
+    m_latest = std::max(m_latest, m_sweep.time);
+    return m_latest;
+}
+
+// Reads up to the end of a sweep, which waits then; false at the end of the input.
+bool SweepSource::readSweep()
+{
+    while (!m_assembly.complete()) {
+        if (m_rowWaits || readRow()) {
+            if (std::exchange(m_rowWaits, false) || !m_assembly.beginsNext(m_row)) {
+                try {
+                    m_assembly.add(m_row);
+                    ++m_used;
+                } catch (const LineError& error) {
+                    m_bad.add(m_lines->number(), error.what());
+                }
+                continue;
+            }
+            m_rowWaits = true;
+        } else if (StopSignal::requested()) {
+            return false;
+        } else {
+            m_ended = true;
+            m_assembly.noteLoss();
+        }
+        break;
+    }
+    if (!m_assembly.empty()) {
+        takeSweep();
+    } else {
+        endInput();
+    }
+    return m_sweepWaits;
+}
+
+// False at the end of the input and when the process is to stop.
+bool SweepSource::readRow()
+{
+    for (;;) {
+        const LineReader::Result result = m_lines->next();
+        // A line that the wish to stop cut short is none.
+        if (result == LineReader::Result::End || StopSignal::requested()) {
+            return false;
+        }
+        try {
+            if (result == LineReader::Result::TooLong) {
+                throw LineError("it is longer than 16 MiB");
+            }
+            if (!SweepRowParser::isNoRow(m_lines->line())) {
+                m_parser.parse(m_lines->line(), m_lines->terminated(), m_row);
+                return true;
+            }
+            ++m_skipped;
+        } catch (const LineError& error) {
+            m_assembly.noteLoss();
+            m_bad.add(m_lines->number(), error.what());
+        }
+    }
+}
+
+void SweepSource::takeSweep()
+{
+    const bool first = m_sweeps++ == 0;
+    m_assembly.take(m_sweep);
+    m_backwards += m_sweep.time < m_latest ? 1U : 0U;
+    m_sweepWaits = true;
+    if (first) {
+        // The channels are there before any recording starts.
+        m_values->setLayout(m_assembly.layout());
+        m_sweep.newLayout = false;
+    }
+    if (m_ended) {
+        endInput();
+    }
+}
+
+void SweepSource::endInput()
+{
+    m_bad.finish();
+    if (m_sweeps == 0) {
+        throw std::runtime_error("sweep: " + inputName(m_options.file) + " holds no sweep (" +
+                                 std::to_string(m_skipped) + " lines skipped, " + std::to_string(m_bad.count()) +
+                                 " bad)");
+    }
+    if (m_backwards > 0) {
+        m_bad.say(std::to_string(m_backwards) +
+                  " sweeps are earlier than one before them; they are recorded at the latest time so far");
+    }
+}
+
+void SweepSource::step()
+{
+    if (std::exchange(m_sweep.newLayout, false)) {
+        m_values->setLayout(m_assembly.layout());
+    }
+    m_values->show(m_sweep);
+    m_sweepWaits = false;
+}
+
+std::optional<unsigned long long> SweepSource::unfinishedTime()
+{
+    m_bad.finish();
+    // A sweep that is put together and was not due yet lies ahead of the stop.
+    if (m_sweepWaits || m_ended || m_assembly.empty()) {
+        return std::nullopt;
+    }
+    m_ended = true;
+    m_assembly.noteLoss();
+    takeSweep();
+    return dueTime();
+}
+
+}  // namespace
+
+void logSweepReport(const QString& sentence)
+{
+    qCWarning(sweepLog).noquote() << sentence;
+}
+
+std::unique_ptr<Source> makeSweepSource(const SweepOptions& options, InputReport report)
+{
+    return std::make_unique<SweepSource>(options, std::move(report));
+}
+
+}  // namespace recstation
