@@ -27,6 +27,7 @@ public:
     void prepare() override;
     [[nodiscard]] std::optional<unsigned long long> nextTime() override;
     void step() override;
+    [[nodiscard]] QStringList spectra() const override { return {QStringLiteral("/DfSpectrum")}; }
     [[nodiscard]] SourceReport report() const override;
 
 private:

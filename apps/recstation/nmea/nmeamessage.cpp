@@ -144,9 +144,8 @@ std::optional<double> readSpeed(std::string_view field)
 double wrapped(double degrees)
 {
     constexpr double perDegree = 1e6;
-    const double rounded = std::round(degrees * perDegree) / perDegree;
-    const double turned = std::fmod(rounded, fullCircle);
-    return turned < 0 ? turned + fullCircle : turned;
+    const double turned = std::fmod(std::round(degrees * perDegree), fullCircle * perDegree);
+    return (turned < 0 ? turned + fullCircle * perDegree : turned) / perDegree;
 }
 
 std::optional<double> readHeading(std::string_view field)

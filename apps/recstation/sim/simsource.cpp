@@ -63,6 +63,15 @@ QString SimSource::name() const
     return QStringLiteral("sim");
 }
 
+QStringList SimSource::spectra() const
+{
+    QStringList paths = {absolute("/IfMapping"), absolute("/DfSpectrum")};
+    for (const Instance& instance : m_instances) {
+        paths += valuePath(instance, "Scn/RfSpectrum");
+    }
+    return paths;
+}
+
 void SimSource::prepare()
 {
     int receivers = 0;

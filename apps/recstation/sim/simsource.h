@@ -20,6 +20,7 @@ public:
     SimSource(const SimOptions& options, std::vector<Instance> instances);
 
     [[nodiscard]] QString name() const override;
+    [[nodiscard]] QStringList spectra() const override;
     void prepare() override;
     [[nodiscard]] std::optional<unsigned long long> nextTime() override;
     void step() override;

@@ -48,6 +48,26 @@ TEST(CommandLine, SeveralSourcesRunTogether)
     EXPECT_EQ(options.feed->file, "-");
 }
 
+TEST(CommandLine, OptionsBelongToTheSourceBeforeThem)
+{
+    const Options options = parse({"sweep", "a.csv", "--utc-offset", "+01:00", "--bin-frequency", "lower", "nmea",
+                                   "b.log", "--date", "2026-11-21", "--fix-week-rollover", "bearings", "c.csv",
+                                   "--strict", "--utc-offset", "-05:00", "-o", "d"});
+    ASSERT_TRUE(options.sweep && options.nmea && options.bearings);
+    EXPECT_EQ(options.sweep->file, "a.csv");
+    EXPECT_EQ(options.sweep->utcOffset, "+01:00");
+    EXPECT_EQ(options.sweep->binFrequency, "lower");
+    EXPECT_FALSE(options.sweep->strict);
+    EXPECT_EQ(options.nmea->file, "b.log");
+    EXPECT_EQ(options.nmea->date, "2026-11-21");
+    EXPECT_TRUE(options.nmea->fixWeekRollover);
+    EXPECT_FALSE(options.nmea->strict);
+    EXPECT_TRUE(options.bearings->strict);
+    EXPECT_EQ(options.bearings->utcOffset, "-05:00");
+    EXPECT_EQ(options.output, "d");
+    EXPECT_FALSE(options.sim);
+}
+
 TEST(CommandLine, CommonOptionsStandBeforeOrBehindTheSource)
 {
     for (const auto& arguments : std::vector<std::vector<std::string>>{
@@ -74,6 +94,8 @@ TEST(CommandLine, HelpIsNoFailure)
     EXPECT_EQ(refused({"--help"}), ExitCode::Success);
     EXPECT_EQ(refused({"sim", "--help"}), ExitCode::Success);
     EXPECT_EQ(refused({"feed", "--help"}), ExitCode::Success);
+    EXPECT_EQ(refused({"sweep", "--help"}), ExitCode::Success);
+    EXPECT_EQ(refused({"nmea", "--help"}), ExitCode::Success);
 }
 
 TEST(CommandLine, WrongArgumentsAreRefused)

@@ -31,6 +31,15 @@ void expectLines(LineReader& reader, const std::vector<std::string>& lines)
     EXPECT_EQ(reader.next(), Result::End);
 }
 
+TEST(LineReader, TellsWhetherTheLastLineHadItsLineFeed)
+{
+    LineReader reader(pieces("one\ntwo", 3), 100);
+    ASSERT_EQ(reader.next(), Result::Line);
+    EXPECT_TRUE(reader.terminated());
+    ASSERT_EQ(reader.next(), Result::Line);
+    EXPECT_FALSE(reader.terminated());
+}
+
 TEST(LineReader, SplitsAtLineFeedsHoweverTheBytesArrive)
 {
     for (const std::size_t pieceSize : {1U, 2U, 3U, 100U}) {

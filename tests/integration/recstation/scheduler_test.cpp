@@ -74,6 +74,38 @@ TEST_F(SchedulerTest, ASourceIsAskedForItsNextTimeOncePerStep)
     EXPECT_EQ(source.asked(), 2);
 }
 
+TEST_F(SchedulerTest, WhatASourceLeftUnfinishedIsSteppedAtItsTimeButNeverBeforeTheClock)
+{
+    m_clock.set(100);
+    std::vector<ScriptedSource*> sources;
+    for (const char* name : {"a", "b"}) {
+        auto source = std::make_unique<ScriptedSource>(name, std::vector<unsigned long long>{}, m_steps);
+        source->onStep = [raw = source.get()] { raw->unfinished.reset(); };
+        sources.push_back(source.get());
+        m_scheduler.add(std::move(source));
+    }
+    EXPECT_FALSE(m_scheduler.unfinishedTime());
+    sources[0]->unfinished = 120;
+    sources[1]->unfinished = 90;
+    EXPECT_EQ(m_scheduler.unfinishedTime(), 120U);
+    m_scheduler.stepUnfinished();
+    EXPECT_EQ(m_scheduler.unfinishedTime(), 120U);
+    m_scheduler.stepUnfinished();
+    m_scheduler.stepUnfinished();
+    EXPECT_FALSE(m_scheduler.unfinishedTime());
+    EXPECT_THAT(m_steps, ElementsAre("a@120", "b@120"));
+}
+
+TEST_F(SchedulerTest, TheTimeIsToldBeforeTheStep)
+{
+    SimulatedClock clock;
+    Scheduler scheduler(clock, [this](unsigned long long time) { m_steps.push_back(std::to_string(time)); });
+    scheduler.add(std::make_unique<ScriptedSource>("a", std::vector<unsigned long long>{10, 20}, m_steps));
+    scheduler.step();
+    scheduler.step();
+    EXPECT_THAT(m_steps, ElementsAre("10", "a@10", "20", "a@20"));
+}
+
 TEST_F(SchedulerTest, WithoutSourcesThereIsNoNextTimeAndAStepDoesNothing)
 {
     EXPECT_FALSE(m_scheduler.nextTime());

@@ -34,10 +34,12 @@ public:
             onStep();
         }
     }
+    [[nodiscard]] std::optional<unsigned long long> unfinishedTime() override { return unfinished; }
     [[nodiscard]] SourceReport report() const override { return {m_next, 0, 0}; }
     [[nodiscard]] int asked() const { return m_asked; }
 
     std::function<void()> onStep;
+    std::optional<unsigned long long> unfinished;
 
 private:
     std::string m_name;

@@ -31,6 +31,15 @@ TEST(Summary, AGoodRunNamesItsFilesAndHasNoRemarks)
     EXPECT_TRUE(summary.remarks().isEmpty());
 }
 
+TEST(Summary, TheCountsOfLinesAreToldWhenAskedFor)
+{
+    Summary summary = goodSummary();
+    EXPECT_TRUE(summary.remarks(true).isEmpty());
+    summary.sources[0].report.lines = true;
+    EXPECT_TRUE(summary.remarks(false).isEmpty());
+    EXPECT_EQ(summary.remarks(true), QStringList(QStringLiteral("feed: 5 used, 1 skipped, 0 bad")));
+}
+
 TEST(Summary, BadInputMakesItIncomplete)
 {
     Summary summary = goodSummary();

@@ -1,0 +1,107 @@
+#include "recordings.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+
+#include <recording2/fileaccess.h>
+#include <values/value.h>
+
+namespace {
+
+constexpr int patienceMs = 60'000;
+
+}  // namespace
+
+std::vector<RecordedFile::Number> RecordedFile::numbers(std::int32_t code) const
+{
+    std::vector<Number> out;
+    bool initial = true;
+    values::ValueNumeric<double> value;
+    for (const Record& record : records) {
+        if (record.code == code) {
+            EXPECT_TRUE(value.ApplyRecordedState(record.text, 0, false)) << record.text;
+            if (!std::exchange(initial, false)) {
+                out.push_back({startUs + record.timeMs * 1000, value.GetValue()});
+            }
+        }
+    }
+    return out;
+}
+
+RecordedFile readRecordedFile(const std::string& path)
+{
+    Recording2::CFileAccess file(path.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
+    EXPECT_TRUE(file.IsValidFile()) << path;
+    RecordedFile out;
+    Recording2::CHeaderData header;
+    file.read(header);
+    out.startUs = header.startTS().getMicroSecs();
+    file.readTables();
+    Recording2::CVTCmdData record;
+    while (const unsigned long long time = file.readAndReturnTimeOfCurrentCmd(record)) {
+        out.records.push_back({time, record.cmd(), std::string(record.strData(), record.strDataLen())});
+    }
+    return out;
+}
+
+std::string RecordingTest::Result::path(const std::string& recorder) const
+{
+    std::vector<std::string> paths;
+    for (const auto& file : summary.at("files")) {
+        if (file.at("recorder") == recorder) {
+            EXPECT_EQ(file.at("state"), "finished");
+            paths.push_back(file.at("path"));
+        }
+    }
+    EXPECT_EQ(paths.size(), 1U) << messages;
+    return paths.size() == 1 ? paths.front() : std::string();
+}
+
+RecordingTest::RecordingTest()
+{
+    static int argc = 1;
+    static char name[] = "test";
+    static char* argv[] = {name, nullptr};
+    static const QCoreApplication application(argc, argv);
+}
+
+void RecordingTest::start(QProcess& process, const QStringList& arguments) const
+{
+    process.setWorkingDirectory(m_directory.path());
+    process.start(QStringLiteral(RECSTATION), QStringList{QStringLiteral("--json")} + arguments);
+    ASSERT_TRUE(process.waitForStarted(patienceMs));
+}
+
+RecordingTest::Result RecordingTest::finish(QProcess& process)
+{
+    process.closeWriteChannel();
+    EXPECT_TRUE(process.waitForFinished(patienceMs));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    const std::string output = process.readAllStandardOutput().toStdString();
+    return {process.exitCode(), process.readAllStandardError().toStdString(),
+            nlohmann::json::parse(output, nullptr, false)};
+}
+
+RecordingTest::Result RecordingTest::run(const QStringList& arguments, const QByteArray& input) const
+{
+    QProcess process;
+    start(process, arguments);
+    process.write(input);
+    return finish(process);
+}
+
+QString RecordingTest::write(const char* name, const QByteArray& bytes) const
+{
+    QFile file(m_directory.filePath(QString::fromLatin1(name)));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+    return file.fileName();
+}
+
+QString RecordingTest::realData(const char* name)
+{
+    const QString directory = qEnvironmentVariable("RECORDING2_TEST_DATA", QString::fromUtf8(TEST_DATA_DIRECTORY));
+    const QString path = QDir(directory).filePath(QString::fromLatin1(name));
+    return QFile::exists(path) ? path : QString();
+}
