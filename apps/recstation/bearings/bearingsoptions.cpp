@@ -50,6 +50,8 @@ void addBearingsOptions(CLI::App& command, BearingsOptions& options)
     command.add_option("--utc-offset", options.utcOffset, "How far the log's times are ahead of UTC, as -05:00")
         ->capture_default_str();
     command.add_option("--station", options.station, "Only the bearings of this station");
+    command.add_flag("--no-position", options.noPosition,
+                     "Leave positions and altitudes out, because nmea or another source tells them");
     command.add_flag("--south", options.south, "Latitudes have no sign and are south");
     command.add_flag("--west", options.west, "Longitudes have no sign and are west");
     command.add_option("--frequency-unit", options.frequencyUnit, "Hz, kHz, MHz or GHz")->capture_default_str();

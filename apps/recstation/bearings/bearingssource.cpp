@@ -76,7 +76,7 @@ LogSurvey BearingsSource::survey(const LogInput& input) const
 
 void BearingsSource::reportOddities(const LogSurvey& survey) const
 {
-    if (!survey.hasPosition) {
+    if (!survey.hasPosition && !m_options.noPosition) {
         say("the log has no position: name its columns with --latitude-column and --longitude-column, if it has");
     }
     if (survey.beforeFirst > 0) {

@@ -28,6 +28,7 @@ struct BearingsOptions {
     /// Degrees, or degrees, minutes and seconds in two or three columns named with commas between.
     std::optional<std::string> latitudeColumns;
     std::optional<std::string> longitudeColumns;
+    bool noPosition = false;                    ///< leave positions and altitudes out
     bool south = false;                         ///< latitudes have no sign and are south
     bool west = false;                          ///< longitudes have no sign and are west
     std::optional<std::string> altitudeColumn;  ///< metres

@@ -194,9 +194,13 @@ RowParser::RowParser(const BearingsOptions& options, const CsvRecord& header)
       m_date(requireColumn(header, options.dateColumn, "--date-column")),
       m_time(requireColumn(header, options.timeColumn, "--time-column")),
       m_station(optionalColumn(header, options.stationColumn, "station", "--station-column")),
-      m_latitude(angleColumns(header, options.latitudeColumns, "latitude", "--latitude-column")),
-      m_longitude(angleColumns(header, options.longitudeColumns, "longitude", "--longitude-column")),
-      m_altitude(optionalColumn(header, options.altitudeColumn, "altitude", "--altitude-column")),
+      m_latitude(options.noPosition ? std::vector<LogColumn>()
+                                    : angleColumns(header, options.latitudeColumns, "latitude", "--latitude-column")),
+      m_longitude(options.noPosition
+                      ? std::vector<LogColumn>()
+                      : angleColumns(header, options.longitudeColumns, "longitude", "--longitude-column")),
+      m_altitude(options.noPosition ? std::nullopt
+                                    : optionalColumn(header, options.altitudeColumn, "altitude", "--altitude-column")),
       m_frequency(requireColumn(header, options.frequencyColumn, "--frequency-column")),
       m_azimuth(requireColumn(header, options.azimuthColumn, "--azimuth-column")),
       m_dateFormatText(options.dateFormat),

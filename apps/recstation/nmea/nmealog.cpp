@@ -81,7 +81,7 @@ std::optional<TimedFix> NmeaLog::takeReady()
     if (m_ready.empty()) {
         return std::nullopt;
     }
-    TimedFix fix = std::move(m_ready.front());
+    const TimedFix fix = m_ready.front();
     m_ready.pop_front();
     return fix;
 }
@@ -112,16 +112,25 @@ void NmeaLog::take(LineReader::Result result)
         ++m_skipped;
         return;
     }
-    if (m_checksums && !sentence->hasChecksum) {
-        throw LineError("it lacks the checksum that sentences before it have");
-    }
-    m_checksums = m_checksums || sentence->hasChecksum;
     const auto message = readNmeaMessage(*sentence);
+    if (message) {
+        requireChecksum(*sentence);
+    }
     if (!message || message->fix.empty()) {
         ++m_skipped;
     }
     if (message) {
         accept(*message);
+    }
+}
+
+// A sentence that was cut lacks the checksum that others of its talker and type have.
+void NmeaLog::requireChecksum(const NmeaSentence& sentence)
+{
+    if (sentence.hasChecksum) {
+        m_checksums.emplace(sentence.address);
+    } else if (m_checksums.count(sentence.address) > 0) {
+        throw LineError("it lacks the checksum that " + std::string(sentence.address) + " had before");
     }
 }
 

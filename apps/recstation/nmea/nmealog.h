@@ -4,8 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -57,6 +59,7 @@ private:
 
     bool readSentence();
     void take(LineReader::Result result);
+    void requireChecksum(const NmeaSentence& sentence);
     void accept(const NmeaMessage& message);
     void holdUntilDate(const NmeaMessage& message);
     void releaseHeld();
@@ -75,7 +78,7 @@ private:
     std::optional<long long> m_time;  // the latest
     std::deque<TimedFix> m_ready;
     std::uint64_t m_skipped = 0;
-    bool m_checksums = false;  // a sentence had one, so all must
+    std::set<std::string, std::less<>> m_checksums;  // addresses of sentences that had one
     bool m_ended = false;
 };
 

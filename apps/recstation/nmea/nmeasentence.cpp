@@ -72,7 +72,8 @@ std::optional<NmeaSentence> parseNmeaSentence(std::string_view line)
         verifyChecksum(body, whole.substr(star + 1));
     }
     CommaFields fields(body);
-    sentence.type = typeOf(fields.next().value_or(std::string_view()));
+    sentence.address = fields.next().value_or(std::string_view());
+    sentence.type = typeOf(sentence.address);
     while (const auto field = fields.next()) {
         sentence.fields.push_back(trimmed(*field));
     }

@@ -11,6 +11,7 @@ namespace recstation {
 
 /// Views into the line.
 struct NmeaSentence {
+    std::string_view address;              ///< with the talker: "GPGGA"
     std::string_view type;                 ///< without the talker: "GGA"; "PASHR" as it is, like all proprietary ones
     std::vector<std::string_view> fields;  ///< behind the type
     bool hasChecksum = false;

@@ -47,7 +47,7 @@ bool coverEachOther(double low1, double high1, double low2, double high2)
 SweepLayout::SweepLayout(std::vector<Place> rows, bool lowerEdges) : m_rows(std::move(rows))
 {
     const double offset = lowerEdges ? 0 : 0.5;
-    skipOverlaps();
+    skipOverlaps(lowerEdges);
     if (!placeOnGrid(offset)) {
         placeInList(offset);
     }
@@ -58,13 +58,15 @@ double SweepLayout::stepHz() const
     return m_range.isList() ? binWidth(m_rows.front()) : m_range.stepHz;
 }
 
-// Bins whose centre lies in the row below. Edges that are rounded to whole Hz overlap by less.
-void SweepLayout::skipOverlaps()
+// Bins whose channel lies in the row below. Edges that are rounded to whole Hz overlap by less.
+void SweepLayout::skipOverlaps(bool lowerEdges)
 {
+    constexpr double tolerance = 0.01;  // bins
     for (std::size_t i = 0; i < m_rows.size(); ++i) {
         Place& row = m_rows[i];
         const double bins = i == 0 ? 0 : (m_rows[i - 1].highHz - row.lowHz) / binWidth(row);
-        row.skipped = bins <= 0 ? 0 : std::min(row.bins - 1, static_cast<std::size_t>(std::round(bins)));
+        const double skipped = lowerEdges ? std::ceil(bins - tolerance) : std::round(bins);
+        row.skipped = skipped <= 0 ? 0 : std::min(row.bins - 1, static_cast<std::size_t>(skipped));
     }
 }
 

@@ -44,7 +44,7 @@ public:
     [[nodiscard]] double stepHz() const;
 
 private:
-    void skipOverlaps();
+    void skipOverlaps(bool lowerEdges);
     bool placeOnGrid(double offset);
     void placeInList(double offset);
 

@@ -186,8 +186,12 @@ std::optional<unsigned long long> SweepSource::unfinishedTime()
 {
     m_bad.finish();
     // A sweep that is put together and was not due yet lies ahead of the stop.
-    if (m_sweepWaits || m_ended || m_assembly.empty()) {
+    if (m_sweepWaits || m_ended || (m_assembly.empty() && !m_rowWaits)) {
         return std::nullopt;
+    }
+    if (std::exchange(m_rowWaits, false)) {
+        m_assembly.add(m_row);
+        ++m_used;
     }
     m_ended = true;
     m_assembly.noteLoss();

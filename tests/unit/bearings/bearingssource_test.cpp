@@ -135,6 +135,17 @@ TEST_F(BearingsSource, ChannelsAndTheFirstPositionAreThereBeforeTheFirstStep)
     EXPECT_EQ(value<values::Value<QString>>("/Devices/Df1/Adm/DEVICE_TYPE").GetValue(), QStringLiteral("Bearing log"));
 }
 
+TEST_F(BearingsSource, PositionsCanBeLeftOut)
+{
+    m_options.noPosition = true;
+    prepare(header + "2017-01-14;10:31;E1;4.5;-75.5;1942;150.015;163\n");
+    run();
+    EXPECT_EQ(m_tree.Find(QStringLiteral("/LOCATIONLATITUDE")), nullptr);
+    EXPECT_EQ(m_tree.Find(QStringLiteral("/ALTITUDE")), nullptr);
+    EXPECT_EQ(azimuth(0), 163);
+    EXPECT_THAT(m_reports, IsEmpty());
+}
+
 TEST_F(BearingsSource, PositionIsShownBeforeTheBearing)
 {
     class Listener final : public IObserver {

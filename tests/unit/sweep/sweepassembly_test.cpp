@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cmath>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -125,6 +127,19 @@ TEST(SweepAssembly, WhereRowsOverlapTheHigherRowsValuesAreLeftOut)
     assembly.add(higher);
     EXPECT_THAT(taken(assembly).cells, ElementsAre(1, 2, 3, 4, 5, 6, 7));
     EXPECT_EQ(assembly.layout().range(), ChannelRange::Even(105, 10, 7));
+}
+
+TEST(SweepAssembly, ChannelsAscendWhereRowsOfDifferentBinsOverlap)
+{
+    for (const bool lowerEdges : {false, true}) {
+        SweepAssembly assembly(lowerEdges);
+        assembly.add(row(100, 140, {1, 2, 3, 4, 5, 6, 7, 8}));
+        assembly.add(row(136, 176, {5, 6, 7, 8}));
+        static_cast<void>(taken(assembly));
+        const std::vector<double>& channels = assembly.layout().range().channelsHz;
+        ASSERT_FALSE(channels.empty());
+        EXPECT_TRUE(std::is_sorted(channels.begin(), channels.end(), std::less_equal<>()));
+    }
 }
 
 TEST(SweepAssembly, ARangeThatComesAgainBeginsTheNextSweep)
