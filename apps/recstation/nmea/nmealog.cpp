@@ -196,31 +196,41 @@ void NmeaLog::place(const Entry& entry)
     }
 }
 
-// A later time came: what lies between has its time by its line, and all is in the order of the times.
+// A later time came: now everything of the group has its time.
 void NmeaLog::closeGroup(std::size_t line, long long time)
 {
-    if (!m_time) {
+    if (m_time) {
+        spreadUntimed(line, time);
+    } else {
         for (Waiting& waiting : m_group) {
             waiting.time = time;
         }
-    } else {
-        const auto firstUntimed =
-            std::find_if(m_group.begin(), m_group.end(), [](const Waiting& waiting) { return !waiting.timed; });
-        const std::size_t from = firstUntimed == m_group.begin() || firstUntimed == m_group.end()
-                                     ? m_group.empty() ? line : m_group.front().line
-                                     : std::prev(firstUntimed)->line;
-        const double lines = static_cast<double>(line - from);
-        for (auto waiting = firstUntimed; waiting != m_group.end(); ++waiting) {
-            if (!waiting->timed) {
-                const double part = static_cast<double>(waiting->line - from) / lines;
-                waiting->time = *m_time + static_cast<long long>(part * static_cast<double>(time - *m_time));
-            }
-        }
-        std::stable_sort(m_group.begin(), m_group.end(),
-                         [](const Waiting& a, const Waiting& b) { return a.time < b.time; });
     }
     releaseGroup();
     m_time = time;
+}
+
+// Sentences without a time, from the timed one before the first of them to the later time, by their lines. Timed ones
+// behind them come first.
+void NmeaLog::spreadUntimed(std::size_t line, long long time)
+{
+    const auto firstUntimed =
+        std::find_if(m_group.begin(), m_group.end(), [](const Waiting& waiting) { return !waiting.timed; });
+    if (firstUntimed == m_group.end()) {
+        return;
+    }
+    // A group of very many is released early and then begins without its timed sentence.
+    const std::size_t from = firstUntimed == m_group.begin() ? firstUntimed->line : std::prev(firstUntimed)->line;
+    const auto span = static_cast<double>(time - *m_time);
+    const auto lines = static_cast<double>(line - from);
+    for (auto waiting = firstUntimed; waiting != m_group.end(); ++waiting) {
+        if (!waiting->timed) {
+            const double part = static_cast<double>(waiting->line - from) / lines;
+            waiting->time = *m_time + static_cast<long long>(part * span);
+        }
+    }
+    std::stable_sort(m_group.begin(), m_group.end(),
+                     [](const Waiting& a, const Waiting& b) { return a.time < b.time; });
 }
 
 void NmeaLog::releaseGroup()

@@ -65,6 +65,7 @@ private:
     void releaseHeld();
     void place(const Entry& entry);
     void closeGroup(std::size_t line, long long time);
+    void spreadUntimed(std::size_t line, long long time);
     void releaseGroup();
     void endInput();
     std::optional<TimedFix> takeReady();

@@ -11,7 +11,7 @@ talker. Other sentences are skipped. Times are those of the sentences, dates tho
 Examples:
   recstation -o recordings nmea drive.log
   recstation -o recordings nmea compass.log --date 2026-11-21
-  cat /dev/ttyUSB0 | recstation -o recordings nmea - iq capture.cu8 --rate 2e6 --centre 1090e6)";
+  recstation -o recordings sweep night.csv nmea drive.log --fix-week-rollover)";
 
 }  // namespace
 
