@@ -90,4 +90,32 @@ struct MapOptions {
 };
 ExitCode map(const MapOptions& options);
 
+struct DiffOptions {
+    std::string file;
+    std::string from;  ///< a time of the recording
+    std::string to;    ///< a time of the recording
+    bool all = false;  ///< show what is the same as well
+    bool json = false;
+};
+ExitCode diff(const DiffOptions& options);
+
+struct CutOptions {
+    std::string file;
+    std::string from;    ///< a time of the recording; empty: from the beginning
+    std::string to;      ///< a time of the recording; empty: to the end
+    std::string output;  ///< the new file
+    bool force = false;  ///< replace an existing file
+    bool json = false;
+};
+ExitCode cut(const CutOptions& options);
+
+struct MergeOptions {
+    std::vector<std::string> files;
+    std::string output;     ///< the new file
+    bool separate = false;  ///< keep values apart that several files recorded at the same time
+    bool force = false;     ///< replace an existing file
+    bool json = false;
+};
+ExitCode merge(const MergeOptions& options);
+
 }  // namespace RecTool

@@ -1,11 +1,11 @@
 #include "filechange.h"
 
-#include <algorithm>
 #include <iostream>
 #include <vector>
 
 #include "output.h"
 #include "progress.h"
+#include "samesummary.h"
 #include "system/terminal.h"
 
 namespace RecTool {
@@ -14,32 +14,11 @@ namespace Inspection = Recording2::Inspection;
 
 namespace {
 
-bool sameTypes(const std::vector<Inspection::TypeEntry>& a, const std::vector<Inspection::TypeEntry>& b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const auto& x, const auto& y) {
-        return x.typeNumber == y.typeNumber && x.valueType == y.valueType && x.keyword == y.keyword &&
-               x.valuePath == y.valuePath;
-    });
-}
-
-bool sameTimes(const std::vector<Inspection::TimeEntry>& a, const std::vector<Inspection::TimeEntry>& b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](const auto& x, const auto& y) { return x.timeMs == y.timeMs && x.position == y.position; });
-}
-
-bool sameBookmarks(const std::vector<Inspection::Bookmark>& a, const std::vector<Inspection::Bookmark>& b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](const auto& x, const auto& y) { return x.timeMs == y.timeMs && x.text == y.text; });
-}
-
 bool sameRecording(const Inspection::Summary& a, const Inspection::Summary& b)
 {
     return a.header.startMs == b.header.startMs && a.header.stopMs == b.header.stopMs &&
            a.header.firstRecordPosition == b.header.firstRecordPosition &&
-           a.header.timeTablePosition == b.header.timeTablePosition && sameTypes(a.types, b.types) &&
-           sameTimes(a.times, b.times);
+           a.header.timeTablePosition == b.header.timeTablePosition && same(a.types, b.types) && same(a.times, b.times);
 }
 
 /// What is wrong with a file that was read back; empty when nothing is.
@@ -54,7 +33,7 @@ std::string difference(const Inspection::Summary& found, const Inspection::Summa
     if (!sameRecording(found, expected)) {
         return "The records are not those that were there before.";
     }
-    if (!sameBookmarks(found.bookmarks, expected.bookmarks)) {
+    if (!same(found.bookmarks, expected.bookmarks)) {
         return "The bookmarks are not those that should be there.";
     }
     return found.channelRangeTimes == expected.channelRangeTimes ? ""

@@ -198,6 +198,12 @@ void addGeoJson(CLI::App& app, RecTool::MapOptions& options)
         ->needs(geoJson);
 }
 
+void addOutput(CLI::App& verb, std::string& output, bool& force)
+{
+    verb.add_option("-o,--output", output, "The new recording")->type_name("FILE")->required();
+    verb.add_flag("--force", force, "Replace an existing file");
+}
+
 void addMap(CLI::App& app, Action& action)
 {
     Verb<RecTool::MapOptions> verb(app, "map", "Show the bearing of every channel", RecTool::map, action);
@@ -283,6 +289,49 @@ void addPlot(CLI::App& app, Action& action)
         "  rectool plot bearings recording.rec -o bearings.png --relative --from 60000 --json");
 }
 
+void addDiff(CLI::App& app, Action& action)
+{
+    Verb<RecTool::DiffOptions> verb(app, "diff", "Show what is different between two moments", RecTool::diff, action);
+    verb.addTime("--from", verb.options().from, "The first moment. " + Time)->required();
+    verb.addTime("--to", verb.options().to, "The second moment")->required();
+    verb.app().add_flag("--all", verb.options().all, "Show what is the same as well");
+    verb.addJson("Print one JSON document");
+    verb.app().footer(
+        "Examples:\n"
+        "  rectool diff recording.rec --from 60000 --to 65000\n"
+        "  rectool diff recording.rec --from bookmark:alarm-5000 --to bookmark:alarm --json");
+}
+
+void addCut(CLI::App& app, Action& action)
+{
+    Verb<RecTool::CutOptions> verb(app, "cut", "Store a part of a recording as a recording of its own", RecTool::cut,
+                                   action);
+    verb.addTime("--from", verb.options().from, "Begin with the state at this time. " + Time);
+    verb.addTime("--to", verb.options().to, "End at this time, which is kept too");
+    addOutput(verb.app(), verb.options().output, verb.options().force);
+    verb.addJson("Print a summary as JSON");
+    verb.app().footer(
+        "Examples:\n"
+        "  rectool cut recording.rec --from 60000 --to 65000 -o part.rec\n"
+        "  rectool cut recording.rec --from bookmark:alarm-5000 -o alarm.rec");
+}
+
+void addMerge(CLI::App& app, Action& action)
+{
+    auto options = std::make_shared<RecTool::MergeOptions>();
+    CLI::App* verb = app.add_subcommand("merge", "Make one recording of several, by clock time");
+    verb->add_option("FILE", options->files, "Recordings, in any order")->required();
+    addOutput(*verb, options->output, options->force);
+    verb->add_flag("--separate", options->separate,
+                   "Keep values apart that several files recorded at the same time, instead of refusing them");
+    verb->add_flag("--json", options->json, "Print a summary as JSON");
+    verb->footer(
+        "Examples:\n"
+        "  rectool merge first.rec second.rec -o whole.rec\n"
+        "  rectool merge receiver.rec df.rec -o station.rec --separate");
+    verb->callback([options, &action] { action = [options] { return RecTool::merge(*options); }; });
+}
+
 ExitCode run(int argc, char** argv)
 {
     CLI::App app("Looks into recordings of receivers and direction finders.", "rectool");
@@ -291,7 +340,8 @@ ExitCode run(int argc, char** argv)
     app.footer(std::string("rectool VERB --help tells more about a verb.\n\n") + ExitCodes);
 
     Action action;
-    for (const auto add : {addInfo, addTypes, addCat, addBookmark, addRange, addState, addMap, addPlot}) {
+    for (const auto add :
+         {addInfo, addTypes, addCat, addBookmark, addRange, addState, addMap, addPlot, addDiff, addCut, addMerge}) {
         add(app, action);
     }
     try {

@@ -33,6 +33,12 @@ const ValueBase* RecordedValues::apply(const Recording2::Inspection::Record& rec
     return value != nullptr && value->ApplyRecordedState(record.data, 0, false) ? value.get() : nullptr;
 }
 
+const ValueBase* RecordedValues::find(std::int32_t code) const
+{
+    const auto found = m_values.find(code);
+    return found == m_values.end() ? nullptr : found->second.get();
+}
+
 namespace {
 
 /// The lowest and highest number, those that are none left out.

@@ -19,6 +19,8 @@ public:
     /// Applies a record. @return the value as it is then, null when the record's text is not understood; valid until
     /// the next record of the same type number is applied
     const values::ValueBase* apply(const Recording2::Inspection::Record& record);
+    /// The value of a type number as the last record that was understood left it; null when there is none.
+    [[nodiscard]] const values::ValueBase* find(std::int32_t code) const;
 
 private:
     std::map<std::int32_t, std::unique_ptr<values::ValueBase>> m_values;

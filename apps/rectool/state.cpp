@@ -1,7 +1,7 @@
 #include <iostream>
-#include <map>
 
 #include "commands.h"
+#include "inforce.h"
 #include "json.h"
 #include "output.h"
 #include "progress.h"
@@ -16,35 +16,28 @@ namespace Inspection = Recording2::Inspection;
 
 namespace {
 
-/// The last record of a type and what the value is behind it.
-struct LastRecord {
-    Inspection::Record record;
-    const values::ValueBase* value = nullptr;  // null when the record is not understood
-};
-using LastRecords = std::map<std::int32_t, LastRecord>;
-
-void printTable(const LastRecords& last, const TypeNames& names)
+void printTable(const InForce& state, const TypeNames& names)
 {
-    if (last.empty()) {
+    if (state.entries().empty()) {
         std::cout << "Nothing is recorded up to that time.\n";
         return;
     }
     Table table({Table::Align::Right, Table::Align::Left, Table::Align::Right, Table::Align::Left});
     table.add({"Type", "Keyword", "Since", "Value"});
-    for (const auto& [code, entry] : last) {
+    for (const auto& [code, entry] : state.entries()) {
         table.add({std::to_string(code), names.label(code), std::to_string(entry.record.timeMs),
                    describe(entry.record, entry.value)});
     }
     table.print(std::cout, "");
 }
 
-void printJson(const std::string& file, std::uint64_t at, const LastRecords& last, const TypeNames& names)
+void printJson(const std::string& file, std::uint64_t at, const InForce& state, const TypeNames& names)
 {
-    Json state = Json::array();
-    for (const auto& [code, entry] : last) {
-        state.push_back(toJson(entry.record, entry.value, names));
+    Json entries = Json::array();
+    for (const auto& [code, entry] : state.entries()) {
+        entries.push_back(toJson(entry.record, entry.value, names));
     }
-    std::cout << dump({{"file", file}, {"atMs", at}, {"state", std::move(state)}}, 2) << '\n';
+    std::cout << dump({{"file", file}, {"atMs", at}, {"state", std::move(entries)}}, 2) << '\n';
 }
 
 }  // namespace
@@ -60,23 +53,21 @@ ExitCode state(const StateOptions& options)
     if (!requireTime("--at", options.at, summary, at)) {
         return ExitCode::Usage;
     }
-    RecordedValues recorded;
-    LastRecords last;
+    InForce inForce;
     Progress progress(options.file);
     std::vector<Inspection::Finding> findings = summary.findings;
     const auto inRecords = Inspection::walkRecords(
         options.file, summary,
         [&](const Inspection::Record& record) {
-            const bool timeIsKnown = record.timeMs != 0;
-            if (timeIsKnown && record.timeMs <= at) {
-                last[record.code] = {record, recorded.apply(record)};
+            if (record.timeMs <= at) {
+                inForce.apply(record);
             }
             return record.timeMs <= at;
         },
         progress.callback());
     progress.clear();
     const TypeNames names(summary.types);
-    options.json ? printJson(options.file, at, last, names) : printTable(last, names);
+    options.json ? printJson(options.file, at, inForce, names) : printTable(inForce, names);
     findings.insert(findings.end(), inRecords.begin(), inRecords.end());
     complain(options.file, findings);
     return finish(soundness(findings));

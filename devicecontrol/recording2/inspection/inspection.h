@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -93,8 +94,29 @@ struct Record {
     std::string data;
 };
 
-/// Walks the records in file order, from the first to the time table. The record object is reused.
-/// Behind damaged bytes the walk goes on at the next record that the time table names.
+/// Reads the records one after the other in file order, from the first to the time table. Behind damaged bytes reading
+/// goes on at the next record that the time table names. For a file that cannot be read there is no record.
+class RecordReader {
+public:
+    /// @param summary of the same file; must outlive the reader
+    RecordReader(const std::string& path, const Summary& summary);
+    RecordReader(RecordReader&& other) noexcept;
+    RecordReader& operator=(RecordReader&& other) noexcept;
+    ~RecordReader();
+
+    /// @return false when there is no further record; the record then holds nothing of use
+    bool next(Record& record);
+    [[nodiscard]] std::int64_t bytesRead() const;
+    [[nodiscard]] std::int64_t bytesInAll() const;  ///< of all records
+    /// What is damaged in the records so far, and, after the last one, how they differ from the time table.
+    [[nodiscard]] const std::vector<Finding>& findings() const;
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+};
+
+/// Walks the records as RecordReader reads them. The record object is reused.
 /// @param visit returns false to stop
 /// @param progress called now and then with the bytes walked and the bytes in all; may be empty
 /// @return what is damaged in the records, and, after a whole walk, how they differ from the time table

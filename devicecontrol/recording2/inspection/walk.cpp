@@ -43,119 +43,152 @@ private:
     std::size_t m_passed = 0;
 };
 
-class Walk {
-public:
-    Walk(FileSource& source, const Summary& summary)
-        : m_fields(source, summary.header.firstRecordPosition, recordsEnd(summary)),
-          m_named(summary.times),
-          m_begin(summary.header.firstRecordPosition)
+}  // namespace
+
+struct RecordReader::Private {
+    Private(const std::string& path, const Summary& summary)
+        : source(path),
+          fields(source, summary.header.firstRecordPosition, recordsEnd(summary)),
+          named(summary.times),
+          begin(summary.header.firstRecordPosition)
     {
     }
 
-    std::vector<Finding> run(const std::function<bool(const Record&)>& visit,
-                             const std::function<void(std::int64_t, std::int64_t)>& progress)
+    bool next(Record& record)
     {
-        constexpr std::int64_t ProgressBytes = std::int64_t{1} << 20;
-        std::int64_t nextProgress = m_begin + ProgressBytes;
-        Record record;
-        while (m_fields.left() > 0) {
-            if (!readRecord(record)) {
-                if (!resume(record.position)) {
-                    break;
-                }
-                continue;
+        while (fields.left() > 0) {
+            if (readRecord(record)) {
+                return true;
             }
-            if (!visit(record)) {
-                return std::move(m_findings);
-            }
-            if (progress && m_fields.position() >= nextProgress) {
-                progress(m_fields.position() - m_begin, m_fields.bound() - m_begin);
-                nextProgress = m_fields.position() + ProgressBytes;
+            if (!resume(record.position)) {
+                break;
             }
         }
         compareWithTimeTable();
-        return std::move(m_findings);
+        return false;
     }
 
-private:
     bool readRecord(Record& record)
     {
-        record.position = m_fields.position();
+        record.position = fields.position();
         std::int32_t length = 0;
-        if (!m_fields.number(record.code)) {
+        if (!fields.number(record.code)) {
             return damaged(record.position, "The command code");
         }
-        if (!m_fields.number(length)) {
+        if (!fields.number(length)) {
             return damaged(record.position, "The data length");
         }
         if (length == 0) {
-            m_findings.push_back({record.position, "A record has no data."});
+            findings.push_back({record.position, "A record has no data."});
             return false;
         }
-        if (!m_fields.bytes(record.data, length)) {
+        if (!fields.bytes(record.data, length)) {
             return damaged(record.position, "The data");
         }
-        const TimeEntry* named = m_named.at(record.position);
-        record.timeMs = named != nullptr ? named->timeMs : 0;
-        if (named == nullptr && m_unnamed++ == 0) {
-            m_firstUnnamed = record.position;
+        const TimeEntry* entry = named.at(record.position);
+        record.timeMs = entry != nullptr ? entry->timeMs : 0;
+        if (entry == nullptr && unnamed++ == 0) {
+            firstUnnamed = record.position;
         }
         return true;
     }
 
     bool damaged(std::int64_t offset, const char* field)
     {
-        m_findings.push_back({offset, std::string(field) + " of a record " + m_fields.problem() + "."});
+        findings.push_back({offset, std::string(field) + " of a record " + fields.problem() + "."});
         return false;
     }
 
     /// Goes on at the next record that the time table names. @return false when there is none
     bool resume(std::int64_t position)
     {
-        const std::int64_t next = m_named.behind(position);
+        const std::int64_t next = named.behind(position);
         if (next == 0) {
             return false;
         }
-        m_fields.seek(next);
+        fields.seek(next);
         return true;
     }
 
     void compareWithTimeTable()
     {
-        if (m_unnamed > 0) {
-            m_findings.push_back({m_firstUnnamed, std::to_string(m_unnamed) +
-                                                      " of the records are not in the time table, "
-                                                      "so their times are lost."});
+        if (compared) {
+            return;
         }
-        if (m_named.missed() > 0) {
-            m_findings.push_back(
-                {m_begin, std::to_string(m_named.missed()) +
-                              " entries of the time table name a position at which no record begins."});
+        compared = true;
+        if (unnamed > 0) {
+            findings.push_back({firstUnnamed, std::to_string(unnamed) + " of the records are not in the time table, "
+                                                                        "so their times are lost."});
+        }
+        if (named.missed() > 0) {
+            findings.push_back({begin, std::to_string(named.missed()) +
+                                           " entries of the time table name a position at which no record begins."});
         }
     }
 
-    FieldReader m_fields;
-    NamedRecords m_named;
-    std::int64_t m_begin;
-    std::vector<Finding> m_findings;
-    std::int64_t m_unnamed = 0;
-    std::int64_t m_firstUnnamed = 0;
+    FileSource source;
+    FieldReader fields;
+    NamedRecords named;
+    std::int64_t begin;
+    std::vector<Finding> findings;
+    std::int64_t unnamed = 0;
+    std::int64_t firstUnnamed = 0;
+    bool compared = false;
 };
 
-}  // namespace
+RecordReader::RecordReader(const std::string& path, const Summary& summary)
+{
+    if (summary.readability != Readability::Ok || recordsEnd(summary) == 0) {
+        return;
+    }
+    d = std::make_unique<Private>(path, summary);
+    if (!d->source.good()) {
+        d->findings.push_back({0, "The file cannot be opened any more."});
+        d->fields.seek(d->fields.bound());
+        d->compared = true;
+    }
+}
+
+RecordReader::RecordReader(RecordReader&& other) noexcept = default;
+RecordReader& RecordReader::operator=(RecordReader&& other) noexcept = default;
+RecordReader::~RecordReader() = default;
+
+bool RecordReader::next(Record& record)
+{
+    return d != nullptr && d->next(record);
+}
+
+std::int64_t RecordReader::bytesRead() const
+{
+    return d == nullptr ? 0 : d->fields.position() - d->begin;
+}
+
+std::int64_t RecordReader::bytesInAll() const
+{
+    return d == nullptr ? 0 : d->fields.bound() - d->begin;
+}
+
+const std::vector<Finding>& RecordReader::findings() const
+{
+    static const std::vector<Finding> none;
+    return d == nullptr ? none : d->findings;
+}
 
 std::vector<Finding> walkRecords(const std::string& path, const Summary& summary,
                                  const std::function<bool(const Record&)>& visit,
                                  const std::function<void(std::int64_t, std::int64_t)>& progress)
 {
-    if (summary.readability != Readability::Ok || recordsEnd(summary) == 0) {
-        return {};
+    constexpr std::int64_t ProgressBytes = std::int64_t{1} << 20;
+    std::int64_t nextProgress = ProgressBytes;
+    RecordReader reader(path, summary);
+    Record record;
+    while (reader.next(record) && visit(record)) {
+        if (progress && reader.bytesRead() >= nextProgress) {
+            progress(reader.bytesRead(), reader.bytesInAll());
+            nextProgress = reader.bytesRead() + ProgressBytes;
+        }
     }
-    FileSource source(path);
-    if (!source.good()) {
-        return {{0, "The file cannot be opened any more."}};
-    }
-    return Walk(source, summary).run(visit, progress);
+    return reader.findings();
 }
 
 }  // namespace Recording2::Inspection

@@ -1,0 +1,291 @@
+#include <algorithm>
+#include <iostream>
+#include <limits>
+#include <map>
+#include <optional>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include <values/recordingtext.h>
+
+#include "commands.h"
+#include "headerfields.h"
+#include "inforce.h"
+#include "json.h"
+#include "newrecording.h"
+#include "output.h"
+#include "progress.h"
+#include "recordingtime.h"
+#include "text.h"
+#include "typenames.h"
+
+namespace RecTool {
+
+namespace Inspection = Recording2::Inspection;
+
+namespace {
+
+constexpr std::uint64_t EndOfTime = std::numeric_limits<std::uint64_t>::max();
+
+struct Span {
+    std::uint64_t from = 0;
+    std::uint64_t to = EndOfTime;
+};
+
+/// The last moment that belongs to the recording.
+std::uint64_t endOf(const Inspection::Summary& summary)
+{
+    const Inspection::Header& header = summary.header;
+    const std::uint64_t length = header.stopMs - std::min(header.startMs, header.stopMs);
+    return summary.times.empty() ? length : std::max(length, summary.times.back().timeMs);
+}
+
+/// A part of a recording on its way into a file of its own.
+///
+/// The state in force at the beginning of the span is written first, one record a value. These records take the
+/// milliseconds up to that moment, so the new recording starts a little before it, and every time is counted from
+/// there.
+class Cut {
+public:
+    Cut(const Inspection::Summary& summary, const Span& span, NewRecording& output)
+        : m_summary(summary),
+          m_span(span),
+          m_output(output),
+          m_names(summary.types),
+          m_fields(m_names),
+          m_ranges(summary.channelRangeTimes.begin(), summary.channelRangeTimes.end())
+    {
+    }
+
+    /// @return false behind the span
+    bool visit(const Inspection::Record& record)
+    {
+        if (record.timeMs == 0) {
+            ++m_withoutTime;
+        } else if (record.timeMs <= m_span.from) {
+            m_state.apply(record);
+            m_fields.follow(record);
+            const bool isRange = m_ranges.count(record.timeMs) > 0 && values::CarriesChannelRange(record.data);
+            m_rangeCode = isRange ? record.code : m_rangeCode;
+        } else if (record.timeMs <= m_span.to) {
+            begin();
+            m_fields.follow(record);
+            m_output.write(record.code, record.data, moved(record.timeMs), false);
+        }
+        return record.timeMs <= m_span.to && !NewRecording::interrupted();
+    }
+
+    /// To be called when all records were seen.
+    ExitCode finish()
+    {
+        begin();
+        for (const std::uint64_t range : m_ranges) {
+            if (range > m_span.from && range <= m_span.to) {
+                m_output.addChannelRange(moved(range));
+            }
+        }
+        return m_output.finish(header(), bookmarks());
+    }
+
+    [[nodiscard]] std::uint64_t stateRecords() const { return m_stateRecords; }
+    [[nodiscard]] std::uint64_t withoutTime() const { return m_withoutTime; }
+
+private:
+    struct StateRecord {
+        std::uint64_t since = 0;
+        std::int32_t code = 0;
+        std::string text;
+        bool isRange = false;
+    };
+
+    [[nodiscard]] std::uint64_t moved(std::uint64_t time) const { return time - m_span.from + m_lead; }
+
+    void begin()
+    {
+        if (m_begun) {
+            return;
+        }
+        m_begun = true;
+        if (m_span.from > 0) {
+            const std::vector<StateRecord> records = stateRecordsInOrder();
+            m_stateRecords = records.size();
+            m_lead = chooseLead(records);
+            std::uint64_t time = m_lead - m_stateRecords;
+            for (const StateRecord& record : records) {
+                m_output.write(record.code, record.text, ++time, record.isRange);
+            }
+            m_fields.restart(m_state);
+        }
+    }
+
+    [[nodiscard]] std::vector<StateRecord> stateRecordsInOrder() const
+    {
+        const std::optional<std::int32_t> withRange = rangeCode();
+        std::vector<StateRecord> records;
+        for (const auto& [code, last] : m_state.entries()) {
+            bool isRange = code == withRange;
+            for (std::string& text : m_state.completeTexts(code)) {
+                records.push_back({last.record.timeMs, code, std::move(text), isRange});
+                isRange = false;
+            }
+        }
+        std::stable_sort(records.begin(), records.end(),
+                         [](const StateRecord& a, const StateRecord& b) { return a.since < b.since; });
+        return records;
+    }
+
+    /// The type whose state the channel range table is to name: that of the direction finder, whose map replay
+    /// rebuilds, else the one that told the range in force; nothing where no range was in force.
+    [[nodiscard]] std::optional<std::int32_t> rangeCode() const
+    {
+        if (m_ranges.empty() || *m_ranges.begin() > m_span.from) {
+            return std::nullopt;
+        }
+        const std::optional<std::int32_t> bearings = m_names.numberOf(DirectionFindingKeyword);
+        const std::vector<std::string> texts = bearings ? m_state.completeTexts(*bearings) : std::vector<std::string>();
+        return !texts.empty() && values::CarriesChannelRange(texts.front()) ? bearings : m_rangeCode;
+    }
+
+    /// How many milliseconds the new recording starts before the span. Replay takes a channel range at 11 ms for the
+    /// state that a recorder stores at 10 ms, so none may be moved there.
+    [[nodiscard]] std::uint64_t chooseLead(const std::vector<StateRecord>& records) const
+    {
+        constexpr std::uint64_t Misread = 11;
+        std::uint64_t lead = std::max<std::uint64_t>(records.size(), 1);  // a bookmark at the very beginning needs 1
+        const auto misread = [&] {
+            const auto index = Misread - (lead - records.size()) - 1;  // of the state record that is given the time
+            const bool inState = index < records.size() && records[index].isRange;
+            const bool inSpan = lead < Misread && m_ranges.count(m_span.from + Misread - lead) > 0;
+            return inState || inSpan;
+        };
+        while (misread() && lead < m_summary.header.startMs + m_span.from) {
+            ++lead;
+        }
+        return lead;
+    }
+
+    [[nodiscard]] Inspection::Header header() const
+    {
+        Inspection::Header header = m_summary.header;
+        const bool toTheEnd = m_span.to >= endOf(m_summary);
+        if (m_span.from > 0 || !toTheEnd) {
+            m_fields.put(header);
+        }
+        header.startMs = m_summary.header.startMs + m_span.from - m_lead;
+        header.stopMs = toTheEnd ? m_summary.header.stopMs : m_summary.header.startMs + m_span.to;
+        if (m_span.from > 0) {
+            header.stopMs = std::max(header.stopMs, m_summary.header.startMs + m_span.from);
+        }
+        return header;
+    }
+
+    [[nodiscard]] std::vector<Inspection::Bookmark> bookmarks() const
+    {
+        std::map<std::uint64_t, std::string> kept;  // in order, also where the source has them in disorder
+        for (const Inspection::Bookmark& bookmark : m_summary.bookmarks) {
+            if (bookmark.timeMs != 0 && bookmark.timeMs >= m_span.from && bookmark.timeMs <= m_span.to) {
+                kept.emplace(moved(bookmark.timeMs), bookmark.text);
+            }
+        }
+        std::vector<Inspection::Bookmark> bookmarks;
+        for (auto& [time, text] : kept) {
+            bookmarks.push_back({time, std::move(text)});
+        }
+        return bookmarks;
+    }
+
+    const Inspection::Summary& m_summary;
+    Span m_span;
+    NewRecording& m_output;
+    TypeNames m_names;
+    HeaderFields m_fields;
+    std::set<std::uint64_t> m_ranges;
+    InForce m_state;
+    std::optional<std::int32_t> m_rangeCode;  // of the last record that the table names
+    bool m_begun = false;
+    std::uint64_t m_lead = 0;
+    std::uint64_t m_stateRecords = 0;
+    std::uint64_t m_withoutTime = 0;
+};
+
+/// @return false, told, when the span is none of the recording
+bool takeSpan(const CutOptions& options, const Inspection::Summary& summary, Span& span)
+{
+    if (!takeTime("--from", options.from, summary, span.from) || !takeTime("--to", options.to, summary, span.to)) {
+        return false;
+    }
+    if (span.from > span.to) {
+        complain(options.file, "--from lies behind --to.");
+        return false;
+    }
+    if (span.from > endOf(summary)) {
+        complain(options.file,
+                 "--from lies behind the end of the recording, " + std::to_string(endOf(summary)) + " ms.");
+        return false;
+    }
+    return true;
+}
+
+void printSummary(const CutOptions& options, const Span& span, const Cut& cut, const NewRecordingResult& result)
+{
+    if (options.json) {
+        Json json = {{"file", options.file},
+                     {"fromMs", options.from.empty() ? Json() : Json(span.from)},
+                     {"toMs", options.to.empty() ? Json() : Json(span.to)}};
+        json.update(toJson(options.output, result));
+        json["stateRecords"] = cut.stateRecords();
+        json["recordsWithoutTime"] = cut.withoutTime();
+        std::cout << dump(json, 2) << '\n';
+        return;
+    }
+    print(options.output, result);
+    if (cut.stateRecords() > 0) {
+        std::cout << "The first " << grouped(cut.stateRecords()) << " records are the state at --from.\n";
+    }
+}
+
+}  // namespace
+
+ExitCode cut(const CutOptions& options)
+{
+    const Inspection::Summary summary = Inspection::inspect(options.file);
+    if (summary.readability != Inspection::Readability::Ok) {
+        complain(options.file, summary.problem);
+        return ExitCode::CannotRead;
+    }
+    Span span;
+    if (!takeSpan(options, summary, span)) {
+        return ExitCode::Usage;
+    }
+    NewRecording output(options.output, options.force);
+    ExitCode result = output.check({options.file});
+    if (result == ExitCode::Fine) {
+        result = output.create(summary.types);
+    }
+    if (result != ExitCode::Fine) {
+        return result;
+    }
+    Cut cut(summary, span, output);
+    std::vector<Inspection::Finding> findings = summary.findings;
+    {
+        Progress progress(options.file);
+        const auto inRecords = Inspection::walkRecords(
+            options.file, summary, [&](const Inspection::Record& record) { return cut.visit(record); },
+            progress.callback());
+        findings.insert(findings.end(), inRecords.begin(), inRecords.end());
+    }
+    result = cut.finish();
+    complain(options.file, findings);
+    if (result != ExitCode::Fine) {
+        return result;
+    }
+    printSummary(options, span, cut, output.result());
+    if (cut.withoutTime() > 0) {
+        complain(options.file,
+                 std::to_string(cut.withoutTime()) + " records whose time is lost have no place and were left out.");
+    }
+    return finish(cut.withoutTime() > 0 ? ExitCode::Damaged : soundness(findings));
+}
+
+}  // namespace RecTool

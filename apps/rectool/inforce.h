@@ -1,0 +1,41 @@
+// What is in force at a moment of a recording: the last record of every type and the value that it led to.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <recording2/inspection/inspection.h>
+#include <values/valuebase.h>
+
+#include "recordedvalues.h"
+
+namespace RecTool {
+
+/// The last record of a type and what the value is behind it.
+struct LastRecord {
+    Recording2::Inspection::Record record;
+    const values::ValueBase* value = nullptr;  ///< null when the record is not understood
+};
+
+/// The state of a recording as its records build it up. Every record from the beginning on must be applied for maps to
+/// be complete. Records whose time is lost have no place in it: applying them does nothing.
+class InForce {
+public:
+    void apply(const Recording2::Inspection::Record& record);
+
+    /// By type number. The values are good until the next record is applied.
+    [[nodiscard]] const std::map<std::int32_t, LastRecord>& entries() const { return m_last; }
+    [[nodiscard]] const LastRecord* find(std::int32_t code) const;  ///< null when the type has no record
+    /// The texts that bring about the state of a type in an empty recording: one, or two where the last record is not
+    /// understood and an earlier one was. Maps are given with their range and all cells, data that is not understood as
+    /// it was recorded.
+    [[nodiscard]] std::vector<std::string> completeTexts(std::int32_t code) const;
+
+private:
+    RecordedValues m_recorded;
+    std::map<std::int32_t, LastRecord> m_last;
+};
+
+}  // namespace RecTool
