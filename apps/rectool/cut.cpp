@@ -124,10 +124,14 @@ private:
         const std::optional<std::int32_t> withRange = rangeCode();
         std::vector<StateRecord> records;
         for (const auto& [code, last] : m_state.entries()) {
-            bool isRange = code == withRange;
-            for (std::string& text : m_state.completeTexts(code)) {
-                records.push_back({last.record.timeMs, code, std::move(text), isRange});
-                isRange = false;
+            const std::vector<std::string> texts = m_state.completeTexts(code);
+            if (code == withRange) {
+                // Replay of a whole recording begins behind the first record that the channel range table names, so
+                // that the map must be told again.
+                records.push_back({last.record.timeMs, code, texts.front(), true});
+            }
+            for (const std::string& text : texts) {
+                records.push_back({last.record.timeMs, code, text, false});
             }
         }
         std::stable_sort(records.begin(), records.end(),

@@ -217,6 +217,7 @@ MergeInput surveyForMerge(std::string file, Inspection::Summary summary, bool (*
     input.findings = input.summary.findings;
     const std::uint64_t start = input.summary.header.startMs;
     bool inState = true;
+    std::int32_t lastCode = 0;
     Progress progress(input.file);
     const auto inRecords = Inspection::walkRecords(
         input.file, input.summary,
@@ -228,7 +229,9 @@ MergeInput surveyForMerge(std::string file, Inspection::Summary summary, bool (*
             const std::uint64_t clock = start + record.timeMs;
             const bool first = input.types.empty();
             MergeInput::Type& type = input.types[record.code];
-            if (inState && type.records > 0) {
+            const bool again = type.records > 0 && record.code != lastCode;  // one value may take two records
+            lastCode = record.code;
+            if (inState && again) {
                 inState = false;
                 input.bodyMs = clock;
             }

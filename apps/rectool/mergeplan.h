@@ -29,7 +29,7 @@ struct MergeInput {
     std::uint64_t withoutTime = 0;
     std::uint64_t firstMs = 0;       ///< clock time of the first record
     std::uint64_t lastMs = 0;        ///< clock time of the last record
-    std::uint64_t stateRecords = 0;  ///< records in front of the first type that comes again: the state at the start
+    std::uint64_t stateRecords = 0;  ///< records in front of the first type that comes back: the state at the start
     std::uint64_t bodyMs = 0;        ///< clock time of the first record behind them; 0 without one
 
     [[nodiscard]] bool empty() const { return types.empty(); }

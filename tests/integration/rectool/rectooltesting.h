@@ -1,0 +1,74 @@
+// What the tests of cutting, merging and comparing share: running verbs in this process, and looking at what they made.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <QString>
+#include <QTemporaryDir>
+
+#include <commands.h>
+#include <recording2/inspection/inspection.h>
+
+namespace RecToolTests {
+
+struct Result {
+    RecTool::ExitCode exitCode = RecTool::ExitCode::Fine;
+    std::string out;
+    std::string err;
+};
+
+/// Runs a verb and takes what it prints.
+Result run(const std::function<RecTool::ExitCode()>& verb);
+Result cut(const std::string& file, const std::string& from, const std::string& to, const std::string& output);
+Result merge(const std::vector<std::string>& files, const std::string& output, bool separate = false);
+
+/// A record as the tests compare them.
+struct ClockedRecord {
+    std::uint64_t clockMs = 0;
+    std::int32_t code = 0;
+    std::string data;
+
+    bool operator==(const ClockedRecord&) const = default;
+};
+std::vector<ClockedRecord> recordsOf(const std::string& file);
+
+/// What is in force: a text that tells the whole value, by type number and path.
+using State = std::map<std::string, std::string>;
+
+/// The state of a recording at every moment at which it changes, by clock time.
+class History {
+public:
+    explicit History(const std::string& file);
+    [[nodiscard]] const State& at(std::uint64_t clockMs) const;
+    [[nodiscard]] const std::map<std::uint64_t, State>& moments() const { return m_moments; }
+
+private:
+    std::map<std::uint64_t, State> m_moments;
+};
+/// The first clock time from `from` to `to` at which the two do not say the same; 0 when there is none.
+std::uint64_t firstDifference(const History& a, const History& b, std::uint64_t from, std::uint64_t to);
+
+/// Bookmarks by clock time.
+std::map<std::uint64_t, std::string> bookmarksOf(const std::string& file);
+
+/// A directory for the files of one test.
+class Folder {
+public:
+    [[nodiscard]] std::string file(const std::string& name) const
+    {
+        return m_folder.filePath(QString::fromStdString(name)).toStdString();
+    }
+    [[nodiscard]] std::vector<std::string> names() const;  ///< of the files that are there, sorted
+
+private:
+    QTemporaryDir m_folder;
+};
+
+std::string bytesOf(const std::string& file);
+void writeBytes(const std::string& file, const std::string& bytes);
+
+}  // namespace RecToolTests
