@@ -263,6 +263,28 @@ std::int64_t largestSize(const std::vector<MergeInput>& inputs, const MergePlan&
     return size;
 }
 
+/// What the records take, before anything is known of them.
+std::int64_t recordBytes(const std::vector<std::string>& files, const std::vector<Inspection::Summary>& summaries)
+{
+    std::int64_t bytes = 0;
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        bytes += Inspection::RecordReader(files[i], summaries[i]).bytesInAll();
+    }
+    return bytes;
+}
+
+ExitCode checkSize(const std::string& output, std::int64_t bytes)
+{
+    constexpr std::int64_t Most = std::numeric_limits<std::int32_t>::max();
+    if (bytes <= Most) {
+        return ExitCode::Fine;
+    }
+    complain(output, "The recordings take " + grouped(static_cast<std::uint64_t>(bytes)) + " bytes together, but one " +
+                         "recording can have " + grouped(static_cast<std::uint64_t>(Most)) +
+                         " at most. Nothing was written.");
+    return ExitCode::CannotRead;
+}
+
 /// @return false, told, when one of the files is no recording that can be placed in time
 bool inspectAll(const std::vector<std::string>& files, std::vector<Inspection::Summary>& summaries)
 {
@@ -423,14 +445,10 @@ ExitCode mergeInputs(const MergeOptions& options, const std::vector<MergeInput>&
         complain(inputs[plan.refusedInput].file, plan.refusal);
         return ExitCode::Usage;
     }
-    const std::int64_t size = largestSize(inputs, plan);
-    if (size > std::numeric_limits<std::int32_t>::max()) {
-        complain(options.output, "The recordings together take up to " + grouped(static_cast<std::uint64_t>(size)) +
-                                     " bytes, more than the 2,147,483,647 that one recording can have. Nothing was "
-                                     "written.");
-        return ExitCode::CannotRead;
+    ExitCode result = checkSize(options.output, largestSize(inputs, plan));
+    if (result == ExitCode::Fine) {
+        result = output.create(namedTypes(plan));
     }
-    ExitCode result = output.create(namedTypes(plan));
     if (result != ExitCode::Fine) {
         return result;
     }
@@ -459,7 +477,10 @@ ExitCode merge(const MergeOptions& options)
         return ExitCode::CannotRead;
     }
     NewRecording output(options.output, options.force);
-    const ExitCode checked = output.check(options.files);
+    ExitCode checked = output.check(options.files);
+    if (checked == ExitCode::Fine) {
+        checked = checkSize(options.output, recordBytes(options.files, summaries));
+    }
     if (checked != ExitCode::Fine) {
         return checked;
     }
