@@ -138,7 +138,8 @@ TEST_F(RecTool, HelpAndVersionAreNoErrors)
     EXPECT_EQ(rectool({"--version"}).exitCode, 0);
     EXPECT_THAT(rectool({"--version"}).out, StartsWith("rectool "));
     EXPECT_THAT(rectool({"--help"}).out, AllOf(HasSubstr("info"), HasSubstr("types"), HasSubstr("cat")));
-    for (const QString verb : {"info", "types", "cat", "bookmark list", "range list", "state", "map"}) {
+    for (const QString verb :
+         {"info", "types", "cat", "bookmark list", "range list", "state", "map", "diff", "cut", "merge"}) {
         const Result help = rectool(verb.split(' ') + QStringList{"--help"});
         EXPECT_EQ(help.exitCode, 0);
         EXPECT_THAT(help.out, AllOf(HasSubstr("Example"), HasSubstr("--json")));
@@ -159,7 +160,12 @@ TEST_F(RecTool, WrongUsageIsExitCode1)
                                             {"cat", full, "--from", "soon"},
                                             {"cat", full, "--to", "12:00"},
                                             {"cat", full, "--from", "-1"},
-                                            {"cat", full, "--type", "LEVL"}};
+                                            {"cat", full, "--type", "LEVL"},
+                                            {"diff", full, "--from", "1"},
+                                            {"diff", full, "--from", "2", "--to", "1"},
+                                            {"cut", full},
+                                            {"cut", full, "-o", full, "--force"},
+                                            {"merge", full, "-o", folder() + "/new.rec"}};
     for (const QStringList& arguments : wrong) {
         const Result result = rectool(arguments);
         EXPECT_EQ(result.exitCode, 1) << arguments.join(' ').toStdString();
@@ -191,6 +197,7 @@ TEST_F(RecTool, EveryVerbSaysWhyAFileCannotBeRead)
         {file(std::string(499, '0') + "#", "open.rec"), "The recording was never closed"},
         {cut("full", 100), "The file ends within its header"},
     };
+    const QString full = golden("full");
     for (const Case& unreadable : cases) {
         const std::vector<QStringList> verbs = {{"info", unreadable.path},
                                                 {"types", unreadable.path},
@@ -202,7 +209,10 @@ TEST_F(RecTool, EveryVerbSaysWhyAFileCannotBeRead)
                                                 {"range", "clear", unreadable.path, "--yes"},
                                                 {"range", "rebuild", unreadable.path, "--yes"},
                                                 {"state", unreadable.path, "--at", "1"},
-                                                {"map", unreadable.path}};
+                                                {"map", unreadable.path},
+                                                {"diff", unreadable.path, "--from", "1", "--to", "2"},
+                                                {"cut", unreadable.path, "-o", folder() + "/new.rec"},
+                                                {"merge", unreadable.path, full, "-o", folder() + "/new.rec"}};
         for (const QStringList& arguments : verbs) {
             const Result result = rectool(arguments);
             EXPECT_EQ(result.exitCode, 2);
@@ -777,3 +787,31 @@ TEST_F(RecTool, AFullDiskIsAnError)
     EXPECT_THAT(result.err, HasSubstr("the output could not be written"));
 }
 #endif
+
+// Making recordings of others; what they hold is tested beside the verbs' own code
+
+TEST_F(RecTool, CutAndMergeTakeRecordingsApartAndTogetherAgain)
+{
+    const QString whole = bearings();
+    const QString first = folder() + "/first.rec";
+    const QString second = folder() + "/second.rec";
+    const QString merged = folder() + "/merged.rec";
+    const Result cut = rectool({"cut", whole, "--to", "1200", "-o", first});
+    EXPECT_EQ(cut.exitCode, 0) << cut.err;
+    EXPECT_THAT(cut.out, AllOf(StartsWith(first.toStdString() + "\n"), HasSubstr("Records         5\n"),
+                               HasSubstr("2023-11-14 22:13:21.200 UTC")));
+    EXPECT_THAT(rectool({"cut", whole, "--from", "22:13:21.2 UTC", "--output", second}).out,
+                HasSubstr("The first 3 records are the state at --from."));
+    const Result merge = rectool({"merge", second, first, "-o", merged, "--json"});
+    EXPECT_EQ(merge.exitCode, 0) << merge.err;
+    EXPECT_EQ(json::parse(merge.out).at("files")[0].at("file"), first.toStdString());
+    for (const QString time : {"100", "1199", "1200", "1201", "1500", "2500"}) {
+        const json expected = json::parse(rectool({"state", whole, "--at", time, "--json"}).out).at("state");
+        const json found = json::parse(rectool({"state", merged, "--at", time, "--json"}).out).at("state");
+        ASSERT_EQ(found.size(), expected.size());
+        for (std::size_t i = 0; i < expected.size(); ++i) {
+            EXPECT_EQ(found[i].at("value"), expected[i].at("value")) << time.toStdString();
+        }
+    }
+    EXPECT_EQ(rectool({"map", merged}).out, rectool({"map", whole}).out);
+}
