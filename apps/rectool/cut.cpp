@@ -193,6 +193,7 @@ private:
             }
         }
         std::vector<Inspection::Bookmark> bookmarks;
+        bookmarks.reserve(kept.size());
         for (auto& [time, text] : kept) {
             bookmarks.push_back({time, std::move(text)});
         }

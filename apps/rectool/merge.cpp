@@ -185,6 +185,7 @@ std::vector<Inspection::Bookmark> mergeBookmarks(const std::vector<MergeInput>& 
     }
     adjustments.movedBookmarks = others.size();
     std::vector<Inspection::Bookmark> bookmarks;
+    bookmarks.reserve(placed.size());
     for (auto& [time, text] : placed) {
         bookmarks.push_back({time, std::move(text)});
     }
