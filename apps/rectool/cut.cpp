@@ -246,7 +246,7 @@ void printSummary(const CutOptions& options, const Span& span, const Cut& cut, c
     }
     print(options.output, result);
     if (cut.stateRecords() > 0) {
-        std::cout << "The first " << grouped(cut.stateRecords()) << " records are the state at --from.\n";
+        std::cout << "Records in front that tell the state at --from: " << grouped(cut.stateRecords()) << ".\n";
     }
 }
 
@@ -287,8 +287,7 @@ ExitCode cut(const CutOptions& options)
     }
     printSummary(options, span, cut, output.result());
     if (cut.withoutTime() > 0) {
-        complain(options.file,
-                 std::to_string(cut.withoutTime()) + " records whose time is lost have no place and were left out.");
+        complain(options.file, "Records left out because their time is lost: " + grouped(cut.withoutTime()) + '.');
     }
     return finish(cut.withoutTime() > 0 ? ExitCode::Damaged : soundness(findings));
 }

@@ -383,10 +383,10 @@ void printRenumbered(const std::string& file, std::size_t input, const MergePlan
         separated += type.input == input && type.separated ? 1 : 0;
     }
     if (renumbered > 0) {
-        std::cout << file << ": " << grouped(renumbered) << " types have another number now";
+        std::cout << file << ": types with another number now: " << grouped(renumbered);
         if (separated > 0) {
-            std::cout << ", " << grouped(separated) << " of them with _" << input + 1 << " behind the keyword and /"
-                      << input + 1 << " in front of the path";
+            std::cout << ", with _" << input + 1 << " behind the keyword and /" << input + 1
+                      << " in front of the path: " << grouped(separated);
         }
         std::cout << ".\n";
     }
@@ -397,15 +397,15 @@ void printText(const MergeOptions& options, const std::vector<MergeInput>& input
 {
     print(options.output, result);
     if (adjustments.movedRecords > 0) {
-        std::cout << grouped(adjustments.movedRecords) << " records were moved to a free millisecond, by at most "
+        std::cout << "Records moved to a free millisecond: " << grouped(adjustments.movedRecords) << ", by at most "
                   << adjustments.movedByMs << " ms.\n";
     }
     if (adjustments.movedBookmarks > 0) {
-        std::cout << grouped(adjustments.movedBookmarks) << " bookmarks were moved to a free millisecond.\n";
+        std::cout << "Bookmarks moved to a free millisecond: " << grouped(adjustments.movedBookmarks) << ".\n";
     }
     if (adjustments.repeatedStates > 0) {
-        std::cout << grouped(adjustments.repeatedStates)
-                  << " records at the start of a file only repeated what was in force and were left out.\n";
+        std::cout << "Records at the start of a file left out because they only repeat what is in force: "
+                  << grouped(adjustments.repeatedStates) << ".\n";
     }
     for (std::size_t i = 0; i < inputs.size(); ++i) {
         printRenumbered(inputs[i].file, i, plan);
@@ -418,8 +418,7 @@ ExitCode complainAll(const std::vector<MergeInput>& inputs)
     for (const MergeInput& input : inputs) {
         complain(input.file, input.findings);
         if (input.withoutTime > 0) {
-            complain(input.file, std::to_string(input.withoutTime) +
-                                     " records whose time is lost have no place and were left out.");
+            complain(input.file, "Records left out because their time is lost: " + grouped(input.withoutTime) + '.');
         }
         const bool damaged = !input.findings.empty() || input.withoutTime > 0;
         result = damaged ? ExitCode::Damaged : result;

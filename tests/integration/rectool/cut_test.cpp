@@ -322,6 +322,19 @@ TEST_F(Cut, TheHeaderTellsTheRangeThatTheRecordsOfTheSpanTell)
     EXPECT_EQ(header("", "").startFrequencyHz, 7) << "a whole recording keeps its header";
 }
 
+TEST_F(Cut, TheHeaderKnowsTheSpanThatWasLearnedInFrontOfTheCut)
+{
+    TestSupport::ReferenceRecording recording;
+    recording.types({{3, 5, "DRVCOMMANDS", "/C"}, {32, 5, "IFSPAN", "/S"}, {46, 4, "FREQUENCY", "/F"}});
+    recording.record(3, "5;23,0,x", 10).record(46, "4;100000,0,1e9,0", 11).record(32, "5;1,2000,x", 12);
+    recording.record(3, "5;5,0,x", 1000);  // a mode in which a recorder that starts does not look at the span
+    recording.record(3, "5;23,0,x", 2000).record(46, "4;200000,0,1e9,0", 2001);
+    writeBytes(file("source.rec"), recording.close());
+    ASSERT_EQ(cut(file("source.rec"), "1500", "2500", file("cut.rec")).exitCode, ExitCode::Fine);
+    EXPECT_EQ(headerOf(file("cut.rec")).startFrequencyHz, 199000);
+    EXPECT_EQ(headerOf(file("cut.rec")).stopFrequencyHz, 201000);
+}
+
 // What cannot be done
 
 TEST_F(Cut, WrongSpansAreWrongUsage)
@@ -399,8 +412,22 @@ TEST_F(Cut, RecordsWithoutATimeAreLeftOutAndCounted)
     writeBytes(file("short.rec"), bytes.substr(0, static_cast<std::size_t>(summary.header.timeTablePosition) + 30));
     const Result result = cut(file("short.rec"), "", "", file("cut.rec"));
     EXPECT_EQ(result.exitCode, ExitCode::Damaged);
-    EXPECT_THAT(result.err, HasSubstr("records whose time is lost"));
+    EXPECT_THAT(result.err, HasSubstr("Records left out because their time is lost: "));
     EXPECT_TRUE(isSound(file("cut.rec")));
+}
+
+TEST_F(Cut, ARecordWithoutATimeIsToldAlsoWhereTheRestIsNotRead)
+{
+    TestSupport::ReferenceRecording recording;
+    recording.record(1, "a", 10).record(1, "b", 20).record(1, "c", 30).record(1, "d", 40);
+    std::string bytes = recording.close();
+    const auto entryAt = [&](std::uint64_t time) { return bytes.rfind(TestSupport::ByteBuilder().time(time).bytes()); };
+    bytes.erase(entryAt(20), entryAt(30) - entryAt(20));
+    writeBytes(file("gap.rec"), bytes);
+    const Result result = cut(file("gap.rec"), "", "30", file("cut.rec"));
+    EXPECT_EQ(result.exitCode, ExitCode::Damaged);
+    EXPECT_THAT(result.err, HasSubstr("Records left out because their time is lost: 1."));
+    EXPECT_EQ(recordsOf(file("cut.rec")).size(), 2U);
 }
 
 TEST_F(Cut, AFullDiskLeavesNothingBehind)

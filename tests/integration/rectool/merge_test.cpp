@@ -374,6 +374,19 @@ TEST_F(Merge, BookmarksKeepTheirClockTimeAndTwoOfOneMillisecondAreBothKept)
                                                              Pair(Start + 62, "two"), Pair(Start + 250, "late")));
 }
 
+TEST_F(Merge, ARangeTimeWithoutARecordKeepsItsClockTime)
+{
+    const std::string one = store("one.rec", ReferenceRecording().record(1, "a", 10, true), headerFrom(0, 100));
+    const std::string two = store("two.rec", ReferenceRecording().record(2, "b", 10, true), headerFrom(50, 300));
+    {
+        Recording2::CFileAccess access(two.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
+        access.addChannelRangeDef(15);
+        access.rebuildChannelRangeDef();
+    }
+    mergeToJson({one, two});
+    EXPECT_THAT(Inspection::inspect(file("merged.rec")).channelRangeTimes, ElementsAre(10, 60, 65));
+}
+
 // Header
 
 TEST_F(Merge, TheHeaderCoversAllFilesAndNamesAllDevices)

@@ -801,7 +801,7 @@ TEST_F(RecTool, CutAndMergeTakeRecordingsApartAndTogetherAgain)
     EXPECT_THAT(cut.out, AllOf(StartsWith(first.toStdString() + "\n"), HasSubstr("Records         5\n"),
                                HasSubstr("2023-11-14 22:13:21.200 UTC")));
     EXPECT_THAT(rectool({"cut", whole, "--from", "22:13:21.2 UTC", "--output", second}).out,
-                HasSubstr("The first 3 records are the state at --from."));
+                HasSubstr("Records in front that tell the state at --from: 3."));
     const Result merge = rectool({"merge", second, first, "-o", merged, "--json"});
     EXPECT_EQ(merge.exitCode, 0) << merge.err;
     EXPECT_EQ(json::parse(merge.out).at("files")[0].at("file"), first.toStdString());
