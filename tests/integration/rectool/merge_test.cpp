@@ -204,7 +204,9 @@ TEST_F(Merge, ARecordingThatWasSplitBySizeGoesOnWithItsStartingState)
                                       .record(36, "3;2,0,9", 500)
                                       .record(36, "3;3,0,9", 500)
                                       .record(36, "3;4,0,9", 500)
-                                      .record(1, "6;0|51;0,\\<<", 500),
+                                      .record(1, "6;0|51;0,\\<<", 500)
+                                      .record(36, "3;5,0,9", 500)
+                                      .record(36, "3;4,0,9", 500),
                                   headerFrom(0, 500));
     const std::string two = store("two.rec",
                                   ReferenceRecording()
@@ -216,13 +218,24 @@ TEST_F(Merge, ARecordingThatWasSplitBySizeGoesOnWithItsStartingState)
                                   headerFrom(501, 600));
     const nlohmann::json summary = mergeToJson({one, two});
     EXPECT_EQ(summary.at("repeatedStates"), 1) << "the level was in force; the map has another time stamp";
-    EXPECT_EQ(summary.at("movedRecords"), 1);
-    EXPECT_EQ(summary.at("movedByMs"), 1);
+    EXPECT_EQ(summary.at("movedRecords"), 3);
+    EXPECT_EQ(summary.at("movedByMs"), 3);
     const std::vector<ClockedRecord> records = recordsOf(file("merged.rec"));
-    ASSERT_EQ(records.size(), 9U);
-    EXPECT_EQ(records[6], (ClockedRecord{Start + 504, 1, "6;5|34;1000,10,2|50;\\<<{{{"}));
-    EXPECT_EQ(records[7], (ClockedRecord{Start + 505, 36, "3;5,0,9"}));
-    EXPECT_EQ(records[8], (ClockedRecord{Start + 506, 36, "3;6,0,9"}));
+    ASSERT_EQ(records.size(), 11U);
+    EXPECT_EQ(records[8], (ClockedRecord{Start + 506, 1, "6;5|34;1000,10,2|50;\\<<{{{"}));
+    EXPECT_EQ(records[9], (ClockedRecord{Start + 507, 36, "3;5,0,9"}));
+    EXPECT_EQ(records[10], (ClockedRecord{Start + 508, 36, "3;6,0,9"}));
+}
+
+TEST_F(Merge, AStopThatIsFarInFrontOfTheLastRecordMakesNoFileGoOn)
+{
+    const auto types = std::vector<TestSupport::TypeFields>{{36, 3, "LEVEL", "/L"}};
+    const std::string one = store(
+        "one.rec", ReferenceRecording().types(types).record(36, "1;0", 10).record(36, "1;1", 5000), headerFrom(0, 100));
+    const std::string two =
+        store("two.rec", ReferenceRecording().types(types).record(36, "1;0", 10).record(36, "1;1", 5000),
+              headerFrom(200, 5200));
+    EXPECT_EQ(merge({one, two}, file("merged.rec")).exitCode, ExitCode::Usage);
 }
 
 TEST_F(Merge, AStateThatSaysSomethingNewFollowsTheFileBefore)
