@@ -173,7 +173,12 @@ std::vector<Inspection::Bookmark> mergeBookmarks(const std::vector<MergeInput>& 
     for (const MergeInput& input : inputs) {
         for (const Inspection::Bookmark& bookmark : input.summary.bookmarks) {
             const std::uint64_t time = input.summary.header.startMs + bookmark.timeMs - startMs;
-            if (bookmark.timeMs != 0 && !placed.emplace(time, bookmark.text).second) {
+            if (bookmark.timeMs == 0) {
+                continue;
+            }
+            const auto [there, isNew] = placed.emplace(time, bookmark.text);
+            if (!isNew &&
+                there->second != bookmark.text) {  // the same text is the same bookmark, of two parts of a cut
                 others.push_back({time, bookmark.text});
             }
         }

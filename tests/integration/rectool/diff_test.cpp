@@ -152,7 +152,7 @@ TEST_P(RandomDiff, ListsExactlyTheTypesWhoseStatesDiffer)
     const std::string file = m_folder.file("random.rec");
     writeRandomRecording(file, {.seed = GetParam(), .damagedTexts = true});
     for (std::uint64_t from = 5; from < 400; from += 37) {
-        const std::uint64_t to = from + 3 * GetParam() * 20;
+        const std::uint64_t to = from + std::uint64_t{60} * GetParam();
         for (const json& type : diffToJson(file, from, to, true)) {
             const json& before = type.at("before");
             const json& after = type.at("after");

@@ -378,13 +378,14 @@ TEST_F(Merge, BookmarksKeepTheirClockTimeAndTwoOfOneMillisecondAreBothKept)
     };
     const std::string one = store("one.rec", ReferenceRecording().record(1, "a", 10), headerFrom(0, 100));
     const std::string two = store("two.rec", ReferenceRecording().record(2, "b", 10), headerFrom(50, 300));
-    mark(one, {{60, "one"}, {61, "next"}});
-    mark(two, {{10, "two"}, {200, "late"}});
+    mark(one, {{60, "one"}, {61, "next"}, {80, "of both"}});
+    mark(two, {{10, "two"}, {30, "of both"}, {200, "late"}});
     const nlohmann::json summary = mergeToJson({one, two});
     EXPECT_EQ(summary.at("movedBookmarks"), 1);
-    EXPECT_EQ(summary.at("bookmarks"), 4);
-    EXPECT_THAT(bookmarksOf(file("merged.rec")), ElementsAre(Pair(Start + 60, "one"), Pair(Start + 61, "next"),
-                                                             Pair(Start + 62, "two"), Pair(Start + 250, "late")));
+    EXPECT_EQ(summary.at("bookmarks"), 5);
+    EXPECT_THAT(bookmarksOf(file("merged.rec")),
+                ElementsAre(Pair(Start + 60, "one"), Pair(Start + 61, "next"), Pair(Start + 62, "two"),
+                            Pair(Start + 80, "of both"), Pair(Start + 250, "late")));
 }
 
 TEST_F(Merge, ARangeTimeWithoutARecordKeepsItsClockTime)

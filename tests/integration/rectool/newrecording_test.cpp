@@ -1,5 +1,7 @@
 // Writing a recording that is made of others: it is read back before it is given its name.
 #include <csignal>
+#include <cstdint>
+#include <functional>
 #include <string>
 
 #include <gmock/gmock.h>
