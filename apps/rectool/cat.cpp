@@ -6,11 +6,11 @@
 #include <utility>
 
 #include "commands.h"
-#include "json.h"
 #include "output.h"
 #include "progress.h"
 #include "recordedvalues.h"
 #include "recordingtime.h"
+#include "recordjson.h"
 #include "table.h"
 #include "typenames.h"
 
@@ -56,6 +56,7 @@ class Printer {
 public:
     Printer(const TypeNames& names, bool json, std::uint64_t lastTime)
         : m_names(names),
+          m_recordJson(names),
           m_json(json),
           m_labelWidth(names.longestLabel()),
           m_timeWidth(std::max<std::size_t>(std::to_string(lastTime).size(), 1))
@@ -63,7 +64,7 @@ public:
     }
 
     /// @param value null when the record's text is not understood
-    void print(const Inspection::Record& record, const values::ValueBase* value) const
+    void print(const Inspection::Record& record, const values::ValueBase* value)
     {
         if (m_json) {
             printJson(record, value);
@@ -80,14 +81,19 @@ private:
                   << "  " << describe(record, value) << '\n';
     }
 
-    void printJson(const Inspection::Record& record, const values::ValueBase* value) const
+    void printJson(const Inspection::Record& record, const values::ValueBase* value)
     {
-        std::cout << dump(toJson(record, value, m_names), -1) << '\n';
+        m_text.clear();
+        m_recordJson.append(m_text, record, value);
+        m_text += '\n';
+        std::cout.write(m_text.data(), static_cast<std::streamsize>(m_text.size()));
     }
 
     static bool isKnown(const Inspection::Record& record) { return record.timeMs != 0; }
 
     const TypeNames& m_names;
+    RecordJson m_recordJson;
+    std::string m_text;
     bool m_json;
     std::size_t m_labelWidth;
     std::size_t m_timeWidth;
@@ -107,7 +113,7 @@ ExitCode cat(const CatOptions& options)
     if (!selection) {
         return ExitCode::Usage;
     }
-    const Printer printer(names, options.json, summary.times.empty() ? 0 : summary.times.back().timeMs);
+    Printer printer(names, options.json, summary.times.empty() ? 0 : summary.times.back().timeMs);
     RecordedValues recorded;
     Progress progress(options.file);
     std::vector<Inspection::Finding> findings = summary.findings;

@@ -2,14 +2,10 @@
 
 #include <array>
 #include <charconv>
-#include <cmath>
 
 #include <QByteArray>
 
-#include <values/selection.h>
-#include <values/value.h>
-
-#include "recordedvalues.h"
+#include "recordjson.h"
 #include "text.h"
 
 namespace RecTool {
@@ -19,12 +15,8 @@ using Recording2::Inspection::Finding;
 using Recording2::Inspection::Header;
 using Recording2::Inspection::Readability;
 using Recording2::Inspection::Record;
-using Recording2::Inspection::TypeEntry;
 using values::Bearing;
-using values::BearingHandler;
-using values::CellMap;
 using values::ValueBase;
-using values::ValueType;
 
 namespace {
 
@@ -68,14 +60,9 @@ Json toJson(const Bookmark& bookmark)
 
 Json toJson(const Record& record, const ValueBase* value, const TypeNames& names)
 {
-    const TypeEntry* type = names.find(record.code);
-    return {{"timeMs", record.timeMs != 0 ? Json(record.timeMs) : Json()},
-            {"position", record.position},
-            {"code", record.code},
-            {"keyword", type != nullptr ? Json(fromLatin1(type->keyword)) : Json()},
-            {"path", type != nullptr ? Json(fromLatin1(type->valuePath)) : Json()},
-            {"value", value != nullptr ? toJson(*value) : Json()},
-            {"data", dataToJson(record.data)}};
+    std::string text;
+    RecordJson(names).append(text, record, value);
+    return Json::parse(text);
 }
 
 Json toJson(const values::ChannelRange& channels)
@@ -95,91 +82,11 @@ Json toJson(const Bearing& bearing)
             {"quality", bearing.quality}};
 }
 
-namespace {
-
-// Levels are recorded in hundredths; more digits would come from the float alone.
-Json level(float value)
-{
-    constexpr double PerUnit = 100;
-    return std::isfinite(value) ? Json(std::round(double{value} * PerUnit) / PerUnit) : Json();
-}
-
-Json map(const values::MappingBase& value, Json cells)
-{
-    return {
-        {"range", toJson(value.GetChannelRange())}, {"timeStampUs", value.GetTimeStamp()}, {"cells", std::move(cells)}};
-}
-
-Json levelMap(const CellMap<float, values::levelHandler>& value)
-{
-    Json cells = Json::array();
-    for (const float cell : value.GetCells()) {
-        cells.push_back(level(cell));
-    }
-    return map(value, std::move(cells));
-}
-
-Json bearingMap(const CellMap<Bearing, BearingHandler>& value)
-{
-    Json cells = Json::array();
-    for (const Bearing& cell : value.GetCells()) {
-        cells.push_back(isEmpty(cell) ? Json() : toJson(cell));
-    }
-    return map(value, std::move(cells));
-}
-
-Json numeric(const values::ValueNumeric<double>& value)
-{
-    return {{"value", value.GetValue()}, {"lowerLimit", value.GetLowerLimit()}, {"upperLimit", value.GetUpperLimit()}};
-}
-
-Json numericWithOffset(const values::ValueNumericWithOffset<double>& value)
-{
-    Json json = numeric(value);
-    json["offset"] = value.GetOffset();
-    return json;
-}
-
-Json selection(const values::ValueSelection& value)
-{
-    const values::SelectionItem* item = value.GetCurrentItem();
-    if (item == nullptr) {
-        return {{"value", nullptr}, {"key", nullptr}, {"number", nullptr}};
-    }
-    return {{"value", item->GetName().toStdString()}, {"key", item->GetKey()}, {"number", item->GetValue()}};
-}
-
-Json content(const ValueBase& value)
-{
-    switch (value.GetType()) {
-        case ValueType::Bool:
-            return {{"value", static_cast<const values::Value<bool>&>(value).GetValue()}};
-        case ValueType::String:
-            return {{"value", static_cast<const values::Value<QString>&>(value).GetValue().toStdString()}};
-        case ValueType::Numeric:
-            return numeric(static_cast<const values::ValueNumeric<double>&>(value));
-        case ValueType::NumericWithOffset:
-            return numericWithOffset(static_cast<const values::ValueNumericWithOffset<double>&>(value));
-        case ValueType::Selection:
-            return selection(static_cast<const values::ValueSelection&>(value));
-        case ValueType::LevelMap:
-            return levelMap(static_cast<const CellMap<float, values::levelHandler>&>(value));
-        case ValueType::BearingMap:
-        case ValueType::FastBearingMap:
-            return bearingMap(static_cast<const CellMap<Bearing, BearingHandler>&>(value));
-        case ValueType::Unknown:
-            break;
-    }
-    return Json::object();
-}
-
-}  // namespace
-
 Json toJson(const ValueBase& value)
 {
-    Json json = {{"kind", values::ValueTypeName(value.GetType()).toStdString()}};
-    json.update(content(value));
-    return json;
+    std::string text;
+    appendJson(text, value);
+    return Json::parse(text);
 }
 
 const char* name(Readability readability)
