@@ -20,15 +20,6 @@ bool isWhiteSpace(int byte)
 
 }  // namespace
 
-std::uint64_t InInt64(const char* bytes)
-{
-    std::uint64_t value = 0;
-    for (int i = 7; i >= 0; --i) {
-        value = value << 8U | static_cast<unsigned char>(bytes[i]);
-    }
-    return value;
-}
-
 Cursor::Cursor(ByteSource& source, std::size_t bufferBytes) : m_source(source), m_buffer(bufferBytes)
 {
 }
@@ -176,7 +167,7 @@ void Cursor::collectFloat(std::string& text)
     }
 }
 
-FieldStatus Cursor::readTime(std::uint64_t& target)
+FieldStatus Cursor::readTimeAtEdge(std::uint64_t& target)
 {
     constexpr std::size_t Size = 8;
     char bytes[Size];

@@ -20,7 +20,14 @@ enum class FieldStatus : std::uint8_t {
 };
 
 /// Reads 8 bytes, the least significant first.
-[[nodiscard]] std::uint64_t InInt64(const char* bytes);
+[[nodiscard]] inline std::uint64_t InInt64(const char* bytes)
+{
+    std::uint64_t value = 0;
+    for (int i = 7; i >= 0; --i) {
+        value = value << 8U | static_cast<unsigned char>(bytes[i]);
+    }
+    return value;
+}
 
 /// A position in a byte source, read field by field.
 ///
@@ -47,7 +54,16 @@ public:
     FieldStatus readNumber(std::int32_t& target) { return readInteger(target); }
     FieldStatus readNumber(std::int64_t& target) { return readInteger(target); }
     FieldStatus readFloat(float& target);
-    FieldStatus readTime(std::uint64_t& target);
+    FieldStatus readTime(std::uint64_t& target)
+    {
+        constexpr std::size_t Size = 8;
+        if (m_end || m_limit - m_next <= Size) {
+            return readTimeAtEdge(target);
+        }
+        target = InInt64(m_buffer.data() + m_next);
+        m_next += Size + 1;
+        return FieldStatus::Ok;
+    }
     /// Reads length bytes; no separator follows. With fewer bytes left it takes those that are there and sets the end
     /// mark, so memory is bounded by the source. @param length must be above 0
     FieldStatus readBytes(std::string& target, std::int64_t length);
@@ -55,6 +71,9 @@ public:
 private:
     template <typename Integer>
     FieldStatus readInteger(Integer& target);
+    template <typename Integer>
+    bool readBufferedDigits(Integer& target);
+    FieldStatus readTimeAtEdge(std::uint64_t& target);  // of the buffer or of the file
     FieldStatus extractInteger(std::int64_t low, std::int64_t high, std::int64_t& value);
     FieldStatus extractMagnitude(std::uint64_t limit, std::uint64_t& magnitude);
     void collectFloat(std::string& text);
@@ -88,9 +107,37 @@ inline void Cursor::skipSeparator()
     }
 }
 
+// What nearly all numbers are: a few digits, and the separator in the buffer too. Nothing is read otherwise.
+template <typename Integer>
+bool Cursor::readBufferedDigits(Integer& target)
+{
+    constexpr std::size_t MostDigits = 9;  // which 32 bits hold
+    if (m_end || m_limit - m_next <= MostDigits) {
+        return false;
+    }
+    const char* const digits = m_buffer.data() + m_next;
+    std::size_t count = 0;
+    std::uint32_t value = 0;
+    for (auto digit = static_cast<unsigned char>(digits[0] - '0'); digit <= 9 && count < MostDigits;
+         digit = static_cast<unsigned char>(digits[count] - '0')) {
+        value = value * 10 + digit;
+        ++count;
+    }
+    const bool ended = digits[count] < '0' || digits[count] > '9';
+    if (count == 0 || !ended || value > std::uint64_t{std::numeric_limits<Integer>::max()}) {
+        return false;
+    }
+    target = static_cast<Integer>(value);
+    m_next += count + 1;
+    return true;
+}
+
 template <typename Integer>
 FieldStatus Cursor::readInteger(Integer& target)
 {
+    if (readBufferedDigits(target)) {
+        return FieldStatus::Ok;
+    }
     std::int64_t value = 0;
     const FieldStatus status =
         extractInteger(std::numeric_limits<Integer>::min(), std::numeric_limits<Integer>::max(), value);

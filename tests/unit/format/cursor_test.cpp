@@ -214,3 +214,33 @@ TEST(Cursor, ReadsFloatsFromAnyBytesAsTheStandardStreamDoes)
         }
     }
 }
+
+TEST(Cursor, ReadsTheSameWithABufferOfAnySize)
+{
+    const std::string alphabet = "0123456789##- +a";
+    std::mt19937 random(17);  // NOLINT(cert-msc51-cpp): the same bytes in every run
+    for (int round = 0; round < 300; ++round) {
+        std::string bytes(random() % 80, '\0');
+        for (char& byte : bytes) {
+            byte = alphabet[random() % alphabet.size()];
+        }
+        Reader small(bytes);
+        Reader large(bytes, 65'536);
+        while (!small.cursor.atEnd()) {
+            std::int16_t narrow[2] = {7, 7};
+            std::int32_t wide[2] = {7, 7};
+            std::int64_t widest[2] = {7, 7};
+            std::uint64_t time[2] = {7, 7};
+            ASSERT_EQ(small.cursor.readNumber(narrow[0]), large.cursor.readNumber(narrow[1])) << bytes;
+            ASSERT_EQ(small.cursor.readNumber(wide[0]), large.cursor.readNumber(wide[1])) << bytes;
+            ASSERT_EQ(small.cursor.readTime(time[0]), large.cursor.readTime(time[1])) << bytes;
+            ASSERT_EQ(small.cursor.readNumber(widest[0]), large.cursor.readNumber(widest[1])) << bytes;
+            ASSERT_EQ(narrow[0], narrow[1]) << bytes;
+            ASSERT_EQ(wide[0], wide[1]) << bytes;
+            ASSERT_EQ(time[0], time[1]) << bytes;
+            ASSERT_EQ(widest[0], widest[1]) << bytes;
+            ASSERT_EQ(small.cursor.position(), large.cursor.position()) << bytes;
+            ASSERT_EQ(small.cursor.atEnd(), large.cursor.atEnd()) << bytes;
+        }
+    }
+}
