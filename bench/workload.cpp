@@ -1,16 +1,19 @@
 #include "workload.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <stdexcept>
+#include <system_error>
 
 #include <fcntl.h>
 #include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <QByteArray>
 
 #include <recording2/fileaccess.h>
 
@@ -26,7 +29,7 @@ constexpr std::int32_t Code = 7;
 
 [[noreturn]] void fail(const std::string& what)
 {
-    throw std::runtime_error(what + ": " + std::strerror(errno));
+    throw std::runtime_error(what + ": " + std::generic_category().message(errno));
 }
 
 char* putDecimal(char* out, std::uint64_t value)
@@ -67,8 +70,8 @@ private:
 
 std::string file(const std::string& name)
 {
-    const char* folder = std::getenv("RECORDING2_BENCH_DIR");
-    return (folder == nullptr ? std::string(".") : std::string(folder)) + '/' + name;
+    const QByteArray folder = qgetenv("RECORDING2_BENCH_DIR");
+    return (folder.isEmpty() ? std::string(".") : folder.toStdString()) + '/' + name;
 }
 
 void removeFile(const std::string& path)
