@@ -1,5 +1,6 @@
 #include "sweep/sweeprow.h"
 
+#include <array>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -101,6 +102,47 @@ std::size_t decimals(std::string_view number)
     return point == std::string_view::npos ? 0 : number.size() - point - 1;
 }
 
+struct Values {
+    std::size_t count = 0;
+    std::array<std::string_view, 3> surplus;  // the first texts behind those of the bins
+    std::string_view last;
+    std::string_view lastButOne;
+};
+
+// The levels of the bins, and what else there is.
+Values readValues(CommaFields& fields, std::size_t bins, std::vector<float>& levels)
+{
+    Values values;
+    levels.clear();
+    while (const auto field = fields.next()) {
+        values.lastButOne = values.last;
+        values.last = trimmed(*field);
+        if (values.count < bins) {
+            levels.push_back(readLevel(values.last));
+        } else if (values.count - bins < values.surplus.size()) {
+            values.surplus.at(values.count - bins) = values.last;
+        }
+        ++values.count;
+    }
+    return values;
+}
+
+// Programs that keep the middle of an FFT and write the last value twice keep an even number of values, but tell the
+// band of the whole bins in the part asked for: one or two fewer.
+bool isCropped(std::size_t bins, const Values& values)
+{
+    return values.count <= bins + values.surplus.size() && values.count % 2 != 0 && values.last == values.lastButOne;
+}
+
+// At the end of a line without a line end.
+bool mayLackDigits(const Values& values, bool writtenTwice)
+{
+    if (writtenTwice) {
+        return values.lastButOne.substr(0, values.last.size()) != values.last;
+    }
+    return values.last.empty() || decimals(values.last) < decimals(values.lastButOne);
+}
+
 }  // namespace
 
 SweepRowParser::SweepRowParser(const std::string& utcOffset) : m_utcOffset(checkedUtcOffset(utcOffset))
@@ -126,23 +168,21 @@ void SweepRowParser::parse(std::string_view line, bool whole, SweepRow& row)
     const Bins bins = readBins(fields);
     row.lowHz = bins.lowHz;
     row.highHz = bins.highHz;
-    row.levelsDb.clear();
-    std::string_view last;
-    std::string_view lastButOne;
-    std::size_t found = 0;
-    while (const auto field = fields.next()) {
-        lastButOne = last;
-        last = trimmed(*field);
-        // Some programs write the last value twice.
-        if (++found <= bins.count) {
-            row.levelsDb.push_back(readLevel(last));
+    const Values values = readValues(fields, bins.count, row.levelsDb);
+    std::size_t surplus = values.count > bins.count ? values.count - bins.count : 0;
+    if (whole && surplus > 1 && isCropped(bins.count, values)) {
+        --surplus;  // the one written twice
+        for (std::size_t i = 0; i < surplus; ++i) {
+            row.levelsDb.push_back(readLevel(values.surplus.at(i)));
         }
-    }
-    if (found != bins.count && found != bins.count + 1) {
+        const double width = (bins.highHz - bins.lowHz) / static_cast<double>(bins.count);
+        row.lowHz -= static_cast<double>(surplus) / 2 * width;
+        row.highHz += static_cast<double>(surplus) / 2 * width;
+    } else if (values.count < bins.count || surplus > 1) {
         throw LineError(hertz(bins.lowHz) + " to " + hertz(bins.highHz) + " Hz in steps of " + hertz(bins.stepHz) +
-                        " Hz are " + std::to_string(bins.count) + " values, found " + std::to_string(found));
+                        " Hz are " + std::to_string(bins.count) + " values, found " + std::to_string(values.count));
     }
-    if (!whole && found == bins.count && (last.empty() || decimals(last) < decimals(lastButOne))) {
+    if (!whole && mayLackDigits(values, surplus == 1)) {
         throw LineError("the input ends within the last value");
     }
 }

@@ -73,6 +73,30 @@ TEST(SweepRow, TheNumberOfBinsIsRounded)
     EXPECT_THAT(parsed(line + ", -50.00").levelsDb, SizeIs(410));
 }
 
+// 100 to 101 MHz, the middle of FFTs of 250 kHz and of 200 kHz bins.
+TEST(SweepRow, ValuesOfACroppedFftLieEvenlyAboutTheMiddleOfTheBand)
+{
+    const SweepRow evenBins = parsed(head + "-1, -2, -3, -4, -5, -6, -6");
+    EXPECT_EQ(evenBins.lowHz, 100e6 - 250e3);
+    EXPECT_EQ(evenBins.highHz, 101e6 + 250e3);
+    EXPECT_THAT(evenBins.levelsDb, ElementsAre(-1.F, -2.F, -3.F, -4.F, -5.F, -6.F));
+
+    const SweepRow oddBins =
+        parsed("2026-11-21, 08:00:00, 100000000, 101000000, 200000, 20, -1, -2, -3, -4, -5, -6, -6");
+    EXPECT_EQ(oddBins.lowHz, 100e6 - 100e3);
+    EXPECT_EQ(oddBins.highHz, 101e6 + 100e3);
+    EXPECT_THAT(oddBins.levelsDb, ElementsAre(-1.F, -2.F, -3.F, -4.F, -5.F, -6.F));
+}
+
+TEST(SweepRow, MoreValuesWhosePlacesCannotBeToldAreBad)
+{
+    EXPECT_THAT(problem(head + "-1, -2, -3, -4, -5, -6"), HasSubstr("found 6"));              // nothing twice
+    EXPECT_THAT(problem(head + "-1, -2, -3, -4, -5, -5"), HasSubstr("found 6"));              // no middle
+    EXPECT_THAT(problem(head + "-1, -2, -3, -4, -5, -6, -7"), HasSubstr("found 7"));          // nothing twice
+    EXPECT_THAT(problem(head + "-1, -2, -3, -4, -5, -6, -7, -8, -8"), HasSubstr("found 9"));  // too many
+    EXPECT_THAT(problem(head + "-1, -2, -3, -4, -5, -6, -6", false), HasSubstr("found 7"));   // may be cut
+}
+
 TEST(SweepRow, AnyOtherNumberOfValuesIsBad)
 {
     const std::string expected = "100000000 to 101000000 Hz in steps of 250000 Hz are 4 values, found ";
@@ -127,6 +151,9 @@ TEST(SweepRow, ALastNumberThatTheEndOfTheInputMayHaveCutIsBad)
     EXPECT_EQ(problem(head + "-1.00, -2.00, -3.00, ", false), end);
     EXPECT_EQ(problem(head + "-1.00, -2.00, -3.00, -45.67", false), "no problem");
     EXPECT_EQ(problem(head + "-1.00, -2.00, -3.00, -45.67, -4", false), "no problem");
+    EXPECT_EQ(problem(head + "-1.00, -2.00, -3.00, -45.67, -", false), "no problem");
+    // The last one written twice would begin alike: this is a row with more values.
+    EXPECT_EQ(problem(head + "-1.00, -2.00, -3.00, -45.67, -5", false), end);
 }
 
 TEST(SweepRow, CommentsAndColumnNamesAreNoRows)
