@@ -22,11 +22,25 @@ void ChangeCounter::follow(const values::Tree& tree)
     }
     const QStringList paths = tree.Paths();
     for (const QString& path : paths) {
-        if (!path.contains(QStringLiteral("/REC_"))) {
-            tree.Find(path)->AddObserver(this);
-        }
+        observe(tree, path);
     }
     m_followed = tree.Size();
+}
+
+// Looking through the whole tree for every value that is created would take long where many are.
+void ChangeCounter::follow(const values::Tree& tree, const QString& created)
+{
+    if (tree.Size() == m_followed + 1) {
+        observe(tree, created);
+        ++m_followed;
+    }
+}
+
+void ChangeCounter::observe(const values::Tree& tree, const QString& path)
+{
+    if (!path.contains(QStringLiteral("/REC_"))) {
+        tree.Find(path)->AddObserver(this);
+    }
 }
 
 }  // namespace recstation

@@ -92,6 +92,7 @@ CLI::App* addFeed(CLI::App& app, FeedOptions& options)
     feed->add_option("FILE", options.file, "File to read; - is the standard input")->capture_default_str();
     addTimeOption(*feed, "Recorded time of \"at\": 0 (default: the current time)",
                   [&options](unsigned long long time) { options.startTime = time; });
+    feed->add_flag("--strict", options.strict, "The first bad line ends the run");
     return feed;
 }
 

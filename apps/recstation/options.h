@@ -25,6 +25,7 @@ struct SimOptions {
 struct FeedOptions {
     std::string file = "-";                       ///< UTF-8; "-": the standard input
     std::optional<unsigned long long> startTime;  ///< microseconds since 1970 UTC; nothing: the current time
+    bool strict = false;                          ///< the first bad line ends the run
 };
 
 }  // namespace recstation

@@ -177,6 +177,7 @@ void Station::addSources(const Options& options)
     if (options.feed) {
         FeedHost host;
         host.switchRecorder = [this](const QString& name, bool on) { return switchRecorder(name, on); };
+        host.created = [this](const QString& path) { m_counter.follow(m_tree, path); };
         host.report = [this](const QString& sentence) { m_messages.message(sentence); };
         m_scheduler.add(makeFeedSource(*options.feed, std::move(host)));
     }

@@ -16,7 +16,7 @@ using BearingMap = values::ValueMap<values::Bearing, values::BearingHandler>;
 
 [[noreturn]] void fail(const QString& sentence)
 {
-    throw FeedError(sentence.toStdString());
+    throw LineError(sentence.toStdString());
 }
 
 // The value as the class that a key needs.
@@ -99,7 +99,7 @@ void applySelection(values::ValueBase& value, const FeedChange& change)
 float toEntry(const FeedCell& cell, const float* /*tag*/)
 {
     if (std::holds_alternative<values::Bearing>(cell)) {
-        throw FeedError("\"cells\": a level map takes numbers and null, not bearings");
+        throw LineError("\"cells\": a level map takes numbers and null, not bearings");
     }
     const auto* level = std::get_if<double>(&cell);
     return level == nullptr ? std::numeric_limits<float>::quiet_NaN() : static_cast<float>(*level);
@@ -108,7 +108,7 @@ float toEntry(const FeedCell& cell, const float* /*tag*/)
 values::Bearing toEntry(const FeedCell& cell, const values::Bearing* /*tag*/)
 {
     if (std::holds_alternative<double>(cell)) {
-        throw FeedError("\"cells\": a bearing map takes bearings and null, not numbers");
+        throw LineError("\"cells\": a bearing map takes bearings and null, not numbers");
     }
     const auto* bearing = std::get_if<values::Bearing>(&cell);
     return bearing == nullptr ? values::Bearing() : *bearing;

@@ -21,7 +21,7 @@ constexpr double mostChannels = 16'777'216;
 
 [[noreturn]] void fail(const std::string& sentence)
 {
-    throw FeedError(sentence);
+    throw LineError(sentence);
 }
 
 [[noreturn]] void failExpected(std::string_view key, const std::string& expected)

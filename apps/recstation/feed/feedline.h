@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <variant>
 #include <vector>
@@ -12,13 +11,9 @@
 
 #include <values/maps.h>
 
-namespace recstation {
+#include "input/badlines.h"
 
-/// A line that cannot be used; the text says what is wrong and what was expected.
-class FeedError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
+namespace recstation {
 
 struct FeedItem {
     QString name;
@@ -63,7 +58,7 @@ struct FeedLine {
 };
 
 /// @param text one line, UTF-8
-/// @throws FeedError
+/// @throws LineError
 [[nodiscard]] FeedLine parseFeedLine(const std::string& text);
 
 }  // namespace recstation

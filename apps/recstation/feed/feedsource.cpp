@@ -24,8 +24,8 @@ bool isBlank(const std::string& line)
 
 }  // namespace
 
-FeedSource::FeedSource(std::function<ByteInput()> open, unsigned long long startTime, FeedHost host)
-    : m_open(std::move(open)), m_startTime(startTime), m_host(std::move(host))
+FeedSource::FeedSource(std::function<ByteInput()> open, unsigned long long startTime, bool strict, FeedHost host)
+    : m_open(std::move(open)), m_startTime(startTime), m_host(std::move(host)), m_bad("feed", strict, m_host.report)
 {
 }
 
@@ -45,6 +45,7 @@ std::optional<unsigned long long> FeedSource::nextTime()
         const LineReader::Result result = m_lines->next();
         // A line that the wish to stop cut short is none.
         if (result == LineReader::Result::End || StopSignal::requested()) {
+            m_bad.finish();
             return std::nullopt;
         }
         take(result);
@@ -55,14 +56,14 @@ std::optional<unsigned long long> FeedSource::nextTime()
 void FeedSource::take(LineReader::Result result)
 {
     if (result == LineReader::Result::TooLong) {
-        reportBadLine(QStringLiteral("longer than %1 bytes").arg(longestLine));
+        m_bad.add(m_lines->number(), "it is longer than 16 MiB");
     } else if (isBlank(m_lines->line())) {
-        ++m_report.skipped;
+        ++m_skipped;
     } else {
         try {
             accept(parseFeedLine(m_lines->line()));
-        } catch (const FeedError& error) {
-            reportBadLine(QString::fromUtf8(error.what()));
+        } catch (const LineError& error) {
+            m_bad.add(m_lines->number(), error.what());
         }
     }
 }
@@ -72,17 +73,18 @@ void FeedSource::accept(FeedLine line)
     if (line.atUs < m_lastAtUs) {
         constexpr double microsecondsPerMillisecond = 1000;
         const double last = static_cast<double>(m_lastAtUs) / microsecondsPerMillisecond;
-        throw FeedError("\"at\" goes backwards: expected " + QString::number(last, 'g', 15).toStdString() +
+        throw LineError("\"at\" goes backwards: expected " + QString::number(last, 'g', 15).toStdString() +
                         " or later");
     }
     m_lastAtUs = line.atUs;
     m_pending = std::move(line);
 }
 
-void FeedSource::reportBadLine(const QString& problem)
+// Every line is carried out by itself, so none waits for another.
+std::optional<unsigned long long> FeedSource::unfinishedTime()
 {
-    ++m_report.bad;
-    m_host.report(QStringLiteral("feed line %1: %2").arg(m_lines->number()).arg(problem));
+    m_bad.finish();
+    return std::nullopt;
 }
 
 void FeedSource::step()
@@ -91,11 +93,11 @@ void FeedSource::step()
     m_pending.reset();
     try {
         apply(line);
-        ++m_report.used;
-    } catch (const FeedError& error) {
-        reportBadLine(QString::fromUtf8(error.what()));
+        ++m_used;
+    } catch (const LineError& error) {
+        m_bad.add(m_lines->number(), error.what());
     } catch (const VKException& error) {
-        reportBadLine(QString::fromUtf8(error.what()));
+        m_bad.add(m_lines->number(), error.what());
     }
 }
 
@@ -104,8 +106,11 @@ void FeedSource::apply(const FeedLine& line)
     const auto* record = std::get_if<FeedRecord>(&line.action);
     if (record == nullptr) {
         applyFeedLine(*values::Tree::Instance(), line, m_startTime);
+        if (std::holds_alternative<FeedCreate>(line.action)) {
+            m_host.created(line.path);
+        }
     } else if (!m_host.switchRecorder(record->recorder, record->on)) {
-        throw FeedError("there is no recorder \"" + record->recorder.toStdString() + "\"");
+        throw LineError("there is no recorder \"" + record->recorder.toStdString() + "\"");
     }
 }
 
@@ -114,7 +119,7 @@ std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, FeedHost host
     constexpr unsigned long long microsecondsPerMillisecond = 1000;
     const auto now = static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * microsecondsPerMillisecond;
     return std::make_unique<FeedSource>([file = options.file] { return openInput(file); },
-                                        options.startTime.value_or(now), std::move(host));
+                                        options.startTime.value_or(now), options.strict, std::move(host));
 }
 
 }  // namespace recstation

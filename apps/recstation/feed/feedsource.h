@@ -18,27 +18,29 @@ namespace recstation {
 struct FeedHost {
     /// Switches the recorder of the name (empty: the first) on or off; false when there is none of that name.
     std::function<bool(const QString& name, bool on)> switchRecorder;
-    /// Takes one sentence about a bad line.
-    std::function<void(const QString& sentence)> report;
+    /// Learns of a value that was created.
+    std::function<void(const QString& path)> created;
+    InputReport report;
 };
 
-/// Bad lines are reported with their number, counted and passed over. Needs the value tree in force.
+/// Bad lines are reported with their number (the first twenty), counted and passed over. Needs the value tree in force.
 class FeedSource final : public Source {
 public:
     /// @param open called once by prepare
     /// @param startTime microseconds since 1970 UTC of the feed's time 0
-    FeedSource(std::function<ByteInput()> open, unsigned long long startTime, FeedHost host);
+    /// @param strict nextTime or step throws the first bad line
+    FeedSource(std::function<ByteInput()> open, unsigned long long startTime, bool strict, FeedHost host);
 
     [[nodiscard]] QString name() const override;
     void prepare() override;
     [[nodiscard]] std::optional<unsigned long long> nextTime() override;
     void step() override;
-    [[nodiscard]] SourceReport report() const override { return m_report; }
+    [[nodiscard]] std::optional<unsigned long long> unfinishedTime() override;
+    [[nodiscard]] SourceReport report() const override { return {m_used, m_skipped, m_bad.count(), true}; }
 
 private:
     void take(LineReader::Result result);
     void accept(FeedLine line);
-    void reportBadLine(const QString& problem);
     void apply(const FeedLine& line);
 
     std::function<ByteInput()> m_open;
@@ -47,7 +49,9 @@ private:
     std::unique_ptr<LineReader> m_lines;
     std::optional<FeedLine> m_pending;  // read, not yet carried out
     unsigned long long m_lastAtUs = 0;
-    SourceReport m_report = {0, 0, 0, true};
+    std::uint64_t m_used = 0;
+    std::uint64_t m_skipped = 0;
+    BadLines m_bad;
 };
 
 /// The feed from the file or the standard input that the options name.

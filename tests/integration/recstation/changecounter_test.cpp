@@ -33,5 +33,30 @@ TEST(ChangeCounter, CountsARecordForEveryRecorderThatWatchesAChangedValue)
     value->RemoveObserver(&second);
 }
 
+TEST(ChangeCounter, FollowsAValueThatWasCreatedAndOthersWithTheNextLookAtTheTree)
+{
+    ChangeCounter counter;
+    values::Tree tree;
+    const auto create = [](const char* path) {
+        values::ValuePtr<values::Value<bool>> value;
+        value.Attach(QString::fromLatin1(path));
+        return value.get();
+    };
+    values::Value<bool>* const first = create("/First");
+    counter.follow(tree, QStringLiteral("/First"));
+    first->SetValue(true);
+    EXPECT_EQ(counter.changes(), 1U);
+
+    // Of two new values one is told.
+    values::Value<bool>* const second = create("/Second");
+    values::Value<bool>* const third = create("/Third");
+    counter.follow(tree, QStringLiteral("/Third"));
+    counter.follow(tree);
+    first->SetValue(false);
+    second->SetValue(true);
+    third->SetValue(true);
+    EXPECT_EQ(counter.changes(), 4U);
+}
+
 }  // namespace
 }  // namespace recstation

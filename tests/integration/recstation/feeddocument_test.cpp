@@ -23,6 +23,7 @@ SourceReport run(const std::string& text, std::vector<std::string>& reports)
     directionFinding.Attach(QStringLiteral("/Devices/Rx1Status/REC_DF"));
     FeedHost host;
     host.switchRecorder = [](const QString& name, bool) { return name != QStringLiteral("nobody"); };
+    host.created = [](const QString&) {};
     host.report = [&reports](const QString& sentence) { reports.push_back(sentence.toStdString()); };
     auto open = [text]() -> ByteInput {
         return [text, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
@@ -33,7 +34,7 @@ SourceReport run(const std::string& text, std::vector<std::string>& reports)
         };
     };
     Scheduler scheduler(clock);
-    scheduler.add(std::make_unique<FeedSource>(open, 0, host));
+    scheduler.add(std::make_unique<FeedSource>(open, 0, false, host));
     scheduler.prepare();
     while (scheduler.nextTime()) {
         scheduler.step();

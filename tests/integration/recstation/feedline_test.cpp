@@ -26,7 +26,7 @@ std::string problemOf(const std::string& text)
 {
     try {
         static_cast<void>(parseFeedLine(text));
-    } catch (const FeedError& error) {
+    } catch (const LineError& error) {
         return error.what();
     }
     return "no problem";

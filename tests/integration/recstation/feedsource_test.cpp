@@ -37,6 +37,7 @@ protected:
             m_commands.push_back(name.toStdString() + (on ? " on" : " off"));
             return name != QStringLiteral("nobody");
         };
+        host.created = [this](const QString& path) { m_created.push_back(path.toStdString()); };
         host.report = [this](const QString& sentence) { m_reports.push_back(sentence.toStdString()); };
         auto open = [text]() -> ByteInput {
             return [text, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
@@ -47,7 +48,7 @@ protected:
             };
         };
         Scheduler scheduler(m_clock);
-        scheduler.add(std::make_unique<FeedSource>(open, startUs, host));
+        scheduler.add(std::make_unique<FeedSource>(open, startUs, m_strict, host));
         scheduler.prepare();
         while (scheduler.nextTime()) {
             scheduler.step();
@@ -68,6 +69,8 @@ protected:
     SimulatedClock m_clock;
     values::Tree m_tree;
     std::vector<std::string> m_commands;
+    std::vector<std::string> m_created;
+    bool m_strict = false;
     std::vector<std::string> m_reports;
 };
 
@@ -186,10 +189,41 @@ broken
 
 {"at": 5, "path": "/A", "set": 1}
 )");
-    EXPECT_THAT(m_reports, ElementsAre(AllOf(HasSubstr("feed line 2: "), HasSubstr("not JSON"))));
+    EXPECT_THAT(m_reports, ElementsAre(AllOf(HasSubstr("feed: line 2: "), HasSubstr("not JSON"))));
     EXPECT_EQ(report.used, 2U);
     EXPECT_EQ(report.bad, 1U);
     EXPECT_EQ(value<values::ValueNumeric<double>>("/A").GetValue(), 1);
+}
+
+TEST_F(FeedSourceTest, ManyBadLinesAreCountedAndNotAllReported)
+{
+    std::string text;
+    for (int line = 0; line < 25; ++line) {
+        text += "broken\n";
+    }
+    EXPECT_EQ(run(text).bad, 25U);
+    ASSERT_EQ(m_reports.size(), 21U);
+    EXPECT_EQ(m_reports.back(), "feed: and 5 more bad lines");
+}
+
+TEST_F(FeedSourceTest, StrictEndsAtTheFirstBadLine)
+{
+    m_strict = true;
+    const std::string create = "{\"at\": 0, \"path\": \"/A\", \"create\": \"bool\"}\n";
+    EXPECT_THROW(run(create + "broken\n"), std::runtime_error);  // when it is read
+    EXPECT_NE(m_tree.Find(QStringLiteral("/A")), nullptr);
+    EXPECT_THROW(run(create), std::runtime_error);  // when it is carried out: there is one already
+    EXPECT_THAT(m_reports, IsEmpty());
+}
+
+TEST_F(FeedSourceTest, TheHostLearnsOfWhatWasCreated)
+{
+    run(R"({"at": 0, "path": "/A", "create": "bool"}
+{"at": 0, "path": "/A", "create": "bool"}
+{"at": 0, "path": "/A", "set": true}
+{"at": 0, "path": "/A/B", "create": "text"}
+)");
+    EXPECT_THAT(m_created, ElementsAre("/A", "/A/B"));
 }
 
 TEST_F(FeedSourceTest, ATimeThatGoesBackwardsIsABadLine)
@@ -216,7 +250,7 @@ TEST_F(FeedSourceTest, ALineLongerThanTheBoundIsBadAndPassedOver)
     constexpr std::size_t bound = 16 * 1024 * 1024;
     const auto report =
         run("{\"x\": \"" + std::string(bound, 'x') + "\"}\n{\"at\": 0, \"path\": \"/A\", \"create\": \"bool\"}\n");
-    EXPECT_THAT(m_reports, ElementsAre(HasSubstr("feed line 1: longer than 16777216 bytes")));
+    EXPECT_THAT(m_reports, ElementsAre(HasSubstr("feed: line 1: it is longer than 16 MiB")));
     EXPECT_EQ(report.used, 1U);
 }
 
@@ -278,7 +312,7 @@ TEST_F(FeedSourceTest, WhatDoesNotFitTheTreeIsABadLine)
                                            "takes bearings and null",
                                            "no recorder \"nobody\""};
     for (std::size_t i = 0; i < said.size(); ++i) {
-        EXPECT_THAT(m_reports[i], AllOf(HasSubstr("feed line " + std::to_string(i + 6) + ": "), HasSubstr(said[i])));
+        EXPECT_THAT(m_reports[i], AllOf(HasSubstr("feed: line " + std::to_string(i + 6) + ": "), HasSubstr(said[i])));
     }
 }
 

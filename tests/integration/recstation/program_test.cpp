@@ -199,7 +199,7 @@ TEST_F(ProgramTest, BadLinesAreReportedTheRunGoesOnAndTheExitCodeTells)
 {
     const Result result = runFeed("{\"at\": 0, \"record\": \"On\"}\nbroken\n{\"at\": 10, \"record\": \"Off\"}\n");
     EXPECT_EQ(result.exitCode, 3);
-    EXPECT_THAT(result.messages, HasSubstr("feed line 2: not JSON"));
+    EXPECT_THAT(result.messages, HasSubstr("feed: line 2: not JSON"));
     EXPECT_THAT(files("*.rec"), SizeIs(1));
 }
 
@@ -420,7 +420,7 @@ TEST_F(ProgramTest, SigtermWhileItWaitsForInputClosesAndRenamesTheRecording)
         QProcess process;
         start(process, {QStringLiteral("feed"), QStringLiteral("--json")});
         process.write("{\"at\": 0, \"record\": \"On\"}\nmark\n");
-        waitForMessage(process, "feed line 2");
+        waitForMessage(process, "feed: line 2");
         ASSERT_THAT(files("*.tmp"), SizeIs(1));
         ASSERT_EQ(::kill(static_cast<pid_t>(process.processId()), signal), 0);
         ASSERT_TRUE(process.waitForFinished(patienceMs));
@@ -438,7 +438,7 @@ TEST_F(ProgramTest, SigtermWhileItWaitsForTheTimeOfAStepClosesAndRenamesTheRecor
     start(process, {QStringLiteral("--speed"), QStringLiteral("1"), QStringLiteral("feed")});
     process.write("{\"at\": 0, \"record\": \"On\"}\nmark\n{\"at\": 1e9, \"record\": \"Off\"}\n");
     process.closeWriteChannel();
-    waitForMessage(process, "feed line 2");
+    waitForMessage(process, "feed: line 2");
     ASSERT_EQ(::kill(static_cast<pid_t>(process.processId()), SIGTERM), 0);
     ASSERT_TRUE(process.waitForFinished(patienceMs));
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
@@ -451,7 +451,7 @@ TEST_F(ProgramTest, ALineThatASignalCutsShortIsNoBadLine)
     QProcess process;
     start(process, {QStringLiteral("feed"), QStringLiteral("--json")});
     process.write("{\"at\": 0, \"record\": \"On\"}\nmark\n{\"at\": 1, \"rec");
-    waitForMessage(process, "feed line 2");
+    waitForMessage(process, "feed: line 2");
     ASSERT_EQ(::kill(static_cast<pid_t>(process.processId()), SIGTERM), 0);
     ASSERT_TRUE(process.waitForFinished(patienceMs));
     const auto summary = nlohmann::json::parse(process.readAllStandardOutput().toStdString());
@@ -475,7 +475,7 @@ TEST_F(ProgramTest, AFileTakenAwayWhileItIsWrittenIsReported)
     QProcess process;
     start(process, {QStringLiteral("feed"), QStringLiteral("--json")});
     process.write("{\"at\": 0, \"record\": \"On\"}\nmark\n");
-    waitForMessage(process, "feed line 2");
+    waitForMessage(process, "feed: line 2");
     ASSERT_TRUE(QFile::remove(path(files("*.tmp").value(0))));
     const Result result = finish(process);
     EXPECT_EQ(result.exitCode, 3);
