@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <map>
 
-#include <QDateTime>
 #include <QString>
 
 #include <CLI/CLI.hpp>
+
+#include "input/fields.h"
+#include "input/isotime.h"
 
 namespace recstation {
 
@@ -53,19 +55,21 @@ CLI::Option* addTimeOption(CLI::App& app, const std::string& description,
 {
     return app
         .add_option_function<std::string>(
-            "--start", [set](const std::string& text) { set(parseTime(text).value()); }, description)
+            "--start", [set](const std::string& text) { set(parseIsoTime(text).value()); }, description)
         ->type_name("TIME")
         ->check(CLI::Validator(
             [](std::string& text) {
-                return parseTime(text) ? std::string() : "expected a time such as 2026-03-01T08:00:00Z, found " + text;
+                return parseIsoTime(text) ? std::string()
+                                          : "expected a time such as 2026-03-01T08:00:00Z, found " + text;
             },
             ""));
 }
 
-// The parser would take a negative number as a huge one.
-std::string refuseSign(const std::string& text)
+// The parser would take a negative number as a huge one, and one that is too large as the largest.
+std::string refuseOtherSeeds(const std::string& text)
 {
-    return text.find('-') == std::string::npos ? std::string() : "expected a number from 0 on, found " + text;
+    return parseNumber<std::uint64_t>(text) ? std::string()
+                                            : "expected a whole number from 0 to 18446744073709551615, found " + text;
 }
 
 CLI::App* addSim(CLI::App& app, SimOptions& options)
@@ -74,7 +78,7 @@ CLI::App* addSim(CLI::App& app, SimOptions& options)
     sim->footer(simExamples);
     sim->add_option("--seed", options.seed, "Number that all chance follows from")
         ->capture_default_str()
-        ->check(CLI::Validator(refuseSign, ""));
+        ->check(CLI::Validator(refuseOtherSeeds, ""));
     const std::map<std::string, double> units = {{"s", 1}, {"min", 60}, {"h", 3600}};
     sim->add_option("--duration", options.durationSeconds, "Recorded time, such as 90s, 3min, 1h (default: 3min)")
         ->type_name("TIME")
@@ -120,23 +124,6 @@ void addCommonOptions(CLI::App& app, Options& options)
 }
 
 }  // namespace
-
-std::optional<unsigned long long> parseTime(const std::string& text)
-{
-    QDateTime time = QDateTime::fromString(QString::fromStdString(text), Qt::ISODateWithMs);
-    if (!time.isValid()) {
-        return std::nullopt;
-    }
-    if (time.timeSpec() == Qt::LocalTime) {
-        time.setTimeSpec(Qt::UTC);
-    }
-    const qint64 milliseconds = time.toMSecsSinceEpoch();
-    if (milliseconds < 0) {
-        return std::nullopt;
-    }
-    constexpr unsigned long long microsecondsPerMillisecond = 1000;
-    return static_cast<unsigned long long>(milliseconds) * microsecondsPerMillisecond;
-}
 
 CommandLine parseCommandLine(const std::vector<std::string>& arguments)
 {

@@ -47,7 +47,4 @@ struct CommandLine {
 /// @param arguments UTF-8, without the program name
 [[nodiscard]] CommandLine parseCommandLine(const std::vector<std::string>& arguments);
 
-/// Microseconds since 1970 UTC of an ISO 8601 text; a time without a zone is UTC.
-[[nodiscard]] std::optional<unsigned long long> parseTime(const std::string& text);
-
 }  // namespace recstation

@@ -66,9 +66,9 @@ std::optional<LogRow> BearingLog::next()
             LogRow row = m_parser.parse(*record);
             m_skipped += row.bearing ? 0U : 1U;
             return row;
-        } catch (const RowError& error) {
+        } catch (const LineError& error) {
             ++m_bad;
-            m_badRow("line " + std::to_string(record->line) + ": " + error.what());
+            m_badRow(record->line, error.what());
         }
         record = m_csv.next();
     }

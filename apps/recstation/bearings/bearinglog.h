@@ -1,6 +1,7 @@
 // A direction-finding log: its rows one after the other, and what is in it as a whole.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -16,8 +17,8 @@ namespace recstation {
 
 class BearingLog {
 public:
-    /// Takes one sentence, with the row's line, about every bad row.
-    using BadRow = std::function<void(const std::string& sentence)>;
+    /// Takes the line of every bad row and what is bad about it.
+    using BadRow = std::function<void(std::size_t line, const std::string& problem)>;
 
     /// Opens the input and reads the header.
     /// @throws std::runtime_error when an option cannot be used, or the header lacks a column

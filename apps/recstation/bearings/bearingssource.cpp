@@ -18,7 +18,7 @@ Q_LOGGING_CATEGORY(bearingsLog, "recstation.bearings")
 
 class BearingsSource final : public Source {
 public:
-    BearingsSource(BearingsOptions options, BearingsReport report)
+    BearingsSource(BearingsOptions options, InputReport report)
         : m_options(std::move(options)), m_report(std::move(report))
     {
     }
@@ -37,7 +37,7 @@ private:
     void say(const std::string& sentence) const;
 
     BearingsOptions m_options;
-    BearingsReport m_report;
+    InputReport m_report;
     std::unique_ptr<BearingLog> m_log;
     std::unique_ptr<BearingsValues> m_values;
     std::optional<LoggedBearing> m_pending;  // read, not yet shown
@@ -52,24 +52,20 @@ void BearingsSource::prepare()
     reportOddities(survey);
     m_values = std::make_unique<BearingsValues>(survey, m_options.headingDeg, deviceName(survey), m_options.valuePath);
     // The bad rows have been reported.
-    m_log = std::make_unique<BearingLog>(m_options, input, [](const std::string&) {});
+    m_log = std::make_unique<BearingLog>(m_options, input, [](std::size_t, const std::string&) {});
 }
 
 LogSurvey BearingsSource::survey(const LogInput& input) const
 {
-    constexpr std::uint64_t mostSentences = 20;
-    std::uint64_t badRows = 0;
-    LogSurvey survey = surveyLog(m_options, input, [&](const std::string& sentence) {
-        if (++badRows <= mostSentences) {
-            say(sentence);
-        }
-    });
-    if (badRows > mostSentences) {
-        say("and " + std::to_string(badRows - mostSentences) + " more bad rows");
-    }
-    if (m_options.strict && badRows > 0) {
-        throw std::runtime_error("bearings: " + input.name() + " has " + std::to_string(badRows) +
-                                 " bad rows, and --strict allows none");
+    // Strict is about the whole log, so that all bad lines are told.
+    constexpr bool endAtTheFirst = false;
+    BadLines bad("bearings", endAtTheFirst, m_report);
+    LogSurvey survey =
+        surveyLog(m_options, input, [&bad](std::size_t line, const std::string& problem) { bad.add(line, problem); });
+    bad.finish();
+    if (m_options.strict && bad.count() > 0) {
+        throw std::runtime_error("bearings: " + input.name() + " has " + std::to_string(bad.count()) +
+                                 " bad lines, and --strict allows none");
     }
     return survey;
 }
@@ -129,12 +125,12 @@ SourceReport BearingsSource::report() const
 
 }  // namespace
 
-void logBearingsReport(const QString& sentence)
+void logInputReport(const QString& sentence)
 {
     qCWarning(bearingsLog).noquote() << sentence;
 }
 
-std::unique_ptr<Source> makeBearingsSource(const BearingsOptions& options, BearingsReport report)
+std::unique_ptr<Source> makeBearingsSource(const BearingsOptions& options, InputReport report)
 {
     return std::make_unique<BearingsSource>(options, std::move(report));
 }

@@ -1,7 +1,6 @@
 // The "bearings" source: a direction finder's log, as CSV from a file or standard input.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,6 +9,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "input/badlines.h"
 #include "source.h"
 
 namespace recstation {
@@ -44,10 +44,8 @@ struct BearingsOptions {
 /// Adds the positional FILE and the options to a command.
 void addBearingsOptions(CLI::App& command, BearingsOptions& options);
 
-/// Takes one sentence about a bad row or another oddity of the log.
-using BearingsReport = std::function<void(const QString& sentence)>;
 /// Warns in the logging category "recstation.bearings".
-void logBearingsReport(const QString& sentence);
+void logInputReport(const QString& sentence);
 
 /// Publishes, below the value path where no "/" stands in front:
 /// - /DfSpectrum, a ValueMap of bearings whose channels are the frequencies in the log, ascending; every row with an
@@ -68,6 +66,6 @@ void logBearingsReport(const QString& sentence);
 /// bad rows; it throws what is wrong with the options or the columns, when there is no bearing, and with strict when
 /// there is a bad row. step throws when the file has changed since. Memory depends on the number of channels only,
 /// unless the log comes through a pipe (see LogInput).
-std::unique_ptr<Source> makeBearingsSource(const BearingsOptions& options, BearingsReport report = logBearingsReport);
+std::unique_ptr<Source> makeBearingsSource(const BearingsOptions& options, InputReport report = logInputReport);
 
 }  // namespace recstation

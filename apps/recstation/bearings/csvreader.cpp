@@ -35,7 +35,7 @@ char guessSeparator(std::string_view line)
     return candidates.at(static_cast<std::size_t>(std::max_element(counts.begin(), counts.end()) - counts.begin()));
 }
 
-CsvReader::CsvReader(CsvInput input, std::optional<char> separator)
+CsvReader::CsvReader(ByteInput input, std::optional<char> separator)
     : m_input(std::move(input)), m_separator(separator), m_buffer(bufferSize)
 {
 }

@@ -2,16 +2,14 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace recstation {
+#include "input/byteinput.h"
 
-/// Gives bytes: how many were put into the buffer, 0 at the end.
-using CsvInput = std::function<std::size_t(char* buffer, std::size_t size)>;
+namespace recstation {
 
 struct CsvRecord {
     std::size_t line = 0;             ///< the line that it begins in, from 1
@@ -24,7 +22,7 @@ struct CsvRecord {
 class CsvReader {
 public:
     /// @param separator nothing: the one of ; , and tab that the first line has most of
-    CsvReader(CsvInput input, std::optional<char> separator);
+    CsvReader(ByteInput input, std::optional<char> separator);
 
     /// The next record; nothing at the end. Hands on what the input throws.
     [[nodiscard]] std::optional<CsvRecord> next();
@@ -43,7 +41,7 @@ private:
     void keep(CsvRecord& record, char c);
     bool fits(CsvRecord& record);
 
-    CsvInput m_input;
+    ByteInput m_input;
     std::optional<char> m_separator;
     std::vector<char> m_buffer;
     std::size_t m_position = 0;  // of the next unread byte in the buffer

@@ -5,21 +5,19 @@
 
 #include <QFileInfo>
 
-#include "system/hostsystem.h"
-
 namespace recstation {
 
 namespace {
 
 constexpr std::size_t mostKept = 268'435'456;
 
-std::shared_ptr<const std::string> readAll(const QString& file, const std::string& name)
+std::shared_ptr<const std::string> readAll(const std::string& file, const std::string& name)
 {
     constexpr std::size_t pieceSize = 65'536;
-    InterruptibleInput input(file);
+    const ByteInput input = openInput(file);
     std::vector<char> piece(pieceSize);
     const auto bytes = std::make_shared<std::string>();
-    while (const std::size_t count = input.read(piece.data(), piece.size())) {
+    while (const std::size_t count = input(piece.data(), piece.size())) {
         if (bytes->size() + count > mostKept) {
             throw std::runtime_error("bearings: " + name +
                                      " gives more than 256 MiB: store it in a file, which may have any length");
@@ -31,19 +29,17 @@ std::shared_ptr<const std::string> readAll(const QString& file, const std::strin
 
 }  // namespace
 
-LogInput::LogInput(const std::string& file)
-    : m_file(QString::fromStdString(file)), m_name(file == "-" ? "the standard input" : file)
+LogInput::LogInput(const std::string& file) : m_file(file), m_name(inputName(file))
 {
-    if (file == "-" || !QFileInfo(m_file).isFile()) {
+    if (file == "-" || !QFileInfo(QString::fromStdString(file)).isFile()) {
         m_kept = readAll(m_file, m_name);
     }
 }
 
-CsvInput LogInput::open() const
+ByteInput LogInput::open() const
 {
     if (m_kept == nullptr) {
-        const auto input = std::make_shared<InterruptibleInput>(m_file);
-        return [input](char* buffer, std::size_t size) { return input->read(buffer, size); };
+        return openInput(m_file);
     }
     return [bytes = m_kept, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
         const std::size_t count = bytes->copy(buffer, size, position);

@@ -4,9 +4,7 @@
 #include <memory>
 #include <string>
 
-#include <QString>
-
-#include "bearings/csvreader.h"
+#include "input/byteinput.h"
 
 namespace recstation {
 
@@ -20,11 +18,11 @@ public:
 
     /// Bytes from the beginning on. May outlive this object.
     /// @throws std::runtime_error when the file cannot be opened
-    [[nodiscard]] CsvInput open() const;
+    [[nodiscard]] ByteInput open() const;
     [[nodiscard]] const std::string& name() const { return m_name; }  ///< for messages
 
 private:
-    QString m_file;
+    std::string m_file;
     std::string m_name;
     std::shared_ptr<const std::string> m_kept;  // null: a file that is read where it stands
 };

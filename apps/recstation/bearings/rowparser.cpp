@@ -120,7 +120,7 @@ const std::string& field(const CsvRecord& row, const LogColumn& column)
 
 [[noreturn]] void refuse(const CsvRecord& row, const LogColumn& column, const std::string& why)
 {
-    throw RowError("column \"" + column.name + "\": \"" + field(row, column) + "\" " + why);
+    throw LineError("column \"" + column.name + "\": \"" + field(row, column) + "\" " + why);
 }
 
 bool isMissing(const std::string& text)
@@ -177,13 +177,13 @@ double readAzimuth(const CsvRecord& row, const LogColumn& column)
 void checkLength(const CsvRecord& row, std::size_t columns)
 {
     if (!row.problem.empty()) {
-        throw RowError(row.problem);
+        throw LineError(row.problem);
     }
     const auto surplus = row.fields.begin() + static_cast<std::ptrdiff_t>(std::min(columns, row.fields.size()));
     const bool tooMany = std::any_of(surplus, row.fields.end(), [](const std::string& text) { return !text.empty(); });
     if (row.fields.size() < columns || tooMany) {
-        throw RowError(std::to_string(row.fields.size()) + " fields stand where the first line has " +
-                       std::to_string(columns));
+        throw LineError(std::to_string(row.fields.size()) + " fields stand where the first line has " +
+                        std::to_string(columns));
     }
 }
 

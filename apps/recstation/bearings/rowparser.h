@@ -4,12 +4,12 @@
 #include <cstddef>
 #include <limits>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "bearings/bearingssource.h"
 #include "bearings/csvreader.h"
+#include "input/badlines.h"
 #include "input/logtime.h"
 
 namespace recstation {
@@ -30,11 +30,6 @@ struct LogRow {
     std::optional<LoggedBearing> bearing;  ///< nothing: a row to skip
 };
 
-/// Says which column of a row cannot be used, and why.
-class RowError : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
 struct LogColumn {
     std::size_t index = 0;
     std::string name;
@@ -45,7 +40,7 @@ public:
     /// @throws std::runtime_error when an option cannot be used, or the header lacks a column
     RowParser(const BearingsOptions& options, const CsvRecord& header);
 
-    /// @throws RowError
+    /// @throws LineError that says which column cannot be used, and why
     [[nodiscard]] LogRow parse(const CsvRecord& row) const;
     [[nodiscard]] bool hasPosition() const { return !m_latitude.empty(); }
     [[nodiscard]] bool hasAltitude() const { return m_altitude.has_value(); }

@@ -1,10 +1,7 @@
 #include "input/linereader.h"
 
 #include <algorithm>
-#include <memory>
 #include <utility>
-
-#include "system/hostsystem.h"
 
 namespace recstation {
 
@@ -58,17 +55,6 @@ LineReader::Result LineReader::next()
     }
     ++m_number;
     return m_tooLong ? Result::TooLong : Result::Line;
-}
-
-ByteInput openInput(const std::string& file)
-{
-    const auto input = std::make_shared<InterruptibleInput>(QString::fromStdString(file));
-    return [input](char* buffer, std::size_t size) { return input->read(buffer, size); };
-}
-
-std::string inputName(const std::string& file)
-{
-    return file == "-" ? "the standard input" : file;
 }
 
 }  // namespace recstation

@@ -3,14 +3,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
 
-namespace recstation {
+#include "input/byteinput.h"
 
-/// Gives bytes: how many were put into the buffer, 0 at the end.
-using ByteInput = std::function<std::size_t(char* buffer, std::size_t size)>;
+namespace recstation {
 
 class LineReader {
 public:
@@ -39,13 +37,5 @@ private:
     bool m_tooLong = false;
     bool m_terminated = false;
 };
-
-/// The bytes of a file or, for "-", of the standard input; the wish to stop ends them.
-/// @param file UTF-8
-/// @throws std::runtime_error when it cannot be opened
-[[nodiscard]] ByteInput openInput(const std::string& file);
-
-/// How messages name an input.
-[[nodiscard]] std::string inputName(const std::string& file);
 
 }  // namespace recstation

@@ -7,7 +7,7 @@
 
 namespace recstation {
 
-FrameReader::FrameReader(const IqPlan& plan, SampleInput input, IqReport report)
+FrameReader::FrameReader(const IqPlan& plan, ByteInput input, IqReport report)
     : m_segments(std::move(input), plan.format, plan.fftSize, plan.advance),
       m_spectrum(plan.window, plan.fftSize),
       m_report(std::move(report)),

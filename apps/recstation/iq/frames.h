@@ -21,7 +21,7 @@ struct IqFrame {
 
 class FrameReader {
 public:
-    FrameReader(const IqPlan& plan, SampleInput input, IqReport report);
+    FrameReader(const IqPlan& plan, ByteInput input, IqReport report);
 
     /// The next frame without damage; nothing at the end, when what is left over has been reported.
     [[nodiscard]] std::optional<IqFrame> next();

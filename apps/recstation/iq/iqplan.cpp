@@ -7,7 +7,7 @@
 #include <QDateTime>
 #include <QFileInfo>
 
-#include "iq/isotime.h"
+#include "input/isotime.h"
 #include "iq/sigmf.h"
 
 namespace recstation {

@@ -8,19 +8,12 @@
 #include "iq/frames.h"
 #include "iq/iqplan.h"
 #include "iq/iqvalues.h"
-#include "system/hostsystem.h"
 
 namespace recstation {
 
 namespace {
 
 Q_LOGGING_CATEGORY(iqLog, "recstation.iq")
-
-SampleInput openInput(const QString& file)
-{
-    const auto input = std::make_shared<InterruptibleInput>(file);
-    return [input](char* buffer, std::size_t size) { return input->read(buffer, size); };
-}
 
 class IqSource final : public Source {
 public:
@@ -51,11 +44,10 @@ private:
 void IqSource::prepare()
 {
     m_plan = makeIqPlan(m_options);
-    m_frames = std::make_unique<FrameReader>(m_plan, openInput(m_plan.file), m_report);
+    m_frames = std::make_unique<FrameReader>(m_plan, openInput(m_plan.file.toStdString()), m_report);
     m_pending = m_frames->next();
     if (!m_pending) {
-        const std::string file = m_plan.file == QLatin1String("-") ? "the standard input" : m_plan.file.toStdString();
-        throw std::runtime_error("iq: " + file +
+        throw std::runtime_error("iq: " + inputName(m_plan.file.toStdString()) +
                                  (m_frames->samplesRead() == 0 ? " holds no samples" : " holds no whole spectrum"));
     }
     m_values = std::make_unique<IqValues>(m_plan, m_options.valuePath);

@@ -5,7 +5,7 @@
 
 namespace recstation {
 
-SegmentReader::SegmentReader(SampleInput input, SampleFormat format, std::size_t length, std::size_t advance)
+SegmentReader::SegmentReader(ByteInput input, SampleFormat format, std::size_t length, std::size_t advance)
     : m_input(std::move(input)),
       m_format(format),
       m_advance(advance),

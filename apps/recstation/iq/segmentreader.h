@@ -4,23 +4,20 @@
 #include <complex>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <span>
 #include <vector>
 
+#include "input/byteinput.h"
 #include "iq/sampleformat.h"
 
 namespace recstation {
-
-/// Gives bytes: how many were put into the buffer, 0 at the end.
-using SampleInput = std::function<std::size_t(char* buffer, std::size_t size)>;
 
 /// Keeps one segment in memory, however long the stream is.
 class SegmentReader {
 public:
     /// @param length samples of a segment
     /// @param advance samples from one segment's first to the next one's, 1 to length
-    SegmentReader(SampleInput input, SampleFormat format, std::size_t length, std::size_t advance);
+    SegmentReader(ByteInput input, SampleFormat format, std::size_t length, std::size_t advance);
 
     /// The next segment, valid until the next call; empty when what is left does not fill one. Hands on what the input
     /// throws.
@@ -34,7 +31,7 @@ private:
     bool fill(std::span<std::complex<double>> out);
     std::size_t readBytes(std::size_t wanted);
 
-    SampleInput m_input;
+    ByteInput m_input;
     SampleFormat m_format;
     std::size_t m_advance;
     std::vector<std::complex<double>> m_segment;

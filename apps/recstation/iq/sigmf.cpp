@@ -6,7 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "iq/isotime.h"
+#include "input/isotime.h"
 
 namespace recstation {
 

@@ -319,7 +319,7 @@ TEST_F(BearingsSource, ManyBadRowsAreNotAllReported)
     prepare(header + "2017-01-14;10:31;E1;4;-75;0;150;7\n" + rows);
     run();
     EXPECT_THAT(m_reports, SizeIs(21));
-    EXPECT_THAT(m_reports.back(), HasSubstr("and 10 more bad rows"));
+    EXPECT_THAT(m_reports.back(), HasSubstr("and 10 more bad lines"));
     EXPECT_EQ(m_source->report().bad, 30U);
 }
 
@@ -328,7 +328,7 @@ TEST_F(BearingsSource, StrictAllowsNoBadRow)
     m_options.strict = true;
     const std::string good = header + "2017-01-14;10:31;E1;4;-75;0;150;7\n2017-01-14;10:31;E1;4;-75;0;150;NA\n";
     EXPECT_EQ(problem(good), "no problem");
-    EXPECT_THAT(problem(good + "2017-01-14;10:31;E1;4;-75;0;150;x\n"), HasSubstr("1 bad rows"));
+    EXPECT_THAT(problem(good + "2017-01-14;10:31;E1;4;-75;0;150;x\n"), HasSubstr("1 bad lines"));
     EXPECT_THAT(m_reports, ElementsAre(HasSubstr("line 4")));
 }
 

@@ -16,7 +16,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-recstation::CsvInput input(std::string text, std::size_t piece)
+recstation::ByteInput input(std::string text, std::size_t piece)
 {
     return [text = std::move(text), piece, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
         const std::size_t count = text.copy(buffer, std::min(piece, size), position);

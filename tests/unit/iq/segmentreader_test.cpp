@@ -8,13 +8,13 @@
 
 namespace {
 
+using recstation::ByteInput;
 using recstation::SampleFormat;
-using recstation::SampleInput;
 using recstation::SegmentReader;
 using testing::ElementsAre;
 
 // Gives the bytes in small helpings, as a pipe does.
-SampleInput helpings(std::string bytes, std::size_t most)
+ByteInput helpings(std::string bytes, std::size_t most)
 {
     return [bytes = std::move(bytes), most, at = std::size_t{0}](char* buffer, std::size_t size) mutable {
         const std::size_t count = std::min({size, most, bytes.size() - at});

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "iq/isotime.h"
+#include "input/isotime.h"
 
 namespace {
 
@@ -16,8 +16,10 @@ TEST(IsoTime, ATimeInUtcIsReadToTheMicrosecond)
     EXPECT_EQ(parseIsoTime("2026-11-21T08:30:00.1234569Z"), halfPastEight + 123'456);
 }
 
-TEST(IsoTime, ATimeWithoutZoneIsUtc)
+TEST(IsoTime, ATimeWithoutZoneIsUtcAndSecondsMayBeLeftOut)
 {
+    EXPECT_EQ(parseIsoTime("2026-11-21T08:30"), halfPastEight);
+    EXPECT_EQ(parseIsoTime("2026-11-21T08:30Z"), halfPastEight);
     EXPECT_EQ(parseIsoTime("2026-11-21T08:30:00"), halfPastEight);
 }
 
@@ -29,8 +31,9 @@ TEST(IsoTime, AnOffsetIsTakenIntoAccount)
 
 TEST(IsoTime, OtherTextsAreNone)
 {
-    for (const char* text : {"", "now", "2026-11-21", "2026-11-21 08:30:00Z", "2026-13-21T08:30:00Z",
-                             "2026-11-21T25:30:00Z", "2026-11-21T08:30:00.Z", "2026-11-21T08:30:00Zulu"}) {
+    for (const char* text :
+         {"", "now", "2026-11-21", "2026-11-21 08:30:00Z", "2026-13-21T08:30:00Z", "2026-11-21T25:30:00Z",
+          "2026-11-21T08:30:00.Z", "2026-11-21T08:30.5", "2026-11-21T08:30:00Zulu"}) {
         EXPECT_FALSE(parseIsoTime(text)) << text;
     }
 }

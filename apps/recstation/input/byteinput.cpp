@@ -1,0 +1,20 @@
+#include "input/byteinput.h"
+
+#include <memory>
+
+#include "system/hostsystem.h"
+
+namespace recstation {
+
+ByteInput openInput(const std::string& file)
+{
+    const auto input = std::make_shared<InterruptibleInput>(QString::fromStdString(file));
+    return [input](char* buffer, std::size_t size) { return input->read(buffer, size); };
+}
+
+std::string inputName(const std::string& file)
+{
+    return file == "-" ? "the standard input" : file;
+}
+
+}  // namespace recstation

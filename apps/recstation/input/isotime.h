@@ -1,0 +1,14 @@
+// Times as ISO 8601 texts.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace recstation {
+
+/// Microseconds since 1970 UTC of a date and time such as "2026-11-21T08:30:00.25Z" or "2026-11-21T08:30"; without a
+/// zone it is UTC, digits behind the microseconds are cut. Nothing for any other text and for times that are not after
+/// the start of 1970.
+std::optional<unsigned long long> parseIsoTime(const std::string& text);
+
+}  // namespace recstation
