@@ -163,6 +163,7 @@ void Station::addSources(const Options& options)
     if (options.bearings) {
         BearingsOptions bearings = *options.bearings;
         bearings.valuePath = finderOf(m_configuration).valuePath;
+        bearings.positionElsewhere = options.nmea.has_value();
         m_scheduler.add(
             makeBearingsSource(bearings, [this](const QString& sentence) { m_messages.message(sentence); }));
     }

@@ -72,7 +72,7 @@ LogSurvey BearingsSource::survey(const LogInput& input) const
 
 void BearingsSource::reportOddities(const LogSurvey& survey) const
 {
-    if (!survey.hasPosition && !m_options.noPosition) {
+    if (!survey.hasPosition && !m_options.noPosition && !m_options.positionElsewhere) {
         say("the log has no position: name its columns with --latitude-column and --longitude-column, if it has");
     }
     if (survey.beforeFirst > 0) {

@@ -29,6 +29,7 @@ struct BearingsOptions {
     std::optional<std::string> latitudeColumns;
     std::optional<std::string> longitudeColumns;
     bool noPosition = false;                    ///< leave positions and altitudes out
+    bool positionElsewhere = false;             ///< another source of the run tells them: none in the log is no oddity
     bool south = false;                         ///< latitudes have no sign and are south
     bool west = false;                          ///< longitudes have no sign and are west
     std::optional<std::string> altitudeColumn;  ///< metres

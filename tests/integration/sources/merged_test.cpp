@@ -10,6 +10,7 @@
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 using testing::SizeIs;
 
 constexpr std::int32_t rfSpectrum = 1;
@@ -99,6 +100,7 @@ TEST_F(Merged, BearingsAndPositionsComeTogetherInTheDirectionFindersRecording)
     const Result result = run({QStringLiteral("bearings"), log, QStringLiteral("nmea"), write("drive.log", drive(40))});
     ASSERT_EQ(result.exitCode, 0) << result.messages;
     ASSERT_THAT(result.summary.at("files"), SizeIs(1));
+    EXPECT_THAT(result.messages, Not(HasSubstr("no position")));  // nmea tells it
     const RecordedFile file = readRecordedFile(result.path("df"));
     expectDrive(file, 40);
     const auto bearings = timesOf(file, dfSpectrum);

@@ -340,6 +340,13 @@ TEST_F(BearingsSource, ALogWithoutPositionsIsToldOfAndPublishesNone)
     EXPECT_THAT(run(), SizeIs(1));
 }
 
+TEST_F(BearingsSource, WherePositionsComeFromElsewhereALogWithoutThemIsFine)
+{
+    m_options.positionElsewhere = true;
+    prepare("date,time,frequency,azimuth\n2017-01-14,10:31,150,7\n");
+    EXPECT_THAT(m_reports, IsEmpty());
+}
+
 TEST_F(BearingsSource, AMissingColumnIsNamedWithItsOption)
 {
     EXPECT_THAT(problem("date,time,azimuth\n"),
