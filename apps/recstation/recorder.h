@@ -34,7 +34,7 @@ public:
     void switchOff();  ///< closes the recording, if one runs
 
     /// The recorder files plain values under the time of the spectrum or bearing before them, as on a station where
-    /// one device measures all. Where several sources run, the time of each step is told to it.
+    /// one device measures all. Where that would be wrong, the time of each step is told to it.
     void tellTime(unsigned long long time);
 
     /// Makes sure that every recording opened since the last call is on the disk.

@@ -38,6 +38,9 @@ public:
     /// After the process was asked to stop: when the next of what was read, but waited for more input, was measured.
     /// The step behind it shows that. Nothing when there is no more.
     [[nodiscard]] virtual std::optional<unsigned long long> unfinishedTime() { return std::nullopt; }
+    /// What a step changes in front of its spectrum has the spectrum's time, and not that of the one before: recorders
+    /// are to be told the time of every step also when the source runs alone.
+    [[nodiscard]] virtual bool plainValuesComeFirst() const { return false; }
     /// Paths of the spectra that only one source of a run can show.
     [[nodiscard]] virtual QStringList spectra() const { return {}; }
     [[nodiscard]] virtual SourceReport report() const = 0;

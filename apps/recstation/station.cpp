@@ -280,7 +280,8 @@ void Station::record()
 
 void Station::beforeStep(unsigned long long time)
 {
-    if (m_scheduler.sources().size() > 1) {
+    const auto& sources = m_scheduler.sources();
+    if (sources.size() > 1 || sources.front()->plainValuesComeFirst()) {
         for (const auto& recorder : m_recorders) {
             recorder->tellTime(time);
         }

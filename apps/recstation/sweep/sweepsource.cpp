@@ -37,6 +37,7 @@ public:
     [[nodiscard]] std::optional<unsigned long long> nextTime() override;
     void step() override;
     [[nodiscard]] std::optional<unsigned long long> unfinishedTime() override;
+    [[nodiscard]] bool plainValuesComeFirst() const override { return true; }  // a new range
     [[nodiscard]] QStringList spectra() const override { return {m_options.valuePath + "/Scn/RfSpectrum"}; }
     [[nodiscard]] SourceReport report() const override { return {m_used, m_skipped, m_bad.count(), true}; }
 

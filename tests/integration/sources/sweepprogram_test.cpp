@@ -146,6 +146,24 @@ TEST_F(SweepProgram, WholeRangesWithTheLastValueTwiceComeBackWithTheirGap)
     }
 }
 
+TEST_F(SweepProgram, ANewRangeIsRecordedWhenItsSweepCame)
+{
+    constexpr std::int32_t stopFrequency = 12;
+    QByteArray csv = row(QStringLiteral("08:00:00"), 100e6, 102e6, 1e6, {-1, -2});
+    csv += row(QStringLiteral("08:05:00"), 100e6, 103e6, 1e6, {-3, -4, -5});
+    const Result result = run({QStringLiteral("sweep"), write("night.csv", csv)});
+    ASSERT_EQ(result.exitCode, 0) << result.messages;
+    const RecordedFile file = readRecordedFile(result.path("receiver"));
+    const auto stops = file.numbers(stopFrequency);
+    ASSERT_THAT(stops, SizeIs(1));
+    EXPECT_EQ(stops[0].number, 103e6);
+    EXPECT_EQ(stops[0].timeUs, eight + 300'000'000);
+    for (const Record& record : file.records) {
+        constexpr unsigned long long startMs = 100;
+        EXPECT_TRUE(record.timeMs < startMs || record.timeMs >= 300'000) << record.timeMs;
+    }
+}
+
 TEST_F(SweepProgram, BadLinesTellTheExitCodeAndStrictEndsTheRun)
 {
     const QByteArray csv = row(QStringLiteral("08:00:00"), 0, 4, 1, {1, 2, 3, 4}) + "rubbish\n" +
