@@ -4,14 +4,11 @@
 #include <iostream>
 #include <vector>
 
-#include <QFile>
-#include <QFileInfo>
-#include <QSaveFile>
-
 #include "geofixes.h"
 #include "geojson.h"
 #include "linesofbearing.h"
 #include "output.h"
+#include "savedfile.h"
 #include "text.h"
 #include "typenames.h"
 
@@ -39,41 +36,17 @@ Json about(const MapOptions& options, std::uint64_t fromMs, std::uint64_t toMs)
             {"toMs", options.to.empty() ? Json() : Json(toMs)}};
 }
 
-/// Whether a file may be replaced. Measurements cannot be repeated: no recording is, neither this one nor another; nor
-/// is what is more than a file, a device say. @return false, told
-bool mayReplace(const std::string& path)
-{
-    const QFileInfo info(QFile::decodeName(path.c_str()));
-    if (info.exists() && !info.isFile()) {
-        complain(path, "It is no ordinary file and not replaced.");
-        return false;
-    }
-    const Inspection::Readability readability = Inspection::inspect(path).readability;
-    const bool isRecording = readability == Inspection::Readability::Ok ||
-                             readability == Inspection::Readability::OldFormat ||
-                             readability == Inspection::Readability::NeverClosed;
-    if (isRecording) {
-        complain(path, "It is a recording and not overwritten.");
-    }
-    return !isRecording;
-}
-
-/// Lets something write to a file, which is there with the whole text then, or as it was.
+/// Lets something write text to a file.
 ExitCode save(const std::string& path, const std::function<void(const TextSink&)>& produce)
 {
-    QSaveFile file(QFile::decodeName(path.c_str()));
-    bool good = file.open(QIODevice::WriteOnly);
-    if (good) {
+    return saveFile(path, [&](QIODevice& file) {
+        bool good = true;
         produce([&](const std::string& text) {
             const auto size = static_cast<qint64>(text.size());
             good = good && file.write(text.data(), size) == size;
         });
-    }
-    if (!good || !file.commit()) {
-        complain(path, "It cannot be written: " + file.errorString().toStdString() + ".");
-        return ExitCode::CannotRead;
-    }
-    return ExitCode::Fine;
+        return good;
+    });
 }
 
 void complainOfBearings(const std::string& file, const TakenBearings& taken)

@@ -152,7 +152,8 @@ ExitCode NewRecording::check(const std::vector<std::string>& inputs) const
         }
     }
     const fs::file_status there = fs::symlink_status(m_path, error);
-    if (fs::exists(there) && !fs::is_regular_file(there) && !fs::is_symlink(there)) {
+    const fs::file_status behindLinks = fs::status(m_path, error);
+    if (fs::exists(behindLinks) && !fs::is_regular_file(behindLinks)) {
         return fail(ExitCode::Usage, "This is not an ordinary file.");
     }
     if (fs::exists(there) && !m_replace) {

@@ -9,8 +9,8 @@
 #include <QFontMetrics>
 #include <QImageWriter>
 #include <QPdfWriter>
-#include <QSaveFile>
 
+#include "../savedfile.h"
 #include "../text.h"
 #include "timeticks.h"
 
@@ -57,7 +57,7 @@ ExitCode checkPicture(const PlotOptions& options)
     if (!QStringList{"png", "jpg", "jpeg", "pdf"}.contains(suffixOf(output))) {
         return refuse(options, "A picture's name ends in .png, .jpg or .pdf.");
     }
-    return ExitCode::Fine;
+    return mayReplace(options.output) ? ExitCode::Fine : ExitCode::Usage;
 }
 
 DrawingApplication::DrawingApplication() : m_argv{m_name.data(), nullptr}
@@ -182,16 +182,8 @@ bool Picture::write(QIODevice& device, const QByteArray& format)
 
 ExitCode Picture::save()
 {
-    const QString path = QString::fromLocal8Bit(m_output.c_str());
-    QSaveFile file(path);
-    file.setDirectWriteFallback(false);
-    const bool stored = file.open(QIODevice::WriteOnly) && write(file, suffixOf(path).toLatin1()) && file.commit();
-    if (stored) {
-        return ExitCode::Fine;
-    }
-    const QString why = file.error() == QFileDevice::NoError ? QStringLiteral("drawing failed") : file.errorString();
-    complain(m_output, "The picture cannot be written: " + why.toStdString() + '.');
-    return ExitCode::CannotRead;
+    const QByteArray format = suffixOf(QString::fromLocal8Bit(m_output.c_str())).toLatin1();
+    return saveFile(m_output, [&](QIODevice& file) { return write(file, format); });
 }
 
 Json levelJson(double level)

@@ -17,7 +17,8 @@
 
 namespace RecTool {
 
-/// Whether a picture may be drawn with these options; told if not. A recording is never overwritten.
+/// Whether a picture may be drawn with these options; told if not. No recording is ever overwritten, nor what
+/// is no ordinary file.
 [[nodiscard]] ExitCode checkPicture(const PlotOptions& options);
 
 /// Lets Qt draw without a display. There is one at a time.

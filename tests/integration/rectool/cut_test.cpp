@@ -1,8 +1,13 @@
 // Parts of recordings: what is in force in them, when, and what is left behind when they cannot be written.
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <vector>
+
+#if !defined(_WIN32)
+#include <sys/stat.h>
+#endif
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -363,6 +368,21 @@ TEST_F(Cut, AnExistingFileIsReplacedOnlyByForce)
     EXPECT_EQ(bytesOf(file("there.rec")), bytesOf(source));
     EXPECT_THAT(m_folder.names(), ElementsAre("bearings.rec", "there.rec"));
 }
+
+#if !defined(_WIN32)
+TEST_F(Cut, WhatIsNoOrdinaryFileIsNotReplacedEvenByForce)
+{
+    ASSERT_EQ(mkfifo(file("pipe.rec").c_str(), S_IRUSR | S_IWUSR), 0);
+    std::filesystem::create_symlink(file("pipe.rec"), file("link.rec"));
+    for (const std::string& output : {file("pipe.rec"), file("link.rec")}) {
+        const Result result = run([&] { return RecTool::cut({bearings(), "", "", output, true, false}); });
+        EXPECT_EQ(result.exitCode, ExitCode::Usage);
+        EXPECT_THAT(result.err, HasSubstr("This is not an ordinary file."));
+        EXPECT_TRUE(std::filesystem::is_fifo(output));
+    }
+    EXPECT_TRUE(std::filesystem::is_symlink(file("link.rec")));
+}
+#endif
 
 TEST_F(Cut, NameWithSeveralDotsIsTheNameOfTheFile)
 {

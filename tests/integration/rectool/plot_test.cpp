@@ -12,6 +12,7 @@
 #include <QColor>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QImage>
 #include <QProcess>
 #include <QStringList>
@@ -316,11 +317,22 @@ TEST_F(Plot, ARecordingIsNeverOverwritten)
     ASSERT_TRUE(QFile::copy(file, copy));
     const QString link = path("link.png");
     ASSERT_TRUE(QFile::link(file, link));
+    const QString other = path("other.rec");
+    const QString wayToOther = path("way.png");
+    ASSERT_TRUE(QFile::copy(file, other) && QFile::link(other, wayToOther) && QFile::link(wayToOther, path("far.png")));
+    const QString damaged = path("damaged.png");
+    std::ofstream(path("damaged.rec").toStdString()) << "its header is lost";
+    ASSERT_TRUE(QFile::link(path("damaged.rec"), damaged));
     const std::string before = bytesOf(file);
     for (const QStringList& paths : {QStringList{file, file},
+                                     {file, copy},
+                                     {file, wayToOther},
+                                     {file, path("far.png")},
+                                     {file, damaged},
+                                     {file, path("new.rec")},
                                      {copy, copy},
                                      {copy, link},
-                                     {file, path("other.rec")},
+                                     {file, other},
                                      {file, path("other.tmp")},
                                      {file, path("other.gif")},
                                      {file, folder()}}) {
@@ -330,14 +342,36 @@ TEST_F(Plot, ARecordingIsNeverOverwritten)
     }
     EXPECT_EQ(bytesOf(file), before);
     EXPECT_EQ(bytesOf(copy), before);
-    EXPECT_FALSE(QFile::exists(path("other.rec")));
+    EXPECT_EQ(bytesOf(other), before);
+    EXPECT_EQ(bytesOf(path("damaged.rec")), "its header is lost");
+    EXPECT_FALSE(QFile::exists(path("new.rec")));
+}
+
+TEST_F(Plot, WhatIsNoOrdinaryFileIsNotReplaced)
+{
+    ASSERT_TRUE(QDir(folder()).mkdir("folder.png"));
+    QStringList outputs = {path("folder.png")};
+#if !defined(_WIN32)
+    ASSERT_EQ(QProcess::execute("mkfifo", {path("pipe.png")}), 0);
+    ASSERT_TRUE(QFile::link(path("pipe.png"), path("link.png")));
+    outputs += {path("pipe.png"), path("link.png")};
+#endif
+    const QString file = recording();
+    for (const QString& output : outputs) {
+        for (const char* verb : {"spectrum", "level", "bearings"}) {
+            const Result result = rectool({"plot", verb, file, "-o", output});
+            EXPECT_EQ(result.exitCode, 1) << verb;
+            EXPECT_THAT(result.err, HasSubstr(output.toStdString() + ": It is no ordinary file and not replaced."));
+            EXPECT_FALSE(QFileInfo(output).isFile());
+        }
+    }
 }
 
 TEST_F(Plot, APictureThatCannotBeWrittenLeavesNothing)
 {
     const Result result = rectool({"plot", "spectrum", recording(), "-o", path("nowhere/picture.png"), "--json"});
     EXPECT_EQ(result.exitCode, 2);
-    EXPECT_THAT(result.err, HasSubstr("The picture cannot be written: "));
+    EXPECT_THAT(result.err, HasSubstr("It cannot be written: "));
     EXPECT_THAT(result.out, IsEmpty());
     EXPECT_EQ(QDir(folder()).entryList(QDir::Files).size(), 1);
 }
