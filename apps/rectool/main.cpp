@@ -223,7 +223,7 @@ void addMap(CLI::App& app, Action& action)
 template <typename Options>
 void addPicture(Verb<Options>& verb)
 {
-    constexpr int Smallest = 300;
+    constexpr int Smallest = 400;  // in less the texts have no room
     constexpr int Largest = 5000;
     Options& options = verb.options();
     verb.app()

@@ -189,6 +189,13 @@ QString azimuthLabel(bool areTrue)
                    : QStringLiteral("Azimuth (\u00b0 from the antenna's zero)");
 }
 
+/// Whether the view from above stands beside that over time, or below it.
+bool viewsAreBeside(const Picture& picture)
+{
+    constexpr int Wide = 900;
+    return picture.width() >= Wide;
+}
+
 /// Azimuth up, time across.
 QCPAxisRect* addTimeView(Picture& picture, const PlotSource& source, const Groups& groups, bool areTrue,
                          QCPAxisRect& rect)
@@ -201,8 +208,9 @@ QCPAxisRect* addTimeView(Picture& picture, const PlotSource& source, const Group
         axis->setSubTicks(false);
     }
     rect.axis(QCPAxis::atRight)->setTicks(false);
-    setTimeAxis(picture, time, source, TimeScale::Clock, picture.width() / 2);
-    setTimeAxis(picture, elapsed, source, TimeScale::Elapsed, picture.width() / 2);
+    const int width = viewsAreBeside(picture) ? picture.width() / 2 : picture.width() * 4 / 5;
+    setTimeAxis(picture, time, source, TimeScale::Clock, width);
+    setTimeAxis(picture, elapsed, source, TimeScale::Elapsed, width);
     elapsed.setTicks(hasClock(source));
     elapsed.setLabel(hasClock(source) ? elapsed.label() : QString());
     azimuth.setRange(0, Circle);
@@ -243,39 +251,97 @@ QString directionName(int degrees, bool areTrue)
     return QString::number(degrees) + QChar(0xb0);
 }
 
+/// The names of the directions, just outside of the circle.
+class Directions {
+public:
+    Directions(Picture& picture, bool areTrue) : m_picture(picture), m_areTrue(areTrue) {}
+
+    /// The radius of the largest circle that has its names around it within a square; pixels.
+    [[nodiscard]] double radius(double square) const
+    {
+        double largest = square / 2;
+        for (int degrees = 0; degrees < static_cast<int>(Circle); degrees += Step) {
+            const Text text = textOf(degrees);
+            const double across = (square - text.width) / 2 - text.awayX();
+            const double up = (square - m_picture.lineHeight()) / 2 - text.awayY();
+            largest = std::abs(text.x) > Small ? std::min(largest, across / std::abs(text.x)) : largest;
+            largest = std::abs(text.y) > Small ? std::min(largest, up / std::abs(text.y)) : largest;
+        }
+        return largest;
+    }
+    /// @param radius of the circle, which is 1 in coordinates; pixels
+    void add(QCPAxisRect& rect, double radius)
+    {
+        for (int degrees = 0; degrees < static_cast<int>(Circle); degrees += Step) {
+            const Text text = textOf(degrees);
+            auto* label = m_picture.addItem<QCPItemText>("grid");
+            label->position->setAxes(rect.axis(QCPAxis::atBottom), rect.axis(QCPAxis::atLeft));
+            label->position->setType(QCPItemPosition::ptPlotCoords);
+            label->position->setCoords(text.x * (1 + text.away / radius), text.y * (1 + text.away / radius));
+            label->setText(text.name);
+            label->setFont(m_picture.font());
+        }
+    }
+
+    static constexpr int Step = 30;
+
+private:
+    static constexpr double Small = 1e-9;
+    struct Text {
+        QString name;
+        double x;  // where it points to, on a circle of 1
+        double y;
+        double width;
+        double away;  // its middle from the circle
+        [[nodiscard]] double awayX() const { return away * std::abs(x); }
+        [[nodiscard]] double awayY() const { return away * std::abs(y); }
+    };
+    [[nodiscard]] Text textOf(int degrees) const
+    {
+        constexpr double Gap = 3;
+        Text text{directionName(degrees, m_areTrue), std::sin(degrees * Pi / (Circle / 2)),
+                  std::cos(degrees * Pi / (Circle / 2)), 0, 0};
+        text.width = m_picture.widthOf(text.name);
+        text.away = Gap + (std::abs(text.x) * text.width + std::abs(text.y) * m_picture.lineHeight()) / 2;
+        return text;
+    }
+
+    Picture& m_picture;
+    bool m_areTrue;
+};
+
 /// A bearing points to where it was taken from; the later, the farther from the middle.
+/// @param rect laid out: its size says how large the circle is
 void addPolarView(Picture& picture, const PlotSource& source, const Groups& groups, bool areTrue, QCPAxisRect& rect)
 {
-    constexpr double Edge = 1.22;
-    constexpr double LabelRadius = 1.11;
     constexpr double Middle = 0.08;  // the first bearings have a direction too
-    constexpr int Step = 30;
+    Directions directions(picture, areTrue);
+    const double radius = directions.radius(std::min(rect.width(), rect.height()));
+    const double edgeX = rect.width() / radius / 2;
+    const double edgeY = rect.height() / radius / 2;
     QCPAxis& x = *rect.axis(QCPAxis::atBottom);
     QCPAxis& y = *rect.axis(QCPAxis::atLeft);
     for (QCPAxis* axis : rect.axes()) {
         axis->setVisible(false);
         axis->grid()->setVisible(false);
     }
-    x.setRange(-Edge, Edge);
-    y.setRange(-Edge, Edge);
-    for (const double radius : {0.25, 0.5, 0.75, 1.0}) {
-        addRing(picture, rect, Middle + (1 - Middle) * radius);
+    x.setRange(-edgeX, edgeX);
+    y.setRange(-edgeY, edgeY);
+    for (const double part : {0.25, 0.5, 0.75, 1.0}) {
+        addRing(picture, rect, Middle + (1 - Middle) * part);
     }
-    for (int degrees = 0; degrees < static_cast<int>(Circle); degrees += Step) {
+    for (int degrees = 0; degrees < static_cast<int>(Circle); degrees += Directions::Step) {
         const double angle = degrees * Pi / (Circle / 2);
         auto* spoke = picture.addItem<QCPItemLine>("grid");
-        auto* label = picture.addItem<QCPItemText>("grid");
-        for (QCPItemPosition* position : {spoke->start, spoke->end, label->position}) {
+        for (QCPItemPosition* position : {spoke->start, spoke->end}) {
             position->setAxes(&x, &y);
             position->setType(QCPItemPosition::ptPlotCoords);
         }
         spoke->start->setCoords(Middle * std::sin(angle), Middle * std::cos(angle));
         spoke->end->setCoords(std::sin(angle), std::cos(angle));
         spoke->setPen(QPen(QColor(0xffc8ccd0)));
-        label->setText(directionName(degrees, areTrue));
-        label->setFont(picture.font());
-        label->position->setCoords(LabelRadius * std::sin(angle), LabelRadius * std::cos(angle));
     }
+    directions.add(rect, radius);
     for (const Group* group : groups.shown()) {
         auto* curve = new QCPCurve(&x, &y);
         curve->removeFromLegend();
@@ -283,18 +349,17 @@ void addPolarView(Picture& picture, const PlotSource& source, const Groups& grou
         curve->setScatterStyle(dot(group->colour));
         for (const BearingPoints::Point& point : group->points.points()) {
             const double part = static_cast<double>(point.timeMs - source.span().fromMs) / source.span().width();
-            const double radius = Middle + (1 - Middle) * part;
+            const double distance = Middle + (1 - Middle) * part;
             const double angle = point.azimuthDeg * Pi / (Circle / 2);
-            curve->addData(radius * std::sin(angle), radius * std::cos(angle));
+            curve->addData(distance * std::sin(angle), distance * std::cos(angle));
         }
     }
 }
 
-/// The whole picture: over time, from above, and what the colours mean.
-void draw(Picture& picture, const PlotSource& source, const Groups& groups, bool areTrue)
+/// The whole picture: over time, from above, and what the colours mean. @return where the view from above is
+QCPAxisRect* draw(Picture& picture, const PlotSource& source, const Groups& groups, bool areTrue)
 {
-    constexpr int Wide = 900;
-    const bool beside = picture.width() >= Wide;
+    const bool beside = viewsAreBeside(picture);
     QCPLayoutGrid& body = picture.body();
     QCPAxisRect* times = picture.addAxisRect(body, 0, 0);
     times->setMinimumMargins(QMargins(8, 8, 34, 8));
@@ -302,12 +367,14 @@ void draw(Picture& picture, const PlotSource& source, const Groups& groups, bool
 
     auto* side = new QCPLayoutGrid;
     body.addElement(beside ? 0 : 1, beside ? 1 : 0, side);
+    const int columns = beside ? 2 : 1;
+    const int rows = (static_cast<int>(groups.shown().size()) + columns - 1) / columns;
+    const int legendHeight = rows * (picture.lineHeight() + 6) + 10;
     const int square = std::min(picture.height() * (beside ? 6 : 4) / 10, picture.width() * (beside ? 38 : 60) / 100);
     QCPAxisRect* polar = picture.addAxisRect(*side, 0, 0);
     polar->setAutoMargins(QCP::msNone);
     polar->setMinimumSize(square, square);
     polar->setMaximumSize(square, square);
-    addPolarView(picture, source, groups, areTrue, *polar);
     QCPTextElement* caption =
         picture.addText(beside ? *side : body, beside ? 1 : 2, 0,
                         areTrue ? QStringLiteral("True north at the top; the later, the farther out")
@@ -324,18 +391,18 @@ void draw(Picture& picture, const PlotSource& source, const Groups& groups, bool
     legend->setBorderPen(Qt::NoPen);
     legend->setFillOrder(QCPLegend::foColumnsFirst);
     legend->setRowSpacing(2);
-    const int columns = beside ? 2 : 1;
     legend->setWrap(columns);
-    const int graphs = picture.plot().graphCount();
-    for (int i = 0; i < graphs; ++i) {
+    for (int i = 0; i < picture.plot().graphCount(); ++i) {
         picture.plot().graph(i)->addToLegend(legend);
     }
-    const int rows = (graphs + columns - 1) / columns;
-    legend->setMaximumSize(QWIDGETSIZE_MAX, rows * (picture.lineHeight() + 6) + 10);
+    legend->setMaximumSize(QWIDGETSIZE_MAX, legendHeight);
+    picture.layOut();
+    addPolarView(picture, source, groups, areTrue, *polar);
+    return polar;
 }
 
 void print(const PlotBearingsOptions& options, const PlotSource& source, const Bearings& bearings,
-           const BearingCount& count, const Groups& groups, const QCPAxisRect& view)
+           const BearingCount& count, const Groups& groups, const QCPAxisRect& view, const QCPAxisRect& fromAbove)
 {
     Json channels = Json::array();
     for (const double hz : groups.frequencies()) {
@@ -349,6 +416,9 @@ void print(const PlotBearingsOptions& options, const PlotSource& source, const B
     json["otherChannels"] = groups.others();
     json["withoutHeading"] = bearings.withoutHeading();
     json["view"] = {{"columns", view.width()}, {"rows", view.height()}, {"left", view.left()}, {"top", view.top()}};
+    const QCPAxis& up = *fromAbove.axis(QCPAxis::atLeft);
+    const QPoint middle = fromAbove.center();
+    json["circle"] = {{"x", middle.x()}, {"y", middle.y()}, {"radius", fromAbove.height() / up.range().size()}};
     std::cout << dump(json, 2) << '\n';
 }
 
@@ -384,12 +454,12 @@ ExitCode plotBearings(const PlotBearingsOptions& options)
     Picture picture(options, source,
                     bearings.areTrue() ? QStringLiteral("True bearings (DFSPECTRUM, TRUEHEADING)")
                                        : QStringLiteral("Bearings (DFSPECTRUM)"));
-    draw(picture, source, groups, bearings.areTrue());
+    const QCPAxisRect* fromAbove = draw(picture, source, groups, bearings.areTrue());
     picture.layOut();
     markBookmarks(picture, *picture.plot().graph(0)->keyAxis(), source);
     ExitCode result = picture.save();
     if (result == ExitCode::Fine && options.json) {
-        print(options, source, bearings, count, groups, *picture.plot().graph(0)->keyAxis()->axisRect());
+        print(options, source, bearings, count, groups, *picture.plot().graph(0)->keyAxis()->axisRect(), *fromAbove);
     }
     if (bearings.withoutHeading() > 0) {
         complain(options.file, std::to_string(bearings.withoutHeading()) +

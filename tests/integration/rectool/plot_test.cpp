@@ -288,6 +288,22 @@ TEST_F(Plot, ABearingStandsAtItsTimeAndAzimuth)
     EXPECT_EQ(colour, QColor(0x1f, 0x77, 0xb4));
 }
 
+TEST_F(Plot, FromAboveABearingStandsInItsDirectionAlsoInALowPicture)
+{
+    constexpr double Middle = 0.08;
+    const double angle = 10 * std::acos(-1) / 180;
+    for (const QStringList& size : {QStringList{"1400", "900"}, {"1000", "400"}, {"600", "600"}, {"400", "400"}}) {
+        const json drawn = draw({"bearings", "--width", size[0], "--height", size[1]}, recording());
+        const json& circle = drawn.at("circle");
+        const double distance =
+            circle.at("radius").get<double>() * (Middle + (1 - Middle) * (500.0 - 10) / (2500 - 10));
+        const double x = circle.at("x").get<double>() + distance * std::sin(angle);
+        const double y = circle.at("y").get<double>() - distance * std::cos(angle);
+        EXPECT_EQ(image().pixelColor(static_cast<int>(x), static_cast<int>(y)), QColor(0x1f, 0x77, 0xb4))
+            << size.join(" by ").toStdString();
+    }
+}
+
 // Bookmarks, formats, errors
 
 TEST_F(Plot, BookmarksOfTheSpanAreMarked)
