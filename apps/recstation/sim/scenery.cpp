@@ -69,14 +69,12 @@ void Vehicle::drive(double seconds, exact::Random& random)
 
 double Vehicle::latitude() const
 {
-    constexpr double metresPerDegree = 111'200;
-    return originLatitude + m_place.north / metresPerDegree;
+    return originLatitude + m_place.north / metresPerDegreeNorth;
 }
 
 double Vehicle::longitude() const
 {
-    constexpr double metresPerDegree = 72'290;  // at the latitude of the start
-    return originLongitude + m_place.east / metresPerDegree;
+    return originLongitude + m_place.east / metresPerDegreeEast;
 }
 
 Scenery::Scenery(std::uint64_t seed) : m_random(seed)

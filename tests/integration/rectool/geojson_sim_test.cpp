@@ -18,13 +18,12 @@ using RecTool::Geo::Position;
 /// Where the simulator puts a transmitter, by its own map projection.
 Position placeOf(double frequencyHz)
 {
-    constexpr double MetresPerDegreeNorth = 111'200;
-    constexpr double MetresPerDegreeEast = 72'290;
-    const recstation::sim::Scenery scenery(1);
-    for (const recstation::sim::Transmitter& transmitter : scenery.transmitters()) {
+    namespace sim = recstation::sim;
+    const sim::Scenery scenery(1);
+    for (const sim::Transmitter& transmitter : scenery.transmitters()) {
         if (transmitter.frequencyHz == frequencyHz) {
-            return {recstation::sim::originLatitude + transmitter.place.north / MetresPerDegreeNorth,
-                    recstation::sim::originLongitude + transmitter.place.east / MetresPerDegreeEast};
+            return {sim::originLatitude + transmitter.place.north / sim::metresPerDegreeNorth,
+                    sim::originLongitude + transmitter.place.east / sim::metresPerDegreeEast};
         }
     }
     ADD_FAILURE() << "no transmitter at " << frequencyHz;
@@ -106,6 +105,18 @@ TEST_P(SimulatedVehicle, FixesOfSingleMinutesHoldTheTransmitterAsOftenAsTheySay)
     const Score score = scoreOf(geoJsonDocument(recording(), {"--window", "60s"}));
     EXPECT_GE(score.fixes, 8);
     EXPECT_GE(score.held, 0.95 * score.fixes - 1);
+}
+
+TEST(SimulatedPlane, HasTheMetresOfADegreeOfTheEllipsoid)
+{
+    namespace sim = recstation::sim;
+    const Position start{sim::originLatitude, sim::originLongitude};
+    constexpr double Step = 0.005;
+    const Position south{sim::originLatitude - Step, sim::originLongitude};
+    const Position north{sim::originLatitude + Step, sim::originLongitude};
+    const Position east{sim::originLatitude, sim::originLongitude + 2 * Step};
+    EXPECT_NEAR(RecTool::Geo::distanceM(south, north) / (2 * Step), sim::metresPerDegreeNorth, 0.1);
+    EXPECT_NEAR(RecTool::Geo::distanceM(start, east) / (2 * Step), sim::metresPerDegreeEast, 0.1);
 }
 
 }  // namespace
