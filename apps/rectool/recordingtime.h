@@ -13,8 +13,7 @@ namespace RecTool {
 constexpr const char* TimeForms =
     "milliseconds of the recording, such as 1500; a clock time that says UTC or local, such as "
     "\"2023-11-14 22:13:21.5 UTC\" or \"22:13:21 local\"; a bookmark by its text with milliseconds before or behind "
-    "it, "
-    "such as bookmark:alarm or bookmark:alarm-500";
+    "it, such as bookmark:alarm or bookmark:alarm-500";
 
 /// A time as milliseconds of the recording; nothing when it is not one, also when it lies before the recording's start
 /// or when several bookmarks have the text. A clock time without a date is the first one from the start on.

@@ -1,0 +1,43 @@
+// Verbs that make a recording of others.
+#include "verb.h"
+
+namespace RecTool::CommandLine {
+
+namespace {
+
+template <typename Options>
+void addNewRecording(Verb<Options>& verb)
+{
+    verb.app().add_option("-o,--output", verb.options().output, "The new recording")->type_name("FILE")->required();
+    verb.app().add_flag("--force", verb.options().force, "Replace an existing file");
+    verb.addJson("Print a summary as JSON");
+}
+
+void addCut(CLI::App& app, Action& action)
+{
+    Verb<CutOptions> verb(app, "cut", "Store a part of a recording as a recording of its own", cut, action);
+    verb.addSpan("Begin with the state at this time", "End at this time, which is kept too");
+    addNewRecording(verb);
+    verb.addExamples({"cut recording.rec --from 60000 --to 65000 -o part.rec",
+                      "cut recording.rec --from bookmark:alarm-5000 -o alarm.rec"});
+}
+
+void addMerge(CLI::App& app, Action& action)
+{
+    Verb<MergeOptions> verb(app, "merge", "Make one recording of several, by clock time", merge, action);
+    addNewRecording(verb);
+    verb.app().add_flag("--separate", verb.options().separate,
+                        "Keep values apart that several files recorded at the same time, instead of refusing them");
+    verb.addExamples(
+        {"merge first.rec second.rec -o whole.rec", "merge receiver.rec df.rec -o station.rec --separate"});
+}
+
+}  // namespace
+
+void addMakingVerbs(CLI::App& app, Action& action)
+{
+    addCut(app, action);
+    addMerge(app, action);
+}
+
+}  // namespace RecTool::CommandLine

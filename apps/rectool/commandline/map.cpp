@@ -1,0 +1,64 @@
+// The verb map, as a table and on the earth.
+#include <map>
+#include <string>
+
+#include "verb.h"
+
+namespace RecTool::CommandLine {
+
+namespace {
+
+/// Unlike the parser's own check, refuses "nan".
+CLI::Validator within(double least, double most)
+{
+    const std::string range = "[" + CLI::detail::to_string(least) + " - " + CLI::detail::to_string(most) + "]";
+    return {[=](const std::string& text) {
+                double value = 0;
+                const bool fits = CLI::detail::lexical_cast(text, value) && value >= least && value <= most;
+                return fits ? std::string() : "expected a number in " + range + ", found " + text;
+            },
+            ""};
+}
+
+void addGeoJson(CLI::App& app, MapOptions& options)
+{
+    const std::map<std::string, double> units = {{"s", 1}, {"min", 60}, {"h", 3600}};
+    CLI::Option* geoJson = app.add_flag(
+        "--geojson", options.geoJson, "Print every bearing of the span as a line on the earth, and fixes, as GeoJSON");
+    geoJson->excludes(app.get_option("--json"));
+    app.add_option("-o,--output", options.output, "With --geojson: write to this file")
+        ->type_name("FILE")
+        ->needs(geoJson);
+    app.add_option("--length", options.lengthKm,
+                   "With --geojson: kilometres of the lines (default: beyond the fixes, or 10)")
+        ->type_name("KM")
+        ->check(within(0.001, 20'000))
+        ->needs(geoJson);
+    app.add_option("--sigma", options.sigmaDeg, "With --geojson: standard deviation of a bearing in degrees")
+        ->type_name("DEG")
+        ->check(within(0.001, 45))
+        ->capture_default_str()
+        ->needs(geoJson);
+    app.add_option("--window", options.windowSeconds,
+                   "With --geojson: bearings of one fix come within this time, such as 30s, 10min, 2h (default: 10min)")
+        ->type_name("DURATION")
+        ->transform(CLI::AsNumberWithUnit(units, CLI::AsNumberWithUnit::CASE_INSENSITIVE))
+        ->check(within(0.001, 1e9))
+        ->needs(geoJson);
+}
+
+}  // namespace
+
+void addMapVerb(CLI::App& app, Action& action)
+{
+    Verb<MapOptions> verb(app, "map", "Show the bearing of every channel", map, action);
+    verb.addSpan("Only channels whose bearing changed since this time",
+                 "The bearings as they are at this time, instead of at the end");
+    verb.addJson();
+    addGeoJson(verb.app(), verb.options());
+    verb.addExamples({"map recording.rec", "map recording.rec --from bookmark:alarm --to bookmark:alarm+5000 --json",
+                      "map recording.rec --geojson -o bearings.geojson",
+                      "map recording.rec --geojson --sigma 1.5 --window 30s --length 5 --from 60000"});
+}
+
+}  // namespace RecTool::CommandLine

@@ -1,0 +1,71 @@
+// A verb and the options that many verbs have.
+#pragma once
+
+#include <initializer_list>
+#include <memory>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "../recordingtime.h"
+#include "verbs.h"
+
+namespace RecTool::CommandLine {
+
+/// A verb whose options live as long as it does; when it is given, they become the action.
+template <typename Options>
+class Verb {
+public:
+    Verb(CLI::App& parent, const char* name, const char* description, ExitCode (*run)(const Options&), Action& action)
+        : m_options(std::make_shared<Options>()), m_app(*parent.add_subcommand(name, description))
+    {
+        if constexpr (requires { m_options->files; }) {
+            m_app.add_option("FILE", m_options->files, "Recordings")->required();
+        } else {
+            m_app.add_option("FILE", m_options->file, "Recording")->required();
+        }
+        m_app.callback([options = m_options, run, &action] { action = [options, run] { return run(*options); }; });
+    }
+    [[nodiscard]] Options& options() { return *m_options; }
+    [[nodiscard]] CLI::App& app() { return m_app; }
+
+    CLI::Option* addTime(const char* name, std::string& time, const std::string& description)
+    {
+        return m_app.add_option(name, time, description)->type_name("TIME");
+    }
+    /// --from and --to; the forms of a time are told with the first one.
+    void addSpan(const std::string& from, const std::string& to)
+    {
+        addTime("--from", m_options->from, from + ". TIME: " + TimeForms);
+        addTime("--to", m_options->to, to);
+    }
+    void addTypes(const char* description)
+    {
+        m_app.add_option("--type", m_options->types, description)
+            ->type_name("TYPE")
+            ->expected(1)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+            ->allow_extra_args(false);  // what follows one is the recording
+    }
+    void addJson(const char* description = "Print one JSON document")
+    {
+        m_app.add_flag("--json", m_options->json, description);
+    }
+    void addYes() { m_app.add_flag("--yes", m_options->yes, "Change the file without asking"); }
+
+    /// @param examples what follows the program's name
+    void addExamples(std::initializer_list<const char*> examples)
+    {
+        std::string text = examples.size() == 1 ? "Example:" : "Examples:";
+        for (const char* example : examples) {
+            text.append("\n  rectool ").append(example);
+        }
+        m_app.footer(text);
+    }
+
+private:
+    std::shared_ptr<Options> m_options;
+    CLI::App& m_app;
+};
+
+}  // namespace RecTool::CommandLine
