@@ -31,7 +31,8 @@ constexpr double fieldStrengthFactorDb = 124;  ///< from dBm to dBuV/m
 constexpr double originLatitude = 49.45;
 constexpr double originLongitude = 11.08;
 
-// Of the WGS84 ellipsoid at the start: bearings on the plane are then those on a map, but for the meridians' convergence.
+// Of the WGS84 ellipsoid at the start: bearings on the plane are then those on a map, but for the meridians'
+// convergence.
 constexpr double metresPerDegreeNorth = 111'218.4;
 constexpr double metresPerDegreeEast = 72'510.3;
 
