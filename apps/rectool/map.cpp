@@ -139,11 +139,7 @@ ExitCode map(const MapOptions& options)
     const std::vector<std::size_t> shown = shownChannels(replay, span);
     options.json ? printJson(options, span, replay, shown) : printTable(replay, shown);
     complain(options.file, findings);
-    if (replay.passedOver() > 0) {
-        complain(options.file, std::to_string(replay.passedOver()) + " " + DirectionFindingKeyword +
-                                   " records are no bearings and were passed over.");
-    }
-    return finish(replay.passedOver() > 0 ? ExitCode::Damaged : soundness(findings));
+    return finish(withPassedOver(options.file, replay.passedOver(), soundness(findings)));
 }
 
 }  // namespace RecTool

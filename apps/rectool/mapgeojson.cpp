@@ -4,13 +4,13 @@
 #include <iostream>
 #include <vector>
 
+#include "bearingreplay.h"
 #include "geofixes.h"
 #include "geojson.h"
 #include "linesofbearing.h"
 #include "output.h"
 #include "savedfile.h"
 #include "text.h"
-#include "typenames.h"
 
 namespace RecTool {
 
@@ -57,10 +57,6 @@ void complainOfBearings(const std::string& file, const TakenBearings& taken)
                            " bearings are left out: where they were taken is not recorded.");
     }
     complain(file, taken.findings);
-    if (taken.passedOver > 0) {
-        complain(file, std::to_string(taken.passedOver) + " " + DirectionFindingKeyword +
-                           " records are no bearings and were passed over.");
-    }
 }
 
 }  // namespace
@@ -87,7 +83,7 @@ ExitCode mapGeoJson(const MapOptions& options, const Inspection::Summary& summar
         return saved;
     }
     complainOfBearings(options.file, taken);
-    return finish(taken.passedOver > 0 ? ExitCode::Damaged : soundness(taken.findings));
+    return finish(withPassedOver(options.file, taken.passedOver, soundness(taken.findings)));
 }
 
 }  // namespace RecTool

@@ -8,7 +8,7 @@ namespace {
 template <typename Options>
 void addNewRecording(Verb<Options>& verb)
 {
-    verb.app().add_option("-o,--output", verb.options().output, "The new recording")->type_name("FILE")->required();
+    verb.addOutput("FILE", "The new recording")->required();
     verb.app().add_flag("--force", verb.options().force, "Replace an existing file");
     verb.addJson("Print a summary as JSON");
 }

@@ -20,15 +20,15 @@ CLI::Validator within(double least, double most)
             ""};
 }
 
-void addGeoJson(CLI::App& app, MapOptions& options)
+void addGeoJson(Verb<MapOptions>& verb)
 {
+    CLI::App& app = verb.app();
+    MapOptions& options = verb.options();
     const std::map<std::string, double> units = {{"s", 1}, {"min", 60}, {"h", 3600}};
     CLI::Option* geoJson = app.add_flag(
         "--geojson", options.geoJson, "Print every bearing of the span as a line on the earth, and fixes, as GeoJSON");
     geoJson->excludes(app.get_option("--json"));
-    app.add_option("-o,--output", options.output, "With --geojson: write to this file")
-        ->type_name("FILE")
-        ->needs(geoJson);
+    verb.addOutput("FILE", "With --geojson: write to this file")->needs(geoJson);
     app.add_option("--length", options.lengthKm,
                    "With --geojson: kilometres of the lines (default: beyond the fixes, or 10)")
         ->type_name("KM")
@@ -55,7 +55,7 @@ void addMapVerb(CLI::App& app, Action& action)
     verb.addSpan("Only channels whose bearing changed since this time",
                  "The bearings as they are at this time, instead of at the end");
     verb.addJson();
-    addGeoJson(verb.app(), verb.options());
+    addGeoJson(verb);
     verb.addExamples({"map recording.rec", "map recording.rec --from bookmark:alarm --to bookmark:alarm+5000 --json",
                       "map recording.rec --geojson -o bearings.geojson",
                       "map recording.rec --geojson --sigma 1.5 --window 30s --length 5 --from 60000"});

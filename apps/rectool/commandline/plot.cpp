@@ -13,10 +13,7 @@ void addPicture(Verb<Options>& verb)
     constexpr int Smallest = 400;  // in less the texts have no room
     constexpr int Largest = 5000;
     Options& options = verb.options();
-    verb.app()
-        .add_option("-o,--output", options.output, "Picture to write: .png, .jpg or .pdf")
-        ->type_name("PICTURE")
-        ->required();
+    verb.addOutput("PICTURE", "Picture to write: .png, .jpg or .pdf")->required();
     verb.addSpan("Begin at this time", "End at this time");
     verb.app()
         .add_option("--width", options.width, "Width in pixels")

@@ -12,6 +12,13 @@
 
 namespace RecTool::CommandLine {
 
+/// Refuses what a script passes when it has forgotten to set a variable: without a time a verb would take everything.
+inline CLI::Validator notEmpty()
+{
+    return {[](const std::string& text) { return text.empty() ? std::string("must not be empty") : std::string(); },
+            ""};
+}
+
 /// A verb whose options live as long as it does; when it is given, they become the action.
 template <typename Options>
 class Verb {
@@ -31,7 +38,7 @@ public:
 
     CLI::Option* addTime(const char* name, std::string& time, const std::string& description)
     {
-        return m_app.add_option(name, time, description)->type_name("TIME");
+        return m_app.add_option(name, time, description)->type_name("TIME")->check(notEmpty());
     }
     /// --from and --to; the forms of a time are told with the first one.
     void addSpan(const std::string& from, const std::string& to)
@@ -52,6 +59,11 @@ public:
         m_app.add_flag("--json", m_options->json, description);
     }
     void addYes() { m_app.add_flag("--yes", m_options->yes, "Change the file without asking"); }
+
+    CLI::Option* addOutput(const char* typeName, const char* description)
+    {
+        return m_app.add_option("-o,--output", m_options->output, description)->type_name(typeName)->check(notEmpty());
+    }
 
     /// @param examples what follows the program's name
     void addExamples(std::initializer_list<const char*> examples)

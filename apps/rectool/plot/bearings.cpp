@@ -457,20 +457,15 @@ ExitCode plotBearings(const PlotBearingsOptions& options)
     const QCPAxisRect* fromAbove = draw(picture, source, groups, bearings.areTrue());
     picture.layOut();
     markBookmarks(picture, *picture.plot().graph(0)->keyAxis(), source);
-    ExitCode result = picture.save();
+    const ExitCode result = picture.save();
     if (result == ExitCode::Fine && options.json) {
         print(options, source, bearings, count, groups, *picture.plot().graph(0)->keyAxis()->axisRect(), *fromAbove);
     }
     if (bearings.withoutHeading() > 0) {
-        complain(options.file, std::to_string(bearings.withoutHeading()) +
-                                   " bearings are older than the first heading and were left out; see --relative.");
+        complain(options.file, "Bearings left out because they are older than the first heading: " +
+                                   grouped(bearings.withoutHeading()) + "; see --relative.");
     }
-    if (bearings.passedOver() > 0) {
-        complain(options.file, std::to_string(bearings.passedOver()) + " " + DirectionFindingKeyword +
-                                   " records are no bearings and were passed over.");
-        result = result == ExitCode::Fine ? ExitCode::Damaged : result;
-    }
-    return source.end(result);
+    return source.end(withPassedOver(options.file, bearings.passedOver(), result));
 }
 
 }  // namespace RecTool

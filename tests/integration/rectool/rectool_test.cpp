@@ -163,6 +163,12 @@ TEST_F(RecTool, WrongUsageIsExitCode1)
                                             {"cat", full, "--type", "LEVL"},
                                             {"diff", full, "--from", "1"},
                                             {"diff", full, "--from", "2", "--to", "1"},
+                                            {"cat", full, "--from", ""},
+                                            {"state", full, "--at", ""},
+                                            {"cut", full, "--to", "", "-o", folder() + "/new.rec"},
+                                            {"cut", full, "-o", ""},
+                                            {"map", full, "--geojson", "-o", ""},
+                                            {"plot", "level", full, "-o", ""},
                                             {"cut", full},
                                             {"cut", full, "-o", full, "--force"},
                                             {"merge", full, "-o", folder() + "/new.rec"}};
