@@ -2,10 +2,6 @@
 
 #include <cmath>
 
-#include "output.h"
-#include "text.h"
-#include "typenames.h"
-
 namespace RecTool {
 
 using values::Bearing;
@@ -58,16 +54,6 @@ void BearingReplay::update(const CellMap<Bearing, BearingHandler>& map, std::uin
             m_listener(m_channels[i]);
         }
     }
-}
-
-ExitCode withPassedOver(const std::string& file, std::uint64_t passedOver, ExitCode result)
-{
-    if (passedOver == 0) {
-        return result;
-    }
-    complain(file, std::string(DirectionFindingKeyword) +
-                       " records passed over, as no bearings: " + grouped(passedOver) + '.');
-    return result == ExitCode::Fine ? ExitCode::Damaged : result;
 }
 
 }  // namespace RecTool

@@ -3,13 +3,11 @@
 
 #include <cstdint>
 #include <functional>
-#include <string>
 #include <vector>
 
 #include <recording2/inspection/inspection.h>
 #include <values/maps.h>
 
-#include "commands.h"
 #include "recordedvalues.h"
 
 namespace RecTool {
@@ -47,8 +45,5 @@ private:
     std::vector<BearingChange> m_channels;
     std::uint64_t m_passedOver = 0;
 };
-
-/// Tells of records that are no bearings, if there were any. @return the exit code, damaged then
-[[nodiscard]] ExitCode withPassedOver(const std::string& file, std::uint64_t passedOver, ExitCode result);
 
 }  // namespace RecTool

@@ -139,7 +139,8 @@ ExitCode map(const MapOptions& options)
     const std::vector<std::size_t> shown = shownChannels(replay, span);
     options.json ? printJson(options, span, replay, shown) : printTable(replay, shown);
     complain(options.file, findings);
-    return finish(withPassedOver(options.file, replay.passedOver(), soundness(findings)));
+    return finish(
+        withPassedOver(options.file, DirectionFindingKeyword, "bearings", replay.passedOver(), soundness(findings)));
 }
 
 }  // namespace RecTool

@@ -4,13 +4,13 @@
 #include <iostream>
 #include <vector>
 
-#include "bearingreplay.h"
 #include "geofixes.h"
 #include "geojson.h"
 #include "linesofbearing.h"
 #include "output.h"
 #include "savedfile.h"
 #include "text.h"
+#include "typenames.h"
 
 namespace RecTool {
 
@@ -83,7 +83,8 @@ ExitCode mapGeoJson(const MapOptions& options, const Inspection::Summary& summar
         return saved;
     }
     complainOfBearings(options.file, taken);
-    return finish(withPassedOver(options.file, taken.passedOver, soundness(taken.findings)));
+    return finish(
+        withPassedOver(options.file, DirectionFindingKeyword, "bearings", taken.passedOver, soundness(taken.findings)));
 }
 
 }  // namespace RecTool

@@ -4,6 +4,8 @@
 #include <iostream>
 #include <system_error>
 
+#include "text.h"
+
 namespace RecTool {
 
 namespace {
@@ -63,6 +65,16 @@ ExitCode finish(ExitCode result)
     }
     std::cerr << "rectool: the output could not be written: " << std::generic_category().message(firstError) << '\n';
     return ExitCode::CannotRead;
+}
+
+ExitCode withPassedOver(const std::string& file, const std::string& keyword, const char* what, std::uint64_t count,
+                        ExitCode result)
+{
+    if (count == 0) {
+        return result;
+    }
+    complain(file, keyword + " records that are no " + what + ", passed over: " + grouped(count) + '.');
+    return result == ExitCode::Fine ? ExitCode::Damaged : result;
 }
 
 ExitCode soundness(const std::vector<Recording2::Inspection::Finding>& findings)

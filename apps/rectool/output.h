@@ -31,6 +31,12 @@ void complain(const std::string& file, const std::vector<Recording2::Inspection:
 /// CannotRead.
 [[nodiscard]] ExitCode finish(ExitCode result);
 
+/// Tells of records that are not what a verb shows, if there were any.
+/// @param what they should be, such as "bearings"
+/// @return the result, Damaged where it was Fine
+[[nodiscard]] ExitCode withPassedOver(const std::string& file, const std::string& keyword, const char* what,
+                                      std::uint64_t count, ExitCode result);
+
 /// Fine, or Damaged if there is a finding.
 [[nodiscard]] ExitCode soundness(const std::vector<Recording2::Inspection::Finding>& findings);
 

@@ -465,7 +465,7 @@ ExitCode plotBearings(const PlotBearingsOptions& options)
         complain(options.file, "Bearings left out because they are older than the first heading: " +
                                    grouped(bearings.withoutHeading()) + "; see --relative.");
     }
-    return source.end(withPassedOver(options.file, bearings.passedOver(), result));
+    return source.end(withPassedOver(options.file, DirectionFindingKeyword, "bearings", bearings.passedOver(), result));
 }
 
 }  // namespace RecTool

@@ -270,6 +270,36 @@ QString title(const std::vector<Series>& all)
     return keywords.join(QStringLiteral(", ")) + QStringLiteral(" over time");
 }
 
+/// A panel for each series, one below the other.
+void draw(Picture& picture, const PlotSource& source, const PlotLevelOptions& options, const std::vector<Series>& all,
+          QCPMarginGroup& sides)
+{
+    std::vector<std::unique_ptr<LevelPanel>> panels;
+    for (const Series& series : all) {
+        const bool isLast = panels.size() + 1 == all.size();
+        const PanelPlace place{static_cast<int>(panels.size()), panels.empty(), isLast, &sides};
+        panels.push_back(std::make_unique<LevelPanel>(picture, source, options, series, place));
+    }
+    picture.layOut();
+    for (const auto& panel : panels) {
+        panel->finishAxes();
+    }
+    picture.layOut();
+    for (const auto& panel : panels) {
+        panel->mark();
+    }
+}
+
+/// Why a series cannot be drawn.
+std::string nothingToDraw(const PlotLevelOptions& options, const Series& series)
+{
+    if (series.passedOver > 0) {
+        return "The records of " + series.keyword + " hold no numbers.";
+    }
+    const bool all = options.from.empty() && options.to.empty();
+    return "There is no record of " + series.keyword + (all ? " in the recording." : " in or before the span.");
+}
+
 }  // namespace
 
 ExitCode plotLevel(const PlotLevelOptions& options)
@@ -288,39 +318,19 @@ ExitCode plotLevel(const PlotLevelOptions& options)
     replay(source, *all);
     for (const Series& series : *all) {
         if (std::isnan(series.envelope.lowest())) {
-            return source.refuse(series.passedOver > 0 ? "The records of " + series.keyword + " hold no numbers."
-                                 : options.from.empty() && options.to.empty()
-                                     ? "There is no record of " + series.keyword + " in the recording."
-                                     : "There is no record of " + series.keyword + " in or before the span.");
+            return source.refuse(nothingToDraw(options, series));
         }
     }
     const DrawingApplication application;
     Picture picture(options, source, title(*all));
-    std::vector<std::unique_ptr<LevelPanel>> panels;
     QCPMarginGroup sides(&picture.plot());
-    for (const Series& series : *all) {
-        const bool isLast = panels.size() + 1 == all->size();
-        const PanelPlace place{static_cast<int>(panels.size()), panels.empty(), isLast, &sides};
-        panels.push_back(std::make_unique<LevelPanel>(picture, source, options, series, place));
-    }
-    picture.layOut();
-    for (const auto& panel : panels) {
-        panel->finishAxes();
-    }
-    picture.layOut();
-    for (const auto& panel : panels) {
-        panel->mark();
-    }
+    draw(picture, source, options, *all, sides);
     ExitCode result = picture.save();
     if (result == ExitCode::Fine && options.json) {
         print(options, source, *all);
     }
     for (const Series& series : *all) {
-        if (series.passedOver > 0) {
-            complain(options.file, std::to_string(series.passedOver) + " records of " + series.keyword +
-                                       " are no numbers and were passed over.");
-            result = result == ExitCode::Fine ? ExitCode::Damaged : result;
-        }
+        result = withPassedOver(options.file, series.keyword, "numbers", series.passedOver, result);
     }
     return source.end(result);
 }

@@ -532,36 +532,24 @@ void print(const PlotSpectrumOptions& options, const PlotSource& source,
     std::cout << dump(json, 2) << '\n';
 }
 
-}  // namespace
-
-ExitCode plotSpectrum(const PlotSpectrumOptions& options)
+/// The first pass: what there is to draw.
+std::vector<Spectrum> recordedOnes(PlotSource& source, std::vector<Spectrum>& spectra)
 {
-    if (const ExitCode checked = checkPicture(options); checked != ExitCode::Fine) {
-        return checked;
-    }
-    constexpr int Passes = 2;
-    PlotSource source(options, Passes);
-    if (source.state() != ExitCode::Fine) {
-        return source.state();
-    }
-    std::optional<std::vector<Spectrum>> spectra = wantedSpectra(options, source);
-    if (!spectra) {
-        return ExitCode::Usage;
-    }
-    Survey survey(*spectra, source.span());
+    Survey survey(spectra, source.span());
     source.walk([&](const Inspection::Record& record) { survey.visit(record); });
-    std::vector<Spectrum> drawn;
-    std::copy_if(spectra->begin(), spectra->end(), std::back_inserter(drawn),
+    std::vector<Spectrum> recorded;
+    std::copy_if(spectra.begin(), spectra.end(), std::back_inserter(recorded),
                  [](const Spectrum& spectrum) { return !spectrum.covered.empty(); });
-    if (drawn.empty()) {
-        return source.refuse(nothingToDraw(options, *spectra));
-    }
+    return recorded;
+}
 
-    const DrawingApplication application;
-    Picture picture(options, source, QStringLiteral("Spectrum over time"));
+/// The second pass: a panel for each spectrum, one below the other.
+std::vector<std::unique_ptr<Panel>> draw(Picture& picture, PlotSource& source, const PlotSpectrumOptions& options,
+                                         const std::vector<Spectrum>& spectra)
+{
     std::vector<std::unique_ptr<Panel>> panels;
-    panels.reserve(drawn.size());
-    for (const Spectrum& spectrum : drawn) {
+    panels.reserve(spectra.size());
+    for (const Spectrum& spectrum : spectra) {
         panels.push_back(std::make_unique<Panel>(picture, source, options, spectrum, static_cast<int>(panels.size())));
     }
     picture.layOut();
@@ -583,16 +571,39 @@ ExitCode plotSpectrum(const PlotSpectrumOptions& options)
     for (const auto& panel : panels) {
         panel->mark();
     }
+    return panels;
+}
+
+}  // namespace
+
+ExitCode plotSpectrum(const PlotSpectrumOptions& options)
+{
+    if (const ExitCode checked = checkPicture(options); checked != ExitCode::Fine) {
+        return checked;
+    }
+    constexpr int Passes = 2;
+    PlotSource source(options, Passes);
+    if (source.state() != ExitCode::Fine) {
+        return source.state();
+    }
+    std::optional<std::vector<Spectrum>> spectra = wantedSpectra(options, source);
+    if (!spectra) {
+        return ExitCode::Usage;
+    }
+    const std::vector<Spectrum> drawn = recordedOnes(source, *spectra);
+    if (drawn.empty()) {
+        return source.refuse(nothingToDraw(options, *spectra));
+    }
+
+    const DrawingApplication application;
+    Picture picture(options, source, QStringLiteral("Spectrum over time"));
+    const std::vector<std::unique_ptr<Panel>> panels = draw(picture, source, options, drawn);
     ExitCode result = picture.save();
     if (result == ExitCode::Fine && options.json) {
         print(options, source, panels);
     }
     for (const auto& panel : panels) {
-        if (panel->passedOver() > 0) {
-            complain(options.file, std::to_string(panel->passedOver()) + " records of " + panel->keyword() +
-                                       " are no spectra and were passed over.");
-            result = result == ExitCode::Fine ? ExitCode::Damaged : result;
-        }
+        result = withPassedOver(options.file, panel->keyword(), "spectra", panel->passedOver(), result);
     }
     return source.end(result);
 }

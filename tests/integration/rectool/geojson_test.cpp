@@ -414,7 +414,7 @@ TEST_F(GeoJson, RecordsThatAreNoBearingsArePassedOver)
                                                        {200, DfSpectrum, "7;1700000000200000|51;9,90/"},
                                                        {300, DfSpectrum, "7;1700000000300000|51;1,91/"}}));
     EXPECT_EQ(result.exitCode, 3);
-    EXPECT_THAT(result.err, HasSubstr("DFSPECTRUM records passed over, as no bearings: 1."));
+    EXPECT_THAT(result.err, HasSubstr("DFSPECTRUM records that are no bearings, passed over: 1."));
     EXPECT_THAT(linesOf(json::parse(result.out)), ElementsAre(std::pair(100, 90.0), std::pair(300, 91.0)));
 }
 

@@ -4,7 +4,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <QProcess>
 
 #include <recording2/fileaccess.h>
 
@@ -81,17 +80,6 @@ void checkDocument(const json& document)
 }
 
 }  // namespace
-
-ProgramResult runProgram(const QString& program, const QStringList& arguments)
-{
-    constexpr int Patience = 60'000;
-    QProcess process;
-    process.start(program, arguments);
-    EXPECT_TRUE(process.waitForFinished(Patience));
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-            process.readAllStandardError().toStdString()};
-}
 
 QString recorded(const QString& folder, const QStringList& source)
 {

@@ -9,13 +9,8 @@
 #include <QStringList>
 #include <nlohmann/json.hpp>
 
-struct ProgramResult {
-    int exitCode = -1;
-    std::string out;
-    std::string err;
-};
+#include "runprogram.h"
 
-[[nodiscard]] ProgramResult runProgram(const QString& program, const QStringList& arguments);
 /// Runs recstation, which must record one file for the direction finder. @return that file
 [[nodiscard]] QString recorded(const QString& folder, const QStringList& source);
 /// Runs rectool map FILE --geojson.

@@ -10,12 +10,12 @@
 #include <gtest/gtest.h>
 #include <QDateTime>
 #include <QFile>
-#include <QProcess>
 #include <QStandardPaths>
 #include <QStringList>
 #include <QTemporaryDir>
 #include <nlohmann/json.hpp>
 
+#include "runprogram.h"
 #include "samplerecording.h"
 
 namespace {
@@ -28,22 +28,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-struct Result {
-    int exitCode = -1;
-    std::string out;
-    std::string err;
-};
-
-Result runProgram(const QString& program, const QStringList& arguments)
-{
-    constexpr int Patience = 60'000;
-    QProcess process;
-    process.start(program, arguments);
-    EXPECT_TRUE(process.waitForFinished(Patience));
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-            process.readAllStandardError().toStdString()};
-}
+using Result = ProgramResult;
 
 Result rectool(const QStringList& arguments)
 {
