@@ -38,8 +38,7 @@ std::optional<Selection> makeSelection(const CatOptions& options, const Inspecti
                                        const TypeNames& names)
 {
     Selection selection;
-    if (!takeTime("--from", options.from, summary, selection.from) ||
-        !takeTime("--to", options.to, summary, selection.to)) {
+    if (!takeSpan(options.file, options.from, options.to, summary, selection.from, selection.to)) {
         return std::nullopt;
     }
     selection.anyTime = options.from.empty() && options.to.empty();

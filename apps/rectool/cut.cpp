@@ -215,13 +215,9 @@ private:
 };
 
 /// @return false, told, when the span is none of the recording
-bool takeSpan(const CutOptions& options, const Inspection::Summary& summary, Span& span)
+bool takeCutSpan(const CutOptions& options, const Inspection::Summary& summary, Span& span)
 {
-    if (!takeTime("--from", options.from, summary, span.from) || !takeTime("--to", options.to, summary, span.to)) {
-        return false;
-    }
-    if (span.from > span.to) {
-        complain(options.file, "--from lies behind --to.");
+    if (!takeSpan(options.file, options.from, options.to, summary, span.from, span.to)) {
         return false;
     }
     if (span.from > endOf(summary)) {
@@ -260,7 +256,7 @@ ExitCode cut(const CutOptions& options)
         return ExitCode::CannotRead;
     }
     Span span;
-    if (!takeSpan(options, summary, span)) {
+    if (!takeCutSpan(options, summary, span)) {
         return ExitCode::Usage;
     }
     NewRecording output(options.output, options.force);

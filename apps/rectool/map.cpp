@@ -119,11 +119,7 @@ ExitCode map(const MapOptions& options)
         return ExitCode::CannotRead;
     }
     Span span;
-    if (!takeTime("--from", options.from, summary, span.from) || !takeTime("--to", options.to, summary, span.to)) {
-        return ExitCode::Usage;
-    }
-    if (span.from > span.to) {
-        complain(options.file, "--from lies behind --to.");
+    if (!takeSpan(options.file, options.from, options.to, summary, span.from, span.to)) {
         return ExitCode::Usage;
     }
     if (options.geoJson) {

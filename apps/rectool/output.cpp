@@ -38,8 +38,9 @@ std::optional<std::set<std::int32_t>> takeTypes(const std::string& file, const s
     for (const std::string& type : types) {
         const std::optional<std::int32_t> number = names.numberOf(type);
         if (!number) {
-            complain(file,
-                     "There is no type \"" + type + "\" in the recording. Its types: " + names.allKeywords() + ".");
+            const std::string all = names.allKeywords();
+            complain(file, "There is no type \"" + type + "\" in the recording. " +
+                               (all.empty() ? "It has no types." : "Its types: " + all + "."));
             return std::nullopt;
         }
         numbers.insert(*number);

@@ -137,4 +137,16 @@ bool takeTime(const char* name, const std::string& text, const Summary& summary,
     return text.empty() || requireTime(name, text, summary, time);
 }
 
+bool takeSpan(const std::string& file, const std::string& fromText, const std::string& toText, const Summary& summary,
+              std::uint64_t& from, std::uint64_t& to)
+{
+    if (!takeTime("--from", fromText, summary, from) || !takeTime("--to", toText, summary, to)) {
+        return false;
+    }
+    if (from > to) {
+        complain(file, "--from lies behind --to.");
+    }
+    return from <= to;
+}
+
 }  // namespace RecTool

@@ -149,6 +149,8 @@ TEST_F(RecTool, WrongUsageIsExitCode1)
                                             {"diff", full, "--from", "1"},
                                             {"diff", full, "--from", "2", "--to", "1"},
                                             {"cat", full, "--from", ""},
+                                            {"cat", full, "--from", "2", "--to", "1"},
+                                            {"map", full, "--from", "2", "--to", "1"},
                                             {"state", full, "--at", ""},
                                             {"cut", full, "--to", "", "-o", folder() + "/new.rec"},
                                             {"cut", full, "-o", ""},
