@@ -1,6 +1,7 @@
 // The verbs of rectool. Each prints its result on standard output and what is wrong on standard error.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -117,5 +118,20 @@ struct MergeOptions {
     bool json = false;
 };
 ExitCode merge(const MergeOptions& options);
+
+struct VerifyOptions {
+    std::vector<std::string> files;
+    bool json = false;
+};
+ExitCode verify(const VerifyOptions& options);
+
+struct RepairOptions {
+    std::string file;
+    std::string output;          ///< the new file
+    std::uint64_t periodMs = 0;  ///< from record to record where no later time is known; 0: worked out
+    bool force = false;          ///< replace an existing file
+    bool json = false;
+};
+ExitCode repair(const RepairOptions& options);
 
 }  // namespace RecTool

@@ -243,12 +243,6 @@ ExitCode judge(const Report& report)
                                                                      : ExitCode::CannotRead;
 }
 
-ExitCode worse(ExitCode a, ExitCode b)
-{
-    const bool unreadable = a == ExitCode::CannotRead || b == ExitCode::CannotRead;
-    return unreadable ? ExitCode::CannotRead : std::max(a, b);
-}
-
 }  // namespace
 
 ExitCode info(const InfoOptions& options)

@@ -1,5 +1,6 @@
 #include "output.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <iostream>
 #include <system_error>
@@ -76,6 +77,12 @@ ExitCode withPassedOver(const std::string& file, const std::string& keyword, con
     }
     complain(file, keyword + " records that are no " + what + ", passed over: " + grouped(count) + '.');
     return result == ExitCode::Fine ? ExitCode::Damaged : result;
+}
+
+ExitCode worse(ExitCode a, ExitCode b)
+{
+    const bool unreadable = a == ExitCode::CannotRead || b == ExitCode::CannotRead;
+    return unreadable ? ExitCode::CannotRead : std::max(a, b);
 }
 
 ExitCode soundness(const std::vector<Recording2::Inspection::Finding>& findings)

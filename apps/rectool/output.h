@@ -37,6 +37,8 @@ void complain(const std::string& file, const std::vector<Recording2::Inspection:
 [[nodiscard]] ExitCode withPassedOver(const std::string& file, const std::string& keyword, const char* what,
                                       std::uint64_t count, ExitCode result);
 
+/// Of several files: the worst one counts, and one that cannot be read is worse than a damaged one.
+[[nodiscard]] ExitCode worse(ExitCode a, ExitCode b);
 /// Fine, or Damaged if there is a finding.
 [[nodiscard]] ExitCode soundness(const std::vector<Recording2::Inspection::Finding>& findings);
 

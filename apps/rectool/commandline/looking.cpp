@@ -54,6 +54,14 @@ void addDiff(CLI::App& app, Action& action)
                       "diff recording.rec --from bookmark:alarm-5000 --to bookmark:alarm --json"});
 }
 
+void addVerify(CLI::App& app, Action& action)
+{
+    Verb<VerifyOptions> verb(app, "verify", "Check everything in recordings that can be checked", verify, action);
+    verb.addJson();
+    verb.addExamples({"verify recording.rec", "verify --json *.rec"},
+                     "Exit code 0: sound, there may be notes; 3: damaged; 2: a file cannot be read.");
+}
+
 }  // namespace
 
 void addLookingVerbs(CLI::App& app, Action& action)
@@ -63,6 +71,7 @@ void addLookingVerbs(CLI::App& app, Action& action)
     addCat(app, action);
     addState(app, action);
     addDiff(app, action);
+    addVerify(app, action);
 }
 
 }  // namespace RecTool::CommandLine

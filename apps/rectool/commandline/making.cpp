@@ -32,12 +32,29 @@ void addMerge(CLI::App& app, Action& action)
         {"merge first.rec second.rec -o whole.rec", "merge receiver.rec df.rec -o station.rec --separate"});
 }
 
+void addRepair(CLI::App& app, Action& action)
+{
+    constexpr std::uint64_t LongestPeriodMs = 86'400'000;
+    Verb<RepairOptions> verb(app, "repair", "Store what is whole of a damaged recording as a recording", repair,
+                             action);
+    addNewRecording(verb);
+    verb.app()
+        .add_option("--period", verb.options().periodMs,
+                    "Milliseconds from record to record where no later time is known (default: evenly to the end of "
+                    "the recording)")
+        ->type_name("MS")
+        ->check(CLI::Range(std::uint64_t{1}, LongestPeriodMs));
+    verb.addExamples({"repair damaged.rec -o repaired.rec", "repair cut.rec -o repaired.rec --period 20 --json"},
+                     "Exit code 0: nothing was lost; 3: something was lost; 2: nothing could be saved.");
+}
+
 }  // namespace
 
 void addMakingVerbs(CLI::App& app, Action& action)
 {
     addCut(app, action);
     addMerge(app, action);
+    addRepair(app, action);
 }
 
 }  // namespace RecTool::CommandLine

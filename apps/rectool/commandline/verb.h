@@ -66,9 +66,11 @@ public:
     }
 
     /// @param examples what follows the program's name
-    void addExamples(std::initializer_list<const char*> examples)
+    /// @param remark a sentence in front of them, may be empty
+    void addExamples(std::initializer_list<const char*> examples, const std::string& remark = {})
     {
-        std::string text = examples.size() == 1 ? "Example:" : "Examples:";
+        std::string text = remark.empty() ? remark : remark + '\n';
+        text += examples.size() == 1 ? "Example:" : "Examples:";
         for (const char* example : examples) {
             text.append("\n  rectool ").append(example);
         }

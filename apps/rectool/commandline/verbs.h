@@ -13,10 +13,10 @@ namespace RecTool::CommandLine {
 using Action = std::function<ExitCode()>;
 
 // Each adds its verbs; the one that is given sets the action.
-void addLookingVerbs(CLI::App& app, Action& action);  ///< info, types, cat, state, diff
+void addLookingVerbs(CLI::App& app, Action& action);  ///< info, types, cat, state, diff, verify
 void addEditingVerbs(CLI::App& app, Action& action);  ///< bookmark, range
 void addMapVerb(CLI::App& app, Action& action);
 void addPlotVerbs(CLI::App& app, Action& action);
-void addMakingVerbs(CLI::App& app, Action& action);  ///< cut, merge
+void addMakingVerbs(CLI::App& app, Action& action);  ///< cut, merge, repair
 
 }  // namespace RecTool::CommandLine

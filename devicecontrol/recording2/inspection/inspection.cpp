@@ -113,7 +113,9 @@ private:
     {
         const std::int64_t offset = m_fields.position();
         const bool sound = (m_fields.*method)(target);
-        if (!sound) {
+        if (sound) {
+            m_summary.header.fieldOffsets.push_back(offset);
+        } else {
             m_summary.findings.push_back({offset, std::string(name) + " " + m_fields.problem() + "."});
         }
         return sound;

@@ -45,6 +45,7 @@ struct Header {
     std::int32_t bookmarkTablePosition = 0;
     bool automatic = false;
     std::int32_t endPosition = 0;  ///< of the header record, at most 500 in a sound file
+    std::vector<std::int64_t> fieldOffsets;  ///< of the fields in the order of the file, up to the first damaged one
 };
 
 struct TypeEntry {
@@ -64,6 +65,14 @@ struct Bookmark {
     std::string text;  ///< any bytes
 };
 
+/// Where what could be read of each table ends, 0 for one that is absent or damaged.
+struct TableEnds {
+    std::int64_t types = 0;
+    std::int64_t times = 0;          ///< behind the entry of the last record
+    std::int64_t channelRanges = 0;  ///< behind the last time; the zeros of an earlier table may follow
+    std::int64_t bookmarks = 0;      ///< behind the zeros of an earlier table
+};
+
 /// Something that a sound file would not show.
 struct Finding {
     std::int64_t offset = 0;  ///< where in the file
@@ -80,6 +89,7 @@ struct Summary {
     std::vector<TimeEntry> times;
     std::vector<std::uint64_t> channelRangeTimes;
     std::vector<Bookmark> bookmarks;
+    TableEnds ends;
     std::vector<Finding> findings;
 };
 

@@ -84,6 +84,7 @@ public:
             sound = fields.time(entry.timeMs) && fields.number(entry.position);
             if (sound && follows(entry)) {
                 m_summary.times.push_back(entry);
+                m_end = fields.position();
             } else {
                 complete = isComplete();
                 if (!complete && sound) {
@@ -119,7 +120,9 @@ private:
     {
         m_strange.report("An entry of the time table is out of order or outside the records.",
                          " entries of the time table are out of order or outside the records.", m_summary.findings);
-        if (sound && !isComplete()) {
+        if (isComplete()) {
+            m_summary.ends.times = m_end;
+        } else if (sound) {
             addFinding(end, "The time table ends before the last record.");
         }
         if (!m_summary.times.empty() && m_summary.times.front().position != m_summary.header.firstRecordPosition) {
@@ -130,6 +133,7 @@ private:
     Format::ByteSource& m_source;
     Summary& m_summary;
     Repeated m_strange;
+    std::int64_t m_end = 0;  // of the last entry that carries on
 };
 
 }  // namespace
@@ -192,6 +196,7 @@ void readTypeTable(Format::ByteSource& source, Summary& summary)
         }
         summary.types.push_back(std::move(entry));
     }
+    summary.ends.types = fields.position();
 }
 
 void readTimeTable(Format::ByteSource& source, Summary& summary)
@@ -209,6 +214,8 @@ void readChannelRangeTable(Format::ByteSource& source, Summary& summary)
     }
     FieldReader fields(source, summary.header.channelRangeTablePosition, end);
     Repeated disorder;
+    bool sound = true;
+    std::int64_t lastEnd = fields.position();
     while (fields.left() > 0) {
         const std::int64_t offset = fields.position();
         std::uint64_t time = 0;
@@ -219,6 +226,7 @@ void readChannelRangeTable(Format::ByteSource& source, Summary& summary)
         }
         if (!fields.time(time)) {
             summary.findings.push_back({offset, sentence("An entry of the channel range table", fields)});
+            sound = false;
             break;
         }
         if (time > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
@@ -228,7 +236,9 @@ void readChannelRangeTable(Format::ByteSource& source, Summary& summary)
             disorder.add(offset);
         }
         summary.channelRangeTimes.push_back(time);
+        lastEnd = fields.position();
     }
+    summary.ends.channelRanges = sound ? lastEnd : 0;
     disorder.report("A time in the channel range table is out of order.",
                     " times in the channel range table are out of order.", summary.findings);
 }
@@ -241,6 +251,7 @@ void readBookmarkTable(Format::ByteSource& source, Summary& summary)
     }
     FieldReader fields(source, summary.header.bookmarkTablePosition, end);
     Repeated disorder;
+    bool sound = true;
     // A shorter table that took the place of a longer one is followed by the characters "0" to the end.
     while (fields.left() > 0 && !fields.holdsOnly(fields.position(), end, '0')) {
         const std::int64_t offset = fields.position();
@@ -248,6 +259,7 @@ void readBookmarkTable(Format::ByteSource& source, Summary& summary)
         std::int64_t length = 0;
         if (!fields.time(bookmark.timeMs) || !fields.number(length) || !fields.bytes(bookmark.text, length)) {
             summary.findings.push_back({offset, sentence("A bookmark", fields)});
+            sound = false;
             break;
         }
         const std::uint64_t previous = summary.bookmarks.empty() ? 0 : summary.bookmarks.back().timeMs;
@@ -258,6 +270,7 @@ void readBookmarkTable(Format::ByteSource& source, Summary& summary)
             summary.bookmarks.push_back(std::move(bookmark));
         }
     }
+    summary.ends.bookmarks = sound ? end : 0;
     disorder.report("A bookmark has no time or is out of order.", " bookmarks have no time or are out of order.",
                     summary.findings);
 }

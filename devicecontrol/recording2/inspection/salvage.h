@@ -1,0 +1,71 @@
+// What can still be taken out of a file whose header or tables are damaged, for the tools of this project.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "inspection.h"
+
+namespace Recording2::Inspection {
+
+/// A record that is whole.
+struct SalvagedRecord {
+    std::int64_t position = 0;
+    std::optional<std::uint64_t> timeMs;  ///< what the time table says, where it can be believed
+};
+
+/// Bytes among the records that belong to no whole record.
+struct LostBytes {
+    std::int64_t offset = 0;
+    std::int64_t bytes = 0;
+};
+
+/// Times ascend strictly wherever they stand.
+struct Salvage {
+    Readability readability = Readability::Ok;
+    std::string problem;  ///< one sentence when not Ok
+    Header header;        ///< what is damaged in it is 0 or empty; the positions are where the blocks were found
+    std::vector<std::string> lostHeaderFields;  ///< "the step width"
+    std::vector<TypeEntry> types;
+    bool typesLost = false;               ///< not all types could be read
+    std::vector<SalvagedRecord> records;  ///< in the order of the file; 32 bytes each
+    std::vector<LostBytes> lostBytes;
+    bool cutOff = false;                           ///< the file ends in front of a block that its header names
+    std::vector<std::uint64_t> channelRangeTimes;  ///< of records with a time
+    bool channelRangesLost = false;                ///< there were others, or there may have been
+    std::vector<Bookmark> bookmarks;
+    std::uint64_t lostBookmarks = 0;  ///< as many as can be told
+    bool bookmarksLost = false;       ///< there were others
+};
+
+/// Reads a file as far as anything can be made of it.
+/// - Header: fields behind a damaged one are found again; the positions also from the end of the header.
+/// - Blocks whose position is damaged are looked for: types at 500, records behind the types, the time table where the
+///   records end or where it names the first record, the others behind it.
+/// - Records: one behind the other; behind damage from the next one on that the time table names. A record that
+///   contradicts the time table is not whole.
+/// - Times: those of the largest set of entries whose times ascend with their positions.
+/// @param progress called now and then with the bytes of the records walked and in all; may be empty
+Salvage salvage(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress = {});
+
+/// Reads single records of a file, fastest in ascending order.
+class SalvageReader {
+public:
+    explicit SalvageReader(const std::string& path);
+    SalvageReader(const SalvageReader&) = delete;
+    SalvageReader& operator=(const SalvageReader&) = delete;
+    ~SalvageReader();
+
+    /// @return false when there is none any more
+    bool read(std::int64_t position, Record& record);
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+};
+
+}  // namespace Recording2::Inspection
