@@ -16,6 +16,7 @@
 
 #include <recording2/fileaccess.h>
 #include <recording2/inspection/inspection.h>
+#include <recording2/inspection/verification.h>
 #include <recording2/recordmodel.h>
 
 namespace {
@@ -264,6 +265,18 @@ TEST_P(DamagedFile, IsReportedByTheInspection)
     EXPECT_THAT(findingsOf(file.path()), HasSubstr(GetParam().text));
 }
 
+TEST_P(DamagedFile, IsFoundByVerifying)
+{
+    const File file(GetParam().bytes());
+    const Inspection::Verification found = Inspection::verify(file.path());
+    EXPECT_EQ(found.readability, GetParam().readability);
+    EXPECT_EQ(found.count(Inspection::Severity::Damage) > 0, found.readability == Readability::Ok);
+    for (const Inspection::Remark& remark : found.remarks) {
+        EXPECT_GE(remark.offset, 0);
+        EXPECT_LE(remark.offset, found.fileSize);
+    }
+}
+
 TEST_P(DamagedFile, IsReadToAnEnd)
 {
     const std::string bytes = GetParam().bytes();
@@ -313,6 +326,15 @@ TEST_P(OddFile, IsSound)
     const File file(GetParam().bytes());
     EXPECT_EQ(Inspection::inspect(file.path()).readability, Readability::Ok);
     EXPECT_THAT(findingsOf(file.path()), IsEmpty());
+}
+
+TEST_P(OddFile, HasNoDamageForVerifying)
+{
+    const File file(GetParam().bytes());
+    const Inspection::Verification found = Inspection::verify(file.path());
+    for (const Inspection::Remark& remark : found.remarks) {
+        EXPECT_EQ(remark.severity, Inspection::Severity::Note) << remark.offset << ": " << remark.text;
+    }
 }
 
 TEST_P(OddFile, IsReadToAnEnd)

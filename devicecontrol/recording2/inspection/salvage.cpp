@@ -42,12 +42,18 @@ public:
         text("the device name", m_header.deviceName);
         text("the device type", m_header.deviceType);
         std::array<std::int32_t, TailFields> tail{};
-        m_positionsKnown = (!m_lost && readTail(tail)) || findTail(tail);
+        findFilling();
+        m_positionsKnown = !m_lost && readTail(tail);
+        if (m_positionsKnown && !m_record.empty() && m_fields.position() != static_cast<std::int64_t>(m_record.size())) {
+            loseTexts();  // their lengths do not lead to the end of the record
+            m_positionsKnown = false;
+        }
+        m_positionsKnown = m_positionsKnown || findTail(tail);
         if (!m_positionsKnown) {
             m_result.lostHeaderFields.emplace_back("the positions of the tables");
             tail = {};
         }
-        take(tail, measureShift());
+        take(tail);
     }
     /// How far everything behind the header area stands from where it should be, because bytes were inserted or lost.
     [[nodiscard]] std::int32_t shift() const { return m_shift; }
@@ -85,6 +91,14 @@ private:
             m_result.lostHeaderFields.emplace_back(name);
         }
     }
+    void loseTexts()
+    {
+        for (std::string* text : {&m_header.jobId, &m_header.deviceName, &m_header.deviceType}) {
+            text->clear();
+        }
+        m_result.lostHeaderFields.insert(m_result.lostHeaderFields.end(),
+                                         {"the job id", "the device name", "the device type"});
+    }
     void skipNumber(std::int64_t begin)
     {
         for (std::int64_t at = begin; at < begin + static_cast<std::int64_t>(Format::MaxNumberBytes); ++at) {
@@ -101,25 +115,29 @@ private:
         return std::all_of(tail.begin(), tail.end(), [&](std::int32_t& value) { return m_fields.number(value); });
     }
 
-    std::int32_t measureShift()
+    /// The zeros behind the header record and the separator that ends the area. Where the separator is tells by how
+    /// much the file was shifted.
+    void findFilling()
     {
-        constexpr std::int32_t Most = 100;
-        if (!m_positionsKnown || m_lost || m_fields.position() >= Format::HeaderAreaBytes - Most) {
-            return 0;
+        constexpr std::size_t Most = 100;  // bytes of shift
+        std::string area(Format::HeaderAreaBytes + Most, '\0');
+        area.resize(m_source.readAt(0, area.data(), area.size()));
+        const std::size_t zeros = area.find("00000000");
+        const std::size_t end = zeros == std::string::npos ? zeros : area.find_first_not_of('0', zeros);
+        if (end == std::string::npos || area[end] != Format::Separator || zeros == 0 ||
+            area[zeros - 1] != Format::Separator || end + Most < Format::HeaderAreaBytes) {
+            return;
         }
-        std::int64_t at = m_fields.position();
-        while (at < Format::HeaderAreaBytes + Most && m_fields.holdsOnly(at, at + 1, '0')) {
-            ++at;
-        }
-        const bool isEnd = m_fields.holdsOnly(at, at + 1, Format::Separator);
-        const auto shift = static_cast<std::int32_t>(at - (Format::HeaderAreaBytes - 1));
-        return isEnd && shift > -Most ? shift : 0;
+        m_record = area.substr(0, zeros);
+        // With the separator in its place it is the filling that is damaged.
+        const bool inPlace = area[Format::HeaderAreaBytes - 1] == Format::Separator;
+        m_shift = inPlace ? 0 : static_cast<std::int32_t>(end) - (Format::HeaderAreaBytes - 1);
     }
-    void take(const std::array<std::int32_t, TailFields>& tail, std::int32_t shift)
+    void take(const std::array<std::int32_t, TailFields>& tail)
     {
-        m_shift = shift;
         const auto moved = [&](std::int32_t position) {
-            return position == 0 || position > Format::LastPosition - shift ? position : position + shift;
+            const bool isOne = position > 0 && position <= Format::LastPosition - std::abs(m_shift);
+            return isOne ? position + m_shift : position;
         };
         m_header.typeTablePosition = moved(tail[0]);
         m_header.firstRecordPosition = moved(tail[1]);
@@ -133,15 +151,10 @@ private:
     /// position that recorders write is taken.
     bool findTail(std::array<std::int32_t, TailFields>& tail)
     {
-        std::string area(Format::HeaderAreaBytes, '\0');
-        if (m_source.readAt(0, area.data(), area.size()) != area.size() || area.back() != Format::Separator) {
-            return false;
-        }
-        area.pop_back();
-        area.erase(area.find_last_not_of('0') + 1);
-        std::size_t begin = area.empty() ? std::string::npos : area.size() - 1;  // a separator
+        const std::string& record = m_record;
+        std::size_t begin = record.empty() ? std::string::npos : record.size() - 1;  // a separator
         for (std::size_t i = 1; i < TailFields && begin != std::string::npos; ++i) {
-            begin = begin == 0 ? std::string::npos : area.find_last_of(Format::Separator, begin - 1);
+            begin = begin == 0 ? std::string::npos : record.find_last_of(Format::Separator, begin - 1);
         }
         if (begin == std::string::npos || begin == 0) {
             return false;
@@ -149,7 +162,7 @@ private:
         // Here begin is the separator behind the type table's position.
         const std::string recorders = std::to_string(Format::HeaderAreaBytes);
         const bool usual = begin >= recorders.size() &&
-                           area.compare(begin - recorders.size(), recorders.size(), recorders) == 0;
+                           record.compare(begin - recorders.size(), recorders.size(), recorders) == 0;
         m_fields.seek(static_cast<std::int64_t>(begin - (usual ? recorders.size() : 1)));
         return readTail(tail);
     }
@@ -160,6 +173,7 @@ private:
     Header& m_header;
     bool m_lost = false;  // where the next field begins
     bool m_positionsKnown = false;
+    std::string m_record;  // with the last separator; empty when its end was not found
     std::int32_t m_shift = 0;
 };
 

@@ -1,0 +1,235 @@
+// What can be taken out of damaged files.
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <QTemporaryDir>
+
+#include <recording2/inspection/salvage.h>
+
+#include "support/recordingbytes.h"
+
+namespace {
+
+using Recording2::Inspection::inspect;
+using Recording2::Inspection::Salvage;
+using Recording2::Inspection::salvage;
+using Recording2::Inspection::SalvageReader;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using TestSupport::ByteBuilder;
+using TestSupport::ReferenceRecording;
+
+using Times = std::vector<std::optional<std::uint64_t>>;
+
+class SalvageTest : public testing::Test {
+protected:
+    std::string store(const std::string& bytes)
+    {
+        const QString name = m_folder.filePath(QStringLiteral("made.rec"));
+        TestSupport::writeFile(name, bytes);
+        return name.toStdString();
+    }
+    Salvage salvageOf(const std::string& bytes) { return salvage(store(bytes)); }
+    /// The data of the records that were kept.
+    std::vector<std::string> dataOf(const std::string& bytes)
+    {
+        const std::string path = store(bytes);
+        SalvageReader reader(path);
+        std::vector<std::string> all;
+        for (const auto& kept : salvage(path).records) {
+            Recording2::Inspection::Record record;
+            EXPECT_TRUE(reader.read(kept.position, record));
+            all.push_back(record.data);
+        }
+        return all;
+    }
+    static Times timesOf(const Salvage& found)
+    {
+        Times times;
+        for (const auto& record : found.records) {
+            times.push_back(record.timeMs);
+        }
+        return times;
+    }
+
+    QTemporaryDir m_folder;
+};
+
+std::string sound()
+{
+    ReferenceRecording recording;
+    recording.types({{20, 7, "DFSPECTRUM", "/Df"}, {36, 3, "LEVEL", "/Level"}});
+    recording.record(20, "34;one", 10, true).record(36, "two", 20).record(20, "34;three", 30, true);
+    recording.record(36, "four", 40).record(36, "five", 50);
+    return recording.close();
+}
+
+std::string with(std::string bytes, const std::string& piece, const std::string& replacement)
+{
+    const std::size_t at = bytes.find(piece);
+    EXPECT_NE(at, std::string::npos) << piece;
+    return bytes.replace(at, piece.size(), replacement);
+}
+
+std::string timeBytes(std::uint64_t time)
+{
+    return ByteBuilder().time(time).bytes();
+}
+
+const Times AllTimes = {10, 20, 30, 40, 50};
+
+void expectEverything(const Salvage& found)
+{
+    EXPECT_EQ(found.readability, Recording2::Inspection::Readability::Ok);
+    EXPECT_EQ(found.records.size(), 5U);
+    EXPECT_EQ(found.types.size(), 2U);
+    EXPECT_THAT(found.channelRangeTimes, ElementsAre(10, 30));
+    EXPECT_THAT(found.lostBytes, IsEmpty());
+    EXPECT_FALSE(found.typesLost);
+    EXPECT_FALSE(found.channelRangesLost);
+}
+
+}  // namespace
+
+TEST_F(SalvageTest, ASoundFileLosesNothing)
+{
+    const Salvage found = salvageOf(sound());
+    expectEverything(found);
+    EXPECT_EQ(timesOf(found), AllTimes);
+    EXPECT_THAT(found.lostHeaderFields, IsEmpty());
+}
+
+TEST_F(SalvageTest, ADamagedNumberInTheHeaderCostsOnlyItself)
+{
+    const Salvage found = salvageOf(with(sound(), "#0.025#", "#0,025#"));
+    expectEverything(found);
+    EXPECT_THAT(found.lostHeaderFields, ElementsAre("the step width"));
+    EXPECT_EQ(found.header.deviceName, "Receiver 1");
+    EXPECT_EQ(found.header.startMs, 1'500'000'000'123U);
+}
+
+TEST_F(SalvageTest, BehindADamagedTextThePositionsAreFoundFromTheEnd)
+{
+    const Salvage found = salvageOf(with(sound(), "10#Receiver 1", "999#eceiver 1"));
+    expectEverything(found);
+    EXPECT_EQ(timesOf(found), AllTimes);
+    EXPECT_THAT(found.lostHeaderFields, ElementsAre("the device name", "the device type"));
+}
+
+TEST_F(SalvageTest, WithoutAnyPositionTheBlocksAreFoundByWhatTheyHold)
+{
+    std::string bytes = sound();
+    const auto end = static_cast<std::size_t>(inspect(store(bytes)).header.endPosition);
+    const std::size_t positions = bytes.find("500#");
+    bytes.replace(positions, end - positions, std::string(end - positions, '?'));
+    const Salvage found = salvageOf(bytes);
+    expectEverything(found);
+    EXPECT_EQ(timesOf(found), AllTimes);
+    EXPECT_THAT(found.lostHeaderFields, ElementsAre("the positions of the tables"));
+}
+
+TEST_F(SalvageTest, AWrongPositionOfTheTimeTableIsPutRight)
+{
+    std::string bytes = sound();
+    const auto position = std::to_string(inspect(store(bytes)).header.timeTablePosition);
+    bytes = with(bytes, "#" + position + "#", "#577#");
+    ASSERT_NE(position, "577");
+    const Salvage found = salvageOf(bytes);
+    expectEverything(found);
+    EXPECT_EQ(timesOf(found), AllTimes);
+}
+
+TEST_F(SalvageTest, ATimeOutOfOrderIsTheOneThatIsNotBelieved)
+{
+    EXPECT_EQ(timesOf(salvageOf(with(sound(), timeBytes(20), timeBytes(20'000)))), (Times{10, {}, 30, 40, 50}));
+    EXPECT_EQ(timesOf(salvageOf(with(sound(), timeBytes(40), timeBytes(4)))), (Times{10, 20, 30, {}, 50}));
+}
+
+TEST_F(SalvageTest, BehindADamagedEntryOfTheTimeTableReadingGoesOn)
+{
+    std::string broken = timeBytes(30);
+    broken.back() = '?';
+    EXPECT_EQ(timesOf(salvageOf(with(sound(), timeBytes(30), broken))), (Times{10, 20, {}, 40, 50}));
+    EXPECT_EQ(timesOf(salvageOf(with(sound(), timeBytes(30), "???"))), (Times{10, 20, {}, 40, 50}));
+}
+
+TEST_F(SalvageTest, ADamagedRecordIsLostWithItsBytesAndNothingElse)
+{
+    const std::string bytes = sound();
+    const auto position = inspect(store(bytes)).times[1].position;
+    const Salvage found = salvageOf(with(bytes, "36#3#two", "xx#3#two"));
+    EXPECT_EQ(timesOf(found), (Times{10, 30, 40, 50}));
+    ASSERT_EQ(found.lostBytes.size(), 1U);
+    EXPECT_EQ(found.lostBytes.front().offset, position);
+    EXPECT_EQ(found.lostBytes.front().bytes, 8);
+}
+
+TEST_F(SalvageTest, ARecordWhoseLengthContradictsTheTimeTableIsNotWhole)
+{
+    EXPECT_THAT(dataOf(with(sound(), "36#3#two", "36#2#two")), ElementsAre("34;one", "34;three", "four", "five"));
+    EXPECT_THAT(dataOf(with(sound(), "36#3#two", "36#9#two")), ElementsAre("34;one", "34;three", "four", "five"));
+}
+
+TEST_F(SalvageTest, AnEntryThatNamesNoRecordDoesNotCostOne)
+{
+    const std::string bytes = sound();
+    const auto position = inspect(store(bytes)).times[1].position;
+    const std::string entry = timeBytes(20) + std::to_string(position) + '#';
+    const std::string wrong = timeBytes(20) + std::to_string(position + 2) + '#';
+    EXPECT_EQ(timesOf(salvageOf(with(bytes, entry, wrong))), (Times{10, {}, 30, 40, 50}));
+}
+
+TEST_F(SalvageTest, OfACutFileTheWholeRecordsAreKept)
+{
+    const std::string bytes = sound();
+    const auto at = static_cast<std::size_t>(inspect(store(bytes)).times[3].position);
+    const Salvage found = salvageOf(bytes.substr(0, at + 3));
+    EXPECT_EQ(timesOf(found), (Times{{}, {}, {}}));
+    EXPECT_TRUE(found.cutOff);
+    EXPECT_TRUE(found.channelRangesLost);
+    EXPECT_EQ(found.lostBytes.front().bytes, 3);
+}
+
+TEST_F(SalvageTest, AByteTooManyInFrontOfTheRecordsMovesAllPositions)
+{
+    for (const std::size_t at : {std::size_t{60}, std::size_t{200}}) {
+        const Salvage found = salvageOf(sound().insert(at, 1, at == 200 ? '0' : 'x'));
+        expectEverything(found);
+        EXPECT_EQ(timesOf(found), AllTimes) << at;
+    }
+}
+
+TEST_F(SalvageTest, AChannelRangeThatIsDamagedIsToldAndTheOthersKept)
+{
+    std::string bytes = sound();
+    bytes[bytes.size() - 18] = 11;  // no record has a range then
+    const Salvage found = salvageOf(bytes);
+    EXPECT_THAT(found.channelRangeTimes, ElementsAre(30));
+    EXPECT_TRUE(found.channelRangesLost);
+}
+
+TEST_F(SalvageTest, AFileThatIsNoRecordingIsToldSo)
+{
+    EXPECT_EQ(salvageOf("a letter").readability, Recording2::Inspection::Readability::NoRecording);
+    EXPECT_EQ(salvage("/nowhere/nothing.rec").readability, Recording2::Inspection::Readability::Missing);
+}
+
+TEST_F(SalvageTest, CutsAndOverwrittenBytesAreAnswered)
+{
+    const std::string bytes = sound();
+    const std::vector<std::string> all = dataOf(bytes);
+    for (std::size_t at = 0; at < bytes.size(); at += 11) {
+        const std::vector<std::string> cut = dataOf(bytes.substr(0, at));
+        EXPECT_LE(cut.size(), all.size());
+        EXPECT_TRUE(std::equal(cut.begin(), cut.end(), all.begin())) << "cut at " << at;
+        for (const char byte : {'\0', '#', '9', '-'}) {
+            std::string damaged = bytes;
+            damaged[at] = byte;
+            EXPECT_LE(dataOf(damaged).size(), all.size()) << at << byte;
+        }
+    }
+}

@@ -1,0 +1,384 @@
+// Checking whole files: which sentence each fault gets and where, and that no changed byte goes unnoticed where the
+// format could tell.
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <random>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <QTemporaryDir>
+
+#include <recording2/inspection/verification.h>
+
+#include "support/recordingbytes.h"
+
+namespace {
+
+using Recording2::Inspection::Record;
+using Recording2::Inspection::Remark;
+using Recording2::Inspection::Severity;
+using Recording2::Inspection::Summary;
+using Recording2::Inspection::Verification;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using TestSupport::ByteBuilder;
+using TestSupport::HeaderFields;
+using TestSupport::ReferenceRecording;
+
+constexpr std::size_t HeaderArea = 500;
+
+class Verify : public testing::Test {
+protected:
+    std::string store(const std::string& bytes)
+    {
+        const QString name = m_folder.filePath(QStringLiteral("made.rec"));
+        TestSupport::writeFile(name, bytes);
+        return name.toStdString();
+    }
+    /// The remarks, "damage 12: text" each.
+    std::vector<std::string> verify(const std::string& bytes)
+    {
+        std::vector<std::string> lines;
+        for (const Remark& remark : Recording2::Inspection::verify(store(bytes)).remarks) {
+            lines.push_back((remark.severity == Severity::Damage ? "damage " : "note ") +
+                            std::to_string(remark.offset) + ": " + remark.text);
+        }
+        return lines;
+    }
+
+    QTemporaryDir m_folder;
+};
+
+ReferenceRecording recording()
+{
+    ReferenceRecording recording;
+    recording.types({{20, 7, "DFSPECTRUM", "/Df"}, {36, 3, "LEVEL", "/Level"}});
+    recording.record(20, "34;1;2", 10, true).record(36, "-30", 11).record(36, "-31", 500);
+    return recording;
+}
+
+std::string sound()
+{
+    return recording().close();
+}
+
+std::string bookmarkBytes(std::uint64_t time, const std::string& text)
+{
+    return ByteBuilder().time(time).text(text).bytes();
+}
+
+/// The same file with its header written anew, all positions as they were unless changed.
+std::string withHeader(const std::string& bytes, const std::string& header)
+{
+    return ByteBuilder(TestSupport::headerArea()).overwrite(0, header).bytes() + bytes.substr(HeaderArea);
+}
+
+HeaderFields headerOf(const Summary& summary)
+{
+    HeaderFields header;
+    header.typeTable = summary.header.typeTablePosition;
+    header.firstRecord = summary.header.firstRecordPosition;
+    header.timeTable = summary.header.timeTablePosition;
+    header.channelRangeTable = summary.header.channelRangeTablePosition;
+    header.bookmarkTable = summary.header.bookmarkTablePosition;
+    return header;
+}
+
+}  // namespace
+
+TEST_F(Verify, ASoundFileGetsNoRemark)
+{
+    EXPECT_THAT(verify(sound()), IsEmpty());
+    EXPECT_EQ(Recording2::Inspection::verify(store(sound())).records, 3U);
+}
+
+TEST_F(Verify, AFileThatCannotBeReadIsToldByItsProblem)
+{
+    const Verification found = Recording2::Inspection::verify(store("a letter"));
+    EXPECT_EQ(found.readability, Recording2::Inspection::Readability::NoRecording);
+    EXPECT_EQ(found.problem, "This is not a recording.");
+    EXPECT_THAT(found.remarks, IsEmpty());
+}
+
+TEST_F(Verify, AStopInFrontOfTheStartIsDamage)
+{
+    HeaderFields header;
+    header.stopMs = header.startMs - 1;
+    EXPECT_THAT(verify(recording().close(header)), ElementsAre("damage 35: The recording stopped before it started."));
+}
+
+TEST_F(Verify, ATimeThatNoTimeStampHoldsIsDamage)
+{
+    HeaderFields header;
+    header.stopMs = std::uint64_t{1} << 63U;
+    EXPECT_THAT(verify(recording().close(header)),
+                ElementsAre("damage 35: The start or stop time is later than any clock."));
+}
+
+TEST_F(Verify, OddValuesOfTheHeaderAreNotes)
+{
+    HeaderFields header;
+    header.minorVersion = 4;
+    header.startFrequency = 5000;
+    header.stepWidth = -1;
+    header.minLevel = 200;
+    header.startMs = 0;
+    EXPECT_THAT(verify(recording().close(header)),
+                ElementsAre("note 0: The version is 2.4; recorders write 2.0.",
+                            "note 9: The stop frequency lies below the start frequency.",
+                            "note 14: The step width is negative.",
+                            "note 21: The maximum level lies below the minimum level.",
+                            "note 25: The header does not tell when the recording started."));
+}
+
+TEST_F(Verify, ANegativeMinorVersionIsDamage)
+{
+    HeaderFields header;
+    header.minorVersion = -1;
+    EXPECT_THAT(verify(recording().close(header)), ElementsAre("damage 2: The minor version is negative."));
+}
+
+TEST_F(Verify, TheFillingOfTheHeaderAreaIsLookedAt)
+{
+    std::string bytes = sound();
+    bytes[300] = '1';
+    EXPECT_THAT(verify(bytes), ElementsAre("damage 300: The header area is not filled with 0 and a final # behind the "
+                                           "header record."));
+    bytes = sound();
+    bytes[499] = '0';
+    EXPECT_EQ(verify(bytes).size(), 1U);
+}
+
+TEST_F(Verify, AHeaderThatTakesTheWholeAreaHasNoFilling)
+{
+    HeaderFields header;
+    const auto length = static_cast<std::size_t>(
+        Recording2::Inspection::inspect(store(sound())).header.endPosition);
+    header.jobId = std::string(HeaderArea - length + 4 - 2, 'x');  // 4 as it is; its length takes two digits more
+    const std::string bytes = recording().close(header);
+    ASSERT_EQ(Recording2::Inspection::inspect(store(bytes)).header.endPosition, 500);
+    EXPECT_THAT(verify(bytes), IsEmpty());
+}
+
+TEST_F(Verify, RecordsOfUnnamedTypesAreOneNoteAType)
+{
+    ReferenceRecording made = recording();
+    made.record(2, "x", 600).record(0, "y", 700).record(2, "z", 800);
+    HeaderFields header;
+    EXPECT_THAT(verify(made.close(header)),
+                ElementsAre("note 572: 2 records are of type 2, which the type table does not name.",
+                            "note 577: 1 record is of type 0, which the type table does not name."));
+}
+
+TEST_F(Verify, VeryManyUnnamedTypesAreNotToldOneByOne)
+{
+    ReferenceRecording made = recording();
+    for (int i = 0; i < 1000; ++i) {
+        made.record(1000 + i, "x", 600 + static_cast<std::uint64_t>(i));
+    }
+    const std::vector<std::string> lines = verify(made.close());
+    ASSERT_EQ(lines.size(), 21U);
+    EXPECT_THAT(lines.back(), testing::HasSubstr("980 records are of still other types"));
+}
+
+TEST_F(Verify, ARangeTimeWithoutRecordIsDamageAndOneWithoutRangeANote)
+{
+    ReferenceRecording made = recording();
+    made.record(36, "-32", 700, true);
+    std::string bytes = made.close();
+    const std::size_t at = bytes.size() - 9;
+    EXPECT_THAT(verify(bytes), ElementsAre("note " + std::to_string(at) +
+                                           ": 1 time in the channel range table at which no record carries a channel "
+                                           "range."));
+    EXPECT_THAT(verify(bytes.replace(at, 9, ByteBuilder().time(701).bytes())),
+                ElementsAre("damage " + std::to_string(at) +
+                            ": 1 time in the channel range table at which there is no record."));
+}
+
+TEST_F(Verify, ARangeMayStandInTheRecordsOfTheFollowingMilliseconds)
+{
+    ReferenceRecording made = recording();
+    made.record(36, "-32", 700, true).record(36, "-33", 701).record(20, "34;5", 702);
+    EXPECT_THAT(verify(made.close()), IsEmpty());
+}
+
+TEST_F(Verify, ARangeAt11MayBeThatOfTheStateAt10)
+{
+    ReferenceRecording made;
+    made.types({{20, 7, "DFSPECTRUM", "/Df"}});
+    made.record(20, "34;1", 10).record(20, "bearing", 11, true).record(20, "bearing", 100);
+    EXPECT_THAT(verify(made.close()), IsEmpty());
+}
+
+TEST_F(Verify, ARangeTableThatEndsTooSoonIsDamage)
+{
+    std::string bytes = recording().record(20, "34;5", 700, true).close();
+    bytes[bytes.size() - 18 + 7] = '\x80';  // the first of two times, now negative
+    const std::vector<std::string> lines = verify(bytes);
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_THAT(lines.front(), testing::HasSubstr("ends with a time that is 0 or negative, but 18 bytes follow."));
+}
+
+TEST_F(Verify, BytesThatBelongToNoTableAreDamageWithinAndANoteBehind)
+{
+    EXPECT_THAT(verify(ReferenceRecording().record(1, "x", 10).close() + "more"),
+                ElementsAre("note 500: There are records but no type table.",
+                            "note 500: 1 record is of type 1, which the type table does not name.", "note 518: 4 bytes stand behind all tables."));
+    const std::string bytes = sound();
+    HeaderFields header = headerOf(Recording2::Inspection::inspect(store(bytes)));
+    header.channelRangeTable = 0;
+    header.bookmarkTable = static_cast<std::int32_t>(bytes.size());
+    const std::string withBookmark = withHeader(bytes, header.bytes()) + bookmarkBytes(10, "mark");
+    const std::vector<std::string> lines = verify(withBookmark);
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_THAT(lines.front(), testing::HasSubstr("9 bytes belong to no table"));
+}
+
+TEST_F(Verify, AFurtherTypeTableIsANote)
+{
+    ReferenceRecording made;
+    made.types({{36, 3, "LEVEL", "/Level"}}).types({{1, 6, "RFSPECTRUM", "/Rf"}});
+    EXPECT_THAT(verify(made.record(36, "-1", 10).close()),
+                ElementsAre("note 522: A further type table stands in front of the records; readers do not find it."));
+}
+
+TEST_F(Verify, TwoTablesAtOnePlaceAreDamage)
+{
+    const std::string bytes = sound();
+    HeaderFields header = headerOf(Recording2::Inspection::inspect(store(bytes)));
+    header.bookmarkTable = header.channelRangeTable;
+    EXPECT_THAT(verify(withHeader(bytes, header.bytes())),
+                testing::Contains(testing::HasSubstr("begin at the same place")));
+}
+
+TEST_F(Verify, RecordsAndBookmarksBehindTheEndAreNotes)
+{
+    std::string bytes = recording().record(36, "-5", 70'000).close();  // of 60 s
+    HeaderFields header = headerOf(Recording2::Inspection::inspect(store(bytes)));
+    header.bookmarkTable = static_cast<std::int32_t>(bytes.size());
+    bytes = withHeader(bytes, header.bytes()) + bookmarkBytes(70'000, "at the last") + bookmarkBytes(90'000, "later");
+    const std::vector<std::string> lines = verify(bytes);
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_THAT(lines[0], testing::HasSubstr("The last record is 9667 ms later than the end of the recording."));
+    EXPECT_THAT(lines[1], testing::HasSubstr("1 bookmark is later than the end of the recording."));
+}
+
+namespace {
+
+/// What a reader gets of a file, without the values of which any may be true: of these the lengths.
+struct Structure {
+    std::vector<std::int64_t> positions;
+    std::size_t types = 0;
+    std::vector<std::tuple<std::int64_t, std::string, bool>> records;  // position, data, has a time
+    std::size_t times = 0;
+    std::size_t ranges = 0;
+    std::vector<std::size_t> bookmarkLengths;
+
+    bool operator==(const Structure&) const = default;
+};
+
+Structure structureOf(const std::string& path)
+{
+    const Summary summary = Recording2::Inspection::inspect(path);
+    const auto& h = summary.header;
+    Structure structure;
+    structure.positions = {h.typeTablePosition, h.firstRecordPosition, h.timeTablePosition,
+                           h.channelRangeTablePosition, h.bookmarkTablePosition};
+    structure.types = summary.types.size();
+    Recording2::Inspection::walkRecords(path, summary, [&](const Record& record) {
+        const bool named = std::any_of(summary.times.begin(), summary.times.end(),
+                                       [&](const auto& entry) { return entry.position == record.position; });
+        structure.records.emplace_back(record.position, record.data, named);
+        return true;
+    });
+    structure.times = summary.times.size();
+    structure.ranges = summary.channelRangeTimes.size();
+    for (const auto& bookmark : summary.bookmarks) {
+        structure.bookmarkLengths.push_back(bookmark.text.size());
+    }
+    return structure;
+}
+
+/// A recording with everything, and the offsets of its bytes that are no data of records.
+struct Sample {
+    std::string bytes;
+    std::vector<std::size_t> structural;
+};
+
+class ChangedBytes : public Verify, public testing::WithParamInterface<std::uint32_t> {
+protected:
+    Sample makeSample(std::mt19937& random)
+    {
+        ReferenceRecording made;
+        made.types({{20, 7, "DFSPECTRUM", "/Df"}, {36, 3, "LEVEL", "/Level"}, {46, 4, "FREQUENCY", "/F"}});
+        std::uint64_t time = 10;
+        for (int i = 0; i < 12; ++i) {
+            const bool range = random() % 3 == 0;
+            const std::string data = (range ? "34;" : "") + std::string(1 + random() % 40, static_cast<char>(random()));
+            made.record(range ? 20 : 36, data, time, range);
+            time += 1 + random() % 100;
+        }
+        Sample sample{made.close(), {}};
+        HeaderFields header = headerOf(Recording2::Inspection::inspect(store(sample.bytes)));
+        header.bookmarkTable = static_cast<std::int32_t>(sample.bytes.size());
+        sample.bytes = withHeader(sample.bytes, header.bytes()) + bookmarkBytes(20, "first") + bookmarkBytes(40, "second");
+        const std::string path = store(sample.bytes);
+        std::vector<bool> isData(sample.bytes.size());
+        Recording2::Inspection::walkRecords(
+            path, Recording2::Inspection::inspect(path), [&](const Record& record) {
+                const std::size_t head =
+                    std::to_string(record.code).size() + std::to_string(record.data.size()).size() + 2;
+                const auto data = static_cast<std::ptrdiff_t>(static_cast<std::size_t>(record.position) + head);
+                std::fill_n(isData.begin() + data, record.data.size(), true);
+                return true;
+            });
+        for (std::size_t i = 0; i < isData.size(); ++i) {
+            if (!isData[i]) {
+                sample.structural.push_back(i);
+            }
+        }
+        return sample;
+    }
+    /// Whether the change is told, or makes no difference to a reader.
+    void expectNoticed(const Structure& original, const std::string& changed, const std::string& what)
+    {
+        const std::string path = store(changed);
+        const Verification found = Recording2::Inspection::verify(path);
+        if (found.readability == Recording2::Inspection::Readability::Ok && found.count(Severity::Damage) == 0) {
+            EXPECT_EQ(structureOf(path), original) << what;
+        }
+    }
+};
+
+}  // namespace
+
+TEST_P(ChangedBytes, OfHeaderAndTablesAreNoticedWhereTheyMisleadAReader)
+{
+    std::mt19937 random(GetParam());
+    const Sample sample = makeSample(random);
+    ASSERT_THAT(verify(sample.bytes), IsEmpty());
+    const Structure original = structureOf(store(sample.bytes));
+    constexpr int Changes = 25;
+    for (int i = 0; i < Changes; ++i) {
+        constexpr std::string_view Others("0123456789#- \n\0\xff", 16);
+        const std::size_t at = sample.structural[random() % sample.structural.size()];
+        const std::string where = " at " + std::to_string(at);
+        std::string changed = sample.bytes;
+        changed[at] = static_cast<char>(changed[at] ^ (1 << random() % 8));
+        expectNoticed(original, changed, "flipped" + where);
+        changed = sample.bytes;
+        changed[at] = Others[random() % Others.size()];
+        expectNoticed(original, changed, "replaced" + where);
+        changed = sample.bytes;
+        expectNoticed(original, changed.erase(at, 1), "deleted" + where);
+        changed = sample.bytes;
+        expectNoticed(original, changed.insert(at, 1, Others[random() % Others.size()]), "inserted" + where);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, ChangedBytes, testing::Range(1U, 21U));
