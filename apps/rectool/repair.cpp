@@ -73,8 +73,8 @@ public:
     [[nodiscard]] std::uint64_t lostTimes() const { return m_times.times.size() - m_times.kept; }
     [[nodiscard]] bool isWhole() const
     {
-        return m_found.lostHeaderFields.empty() && !m_found.typesLost && m_found.lostBytes.empty() &&
-               !m_found.cutOff && lostTimes() == 0 && !m_found.channelRangesLost && !m_found.bookmarksLost;
+        return m_found.lostHeaderFields.empty() && !m_found.typesLost && m_found.lostBytes.empty() && !m_found.cutOff &&
+               lostTimes() == 0 && !m_found.channelRangesLost && !m_found.bookmarksLost;
     }
 
 private:
@@ -119,8 +119,7 @@ private:
             if (!reader.read(salvaged.position, record)) {
                 return false;
             }
-            const bool isNamed =
-                salvaged.timeMs && std::binary_search(ranges.begin(), ranges.end(), *salvaged.timeMs);
+            const bool isNamed = salvaged.timeMs && std::binary_search(ranges.begin(), ranges.end(), *salvaged.timeMs);
             const bool isFound = !isNamed && m_found.channelRangesLost && record.code == bearings &&
                                  values::CarriesChannelRange(record.data);
             m_rangesFromRecords += isFound ? 1 : 0;
@@ -175,8 +174,8 @@ std::vector<std::string> rebuiltLines(const Repair& repair)
         lines.push_back(counted(times.moved, "time") + " moved to the next free millisecond");
     }
     if (repair.rangesFromRecords() > 0) {
-        lines.push_back(counted(repair.rangesFromRecords(), "channel range") + ", from the " +
-                        DirectionFindingKeyword + " records that carry one");
+        lines.push_back(counted(repair.rangesFromRecords(), "channel range") + ", from the " + DirectionFindingKeyword +
+                        " records that carry one");
     }
     return lines;
 }

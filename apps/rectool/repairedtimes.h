@@ -8,13 +8,13 @@
 namespace RecTool {
 
 struct RepairedTimes {
-    std::vector<std::uint64_t> times;    ///< of all records, ascending
-    std::uint64_t kept = 0;              ///< as they were
-    std::uint64_t between = 0;           ///< evenly between the neighbours whose times are known
-    std::uint64_t inFront = 0;           ///< evenly between the start of the recording and the first known time
-    std::uint64_t behind = 0;            ///< behind the last known time, stepMs apart or evenly to the end
-    std::optional<std::uint64_t> stepMs; ///< nothing: evenly
-    std::uint64_t moved = 0;             ///< known, but there was no room in front: moved to the next free millisecond
+    std::vector<std::uint64_t> times;     ///< of all records, ascending
+    std::uint64_t kept = 0;               ///< as they were
+    std::uint64_t between = 0;            ///< evenly between the neighbours whose times are known
+    std::uint64_t inFront = 0;            ///< evenly between the start of the recording and the first known time
+    std::uint64_t behind = 0;             ///< behind the last known time, stepMs apart or evenly to the end
+    std::optional<std::uint64_t> stepMs;  ///< nothing: evenly
+    std::uint64_t moved = 0;              ///< known, but there was no room in front: moved to the next free millisecond
 };
 
 /// @param known times of the records in the order of the file, ascending; nothing where one is lost

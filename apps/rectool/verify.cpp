@@ -46,8 +46,7 @@ Json toJson(const std::string& file, const Verification& found)
     }
     Json findings = Json::array();
     for (const Inspection::Remark& remark : found.remarks) {
-        findings.push_back(
-            {{"offset", remark.offset}, {"severity", nameOf(remark.severity)}, {"text", remark.text}});
+        findings.push_back({{"offset", remark.offset}, {"severity", nameOf(remark.severity)}, {"text", remark.text}});
     }
     json["size"] = found.fileSize;
     json["records"] = found.records;

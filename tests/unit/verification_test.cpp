@@ -128,12 +128,12 @@ TEST_F(Verify, OddValuesOfTheHeaderAreNotes)
     header.stepWidth = -1;
     header.minLevel = 200;
     header.startMs = 0;
-    EXPECT_THAT(verify(recording().close(header)),
-                ElementsAre("note 0: The version is 2.4; recorders write 2.0.",
-                            "note 9: The stop frequency lies below the start frequency.",
-                            "note 14: The step width is negative.",
-                            "note 21: The maximum level lies below the minimum level.",
-                            "note 25: The header does not tell when the recording started."));
+    EXPECT_THAT(
+        verify(recording().close(header)),
+        ElementsAre("note 0: The version is 2.4; recorders write 2.0.",
+                    "note 9: The stop frequency lies below the start frequency.",
+                    "note 14: The step width is negative.", "note 21: The maximum level lies below the minimum level.",
+                    "note 25: The header does not tell when the recording started."));
 }
 
 TEST_F(Verify, ANegativeMinorVersionIsDamage)
@@ -157,8 +157,7 @@ TEST_F(Verify, TheFillingOfTheHeaderAreaIsLookedAt)
 TEST_F(Verify, AHeaderThatTakesTheWholeAreaHasNoFilling)
 {
     HeaderFields header;
-    const auto length = static_cast<std::size_t>(
-        Recording2::Inspection::inspect(store(sound())).header.endPosition);
+    const auto length = static_cast<std::size_t>(Recording2::Inspection::inspect(store(sound())).header.endPosition);
     header.jobId = std::string(HeaderArea - length + 4 - 2, 'x');  // 4 as it is; its length takes two digits more
     const std::string bytes = recording().close(header);
     ASSERT_EQ(Recording2::Inspection::inspect(store(bytes)).header.endPosition, 500);
@@ -228,7 +227,8 @@ TEST_F(Verify, BytesThatBelongToNoTableAreDamageWithinAndANoteBehind)
 {
     EXPECT_THAT(verify(ReferenceRecording().record(1, "x", 10).close() + "more"),
                 ElementsAre("note 500: There are records but no type table.",
-                            "note 500: 1 record is of type 1, which the type table does not name.", "note 518: 4 bytes stand behind all tables."));
+                            "note 500: 1 record is of type 1, which the type table does not name.",
+                            "note 518: 4 bytes stand behind all tables."));
     const std::string bytes = sound();
     HeaderFields header = headerOf(Recording2::Inspection::inspect(store(bytes)));
     header.channelRangeTable = 0;
@@ -287,8 +287,8 @@ Structure structureOf(const std::string& path)
     const Summary summary = Recording2::Inspection::inspect(path);
     const auto& h = summary.header;
     Structure structure;
-    structure.positions = {h.typeTablePosition, h.firstRecordPosition, h.timeTablePosition,
-                           h.channelRangeTablePosition, h.bookmarkTablePosition};
+    structure.positions = {h.typeTablePosition, h.firstRecordPosition, h.timeTablePosition, h.channelRangeTablePosition,
+                           h.bookmarkTablePosition};
     structure.types = summary.types.size();
     Recording2::Inspection::walkRecords(path, summary, [&](const Record& record) {
         const bool named = std::any_of(summary.times.begin(), summary.times.end(),
@@ -326,17 +326,16 @@ protected:
         Sample sample{made.close(), {}};
         HeaderFields header = headerOf(Recording2::Inspection::inspect(store(sample.bytes)));
         header.bookmarkTable = static_cast<std::int32_t>(sample.bytes.size());
-        sample.bytes = withHeader(sample.bytes, header.bytes()) + bookmarkBytes(20, "first") + bookmarkBytes(40, "second");
+        sample.bytes =
+            withHeader(sample.bytes, header.bytes()) + bookmarkBytes(20, "first") + bookmarkBytes(40, "second");
         const std::string path = store(sample.bytes);
         std::vector<bool> isData(sample.bytes.size());
-        Recording2::Inspection::walkRecords(
-            path, Recording2::Inspection::inspect(path), [&](const Record& record) {
-                const std::size_t head =
-                    std::to_string(record.code).size() + std::to_string(record.data.size()).size() + 2;
-                const auto data = static_cast<std::ptrdiff_t>(static_cast<std::size_t>(record.position) + head);
-                std::fill_n(isData.begin() + data, record.data.size(), true);
-                return true;
-            });
+        Recording2::Inspection::walkRecords(path, Recording2::Inspection::inspect(path), [&](const Record& record) {
+            const std::size_t head = std::to_string(record.code).size() + std::to_string(record.data.size()).size() + 2;
+            const auto data = static_cast<std::ptrdiff_t>(static_cast<std::size_t>(record.position) + head);
+            std::fill_n(isData.begin() + data, record.data.size(), true);
+            return true;
+        });
         for (std::size_t i = 0; i < isData.size(); ++i) {
             if (!isData[i]) {
                 sample.structural.push_back(i);

@@ -44,7 +44,7 @@ struct Header {
     std::int32_t channelRangeTablePosition = 0;
     std::int32_t bookmarkTablePosition = 0;
     bool automatic = false;
-    std::int32_t endPosition = 0;  ///< of the header record, at most 500 in a sound file
+    std::int32_t endPosition = 0;            ///< of the header record, at most 500 in a sound file
     std::vector<std::int64_t> fieldOffsets;  ///< of the fields in the order of the file, up to the first damaged one
 };
 

@@ -44,7 +44,8 @@ public:
         std::array<std::int32_t, TailFields> tail{};
         findFilling();
         m_positionsKnown = !m_lost && readTail(tail);
-        if (m_positionsKnown && !m_record.empty() && m_fields.position() != static_cast<std::int64_t>(m_record.size())) {
+        if (m_positionsKnown && !m_record.empty() &&
+            m_fields.position() != static_cast<std::int64_t>(m_record.size())) {
             loseTexts();  // their lengths do not lead to the end of the record
             m_positionsKnown = false;
         }
@@ -161,8 +162,8 @@ private:
         }
         // Here begin is the separator behind the type table's position.
         const std::string recorders = std::to_string(Format::HeaderAreaBytes);
-        const bool usual = begin >= recorders.size() &&
-                           record.compare(begin - recorders.size(), recorders.size(), recorders) == 0;
+        const bool usual =
+            begin >= recorders.size() && record.compare(begin - recorders.size(), recorders.size(), recorders) == 0;
         m_fields.seek(static_cast<std::int64_t>(begin - (usual ? recorders.size() : 1)));
         return readTail(tail);
     }
@@ -260,8 +261,8 @@ private:
 
     void findRecords()
     {
-        const bool wereSome = m_header.firstRecordPosition != 0 || m_header.timeTablePosition != 0 ||
-                              !m_result.lostHeaderFields.empty();
+        const bool wereSome =
+            m_header.firstRecordPosition != 0 || m_header.timeTablePosition != 0 || !m_result.lostHeaderFields.empty();
         if (!wereSome || isRecord(m_header.firstRecordPosition)) {
             return;
         }
@@ -686,7 +687,8 @@ private:
             if (!fields.time(bookmark.timeMs) || !fields.number(length) || !fields.bytes(bookmark.text, length)) {
                 return at;
             }
-            const bool kept = length == 0 || (bookmark.timeMs != 0 && all.emplace(bookmark.timeMs, bookmark.text).second);
+            const bool kept =
+                length == 0 || (bookmark.timeMs != 0 && all.emplace(bookmark.timeMs, bookmark.text).second);
             if (!kept) {
                 m_result.bookmarksLost = true;
                 ++m_result.lostBookmarks;
@@ -702,7 +704,8 @@ private:
         constexpr std::int64_t TimeValueBytes = 8;
         FieldReader fields(m_source, from, end);
         for (std::int64_t at = from; at < std::min(end, from + MostBytes); ++at) {
-            if (fields.holdsOnly(at + TimeValueBytes, at + TimeValueBytes + 1, Format::Separator) && endsWell(at, end)) {
+            if (fields.holdsOnly(at + TimeValueBytes, at + TimeValueBytes + 1, Format::Separator) &&
+                endsWell(at, end)) {
                 return at;
             }
         }

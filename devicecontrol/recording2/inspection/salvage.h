@@ -32,7 +32,7 @@ struct Salvage {
     std::vector<std::string> lostHeaderFields;  ///< "the step width"
     std::vector<TypeEntry> types;
     bool typesLost = false;               ///< not all types could be read
-    std::vector<SalvagedRecord> records;  ///< in the order of the file; 32 bytes each
+    std::vector<SalvagedRecord> records;  ///< in the order of the file; 24 bytes each
     std::vector<LostBytes> lostBytes;
     bool cutOff = false;                           ///< the file ends in front of a block that its header names
     std::vector<std::uint64_t> channelRangeTimes;  ///< of records with a time

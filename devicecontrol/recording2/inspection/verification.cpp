@@ -330,9 +330,8 @@ public:
             m_withoutRecord.add(m_next);
         }
         if (m_withoutRecord.count > 0) {
-            remarks.damage(offset(m_withoutRecord),
-                           count(m_withoutRecord.count, "time", "times") +
-                               " in the channel range table at which there is no record.");
+            remarks.damage(offset(m_withoutRecord), count(m_withoutRecord.count, "time", "times") +
+                                                        " in the channel range table at which there is no record.");
         }
         if (m_withoutRange.count > 0) {
             remarks.note(offset(m_withoutRange),
@@ -402,8 +401,9 @@ void checkSpan(const Summary& summary, Remarks& remarks)
     const auto behind = std::count_if(summary.bookmarks.begin(), summary.bookmarks.end(),
                                       [&](const Bookmark& bookmark) { return bookmark.timeMs > end; });
     if (behind > 0) {
-        remarks.note(h.bookmarkTablePosition, count(static_cast<std::uint64_t>(behind), "bookmark is", "bookmarks are") +
-                                                  " later than the end of the recording.");
+        remarks.note(h.bookmarkTablePosition,
+                     count(static_cast<std::uint64_t>(behind), "bookmark is", "bookmarks are") +
+                         " later than the end of the recording.");
     }
 }
 
@@ -427,8 +427,8 @@ void checkTables(const std::string& path, const Summary& summary, Remarks& remar
 
 std::size_t Verification::count(Severity severity) const
 {
-    return static_cast<std::size_t>(std::count_if(
-        remarks.begin(), remarks.end(), [&](const Remark& remark) { return remark.severity == severity; }));
+    return static_cast<std::size_t>(std::count_if(remarks.begin(), remarks.end(),
+                                                  [&](const Remark& remark) { return remark.severity == severity; }));
 }
 
 Verification verify(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress)

@@ -121,8 +121,8 @@ TEST_P(RandomRepair, OfDamagedTablesKeepsEveryRecord)
     for (int i = 0; i < 15; ++i) {
         std::string damaged = bytes;
         const bool inFront = generator() % 2 == 0;
-        const std::size_t at = inFront ? Versions + generator() % (first - Versions)
-                                       : times + generator() % (bytes.size() - times);
+        const std::size_t at =
+            inFront ? Versions + generator() % (first - Versions) : times + generator() % (bytes.size() - times);
         damaged[at] = static_cast<char>(generator());
         const Result result = repair(damaged);
         ASSERT_NE(result.exitCode, ExitCode::CannotRead) << at << result.err;

@@ -117,8 +117,9 @@ TEST_F(VerifyVerb, TellsEveryFindingOnALineOfItsOwn)
     EXPECT_EQ(result.exitCode, ExitCode::Damaged);
     const std::string name = file("sample.rec");
     EXPECT_EQ(result.out,
-              name + ": offset 400: damage: The header area is not filled with 0 and a final # behind the header "
-                     "record.\n" +
+              name +
+                  ": offset 400: damage: The header area is not filled with 0 and a final # behind the header "
+                  "record.\n" +
                   name + ": offset " + std::to_string(bytes.size()) + ": note: 4 bytes stand behind all tables.\n" +
                   name + ": damaged, 1 finding, 1 note\n");
 }
