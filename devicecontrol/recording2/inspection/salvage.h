@@ -26,20 +26,20 @@ struct LostBytes {
 
 /// Times ascend strictly wherever they stand.
 struct Salvage {
-    Readability readability = Readability::Ok;
     std::string problem;  ///< one sentence when not Ok
     Header header;        ///< what is damaged in it is 0 or empty; the positions are where the blocks were found
     std::vector<std::string> lostHeaderFields;  ///< "the step width"
     std::vector<TypeEntry> types;
-    bool typesLost = false;               ///< not all types could be read
     std::vector<SalvagedRecord> records;  ///< in the order of the file; 24 bytes each
     std::vector<LostBytes> lostBytes;
-    bool cutOff = false;                           ///< the file ends in front of a block that its header names
     std::vector<std::uint64_t> channelRangeTimes;  ///< of records with a time
-    bool channelRangesLost = false;                ///< there were others, or there may have been
     std::vector<Bookmark> bookmarks;
     std::uint64_t lostBookmarks = 0;  ///< as many as can be told
-    bool bookmarksLost = false;       ///< there were others
+    Readability readability = Readability::Ok;
+    bool typesLost = false;          ///< not all types could be read
+    bool cutOff = false;             ///< the file ends in front of a block that its header names
+    bool channelRangesLost = false;  ///< there were others, or there may have been
+    bool bookmarksLost = false;      ///< there were others
 };
 
 /// Reads a file as far as anything can be made of it.
