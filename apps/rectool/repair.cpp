@@ -53,10 +53,7 @@ public:
 
     ExitCode write(NewRecording& output)
     {
-        ExitCode result = output.check({m_options.file});
-        if (result == ExitCode::Fine) {
-            result = output.create(m_found.types);
-        }
+        const ExitCode result = output.create(m_found.types);
         if (result != ExitCode::Fine) {
             return result;
         }
@@ -275,6 +272,10 @@ bool isHopeless(const Salvage& found)
 
 ExitCode repair(const RepairOptions& options)
 {
+    ExitCode result = NewRecording(options.output, options.force).check({options.file});
+    if (result != ExitCode::Fine) {
+        return result;
+    }
     bool sound = false;
     {
         Progress progress(options.file + ": checking");
@@ -294,8 +295,8 @@ ExitCode repair(const RepairOptions& options)
         return ExitCode::CannotRead;
     }
     Repair repair(options, found);
-    NewRecording output(options.output, options.force);
-    const ExitCode result = repair.write(output);
+    NewRecording output(options.output, options.force);  // from here on an interrupt is waited for
+    result = repair.write(output);
     if (result != ExitCode::Fine) {
         return result;
     }
