@@ -196,11 +196,15 @@ TEST_F(SalvageTest, OfACutFileTheWholeRecordsAreKept)
 
 TEST_F(SalvageTest, AByteTooManyInFrontOfTheRecordsMovesAllPositions)
 {
-    for (const std::size_t at : {std::size_t{60}, std::size_t{200}}) {
+    for (const std::size_t at : {60U, 200U, 300U}) {  // in a text of the header, in its filling
         const Salvage found = salvageOf(sound().insert(at, 1, at == 200 ? '0' : 'x'));
         expectEverything(found);
         EXPECT_EQ(timesOf(found), AllTimes) << at;
     }
+    const Salvage found = salvageOf(sound().insert(504, 1, 'x'));  // in the type table
+    EXPECT_EQ(timesOf(found), AllTimes);
+    EXPECT_THAT(found.channelRangeTimes, ElementsAre(10, 30));
+    EXPECT_TRUE(found.typesLost);
 }
 
 TEST_F(SalvageTest, AChannelRangeThatIsDamagedIsToldAndTheOthersKept)

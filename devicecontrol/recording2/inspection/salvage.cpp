@@ -123,13 +123,18 @@ private:
         constexpr std::size_t Most = 100;  // bytes of shift
         std::string area(Format::HeaderAreaBytes + Most, '\0');
         area.resize(m_source.readAt(0, area.data(), area.size()));
-        const std::size_t zeros = area.find("00000000");
-        const std::size_t end = zeros == std::string::npos ? zeros : area.find_first_not_of('0', zeros);
-        if (end == std::string::npos || area[end] != Format::Separator || zeros == 0 ||
-            area[zeros - 1] != Format::Separator || end + Most < Format::HeaderAreaBytes) {
+        const std::size_t zeros = area.find("#00000000");
+        constexpr std::size_t Expected = Format::HeaderAreaBytes - 1;
+        const auto distance = [](std::size_t at) { return at > Expected ? at - Expected : Expected - at; };
+        std::size_t end = 0;  // the separator behind zeros that is nearest to its place
+        for (std::size_t at = area.find("000#"); at != std::string::npos; at = area.find("000#", at + 1)) {
+            constexpr std::size_t Zeros = 3;
+            end = distance(at + Zeros) < distance(end) ? at + Zeros : end;
+        }
+        if (zeros == std::string::npos || distance(end) >= Most) {
             return;
         }
-        m_record = area.substr(0, zeros);
+        m_record = area.substr(0, zeros + 1);
         // With the separator in its place it is the filling that is damaged.
         const bool inPlace = area[Format::HeaderAreaBytes - 1] == Format::Separator;
         m_shift = inPlace ? 0 : static_cast<std::int32_t>(end) - (Format::HeaderAreaBytes - 1);
@@ -266,6 +271,9 @@ private:
         if (!wereSome || isRecord(m_header.firstRecordPosition)) {
             return;
         }
+        if (followShift()) {
+            return;
+        }
         for (const std::int64_t position : {m_typesEnd, firstOfTimes(m_header.timeTablePosition)}) {
             if (isRecord(position)) {
                 m_header.firstRecordPosition = static_cast<std::int32_t>(position);
@@ -277,6 +285,27 @@ private:
             m_header.firstRecordPosition =
                 static_cast<std::int32_t>(m_typesEnd != 0 ? m_typesEnd : firstOfTimes(m_header.timeTablePosition));
         }
+    }
+
+    /// Whether everything from the records on stands a little before or behind its place, because bytes of the types
+    /// were lost or inserted.
+    bool followShift()
+    {
+        constexpr std::int32_t Most = 100;
+        const std::int32_t first = m_header.firstRecordPosition;
+        const std::int32_t times = m_header.timeTablePosition;
+        if (!isInFile(first) || times <= first || times > Format::LastPosition - Most) {
+            return false;
+        }
+        for (std::int32_t shift = -Most; shift <= Most; ++shift) {
+            if (shift != 0 && firstOfTimes(times + shift) == first && isRecord(first + shift)) {
+                m_header.firstRecordPosition = first + shift;
+                m_header.timeTablePosition = times + shift;
+                moveBy(shift);
+                return true;
+            }
+        }
+        return false;
     }
 
     /// The position that an entry of a time table names, 0 when there is no entry.
