@@ -1,13 +1,11 @@
 #include "linesofbearing.h"
 
-#include <algorithm>
 #include <cmath>
 #include <utility>
 
 #include <values/value.h>
 
-#include "bearingreplay.h"
-#include "carriedcells.h"
+#include "measuredbearings.h"
 #include "progress.h"
 #include "recordedvalues.h"
 #include "typenames.h"
@@ -77,42 +75,21 @@ public:
         if (m_bearings != record.code) {
             return;
         }
-        m_changed.clear();
-        m_replay.apply(record);
-        if (!m_carried.read(record.data, m_replay.range())) {
-            return;
-        }
-        for (const std::size_t channel : measuredChannels()) {
-            if (record.timeMs >= m_fromMs) {
-                take(m_replay.channels()[channel].bearing, channel, record.timeMs);
-            }
-        }
-        m_timeStampUs = m_carried.timeStampUs();
+        m_measured.apply(record);
     }
     [[nodiscard]] TakenBearings result()
     {
-        m_taken.passedOver = m_replay.passedOver();
+        m_taken.passedOver = m_measured.passedOver();
         return std::move(m_taken);
     }
 
 private:
     static constexpr unsigned long long UsPerMs = 1000;
 
-    [[nodiscard]] std::vector<std::size_t> measuredChannels() const
+    void take(const BearingChange& measured)
     {
-        std::vector<std::size_t> channels = m_changed;
-        const bool isNews = m_carried.timeStampUs() != m_timeStampUs;
-        const bool namesCells = !m_carried.all() || m_carried.channels().size() == 1;
-        if (isNews && namesCells) {
-            channels.insert(channels.end(), m_carried.channels().begin(), m_carried.channels().end());
-            std::sort(channels.begin(), channels.end());
-            channels.erase(std::unique(channels.begin(), channels.end()), channels.end());
-        }
-        return channels;
-    }
-    void take(const values::Bearing& bearing, std::size_t channel, std::uint64_t timeMs)
-    {
-        if (!std::isfinite(bearing.azimuthDeg)) {
+        const auto& [channel, bearing, timeMs, measuredUs] = measured;
+        if (timeMs < m_fromMs || !std::isfinite(bearing.azimuthDeg)) {
             return;
         }
         const std::optional<Geo::Position> position = positionOf(m_latitude.get(), m_longitude.get());
@@ -122,10 +99,10 @@ private:
         }
         TakenBearing taken;
         taken.channel = channel;
-        taken.frequencyHz = m_replay.range().frequencyHz(channel);
+        taken.frequencyHz = m_measured.range().frequencyHz(channel);
         taken.bearing = bearing;
         taken.timeMs = timeMs;
-        taken.measuredUs = m_carried.timeStampUs() != 0 ? m_carried.timeStampUs() : m_startUs + timeMs * UsPerMs;
+        taken.measuredUs = measuredUs != 0 ? measuredUs : m_startUs + timeMs * UsPerMs;
         taken.headingDeg = m_heading.get();
         if (taken.headingDeg && !std::isfinite(*taken.headingDeg)) {
             taken.headingDeg.reset();
@@ -140,10 +117,7 @@ private:
     RecordedNumber m_latitude;
     RecordedNumber m_longitude;
     RecordedNumber m_heading;
-    std::vector<std::size_t> m_changed;  // by the record being applied
-    BearingReplay m_replay{[this](const BearingChange& change) { m_changed.push_back(change.channel); }};
-    CarriedCells m_carried;
-    unsigned long long m_timeStampUs = 0;  // of the record before
+    MeasuredBearings m_measured{[this](const BearingChange& measured) { take(measured); }};
     unsigned long long m_startUs;
     std::uint64_t m_fromMs;
     TakenBearings m_taken;

@@ -9,7 +9,7 @@
 
 #include <values/value.h>
 
-#include "../bearingreplay.h"
+#include "../measuredbearings.h"
 #include "../text.h"
 #include "axes.h"
 #include "bearingpoints.h"
@@ -55,8 +55,8 @@ public:
         m_withoutHeading = 0;
         double heading = std::nan("");
         bool headingIsRecorded = false;
-        const BearingReplay* map = nullptr;
-        BearingReplay replay([&](const BearingChange& change) {
+        const MeasuredBearings* map = nullptr;
+        MeasuredBearings replay([&](const BearingChange& change) {
             const bool inSpan = change.timeMs >= m_source.span().fromMs;
             if (!inSpan || !std::isfinite(change.bearing.azimuthDeg)) {
                 return;

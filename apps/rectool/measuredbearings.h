@@ -1,0 +1,39 @@
+// Every bearing that a direction finder took, also one with the same result as the one before.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include <recording2/inspection/inspection.h>
+#include <values/maps.h>
+
+#include "bearingreplay.h"
+#include "carriedcells.h"
+
+namespace RecTool {
+
+/// A bearing was taken when its cell became another one, and when a record carries the cell once more under a new time
+/// stamp of the map. A record that carries all cells of several says nothing about those that did not change.
+class MeasuredBearings {
+public:
+    /// Told of every bearing, in order of records and channels. A cell that was emptied is told too (isEmpty).
+    using Listener = BearingReplay::Listener;
+
+    explicit MeasuredBearings(Listener listener) : m_listener(std::move(listener)) {}
+
+    /// Applies a record. All records of the direction finder must be applied in their order.
+    void apply(const Recording2::Inspection::Record& record);
+    [[nodiscard]] const values::ChannelRange& range() const { return m_replay.range(); }
+    [[nodiscard]] std::uint64_t passedOver() const { return m_replay.passedOver(); }  ///< records that are no bearings
+
+private:
+    [[nodiscard]] std::vector<std::size_t> measuredChannels() const;
+
+    Listener m_listener;
+    std::vector<std::size_t> m_changed;  // by the record being applied
+    BearingReplay m_replay{[this](const BearingChange& change) { m_changed.push_back(change.channel); }};
+    CarriedCells m_carried;
+    unsigned long long m_timeStampUs = 0;  // of the record before
+};
+
+}  // namespace RecTool
