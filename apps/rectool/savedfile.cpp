@@ -7,6 +7,7 @@
 #include <recording2/inspection/inspection.h>
 
 #include "output.h"
+#include "system/interrupt.h"
 
 namespace RecTool {
 
@@ -43,13 +44,17 @@ bool mayReplace(const std::string& path)
 
 ExitCode saveFile(const std::string& path, const std::function<bool(QIODevice&)>& produce)
 {
+    const Interrupt interrupt;  // outlives the file, whose end may write too
     QSaveFile file(QFile::decodeName(path.c_str()));
     file.setDirectWriteFallback(false);
-    const bool stored = file.open(QIODevice::WriteOnly) && produce(file) && file.commit();
+    if (!file.open(QIODevice::WriteOnly)) {
+        complain(path, "It cannot be written: " + file.errorString().toStdString() + '.');
+        return ExitCode::CannotRead;
+    }
+    const bool stored = produce(file) && !Interrupt::requested() && file.commit();
     if (!stored) {
-        const bool ownError = file.error() != QFileDevice::NoError;
-        const std::string why = ownError ? file.errorString().toStdString() : "what it should hold could not be made";
-        complain(path, "It cannot be written: " + why + '.');
+        complain(path, Interrupt::requested() ? "Interrupted; it was not written."
+                                              : "It could not be written to its end; is the disk full?");
     }
     return stored ? ExitCode::Fine : ExitCode::CannotRead;
 }

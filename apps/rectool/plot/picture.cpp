@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include <QBuffer>
 #include <QFileInfo>
 #include <QFontMetrics>
 #include <QImageWriter>
@@ -183,7 +184,14 @@ bool Picture::write(QIODevice& device, const QByteArray& format)
 ExitCode Picture::save()
 {
     const QByteArray format = suffixOf(QString::fromLocal8Bit(m_output.c_str())).toLatin1();
-    return saveFile(m_output, [&](QIODevice& file) { return write(file, format); });
+    // Made in memory first: libraries that meet a full disk print messages of their own.
+    QBuffer picture;
+    picture.open(QIODevice::WriteOnly);
+    if (!write(picture, format)) {
+        complain(m_output, "The picture could not be made.");
+        return ExitCode::CannotRead;
+    }
+    return saveFile(m_output, [&](QIODevice& file) { return file.write(picture.data()) == picture.size(); });
 }
 
 Json levelJson(double level)

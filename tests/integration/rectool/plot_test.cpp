@@ -19,6 +19,7 @@
 #include <QTemporaryDir>
 #include <nlohmann/json.hpp>
 
+#include "filesizelimit.h"
 #include "samplerecording.h"
 
 namespace {
@@ -381,6 +382,22 @@ TEST_F(Plot, WhatIsNoOrdinaryFileIsNotReplaced)
             EXPECT_FALSE(QFileInfo(output).isFile());
         }
     }
+}
+
+TEST_F(Plot, AFullDiskIsToldInOneSentenceAndLeavesNothing)
+{
+    const QString file = recording();
+    for (const QString name : {"picture.png", "picture.pdf"}) {
+        const RecToolTests::FileSizeLimit limit(2'000);
+        if (!limit.works()) {
+            GTEST_SKIP() << "This system has no limit on the size of files.";
+        }
+        const Result result = rectool({"plot", "spectrum", file, "-o", path(name)});
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_EQ(result.err,
+                  "rectool: " + path(name).toStdString() + ": It could not be written to its end; is the disk full?\n");
+    }
+    EXPECT_EQ(QDir(folder()).entryList(QDir::Files).size(), 1);
 }
 
 TEST_F(Plot, APictureThatCannotBeWrittenLeavesNothing)
