@@ -41,12 +41,12 @@ struct DestroyRecorder {
 /// finished.
 class Station {
 public:
-    Station() : level(add<Number>(QStringLiteral("/LEVEL"))), spectrum(add<LevelMap>(QStringLiteral("/Spectrum")))
+    explicit Station(const char* journal = "process") : level(add<Number>(QStringLiteral("/LEVEL"))), spectrum(add<LevelMap>(QStringLiteral("/Spectrum")))
     {
         CfgCenter::LoadText(QStringLiteral("[Rx]\nValuePath = \"/Rx\"\nStatusValuePath = \"/Rx\"\n"
-                                           "RecordingPath = \"%1\"\n[Rx.Values]\nLEVEL = \"/LEVEL\"\n"
+                                           "RecordingPath = \"%1\"\nJournal = \"%2\"\n[Rx.Values]\nLEVEL = \"/LEVEL\"\n"
                                            "RFSPECTRUM = \"/Spectrum\"\n")
-                                .arg(folder()),
+                                .arg(folder(), QString::fromLatin1(journal)),
                             QStringLiteral("bench.toml"));
         spectrum.SetChannelRange(values::ChannelRange::Even(88e6, 5e3, Channels));
         m_recorder.reset(VKCreate(L"Rx"));
@@ -110,9 +110,9 @@ private:
     std::unique_ptr<IDllInstance, DestroyRecorder> m_recorder;
 };
 
-void smallChange(benchmark::State& state)
+void smallChange(benchmark::State& state, const char* journal)
 {
-    Station station;
+    Station station(journal);
     std::int64_t number = 0;
     for (auto round : state) {
         static_cast<void>(round);
@@ -138,9 +138,9 @@ std::vector<std::vector<float>> sweeps()
     return made;
 }
 
-void wholeSpectrum(benchmark::State& state)
+void wholeSpectrum(benchmark::State& state, const char* journal)
 {
-    Station station;
+    Station station(journal);
     const std::vector<std::vector<float>> cells = sweeps();
     std::size_t number = 0;
     for (auto round : state) {
@@ -176,8 +176,13 @@ void memoryOf400MegaBytes(benchmark::State& state)
     }
 }
 
-BENCHMARK(smallChange)->UseRealTime();
-BENCHMARK(wholeSpectrum)->UseRealTime();
+// With each journal, in one run: what one costs is a ratio.
+BENCHMARK_CAPTURE(smallChange, off, "off")->UseRealTime();
+BENCHMARK_CAPTURE(smallChange, process, "process")->UseRealTime();
+BENCHMARK_CAPTURE(smallChange, power, "power")->UseRealTime();
+BENCHMARK_CAPTURE(wholeSpectrum, off, "off")->UseRealTime();
+BENCHMARK_CAPTURE(wholeSpectrum, process, "process")->UseRealTime();
+BENCHMARK_CAPTURE(wholeSpectrum, power, "power")->UseRealTime();
 BENCHMARK(memoryOf400MegaBytes)->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "fileaccess_p.h"
 #include "filenames.h"
+#include "recording.h"
 
 namespace Recording2 {
 
@@ -145,8 +146,12 @@ bool CFileAccess::OpenForWriting(bool sameGroup)
     if (!shared.output->good()) {
         return false;
     }
+    if (d->recorder != nullptr) {
+        d->keepJournal(d->recorder->m_journalMode);
+    }
     shared.output->append(Format::headerArea());
     shared.output->flush();  // from the first moment the file shows what it is
+    shared.acceptedEnd = shared.output->position();
     d->fileGroupResult = m_sGuid == NoGroup ? -1 : addFileToFileGroup(FileNames::fromBytes(d->path), m_sGuid);
     return true;
 }
@@ -174,10 +179,14 @@ bool CFileAccess::OpenForReading(bool readTables)
 void CFileAccess::CloseRecording(CHeaderData& header, bool skipHandOff)
 {
     try {
+        BeginClosing();
         WriteTimeTable();
         WriteCRDTable();
-        write(header);
         SharedFile& shared = *d->shared;
+        if (shared.resumed) {
+            shared.output->endHere();
+        }
+        write(header);
         if (shared.output != nullptr) {
             CloseOutput(skipHandOff);
         }
@@ -190,16 +199,41 @@ void CFileAccess::CloseRecording(CHeaderData& header, bool skipHandOff)
     }
 }
 
+// The recorder's file is made readable as far as it goes, whatever writing failed for.
+void CFileAccess::BeginClosing()
+{
+    SharedFile& shared = *d->shared;
+    if (shared.output == nullptr || d->recorder == nullptr || !d->valid) {
+        return;
+    }
+    if (shared.journal != nullptr) {
+        shared.journal->giveBackReserve();  // should this fail and space be short, writing the tables fails and tells
+    }
+    if (!shared.output->good()) {
+        shared.output->resumeAt(shared.acceptedEnd);
+        shared.resumed = true;
+    }
+}
+
+// The journal goes last: until then the file could be made again from it.
 void CFileAccess::CloseOutput(bool skipHandOff)
 {
-    if (!d->shared->output->close() && d->valid && FileAccessTrace::enabled()) {
+    SharedFile& shared = *d->shared;
+    if (shared.forced) {
+        shared.output->force();
+    }
+    const bool whole = shared.output->close();
+    if (!whole && d->valid && FileAccessTrace::enabled()) {
         _Q_Trace(QStringLiteral("CFileAccess: recording file could not be written completely: ") +
                      FileNames::fromBytes(d->path),
                  FileAccessTrace::Source, __LINE__);
     }
-    d->shared->output.reset();
+    shared.output.reset();
     if (d->valid && FileNames::suffix(d->path) == "tmp") {
         FileNames::renameWithoutReplacing(d->path, finalName(FileNames::absoluteDirectory(d->path), d->path));
+    }
+    if (whole && shared.journal != nullptr) {
+        d->removeJournal();
     }
     if (m_sGuid != NoGroup && !skipHandOff) {
         moveToNas(m_sGuid, d->fileGroupResult);

@@ -127,14 +127,24 @@ public:
     void rebuildChannelRangeDef();
 
 private:
+    friend class CRecording;
     friend class FileAccessTestPeer;
     friend class MappingGenerator;
     struct Private;
 
     bool OpenRecording(const std::string& path, bool write, bool readTables, bool sameGroup);
     bool OpenForWriting(bool sameGroup);
+    void BeginClosing();
     bool OpenForReading(bool readTables);
     void CloseOutput(bool skipHandOff);
+
+    // For the recorder.
+    /// Why nothing more is written; empty while all is well.
+    [[nodiscard]] QString WriteFailure() const;
+    /// The header that closing the file now would be given, for the journal.
+    void JournalHeader(const CHeaderData& header);
+    /// Its stop time once the next record is written, milliseconds since 1970 UTC.
+    void JournalStopTime(std::uint64_t milliseconds);
 
     [[nodiscard]] bool AtEndOfRecords() const;  // or no file is open for reading
     void LoadTables();

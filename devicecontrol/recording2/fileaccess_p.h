@@ -1,6 +1,7 @@
 // Private state of CFileAccess.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <iterator>
 #include <map>
@@ -17,6 +18,7 @@
 #include "files.h"
 #include "format/layout.h"
 #include "index/timeindex.h"
+#include "journal.h"
 
 namespace Recording2 {
 
@@ -40,7 +42,12 @@ struct OpenInput {
 
 /// What all copies of a CFileAccess share: it is closed with the last of them, or by CloseRecording for all.
 struct SharedFile {
+    std::unique_ptr<Journal> journal;  // of a recorder's file; outlives the output, which uses its memory
     std::unique_ptr<OutputFile> output;
+    std::int64_t acceptedEnd = 0;  // of what was appended whole
+    bool resumed = false;          // closing goes on where writing had failed
+    bool forced = false;           // to the device, at least every second
+    std::chrono::steady_clock::time_point lastForced;
     std::unique_ptr<OpenInput> input;
     std::string buffer;                       // scratch of the reads
     std::unique_ptr<Index::TimeIndex> index;  // by time, and when reading by position
@@ -103,6 +110,11 @@ struct CFileAccess::Private {
     [[nodiscard]] OutputFile* goodOutput() const;  // null when there is none, or it has failed
     [[nodiscard]] OpenInput* goodInput() const;    // null when there is none, or it stands at the end of the file
 
+    void keepJournal(JournalMode mode);
+    void removeJournal();
+    void forceWhenDue();
+    /// Whether what was appended since a position is whole; it is then part of the recording.
+    bool accept();
     [[nodiscard]] bool fits(std::int64_t bytes);  // whether so many more bytes end within the last position
     void refuse();
     /// Notes the output's position as that of a block written for the first time; false when no header could name it.

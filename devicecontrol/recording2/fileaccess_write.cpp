@@ -65,8 +65,14 @@ unsigned long long CFileAccess::write(CVTTypesData& types)
         d->refuse();
         return 0;
     }
+    const std::int32_t before = d->positions.typeTable;
     d->begin(d->positions.typeTable);
     output->append(block);
+    if (!d->accept()) {
+        d->positions.typeTable = before;
+    } else if (before == 0 && d->shared->journal != nullptr) {
+        d->shared->journal->setTypes(d->positions.typeTable, block);
+    }
     return 0;
 }
 
@@ -91,14 +97,30 @@ unsigned long long CFileAccess::write(CVTCmdData& record, unsigned long long tim
         d->refuse();
         return 0;
     }
-    d->begin(d->positions.firstRecord);
-    index.add(t, static_cast<std::int32_t>(output->position()));
+    Journal* const journal = d->shared->journal.get();
+    if (journal != nullptr) {
+        output->fail(journal->makeRoom());
+    }
+    const auto position = static_cast<std::int32_t>(output->position());
+    output->commit(Format::putRecordHead(output->reserve(), record.cmd(), length));
+    output->append({record.strData(), length});
+    if (!d->accept()) {
+        return 0;
+    }
+    if (d->positions.firstRecord == 0) {
+        d->positions.firstRecord = position;
+    }
+    index.add(t, position);
     if (isChannelRangeDef) {
         d->shared->channelRangeTimes->insert(t);
     }
-    output->commit(Format::putRecordHead(output->reserve(), record.cmd(), length));
-    output->append({record.strData(), length});
     d->lastTime = t;
+    if (journal != nullptr) {
+        journal->accept(t, position, isChannelRangeDef, record.cmd(), {record.strData(), length});
+        if (d->shared->forced) {
+            d->forceWhenDue();
+        }
+    }
     return 0;
 }
 

@@ -6,12 +6,10 @@
 
 namespace Recording2 {
 
-OutputFile::OutputFile(const std::string& path, OpenMode mode) : m_buffer(BufferBytes + SmallBytes)
+OutputFile::OutputFile(const std::string& path, OpenMode mode)
+    : m_ownBuffer(BufferBytes + SmallBytes), m_buffer(m_ownBuffer.data())
 {
-    m_stream.rdbuf()->pubsetbuf(nullptr, 0);  // the buffer is ours
-    m_stream.open(FileNames::native(path),
-                  std::ios::binary | std::ios::out | (mode == OpenMode::Create ? std::ios::trunc : std::ios::in));
-    m_good = m_stream.good();
+    m_error = m_file.open(path, mode == OpenMode::Create ? System::Access::Create : System::Access::Update);
 }
 
 OutputFile::~OutputFile()
@@ -19,83 +17,130 @@ OutputFile::~OutputFile()
     close();
 }
 
-// At least as much as the buffer has room for.
+void OutputFile::keepTailIn(Journal* journal)
+{
+    static_assert(Format::Journal::TailBytes >= BufferBytes + SmallBytes);
+    m_journal = journal;
+    if (journal != nullptr) {
+        m_buffer = journal->tail();
+        m_ownBuffer = std::vector<char>();
+    }
+}
+
+// At least as much as the buffer has room for. After a failure what is in the buffer stays, for somebody may resume.
 void OutputFile::appendPast(std::span<const char> bytes)
 {
-    while (bytes.size() >= m_end - m_used) {
+    while (good() && bytes.size() >= m_end - m_used) {
         const std::size_t part = m_end - m_used;
         if (m_used == 0) {  // no need to copy it first
             write(bytes.data(), part);
-            startBuffer();
         } else {
-            std::memcpy(m_buffer.data() + m_used, bytes.data(), part);
+            std::memcpy(m_buffer + m_used, bytes.data(), part);
             m_used += part;
             flush();
         }
         bytes = bytes.subspan(part);
     }
-    append(bytes);
+    if (good()) {
+        append(bytes);
+    }
 }
 
 // What was reserved may have run past the end.
 void OutputFile::writeFullBuffer()
 {
     const std::size_t past = m_used - m_end;
-    const char* const rest = m_buffer.data() + m_end;
+    const char* const rest = m_buffer + m_end;
     m_used = m_end;
     flush();
-    std::memmove(m_buffer.data(), rest, past);
-    m_used = past;
+    if (good()) {
+        std::memmove(m_buffer, rest, past);
+        m_used = past;
+    }
 }
 
+// What stands in the buffer from now on is not the file's tail any more.
 void OutputFile::seek(std::int64_t position)
 {
-    seek(position, std::ios::beg);
-}
-
-void OutputFile::seekToEnd()
-{
-    seek(0, std::ios::end);
-}
-
-void OutputFile::seek(std::streamoff offset, std::ios::seekdir from)
-{
     flush();
-    m_stream.seekp(offset, from);
-    m_good = m_good && m_stream.good();
-    if (m_good) {
-        m_flushed = m_stream.tellp();
+    m_journal = nullptr;
+    if (position < 0) {
+        fail(System::InvalidPosition);
+    }
+    if (good()) {
+        m_flushed = position;
         startBuffer();
     }
 }
 
+void OutputFile::seekToEnd()
+{
+    flush();
+    seek(m_file.size());
+}
+
 bool OutputFile::close()
 {
-    if (!m_stream.is_open()) {
-        return m_good;
+    if (!m_file.isOpen()) {
+        return good();
     }
     flush();
-    m_stream.close();
-    m_good = m_good && m_stream.good();
-    return m_good;
+    fail(m_file.close());
+    return good();
 }
 
 void OutputFile::flush()
 {
-    write(m_buffer.data(), m_used);
-    m_used = 0;
-    startBuffer();
+    write(m_buffer, m_used);
+    if (good()) {
+        m_used = 0;
+        startBuffer();
+    }
 }
 
-// After a failure the position still counts what was handed over, and the buffer is free for what will not be written
-// either.
+void OutputFile::force()
+{
+    flush();
+    if (good()) {
+        fail(m_file.sync());
+    }
+}
+
+// The buffer still holds what could not be handed over.
+void OutputFile::resumeAt(std::int64_t position)
+{
+    m_error = 0;
+    if (position >= m_flushed) {
+        m_used = static_cast<std::size_t>(position - m_flushed);
+    } else {
+        m_used = 0;
+        m_flushed = position;
+        startBuffer();
+    }
+}
+
+void OutputFile::endHere()
+{
+    flush();
+    if (good()) {
+        fail(m_file.setSize(m_flushed));
+    }
+}
+
 void OutputFile::write(const char* bytes, std::size_t size)
 {
-    if (m_good && size > 0) {
-        m_stream.write(bytes, static_cast<std::streamsize>(size));
-        m_good = m_stream.good();
+    if (!good() || size == 0) {
+        return;
     }
-    m_flushed += static_cast<std::int64_t>(size);
+    std::size_t written = 0;
+    fail(m_file.writeAt(m_flushed, bytes, size, written));
+    if (good()) {
+        m_flushed += static_cast<std::int64_t>(size);
+        startBuffer();
+        if (m_journal != nullptr) {
+            m_journal->tailStartsAt(m_flushed);
+        }
+    }
 }
 
 void OutputFile::startBuffer()

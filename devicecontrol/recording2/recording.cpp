@@ -123,9 +123,25 @@ void CRecording::ReadConfiguration()
     m_fileExpandingSize = cfg->ReadInteger(QStringLiteral("FileExpandingSize"), 9'000'000);
     m_diskExpandingSize =
         leadingNumber(cfg->ReadString(QStringLiteral("DiskExpandingSize"), QStringLiteral("100000000")));
+    ReadJournalMode(*cfg);
     const std::unique_ptr<ICfg> section(cfg->OpenSection(QStringLiteral("Values"), CfgCenter::View::Instance));
     if (section != nullptr) {
         ReadRecordedValues(*section);
+    }
+}
+
+void CRecording::ReadJournalMode(const ICfg& cfg)
+{
+    const QString text = cfg.ReadString(QStringLiteral("Journal"), QStringLiteral("process"));
+    if (text == QLatin1String("off")) {
+        m_journalMode = JournalMode::Off;
+    } else if (text == QLatin1String("power")) {
+        m_journalMode = JournalMode::Power;
+    } else if (text != QLatin1String("process")) {
+        RecordingErrors::trace(
+            QStringLiteral("CRecording::Init() - Journal is <%1>, not process, power or off; set it to <process>")
+                .arg(text),
+            __LINE__);
     }
 }
 

@@ -20,6 +20,7 @@
 #include <zelvo/zelvo.h>
 
 #include "fileaccess.h"
+#include "journal.h"
 #include "recordmodel.h"
 #include "recordtypetable.h"
 
@@ -52,6 +53,7 @@ public:
     void StopRecording(bool splitting);  ///< Does nothing while idle. Throws VKException.
 
 private:
+    friend class CFileAccess;
     friend class RecordingTestPeer;
 
     /// An observed value with what capturing a change of it needs: found without a search through the keywords.
@@ -69,7 +71,18 @@ private:
         std::string text;
     };
 
+    /// What the journal's header was made of, and when.
+    struct JournalledFields {
+        float startFreq = 0;
+        float stopFreq = 0;
+        std::int32_t minLevel = 0;
+        std::int32_t maxLevel = 0;
+        unsigned long long startTime = 0;
+        unsigned long long madeAt = 0;  // record time, microseconds
+    };
+
     void ReadConfiguration();
+    void ReadJournalMode(const ICfg& cfg);
     void ReadRecordedValues(const ICfg& section);
     void UseDefaultPaths();
     void PublishStatusValues();
@@ -112,6 +125,10 @@ private:
     [[nodiscard]] unsigned long long TakeRecordTime(const values::MappingBase* timedMap);
     void WriteCapture(std::int32_t typeId, TChangeCode code, const std::string& text, unsigned long long recordTime);
     void WriteEarlyChanges();
+    [[nodiscard]] bool StopIfWritingFailed();
+    void StopAfterFailure(const QString& reason);
+    void JournalHeader();
+    void JournalHeaderIfChanged(unsigned long long recordTime);
     void SplitIfTooLarge();
 
     void AssignFields(std::int32_t typeId, const values::ValueBase& value);
@@ -144,6 +161,8 @@ private:
     std::unique_ptr<CFileAccess> m_file;
     CTimeStamp m_startTime;
     CTimeStamp m_lastRecordTime;
+    JournalMode m_journalMode = JournalMode::Process;
+    JournalledFields m_journalled;
     values::ValueObservingPtr<values::Value<bool>> m_recLoaded;
     values::ValueObservingPtr<values::ValueSelection> m_recStatus;
     values::ValuePtr<values::Value<QString>> m_recFileName;

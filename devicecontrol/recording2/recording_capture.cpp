@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QScopeGuard>
 
+#include "filenames.h"
 #include "recording.h"
 #include "recording_p.h"
 
@@ -158,9 +159,67 @@ void CRecording::WriteCapture(std::int32_t typeId, TChangeCode code, const std::
     const unsigned long long elapsed = (recordTime > start ? recordTime - start : start - recordTime) / 1000;
     m_record.set_cmd(typeId);
     m_record.set_str(text.c_str(), static_cast<std::int32_t>(text.size()));
+    JournalHeaderIfChanged(recordTime);
+    m_file->JournalStopTime(recordTime / 1000);
     m_file->write(m_record, std::max(elapsed, FirstCaptureTime), definesChannelRange(typeId, code, text));
+    if (StopIfWritingFailed()) {
+        return;
+    }
     m_lastRecordTime.setTime_ts(recordTime);
     SplitIfTooLarge();
+}
+
+// The trackers as they change; the texts of the device, which nobody tells about, every second.
+void CRecording::JournalHeaderIfChanged(unsigned long long recordTime)
+{
+    constexpr unsigned long long TextsInterval = 1'000'000;
+    const JournalledFields& last = m_journalled;
+    const bool same = last.startFreq == m_startFreq && last.stopFreq == m_stopFreq && last.minLevel == m_minLevel &&
+                      last.maxLevel == m_maxLevel && last.startTime == m_startTime.getTimeStamp();
+    if (!same || recordTime - last.madeAt >= TextsInterval) {
+        m_journalled.madeAt = recordTime;
+        JournalHeader();
+    }
+}
+
+void CRecording::JournalHeader()
+{
+    if (m_file == nullptr) {
+        return;
+    }
+    m_journalled = {m_startFreq, m_stopFreq, m_minLevel, m_maxLevel, m_startTime.getTimeStamp(), m_journalled.madeAt};
+    m_file->JournalHeader(FinalHeader());
+}
+
+// @return whether it did, or had before
+bool CRecording::StopIfWritingFailed()
+{
+    if (m_file == nullptr) {
+        return true;
+    }
+    const QString reason = m_file->WriteFailure();
+    if (reason.isEmpty() || !m_file->IsValidFile()) {  // one that could not be made is recorded into nothing
+        return false;
+    }
+    StopAfterFailure(reason);
+    return true;
+}
+
+// What was recorded is made readable. The status tells, so that a later "On" is a change; the station goes on.
+void CRecording::StopAfterFailure(const QString& reason)
+{
+    RecordingErrors::trace(QStringLiteral("CRecording: recording stopped, writing %1 failed: %2")
+                               .arg(FileNames::fromBytes(m_file->path()), reason),
+                           __LINE__);
+    try {
+        StopRecording(false);
+    } catch (const std::exception& exception) {
+        RecordingErrors::trace(QString::fromUtf8(exception.what()), __LINE__);
+    }
+    CTimeStamp::SetCts(0);  // as after every "Off"
+    if (m_recStatus) {
+        m_recStatus->Select(QStringLiteral("Off"), this);
+    }
 }
 
 void CRecording::WriteEarlyChanges()

@@ -57,7 +57,8 @@ std::string freeName(const std::string& directory, const std::string& name)
     const std::string stem = name.substr(0, name.size() - std::string_view(".tmp").size());
     std::string candidate = stem;
     for (int number = 2;
-         FileNames::exists(directory + candidate + ".tmp") || FileNames::exists(directory + candidate + ".rec");
+         FileNames::exists(directory + candidate + ".tmp") || FileNames::exists(directory + candidate + ".rec") ||
+         FileNames::exists(Journal::pathFor(directory + candidate + ".tmp"));
          ++number) {
         candidate = stem + "_" + std::to_string(number);
     }
@@ -119,6 +120,8 @@ QString CRecording::StartRecording(bool splitting)
         m_file = std::make_unique<CFileAccess>(directory.c_str(), m_statusValuePath, fileName.c_str(), true, true,
                                                splitting, this, m_archive.get());
         m_currentFileName = FileNames::fromBytes(m_file->path());
+        JournalHeader();
+        m_file->JournalStopTime(m_lastRecordTime.getMilliSecs());
         const std::uint32_t thisStart = ++m_starts;
         if (m_recFileName) {
             m_recFileName->SetValue(m_currentFileName, this);
@@ -141,6 +144,7 @@ void CRecording::RunStartSequence()
         AttachRecordedValues();
         if (m_starts == thisStart) {  // else the next file was started meanwhile, and has its own beginning
             ApplyModeKeywords();
+            JournalHeader();
             WriteTypeTable(m_file.get());
             WriteInitialStates();
         }
@@ -150,7 +154,9 @@ void CRecording::RunStartSequence()
         throw;
     }
     m_starting = false;
-    WriteEarlyChanges();
+    if (m_starts != thisStart || !StopIfWritingFailed()) {
+        WriteEarlyChanges();
+    }
     if (m_file == nullptr) {  // one of those changes stopped the recording
         DetachAllValues();
     }

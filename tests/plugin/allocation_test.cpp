@@ -77,6 +77,8 @@ namespace {
 
 constexpr std::size_t Records = 20'000;
 constexpr std::size_t IndexGrowth = 16;  // two arrays that double
+// The journal's header is made again every second, for the texts of the device that nobody tells about.
+constexpr std::size_t Headers = Records / 1'000 * 16;
 
 class SteadyState : public testing::Test {
 protected:
@@ -144,7 +146,7 @@ TEST_F(SteadyState, ANumberIsRecordedWithoutAllocating)
 {
     auto& level = station.value<Number>(QStringLiteral("/LEVEL"));
     EXPECT_LE(allocationsOf([&level](std::size_t number) { level.SetValue(static_cast<double>(number) / 7); }),
-              IndexGrowth);
+              IndexGrowth + Headers);
 }
 
 TEST_F(SteadyState, ALevelMapOf4096CellsIsRecordedWithoutAllocating)
@@ -156,7 +158,7 @@ TEST_F(SteadyState, ALevelMapOf4096CellsIsRecordedWithoutAllocating)
                   cells.assign(64, -static_cast<float>(number % 128));
                   spectrum.SetCells(number % 63 * 64, cells, station.clock.now);
               }),
-              IndexGrowth);
+              IndexGrowth + Headers);
 }
 
 TEST_F(SteadyState, AWholeLevelMapIsRecordedWithoutAllocating)

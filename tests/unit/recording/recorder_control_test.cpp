@@ -56,8 +56,10 @@ TEST_F(RecorderControl, AFileCarriesTmpUntilItIsClosed)
     makeRecorder();
     start();
     level().SetValue(1);
-    ASSERT_THAT(station.files(), SizeIs(1));
-    EXPECT_TRUE(station.files().first().endsWith(QStringLiteral(".tmp")));
+    const QStringList files = station.files();  // by name: the recording and its journal
+    ASSERT_THAT(files, SizeIs(2));
+    EXPECT_TRUE(files[0].endsWith(QStringLiteral(".tmp")));
+    EXPECT_EQ(files[1], files[0] + QStringLiteral(".journal"));
 }
 
 TEST_F(RecorderControl, SwitchingOnTwiceClosesTheFirstFileAndOpensASecond)

@@ -1,0 +1,110 @@
+// The journal's part in a recording file, and what the recorder asks of both.
+#include <chrono>
+
+#include <vkbase/trace.h>
+
+#include "fileaccess.h"
+#include "fileaccess_p.h"
+#include "filenames.h"
+#include "format/layout.h"
+
+namespace Recording2 {
+
+namespace {
+
+void traceFailure(const QString& what, const std::string& path, System::Error error, std::uint16_t line)
+{
+    if (FileAccessTrace::enabled()) {
+        _Q_Trace(QStringLiteral("CFileAccess: %1: %2: %3")
+                     .arg(what, FileNames::fromBytes(path), QString::fromStdString(System::errorText(error))),
+                 FileAccessTrace::Source, line);
+    }
+}
+
+}  // namespace
+
+// The lock tells that somebody is still writing; nobody can hold the lock of a file that is made here, but a program
+// that is about to recover an old one of that name.
+void CFileAccess::Private::keepJournal(JournalMode mode)
+{
+    static_cast<void>(shared->output->lock());
+    if (mode == JournalMode::Off) {
+        return;
+    }
+    System::Error error = 0;
+    shared->journal = Journal::create(path, mode, error);
+    if (shared->journal == nullptr) {
+        traceFailure(QStringLiteral("recording goes on without a journal, it cannot be made"), Journal::pathFor(path),
+                     error, __LINE__);
+        return;
+    }
+    shared->output->keepTailIn(shared->journal.get());
+    shared->forced = mode == JournalMode::Power;
+    if (shared->forced) {
+        shared->lastForced = std::chrono::steady_clock::now();
+        const System::Error failure = System::syncDirectory(FileNames::directory(path));
+        if (failure != 0) {
+            traceFailure(QStringLiteral("the directory cannot be forced to the device"), path, failure, __LINE__);
+        }
+    }
+}
+
+void CFileAccess::Private::removeJournal()
+{
+    System::Error error = shared->forced ? System::syncDirectory(FileNames::directory(path)) : 0;
+    if (error == 0) {
+        error = shared->journal->remove();
+    }
+    if (error != 0) {
+        traceFailure(QStringLiteral("the journal of a closed recording cannot be removed"), Journal::pathFor(path),
+                     error, __LINE__);
+    }
+    shared->journal.reset();
+}
+
+void CFileAccess::Private::forceWhenDue()
+{
+    constexpr std::chrono::seconds Interval(1);
+    const auto now = std::chrono::steady_clock::now();
+    if (now - shared->lastForced < Interval) {
+        return;
+    }
+    shared->lastForced = now;
+    shared->output->force();  // first the data, or the journal would promise what the device does not have
+    if (shared->output->good()) {
+        shared->output->fail(shared->journal->force());
+    }
+}
+
+bool CFileAccess::Private::accept()
+{
+    if (!shared->output->good()) {
+        return false;
+    }
+    shared->acceptedEnd = shared->output->position();
+    return true;
+}
+
+QString CFileAccess::WriteFailure() const
+{
+    const OutputFile* output = d->shared->output.get();
+    return output == nullptr || output->good() ? QString() : QString::fromStdString(System::errorText(output->error()));
+}
+
+void CFileAccess::JournalHeader(const CHeaderData& header)
+{
+    if (d->shared->journal != nullptr) {
+        std::string record;
+        Format::appendHeader(record, toRecord(header, d->positions));
+        d->shared->journal->setHeader(record);
+    }
+}
+
+void CFileAccess::JournalStopTime(std::uint64_t milliseconds)
+{
+    if (d->shared->journal != nullptr) {
+        d->shared->journal->setStopTime(milliseconds);
+    }
+}
+
+}  // namespace Recording2

@@ -1,0 +1,75 @@
+// Files as the operating system gives them, where the standard library has no word for what is needed: writing at a
+// position, keeping space free, forcing to the device, locking, mapping. One implementation for each platform.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace Recording2::System {
+
+/// The operating system's own number of an error; 0 is none.
+using Error = int;
+/// One sentence's end in English: "No space left on device".
+[[nodiscard]] std::string errorText(Error error);
+extern const Error InvalidPosition;  ///< in front of the file
+
+/// Create replaces an existing file; Update and Read take one that is there.
+enum class Access : std::uint8_t { Create, Update, Read };
+
+/// An open file, shared with other processes for reading and writing. One thread at a time.
+class NativeFile {
+public:
+    NativeFile() = default;
+    NativeFile(const NativeFile&) = delete;
+    NativeFile& operator=(const NativeFile&) = delete;
+    ~NativeFile();  ///< closes
+
+    /// @param path 8-bit, in the encoding of file names
+    Error open(const std::string& path, Access access);
+    [[nodiscard]] bool isOpen() const { return m_handle != NoHandle; }
+    Error close();  ///< The file is closed in any case.
+
+    /// Writes all bytes at a position. @param written how many were before the error
+    Error writeAt(std::int64_t position, const char* bytes, std::size_t size, std::size_t& written);
+    /// Reads up to size bytes. @return how many; fewer only at the end, or after an error
+    [[nodiscard]] std::size_t readAt(std::int64_t position, char* bytes, std::size_t size) const;
+    [[nodiscard]] std::int64_t size() const;
+    Error setSize(std::int64_t size);
+    /// Takes the space for so many bytes behind a position from the device now, so that writing them cannot fail for
+    /// want of it. The file grows as far; new bytes are 0.
+    Error allocate(std::int64_t position, std::int64_t bytes);
+    /// Forces what was written, and what is needed to find it, to the device.
+    Error sync();
+    /// Locks the file until it is closed or the process ends, however it ends. @return false when somebody holds it
+    [[nodiscard]] bool lock();
+
+private:
+    friend class Mapping;
+    static constexpr std::intptr_t NoHandle = -1;
+    std::intptr_t m_handle = NoHandle;
+};
+
+/// The beginning of a file as memory that outlives the process: what was stored there is in the file, also after the
+/// process was killed. The space must have been allocated.
+class Mapping {
+public:
+    Mapping() = default;
+    Mapping(const Mapping&) = delete;
+    Mapping& operator=(const Mapping&) = delete;
+    ~Mapping();
+
+    Error map(const NativeFile& file, std::size_t bytes);
+    [[nodiscard]] char* data() const { return m_data; }  ///< page aligned; null before map
+    Error sync();                                        ///< forces it to the device
+
+private:
+    char* m_data = nullptr;
+    std::size_t m_bytes = 0;
+};
+
+/// Forces the names in a directory to the device.
+Error syncDirectory(const std::string& directory);
+Error removeFile(const std::string& path);
+
+}  // namespace Recording2::System

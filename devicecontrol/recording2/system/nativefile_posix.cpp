@@ -1,0 +1,178 @@
+#include "nativefile.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace Recording2::System {
+
+namespace {
+
+int descriptor(std::intptr_t handle)
+{
+    return static_cast<int>(handle);
+}
+
+template <typename Call>
+auto untilNotInterrupted(Call call)
+{
+    auto result = call();
+    while (result == -1 && errno == EINTR) {
+        result = call();
+    }
+    return result;
+}
+
+Error errorOf(int result)
+{
+    return result == 0 ? 0 : errno;
+}
+
+}  // namespace
+
+const Error InvalidPosition = EINVAL;
+
+std::string errorText(Error error)
+{
+    return std::generic_category().message(error);
+}
+
+NativeFile::~NativeFile()
+{
+    close();
+}
+
+Error NativeFile::open(const std::string& path, Access access)
+{
+    constexpr mode_t ReadAndWriteAsAllowed = 0666;
+    const int how = access == Access::Read ? O_RDONLY : access == Access::Update ? O_RDWR : O_RDWR | O_CREAT | O_TRUNC;
+    const int opened =
+        untilNotInterrupted([&] { return ::open(path.c_str(), how | O_CLOEXEC, ReadAndWriteAsAllowed); });
+    if (opened == -1) {
+        return errno;
+    }
+    close();
+    m_handle = opened;
+    return 0;
+}
+
+Error NativeFile::close()
+{
+    if (!isOpen()) {
+        return 0;
+    }
+    const int result = ::close(descriptor(m_handle));
+    m_handle = NoHandle;
+    return result == -1 && errno != EINTR ? errno : 0;
+}
+
+Error NativeFile::writeAt(std::int64_t position, const char* bytes, std::size_t size, std::size_t& written)
+{
+    written = 0;
+    while (written < size) {
+        const ssize_t part = untilNotInterrupted([&] {
+            return ::pwrite(descriptor(m_handle), bytes + written, size - written,
+                            position + static_cast<off_t>(written));
+        });
+        if (part == -1) {
+            return errno;
+        }
+        if (part == 0) {
+            return EIO;
+        }
+        written += static_cast<std::size_t>(part);
+    }
+    return 0;
+}
+
+std::size_t NativeFile::readAt(std::int64_t position, char* bytes, std::size_t size) const
+{
+    std::size_t read = 0;
+    while (read < size) {
+        const ssize_t part = untilNotInterrupted([&] {
+            return ::pread(descriptor(m_handle), bytes + read, size - read, position + static_cast<off_t>(read));
+        });
+        if (part <= 0) {
+            break;
+        }
+        read += static_cast<std::size_t>(part);
+    }
+    return read;
+}
+
+std::int64_t NativeFile::size() const
+{
+    struct stat status {};
+    return ::fstat(descriptor(m_handle), &status) == 0 ? status.st_size : 0;
+}
+
+Error NativeFile::setSize(std::int64_t size)
+{
+    return errorOf(untilNotInterrupted([&] { return ::ftruncate(descriptor(m_handle), size); }));
+}
+
+Error NativeFile::allocate(std::int64_t position, std::int64_t bytes)
+{
+    Error error = EINTR;
+    while (error == EINTR) {
+        error = ::posix_fallocate(descriptor(m_handle), position, bytes);
+    }
+    return error;
+}
+
+Error NativeFile::sync()
+{
+    return errorOf(untilNotInterrupted([&] { return ::fdatasync(descriptor(m_handle)); }));
+}
+
+bool NativeFile::lock()
+{
+    return untilNotInterrupted([&] { return ::flock(descriptor(m_handle), LOCK_EX | LOCK_NB); }) == 0;
+}
+
+Mapping::~Mapping()
+{
+    if (m_data != nullptr) {
+        ::munmap(m_data, m_bytes);
+    }
+}
+
+Error Mapping::map(const NativeFile& file, std::size_t bytes)
+{
+    void* const data =
+        ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor(file.m_handle), 0);
+    if (data == MAP_FAILED) {
+        return errno;
+    }
+    m_data = static_cast<char*>(data);
+    m_bytes = bytes;
+    return 0;
+}
+
+Error Mapping::sync()
+{
+    return errorOf(::msync(m_data, m_bytes, MS_SYNC));
+}
+
+Error syncDirectory(const std::string& directory)
+{
+    const int opened = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (opened == -1) {
+        return errno;
+    }
+    const Error error = errorOf(::fsync(opened));
+    ::close(opened);
+    return error;
+}
+
+Error removeFile(const std::string& path)
+{
+    return errorOf(::unlink(path.c_str()));
+}
+
+}  // namespace Recording2::System
