@@ -41,7 +41,8 @@ struct DestroyRecorder {
 /// finished.
 class Station {
 public:
-    explicit Station(const char* journal = "process") : level(add<Number>(QStringLiteral("/LEVEL"))), spectrum(add<LevelMap>(QStringLiteral("/Spectrum")))
+    explicit Station(const char* journal = "process")
+        : level(add<Number>(QStringLiteral("/LEVEL"))), spectrum(add<LevelMap>(QStringLiteral("/Spectrum")))
     {
         CfgCenter::LoadText(QStringLiteral("[Rx]\nValuePath = \"/Rx\"\nStatusValuePath = \"/Rx\"\n"
                                            "RecordingPath = \"%1\"\nJournal = \"%2\"\n[Rx.Values]\nLEVEL = \"/LEVEL\"\n"

@@ -134,4 +134,12 @@ struct RepairOptions {
 };
 ExitCode repair(const RepairOptions& options);
 
+struct RecoverOptions {
+    std::string file;
+    std::string output;          ///< the new file; empty: beside the old one
+    std::uint64_t periodMs = 0;  ///< from record to record where no time is known; 0: worked out
+    bool json = false;
+};
+ExitCode recover(const RecoverOptions& options);
+
 }  // namespace RecTool

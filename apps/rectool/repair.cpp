@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include <recording2/inspection/repairedtimes.h>
 #include <recording2/inspection/salvage.h>
 #include <recording2/inspection/verification.h>
 #include <values/recordingtext.h>
@@ -15,13 +16,13 @@
 #include "newrecording.h"
 #include "output.h"
 #include "progress.h"
-#include "repairedtimes.h"
 #include "text.h"
 #include "typenames.h"
 
 namespace RecTool {
 
 namespace Inspection = Recording2::Inspection;
+using Inspection::RepairedTimes;
 using Inspection::Salvage;
 
 namespace {
@@ -39,7 +40,7 @@ RepairedTimes timesFor(const Salvage& found, std::uint64_t periodMs)
     for (const Inspection::SalvagedRecord& record : found.records) {
         known.push_back(record.timeMs);
     }
-    return repairTimes(known, lengthMs(found.header), periodMs);
+    return Inspection::repairTimes(known, lengthMs(found.header), periodMs);
 }
 
 /// What is kept of a file, on its way into a new one.
@@ -152,24 +153,7 @@ std::string joined(const std::vector<std::string>& texts)
 
 std::vector<std::string> rebuiltLines(const Repair& repair)
 {
-    const RepairedTimes& times = repair.times();
-    std::vector<std::string> lines;
-    if (times.between > 0) {
-        lines.push_back(counted(times.between, "time") + ", evenly between the known times around them");
-    }
-    if (times.inFront > 0) {
-        lines.push_back(counted(times.inFront, "time") + ", evenly from the start to the first known time");
-    }
-    if (times.behind > 0) {
-        const std::string rule =
-            times.stepMs ? ", every " + std::to_string(*times.stepMs) + " ms" : std::string(", evenly to the end");
-        const bool none = times.kept == 0;
-        lines.push_back(counted(times.behind, "time") + rule +
-                        (none ? " (none was known)" : " behind the last known time"));
-    }
-    if (times.moved > 0) {
-        lines.push_back(counted(times.moved, "time") + " moved to the next free millisecond");
-    }
+    std::vector<std::string> lines = Inspection::describe(repair.times(), grouped);
     if (repair.rangesFromRecords() > 0) {
         lines.push_back(counted(repair.rangesFromRecords(), "channel range") + ", from the " + DirectionFindingKeyword +
                         " records that carry one");

@@ -139,7 +139,7 @@ bool CFileAccess::OpenForWriting(bool sameGroup)
         const std::string name = finalName(FileNames::directory(d->path), d->path);
         shared.uncFilePath->SetValue(FileNames::fromBytes(name), nullptr);
     }
-    shared.output = std::make_unique<OutputFile>(d->path, OpenMode::Create);
+    shared.output = std::make_unique<OutputFile>(FileNames::native(d->path), OpenMode::Create);
     shared.index = std::make_unique<Index::TimeIndex>();
     shared.channelRangeTimes = std::make_unique<std::set<std::uint64_t>>();
     shared.bookmarks = std::make_unique<std::map<std::uint64_t, std::string>>();
@@ -159,7 +159,7 @@ bool CFileAccess::OpenForWriting(bool sameGroup)
 bool CFileAccess::OpenForReading(bool readTables)
 {
     SharedFile& shared = *d->shared;
-    shared.input = std::make_unique<OpenInput>(d->path);
+    shared.input = std::make_unique<OpenInput>(FileNames::native(d->path));
     shared.index = std::make_unique<Index::TimeIndex>();
     shared.channelRangeTimes = std::make_unique<std::set<std::uint64_t>>();
     shared.bookmarks = std::make_unique<std::map<std::uint64_t, std::string>>();

@@ -139,8 +139,8 @@ private:
     void CloseOutput(bool skipHandOff);
 
     // For the recorder.
-    /// Why nothing more is written; empty while all is well.
-    [[nodiscard]] QString WriteFailure() const;
+    [[nodiscard]] bool WriteFailed() const;      ///< nothing more is written
+    [[nodiscard]] QString WriteFailure() const;  ///< why
     /// The header that closing the file now would be given, for the journal.
     void JournalHeader(const CHeaderData& header);
     /// Its stop time once the next record is written, milliseconds since 1970 UTC.

@@ -32,7 +32,7 @@ void CFileAccess::Private::keepJournal(JournalMode mode)
         return;
     }
     System::Error error = 0;
-    shared->journal = Journal::create(path, mode, error);
+    shared->journal = Journal::create(FileNames::native(Journal::pathFor(path)), mode, error);
     if (shared->journal == nullptr) {
         traceFailure(QStringLiteral("recording goes on without a journal, it cannot be made"), Journal::pathFor(path),
                      error, __LINE__);
@@ -42,7 +42,7 @@ void CFileAccess::Private::keepJournal(JournalMode mode)
     shared->forced = mode == JournalMode::Power;
     if (shared->forced) {
         shared->lastForced = std::chrono::steady_clock::now();
-        const System::Error failure = System::syncDirectory(FileNames::directory(path));
+        const System::Error failure = System::syncDirectory(FileNames::native(FileNames::directory(path)));
         if (failure != 0) {
             traceFailure(QStringLiteral("the directory cannot be forced to the device"), path, failure, __LINE__);
         }
@@ -51,7 +51,7 @@ void CFileAccess::Private::keepJournal(JournalMode mode)
 
 void CFileAccess::Private::removeJournal()
 {
-    System::Error error = shared->forced ? System::syncDirectory(FileNames::directory(path)) : 0;
+    System::Error error = shared->forced ? System::syncDirectory(FileNames::native(FileNames::directory(path))) : 0;
     if (error == 0) {
         error = shared->journal->remove();
     }
@@ -85,10 +85,15 @@ bool CFileAccess::Private::accept()
     return true;
 }
 
-QString CFileAccess::WriteFailure() const
+bool CFileAccess::WriteFailed() const
 {
     const OutputFile* output = d->shared->output.get();
-    return output == nullptr || output->good() ? QString() : QString::fromStdString(System::errorText(output->error()));
+    return output != nullptr && !output->good();
+}
+
+QString CFileAccess::WriteFailure() const
+{
+    return WriteFailed() ? QString::fromStdString(System::errorText(d->shared->output->error())) : QString();
 }
 
 void CFileAccess::JournalHeader(const CHeaderData& header)

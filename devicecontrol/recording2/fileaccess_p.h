@@ -33,7 +33,7 @@ void fromRecord(Format::HeaderRecord& record, CHeaderData& header);
 
 /// A file that is read, with the cursor into it.
 struct OpenInput {
-    explicit OpenInput(const std::string& path) : file(path), cursor(file) {}
+    explicit OpenInput(const std::filesystem::path& path) : file(path), cursor(file) {}
     [[nodiscard]] bool good() const { return file.good() && !cursor.atEnd(); }
 
     InputFile file;

@@ -17,7 +17,7 @@ OutputFile* CFileAccess::OpenForUpdate()
     SharedFile& shared = *d->shared;
     if (shared.output == nullptr) {
         shared.input.reset();
-        shared.output = std::make_unique<OutputFile>(d->path, OpenMode::Update);
+        shared.output = std::make_unique<OutputFile>(FileNames::native(d->path), OpenMode::Update);
     }
     return d->goodOutput();
 }
@@ -25,7 +25,7 @@ OutputFile* CFileAccess::OpenForUpdate()
 void CFileAccess::ReopenForReading()
 {
     d->shared->output.reset();
-    d->shared->input = std::make_unique<OpenInput>(d->path);
+    d->shared->input = std::make_unique<OpenInput>(FileNames::native(d->path));
 }
 
 // The header area is written whole with the record in it: one write, so that no moment leaves the file without a

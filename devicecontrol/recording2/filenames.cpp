@@ -1,16 +1,11 @@
 #include "filenames.h"
 
-#include <cerrno>
 #include <filesystem>
 #include <system_error>
 
 #include <QDir>
-#include <QFile>
 
-#if defined(__linux__)
-#include <fcntl.h>
-#include <cstdio>
-#endif
+#include "system/nativefile.h"
 
 namespace Recording2::FileNames {
 
@@ -127,23 +122,7 @@ std::string suffix(const std::string& path)
 
 bool renameWithoutReplacing(const std::string& from, const std::string& to)
 {
-#if defined(__linux__)
-    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
-        return true;
-    }
-    if (errno != EINVAL && errno != ENOSYS) {
-        return false;
-    }
-    // A file system that cannot rename so: the look before the rename is all there is.
-    std::error_code error;
-    if (exists(to)) {
-        return false;
-    }
-    std::filesystem::rename(native(from), native(to), error);
-    return !error;
-#else
-    return QFile::rename(fromBytes(from), fromBytes(to));
-#endif
+    return System::renameToNew(native(from), native(to)) == 0;
 }
 
 }  // namespace Recording2::FileNames

@@ -2,11 +2,9 @@
 
 #include <cstring>
 
-#include "filenames.h"
-
 namespace Recording2 {
 
-OutputFile::OutputFile(const std::string& path, OpenMode mode)
+OutputFile::OutputFile(const std::filesystem::path& path, OpenMode mode)
     : m_ownBuffer(BufferBytes + SmallBytes), m_buffer(m_ownBuffer.data())
 {
     m_error = m_file.open(path, mode == OpenMode::Create ? System::Access::Create : System::Access::Update);
@@ -148,27 +146,10 @@ void OutputFile::startBuffer()
     m_end = BufferBytes - static_cast<std::size_t>(m_flushed % std::int64_t{BufferBytes});
 }
 
-InputFile::InputFile(const std::string& path)
+// One that cannot be opened is not good.
+InputFile::InputFile(const std::filesystem::path& path)
 {
-    m_stream.rdbuf()->pubsetbuf(nullptr, 0);  // the cursor buffers
-    m_stream.open(FileNames::native(path), std::ios::binary | std::ios::in);
-    m_open = m_stream.good();
-}
-
-std::size_t InputFile::readAt(std::int64_t offset, char* out, std::size_t size)
-{
-    m_stream.clear();
-    m_stream.seekg(offset);
-    m_stream.read(out, static_cast<std::streamsize>(size));
-    return static_cast<std::size_t>(m_stream.gcount());
-}
-
-std::int64_t InputFile::size()
-{
-    m_stream.clear();
-    m_stream.seekg(0, std::ios::end);
-    const std::streamoff end = m_stream.tellg();
-    return end < 0 ? 0 : end;
+    static_cast<void>(m_file.open(path, System::Access::Read));
 }
 
 }  // namespace Recording2

@@ -4,9 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <fstream>
+#include <filesystem>
 #include <span>
-#include <string>
 #include <vector>
 
 #include "format/bytesource.h"
@@ -22,7 +21,7 @@ enum class OpenMode : std::uint8_t { Create, Update };
 /// more, unless it is resumed.
 class OutputFile {
 public:
-    OutputFile(const std::string& path, OpenMode mode);
+    OutputFile(const std::filesystem::path& path, OpenMode mode);
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
     ~OutputFile();  ///< closes
@@ -54,13 +53,13 @@ public:
         }
     }
     void fail(System::Error error) { m_error = m_error == 0 ? error : m_error; }  ///< as if writing had failed
-    void seek(std::int64_t position);  ///< A negative position is a failure.
+    void seek(std::int64_t position);                                             ///< A negative position is a failure.
     void seekToEnd();
-    void flush();                         ///< Hands what is buffered to the system.
-    void force();                         ///< Flushes, and forces the file to the device.
+    void flush();                          ///< Hands what is buffered to the system.
+    void force();                          ///< Flushes, and forces the file to the device.
     void resumeAt(std::int64_t position);  ///< Forgets a failure and what was appended behind a position.
-    void endHere();                       ///< Flushes, and ends the file at the position.
-    bool close();                         ///< false when what was written did not reach the system; once
+    void endHere();                        ///< Flushes, and ends the file at the position.
+    bool close();                          ///< false when what was written did not reach the system; once
 
     static constexpr std::size_t SmallBytes = 256;
 
@@ -87,15 +86,17 @@ private:
 /// A file being read.
 class InputFile final : public Format::ByteSource {
 public:
-    explicit InputFile(const std::string& path);
+    explicit InputFile(const std::filesystem::path& path);
 
-    [[nodiscard]] bool good() const { return m_open; }
-    std::size_t readAt(std::int64_t offset, char* out, std::size_t size) override;
-    [[nodiscard]] std::int64_t size() override;
+    [[nodiscard]] bool good() const { return m_file.isOpen(); }
+    std::size_t readAt(std::int64_t offset, char* out, std::size_t size) override
+    {
+        return m_file.readAt(offset, out, size);
+    }
+    [[nodiscard]] std::int64_t size() override { return m_file.size(); }
 
 private:
-    std::ifstream m_stream;
-    bool m_open;
+    System::NativeFile m_file;
 };
 
 }  // namespace Recording2

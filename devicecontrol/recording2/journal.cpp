@@ -33,10 +33,10 @@ std::int64_t reserveFor(std::uint64_t entries)
 
 }  // namespace
 
-std::unique_ptr<Journal> Journal::create(const std::string& recording, JournalMode mode, System::Error& error)
+std::unique_ptr<Journal> Journal::create(const std::filesystem::path& path, JournalMode mode, System::Error& error)
 {
     std::unique_ptr<Journal> journal(new Journal);
-    journal->m_path = pathFor(recording);
+    journal->m_path = path;
     error = journal->m_file.open(journal->m_path, System::Access::Create);
     if (error != 0) {
         return nullptr;
@@ -99,8 +99,7 @@ System::Error Journal::handOver()
 void Journal::setTypes(std::int64_t begin, std::string_view block)
 {
     const auto from = static_cast<std::uint64_t>(begin);
-    putTypes(page(), m_salt,
-             {from, from + block.size(), Check(m_salt).addSample(block.data(), block.size()).value()});
+    putTypes(page(), m_salt, {from, from + block.size(), Check(m_salt).addSample(block.data(), block.size()).value()});
 }
 
 void Journal::setHeader(std::string_view record)

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -27,8 +28,8 @@ public:
     /// "NAME.tmp.journal"
     [[nodiscard]] static std::string pathFor(const std::string& recording) { return recording + ".journal"; }
 
-    /// Makes the journal of a recording, replacing an old one. @return null and an error when it cannot be made
-    static std::unique_ptr<Journal> create(const std::string& recording, JournalMode mode, System::Error& error);
+    /// Makes a journal, replacing an old one. @return null and an error when it cannot be made
+    static std::unique_ptr<Journal> create(const std::filesystem::path& path, JournalMode mode, System::Error& error);
     Journal(const Journal&) = delete;
     Journal& operator=(const Journal&) = delete;
     ~Journal() = default;  ///< leaves the file where it is
@@ -55,9 +56,9 @@ public:
         if (m_latest + 1 < LatestEntries) {
             store32(slot + EntryBytes + EntryCheckOffset, 0);  // what stood there before is no entry any more
         }
-        Entry entry{timeMs, position, channelRange, 0};
+        const Entry entry{timeMs, position, channelRange, 0};
         putEntryBody(slot, entry);
-        store32(slot + EntryCheckOffset, entryCheck(m_salt, number, entry, code, data));
+        store32(slot + EntryCheckOffset, EntryCheck(m_salt, number, entry).with(code, data));
         ++m_latest;
     }
     /// The stop time of the header once the next record is accepted.
@@ -82,7 +83,7 @@ private:
         return page() + Format::Journal::LatestOffset + slot * Format::Journal::EntryBytes;
     }
 
-    std::string m_path;
+    std::filesystem::path m_path;
     System::NativeFile m_file;
     System::Mapping m_mapping;
     std::uint64_t m_salt = 0;

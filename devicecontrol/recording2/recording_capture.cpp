@@ -197,11 +197,10 @@ bool CRecording::StopIfWritingFailed()
     if (m_file == nullptr) {
         return true;
     }
-    const QString reason = m_file->WriteFailure();
-    if (reason.isEmpty() || !m_file->IsValidFile()) {  // one that could not be made is recorded into nothing
+    if (!m_file->WriteFailed() || !m_file->IsValidFile()) {  // one that could not be made is recorded into nothing
         return false;
     }
-    StopAfterFailure(reason);
+    StopAfterFailure(m_file->WriteFailure());
     return true;
 }
 

@@ -32,18 +32,34 @@ void addMerge(CLI::App& app, Action& action)
         {"merge first.rec second.rec -o whole.rec", "merge receiver.rec df.rec -o station.rec --separate"});
 }
 
-void addRepair(CLI::App& app, Action& action)
+void addPeriod(CLI::App& app, std::uint64_t& periodMs)
 {
     constexpr std::uint64_t LongestPeriodMs = 86'400'000;
+    app.add_option("--period", periodMs,
+                   "Milliseconds from record to record where no later time is known (default: evenly to the end of "
+                   "the recording)")
+        ->type_name("MS")
+        ->check(CLI::Range(std::uint64_t{1}, LongestPeriodMs));
+}
+
+void addRecover(CLI::App& app, Action& action)
+{
+    Verb<RecoverOptions> verb(app, "recover", "Close a recording that a crash, a power cut or a full disk left open",
+                              recover, action);
+    verb.addOutput("FILE", "The new recording (default: NAME.rec beside NAME.tmp, or NAME_recovered.rec)");
+    addPeriod(verb.app(), verb.options().periodMs);
+    verb.addJson("Print a summary as JSON");
+    verb.addExamples({"recover receiver.tmp", "recover receiver.tmp -o saved.rec --period 20 --json"},
+                     "Reads NAME.tmp.journal too. Neither file is changed.\n"
+                     "Exit code 0: every record is there; 3: something was lost; 2: nothing could be saved.");
+}
+
+void addRepair(CLI::App& app, Action& action)
+{
     Verb<RepairOptions> verb(app, "repair", "Store what is whole of a damaged recording as a recording", repair,
                              action);
     addNewRecording(verb);
-    verb.app()
-        .add_option("--period", verb.options().periodMs,
-                    "Milliseconds from record to record where no later time is known (default: evenly to the end of "
-                    "the recording)")
-        ->type_name("MS")
-        ->check(CLI::Range(std::uint64_t{1}, LongestPeriodMs));
+    addPeriod(verb.app(), verb.options().periodMs);
     verb.addExamples({"repair damaged.rec -o repaired.rec", "repair cut.rec -o repaired.rec --period 20 --json"},
                      "Exit code 0: nothing was lost; 3: something was lost; 2: nothing could be saved.");
 }
@@ -55,6 +71,7 @@ void addMakingVerbs(CLI::App& app, Action& action)
     addCut(app, action);
     addMerge(app, action);
     addRepair(app, action);
+    addRecover(app, action);
 }
 
 }  // namespace RecTool::CommandLine

@@ -65,8 +65,8 @@ void putIdentity(char* page, const Identity& identity)
 {
     char* out = std::copy(Magic.begin(), Magic.end(), page);
     out = putInt32(putInt32(out, Version), identity.mode);
-    out = OutInt64(out, identity.salt);
-    OutInt64(out, Check(identity.salt).add(page, IdentityBytes).value());
+    out = putInt64(out, identity.salt);
+    putInt64(out, Check(identity.salt).add(page, IdentityBytes).value());
 }
 
 std::optional<Identity> getIdentity(const char* page)
@@ -92,9 +92,9 @@ std::optional<std::uint64_t> getStopTime(const char* page, std::uint64_t salt, s
 void putTypes(char* page, std::uint64_t salt, const Types& types)
 {
     char* const out = page + TypesOffset;
-    char* const end = OutInt64(OutInt64(OutInt64(out, types.begin), types.end), types.check);
+    char* const end = putInt64(putInt64(putInt64(out, types.begin), types.end), types.check);
     inOrder();
-    OutInt64(end, Check(salt).add(out, 3 * WordBytes).value());
+    putInt64(end, Check(salt).add(out, 3 * WordBytes).value());
 }
 
 std::optional<Types> getTypes(const char* page, std::uint64_t salt)
@@ -110,12 +110,12 @@ void putHeader(char* page, std::uint64_t salt, std::uint64_t writing, std::strin
 {
     char* const slot = headerSlot(page, writing);
     record = record.substr(0, HeaderSlotBytes - HeaderSlotHeadBytes);
-    OutInt64(slot, 0);
+    putInt64(slot, 0);
     inOrder();
-    char* const out = OutInt64(OutInt64(slot + WordBytes, writing), record.size());
+    char* const out = putInt64(putInt64(slot + WordBytes, writing), record.size());
     std::copy(record.begin(), record.end(), out);
     inOrder();
-    OutInt64(slot, headerCheck(salt, writing, record));
+    putInt64(slot, headerCheck(salt, writing, record));
 }
 
 std::optional<std::string> getHeader(const char* page, std::uint64_t salt)

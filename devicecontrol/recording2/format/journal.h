@@ -3,13 +3,13 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
-
-#include "encode.h"
 
 namespace Recording2::Format::Journal {
 
@@ -35,44 +35,63 @@ constexpr std::size_t HeadersOffset = 1024;  // two, written in turn: check, num
 constexpr std::size_t HeaderSlotBytes = 1024;
 constexpr std::size_t HeaderSlotHeadBytes = 24;
 
+/// Numbers stand with their least significant byte first: as they are in the memory of nearly every machine.
+template <typename Unsigned>
+Unsigned littleEndian(Unsigned value)
+{
+    if constexpr (std::endian::native == std::endian::little) {
+        return value;
+    } else {
+        Unsigned swapped = 0;
+        for (std::size_t i = 0; i < sizeof value; ++i) {
+            swapped = static_cast<Unsigned>(swapped << 8U | (value >> (8 * i) & 0xffU));
+        }
+        return swapped;
+    }
+}
+template <typename Unsigned>
+Unsigned getInt(const char* from)
+{
+    Unsigned value = 0;
+    std::memcpy(&value, from, sizeof value);
+    return littleEndian(value);
+}
+template <typename Unsigned>
+char* putInt(char* out, Unsigned value)
+{
+    value = littleEndian(value);
+    std::memcpy(out, &value, sizeof value);
+    return out + sizeof value;
+}
 inline std::uint64_t getInt64(const char* from)
 {
-    std::uint64_t value = 0;
-    for (std::size_t i = 0; i < sizeof value; ++i) {
-        value |= std::uint64_t{static_cast<unsigned char>(from[i])} << (8 * i);
-    }
-    return value;
+    return getInt<std::uint64_t>(from);
 }
-
-inline char* putInt32(char* out, std::uint32_t value)
-{
-    for (int shift = 0; shift < 32; shift += 8) {
-        *out++ = static_cast<char>(value >> shift & 0xffU);
-    }
-    return out;
-}
-
 inline std::uint32_t getInt32(const char* from)
 {
-    std::uint32_t value = 0;
-    for (std::size_t i = 0; i < sizeof value; ++i) {
-        value |= std::uint32_t{static_cast<unsigned char>(from[i])} << (8 * i);
-    }
-    return value;
+    return getInt<std::uint32_t>(from);
 }
-
+inline char* putInt64(char* out, std::uint64_t value)
+{
+    return putInt(out, value);
+}
+inline char* putInt32(char* out, std::uint32_t value)
+{
+    return putInt(out, value);
+}
 /// One store that no earlier one is put behind and of which no part can be missing. @param to a multiple of the size
+template <typename Unsigned>
+void store(char* to, Unsigned value)
+{
+    std::atomic_ref<Unsigned>(*reinterpret_cast<Unsigned*>(to)).store(littleEndian(value), std::memory_order_release);
+}
 inline void store64(char* to, std::uint64_t value)
 {
-    std::uint64_t bytes = 0;
-    OutInt64(reinterpret_cast<char*>(&bytes), value);
-    std::atomic_ref<std::uint64_t>(*reinterpret_cast<std::uint64_t*>(to)).store(bytes, std::memory_order_release);
+    store(to, value);
 }
 inline void store32(char* to, std::uint32_t value)
 {
-    std::uint32_t bytes = 0;
-    putInt32(reinterpret_cast<char*>(&bytes), value);
-    std::atomic_ref<std::uint32_t>(*reinterpret_cast<std::uint32_t*>(to)).store(bytes, std::memory_order_release);
+    store(to, value);
 }
 
 /// Tells damaged or foreign bytes from those that were written: not against intent. The salt is another one in every
@@ -89,10 +108,14 @@ public:
     }
     Check& add(const char* bytes, std::size_t size)
     {
-        for (; size >= WordBytes; bytes += WordBytes, size -= WordBytes) {
+        if (size < WordBytes) {
+            return add(few(bytes, size));
+        }
+        const char* const last = bytes + size - WordBytes;
+        for (; bytes < last; bytes += WordBytes) {
             add(getInt64(bytes));
         }
-        return addRest(bytes, size);
+        return add(getInt64(last));
     }
     /// The length, all of short bytes, and of longer ones 8 of every 512 and the last: devices lose sectors of at
     /// least 512 bytes.
@@ -110,25 +133,20 @@ public:
         return add(getInt64(bytes + size - WordBytes));
     }
     [[nodiscard]] std::uint64_t value() const { return m_state; }
-    /// Never 0.
-    [[nodiscard]] std::uint32_t value32() const
-    {
-        return static_cast<std::uint32_t>(m_state ^ m_state >> 29U) | 1U;
-    }
+    [[nodiscard]] std::uint32_t value16() const { return m_state >> 13U & 0xffffU; }
 
 private:
     static constexpr std::size_t WordBytes = sizeof(std::uint64_t);
 
-    Check& addRest(const char* bytes, std::size_t size)
+    // Every byte of fewer than a word has its part; some have two.
+    static std::uint64_t few(const char* bytes, std::size_t size)
     {
-        if (size == 0) {
-            return *this;
+        constexpr std::size_t HalfWord = sizeof(std::uint32_t);
+        const auto byte = [&](std::size_t i) { return std::uint64_t{static_cast<unsigned char>(bytes[i])}; };
+        if (size >= HalfWord) {
+            return std::uint64_t{getInt32(bytes)} << 32U | getInt32(bytes + size - HalfWord);
         }
-        std::uint64_t last = 0;
-        for (std::size_t i = 0; i < size; ++i) {
-            last |= std::uint64_t{static_cast<unsigned char>(bytes[i])} << (8 * i);
-        }
-        return add(last);
+        return size == 0 ? 0 : byte(0) | byte(size / 2) << 8U | byte(size - 1) << 16U;
     }
 
     std::uint64_t m_state;
@@ -142,24 +160,38 @@ struct Entry {
     std::uint32_t check = 0;  ///< 0: no entry stands here
 };
 
-/// Of the entry with that number and of the record it names.
-inline std::uint32_t entryCheck(std::uint64_t salt, std::uint64_t number, const Entry& entry, std::int32_t code,
-                                std::string_view data)
+/// Of the entry with that number, in the upper half, and of it and the record it names, in the lower. Never 0.
+struct EntryCheck {
+    EntryCheck(std::uint64_t salt, std::uint64_t number, const Entry& entry)
+        : m_check(Check(salt + number)
+                      .add(entry.timeMs)
+                      .add(std::uint64_t{static_cast<std::uint32_t>(entry.position)} << 1U |
+                           (entry.channelRange ? 1U : 0U)))
+    {
+    }
+    [[nodiscard]] std::uint32_t ofEntry() const { return m_check.value16() << 16U; }
+    [[nodiscard]] std::uint32_t with(std::int32_t code, std::string_view data) const
+    {
+        Check all = m_check;
+        all.add(static_cast<std::uint32_t>(code)).addSample(data.data(), data.size());
+        return ofEntry() | all.value16() | 1U;
+    }
+
+private:
+    Check m_check;
+};
+/// Whether the entry is as it was written, whatever became of the record.
+[[nodiscard]] inline bool isSound(std::uint64_t salt, std::uint64_t number, const Entry& entry)
 {
-    const std::uint64_t place =
-        std::uint64_t{static_cast<std::uint32_t>(entry.position)} << 1U | (entry.channelRange ? 1U : 0U);
-    return Check(salt + number)
-        .add(entry.timeMs)
-        .add(place << 32U ^ static_cast<std::uint32_t>(code))
-        .addSample(data.data(), data.size())
-        .value32();
+    constexpr std::uint32_t UpperHalf = 0xffff0000U;
+    return entry.check != 0 && (entry.check & UpperHalf) == EntryCheck(salt, number, entry).ofEntry();
 }
 
 /// Writes what stands in front of the check, which has to come last.
 inline void putEntryBody(char* out, const Entry& entry)
 {
     constexpr std::uint32_t ChannelRangeBit = 0x80000000U;
-    putInt32(OutInt64(out, entry.timeMs),
+    putInt32(putInt64(out, entry.timeMs),
              static_cast<std::uint32_t>(entry.position) | (entry.channelRange ? ChannelRangeBit : 0U));
 }
 constexpr std::size_t EntryCheckOffset = 12;
@@ -185,7 +217,7 @@ void putIdentity(char* page, const Identity& identity);
 inline void putStopTime(char* page, std::uint64_t salt, std::uint64_t number, std::uint64_t milliseconds)
 {
     char* const slot = page + StopTimeOffset + number % 2 * StopTimeBytes;
-    OutInt64(OutInt64(slot, milliseconds), Check(salt + number).add(milliseconds).value());
+    putInt64(putInt64(slot, milliseconds), Check(salt + number).add(milliseconds).value());
 }
 /// The stop time of the recording once the record with that number was accepted.
 [[nodiscard]] std::optional<std::uint64_t> getStopTime(const char* page, std::uint64_t salt, std::uint64_t number);

@@ -766,7 +766,42 @@ private:
     std::vector<std::uint64_t> m_recordTimes;
 };
 
+void salvageBlocks(FileSource& source, bool positionsKnown, std::int32_t shift, Salvage& result,
+                   const std::function<void(std::int64_t, std::int64_t)>& progress)
+{
+    BlockSearch blocks(source, shift, result);
+    blocks.run();
+    TimesSalvage times(source, result.header, blocks.shift());
+    times.read();
+    if (result.header.firstRecordPosition >= Format::HeaderAreaBytes) {
+        RecordsSalvage(source, times, result).walk(progress);
+    }
+    NotesSalvage(source, positionsKnown, times.end(), result).read();
+}
+
 }  // namespace
+
+Salvage salvageUnclosed(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress)
+{
+    Salvage result = salvage(path, progress);
+    if (result.readability != Readability::NeverClosed) {
+        return result;
+    }
+    for (const std::int32_t firstRecord : {0, Format::HeaderAreaBytes}) {  // behind the types, or without any
+        result = Salvage();
+        result.lostHeaderFields.emplace_back("all");
+        result.header.firstRecordPosition = firstRecord;
+        FileSource source(path);
+        if (source.good()) {
+            salvageBlocks(source, false, 0, result, progress);
+        }
+        if (!result.records.empty()) {
+            break;
+        }
+    }
+    result.channelRangesLost = result.channelRangesLost && !result.records.empty();
+    return result;
+}
 
 Salvage salvage(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress)
 {
@@ -787,14 +822,7 @@ Salvage salvage(const std::string& path, const std::function<void(std::int64_t, 
     }
     HeaderSalvage header(source, result);
     header.read();
-    BlockSearch blocks(source, header.shift(), result);
-    blocks.run();
-    TimesSalvage times(source, result.header, blocks.shift());
-    times.read();
-    if (result.header.firstRecordPosition >= Format::HeaderAreaBytes) {
-        RecordsSalvage(source, times, result).walk(progress);
-    }
-    NotesSalvage(source, header.positionsKnown(), times.end(), result).read();
+    salvageBlocks(source, header.positionsKnown(), header.shift(), result, progress);
     return result;
 }
 

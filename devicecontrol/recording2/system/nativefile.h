@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 
 namespace Recording2::System {
@@ -25,8 +26,7 @@ public:
     NativeFile& operator=(const NativeFile&) = delete;
     ~NativeFile();  ///< closes
 
-    /// @param path 8-bit, in the encoding of file names
-    Error open(const std::string& path, Access access);
+    Error open(const std::filesystem::path& path, Access access);
     [[nodiscard]] bool isOpen() const { return m_handle != NoHandle; }
     Error close();  ///< The file is closed in any case.
 
@@ -69,7 +69,9 @@ private:
 };
 
 /// Forces the names in a directory to the device.
-Error syncDirectory(const std::string& directory);
-Error removeFile(const std::string& path);
+Error syncDirectory(const std::filesystem::path& directory);
+Error removeFile(const std::filesystem::path& path);
+/// Renames a file unless the new name is taken, which is an error then.
+Error renameToNew(const std::filesystem::path& from, const std::filesystem::path& to);
 
 }  // namespace Recording2::System

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <system_error>
 
 namespace Recording2::System {
@@ -47,7 +48,7 @@ NativeFile::~NativeFile()
     close();
 }
 
-Error NativeFile::open(const std::string& path, Access access)
+Error NativeFile::open(const std::filesystem::path& path, Access access)
 {
     constexpr mode_t ReadAndWriteAsAllowed = 0666;
     const int how = access == Access::Read ? O_RDONLY : access == Access::Update ? O_RDWR : O_RDWR | O_CREAT | O_TRUNC;
@@ -144,8 +145,7 @@ Mapping::~Mapping()
 
 Error Mapping::map(const NativeFile& file, std::size_t bytes)
 {
-    void* const data =
-        ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor(file.m_handle), 0);
+    void* const data = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor(file.m_handle), 0);
     if (data == MAP_FAILED) {
         return errno;
     }
@@ -159,7 +159,7 @@ Error Mapping::sync()
     return errorOf(::msync(m_data, m_bytes, MS_SYNC));
 }
 
-Error syncDirectory(const std::string& directory)
+Error syncDirectory(const std::filesystem::path& directory)
 {
     const int opened = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (opened == -1) {
@@ -170,9 +170,27 @@ Error syncDirectory(const std::string& directory)
     return error;
 }
 
-Error removeFile(const std::string& path)
+Error removeFile(const std::filesystem::path& path)
 {
     return errorOf(::unlink(path.c_str()));
+}
+
+Error renameToNew(const std::filesystem::path& from, const std::filesystem::path& to)
+{
+#if defined(__linux__)
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+        return 0;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return errno;
+    }
+#endif
+    // A system that cannot rename so: the look before the rename is all there is.
+    struct stat status {};
+    if (::lstat(to.c_str(), &status) == 0) {
+        return EEXIST;
+    }
+    return errorOf(::rename(from.c_str(), to.c_str()));
 }
 
 }  // namespace Recording2::System

@@ -7,12 +7,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <repairedtimes.h>
+#include <recording2/inspection/repairedtimes.h>
 
 namespace {
 
-using RecTool::RepairedTimes;
-using RecTool::repairTimes;
+using Recording2::Inspection::RepairedTimes;
+using Recording2::Inspection::repairTimes;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

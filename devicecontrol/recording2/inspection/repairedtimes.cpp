@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace RecTool {
+namespace Recording2::Inspection {
 
 namespace {
 
@@ -99,4 +99,26 @@ RepairedTimes repairTimes(const Known& known, std::uint64_t lengthMs, std::uint6
     return TimeRepair(known, lengthMs, periodMs).run();
 }
 
-}  // namespace RecTool
+std::vector<std::string> describe(const RepairedTimes& times, std::string (*number)(std::uint64_t))
+{
+    const auto counted = [&](std::uint64_t count) { return number(count) + (count == 1 ? " time" : " times"); };
+    std::vector<std::string> lines;
+    if (times.between > 0) {
+        lines.push_back(counted(times.between) + ", evenly between the known times around them");
+    }
+    if (times.inFront > 0) {
+        lines.push_back(counted(times.inFront) + ", evenly from the start to the first known time");
+    }
+    if (times.behind > 0) {
+        const std::string rule =
+            times.stepMs ? ", every " + std::to_string(*times.stepMs) + " ms" : std::string(", evenly to the end");
+        const bool none = times.kept == 0;
+        lines.push_back(counted(times.behind) + rule + (none ? " (none was known)" : " behind the last known time"));
+    }
+    if (times.moved > 0) {
+        lines.push_back(counted(times.moved) + " moved to the next free millisecond");
+    }
+    return lines;
+}
+
+}  // namespace Recording2::Inspection

@@ -3,9 +3,10 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
-namespace RecTool {
+namespace Recording2::Inspection {
 
 struct RepairedTimes {
     std::vector<std::uint64_t> times;     ///< of all records, ascending
@@ -24,4 +25,8 @@ struct RepairedTimes {
 RepairedTimes repairTimes(const std::vector<std::optional<std::uint64_t>>& known, std::uint64_t lengthMs,
                           std::uint64_t periodMs);
 
-}  // namespace RecTool
+/// By which rules times were made up: a clause each, empty when all are known.
+/// @param number how to write one
+std::vector<std::string> describe(const RepairedTimes& times, std::string (*number)(std::uint64_t));
+
+}  // namespace Recording2::Inspection

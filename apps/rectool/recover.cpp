@@ -1,0 +1,109 @@
+#include <iostream>
+#include <string>
+
+#include <recording2/inspection/recovery.h>
+
+#include "commands.h"
+#include "json.h"
+#include "output.h"
+#include "progress.h"
+#include "system/interrupt.h"
+#include "text.h"
+
+namespace RecTool {
+
+namespace Inspection = Recording2::Inspection;
+using Inspection::Recovery;
+using Inspection::RecoveryOutcome;
+
+namespace {
+
+std::string counted(std::uint64_t number, const std::string& what)
+{
+    return grouped(number) + ' ' + what + (number == 1 ? "" : "s");
+}
+
+void printSummary(const RecoverOptions& options, const std::string& output, const Recovery& recovery)
+{
+    std::cout << output << ": " << counted(recovery.records, "record") << ", "
+              << grouped(static_cast<std::uint64_t>(recovery.bytes)) << " bytes, from " << utc(recovery.header.startMs)
+              << " to " << utc(recovery.header.stopMs) << '\n';
+    if (recovery.journal.empty()) {
+        std::cout << "There was no journal that could be used: the records of " << options.file << " were walked.\n";
+    } else {
+        std::cout << "By " << recovery.journal << ": " << counted(recovery.times.kept, "record")
+                  << " with their exact time.\n";
+    }
+    for (const std::string& line : Inspection::describe(recovery.times, grouped)) {
+        std::cout << "Rebuilt: " << line << ".\n";
+    }
+    for (const std::string& line : recovery.lost) {
+        std::cout << "Lost: " << line << ".\n";
+    }
+    for (const std::string& line : recovery.notes) {
+        std::cout << "Note: " << line << ".\n";
+    }
+    if (recovery.outcome == RecoveryOutcome::Whole) {
+        std::cout << "Nothing was lost.\n";
+    }
+    std::cout << options.file << " was left as it is.\n";
+}
+
+void printJson(const RecoverOptions& options, const std::string& output, const Recovery& recovery)
+{
+    const Inspection::RepairedTimes& times = recovery.times;
+    const bool hasJournal = !recovery.journal.empty();
+    const Json json = {{"file", options.file},
+                       {"output", output},
+                       {"whole", recovery.outcome == RecoveryOutcome::Whole},
+                       {"journal", hasJournal ? Json(recovery.journal) : Json()},
+                       {"journalComplete", recovery.journalComplete},
+                       {"records", recovery.records},
+                       {"bytes", recovery.bytes},
+                       {"startMs", recovery.header.startMs},
+                       {"stopMs", recovery.header.stopMs},
+                       {"times",
+                        {{"kept", times.kept},
+                         {"between", times.between},
+                         {"inFront", times.inFront},
+                         {"behind", times.behind},
+                         {"stepMs", times.stepMs ? Json(*times.stepMs) : Json()},
+                         {"moved", times.moved}}},
+                       {"lostRecords", recovery.lostRecords},
+                       {"lost", recovery.lost},
+                       {"notes", recovery.notes}};
+    std::cout << dump(json, 2) << '\n';
+}
+
+}  // namespace
+
+ExitCode recover(const RecoverOptions& options)
+{
+    const Interrupt interrupt;
+    const std::string output = options.output.empty() ? Inspection::recoveredName(options.file) : options.output;
+    Recovery recovery;
+    {
+        Progress progress(options.file);
+        recovery =
+            Inspection::recover(options.file, {output, options.periodMs, progress.callback(), Interrupt::requested});
+    }
+    switch (recovery.outcome) {
+        case RecoveryOutcome::Whole:
+        case RecoveryOutcome::SomethingLost:
+            break;
+        case RecoveryOutcome::NothingToDo:
+            std::cout << options.file << ": " << recovery.problem << " There is nothing to recover; `rectool verify` "
+                      << "tells whether it is sound.\n";
+            return finish(ExitCode::Fine);
+        case RecoveryOutcome::NotWritten:
+            complain(output, "The file could not be written: " + recovery.problem);
+            return ExitCode::CannotRead;
+        default:
+            complain(options.file, recovery.problem + " Nothing was written.");
+            return ExitCode::CannotRead;
+    }
+    (options.json ? printJson : printSummary)(options, output, recovery);
+    return finish(recovery.outcome == RecoveryOutcome::Whole ? ExitCode::Fine : ExitCode::Damaged);
+}
+
+}  // namespace RecTool

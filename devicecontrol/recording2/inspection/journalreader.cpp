@@ -1,0 +1,201 @@
+#include "journalreader.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+#include "fieldreader.h"
+
+namespace Recording2::Inspection {
+
+namespace {
+
+using namespace Format::Journal;
+
+/// Bytes in memory.
+class TextSource final : public Format::ByteSource {
+public:
+    explicit TextSource(const std::string& text) : m_text(text) {}
+    std::size_t readAt(std::int64_t offset, char* out, std::size_t size) override
+    {
+        const auto from = static_cast<std::size_t>(std::clamp<std::int64_t>(offset, 0, this->size()));
+        return m_text.copy(out, size, from);
+    }
+    [[nodiscard]] std::int64_t size() override { return static_cast<std::int64_t>(m_text.size()); }
+
+private:
+    const std::string& m_text;
+};
+
+std::optional<Format::HeaderRecord> parseHeader(const std::string& text)
+{
+    TextSource source(text);
+    Format::Cursor cursor(source, text.size() + 1);
+    Format::HeaderRecord record;
+    const bool sound = text.size() <= std::size_t{Format::HeaderAreaBytes} &&
+                       Format::readHeader(cursor, record) == Format::HeaderStatus::Ok;
+    return sound ? std::optional<Format::HeaderRecord>(record) : std::nullopt;
+}
+
+class JournalReader {
+public:
+    explicit JournalReader(FileSource& file) : m_file(file), m_mapped(EntriesOffset, '\0')
+    {
+        m_cut = m_file.readAt(0, m_mapped.data(), m_mapped.size()) < m_mapped.size();
+    }
+
+    std::optional<JournalContent> read()
+    {
+        const auto identity = getIdentity(m_mapped.data());
+        if (!identity) {
+            return std::nullopt;
+        }
+        m_content.salt = identity->salt;
+        m_content.types = getTypes(m_mapped.data(), identity->salt);
+        if (const auto header = getHeader(m_mapped.data(), identity->salt)) {
+            m_content.header = parseHeader(*header);
+        }
+        readTail();
+        readEntries();
+        return std::move(m_content);
+    }
+
+private:
+    [[nodiscard]] std::optional<std::uint64_t> sealed(std::size_t offset) const
+    {
+        return unseal(m_content.salt, offset, getInt64(m_mapped.data() + offset));
+    }
+
+    void readTail()
+    {
+        const auto start = sealed(TailStartOffset);
+        if (start && *start <= std::uint64_t{Format::LastPosition}) {
+            m_content.tailStart = static_cast<std::int64_t>(*start);
+            m_content.tail = m_mapped.substr(TailOffset, TailBytes);
+        }
+    }
+
+    void readEntries()
+    {
+        const std::optional<std::uint64_t> handed = sealed(HandedOffset);
+        readHandedOver(handed);
+        const bool closedEnd = readLatest(m_content.entries.size());
+        std::vector<Entry>& all = m_content.entries;
+        while (!all.empty() && all.back().check == 0) {
+            all.pop_back();
+            m_damaged = true;
+        }
+        m_content.complete = handed.has_value() && closedEnd && !m_damaged && !m_cut;
+        if (!all.empty()) {
+            m_content.stopMs = getStopTime(m_mapped.data(), m_content.salt, all.size() - 1);
+        }
+    }
+
+    /// Those behind the mapping. Without their number they end at the first that is none.
+    void readHandedOver(std::optional<std::uint64_t> count)
+    {
+        constexpr std::size_t AtOnce = 4096;
+        const auto behind = std::max<std::int64_t>(0, m_file.size() - static_cast<std::int64_t>(EntriesOffset));
+        const std::uint64_t there = static_cast<std::uint64_t>(behind) / EntryBytes;
+        m_cut = m_cut || (count && *count >= there);  // there is always room for more
+        const std::uint64_t end = std::min(count.value_or(there), there);
+        std::string piece;
+        for (std::uint64_t number = 0; number < end; ++number) {
+            const std::size_t within = number % AtOnce;
+            if (within == 0) {
+                piece.assign(AtOnce * EntryBytes, '\0');
+                m_file.readAt(static_cast<std::int64_t>(EntriesOffset + number * EntryBytes), piece.data(),
+                              piece.size());
+            }
+            const bool sound = take(piece.data() + within * EntryBytes);
+            if (!sound && !count) {
+                m_content.entries.pop_back();
+                break;
+            }
+        }
+    }
+
+    /// Those in the mapping, of which the first has a number. @return whether behind the last there is nothing, as the
+    /// recorder leaves it
+    bool readLatest(std::uint64_t first)
+    {
+        const auto slot = [&](std::size_t i) { return m_mapped.data() + LatestOffset + i * EntryBytes; };
+        std::size_t count = LatestEntries;
+        while (count > 0 && !isSound(m_content.salt, first + count - 1, getEntry(slot(count - 1)))) {
+            --count;
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            take(slot(i));
+        }
+        return count == LatestEntries || getEntry(slot(count)).check == 0;
+    }
+
+    bool take(const char* bytes)
+    {
+        Entry entry = getEntry(bytes);
+        const bool ascends = entry.position > m_lastPosition && (m_none || entry.timeMs > m_lastTime);
+        const bool sound = isSound(m_content.salt, m_content.entries.size(), entry) && ascends;
+        if (sound) {
+            m_none = false;
+            m_lastPosition = entry.position;
+            m_lastTime = entry.timeMs;
+        } else {
+            entry = Entry();
+            m_damaged = true;
+        }
+        m_content.entries.push_back(entry);
+        return sound;
+    }
+
+    FileSource& m_file;
+    std::string m_mapped;
+    JournalContent m_content;
+    std::int32_t m_lastPosition = Format::HeaderAreaBytes - 1;
+    std::uint64_t m_lastTime = 0;
+    bool m_none = true;
+    bool m_damaged = false;
+    bool m_cut = false;
+};
+
+}  // namespace
+
+std::optional<JournalContent> readJournal(const std::string& path)
+{
+    FileSource file(path);
+    if (!file.good()) {
+        return std::nullopt;
+    }
+    return JournalReader(file).read();
+}
+
+UnclosedBytes::UnclosedBytes(Format::ByteSource& file, const JournalContent& journal)
+    : m_file(file),
+      m_journal(journal),
+      m_tailStart(journal.tailStart.value_or(std::numeric_limits<std::int64_t>::max())),
+      m_size(journal.tailStart ? m_tailStart + static_cast<std::int64_t>(journal.tail.size()) : file.size())
+{
+}
+
+// What is missing between the end of the file and the tail reads as nothing: no field ends well there.
+std::size_t UnclosedBytes::readAt(std::int64_t offset, char* out, std::size_t size)
+{
+    std::size_t read = 0;
+    if (offset < m_tailStart) {
+        const std::int64_t room = m_tailStart - offset;
+        const std::size_t wanted = room < static_cast<std::int64_t>(size) ? static_cast<std::size_t>(room) : size;
+        read = m_file.readAt(offset, out, wanted);
+        if (read < wanted && m_journal.tailStart) {
+            std::fill(out + read, out + wanted, '\0');
+            read = wanted;
+        }
+    }
+    if (read < size && offset + static_cast<std::int64_t>(read) >= m_tailStart) {
+        const auto within = static_cast<std::size_t>(offset + static_cast<std::int64_t>(read) - m_tailStart);
+        if (within < m_journal.tail.size()) {
+            read += m_journal.tail.copy(out + read, size - read, within);
+        }
+    }
+    return read;
+}
+
+}  // namespace Recording2::Inspection
