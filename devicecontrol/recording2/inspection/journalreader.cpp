@@ -85,10 +85,12 @@ private:
             all.pop_back();
             m_damaged = true;
         }
-        m_content.complete = handed.has_value() && closedEnd && !m_damaged && !m_cut;
         if (!all.empty()) {
             m_content.stopMs = getStopTime(m_mapped.data(), m_content.salt, all.size() - 1);
         }
+        // The stop time has the number of the last record: without it there may have been more.
+        const bool isLast = all.empty() || m_content.stopMs;
+        m_content.complete = handed.has_value() && closedEnd && isLast && !m_damaged && !m_cut;
     }
 
     /// Those behind the mapping. Without their number they end at the first that is none.
@@ -121,8 +123,8 @@ private:
     {
         const auto slot = [&](std::size_t i) { return m_mapped.data() + LatestOffset + i * EntryBytes; };
         std::size_t count = LatestEntries;
-        while (count > 0 && !isSound(m_content.salt, first + count - 1, getEntry(slot(count - 1)))) {
-            --count;
+        while (count > 0 && !belongs(first + count - 1, getEntry(slot(count - 1)))) {
+            --count;  // nothing, or what was handed over before: that lies in front of the last record read
         }
         for (std::size_t i = 0; i < count; ++i) {
             take(slot(i));
@@ -130,11 +132,15 @@ private:
         return count == LatestEntries || getEntry(slot(count)).check == 0;
     }
 
+    [[nodiscard]] bool belongs(std::uint64_t number, const Entry& entry) const
+    {
+        const bool ascends = entry.position > m_lastPosition && (m_none || entry.timeMs > m_lastTime);
+        return ascends && isSound(m_content.salt, number, entry);
+    }
     bool take(const char* bytes)
     {
         Entry entry = getEntry(bytes);
-        const bool ascends = entry.position > m_lastPosition && (m_none || entry.timeMs > m_lastTime);
-        const bool sound = isSound(m_content.salt, m_content.entries.size(), entry) && ascends;
+        const bool sound = belongs(m_content.entries.size(), entry);
         if (sound) {
             m_none = false;
             m_lastPosition = entry.position;

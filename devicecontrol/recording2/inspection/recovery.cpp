@@ -245,39 +245,49 @@ private:
         m_found.stopKnown = m_journal.complete && m_journal.header && (m_journal.stopMs || m_journal.entries.empty());
     }
 
+    /// The block of types, and with it where the records begin: a walk from another place would take types for records.
     void readTypes()
     {
         const auto& said = m_journal.types;
-        m_at = Format::HeaderAreaBytes;
-        if (said && said->begin == static_cast<std::uint64_t>(m_at) && said->end > said->begin &&
-            said->end <= static_cast<std::uint64_t>(m_bytes.size())) {
-            m_found.types.resize(static_cast<std::size_t>(said->end - said->begin));
-            m_bytes.readAt(m_at, m_found.types.data(), m_found.types.size());
-            const auto check =
-                Format::Journal::Check(m_journal.salt).addSample(m_found.types.data(), m_found.types.size()).value();
-            if (check == said->check) {
-                m_at = static_cast<std::int64_t>(said->end);
-                return;
-            }
-            m_found.types.clear();
+        const std::int64_t firstKnown = firstKnownRecord();
+        m_at = said ? static_cast<std::int64_t>(said->end) : firstKnown;
+        if (!said && m_journal.complete && firstKnown == Format::HeaderAreaBytes) {
+            return;  // a recording without types
         }
-        if (said || !m_journal.complete) {
-            walkTypes();
+        const std::int64_t end = walkTypes();
+        const bool sound = end != 0 && (said ? hasCheck(*said) : true);
+        if (!sound) {
+            m_found.types.clear();
+            m_task.report.lost.emplace_back("the names of the types");
+        } else if (!said) {
+            m_at = end;
         }
     }
-    void walkTypes()
+    [[nodiscard]] std::int64_t firstKnownRecord()
+    {
+        const auto& all = m_journal.entries;
+        const auto first = std::find_if(all.begin(), all.end(), [](const auto& entry) { return entry.check != 0; });
+        return first == all.end() ? m_bytes.size() : first->position;
+    }
+    [[nodiscard]] bool hasCheck(const Format::Journal::Types& said) const
+    {
+        return said.begin == std::uint64_t{Format::HeaderAreaBytes} && said.end - said.begin == m_found.types.size() &&
+               Format::Journal::Check(m_journal.salt).addSample(m_found.types.data(), m_found.types.size()).value() ==
+                   said.check;
+    }
+    /// @return where the types end, 0 when they are not whole
+    std::int64_t walkTypes()
     {
         Summary types;
         types.fileSize = m_bytes.size();
         types.header.typeTablePosition = Format::HeaderAreaBytes;
         readTypeTable(m_bytes, types);
         if (types.ends.types == 0) {
-            m_task.report.lost.emplace_back("the names of the types");
-            return;
+            return 0;
         }
-        m_found.types.resize(static_cast<std::size_t>(types.ends.types - m_at));
-        m_bytes.readAt(m_at, m_found.types.data(), m_found.types.size());
-        m_at = types.ends.types;
+        m_found.types.resize(static_cast<std::size_t>(types.ends.types - Format::HeaderAreaBytes));
+        m_bytes.readAt(Format::HeaderAreaBytes, m_found.types.data(), m_found.types.size());
+        return types.ends.types;
     }
 
     void takeKnown(std::size_t number)

@@ -787,19 +787,16 @@ Salvage salvageUnclosed(const std::string& path, const std::function<void(std::i
     if (result.readability != Readability::NeverClosed) {
         return result;
     }
-    for (const std::int32_t firstRecord : {0, Format::HeaderAreaBytes}) {  // behind the types, or without any
-        result = Salvage();
-        result.lostHeaderFields.emplace_back("all");
-        result.header.firstRecordPosition = firstRecord;
-        FileSource source(path);
-        if (source.good()) {
-            salvageBlocks(source, false, 0, result, progress);
-        }
-        if (!result.records.empty()) {
-            break;
-        }
+    result = Salvage();
+    FileSource source(path);
+    if (source.good()) {
+        result.lostHeaderFields.emplace_back("all");  // so that every block is looked for
+        salvageBlocks(source, false, 0, result, progress);
+        result.channelRangesLost = result.channelRangesLost && !result.records.empty();
+    } else {
+        result.readability = Readability::Unreadable;
+        result.problem = "The file cannot be opened any more.";
     }
-    result.channelRangesLost = result.channelRangesLost && !result.records.empty();
     return result;
 }
 

@@ -52,7 +52,8 @@ struct Salvage {
 /// @param progress called now and then with the bytes of the records walked and in all; may be empty
 Salvage salvage(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress = {});
 
-/// The same for a recording whose header was never written too: its readability is then Ok.
+/// The same for a recording whose header was never written too: its readability is then Ok. The types must stand at 500
+/// and be whole, as every recorder stores them: nothing else tells where the records begin.
 Salvage salvageUnclosed(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress = {});
 
 /// Reads single records of a file, fastest in ascending order.

@@ -1,0 +1,223 @@
+// A recording and its journal that were cut off or damaged: what comes back was recorded.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <recording2/format/journal.h>
+#include <recording2/inspection/recovery.h>
+
+#include "life.h"
+#include "support/modelreader.h"
+
+namespace CrashTests {
+namespace {
+
+namespace Journal = Recording2::Format::Journal;
+using Recording2::Inspection::Recovery;
+using Recording2::Inspection::RecoveryOutcome;
+using TestSupport::ParsedRecording;
+
+constexpr std::uint64_t Changes = 40;
+
+void write(const QString& path, const std::string& bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    ASSERT_EQ(file.write(bytes.data(), static_cast<qint64>(bytes.size())), static_cast<qint64>(bytes.size()));
+}
+
+/// A small recording that is being written, of which a part is with the system and a part in the journal only.
+class Unfinished : public testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        recordWithoutClosing();
+        s_closed = closedAfter(Changes, Life::FewChannels);
+        s_records = TestSupport::parseRecording(s_closed).records;
+        handOverHalf();
+    }
+
+    static void recordWithoutClosing()
+    {
+        const QTemporaryDir directory(directoryTemplate());
+        Life life(directory.path(), QStringLiteral("process"), Life::FewChannels);
+        life.switchOn();
+        for (std::uint64_t number = 0; number < Changes; ++number) {
+            life.change(number);
+        }
+        s_file = TestSupport::readFile(fileIn(directory.path(), QStringLiteral(".tmp")));
+        s_journal = TestSupport::readFile(fileIn(directory.path(), QStringLiteral(".tmp.journal")));
+    }
+
+    /// As if the buffer had been handed over in the middle of the recording.
+    static void handOverHalf()
+    {
+        const std::uint64_t salt = Journal::getIdentity(s_journal.data())->salt;
+        const std::size_t start =
+            *Journal::unseal(salt, Journal::TailStartOffset, Journal::getInt64(&s_journal[Journal::TailStartOffset]));
+        const std::size_t half = static_cast<std::size_t>(s_records[s_records.size() / 2].position) - start;
+        s_file += s_journal.substr(Journal::TailOffset, half);
+        const std::string tail = s_journal.substr(Journal::TailOffset + half, Journal::TailBytes - half);
+        std::copy(tail.begin(), tail.end(), s_journal.begin() + Journal::TailOffset);
+        Journal::putInt64(&s_journal[Journal::TailStartOffset],
+                          Journal::seal(salt, Journal::TailStartOffset, start + half));
+        s_tailUsed = static_cast<std::size_t>(TestSupport::parseRecording(s_closed).header.timeTable) - start - half;
+    }
+
+    Recovery recover(const std::string& file, const std::string& journal)
+    {
+        const QString path = m_directory.filePath(QStringLiteral("a.tmp"));
+        write(path, file);
+        if (journal.empty()) {
+            QFile::remove(path + QStringLiteral(".journal"));
+        } else {
+            write(path + QStringLiteral(".journal"), journal);
+        }
+        const QString output = m_directory.filePath(QStringLiteral("a.rec"));
+        QFile::remove(output);
+        Recovery recovery = Recording2::Inspection::recover(path.toStdString(), {output.toStdString(), 0, {}, {}});
+        m_recovered = QFile::exists(output) ? TestSupport::readFile(output) : std::string();
+        EXPECT_EQ(TestSupport::readFile(path), file);
+        return recovery;
+    }
+
+    /// The records of the recovered file are some of those that were recorded, in their order, and what is said to be
+    /// a known time is the true one.
+    void expectNothingInvented(const Recovery& recovery, const std::string& what)
+    {
+        const bool made =
+            recovery.outcome == RecoveryOutcome::Whole || recovery.outcome == RecoveryOutcome::SomethingLost;
+        ASSERT_EQ(made, !m_recovered.empty()) << what;
+        ASSERT_TRUE(made || !recovery.problem.empty()) << what;
+        if (!made) {
+            return;
+        }
+        const ParsedRecording found = TestSupport::parseRecording(m_recovered);
+        auto next = s_records.begin();
+        std::uint64_t exact = 0;
+        for (const ParsedRecording::Record& record : found.records) {
+            next = std::find_if(next, s_records.end(), [&](const ParsedRecording::Record& recorded) {
+                return recorded.code == record.code && recorded.data == record.data;
+            });
+            ASSERT_NE(next, s_records.end()) << what << ": a record was made up: " << record.data.substr(0, 40);
+            exact += next->time == record.time ? 1U : 0U;
+            ++next;
+        }
+        EXPECT_GE(exact, recovery.times.kept) << what;
+        if (recovery.outcome == RecoveryOutcome::Whole) {
+            EXPECT_EQ(found.records.size(), s_records.size()) << what;
+        }
+    }
+
+    QTemporaryDir m_directory{directoryTemplate()};
+    std::string m_recovered;
+
+    static std::string s_file;
+    static std::string s_journal;
+    static std::string s_closed;
+    static std::size_t s_tailUsed;
+    static std::vector<ParsedRecording::Record> s_records;
+};
+
+std::string Unfinished::s_file;
+std::string Unfinished::s_journal;
+std::string Unfinished::s_closed;
+std::size_t Unfinished::s_tailUsed = 0;
+std::vector<ParsedRecording::Record> Unfinished::s_records;
+
+/// Where a journal of few records holds something, and the ends of its pages.
+std::vector<std::size_t> tellingOffsets(std::size_t size, std::size_t tailUsed, std::size_t records)
+{
+    constexpr std::size_t Margin = 40;
+    constexpr std::size_t Page = 4096;
+    std::vector<std::size_t> offsets;
+    for (std::size_t offset = 0; offset < size; ++offset) {
+        const bool inTail = offset < Journal::TailOffset + tailUsed + Margin;
+        const bool inEntries = offset + Margin >= Journal::LatestOffset &&
+                               offset < Journal::LatestOffset + records * Journal::EntryBytes + Margin;
+        if (inTail || inEntries || offset % Page == 0) {
+            offsets.push_back(offset);
+        }
+    }
+    return offsets;
+}
+
+TEST_F(Unfinished, IsByteForByteWhatClosingWouldHaveWritten)
+{
+    const Recovery recovery = recover(s_file, s_journal);
+    EXPECT_EQ(recovery.outcome, RecoveryOutcome::Whole);
+    EXPECT_TRUE(recovery.journalComplete);
+    EXPECT_TRUE(m_recovered == s_closed);
+}
+
+TEST_F(Unfinished, CutOffAtAnyByteGivesNothingThatWasNotRecorded)
+{
+    for (std::size_t size = 0; size <= s_file.size() && !HasFailure(); ++size) {
+        expectNothingInvented(recover(s_file.substr(0, size), s_journal), "cut at " + std::to_string(size));
+    }
+}
+
+TEST_F(Unfinished, CutOffAtAnyByteAndWithoutAJournalGivesNothingThatWasNotRecorded)
+{
+    for (std::size_t size = 0; size <= s_file.size() && !HasFailure(); ++size) {
+        expectNothingInvented(recover(s_file.substr(0, size), ""), "cut at " + std::to_string(size));
+    }
+}
+
+TEST_F(Unfinished, WithAJournalCutOffAtAnyByteGivesNothingThatWasNotRecorded)
+{
+    for (const std::size_t size : tellingOffsets(s_journal.size(), s_tailUsed, s_records.size())) {
+        expectNothingInvented(recover(s_file, s_journal.substr(0, size)), "journal cut at " + std::to_string(size));
+        if (HasFailure()) {
+            return;
+        }
+    }
+}
+
+TEST_F(Unfinished, WithAnyByteOfTheJournalsBookkeepingDamagedGivesNothingThatWasNotRecorded)
+{
+    for (const std::size_t offset : tellingOffsets(s_journal.size(), 0, s_records.size())) {
+        std::string journal = s_journal;
+        journal[offset] = static_cast<char>(journal[offset] ^ 0x55);
+        expectNothingInvented(recover(s_file, journal), "journal damaged at " + std::to_string(offset));
+        if (HasFailure()) {
+            return;
+        }
+    }
+}
+
+TEST_F(Unfinished, WithASectorOfTheJournalLostGivesNothingThatWasNotRecorded)
+{
+    constexpr std::size_t Sector = 512;
+    for (std::size_t offset = 0; offset < s_journal.size() && !HasFailure(); offset += Sector) {
+        if (offset >= Journal::TailOffset + s_tailUsed && offset + Sector < Journal::LatestOffset) {
+            continue;
+        }
+        std::string journal = s_journal;
+        std::fill_n(journal.begin() + static_cast<std::ptrdiff_t>(offset), Sector, '\0');
+        expectNothingInvented(recover(s_file, journal), "sector lost at " + std::to_string(offset));
+    }
+}
+
+TEST_F(Unfinished, WithASectorOfItLostGivesNothingThatWasNotRecorded)
+{
+    constexpr std::size_t Sector = 512;
+    for (std::size_t offset = Sector; offset < s_file.size() && !HasFailure(); offset += Sector) {
+        std::string file = s_file;
+        const std::size_t size = std::min(Sector, file.size() - offset);
+        std::fill_n(file.begin() + static_cast<std::ptrdiff_t>(offset), size, '\0');
+        const Recovery recovery = recover(file, s_journal);
+        expectNothingInvented(recovery, "sector lost at " + std::to_string(offset));
+        EXPECT_EQ(recovery.outcome, RecoveryOutcome::SomethingLost);
+    }
+}
+
+}  // namespace
+}  // namespace CrashTests

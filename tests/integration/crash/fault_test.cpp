@@ -1,0 +1,230 @@
+// Calls of the system that fail while a recording is made: nothing that was accepted is lost, and the station goes on.
+#include <gtest/gtest.h>
+
+#include <sys/mman.h>
+#include <sys/types.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <recording2/inspection/recovery.h>
+
+#include "life.h"
+#include "support/modelreader.h"
+
+namespace {
+
+/// The calls are counted; from a number on they fail, once or from then on.
+struct Plan {
+    int error = 0;  ///< 0: none fails
+    int from = 0;
+    bool lasting = false;
+    int calls = 0;
+    int failed = 0;
+
+    /// @return whether this call fails
+    bool next()
+    {
+        ++calls;
+        const bool fails = error != 0 && (lasting ? calls >= from : calls == from);
+        failed += fails ? 1 : 0;
+        return fails;
+    }
+};
+Plan plan;
+
+template <typename Result, typename Call>
+Result unlessItFails(Result failure, Call call)
+{
+    if (plan.next()) {
+        errno = plan.error;
+        return failure;
+    }
+    return call();
+}
+
+}  // namespace
+
+// Names that the linker makes, not we.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" {
+ssize_t __real_pwrite(int file, const void* bytes, size_t size, off_t position);
+int __real_ftruncate(int file, off_t size);
+int __real_posix_fallocate(int file, off_t position, off_t size);
+int __real_fdatasync(int file);
+int __real_fsync(int file);
+int __real_renameat2(int fromDirectory, const char* from, int toDirectory, const char* to, unsigned int flags);
+int __real_unlink(const char* path);
+void* __real_mmap(void* address, size_t size, int protection, int flags, int file, off_t offset);
+
+// A failing write may have written a part.
+ssize_t __wrap_pwrite(int file, const void* bytes, size_t size, off_t position)
+{
+    if (plan.next()) {
+        static_cast<void>(__real_pwrite(file, bytes, size / 2, position));
+        errno = plan.error;
+        return -1;
+    }
+    return __real_pwrite(file, bytes, size, position);
+}
+int __wrap_ftruncate(int file, off_t size)
+{
+    return unlessItFails(-1, [&] { return __real_ftruncate(file, size); });
+}
+int __wrap_posix_fallocate(int file, off_t position, off_t size)
+{
+    return unlessItFails(plan.error, [&] { return __real_posix_fallocate(file, position, size); });
+}
+int __wrap_fdatasync(int file)
+{
+    return unlessItFails(-1, [&] { return __real_fdatasync(file); });
+}
+int __wrap_fsync(int file)
+{
+    return unlessItFails(-1, [&] { return __real_fsync(file); });
+}
+int __wrap_renameat2(int fromDirectory, const char* from, int toDirectory, const char* to, unsigned int flags)
+{
+    return unlessItFails(-1, [&] { return __real_renameat2(fromDirectory, from, toDirectory, to, flags); });
+}
+int __wrap_unlink(const char* path)
+{
+    return unlessItFails(-1, [&] { return __real_unlink(path); });
+}
+void* __wrap_mmap(void* address, size_t size, int protection, int flags, int file, off_t offset)
+{
+    return unlessItFails(MAP_FAILED, [&] { return __real_mmap(address, size, protection, flags, file, offset); });
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)
+
+namespace CrashTests {
+namespace {
+
+using Recording2::Inspection::Recovery;
+using Recording2::Inspection::RecoveryOutcome;
+
+constexpr std::uint64_t Changes = 5'200;  // more than the entries of a journal that are not handed over
+constexpr std::uint64_t SpectraEnd = 3'000;
+
+/// Which change a life makes: spectra only in the beginning, so that many records are small.
+std::uint64_t changeNumber(std::uint64_t i)
+{
+    return i < SpectraEnd ? i : 16 * i;
+}
+
+struct FaultCase {
+    int error;
+    bool lasting;
+    const char* journal;
+};
+
+class Fault : public testing::TestWithParam<FaultCase> {
+protected:
+    struct Outcome {
+        std::uint64_t accepted = 0;
+        bool stopped = false;  ///< by itself
+    };
+
+    /// One recording, with the calls failing as planned until it is over.
+    Outcome record(const QString& directory, int from)
+    {
+        Outcome outcome;
+        Life life(directory, QString::fromLatin1(GetParam().journal));
+        plan = {GetParam().error, from, GetParam().lasting, 0, 0};
+        life.switchOn();
+        for (std::uint64_t i = 0; i < Changes && life.isOn(); ++i) {
+            life.change(changeNumber(i));
+            outcome.accepted += life.isOn() ? 1U : 0U;
+        }
+        outcome.stopped = !life.isOn();
+        life.switchOff();
+        plan.error = 0;
+        expectRecordsAgain(life);
+        return outcome;
+    }
+
+    /// The station lives: what is switched on again is recorded.
+    static void expectRecordsAgain(Life& life)
+    {
+        life.switchOn();
+        ASSERT_TRUE(life.isOn());
+        life.change(1);
+        life.switchOff();
+        const auto again = TestSupport::parseRecording(TestSupport::readFile(life.fileName()));
+        EXPECT_NE(again.records.back().data.find(";0.25"), std::string::npos) << again.records.back().data;
+        QFile::remove(life.fileName());
+    }
+
+    /// The changes that can be had from what the first recording left behind.
+    static std::uint64_t changesLeft(const QString& directory, std::uint64_t accepted)
+    {
+        const QString closed = fileIn(directory, QStringLiteral(".rec"));
+        const QString open = fileIn(directory, QStringLiteral(".tmp"));
+        const QString left = closed.isEmpty() ? open : closed;
+        std::string bytes = TestSupport::readFile(left);
+        const bool unfinished =
+            QFile::exists(QString::fromStdString(Recording2::Inspection::journalOf(left.toStdString())));
+        if (unfinished || !open.isEmpty()) {
+            const std::string output = QDir(directory).filePath(QStringLiteral("saved")).toStdString();
+            const Recovery recovery = Recording2::Inspection::recover(left.toStdString(), {output, 0, {}, {}});
+            if (accepted == 0 && recovery.outcome == RecoveryOutcome::Nothing) {
+                return 0;  // not even the beginning of the file could be written
+            }
+            EXPECT_EQ(recovery.outcome, RecoveryOutcome::Whole)
+                << recovery.problem << testing::PrintToString(recovery.lost) << testing::PrintToString(recovery.notes);
+            bytes = TestSupport::readFile(QString::fromStdString(output));
+        }
+        const auto recording = TestSupport::parseRecording(bytes);
+        return std::max(recording.records.size(), s_initialStates) - s_initialStates;
+    }
+
+    static void SetUpTestSuite() { s_initialStates = TestSupport::parseRecording(closedAfter(0)).records.size(); }
+
+    static std::size_t s_initialStates;
+};
+
+std::size_t Fault::s_initialStates = 0;
+
+TEST_P(Fault, AtAnyCallOfTheSystemLosesNothingThatWasAccepted)
+{
+    int failed = 0;
+    int stopped = 0;
+    for (int from = 1;; ++from) {
+        SCOPED_TRACE("call " + std::to_string(from));
+        const QTemporaryDir directory(directoryTemplate());
+        const Outcome outcome = record(directory.path(), from);
+        const bool over = plan.failed == 0;
+        failed += over ? 0 : 1;
+        stopped += outcome.stopped ? 1 : 0;
+        const std::uint64_t left = changesLeft(directory.path(), outcome.accepted);
+        EXPECT_GE(left, outcome.accepted);
+        EXPECT_LE(left, outcome.accepted + (outcome.stopped ? 1 : 0));
+        if (over || HasFailure()) {
+            EXPECT_EQ(outcome.accepted, Changes);
+            break;
+        }
+    }
+    EXPECT_GT(failed, 15);
+    EXPECT_GT(stopped, 5);
+}
+
+INSTANTIATE_TEST_SUITE_P(Errors, Fault,
+                         testing::Values(FaultCase{ENOSPC, false, "process"}, FaultCase{ENOSPC, true, "process"},
+                                         FaultCase{EIO, false, "process"}, FaultCase{EIO, true, "process"},
+                                         FaultCase{ENOSPC, false, "power"}, FaultCase{EIO, true, "power"}),
+                         [](const testing::TestParamInfo<FaultCase>& tried) {
+                             return std::string(tried.param.error == ENOSPC ? "NoSpace" : "InputOutputError") +
+                                    (tried.param.lasting ? "Lasting" : "Once") + '_' + tried.param.journal;
+                         });
+
+}  // namespace
+}  // namespace CrashTests

@@ -1,0 +1,52 @@
+// A recording whose every byte follows from how far it came.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include <QString>
+
+#include <recording2/recording.h>
+
+#include "station.h"
+
+namespace CrashTests {
+
+/// A station whose recorder records into a directory of the caller's.
+class Life {
+public:
+    explicit Life(const QString& directory, const QString& journal = QStringLiteral("process"),
+                  std::size_t channels = ManyChannels);
+    Life(const Life&) = delete;
+    Life& operator=(const Life&) = delete;
+    ~Life();
+
+    void switchOn() const { m_station.switchOn(); }
+    void switchOff() const { m_station.switchOff(); }
+    [[nodiscard]] bool isOn() const;
+    /// The change with that number, which makes one record: small numbers mostly, every 16th a spectrum, and
+    /// some that the header follows.
+    void change(std::uint64_t number);
+    [[nodiscard]] QString fileName() const { return m_station.fileName(); }
+
+    static constexpr std::size_t ManyChannels = 4'096;
+    static constexpr std::size_t FewChannels = 64;
+
+private:
+    RecorderTests::Station m_station;
+    std::unique_ptr<Recording2::CRecording> m_recorder;
+    std::size_t m_channels;
+};
+
+/// A directory in memory where the system has one: tests make many files, and force them to the device.
+[[nodiscard]] QString directoryTemplate();
+
+/// The closed recording of a life with so many changes.
+[[nodiscard]] std::string closedAfter(std::uint64_t changes, std::size_t channels = Life::ManyChannels);
+
+/// The only file in a directory whose name ends so; empty without one.
+[[nodiscard]] QString fileIn(const QString& directory, const QString& suffix);
+
+}  // namespace CrashTests

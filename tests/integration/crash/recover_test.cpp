@@ -1,0 +1,130 @@
+// Recovery of what was left behind in other ways than by a kill.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <recording2/inspection/recovery.h>
+
+#include "life.h"
+#include "support/modelreader.h"
+
+namespace CrashTests {
+namespace {
+
+using Recording2::Inspection::Recovery;
+using Recording2::Inspection::RecoveryOutcome;
+
+class Recovering : public testing::Test {
+protected:
+    static Recovery recover(const QString& file, const QString& output)
+    {
+        return Recording2::Inspection::recover(file.toStdString(), {output.toStdString(), 0, {}, {}});
+    }
+    [[nodiscard]] QString path(const char* name) const { return m_directory.filePath(QString::fromLatin1(name)); }
+    [[nodiscard]] QString tmp() const { return fileIn(m_directory.path(), QStringLiteral(".tmp")); }
+
+    QTemporaryDir m_directory{directoryTemplate()};
+};
+
+TEST_F(Recovering, AFileThatIsBeingWrittenIsRefused)
+{
+    Life life(m_directory.path());
+    life.switchOn();
+    EXPECT_EQ(recover(tmp(), path("out")).outcome, RecoveryOutcome::InUse);
+    EXPECT_FALSE(QFile::exists(path("out")));
+    life.switchOff();
+}
+
+TEST_F(Recovering, AFileWrittenWithoutAJournalIsRefusedWhileItIsBeingWritten)
+{
+    Life life(m_directory.path(), QStringLiteral("off"));
+    life.switchOn();
+    EXPECT_FALSE(QFile::exists(tmp() + QStringLiteral(".journal")));
+    EXPECT_EQ(recover(tmp(), path("out")).outcome, RecoveryOutcome::InUse);
+    life.switchOff();
+}
+
+TEST_F(Recovering, TheJournalIsGoneOnceTheFileIsClosed)
+{
+    Life life(m_directory.path());
+    life.switchOn();
+    EXPECT_TRUE(QFile::exists(tmp() + QStringLiteral(".journal")));
+    const QString journal = tmp() + QStringLiteral(".journal");
+    life.switchOff();
+    EXPECT_FALSE(QFile::exists(journal));
+    EXPECT_EQ(recover(life.fileName(), path("out")).outcome, RecoveryOutcome::NothingToDo);
+}
+
+TEST_F(Recovering, AnExistingFileIsNeverReplaced)
+{
+    const QString copy = path("copy.tmp");
+    {
+        Life life(m_directory.path());
+        life.switchOn();
+        life.change(0);
+        ASSERT_TRUE(QFile::copy(tmp() + QStringLiteral(".journal"), copy + QStringLiteral(".journal")));
+        ASSERT_TRUE(QFile::copy(fileIn(m_directory.path(), QStringLiteral(".tmp")), copy));
+        life.switchOff();
+    }
+    QFile there(path("out"));
+    ASSERT_TRUE(there.open(QIODevice::WriteOnly));
+    there.write("mine");
+    there.close();
+    EXPECT_EQ(recover(copy, path("out")).outcome, RecoveryOutcome::NotWritten);
+    EXPECT_EQ(TestSupport::readFile(path("out")), "mine");
+    EXPECT_FALSE(QFile::exists(path("out.part")));
+}
+
+TEST_F(Recovering, WithoutAJournalTimesLieEvenlyBetweenTheStartInTheNameAndTheLastWrite)
+{
+    const QString copy = path("Rx__2018-09-19__12-03-07_UTC-00-00.tmp");
+    {
+        Life life(m_directory.path());
+        life.switchOn();
+        for (std::uint64_t number = 0; number < 100; ++number) {
+            life.change(number);
+        }
+        life.switchOff();
+        std::string bytes = TestSupport::readFile(life.fileName());
+        const auto header = TestSupport::parseRecording(bytes).header;
+        bytes.replace(0, 500, std::string(499, '0') + '#');
+        bytes.resize(static_cast<std::size_t>(header.timeTable));
+        QFile file(copy);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes.data(), static_cast<qint64>(bytes.size()));
+        file.flush();
+        const qint64 oneMinute = 60'000;
+        ASSERT_TRUE(file.setFileTime(
+            QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(RecorderTests::Noon / 1'000) + oneMinute),
+            QFileDevice::FileModificationTime));
+    }
+    const Recovery recovery = recover(copy, path("out"));
+    EXPECT_EQ(recovery.outcome, RecoveryOutcome::SomethingLost);
+    const auto recording = TestSupport::parseRecording(TestSupport::readFile(path("out")));
+    EXPECT_EQ(recording.header.startMs, RecorderTests::Noon / 1'000);
+    EXPECT_EQ(recording.records.back().time, 60'000U);
+    EXPECT_EQ(recording.records.front().time, 60'000U / recording.records.size());
+}
+
+TEST_F(Recovering, TheTimeTableIsUsedWhenTheFileWasClosedButForItsHeader)
+{
+    std::string bytes = closedAfter(100);
+    const auto closed = TestSupport::parseRecording(bytes);
+    bytes.replace(0, 500, std::string(499, '0') + '#');
+    QFile file(path("a.tmp"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes.data(), static_cast<qint64>(bytes.size()));
+    file.close();
+    recover(path("a.tmp"), path("out"));
+    const auto found = TestSupport::parseRecording(TestSupport::readFile(path("out")));
+    ASSERT_EQ(found.records.size(), closed.records.size());
+    for (std::size_t i = 0; i < found.records.size(); ++i) {
+        EXPECT_EQ(found.records[i].time, closed.records[i].time);
+    }
+}
+
+}  // namespace
+}  // namespace CrashTests
