@@ -71,8 +71,11 @@ protected:
         s_tailUsed = static_cast<std::size_t>(TestSupport::parseRecording(s_closed).header.timeTable) - start - half;
     }
 
+    ~Unfinished() override { count(m_recoveries, "recoveries"); }
+
     Recovery recover(const std::string& file, const std::string& journal)
     {
+        ++m_recoveries;
         const QString path = m_directory.filePath(QStringLiteral("a.tmp"));
         write(path, file);
         if (journal.empty()) {
@@ -118,6 +121,7 @@ protected:
 
     QTemporaryDir m_directory{directoryTemplate()};
     std::string m_recovered;
+    std::uint64_t m_recoveries = 0;
 
     static std::string s_file;
     static std::string s_journal;

@@ -172,6 +172,7 @@ TEST_P(KilledAtARandomMoment, EveryAcceptedRecordIsThereWithItsTimeAndNothingEls
             return;
         }
     }
+    count(RunsOfATest, "runs");
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, KilledAtARandomMoment, testing::Range(1U, 13U));

@@ -1,5 +1,6 @@
 #include "life.h"
 
+#include <iostream>
 #include <vector>
 
 #include <QDir>
@@ -81,6 +82,11 @@ std::string closedAfter(std::uint64_t changes, std::size_t channels)
         life.switchOff();
     }
     return TestSupport::readFile(fileIn(directory.path(), QStringLiteral(".rec")));
+}
+
+void count(std::uint64_t number, const std::string& what)
+{
+    std::cout << "COUNT: " << number << ' ' << what << '\n';
 }
 
 QString fileIn(const QString& directory, const QString& suffix)

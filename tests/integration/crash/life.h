@@ -46,6 +46,9 @@ private:
 /// The closed recording of a life with so many changes.
 [[nodiscard]] std::string closedAfter(std::uint64_t changes, std::size_t channels = Life::ManyChannels);
 
+/// Says how much was tried, for the page of figures.
+void count(std::uint64_t number, const std::string& what);
+
 /// The only file in a directory whose name ends so; empty without one.
 [[nodiscard]] QString fileIn(const QString& directory, const QString& suffix);
 
