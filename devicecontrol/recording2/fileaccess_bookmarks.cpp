@@ -98,7 +98,7 @@ void CFileAccess::writeBookmarks()
         output.seekToEnd();
         const std::int64_t end = output.position();
         if (d->positions.bookmarkTable != 0) {
-            output.seek(d->positions.bookmarkTable);
+            seekToTable(output, d->positions.bookmarkTable, end);
         }
         WriteBookmarkTable();
         // What the old table had more than the new one reads as entries without a text.

@@ -1,4 +1,6 @@
 // Channel range definitions: which records describe the channels that the receiver was set to.
+#include <algorithm>
+#include <limits>
 #include <string_view>
 
 #include "fileaccess.h"
@@ -30,8 +32,15 @@ bool CFileAccess::channelRangeDefAvailable() const
            d->positions.channelRangeTable != 0;
 }
 
+void CFileAccess::Private::startRanges()
+{
+    rangeScan = {};
+    rangeBytes = 0;
+}
+
 void CFileAccess::CRDTableToBegin()
 {
+    d->startRanges();
     if (d->shared->channelRangeTimes != nullptr) {
         d->channelRangeCursor.toBegin(*d->shared->channelRangeTimes);
     }
@@ -40,7 +49,8 @@ void CFileAccess::CRDTableToBegin()
 bool CFileAccess::readNextChannelRangeDef(CVTCmdData& cmd, unsigned long long& time)
 {
     constexpr unsigned long long InitialStateTime = 10;
-    if (d->shared->channelRangeTimes == nullptr || d->channelRangeCursor.atEnd()) {
+    if (d->shared->channelRangeTimes == nullptr || d->channelRangeCursor.atEnd() ||
+        d->rangeBytes > d->mostRangeBytes()) {
         return false;
     }
     const std::set<std::uint64_t>& times = *d->shared->channelRangeTimes;
@@ -48,20 +58,63 @@ bool CFileAccess::readNextChannelRangeDef(CVTCmdData& cmd, unsigned long long& t
     if (definition == times.end()) {
         return false;
     }
-    const auto exists = [&](std::uint64_t t) { return d->shared->index != nullptr && d->shared->index->contains(t); };
     time = *definition;
     // The first definition of a recording may have been moved off the time of the initial states.
-    std::uint64_t t = time == InitialStateTime + 1 && exists(InitialStateTime) ? InitialStateTime : time;
-    // Records of one moment stand at consecutive milliseconds: the range may be in any of them.
-    for (bool more = true; more; more = exists(++t)) {
-        read(cmd, static_cast<unsigned long long>(t));
-        if (carriesChannelRange(cmd)) {
-            time = t;
-            break;
-        }
+    std::uint64_t t = time == InitialStateTime + 1 && d->isIndexed(InitialStateTime) ? InitialStateTime : time;
+    d->readRangeFrom(t, cmd);
+    if (carriesChannelRange(cmd)) {
+        time = t;
     }
     d->channelRangeCursor.advance(times);
     return !d->channelRangeCursor.atEnd();
+}
+
+bool CFileAccess::Private::isIndexed(std::uint64_t time) const
+{
+    return shared->index != nullptr && shared->index->contains(time);
+}
+
+// Every record is read once or twice for all definitions together, unless those of a damaged index overlap.
+std::int64_t CFileAccess::Private::mostRangeBytes()
+{
+    constexpr std::int64_t MostPasses = 16;
+    return shared->input == nullptr ? 0 : MostPasses * shared->input->file.size();
+}
+
+bool CFileAccess::Private::readForRange(CVTCmdData& record, std::uint64_t time)
+{
+    const std::int64_t bytesBefore = bytesRead;
+    const bool hasData = readAt(record, time) > 0;
+    rangeBytes += bytesRead - bytesBefore;
+    return hasData;
+}
+
+// Reads from a time on up to the record that carries a channel range, or the last one of the moment. Records of one
+// moment stand at consecutive milliseconds: the range may be in any of them. Several definitions may name one moment,
+// whose records are then not looked through again.
+void CFileAccess::Private::readRangeFrom(std::uint64_t& time, CVTCmdData& record)
+{
+    const bool hasData = readForRange(record, time);
+    if (carriesChannelRange(record)) {
+        return;
+    }
+    if (rangeScan.covers(time)) {
+        for (const std::uint64_t other : {rangeScan.lastRead, rangeScan.last}) {
+            if (other > time) {
+                readForRange(record, other);
+                time = other;
+            }
+        }
+        return;
+    }
+    rangeScan = {time, time, hasData ? time : 0};
+    const std::int64_t most = mostRangeBytes();
+    while (time < std::numeric_limits<std::uint64_t>::max() && isIndexed(time + 1) && !carriesChannelRange(record) &&
+           rangeBytes <= most) {
+        ++time;
+        rangeScan.last = time;
+        rangeScan.lastRead = readForRange(record, time) ? time : rangeScan.lastRead;
+    }
 }
 
 void CFileAccess::ReadCRDTable()
@@ -90,7 +143,7 @@ void CFileAccess::WriteCRDTable()
         return;
     }
     if (d->positions.channelRangeTable != 0) {
-        output->seek(d->positions.channelRangeTable);
+        seekToTable(*output, d->positions.channelRangeTable, output->position());
     }
     if (!d->begin(d->positions.channelRangeTable)) {
         return;
@@ -108,9 +161,10 @@ void CFileAccess::clearChannelRangeDef()
     }
     if (OutputFile* output = OpenForUpdate()) {
         output->seekToEnd();
+        const std::int64_t end = output->position();
         const std::int64_t bound =
-            d->positions.bookmarkTable == 0 ? output->position() : std::int64_t{d->positions.bookmarkTable};
-        output->seek(d->positions.channelRangeTable);
+            d->positions.bookmarkTable == 0 ? end : std::min<std::int64_t>(end, d->positions.bookmarkTable);
+        seekToTable(*output, d->positions.channelRangeTable, end);
         while (output->good() && output->position() < bound) {
             output->commit(Format::OutInt64(output->reserve(), 0));
         }

@@ -31,6 +31,10 @@ bool enabled();
 Format::HeaderRecord toRecord(const CHeaderData& header, const Format::Positions& positions);
 void fromRecord(Format::HeaderRecord& record, CHeaderData& header);
 
+/// Goes to a table that is to be rewritten. A position behind the end of the file is a failure: everything between
+/// would have to be filled.
+void seekToTable(OutputFile& output, std::int64_t position, std::int64_t end);
+
 /// A file that is read, with the cursor into it.
 struct OpenInput {
     explicit OpenInput(const std::filesystem::path& path) : file(path), cursor(file) {}
@@ -91,6 +95,15 @@ private:
     std::optional<std::uint64_t> m_next;
 };
 
+/// The records of one moment that were looked through for a channel range. None but the last may carry one.
+struct RangeScan {
+    std::uint64_t first = 0;  // times; none is 0
+    std::uint64_t last = 0;
+    std::uint64_t lastRead = 0;  // the last of them with data
+
+    [[nodiscard]] bool covers(std::uint64_t time) const { return first != 0 && first <= time && time <= last; }
+};
+
 /// Every copy has its own.
 struct CFileAccess::Private {
     std::shared_ptr<SharedFile> shared = std::make_shared<SharedFile>();
@@ -101,6 +114,9 @@ struct CFileAccess::Private {
     bool bookmarksChanged = false;
     Zelvo::ZelvoError zelvoError = Zelvo::ZelvoError::None;
     std::uint64_t lastTime = 0;
+    std::int64_t bytesRead = 0;  // by readAt
+    RangeScan rangeScan;
+    std::int64_t rangeBytes = 0;  // read for the definitions since the first
     std::string path;
     Zelvo::ZelvoUrl url;
     Zelvo::ZelvoClient* client = nullptr;
@@ -121,6 +137,13 @@ struct CFileAccess::Private {
     bool begin(std::int32_t& position);
     Format::HeaderStatus readHeader(CHeaderData& header);
     std::int32_t readRecord(OpenInput& input, CVTCmdData& record);  // returns the data length that the file states
+    std::int32_t readAt(CVTCmdData& record, std::uint64_t time);    // the same; 0 at the end of the records
+    [[nodiscard]] bool atEndOfRecords() const;                      // or no file is open for reading
+    void startRanges();
+    [[nodiscard]] std::int64_t mostRangeBytes();
+    bool readForRange(CVTCmdData& record, std::uint64_t time);
+    [[nodiscard]] bool isIndexed(std::uint64_t time) const;
+    void readRangeFrom(std::uint64_t& time, CVTCmdData& record);
     [[nodiscard]] std::uint64_t timeHere() const;
 };
 

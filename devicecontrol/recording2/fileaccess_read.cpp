@@ -1,11 +1,45 @@
 // Reading: header, type table, time table, and stepping through the records.
 #include <algorithm>
+#include <typeinfo>
+#include <unordered_set>
+#include <utility>
 
 #include "fileaccess.h"
 #include "fileaccess_p.h"
 #include "format/layout.h"
 
 namespace Recording2 {
+
+namespace {
+
+/// Adds types to a table. A table may have very many and searches them one by one: numbers that are there are known
+/// here.
+class TypeAdder {
+public:
+    explicit TypeAdder(CVTTypesData& types) : m_types(types), m_isPlain(typeid(types) == typeid(CVTTypesData))
+    {
+        if (m_isPlain) {
+            for (const S_TYPES& type : types.get_vector()) {
+                m_numbers.insert(type.typeNumber);
+            }
+        }
+    }
+    void add(S_TYPES type)
+    {
+        if (!m_isPlain) {  // what a derived table does with it is its own affair
+            m_types.add_item(std::move(type));
+        } else if (m_numbers.insert(type.typeNumber).second) {
+            m_types.get_vector().push_back(std::move(type));
+        }
+    }
+
+private:
+    CVTTypesData& m_types;
+    bool m_isPlain;
+    std::unordered_set<std::int32_t> m_numbers;
+};
+
+}  // namespace
 
 Format::HeaderStatus CFileAccess::Private::readHeader(CHeaderData& header)
 {
@@ -48,11 +82,12 @@ unsigned long long CFileAccess::read(CVTTypesData& types)
         cursor.seek(d->positions.typeTable);
         std::int32_t count = 0;
         cursor.readNumber(count);
+        TypeAdder adder(types);
         // Past the end of the file there is nothing more to read, whatever the count says.
         for (std::int32_t i = 0; i < count && !cursor.atEnd(); ++i) {
             Format::TypeEntryRecord entry;
             Format::readTypeEntry(cursor, entry);
-            types.add_item({entry.typeNumber, entry.valueType, std::move(entry.keyword), std::move(entry.valuePath)});
+            adder.add({entry.typeNumber, entry.valueType, std::move(entry.keyword), std::move(entry.valuePath)});
         }
         return 1;
     } catch (const std::exception&) {
@@ -73,6 +108,7 @@ void CFileAccess::readTables()
 
 void CFileAccess::LoadTables()
 {
+    d->startRanges();
     ReadTimeTable();
     ReadCRDTable();
     ReadBookmarkTable();
@@ -138,25 +174,38 @@ unsigned long long CFileAccess::readAndReturnTimeOfCurrentCmd(CVTCmdData& record
 
 unsigned long long CFileAccess::read(CVTCmdData& record, unsigned long long time)
 {
-    OpenInput* input = d->goodInput();
+    return d->readAt(record, time) > 0 ? d->timeHere() : 0;
+}
+
+std::int32_t CFileAccess::Private::readAt(CVTCmdData& record, std::uint64_t time)
+{
+    OpenInput* input = goodInput();
     if (input == nullptr) {
         return 0;
     }
-    if (time != 0 && d->shared->index != nullptr) {
-        if (const auto entry = d->shared->index->atOrAfterOrLast(time)) {
+    if (time != 0 && shared->index != nullptr) {
+        if (const auto entry = shared->index->atOrAfterOrLast(time)) {
             input->cursor.seek(entry->position);
         }
     }
-    if (AtEndOfRecords()) {
+    if (atEndOfRecords()) {
         return 0;
     }
-    return d->readRecord(*input, record) > 0 ? d->timeHere() : 0;
+    const std::int64_t begin = input->cursor.position();
+    const std::int32_t length = readRecord(*input, record);
+    bytesRead += input->cursor.position() - begin;
+    return length;
+}
+
+bool CFileAccess::Private::atEndOfRecords() const
+{
+    const OpenInput* input = goodInput();
+    return input == nullptr || input->cursor.position() >= positions.timeTable;
 }
 
 bool CFileAccess::AtEndOfRecords() const
 {
-    const OpenInput* input = d->goodInput();
-    return input == nullptr || input->cursor.position() >= d->positions.timeTable;
+    return d->atEndOfRecords();
 }
 
 unsigned long long CFileAccess::readfirst(CVTCmdData& record)
@@ -176,9 +225,12 @@ unsigned long long CFileAccess::readnext(CVTCmdData& record)
 unsigned long long CFileAccess::readfirst(CVTCmdData& record, std::int32_t code)
 {
     constexpr unsigned long long GiveUpFrom = 100;  // a time, not a count: callers depend on it
-    if (d->goodInput() == nullptr || d->shared->index == nullptr) {
+    OpenInput* input = d->goodInput();
+    if (input == nullptr || d->shared->index == nullptr) {
         return 0;
     }
+    const std::int64_t fileSize = input->file.size();
+    const std::int64_t bytesBefore = d->bytesRead;
     const Index::TimeIndex& index = *d->shared->index;
     auto rank = index.rankOf(d->positions.firstRecord);
     if (!rank) {
@@ -191,6 +243,9 @@ unsigned long long CFileAccess::readfirst(CVTCmdData& record, std::int32_t code)
             if (const auto previous = index.before(following)) {
                 return previous->time;
             }
+        }
+        if (d->bytesRead - bytesBefore > fileSize) {  // records of a damaged index overlap: there may be no end to them
+            return 0;
         }
     }
     return 0;

@@ -12,6 +12,12 @@
 
 namespace Recording2 {
 
+void seekToTable(OutputFile& output, std::int64_t position, std::int64_t end)
+{
+    constexpr std::int64_t Nowhere = -1;
+    output.seek(position <= end ? position : Nowhere);
+}
+
 OutputFile* CFileAccess::OpenForUpdate()
 {
     SharedFile& shared = *d->shared;
@@ -24,6 +30,7 @@ OutputFile* CFileAccess::OpenForUpdate()
 
 void CFileAccess::ReopenForReading()
 {
+    d->startRanges();
     d->shared->output.reset();
     d->shared->input = std::make_unique<OpenInput>(FileNames::native(d->path));
 }

@@ -123,8 +123,9 @@ void CVTCmdData::set_str(const char* p, std::int32_t len)
 
 void CVTTypesData::add_item(S_TYPES item)
 {
-    S_TYPES present;
-    if (!find_type(item.typeNumber, present)) {
+    const bool isTaken = std::any_of(m_types.begin(), m_types.end(),
+                                     [&](const S_TYPES& type) { return type.typeNumber == item.typeNumber; });
+    if (!isTaken) {
         m_types.push_back(std::move(item));
     }
 }

@@ -71,7 +71,7 @@ void Cursor::invalidate()
 
 void Cursor::skipWhiteSpace()
 {
-    while (isWhiteSpace(peek())) {
+    for (std::size_t count = 0; count < m_longestNumber && isWhiteSpace(peek()); ++count) {
         ++m_next;
     }
 }
@@ -110,11 +110,13 @@ FieldStatus Cursor::extractMagnitude(std::uint64_t limit, std::uint64_t& magnitu
         return byte < 0 ? FieldStatus::EndOfFile : FieldStatus::NotANumber;
     }
     bool fits = true;
-    for (; isDigit(byte); byte = peek()) {  // a number that does not fit is passed over to its last digit
+    std::size_t count = 0;
+    for (; isDigit(byte) && count < m_longestNumber; byte = peek()) {  // one that does not fit is passed over
         const auto digit = static_cast<std::uint64_t>(byte - '0');
         fits = fits && magnitude <= (limit - digit) / 10;
         magnitude = magnitude * 10 + digit;
         ++m_next;
+        ++count;
     }
     return fits ? FieldStatus::Ok : FieldStatus::OutOfRange;
 }
@@ -144,11 +146,12 @@ void Cursor::collectFloat(std::string& text)
 {
     constexpr std::size_t LongestText = 512;  // digits beyond it are passed over and make the field damaged
     skipWhiteSpace();
+    char last = '\0';
     bool mantissa = false;
     bool point = false;
     bool exponent = false;
-    for (int byte = peek(); byte >= 0; byte = peek()) {
-        const char last = text.empty() ? '\0' : text.back();
+    std::size_t count = 0;
+    for (int byte = peek(); byte >= 0 && count < m_longestNumber; byte = peek()) {
         const bool sign = (byte == '+' || byte == '-') && (text.empty() || last == 'e' || last == 'E');
         const bool newPoint = byte == '.' && !point && !exponent;
         const bool newExponent = (byte == 'e' || byte == 'E') && !exponent && mantissa;
@@ -158,11 +161,12 @@ void Cursor::collectFloat(std::string& text)
         mantissa = mantissa || isDigit(byte);
         point = point || newPoint;
         exponent = exponent || newExponent;
-        if (text.size() < LongestText) {
+        if (count++ < LongestText) {
             text.push_back(static_cast<char>(byte));
         } else {
-            text.assign(LongestText, '-');
+            text.front() = '#';  // no number any more
         }
+        last = static_cast<char>(byte);
         ++m_next;
     }
 }

@@ -49,6 +49,9 @@ public:
     [[nodiscard]] std::int64_t remaining();
     /// Forgets buffered bytes, because the source's bytes changed.
     void invalidate();
+    /// Lets a number or the white space in front of it end after so many bytes, and be damaged then. Without a limit
+    /// each ends where the file does. For readers that come back to a place again and again.
+    void limitNumbers(std::size_t bytes) { m_longestNumber = bytes; }
 
     FieldStatus readNumber(std::int16_t& target) { return readInteger(target); }
     FieldStatus readNumber(std::int32_t& target) { return readInteger(target); }
@@ -78,16 +81,17 @@ private:
     FieldStatus extractMagnitude(std::uint64_t limit, std::uint64_t& magnitude);
     void collectFloat(std::string& text);
 
-    bool fill();  // loads the buffer at the position; false at the end
-    int peek();   // the byte here, -1 at the end
-    void skipWhiteSpace();
-    void skipSeparator();  // one byte, and the end mark anew
+    bool fill();            // loads the buffer at the position; false at the end
+    int peek();             // the byte here, -1 at the end
+    void skipWhiteSpace();  // as far as a number may go
+    void skipSeparator();   // one byte, and the end mark anew
 
     ByteSource& m_source;
     std::vector<char> m_buffer;
     std::size_t m_next = 0;   // within the buffer
     std::size_t m_limit = 0;  // bytes in the buffer
     std::int64_t m_bufferStart = 0;
+    std::size_t m_longestNumber = std::numeric_limits<std::size_t>::max();
     bool m_end = false;
 };
 

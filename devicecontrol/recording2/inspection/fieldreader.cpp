@@ -26,6 +26,9 @@ std::size_t FileSource::readAt(std::int64_t offset, char* out, std::size_t size)
 FieldReader::FieldReader(Format::ByteSource& source, std::int64_t position, std::int64_t bound, std::size_t bufferBytes)
     : m_source(source), m_cursor(source, bufferBytes), m_bound(bound)
 {
+    // Nobody writes a longer number. Damaged tables may lead into a run of digits or spaces from many places.
+    constexpr std::size_t LongestNumber = 64;
+    m_cursor.limitNumbers(LongestNumber);
     m_cursor.seek(position);
 }
 

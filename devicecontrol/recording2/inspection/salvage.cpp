@@ -731,16 +731,20 @@ private:
     {
         constexpr std::int64_t MostBytes = std::int64_t{64} * 1024;
         constexpr std::int64_t TimeValueBytes = 8;
+        constexpr std::int64_t FewestBytes = 11;     // of a bookmark with a text
+        constexpr std::int64_t WrongWays = 1 << 18;  // bookmarks, in all, behind places that prove wrong
+        std::int64_t most = WrongWays + (end - from) / FewestBytes;
         FieldReader fields(m_source, from, end);
-        for (std::int64_t at = from; at < std::min(end, from + MostBytes); ++at) {
+        for (std::int64_t at = from; at < std::min(end, from + MostBytes) && most > 0; ++at) {
             if (fields.holdsOnly(at + TimeValueBytes, at + TimeValueBytes + 1, Format::Separator) &&
-                endsWell(at, end)) {
+                endsWell(at, end, most)) {
                 return at;
             }
         }
         return end;
     }
-    bool endsWell(std::int64_t at, std::int64_t end)
+    /// @param most the bookmarks that may still be looked at
+    bool endsWell(std::int64_t at, std::int64_t end, std::int64_t& most)
     {
         constexpr std::size_t BufferBytes = 256;
         FieldReader fields(m_source, at, end, BufferBytes);
@@ -748,7 +752,7 @@ private:
         while (fields.left() > 0 && !fields.holdsOnly(fields.position(), end, '0')) {
             std::uint64_t time = 0;
             std::int64_t length = 0;
-            if (!fields.time(time) || !fields.number(length) || length <= 0 || length > fields.left() ||
+            if (most-- <= 0 || !fields.time(time) || !fields.number(length) || length <= 0 || length > fields.left() ||
                 time <= previous) {
                 return false;
             }

@@ -108,10 +108,15 @@ private:
                (entry.timeMs > m_summary.times.back().timeMs && entry.position > m_summary.times.back().position);
     }
 
-    [[nodiscard]] bool isComplete() const
+    /// Looked up once for each last entry: any number of strange ones may follow it.
+    [[nodiscard]] bool isComplete()
     {
-        const std::int32_t end = m_summary.header.timeTablePosition;
-        return !m_summary.times.empty() && recordEnd(m_source, m_summary.times.back().position, end) == end;
+        if (m_lookedAt != m_summary.times.size()) {
+            const std::int32_t end = m_summary.header.timeTablePosition;
+            m_lookedAt = m_summary.times.size();
+            m_complete = recordEnd(m_source, m_summary.times.back().position, end) == end;
+        }
+        return m_complete;
     }
 
     void addFinding(std::int64_t offset, std::string text) { m_summary.findings.push_back({offset, std::move(text)}); }
@@ -133,7 +138,9 @@ private:
     Format::ByteSource& m_source;
     Summary& m_summary;
     Repeated m_strange;
-    std::int64_t m_end = 0;  // of the last entry that carries on
+    std::int64_t m_end = 0;      // of the last entry that carries on
+    std::size_t m_lookedAt = 0;  // the number of entries when it was looked whether the table is complete
+    bool m_complete = false;
 };
 
 }  // namespace
@@ -181,7 +188,9 @@ void readTypeTable(Format::ByteSource& source, Summary& summary)
         summary.findings.push_back({offset, "The number of types is damaged."});
         return;
     }
+    constexpr std::int32_t MostTold = 20;  // entries whose number is taken; those behind are only counted
     std::set<std::int32_t> numbers;
+    std::int32_t taken = 0;
     for (std::int32_t i = 0; i < count; ++i) {
         offset = fields.position();
         TypeEntry entry;
@@ -190,11 +199,18 @@ void readTypeTable(Format::ByteSource& source, Summary& summary)
             summary.findings.push_back({offset, sentence(("Type entry " + which).c_str(), fields)});
             return;
         }
-        if (!numbers.insert(entry.typeNumber).second) {
+        if (numbers.insert(entry.typeNumber).second) {
+            summary.types.push_back(std::move(entry));
+        } else if (taken++ < MostTold) {
             summary.findings.push_back(
                 {offset, "The type number " + std::to_string(entry.typeNumber) + " stands twice in the type table."});
+            summary.types.push_back(std::move(entry));
         }
-        summary.types.push_back(std::move(entry));
+    }
+    if (taken > MostTold) {
+        summary.findings.push_back({summary.header.typeTablePosition, std::to_string(taken - MostTold) +
+                                                                          " more entries of the type table have a "
+                                                                          "number that is taken."});
     }
     summary.ends.types = fields.position();
 }
