@@ -22,15 +22,28 @@ using values::ValueType;
 const ValueBase* RecordedValues::apply(const Recording2::Inspection::Record& record)
 {
     const ValueType kind = values::RecordedKind(record.data);
-    const bool rangeOnly = kind == ValueType::Unknown && values::CarriesChannelRange(record.data);
-    if (kind == ValueType::Unknown && !rangeOnly) {
+    const bool hasRange = values::CarriesChannelRange(record.data);
+    const bool rangeOnly = kind == ValueType::Unknown && hasRange;
+    if ((kind == ValueType::Unknown && !rangeOnly) || (hasRange && isTooMuch(record.data.size()))) {
         return nullptr;
     }
     std::unique_ptr<ValueBase>& value = m_values[record.code];
     if (!rangeOnly && (value == nullptr || value->GetType() != kind)) {
         value = values::MakeValue(kind);
     }
-    return value != nullptr && value->ApplyRecordedState(record.data, 0, false) ? value.get() : nullptr;
+    const bool isApplied = value != nullptr && value->ApplyRecordedState(record.data, 0, false);
+    if (const auto* map = hasRange ? dynamic_cast<const values::MappingBase*>(value.get()) : nullptr) {
+        m_channels += map->size();
+    }
+    return isApplied ? value.get() : nullptr;
+}
+
+bool RecordedValues::isTooMuch(std::size_t textBytes)
+{
+    constexpr std::uint64_t Most = std::uint64_t{1} << 25U;  // two maps of the largest range
+    constexpr std::uint64_t PerByte = 16;                    // a channel whose cell is written takes a byte at least
+    m_textBytes += textBytes;
+    return m_channels > Most + PerByte * m_textBytes;
 }
 
 const ValueBase* RecordedValues::find(std::int32_t code) const

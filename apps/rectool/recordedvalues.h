@@ -17,13 +17,18 @@ namespace RecTool {
 class RecordedValues {
 public:
     /// Applies a record. @return the value as it is then, null when the record's text is not understood; valid until
-    /// the next record of the same type number is applied
+    /// the next record of the same type number is applied. Channel ranges that by far exceed what their texts carry are
+    /// not understood once all of them together would fill the memory: a short text may ask for 16,777,216 channels.
     const values::ValueBase* apply(const Recording2::Inspection::Record& record);
     /// The value of a type number as the last record that was understood left it; null when there is none.
     [[nodiscard]] const values::ValueBase* find(std::int32_t code) const;
 
 private:
+    bool isTooMuch(std::size_t textBytes);
+
     std::map<std::int32_t, std::unique_ptr<values::ValueBase>> m_values;
+    std::uint64_t m_channels = 0;   // of all ranges so far
+    std::uint64_t m_textBytes = 0;  // of the texts that they came from
 };
 
 /// A value as a person would write it, on one line. Maps: range, number of channels, lowest and highest.

@@ -28,8 +28,12 @@ const TypeEntry* TypeNames::find(std::int32_t number) const
 std::string TypeNames::label(std::int32_t number) const
 {
     const TypeEntry* type = find(number);
-    return type == nullptr || type->keyword.empty() ? "type " + std::to_string(number)
-                                                    : onOneLine(fromLatin1(type->keyword));
+    if (type == nullptr || type->keyword.empty()) {
+        return "type " + std::to_string(number);
+    }
+    constexpr std::size_t Longest = 100;  // it may stand in front of every record
+    const bool isLong = type->keyword.size() > Longest;
+    return onOneLine(fromLatin1(type->keyword.substr(0, Longest))) + (isLong ? "..." : "");
 }
 
 std::optional<std::int32_t> TypeNames::numberOf(const std::string& keywordOrNumber) const

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 #include "../text.h"
 #include "labels.h"
@@ -170,7 +171,13 @@ void markBookmarks(Picture& picture, QCPAxis& timeAxis, const PlotSource& source
     }
     const bool isCrowded = areCrowded(pixels);
     const double inwards = lying ? -Bend : Bend;
+    double last = std::numeric_limits<double>::quiet_NaN();
     for (const double pixel : pixels) {
+        constexpr double NextToNothing = 0.1;
+        if (std::abs(pixel - last) < NextToNothing) {
+            continue;  // one on the other: there may be very many
+        }
+        last = pixel;
         if (isCrowded) {
             addLine(point(pixel, near), point(pixel, near + inwards), pen);
             addLine(point(pixel, far), point(pixel, far - inwards / 2), pen);

@@ -35,17 +35,27 @@ FrequencySpan widened(const FrequencySpan& span)
     return span.width() > 0 ? span : FrequencySpan{span.lowHz - room, span.highHz + room};
 }
 
-/// Makes one piece of the two with the smallest gap between them.
-void joinNearest(std::vector<FrequencySpan>& pieces)
+/// Makes fewer pieces of them: those with the smallest gaps between them become one, of equal gaps the first ones.
+std::vector<FrequencySpan> joinNearest(const std::vector<FrequencySpan>& pieces, std::size_t most)
 {
-    std::size_t nearest = 1;
-    for (std::size_t i = 2; i < pieces.size(); ++i) {
-        if (pieces[i].lowHz - pieces[i - 1].highHz < pieces[nearest].lowHz - pieces[nearest - 1].highHz) {
-            nearest = i;
+    std::vector<std::size_t> gaps(pieces.size() - 1);  // by the piece behind them, the widest first
+    std::iota(gaps.begin(), gaps.end(), std::size_t{1});
+    const auto width = [&](std::size_t piece) { return pieces[piece].lowHz - pieces[piece - 1].highHz; };
+    std::sort(gaps.begin(), gaps.end(),
+              [&](std::size_t a, std::size_t b) { return width(a) != width(b) ? width(a) > width(b) : a > b; });
+    gaps.resize(std::max<std::size_t>(most, 1) - 1);
+    std::sort(gaps.begin(), gaps.end());
+    std::vector<FrequencySpan> joined{pieces.front()};
+    auto gap = gaps.begin();
+    for (std::size_t i = 1; i < pieces.size(); ++i) {
+        if (gap != gaps.end() && *gap == i) {
+            joined.push_back(pieces[i]);
+            ++gap;
+        } else {
+            joined.back().highHz = pieces[i].highHz;
         }
     }
-    pieces[nearest - 1].highHz = pieces[nearest].highHz;
-    pieces.erase(pieces.begin() + static_cast<std::ptrdiff_t>(nearest));
+    return joined;
 }
 
 }  // namespace
@@ -115,8 +125,8 @@ std::vector<FrequencySpan> axisPieces(const std::vector<FrequencySpan>& covered,
             pieces.back().highHz = covered[i].highHz;
         }
     }
-    while (pieces.size() > most) {
-        joinNearest(pieces);
+    if (pieces.size() > most) {
+        pieces = joinNearest(pieces, most);
     }
     std::transform(pieces.begin(), pieces.end(), pieces.begin(), widened);
     return pieces;

@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <set>
@@ -38,6 +39,7 @@ struct Spectrum {
     bool inForce = false;       // somewhere in the span
     values::ChannelRange range;
     std::vector<FrequencySpan> covered;
+    std::size_t joined = 0;                 // spans that were left when they were joined
     std::vector<std::uint64_t> rangeTimes;  // in the span, the one in force at its beginning left out
 };
 
@@ -136,6 +138,7 @@ private:
         const bool isFirst = !spectrum.inForce;
         if (timeMs <= m_span.fromMs) {
             spectrum.covered.clear();
+            spectrum.joined = 0;
         } else if (!isFirst) {
             spectrum.rangeTimes.push_back(timeMs);
         }
@@ -143,7 +146,11 @@ private:
         spectrum.range = range;
         const std::vector<FrequencySpan> covered = coveredBy(range);
         spectrum.covered.insert(spectrum.covered.end(), covered.begin(), covered.end());
-        spectrum.covered = joined(std::move(spectrum.covered));
+        constexpr std::size_t Few = 1000;
+        if (spectrum.covered.size() > 2 * spectrum.joined + Few) {  // now and then, as every range may be another
+            spectrum.covered = joined(std::move(spectrum.covered));
+            spectrum.joined = spectrum.covered.size();
+        }
     }
 
     std::vector<Spectrum>& m_spectra;
@@ -476,8 +483,13 @@ private:
         const QCPAxisRect& last = *m_pieces.back().rect;
         const QCPAxis& time = *first.axis(QCPAxis::atLeft);
         constexpr double Size = 5;
+        double before = std::numeric_limits<double>::quiet_NaN();
         for (const std::uint64_t timeMs : m_spectrum.rangeTimes) {
             const double y = time.coordToPixel(static_cast<double>(timeMs));
+            if (std::abs(y - before) < 1) {
+                continue;  // one on the other: there may be very many
+            }
+            before = y;
             for (const auto& [tip, back] : {std::pair(first.left() + 2 * Size, first.left() + 0.0),
                                             std::pair(last.right() - 2 * Size, last.right() + 0.0)}) {
                 auto* arrow = m_picture.addItem<QCPItemLine>();
@@ -537,6 +549,9 @@ std::vector<Spectrum> recordedOnes(PlotSource& source, std::vector<Spectrum>& sp
 {
     Survey survey(spectra, source.span());
     source.walk([&](const Inspection::Record& record) { survey.visit(record); });
+    for (Spectrum& spectrum : spectra) {
+        spectrum.covered = joined(std::move(spectrum.covered));
+    }
     std::vector<Spectrum> recorded;
     std::copy_if(spectra.begin(), spectra.end(), std::back_inserter(recorded),
                  [](const Spectrum& spectrum) { return !spectrum.covered.empty(); });
