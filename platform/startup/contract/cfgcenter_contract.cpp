@@ -181,6 +181,19 @@ TEST_F(CfgCenterContract, ReportsASyntaxErrorWithFileAndLineAndKeepsTheConfigura
     EXPECT_EQ(Open("R")->ReadInteger(S("MaxFileLength"), 0), 7);
 }
 
+TEST_F(CfgCenterContract, ReportsWhatIsNoKeyWithFileAndLine)
+{
+    for (const char* name : {"[,a]", "[.a]", "[]", "[[,]]", "[=]", "\xfc = 1", "\xfc"}) {
+        const QString text = QStringLiteral("[Receiver]\nA = 1\n%1\nB = 2\n").arg(QLatin1String(name));
+        try {
+            CfgCenter::LoadText(text, QStringLiteral("station.toml"));
+            ADD_FAILURE() << name << " was taken";
+        } catch (const VKException& exception) {
+            EXPECT_EQ(std::string(exception.what()).rfind("station.toml:3: ", 0), 0U) << exception.what();
+        }
+    }
+}
+
 TEST_F(CfgCenterContract, ReadsAFile)
 {
     const QTemporaryDir directory;
