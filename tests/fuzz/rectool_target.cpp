@@ -1,0 +1,108 @@
+// The verbs of rectool that read one file, on a file of any bytes.
+#include <exception>
+#include <filesystem>
+#include <functional>
+#include <iostream>
+#include <streambuf>
+#include <string>
+
+#include <QTemporaryDir>
+
+#include "commands.h"
+#include "hugerange.h"
+#include "scratchfile.h"
+#include "target.h"
+
+namespace Fuzzing {
+
+namespace {
+
+/// Takes everything and keeps nothing.
+class Nowhere final : public std::streambuf {
+protected:
+    int_type overflow(int_type c) override { return traits_type::not_eof(c); }
+    std::streamsize xsputn(const char* /*text*/, std::streamsize count) override { return count; }
+};
+
+/// What is printed goes nowhere while one stands.
+class Silence {
+public:
+    Silence() : m_output(std::cout.rdbuf(&m_nowhere)), m_errors(std::cerr.rdbuf(&m_nowhere)) {}
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+    ~Silence()
+    {
+        std::cout.rdbuf(m_output);
+        std::cerr.rdbuf(m_errors);
+        std::cout.clear();
+        std::cerr.clear();
+    }
+
+private:
+    Nowhere m_nowhere;
+    std::streambuf* m_output;
+    std::streambuf* m_errors;
+};
+
+/// As the program does: what is thrown becomes a sentence.
+void tolerating(const std::function<RecTool::ExitCode()>& verb)
+{
+    try {
+        static_cast<void>(verb());
+    } catch (const std::exception& error) {
+        require(*error.what() != '\0', "an error says nothing");
+    }
+}
+
+void look(const std::string& path)
+{
+    for (const bool json : {false, true}) {
+        tolerating([&] { return RecTool::info({{path}, json}); });
+        tolerating([&] { return RecTool::types({path, json}); });
+        tolerating([&] { return RecTool::verify({{path}, json}); });
+        tolerating([&] { return RecTool::listBookmarks({path, json}); });
+        tolerating([&] { return RecTool::listRanges({path, json}); });
+    }
+}
+
+void showValues(const std::string& path)
+{
+    for (const bool json : {false, true}) {
+        tolerating([&] { return RecTool::cat({path, "", "", {}, json}); });
+        tolerating([&] { return RecTool::state({path, "15", json}); });
+        tolerating([&] { return RecTool::diff({path, "10", "1000", true, json}); });
+        RecTool::MapOptions map;
+        map.file = path;
+        map.json = json;
+        tolerating([&] { return RecTool::map(map); });
+    }
+}
+
+void repair(const std::string& path)
+{
+    static const QTemporaryDir folder;
+    RecTool::RepairOptions options;
+    options.file = path;
+    options.output = (folder.path() + QStringLiteral("/repaired.rec")).toStdString();
+    options.force = true;
+    RecTool::ExitCode result = RecTool::ExitCode::CannotRead;
+    tolerating([&] { return result = RecTool::repair(options); });
+    if (result == RecTool::ExitCode::Fine || result == RecTool::ExitCode::Damaged) {
+        require(RecTool::verify({{options.output}, false}) == RecTool::ExitCode::Fine, "a repaired file is not sound");
+    }
+}
+
+}  // namespace
+
+void runRectool(const std::string& input)
+{
+    const ScratchFile scratch(input);
+    const Silence silence;
+    look(scratch.path());
+    if (!mentionsHugeRange(input)) {
+        showValues(scratch.path());
+    }
+    repair(scratch.path());
+}
+
+}  // namespace Fuzzing

@@ -1,0 +1,185 @@
+// What recstation reads: configuration, feeds, NMEA, sweeps, logs of bearings. Each to its end, into a tree of its own.
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <startup/cfgcenter.h>
+#include <values/tree.h>
+
+#include "bearings/bearingssource.h"
+#include "configuration.h"
+#include "documentexamples.h"
+#include "feed/feedsource.h"
+#include "nmea/nmeasource.h"
+#include "scratchfile.h"
+#include "source.h"
+#include "sweep/sweepsource.h"
+#include "target.h"
+
+namespace Fuzzing {
+
+namespace {
+
+constexpr unsigned long long Start = 1'795'248'000'000'000;  // microseconds since 1970 UTC
+
+/// What a user would be told in one sentence ends the run; anything else that is thrown is a fault.
+void tolerating(const std::function<void()>& run)
+{
+    try {
+        run();
+    } catch (const std::runtime_error& error) {
+        require(*error.what() != '\0', "an error says nothing");
+    }
+}
+
+void play(recstation::Source& source, std::size_t mostSteps)
+{
+    source.prepare();
+    unsigned long long last = 0;
+    for (std::size_t steps = 0;; ++steps) {
+        const auto time = source.nextTime();
+        if (!time) {
+            break;
+        }
+        require(*time >= last, "a source goes back in time");
+        require(steps <= mostSteps, "a source has more steps than its input has bytes");
+        last = *time;
+        source.step();
+    }
+    static_cast<void>(source.report());
+}
+
+void ignore(const QString& /*sentence*/)
+{
+}
+
+recstation::ByteInput bytesOf(const std::string& input)
+{
+    return [&input, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
+        const std::size_t count = input.copy(buffer, size, position);
+        position += count;
+        return count;
+    };
+}
+
+template <typename Options>
+Options fileOptions(const ScratchFile& file)
+{
+    Options options;
+    options.file = file.path();
+    return options;
+}
+
+}  // namespace
+
+void runBearings(const std::string& input)
+{
+    const ScratchFile file(input);
+    for (const bool strict : {false, true}) {
+        const values::Tree tree;
+        auto options = fileOptions<recstation::BearingsOptions>(file);
+        options.strict = strict;
+        options.dateFormat = strict ? "MM/dd/yy" : "yyyy-MM-dd";
+        tolerating([&] { play(*makeBearingsSource(options, ignore), input.size()); });
+    }
+}
+
+void runConfiguration(const std::string& input)
+{
+    const values::Tree tree;
+    tolerating([&] {
+        const auto read = recstation::loadConfigurationText(QString::fromStdString(input), QStringLiteral("fuzz.toml"));
+        require(read.instances.size() <= input.size(), "there are more instances than bytes");
+    });
+    CfgCenter::Clear();
+}
+
+void runFeed(const std::string& input)
+{
+    const values::Tree tree;
+    recstation::FeedHost host;
+    host.switchRecorder = [](const QString& /*name*/, bool on) { return on; };
+    host.created = ignore;
+    host.report = ignore;
+    tolerating([&] {
+        recstation::FeedSource source([&] { return bytesOf(input); }, Start, false, host);
+        play(source, input.size());
+    });
+}
+
+void runNmea(const std::string& input)
+{
+    const ScratchFile file(input);
+    for (const char* date : {"", "2026-11-21"}) {
+        const values::Tree tree;
+        auto options = fileOptions<recstation::NmeaOptions>(file);
+        options.date = date;
+        options.fixWeekRollover = *date == '\0';
+        tolerating([&] { play(*makeNmeaSource(options, ignore), input.size()); });
+    }
+}
+
+void runSweep(const std::string& input)
+{
+    const ScratchFile file(input);
+    for (const char* bins : {"centre", "lower"}) {
+        const values::Tree tree;
+        auto options = fileOptions<recstation::SweepOptions>(file);
+        options.binFrequency = bins;
+        tolerating([&] { play(*makeSweepSource(options, ignore), input.size()); });
+    }
+}
+
+std::vector<std::string> bearingsSeeds()
+{
+    std::vector<std::string> seeds = documentExamples("bearings.md", "csv");
+    seeds.emplace_back(
+        "date;time;station;latitude;longitude;altitude;frequency;azimuth\n"
+        "2017-01-14;10:31;\"Lecce; north\";40.3;18.1;12;433.92;271.5\n2017-01-14;10:32:07.25;B;40.3;18.1;;100;NA\n"
+        "2017-01-14;10:32;B;40.3;18.1;;433.92;12\r\n");
+    seeds.emplace_back("date,time,frequency,azimuth\n01/14/17,5:31,433.92,271.5\n01/15/17,05:31:07,100,0\n");
+    return seeds;
+}
+
+std::vector<std::string> configurationSeeds()
+{
+    std::vector<std::string> seeds = documentExamples("recstation.md", "toml");
+    seeds.push_back(recstation::defaultConfigurationText(QStringLiteral("/tmp")).toStdString());
+    return seeds;
+}
+
+std::vector<std::string> feedSeeds()
+{
+    return documentExamples("feed.md", "jsonl");
+}
+
+std::vector<std::string> nmeaSeeds()
+{
+    return {
+        "$GPRMC,080000.00,A,5230.0000,N,01330.0000,E,10.0,90.0,211126,,,A\n"
+        "$GPGGA,080001.00,5230.0000,N,01330.0000,E,1,12,0.60,45.0,M,46.8,M,,\n$HEHDT,271,T\n"
+        "$PASHR,080002.00,271.00,T,1.5,-2.5,0.1,0.1,0.1,0.1,1,1\n$GPRMC,080003,A,5230.1,S,01330.1,W,1,9,211126,,,A\n",
+        "\\s:r1,c:1*00\\$GPGGA,235959,5230.0000,N,01330.0000,E,1,12,0.60,45.0,M,46.8,M,,*00\n# a comment\n!AIVDM,1\n"
+        "$GPVTG,90.0,T,,M,10.0,N,18.5,K\n$GNGLL,5230.0,N,01330.0,E,000001,A\n$GPZDA,000002,22,11,2026,00,00\n",
+    };
+}
+
+std::vector<std::string> sweepSeeds()
+{
+    std::vector<std::string> seeds = documentExamples("sweep.md", "csv");
+    std::string sweeps;
+    for (const char* time : {"08:00:00", "08:00:01", "08:00:02"}) {
+        const std::string start = std::string("2026-11-21, ") + time + ", ";
+        sweeps += start + "88000000, 90000000, 1000000.00, 20, -50.5, -60\n";
+        sweeps += start + "90000000, 92000000, 1000000.00, 20, -51.5, nan\n";
+        sweeps += start + "99000000, 99500000, 250000.00, 20, -52.5, -62\n";
+    }
+    seeds.push_back(sweeps);
+    return seeds;
+}
+
+}  // namespace Fuzzing

@@ -1,0 +1,35 @@
+#include "target.h"
+
+#include <algorithm>
+#include <array>
+
+namespace Fuzzing {
+
+std::span<const Target> targets()
+{
+    // Journal and recovery of unfinished recordings belong here as soon as there is one.
+    static constexpr std::array all = {
+        Target{"bearings", runBearings, bearingsSeeds},
+        Target{"configuration", runConfiguration, configurationSeeds},
+        Target{"feed", runFeed, feedSeeds},
+        Target{"maptext", runMapText, mapTextSeeds},
+        Target{"nmea", runNmea, nmeaSeeds},
+        Target{"recording", runRecording, recordingSeeds},
+        Target{"rectool", runRectool, recordingSeeds},
+        Target{"sweep", runSweep, sweepSeeds},
+        Target{"times", runTimes, timesSeeds},
+    };
+    return all;
+}
+
+const Target& targetOf(std::string_view name)
+{
+    const auto all = targets();
+    const auto found = std::find_if(all.begin(), all.end(), [&](const Target& target) { return target.name == name; });
+    if (found == all.end()) {
+        throw std::invalid_argument("There is no fuzz target \"" + std::string(name) + "\".");
+    }
+    return *found;
+}
+
+}  // namespace Fuzzing
