@@ -7,11 +7,11 @@ namespace Fuzzing {
 
 std::span<const Target> targets()
 {
-    // Journal and recovery of unfinished recordings belong here as soon as there is one.
     static constexpr std::array all = {
         Target{"bearings", runBearings, bearingsSeeds},
         Target{"configuration", runConfiguration, configurationSeeds},
         Target{"feed", runFeed, feedSeeds},
+        Target{"journal", runJournal, journalSeeds},
         Target{"maptext", runMapText, mapTextSeeds},
         Target{"nmea", runNmea, nmeaSeeds},
         Target{"recording", runRecording, recordingSeeds},
