@@ -1,0 +1,230 @@
+#include "database.h"
+
+#include <atomic>
+#include <exception>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSqlError>
+#include <QUrl>
+#include <QUrlQuery>
+
+#include <zelvo/archive.h>
+
+#include "schema.h"
+
+namespace Zelvo {
+
+namespace {
+
+const QString PostgresScheme = QStringLiteral("postgresql://");
+
+QString newConnectionName()
+{
+    static std::atomic<unsigned> count = 0;
+    return QStringLiteral("zelvo-%1").arg(++count);
+}
+
+// Seconds and milliseconds after which a server that does not answer counts as away. Requests wait for nothing longer.
+const QString PostgresOptions =
+    QStringLiteral("connect_timeout=2;tcp_user_timeout=4000;keepalives_idle=5;application_name=zelvo");
+
+void setUp(QSqlDatabase& database, const QUrl& url)
+{
+    const QUrlQuery query(url);
+    const QString host = query.queryItemValue(QStringLiteral("host"), QUrl::FullyDecoded);
+    database.setHostName(host.isEmpty() ? url.host() : host);
+    database.setPort(url.port());
+    database.setUserName(url.userName());
+    database.setDatabaseName(url.path().mid(1));
+    const QString ssl = query.queryItemValue(QStringLiteral("sslmode"));
+    const bool plainWord = !ssl.isEmpty() && !ssl.contains(QLatin1Char(';')) && !ssl.contains(QLatin1Char(' '));
+    database.setConnectOptions(plainWord ? PostgresOptions + QStringLiteral(";sslmode=") + ssl : PostgresOptions);
+}
+
+}  // namespace
+
+QVariant bound(const QString& text)
+{
+    QString stored = text.isNull() ? QStringLiteral("") : text;
+    return stored.replace(QChar(0), QChar(QChar::ReplacementCharacter));
+}
+
+Database::Database(QString address, unsigned fileMode)
+    : m_address(std::move(address)),
+      m_postgres(m_address.startsWith(PostgresScheme)),
+      m_fileMode(fileMode),
+      m_connection(newConnectionName())
+{
+}
+
+Database::~Database()
+{
+    close();
+}
+
+void Database::open()
+{
+    if (m_open) {
+        return;
+    }
+    const QString driver = m_postgres ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE");
+    if (!QSqlDatabase::isDriverAvailable(driver)) {
+        throw ArchiveError(QStringLiteral("Qt's driver %1 is not installed (Debian: libqt5sql5-%2)")
+                               .arg(driver, m_postgres ? QStringLiteral("psql") : QStringLiteral("sqlite")),
+                           ZelvoError::NotAvailable);
+    }
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase(driver, m_connection);
+        if (m_postgres) {
+            setUp(database, QUrl(m_address));
+        } else {
+            database.setDatabaseName(m_address);
+            database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
+        }
+        m_open = database.open();
+        if (!m_open) {
+            const QSqlError error = database.lastError();
+            database = QSqlDatabase();
+            fail(QStringLiteral("open"), error);
+        }
+    }
+    configure();
+}
+
+void Database::configure()
+{
+    if (m_postgres) {
+        run(QStringLiteral("SET statement_timeout = 10000"));
+        run(QStringLiteral("SET lock_timeout = 5000"));
+        run(QStringLiteral("SET client_min_messages = warning"));
+        return;
+    }
+    run(QStringLiteral("PRAGMA journal_mode = WAL"));
+    // What the registry says must outlast a power cut before an original is deleted.
+    run(QStringLiteral("PRAGMA synchronous = FULL"));
+    run(QStringLiteral("PRAGMA foreign_keys = ON"));
+}
+
+void Database::close()
+{
+    m_open = false;
+    m_prepared.clear();
+    if (QSqlDatabase::contains(m_connection)) {
+        QSqlDatabase::database(m_connection, false).close();
+        QSqlDatabase::removeDatabase(m_connection);
+    }
+}
+
+void Database::fail(const QString& operation, const QSqlError& error)
+{
+    const QString reason = error.databaseText().isEmpty() ? error.driverText() : error.databaseText();
+    const QString sentence =
+        QStringLiteral("the archive's registry %1 cannot %2: %3").arg(m_address, operation, reason.simplified());
+    close();
+    throw ArchiveError(sentence, ZelvoError::Unreachable);
+}
+
+QSqlQuery Database::executed(const QString& sql, const QVariantList& values)
+{
+    open();
+    auto found = m_prepared.find(sql);
+    if (found == m_prepared.end()) {
+        QSqlQuery query(QSqlDatabase::database(m_connection, false));
+        query.setForwardOnly(!m_postgres);
+        if (!query.prepare(sql)) {
+            fail(QStringLiteral("take a request"), query.lastError());
+        }
+        found = m_prepared.insert(sql, query);
+    }
+    QSqlQuery query = *found;
+    for (int i = 0; i < values.size(); ++i) {
+        query.bindValue(i, values[i]);
+    }
+    if (!query.exec()) {
+        const QSqlError error = query.lastError();
+        query = QSqlQuery();
+        fail(QStringLiteral("answer"), error);
+    }
+    return query;
+}
+
+void Database::run(const QString& sql)
+{
+    open();
+    QSqlQuery query(QSqlDatabase::database(m_connection, false));
+    if (!query.exec(sql)) {
+        const QSqlError error = query.lastError();
+        query = QSqlQuery();
+        fail(QStringLiteral("answer"), error);
+    }
+}
+
+void Database::select(const QString& sql, const QVariantList& values, const std::function<void(const QSqlQuery&)>& take)
+{
+    QSqlQuery query = executed(sql, values);
+    while (query.next()) {
+        take(query);
+    }
+    const QSqlError error = query.lastError();
+    query.finish();
+    if (error.isValid()) {
+        query = QSqlQuery();
+        fail(QStringLiteral("answer"), error);
+    }
+}
+
+std::int64_t Database::change(const QString& sql, const QVariantList& values)
+{
+    QSqlQuery query = executed(sql, values);
+    const std::int64_t rows = query.numRowsAffected();
+    query.finish();
+    return rows;
+}
+
+void Database::atomically(const std::function<void()>& work)
+{
+    run(m_postgres ? QStringLiteral("BEGIN") : QStringLiteral("BEGIN IMMEDIATE"));
+    try {
+        work();
+        run(QStringLiteral("COMMIT"));
+    } catch (...) {
+        // A connection that failed is closed already, and its transaction with it.
+        if (m_open) {
+            close();
+        }
+        throw;
+    }
+}
+
+void Database::makeTables()
+{
+    if (!m_postgres && !QFileInfo::exists(m_address)) {
+        QFile file(m_address);
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Append)) {
+            throw ArchiveError(QStringLiteral("cannot make %1: %2").arg(m_address, file.errorString()));
+        }
+        file.setPermissions(permissionsOf(m_fileMode));
+    }
+    atomically([this] {
+        if (m_postgres) {
+            // Two stations that are set up at the same time take turns.
+            run(QStringLiteral("SELECT pg_advisory_xact_lock(7063214)"));
+        }
+        for (const QString& statement : schemaStatements()) {
+            run(statement);
+        }
+        change(QStringLiteral("INSERT INTO archive_properties (name, value) VALUES ('schema', ?) "
+                              "ON CONFLICT (name) DO NOTHING"),
+               {bound(SchemaVersion)});
+        QString version;
+        select(QStringLiteral("SELECT value FROM archive_properties WHERE name = 'schema'"), {},
+               [&version](const QSqlQuery& row) { version = row.value(0).toString(); });
+        if (version != SchemaVersion) {
+            throw ArchiveError(
+                QStringLiteral("the archive's registry %1 is of another version of this program").arg(m_address));
+        }
+    });
+}
+
+}  // namespace Zelvo

@@ -1,0 +1,108 @@
+// What the archive needs of the file system, in steps that are each either done or not. Everything of one operating
+// system lies in files_posix.cpp and files_windows.cpp.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+
+#include <QByteArray>
+#include <QString>
+
+namespace Zelvo {
+
+/// A step that failed, with what the system said.
+class FileError : public std::runtime_error {
+public:
+    enum class Kind {
+        Other,
+        Missing,
+        Exists,
+        Full,      ///< no space or no quota
+        Away,      ///< the whole file system cannot be used: not mounted any more, read-only, input or output error
+        Changed,   ///< the file changed while it was read
+        NotAFile,  ///< a link, a directory or a device stands where a file should
+    };
+    FileError(Kind kind, const QString& sentence) : std::runtime_error(sentence.toStdString()), m_kind(kind) {}
+    [[nodiscard]] Kind kind() const { return m_kind; }
+    [[nodiscard]] QString text() const { return QString::fromUtf8(what()); }
+
+private:
+    Kind m_kind;
+};
+
+/// The caller asked for the end while a file was read.
+struct Interrupted {};
+
+/// Tells one file of a name from the next one of that name.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t number = 0;
+    std::int64_t bytes = 0;
+    std::int64_t changedNs = 0;
+
+    bool operator==(const FileIdentity&) const = default;
+};
+
+struct Digest {
+    QByteArray sha256;  ///< 64 hexadecimal digits
+    std::int64_t bytes = 0;
+    FileIdentity identity;  ///< of the file that was read
+};
+
+enum class FileKind { Missing, File, Directory, Other };
+
+using StopWish = std::function<bool()>;
+
+/// The steps. A test puts its own in between. Links are never followed at the last component of a path.
+class Files {
+public:
+    Files() = default;
+    Files(const Files&) = delete;
+    Files& operator=(const Files&) = delete;
+    virtual ~Files();
+
+    [[nodiscard]] virtual FileKind kind(const QString& path) const;
+    /// @throws FileError also when it is no file
+    [[nodiscard]] virtual FileIdentity identity(const QString& path) const;
+    /// Makes one directory where there is none. syncDirectory() of the one above makes it last.
+    virtual void makeDirectory(const QString& path, unsigned mode);
+    /// Writes a new file with the bytes of another and has them on the device when it returns. A file that it could not
+    /// finish is removed. @return of the bytes that were read
+    virtual Digest copy(const QString& from, const QString& to, unsigned mode, const StopWish& stop);
+    /// Reads the file from the device where the system can be asked to.
+    [[nodiscard]] virtual Digest digest(const QString& path, const StopWish& stop) const;
+    /// Never replaces a file. @throws FileError of Kind::Exists
+    virtual void rename(const QString& from, const QString& to);
+    /// Has the names in a directory on the device.
+    virtual void syncDirectory(const QString& path);
+    /// Missing is no error.
+    virtual void remove(const QString& path);
+    /// Marks a file as just used. A failure only makes it look older.
+    virtual void touch(const QString& path);
+    /// Writes a small file under a temporary name and renames it, replacing what is there, lasting.
+    virtual void write(const QString& path, const QByteArray& bytes, unsigned mode);
+};
+
+/// A lock that the system releases when the process ends, on a file made for the purpose.
+class FileLock {
+public:
+    enum class Mode { Shared, Exclusive };
+    /// Does not wait. @return null when others hold it. @throws FileError when the file cannot be made
+    [[nodiscard]] static std::unique_ptr<FileLock> tryLock(const QString& path, Mode mode, unsigned fileMode);
+    /// Whether somebody holds it; a missing file is held by nobody.
+    [[nodiscard]] static bool isHeld(const QString& path);
+
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+    /// Releases it, and removes the file where nobody else holds it.
+    ~FileLock();
+
+private:
+    struct Private;
+    explicit FileLock(std::unique_ptr<Private> own);
+    std::unique_ptr<Private> d;
+};
+
+}  // namespace Zelvo

@@ -1,0 +1,403 @@
+#include <cerrno>
+#include <system_error>
+#include <vector>
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QFileInfo>
+#include <QUuid>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "files.h"
+
+namespace Zelvo {
+
+namespace {
+
+constexpr std::size_t PieceBytes = 1U << 20U;
+
+FileError::Kind kindOf(int code)
+{
+    switch (code) {
+        case ENOENT:
+        case ENOTDIR:
+            return FileError::Kind::Missing;
+        case EEXIST:
+        case ENOTEMPTY:
+            return FileError::Kind::Exists;
+        case ENOSPC:
+        case EDQUOT:
+        case EFBIG:
+            return FileError::Kind::Full;
+        case EROFS:
+        case EIO:
+        case ENOTCONN:
+        case ESTALE:
+        case ENODEV:
+        case ENXIO:
+        case EHOSTDOWN:
+        case EHOSTUNREACH:
+        case ETIMEDOUT:
+            return FileError::Kind::Away;
+        case ELOOP:
+        case EISDIR:
+            return FileError::Kind::NotAFile;
+        default:
+            return FileError::Kind::Other;
+    }
+}
+
+[[noreturn]] void fail(const char* what, const QString& path, int code = errno)
+{
+    const QString reason = QString::fromStdString(std::generic_category().message(code));
+    throw FileError(kindOf(code), QStringLiteral("cannot %1 %2: %3").arg(QLatin1String(what), path, reason));
+}
+
+QByteArray nativeName(const QString& path)
+{
+    return QFile::encodeName(path);
+}
+
+class Descriptor {
+public:
+    Descriptor(const QString& path, int flags, mode_t mode = 0)
+        : m_number(::open(nativeName(path).constData(), flags | O_CLOEXEC | O_NOFOLLOW, mode))
+    {
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor()
+    {
+        if (m_number >= 0) {
+            ::close(m_number);
+        }
+    }
+    [[nodiscard]] int number() const { return m_number; }
+    [[nodiscard]] bool good() const { return m_number >= 0; }
+    /// Closing can be where a network file system tells of a failed write.
+    [[nodiscard]] bool close()
+    {
+        const int number = m_number;
+        m_number = -1;
+        return ::close(number) == 0;
+    }
+
+private:
+    int m_number;
+};
+
+FileIdentity identityOf(const struct stat& info)
+{
+    constexpr std::int64_t nanoseconds = 1'000'000'000;
+    return {info.st_dev, info.st_ino, info.st_size, info.st_mtim.tv_sec * nanoseconds + info.st_mtim.tv_nsec};
+}
+
+FileIdentity identityOf(const Descriptor& file, const QString& path)
+{
+    struct stat info = {};
+    if (::fstat(file.number(), &info) != 0) {
+        fail("look at", path);
+    }
+    if (!S_ISREG(info.st_mode)) {
+        throw FileError(FileError::Kind::NotAFile, QStringLiteral("%1 is no file").arg(path));
+    }
+    return identityOf(info);
+}
+
+void writeAll(const Descriptor& file, const char* bytes, std::size_t size, const QString& path)
+{
+    while (size > 0) {
+        const ssize_t written = ::write(file.number(), bytes, size);
+        if (written < 0 && errno == EINTR) {
+            continue;
+        }
+        if (written < 0) {
+            fail("write", path);
+        }
+        bytes += written;
+        size -= static_cast<std::size_t>(written);
+    }
+}
+
+// Gives every piece to a taker. The file must be the same before and after.
+Digest readAll(const Descriptor& file, const QString& path, const StopWish& stop,
+               const std::function<void(const char*, std::size_t)>& take)
+{
+    Digest result;
+    result.identity = identityOf(file, path);
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    std::vector<char> piece(PieceBytes);
+    while (true) {
+        if (stop && stop()) {
+            throw Interrupted();
+        }
+        const ssize_t count = ::read(file.number(), piece.data(), piece.size());
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count < 0) {
+            fail("read", path);
+        }
+        if (count == 0) {
+            break;
+        }
+        hash.addData(piece.data(), static_cast<int>(count));
+        take(piece.data(), static_cast<std::size_t>(count));
+        result.bytes += count;
+    }
+    if (result.bytes != result.identity.bytes || identityOf(file, path) != result.identity) {
+        throw FileError(FileError::Kind::Changed, QStringLiteral("%1 changed while it was read").arg(path));
+    }
+    result.sha256 = hash.result().toHex();
+    return result;
+}
+
+void flush(const Descriptor& file, const QString& path)
+{
+    if (::fsync(file.number()) != 0) {
+        fail("flush", path);
+    }
+}
+
+// Where the file system cannot rename without replacing, a second name is given and the first taken away.
+int linkAndUnlink(const char* from, const char* to)
+{
+    if (::link(from, to) == 0) {
+        return ::unlink(from);
+    }
+    if (errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS && errno != EMLINK) {
+        return -1;
+    }
+    // No second names either, as on some shares. Nobody else writes under this name: only the file's station does.
+    struct stat info = {};
+    if (::lstat(to, &info) == 0) {
+        errno = EEXIST;
+        return -1;
+    }
+    return ::rename(from, to);
+}
+
+}  // namespace
+
+Files::~Files() = default;
+
+FileKind Files::kind(const QString& path) const
+{
+    struct stat info = {};
+    if (::lstat(nativeName(path).constData(), &info) != 0) {
+        if (errno == ENOENT || errno == ENOTDIR) {
+            return FileKind::Missing;
+        }
+        fail("look at", path);
+    }
+    return S_ISREG(info.st_mode) ? FileKind::File : S_ISDIR(info.st_mode) ? FileKind::Directory : FileKind::Other;
+}
+
+FileIdentity Files::identity(const QString& path) const
+{
+    struct stat info = {};
+    if (::lstat(nativeName(path).constData(), &info) != 0) {
+        fail("look at", path);
+    }
+    if (!S_ISREG(info.st_mode)) {
+        throw FileError(FileError::Kind::NotAFile, QStringLiteral("%1 is no file").arg(path));
+    }
+    return identityOf(info);
+}
+
+void Files::makeDirectory(const QString& path, unsigned mode)
+{
+    if (::mkdir(nativeName(path).constData(), 0700) != 0) {
+        if (errno == EEXIST && kind(path) == FileKind::Directory) {
+            return;
+        }
+        fail("make the directory", path);
+    }
+    // Not left to the mask that the process was started with.
+    if (::chmod(nativeName(path).constData(), mode) != 0) {
+        fail("set the permissions of", path);
+    }
+}
+
+Digest Files::copy(const QString& from, const QString& to, unsigned mode, const StopWish& stop)
+{
+    const Descriptor source(from, O_RDONLY);
+    if (!source.good()) {
+        fail("open", from);
+    }
+    Descriptor target(to, O_WRONLY | O_CREAT | O_EXCL, 0600);
+    if (!target.good()) {
+        fail("make", to);
+    }
+    try {
+        const Digest result = readAll(source, from, stop, [&target, &to](const char* bytes, std::size_t size) {
+            writeAll(target, bytes, size, to);
+        });
+        if (::fchmod(target.number(), mode) != 0) {
+            fail("set the permissions of", to);
+        }
+        flush(target, to);
+        if (!target.close()) {
+            fail("write", to);
+        }
+        return result;
+    } catch (...) {
+        ::unlink(nativeName(to).constData());
+        throw;
+    }
+}
+
+Digest Files::digest(const QString& path, const StopWish& stop) const
+{
+    const Descriptor file(path, O_RDONLY);
+    if (!file.good()) {
+        fail("open", path);
+    }
+#if defined(POSIX_FADV_DONTNEED)
+    // Only advice: pages that are still in memory would hide what the device kept.
+    static_cast<void>(::posix_fadvise(file.number(), 0, 0, POSIX_FADV_DONTNEED));
+#endif
+    return readAll(file, path, stop, [](const char* /*bytes*/, std::size_t /*size*/) {});
+}
+
+void Files::rename(const QString& from, const QString& to)
+{
+    const QByteArray source = nativeName(from);
+    const QByteArray target = nativeName(to);
+#if defined(RENAME_NOREPLACE)
+    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE) == 0) {
+        return;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        fail("rename to", to);
+    }
+#endif
+    if (linkAndUnlink(source.constData(), target.constData()) != 0) {
+        fail("rename to", to);
+    }
+}
+
+void Files::syncDirectory(const QString& path)
+{
+    const Descriptor directory(path, O_RDONLY | O_DIRECTORY);
+    if (!directory.good()) {
+        // The recording directory itself may be a link; only names below it are of interest.
+        const int number = ::open(nativeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (number < 0) {
+            fail("open", path);
+        }
+        const int result = ::fsync(number);
+        const int code = errno;
+        ::close(number);
+        if (result != 0 && code != EINVAL) {
+            fail("flush", path, code);
+        }
+        return;
+    }
+    // Some shares cannot flush a directory and say so; their server then decides.
+    if (::fsync(directory.number()) != 0 && errno != EINVAL) {
+        fail("flush", path);
+    }
+}
+
+void Files::remove(const QString& path)
+{
+    if (::unlink(nativeName(path).constData()) != 0 && errno != ENOENT) {
+        fail("remove", path);
+    }
+}
+
+void Files::touch(const QString& path)
+{
+    static_cast<void>(::utimensat(AT_FDCWD, nativeName(path).constData(), nullptr, AT_SYMLINK_NOFOLLOW));
+}
+
+void Files::write(const QString& path, const QByteArray& bytes, unsigned mode)
+{
+    const QString temporary = path + QLatin1Char('.') + QUuid::createUuid().toString(QUuid::Id128);
+    Descriptor file(temporary, O_WRONLY | O_CREAT | O_EXCL, 0600);
+    if (!file.good()) {
+        fail("make", temporary);
+    }
+    writeAll(file, bytes.constData(), static_cast<std::size_t>(bytes.size()), temporary);
+    if (::fchmod(file.number(), mode) != 0) {
+        fail("set the permissions of", temporary);
+    }
+    flush(file, temporary);
+    if (!file.close() || ::rename(nativeName(temporary).constData(), nativeName(path).constData()) != 0) {
+        fail("write", path);
+    }
+    Files::syncDirectory(QFileInfo(path).path());
+}
+
+struct FileLock::Private {
+    explicit Private(const QString& file, mode_t mode) : path(file), descriptor(file, O_RDWR | O_CREAT, mode) {}
+
+    // Whoever held the lock last removed the file, and another may lie there now.
+    [[nodiscard]] bool stillNamed() const
+    {
+        struct stat own = {};
+        struct stat named = {};
+        return ::fstat(descriptor.number(), &own) == 0 && ::lstat(nativeName(path).constData(), &named) == 0 &&
+               own.st_dev == named.st_dev && own.st_ino == named.st_ino;
+    }
+
+    QString path;
+    Descriptor descriptor;
+};
+
+std::unique_ptr<FileLock> FileLock::tryLock(const QString& path, Mode mode, unsigned fileMode)
+{
+    // Who gives a lock up holds it alone for a moment.
+    constexpr int Patience = 5;
+    constexpr useconds_t MomentUs = 1'000;
+    for (int refusals = 0;;) {
+        auto own = std::make_unique<Private>(path, fileMode);
+        if (!own->descriptor.good()) {
+            fail("make", path);
+        }
+        const int operation = (mode == Mode::Shared ? LOCK_SH : LOCK_EX) | LOCK_NB;
+        if (::flock(own->descriptor.number(), operation) != 0) {
+            if (errno != EWOULDBLOCK) {
+                fail("lock", path);
+            }
+            if (++refusals == Patience) {
+                return nullptr;
+            }
+            ::usleep(MomentUs);
+            continue;
+        }
+        if (own->stillNamed()) {
+            return std::unique_ptr<FileLock>(new FileLock(std::move(own)));
+        }
+    }
+}
+
+bool FileLock::isHeld(const QString& path)
+{
+    const Descriptor file(path, O_RDWR);
+    if (!file.good()) {
+        if (errno == ENOENT) {
+            return false;
+        }
+        fail("open", path);
+    }
+    return ::flock(file.number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+}
+
+FileLock::FileLock(std::unique_ptr<Private> own) : d(std::move(own))
+{
+}
+
+FileLock::~FileLock()
+{
+    if (::flock(d->descriptor.number(), LOCK_EX | LOCK_NB) == 0 && d->stillNamed()) {
+        ::unlink(nativeName(d->path).constData());
+    }
+}
+
+}  // namespace Zelvo

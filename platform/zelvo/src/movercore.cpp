@@ -1,0 +1,458 @@
+#include "movercore.h"
+
+#include <algorithm>
+
+#include <QDir>
+#include <QFileInfo>
+
+#include "cache.h"
+
+namespace Zelvo {
+
+namespace {
+
+// Of a file that another station has open for writing: longer than any pause between two runs of its mover.
+constexpr std::int64_t WriterLeaseMs = 1'800'000;
+constexpr std::int64_t HeartbeatMs = 60'000;
+
+// The copy under its temporary name: always the same, so that what a killed mover left is found.
+QString temporaryPath(const QString& target, const FileRow& file, std::int64_t version)
+{
+    return QStringLiteral("%1/.%2.%3.part").arg(QFileInfo(target).path()).arg(file.id).arg(version);
+}
+
+}  // namespace
+
+MoverCore::MoverCore(const ArchiveConfiguration& configuration, Files& files, Clock clock)
+    : m_configuration(checkedConfiguration(configuration)),
+      m_files(files),
+      m_clock(std::move(clock)),
+      m_storage(m_configuration, files)
+{
+}
+
+MoverReport MoverCore::run(const StopWish& stop)
+{
+    m_report = MoverReport();
+    const std::int64_t now = m_clock();
+    if (now < m_registryNextTryMs) {
+        m_report.problem = m_registryProblem;
+        m_report.nextRunMs = m_registryNextTryMs;
+        return m_report;
+    }
+    try {
+        open();
+        const std::unique_ptr<FileLock> lock =
+            FileLock::tryLock(m_station->paths().moverLock(), FileLock::Mode::Exclusive, m_configuration.fileMode);
+        if (lock == nullptr) {
+            m_report.otherMover = true;
+            return m_report;
+        }
+        runLocked(stop);
+        m_registryFailures = 0;
+    } catch (const Interrupted&) {
+        m_report.interrupted = true;
+    } catch (const std::exception& error) {
+        m_registryProblem = QString::fromUtf8(error.what());
+        m_report.problem = m_registryProblem;
+        m_registryNextTryMs = now + pause(m_registryFailures++);
+        due(m_registryNextTryMs);
+    }
+    return m_report;
+}
+
+void MoverCore::open()
+{
+    if (m_station == nullptr) {
+        m_station = std::make_unique<Station>(m_configuration);
+    }
+}
+
+void MoverCore::runLocked(const StopWish& stop)
+{
+    m_station->publish();
+    abandonGroupsOfTheDead();
+    m_fullFromBytes = 0;
+    moveDue(stop);
+    tendWriters();
+    removeUnfinishedEdits(*m_station);
+    if (m_configuration.removeExpired && m_report.problem.isEmpty()) {
+        removeExpired();
+    }
+    makeRoom(*m_station, 0);
+    m_station->removeDeadOwners();
+    if (m_station->isShared() && m_report.moved > 0) {
+        Registry::prune(m_station->journal(), m_station->registry(),
+                        [this](const QString& owner) { return m_station->ownerLives(owner); });
+    }
+}
+
+void MoverCore::abandonGroupsOfTheDead()
+{
+    for (const QString& owner : m_station->registry().openOwners(m_station->name())) {
+        if (!m_station->ownerLives(owner)) {
+            m_station->registry().abandon(m_station->name(), owner);
+        }
+    }
+}
+
+std::vector<MoverCore::Group> MoverCore::pendingGroups()
+{
+    std::vector<Group> groups;
+    for (PendingFile& file : m_station->registry().pending(m_station->name())) {
+        file.file.localPath = m_station->originalPath(file.file);
+        if (groups.empty() || groups.back().front().file.guid != file.file.guid) {
+            groups.emplace_back();
+        }
+        groups.back().push_back(std::move(file));
+    }
+    return groups;
+}
+
+void MoverCore::moveDue(const StopWish& stop)
+{
+    std::int64_t attempts = 0;
+    const StationInfo before = m_station->registry().station(m_station->name(), attempts);
+    m_storageAttempts = attempts;
+    std::vector<Group> groups = pendingGroups();
+    if (!before.storageError.isEmpty() && m_clock() < before.nextTryMs) {
+        m_report.problem = before.storageError;
+        for (const Group& group : groups) {
+            m_report.waiting += static_cast<std::int64_t>(group.size());
+        }
+        due(before.nextTryMs);
+        return;
+    }
+    // Looked at also when nothing is due, so that operators hear of a storage that is away before it is needed.
+    bool usable = storageIsThere();
+    for (Group& group : groups) {
+        if (!usable) {
+            m_report.waiting += static_cast<std::int64_t>(group.size());
+            continue;
+        }
+        usable = moveGroup(group, stop);
+    }
+    const std::int64_t now = m_clock();
+    if (usable && (!before.storageError.isEmpty() || now - m_heartbeatMs >= HeartbeatMs)) {
+        m_station->registry().recordRun(m_station->name(), now, QString(), 0, 0);
+        m_heartbeatMs = now;
+    }
+}
+
+bool MoverCore::storageIsThere()
+{
+    try {
+        m_storage.check(m_station->registry().property(QStringLiteral("storage")));
+        return true;
+    } catch (const FileError& error) {
+        storageFailed(error.text());
+        return false;
+    }
+}
+
+void MoverCore::storageFailed(const QString& sentence)
+{
+    m_storage.forgetDirectories();
+    const std::int64_t next = m_clock() + pause(m_storageAttempts);
+    m_station->registry().recordRun(m_station->name(), m_clock(), sentence, m_storageAttempts + 1, next);
+    m_report.problem = sentence;
+    due(next);
+}
+
+// @return false when the storage went away
+bool MoverCore::moveGroup(Group& group, const StopWish& stop)
+{
+    const bool finished = isFinished(group);
+    for (auto file = group.begin(); file != group.end(); ++file) {
+        if (!finished && file->file.state == FileState::Waiting) {
+            ++m_report.waiting;
+        } else if (!moveOne(file->file, file->group.createdMs, stop)) {
+            m_report.waiting += group.end() - file - 1;
+            return false;
+        }
+    }
+    return true;
+}
+
+// Whether the waiting files of a group may go. One that is still recorded keeps them all.
+bool MoverCore::isFinished(Group& group)
+{
+    const GroupRow& row = group.front().group;
+    if (row.state == GroupState::Open) {
+        return false;
+    }
+    const bool recorderMayLive = row.state == GroupState::Superseded;
+    for (PendingFile& pending : group) {
+        FileRow& file = pending.file;
+        if (file.state != FileState::Waiting || file.localPath.isEmpty()) {
+            continue;
+        }
+        const QString unfinished = file.unfinished.isEmpty() ? unfinishedName(file.name) : file.unfinished;
+        const QString path = QFileInfo(file.localPath).path() + QLatin1Char('/') + unfinished;
+        if (m_files.kind(path) != FileKind::Missing) {
+            const bool alive = m_station->ownerLives(row.owner);
+            note(file, alive ? QStringLiteral("is still recorded as %1").arg(path)
+                             : QStringLiteral("waits until %1, whose recorder ended, is recovered").arg(path));
+            return false;
+        }
+        // Its last name says nothing about whether it is finished.
+        if (recorderMayLive && file.unfinished.isEmpty()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// @return false when the storage went away
+bool MoverCore::moveOne(FileRow& file, std::int64_t createdMs, const StopWish& stop)
+{
+    if (stop && stop()) {
+        throw Interrupted();
+    }
+    if (file.nextTryMs > m_clock()) {
+        due(file.nextTryMs);
+        ++m_report.waiting;
+        return true;
+    }
+    // Another registration of the same original may have been moved since, or a writer come.
+    const std::optional<FileRow> current = m_station->registry().file(file.where());
+    if (!current || current->state != file.state || current->version != file.version) {
+        return true;
+    }
+    switch (attempt(file, createdMs, stop)) {
+        case Outcome::Moved:
+            ++m_report.moved;
+            return true;
+        case Outcome::Waits:
+            ++m_report.waiting;
+            return true;
+        case Outcome::Failed:
+            return true;
+        case Outcome::StorageAway:
+            return false;
+    }
+    return true;
+}
+
+MoverCore::Outcome MoverCore::attempt(FileRow& file, std::int64_t createdMs, const StopWish& stop)
+{
+    try {
+        if (file.state == FileState::Stored) {
+            return finish(file, file.version > 1 ? QString() : file.localPath, nullptr, stop);
+        }
+        return store(file, createdMs, stop);
+    } catch (const FileError& error) {
+        fail(file, error.text());
+        if (error.kind() == FileError::Kind::Full) {
+            m_fullFromBytes = QFileInfo(file.localPath).size();
+        }
+        if (error.kind() != FileError::Kind::Away) {
+            return Outcome::Failed;
+        }
+        storageFailed(error.text());
+        return Outcome::StorageAway;
+    } catch (const ArchiveError& error) {
+        if (error.code() == ZelvoError::Unreachable) {
+            throw;
+        }
+        return fail(file, error.text());
+    }
+}
+
+MoverCore::Outcome MoverCore::store(FileRow& file, std::int64_t createdMs, const StopWish& stop)
+{
+    const QString original = file.localPath;
+    if (original.isEmpty()) {
+        return fail(file, QStringLiteral("the journal of station \"%1\" does not know the file").arg(file.station));
+    }
+    std::unique_ptr<FileLock> lock = m_station->lock(file.where(), FileLock::Mode::Shared);
+    if (lock == nullptr) {
+        note(file, QStringLiteral("is open for writing"));
+        return Outcome::Waits;
+    }
+    if (m_files.kind(original) == FileKind::Missing) {
+        return originalIsMissing(file, original);
+    }
+    if (m_fullFromBytes > 0 && m_files.identity(original).bytes >= m_fullFromBytes) {
+        return Outcome::Waits;
+    }
+    StoredCopy copy;
+    copy.version = file.state == FileState::Edited ? file.version + 1 : file.version;
+    copy.path = storedName(createdMs, file.where(), copy.version, file.name);
+    const Digest digest = copyToStorage(file, original, copy.path, stop);
+    copy.bytes = digest.bytes;
+    copy.sha256 = QString::fromLatin1(digest.sha256);
+    if (!m_station->registry().recordStored(file, copy, m_clock())) {
+        return fail(file, QStringLiteral("the registry changed while the file was moved"));
+    }
+    m_report.bytes += digest.bytes;
+    lock.reset();
+    const std::optional<FileRow> stored = m_station->registry().file(file.where());
+    return stored ? finish(*stored, original, &digest.identity, stop)
+                  : fail(file, QStringLiteral("the registry lost the file while it was moved"));
+}
+
+// Copy, flush, read back and compare, rename. Nothing that is there under the final name is ever replaced.
+Digest MoverCore::copyToStorage(const FileRow& file, const QString& original, const QString& storedPath,
+                                const StopWish& stop)
+{
+    const QString target = m_storage.path(storedPath);
+    m_storage.makeDirectories(storedPath);
+    Digest digest;
+    const QString temporary = temporaryPath(target, file, file.version);
+    m_files.remove(temporary);
+    if (!isStoredAlready(original, target, digest, stop)) {
+        digest = m_files.copy(original, temporary, m_configuration.fileMode, stop);
+        const Digest back = m_files.digest(temporary, stop);
+        if (back.sha256 != digest.sha256) {
+            m_files.remove(temporary);
+            throw FileError(FileError::Kind::Other,
+                            QStringLiteral("%1 read back from the storage is not what was written").arg(temporary));
+        }
+        m_files.rename(temporary, target);
+    }
+    m_files.syncDirectory(QFileInfo(target).path());
+    return digest;
+}
+
+bool MoverCore::isStoredAlready(const QString& original, const QString& target, Digest& digest,
+                                const StopWish& stop) const
+{
+    if (m_files.kind(target) == FileKind::Missing) {
+        return false;
+    }
+    digest = m_files.digest(original, stop);
+    if (m_files.kind(target) != FileKind::File || m_files.digest(target, stop).sha256 != digest.sha256) {
+        throw FileError(FileError::Kind::Exists,
+                        QStringLiteral("%1 exists already and is another file; it is not replaced").arg(target));
+    }
+    return true;
+}
+
+MoverCore::Outcome MoverCore::originalIsMissing(const FileRow& file, const QString& original)
+{
+    if (file.state == FileState::Waiting && m_station->registry().recordSame(file)) {
+        return Outcome::Waits;
+    }
+    return fail(file, QStringLiteral("%1 is missing").arg(original));
+}
+
+// Deletes what the verified copy replaces: the original and an older version in the storage.
+MoverCore::Outcome MoverCore::finish(const FileRow& file, const QString& original, const FileIdentity* known,
+                                     const StopWish& stop)
+{
+    const std::unique_ptr<FileLock> lock = m_station->lock(file.where(), FileLock::Mode::Exclusive);
+    if (lock == nullptr) {
+        FileRow noted = file;
+        note(noted, QStringLiteral("is stored; the original is in use and deleted later"));
+        return Outcome::Waits;
+    }
+    // An edited version lies where its name and the version it was made of say.
+    FileRow before = file;
+    before.version = file.version - 1;
+    const bool edited = file.version > 1;
+    const QString path = edited ? m_station->editedPath(before) : original;
+    if (!path.isEmpty() && m_files.kind(path) != FileKind::Missing) {
+        const bool same = known != nullptr ? m_files.identity(path) == *known : isTheStoredOne(file, path, stop);
+        if (same) {
+            m_files.remove(path);
+            m_files.syncDirectory(QFileInfo(path).path());
+        } else {
+            m_report.messages +=
+                QStringLiteral("%1: %2 changed since it was stored and stays").arg(file.address(), path);
+        }
+    }
+    if (edited) {
+        QDir().rmdir(QFileInfo(path).path());
+    }
+    if (!file.oldPath.isEmpty()) {
+        m_files.remove(m_storage.path(file.oldPath));
+    }
+    m_station->registry().recordMoved(file);
+    return Outcome::Moved;
+}
+
+// For a file whose mover was killed after the registry said "stored". Trusts nothing but the bytes.
+bool MoverCore::isTheStoredOne(const FileRow& file, const QString& original, const StopWish& stop)
+{
+    const QString target = m_storage.path(file.storedPath);
+    if (m_files.kind(target) == FileKind::Missing) {
+        m_station->registry().recordLost(file);
+        throw FileError(FileError::Kind::Other,
+                        QStringLiteral("%1 vanished from the storage; the original is moved again").arg(target));
+    }
+    if (QString::fromLatin1(m_files.digest(target, stop).sha256) != file.sha256) {
+        throw FileError(FileError::Kind::Other,
+                        QStringLiteral("%1 was altered in the storage; the original %2 stays").arg(target, original));
+    }
+    return QString::fromLatin1(m_files.digest(original, stop).sha256) == file.sha256;
+}
+
+MoverCore::Outcome MoverCore::fail(const FileRow& file, const QString& sentence)
+{
+    const std::int64_t next = m_clock() + pause(file.attempts);
+    m_station->registry().recordFailure(file, sentence, next);
+    due(next);
+    ++m_report.failed;
+    m_report.messages += file.address() + QStringLiteral(": ") + sentence;
+    return Outcome::Failed;
+}
+
+// What a file waits for; written only when it is news.
+void MoverCore::note(FileRow& file, const QString& text)
+{
+    if (file.error != text) {
+        m_station->registry().recordNote(file, text);
+        file.error = text;
+    }
+}
+
+std::int64_t MoverCore::pause(std::int64_t attempts) const
+{
+    std::int64_t result = m_configuration.firstPauseMs;
+    for (std::int64_t i = 0; i < attempts && result < m_configuration.longestPauseMs; ++i) {
+        result *= 2;
+    }
+    return std::min(result, m_configuration.longestPauseMs);
+}
+
+void MoverCore::due(std::int64_t timeMs)
+{
+    m_report.nextRunMs = m_report.nextRunMs < 0 ? timeMs : std::min(m_report.nextRunMs, timeMs);
+}
+
+// Writers of this station that ended give their files back; the others keep them.
+void MoverCore::tendWriters()
+{
+    const std::int64_t now = m_clock();
+    for (const FileRow& file : m_station->registry().writtenBy(m_station->name())) {
+        if (!m_station->ownerLives(file.writer)) {
+            m_station->registry().giveBack(file.where(), file.writer);
+        } else if (file.writerUntilMs < now + WriterLeaseMs / 2) {
+            m_station->registry().prolong(file, now + WriterLeaseMs);
+        }
+    }
+}
+
+void MoverCore::removeExpired()
+{
+    for (const FileRow& file : m_station->registry().expired(m_station->name(), m_clock())) {
+        const std::unique_ptr<FileLock> lock = m_station->lock(file.where(), FileLock::Mode::Exclusive);
+        try {
+            // The registry first: it must never promise a file that is gone.
+            const bool begun = file.state == FileState::Removed;
+            if (lock != nullptr && (begun || m_station->registry().recordRemoved(file, m_clock()))) {
+                const QString path = m_storage.path(file.storedPath);
+                m_files.remove(path);
+                QDir().rmdir(QFileInfo(path).path());
+                m_station->registry().recordGone(file);
+                ++m_report.removed;
+            }
+        } catch (const FileError& error) {
+            ++m_report.failed;
+            m_report.messages += file.address() + QStringLiteral(": ") + error.text();
+        }
+    }
+}
+
+}  // namespace Zelvo

@@ -1,0 +1,127 @@
+// Groups and files as a registry keeps them: the requests of clients, the steps of the mover, the questions of tools.
+// Used by one thread. Everything throws ArchiveError when the registry does not answer.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include <zelvo/archive.h>
+
+#include "database.h"
+#include "names.h"
+
+namespace Zelvo {
+
+struct GroupRow : GroupInfo {
+    QString owner;  ///< the lock of the process that records into it
+    bool asked = false;
+    bool abandoned = false;
+    bool superseded = false;
+    std::int64_t revision = 1;
+};
+
+struct FileRow : FileInfo {
+    QString unfinished;  ///< the name it had while it was recorded; empty: the final one
+    std::int64_t createdMs = 0;
+    QString oldPath;  ///< relative to the storage: an older version that is still to be deleted
+    QString writer;   ///< the owner that has it open for writing; empty: nobody
+    QString writerStation;
+    std::int64_t writerUntilMs = 0;
+
+    [[nodiscard]] Address where() const { return {guid, id}; }
+};
+
+/// A file that the mover has to look at, with what its group says.
+struct PendingFile {
+    FileRow file;
+    GroupRow group;
+};
+
+struct StoredCopy {
+    QString path;
+    std::int64_t bytes = 0;
+    QString sha256;
+    std::int64_t version = 1;
+};
+
+class Registry {
+public:
+    explicit Registry(Database& database) : m_database(database) {}
+    [[nodiscard]] Database& database() { return m_database; }
+
+    [[nodiscard]] QString property(const QString& name);
+    void setPropertyOnce(const QString& name, const QString& value);
+
+    // Requests. A new group supersedes those that the same owner left unasked.
+    void createGroup(const GroupRow& group);
+    /// @return the file's id
+    std::uint32_t addFile(const FileRow& file);
+    /// @return false when there is no such group
+    bool ask(const QString& guid, const QString& user);
+    [[nodiscard]] std::vector<QString> directoriesOf(const QString& owner);
+
+    // Questions.
+    [[nodiscard]] std::optional<GroupRow> group(const QString& guid);
+    [[nodiscard]] std::vector<GroupRow> groups(std::int64_t limit);
+    [[nodiscard]] std::optional<FileRow> file(const Address& address);
+    [[nodiscard]] std::vector<FileRow> files(const QString& guid);
+    /// Those with a copy in the storage, after an address, in order; so many at a time.
+    [[nodiscard]] std::vector<FileRow> storedAfter(const Address& address, const QString& onlyGuid, int limit);
+    [[nodiscard]] std::vector<FileRow> notMoved(int limit);
+    void count(ArchiveStatus& status);
+    [[nodiscard]] std::vector<StationInfo> stations();
+
+    // The mover's steps, for files of one station.
+    [[nodiscard]] std::vector<PendingFile> pending(const QString& station);
+    [[nodiscard]] std::vector<QString> openOwners(const QString& station);
+    void abandon(const QString& station, const QString& owner);
+    /// The storage has this version now. Other registrations of the same original become FileState::Same.
+    /// @return false when the file is not any more what the mover knew
+    bool recordStored(const FileRow& file, const StoredCopy& copy, std::int64_t nowMs);
+    void recordMoved(const FileRow& file);
+    /// The storage does not have it any more, but the original is still there.
+    void recordLost(const FileRow& file);
+    void recordFailure(const FileRow& file, const QString& error, std::int64_t nextTryMs);
+    void recordNote(const FileRow& file, const QString& note);
+    /// When another registration of the same original was moved after this one was made.
+    bool recordSame(const FileRow& file);
+    std::int64_t forgetPauses(const QString& station, const QString& guid);
+    /// Those of groups whose time is over, and removed ones whose copy is still to be deleted.
+    [[nodiscard]] std::vector<FileRow> expired(const QString& station, std::int64_t nowMs);
+    /// @return false when somebody has it open for writing or it is not expired any more
+    bool recordRemoved(const FileRow& file, std::int64_t nowMs);
+    /// The copy of a removed file is deleted.
+    void recordGone(const FileRow& file);
+
+    // Writers of files that are in the storage.
+    bool takeForWriting(const FileRow& file, const QString& owner, const QString& station, std::int64_t untilMs,
+                        const std::function<bool(const FileRow&)>& writerIsGone);
+    void giveBack(const Address& address, const QString& owner);
+    /// @return false when the version is not any more the one that was taken
+    bool recordEdited(const FileRow& file, const QString& owner, const QString& station, const QString& path);
+    [[nodiscard]] std::vector<FileRow> writtenBy(const QString& station);
+    void prolong(const FileRow& file, std::int64_t untilMs);
+
+    // Stations.
+    /// @return the home of the station of this name; the caller's when it is new
+    QString claimStation(const QString& name, const QString& home);
+    [[nodiscard]] StationInfo station(const QString& name, std::int64_t& attempts);
+    void recordRun(const QString& station, std::int64_t nowMs, const QString& storageError, std::int64_t attempts,
+                   std::int64_t nextTryMs);
+
+    // From a station's journal to the registry it shares.
+    [[nodiscard]] std::int64_t unpublished();
+    static void publish(Registry& journal, Registry& shared);
+    /// Forgets in the journal what needs no more of it.
+    static void prune(Registry& journal, Registry& shared, const std::function<bool(const QString&)>& ownerLives);
+
+private:
+    [[nodiscard]] std::vector<FileRow> selectFiles(const QString& condition, const QVariantList& values);
+    [[nodiscard]] std::vector<GroupRow> selectGroups(const QString& condition, const QVariantList& values);
+
+    Database& m_database;
+};
+
+}  // namespace Zelvo
