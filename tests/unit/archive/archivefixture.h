@@ -1,0 +1,177 @@
+// An archive in a temporary folder, with recordings made of chosen bytes.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <zelvo/archive.h>
+#include <zelvo/zelvo.h>
+
+#include "files.h"
+#include "movercore.h"
+
+namespace ArchiveTests {
+
+/// Bytes that tell files apart.
+inline QByteArray bytesOf(int size, int seed = 0)
+{
+    QByteArray bytes(size, Qt::Uninitialized);
+    unsigned value = static_cast<unsigned>(seed) * 2'654'435'761U + 1;
+    for (char& byte : bytes) {
+        value = value * 1'664'525U + 1'013'904'223U;
+        byte = static_cast<char>(value >> 24U);
+    }
+    return bytes;
+}
+
+inline void writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
+    ASSERT_EQ(file.write(bytes), bytes.size());
+}
+
+inline QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+struct ManualClock {
+    std::int64_t now = 1'800'000'000'000;
+    [[nodiscard]] Zelvo::Clock clock()
+    {
+        return [this] { return now; };
+    }
+};
+
+/// What these tests are about outlasts a process, not a power cut; in memory they are many times faster.
+inline QString temporaryTemplate()
+{
+    const QFileInfo memory(QStringLiteral("/dev/shm"));
+    return (memory.isWritable() ? memory.filePath() : QDir::tempPath()) + QStringLiteral("/archive-test-XXXXXX");
+}
+
+/// One station; several may share a storage and a registry.
+class StationFolder {
+public:
+    explicit StationFolder(const QString& root, const QString& storage, const QString& name = QStringLiteral("north"))
+        : m_root(root)
+    {
+        configuration.directory = root + QStringLiteral("/archive");
+        configuration.storage = storage;
+        configuration.station = name;
+        QDir().mkpath(recordings());
+        QDir().mkpath(storage);
+    }
+
+    [[nodiscard]] QString recordings() const { return m_root + QStringLiteral("/recordings"); }
+    [[nodiscard]] QString recording(const QString& name) const { return recordings() + QLatin1Char('/') + name; }
+
+    Zelvo::ArchiveConfiguration configuration;
+
+private:
+    QString m_root;
+};
+
+inline QString newGroup(Zelvo::ZelvoClient& client, const QString& directory,
+                        const QDateTime& expires = QDateTime::currentDateTime().addDays(7))
+{
+    QString settled = directory;
+    constexpr unsigned long long Most = 52'428'800;
+    return client.CreateFileGroup(QStringLiteral("2"), expires, QStringLiteral("Start Time:now"),
+                                  QStringLiteral("Scan-Records (Recording2)"), Zelvo::FileType::Recording, Most,
+                                  QStringLiteral("Scan Recording - 12-00-00"), settled, QString());
+}
+
+inline Zelvo::ZelvoUrl url(const QString& guid, std::uint32_t id)
+{
+    return Zelvo::ZelvoUrl(QStringLiteral("zelvo:///%1/%2").arg(guid).arg(id));
+}
+
+/// Registers a file while it is unfinished, as a recorder does.
+inline std::uint32_t beginFile(Zelvo::ZelvoClient& client, const QString& guid, const QString& directory,
+                               const QString& base, const QByteArray& bytes)
+{
+    writeFile(directory + QLatin1Char('/') + base + QStringLiteral(".tmp"), bytes);
+    return client.AddFile(base + QStringLiteral(".rec"), guid);
+}
+
+inline void finishFile(const QString& directory, const QString& base)
+{
+    ASSERT_TRUE(QFile::rename(directory + QLatin1Char('/') + base + QStringLiteral(".tmp"),
+                              directory + QLatin1Char('/') + base + QStringLiteral(".rec")));
+}
+
+/// A whole recording of one file. @return its address
+inline Zelvo::ZelvoUrl recordOne(Zelvo::ZelvoClient& client, const QString& directory, const QString& base,
+                                 const QByteArray& bytes)
+{
+    const QString guid = newGroup(client, directory);
+    const std::uint32_t id = beginFile(client, guid, directory, base, bytes);
+    finishFile(directory, base);
+    client.MoveToNas(guid);
+    EXPECT_EQ(client.GetError(), Zelvo::ZelvoError::None) << client.GetErrorString().toStdString();
+    return url(guid, id);
+}
+
+class ArchiveTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_folder.isValid());
+        Zelvo::SetUpArchive(configuration());
+    }
+
+    [[nodiscard]] QString folder() const { return m_folder.path(); }
+    [[nodiscard]] QString storage() const { return m_folder.filePath(QStringLiteral("storage")); }
+    [[nodiscard]] Zelvo::ArchiveConfiguration& configuration() { return m_station.configuration; }
+    [[nodiscard]] QString recordings() const { return m_station.recordings(); }
+    [[nodiscard]] QString recording(const QString& name) const { return m_station.recording(name); }
+
+    Zelvo::MoverReport move() { return move(m_files); }
+    Zelvo::MoverReport move(Zelvo::Files& files)
+    {
+        return Zelvo::MoverCore(configuration(), files, clock.clock()).run({});
+    }
+    [[nodiscard]] Zelvo::FileInfo file(const Zelvo::ZelvoUrl& address)
+    {
+        return Zelvo::Archive(configuration()).file(address).value();
+    }
+    /// Regular files in the storage but its mark, relative to it, sorted.
+    [[nodiscard]] QStringList stored() const
+    {
+        QStringList names;
+        QDirIterator walk(storage(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        while (walk.hasNext()) {
+            walk.next();
+            if (walk.fileName() != QLatin1String(".zelvo-storage")) {
+                names += QDir(storage()).relativeFilePath(walk.filePath());
+            }
+        }
+        names.sort();
+        return names;
+    }
+    [[nodiscard]] QByteArray storedBytes(const Zelvo::ZelvoUrl& address)
+    {
+        return readFile(storage() + QLatin1Char('/') + file(address).storedPath);
+    }
+
+    ManualClock clock;
+
+private:
+    QTemporaryDir m_folder{temporaryTemplate()};
+    StationFolder m_station{m_folder.path(), storage()};
+    Zelvo::Files m_files;
+};
+
+}  // namespace ArchiveTests

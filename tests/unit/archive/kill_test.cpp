@@ -1,0 +1,318 @@
+// Movers that are killed, and storages that fail: what a restart makes of it.
+#include <csignal>
+
+#include <QCryptographicHash>
+
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "archivefixture.h"
+
+using namespace Zelvo;
+using namespace ArchiveTests;
+
+namespace {
+
+constexpr int PieceBytes = 1 << 20;
+
+/// Counts every step of the file system, before and after it and before each piece of a file, and does something at one
+/// of them.
+class SteppedFiles final : public Files {
+public:
+    explicit SteppedFiles(std::function<void(int)> atStep) : m_atStep(std::move(atStep)) {}
+    [[nodiscard]] int steps() const { return m_steps; }
+
+    void makeDirectory(const QString& path, unsigned mode) override
+    {
+        around([&] { Files::makeDirectory(path, mode); });
+    }
+    Digest copy(const QString& from, const QString& to, unsigned mode, const StopWish& stop) override
+    {
+        step();
+        const Digest digest = Files::copy(from, to, mode, steppedStop(stop));
+        step();
+        return digest;
+    }
+    [[nodiscard]] Digest digest(const QString& path, const StopWish& stop) const override
+    {
+        step();
+        return Files::digest(path, steppedStop(stop));
+    }
+    void rename(const QString& from, const QString& to) override
+    {
+        around([&] { Files::rename(from, to); });
+    }
+    void syncDirectory(const QString& path) override
+    {
+        around([&] { Files::syncDirectory(path); });
+    }
+    void remove(const QString& path) override
+    {
+        around([&] { Files::remove(path); });
+    }
+
+private:
+    void step() const { m_atStep(m_steps++); }
+    template <typename Work>
+    void around(const Work& work)
+    {
+        step();
+        work();
+        step();
+    }
+    [[nodiscard]] StopWish steppedStop(const StopWish& stop) const
+    {
+        return [this, stop] {
+            step();
+            return stop && stop();
+        };
+    }
+
+    std::function<void(int)> m_atStep;
+    mutable int m_steps = 0;
+};
+
+struct Recorded {
+    ZelvoUrl url;
+    QByteArray bytes;
+};
+
+class KilledMover : public ArchiveTest {
+protected:
+    /// A file of several pieces, two of one group, an empty one, and one that was moved before and edited since.
+    void record()
+    {
+        // In a process of its own: what this one holds open must not be held by the movers that it makes.
+        inAnotherProcess([this] {
+            Files files;
+            ZelvoClient client(configuration());
+            const ZelvoUrl edited = recordOne(client, recordings(), QStringLiteral("edited"), bytesOf(500, 9));
+            MoverCore(configuration(), files, clock.clock()).run({});
+            const QString path = client.RequestFile(edited, LockState::Exclusive);
+            writeFile(path, bytesOf(700, 10));
+            client.CloseFile(edited);
+            recordOne(client, recordings(), QStringLiteral("large"), bytesOf(PieceBytes + 1'000, 1));
+            recordOne(client, recordings(), QStringLiteral("empty"), QByteArray());
+            const QString guid = newGroup(client, recordings());
+            for (int part = 0; part < 2; ++part) {
+                beginFile(client, guid, recordings(), QString::number(part), bytesOf(100, part));
+                finishFile(recordings(), QString::number(part));
+            }
+            client.MoveToNas(guid);
+        });
+        expected = {{QStringLiteral("edited.rec"), bytesOf(700, 10)},
+                    {QStringLiteral("large.rec"), bytesOf(PieceBytes + 1'000, 1)},
+                    {QStringLiteral("empty.rec"), QByteArray()},
+                    {QStringLiteral("0.rec"), bytesOf(100, 0)},
+                    {QStringLiteral("1.rec"), bytesOf(100, 1)}};
+    }
+
+    template <typename Work>
+    void inAnotherProcess(const Work& work)
+    {
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            work();
+            _exit(testing::Test::HasFailure() ? 1 : 0);
+        }
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        ASSERT_EQ(status, 0);
+    }
+
+    /// Runs a mover in a process that is killed at a step. @return whether it lived to its end
+    bool moveAndKillAt(int fatalStep)
+    {
+        const pid_t child = fork();
+        if (child == 0) {
+            SteppedFiles files([fatalStep](int step) {
+                if (step == fatalStep) {
+                    std::raise(SIGKILL);
+                }
+            });
+            MoverCore(configuration(), files, clock.clock()).run({});
+            _exit(0);
+        }
+        int status = 0;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFEXITED(status) || WTERMSIG(status) == SIGKILL);
+        return WIFEXITED(status);
+    }
+
+    /// At any time: every file is somewhere, whole, and what the registry says is so.
+    void expectNothingLost()
+    {
+        Archive archive(configuration());
+        EXPECT_EQ(archive.verify([](const StorageProblem& problem) {
+            ADD_FAILURE() << problem.sentence.toStdString();
+            return true;
+        }) >= 0,
+                  true);
+        for (const GroupInfo& group : archive.groups()) {
+            for (const FileInfo& file : archive.files(group.data.guid)) {
+                const bool isStored = file.state == FileState::Moved || file.state == FileState::Stored;
+                const QString path = isStored ? storage() + QLatin1Char('/') + file.storedPath : file.localPath;
+                EXPECT_EQ(readFile(path), expected.at(file.name)) << path.toStdString();
+            }
+        }
+    }
+
+    /// After a run that was not disturbed: one copy of each in the storage and nothing anywhere else.
+    void expectAllMovedOnce()
+    {
+        EXPECT_EQ(stored().size(), static_cast<int>(expected.size())) << stored().join(QLatin1Char(' ')).toStdString();
+        EXPECT_TRUE(QDir(recordings()).isEmpty());
+        EXPECT_TRUE(QDir(configuration().directory + QStringLiteral("/edited")).isEmpty());
+        Archive archive(configuration());
+        for (const GroupInfo& group : archive.groups()) {
+            for (const FileInfo& file : archive.files(group.data.guid)) {
+                EXPECT_EQ(file.state, FileState::Moved) << file.error.toStdString();
+                EXPECT_EQ(readFile(storage() + QLatin1Char('/') + file.storedPath), expected.at(file.name));
+            }
+        }
+        expectNothingLost();
+    }
+
+    /// Puts everything back as it was before the first mover.
+    void restore()
+    {
+        ASSERT_TRUE(QDir(folder() + QStringLiteral("/archive")).removeRecursively());
+        ASSERT_TRUE(QDir(recordings()).removeRecursively());
+        ASSERT_TRUE(QDir(storage()).removeRecursively());
+        ASSERT_TRUE(QDir().mkpath(recordings()));
+        ASSERT_TRUE(QDir().mkpath(storage()));
+        SetUpArchive(configuration());
+        record();
+    }
+
+    std::map<QString, QByteArray> expected;
+};
+
+class FailingStorage : public KilledMover {};
+
+}  // namespace
+
+TEST_F(KilledMover, AtEachOfItsStepsLosesAndDoublesNothing)
+{
+    int runs = 0;
+    for (bool lived = false; !lived; ++runs) {
+        restore();
+        lived = moveAndKillAt(runs);
+        expectNothingLost();
+        // The pauses of failed attempts are over; there should be none.
+        const MoverReport report = move();
+        EXPECT_EQ(report.failed, 0) << report.messages.join(QLatin1Char(' ')).toStdString();
+        expectAllMovedOnce();
+        ASSERT_FALSE(HasFailure()) << "killed at step " << runs;
+    }
+    RecordProperty("kills", runs - 1);
+    EXPECT_GT(runs, 100);
+}
+
+TEST_F(KilledMover, AgainAndAgainBeforeItIsDoneLosesAndDoublesNothing)
+{
+    unsigned chance = 1;
+    int kills = 0;
+    for (int round = 0; round < 20; ++round) {
+        restore();
+        while (true) {
+            chance = chance * 1'664'525U + 1'013'904'223U;
+            if (moveAndKillAt(static_cast<int>((chance >> 16U) % 40U))) {
+                break;
+            }
+            ++kills;
+            expectNothingLost();
+        }
+        expectAllMovedOnce();
+        ASSERT_FALSE(HasFailure()) << "round " << round;
+    }
+    RecordProperty("kills", kills);
+    EXPECT_GT(kills, 60);
+}
+
+TEST_F(FailingStorage, AtEachStepDelaysAndLosesNothing)
+{
+    const std::vector<FileError::Kind> kinds = {FileError::Kind::Full, FileError::Kind::Away, FileError::Kind::Other};
+    int runs = 0;
+    for (bool failed = true; failed; ++runs) {
+        restore();
+        failed = false;
+        SteppedFiles files([&failed, runs, kind = kinds[static_cast<std::size_t>(runs) % 3]](int step) {
+            if (step == runs) {
+                failed = true;
+                throw FileError(kind, QStringLiteral("injected"));
+            }
+        });
+        const MoverReport report = move(files);
+        EXPECT_EQ(report.failed > 0 || !report.problem.isEmpty(), failed);
+        expectNothingLost();
+        clock.now += 2 * configuration().longestPauseMs;
+        EXPECT_EQ(move().failed, 0);
+        expectAllMovedOnce();
+        ASSERT_FALSE(HasFailure()) << "failed at step " << runs;
+    }
+    EXPECT_GT(runs, 100);
+}
+
+TEST_F(FailingStorage, ThatComesAndGoesDelaysAndLosesNothing)
+{
+    record();
+    unsigned chance = 7;
+    int failures = 0;
+    for (int round = 0; round < 300; ++round) {
+        SteppedFiles files([&chance, &failures](int /*step*/) {
+            chance = chance * 1'664'525U + 1'013'904'223U;
+            if ((chance >> 16U) % 12U == 0) {
+                ++failures;
+                throw FileError(FileError::Kind::Away, QStringLiteral("injected"));
+            }
+        });
+        move(files);
+        clock.now += 2 * configuration().longestPauseMs;
+    }
+    EXPECT_GT(failures, 20);
+    expectAllMovedOnce();
+}
+
+TEST_F(FailingStorage, ThatIsReadOnlyDelays)
+{
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "permissions do not hold for root";
+    }
+    record();
+    ASSERT_TRUE(QFile::setPermissions(storage(), QFile::ReadOwner | QFile::ExeOwner));
+    EXPECT_EQ(move().moved, 0);
+    ASSERT_TRUE(QFile::setPermissions(storage(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    clock.now += 2 * configuration().longestPauseMs;
+    move();
+    expectAllMovedOnce();
+}
+
+// A file system in memory that is too small for one of the files.
+TEST_F(FailingStorage, ThatIsFullTakesWhatFitsAndTheRestWhenThereIsRoom)
+{
+    const QByteArray path = QFile::encodeName(storage());
+    if (mount("none", path.constData(), "tmpfs", 0, "size=512k") != 0) {
+        GTEST_SKIP() << "no file system can be mounted here";
+    }
+    struct Unmount {
+        QByteArray path;
+        ~Unmount() { umount2(path.constData(), MNT_DETACH); }
+    } unmount{path};
+    ASSERT_TRUE(QDir(folder() + QStringLiteral("/archive")).removeRecursively());
+    SetUpArchive(configuration());
+    record();
+    const MoverReport report = move();
+    EXPECT_EQ(report.failed, 1);
+    EXPECT_EQ(report.moved, 4);
+    EXPECT_TRUE(report.messages.at(0).endsWith(QStringLiteral("No space left on device")))
+        << report.messages.at(0).toStdString();
+    expectNothingLost();
+    EXPECT_EQ(Archive(configuration()).status().failed, 1);
+    ASSERT_EQ(mount("none", path.constData(), "tmpfs", MS_REMOUNT, "size=4m"), 0);
+    clock.now = report.nextRunMs;
+    EXPECT_EQ(move().moved, 1);
+    expectAllMovedOnce();
+}

@@ -1,0 +1,368 @@
+// Moving: what goes when, and what is left after it.
+#include <QCryptographicHash>
+
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "archivefixture.h"
+
+using namespace Zelvo;
+using namespace ArchiveTests;
+
+namespace {
+
+class Moving : public ArchiveTest {};
+class Groups : public ArchiveTest {};
+
+// In a process that ends without asking for the move, as a recorder that was killed.
+template <typename Work>
+void inAnotherProcess(const Work& work)
+{
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        work();
+        _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status));
+}
+
+}  // namespace
+
+TEST_F(Moving, TakesAFinishedRecordingToTheStorageAndDeletesTheOriginal)
+{
+    ZelvoClient client(configuration());
+    const QByteArray bytes = bytesOf(100'000);
+    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytes);
+    const MoverReport report = move();
+    EXPECT_TRUE(report.problem.isEmpty()) << report.problem.toStdString();
+    EXPECT_EQ(report.moved, 1);
+    EXPECT_EQ(report.bytes, bytes.size());
+    EXPECT_FALSE(QFile::exists(recording(QStringLiteral("a.rec"))));
+    EXPECT_EQ(stored().size(), 1);
+    EXPECT_EQ(storedBytes(address), bytes);
+    const FileInfo info = file(address);
+    EXPECT_EQ(info.state, FileState::Moved);
+    EXPECT_EQ(info.bytes, bytes.size());
+    EXPECT_EQ(info.sha256.toLatin1(), QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
+    EXPECT_EQ(info.movedMs, clock.now);
+    EXPECT_EQ(move().moved, 0);
+}
+
+TEST_F(Moving, KeepsWhatTheClientSaidOfAGroup)
+{
+    ZelvoClient client(configuration());
+    client.SetUser(QStringLiteral("Arbitary Username"));
+    const QDateTime expires(QDate(2031, 2, 3), QTime(4, 5, 6));
+    const QString guid = newGroup(client, recordings(), expires);
+    const std::optional<GroupInfo> group = Archive(configuration()).group(guid);
+    ASSERT_TRUE(group);
+    EXPECT_EQ(group->data.guid, guid);
+    EXPECT_EQ(group->data.user, QStringLiteral("Arbitary Username"));
+    EXPECT_EQ(group->data.description, QStringLiteral("Scan-Records (Recording2)"));
+    EXPECT_EQ(group->data.type, FileType::Recording);
+    EXPECT_EQ(group->data.maxBytes, 52'428'800U);
+    EXPECT_EQ(group->data.expires, expires);
+    EXPECT_EQ(group->version, QStringLiteral("2"));
+    EXPECT_EQ(group->title, QStringLiteral("Scan Recording - 12-00-00"));
+    EXPECT_EQ(group->startText, QStringLiteral("Start Time:now"));
+    EXPECT_EQ(group->directory, recordings());
+    EXPECT_EQ(group->station, QStringLiteral("north"));
+    EXPECT_EQ(group->state, GroupState::Open);
+}
+
+TEST_F(Groups, StayUntilTheyAreAskedFor)
+{
+    ZelvoClient client(configuration());
+    const QString guid = newGroup(client, recordings());
+    beginFile(client, guid, recordings(), QStringLiteral("a"), bytesOf(10));
+    finishFile(recordings(), QStringLiteral("a"));
+    EXPECT_EQ(move().moved, 0);
+    EXPECT_TRUE(QFile::exists(recording(QStringLiteral("a.rec"))));
+    client.MoveToNas(guid);
+    EXPECT_EQ(move().moved, 1);
+}
+
+TEST_F(Groups, OfASplitRecordingGoTogetherWithTheOneMoveAtItsEnd)
+{
+    ZelvoClient client(configuration());
+    const QString guid = newGroup(client, recordings());
+    for (std::uint32_t part = 0; part < 3; ++part) {
+        EXPECT_EQ(beginFile(client, guid, recordings(), QString::number(part), bytesOf(10, static_cast<int>(part))),
+                  part + 1);
+        EXPECT_EQ(move().moved, 0);
+        finishFile(recordings(), QString::number(part));
+    }
+    client.MoveToNas(guid);
+    EXPECT_EQ(move().moved, 3);
+    EXPECT_EQ(stored().size(), 3);
+}
+
+TEST_F(Groups, StayAsAWholeWhileOneMemberIsStillRecorded)
+{
+    ZelvoClient client(configuration());
+    const QString guid = newGroup(client, recordings());
+    const std::uint32_t first = beginFile(client, guid, recordings(), QStringLiteral("a"), bytesOf(10, 1));
+    const std::uint32_t second = beginFile(client, guid, recordings(), QStringLiteral("b"), bytesOf(10, 2));
+    finishFile(recordings(), QStringLiteral("a"));
+    client.MoveToNas(guid);
+    const MoverReport report = move();
+    EXPECT_EQ(report.moved, 0);
+    EXPECT_EQ(report.waiting, 2);
+    EXPECT_EQ(file(url(guid, second)).error,
+              QStringLiteral("is still recorded as ") + recording(QStringLiteral("b.tmp")));
+    finishFile(recordings(), QStringLiteral("b"));
+    EXPECT_EQ(move().moved, 2);
+    EXPECT_EQ(storedBytes(url(guid, first)), bytesOf(10, 1));
+    EXPECT_EQ(storedBytes(url(guid, second)), bytesOf(10, 2));
+}
+
+TEST_F(Groups, KnowAMemberWhoseUnfinishedNameHasDots)
+{
+    ZelvoClient client(configuration());
+    const QString guid = newGroup(client, recordings());
+    writeFile(recording(QStringLiteral("rx.1.tmp")), bytesOf(10));
+    client.AddFile(QStringLiteral("rx.rec"), guid);
+    client.MoveToNas(guid);
+    EXPECT_EQ(move().failed, 0);
+    QFile::rename(recording(QStringLiteral("rx.1.tmp")), recording(QStringLiteral("rx.rec")));
+    EXPECT_EQ(move().moved, 1);
+}
+
+// A recorder that was split after another one of its process began a group adds its next file to that group.
+TEST_F(Groups, TakeAFileOfAnotherRecorderFromWhereItIs)
+{
+    const QString other = folder() + QStringLiteral("/other");
+    QDir().mkpath(other);
+    ZelvoClient one(configuration());
+    ZelvoClient two(configuration());
+    const QString first = newGroup(one, recordings());
+    const std::uint32_t a1 = beginFile(one, first, recordings(), QStringLiteral("a1"), bytesOf(10, 1));
+    const QString second = newGroup(two, other);
+    const std::uint32_t b1 = beginFile(two, second, other, QStringLiteral("b1"), bytesOf(10, 2));
+    finishFile(recordings(), QStringLiteral("a1"));
+    const std::uint32_t a2 = beginFile(one, second, recordings(), QStringLiteral("a2"), bytesOf(10, 3));
+    // The first group is never asked for, but its process has gone on with another.
+    EXPECT_EQ(move().moved, 1);
+    finishFile(recordings(), QStringLiteral("a2"));
+    one.MoveToNas(second);
+    EXPECT_EQ(move().moved, 0) << "b1 is still recorded";
+    finishFile(other, QStringLiteral("b1"));
+    two.MoveToNas(second);
+    EXPECT_EQ(move().moved, 2);
+    EXPECT_EQ(storedBytes(url(first, a1)), bytesOf(10, 1));
+    EXPECT_EQ(storedBytes(url(second, b1)), bytesOf(10, 2));
+    EXPECT_EQ(storedBytes(url(second, a2)), bytesOf(10, 3));
+    EXPECT_EQ(stored().size(), 3);
+}
+
+TEST_F(Groups, ThatShareAFileMoveItOnce)
+{
+    ZelvoClient client(configuration());
+    const QString first = newGroup(client, recordings());
+    const QString second = newGroup(client, recordings());
+    const std::uint32_t a = beginFile(client, first, recordings(), QStringLiteral("a"), bytesOf(10));
+    const std::uint32_t b = client.AddFile(QStringLiteral("a.rec"), second);
+    finishFile(recordings(), QStringLiteral("a"));
+    client.MoveToNas(second);
+    client.MoveToNas(second);
+    client.MoveToNas(first);
+    const MoverReport report = move();
+    EXPECT_EQ(report.moved, 1);
+    EXPECT_EQ(report.failed, 0);
+    EXPECT_EQ(stored().size(), 1);
+    EXPECT_EQ(file(url(first, a)).state, FileState::Moved);
+    EXPECT_EQ(file(url(second, b)).state, FileState::Same);
+    EXPECT_FALSE(client.RequestFile(url(second, b), LockState::Shared).isEmpty());
+    EXPECT_EQ(move().waiting, 0);
+}
+
+TEST_F(Groups, KeepAFileThatIsRecordedAnewUnderTheNameOfAMovedOne)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl first = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10, 1));
+    EXPECT_EQ(move().moved, 1);
+    const ZelvoUrl second = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10, 2));
+    clock.now += 1'000;
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_EQ(storedBytes(first), bytesOf(10, 1));
+    EXPECT_EQ(storedBytes(second), bytesOf(10, 2));
+}
+
+TEST_F(Groups, OfADeadRecorderAreMovedWithoutBeingAskedFor)
+{
+    inAnotherProcess([this] {
+        ZelvoClient client(configuration());
+        const QString guid = newGroup(client, recordings());
+        beginFile(client, guid, recordings(), QStringLiteral("a"), bytesOf(10));
+        finishFile(recordings(), QStringLiteral("a"));
+    });
+    EXPECT_EQ(move().moved, 1);
+    Archive archive(configuration());
+    EXPECT_EQ(archive.groups().at(0).state, GroupState::Abandoned);
+}
+
+TEST_F(Groups, OfADeadRecorderWaitForTheRecoveryOfItsLastFile)
+{
+    inAnotherProcess([this] {
+        ZelvoClient client(configuration());
+        const QString guid = newGroup(client, recordings());
+        beginFile(client, guid, recordings(), QStringLiteral("a"), bytesOf(10));
+        finishFile(recordings(), QStringLiteral("a"));
+        beginFile(client, guid, recordings(), QStringLiteral("b"), bytesOf(20));
+    });
+    EXPECT_EQ(move().moved, 0);
+    const std::vector<FileInfo> waiting = Archive(configuration()).status().notMoved;
+    ASSERT_EQ(waiting.size(), 2U);
+    EXPECT_EQ(
+        waiting[1].error,
+        QStringLiteral("waits until %1, whose recorder ended, is recovered").arg(recording(QStringLiteral("b.tmp"))));
+    finishFile(recordings(), QStringLiteral("b"));
+    EXPECT_EQ(move().moved, 2);
+}
+
+TEST_F(Moving, TellsOfAFileThatVanishedAndTriesAgainLaterAndLater)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10));
+    QFile::remove(recording(QStringLiteral("a.rec")));
+    std::int64_t last = 0;
+    for (const std::int64_t pause : {5'000, 10'000, 20'000}) {
+        const MoverReport report = move();
+        EXPECT_EQ(report.failed, 1);
+        EXPECT_EQ(report.nextRunMs, clock.now + pause);
+        EXPECT_EQ(file(address).error, recording(QStringLiteral("a.rec")) + QStringLiteral(" is missing"));
+        EXPECT_EQ(move().failed, 0) << "not before its time";
+        clock.now += pause;
+        EXPECT_EQ(file(address).attempts, ++last);
+    }
+    writeFile(recording(QStringLiteral("a.rec")), bytesOf(10));
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_EQ(file(address).attempts, 0);
+}
+
+TEST_F(Moving, NeverReplacesAnotherFileInTheStorage)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10, 1));
+    const GroupInfo group = Archive(configuration()).groups().at(0);
+    const QString path =
+        storage() + QLatin1Char('/') + storedName(group.createdMs, {group.data.guid, 1}, 1, QStringLiteral("a.rec"));
+    QDir().mkpath(QFileInfo(path).path());
+    writeFile(path, bytesOf(10, 2));
+    EXPECT_EQ(move().failed, 1);
+    EXPECT_EQ(file(address).error, path + QStringLiteral(" exists already and is another file; it is not replaced"));
+    EXPECT_EQ(readFile(path), bytesOf(10, 2));
+    EXPECT_EQ(readFile(recording(QStringLiteral("a.rec"))), bytesOf(10, 1));
+}
+
+TEST_F(Moving, DoesNotTakeAnEmptyMountPointForTheStorage)
+{
+    ZelvoClient client(configuration());
+    recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10));
+    ASSERT_TRUE(QDir().rename(storage(), storage() + QStringLiteral(".away")));
+    ASSERT_TRUE(QDir().mkpath(storage()));
+    MoverReport report = move();
+    EXPECT_EQ(report.moved, 0);
+    EXPECT_EQ(report.waiting, 1);
+    EXPECT_TRUE(report.problem.contains(QStringLiteral("is the share mounted?"))) << report.problem.toStdString();
+    EXPECT_TRUE(stored().isEmpty());
+    EXPECT_EQ(Archive(configuration()).status().stations.at(0).storageError, report.problem);
+    ASSERT_TRUE(QDir().rmdir(storage()));
+    ASSERT_TRUE(QDir().rename(storage() + QStringLiteral(".away"), storage()));
+    EXPECT_EQ(move().moved, 0) << "not before its time";
+    clock.now = report.nextRunMs;
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_TRUE(Archive(configuration()).status().stations.at(0).storageError.isEmpty());
+}
+
+TEST_F(Moving, RefusesTheStorageOfAnotherArchive)
+{
+    writeFile(storage() + QStringLiteral("/.zelvo-storage"), "4c1c3b0e-0000-4000-8000-000000000000\n");
+    EXPECT_TRUE(move().problem.endsWith(QStringLiteral("is the storage of another archive")));
+}
+
+TEST_F(Moving, MakesFilesWithTheConfiguredPermissions)
+{
+    configuration().fileMode = 0604;
+    configuration().directoryMode = 0705;
+    ZelvoClient client(configuration());
+    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10));
+    EXPECT_EQ(move().moved, 1);
+    struct stat info = {};
+    const QString path = storage() + QLatin1Char('/') + file(address).storedPath;
+    ASSERT_EQ(stat(QFile::encodeName(path).constData(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777U, 0604U);
+    ASSERT_EQ(stat(QFile::encodeName(QFileInfo(path).path()).constData(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777U, 0705U);
+}
+
+TEST_F(Moving, LeavesTheWorkToAnotherOneThatIsAtIt)
+{
+    const std::unique_ptr<FileLock> lock =
+        FileLock::tryLock(configuration().directory + QStringLiteral("/mover.lock"), FileLock::Mode::Exclusive, 0600);
+    ASSERT_NE(lock, nullptr);
+    EXPECT_TRUE(move().otherMover);
+}
+
+TEST_F(Moving, DeletesAnOriginalThatIsReadWhenItIsClosed)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10));
+    const QString path = client.RequestFile(address, LockState::Shared);
+    EXPECT_EQ(path, recording(QStringLiteral("a.rec")));
+    EXPECT_EQ(move().moved, 0);
+    EXPECT_EQ(file(address).state, FileState::Stored);
+    EXPECT_TRUE(QFile::exists(path));
+    client.CloseFile(address);
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_FALSE(QFile::exists(path));
+    EXPECT_EQ(file(address).state, FileState::Moved);
+}
+
+TEST_F(Moving, LeavesAFileAloneThatIsOpenForWriting)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10));
+    const QString path = client.RequestFile(address, LockState::Exclusive);
+    EXPECT_EQ(move().moved, 0);
+    EXPECT_EQ(file(address).state, FileState::Waiting);
+    writeFile(path, bytesOf(20, 5));
+    client.CloseFile(address);
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_EQ(storedBytes(address), bytesOf(20, 5));
+}
+
+TEST_F(Moving, RemovesExpiredGroupsOnlyWhenItMay)
+{
+    ZelvoClient client(configuration());
+    const QString guid = newGroup(client, recordings(), QDateTime::fromMSecsSinceEpoch(clock.now + 1'000));
+    const std::uint32_t id = beginFile(client, guid, recordings(), QStringLiteral("a"), bytesOf(10));
+    finishFile(recordings(), QStringLiteral("a"));
+    client.MoveToNas(guid);
+    EXPECT_EQ(move().moved, 1);
+    clock.now += 10'000;
+    EXPECT_EQ(move().removed, 0);
+    EXPECT_EQ(stored().size(), 1);
+    configuration().removeExpired = true;
+    EXPECT_EQ(move().removed, 1);
+    EXPECT_TRUE(stored().isEmpty());
+    EXPECT_EQ(file(url(guid, id)).state, FileState::Removed);
+    EXPECT_TRUE(client.RequestFile(url(guid, id), LockState::Shared).isEmpty());
+    EXPECT_EQ(move().removed, 0);
+}
+
+TEST_F(Moving, StopsBetweenPiecesWithoutLeavingAnything)
+{
+    ZelvoClient client(configuration());
+    recordOne(client, recordings(), QStringLiteral("a"), bytesOf(3'000'000));
+    Files files;
+    int asked = 0;
+    const MoverReport report = MoverCore(configuration(), files, clock.clock()).run([&asked] { return ++asked == 3; });
+    EXPECT_TRUE(report.interrupted);
+    EXPECT_TRUE(stored().isEmpty());
+    EXPECT_EQ(move().moved, 1);
+}
