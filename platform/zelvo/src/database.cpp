@@ -35,7 +35,8 @@ void setUp(QSqlDatabase& database, const QUrl& url)
     const QString host = query.queryItemValue(QStringLiteral("host"), QUrl::FullyDecoded);
     database.setHostName(host.isEmpty() ? url.host() : host);
     database.setPort(url.port());
-    database.setUserName(url.userName());
+    const QString user = query.queryItemValue(QStringLiteral("user"), QUrl::FullyDecoded);
+    database.setUserName(user.isEmpty() ? url.userName() : user);
     database.setDatabaseName(url.path().mid(1));
     const QString ssl = query.queryItemValue(QStringLiteral("sslmode"));
     const bool plainWord = !ssl.isEmpty() && !ssl.contains(QLatin1Char(';')) && !ssl.contains(QLatin1Char(' '));
