@@ -3,6 +3,7 @@
 #include <map>
 #include <mutex>
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -21,9 +22,10 @@ struct ProcessOwner {
 QString processOwner(const StationPaths& paths, unsigned fileMode)
 {
     static std::mutex mutex;
-    static std::map<QString, ProcessOwner> owners;
+    // A process that was forked is another one.
+    static std::map<std::pair<qint64, QString>, ProcessOwner> owners;
     const std::lock_guard guard(mutex);
-    ProcessOwner& owner = owners[paths.root];
+    ProcessOwner& owner = owners[{QCoreApplication::applicationPid(), paths.root}];
     if (owner.lock == nullptr) {
         owner.name = newGuid();
         owner.lock = FileLock::tryLock(paths.owner(owner.name), FileLock::Mode::Exclusive, fileMode);

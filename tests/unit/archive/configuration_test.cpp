@@ -1,0 +1,150 @@
+// The archive's configuration and its set-up.
+#include "archivefixture.h"
+
+using namespace Zelvo;
+using namespace ArchiveTests;
+
+namespace {
+
+QString refusalOf(const QString& text)
+{
+    try {
+        static_cast<void>(ParseArchiveConfiguration(text, QStringLiteral("archive.toml")));
+        return QStringLiteral("taken");
+    } catch (const ArchiveError& error) {
+        return error.text();
+    }
+}
+
+const QString Least = QStringLiteral("[archive]\nDirectory = \"/var/lib/a\"\nStorage = \"/mnt/b/\"\n");
+
+}  // namespace
+
+TEST(ArchiveConfiguration, NeedsADirectoryAndAStorageOnly)
+{
+    const ArchiveConfiguration configuration =
+        ParseArchiveConfiguration(QStringLiteral("[receiver]\nValuePath = 7\n") + Least, QStringLiteral("a.toml"));
+    EXPECT_EQ(configuration.directory, QStringLiteral("/var/lib/a"));
+    EXPECT_EQ(configuration.storage, QStringLiteral("/mnt/b"));
+    EXPECT_TRUE(configuration.registry.isEmpty());
+    EXPECT_EQ(configuration.station, QSysInfo::machineHostName());
+    EXPECT_FALSE(configuration.removeExpired);
+}
+
+TEST(ArchiveConfiguration, TakesEveryKey)
+{
+    const ArchiveConfiguration configuration = ParseArchiveConfiguration(
+        Least + QStringLiteral("Registry = \"postgresql://rec@db.example:5433/archive\"\nStation = \"north\"\n"
+                               "CacheBytes = 1_000\nFileMode = \"0600\"\nDirectoryMode = \"0700\"\n"
+                               "RemoveExpired = true\nFirstPauseSeconds = 2\nLongestPauseSeconds = 60\n"),
+        QStringLiteral("a.toml"));
+    EXPECT_EQ(configuration.registry, QStringLiteral("postgresql://rec@db.example:5433/archive"));
+    EXPECT_EQ(configuration.station, QStringLiteral("north"));
+    EXPECT_EQ(configuration.cacheBytes, 1'000U);
+    EXPECT_EQ(configuration.fileMode, 0600U);
+    EXPECT_EQ(configuration.directoryMode, 0700U);
+    EXPECT_TRUE(configuration.removeExpired);
+    EXPECT_EQ(configuration.firstPauseMs, 2'000);
+    EXPECT_EQ(configuration.longestPauseMs, 60'000);
+}
+
+TEST(ArchiveConfiguration, TellsWhereItIsWrong)
+{
+    EXPECT_EQ(refusalOf(QString()), QStringLiteral("archive.toml has no table [archive]"));
+    EXPECT_EQ(refusalOf(Least + QStringLiteral("Storge = 1\n")),
+              QStringLiteral("archive.toml:4: Storge of [archive] means nothing"));
+    EXPECT_EQ(refusalOf(Least + QStringLiteral("RemoveExpired = 1\n")),
+              QStringLiteral("archive.toml:4: RemoveExpired of [archive] must be true or false"));
+    EXPECT_EQ(refusalOf(Least + QStringLiteral("CacheBytes = -1\n")),
+              QStringLiteral("archive.toml:4: CacheBytes of [archive] must be from 0 to 9223372036854775807"));
+    EXPECT_EQ(refusalOf(Least + QStringLiteral("FileMode = \"rw\"\n")),
+              QStringLiteral("archive.toml:4: FileMode of [archive] must be permissions in octal such as \"0640\""));
+    EXPECT_EQ(refusalOf(QStringLiteral("[archive]\nDirectory = \"/a\"\n")),
+              QStringLiteral("the archive's configuration has no Storage"));
+    EXPECT_EQ(refusalOf(QStringLiteral("[archive]\nDirectory = \"a\"\nStorage = \"/b\"\n")),
+              QStringLiteral("Directory of the archive must be an absolute path, found \"a\""));
+    EXPECT_EQ(refusalOf(QStringLiteral("[archive]\nDirectory = \"/a\"\nStorage = \"/a/b\"\n")),
+              QStringLiteral("Directory and Storage of the archive must lie apart: /a, /a/b"));
+    EXPECT_TRUE(refusalOf(QStringLiteral("[archive\n")).startsWith(QStringLiteral("archive.toml:1: ")));
+    EXPECT_TRUE(refusalOf(Least + QStringLiteral("Registry = \"mysql://a/b\"\n"))
+                    .contains(QStringLiteral("postgresql://USER@HOST:PORT/DATABASE")));
+}
+
+TEST(ArchiveConfiguration, RefusesAPasswordAndDoesNotRepeatIt)
+{
+    for (const QString& registry : {QStringLiteral("postgresql://rec:s3cr3t@db/archive"),
+                                    QStringLiteral("postgresql://rec@db/archive?password=s3cr3t")}) {
+        const QString refusal = refusalOf(Least + QStringLiteral("Registry = \"%1\"\n").arg(registry));
+        EXPECT_TRUE(refusal.contains(QStringLiteral("PGPASSWORD"))) << refusal.toStdString();
+        EXPECT_FALSE(refusal.contains(QStringLiteral("s3cr3t")));
+    }
+}
+
+TEST(ProcessArchive, IsWhatClientsWithoutAConfigurationUse)
+{
+    const QTemporaryDir folder(temporaryTemplate());
+    StationFolder station(folder.path(), folder.filePath(QStringLiteral("storage")));
+    EXPECT_FALSE(ZelvoClient::IsZelvoAvailable());
+    SetProcessArchive(station.configuration);
+    EXPECT_FALSE(ZelvoClient::IsZelvoAvailable()) << "it is not set up";
+    EXPECT_FALSE(ZelvoClient().IsConnected());
+    SetUpArchive(station.configuration);
+    EXPECT_TRUE(ZelvoClient::IsZelvoAvailable());
+    ZelvoClient client;
+    EXPECT_TRUE(client.IsConnected());
+    EXPECT_FALSE(newGroup(client, station.recordings()).isEmpty());
+    SetProcessArchive(std::nullopt);
+    EXPECT_FALSE(ZelvoClient::IsZelvoAvailable());
+}
+
+TEST(ProcessArchive, IsTheOneOfTheEnvironmentWhereNoneIsSet)
+{
+    const QTemporaryDir folder(temporaryTemplate());
+    StationFolder station(folder.path(), folder.filePath(QStringLiteral("storage")));
+    const QString path = folder.filePath(QStringLiteral("archive.toml"));
+    writeFile(path, QStringLiteral("[archive]\nDirectory = \"%1\"\nStorage = \"%2\"\n")
+                        .arg(station.configuration.directory, station.configuration.storage)
+                        .toUtf8());
+    SetUpArchive(LoadArchiveConfiguration(path));
+    qputenv("ZELVO_CONFIG", QFile::encodeName(path));
+    EXPECT_TRUE(ZelvoClient::IsZelvoAvailable());
+    qputenv("ZELVO_CONFIG", "/nowhere");
+    EXPECT_FALSE(ZelvoClient::IsZelvoAvailable());
+    qunsetenv("ZELVO_CONFIG");
+    EXPECT_FALSE(ZelvoClient::IsZelvoAvailable());
+}
+
+class SetUp : public ArchiveTest {};
+
+TEST_F(SetUp, CanBeRepeatedAndChangesNothing)
+{
+    ZelvoClient client(configuration());
+    recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10));
+    SetUpArchive(configuration());
+    EXPECT_EQ(Archive(configuration()).status().waiting, 1);
+    EXPECT_EQ(move().moved, 1);
+}
+
+TEST_F(SetUp, WritesNoSecondMarkIntoAStorageThatIsAway)
+{
+    ASSERT_TRUE(QFile::remove(storage() + QStringLiteral("/.zelvo-storage")));
+    SetUpArchive(configuration());
+    EXPECT_FALSE(QFile::exists(storage() + QStringLiteral("/.zelvo-storage")));
+    EXPECT_FALSE(Archive(configuration()).status().storageUsable);
+}
+
+TEST_F(SetUp, KeepsADirectoryForOneStation)
+{
+    configuration().station = QStringLiteral("south");
+    EXPECT_THROW(SetUpArchive(configuration()), ArchiveError);
+    EXPECT_THROW(Archive{configuration()}, ArchiveError);
+    EXPECT_FALSE(ZelvoClient(configuration()).IsConnected());
+}
+
+TEST_F(SetUp, NeedsAStorageThatIsThere)
+{
+    const QTemporaryDir folder(temporaryTemplate());
+    StationFolder station(folder.path(), folder.filePath(QStringLiteral("storage")));
+    ASSERT_TRUE(QDir().rmdir(station.configuration.storage));
+    EXPECT_THROW(SetUpArchive(station.configuration), ArchiveError);
+}
