@@ -21,6 +21,8 @@ TREE = {
     "platform/startup/include/startup/cfgcenter.h": "",
     "apps/rectool/text.h": "",
     "apps/recstation/source.h": "",
+    "platform/zelvo/include/zelvo/archive.h": "",
+    "apps/zelvod/service.h": "",
 }
 
 

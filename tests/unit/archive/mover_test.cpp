@@ -366,3 +366,25 @@ TEST_F(Moving, StopsBetweenPiecesWithoutLeavingAnything)
     EXPECT_TRUE(stored().isEmpty());
     EXPECT_EQ(move().moved, 1);
 }
+
+TEST_F(Moving, DoesNotBelieveAStorageThatKeepsOtherBytes)
+{
+    class Forgetful final : public Files {
+    public:
+        Digest copy(const QString& from, const QString& to, unsigned mode, const StopWish& stop) override
+        {
+            const Digest digest = Files::copy(from, to, mode, stop);
+            QFile file(to);
+            EXPECT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(5) && file.write("?") == 1);
+            return digest;
+        }
+    };
+    ZelvoClient client(configuration());
+    recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10));
+    Forgetful files;
+    const MoverReport report = move(files);
+    EXPECT_EQ(report.failed, 1);
+    EXPECT_TRUE(report.messages.at(0).endsWith(QStringLiteral("is not what was written")));
+    EXPECT_TRUE(stored().isEmpty());
+    EXPECT_EQ(readFile(recording(QStringLiteral("a.rec"))), bytesOf(10));
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "options.h"
+
+namespace zelvod {
+
+struct CommandLine {
+    std::optional<Options> options;  ///< nothing: the program ends with the exit code, all is said already
+    ExitCode exitCode = ExitCode::Success;
+};
+
+/// Writes help to the standard output and complaints to the standard error.
+/// @param arguments without the program's name, UTF-8
+[[nodiscard]] CommandLine parseCommandLine(const std::vector<std::string>& arguments);
+
+}  // namespace zelvod

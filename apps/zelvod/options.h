@@ -1,0 +1,21 @@
+// What the service is told on its command line.
+#pragma once
+
+#include <cstdint>
+
+#include <QString>
+
+namespace zelvod {
+
+enum class ExitCode { Success = 0, WrongArguments = 1, CannotRun = 2, Incomplete = 3 };
+
+struct Options {
+    QString config;
+    bool setUp = false;
+    bool once = false;
+    bool json = false;
+    bool quiet = false;
+    std::int64_t everyMs = 5'000;  ///< between two looks for new recordings
+};
+
+}  // namespace zelvod

@@ -1,0 +1,113 @@
+#include "service.h"
+
+#include <algorithm>
+
+#include <QDateTime>
+#include <QLockFile>
+
+#include <zelvo/archive.h>
+
+#include "report.h"
+
+namespace zelvod {
+
+namespace {
+
+using Zelvo::MoverReport;
+
+class Service {
+public:
+    Service(const Options& options, const Surroundings& surroundings, const Zelvo::ArchiveConfiguration& configuration)
+        : m_options(options), m_surroundings(surroundings), m_mover(configuration)
+    {
+    }
+
+    ExitCode runOnce()
+    {
+        const MoverReport report = m_mover.runPending(m_surroundings.stopRequested);
+        const bool told = tell(report);
+        if (report.otherMover) {
+            m_surroundings.complain(QStringLiteral("another mover of this station is at work"));
+        }
+        const bool complete = report.failed == 0 && report.problem.isEmpty() && !report.otherMover &&
+                              !report.interrupted && report.nextRunMs < 0;
+        return complete && told ? ExitCode::Success : ExitCode::Incomplete;
+    }
+
+    ExitCode runUntilStopped()
+    {
+        while (!m_surroundings.stopRequested()) {
+            const MoverReport report = m_mover.runPending(m_surroundings.stopRequested);
+            if (!tell(report)) {
+                return ExitCode::Incomplete;
+            }
+            if (!m_surroundings.stopRequested()) {
+                m_surroundings.wait(pauseAfter(report));
+            }
+        }
+        return ExitCode::Success;
+    }
+
+private:
+    [[nodiscard]] std::int64_t pauseAfter(const MoverReport& report) const
+    {
+        constexpr std::int64_t Least = 100;
+        const std::int64_t due =
+            report.nextRunMs < 0 ? m_options.everyMs : report.nextRunMs - QDateTime::currentMSecsSinceEpoch();
+        return std::clamp(due, std::min(Least, m_options.everyMs), m_options.everyMs);
+    }
+
+    // @return false when nobody can read it any more
+    bool tell(const MoverReport& report)
+    {
+        bool told = true;
+        if (m_options.json) {
+            const bool worthIt = m_options.once || isNews(report, m_lastProblem);
+            told = !worthIt || m_surroundings.out(jsonLine(report, QDateTime::currentMSecsSinceEpoch()));
+        } else {
+            const QString lines = text(report, m_lastProblem, m_options.quiet);
+            told = lines.isEmpty() || m_surroundings.out(lines.toStdString());
+        }
+        m_lastProblem = report.problem;
+        return told;
+    }
+
+    const Options& m_options;
+    const Surroundings& m_surroundings;
+    Zelvo::Mover m_mover;
+    QString m_lastProblem;
+};
+
+ExitCode run(const Options& options, const Surroundings& surroundings)
+{
+    const Zelvo::ArchiveConfiguration configuration = Zelvo::LoadArchiveConfiguration(options.config);
+    if (options.setUp) {
+        Zelvo::SetUpArchive(configuration);
+        return ExitCode::Success;
+    }
+    QLockFile only(configuration.directory + QStringLiteral("/zelvod.lock"));
+    only.setStaleLockTime(0);
+    if (!only.tryLock(0)) {
+        surroundings.complain(only.error() == QLockFile::LockFailedError
+                                  ? QStringLiteral("another zelvod serves %1").arg(configuration.directory)
+                                  : QStringLiteral("cannot write into %1; is the archive set up (zelvod --set-up)?")
+                                        .arg(configuration.directory));
+        return ExitCode::CannotRun;
+    }
+    Service service(options, surroundings, configuration);
+    return options.once ? service.runOnce() : service.runUntilStopped();
+}
+
+}  // namespace
+
+ExitCode runService(const Options& options, const Surroundings& surroundings)
+{
+    try {
+        return run(options, surroundings);
+    } catch (const std::exception& error) {
+        surroundings.complain(QString::fromUtf8(error.what()));
+        return ExitCode::CannotRun;
+    }
+}
+
+}  // namespace zelvod

@@ -1,0 +1,15 @@
+// The wish to stop, and waiting that it ends.
+#pragma once
+
+#include <cstdint>
+
+namespace zelvod {
+
+/// Turns SIGINT and SIGTERM (Windows: Ctrl-C, Ctrl-Break, the closing of the console) into a wish to stop. A second
+/// signal ends the process at once. @throws std::system_error
+void watchForStop();
+[[nodiscard]] bool stopRequested() noexcept;
+/// Returns after the time or when the process is to stop.
+void waitForStop(std::int64_t milliseconds);
+
+}  // namespace zelvod
