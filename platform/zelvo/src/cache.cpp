@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <vector>
 
-#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 
@@ -25,21 +24,24 @@ struct Entry {
     QString path;
     Address address;
     std::int64_t bytes = 0;
-    std::int64_t usedMs = 0;
+    std::int64_t usedNs = 0;
 };
 
-std::vector<Entry> entries(const QString& cache)
+std::vector<Entry> entries(const QString& cache, const Files& files)
 {
     std::vector<Entry> found;
     for (const QFileInfo& folder : QDir(cache).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot)) {
         const auto parts = partsOf(folder.fileName());
-        for (const QFileInfo& file : QDir(folder.filePath()).entryInfoList(QDir::Files | QDir::Hidden | QDir::System)) {
-            if (parts) {
-                found.push_back({file.filePath(), parts->first, file.size(), file.lastModified().toMSecsSinceEpoch()});
+        for (const QString& name : QDir(folder.filePath()).entryList(QDir::Files | QDir::Hidden | QDir::System)) {
+            const QString path = folder.filePath() + QLatin1Char('/') + name;
+            // Another process may be making room at the same time.
+            if (parts && files.kind(path) == FileKind::File) {
+                const FileIdentity identity = files.identity(path);
+                found.push_back({path, parts->first, identity.bytes, identity.changedNs});
             }
         }
     }
-    std::sort(found.begin(), found.end(), [](const Entry& a, const Entry& b) { return a.usedMs < b.usedMs; });
+    std::sort(found.begin(), found.end(), [](const Entry& a, const Entry& b) { return a.usedNs < b.usedNs; });
     return found;
 }
 
@@ -94,9 +96,9 @@ void fetchStored(const FileRow& file, const QString& path, unsigned mode, const 
     }
 }
 
-void makeRoom(const Station& station, std::int64_t bytesToCome)
+void makeRoom(const Station& station, const Files& files, std::int64_t bytesToCome)
 {
-    const std::vector<Entry> all = entries(station.paths().cache());
+    const std::vector<Entry> all = entries(station.paths().cache(), files);
     std::int64_t sum = bytesToCome;
     for (const Entry& entry : all) {
         sum += entry.bytes;

@@ -18,7 +18,7 @@ void fetchStored(const FileRow& file, const QString& path, unsigned mode, const 
 void copyStored(const FileRow& file, const QString& path, unsigned mode, const Storage& storage, Files& files,
                 const StopWish& stop = {});
 /// Removes those that were not used for the longest time until the cache and what is to come fit; none that is in use.
-void makeRoom(const Station& station, std::int64_t bytesToCome);
+void makeRoom(const Station& station, const Files& files, std::int64_t bytesToCome);
 /// Removes the folder that a fetched or edited file lies in.
 void removeWithFolder(const QString& path);
 /// Removes edited versions that nobody has open and the registry does not know: their writer died.

@@ -246,7 +246,7 @@ QString ZelvoClient::Private::fetchForReading(const FileRow& file)
 {
     const Storage storage(station->configuration(), files);
     const QString path = station->cachedPath(file);
-    makeRoom(*station, QFileInfo::exists(path) ? 0 : file.bytes);
+    makeRoom(*station, files, QFileInfo::exists(path) ? 0 : file.bytes);
     fetchStored(file, path, station->configuration().fileMode & ~WriteBits, station->configuration(), storage, files);
     files.touch(path);
     return path;

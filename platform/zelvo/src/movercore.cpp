@@ -79,7 +79,7 @@ void MoverCore::runLocked(const StopWish& stop)
     if (m_configuration.removeExpired && m_report.problem.isEmpty()) {
         removeExpired();
     }
-    makeRoom(*m_station, 0);
+    makeRoom(*m_station, m_files, 0);
     m_station->removeDeadOwners();
     if (m_station->isShared() && m_report.moved > 0) {
         Registry::prune(m_station->journal(), m_station->registry(),

@@ -217,7 +217,7 @@ public:
     /// Tells the shared registry what it has not heard, moves all that is due, deletes what has expired where the
     /// configuration says so, and makes room in the cache. Never throws: a registry or storage that cannot be used is
     /// the report's problem, and the next call tries again.
-    /// @param stop asked between pieces of 1 MiB; true ends the run soon and cleanly. Called in this thread; may be
+    /// @param stop asked between pieces of a file; true ends the run soon and cleanly. Called in this thread; may be
     ///        empty
     MoverReport runPending(const std::function<bool()>& stop = {});
 
