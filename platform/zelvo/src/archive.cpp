@@ -76,7 +76,7 @@ struct Archive::Private {
     [[nodiscard]] std::optional<StorageProblem> problemOf(const FileRow& file) const
     {
         const auto problem = [&file](StorageProblem::Kind kind, const QString& sentence) {
-            return StorageProblem{kind, file, sentence};
+            return StorageProblem{kind, static_cast<const FileInfo&>(file), sentence};
         };
         try {
             const QString path = storage.path(file.storedPath);

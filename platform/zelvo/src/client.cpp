@@ -201,7 +201,7 @@ QString ZelvoClient::Private::open(const Address& address, LockState state)
     const FileState where = opened.file.state;
     const bool isHere =
         where == FileState::Waiting || (where == FileState::Edited && opened.file.station == station->name());
-    const QString path = isHere ? openOriginal(opened, state) : openStored(opened, state);
+    QString path = isHere ? openOriginal(opened, state) : openStored(opened, state);
     openFiles.emplace(key, std::move(opened));
     return path;
 }
@@ -209,7 +209,7 @@ QString ZelvoClient::Private::open(const Address& address, LockState state)
 QString ZelvoClient::Private::openOriginal(OpenFile& opened, LockState /*state*/)
 {
     const FileRow& file = opened.file;
-    const QString path = file.station == station->name() ? station->originalPath(file) : QString();
+    QString path = file.station == station->name() ? station->originalPath(file) : QString();
     if (path.isEmpty()) {
         throw ArchiveError(QStringLiteral("%1 still lies at the station \"%2\"").arg(file.address(), file.station),
                            ZelvoError::Elsewhere);
@@ -245,7 +245,7 @@ QString ZelvoClient::Private::openStored(OpenFile& opened, LockState state)
 QString ZelvoClient::Private::fetchForReading(const FileRow& file)
 {
     const Storage storage(station->configuration(), files);
-    const QString path = station->cachedPath(file);
+    QString path = station->cachedPath(file);
     makeRoom(*station, files, QFileInfo::exists(path) ? 0 : file.bytes);
     fetchStored(file, path, station->configuration().fileMode & ~WriteBits, station->configuration(), storage, files);
     files.touch(path);
@@ -263,7 +263,7 @@ QString ZelvoClient::Private::fetchForWriting(OpenFile& opened)
                                             writerIsGone)) {
         throw ArchiveError(QStringLiteral("%1 is open for writing elsewhere").arg(file.address()), ZelvoError::Locked);
     }
-    const QString path = station->editedPath(file);
+    QString path = station->editedPath(file);
     try {
         // What a writer that died left of this version is of no use.
         removeWithFolder(path);

@@ -36,7 +36,7 @@ public:
         if (node == nullptr) {
             return std::nullopt;
         }
-        const std::optional<T> result = node->value_exact<T>();
+        std::optional<T> result = node->value_exact<T>();
         if (!result) {
             refuse(key, QStringLiteral("must be %1").arg(QLatin1String(wanted)));
         }

@@ -236,7 +236,7 @@ Digest Files::copy(const QString& from, const QString& to, unsigned mode, const 
         fail("make", to);
     }
     try {
-        const Digest result = readAll(source, from, stop, [&target, &to](const char* bytes, std::size_t size) {
+        Digest result = readAll(source, from, stop, [&target, &to](const char* bytes, std::size_t size) {
             writeAll(target, bytes, size, to);
         });
         if (::fchmod(target.number(), mode) != 0) {

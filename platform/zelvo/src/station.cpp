@@ -50,7 +50,7 @@ QStringList readIdentity(const StationPaths& paths)
             QStringLiteral("the archive in %1 is not set up (zelvod --set-up does that)").arg(paths.root),
             ZelvoError::NotAvailable);
     }
-    const QStringList lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+    QStringList lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
     if (lines.size() < 2 || !isGuid(lines[1])) {
         throw ArchiveError(
             QStringLiteral("%1 is damaged; it should hold the station's name and number").arg(paths.identity()));

@@ -88,6 +88,12 @@ class CheckRooms(unittest.TestCase):
                         '"devicecontrol/recording2/recording.h"', '"missing.h"'):
             self.assert_refused("apps/rectool/main.cpp", include)
 
+    def test_the_archives_service_knows_nothing_of_recordings(self):
+        self.assert_clean({"apps/zelvod/main.cpp": '#include "service.h"\n#include <zelvo/archive.h>\n'})
+        for include in ("<recording2/fileaccess.h>", "<recording2/inspection/inspection.h>",
+                        '"../recstation/source.h"'):
+            self.assert_refused("apps/zelvod/main.cpp", include)
+
     def test_forbidden_words_are_found_in_every_text_file(self):
         # In pieces, as this file is checked too.
         words = ("see the spe" + "c for it", "the Spe" + "cification says", "spe" + "c.md", "Par" + "t 2.1 tells",

@@ -295,34 +295,62 @@ TEST_F(FailingStorage, ThatComesAndGoesDelaysAndLosesNothing)
     expectAllMovedOnce();
 }
 
-TEST_F(FailingStorage, ThatIsReadOnlyDelays)
-{
-    if (geteuid() == 0) {
-        GTEST_SKIP() << "permissions do not hold for root";
+// A file system of the test's own where it may mount one.
+class MountedStorage : public KilledMover {
+protected:
+    void SetUp() override
+    {
+        KilledMover::SetUp();
+        if (mount("none", path().constData(), "tmpfs", 0, "size=192k") != 0) {
+            GTEST_SKIP() << "no file system can be mounted here";
+        }
+        m_mounted = true;
+        ASSERT_TRUE(QDir(folder() + QStringLiteral("/archive")).removeRecursively());
+        SetUpArchive(configuration());
+        record();
     }
-    record();
-    ASSERT_TRUE(QFile::setPermissions(storage(), QFile::ReadOwner | QFile::ExeOwner));
-    EXPECT_EQ(move().moved, 0);
-    ASSERT_TRUE(QFile::setPermissions(storage(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    void TearDown() override
+    {
+        if (m_mounted) {
+            EXPECT_EQ(umount2(path().constData(), MNT_DETACH), 0);
+        }
+    }
+    [[nodiscard]] QByteArray path() const { return QFile::encodeName(storage()); }
+    void remount(unsigned long flags, const char* options)
+    {
+        ASSERT_EQ(mount("none", path().constData(), "tmpfs", MS_REMOUNT | flags, options), 0);
+    }
+
+private:
+    bool m_mounted = false;
+};
+
+TEST_F(MountedStorage, ThatIsReadOnlyDelays)
+{
+    remount(MS_RDONLY, "size=4m");
+    const MoverReport report = move();
+    EXPECT_EQ(report.moved, 0);
+    EXPECT_TRUE(report.problem.endsWith(QStringLiteral("Read-only file system"))) << report.problem.toStdString();
+    expectNothingLost();
+    remount(0, "size=4m");
     clock.now += 2 * configuration().longestPauseMs;
-    move();
+    EXPECT_EQ(move().failed, 0);
     expectAllMovedOnce();
 }
 
-// A file system in memory that is too small for one of the files.
-TEST_F(FailingStorage, ThatIsFullTakesWhatFitsAndTheRestWhenThereIsRoom)
+TEST_F(MountedStorage, ThatGoesAwayAndComesBackDelays)
 {
-    const QByteArray path = QFile::encodeName(storage());
-    if (mount("none", path.constData(), "tmpfs", 0, "size=192k") != 0) {
-        GTEST_SKIP() << "no file system can be mounted here";
-    }
-    struct Unmount {
-        QByteArray path;
-        ~Unmount() { umount2(path.constData(), MNT_DETACH); }
-    } unmount{path};
-    ASSERT_TRUE(QDir(folder() + QStringLiteral("/archive")).removeRecursively());
-    SetUpArchive(configuration());
-    record();
+    remount(0, "size=4m");
+    ASSERT_EQ(mount("none", path().constData(), "tmpfs", 0, "size=4m"), 0) << "hides the storage";
+    EXPECT_TRUE(move().problem.contains(QStringLiteral("is the share mounted?")));
+    ASSERT_EQ(umount2(path().constData(), 0), 0);
+    clock.now += 2 * configuration().longestPauseMs;
+    EXPECT_EQ(move().failed, 0);
+    expectAllMovedOnce();
+}
+
+TEST_F(MountedStorage, ThatIsFullTakesWhatFitsAndTheRestWhenThereIsRoom)
+{
     const MoverReport report = move();
     EXPECT_EQ(report.failed, 1);
     EXPECT_EQ(report.moved, 4);
@@ -330,7 +358,7 @@ TEST_F(FailingStorage, ThatIsFullTakesWhatFitsAndTheRestWhenThereIsRoom)
         << report.messages.at(0).toStdString();
     expectNothingLost();
     EXPECT_EQ(Archive(configuration()).status().failed, 1);
-    ASSERT_EQ(mount("none", path.constData(), "tmpfs", MS_REMOUNT, "size=4m"), 0);
+    remount(0, "size=4m");
     clock.now = report.nextRunMs;
     EXPECT_EQ(move().moved, 1);
     expectAllMovedOnce();
