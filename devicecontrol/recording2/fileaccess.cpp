@@ -69,6 +69,9 @@ CFileAccess::CFileAccess(const char* path, const QString& prefix, const char* na
         d->path += name;
     }
     d->client = client;
+    if (!d->requestFromArchive(write)) {
+        return;
+    }
     d->recorder = recorder;
     d->shared->uncFilePath.Attach(prefix + QStringLiteral("/REC_UNCFILEPATH"));
     d->shared->archiveFilePath.Attach(prefix + QStringLiteral("/REC_ZELVOFILEPATH"));

@@ -28,16 +28,18 @@ class OutputFile;
 /// file.
 class RECORDING2_EXPORT CFileAccess {
 public:
-    /// Opens a file. IsValidFile tells whether it could be opened (and, for reading, its header be read).
+    /// Opens a file. IsValidFile tells whether it could be opened (and, for reading, its header be read);
+    /// GetZelvoErrorCode why the archive refused an archive address, whose file is then not opened.
     /// @param path file or, with a name, what stands in front of it (a directory with its separator); 8-bit, in the
-    ///        encoding of file names (Latin-1 on Windows, UTF-8 elsewhere)
+    ///        encoding of file names (Latin-1 on Windows, UTF-8 elsewhere). With a connected client also an archive
+    ///        address "zelvo:///GROUP/FILE"
     /// @param prefix path of the values REC_UNCFILEPATH and REC_ZELVOFILEPATH without the last "/"
     /// @param name rest of the path, may be null
     /// @param write true: creates the file, replacing an existing one
     /// @param readTables load the indexes too (reading only)
     /// @param sameGroup the file continues a recording: it joins the archive group of the file before
     /// @param recorder not owned, may be null
-    /// @param client archive client, not owned, may be null
+    /// @param client archive client, not owned, may be null; must outlive the object and its copies
     CFileAccess(const char* path, const QString& prefix, const char* name, bool write, bool readTables, bool sameGroup,
                 CRecording* recorder, Zelvo::ZelvoClient* client);
     CFileAccess(const CFileAccess& other);
@@ -58,9 +60,10 @@ public:
 
     [[nodiscard]] bool IsValidFile() const;
     [[nodiscard]] std::int32_t fileSize() const;  ///< bytes written so far; 0 when the file is not open for writing
-    [[nodiscard]] std::string path() const;       ///< as given to the constructor, also after the file was renamed
-    [[nodiscard]] Zelvo::ZelvoError GetZelvoErrorCode() const;
-    [[nodiscard]] QString fullRecordingFilePath() const;  ///< "PATH#zelvo:///GROUP/FILE", for other programs
+    /// As given to the constructor, also after the file was renamed; where the archive decides, its local path.
+    [[nodiscard]] std::string path() const;
+    [[nodiscard]] Zelvo::ZelvoError GetZelvoErrorCode() const;  ///< of the request for the file; 0 without one
+    [[nodiscard]] QString fullRecordingFilePath() const;        ///< "PATH#zelvo:///GROUP/FILE", for other programs
 
     // Writing. All return 0 always; positions end at 2,147,483,647, and a record that would begin or end past it is
     // refused (traced once).

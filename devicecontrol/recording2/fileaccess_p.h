@@ -44,15 +44,36 @@ struct OpenInput {
     Format::Cursor cursor;
 };
 
+/// The archive's address of the file, if it has one: the archive is told when the file is no longer used.
+class ArchiveHold {
+public:
+    ArchiveHold() = default;
+    ArchiveHold(const ArchiveHold&) = delete;
+    ArchiveHold& operator=(const ArchiveHold&) = delete;
+    ~ArchiveHold();
+    void take(Zelvo::ZelvoClient* client, const Zelvo::ZelvoUrl& url)
+    {
+        m_client = client;
+        m_url = url;
+    }
+
+private:
+    Zelvo::ZelvoClient* m_client = nullptr;
+    Zelvo::ZelvoUrl m_url;
+};
+
 /// What all copies of a CFileAccess share: it is closed with the last of them, or by CloseRecording for all.
 struct SharedFile {
-    std::unique_ptr<Journal> journal;  // of a recorder's file; outlives the output, which uses its memory
-    std::unique_ptr<OutputFile> output;
-    std::int64_t acceptedEnd = 0;  // of what was appended whole
-    bool resumed = false;          // closing goes on where writing had failed
-    bool forced = false;           // to the device, at least every second
+    // In this order: what was written is closed before the archive is told, which is told before reading ends. The
+    // output uses the journal's memory.
+    std::unique_ptr<Journal> journal;  // of a recorder's file
+    std::int64_t acceptedEnd = 0;      // of what was appended whole
+    bool resumed = false;              // closing goes on where writing had failed
+    bool forced = false;               // to the device, at least every second
     std::chrono::steady_clock::time_point lastForced;
     std::unique_ptr<OpenInput> input;
+    ArchiveHold archiveHold;
+    std::unique_ptr<OutputFile> output;
     std::string buffer;                       // scratch of the reads
     std::unique_ptr<Index::TimeIndex> index;  // by time, and when reading by position
     std::unique_ptr<std::set<std::uint64_t>> channelRangeTimes;
@@ -118,10 +139,14 @@ struct CFileAccess::Private {
     RangeScan rangeScan;
     std::int64_t rangeBytes = 0;  // read for the definitions since the first
     std::string path;
-    Zelvo::ZelvoUrl url;
     Zelvo::ZelvoClient* client = nullptr;
     std::int32_t fileGroupResult = -1;
     CRecording* recorder = nullptr;
+
+    /// Where the path is an archive address, asks for the file and takes over its local path. @return false when the
+    /// archive refused it
+    bool requestFromArchive(bool write);
+    void showArchivePath(const QString& address) const;
 
     [[nodiscard]] OutputFile* goodOutput() const;  // null when there is none, or it has failed
     [[nodiscard]] OpenInput* goodInput() const;    // null when there is none, or it stands at the end of the file

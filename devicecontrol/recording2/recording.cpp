@@ -72,6 +72,7 @@ CRecording::~CRecording()
         }
     });
     guarded([this] { StopRecording(false); });
+    m_file.reset();  // an observer may have started another, which must not outlive the archive client
     ForgetObservedValues();
 }
 
