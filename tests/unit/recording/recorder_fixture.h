@@ -14,14 +14,21 @@
 
 namespace Recording2 {
 
-/// What tests may see and set of a recorder beyond its interface.
-/// The archive group of the open file, which shows whether a file was opened as the continuation of another.
+/// The archive group of the open file, which shows whether a file was opened as the continuation of another, and the
+/// requests to the archive.
 class FileAccessTestPeer {
 public:
     static void setGroup(const QString& guid) { CFileAccess::m_sGuid = guid; }
     static QString group() { return CFileAccess::m_sGuid; }
+    static QString newGroup(CFileAccess& file, bool reuse) { return file.getNewGroupGuid(reuse); }
+    static int addFile(CFileAccess& file, const QString& path, const QString& guid)
+    {
+        return file.addFileToFileGroup(path, guid);
+    }
+    static void move(CFileAccess& file, const QString& guid, int fileId) { file.moveToNas(guid, fileId); }
 };
 
+/// What tests may see and set of a recorder beyond its interface.
 class RecordingTestPeer {
 public:
     static std::int64_t& fileSizeLimit(CRecording& recorder) { return recorder.m_fileSizeLimit; }

@@ -1,0 +1,233 @@
+// What a recorder's files say to the archive over the life of a recording: starts, splits, stops, several recorders.
+#include <QFile>
+#include <QFileInfo>
+
+#include "../recording/recorder_fixture.h"
+#include "scriptedarchive.h"
+
+namespace RecorderTests {
+namespace {
+
+using FilePeer = Recording2::FileAccessTestPeer;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using TestSupport::scriptedArchive;
+using TestSupport::ScriptedArchive;
+
+class RecorderArchive : public RecorderTest {
+protected:
+    RecorderArchive()
+    {
+        archive = ScriptedArchive();
+        FilePeer::setGroup(QStringLiteral("Initial GUID String"));
+        station.add<Number>(QStringLiteral("/LEVEL"));
+        station.configure(QString(),
+                          QStringLiteral("LEVEL = \"/LEVEL\"\n[Rx2]\nValuePath = \"/Devices/Rx2\"\nStatusValuePath = "
+                                         "\"/Status/Rx2\"\nRecordingPath = \"%1\"\n[Rx2.Values]\nLEVEL = \"/LEVEL\"")
+                              .arg(station.directory()));
+    }
+
+    void change(double level)
+    {
+        station.clock.advanceMs(100);
+        station.value<Number>(QStringLiteral("/LEVEL")).SetValue(level);
+    }
+    /// Changes a value until the recorder goes on in another file.
+    void split()
+    {
+        const QString before = station.fileName();
+        for (int i = 1; station.fileName() == before; ++i) {
+            change(i);
+        }
+    }
+    /// The requests, without what names user and file.
+    [[nodiscard]] QStringList requests() const
+    {
+        QStringList found;
+        for (const QString& call : archive.calls) {
+            if (call.startsWith(QStringLiteral("AddFile"))) {
+                found << QStringLiteral("AddFile ") + call.section(QLatin1Char(' '), -1);
+            } else if (!call.startsWith(QStringLiteral("SetUser"))) {
+                found << call;
+            }
+        }
+        return found;
+    }
+    static QString text(const char* expected) { return QString::fromLatin1(expected); }
+
+    ScriptedArchive& archive = scriptedArchive();
+};
+
+TEST_F(RecorderArchive, ARecorderOwnsOneClientFromItsConstructionToItsEnd)
+{
+    {
+        const CRecording made(QStringLiteral("Rx"));
+        EXPECT_EQ(archive.clients, 1);
+    }
+    EXPECT_EQ(archive.clients, 0);
+    makeRecorder();
+    start();
+    station.switchOff();
+    start();
+    EXPECT_EQ(archive.clientsMade, 2) << "its files share it";
+    destroyRecorder();
+    EXPECT_EQ(archive.clients, 0);
+}
+
+TEST_F(RecorderArchive, EachRecordingIsAGroupOfItsOwn)
+{
+    makeRecorder();
+    start();
+    EXPECT_EQ(FilePeer::group(), text("GROUP-1"));
+    station.switchOff();
+    start();
+    EXPECT_EQ(FilePeer::group(), text("GROUP-2"));
+    station.switchOff();
+    EXPECT_THAT(requests(), ElementsAre(text("CreateFileGroup"), text("AddFile GROUP-1"), text("MoveToNas GROUP-1"),
+                                        text("CreateFileGroup"), text("AddFile GROUP-2"), text("MoveToNas GROUP-2")));
+}
+
+TEST_F(RecorderArchive, TheArchiveIsGivenTheNameThatTheFinishedFileHas)
+{
+    makeRecorder();
+    start();
+    const QString name = QFileInfo(station.fileName()).completeBaseName() + text(".rec");
+    EXPECT_EQ(archive.calls.last(), QStringLiteral("AddFile %1 GROUP-1").arg(name));
+    station.switchOff();
+    EXPECT_TRUE(QFile::exists(station.file(name)));
+}
+
+TEST_F(RecorderArchive, ARecordingSplitBySizeIsOneGroupThatIsHandedOverOnceAtItsEnd)
+{
+    Peer::fileSizeLimit(makeRecorder()) = 2'000;
+    start();
+    split();
+    EXPECT_EQ(FilePeer::group(), text("GROUP-1"));
+    split();
+    EXPECT_EQ(FilePeer::group(), text("GROUP-1"));
+    EXPECT_THAT(requests(), ElementsAre(text("CreateFileGroup"), text("AddFile GROUP-1"), text("AddFile GROUP-1"),
+                                        text("AddFile GROUP-1")))
+        << "a file that is split off is closed without a hand-off";
+    QStringList namesWhenHandedOver;
+    archive.onMove = [&] { namesWhenHandedOver = station.files(); };
+    station.switchOff();
+    EXPECT_EQ(archive.calls.last(), text("MoveToNas GROUP-1"));
+    EXPECT_EQ(archive.calls.count(text("MoveToNas GROUP-1")), 1);
+    EXPECT_EQ(namesWhenHandedOver.size(), 3);
+    EXPECT_TRUE(namesWhenHandedOver.filter(text(".tmp")).isEmpty());
+}
+
+TEST_F(RecorderArchive, TheFilesOfASplitHaveNumbersOfTheirOwn)
+{
+    Peer::fileSizeLimit(makeRecorder()) = 2'000;
+    start();
+    const QString value = text("/Status/Rx1/REC_ZELVOFILEPATH");
+    EXPECT_EQ(station.text(value), text("zelvo:///GROUP-1/1"));
+    split();
+    EXPECT_EQ(station.text(value), text("zelvo:///GROUP-1/2"));
+    station.switchOff();
+    EXPECT_EQ(station.text(value), QString());
+}
+
+TEST_F(RecorderArchive, ARestartBeginsANewGroupAndHandsTheOldOneOver)
+{
+    makeRecorder();
+    start();
+    archive.calls.clear();
+    recorder().StartRecording(false);
+    EXPECT_THAT(requests(), ElementsAre(text("MoveToNas GROUP-1"), text("CreateFileGroup"), text("AddFile GROUP-2")));
+}
+
+TEST_F(RecorderArchive, ARecorderThatIsDestroyedWhileItRecordsHandsItsGroupOver)
+{
+    makeRecorder();
+    start();
+    destroyRecorder();
+    EXPECT_EQ(archive.calls.last(), text("MoveToNas GROUP-1"));
+    EXPECT_EQ(archive.clients, 0);
+}
+
+// The group is one for the whole process: the archive must sort out what belongs where by what it was told.
+TEST_F(RecorderArchive, TheLaterOfTwoRecordersOfAProcessSetsTheGroupOfBoth)
+{
+    makeRecorder();
+    CRecording second(text("Rx2"));
+    second.Init();
+    EXPECT_EQ(archive.clients, 2);
+    station.switchOn();
+    station.switchOn(text("/Devices/Rx2"));
+    station.clock.advanceMs(1'000);
+    EXPECT_EQ(FilePeer::group(), text("GROUP-2"));
+    Peer::fileSizeLimit(recorder()) = 0;
+    change(1);  // splits the first recorder's file
+    Peer::fileSizeLimit(recorder()) = 1'000'000;
+    station.switchOff();
+    station.switchOff(text("/Devices/Rx2"));
+    EXPECT_THAT(requests(), ElementsAre(text("CreateFileGroup"), text("AddFile GROUP-1"), text("CreateFileGroup"),
+                                        text("AddFile GROUP-2"), text("AddFile GROUP-2"), text("MoveToNas GROUP-2"),
+                                        text("MoveToNas GROUP-2")));
+    EXPECT_TRUE(station.files().filter(text(".tmp")).isEmpty());
+    EXPECT_EQ(station.files().size(), 3);
+}
+
+TEST_F(RecorderArchive, ARecorderWithoutAnArchiveAfterOneThatHadItIsInNoGroup)
+{
+    makeRecorder();
+    start();
+    station.switchOff();
+    archive.available = false;
+    archive.calls.clear();
+    start();
+    EXPECT_EQ(FilePeer::group(), text("ERROR"));
+    EXPECT_EQ(station.text(text("/Status/Rx1/REC_UNCFILEPATH")),
+              QString(station.fileName()).replace(text(".tmp"), text(".rec")));
+    station.switchOff();
+    EXPECT_THAT(requests(), IsEmpty());
+}
+
+TEST_F(RecorderArchive, AnArchiveThatFailsAtEveryStepDoesNotStopARecording)
+{
+    archive.createError = archive.addError = archive.moveError = Zelvo::ZelvoError::Unreachable;
+    Peer::fileSizeLimit(makeRecorder()) = 2'000;
+    start();
+    split();
+    change(-1);
+    const ParsedRecording recording = stopAndRead();
+    EXPECT_EQ(recording.records.back().data, "3;-1,0,0");
+    EXPECT_EQ(station.files().size(), 2);
+    EXPECT_TRUE(station.files().filter(text(".tmp")).isEmpty());
+}
+
+TEST_F(RecorderArchive, RecordsIntoTheDirectoryThatTheArchiveNames)
+{
+    const QTemporaryDir elsewhere;
+    archive.directory = elsewhere.path();
+    makeRecorder();
+    start();
+    EXPECT_EQ(QFileInfo(station.fileName()).path(), elsewhere.path());
+    change(1);
+    EXPECT_EQ(stopAndRead().records.back().data, "3;1,0,0");
+    EXPECT_EQ(QFileInfo(station.fileName()).path(), elsewhere.path());
+    EXPECT_TRUE(QFile::exists(station.fileName()));
+    EXPECT_THAT(station.files(), IsEmpty());
+}
+
+TEST_F(RecorderArchive, AFileThatAnObserverStartsWhileTheRecorderEndsDoesNotOutliveTheClient)
+{
+    CRecording& ending = makeRecorder();
+    start();
+    bool started = false;
+    const Listener restarts(station.value<Text>(text("/Status/Rx1/REC_FILENAME")), [&](auto&, TChangeCode) {
+        if (!started) {
+            started = true;
+            ending.StartRecording(false);
+        }
+    });
+    destroyRecorder();
+    EXPECT_TRUE(started);
+    EXPECT_EQ(archive.clients, 0);
+    EXPECT_EQ(archive.calledWithoutClient, 0);
+}
+
+}  // namespace
+}  // namespace RecorderTests
