@@ -104,7 +104,7 @@ QString CFileAccess::getNewGroupGuid(bool reuse)
     }
     d->client->SetUser(userName());
     QString directory = QDir::toNativeSeparators(QFileInfo(FileNames::fromBytes(d->path)).absolutePath());
-    const QString guid = createGroup(*d->client, directory);
+    QString guid = createGroup(*d->client, directory);
     if (d->client->GetError() != Zelvo::ZelvoError::None) {
         traceIfFailed(*d->client, QStringLiteral("Zelvo ERROR: error while get the File-Group-GUID: --> "), __LINE__);
         return guid;

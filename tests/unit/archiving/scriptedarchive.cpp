@@ -102,7 +102,7 @@ std::uint32_t ZelvoClient::AddFile(const QString& name, const QString& guid)
 
 QString ZelvoClient::MoveToNas(const QString& guid)
 {
-    const QString text = answer(QStringLiteral("MoveToNas ") + guid, scriptedArchive().moveError, QString());
+    QString text = answer(QStringLiteral("MoveToNas ") + guid, scriptedArchive().moveError, QString());
     if (scriptedArchive().onMove) {
         scriptedArchive().onMove();
     }
