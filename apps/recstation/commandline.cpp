@@ -118,6 +118,13 @@ void addCommonOptions(CLI::App& app, Options& options)
     app.add_option("--speed", options.speed, "Recorded seconds per second (default: as fast as possible)")
         ->type_name("NUMBER")
         ->check(CLI::Range(slowest, fastest));
+    constexpr double longestWait = 1e6;
+    app.add_option("--archive-wait", options.archiveWaitSeconds,
+                   "At the end, wait so long for the archive to take the recordings over; what it has not then stays "
+                   "where it is and is taken over later")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, longestWait))
+        ->capture_default_str();
     app.add_flag("--json", options.json, "Write the closing summary as JSON");
     app.add_flag("-q,--quiet", options.quiet, "Show no progress");
     app.add_flag("--trace", options.trace, "Show the recorder's own traces");

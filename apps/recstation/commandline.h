@@ -22,6 +22,7 @@ struct Options {
     std::string output;                  ///< empty: as configured
     std::vector<std::string> recorders;  ///< to switch on; empty: those that suit the sources
     std::optional<double> speed;         ///< nothing: as fast as possible
+    double archiveWaitSeconds = 60;      ///< for the archive, at the end of the run
     bool json = false;
     bool quiet = false;
     bool trace = false;

@@ -12,6 +12,8 @@ namespace {
 
 constexpr auto view = CfgCenter::View::Instance;
 
+const QString archiveTable = QStringLiteral("archive");
+
 constexpr std::array knownKeys = {"ValuePath",     "StatusValuePath",       "RecordingPath", "RecFileNameFormat83",
                                   "MaxFileLength", "FileExpandingSize",     "Values",        "DiskExpandingSize",
                                   "RecordDF",      "RecordingNameLocalTime"};
@@ -108,7 +110,11 @@ Configuration check(const QString& fileName)
 {
     Configuration configuration;
     for (const QString& name : CfgCenter::InstanceNames()) {
-        configuration.instances.push_back(readInstance(name, configuration.warnings));
+        if (name == archiveTable) {
+            configuration.archiveFile = fileName;
+        } else {
+            configuration.instances.push_back(readInstance(name, configuration.warnings));
+        }
     }
     if (configuration.instances.empty()) {
         throw std::runtime_error(fileName.toStdString() +

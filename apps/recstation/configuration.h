@@ -19,6 +19,7 @@ struct Instance {
 
 struct Configuration {
     std::vector<Instance> instances;
+    QString archiveFile;   ///< the configuration file if it has a table [archive], which is no recorder; else empty
     QStringList warnings;  ///< one sentence each
 };
 

@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <string>
 #include <vector>
@@ -6,6 +7,7 @@
 #include <QCoreApplication>
 #include <QTextCodec>
 
+#include "archive/archiveservice.h"
 #include "commandline.h"
 #include "progress.h"
 #include "station.h"
@@ -77,5 +79,8 @@ int main(int argc, char* argv[])
     const QCoreApplication application(argc, argv);
     const recstation::CommandLine commandLine = recstation::parseCommandLine(argumentsInUtf8());
     const ExitCode code = commandLine.options ? runProgram(*commandLine.options) : commandLine.exitCode;
+    if (recstation::ArchiveService::leftThreadBehind()) {
+        std::_Exit(static_cast<int>(code));  // it may still use what the end of the process would take away
+    }
     return static_cast<int>(code);
 }

@@ -5,6 +5,7 @@
 #include <QFileInfo>
 
 #include <recording2/inspection/inspection.h>
+#include <zelvo/zelvo.h>
 
 namespace recstation {
 
@@ -21,6 +22,15 @@ QString damageOf(const Inspection::Summary& summary)
     return summary.findings.empty() ? QString() : QString::fromStdString(summary.findings.front().text);
 }
 
+// Counts what is in a file. @return its damage, empty for a sound one
+QString examineBytes(FileReport& report, const QString& path)
+{
+    const Inspection::Summary summary = Inspection::inspect(QFile::encodeName(path).toStdString());
+    report.bytes = QFileInfo(path).size();
+    report.records = summary.times.size();
+    return damageOf(summary);
+}
+
 FileReport::State stateOnDisk(const QString& temporary, const QString& finished)
 {
     if (QFileInfo::exists(temporary)) {
@@ -30,6 +40,12 @@ FileReport::State stateOnDisk(const QString& temporary, const QString& finished)
 }
 
 }  // namespace
+
+void examineArchived(FileReport& report, const QString& storedPath)
+{
+    report.state = FileReport::State::Archived;
+    report.problem = examineBytes(report, storedPath);
+}
 
 QString finishedPath(const QString& temporaryPath)
 {
@@ -47,10 +63,7 @@ FileReport examineRecording(const QString& temporaryPath)
         report.problem = QStringLiteral("the file is not on the disk");
         return report;
     }
-    const Inspection::Summary summary = Inspection::inspect(QFile::encodeName(report.path).toStdString());
-    report.bytes = QFileInfo(report.path).size();
-    report.records = summary.times.size();
-    const QString damage = damageOf(summary);
+    const QString damage = examineBytes(report, report.path);
     if (!damage.isEmpty()) {
         report.problem = QStringLiteral("not completely written, perhaps because the disk is full: ") + damage;
     } else if (report.state == FileReport::State::Temporary) {
@@ -60,9 +73,10 @@ FileReport examineRecording(const QString& temporaryPath)
     return report;
 }
 
-FileNameWatch::FileNameWatch(const QString& pathOfFileName) : m_fileName(this)
+FileNameWatch::FileNameWatch(const QString& statusPath) : m_fileName(this)
 {
-    m_fileName.Attach(pathOfFileName);
+    m_address.Attach(statusPath + QStringLiteral("/REC_ZELVOFILEPATH"));
+    m_fileName.Attach(statusPath + QStringLiteral("/REC_FILENAME"));
 }
 
 void FileNameWatch::Update(void* /*subject*/, TChangeCode code)
@@ -73,6 +87,10 @@ void FileNameWatch::Update(void* /*subject*/, TChangeCode code)
     const QString path = m_fileName->GetValue();
     if (path.endsWith(QStringLiteral(".tmp")) && !m_paths.contains(path)) {
         m_paths += path;
+        // Without the number of the file it is the address of a group that did not take it.
+        if (m_address && Zelvo::ZelvoUrl(m_address->GetValue()).isZelvoUrl()) {
+            m_addresses[path] = m_address->GetValue();
+        }
     }
 }
 

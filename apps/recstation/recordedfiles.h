@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
@@ -17,9 +18,11 @@ struct FileReport {
     enum class State : std::uint8_t {
         Finished,   ///< closed and renamed to .rec
         Temporary,  ///< still under its .tmp name
+        Archived,   ///< only the archive has it
         Missing,    ///< neither name is on the disk
     };
-    QString path;  ///< the file on the disk, or the one that should be there
+    QString path;     ///< the file on the disk, or the one that should be there
+    QString address;  ///< at the archive; empty when it is not registered there
     State state = State::Missing;
     std::int64_t bytes = 0;
     std::uint64_t records = 0;  ///< by the time table in the file
@@ -29,20 +32,28 @@ struct FileReport {
 /// Looks at the disk for the recording that was opened under the .tmp name.
 [[nodiscard]] FileReport examineRecording(const QString& temporaryPath);
 
+/// The same for the archive's copy of it, whose address is known.
+void examineArchived(FileReport& report, const QString& storedPath);
+
 /// The name that a closed recording gets: cut at the first dot of its file name.
 [[nodiscard]] QString finishedPath(const QString& temporaryPath);
 
-/// Follows REC_FILENAME of one recorder and keeps every .tmp name that it shows.
+/// Follows REC_FILENAME of one recorder and keeps every .tmp name that it shows, with the archive's address.
 class FileNameWatch final : public IObserver {
 public:
-    explicit FileNameWatch(const QString& pathOfFileName);
+    /// @param statusPath where REC_FILENAME and REC_ZELVOFILEPATH stand
+    explicit FileNameWatch(const QString& statusPath);
 
     void Update(void* subject, TChangeCode code) override;
 
     [[nodiscard]] const QStringList& temporaryPaths() const { return m_paths; }  ///< in order of opening
+    /// Empty when the file was not registered with the archive.
+    [[nodiscard]] QString addressOf(const QString& temporaryPath) const { return m_addresses.value(temporaryPath); }
 
 private:
     QStringList m_paths;
+    QHash<QString, QString> m_addresses;
+    values::ValuePtr<values::Value<QString>> m_address;
     values::ValueObservingPtr<values::Value<QString>> m_fileName;
 };
 

@@ -67,7 +67,7 @@ void requireWritableDirectory(const QString& directory)
 Recorder::Recorder(const Plugin& plugin, const Instance& instance, const QString& output)
     : m_instance(withExistingDirectory(instance, output)),
       m_plugged(plugin.create(instance.name)),
-      m_files(instance.statusValuePath + QStringLiteral("/REC_FILENAME"))
+      m_files(instance.statusValuePath)
 {
     m_status.Attach(instance.valuePath + QStringLiteral("/REC_STATUS"));
     m_directory.Attach(instance.statusValuePath + QStringLiteral("/REC_FILEPATH"));
@@ -118,8 +118,9 @@ void Recorder::checkNewFiles()
     const QStringList& paths = m_files.temporaryPaths();
     while (m_checkedFiles < paths.size()) {
         const QString& path = paths.at(m_checkedFiles++);
-        // A recording that ended within one step already has its final name.
-        if (!QFileInfo::exists(path) && !QFileInfo::exists(finishedPath(path))) {
+        // A recording that ended within one step already has its final name, or has been moved to the archive, with
+        // which only files that exist are registered.
+        if (addressOf(path).isEmpty() && !QFileInfo::exists(path) && !QFileInfo::exists(finishedPath(path))) {
             fail(QStringLiteral("cannot record: the file %1 could not be created: %2").arg(path, whyNotCreated(path)));
         }
     }

@@ -41,6 +41,7 @@ public:
     /// @throws std::runtime_error that says why one could not be created
     void checkNewFiles();
     [[nodiscard]] const QStringList& temporaryPaths() const { return m_files.temporaryPaths(); }
+    [[nodiscard]] QString addressOf(const QString& temporaryPath) const { return m_files.addressOf(temporaryPath); }
 
 private:
     [[nodiscard]] QString directory() const;

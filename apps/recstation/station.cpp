@@ -21,6 +21,8 @@ namespace recstation {
 
 namespace {
 
+constexpr std::chrono::milliseconds longestSetUp{3'000};
+
 Configuration loadConfiguration(const Options& options)
 {
     if (!options.config.empty()) {
@@ -125,6 +127,8 @@ Station::Station(const Options& options, Messages& messages)
     : m_messages(messages),
       m_plugin(QString::fromStdString(options.plugin)),
       m_configuration(loadConfiguration(options)),
+      m_archive(makeArchiveService(m_configuration.archiveFile)),
+      m_archiveWait(static_cast<std::int64_t>(options.archiveWaitSeconds * 1'000)),
       m_scheduler(m_clock, [this](unsigned long long time) { beforeStep(time); }),
       m_runner(m_scheduler, options.speed, {[this] { afterStep(); }, [] { return StopSignal::requested(); }})
 {
@@ -138,6 +142,13 @@ Station::Station(const Options& options, Messages& messages)
     addSources(options);
     requireOwnSpectra(m_scheduler.sources());
     m_scheduler.prepare();
+    if (m_archive != nullptr) {
+        const QString problem = m_archive->waitUntilSetUp(longestSetUp);
+        if (!problem.isEmpty()) {
+            m_messages.message(
+                QStringLiteral("warning: archive: %1; recording goes on, and it is tried again").arg(problem));
+        }
+    }
     addRecorders(options);
     m_toStart = recordersToStart(options);
 }
@@ -248,6 +259,7 @@ Summary Station::run()
     }
     closeRecordings(summary);
     m_messages.finish(progressNumbers());
+    finishArchive(summary);
     for (const auto& source : m_scheduler.sources()) {
         summary.sources.push_back({source->name(), source->report()});
     }
@@ -323,7 +335,46 @@ void Station::closeRecordings(Summary& summary)
                                         QString::fromUtf8(error.what()));
         }
         for (const QString& path : recorder->temporaryPaths()) {
-            summary.files.push_back({recorder->name(), examineRecording(path)});
+            FileReport report = examineRecording(path);
+            report.address = recorder->addressOf(path);
+            summary.files.push_back({recorder->name(), report});
+        }
+    }
+}
+
+void Station::finishArchive(Summary& summary)
+{
+    if (m_archive == nullptr) {
+        return;
+    }
+    QStringList addresses;
+    std::vector<FileReport*> registered;
+    for (Summary::File& file : summary.files) {
+        if (!file.report.address.isEmpty()) {
+            addresses += file.report.address;
+            registered.push_back(&file.report);
+        }
+    }
+    // A run that was broken off by a signal was to end soon; a second one ends the process at once.
+    const bool brokenOff = StopSignal::requested();
+    const ArchiveReport archive =
+        m_archive->finish(addresses, m_archiveWait, [brokenOff] { return !brokenOff && StopSignal::requested(); });
+    Summary::Archive& result = summary.archive.emplace();
+    result.problem = archive.problem;
+    result.unregistered = summary.files.size() - registered.size();
+    for (std::size_t i = 0; i < registered.size(); ++i) {
+        if (i >= archive.files.size() || !archive.files[i].moved) {
+            ++result.waiting;
+            if (result.problem.isEmpty() && i < archive.files.size()) {
+                result.problem = archive.files[i].why;
+            }
+            continue;
+        }
+        ++result.moved;
+        const bool seenBefore = registered[i]->state == FileReport::State::Finished && registered[i]->problem.isEmpty();
+        registered[i]->state = FileReport::State::Archived;
+        if (!seenBefore) {  // it was moved before anyone could look at it
+            examineArchived(*registered[i], archive.files[i].storedPath);
         }
     }
 }
@@ -334,14 +385,18 @@ unsigned long long Station::recordedMs() const
     return m_firstTime ? (m_clock.CurrentTime() - *m_firstTime) / microsecondsPerMillisecond : 0;
 }
 
-ProgressNumbers Station::progressNumbers() const
+ProgressNumbers Station::progressNumbers()
 {
     ProgressNumbers numbers;
     numbers.recordedMs = recordedMs();
     numbers.records = m_counter.records();
     for (const auto& recorder : m_recorders) {
         for (const QString& path : recorder->temporaryPaths()) {
-            numbers.bytes += bytesOnDisk(path);
+            const std::int64_t bytes = bytesOnDisk(path);
+            if (bytes > 0) {  // else the archive has moved it
+                m_bytes[path] = bytes;
+            }
+            numbers.bytes += m_bytes.value(path);
         }
     }
     return numbers;

@@ -1,14 +1,18 @@
 // One run of the host: value tree, clock, recorders and sources together.
 #pragma once
 
+#include <chrono>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
 #include <QElapsedTimer>
+#include <QHash>
 #include <QString>
 
 #include <values/tree.h>
 
+#include "archive/archiveservice.h"
 #include "changecounter.h"
 #include "clock.h"
 #include "commandline.h"
@@ -45,7 +49,8 @@ private:
     void beforeStep(unsigned long long time);
     void afterStep();
     void closeRecordings(Summary& summary);
-    [[nodiscard]] ProgressNumbers progressNumbers() const;
+    void finishArchive(Summary& summary);
+    [[nodiscard]] ProgressNumbers progressNumbers();
     [[nodiscard]] unsigned long long recordedMs() const;
 
     Messages& m_messages;
@@ -54,12 +59,15 @@ private:
     values::Tree m_tree;
     Plugin m_plugin;
     Configuration m_configuration;
+    std::unique_ptr<ArchiveService> m_archive;  // null without one
+    std::chrono::milliseconds m_archiveWait;
     Scheduler m_scheduler;
     Runner m_runner;
     std::vector<std::unique_ptr<Recorder>> m_recorders;
     std::vector<Recorder*> m_toStart;
     std::optional<unsigned long long> m_firstTime;
     QElapsedTimer m_sinceSpaceCheck;
+    QHash<QString, std::int64_t> m_bytes;  // of each recording when it was last on the disk
 };
 
 }  // namespace recstation

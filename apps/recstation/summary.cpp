@@ -17,6 +17,8 @@ const char* stateName(FileReport::State state)
             return "finished";
         case FileReport::State::Temporary:
             return "temporary";
+        case FileReport::State::Archived:
+            return "archived";
         case FileReport::State::Missing:
             break;
     }
@@ -29,6 +31,9 @@ nlohmann::ordered_json toJson(const Summary::File& file)
     object["recorder"] = file.recorder.toStdString();
     object["path"] = file.report.path.toStdString();
     object["state"] = stateName(file.report.state);
+    if (!file.report.address.isEmpty()) {
+        object["address"] = file.report.address.toStdString();
+    }
     object["bytes"] = file.report.bytes;
     object["records"] = file.report.records;
     if (!file.report.problem.isEmpty()) {
@@ -47,10 +52,43 @@ nlohmann::ordered_json toJson(const Summary::SourceResult& source)
     return object;
 }
 
+nlohmann::ordered_json toJson(const Summary::Archive& archive)
+{
+    nlohmann::ordered_json object;
+    object["moved"] = archive.moved;
+    object["waiting"] = archive.waiting;
+    object["unregistered"] = archive.unregistered;
+    if (!archive.problem.isEmpty()) {
+        object["problem"] = archive.problem.toStdString();
+    }
+    return object;
+}
+
+QString recordings(std::size_t count)
+{
+    return count == 1 ? QStringLiteral("1 recording") : QStringLiteral("%1 recordings").arg(count);
+}
+
+// Whatever is said of the archive, the recordings are safe.
+QStringList remarksOn(const Summary::Archive& archive)
+{
+    QStringList sentences;
+    const QString why = archive.problem.isEmpty() ? QString() : QStringLiteral(": ") + archive.problem;
+    if (archive.waiting > 0) {
+        sentences += QStringLiteral("archive: %1 not moved yet%2").arg(recordings(archive.waiting), why);
+    }
+    if (archive.unregistered > 0) {
+        sentences += QStringLiteral("archive: %1 not registered, and not going to be moved%2")
+                         .arg(recordings(archive.unregistered), archive.waiting > 0 ? QString() : why);
+    }
+    return sentences;
+}
+
 QString fileLine(const Summary::File& file)
 {
+    const bool archived = file.report.state == FileReport::State::Archived;
     return QStringLiteral("%1: %2 (%3, %4 records)\n")
-        .arg(file.recorder, file.report.path, byteText(file.report.bytes))
+        .arg(file.recorder, archived ? file.report.address : file.report.path, byteText(file.report.bytes))
         .arg(file.report.records);
 }
 
@@ -78,6 +116,9 @@ std::string Summary::json() const
     object["sources"] = nlohmann::ordered_json::array();
     for (const SourceResult& source : sources) {
         object["sources"].push_back(toJson(source));
+    }
+    if (archive) {
+        object["archive"] = toJson(*archive);
     }
     object["recordedMs"] = recordedMs;
     object["changes"] = changes;
@@ -115,6 +156,9 @@ QStringList Summary::remarks(bool counts) const
         if (!file.report.problem.isEmpty()) {
             sentences += QStringLiteral("%1: %2").arg(file.report.path, file.report.problem);
         }
+    }
+    if (archive) {
+        sentences += remarksOn(*archive);
     }
     if (!failure.isEmpty()) {
         sentences += failure;

@@ -1,7 +1,9 @@
 // The result of a run, for people and for machines.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,7 +25,15 @@ struct Summary {
         SourceReport report;
     };
 
+    struct Archive {
+        std::size_t moved = 0;         ///< recordings of this run that the storage has
+        std::size_t waiting = 0;       ///< that stay where they were recorded, and are moved later
+        std::size_t unregistered = 0;  ///< that the archive was not told of
+        QString problem;               ///< why some wait, if that is known
+    };
+
     std::vector<File> files;
+    std::optional<Archive> archive;  ///< nothing: there is none
     std::vector<SourceResult> sources;
     unsigned long long recordedMs = 0;  ///< recorded time that the run covered
     std::uint64_t changes = 0;          ///< changes of device values

@@ -60,7 +60,7 @@ TEST_F(RecordedFilesTest, AFileThatKeptItsTemporaryNameIsTheOneReported)
 TEST_F(RecordedFilesTest, EveryTemporaryNameThatTheRecorderShowsIsKeptOnce)
 {
     values::Tree tree;
-    FileNameWatch watch(QStringLiteral("/Status/REC_FILENAME"));
+    FileNameWatch watch(QStringLiteral("/Status"));
     values::ValuePtr<values::Value<QString>> name;
     name.Attach(QStringLiteral("/Status/REC_FILENAME"));
     for (const char* shown : {"/x/a.tmp", "/x/a.rec", "/x/b.tmp", "", "/x/a.tmp"}) {
