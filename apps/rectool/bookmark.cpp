@@ -139,7 +139,7 @@ ExitCode listBookmarks(const ListOptions& options)
         for (const Inspection::Bookmark& bookmark : summary.bookmarks) {
             bookmarks.push_back(toJson(bookmark));
         }
-        std::cout << dump({{"file", options.file}, {"bookmarks", std::move(bookmarks)}}, 2) << '\n';
+        std::cout << dump({{"file", shownName(options.file)}, {"bookmarks", std::move(bookmarks)}}, 2) << '\n';
     } else if (summary.bookmarks.empty()) {
         std::cout << "The recording has no bookmark.\n";
     } else {

@@ -231,7 +231,7 @@ bool takeCutSpan(const CutOptions& options, const Inspection::Summary& summary, 
 void printSummary(const CutOptions& options, const Span& span, const Cut& cut, const NewRecordingResult& result)
 {
     if (options.json) {
-        Json json = {{"file", options.file},
+        Json json = {{"file", shownName(options.file)},
                      {"fromMs", options.from.empty() ? Json() : Json(span.from)},
                      {"toMs", options.to.empty() ? Json() : Json(span.to)}};
         json.update(toJson(options.output, result));

@@ -301,7 +301,9 @@ void printJson(const DiffOptions& options, std::uint64_t from, std::uint64_t to,
                          {"after", lastToJson(difference.after, names)},
                          {"map", mapToJson(difference)}});
     }
-    std::cout << dump({{"file", options.file}, {"fromMs", from}, {"toMs", to}, {"types", std::move(types)}}, 2) << '\n';
+    std::cout << dump({{"file", shownName(options.file)}, {"fromMs", from}, {"toMs", to}, {"types", std::move(types)}},
+                      2)
+              << '\n';
 }
 
 }  // namespace

@@ -84,7 +84,7 @@ ExitCode FileChange::confirm(const std::string& question) const
     if (!inputComesFromTerminal()) {
         return refuse(ExitCode::Usage, "There is no terminal to ask at; --yes changes the file without asking.");
     }
-    std::cerr << m_file << ": " << question << "? [y/N] " << std::flush;
+    std::cerr << shownName(m_file) << ": " << question << "? [y/N] " << std::flush;
     std::string answer;
     std::getline(std::cin, answer);
     if (answer != "y" && answer != "Y" && answer != "yes") {

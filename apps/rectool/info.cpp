@@ -163,7 +163,7 @@ void printFindings(const std::vector<Inspection::Finding>& findings)
 
 void printReport(const Report& report)
 {
-    std::cout << report.file << '\n';
+    std::cout << shownName(report.file) << '\n';
     printHeader(report);
     printTypes(report);
     printBlocks(report);
@@ -216,7 +216,7 @@ Json findingsJson(const std::vector<Inspection::Finding>& findings)
 Json reportJson(const Report& report)
 {
     const Inspection::Summary& summary = report.summary;
-    Json json = {{"file", report.file}, {"readability", name(summary.readability)}};
+    Json json = {{"file", shownName(report.file)}, {"readability", name(summary.readability)}};
     if (summary.readability != Inspection::Readability::Ok) {
         json["problem"] = summary.problem;
         return json;

@@ -14,7 +14,8 @@ using RecTool::ExitCode;
 namespace CommandLine = RecTool::CommandLine;
 
 constexpr const char* ExitCodes =
-    "Exit codes: 0 fine, 1 wrong usage or not confirmed, 2 a file cannot be read or written, 3 a file is damaged.";
+    "Exit codes: 0 fine, 1 wrong usage or not confirmed, 2 a file cannot be read or written, 3 a file is damaged.\n"
+    "A recording in the archive is named by its address, zelvo:///GROUP/FILE.";
 
 ExitCode run(int argc, char** argv)
 {
@@ -29,6 +30,7 @@ ExitCode run(int argc, char** argv)
     CommandLine::addPlotVerbs(app, action);
     CommandLine::addEditingVerbs(app, action);
     CommandLine::addMakingVerbs(app, action);
+    CommandLine::addArchiveVerbs(app, action);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

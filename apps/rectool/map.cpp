@@ -79,7 +79,7 @@ void printJson(const MapOptions& options, const Span& span, const BearingReplay&
         bearing["timeStampUs"] = channel.measuredUs;
         bearings.push_back(std::move(bearing));
     }
-    std::cout << dump({{"file", options.file},
+    std::cout << dump({{"file", shownName(options.file)},
                        {"fromMs", options.from.empty() ? Json() : Json(span.from)},
                        {"toMs", options.to.empty() ? Json() : Json(span.to)},
                        {"range", toJson(replay.range())},

@@ -31,7 +31,7 @@ GeoJsonSettings settingsOf(const MapOptions& options)
 
 Json about(const MapOptions& options, std::uint64_t fromMs, std::uint64_t toMs)
 {
-    return {{"file", options.file},
+    return {{"file", shownName(options.file)},
             {"fromMs", options.from.empty() ? Json() : Json(fromMs)},
             {"toMs", options.to.empty() ? Json() : Json(toMs)}};
 }

@@ -348,7 +348,7 @@ Json filesToJson(const std::vector<MergeInput>& inputs)
         for (const auto& [number, type] : input.types) {
             records += type.records;
         }
-        files.push_back({{"file", input.file},
+        files.push_back({{"file", shownName(input.file)},
                          {"startMs", input.summary.header.startMs},
                          {"stopMs", input.summary.header.stopMs},
                          {"records", records},
@@ -362,7 +362,7 @@ void printJson(const MergeOptions& options, const std::vector<MergeInput>& input
 {
     Json renumbered = Json::array();
     for (const RenumberedType& type : plan.renumbered) {
-        renumbered.push_back({{"file", inputs[type.input].file},
+        renumbered.push_back({{"file", shownName(inputs[type.input].file)},
                               {"code", type.before},
                               {"newCode", type.after.typeNumber},
                               {"newKeyword", fromLatin1(type.after.keyword)},
@@ -388,7 +388,7 @@ void printRenumbered(const std::string& file, std::size_t input, const MergePlan
         separated += type.input == input && type.separated ? 1 : 0;
     }
     if (renumbered > 0) {
-        std::cout << file << ": types with another number now: " << grouped(renumbered);
+        std::cout << shownName(file) << ": types with another number now: " << grouped(renumbered);
         if (separated > 0) {
             std::cout << ", with _" << input + 1 << " behind the keyword and /" << input + 1
                       << " in front of the path: " << grouped(separated);

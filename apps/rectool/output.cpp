@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <iostream>
+#include <map>
 #include <system_error>
 
 #include "text.h"
@@ -13,12 +14,29 @@ namespace {
 
 int firstError = 0;  // why standard output takes nothing any more
 
+std::map<std::string, std::string>& shownNames()
+{
+    static std::map<std::string, std::string> names;
+    return names;
+}
+
 }  // namespace
+
+const std::string& shownName(const std::string& path)
+{
+    const auto found = shownNames().find(path);
+    return found == shownNames().end() ? path : found->second;
+}
+
+void setShownName(const std::string& path, const std::string& name)
+{
+    shownNames()[path] = name;
+}
 
 void complain(const std::string& file, const std::string& text)
 {
     std::cout.flush();
-    std::cerr << "rectool: " << file << ": " << text << '\n';
+    std::cerr << "rectool: " << shownName(file) << ": " << text << '\n';
 }
 
 void complain(const std::string& file, const std::vector<Recording2::Inspection::Finding>& findings)

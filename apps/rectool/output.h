@@ -14,6 +14,10 @@
 
 namespace RecTool {
 
+/// What to call a file to the user: the name that was given for it, where it was another (an archive address).
+[[nodiscard]] const std::string& shownName(const std::string& path);
+void setShownName(const std::string& path, const std::string& name);
+
 /// A message on standard error: "rectool: FILE: TEXT".
 void complain(const std::string& file, const std::string& text);
 /// Damage on standard error, one line a finding; of very many only the first ones.

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <utility>
 
+#include "output.h"
 #include "system/terminal.h"
 
 namespace RecTool {
@@ -28,7 +29,7 @@ void Progress::show(std::int64_t done, std::int64_t all)
 {
     constexpr std::chrono::milliseconds Patience{500};
     if (all > 0 && std::chrono::steady_clock::now() - m_begin > Patience) {
-        std::cerr << '\r' << m_file << ": " << done * 100 / all << " %" << std::flush;
+        std::cerr << '\r' << shownName(m_file) << ": " << done * 100 / all << " %" << std::flush;
         m_shown = true;
     }
 }
@@ -36,7 +37,7 @@ void Progress::show(std::int64_t done, std::int64_t all)
 void Progress::clear()
 {
     if (m_shown) {
-        std::cerr << '\r' << std::string(m_file.size() + 8, ' ') << '\r' << std::flush;
+        std::cerr << '\r' << std::string(shownName(m_file).size() + 8, ' ') << '\r' << std::flush;
         m_shown = false;
     }
 }

@@ -60,7 +60,7 @@ void printJson(const std::string& file, const Definitions& definitions)
     for (const auto& [time, definition] : definitions.all()) {
         ranges.push_back({{"timeMs", time}, {"record", definition.json}});
     }
-    std::cout << dump({{"file", file}, {"channelRanges", std::move(ranges)}}, 2) << '\n';
+    std::cout << dump({{"file", shownName(file)}, {"channelRanges", std::move(ranges)}}, 2) << '\n';
 }
 
 void printTable(const Definitions& definitions)

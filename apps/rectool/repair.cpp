@@ -199,7 +199,7 @@ void printSummary(const RepairOptions& options, const Repair& repair, bool sound
 {
     print(options.output, result);
     if (sound) {
-        std::cout << options.file << " is sound; this is a copy.\n";
+        std::cout << shownName(options.file) << " is sound; this is a copy.\n";
         return;
     }
     const std::uint64_t ranges = result.channelRanges - repair.rangesFromRecords();
@@ -225,7 +225,7 @@ void printJson(const RepairOptions& options, const Repair& repair, bool sound, c
     for (const Inspection::LostBytes& lost : found.lostBytes) {
         lostBytes.push_back({{"offset", lost.offset}, {"bytes", lost.bytes}});
     }
-    Json json = {{"file", options.file}, {"sound", sound}, {"whole", repair.isWhole()}};
+    Json json = {{"file", shownName(options.file)}, {"sound", sound}, {"whole", repair.isWhole()}};
     json.update(toJson(options.output, result));
     json["types"] = found.types.size();
     json["times"] = {{"kept", times.kept},

@@ -37,7 +37,7 @@ void printJson(const std::string& file, std::uint64_t at, const InForce& state, 
     for (const auto& [code, entry] : state.entries()) {
         entries.push_back(toJson(entry.record, entry.value, names));
     }
-    std::cout << dump({{"file", file}, {"atMs", at}, {"state", std::move(entries)}}, 2) << '\n';
+    std::cout << dump({{"file", shownName(file)}, {"atMs", at}, {"state", std::move(entries)}}, 2) << '\n';
 }
 
 }  // namespace

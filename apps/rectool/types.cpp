@@ -36,7 +36,7 @@ Json typesDocument(const std::string& file, const Inspection::Summary& summary)
                          {"valueType", type.valueType},
                          {"valueTypeName", valueTypeName(type.valueType)}});
     }
-    return {{"file", file}, {"types", std::move(types)}};
+    return {{"file", shownName(file)}, {"types", std::move(types)}};
 }
 
 void printTypes(const Inspection::Summary& summary)

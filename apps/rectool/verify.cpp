@@ -28,18 +28,18 @@ std::string counted(std::size_t number, const char* what)
 void print(const std::string& file, const Verification& found)
 {
     for (const Inspection::Remark& remark : found.remarks) {
-        std::cout << file << ": offset " << remark.offset << ": " << nameOf(remark.severity) << ": " << remark.text
-                  << '\n';
+        std::cout << shownName(file) << ": offset " << remark.offset << ": " << nameOf(remark.severity) << ": "
+                  << remark.text << '\n';
     }
     const std::size_t damage = found.count(Severity::Damage);
     const std::size_t notes = found.count(Severity::Note);
-    std::cout << file << ": " << (damage == 0 ? "sound" : "damaged, " + counted(damage, "finding"))
+    std::cout << shownName(file) << ": " << (damage == 0 ? "sound" : "damaged, " + counted(damage, "finding"))
               << (notes == 0 ? "" : ", " + counted(notes, "note")) << '\n';
 }
 
 Json toJson(const std::string& file, const Verification& found)
 {
-    Json json = {{"file", file}, {"readability", name(found.readability)}};
+    Json json = {{"file", shownName(file)}, {"readability", name(found.readability)}};
     if (found.readability != Inspection::Readability::Ok) {
         json["problem"] = found.problem;
         return json;

@@ -7,6 +7,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "../archive.h"
+#include "../archivedfiles.h"
 #include "../recordingtime.h"
 #include "verbs.h"
 
@@ -27,11 +29,26 @@ public:
         : m_options(std::make_shared<Options>()), m_app(*parent.add_subcommand(name, description))
     {
         if constexpr (requires { m_options->files; }) {
-            m_app.add_option("FILE", m_options->files, "Recordings")->required();
-        } else {
-            m_app.add_option("FILE", m_options->file, "Recording")->required();
+            m_app.add_option("FILE", m_options->files, "Recordings, files or archive addresses")->required();
+        } else if constexpr (requires { m_options->file; }) {
+            m_app.add_option("FILE", m_options->file, "Recording, a file or an archive address")->required();
         }
-        m_app.callback([options = m_options, run, &action] { action = [options, run] { return run(*options); }; });
+        m_app
+            .add_option("--archive-config", *m_archiveConfiguration,
+                        "Configuration of the archive (default: the file that ZELVO_CONFIG names)")
+            ->type_name("FILE")
+            ->check(notEmpty());
+        m_app.callback([options = m_options, archive = m_archiveConfiguration, run, &action] {
+            action = [options, archive, run] {
+                useArchive(*archive);
+                if constexpr (
+                    requires { options->files; } || requires { options->file; }) {
+                    return runOnLocalFiles(*options, run);
+                } else {
+                    return run(*options);
+                }
+            };
+        });
     }
     [[nodiscard]] Options& options() { return *m_options; }
     [[nodiscard]] CLI::App& app() { return m_app; }
@@ -79,6 +96,7 @@ public:
 
 private:
     std::shared_ptr<Options> m_options;
+    std::shared_ptr<std::string> m_archiveConfiguration = std::make_shared<std::string>();
     CLI::App& m_app;
 };
 

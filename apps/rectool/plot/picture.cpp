@@ -11,6 +11,7 @@
 #include <QImageWriter>
 #include <QPdfWriter>
 
+#include "../output.h"
 #include "../savedfile.h"
 #include "../text.h"
 #include "timeticks.h"
@@ -206,12 +207,8 @@ Json pictureJson(const PlotOptions& options, const PlotSource& source)
     for (const auto& bookmark : source.bookmarks()) {
         bookmarks.push_back(toJson(bookmark));
     }
-    return {{"file", options.file},
-            {"picture", options.output},
-            {"width", options.width},
-            {"height", options.height},
-            {"fromMs", source.span().fromMs},
-            {"toMs", source.span().toMs},
+    return {{"file", shownName(options.file)},  {"picture", options.output},      {"width", options.width},
+            {"height", options.height},         {"fromMs", source.span().fromMs}, {"toMs", source.span().toMs},
             {"bookmarks", std::move(bookmarks)}};
 }
 

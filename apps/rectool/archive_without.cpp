@@ -1,0 +1,56 @@
+// Built against a station's own archive client, which has tools of its own.
+#include <stdexcept>
+
+#include "archive.h"
+
+namespace RecTool {
+
+namespace {
+
+[[noreturn]] void refuse()
+{
+    throw std::runtime_error("this rectool was built with the station's own archive client, which has its own tools");
+}
+
+}  // namespace
+
+void useArchive(const std::string& configurationFile)
+{
+    if (!configurationFile.empty()) {
+        throw std::runtime_error(
+            "--archive-config has no meaning: this rectool was built with the station's own "
+            "archive client, which is configured elsewhere");
+    }
+}
+
+ExitCode archiveStatus(const ArchiveStatusOptions& /*options*/)
+{
+    refuse();
+}
+
+ExitCode archiveGroups(const ArchiveGroupsOptions& /*options*/)
+{
+    refuse();
+}
+
+ExitCode archiveShow(const ArchiveShowOptions& /*options*/)
+{
+    refuse();
+}
+
+ExitCode archiveFetch(const ArchiveFetchOptions& /*options*/)
+{
+    refuse();
+}
+
+ExitCode archiveVerify(const ArchiveVerifyOptions& /*options*/)
+{
+    refuse();
+}
+
+ExitCode archiveRetry(const ArchiveRetryOptions& /*options*/)
+{
+    refuse();
+}
+
+}  // namespace RecTool

@@ -1,0 +1,68 @@
+#include "archivedfiles.h"
+
+#include <QFile>
+#include <QString>
+
+#include "output.h"
+
+namespace RecTool {
+
+bool isArchiveAddress(const std::string& name)
+{
+    return name.starts_with("zelvo:");  // also one with mistakes, of which the archive tells
+}
+
+bool ArchivedFiles::take(std::string& name)
+{
+    if (!isArchiveAddress(name)) {
+        return true;
+    }
+    const auto known = m_paths.find(name);
+    if (known != m_paths.end()) {
+        name = known->second;
+        return true;
+    }
+    if (m_client == nullptr) {
+        m_client = std::make_unique<Zelvo::ZelvoClient>();
+    }
+    if (!m_client->IsConnected()) {
+        complain(name, Zelvo::ZelvoClient::IsZelvoAvailable()
+                           ? "The archive cannot be reached."
+                           : "There is no archive: name its configuration with --archive-config or ZELVO_CONFIG.");
+        return false;
+    }
+    const Zelvo::ZelvoUrl url(QString::fromStdString(name));
+    if (!url.isZelvoUrl() || !m_client->IsValidURL(url)) {
+        complain(name, "This is no address of the archive; one has the form zelvo:///GROUP/FILE.");
+        return false;
+    }
+    const QString path = m_client->RequestFile(url, m_change ? Zelvo::LockState::Exclusive : Zelvo::LockState::Shared);
+    if (m_client->GetError() != Zelvo::ZelvoError::None || path.isEmpty()) {
+        complain(name, m_client->GetErrorString().toStdString());
+        return false;
+    }
+    const std::string local = QFile::encodeName(path).toStdString();
+    m_paths[name] = local;
+    setShownName(local, name);
+    name = local;
+    return true;
+}
+
+ExitCode ArchivedFiles::giveBack(ExitCode result)
+{
+    if (m_change && result != ExitCode::Fine) {
+        return result;  // the end of the client drops what was changed
+    }
+    for (const auto& [address, path] : m_paths) {
+        m_client->CloseFile(Zelvo::ZelvoUrl(QString::fromStdString(address)));
+        if (m_change && m_client->GetError() != Zelvo::ZelvoError::None) {
+            complain(address,
+                     "The change could not be stored in the archive: " + m_client->GetErrorString().toStdString());
+            result = ExitCode::CannotRead;
+        }
+    }
+    m_paths.clear();
+    return result;
+}
+
+}  // namespace RecTool

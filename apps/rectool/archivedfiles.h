@@ -1,0 +1,67 @@
+// Recordings that are named by an archive address: every verb that takes a file takes them from here.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <zelvo/zelvo.h>
+
+#include "commands.h"
+
+namespace RecTool {
+
+/// "zelvo:///GROUP/FILE"
+[[nodiscard]] bool isArchiveAddress(const std::string& name);
+
+/// Files of the archive, locked and at hand while this exists. What was changed is stored by giveBack only.
+class ArchivedFiles {
+public:
+    /// @param change the files are to be changed, and nobody else may use them meanwhile
+    explicit ArchivedFiles(bool change) : m_change(change) {}
+    ArchivedFiles(const ArchivedFiles&) = delete;
+    ArchivedFiles& operator=(const ArchivedFiles&) = delete;
+    ~ArchivedFiles() = default;
+
+    /// Puts the local path in the place of an address; another name stays.
+    /// @return false, told, when the archive does not give the file
+    bool take(std::string& name);
+    /// Gives the files back after a verb. A change is stored only where the verb was Fine.
+    /// @return the result, or, told, CannotRead when the change could not be stored
+    [[nodiscard]] ExitCode giveBack(ExitCode result);
+
+private:
+    bool m_change;
+    std::unique_ptr<Zelvo::ZelvoClient> m_client;
+    std::map<std::string, std::string> m_paths;  // by address
+};
+
+/// Lets a verb run with local paths in the place of archive addresses.
+template <typename Options>
+ExitCode runOnLocalFiles(Options options, ExitCode (*verb)(const Options&))
+{
+    constexpr bool Changes = requires
+    {
+        options.yes;
+    };  // what asks before it changes the file
+    constexpr bool NeedsAll = requires
+    {
+        options.output;
+    };  // something is made of all files together
+    ArchivedFiles files(Changes);
+    if constexpr (requires { options.files; }) {
+        bool all = true;
+        for (std::string& file : options.files) {
+            all = files.take(file) && all;  // an address that is left is a file that the verb cannot read
+        }
+        if (NeedsAll && !all) {
+            return ExitCode::CannotRead;
+        }
+    } else if (!files.take(options.file)) {
+        return ExitCode::CannotRead;
+    }
+    return files.giveBack(verb(options));
+}
+
+}  // namespace RecTool
