@@ -368,6 +368,10 @@ void Station::finishArchive(Summary& summary)
             if (result.problem.isEmpty() && i < archive.files.size()) {
                 result.problem = archive.files[i].why;
             }
+            if (registered[i]->state == FileReport::State::Missing) {
+                registered[i]->problem =
+                    QStringLiteral("the file is not on the disk, and whether the archive has it could not be learned");
+            }
             continue;
         }
         ++result.moved;

@@ -129,6 +129,9 @@ bool hasFailed(const FileInfo& file)
 std::string why(const FileInfo& file)
 {
     std::string text = plain(file.error);
+    if (text.empty() && file.state == FileState::Edited) {
+        text = "changed, waits for the mover";
+    }
     if (hasFailed(file)) {
         text += " (attempts: " + count(file.attempts) + ", next: " + time(file.nextTryMs) + ")";
     }

@@ -101,6 +101,16 @@ TEST_F(ConfigurationTest, AnUnknownKeyIsAWarningOnly)
     EXPECT_THAT(configuration.warnings.first().toStdString(), AllOf(HasSubstr("RecordingPaht"), HasSubstr("\"a\"")));
 }
 
+TEST_F(ConfigurationTest, TheTableOfTheArchiveIsNoRecorder)
+{
+    const Configuration configuration = load("[Rx]\n[archive]\nStorage = \"/storage\"\nUnknown = 7\n");
+    EXPECT_EQ(configuration.instances.size(), 1U);
+    EXPECT_TRUE(configuration.warnings.isEmpty());
+    EXPECT_EQ(configuration.archiveFile, QStringLiteral("test.toml"));
+    EXPECT_TRUE(load("[Rx]\n").archiveFile.isEmpty());
+    EXPECT_THAT(problemOf("[archive]\nStorage = \"/storage\"\n"), HasSubstr("no recorder is configured"));
+}
+
 TEST_F(ConfigurationTest, AFileWithoutRecordersIsRefused)
 {
     EXPECT_THAT(problemOf("ValuePath = '/A'\n"), HasSubstr("no recorder is configured"));

@@ -69,5 +69,38 @@ TEST_F(RecordedFilesTest, EveryTemporaryNameThatTheRecorderShowsIsKeptOnce)
     EXPECT_EQ(watch.temporaryPaths(), QStringList({QStringLiteral("/x/a.tmp"), QStringLiteral("/x/b.tmp")}));
 }
 
+TEST_F(RecordedFilesTest, TheAddressThatIsShownWithANameIsKept)
+{
+    values::Tree tree;
+    FileNameWatch watch(QStringLiteral("/Status"));
+    values::ValuePtr<values::Value<QString>> name;
+    values::ValuePtr<values::Value<QString>> address;
+    name.Attach(QStringLiteral("/Status/REC_FILENAME"));
+    address.Attach(QStringLiteral("/Status/REC_ZELVOFILEPATH"));
+    address->SetValue(QStringLiteral("zelvo:///group/1"));
+    name->SetValue(QStringLiteral("/x/a.tmp"));
+    name->SetValue(QStringLiteral("/x/a.rec"));
+    address->SetValue(QStringLiteral("zelvo:///group"));  // which did not take the file
+    name->SetValue(QStringLiteral("/x/b.tmp"));
+    address->SetValue(QString());
+    name->SetValue(QStringLiteral("/x/c.tmp"));
+    EXPECT_EQ(watch.addressOf(QStringLiteral("/x/a.tmp")), QStringLiteral("zelvo:///group/1"));
+    EXPECT_TRUE(watch.addressOf(QStringLiteral("/x/b.tmp")).isEmpty());
+    EXPECT_TRUE(watch.addressOf(QStringLiteral("/x/c.tmp")).isEmpty());
+}
+
+TEST_F(RecordedFilesTest, AnArchivedFileIsExaminedWhereItIsStored)
+{
+    FileReport report = examineRecording(path("gone.tmp"));
+    EXPECT_EQ(report.state, FileReport::State::Missing);
+    EXPECT_FALSE(report.problem.isEmpty());
+    write("stored.rec", "no recording");
+    examineArchived(report, path("stored.rec"));
+    EXPECT_EQ(report.state, FileReport::State::Archived);
+    EXPECT_EQ(report.bytes, 12);
+    EXPECT_FALSE(report.problem.isEmpty());
+    EXPECT_NE(report.problem, QStringLiteral("the file is not on the disk"));
+}
+
 }  // namespace
 }  // namespace recstation

@@ -73,6 +73,36 @@ TEST(Summary, ARunThatBrokeOffCouldNotRun)
     EXPECT_EQ(summary.remarks(), QStringList(QStringLiteral("the disk is full")));
 }
 
+TEST(Summary, AnArchivedFileIsNamedByItsAddress)
+{
+    Summary summary = goodSummary();
+    summary.files[0].report.state = FileReport::State::Archived;
+    summary.files[0].report.address = QStringLiteral("zelvo:///group/1");
+    summary.archive.emplace().moved = 1;
+    EXPECT_EQ(summary.exitCode(), ExitCode::Success);
+    EXPECT_EQ(summary.fileLines(), QStringLiteral("receiver: zelvo:///group/1 (1.5 kB, 12 records)\n"));
+    EXPECT_TRUE(summary.remarks().isEmpty());
+    const auto json = nlohmann::json::parse(summary.json());
+    EXPECT_EQ(json.at("archive"), (nlohmann::json{{"moved", 1}, {"waiting", 0}, {"unregistered", 0}}));
+    EXPECT_EQ(json.at("files")[0].at("state"), "archived");
+    EXPECT_EQ(json.at("files")[0].at("address"), "zelvo:///group/1");
+}
+
+TEST(Summary, WhatTheArchiveHasNotMovedIsARemarkAndNoFailure)
+{
+    Summary summary = goodSummary();
+    Summary::Archive& archive = summary.archive.emplace();
+    archive.waiting = 2;
+    archive.problem = QStringLiteral("the storage is away");
+    EXPECT_EQ(summary.exitCode(), ExitCode::Success);
+    EXPECT_EQ(summary.remarks(),
+              QStringList(QStringLiteral("archive: 2 recordings not moved yet: the storage is away")));
+    archive.waiting = 0;
+    archive.unregistered = 1;
+    EXPECT_EQ(summary.remarks(), QStringList(QStringLiteral("archive: 1 recording not registered, and not going to be "
+                                                            "moved: the storage is away")));
+}
+
 TEST(Summary, TheJsonFormHasEverything)
 {
     Summary summary = goodSummary();

@@ -1,0 +1,143 @@
+// Recording with an archive: one command records and moves.
+#include <algorithm>
+
+#include <QDir>
+#include <QFile>
+
+#include "programs.h"
+
+namespace ArchiveTests {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using testing::SizeIs;
+
+class RecstationArchive : public ArchivePrograms {};
+
+TEST_F(RecstationArchive, RecordingsArriveInTheStorageAndCanBeReadByTheirAddresses)
+{
+    const Result run = simulate();
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    const nlohmann::json summary = run.json();
+    EXPECT_EQ(summary.at("archive"), (nlohmann::json{{"moved", 2}, {"waiting", 0}, {"unregistered", 0}}));
+    EXPECT_TRUE(recordings().isEmpty()) << recordings().join(QLatin1Char(' ')).toStdString();
+
+    const Result status = rectool({QStringLiteral("archive"), QStringLiteral("status"), QStringLiteral("--json")});
+    EXPECT_EQ(status.exitCode, 0) << status.err;
+    EXPECT_EQ(status.json().at("moved"), 2);
+    EXPECT_EQ(status.json().at("waiting"), 0);
+    EXPECT_EQ(status.json().at("failed"), 0);
+
+    ASSERT_THAT(summary.at("files"), SizeIs(2));
+    for (const auto& file : summary.at("files")) {
+        const std::string address = file.at("address");
+        EXPECT_EQ(file.at("state"), "archived");
+        EXPECT_TRUE(QFile::exists(storedFile(address)));
+        const Result info =
+            rectool({QStringLiteral("info"), QStringLiteral("--json"), QString::fromStdString(address)});
+        ASSERT_EQ(info.exitCode, 0) << info.err;
+        const nlohmann::json report = info.json().at("files")[0];
+        EXPECT_EQ(report.at("file"), address);
+        EXPECT_EQ(report.at("sound"), true);
+        EXPECT_EQ(report.at("records"), file.at("records"));
+        EXPECT_EQ(report.at("size"), file.at("bytes"));
+        EXPECT_GT(file.at("records"), 50);
+    }
+}
+
+TEST_F(RecstationArchive, TheListOfFilesNamesTheAddressesOfThoseThatAreArchived)
+{
+    const Result run = recstation({QStringLiteral("feed")}, R"({"at": 0, "path": "/LEVEL", "create": "number"}
+{"at": 0, "record": "On"}
+{"at": 900, "path": "/LEVEL", "set": 1}
+{"at": 1000, "record": "Off"}
+{"at": 1000, "record": "On"}
+{"at": 1900, "path": "/LEVEL", "set": 2}
+{"at": 2000, "record": "Off"}
+{"at": 3000, "record": "On"}
+{"at": 4000, "path": "/LEVEL", "set": 3}
+)");
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    ASSERT_THAT(run.json().at("files"), SizeIs(3)) << "also those that were moved while the run went on";
+    std::vector<std::string> addresses;
+    for (const auto& file : run.json().at("files")) {
+        EXPECT_EQ(file.at("state"), "archived");
+        EXPECT_GT(file.at("bytes"), 500);
+        addresses.push_back(file.at("address"));
+    }
+    std::sort(addresses.begin(), addresses.end());
+    EXPECT_EQ(std::unique(addresses.begin(), addresses.end()), addresses.end());
+    EXPECT_EQ(run.json().at("archive").at("moved"), 3);
+    EXPECT_TRUE(recordings().isEmpty());
+}
+
+TEST_F(RecstationArchive, AStorageThatIsAwayCostsNoRecordingAndIsTold)
+{
+    static_cast<void>(recorded());
+    ASSERT_TRUE(QDir().rename(path(QStringLiteral("storage")), path(QStringLiteral("away"))));
+    const Result run = simulate();
+    EXPECT_EQ(run.exitCode, 0) << "the recordings are safe: " << run.err;
+    EXPECT_EQ(run.json().at("archive").at("moved"), 0);
+    EXPECT_EQ(run.json().at("archive").at("waiting"), 2);
+    EXPECT_THAT(std::string(run.json().at("archive").at("problem")), HasSubstr("storage"));
+    EXPECT_THAT(run.err, HasSubstr("archive: 2 recordings not moved yet: "));
+    for (const auto& file : run.json().at("files")) {
+        EXPECT_EQ(file.at("state"), "finished");
+        EXPECT_TRUE(QFile::exists(QString::fromStdString(file.at("path"))));
+        // What waits can be read by its address all the same.
+        EXPECT_EQ(rectool({QStringLiteral("verify"), QString::fromStdString(file.at("address"))}).exitCode, 0);
+    }
+    const Result status = rectool({QStringLiteral("archive"), QStringLiteral("status"), QStringLiteral("--json")});
+    EXPECT_EQ(status.exitCode, 3);
+    EXPECT_EQ(status.json().at("storageUsable"), false);
+    EXPECT_EQ(status.json().at("waiting"), 2);
+    EXPECT_THAT(status.json().at("notMoved"), SizeIs(2));
+
+    ASSERT_TRUE(QDir().rename(path(QStringLiteral("away")), path(QStringLiteral("storage"))));
+    EXPECT_EQ(rectool({QStringLiteral("archive"), QStringLiteral("retry")}).exitCode, 0);
+    EXPECT_EQ(Zelvo::Mover(configuration()).runPending().moved, 2);
+    EXPECT_TRUE(recordings().isEmpty());
+    EXPECT_EQ(rectool({QStringLiteral("archive"), QStringLiteral("verify")}).exitCode, 0);
+}
+
+TEST_F(RecstationArchive, ARegistryThatCannotBeSetUpIsToldAndRecordingGoesOn)
+{
+    QFile inTheWay(path(QStringLiteral("own")));
+    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    const Result run = simulate();
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_THAT(run.err, HasSubstr("warning: archive: "));
+    EXPECT_THAT(run.err, HasSubstr("archive: 2 recordings not registered, and not going to be moved"));
+    EXPECT_EQ(recordings().filter(QStringLiteral(".rec")).size(), 2);
+    EXPECT_EQ(run.json().at("archive").at("unregistered"), 2);
+}
+
+TEST_F(RecstationArchive, AWrongConfigurationOfTheArchiveEndsTheProgramBeforeAnythingIsRecorded)
+{
+    configure(QStringLiteral("Stroage = \"/x\""));
+    const Result run = simulate();
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_THAT(std::string(run.json().at("failure")), HasSubstr("Stroage"));
+    EXPECT_TRUE(recordings().isEmpty());
+}
+
+TEST_F(RecstationArchive, WithoutAnArchiveNothingIsSaidOfOne)
+{
+    QFile file(config());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    QByteArray text = file.readAll();
+    file.close();
+    text.truncate(text.indexOf("[archive]"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(text);
+    file.close();
+    const Result run = simulate();
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_FALSE(run.json().contains("archive"));
+    EXPECT_THAT(run.err, Not(HasSubstr("archive")));
+    EXPECT_EQ(recordings().filter(QStringLiteral(".rec")).size(), 2);
+}
+
+}  // namespace
+}  // namespace ArchiveTests
