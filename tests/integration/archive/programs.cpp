@@ -96,7 +96,8 @@ std::vector<std::string> ArchivePrograms::recorded() const
     std::vector<std::string> addresses;
     const Result result = simulate();
     EXPECT_EQ(result.exitCode, 0) << result.err;
-    for (const auto& file : result.json().at("files")) {
+    const nlohmann::json files = result.json().at("files");
+    for (const auto& file : files) {
         EXPECT_EQ(file.at("state"), "archived") << result.out;
         addresses.push_back(file.at("address"));
     }

@@ -61,7 +61,8 @@ TEST_F(RecstationArchive, TheListOfFilesNamesTheAddressesOfThoseThatAreArchived)
     ASSERT_EQ(run.exitCode, 0) << run.err;
     ASSERT_THAT(run.json().at("files"), SizeIs(3)) << "also those that were moved while the run went on";
     std::vector<std::string> addresses;
-    for (const auto& file : run.json().at("files")) {
+    const nlohmann::json files = run.json().at("files");
+    for (const auto& file : files) {
         EXPECT_EQ(file.at("state"), "archived");
         EXPECT_GT(file.at("bytes"), 500);
         addresses.push_back(file.at("address"));
@@ -82,7 +83,8 @@ TEST_F(RecstationArchive, AStorageThatIsAwayCostsNoRecordingAndIsTold)
     EXPECT_EQ(run.json().at("archive").at("waiting"), 2);
     EXPECT_THAT(std::string(run.json().at("archive").at("problem")), HasSubstr("storage"));
     EXPECT_THAT(run.err, HasSubstr("archive: 2 recordings not moved yet: "));
-    for (const auto& file : run.json().at("files")) {
+    const nlohmann::json files = run.json().at("files");
+    for (const auto& file : files) {
         EXPECT_EQ(file.at("state"), "finished");
         EXPECT_TRUE(QFile::exists(QString::fromStdString(file.at("path"))));
         // What waits can be read by its address all the same.

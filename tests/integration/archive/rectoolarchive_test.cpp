@@ -43,20 +43,23 @@ TEST_F(RectoolArchive, EveryVerbThatTakesAFileTakesAnAddress)
     const std::vector<std::string> addresses = recorded();
     const QString address = q(addresses.at(1));
     const QString copy = path(q("copy.rec"));
+    const QString other = path(q("other.rec"));
     ASSERT_EQ(archive({q("fetch"), address, q("-o"), copy}).exitCode, 0);
-    const std::vector<QStringList> verbs = {{q("info"), q("FILE")},
-                                            {q("info"), q("FILE"), q("FILE"), q("--json")},
-                                            {q("types"), q("FILE")},
-                                            {q("cat"), q("FILE"), q("--to"), q("1000")},
-                                            {q("state"), q("FILE"), q("--at"), q("1000"), q("--json")},
-                                            {q("diff"), q("FILE"), q("--from"), q("500"), q("--to"), q("1000")},
-                                            {q("map"), q("FILE"), q("--json")},
-                                            {q("verify"), q("FILE")},
-                                            {q("bookmark"), q("list"), q("FILE"), q("--json")},
-                                            {q("range"), q("list"), q("FILE"), q("--json")},
-                                            {q("cut"), q("FILE"), q("--to"), q("2000"), q("-o"), q("NEW"), q("--json")},
-                                            {q("merge"), q("FILE"), q("-o"), q("NEW"), q("--json")},
-                                            {q("repair"), q("FILE"), q("-o"), q("NEW"), q("--json")}};
+    ASSERT_EQ(archive({q("fetch"), q(addresses.at(0)), q("-o"), other}).exitCode, 0);
+    const std::vector<QStringList> verbs = {
+        {q("info"), q("FILE")},
+        {q("info"), q("FILE"), q("FILE"), q("--json")},
+        {q("types"), q("FILE")},
+        {q("cat"), q("FILE"), q("--to"), q("1000")},
+        {q("state"), q("FILE"), q("--at"), q("1000"), q("--json")},
+        {q("diff"), q("FILE"), q("--from"), q("500"), q("--to"), q("1000")},
+        {q("map"), q("FILE"), q("--json")},
+        {q("verify"), q("FILE")},
+        {q("bookmark"), q("list"), q("FILE"), q("--json")},
+        {q("range"), q("list"), q("FILE"), q("--json")},
+        {q("cut"), q("FILE"), q("--to"), q("2000"), q("-o"), q("NEW"), q("--json")},
+        {q("merge"), other, q("FILE"), q("--separate"), q("-o"), q("NEW"), q("--json")},
+        {q("repair"), q("FILE"), q("-o"), q("NEW"), q("--json")}};
     for (const QStringList& verb : verbs) {
         SCOPED_TRACE(verb.join(QLatin1Char(' ')).toStdString());
         const QString made = path(q("made.rec"));
@@ -157,7 +160,8 @@ TEST_F(RectoolArchive, VerifyNamesTheFirstAlteredOrMissingFileOrAllOfThem)
     const Result all = archive({q("verify"), q("--all"), q("--json")});
     EXPECT_EQ(all.exitCode, 3);
     ASSERT_THAT(all.json().at("problems"), SizeIs(2));
-    for (const auto& problem : all.json().at("problems")) {
+    const nlohmann::json problems = all.json().at("problems");
+    for (const auto& problem : problems) {
         EXPECT_EQ(problem.at("problem"), problem.at("address") == addresses.at(0) ? "altered" : "missing");
     }
     const Result first = archive({q("verify")});
@@ -240,7 +244,6 @@ TEST_F(RectoolArchive, AFailedMoveIsToldByStatusAndTriedAgainAtOnceAfterRetry)
     ASSERT_TRUE(QFile::rename(path(q("aside")), edited.localPath));
     EXPECT_EQ(mover.runPending().moved, 0) << "it pauses";
     EXPECT_EQ(archive({q("retry"), q("--json"), q(groupOf(address))}).json().at("files"), 1);
-    EXPECT_EQ(archive({q("retry"), q("--json")}).json().at("files"), 0);
     EXPECT_EQ(mover.runPending().moved, 1);
     EXPECT_EQ(archive({q("status")}).exitCode, 0);
     EXPECT_EQ(archive({q("retry"), q("no-such-group")}).exitCode, 2);
