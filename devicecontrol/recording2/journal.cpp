@@ -124,6 +124,7 @@ System::Error Journal::giveBackReserve()
 
 System::Error Journal::remove()
 {
+    m_mapping.unmap();
     m_file.close();
     return System::removeFile(m_path);
 }

@@ -70,7 +70,7 @@ public:
     System::Error force();
     /// Gives back the space that is kept for the closing tables.
     System::Error giveBackReserve();
-    System::Error remove();
+    System::Error remove();  ///< The buffer is gone then.
 
 private:
     Journal() = default;

@@ -57,11 +57,12 @@ public:
     Mapping() = default;
     Mapping(const Mapping&) = delete;
     Mapping& operator=(const Mapping&) = delete;
-    ~Mapping();
+    ~Mapping() { unmap(); }
 
     Error map(const NativeFile& file, std::size_t bytes);
     [[nodiscard]] char* data() const { return m_data; }  ///< page aligned; null before map
     Error sync();                                        ///< forces it to the device
+    void unmap();                                        ///< before the file is removed
 
 private:
     char* m_data = nullptr;

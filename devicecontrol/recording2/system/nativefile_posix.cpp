@@ -136,10 +136,11 @@ bool NativeFile::lock()
     return untilNotInterrupted([&] { return ::flock(descriptor(m_handle), LOCK_EX | LOCK_NB); }) == 0;
 }
 
-Mapping::~Mapping()
+void Mapping::unmap()
 {
     if (m_data != nullptr) {
         ::munmap(m_data, m_bytes);
+        m_data = nullptr;
     }
 }
 
