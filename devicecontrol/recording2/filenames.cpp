@@ -5,9 +5,10 @@
 #include <system_error>
 
 #include <QDir>
-#include <QFile>
 
-#if defined(__linux__)
+#if defined(_WIN32)
+#include <windows.h>
+#elif defined(__linux__)
 #include <fcntl.h>
 #include <cstdio>
 #endif
@@ -62,10 +63,16 @@ QString fromBytes(const std::string& name)
 #endif
 }
 
+// On Windows what code page 1252 makes of the bytes, whatever the process's own is: Latin-1 but for 32 characters that
+// are in no name.
 std::filesystem::path native(const std::string& name)
 {
 #if defined(_WIN32)
-    return fromBytes(name).toStdWString();
+    constexpr UINT WesternEurope = 1252;
+    std::wstring wide(name.size(), L'\0');
+    MultiByteToWideChar(WesternEurope, 0, name.data(), static_cast<int>(name.size()), wide.data(),
+                        static_cast<int>(wide.size()));  // one character a byte
+    return wide;
 #else
     return name;
 #endif
@@ -127,6 +134,9 @@ std::string suffix(const std::string& path)
 
 bool renameWithoutReplacing(const std::string& from, const std::string& to)
 {
+#if defined(_WIN32)
+    return MoveFileExW(native(from).c_str(), native(to).c_str(), 0) != FALSE;
+#else
 #if defined(__linux__)
     if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
         return true;
@@ -134,15 +144,14 @@ bool renameWithoutReplacing(const std::string& from, const std::string& to)
     if (errno != EINVAL && errno != ENOSYS) {
         return false;
     }
-    // A file system that cannot rename so: the look before the rename is all there is.
+#endif
+    // Where nothing better is there, the look before the rename is all there is.
     std::error_code error;
     if (exists(to)) {
         return false;
     }
     std::filesystem::rename(native(from), native(to), error);
     return !error;
-#else
-    return QFile::rename(fromBytes(from), fromBytes(to));
 #endif
 }
 
