@@ -1,7 +1,6 @@
 #include "recordedfiles.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 #include <recording2/inspection/inspection.h>
@@ -47,7 +46,7 @@ FileReport examineRecording(const QString& temporaryPath)
         report.problem = QStringLiteral("the file is not on the disk");
         return report;
     }
-    const Inspection::Summary summary = Inspection::inspect(QFile::encodeName(report.path).toStdString());
+    const Inspection::Summary summary = Inspection::inspect(report.path.toStdString());
     report.bytes = QFileInfo(report.path).size();
     report.records = summary.times.size();
     const QString damage = damageOf(summary);

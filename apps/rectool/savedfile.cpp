@@ -1,12 +1,12 @@
 #include "savedfile.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 
 #include <recording2/inspection/inspection.h>
 
 #include "output.h"
+#include "system/filenames.h"
 #include "system/interrupt.h"
 
 namespace RecTool {
@@ -27,7 +27,7 @@ bool isRecording(const QFileInfo& file, const std::string& path)
 
 bool mayReplace(const std::string& path)
 {
-    const QFileInfo file(QFile::decodeName(path.c_str()));
+    const QFileInfo file(forQt(path));
     if (!file.exists()) {
         return true;
     }
@@ -45,7 +45,7 @@ bool mayReplace(const std::string& path)
 ExitCode saveFile(const std::string& path, const std::function<bool(QIODevice&)>& produce)
 {
     const Interrupt interrupt;  // outlives the file, whose end may write too
-    QSaveFile file(QFile::decodeName(path.c_str()));
+    QSaveFile file(forQt(path));
     file.setDirectWriteFallback(false);
     if (!file.open(QIODevice::WriteOnly)) {
         complain(path, "It cannot be written: " + file.errorString().toStdString() + '.');

@@ -1,4 +1,4 @@
-// The 8-bit names of files as the library has them: code page 1252 on Windows, bytes as they stand elsewhere.
+// File names of the inspection library: UTF-8 on Windows whatever its code page is, the system's bytes elsewhere.
 #pragma once
 
 #include <filesystem>
@@ -7,6 +7,9 @@
 namespace Recording2::Inspection {
 
 /// The same name for the standard library.
-[[nodiscard]] std::filesystem::path native(const std::string& name);
+[[nodiscard]] inline std::filesystem::path native(const std::string& name)
+{
+    return std::u8string(name.begin(), name.end());
+}
 
 }  // namespace Recording2::Inspection
