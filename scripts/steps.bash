@@ -27,16 +27,19 @@ can_use_ccache() {
     cache=$(ccache --get-config cache_dir 2>/dev/null) && mkdir -p "$cache" 2>/dev/null && [ -w "$cache" ]
 }
 
+# build PRESET [OPTION...]: the options are those of "cmake --build"; configure_options may hold some for configuring.
+configure_options=()
 build() {
-    local launcher=()
+    local preset=$1 launcher=()
+    shift
     can_use_ccache && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
     # Results of an earlier run must not be counted should this one not get so far.
-    rm -f "build/$1/tests.xml"
-    cmake --preset "$1" "${launcher[@]}" >"build/$1-configure.log" 2>&1 || {
-        cat "build/$1-configure.log"
+    rm -f "build/$preset/tests.xml"
+    cmake --preset "$preset" "${launcher[@]}" "${configure_options[@]}" >"build/$preset-configure.log" 2>&1 || {
+        cat "build/$preset-configure.log"
         return 1
     }
-    cmake --build --preset "$1" --parallel "$(nproc)"
+    cmake --build --preset "$preset" --parallel "$(nproc)" "$@"
 }
 
 # Adds up a JUnit report of ctest. A test that could not be run at all stands there as skipped, but it is a failure.

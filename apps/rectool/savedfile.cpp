@@ -23,6 +23,13 @@ bool isRecording(const QFileInfo& file, const std::string& path)
            readability == Readability::NeverClosed || suffix == "rec";
 }
 
+/// Windows ends its reasons with a full stop.
+std::string reasonOf(const QFileDevice& file)
+{
+    const QString reason = file.errorString();
+    return (reason.endsWith('.') ? reason.chopped(1) : reason).toStdString();
+}
+
 }  // namespace
 
 bool mayReplace(const std::string& path)
@@ -48,7 +55,7 @@ ExitCode saveFile(const std::string& path, const std::function<bool(QIODevice&)>
     QSaveFile file(forQt(path));
     file.setDirectWriteFallback(false);
     if (!file.open(QIODevice::WriteOnly)) {
-        complain(path, "It cannot be written: " + file.errorString().toStdString() + '.');
+        complain(path, "It cannot be written: " + reasonOf(file) + '.');
         return ExitCode::CannotRead;
     }
     const bool stored = produce(file) && !Interrupt::requested() && file.commit();

@@ -10,7 +10,7 @@ import sys
 import tempfile
 import unittest
 
-NATIVE, OTHER, EMULATOR = (pathlib.Path(argument) for argument in sys.argv[2:5])
+NATIVE, OTHER, EMULATOR = (pathlib.Path(argument).resolve() for argument in sys.argv[2:5])
 START = "2026-03-01T08:00:00Z"
 
 LOG = """Time;Station;Latitude;Longitude;Azimuth;Frequency
@@ -115,8 +115,8 @@ class Same(unittest.TestCase):
 
     def test_edited_recordings_are_the_same_bytes(self):
         name = next(iter(self.record("sim", "--seed", "5", "--duration", "5s", "--start", START)))
-        self.expect_same("bookmark", "add", name, "1500", "M\u00fcnchen", "--yes")
         self.expect_same("range", "rebuild", name, "--yes")
+        self.expect_same("bookmark", "add", name, "1500", "M\u00fcnchen", "--yes")
         self.expect_same("cut", name, "--from", "1000", "--to", "3000", "-o", "first.rec")
         self.expect_same("cut", name, "--from", "3001", "-o", "second.rec")
         self.expect_same("merge", "first.rec", "second.rec", "-o", "merged.rec")
