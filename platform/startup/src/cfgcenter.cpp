@@ -173,9 +173,9 @@ void CfgCenter::LoadFile(const QString& path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        throw VKException("The configuration file \"" + path.toStdString() +
-                              "\" cannot be read: " + reasonOf(file) + ".",
-                          SourceName, "CfgCenter::LoadFile", 0);
+        throw VKException(
+            "The configuration file \"" + path.toStdString() + "\" cannot be read: " + reasonOf(file) + ".", SourceName,
+            "CfgCenter::LoadFile", 0);
     }
     Load(file.readAll().toStdString(), path);
 }
