@@ -48,8 +48,8 @@ bool inputComesFromTerminal()
 void prepareOutput()
 {
     constexpr int StandardOutput = 1;
-    _setmode(StandardOutput, _O_BINARY);
-    _setmode(StandardError, _O_BINARY);
+    static_cast<void>(_setmode(StandardOutput, _O_BINARY));
+    static_cast<void>(_setmode(StandardError, _O_BINARY));
     codePageBefore = GetConsoleOutputCP();
     if (codePageBefore != 0 && SetConsoleOutputCP(CP_UTF8) != FALSE) {
         static_cast<void>(std::atexit([] { SetConsoleOutputCP(codePageBefore); }));
