@@ -26,6 +26,7 @@ ExitCode run(std::vector<std::string> arguments)
     CLI::App app("Looks into recordings of receivers and direction finders.", "rectool");
     app.set_version_flag("--version", "rectool " RECTOOL_VERSION);
     app.require_subcommand(1);
+    app.allow_windows_style_options(false);  // the same arguments everywhere, paths that begin with "/" among them
     app.footer(std::string("rectool VERB --help tells more about a verb.\n\n") + ExitCodes);
 
     CommandLine::Action action;
