@@ -107,9 +107,19 @@ protected:
     QTemporaryDir m_directory;
 };
 
+/// A name in UTF-8 as the library takes it.
+std::string name8(const std::string& path)
+{
+#if defined(_WIN32)
+    return QString::fromStdString(path).toLatin1().toStdString();
+#else
+    return path;
+#endif
+}
+
 std::vector<Record> recordsOf(const std::string& path)
 {
-    Recording2::CFileAccess file(path.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
+    Recording2::CFileAccess file(name8(path).c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
     EXPECT_TRUE(file.IsValidFile()) << path;
     std::vector<Record> records;
     Recording2::CVTCmdData record;
