@@ -33,5 +33,6 @@ install(FILES "${PROJECT_BINARY_DIR}/Recording2Config.cmake" "${PROJECT_BINARY_D
         DESTINATION "${package_dir}"
 )
 install(FILES "${PROJECT_SOURCE_DIR}/doc/format.md" "${PROJECT_SOURCE_DIR}/doc/recording-text.md"
+              "${PROJECT_SOURCE_DIR}/doc/windows.md"
         DESTINATION "${CMAKE_INSTALL_DOCDIR}"
 )

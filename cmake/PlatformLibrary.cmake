@@ -17,6 +17,9 @@ function(recording2_platform_library name)
   add_library(${name} SHARED ${ARG_SOURCES})
   add_library(Recording2::${name} ALIAS ${name})
   set_target_properties(${name} PROPERTIES OUTPUT_NAME "${ARG_OUTPUT_NAME}")
+  if(WIN32)
+    set_target_properties(${name} PROPERTIES PREFIX "")  # MinGW's "lib"
+  endif()
   target_compile_definitions(${name} PRIVATE ${upper}_BUILD)
   target_include_directories(
     ${name} PUBLIC "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>"

@@ -139,6 +139,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
     FeedOptions feed;
     CLI::App app("Records a receiver through the recorder plug-in.", "recstation");
     app.footer(mainExamples);
+    app.allow_windows_style_options(false);  // the same arguments everywhere, paths that begin with "/" among them
     app.set_version_flag("--version", "recstation " RECSTATION_VERSION);
     app.fallthrough();
     app.require_subcommand(0, 0);

@@ -71,7 +71,7 @@ ExitCode runProgram(const recstation::Options& options)
 
 int main(int argc, char* argv[])
 {
-    recstation::openMissingStandardStreams();
+    recstation::prepareStandardStreams();
 #if !defined(_WIN32)
     // File names are UTF-8 whatever the locale says, as the recorder takes them.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));

@@ -1,7 +1,6 @@
 #include "recordedfiles.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 #include <recording2/inspection/inspection.h>

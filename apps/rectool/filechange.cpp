@@ -6,6 +6,7 @@
 #include "output.h"
 #include "progress.h"
 #include "samesummary.h"
+#include "system/filenames.h"
 #include "system/terminal.h"
 
 namespace RecTool {
@@ -97,7 +98,8 @@ ExitCode FileChange::apply(const std::function<void(Recording2::CFileAccess&)>& 
                            const Inspection::Summary& expected) const
 {
     {
-        Recording2::CFileAccess file(m_file.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
+        Recording2::CFileAccess file(forLibrary(m_file).c_str(), QString(), nullptr, false, true, false, nullptr,
+                                     nullptr);
         if (!file.IsValidFile()) {
             return refuse(ExitCode::CannotRead, "The file could not be opened.");
         }

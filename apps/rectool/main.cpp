@@ -1,12 +1,17 @@
 // rectool: looks into recording files and edits what was noted in them.
+#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "commandline/verbs.h"
 #include "commands.h"
+#include "system/filenames.h"
+#include "system/terminal.h"
 
 namespace {
 
@@ -17,11 +22,12 @@ constexpr const char* ExitCodes =
     "Exit codes: 0 fine, 1 wrong usage or not confirmed, 2 a file cannot be read or written, 3 a file is damaged.\n"
     "A recording in the archive is named by its address, zelvo:///GROUP/FILE.";
 
-ExitCode run(int argc, char** argv)
+ExitCode run(std::vector<std::string> arguments)
 {
     CLI::App app("Looks into recordings of receivers and direction finders.", "rectool");
     app.set_version_flag("--version", "rectool " RECTOOL_VERSION);
     app.require_subcommand(1);
+    app.allow_windows_style_options(false);  // the same arguments everywhere, paths that begin with "/" among them
     app.footer(std::string("rectool VERB --help tells more about a verb.\n\n") + ExitCodes);
 
     CommandLine::Action action;
@@ -32,7 +38,8 @@ ExitCode run(int argc, char** argv)
     CommandLine::addMakingVerbs(app, action);
     CommandLine::addArchiveVerbs(app, action);
     try {
-        app.parse(argc, argv);
+        std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
+        app.parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? ExitCode::Fine : ExitCode::Usage;
     }
@@ -43,9 +50,10 @@ ExitCode run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    RecTool::prepareOutput();
     std::ios::sync_with_stdio(false);
     try {
-        return static_cast<int>(run(argc, argv));
+        return static_cast<int>(run(RecTool::argumentsOf(argc, argv)));
     } catch (const std::exception& error) {
         std::cerr << "rectool: " << error.what() << '\n';
         return static_cast<int>(ExitCode::CannotRead);

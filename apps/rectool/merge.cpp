@@ -16,6 +16,7 @@
 #include "newrecording.h"
 #include "output.h"
 #include "progress.h"
+#include "system/filenames.h"
 #include "text.h"
 
 namespace RecTool {
@@ -318,8 +319,9 @@ bool checkFiles(const std::vector<std::string>& files)
     }
     for (auto one = files.begin(); one != files.end(); ++one) {
         std::error_code error;
-        const auto again = std::find_if(
-            one + 1, files.end(), [&](const auto& other) { return std::filesystem::equivalent(*one, other, error); });
+        const auto again = std::find_if(one + 1, files.end(), [&](const auto& other) {
+            return std::filesystem::equivalent(native(*one), native(other), error);
+        });
         if (again != files.end()) {
             complain(*again, "This file is given twice.");
             return false;

@@ -2,15 +2,17 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <filesystem>
 #include <iostream>
 #include <system_error>
 #include <utility>
 
+#include <QFile>
+
 #include "output.h"
 #include "progress.h"
 #include "samesummary.h"
+#include "system/filenames.h"
 #include "text.h"
 
 namespace RecTool {
@@ -62,14 +64,14 @@ Recording2::CHeaderData toHeaderData(const Inspection::Header& header)
     return data;
 }
 
-fs::path folderOf(const std::string& path)
+fs::path folderOf(const fs::path& path)
 {
-    const fs::path folder = fs::path(path).parent_path();
+    const fs::path folder = path.parent_path();
     return folder.empty() ? fs::path(".") : folder;
 }
 
 /// A link, unlike a rename, never replaces. Where a file system has none, a look before the rename is all there is.
-void renameWithoutReplacing(const std::string& from, const std::string& to, std::error_code& error)
+void renameWithoutReplacing(const fs::path& from, const fs::path& to, std::error_code& error)
 {
     fs::create_hard_link(from, to, error);
     if (!error) {
@@ -127,7 +129,7 @@ NewRecording::~NewRecording()
     m_file.reset();
     if (!m_temporary.empty()) {
         std::error_code error;
-        fs::remove(m_temporary, error);
+        fs::remove(native(m_temporary), error);
         if (error) {
             complain(m_temporary, "The unfinished file could not be removed: " + error.message() + ".");
         }
@@ -143,24 +145,25 @@ ExitCode NewRecording::fail(ExitCode code, const std::string& reason) const
 ExitCode NewRecording::check(const std::vector<std::string>& inputs) const
 {
     std::error_code error;
-    if (fs::path(m_path).filename().empty() || fs::is_directory(m_path, error)) {
+    const fs::path path = native(m_path);
+    if (path.filename().empty() || fs::is_directory(path, error)) {
         return fail(ExitCode::Usage, "This is a directory, not the name of a file.");
     }
     for (const std::string& input : inputs) {
-        if (fs::equivalent(input, m_path, error)) {
+        if (fs::equivalent(native(input), path, error)) {
             return fail(ExitCode::Usage, "The result cannot take the place of " + input + ", from which it is made.");
         }
     }
-    const fs::file_status there = fs::symlink_status(m_path, error);
-    const fs::file_status behindLinks = fs::status(m_path, error);
+    const fs::file_status there = fs::symlink_status(path, error);
+    const fs::file_status behindLinks = fs::status(path, error);
     if (fs::exists(behindLinks) && !fs::is_regular_file(behindLinks)) {
         return fail(ExitCode::Usage, "This is not an ordinary file.");
     }
     if (fs::exists(there) && !m_replace) {
         return fail(ExitCode::Usage, "There is such a file already; --force replaces it.");
     }
-    if (!fs::is_directory(folderOf(m_path), error)) {
-        return fail(ExitCode::CannotRead, "There is no directory " + folderOf(m_path).string() + '.');
+    if (!fs::is_directory(folderOf(path), error)) {
+        return fail(ExitCode::CannotRead, "There is no directory " + fromNative(folderOf(path)) + '.');
     }
     return ExitCode::Fine;
 }
@@ -171,12 +174,12 @@ bool NewRecording::reserveTemporaryName()
     constexpr int Attempts = 100;
     for (int i = 1; i <= Attempts; ++i) {
         const std::string name = m_path + (i == 1 ? std::string(".part") : ".part" + std::to_string(i));
-        if (std::FILE* file = std::fopen(name.c_str(), "wbx")) {
+        if (QFile(forQt(name)).open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
             m_temporary = name;
-            return std::fclose(file) == 0;
+            return true;
         }
         std::error_code error;
-        if (!fs::exists(fs::symlink_status(name, error))) {
+        if (!fs::exists(fs::symlink_status(native(name), error))) {
             break;  // not taken: there can be no file
         }
     }
@@ -188,8 +191,8 @@ ExitCode NewRecording::create(const std::vector<Inspection::TypeEntry>& types)
     if (!reserveTemporaryName()) {
         return fail(ExitCode::CannotRead, "No file can be made there.");
     }
-    m_file = std::make_unique<Recording2::CFileAccess>(m_temporary.c_str(), QString(), nullptr, true, false, false,
-                                                       nullptr, nullptr);
+    m_file = std::make_unique<Recording2::CFileAccess>(forLibrary(m_temporary).c_str(), QString(), nullptr, true, false,
+                                                       false, nullptr, nullptr);
     if (!m_file->IsValidFile()) {
         return fail(ExitCode::CannotRead, "The file cannot be opened for writing.");
     }
@@ -237,7 +240,8 @@ void NewRecording::storeBookmarks(const std::vector<Inspection::Bookmark>& bookm
     if (bookmarks.empty()) {
         return;
     }
-    Recording2::CFileAccess file(m_temporary.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
+    Recording2::CFileAccess file(forLibrary(m_temporary).c_str(), QString(), nullptr, false, true, false, nullptr,
+                                 nullptr);
     for (const Inspection::Bookmark& bookmark : bookmarks) {
         file.addBookmark(bookmark.timeMs, bookmark.text);
     }
@@ -289,9 +293,9 @@ ExitCode NewRecording::takeName()
 {
     std::error_code error;
     if (m_replace) {
-        fs::rename(m_temporary, m_path, error);
+        fs::rename(native(m_temporary), native(m_path), error);
     } else {
-        renameWithoutReplacing(m_temporary, m_path, error);
+        renameWithoutReplacing(native(m_temporary), native(m_path), error);
     }
     if (error) {
         return fail(ExitCode::CannotRead, "The file cannot be given its name: " + error.message() + '.');

@@ -1,12 +1,12 @@
 #include "savedfile.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 
 #include <recording2/inspection/inspection.h>
 
 #include "output.h"
+#include "system/filenames.h"
 #include "system/interrupt.h"
 
 namespace RecTool {
@@ -23,11 +23,18 @@ bool isRecording(const QFileInfo& file, const std::string& path)
            readability == Readability::NeverClosed || suffix == "rec";
 }
 
+/// Windows ends its reasons with a full stop.
+std::string reasonOf(const QFileDevice& file)
+{
+    const QString reason = file.errorString();
+    return (reason.endsWith('.') ? reason.chopped(1) : reason).toStdString();
+}
+
 }  // namespace
 
 bool mayReplace(const std::string& path)
 {
-    const QFileInfo file(QFile::decodeName(path.c_str()));
+    const QFileInfo file(forQt(path));
     if (!file.exists()) {
         return true;
     }
@@ -45,10 +52,10 @@ bool mayReplace(const std::string& path)
 ExitCode saveFile(const std::string& path, const std::function<bool(QIODevice&)>& produce)
 {
     const Interrupt interrupt;  // outlives the file, whose end may write too
-    QSaveFile file(QFile::decodeName(path.c_str()));
+    QSaveFile file(forQt(path));
     file.setDirectWriteFallback(false);
     if (!file.open(QIODevice::WriteOnly)) {
-        complain(path, "It cannot be written: " + file.errorString().toStdString() + '.');
+        complain(path, "It cannot be written: " + reasonOf(file) + '.');
         return ExitCode::CannotRead;
     }
     const bool stored = produce(file) && !Interrupt::requested() && file.commit();

@@ -57,10 +57,16 @@ QString fromBytes(const std::string& name)
 #endif
 }
 
+// On Windows what code page 1252 makes of the bytes, whatever the process's own is: Latin-1 but for 32 characters that
+// are in no name.
 std::filesystem::path native(const std::string& name)
 {
 #if defined(_WIN32)
-    return fromBytes(name).toStdWString();
+    constexpr UINT WesternEurope = 1252;
+    std::wstring wide(name.size(), L'\0');
+    MultiByteToWideChar(WesternEurope, 0, name.data(), static_cast<int>(name.size()), wide.data(),
+                        static_cast<int>(wide.size()));  // one character a byte
+    return wide;
 #else
     return name;
 #endif

@@ -35,7 +35,7 @@ const CHeaderData& CHeaderData::operator=(const CHeaderData& other)
     return *this;
 }
 
-std::int32_t CHeaderData::version() const
+Long CHeaderData::version() const
 {
     const auto upper = static_cast<std::uint32_t>(std::int32_t{m_major}) << 16U;
     return static_cast<std::int32_t>(upper | static_cast<std::uint32_t>(std::int32_t{m_minor}));
@@ -130,14 +130,14 @@ void CVTTypesData::add_item(S_TYPES item)
     }
 }
 
-S_TYPES CVTTypesData::find_type(std::int32_t typeNumber)
+S_TYPES CVTTypesData::find_type(Long typeNumber)
 {
     S_TYPES found;
     find_type(typeNumber, found);
     return found;
 }
 
-bool CVTTypesData::find_type(std::int32_t typeNumber, S_TYPES& out)
+bool CVTTypesData::find_type(Long typeNumber, S_TYPES& out)
 {
     const auto entry = std::find_if(m_types.begin(), m_types.end(),
                                     [&](const S_TYPES& type) { return type.typeNumber == typeNumber; });

@@ -23,7 +23,7 @@ public:
     [[nodiscard]] std::int16_t majorversion() const { return m_major; }
     [[nodiscard]] std::int16_t minorversion() const { return m_minor; }
     /// Major in the upper, minor in the lower 16 bits; a negative minor version covers the major one.
-    [[nodiscard]] std::int32_t version() const;
+    [[nodiscard]] Long version() const;
     void set_version(std::int16_t major, std::int16_t minor);
 
     [[nodiscard]] float startFreq() const { return m_startFreq; }  ///< lowest recorded frequency, Hz
@@ -32,10 +32,10 @@ public:
     void set_stopFreq(float hz) { m_stopFreq = hz; }
     [[nodiscard]] float stepWidth() const { return m_stepWidth; }  ///< Hz
     void set_stepWidth(float hz) { m_stepWidth = hz; }
-    [[nodiscard]] std::int32_t minLevel() const { return m_minLevel; }  ///< in the unit of the level values
-    void set_minLevel(std::int32_t level) { m_minLevel = level; }
-    [[nodiscard]] std::int32_t maxLevel() const { return m_maxLevel; }
-    void set_maxLevel(std::int32_t level) { m_maxLevel = level; }
+    [[nodiscard]] Long minLevel() const { return m_minLevel; }  ///< in the unit of the level values
+    void set_minLevel(Long level) { m_minLevel = level; }
+    [[nodiscard]] Long maxLevel() const { return m_maxLevel; }
+    void set_maxLevel(Long level) { m_maxLevel = level; }
 
     // Texts are 8-bit bytes (Latin-1 when the recorder fills them). The const char* setters stop at the first NUL, the
     // std::string ones do not; a file stores a header text only up to its first NUL.
@@ -65,8 +65,8 @@ private:
     float m_startFreq = 0;
     float m_stopFreq = 0;
     float m_stepWidth = 0;
-    std::int32_t m_minLevel = 0;
-    std::int32_t m_maxLevel = 0;
+    Long m_minLevel = 0;
+    Long m_maxLevel = 0;
     std::string m_deviceType;
     std::string m_deviceName;
     std::string m_jobId;
@@ -114,9 +114,9 @@ public:
     /// Appends the entry unless its type number is taken: the first entry of a number stays.
     virtual void add_item(S_TYPES item);
     /// The entry of the number; without one an empty entry that cannot be told from a real one by its numbers.
-    virtual S_TYPES find_type(std::int32_t typeNumber);
+    virtual S_TYPES find_type(Long typeNumber);
     /// The same with an answer; out is untouched when there is none.
-    virtual bool find_type(std::int32_t typeNumber, S_TYPES& out);
+    virtual bool find_type(Long typeNumber, S_TYPES& out);
 
     std::vector<S_TYPES>& get_vector() { return m_types; }
 

@@ -39,7 +39,7 @@ CTimeStamp::CTimeStamp(const QDateTime& dt) : m_time(new (std::nothrow) Quon::Da
 {
 }
 
-CTimeStamp::CTimeStamp(std::uint32_t ms) : m_time(new (std::nothrow) Quon::DateTime(ms * MicrosecondsPerMillisecond))
+CTimeStamp::CTimeStamp(UnsignedLong ms) : m_time(new (std::nothrow) Quon::DateTime(ms * MicrosecondsPerMillisecond))
 {
 }
 
@@ -76,7 +76,7 @@ void CTimeStamp::setTime_ts(unsigned long long us)
     }
 }
 
-void CTimeStamp::setts(std::int32_t days, std::int32_t ms)
+void CTimeStamp::setts(Long days, Long ms)
 {
     if (m_time == nullptr) {
         return;
@@ -102,12 +102,12 @@ unsigned long long CTimeStamp::getMilliSecs() const
     return getTimeStamp() / MicrosecondsPerMillisecond;
 }
 
-std::int32_t CTimeStamp::lTime() const
+Long CTimeStamp::lTime() const
 {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(getMilliSecs()));
 }
 
-std::int32_t CTimeStamp::lDate() const
+Long CTimeStamp::lDate() const
 {
     const unsigned long long epoch = 0;
     return Quon::DateTime(epoch).daysTo(*m_time);

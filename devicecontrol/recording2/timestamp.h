@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 #include <QDate>
 #include <QDateTime>
@@ -16,6 +17,10 @@ class DateTime;
 
 namespace Recording2 {
 
+/// The "long" of the interface: 32 bits everywhere, and the compiler's own where that has as many, as on Windows.
+using Long = std::conditional_t<sizeof(long) == sizeof(std::int32_t), long, std::int32_t>;
+using UnsignedLong = std::make_unsigned_t<Long>;
+
 /// A point in time: microseconds since 1970-01-01 00:00:00 UTC in 64 bits, or null. A null stamp reads as 0 everywhere.
 ///
 /// Owns its date-time object; copies never share it. Objects are used by one thread. No operation reports errors;
@@ -28,7 +33,7 @@ public:
     CTimeStamp(const QDate& date);                     // NOLINT(google-explicit-constructor): midnight UTC
     CTimeStamp(const QDate& date, const QTime& time);  ///< UTC
     CTimeStamp(const QDateTime& dt);    // NOLINT(google-explicit-constructor): whole seconds, rest dropped
-    CTimeStamp(std::uint32_t ms);       // NOLINT(google-explicit-constructor): milliseconds
+    CTimeStamp(UnsignedLong ms);        // NOLINT(google-explicit-constructor): milliseconds
     CTimeStamp(unsigned long long us);  // NOLINT(google-explicit-constructor): microseconds
     ~CTimeStamp();
 
@@ -38,13 +43,13 @@ public:
     void setTime_ts(unsigned long long us);
     /// days x 86,400,000,000 + ms x 1000 in unsigned 32-bit arithmetic, wrapping at every step (the factor acts as
     /// 500,654,080); does nothing on a null stamp. Callers depend on the wrapping.
-    void setts(std::int32_t days, std::int32_t ms);
+    void setts(Long days, Long ms);
 
     [[nodiscard]] unsigned long long getTimeStamp() const;  ///< microseconds
     [[nodiscard]] unsigned long long getMicroSecs() const;  ///< the same
     [[nodiscard]] unsigned long long getMilliSecs() const;  ///< truncated
-    [[nodiscard]] std::int32_t lTime() const;               ///< milliseconds since 1970, the low 32 bits
-    [[nodiscard]] std::int32_t lDate() const;               ///< whole days since 1970; not to be called on a null stamp
+    [[nodiscard]] Long lTime() const;                       ///< milliseconds since 1970, the low 32 bits
+    [[nodiscard]] Long lDate() const;                       ///< whole days since 1970; not to be called on a null stamp
     [[nodiscard]] QTime time() const;                       ///< time of day, UTC; invalid for a null stamp
 
     [[nodiscard]] unsigned long long microsecsTo(const CTimeStamp& other) const;  ///< absolute difference

@@ -126,7 +126,7 @@ public:
             case 4:
                 return m_station.value<Flag>(QStringLiteral("/Devices/Rx1/Mon/SquelchState")).SetValue(below(2) == 1);
             case 5:
-                return m_station.value<Text>(QStringLiteral("/DEVICE_CAPTION")).SetValue(text());
+                return m_station.value<Text>(QStringLiteral("/DEVICE_CAPTION")).SetValue(caption());
             case 6:
                 m_station.value<Selection>(QStringLiteral("/IFSPAN")).SelectKey(static_cast<std::int32_t>(below(3)));
                 return;
@@ -156,11 +156,25 @@ private:
         }
         return made;
     }
+    /// It stands in the names of files.
+    [[nodiscard]] QString caption()
+    {
+        QString made = text();
+#if defined(_WIN32)
+        for (const char* refused : {"|", "\\", "\"", "\n", "€"}) {
+            made.remove(QString::fromUtf8(refused));
+        }
+#endif
+        return made;
+    }
     [[nodiscard]] unsigned long long ownTime()
     {
         return below(3) == 0 ? 0 : m_station.clock.now + below(2'000'000) - 1'000'000;
     }
-    void changeNumber(const QString& path) { m_station.value<Number>(path).SetValue(number()); }
+    void changeNumber(const QString& path)
+    {
+        m_station.value<Number>(path).SetValue(number());
+    }
     void changeFrequency()
     {
         auto& frequency = m_station.value<OffsetNumber>(QStringLiteral("/FREQUENCY"));

@@ -9,7 +9,7 @@ using Recording2::CTimeStamp;
 
 namespace {
 
-CTimeStamp ms(std::uint32_t milliseconds)
+CTimeStamp ms(Recording2::UnsignedLong milliseconds)
 {
     return {milliseconds};
 }

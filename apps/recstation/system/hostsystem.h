@@ -47,7 +47,8 @@ private:
 
 [[nodiscard]] bool standardErrorIsTerminal();
 
-/// First thing in main: a stream that the caller closed becomes an empty one, so that no other file takes its number.
-void openMissingStandardStreams();
+/// First thing in main: a stream that the caller closed becomes an empty one, so that no other file takes its number,
+/// and what is printed is the same bytes on every platform (lines end with "\n" alone, text is UTF-8).
+void prepareStandardStreams();
 
 }  // namespace recstation

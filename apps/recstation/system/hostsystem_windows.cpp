@@ -1,5 +1,10 @@
+#include <fcntl.h>
+#include <io.h>
+
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <mutex>
 #include <stdexcept>
 
@@ -15,6 +20,7 @@ namespace recstation {
 namespace {
 
 std::atomic<bool> stopRequested = false;
+UINT codePageBefore = 0;
 HANDLE stopped = nullptr;     // set when the host has closed its files
 HANDLE mainThread = nullptr;  // the thread that reads input
 std::function<void()>* wakeMain = nullptr;
@@ -135,9 +141,16 @@ bool standardErrorIsTerminal()
     return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != FALSE;
 }
 
-// Handles are no small numbers here: no file takes the place of a missing stream.
-void openMissingStandardStreams()
+// Handles are no small numbers here: no file takes the place of a missing stream. A console keeps its code page when
+// the program ends.
+void prepareStandardStreams()
 {
+    static_cast<void>(_setmode(_fileno(stdout), _O_BINARY));
+    static_cast<void>(_setmode(_fileno(stderr), _O_BINARY));
+    codePageBefore = GetConsoleOutputCP();
+    if (codePageBefore != 0 && SetConsoleOutputCP(CP_UTF8) != FALSE) {
+        static_cast<void>(std::atexit([] { SetConsoleOutputCP(codePageBefore); }));
+    }
 }
 
 }  // namespace recstation

@@ -13,6 +13,7 @@
 
 #include "../output.h"
 #include "../savedfile.h"
+#include "../system/filenames.h"
 #include "../text.h"
 #include "timeticks.h"
 
@@ -34,7 +35,7 @@ bool isRecordingName(const QString& path)
 bool isSameFile(const std::string& a, const std::string& b)
 {
     std::error_code none;
-    return std::filesystem::equivalent(a, b, none) && !none;
+    return std::filesystem::equivalent(native(a), native(b), none) && !none;
 }
 
 ExitCode refuse(const PlotOptions& options, const std::string& why)
@@ -49,7 +50,7 @@ constexpr int Margin = 14;
 
 ExitCode checkPicture(const PlotOptions& options)
 {
-    const QString output = QString::fromLocal8Bit(options.output.c_str());
+    const QString output = forQt(options.output);
     if (isSameFile(options.file, options.output)) {
         return refuse(options, "This is the recording itself; a picture does not replace it.");
     }
@@ -95,7 +96,7 @@ Picture::Picture(const PlotOptions& options, const PlotSource& source, const QSt
     if (isClockTime(header.startMs, source.span())) {
         device += (device.isEmpty() ? "started " : ", started ") + QString::fromStdString(utc(header.startMs));
     }
-    const QString file = QFileInfo(QString::fromLocal8Bit(options.file.c_str())).fileName();
+    const QString file = QFileInfo(forQt(options.file)).fileName();
     const int room = m_width - 2 * Margin;
     QFont large = m_font;
     large.setPixelSize(m_font.pixelSize() + 4);
@@ -184,7 +185,7 @@ bool Picture::write(QIODevice& device, const QByteArray& format)
 
 ExitCode Picture::save()
 {
-    const QByteArray format = suffixOf(QString::fromLocal8Bit(m_output.c_str())).toLatin1();
+    const QByteArray format = suffixOf(forQt(m_output)).toLatin1();
     // Made in memory first: libraries that meet a full disk print messages of their own.
     QBuffer picture;
     picture.open(QIODevice::WriteOnly);

@@ -19,6 +19,9 @@ void setHandlers(void (*onEnd)(int), [[maybe_unused]] void (*onLimit)(int))
 {
     static_cast<void>(std::signal(SIGINT, onEnd));
     static_cast<void>(std::signal(SIGTERM, onEnd));
+#if defined(SIGBREAK)
+    static_cast<void>(std::signal(SIGBREAK, onEnd));
+#endif
 #if defined(SIGXFSZ)
     static_cast<void>(std::signal(SIGXFSZ, onLimit));
 #endif

@@ -1,7 +1,11 @@
 #include "terminal.h"
 
 #if defined(_WIN32)
+#include <fcntl.h>
 #include <io.h>
+#include <windows.h>
+
+#include <cstdlib>
 #else
 #include <unistd.h>
 #endif
@@ -10,27 +14,51 @@ namespace RecTool {
 
 namespace {
 
+constexpr int StandardInput = 0;
+constexpr int StandardError = 2;
+
+#if defined(_WIN32)
+UINT codePageBefore = 0;
+
 bool isTerminal(int descriptor)
 {
-#if defined(_WIN32)
     return _isatty(descriptor) != 0;
-#else
-    return isatty(descriptor) != 0;
-#endif
 }
+#else
+bool isTerminal(int descriptor)
+{
+    return isatty(descriptor) != 0;
+}
+#endif
 
 }  // namespace
 
 bool errorsGoToTerminal()
 {
-    constexpr int StandardError = 2;
     return isTerminal(StandardError);
 }
 
 bool inputComesFromTerminal()
 {
-    constexpr int StandardInput = 0;
     return isTerminal(StandardInput);
 }
+
+#if defined(_WIN32)
+// A console keeps its code page when the program ends.
+void prepareOutput()
+{
+    constexpr int StandardOutput = 1;
+    static_cast<void>(_setmode(StandardOutput, _O_BINARY));
+    static_cast<void>(_setmode(StandardError, _O_BINARY));
+    codePageBefore = GetConsoleOutputCP();
+    if (codePageBefore != 0 && SetConsoleOutputCP(CP_UTF8) != FALSE) {
+        static_cast<void>(std::atexit([] { SetConsoleOutputCP(codePageBefore); }));
+    }
+}
+#else
+void prepareOutput()
+{
+}
+#endif
 
 }  // namespace RecTool

@@ -1,4 +1,4 @@
-// The one thing about terminals that differs between platforms.
+// The terminal and the standard streams, where they differ between platforms.
 #pragma once
 
 namespace RecTool {
@@ -7,5 +7,7 @@ namespace RecTool {
 [[nodiscard]] bool errorsGoToTerminal();
 /// Whether standard input is a terminal, so that a person can answer.
 [[nodiscard]] bool inputComesFromTerminal();
+/// Lets output be the same bytes on every platform: lines end with "\n" alone, text is UTF-8. Called before any output.
+void prepareOutput();
 
 }  // namespace RecTool

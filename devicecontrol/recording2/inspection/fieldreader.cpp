@@ -1,13 +1,14 @@
 #include "fieldreader.h"
 
 #include "../format/encode.h"
+#include "filename.h"
 
 namespace Recording2::Inspection {
 
 using Format::FieldStatus;
 
 FileSource::FileSource(const std::string& path)
-    : m_stream(path, std::ios::binary | std::ios::in | std::ios::ate), m_open(m_stream.good())
+    : m_stream(native(path), std::ios::binary | std::ios::in | std::ios::ate), m_open(m_stream.good())
 {
     if (m_open) {
         m_size = m_stream.tellg();

@@ -8,6 +8,7 @@
 
 #include "../format/layout.h"
 #include "fieldreader.h"
+#include "filename.h"
 #include "tables.h"
 
 namespace Recording2::Inspection {
@@ -24,7 +25,7 @@ void refuse(Summary& summary, Readability readability, const std::string& proble
 bool isFile(const std::string& path, Summary& summary)
 {
     std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    const std::filesystem::file_status status = std::filesystem::status(native(path), error);
     switch (status.type()) {
         case std::filesystem::file_type::regular:
             return true;

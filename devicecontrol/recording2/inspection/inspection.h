@@ -94,7 +94,8 @@ struct Summary {
 };
 
 /// Reads header and tables. Never throws for what a file holds; lengths and counts written in the file are bounded by
-/// the bytes that remain. path: in the encoding of the platform's file names.
+/// the bytes that remain. path: in UTF-8 on Windows, and
+/// elsewhere as the system has it; so are the other paths here.
 Summary inspect(const std::string& path);
 
 struct Record {

@@ -207,6 +207,13 @@ void Load(const std::string& text, const QString& fileName)
     }
 }
 
+// Windows ends its reasons with a full stop.
+std::string reasonOf(const QFile& file)
+{
+    const QString reason = file.errorString();
+    return (reason.endsWith('.') ? reason.chopped(1) : reason).toStdString();
+}
+
 }  // namespace
 
 ICfg::~ICfg() = default;
@@ -215,9 +222,9 @@ void CfgCenter::LoadFile(const QString& path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        throw VKException("The configuration file \"" + path.toStdString() +
-                              "\" cannot be read: " + file.errorString().toStdString() + ".",
-                          SourceName, "CfgCenter::LoadFile", 0);
+        throw VKException(
+            "The configuration file \"" + path.toStdString() + "\" cannot be read: " + reasonOf(file) + ".", SourceName,
+            "CfgCenter::LoadFile", 0);
     }
     Load(file.readAll().toStdString(), path);
 }

@@ -69,8 +69,8 @@ TEST_F(BearingsProgram, WhereNoRecorderIsForDirectionFindingTheFirstBecomesOne)
         "[only]\nValuePath = '/X'\nStatusValuePath = '/XS'\n[only.Values]\nDFSPECTRUM = '/DfSpectrum'\n"
         "RFSPECTRUM = 'Scn/RfSpectrum'\n");
     file.close();
-    const Result result =
-        run(goodLog, {QStringLiteral("--config"), file.fileName(), QStringLiteral("bearings"), QStringLiteral("-")});
+    const Result result = run(goodLog, {QStringLiteral("--config"), file.fileName(), QStringLiteral("--output"),
+                                        m_directory.path(), QStringLiteral("bearings"), QStringLiteral("-")});
     ASSERT_EQ(result.exitCode, 0) << result.messages;
     ASSERT_THAT(filesOf(result), SizeIs(1));
     EXPECT_EQ(filesOf(result)[0].at("records"), 3);  // the initial map and two bearings

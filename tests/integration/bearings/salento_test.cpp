@@ -186,7 +186,7 @@ protected:
     void SetUp() override
     {
         const QString directory = qEnvironmentVariable("RECORDING2_TEST_DATA", QString::fromUtf8(TEST_DATA_DIRECTORY));
-        m_log = QDir(directory).filePath(QStringLiteral("telemetria_Salento.csv"));
+        m_log = QDir(directory).absoluteFilePath(QStringLiteral("telemetria_Salento.csv"));
         if (!QFile::exists(m_log)) {
             GTEST_SKIP() << "no real log: " << m_log.toStdString() << " is missing";
         }

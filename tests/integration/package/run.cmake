@@ -30,10 +30,18 @@ foreach(file IN LISTS package_files)
   endforeach()
 endforeach()
 
+set(toolchain "")
+if(TOOLCHAIN)
+  set(toolchain "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}")
+endif()
+set(programs "${outside_build}")
+if(SUFFIX)  # Windows: a program finds the libraries that lie beside it
+  set(programs "${prefix}/bin")
+endif()
 run(
   "${CMAKE_COMMAND}" -S "${OUTSIDE_SOURCE}" -B "${outside_build}" -G "${GENERATOR}"
   "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_CXX_COMPILER=${COMPILER}" "-DCMAKE_BUILD_TYPE=${BUILD_TYPE}"
-  "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}"
+  "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}" "-DCMAKE_RUNTIME_OUTPUT_DIRECTORY=${programs}" ${toolchain}
 )
 run("${CMAKE_COMMAND}" --build "${outside_build}")
-run("${outside_build}/outside")
+run(${EMULATOR} "${programs}/outside${SUFFIX}")

@@ -31,6 +31,12 @@ using testing::SizeIs;
 
 constexpr int patienceMs = 60'000;
 
+/// A path with its drive, as the programs run in folders that may be on another.
+QString whole(const char* path)
+{
+    return QFileInfo(QString::fromUtf8(path)).absoluteFilePath();
+}
+
 struct Result {
     int exitCode = -1;
     std::string output;
@@ -101,9 +107,19 @@ protected:
     QTemporaryDir m_directory;
 };
 
+/// A name in UTF-8 as the library takes it.
+std::string name8(const std::string& path)
+{
+#if defined(_WIN32)
+    return QString::fromStdString(path).toLatin1().toStdString();
+#else
+    return path;
+#endif
+}
+
 std::vector<Record> recordsOf(const std::string& path)
 {
-    Recording2::CFileAccess file(path.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
+    Recording2::CFileAccess file(name8(path).c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
     EXPECT_TRUE(file.IsValidFile()) << path;
     std::vector<Record> records;
     Recording2::CVTCmdData record;
@@ -323,20 +339,21 @@ TEST_F(ProgramTest, AConfiguredDirectoryThatIsMissingIsRefusedAndNotReplaced)
 
 TEST_F(ProgramTest, AFileInPlaceOfTheDirectoryIsRefused)
 {
-    const Result result = run({QStringLiteral("-o"), QStringLiteral(RECSTATION)});
+    const Result result = run({QStringLiteral("-o"), whole(RECSTATION)});
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_THAT(result.messages, HasSubstr("is no directory"));
 }
 
 TEST_F(ProgramTest, ADirectoryThatCannotBeWrittenIsRefused)
 {
-    const QString directory = QStringLiteral("/proc");  // not even root can create files there
+    // Not even root can create files there.
+    const QString directory = whole("/proc");
     if (!QFileInfo::exists(directory)) {
         GTEST_SKIP() << "needs a read-only directory";
     }
     const Result result = run({QStringLiteral("-o"), directory});
     EXPECT_EQ(result.exitCode, 2);
-    EXPECT_THAT(result.messages, HasSubstr("the directory /proc cannot be written"));
+    EXPECT_THAT(result.messages, HasSubstr("the directory " + directory.toStdString() + " cannot be written"));
 }
 
 TEST_F(ProgramTest, ANameThatTheFileSystemRefusesEndsTheRun)
@@ -373,14 +390,14 @@ TEST_F(ProgramTest, AMissingPlugInOrAnotherLibraryIsRefused)
     const Result missing = run({QStringLiteral("--plugin"), QStringLiteral("none.so")});
     EXPECT_EQ(missing.exitCode, 2);
     EXPECT_THAT(missing.messages, HasSubstr("none.so does not exist"));
-    const Result noLibrary = run({QStringLiteral("--plugin"), QStringLiteral(FEED_DOCUMENT)});
+    const Result noLibrary = run({QStringLiteral("--plugin"), whole(FEED_DOCUMENT)});
     EXPECT_EQ(noLibrary.exitCode, 2);
     EXPECT_THAT(noLibrary.messages, HasSubstr("cannot load the recorder plug-in"));
 }
 
 TEST_F(ProgramTest, ThePlugInCanBeNamed)
 {
-    EXPECT_EQ(runFeed(smallFeed, {QStringLiteral("--plugin"), QStringLiteral(PLUGIN)}).exitCode, 0);
+    EXPECT_EQ(runFeed(smallFeed, {QStringLiteral("--plugin"), whole(PLUGIN)}).exitCode, 0);
 }
 
 TEST_F(ProgramTest, AnUnknownRecorderIsRefused)

@@ -102,6 +102,6 @@ QString RecordingTest::write(const char* name, const QByteArray& bytes) const
 QString RecordingTest::realData(const char* name)
 {
     const QString directory = qEnvironmentVariable("RECORDING2_TEST_DATA", QString::fromUtf8(TEST_DATA_DIRECTORY));
-    const QString path = QDir(directory).filePath(QString::fromLatin1(name));
+    const QString path = QDir(directory).absoluteFilePath(QString::fromLatin1(name));
     return QFile::exists(path) ? path : QString();
 }

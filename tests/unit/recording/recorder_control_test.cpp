@@ -156,7 +156,7 @@ TEST_F(RecorderControl, TheFinalPathIsPublishedWhileRecordingAndTakenBackAtStop)
     makeRecorder();
     station.switchOn();
     const QString unc = station.text(QStringLiteral("/Status/Rx1/REC_UNCFILEPATH"));
-    EXPECT_EQ(unc, QString(station.fileName()).replace(QStringLiteral(".tmp"), QStringLiteral(".rec")));
+    EXPECT_EQ(unc, station.directory() + '/' + QFileInfo(station.fileName()).completeBaseName() + ".rec");
     station.value<Text>(QStringLiteral("/Status/Rx1/REC_ZELVOFILEPATH")).SetValue(QStringLiteral("zelvo"));
     station.switchOff();
     EXPECT_EQ(station.text(QStringLiteral("/Status/Rx1/REC_UNCFILEPATH")), QString());
@@ -393,18 +393,18 @@ TEST_F(RecorderControl, AJobThatIsNoTextIsNotAvailable)
 TEST_F(RecorderControl, HeaderTextsAreLatin1)
 {
     station.add<Text>(QStringLiteral("/KDXServer/Dcd/DcdAttr/DcdID")).SetValue(QStringLiteral("Prüfung"));
-    station.value<Text>(QStringLiteral("/Devices/Rx1/Adm/DRIVERNAME")).SetValue(QStringLiteral("Empfänger €"));
-    station.value<Text>(QStringLiteral("/Devices/Rx1/Adm/DEVICE_TYPE")).SetValue(QStringLiteral("Größe"));
+    station.value<Text>(QStringLiteral("/Devices/Rx1/Adm/DRIVERNAME")).SetValue(QStringLiteral("Empfänger"));
+    station.value<Text>(QStringLiteral("/Devices/Rx1/Adm/DEVICE_TYPE")).SetValue(QStringLiteral("Größe €"));
     makeRecorder();
     start();
     const ParsedRecording recording = stopAndRead();
     EXPECT_EQ(recording.header.jobId,
               "Pr\xFC"
               "fung");
-    EXPECT_EQ(recording.header.deviceName, "Empf\xE4nger ?");
+    EXPECT_EQ(recording.header.deviceName, "Empf\xE4nger");
     EXPECT_EQ(recording.header.deviceType,
               "Gr\xF6\xDF"
-              "e");
+              "e ?");
 }
 
 /// Where the header record ends in a file.

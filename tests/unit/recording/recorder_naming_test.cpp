@@ -1,6 +1,8 @@
 // Names of recording files.
 #include <cstdlib>
 #include <ctime>
+#include <map>
+#include <string>
 #include <tuple>
 
 #include <QDir>
@@ -15,10 +17,28 @@ namespace {
 using Recording2::RecordingFileName;
 using Recording2::UtcOffsetSuffix;
 
+#if defined(_WIN32)
+/// The same zone as the C runtime of Windows has it: names and offsets, and summers as in the United States.
+const char* zoneOfRuntime(const std::string& name)
+{
+    static const std::map<std::string, const char*> Zones = {{"UTC", "UTC0"},
+                                                             {"Europe/Berlin", "CET-1CES"},
+                                                             {"Europe/London", "GMT0BST"},
+                                                             {"Asia/Kolkata", "IST-5:30"},
+                                                             {"America/St_Johns", "NST3:30NDT"}};
+    return Zones.at(name);
+}
+#else
+const char* zoneOfRuntime(const char* name)
+{
+    return name;
+}
+#endif
+
 /// The zone of local time for as long as this exists.
 class Zone {
 public:
-    explicit Zone(const char* name) : m_environment("TZ", name) { tzset(); }
+    explicit Zone(const char* name) : m_environment("TZ", zoneOfRuntime(name)) { tzset(); }
 
 private:
     struct Restore {
@@ -178,22 +198,18 @@ TEST_F(RecorderNaming, TheDeviceNameMayComeFromAConfiguredPath)
     EXPECT_EQ(startedName(), QStringLiteral("Own__2018-09-19__12-03-07_UTC+02-00.tmp"));
 }
 
-#if !defined(_WIN32)
 TEST_F(RecorderNaming, NamesAreInTheEncodingOfThePlatform)
 {
     setCaption(QStringLiteral("Nürnberg Süd"));
     makeRecorder();
     station.switchOn();
-    const std::string expected = station.directory().toStdString() +
-                                 "/N\xC3\xBCrnberg_S\xC3\xBC"
-                                 "d__RX_1__2018-09-19__12-03-07_UTC+02-00.tmp";
-    EXPECT_TRUE(QFile::exists(QString::fromUtf8(expected.c_str())));
-    EXPECT_EQ(station.fileName().toUtf8().toStdString(), expected);
+    const QString expected = station.file(QStringLiteral("Nürnberg_Süd__RX_1__2018-09-19__12-03-07_UTC+02-00.tmp"));
+    EXPECT_TRUE(QFile::exists(expected));
+    EXPECT_EQ(QDir::fromNativeSeparators(station.fileName()), expected);
     station.switchOff();
     EXPECT_TRUE(QFile::exists(station.fileName()));
     readBack(station.fileName());
 }
-#endif
 
 TEST_F(RecorderNaming, ASlashInTheCaptionPassesIntoThePath)
 {
@@ -201,7 +217,7 @@ TEST_F(RecorderNaming, ASlashInTheCaptionPassesIntoThePath)
     setCaption(QStringLiteral("North/South"));
     makeRecorder();
     station.switchOn();
-    EXPECT_EQ(station.fileName(),
+    EXPECT_EQ(QDir::fromNativeSeparators(station.fileName()),
               station.file(QStringLiteral("North/South__RX_1__2018-09-19__12-03-07_UTC+02-00.tmp")));
     station.switchOff();
     EXPECT_TRUE(QFile::exists(station.fileName()));

@@ -22,6 +22,18 @@ using testing::IsEmpty;
 
 const char* const Source = "devicecontrol\\recording2\\recording";
 
+#if defined(_WIN32)
+constexpr bool Windows = true;
+#else
+constexpr bool Windows = false;
+#endif
+
+/// Where recordings go without a configured directory.
+QString defaultDirectory()
+{
+    return Windows ? QStringLiteral("c:\\temp") : QDir::tempPath();
+}
+
 class RecorderSetup : public RecorderTest {
 protected:
     void load(const QString& toml) const { CfgCenter::LoadText(toml, QStringLiteral("station.toml")); }
@@ -69,7 +81,7 @@ TEST_F(RecorderSetup, AConfigurationWithoutKeysGivesTheDefaultsOfTheKeys)
     makeRecorder();
     EXPECT_EQ(Peer::valuePath(recorder()), QStringLiteral("/Devices/NoName_Driver"));
     EXPECT_EQ(Peer::statusValuePath(recorder()), QStringLiteral("/DEVICES/RECSTATUS"));
-    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::tempPath());
+    EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
     EXPECT_FALSE(Peer::fileNameFormat83(recorder()));
     EXPECT_EQ(Peer::maxFileLength(recorder()), 10'000'000);
     EXPECT_EQ(Peer::fileExpandingSize(recorder()), 9'000'000);
@@ -110,9 +122,9 @@ TEST_F(RecorderSetup, AMissingRecordingDirectoryIsTracedAndReplaced)
     load(QStringLiteral("[Rx]\nRecordingPath = \"%1\"\n").arg(missing));
     const TraceLog log;
     makeRecorder();
-    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::tempPath());
+    EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
     const auto* line = log.find(QStringLiteral("CRecording::Init() - Cannot find the <%1> directory, set it to <%2>")
-                                    .arg(missing, QDir::tempPath()));
+                                    .arg(missing, defaultDirectory()));
     ASSERT_NE(line, nullptr);
     EXPECT_EQ(line->source, QString::fromLatin1(Source));
     EXPECT_EQ(line->line, 212);
@@ -123,17 +135,17 @@ TEST_F(RecorderSetup, AMissingRecordingDirectoryIsReplacedAlsoWithoutTraces)
     load(QStringLiteral("[Rx]\nRecordingPath = \"/no/such/directory\"\n"));
     const TraceLog log(~ErrorHandler::RecordingTraces);
     makeRecorder();
-    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::tempPath());
+    EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(RecorderSetup, AMissingDefaultDirectoryIsKept)
 {
     const QString missing = station.file(QStringLiteral("no-temp"));
-    const Environment temporary("TMPDIR", missing.toUtf8());
+    const Environment temporary("TMPDIR", missing.toUtf8());  // Windows has one default, there or not
     load(QStringLiteral("[Rx]\nRecordingPath = \"/no/such/directory\"\n"));
     makeRecorder();
-    EXPECT_EQ(Peer::recordingPath(recorder()), missing);
+    EXPECT_EQ(Peer::recordingPath(recorder()), Windows ? defaultDirectory() : missing);
 }
 
 TEST_F(RecorderSetup, AnEmptyRecordingPathBecomesTheCurrentDirectory)
@@ -141,7 +153,7 @@ TEST_F(RecorderSetup, AnEmptyRecordingPathBecomesTheCurrentDirectory)
     // The empty path is no directory, so the default directory takes its place before that.
     load(QStringLiteral("[Rx]\nRecordingPath = \"\"\n"));
     makeRecorder();
-    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::tempPath());
+    EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
     makeRecorder(QString());
     EXPECT_EQ(Peer::recordingPath(recorder()), QDir::currentPath());
 }
@@ -499,7 +511,7 @@ TEST_F(RecorderSetup, TheObserverPartIsFirstInTheObject)
     EXPECT_NE(static_cast<void*>(static_cast<IDllInstance*>(&object)), static_cast<void*>(&object));
 }
 
-#if defined(__GNUC__) && defined(__x86_64__) && !defined(_WIN32)
+#if defined(__GNUC__) && defined(__x86_64__)
 /// Place of a virtual operation in the table, counted with the destructor as one.
 template <typename Operation>
 std::size_t slotOf(Operation operation)

@@ -1,0 +1,23 @@
+# recording2_version_resource(TARGET DESCRIPTION) puts the project's version into a Windows program or library, where the
+# Explorer and installers look for it. Elsewhere it does nothing.
+if(WIN32)
+  enable_language(RC)
+endif()
+set(RECORDING2_VERSION_TEMPLATE "${CMAKE_CURRENT_LIST_DIR}/windows/version.rc.in")
+
+function(recording2_version_resource name description)
+  if(NOT WIN32)
+    return()
+  endif()
+  get_target_property(type ${name} TYPE)
+  if(type STREQUAL "EXECUTABLE")
+    set(file_type VFT_APP)
+    set(suffix .exe)
+  else()
+    set(file_type VFT_DLL)
+    set(suffix .dll)
+  endif()
+  set(resource "${CMAKE_CURRENT_BINARY_DIR}/${name}_version.rc")
+  configure_file("${RECORDING2_VERSION_TEMPLATE}" "${resource}" @ONLY)
+  target_sources(${name} PRIVATE "${resource}")
+endfunction()

@@ -1,0 +1,85 @@
+# What the scripts that build and test share: steps with their times, builds of presets, the count of tests.
+
+passed=0
+failed=0
+skipped=0
+
+# step HEADING COMMAND...: the command's exit code is the step's.
+step() {
+    local heading=$1 begin=$SECONDS
+    shift
+    printf '\n== %s\n' "$heading"
+    "$@"
+    local code=$?
+    [ "$code" -eq 0 ] || printf '== %s: FAILED\n' "$heading"
+    printf '== %s: %d s\n' "$heading" "$((SECONDS - begin))"
+    return "$code"
+}
+
+# One that is no test: a failure counts as one failed.
+check() {
+    step "$@" || failed=$((failed + 1))
+}
+
+# A user without a home has no place for its cache.
+can_use_ccache() {
+    local cache
+    cache=$(ccache --get-config cache_dir 2>/dev/null) && mkdir -p "$cache" 2>/dev/null && [ -w "$cache" ]
+}
+
+# build PRESET [OPTION...]: the options are those of "cmake --build"; configure_options may hold some for configuring.
+configure_options=()
+build() {
+    local preset=$1 launcher=()
+    shift
+    can_use_ccache && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    # Results of an earlier run must not be counted should this one not get so far.
+    rm -f "build/$preset/tests.xml"
+    cmake --preset "$preset" "${launcher[@]}" "${configure_options[@]}" >"build/$preset-configure.log" 2>&1 || {
+        cat "build/$preset-configure.log"
+        return 1
+    }
+    cmake --build --preset "$preset" --parallel "$(nproc)" "$@"
+}
+
+# Adds up a JUnit report of ctest. A test that could not be run at all stands there as skipped, but it is a failure.
+count_tests() {
+    local all run off
+    all=$(grep -c '<testcase ' "$1")
+    run=$(grep -c '<testcase .* status="run">' "$1")
+    off=$(grep -cE '<skipped message="SKIP_|<testcase .* status="disabled">' "$1")
+    passed=$((passed + run))
+    skipped=$((skipped + off))
+    failed=$((failed + all - run - off))
+}
+
+run_tests() {
+    local report="$PWD/build/$1/tests.xml" failed_before=$failed
+    step "tests, preset $1" ctest --preset "$1" --output-junit "$report"
+    local code=$?
+    [ -s "$report" ] && count_tests "$report"
+    # ctest can fail without a failed test, for example when there are none.
+    [ "$code" -eq 0 ] || [ "$failed" -gt "$failed_before" ] || failed=$((failed + 1))
+}
+
+build_and_test() {
+    if step "build, preset $1" build "$1"; then
+        run_tests "$1"
+    else
+        failed=$((failed + 1))
+    fi
+}
+
+# The last lines of a script, and its exit code.
+summary() {
+    printf '\nAll steps: %d s\n' "$SECONDS"
+    printf '%d passed, %d failed, %d skipped\n' "$passed" "$failed" "$skipped"
+    [ "$failed" -eq 0 ]
+}
+
+# Nothing that follows makes sense.
+give_up() {
+    failed=$((failed + 1))
+    summary
+    exit 1
+}

@@ -1,0 +1,109 @@
+// The numbers of the interface that are "long" by name: 32 bits on every platform, whatever the compiler's own long is.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <type_traits>
+#include <utility>
+
+#include <recording2/recordmodel.h>
+#include <recording2/timestamp.h>
+
+using Recording2::CHeaderData;
+using Recording2::CTimeStamp;
+using Recording2::CVTTypesData;
+using Recording2::Long;
+using Recording2::S_TYPES;
+using Recording2::UnsignedLong;
+
+namespace {
+
+constexpr Long Lowest = std::numeric_limits<std::int32_t>::min();
+constexpr Long Highest = std::numeric_limits<std::int32_t>::max();
+
+/// Whether a member function has exactly this type.
+template <typename Expected, typename Actual>
+constexpr bool Is(Actual /*operation*/)
+{
+    return std::is_same_v<Expected, Actual>;
+}
+
+}  // namespace
+
+TEST(Widths, LongHas32BitsAndWhereTheCompilersOwnHasThemItIsThatOne)
+{
+    EXPECT_EQ(std::numeric_limits<Long>::digits, 31);
+    EXPECT_EQ(std::numeric_limits<UnsignedLong>::digits, 32);
+    EXPECT_EQ((std::is_same_v<Long, long>), sizeof(long) == 4);
+    EXPECT_EQ((std::is_same_v<UnsignedLong, unsigned long>), sizeof(long) == 4);
+}
+
+TEST(Widths, EveryLongOfTheInterfaceIsThat)
+{
+    EXPECT_TRUE((std::is_constructible_v<CTimeStamp, UnsignedLong>));
+    EXPECT_TRUE((Is<void (CTimeStamp::*)(Long, Long)>(&CTimeStamp::setts)));
+    EXPECT_TRUE((Is<Long (CTimeStamp::*)() const>(&CTimeStamp::lTime)));
+    EXPECT_TRUE((Is<Long (CTimeStamp::*)() const>(&CTimeStamp::lDate)));
+    EXPECT_TRUE((Is<Long (CHeaderData::*)() const>(&CHeaderData::version)));
+    EXPECT_TRUE((Is<Long (CHeaderData::*)() const>(&CHeaderData::minLevel)));
+    EXPECT_TRUE((Is<void (CHeaderData::*)(Long)>(&CHeaderData::set_minLevel)));
+    EXPECT_TRUE((Is<Long (CHeaderData::*)() const>(&CHeaderData::maxLevel)));
+    EXPECT_TRUE((Is<void (CHeaderData::*)(Long)>(&CHeaderData::set_maxLevel)));
+    S_TYPES (CVTTypesData::*const findCopy)(Long) = &CVTTypesData::find_type;
+    bool (CVTTypesData::*const findInto)(Long, S_TYPES&) = &CVTTypesData::find_type;
+    EXPECT_NE(findCopy, nullptr);
+    EXPECT_NE(findInto, nullptr);
+}
+
+TEST(Widths, AStampOfMillisecondsWrapsNowhereBelow32Bits)
+{
+    const UnsignedLong all = std::numeric_limits<std::uint32_t>::max();
+    EXPECT_EQ(CTimeStamp(all).getMicroSecs(), 4'294'967'295'000ULL);
+}
+
+TEST(Widths, LTimeKeepsTheLow32Bits)
+{
+    EXPECT_EQ(CTimeStamp(2'147'483'647'000ULL).lTime(), Highest);
+    EXPECT_EQ(CTimeStamp(2'147'483'648'000ULL).lTime(), Lowest);
+    EXPECT_EQ(CTimeStamp(4'294'967'296'000ULL).lTime(), 0);
+    EXPECT_EQ(CTimeStamp(1'700'000'000'123'000ULL).lTime(),
+              static_cast<Long>(1'700'000'000'123LL - 396LL * (1LL << 32)));
+}
+
+TEST(Widths, SettsCountsIn32BitsAndWraps)
+{
+    CTimeStamp stamp(0ULL);
+    stamp.setts(1, 1);
+    EXPECT_EQ(stamp.getMicroSecs(), 500'655'080U);
+    stamp.setts(Highest, Highest);
+    EXPECT_EQ(stamp.getMicroSecs(), 4'294'967'296U - 500'655'080U);
+    stamp.setts(-1, 0);
+    EXPECT_EQ(stamp.getMicroSecs(), 4'294'967'296U - 500'654'080U);
+}
+
+TEST(Widths, LDateCountsDaysOfStampsPast32Bits)
+{
+    EXPECT_EQ(CTimeStamp(19'700ULL * 86'400'000'000ULL).lDate(), 19'700);
+}
+
+TEST(Widths, HeadersKeepTheEndsOfTheRange)
+{
+    CHeaderData header;
+    header.set_minLevel(Lowest);
+    header.set_maxLevel(Highest);
+    EXPECT_EQ(header.minLevel(), Lowest);
+    EXPECT_EQ(header.maxLevel(), Highest);
+    header.set_version(std::numeric_limits<std::int16_t>::min(), 0);
+    EXPECT_EQ(header.version(), Lowest);
+}
+
+TEST(Widths, TypesAreFoundByAll32BitsOfTheirNumber)
+{
+    CVTTypesData types;
+    types.add_item({Lowest, 0, "lowest", ""});
+    types.add_item({Highest, 0, "highest", ""});
+    EXPECT_EQ(types.find_type(Lowest).keyword, "lowest");
+    S_TYPES found;
+    EXPECT_TRUE(types.find_type(Highest, found));
+    EXPECT_EQ(found.keyword, "highest");
+}
