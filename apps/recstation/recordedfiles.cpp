@@ -24,7 +24,7 @@ QString damageOf(const Inspection::Summary& summary)
 // Counts what is in a file. @return its damage, empty for a sound one
 QString examineBytes(FileReport& report, const QString& path)
 {
-    const Inspection::Summary summary = Inspection::inspect(QFile::encodeName(path).toStdString());
+    const Inspection::Summary summary = Inspection::inspect(path.toStdString());
     report.bytes = QFileInfo(path).size();
     report.records = summary.times.size();
     return damageOf(summary);
