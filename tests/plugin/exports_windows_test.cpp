@@ -66,7 +66,7 @@ private:
     HMODULE m_module;
 };
 
-std::set<std::string> interface()
+std::set<std::string> listedOperations()
 {
     std::set<std::string> operations;
     std::ifstream list(INTERFACE_LIST);
@@ -86,7 +86,7 @@ TEST(PluginExports, HoldEveryOperationOfTheInterface)
     const Image image;
     ASSERT_TRUE(image.loaded());
     const std::set<std::string> exports = image.exports();
-    const std::set<std::string> operations = interface();
+    const std::set<std::string> operations = listedOperations();
     ASSERT_GT(operations.size(), 90U);
     for (const std::string& operation : operations) {
         EXPECT_THAT(exports, Contains(operation));
