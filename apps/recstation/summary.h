@@ -10,6 +10,7 @@
 #include "options.h"
 #include "recordedfiles.h"
 #include "source.h"
+#include "unfinished.h"
 
 namespace recstation {
 
@@ -23,6 +24,7 @@ struct Summary {
         SourceReport report;
     };
 
+    std::vector<UnfinishedRecording> recovered;  ///< that earlier runs had left; they do not change the exit code
     std::vector<File> files;
     std::vector<SourceResult> sources;
     unsigned long long recordedMs = 0;  ///< recorded time that the run covered
