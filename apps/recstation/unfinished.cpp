@@ -1,5 +1,6 @@
 #include "unfinished.h"
 
+#include <algorithm>
 #include <exception>
 #include <string>
 
@@ -124,7 +125,11 @@ public:
 private:
     [[nodiscard]] bool isTaken(const QString& name) const
     {
-        return !m_folder.entryList({name + QStringLiteral(".*")}, QDir::AllEntries | QDir::Hidden).isEmpty();
+        const QStringList endings = {QStringLiteral(".tmp"), QStringLiteral(".rec"), QStringLiteral(".tmp.journal"),
+                                     journalEnding};
+        return std::any_of(endings.begin(), endings.end(), [&](const QString& ending) {
+            return QFileInfo::exists(m_folder.absoluteFilePath(name + ending));
+        });
     }
     QDir m_folder;
 };
@@ -175,6 +180,9 @@ UnfinishedRecording recoverOne(const QString& path, const UnfinishedHooks& hooks
     const Recovery recovery = Inspection::recover(recording, {output, 0, {}, hooks.interrupted});
     if (recovery.outcome != RecoveryOutcome::Whole && recovery.outcome != RecoveryOutcome::SomethingLost) {
         unfinished.problem = QString::fromStdString(recovery.problem);
+        if (recovery.outcome == RecoveryOutcome::NotWritten) {
+            unfinished.problem.prepend(QStringLiteral("%1 could not be written: ").arg(fromNative(output)));
+        }
         return unfinished;
     }
     takeReport(unfinished, recovery, fromNative(output));

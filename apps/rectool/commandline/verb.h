@@ -28,6 +28,8 @@ public:
     {
         if constexpr (requires { m_options->files; }) {
             m_app.add_option("FILE", m_options->files, "Recordings")->required();
+        } else if constexpr (requires { m_options->directory; }) {
+            m_app.add_option("DIR", m_options->directory, "Directory")->required()->check(notEmpty());
         } else {
             m_app.add_option("FILE", m_options->file, "Recording")->required();
         }

@@ -127,14 +127,33 @@ TEST_F(UnfinishedTest, NoRecoverLeavesThem)
     EXPECT_FALSE(QFileInfo::exists(path(QStringLiteral("recovered"))));
 }
 
-TEST_F(UnfinishedTest, WithoutAJournalWhatIsInTheFileIsRecovered)
+TEST_F(UnfinishedTest, WithoutAJournalWhatReachedTheFileIsRecoveredAndTheTimesAreToldAsLost)
 {
-    crash({QStringLiteral("--journal"), QStringLiteral("off")});
-    EXPECT_THAT(files("*.journal"), IsEmpty());
+    QProcess process;
+    start(process, {QStringLiteral("--journal"), QStringLiteral("off"), QStringLiteral("feed"),
+                    QStringLiteral("--start"), QStringLiteral("2026-01-02T03:04:05Z")});
+    QByteArray feed =
+        "{\"at\": 0, \"path\": \"/LEVEL\", \"create\": \"text\", \"value\": \"x\"}\n"
+        "{\"at\": 0, \"record\": \"On\"}\n";
+    for (int i = 0; i < 40; ++i) {
+        feed += "{\"at\": 2000, \"path\": \"/LEVEL\", \"set\": \"" +
+                QByteArray(10'000, static_cast<char>('a' + i % 26)) + "\"}\n";
+    }
+    process.write(feed + "mark\n");
+    waitForMessage(process, "feed: line 43");
+    process.kill();
+    ASSERT_TRUE(process.waitForFinished(patienceMs));
+    EXPECT_THAT(files("*.tmp*"), SizeIs(1));  // no journal
     const Result result = nextRun();
-    ASSERT_THAT(result.summary().at("recovered"), SizeIs(1));
-    EXPECT_EQ(result.summary().at("recovered")[0].at("byJournal"), false);
     EXPECT_EQ(result.exitCode, 0) << result.messages;
+    ASSERT_THAT(result.summary().at("recovered"), SizeIs(1));
+    const nlohmann::json recovered = result.summary().at("recovered")[0];
+    ASSERT_TRUE(recovered.contains("recovered")) << result.messages;
+    EXPECT_EQ(recovered.at("whole"), false);
+    EXPECT_EQ(recovered.at("byJournal"), false);
+    EXPECT_GT(recovered.at("records"), 20);
+    EXPECT_LT(recovered.at("records"), 41);
+    EXPECT_THAT(result.messages, AllOf(HasSubstr("lost: "), HasSubstr("the exact time of ")));
 }
 
 TEST_F(UnfinishedTest, ARecordingThatAnotherRunIsWritingStaysAndIsTold)
@@ -213,10 +232,11 @@ TEST_F(UnfinishedTest, OfAClosedRecordingOnlyTheJournalIsPutAway)
 // A limit on the size of files stops the writing as a full disk does.
 TEST_F(UnfinishedTest, ARecorderThatCannotWriteIsToldAtOnceAndTheOtherGoesOn)
 {
-    write(QStringLiteral("station.toml"),
-          "[big]\nValuePath = '/Big'\nStatusValuePath = '/BigS'\n[big.Values]\n"
-          "LEVEL = '/Big/Level'\n[small]\nValuePath = '/Small'\n"
-          "StatusValuePath = '/SmallS'\n[small.Values]\nLEVEL = '/Small/Level'\n");
+    const QByteArray here = "RecordingPath = '" + path(QString()).toUtf8() + "'\n";
+    write(QStringLiteral("station.toml"), "[big]\nValuePath = '/Big'\nStatusValuePath = '/BigS'\n" + here +
+                                              "[big.Values]\nLEVEL = '/Big/Level'\n" +
+                                              "[small]\nValuePath = '/Small'\nStatusValuePath = '/SmallS'\n" + here +
+                                              "[small.Values]\nLEVEL = '/Small/Level'\n");
     QByteArray feed =
         "{\"at\": 0, \"path\": \"/Big/Level\", \"create\": \"text\", \"value\": \"x\"}\n"
         "{\"at\": 0, \"path\": \"/Big/Adm/DRIVERNAME\", \"create\": \"text\", \"value\": \"big\"}\n"
@@ -242,6 +262,10 @@ TEST_F(UnfinishedTest, ARecorderThatCannotWriteIsToldAtOnceAndTheOtherGoesOn)
     EXPECT_THAT(std::string(result.summary().at("files")[0].at("problem")), HasSubstr("File too large"));
     EXPECT_FALSE(result.summary().at("files")[1].contains("problem")) << result.output;
     EXPECT_EQ(result.summary().at("files")[1].at("records"), 2);
+    const Result next = nextRun();  // no file could grow, so that closing had failed too
+    ASSERT_THAT(next.summary().at("recovered"), SizeIs(1)) << next.messages;
+    EXPECT_EQ(next.summary().at("recovered")[0].at("whole"), true) << next.messages;
+    EXPECT_GT(next.summary().at("recovered")[0].at("records"), 20);
 }
 
 TEST_F(UnfinishedTest, ARunWhoseRecordersHaveAllStoppedEnds)
