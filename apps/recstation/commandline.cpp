@@ -27,6 +27,11 @@ Examples:
   recstation -o recordings sweep night.csv          spectra as rtl_power and hackrf_sweep write them
   recstation -o recordings sweep night.csv nmea drive.log    the same with positions, merged by time
   recstation --config station.toml --record receiver sim --seed 7
+  receiver-driver | recstation -o recordings --journal power feed     outlives a power cut
+  recstation -o recordings --no-recover sim         unfinished recordings there stay as they are
+
+Recordings that an earlier run left unfinished in the directory are recovered first; the originals go into its folder
+"recovered".
 
 Exit codes: 0 all is well, 1 wrong arguments, 2 nothing could be recorded or the run broke off,
 3 it ran, but input was bad or a file was not properly written.)";
@@ -104,8 +109,9 @@ void addCommonOptions(CLI::App& app, Options& options)
 {
     app.add_option("-o,--output", options.output, "Directory for the recordings (default: as configured)")
         ->type_name("DIR");
-    app.add_option("--config", options.config, "TOML file with one table per recorder (default: built in)")
-        ->type_name("FILE");
+    CLI::Option* config =
+        app.add_option("--config", options.config, "TOML file with one table per recorder (default: built in)")
+            ->type_name("FILE");
     app.add_option("--plugin", options.plugin, "Recorder plug-in (default: the one beside this program)")
         ->type_name("FILE");
     app.add_option("--record", options.recorders,
@@ -125,6 +131,17 @@ void addCommonOptions(CLI::App& app, Options& options)
         ->type_name("SECONDS")
         ->check(CLI::Range(0.0, longestWait))
         ->capture_default_str();
+    app.add_option(
+           "--journal", options.journal,
+           "What a recording outlives: process: the end of this program, however it ends; power: that of the "
+           "computer too, but for the last second; off: nothing. With --config, the key Journal of a recorder's "
+           "table says it (default: process)")
+        ->type_name("KIND")
+        ->check(CLI::IsMember({"process", "power", "off"}))
+        ->excludes(config);
+    app.add_flag_callback(
+        "--no-recover", [&options] { options.recover = false; },
+        "Leave recordings alone that earlier runs left unfinished in the directory");
     app.add_flag("--json", options.json, "Write the closing summary as JSON");
     app.add_flag("-q,--quiet", options.quiet, "Show no progress");
     app.add_flag("--trace", options.trace, "Show the recorder's own traces");

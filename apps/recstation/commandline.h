@@ -26,6 +26,8 @@ struct Options {
     bool json = false;
     bool quiet = false;
     bool trace = false;
+    bool recover = true;  ///< recordings that earlier runs left unfinished
+    std::string journal;  ///< "process", "power" or "off"; empty: as configured
 
     // The sources to run; the simulator when none is named.
     std::optional<SimOptions> sim;

@@ -14,9 +14,9 @@ constexpr auto view = CfgCenter::View::Instance;
 
 const QString archiveTable = QStringLiteral("archive");
 
-constexpr std::array knownKeys = {"ValuePath",     "StatusValuePath",       "RecordingPath", "RecFileNameFormat83",
-                                  "MaxFileLength", "FileExpandingSize",     "Values",        "DiskExpandingSize",
-                                  "RecordDF",      "RecordingNameLocalTime"};
+constexpr std::array knownKeys = {"ValuePath",     "StatusValuePath",        "RecordingPath", "RecFileNameFormat83",
+                                  "MaxFileLength", "FileExpandingSize",      "Values",        "DiskExpandingSize",
+                                  "RecordDF",      "RecordingNameLocalTime", "Journal"};
 
 bool isKnown(const QString& key)
 {
@@ -72,6 +72,19 @@ void checkTypesOfOtherKeys(const ICfg& cfg)
     }
 }
 
+// The recorder would keep a journal of its own choice, and only trace it.
+void refuseOtherJournals(const ICfg& cfg, const QString& name)
+{
+    const QString journal = cfg.ReadString(QStringLiteral("Journal"), QStringLiteral("process"));
+    if (journal != QLatin1String("process") && journal != QLatin1String("power") && journal != QLatin1String("off")) {
+        throw std::runtime_error(
+            QStringLiteral(
+                "key \"Journal\" of recorder \"%1\": expected \"process\", \"power\" or \"off\", found \"%2\"")
+                .arg(name, journal)
+                .toStdString());
+    }
+}
+
 Instance readInstance(const QString& name, QStringList& warnings)
 {
     const std::unique_ptr<ICfg> cfg(CfgCenter::CreateCfg(name, view, QString()));
@@ -82,6 +95,7 @@ Instance readInstance(const QString& name, QStringList& warnings)
     instance.recordingPath = cfg->ReadString(QStringLiteral("RecordingPath"), QString());
     instance.directionFinding = cfg->ReadBoolean(QStringLiteral("RecordDF"), false);
     checkTypesOfOtherKeys(*cfg);
+    refuseOtherJournals(*cfg, name);
     for (std::int32_t i = 0; !cfg->KeyName(i).isEmpty(); ++i) {
         if (!isKnown(cfg->KeyName(i))) {
             warnings +=
@@ -134,20 +148,22 @@ Configuration check(const QString& fileName)
 
 }  // namespace
 
-QString defaultConfigurationText(const QString& recordingPath)
+QString defaultConfigurationText(const QString& recordingPath, const QString& journal)
 {
     return QStringLiteral(
                "[receiver]\n"
                "ValuePath = \"/Devices/Rx1\"\n"
                "StatusValuePath = \"/Devices/Rx1Status\"\n"
                "RecordingPath = %1\n"
+               "Journal = %2\n"
                "\n"
                "[df]\n"
                "ValuePath = \"/Devices/Df1\"\n"
                "StatusValuePath = \"/Devices/Df1Status\"\n"
                "RecordingPath = %1\n"
+               "Journal = %2\n"
                "RecordDF = true\n")
-        .arg(tomlString(recordingPath));
+        .arg(tomlString(recordingPath), tomlString(journal));
 }
 
 Configuration loadConfigurationFile(const QString& path)

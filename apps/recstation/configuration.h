@@ -24,7 +24,9 @@ struct Configuration {
 };
 
 /// The configuration without a file: "receiver" at /Devices/Rx1 and "df", a direction finder, at /Devices/Df1.
-[[nodiscard]] QString defaultConfigurationText(const QString& recordingPath);
+/// @param journal "process", "power" or "off"
+[[nodiscard]] QString defaultConfigurationText(const QString& recordingPath,
+                                               const QString& journal = QStringLiteral("process"));
 
 /// Loads the file into the configuration centre and checks every instance.
 /// @throws std::runtime_error with file, line and key where known

@@ -94,15 +94,24 @@ bool Recorder::isOn() const
 void Recorder::switchOn()
 {
     requireWritableDirectory(directory());
+    m_switchedOn = true;
     m_status->Select(QStringLiteral("On"));
     checkNewFiles();
 }
 
 void Recorder::switchOff()
 {
+    m_switchedOn = false;
     if (isOn()) {
         m_status->Select(QStringLiteral("Off"));
     }
+}
+
+bool Recorder::stoppedItself()
+{
+    const bool stopped = m_switchedOn && !isOn();
+    m_switchedOn = m_switchedOn && !stopped;
+    return stopped;
 }
 
 void Recorder::tellTime(unsigned long long time)

@@ -40,18 +40,21 @@ public:
     /// Makes sure that every recording opened since the last call is on the disk.
     /// @throws std::runtime_error that says why one could not be created
     void checkNewFiles();
+    /// Once after the recorder ended a recording by itself, because it could not be written.
+    [[nodiscard]] bool stoppedItself();
+    /// Where the next recording goes.
+    [[nodiscard]] QString directory() const;
     [[nodiscard]] const QStringList& temporaryPaths() const { return m_files.temporaryPaths(); }
     [[nodiscard]] QString addressOf(const QString& temporaryPath) const { return m_files.addressOf(temporaryPath); }
 
 private:
-    [[nodiscard]] QString directory() const;
-
     Instance m_instance;
     Plugin::Instance m_plugged;
     values::ValuePtr<values::ValueSelection> m_status;
     values::ValuePtr<values::Value<QString>> m_directory;
     FileNameWatch m_files;
     int m_checkedFiles = 0;
+    bool m_switchedOn = false;
     IObserver* m_observer = nullptr;  // the recorder; null if it cannot be told
     // In no tree; a change of it is no record, but its time counts.
     values::FastValueMap<float, values::levelHandler> m_time;

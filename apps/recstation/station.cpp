@@ -1,14 +1,12 @@
 #include "station.h"
 
 #include <algorithm>
+#include <map>
 #include <stdexcept>
 #include <utility>
 
 #include <QDir>
 #include <QFileInfo>
-#include <QStorageInfo>
-
-#include <vkbase/trace.h>
 
 #include "bearings/bearingssource.h"
 #include "feed/feedsource.h"
@@ -16,6 +14,7 @@
 #include "sim/simsource.h"
 #include "sweep/sweepsource.h"
 #include "system/hostsystem.h"
+#include "unfinished.h"
 
 namespace recstation {
 
@@ -28,7 +27,9 @@ Configuration loadConfiguration(const Options& options)
     if (!options.config.empty()) {
         return loadConfigurationFile(QString::fromStdString(options.config));
     }
-    return loadConfigurationText(defaultConfigurationText(QDir::currentPath()),
+    const QString journal =
+        options.journal.empty() ? QStringLiteral("process") : QString::fromStdString(options.journal);
+    return loadConfigurationText(defaultConfigurationText(QDir::currentPath(), journal),
                                  QStringLiteral("the built-in configuration"));
 }
 
@@ -111,30 +112,23 @@ std::int64_t bytesOnDisk(const QString& temporaryPath)
     return temporary.exists() ? temporary.size() : QFileInfo(finishedPath(temporaryPath)).size();
 }
 
-// Recording on would only lose changes without a word.
-void requireSpace(const QString& file)
-{
-    constexpr qint64 leastBytes = 65'536;
-    const QStorageInfo storage(QFileInfo(file).absolutePath());
-    if (storage.isValid() && storage.bytesAvailable() < leastBytes) {
-        throw std::runtime_error("stopped: the disk that holds " + file.toStdString() + " is full");
-    }
-}
-
 }  // namespace
 
-Station::Station(const Options& options, Messages& messages)
+Station::Station(const Options& options, Messages& messages, FreeSpace freeSpace)
     : m_messages(messages),
+      m_traces(options.trace,
+               [this](const QString& sentence) { m_messages.message(QStringLiteral("warning: ") + sentence); }),
       m_plugin(QString::fromStdString(options.plugin)),
       m_configuration(loadConfiguration(options)),
       m_archive(makeArchiveService(m_configuration.archiveFile)),
       m_archiveWait(static_cast<std::int64_t>(options.archiveWaitSeconds * 1'000)),
       m_scheduler(m_clock, [this](unsigned long long time) { beforeStep(time); }),
-      m_runner(m_scheduler, options.speed, {[this] { afterStep(); }, [] { return StopSignal::requested(); }})
+      m_runner(m_scheduler, options.speed,
+               {[this] { afterStep(); }, [this] { return StopSignal::requested() || !canRecord(); }}),
+      m_space(std::move(freeSpace)),
+      m_recover(options.recover),
+      m_switchedByFeed(options.feed.has_value())
 {
-    if (options.trace) {
-        ErrorHandler::Instance().SetTraceMask(ErrorHandler::RecordingTraces);
-    }
     for (const QString& warning : m_configuration.warnings) {
         m_messages.message(QStringLiteral("warning: ") + warning);
     }
@@ -253,6 +247,7 @@ Summary Station::run()
     const StopSignal stopSignal([this] { m_runner.wake(); });
     Summary summary;
     try {
+        recoverEarlier(summary);
         record();
     } catch (const std::exception& error) {
         summary.failure = QString::fromUtf8(error.what());
@@ -268,8 +263,29 @@ Summary Station::run()
     return summary;
 }
 
+// Before the names of new recordings are chosen. What goes wrong here is told, and recording begins nevertheless.
+void Station::recoverEarlier(Summary& summary)
+{
+    if (!m_recover) {
+        return;
+    }
+    UnfinishedHooks hooks;
+    hooks.report = [this](const UnfinishedRecording& unfinished) { m_messages.message(unfinished.sentence()); };
+    hooks.interrupted = [] { return StopSignal::requested(); };
+    QStringList directories;
+    for (const auto& recorder : m_recorders) {
+        const QString directory = QFileInfo(recorder->directory()).canonicalFilePath();
+        if (!directory.isEmpty() && !directories.contains(directory)) {
+            directories += directory;
+            const std::vector<UnfinishedRecording> done = recoverUnfinished(directory, hooks);
+            summary.recovered.insert(summary.recovered.end(), done.begin(), done.end());
+        }
+    }
+}
+
 void Station::record()
 {
+    m_sinceStart.start();
     m_sinceSpaceCheck.start();
     if (!m_toStart.empty()) {
         auto first = m_scheduler.nextTime();
@@ -282,6 +298,7 @@ void Station::record()
     for (Recorder* recorder : m_toStart) {
         recorder->switchOn();
     }
+    tellStops();
     m_counter.follow(m_tree);
     m_runner.run();
     while (StopSignal::requested() && m_scheduler.unfinishedTime()) {
@@ -310,22 +327,82 @@ void Station::afterStep()
     for (const auto& recorder : m_recorders) {
         recorder->checkNewFiles();
     }
+    tellStops();
     if (m_sinceSpaceCheck.elapsed() >= spaceCheckMs) {
         m_sinceSpaceCheck.restart();
-        for (const auto& recorder : m_recorders) {
-            if (recorder->isOn() && !recorder->temporaryPaths().isEmpty()) {
-                requireSpace(recorder->temporaryPaths().last());
-            }
-        }
+        checkSpace();
     }
     if (m_messages.progressDue()) {
         m_messages.progress(progressNumbers());
     }
 }
 
+void Station::tellStops()
+{
+    for (const auto& recorder : m_recorders) {
+        if (recorder->stoppedItself()) {
+            tellStop(*recorder);
+        }
+    }
+}
+
+void Station::tellStop(const Recorder& recorder)
+{
+    const QString path = recorder.temporaryPaths().isEmpty() ? QString() : recorder.temporaryPaths().last();
+    m_stopped += path;
+    const QString reason = m_traces.whyStopped(path);
+    m_messages.message(QStringLiteral("%1: recording stopped, %2 cannot be written%3")
+                           .arg(recorder.name(), path, reason.isEmpty() ? QString() : QStringLiteral(": ") + reason));
+    if (!canRecord()) {
+        m_messages.message(QStringLiteral("the run ends: no recorder is left"));
+    }
+}
+
+// A run whose recorders have all stopped goes on only if somebody can switch one on again.
+bool Station::canRecord() const
+{
+    return m_stopped.isEmpty() || m_switchedByFeed ||
+           std::any_of(m_recorders.begin(), m_recorders.end(), [](const auto& recorder) { return recorder->isOn(); });
+}
+
+void Station::checkSpace()
+{
+    std::map<QString, std::int64_t> written;
+    for (const auto& recorder : m_recorders) {
+        if (recorder->isOn()) {
+            written[recorder->directory()];
+        }
+        for (const QString& path : recorder->temporaryPaths()) {
+            const auto found = written.find(recorder->directory());
+            if (found != written.end()) {
+                found->second += bytesOnDisk(path);
+            }
+        }
+    }
+    for (const auto& [directory, bytes] : written) {
+        const QString warning = m_space.check(directory, bytes, m_sinceStart.elapsed());
+        if (!warning.isEmpty()) {
+            m_messages.message(warning);
+        }
+    }
+}
+
+FileReport Station::examine(const QString& path) const
+{
+    FileReport report = examineRecording(path);
+    if (m_stopped.contains(path)) {
+        const QString reason = m_traces.whyStopped(path);
+        report.problem = QStringLiteral("stopped before the end, it could not be written%1%2")
+                             .arg(reason.isEmpty() ? QString() : QStringLiteral(": ") + reason,
+                                  report.problem.isEmpty() ? QString() : QStringLiteral("; ") + report.problem);
+    }
+    return report;
+}
+
 // Every recorder is closed, whatever happens to the others.
 void Station::closeRecordings(Summary& summary)
 {
+    tellStops();
     for (const auto& recorder : m_recorders) {
         try {
             recorder->switchOff();
@@ -335,7 +412,7 @@ void Station::closeRecordings(Summary& summary)
                                         QString::fromUtf8(error.what()));
         }
         for (const QString& path : recorder->temporaryPaths()) {
-            FileReport report = examineRecording(path);
+            FileReport report = examine(path);
             report.address = recorder->addressOf(path);
             summary.files.push_back({recorder->name(), report});
         }

@@ -20,8 +20,10 @@
 #include "plugin.h"
 #include "progress.h"
 #include "recorder.h"
+#include "recordertraces.h"
 #include "runner.h"
 #include "scheduler.h"
+#include "spacewatch.h"
 #include "summary.h"
 
 namespace recstation {
@@ -31,7 +33,8 @@ class Station {
 public:
     /// Loads plug-in and configuration, prepares the sources and sets up the recorders.
     /// @throws std::runtime_error when the run cannot begin
-    Station(const Options& options, Messages& messages);
+    /// @param freeSpace tells the room for recordings
+    Station(const Options& options, Messages& messages, FreeSpace freeSpace = freeSpaceOf);
     Station(const Station&) = delete;
     Station& operator=(const Station&) = delete;
     ~Station() = default;
@@ -48,12 +51,19 @@ private:
     void record();
     void beforeStep(unsigned long long time);
     void afterStep();
+    void recoverEarlier(Summary& summary);
+    void tellStops();
+    void tellStop(const Recorder& recorder);
+    void checkSpace();
+    [[nodiscard]] bool canRecord() const;
     void closeRecordings(Summary& summary);
     void finishArchive(Summary& summary);
+    [[nodiscard]] FileReport examine(const QString& path) const;
     [[nodiscard]] ProgressNumbers progressNumbers();
     [[nodiscard]] unsigned long long recordedMs() const;
 
     Messages& m_messages;
+    RecorderTraces m_traces;
     SimulatedClock m_clock;
     ChangeCounter m_counter;
     values::Tree m_tree;
@@ -66,8 +76,13 @@ private:
     std::vector<std::unique_ptr<Recorder>> m_recorders;
     std::vector<Recorder*> m_toStart;
     std::optional<unsigned long long> m_firstTime;
+    SpaceWatch m_space;
     QElapsedTimer m_sinceSpaceCheck;
     QHash<QString, std::int64_t> m_bytes;  // of each recording when it was last on the disk
+    QElapsedTimer m_sinceStart;
+    QStringList m_stopped;  // recordings that their recorders ended by themselves
+    bool m_recover;
+    bool m_switchedByFeed;  // so that a recorder that stopped may record again
 };
 
 }  // namespace recstation

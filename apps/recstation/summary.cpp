@@ -64,6 +64,30 @@ nlohmann::ordered_json toJson(const Summary::Archive& archive)
     return object;
 }
 
+nlohmann::ordered_json toJson(const UnfinishedRecording& unfinished)
+{
+    nlohmann::ordered_json object;
+    object["path"] = unfinished.path.toStdString();
+    if (!unfinished.recovered.isEmpty()) {
+        object["recovered"] = unfinished.recovered.toStdString();
+        object["whole"] = unfinished.whole;
+        object["byJournal"] = unfinished.byJournal;
+        object["records"] = unfinished.records;
+        object["bytes"] = unfinished.bytes;
+        object["lost"] = nlohmann::ordered_json::array();
+        for (const QString& clause : unfinished.lost) {
+            object["lost"].push_back(clause.toStdString());
+        }
+    }
+    if (!unfinished.movedTo.isEmpty()) {
+        object["movedTo"] = unfinished.movedTo.toStdString();
+    }
+    if (!unfinished.problem.isEmpty()) {
+        object["problem"] = unfinished.problem.toStdString();
+    }
+    return object;
+}
+
 QString recordings(std::size_t count)
 {
     return count == 1 ? QStringLiteral("1 recording") : QStringLiteral("%1 recordings").arg(count);
@@ -109,6 +133,12 @@ ExitCode Summary::exitCode() const
 std::string Summary::json() const
 {
     nlohmann::ordered_json object;
+    if (!recovered.empty()) {
+        object["recovered"] = nlohmann::ordered_json::array();
+        for (const UnfinishedRecording& unfinished : recovered) {
+            object["recovered"].push_back(toJson(unfinished));
+        }
+    }
     object["files"] = nlohmann::ordered_json::array();
     for (const File& file : files) {
         object["files"].push_back(toJson(file));

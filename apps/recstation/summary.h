@@ -12,6 +12,7 @@
 #include "options.h"
 #include "recordedfiles.h"
 #include "source.h"
+#include "unfinished.h"
 
 namespace recstation {
 
@@ -32,6 +33,7 @@ struct Summary {
         QString problem;               ///< why some wait, if that is known
     };
 
+    std::vector<UnfinishedRecording> recovered;  ///< that earlier runs had left; they do not change the exit code
     std::vector<File> files;
     std::optional<Archive> archive;  ///< nothing: there is none
     std::vector<SourceResult> sources;

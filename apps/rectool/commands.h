@@ -142,4 +142,15 @@ struct RecoverOptions {
 };
 ExitCode recover(const RecoverOptions& options);
 
+struct SelfCheckOptions {
+    std::string directory;    ///< where a folder of its own is made
+    std::uint64_t runs = 20;  ///< of killed processes
+    bool keep = false;        ///< the folder
+    bool json = false;
+    bool child = false;            ///< be the process that records into the directory
+    std::uint64_t limitBytes = 0;  ///< of its files; 0: none
+};
+/// Starts this program anew for each run.
+ExitCode selfCheck(const SelfCheckOptions& options);
+
 }  // namespace RecTool

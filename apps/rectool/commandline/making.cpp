@@ -64,6 +64,25 @@ void addRepair(CLI::App& app, Action& action)
                      "Exit code 0: nothing was lost; 3: something was lost; 2: nothing could be saved.");
 }
 
+void addSelfCheck(CLI::App& app, Action& action)
+{
+    Verb<SelfCheckOptions> verb(app, "selfcheck", "Record on a disk, let go wrong what can, and see what is lost",
+                                selfCheck, action);
+    SelfCheckOptions& options = verb.options();
+    constexpr std::uint64_t MostRuns = 100'000;
+    verb.app()
+        .add_option("--runs", options.runs, "How many recordings to kill")
+        ->capture_default_str()
+        ->check(CLI::Range(std::uint64_t{1}, MostRuns));
+    verb.app().add_flag("--keep", options.keep, "Keep the folder, with what is left of runs that went wrong");
+    verb.addJson();
+    verb.app().add_flag("--child", options.child)->group("");  // how it starts itself
+    verb.app().add_option("--limit", options.limitBytes)->group("");
+    verb.addExamples({"selfcheck /var/lib/recordings", "selfcheck . --runs 300 --json"},
+                     "Works in a folder of its own, which is removed at the end, and takes about 100 MB meanwhile.\n"
+                     "Exit code 0: every promise was held; 3: one was not; 2: it could not be tried.");
+}
+
 }  // namespace
 
 void addMakingVerbs(CLI::App& app, Action& action)
@@ -72,6 +91,7 @@ void addMakingVerbs(CLI::App& app, Action& action)
     addMerge(app, action);
     addRepair(app, action);
     addRecover(app, action);
+    addSelfCheck(app, action);
 }
 
 }  // namespace RecTool::CommandLine

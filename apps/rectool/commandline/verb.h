@@ -30,6 +30,8 @@ public:
     {
         if constexpr (requires { m_options->files; }) {
             m_app.add_option("FILE", m_options->files, "Recordings, files or archive addresses")->required();
+        } else if constexpr (requires { m_options->directory; }) {
+            m_app.add_option("DIR", m_options->directory, "Directory")->required()->check(notEmpty());
         } else if constexpr (requires { m_options->file; }) {
             m_app.add_option("FILE", m_options->file, "Recording, a file or an archive address")->required();
         }

@@ -17,7 +17,7 @@ void addLookingVerbs(CLI::App& app, Action& action);  ///< info, types, cat, sta
 void addEditingVerbs(CLI::App& app, Action& action);  ///< bookmark, range
 void addMapVerb(CLI::App& app, Action& action);
 void addPlotVerbs(CLI::App& app, Action& action);
-void addMakingVerbs(CLI::App& app, Action& action);   ///< cut, merge, repair, recover
+void addMakingVerbs(CLI::App& app, Action& action);   ///< cut, merge, repair, recover, selfcheck
 void addArchiveVerbs(CLI::App& app, Action& action);  ///< archive status, groups, show, fetch, verify, retry
 
 }  // namespace RecTool::CommandLine

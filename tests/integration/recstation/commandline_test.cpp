@@ -41,6 +41,22 @@ TEST(CommandLine, ANamedSourceRunsAloneAndItsOptionsAreRead)
     EXPECT_TRUE(parse({"feed", "--strict"}).feed->strict);
 }
 
+TEST(CommandLine, TheJournalIsChosenUnlessAConfigurationDoesIt)
+{
+    EXPECT_EQ(parse({}).journal, "");
+    for (const char* journal : {"process", "power", "off"}) {
+        EXPECT_EQ(parse({"--journal", journal}).journal, journal);
+    }
+    EXPECT_EQ(refused({"--journal", "paper"}), ExitCode::Usage);
+    EXPECT_EQ(refused({"--journal", "off", "--config", "station.toml"}), ExitCode::Usage);
+}
+
+TEST(CommandLine, UnfinishedRecordingsAreRecoveredUnlessTheyAreToBeLeft)
+{
+    EXPECT_TRUE(parse({}).recover);
+    EXPECT_FALSE(parse({"--no-recover", "feed"}).recover);
+}
+
 TEST(CommandLine, SeveralSourcesRunTogether)
 {
     const Options options = parse({"sim", "--seed", "9", "feed"});

@@ -1,5 +1,6 @@
 #include "configuration.h"
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -51,6 +52,23 @@ TEST_F(ConfigurationTest, TheBuiltInOneHasAReceiverAndADirectionFinder)
     EXPECT_EQ(configuration.instances[1].name, QStringLiteral("df"));
     EXPECT_TRUE(configuration.instances[1].directionFinding);
     EXPECT_TRUE(configuration.warnings.isEmpty());
+}
+
+TEST_F(ConfigurationTest, TheBuiltInOneKeepsTheJournalThatIsAskedFor)
+{
+    static_cast<void>(loadConfigurationText(defaultConfigurationText(QStringLiteral("/r"), QStringLiteral("power")),
+                                            QStringLiteral("built in")));
+    for (const QString& name : CfgCenter::InstanceNames()) {
+        const std::unique_ptr<ICfg> cfg(CfgCenter::CreateCfg(name, CfgCenter::View::Instance, QString()));
+        EXPECT_EQ(cfg->ReadString(QStringLiteral("Journal"), QString()), QStringLiteral("power"));
+    }
+}
+
+TEST_F(ConfigurationTest, AJournalThatThereIsNotIsRefused)
+{
+    EXPECT_EQ(problemOf("[a]\nJournal='off'\n"), "no problem");
+    EXPECT_THAT(problemOf("[a]\nJournal='paper'\n"), AllOf(HasSubstr("\"a\""), HasSubstr("found \"paper\"")));
+    EXPECT_THAT(problemOf("[a]\nJournal=1\n"), HasSubstr("test.toml:2"));
 }
 
 TEST_F(ConfigurationTest, InstancesMustNotShareAValuePath)

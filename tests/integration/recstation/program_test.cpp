@@ -6,8 +6,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
-#include <QTemporaryDir>
 
 #include <nlohmann/json.hpp>
 
@@ -19,9 +17,10 @@
 #include <values/recordingtext.h>
 #include <values/value.h>
 
-#include "application.h"
 #include "feedexamples.h"
+#include "programtest.h"
 
+namespace recstation {
 namespace {
 
 using testing::AllOf;
@@ -29,82 +28,16 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-constexpr int patienceMs = 60'000;
-
 /// A path with its drive, as the programs run in folders that may be on another.
 QString whole(const char* path)
 {
     return QFileInfo(QString::fromUtf8(path)).absoluteFilePath();
 }
 
-struct Result {
-    int exitCode = -1;
-    std::string output;
-    std::string messages;
-
-    [[nodiscard]] nlohmann::json summary() const { return nlohmann::json::parse(output); }
-};
-
 struct Record {
     unsigned long long timeMs;
     std::int32_t code;
     std::string text;
-};
-
-class ProgramTest : public testing::Test {
-protected:
-    ProgramTest() { requireApplication(); }
-
-    void start(QProcess& process, const QStringList& arguments, const QString& program = QStringLiteral(RECSTATION))
-    {
-        process.setWorkingDirectory(m_directory.path());
-        process.start(program, arguments);
-        ASSERT_TRUE(process.waitForStarted(patienceMs));
-    }
-
-    static Result finish(QProcess& process)
-    {
-        process.closeWriteChannel();
-        EXPECT_TRUE(process.waitForFinished(patienceMs));
-        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-        return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-                process.readAllStandardError().toStdString()};
-    }
-
-    Result run(const QStringList& arguments, const QByteArray& input = {})
-    {
-        QProcess process;
-        start(process, arguments);
-        process.write(input);
-        return finish(process);
-    }
-
-    Result runFeed(const QByteArray& input, QStringList arguments = {})
-    {
-        arguments += {QStringLiteral("feed"), QStringLiteral("--start"), QStringLiteral("2026-01-02T03:04:05Z"),
-                      QStringLiteral("--json")};
-        return run(arguments, input);
-    }
-
-    // Waits until the messages contain a text.
-    static void waitForMessage(QProcess& process, const QByteArray& text)
-    {
-        process.setReadChannel(QProcess::StandardError);
-        QByteArray messages;
-        while (!messages.contains(text)) {
-            ASSERT_TRUE(process.waitForReadyRead(patienceMs)) << messages.toStdString();
-            messages += process.readAllStandardError();
-        }
-    }
-
-    [[nodiscard]] QStringList files(const char* pattern) const
-    {
-        return QDir(m_directory.path()).entryList({QString::fromLatin1(pattern)}, QDir::Files, QDir::Name);
-    }
-
-    [[nodiscard]] QString path(const QString& name) const { return m_directory.filePath(name); }
-
-    QTemporaryDir m_directory;
 };
 
 /// A name in UTF-8 as the library takes it.
@@ -502,3 +435,4 @@ TEST_F(ProgramTest, AFileTakenAwayWhileItIsWrittenIsReported)
 #endif
 
 }  // namespace
+}  // namespace recstation

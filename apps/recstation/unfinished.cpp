@@ -1,0 +1,250 @@
+#include "unfinished.h"
+
+#include <algorithm>
+#include <exception>
+#include <string>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <recording2/inspection/inspection.h>
+#include <recording2/inspection/recovery.h>
+
+#include "recordedfiles.h"
+
+namespace recstation {
+
+namespace {
+
+namespace Inspection = Recording2::Inspection;
+using Inspection::Readability;
+using Inspection::Recovery;
+using Inspection::RecoveryOutcome;
+
+const QString journalEnding = QStringLiteral(".journal");
+
+std::string native(const QString& path)
+{
+    return QFile::encodeName(path).toStdString();
+}
+
+QString fromNative(const std::string& path)
+{
+    return QFile::decodeName(QByteArray::fromStdString(path));
+}
+
+// Other programs have .tmp files too.
+bool isRecording(const QString& temporary)
+{
+    if (QFileInfo::exists(temporary + journalEnding)) {
+        return true;
+    }
+    const Readability readability = Inspection::inspect(native(temporary)).readability;
+    return readability == Readability::Ok || readability == Readability::NeverClosed;
+}
+
+/// The paths to look at; of a journal without its .tmp the recording that was closed, or the journal itself.
+QStringList candidates(const QString& directory)
+{
+    const QDir folder(directory);
+    QStringList found;
+    for (const QString& name : folder.entryList({QStringLiteral("*.tmp")}, QDir::Files | QDir::Hidden, QDir::Name)) {
+        const QString path = folder.absoluteFilePath(name);
+        if (isRecording(path)) {
+            found += path;
+        }
+    }
+    const QStringList journals =
+        folder.entryList({QStringLiteral("*.tmp.journal")}, QDir::Files | QDir::Hidden, QDir::Name);
+    for (const QString& name : journals) {
+        const QString journal = folder.absoluteFilePath(name);
+        const QString temporary = journal.chopped(journalEnding.size());
+        if (!QFileInfo::exists(temporary)) {
+            const QString closed = temporary.chopped(4) + QStringLiteral(".rec");
+            found += QFileInfo::exists(closed) ? closed : journal;
+        }
+    }
+    return found;
+}
+
+bool haveSameBytes(const QString& one, const QString& other)
+{
+    QFile a(one);
+    QFile b(other);
+    if (!a.open(QIODevice::ReadOnly) || !b.open(QIODevice::ReadOnly) || a.size() != b.size()) {
+        return false;
+    }
+    constexpr qint64 pieceBytes = 262'144;
+    while (!a.atEnd()) {
+        const QByteArray piece = a.read(pieceBytes);
+        if (piece.isEmpty() || piece != b.read(pieceBytes)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// The folder for originals.
+class Attic {
+public:
+    explicit Attic(const QString& directory) : m_folder(QDir(directory).absoluteFilePath(QStringLiteral("recovered")))
+    {
+    }
+    /// Before a recovery: one whose original cannot be put away would be done again at every start.
+    [[nodiscard]] bool prepare() const
+    {
+        const QFileInfo info(m_folder.absolutePath());
+        return QDir().mkpath(m_folder.absolutePath()) && info.isWritable();
+    }
+    [[nodiscard]] QString path() const { return m_folder.absolutePath(); }
+    /// An empty folder is of no use.
+    void tidy() const { static_cast<void>(QDir().rmdir(m_folder.absolutePath())); }
+
+    /// The journal stays beside the file that it belongs to, so the file goes first: a journal that is left alone does
+    /// no harm. @return where the file is now; empty when it could not be moved
+    [[nodiscard]] QString put(const QString& path, const QString& journal) const
+    {
+        const QString ending = QLatin1Char('.') + QFileInfo(path).suffix();
+        const QString stem = QFileInfo(path).fileName().chopped(ending.size());
+        QString name = stem;
+        for (int number = 2; isTaken(name); ++number) {
+            name = QStringLiteral("%1_%2").arg(stem).arg(number);
+        }
+        const QString moved = m_folder.absoluteFilePath(name + ending);
+        if (!QFile::rename(path, moved)) {
+            return {};
+        }
+        if (journal != path && QFileInfo::exists(journal) &&
+            !QFile::rename(journal, m_folder.absoluteFilePath(name + QStringLiteral(".tmp") + journalEnding))) {
+            return {};
+        }
+        return moved;
+    }
+
+private:
+    [[nodiscard]] bool isTaken(const QString& name) const
+    {
+        const QStringList endings = {QStringLiteral(".tmp"), QStringLiteral(".rec"), QStringLiteral(".tmp.journal"),
+                                     journalEnding};
+        return std::any_of(endings.begin(), endings.end(), [&](const QString& ending) {
+            return QFileInfo::exists(m_folder.absoluteFilePath(name + ending));
+        });
+    }
+    QDir m_folder;
+};
+
+QString notMoved(const Attic& attic)
+{
+    return QStringLiteral("the original could not be moved to %1: move it away, or it is recovered again")
+        .arg(attic.path());
+}
+
+void takeReport(UnfinishedRecording& unfinished, const Recovery& recovery, const QString& output)
+{
+    unfinished.recovered = output;
+    unfinished.whole = recovery.outcome == RecoveryOutcome::Whole;
+    unfinished.byJournal = !recovery.journal.empty();
+    unfinished.records = recovery.records;
+    unfinished.bytes = recovery.bytes;
+    for (const std::string& clause : recovery.lost) {
+        unfinished.lost += QString::fromStdString(clause);
+    }
+}
+
+/// A journal beside a recording that is as the journal has it: only removing the journal had failed.
+UnfinishedRecording putJournalAway(UnfinishedRecording unfinished, const QString& journal, const Attic& attic)
+{
+    QFile::remove(unfinished.recovered);  // the same bytes once more
+    unfinished.recovered = unfinished.path;
+    unfinished.path = journal;
+    unfinished.movedTo = attic.put(journal, journal);
+    unfinished.problem = unfinished.movedTo.isEmpty() ? notMoved(attic) : QString();
+    return unfinished;
+}
+
+UnfinishedRecording recoverOne(const QString& path, const UnfinishedHooks& hooks, const Attic& attic)
+{
+    UnfinishedRecording unfinished;
+    unfinished.path = path;
+    if (path.endsWith(journalEnding)) {
+        unfinished.problem = QStringLiteral("the recording that this journal belongs to is not there");
+        return unfinished;
+    }
+    if (!attic.prepare()) {
+        unfinished.problem = QStringLiteral("the folder %1 for its original cannot be written").arg(attic.path());
+        return unfinished;
+    }
+    const std::string recording = native(path);
+    const std::string output = Inspection::recoveredName(recording);
+    const Recovery recovery = Inspection::recover(recording, {output, 0, {}, hooks.interrupted});
+    if (recovery.outcome != RecoveryOutcome::Whole && recovery.outcome != RecoveryOutcome::SomethingLost) {
+        unfinished.problem = QString::fromStdString(recovery.problem);
+        if (recovery.outcome == RecoveryOutcome::NotWritten) {
+            unfinished.problem.prepend(QStringLiteral("%1 could not be written: ").arg(fromNative(output)));
+        }
+        return unfinished;
+    }
+    takeReport(unfinished, recovery, fromNative(output));
+    const QString journal = fromNative(Inspection::journalOf(recording));
+    if (unfinished.whole && path.endsWith(QStringLiteral(".rec")) && haveSameBytes(path, unfinished.recovered)) {
+        return putJournalAway(unfinished, journal, attic);
+    }
+    unfinished.movedTo = attic.put(path, journal);
+    unfinished.problem = unfinished.movedTo.isEmpty() ? notMoved(attic) : QString();
+    return unfinished;
+}
+
+QString withoutStop(QString sentence)
+{
+    return sentence.endsWith(QLatin1Char('.')) ? sentence.chopped(1) : sentence;
+}
+
+}  // namespace
+
+QString UnfinishedRecording::sentence() const
+{
+    if (recovered.isEmpty()) {
+        return QStringLiteral("%1 of an earlier run was not recovered: %2; it was left where it is")
+            .arg(path, withoutStop(problem));
+    }
+    const QString kept = QStringLiteral("%1 (%2 records)").arg(recovered).arg(records);
+    if (path.endsWith(journalEnding)) {
+        return QStringLiteral("%1 of an earlier run is whole; its journal %2")
+            .arg(kept, movedTo.isEmpty() ? QStringLiteral("could not be moved away")
+                                         : QStringLiteral("was moved to ") + movedTo);
+    }
+    return QStringLiteral("recovered %1 from %2 of an earlier run: %3; %4")
+        .arg(kept, QFileInfo(path).fileName(),
+             whole ? QStringLiteral("nothing was lost") : QStringLiteral("lost: ") + lost.join(QStringLiteral(", ")),
+             movedTo.isEmpty() ? problem : QStringLiteral("the original is now ") + movedTo);
+}
+
+std::vector<UnfinishedRecording> recoverUnfinished(const QString& directory, const UnfinishedHooks& hooks)
+{
+    std::vector<UnfinishedRecording> done;
+    const Attic attic(directory);
+    for (const QString& path : candidates(directory)) {
+        if (hooks.interrupted && hooks.interrupted()) {
+            break;
+        }
+        UnfinishedRecording unfinished;
+        try {
+            unfinished = recoverOne(path, hooks, attic);
+        } catch (const std::exception& error) {
+            unfinished.path = path;
+            unfinished.problem = QString::fromUtf8(error.what());
+        }
+        if (unfinished.recovered.isEmpty() && !QFileInfo::exists(path)) {
+            continue;  // another program was faster
+        }
+        if (hooks.report) {
+            hooks.report(unfinished);
+        }
+        done.push_back(unfinished);
+    }
+    attic.tidy();
+    return done;
+}
+
+}  // namespace recstation

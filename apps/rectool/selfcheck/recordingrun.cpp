@@ -1,0 +1,155 @@
+#include "recordingrun.h"
+
+#include <cstdio>
+#include <vector>
+
+#include <QDir>
+#include <QString>
+
+#include <recording2/loadinterface.h>
+#include <startup/cfgcenter.h>
+#include <values/maps.h>
+#include <values/selection.h>
+#include <values/tree.h>
+#include <values/value.h>
+#include <vkbase/quonos.h>
+
+#include "../system/filesizelimit.h"
+#include "ledger.h"
+
+namespace RecTool::SelfCheck {
+
+namespace {
+
+using LevelMap = values::FastValueMap<float, values::levelHandler>;
+using Number = values::ValueNumeric<double>;
+
+class SetClock final : public IQuonOS {
+public:
+    SetClock() { QuonOS::Replace(this); }
+    SetClock(const SetClock&) = delete;
+    SetClock& operator=(const SetClock&) = delete;
+    ~SetClock() override { QuonOS::Replace(nullptr); }
+    [[nodiscard]] unsigned long long CurrentTime() const override { return now; }
+
+    unsigned long long now = 1'767'225'600'000'000ULL;  // 2026-01-01
+};
+
+struct DestroyRecorder {
+    void operator()(IDllInstance* instance) const { VKDestroy(instance); }
+};
+
+QString inQuotes(QString text)
+{
+    return QLatin1Char('"') +
+           text.replace(QLatin1Char('\\'), QStringLiteral("\\\\")).replace(QLatin1Char('"'), QStringLiteral("\\\"")) +
+           QLatin1Char('"');
+}
+
+}  // namespace
+
+class RecordingRun::Station {
+public:
+    explicit Station(const QString& folder)
+        : m_level(add<Number>(QStringLiteral("/LEVEL"))), m_spectrum(add<LevelMap>(QStringLiteral("/Spectrum")))
+    {
+        CfgCenter::LoadText(QStringLiteral("[Rx]\nValuePath = \"/Rx\"\nStatusValuePath = \"/Rx\"\n"
+                                           "RecordingPath = %1\n[Rx.Values]\nLEVEL = \"/LEVEL\"\n"
+                                           "RFSPECTRUM = \"/Spectrum\"\n")
+                                .arg(inQuotes(QDir(folder).absolutePath())),
+                            QStringLiteral("the self-check's configuration"));
+        constexpr double firstHz = 88e6;
+        constexpr double widthHz = 5e3;
+        m_spectrum.SetChannelRange(values::ChannelRange::Even(firstHz, widthHz, m_cells.size()));
+        m_recorder.reset(VKCreate(L"Rx"));
+        status().Select(QStringLiteral("On"));
+    }
+    Station(const Station&) = delete;
+    Station& operator=(const Station&) = delete;
+    ~Station()
+    {
+        status().Select(QStringLiteral("Off"));
+        m_recorder.reset();
+        CfgCenter::Clear();
+    }
+
+    // Short records and long ones, as a receiver makes them.
+    void step(std::uint64_t number)
+    {
+        constexpr unsigned long long stepMicroseconds = 1'000;
+        constexpr std::uint64_t levelsPerSpectrum = 8;
+        m_clock.now += stepMicroseconds;
+        if (number % levelsPerSpectrum == 0) {
+            for (std::size_t channel = 0; channel < m_cells.size(); ++channel) {
+                m_cells[channel] = -100 + static_cast<float>((channel * 31 + number * 17) % 701) / 10;
+            }
+            m_spectrum.SetCells(0, m_cells, m_clock.now);
+        } else {
+            m_level.SetValue(static_cast<double>(number));
+        }
+    }
+    [[nodiscard]] bool isRecording() const { return status().GetCurrentKey() == 1; }
+
+private:
+    template <typename T>
+    T& add(const QString& path)
+    {
+        auto value = std::make_unique<T>();
+        T& added = *value;
+        const int leaf = path.lastIndexOf(QLatin1Char('/')) + 1;
+        value->SetName(path.mid(leaf));
+        m_tree.Insert(path.left(leaf), value.get());
+        static_cast<void>(value.release());  // the tree's now
+        return added;
+    }
+    [[nodiscard]] values::ValueSelection& status() const
+    {
+        return dynamic_cast<values::ValueSelection&>(*m_tree.Find(QStringLiteral("/Rx/REC_STATUS")));
+    }
+
+    SetClock m_clock;
+    values::Tree m_tree;
+    Number& m_level;
+    LevelMap& m_spectrum;
+    std::vector<float> m_cells = std::vector<float>(256);
+    std::unique_ptr<IDllInstance, DestroyRecorder> m_recorder;
+};
+
+RecordingRun::RecordingRun(const std::string& folder)
+    : m_station(std::make_unique<Station>(QString::fromStdString(folder)))
+{
+}
+
+RecordingRun::~RecordingRun() = default;
+
+void RecordingRun::step(std::uint64_t number)
+{
+    m_station->step(number);
+}
+
+bool RecordingRun::isRecording() const
+{
+    return m_station->isRecording();
+}
+
+bool recordForSelfCheck(const std::string& folder, std::uint64_t limitBytes)
+{
+    Ledger ledger(QDir(QString::fromStdString(folder)).filePath(QString::fromLatin1(LedgerName)));
+    if (!ledger.isOpen() || (limitBytes > 0 && !limitFileSize(limitBytes))) {
+        return false;
+    }
+    RecordingRun run(folder);
+    for (std::uint64_t number = 1; number <= Steps; ++number) {
+        run.step(number);
+        if (!run.isRecording()) {
+            ledger.setStopped();
+            return true;
+        }
+        ledger.setAccepted(number);
+    }
+    while (limitBytes == 0 && std::getchar() != EOF) {
+    }
+    return true;
+}
+
+}  // namespace RecTool::SelfCheck

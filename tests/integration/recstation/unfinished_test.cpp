@@ -1,0 +1,284 @@
+// Recordings that an earlier run left behind, and recordings that end before their time: the real program.
+#include <csignal>
+#include <string>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <recording2/inspection/inspection.h>
+
+#include "programtest.h"
+
+namespace recstation {
+namespace {
+
+namespace Inspection = Recording2::Inspection;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+
+class UnfinishedTest : public ProgramTest {
+protected:
+    /// Leaves a recording with changes unfinished, as a crash does.
+    void crash(const QStringList& arguments = {})
+    {
+        QProcess process;
+        begin(process, arguments);
+        process.kill();
+        ASSERT_TRUE(process.waitForFinished(patienceMs));
+        ASSERT_THAT(files("*.tmp"), SizeIs(1));
+    }
+    /// A recording that goes on, with all its changes accepted.
+    void begin(QProcess& process, const QStringList& arguments = {})
+    {
+        start(process, arguments + QStringList{QStringLiteral("feed"), QStringLiteral("--start"),
+                                               QStringLiteral("2026-01-02T03:04:05Z")});
+        process.write(R"({"at": 0, "path": "/LEVEL", "create": "number", "value": -30}
+{"at": 0, "record": "On"}
+{"at": 1500, "path": "/LEVEL", "set": -31.5}
+{"at": 2500, "path": "/LEVEL", "set": -40.25}
+mark
+)");
+        waitForMessage(process, "feed: line 5");
+    }
+    Result nextRun(const QStringList& arguments = {})
+    {
+        return runFeed("{\"at\": 0, \"record\": \"On\"}\n", arguments);
+    }
+    [[nodiscard]] QByteArray bytes(const QString& name) const
+    {
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
+        return file.readAll();
+    }
+    void write(const QString& name, const QByteArray& content) const
+    {
+        QFile file(path(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(file.write(content), content.size());
+    }
+    [[nodiscard]] QStringList putAway() const { return QDir(path(QStringLiteral("recovered"))).entryList(QDir::Files); }
+    static Inspection::Summary look(const nlohmann::json& recording)
+    {
+        return Inspection::inspect(recording.get<std::string>());
+    }
+};
+
+TEST_F(UnfinishedTest, TheNextRunRecoversWhatAKilledOneLeft)
+{
+    crash();
+    const QString left = files("*.tmp").value(0);
+    const QByteArray before = bytes(left);
+    const Result result = nextRun();
+    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    ASSERT_THAT(result.summary().at("recovered"), SizeIs(1));
+    const nlohmann::json recovered = result.summary().at("recovered")[0];
+    EXPECT_EQ(recovered.at("whole"), true);
+    EXPECT_EQ(recovered.at("byJournal"), true);
+    EXPECT_EQ(recovered.at("records"), 3);
+    const Inspection::Summary summary = look(recovered.at("recovered"));
+    ASSERT_THAT(summary.times, SizeIs(3));
+    EXPECT_EQ(summary.times[1].timeMs, 1'500U);
+    EXPECT_EQ(summary.times[2].timeMs, 2'500U);
+    EXPECT_THAT(summary.findings, IsEmpty());
+    EXPECT_THAT(result.messages, AllOf(HasSubstr("recovered "), HasSubstr("nothing was lost")));
+    EXPECT_THAT(files("*.rec"), SizeIs(2));  // and the run's own
+    EXPECT_THAT(files("*.tmp*"), IsEmpty());
+    EXPECT_EQ(putAway(), QStringList({left, left + QStringLiteral(".journal")}));
+    EXPECT_EQ(bytes(QStringLiteral("recovered/") + left), before);
+}
+
+TEST_F(UnfinishedTest, ARecordingIsRecoveredOnce)
+{
+    crash();
+    nextRun();
+    const Result again = nextRun();
+    EXPECT_FALSE(again.summary().contains("recovered"));
+    EXPECT_THAT(again.messages, Not(HasSubstr("recovered")));
+}
+
+TEST_F(UnfinishedTest, OriginalsOfTheSameNameDoNotReplaceEachOther)
+{
+    for (int round = 0; round < 2; ++round) {
+        crash();
+        QDir directory(path(QString()));
+        nextRun();
+        for (const QString& name : files("*.rec")) {  // so that the next recording gets the same name
+            ASSERT_TRUE(directory.remove(name));
+        }
+    }
+    EXPECT_THAT(putAway(), SizeIs(4));
+}
+
+TEST_F(UnfinishedTest, NoRecoverLeavesThem)
+{
+    crash();
+    const QStringList before = files("*.tmp*");
+    const Result result = nextRun({QStringLiteral("--no-recover")});
+    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    EXPECT_EQ(files("*.tmp*"), before);
+    EXPECT_FALSE(result.summary().contains("recovered"));
+    EXPECT_FALSE(QFileInfo::exists(path(QStringLiteral("recovered"))));
+}
+
+TEST_F(UnfinishedTest, WithoutAJournalWhatReachedTheFileIsRecoveredAndTheTimesAreToldAsLost)
+{
+    QProcess process;
+    start(process, {QStringLiteral("--journal"), QStringLiteral("off"), QStringLiteral("feed"),
+                    QStringLiteral("--start"), QStringLiteral("2026-01-02T03:04:05Z")});
+    QByteArray feed =
+        "{\"at\": 0, \"path\": \"/LEVEL\", \"create\": \"text\", \"value\": \"x\"}\n"
+        "{\"at\": 0, \"record\": \"On\"}\n";
+    for (int i = 0; i < 40; ++i) {
+        feed += "{\"at\": 2000, \"path\": \"/LEVEL\", \"set\": \"" +
+                QByteArray(10'000, static_cast<char>('a' + i % 26)) + "\"}\n";
+    }
+    process.write(feed + "mark\n");
+    waitForMessage(process, "feed: line 43");
+    process.kill();
+    ASSERT_TRUE(process.waitForFinished(patienceMs));
+    EXPECT_THAT(files("*.tmp*"), SizeIs(1));  // no journal
+    const Result result = nextRun();
+    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    ASSERT_THAT(result.summary().at("recovered"), SizeIs(1));
+    const nlohmann::json recovered = result.summary().at("recovered")[0];
+    ASSERT_TRUE(recovered.contains("recovered")) << result.messages;
+    EXPECT_EQ(recovered.at("whole"), false);
+    EXPECT_EQ(recovered.at("byJournal"), false);
+    EXPECT_GT(recovered.at("records"), 20);
+    EXPECT_LT(recovered.at("records"), 41);
+    EXPECT_THAT(result.messages, AllOf(HasSubstr("lost: "), HasSubstr("the exact time of ")));
+}
+
+TEST_F(UnfinishedTest, ARecordingThatAnotherRunIsWritingStaysAndIsTold)
+{
+    QProcess other;
+    begin(other);
+    const QStringList live = files("*.tmp*");
+    const Result result = nextRun();
+    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    EXPECT_THAT(result.messages, HasSubstr("A running program is writing this recording"));
+    EXPECT_EQ(files("*.tmp*"), live);
+    EXPECT_THAT(files("*.rec"), SizeIs(1));
+    EXPECT_EQ(finish(other).exitCode, 3);  // for the line that marked the moment
+    EXPECT_THAT(files("*.tmp*"), IsEmpty());
+    EXPECT_THAT(files("*.rec"), SizeIs(2));
+}
+
+TEST_F(UnfinishedTest, FilesOfOtherProgramsAreLeftAlone)
+{
+    write(QStringLiteral("letter.tmp"), "Dear all,\n");
+    write(QStringLiteral("empty.tmp"), "");
+    const Result result = nextRun();
+    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    EXPECT_THAT(files("*.tmp"), SizeIs(2));
+    EXPECT_THAT(result.messages, Not(HasSubstr(".tmp")));
+}
+
+TEST_F(UnfinishedTest, WhatCannotBeSavedStaysIsToldAndDoesNotKeepTheRunFromRecording)
+{
+    write(QStringLiteral("broken.tmp"), QByteArray(100, 'x'));
+    write(QStringLiteral("broken.tmp.journal"), "no journal");
+    write(QStringLiteral("alone.tmp.journal"), "no journal");
+    const Result result = nextRun();
+    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    EXPECT_THAT(result.messages, AllOf(HasSubstr("broken.tmp of an earlier run was not recovered: "),
+                                       HasSubstr("alone.tmp.journal of an earlier run was not recovered: ")));
+    ASSERT_THAT(result.summary().at("recovered"), SizeIs(2));
+    EXPECT_FALSE(result.summary().at("recovered")[0].contains("recovered"));
+    EXPECT_THAT(files("*.tmp*"), SizeIs(3));
+    EXPECT_THAT(files("*.rec"), SizeIs(1));
+    EXPECT_FALSE(QFileInfo::exists(path(QStringLiteral("recovered"))));
+}
+
+TEST_F(UnfinishedTest, ARecordingWhoseClosingFailedIsRecoveredFromItsJournal)
+{
+    crash();
+    const QString stem = files("*.tmp").value(0).chopped(4);
+    QDir directory(path(QString()));
+    ASSERT_TRUE(directory.rename(stem + QStringLiteral(".tmp"), stem + QStringLiteral(".rec")));
+    const Result result = nextRun();
+    ASSERT_THAT(result.summary().at("recovered"), SizeIs(1));
+    const nlohmann::json recovered = result.summary().at("recovered")[0];
+    EXPECT_EQ(recovered.at("whole"), true);
+    EXPECT_EQ(look(recovered.at("recovered")).times.size(), 3U);
+    EXPECT_EQ(putAway(), QStringList({stem + QStringLiteral(".rec"), stem + QStringLiteral(".tmp.journal")}));
+}
+
+TEST_F(UnfinishedTest, OfAClosedRecordingOnlyTheJournalIsPutAway)
+{
+    crash();
+    const QString stem = files("*.tmp").value(0).chopped(4);
+    const QByteArray journal = bytes(stem + QStringLiteral(".tmp.journal"));
+    const std::string made = nextRun().summary().at("recovered")[0].at("recovered");
+    write(stem + QStringLiteral(".tmp.journal"), journal);  // as if only removing it had failed
+    const int recordings = files("*.rec").size();
+    const Result result = nextRun();
+    ASSERT_THAT(result.summary().at("recovered"), SizeIs(1));
+    EXPECT_EQ(result.summary().at("recovered")[0].at("recovered"), made);
+    EXPECT_THAT(result.messages, HasSubstr("is whole; its journal was moved to"));
+    EXPECT_THAT(files("*.tmp*"), IsEmpty());
+    EXPECT_EQ(files("*.rec").size(), recordings + 1);
+}
+
+#if !defined(_WIN32)
+
+// A limit on the size of files stops the writing as a full disk does.
+TEST_F(UnfinishedTest, ARecorderThatCannotWriteIsToldAtOnceAndTheOtherGoesOn)
+{
+    const QByteArray here = "RecordingPath = '" + path(QString()).toUtf8() + "'\n";
+    write(QStringLiteral("station.toml"), "[big]\nValuePath = '/Big'\nStatusValuePath = '/BigS'\n" + here +
+                                              "[big.Values]\nLEVEL = '/Big/Level'\n" +
+                                              "[small]\nValuePath = '/Small'\nStatusValuePath = '/SmallS'\n" + here +
+                                              "[small.Values]\nLEVEL = '/Small/Level'\n");
+    QByteArray feed =
+        "{\"at\": 0, \"path\": \"/Big/Level\", \"create\": \"text\", \"value\": \"x\"}\n"
+        "{\"at\": 0, \"path\": \"/Big/Adm/DRIVERNAME\", \"create\": \"text\", \"value\": \"big\"}\n"
+        "{\"at\": 0, \"path\": \"/Small/Level\", \"create\": \"number\", \"value\": 1}\n"
+        "{\"at\": 0, \"record\": \"On\", \"recorder\": \"big\"}\n"
+        "{\"at\": 1000, \"record\": \"On\", \"recorder\": \"small\"}\n";
+    for (int i = 0; i < 40; ++i) {
+        feed += "{\"at\": 2000, \"path\": \"/Big/Level\", \"set\": \"" +
+                QByteArray(50'000, static_cast<char>('a' + i % 26)) + "\"}\n";
+    }
+    feed += "{\"at\": 3000, \"path\": \"/Small/Level\", \"set\": 2}\n";
+    write(QStringLiteral("changes.jsonl"), feed);
+    QProcess process;
+    const QString script = QStringLiteral(
+        "trap '' XFSZ; ulimit -f 1200; exec \"$0\" --config station.toml --json feed changes.jsonl --start "
+        "2026-01-02T03:04:05Z");
+    start(process, {QStringLiteral("-c"), script, QStringLiteral(RECSTATION)}, QStringLiteral("/bin/bash"));
+    const Result result = finish(process);
+    EXPECT_EQ(result.exitCode, 3) << result.messages;
+    EXPECT_THAT(result.messages,
+                AllOf(HasSubstr("big: recording stopped, "), HasSubstr("cannot be written: File too large")));
+    ASSERT_THAT(result.summary().at("files"), SizeIs(2)) << result.output;
+    EXPECT_THAT(std::string(result.summary().at("files")[0].at("problem")), HasSubstr("File too large"));
+    EXPECT_FALSE(result.summary().at("files")[1].contains("problem")) << result.output;
+    EXPECT_EQ(result.summary().at("files")[1].at("records"), 2);
+    const Result next = nextRun();  // no file could grow, so that closing had failed too
+    ASSERT_THAT(next.summary().at("recovered"), SizeIs(1)) << next.messages;
+    EXPECT_EQ(next.summary().at("recovered")[0].at("whole"), true) << next.messages;
+    EXPECT_GT(next.summary().at("recovered")[0].at("records"), 20);
+}
+
+TEST_F(UnfinishedTest, ARunWhoseRecordersHaveAllStoppedEnds)
+{
+    QProcess process;
+    const QString script = QStringLiteral("trap '' XFSZ; ulimit -f 40; exec \"$0\" sim --duration 1000h");
+    start(process, {QStringLiteral("-c"), script, QStringLiteral(RECSTATION)}, QStringLiteral("/bin/bash"));
+    const Result result = finish(process);
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_THAT(result.messages, HasSubstr("the run ends: no recorder is left"));
+}
+
+#endif
+
+}  // namespace
+}  // namespace recstation
