@@ -68,10 +68,9 @@ TEST_F(ClientWithAnArchive, GivesEveryGroupItsOwnName)
 TEST_F(ClientWithAnArchive, LeavesTheDirectoryUntouchedOnFailure)
 {
     QString directory = QStringLiteral("untouched");
-    EXPECT_TRUE(client
-                    ->CreateFileGroup(QString(), QDateTime(), QString(), QString(), FileType::Recording, 1, QString(),
-                                      directory, QString())
-                    .isEmpty());
+    EXPECT_EQ(client->CreateFileGroup(QString(), QDateTime(), QString(), QString(), FileType::Recording, 1, QString(),
+                                      directory, QString()),
+              QStringLiteral("ERROR"));
     EXPECT_EQ(directory, QStringLiteral("untouched"));
     EXPECT_NE(client->GetError(), ZelvoError::None);
     EXPECT_FALSE(client->GetErrorString().isEmpty());

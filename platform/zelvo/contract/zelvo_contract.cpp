@@ -67,10 +67,9 @@ TEST(ZelvoClient, CreatesNoFileGroup)
 {
     ZelvoClient client;
     QString directory = QStringLiteral("untouched");
-    EXPECT_TRUE(client
-                    .CreateFileGroup(QString(), QDateTime(), QString(), QString(), FileType::Recording, 1, QString(),
-                                     directory, QString())
-                    .isEmpty());
+    EXPECT_EQ(client.CreateFileGroup(QString(), QDateTime(), QString(), QString(), FileType::Recording, 1, QString(),
+                                     directory, QString()),
+              QStringLiteral("ERROR"));
     EXPECT_EQ(directory, QStringLiteral("untouched"));
     ExpectNotAvailable(client);
 }

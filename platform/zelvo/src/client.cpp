@@ -337,7 +337,7 @@ QString ZelvoClient::CreateFileGroup(const QString& version, const QDateTime& ex
                                      const QString& description, FileType type, unsigned long long maxBytes,
                                      const QString& title, QString& directory, const QString& /*reserved*/)
 {
-    return d->attempt(QString(), [&] {
+    return d->attempt(QStringLiteral("ERROR"), [&] {
         const QString path = QDir::cleanPath(QDir::fromNativeSeparators(directory));
         if (!QDir::isAbsolutePath(path) || path.contains(QChar(0))) {
             throw ArchiveError(QStringLiteral("\"%1\" is no absolute path of a directory").arg(directory),

@@ -53,7 +53,7 @@ QString ZelvoClient::CreateFileGroup(const QString& /*version*/, const QDateTime
                                      const QString& /*reserved*/)
 {
     d->error = ZelvoError::NotAvailable;
-    return {};
+    return QStringLiteral("ERROR");
 }
 
 std::uint32_t ZelvoClient::AddFile(const QString& /*name*/, const QString& /*guid*/)

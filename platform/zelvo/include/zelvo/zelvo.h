@@ -75,7 +75,7 @@ public:
     [[nodiscard]] bool IsConnected() const;
     void SetUser(const QString& user);
 
-    /// Creates a file group. @return its GUID, empty on failure
+    /// Creates a file group. @return its GUID, "ERROR" on failure: recorders take it for no group
     /// @param directory where its files are recorded; left as it is by the bundled archive, which takes them from there
     QString CreateFileGroup(const QString& version, const QDateTime& expires, const QString& startText,
                             const QString& description, FileType type, unsigned long long maxBytes,
