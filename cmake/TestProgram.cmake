@@ -12,10 +12,14 @@ function(recording2_test name)
   if(NOT ARG_LABELS)
     set(ARG_LABELS unit)
   endif()
+  set(timeout 120)
+  if(CMAKE_CROSSCOMPILING_EMULATOR)  # which may take long to open a file
+    set(timeout 600)
+  endif()
   gtest_discover_tests(
     ${name}
     DISCOVERY_MODE PRE_TEST
     TEST_PREFIX "${name}."
-    PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 120
+    PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${timeout}
   )
 endfunction()
