@@ -16,8 +16,10 @@ function(recording2_test name)
   if(CMAKE_CROSSCOMPILING_EMULATOR)  # which may take long to open a file
     set(timeout 600)
   endif()
+  # Values in the names of tests would hold addresses, which differ from build to build.
   gtest_discover_tests(
     ${name}
+    NO_PRETTY_VALUES
     DISCOVERY_MODE PRE_TEST
     TEST_PREFIX "${name}."
     PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${timeout}
