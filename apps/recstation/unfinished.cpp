@@ -111,7 +111,7 @@ public:
         for (int number = 2; isTaken(name); ++number) {
             name = QStringLiteral("%1_%2").arg(stem).arg(number);
         }
-        const QString moved = m_folder.absoluteFilePath(name + ending);
+        QString moved = m_folder.absoluteFilePath(name + ending);
         if (!QFile::rename(path, moved)) {
             return {};
         }
@@ -195,7 +195,7 @@ UnfinishedRecording recoverOne(const QString& path, const UnfinishedHooks& hooks
     return unfinished;
 }
 
-QString withoutStop(QString sentence)
+QString withoutStop(const QString& sentence)
 {
     return sentence.endsWith(QLatin1Char('.')) ? sentence.chopped(1) : sentence;
 }

@@ -87,6 +87,9 @@ void printText(const SelfCheckOptions& options, const Result& result)
     }
     std::cout << options.directory << ": "
               << (result.held() ? "every promise was held." : "not every promise was held.") << '\n';
+    if (!result.held() && !options.keep) {
+        std::cout << "With --keep what is left of such runs can be looked at.\n";
+    }
 }
 
 void printJson(const SelfCheckOptions& options, const Result& result)

@@ -216,10 +216,12 @@ void Faults::cutAndRecover(const Left& left, FaultReport& report)
 {
     const QString recording = QDir(left.folder).filePath(QStringLiteral("cut.tmp"));
     const QString journal = journalOf(recording);
-    if (!QFile::copy(left.recording, recording) || !QFile::copy(journalOf(left.recording), journal)) {
+    const bool hasJournal = QFileInfo::exists(journalOf(left.recording));
+    if (!QFile::copy(left.recording, recording) || (hasJournal && !QFile::copy(journalOf(left.recording), journal))) {
         fail(QStringLiteral("%1 cannot be written").arg(recording));
     }
-    const std::uint64_t what = report.runs++ % 3;  // the recording, the journal, both
+    const std::uint64_t what = hasJournal ? report.runs % 3 : 0;  // the recording, the journal, both
+    ++report.runs;
     if (what != 1) {
         cutAt(recording, between(0, static_cast<std::uint64_t>(QFileInfo(recording).size())));
     }

@@ -15,8 +15,10 @@ namespace RecTool::SelfCheck {
 
 /// Of all runs with one kind of fault.
 struct FaultReport {
-    const char* name = "";  ///< for programs
-    const char* text = "";  ///< for people
+    FaultReport(const char* forPrograms, const char* forPeople) : name(forPrograms), text(forPeople) {}
+
+    const char* name;  ///< for programs
+    const char* text;  ///< for people
     std::uint64_t runs = 0;
     std::uint64_t worstLostRecords = 0;  ///< of those that were accepted
     std::uint64_t worstLostMs = 0;       ///< recorded time behind the last record that is left

@@ -1,11 +1,17 @@
 #include "ledger.h"
 
+#include <QByteArray>
+
 namespace RecTool::SelfCheck {
 
 Ledger::Ledger(const QString& path) : m_file(path)
 {
-    constexpr qint64 bytes = 2 * sizeof(std::uint64_t);
-    if (m_file.open(QIODevice::ReadWrite) && (m_file.size() >= bytes || m_file.resize(bytes))) {
+    constexpr int bytes = 2 * sizeof(std::uint64_t);
+    if (!m_file.open(QIODevice::ReadWrite)) {
+        return;
+    }
+    const bool isThere = m_file.size() >= bytes;
+    if (isThere || (m_file.write(QByteArray(bytes, '\0')) == bytes && m_file.flush())) {
         m_numbers = reinterpret_cast<std::uint64_t*>(m_file.map(0, bytes));  // as long as the file object lives
     }
 }
