@@ -111,7 +111,7 @@ std::uint64_t Faults::between(std::uint64_t least, std::uint64_t most)
 
 QString Faults::freshFolder()
 {
-    const QString folder = QDir(m_folder).filePath(QStringLiteral("run%1").arg(++m_runs));
+    QString folder = QDir(m_folder).filePath(QStringLiteral("run%1").arg(++m_runs));
     if (!QDir().mkpath(folder)) {
         fail(QStringLiteral("%1 cannot be made").arg(folder));
     }
