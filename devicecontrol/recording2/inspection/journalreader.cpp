@@ -41,7 +41,8 @@ class JournalReader {
 public:
     explicit JournalReader(FileSource& file) : m_file(file), m_mapped(EntriesOffset, '\0')
     {
-        m_cut = m_file.readAt(0, m_mapped.data(), m_mapped.size()) < m_mapped.size();
+        m_read = m_file.readAt(0, m_mapped.data(), m_mapped.size());
+        m_cut = m_read < m_mapped.size();
     }
 
     std::optional<JournalContent> read()
@@ -71,7 +72,9 @@ private:
         const auto start = sealed(TailStartOffset);
         if (start && *start <= std::uint64_t{Format::LastPosition}) {
             m_content.tailStart = static_cast<std::int64_t>(*start);
-            m_content.tail = m_mapped.substr(TailOffset, TailBytes);
+            // Of a journal that was cut only what is there: zeros behind it would be taken for bytes of a record.
+            m_content.tail =
+                m_mapped.substr(TailOffset, std::min(TailBytes, std::max(m_read, TailOffset) - TailOffset));
         }
     }
 
@@ -160,6 +163,7 @@ private:
     std::uint64_t m_lastTime = 0;
     bool m_none = true;
     bool m_damaged = false;
+    std::size_t m_read = 0;
     bool m_cut = false;
 };
 
