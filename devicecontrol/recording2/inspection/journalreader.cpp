@@ -186,7 +186,7 @@ UnclosedBytes::UnclosedBytes(Format::ByteSource& file, const JournalContent& jou
 {
 }
 
-// What is missing between the end of the file and the tail reads as nothing: no field ends well there.
+// What is missing between the end of the file and the tail is the end of whatever begins in front of it.
 std::size_t UnclosedBytes::readAt(std::int64_t offset, char* out, std::size_t size)
 {
     std::size_t read = 0;
@@ -194,9 +194,8 @@ std::size_t UnclosedBytes::readAt(std::int64_t offset, char* out, std::size_t si
         const std::int64_t room = m_tailStart - offset;
         const std::size_t wanted = room < static_cast<std::int64_t>(size) ? static_cast<std::size_t>(room) : size;
         read = m_file.readAt(offset, out, wanted);
-        if (read < wanted && m_journal.tailStart) {
-            std::fill(out + read, out + wanted, '\0');
-            read = wanted;
+        if (read < wanted) {
+            return read;
         }
     }
     if (read < size && offset + static_cast<std::int64_t>(read) >= m_tailStart) {

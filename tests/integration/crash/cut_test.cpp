@@ -168,6 +168,30 @@ TEST_F(Unfinished, CutOffAtAnyByteGivesNothingThatWasNotRecorded)
     }
 }
 
+TEST_F(Unfinished, KilledBehindHandingOverWithAJournalCutInsideTheTailGivesNothingThatWasNotRecorded)
+{
+    const std::string handedOver = s_file + s_journal.substr(Journal::TailOffset, s_tailUsed);
+    for (std::size_t cut = 0; cut <= s_tailUsed && !HasFailure(); ++cut) {
+        const Recovery recovery = recover(handedOver, s_journal.substr(0, Journal::TailOffset + cut));
+        expectNothingInvented(recovery, "tail cut at " + std::to_string(cut));
+    }
+}
+
+TEST_F(Unfinished, CutOffWithAnEntryDamagedGivesNothingThatWasNotRecorded)
+{
+    const std::uint64_t salt = Journal::getIdentity(s_journal.data())->salt;
+    const std::size_t start =
+        *Journal::unseal(salt, Journal::TailStartOffset, Journal::getInt64(&s_journal[Journal::TailStartOffset]));
+    for (std::size_t entry = 0; entry < s_records.size() && !HasFailure(); ++entry) {
+        std::string journal = s_journal;
+        journal[Journal::LatestOffset + entry * Journal::EntryBytes] ^= 0x40;
+        for (std::size_t missing = 1; missing < 400; missing += 7) {
+            expectNothingInvented(recover(s_file.substr(0, start - missing), journal),
+                                  "entry " + std::to_string(entry) + ", missing " + std::to_string(missing));
+        }
+    }
+}
+
 TEST_F(Unfinished, CutOffAtAnyByteAndWithoutAJournalGivesNothingThatWasNotRecorded)
 {
     for (std::size_t size = 0; size <= s_file.size() && !HasFailure(); ++size) {
