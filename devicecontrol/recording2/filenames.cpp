@@ -7,6 +7,10 @@
 
 #include "system/nativefile.h"
 
+#if defined(_WIN32)
+#include <windows.h>
+#endif
+
 namespace Recording2::FileNames {
 
 namespace {
