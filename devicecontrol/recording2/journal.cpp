@@ -26,7 +26,7 @@ std::int64_t entryPosition(std::uint64_t number)
 std::int64_t reserveFor(std::uint64_t entries)
 {
     constexpr std::int64_t TimeEntry = 20;
-    constexpr std::int64_t RoundingAndNames = 64 * 1024;
+    constexpr std::int64_t RoundingAndNames = std::int64_t{64} * 1024;
     return static_cast<std::int64_t>(TailBytes) + RoundingAndNames +
            static_cast<std::int64_t>(entries) * (TimeEntry + std::int64_t{Format::TimeBytes});
 }
