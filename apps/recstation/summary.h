@@ -16,7 +16,16 @@
 
 namespace recstation {
 
+/// What became of the recordings of a run in the archive. Not inside Summary, or clang could not make one there.
+struct ArchiveSummary {
+    std::size_t moved = 0;         ///< recordings of this run that the storage has
+    std::size_t waiting = 0;       ///< that stay where they were recorded, and are moved later
+    std::size_t unregistered = 0;  ///< that the archive was not told of
+    QString problem;               ///< why some wait, if that is known
+};
+
 struct Summary {
+    using Archive = ArchiveSummary;
     struct File {
         QString recorder;
         FileReport report;
@@ -24,13 +33,6 @@ struct Summary {
     struct SourceResult {
         QString name;
         SourceReport report;
-    };
-
-    struct Archive {
-        std::size_t moved = 0;         ///< recordings of this run that the storage has
-        std::size_t waiting = 0;       ///< that stay where they were recorded, and are moved later
-        std::size_t unregistered = 0;  ///< that the archive was not told of
-        QString problem;               ///< why some wait, if that is known
     };
 
     std::vector<UnfinishedRecording> recovered;  ///< that earlier runs had left; they do not change the exit code

@@ -51,6 +51,7 @@ int main(int argc, char* argv[])
     // File names are UTF-8 whatever the locale says, as the recorder takes them.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 #endif
+    zelvod::useBinaryStreams();
     const QCoreApplication application(argc, argv);
     const zelvod::CommandLine commandLine = zelvod::parseCommandLine(argumentsInUtf8());
     const zelvod::ExitCode code = commandLine.options ? run(*commandLine.options) : commandLine.exitCode;

@@ -45,6 +45,10 @@ void watchForStop()
     sigaction(SIGTERM, &action, nullptr);
 }
 
+void useBinaryStreams()
+{
+}
+
 bool stopRequested() noexcept
 {
     return requested;

@@ -1,7 +1,10 @@
 #include <atomic>
+#include <cstdio>
 #include <limits>
 #include <system_error>
 
+#include <fcntl.h>
+#include <io.h>
 #include <windows.h>
 
 #include "stop.h"
@@ -31,6 +34,12 @@ void watchForStop()
     if (wake == nullptr || SetConsoleCtrlHandler(onConsoleEvent, TRUE) == 0) {
         throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), "cannot prepare for Ctrl-C");
     }
+}
+
+void useBinaryStreams()
+{
+    static_cast<void>(_setmode(_fileno(stdout), _O_BINARY));
+    static_cast<void>(_setmode(_fileno(stderr), _O_BINARY));
 }
 
 bool stopRequested() noexcept

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <exception>
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QSqlError>
@@ -11,6 +12,7 @@
 
 #include <zelvo/archive.h>
 
+#include "files.h"
 #include "schema.h"
 
 namespace Zelvo {
@@ -70,6 +72,9 @@ void Database::open()
         return;
     }
     const QString driver = m_postgres ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE");
+    if (!QSqlDatabase::isDriverAvailable(driver) && !ownPluginFolder().isEmpty()) {
+        QCoreApplication::addLibraryPath(ownPluginFolder());
+    }
     if (!QSqlDatabase::isDriverAvailable(driver)) {
         throw ArchiveError(QStringLiteral("Qt's driver %1 is not installed (Debian: libqt5sql5-%2)")
                                .arg(driver, m_postgres ? QStringLiteral("psql") : QStringLiteral("sqlite")),

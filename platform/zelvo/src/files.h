@@ -85,6 +85,9 @@ public:
     virtual void write(const QString& path, const QByteArray& bytes, unsigned mode);
 };
 
+/// The folder beside the program in which its own plug-ins may lie; empty where Qt finds them by itself.
+[[nodiscard]] QString ownPluginFolder();
+
 /// A lock that the system releases when the process ends, on a file made for the purpose.
 class FileLock {
 public:

@@ -395,6 +395,11 @@ bool FileLock::isHeld(const QString& path)
     return ::flock(file.number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
 }
 
+QString ownPluginFolder()
+{
+    return {};
+}
+
 FileLock::FileLock(std::unique_ptr<Private> own) : d(std::move(own))
 {
 }

@@ -338,6 +338,16 @@ bool FileLock::isHeld(const QString& path)
     return !lockAt(file, LOCKFILE_EXCLUSIVE_LOCK);
 }
 
+// Qt looks there only in processes with an application object, which rectool and hosts of the library may not have.
+QString ownPluginFolder()
+{
+    constexpr DWORD Most = 32'768;
+    std::wstring path(Most, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), Most));
+    const QString program = QDir::fromNativeSeparators(QString::fromStdWString(path));
+    return program.left(program.lastIndexOf(QLatin1Char('/')));
+}
+
 FileLock::FileLock(std::unique_ptr<Private> own) : d(std::move(own))
 {
 }
