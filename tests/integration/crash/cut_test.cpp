@@ -142,7 +142,7 @@ std::vector<std::size_t> tellingOffsets(std::size_t size, std::size_t tailUsed, 
     constexpr std::size_t Margin = 40;
     constexpr std::size_t Page = 4096;
     std::vector<std::size_t> offsets;
-    for (std::size_t offset = 0; offset < size; ++offset) {
+    for (std::size_t offset = 0; offset < size; offset += Thinned) {
         const bool inTail = offset < Journal::TailOffset + tailUsed + Margin;
         const bool inEntries = offset + Margin >= Journal::LatestOffset &&
                                offset < Journal::LatestOffset + records * Journal::EntryBytes + Margin;
@@ -163,7 +163,7 @@ TEST_F(Unfinished, IsByteForByteWhatClosingWouldHaveWritten)
 
 TEST_F(Unfinished, CutOffAtAnyByteGivesNothingThatWasNotRecorded)
 {
-    for (std::size_t size = 0; size <= s_file.size() && !HasFailure(); ++size) {
+    for (std::size_t size = 0; size <= s_file.size() && !HasFailure(); size += Thinned) {
         expectNothingInvented(recover(s_file.substr(0, size), s_journal), "cut at " + std::to_string(size));
     }
 }
@@ -171,7 +171,7 @@ TEST_F(Unfinished, CutOffAtAnyByteGivesNothingThatWasNotRecorded)
 TEST_F(Unfinished, KilledBehindHandingOverWithAJournalCutInsideTheTailGivesNothingThatWasNotRecorded)
 {
     const std::string handedOver = s_file + s_journal.substr(Journal::TailOffset, s_tailUsed);
-    for (std::size_t cut = 0; cut <= s_tailUsed && !HasFailure(); ++cut) {
+    for (std::size_t cut = 0; cut <= s_tailUsed && !HasFailure(); cut += Thinned) {
         const Recovery recovery = recover(handedOver, s_journal.substr(0, Journal::TailOffset + cut));
         expectNothingInvented(recovery, "tail cut at " + std::to_string(cut));
     }
@@ -182,7 +182,7 @@ TEST_F(Unfinished, CutOffWithAnEntryDamagedGivesNothingThatWasNotRecorded)
     const std::uint64_t salt = Journal::getIdentity(s_journal.data())->salt;
     const std::size_t start =
         *Journal::unseal(salt, Journal::TailStartOffset, Journal::getInt64(&s_journal[Journal::TailStartOffset]));
-    for (std::size_t entry = 0; entry < s_records.size() && !HasFailure(); ++entry) {
+    for (std::size_t entry = 0; entry < s_records.size() && !HasFailure(); entry += Thinned) {
         std::string journal = s_journal;
         journal[Journal::LatestOffset + entry * Journal::EntryBytes] ^= 0x40;
         for (std::size_t missing = 1; missing < 400; missing += 7) {
@@ -194,7 +194,7 @@ TEST_F(Unfinished, CutOffWithAnEntryDamagedGivesNothingThatWasNotRecorded)
 
 TEST_F(Unfinished, CutOffAtAnyByteAndWithoutAJournalGivesNothingThatWasNotRecorded)
 {
-    for (std::size_t size = 0; size <= s_file.size() && !HasFailure(); ++size) {
+    for (std::size_t size = 0; size <= s_file.size() && !HasFailure(); size += Thinned) {
         expectNothingInvented(recover(s_file.substr(0, size), ""), "cut at " + std::to_string(size));
     }
 }

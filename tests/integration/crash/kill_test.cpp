@@ -154,7 +154,7 @@ private:
     std::map<std::uint64_t, std::string> m_closed;
 };
 
-constexpr int RunsOfATest = 25;
+constexpr int RunsOfATest = Thinned == 1 ? 25 : 6;
 
 /// Several runs in one test, and several tests: they run beside each other.
 class KilledAtARandomMoment : public testing::TestWithParam<std::uint32_t> {};

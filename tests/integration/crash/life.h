@@ -46,6 +46,14 @@ private:
 /// The closed recording of a life with so many changes.
 [[nodiscard]] std::string closedAfter(std::uint64_t changes, std::size_t channels = Life::ManyChannels);
 
+/// What is tried at every place is tried at every so-manieth where sanitizers make it slow: they look at the code, and
+/// the build without them at the promises.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr std::size_t Thinned = 7;
+#else
+constexpr std::size_t Thinned = 1;
+#endif
+
 /// Says how much was tried, for the page of figures.
 void count(std::uint64_t number, const std::string& what);
 
