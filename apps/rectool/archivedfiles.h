@@ -1,6 +1,7 @@
 // Recordings that are named by an archive address: every verb that takes a file takes them from here.
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <string>
@@ -51,12 +52,16 @@ ExitCode runOnLocalFiles(Options options, ExitCode (*verb)(const Options&))
     };  // something is made of all files together
     ArchivedFiles files(Changes);
     if constexpr (requires { options.files; }) {
-        bool all = true;
+        std::size_t taken = 0;
         for (std::string& file : options.files) {
-            all = files.take(file) && all;  // an address that is left is a file that the verb cannot read
+            taken += files.take(file) ? 1U : 0U;  // an address that is left is a file that the verb cannot read
         }
-        if (NeedsAll && !all) {
-            return ExitCode::CannotRead;
+        bool listsAll = false;  // also what could not be read
+        if constexpr (requires { options.json; }) {
+            listsAll = options.json;
+        }
+        if ((NeedsAll && taken < options.files.size()) || (taken == 0 && !listsAll)) {
+            return ExitCode::CannotRead;  // it was told why
         }
     } else if (!files.take(options.file)) {
         return ExitCode::CannotRead;

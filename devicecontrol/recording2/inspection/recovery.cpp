@@ -73,11 +73,6 @@ public:
         m_file->append(record.data);
     }
     [[nodiscard]] std::size_t records() const { return m_starts.size(); }
-    [[nodiscard]] std::optional<std::uint64_t> lastTime() const
-    {
-        return m_times.empty() ? std::nullopt : m_times.back();
-    }
-
     /// What closing writes. @return the times that the records got
     RepairedTimes end(Found& found, std::uint64_t periodMs)
     {

@@ -1,6 +1,8 @@
 // The verbs of rectool with the archive: asking it, and naming its files.
 #include <QDir>
+
 #include <QFile>
+#include <algorithm>
 
 #include "programs.h"
 
@@ -129,6 +131,9 @@ TEST_F(RectoolArchive, AnAddressThatCannotBeHadIsToldAndOtherFilesAreStillShown)
     EXPECT_EQ(both.json().at("files")[0].at("readability"), "missing");
     EXPECT_EQ(both.json().at("files")[1].at("sound"), true);
     EXPECT_EQ(rectool({q("types"), q(unknown)}).exitCode, 2);
+    const Result alone = rectool({q("info"), q(unknown)});
+    EXPECT_EQ(alone.exitCode, 2);
+    EXPECT_EQ(std::count(alone.err.begin(), alone.err.end(), '\n'), 1) << alone.err;
     const Result merged = rectool({q("merge"), q(address), q(unknown), q("-o"), path(q("merged.rec"))});
     EXPECT_EQ(merged.exitCode, 2);
     EXPECT_FALSE(QFile::exists(path(q("merged.rec")))) << "nothing is made of a part of what was asked for";
