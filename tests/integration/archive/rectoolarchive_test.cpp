@@ -1,8 +1,8 @@
 // The verbs of rectool with the archive: asking it, and naming its files.
-#include <QDir>
-
-#include <QFile>
 #include <algorithm>
+
+#include <QDir>
+#include <QFile>
 
 #include "programs.h"
 
