@@ -9,7 +9,7 @@
 #include <QSysInfo>
 #include <QUrl>
 
-#include <toml++/toml.h>
+#include <tomltext/tomltext.h>
 
 namespace Zelvo {
 
@@ -156,7 +156,7 @@ ArchiveConfiguration checkedConfiguration(const ArchiveConfiguration& configurat
 ArchiveConfiguration ParseArchiveConfiguration(const QString& text, const QString& fileName)
 {
     try {
-        const toml::table document = toml::parse(text.toStdString());
+        const toml::table document = TomlText::parse(text.toStdString());
         const toml::table* table = document["archive"].as_table();
         if (table == nullptr) {
             throw ArchiveError(QStringLiteral("%1 has no table [archive]").arg(fileName));
@@ -181,12 +181,9 @@ ArchiveConfiguration ParseArchiveConfiguration(const QString& text, const QStrin
             MillisecondsPerSecond *
             section.number("LongestPauseSeconds", result.longestPauseMs / MillisecondsPerSecond, MostSeconds);
         return checkedConfiguration(result);
-    } catch (const toml::parse_error& error) {
+    } catch (const TomlText::Error& error) {
         throw ArchiveError(
-            QStringLiteral("%1:%2: %3")
-                .arg(fileName)
-                .arg(error.source().begin.line)
-                .arg(QString::fromUtf8(error.description().data(), static_cast<int>(error.description().size()))));
+            QStringLiteral("%1:%2: %3").arg(fileName, QString::number(error.line()), QString::fromUtf8(error.what())));
     }
 }
 
@@ -210,13 +207,14 @@ bool ArchiveIsBuiltIn()
     return true;
 }
 
-void SetProcessArchive(std::optional<ArchiveConfiguration> configuration)
+void SetProcessArchive(const std::optional<ArchiveConfiguration>& configuration)
 {
+    std::optional<ArchiveConfiguration> checked;
     if (configuration) {
-        configuration = checkedConfiguration(*configuration);
+        checked = checkedConfiguration(*configuration);
     }
     const std::lock_guard guard(processMutex());
-    processConfiguration() = std::move(configuration);
+    processConfiguration() = std::move(checked);
 }
 
 std::optional<ArchiveConfiguration> ProcessArchive()

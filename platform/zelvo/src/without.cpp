@@ -114,7 +114,7 @@ bool ArchiveIsBuiltIn()
     return false;
 }
 
-void SetProcessArchive(std::optional<ArchiveConfiguration> /*configuration*/)
+void SetProcessArchive(const std::optional<ArchiveConfiguration>& /*configuration*/)
 {
     refuse();
 }

@@ -70,6 +70,13 @@ TEST(ArchiveConfiguration, TellsWhereItIsWrong)
                     .contains(QStringLiteral("postgresql://USER@HOST:PORT/DATABASE")));
 }
 
+TEST(ArchiveConfiguration, RefusesWhatTheParserDoesNotExpectToo)
+{
+    EXPECT_TRUE(refusalOf(Least + QStringLiteral("[,a]\n")).startsWith(QStringLiteral("archive.toml:4: ")));
+    EXPECT_TRUE(refusalOf(Least + QString(QChar(0xFC)) + QStringLiteral(" = 1\n"))
+                    .startsWith(QStringLiteral("archive.toml:4: ")));
+}
+
 TEST(ArchiveConfiguration, RefusesAPasswordAndDoesNotRepeatIt)
 {
     for (const QString& registry : {QStringLiteral("postgresql://rec:s3cr3t@db/archive"),

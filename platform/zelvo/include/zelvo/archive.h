@@ -62,7 +62,7 @@ struct ArchiveConfiguration {
 
 /// What clients constructed from now on without a configuration use, in the whole process; nothing: what the
 /// environment says. May be called from any thread.
-ZELVO_EXPORT void SetProcessArchive(std::optional<ArchiveConfiguration> configuration);
+ZELVO_EXPORT void SetProcessArchive(const std::optional<ArchiveConfiguration>& configuration);
 /// What they would use. Never throws: a file of the environment that cannot be read counts as none.
 [[nodiscard]] ZELVO_EXPORT std::optional<ArchiveConfiguration> ProcessArchive();
 
