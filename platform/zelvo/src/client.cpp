@@ -255,6 +255,7 @@ QString ZelvoClient::Private::fetchForReading(const FileRow& file)
 QString ZelvoClient::Private::fetchForWriting(OpenFile& opened)
 {
     const FileRow& file = opened.file;
+    QString path = station->editedPath(file);
     const std::int64_t now = currentMs();
     const auto writerIsGone = [this, now](const FileRow& other) {
         return other.writerStation == station->name() ? !station->ownerLives(other.writer) : other.writerUntilMs < now;
@@ -263,7 +264,6 @@ QString ZelvoClient::Private::fetchForWriting(OpenFile& opened)
                                             writerIsGone)) {
         throw ArchiveError(QStringLiteral("%1 is open for writing elsewhere").arg(file.address()), ZelvoError::Locked);
     }
-    QString path = station->editedPath(file);
     try {
         // What a writer that died left of this version is of no use.
         removeWithFolder(path);

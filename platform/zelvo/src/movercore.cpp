@@ -187,12 +187,9 @@ bool MoverCore::isFinished(Group& group)
         if (file.state != FileState::Waiting || file.localPath.isEmpty()) {
             continue;
         }
-        const QString unfinished = file.unfinished.isEmpty() ? unfinishedName(file.name) : file.unfinished;
-        const QString path = QFileInfo(file.localPath).path() + QLatin1Char('/') + unfinished;
-        if (m_files.kind(path) != FileKind::Missing) {
-            const bool alive = m_station->ownerLives(row.owner);
-            note(file, alive ? QStringLiteral("is still recorded as %1").arg(path)
-                             : QStringLiteral("waits until %1, whose recorder ended, is recovered").arg(path));
+        const QString why = whyUnfinished(file, row.owner);
+        if (!why.isEmpty()) {
+            note(file, why);
             return false;
         }
         // Its last name says nothing about whether it is finished.
@@ -201,6 +198,25 @@ bool MoverCore::isFinished(Group& group)
         }
     }
     return true;
+}
+
+// Empty for a finished one.
+QString MoverCore::whyUnfinished(const FileRow& file, const QString& owner) const
+{
+    const QString name = file.unfinished.isEmpty() ? unfinishedName(file.name) : file.unfinished;
+    const QString path = QFileInfo(file.localPath).path() + QLatin1Char('/') + name;
+    if (m_files.kind(path) != FileKind::Missing) {
+        return m_station->ownerLives(owner)
+                   ? QStringLiteral("is still recorded as %1").arg(path)
+                   : QStringLiteral("waits until %1, whose recorder ended, is recovered").arg(path);
+    }
+    // A recorder removes its journal when the file is whole, before it asks for the move.
+    const QString journal = path + QStringLiteral(".journal");
+    if (m_files.kind(journal) != FileKind::Missing) {
+        return QStringLiteral("waits until it is recovered: closing it had failed, and %1 can make it whole")
+            .arg(journal);
+    }
+    return {};
 }
 
 // @return false when the storage went away
@@ -393,9 +409,14 @@ MoverCore::Outcome MoverCore::fail(const FileRow& file, const QString& sentence)
     const std::int64_t next = m_clock() + pause(file.attempts);
     m_station->registry().recordFailure(file, sentence, next);
     due(next);
-    ++m_report.failed;
-    m_report.messages += file.address() + QStringLiteral(": ") + sentence;
+    tell(file, sentence);
     return Outcome::Failed;
+}
+
+void MoverCore::tell(const FileRow& file, const QString& failure)
+{
+    ++m_report.failed;
+    m_report.messages += file.address() + QStringLiteral(": ") + failure;
 }
 
 // What a file waits for; written only when it is news.
@@ -437,22 +458,32 @@ void MoverCore::tendWriters()
 void MoverCore::removeExpired()
 {
     for (const FileRow& file : m_station->registry().expired(m_station->name(), m_clock())) {
-        const std::unique_ptr<FileLock> lock = m_station->lock(file.where(), FileLock::Mode::Exclusive);
         try {
-            // The registry first: it must never promise a file that is gone.
-            const bool begun = file.state == FileState::Removed;
-            if (lock != nullptr && (begun || m_station->registry().recordRemoved(file, m_clock()))) {
-                const QString path = m_storage.path(file.storedPath);
-                m_files.remove(path);
-                QDir().rmdir(QFileInfo(path).path());
-                m_station->registry().recordGone(file);
-                ++m_report.removed;
-            }
+            removeOne(file);
         } catch (const FileError& error) {
-            ++m_report.failed;
-            m_report.messages += file.address() + QStringLiteral(": ") + error.text();
+            tell(file, error.text());
+        } catch (const ArchiveError& error) {
+            if (error.code() == ZelvoError::Unreachable) {
+                throw;
+            }
+            tell(file, error.text());
         }
     }
+}
+
+// The registry first: it must never promise a file that is gone.
+void MoverCore::removeOne(const FileRow& file)
+{
+    const std::unique_ptr<FileLock> lock = m_station->lock(file.where(), FileLock::Mode::Exclusive);
+    const bool begun = file.state == FileState::Removed;
+    if (lock == nullptr || !(begun || m_station->registry().recordRemoved(file, m_clock()))) {
+        return;
+    }
+    const QString path = m_storage.path(file.storedPath);
+    m_files.remove(path);
+    QDir().rmdir(QFileInfo(path).path());
+    m_station->registry().recordGone(file);
+    ++m_report.removed;
 }
 
 }  // namespace Zelvo

@@ -31,6 +31,7 @@ private:
     [[nodiscard]] bool storageIsThere();
     bool moveGroup(Group& group, const StopWish& stop);
     [[nodiscard]] bool isFinished(Group& group);
+    [[nodiscard]] QString whyUnfinished(const FileRow& file, const QString& owner) const;
     [[nodiscard]] bool moveOne(FileRow& file, std::int64_t createdMs, const StopWish& stop);
     Outcome attempt(FileRow& file, std::int64_t createdMs, const StopWish& stop);
     Outcome store(FileRow& file, std::int64_t createdMs, const StopWish& stop);
@@ -41,12 +42,14 @@ private:
     Outcome finish(const FileRow& file, const QString& original, const FileIdentity* known, const StopWish& stop);
     [[nodiscard]] bool isTheStoredOne(const FileRow& file, const QString& original, const StopWish& stop);
     Outcome fail(const FileRow& file, const QString& sentence);
+    void tell(const FileRow& file, const QString& failure);
     void note(FileRow& file, const QString& text);
     void storageFailed(const QString& sentence);
     [[nodiscard]] std::int64_t pause(std::int64_t attempts) const;
     void due(std::int64_t timeMs);
     void tendWriters();
     void removeExpired();
+    void removeOne(const FileRow& file);
 
     ArchiveConfiguration m_configuration;
     Files& m_files;

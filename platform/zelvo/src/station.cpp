@@ -33,6 +33,34 @@ QString processOwner(const StationPaths& paths, unsigned fileMode)
     return owner.name;
 }
 
+// A registry that others write too must not name a path.
+QString checkedName(const FileRow& file)
+{
+    if (!isFileName(file.name)) {
+        throw ArchiveError(
+            QStringLiteral("the registry gives a file a name that the archive does not take: \"%1\"").arg(file.name),
+            ZelvoError::BadName);
+    }
+    return file.name;
+}
+
+QString checkedFlatName(const Address& address)
+{
+    if (!isGuid(address.guid)) {
+        throw ArchiveError(
+            QStringLiteral("the registry names a group that the archive does not give: \"%1\"").arg(address.guid),
+            ZelvoError::BadName);
+    }
+    return flatName(address);
+}
+
+QString pathOfVersion(const QString& folder, const FileRow& file)
+{
+    // In one go: a name may have "%1" in it.
+    const QString version = QString::number(file.version);
+    return QStringLiteral("%1/%2_%3/%4").arg(folder, checkedFlatName(file.where()), version, checkedName(file));
+}
+
 void makePath(Files& files, const QString& path, unsigned mode)
 {
     const QString parent = path.left(path.lastIndexOf(QLatin1Char('/')));
@@ -142,17 +170,17 @@ void Station::removeDeadOwners() const
 
 std::unique_ptr<FileLock> Station::lock(const Address& address, FileLock::Mode mode) const
 {
-    return FileLock::tryLock(m_paths.lock(flatName(address)), mode, m_configuration.fileMode);
+    return FileLock::tryLock(m_paths.lock(checkedFlatName(address)), mode, m_configuration.fileMode);
 }
 
 QString Station::editedPath(const FileRow& file) const
 {
-    return QStringLiteral("%1/%2_%3/%4").arg(m_paths.edited(), flatName(file.where())).arg(file.version).arg(file.name);
+    return pathOfVersion(m_paths.edited(), file);
 }
 
 QString Station::cachedPath(const FileRow& file) const
 {
-    return QStringLiteral("%1/%2_%3/%4").arg(m_paths.cache(), flatName(file.where())).arg(file.version).arg(file.name);
+    return pathOfVersion(m_paths.cache(), file);
 }
 
 QString Station::originalPath(const FileRow& file)

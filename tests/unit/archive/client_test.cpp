@@ -422,6 +422,39 @@ TEST_F(Security, BelievesNoPathOfTheRegistryThatLeavesTheStorage)
     }
 }
 
+TEST_F(Security, BelievesNoNameOfTheRegistryThatLeavesTheCache)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl address = recordAndMove(client, QStringLiteral("a"), bytesOf(10));
+    Database database(configuration().directory + QStringLiteral("/archive.sqlite"), 0600);
+    for (const QString& name :
+         {QStringLiteral("../../../outside"), QStringLiteral("/tmp/outside"), QStringLiteral(".."), QString()}) {
+        EXPECT_EQ(database.change(QStringLiteral("UPDATE group_files SET name = ?"), {bound(name)}), 1);
+        expectRefused(client, address.toString(), ZelvoError::BadName);
+    }
+}
+
+TEST_F(Security, BelievesNoGroupOfTheRegistryThatLeavesTheLocks)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl address = recordAndMove(client, QStringLiteral("a"), bytesOf(10));
+    Database database(configuration().directory + QStringLiteral("/archive.sqlite"), 0600);
+    database.run(QStringLiteral("PRAGMA foreign_keys = OFF"));
+    const QString elsewhere = QStringLiteral("../../outside");
+    EXPECT_EQ(
+        database.change(QStringLiteral("INSERT INTO group_files (guid, id, name, station, local_path, unfinished, "
+                                       "created, state, stored_path) SELECT ?, id, name, station, local_path, "
+                                       "unfinished, created, 2, stored_path FROM group_files"),
+                        {bound(elsewhere)}),
+        1);
+    EXPECT_EQ(database.change(QStringLiteral("UPDATE group_files SET state = 5, same_guid = ?, same_id = id "
+                                             "WHERE guid <> ?"),
+                              {bound(elsewhere), bound(elsewhere)}),
+              1);
+    expectRefused(client, address.toString(), ZelvoError::BadName);
+    EXPECT_FALSE(QFile::exists(QDir::cleanPath(folder() + QStringLiteral("/outside_1"))));
+}
+
 TEST_F(Security, FetchedFilesHaveTheConfiguredPermissions)
 {
     configuration().fileMode = 0640;

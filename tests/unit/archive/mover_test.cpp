@@ -228,6 +228,22 @@ TEST_F(Groups, OfADeadRecorderWaitForTheRecoveryOfItsLastFile)
     EXPECT_EQ(move().moved, 2);
 }
 
+TEST_F(Groups, WaitForTheRecoveryOfAFileWhoseClosingFailed)
+{
+    ZelvoClient client(configuration());
+    const QString journal = recording(QStringLiteral("a.tmp.journal"));
+    writeFile(journal, "what can make it whole");
+    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10));
+    EXPECT_EQ(move().moved, 0);
+    EXPECT_EQ(
+        file(address).error,
+        QStringLiteral("waits until it is recovered: closing it had failed, and %1 can make it whole").arg(journal));
+    ASSERT_TRUE(QFile::remove(journal));
+    writeFile(recording(QStringLiteral("a.rec")), bytesOf(20));
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_EQ(storedBytes(address), bytesOf(20));
+}
+
 TEST_F(Moving, TellsOfAFileThatVanishedAndTriesAgainLaterAndLater)
 {
     ZelvoClient client(configuration());
