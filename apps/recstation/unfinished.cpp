@@ -105,6 +105,12 @@ public:
     /// no harm. @return where the file is now; empty when it could not be moved
     [[nodiscard]] QString put(const QString& path, const QString& journal) const
     {
+        return put(path, journal, [] { return true; });
+    }
+    /// The same with something to be done in between, while the journal still tells that the recording needs it.
+    template <typename Between>
+    [[nodiscard]] QString put(const QString& path, const QString& journal, const Between& between) const
+    {
         const QString ending = QLatin1Char('.') + QFileInfo(path).suffix();
         const QString stem = QFileInfo(path).fileName().chopped(ending.size());
         QString name = stem;
@@ -112,7 +118,7 @@ public:
             name = QStringLiteral("%1_%2").arg(stem).arg(number);
         }
         QString moved = m_folder.absoluteFilePath(name + ending);
-        if (!QFile::rename(path, moved)) {
+        if (!QFile::rename(path, moved) || !between()) {
             return {};
         }
         if (journal != path && QFileInfo::exists(journal) &&
@@ -163,6 +169,18 @@ UnfinishedRecording putJournalAway(UnfinishedRecording unfinished, const QString
     return unfinished;
 }
 
+/// What was recovered of a ".rec" takes its name: an archive waits for a file of that name.
+QString putClosedAway(UnfinishedRecording& unfinished, const QString& journal, const Attic& attic)
+{
+    return attic.put(unfinished.path, journal, [&unfinished] {
+        if (!QFile::rename(unfinished.recovered, unfinished.path)) {
+            return false;
+        }
+        unfinished.recovered = unfinished.path;
+        return true;
+    });
+}
+
 UnfinishedRecording recoverOne(const QString& path, const UnfinishedHooks& hooks, const Attic& attic)
 {
     UnfinishedRecording unfinished;
@@ -187,10 +205,11 @@ UnfinishedRecording recoverOne(const QString& path, const UnfinishedHooks& hooks
     }
     takeReport(unfinished, recovery, fromNative(output));
     const QString journal = fromNative(Inspection::journalOf(recording));
-    if (unfinished.whole && path.endsWith(QStringLiteral(".rec")) && haveSameBytes(path, unfinished.recovered)) {
+    const bool closed = path.endsWith(QStringLiteral(".rec"));
+    if (unfinished.whole && closed && haveSameBytes(path, unfinished.recovered)) {
         return putJournalAway(unfinished, journal, attic);
     }
-    unfinished.movedTo = attic.put(path, journal);
+    unfinished.movedTo = closed ? putClosedAway(unfinished, journal, attic) : attic.put(path, journal);
     unfinished.problem = unfinished.movedTo.isEmpty() ? notMoved(attic) : QString();
     return unfinished;
 }

@@ -208,6 +208,8 @@ TEST_F(UnfinishedTest, ARecordingWhoseClosingFailedIsRecoveredFromItsJournal)
     const nlohmann::json recovered = result.summary().at("recovered")[0];
     EXPECT_EQ(recovered.at("whole"), true);
     EXPECT_EQ(look(recovered.at("recovered")).times.size(), 3U);
+    EXPECT_EQ(QFileInfo(QString::fromStdString(recovered.at("recovered"))).fileName(), stem + QStringLiteral(".rec"))
+        << "the name that an archive waits for";
     EXPECT_EQ(putAway(), QStringList({stem + QStringLiteral(".rec"), stem + QStringLiteral(".tmp.journal")}));
 }
 
