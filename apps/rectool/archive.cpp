@@ -1,11 +1,13 @@
 #include "archive.h"
 
 #include <algorithm>
+#include <functional>
 #include <iostream>
 #include <optional>
 #include <stdexcept>
 #include <vector>
 
+#include <QDir>
 #include <QFile>
 #include <QString>
 
@@ -14,6 +16,7 @@
 #include "archivedfiles.h"
 #include "json.h"
 #include "output.h"
+#include "progress.h"
 #include "table.h"
 #include "text.h"
 
@@ -355,6 +358,43 @@ bool knowsGroup(Zelvo::Archive& archive, const std::string& group)
     return false;
 }
 
+std::int64_t bytesToRead(Zelvo::Archive& archive, const QString& group)
+{
+    if (group.isEmpty()) {
+        return archive.status().bytesMoved;
+    }
+    std::int64_t sum = 0;
+    for (const FileInfo& file : archive.files(group)) {
+        sum += std::max<std::int64_t>(file.bytes, 0);
+    }
+    return sum;
+}
+
+/// Told of every file before it is read, it shows how far the reading is. Empty when nobody watches.
+std::function<void(const FileInfo&)> showing(Progress& progress, std::int64_t all)
+{
+    auto show = progress.callback();
+    if (!show) {
+        return {};
+    }
+    return [show, all, done = std::int64_t{0}](const FileInfo& file) mutable {
+        show(std::min(done, all), all);
+        done += std::max<std::int64_t>(file.bytes, 0);
+    };
+}
+
+/// Empty when the file has no name to be taken: a shared registry is written by others too, and its names must not
+/// lead out of this folder.
+QString targetOf(const ArchiveFetchOptions& options, const FileInfo& file)
+{
+    if (!options.output.empty()) {
+        return QFile::decodeName(QByteArray::fromStdString(options.output));
+    }
+    const bool isName =
+        !file.name.startsWith(QLatin1Char('.')) && !QDir::fromNativeSeparators(file.name).contains(QLatin1Char('/'));
+    return isName ? file.name : QString();
+}
+
 }  // namespace
 
 void useArchive(const std::string& configurationFile)
@@ -416,8 +456,11 @@ ExitCode archiveFetch(const ArchiveFetchOptions& options)
         complain(options.address, "The archive does not know this address.");
         return ExitCode::CannotRead;
     }
-    const QString path =
-        options.output.empty() ? file->name : QFile::decodeName(QByteArray::fromStdString(options.output));
+    const QString path = targetOf(options, *file);
+    if (path.isEmpty()) {
+        complain(options.address, "The registry's name for it is no file name; give it one with -o.");
+        return ExitCode::CannotRead;
+    }
     if (QFile::exists(path)) {
         complain(path.toStdString(), "The file exists already; nothing was fetched.");
         return ExitCode::CannotRead;
@@ -444,13 +487,16 @@ ExitCode archiveVerify(const ArchiveVerifyOptions& options)
         return ExitCode::CannotRead;
     }
     std::vector<StorageProblem> problems;
+    Progress progress("storage");
     const std::int64_t good = archive.verify(
         [&](const StorageProblem& problem) {
             problems.push_back(problem);
+            progress.clear();
             complain(problem.file.address().toStdString(), plain(problem.sentence));
             return options.all;
         },
-        {}, QString::fromStdString(group));
+        showing(progress, bytesToRead(archive, QString::fromStdString(group))), QString::fromStdString(group));
+    progress.clear();
     if (options.json) {
         Json list = Json::array();
         for (const StorageProblem& problem : problems) {
