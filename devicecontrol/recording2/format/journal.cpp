@@ -83,7 +83,7 @@ std::optional<std::uint64_t> getStopTime(const char* page, std::uint64_t salt, s
 {
     const char* const slot = page + StopTimeOffset + number % 2 * StopTimeBytes;
     const std::uint64_t milliseconds = getInt64(slot);
-    if (getInt64(slot + WordBytes) != Check(salt + number).add(milliseconds).value()) {
+    if (getInt64(slot + WordBytes) != stopTimeCheck(salt, number, milliseconds)) {
         return std::nullopt;
     }
     return milliseconds;

@@ -100,9 +100,11 @@ class Check {
 public:
     explicit Check(std::uint64_t salt) : m_state(salt) {}
 
+    static constexpr std::uint64_t Factor = 0x9e3779b97f4a7c15U;
+
     Check& add(std::uint64_t value)
     {
-        m_state = (m_state ^ value) * 0x9e3779b97f4a7c15U;
+        m_state = (m_state ^ value) * Factor;
         m_state ^= m_state >> 32U;
         return *this;
     }
@@ -117,13 +119,13 @@ public:
         }
         return add(getInt64(last));
     }
-    /// The length, all of short bytes, and of longer ones 8 of every 512 and the last: devices lose sectors of at
-    /// least 512 bytes.
-    Check& addSample(const char* bytes, std::size_t size)
+    /// A number and the length, all of short bytes, and of longer ones 8 of every 512 and the last: devices lose
+    /// sectors of at least 512 bytes.
+    Check& addSample(std::uint32_t number, const char* bytes, std::size_t size)
     {
         constexpr std::size_t Stride = 512;
         constexpr std::size_t Short = 64;
-        add(size);
+        add(std::uint64_t{number} << 32U ^ size);
         if (size <= Short) {
             return add(bytes, size);
         }
@@ -160,20 +162,24 @@ struct Entry {
     std::uint32_t check = 0;  ///< 0: no entry stands here
 };
 
+/// The position, with the highest bit set where the record is in the channel range table.
+[[nodiscard]] inline std::uint32_t placeOf(const Entry& entry)
+{
+    constexpr std::uint32_t ChannelRangeBit = 0x80000000U;
+    return static_cast<std::uint32_t>(entry.position) | (entry.channelRange ? ChannelRangeBit : 0U);
+}
+
 /// Of the entry with that number, in the upper half, and of it and the record it names, in the lower. Never 0.
 struct EntryCheck {
     EntryCheck(std::uint64_t salt, std::uint64_t number, const Entry& entry)
-        : m_check(Check(salt + number)
-                      .add(entry.timeMs)
-                      .add(std::uint64_t{static_cast<std::uint32_t>(entry.position)} << 1U |
-                           (entry.channelRange ? 1U : 0U)))
+        : m_check(Check(salt + number).add(entry.timeMs ^ std::uint64_t{placeOf(entry)} << 32U))
     {
     }
     [[nodiscard]] std::uint32_t ofEntry() const { return m_check.value16() << 16U; }
     [[nodiscard]] std::uint32_t with(std::int32_t code, std::string_view data) const
     {
         Check all = m_check;
-        all.add(static_cast<std::uint32_t>(code)).addSample(data.data(), data.size());
+        all.addSample(static_cast<std::uint32_t>(code), data.data(), data.size());
         return ofEntry() | all.value16() | 1U;
     }
 
@@ -190,9 +196,7 @@ private:
 /// Writes what stands in front of the check, which has to come last.
 inline void putEntryBody(char* out, const Entry& entry)
 {
-    constexpr std::uint32_t ChannelRangeBit = 0x80000000U;
-    putInt32(putInt64(out, entry.timeMs),
-             static_cast<std::uint32_t>(entry.position) | (entry.channelRange ? ChannelRangeBit : 0U));
+    putInt32(putInt64(out, entry.timeMs), placeOf(entry));
 }
 constexpr std::size_t EntryCheckOffset = 12;
 
@@ -214,10 +218,15 @@ struct Identity {
 void putIdentity(char* page, const Identity& identity);
 [[nodiscard]] std::optional<Identity> getIdentity(const char* page);
 
+/// Tells whether a stop time is that of the record with a number. The page's identity stands in the same sector.
+[[nodiscard]] inline std::uint64_t stopTimeCheck(std::uint64_t salt, std::uint64_t number, std::uint64_t milliseconds)
+{
+    return (salt + number) ^ milliseconds * Check::Factor;
+}
 inline void putStopTime(char* page, std::uint64_t salt, std::uint64_t number, std::uint64_t milliseconds)
 {
     char* const slot = page + StopTimeOffset + number % 2 * StopTimeBytes;
-    putInt64(putInt64(slot, milliseconds), Check(salt + number).add(milliseconds).value());
+    putInt64(putInt64(slot, milliseconds), stopTimeCheck(salt, number, milliseconds));
 }
 /// The stop time of the recording once the record with that number was accepted.
 [[nodiscard]] std::optional<std::uint64_t> getStopTime(const char* page, std::uint64_t salt, std::uint64_t number);

@@ -267,8 +267,9 @@ private:
     [[nodiscard]] bool hasCheck(const Format::Journal::Types& said) const
     {
         return said.begin == std::uint64_t{Format::HeaderAreaBytes} && said.end - said.begin == m_found.types.size() &&
-               Format::Journal::Check(m_journal.salt).addSample(m_found.types.data(), m_found.types.size()).value() ==
-                   said.check;
+               Format::Journal::Check(m_journal.salt)
+                       .addSample(0, m_found.types.data(), m_found.types.size())
+                       .value() == said.check;
     }
     /// @return where the types end, 0 when they are not whole
     std::int64_t walkTypes()

@@ -110,7 +110,7 @@ TEST(JournalEntry, IsSoundWithoutItsRecordButNotChecked)
 TEST(JournalCheck, CoversEveryByteOfShortRecordsAndEverySectorOfLongOnes)
 {
     const auto check = [](const std::string& bytes) {
-        return Journal::Check(Salt).addSample(bytes.data(), bytes.size()).value();
+        return Journal::Check(Salt).addSample(0, bytes.data(), bytes.size()).value();
     };
     for (std::size_t size = 0; size <= 64; ++size) {
         const std::string bytes(size, 'a');
