@@ -3,6 +3,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 
 #include "programs.h"
 
@@ -193,6 +195,23 @@ TEST_F(RectoolArchive, FetchCopiesAFileAndNeverReplacesOne)
     alter(address);
     EXPECT_EQ(archive({q("fetch"), q(address), q("-o"), path(q("damaged.rec"))}).exitCode, 3);
     EXPECT_FALSE(QFile::exists(path(q("damaged.rec"))));
+}
+
+TEST_F(RectoolArchive, FetchTakesNoPathForTheNameOfAFile)
+{
+    const std::string address = recorded().front();
+    {
+        QSqlDatabase registry = QSqlDatabase::addDatabase(q("QSQLITE"), q("registry"));
+        registry.setDatabaseName(path(q("own/archive.sqlite")));
+        ASSERT_TRUE(registry.open());
+        EXPECT_TRUE(QSqlQuery(registry).exec(q("UPDATE group_files SET name = '../outside.rec'")));
+    }
+    QSqlDatabase::removeDatabase(q("registry"));
+    const Result refused = archive({q("fetch"), q(address)});
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_THAT(refused.err, HasSubstr("give it one with -o"));
+    EXPECT_FALSE(QFile::exists(path(q("../outside.rec"))));
+    EXPECT_EQ(archive({q("fetch"), q(address), q("-o"), path(q("named.rec"))}).exitCode, 0);
 }
 
 TEST_F(RectoolArchive, GroupsAndShowTellWhatTheArchiveKnows)
