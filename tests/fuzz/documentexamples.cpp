@@ -1,5 +1,6 @@
 #include "documentexamples.h"
 
+#include <algorithm>
 #include <fstream>
 
 #include "target.h"
@@ -16,6 +17,7 @@ std::vector<std::string> documentExamples(const std::string& document, const std
     bool inside = false;
     bool wanted = false;
     while (std::getline(file, line)) {
+        line.erase(0, std::min(line.size(), line.find_first_not_of(' ')));  // one in a list is indented
         if (line.starts_with(fence)) {
             inside = !inside;
             wanted = inside && line.starts_with(fence + infoString);

@@ -13,6 +13,9 @@ namespace Fuzzing {
     constexpr std::string_view Range = "34;";
     constexpr std::size_t MostDigits = 5;
     for (std::size_t at = text.find(Range); at != std::string_view::npos; at = text.find(Range, at + 1)) {
+        if (at > 0 && text[at - 1] == '1') {
+            continue;  // "134;" names its channels one by one
+        }
         std::string_view fields = text.substr(at + Range.size());
         for (int comma = 0; comma < 2; ++comma) {
             fields.remove_prefix(std::min(fields.size(), fields.find(',')));

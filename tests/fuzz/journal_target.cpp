@@ -116,7 +116,7 @@ std::string journalOf(Pieces& pieces, std::string& file)
     if (typesEnd != 0) {
         const std::string types = whole.substr(std::min<std::size_t>(500, whole.size()), typesEnd - 500U);
         Journal::putTypes(page, Salt,
-                          {500, typesEnd, Journal::Check(Salt).addSample(types.data(), types.size()).value()});
+                          {500, typesEnd, Journal::Check(Salt).addSample(0, types.data(), types.size()).value()});
     }
     entries.resize(entries.size() / 9 * 9);
     for (std::size_t i = 0; i * 9 < entries.size(); ++i) {

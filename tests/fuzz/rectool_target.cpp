@@ -2,8 +2,6 @@
 #include <exception>
 #include <filesystem>
 #include <functional>
-#include <iostream>
-#include <streambuf>
 #include <string>
 
 #include <QTemporaryDir>
@@ -11,38 +9,12 @@
 #include "commands.h"
 #include "hugerange.h"
 #include "scratchfile.h"
+#include "silence.h"
 #include "target.h"
 
 namespace Fuzzing {
 
 namespace {
-
-/// Takes everything and keeps nothing.
-class Nowhere final : public std::streambuf {
-protected:
-    int_type overflow(int_type c) override { return traits_type::not_eof(c); }
-    std::streamsize xsputn(const char* /*text*/, std::streamsize count) override { return count; }
-};
-
-/// What is printed goes nowhere while one stands.
-class Silence {
-public:
-    Silence() : m_output(std::cout.rdbuf(&m_nowhere)), m_errors(std::cerr.rdbuf(&m_nowhere)) {}
-    Silence(const Silence&) = delete;
-    Silence& operator=(const Silence&) = delete;
-    ~Silence()
-    {
-        std::cout.rdbuf(m_output);
-        std::cerr.rdbuf(m_errors);
-        std::cout.clear();
-        std::cerr.clear();
-    }
-
-private:
-    Nowhere m_nowhere;
-    std::streambuf* m_output;
-    std::streambuf* m_errors;
-};
 
 /// As the program does: what is thrown becomes a sentence.
 void tolerating(const std::function<RecTool::ExitCode()>& verb)

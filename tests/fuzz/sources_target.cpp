@@ -9,6 +9,7 @@
 
 #include <startup/cfgcenter.h>
 #include <values/tree.h>
+#include <zelvo/archive.h>
 
 #include "bearings/bearingssource.h"
 #include "configuration.h"
@@ -96,6 +97,12 @@ void runConfiguration(const std::string& input)
         require(read.instances.size() <= input.size(), "there are more instances than bytes");
     });
     CfgCenter::Clear();
+    if (Zelvo::ArchiveIsBuiltIn()) {
+        tolerating([&] {
+            static_cast<void>(
+                Zelvo::ParseArchiveConfiguration(QString::fromStdString(input), QStringLiteral("fuzz.toml")));
+        });
+    }
 }
 
 void runFeed(const std::string& input)
@@ -148,6 +155,9 @@ std::vector<std::string> bearingsSeeds()
 std::vector<std::string> configurationSeeds()
 {
     std::vector<std::string> seeds = documentExamples("recstation.md", "toml");
+    for (std::string& example : documentExamples("archive.md", "toml")) {
+        seeds.push_back(std::move(example));
+    }
     seeds.push_back(recstation::defaultConfigurationText(QStringLiteral("/tmp")).toStdString());
     return seeds;
 }

@@ -14,6 +14,7 @@ std::span<const Target> targets()
         Target{"journal", runJournal, journalSeeds},
         Target{"maptext", runMapText, mapTextSeeds},
         Target{"nmea", runNmea, nmeaSeeds},
+        Target{"plot", runPlot, plotSeeds},
         Target{"recording", runRecording, recordingSeeds},
         Target{"rectool", runRectool, recordingSeeds},
         Target{"sweep", runSweep, sweepSeeds},

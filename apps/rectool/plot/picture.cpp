@@ -65,6 +65,9 @@ ExitCode checkPicture(const PlotOptions& options)
 
 DrawingApplication::DrawingApplication() : m_argv{m_name.data(), nullptr}
 {
+    if (QCoreApplication::instance() != nullptr) {
+        return;
+    }
     constexpr const char* RuntimeFolder = "XDG_RUNTIME_DIR";
     qputenv("QT_QPA_PLATFORM", "offscreen");
     if (qEnvironmentVariableIsEmpty(RuntimeFolder)) {  // Qt looks into it and complains where there is none

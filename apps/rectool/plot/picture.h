@@ -21,7 +21,7 @@ namespace RecTool {
 /// is no ordinary file.
 [[nodiscard]] ExitCode checkPicture(const PlotOptions& options);
 
-/// Lets Qt draw without a display. There is one at a time.
+/// Lets Qt draw without a display. There is one at a time; where there is an application, that is taken.
 class DrawingApplication {
 public:
     DrawingApplication();

@@ -20,8 +20,8 @@
 #include "filesizelimit.h"
 #include "randomrecording.h"
 #include "rectooltesting.h"
-#include "samplerecording.h"
 #include "support/recordingbytes.h"
+#include "support/samplerecording.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 
 #include "randomrecording.h"
 #include "rectooltesting.h"
-#include "samplerecording.h"
 #include "support/recordingbytes.h"
+#include "support/samplerecording.h"
 
 namespace {
 

@@ -20,7 +20,7 @@
 #include <nlohmann/json.hpp>
 
 #include "filesizelimit.h"
-#include "samplerecording.h"
+#include "support/samplerecording.h"
 
 namespace {
 

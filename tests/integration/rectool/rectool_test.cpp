@@ -16,7 +16,7 @@
 #include <nlohmann/json.hpp>
 
 #include "runprogram.h"
-#include "samplerecording.h"
+#include "support/samplerecording.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 
 #include "randomrecording.h"
 #include "rectooltesting.h"
-#include "samplerecording.h"
+#include "support/samplerecording.h"
 
 namespace {
 
