@@ -18,6 +18,15 @@
 #include "support/samplerecording.h"
 #include "target.h"
 
+#if defined(FUZZ_PICTURES)
+// Asked by the leak sanitizer, where there is one: these libraries keep what they have to the end of the process.
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions()
+{
+    return "leak:libfontconfig\nleak:libqoffscreen\n";
+}
+#endif
+
 namespace Fuzzing {
 
 namespace {

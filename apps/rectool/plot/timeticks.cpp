@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cmath>
+#include <limits>
 
 #include <QDateTime>
 #include <QString>
@@ -33,6 +34,13 @@ double tickStep(double span, std::size_t most)
     return std::pow(10, std::ceil(std::log10(least / Day))) * Day;
 }
 
+// A damaged file may have any time, and as a number with a point the last one is behind the last whole one.
+quint64 wholeMs(double ms)
+{
+    constexpr quint64 Last = std::numeric_limits<quint64>::max();
+    return ms < static_cast<double>(Last) ? static_cast<quint64>(ms) : Last;
+}
+
 QDateTime clock(double ms)
 {
     return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(ms), Qt::UTC);
@@ -48,7 +56,10 @@ std::vector<TimeTick> ticks(const TimeSpan& span, double origin, double step, co
     const double first = std::ceil(from / step);
     for (double i = 0; (first + i) * step <= to; ++i) {
         const double time = (first + i) * step;
-        ticks.push_back({time - origin, label(time)});
+        // So far out that a number with a point has no place for a step, several would be the same.
+        if (ticks.empty() || time - origin > ticks.back().timeMs) {
+            ticks.push_back({time - origin, label(time)});
+        }
     }
     return ticks;
 }
@@ -97,15 +108,15 @@ std::vector<TimeTick> elapsedTicks(const TimeSpan& span, std::size_t most)
             const int digits = step >= Second ? 0 : step >= Second / 10 ? 1 : step >= Second / 100 ? 2 : 3;
             return QString::number(time / Second, 'f', digits).toStdString() + " s";
         }
-        const auto ms = static_cast<qint64>(time);
-        const qint64 seconds = ms / static_cast<qint64>(Second);
-        constexpr qint64 Sixty = 60;
+        const quint64 ms = wholeMs(time);
+        const quint64 seconds = ms / static_cast<quint64>(Second);
+        constexpr quint64 Sixty = 60;
         QString text = QStringLiteral("%1:%2:%3")
                            .arg(seconds / Sixty / Sixty)
                            .arg(seconds / Sixty % Sixty, 2, 10, QLatin1Char('0'))
                            .arg(seconds % Sixty, 2, 10, QLatin1Char('0'));
         if (step < Second) {
-            text += QStringLiteral(".%1").arg(ms % static_cast<qint64>(Second), 3, 10, QLatin1Char('0'));
+            text += QStringLiteral(".%1").arg(ms % static_cast<quint64>(Second), 3, 10, QLatin1Char('0'));
         }
         return text.toStdString();
     });

@@ -1,3 +1,5 @@
+#include <limits>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -62,6 +64,14 @@ TEST(TimeTicks, ThereAreNeverManyMoreThanWanted)
         EXPECT_LE(elapsedTicks({0, span}, 7).size(), 8U) << span;
         EXPECT_GE(elapsedTicks({0, span}, 7).size(), 1U) << span;
     }
+}
+
+TEST(TimeTicks, TimesUpToTheLargestThereIsHaveLabels)
+{
+    constexpr std::uint64_t Last = std::numeric_limits<std::uint64_t>::max();
+    EXPECT_EQ(elapsedTicks({0, Last}, 7).back().label, "4800000000000:00:00");
+    EXPECT_LE(elapsedTicks({Last - 1, Last}, 7).size(), 2U);
+    EXPECT_EQ(elapsedTicks({Last - 1, Last}, 7).front().label, "5124095576030:25:51.615");
 }
 
 TEST(TimeTicks, AStartThatIsNotKnownIsNoClockTime)
