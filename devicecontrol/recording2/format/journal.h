@@ -23,7 +23,10 @@ constexpr std::size_t EntryBytes = 16;
 constexpr std::size_t LatestEntries = 4096;
 constexpr std::size_t TailOffset = PageBytes;
 constexpr std::size_t LatestOffset = TailOffset + TailBytes;
-constexpr std::size_t EntriesOffset = LatestOffset + LatestEntries * EntryBytes;
+// A multiple of what is handed over at a time: file systems with large pages take that much faster.
+constexpr std::size_t EntriesOffset = std::size_t{384} * 1024;
+static_assert(EntriesOffset >= LatestOffset + LatestEntries * EntryBytes &&
+              EntriesOffset % (LatestEntries * EntryBytes) == 0);
 
 // Inside the state page.
 constexpr std::size_t TailStartOffset = 64;  // sealed number: position of the tail's first byte in the recording
