@@ -70,8 +70,8 @@ StopSignal::StopSignal(std::function<void()> wake) : d(std::make_unique<Private>
 
 StopSignal::~StopSignal()
 {
+    SetEvent(stopped);  // first: a handler that waits for it holds what the next call needs
     SetConsoleCtrlHandler(onConsoleEvent, FALSE);
-    SetEvent(stopped);
     CloseHandle(mainThread);
 }
 
