@@ -26,10 +26,13 @@ namespace {
 // numbers in all of its other fields.
 constexpr std::size_t HeaderTextBytes = 336;
 
-/// Cuts the longest texts until all of them fit.
+/// Cuts texts at their first NUL, behind which none is written, and the longest until all of them fit.
 void fitTexts(Inspection::Header& header)
 {
     std::array<std::string*, 3> texts = {&header.jobId, &header.deviceName, &header.deviceType};
+    for (std::string* text : texts) {
+        text->resize(std::min(text->size(), text->find('\0')));
+    }
     std::sort(texts.begin(), texts.end(),
               [](const std::string* a, const std::string* b) { return a->size() < b->size(); });
     std::size_t room = HeaderTextBytes;

@@ -89,6 +89,9 @@ private:
             header.startMs = 0;
             m_found.lostHeaderFields.emplace_back("the start time");
         }
+        cutAtNul(header.jobId, "the job id behind a NUL byte");
+        cutAtNul(header.deviceName, "the device name behind a NUL byte");
+        cutAtNul(header.deviceType, "the device type behind a NUL byte");
         const bool wrong = header.stopMs > Latest || (header.stopMs != 0 && header.stopMs < header.startMs);
         std::vector<std::string>& lost = m_found.lostHeaderFields;
         if (wrong) {
@@ -98,6 +101,14 @@ private:
         const bool stopLost = std::find(lost.begin(), lost.end(), "the stop time") != lost.end();
         if (stopLost && header.startMs != 0 && !m_times.times.empty()) {
             header.stopMs = std::min(Latest, header.startMs + m_times.times.back());
+        }
+    }
+
+    void cutAtNul(std::string& text, const char* lost)
+    {
+        if (const std::size_t end = text.find('\0'); end != std::string::npos) {
+            text.resize(end);
+            m_found.lostHeaderFields.emplace_back(lost);
         }
     }
 

@@ -196,6 +196,8 @@ const std::vector<Fault> Faults = {
      Readability::Ok, "The job id is longer than the bytes that are left"},
     {"HeaderTextOfNegativeLength", [] { return withHeader(golden("full"), "#4#A1B2", "#-4#A1B2"); }, Readability::Ok,
      "The job id has a negative length"},
+    {"HeaderTextWithANulByte", [] { return withHeader(golden("full"), "#4#A1B2", std::string("#4#A\0B2", 7)); },
+     Readability::Ok, "The job id holds a NUL byte"},
     {"HeaderLongerThanItsArea", [] { return with(golden("empty"), "#7#UNKNOWN", "#450#" + std::string(450, 'x')); },
      Readability::Ok, "500: The header is longer than its 500 bytes"},
     {"PositionsBeyondTheFile", [] { return withHeader(golden("full"), FullPositions, "500#695#99999#0#0#1#"); },

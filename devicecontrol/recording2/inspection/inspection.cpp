@@ -127,7 +127,16 @@ private:
     }
     bool real(const char* name, float& target) { return field(name, target, &FieldReader::real); }
     bool time(const char* name, std::uint64_t& target) { return field(name, target, &FieldReader::time); }
-    bool text(const char* name, std::string& target) { return field(name, target, &FieldReader::text); }
+    /// A NUL does not keep one from being read, but the header could not be written again as it is.
+    bool text(const char* name, std::string& target)
+    {
+        const std::int64_t offset = m_fields.position();
+        const bool sound = field(name, target, &FieldReader::text);
+        if (sound && target.find('\0') != std::string::npos) {
+            m_summary.findings.push_back({offset, std::string(name) + " holds a NUL byte."});
+        }
+        return sound;
+    }
 
     FieldReader m_fields;
     Summary& m_summary;

@@ -225,6 +225,15 @@ TEST_F(RepairVerb, AStopThatCannotBeIsTheTimeOfTheLastRecord)
     expectSoundResult();
 }
 
+TEST_F(RepairVerb, OfATextOfTheHeaderWhatStandsBehindANulByteIsLost)
+{
+    const Result result = repair(with(bearings(), 0, "Receiver", std::string("Rec\0iver", 8)));
+    EXPECT_EQ(result.exitCode, ExitCode::Damaged);
+    EXPECT_THAT(result.out, HasSubstr("Lost: of the header: the device name behind a NUL byte."));
+    EXPECT_EQ(this->result().header.deviceName, "Rec");
+    expectSoundResult();
+}
+
 TEST_F(RepairVerb, WhatHoldsNoRecordCannotBeSaved)
 {
     const std::string bytes = bearings();
