@@ -2,12 +2,11 @@
 // itself does not expect. For sources only; no public header shows it.
 #pragma once
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <algorithm>
 
 namespace TomlText {
 
