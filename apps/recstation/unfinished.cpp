@@ -118,7 +118,11 @@ public:
             name = QStringLiteral("%1_%2").arg(stem).arg(number);
         }
         QString moved = m_folder.absoluteFilePath(name + ending);
-        if (!QFile::rename(path, moved) || !between()) {
+        if (!QFile::rename(path, moved)) {
+            return {};
+        }
+        if (!between()) {
+            static_cast<void>(QFile::rename(moved, path));  // as it was, so that the next start finds it again
             return {};
         }
         if (journal != path && QFileInfo::exists(journal) &&

@@ -34,31 +34,26 @@ QString processOwner(const StationPaths& paths, unsigned fileMode)
 }
 
 // A registry that others write too must not name a path.
-QString checkedName(const FileRow& file)
+const QString& checkedName(const QString& name, bool (*isGiven)(const QString&))
 {
-    if (!isFileName(file.name)) {
-        throw ArchiveError(
-            QStringLiteral("the registry gives a file a name that the archive does not take: \"%1\"").arg(file.name),
-            ZelvoError::BadName);
+    if (!isGiven(name)) {
+        throw ArchiveError(QStringLiteral("the registry has a name that the archive does not give: \"%1\"").arg(name),
+                           ZelvoError::BadName);
     }
-    return file.name;
+    return name;
 }
 
 QString checkedFlatName(const Address& address)
 {
-    if (!isGuid(address.guid)) {
-        throw ArchiveError(
-            QStringLiteral("the registry names a group that the archive does not give: \"%1\"").arg(address.guid),
-            ZelvoError::BadName);
-    }
-    return flatName(address);
+    return flatName({checkedName(address.guid, isGuid), address.id});
 }
 
 QString pathOfVersion(const QString& folder, const FileRow& file)
 {
     // In one go: a name may have "%1" in it.
     const QString version = QString::number(file.version);
-    return QStringLiteral("%1/%2_%3/%4").arg(folder, checkedFlatName(file.where()), version, checkedName(file));
+    return QStringLiteral("%1/%2_%3/%4")
+        .arg(folder, checkedFlatName(file.where()), version, checkedName(file.name, isFileName));
 }
 
 void makePath(Files& files, const QString& path, unsigned mode)
