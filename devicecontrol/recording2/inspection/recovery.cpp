@@ -617,7 +617,10 @@ Recovery recover(const std::string& recording, const RecoveryOptions& options)
     const bool closedName = journalOf(recording) != Journal::pathFor(recording);
     std::error_code none;
     if (closedName && summary.readability == Readability::Ok && !fs::exists(native(journalOf(recording)), none)) {
-        fail(report, RecoveryOutcome::NothingToDo, "This recording was closed.");
+        // Its tables are then what is wrong, which is for repairing: there is no journal to recover from.
+        const bool sound = summary.findings.empty();
+        fail(report, sound ? RecoveryOutcome::NothingToDo : RecoveryOutcome::Nothing,
+             sound ? "This recording was closed." : "This recording was closed and is damaged: repair it instead.");
         return report;
     }
     if (!recoverFromJournal(recording, options, report)) {

@@ -15,8 +15,8 @@ namespace Recording2::Inspection {
 enum class RecoveryOutcome : std::uint8_t {
     Whole,          ///< the file holds every record that was accepted, as closing would have written it
     SomethingLost,  ///< the file holds what could be saved
-    NothingToDo,    ///< the recording was closed; there is no new file
-    Nothing,        ///< nothing could be saved; there is no new file
+    NothingToDo,    ///< the recording was closed and is not damaged by what inspect() sees; there is no new file
+    Nothing,        ///< nothing could be saved, or it is for repairing; there is no new file
     InUse,          ///< a process is writing the recording; there is no new file
     NotWritten,     ///< the new file could not be written; there is none
     Interrupted,    ///< as the options asked for; there is no new file

@@ -58,6 +58,19 @@ TEST_F(Recovering, TheJournalIsGoneOnceTheFileIsClosed)
     EXPECT_EQ(recover(life.fileName(), path("out")).outcome, RecoveryOutcome::NothingToDo);
 }
 
+TEST_F(Recovering, AClosedRecordingThatWasCutOffIsForRepairing)
+{
+    Life life(m_directory.path());
+    life.switchOn();
+    life.switchOff();
+    QFile file(life.fileName());
+    ASSERT_TRUE(file.resize(file.size() - 20));
+    const Recovery recovery = recover(life.fileName(), path("out"));
+    EXPECT_EQ(recovery.outcome, RecoveryOutcome::Nothing);
+    EXPECT_EQ(recovery.problem, "This recording was closed and is damaged: repair it instead.");
+    EXPECT_FALSE(QFile::exists(path("out")));
+}
+
 TEST_F(Recovering, AnExistingFileIsNeverReplaced)
 {
     const QString copy = path("copy.tmp");
