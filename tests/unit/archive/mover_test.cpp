@@ -375,6 +375,31 @@ TEST_F(Moving, RemovesExpiredGroupsOnlyWhenItMay)
     EXPECT_EQ(move().removed, 0);
 }
 
+TEST_F(Moving, RemovesTheOtherExpiredFilesWhenTheRegistryNamesAPathElsewhere)
+{
+    ZelvoClient client(configuration());
+    const QString guid = newGroup(client, recordings(), QDateTime::fromMSecsSinceEpoch(clock.now + 1'000));
+    for (const QString& base : {QStringLiteral("a"), QStringLiteral("b")}) {
+        beginFile(client, guid, recordings(), base, bytesOf(10));
+        finishFile(recordings(), base);
+    }
+    client.MoveToNas(guid);
+    EXPECT_EQ(move().moved, 2);
+    const QString outside = recording(QStringLiteral("outside"));
+    writeFile(outside, bytesOf(10));
+    Database database(configuration().directory + QStringLiteral("/archive.sqlite"), 0600);
+    EXPECT_EQ(database.change(QStringLiteral("UPDATE group_files SET stored_path = ? WHERE id = 1"), {bound(outside)}),
+              1);
+    clock.now += 10'000;
+    configuration().removeExpired = true;
+    const MoverReport report = move();
+    EXPECT_EQ(report.removed, 1);
+    EXPECT_EQ(report.failed, 1);
+    EXPECT_TRUE(report.problem.isEmpty()) << report.problem.toStdString();
+    EXPECT_TRUE(QFile::exists(outside));
+    EXPECT_EQ(stored().size(), 1);
+}
+
 TEST_F(Moving, StopsBetweenPiecesWithoutLeavingAnything)
 {
     ZelvoClient client(configuration());
