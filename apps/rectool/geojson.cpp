@@ -94,7 +94,7 @@ Json polygon(const std::vector<Geo::Path>& rings)
         polygons.push_back(Json::array({coordinates(ring)}));
     }
     if (polygons.size() == 1) {
-        return {{"type", "Polygon"}, {"coordinates", polygons[0]}};
+        return {{"type", "Polygon"}, {"coordinates", polygons.at(0)}};
     }
     return {{"type", "MultiPolygon"}, {"coordinates", std::move(polygons)}};
 }

@@ -122,7 +122,7 @@ Json dataToJson(const std::string& bytes)
 
 std::string dump(const Json& json, int indent)
 {
-    return json.dump(indent, ' ', false, Json::error_handler_t::replace);
+    return json.dump(indent);
 }
 
 }  // namespace RecTool

@@ -3,18 +3,14 @@
 
 #include <string>
 
-#include <nlohmann/json.hpp>
-
 #include <recording2/inspection/inspection.h>
 #include <values/maps.h>
 #include <values/valuebase.h>
 
+#include "jsonvalue.h"
 #include "typenames.h"
 
 namespace RecTool {
-
-/// Keys stand in the order in which they are put in.
-using Json = nlohmann::ordered_json;
 
 [[nodiscard]] Json toJson(const Recording2::Inspection::Header& header);
 [[nodiscard]] Json toJson(const Recording2::Inspection::Finding& finding);

@@ -1,5 +1,7 @@
 #include "bearings/bearingssource.h"
 
+#include <CLI/CLI.hpp>
+
 namespace recstation {
 
 namespace {

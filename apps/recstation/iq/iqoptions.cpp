@@ -1,5 +1,7 @@
 #include "iq/iqsource.h"
 
+#include <CLI/CLI.hpp>
+
 namespace recstation {
 
 namespace {

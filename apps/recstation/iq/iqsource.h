@@ -9,9 +9,11 @@
 
 #include <QString>
 
-#include <CLI/CLI.hpp>
-
 #include "source.h"
+
+namespace CLI {
+class App;
+}
 
 namespace recstation {
 

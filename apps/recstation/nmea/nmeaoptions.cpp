@@ -1,5 +1,7 @@
 #include "nmea/nmeasource.h"
 
+#include <CLI/CLI.hpp>
+
 namespace recstation {
 
 namespace {

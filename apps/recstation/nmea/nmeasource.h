@@ -6,10 +6,12 @@
 
 #include <QString>
 
-#include <CLI/CLI.hpp>
-
 #include "input/badlines.h"
 #include "source.h"
+
+namespace CLI {
+class App;
+}
 
 namespace recstation {
 

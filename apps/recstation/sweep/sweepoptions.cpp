@@ -1,5 +1,7 @@
 #include "sweep/sweepsource.h"
 
+#include <CLI/CLI.hpp>
+
 namespace recstation {
 
 namespace {

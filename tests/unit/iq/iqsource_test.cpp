@@ -9,6 +9,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <CLI/CLI.hpp>
+
 #include <values/maps.h>
 #include <values/selection.h>
 #include <values/tree.h>
