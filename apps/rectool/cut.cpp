@@ -43,9 +43,9 @@ std::uint64_t endOf(const Inspection::Summary& summary)
 
 /// A part of a recording on its way into a file of its own.
 ///
-/// The state in force at the beginning of the span is written first, one record a value. These records take the
-/// milliseconds up to that moment, so the new recording starts a little before it, and every time is counted from
-/// there.
+/// The state in force just before the span is written first, one record a value. These records take the milliseconds
+/// in front of that moment, so the new recording starts a little before it, and every time is counted from there. The
+/// records of the span follow as they are, so that the parts of a recording can be made that recording again.
 class Cut {
 public:
     Cut(const Inspection::Summary& summary, const Span& span, NewRecording& output)
@@ -63,7 +63,7 @@ public:
     {
         if (record.timeMs == 0) {
             ++m_withoutTime;
-        } else if (record.timeMs <= m_span.from) {
+        } else if (record.timeMs < m_span.from) {
             m_state.apply(record);
             m_fields.follow(record);
             const bool isRange = m_ranges.count(record.timeMs) > 0 && values::CarriesChannelRange(record.data);
@@ -81,7 +81,7 @@ public:
     {
         begin();
         for (const std::uint64_t range : m_ranges) {
-            if (range > m_span.from && range <= m_span.to) {
+            if (range != 0 && range >= m_span.from && range <= m_span.to) {
                 m_output.addChannelRange(moved(range));
             }
         }
@@ -93,7 +93,6 @@ public:
 
 private:
     struct StateRecord {
-        std::uint64_t since = 0;
         std::int32_t code = 0;
         std::string text;
         bool isRange = false;
@@ -113,7 +112,7 @@ private:
             m_lead = chooseLead(records);
             std::uint64_t time = m_lead - m_stateRecords;
             for (const StateRecord& record : records) {
-                m_output.write(record.code, record.text, ++time, record.isRange);
+                m_output.write(record.code, record.text, time++, record.isRange);
             }
             m_fields.restart(m_state);
         }
@@ -123,19 +122,17 @@ private:
     {
         const std::optional<std::int32_t> withRange = rangeCode();
         std::vector<StateRecord> records;
-        for (const auto& [code, last] : m_state.entries()) {
+        for (const auto& [code, last] : m_state.inOrder()) {
             const std::vector<std::string> texts = m_state.completeTexts(code);
             if (code == withRange) {
                 // Replay of a whole recording begins behind the first record that the channel range table names, so
                 // that the map must be told again.
-                records.push_back({last.record.timeMs, code, texts.front(), true});
+                records.push_back({code, texts.front(), true});
             }
             for (const std::string& text : texts) {
-                records.push_back({last.record.timeMs, code, text, false});
+                records.push_back({code, text, false});
             }
         }
-        std::stable_sort(records.begin(), records.end(),
-                         [](const StateRecord& a, const StateRecord& b) { return a.since < b.since; });
         return records;
     }
 
@@ -143,7 +140,7 @@ private:
     /// rebuilds, else the one that told the range in force; nothing where no range was in force.
     [[nodiscard]] std::optional<std::int32_t> rangeCode() const
     {
-        if (m_ranges.empty() || *m_ranges.begin() > m_span.from) {
+        if (m_ranges.empty() || *m_ranges.begin() >= m_span.from) {
             return std::nullopt;
         }
         const std::optional<std::int32_t> bearings = m_names.numberOf(DirectionFindingKeyword);
@@ -156,11 +153,12 @@ private:
     [[nodiscard]] std::uint64_t chooseLead(const std::vector<StateRecord>& records) const
     {
         constexpr std::uint64_t Misread = 11;
-        std::uint64_t lead = std::max<std::uint64_t>(records.size(), 1);  // a bookmark at the very beginning needs 1
+        std::uint64_t lead = records.size() + 1;  // the time of the span's first moment; no record has the time 0
         const auto misread = [&] {
-            const auto index = Misread - (lead - records.size()) - 1;  // of the state record that is given the time
+            const std::uint64_t index =
+                Misread - (lead - records.size());  // of the state record that is given the time
             const bool inState = index < records.size() && records[index].isRange;
-            const bool inSpan = lead < Misread && m_ranges.count(m_span.from + Misread - lead) > 0;
+            const bool inSpan = lead <= Misread && m_ranges.count(m_span.from + Misread - lead) > 0;
             return inState || inSpan;
         };
         while (misread() && lead < m_summary.header.startMs + m_span.from) {
@@ -176,7 +174,8 @@ private:
         if (m_span.from > 0 || !toTheEnd) {
             m_fields.put(header);
         }
-        header.startMs = m_summary.header.startMs + m_span.from - m_lead;
+        const std::uint64_t fromMs = m_summary.header.startMs + m_span.from;
+        header.startMs = fromMs - std::min(m_lead, fromMs);
         header.stopMs = toTheEnd ? m_summary.header.stopMs : m_summary.header.startMs + m_span.to;
         if (m_span.from > 0) {
             header.stopMs = std::max(header.stopMs, m_summary.header.startMs + m_span.from);

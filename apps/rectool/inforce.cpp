@@ -1,5 +1,7 @@
 #include "inforce.h"
 
+#include <algorithm>
+
 namespace RecTool {
 
 void InForce::apply(const Recording2::Inspection::Record& record)
@@ -15,6 +17,17 @@ const LastRecord* InForce::find(std::int32_t code) const
 {
     const auto found = m_last.find(code);
     return found == m_last.end() ? nullptr : &found->second;
+}
+
+std::vector<std::pair<std::int32_t, const LastRecord*>> InForce::inOrder() const
+{
+    std::vector<std::pair<std::int32_t, const LastRecord*>> entries;
+    for (const auto& [code, last] : m_last) {
+        entries.emplace_back(code, &last);
+    }
+    std::stable_sort(entries.begin(), entries.end(),
+                     [](const auto& a, const auto& b) { return a.second->record.timeMs < b.second->record.timeMs; });
+    return entries;
 }
 
 std::vector<std::string> InForce::completeTexts(std::int32_t code) const

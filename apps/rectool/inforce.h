@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <recording2/inspection/inspection.h>
@@ -28,6 +29,8 @@ public:
     /// By type number. The values are good until the next record is applied.
     [[nodiscard]] const std::map<std::int32_t, LastRecord>& entries() const { return m_last; }
     [[nodiscard]] const LastRecord* find(std::int32_t code) const;  ///< null when the type has no record
+    /// The same in the order in which the values took their state.
+    [[nodiscard]] std::vector<std::pair<std::int32_t, const LastRecord*>> inOrder() const;
     /// The texts that bring about the state of a type in an empty recording: one, or two where the last record is not
     /// understood and an earlier one was. Maps are given with their range and all cells, data that is not understood as
     /// it was recorded.

@@ -3,19 +3,17 @@
 #include <iostream>
 #include <limits>
 #include <map>
-#include <memory>
-#include <set>
 #include <system_error>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "commands.h"
-#include "inforce.h"
 #include "json.h"
 #include "mergeplan.h"
+#include "merger.h"
 #include "newrecording.h"
 #include "output.h"
-#include "progress.h"
 #include "system/filenames.h"
 #include "text.h"
 
@@ -25,146 +23,6 @@ namespace Inspection = Recording2::Inspection;
 
 namespace {
 
-/// What had to be changed to get everything into one recording.
-struct Adjustments {
-    std::uint64_t movedRecords = 0;
-    std::uint64_t movedByMs = 0;  // at most
-    std::uint64_t movedBookmarks = 0;
-    std::uint64_t repeatedStates = 0;
-};
-
-/// Takes the records of all inputs in the order of their clock times. Files are open only while their records come.
-class Merger {
-public:
-    Merger(const std::vector<MergeInput>& inputs, const MergePlan& plan, std::uint64_t startMs, NewRecording& output)
-        : m_plan(plan), m_startMs(startMs), m_output(output)
-    {
-        for (std::size_t i = 0; i < inputs.size(); ++i) {
-            const std::vector<std::uint64_t>& ranges = inputs[i].summary.channelRangeTimes;
-            m_sources.push_back({inputs[i], i, {ranges.begin(), ranges.end()}, nullptr, {}, 0});
-            m_bytesInAll += Inspection::RecordReader(inputs[i].file, inputs[i].summary).bytesInAll();
-            m_continued = m_continued || plan.notBefore[i] > 0;
-            if (!inputs[i].empty()) {
-                m_next.emplace(std::max(inputs[i].firstMs, plan.notBefore[i]), i);
-            }
-        }
-    }
-
-    void run()
-    {
-        Progress progress("merging");
-        const auto show = progress.callback();
-        constexpr std::int64_t ProgressBytes = std::int64_t{1} << 20;
-        std::int64_t nextProgress = ProgressBytes;
-        while (!m_next.empty() && !NewRecording::interrupted()) {
-            const auto [clockMs, index] = *m_next.begin();
-            m_next.erase(m_next.begin());
-            Source& source = m_sources[index];
-            if (source.reader == nullptr) {
-                source.reader = std::make_unique<Inspection::RecordReader>(source.input.file, source.input.summary);
-                static_cast<void>(advance(source));
-            }
-            put(source, clockMs);
-            if (advance(source)) {
-                m_next.emplace(std::max(clockOf(source), m_plan.notBefore[index]), index);
-            }
-            if (show && m_bytesRead >= nextProgress) {
-                show(m_bytesRead, m_bytesInAll);
-                nextProgress = m_bytesRead + ProgressBytes;
-            }
-        }
-        putOtherRanges();
-    }
-
-    [[nodiscard]] const Adjustments& adjustments() const { return m_adjustments; }
-
-private:
-    struct Source {
-        const MergeInput& input;
-        std::size_t index;
-        std::set<std::uint64_t> ranges;  // times of the file's channel range table, of records that are still to come
-        std::unique_ptr<Inspection::RecordReader> reader;
-        Inspection::Record record;  // the next one
-        std::uint64_t taken = 0;    // records that were read
-    };
-
-    [[nodiscard]] static std::uint64_t clockOf(const Source& source)
-    {
-        return source.input.summary.header.startMs + source.record.timeMs;
-    }
-
-    /// Goes on to the next record that has a time.
-    bool advance(Source& source)
-    {
-        const std::int64_t before = source.reader->bytesRead();
-        bool more = source.reader->next(source.record);
-        while (more && source.record.timeMs == 0) {
-            more = source.reader->next(source.record);
-        }
-        m_bytesRead += source.reader->bytesRead() - before;
-        ++source.taken;
-        if (!more) {
-            source.reader = nullptr;
-        }
-        return more;
-    }
-
-    void put(Source& source, std::uint64_t clockMs)
-    {
-        const bool isRange = source.ranges.erase(source.record.timeMs) > 0;
-        source.record.code = m_plan.numbers[source.index].at(source.record.code);
-        if (repeatsState(source)) {
-            ++m_adjustments.repeatedStates;
-            return;
-        }
-        const std::uint64_t wanted = clockOf(source) - m_startMs;
-        const std::uint64_t time = std::max(clockMs - m_startMs, m_lastTime + 1);
-        if (time > wanted) {
-            ++m_adjustments.movedRecords;
-            m_adjustments.movedByMs = std::max(m_adjustments.movedByMs, time - wanted);
-        }
-        m_output.write(source.record.code, source.record.data, time, isRange);
-        m_lastTime = time;
-        if (m_continued) {
-            m_inForce.apply(source.record);
-        }
-    }
-
-    /// Whether a record of the state that a continuing file begins with would have to be moved, and says nothing new.
-    [[nodiscard]] bool repeatsState(const Source& source) const
-    {
-        const bool inState = source.taken <= source.input.stateRecords;
-        if (!inState || clockOf(source) >= m_plan.notBefore[source.index]) {
-            return false;
-        }
-        InForce alone;
-        alone.apply(source.record);
-        return alone.completeTexts(source.record.code) == m_inForce.completeTexts(source.record.code);
-    }
-
-    /// Those in the tables at whose time no record stands.
-    void putOtherRanges()
-    {
-        for (const Source& source : m_sources) {
-            for (const std::uint64_t time : source.ranges) {
-                m_output.addChannelRange(source.input.summary.header.startMs + time - m_startMs);
-            }
-        }
-    }
-
-    const MergePlan& m_plan;
-    std::uint64_t m_startMs;
-    NewRecording& m_output;
-    std::vector<Source> m_sources;
-    std::set<std::pair<std::uint64_t, std::size_t>> m_next;  // clock time of the next record of each input
-    std::uint64_t m_lastTime = 0;
-    bool m_continued = false;  // some input continues another
-    InForce m_inForce;
-    Adjustments m_adjustments;
-    std::int64_t m_bytesRead = 0;
-    std::int64_t m_bytesInAll = 0;
-};
-
 /// Every bookmark at its clock time; of several at one millisecond all but the first move to the next free one.
 std::vector<Inspection::Bookmark> mergeBookmarks(const std::vector<MergeInput>& inputs, std::uint64_t startMs,
                                                  Adjustments& adjustments)
@@ -173,7 +31,8 @@ std::vector<Inspection::Bookmark> mergeBookmarks(const std::vector<MergeInput>& 
     std::vector<Inspection::Bookmark> others;
     for (const MergeInput& input : inputs) {
         for (const Inspection::Bookmark& bookmark : input.summary.bookmarks) {
-            const std::uint64_t time = input.summary.header.startMs + bookmark.timeMs - startMs;
+            const std::uint64_t clock = input.summary.header.startMs + bookmark.timeMs;
+            const std::uint64_t time = std::max<std::uint64_t>(clock - std::min(clock, startMs), 1);
             if (bookmark.timeMs == 0) {
                 continue;
             }
@@ -337,7 +196,10 @@ std::vector<MergeInput> survey(const std::vector<std::string>& files, std::vecto
         inputs.push_back(surveyForMerge(files[i], std::move(summaries[i]), &NewRecording::interrupted));
     }
     std::stable_sort(inputs.begin(), inputs.end(), [](const MergeInput& a, const MergeInput& b) {
-        return std::pair(a.summary.header.startMs, a.firstMs) < std::pair(b.summary.header.startMs, b.firstMs);
+        const auto place = [](const MergeInput& input) {
+            return std::tuple(input.beginMs(), input.summary.header.stopMs, input.firstMs);
+        };
+        return place(a) < place(b);
     });
     return inputs;
 }
@@ -460,9 +322,7 @@ ExitCode mergeInputs(const MergeOptions& options, const std::vector<MergeInput>&
         return result;
     }
     const Inspection::Header header = mergeHeaders(inputs);
-    Merger merger(inputs, plan, header.startMs, output);
-    merger.run();
-    Adjustments adjustments = merger.adjustments();
+    Adjustments adjustments = mergeRecords(inputs, plan, header.startMs, output);
     const std::vector<Inspection::Bookmark> bookmarks = mergeBookmarks(inputs, header.startMs, adjustments);
     result = output.finish(header, bookmarks);
     if (result == ExitCode::Fine) {

@@ -25,14 +25,17 @@ enum class Relation : std::uint8_t {
 // state that another begins with take some milliseconds, too.
 constexpr std::uint64_t MostHandoverMs = 1000;
 
-/// @param later starts no earlier
+// Recorders store the state that they begin with from this time on; what is cut begins as early as it can.
+constexpr std::uint64_t FirstTimeOfRecorder = 10;
+
+/// @param later begins no earlier
 Relation relate(const MergeInput& earlier, const MergeInput& later)
 {
     if (earlier.empty() || later.empty() || later.firstMs > earlier.lastMs || later.lastMs < earlier.firstMs) {
         return Relation::Apart;
     }
     const bool startsAtItsStop = later.summary.header.startMs >= earlier.summary.header.stopMs;
-    const bool onlyStateOverlaps = later.bodyMs == 0 || later.bodyMs > earlier.lastMs;
+    const bool onlyStateOverlaps = later.bodyMs == 0 || later.bodyMs >= earlier.lastMs;
     const bool few = earlier.lastMs - later.firstMs <= MostHandoverMs;
     return few && (startsAtItsStop || onlyStateOverlaps) ? Relation::Continues : Relation::Overlaps;
 }
@@ -237,6 +240,8 @@ MergeInput surveyForMerge(std::string file, Inspection::Summary summary, bool (*
             }
             input.stateRecords += inState ? 1 : 0;
             input.firstMs = first ? clock : input.firstMs;
+            input.isPart = first ? record.timeMs < FirstTimeOfRecorder : input.isPart;
+            input.leadingRecords += inState && clock == input.firstMs + input.leadingRecords ? 1 : 0;
             input.lastMs = clock;
             type.firstMs = type.records == 0 ? clock : type.firstMs;
             ++type.records;

@@ -1,6 +1,7 @@
 // How the values of several recordings become those of one.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -27,12 +28,19 @@ struct MergeInput {
     std::vector<Recording2::Inspection::Finding> findings;  ///< in the tables and the records
     std::map<std::int32_t, Type> types;                     ///< of the records, by number
     std::uint64_t withoutTime = 0;
-    std::uint64_t firstMs = 0;       ///< clock time of the first record
-    std::uint64_t lastMs = 0;        ///< clock time of the last record
-    std::uint64_t stateRecords = 0;  ///< records in front of the first type that comes back: the state at the start
-    std::uint64_t bodyMs = 0;        ///< clock time of the first record behind them; 0 without one
+    std::uint64_t firstMs = 0;         ///< clock time of the first record
+    std::uint64_t lastMs = 0;          ///< clock time of the last record
+    std::uint64_t stateRecords = 0;    ///< records in front of the first type that comes back: the state at the start
+    std::uint64_t bodyMs = 0;          ///< clock time of the first record behind them; 0 without one
+    std::uint64_t leadingRecords = 0;  ///< those of the state that take one millisecond after the other
+    bool isPart = false;               ///< it was cut out of another recording: recorders begin later
 
     [[nodiscard]] bool empty() const { return types.empty(); }
+    /// Where it stands among others: a part begins behind the state that was put in front of it.
+    [[nodiscard]] std::uint64_t beginMs() const
+    {
+        return isPart ? std::min(firstMs + leadingRecords, summary.header.stopMs) : summary.header.startMs;
+    }
 };
 
 /// Walks the records of a file that can be read. @param interrupted asked now and then; true ends the walk

@@ -3,7 +3,9 @@
 #include <cstdint>
 #include <fstream>
 #include <map>
+#include <random>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -81,6 +83,31 @@ std::string nameOf(const Inspection::TypeEntry& type)
     return std::to_string(type.typeNumber) + ' ' + type.keyword + ' ' + type.valuePath;
 }
 
+/// Every record with its time, place, data and value.
+std::string cat(const std::string& file)
+{
+    RecTool::CatOptions options;
+    options.file = file;
+    options.json = true;
+    return run([&] { return RecTool::cat(options); }).out;
+}
+
+/// Where two texts begin to differ, a line of each; empty where they do not.
+std::string firstOtherLine(const std::string& a, const std::string& b)
+{
+    std::istringstream linesOfA(a);
+    std::istringstream linesOfB(b);
+    std::string lineOfA;
+    std::string lineOfB;
+    do {
+        lineOfA.clear();
+        lineOfB.clear();
+        std::getline(linesOfA, lineOfA);
+        std::getline(linesOfB, lineOfB);
+    } while (lineOfA == lineOfB && linesOfA && linesOfB);
+    return lineOfA == lineOfB ? "" : lineOfA + "\ninstead of\n" + lineOfB;
+}
+
 std::vector<std::string> typeNamesOf(const std::string& file)
 {
     std::vector<std::string> names;
@@ -129,6 +156,49 @@ TEST_P(RandomMerge, OfManyPartsIsTheSource)
     ASSERT_EQ(result.exitCode, ExitCode::Fine) << result.err;
     EXPECT_EQ(firstDifference(History(source), History(file("whole.rec")), RandomStartMs, RandomStartMs + end), 0U);
     EXPECT_EQ(bookmarksOf(file("whole.rec")), bookmarksOf(source));
+}
+
+TEST_P(RandomMerge, OfAnyPartsIsTheSourceRecordByRecord)
+{
+    std::mt19937 random(GetParam());
+    const auto below = [&](std::uint64_t end) { return random() % end; };
+    for (int round = 0; round < 12; ++round) {
+        const std::string name = std::to_string(round);
+        const std::string source =
+            this->random("source" + name, {.seed = GetParam() * 1000 + static_cast<std::uint32_t>(round),
+                                           .changes = static_cast<int>(1 + below(150)),
+                                           .damagedTexts = below(2) == 0,
+                                           .bearings = below(2) == 0,
+                                           .bookmarks = below(2) == 0});
+        const std::uint64_t end = Inspection::inspect(source).times.back().timeMs;
+        std::set<std::uint64_t> cuts;
+        for (std::uint64_t i = 1 + below(6); i > 0; --i) {
+            cuts.insert(std::min(11 + below(end), end));
+        }
+        cuts.insert(end + 1);
+        std::vector<std::string> parts;
+        std::string from;
+        for (const std::uint64_t at : cuts) {
+            parts.push_back(file("part" + name + '_' + std::to_string(at)));
+            const bool last = at == *cuts.rbegin();
+            // The moment of the cut is in both parts, unless one of them would be little more than that moment.
+            const auto behind = cuts.upper_bound(at);
+            const bool isFree = !last && *behind > at + 2 && (from.empty() || at > std::stoull(from) + 2);
+            const bool twice = isFree && below(4) == 0;
+            const std::string to = last ? "" : std::to_string(twice ? at : at - 1);
+            ASSERT_EQ(cut(source, from, to, parts.back()).exitCode, ExitCode::Fine);
+            from = std::to_string(at);
+        }
+        std::shuffle(parts.begin(), parts.end(), random);
+        const Result result =
+            parts.size() == 1 ? cut(source, "", "", file("whole" + name)) : merge(parts, file("whole" + name));
+        ASSERT_EQ(result.exitCode, ExitCode::Fine) << result.err;
+        EXPECT_EQ(firstOtherLine(cat(file("whole" + name)), cat(source)), "")
+            << "round " << round << ", cut at " << testing::PrintToString(cuts);
+        EXPECT_EQ(bookmarksOf(file("whole" + name)), bookmarksOf(source));
+        EXPECT_EQ(Inspection::inspect(file("whole" + name)).channelRangeTimes,
+                  Inspection::inspect(source).channelRangeTimes);
+    }
 }
 
 // Recordings of several stations over the same time
