@@ -5,8 +5,8 @@
 
 namespace zelvod {
 
-/// Turns SIGINT and SIGTERM (Windows: Ctrl-C, Ctrl-Break, the closing of the console) into a wish to stop. A second
-/// signal ends the process at once. @throws std::system_error
+/// Turns SIGINT, SIGTERM and SIGHUP (Windows: Ctrl-C, Ctrl-Break, the closing of the console) into a wish to stop. A
+/// second signal ends the process at once. SIGHUP stays ignored where it was. @throws std::system_error
 void watchForStop();
 /// Lets the standard streams take bytes as they are: no carriage returns.
 void useBinaryStreams();

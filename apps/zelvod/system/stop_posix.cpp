@@ -43,6 +43,11 @@ void watchForStop()
     sigemptyset(&action.sa_mask);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    struct sigaction before = {};
+    sigaction(SIGHUP, nullptr, &before);
+    if (before.sa_handler != SIG_IGN) {  // else it was started to outlive its terminal, as under nohup
+        sigaction(SIGHUP, &action, nullptr);
+    }
 }
 
 void useBinaryStreams()

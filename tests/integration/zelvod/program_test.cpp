@@ -147,6 +147,35 @@ TEST_F(Zelvod, GoesOnUntilItIsTerminatedAndThenEndsWell)
     EXPECT_EQ(stateOf(second), Zelvo::FileState::Moved);
 }
 
+TEST_F(Zelvod, EndsWellWhenItsTerminalGoes)
+{
+    setUpArchive();
+    record(QStringLiteral("a"));
+    QProcess process;
+    start(process, {QStringLiteral("--json")});
+    EXPECT_EQ(nextLine(process)["moved"], 1);
+    ASSERT_EQ(kill(static_cast<pid_t>(process.processId()), SIGHUP), 0);
+    EXPECT_EQ(finish(process).exitCode, 0);
+}
+
+TEST_F(Zelvod, GoesOnWithoutItsTerminalWhenItWasStartedSo)
+{
+    setUpArchive();
+    record(QStringLiteral("a"));
+    QProcess process;
+    process.start(QStringLiteral("/bin/sh"),
+                  {QStringLiteral("-c"), QStringLiteral("trap '' HUP; exec \"$@\""), QStringLiteral("sh"),
+                   QStringLiteral(ZELVOD), QStringLiteral("--config"), path("archive.toml"), QStringLiteral("--json"),
+                   QStringLiteral("--every"), QStringLiteral("0.1")});
+    ASSERT_TRUE(process.waitForStarted(PatienceMs));
+    EXPECT_EQ(nextLine(process)["moved"], 1);
+    ASSERT_EQ(kill(static_cast<pid_t>(process.processId()), SIGHUP), 0);
+    record(QStringLiteral("b"));
+    EXPECT_EQ(nextLine(process)["moved"], 1);
+    process.terminate();
+    EXPECT_EQ(finish(process).exitCode, 0);
+}
+
 TEST_F(Zelvod, LetsNoOtherServeTheSameStationAndIsNotKeptFromItByADeadOne)
 {
     setUpArchive();
