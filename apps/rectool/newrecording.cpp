@@ -12,6 +12,7 @@
 #include "output.h"
 #include "progress.h"
 #include "samesummary.h"
+#include "savedfile.h"
 #include "system/filenames.h"
 #include "text.h"
 
@@ -165,10 +166,31 @@ ExitCode NewRecording::check(const std::vector<std::string>& inputs) const
     if (fs::exists(there) && !m_replace) {
         return fail(ExitCode::Usage, "There is such a file already; --force replaces it.");
     }
+    const std::string kept = whyKept();
+    if (!kept.empty()) {
+        return fail(ExitCode::Usage, kept);
+    }
     if (!fs::is_directory(folderOf(path), error)) {
         return fail(ExitCode::CannotRead, "There is no directory " + fromNative(folderOf(path)) + '.');
     }
     return ExitCode::Fine;
+}
+
+/// Why not even --force replaces what is there; empty when it may be replaced.
+std::string NewRecording::whyKept() const
+{
+    std::error_code error;
+    const fs::file_status there = fs::symlink_status(native(m_path), error);
+    if (!fs::exists(there)) {
+        return "";
+    }
+    if (fs::is_symlink(there)) {
+        return "This is a link, and not followed.";
+    }
+    if (holdsRecording(m_path)) {
+        return "This is a recording, which --force does not replace either.";
+    }
+    return isUnderWay(m_path) ? "By its name this belongs to a recording that is under way; it is not replaced." : "";
 }
 
 // Without a suffix that the library knows, so that closing the file leaves its name alone.
@@ -295,6 +317,10 @@ std::string NewRecording::readBack(const std::vector<Inspection::Bookmark>& book
 ExitCode NewRecording::takeName()
 {
     std::error_code error;
+    const std::string kept = m_replace ? whyKept() : "";  // something may have taken the name meanwhile
+    if (!kept.empty()) {
+        return fail(ExitCode::CannotRead, kept);
+    }
     if (m_replace) {
         fs::rename(native(m_temporary), native(m_path), error);
     } else {

@@ -70,6 +70,7 @@ private:
     };
 
     [[nodiscard]] ExitCode fail(ExitCode code, const std::string& reason) const;
+    [[nodiscard]] std::string whyKept() const;
     [[nodiscard]] bool reserveTemporaryName();
     void close(const Recording2::Inspection::Header& header);
     void storeBookmarks(const std::vector<Recording2::Inspection::Bookmark>& bookmarks);

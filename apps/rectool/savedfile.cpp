@@ -13,14 +13,10 @@ namespace RecTool {
 
 namespace {
 
-/// By what it holds or, where its beginning is damaged, by its name.
-bool isRecording(const QFileInfo& file, const std::string& path)
+/// Of the file behind all links.
+QString suffixOf(const QFileInfo& file)
 {
-    using Recording2::Inspection::Readability;
-    const Readability readability = Recording2::Inspection::inspect(path).readability;
-    const QString suffix = QFileInfo(file.canonicalFilePath()).suffix().toLower();
-    return readability == Readability::Ok || readability == Readability::OldFormat ||
-           readability == Readability::NeverClosed || suffix == "rec";
+    return QFileInfo(file.canonicalFilePath()).suffix().toLower();
 }
 
 /// Windows ends its reasons with a full stop.
@@ -32,18 +28,40 @@ std::string reasonOf(const QFileDevice& file)
 
 }  // namespace
 
+bool holdsRecording(const std::string& path)
+{
+    using Recording2::Inspection::Readability;
+    const Readability readability = Recording2::Inspection::inspect(path).readability;
+    return readability == Readability::Ok || readability == Readability::OldFormat ||
+           readability == Readability::NeverClosed;
+}
+
+bool isUnderWay(const std::string& path)
+{
+    const QString suffix = suffixOf(QFileInfo(forQt(path)));
+    return suffix == "tmp" || suffix == "journal";
+}
+
 bool mayReplace(const std::string& path)
 {
     const QFileInfo file(forQt(path));
     if (!file.exists()) {
+        if (file.isSymLink()) {
+            complain(path, "It is a link that leads nowhere, and it is not followed.");
+            return false;
+        }
         return true;
     }
     if (!file.isFile()) {
         complain(path, "It is no ordinary file and not replaced.");
         return false;
     }
-    if (isRecording(file, path)) {
+    if (holdsRecording(path) || suffixOf(file) == "rec") {  // the beginning may be damaged
         complain(path, "It is a recording and not overwritten.");
+        return false;
+    }
+    if (isUnderWay(path)) {
+        complain(path, "By its name it belongs to a recording that is under way, and it is not overwritten.");
         return false;
     }
     return true;
@@ -58,7 +76,11 @@ ExitCode saveFile(const std::string& path, const std::function<bool(QIODevice&)>
         complain(path, "It cannot be written: " + reasonOf(file) + '.');
         return ExitCode::CannotRead;
     }
-    const bool stored = produce(file) && !Interrupt::requested() && file.commit();
+    const bool produced = produce(file) && !Interrupt::requested();
+    if (produced && !mayReplace(path)) {  // something else has taken the name meanwhile
+        return ExitCode::CannotRead;
+    }
+    const bool stored = produced && file.commit();
     if (!stored) {
         complain(path, Interrupt::requested() ? "Interrupted; it was not written."
                                               : "It could not be written to its end; is the disk full?");
