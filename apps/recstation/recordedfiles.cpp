@@ -57,6 +57,7 @@ FileReport examineRecording(const QString& temporaryPath)
     const QString finished = finishedPath(temporaryPath);
     FileReport report;
     report.state = stateOnDisk(temporaryPath, finished);
+    report.ownName = QFileInfo(finished).completeBaseName() == QFileInfo(temporaryPath).completeBaseName();
     report.path = report.state == FileReport::State::Temporary ? temporaryPath : finished;
     if (report.state == FileReport::State::Missing) {
         report.problem = QStringLiteral("the file is not on the disk");

@@ -27,6 +27,7 @@ struct FileReport {
     std::int64_t bytes = 0;
     std::uint64_t records = 0;  ///< by the time table in the file
     QString problem;            ///< one sentence; empty when the file is sound
+    bool ownName = true;        ///< cut at a dot, its finished name may be that of another recording
 };
 
 /// Looks at the disk for the recording that was opened under the .tmp name.

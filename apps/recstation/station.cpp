@@ -452,7 +452,8 @@ void Station::finishArchive(Summary& summary)
             continue;
         }
         ++result.moved;
-        const bool seenBefore = registered[i]->state == FileReport::State::Finished && registered[i]->problem.isEmpty();
+        const bool seenBefore = registered[i]->state == FileReport::State::Finished &&
+                                registered[i]->problem.isEmpty() && registered[i]->ownName;
         registered[i]->state = FileReport::State::Archived;
         if (!seenBefore) {  // it was moved before anyone could look at it
             examineArchived(*registered[i], archive.files[i].storedPath);

@@ -232,15 +232,25 @@ void CFileAccess::CloseOutput(bool skipHandOff)
                  FileAccessTrace::Source, __LINE__);
     }
     shared.output.reset();
-    if (d->valid && FileNames::suffix(d->path) == "tmp") {
-        FileNames::renameWithoutReplacing(d->path, finalName(FileNames::absoluteDirectory(d->path), d->path));
-    }
+    const bool hasFinalName = TakeFinalName();
     if (whole && shared.journal != nullptr) {
         d->removeJournal();
     }
-    if (m_sGuid != NoGroup && !skipHandOff) {
+    if (m_sGuid != NoGroup && !skipHandOff && hasFinalName) {
         moveToNas(m_sGuid, d->fileGroupResult);
     }
+}
+
+// Only of a file that was opened: else another one may stand there. @return whether it bears the name that the archive
+// knows, which another recording may have where names are cut at a dot
+bool CFileAccess::TakeFinalName()
+{
+    if (!d->valid) {
+        return false;
+    }
+    const std::string final = finalName(FileNames::absoluteDirectory(d->path), d->path);
+    return FileNames::suffix(d->path) == "tmp" ? FileNames::renameWithoutReplacing(d->path, final)
+                                               : FileNames::fileName(d->path) == FileNames::fileName(final);
 }
 
 bool CFileAccess::IsValidFile() const

@@ -140,6 +140,7 @@ private:
     void BeginClosing();
     bool OpenForReading(bool readTables);
     void CloseOutput(bool skipHandOff);
+    [[nodiscard]] bool TakeFinalName();
 
     // For the recorder.
     [[nodiscard]] bool WriteFailed() const;      ///< nothing more is written

@@ -159,6 +159,8 @@ private:
     std::int32_t m_modeKey = 0;
     double m_frequencyOffset = 0;
     std::unique_ptr<CFileAccess> m_file;
+    std::string m_lastName;  // of the last recording, without its number
+    int m_nameNumber = 1;
     CTimeStamp m_startTime;
     CTimeStamp m_lastRecordTime;
     JournalMode m_journalMode = JournalMode::Process;

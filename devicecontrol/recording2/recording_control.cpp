@@ -52,15 +52,14 @@ std::string headerText(const QString& text)
 }
 
 // "NAME.tmp", or "NAME_2.tmp", ... where a recording of that second is there already.
-std::string freeName(const std::string& directory, const std::string& name)
+// @param number of the first that is tried; the one that is taken
+std::string freeName(const std::string& directory, const std::string& name, int& number)
 {
     const std::string stem = name.substr(0, name.size() - std::string_view(".tmp").size());
-    std::string candidate = stem;
-    for (int number = 2;
-         FileNames::exists(directory + candidate + ".tmp") || FileNames::exists(directory + candidate + ".rec") ||
-         FileNames::exists(Journal::pathFor(directory + candidate + ".tmp"));
-         ++number) {
-        candidate = stem + "_" + std::to_string(number);
+    std::string candidate = number == 1 ? stem : stem + "_" + std::to_string(number);
+    while (FileNames::exists(directory + candidate + ".tmp") || FileNames::exists(directory + candidate + ".rec") ||
+           FileNames::exists(Journal::pathFor(directory + candidate + ".tmp"))) {
+        candidate = stem + "_" + std::to_string(++number);
     }
     return candidate + ".tmp";
 }
@@ -115,8 +114,12 @@ QString CRecording::StartRecording(bool splitting)
         m_lastRecordTime = m_startTime;
         m_startTimeMoved = false;
         const std::string directory = FileNames::toBytes(m_recordingPath + FileNames::separator());
-        const QString name = RecordingFileName(DeviceCaptionPrefix(), DeviceName(), utcNow(), UseLocalTimeInName());
-        const std::string fileName = freeName(directory, FileNames::toBytes(name));
+        const std::string name =
+            FileNames::toBytes(RecordingFileName(DeviceCaptionPrefix(), DeviceName(), utcNow(), UseLocalTimeInName()));
+        // A name that is free again, since its recording was moved or cut at a dot, stays that recording's.
+        m_nameNumber = directory + name == m_lastName ? m_nameNumber + 1 : 1;
+        m_lastName = directory + name;
+        const std::string fileName = freeName(directory, name, m_nameNumber);
         m_file = std::make_unique<CFileAccess>(directory.c_str(), m_statusValuePath, fileName.c_str(), true, true,
                                                splitting, this, m_archive.get());
         m_currentFileName = FileNames::fromBytes(m_file->path());

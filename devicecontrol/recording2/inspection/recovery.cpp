@@ -579,7 +579,10 @@ std::string recoveredName(const std::string& recording)
 {
     const fs::path path = native(recording);
     const std::u8string name = path.filename().u8string();
-    const std::u8string base = name.substr(0, name.find(u8'.'));
+    // Not cut at its first dot as in closing: other recordings may be cut to the same.
+    const std::u8string ending = u8".tmp";
+    const std::u8string base =
+        name.ends_with(ending) ? name.substr(0, name.size() - ending.size()) : name.substr(0, name.find(u8'.'));
     const auto named = [&](const std::string& end) {
         const std::u8string made = (path.parent_path() / (base + std::u8string(end.begin(), end.end()))).u8string();
         return std::string(made.begin(), made.end());

@@ -3,6 +3,7 @@
 #include "cache.h"
 #include "configuration.h"
 #include "movercore.h"
+#include "originals.h"
 #include "station.h"
 #include "storage.h"
 
@@ -14,7 +15,7 @@ constexpr int ShownFiles = 1'000;
 const QString StorageProperty = QStringLiteral("storage");
 
 // What a status says of a file that nothing went wrong with.
-QString reasonOf(const FileRow& file, const std::optional<GroupRow>& group)
+QString waitingFor(const FileRow& file, const std::optional<GroupRow>& group)
 {
     if (!file.error.isEmpty() || file.state != FileState::Waiting || !group) {
         return file.error;
@@ -70,6 +71,18 @@ struct Archive::Private {
                                ZelvoError::UnknownFile);
         }
         return *file;
+    }
+
+    // Of a recording that waits at this station the disk tells more than the last run of a mover.
+    void tellWhy(FileRow& file)
+    {
+        if (file.state != FileState::Waiting || file.station != station.name() || !station.own(file)) {
+            return;
+        }
+        const Original original = findOriginal(file, station, files);
+        if (original.state == Original::State::Unfinished || original.state == Original::State::Unusable) {
+            file.error = original.why;
+        }
     }
 
     // @return nothing when the copy is good
@@ -149,7 +162,8 @@ ArchiveStatus Archive::status()
         if (!group || group->data.guid != file.guid) {
             group = registry.group(file.guid);
         }
-        file.error = reasonOf(file, group);
+        d->tellWhy(file);
+        file.error = waitingFor(file, group);
         status.notMoved.push_back(std::move(file));
     }
     return status;
@@ -168,14 +182,21 @@ std::optional<GroupInfo> Archive::group(const QString& guid)
 
 std::vector<FileInfo> Archive::files(const QString& guid)
 {
-    const std::vector<FileRow> rows = d->station.registry().files(guid);
+    std::vector<FileRow> rows = d->station.registry().files(guid);
+    for (FileRow& row : rows) {
+        d->tellWhy(row);
+    }
     return {rows.begin(), rows.end()};
 }
 
 std::optional<FileInfo> Archive::file(const ZelvoUrl& url)
 {
     const std::optional<Address> address = parseAddress(url);
-    return address ? d->station.registry().file(*address) : std::nullopt;
+    std::optional<FileRow> row = address ? d->station.registry().file(*address) : std::nullopt;
+    if (row) {
+        d->tellWhy(*row);
+    }
+    return row;
 }
 
 void Archive::fetch(const ZelvoUrl& url, const QString& path)
@@ -190,13 +211,21 @@ void Archive::fetch(const ZelvoUrl& url, const QString& path)
         copyStored(file, path, d->checked.fileMode, d->storage, d->files);
         return;
     }
-    const QString original = file.station == d->station.name() ? d->station.originalPath(file) : QString();
-    if (original.isEmpty()) {
+    if (file.station != d->station.name() || !d->station.own(file)) {
         throw ArchiveError(QStringLiteral("%1 still lies at the station \"%2\"").arg(file.address(), file.station),
                            ZelvoError::Elsewhere);
     }
+    const Original original = findOriginal(file, d->station, d->files);
+    if (original.state != Original::State::Finished) {
+        throw ArchiveError(QStringLiteral("%1 is not to be had yet: %2").arg(file.address(), original.why),
+                           ZelvoError::UnknownFile);
+    }
     try {
-        static_cast<void>(d->files.copy(original, path, d->checked.fileMode, {}));
+        const Digest copied = d->files.copy(original.path, path, d->checked.fileMode, {});
+        if (copied.identity.lasting() != original.identity.lasting()) {
+            d->files.remove(path);
+            throw ArchiveError(QStringLiteral("%1 was moved meanwhile; try again").arg(file.address()));
+        }
     } catch (const FileError& error) {
         throw ArchiveError(error.text(), ZelvoError::Failed);
     }

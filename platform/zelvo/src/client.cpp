@@ -1,5 +1,7 @@
 #include <map>
 
+#include <vector>
+
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
@@ -9,6 +11,7 @@
 
 #include "cache.h"
 #include "configuration.h"
+#include "originals.h"
 #include "station.h"
 #include "storage.h"
 
@@ -27,61 +30,12 @@ QString noArchiveText()
 // A file that the client has open.
 struct OpenFile {
     std::unique_ptr<FileLock> lock;
+    LockState state = LockState::None;
     FileRow file;
+    QString originalPath;   ///< of one that waits
     QString editedPath;     ///< of a fetched file that is open for writing
-    FileIdentity original;  ///< of the same as it was fetched
+    FileIdentity original;  ///< of either as it was given
 };
-
-// Where a new file is and what it is called while it is recorded.
-struct Place {
-    QString directory;
-    QString unfinished;  ///< empty: it bears its final name already, or is not there yet
-    QDateTime changed;
-};
-
-// The library takes as base name what precedes the first dot, so "a.b.tmp" becomes "a.rec".
-Place lookIn(const QString& directory, const QString& name)
-{
-    const QString exact = unfinishedName(name);
-    const QFileInfo file(directory + QLatin1Char('/') + exact);
-    if (file.exists()) {
-        return {directory, exact, file.lastModified()};
-    }
-    const QString base = name.left(name.indexOf(QLatin1Char('.')));
-    Place place{directory, {}, {}};
-    for (const QFileInfo& candidate : QDir(directory).entryInfoList({QStringLiteral("*.tmp")}, QDir::Files)) {
-        if (candidate.fileName().startsWith(base + QLatin1Char('.')) &&
-            (place.changed.isNull() || candidate.lastModified() > place.changed)) {
-            place.unfinished = candidate.fileName();
-            place.changed = candidate.lastModified();
-        }
-    }
-    return place;
-}
-
-// Two recorders of one process share one group name, so a file may lie in the directory of another group than the one
-// it is added to. The newest unfinished file of that name is the one; the group's own directory counts first.
-Place findFile(const QString& groupDirectory, const std::vector<QString>& others, const QString& name)
-{
-    Place best = lookIn(groupDirectory, name);
-    for (const QString& directory : others) {
-        if (directory == groupDirectory) {
-            continue;
-        }
-        const Place place = lookIn(directory, name);
-        if (!place.unfinished.isEmpty() && (best.unfinished.isEmpty() || place.changed > best.changed)) {
-            best = place;
-        }
-    }
-    if (best.unfinished.isEmpty() && !QFileInfo::exists(groupDirectory + QLatin1Char('/') + name)) {
-        for (const QString& directory : others) {
-            if (QFileInfo::exists(directory + QLatin1Char('/') + name)) {
-                return {directory, {}, {}};
-            }
-        }
-    }
-    return best;
-}
 
 }  // namespace
 
@@ -126,7 +80,8 @@ struct ZelvoClient::Private {
     [[nodiscard]] std::uint32_t add(const QString& name, const QString& guid);
     [[nodiscard]] FileRow find(const Address& address);
     QString open(const Address& address, LockState state);
-    QString openOriginal(OpenFile& opened, LockState state);
+    QString openOriginal(OpenFile& opened);
+    QString openEdited(const FileRow& file);
     QString openStored(OpenFile& opened, LockState state);
     QString fetchForReading(const FileRow& file);
     QString fetchForWriting(OpenFile& opened);
@@ -152,13 +107,18 @@ std::uint32_t ZelvoClient::Private::add(const QString& name, const QString& guid
         throw ArchiveError(QStringLiteral("the archive has no group \"%1\" of this station").arg(guid),
                            ZelvoError::UnknownGroup);
     }
-    const Place place = findFile(group->directory, station->journal().directoriesOf(group->owner), name);
+    // Two recorders of one process share one group name, so a file may lie in the directory of another group than the
+    // one it is added to.
+    std::vector<QString> directories = station->journal().directoriesOf(group->owner);
+    directories.insert(directories.begin(), group->directory);
+    const NewFile found = findNewFile(directories, name, *station, files);
     FileRow file;
     file.guid = guid;
     file.name = name;
     file.station = station->name();
-    file.localPath = place.directory + QLatin1Char('/') + name;
-    file.unfinished = place.unfinished;
+    file.localPath = found.directory + QLatin1Char('/') + name;
+    file.unfinished = found.unfinished;
+    file.origin = found.origin;
     file.createdMs = currentMs();
     return station->journal().addFile(file);
 }
@@ -198,24 +158,38 @@ QString ZelvoClient::Private::open(const Address& address, LockState state)
     }
     // It may have been moved until the lock was there; from now on it stays where it is.
     opened.file = find(address);
+    opened.state = state;
     const FileState where = opened.file.state;
-    const bool isHere =
-        where == FileState::Waiting || (where == FileState::Edited && opened.file.station == station->name());
-    QString path = isHere ? openOriginal(opened, state) : openStored(opened, state);
+    const bool isEditedHere = where == FileState::Edited && opened.file.station == station->name();
+    QString path = where == FileState::Waiting ? openOriginal(opened)
+                   : isEditedHere              ? openEdited(opened.file)
+                                               : openStored(opened, state);
     openFiles.emplace(key, std::move(opened));
     return path;
 }
 
-QString ZelvoClient::Private::openOriginal(OpenFile& opened, LockState /*state*/)
+QString ZelvoClient::Private::openOriginal(OpenFile& opened)
 {
     const FileRow& file = opened.file;
-    QString path = file.station == station->name() ? station->originalPath(file) : QString();
-    if (path.isEmpty()) {
+    if (file.station != station->name() || !station->own(file)) {
         throw ArchiveError(QStringLiteral("%1 still lies at the station \"%2\"").arg(file.address(), file.station),
                            ZelvoError::Elsewhere);
     }
+    const Original original = findOriginal(file, *station, files);
+    if (original.state != Original::State::Finished) {
+        throw ArchiveError(QStringLiteral("%1 is not to be had yet: %2").arg(file.address(), original.why),
+                           ZelvoError::UnknownFile);
+    }
+    opened.originalPath = original.path;
+    opened.original = original.identity;
+    return original.path;
+}
+
+QString ZelvoClient::Private::openEdited(const FileRow& file)
+{
+    QString path = station->originalPath(file);
     if (files.kind(path) != FileKind::File) {
-        throw ArchiveError(QStringLiteral("%1 is not finished yet: there is no file %2").arg(file.address(), path),
+        throw ArchiveError(QStringLiteral("the newer version of %1 is not there: %2").arg(file.address(), path),
                            ZelvoError::UnknownFile);
     }
     return path;
@@ -280,6 +254,13 @@ QString ZelvoClient::Private::fetchForWriting(OpenFile& opened)
 
 void ZelvoClient::Private::close(OpenFile& opened)
 {
+    if (opened.state == LockState::Exclusive && !opened.originalPath.isEmpty()) {
+        // A program that saves may have put a new file in the place of the old one.
+        const QString now = files.identity(opened.originalPath).lasting();
+        if (now != opened.original.lasting()) {
+            station->origins().change(opened.file.where(), now);
+        }
+    }
     if (opened.editedPath.isEmpty()) {
         return;
     }

@@ -4,8 +4,8 @@
 #include <exception>
 
 #include <QCoreApplication>
-#include <QFile>
-#include <QFileInfo>
+#include <QLibrary>
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QUrl>
 #include <QUrlQuery>
@@ -43,6 +43,21 @@ void setUp(QSqlDatabase& database, const QUrl& url)
     const QString ssl = query.queryItemValue(QStringLiteral("sslmode"));
     const bool plainWord = !ssl.isEmpty() && !ssl.contains(QLatin1Char(';')) && !ssl.contains(QLatin1Char(' '));
     database.setConnectOptions(plainWord ? PostgresOptions + QStringLiteral(";sslmode=") + ssl : PostgresOptions);
+}
+
+// What the server says beside its answers, such as that it is going down, libpq would print.
+void silence(const QSqlDatabase& database)
+{
+    using Processor = void (*)(void*, const char*);
+    using SetProcessor = Processor (*)(void*, Processor, void*);
+    const QVariant handle = database.driver()->handle();
+    constexpr int LibraryVersion = 5;
+    const auto setProcessor =
+        reinterpret_cast<SetProcessor>(QLibrary::resolve(QStringLiteral("pq"), LibraryVersion, "PQsetNoticeProcessor"));
+    if (setProcessor != nullptr && qstrcmp(handle.typeName(), "PGconn*") == 0) {
+        setProcessor(
+            *static_cast<void* const*>(handle.constData()), [](void* /*data*/, const char* /*text*/) {}, nullptr);
+    }
 }
 
 }  // namespace
@@ -94,6 +109,9 @@ void Database::open()
             database = QSqlDatabase();
             fail(QStringLiteral("open"), error);
         }
+        if (m_postgres) {
+            silence(database);
+        }
     }
     configure();
 }
@@ -110,16 +128,23 @@ void Database::configure()
     // What the registry says must outlast a power cut before an original is deleted.
     run(QStringLiteral("PRAGMA synchronous = FULL"));
     run(QStringLiteral("PRAGMA foreign_keys = ON"));
+    for (const QString& statement : journalStatements()) {
+        run(statement);
+    }
 }
 
 void Database::close()
 {
     m_open = false;
-    m_prepared.clear();
+    if (!m_postgres) {
+        m_prepared.clear();
+    }
     if (QSqlDatabase::contains(m_connection)) {
         QSqlDatabase::database(m_connection, false).close();
         QSqlDatabase::removeDatabase(m_connection);
     }
+    // Those of PostgreSQL last: with a connection they would tell the server of their end, and print when it is away.
+    m_prepared.clear();
 }
 
 void Database::fail(const QString& operation, const QSqlError& error)
@@ -205,12 +230,8 @@ void Database::atomically(const std::function<void()>& work)
 
 void Database::makeTables()
 {
-    if (!m_postgres && !QFileInfo::exists(m_address)) {
-        QFile file(m_address);
-        if (!file.open(QIODevice::WriteOnly | QIODevice::Append)) {
-            throw ArchiveError(QStringLiteral("cannot make %1: %2").arg(m_address, file.errorString()));
-        }
-        file.setPermissions(permissionsOf(m_fileMode));
+    if (!m_postgres) {
+        createEmpty(m_address, m_fileMode);
     }
     atomically([this] {
         if (m_postgres) {

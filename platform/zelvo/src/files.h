@@ -41,8 +41,12 @@ struct FileIdentity {
     std::uint64_t number = 0;
     std::int64_t bytes = 0;
     std::int64_t changedNs = 0;
+    std::int64_t bornNs = 0;  ///< 0 where the system does not keep it
 
     bool operator==(const FileIdentity&) const = default;
+    /// What stays the same under every name and whatever is written. Not the device: its number is given anew when it
+    /// is mounted.
+    [[nodiscard]] QString lasting() const { return QStringLiteral("%1:%2").arg(number).arg(bornNs); }
 };
 
 struct Digest {
@@ -69,7 +73,8 @@ public:
     /// Makes one directory where there is none. syncDirectory() of the one above makes it last.
     virtual void makeDirectory(const QString& path, unsigned mode);
     /// Writes a new file with the bytes of another and has them on the device when it returns. A file that it could not
-    /// finish is removed. @return of the bytes that were read
+    /// finish is removed. What is no ordinary file is not opened: a pipe would be waited for.
+    /// @param mode less the process's mask @return of the bytes that were read
     virtual Digest copy(const QString& from, const QString& to, unsigned mode, const StopWish& stop);
     /// Reads the file from the device where the system can be asked to.
     [[nodiscard]] virtual Digest digest(const QString& path, const StopWish& stop) const;
@@ -81,9 +86,16 @@ public:
     virtual void remove(const QString& path);
     /// Marks a file as just used. A failure only makes it look older.
     virtual void touch(const QString& path);
-    /// Writes a small file under a temporary name and renames it, replacing what is there, lasting.
+    /// Writes a small file under a temporary name and renames it, replacing what is there, lasting. @param mode less
+    /// the process's mask
     virtual void write(const QString& path, const QByteArray& bytes, unsigned mode);
 };
+
+/// Makes an empty file where there is none. @param mode less the process's mask @throws FileError
+void createEmpty(const QString& path, unsigned mode);
+
+/// Whether this process has the file open. False also where the system does not tell.
+[[nodiscard]] bool isOpenHere(const FileIdentity& file);
 
 /// The folder beside the program in which its own plug-ins may lie; empty where Qt finds them by itself.
 [[nodiscard]] QString ownPluginFolder();

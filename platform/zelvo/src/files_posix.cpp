@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <ctime>
@@ -5,6 +6,7 @@
 #include <vector>
 
 #include <QCryptographicHash>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QUuid>
@@ -12,6 +14,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include "files.h"
@@ -92,23 +95,50 @@ private:
     int m_number;
 };
 
-FileIdentity identityOf(const struct stat& info)
+std::int64_t nanosecondsOf(const struct statx_timestamp& time)
 {
     constexpr std::int64_t nanoseconds = 1'000'000'000;
-    return {info.st_dev, info.st_ino, info.st_size, info.st_mtim.tv_sec * nanoseconds + info.st_mtim.tv_nsec};
+    return time.tv_sec * nanoseconds + time.tv_nsec;
+}
+
+// Of an open file with an empty name, else of the name; a link is not followed.
+FileIdentity identityAt(int descriptor, const QByteArray& name, const QString& path)
+{
+    struct statx info = {};
+    const int flags = AT_SYMLINK_NOFOLLOW | (name.isEmpty() ? AT_EMPTY_PATH : 0);
+    if (::statx(descriptor, name.constData(), flags, STATX_BASIC_STATS | STATX_BTIME, &info) != 0) {
+        fail("look at", path);
+    }
+    if (!S_ISREG(info.stx_mode)) {
+        throw FileError(FileError::Kind::NotAFile, QStringLiteral("%1 is no ordinary file").arg(path));
+    }
+    return {makedev(info.stx_dev_major, info.stx_dev_minor), info.stx_ino, static_cast<std::int64_t>(info.stx_size),
+            nanosecondsOf(info.stx_mtime), (info.stx_mask & STATX_BTIME) != 0 ? nanosecondsOf(info.stx_btime) : 0};
 }
 
 FileIdentity identityOf(const Descriptor& file, const QString& path)
 {
-    struct stat info = {};
-    if (::fstat(file.number(), &info) != 0) {
-        fail("look at", path);
-    }
-    if (!S_ISREG(info.st_mode)) {
-        throw FileError(FileError::Kind::NotAFile, QStringLiteral("%1 is no file").arg(path));
-    }
-    return identityOf(info);
+    return identityAt(file.number(), {}, path);
 }
+
+// Opening a pipe waits for who writes into it, and opening a device may do something, so the name is looked at before;
+// whatever has taken its place since is not waited for, and refused when it is read.
+class Source : public Descriptor {
+public:
+    explicit Source(const QString& path) : Descriptor(checked(path), O_RDONLY | O_NONBLOCK | O_NOCTTY)
+    {
+        if (!good()) {
+            fail("open", path);
+        }
+    }
+
+private:
+    static const QString& checked(const QString& path)
+    {
+        static_cast<void>(identityAt(AT_FDCWD, nativeName(path), path));
+        return path;
+    }
+};
 
 void writeAll(const Descriptor& file, const char* bytes, std::size_t size, const QString& path)
 {
@@ -201,14 +231,7 @@ FileKind Files::kind(const QString& path) const
 
 FileIdentity Files::identity(const QString& path) const
 {
-    struct stat info = {};
-    if (::lstat(nativeName(path).constData(), &info) != 0) {
-        fail("look at", path);
-    }
-    if (!S_ISREG(info.st_mode)) {
-        throw FileError(FileError::Kind::NotAFile, QStringLiteral("%1 is no file").arg(path));
-    }
-    return identityOf(info);
+    return identityAt(AT_FDCWD, nativeName(path), path);
 }
 
 void Files::makeDirectory(const QString& path, unsigned mode)
@@ -227,11 +250,8 @@ void Files::makeDirectory(const QString& path, unsigned mode)
 
 Digest Files::copy(const QString& from, const QString& to, unsigned mode, const StopWish& stop)
 {
-    const Descriptor source(from, O_RDONLY);
-    if (!source.good()) {
-        fail("open", from);
-    }
-    Descriptor target(to, O_WRONLY | O_CREAT | O_EXCL, 0600);
+    const Source source(from);
+    Descriptor target(to, O_WRONLY | O_CREAT | O_EXCL, mode);
     if (!target.good()) {
         fail("make", to);
     }
@@ -239,9 +259,6 @@ Digest Files::copy(const QString& from, const QString& to, unsigned mode, const 
         Digest result = readAll(source, from, stop, [&target, &to](const char* bytes, std::size_t size) {
             writeAll(target, bytes, size, to);
         });
-        if (::fchmod(target.number(), mode) != 0) {
-            fail("set the permissions of", to);
-        }
         flush(target, to);
         if (!target.close()) {
             fail("write", to);
@@ -255,10 +272,7 @@ Digest Files::copy(const QString& from, const QString& to, unsigned mode, const 
 
 Digest Files::digest(const QString& path, const StopWish& stop) const
 {
-    const Descriptor file(path, O_RDONLY);
-    if (!file.good()) {
-        fail("open", path);
-    }
+    const Source file(path);
 #if defined(POSIX_FADV_DONTNEED)
     // Only advice: pages that are still in memory would hide what the device kept.
     static_cast<void>(::posix_fadvise(file.number(), 0, 0, POSIX_FADV_DONTNEED));
@@ -325,14 +339,11 @@ void Files::touch(const QString& path)
 void Files::write(const QString& path, const QByteArray& bytes, unsigned mode)
 {
     const QString temporary = path + QLatin1Char('.') + QUuid::createUuid().toString(QUuid::Id128);
-    Descriptor file(temporary, O_WRONLY | O_CREAT | O_EXCL, 0600);
+    Descriptor file(temporary, O_WRONLY | O_CREAT | O_EXCL, mode);
     if (!file.good()) {
         fail("make", temporary);
     }
     writeAll(file, bytes.constData(), static_cast<std::size_t>(bytes.size()), temporary);
-    if (::fchmod(file.number(), mode) != 0) {
-        fail("set the permissions of", temporary);
-    }
     flush(file, temporary);
     if (!file.close() || ::rename(nativeName(temporary).constData(), nativeName(path).constData()) != 0) {
         fail("write", path);
@@ -393,6 +404,24 @@ bool FileLock::isHeld(const QString& path)
         fail("open", path);
     }
     return ::flock(file.number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+}
+
+void createEmpty(const QString& path, unsigned mode)
+{
+    const Descriptor file(path, O_WRONLY | O_CREAT | O_EXCL, mode);
+    if (!file.good() && errno != EEXIST) {
+        fail("make", path);
+    }
+}
+
+bool isOpenHere(const FileIdentity& file)
+{
+    const QDir descriptors(QStringLiteral("/proc/self/fd"));
+    const QStringList numbers = descriptors.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
+    return std::any_of(numbers.begin(), numbers.end(), [&file](const QString& number) {
+        struct stat info = {};
+        return ::fstat(number.toInt(), &info) == 0 && info.st_dev == file.device && info.st_ino == file.number;
+    });
 }
 
 QString ownPluginFolder()

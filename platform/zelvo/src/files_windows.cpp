@@ -88,14 +88,18 @@ FileIdentity identityOf(const Handle& file, const QString& path)
         fail("look at", path);
     }
     if ((info.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) != 0) {
-        throw FileError(FileError::Kind::NotAFile, QStringLiteral("%1 is no file").arg(path));
+        throw FileError(FileError::Kind::NotAFile, QStringLiteral("%1 is no ordinary file").arg(path));
     }
     const auto joined = [](DWORD high, DWORD low) { return (std::uint64_t{high} << 32U) | low; };
-    constexpr std::int64_t NanosecondsPerTick = 100;
+    const auto nanosecondsOf = [&joined](const FILETIME& time) {
+        constexpr std::int64_t NanosecondsPerTick = 100;
+        constexpr std::int64_t Ticks1601To1970 = 116'444'736'000'000'000;
+        const auto ticks = static_cast<std::int64_t>(joined(time.dwHighDateTime, time.dwLowDateTime));
+        return (ticks - Ticks1601To1970) * NanosecondsPerTick;
+    };
     return {info.dwVolumeSerialNumber, joined(info.nFileIndexHigh, info.nFileIndexLow),
             static_cast<std::int64_t>(joined(info.nFileSizeHigh, info.nFileSizeLow)),
-            static_cast<std::int64_t>(joined(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime)) *
-                NanosecondsPerTick};
+            nanosecondsOf(info.ftLastWriteTime), nanosecondsOf(info.ftCreationTime)};
 }
 
 void writeAll(const Handle& file, const char* bytes, std::size_t size, const QString& path)
@@ -339,6 +343,20 @@ bool FileLock::isHeld(const QString& path)
 }
 
 // Qt looks there only in processes with an application object, which rectool and hosts of the library may not have.
+void createEmpty(const QString& path, unsigned /*mode*/)
+{
+    const Handle file(path, GENERIC_WRITE, ShareAll, CREATE_NEW);
+    const DWORD code = GetLastError();
+    if (!file.good() && kindOf(code) != FileError::Kind::Exists) {
+        fail("make", path, code);
+    }
+}
+
+bool isOpenHere(const FileIdentity& /*file*/)
+{
+    return false;
+}
+
 QString ownPluginFolder()
 {
     constexpr DWORD Most = 32'768;

@@ -187,9 +187,9 @@ bool MoverCore::isFinished(Group& group)
         if (file.state != FileState::Waiting || file.localPath.isEmpty()) {
             continue;
         }
-        const QString why = whyUnfinished(file, row.owner);
-        if (!why.isEmpty()) {
-            note(file, why);
+        const Original original = findOriginal(file, *m_station, m_files);
+        if (original.state == Original::State::Unfinished) {
+            note(file, original.why);
             return false;
         }
         // Its last name says nothing about whether it is finished.
@@ -198,25 +198,6 @@ bool MoverCore::isFinished(Group& group)
         }
     }
     return true;
-}
-
-// Empty for a finished one.
-QString MoverCore::whyUnfinished(const FileRow& file, const QString& owner) const
-{
-    const QString name = file.unfinished.isEmpty() ? unfinishedName(file.name) : file.unfinished;
-    const QString path = QFileInfo(file.localPath).path() + QLatin1Char('/') + name;
-    if (m_files.kind(path) != FileKind::Missing) {
-        return m_station->ownerLives(owner)
-                   ? QStringLiteral("is still recorded as %1").arg(path)
-                   : QStringLiteral("waits until %1, whose recorder ended, is recovered").arg(path);
-    }
-    // A recorder removes its journal when the file is whole, before it asks for the move.
-    const QString journal = path + QStringLiteral(".journal");
-    if (m_files.kind(journal) != FileKind::Missing) {
-        return QStringLiteral("waits until it is recovered: closing it had failed, and %1 can make it whole")
-            .arg(journal);
-    }
-    return {};
 }
 
 // @return false when the storage went away
@@ -254,13 +235,13 @@ MoverCore::Outcome MoverCore::attempt(FileRow& file, std::int64_t createdMs, con
 {
     try {
         if (file.state == FileState::Stored) {
-            return finish(file, file.version > 1 ? QString() : file.localPath, nullptr, stop);
+            return finish(file, file.version > 1 ? QString() : originalOf(file).path, nullptr, stop);
         }
         return store(file, createdMs, stop);
     } catch (const FileError& error) {
         fail(file, error.text());
         if (error.kind() == FileError::Kind::Full) {
-            m_fullFromBytes = QFileInfo(file.localPath).size();
+            m_fullFromBytes = m_triedBytes;
         }
         if (error.kind() != FileError::Kind::Away) {
             return Outcome::Failed;
@@ -275,41 +256,51 @@ MoverCore::Outcome MoverCore::attempt(FileRow& file, std::int64_t createdMs, con
     }
 }
 
+// What is to be stored: for an edited file the version in its folder.
+Original MoverCore::originalOf(const FileRow& file)
+{
+    if (file.state != FileState::Edited) {
+        return findOriginal(file, *m_station, m_files);
+    }
+    if (m_files.kind(file.localPath) == FileKind::Missing) {
+        return {Original::State::Missing, {}, {}, QStringLiteral("%1 is missing").arg(file.localPath)};
+    }
+    return {Original::State::Finished, file.localPath, m_files.identity(file.localPath), {}};
+}
+
 MoverCore::Outcome MoverCore::store(FileRow& file, std::int64_t createdMs, const StopWish& stop)
 {
-    const QString original = file.localPath;
-    if (original.isEmpty()) {
-        return fail(file, QStringLiteral("the journal of station \"%1\" does not know the file").arg(file.station));
-    }
     std::unique_ptr<FileLock> lock = m_station->lock(file.where(), FileLock::Mode::Shared);
     if (lock == nullptr) {
         note(file, QStringLiteral("is open for writing"));
         return Outcome::Waits;
     }
-    if (m_files.kind(original) == FileKind::Missing) {
-        return originalIsMissing(file, original);
+    const Original original = originalOf(file);
+    if (original.state != Original::State::Finished) {
+        return originalIsMissing(file, original.why);
     }
-    if (m_fullFromBytes > 0 && m_files.identity(original).bytes >= m_fullFromBytes) {
+    if (m_fullFromBytes > 0 && original.identity.bytes >= m_fullFromBytes) {
         return Outcome::Waits;
     }
+    m_triedBytes = original.identity.bytes;
     StoredCopy copy;
     copy.version = file.state == FileState::Edited ? file.version + 1 : file.version;
     copy.path = storedName(createdMs, file.where(), copy.version, file.name);
     const Digest digest = copyToStorage(file, original, copy.path, stop);
     copy.bytes = digest.bytes;
     copy.sha256 = QString::fromLatin1(digest.sha256);
-    if (!m_station->registry().recordStored(file, copy, m_clock())) {
+    if (!m_station->registry().recordStored(file, copy, m_clock(), m_station->origins().sharing(file.where()))) {
         return fail(file, QStringLiteral("the registry changed while the file was moved"));
     }
     m_report.bytes += digest.bytes;
     lock.reset();
     const std::optional<FileRow> stored = m_station->registry().file(file.where());
-    return stored ? finish(*stored, original, &digest.identity, stop)
+    return stored ? finish(*stored, original.path, &digest.identity, stop)
                   : fail(file, QStringLiteral("the registry lost the file while it was moved"));
 }
 
 // Copy, flush, read back and compare, rename. Nothing that is there under the final name is ever replaced.
-Digest MoverCore::copyToStorage(const FileRow& file, const QString& original, const QString& storedPath,
+Digest MoverCore::copyToStorage(const FileRow& file, const Original& original, const QString& storedPath,
                                 const StopWish& stop)
 {
     const QString target = m_storage.path(storedPath);
@@ -318,7 +309,12 @@ Digest MoverCore::copyToStorage(const FileRow& file, const QString& original, co
     const QString temporary = temporaryPath(target, file, file.version);
     m_files.remove(temporary);
     if (!isStoredAlready(original, target, digest, stop)) {
-        digest = m_files.copy(original, temporary, m_configuration.fileMode, stop);
+        digest = m_files.copy(original.path, temporary, m_configuration.fileMode, stop);
+        if (digest.identity.lasting() != original.identity.lasting()) {
+            m_files.remove(temporary);
+            throw FileError(FileError::Kind::Changed,
+                            QStringLiteral("%1 became another file while it was moved").arg(original.path));
+        }
         const Digest back = m_files.digest(temporary, stop);
         if (back.sha256 != digest.sha256) {
             m_files.remove(temporary);
@@ -331,13 +327,13 @@ Digest MoverCore::copyToStorage(const FileRow& file, const QString& original, co
     return digest;
 }
 
-bool MoverCore::isStoredAlready(const QString& original, const QString& target, Digest& digest,
+bool MoverCore::isStoredAlready(const Original& original, const QString& target, Digest& digest,
                                 const StopWish& stop) const
 {
     if (m_files.kind(target) == FileKind::Missing) {
         return false;
     }
-    digest = m_files.digest(original, stop);
+    digest = m_files.digest(original.path, stop);
     if (m_files.kind(target) != FileKind::File || m_files.digest(target, stop).sha256 != digest.sha256) {
         throw FileError(FileError::Kind::Exists,
                         QStringLiteral("%1 exists already and is another file; it is not replaced").arg(target));
@@ -345,12 +341,13 @@ bool MoverCore::isStoredAlready(const QString& original, const QString& target, 
     return true;
 }
 
-MoverCore::Outcome MoverCore::originalIsMissing(const FileRow& file, const QString& original)
+MoverCore::Outcome MoverCore::originalIsMissing(const FileRow& file, const QString& why)
 {
-    if (file.state == FileState::Waiting && m_station->registry().recordSame(file)) {
+    if (file.state == FileState::Waiting &&
+        m_station->registry().recordSame(file, m_station->origins().sharing(file.where()))) {
         return Outcome::Waits;
     }
-    return fail(file, QStringLiteral("%1 is missing").arg(original));
+    return fail(file, why);
 }
 
 // Deletes what the verified copy replaces: the original and an older version in the storage.
@@ -373,6 +370,7 @@ MoverCore::Outcome MoverCore::finish(const FileRow& file, const QString& origina
         if (same) {
             m_files.remove(path);
             m_files.syncDirectory(QFileInfo(path).path());
+            m_station->origins().forget(file.where());
         } else {
             m_report.messages +=
                 QStringLiteral("%1: %2 changed since it was stored and stays").arg(file.address(), path);

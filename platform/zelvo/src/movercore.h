@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "files.h"
+#include "originals.h"
 #include "station.h"
 #include "storage.h"
 
@@ -31,14 +32,15 @@ private:
     [[nodiscard]] bool storageIsThere();
     bool moveGroup(Group& group, const StopWish& stop);
     [[nodiscard]] bool isFinished(Group& group);
-    [[nodiscard]] QString whyUnfinished(const FileRow& file, const QString& owner) const;
     [[nodiscard]] bool moveOne(FileRow& file, std::int64_t createdMs, const StopWish& stop);
     Outcome attempt(FileRow& file, std::int64_t createdMs, const StopWish& stop);
     Outcome store(FileRow& file, std::int64_t createdMs, const StopWish& stop);
-    Digest copyToStorage(const FileRow& file, const QString& original, const QString& storedPath, const StopWish& stop);
-    [[nodiscard]] bool isStoredAlready(const QString& original, const QString& target, Digest& digest,
+    [[nodiscard]] Original originalOf(const FileRow& file);
+    Digest copyToStorage(const FileRow& file, const Original& original, const QString& storedPath,
+                         const StopWish& stop);
+    [[nodiscard]] bool isStoredAlready(const Original& original, const QString& target, Digest& digest,
                                        const StopWish& stop) const;
-    Outcome originalIsMissing(const FileRow& file, const QString& original);
+    Outcome originalIsMissing(const FileRow& file, const QString& why);
     Outcome finish(const FileRow& file, const QString& original, const FileIdentity* known, const StopWish& stop);
     [[nodiscard]] bool isTheStoredOne(const FileRow& file, const QString& original, const StopWish& stop);
     Outcome fail(const FileRow& file, const QString& sentence);
@@ -62,6 +64,7 @@ private:
     QString m_registryProblem;
     std::int64_t m_storageAttempts = 0;
     std::int64_t m_fullFromBytes = 0;  ///< in this run no file of this size or larger is tried; 0: all are
+    std::int64_t m_triedBytes = 0;     ///< of the last one
     std::int64_t m_heartbeatMs = 0;
 };
 

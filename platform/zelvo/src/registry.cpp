@@ -1,5 +1,7 @@
 #include "registry.h"
 
+#include <algorithm>
+
 #include <QVariant>
 
 namespace Zelvo {
@@ -167,6 +169,7 @@ std::uint32_t Registry::addFile(const FileRow& file)
         m_database.select(QStringLiteral("SELECT COALESCE(MAX(id), 0) + 1 FROM group_files WHERE guid = ?"),
                           {bound(added.guid)}, [&added](const QSqlQuery& row) { added.id = row.value(0).toUInt(); });
         m_database.change(InsertFile, valuesOf(added));
+        Origins(m_database).note(added.where(), added.origin);
     });
     return added.id;
 }
@@ -320,7 +323,8 @@ void Registry::abandon(const QString& station, const QString& owner)
                       {bound(station), bound(owner)});
 }
 
-bool Registry::recordStored(const FileRow& file, const StoredCopy& copy, std::int64_t nowMs)
+bool Registry::recordStored(const FileRow& file, const StoredCopy& copy, std::int64_t nowMs,
+                            const std::vector<Address>& same)
 {
     bool recorded = false;
     m_database.atomically([&] {
@@ -339,12 +343,8 @@ bool Registry::recordStored(const FileRow& file, const StoredCopy& copy, std::in
                                              "error = '' WHERE guid = ? AND id = ? AND station = ? AND state = ? "
                                              "AND version = ?"),
                               values + keyOf(file.where()) + known) == 1;
-        if (recorded && file.state == FileState::Waiting) {
-            m_database.change(QStringLiteral("UPDATE group_files SET state = ?, same_guid = ?, same_id = ?, "
-                                             "attempts = 0, next_try = 0, error = '' WHERE station = ? "
-                                             "AND local_path = ? AND state = 0 AND created <= ?"),
-                              QVariantList{bound(static_cast<std::int64_t>(FileState::Same))} + keyOf(file.where()) +
-                                  QVariantList{bound(file.station), bound(file.localPath), bound(nowMs)});
+        for (const Address& other : recorded&& file.state == FileState::Waiting ? same : std::vector<Address>()) {
+            markSame(other, file.where());
         }
     });
     return recorded;
@@ -379,20 +379,22 @@ void Registry::recordNote(const FileRow& file, const QString& note)
                       QVariantList{bound(note)} + keyOf(file.where()));
 }
 
-bool Registry::recordSame(const FileRow& file)
+bool Registry::recordSame(const FileRow& file, const std::vector<Address>& same)
 {
-    const std::vector<FileRow> others =
-        selectFiles(QStringLiteral("WHERE f.station = ? AND f.local_path = ? AND f.moved >= ? "
-                                   "AND f.state IN (1, 2, 3, 4) ORDER BY f.moved DESC LIMIT 1"),
-                    {bound(file.station), bound(file.localPath), bound(file.createdMs)});
-    if (others.empty()) {
-        return false;
-    }
-    return m_database.change(QStringLiteral("UPDATE group_files SET state = ?, same_guid = ?, same_id = ?, "
-                                            "attempts = 0, next_try = 0, error = '' "
-                                            "WHERE guid = ? AND id = ? AND state = 0"),
-                             QVariantList{bound(static_cast<std::int64_t>(FileState::Same))} +
-                                 keyOf(others.front().where()) + keyOf(file.where())) == 1;
+    return std::any_of(same.begin(), same.end(), [&](const Address& address) {
+        const std::optional<FileRow> other = this->file(address);
+        return other && other->state != FileState::Waiting && other->state != FileState::Same &&
+               other->movedMs >= file.createdMs && markSame(file.where(), address);
+    });
+}
+
+bool Registry::markSame(const Address& address, const Address& counts)
+{
+    return m_database.change(
+               QStringLiteral("UPDATE group_files SET state = ?, same_guid = ?, same_id = ?, "
+                              "attempts = 0, next_try = 0, error = '' "
+                              "WHERE guid = ? AND id = ? AND state = 0"),
+               QVariantList{bound(static_cast<std::int64_t>(FileState::Same))} + keyOf(counts) + keyOf(address)) == 1;
 }
 
 std::int64_t Registry::forgetPauses(const QString& station, const QString& guid)
@@ -563,8 +565,10 @@ void Registry::prune(Registry& journal, Registry& shared, const std::function<bo
             continue;
         }
         journal.m_database.atomically([&journal, &group] {
-            journal.m_database.change(QStringLiteral("DELETE FROM group_files WHERE guid = ?"),
-                                      {bound(group.data.guid)});
+            for (const char* table : {"file_origins", "group_files"}) {
+                journal.m_database.change(QStringLiteral("DELETE FROM %1 WHERE guid = ?").arg(QLatin1String(table)),
+                                          {bound(group.data.guid)});
+            }
             journal.m_database.change(QStringLiteral("DELETE FROM file_groups WHERE guid = ?"),
                                       {bound(group.data.guid)});
         });

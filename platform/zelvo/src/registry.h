@@ -11,6 +11,7 @@
 
 #include "database.h"
 #include "names.h"
+#include "origins.h"
 
 namespace Zelvo {
 
@@ -29,6 +30,7 @@ struct FileRow : FileInfo {
     QString writer;   ///< the owner that has it open for writing; empty: nobody
     QString writerStation;
     std::int64_t writerUntilMs = 0;
+    Origin origin;  ///< of one that is added; the journal alone keeps it
 
     [[nodiscard]] Address where() const { return {guid, id}; }
 };
@@ -77,16 +79,18 @@ public:
     [[nodiscard]] std::vector<PendingFile> pending(const QString& station);
     [[nodiscard]] std::vector<QString> openOwners(const QString& station);
     void abandon(const QString& station, const QString& owner);
-    /// The storage has this version now. Other registrations of the same original become FileState::Same.
+    /// The storage has this version now.
+    /// @param same other registrations of the same original; they become FileState::Same
     /// @return false when the file is not any more what the mover knew
-    bool recordStored(const FileRow& file, const StoredCopy& copy, std::int64_t nowMs);
+    bool recordStored(const FileRow& file, const StoredCopy& copy, std::int64_t nowMs,
+                      const std::vector<Address>& same);
     void recordMoved(const FileRow& file);
     /// The storage does not have it any more, but the original is still there.
     void recordLost(const FileRow& file);
     void recordFailure(const FileRow& file, const QString& error, std::int64_t nextTryMs);
     void recordNote(const FileRow& file, const QString& note);
     /// When another registration of the same original was moved after this one was made.
-    bool recordSame(const FileRow& file);
+    bool recordSame(const FileRow& file, const std::vector<Address>& same);
     std::int64_t forgetPauses(const QString& station, const QString& guid);
     /// Those of groups whose time is over, and removed ones whose copy is still to be deleted.
     [[nodiscard]] std::vector<FileRow> expired(const QString& station, std::int64_t nowMs);
@@ -119,6 +123,7 @@ public:
 
 private:
     [[nodiscard]] std::vector<FileRow> selectFiles(const QString& condition, const QVariantList& values);
+    bool markSame(const Address& address, const Address& counts);
     [[nodiscard]] std::vector<GroupRow> selectGroups(const QString& condition, const QVariantList& values);
 
     Database& m_database;

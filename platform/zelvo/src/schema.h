@@ -1,7 +1,6 @@
 // The tables of a registry, the same in SQLite and PostgreSQL.
 #pragma once
 
-#include <QFileDevice>
 #include <QString>
 #include <QStringList>
 
@@ -9,14 +8,15 @@ namespace Zelvo {
 
 inline const QString SchemaVersion = QStringLiteral("1");
 
-[[nodiscard]] inline QFileDevice::Permissions permissionsOf(unsigned mode)
+/// What a journal alone has. Made when it is opened: journals of older programs lack it.
+[[nodiscard]] inline QStringList journalStatements()
 {
-    // Qt counts user, group and others in hexadecimal digits where the system counts in octal ones.
-    constexpr unsigned Digit = 7;
-    const unsigned user = (mode >> 6U) & Digit;
-    const unsigned group = (mode >> 3U) & Digit;
-    const unsigned others = mode & Digit;
-    return QFileDevice::Permissions(static_cast<int>((user << 12U) | (user << 8U) | (group << 4U) | others));
+    return {
+        QStringLiteral("CREATE TABLE IF NOT EXISTS file_origins (guid TEXT NOT NULL, id BIGINT NOT NULL, "
+                       "file TEXT NOT NULL, journaled BIGINT NOT NULL, deleted BIGINT NOT NULL DEFAULT 0, "
+                       "PRIMARY KEY (guid, id))"),
+        QStringLiteral("CREATE INDEX IF NOT EXISTS file_origins_file ON file_origins (file)"),
+    };
 }
 
 [[nodiscard]] inline QStringList schemaStatements()

@@ -92,7 +92,8 @@ Station::Station(const ArchiveConfiguration& checked)
     : m_configuration(checked),
       m_paths(checked.directory),
       m_journalDatabase(m_paths.journal(), checked.fileMode),
-      m_journal(m_journalDatabase)
+      m_journal(m_journalDatabase),
+      m_origins(m_journalDatabase)
 {
     const QStringList identity = readIdentity(m_paths);
     if (identity[0] != checked.station) {
@@ -178,16 +179,18 @@ QString Station::cachedPath(const FileRow& file) const
     return pathOfVersion(m_paths.cache(), file);
 }
 
+std::optional<FileRow> Station::own(const FileRow& file)
+{
+    return isShared() ? m_journal.file(file.where()) : std::optional(file);
+}
+
 QString Station::originalPath(const FileRow& file)
 {
     if (file.state == FileState::Edited) {
         return editedPath(file);
     }
-    if (!isShared()) {
-        return file.localPath;
-    }
-    const std::optional<FileRow> own = m_journal.file(file.where());
-    return own ? own->localPath : QString();
+    const std::optional<FileRow> registered = own(file);
+    return registered ? registered->localPath : QString();
 }
 
 }  // namespace Zelvo

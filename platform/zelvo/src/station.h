@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include <QString>
 
@@ -43,9 +44,13 @@ public:
     /// Where the edited version of a file lies, by its name and version alone.
     [[nodiscard]] QString editedPath(const FileRow& file) const;
     [[nodiscard]] QString cachedPath(const FileRow& file) const;
-    /// Where the original of a waiting file lies; empty when this station does not know it. What a shared registry
-    /// says of paths is not believed.
+    /// The file as this station registered it; nothing when it did not. What a shared registry says of paths is not
+    /// believed.
+    [[nodiscard]] std::optional<FileRow> own(const FileRow& file);
+    /// Where the original of a waiting file lies when it is finished, or its edited version; empty when this station
+    /// does not know it.
     [[nodiscard]] QString originalPath(const FileRow& file);
+    [[nodiscard]] Origins& origins() { return m_origins; }
 
 private:
     ArchiveConfiguration m_configuration;
@@ -53,6 +58,7 @@ private:
     QString m_home;
     Database m_journalDatabase;
     Registry m_journal;
+    Origins m_origins;
     std::unique_ptr<Database> m_sharedDatabase;
     std::unique_ptr<Registry> m_shared;
     bool m_claimed = false;

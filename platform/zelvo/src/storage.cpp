@@ -15,8 +15,12 @@ const QString MarkName = QStringLiteral("/.zelvo-storage");
 
 QString Storage::mark() const
 {
-    if (m_files.kind(m_root + MarkName) == FileKind::Missing) {
+    const FileKind kind = m_files.kind(m_root + MarkName);
+    if (kind == FileKind::Missing) {
         return {};
+    }
+    if (kind != FileKind::File) {  // a pipe would be waited for
+        throw FileError(FileError::Kind::Away, QStringLiteral("%1 is no ordinary file").arg(m_root + MarkName));
     }
     QFile file(m_root + MarkName);
     if (!file.open(QIODevice::ReadOnly)) {

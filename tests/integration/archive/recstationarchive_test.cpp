@@ -73,6 +73,62 @@ TEST_F(RecstationArchive, TheListOfFilesNamesTheAddressesOfThoseThatAreArchived)
     EXPECT_TRUE(recordings().isEmpty());
 }
 
+/// Recordings of one caption with a dot, whose finished name is the same for all, one after the other.
+QByteArray recordingsOfStGallen(int count)
+{
+    QByteArray feed = R"({"at": 0, "path": "/LEVEL", "create": "number"}
+{"at": 0, "path": "/DEVICE_CAPTION", "create": "text", "value": "St. Gallen"}
+)";
+    for (int i = 1; i <= count; ++i) {
+        feed += QStringLiteral(
+                    "{\"at\": %1, \"record\": \"On\"}\n{\"at\": %2, \"path\": \"/LEVEL\", \"set\": %3}\n"
+                    "{\"at\": %4, \"record\": \"Off\"}\n")
+                    .arg(i * 400)
+                    .arg(i * 400 + 100)
+                    .arg(-100.25 - i)
+                    .arg(i * 400 + 200)
+                    .toUtf8();
+    }
+    return feed;
+}
+
+TEST_F(RecstationArchive, AnAddressGivesItsOwnRecordingOrNone)
+{
+    constexpr int Count = 8;
+    static_cast<void>(recorded());
+    for (const bool away : {false, true}) {
+        if (away) {
+            ASSERT_TRUE(QDir().rename(path(QStringLiteral("storage")), path(QStringLiteral("away"))));
+        }
+        const Result run = recstation({QStringLiteral("feed")}, recordingsOfStGallen(Count));
+        const nlohmann::json files = run.json().at("files");
+        ASSERT_THAT(files, SizeIs(Count));
+        int unnamed = 0;
+        double level = -100.25;
+        for (const auto& file : files) {
+            --level;
+            const std::string address = file.at("address");
+            const Result cat = rectool({QStringLiteral("cat"), QString::fromStdString(address)});
+            const Result show =
+                rectool({QStringLiteral("archive"), QStringLiteral("show"), QString::fromStdString(address)});
+            if (file.at("state") == "temporary") {
+                ++unnamed;
+                EXPECT_EQ(cat.exitCode, 2) << cat.out;
+                EXPECT_THAT(show.out, HasSubstr("could not take its name"));
+                EXPECT_THAT(std::string(file.at("problem")), HasSubstr("not renamed"));
+                EXPECT_THAT(run.err, HasSubstr(std::string(file.at("path")) + ": not renamed"));
+                EXPECT_EQ(rectool({QStringLiteral("verify"), QString::fromStdString(file.at("path"))}).exitCode, 0);
+                continue;
+            }
+            EXPECT_EQ(file.at("state"), away ? "finished" : "archived");
+            EXPECT_EQ(cat.exitCode, 0) << cat.err;
+            EXPECT_THAT(cat.out, HasSubstr(QString::number(level).toStdString())) << address;
+        }
+        EXPECT_EQ(run.exitCode, unnamed > 0 ? 3 : 0) << run.err;
+        EXPECT_GT(unnamed, 0) << "at full speed the mover is slower";
+    }
+}
+
 TEST_F(RecstationArchive, AStorageThatIsAwayCostsNoRecordingAndIsTold)
 {
     static_cast<void>(recorded());

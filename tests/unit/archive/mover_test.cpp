@@ -320,6 +320,40 @@ TEST_F(Moving, MakesFilesWithTheConfiguredPermissions)
     EXPECT_EQ(info.st_mode & 0777U, 0705U);
 }
 
+TEST_F(Moving, MakesFilesWithTheirPermissionsLessTheMaskOfTheProcess)
+{
+    const auto modeOf = [](const QString& path) {
+        struct stat info = {};
+        EXPECT_EQ(stat(QFile::encodeName(path).constData(), &info), 0) << path.toStdString();
+        return info.st_mode & 0777U;
+    };
+    struct Case {
+        unsigned fileMode;
+        mode_t mask;
+        unsigned made;
+    };
+    for (const auto& [fileMode, mask, made] :
+         {Case{0640, 0022, 0640}, Case{0640, 0077, 0600}, Case{0664, 0002, 0664}}) {
+        const QTemporaryDir own(temporaryTemplate());
+        StationFolder station(own.path(), own.filePath(QStringLiteral("storage")));
+        station.configuration.fileMode = fileMode;
+        const mode_t before = umask(mask);
+        SetUpArchive(station.configuration);
+        ZelvoClient client(station.configuration);
+        const ZelvoUrl address = recordOne(client, station.recordings(), QStringLiteral("a"), bytesOf(10));
+        Files files;
+        EXPECT_EQ(MoverCore(station.configuration, files).run({}).moved, 1);
+        umask(before);
+        const QString archive = station.configuration.directory;
+        for (const QString& name : {QStringLiteral("/archive.sqlite"), QStringLiteral("/station")}) {
+            EXPECT_EQ(modeOf(archive + name), made) << name.toStdString();
+        }
+        const QString stored = Archive(station.configuration).file(address)->storedPath;
+        EXPECT_EQ(modeOf(station.configuration.storage + QLatin1Char('/') + stored), made);
+        EXPECT_EQ(modeOf(station.configuration.storage + QStringLiteral("/.zelvo-storage")), made);
+    }
+}
+
 TEST_F(Moving, LeavesTheWorkToAnotherOneThatIsAtIt)
 {
     const std::unique_ptr<FileLock> lock =

@@ -148,6 +148,41 @@ TEST_F(SharedRegistry, ThatIsDownStopsNoRequestAndIsToldLater)
     EXPECT_EQ(Archive(south.configuration).file(address)->state, FileState::Moved);
 }
 
+TEST_F(SharedRegistry, ThatGoesDownPrintsNothing)
+{
+    Archive archive(north.configuration);
+    static_cast<void>(archive.status());
+    testing::internal::CaptureStderr();
+    server->stop();
+    EXPECT_THROW(static_cast<void>(archive.status()), ArchiveError);
+    EXPECT_THROW(static_cast<void>(archive.status()), ArchiveError);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    ASSERT_TRUE(server->start()) << server->output().toStdString();
+    EXPECT_EQ(archive.status().groups, 0);
+}
+
+TEST_F(SharedRegistry, OfRecordingsOfOneNameGivesEachItsOwn)
+{
+    ZelvoClient client(north.configuration);
+    const auto record = [&](const char* base, int seed) {
+        const QString guid = newGroup(client, north.recordings());
+        writeFile(north.recording(QString::fromLatin1(base)), bytesOf(10, seed));
+        return url(guid, client.AddFile(QStringLiteral("St.rec"), guid));
+    };
+    const ZelvoUrl first = record("St.1.tmp", 1);
+    ASSERT_TRUE(QFile::rename(north.recording(QStringLiteral("St.1.tmp")), north.recording(QStringLiteral("St.rec"))));
+    client.MoveToNas(first.toString().section(QLatin1Char('/'), 3, 3));
+    const ZelvoUrl second = record("St.2.tmp", 2);
+    EXPECT_EQ(move(north).moved, 1);
+    EXPECT_EQ(Archive(south.configuration).file(second)->state, FileState::Waiting);
+    ASSERT_TRUE(QFile::rename(north.recording(QStringLiteral("St.2.tmp")), north.recording(QStringLiteral("St.rec"))));
+    client.MoveToNas(second.toString().section(QLatin1Char('/'), 3, 3));
+    EXPECT_EQ(move(north).moved, 1);
+    ZelvoClient other(south.configuration);
+    EXPECT_EQ(readFile(other.RequestFile(first, LockState::Shared)), bytesOf(10, 1));
+    EXPECT_EQ(readFile(other.RequestFile(second, LockState::Shared)), bytesOf(10, 2));
+}
+
 TEST_F(SharedRegistry, TellsWhereAFileIsThatIsNotMovedYet)
 {
     ZelvoClient client(north.configuration);

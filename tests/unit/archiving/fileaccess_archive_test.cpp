@@ -272,6 +272,48 @@ TEST_F(ArchivedFile, AFileIsHandedOverOnce)
     EXPECT_EQ(archive.calls.count(QStringLiteral("MoveToNas GROUP-1")), 1);
 }
 
+TEST_F(ArchivedFile, AFileWhoseNameIsTakenIsNotHandedOver)
+{
+    TestSupport::writeFile(station.file(QStringLiteral("a.rec")), "another");
+    const auto file = record(QStringLiteral("a.b.tmp"));
+    archive.calls.clear();
+    close(*file);
+    EXPECT_TRUE(archive.calls.isEmpty()) << archive.calls.join(QLatin1Char('\n')).toStdString();
+    EXPECT_EQ(TestSupport::readFile(station.file(QStringLiteral("a.rec"))), "another");
+    EXPECT_EQ(QFileInfo(station.file(QStringLiteral("a.b.tmp"))).size(), 500);
+}
+
+TEST_F(ArchivedFile, AFileIsHandedOverUnderTheNameThatTheArchiveKnowsOnly)
+{
+    close(*record(QStringLiteral("a.rec")));
+    EXPECT_EQ(archive.calls.last(), QStringLiteral("MoveToNas GROUP-1"));
+    close(*record(QStringLiteral("b.dat")));
+    EXPECT_EQ(archive.calls.last(), QStringLiteral("AddFile b.rec GROUP-2"));
+}
+
+TEST_F(ArchivedFile, WhatCouldNotBeOpenedIsNeitherRenamedNorHandedOver)
+{
+    ASSERT_TRUE(QDir(station.directory()).mkdir(QStringLiteral("a.tmp")));
+    const auto file = record(QStringLiteral("a.tmp"));
+    EXPECT_FALSE(file->IsValidFile());
+    close(*file);
+    EXPECT_TRUE(QFileInfo(station.file(QStringLiteral("a.tmp"))).isDir());
+    EXPECT_FALSE(QFileInfo::exists(station.file(QStringLiteral("a.rec"))));
+    EXPECT_EQ(archive.calls.last(), QStringLiteral("CreateFileGroup"));
+}
+
+TEST_F(ArchivedFile, TheInstanceOfTheProcessJoinsNoGroup)
+{
+    FilePeer::setGroup(QStringLiteral("of another recorder"));
+    CFileAccess* file = CFileAccess::instance(TestSupport::fileName8(station.file(QStringLiteral("a.tmp"))).c_str(),
+                                              QStringLiteral("/Status"), nullptr, true, true);
+    ASSERT_TRUE(file->IsValidFile());
+    EXPECT_EQ(FilePeer::group(), QStringLiteral("ERROR"));
+    EXPECT_EQ(uncPath(), station.file(QStringLiteral("a.rec")));
+    CFileAccess::release();
+    EXPECT_TRUE(archive.calls.isEmpty());
+}
+
 TEST_F(ArchivedFile, AFileThatWasNeverClosedIsNotHandedOver)
 {
     record(QStringLiteral("a.tmp"));

@@ -98,6 +98,19 @@ TEST_F(RecorderArchive, TheArchiveIsGivenTheNameThatTheFinishedFileHas)
     EXPECT_TRUE(QFile::exists(station.file(name)));
 }
 
+TEST_F(RecorderArchive, ANameIsNotUsedAgainWhenItsRecordingWasMovedWithinTheSecond)
+{
+    makeRecorder();
+    QStringList names;
+    for (int i = 0; i < 3; ++i) {
+        station.switchOn();
+        names << station.fileName();
+        station.switchOff();
+        ASSERT_TRUE(QFile::remove(station.fileName()));
+    }
+    EXPECT_EQ(names.removeDuplicates(), 0);
+}
+
 TEST_F(RecorderArchive, ARecordingSplitBySizeIsOneGroupThatIsHandedOverOnceAtItsEnd)
 {
     Peer::fileSizeLimit(makeRecorder()) = 2'000;

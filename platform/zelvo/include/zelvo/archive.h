@@ -40,7 +40,7 @@ struct ArchiveConfiguration {
     QString registry;  ///< empty: an SQLite file in `directory`; else postgresql://USER@HOST:PORT/DATABASE, no password
     QString station;   ///< unique among those that share a registry; empty: the host's name
     std::uint64_t cacheBytes = 4'000'000'000;  ///< of fetched files; files in use may exceed it
-    unsigned fileMode = 0640;                  ///< permissions of files that the archive makes
+    unsigned fileMode = 0640;                  ///< permissions of files that the archive makes, less the umask
     unsigned directoryMode = 0750;             ///< likewise of directories
     bool removeExpired = false;                ///< whether recordings whose time is over are deleted from the storage
     std::int64_t firstPauseMs = 5'000;         ///< before a failed move is tried again; doubles each time

@@ -1,0 +1,359 @@
+// Which file an address stands for, where several recordings would have the same name.
+#include <QSqlQuery>
+
+#include <sys/stat.h>
+
+#include "archivefixture.h"
+
+using namespace Zelvo;
+using namespace ArchiveTests;
+
+namespace {
+
+/// "St. Gallen" and all that begins so becomes "St.rec".
+class SharedName : public ArchiveTest {
+protected:
+    SharedName()
+    {
+        configuration().firstPauseMs = 0;
+        configuration().longestPauseMs = 0;
+    }
+
+    void begin(const char* base, int seed)
+    {
+        const QString path = recording(QString::fromLatin1(base));
+        writeFile(path + QStringLiteral(".tmp"), bytesOf(1'000, seed));
+        writeFile(path + QStringLiteral(".tmp.journal"), "journal");
+    }
+    /// Registers a file as a recorder does: with its journal, and open.
+    ZelvoUrl record(ZelvoClient& client, const char* base, int seed)
+    {
+        begin(base, seed);
+        QFile open(recording(QString::fromLatin1(base) + QStringLiteral(".tmp")));
+        EXPECT_TRUE(open.open(QIODevice::ReadWrite));
+        const QString guid = newGroup(client, recordings());
+        return url(guid, client.AddFile(QStringLiteral("St.rec"), guid));
+    }
+    /// Closes it; only what takes its name is handed over.
+    bool finish(ZelvoClient& client, const ZelvoUrl& address, const char* base)
+    {
+        const QString path = recording(QString::fromLatin1(base));
+        const bool named = QFile::rename(path + QStringLiteral(".tmp"), recording(QStringLiteral("St.rec")));
+        EXPECT_TRUE(QFile::remove(path + QStringLiteral(".tmp.journal")));
+        if (named) {
+            client.MoveToNas(guidOf(address));
+        }
+        return named;
+    }
+    static QString guidOf(const ZelvoUrl& address) { return address.toString().section(QLatin1Char('/'), 3, 3); }
+    QByteArray given(ZelvoClient& client, const ZelvoUrl& address)
+    {
+        const QByteArray bytes = readFile(client.RequestFile(address, LockState::Shared));
+        client.CloseFile(address);
+        return bytes;
+    }
+    /// @return why the address gives nothing
+    QString refused(ZelvoClient& client, const ZelvoUrl& address)
+    {
+        EXPECT_EQ(client.RequestFile(address, LockState::Shared), QString());
+        return client.GetErrorString();
+    }
+    [[nodiscard]] QString withoutName(const char* base) const
+    {
+        const QString name = QString::fromLatin1(base);
+        return QStringLiteral(
+                   "is closed and whole, but could not take its name St.rec and stays %1.tmp; rename it to "
+                   "%2.rec, and it is moved")
+            .arg(recording(name), name);
+    }
+};
+
+}  // namespace
+
+TEST_F(SharedName, OfTheFirstRecordingIsNotThatOfTheOthers)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl first = record(client, "St.1", 1);
+    EXPECT_TRUE(finish(client, first, "St.1"));
+    const ZelvoUrl second = record(client, "St.2", 2);
+    EXPECT_FALSE(finish(client, second, "St.2"));
+    EXPECT_EQ(given(client, first), bytesOf(1'000, 1));
+    EXPECT_EQ(refused(client, second),
+              QStringLiteral("%1 is not to be had yet: %2").arg(second.toString(), withoutName("St.2")));
+    EXPECT_THROW(Archive(configuration()).fetch(second, recording(QStringLiteral("copy"))), ArchiveError);
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_EQ(given(client, first), bytesOf(1'000, 1));
+    EXPECT_EQ(file(second).state, FileState::Waiting);
+    EXPECT_EQ(file(second).error, withoutName("St.2"));
+    EXPECT_EQ(Archive(configuration()).status().notMoved.at(0).error, withoutName("St.2"));
+    EXPECT_EQ(Archive(configuration()).files(guidOf(second)).at(0).error, withoutName("St.2"));
+    EXPECT_NE(refused(client, second), QString());
+    EXPECT_EQ(readFile(recording(QStringLiteral("St.2.tmp"))), bytesOf(1'000, 2));
+    EXPECT_EQ(stored().size(), 1);
+}
+
+TEST_F(SharedName, IsFreeAgainWhenTheMoverIsFasterThanTheRecorder)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl first = record(client, "St.1", 1);
+    EXPECT_TRUE(finish(client, first, "St.1"));
+    const ZelvoUrl second = record(client, "St.2", 2);
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_NE(refused(client, second), QString());
+    EXPECT_TRUE(finish(client, second, "St.2"));
+    EXPECT_EQ(given(client, second), bytesOf(1'000, 2));
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_EQ(given(client, first), bytesOf(1'000, 1));
+    EXPECT_EQ(given(client, second), bytesOf(1'000, 2));
+    EXPECT_EQ(move().waiting, 0);
+}
+
+TEST_F(SharedName, IsThatOfTheRightOneWhileTheStorageIsAway)
+{
+    ZelvoClient client(configuration());
+    ASSERT_TRUE(QDir().rename(storage(), storage() + QStringLiteral(".away")));
+    const ZelvoUrl first = record(client, "St.1", 1);
+    EXPECT_TRUE(finish(client, first, "St.1"));
+    const ZelvoUrl second = record(client, "St.2", 2);
+    EXPECT_FALSE(finish(client, second, "St.2"));
+    EXPECT_FALSE(move().problem.isEmpty());
+    EXPECT_EQ(given(client, first), bytesOf(1'000, 1));
+    EXPECT_NE(refused(client, second), QString());
+    ASSERT_TRUE(QFile::remove(recording(QStringLiteral("St.rec"))));
+    ASSERT_TRUE(QFile::rename(recording(QStringLiteral("St.2.tmp")), recording(QStringLiteral("St.rec"))));
+    EXPECT_EQ(given(client, second), bytesOf(1'000, 2));
+    EXPECT_EQ(refused(client, first), QStringLiteral("%1 is not to be had yet: is missing: %2 is another recording")
+                                          .arg(first.toString(), recording(QStringLiteral("St.rec"))));
+}
+
+TEST_F(SharedName, AnUnnamedRecordingIsMovedWhenItIsRenamed)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl first = record(client, "St.1", 1);
+    EXPECT_TRUE(finish(client, first, "St.1"));
+    const ZelvoUrl second = record(client, "St.2", 2);
+    EXPECT_FALSE(finish(client, second, "St.2"));
+    const ZelvoUrl third = record(client, "St.3", 3);  // its recorder has gone on: nobody asks for the second
+    ASSERT_TRUE(QFile::rename(recording(QStringLiteral("St.2.tmp")), recording(QStringLiteral("St.2.rec"))));
+    EXPECT_EQ(given(client, second), bytesOf(1'000, 2));
+    EXPECT_EQ(move().moved, 2);
+    EXPECT_EQ(storedBytes(second), bytesOf(1'000, 2));
+    EXPECT_TRUE(finish(client, third, "St.3"));
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_EQ(storedBytes(first), bytesOf(1'000, 1));
+    EXPECT_EQ(storedBytes(third), bytesOf(1'000, 3));
+}
+
+TEST_F(SharedName, WhatWasRecoveredIsTakenUnderTheWholeNameOnly)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl address = record(client, "St.1", 1);
+    client.MoveToNas(guidOf(address));
+    ASSERT_TRUE(QFile::remove(recording(QStringLiteral("St.1.tmp"))));
+    ASSERT_TRUE(QFile::remove(recording(QStringLiteral("St.1.tmp.journal"))));
+    writeFile(recording(QStringLiteral("St.rec")), bytesOf(1'000, 7));
+    EXPECT_NE(refused(client, address), QString());
+    const MoverReport report = move();
+    EXPECT_EQ(report.moved, 0);
+    EXPECT_EQ(report.messages, QStringList(QStringLiteral("%1: is missing: %2 is another recording")
+                                               .arg(address.toString(), recording(QStringLiteral("St.rec")))));
+    writeFile(recording(QStringLiteral("St.1.rec")), bytesOf(900, 1));
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_EQ(storedBytes(address), bytesOf(900, 1));
+    EXPECT_EQ(readFile(recording(QStringLiteral("St.rec"))), bytesOf(1'000, 7));
+}
+
+TEST_F(SharedName, RecordersThatUseItAtOnceEachRegisterTheirOwnFile)
+{
+    ZelvoClient client(configuration());
+    std::vector<std::unique_ptr<QFile>> open;
+    for (const char* base : {"St.1", "St.2", "St"}) {
+        begin(base, base[2] == '.' ? base[3] - '0' : 3);
+        open.push_back(std::make_unique<QFile>(recording(QString::fromLatin1(base) + QStringLiteral(".tmp"))));
+        ASSERT_TRUE(open.back()->open(QIODevice::ReadWrite));
+    }
+    // The one that is made last is registered first: the newest is the one until it is known.
+    std::map<QString, ZelvoUrl> addresses;
+    for (const char* base : {"St", "St.2", "St.1"}) {
+        const QString guid = newGroup(client, recordings());
+        addresses[QString::fromLatin1(base)] = url(guid, client.AddFile(QStringLiteral("St.rec"), guid));
+    }
+    open.clear();
+    for (const char* base : {"St.1", "St.2", "St"}) {
+        const ZelvoUrl& address = addresses[QString::fromLatin1(base)];
+        EXPECT_TRUE(finish(client, address, base));
+        EXPECT_EQ(given(client, address), readFile(recording(QStringLiteral("St.rec"))));
+        EXPECT_EQ(move().moved, 1);
+    }
+    EXPECT_EQ(storedBytes(addresses[QStringLiteral("St.1")]), bytesOf(1'000, 1));
+    EXPECT_EQ(storedBytes(addresses[QStringLiteral("St.2")]), bytesOf(1'000, 2));
+    EXPECT_EQ(storedBytes(addresses[QStringLiteral("St")]), bytesOf(1'000, 3));
+}
+
+TEST_F(SharedName, AFileThatAnotherRecorderWritesIsNotTaken)
+{
+    ZelvoClient client(configuration());
+    begin("St.1", 1);
+    begin("St.2", 2);  // newer, but of another process
+    QFile own(recording(QStringLiteral("St.1.tmp")));
+    ASSERT_TRUE(own.open(QIODevice::ReadWrite));
+    const QString guid = newGroup(client, recordings());
+    const ZelvoUrl address = url(guid, client.AddFile(QStringLiteral("St.rec"), guid));
+    // Nor is one that is registered: this one's own lies where no group names the folder.
+    own.close();
+    ASSERT_TRUE(QFile::remove(recording(QStringLiteral("St.2.tmp"))));
+    const QString next = newGroup(client, recordings());
+    const ZelvoUrl nowhere = url(next, client.AddFile(QStringLiteral("St.rec"), next));
+    EXPECT_TRUE(finish(client, address, "St.1"));
+    EXPECT_EQ(given(client, address), bytesOf(1'000, 1));
+    EXPECT_NE(refused(client, nowhere), QString());
+    client.MoveToNas(next);
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_EQ(file(nowhere).state, FileState::Waiting);
+    EXPECT_EQ(storedBytes(address), bytesOf(1'000, 1));
+}
+
+TEST_F(SharedName, AnOldRecordingOfTheNameIsNotTakenForTheOneThatIsMissing)
+{
+    ZelvoClient client(configuration());
+    const QString path = recording(QStringLiteral("St.rec"));
+    writeFile(path, bytesOf(1'000, 1));
+    QFile old(path);
+    ASSERT_TRUE(old.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(old.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime));
+    old.close();
+    const QString guid = newGroup(client, recordings());
+    const ZelvoUrl address = url(guid, client.AddFile(QStringLiteral("St.rec"), guid));
+    client.MoveToNas(guid);
+    EXPECT_NE(refused(client, address), QString());
+    EXPECT_EQ(move().moved, 0);
+    EXPECT_EQ(readFile(path), bytesOf(1'000, 1));
+}
+
+TEST_F(SharedName, AFileThatWasReplacedWhileItWasOpenForWritingStaysThatOfItsAddress)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl address = record(client, "St.1", 1);
+    EXPECT_TRUE(finish(client, address, "St.1"));
+    const QString path = client.RequestFile(address, LockState::Exclusive);
+    writeFile(path + QStringLiteral(".new"), bytesOf(500, 9));
+    ASSERT_EQ(
+        ::rename(QFile::encodeName(path + QStringLiteral(".new")).constData(), QFile::encodeName(path).constData()), 0);
+    client.CloseFile(address);
+    EXPECT_EQ(client.GetError(), ZelvoError::None) << client.GetErrorString().toStdString();
+    EXPECT_EQ(given(client, address), bytesOf(500, 9));
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_EQ(storedBytes(address), bytesOf(500, 9));
+}
+
+TEST_F(SharedName, AJournalOfAnOlderProgramTakesRequests)
+{
+    {
+        Database journal(configuration().directory + QStringLiteral("/archive.sqlite"), 0600);
+        journal.run(QStringLiteral("DROP TABLE file_origins"));
+    }
+    ZelvoClient client(configuration());
+    const ZelvoUrl address = record(client, "St.1", 1);
+    EXPECT_EQ(client.GetError(), ZelvoError::None) << client.GetErrorString().toStdString();
+    EXPECT_TRUE(finish(client, address, "St.1"));
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_EQ(storedBytes(address), bytesOf(1'000, 1));
+}
+
+namespace {
+
+class NoOrdinaryFile : public ArchiveTest {
+protected:
+    /// A recording in whose place something else is put, and one behind it.
+    void expectToldAndOthersMoved(const std::function<void(const QString&)>& put)
+    {
+        ZelvoClient client(configuration());
+        const ZelvoUrl first = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10, 1));
+        const ZelvoUrl second = recordOne(client, recordings(), QStringLiteral("b"), bytesOf(10, 2));
+        const QString path = recording(QStringLiteral("a.rec"));
+        ASSERT_TRUE(QFile::remove(path));
+        put(path);
+        const QString told = path + QStringLiteral(" is no ordinary file (a folder, a link, a pipe or a device)");
+        const MoverReport report = move();
+        EXPECT_EQ(report.moved, 1);
+        EXPECT_EQ(report.failed, 1);
+        EXPECT_TRUE(report.problem.isEmpty()) << report.problem.toStdString();
+        EXPECT_EQ(report.messages, QStringList(first.toString() + QStringLiteral(": ") + told));
+        EXPECT_EQ(file(first).error, told);
+        EXPECT_TRUE(client.RequestFile(first, LockState::Shared).isEmpty());
+        EXPECT_EQ(storedBytes(second), bytesOf(10, 2));
+        EXPECT_TRUE(QFileInfo(path).isSymLink() || QFileInfo::exists(path));
+    }
+};
+
+}  // namespace
+
+TEST_F(NoOrdinaryFile, APipeInTheRecordingsPlaceIsNeverWaitedFor)
+{
+    expectToldAndOthersMoved(
+        [](const QString& path) { ASSERT_EQ(mkfifo(QFile::encodeName(path).constData(), 0600), 0); });
+}
+
+TEST_F(NoOrdinaryFile, ALinkInTheRecordingsPlaceIsNotFollowed)
+{
+    expectToldAndOthersMoved([this](const QString& path) {
+        writeFile(recording(QStringLiteral("elsewhere")), bytesOf(10, 3));
+        ASSERT_TRUE(QFile::link(recording(QStringLiteral("elsewhere")), path));
+    });
+    EXPECT_EQ(readFile(recording(QStringLiteral("elsewhere"))), bytesOf(10, 3));
+}
+
+TEST_F(NoOrdinaryFile, AFolderInTheRecordingsPlaceStays)
+{
+    expectToldAndOthersMoved([](const QString& path) { ASSERT_TRUE(QDir().mkdir(path)); });
+}
+
+TEST_F(NoOrdinaryFile, APipeThatTakesThePlaceBetweenLookAndReadIsRefused)
+{
+    class Swapped final : public Files {
+    public:
+        Digest copy(const QString& from, const QString& to, unsigned mode, const StopWish& stop) override
+        {
+            EXPECT_TRUE(QFile::remove(from));
+            EXPECT_EQ(mkfifo(QFile::encodeName(from).constData(), 0600), 0);
+            return Files::copy(from, to, mode, stop);
+        }
+    };
+    ZelvoClient client(configuration());
+    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10, 1));
+    Swapped files;
+    const MoverReport report = move(files);
+    EXPECT_EQ(report.failed, 1);
+    EXPECT_TRUE(report.messages.at(0).endsWith(QStringLiteral("a.rec is no ordinary file")))
+        << report.messages.at(0).toStdString();
+    EXPECT_TRUE(stored().isEmpty());
+}
+
+TEST_F(NoOrdinaryFile, AnotherFileThatTakesThePlaceWhileItIsMovedIsNotStored)
+{
+    class Swapped final : public Files {
+    public:
+        Digest copy(const QString& from, const QString& to, unsigned mode, const StopWish& stop) override
+        {
+            EXPECT_TRUE(QFile::rename(from, from + QStringLiteral(".aside")));
+            writeFile(from, bytesOf(10, 9));
+            return Files::copy(from, to, mode, stop);
+        }
+    };
+    ZelvoClient client(configuration());
+    recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10, 1));
+    Swapped files;
+    const MoverReport report = move(files);
+    EXPECT_EQ(report.moved, 0);
+    EXPECT_EQ(report.failed, 1);
+    EXPECT_TRUE(stored().isEmpty());
+    EXPECT_EQ(readFile(recording(QStringLiteral("a.rec.aside"))), bytesOf(10, 1));
+}
+
+TEST_F(NoOrdinaryFile, AStorageWhoseMarkIsAPipeIsAway)
+{
+    const QString mark = storage() + QStringLiteral("/.zelvo-storage");
+    ASSERT_TRUE(QFile::remove(mark));
+    ASSERT_EQ(mkfifo(QFile::encodeName(mark).constData(), 0600), 0);
+    EXPECT_EQ(move().problem, mark + QStringLiteral(" is no ordinary file"));
+}
