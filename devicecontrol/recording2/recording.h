@@ -61,6 +61,7 @@ private:
         values::ValueBase* value;
         std::int32_t typeId;
         const values::MappingBase* timedMap;  // the value, if it is of a class whose own time counts
+        bool joined;                          // a change alone would lack what it is a change of
     };
     /// A change that came while the start sequence ran; it is written behind the initial states.
     struct EarlyChange {
@@ -110,8 +111,9 @@ private:
     void ForgetObservedValues() noexcept;
 
     void Observe(CValueTable& entry, values::ValueBase& value);
-    void StopObserving(CValueTable& entry, values::ValueBase& value);
+    void StopObserving(CValueTable& entry);
     void RefreshObserved();
+    [[nodiscard]] const std::string& TextOf(const Observed& change);
     [[nodiscard]] static const values::MappingBase* TimedMap(const values::ValueBase* value);
     void ApplyModeKeywords();
     void DropKeyword(const QString& keyword);

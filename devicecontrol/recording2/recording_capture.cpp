@@ -59,6 +59,7 @@ bool CRecording::HandleRemoval(const void* subject, TChangeCode code)
         if (value->QueryChange(code) == 1) {
             value->RemoveObserver(this);
             entry->observed = nullptr;
+            entry->switchedOn = false;
         }
     }
     if (!watched) {
@@ -126,12 +127,25 @@ void CRecording::Capture(void* subject, TChangeCode code, bool control)
         return;
     }
     if (m_starting) {
-        m_earlyChanges.push_back(
-            {change.value, code, change.typeId, recordTime, change.value->GetStringForRecording(true)});
+        m_earlyChanges.push_back({change.value, code, change.typeId, recordTime, TextOf(change)});
         return;
     }
     TrackFields(change.typeId, *change.value);
-    WriteCapture(change.typeId, code, change.value->GetStringForRecording(true), recordTime);
+    WriteCapture(change.typeId, code, TextOf(change), recordTime);
+}
+
+// A value that another recorder records already gives a keyword that is taken in the middle of a recording no complete
+// first text.
+const std::string& CRecording::TextOf(const Observed& change)
+{
+    if (!change.joined) {
+        return change.value->GetStringForRecording(true);
+    }
+    for (const auto& [keyword, entry] : m_keywords) {
+        entry->joined = entry->joined && entry->observed != change.value;
+    }
+    RefreshObserved();
+    return change.value->GetStringForRecording(false);
 }
 
 // The own time of a map becomes the current time of the process, so that the records around it agree with it.

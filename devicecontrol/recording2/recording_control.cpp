@@ -204,15 +204,7 @@ void CRecording::DetachAllValues()
 {
     try {
         for (const auto& [keyword, entry] : m_keywords) {
-            values::ValueBase* value = entry->observed;
-            if (value == nullptr) {
-                continue;
-            }
-            if (ShouldRecordType(keyword)) {
-                value->CommandRecordingOff();
-            }
-            value->RemoveObserver(this);
-            entry->observed = nullptr;
+            StopObserving(*entry);
         }
     } catch (const std::exception& exception) {  // the file is to be closed whatever a value does
         RecordingErrors::trace(QString::fromUtf8(exception.what()), __LINE__);
@@ -223,8 +215,10 @@ void CRecording::DetachAllValues()
 void CRecording::ForgetObservedValues() noexcept
 {
     for (const auto& [keyword, entry] : m_keywords) {
-        if (entry->observed != nullptr) {
-            entry->observed->RemoveObserver(this);
+        try {
+            StopObserving(*entry);
+        } catch (const std::exception& exception) {
+            RecordingErrors::trace(QString::fromUtf8(exception.what()), __LINE__);
         }
     }
 }

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <utility>
 
 #include "recording.h"
 
@@ -149,15 +150,23 @@ void CRecording::Observe(CValueTable& entry, values::ValueBase& value)
     entry.observed = &value;
     value.AddObserver(this);
     value.CommandRecordingOn();
+    entry.switchedOn = true;
     RefreshObserved();
 }
 
-void CRecording::StopObserving(CValueTable& entry, values::ValueBase& value)
+// Another recorder may have the value's command recording on: each ends only what it began.
+void CRecording::StopObserving(CValueTable& entry)
 {
-    value.CommandRecordingOff();
-    value.RemoveObserver(this);
+    values::ValueBase* const value = entry.observed;
+    if (value == nullptr) {
+        return;
+    }
+    if (std::exchange(entry.switchedOn, false)) {
+        value->CommandRecordingOff();
+    }
+    value->RemoveObserver(this);
     entry.observed = nullptr;
-    RefreshObserved();
+    entry.joined = false;
 }
 
 void CRecording::RefreshObserved()
@@ -165,7 +174,7 @@ void CRecording::RefreshObserved()
     m_observed.clear();
     for (const auto& [keyword, entry] : m_keywords) {
         if (entry->observed != nullptr) {
-            m_observed.push_back({entry->observed, TypeIdOf(keyword), TimedMap(entry->observed)});
+            m_observed.push_back({entry->observed, TypeIdOf(keyword), TimedMap(entry->observed), entry->joined});
         }
     }
 }
@@ -176,10 +185,9 @@ void CRecording::DropKeyword(const QString& keyword)
     if (entry == nullptr) {
         return;
     }
-    if (values::ValueBase* value = ValueOf(keyword)) {
-        StopObserving(*entry, *value);
-    }
+    StopObserving(*entry);
     m_keywords.MoveTo(m_inactiveKeywords, keyword);
+    RefreshObserved();
 }
 
 void CRecording::TakeKeyword(const QString& keyword)
@@ -190,6 +198,7 @@ void CRecording::TakeKeyword(const QString& keyword)
     }
     m_inactiveKeywords.MoveTo(m_keywords, keyword);
     if (values::ValueBase* value = ValueOf(keyword)) {
+        entry->joined = !m_starting && value->IsCommandRecording();  // at the start its state follows
         Observe(*entry, *value);
     }
 }

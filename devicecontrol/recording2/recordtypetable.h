@@ -45,6 +45,8 @@ public:
     [[nodiscard]] QString GetValuePath() const { return m_valuePath; }
 
     values::ValueBase* observed = nullptr;  ///< not owned; null while nothing is observed
+    bool switchedOn = false;                ///< its command recording, by this entry: only then it is switched off
+    bool joined = false;                    ///< somebody else had it on: the next change is to be recorded whole
 
 private:
     QString m_valuePath;

@@ -489,6 +489,74 @@ TEST_F(RecorderControl, TwoRecordersKeepEachOthersCommandRecording)
     EXPECT_FALSE(level().IsCommandRecording());
 }
 
+// The receiver records the IF spectrum; the other recorder drops that keyword at its start and never had it on.
+TEST_F(RecorderControl, ARecorderThatStartsLeavesTheSpectrumOfAnotherAlone)
+{
+    auto& spectrum = station.value<LevelMap>(QStringLiteral("/IfMapping"));
+    spectrum.SetChannelRange(values::ChannelRange::Even(1e8, 25e3, 4096));
+    station.value<Selection>(QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS")).SelectKey(23);
+    makeRecorder();
+    CRecording other(QString{});
+    other.Init();
+    station.value<Text>(QStringLiteral("/Devices/RecStatus/REC_FILEPATH")).SetValue(station.directory());
+    start();
+    spectrum.SetCell(0, -50, 0);
+    other.StartRecording(false);
+    spectrum.SetCell(7, -60, 0);
+    other.StopRecording(false);
+    spectrum.SetCell(8, -70, 0);
+    const auto changes = recordsOf(stopAndRead(), Recording2::IfSpectrum);
+    ASSERT_GE(changes.size(), 3U);
+    EXPECT_LT(changes[changes.size() - 2].data.size(), 100U);
+    EXPECT_LT(changes.back().data.size(), 100U);
+    EXPECT_FALSE(spectrum.IsCommandRecording());
+}
+
+TEST_F(RecorderControl, ASpectrumThatAnotherRecordsBeginsWithItsRangeWhenTheModeTakesIt)
+{
+    auto& spectrum = station.value<LevelMap>(QStringLiteral("/IfMapping"));
+    spectrum.SetChannelRange(values::ChannelRange::Even(1e8, 25e3, 4096));
+    spectrum.CommandRecordingOn();  // by somebody else
+    spectrum.SetCell(0, -50, 0);
+    makeRecorder();
+    start();
+    station.value<Selection>(QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS")).SelectKey(23);
+    spectrum.SetCell(7, -60, 0);
+    spectrum.SetCell(8, -70, 0);
+    const auto changes = recordsOf(stopAndRead(), Recording2::IfSpectrum);
+    ASSERT_THAT(changes, SizeIs(2));
+    EXPECT_NE(changes[0].data.find("34;"), std::string::npos);
+    EXPECT_LT(changes[1].data.size(), 100U);
+    spectrum.CommandRecordingOff();
+}
+
+TEST_F(RecorderControl, WhatWasSwitchedOnIsSwitchedOffAlsoWhenRecDfOrTheModeChangedInBetween)
+{
+    makeRecorder();
+    const std::vector<values::ValueBase*> spectra = {station.tree.Find(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum")),
+                                                     station.tree.Find(QStringLiteral("/IfMapping")),
+                                                     station.tree.Find(QStringLiteral("/DfSpectrum"))};
+    auto& directionFinding = station.value<Flag>(QStringLiteral("/Status/Rx1/REC_DF"));
+    auto& mode = station.value<Selection>(QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS"));
+    for (values::ValueBase* spectrum : spectra) {
+        spectrum->CommandRecordingOn();  // of somebody else
+    }
+    for (const bool begin : {false, true}) {
+        directionFinding.SetValue(begin);
+        start();
+        directionFinding.SetValue(!begin);
+        for (const std::int32_t key : {23, 5, 27, 42, 24, 3, 5}) {
+            mode.SelectKey(key);
+        }
+        station.switchOff();
+    }
+    for (values::ValueBase* spectrum : spectra) {
+        EXPECT_TRUE(spectrum->IsCommandRecording()) << "the other's: " << spectrum->GetPath().toStdString();
+        spectrum->CommandRecordingOff();
+        EXPECT_FALSE(spectrum->IsCommandRecording()) << "left on: " << spectrum->GetPath().toStdString();
+    }
+}
+
 TEST_F(RecorderControl, ARecordingMayStartAndStopManyTimes)
 {
     makeRecorder();
