@@ -1,3 +1,5 @@
+#include <chrono>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -174,6 +176,54 @@ TEST_F(Selection, MalformedTextsAreRefusedAndChangeNothing)
         EXPECT_FALSE(m_selection.ApplyRecordedState(text, 0, true)) << text;
     }
     EXPECT_EQ(m_selection.GetObjectStateStringForRecording(), "5;23,1.5,On");
+}
+
+TEST_F(Selection, ADeletedItemIsFoundByNothingAndItsNameIsFree)
+{
+    m_selection.AddItem(new SelectionItem("Standby", 2.0, 23));
+    EXPECT_TRUE(m_selection.DeleteItem("On"));
+    EXPECT_FALSE(m_selection.Select("On"));
+    EXPECT_TRUE(m_selection.SelectKey(23));
+    EXPECT_EQ(m_selection.GetText(), "Standby");
+    m_selection.AddItem(new SelectionItem("On", 3.0, 23));
+    ASSERT_EQ(m_selection.GetItems().size(), 3U);
+    EXPECT_EQ(m_selection.GetItems()[2]->GetName(), "On") << "added last, so it is the last";
+    EXPECT_TRUE(m_selection.SelectKey(23));
+    EXPECT_EQ(m_selection.GetText(), "Standby") << "the first with that key";
+    EXPECT_TRUE(m_selection.DeleteItem("Standby"));
+    EXPECT_EQ(m_selection.GetCurrentItem(), nullptr);
+}
+
+TEST_F(Selection, AnItemThatARecordedStateChangesIsFoundByItsNewKey)
+{
+    ValueSelection recorded;
+    recorded.AddItem(new SelectionItem("On", 2.5, 77));
+    recorded.Select("On");
+    ASSERT_TRUE(m_selection.ApplyRecordedState(recorded.GetObjectStateStringForRecording(), 0, true));
+    EXPECT_FALSE(m_selection.SelectKey(23));
+    EXPECT_TRUE(m_selection.Select("Off"));
+    EXPECT_TRUE(m_selection.SelectKey(77));
+    EXPECT_EQ(m_selection.GetCurrentValue(), 2.5);
+}
+
+// Seconds would be minutes if any of these looked through the items.
+TEST(SelectionOfManyItems, CostsTheSameForEachItem)
+{
+    constexpr int items = 100'000;
+    const auto begin = std::chrono::steady_clock::now();
+    ValueSelection selection;
+    for (int i = 0; i < items; ++i) {
+        selection.AddItem(new SelectionItem(QString::number(i), i, i));
+    }
+    for (int i = 0; i < items; ++i) {
+        ASSERT_TRUE(selection.Select(QString::number(items - 1 - i)));
+        ASSERT_TRUE(selection.SelectKey(i));
+    }
+    for (int i = 0; i < items; ++i) {
+        ASSERT_TRUE(selection.DeleteItem(QString::number(i)));
+    }
+    EXPECT_TRUE(selection.GetItems().empty());
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include <values/selection.h>
 
-#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <optional>
@@ -12,13 +11,6 @@
 namespace values {
 
 namespace {
-
-using Items = std::vector<std::unique_ptr<SelectionItem>>;
-
-Items::iterator findItem(Items& items, const QString& name)
-{
-    return std::find_if(items.begin(), items.end(), [&name](const auto& item) { return item->GetName() == name; });
-}
 
 /// Same key and, to the bit, the same value.
 bool isSame(const SelectionItem& one, const SelectionItem& other)
@@ -53,48 +45,83 @@ ValueSelection::~ValueSelection() = default;
 void ValueSelection::AddItem(SelectionItem* item, IObserver* originator)
 {
     std::unique_ptr<SelectionItem> owned(item);
-    if (owned == nullptr || findItem(m_items, owned->GetName()) != m_items.end()) {
+    if (owned == nullptr || m_byName.contains(owned->GetName())) {
         return;
     }
-    m_items.push_back(std::move(owned));
+    Append(std::move(owned));
     NotifyChange(TChangeCode::ValueChanged, originator);
+}
+
+SelectionItem* ValueSelection::Append(std::unique_ptr<SelectionItem> item)
+{
+    SelectionItem* const added = item.get();
+    added->m_number = m_added++;
+    m_items.push_back(std::move(item));
+    m_byName.insert(added->m_name, added);
+    m_byKey.emplace(std::pair(added->m_key, added->m_number), added);
+    return added;
 }
 
 bool ValueSelection::DeleteItem(const QString& name, IObserver* originator)
 {
-    const auto found = findItem(m_items, name);
-    if (found == m_items.end()) {
+    SelectionItem* const item = m_byName.take(name);
+    if (item == nullptr) {
         return false;
     }
-    if (found->get() == m_current) {
+    if (item == m_current) {
         m_current = nullptr;
     }
-    m_items.erase(found);
+    m_byKey.erase({item->m_key, item->m_number});
+    item->m_deleted = true;
+    ++m_deleted;
+    while (!m_items.empty() && m_items.back()->m_deleted) {
+        m_items.pop_back();
+        --m_deleted;
+    }
+    if (m_deleted > m_items.size() / 2) {
+        TakeOutDeleted();
+    }
     NotifyChange(TChangeCode::Removed, originator);
     return true;
 }
 
+void ValueSelection::TakeOutDeleted() const
+{
+    std::erase_if(m_items, [](const auto& item) { return item->m_deleted; });
+    m_deleted = 0;
+}
+
+const std::vector<std::unique_ptr<SelectionItem>>& ValueSelection::GetItems() const
+{
+    if (m_deleted > 0) {
+        TakeOutDeleted();
+    }
+    return m_items;
+}
+
 void ValueSelection::DeleteItems(IObserver* originator)
 {
-    if (m_items.empty()) {
+    if (m_byName.isEmpty()) {
         return;
     }
     m_current = nullptr;
+    m_byName.clear();
+    m_byKey.clear();
     m_items.clear();
+    m_deleted = 0;
     NotifyChange(TChangeCode::Removed, originator);
 }
 
 bool ValueSelection::Select(const QString& name, IObserver* originator)
 {
-    const auto found = findItem(m_items, name);
-    return found != m_items.end() && SelectItem(found->get(), originator);
+    const SelectionItem* const item = m_byName.value(name);
+    return item != nullptr && SelectItem(item, originator);
 }
 
 bool ValueSelection::SelectKey(std::int32_t key, IObserver* originator)
 {
-    const auto found =
-        std::find_if(m_items.begin(), m_items.end(), [key](const auto& item) { return item->GetKey() == key; });
-    return found != m_items.end() && SelectItem(found->get(), originator);
+    const auto first = m_byKey.lower_bound({key, 0});
+    return first != m_byKey.end() && first->first.first == key && SelectItem(first->second, originator);
 }
 
 bool ValueSelection::SelectItem(const SelectionItem* item, IObserver* originator)
@@ -161,11 +188,11 @@ bool ValueSelection::ApplyRecordedState(const std::string& text, std::int32_t /*
     if (payload.empty()) {
         m_current = nullptr;
     } else {
-        std::optional<SelectionItem> recorded = readItem(payload);
+        const std::optional<SelectionItem> recorded = readItem(payload);
         if (!recorded) {
             return false;
         }
-        changed = TakeRecorded(std::move(*recorded));
+        changed = TakeRecorded(*recorded);
     }
     if (changed && notify) {
         NotifyChange(TChangeCode::ValueChanged, nullptr);
@@ -173,17 +200,19 @@ bool ValueSelection::ApplyRecordedState(const std::string& text, std::int32_t /*
     return true;
 }
 
-bool ValueSelection::TakeRecorded(SelectionItem recorded)
+bool ValueSelection::TakeRecorded(const SelectionItem& recorded)
 {
-    const auto found = findItem(m_items, recorded.GetName());
-    if (found == m_items.end()) {
-        m_items.push_back(std::make_unique<SelectionItem>(std::move(recorded)));
-        m_current = m_items.back().get();
+    SelectionItem* const item = m_byName.value(recorded.m_name);
+    if (item == nullptr) {
+        m_current = Append(std::make_unique<SelectionItem>(recorded));
         return true;
     }
-    const bool changed = found->get() != m_current || !isSame(**found, recorded);
-    **found = std::move(recorded);
-    m_current = found->get();
+    const bool changed = item != m_current || !isSame(*item, recorded);
+    m_byKey.erase({item->m_key, item->m_number});
+    item->m_key = recorded.m_key;
+    item->m_value = recorded.m_value;
+    m_byKey.emplace(std::pair(item->m_key, item->m_number), item);
+    m_current = item;
     return changed;
 }
 
