@@ -44,7 +44,7 @@ void note(const LoggedBearing& bearing, LogSurvey& survey)
     if (survey.bearings++ == 0) {
         survey.first = bearing;
     }
-    survey.beforeFirst += bearing.time < survey.first.time ? 1U : 0U;
+    static_cast<void>(survey.order.take(bearing.time, 0));
     survey.oneStation = survey.oneStation && bearing.station == survey.first.station;
 }
 

@@ -12,6 +12,7 @@
 #include "bearings/csvreader.h"
 #include "bearings/loginput.h"
 #include "bearings/rowparser.h"
+#include "input/timeorder.h"
 
 namespace recstation {
 
@@ -44,8 +45,8 @@ struct LogSurvey {
     std::vector<double> channelsHz;  ///< ascending, those without bearings included
     LoggedBearing first;
     std::uint64_t bearings = 0;
-    std::uint64_t beforeFirst = 0;  ///< bearings whose time is earlier than that of the first one
-    bool oneStation = true;         ///< all bearings are of the first one's station
+    TimeOrder order{"bearings", false};  ///< of the bearings; their rows are counted
+    bool oneStation = true;              ///< all bearings are of the first one's station
     bool hasPosition = false;
     bool hasAltitude = false;
 };

@@ -67,6 +67,10 @@ LogSurvey BearingsSource::survey(const LogInput& input) const
         throw std::runtime_error("bearings: " + input.name() + " has " + std::to_string(bad.count()) +
                                  " bad lines, and --strict allows none");
     }
+    if (m_options.strict && survey.order.rowsBack() > 0) {
+        throw std::runtime_error("bearings: " + input.name() + ": " + survey.order.sentence() +
+                                 "; --strict allows none");
+    }
     return survey;
 }
 
@@ -75,9 +79,8 @@ void BearingsSource::reportOddities(const LogSurvey& survey) const
     if (!survey.hasPosition && !m_options.noPosition && !m_options.positionElsewhere) {
         say("the log has no position: name its columns with --latitude-column and --longitude-column, if it has");
     }
-    if (survey.beforeFirst > 0) {
-        say(std::to_string(survey.beforeFirst) +
-            " bearings are earlier than the first one; recordings count time from the first, so sort the log");
+    if (survey.order.rowsBack() > 0) {
+        say(survey.order.sentence() + "; sort the log, if its times are to stay");
     }
 }
 
@@ -105,6 +108,7 @@ std::optional<unsigned long long> BearingsSource::nextTime()
         m_pending = row->bearing;
     }
     m_latest = std::max(m_latest, m_pending->time);
+    m_pending->time = m_latest;
     return m_latest;
 }
 

@@ -1,5 +1,6 @@
 #include "feedsource.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <QDateTime>
@@ -25,7 +26,11 @@ bool isBlank(const std::string& line)
 }  // namespace
 
 FeedSource::FeedSource(std::function<ByteInput()> open, unsigned long long startTime, bool strict, FeedHost host)
-    : m_open(std::move(open)), m_startTime(startTime), m_host(std::move(host)), m_bad("feed", strict, m_host.report)
+    : m_open(std::move(open)),
+      m_startTime(startTime),
+      m_host(std::move(host)),
+      m_bad("feed", strict, m_host.report),
+      m_order("feed", strict)
 {
 }
 
@@ -46,6 +51,7 @@ std::optional<unsigned long long> FeedSource::nextTime()
         // A line that the wish to stop cut short is none.
         if (result == LineReader::Result::End || StopSignal::requested()) {
             m_bad.finish();
+            m_order.finish(m_bad);
             return std::nullopt;
         }
         take(result);
@@ -84,13 +90,15 @@ void FeedSource::accept(FeedLine line)
 std::optional<unsigned long long> FeedSource::unfinishedTime()
 {
     m_bad.finish();
+    m_order.finish(m_bad);
     return std::nullopt;
 }
 
 void FeedSource::step()
 {
-    const FeedLine line = std::move(*m_pending);
+    FeedLine line = std::move(*m_pending);
     m_pending.reset();
+    keepOrder(line);
     try {
         apply(line);
         ++m_used;
@@ -98,6 +106,23 @@ void FeedSource::step()
         m_bad.add(m_lines->number(), error.what());
     } catch (const VKException& error) {
         m_bad.add(m_lines->number(), error.what());
+    }
+}
+
+// A map's own time may be earlier than the line's, but not than what the recorders were handed before.
+void FeedSource::keepOrder(FeedLine& line)
+{
+    auto* change = std::get_if<FeedChange>(&line.action);
+    const auto* record = std::get_if<FeedRecord>(&line.action);
+    if (change != nullptr && change->ownTimeUs) {
+        const unsigned long long latest = m_order.take(m_startTime + *change->ownTimeUs, m_lines->number());
+        m_handed = std::max({latest, m_handed, m_host.toldTime ? m_host.toldTime() : 0});
+        change->ownTimeUs = m_handed - m_startTime;
+        m_ownTimeHolds = true;
+    } else if (record != nullptr && !record->on) {
+        m_ownTimeHolds = false;
+    } else if (!m_ownTimeHolds) {
+        m_handed = std::max(m_handed, m_startTime + line.atUs);
     }
 }
 

@@ -11,6 +11,7 @@
 #include "../source.h"
 #include "feedline.h"
 #include "input/linereader.h"
+#include "input/timeorder.h"
 
 namespace recstation {
 
@@ -20,6 +21,8 @@ struct FeedHost {
     std::function<bool(const QString& name, bool on)> switchRecorder;
     /// Learns of a value that was created.
     std::function<void(const QString& path)> created;
+    /// The latest time that the recorders were told, microseconds since 1970 UTC; may be empty.
+    std::function<unsigned long long()> toldTime;
     InputReport report;
 };
 
@@ -42,6 +45,7 @@ private:
     void take(LineReader::Result result);
     void accept(FeedLine line);
     void apply(const FeedLine& line);
+    void keepOrder(FeedLine& line);
 
     std::function<ByteInput()> m_open;
     unsigned long long m_startTime;
@@ -52,6 +56,9 @@ private:
     std::uint64_t m_used = 0;
     std::uint64_t m_skipped = 0;
     BadLines m_bad;
+    TimeOrder m_order;                // of the maps' own times
+    unsigned long long m_handed = 0;  // the latest time that changes were made at, as the recorders see it
+    bool m_ownTimeHolds = false;      // a map's own time is that of the plain changes behind it
 };
 
 /// The feed from the file or the standard input that the options name.

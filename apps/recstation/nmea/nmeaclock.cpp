@@ -37,7 +37,6 @@ long long NmeaClock::at(long long timeOfDay, std::optional<long long> day)
             time -= microsecondsPerDay;
         }
     }
-    m_backwards += m_last && time < *m_last ? 1U : 0U;
     m_last = time;
     return time;
 }

@@ -26,7 +26,6 @@ public:
 
     /// The first date that may have been rolled back, uncorrected.
     [[nodiscard]] std::optional<long long> rolledBack() const { return m_rolledBack; }
-    [[nodiscard]] std::uint64_t backwards() const { return m_backwards; }  ///< times earlier than the one before
     [[nodiscard]] std::uint64_t midnights() const { return m_midnights; }  ///< passed while no date was told
 
 private:
@@ -36,7 +35,6 @@ private:
     std::optional<long long> m_last;
     std::optional<long long> m_rolledBack;
     bool m_dated = false;
-    std::uint64_t m_backwards = 0;
     std::uint64_t m_midnights = 0;
 };
 

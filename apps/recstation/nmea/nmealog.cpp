@@ -45,6 +45,7 @@ std::optional<long long> parseDay(const std::string& text)
 NmeaLog::NmeaLog(const NmeaOptions& options, InputReport report)
     : m_options(options),
       m_bad("nmea", options.strict, std::move(report)),
+      m_order("nmea", options.strict),
       m_lines(openInput(options.file), longestLine),
       m_clock(today(), options.fixWeekRollover)
 {
@@ -70,6 +71,7 @@ std::optional<TimedFix> NmeaLog::next()
 std::optional<TimedFix> NmeaLog::nextUnfinished()
 {
     m_bad.finish();
+    m_order.finish(m_bad);
     if (m_time) {
         releaseGroup();
     }
@@ -182,6 +184,7 @@ void NmeaLog::place(const Entry& entry)
     const NmeaMessage& message = entry.message;
     if (message.timeOfDay) {
         const long long time = m_clock.at(*message.timeOfDay, message.day);
+        static_cast<void>(m_order.take(static_cast<unsigned long long>(std::max(time, 0LL)), entry.line));
         if (!m_time || time > *m_time) {
             closeGroup(entry.line, time);
         }
@@ -246,6 +249,7 @@ void NmeaLog::releaseGroup()
 void NmeaLog::endInput()
 {
     m_bad.finish();
+    m_order.finish(m_bad);
     const std::string counts =
         " (" + std::to_string(m_skipped) + " lines skipped, " + std::to_string(m_bad.count()) + " bad)";
     if (!m_clock.started() && !m_held.empty()) {
@@ -264,10 +268,6 @@ void NmeaLog::endInput()
     }
     if (m_clock.midnights() > 0) {
         m_bad.say("midnight passed " + std::to_string(m_clock.midnights()) + " times without a date");
-    }
-    if (m_clock.backwards() > 0) {
-        m_bad.say("the time went back " + std::to_string(m_clock.backwards()) +
-                  " times; what is earlier than before is recorded at the latest time so far");
     }
 }
 

@@ -13,6 +13,7 @@
 
 #include "input/badlines.h"
 #include "input/linereader.h"
+#include "input/timeorder.h"
 #include "nmea/nmeaclock.h"
 #include "nmea/nmeamessage.h"
 #include "nmea/nmeasource.h"
@@ -72,6 +73,7 @@ private:
 
     NmeaOptions m_options;
     BadLines m_bad;
+    TimeOrder m_order;
     LineReader m_lines;
     NmeaClock m_clock;
     std::vector<Entry> m_held;        // until a date is known

@@ -8,6 +8,7 @@
 #include <QLoggingCategory>
 
 #include "input/linereader.h"
+#include "input/timeorder.h"
 #include "sweep/sweepassembly.h"
 #include "sweep/sweeprow.h"
 #include "sweep/sweepvalues.h"
@@ -27,6 +28,7 @@ public:
     SweepSource(SweepOptions options, InputReport report)
         : m_options(std::move(options)),
           m_bad("sweep", m_options.strict, std::move(report)),
+          m_order("sweep", m_options.strict),
           m_parser(m_options.utcOffset),
           m_assembly(m_options.binFrequency == "lower")
     {
@@ -46,10 +48,10 @@ private:
     [[nodiscard]] bool readRow();
     void endInput();
     void takeSweep();
-    [[nodiscard]] unsigned long long dueTime();
 
     SweepOptions m_options;
     BadLines m_bad;
+    TimeOrder m_order;  // of the rows
     SweepRowParser m_parser;
     SweepAssembly m_assembly;
     std::unique_ptr<LineReader> m_lines;
@@ -62,8 +64,7 @@ private:
     std::uint64_t m_used = 0;
     std::uint64_t m_skipped = 0;
     std::uint64_t m_sweeps = 0;
-    std::uint64_t m_backwards = 0;
-    unsigned long long m_latest = 0;
+    unsigned long long m_latest = 0;  // of the sweeps
 };
 
 void SweepSource::prepare()
@@ -79,13 +80,7 @@ std::optional<unsigned long long> SweepSource::nextTime()
     if (!m_sweepWaits && !m_ended && !readSweep()) {
         return std::nullopt;
     }
-    return m_sweepWaits ? std::optional(dueTime()) : std::nullopt;
-}
-
-unsigned long long SweepSource::dueTime()
-{
-    m_latest = std::max(m_latest, m_sweep.time);
-    return m_latest;
+    return m_sweepWaits ? std::optional(m_sweep.time) : std::nullopt;
 }
 
 // Reads up to the end of a sweep, which waits then; false at the end of the input.
@@ -134,6 +129,7 @@ bool SweepSource::readRow()
             }
             if (!SweepRowParser::isNoRow(m_lines->line())) {
                 m_parser.parse(m_lines->line(), m_lines->terminated(), m_row);
+                static_cast<void>(m_order.take(m_row.time, m_lines->number()));
                 return true;
             }
             ++m_skipped;
@@ -148,7 +144,8 @@ void SweepSource::takeSweep()
 {
     const bool first = m_sweeps++ == 0;
     m_assembly.take(m_sweep);
-    m_backwards += m_sweep.time < m_latest ? 1U : 0U;
+    m_latest = std::max(m_latest, m_sweep.time);
+    m_sweep.time = m_latest;
     m_sweepWaits = true;
     if (first) {
         // The channels are there before any recording starts.
@@ -163,14 +160,11 @@ void SweepSource::takeSweep()
 void SweepSource::endInput()
 {
     m_bad.finish();
+    m_order.finish(m_bad);
     if (m_sweeps == 0) {
         throw std::runtime_error("sweep: " + inputName(m_options.file) + " holds no sweep (" +
                                  std::to_string(m_skipped) + " lines skipped, " + std::to_string(m_bad.count()) +
                                  " bad)");
-    }
-    if (m_backwards > 0) {
-        m_bad.say(std::to_string(m_backwards) +
-                  " sweeps are earlier than one before them; they are recorded at the latest time so far");
     }
 }
 
@@ -186,6 +180,7 @@ void SweepSource::step()
 std::optional<unsigned long long> SweepSource::unfinishedTime()
 {
     m_bad.finish();
+    m_order.finish(m_bad);
     // A sweep that is put together and was not due yet lies ahead of the stop.
     if (m_sweepWaits || m_ended || (m_assembly.empty() && !m_rowWaits)) {
         return std::nullopt;
@@ -197,7 +192,7 @@ std::optional<unsigned long long> SweepSource::unfinishedTime()
     m_ended = true;
     m_assembly.noteLoss();
     takeSweep();
-    return dueTime();
+    return m_sweep.time;
 }
 
 }  // namespace
