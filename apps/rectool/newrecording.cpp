@@ -213,9 +213,13 @@ bool NewRecording::reserveTemporaryName()
 
 ExitCode NewRecording::create(const std::vector<Inspection::TypeEntry>& types)
 {
+    for (const std::string& part : Inspection::removeLeftParts(m_path)) {
+        complain(part, "This unfinished output of an earlier run was removed.");
+    }
     if (!reserveTemporaryName()) {
         return fail(ExitCode::CannotRead, "No file can be made there.");
     }
+    m_lock = std::make_unique<Inspection::PartLock>(m_temporary);
     m_file = std::make_unique<Recording2::CFileAccess>(forLibrary(m_temporary).c_str(), QString(), nullptr, true, false,
                                                        false, nullptr, nullptr);
     if (!m_file->IsValidFile()) {

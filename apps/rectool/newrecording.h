@@ -10,6 +10,7 @@
 
 #include <recording2/fileaccess.h>
 #include <recording2/inspection/inspection.h>
+#include <recording2/inspection/leftparts.h>
 
 #include "commands.h"
 #include "json.h"
@@ -80,7 +81,8 @@ private:
     std::string m_path;
     bool m_replace;
     Interrupt m_interrupt;
-    std::string m_temporary;  // empty while there is none
+    std::unique_ptr<Recording2::Inspection::PartLock> m_lock;  // of the temporary file
+    std::string m_temporary;                                   // empty while there is none
     std::unique_ptr<Recording2::CFileAccess> m_file;
     std::vector<Recording2::Inspection::TypeEntry> m_types;
     std::vector<std::uint64_t> m_channelRanges;

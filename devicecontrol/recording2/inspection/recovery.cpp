@@ -14,6 +14,7 @@
 #include "fieldreader.h"
 #include "filename.h"
 #include "journalreader.h"
+#include "leftparts.h"
 #include "recordingname.h"
 #include "salvage.h"
 #include "tables.h"
@@ -56,6 +57,7 @@ public:
     {
         m_file = std::make_unique<OutputFile>(native(m_part), OpenMode::Create);
         m_made = m_file->good();
+        static_cast<void>(m_file->lock());  // whoever looks for parts that are left lets it be
         m_file->append(Format::headerArea());
         m_positions.typeTable = types.empty() ? 0 : here();
         m_file->append(types);
@@ -619,12 +621,16 @@ Recovery recover(const std::string& recording, const RecoveryOptions& options)
     }
     const bool closedName = journalOf(recording) != Journal::pathFor(recording);
     std::error_code none;
-    if (closedName && summary.readability == Readability::Ok && !fs::exists(native(journalOf(recording)), none)) {
+    if (!options.closed && closedName && summary.readability == Readability::Ok &&
+        !fs::exists(native(journalOf(recording)), none)) {
         // Its tables are then what is wrong, which is for repairing: there is no journal to recover from.
         const bool sound = summary.findings.empty();
         fail(report, sound ? RecoveryOutcome::NothingToDo : RecoveryOutcome::Nothing,
              sound ? "This recording was closed." : "This recording was closed and is damaged: repair it instead.");
         return report;
+    }
+    for (const std::string& part : removeLeftParts(options.output)) {
+        report.notes.push_back("An unfinished output of an earlier run was removed: " + part + '.');
     }
     if (!recoverFromJournal(recording, options, report)) {
         if (fs::exists(native(journalOf(recording)), none)) {

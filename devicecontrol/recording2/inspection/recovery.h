@@ -27,6 +27,7 @@ struct RecoveryOptions {
     std::uint64_t periodMs = 0;  ///< from record to record where no later time is known; 0: see repairTimes
     std::function<void(std::int64_t, std::int64_t)> progress;  ///< bytes read and in all; may be empty
     std::function<bool()> interrupted;                         ///< asked now and then; may be empty
+    bool closed = false;  ///< takes what is whole of a recording, too, that was closed and is damaged
 };
 
 struct Recovery {

@@ -391,12 +391,23 @@ TEST_F(Cut, NameWithSeveralDotsIsTheNameOfTheFile)
     EXPECT_THAT(m_folder.names(), ElementsAre("a.b.tmp", "bearings.rec", "no dot"));
 }
 
-TEST_F(Cut, AnUnfinishedFileOfAnotherRunIsLeftAlone)
+TEST_F(Cut, AFileThatOnlyHasTheNameOfAnUnfinishedOneIsLeftAlone)
 {
     writeBytes(file("cut.rec.part"), "of another");
     ASSERT_EQ(cut(bearings(), "", "", file("cut.rec")).exitCode, ExitCode::Fine);
     EXPECT_EQ(bytesOf(file("cut.rec.part")), "of another");
     EXPECT_THAT(m_folder.names(), ElementsAre("bearings.rec", "cut.rec", "cut.rec.part"));
+}
+
+TEST_F(Cut, UnfinishedOutputsOfKilledRunsAreRemovedAndNamed)
+{
+    writeBytes(file("cut.rec.part"), std::string(499, '0') + "#types");
+    writeBytes(file("cut.rec.part2"), "");
+    const Result result = cut(bearings(), "", "", file("cut.rec"));
+    ASSERT_EQ(result.exitCode, ExitCode::Fine);
+    EXPECT_THAT(result.err, testing::AllOf(HasSubstr("cut.rec.part: This unfinished output"),
+                                           HasSubstr("cut.rec.part2: This unfinished output")));
+    EXPECT_THAT(m_folder.names(), ElementsAre("bearings.rec", "cut.rec"));
 }
 
 TEST_F(Cut, FilesThatCannotBeReadOrWrittenAreExitCode2)
