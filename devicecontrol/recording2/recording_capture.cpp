@@ -145,6 +145,7 @@ const std::string& CRecording::TextOf(const Observed& change)
         entry->joined = entry->joined && entry->observed != change.value;
     }
     RefreshObserved();
+    static_cast<void>(change.value->GetStringForRecording(true));  // which counts as given
     return change.value->GetStringForRecording(false);
 }
 
