@@ -46,6 +46,18 @@ void examineArchived(FileReport& report, const QString& storedPath)
     report.problem = examineBytes(report, storedPath);
 }
 
+FileReport examineElsewhere(const QString& path)
+{
+    FileReport report;
+    report.path = path;
+    if (QFileInfo::exists(path)) {
+        report.state =
+            path.endsWith(QStringLiteral(".rec")) ? FileReport::State::Finished : FileReport::State::Temporary;
+        report.problem = examineBytes(report, path);
+    }
+    return report;
+}
+
 QString finishedPath(const QString& temporaryPath)
 {
     const QFileInfo info(temporaryPath);
@@ -91,6 +103,11 @@ void FileNameWatch::Update(void* /*subject*/, TChangeCode code)
         if (m_address && Zelvo::ZelvoUrl(m_address->GetValue()).isZelvoUrl()) {
             m_addresses[path] = m_address->GetValue();
         }
+        if (m_opened) {
+            m_opened(path);
+        }
+    } else if (m_closed && path.endsWith(QStringLiteral(".rec"))) {
+        m_closed();
     }
 }
 

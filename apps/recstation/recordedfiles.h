@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <utility>
 #include <vector>
 
 #include <QHash>
@@ -36,6 +38,9 @@ struct FileReport {
 /// The same for the archive's copy of it, whose address is known.
 void examineArchived(FileReport& report, const QString& storedPath);
 
+/// The same for a recording that is not where it was recorded.
+[[nodiscard]] FileReport examineElsewhere(const QString& path);
+
 /// The name that a closed recording gets: cut at the first dot of its file name.
 [[nodiscard]] QString finishedPath(const QString& temporaryPath);
 
@@ -47,12 +52,30 @@ public:
 
     void Update(void* subject, TChangeCode code) override;
 
-    [[nodiscard]] const QStringList& temporaryPaths() const { return m_paths; }  ///< in order of opening
+    [[nodiscard]] const QStringList& temporaryPaths() const { return m_paths; }      ///< in order of opening
+    void forget(const QString& temporaryPath) { m_paths.removeAll(temporaryPath); }  ///< there is no such file
+    /// The recording is elsewhere now: its old name may come again.
+    void rename(const QString& temporaryPath, const QString& path)
+    {
+        const int at = m_paths.indexOf(temporaryPath);
+        if (at >= 0) {
+            m_paths[at] = path;
+        }
+    }
+    /// @param opened called with every .tmp name when it is published, right after the file was made
+    /// @param closed called when the final name is published, right after it was closed
+    void follow(std::function<void(const QString& temporaryPath)> opened, std::function<void()> closed)
+    {
+        m_opened = std::move(opened);
+        m_closed = std::move(closed);
+    }
     /// Empty when the file was not registered with the archive.
     [[nodiscard]] QString addressOf(const QString& temporaryPath) const { return m_addresses.value(temporaryPath); }
 
 private:
     QStringList m_paths;
+    std::function<void(const QString&)> m_opened;
+    std::function<void()> m_closed;
     QHash<QString, QString> m_addresses;
     values::ValuePtr<values::Value<QString>> m_address;
     values::ValueObservingPtr<values::Value<QString>> m_fileName;

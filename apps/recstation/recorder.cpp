@@ -1,11 +1,15 @@
 #include "recorder.h"
 
 #include <stdexcept>
+#include <utility>
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryFile>
+
+#include <vkbase/quonos.h>
 
 namespace recstation {
 
@@ -16,25 +20,16 @@ namespace {
     throw std::runtime_error(sentence.toStdString());
 }
 
-// The recorder would quietly record elsewhere, so a missing directory is refused before it is told of it.
-void requireDirectory(const QString& directory)
+// Names and headers of recordings tell the time as a date of four digits; 0 is no time.
+void requireUsableClock()
 {
-    const QFileInfo info(directory);
-    if (!info.exists()) {
-        fail(QStringLiteral("cannot record: the directory %1 does not exist").arg(directory));
+    const QDateTime now =
+        QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(QuonOS::Create()->CurrentTime() / 1000), Qt::UTC);
+    if (now < QDateTime(QDate(1970, 1, 1), QTime(0, 0, 1), Qt::UTC) || now.date().year() > 2500) {
+        fail(QStringLiteral("cannot record: the clock shows %1, and recordings begin from 1970-01-01T00:00:01Z to the "
+                            "end of 2500")
+                 .arg(now.toString(Qt::ISODate)));
     }
-    if (!info.isDir()) {
-        fail(QStringLiteral("cannot record: %1 is no directory").arg(directory));
-    }
-}
-
-const Instance& withExistingDirectory(const Instance& instance, const QString& output)
-{
-    const QString& directory = output.isEmpty() ? instance.recordingPath : output;
-    if (!directory.isEmpty()) {
-        requireDirectory(directory);
-    }
-    return instance;
 }
 
 // Asks the file system itself why the recorder could not create the file.
@@ -49,6 +44,17 @@ QString whyNotCreated(const QString& path)
 }
 
 }  // namespace
+
+void requireDirectory(const QString& directory)
+{
+    const QFileInfo info(directory);
+    if (!info.exists()) {
+        fail(QStringLiteral("cannot record: the directory %1 does not exist").arg(directory));
+    }
+    if (!info.isDir()) {
+        fail(QStringLiteral("cannot record: %1 is no directory").arg(directory));
+    }
+}
 
 void requireWritableDirectory(const QString& directory)
 {
@@ -65,15 +71,17 @@ void requireWritableDirectory(const QString& directory)
 }
 
 Recorder::Recorder(const Plugin& plugin, const Instance& instance, const QString& output)
-    : m_instance(withExistingDirectory(instance, output)),
-      m_plugged(plugin.create(instance.name)),
-      m_files(instance.statusValuePath)
+    : m_instance(instance), m_plugged(plugin.create(instance.name)), m_files(instance.statusValuePath)
 {
     m_status.Attach(instance.valuePath + QStringLiteral("/REC_STATUS"));
     m_directory.Attach(instance.statusValuePath + QStringLiteral("/REC_FILEPATH"));
     if (!output.isEmpty()) {
         m_directory->SetValue(QFileInfo(output).absoluteFilePath());
+    } else if (!instance.recordingPath.isEmpty()) {
+        m_directory->SetValue(instance.recordingPath);  // where it is missing, the recorder took another quietly
     }
+    m_files.follow([this](const QString& path) { m_watch = std::make_unique<RecordingWatch>(path); },
+                   [this] { endWatch(); });
     m_observer = dynamic_cast<IObserver*>(m_plugged.get());
     values::ValuePtr<values::Value<bool>> directionFinding;
     directionFinding.Attach(instance.statusValuePath + QStringLiteral("/REC_DF"));
@@ -93,10 +101,16 @@ bool Recorder::isOn() const
 
 void Recorder::switchOn()
 {
-    requireWritableDirectory(directory());
-    m_switchedOn = true;
-    m_status->Select(QStringLiteral("On"));
-    checkNewFiles();
+    try {
+        requireUsableClock();
+        requireWritableDirectory(directory());
+        m_switchedOn = true;
+        m_status->Select(QStringLiteral("On"));
+        checkNewFiles();
+    } catch (...) {
+        switchOff();
+        throw;
+    }
 }
 
 void Recorder::switchOff()
@@ -112,6 +126,53 @@ bool Recorder::stoppedItself()
     const bool stopped = m_switchedOn && !isOn();
     m_switchedOn = m_switchedOn && !stopped;
     return stopped;
+}
+
+// At the moment of closing: whoever takes a finished recording away may do so.
+void Recorder::endWatch()
+{
+    std::unique_ptr<RecordingWatch> watch = std::move(m_watch);
+    if (watch == nullptr) {
+        return;
+    }
+    watch->forgetJournal();
+    const bool archived = !addressOf(watch->path()).isEmpty();  // and moved, perhaps
+    if (const auto harm = archived ? std::nullopt : watch->harmWhenClosed()) {
+        m_harmed.emplace_back(std::move(watch), *harm);
+    }
+}
+
+Recorder::Rescues Recorder::rescueFiles()
+{
+    Rescues rescues;
+    if (const auto harm = m_watch != nullptr && isOn() ? m_watch->harm() : std::nullopt) {
+        m_harmed.emplace_back(std::move(m_watch), *harm);
+        switchOff();
+        rescues.endedOne = true;
+    }
+    for (const auto& [watch, harm] : std::exchange(m_harmed, {})) {
+        watch->forgetJournal();
+        rescue(*watch, harm, rescues);
+    }
+    return rescues;
+}
+
+void Recorder::rescue(RecordingWatch& watch, FileHarm harm, Rescues& rescues)
+{
+    const RescuedRecording rescued = watch.rescue(harm);
+    QString name = watch.path();
+    if (!rescued.path.isEmpty() && rescued.path != finishedPath(name)) {
+        m_files.rename(name, rescued.path);
+        name = rescued.path;
+    }
+    m_rescued[name] = rescued;
+    rescues.told += rescued.what;
+}
+
+std::optional<RescuedRecording> Recorder::rescued(const QString& temporaryPath) const
+{
+    const auto found = m_rescued.find(temporaryPath);
+    return found == m_rescued.end() ? std::nullopt : std::optional(*found);
 }
 
 void Recorder::tellTime(unsigned long long time)
@@ -130,7 +191,12 @@ void Recorder::checkNewFiles()
         // A recording that ended within one step already has its final name, or has been moved to the archive, with
         // which only files that exist are registered.
         if (addressOf(path).isEmpty() && !QFileInfo::exists(path) && !QFileInfo::exists(finishedPath(path))) {
-            fail(QStringLiteral("cannot record: the file %1 could not be created: %2").arg(path, whyNotCreated(path)));
+            const QString missing = path;
+            m_files.forget(missing);
+            --m_checkedFiles;
+            switchOff();
+            fail(QStringLiteral("cannot record: the file %1 could not be created: %2")
+                     .arg(missing, whyNotCreated(missing)));
         }
     }
 }

@@ -1,6 +1,12 @@
 // One recorder of the plug-in and the status values through which the host works it.
 #pragma once
 
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
@@ -11,13 +17,15 @@
 #include "configuration.h"
 #include "plugin.h"
 #include "recordedfiles.h"
+#include "recordingwatch.h"
 
 namespace recstation {
 
 /// Needs the value tree in force for its whole life.
 class Recorder {
 public:
-    /// Makes the recorder and tells it where to record and whether to record direction finding.
+    /// Makes the recorder and tells it where to record and whether to record direction finding. A directory that is
+    /// missing stands in the way of switching on only.
     /// @param output directory that replaces the configured one; empty keeps it
     /// @throws std::runtime_error (also VKException) when the recorder cannot be set up
     Recorder(const Plugin& plugin, const Instance& instance, const QString& output);
@@ -28,8 +36,8 @@ public:
     [[nodiscard]] const QString& name() const { return m_instance.name; }
     [[nodiscard]] bool isOn() const;
 
-    /// Starts a recording; while one runs, ends it and starts the next.
-    /// @throws std::runtime_error when its directory is missing or cannot be written
+    /// Starts a recording; while one runs, ends it and starts the next. After an error it is off.
+    /// @throws std::runtime_error when the clock is wrong, or its directory is missing or cannot be written
     void switchOn();
     void switchOff();  ///< closes the recording, if one runs
 
@@ -37,9 +45,19 @@ public:
     /// one device measures all. Where that would be wrong, the time of each step is told to it.
     void tellTime(unsigned long long time);
 
-    /// Makes sure that every recording opened since the last call is on the disk.
+    /// Makes sure that every recording opened since the last call is on the disk. One that is not is ended.
     /// @throws std::runtime_error that says why one could not be created
     void checkNewFiles();
+    /// What became of recordings whose files were deleted, moved or cut since the last call.
+    struct Rescues {
+        QStringList told;       ///< a sentence each
+        bool endedOne = false;  ///< the recording under way was closed, and what it held saved: a new one can begin
+    };
+    /// To be called several times a second.
+    [[nodiscard]] Rescues rescueFiles();
+    /// What is known of a recording that was rescued.
+    [[nodiscard]] std::optional<RescuedRecording> rescued(const QString& temporaryPath) const;
+
     /// Once after the recorder ended a recording by itself, because it could not be written.
     [[nodiscard]] bool stoppedItself();
     /// Where the next recording goes.
@@ -48,17 +66,27 @@ public:
     [[nodiscard]] QString addressOf(const QString& temporaryPath) const { return m_files.addressOf(temporaryPath); }
 
 private:
+    void endWatch();
+    void rescue(RecordingWatch& watch, FileHarm harm, Rescues& rescues);
+
     Instance m_instance;
     Plugin::Instance m_plugged;
     values::ValuePtr<values::ValueSelection> m_status;
     values::ValuePtr<values::Value<QString>> m_directory;
     FileNameWatch m_files;
+    std::unique_ptr<RecordingWatch> m_watch;                                     // of the recording under way
+    std::vector<std::pair<std::unique_ptr<RecordingWatch>, FileHarm>> m_harmed;  // closed since the last look
+    QHash<QString, RescuedRecording> m_rescued;                                  // by the name in m_files
     int m_checkedFiles = 0;
     bool m_switchedOn = false;
     IObserver* m_observer = nullptr;  // the recorder; null if it cannot be told
     // In no tree; a change of it is no record, but its time counts.
     values::FastValueMap<float, values::levelHandler> m_time;
 };
+
+/// Makes sure that there is such a directory.
+/// @throws std::runtime_error with the reason
+void requireDirectory(const QString& directory);
 
 /// Makes sure that a file can be written in the directory.
 /// @throws std::runtime_error with the reason

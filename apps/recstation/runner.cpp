@@ -10,6 +10,7 @@ namespace {
 // Long enough that the event loop costs nothing, short enough that timers and signals are served promptly.
 constexpr qint64 sliceMs = 20;
 constexpr long long longestWaitMs = 3'600'000;
+constexpr long long idleMs = 250;
 
 }  // namespace
 
@@ -61,7 +62,10 @@ bool Runner::stepsUntilWait()
         }
         const long long wait = millisecondsUntil(*due);
         if (wait > 0 || slice.elapsed() >= sliceMs) {
-            m_timer.start(static_cast<int>(wait));
+            if (wait > 0 && m_hooks.idle) {
+                m_hooks.idle();
+            }
+            m_timer.start(static_cast<int>(m_hooks.idle ? std::min(wait, idleMs) : wait));
             return true;
         }
         m_scheduler.step();

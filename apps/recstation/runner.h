@@ -19,6 +19,7 @@ public:
     struct Hooks {
         std::function<void()> afterStep;      ///< what it throws ends the run
         std::function<bool()> stopRequested;  ///< asked before every step
+        std::function<void()> idle = {};      ///< about four times a second while it waits; may be empty
     };
 
     /// @param speed recorded seconds per second; nothing: as fast as possible

@@ -8,6 +8,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <recording2/inspection/leftparts.h>
+
 #include "bearings/bearingssource.h"
 #include "feed/feedsource.h"
 #include "nmea/nmeasource.h"
@@ -124,7 +126,8 @@ Station::Station(const Options& options, Messages& messages, FreeSpace freeSpace
       m_archiveWait(static_cast<std::int64_t>(options.archiveWaitSeconds * 1'000)),
       m_scheduler(m_clock, [this](unsigned long long time) { beforeStep(time); }),
       m_runner(m_scheduler, options.speed,
-               {[this] { afterStep(); }, [this] { return StopSignal::requested() || !canRecord(); }}),
+               {[this] { afterStep(); }, [this] { return StopSignal::requested() || !canRecord(); },
+                [this] { rescueFiles(); }}),
       m_space(std::move(freeSpace)),
       m_recover(options.recover),
       m_switchedByFeed(options.feed.has_value())
@@ -184,6 +187,7 @@ void Station::addSources(const Options& options)
         FeedHost host;
         host.switchRecorder = [this](const QString& name, bool on) { return switchRecorder(name, on); };
         host.created = [this](const QString& path) { m_counter.follow(m_tree, path); };
+        host.toldTime = [this] { return m_toldTime; };
         host.report = [this](const QString& sentence) { m_messages.message(sentence); };
         m_scheduler.add(makeFeedSource(*options.feed, std::move(host)));
     }
@@ -194,6 +198,12 @@ void Station::addRecorders(const Options& options)
     const QString output = QString::fromStdString(options.output);
     for (const Instance& instance : m_configuration.instances) {
         m_recorders.push_back(std::make_unique<Recorder>(m_plugin, instance, output));
+    }
+    const bool anyDirectory = std::any_of(m_recorders.begin(), m_recorders.end(), [](const auto& recorder) {
+        return QFileInfo(recorder->directory()).isDir();
+    });
+    if (!anyDirectory) {
+        requireDirectory(output.isEmpty() ? m_recorders.front()->directory() : output);
     }
 }
 
@@ -234,7 +244,7 @@ bool Station::switchRecorder(const QString& name, bool on)
         return false;
     }
     if (on) {
-        recorder->switchOn();
+        trySwitchOn(*recorder);
     } else {
         recorder->switchOff();
     }
@@ -253,6 +263,10 @@ Summary Station::run()
         summary.failure = QString::fromUtf8(error.what());
     }
     closeRecordings(summary);
+    summary.refusals = m_refusals;
+    if (summary.failure.isEmpty() && summary.files.empty() && !m_refusals.empty()) {
+        summary.failure = QStringLiteral("nothing could be recorded");
+    }
     m_messages.finish(progressNumbers());
     finishArchive(summary);
     for (const auto& source : m_scheduler.sources()) {
@@ -277,6 +291,11 @@ void Station::recoverEarlier(Summary& summary)
         const QString directory = QFileInfo(recorder->directory()).canonicalFilePath();
         if (!directory.isEmpty() && !directories.contains(directory)) {
             directories += directory;
+            for (const std::string& part : Recording2::Inspection::removeLeftPartsIn(directory.toStdString())) {
+                m_messages.message(
+                    QStringLiteral("removed %1, which an interrupted copy or recovery had left unfinished")
+                        .arg(QString::fromStdString(part)));
+            }
             const std::vector<UnfinishedRecording> done = recoverUnfinished(directory, hooks);
             summary.recovered.insert(summary.recovered.end(), done.begin(), done.end());
         }
@@ -287,6 +306,8 @@ void Station::record()
 {
     m_sinceStart.start();
     m_sinceSpaceCheck.start();
+    m_sinceFileCheck.start();
+    const IdleWork idle([this] { rescueFiles(); });
     if (!m_toStart.empty()) {
         auto first = m_scheduler.nextTime();
         if (!first && StopSignal::requested()) {
@@ -295,9 +316,7 @@ void Station::record()
         m_clock.set(first.value_or(m_clock.CurrentTime()));
         m_firstTime = m_clock.CurrentTime();
     }
-    for (Recorder* recorder : m_toStart) {
-        recorder->switchOn();
-    }
+    startRecorders();
     tellStops();
     m_counter.follow(m_tree);
     m_runner.run();
@@ -314,6 +333,7 @@ void Station::beforeStep(unsigned long long time)
         for (const auto& recorder : m_recorders) {
             recorder->tellTime(time);
         }
+        m_toldTime = time;
     }
 }
 
@@ -324,10 +344,9 @@ void Station::afterStep()
         m_firstTime = m_clock.CurrentTime();
     }
     m_counter.follow(m_tree);
-    for (const auto& recorder : m_recorders) {
-        recorder->checkNewFiles();
-    }
+    checkNewFiles();
     tellStops();
+    rescueFiles();
     if (m_sinceSpaceCheck.elapsed() >= spaceCheckMs) {
         m_sinceSpaceCheck.restart();
         checkSpace();
@@ -335,34 +354,6 @@ void Station::afterStep()
     if (m_messages.progressDue()) {
         m_messages.progress(progressNumbers());
     }
-}
-
-void Station::tellStops()
-{
-    for (const auto& recorder : m_recorders) {
-        if (recorder->stoppedItself()) {
-            tellStop(*recorder);
-        }
-    }
-}
-
-void Station::tellStop(const Recorder& recorder)
-{
-    const QString path = recorder.temporaryPaths().isEmpty() ? QString() : recorder.temporaryPaths().last();
-    m_stopped += path;
-    const QString reason = m_traces.whyStopped(path);
-    m_messages.message(QStringLiteral("%1: recording stopped, %2 cannot be written%3")
-                           .arg(recorder.name(), path, reason.isEmpty() ? QString() : QStringLiteral(": ") + reason));
-    if (!canRecord()) {
-        m_messages.message(QStringLiteral("the run ends: no recorder is left"));
-    }
-}
-
-// A run whose recorders have all stopped goes on only if somebody can switch one on again.
-bool Station::canRecord() const
-{
-    return m_stopped.isEmpty() || m_switchedByFeed ||
-           std::any_of(m_recorders.begin(), m_recorders.end(), [](const auto& recorder) { return recorder->isOn(); });
 }
 
 void Station::checkSpace()
@@ -387,8 +378,14 @@ void Station::checkSpace()
     }
 }
 
-FileReport Station::examine(const QString& path) const
+FileReport Station::examine(const Recorder& recorder, const QString& path) const
 {
+    if (const auto rescued = recorder.rescued(path)) {
+        FileReport report = examineElsewhere(rescued->path);
+        report.path = rescued->path.isEmpty() ? path : rescued->path;
+        report.problem = rescued->what;
+        return report;
+    }
     FileReport report = examineRecording(path);
     if (m_stopped.contains(path)) {
         const QString reason = m_traces.whyStopped(path);
@@ -405,14 +402,16 @@ void Station::closeRecordings(Summary& summary)
     tellStops();
     for (const auto& recorder : m_recorders) {
         try {
+            rescueFilesOf(*recorder);
             recorder->switchOff();
+            rescueFilesOf(*recorder);
         } catch (const std::exception& error) {
             summary.failure += QStringLiteral("%1%2: cannot close the recording: %3")
                                    .arg(summary.failure.isEmpty() ? QString() : QStringLiteral("; "), recorder->name(),
                                         QString::fromUtf8(error.what()));
         }
         for (const QString& path : recorder->temporaryPaths()) {
-            FileReport report = examine(path);
+            FileReport report = examine(*recorder, path);
             report.address = recorder->addressOf(path);
             summary.files.push_back({recorder->name(), report});
         }

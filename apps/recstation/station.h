@@ -48,6 +48,11 @@ private:
     [[nodiscard]] std::vector<Recorder*> recordersToStart(const Options& options) const;
     [[nodiscard]] Recorder* findRecorder(const QString& name) const;
     bool switchRecorder(const QString& name, bool on);
+    void trySwitchOn(Recorder& recorder);
+    void refuse(const Recorder& recorder, const QString& problem);
+    void startRecorders();
+    void checkNewFiles();
+    [[nodiscard]] QString whyNoneRecorded() const;
     void record();
     void beforeStep(unsigned long long time);
     void afterStep();
@@ -55,10 +60,12 @@ private:
     void tellStops();
     void tellStop(const Recorder& recorder);
     void checkSpace();
+    void rescueFiles();
+    bool rescueFilesOf(Recorder& recorder);
     [[nodiscard]] bool canRecord() const;
     void closeRecordings(Summary& summary);
     void finishArchive(Summary& summary);
-    [[nodiscard]] FileReport examine(const QString& path) const;
+    [[nodiscard]] FileReport examine(const Recorder& recorder, const QString& path) const;
     [[nodiscard]] ProgressNumbers progressNumbers();
     [[nodiscard]] unsigned long long recordedMs() const;
 
@@ -76,11 +83,14 @@ private:
     std::vector<std::unique_ptr<Recorder>> m_recorders;
     std::vector<Recorder*> m_toStart;
     std::optional<unsigned long long> m_firstTime;
+    unsigned long long m_toldTime = 0;  // to the recorders, before a step
     SpaceWatch m_space;
     QElapsedTimer m_sinceSpaceCheck;
+    QElapsedTimer m_sinceFileCheck;
     QHash<QString, std::int64_t> m_bytes;  // of each recording when it was last on the disk
     QElapsedTimer m_sinceStart;
     QStringList m_stopped;  // recordings that their recorders ended by themselves
+    std::vector<Summary::Refusal> m_refusals;
     bool m_recover;
     bool m_switchedByFeed;  // so that a recorder that stopped may record again
 };

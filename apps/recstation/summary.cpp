@@ -127,7 +127,7 @@ ExitCode Summary::exitCode() const
         std::all_of(files.begin(), files.end(), [](const File& file) { return file.report.problem.isEmpty(); });
     const bool allInput =
         std::all_of(sources.begin(), sources.end(), [](const SourceResult& source) { return source.report.bad == 0; });
-    return allFiles && allInput && !files.empty() ? ExitCode::Success : ExitCode::Incomplete;
+    return allFiles && allInput && !files.empty() && refusals.empty() ? ExitCode::Success : ExitCode::Incomplete;
 }
 
 std::string Summary::json() const
@@ -142,6 +142,13 @@ std::string Summary::json() const
     object["files"] = nlohmann::ordered_json::array();
     for (const File& file : files) {
         object["files"].push_back(toJson(file));
+    }
+    if (!refusals.empty()) {
+        object["notRecorded"] = nlohmann::ordered_json::array();
+        for (const Refusal& refusal : refusals) {
+            object["notRecorded"].push_back(
+                {{"recorder", refusal.recorder.toStdString()}, {"problem", refusal.problem.toStdString()}});
+        }
     }
     object["sources"] = nlohmann::ordered_json::array();
     for (const SourceResult& source : sources) {

@@ -30,6 +30,11 @@ struct Summary {
         QString recorder;
         FileReport report;
     };
+    /// A recorder that was switched on and could not record.
+    struct Refusal {
+        QString recorder;
+        QString problem;  ///< one sentence; it was told when it happened
+    };
     struct SourceResult {
         QString name;
         SourceReport report;
@@ -37,6 +42,7 @@ struct Summary {
 
     std::vector<UnfinishedRecording> recovered;  ///< that earlier runs had left; they do not change the exit code
     std::vector<File> files;
+    std::vector<Refusal> refusals;
     std::optional<Archive> archive;  ///< nothing: there is none
     std::vector<SourceResult> sources;
     unsigned long long recordedMs = 0;  ///< recorded time that the run covered

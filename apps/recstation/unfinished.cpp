@@ -20,6 +20,7 @@ namespace {
 namespace Inspection = Recording2::Inspection;
 using Inspection::Readability;
 using Inspection::Recovery;
+using Inspection::RecoveryOptions;
 using Inspection::RecoveryOutcome;
 
 const QString journalEnding = QStringLiteral(".journal");
@@ -268,6 +269,34 @@ std::vector<UnfinishedRecording> recoverUnfinished(const QString& directory, con
     }
     attic.tidy();
     return done;
+}
+
+UnfinishedRecording saveDamaged(const QString& closed)
+{
+    UnfinishedRecording saved;
+    saved.path = closed;
+    try {
+        const Attic attic(QFileInfo(closed).absolutePath());
+        const std::string recording = native(closed);
+        const std::uint64_t before = Inspection::inspect(recording).times.size();
+        RecoveryOptions options;
+        options.output = Inspection::recoveredName(recording);
+        options.closed = true;
+        const Recovery recovery = Inspection::recover(recording, options);
+        if (recovery.outcome != RecoveryOutcome::Whole && recovery.outcome != RecoveryOutcome::SomethingLost) {
+            saved.problem = QString::fromStdString(recovery.problem);
+            return saved;
+        }
+        takeReport(saved, recovery, fromNative(options.output));
+        if (before > saved.records) {
+            saved.lost.prepend(QStringLiteral("%1 records").arg(before - saved.records));
+        }
+        saved.movedTo = attic.prepare() ? putClosedAway(saved, QString(), attic) : QString();
+        saved.problem = saved.movedTo.isEmpty() ? notMoved(attic) : QString();
+    } catch (const std::exception& error) {
+        saved.problem = QString::fromUtf8(error.what());
+    }
+    return saved;
 }
 
 }  // namespace recstation

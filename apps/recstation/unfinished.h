@@ -37,4 +37,8 @@ struct UnfinishedHooks {
 /// recording's problem.
 std::vector<UnfinishedRecording> recoverUnfinished(const QString& directory, const UnfinishedHooks& hooks);
 
+/// Takes what is whole out of a recording that was closed, and is damaged. What is saved takes its name, the original
+/// goes into the folder "recovered" of its directory. Does not throw.
+UnfinishedRecording saveDamaged(const QString& closed);
+
 }  // namespace recstation

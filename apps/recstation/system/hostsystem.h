@@ -9,8 +9,8 @@
 
 namespace recstation {
 
-/// Turns SIGINT and SIGTERM (Windows: Ctrl-C, Ctrl-Break, the closing of the console) into a wish to stop. At most one
-/// object at a time. A second signal ends the process at once.
+/// Turns SIGINT, SIGTERM and, unless it is ignored when this is made, SIGHUP (Windows: Ctrl-C, Ctrl-Break, the closing
+/// of the console) into a wish to stop. At most one object at a time. A second signal ends the process at once.
 class StopSignal {
 public:
     /// @param wake called once from the event loop of the constructing thread
@@ -43,6 +43,16 @@ public:
 private:
     struct Private;
     std::unique_ptr<Private> d;
+};
+
+/// What is to be done now and then also while the process waits for input: about four times a second, on the waiting
+/// thread, from inside InterruptibleInput::read. At most one object at a time. Never on Windows.
+class IdleWork {
+public:
+    explicit IdleWork(std::function<void()> work);
+    IdleWork(const IdleWork&) = delete;
+    IdleWork& operator=(const IdleWork&) = delete;
+    ~IdleWork();
 };
 
 [[nodiscard]] bool standardErrorIsTerminal();

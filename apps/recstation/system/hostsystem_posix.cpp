@@ -57,7 +57,26 @@ void setHandler(int signal, void (*handler)(int))
     sigaction(signal, &action, nullptr);
 }
 
+// Whoever started the process with nohup wants it to outlive the terminal.
+bool isIgnored(int signal)
+{
+    struct sigaction action = {};
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+std::function<void()> idleWork;
+
 }  // namespace
+
+IdleWork::IdleWork(std::function<void()> work)
+{
+    idleWork = std::move(work);
+}
+
+IdleWork::~IdleWork()
+{
+    idleWork = nullptr;
+}
 
 struct StopSignal::Private {
     explicit Private(std::function<void()> wakeUp)
@@ -71,6 +90,7 @@ struct StopSignal::Private {
 
     std::function<void()> wake;
     QSocketNotifier notifier;
+    bool hangUpIgnored = isIgnored(SIGHUP);
 };
 
 StopSignal::StopSignal(std::function<void()> wake)
@@ -80,6 +100,9 @@ StopSignal::StopSignal(std::function<void()> wake)
     d = std::make_unique<Private>(std::move(wake));
     setHandler(SIGINT, onStopSignal);
     setHandler(SIGTERM, onStopSignal);
+    if (!d->hangUpIgnored) {
+        setHandler(SIGHUP, onStopSignal);
+    }
     // A reader of the messages that went away must not end a recording.
     setHandler(SIGPIPE, SIG_IGN);
 }
@@ -88,6 +111,9 @@ StopSignal::~StopSignal()
 {
     setHandler(SIGINT, SIG_DFL);
     setHandler(SIGTERM, SIG_DFL);
+    if (!d->hangUpIgnored) {
+        setHandler(SIGHUP, SIG_DFL);
+    }
     d.reset();
     closeWakePipe();
 }
@@ -112,12 +138,17 @@ struct InterruptibleInput::Private {
     [[nodiscard]] bool waitForBytes() const
     {
         std::array<pollfd, 2> waits = {{{descriptor, POLLIN, 0}, {wakePipe[0], POLLIN, 0}}};
-        while (poll(waits.data(), waits.size(), -1) < 0) {
-            if (errno != EINTR) {
+        constexpr int idleMs = 250;
+        for (;;) {
+            const int ready = poll(waits.data(), waits.size(), idleWork ? idleMs : -1);
+            if (ready < 0 && errno != EINTR) {
                 fail("cannot wait for");
+            } else if (ready > 0) {
+                return waits[1].revents == 0;
+            } else if (ready == 0) {
+                idleWork();
             }
         }
-        return waits[1].revents == 0;
     }
 };
 

@@ -135,6 +135,13 @@ std::size_t InterruptibleInput::read(char* buffer, std::size_t size)
                              qt_error_string(static_cast<int>(error)).toStdString());
 }
 
+// A read there cannot wait for two things.
+IdleWork::IdleWork(std::function<void()> /*work*/)
+{
+}
+
+IdleWork::~IdleWork() = default;
+
 bool standardErrorIsTerminal()
 {
     DWORD mode = 0;

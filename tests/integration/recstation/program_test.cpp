@@ -420,7 +420,7 @@ TEST_F(ProgramTest, AFileThatCouldNotBeWrittenToItsEndIsReported)
     EXPECT_THAT(std::string(result.summary().at("files")[0].at("problem")), HasSubstr("not completely written"));
 }
 
-TEST_F(ProgramTest, AFileTakenAwayWhileItIsWrittenIsReported)
+TEST_F(ProgramTest, AFileTakenAwayBeforeTheInputEndsIsSavedAndReported)
 {
     QProcess process;
     start(process, {QStringLiteral("feed"), QStringLiteral("--json")});
@@ -429,7 +429,8 @@ TEST_F(ProgramTest, AFileTakenAwayWhileItIsWrittenIsReported)
     ASSERT_TRUE(QFile::remove(path(files("*.tmp").value(0))));
     const Result result = finish(process);
     EXPECT_EQ(result.exitCode, 3);
-    EXPECT_EQ(result.summary().at("files")[0].at("state"), "missing");
+    EXPECT_EQ(result.summary().at("files")[0].at("state"), "finished");
+    EXPECT_THAT(std::string(result.summary().at("files")[0].at("problem")), HasSubstr("was deleted"));
 }
 
 #endif
