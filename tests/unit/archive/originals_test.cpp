@@ -144,6 +144,30 @@ TEST_F(SharedName, AnUnnamedRecordingIsMovedWhenItIsRenamed)
     EXPECT_EQ(storedBytes(third), bytesOf(1'000, 3));
 }
 
+TEST_F(SharedName, TheFileThatWasRegisteredIsKnownByItselfNotByItsTime)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl address = record(client, "St.1", 1);
+    QFile named(recording(QStringLiteral("St.1.rec")));
+    ASSERT_TRUE(QFile::rename(recording(QStringLiteral("St.1.tmp")), named.fileName()));
+    ASSERT_TRUE(QFile::remove(recording(QStringLiteral("St.1.tmp.journal"))));
+    ASSERT_TRUE(named.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(named.setFileTime(QDateTime::currentDateTime().addSecs(-3'600), QFileDevice::FileModificationTime));
+    named.close();
+    EXPECT_EQ(given(client, address), bytesOf(1'000, 1));
+}
+
+TEST_F(SharedName, AnotherRecordingUnderTheUnfinishedNameDoesNotHoldTheFirstBack)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl address = record(client, "St.1", 1);
+    EXPECT_TRUE(finish(client, address, "St.1"));
+    begin("St.1", 2);
+    EXPECT_EQ(given(client, address), bytesOf(1'000, 1));
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_EQ(storedBytes(address), bytesOf(1'000, 1));
+}
+
 TEST_F(SharedName, WhatWasRecoveredIsTakenUnderTheWholeNameOnly)
 {
     ZelvoClient client(configuration());
