@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <recording2/export.h>
@@ -78,6 +79,12 @@ private:
 /// One recorded change: which type of value, and the value's bytes.
 class RECORDING2_EXPORT CVTCmdData {
 public:
+    CVTCmdData() = default;
+    // Copied also where it could be moved, so that a record keeps its data whatever it is assigned to.
+    CVTCmdData(const CVTCmdData&) = default;
+    CVTCmdData& operator=(const CVTCmdData&) = default;
+    ~CVTCmdData() = default;
+
     [[nodiscard]] std::int32_t cmd() const { return m_cmd; }  ///< type number of the recording's type table
     void set_cmd(std::int32_t code) { m_cmd = code; }
 
@@ -94,8 +101,29 @@ private:
     std::string m_data;
 };
 
-/// One entry of the type table. Two entries never share a type number.
+/// One entry of the type table. Two entries never share a type number. Assigning one to itself changes nothing, also as
+/// a move.
 struct RECORDING2_EXPORT S_TYPES {
+    S_TYPES() = default;
+    S_TYPES(std::int32_t number, std::int32_t type, std::string word, std::string path)
+        : typeNumber(number), valueType(type), keyword(std::move(word)), valuePath(std::move(path))
+    {
+    }
+    S_TYPES(const S_TYPES&) = default;
+    S_TYPES(S_TYPES&&) noexcept = default;
+    S_TYPES& operator=(const S_TYPES&) = default;
+    S_TYPES& operator=(S_TYPES&& other) noexcept
+    {
+        if (this != &other) {
+            typeNumber = other.typeNumber;
+            valueType = other.valueType;
+            keyword = std::move(other.keyword);
+            valuePath = std::move(other.valuePath);
+        }
+        return *this;
+    }
+    ~S_TYPES() = default;
+
     std::int32_t typeNumber = 0;  ///< command code of the records of this type
     std::int32_t valueType = 0;   ///< the value library's type code
     std::string keyword;          ///< Latin-1
@@ -111,14 +139,25 @@ public:
     // Not virtual, as hosts know the class: do not delete one through a pointer to a base.
     ~CVTTypesData() = default;
 
+    // Callers know the virtual operations by their slots: add_item, find_type with one argument, find_type with two
+    // (tests/integration/slots). A compiler of that kind gives the overloads of one name slots in reverse order.
+
     /// Appends the entry unless its type number is taken: the first entry of a number stays.
     virtual void add_item(S_TYPES item);
+#if defined(_MSC_VER)
+    virtual bool find_type(Long typeNumber, S_TYPES& out);
+#endif
     /// The entry of the number; without one an empty entry that cannot be told from a real one by its numbers.
     virtual S_TYPES find_type(Long typeNumber);
+#if !defined(_MSC_VER)
     /// The same with an answer; out is untouched when there is none.
     virtual bool find_type(Long typeNumber, S_TYPES& out);
+#endif
 
-    std::vector<S_TYPES>& get_vector() { return m_types; }
+    std::vector<S_TYPES>& get_vector()
+    {
+        return m_types;
+    }
 
 private:
     std::vector<S_TYPES> m_types;

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include <recording2/recordmodel.h>
 
@@ -109,6 +110,22 @@ TEST(CommandRecord, ACopyHasTheCodeAndEveryByte)
     }
 }
 
+TEST(CommandRecord, OneAssignedOrMovedToItselfStaysAsItIs)
+{
+    const std::string data("a longer text than any small buffer\0would hold", 46);
+    CVTCmdData record;
+    record.set_cmd(20);
+    record.set_str(data.data(), static_cast<std::int32_t>(data.size()));
+    CVTCmdData& same = record;
+    record = same;
+    EXPECT_EQ(dataOf(record), data);
+    record = std::move(same);
+    EXPECT_EQ(dataOf(record), data);
+    EXPECT_EQ(record.cmd(), 20);
+    record.set_str(record.str(), static_cast<std::int32_t>(record.strDataLen()));
+    EXPECT_EQ(dataOf(record), data);
+}
+
 TEST(TypeTable, TheFirstEntryOfANumberWins)
 {
     CVTTypesData types;
@@ -195,6 +212,29 @@ TEST(TypeTable, AnEntryAssignedToItselfStaysAsItIs)
     type = same;
     EXPECT_EQ(type.keyword, "SIX");
     EXPECT_EQ(type.typeNumber, 6);
+}
+
+TEST(TypeTable, AnEntryMovedToItselfStaysAsItIs)
+{
+    S_TYPES type = entry(6, "A KEYWORD LONGER THAN ANY SMALL BUFFER");
+    S_TYPES& same = type;
+    type = std::move(same);
+    EXPECT_EQ(type.keyword, "A KEYWORD LONGER THAN ANY SMALL BUFFER");
+    EXPECT_EQ(type.valuePath, "/A KEYWORD LONGER THAN ANY SMALL BUFFER");
+    EXPECT_EQ(type.typeNumber, 6);
+    EXPECT_EQ(type.valueType, 106);
+}
+
+TEST(TypeTable, AMovedEntryArrivesWhole)
+{
+    S_TYPES type = entry(6, "SIX");
+    S_TYPES moved(std::move(type));
+    S_TYPES assigned;
+    assigned = std::move(moved);
+    EXPECT_EQ(assigned.typeNumber, 6);
+    EXPECT_EQ(assigned.valueType, 106);
+    EXPECT_EQ(assigned.keyword, "SIX");
+    EXPECT_EQ(assigned.valuePath, "/SIX");
 }
 
 TEST(TypeTable, IsPolymorphicWithADestructorThatIsNotVirtual)
