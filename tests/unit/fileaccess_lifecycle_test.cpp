@@ -1,50 +1,15 @@
 #include <algorithm>
 
 #include <QDir>
-#include <QLoggingCategory>
 
 #include <values/tree.h>
-#include <vkbase/trace.h>
 
 #include "fileaccess_fixture.h"
+#include "tracelog.h"
 
 using namespace FileAccessTests;
 
 namespace {
-
-struct Trace {
-    std::string source;
-    QString message;
-};
-
-/// Collects what is traced while it lives.
-class TraceLog {
-public:
-    explicit TraceLog(std::uint32_t mask)
-    {
-        s_traces.clear();
-        ErrorHandler::Instance().SetTraceMask(mask);
-        m_before = qInstallMessageHandler(&TraceLog::take);
-    }
-    ~TraceLog()
-    {
-        qInstallMessageHandler(m_before);
-        ErrorHandler::Instance().SetTraceMask(0);
-    }
-    TraceLog(const TraceLog&) = delete;
-    TraceLog& operator=(const TraceLog&) = delete;
-
-    [[nodiscard]] static const std::vector<Trace>& traces() { return s_traces; }
-
-private:
-    static void take(QtMsgType, const QMessageLogContext& context, const QString& message)
-    {
-        s_traces.push_back({context.category, message});
-    }
-
-    inline static std::vector<Trace> s_traces;
-    QtMessageHandler m_before;
-};
 
 class Lifecycle : public FileAccessTest {
 public:
@@ -246,6 +211,36 @@ TEST_F(Lifecycle, AFileThatCannotBeOpenedIsTracedOnlyWhereTheMaskAsksForIt)
     const TraceLog log(~ErrorHandler::RecordingTraces);
     EXPECT_FALSE(openBytes(oldFile)->IsValidFile());
     EXPECT_EQ(count(), 0);
+}
+
+TEST_F(Lifecycle, WhatCouldNotBeOpenedIsNotRenamedAtClose)
+{
+    ASSERT_TRUE(QDir(filePath({})).mkdir(QStringLiteral("a.tmp")));
+    const auto file = openForWriting(QStringLiteral("a.tmp"));
+    EXPECT_FALSE(file->IsValidFile());
+    close(*file);
+    EXPECT_TRUE(exists(QStringLiteral("a.tmp")));
+    EXPECT_FALSE(exists(QStringLiteral("a.rec")));
+}
+
+TEST_F(Lifecycle, ClosingKeepsTheChannelRangesAndBookmarksUntilTheObjectIsDestroyed)
+{
+    const auto file = openBytes(ReferenceRecording().record(20, "34;", 10, true).record(20, "34;", 20, true).close());
+    file->addBookmark(10, "a");
+    file->writeBookmarks();
+    close(*file);
+    file->BookmarkTableToBegin();
+    unsigned long long time = 0;
+    std::string text;
+    EXPECT_FALSE(file->getNextBookmark(time, text));
+    EXPECT_EQ(time, 10U);
+    EXPECT_EQ(text, "a");
+    CVTCmdData record;
+    file->CRDTableToBegin();
+    EXPECT_TRUE(file->readNextChannelRangeDef(record, time));
+    EXPECT_EQ(time, 10U);
+    EXPECT_FALSE(file->readNextChannelRangeDef(record, time));
+    EXPECT_EQ(time, 20U);
 }
 
 TEST_F(Lifecycle, NothingIsReadFromAFileOpenedForWriting)

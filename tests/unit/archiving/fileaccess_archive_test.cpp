@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <stdexcept>
 
 #include <QDir>
 #include <QFile>
@@ -262,6 +263,40 @@ TEST_F(ArchivedFile, AClosedFileIsNotHandedOverWhenThatIsToBeSkipped)
     close(*file, true);
     EXPECT_TRUE(archive.calls.isEmpty());
     EXPECT_TRUE(QFile::exists(station.file(QStringLiteral("a.rec"))));
+}
+
+TEST_F(ArchivedFile, AnExceptionWhileAFileIsClosedLeavesItInvalidAndIsTraced)
+{
+    for (const bool standard : {true, false}) {
+        const auto file = record(QStringLiteral("a.tmp"));
+        ASSERT_TRUE(file->IsValidFile());
+        archive.onMove = [standard] {
+            if (standard) {
+                throw std::runtime_error("the archive is gone");
+            }
+            throw 7;  // NOLINT(hicpp-exception-baseclass): observers may throw anything
+        };
+        const TraceLog log;
+        EXPECT_NO_THROW(close(*file));
+        EXPECT_FALSE(file->IsValidFile());
+        ASSERT_THAT(log.lines(), SizeIs(1));
+        EXPECT_EQ(log.lines().front().text,
+                  QStringLiteral("Unexpected exception in CFileAccess::CloseRecording: ") +
+                      (standard ? QStringLiteral("the archive is gone") : QStringLiteral("unknown exception")));
+        EXPECT_TRUE(QFile::remove(station.file(QStringLiteral("a.rec")))) << "it was written whole";
+    }
+}
+
+TEST_F(ArchivedFile, TheInstanceJoinsNoGroupThatIsThere)
+{
+    FilePeer::setGroup(QStringLiteral("GROUP-9"));
+    const CFileAccess* file =
+        CFileAccess::instance(TestSupport::fileName8(station.file(QStringLiteral("a.tmp"))).c_str(),
+                              QStringLiteral("/Status"), nullptr, true, false);
+    EXPECT_EQ(FilePeer::group(), QStringLiteral("ERROR"));
+    EXPECT_EQ(uncPath(), station.file(QStringLiteral("a.rec")));
+    EXPECT_TRUE(file->IsValidFile());
+    CFileAccess::release();
 }
 
 TEST_F(ArchivedFile, AFileIsHandedOverOnce)
