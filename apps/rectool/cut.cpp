@@ -125,7 +125,7 @@ private:
         for (const auto& [code, last] : m_state.inOrder()) {
             const std::vector<std::string> texts = m_state.completeTexts(code);
             if (code == withRange) {
-                // Replay of a whole recording begins behind the first record that the channel range table names, so
+                // A tool that reads at the time 0 begins behind the first record that the channel range table names, so
                 // that the map must be told again.
                 records.push_back({code, texts.front(), true});
             }

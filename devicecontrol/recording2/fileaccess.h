@@ -151,6 +151,7 @@ private:
     void JournalStopTime(std::uint64_t milliseconds);
 
     [[nodiscard]] bool AtEndOfRecords() const;  // or no file is open for reading
+    void GoToFirstRecord();
     void LoadTables();
     void ReadTimeTable();
     void ReadCRDTable();

@@ -208,6 +208,13 @@ bool CFileAccess::AtEndOfRecords() const
     return d->atEndOfRecords();
 }
 
+void CFileAccess::GoToFirstRecord()
+{
+    if (d->shared->input != nullptr) {
+        d->shared->input->cursor.seek(d->positions.firstRecord);
+    }
+}
+
 unsigned long long CFileAccess::readfirst(CVTCmdData& record)
 {
     if (d->goodInput() == nullptr || d->shared->index == nullptr ||

@@ -79,12 +79,17 @@ void MappingGenerator::RequestMapping(BearingMap& map, long long startTime, long
     if (startOffset > stopOffset) {
         return;
     }
+    // Records that were stored at one moment have moved to the next free milliseconds, the last ones behind the end.
+    const bool toTheEnd = stopOffset == offsetMs(start, static_cast<long long>(header.stopTS().getMicroSecs()));
+    if (startOffset == 0) {
+        m_file->GoToFirstRecord();  // no record stands at 0, which reads the one here
+    }
     // Each read tells the time of the record that follows. 0 is no end by itself (the index may lack a record); the
     // walk is over when the records are.
     CVTCmdData record;
     unsigned long long following = m_file->read(record, startOffset);
     apply(record, map);
-    while (following <= stopOffset && !m_file->AtEndOfRecords()) {
+    while ((toTheEnd || following <= stopOffset) && !m_file->AtEndOfRecords()) {
         following = m_file->readnext(record);
         apply(record, map);
     }

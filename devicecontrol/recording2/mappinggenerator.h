@@ -31,8 +31,9 @@ public:
     bool LoadRecording(long long& startTime, long long& stopTime, const char* file, const char* second);
 
     /// Applies the channel range in force at the start time, then every DFSPECTRUM record from there to the stop time.
-    /// Nothing happens without a loaded recording or when it has no channel range table. The map is not emptied first.
-    /// A record that cannot be applied is passed over.
+    /// From the start that LoadRecording tells, the first record is the first; to its stop, the last record is the
+    /// last. Nothing happens without a loaded recording or when it has no channel range table. The map is not emptied
+    /// first. A record that cannot be applied is passed over.
     void RequestMapping(BearingMap& map, long long startTime, long long stopTime);
 
 private:

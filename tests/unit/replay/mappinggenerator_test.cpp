@@ -181,11 +181,30 @@ TEST_F(MappingGeneratorTest, OfASpanBehindTheLastRecordTheLastOneIsApplied)
     EXPECT_THAT(appliedIn(5000, 6000), ElementsAre(1, 6));
 }
 
-TEST_F(MappingGeneratorTest, FromOffsetZeroTheWalkBeginsBehindTheFirstDefinition)
+TEST_F(MappingGeneratorTest, FromOffsetZeroTheWalkBeginsAtTheFirstRecord)
 {
     loadRecords({spectrum(10, 4), definition(20), spectrum(100, 5), spectrum(200, 6)});
-    EXPECT_THAT(appliedIn(0, 100), ElementsAre(5));
-    EXPECT_THAT(appliedIn(0, 0), ElementsAre(5));
+    EXPECT_THAT(appliedIn(0, 100), ElementsAre(4, 1, 5));
+    EXPECT_THAT(appliedIn(0, 0), ElementsAre(4));
+}
+
+TEST_F(MappingGeneratorTest, AStillPictureIsThereFromTheReportedStart)
+{
+    const std::string picture("7;1|34;1e+08,25000,2|50;//|51;0,5/");
+    loadRecords({{10, Level, "3"}, {11, DfSpectrum, picture, true}});
+    BearingMap map;
+    m_generator.RequestMapping(map, m_start, m_stop);
+    EXPECT_EQ(map.size(), 2U);
+    EXPECT_EQ(stateOf(map), stateAfter({picture}));
+}
+
+TEST_F(MappingGeneratorTest, TheReportedStopIncludesRecordsThatCollisionsMovedBehindIt)
+{
+    loadRecords({definition(10), spectrum(59'999, 5), spectrum(60'000, 6), spectrum(60'000, 7), spectrum(60'000, 8)});
+    EXPECT_THAT(appliedIn(59'999, 60'000), ElementsAre(1, 5, 6, 7, 8));
+    EXPECT_THAT(appliedIn(59'999, 59'999), ElementsAre(1, 5));
+    EXPECT_THAT(appliedIn(59'999, 60'001), ElementsAre(1, 5, 6, 7));
+    EXPECT_THAT(appliedIn(60'001, 60'000), ElementsAre(1));
 }
 
 TEST_F(MappingGeneratorTest, AfterClearingTheTableThereIsNoRange)
@@ -204,7 +223,7 @@ TEST_F(MappingGeneratorTest, TheReportedSpanAppliesEveryBearingOnce)
     map.ApplyRecordedState(Range, 0, true);
     const ChangeCounter changes(map);
     m_generator.RequestMapping(map, m_start, m_stop);
-    EXPECT_THAT(changes.stamps(), ElementsAre(5, 6, 7));
+    EXPECT_THAT(changes.stamps(), ElementsAre(1, 5, 6, 7));
 }
 
 TEST_F(MappingGeneratorTest, AStopBehindTheEndEnds)
@@ -235,7 +254,7 @@ TEST_F(MappingGeneratorTest, RequestsDoNotDisturbEachOther)
 {
     loadRecords({definition(10), spectrum(100, 5), spectrum(200, 6), spectrum(300, 7)});
     for (int round = 0; round < 3; ++round) {
-        EXPECT_THAT(appliedIn(0, 200), ElementsAre(5, 6));
+        EXPECT_THAT(appliedIn(0, 200), ElementsAre(1, 5, 6));
         EXPECT_THAT(appliedIn(200, 300), ElementsAre(1, 6, 7));
     }
 }
@@ -277,7 +296,7 @@ int callsOfAThrower(Recording2::MappingGenerator& generator, long long start, lo
 TEST_F(MappingGeneratorTest, ExceptionsWhileARecordIsAppliedAreDropped)
 {
     loadRecords({definition(10), spectrum(100, 5), spectrum(200, 6), spectrum(300, 7)});
-    EXPECT_EQ(callsOfAThrower<std::runtime_error>(m_generator, micros(0), micros(300)), 3);
-    EXPECT_EQ(callsOfAThrower<VKException>(m_generator, micros(0), micros(300)), 3);
-    EXPECT_EQ(callsOfAThrower<Oddity>(m_generator, micros(0), micros(300)), 3);
+    EXPECT_EQ(callsOfAThrower<std::runtime_error>(m_generator, micros(0), micros(300)), 4);
+    EXPECT_EQ(callsOfAThrower<VKException>(m_generator, micros(0), micros(300)), 4);
+    EXPECT_EQ(callsOfAThrower<Oddity>(m_generator, micros(0), micros(300)), 4);
 }

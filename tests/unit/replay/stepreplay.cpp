@@ -61,7 +61,7 @@ std::string StepReplay::rangeAt(std::uint64_t offset)
     return range;
 }
 
-std::vector<std::string> StepReplay::texts(std::uint64_t start, std::uint64_t stop)
+std::vector<std::string> StepReplay::texts(std::uint64_t start, std::uint64_t stop, bool toTheEnd)
 {
     constexpr std::int32_t DfSpectrum = 20;
     m_here = 0;
@@ -75,9 +75,12 @@ std::vector<std::string> StepReplay::texts(std::uint64_t start, std::uint64_t st
     if (start > stop) {
         return applied;
     }
+    if (start == 0) {
+        m_here = 0;
+    }
     std::uint64_t position = read(start, record);
     apply();
-    while (position <= stop && m_here < m_records.size()) {
+    while ((toTheEnd || position <= stop) && m_here < m_records.size()) {
         position = read(0, record);
         apply();
     }

@@ -26,7 +26,8 @@ public:
     explicit StepReplay(std::vector<StoredRecord> records);
 
     /// The texts that a request for the offsets (milliseconds) applies, the channel range in force first.
-    [[nodiscard]] std::vector<std::string> texts(std::uint64_t start, std::uint64_t stop);
+    /// @param toTheEnd the stop is that of the recording
+    [[nodiscard]] std::vector<std::string> texts(std::uint64_t start, std::uint64_t stop, bool toTheEnd = false);
 
 private:
     std::uint64_t read(std::uint64_t time, StoredRecord& record);
