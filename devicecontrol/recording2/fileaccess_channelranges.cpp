@@ -35,7 +35,7 @@ bool CFileAccess::channelRangeDefAvailable() const
 void CFileAccess::Private::startRanges()
 {
     rangeScan = {};
-    rangeBytes = 0;
+    damagedRangeBytes = 0;
 }
 
 void CFileAccess::CRDTableToBegin()
@@ -50,7 +50,7 @@ bool CFileAccess::readNextChannelRangeDef(CVTCmdData& cmd, unsigned long long& t
 {
     constexpr unsigned long long InitialStateTime = 10;
     if (d->shared->channelRangeTimes == nullptr || d->channelRangeCursor.atEnd() ||
-        d->rangeBytes > d->mostRangeBytes()) {
+        d->damagedRangeBytes > d->mostRangeBytes()) {
         return false;
     }
     const std::set<std::uint64_t>& times = *d->shared->channelRangeTimes;
@@ -74,18 +74,32 @@ bool CFileAccess::Private::isIndexed(std::uint64_t time) const
     return shared->index != nullptr && shared->index->contains(time);
 }
 
-// Every record is read once or twice for all definitions together, unless those of a damaged index overlap.
 std::int64_t CFileAccess::Private::mostRangeBytes()
 {
     constexpr std::int64_t MostPasses = 16;
     return shared->input == nullptr ? 0 : MostPasses * shared->input->file.size();
 }
 
+// Whether a record that was read from one place up to here is as a sound file has it: it stands under its time and ends
+// where the next one begins. Then all records together are no longer than the file.
+bool CFileAccess::Private::isSoundForRange(std::uint64_t time, std::int64_t begin) const
+{
+    const auto rank = shared->index == nullptr ? std::nullopt : shared->index->rankOf(begin);
+    if (!rank || !isIndexed(time)) {
+        return false;
+    }
+    const auto next = shared->index->byPosition(*rank + 1);
+    return shared->input->cursor.position() <= (next ? next->position : positions.timeTable);
+}
+
 bool CFileAccess::Private::readForRange(CVTCmdData& record, std::uint64_t time)
 {
     const std::int64_t bytesBefore = bytesRead;
     const bool hasData = readAt(record, time) > 0;
-    rangeBytes += bytesRead - bytesBefore;
+    const std::int64_t bytes = bytesRead - bytesBefore;
+    if (bytes > 0 && !isSoundForRange(time, shared->input->cursor.position() - bytes)) {
+        damagedRangeBytes += bytes;
+    }
     return hasData;
 }
 
@@ -110,7 +124,7 @@ void CFileAccess::Private::readRangeFrom(std::uint64_t& time, CVTCmdData& record
     rangeScan = {time, time, hasData ? time : 0};
     const std::int64_t most = mostRangeBytes();
     while (time < std::numeric_limits<std::uint64_t>::max() && isIndexed(time + 1) && !carriesChannelRange(record) &&
-           rangeBytes <= most) {
+           damagedRangeBytes <= most) {
         ++time;
         rangeScan.last = time;
         rangeScan.lastRead = readForRange(record, time) ? time : rangeScan.lastRead;

@@ -137,7 +137,7 @@ struct CFileAccess::Private {
     std::uint64_t lastTime = 0;
     std::int64_t bytesRead = 0;  // by readAt
     RangeScan rangeScan;
-    std::int64_t rangeBytes = 0;  // read for the definitions since the first
+    std::int64_t damagedRangeBytes = 0;  // of records not as in a sound file, read for the definitions since the first
     std::string path;
     Zelvo::ZelvoClient* client = nullptr;
     std::int32_t fileGroupResult = -1;
@@ -166,6 +166,7 @@ struct CFileAccess::Private {
     [[nodiscard]] bool atEndOfRecords() const;                      // or no file is open for reading
     void startRanges();
     [[nodiscard]] std::int64_t mostRangeBytes();
+    [[nodiscard]] bool isSoundForRange(std::uint64_t time, std::int64_t begin) const;
     bool readForRange(CVTCmdData& record, std::uint64_t time);
     [[nodiscard]] bool isIndexed(std::uint64_t time) const;
     void readRangeFrom(std::uint64_t& time, CVTCmdData& record);

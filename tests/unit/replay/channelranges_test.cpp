@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "replay_fixture.h"
+#include "unit/tracelog.h"
 
 namespace {
 
@@ -131,6 +132,26 @@ TEST_F(ChannelRangesTest, TheSearchEndsWithTheRunOfConsecutiveMilliseconds)
     auto file = open(spectra({{100, "a"}, {101, "b"}, {103, "34;1,2,3"}}, {100}));
     file->CRDTableToBegin();
     EXPECT_EQ(next(*file), (Delivery{false, 100, "b"}));
+}
+
+TEST_F(ChannelRangesTest, EveryDefinitionOfAMomentThatEndsInALongRecordIsDelivered)
+{
+    std::vector<std::pair<std::uint64_t, std::string>> records;
+    Times definitions;
+    for (std::uint64_t time = 100; time < 140; ++time) {
+        records.emplace_back(time, "levels");
+        definitions.insert(time);
+    }
+    const std::string last(100'000, 'x');
+    records.emplace_back(140, last);
+    auto file = open(spectra(records, definitions));
+    for (int round = 0; round < 2; ++round) {
+        file->CRDTableToBegin();
+        for (const std::uint64_t time : definitions) {
+            ASSERT_EQ(next(*file), (Delivery{time != 139, time, last}));
+        }
+        ASSERT_EQ(next(*file), Nothing);
+    }
 }
 
 TEST_F(ChannelRangesTest, OnlyTheThreeCharactersMarkADefinition)
@@ -365,6 +386,25 @@ TEST_F(ChannelRangesTest, RebuildingWithoutAnyWritesTheHeaderAreaOnly)
     stored.markHeaderArea();
     open(stored)->rebuildChannelRangeDef();
     EXPECT_EQ(fileBytes(), m_file.bytes());
+}
+
+TEST_F(ChannelRangesTest, WhatCannotBeRebuiltIsTracedWithTheNameOfTheFile)
+{
+    const QString message = QStringLiteral("Error rebuilding CRD for recording file ") + filePath(Name);
+    auto file = open(m_file);
+    file->addChannelRangeDef(10);
+    TestSupport::writeFile(filePath(Name), TestSupport::headerArea());
+    {
+        const FileAccessTests::TraceLog log(~ErrorHandler::RecordingTraces);
+        file->rebuildChannelRangeDef();
+        EXPECT_EQ(log.count(message), 0);
+    }
+    const FileAccessTests::TraceLog log(ErrorHandler::RecordingTraces);
+    file->rebuildChannelRangeDef();
+    EXPECT_EQ(log.count(message), 1);
+    TestSupport::writeFile(filePath(Name), m_file.bytes());
+    file->rebuildChannelRangeDef();
+    EXPECT_EQ(log.count(message), 1);
 }
 
 TEST_F(ChannelRangesTest, ACopySharesTheDefinitionsButHasAPlaceOfItsOwn)
