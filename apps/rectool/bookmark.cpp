@@ -55,10 +55,38 @@ ExitCode checkBookmarkChange(FileChange& change, const std::string& timeText, st
     if (checked != ExitCode::Fine) {
         return checked;
     }
-    if (!requireTime("TIME", timeText, change.summary(), time)) {
-        return ExitCode::Usage;
+    return requireTime("TIME", timeText, change.summary(), time) ? ExitCode::Fine : ExitCode::Usage;
+}
+
+/// Puts the bookmark among those of the summary, unless it has no place there.
+ExitCode plan(const FileChange& change, const Inspection::Bookmark& added, Inspection::Summary& summary)
+{
+    if (FileChange::rangesBehindBookmarks(summary)) {
+        return change.refuse(ExitCode::CannotRead, RangesInTheWay);
     }
-    return change.rangesBehindBookmarks() ? change.refuse(ExitCode::CannotRead, RangesInTheWay) : ExitCode::Fine;
+    const auto place = placeOf(added.timeMs, summary.bookmarks);
+    if (place != summary.bookmarks.end() && place->timeMs == added.timeMs) {
+        return change.refuse(ExitCode::Usage, "There is a bookmark at " + std::to_string(added.timeMs) +
+                                                  " ms already: " + quoted(*place) + ".");
+    }
+    summary.bookmarks.insert(place, added);
+    return ExitCode::Fine;
+}
+
+/// Takes the bookmark at a time from those of the summary. @param removed receives it
+ExitCode planRemoval(const FileChange& change, std::uint64_t time, Inspection::Summary& summary,
+                     Inspection::Bookmark& removed)
+{
+    if (FileChange::rangesBehindBookmarks(summary)) {
+        return change.refuse(ExitCode::CannotRead, RangesInTheWay);
+    }
+    const auto place = placeOf(time, summary.bookmarks);
+    if (place == summary.bookmarks.end() || place->timeMs != time) {
+        return change.refuse(ExitCode::Usage, "There is no bookmark at " + std::to_string(time) + " ms.");
+    }
+    removed = *place;
+    summary.bookmarks.erase(place);
+    return ExitCode::Fine;
 }
 
 }  // namespace
@@ -80,24 +108,23 @@ ExitCode addBookmark(const BookmarkAddOptions& options)
                                                   std::to_string(endOf(change.summary())) +
                                                   " ms, the length of the recording.");
     }
-    Inspection::Summary expected = change.summary();
-    const auto place = placeOf(time, expected.bookmarks);
-    if (place != expected.bookmarks.end() && place->timeMs == time) {
-        return change.refuse(ExitCode::Usage,
-                             "There is a bookmark at " + std::to_string(time) + " ms already: " + quoted(*place) + ".");
-    }
     const Inspection::Bookmark bookmark{time, *text};
-    expected.bookmarks.insert(place, bookmark);
-    result = change.confirm("Add the bookmark " + quoted(bookmark) + " at " + std::to_string(time) + " ms");
+    Inspection::Summary wanted = change.summary();
+    result = plan(change, bookmark, wanted);
+    if (result == ExitCode::Fine) {
+        result = change.confirm("Add the bookmark " + quoted(bookmark) + " at " + std::to_string(time) + " ms");
+    }
     if (result != ExitCode::Fine) {
         return result;
     }
-    return change.apply(
-        [&](Recording2::CFileAccess& file) {
+    return change.apply([&](Recording2::CFileAccess& file, Inspection::Summary& summary) {
+        const ExitCode planned = plan(change, bookmark, summary);
+        if (planned == ExitCode::Fine) {
             file.addBookmark(time, *text);
             file.writeBookmarks();
-        },
-        expected);
+        }
+        return planned;
+    });
 }
 
 ExitCode removeBookmark(const BookmarkRemoveOptions& options)
@@ -108,23 +135,23 @@ ExitCode removeBookmark(const BookmarkRemoveOptions& options)
     if (result != ExitCode::Fine) {
         return result;
     }
-    Inspection::Summary expected = change.summary();
-    const auto place = placeOf(time, expected.bookmarks);
-    if (place == expected.bookmarks.end() || place->timeMs != time) {
-        return change.refuse(ExitCode::Usage, "There is no bookmark at " + std::to_string(time) + " ms.");
+    Inspection::Summary wanted = change.summary();
+    Inspection::Bookmark removed;
+    result = planRemoval(change, time, wanted, removed);
+    if (result == ExitCode::Fine) {
+        result = change.confirm("Remove the bookmark " + quoted(removed) + " at " + std::to_string(time) + " ms");
     }
-    const std::string question = "Remove the bookmark " + quoted(*place) + " at " + std::to_string(time) + " ms";
-    expected.bookmarks.erase(place);
-    result = change.confirm(question);
     if (result != ExitCode::Fine) {
         return result;
     }
-    return change.apply(
-        [&](Recording2::CFileAccess& file) {
+    return change.apply([&](Recording2::CFileAccess& file, Inspection::Summary& summary) {
+        const ExitCode planned = planRemoval(change, time, summary, removed);
+        if (planned == ExitCode::Fine) {
             file.removeBookmark(time);
             file.writeBookmarks();
-        },
-        expected);
+        }
+        return planned;
+    });
 }
 
 ExitCode listBookmarks(const ListOptions& options)

@@ -94,18 +94,33 @@ ExitCode FileChange::confirm(const std::string& question) const
     return ExitCode::Fine;
 }
 
-ExitCode FileChange::apply(const std::function<void(Recording2::CFileAccess&)>& change,
-                           const Inspection::Summary& expected) const
+ExitCode FileChange::apply(const std::function<ExitCode(Recording2::CFileAccess&, Inspection::Summary&)>& change) const
 {
-    {
-        Recording2::CFileAccess file(forLibrary(m_file).c_str(), QString(), nullptr, false, true, false, nullptr,
-                                     nullptr);
-        if (!file.IsValidFile()) {
-            return refuse(ExitCode::CannotRead, "The file could not be opened.");
-        }
-        change(file);
+    Recording2::CFileAccess file(forLibrary(m_file).c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
+    if (!file.IsValidFile()) {
+        return refuse(ExitCode::CannotRead, "The file could not be opened.");
     }
-    const std::string problem = difference(Inspection::inspect(m_file), expected);
+    ExitCode result = ExitCode::CannotRead;
+    bool asked = false;
+    Inspection::Summary expected;
+    std::string problem;
+    const bool stored = file.rewriteTogether(
+        [&] {
+            asked = true;
+            expected = Inspection::inspect(m_file);
+            result = expected.findings.empty() && sameRecording(expected, m_summary)
+                         ? change(file, expected)
+                         : refuse(ExitCode::CannotRead, "Another recording has taken the place of the file.");
+        },
+        [&] { problem = difference(Inspection::inspect(m_file), expected); });
+    if (asked && result != ExitCode::Fine) {  // nothing was changed
+        return result;
+    }
+    if (!stored) {
+        return refuse(ExitCode::CannotRead,
+                      asked ? "The change could not be stored. Is there space, and may a file be made beside this one?"
+                            : "The change could not be stored: the file cannot be written.");
+    }
     if (!problem.empty()) {
         complain(m_file, "The change could not be stored as it should be. Reading the file back: " + problem);
         return ExitCode::CannotRead;
@@ -113,9 +128,9 @@ ExitCode FileChange::apply(const std::function<void(Recording2::CFileAccess&)>& 
     return ExitCode::Fine;
 }
 
-bool FileChange::rangesBehindBookmarks() const
+bool FileChange::rangesBehindBookmarks(const Inspection::Summary& summary)
 {
-    const Inspection::Header& header = m_summary.header;
+    const Inspection::Header& header = summary.header;
     return header.bookmarkTablePosition != 0 && header.channelRangeTablePosition > header.bookmarkTablePosition;
 }
 

@@ -24,17 +24,18 @@ public:
     ExitCode check(const std::function<void(const Recording2::Inspection::Record&)>& visit = {});
     /// Asks the person at the terminal. @param question without the mark
     ExitCode confirm(const std::string& question) const;
-    /// Changes the file and reads it back.
-    /// @param expected what the tables must hold then; whatever else the file holds must be as before
-    ExitCode apply(const std::function<void(Recording2::CFileAccess&)>& change,
-                   const Recording2::Inspection::Summary& expected) const;
+    /// Changes the file and reads it back, while no other process can change it. Whoever waited finds it as it is then.
+    /// @param change given the file and what it holds now; says there what it must hold then, or refuses
+    ExitCode apply(
+        const std::function<ExitCode(Recording2::CFileAccess&, Recording2::Inspection::Summary&)>& change) const;
 
     /// The file as it was when it was checked.
     [[nodiscard]] const Recording2::Inspection::Summary& summary() const { return m_summary; }
-    /// The channel range table stands behind the bookmark table, where storing bookmarks overwrites it.
-    [[nodiscard]] bool rangesBehindBookmarks() const;
     /// A message that ends the verb without a change.
     ExitCode refuse(ExitCode code, const std::string& reason) const;
+
+    /// The channel range table stands behind the bookmark table, where storing bookmarks overwrites it.
+    [[nodiscard]] static bool rangesBehindBookmarks(const Recording2::Inspection::Summary& summary);
 
 private:
     std::string m_file;

@@ -110,9 +110,9 @@ void putBookmarksBack(Recording2::CFileAccess& file, const Inspection::Header& h
 }
 
 /// Where the tables are not where they can be rewritten, nothing is.
-ExitCode checkOrder(const FileChange& change)
+ExitCode checkOrder(const FileChange& change, const Inspection::Summary& summary)
 {
-    return change.rangesBehindBookmarks()
+    return FileChange::rangesBehindBookmarks(summary)
                ? change.refuse(ExitCode::CannotRead,
                                "The channel range table stands behind the bookmarks, where readers do not look.")
                : ExitCode::Fine;
@@ -143,7 +143,18 @@ std::vector<std::uint64_t> timesOf(const FoundRanges& found, const std::set<std:
     return times;
 }
 
-ExitCode storeRanges(FileChange& change, std::vector<std::uint64_t> times)
+/// Whether so many channel ranges can be stored in the file.
+ExitCode checkRoom(const FileChange& change, std::size_t count, const Inspection::Summary& summary)
+{
+    const ExitCode result = checkOrder(change, summary);
+    return result != ExitCode::Fine || fits(count, summary.header)
+               ? result
+               : change.refuse(ExitCode::CannotRead, "The records hold " + std::to_string(count) +
+                                                         " channel ranges, for which there is no room in front of the "
+                                                         "bookmarks.");
+}
+
+ExitCode storeRanges(const FileChange& change, const std::vector<std::uint64_t>& times)
 {
     const Inspection::Summary& summary = change.summary();
     const std::string count = std::to_string(times.size());
@@ -151,28 +162,27 @@ ExitCode storeRanges(FileChange& change, std::vector<std::uint64_t> times)
         std::cout << "The channel ranges are as the records say: " << count << ". Nothing was changed.\n";
         return finish(ExitCode::Fine);
     }
-    if (!fits(times.size(), summary.header)) {
-        return change.refuse(ExitCode::CannotRead, "The records hold " + count +
-                                                       " channel ranges, for which there is no room in front of the "
-                                                       "bookmarks.");
+    ExitCode result = checkRoom(change, times.size(), summary);
+    if (result == ExitCode::Fine) {
+        result = change.confirm("Replace the " + std::to_string(summary.channelRangeTimes.size()) +
+                                " channel ranges by the " + count + " of the records");
     }
-    const ExitCode confirmed = change.confirm("Replace the " + std::to_string(summary.channelRangeTimes.size()) +
-                                              " channel ranges by the " + count + " of the records");
-    if (confirmed != ExitCode::Fine) {
-        return confirmed;
+    if (result != ExitCode::Fine) {
+        return result;
     }
-    Inspection::Summary expected = summary;
-    expected.channelRangeTimes = std::move(times);
-    return change.apply(
-        [&](Recording2::CFileAccess& file) {
+    return change.apply([&](Recording2::CFileAccess& file, Inspection::Summary& now) {
+        const ExitCode planned = checkRoom(change, times.size(), now);
+        if (planned == ExitCode::Fine) {
             clear(file);
-            for (const std::uint64_t time : expected.channelRangeTimes) {
+            for (const std::uint64_t time : times) {
                 file.addChannelRangeDef(time);
             }
             file.rebuildChannelRangeDef();
-            putBookmarksBack(file, summary.header);
-        },
-        expected);
+            putBookmarksBack(file, now.header);
+            now.channelRangeTimes = times;
+        }
+        return planned;
+    });
 }
 
 }  // namespace
@@ -207,27 +217,29 @@ ExitCode clearRanges(const RangeClearOptions& options)
     FileChange change(options.file, options.yes);
     ExitCode result = change.check();
     if (result == ExitCode::Fine) {
-        result = checkOrder(change);
+        result = checkOrder(change, change.summary());
     }
     if (result != ExitCode::Fine) {
         return result;
     }
-    Inspection::Summary expected = change.summary();
-    if (expected.channelRangeTimes.empty()) {
+    const std::size_t count = change.summary().channelRangeTimes.size();
+    if (count == 0) {
         std::cout << "The recording has no channel range. Nothing was changed.\n";
         return finish(ExitCode::Fine);
     }
-    result = change.confirm("Clear the " + std::to_string(expected.channelRangeTimes.size()) + " channel ranges");
+    result = change.confirm("Clear the " + std::to_string(count) + " channel ranges");
     if (result != ExitCode::Fine) {
         return result;
     }
-    expected.channelRangeTimes.clear();
-    return change.apply(
-        [&](Recording2::CFileAccess& file) {
+    return change.apply([&](Recording2::CFileAccess& file, Inspection::Summary& now) {
+        const ExitCode planned = checkOrder(change, now);
+        if (planned == ExitCode::Fine) {
             clear(file);
-            putBookmarksBack(file, change.summary().header);
-        },
-        expected);
+            putBookmarksBack(file, now.header);
+            now.channelRangeTimes.clear();
+        }
+        return planned;
+    });
 }
 
 ExitCode rebuildRanges(const RangeRebuildOptions& options)
@@ -240,7 +252,7 @@ ExitCode rebuildRanges(const RangeRebuildOptions& options)
         }
     });
     if (result == ExitCode::Fine) {
-        result = checkOrder(change);
+        result = checkOrder(change, change.summary());
     }
     if (result != ExitCode::Fine) {
         return result;

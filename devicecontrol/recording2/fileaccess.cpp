@@ -161,6 +161,7 @@ bool CFileAccess::OpenForWriting(bool sameGroup)
 
 bool CFileAccess::OpenForReading(bool readTables)
 {
+    constexpr int MostAgain = 10;  // when somebody changes the tables while they are read
     SharedFile& shared = *d->shared;
     shared.input = std::make_unique<OpenInput>(FileNames::native(d->path));
     shared.index = std::make_unique<Index::TimeIndex>();
@@ -175,6 +176,10 @@ bool CFileAccess::OpenForReading(bool readTables)
     }
     if (readTables) {
         LoadTables();
+        for (int again = 0; again < MostAgain && !shared.input->file.isUnchanged(); ++again) {
+            ReadAnew();
+            ReadTablesAnew();
+        }
     }
     return true;
 }

@@ -110,7 +110,8 @@ public:
     /// at the end both arguments are untouched
     bool getNextBookmark(unsigned long long& time, std::string& text);
     [[nodiscard]] bool bookmarksAvailable() const;
-    /// Rewrites the bookmark table and the header area of the finished file; reading starts anew at its beginning.
+    /// Rewrites the bookmark table and the header area of the finished file, all of it or nothing; reading starts anew
+    /// at its beginning. Once they are stored the object counts as not changed.
     void writeBookmarks();
 
     // Channel range definitions: the times of the records that describe the receiver's channels.
@@ -128,6 +129,16 @@ public:
     /// Writes the definitions and the header area into the finished file: in place where it has a table, without regard
     /// to what stands behind it (clear first, and add no more than there were).
     void rebuildChannelRangeDef();
+
+    /// Changes the finished file as one: what the three operations that rewrite it do within the change is stored with
+    /// its end, all of it or, after a failure or when the process ends, nothing. Waits until no other process changes
+    /// the file; the tables are loaded anew before the change and behind it.
+    /// @param change may read the file too, and sees what it changed so far; what it throws is passed on, and nothing
+    /// is
+    ///        stored
+    /// @param readBack may be empty; called once all is stored, before another process can change the file
+    /// @return whether it was stored; an object that is not open for reading a recording only returns false
+    bool rewriteTogether(const std::function<void()>& change, const std::function<void()>& readBack);
 
 private:
     friend class CRecording;
@@ -160,10 +171,15 @@ private:
     void WriteCRDTable();
     void WriteBookmarkTable();
 
+    [[nodiscard]] bool CanRewrite();
     OutputFile* OpenForUpdate();
-    void ReopenForReading();
+    bool ReopenForReading();
+    void ReadAnew();
+    void ReadTablesAnew();
+    void RequireHeader(CHeaderData& header);
+    void DiscardChange();
     void RewriteHeaderArea(const CHeaderData& header);
-    /// @return whether everything reached the system
+    /// @return whether all is stored; otherwise the file is as it was
     bool RewriteFinishedFile(const char* failure, const std::function<void(OutputFile&)>& rewrite);
 
     QString getNewGroupGuid(bool reuse);

@@ -170,7 +170,7 @@ void CFileAccess::WriteCRDTable()
 // Without a table the position is 0 and the file is overwritten from its start: callers ask channelRangeDefAvailable.
 void CFileAccess::clearChannelRangeDef()
 {
-    if (d->goodInput() == nullptr) {
+    if (!CanRewrite()) {
         return;
     }
     if (OutputFile* output = OpenForUpdate()) {

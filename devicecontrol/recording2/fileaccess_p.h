@@ -74,6 +74,8 @@ struct SharedFile {
     std::unique_ptr<OpenInput> input;
     ArchiveHold archiveHold;
     std::unique_ptr<OutputFile> output;
+    bool together = false;                    // changes of the finished file are collected
+    bool tablesCut = false;                   // reading them failed: they are not to be stored
     std::string buffer;                       // scratch of the reads
     std::unique_ptr<Index::TimeIndex> index;  // by time, and when reading by position
     std::unique_ptr<std::set<std::uint64_t>> channelRangeTimes;

@@ -100,6 +100,7 @@ void CFileAccess::readTables()
     if (d->goodInput() == nullptr) {
         return;
     }
+    d->shared->input->cursor.invalidate();  // another process may have stored a table
     CHeaderData header;
     if (read(header) != 0) {
         LoadTables();
@@ -112,6 +113,7 @@ void CFileAccess::LoadTables()
     ReadTimeTable();
     ReadCRDTable();
     ReadBookmarkTable();
+    d->shared->tablesCut = d->shared->input->file.readFailed();
 }
 
 void CFileAccess::ReadTimeTable()

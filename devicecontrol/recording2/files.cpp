@@ -7,11 +7,17 @@ namespace Recording2 {
 OutputFile::OutputFile(const std::filesystem::path& path, OpenMode mode)
     : m_ownBuffer(BufferBytes + SmallBytes), m_buffer(m_ownBuffer.data())
 {
-    m_error = m_file.open(path, mode == OpenMode::Create ? System::Access::Create : System::Access::Update);
+    if (mode == OpenMode::Create) {
+        m_error = m_file.open(path, System::Access::Create);
+    } else {
+        m_rewriting = std::make_unique<Rewriting>();
+        m_error = m_rewriting->begin(path);
+    }
 }
 
 OutputFile::~OutputFile()
 {
+    m_rewriting.reset();
     close();
 }
 
@@ -74,11 +80,25 @@ void OutputFile::seek(std::int64_t position)
 void OutputFile::seekToEnd()
 {
     flush();
-    seek(m_file.size());
+    seek(m_rewriting != nullptr ? m_rewriting->state()->size() : m_file.size());
+}
+
+bool OutputFile::store()
+{
+    flush();
+    if (good() && m_rewriting != nullptr) {
+        fail(m_rewriting->store());
+    }
+    return good();
 }
 
 bool OutputFile::close()
 {
+    if (m_rewriting != nullptr) {
+        store();
+        m_rewriting.reset();
+        return good();
+    }
     if (!m_file.isOpen()) {
         return good();
     }
@@ -130,8 +150,12 @@ void OutputFile::write(const char* bytes, std::size_t size)
     if (!good() || size == 0) {
         return;
     }
-    std::size_t written = 0;
-    fail(m_file.writeAt(m_flushed, bytes, size, written));
+    if (m_rewriting != nullptr) {
+        m_rewriting->state()->put(m_flushed, {bytes, size});
+    } else {
+        std::size_t written = 0;
+        fail(m_file.writeAt(m_flushed, bytes, size, written));
+    }
     if (good()) {
         m_flushed += static_cast<std::int64_t>(size);
         startBuffer();
@@ -146,10 +170,21 @@ void OutputFile::startBuffer()
     m_end = BufferBytes - static_cast<std::size_t>(m_flushed % std::int64_t{BufferBytes});
 }
 
-// One that cannot be opened is not good.
-InputFile::InputFile(const std::filesystem::path& path)
+InputFile::InputFile(const std::filesystem::path& path) : m_error(m_file.open(path, System::Access::Read))
 {
-    static_cast<void>(m_file.open(path, System::Access::Read));
+    if (good()) {
+        m_sizeAtFirst = m_file.size();
+        m_writtenAtFirst = m_file.lastWritten();
+        m_error = findEarlierState(path, m_file, m_overlay);
+    }
+}
+
+std::size_t InputFile::readAt(std::int64_t offset, char* out, std::size_t size)
+{
+    const std::size_t read =
+        m_overlay == nullptr ? m_file.readAt(offset, out, size) : m_overlay->readAt(m_file, offset, out, size);
+    m_readFailed = m_readFailed || (read < size && offset + static_cast<std::int64_t>(read) < this->size());
+    return read;
 }
 
 }  // namespace Recording2

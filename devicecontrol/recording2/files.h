@@ -5,16 +5,20 @@
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "format/bytesource.h"
 #include "journal.h"
+#include "rewriting.h"
 #include "system/nativefile.h"
 
 namespace Recording2 {
 
-/// Create replaces an existing file, Update changes one in place and makes none.
+/// Create replaces an existing file. Update changes one in place, all at once when the change is stored, and makes
+/// none; it waits until no other process changes the file.
 enum class OpenMode : std::uint8_t { Create, Update };
 
 /// A file being written through a buffer of its own or of a journal. After a failure it stays failed and writes nothing
@@ -24,7 +28,7 @@ public:
     OutputFile(const std::filesystem::path& path, OpenMode mode);
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
-    ~OutputFile();  ///< closes
+    ~OutputFile();  ///< Closes; a change that was not stored is none.
 
     /// Keeps what is not yet handed over in the journal's buffer, before anything was appended. Until the first seek,
     /// or null.
@@ -59,7 +63,13 @@ public:
     void force();                          ///< Flushes, and forces the file to the device.
     void resumeAt(std::int64_t position);  ///< Forgets a failure and what was appended behind a position.
     void endHere();                        ///< Flushes, and ends the file at the position.
-    bool close();                          ///< false when what was written did not reach the system; once
+    bool store();  ///< Flushes, and changes the file of Update so far, or leaves it as it is. @return good()
+    bool close();  ///< false when what was written did not reach the system; once
+    /// The file of Update with the change, as far as it was flushed; null for Create.
+    [[nodiscard]] std::shared_ptr<const Overlay> changed() const
+    {
+        return m_rewriting ? m_rewriting->state() : nullptr;
+    }
 
     static constexpr std::size_t SmallBytes = 256;
 
@@ -74,6 +84,7 @@ private:
     // The buffer is handed over where the position is a multiple of its size: file systems take pieces that begin and
     // end at such places much faster. Behind that end there is room for what reserve gave.
     System::NativeFile m_file;
+    std::unique_ptr<Rewriting> m_rewriting;  // instead of the file
     std::vector<char> m_ownBuffer;
     char* m_buffer = nullptr;
     std::size_t m_used = 0;
@@ -83,20 +94,32 @@ private:
     Journal* m_journal = nullptr;
 };
 
-/// A file being read.
+/// A file being read: as it was before a change that is not finished.
 class InputFile final : public Format::ByteSource {
 public:
     explicit InputFile(const std::filesystem::path& path);
 
-    [[nodiscard]] bool good() const { return m_file.isOpen(); }
-    std::size_t readAt(std::int64_t offset, char* out, std::size_t size) override
+    [[nodiscard]] bool good() const { return m_error == 0; }
+    [[nodiscard]] System::Error error() const { return m_error; }  ///< of opening it
+    std::size_t readAt(std::int64_t offset, char* out, std::size_t size) override;
+    [[nodiscard]] std::int64_t size() override { return m_overlay == nullptr ? m_file.size() : m_overlay->size(); }
+    /// Whether bytes that the file has were not given, so that what was read seemed to end early.
+    [[nodiscard]] bool readFailed() const { return m_readFailed; }
+    /// Reads the file with a change; null: as it is.
+    void show(std::shared_ptr<const Overlay> overlay) { m_overlay = std::move(overlay); }
+    /// Whether nobody wrote into the file since it was opened: what was read of it belongs together.
+    [[nodiscard]] bool isUnchanged() const
     {
-        return m_file.readAt(offset, out, size);
+        return m_file.size() == m_sizeAtFirst && m_file.lastWritten() == m_writtenAtFirst;
     }
-    [[nodiscard]] std::int64_t size() override { return m_file.size(); }
 
 private:
     System::NativeFile m_file;
+    System::Error m_error = 0;
+    bool m_readFailed = false;
+    std::int64_t m_sizeAtFirst = 0;
+    std::int64_t m_writtenAtFirst = 0;
+    std::shared_ptr<const Overlay> m_overlay;
 };
 
 }  // namespace Recording2

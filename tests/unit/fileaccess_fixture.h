@@ -14,6 +14,7 @@
 
 #include <recording2/fileaccess.h>
 
+#include "support/memorydirectory.h"
 #include "support/recordingbytes.h"
 
 namespace FileAccessTests {
@@ -124,7 +125,7 @@ private:
                                              nullptr, write, readTables, false, nullptr, nullptr);
     }
 
-    QTemporaryDir m_directory;
+    QTemporaryDir m_directory{TestSupport::directoryTemplate()};
 };
 
 }  // namespace FileAccessTests

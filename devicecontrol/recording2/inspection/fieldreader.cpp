@@ -7,21 +7,14 @@ namespace Recording2::Inspection {
 
 using Format::FieldStatus;
 
-FileSource::FileSource(const std::string& path)
-    : m_stream(native(path), std::ios::binary | std::ios::in | std::ios::ate), m_open(m_stream.good())
+FileSource::FileSource(const std::string& path) : m_file(native(path))
 {
-    if (m_open) {
-        m_size = m_stream.tellg();
-        m_open = m_size >= 0;
-    }
+    m_size = good() ? m_file.size() : 0;
 }
 
-std::size_t FileSource::readAt(std::int64_t offset, char* out, std::size_t size)
+std::string FileSource::problem() const
 {
-    m_stream.clear();
-    m_stream.seekg(offset);
-    m_stream.read(out, static_cast<std::streamsize>(size));
-    return static_cast<std::size_t>(m_stream.gcount());
+    return System::errorText(m_file.error());
 }
 
 FieldReader::FieldReader(Format::ByteSource& source, std::int64_t position, std::int64_t bound, std::size_t bufferBytes)

@@ -4,26 +4,31 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <fstream>
 #include <string>
 
+#include "../files.h"
 #include "../format/cursor.h"
 
 namespace Recording2::Inspection {
 
-/// The file being inspected.
+/// The file being inspected. Its size is that at the beginning.
 class FileSource final : public Format::ByteSource {
 public:
     explicit FileSource(const std::string& path);
 
-    [[nodiscard]] bool good() const { return m_open; }
-    std::size_t readAt(std::int64_t offset, char* out, std::size_t size) override;
+    [[nodiscard]] bool good() const { return m_file.good(); }
+    [[nodiscard]] std::string problem() const;  ///< why it could not be opened
+    std::size_t readAt(std::int64_t offset, char* out, std::size_t size) override
+    {
+        return m_file.readAt(offset, out, size);
+    }
     [[nodiscard]] std::int64_t size() override { return m_size; }
+    /// Whether nobody wrote into the file since it was opened.
+    [[nodiscard]] bool isUnchanged() const { return m_file.isUnchanged(); }
 
 private:
-    std::ifstream m_stream;
+    InputFile m_file;
     std::int64_t m_size = 0;
-    bool m_open = false;
 };
 
 /// Fields from a position on, up to a bound that no field may pass. Every field says whether it was sound; when it was

@@ -1,7 +1,6 @@
 #include "inspection.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <filesystem>
 #include <initializer_list>
 #include <system_error>
@@ -189,19 +188,17 @@ void checkPositions(Summary& summary)
     checkOrder(summary);
 }
 
-}  // namespace
-
-Summary inspect(const std::string& path)
+/// @param torn set when somebody changed the file while it was read
+Summary inspectOnce(const std::string& path, bool& torn)
 {
     Summary summary;
+    torn = false;
     if (!isFile(path, summary)) {
         return summary;
     }
-    errno = 0;
     FileSource source(path);
     if (!source.good()) {
-        const std::string reason = errno != 0 ? std::generic_category().message(errno) : "no reason was given";
-        refuse(summary, Readability::Unreadable, "The file cannot be opened: " + reason + ".");
+        refuse(summary, Readability::Unreadable, "The file cannot be opened: " + source.problem() + ".");
         return summary;
     }
     summary.fileSize = source.size();
@@ -212,6 +209,20 @@ Summary inspect(const std::string& path)
         readTimeTable(source, summary);
         readChannelRangeTable(source, summary);
         readBookmarkTable(source, summary);
+        torn = !source.isUnchanged();
+    }
+    return summary;
+}
+
+}  // namespace
+
+Summary inspect(const std::string& path)
+{
+    constexpr int MostAgain = 10;
+    bool torn = false;
+    Summary summary = inspectOnce(path, torn);
+    for (int again = 0; torn && again < MostAgain; ++again) {
+        summary = inspectOnce(path, torn);
     }
     return summary;
 }

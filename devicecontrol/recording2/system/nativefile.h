@@ -14,9 +14,11 @@ using Error = int;
 /// One sentence's end in English: "No space left on device".
 [[nodiscard]] std::string errorText(Error error);
 extern const Error InvalidPosition;  ///< in front of the file
+extern const Error CannotRead;       ///< bytes that the file has were not given
 
-/// Create replaces an existing file; Update and Read take one that is there.
-enum class Access : std::uint8_t { Create, Update, Read };
+/// Create replaces an existing file, CreateNew makes none where the name is taken; Update and Read take one that is
+/// there.
+enum class Access : std::uint8_t { Create, CreateNew, Update, Read };
 
 /// An open file, shared with other processes for reading and writing. One thread at a time.
 class NativeFile {
@@ -43,6 +45,13 @@ public:
     Error sync();
     /// Locks the file until it is closed or the process ends, however it ends. @return false when somebody holds it
     [[nodiscard]] bool lock();
+    /// The same, after everybody else. Where the file system has no locks nobody is waited for.
+    void waitForLock();
+    /// Whether the path still names this file.
+    [[nodiscard]] bool isAt(const std::filesystem::path& path) const;
+    /// Gives the file to whom the other one belongs, as far as this process may, and lets the same people read it.
+    void takeAccessOf(const NativeFile& other);
+    [[nodiscard]] std::int64_t lastWritten() const;  ///< to be compared only
 
 private:
     friend class Mapping;

@@ -34,9 +34,25 @@ Error errorOf(int result)
     return result == 0 ? 0 : errno;
 }
 
+int flagsOf(Access access)
+{
+    switch (access) {
+        case Access::Create:
+            return O_RDWR | O_CREAT | O_TRUNC;
+        case Access::CreateNew:
+            return O_RDWR | O_CREAT | O_EXCL;
+        case Access::Update:
+            return O_RDWR;
+        case Access::Read:
+            break;
+    }
+    return O_RDONLY;
+}
+
 }  // namespace
 
 const Error InvalidPosition = EINVAL;
+const Error CannotRead = EIO;
 
 std::string errorText(Error error)
 {
@@ -51,9 +67,8 @@ NativeFile::~NativeFile()
 Error NativeFile::open(const std::filesystem::path& path, Access access)
 {
     constexpr mode_t ReadAndWriteAsAllowed = 0666;
-    const int how = access == Access::Read ? O_RDONLY : access == Access::Update ? O_RDWR : O_RDWR | O_CREAT | O_TRUNC;
     const int opened =
-        untilNotInterrupted([&] { return ::open(path.c_str(), how | O_CLOEXEC, ReadAndWriteAsAllowed); });
+        untilNotInterrupted([&] { return ::open(path.c_str(), flagsOf(access) | O_CLOEXEC, ReadAndWriteAsAllowed); });
     if (opened == -1) {
         return errno;
     }
@@ -134,6 +149,41 @@ Error NativeFile::sync()
 bool NativeFile::lock()
 {
     return untilNotInterrupted([&] { return ::flock(descriptor(m_handle), LOCK_EX | LOCK_NB); }) == 0;
+}
+
+void NativeFile::waitForLock()
+{
+    static_cast<void>(untilNotInterrupted([&] { return ::flock(descriptor(m_handle), LOCK_EX); }));
+}
+
+bool NativeFile::isAt(const std::filesystem::path& path) const
+{
+    struct stat own {};
+    struct stat named {};
+    return ::fstat(descriptor(m_handle), &own) == 0 && ::stat(path.c_str(), &named) == 0 &&
+           own.st_dev == named.st_dev && own.st_ino == named.st_ino;
+}
+
+// Only the superuser may give a file away, and others only to a group of their own.
+void NativeFile::takeAccessOf(const NativeFile& other)
+{
+    constexpr mode_t ReadAndWrite = 0666;
+    struct stat status {};
+    if (::fstat(descriptor(other.m_handle), &status) != 0) {
+        return;
+    }
+    if (::fchown(descriptor(m_handle), status.st_uid, status.st_gid) != 0) {
+        static_cast<void>(!::fchown(descriptor(m_handle), static_cast<uid_t>(-1), status.st_gid));
+    }
+    static_cast<void>(::fchmod(descriptor(m_handle), status.st_mode & ReadAndWrite));
+}
+
+std::int64_t NativeFile::lastWritten() const
+{
+    constexpr std::int64_t Nanoseconds = 1'000'000'000;
+    struct stat status {};
+    return ::fstat(descriptor(m_handle), &status) == 0 ? status.st_mtim.tv_sec * Nanoseconds + status.st_mtim.tv_nsec
+                                                       : 0;
 }
 
 void Mapping::unmap()

@@ -32,6 +32,28 @@ OVERLAPPED at(std::int64_t position)
     return place;
 }
 
+DWORD dispositionOf(Access access)
+{
+    switch (access) {
+        case Access::Create:
+            return CREATE_ALWAYS;
+        case Access::CreateNew:
+            return CREATE_NEW;
+        case Access::Update:
+        case Access::Read:
+            break;
+    }
+    return OPEN_EXISTING;
+}
+
+/// A byte far behind the end stands for the whole file: locked bytes could not be read by others.
+bool lockFarBehind(HANDLE file, DWORD how)
+{
+    constexpr std::int64_t FarBehind = std::int64_t{1} << 62;
+    OVERLAPPED place = at(FarBehind);
+    return ::LockFileEx(file, how, 0, 1, 0, &place) != 0;
+}
+
 DWORD piece(std::size_t size)
 {
     constexpr std::size_t Most = std::size_t{1} << 30U;
@@ -41,6 +63,7 @@ DWORD piece(std::size_t size)
 }  // namespace
 
 const Error InvalidPosition = ERROR_NEGATIVE_SEEK;
+const Error CannotRead = ERROR_READ_FAULT;
 
 std::string errorText(Error error)
 {
@@ -56,9 +79,8 @@ NativeFile::~NativeFile()
 Error NativeFile::open(const std::filesystem::path& path, Access access)
 {
     const DWORD how = access == Access::Read ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE;
-    const HANDLE opened =
-        ::CreateFileW(path.c_str(), how, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                      access == Access::Create ? CREATE_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE opened = ::CreateFileW(path.c_str(), how, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                        nullptr, dispositionOf(access), FILE_ATTRIBUTE_NORMAL, nullptr);
     if (opened == INVALID_HANDLE_VALUE) {
         return lastError();
     }
@@ -132,12 +154,38 @@ Error NativeFile::sync()
     return errorOf(::FlushFileBuffers(handleOf(m_handle)));
 }
 
-// A byte far behind the end: locked bytes could not be read by others.
 bool NativeFile::lock()
 {
-    constexpr std::int64_t FarBehind = std::int64_t{1} << 62;
-    OVERLAPPED place = at(FarBehind);
-    return ::LockFileEx(handleOf(m_handle), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place) != 0;
+    return lockFarBehind(handleOf(m_handle), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY);
+}
+
+void NativeFile::waitForLock()
+{
+    static_cast<void>(lockFarBehind(handleOf(m_handle), LOCKFILE_EXCLUSIVE_LOCK));
+}
+
+bool NativeFile::isAt(const std::filesystem::path& path) const
+{
+    NativeFile named;
+    BY_HANDLE_FILE_INFORMATION own{};
+    BY_HANDLE_FILE_INFORMATION other{};
+    return named.open(path, Access::Read) == 0 && ::GetFileInformationByHandle(handleOf(m_handle), &own) != 0 &&
+           ::GetFileInformationByHandle(handleOf(named.m_handle), &other) != 0 &&
+           own.dwVolumeSerialNumber == other.dwVolumeSerialNumber && own.nFileIndexHigh == other.nFileIndexHigh &&
+           own.nFileIndexLow == other.nFileIndexLow;
+}
+
+// A new file has the rights of its directory.
+void NativeFile::takeAccessOf(const NativeFile& /*other*/)
+{
+}
+
+std::int64_t NativeFile::lastWritten() const
+{
+    FILETIME time{};
+    return ::GetFileTime(handleOf(m_handle), nullptr, nullptr, &time) != 0
+               ? std::int64_t{time.dwHighDateTime} << 32 | std::int64_t{time.dwLowDateTime}
+               : 0;
 }
 
 Error Mapping::map(const NativeFile& file, std::size_t bytes)

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include <QDir>
-#include <QFileInfo>
 
 #include "support/recordingbytes.h"
 
@@ -61,13 +60,6 @@ void Life::change(std::uint64_t number)
         default:
             m_station.value<Number>(QStringLiteral("/LEVEL")).SetValue(plain / 8);
     }
-}
-
-QString directoryTemplate()
-{
-    const QString memory = QStringLiteral("/dev/shm");
-    const bool usable = QFileInfo(memory).isWritable();
-    return (usable ? memory : QDir::tempPath()) + QStringLiteral("/recording-XXXXXX");
 }
 
 std::string closedAfter(std::uint64_t changes, std::size_t channels)

@@ -11,6 +11,7 @@
 #include <recording2/recording.h>
 
 #include "station.h"
+#include "support/memorydirectory.h"
 
 namespace CrashTests {
 
@@ -40,8 +41,7 @@ private:
     std::size_t m_channels;
 };
 
-/// A directory in memory where the system has one: tests make many files, and force them to the device.
-[[nodiscard]] QString directoryTemplate();
+using TestSupport::directoryTemplate;
 
 /// The closed recording of a life with so many changes.
 [[nodiscard]] std::string closedAfter(std::uint64_t changes, std::size_t channels = Life::ManyChannels);

@@ -3,6 +3,7 @@
 #include <iterator>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -527,6 +528,23 @@ TEST_F(RecTool, BookmarksAreStoredInAFileWithoutChannelRanges)
     EXPECT_EQ(rectool({"bookmark", "add", path, "1", "first", "--yes"}).exitCode, 0);
     EXPECT_EQ(bookmarksOf(path).size(), 3U);
     EXPECT_EQ(bookmarksOf(path)[0].at("timeMs"), 1);
+}
+
+TEST_F(RecTool, BookmarksThatTwoProgramsAddAtOnceAreAllStored)
+{
+    constexpr int Each = 8;
+    const QString path = bearings();
+    const auto add = [&path](int first) {
+        for (int i = 0; i < Each; ++i) {
+            const QString time = QString::number(first + 2 * i);
+            EXPECT_EQ(rectool({"bookmark", "add", path, time, "mark", "--yes"}).exitCode, 0);
+        }
+    };
+    std::thread other(add, 100);
+    add(101);
+    other.join();
+    EXPECT_EQ(bookmarksOf(path).size(), std::size_t{2 * Each});
+    EXPECT_EQ(rectool({"verify", path}).exitCode, 0);
 }
 
 // range

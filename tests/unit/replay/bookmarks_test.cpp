@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 
 #include "replay_fixture.h"
+#include "unit/tracelog.h"
 
 namespace {
 
@@ -199,6 +201,100 @@ TEST_F(BookmarksTest, AreStoredWhenTheObjectIsDestroyedAfterAnAddition)
     file.reset();
     m_file.storeBookmarks({{3000, "kept"}});
     EXPECT_EQ(fileBytes(), m_file.bytes());
+}
+
+TEST_F(BookmarksTest, OnceTheyAreStoredDestroyingTheObjectDoesNotStoreThemAgain)
+{
+    auto file = open(m_file);
+    file->addBookmark(3000, "kept");
+    file->writeBookmarks();
+    m_file.storeBookmarks({{3000, "kept"}});
+    m_file.markHeaderArea();
+    TestSupport::writeFile(filePath(Name), m_file.bytes());
+    file.reset();
+    EXPECT_EQ(fileBytes(), m_file.bytes());
+}
+
+TEST_F(BookmarksTest, WhatCannotBeStoredIsTracedWithTheNameOfTheFile)
+{
+    const QString message = QStringLiteral("Error writing bookmarks for recording file ") + filePath(Name);
+    auto file = open(m_file);
+    file->addBookmark(10, "a");
+    TestSupport::writeFile(filePath(Name), TestSupport::headerArea());
+    {
+        const FileAccessTests::TraceLog log(~ErrorHandler::RecordingTraces);
+        file->writeBookmarks();
+        EXPECT_EQ(log.count(message), 0);
+    }
+    const FileAccessTests::TraceLog log(ErrorHandler::RecordingTraces);
+    file->writeBookmarks();
+    EXPECT_EQ(log.count(message), 1);
+    TestSupport::writeFile(filePath(Name), m_file.bytes());
+    file->writeBookmarks();
+    EXPECT_EQ(log.count(message), 1);
+}
+
+TEST_F(BookmarksTest, LoadingTheTablesAnewFindsWhatAnotherObjectStored)
+{
+    auto file = open(m_withRanges);
+    auto other = reopen();
+    other->addBookmark(10, "of the other");
+    other.reset();
+    EXPECT_FALSE(file->bookmarksAvailable());
+    file->readTables();
+    EXPECT_THAT(bookmarksOf(*file), ElementsAre(Pair(10, "of the other")));
+}
+
+TEST_F(BookmarksTest, ChangesMadeTogetherAreStoredAtTheirEndAndReadBackMeanwhile)
+{
+    FinishedFile stored = marked(m_withRanges, {{10, "a"}, {20, "b"}});
+    auto file = open(stored);
+    file->addBookmark(5, "of no consequence, because the tables are loaded anew");
+    bool readBack = false;
+    EXPECT_TRUE(file->rewriteTogether(
+        [&] {
+            file->clearChannelRangeDef();
+            file->addChannelRangeDef(3000);
+            file->rebuildChannelRangeDef();
+            file->removeBookmark(10);
+            file->addBookmark(30, "c");
+            file->writeBookmarks();
+            EXPECT_EQ(fileBytes(), stored.bytes());
+            expectThreeLevels(*file);
+            CHeaderData header;
+            EXPECT_EQ(file->read(header), 1U);
+            EXPECT_FALSE(file->rewriteTogether([] {}, {}));
+        },
+        [&] {
+            stored.clearRanges();
+            stored.rebuildRanges({3000});
+            stored.storeBookmarks({{20, "b"}, {30, "c"}});
+            EXPECT_EQ(fileBytes(), stored.bytes());
+            readBack = true;
+        }));
+    EXPECT_TRUE(readBack);
+    expectThreeLevels(*file);
+    EXPECT_THAT(bookmarksOf(*file), ElementsAre(Pair(20, "b"), Pair(30, "c")));
+    EXPECT_EQ(rangesOf(*file), (Times{3000}));
+}
+
+TEST_F(BookmarksTest, OfChangesMadeTogetherNothingIsStoredWhenOneThrows)
+{
+    FinishedFile stored = marked(m_withRanges, {{10, "a"}});
+    auto file = open(stored);
+    EXPECT_THROW(file->rewriteTogether(
+                     [&] {
+                         file->clearChannelRangeDef();
+                         file->addBookmark(20, "b");
+                         file->writeBookmarks();
+                         throw std::runtime_error("not so");
+                     },
+                     {}),
+                 std::runtime_error);
+    EXPECT_THAT(bookmarksOf(*file), ElementsAre(Pair(10, "a")));
+    expectThreeLevels(*file);
+    file.reset();
+    EXPECT_EQ(fileBytes(), stored.bytes());
 }
 
 TEST_F(BookmarksTest, RemovingOneThatDoesNotExistCountsAsAChange)

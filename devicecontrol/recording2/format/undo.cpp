@@ -1,0 +1,97 @@
+#include "undo.h"
+
+#include "journal.h"
+
+namespace Recording2::Format {
+
+namespace {
+
+constexpr std::string_view UndoMagic = "REC2UNDO";
+constexpr std::uint64_t UndoVersion = 1;
+constexpr std::size_t WordBytes = sizeof(std::uint64_t);
+constexpr std::size_t CheckOffset = 2 * WordBytes;
+constexpr std::size_t CheckedOffset = 3 * WordBytes;
+
+void appendWord(std::string& out, std::uint64_t value)
+{
+    char word[WordBytes];
+    out.append(word, Journal::putInt64(word, value));
+}
+
+std::uint64_t checkOf(std::string_view bytes)
+{
+    const std::string_view checked = bytes.substr(CheckedOffset);
+    return Journal::Check(checked.size()).add(checked.data(), checked.size()).value();
+}
+
+/// Takes fields from the front of the bytes, as far as they go.
+class UndoReader {
+public:
+    explicit UndoReader(std::string_view bytes) : m_left(bytes) {}
+
+    [[nodiscard]] bool good() const { return m_good; }
+    std::uint64_t word()
+    {
+        const std::string_view bytes = take(WordBytes);
+        return m_good ? Journal::getInt64(bytes.data()) : 0;
+    }
+    std::string_view take(std::uint64_t size)
+    {
+        m_good = m_good && size <= m_left.size();
+        const std::string_view taken = m_left.substr(0, m_good ? static_cast<std::size_t>(size) : 0);
+        m_left.remove_prefix(taken.size());
+        return taken;
+    }
+
+private:
+    std::string_view m_left;
+    bool m_good = true;
+};
+
+}  // namespace
+
+std::string encodeUndo(const Undo& undo)
+{
+    std::string bytes(UndoMagic);
+    appendWord(bytes, UndoVersion);
+    appendWord(bytes, 0);
+    appendWord(bytes, static_cast<std::uint64_t>(undo.sizeBefore));
+    appendWord(bytes, undo.changes.size());
+    for (const ChangedBytes& change : undo.changes) {
+        appendWord(bytes, static_cast<std::uint64_t>(change.position));
+        appendWord(bytes, change.before.size());
+        appendWord(bytes, change.after.size());
+        bytes += change.before;
+        bytes += change.after;
+    }
+    Journal::putInt64(bytes.data() + CheckOffset, checkOf(bytes));
+    return bytes;
+}
+
+std::optional<Undo> decodeUndo(std::string_view bytes)
+{
+    if (bytes.size() < CheckedOffset || bytes.substr(0, UndoMagic.size()) != UndoMagic ||
+        Journal::getInt64(bytes.data() + WordBytes) != UndoVersion ||
+        Journal::getInt64(bytes.data() + CheckOffset) != checkOf(bytes)) {
+        return std::nullopt;
+    }
+    UndoReader reader(bytes.substr(CheckedOffset));
+    Undo undo;
+    undo.sizeBefore = static_cast<std::int64_t>(reader.word());
+    const std::uint64_t count = reader.word();
+    for (std::uint64_t i = 0; i < count && reader.good(); ++i) {
+        ChangedBytes change;
+        change.position = static_cast<std::int64_t>(reader.word());
+        const std::uint64_t before = reader.word();
+        const std::uint64_t after = reader.word();
+        change.before = reader.take(before);
+        change.after = reader.take(after);
+        if (change.position < 0 || change.before.size() > change.after.size()) {
+            return std::nullopt;
+        }
+        undo.changes.push_back(std::move(change));
+    }
+    return reader.good() ? std::optional(std::move(undo)) : std::nullopt;
+}
+
+}  // namespace Recording2::Format

@@ -1,0 +1,59 @@
+// The bytes that say what a recording held before a change: whole, or nothing.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include <recording2/format/undo.h>
+
+using Recording2::Format::decodeUndo;
+using Recording2::Format::encodeUndo;
+using Recording2::Format::Undo;
+
+namespace {
+
+Undo sample()
+{
+    return {1'000, {{0, "header", "HEADER"}, {990, "the end...", "the end, and more"}, {1'000, "", "123456789"}}};
+}
+
+}  // namespace
+
+TEST(Undo, IsReadAsItWasWritten)
+{
+    const auto read = decodeUndo(encodeUndo(sample()));
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->sizeBefore, 1'000);
+    ASSERT_EQ(read->changes.size(), 3U);
+    EXPECT_EQ(read->changes[1].position, 990);
+    EXPECT_EQ(read->changes[1].before, "the end...");
+    EXPECT_EQ(read->changes[1].after, "the end, and more");
+    EXPECT_EQ(read->changes[2].before, "");
+    EXPECT_EQ(read->changes[2].after, "123456789");
+}
+
+TEST(Undo, CutAnywhereIsNothing)
+{
+    const std::string bytes = encodeUndo(sample());
+    for (std::size_t size = 0; size < bytes.size(); ++size) {
+        EXPECT_FALSE(decodeUndo(bytes.substr(0, size))) << size;
+        EXPECT_FALSE(decodeUndo(bytes.substr(0, size) + std::string(bytes.size() - size, '\0'))) << size;
+    }
+}
+
+TEST(Undo, WithAnyByteDamagedIsNothing)
+{
+    const std::string bytes = encodeUndo(sample());
+    for (std::size_t place = 0; place < bytes.size(); ++place) {
+        for (const char change : {'\x01', '\x80', '\xff'}) {
+            std::string damaged = bytes;
+            damaged[place] = static_cast<char>(damaged[place] ^ change);
+            EXPECT_FALSE(decodeUndo(damaged)) << place;
+        }
+    }
+}
+
+TEST(Undo, WhatAChangeCannotHoldIsNothing)
+{
+    EXPECT_FALSE(decodeUndo(encodeUndo({10, {{-1, "a", "b"}}})));
+    EXPECT_FALSE(decodeUndo(encodeUndo({10, {{0, "longer", "short"}}})));
+}
