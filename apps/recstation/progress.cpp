@@ -6,6 +6,8 @@
 
 #include <QStringList>
 
+#include <terminaltext/terminaltext.h>
+
 namespace recstation {
 
 namespace {
@@ -22,6 +24,11 @@ void writeToStandardError(const QString& text)
 }
 
 }  // namespace
+
+QString printable(const QString& text)
+{
+    return QString::fromStdString(TerminalText::oneLine(text.toStdString()));
+}
 
 QString byteText(std::int64_t bytes)
 {
@@ -88,7 +95,7 @@ void Messages::endProgressLine()
 void Messages::message(const QString& sentence)
 {
     endProgressLine();
-    writeToStandardError(QStringLiteral("recstation: ") + sentence + QLatin1Char('\n'));
+    writeToStandardError(QStringLiteral("recstation: ") + printable(sentence) + QLatin1Char('\n'));
 }
 
 void Messages::finish(const ProgressNumbers& numbers)

@@ -16,6 +16,8 @@ struct ProgressNumbers {
 
 /// "1 min 02.250 s recorded, 12345 records, 4.2 MB, 1.3 MB/s"
 [[nodiscard]] QString progressText(const ProgressNumbers& numbers, long long elapsedMs);
+/// What files, names and values hold, as it may be shown: one line without control characters.
+[[nodiscard]] QString printable(const QString& text);
 [[nodiscard]] QString byteText(std::int64_t bytes);                   ///< "900 bytes", "4.2 MB"
 [[nodiscard]] QString durationText(unsigned long long milliseconds);  ///< "2.250 s", "1 h 01 min 02.250 s"
 

@@ -112,7 +112,8 @@ QString fileLine(const Summary::File& file)
 {
     const bool archived = file.report.state == FileReport::State::Archived;
     return QStringLiteral("%1: %2 (%3, %4 records)\n")
-        .arg(file.recorder, archived ? file.report.address : file.report.path, byteText(file.report.bytes))
+        .arg(printable(file.recorder), printable(archived ? file.report.address : file.report.path),
+             byteText(file.report.bytes))
         .arg(file.report.records);
 }
 

@@ -35,7 +35,7 @@ const std::string AddressScheme = "zelvo:///";
 // Texts of the registry come from anywhere.
 std::string plain(const QString& text)
 {
-    return onOneLine(text.toStdString());
+    return oneLine(text.toStdString());
 }
 
 std::string orDash(const std::string& text)
@@ -474,7 +474,7 @@ ExitCode archiveFetch(const ArchiveFetchOptions& options)
     if (options.json) {
         std::cout << dump({{"address", options.address}, {"file", path.toStdString()}}, 2) << '\n';
     } else {
-        std::cout << path.toStdString() << '\n';
+        std::cout << plain(path) << '\n';
     }
     return finish(ExitCode::Fine);
 }

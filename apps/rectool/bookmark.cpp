@@ -45,7 +45,7 @@ std::optional<std::string> toLatin1(const std::string& utf8)
 
 std::string quoted(const Inspection::Bookmark& bookmark)
 {
-    return '"' + onOneLine(fromLatin1(bookmark.text)) + '"';
+    return '"' + oneLine(fromLatin1(bookmark.text)) + '"';
 }
 
 /// The steps that adding and removing share. Only what is wrong with the file or the time ends it here.
@@ -174,7 +174,7 @@ ExitCode listBookmarks(const ListOptions& options)
         table.add({"Time", "Clock", "Text"});
         for (const Inspection::Bookmark& bookmark : summary.bookmarks) {
             table.add({std::to_string(bookmark.timeMs), utc(summary.header.startMs + bookmark.timeMs),
-                       onOneLine(fromLatin1(bookmark.text))});
+                       oneLine(fromLatin1(bookmark.text))});
         }
         table.print(std::cout, "");
     }

@@ -12,6 +12,7 @@
 #include "recordingtime.h"
 #include "recordjson.h"
 #include "table.h"
+#include "text.h"
 #include "typenames.h"
 
 namespace RecTool {
@@ -77,7 +78,7 @@ private:
     {
         const std::string time = isKnown(record) ? std::to_string(record.timeMs) : "?";
         std::cout << paddedInFront(time, m_timeWidth) << "  " << padded(m_names.label(record.code), m_labelWidth)
-                  << "  " << describe(record, value) << '\n';
+                  << "  " << oneLine(describe(record, value)) << '\n';
     }
 
     void printJson(const Inspection::Record& record, const values::ValueBase* value)

@@ -8,6 +8,7 @@
 #include "samesummary.h"
 #include "system/filenames.h"
 #include "system/terminal.h"
+#include "text.h"
 
 namespace RecTool {
 
@@ -85,7 +86,7 @@ ExitCode FileChange::confirm(const std::string& question) const
     if (!inputComesFromTerminal()) {
         return refuse(ExitCode::Usage, "There is no terminal to ask at; --yes changes the file without asking.");
     }
-    std::cerr << shownName(m_file) << ": " << question << "? [y/N] " << std::flush;
+    std::cerr << printedName(m_file) << ": " << oneLine(question) << "? [y/N] " << std::flush;
     std::string answer;
     std::getline(std::cin, answer);
     if (answer != "y" && answer != "Y" && answer != "yes") {

@@ -71,7 +71,7 @@ std::string span(const Inspection::Summary& summary)
 void printField(const char* name, const std::string& text)
 {
     constexpr std::size_t Width = 12;
-    std::cout << "  " << padded(name, Width) << text << '\n';
+    std::cout << "  " << padded(name, Width) << oneLine(text) << '\n';
 }
 
 void printHeader(const Report& report)
@@ -79,11 +79,11 @@ void printHeader(const Report& report)
     constexpr int FloatDigits = 6;
     const Inspection::Header& header = report.summary.header;
     const auto range = [](double hz) { return frequency(hz, FloatDigits); };
-    const std::string name = onOneLine(fromLatin1(header.deviceName));
-    const std::string type = onOneLine(fromLatin1(header.deviceType));
+    const std::string name = oneLine(fromLatin1(header.deviceName));
+    const std::string type = oneLine(fromLatin1(header.deviceType));
     printField("Version", std::to_string(header.majorVersion) + "." + std::to_string(header.minorVersion));
     printField("Device", (name.empty() ? "without name" : name) + (type.empty() ? "" : " (" + type + ")"));
-    printField("Job", header.jobId.empty() ? "none" : onOneLine(fromLatin1(header.jobId)));
+    printField("Job", header.jobId.empty() ? "none" : oneLine(fromLatin1(header.jobId)));
     printField("Started", utc(header.startMs) + (header.automatic ? ", automatically" : ", by an operator"));
     printField("Stopped", utc(header.stopMs));
     printField("Duration", duration(lengthMs(header)));
@@ -107,9 +107,9 @@ void printTypes(const Report& report)
     for (const auto& [code, count] : report.perType) {
         const Inspection::TypeEntry* type = names.find(code);
         table.add({std::to_string(code),
-                   type == nullptr ? "(not in the type table)" : onOneLine(fromLatin1(type->keyword)),
+                   type == nullptr ? "(not in the type table)" : oneLine(fromLatin1(type->keyword)),
                    grouped(count.records), grouped(count.bytes),
-                   type == nullptr ? "" : onOneLine(fromLatin1(type->valuePath))});
+                   type == nullptr ? "" : oneLine(fromLatin1(type->valuePath))});
     }
     std::cout << '\n';
     table.print(std::cout, "  ");
@@ -154,7 +154,7 @@ void printFindings(const std::vector<Inspection::Finding>& findings)
     }
     std::cout << "\n  The file is damaged:\n";
     for (std::size_t i = 0; i < std::min(findings.size(), Most); ++i) {
-        std::cout << "  at " << findings[i].offset << ": " << findings[i].text << '\n';
+        std::cout << "  at " << findings[i].offset << ": " << oneLine(findings[i].text) << '\n';
     }
     if (findings.size() > Most) {
         std::cout << "  and " << findings.size() - Most << " more; --json lists them all.\n";
@@ -163,7 +163,7 @@ void printFindings(const std::vector<Inspection::Finding>& findings)
 
 void printReport(const Report& report)
 {
-    std::cout << shownName(report.file) << '\n';
+    std::cout << printedName(report.file) << '\n';
     printHeader(report);
     printTypes(report);
     printBlocks(report);

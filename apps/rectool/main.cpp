@@ -12,6 +12,7 @@
 #include "commands.h"
 #include "system/filenames.h"
 #include "system/terminal.h"
+#include "text.h"
 
 namespace {
 
@@ -55,7 +56,7 @@ int main(int argc, char** argv)
     try {
         return static_cast<int>(run(RecTool::argumentsOf(argc, argv)));
     } catch (const std::exception& error) {
-        std::cerr << "rectool: " << error.what() << '\n';
+        std::cerr << "rectool: " << RecTool::oneLine(error.what()) << '\n';
         return static_cast<int>(ExitCode::CannotRead);
     }
 }

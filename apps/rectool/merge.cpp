@@ -252,7 +252,7 @@ void printRenumbered(const std::string& file, std::size_t input, const MergePlan
         separated += type.input == input && type.separated ? 1 : 0;
     }
     if (renumbered > 0) {
-        std::cout << shownName(file) << ": types with another number now: " << grouped(renumbered);
+        std::cout << printedName(file) << ": types with another number now: " << grouped(renumbered);
         if (separated > 0) {
             std::cout << ", with _" << input + 1 << " behind the keyword and /" << input + 1
                       << " in front of the path: " << grouped(separated);

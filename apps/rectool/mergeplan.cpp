@@ -195,7 +195,7 @@ private:
     {
         const TypeEntry& entry = merged.entry;
         const std::string name =
-            merged.named ? onOneLine(fromLatin1(entry.keyword)) + " (" + onOneLine(fromLatin1(entry.valuePath)) + ')'
+            merged.named ? oneLine(fromLatin1(entry.keyword)) + " (" + oneLine(fromLatin1(entry.valuePath)) + ')'
                          : "Type " + std::to_string(number);
         const std::uint64_t from = std::max(m_inputs[input].types.at(number).firstMs, m_inputs[earlier].firstMs);
         m_plan.refusal = name + " is recorded here and in " + m_inputs[earlier].file + " at the same time, from " +

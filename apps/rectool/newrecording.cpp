@@ -94,7 +94,7 @@ void renameWithoutReplacing(const fs::path& from, const fs::path& to, std::error
 void print(const std::string& path, const NewRecordingResult& result)
 {
     const Inspection::Header& header = result.header;
-    std::cout << path << '\n'
+    std::cout << oneLine(path) << '\n'
               << "  Started         " << utc(header.startMs) << '\n'
               << "  Stopped         " << utc(header.stopMs) << '\n'
               << "  Duration        " << duration(header.stopMs - header.startMs) << '\n'

@@ -28,6 +28,11 @@ const std::string& shownName(const std::string& path)
     return found == shownNames().end() ? path : found->second;
 }
 
+std::string printedName(const std::string& path)
+{
+    return oneLine(shownName(path));
+}
+
 void setShownName(const std::string& path, const std::string& name)
 {
     shownNames()[path] = name;
@@ -36,7 +41,7 @@ void setShownName(const std::string& path, const std::string& name)
 void complain(const std::string& file, const std::string& text)
 {
     std::cout.flush();
-    std::cerr << "rectool: " << shownName(file) << ": " << text << '\n';
+    std::cerr << "rectool: " << printedName(file) << ": " << oneLine(text) << '\n';
 }
 
 void complain(const std::string& file, const std::vector<Recording2::Inspection::Finding>& findings)

@@ -16,6 +16,8 @@ namespace RecTool {
 
 /// What to call a file to the user: the name that was given for it, where it was another (an archive address).
 [[nodiscard]] const std::string& shownName(const std::string& path);
+/// The same as it is printed.
+[[nodiscard]] std::string printedName(const std::string& path);
 void setShownName(const std::string& path, const std::string& name);
 
 /// A message on standard error: "rectool: FILE: TEXT".

@@ -29,7 +29,7 @@ void Progress::show(std::int64_t done, std::int64_t all)
 {
     constexpr std::chrono::milliseconds Patience{500};
     if (all > 0 && std::chrono::steady_clock::now() - m_begin > Patience) {
-        std::cerr << '\r' << shownName(m_file) << ": " << done * 100 / all << " %" << std::flush;
+        std::cerr << '\r' << printedName(m_file) << ": " << done * 100 / all << " %" << std::flush;
         m_shown = true;
     }
 }
@@ -37,7 +37,7 @@ void Progress::show(std::int64_t done, std::int64_t all)
 void Progress::clear()
 {
     if (m_shown) {
-        std::cerr << '\r' << std::string(shownName(m_file).size() + 8, ' ') << '\r' << std::flush;
+        std::cerr << '\r' << std::string(printedName(m_file).size() + 8, ' ') << '\r' << std::flush;
         m_shown = false;
     }
 }

@@ -131,7 +131,7 @@ std::string describe(const ValueBase& value)
         case ValueType::FastBearingMap:
             return describeBearings(static_cast<const CellMap<Bearing, BearingHandler>&>(value));
         default:
-            return onOneLine(value.GetText().toStdString());
+            return oneLine(value.GetText().toStdString());
     }
 }
 

@@ -210,7 +210,7 @@ void printSummary(const RepairOptions& options, const Repair& repair, bool sound
 {
     print(options.output, result);
     if (sound) {
-        std::cout << shownName(options.file) << " is sound; this is a copy.\n";
+        std::cout << printedName(options.file) << " is sound; this is a copy.\n";
         return;
     }
     const std::uint64_t ranges = result.channelRanges - repair.rangesFromRecords();

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <ostream>
+#include <utility>
+
+#include <terminaltext/terminaltext.h>
 
 namespace RecTool {
 
@@ -22,6 +25,14 @@ std::string paddedInFront(std::string utf8, std::size_t columns)
 {
     utf8.insert(0, columns - std::min(columns, width(utf8)), ' ');
     return utf8;
+}
+
+void Table::add(std::vector<std::string> cells)
+{
+    for (std::string& cell : cells) {
+        cell = TerminalText::oneLine(cell);
+    }
+    m_lines.push_back(std::move(cells));
 }
 
 void Table::print(std::ostream& out, const std::string& indent) const

@@ -13,8 +13,8 @@ public:
     enum class Align : unsigned char { Left, Right };
 
     explicit Table(std::vector<Align> columns) : m_columns(std::move(columns)) {}
-    /// One text a column, UTF-8.
-    void add(std::vector<std::string> cells) { m_lines.push_back(std::move(cells)); }
+    /// One text a column, UTF-8; whatever it holds, it stays in its cell.
+    void add(std::vector<std::string> cells);
     void print(std::ostream& out, const std::string& indent) const;
 
 private:

@@ -44,15 +44,6 @@ std::string fromLatin1(const std::string& text)
     return QString::fromLatin1(text.data(), static_cast<int>(text.size())).toStdString();
 }
 
-std::string onOneLine(const std::string& utf8)
-{
-    std::string line;
-    for (const char byte : utf8) {
-        isControl(byte) ? line += escapedByte(byte) : line += byte;
-    }
-    return line;
-}
-
 std::string escaped(const std::string& bytes, std::size_t most)
 {
     std::string text = "\"";

@@ -5,11 +5,12 @@
 #include <cstdint>
 #include <string>
 
+#include <terminaltext/terminaltext.h>
+
 namespace RecTool {
 
 [[nodiscard]] std::string fromLatin1(const std::string& text);  ///< UTF-8
-/// Characters that would disturb a line of text (control characters) as \n, \xNN and the like.
-[[nodiscard]] std::string onOneLine(const std::string& utf8);
+using TerminalText::oneLine;                                    ///< for all that files, names and values hold
 /// Any bytes as quoted ASCII, cut behind a number of them, which is then said.
 [[nodiscard]] std::string escaped(const std::string& bytes, std::size_t most);
 [[nodiscard]] bool isAscii(const std::string& bytes);

@@ -33,7 +33,7 @@ std::string TypeNames::label(std::int32_t number) const
     }
     constexpr std::size_t Longest = 100;  // it may stand in front of every record
     const bool isLong = type->keyword.size() > Longest;
-    return onOneLine(fromLatin1(type->keyword.substr(0, Longest))) + (isLong ? "..." : "");
+    return oneLine(fromLatin1(type->keyword.substr(0, Longest))) + (isLong ? "..." : "");
 }
 
 std::optional<std::int32_t> TypeNames::numberOf(const std::string& keywordOrNumber) const

@@ -48,8 +48,8 @@ void printTypes(const Inspection::Summary& summary)
     Table table({Table::Align::Right, Table::Align::Left, Table::Align::Left, Table::Align::Left});
     table.add({"Number", "Keyword", "Value", "Path"});
     for (const Inspection::TypeEntry& type : summary.types) {
-        table.add({std::to_string(type.typeNumber), onOneLine(fromLatin1(type.keyword)), valueTypeText(type.valueType),
-                   onOneLine(fromLatin1(type.valuePath))});
+        table.add({std::to_string(type.typeNumber), oneLine(fromLatin1(type.keyword)), valueTypeText(type.valueType),
+                   oneLine(fromLatin1(type.valuePath))});
     }
     table.print(std::cout, "");
 }

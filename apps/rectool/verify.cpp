@@ -6,6 +6,7 @@
 #include "json.h"
 #include "output.h"
 #include "progress.h"
+#include "text.h"
 
 namespace RecTool {
 
@@ -28,12 +29,12 @@ std::string counted(std::size_t number, const char* what)
 void print(const std::string& file, const Verification& found)
 {
     for (const Inspection::Remark& remark : found.remarks) {
-        std::cout << shownName(file) << ": offset " << remark.offset << ": " << nameOf(remark.severity) << ": "
-                  << remark.text << '\n';
+        std::cout << printedName(file) << ": offset " << remark.offset << ": " << nameOf(remark.severity) << ": "
+                  << oneLine(remark.text) << '\n';
     }
     const std::size_t damage = found.count(Severity::Damage);
     const std::size_t notes = found.count(Severity::Note);
-    std::cout << shownName(file) << ": " << (damage == 0 ? "sound" : "damaged, " + counted(damage, "finding"))
+    std::cout << printedName(file) << ": " << (damage == 0 ? "sound" : "damaged, " + counted(damage, "finding"))
               << (notes == 0 ? "" : ", " + counted(notes, "note")) << '\n';
 }
 

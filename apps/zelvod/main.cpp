@@ -6,6 +6,8 @@
 #include <QCoreApplication>
 #include <QTextCodec>
 
+#include <terminaltext/terminaltext.h>
+
 #include "commandline.h"
 #include "service.h"
 #include "system/stop.h"
@@ -23,7 +25,7 @@ std::vector<std::string> argumentsInUtf8()
 
 void complain(const QString& sentence)
 {
-    const std::string line = "zelvod: " + sentence.toStdString() + '\n';
+    const std::string line = "zelvod: " + TerminalText::oneLine(sentence.toStdString()) + '\n';
     static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
 }
 

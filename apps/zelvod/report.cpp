@@ -4,6 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <terminaltext/terminaltext.h>
+
 namespace zelvod {
 
 namespace {
@@ -63,7 +65,11 @@ QString text(const Zelvo::MoverReport& report, const QString& lastProblem, bool 
         }
         lines += report.waiting > 0 ? line + QStringLiteral("; %1 waiting").arg(files(report.waiting)) : line;
     }
-    return lines.isEmpty() ? QString() : lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
+    QString printed;
+    for (const QString& line : lines) {
+        printed += QString::fromStdString(TerminalText::oneLine(line.toStdString())) + QLatin1Char('\n');
+    }
+    return printed;
 }
 
 }  // namespace zelvod

@@ -204,7 +204,7 @@ void markBookmarks(Picture& picture, QCPAxis& timeAxis, const PlotSource& source
         addLine(point(pixels[i], far), point(*places[i], labelEdge), pen);
         auto* label = picture.addItem<QCPItemText>();
         label->setFont(picture.font());
-        label->setText(picture.elided(QString::fromStdString(onOneLine(fromLatin1(bookmarks[i].text))), room));
+        label->setText(picture.elided(QString::fromStdString(oneLine(fromLatin1(bookmarks[i].text))), room));
         label->setColor(QColor(0, 60, 70));
         label->setBrush(QColor(255, 255, 255, 240));
         label->setPen(pen);

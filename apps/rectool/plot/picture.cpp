@@ -95,7 +95,7 @@ Picture::Picture(const PlotOptions& options, const PlotSource& source, const QSt
     const Recording2::Inspection::Header& header = source.summary().header;
     const std::string name = fromLatin1(header.deviceName);
     const std::string type = fromLatin1(header.deviceType);
-    QString device = QString::fromStdString(onOneLine(type.empty() ? name : name + " (" + type + ")"));
+    QString device = QString::fromStdString(oneLine(type.empty() ? name : name + " (" + type + ")"));
     if (isClockTime(header.startMs, source.span())) {
         device += (device.isEmpty() ? "started " : ", started ") + QString::fromStdString(utc(header.startMs));
     }
