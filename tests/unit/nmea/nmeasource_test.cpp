@@ -180,7 +180,7 @@ TEST_F(NmeaSourceTest, MidnightAndTimesThatGoBackAreCounted)
     EXPECT_EQ(steps[2].first, steps[1].first);
     EXPECT_EQ(steps[3].first, steps[1].first + second / 2);
     EXPECT_EQ(steps[4].first, eight - 28'798 * second);
-    EXPECT_THAT(m_reports, ElementsAre(HasSubstr("midnight passed 1 times"), HasSubstr("1 row goes back, by up to ")));
+    EXPECT_THAT(m_reports, ElementsAre(HasSubstr("1 row goes back, by up to "), HasSubstr("midnight passed 1 times")));
 }
 
 TEST_F(NmeaSourceTest, ARolledBackDateIsReportedAndOnlyCorrectedWhenAsked)

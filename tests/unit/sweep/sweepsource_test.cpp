@@ -90,7 +90,7 @@ TEST_F(SweepSourceTest, RowsOfASweepBecomeOneSpectrumAtTheTimeOfTheFirst)
     EXPECT_EQ(shown[0].time, eight + 500'000);
     EXPECT_EQ(shown[0].range, values::ChannelRange::Even(100.5e6, 1e6, 4));
     EXPECT_THAT(shown[0].cells, ElementsAre(1, 2, 3, 4));
-    EXPECT_EQ(shown[1].time, eight + 5'000'000);
+    EXPECT_EQ(shown[1].time, eight + 1'000'000);
     EXPECT_THAT(shown[1].cells, ElementsAre(5, 6, 7, 8));
     EXPECT_EQ(m_source->report().used, 4U);
     EXPECT_THAT(m_reports, IsEmpty());
