@@ -1,6 +1,7 @@
 #include "iq/iqvalues.h"
 
 #include <cmath>
+#include <limits>
 #include <memory>
 
 #include <QFileInfo>
@@ -63,6 +64,7 @@ IqValues::IqValues(const IqPlan& plan, const QString& valuePath)
     setNumber(scan + QStringLiteral("StartLevel"), lowestShownDb);
     setNumber(scan + QStringLiteral("StopLevel"), highestShownDb);
     attachValue(m_level, QStringLiteral("/LEVEL"));
+    m_level->SetValue(std::numeric_limits<double>::quiet_NaN());  // not measured yet
     attachValue(m_spectrum, plan.ifSpectrum ? QStringLiteral("/IfMapping") : scan + QStringLiteral("RfSpectrum"));
     m_spectrum->SetChannelRange(values::ChannelRange::Even(startHz, stepHz, plan.fftSize));
 }

@@ -177,6 +177,12 @@ TEST_F(IqSource, TheLevelOfNoiseIsItsPower)
     EXPECT_NEAR(sum / 1024, -50 - 30.10 + 5.76, 0.1);
 }
 
+TEST_F(IqSource, BeforeTheFirstMeasurementTheLevelIsNotANumber)
+{
+    prepare(iqtesting::asFloats(iqtesting::noise(1024, 1e-3)));
+    EXPECT_TRUE(std::isnan(number("/LEVEL")));
+}
+
 TEST_F(IqSource, TheSpectrumIsShownBeforeTheLevel)
 {
     struct Order final : IObserver {
