@@ -6,6 +6,7 @@
 #include <values/value.h>
 
 #include "measuredbearings.h"
+#include "measuredtime.h"
 #include "progress.h"
 #include "recordedvalues.h"
 #include "typenames.h"
@@ -56,14 +57,16 @@ std::optional<Geo::Position> positionOf(std::optional<double> latitudeDeg, std::
 
 class BearingTaker {
 public:
-    BearingTaker(const Inspection::Summary& summary, std::uint64_t fromMs)
+    BearingTaker(const Inspection::Summary& summary, std::uint64_t fromMs, std::uint64_t toMs)
         : m_names(summary.types),
           m_bearings(m_names.numberOf(DirectionFindingKeyword)),
           m_latitude(m_names, "LOCATIONLATITUDE"),
           m_longitude(m_names, "LOCATIONLONGITUDE"),
           m_heading(m_names, "TRUEHEADING"),
-          m_startUs(summary.header.startMs * UsPerMs),
-          m_fromMs(fromMs)
+          m_frequency(m_names, "FREQUENCY"),
+          m_startMs(summary.header.startMs),
+          m_fromMs(firstMoment(fromMs)),
+          m_toMs(static_cast<double>(toMs))
     {
     }
 
@@ -72,9 +75,12 @@ public:
         m_latitude.apply(record);
         m_longitude.apply(record);
         m_heading.apply(record);
+        m_frequency.apply(record);
         if (m_bearings != record.code) {
             return;
         }
+        m_momentMs = momentMs(record, m_startMs);
+        m_measured.tune(m_frequency.get().value_or(0));
         m_measured.apply(record);
     }
     [[nodiscard]] TakenBearings result()
@@ -89,7 +95,7 @@ private:
     void take(const BearingChange& measured)
     {
         const auto& [channel, bearing, timeMs, measuredUs] = measured;
-        if (timeMs < m_fromMs || !std::isfinite(bearing.azimuthDeg)) {
+        if (m_momentMs < m_fromMs || m_momentMs > m_toMs || !std::isfinite(bearing.azimuthDeg)) {
             return;
         }
         const std::optional<Geo::Position> position = positionOf(m_latitude.get(), m_longitude.get());
@@ -102,7 +108,7 @@ private:
         taken.frequencyHz = m_measured.range().frequencyHz(channel);
         taken.bearing = bearing;
         taken.timeMs = timeMs;
-        taken.measuredUs = measuredUs != 0 ? measuredUs : m_startUs + timeMs * UsPerMs;
+        taken.measuredUs = measuredUs != 0 ? measuredUs : (m_startMs + timeMs) * UsPerMs;
         taken.headingDeg = m_heading.get();
         if (taken.headingDeg && !std::isfinite(*taken.headingDeg)) {
             taken.headingDeg.reset();
@@ -117,9 +123,12 @@ private:
     RecordedNumber m_latitude;
     RecordedNumber m_longitude;
     RecordedNumber m_heading;
+    RecordedNumber m_frequency;
     MeasuredBearings m_measured{[this](const BearingChange& measured) { take(measured); }};
-    unsigned long long m_startUs;
-    std::uint64_t m_fromMs;
+    std::uint64_t m_startMs;
+    double m_fromMs;
+    double m_toMs;
+    double m_momentMs = 0;  // of the record being applied
     TakenBearings m_taken;
 };
 
@@ -128,16 +137,16 @@ private:
 TakenBearings takeBearings(const std::string& file, const Inspection::Summary& summary, std::uint64_t fromMs,
                            std::uint64_t toMs)
 {
-    BearingTaker taker(summary, fromMs);
+    BearingTaker taker(summary, fromMs, toMs);
     Progress progress(file);
     std::vector<Inspection::Finding> findings = Inspection::walkRecords(
         file, summary,
         [&](const Inspection::Record& record) {
             const bool timeIsKnown = record.timeMs != 0;
-            if (timeIsKnown && record.timeMs <= toMs) {
+            if (timeIsKnown) {
                 taker.apply(record);
             }
-            return record.timeMs <= toMs;
+            return true;  // what was measured in the span may be filed behind it
         },
         progress.callback());
     TakenBearings taken = taker.result();

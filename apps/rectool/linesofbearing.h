@@ -30,9 +30,7 @@ struct TakenBearings {
     std::vector<Recording2::Inspection::Finding> findings;  ///< damage of the records
 };
 
-/// Walks a recording and takes the bearings of a span. A bearing is taken when a cell of the bearing map becomes
-/// another one, and when a record carries the cell once more, equal, under a new time stamp of the map. A record that
-/// carries all of several cells says nothing about those that stay the same.
+/// Walks a recording and takes the bearings that were measured in a span, as MeasuredBearings tells them apart.
 [[nodiscard]] TakenBearings takeBearings(const std::string& file, const Recording2::Inspection::Summary& summary,
                                          std::uint64_t fromMs, std::uint64_t toMs);
 

@@ -1,11 +1,14 @@
 #include <cmath>
 #include <iostream>
 #include <limits>
+#include <map>
+#include <optional>
 #include <vector>
 
 #include "bearingreplay.h"
 #include "commands.h"
 #include "json.h"
+#include "measuredtime.h"
 #if defined(RECTOOL_HAS_GEO)
 #include "mapgeojson.h"
 #endif
@@ -29,18 +32,52 @@ struct Span {
     std::uint64_t to = std::numeric_limits<std::uint64_t>::max();
 };
 
-/// The numbers of the channels that have a bearing and got it in the span.
-std::vector<std::size_t> shownChannels(const BearingReplay& replay, const Span& span)
-{
-    std::vector<std::size_t> shown;
-    for (std::size_t i = 0; i < replay.channels().size(); ++i) {
-        const BearingChange& channel = replay.channels()[i];
-        if (!isEmpty(channel.bearing) && channel.timeMs >= span.from) {
-            shown.push_back(i);
+/// The bearing map at the end of a span, and when each of its bearings was measured.
+class MapAtEnd {
+public:
+    MapAtEnd(const Inspection::Summary& summary, const Span& span)
+        : m_code(TypeNames(summary.types).numberOf(DirectionFindingKeyword)),
+          m_startMs(summary.header.startMs),
+          m_from(firstMoment(span.from)),
+          m_to(static_cast<double>(span.to))
+    {
+    }
+
+    void apply(const Inspection::Record& record)
+    {
+        const bool timeIsKnown = record.timeMs != 0;
+        if (m_code != record.code || !timeIsKnown) {
+            return;
+        }
+        m_momentMs = momentMs(record, m_startMs);
+        if (m_momentMs <= m_to) {
+            m_replay.apply(record);
         }
     }
-    return shown;
-}
+    [[nodiscard]] const BearingReplay& replay() const { return m_replay; }
+    /// The numbers of the channels that have a bearing and got it in the span.
+    [[nodiscard]] std::vector<std::size_t> shownChannels() const
+    {
+        std::vector<std::size_t> shown;
+        for (std::size_t i = 0; i < m_replay.channels().size(); ++i) {
+            const auto moment = m_momentsMs.find(i);
+            const bool isInSpan = moment != m_momentsMs.end() && moment->second >= m_from;
+            if (isInSpan && !isEmpty(m_replay.channels()[i].bearing)) {
+                shown.push_back(i);
+            }
+        }
+        return shown;
+    }
+
+private:
+    std::optional<std::int32_t> m_code;
+    std::uint64_t m_startMs;
+    double m_from;
+    double m_to;
+    double m_momentMs = 0;  // of the record being applied
+    std::map<std::size_t, double> m_momentsMs;
+    BearingReplay m_replay{[this](const BearingChange& change) { m_momentsMs[change.channel] = m_momentMs; }};
+};
 
 std::string cell(double value)
 {
@@ -49,7 +86,6 @@ std::string cell(double value)
 
 void printTable(const BearingReplay& replay, const std::vector<std::size_t>& shown)
 {
-    constexpr unsigned long long UsPerMs = 1000;
     if (shown.empty()) {
         std::cout << "There is no bearing.\n";
         return;
@@ -62,7 +98,7 @@ void printTable(const BearingReplay& replay, const std::vector<std::size_t>& sho
         const Bearing& bearing = channel.bearing;
         table.add({std::to_string(i), frequency(replay.range().frequencyHz(i)), cell(bearing.azimuthDeg),
                    cell(bearing.elevationDeg), cell(bearing.levelDb), cell(bearing.quality),
-                   std::to_string(channel.timeMs), utc(channel.measuredUs / UsPerMs)});
+                   std::to_string(channel.timeMs), utcExactly(channel.measuredUs)});
     }
     table.print(std::cout, "");
 }
@@ -88,21 +124,16 @@ void printJson(const MapOptions& options, const Span& span, const BearingReplay&
               << '\n';
 }
 
-/// Applies every record of the direction finder up to the end of the span.
 std::vector<Inspection::Finding> replayRecords(const MapOptions& options, const Inspection::Summary& summary,
-                                               std::uint64_t to, BearingReplay& replay)
+                                               MapAtEnd& map)
 {
-    const std::optional<std::int32_t> wanted = TypeNames(summary.types).numberOf(DirectionFindingKeyword);
     Progress progress(options.file);
     std::vector<Inspection::Finding> findings = summary.findings;
     const auto inRecords = Inspection::walkRecords(
         options.file, summary,
         [&](const Inspection::Record& record) {
-            const bool timeIsKnown = record.timeMs != 0;
-            if (wanted == record.code && timeIsKnown && record.timeMs <= to) {
-                replay.apply(record);
-            }
-            return record.timeMs <= to;
+            map.apply(record);
+            return true;  // what was measured in the span may be filed behind it
         },
         progress.callback());
     findings.insert(findings.end(), inRecords.begin(), inRecords.end());
@@ -130,9 +161,10 @@ ExitCode map(const MapOptions& options)
         return ExitCode::Usage;
 #endif
     }
-    BearingReplay replay;
-    const std::vector<Inspection::Finding> findings = replayRecords(options, summary, span.to, replay);
-    const std::vector<std::size_t> shown = shownChannels(replay, span);
+    MapAtEnd atEnd(summary, span);
+    const std::vector<Inspection::Finding> findings = replayRecords(options, summary, atEnd);
+    const BearingReplay& replay = atEnd.replay();
+    const std::vector<std::size_t> shown = atEnd.shownChannels();
     options.json ? printJson(options, span, replay, shown) : printTable(replay, shown);
     complain(options.file, findings);
     return finish(

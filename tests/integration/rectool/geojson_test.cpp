@@ -89,7 +89,25 @@ TEST_F(GeoJson, TheSameBearingMeasuredAgainIsAnotherLine)
     const json document = geoJsonDocument(withPosition({{100, DfSpectrum, "7;1700000000100000|51;1,90/"},
                                                         {200, DfSpectrum, "7;1700000000200000|51;1,90/"},
                                                         {300, DfSpectrum, "7;1700000000200000|51;1,90/"}}));
-    EXPECT_THAT(linesOf(document), ElementsAre(std::pair(100, 90.0), std::pair(200, 90.0)));
+    EXPECT_THAT(linesOf(document), ElementsAre(std::pair(100, 90.0), std::pair(200, 90.0), std::pair(300, 90.0)));
+}
+
+TEST_F(GeoJson, TwoStationsThatHearTheSameInTheSameMinuteGiveTwoLinesFromTheirPositions)
+{
+    std::vector<PlainRecord> records;
+    for (std::uint64_t timeMs = 100; timeMs < 700; timeMs += 100) {
+        const bool isFirst = timeMs % 200 == 100;
+        const std::string minute = std::to_string(1700000000000000 + (timeMs + 100) / 200 * 60'000'000);
+        records.push_back({timeMs, Latitude, numberText(isFirst ? 49.45 : 49.55)});
+        records.push_back({timeMs + 1, DfSpectrum, "7;" + minute + "|51;1,90/"});
+    }
+    const json document = geoJsonDocument(withPosition(records));
+    EXPECT_EQ(document.at("bearings"), 6);
+    const std::vector<json> lines = featuresOf(document, "bearing");
+    ASSERT_THAT(lines, SizeIs(6));
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        EXPECT_EQ(lines[i].at("geometry").at("coordinates")[0][1], i % 2 == 0 ? 49.45 : 49.55);
+    }
 }
 
 TEST_F(GeoJson, AFullTextSaysNothingAboutCellsThatStay)

@@ -10,12 +10,13 @@ namespace RecToolTests {
 namespace {
 
 /// The channels and azimuths of the bearings that texts lead to, one text a millisecond.
-std::vector<std::pair<std::size_t, double>> bearingsOf(const std::vector<std::string>& texts)
+std::vector<std::pair<std::size_t, double>> bearingsOf(const std::vector<std::string>& texts, double frequencyHz = 0)
 {
     std::vector<std::pair<std::size_t, double>> bearings;
     RecTool::MeasuredBearings measured([&bearings](const RecTool::BearingChange& bearing) {
         bearings.emplace_back(bearing.channel, bearing.bearing.azimuthDeg);
     });
+    measured.tune(frequencyHz);
     Recording2::Inspection::Record record;
     for (const std::string& text : texts) {
         ++record.timeMs;
@@ -38,14 +39,28 @@ TEST(MeasuredBearings, TheSameResultUnderANewTimeStampIsAnotherBearing)
     EXPECT_EQ(bearingsOf({"7;1|34;1e6,25000,3|50;///", "7;2|51;1,90/", "7;3|51;1,90/"}), (Expected{{1, 90}, {1, 90}}));
 }
 
-TEST(MeasuredBearings, TheSameResultUnderTheSameTimeStampIsNone)
+TEST(MeasuredBearings, TheSameResultInTheSameMinuteIsAnotherBearingToo)
 {
-    EXPECT_EQ(bearingsOf({"7;1|34;1e6,25000,3|50;///", "7;2|51;1,90/", "7;2|51;1,90/"}), (Expected{{1, 90}}));
+    EXPECT_EQ(bearingsOf({"7;1|34;1e6,25000,3|50;///", "7;2|51;1,90/", "7;2|51;1,90/"}), (Expected{{1, 90}, {1, 90}}));
+}
+
+TEST(MeasuredBearings, TheStateThatAFileBeginsWithIsNone)
+{
+    const std::string state = "7;2|34;1e6,25000,3|50;/90//";
+    EXPECT_EQ(bearingsOf({"7;1|34;1e6,25000,3|50;///", "7;2|51;1,90/", state, state}), (Expected{{1, 90}}));
 }
 
 TEST(MeasuredBearings, ARecordOfAllCellsSaysNothingAboutThoseThatDidNotChange)
 {
     EXPECT_EQ(bearingsOf({"7;1|34;1e6,25000,2|50;90/45/", "7;2|50;90/46/"}), (Expected{{0, 90}, {1, 45}, {1, 46}}));
+}
+
+TEST(MeasuredBearings, WhereNoneOfAllCellsChangedItIsThatOfTheFrequencyInForce)
+{
+    const std::vector<std::string> texts = {"7;1|34;1e6,25000,2|50;90/45/", "7;1|50;90/45/"};
+    EXPECT_EQ(bearingsOf(texts, 1025000), (Expected{{0, 90}, {1, 45}, {1, 45}}));
+    EXPECT_EQ(bearingsOf(texts, 1012500), (Expected{{0, 90}, {1, 45}}));  // nobody knows
+    EXPECT_EQ(bearingsOf({"7;1|34;1e6,25000,2|50;/45/", "7;1|50;/45/"}), (Expected{{1, 45}, {1, 45}}));
 }
 
 TEST(MeasuredBearings, TheOnlyChannelOfAMapIsMeasuredByEveryRecord)
