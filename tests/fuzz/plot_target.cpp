@@ -56,7 +56,7 @@ template <typename Options>
 void drawn(RecTool::ExitCode (*plot)(const Options&), Options options, const std::string& recording,
            const std::string& picture)
 {
-    options.file = recording;
+    options.files = {recording};
     options.output = picture;
     options.width = Width;
     options.height = Height;

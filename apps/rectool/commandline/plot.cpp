@@ -70,15 +70,33 @@ void addBearings(CLI::App& plot, Action& action)
                       "plot bearings recording.rec -o bearings.png --relative --from 60000 --json"});
 }
 
+void addTimeline(CLI::App& plot, Action& action)
+{
+    Verb<PlotTimelineOptions> verb(plot, "timeline", "Draw spectra, bearings and values over one time axis",
+                                   plotTimeline, action);
+    PlotTimelineOptions& options = verb.options();
+    addPicture(verb);
+    verb.addTypes("A panel for this keyword or type number too; may be given several times");
+    verb.app().add_flag("--relative", options.relative,
+                        "Azimuths relative to the antenna, also where TRUEHEADING is recorded");
+    verb.app()
+        .add_option("--unit", options.unit, "What levels of spectra are in, such as dBm; recordings do not tell")
+        ->capture_default_str();
+    verb.addExamples({"plot timeline receiver.rec df.rec -o station.png",
+                      "plot timeline night_1.rec night_2.rec -o night.png --type LEVEL"});
+}
+
 }  // namespace
 
 void addPlotVerbs(CLI::App& app, Action& action)
 {
-    CLI::App& plot = *app.add_subcommand("plot", "Draw spectra, levels and bearings");
+    CLI::App& plot =
+        *app.add_subcommand("plot", "Draw spectra, levels and bearings; several recordings in one picture");
     plot.require_subcommand(1);
     addSpectrum(plot, action);
     addLevel(plot, action);
     addBearings(plot, action);
+    addTimeline(plot, action);
 }
 
 }  // namespace RecTool::CommandLine

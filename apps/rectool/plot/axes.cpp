@@ -105,8 +105,18 @@ void setTimeAxis(Picture& picture, QCPAxis& axis, const PlotSource& source, Time
         ticker->addTick(tick.timeMs, QString::fromStdString(tick.label));
     }
     axis.setTicker(ticker);
-    axis.setRange(static_cast<double>(source.span().fromMs), static_cast<double>(source.span().toMs));
+    axis.setRange(source.span().fromMs, source.span().toMs);
     axis.setLabel(timeLabel(source, scale));
+}
+
+FrequencyUnit usualUnit(double highestHz)
+{
+    for (const FrequencyUnit unit : {FrequencyUnit{1e6, "MHz"}, FrequencyUnit{1e3, "kHz"}}) {
+        if (highestHz >= unit.hz) {
+            return unit;
+        }
+    }
+    return {};
 }
 
 FrequencyUnit unitFor(double highestHz, double widthHz)

@@ -26,6 +26,9 @@ struct FrequencyUnit {
 };
 [[nodiscard]] FrequencyUnit unitFor(double highestHz, double widthHz);
 
+/// The unit in which receivers show a frequency, however little it changes: MHz from 1 MHz on, kHz from 1 kHz on.
+[[nodiscard]] FrequencyUnit usualUnit(double highestHz);
+
 /// Ticks with as many digits as their distance needs, so that neighbours never look alike, and so few that they fit.
 /// @param isPiece other axes go on at both ends: labels keep away from there
 void setNumberTicks(Picture& picture, QCPAxis& axis, int pixels, bool isPiece = false);

@@ -38,7 +38,7 @@ BearingPoints::BearingPoints(const TimeSpan& times, std::size_t columns, std::si
 {
 }
 
-void BearingPoints::add(std::uint64_t timeMs, double azimuthDeg)
+void BearingPoints::add(double timeMs, double azimuthDeg)
 {
     const std::size_t column = m_times.partOf(timeMs, m_columns);
     const double part = azimuthDeg / Circle * static_cast<double>(m_rows);

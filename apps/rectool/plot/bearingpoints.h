@@ -34,7 +34,7 @@ private:
 class BearingPoints {
 public:
     struct Point {
-        std::uint64_t timeMs = 0;
+        double timeMs = 0;
         double azimuthDeg = 0;
     };
 
@@ -42,7 +42,7 @@ public:
     BearingPoints(const TimeSpan& times, std::size_t columns, std::size_t rows);
 
     /// @param azimuthDeg 0 to below 360
-    void add(std::uint64_t timeMs, double azimuthDeg);
+    void add(double timeMs, double azimuthDeg);
     [[nodiscard]] const std::vector<Point>& points() const { return m_points; }
 
 private:

@@ -51,8 +51,10 @@ constexpr int Margin = 14;
 ExitCode checkPicture(const PlotOptions& options)
 {
     const QString output = forQt(options.output);
-    if (isSameFile(options.file, options.output)) {
-        return refuse(options, "This is the recording itself; a picture does not replace it.");
+    for (const std::string& file : options.files) {
+        if (isSameFile(file, options.output)) {
+            return refuse(options, "This is the recording itself; a picture does not replace it.");
+        }
     }
     if (isRecordingName(output) || isRecordingName(QFileInfo(output).symLinkTarget())) {
         return refuse(options, "This is the name of a recording; a picture ends in .png, .jpg or .pdf.");
@@ -92,14 +94,14 @@ Picture::Picture(const PlotOptions& options, const PlotSource& source, const QSt
     grid.clear();
     grid.setRowSpacing(0);
 
-    const Recording2::Inspection::Header& header = source.summary().header;
-    const std::string name = fromLatin1(header.deviceName);
-    const std::string type = fromLatin1(header.deviceType);
-    QString device = QString::fromStdString(oneLine(type.empty() ? name : name + " (" + type + ")"));
-    if (isClockTime(header.startMs, source.span())) {
-        device += (device.isEmpty() ? "started " : ", started ") + QString::fromStdString(utc(header.startMs));
+    QString device = QString::fromStdString(source.devices());
+    if (isClockTime(source.startMs(), source.span())) {
+        device += (device.isEmpty() ? "started " : ", started ") + QString::fromStdString(utc(source.startMs()));
     }
-    const QString file = QFileInfo(forQt(options.file)).fileName();
+    QString file = QFileInfo(forQt(source.file())).fileName();
+    if (source.files() > 1) {
+        file += QStringLiteral(" and %1 more").arg(source.files() - 1);
+    }
     const int room = m_width - 2 * Margin;
     QFont large = m_font;
     large.setPixelSize(m_font.pixelSize() + 4);
@@ -199,6 +201,29 @@ ExitCode Picture::save()
     return saveFile(m_output, [&](QIODevice& file) { return file.write(picture.data()) == picture.size(); });
 }
 
+QRect WholePoints::clipRect() const
+{
+    constexpr int Point = 4;  // half of one and a bit
+    return QCPGraph::clipRect().adjusted(-Point, -Point, Point, Point);
+}
+
+Json deviceJson(const PlotSource& source, std::size_t track)
+{
+    Json json = Json::object();
+    if (source.tracks().size() > 1) {
+        json["device"] = source.tracks()[track].device;
+    }
+    return json;
+}
+
+Json msJson(double ms)
+{
+    constexpr double LargestWhole = 9e15;
+    constexpr double PerMs = 1000;
+    const bool isWhole = ms == std::floor(ms) && std::abs(ms) < LargestWhole;
+    return isWhole ? Json(static_cast<std::int64_t>(ms)) : Json(std::round(ms * PerMs) / PerMs);
+}
+
 Json levelJson(double level)
 {
     constexpr double PerUnit = 100;
@@ -211,9 +236,20 @@ Json pictureJson(const PlotOptions& options, const PlotSource& source)
     for (const auto& bookmark : source.bookmarks()) {
         bookmarks.push_back(toJson(bookmark));
     }
-    return {{"file", shownName(options.file)},  {"picture", options.output},      {"width", options.width},
-            {"height", options.height},         {"fromMs", source.span().fromMs}, {"toMs", source.span().toMs},
-            {"bookmarks", std::move(bookmarks)}};
+    Json json = {{"file", shownName(source.file())}};
+    if (options.files.size() > 1) {
+        json["files"] = Json::array();
+        for (const std::string& file : options.files) {
+            json["files"].push_back(shownName(file));
+        }
+    }
+    json.update({{"picture", options.output},
+                 {"width", options.width},
+                 {"height", options.height},
+                 {"fromMs", msJson(source.span().fromMs)},
+                 {"toMs", msJson(source.span().toMs)},
+                 {"bookmarks", std::move(bookmarks)}});
+    return json;
 }
 
 }  // namespace RecTool

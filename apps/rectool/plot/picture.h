@@ -34,6 +34,15 @@ private:
     std::unique_ptr<QApplication> m_application;
 };
 
+/// Points that are whole also where they stand on the edge of their axes.
+class WholePoints final : public QCPGraph {
+public:
+    using QCPGraph::QCPGraph;
+
+protected:
+    [[nodiscard]] QRect clipRect() const override;
+};
+
 /// The sheet that is drawn on: a title, what the picture is of, and below them what the verbs put there.
 class Picture {
 public:
@@ -80,6 +89,10 @@ private:
 
 /// The fields that the JSON of every picture begins with.
 [[nodiscard]] Json pictureJson(const PlotOptions& options, const PlotSource& source);
+/// An object with the device of a track, where there are several.
+[[nodiscard]] Json deviceJson(const PlotSource& source, std::size_t track);
+/// A time in milliseconds, with parts of them where there are any.
+[[nodiscard]] Json msJson(double ms);
 /// A level in hundredths, null for none.
 [[nodiscard]] Json levelJson(double level);
 

@@ -1,4 +1,4 @@
-// The verbs that draw a recording: plot spectrum, plot level and plot bearings.
+// The verbs that draw recordings: plot spectrum, plot level, plot bearings and plot timeline.
 #pragma once
 
 #include <string>
@@ -10,17 +10,17 @@ namespace RecTool {
 
 /// What all pictures take.
 struct PlotOptions {
-    std::string file;
-    std::string output;  ///< path of the picture; its suffix says the format
-    std::string from;    ///< a time of the recording; empty: from the first record
-    std::string to;      ///< a time of the recording, the last one shown; empty: to the end
-    int width = 1400;    ///< pixels
-    int height = 900;    ///< pixels
+    std::vector<std::string> files;  ///< recordings, at least one; drawn over one time axis
+    std::string output;              ///< path of the picture; its suffix says the format
+    std::string from;                ///< a time of the first recording; empty: from the first record
+    std::string to;                  ///< a time of the first recording, the last one shown; empty: to the end
+    int width = 1400;                ///< pixels
+    int height = 900;                ///< pixels
     bool json = false;
 };
 
 struct PlotSpectrumOptions : PlotOptions {
-    std::vector<std::string> types;  ///< keywords or numbers; empty: the RF and the IF spectrum
+    std::vector<std::string> types;  ///< keywords or numbers, panels in this order; empty: the RF and the IF spectrum
     bool onlyRf = false;
     bool onlyIf = false;
     bool max = false;         ///< a pixel is the highest of its levels: the same as without options
@@ -31,7 +31,7 @@ struct PlotSpectrumOptions : PlotOptions {
 ExitCode plotSpectrum(const PlotSpectrumOptions& options);
 
 struct PlotLevelOptions : PlotOptions {
-    std::vector<std::string> types;  ///< keywords or numbers; empty: LEVEL
+    std::vector<std::string> types;  ///< keywords or numbers, panels in this order; empty: LEVEL
     std::string unit;                ///< of the values; empty: what is known of the keyword
 };
 ExitCode plotLevel(const PlotLevelOptions& options);
@@ -40,5 +40,13 @@ struct PlotBearingsOptions : PlotOptions {
     bool relative = false;  ///< to the antenna, also where the heading was recorded
 };
 ExitCode plotBearings(const PlotBearingsOptions& options);
+
+struct PlotTimelineOptions : PlotOptions {
+    std::vector<std::string> types;  ///< keywords or numbers of values that have a panel too
+    bool relative = false;           ///< bearings as in PlotBearingsOptions
+    std::string unit = "dB";         ///< of the spectra's levels
+};
+/// Spectra, bearings and values below each other, time across.
+ExitCode plotTimeline(const PlotTimelineOptions& options);
 
 }  // namespace RecTool

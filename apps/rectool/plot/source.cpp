@@ -1,98 +1,265 @@
 #include "source.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
+#include <limits>
 
+#include "../measuredtime.h"
 #include "../recordingtime.h"
+#include "../text.h"
 
 namespace RecTool {
 
 namespace Inspection = Recording2::Inspection;
 
-PlotSource::PlotSource(const PlotOptions& options, int passes)
-    : m_file(options.file),
-      m_summary(Inspection::inspect(options.file)),
-      m_names(m_summary.types),
-      m_progress(options.file),
-      m_passes(passes)
+namespace {
+
+constexpr double MaySeemToOverlapMs = 1000;  // a split begins while the last records of the one before wait
+
+bool sameTypes(const std::vector<Inspection::TypeEntry>& a, const std::vector<Inspection::TypeEntry>& b)
 {
-    if (m_summary.readability != Inspection::Readability::Ok) {
-        complain(m_file, m_summary.problem);
-        m_state = ExitCode::CannotRead;
-    } else {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const auto& one, const auto& other) {
+        return one.typeNumber == other.typeNumber && one.keyword == other.keyword && one.valuePath == other.valuePath;
+    });
+}
+
+std::string deviceOf(const Inspection::Header& header)
+{
+    const std::string name = fromLatin1(header.deviceName);
+    const std::string type = fromLatin1(header.deviceType);
+    return oneLine(type.empty() ? name : name + " (" + type + ")");
+}
+
+}  // namespace
+
+double PlotSource::Part::lengthMs() const
+{
+    const Inspection::Header& header = summary.header;
+    const std::uint64_t duration = header.stopMs > header.startMs ? header.stopMs - header.startMs : 0;
+    return static_cast<double>(std::max(duration, summary.times.empty() ? 0 : summary.times.back().timeMs));
+}
+
+PlotSource::PlotSource(const PlotOptions& options, int passes) : m_progress(options.files.front()), m_passes(passes)
+{
+    m_state = readParts(options.files);
+    if (m_state == ExitCode::Fine) {
+        makeTracks();
+        makeAxis();
         m_state = takeSpan(options);
     }
 }
 
+ExitCode PlotSource::readParts(const std::vector<std::string>& files)
+{
+    for (const std::string& file : files) {
+        Inspection::Summary summary = Inspection::inspect(file);
+        if (summary.readability != Inspection::Readability::Ok) {
+            complain(file, summary.problem);
+            return ExitCode::CannotRead;
+        }
+        if (files.size() > 1 && summary.header.startMs == 0) {
+            complain(file, "This recording does not tell when it began, so it cannot be drawn with others.");
+            return ExitCode::Usage;
+        }
+        m_parts.push_back({file, std::move(summary), 0, 0, {}});
+    }
+    std::stable_sort(m_parts.begin(), m_parts.end(),
+                     [](const Part& a, const Part& b) { return a.summary.header.startMs < b.summary.header.startMs; });
+    const std::uint64_t first = m_parts.front().summary.header.startMs;
+    for (Part& part : m_parts) {
+        part.offsetMs = static_cast<double>(part.summary.header.startMs - first);
+    }
+    return ExitCode::Fine;
+}
+
+void PlotSource::makeTracks()
+{
+    std::vector<const Part*> lastOf;  // of each track
+    for (Part& part : m_parts) {
+        const auto goesOn = std::find_if(lastOf.begin(), lastOf.end(), [&](const Part* last) {
+            return deviceOf(last->summary.header) == deviceOf(part.summary.header) &&
+                   sameTypes(last->summary.types, part.summary.types) &&
+                   last->offsetMs + last->lengthMs() <= part.offsetMs + MaySeemToOverlapMs;
+        });
+        part.track = static_cast<std::size_t>(goesOn - lastOf.begin());
+        if (goesOn != lastOf.end()) {
+            *goesOn = &part;
+        } else {
+            lastOf.push_back(&part);
+            m_tracks.push_back({fromLatin1(part.summary.header.deviceName), TypeNames(part.summary.types)});
+        }
+    }
+}
+
+void PlotSource::makeAxis()
+{
+    m_axis.header = m_parts.front().summary.header;
+    for (const Part& part : m_parts) {
+        for (Inspection::Bookmark bookmark : part.summary.bookmarks) {
+            bookmark.timeMs += static_cast<std::uint64_t>(part.offsetMs);
+            m_axis.bookmarks.push_back(bookmark);
+        }
+    }
+    std::stable_sort(m_axis.bookmarks.begin(), m_axis.bookmarks.end(),
+                     [](const Inspection::Bookmark& a, const Inspection::Bookmark& b) { return a.timeMs < b.timeMs; });
+}
+
 ExitCode PlotSource::takeSpan(const PlotOptions& options)
 {
-    const Inspection::Header& header = m_summary.header;
-    const std::vector<Inspection::TimeEntry>& times = m_summary.times;
-    const std::uint64_t duration = header.stopMs > header.startMs ? header.stopMs - header.startMs : 0;
-    m_span.fromMs = times.empty() ? 0 : times.front().timeMs;
-    const std::uint64_t end = std::max(duration, times.empty() ? 0 : times.back().timeMs);
+    double end = 0;
+    m_span.fromMs = std::numeric_limits<double>::infinity();
+    for (const Part& part : m_parts) {
+        const std::vector<Inspection::TimeEntry>& times = part.summary.times;
+        const double first = times.empty() ? 0 : static_cast<double>(times.front().timeMs);
+        m_span.fromMs = std::min(m_span.fromMs, part.offsetMs + first);
+        end = std::max(end, part.offsetMs + part.lengthMs());
+    }
     m_span.toMs = end;
-    if (!takeTime("--from", options.from, m_summary, m_span.fromMs) ||
-        !takeTime("--to", options.to, m_summary, m_span.toMs)) {
+    m_fromIsGiven = !options.from.empty();
+    m_toIsGiven = !options.to.empty();
+    std::uint64_t from = 0;
+    std::uint64_t to = 0;
+    if (!takeTime("--from", options.from, m_axis, from) || !takeTime("--to", options.to, m_axis, to)) {
         return ExitCode::Usage;
     }
+    m_span.fromMs = m_fromIsGiven ? static_cast<double>(from) : m_span.fromMs;
+    m_span.toMs = m_toIsGiven ? static_cast<double>(to) : m_span.toMs;
     if (m_span.fromMs > m_span.toMs) {
-        complain(m_file, m_span.fromMs > end    ? "--from lies behind the end of the recording."
-                         : options.from.empty() ? "--to lies in front of the first record."
-                                                : "--from lies behind --to.");
+        complain(file(), m_span.fromMs > end ? "--from lies behind the end of the recording."
+                         : !m_fromIsGiven    ? "--to lies in front of the first record."
+                                             : "--from lies behind --to.");
         return ExitCode::Usage;
     }
-    m_span.toMs = std::max(m_span.toMs, m_span.fromMs + 1);
+    m_lastMs = m_toIsGiven ? m_span.toMs : std::numeric_limits<double>::infinity();
+    reach(m_span.fromMs, m_span.toMs);
     return ExitCode::Fine;
+}
+
+void PlotSource::reach(double fromMs, double toMs)
+{
+    constexpr double Least = 1e-12;  // of a time so late that a millisecond more is the same number
+    m_span.fromMs = m_fromIsGiven ? m_span.fromMs : std::min(m_span.fromMs, fromMs);
+    m_span.toMs = m_toIsGiven ? m_span.toMs : std::max(m_span.toMs, toMs);
+    m_span.toMs = std::max(m_span.toMs, m_span.fromMs + std::max(1.0, std::abs(m_span.fromMs) * Least));
+}
+
+void PlotSource::keepVisible(double momentMs)
+{
+    constexpr double Least = 0.02;  // of the picture
+    if (momentMs > m_span.fromMs) {
+        m_span.toMs = std::max(m_span.toMs, momentMs + (momentMs - m_span.fromMs) * Least / (1 - Least));
+    }
+}
+
+std::string PlotSource::labelled(std::size_t track, const std::string& text) const
+{
+    const std::string& device = m_tracks[track].device;
+    return m_tracks.size() < 2 || device.empty() ? text : oneLine(device) + ": " + text;
+}
+
+std::string PlotSource::devices() const
+{
+    std::vector<std::string> devices;
+    for (const Part& part : m_parts) {
+        const std::string device = deviceOf(part.summary.header);
+        if (!device.empty() && std::find(devices.begin(), devices.end(), device) == devices.end()) {
+            devices.push_back(device);
+        }
+    }
+    std::string all;
+    for (const std::string& device : devices) {
+        all += (all.empty() ? "" : " + ") + device;
+    }
+    return all;
 }
 
 std::vector<Inspection::Bookmark> PlotSource::bookmarks() const
 {
     std::vector<Inspection::Bookmark> inSpan;
-    std::copy_if(m_summary.bookmarks.begin(), m_summary.bookmarks.end(), std::back_inserter(inSpan),
+    std::copy_if(m_axis.bookmarks.begin(), m_axis.bookmarks.end(), std::back_inserter(inSpan),
                  [this](const Inspection::Bookmark& bookmark) {
-                     return bookmark.timeMs >= m_span.fromMs && bookmark.timeMs <= m_span.toMs;
+                     const auto time = static_cast<double>(bookmark.timeMs);
+                     return time >= m_span.fromMs && time <= m_span.toMs;
                  });
-    std::stable_sort(inSpan.begin(), inSpan.end(),
-                     [](const Inspection::Bookmark& a, const Inspection::Bookmark& b) { return a.timeMs < b.timeMs; });
     return inSpan;
 }
 
-void PlotSource::walk(const std::function<void(const Inspection::Record&)>& visit)
+void PlotSource::walk(const std::function<void(const PlottedRecord&)>& visit)
+{
+    for (std::size_t i = 0; i < m_parts.size(); ++i) {
+        walk(m_parts[i], i, visit);
+    }
+    ++m_pass;
+}
+
+void PlotSource::walk(Part& part, std::size_t number, const std::function<void(const PlottedRecord&)>& visit)
 {
     std::function<void(std::int64_t, std::int64_t)> progress = m_progress.callback();
     if (progress) {
-        progress = [this, show = m_progress.callback()](std::int64_t done, std::int64_t all) {
-            show(m_pass * all + done, m_passes * all);
+        const auto before = static_cast<std::int64_t>(static_cast<std::size_t>(m_pass) * m_parts.size() + number);
+        const auto walks = static_cast<std::int64_t>(static_cast<std::size_t>(m_passes) * m_parts.size());
+        progress = [before, walks, show = m_progress.callback()](std::int64_t done, std::int64_t all) {
+            show(before * all + done, walks * all);
         };
     }
-    m_inRecords = Inspection::walkRecords(
-        m_file, m_summary,
+    const double lengthMs = part.lengthMs();
+    part.inRecords = Inspection::walkRecords(
+        part.file, part.summary,
         [&](const Inspection::Record& record) {
             const bool timeIsKnown = record.timeMs != 0;
-            if (timeIsKnown && record.timeMs <= m_span.toMs) {
-                visit(record);
+            const double measured = momentMs(record, part.summary.header.startMs);
+            const double moment = measured > lengthMs ? static_cast<double>(record.timeMs) : measured;
+            if (timeIsKnown && part.offsetMs + moment <= m_lastMs) {
+                visit({record, part.track, part.offsetMs + moment});
             }
-            return record.timeMs <= m_span.toMs;
+            return true;  // what was measured in the span may be filed behind it
         },
         progress);
-    ++m_pass;
+}
+
+std::optional<std::int32_t> PlotSource::numberOf(std::size_t track, const std::string& type) const
+{
+    return m_tracks[track].names.numberOf(type);
+}
+
+std::optional<std::vector<PlotSource::TypeInTrack>> PlotSource::takeTypes(const std::vector<std::string>& types) const
+{
+    std::vector<TypeInTrack> taken;
+    for (const std::string& type : types) {
+        bool isThere = false;
+        for (std::size_t track = 0; track < m_tracks.size(); ++track) {
+            const std::optional<std::int32_t> code = numberOf(track, type);
+            isThere = isThere || code;
+            if (code && std::find(taken.begin(), taken.end(), TypeInTrack{track, *code}) == taken.end()) {
+                taken.push_back({track, *code});
+            }
+        }
+        if (!isThere) {
+            static_cast<void>(RecTool::takeTypes(file(), {type}, m_tracks.front().names));  // tells what there is
+            return std::nullopt;
+        }
+    }
+    return taken;
 }
 
 ExitCode PlotSource::end(ExitCode drawn)
 {
     m_progress.clear();
-    std::vector<Inspection::Finding> findings = m_summary.findings;
-    findings.insert(findings.end(), m_inRecords.begin(), m_inRecords.end());
-    complain(m_file, findings);
-    const bool damaged = soundness(findings) == ExitCode::Damaged && drawn != ExitCode::CannotRead;
-    return finish(damaged ? ExitCode::Damaged : drawn);
+    bool damaged = false;
+    for (const Part& part : m_parts) {
+        std::vector<Inspection::Finding> findings = part.summary.findings;
+        findings.insert(findings.end(), part.inRecords.begin(), part.inRecords.end());
+        complain(part.file, findings);
+        damaged = damaged || soundness(findings) == ExitCode::Damaged;
+    }
+    return finish(damaged && drawn != ExitCode::CannotRead ? ExitCode::Damaged : drawn);
 }
 
 ExitCode PlotSource::refuse(const std::string& why)
 {
     m_progress.clear();
-    complain(m_file, why);
+    complain(file(), why);
     return end(ExitCode::Usage);
 }
 

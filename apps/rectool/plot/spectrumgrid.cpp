@@ -25,17 +25,22 @@ SpectrumGrid::SpectrumGrid(std::size_t columns, std::size_t rows, const Frequenc
       m_highestOfRow(columns, None),
       m_sum(columns, 0),
       m_weight(columns, 0),
-      m_since(columns, static_cast<double>(times.fromMs)),
+      m_since(columns, times.fromMs),
       m_grid(columns * rows, NotANumber),
-      m_now(static_cast<double>(times.fromMs))
+      m_now(times.fromMs)
 {
 }
 
-void SpectrumGrid::update(const values::ChannelRange& range, std::span<const float> cells, std::uint64_t timeMs)
+void SpectrumGrid::update(const values::ChannelRange& range, std::span<const float> cells, double timeMs)
 {
+    const bool isNothingYet =
+        m_cells.empty() && std::none_of(cells.begin(), cells.end(), [](float level) { return std::isfinite(level); });
+    if (isNothingYet) {
+        return;  // the state that a recording begins with may be filed behind what was measured first
+    }
     if (timeMs > m_times.fromMs) {
         begin();
-        advanceTo(static_cast<double>(timeMs));
+        advanceTo(std::max(timeMs, m_now));
     }
     replace(range, cells);
     if (m_begun && m_now == beginOf(m_row)) {
@@ -61,7 +66,7 @@ void SpectrumGrid::replace(const values::ChannelRange& range, std::span<const fl
 void SpectrumGrid::finish()
 {
     begin();
-    advanceTo(static_cast<double>(m_times.toMs));
+    advanceTo(m_times.toMs);
     endRow();
 }
 
@@ -194,7 +199,7 @@ void SpectrumGrid::advanceTo(double timeMs)
 
 double SpectrumGrid::beginOf(std::size_t row) const
 {
-    return static_cast<double>(m_times.fromMs) + m_rowMs * static_cast<double>(row);
+    return m_times.fromMs + m_rowMs * static_cast<double>(row);
 }
 
 void SpectrumGrid::endRow()

@@ -30,8 +30,9 @@ public:
     SpectrumGrid(std::size_t columns, std::size_t rows, const FrequencySpan& frequencies, const TimeSpan& times,
                  Mode mode);
 
-    /// Takes over what the map is from a time on. Times ascend; they may lie in front of the span, not behind it.
-    void update(const values::ChannelRange& range, std::span<const float> cells, std::uint64_t timeMs);
+    /// Takes over what the map is from a time on. A time in front of the one before counts as that one; times may lie
+    /// in front of the span, not behind it.
+    void update(const values::ChannelRange& range, std::span<const float> cells, double timeMs);
     /// What is in force stays so to the end of the span.
     void finish();
 

@@ -50,8 +50,8 @@ QDateTime clock(double ms)
 template <typename Label>
 std::vector<TimeTick> ticks(const TimeSpan& span, double origin, double step, const Label& label)
 {
-    const double from = static_cast<double>(span.fromMs) + origin;
-    const double to = static_cast<double>(span.toMs) + origin;
+    const double from = span.fromMs + origin;
+    const double to = span.toMs + origin;
     std::vector<TimeTick> ticks;
     const double first = std::ceil(from / step);
     for (double i = 0; (first + i) * step <= to; ++i) {
@@ -69,13 +69,13 @@ std::vector<TimeTick> ticks(const TimeSpan& span, double origin, double step, co
 bool isClockTime(std::uint64_t startMs, const TimeSpan& span)
 {
     constexpr std::uint64_t EndOfYear9999 = 253'402'300'799'999;
-    return startMs > 0 && startMs <= EndOfYear9999 && span.toMs <= EndOfYear9999 - startMs;
+    return startMs > 0 && startMs <= EndOfYear9999 && span.toMs <= static_cast<double>(EndOfYear9999 - startMs);
 }
 
 std::string onlyDay(const TimeSpan& span, std::uint64_t startMs)
 {
-    const QDate day = clock(static_cast<double>(startMs + span.fromMs)).date();
-    return day == clock(static_cast<double>(startMs + span.toMs)).date() ? day.toString(Qt::ISODate).toStdString() : "";
+    const QDate day = clock(static_cast<double>(startMs) + span.fromMs).date();
+    return day == clock(static_cast<double>(startMs) + span.toMs).date() ? day.toString(Qt::ISODate).toStdString() : "";
 }
 
 std::vector<TimeTick> clockTicks(const TimeSpan& span, std::uint64_t startMs, std::size_t most)
@@ -104,17 +104,20 @@ std::vector<TimeTick> elapsedTicks(const TimeSpan& span, std::size_t most)
 {
     const double step = tickStep(span.width(), most);
     return ticks(span, 0, step, [&](double time) {
-        if (static_cast<double>(span.toMs) < Minute) {
+        if (std::abs(span.fromMs) < Minute && std::abs(span.toMs) < Minute) {
             const int digits = step >= Second ? 0 : step >= Second / 10 ? 1 : step >= Second / 100 ? 2 : 3;
             return QString::number(time / Second, 'f', digits).toStdString() + " s";
         }
-        const quint64 ms = wholeMs(time);
+        const quint64 ms = wholeMs(std::abs(time));
         const quint64 seconds = ms / static_cast<quint64>(Second);
         constexpr quint64 Sixty = 60;
         QString text = QStringLiteral("%1:%2:%3")
                            .arg(seconds / Sixty / Sixty)
                            .arg(seconds / Sixty % Sixty, 2, 10, QLatin1Char('0'))
                            .arg(seconds % Sixty, 2, 10, QLatin1Char('0'));
+        if (time < 0) {
+            text.prepend(QLatin1Char('-'));
+        }
         if (step < Second) {
             text += QStringLiteral(".%1").arg(ms % static_cast<quint64>(Second), 3, 10, QLatin1Char('0'));
         }

@@ -29,4 +29,9 @@ ExitCode plotBearings(const PlotBearingsOptions& /*options*/)
     return refuse();
 }
 
+ExitCode plotTimeline(const PlotTimelineOptions& /*options*/)
+{
+    return refuse();
+}
+
 }  // namespace RecTool

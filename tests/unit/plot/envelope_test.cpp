@@ -106,3 +106,31 @@ TEST(Envelope, TheEndOfTheSpanBelongsToTheLastColumn)
     EXPECT_EQ(envelope.columns()[2].highest, 4);
     EXPECT_TRUE(std::isnan(envelope.columns()[1].highest));
 }
+
+TEST(Envelope, OnACircleNothingLiesBetweenTheSidesOfNorth)
+{
+    Envelope envelope(10, {0, 1000}, 180);
+    for (int i = 0; i < 20; ++i) {
+        envelope.add(i, i % 2 == 0 ? 359 : 1);
+    }
+    envelope.finish();
+    const std::vector<Envelope::Bar> bars = envelope.bars(0);
+    ASSERT_EQ(bars.size(), 2U);
+    EXPECT_EQ(bars[0].highest, 1);
+    EXPECT_EQ(bars[1].lowest, 359);
+    EXPECT_TRUE(envelope.passesSeam(359, 1));
+    EXPECT_FALSE(envelope.passesSeam(170, 190));
+}
+
+TEST(Envelope, OnACircleAWayThroughTheMiddleIsOneBar)
+{
+    Envelope envelope(10, {0, 1000}, 180);
+    for (int i = 0; i < 20; ++i) {
+        envelope.add(i, i % 2 == 0 ? 170 : 190);
+    }
+    envelope.finish();
+    ASSERT_EQ(envelope.bars(0).size(), 1U);
+    EXPECT_EQ(envelope.bars(0)[0].lowest, 170);
+    EXPECT_EQ(envelope.bars(0)[0].highest, 190);
+    EXPECT_EQ(envelope.bars(5).size(), 1U);  // the last one is in force
+}

@@ -19,7 +19,7 @@ constexpr float None = std::numeric_limits<float>::quiet_NaN();
 
 /// A map at a time.
 struct State {
-    std::uint64_t timeMs = 0;
+    double timeMs = 0;
     ChannelRange range;
     std::vector<float> cells;
 };
@@ -69,10 +69,9 @@ private:
         const double begin = static_cast<double>(m_times.fromMs) + rowMs * static_cast<double>(row);
         const double end = begin + rowMs;
         for (std::size_t i = 0; i < m_states.size(); ++i) {
-            const auto since = static_cast<double>(m_states[i].timeMs);
+            const auto since = m_states[i].timeMs;
             const bool isLast = i + 1 == m_states.size();
-            const double until =
-                isLast ? static_cast<double>(m_times.toMs) : static_cast<double>(m_states[i + 1].timeMs);
+            const double until = isLast ? m_times.toMs : m_states[i + 1].timeMs;
             const bool atEnd = row + 1 == m_rows && since >= end;
             if ((since < end || atEnd) && (until > begin || isLast)) {
                 visitor(m_states[i], std::max(0.0, std::min(until, end) - std::max(since, begin)));
@@ -226,7 +225,7 @@ TEST(SpectrumGrid, AnySequenceIsBinnedAsTheWholeSequenceTells)
         const auto upTo = [&](unsigned limit) { return static_cast<unsigned>(random() % limit); };
         std::vector<State> states;
         State state;
-        std::uint64_t time = upTo(600);
+        double time = upTo(600);
         while (time <= Times.toMs) {
             if (states.empty() || upTo(12) == 0) {
                 if (upTo(2) == 0) {
@@ -266,4 +265,17 @@ TEST(SpectrumGrid, AnySequenceIsBinnedAsTheWholeSequenceTells)
             }
         }
     }
+}
+
+TEST(SpectrumGrid, ATimeThatGoesBackCountsAsTheOneBefore)
+{
+    SpectrumGrid grid(1, 4, {100, 200}, {0, 4}, SpectrumGrid::Mode::Max);
+    const ChannelRange range = ChannelRange::Even(150, 100, 1);
+    grid.update(range, std::vector<float>{-50}, 0);
+    grid.update(range, std::vector<float>{-40}, 2.5);
+    grid.update(range, std::vector<float>{-30}, 1);
+    grid.finish();
+    EXPECT_EQ(grid.at(0, 1), -50);
+    EXPECT_EQ(grid.at(0, 2), -30);
+    EXPECT_EQ(grid.at(0, 3), -30);
 }

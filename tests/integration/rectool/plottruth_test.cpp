@@ -1,0 +1,265 @@
+// Pictures show what was measured, where and when it was measured: recordings made for it, drawn by the real program.
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <QColor>
+#include <QImage>
+#include <QTemporaryDir>
+#include <nlohmann/json.hpp>
+
+#include <recording2/fileaccess.h>
+
+#include "runprogram.h"
+
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr std::int32_t Rf = 1;
+constexpr std::int32_t Df = 20;
+constexpr std::int32_t Level = 36;
+constexpr std::int32_t Heading = 41;
+constexpr std::int32_t Frequency = 46;
+constexpr unsigned long long StartMs = 1'700'000'000'000;  // 2023-11-14 22:13:20 UTC
+constexpr QRgb Grey = 0xffd4d7da;
+
+struct Plain {
+    std::uint64_t timeMs;
+    std::int32_t code;
+    std::string text;
+};
+
+struct Recorded {
+    std::string device = "RX 1";
+    unsigned long long startMs = StartMs;
+    std::uint64_t lengthMs = 0;
+    std::vector<Plain> records;
+};
+
+/// Four channels from 100 MHz on, all with one level; without one, not measured.
+std::string sweep(double levelDb, unsigned long long stampUs = 0, bool withRange = false)
+{
+    std::string cell = "{{{";
+    if (std::isfinite(levelDb)) {
+        const auto c = static_cast<unsigned>(std::lround(levelDb * 100) + 131'072);
+        cell = {static_cast<char>('<' + c / 4096), static_cast<char>('<' + c / 64 % 64),
+                static_cast<char>('<' + c % 64)};
+    }
+    const std::string range = withRange ? "|34;1e+08,25000,4" : "";
+    return "6;" + std::to_string(stampUs) + range + "|50;" + cell + cell + cell + cell;
+}
+const Plain NothingYet{10, Rf, sweep(std::nan(""), 0, true)};
+
+std::string number(const std::string& value)
+{
+    return "3;" + value + ",0,0";
+}
+
+class PlotTruth : public testing::Test {
+protected:
+    PlotTruth() { qputenv("LSAN_OPTIONS", "print_suppressions=0:suppressions=" LEAKS_OF_QT); }
+
+    QString write(const Recorded& recorded, const QString& name = QStringLiteral("file.rec"))
+    {
+        QString path = m_folder.filePath(name);
+        Recording2::CFileAccess file(path.toStdString().c_str(), QString(), nullptr, true, false, false, nullptr,
+                                     nullptr);
+        Recording2::CVTTypesData types;
+        types.get_vector() = {{Rf, 6, "RFSPECTRUM", "Scn/RfSpectrum"},
+                              {Df, 7, "DFSPECTRUM", "/DfSpectrum"},
+                              {Level, 3, "LEVEL", "/LEVEL"},
+                              {Heading, 3, "TRUEHEADING", "/TRUEHEADING"},
+                              {Frequency, 4, "FREQUENCY", "/FREQUENCY"}};
+        file.write(types);
+        for (const Plain& plain : recorded.records) {
+            Recording2::CVTCmdData record;
+            record.set_cmd(plain.code);
+            record.set_str(plain.text.data(), static_cast<std::int32_t>(plain.text.size()));
+            file.write(record, plain.timeMs, false);
+        }
+        Recording2::CHeaderData header;
+        header.set_version(2, 0);
+        header.set_startTS(Recording2::CTimeStamp(recorded.startMs * 1000));
+        header.set_stopTS(Recording2::CTimeStamp((recorded.startMs + recorded.lengthMs) * 1000));
+        header.set_deviceName(recorded.device.c_str());
+        file.CloseRecording(header, true);
+        return path;
+    }
+    [[nodiscard]] QString picture() const { return m_folder.filePath(QStringLiteral("picture.png")); }
+    ProgramResult plot(const QStringList& arguments)
+    {
+        return runProgram(QStringLiteral(RECTOOL),
+                          QStringList{QStringLiteral("plot")} + arguments + QStringList{"-o", picture(), "--json"});
+    }
+    /// Draws without a word of complaint. @return what the program says was drawn
+    json draw(const QStringList& arguments)
+    {
+        const ProgramResult result = plot(arguments);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_THAT(result.err, IsEmpty());
+        m_image = QImage(picture());
+        return json::parse(result.out, nullptr, false);
+    }
+    /// The colour of the first channel at a time.
+    QColor colourAt(const json& drawn, double timeMs) const
+    {
+        const json& piece = drawn.at("spectra")[0].at("pieces")[0];
+        const double from = drawn.at("fromMs").get<double>();
+        const double y = (timeMs - from) / (drawn.at("toMs").get<double>() - from) * piece.at("rows").get<double>();
+        return m_image.pixelColor(piece.at("left").get<int>() + 30, piece.at("top").get<int>() + static_cast<int>(y));
+    }
+    static bool isWarm(const QColor& colour) { return colour.red() > 200 && colour.green() > 150; }
+    static bool isDark(const QColor& colour) { return colour.red() < 60 && colour.green() < 60; }
+
+    QTemporaryDir m_folder;
+    QImage m_image;
+};
+
+}  // namespace
+
+TEST_F(PlotTruth, TheOnlySweepIsVisible)
+{
+    const QString file = write({"RX 1", StartMs, 12, {NothingYet, {12, Rf, sweep(-60)}}});
+    const json drawn = draw({"spectrum", file});
+    EXPECT_EQ(drawn.at("toMs"), 1012);
+    EXPECT_NE(colourAt(drawn, 500).rgb(), Grey);
+}
+
+TEST_F(PlotTruth, TheLastSweepLastsAsLongAsTheOneBefore)
+{
+    const QString file =
+        write({"RX 1",
+               StartMs,
+               21000,
+               {NothingYet, {1000, Rf, sweep(-100)}, {11000, Rf, sweep(-90)}, {21000, Rf, sweep(-20)}}});
+    json drawn = draw({"spectrum", file});
+    EXPECT_EQ(drawn.at("toMs"), 31000);
+    EXPECT_TRUE(isWarm(colourAt(drawn, 30000)));
+    drawn = draw({"spectrum", "--to", "21000", file});  // both ends are included
+    EXPECT_TRUE(isWarm(colourAt(drawn, drawn.at("toMs").get<double>() - 100)));
+}
+
+TEST_F(PlotTruth, WhereTheRecordingStopsLaterTheLastSweepLastsUntilThen)
+{
+    const QString file =
+        write({"RX 1", StartMs, 26000, {NothingYet, {11000, Rf, sweep(-90)}, {21000, Rf, sweep(-20)}}});
+    EXPECT_EQ(draw({"spectrum", file}).at("toMs"), 26000);
+}
+
+TEST_F(PlotTruth, SpectraFasterThanTheirRecordsStandWhereTheyWereMeasured)
+{
+    constexpr unsigned long long Us = StartMs * 1000;
+    const QString file = write({"RX 1",
+                                StartMs,
+                                24,
+                                {NothingYet,
+                                 {20, Rf, sweep(-100, Us)},
+                                 {22, Rf, sweep(-20, Us + 10'240)},
+                                 {24, Rf, sweep(-100, Us + 20'480)}}});
+    const json drawn = draw({"spectrum", file});
+    EXPECT_EQ(drawn.at("fromMs"), 0);
+    EXPECT_EQ(drawn.at("toMs"), 30.72);
+    EXPECT_TRUE(isDark(colourAt(drawn, 9.5)));
+    EXPECT_TRUE(isWarm(colourAt(drawn, 11)));
+    EXPECT_TRUE(isWarm(colourAt(drawn, 19.5)));
+    EXPECT_TRUE(isDark(colourAt(drawn, 21.5)));
+}
+
+TEST_F(PlotTruth, WhatWasNotMeasuredHasNoPartInALevel)
+{
+    const QString file =
+        write({"RX 1",
+               StartMs,
+               900,
+               {{10, Level, number("nan")}, {300, Level, number("-30")}, {600, Level, number("-7.5")}}});
+    const json series = draw({"level", file}).at("series")[0];
+    EXPECT_EQ(series.at("min"), -30);
+    EXPECT_EQ(series.at("max"), -7.5);
+    const QString never = write({"RX 1", StartMs, 900, {{10, Level, number("nan")}}}, "never.rec");
+    const ProgramResult result = plot({"level", never});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.err, HasSubstr("LEVEL was not measured"));
+}
+
+TEST_F(PlotTruth, PanelsStandInTheOrderInWhichTheyAreAskedFor)
+{
+    const QString file =
+        write({"RX 1",
+               StartMs,
+               900,
+               {{10, Level, number("-30")}, {11, Heading, number("7")}, {12, Frequency, "4;1e8,0,0,0"}}});
+    const json series =
+        draw({"level", "--type", "frequency", "--type", "TRUEHEADING", "--type", "LEVEL", file}).at("series");
+    ASSERT_EQ(series.size(), 3U);
+    EXPECT_EQ(series[0].at("keyword"), "FREQUENCY");
+    EXPECT_EQ(series[1].at("keyword"), "TRUEHEADING");
+    EXPECT_EQ(series[2].at("keyword"), "LEVEL");
+}
+
+TEST_F(PlotTruth, NoLineCrossesThePictureWhereAHeadingPassesNorth)
+{
+    for (const int headings : {4, 4000}) {
+        Recorded recorded{"RX 1", StartMs, 0, {}};
+        for (int i = 0; i < headings; ++i) {
+            recorded.lengthMs = 10 + static_cast<std::uint64_t>(i);
+            recorded.records.push_back({recorded.lengthMs, Heading, number(i % 2 == 0 ? "359" : "1")});
+        }
+        draw({"level", "--type", "TRUEHEADING", write(recorded, QString::number(headings) + ".rec")});
+        int blue = 0;
+        for (int x = 0; x < m_image.width(); ++x) {
+            const QColor colour = m_image.pixelColor(x, m_image.height() / 2);
+            blue += colour.blue() > colour.red() + 80 ? 1 : 0;
+        }
+        EXPECT_EQ(blue, 0) << headings;
+    }
+}
+
+TEST_F(PlotTruth, SplitsOfARecordingAreOnePicture)
+{
+    const QString first =
+        write({"RX 1", StartMs, 9000, {NothingYet, {1000, Rf, sweep(-100)}, {5000, Rf, sweep(-90)}}}, "1.rec");
+    const QString second =
+        write({"RX 1", StartMs + 9000, 9000, {{10, Rf, sweep(-90, 0, true)}, {1000, Rf, sweep(-20)}}}, "2.rec");
+    const json drawn = draw({"spectrum", second, first});  // by time, whatever the order
+    EXPECT_EQ(drawn.at("file"), first.toStdString());
+    EXPECT_EQ(drawn.at("files").size(), 2U);
+    EXPECT_EQ(drawn.at("spectra").size(), 1U);
+    EXPECT_EQ(drawn.at("toMs"), 18000);
+    EXPECT_TRUE(isWarm(colourAt(drawn, 15000)));
+    EXPECT_TRUE(isDark(colourAt(drawn, 3000)));
+}
+
+TEST_F(PlotTruth, ReceiverAndFinderShareATimeline)
+{
+    const QString receiver = write({"RX 1", StartMs, 9000, {NothingYet, {1000, Rf, sweep(-60)}}}, "rx.rec");
+    const QString finder = write({"DF 1",
+                                  StartMs + 2000,
+                                  10000,
+                                  {{10, Df, "7;0|34;1e+08,25000,3|50;///"},
+                                   {500, Df, "7;1700000002500000|51;1,90/"},
+                                   {600, Level, number("-50")}}},
+                                 "df.rec");
+    const json drawn = draw({"timeline", receiver, finder, "--type", "LEVEL"});
+    ASSERT_EQ(drawn.at("panels").size(), 3U);
+    EXPECT_EQ(drawn.at("panels")[0].at("type"), "spectrum");
+    EXPECT_EQ(drawn.at("panels")[0].at("device"), "RX 1");
+    EXPECT_EQ(drawn.at("panels")[1].at("type"), "bearings");
+    EXPECT_EQ(drawn.at("panels")[1].at("bearings"), 1);
+    EXPECT_EQ(drawn.at("panels")[2].at("device"), "DF 1");
+    EXPECT_EQ(drawn.at("panels")[0].at("left"), drawn.at("panels")[1].at("left"));
+    EXPECT_EQ(drawn.at("toMs"), 12000);
+}
+
+TEST_F(PlotTruth, RecordingsThatDoNotTellTheirStartAreNotDrawnTogether)
+{
+    const QString known = write({"RX 1", StartMs, 9000, {NothingYet}}, "known.rec");
+    const QString unknown = write({"RX 1", 0, 9000, {NothingYet}}, "unknown.rec");
+    const ProgramResult result = plot({"spectrum", known, unknown});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.err, HasSubstr("does not tell when it began"));
+}
