@@ -1,7 +1,7 @@
 #include "commandline.h"
 
 #include <algorithm>
-#include <map>
+#include <iostream>
 
 #include <QString>
 
@@ -9,6 +9,9 @@
 
 #include "input/fields.h"
 #include "input/isotime.h"
+#include "input/optionchecks.h"
+#include "input/quantity.h"
+#include "wrongarguments.h"
 
 namespace recstation {
 
@@ -22,13 +25,14 @@ Examples:
   recstation -o recordings --speed 1 sim            the same in real time
   recstation -o recordings feed changes.jsonl       changes made by another program
   receiver-driver | recstation -o recordings feed   the same, live
-  recstation -o recordings iq capture.cu8 --rate 2000000 --centre 1090e6
+  recstation -o recordings iq capture.cu8 --rate 2M --centre 1090M
   recstation -o recordings bearings log.csv         a direction finder's log
   recstation -o recordings sweep night.csv          spectra as rtl_power and hackrf_sweep write them
   recstation -o recordings sweep night.csv nmea drive.log    the same with positions, merged by time
   recstation --config station.toml --record receiver sim --seed 7
   receiver-driver | recstation -o recordings --journal power feed     outlives a power cut
   recstation -o recordings --no-recover sim         unfinished recordings there stay as they are
+  recstation -o night --make-output --split-on-gap nmea drives.log   every drive in a recording of its own
 
 Recordings that an earlier run left unfinished in the directory are recovered first; the originals go into its folder
 "recovered".
@@ -62,19 +66,13 @@ CLI::Option* addTimeOption(CLI::App& app, const std::string& description,
         .add_option_function<std::string>(
             "--start", [set](const std::string& text) { set(parseIsoTime(text).value()); }, description)
         ->type_name("TIME")
-        ->check(CLI::Validator(
-            [](std::string& text) {
-                return parseIsoTime(text) ? std::string()
-                                          : "expected a time such as 2026-03-01T08:00:00Z, found " + text;
-            },
-            ""));
+        ->check(aTime());
 }
 
 // The parser would take a negative number as a huge one, and one that is too large as the largest.
-std::string refuseOtherSeeds(const std::string& text)
+bool isSeed(const std::string& text)
 {
-    return parseNumber<std::uint64_t>(text) ? std::string()
-                                            : "expected a whole number from 0 to 18446744073709551615, found " + text;
+    return parseNumber<std::uint64_t>(text).has_value();
 }
 
 CLI::App* addSim(CLI::App& app, SimOptions& options)
@@ -83,12 +81,11 @@ CLI::App* addSim(CLI::App& app, SimOptions& options)
     sim->footer(simExamples);
     sim->add_option("--seed", options.seed, "Number that all chance follows from")
         ->capture_default_str()
-        ->check(CLI::Validator(refuseOtherSeeds, ""));
-    const std::map<std::string, double> units = {{"s", 1}, {"min", 60}, {"h", 3600}};
+        ->check(acceptedIf(isSeed, "a whole number from 0 to 18446744073709551615"));
+    constexpr double longest = 1e9;
     sim->add_option("--duration", options.durationSeconds, "Recorded time, such as 90s, 3min, 1h (default: 3min)")
         ->type_name("TIME")
-        ->transform(CLI::AsNumberWithUnit(units, CLI::AsNumberWithUnit::CASE_INSENSITIVE))
-        ->check(CLI::Range(0.0, 1e9));
+        ->transform(inSeconds(0, longest));
     addTimeOption(*sim, "Recorded time of the first change (default: 2026-01-01T00:00:00Z)",
                   [&options](unsigned long long time) { options.startTime = time; });
     return sim;
@@ -102,13 +99,29 @@ CLI::App* addFeed(CLI::App& app, FeedOptions& options)
     addTimeOption(*feed, "Recorded time of \"at\": 0 (default: the current time)",
                   [&options](unsigned long long time) { options.startTime = time; });
     feed->add_flag("--strict", options.strict, "The first bad line ends the run");
+    feed->add_flag("--keep-at", options.keepAt,
+                   "Record every plain value at its own \"at\", not at the \"time\" of the map before it");
     return feed;
+}
+
+constexpr double longestGapSeconds = 1e9;
+
+void addGapOptions(CLI::App& app, Options& options)
+{
+    app.add_flag("--allow-gap", options.allowGap,
+                 "Record sources together although more than 10 minutes lie between them");
+    app.add_flag("--split-on-gap{10min}", options.splitOnGap,
+                 "Begin a new recording where the times of the input leap by more than 10 minutes, forward or back; "
+                 "--split-on-gap=TIME by more than that time")
+        ->check(inSeconds(0, longestGapSeconds));
 }
 
 void addCommonOptions(CLI::App& app, Options& options)
 {
     app.add_option("-o,--output", options.output, "Directory for the recordings (default: as configured)")
         ->type_name("DIR");
+    app.add_flag("--make-output", options.makeOutput, "Make that directory where it does not exist")
+        ->needs(app.get_option("--output"));
     CLI::Option* config =
         app.add_option("--config", options.config, "TOML file with one table per recorder (default: built in)")
             ->type_name("FILE");
@@ -123,13 +136,14 @@ void addCommonOptions(CLI::App& app, Options& options)
     constexpr double fastest = 1e9;
     app.add_option("--speed", options.speed, "Recorded seconds per second (default: as fast as possible)")
         ->type_name("NUMBER")
-        ->check(CLI::Range(slowest, fastest));
+        ->transform(inUnit({"x"}, slowest, fastest));
+    addGapOptions(app, options);
     constexpr double longestWait = 1e6;
     app.add_option("--archive-wait", options.archiveWaitSeconds,
                    "At the end, wait so long for the archive to take the recordings over; what it has not then stays "
                    "where it is and is taken over later")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, longestWait))
+        ->type_name("TIME")
+        ->transform(inSeconds(0, longestWait))
         ->capture_default_str();
     app.add_option(
            "--journal", options.journal,
@@ -145,6 +159,27 @@ void addCommonOptions(CLI::App& app, Options& options)
     app.add_flag("--json", options.json, "Write the closing summary as JSON");
     app.add_flag("-q,--quiet", options.quiet, "Show no progress");
     app.add_flag("--trace", options.trace, "Show the recorder's own traces");
+}
+
+CommandLine refused(const std::string& why)
+{
+    std::cerr << "recstation: " << why << "\nrecstation --help tells more.\n";
+    return {std::nullopt, ExitCode::Usage};
+}
+
+// Nothing when there is something to run.
+std::optional<CommandLine> parsedTo(CLI::App& app, const std::vector<std::string>& arguments)
+{
+    try {
+        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    } catch (const CLI::Success& success) {  // help was asked for
+        app.exit(success);
+        return CommandLine{std::nullopt, ExitCode::Success};
+    } catch (const CLI::ParseError& error) {
+        return refused(whatIsWrong(app, error, arguments));
+    }
+    const std::string twice = namedTwice(app);
+    return twice.empty() ? std::nullopt : std::optional(refused(twice));
 }
 
 }  // namespace
@@ -177,10 +212,11 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
     CLI::App* iqCommand = app.add_subcommand("iq", "IQ samples from a file");
     addIqOptions(*iqCommand, iq);
 #endif
-    try {
-        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
-    } catch (const CLI::ParseError& error) {
-        return {std::nullopt, app.exit(error) == 0 ? ExitCode::Success : ExitCode::Usage};
+    if (const auto ended = parsedTo(app, arguments)) {
+        return *ended;
+    }
+    if (const auto seconds = parseSeconds(options.splitOnGap)) {
+        options.splitGapUs = static_cast<unsigned long long>(*seconds * 1e6);
     }
     if (*feedCommand) {
         options.feed = feed;

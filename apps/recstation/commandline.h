@@ -26,6 +26,11 @@ struct Options {
     bool json = false;
     bool quiet = false;
     bool trace = false;
+    bool makeOutput = false;  ///< make the directory of output
+    bool allowGap = false;    ///< record sources together that measured at other times
+    std::string splitOnGap;   ///< as it was given; empty: do not
+    std::optional<unsigned long long>
+        splitGapUs;       ///< the same: begin new recordings where time leaps farther, to and fro
     bool recover = true;  ///< recordings that earlier runs left unfinished
     std::string journal;  ///< "process", "power" or "off"; empty: as configured
 

@@ -51,7 +51,7 @@ ExitCode reportFailure(const std::exception& error, const recstation::Options& o
     } else {
         messages.message(QString::fromUtf8(error.what()));
     }
-    return ExitCode::CannotRun;
+    return dynamic_cast<const recstation::UsageError*>(&error) != nullptr ? ExitCode::Usage : ExitCode::CannotRun;
 }
 
 ExitCode runProgram(const recstation::Options& options)

@@ -49,7 +49,9 @@ void requireDirectory(const QString& directory)
 {
     const QFileInfo info(directory);
     if (!info.exists()) {
-        fail(QStringLiteral("cannot record: the directory %1 does not exist").arg(directory));
+        fail(QStringLiteral(
+                 "cannot record: the directory %1 does not exist; --make-output makes it where --output names it")
+                 .arg(directory));
     }
     if (!info.isDir()) {
         fail(QStringLiteral("cannot record: %1 is no directory").arg(directory));

@@ -79,8 +79,9 @@ long long Runner::millisecondsUntil(unsigned long long time)
     if (!m_speed) {
         return 0;
     }
-    if (!m_start) {
+    if (!m_start || time < *m_start) {  // before the first step, and behind a gap back
         m_start = time;
+        m_sinceStart.restart();
     }
     constexpr double microsecondsPerMillisecond = 1000;
     const double dueMs = static_cast<double>(time - *m_start) / microsecondsPerMillisecond / *m_speed;

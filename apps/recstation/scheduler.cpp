@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "input/timeorder.h"
+
 namespace recstation {
 
 Scheduler::Scheduler(SimulatedClock& clock, BeforeStep beforeStep) : m_clock(clock), m_beforeStep(std::move(beforeStep))
@@ -43,7 +45,23 @@ std::optional<unsigned long long> Scheduler::nextTime()
     if (!source) {
         return std::nullopt;
     }
-    return std::max(*m_due[*source].time, m_clock.CurrentTime());
+    return clockTime(*m_due[*source].time);
+}
+
+void Scheduler::tellGaps(unsigned long long gapUs, std::function<void(unsigned long long time)> beyondGap)
+{
+    m_gapUs = gapUs;
+    m_beyondGap = std::move(beyondGap);
+}
+
+bool Scheduler::isBehindGap(unsigned long long time) const
+{
+    return m_gapUs && m_stepped && isBeyond(m_clock.CurrentTime(), time, *m_gapUs);
+}
+
+unsigned long long Scheduler::clockTime(unsigned long long time) const
+{
+    return isBehindGap(time) ? time : std::max(time, m_clock.CurrentTime());
 }
 
 void Scheduler::step()
@@ -60,7 +78,11 @@ void Scheduler::step()
 
 void Scheduler::stepAt(unsigned long long time, Source& source)
 {
+    if (isBehindGap(time)) {
+        m_beyondGap(time);
+    }
     m_clock.set(std::max(time, m_clock.CurrentTime()));
+    m_stepped = true;
     if (m_beforeStep) {
         m_beforeStep(m_clock.CurrentTime());
     }
@@ -74,7 +96,7 @@ std::optional<unsigned long long> Scheduler::unfinishedTime()
         m_unfinished = m_sources[i].get();
         m_unfinishedTime = m_unfinished->unfinishedTime();
     }
-    return m_unfinishedTime ? std::optional(std::max(*m_unfinishedTime, m_clock.CurrentTime())) : std::nullopt;
+    return m_unfinishedTime ? std::optional(clockTime(*m_unfinishedTime)) : std::nullopt;
 }
 
 void Scheduler::stepUnfinished()

@@ -19,12 +19,15 @@ public:
     using BeforeStep = std::function<void(unsigned long long time)>;
 
     explicit Scheduler(SimulatedClock& clock, BeforeStep beforeStep = {});
+    /// From now on a step that lies farther than the gap (microseconds) from the one before, in either direction, is
+    /// told; what it changes is for a new recording, whose time may be earlier.
+    void tellGaps(unsigned long long gapUs, std::function<void(unsigned long long time)> beyondGap);
 
     void add(std::unique_ptr<Source> source);
     void prepare();  ///< prepares every source in order
 
-    /// When the next step of any source is due, microseconds since 1970 UTC; never earlier than the clock shows.
-    /// Waits for a source that reads live input. Nothing when every source has ended.
+    /// When the next step of any source is due, microseconds since 1970 UTC; never earlier than the clock shows, but
+    /// behind a gap. Waits for a source that reads live input. Nothing when every source has ended.
     [[nodiscard]] std::optional<unsigned long long> nextTime();
     /// Sets the clock to nextTime and lets the source that is due make its changes.
     void step();
@@ -42,10 +45,15 @@ private:
 
     [[nodiscard]] std::optional<std::size_t> earliest();
 
+    [[nodiscard]] bool isBehindGap(unsigned long long time) const;
+    [[nodiscard]] unsigned long long clockTime(unsigned long long time) const;
     void stepAt(unsigned long long time, Source& source);
 
     SimulatedClock& m_clock;
     BeforeStep m_beforeStep;
+    std::optional<unsigned long long> m_gapUs;
+    std::function<void(unsigned long long time)> m_beyondGap;
+    bool m_stepped = false;
     std::vector<std::unique_ptr<Source>> m_sources;
     std::vector<Due> m_due;  // one per source; asked anew only after the source stepped
     Source* m_unfinished = nullptr;

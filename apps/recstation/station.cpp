@@ -12,11 +12,17 @@
 
 #include "bearings/bearingssource.h"
 #include "feed/feedsource.h"
+#include "input/isotime.h"
+#include "input/timeorder.h"
+#include "nearestword.h"
 #include "nmea/nmeasource.h"
+#include "overlap.h"
 #include "sim/simsource.h"
 #include "sweep/sweepsource.h"
 #include "system/hostsystem.h"
 #include "unfinished.h"
+
+#include <recording2/inspection/journalreader.h>
 
 namespace recstation {
 
@@ -108,9 +114,33 @@ void requireOwnSpectra(const std::vector<std::unique_ptr<Source>>& sources)
     }
 }
 
-std::int64_t bytesOnDisk(const QString& temporaryPath)
+// Of an input that plays alone: others could not go back with it.
+std::optional<unsigned long long> inputGap(const Options& options)
+{
+    int sources = 0;
+#if defined(RECSTATION_HAS_IQ)
+    sources += options.iq ? 1 : 0;
+#endif
+    sources += (options.sim ? 1 : 0) + (options.sweep ? 1 : 0) + (options.bearings ? 1 : 0) + (options.nmea ? 1 : 0) +
+               (options.feed ? 1 : 0);
+    return sources == 1 ? options.splitGapUs : std::nullopt;
+}
+
+void makeDirectory(const QString& directory)
+{
+    if (!QDir().mkpath(directory)) {
+        throw std::runtime_error("cannot make the directory " + directory.toStdString());
+    }
+}
+
+// Of one that is being written, what waits in its journal counts too.
+std::int64_t bytesRecorded(const QString& temporaryPath)
 {
     const QFileInfo temporary(temporaryPath);
+    const auto recorded = Recording2::Inspection::lastPosition(temporaryPath.toStdString() + ".journal");
+    if (recorded && temporary.exists()) {
+        return std::max<std::int64_t>(*recorded, temporary.size());
+    }
     return temporary.exists() ? temporary.size() : QFileInfo(finishedPath(temporaryPath)).size();
 }
 
@@ -129,6 +159,7 @@ Station::Station(const Options& options, Messages& messages, FreeSpace freeSpace
                {[this] { afterStep(); }, [this] { return StopSignal::requested() || !canRecord(); },
                 [this] { rescueFiles(); }}),
       m_space(std::move(freeSpace)),
+      m_allowGap(options.allowGap || options.splitGapUs),
       m_recover(options.recover),
       m_switchedByFeed(options.feed.has_value())
 {
@@ -136,8 +167,14 @@ Station::Station(const Options& options, Messages& messages, FreeSpace freeSpace
         m_messages.message(QStringLiteral("warning: ") + warning);
     }
     requireOneInput(options);
+    if (options.makeOutput) {
+        makeDirectory(QString::fromStdString(options.output));
+    }
     addSources(options);
     requireOwnSpectra(m_scheduler.sources());
+    if (options.splitGapUs) {
+        m_scheduler.tellGaps(*options.splitGapUs, [this](unsigned long long time) { beginAnew(time); });
+    }
     m_scheduler.prepare();
     if (m_archive != nullptr) {
         const QString problem = m_archive->waitUntilSetUp(longestSetUp);
@@ -165,11 +202,13 @@ void Station::addSources(const Options& options)
 #endif
     if (options.sweep) {
         SweepOptions sweep = *options.sweep;
+        sweep.splitGapUs = inputGap(options);
         sweep.valuePath = receiverOf(m_configuration).valuePath;
         m_scheduler.add(makeSweepSource(sweep, [this](const QString& sentence) { m_messages.message(sentence); }));
     }
     if (options.bearings) {
         BearingsOptions bearings = *options.bearings;
+        bearings.splitGapUs = inputGap(options);
         bearings.valuePath = finderOf(m_configuration).valuePath;
         bearings.positionElsewhere = options.nmea.has_value();
         m_scheduler.add(
@@ -178,6 +217,7 @@ void Station::addSources(const Options& options)
     // Behind the bearings, whose heading is only the first.
     if (options.nmea) {
         NmeaOptions nmea = *options.nmea;
+        nmea.splitGapUs = inputGap(options);
         // Other sources name their devices themselves.
         nmea.valuePath =
             m_scheduler.sources().empty() && !options.feed ? receiverOf(m_configuration).valuePath : QString();
@@ -188,8 +228,11 @@ void Station::addSources(const Options& options)
         host.switchRecorder = [this](const QString& name, bool on) { return switchRecorder(name, on); };
         host.created = [this](const QString& path) { m_counter.follow(m_tree, path); };
         host.toldTime = [this] { return m_toldTime; };
+        host.recorded = [this](const QString& path) { return isRecorded(path); };
         host.report = [this](const QString& sentence) { m_messages.message(sentence); };
-        m_scheduler.add(makeFeedSource(*options.feed, std::move(host)));
+        FeedOptions feed = *options.feed;
+        feed.keepAt = feed.keepAt || !m_scheduler.sources().empty();  // with others, every change has its own time
+        m_scheduler.add(makeFeedSource(feed, std::move(host)));
     }
 }
 
@@ -214,7 +257,8 @@ std::vector<Recorder*> Station::recordersToStart(const Options& options) const
     for (const std::string& name : options.recorders) {
         Recorder* recorder = findRecorder(QString::fromStdString(name));
         if (recorder == nullptr) {
-            throw std::runtime_error("no recorder \"" + name + "\" is configured");
+            throw UsageError("--record " + name + ": no recorder of that name is configured" +
+                             recorderMeant(name).toStdString());
         }
         chosen.push_back(recorder);
     }
@@ -237,6 +281,23 @@ Recorder* Station::findRecorder(const QString& name) const
     return found == m_recorders.end() ? nullptr : found->get();
 }
 
+// Besides the counter only recorders that are on observe the values of devices.
+bool Station::isRecorded(const QString& path) const
+{
+    const values::ValueBase* value = m_tree.Find(path);
+    return value != nullptr && value->ObserverCount() > 1 && !path.contains(QStringLiteral("/REC_"));
+}
+
+QString Station::recorderMeant(const std::string& name) const
+{
+    std::vector<std::string> names;
+    for (const auto& recorder : m_recorders) {
+        names.push_back(recorder->name().toStdString());
+    }
+    const auto near = nearestWord(name, names);
+    return near ? QStringLiteral(": did you mean %1?").arg(QString::fromStdString(*near)) : QString();
+}
+
 bool Station::switchRecorder(const QString& name, bool on)
 {
     Recorder* recorder = name.isEmpty() ? m_recorders.front().get() : findRecorder(name);
@@ -245,6 +306,9 @@ bool Station::switchRecorder(const QString& name, bool on)
     }
     if (on) {
         trySwitchOn(*recorder);
+        if (tellsTimes()) {
+            recorder->tellTime(m_clock.CurrentTime());
+        }
     } else {
         recorder->switchOff();
     }
@@ -308,6 +372,9 @@ void Station::record()
     m_sinceSpaceCheck.start();
     m_sinceFileCheck.start();
     const IdleWork idle([this] { rescueFiles(); });
+    if (!m_allowGap && m_scheduler.sources().size() > 1) {
+        requireOverlap(m_scheduler.sources(), defaultGapUs);
+    }
     if (!m_toStart.empty()) {
         auto first = m_scheduler.nextTime();
         if (!first && StopSignal::requested()) {
@@ -326,10 +393,36 @@ void Station::record()
     }
 }
 
-void Station::beforeStep(unsigned long long time)
+bool Station::tellsTimes() const
 {
     const auto& sources = m_scheduler.sources();
-    if (sources.size() > 1 || sources.front()->plainValuesComeFirst()) {
+    return sources.size() > 1 || sources.front()->plainValuesComeFirst();
+}
+
+// Behind a gap, with a clock that may go back between two recordings.
+void Station::beginAnew(unsigned long long time)
+{
+    m_messages.message(
+        QStringLiteral("the time leaps from %1 to %2: a new recording begins")
+            .arg(QString::fromStdString(utcText(m_clock.CurrentTime())), QString::fromStdString(utcText(time))));
+    std::vector<Recorder*> running;
+    for (const auto& recorder : m_recorders) {
+        if (recorder->isOn()) {
+            recorder->switchOff();
+            running.push_back(recorder.get());
+        }
+    }
+    m_earlierUs += m_clock.CurrentTime() - m_firstTime.value_or(m_clock.CurrentTime());
+    m_firstTime = time;
+    m_clock.set(time);
+    for (Recorder* recorder : running) {
+        trySwitchOn(*recorder);
+    }
+}
+
+void Station::beforeStep(unsigned long long time)
+{
+    if (tellsTimes()) {
         for (const auto& recorder : m_recorders) {
             recorder->tellTime(time);
         }
@@ -366,7 +459,7 @@ void Station::checkSpace()
         for (const QString& path : recorder->temporaryPaths()) {
             const auto found = written.find(recorder->directory());
             if (found != written.end()) {
-                found->second += bytesOnDisk(path);
+                found->second += bytesRecorded(path);
             }
         }
     }
@@ -463,7 +556,8 @@ void Station::finishArchive(Summary& summary)
 unsigned long long Station::recordedMs() const
 {
     constexpr unsigned long long microsecondsPerMillisecond = 1000;
-    return m_firstTime ? (m_clock.CurrentTime() - *m_firstTime) / microsecondsPerMillisecond : 0;
+    const unsigned long long behindGap = m_firstTime ? m_clock.CurrentTime() - *m_firstTime : 0;
+    return (m_earlierUs + behindGap) / microsecondsPerMillisecond;
 }
 
 ProgressNumbers Station::progressNumbers()
@@ -473,7 +567,7 @@ ProgressNumbers Station::progressNumbers()
     numbers.records = m_counter.records();
     for (const auto& recorder : m_recorders) {
         for (const QString& path : recorder->temporaryPaths()) {
-            const std::int64_t bytes = bytesOnDisk(path);
+            const std::int64_t bytes = bytesRecorded(path);
             if (bytes > 0) {  // else the archive has moved it
                 m_bytes[path] = bytes;
             }

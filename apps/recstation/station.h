@@ -47,6 +47,8 @@ private:
     void addRecorders(const Options& options);
     [[nodiscard]] std::vector<Recorder*> recordersToStart(const Options& options) const;
     [[nodiscard]] Recorder* findRecorder(const QString& name) const;
+    [[nodiscard]] QString recorderMeant(const std::string& name) const;
+    [[nodiscard]] bool isRecorded(const QString& path) const;
     bool switchRecorder(const QString& name, bool on);
     void trySwitchOn(Recorder& recorder);
     void refuse(const Recorder& recorder, const QString& problem);
@@ -54,6 +56,8 @@ private:
     void checkNewFiles();
     [[nodiscard]] QString whyNoneRecorded() const;
     void record();
+    [[nodiscard]] bool tellsTimes() const;
+    void beginAnew(unsigned long long time);
     void beforeStep(unsigned long long time);
     void afterStep();
     void recoverEarlier(Summary& summary);
@@ -91,6 +95,8 @@ private:
     QElapsedTimer m_sinceStart;
     QStringList m_stopped;  // recordings that their recorders ended by themselves
     std::vector<Summary::Refusal> m_refusals;
+    unsigned long long m_earlierUs = 0;  // recorded time in front of the last gap
+    bool m_allowGap;
     bool m_recover;
     bool m_switchedByFeed;  // so that a recorder that stopped may record again
 };

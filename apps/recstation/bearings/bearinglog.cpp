@@ -1,5 +1,6 @@
 #include "bearings/bearinglog.h"
 
+#include <algorithm>
 #include <set>
 #include <stdexcept>
 #include <utility>
@@ -45,6 +46,7 @@ void note(const LoggedBearing& bearing, LogSurvey& survey)
         survey.first = bearing;
     }
     static_cast<void>(survey.order.take(bearing.time, 0));
+    survey.lastTime = std::max(survey.lastTime, bearing.time);
     survey.oneStation = survey.oneStation && bearing.station == survey.first.station;
 }
 
@@ -79,6 +81,7 @@ LogSurvey surveyLog(const BearingsOptions& options, const LogInput& input, const
 {
     BearingLog log(options, input, badRow);
     LogSurvey survey;
+    survey.order = TimeOrder("bearings", false, options.splitGapUs);
     std::set<double> channels;
     while (const auto row = log.next()) {
         if (row->frequencyHz && channels.insert(*row->frequencyHz).second && channels.size() > mostChannels) {

@@ -46,6 +46,7 @@ struct LogSurvey {
     LoggedBearing first;
     std::uint64_t bearings = 0;
     TimeOrder order{"bearings", false};  ///< of the bearings; their rows are counted
+    unsigned long long lastTime = 0;     ///< the latest of all bearings
     bool oneStation = true;              ///< all bearings are of the first one's station
     bool hasPosition = false;
     bool hasAltitude = false;

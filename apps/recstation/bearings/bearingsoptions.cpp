@@ -1,6 +1,11 @@
 #include "bearings/bearingssource.h"
 
+#include <stdexcept>
+
 #include <CLI/CLI.hpp>
+
+#include "input/logtime.h"
+#include "input/optionchecks.h"
 
 namespace recstation {
 
@@ -16,6 +21,22 @@ Example, for a log that begins with
 with local times of Colombia and longitudes that are west without a sign:
   recstation -o recordings bearings telemetria.csv --date-format MM/dd/yy --utc-offset -05:00
     --latitude-column Gradosx,minx,segx --longitude-column Gradosy,miny,segy --west --frequency-column frec)";
+
+bool isSeparator(const std::string& text)
+{
+    return text == "auto" || text == "tab" ||
+           (text.size() == 1 && std::string("\"\r\n").find(text) == std::string::npos);
+}
+
+bool isDateFormat(const std::string& text)
+{
+    try {
+        const LogDateFormat format(text);
+        return true;
+    } catch (const std::invalid_argument&) {
+        return false;
+    }
+}
 
 void addColumns(CLI::App& command, BearingsOptions& options)
 {
@@ -45,22 +66,27 @@ void addBearingsOptions(CLI::App& command, BearingsOptions& options)
     command.footer(example);
     command.add_option("FILE", options.file, "Log as CSV; - is the standard input")->required();
     command.add_option("--separator", options.separator, "A character, tab or auto (one of ; , and tab)")
+        ->check(acceptedIf(isSeparator, "one character, tab or auto"))
         ->capture_default_str();
     addColumns(command, options);
     command.add_option("--date-format", options.dateFormat, "d, dd, M, MM, yy (1970 to 2069) and yyyy, as in MM/dd/yy")
+        ->check(acceptedIf(isDateFormat, "one day, month and year, as in MM/dd/yy"))
         ->capture_default_str();
     command.add_option("--utc-offset", options.utcOffset, "How far the log's times are ahead of UTC, as -05:00")
+        ->check(anUtcOffset())
         ->capture_default_str();
     command.add_option("--station", options.station, "Only the bearings of this station");
     command.add_flag("--no-position", options.noPosition,
                      "Leave positions and altitudes out, because nmea or another source tells them");
     command.add_flag("--south", options.south, "Latitudes have no sign and are south");
     command.add_flag("--west", options.west, "Longitudes have no sign and are west");
-    command.add_option("--frequency-unit", options.frequencyUnit, "Hz, kHz, MHz or GHz")->capture_default_str();
+    command.add_option("--frequency-unit", options.frequencyUnit, "Hz, kHz, MHz or GHz")
+        ->check(CLI::IsMember({"Hz", "kHz", "MHz", "GHz"}))
+        ->capture_default_str();
     command
         .add_option("--heading", options.headingDeg,
                     "True heading of azimuth 0 in degrees, such as a compass's declination")
-        ->check(CLI::Range(-360.0, 360.0))
+        ->transform(inUnit({"deg", "°"}, -360, 360))
         ->capture_default_str();
     command.add_flag("--strict", options.strict, "Record nothing when a row is bad");
 }

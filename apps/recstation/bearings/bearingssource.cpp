@@ -1,6 +1,5 @@
 #include "bearings/bearingssource.h"
 
-#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -27,6 +26,10 @@ public:
     void prepare() override;
     [[nodiscard]] std::optional<unsigned long long> nextTime() override;
     void step() override;
+    [[nodiscard]] std::optional<unsigned long long> lastTime() override
+    {
+        return m_options.file == "-" ? std::nullopt : std::optional(m_lastTime);
+    }
     [[nodiscard]] QStringList spectra() const override { return {QStringLiteral("/DfSpectrum")}; }
     [[nodiscard]] SourceReport report() const override;
 
@@ -41,7 +44,8 @@ private:
     std::unique_ptr<BearingLog> m_log;
     std::unique_ptr<BearingsValues> m_values;
     std::optional<LoggedBearing> m_pending;  // read, not yet shown
-    unsigned long long m_latest = 0;
+    unsigned long long m_latest = 0;         // when the latest is recorded
+    unsigned long long m_lastTime = 0;
     std::uint64_t m_shown = 0;
 };
 
@@ -50,6 +54,7 @@ void BearingsSource::prepare()
     const LogInput input(m_options.file);
     const LogSurvey survey = this->survey(input);
     reportOddities(survey);
+    m_lastTime = survey.lastTime;
     m_values = std::make_unique<BearingsValues>(survey, m_options.headingDeg, deviceName(survey), m_options.valuePath);
     // The bad rows have been reported.
     m_log = std::make_unique<BearingLog>(m_options, input, [](std::size_t, const std::string&) {});
@@ -106,9 +111,11 @@ std::optional<unsigned long long> BearingsSource::nextTime()
             return std::nullopt;
         }
         m_pending = row->bearing;
+        if (m_pending) {
+            m_latest = notBefore(m_latest, m_pending->time, m_options.splitGapUs);
+            m_pending->time = m_latest;
+        }
     }
-    m_latest = std::max(m_latest, m_pending->time);
-    m_pending->time = m_latest;
     return m_latest;
 }
 

@@ -41,6 +41,7 @@ struct BearingsOptions {
     double headingDeg =
         0;                ///< -360 to 360, true heading of azimuth 0: the declination of a compass, a vehicle's heading
     bool strict = false;  ///< refuse a log with bad rows before anything is recorded
+    std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back behind them
     QString valuePath = "/Devices/Df1";
 };
 

@@ -25,12 +25,14 @@ bool isBlank(const std::string& line)
 
 }  // namespace
 
-FeedSource::FeedSource(std::function<ByteInput()> open, unsigned long long startTime, bool strict, FeedHost host)
+FeedSource::FeedSource(std::function<ByteInput()> open, unsigned long long startTime, const FeedOptions& options,
+                       FeedHost host)
     : m_open(std::move(open)),
       m_startTime(startTime),
+      m_options(options),
       m_host(std::move(host)),
-      m_bad("feed", strict, m_host.report),
-      m_order("feed", strict)
+      m_bad("feed", options.strict, m_host.report),
+      m_order("feed", options.strict)
 {
 }
 
@@ -134,9 +136,41 @@ void FeedSource::apply(const FeedLine& line)
         if (std::holds_alternative<FeedCreate>(line.action)) {
             m_host.created(line.path);
         }
+        tellMovedTimes(line);
     } else if (!m_host.switchRecorder(record->recorder, record->on)) {
         throw LineError("there is no recorder \"" + record->recorder.toStdString() + "\"");
+    } else if (record->on) {
+        m_movedTimes.recordingBegins(line.atUs);
     }
+}
+
+void FeedSource::tellMovedTimes(const FeedLine& line)
+{
+    if (m_options.keepAt || !m_host.recorded || !m_host.recorded(line.path)) {
+        return;
+    }
+    if (const std::string moved = m_movedTimes.changed(line); !moved.empty()) {
+        m_bad.say("line " + std::to_string(m_lines->number()) + ": " + moved);
+    }
+}
+
+std::optional<unsigned long long> FeedSource::lastTime()
+{
+    if (m_options.file == "-") {
+        return std::nullopt;
+    }
+    LineReader lines(m_open(), longestLine);
+    unsigned long long lastUs = 0;
+    for (auto result = lines.next(); result != LineReader::Result::End; result = lines.next()) {
+        try {
+            if (result == LineReader::Result::Line && !isBlank(lines.line())) {
+                lastUs = std::max(lastUs, parseFeedLine(lines.line()).atUs);
+            }
+        } catch (const LineError&) {
+            continue;  // told when it is played
+        }
+    }
+    return m_startTime + lastUs;
 }
 
 std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, FeedHost host)
@@ -144,7 +178,7 @@ std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, FeedHost host
     constexpr unsigned long long microsecondsPerMillisecond = 1000;
     const auto now = static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * microsecondsPerMillisecond;
     return std::make_unique<FeedSource>([file = options.file] { return openInput(file); },
-                                        options.startTime.value_or(now), options.strict, std::move(host));
+                                        options.startTime.value_or(now), options, std::move(host));
 }
 
 }  // namespace recstation

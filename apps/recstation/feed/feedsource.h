@@ -12,6 +12,7 @@
 #include "feedline.h"
 #include "input/linereader.h"
 #include "input/timeorder.h"
+#include "movedtimes.h"
 
 namespace recstation {
 
@@ -23,22 +24,27 @@ struct FeedHost {
     std::function<void(const QString& path)> created;
     /// The latest time that the recorders were told, microseconds since 1970 UTC; may be empty.
     std::function<unsigned long long()> toldTime;
+    /// Whether a recorder that is on records the value.
+    std::function<bool(const QString& path)> recorded;
     InputReport report;
 };
 
 /// Bad lines are reported with their number (the first twenty), counted and passed over. Needs the value tree in force.
 class FeedSource final : public Source {
 public:
-    /// @param open called once by prepare
-    /// @param startTime microseconds since 1970 UTC of the feed's time 0
-    /// @param strict nextTime or step throws the first bad line
-    FeedSource(std::function<ByteInput()> open, unsigned long long startTime, bool strict, FeedHost host);
+    /// @param open called once by prepare, and by lastTime
+    /// @param startTime microseconds since 1970 UTC of the feed's time 0; with strict nextTime or step throws the first
+    /// bad line
+    FeedSource(std::function<ByteInput()> open, unsigned long long startTime, const FeedOptions& options,
+               FeedHost host);
 
     [[nodiscard]] QString name() const override;
     void prepare() override;
     [[nodiscard]] std::optional<unsigned long long> nextTime() override;
     void step() override;
     [[nodiscard]] std::optional<unsigned long long> unfinishedTime() override;
+    [[nodiscard]] std::optional<unsigned long long> lastTime() override;
+    [[nodiscard]] bool plainValuesComeFirst() const override { return m_options.keepAt; }
     [[nodiscard]] SourceReport report() const override { return {m_used, m_skipped, m_bad.count(), true}; }
 
 private:
@@ -46,9 +52,11 @@ private:
     void accept(FeedLine line);
     void apply(const FeedLine& line);
     void keepOrder(FeedLine& line);
+    void tellMovedTimes(const FeedLine& line);
 
     std::function<ByteInput()> m_open;
     unsigned long long m_startTime;
+    FeedOptions m_options;
     FeedHost m_host;
     std::unique_ptr<LineReader> m_lines;
     std::optional<FeedLine> m_pending;  // read, not yet carried out
@@ -59,6 +67,7 @@ private:
     TimeOrder m_order;                // of the maps' own times
     unsigned long long m_handed = 0;  // the latest time that changes were made at, as the recorders see it
     bool m_ownTimeHolds = false;      // a map's own time is that of the plain changes behind it
+    MovedTimes m_movedTimes;
 };
 
 /// The feed from the file or the standard input that the options name.

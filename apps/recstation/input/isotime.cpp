@@ -28,4 +28,38 @@ std::optional<unsigned long long> parseIsoTime(const std::string& text)
     return static_cast<unsigned long long>(microseconds);
 }
 
+std::string utcText(unsigned long long microseconds)
+{
+    constexpr unsigned long long perSecond = 1'000'000;
+    const QDateTime time = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(microseconds / 1000), Qt::UTC);
+    const bool whole = microseconds % perSecond < 1000;
+    return time.toString(whole ? QStringLiteral("yyyy-MM-dd hh:mm:ss") : QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz"))
+               .toStdString() +
+           " UTC";
+}
+
+std::string spanText(unsigned long long microseconds)
+{
+    constexpr unsigned long long perSecond = 1000;
+    constexpr unsigned long long perMinute = 60 * perSecond;
+    constexpr unsigned long long perHour = 60 * perMinute;
+    constexpr unsigned long long perDay = 24 * perHour;
+    const unsigned long long milliseconds = microseconds / 1000;
+    if (milliseconds < perSecond) {
+        return std::to_string(milliseconds) + " ms";
+    }
+    if (milliseconds < perMinute) {
+        return QString::number(static_cast<double>(milliseconds) / static_cast<double>(perSecond)).toStdString() + " s";
+    }
+    if (milliseconds < perHour) {
+        return std::to_string(milliseconds / perMinute) + " min " +
+               std::to_string(milliseconds % perMinute / perSecond) + " s";
+    }
+    if (milliseconds < 2 * perDay) {
+        return std::to_string(milliseconds / perHour) + " h " + std::to_string(milliseconds % perHour / perMinute) +
+               " min";
+    }
+    return std::to_string(milliseconds / perDay) + " days";
+}
+
 }  // namespace recstation

@@ -11,4 +11,9 @@ namespace recstation {
 /// the start of 1970.
 std::optional<unsigned long long> parseIsoTime(const std::string& text);
 
+/// "2026-11-21 08:30:00 UTC", with milliseconds where there are some.
+[[nodiscard]] std::string utcText(unsigned long long microseconds);
+/// "850 ms", "22.5 s", "52 min 10 s", "3 h 5 min", "12 days".
+[[nodiscard]] std::string spanText(unsigned long long microseconds);
+
 }  // namespace recstation

@@ -5,6 +5,8 @@
 
 #include <QString>
 
+#include "input/isotime.h"
+
 namespace recstation {
 
 namespace {
@@ -19,16 +21,22 @@ std::string secondsText(unsigned long long microseconds)
 
 unsigned long long TimeOrder::take(unsigned long long time, std::size_t line)
 {
-    if (time < m_latest) {
+    const unsigned long long recorded = notBefore(m_latest, time, m_splitGapUs);
+    if (time < recorded) {
         if (m_strict) {
             throw std::runtime_error(m_source + ": line " + std::to_string(line) + ": its time is " +
                                      secondsText(m_latest - time) +
                                      " earlier than one before it (--strict allows no time that goes back)");
         }
+        m_first = m_rows == 0 ? time : std::min(m_first, time);
+        m_last = std::max(m_last, time);
         ++m_rows;
-        m_most = std::max(m_most, m_latest - time);
+        if (m_latest - time > m_most) {
+            m_most = m_latest - time;
+            m_behind = m_latest;
+        }
     }
-    m_latest = std::max(m_latest, time);
+    m_latest = recorded;
     return m_latest;
 }
 
@@ -36,7 +44,9 @@ std::string TimeOrder::sentence() const
 {
     return (m_rows == 1 ? std::string("the time of 1 row goes")
                         : "the times of " + std::to_string(m_rows) + " rows go") +
-           " back, by up to " + secondsText(m_most) + "; what is earlier is recorded at the latest time before it";
+           " back, by up to " + secondsText(m_most) + ", from " + utcText(m_behind) + " to times from " +
+           utcText(m_first) + " to " + utcText(m_last) + "; what is earlier is recorded at the latest time before it" +
+           (m_most > defaultGapUs ? " (--split-on-gap begins a new recording instead)" : "");
 }
 
 void TimeOrder::finish(const BadLines& to)

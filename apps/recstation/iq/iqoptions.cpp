@@ -1,6 +1,12 @@
 #include "iq/iqsource.h"
 
+#include <cmath>
+
 #include <CLI/CLI.hpp>
+
+#include "input/fields.h"
+#include "input/optionchecks.h"
+#include "iq/iqplan.h"
 
 namespace recstation {
 
@@ -8,9 +14,20 @@ namespace {
 
 constexpr auto examples = R"(
 Examples:
-  recstation -o recordings iq capture.cu8 --rate 2000000 --centre 1090e6
+  recstation -o recordings iq capture.cu8 --rate 2M --centre 1090M
   recstation -o recordings iq capture.sigmf-data
-  rtl-driver | recstation -o recordings iq - --format cu8 --rate 2048000 --centre 98.5e6)";
+  rtl-driver | recstation -o recordings iq - --format cu8 --rate 2.048M --centre 98.5M)";
+
+bool isFftSize(const std::string& text)
+{
+    const auto size = parseNumber<std::size_t>(text);
+    return size && *size >= smallestFft && *size <= largestFft && *size % 2 == 0;
+}
+
+bool isAverage(const std::string& text)
+{
+    return parseNumber<std::size_t>(text).value_or(largestAverage + 1) <= largestAverage;
+}
 
 }  // namespace
 
@@ -18,25 +35,39 @@ void addIqOptions(CLI::App& command, IqOptions& options)
 {
     command.footer(examples);
     command.add_option("FILE", options.file, "IQ samples, I and Q interleaved; - reads standard input")->required();
-    command.add_option("--format", options.format, "cu8, ci16_le or cf32_le (default: SigMF metadata or suffix)");
-    command.add_option("--rate", options.rateHz, "samples a second (default: SigMF metadata)");
-    command.add_option("--centre,--center", options.centreHz, "centre frequency in Hz (default: SigMF metadata)");
-    command.add_option("--start", options.start,
-                       "time of the first sample, as 2026-11-21T08:30:00.25Z (default: SigMF metadata, otherwise now)");
-    command.add_option("--fft", options.fftSize, "FFT size, even, 16 to 1048576")->capture_default_str();
+    command.add_option("--format", options.format, "cu8, ci16_le or cf32_le (default: SigMF metadata or suffix)")
+        ->check(acceptedIf([](const std::string& text) { return sampleFormatByName(text).has_value(); },
+                           "cu8, ci16_le or cf32_le"));
+    command.add_option("--rate", options.rateHz, "samples a second, as 48k or 2.4M (default: SigMF metadata)")
+        ->transform(inHertz(std::nextafter(0.0, 1.0), highestRateHz));
+    command
+        .add_option("--centre,--center", options.centreHz,
+                    "centre frequency in Hz, as 145.5M (default: SigMF metadata)")
+        ->transform(inHertz(-highestCentreHz, highestCentreHz));
+    command
+        .add_option("--start", options.start,
+                    "time of the first sample, as 2026-11-21T08:30:00.25Z (default: SigMF metadata, otherwise now)")
+        ->check(aTime());
+    command.add_option("--fft", options.fftSize, "FFT size, even, 16 to 1048576")
+        ->check(acceptedIf(isFftSize, "an even number from 16 to 1048576"))
+        ->capture_default_str();
     command
         .add_option("--window", options.window,
                     "flattop (true levels), hann (fine resolution) or blackman-harris (in between)")
+        ->check(CLI::IsMember({"flattop", "hann", "blackman-harris"}))
         ->capture_default_str();
     command.add_option("--overlap", options.overlapPercent, "overlap of consecutive FFTs in percent, 0 to 95")
+        ->transform(inUnit({"%"}, 0, largestOverlapPercent))
         ->capture_default_str();
     command
         .add_option("--average", options.average,
                     "FFTs averaged to one spectrum; 0: as many as last 4 ms, so that record times stay true")
+        ->check(acceptedIf(isAverage, "a whole number from 0 to 1000000"))
         ->capture_default_str();
     command
         .add_option("--as", options.spectrum,
                     "rf: RF spectrum of a panorama scan; if: IF spectrum of a fixed frequency")
+        ->check(CLI::IsMember({"rf", "if"}))
         ->capture_default_str();
 }
 

@@ -14,13 +14,6 @@ namespace recstation {
 
 namespace {
 
-constexpr std::size_t smallestFft = 16;
-constexpr std::size_t largestFft = 1'048'576;
-constexpr std::size_t largestAverage = 1'000'000;
-constexpr double largestOverlapPercent = 95;
-constexpr double highestRateHz = 1e12;
-constexpr double highestCentreHz = 1e15;
-
 [[noreturn]] void fail(const std::string& sentence)
 {
     throw std::runtime_error("iq: " + sentence);

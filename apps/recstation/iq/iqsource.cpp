@@ -3,6 +3,7 @@
 #include <cmath>
 #include <utility>
 
+#include <QFileInfo>
 #include <QLoggingCategory>
 
 #include "iq/frames.h"
@@ -23,6 +24,7 @@ public:
     void prepare() override;
     [[nodiscard]] std::optional<unsigned long long> nextTime() override;
     void step() override;
+    [[nodiscard]] std::optional<unsigned long long> lastTime() override;
     [[nodiscard]] QStringList spectra() const override
     {
         return {m_options.valuePath + QStringLiteral("/Scn/RfSpectrum"), QStringLiteral("/IfMapping")};
@@ -30,7 +32,8 @@ public:
     [[nodiscard]] SourceReport report() const override;
 
 private:
-    [[nodiscard]] unsigned long long timeOf(const IqFrame& frame) const;
+    [[nodiscard]] unsigned long long timeOf(const IqFrame& frame) const { return timeOf(frame.firstSample); }
+    [[nodiscard]] unsigned long long timeOf(std::uint64_t sample) const;
 
     IqOptions m_options;
     IqReport m_report;
@@ -76,10 +79,18 @@ SourceReport IqSource::report() const
     return {m_shown, m_frames->skipped(), m_frames->bad()};
 }
 
-unsigned long long IqSource::timeOf(const IqFrame& frame) const
+std::optional<unsigned long long> IqSource::lastTime()
+{
+    if (m_plan.file == QLatin1String("-")) {
+        return std::nullopt;
+    }
+    return timeOf(static_cast<std::uint64_t>(QFileInfo(m_plan.file).size()) / sampleBytes(m_plan.format));
+}
+
+unsigned long long IqSource::timeOf(std::uint64_t sample) const
 {
     constexpr double microsecondsPerSecond = 1e6;
-    const double sinceStart = static_cast<double>(frame.firstSample) / m_plan.rateHz * microsecondsPerSecond;
+    const double sinceStart = static_cast<double>(sample) / m_plan.rateHz * microsecondsPerSecond;
     return m_plan.startTime + static_cast<unsigned long long>(std::llround(sinceStart));
 }
 

@@ -42,7 +42,8 @@ void logIqReport(const QString& sentence);
 
 /// Publishes, below the value path where no "/" stands in front:
 /// - spectrum rf: Scn/RfSpectrum, with the mode key 5 in Gen/DRVCOMMANDS; spectrum if: /IfMapping, with the mode key 23
-/// - /LEVEL (mean power of the samples, not a number before the first), /FREQUENCY, /IFSPAN, Scn/StartFreq, Scn/StopFreq, Scn/StepFreq,
+/// - /LEVEL (mean power of the samples, not a number before the first), /FREQUENCY, /IFSPAN, Scn/StartFreq,
+/// Scn/StopFreq, Scn/StepFreq,
 ///   Scn/StartLevel, Scn/StopLevel, Adm/DRIVERNAME, Adm/DEVICE_TYPE
 ///
 /// Levels are in dBFS: a complex tone of full scale (amplitude 127.5 in cu8, 32,768 in ci16_le, 1 in cf32_le) is

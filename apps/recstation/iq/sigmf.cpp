@@ -67,8 +67,10 @@ std::optional<std::string> text(const json& parent, const std::string& key)
 /// Takes over only recordings whose samples lie one after the other from the first byte on.
 void expectAbsentOr(const json& parent, const std::string& key, double expected)
 {
-    if (number(parent, key).value_or(expected) != expected) {
-        throw std::runtime_error("\"" + key + "\" has a value that is not supported");
+    const double found = number(parent, key).value_or(expected);
+    if (found != expected) {
+        throw std::runtime_error("\"" + key + "\" is " + QString::number(found, 'g', 15).toStdString() + ", and only " +
+                                 QString::number(expected).toStdString() + " is supported");
     }
 }
 

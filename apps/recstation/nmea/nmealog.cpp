@@ -45,7 +45,7 @@ std::optional<long long> parseDay(const std::string& text)
 NmeaLog::NmeaLog(const NmeaOptions& options, InputReport report)
     : m_options(options),
       m_bad("nmea", options.strict, std::move(report)),
-      m_order("nmea", options.strict),
+      m_order("nmea", options.strict, options.splitGapUs),
       m_lines(openInput(options.file), longestLine),
       m_clock(today(), options.fixWeekRollover)
 {
@@ -183,9 +183,9 @@ void NmeaLog::place(const Entry& entry)
 {
     const NmeaMessage& message = entry.message;
     if (message.timeOfDay) {
-        const long long time = m_clock.at(*message.timeOfDay, message.day);
-        static_cast<void>(m_order.take(static_cast<unsigned long long>(std::max(time, 0LL)), entry.line));
-        if (!m_time || time > *m_time) {
+        const long long measured = std::max(m_clock.at(*message.timeOfDay, message.day), 0LL);
+        const auto time = static_cast<long long>(m_order.take(static_cast<unsigned long long>(measured), entry.line));
+        if (!m_time || time != *m_time) {
             closeGroup(entry.line, time);
         }
     }
@@ -199,11 +199,13 @@ void NmeaLog::place(const Entry& entry)
     }
 }
 
-// A later time came: now everything of the group has its time.
+// Another time came: now everything of the group has its time.
 void NmeaLog::closeGroup(std::size_t line, long long time)
 {
     if (m_time) {
-        spreadUntimed(line, time);
+        if (!isGap(time)) {
+            spreadUntimed(line, time);
+        }
     } else {
         for (Waiting& waiting : m_group) {
             waiting.time = time;
@@ -211,6 +213,12 @@ void NmeaLog::closeGroup(std::size_t line, long long time)
     }
     releaseGroup();
     m_time = time;
+}
+
+bool NmeaLog::isGap(long long time) const
+{
+    return m_options.splitGapUs && isBeyond(static_cast<unsigned long long>(*m_time),
+                                            static_cast<unsigned long long>(time), *m_options.splitGapUs);
 }
 
 // Sentences without a time, from the timed one before the first of them to the later time, by their lines. Timed ones

@@ -21,13 +21,15 @@
 namespace recstation {
 
 struct TimedFix {
-    unsigned long long time = 0;  ///< microseconds since 1970 UTC; never earlier than that of the fix before
+    unsigned long long time =
+        0;  ///< microseconds since 1970 UTC; not earlier than that of the fix before, but behind a gap
     NmeaFix fix;
 };
 
 /// A sentence without a time lies between the timed sentence before it and the next one of a later time, as its line
 /// lies between theirs; behind the last timed sentence it has its time, before the first one that one's. A sentence
-/// whose time is earlier than one before has the latest time so far.
+/// whose time is earlier than one before has the latest time so far. Gaps that part recordings: between them no line
+/// lies, and behind one the time may be earlier.
 class NmeaLog {
 public:
     /// Opens the input.
@@ -66,6 +68,7 @@ private:
     void releaseHeld();
     void place(const Entry& entry);
     void closeGroup(std::size_t line, long long time);
+    [[nodiscard]] bool isGap(long long time) const;
     void spreadUntimed(std::size_t line, long long time);
     void releaseGroup();
     void endInput();

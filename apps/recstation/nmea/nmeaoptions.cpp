@@ -2,6 +2,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include "input/logtime.h"
+#include "input/optionchecks.h"
+
 namespace recstation {
 
 namespace {
@@ -22,7 +25,10 @@ void addNmeaOptions(CLI::App& command, NmeaOptions& options)
     command.footer(example);
     command.add_option("FILE", options.file, "NMEA 0183 sentences; - is the standard input")->required();
     command.add_option("--date", options.date, "Day of the first time, as 2026-11-21; the dates in RMC do not count")
-        ->type_name("DATE");
+        ->type_name("DATE")
+        ->check(acceptedIf(
+            [](const std::string& text) { return LogDateFormat("yyyy-MM-dd").parse(text).value_or(-1) >= 0; },
+            "a day from 1970 on such as 2026-11-21"));
     command.add_flag("--fix-week-rollover", options.fixWeekRollover,
                      "Add 1,024 weeks to dates that a receiver may have rolled back");
     command.add_flag("--strict", options.strict, "The first bad line ends the run");

@@ -1,5 +1,6 @@
 #include "nmea/nmeasource.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <QFileInfo>
@@ -24,6 +25,7 @@ public:
     [[nodiscard]] std::optional<unsigned long long> nextTime() override;
     void step() override;
     [[nodiscard]] std::optional<unsigned long long> unfinishedTime() override;
+    [[nodiscard]] std::optional<unsigned long long> lastTime() override;
     [[nodiscard]] SourceReport report() const override;
 
 private:
@@ -73,6 +75,21 @@ std::optional<unsigned long long> NmeaSource::unfinishedTime()
     m_stopping = true;
     m_pending = m_log->nextUnfinished();
     return m_pending ? std::optional(m_pending->time) : std::nullopt;
+}
+
+std::optional<unsigned long long> NmeaSource::lastTime()
+{
+    if (m_options.file == "-") {
+        return std::nullopt;
+    }
+    NmeaOptions options = m_options;
+    options.strict = false;
+    NmeaLog log(options, [](const QString&) {});  // what is bad is told when it is played
+    std::optional<unsigned long long> last;
+    while (const auto fix = log.next()) {
+        last = std::max(last.value_or(0), fix->time);
+    }
+    return last;
 }
 
 SourceReport NmeaSource::report() const

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <QString>
@@ -21,7 +22,8 @@ struct NmeaOptions {
     std::string date;              ///< day of the first time, as 2026-11-21, instead of the dates in RMC
     bool fixWeekRollover = false;  ///< add 1,024 weeks to dates that a receiver may have rolled back
     bool strict = false;           ///< the first bad line ends the run
-    QString valuePath;             ///< of a device to be named after the file; empty: none
+    std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back behind them
+    QString valuePath;                             ///< of a device to be named after the file; empty: none
 };
 
 /// Adds the positional FILE and the options to a command.

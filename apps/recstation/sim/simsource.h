@@ -24,6 +24,10 @@ public:
     void prepare() override;
     [[nodiscard]] std::optional<unsigned long long> nextTime() override;
     void step() override;
+    [[nodiscard]] std::optional<unsigned long long> lastTime() override
+    {
+        return m_options.startTime + m_durationMs * 1000;
+    }
     [[nodiscard]] SourceReport report() const override { return m_report; }
 
 private:

@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "input/optionchecks.h"
+
 namespace recstation {
 
 namespace {
@@ -21,6 +23,7 @@ void addSweepOptions(CLI::App& command, SweepOptions& options)
     command.footer(example);
     command.add_option("FILE", options.file, "Rows as CSV; - is the standard input")->required();
     command.add_option("--utc-offset", options.utcOffset, "How far the rows' times are ahead of UTC, as -05:00")
+        ->check(anUtcOffset())
         ->capture_default_str();
     command
         .add_option("--bin-frequency", options.binFrequency,

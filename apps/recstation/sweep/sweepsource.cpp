@@ -28,7 +28,7 @@ public:
     SweepSource(SweepOptions options, InputReport report)
         : m_options(std::move(options)),
           m_bad("sweep", m_options.strict, std::move(report)),
-          m_order("sweep", m_options.strict),
+          m_order("sweep", m_options.strict, m_options.splitGapUs),
           m_parser(m_options.utcOffset),
           m_assembly(m_options.binFrequency == "lower")
     {
@@ -39,6 +39,7 @@ public:
     [[nodiscard]] std::optional<unsigned long long> nextTime() override;
     void step() override;
     [[nodiscard]] std::optional<unsigned long long> unfinishedTime() override;
+    [[nodiscard]] std::optional<unsigned long long> lastTime() override;
     [[nodiscard]] bool plainValuesComeFirst() const override { return true; }  // a new range
     [[nodiscard]] QStringList spectra() const override { return {m_options.valuePath + "/Scn/RfSpectrum"}; }
     [[nodiscard]] SourceReport report() const override { return {m_used, m_skipped, m_bad.count(), true}; }
@@ -144,7 +145,7 @@ void SweepSource::takeSweep()
 {
     const bool first = m_sweeps++ == 0;
     m_assembly.take(m_sweep);
-    m_latest = std::max(m_latest, m_sweep.time);
+    m_latest = notBefore(m_latest, m_sweep.time, m_options.splitGapUs);
     m_sweep.time = m_latest;
     m_sweepWaits = true;
     if (first) {
@@ -193,6 +194,28 @@ std::optional<unsigned long long> SweepSource::unfinishedTime()
     m_assembly.noteLoss();
     takeSweep();
     return m_sweep.time;
+}
+
+std::optional<unsigned long long> SweepSource::lastTime()
+{
+    if (m_options.file == "-") {
+        return std::nullopt;
+    }
+    SweepRowParser parser(m_options.utcOffset);
+    LineReader lines(openInput(m_options.file), longestLine);
+    SweepRow row;
+    std::optional<unsigned long long> last;
+    for (auto result = lines.next(); result != LineReader::Result::End; result = lines.next()) {
+        try {
+            if (result == LineReader::Result::Line && !SweepRowParser::isNoRow(lines.line())) {
+                parser.parse(lines.line(), lines.terminated(), row);
+                last = std::max(last.value_or(0), row.time);
+            }
+        } catch (const LineError&) {
+            continue;  // told when it is played
+        }
+    }
+    return last;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <QString>
@@ -17,10 +18,11 @@ namespace recstation {
 
 /// What the command line says.
 struct SweepOptions {
-    std::string file;                     ///< UTF-8; "-" is standard input
-    std::string utcOffset = "UTC";        ///< local time minus UTC: "-05:00"
-    std::string binFrequency = "centre";  ///< centre or lower: where in its bin a value's channel lies
-    bool strict = false;                  ///< the first bad line ends the run
+    std::string file;                              ///< UTF-8; "-" is standard input
+    std::string utcOffset = "UTC";                 ///< local time minus UTC: "-05:00"
+    std::string binFrequency = "centre";           ///< centre or lower: where in its bin a value's channel lies
+    bool strict = false;                           ///< the first bad line ends the run
+    std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back behind them
     QString valuePath = "/Devices/Rx1";
 };
 

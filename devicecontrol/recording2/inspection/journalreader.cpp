@@ -178,6 +178,29 @@ std::optional<JournalContent> readJournal(const std::string& path)
     return JournalReader(file).read();
 }
 
+std::optional<std::int64_t> lastPosition(const std::string& path)
+{
+    FileSource file(path);
+    std::string page(PageBytes, '\0');
+    std::string latest(LatestEntries * EntryBytes, '\0');
+    if (!file.good() || file.readAt(0, page.data(), page.size()) < page.size() ||
+        file.readAt(static_cast<std::int64_t>(LatestOffset), latest.data(), latest.size()) < latest.size()) {
+        return std::nullopt;
+    }
+    const auto identity = getIdentity(page.data());
+    const auto handed =
+        identity ? unseal(identity->salt, HandedOffset, getInt64(page.data() + HandedOffset)) : std::nullopt;
+    std::optional<std::int64_t> last;
+    for (std::size_t i = 0; handed && i < LatestEntries; ++i) {
+        const Entry entry = getEntry(latest.data() + i * EntryBytes);
+        if (!isSound(identity->salt, *handed + i, entry)) {
+            break;
+        }
+        last = entry.position;
+    }
+    return last;
+}
+
 UnclosedBytes::UnclosedBytes(Format::ByteSource& file, const JournalContent& journal)
     : m_file(file),
       m_journal(journal),

@@ -28,6 +28,10 @@ struct JournalContent {
 /// Reads the journal at a path. @return nothing when there is none, or nothing in it can be believed
 std::optional<JournalContent> readJournal(const std::string& path);
 
+/// How far a recording has come whose journal lies at a path: the position of its last record. Reads a few pages
+/// however long the recording is. @return nothing when there is no journal, or no record
+std::optional<std::int64_t> lastPosition(const std::string& path);
+
 /// The bytes of the recording: those of the file, and behind them those in the journal.
 class UnclosedBytes final : public Format::ByteSource {
 public:

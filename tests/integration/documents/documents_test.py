@@ -102,6 +102,21 @@ def help_texts(folder, words, depth=2):
         yield from help_texts(folder, [*words, name], depth - 1)
 
 
+OPTION = re.compile(r"(?<![\w-])--[a-z][a-z0-9-]+")
+
+
+def unknown_options(root, documents, helps, elsewhere):
+    """Options that a document names, and that neither a program nor a script of this project has."""
+    known = set(elsewhere)
+    for text in [*helps, *(path.read_text(encoding="utf-8") for path in sorted((root / "scripts").iterdir()))]:
+        known.update(OPTION.findall(text))
+    for path in documents:
+        for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
+            for option in OPTION.findall(line):
+                if option not in known:
+                    yield f"{path.name}:{number}: there is no option {option}"
+
+
 class Knowledge:
     """examples.toml: what is not run or run otherwise, and exit codes that are no failure."""
 
@@ -109,6 +124,7 @@ class Knowledge:
         known = tomllib.loads(path.read_text(encoding="utf-8"))
         self.not_run = [(re.compile(entry["example"]), entry["reason"]) for entry in known["not_run"]]
         self.run_as = [(re.compile(entry["example"]), entry["as"]) for entry in known["run_as"]]
+        self.options_elsewhere = known["options_elsewhere"]
         self.exit_codes = [(re.compile(entry["example"]), entry["code"]) for entry in known["exit_code"]]
 
     def reason_against(self, command):
@@ -164,18 +180,22 @@ def problem_of(example, run, expected_code):
     return None
 
 
+def documents_of(arguments):
+    return arguments.documents or [arguments.root / "README.md", *sorted(arguments.root.glob("doc/*.md"))]
+
+
 def collect(arguments):
     root, programs = arguments.root, arguments.programs
-    groups = {}
-    for path in arguments.documents or [root / "README.md", *sorted(root.glob("doc/*.md"))]:
+    groups, helps = {}, {}
+    for path in documents_of(arguments):
         place = str(path.relative_to(root)) if path.is_relative_to(root) else path.name
         groups[place] = examples_of_document(path, place)
     if not arguments.documents:
         for program in PROGRAMS:
             if (programs / program).exists():
-                for place, text in help_texts(programs, [program]):
-                    groups[place] = examples_of_help(text, place)
-    return groups
+                helps.update(help_texts(programs, [program]))
+    groups.update((place, examples_of_help(text, place)) for place, text in helps.items())
+    return groups, list(helps.values())
 
 
 def main():
@@ -187,7 +207,10 @@ def main():
     arguments = parser.parse_args()
     arguments.programs = arguments.programs.resolve()
     knowledge = Knowledge(pathlib.Path(__file__).parent / "examples.toml")
-    groups = collect(arguments)
+    groups, helps = collect(arguments)
+    unknown = []
+    if not arguments.documents and all((arguments.programs / program).exists() for program in PROGRAMS):
+        unknown = list(unknown_options(arguments.root, documents_of(arguments), helps, knowledge.options_elsewhere))
     left_out = [(example, knowledge.reason_against(example.command)) for group in groups.values() for example in group]
     for example, reason in left_out:
         if reason or arguments.list:
@@ -211,8 +234,10 @@ def main():
     failed = [(example, problem) for example, problem in results if problem]
     for example, problem in failed:
         print(f"FAILED {example}\n    {problem}")
+    for sentence in unknown:
+        print(f"FAILED {sentence}")
     print(f"{len(results)} examples run, {len(failed)} failed, {sum(1 for _, reason in left_out if reason)} not run")
-    return 1 if failed or not results else 0
+    return 1 if failed or unknown or not results else 0
 
 
 if __name__ == "__main__":

@@ -7,6 +7,7 @@ namespace recstation {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 
 Options parse(const std::vector<std::string>& arguments)
 {
@@ -126,6 +127,93 @@ TEST(CommandLine, WrongArgumentsAreRefused)
     EXPECT_EQ(refused({"sim", "--duration", "3 days"}), ExitCode::Usage);
     EXPECT_EQ(refused({"sim", "--start", "yesterday"}), ExitCode::Usage);
     EXPECT_EQ(refused({"feed", "a", "b"}), ExitCode::Usage);
+}
+
+std::string sentenceFor(const std::vector<std::string>& arguments)
+{
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(refused(arguments), ExitCode::Usage);
+    return testing::internal::GetCapturedStderr();
+}
+
+TEST(CommandLine, AMistypedWordIsAnsweredWithTheNearest)
+{
+    EXPECT_THAT(sentenceFor({"sweeep", "x"}), HasSubstr("there is no source \"sweeep\": did you mean sweep?"));
+    EXPECT_THAT(sentenceFor({"drive.log"}), HasSubstr("the sources are sim, feed, sweep, bearings, nmea"));
+    EXPECT_THAT(sentenceFor({"--ouput", "d", "sim"}), HasSubstr("there is no option --ouput: did you mean --output?"));
+    EXPECT_THAT(sentenceFor({"sweep", "x", "--utc-ofset", "Z"}), HasSubstr("did you mean --utc-offset?"));
+    EXPECT_THAT(sentenceFor({"--seed", "7", "sweep", "x"}), HasSubstr("--seed is an option of sim"));
+    EXPECT_THAT(sentenceFor({"sweep", "x", "nmea"}), HasSubstr("nmea needs the name of a file"));
+    EXPECT_THAT(sentenceFor({"feed", "a", "b"}), HasSubstr("\"b\" is one word too many behind feed"));
+}
+
+TEST(CommandLine, ASecondSourceOfOneKindIsRefusedInASentence)
+{
+    EXPECT_THAT(sentenceFor({"sweep", "a.csv", "sweep", "b.csv"}), HasSubstr("a run has one sweep: "));
+    EXPECT_THAT(sentenceFor({"sim", "sim"}), HasSubstr("a run has one sim: "));
+    EXPECT_THAT(sentenceFor({"sweep", "a.csv", "nmea", "b.log", "sweep", "c.csv"}), HasSubstr("a run has one sweep: "));
+}
+
+TEST(CommandLine, WrongValuesOfOptionsAreWrongArguments)
+{
+    const std::vector<std::vector<std::string>> all = {
+        {"sweep", "x", "--utc-offset", "east"},
+        {"sweep", "x", "--bin-frequency", "upper"},
+        {"nmea", "x", "--date", "21.11.2026"},
+        {"bearings", "x", "--separator", "abc"},
+        {"bearings", "x", "--date-format", "yyyy"},
+        {"bearings", "x", "--utc-offset", "25"},
+        {"bearings", "x", "--frequency-unit", "m"},
+        {"bearings", "x", "--heading", "400"},
+        {"--split-on-gap=soon", "nmea", "x"},
+        {"--archive-wait", "-1"},
+        {"--make-output", "sim"},
+#if defined(RECSTATION_HAS_IQ)
+        {"iq", "x", "--rate", "fast"},
+        {"iq", "x", "--rate", "0"},
+        {"iq", "x", "--centre", "1 light"},
+        {"iq", "x", "--start", "noon"},
+        {"iq", "x", "--fft", "17"},
+        {"iq", "x", "--window", "square"},
+        {"iq", "x", "--overlap", "96"},
+        {"iq", "x", "--average", "-1"},
+        {"iq", "x", "--as", "af"},
+        {"iq", "x", "--format", "mp3"},
+#endif
+    };
+    for (const auto& arguments : all) {
+        EXPECT_THAT(sentenceFor(arguments), HasSubstr("recstation: ")) << testing::PrintToString(arguments);
+    }
+}
+
+TEST(CommandLine, NumbersHaveUnits)
+{
+#if defined(RECSTATION_HAS_IQ)
+    const Options options = parse({"iq", "x", "--rate", "48k", "--centre", "145.5M", "--overlap", "50%"});
+    EXPECT_EQ(options.iq->rateHz, 48e3);
+    EXPECT_EQ(options.iq->centreHz, 145.5e6);
+    EXPECT_EQ(options.iq->overlapPercent, 50);
+    for (const char* centre : {"1.4200 GHz", "1.42G", "1420MHz", "1420000kHz", "1.42e9", "1420000000 hz"}) {
+        EXPECT_EQ(parse({"iq", "x", "--centre", centre}).iq->centreHz, 1.42e9) << centre;
+    }
+#endif
+    EXPECT_EQ(parse({"--archive-wait", "2min"}).archiveWaitSeconds, 120);
+    EXPECT_EQ(parse({"--speed", "2x"}).speed, 2);
+}
+
+TEST(CommandLine, GapsAreOfTenMinutesUnlessATimeIsGiven)
+{
+    EXPECT_EQ(parse({"nmea", "x"}).splitGapUs, std::nullopt);
+    EXPECT_EQ(parse({"--split-on-gap", "nmea", "x"}).splitGapUs, 600'000'000U);
+    EXPECT_EQ(parse({"nmea", "x", "--split-on-gap=2h"}).splitGapUs, 7'200'000'000U);
+    EXPECT_TRUE(parse({"nmea", "x", "--allow-gap"}).allowGap);
+}
+
+TEST(CommandLine, StartsReachBackToTheFirstSecondOf1970)
+{
+    EXPECT_EQ(parse({"sim", "--start", "1970-01-01T00:00:01Z"}).sim->startTime, 1'000'000U);
+    EXPECT_EQ(parse({"feed", "--start", "1970-01-01T00:00:01Z"}).feed->startTime, 1'000'000U);
+    EXPECT_THAT(sentenceFor({"feed", "--start", "1970-01-01T00:00:00Z"}), HasSubstr("after the start of 1970"));
 }
 
 TEST(CommandLine, StartsAreReadToTheMicrosecond)

@@ -34,7 +34,7 @@ SourceReport run(const std::string& text, std::vector<std::string>& reports)
         };
     };
     Scheduler scheduler(clock);
-    scheduler.add(std::make_unique<FeedSource>(open, 0, false, host));
+    scheduler.add(std::make_unique<FeedSource>(open, 0, FeedOptions(), host));
     scheduler.prepare();
     while (scheduler.nextTime()) {
         scheduler.step();

@@ -48,7 +48,8 @@ protected:
             };
         };
         Scheduler scheduler(m_clock);
-        scheduler.add(std::make_unique<FeedSource>(open, startUs, m_strict, host));
+        host.recorded = [](const QString& path) { return !path.isEmpty(); };
+        scheduler.add(std::make_unique<FeedSource>(open, startUs, m_options, host));
         scheduler.prepare();
         while (scheduler.nextTime()) {
             scheduler.step();
@@ -70,9 +71,44 @@ protected:
     values::Tree m_tree;
     std::vector<std::string> m_commands;
     std::vector<std::string> m_created;
-    bool m_strict = false;
+    FeedOptions m_options;
     std::vector<std::string> m_reports;
 };
+
+const std::string plainBeforeMap = R"({"at": 0, "path": "/LEVEL", "create": "number"}
+{"at": 0, "path": "/Spectrum", "create": "levels", "range": {"start": 1e6, "step": 1e3, "count": 2}}
+{"at": 100, "record": "On"}
+{"at": 200, "path": "/LEVEL", "set": -1}
+{"at": 300, "path": "/LEVEL", "set": -2}
+{"at": 1000, "path": "/Spectrum", "cells": [1, 2], "time": 980}
+{"at": 1100, "path": "/LEVEL", "set": -3}
+{"at": 2000, "path": "/Spectrum", "cells": [1, 2], "time": 1980}
+)";
+
+TEST_F(FeedSourceTest, PlainValuesThatTheFirstMapsTimeMovesAreToldWithTheAmount)
+{
+    run(plainBeforeMap);
+    EXPECT_THAT(m_reports,
+                ElementsAre(AllOf(HasSubstr("line 6: 2 changes"), HasSubstr("880 ms later"), HasSubstr("--keep-at"))));
+}
+
+TEST_F(FeedSourceTest, NothingIsMovedWhereEveryValueKeepsItsTime)
+{
+    m_options.keepAt = true;
+    run(plainBeforeMap);
+    EXPECT_THAT(m_reports, testing::IsEmpty());
+}
+
+TEST_F(FeedSourceTest, AMapThatComesFirstMovesNothing)
+{
+    run(R"({"at": 0, "path": "/LEVEL", "create": "number"}
+{"at": 0, "path": "/Spectrum", "create": "levels", "range": {"start": 1e6, "step": 1e3, "count": 2}}
+{"at": 100, "record": "On"}
+{"at": 1000, "path": "/Spectrum", "cells": [1, 2], "time": 980}
+{"at": 1100, "path": "/LEVEL", "set": -3}
+)");
+    EXPECT_THAT(m_reports, testing::IsEmpty());
+}
 
 TEST_F(FeedSourceTest, CreatesAndSetsPlainValues)
 {
@@ -208,7 +244,7 @@ TEST_F(FeedSourceTest, ManyBadLinesAreCountedAndNotAllReported)
 
 TEST_F(FeedSourceTest, StrictEndsAtTheFirstBadLine)
 {
-    m_strict = true;
+    m_options.strict = true;
     const std::string create = "{\"at\": 0, \"path\": \"/A\", \"create\": \"bool\"}\n";
     EXPECT_THROW(run(create + "broken\n"), std::runtime_error);  // when it is read
     EXPECT_NE(m_tree.Find(QStringLiteral("/A")), nullptr);

@@ -256,7 +256,41 @@ TEST_F(ProgramTest, AMissingDirectoryIsRefused)
 {
     const Result result = run({QStringLiteral("-o"), QStringLiteral("nowhere")});
     EXPECT_EQ(result.exitCode, 2);
-    EXPECT_THAT(result.messages, HasSubstr("the directory nowhere does not exist"));
+    EXPECT_THAT(result.messages, HasSubstr("the directory nowhere does not exist; --make-output makes it"));
+}
+
+TEST_F(ProgramTest, AMissingDirectoryIsMadeWhenAskedFor)
+{
+    const Result result = run({QStringLiteral("-o"), QStringLiteral("new/place"), QStringLiteral("--make-output"),
+                               QStringLiteral("sim"), QStringLiteral("--duration"), QStringLiteral("1s")});
+    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    EXPECT_THAT(QDir(path(QStringLiteral("new/place"))).entryList({QStringLiteral("*.rec")}), SizeIs(2));
+}
+
+TEST_F(ProgramTest, TheProgressCountsWhatIsStillInTheRecordersMemory)
+{
+    QProcess process;
+    start(process, {QStringLiteral("feed"), QStringLiteral("-"), QStringLiteral("--start"),
+                    QStringLiteral("1970-01-01T00:00:01Z")});
+    QByteArray feed = R"({"at": 0, "path": "/DEVICE_CAPTION", "create": "text", "value": "A"}
+{"at": 0, "path": "/LEVEL", "create": "number"}
+{"at": 0, "record": "On"}
+)";
+    for (int i = 1; i <= 2'000; ++i) {
+        feed += QStringLiteral("{\"at\": %1, \"path\": \"/LEVEL\", \"set\": %2}\n").arg(10 * i).arg(i).toLatin1();
+    }
+    process.write(feed);
+    process.setReadChannel(QProcess::StandardError);
+    QByteArray messages;
+    // The lines come every five seconds, when something changes: far less than what is handed to the system at a time.
+    for (int at = 20'010; !messages.contains(" kB, "); at += 10) {
+        process.write(QStringLiteral("{\"at\": %1, \"path\": \"/LEVEL\", \"set\": %1}\n").arg(at).toLatin1());
+        process.waitForReadyRead(100);
+        messages += process.readAllStandardError();
+        ASSERT_LT(at, 30'000) << messages.toStdString();
+        ASSERT_FALSE(messages.contains(" 500 bytes")) << messages.toStdString();
+    }
+    EXPECT_EQ(finish(process).exitCode, 0);
 }
 
 TEST_F(ProgramTest, AConfiguredDirectoryThatIsMissingIsRefusedAndNotReplaced)
@@ -335,9 +369,9 @@ TEST_F(ProgramTest, ThePlugInCanBeNamed)
 
 TEST_F(ProgramTest, AnUnknownRecorderIsRefused)
 {
-    const Result result = run({QStringLiteral("--record"), QStringLiteral("nobody")});
-    EXPECT_EQ(result.exitCode, 2);
-    EXPECT_THAT(result.messages, HasSubstr("no recorder \"nobody\" is configured"));
+    const Result result = run({QStringLiteral("--record"), QStringLiteral("reciever")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.messages, HasSubstr("no recorder of that name is configured: did you mean receiver?"));
 }
 
 TEST_F(ProgramTest, WrongArgumentsGiveExitCodeOneAndHelpNone)

@@ -56,6 +56,19 @@ TEST_F(SchedulerTest, TheClockOfTheProcessShowsTheTimeOfTheStep)
     EXPECT_EQ(QuonOS::Create()->CurrentTime(), 1'000U);
 }
 
+TEST_F(SchedulerTest, BehindAGapTheClockMayGoBack)
+{
+    std::vector<unsigned long long> gaps;
+    m_scheduler.tellGaps(50, [&](unsigned long long time) {
+        gaps.push_back(time);
+        m_clock.set(time);
+    });
+    add("a", {1'000, 1'040, 1'030, 500, 520, 600});
+    runToEnd();
+    EXPECT_THAT(m_steps, ElementsAre("a@1000", "a@1040", "a@1040", "a@500", "a@520", "a@600"));
+    EXPECT_THAT(gaps, ElementsAre(500, 600));
+}
+
 TEST_F(SchedulerTest, TheClockNeverGoesBackwards)
 {
     m_clock.set(100);

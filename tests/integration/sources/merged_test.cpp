@@ -109,6 +109,46 @@ TEST_F(Merged, BearingsAndPositionsComeTogetherInTheDirectionFindersRecording)
     EXPECT_NEAR(static_cast<double>(bearings[2]), static_cast<double>(eight + 20'500'000), 10'000);
 }
 
+TEST_F(Merged, SourcesThatLieApartAreRefusedWithTheirSpansUnlessAGapIsAllowed)
+{
+    const QString csv = write("night.csv",
+                              "2014-05-01, 08:00:00, 0, 4, 1, 1, -1, -2, -3, -4\n"
+                              "2014-05-01, 08:20:00, 0, 4, 1, 1, -1, -2, -3, -4\n");
+    const QStringList arguments{QStringLiteral("sweep"), csv, QStringLiteral("nmea"), write("drive.log", drive(10))};
+    const Result refused = run(arguments);
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_THAT(refused.summary.at("failure").get<std::string>(),
+                testing::AllOf(HasSubstr("sweep (2014-05-01 08:00:00 UTC to 2014-05-01 08:20:00 UTC)"),
+                               HasSubstr("nmea (2026-11-21 08:00:00 UTC to 2026-11-21 08:00:09 UTC)"),
+                               HasSubstr("--allow-gap")));
+    EXPECT_THAT(refused.summary.at("files"), SizeIs(0));
+    const Result allowed = run(arguments + QStringList(QStringLiteral("--allow-gap")));
+    EXPECT_EQ(allowed.exitCode, 0) << allowed.messages;
+    EXPECT_THAT(allowed.summary.at("files"), SizeIs(1));
+    const Result parted = run(arguments + QStringList(QStringLiteral("--split-on-gap=1h")));
+    EXPECT_EQ(parted.exitCode, 0) << parted.messages;
+    EXPECT_THAT(parted.summary.at("files"), SizeIs(2));
+}
+
+TEST_F(Merged, ADriveBehindALaterOneIsARecordingOfItsOwnWhereGapsPartThem)
+{
+    const QByteArray later = drive(10).replace("GPRMC,08", "GPRMC,09");
+    const Result result =
+        run({QStringLiteral("nmea"), write("drives.log", later + drive(10)), QStringLiteral("--split-on-gap")});
+    ASSERT_EQ(result.exitCode, 0) << result.messages;
+    ASSERT_THAT(result.summary.at("files"), SizeIs(2));
+    EXPECT_THAT(result.messages,
+                HasSubstr("the time leaps from 2026-11-21 09:00:09 UTC to 2026-11-21 08:00:00 UTC: a new recording"));
+    const RecordedFile first = readRecordedFile(result.summary.at("files")[0].at("path"));
+    const RecordedFile behind = readRecordedFile(result.summary.at("files")[1].at("path"));
+    EXPECT_EQ(first.startUs, eight + 3600 * second);
+    EXPECT_EQ(behind.startUs, eight);
+    const auto latitudes = behind.numbers(latitudeCode);
+    ASSERT_THAT(latitudes, SizeIs(10));
+    EXPECT_NEAR(static_cast<double>(latitudes[9].timeUs), static_cast<double>(eight + 9 * second), 10'000);
+    EXPECT_EQ(result.summary.at("recordedMs"), 18'000);
+}
+
 TEST_F(Merged, TwoSourcesOfOneSpectrumAreRefused)
 {
     const QString csv = write("night.csv", "2026-11-21, 08:00:00, 0, 4, 1, 1, -1, -2, -3, -4\n");

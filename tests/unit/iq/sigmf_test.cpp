@@ -81,11 +81,11 @@ TEST_F(SigMf, RecordingsThatAreLaidOutOtherwiseAreRefused)
 {
     EXPECT_THAT(problem(R"({"global": {"core:datatype": "cu8"}, "captures": [{}, {}]})"), HasSubstr("2 captures"));
     EXPECT_THAT(problem(R"({"global": {"core:datatype": "cu8", "core:num_channels": 2}, "captures": [{}]})"),
-                HasSubstr("core:num_channels"));
+                HasSubstr("\"core:num_channels\" is 2, and only 1 is supported"));
     EXPECT_THAT(problem(R"({"global": {"core:datatype": "cu8"}, "captures": [{"core:header_bytes": 16}]})"),
                 HasSubstr("core:header_bytes"));
     EXPECT_THAT(problem(R"({"global": {"core:datatype": "cu8"}, "captures": [{"core:sample_start": 1}]})"),
-                HasSubstr("core:sample_start"));
+                HasSubstr("\"core:sample_start\" is 1, and only 0 is supported"));
 }
 
 TEST_F(SigMf, AMissingFileIsNamed)

@@ -17,6 +17,7 @@
 namespace recstation {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -181,6 +182,48 @@ TEST_F(NmeaSourceTest, MidnightAndTimesThatGoBackAreCounted)
     EXPECT_EQ(steps[3].first, steps[1].first + second / 2);
     EXPECT_EQ(steps[4].first, eight - 28'798 * second);
     EXPECT_THAT(m_reports, ElementsAre(HasSubstr("1 row goes back, by up to "), HasSubstr("midnight passed 1 times")));
+}
+
+std::string twoDrives()
+{
+    std::string log;
+    for (const char* hour : {"09", "08"}) {
+        for (int i = 10; i < 21; ++i) {
+            log += rmc(hour + ("00" + std::to_string(i))) + hdt(i);
+        }
+    }
+    return log;
+}
+
+TEST_F(NmeaSourceTest, ADriveBehindALaterOneIsToldWithItsTimes)
+{
+    const auto steps = run(twoDrives());
+    EXPECT_EQ(steps.back().first, eight + 3620 * second);
+    EXPECT_THAT(m_reports,
+                ElementsAre(AllOf(HasSubstr("11 rows go back, by up to 3610.000 s, from 2026-11-21 09:00:20 UTC"),
+                                  HasSubstr("from 2026-11-21 08:00:10 UTC to 2026-11-21 08:00:20 UTC"),
+                                  HasSubstr("--split-on-gap"))));
+}
+
+TEST_F(NmeaSourceTest, WhereGapsPartRecordingsADriveBehindALaterOneHasItsOwnTimes)
+{
+    m_options.splitGapUs = 600 * second;
+    const auto steps = run(twoDrives());
+    ASSERT_THAT(steps, SizeIs(44));
+    EXPECT_THAT(steps[21], Pair(eight + 3620 * second, 20));  // behind the last time of the first drive
+    EXPECT_EQ(steps[22].first, eight + 10 * second);
+    EXPECT_THAT(steps[23], Pair(eight + 10 * second + second / 2, 10));
+    EXPECT_EQ(steps.back().first, eight + 20 * second);
+    EXPECT_THAT(m_reports, IsEmpty());
+}
+
+TEST_F(NmeaSourceTest, NothingIsSpreadOverAGapThatPartsRecordings)
+{
+    m_options.splitGapUs = 600 * second;
+    const auto steps = run(rmc("080000") + hdt(1) + rmc("090000"));
+    ASSERT_THAT(steps, SizeIs(3));
+    EXPECT_THAT(steps[1], Pair(eight, 1));
+    EXPECT_EQ(steps[2].first, eight + 3600 * second);
 }
 
 TEST_F(NmeaSourceTest, ARolledBackDateIsReportedAndOnlyCorrectedWhenAsked)

@@ -1,0 +1,111 @@
+#include "wrongarguments.h"
+
+#include <algorithm>
+
+#include "nearestword.h"
+
+namespace recstation {
+
+namespace {
+
+std::vector<std::string> sourceNames(const CLI::App& app)
+{
+    std::vector<std::string> names;
+    for (const CLI::App* source : app.get_subcommands({})) {
+        names.push_back(source->get_name());
+    }
+    return names;
+}
+
+void addOptionNames(const CLI::App& app, std::vector<std::string>& names)
+{
+    for (const CLI::Option* option : app.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            names.push_back("--" + name);
+        }
+    }
+}
+
+std::string meant(const std::string& word, const std::vector<std::string>& words)
+{
+    const auto near = nearestWord(word, words);
+    return near ? ": did you mean " + *near + "?" : "";
+}
+
+std::string unknownOption(const CLI::App& app, const std::string& argument)
+{
+    const std::string name = argument.substr(0, argument.find('='));
+    std::vector<std::string> known;
+    addOptionNames(app, known);
+    for (const CLI::App* source : app.get_subcommands({})) {
+        std::vector<std::string> own;
+        addOptionNames(*source, own);
+        if (name != "--help" && std::find(own.begin(), own.end(), name) != own.end()) {
+            return name + " is an option of " + source->get_name() + ", and stands behind that word";
+        }
+        if (source->count() > 0) {
+            known.insert(known.end(), own.begin(), own.end());
+        }
+    }
+    return "there is no option " + name + meant(name, known);
+}
+
+std::string listed(const std::vector<std::string>& words)
+{
+    std::string list;
+    for (const std::string& word : words) {
+        list += (list.empty() ? "" : ", ") + word;
+    }
+    return list;
+}
+
+std::string unknownWord(const CLI::App& app, const std::string& word, const std::vector<std::string>& before)
+{
+    const std::vector<std::string> names = sourceNames(app);
+    const auto source = std::find_first_of(before.rbegin(), before.rend(), names.begin(), names.end());
+    const std::string near = meant(word, names);
+    if (source != before.rend()) {
+        return "\"" + word + "\" is one word too many behind " + *source + near;
+    }
+    return "there is no source \"" + word + "\"" +
+           (near.empty() ? ": the sources are " + listed(names) + ", and the name of a file stands behind one" : near);
+}
+
+}  // namespace
+
+std::string namedTwice(const CLI::App& app)
+{
+    for (const CLI::App* source : app.get_subcommands({})) {
+        if (source->count() > 1) {
+            return "a run has one " + source->get_name() +
+                   ": record the other in a run of its own, and join the recordings with rectool merge";
+        }
+    }
+    return {};
+}
+
+std::string whatIsWrong(const CLI::App& app, const CLI::ParseError& error, const std::vector<std::string>& arguments)
+{
+    if (const std::string twice = namedTwice(app); !twice.empty()) {
+        return twice;
+    }
+    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+        const std::vector<std::string> rest = app.remaining(true);  // in no order that one could rely on
+        const auto first = std::find_first_of(arguments.begin(), arguments.end(), rest.begin(), rest.end());
+        if (first != arguments.end()) {
+            const bool option = first->size() > 1 && first->front() == '-';
+            return option ? unknownOption(app, *first) : unknownWord(app, *first, {arguments.begin(), first});
+        }
+    }
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
+        for (const CLI::App* source : app.get_subcommands()) {
+            const CLI::Option* file = source->get_option_no_throw("FILE");
+            if (file != nullptr && file->get_required() && file->count() == 0) {
+                return source->get_name() + " needs the name of a file; - is the standard input";
+            }
+        }
+    }
+    return error.what();
+}
+
+}  // namespace recstation
