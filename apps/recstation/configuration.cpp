@@ -16,7 +16,7 @@ const QString archiveTable = QStringLiteral("archive");
 
 constexpr std::array knownKeys = {"ValuePath",     "StatusValuePath",        "RecordingPath", "RecFileNameFormat83",
                                   "MaxFileLength", "FileExpandingSize",      "Values",        "DiskExpandingSize",
-                                  "RecordDF",      "RecordingNameLocalTime", "Journal"};
+                                  "RecordDF",      "RecordingNameLocalTime", "Journal",       "FileMode"};
 
 bool isKnown(const QString& key)
 {
@@ -85,6 +85,24 @@ void refuseOtherJournals(const ICfg& cfg, const QString& name)
     }
 }
 
+// The same with permissions.
+void refuseOtherFileModes(const ICfg& cfg, const QString& name)
+{
+    constexpr int octal = 8;
+    constexpr unsigned everything = 0777;
+    constexpr unsigned ownerReadsAndWrites = 0600;
+    const QString text = cfg.ReadString(QStringLiteral("FileMode"), QStringLiteral("0640"));
+    bool sound = false;
+    const unsigned mode = text.toUInt(&sound, octal);
+    if (!sound || mode > everything || (mode & ownerReadsAndWrites) != ownerReadsAndWrites) {
+        throw std::runtime_error(
+            QStringLiteral("key \"FileMode\" of recorder \"%1\": expected permissions in octal with which the owner "
+                           "reads and writes, such as \"0640\", found \"%2\"")
+                .arg(name, text)
+                .toStdString());
+    }
+}
+
 Instance readInstance(const QString& name, QStringList& warnings)
 {
     const std::unique_ptr<ICfg> cfg(CfgCenter::CreateCfg(name, view, QString()));
@@ -96,6 +114,7 @@ Instance readInstance(const QString& name, QStringList& warnings)
     instance.directionFinding = cfg->ReadBoolean(QStringLiteral("RecordDF"), false);
     checkTypesOfOtherKeys(*cfg);
     refuseOtherJournals(*cfg, name);
+    refuseOtherFileModes(*cfg, name);
     for (std::int32_t i = 0; !cfg->KeyName(i).isEmpty(); ++i) {
         if (!isKnown(cfg->KeyName(i))) {
             warnings +=

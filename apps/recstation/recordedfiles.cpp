@@ -30,12 +30,16 @@ QString examineBytes(FileReport& report, const QString& path)
     return damageOf(summary);
 }
 
+// An empty file beside the finished one is another process's, which finds the name taken and gives it up; and a
+// recording is no link.
 FileReport::State stateOnDisk(const QString& temporary, const QString& finished)
 {
-    if (QFileInfo::exists(temporary)) {
+    const QFileInfo open(temporary);
+    const bool isFinished = QFileInfo::exists(finished);
+    if (open.exists() && !open.isSymLink() && (open.size() > 0 || !isFinished)) {
         return FileReport::State::Temporary;
     }
-    return QFileInfo::exists(finished) ? FileReport::State::Finished : FileReport::State::Missing;
+    return isFinished ? FileReport::State::Finished : FileReport::State::Missing;
 }
 
 }  // namespace

@@ -200,7 +200,29 @@ void Recorder::checkNewFiles()
             fail(QStringLiteral("cannot record: the file %1 could not be created: %2")
                      .arg(missing, whyNotCreated(missing)));
         }
+        noteShortName(path);
     }
+}
+
+void Recorder::noteShortName(const QString& path)
+{
+    const QFileInfo open(path);
+    if (m_toldShortNames || open.baseName() == open.completeBaseName()) {
+        return;
+    }
+    m_toldShortNames = true;
+    m_warning =
+        QStringLiteral(
+            "%1: a dot in the device's caption or name shortens the names of its finished recordings to %2: the "
+            "first to be closed gets that name, the others keep theirs, which end in .tmp")
+            .arg(name(), QFileInfo(finishedPath(path)).fileName());
+}
+
+QString Recorder::takeWarning()
+{
+    QString warning;
+    warning.swap(m_warning);
+    return warning;
 }
 
 }  // namespace recstation

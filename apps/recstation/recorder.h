@@ -58,6 +58,8 @@ public:
     /// What is known of a recording that was rescued.
     [[nodiscard]] std::optional<RescuedRecording> rescued(const QString& temporaryPath) const;
 
+    /// Once after names of finished recordings turned out to be shorter than those of open ones: a sentence about it.
+    [[nodiscard]] QString takeWarning();
     /// Once after the recorder ended a recording by itself, because it could not be written.
     [[nodiscard]] bool stoppedItself();
     /// Where the next recording goes.
@@ -68,6 +70,7 @@ public:
 private:
     void endWatch();
     void rescue(RecordingWatch& watch, FileHarm harm, Rescues& rescues);
+    void noteShortName(const QString& path);
 
     Instance m_instance;
     Plugin::Instance m_plugged;
@@ -78,6 +81,8 @@ private:
     std::vector<std::pair<std::unique_ptr<RecordingWatch>, FileHarm>> m_harmed;  // closed since the last look
     QHash<QString, RescuedRecording> m_rescued;                                  // by the name in m_files
     int m_checkedFiles = 0;
+    bool m_toldShortNames = false;
+    QString m_warning;
     bool m_switchedOn = false;
     IObserver* m_observer = nullptr;  // the recorder; null if it cannot be told
     // In no tree; a change of it is no record, but its time counts.

@@ -50,7 +50,7 @@ void RecorderTraces::hear(const QString& message)
 {
     if (message.contains(QLatin1String("recording stopped, writing "))) {
         m_stops += message;
-    } else if (m_warn && message.contains(QLatin1String("without a journal"))) {
+    } else if (m_warn && message.contains(QLatin1String("recording goes on without a "))) {
         m_warn(message.mid(message.indexOf(QLatin1String(": ")) + 2));
     }
 }

@@ -42,6 +42,7 @@ QString copyToNew(const QString& from, const QString& to)
     if (!target.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
         return target.errorString();
     }
+    static_cast<void>(target.setPermissions(source.permissions()));  // no more people may read it than before
     constexpr qint64 pieceBytes = 1'048'576;
     while (!source.atEnd()) {
         const QByteArray piece = source.read(pieceBytes);

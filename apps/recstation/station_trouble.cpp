@@ -93,6 +93,10 @@ bool Station::rescueFilesOf(Recorder& recorder)
 void Station::tellStops()
 {
     for (const auto& recorder : m_recorders) {
+        const QString warning = recorder->takeWarning();
+        if (!warning.isEmpty()) {
+            m_messages.message(QStringLiteral("warning: ") + warning);
+        }
         if (recorder->stoppedItself()) {
             tellStop(*recorder);
         }

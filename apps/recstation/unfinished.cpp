@@ -45,25 +45,50 @@ bool isRecording(const QString& temporary)
     return readability == Readability::Ok || readability == Readability::NeverClosed;
 }
 
+bool isThere(const QString& path)
+{
+    const QFileInfo info(path);
+    return info.isSymLink() || info.exists();
+}
+
+/// What stands where a file is expected; empty when it is one. Nothing else is opened.
+QString whyNoFile(const QString& path)
+{
+    const QFileInfo info(path);
+    if (info.isSymLink()) {
+        return QStringLiteral("%1 is a link").arg(info.fileName());
+    }
+    if (info.isDir()) {
+        return QStringLiteral("%1 is a directory").arg(info.fileName());
+    }
+    return !info.exists() || info.isFile() ? QString() : QStringLiteral("%1 is no ordinary file").arg(info.fileName());
+}
+
+/// The same of a recording and its journal.
+QString whyNoRecording(const QString& path)
+{
+    const QString problem = whyNoFile(path);
+    return problem.isEmpty() ? whyNoFile(fromNative(Inspection::journalOf(native(path)))) : problem;
+}
+
 /// The paths to look at; of a journal without its .tmp the recording that was closed, or the journal itself.
 QStringList candidates(const QString& directory)
 {
     const QDir folder(directory);
+    constexpr auto everything = QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot;
     QStringList found;
-    for (const QString& name : folder.entryList({QStringLiteral("*.tmp")}, QDir::Files | QDir::Hidden, QDir::Name)) {
+    for (const QString& name : folder.entryList({QStringLiteral("*.tmp")}, everything, QDir::Name)) {
         const QString path = folder.absoluteFilePath(name);
-        if (isRecording(path)) {
+        if (!whyNoRecording(path).isEmpty() || isRecording(path)) {
             found += path;
         }
     }
-    const QStringList journals =
-        folder.entryList({QStringLiteral("*.tmp.journal")}, QDir::Files | QDir::Hidden, QDir::Name);
-    for (const QString& name : journals) {
+    for (const QString& name : folder.entryList({QStringLiteral("*.tmp.journal")}, everything, QDir::Name)) {
         const QString journal = folder.absoluteFilePath(name);
         const QString temporary = journal.chopped(journalEnding.size());
-        if (!QFileInfo::exists(temporary)) {
+        if (!isThere(temporary)) {
             const QString closed = temporary.chopped(4) + QStringLiteral(".rec");
-            found += QFileInfo::exists(closed) ? closed : journal;
+            found += isThere(closed) ? closed : journal;
         }
     }
     return found;
@@ -93,10 +118,18 @@ public:
     {
     }
     /// Before a recovery: one whose original cannot be put away would be done again at every start.
-    [[nodiscard]] bool prepare() const
+    /// @return why originals cannot be put there; empty when they can
+    [[nodiscard]] QString prepare() const
     {
-        const QFileInfo info(m_folder.absolutePath());
-        return QDir().mkpath(m_folder.absolutePath()) && info.isWritable();
+        QFileInfo info(m_folder.absolutePath());
+        if (info.isSymLink() || (info.exists() && !info.isDir())) {
+            return QStringLiteral("%1, where its original is to go, is no directory").arg(path());
+        }
+        const bool made = info.isDir() || QDir().mkdir(m_folder.absolutePath());
+        info.refresh();
+        return made && info.isWritable()
+                   ? QString()
+                   : QStringLiteral("the folder %1 for its original cannot be written").arg(path());
     }
     [[nodiscard]] QString path() const { return m_folder.absolutePath(); }
     /// An empty folder is of no use.
@@ -126,7 +159,7 @@ public:
             static_cast<void>(QFile::rename(moved, path));  // as it was, so that the next start finds it again
             return {};
         }
-        if (journal != path && QFileInfo::exists(journal) &&
+        if (journal != path && isThere(journal) &&
             !QFile::rename(journal, m_folder.absoluteFilePath(name + QStringLiteral(".tmp") + journalEnding))) {
             return {};
         }
@@ -138,9 +171,8 @@ private:
     {
         const QStringList endings = {QStringLiteral(".tmp"), QStringLiteral(".rec"), QStringLiteral(".tmp.journal"),
                                      journalEnding};
-        return std::any_of(endings.begin(), endings.end(), [&](const QString& ending) {
-            return QFileInfo::exists(m_folder.absoluteFilePath(name + ending));
-        });
+        return std::any_of(endings.begin(), endings.end(),
+                           [&](const QString& ending) { return isThere(m_folder.absoluteFilePath(name + ending)); });
     }
     QDir m_folder;
 };
@@ -190,12 +222,16 @@ UnfinishedRecording recoverOne(const QString& path, const UnfinishedHooks& hooks
 {
     UnfinishedRecording unfinished;
     unfinished.path = path;
+    unfinished.problem = whyNoRecording(path);
+    if (!unfinished.problem.isEmpty()) {
+        return unfinished;
+    }
     if (path.endsWith(journalEnding)) {
         unfinished.problem = QStringLiteral("the recording that this journal belongs to is not there");
         return unfinished;
     }
-    if (!attic.prepare()) {
-        unfinished.problem = QStringLiteral("the folder %1 for its original cannot be written").arg(attic.path());
+    unfinished.problem = attic.prepare();
+    if (!unfinished.problem.isEmpty()) {
         return unfinished;
     }
     const std::string recording = native(path);
@@ -259,7 +295,7 @@ std::vector<UnfinishedRecording> recoverUnfinished(const QString& directory, con
             unfinished.path = path;
             unfinished.problem = QString::fromUtf8(error.what());
         }
-        if (unfinished.recovered.isEmpty() && !QFileInfo::exists(path)) {
+        if (unfinished.recovered.isEmpty() && !isThere(path)) {
             continue;  // another program was faster
         }
         if (hooks.report) {
@@ -282,6 +318,7 @@ UnfinishedRecording saveDamaged(const QString& closed)
         RecoveryOptions options;
         options.output = Inspection::recoveredName(recording);
         options.closed = true;
+        options.withoutLocks = true;  // it was written here
         const Recovery recovery = Inspection::recover(recording, options);
         if (recovery.outcome != RecoveryOutcome::Whole && recovery.outcome != RecoveryOutcome::SomethingLost) {
             saved.problem = QString::fromStdString(recovery.problem);
@@ -291,7 +328,7 @@ UnfinishedRecording saveDamaged(const QString& closed)
         if (before > saved.records) {
             saved.lost.prepend(QStringLiteral("%1 records").arg(before - saved.records));
         }
-        saved.movedTo = attic.prepare() ? putClosedAway(saved, QString(), attic) : QString();
+        saved.movedTo = attic.prepare().isEmpty() ? putClosedAway(saved, QString(), attic) : QString();
         saved.problem = saved.movedTo.isEmpty() ? notMoved(attic) : QString();
     } catch (const std::exception& error) {
         saved.problem = QString::fromUtf8(error.what());

@@ -25,28 +25,29 @@ std::string counted(std::uint64_t number, const std::string& what)
 
 void printSummary(const RecoverOptions& options, const std::string& output, const Recovery& recovery)
 {
-    std::cout << output << ": " << counted(recovery.records, "record") << ", "
+    std::cout << oneLine(output) << ": " << counted(recovery.records, "record") << ", "
               << grouped(static_cast<std::uint64_t>(recovery.bytes)) << " bytes, from " << utc(recovery.header.startMs)
               << " to " << utc(recovery.header.stopMs) << '\n';
     if (recovery.journal.empty()) {
-        std::cout << "There was no journal that could be used: the records of " << options.file << " were walked.\n";
+        std::cout << "There was no journal that could be used: the records of " << printedName(options.file)
+                  << " were walked.\n";
     } else {
-        std::cout << "By " << recovery.journal << ": " << counted(recovery.times.kept, "record")
+        std::cout << "By " << oneLine(recovery.journal) << ": " << counted(recovery.times.kept, "record")
                   << " with their exact time.\n";
     }
     for (const std::string& line : Inspection::describe(recovery.times, grouped)) {
         std::cout << "Rebuilt: " << line << ".\n";
     }
     for (const std::string& line : recovery.lost) {
-        std::cout << "Lost: " << line << ".\n";
+        std::cout << "Lost: " << oneLine(line) << ".\n";
     }
     for (const std::string& line : recovery.notes) {
-        std::cout << "Note: " << line << ".\n";
+        std::cout << "Note: " << oneLine(line) << ".\n";
     }
     if (recovery.outcome == RecoveryOutcome::Whole) {
         std::cout << "Nothing was lost.\n";
     }
-    std::cout << options.file << " was left as it is.\n";
+    std::cout << printedName(options.file) << " was left as it is.\n";
 }
 
 void printJson(const RecoverOptions& options, const std::string& output, const Recovery& recovery)
@@ -84,15 +85,19 @@ ExitCode recover(const RecoverOptions& options)
     Recovery recovery;
     {
         Progress progress(options.file);
-        recovery =
-            Inspection::recover(options.file, {output, options.periodMs, progress.callback(), Interrupt::requested});
+        recovery = Inspection::recover(options.file, {.output = output,
+                                                      .periodMs = options.periodMs,
+                                                      .progress = progress.callback(),
+                                                      .interrupted = Interrupt::requested,
+                                                      .withoutLocks = true});
     }
     switch (recovery.outcome) {
         case RecoveryOutcome::Whole:
         case RecoveryOutcome::SomethingLost:
             break;
         case RecoveryOutcome::NothingToDo:
-            std::cout << options.file << ": " << recovery.problem << " There is nothing to recover; `rectool verify` "
+            std::cout << printedName(options.file) << ": " << oneLine(recovery.problem)
+                      << " There is nothing to recover; `rectool verify` "
                       << "tells whether it is sound.\n";
             return finish(ExitCode::Fine);
         case RecoveryOutcome::NotWritten:

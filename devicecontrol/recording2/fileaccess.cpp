@@ -17,12 +17,6 @@ namespace {
 
 const QString NoGroup = QStringLiteral("ERROR");
 
-// The name that a file has once it is finished: up to the first dot of its name, then ".rec".
-std::string finalName(const std::string& directory, const std::string& path)
-{
-    return directory + "/" + FileNames::baseName(path) + ".rec";
-}
-
 // Traces the exception being handled.
 void traceException(const char* format)
 {
@@ -43,6 +37,20 @@ void traceException(const char* format)
 bool FileAccessTrace::enabled()
 {
     return (ErrorHandler::Instance().TraceMask() & ErrorHandler::RecordingTraces) != 0;
+}
+
+void FileAccessTrace::failure(const QString& what, const std::string& path, System::Error error, std::uint16_t line)
+{
+    if (enabled()) {
+        _Q_Trace(QStringLiteral("CFileAccess: %1: %2: %3")
+                     .arg(what, FileNames::fromBytes(path), QString::fromStdString(System::errorText(error))),
+                 Source, line);
+    }
+}
+
+std::string finalName(const std::string& directory, const std::string& path)
+{
+    return directory + "/" + FileNames::baseName(path) + ".rec";
 }
 
 CFileAccess* CFileAccess::m_pInstance = nullptr;
@@ -137,26 +145,38 @@ bool CFileAccess::OpenRecording(const std::string& path, bool write, bool readTa
 bool CFileAccess::OpenForWriting(bool sameGroup)
 {
     m_sGuid = getNewGroupGuid(sameGroup);
+    CreateOutput();
     SharedFile& shared = *d->shared;
-    if (m_sGuid == NoGroup && shared.uncFilePath) {
-        const std::string name = finalName(FileNames::directory(d->path), d->path);
-        shared.uncFilePath->SetValue(FileNames::fromBytes(name), nullptr);
-    }
-    shared.output = std::make_unique<OutputFile>(FileNames::native(d->path), OpenMode::Create);
     shared.index = std::make_unique<Index::TimeIndex>();
     shared.channelRangeTimes = std::make_unique<std::set<std::uint64_t>>();
     shared.bookmarks = std::make_unique<std::map<std::uint64_t, std::string>>();
     if (!shared.output->good()) {
         return false;
     }
-    if (d->recorder != nullptr) {
-        d->keepJournal(d->recorder->m_journalMode);
-    }
     shared.output->append(Format::headerArea());
     shared.output->flush();  // from the first moment the file shows what it is
     shared.acceptedEnd = shared.output->position();
     d->fileGroupResult = m_sGuid == NoGroup ? -1 : addFileToFileGroup(FileNames::fromBytes(d->path), m_sGuid);
     return true;
+}
+
+void CFileAccess::ShowFinalName() const
+{
+    if (m_sGuid == NoGroup && d->shared->uncFilePath) {
+        const std::string name = finalName(FileNames::directory(d->path), d->path);
+        d->shared->uncFilePath->SetValue(FileNames::fromBytes(name), nullptr);
+    }
+}
+
+// A recorder's file is made where there is none; whoever names a file directly wants that one.
+void CFileAccess::CreateOutput()
+{
+    if (d->recorder != nullptr) {
+        CreateForRecorder();
+        return;
+    }
+    ShowFinalName();
+    d->shared->output = std::make_unique<OutputFile>(FileNames::native(d->path), OpenMode::Create);
 }
 
 bool CFileAccess::OpenForReading(bool readTables)
@@ -230,6 +250,8 @@ void CFileAccess::CloseOutput(bool skipHandOff)
     if (shared.forced) {
         shared.output->force();
     }
+    shared.output->flush();
+    const bool hasFinalName = TakeFinalName();
     const bool whole = shared.output->close();
     if (!whole && d->valid && FileAccessTrace::enabled()) {
         _Q_Trace(QStringLiteral("CFileAccess: recording file could not be written completely: ") +
@@ -237,7 +259,6 @@ void CFileAccess::CloseOutput(bool skipHandOff)
                  FileAccessTrace::Source, __LINE__);
     }
     shared.output.reset();
-    const bool hasFinalName = TakeFinalName();
     if (whole && shared.journal != nullptr) {
         d->removeJournal();
     }
@@ -246,11 +267,20 @@ void CFileAccess::CloseOutput(bool skipHandOff)
     }
 }
 
-// Only of a file that was opened: else another one may stand there. @return whether it bears the name that the archive
-// knows, which another recording may have where names are cut at a dot
+// Only of a file that was opened: else another one may stand there. It is still locked, so that nobody takes it for one
+// that was left behind; what was put in its place meanwhile keeps its name. @return whether it bears the name that the
+// archive knows, which another recording may have where names are cut at a dot
 bool CFileAccess::TakeFinalName()
 {
     if (!d->valid) {
+        return false;
+    }
+    if (!d->shared->output->isAt(FileNames::native(d->path))) {
+        if (FileAccessTrace::enabled()) {
+            _Q_Trace(QStringLiteral("CFileAccess: the recording file is no longer under its name: ") +
+                         FileNames::fromBytes(d->path),
+                     FileAccessTrace::Source, __LINE__);
+        }
         return false;
     }
     const std::string final = finalName(FileNames::absoluteDirectory(d->path), d->path);

@@ -148,6 +148,9 @@ private:
 
     bool OpenRecording(const std::string& path, bool write, bool readTables, bool sameGroup);
     bool OpenForWriting(bool sameGroup);
+    void CreateOutput();
+    void CreateForRecorder();
+    void ShowFinalName() const;
     void BeginClosing();
     bool OpenForReading(bool readTables);
     void CloseOutput(bool skipHandOff);

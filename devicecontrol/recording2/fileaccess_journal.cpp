@@ -10,43 +10,32 @@
 
 namespace Recording2 {
 
-namespace {
-
-void traceFailure(const QString& what, const std::string& path, System::Error error, std::uint16_t line)
+System::Error CFileAccess::Private::keepJournal(JournalMode mode, System::FileMode fileMode)
 {
-    if (FileAccessTrace::enabled()) {
-        _Q_Trace(QStringLiteral("CFileAccess: %1: %2: %3")
-                     .arg(what, FileNames::fromBytes(path), QString::fromStdString(System::errorText(error))),
-                 FileAccessTrace::Source, line);
-    }
-}
-
-}  // namespace
-
-// The lock tells that somebody is still writing; nobody can hold the lock of a file that is made here, but a program
-// that is about to recover an old one of that name.
-void CFileAccess::Private::keepJournal(JournalMode mode)
-{
-    static_cast<void>(shared->output->lock());
     if (mode == JournalMode::Off) {
-        return;
+        return 0;
     }
     System::Error error = 0;
-    shared->journal = Journal::create(FileNames::native(Journal::pathFor(path)), mode, error);
+    shared->journal = Journal::create(FileNames::native(Journal::pathFor(path)), mode, fileMode, error);
+    if (error == System::NameTaken || error == System::LockHeld) {
+        return error;
+    }
     if (shared->journal == nullptr) {
-        traceFailure(QStringLiteral("recording goes on without a journal, it cannot be made"), Journal::pathFor(path),
-                     error, __LINE__);
-        return;
+        FileAccessTrace::failure(QStringLiteral("recording goes on without a journal, it cannot be made"),
+                                 Journal::pathFor(path), error, __LINE__);
+        return 0;
     }
     shared->output->keepTailIn(shared->journal.get());
     shared->forced = mode == JournalMode::Power;
     if (shared->forced) {
         shared->lastForced = std::chrono::steady_clock::now();
-        const System::Error failure = System::syncDirectory(FileNames::native(FileNames::directory(path)));
-        if (failure != 0) {
-            traceFailure(QStringLiteral("the directory cannot be forced to the device"), path, failure, __LINE__);
+        error = System::syncDirectory(FileNames::native(FileNames::directory(path)));
+        if (error != 0) {
+            FileAccessTrace::failure(QStringLiteral("the directory cannot be forced to the device"), path, error,
+                                     __LINE__);
         }
     }
+    return 0;
 }
 
 void CFileAccess::Private::removeJournal()
@@ -56,8 +45,8 @@ void CFileAccess::Private::removeJournal()
         error = shared->journal->remove();
     }
     if (error != 0) {
-        traceFailure(QStringLiteral("the journal of a closed recording cannot be removed"), Journal::pathFor(path),
-                     error, __LINE__);
+        FileAccessTrace::failure(QStringLiteral("the journal of a closed recording cannot be removed"),
+                                 Journal::pathFor(path), error, __LINE__);
     }
     shared->journal.reset();
 }

@@ -25,7 +25,11 @@ namespace Recording2 {
 namespace FileAccessTrace {
 inline const QString Source = QStringLiteral("devicecontrol\\recording2\\fileaccess");
 bool enabled();
+void failure(const QString& what, const std::string& path, System::Error error, std::uint16_t line);
 }  // namespace FileAccessTrace
+
+/// The name that a file has once it is finished: up to the first dot of its name, then ".rec".
+std::string finalName(const std::string& directory, const std::string& path);
 
 /// Between the interface's header and the file's. Times are cut to milliseconds.
 Format::HeaderRecord toRecord(const CHeaderData& header, const Format::Positions& positions);
@@ -153,7 +157,10 @@ struct CFileAccess::Private {
     [[nodiscard]] OutputFile* goodOutput() const;  // null when there is none, or it has failed
     [[nodiscard]] OpenInput* goodInput() const;    // null when there is none, or it stands at the end of the file
 
-    void keepJournal(JournalMode mode);
+    /// Makes the recorder's file, locked and with its journal. @return NameTaken when somebody has one of the names
+    System::Error makeNew(JournalMode mode, System::FileMode fileMode, bool& toldWithoutLocks);
+    System::Error lockOutput(bool& toldWithoutLocks);
+    System::Error keepJournal(JournalMode mode, System::FileMode fileMode);
     void removeJournal();
     void forceWhenDue();
     /// Whether what was appended since a position is whole; it is then part of the recording.

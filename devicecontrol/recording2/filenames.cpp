@@ -9,6 +9,8 @@
 
 #if defined(_WIN32)
 #include <windows.h>
+
+#include <QRegularExpression>
 #endif
 
 namespace Recording2::FileNames {
@@ -41,6 +43,36 @@ QString defaultDirectory()
     const QString directory = qEnvironmentVariable("TMPDIR");
     return directory.isEmpty() ? QStringLiteral("/tmp") : QDir::cleanPath(directory);
 #endif
+}
+
+bool fitsName(QChar character)
+{
+    if (character.category() == QChar::Other_Control || character == QLatin1Char('/')) {
+        return false;
+    }
+#if defined(_WIN32)
+    constexpr ushort LastOfLatin1 = 0xFF;
+    return character.unicode() <= LastOfLatin1 && !QStringLiteral("\\:*?\"<>|").contains(character);
+#else
+    return true;
+#endif
+}
+
+QString ordinary(const QString& name)
+{
+    QString changed = name;
+    if (changed.startsWith(QLatin1Char('.'))) {
+        changed[0] = QLatin1Char('_');
+    }
+#if defined(_WIN32)
+    static const QRegularExpression device(
+        QStringLiteral("^(CON|PRN|AUX|NUL|COM[0-9]|LPT[0-9]|CONIN\\$|CONOUT\\$)(\\.|$)"),
+        QRegularExpression::CaseInsensitiveOption);
+    if (device.match(changed).hasMatch()) {
+        changed.prepend(QLatin1Char('_'));
+    }
+#endif
+    return changed;
 }
 
 std::string toBytes(const QString& name)

@@ -14,6 +14,11 @@ namespace Recording2::FileNames {
 /// elsewhere.
 [[nodiscard]] QString defaultDirectory();
 
+/// Whether a character can stand in a file name, and is no separator and no control character.
+[[nodiscard]] bool fitsName(QChar character);
+/// The name of an ordinary, visible file: one that the system would hide or take for a device is changed.
+[[nodiscard]] QString ordinary(const QString& name);
+
 /// 8-bit file names: Latin-1 on Windows, UTF-8 elsewhere whatever the process's locale is.
 [[nodiscard]] std::string toBytes(const QString& name);
 [[nodiscard]] QString fromBytes(const std::string& name);

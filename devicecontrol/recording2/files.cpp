@@ -4,14 +4,14 @@
 
 namespace Recording2 {
 
-OutputFile::OutputFile(const std::filesystem::path& path, OpenMode mode)
+OutputFile::OutputFile(const std::filesystem::path& path, OpenMode mode, System::FileMode fileMode)
     : m_ownBuffer(BufferBytes + SmallBytes), m_buffer(m_ownBuffer.data())
 {
-    if (mode == OpenMode::Create) {
-        m_error = m_file.open(path, System::Access::Create);
-    } else {
+    if (mode == OpenMode::Update) {
         m_rewriting = std::make_unique<Rewriting>();
         m_error = m_rewriting->begin(path);
+    } else {
+        m_error = m_file.open(path, mode == OpenMode::New ? System::Access::New : System::Access::Create, fileMode);
     }
 }
 

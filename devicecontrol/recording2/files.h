@@ -17,15 +17,15 @@
 
 namespace Recording2 {
 
-/// Create replaces an existing file. Update changes one in place, all at once when the change is stored, and makes
-/// none; it waits until no other process changes the file.
-enum class OpenMode : std::uint8_t { Create, Update };
+/// Create replaces an existing file, New fails where the name is taken. Update changes one in place, all at once when
+/// the change is stored, and makes none; it waits until no other process changes the file.
+enum class OpenMode : std::uint8_t { Create, New, Update };
 
 /// A file being written through a buffer of its own or of a journal. After a failure it stays failed and writes nothing
 /// more, unless it is resumed.
 class OutputFile {
 public:
-    OutputFile(const std::filesystem::path& path, OpenMode mode);
+    OutputFile(const std::filesystem::path& path, OpenMode mode, System::FileMode fileMode = System::DefaultFileMode);
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
     ~OutputFile();  ///< Closes; a change that was not stored is none.
@@ -33,7 +33,9 @@ public:
     /// Keeps what is not yet handed over in the journal's buffer, before anything was appended. Until the first seek,
     /// or null.
     void keepTailIn(Journal* journal);
-    [[nodiscard]] bool lock() { return m_file.lock(); }  ///< against other processes, until it is closed
+    [[nodiscard]] System::Error lock() { return m_file.lock(); }  ///< against other processes, until it is closed
+    /// Whether a name is still that of this file, while it is open.
+    [[nodiscard]] bool isAt(const std::filesystem::path& path) const { return m_file.isAt(path); }
 
     [[nodiscard]] bool good() const { return m_error == 0; }
     [[nodiscard]] System::Error error() const { return m_error; }  ///< the first one

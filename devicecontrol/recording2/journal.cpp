@@ -1,6 +1,7 @@
 #include "journal.h"
 
 #include <random>
+#include <system_error>
 
 #include "format/layout.h"
 
@@ -33,15 +34,16 @@ std::int64_t reserveFor(std::uint64_t entries)
 
 }  // namespace
 
-std::unique_ptr<Journal> Journal::create(const std::filesystem::path& path, JournalMode mode, System::Error& error)
+std::unique_ptr<Journal> Journal::create(const std::filesystem::path& path, JournalMode mode, System::FileMode fileMode,
+                                         System::Error& error)
 {
     std::unique_ptr<Journal> journal(new Journal);
     journal->m_path = path;
-    error = journal->m_file.open(journal->m_path, System::Access::Create);
+    error = journal->m_file.open(journal->m_path, System::Access::New, fileMode);
     if (error != 0) {
         return nullptr;
     }
-    error = journal->make(mode);
+    error = journal->m_file.lock() == System::LockHeld ? System::LockHeld : journal->make(mode);
     if (error != 0) {
         journal->remove();
         return nullptr;
@@ -125,9 +127,14 @@ System::Error Journal::giveBackReserve()
 
 System::Error Journal::remove()
 {
+    const bool named = m_file.isAt(m_path);
     m_mapping.unmap();
     m_file.close();
-    return System::removeFile(m_path);
+    if (named) {
+        return System::removeFile(m_path);
+    }
+    std::error_code none;
+    return std::filesystem::exists(std::filesystem::symlink_status(m_path, none)) ? System::NameTaken : 0;
 }
 
 }  // namespace Recording2

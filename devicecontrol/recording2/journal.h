@@ -28,8 +28,10 @@ public:
     /// "NAME.tmp.journal"
     [[nodiscard]] static std::string pathFor(const std::string& recording) { return recording + ".journal"; }
 
-    /// Makes a journal, replacing an old one. @return null and an error when it cannot be made
-    static std::unique_ptr<Journal> create(const std::filesystem::path& path, JournalMode mode, System::Error& error);
+    /// Makes a journal, and locks it until it is removed. An old one is never replaced.
+    /// @return null and an error when it cannot be made
+    static std::unique_ptr<Journal> create(const std::filesystem::path& path, JournalMode mode,
+                                           System::FileMode fileMode, System::Error& error);
     Journal(const Journal&) = delete;
     Journal& operator=(const Journal&) = delete;
     ~Journal() = default;  ///< leaves the file where it is
@@ -70,7 +72,8 @@ public:
     System::Error force();
     /// Gives back the space that is kept for the closing tables.
     System::Error giveBackReserve();
-    System::Error remove();  ///< The buffer is gone then.
+    /// Unless another file has its name meanwhile. The buffer is gone then.
+    System::Error remove();
 
 private:
     Journal() = default;

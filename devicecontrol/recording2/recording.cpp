@@ -113,7 +113,8 @@ void CRecording::ReadConfiguration()
     m_antennaMode.Attach(m_valuePath + QStringLiteral("/AntennaMode"));
     m_statusValuePath = cfg->ReadString(QStringLiteral("StatusValuePath"), QStringLiteral("/DEVICES/RECSTATUS"));
     m_recordingPath = cfg->ReadString(QStringLiteral("RecordingPath"), FileNames::defaultDirectory());
-    if (!FileNames::isDirectory(FileNames::toBytes(m_recordingPath))) {
+    // An empty path is the current directory, which UseDefaultPaths names.
+    if (!m_recordingPath.isEmpty() && !FileNames::isDirectory(FileNames::toBytes(m_recordingPath))) {
         RecordingErrors::trace(QStringLiteral("CRecording::Init() - Cannot find the <%1> directory, set it to <%2>")
                                    .arg(m_recordingPath, FileNames::defaultDirectory()),
                                212);
@@ -125,6 +126,7 @@ void CRecording::ReadConfiguration()
     m_diskExpandingSize =
         leadingNumber(cfg->ReadString(QStringLiteral("DiskExpandingSize"), QStringLiteral("100000000")));
     ReadJournalMode(*cfg);
+    ReadFileMode(*cfg);
     const std::unique_ptr<ICfg> section(cfg->OpenSection(QStringLiteral("Values"), CfgCenter::View::Instance));
     if (section != nullptr) {
         ReadRecordedValues(*section);
@@ -141,6 +143,25 @@ void CRecording::ReadJournalMode(const ICfg& cfg)
     } else if (text != QLatin1String("process")) {
         RecordingErrors::trace(
             QStringLiteral("CRecording::Init() - Journal is <%1>, not process, power or off; set it to <process>")
+                .arg(text),
+            __LINE__);
+    }
+}
+
+void CRecording::ReadFileMode(const ICfg& cfg)
+{
+    constexpr int Octal = 8;
+    constexpr System::FileMode Everything = 0777;
+    constexpr System::FileMode OwnerReadsAndWrites = 0600;
+    const QString text = cfg.ReadString(QStringLiteral("FileMode"), QStringLiteral("0640"));
+    bool sound = false;
+    const System::FileMode mode = text.toUInt(&sound, Octal);
+    if (sound && mode <= Everything && (mode & OwnerReadsAndWrites) == OwnerReadsAndWrites) {
+        m_fileMode = mode;
+    } else {
+        RecordingErrors::trace(
+            QStringLiteral("CRecording::Init() - FileMode is <%1>, no permissions in octal with which the owner reads "
+                           "and writes; set it to <0640>")
                 .arg(text),
             __LINE__);
     }

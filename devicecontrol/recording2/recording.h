@@ -23,6 +23,7 @@
 #include "journal.h"
 #include "recordmodel.h"
 #include "recordtypetable.h"
+#include "system/nativefile.h"
 
 class ICfg;
 
@@ -84,6 +85,7 @@ private:
 
     void ReadConfiguration();
     void ReadJournalMode(const ICfg& cfg);
+    void ReadFileMode(const ICfg& cfg);
     void ReadRecordedValues(const ICfg& section);
     void UseDefaultPaths();
     void PublishStatusValues();
@@ -161,11 +163,13 @@ private:
     std::int32_t m_modeKey = 0;
     double m_frequencyOffset = 0;
     std::unique_ptr<CFileAccess> m_file;
-    std::string m_lastName;  // of the last recording, without its number
+    std::string m_lastName;  // path of the last recording, without its number
     int m_nameNumber = 1;
     CTimeStamp m_startTime;
     CTimeStamp m_lastRecordTime;
     JournalMode m_journalMode = JournalMode::Process;
+    System::FileMode m_fileMode = System::DefaultFileMode;
+    bool m_toldWithoutLocks = false;
     JournalledFields m_journalled;
     values::ValueObservingPtr<values::Value<bool>> m_recLoaded;
     values::ValueObservingPtr<values::ValueSelection> m_recStatus;
@@ -196,7 +200,8 @@ private:
     std::int64_t m_fileSizeLimit = MaxFileBytes;
 };
 
-/// The file name of a recording that starts at a moment, without directory: texts, time, ".tmp", blanks as "_".
+/// The file name of a recording that starts at a moment, without directory: texts, time, ".tmp". Blanks become "_", and
+/// so does what a file name cannot hold; texts that are too long are cut.
 /// @param prefix device caption with its "__", or empty
 /// @param localTime name it by local time instead of UTC with the local offset
 [[nodiscard]] QString RecordingFileName(const QString& prefix, const QString& deviceName, const QDateTime& utcNow,

@@ -1,9 +1,7 @@
-// Start, stop and naming of recordings.
+// Start and stop of recordings.
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <exception>
-#include <string_view>
 
 #include <startup/cfgcenter.h>
 #include <vkbase/quonos.h>
@@ -51,19 +49,6 @@ std::string headerText(const QString& text)
     return text.toLatin1().constData();
 }
 
-// "NAME.tmp", or "NAME_2.tmp", ... where a recording of that second is there already.
-// @param number of the first that is tried; the one that is taken
-std::string freeName(const std::string& directory, const std::string& name, int& number)
-{
-    const std::string stem = name.substr(0, name.size() - std::string_view(".tmp").size());
-    std::string candidate = number == 1 ? stem : stem + "_" + std::to_string(number);
-    while (FileNames::exists(directory + candidate + ".tmp") || FileNames::exists(directory + candidate + ".rec") ||
-           FileNames::exists(Journal::pathFor(directory + candidate + ".tmp"))) {
-        candidate = stem + "_" + std::to_string(++number);
-    }
-    return candidate + ".tmp";
-}
-
 QDateTime utcNow()
 {
     return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(QuonOS::Create()->CurrentTime() / 1000), Qt::UTC);
@@ -83,29 +68,6 @@ private:
 
 }  // namespace
 
-QString UtcOffsetSuffix(std::int64_t offsetSeconds)
-{
-    const std::int64_t magnitude = std::abs(offsetSeconds);
-    return QStringLiteral("%1%2-%3")
-        .arg(offsetSeconds > 0 ? QLatin1Char('+') : QLatin1Char('-'))
-        .arg(magnitude / 3600, 2, 10, QLatin1Char('0'))
-        .arg(magnitude / 60 % 60, 2, 10, QLatin1Char('0'));
-}
-
-QString RecordingFileName(const QString& prefix, const QString& deviceName, const QDateTime& utcNow, bool localTime)
-{
-    const QString format = QStringLiteral("yyyy-MM-dd__hh-mm-ss");
-    QString name = prefix + deviceName + QStringLiteral("__");
-    if (localTime) {
-        name += utcNow.toLocalTime().toString(format);
-    } else {
-        const QDateTime readAsLocal(utcNow.date(), utcNow.time(), Qt::LocalTime);
-        name += utcNow.toString(format) + QStringLiteral("_UTC") + UtcOffsetSuffix(readAsLocal.secsTo(utcNow));
-    }
-    name += QStringLiteral(".tmp");
-    return name.replace(QLatin1Char(' '), QLatin1Char('_'));
-}
-
 QString CRecording::StartRecording(bool splitting)
 {
     try {
@@ -114,14 +76,9 @@ QString CRecording::StartRecording(bool splitting)
         m_lastRecordTime = m_startTime;
         m_startTimeMoved = false;
         const std::string directory = FileNames::toBytes(m_recordingPath + FileNames::separator());
-        const std::string name =
-            FileNames::toBytes(RecordingFileName(DeviceCaptionPrefix(), DeviceName(), utcNow(), UseLocalTimeInName()));
-        // A name that is free again, since its recording was moved or cut at a dot, stays that recording's.
-        m_nameNumber = directory + name == m_lastName ? m_nameNumber + 1 : 1;
-        m_lastName = directory + name;
-        const std::string fileName = freeName(directory, name, m_nameNumber);
-        m_file = std::make_unique<CFileAccess>(directory.c_str(), m_statusValuePath, fileName.c_str(), true, true,
-                                               splitting, this, m_archive.get());
+        const QString name = RecordingFileName(DeviceCaptionPrefix(), DeviceName(), utcNow(), UseLocalTimeInName());
+        m_file = std::make_unique<CFileAccess>(directory.c_str(), m_statusValuePath, FileNames::toBytes(name).c_str(),
+                                               true, true, splitting, this, m_archive.get());
         m_currentFileName = FileNames::fromBytes(m_file->path());
         JournalHeader();
         m_file->JournalStopTime(m_lastRecordTime.getMilliSecs());

@@ -186,7 +186,7 @@ System::Error Rewriting::openAlone()
         error = m_file.open(m_path, System::Access::Update);
         if (error == 0) {
             m_file.waitForLock();
-            isOurs = m_file.isAt(m_path);
+            isOurs = m_file.isReachedBy(m_path);
         }
     }
     return error;
@@ -254,7 +254,7 @@ System::Error Rewriting::writeUndo(const Format::Undo& undo) const
 {
     const std::filesystem::path name = undoOf(m_path);
     System::NativeFile journal;
-    System::Error error = journal.open(name, System::Access::CreateNew);
+    System::Error error = journal.open(name, System::Access::New);
     if (error != 0) {
         return error;
     }

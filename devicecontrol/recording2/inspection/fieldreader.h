@@ -8,10 +8,11 @@
 
 #include "../files.h"
 #include "../format/cursor.h"
+#include "../system/nativefile.h"
 
 namespace Recording2::Inspection {
 
-/// The file being inspected. Its size is that at the beginning.
+/// The file being inspected. Its size is that at the beginning. A pipe or device is not opened.
 class FileSource final : public Format::ByteSource {
 public:
     explicit FileSource(const std::string& path);

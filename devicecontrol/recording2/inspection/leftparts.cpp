@@ -47,7 +47,7 @@ bool removeIfLeft(const fs::path& path, bool alsoComplete)
         return false;
     }
     System::NativeFile file;
-    if (file.open(path, System::Access::Read) != 0 || !file.lock()) {
+    if (file.open(path, System::Access::Read) != 0 || file.lock() != 0) {
         return false;
     }
     const bool ours = isUnfinished(file) || (alsoComplete && inspect(utf8(path)).readability == Readability::Ok);

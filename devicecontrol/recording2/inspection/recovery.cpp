@@ -42,7 +42,8 @@ struct Found {
 /// The new file: records as they are found, and then what closing writes.
 class NewFile {
 public:
-    explicit NewFile(const std::string& output) : m_output(output), m_part(freeName(output)) {}
+    /// @param mode the original's: whoever may read it may read what is made of it
+    NewFile(const std::string& output, System::FileMode mode) : m_output(output), m_mode(mode | OwnerReadsAndWrites) {}
     NewFile(const NewFile&) = delete;
     NewFile& operator=(const NewFile&) = delete;
     ~NewFile()
@@ -55,8 +56,7 @@ public:
 
     void begin(const std::string& types)
     {
-        m_file = std::make_unique<OutputFile>(native(m_part), OpenMode::Create);
-        m_made = m_file->good();
+        makePart();
         static_cast<void>(m_file->lock());  // whoever looks for parts that are left lets it be
         m_file->append(Format::headerArea());
         m_positions.typeTable = types.empty() ? 0 : here();
@@ -114,15 +114,18 @@ public:
     [[nodiscard]] bool good() const { return m_file->good(); }
 
 private:
+    static constexpr System::FileMode OwnerReadsAndWrites = 0600;
+
     // Without a suffix that anybody takes for a recording.
-    static std::string freeName(const std::string& output)
+    void makePart()
     {
-        std::error_code error;
-        std::string name = output + ".part";
-        for (int number = 2; fs::exists(fs::symlink_status(native(name), error)); ++number) {
-            name = output + ".part" + std::to_string(number);
-        }
-        return name;
+        m_part = m_output + ".part";
+        int number = 1;
+        do {
+            m_file = std::make_unique<OutputFile>(native(m_part), OpenMode::New, m_mode);
+            m_made = m_file->good();
+            m_part = m_made ? m_part : m_output + ".part" + std::to_string(++number);
+        } while (m_file->error() == System::NameTaken);
     }
     [[nodiscard]] std::int32_t here() const
     {
@@ -145,6 +148,7 @@ private:
 
     std::string m_output;
     std::string m_part;
+    System::FileMode m_mode;
     bool m_made = false;
     std::unique_ptr<OutputFile> m_file;
     Format::Positions m_positions;
@@ -534,13 +538,14 @@ void finish(const Task& task, Found& found)
 }
 
 /// @return false when the journal belongs to another recording
-bool recoverFromJournal(const std::string& recording, const RecoveryOptions& options, Recovery& report)
+bool recoverFromJournal(const std::string& recording, const RecoveryOptions& options, System::FileMode mode,
+                        Recovery& report)
 {
     std::optional<JournalContent> journal = readJournal(journalOf(recording));
     if (!journal) {
         return false;
     }
-    NewFile output(options.output);
+    NewFile output(options.output, mode);
     Recovery attempt = report;
     attempt.journal = journalOf(recording);
     const Task task{recording, options, attempt, output};
@@ -554,17 +559,93 @@ bool recoverFromJournal(const std::string& recording, const RecoveryOptions& opt
     return true;
 }
 
-void recoverFromRecords(const std::string& recording, const RecoveryOptions& options, Recovery& report)
+void recoverFromRecords(const std::string& recording, const RecoveryOptions& options, System::FileMode mode,
+                        Recovery& report)
 {
     Salvage salvage = salvageUnclosed(recording, options.progress);
     if (salvage.readability != Readability::Ok) {
         fail(report, RecoveryOutcome::Nothing, salvage.problem);
         return;
     }
-    NewFile output(options.output);
+    NewFile output(options.output, mode);
     const Task task{recording, options, report, output};
     Found found = FromRecords(task, std::move(salvage)).run();
     finish(task, found);
+}
+
+/// The recording and its journal, locked: whoever writes a recording has both locks, to the end of closing it.
+struct Held {
+    System::NativeFile recording;
+    System::NativeFile journal;
+};
+
+bool isThere(const std::string& path)
+{
+    std::error_code none;
+    return fs::exists(fs::symlink_status(native(path), none));
+}
+
+// By its own name where a link leads to it.
+bool isStillThere(const System::NativeFile& file, const std::string& path)
+{
+    std::error_code error;
+    const fs::path own = fs::canonical(native(path), error);
+    return !error && file.isAt(own);
+}
+
+/// Opens and locks a file. @return false, told, when it is not to be touched
+bool hold(System::NativeFile& file, const std::string& path, const RecoveryOptions& options, Recovery& report)
+{
+    System::Error error = file.open(native(path), System::Access::Read);
+    if (error != 0) {
+        fail(report, RecoveryOutcome::Nothing, path + " cannot be opened: " + System::errorText(error) + '.');
+        return false;
+    }
+    error = file.lock();
+    // Whoever had the lock until now may have closed the recording, or recovered it.
+    if (error == System::LockHeld || !isStillThere(file, path)) {
+        fail(report, RecoveryOutcome::InUse, "A running program is writing this recording.");
+        return false;
+    }
+    if (error != 0 && !options.withoutLocks) {
+        fail(report, RecoveryOutcome::Nothing,
+             "Its file system has no locks, so that nobody can tell whether a program is writing it: "
+             "`rectool recover` takes it all the same.");
+        return false;
+    }
+    return true;
+}
+
+/// "NAME.rec" for "NAME.tmp", with all of NAME, or "NAME_2.rec", ... where that is taken.
+std::string nameToTake(const std::string& recording)
+{
+    constexpr std::string_view Open = ".tmp";
+    const bool open = recording.ends_with(Open);
+    const std::string stem = open ? recording.substr(0, recording.size() - Open.size()) : recording;
+    std::string name = stem + ".rec";
+    for (int number = 2; isThere(name); ++number) {
+        name = stem + '_' + std::to_string(number) + ".rec";
+    }
+    return name;
+}
+
+/// A recording that was closed is left as it is. @return false when there is something to recover
+bool wasClosed(const std::string& recording, const Summary& summary, Recovery& report)
+{
+    const bool sound = summary.findings.empty();
+    const bool closedName = journalOf(recording) != Journal::pathFor(recording);
+    if (summary.readability != Readability::Ok || isThere(journalOf(recording)) || (!closedName && !sound)) {
+        return false;
+    }
+    if (!closedName) {
+        fail(report, RecoveryOutcome::NothingToDo,
+             "The recording is complete and only lacks its name: rename it to " + nameToTake(recording) + '.');
+    } else if (sound) {
+        fail(report, RecoveryOutcome::NothingToDo, "This recording was closed.");
+    } else {  // its tables are what is wrong, which is for repairing: there is no journal to recover from
+        fail(report, RecoveryOutcome::Nothing, "This recording was closed and is damaged: repair it instead.");
+    }
+    return true;
 }
 
 }  // namespace
@@ -604,42 +685,34 @@ std::string recoveredName(const std::string& recording)
 Recovery recover(const std::string& recording, const RecoveryOptions& options)
 {
     Recovery report;
-    const Summary summary = inspect(recording);
+    Summary summary = inspect(recording);
     if (summary.readability == Readability::Missing || summary.readability == Readability::Unreadable) {
         fail(report, RecoveryOutcome::Nothing, summary.problem);
         return report;
     }
-    System::NativeFile held;
-    const System::Error error = held.open(native(recording), System::Access::Read);
-    if (error != 0) {
-        fail(report, RecoveryOutcome::Nothing, "The file cannot be opened: " + System::errorText(error) + '.');
+    const auto held = std::make_shared<Held>();
+    const bool hasJournal = isThere(journalOf(recording));
+    if (!hold(held->recording, recording, options, report) ||
+        (hasJournal && !hold(held->journal, journalOf(recording), options, report))) {
         return report;
     }
-    if (!held.lock()) {
-        fail(report, RecoveryOutcome::InUse, "A running program is writing this recording.");
-        return report;
-    }
-    const bool closedName = journalOf(recording) != Journal::pathFor(recording);
-    std::error_code none;
-    if (!options.closed && closedName && summary.readability == Readability::Ok &&
-        !fs::exists(native(journalOf(recording)), none)) {
-        // Its tables are then what is wrong, which is for repairing: there is no journal to recover from.
-        const bool sound = summary.findings.empty();
-        fail(report, sound ? RecoveryOutcome::NothingToDo : RecoveryOutcome::Nothing,
-             sound ? "This recording was closed." : "This recording was closed and is damaged: repair it instead.");
+    summary = inspect(recording);  // nobody writes any more
+    if (!options.closed && wasClosed(recording, summary, report)) {
         return report;
     }
     for (const std::string& part : removeLeftParts(options.output)) {
         report.notes.push_back("An unfinished output of an earlier run was removed: " + part + '.');
     }
-    if (!recoverFromJournal(recording, options, report)) {
-        if (fs::exists(native(journalOf(recording)), none)) {
+    const System::FileMode mode = held->recording.mode();
+    if (!recoverFromJournal(recording, options, mode, report)) {
+        if (hasJournal) {
             report.notes.emplace_back(
                 "The journal beside the recording is damaged or belongs to another one: it was "
                 "not used");
         }
-        recoverFromRecords(recording, options, report);
+        recoverFromRecords(recording, options, mode, report);
     }
+    report.held = held;
     return report;
 }
 

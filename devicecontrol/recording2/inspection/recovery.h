@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,7 +16,8 @@ namespace Recording2::Inspection {
 enum class RecoveryOutcome : std::uint8_t {
     Whole,          ///< the file holds every record that was accepted, as closing would have written it
     SomethingLost,  ///< the file holds what could be saved
-    NothingToDo,    ///< the recording was closed and is not damaged by what inspect() sees; there is no new file
+    NothingToDo,    ///< the recording was closed, though perhaps not given its name, and is not damaged by what
+                    ///< inspect() sees; there is no new file
     Nothing,        ///< nothing could be saved, or it is for repairing; there is no new file
     InUse,          ///< a process is writing the recording; there is no new file
     NotWritten,     ///< the new file could not be written; there is none
@@ -27,7 +29,8 @@ struct RecoveryOptions {
     std::uint64_t periodMs = 0;  ///< from record to record where no later time is known; 0: see repairTimes
     std::function<void(std::int64_t, std::int64_t)> progress;  ///< bytes read and in all; may be empty
     std::function<bool()> interrupted;                         ///< asked now and then; may be empty
-    bool closed = false;  ///< takes what is whole of a recording, too, that was closed and is damaged
+    bool closed = false;        ///< takes what is whole of a recording, too, that was closed and is damaged
+    bool withoutLocks = false;  ///< also where the file system has none and nobody can tell whether somebody writes
 };
 
 struct Recovery {
@@ -42,6 +45,7 @@ struct Recovery {
     std::vector<std::string> lost;   ///< a clause each: what was lost, and why
     std::vector<std::string> notes;  ///< a sentence each
     Header header;                   ///< as written
+    std::shared_ptr<void> held;      ///< keeps other processes from recovering it too, until it is put away
 };
 
 /// The journal that belongs to a recording: "NAME.tmp.journal" for NAME.tmp and for NAME.rec.
@@ -57,6 +61,7 @@ struct Recovery {
 ///   time at which the file was last written.
 /// The recording and its journal are only read. The new file is written beside its name, forced to the device, read
 /// back and then given its name.
+/// A recording that a process writes, and one that only lacks its name, is left alone.
 Recovery recover(const std::string& recording, const RecoveryOptions& options);
 
 }  // namespace Recording2::Inspection

@@ -15,10 +15,17 @@ using Error = int;
 [[nodiscard]] std::string errorText(Error error);
 extern const Error InvalidPosition;  ///< in front of the file
 extern const Error CannotRead;       ///< bytes that the file has were not given
+extern const Error NameTaken;        ///< something has that name already
+extern const Error LockHeld;         ///< by another process, or through another opening of the file
+extern const Error NoOrdinaryFile;   ///< a pipe, a device or the like: it was not opened
 
-/// Create replaces an existing file, CreateNew makes none where the name is taken; Update and Read take one that is
-/// there.
-enum class Access : std::uint8_t { Create, CreateNew, Update, Read };
+/// Create replaces an existing file. New makes one, and takes no name that is there in any form: not even a link that
+/// leads nowhere. Update and Read take an ordinary file that is there, also through a link.
+enum class Access : std::uint8_t { Create, New, Update, Read };
+
+/// Who may do what with a new file, less what the process's umask takes away. Windows has nothing like it.
+using FileMode = unsigned int;
+constexpr FileMode DefaultFileMode = 0640;
 
 /// An open file, shared with other processes for reading and writing. One thread at a time.
 class NativeFile {
@@ -28,7 +35,7 @@ public:
     NativeFile& operator=(const NativeFile&) = delete;
     ~NativeFile();  ///< closes
 
-    Error open(const std::filesystem::path& path, Access access);
+    Error open(const std::filesystem::path& path, Access access, FileMode mode = DefaultFileMode);
     [[nodiscard]] bool isOpen() const { return m_handle != NoHandle; }
     Error close();  ///< The file is closed in any case.
 
@@ -43,12 +50,16 @@ public:
     Error allocate(std::int64_t position, std::int64_t bytes);
     /// Forces what was written, and what is needed to find it, to the device.
     Error sync();
-    /// Locks the file until it is closed or the process ends, however it ends. @return false when somebody holds it
-    [[nodiscard]] bool lock();
+    /// Locks the file until it is closed or the process ends, however it ends. @return LockHeld when somebody has it;
+    /// another error where the file system has no locks
+    [[nodiscard]] Error lock();
     /// The same, after everybody else. Where the file system has no locks nobody is waited for.
     void waitForLock();
-    /// Whether the path still names this file.
+    /// Whether a name is that of this very file: not of another that was put there, nor of a link to it.
     [[nodiscard]] bool isAt(const std::filesystem::path& path) const;
+    /// Whether a path leads to this file, also through links.
+    [[nodiscard]] bool isReachedBy(const std::filesystem::path& path) const;
+    [[nodiscard]] FileMode mode() const;
     /// Gives the file to whom the other one belongs, as far as this process may, and lets the same people read it.
     void takeAccessOf(const NativeFile& other);
     [[nodiscard]] std::int64_t lastWritten() const;  ///< to be compared only

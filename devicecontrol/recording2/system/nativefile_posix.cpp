@@ -39,7 +39,7 @@ int flagsOf(Access access)
     switch (access) {
         case Access::Create:
             return O_RDWR | O_CREAT | O_TRUNC;
-        case Access::CreateNew:
+        case Access::New:
             return O_RDWR | O_CREAT | O_EXCL;
         case Access::Update:
             return O_RDWR;
@@ -49,13 +49,35 @@ int flagsOf(Access access)
     return O_RDONLY;
 }
 
+Error requireOrdinary(const struct stat& status)
+{
+    if (S_ISREG(status.st_mode)) {
+        return 0;
+    }
+    return S_ISDIR(status.st_mode) ? EISDIR : NoOrdinaryFile;
+}
+
+bool isSame(const struct stat& one, const struct stat& other)
+{
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
 }  // namespace
 
 const Error InvalidPosition = EINVAL;
 const Error CannotRead = EIO;
+const Error NameTaken = EEXIST;
+const Error LockHeld = EWOULDBLOCK;
+const Error NoOrdinaryFile = -1;
 
 std::string errorText(Error error)
 {
+    if (error == LockHeld) {
+        return "Another program holds its lock";
+    }
+    if (error == NoOrdinaryFile) {
+        return "It is no ordinary file";
+    }
     return std::generic_category().message(error);
 }
 
@@ -64,13 +86,27 @@ NativeFile::~NativeFile()
     close();
 }
 
-Error NativeFile::open(const std::filesystem::path& path, Access access)
+// Opening a pipe waits for its other end, and opening a device may do anything, so what is there is looked at first;
+// and again when it is open, for it may have been another thing by then.
+Error NativeFile::open(const std::filesystem::path& path, Access access, FileMode mode)
 {
-    constexpr mode_t ReadAndWriteAsAllowed = 0666;
-    const int opened =
-        untilNotInterrupted([&] { return ::open(path.c_str(), flagsOf(access) | O_CLOEXEC, ReadAndWriteAsAllowed); });
+    const bool existing = access == Access::Update || access == Access::Read;
+    struct stat status {};
+    if (existing) {
+        const Error error = ::stat(path.c_str(), &status) == 0 ? requireOrdinary(status) : errno;
+        if (error != 0) {
+            return error;
+        }
+    }
+    const int how = flagsOf(access) | O_CLOEXEC | O_NOCTTY | (existing ? O_NONBLOCK : 0);
+    const int opened = untilNotInterrupted([&] { return ::open(path.c_str(), how, mode); });
     if (opened == -1) {
         return errno;
+    }
+    const Error error = !existing ? 0 : ::fstat(opened, &status) == 0 ? requireOrdinary(status) : errno;
+    if (error != 0) {
+        ::close(opened);
+        return error;
     }
     close();
     m_handle = opened;
@@ -146,9 +182,23 @@ Error NativeFile::sync()
     return errorOf(untilNotInterrupted([&] { return ::fdatasync(descriptor(m_handle)); }));
 }
 
-bool NativeFile::lock()
+Error NativeFile::lock()
 {
-    return untilNotInterrupted([&] { return ::flock(descriptor(m_handle), LOCK_EX | LOCK_NB); }) == 0;
+    return errorOf(untilNotInterrupted([&] { return ::flock(descriptor(m_handle), LOCK_EX | LOCK_NB); }));
+}
+
+bool NativeFile::isAt(const std::filesystem::path& path) const
+{
+    struct stat there {};
+    struct stat here {};
+    return ::lstat(path.c_str(), &there) == 0 && ::fstat(descriptor(m_handle), &here) == 0 && isSame(here, there);
+}
+
+FileMode NativeFile::mode() const
+{
+    constexpr mode_t Permissions = 0777;
+    struct stat status {};
+    return ::fstat(descriptor(m_handle), &status) == 0 ? status.st_mode & Permissions : DefaultFileMode;
 }
 
 void NativeFile::waitForLock()
@@ -156,12 +206,11 @@ void NativeFile::waitForLock()
     static_cast<void>(untilNotInterrupted([&] { return ::flock(descriptor(m_handle), LOCK_EX); }));
 }
 
-bool NativeFile::isAt(const std::filesystem::path& path) const
+bool NativeFile::isReachedBy(const std::filesystem::path& path) const
 {
-    struct stat own {};
-    struct stat named {};
-    return ::fstat(descriptor(m_handle), &own) == 0 && ::stat(path.c_str(), &named) == 0 &&
-           own.st_dev == named.st_dev && own.st_ino == named.st_ino;
+    struct stat there {};
+    struct stat here {};
+    return ::stat(path.c_str(), &there) == 0 && ::fstat(descriptor(m_handle), &here) == 0 && isSame(here, there);
 }
 
 // Only the superuser may give a file away, and others only to a group of their own.
@@ -236,7 +285,14 @@ Error renameToNew(const std::filesystem::path& from, const std::filesystem::path
         return errno;
     }
 #endif
-    // A system that cannot rename so: the look before the rename is all there is.
+    // A file system that cannot rename so, as network ones: a second name is refused as well where it is taken.
+    if (::link(from.c_str(), to.c_str()) == 0) {
+        return removeFile(from);
+    }
+    if (errno == EEXIST) {
+        return EEXIST;
+    }
+    // Without second names the look before the rename is all there is.
     struct stat status {};
     if (::lstat(to.c_str(), &status) == 0) {
         return EEXIST;

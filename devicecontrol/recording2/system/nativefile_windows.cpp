@@ -37,7 +37,7 @@ DWORD dispositionOf(Access access)
     switch (access) {
         case Access::Create:
             return CREATE_ALWAYS;
-        case Access::CreateNew:
+        case Access::New:
             return CREATE_NEW;
         case Access::Update:
         case Access::Read:
@@ -47,11 +47,29 @@ DWORD dispositionOf(Access access)
 }
 
 /// A byte far behind the end stands for the whole file: locked bytes could not be read by others.
-bool lockFarBehind(HANDLE file, DWORD how)
+Error lockFarBehind(HANDLE file, DWORD how)
 {
     constexpr std::int64_t FarBehind = std::int64_t{1} << 62;
     OVERLAPPED place = at(FarBehind);
-    return ::LockFileEx(file, how, 0, 1, 0, &place) != 0;
+    return errorOf(::LockFileEx(file, how, 0, 1, 0, &place));
+}
+
+/// Whether a file is what stands at a path, or what a link there leads to.
+bool isSameAs(HANDLE file, const std::filesystem::path& path, bool followLinks)
+{
+    const DWORD how = FILE_FLAG_BACKUP_SEMANTICS | (followLinks ? 0 : FILE_FLAG_OPEN_REPARSE_POINT);
+    const HANDLE opened = ::CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                        nullptr, OPEN_EXISTING, how, nullptr);
+    if (opened == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    BY_HANDLE_FILE_INFORMATION there{};
+    BY_HANDLE_FILE_INFORMATION here{};
+    const bool known =
+        ::GetFileInformationByHandle(opened, &there) != 0 && ::GetFileInformationByHandle(file, &here) != 0;
+    ::CloseHandle(opened);
+    return known && there.dwVolumeSerialNumber == here.dwVolumeSerialNumber &&
+           there.nFileIndexHigh == here.nFileIndexHigh && there.nFileIndexLow == here.nFileIndexLow;
 }
 
 DWORD piece(std::size_t size)
@@ -64,9 +82,18 @@ DWORD piece(std::size_t size)
 
 const Error InvalidPosition = ERROR_NEGATIVE_SEEK;
 const Error CannotRead = ERROR_READ_FAULT;
+const Error NameTaken = ERROR_FILE_EXISTS;
+const Error LockHeld = ERROR_LOCK_VIOLATION;
+const Error NoOrdinaryFile = -1;
 
 std::string errorText(Error error)
 {
+    if (error == LockHeld) {
+        return "Another program holds its lock";
+    }
+    if (error == NoOrdinaryFile) {
+        return "It is no ordinary file";
+    }
     return std::system_category().message(error);
 }
 
@@ -76,13 +103,18 @@ NativeFile::~NativeFile()
 }
 
 // Others may read, write, rename and remove the file, as they may elsewhere.
-Error NativeFile::open(const std::filesystem::path& path, Access access)
+Error NativeFile::open(const std::filesystem::path& path, Access access, FileMode /*mode*/)
 {
     const DWORD how = access == Access::Read ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE;
     const HANDLE opened = ::CreateFileW(path.c_str(), how, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                         nullptr, dispositionOf(access), FILE_ATTRIBUTE_NORMAL, nullptr);
     if (opened == INVALID_HANDLE_VALUE) {
-        return lastError();
+        const Error error = lastError();
+        return error == ERROR_ALREADY_EXISTS ? NameTaken : error;
+    }
+    if (::GetFileType(opened) != FILE_TYPE_DISK) {  // names such as NUL
+        ::CloseHandle(opened);
+        return NoOrdinaryFile;
     }
     close();
     m_handle = reinterpret_cast<std::intptr_t>(opened);
@@ -154,7 +186,7 @@ Error NativeFile::sync()
     return errorOf(::FlushFileBuffers(handleOf(m_handle)));
 }
 
-bool NativeFile::lock()
+Error NativeFile::lock()
 {
     return lockFarBehind(handleOf(m_handle), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY);
 }
@@ -166,13 +198,17 @@ void NativeFile::waitForLock()
 
 bool NativeFile::isAt(const std::filesystem::path& path) const
 {
-    NativeFile named;
-    BY_HANDLE_FILE_INFORMATION own{};
-    BY_HANDLE_FILE_INFORMATION other{};
-    return named.open(path, Access::Read) == 0 && ::GetFileInformationByHandle(handleOf(m_handle), &own) != 0 &&
-           ::GetFileInformationByHandle(handleOf(named.m_handle), &other) != 0 &&
-           own.dwVolumeSerialNumber == other.dwVolumeSerialNumber && own.nFileIndexHigh == other.nFileIndexHigh &&
-           own.nFileIndexLow == other.nFileIndexLow;
+    return isSameAs(handleOf(m_handle), path, false);
+}
+
+bool NativeFile::isReachedBy(const std::filesystem::path& path) const
+{
+    return isSameAs(handleOf(m_handle), path, true);
+}
+
+FileMode NativeFile::mode() const
+{
+    return DefaultFileMode;
 }
 
 // A new file has the rights of its directory.

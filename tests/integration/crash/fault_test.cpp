@@ -13,6 +13,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QStringList>
 #include <QTemporaryDir>
 
 #include <recording2/inspection/recovery.h>
@@ -40,6 +41,8 @@ struct Plan {
     }
 };
 Plan plan;
+/// What locking a file answers; 0: what the system does.
+int lockError = 0;
 
 template <typename Result, typename Call>
 Result unlessItFails(Result failure, Call call)
@@ -63,6 +66,7 @@ int __real_fdatasync(int file);
 int __real_fsync(int file);
 int __real_renameat2(int fromDirectory, const char* from, int toDirectory, const char* to, unsigned int flags);
 int __real_unlink(const char* path);
+int __real_flock(int file, int operation);
 void* __real_mmap(void* address, size_t size, int protection, int flags, int file, off_t offset);
 
 // A failing write may have written a part.
@@ -98,6 +102,11 @@ int __wrap_renameat2(int fromDirectory, const char* from, int toDirectory, const
 int __wrap_unlink(const char* path)
 {
     return unlessItFails(-1, [&] { return __real_unlink(path); });
+}
+int __wrap_flock(int file, int operation)
+{
+    errno = lockError;
+    return lockError == 0 ? __real_flock(file, operation) : -1;
 }
 void* __wrap_mmap(void* address, size_t size, int protection, int flags, int file, off_t offset)
 {
@@ -179,6 +188,9 @@ protected:
             if (accepted == 0 && recovery.outcome == RecoveryOutcome::Nothing) {
                 return 0;  // not even the beginning of the file could be written
             }
+            if (recovery.outcome == RecoveryOutcome::NothingToDo) {  // it only lacks its name
+                return TestSupport::parseRecording(bytes).records.size() - s_initialStates;
+            }
             EXPECT_EQ(recovery.outcome, RecoveryOutcome::Whole)
                 << recovery.problem << testing::PrintToString(recovery.lost) << testing::PrintToString(recovery.notes);
             bytes = TestSupport::readFile(QString::fromStdString(output));
@@ -226,6 +238,78 @@ INSTANTIATE_TEST_SUITE_P(Errors, Fault,
                              return std::string(tried.param.error == ENOSPC ? "NoSpace" : "InputOutputError") +
                                     (tried.param.lasting ? "Lasting" : "Once") + '_' + tried.param.journal;
                          });
+
+class Locks : public testing::Test {
+protected:
+    ~Locks() override { lockError = 0; }
+    [[nodiscard]] QStringList tracesOf(const QString& text) const
+    {
+        QStringList found;
+        for (const auto& line : log.lines()) {
+            if (line.text.contains(text)) {
+                found += line.text;
+            }
+        }
+        return found;
+    }
+    [[nodiscard]] QStringList files() const { return QDir(directory.path()).entryList(QDir::Files); }
+
+    const RecorderTests::TraceLog log;
+    const QTemporaryDir directory{directoryTemplate()};
+};
+
+TEST_F(Locks, OfAFileSystemThatHasNoneAreToldOnceAndRecordingGoesOn)
+{
+    lockError = ENOLCK;
+    {
+        Life life(directory.path());
+        for (int recording = 0; recording < 2; ++recording) {
+            life.switchOn();
+            life.change(1);
+            life.switchOff();
+            const auto recorded = TestSupport::parseRecording(TestSupport::readFile(life.fileName()));
+            EXPECT_FALSE(recorded.records.empty());
+        }
+    }
+    EXPECT_EQ(files().size(), 2);
+    EXPECT_EQ(tracesOf(QStringLiteral("recording goes on without a lock")).size(), 1);
+}
+
+TEST_F(Locks, ThatAnotherProcessHoldsAreAnErrorOfTheFile)
+{
+    lockError = EWOULDBLOCK;
+    Life life(directory.path());
+    life.switchOn();
+    life.change(1);
+    life.switchOff();
+    EXPECT_EQ(files(), QStringList());
+    const QStringList told = tracesOf(QStringLiteral("the recording file cannot be made"));
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_TRUE(told.first().endsWith(QStringLiteral("Another program holds its lock"))) << told.first().toStdString();
+}
+
+TEST_F(Locks, OfAFileSystemThatHasNoneLetOnlyPeopleRecover)
+{
+    {
+        Life life(directory.path());
+        life.switchOn();
+        life.change(1);
+        for (const QString& name : files()) {
+            ASSERT_TRUE(QFile::copy(directory.filePath(name), directory.filePath(QStringLiteral("left_") + name)));
+        }
+        life.switchOff();
+    }
+    lockError = EOPNOTSUPP;
+    const std::string left = fileIn(directory.path(), QStringLiteral(".tmp")).toStdString();
+    const std::string output = directory.filePath(QStringLiteral("saved")).toStdString();
+    const Recovery refused = Recording2::Inspection::recover(left, {output, 0, {}, {}});
+    EXPECT_EQ(refused.outcome, RecoveryOutcome::Nothing);
+    EXPECT_NE(refused.problem.find("no locks"), std::string::npos) << refused.problem;
+    Recording2::Inspection::RecoveryOptions asPeople;
+    asPeople.output = output;
+    asPeople.withoutLocks = true;
+    EXPECT_EQ(Recording2::Inspection::recover(left, asPeople).outcome, RecoveryOutcome::Whole);
+}
 
 }  // namespace
 }  // namespace CrashTests

@@ -13,6 +13,10 @@
 
 #include "programtest.h"
 
+#if !defined(_WIN32)
+#include <sys/stat.h>
+#endif
+
 namespace recstation {
 namespace {
 
@@ -231,7 +235,62 @@ TEST_F(UnfinishedTest, OfAClosedRecordingOnlyTheJournalIsPutAway)
     EXPECT_EQ(files("*.rec").size(), recordings + 1);
 }
 
+TEST_F(UnfinishedTest, ARecordingThatOnlyLacksItsNameIsNotCopiedButNamed)
+{
+    const QByteArray caption = R"({"at": 0, "path": "/DEVICE_CAPTION", "create": "text", "value": "St. Gallen"})"
+                               "\n";
+    const QByteArray recording = "{\"at\": 0, \"record\": \"On\"}\n{\"at\": 0, \"record\": \"Off\"}\n";
+    const Result first = runFeed(caption + recording + recording);
+    EXPECT_EQ(first.exitCode, 3);
+    EXPECT_THAT(first.messages, HasSubstr("warning: receiver: a dot in the device's caption or name shortens the names "
+                                          "of its finished recordings to St.rec"));
+    const QString stem = QStringLiteral("St._Gallen__UNKNOWN__2026-01-02__03-04-05_UTC-00-00_2");
+    EXPECT_EQ(files("*.rec"), QStringList(QStringLiteral("St.rec")));
+    EXPECT_EQ(files("*.tmp*"), QStringList(stem + QStringLiteral(".tmp")));
+    const Result next = nextRun();
+    EXPECT_EQ(next.exitCode, 0) << next.messages;
+    EXPECT_THAT(next.messages, AllOf(HasSubstr("The recording is complete and only lacks its name: rename it to "),
+                                     HasSubstr((stem + QStringLiteral(".rec; ")).toStdString())));
+    EXPECT_EQ(files("*.tmp*"), QStringList(stem + QStringLiteral(".tmp")));
+    EXPECT_THAT(files("*.rec"), SizeIs(2));
+    EXPECT_FALSE(QFileInfo::exists(path(QStringLiteral("recovered"))));
+}
+
 #if !defined(_WIN32)
+
+TEST_F(UnfinishedTest, WhatIsNoFileIsToldAndTheRestIsRecovered)
+{
+    crash();
+    const QString left = files("*.tmp").value(0);
+    ASSERT_EQ(mkfifo(path(QStringLiteral("a.tmp")).toUtf8().constData(), 0600), 0);
+    write(QStringLiteral("b.tmp"), bytes(left));
+    ASSERT_EQ(mkfifo(path(QStringLiteral("b.tmp.journal")).toUtf8().constData(), 0600), 0);
+    ASSERT_TRUE(QFile::link(path(left), path(QStringLiteral("c.tmp"))));
+    ASSERT_TRUE(QFile::link(QStringLiteral("nowhere"), path(QStringLiteral("d.tmp"))));
+    ASSERT_TRUE(QDir(path(QString())).mkdir(QStringLiteral("e.tmp")));
+    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/zero"), path(QStringLiteral("f.tmp.journal"))));
+    const Result result = nextRun();
+    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    EXPECT_THAT(result.messages,
+                AllOf(HasSubstr("a.tmp is no ordinary file"), HasSubstr("b.tmp.journal is no ordinary file"),
+                      HasSubstr("c.tmp is a link"), HasSubstr("d.tmp is a link"), HasSubstr("e.tmp is a directory"),
+                      HasSubstr("f.tmp.journal is a link"), HasSubstr("recovered " + path(QString()).toStdString())));
+    EXPECT_EQ(putAway(), QStringList({left, left + QStringLiteral(".journal")}));
+    EXPECT_TRUE(QFileInfo(path(QStringLiteral("c.tmp"))).isSymLink());
+}
+
+TEST_F(UnfinishedTest, OriginalsAreNotPutWhereALinkLeads)
+{
+    crash();
+    const QString left = files("*.tmp").value(0);
+    const QTemporaryDir elsewhere;
+    ASSERT_TRUE(QFile::link(elsewhere.path(), path(QStringLiteral("recovered"))));
+    const Result result = nextRun();
+    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    EXPECT_THAT(result.messages, HasSubstr("recovered, where its original is to go, is no directory"));
+    EXPECT_EQ(files("*.tmp"), QStringList(left));
+    EXPECT_TRUE(QDir(elsewhere.path()).isEmpty());
+}
 
 // A limit on the size of files stops the writing as a full disk does.
 TEST_F(UnfinishedTest, ARecorderThatCannotWriteIsToldAtOnceAndTheOtherGoesOn)

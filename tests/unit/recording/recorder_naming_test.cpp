@@ -11,11 +11,21 @@
 
 #include "recorder_fixture.h"
 
+#if !defined(_WIN32)
+#include <sys/stat.h>
+#endif
+
 namespace RecorderTests {
 namespace {
 
 using Recording2::RecordingFileName;
 using Recording2::UtcOffsetSuffix;
+
+#if defined(_WIN32)
+constexpr bool Windows = true;
+#else
+constexpr bool Windows = false;
+#endif
 
 #if defined(_WIN32)
 /// The same zone as the C runtime of Windows has it: names and offsets, and summers as in the United States.
@@ -114,11 +124,76 @@ TEST_P(RecordingFileNamesInZones, CarryLocalTimeWhereThatIsWanted)
     EXPECT_EQ(RecordingFileName(QString(), QStringLiteral("RX 1"), Winter, true), name(GetParam().winterLocal));
 }
 
-TEST(RecordingFileNames, BlanksBecomeUnderscoresAndNothingElseChanges)
+/// A name by local time in UTC.
+QString named(const QString& caption, const QString& device)
 {
     const Zone zone("UTC");
-    EXPECT_EQ(RecordingFileName(QStringLiteral("a/b\\c: d__"), QStringLiteral("x\ty z"), Autumn, true),
-              QStringLiteral("a/b\\c:_d__x\ty_z__2018-09-19__12-03-07.tmp"));
+    return RecordingFileName(caption + QStringLiteral("__"), device, Autumn, true);
+}
+
+const QString BehindDevice = QStringLiteral("__2018-09-19__12-03-07.tmp");
+
+TEST(RecordingFileNames, BlanksBecomeUnderscoresAndOrdinaryCharactersStay)
+{
+    EXPECT_EQ(named(QStringLiteral("a-b+c, (d)"), QString::fromUtf8("x~y zä")),
+              QString::fromUtf8("a-b+c,_(d)__x~y_zä") + BehindDevice);
+}
+
+TEST(RecordingFileNames, WhatMakesAPathOrControlsATerminalBecomesAnUnderscore)
+{
+    EXPECT_EQ(named(QStringLiteral("../x"), QStringLiteral("a/b")), QStringLiteral("_._x__a_b") + BehindDevice);
+    EXPECT_EQ(named(QStringLiteral("a\x1b[31m\nb"), QStringLiteral("c\x7f\u0085\td")),
+              QStringLiteral("a_[31m_b__c___d") + BehindDevice);
+    EXPECT_EQ(named(QStringLiteral("a") + QChar(0) + QStringLiteral("b"), QString(QChar(0))),
+              QStringLiteral("a_b___") + BehindDevice);
+}
+
+TEST(RecordingFileNames, NoNameIsHiddenByALeadingDot)
+{
+    EXPECT_EQ(named(QStringLiteral(".."), QStringLiteral(".x")), QStringLiteral("_.__.x") + BehindDevice);
+    const Zone zone("UTC");
+    EXPECT_EQ(RecordingFileName(QString(), QStringLiteral(".x"), Autumn, true), QStringLiteral("_x") + BehindDevice);
+}
+
+TEST(RecordingFileNames, WhatWindowsCannotNameIsChangedThere)
+{
+    const QString name = named(QStringLiteral("a\\b:c*?\"<>|"), QString::fromUtf8("\xd0\x96"));
+    EXPECT_EQ(name, (Windows ? QStringLiteral("a_b_c_______") : QString::fromUtf8("a\\b:c*?\"<>|__\xd0\x96")) +
+                        (Windows ? QStringLiteral("_") : QString()) + BehindDevice);
+    EXPECT_EQ(named(QStringLiteral("nul.x"), QStringLiteral("d")),
+              (Windows ? QStringLiteral("_nul.x__d") : QStringLiteral("nul.x__d")) + BehindDevice);
+}
+
+TEST(RecordingFileNames, LongTextsAreCutAndTimeAndEndingStay)
+{
+    constexpr int Most = 200;
+    const int room = Most - 2 - (BehindDevice.size() - 4);
+    const QString both = named(QString(300, QLatin1Char('c')), QString(300, QLatin1Char('d')));
+    EXPECT_EQ(both, QString(room - room / 2, QLatin1Char('c')) + QStringLiteral("__") +
+                        QString(room / 2, QLatin1Char('d')) + BehindDevice);
+    const QString caption = named(QString(1'000'000, QLatin1Char('c')), QStringLiteral("RX 1"));
+    EXPECT_EQ(caption, QString(room - 4, QLatin1Char('c')) + QStringLiteral("__RX_1") + BehindDevice);
+    const QString device = named(QStringLiteral("North"), QString(300, QLatin1Char('d')));
+    EXPECT_EQ(device, QStringLiteral("North__") + QString(room - 5, QLatin1Char('d')) + BehindDevice);
+}
+
+TEST(RecordingFileNames, LongTextsAreCutBehindWholeCharacters)
+{
+    if (Windows) {
+        GTEST_SKIP() << "names are Latin-1 there: every character is a byte";
+    }
+    const QString umlaut = QString::fromUtf8("a\xcc\x88");                       // with a mark of its own: 3 bytes
+    const QString flag = QString::fromUtf8("\xf0\x9f\x87\xa9\xf0\x9f\x87\xaa");  // two code points: 8 bytes
+    for (const QString& character : {umlaut, flag}) {
+        for (int shift = 0; shift < 8; ++shift) {
+            const QString lead(shift, QLatin1Char('x'));
+            const QString name = named(lead + character.repeated(200), QStringLiteral("RX 1"));
+            EXPECT_LE(name.toUtf8().size(), 204);
+            EXPECT_GE(name.toUtf8().size(), 204 - 8);
+            const QString cut = name.left(name.indexOf(QStringLiteral("__RX_1__"))).mid(shift);
+            EXPECT_EQ(cut, character.repeated(cut.size() / character.size())) << shift;
+        }
+    }
 }
 
 class RecorderNaming : public RecorderTest {
@@ -211,17 +286,143 @@ TEST_F(RecorderNaming, NamesAreInTheEncodingOfThePlatform)
     readBack(station.fileName());
 }
 
-TEST_F(RecorderNaming, ASlashInTheCaptionPassesIntoThePath)
+TEST_F(RecorderNaming, NoTextOfTheStationLeadsOutOfTheDirectory)
 {
-    ASSERT_TRUE(QDir(station.directory()).mkdir(QStringLiteral("North")));
-    setCaption(QStringLiteral("North/South"));
+    const QString device = QStringLiteral("d/") + QString(300, QLatin1Char('d'));
+    setCaption(QStringLiteral("/x\n/") + QChar(0) + QStringLiteral("y"));
+    station.value<Text>(QStringLiteral("/Devices/Rx1/Adm/DRIVERNAME")).SetValue(device);
     makeRecorder();
     station.switchOn();
-    EXPECT_EQ(QDir::fromNativeSeparators(station.fileName()),
-              station.file(QStringLiteral("North/South__RX_1__2018-09-19__12-03-07_UTC+02-00.tmp")));
+    EXPECT_EQ(QFileInfo(station.fileName()).absolutePath(), QFileInfo(station.directory()).absoluteFilePath());
+    ASSERT_THAT(station.files(), testing::SizeIs(2)) << "the recording and its journal";
     station.switchOff();
-    EXPECT_TRUE(QFile::exists(station.fileName()));
+    const QString left = station.file(station.files().first());
+    EXPECT_THAT(QFileInfo(left).fileName().toStdString(), testing::StartsWith("_x___y__d_dddd"));
+    EXPECT_EQ(readBack(left).header.deviceName.substr(0, 6), "d/dddd") << "the header tells it as it is";
 }
+
+TEST_F(RecorderNaming, WhatIsPutUnderTheNameMeanwhileIsNeverOpened)
+{
+    const QString stem = QStringLiteral("North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00");
+    const QString victim = station.file(QStringLiteral("victim"));
+    QFile precious(victim);
+    ASSERT_TRUE(precious.open(QIODevice::WriteOnly));
+    precious.write("precious");
+    precious.close();
+    const QString nowhere = station.file(QStringLiteral("nowhere"));
+    ASSERT_TRUE(QFile::link(victim, station.file(stem + QStringLiteral(".tmp"))));
+    ASSERT_TRUE(QFile::link(nowhere, station.file(stem + QStringLiteral("_2.tmp"))));
+    ASSERT_TRUE(QFile::link(victim, station.file(stem + QStringLiteral("_3.tmp.journal"))));
+    ASSERT_TRUE(QFile::link(nowhere, station.file(stem + QStringLiteral("_4.rec"))));
+    ASSERT_TRUE(QDir(station.directory()).mkdir(stem + QStringLiteral("_5.tmp")));
+    ASSERT_TRUE(QDir(station.directory()).mkdir(stem + QStringLiteral("_6.tmp.journal")));
+    makeRecorder();
+    EXPECT_EQ(startedName(), stem + QStringLiteral("_7.tmp"));
+    station.switchOff();
+    EXPECT_FALSE(QFile::exists(nowhere));
+    ASSERT_TRUE(precious.open(QIODevice::ReadOnly));
+    EXPECT_EQ(precious.readAll(), QByteArray("precious"));
+}
+
+TEST_F(RecorderNaming, WhatReplacesTheOpenFileKeepsItsName)
+{
+    makeRecorder();
+    const QString open = station.file(startedName());
+    const QString aside = station.file(QStringLiteral("aside"));
+    ASSERT_TRUE(QFile::rename(open, aside));
+    ASSERT_TRUE(QFile::rename(open + QStringLiteral(".journal"), aside + QStringLiteral(".journal")));
+    for (const char* ending : {"", ".journal"}) {
+        QFile other(open + QString::fromLatin1(ending));
+        ASSERT_TRUE(other.open(QIODevice::WriteOnly));
+        other.write("precious");
+    }
+    station.switchOff();
+    for (const char* ending : {"", ".journal"}) {
+        QFile other(open + QString::fromLatin1(ending));
+        ASSERT_TRUE(other.open(QIODevice::ReadOnly)) << ending;
+        EXPECT_EQ(other.readAll(), QByteArray("precious"));
+    }
+    readBack(aside);
+}
+
+TEST_F(RecorderNaming, ADotInTheCaptionLeavesTheFullNameToTheOpenFile)
+{
+    setCaption(QStringLiteral("St. Gallen"));
+    makeRecorder();
+    const QString stem = QStringLiteral("St._Gallen__RX_1__2018-09-19__12-03-07_UTC+02-00");
+    for (const char* ending :
+         {".tmp", "_2.tmp", "_3.tmp"}) {  // the first is St.rec then, and its name is not used again
+        EXPECT_EQ(startedName(), stem + QString::fromLatin1(ending));
+        station.switchOff();
+    }
+    EXPECT_TRUE(QFile::exists(station.file(QStringLiteral("St.rec"))));
+    EXPECT_TRUE(QFile::exists(station.file(stem + QStringLiteral("_2.tmp"))));
+    EXPECT_TRUE(QFile::exists(station.file(stem + QStringLiteral("_3.tmp"))));
+}
+
+#if !defined(_WIN32)
+/// What permissions this process gives to new files, for as long as this exists.
+class Umask {
+public:
+    explicit Umask(mode_t mask) : m_before(umask(mask)) {}
+    Umask(const Umask&) = delete;
+    Umask& operator=(const Umask&) = delete;
+    ~Umask() { umask(m_before); }
+
+private:
+    mode_t m_before;
+};
+
+class RecorderFileModes : public RecorderTest {
+protected:
+    [[nodiscard]] unsigned modeOf(const QString& path) const
+    {
+        struct stat status {};
+        EXPECT_EQ(stat(path.toUtf8().constData(), &status), 0) << path.toStdString();
+        return status.st_mode & 0777U;
+    }
+    void expectMode(unsigned mode)
+    {
+        makeRecorder();
+        station.switchOn();
+        EXPECT_EQ(modeOf(station.fileName()), mode);
+        EXPECT_EQ(modeOf(station.fileName() + QStringLiteral(".journal")), mode);
+        station.switchOff();
+        EXPECT_EQ(modeOf(station.fileName()), mode);
+        destroyRecorder();
+    }
+};
+
+TEST_F(RecorderFileModes, OthersReadNothingUnlessTheConfigurationSaysSo)
+{
+    const Umask none(0);
+    expectMode(0640);
+    station.configure(QStringLiteral("FileMode = \"0664\""));
+    expectMode(0664);
+}
+
+TEST_F(RecorderFileModes, TheUmaskTakesAway)
+{
+    const Umask all(077);
+    expectMode(0600);
+    station.configure(QStringLiteral("FileMode = \"0664\""));
+    expectMode(0600);
+}
+
+TEST_F(RecorderFileModes, OneThatLocksTheOwnerOutIsTracedAndNotTaken)
+{
+    const Umask none(0);
+    for (const char* mode : {"0440", "rw-r--", "1777", ""}) {
+        station.configure(QStringLiteral("FileMode = \"%1\"").arg(QString::fromLatin1(mode)));
+        const TraceLog log;
+        expectMode(0640);
+        EXPECT_NE(log.find(QStringLiteral("CRecording::Init() - FileMode is <%1>, no permissions in octal with which "
+                                          "the owner reads and writes; set it to <0640>")
+                               .arg(QString::fromLatin1(mode))),
+                  nullptr);
+    }
+}
+#endif
 
 TEST_F(RecorderNaming, AnotherRecordingOfTheSameSecondGetsANumber)
 {

@@ -150,10 +150,9 @@ TEST_F(RecorderSetup, AMissingDefaultDirectoryIsKept)
 
 TEST_F(RecorderSetup, AnEmptyRecordingPathBecomesTheCurrentDirectory)
 {
-    // The empty path is no directory, so the default directory takes its place before that.
     load(QStringLiteral("[Rx]\nRecordingPath = \"\"\n"));
     makeRecorder();
-    EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
+    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::currentPath());
     makeRecorder(QString());
     EXPECT_EQ(Peer::recordingPath(recorder()), QDir::currentPath());
 }
