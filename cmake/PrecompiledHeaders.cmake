@@ -1,6 +1,7 @@
 # The headers that most sources include, compiled once for the product and once, with GoogleTest, for the tests. A source
-# still includes what it uses: preset tidy, which precompiles nothing, refuses one that does not.
-option(RECORDING2_PRECOMPILE "Precompile the headers that most sources include" ON)
+# still includes what it uses: preset windows, which precompiles nothing of the product, refuses one that does not.
+set(RECORDING2_PRECOMPILE ALL CACHE STRING "Whose headers are compiled once for all sources: ALL, TESTS or NONE")
+set_property(CACHE RECORDING2_PRECOMPILE PROPERTY STRINGS ALL TESTS NONE)
 
 set(precompiled_std
     <algorithm> <array> <cmath> <cstdint> <functional> <iostream> <limits> <map> <memory> <optional> <set> <string>

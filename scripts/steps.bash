@@ -4,15 +4,25 @@ passed=0
 failed=0
 skipped=0
 
+# Seconds of the processor that what this shell started, and waited for, has used so far.
+processor_seconds() {
+    local stat
+    read -r -a stat <"/proc/$$/stat"
+    printf '%d' "$(((stat[15] + stat[16]) / $(getconf CLK_TCK)))"
+}
+
 # step HEADING COMMAND...: the command's exit code is the step's.
+step_times=()
 step() {
-    local heading=$1 begin=$SECONDS
+    local heading=$1 begin=$SECONDS used
     shift
+    used=$(processor_seconds)
     printf '\n== %s\n' "$heading"
     "$@"
     local code=$?
     [ "$code" -eq 0 ] || printf '== %s: FAILED\n' "$heading"
     printf '== %s: %d s\n' "$heading" "$((SECONDS - begin))"
+    step_times+=("$(printf '%6d s %6d s  %s' "$((SECONDS - begin))" "$(($(processor_seconds) - used))" "$heading")")
     return "$code"
 }
 
@@ -20,6 +30,9 @@ step() {
 check() {
     step "$@" || failed=$((failed + 1))
 }
+
+# Headers that are precompiled are part of what the cache compares.
+export CCACHE_SLOPPINESS=pch_defines,time_macros
 
 # A user without a home has no place for its cache.
 can_use_ccache() {
@@ -72,7 +85,9 @@ build_and_test() {
 
 # The last lines of a script, and its exit code.
 summary() {
-    printf '\nAll steps: %d s\n' "$SECONDS"
+    printf '\n%8s %8s  step\n' time processor
+    printf '%s\n' "${step_times[@]}"
+    printf '%6d s %6d s  all steps\n' "$SECONDS" "$(processor_seconds)"
     printf '%d passed, %d failed, %d skipped\n' "$passed" "$failed" "$skipped"
     [ "$failed" -eq 0 ]
 }
