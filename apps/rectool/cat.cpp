@@ -11,6 +11,7 @@
 #include "recordedvalues.h"
 #include "recordingtime.h"
 #include "recordjson.h"
+#include "style.h"
 #include "table.h"
 #include "text.h"
 #include "typenames.h"
@@ -77,8 +78,9 @@ private:
     void printLine(const Inspection::Record& record, const values::ValueBase* value) const
     {
         const std::string time = isKnown(record) ? std::to_string(record.timeMs) : "?";
-        std::cout << paddedInFront(time, m_timeWidth) << "  " << padded(m_names.label(record.code), m_labelWidth)
-                  << "  " << oneLine(describe(record, value)) << '\n';
+        std::cout << paddedInFront(time, m_timeWidth) << "  "
+                  << styled(padded(m_names.label(record.code), m_labelWidth), Style::Name) << "  "
+                  << oneLine(describe(record, value)) << '\n';
     }
 
     void printJson(const Inspection::Record& record, const values::ValueBase* value)

@@ -9,6 +9,7 @@
 
 #include <values/maps.h>
 #include <values/recordingtext.h>
+#include <values/value.h>
 
 #include "commands.h"
 #include "inforce.h"
@@ -216,9 +217,31 @@ std::string describeLast(const std::optional<LastRecord>& last)
     return last ? describe(last->record, last->value) : "-";
 }
 
+/// The number of a plain value; nothing for other values.
+std::optional<double> plainNumber(const ValueBase* value)
+{
+    if (const auto* number = dynamic_cast<const values::ValueNumeric<double>*>(value)) {
+        return number->GetValue();
+    }
+    const auto* shifted = dynamic_cast<const values::ValueNumericWithOffset<double>*>(value);
+    return shifted == nullptr ? std::nullopt : std::optional(shifted->GetValue());
+}
+
+/// How much a plain number grew; nothing where it did not change or is none at one of the moments.
+std::optional<double> growth(const Difference& difference)
+{
+    const std::optional<double> before = plainNumber(difference.before ? difference.before->value : nullptr);
+    const std::optional<double> after = plainNumber(difference.after ? difference.after->value : nullptr);
+    const double by = before && after ? *after - *before : 0;
+    return std::isfinite(by) && by != 0 ? std::optional(by) : std::nullopt;
+}
+
 /// What "before" and "after" do not show.
 std::string describeDetails(const Difference& difference)
 {
+    if (const std::optional<double> by = growth(difference)) {
+        return (*by > 0 ? "+" : "") + number(*by);
+    }
     if (!difference.map) {
         // Such as limits: two values that look alike are shown as they are recorded.
         const bool hidden = difference.differs && describeLast(difference.before) == describeLast(difference.after);
@@ -299,6 +322,7 @@ void printJson(const DiffOptions& options, std::uint64_t from, std::uint64_t to,
                          {"lastMs", difference.records > 0 ? Json(difference.lastChangeMs) : Json()},
                          {"before", lastToJson(difference.before, names)},
                          {"after", lastToJson(difference.after, names)},
+                         {"growth", growth(difference) ? Json(*growth(difference)) : Json()},
                          {"map", mapToJson(difference)}});
     }
     std::cout << dump({{"file", shownName(options.file)}, {"fromMs", from}, {"toMs", to}, {"types", std::move(types)}},

@@ -24,6 +24,7 @@ public:
     void restart(const InForce& state);
     /// Puts in what is known; other fields stay.
     void put(Recording2::Inspection::Header& header) const;
+    [[nodiscard]] bool tellLevels() const { return m_minLevel || m_maxLevel; }  ///< whether the records told a level
 
 private:
     enum class Field : std::uint8_t {

@@ -1,14 +1,15 @@
 #include "recordingtime.h"
 
 #include <algorithm>
-#include <charconv>
 #include <limits>
 
 #include <QDateTime>
 #include <QString>
 
+#include "moment.h"
 #include "output.h"
 #include "text.h"
+#include "units.h"
 
 namespace RecTool {
 
@@ -16,17 +17,6 @@ using Recording2::Inspection::Bookmark;
 using Recording2::Inspection::Summary;
 
 namespace {
-
-std::optional<std::uint64_t> parseNumber(const std::string& text)
-{
-    std::uint64_t number = 0;
-    const char* end = text.data() + text.size();
-    const auto [last, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || last != end) {
-        return std::nullopt;
-    }
-    return number;
-}
 
 /// Takes the zone off the end of a clock time. @return nothing when it does not say one
 std::optional<Qt::TimeSpec> takeZone(QString& clock)
@@ -52,9 +42,21 @@ QDateTime firstOfDay(const QTime& time, const QDateTime& start)
     return moment < start ? QDateTime(start.date().addDays(1), time, start.timeSpec()) : moment;
 }
 
+constexpr int DateLength = 10;
+
+/// "2023-11-14 22:13:21.5" or with a T; an invalid moment when it is none.
+QDateTime dateAndClock(const QString& text, Qt::TimeSpec zone)
+{
+    if (text.size() <= DateLength || (text[DateLength] != ' ' && text[DateLength] != 'T')) {
+        return {};
+    }
+    const QDate date = QDate::fromString(text.left(DateLength), Qt::ISODate);
+    const QTime time = QTime::fromString(text.mid(DateLength + 1), Qt::ISODateWithMs);
+    return date.isValid() && time.isValid() ? QDateTime(date, time, zone) : QDateTime();
+}
+
 std::optional<std::uint64_t> parseClock(const std::string& text, std::uint64_t startMs)
 {
-    constexpr int DateLength = 10;
     QString clock = QString::fromStdString(text);
     const std::optional<Qt::TimeSpec> zone = takeZone(clock);
     if (!zone || startMs > std::uint64_t{std::numeric_limits<std::int64_t>::max()}) {
@@ -65,9 +67,8 @@ std::optional<std::uint64_t> parseClock(const std::string& text, std::uint64_t s
     QDateTime moment;
     if (time.isValid()) {
         moment = firstOfDay(time, start);
-    } else if (clock.size() > DateLength && (clock[DateLength] == ' ' || clock[DateLength] == 'T')) {
-        moment = QDateTime(QDate::fromString(clock.left(DateLength), Qt::ISODate),
-                           QTime::fromString(clock.mid(DateLength + 1), Qt::ISODateWithMs), *zone);
+    } else {
+        moment = dateAndClock(clock, *zone);
     }
     if (!moment.isValid() || moment < start) {
         return std::nullopt;
@@ -97,7 +98,7 @@ std::optional<std::uint64_t> parseBookmark(const std::string& text, const Summar
         return std::nullopt;
     }
     const std::optional<std::uint64_t> time = findBookmark(text.substr(0, sign), summary);
-    const std::optional<std::uint64_t> offset = parseNumber(text.substr(sign + 1));
+    const std::optional<std::uint64_t> offset = parseMilliseconds(text.substr(sign + 1));
     if (!time || !offset) {
         return std::nullopt;
     }
@@ -111,13 +112,33 @@ std::optional<std::uint64_t> parseBookmark(const std::string& text, const Summar
 
 }  // namespace
 
+std::optional<std::uint64_t> parseMoment(const std::string& text, std::uint64_t nowMs, DayEnd end)
+{
+    const bool hasUnit = !text.empty() && (text.back() < '0' || text.back() > '9');
+    if (const std::optional<std::uint64_t> ago = hasUnit ? parseMilliseconds(text) : std::nullopt) {
+        return nowMs - std::min(nowMs, *ago);
+    }
+    QString clock = QString::fromStdString(text);
+    const std::optional<Qt::TimeSpec> zone = takeZone(clock);
+    if (!zone) {
+        return std::nullopt;
+    }
+    QDateTime moment = dateAndClock(clock, *zone);
+    if (const QDate day = QDate::fromString(clock, Qt::ISODate); clock.size() == DateLength && day.isValid()) {
+        constexpr int LastMs = 999;
+        moment = QDateTime(day, end == DayEnd::First ? QTime(0, 0) : QTime(23, 59, 59, LastMs), *zone);
+    }
+    const qint64 ms = moment.isValid() ? moment.toMSecsSinceEpoch() : -1;
+    return ms < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(ms));
+}
+
 std::optional<std::uint64_t> parseTime(const std::string& text, const Summary& summary)
 {
     const std::string prefix = "bookmark:";
     if (text.compare(0, prefix.size(), prefix) == 0) {
         return parseBookmark(text.substr(prefix.size()), summary);
     }
-    const std::optional<std::uint64_t> milliseconds = parseNumber(text);
+    const std::optional<std::uint64_t> milliseconds = parseMilliseconds(text);
     return milliseconds ? milliseconds : parseClock(text, summary.header.startMs);
 }
 

@@ -6,6 +6,8 @@
 
 #include <terminaltext/terminaltext.h>
 
+#include "style.h"
+
 namespace RecTool {
 
 std::size_t width(const std::string& utf8)
@@ -50,7 +52,7 @@ void Table::print(std::ostream& out, const std::string& indent) const
             text += m_columns[i] == Align::Right ? paddedInFront(line[i], widths[i]) : padded(line[i], widths[i]);
         }
         text.erase(text.find_last_not_of(' ') + 1);
-        out << text << '\n';
+        out << (&line == &m_lines.front() ? styled(text, Style::Heading) : text) << '\n';
     }
 }
 

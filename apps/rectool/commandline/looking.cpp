@@ -1,6 +1,8 @@
 // Verbs that show what is in recordings.
 #include <string>
 
+#include "../listing.h"
+#include "../moment.h"
 #include "verb.h"
 
 namespace RecTool::CommandLine {
@@ -9,10 +11,36 @@ namespace {
 
 void addInfo(CLI::App& app, Action& action)
 {
-    Verb<InfoOptions> verb(app, "info", "Show the header, the tables and the number of records of recordings", info,
-                           action);
+    Verb<OverviewOptions> verb(app, "info", "Show what recordings are, of a directory as a table", overview, action);
+    OverviewOptions& options = verb.options();
+    verb.app().get_option("FILE")->description("Recordings, files or archive addresses, or directories");
+    verb.app().add_flag("--levels", options.levels, "The lowest and highest measured levels as well");
+    verb.app().add_flag("--table", options.table,
+                        "One line a recording, as of a directory; the options below ask for it, too");
+    verb.app().add_flag("-r,--recursive", options.recursive, "Also what lies in directories of directories");
+    verb.app().add_flag("--verify", options.verify, "Check every recording, as the verb verify does");
+    verb.app()
+        .add_option("--device", options.device, "Only where the device's name or type holds this text")
+        ->type_name("TEXT")
+        ->check(notEmpty());
+    const auto addMoment = [&](const char* name, std::string& moment, const std::string& description) {
+        verb.app().add_option(name, moment, description)->type_name("MOMENT")->check(notEmpty());
+    };
+    addMoment("--since", options.since,
+              std::string("Only what was recorded at this moment or later. MOMENT: ") + MomentForms);
+    addMoment("--until", options.until, "Only what was recorded at this moment or earlier");
+    verb.app()
+        .add_option("--covers", options.covers, "Only where spectra or bearings reach over this frequency")
+        ->type_name("FREQUENCY")
+        ->check(notEmpty());
+    verb.app()
+        .add_option("--sort", options.sort, "By this column (default: start)")
+        ->check(CLI::IsMember({"start", "length", "device", "records", "spectra", "size", "file"}));
+    verb.app().add_flag("--reverse", options.reverse, "The last one first");
     verb.addJson();
-    verb.addExamples({"info recording.rec", "info --json *.rec"});
+    verb.addExamples({"info recording.rec", "info recording.rec --levels", "info --json *.rec", "info .",
+                      "info . --covers 433.5M --since 7d --sort length --reverse",
+                      "info -r . --device \"RX 1\" --until \"2026-11-21 UTC\" --verify"});
 }
 
 void addTypes(CLI::App& app, Action& action)

@@ -8,6 +8,9 @@
 #include <cstdlib>
 #else
 #include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
 #endif
 
 namespace RecTool {
@@ -15,6 +18,7 @@ namespace RecTool {
 namespace {
 
 constexpr int StandardInput = 0;
+constexpr int StandardOutput = 1;
 constexpr int StandardError = 2;
 
 #if defined(_WIN32)
@@ -33,6 +37,26 @@ bool isTerminal(int descriptor)
 
 }  // namespace
 
+bool outputGoesToTerminal()
+{
+    return isTerminal(StandardOutput);
+}
+
+#if defined(_WIN32)
+bool outputHasColours()
+{
+    return false;  // consoles of older versions would show the codes
+}
+#else
+bool outputHasColours()
+{
+    const char* refused = std::getenv("NO_COLOR");
+    const char* terminal = std::getenv("TERM");
+    const bool isRefused = refused != nullptr && *refused != '\0';
+    return outputGoesToTerminal() && !isRefused && terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
+}
+#endif
+
 bool errorsGoToTerminal()
 {
     return isTerminal(StandardError);
@@ -47,7 +71,6 @@ bool inputComesFromTerminal()
 // A console keeps its code page when the program ends.
 void prepareOutput()
 {
-    constexpr int StandardOutput = 1;
     static_cast<void>(_setmode(StandardOutput, _O_BINARY));
     static_cast<void>(_setmode(StandardError, _O_BINARY));
     codePageBefore = GetConsoleOutputCP();

@@ -3,6 +3,10 @@
 
 namespace RecTool {
 
+/// Whether standard output is a terminal.
+[[nodiscard]] bool outputGoesToTerminal();
+/// Whether that terminal shows colours, and the user wants them (NO_COLOR is not set).
+[[nodiscard]] bool outputHasColours();
 /// Whether standard error is a terminal, so that a person watches.
 [[nodiscard]] bool errorsGoToTerminal();
 /// Whether standard input is a terminal, so that a person can answer.

@@ -1,13 +1,17 @@
 #include "inspection.h"
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <initializer_list>
 #include <system_error>
 
 #include "../format/layout.h"
+#include "../system/nativefile.h"
 #include "fieldreader.h"
 #include "filename.h"
+#include "recordingname.h"
+#include "scan.h"
 #include "tables.h"
 
 namespace Recording2::Inspection {
@@ -52,13 +56,45 @@ bool isPlaceholder(FileSource& source)
            (source.size() < Format::HeaderAreaBytes || fields.holdsOnly(zeros, zeros + 1, Format::Separator));
 }
 
+/// "3 min", in the largest unit that gives more than one.
+std::string inWords(std::int64_t seconds)
+{
+    struct Unit {
+        std::int64_t seconds;
+        const char* name;
+    };
+    for (const Unit unit : {Unit{24 * 3600, " days"}, Unit{3600, " h"}, Unit{60, " min"}}) {
+        if (seconds >= 2 * unit.seconds) {
+            return std::to_string(seconds / unit.seconds) + unit.name;
+        }
+    }
+    return std::to_string(seconds) + " s";
+}
+
+void refuseOpenRecording(const std::string& path, Summary& summary)
+{
+    refuse(summary, Readability::NeverClosed, "The recording was never closed: its header was not written.");
+    if (!isBeingWritten(path)) {
+        return;
+    }
+    summary.problem = "This recording is being written: " + std::to_string(summary.fileSize) + " bytes so far";
+    const auto now =
+        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch()).count();
+    constexpr std::int64_t MsPerSecond = 1000;
+    const auto start = static_cast<std::int64_t>(startInName(path).value_or(0)) / MsPerSecond;
+    if (start > 0 && start <= now) {
+        summary.problem += ", begun " + inWords(now - start) + " ago";
+    }
+    summary.problem += '.';
+}
+
 /// Tells from the first bytes what the file is. There is no signature: a recording begins with two version numbers.
-bool isRecording(FileSource& source, Summary& summary)
+bool isRecording(const std::string& path, FileSource& source, Summary& summary)
 {
     if (source.size() == 0) {
         refuse(summary, Readability::Empty, "The file is empty.");
     } else if (isPlaceholder(source)) {
-        refuse(summary, Readability::NeverClosed, "The recording was never closed: its header was not written.");
+        refuseOpenRecording(path, summary);
     } else {
         FieldReader fields(source, 0, source.size());
         std::int16_t major = 0;
@@ -188,8 +224,10 @@ void checkPositions(Summary& summary)
     checkOrder(summary);
 }
 
+enum class Extent : std::uint8_t { Head, All };
+
 /// @param torn set when somebody changed the file while it was read
-Summary inspectOnce(const std::string& path, bool& torn)
+Summary inspectOnce(const std::string& path, Extent extent, bool& torn)
 {
     Summary summary;
     torn = false;
@@ -202,14 +240,27 @@ Summary inspectOnce(const std::string& path, bool& torn)
         return summary;
     }
     summary.fileSize = source.size();
-    if (isRecording(source, summary)) {
+    if (isRecording(path, source, summary)) {
         HeaderReader(source, summary).read();
         checkPositions(summary);
         readTypeTable(source, summary);
-        readTimeTable(source, summary);
-        readChannelRangeTable(source, summary);
-        readBookmarkTable(source, summary);
+        if (extent == Extent::All) {
+            readTimeTable(source, summary);
+            readChannelRangeTable(source, summary);
+            readBookmarkTable(source, summary);
+        }
         torn = !source.isUnchanged();
+    }
+    return summary;
+}
+
+Summary inspectAs(const std::string& path, Extent extent)
+{
+    constexpr int MostAgain = 10;
+    bool torn = false;
+    Summary summary = inspectOnce(path, extent, torn);
+    for (int again = 0; torn && again < MostAgain; ++again) {
+        summary = inspectOnce(path, extent, torn);
     }
     return summary;
 }
@@ -218,13 +269,19 @@ Summary inspectOnce(const std::string& path, bool& torn)
 
 Summary inspect(const std::string& path)
 {
-    constexpr int MostAgain = 10;
-    bool torn = false;
-    Summary summary = inspectOnce(path, torn);
-    for (int again = 0; torn && again < MostAgain; ++again) {
-        summary = inspectOnce(path, torn);
-    }
-    return summary;
+    return inspectAs(path, Extent::All);
+}
+
+/// A recorder holds its file locked for as long as it writes.
+bool isBeingWritten(const std::string& path)
+{
+    System::NativeFile file;
+    return file.open(native(path), System::Access::Read) == 0 && !file.lock();
+}
+
+Summary inspectHead(const std::string& path)
+{
+    return inspectAs(path, Extent::Head);
 }
 
 }  // namespace Recording2::Inspection

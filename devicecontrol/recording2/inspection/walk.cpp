@@ -3,6 +3,7 @@
 #include "../format/layout.h"
 #include "fieldreader.h"
 #include "inspection.h"
+#include "scan.h"
 #include "tables.h"
 
 namespace Recording2::Inspection {
@@ -189,6 +190,35 @@ std::vector<Finding> walkRecords(const std::string& path, const Summary& summary
         }
     }
     return reader.findings();
+}
+
+RecordScan scanRecords(const std::string& path, const Summary& summary, const std::function<bool(std::int32_t)>& wanted,
+                       const std::function<void(std::int32_t, const std::string&)>& visit)
+{
+    RecordScan scan;
+    const std::int64_t end = recordsEnd(summary);
+    FileSource source(path);
+    Format::Cursor cursor(source);
+    cursor.limitNumbers(Format::MaxNumberBytes);
+    std::int64_t position = end == 0 ? 0 : summary.header.firstRecordPosition;
+    std::string data;
+    while (position < end) {
+        Format::RecordHead head;
+        cursor.seek(position);
+        Format::readRecordHead(cursor, head);
+        position = cursor.position() + head.dataLength;
+        if (head.dataLength <= 0 || cursor.atEnd() || position > end) {
+            break;
+        }
+        if (wanted(head.code)) {
+            cursor.readBytes(data, head.dataLength);
+            visit(head.code, data);
+        }
+        ++scan.records;
+        scan.whole = position == end;
+    }
+    scan.whole = scan.whole || end == 0;
+    return scan;
 }
 
 }  // namespace Recording2::Inspection

@@ -74,6 +74,8 @@ TEST_F(Diff, ShowsWhatDiffersAndHowOftenItChanged)
     const json types = diffToJson(sample(), 950, 2000);
     ASSERT_EQ(types.size(), 3U);
     EXPECT_EQ(types[1].at("keyword"), "LEVEL");
+    EXPECT_EQ(types[1].at("growth"), -1.25);
+    EXPECT_THAT(result.out, HasSubstr("-1.25\n")) << "how much a plain number changed";
     EXPECT_EQ(types[1].at("before").at("value").at("value"), -30.25);
     EXPECT_EQ(types[1].at("after").at("value").at("value"), -31.5);
     EXPECT_EQ(types[1].at("records"), 1);

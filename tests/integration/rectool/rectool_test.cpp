@@ -111,12 +111,29 @@ private:
 
 // Usage
 
-TEST_F(RecTool, WithoutAVerbItSaysWhatIsMissing)
+TEST_F(RecTool, WithoutArgumentsItListsTheVerbs)
 {
     const Result result = rectool({});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_THAT(result.out, IsEmpty());
-    EXPECT_THAT(result.err, HasSubstr("subcommand is required"));
+    EXPECT_THAT(result.out, AllOf(HasSubstr("  info "), HasSubstr("rectool FILE and rectool DIR")));
+    EXPECT_THAT(result.err, IsEmpty());
+}
+
+TEST_F(RecTool, WithoutAVerbItShowsWhatAFileOrADirectoryHolds)
+{
+    const QString recording = sample();
+    EXPECT_EQ(rectool({recording}).out, rectool({"info", recording}).out);
+    EXPECT_EQ(rectool({folder()}).out, rectool({"info", folder()}).out);
+    EXPECT_EQ(linesOf(rectool({recording, bearings()}).out).size(), 3U) << "a heading and a line for each";
+}
+
+TEST_F(RecTool, AMistypedVerbIsToldTheNearestOne)
+{
+    const Result result = rectool({"ifno", "x"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "rectool: There is no verb \"ifno\". Did you mean \"info\"?\n");
+    EXPECT_THAT(rectool({"bookmark", "lsit", "x"}).err, HasSubstr("Did you mean \"list\"?"));
+    EXPECT_THAT(rectool({"something"}).err, HasSubstr("rectool --help lists the verbs"));
 }
 
 TEST_F(RecTool, HelpAndVersionAreNoErrors)
@@ -193,8 +210,7 @@ TEST_F(RecTool, EveryVerbSaysWhyAFileCannotBeRead)
     };
     const QString full = golden("full");
     for (const Case& unreadable : cases) {
-        const std::vector<QStringList> verbs = {{"info", unreadable.path},
-                                                {"types", unreadable.path},
+        const std::vector<QStringList> verbs = {{"types", unreadable.path},
                                                 {"cat", unreadable.path},
                                                 {"bookmark", "list", unreadable.path},
                                                 {"bookmark", "add", unreadable.path, "1", "mark", "--yes"},
@@ -235,7 +251,7 @@ TEST_F(RecTool, InfoShowsHeaderTypesAndTables)
     for (const char* text :
          {"Device      Empf\u00e4nger S\u00fcd (Receiver)", "Job         A1B2",
           "Started     2023-11-14 22:13:20.123 UTC, automatically", "Stopped     2024-01-03 15:16:07.420 UTC",
-          "Duration    1193:02:47.297", "Frequency   90.0123 MHz to 120 MHz, step 0.025 Hz", "Level       -30 to 100",
+          "Duration    1193:02:47.297", "Frequency   90.0123 MHz to 120 MHz, step 0.025 Hz", "Level scale -30 to 100",
           "Times       10 ms to 4,294,968,297 ms", "           36  LEVEL                          3     13  /LEVEL",
           "            7  (not in the type table)        1      1\n", "Times               1030        8",
           "Bookmarks              -        -", "The file is sound."}) {
@@ -274,6 +290,55 @@ TEST_F(RecTool, InfoAsJsonHasEverythingOfEveryFile)
     EXPECT_EQ(files[1].at("channelRangeTimesMs"), json::parse("[10,100,101]"));
     EXPECT_EQ(files[2].at("readability"), "missing");
     EXPECT_EQ(files[2].at("problem"), "There is no such file.");
+}
+
+TEST_F(RecTool, InfoDoesNotShowWhatARecorderOnlyMadeUp)
+{
+    const Result result = rectool({"info", "--levels", sample()});
+    EXPECT_THAT(result.out, HasSubstr("step 25 kHz\n")) << "of the spectra, not of the header";
+    EXPECT_THAT(result.out, Not(HasSubstr("Level scale")));
+    EXPECT_THAT(result.out, HasSubstr("Measured    RFSPECTRUM -100 to -20\n"));
+    EXPECT_THAT(result.out, HasSubstr("Measured    LEVEL -31.5 to -30.25\n"));
+    EXPECT_THAT(rectool({"info", sample()}).out, Not(HasSubstr("Measured")));
+}
+
+TEST_F(RecTool, InfoOfADirectoryIsATableThatCanBeSortedAndFiltered)
+{
+    sample();
+    bearings();
+    file(std::string(499, '0') + "#", "open__2026-11-21__10-00-00_UTC.tmp");
+    file("no recording", "notes.txt");
+    const auto files = [&](const QStringList& options) {
+        const Result result = rectool(QStringList{"info", folder(), "--json"} + options);
+        std::vector<std::string> names;
+        const json document = json::parse(result.out);
+        for (const json& recording : document.at("recordings")) {
+            const std::string path = recording.at("file");
+            names.push_back(path.substr(path.rfind('/') + 1, 4));
+        }
+        return names;
+    };
+    EXPECT_THAT(files({"--sort", "file"}), ElementsAre("bear", "open", "samp"));
+    EXPECT_THAT(files({"--sort", "spectra", "--reverse"}), ElementsAre("samp", testing::_, testing::_));
+    EXPECT_THAT(files({"--covers", "88.05M"}), ElementsAre("samp"));
+    EXPECT_THAT(files({"--covers", "2 MHz"}), ElementsAre("bear", "samp"));
+    EXPECT_THAT(files({"--since", "2026-11-21 UTC"}), ElementsAre("open"));
+    EXPECT_THAT(files({"--until", "2026-11-20 UTC", "--sort", "file"}), ElementsAre("bear", "samp"));
+    EXPECT_THAT(files({"--device", "no such"}), IsEmpty());
+    const Result table = rectool({"info", folder(), "--verify"});
+    EXPECT_EQ(table.exitCode, 0) << "a recording that is open is no damage: " << table.err;
+    EXPECT_THAT(table.out, AllOf(HasSubstr("Frequencies"), HasSubstr("sound"), HasSubstr("never-closed")));
+    EXPECT_EQ(rectool({"info", folder(), "--since", "yesterday"}).exitCode, 1);
+    EXPECT_EQ(rectool({"info", folder(), "--covers", "many"}).exitCode, 1);
+    file(bytesOf(golden("full")).substr(0, 989), "damaged.rec");
+    EXPECT_EQ(rectool({"info", folder()}).exitCode, 3);
+}
+
+TEST_F(RecTool, TimesAreTakenWithAUnit)
+{
+    const QString recording = sample();
+    EXPECT_EQ(rectool({"cat", recording, "--from", "1s", "--to", "0.025min"}).out,
+              rectool({"cat", recording, "--from", "1000", "--to", "1500"}).out);
 }
 
 TEST_F(RecTool, InfoAsJsonListsTheFindings)
@@ -648,7 +713,7 @@ TEST_F(RecTool, TimesAreMillisecondsClocksOrBookmarks)
         EXPECT_EQ(json::parse(result.out).at("atMs"), expected) << text.toStdString();
     }
     for (const QString text : {"", "soon", "22:13:21", "2023-11-14 22:13:19 UTC", "2023-11-14 UTC", "25:00 UTC", "-1",
-                               "1500 ms", "bookmark:", "bookmark:fire", "bookmark:alarm-1501", "bookmark:alarm+x"}) {
+                               "1500 mm", "bookmark:", "bookmark:fire", "bookmark:alarm-1501", "bookmark:alarm+x"}) {
         EXPECT_EQ(rectool({"state", path, "--at", text}).exitCode, 1) << text.toStdString();
     }
 }
