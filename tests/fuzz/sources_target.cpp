@@ -113,7 +113,7 @@ void runFeed(const std::string& input)
     host.created = ignore;
     host.report = ignore;
     tolerating([&] {
-        recstation::FeedSource source([&] { return bytesOf(input); }, Start, false, host);
+        recstation::FeedSource source([&] { return bytesOf(input); }, Start, recstation::FeedOptions(), host);
         play(source, input.size());
     });
 }
