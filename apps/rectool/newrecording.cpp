@@ -269,12 +269,16 @@ void NewRecording::storeBookmarks(const std::vector<Inspection::Bookmark>& bookm
     if (bookmarks.empty()) {
         return;
     }
-    Recording2::CFileAccess file(forLibrary(m_temporary).c_str(), QString(), nullptr, false, true, false, nullptr,
-                                 nullptr);
-    for (const Inspection::Bookmark& bookmark : bookmarks) {
-        file.addBookmark(bookmark.timeMs, bookmark.text);
+    m_lock.reset();  // the library takes the same lock for as long as it changes the file
+    {
+        Recording2::CFileAccess file(forLibrary(m_temporary).c_str(), QString(), nullptr, false, true, false, nullptr,
+                                     nullptr);
+        for (const Inspection::Bookmark& bookmark : bookmarks) {
+            file.addBookmark(bookmark.timeMs, bookmark.text);
+        }
+        file.writeBookmarks();
     }
-    file.writeBookmarks();
+    m_lock = std::make_unique<Inspection::PartLock>(m_temporary);
 }
 
 /// What is wrong with the file that was written; empty when nothing is. The library tells nobody of failed writes.

@@ -276,7 +276,7 @@ Summary inspect(const std::string& path)
 bool isBeingWritten(const std::string& path)
 {
     System::NativeFile file;
-    return file.open(native(path), System::Access::Read) == 0 && !file.lock();
+    return file.open(native(path), System::Access::Read) == 0 && file.lock() == System::LockHeld;
 }
 
 Summary inspectHead(const std::string& path)

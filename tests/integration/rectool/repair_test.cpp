@@ -1,6 +1,7 @@
 // rectool repair: what is whole is kept byte for byte, what is rebuilt or lost is told, the result is sound.
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <random>
 #include <string>
 #include <vector>
@@ -33,6 +34,7 @@ protected:
     Result repair(const std::string& bytes, std::uint64_t periodMs = 0, bool json = false)
     {
         writeBytes(file("in.rec"), bytes);
+        std::filesystem::remove(file("out.rec"));  // no recording is ever replaced
         const Result result = run([&] {
             return RecTool::repair({file("in.rec"), file("out.rec"), periodMs, true, json});
         });
