@@ -86,7 +86,7 @@ std::string namedTwice(const CLI::App& app)
 
 std::string whatIsWrong(const CLI::App& app, const CLI::ParseError& error, const std::vector<std::string>& arguments)
 {
-    if (const std::string twice = namedTwice(app); !twice.empty()) {
+    if (std::string twice = namedTwice(app); !twice.empty()) {
         return twice;
     }
     if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
