@@ -33,7 +33,7 @@ def printed_layout(clang, library, target):
         for name in ("recordmodel.h", "export.h"):
             (headers / name).write_text((library / name).read_text(encoding="utf-8"), encoding="utf-8")
         command = [clang, f"--target={target}", "-std=c++20", "-nostdinc", "-nostdinc++", "-I", str(reduced), "-I", folder,
-                   "-x", "c++", "-", "-S", "-o", "-", "-emit-llvm", "-Xclang", "-fdump-vtable-layouts", "-Xclang",
+                   "-x", "c++", "-", "-S", "-o", f"{folder}/code.ll", "-emit-llvm", "-Xclang", "-fdump-vtable-layouts", "-Xclang",
                    "-fdump-record-layouts"]
         result = subprocess.run(command, input=SOURCE, capture_output=True, text=True, check=False)
     if result.returncode != 0:
