@@ -1,3 +1,4 @@
+// Long output goes through the pager that the user has chosen.
 #include "pager.h"
 
 #include <iostream>
@@ -12,8 +13,11 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <string>
+
+#include <QByteArray>
+#include <QStandardPaths>
+#include <QString>
 #endif
 
 namespace RecTool {
@@ -34,8 +38,8 @@ namespace {
 std::string pagerCommand()
 {
     for (const char* name : {"RECTOOL_PAGER", "PAGER"}) {
-        if (const char* command = std::getenv(name)) {
-            const std::string given = command;
+        if (qEnvironmentVariableIsSet(name)) {
+            const std::string given = qgetenv(name).toStdString();
             return given == "cat" ? "" : given;
         }
     }
@@ -46,15 +50,17 @@ std::string pagerCommand()
 {
     static_cast<void>(dup2(input, STDIN_FILENO));
     // As others do: short output stays on the screen, colours are colours.
-    static_cast<void>(setenv("LESS", "FRX", 0));
+    if (!qEnvironmentVariableIsSet("LESS")) {
+        qputenv("LESS", "FRX");
+    }
     static_cast<void>(execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr)));
     _exit(127);
 }
 
 bool isThere(const std::string& command)
 {
-    const std::string program = command.substr(0, command.find(' '));
-    return std::system(("command -v '" + program + "' >/dev/null 2>&1").c_str()) == 0;  // as the shell will find it
+    const QString program = QString::fromLocal8Bit(command.substr(0, command.find(' ')).c_str());
+    return !QStandardPaths::findExecutable(program).isEmpty();
 }
 
 }  // namespace

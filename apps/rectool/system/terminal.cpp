@@ -10,7 +10,8 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <cstring>
+
+#include <QByteArray>
 #endif
 
 namespace RecTool {
@@ -50,10 +51,8 @@ bool outputHasColours()
 #else
 bool outputHasColours()
 {
-    const char* refused = std::getenv("NO_COLOR");
-    const char* terminal = std::getenv("TERM");
-    const bool isRefused = refused != nullptr && *refused != '\0';
-    return outputGoesToTerminal() && !isRefused && terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
+    const QByteArray terminal = qgetenv("TERM");
+    return outputGoesToTerminal() && qgetenv("NO_COLOR").isEmpty() && !terminal.isNull() && terminal != "dumb";
 }
 #endif
 
