@@ -1,7 +1,13 @@
-# The headers that most sources include, compiled once for the product and once, with GoogleTest, for the tests. A source
-# still includes what it uses: preset windows, which precompiles nothing of the product, refuses one that does not.
-set(RECORDING2_PRECOMPILE ALL CACHE STRING "Whose headers are compiled once for all sources: ALL, TESTS or NONE")
+# What makes compiling quick: the sources of a target are compiled some at a time as one, and the headers that most of them
+# include once for the product and once, with GoogleTest, for the tests. A source still includes what it uses: preset
+# windows, which compiles every source of the product by itself, refuses one that does not.
+set(RECORDING2_PRECOMPILE ALL CACHE STRING "Whose sources are compiled together, with common headers: ALL, TESTS or NONE")
 set_property(CACHE RECORDING2_PRECOMPILE PROPERTY STRINGS ALL TESTS NONE)
+
+set(CMAKE_UNITY_BUILD_BATCH_SIZE 10)
+if(RECORDING2_PRECOMPILE STREQUAL ALL)
+  set(CMAKE_UNITY_BUILD ON)
+endif()
 
 set(precompiled_std
     <algorithm> <array> <cmath> <cstdint> <functional> <iostream> <limits> <map> <memory> <optional> <set> <string>

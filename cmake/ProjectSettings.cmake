@@ -28,6 +28,8 @@ target_compile_options(
   project_settings INTERFACE -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
  -Woverloaded-virtual -Wcast-align -Wformat=2 -ffp-contract=off
 )
+# Of sources that are compiled together it takes what each keeps to itself for a header's, as they are included.
+target_compile_options(project_settings INTERFACE $<$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>:-Wno-subobject-linkage>)
 if(RECORDING2_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)

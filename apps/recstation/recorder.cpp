@@ -15,7 +15,7 @@ namespace recstation {
 
 namespace {
 
-[[noreturn]] void fail(const QString& sentence)
+[[noreturn]] void failRecorder(const QString& sentence)
 {
     throw std::runtime_error(sentence.toStdString());
 }
@@ -26,9 +26,10 @@ void requireUsableClock()
     const QDateTime now =
         QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(QuonOS::Create()->CurrentTime() / 1000), Qt::UTC);
     if (now < QDateTime(QDate(1970, 1, 1), QTime(0, 0, 1), Qt::UTC) || now.date().year() > 2500) {
-        fail(QStringLiteral("cannot record: the clock shows %1, and recordings begin from 1970-01-01T00:00:01Z to the "
-                            "end of 2500")
-                 .arg(now.toString(Qt::ISODate)));
+        failRecorder(
+            QStringLiteral("cannot record: the clock shows %1, and recordings begin from 1970-01-01T00:00:01Z to the "
+                           "end of 2500")
+                .arg(now.toString(Qt::ISODate)));
     }
 }
 
@@ -49,12 +50,13 @@ void requireDirectory(const QString& directory)
 {
     const QFileInfo info(directory);
     if (!info.exists()) {
-        fail(QStringLiteral(
-                 "cannot record: the directory %1 does not exist; --make-output makes it where --output names it")
-                 .arg(directory));
+        failRecorder(
+            QStringLiteral(
+                "cannot record: the directory %1 does not exist; --make-output makes it where --output names it")
+                .arg(directory));
     }
     if (!info.isDir()) {
-        fail(QStringLiteral("cannot record: %1 is no directory").arg(directory));
+        failRecorder(QStringLiteral("cannot record: %1 is no directory").arg(directory));
     }
 }
 
@@ -63,12 +65,12 @@ void requireWritableDirectory(const QString& directory)
     requireDirectory(directory);
     QTemporaryFile probe(QDir(directory).filePath(QStringLiteral("recstation-XXXXXX.probe")));
     if (!probe.open()) {
-        fail(QStringLiteral("cannot record: the directory %1 cannot be written: %2")
-                 .arg(directory, probe.errorString()));
+        failRecorder(QStringLiteral("cannot record: the directory %1 cannot be written: %2")
+                         .arg(directory, probe.errorString()));
     }
     constexpr int headerArea = 500;
     if (probe.write(QByteArray(headerArea, '0')) != headerArea || !probe.flush()) {
-        fail(QStringLiteral("cannot record in %1: %2").arg(directory, probe.errorString()));
+        failRecorder(QStringLiteral("cannot record in %1: %2").arg(directory, probe.errorString()));
     }
 }
 
@@ -197,8 +199,8 @@ void Recorder::checkNewFiles()
             m_files.forget(missing);
             --m_checkedFiles;
             switchOff();
-            fail(QStringLiteral("cannot record: the file %1 could not be created: %2")
-                     .arg(missing, whyNotCreated(missing)));
+            failRecorder(QStringLiteral("cannot record: the file %1 could not be created: %2")
+                             .arg(missing, whyNotCreated(missing)));
         }
         noteShortName(path);
     }

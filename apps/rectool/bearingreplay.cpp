@@ -9,20 +9,12 @@ using values::BearingHandler;
 using values::CellMap;
 using values::ValueType;
 
-namespace {
-
-bool same(double a, double b)
+bool isSame(const Bearing& a, const Bearing& b)
 {
-    return a == b || (std::isnan(a) && std::isnan(b));
-}
-
-bool same(const Bearing& a, const Bearing& b)
-{
+    const auto same = [](double x, double y) { return x == y || (std::isnan(x) && std::isnan(y)); };
     return same(a.azimuthDeg, b.azimuthDeg) && same(a.elevationDeg, b.elevationDeg) && same(a.levelDb, b.levelDb) &&
            same(a.quality, b.quality);
 }
-
-}  // namespace
 
 void BearingReplay::apply(const Recording2::Inspection::Record& record)
 {
@@ -46,7 +38,7 @@ void BearingReplay::update(const CellMap<Bearing, BearingHandler>& map, std::uin
         }
     }
     for (std::size_t i = 0; i < m_channels.size(); ++i) {
-        if (same(m_channels[i].bearing, map.GetCells()[i])) {
+        if (isSame(m_channels[i].bearing, map.GetCells()[i])) {
             continue;
         }
         m_channels[i] = {i, map.GetCells()[i], timeMs, map.GetTimeStamp()};

@@ -12,6 +12,9 @@
 
 namespace RecTool {
 
+/// Whether every figure is the same; what was not measured is the same as itself.
+[[nodiscard]] bool isSame(const values::Bearing& a, const values::Bearing& b);
+
 /// A cell of the bearing map that became something else.
 struct BearingChange {
     std::size_t channel = 0;

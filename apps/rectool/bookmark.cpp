@@ -20,14 +20,6 @@ namespace {
 constexpr const char* RangesInTheWay =
     "The channel range table stands behind the bookmarks, which would be written over it.";
 
-/// The last moment that belongs to the recording.
-std::uint64_t endOf(const Inspection::Summary& summary)
-{
-    const Inspection::Header& header = summary.header;
-    const std::uint64_t length = header.stopMs - std::min(header.startMs, header.stopMs);
-    return summary.times.empty() ? length : std::max(length, summary.times.back().timeMs);
-}
-
 /// Where the first bookmark not before the time stands.
 auto placeOf(std::uint64_t time, std::vector<Inspection::Bookmark>& bookmarks)
 {
@@ -103,9 +95,9 @@ ExitCode addBookmark(const BookmarkAddOptions& options)
     if (!text || text->empty()) {
         return change.refuse(ExitCode::Usage, "A bookmark needs a text, of Latin-1 characters.");
     }
-    if (time == 0 || time > endOf(change.summary())) {
+    if (time == 0 || time > lastMoment(change.summary())) {
         return change.refuse(ExitCode::Usage, "A bookmark stands at 1 ms to " +
-                                                  std::to_string(endOf(change.summary())) +
+                                                  std::to_string(lastMoment(change.summary())) +
                                                   " ms, the length of the recording.");
     }
     const Inspection::Bookmark bookmark{time, *text};

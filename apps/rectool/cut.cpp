@@ -33,14 +33,6 @@ struct Span {
     std::uint64_t to = EndOfTime;
 };
 
-/// The last moment that belongs to the recording.
-std::uint64_t endOf(const Inspection::Summary& summary)
-{
-    const Inspection::Header& header = summary.header;
-    const std::uint64_t length = header.stopMs - std::min(header.startMs, header.stopMs);
-    return summary.times.empty() ? length : std::max(length, summary.times.back().timeMs);
-}
-
 /// A part of a recording on its way into a file of its own.
 ///
 /// The state in force just before the span is written first, one record a value. These records take the milliseconds
@@ -170,7 +162,7 @@ private:
     [[nodiscard]] Inspection::Header header() const
     {
         Inspection::Header header = m_summary.header;
-        const bool toTheEnd = m_span.to >= endOf(m_summary);
+        const bool toTheEnd = m_span.to >= lastMoment(m_summary);
         if (m_span.from > 0 || !toTheEnd) {
             m_fields.put(header);
         }
@@ -219,9 +211,9 @@ bool takeCutSpan(const CutOptions& options, const Inspection::Summary& summary, 
     if (!takeSpan(options.file, options.from, options.to, summary, span.from, span.to)) {
         return false;
     }
-    if (span.from > endOf(summary)) {
+    if (span.from > lastMoment(summary)) {
         complain(options.file,
-                 "--from lies behind the end of the recording, " + std::to_string(endOf(summary)) + " ms.");
+                 "--from lies behind the end of the recording, " + std::to_string(lastMoment(summary)) + " ms.");
         return false;
     }
     return true;

@@ -11,6 +11,7 @@
 #include <values/recordingtext.h>
 #include <values/value.h>
 
+#include "bearingreplay.h"
 #include "commands.h"
 #include "inforce.h"
 #include "json.h"
@@ -59,15 +60,9 @@ double azimuthDistance(double a, double b)
     return std::min(apart, Circle - apart);
 }
 
-bool same(double a, double b)
+bool isSame(float a, float b)
 {
     return a == b || (std::isnan(a) && std::isnan(b));
-}
-
-bool same(const Bearing& a, const Bearing& b)
-{
-    return same(a.azimuthDeg, b.azimuthDeg) && same(a.elevationDeg, b.elevationDeg) && same(a.levelDb, b.levelDb) &&
-           same(a.quality, b.quality);
 }
 
 /// NaN where one of the two was not measured.
@@ -89,7 +84,7 @@ MapDifference compareMaps(const CellMap<Cell, Handler>& before, const CellMap<Ce
     for (std::size_t i = 0; !result.rangeChanged && i < before.GetCells().size(); ++i) {
         const Cell& a = before.GetCells()[i];
         const Cell& b = after.GetCells()[i];
-        if (same(a, b)) {
+        if (isSame(a, b)) {
             continue;
         }
         ++result.channels;
@@ -308,8 +303,8 @@ Json mapToJson(const Difference& difference)
             {"largest", std::move(largest)}};
 }
 
-void printJson(const DiffOptions& options, std::uint64_t from, std::uint64_t to,
-               const std::vector<Difference>& differences, const TypeNames& names)
+void printDifferencesAsJson(const DiffOptions& options, std::uint64_t from, std::uint64_t to,
+                            const std::vector<Difference>& differences, const TypeNames& names)
 {
     Json types = Json::array();
     for (const Difference& difference : differences) {
@@ -368,7 +363,7 @@ ExitCode diff(const DiffOptions& options)
                     shown.end());
     }
     if (options.json) {
-        printJson(options, from, to, shown, names);
+        printDifferencesAsJson(options, from, to, shown, names);
     } else if (shown.empty()) {
         std::cout << "Nothing is different.\n";
     } else {

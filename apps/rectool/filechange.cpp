@@ -20,7 +20,8 @@ bool sameRecording(const Inspection::Summary& a, const Inspection::Summary& b)
 {
     return a.header.startMs == b.header.startMs && a.header.stopMs == b.header.stopMs &&
            a.header.firstRecordPosition == b.header.firstRecordPosition &&
-           a.header.timeTablePosition == b.header.timeTablePosition && same(a.types, b.types) && same(a.times, b.times);
+           a.header.timeTablePosition == b.header.timeTablePosition && sameTable(a.types, b.types) &&
+           sameTable(a.times, b.times);
 }
 
 /// What is wrong with a file that was read back; empty when nothing is.
@@ -35,7 +36,7 @@ std::string difference(const Inspection::Summary& found, const Inspection::Summa
     if (!sameRecording(found, expected)) {
         return "The records are not those that were there before.";
     }
-    if (!same(found.bookmarks, expected.bookmarks)) {
+    if (!sameTable(found.bookmarks, expected.bookmarks)) {
         return "The bookmarks are not those that should be there.";
     }
     return found.channelRangeTimes == expected.channelRangeTimes ? ""

@@ -334,7 +334,7 @@ void print(const std::vector<Listed>& all)
     table.print(std::cout, "");
 }
 
-Json toJson(const Listed& listed)
+Json listedAsJson(const Listed& listed)
 {
     Json ranges = Json::array();
     for (const RecordedRanges::Span& span : listed.ranges) {
@@ -403,7 +403,7 @@ ExitCode listRecordings(const OverviewOptions& options)
     if (options.json) {
         Json recordings = Json::array();
         for (const Listed& listed : all) {
-            recordings.push_back(toJson(listed));
+            recordings.push_back(listedAsJson(listed));
         }
         std::cout << dump({{"recordings", std::move(recordings)}}, 2) << '\n';
     } else if (all.empty()) {

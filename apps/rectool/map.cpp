@@ -103,8 +103,8 @@ void printTable(const BearingReplay& replay, const std::vector<std::size_t>& sho
     table.print(std::cout, "");
 }
 
-void printJson(const MapOptions& options, const Span& span, const BearingReplay& replay,
-               const std::vector<std::size_t>& shown)
+void printMapAsJson(const MapOptions& options, const Span& span, const BearingReplay& replay,
+                    const std::vector<std::size_t>& shown)
 {
     Json bearings = Json::array();
     for (const std::size_t i : shown) {
@@ -165,7 +165,7 @@ ExitCode map(const MapOptions& options)
     const std::vector<Inspection::Finding> findings = replayRecords(options, summary, atEnd);
     const BearingReplay& replay = atEnd.replay();
     const std::vector<std::size_t> shown = atEnd.shownChannels();
-    options.json ? printJson(options, span, replay, shown) : printTable(replay, shown);
+    options.json ? printMapAsJson(options, span, replay, shown) : printTable(replay, shown);
     complain(options.file, findings);
     return finish(
         withPassedOver(options.file, DirectionFindingKeyword, "bearings", replay.passedOver(), soundness(findings)));

@@ -221,8 +221,8 @@ Json filesToJson(const std::vector<MergeInput>& inputs)
     return files;
 }
 
-void printJson(const MergeOptions& options, const std::vector<MergeInput>& inputs, const MergePlan& plan,
-               const Adjustments& adjustments, const NewRecordingResult& result)
+void printMergeAsJson(const MergeOptions& options, const std::vector<MergeInput>& inputs, const MergePlan& plan,
+                      const Adjustments& adjustments, const NewRecordingResult& result)
 {
     Json renumbered = Json::array();
     for (const RenumberedType& type : plan.renumbered) {
@@ -261,8 +261,8 @@ void printRenumbered(const std::string& file, std::size_t input, const MergePlan
     }
 }
 
-void printText(const MergeOptions& options, const std::vector<MergeInput>& inputs, const MergePlan& plan,
-               const Adjustments& adjustments, const NewRecordingResult& result)
+void printMerge(const MergeOptions& options, const std::vector<MergeInput>& inputs, const MergePlan& plan,
+                const Adjustments& adjustments, const NewRecordingResult& result)
 {
     print(options.output, result);
     if (adjustments.movedRecords > 0) {
@@ -326,7 +326,7 @@ ExitCode mergeInputs(const MergeOptions& options, const std::vector<MergeInput>&
     const std::vector<Inspection::Bookmark> bookmarks = mergeBookmarks(inputs, header.startMs, adjustments);
     result = output.finish(header, bookmarks);
     if (result == ExitCode::Fine) {
-        const auto print = options.json ? printJson : printText;
+        const auto print = options.json ? printMergeAsJson : printMerge;
         print(options, inputs, plan, adjustments, output.result());
     }
     return result;

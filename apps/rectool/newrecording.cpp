@@ -310,8 +310,8 @@ std::string NewRecording::readBack(const std::vector<Inspection::Bookmark>& book
     if (found.header.startMs != m_result.header.startMs || found.header.stopMs != m_result.header.stopMs) {
         return "The header cannot tell the start or the stop.";
     }
-    if (!same(found.types, m_types) || found.channelRangeTimes != m_channelRanges ||
-        !same(found.bookmarks, bookmarks)) {
+    if (!sameTable(found.types, m_types) || found.channelRangeTimes != m_channelRanges ||
+        !sameTable(found.bookmarks, bookmarks)) {
         return "The tables are not those that were written.";
     }
     m_result.header = found.header;

@@ -54,7 +54,7 @@ private:
     std::map<std::uint64_t, Definition> m_all;
 };
 
-void printJson(const std::string& file, const Definitions& definitions)
+void printRangesAsJson(const std::string& file, const Definitions& definitions)
 {
     Json ranges = Json::array();
     for (const auto& [time, definition] : definitions.all()) {
@@ -206,7 +206,7 @@ ExitCode listRanges(const ListOptions& options)
         },
         progress.callback());
     progress.clear();
-    options.json ? printJson(options.file, definitions) : printTable(definitions);
+    options.json ? printRangesAsJson(options.file, definitions) : printTable(definitions);
     findings.insert(findings.end(), inRecords.begin(), inRecords.end());
     complain(options.file, findings);
     return finish(soundness(findings));

@@ -132,6 +132,13 @@ std::optional<std::uint64_t> parseMoment(const std::string& text, std::uint64_t 
     return ms < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(ms));
 }
 
+std::uint64_t lastMoment(const Summary& summary)
+{
+    const Recording2::Inspection::Header& header = summary.header;
+    const std::uint64_t length = header.stopMs - std::min(header.startMs, header.stopMs);
+    return summary.times.empty() ? length : std::max(length, summary.times.back().timeMs);
+}
+
 std::optional<std::uint64_t> parseTime(const std::string& text, const Summary& summary)
 {
     const std::string prefix = "bookmark:";

@@ -15,6 +15,9 @@ constexpr const char* TimeForms =
     "\"2023-11-14 22:13:21.5 UTC\" or \"22:13:21 local\"; a bookmark by its text with milliseconds before or behind "
     "it, such as bookmark:alarm or bookmark:alarm-500";
 
+/// The last moment that belongs to the recording, in milliseconds of it.
+[[nodiscard]] std::uint64_t lastMoment(const Recording2::Inspection::Summary& summary);
+
 /// A time as milliseconds of the recording; nothing when it is not one, also when it lies before the recording's start
 /// or when several bookmarks have the text. A clock time without a date is the first one from the start on.
 [[nodiscard]] std::optional<std::uint64_t> parseTime(const std::string& text,

@@ -18,11 +18,6 @@ using Inspection::RecoveryOutcome;
 
 namespace {
 
-std::string counted(std::uint64_t number, const std::string& what)
-{
-    return grouped(number) + ' ' + what + (number == 1 ? "" : "s");
-}
-
 void printSummary(const RecoverOptions& options, const std::string& output, const Recovery& recovery)
 {
     std::cout << oneLine(output) << ": " << counted(recovery.records, "record") << ", "
@@ -50,7 +45,7 @@ void printSummary(const RecoverOptions& options, const std::string& output, cons
     std::cout << printedName(options.file) << " was left as it is.\n";
 }
 
-void printJson(const RecoverOptions& options, const std::string& output, const Recovery& recovery)
+void printRecoveryAsJson(const RecoverOptions& options, const std::string& output, const Recovery& recovery)
 {
     const Inspection::RepairedTimes& times = recovery.times;
     const bool hasJournal = !recovery.journal.empty();
@@ -107,7 +102,7 @@ ExitCode recover(const RecoverOptions& options)
             complain(options.file, recovery.problem + " Nothing was written.");
             return ExitCode::CannotRead;
     }
-    (options.json ? printJson : printSummary)(options, output, recovery);
+    (options.json ? printRecoveryAsJson : printSummary)(options, output, recovery);
     return finish(recovery.outcome == RecoveryOutcome::Whole ? ExitCode::Fine : ExitCode::Damaged);
 }
 

@@ -147,12 +147,6 @@ private:
     std::uint64_t m_rangesFromRecords = 0;
 };
 
-/// "3 records"; the plural is made with an s.
-std::string counted(std::uint64_t number, const std::string& what)
-{
-    return grouped(number) + ' ' + what + (number == 1 ? "" : "s");
-}
-
 std::string joined(const std::vector<std::string>& texts)
 {
     std::string all;
@@ -228,7 +222,7 @@ void printSummary(const RepairOptions& options, const Repair& repair, bool sound
     }
 }
 
-void printJson(const RepairOptions& options, const Repair& repair, bool sound, const NewRecordingResult& result)
+void printRepairAsJson(const RepairOptions& options, const Repair& repair, bool sound, const NewRecordingResult& result)
 {
     const Salvage& found = repair.found();
     const RepairedTimes& times = repair.times();
@@ -295,7 +289,7 @@ ExitCode repair(const RepairOptions& options)
     if (result != ExitCode::Fine) {
         return result;
     }
-    (options.json ? printJson : printSummary)(options, repair, sound, output.result());
+    (options.json ? printRepairAsJson : printSummary)(options, repair, sound, output.result());
     return finish(repair.isWhole() ? ExitCode::Fine : ExitCode::Damaged);
 }
 

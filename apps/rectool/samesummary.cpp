@@ -6,7 +6,7 @@ namespace RecTool {
 
 namespace Inspection = Recording2::Inspection;
 
-bool same(const std::vector<Inspection::TypeEntry>& a, const std::vector<Inspection::TypeEntry>& b)
+bool sameTable(const std::vector<Inspection::TypeEntry>& a, const std::vector<Inspection::TypeEntry>& b)
 {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const auto& x, const auto& y) {
         return x.typeNumber == y.typeNumber && x.valueType == y.valueType && x.keyword == y.keyword &&
@@ -14,13 +14,13 @@ bool same(const std::vector<Inspection::TypeEntry>& a, const std::vector<Inspect
     });
 }
 
-bool same(const std::vector<Inspection::TimeEntry>& a, const std::vector<Inspection::TimeEntry>& b)
+bool sameTable(const std::vector<Inspection::TimeEntry>& a, const std::vector<Inspection::TimeEntry>& b)
 {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                       [](const auto& x, const auto& y) { return x.timeMs == y.timeMs && x.position == y.position; });
 }
 
-bool same(const std::vector<Inspection::Bookmark>& a, const std::vector<Inspection::Bookmark>& b)
+bool sameTable(const std::vector<Inspection::Bookmark>& a, const std::vector<Inspection::Bookmark>& b)
 {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                       [](const auto& x, const auto& y) { return x.timeMs == y.timeMs && x.text == y.text; });

@@ -7,11 +7,11 @@
 
 namespace RecTool {
 
-[[nodiscard]] bool same(const std::vector<Recording2::Inspection::TypeEntry>& a,
-                        const std::vector<Recording2::Inspection::TypeEntry>& b);
-[[nodiscard]] bool same(const std::vector<Recording2::Inspection::TimeEntry>& a,
-                        const std::vector<Recording2::Inspection::TimeEntry>& b);
-[[nodiscard]] bool same(const std::vector<Recording2::Inspection::Bookmark>& a,
-                        const std::vector<Recording2::Inspection::Bookmark>& b);
+[[nodiscard]] bool sameTable(const std::vector<Recording2::Inspection::TypeEntry>& a,
+                             const std::vector<Recording2::Inspection::TypeEntry>& b);
+[[nodiscard]] bool sameTable(const std::vector<Recording2::Inspection::TimeEntry>& a,
+                             const std::vector<Recording2::Inspection::TimeEntry>& b);
+[[nodiscard]] bool sameTable(const std::vector<Recording2::Inspection::Bookmark>& a,
+                             const std::vector<Recording2::Inspection::Bookmark>& b);
 
 }  // namespace RecTool

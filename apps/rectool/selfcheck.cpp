@@ -92,7 +92,7 @@ void printText(const SelfCheckOptions& options, const Result& result)
     }
 }
 
-void printJson(const SelfCheckOptions& options, const Result& result)
+void printRunsAsJson(const SelfCheckOptions& options, const Result& result)
 {
     Json faults = Json::array();
     for (const FaultReport* report : result.all()) {
@@ -135,7 +135,7 @@ ExitCode selfCheck(const SelfCheckOptions& options)
         complain(options.directory, "Interrupted.");
         return ExitCode::CannotRead;
     }
-    (options.json ? printJson : printText)(options, result);
+    (options.json ? printRunsAsJson : printText)(options, result);
     if (options.keep) {
         std::cerr << "rectool: " << folder.path().toStdString() << " is kept.\n";
     }

@@ -31,7 +31,7 @@ void printTable(const InForce& state, const TypeNames& names)
     table.print(std::cout, "");
 }
 
-void printJson(const std::string& file, std::uint64_t at, const InForce& state, const TypeNames& names)
+void printStateAsJson(const std::string& file, std::uint64_t at, const InForce& state, const TypeNames& names)
 {
     Json entries = Json::array();
     for (const auto& [code, entry] : state.entries()) {
@@ -67,7 +67,7 @@ ExitCode state(const StateOptions& options)
         progress.callback());
     progress.clear();
     const TypeNames names(summary.types);
-    options.json ? printJson(options.file, at, inForce, names) : printTable(inForce, names);
+    options.json ? printStateAsJson(options.file, at, inForce, names) : printTable(inForce, names);
     findings.insert(findings.end(), inRecords.begin(), inRecords.end());
     complain(options.file, findings);
     return finish(soundness(findings));

@@ -87,6 +87,11 @@ std::string grouped(std::uint64_t value)
     return digits;
 }
 
+std::string counted(std::uint64_t number, const std::string& what)
+{
+    return grouped(number) + ' ' + what + (number == 1 ? "" : "s");
+}
+
 std::string frequency(double hz, int digits)
 {
     struct Unit {

@@ -17,6 +17,8 @@ using TerminalText::oneLine;                                    ///< for all tha
 
 [[nodiscard]] std::string number(double value, int digits = 6);  ///< without an exponent where that is legible
 [[nodiscard]] std::string grouped(std::uint64_t value);          ///< 1,136
+/// "1 record", "1,136 records": the plural is made with an s.
+[[nodiscard]] std::string counted(std::uint64_t number, const std::string& what);
 [[nodiscard]] std::string frequency(double hz, int digits = 9);  ///< 90.0123 MHz
 [[nodiscard]] std::string utc(std::uint64_t msSince1970);        ///< 2023-11-14 22:13:20.123 UTC; "unknown" for 0
 [[nodiscard]] std::string duration(std::uint64_t ms);            ///< 1:02:03.456

@@ -21,7 +21,7 @@ const char* nameOf(Severity severity)
     return severity == Severity::Damage ? "damage" : "note";
 }
 
-std::string counted(std::size_t number, const char* what)
+std::string countedPlainly(std::size_t number, const char* what)
 {
     return std::to_string(number) + ' ' + what + (number == 1 ? "" : "s");
 }
@@ -34,8 +34,8 @@ void print(const std::string& file, const Verification& found)
     }
     const std::size_t damage = found.count(Severity::Damage);
     const std::size_t notes = found.count(Severity::Note);
-    std::cout << printedName(file) << ": " << (damage == 0 ? "sound" : "damaged, " + counted(damage, "finding"))
-              << (notes == 0 ? "" : ", " + counted(notes, "note")) << '\n';
+    std::cout << printedName(file) << ": " << (damage == 0 ? "sound" : "damaged, " + countedPlainly(damage, "finding"))
+              << (notes == 0 ? "" : ", " + countedPlainly(notes, "note")) << '\n';
 }
 
 Json toJson(const std::string& file, const Verification& found)

@@ -62,7 +62,7 @@ ReferenceRecording recording()
     return recording;
 }
 
-std::string sound()
+std::string soundBytes()
 {
     return recording().close();
 }
@@ -93,8 +93,8 @@ HeaderFields headerOf(const Summary& summary)
 
 TEST_F(Verify, ASoundFileGetsNoRemark)
 {
-    EXPECT_THAT(verify(sound()), IsEmpty());
-    EXPECT_EQ(Recording2::Inspection::verify(store(sound())).records, 3U);
+    EXPECT_THAT(verify(soundBytes()), IsEmpty());
+    EXPECT_EQ(Recording2::Inspection::verify(store(soundBytes())).records, 3U);
 }
 
 TEST_F(Verify, AFileThatCannotBeReadIsToldByItsProblem)
@@ -145,11 +145,11 @@ TEST_F(Verify, ANegativeMinorVersionIsDamage)
 
 TEST_F(Verify, TheFillingOfTheHeaderAreaIsLookedAt)
 {
-    std::string bytes = sound();
+    std::string bytes = soundBytes();
     bytes[300] = '1';
     EXPECT_THAT(verify(bytes), ElementsAre("damage 300: The header area is not filled with 0 and a final # behind the "
                                            "header record."));
-    bytes = sound();
+    bytes = soundBytes();
     bytes[499] = '0';
     EXPECT_EQ(verify(bytes).size(), 1U);
 }
@@ -157,7 +157,8 @@ TEST_F(Verify, TheFillingOfTheHeaderAreaIsLookedAt)
 TEST_F(Verify, AHeaderThatTakesTheWholeAreaHasNoFilling)
 {
     HeaderFields header;
-    const auto length = static_cast<std::size_t>(Recording2::Inspection::inspect(store(sound())).header.endPosition);
+    const auto length =
+        static_cast<std::size_t>(Recording2::Inspection::inspect(store(soundBytes())).header.endPosition);
     header.jobId = std::string(HeaderArea - length + 4 - 2, 'x');  // 4 as it is; its length takes two digits more
     const std::string bytes = recording().close(header);
     ASSERT_EQ(Recording2::Inspection::inspect(store(bytes)).header.endPosition, 500);
@@ -229,7 +230,7 @@ TEST_F(Verify, BytesThatBelongToNoTableAreDamageWithinAndANoteBehind)
                 ElementsAre("note 500: There are records but no type table.",
                             "note 500: 1 record is of type 1, which the type table does not name.",
                             "note 518: 4 bytes stand behind all tables."));
-    const std::string bytes = sound();
+    const std::string bytes = soundBytes();
     HeaderFields header = headerOf(Recording2::Inspection::inspect(store(bytes)));
     header.channelRangeTable = 0;
     header.bookmarkTable = static_cast<std::int32_t>(bytes.size());
@@ -249,7 +250,7 @@ TEST_F(Verify, AFurtherTypeTableIsANote)
 
 TEST_F(Verify, TwoTablesAtOnePlaceAreDamage)
 {
-    const std::string bytes = sound();
+    const std::string bytes = soundBytes();
     HeaderFields header = headerOf(Recording2::Inspection::inspect(store(bytes)));
     header.bookmarkTable = header.channelRangeTable;
     EXPECT_THAT(verify(withHeader(bytes, header.bytes())),

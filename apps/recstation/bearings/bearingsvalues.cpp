@@ -10,7 +10,7 @@ namespace recstation {
 
 namespace {
 
-constexpr double fullCircle = 360;
+constexpr double circleDeg = 360;
 
 }  // namespace
 
@@ -22,7 +22,7 @@ BearingsValues::BearingsValues(const LogSurvey& survey, double headingDeg, const
     setText(valuePath + QStringLiteral("/Adm/DEVICE_TYPE"), QStringLiteral("Bearing log"));
     setNumber(valuePath + QStringLiteral("/Scn/StartFreq"), m_channelsHz.front());
     setNumber(valuePath + QStringLiteral("/Scn/StopFreq"), m_channelsHz.back());
-    setNumber(QStringLiteral("/TRUEHEADING"), std::fmod(headingDeg + fullCircle, fullCircle));
+    setNumber(QStringLiteral("/TRUEHEADING"), std::fmod(headingDeg + circleDeg, circleDeg));
     attachValue(m_frequency, QStringLiteral("/FREQUENCY"));
     if (survey.hasPosition) {
         attachValue(m_latitude, QStringLiteral("/LOCATIONLATITUDE"));

@@ -15,7 +15,7 @@ constexpr double highestLatitude = 90;
 constexpr double highestLongitude = 180;
 constexpr double sixty = 60;
 
-[[noreturn]] void fail(const std::string& sentence)
+[[noreturn]] void failRow(const std::string& sentence)
 {
     throw std::runtime_error("bearings: " + sentence);
 }
@@ -41,7 +41,7 @@ LogColumn requireColumn(const CsvRecord& header, const std::string& name, const 
         for (const std::string& field : header.fields) {
             names += (names.empty() ? "\"" : ", \"") + field + "\"";
         }
-        fail("the log has no column \"" + name + "\" (" + option + "), only " + names);
+        failRow("the log has no column \"" + name + "\" (" + option + "), only " + names);
     }
     return *column;
 }
@@ -66,7 +66,7 @@ std::vector<LogColumn> angleColumns(const CsvRecord& header, const std::optional
     }
     const QStringList parts = QString::fromStdString(*names).split(QLatin1Char(','));
     if (parts.size() > mostParts) {
-        fail(std::string(option) + " names more than degrees, minutes and seconds");
+        failRow(std::string(option) + " names more than degrees, minutes and seconds");
     }
     for (const QString& part : parts) {
         columns.push_back(requireColumn(header, part.trimmed().toStdString(), option));
@@ -81,7 +81,7 @@ LogDateFormat checkedDateFormat(const std::string& format)
     try {
         return LogDateFormat(format);
     } catch (const std::invalid_argument&) {
-        fail("--date-format " + format + " needs one day, one month and one year, as in MM/dd/yy");
+        failRow("--date-format " + format + " needs one day, one month and one year, as in MM/dd/yy");
     }
 }
 
@@ -89,7 +89,7 @@ long long checkedUtcOffset(const std::string& offset)
 {
     const auto microseconds = parseUtcOffset(offset);
     if (!microseconds) {
-        fail("--utc-offset " + offset + " is no offset such as -05:00 or UTC");
+        failRow("--utc-offset " + offset + " is no offset such as -05:00 or UTC");
     }
     return *microseconds;
 }
@@ -108,7 +108,7 @@ double hzPerUnit(const std::string& unit)
     if (unit == "GHz") {
         return 1e9;
     }
-    fail("--frequency-unit " + unit + " is none of Hz, kHz, MHz and GHz");
+    failRow("--frequency-unit " + unit + " is none of Hz, kHz, MHz and GHz");
 }
 
 // ---- fields
@@ -212,10 +212,11 @@ RowParser::RowParser(const BearingsOptions& options, const CsvRecord& header)
       m_west(options.west)
 {
     if (m_latitude.empty() != m_longitude.empty()) {
-        fail("the log has only one of latitude and longitude: name both with --latitude-column and --longitude-column");
+        failRow(
+            "the log has only one of latitude and longitude: name both with --latitude-column and --longitude-column");
     }
     if (!m_onlyStation.empty() && !m_station) {
-        fail("--station needs a column with stations: name it with --station-column");
+        failRow("--station needs a column with stations: name it with --station-column");
     }
 }
 

@@ -14,7 +14,7 @@ namespace {
 using LevelMap = values::FastValueMap<float, values::levelHandler>;
 using BearingMap = values::ValueMap<values::Bearing, values::BearingHandler>;
 
-[[noreturn]] void fail(const QString& sentence)
+[[noreturn]] void failValue(const QString& sentence)
 {
     throw LineError(sentence.toStdString());
 }
@@ -25,9 +25,9 @@ T& as(values::ValueBase& value, const char* key, const char* expected)
 {
     auto* found = dynamic_cast<T*>(&value);
     if (found == nullptr) {
-        fail(QStringLiteral("%1 is a value of kind %2: \"%3\" needs %4")
-                 .arg(value.GetPath(), values::ValueTypeName(value.GetType()), QLatin1String(key),
-                      QLatin1String(expected)));
+        failValue(QStringLiteral("%1 is a value of kind %2: \"%3\" needs %4")
+                      .arg(value.GetPath(), values::ValueTypeName(value.GetType()), QLatin1String(key),
+                           QLatin1String(expected)));
     }
     return *found;
 }
@@ -63,7 +63,7 @@ void addItem(values::ValueSelection& selection, const FeedItem& item)
     const std::size_t before = selection.GetItems().size();
     selection.AddItem(new values::SelectionItem(item.name, item.value, item.key));
     if (selection.GetItems().size() == before) {
-        fail(QStringLiteral("%1 has an item \"%2\" already").arg(selection.GetPath(), item.name));
+        failValue(QStringLiteral("%1 has an item \"%2\" already").arg(selection.GetPath(), item.name));
     }
 }
 
@@ -71,12 +71,12 @@ void select(values::ValueSelection& selection, const std::variant<QString, std::
 {
     if (const auto* name = std::get_if<QString>(&choice)) {
         if (!selection.Select(*name)) {
-            fail(QStringLiteral("%1 has no item \"%2\"").arg(selection.GetPath(), *name));
+            failValue(QStringLiteral("%1 has no item \"%2\"").arg(selection.GetPath(), *name));
         }
     } else if (!selection.SelectKey(std::get<std::int32_t>(choice))) {
-        fail(QStringLiteral("%1 has no item with the key %2")
-                 .arg(selection.GetPath())
-                 .arg(std::get<std::int32_t>(choice)));
+        failValue(QStringLiteral("%1 has no item with the key %2")
+                      .arg(selection.GetPath())
+                      .arg(std::get<std::int32_t>(choice)));
     }
 }
 
@@ -88,7 +88,7 @@ void applySelection(values::ValueBase& value, const FeedChange& change)
     if (change.deleteItem) {
         auto& selection = as<values::ValueSelection>(value, "delete", "a selection");
         if (!selection.DeleteItem(*change.deleteItem)) {
-            fail(QStringLiteral("%1 has no item \"%2\"").arg(selection.GetPath(), *change.deleteItem));
+            failValue(QStringLiteral("%1 has no item \"%2\"").arg(selection.GetPath(), *change.deleteItem));
         }
     }
     if (change.select) {
@@ -119,11 +119,11 @@ void setCells(Map& map, const FeedChange& change, unsigned long long startTime)
 {
     const std::size_t channels = map.size();
     if (change.firstCell > channels || change.cells->size() > channels - change.firstCell) {
-        fail(QStringLiteral("%1 has %2 channels: %3 cells from channel %4 on do not fit")
-                 .arg(map.GetPath())
-                 .arg(channels)
-                 .arg(change.cells->size())
-                 .arg(change.firstCell));
+        failValue(QStringLiteral("%1 has %2 channels: %3 cells from channel %4 on do not fit")
+                      .arg(map.GetPath())
+                      .arg(channels)
+                      .arg(change.cells->size())
+                      .arg(change.firstCell));
     }
     std::vector<Entry> entries;
     entries.reserve(change.cells->size());
@@ -181,7 +181,7 @@ std::unique_ptr<values::ValueBase> makeValue(const FeedCreate& create)
 void createValue(values::Tree& tree, const QString& path, const FeedCreate& create, unsigned long long startTime)
 {
     if (tree.Find(path) != nullptr) {
-        fail(QStringLiteral("%1 exists already").arg(path));
+        failValue(QStringLiteral("%1 exists already").arg(path));
     }
     const int slash = path.lastIndexOf(QLatin1Char('/'));
     std::unique_ptr<values::ValueBase> value = makeValue(create);
@@ -195,7 +195,7 @@ values::ValueBase& findValue(const values::Tree& tree, const QString& path)
 {
     values::ValueBase* value = tree.Find(path);
     if (value == nullptr) {
-        fail(QStringLiteral("%1 does not exist: expected a line that creates it before").arg(path));
+        failValue(QStringLiteral("%1 does not exist: expected a line that creates it before").arg(path));
     }
     return *value;
 }
@@ -210,7 +210,8 @@ void applyFeedLine(values::Tree& tree, const FeedLine& line, unsigned long long 
         applyChange(findValue(tree, line.path), *change, startTime);
     } else if (std::holds_alternative<FeedRemove>(line.action)) {
         if (findValue(tree, line.path).GetName().startsWith(QLatin1String("REC_"))) {
-            fail(QStringLiteral("%1 belongs to a recorder and stays: expected a value of a device").arg(line.path));
+            failValue(
+                QStringLiteral("%1 belongs to a recorder and stays: expected a value of a device").arg(line.path));
         }
         tree.Remove(line.path);
     }

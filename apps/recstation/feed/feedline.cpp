@@ -19,14 +19,14 @@ using Keys = std::vector<std::string_view>;
 constexpr double latestMs = 1e14;
 constexpr double mostChannels = 16'777'216;
 
-[[noreturn]] void fail(const std::string& sentence)
+[[noreturn]] void failLine(const std::string& sentence)
 {
     throw LineError(sentence);
 }
 
 [[noreturn]] void failExpected(std::string_view key, const std::string& expected)
 {
-    fail("\"" + std::string(key) + "\": expected " + expected);
+    failLine("\"" + std::string(key) + "\": expected " + expected);
 }
 
 std::string quotedList(const Keys& keys)
@@ -48,7 +48,7 @@ const Json& require(const Json& object, std::string_view key, const std::string&
 {
     const Json* value = find(object, key);
     if (value == nullptr) {
-        fail("\"" + std::string(key) + "\" is missing: expected " + expected);
+        failLine("\"" + std::string(key) + "\" is missing: expected " + expected);
     }
     return *value;
 }
@@ -57,7 +57,7 @@ void refuseOtherKeys(const Json& object, const Keys& allowed, const std::string&
 {
     for (const auto& entry : object.items()) {
         if (std::find(allowed.begin(), allowed.end(), entry.key()) == allowed.end()) {
-            fail("\"" + entry.key() + "\" means nothing in " + where + ": expected " + quotedList(allowed));
+            failLine("\"" + entry.key() + "\" means nothing in " + where + ": expected " + quotedList(allowed));
         }
     }
 }
@@ -264,7 +264,7 @@ void readMapKeys(const Json& line, FeedChange& change)
     }
     for (const std::string_view key : {"first", "time"}) {
         if (find(line, key) != nullptr && !change.cells) {
-            fail("\"" + std::string(key) + "\" says something about \"cells\", which are missing");
+            failLine("\"" + std::string(key) + "\" says something about \"cells\", which are missing");
         }
     }
     if (const Json* value = find(line, "first")) {
@@ -353,7 +353,7 @@ FeedChange change(const Json& line)
         {"at", "path", "set", "lower", "upper", "offset", "select", "add", "delete", "range", "cells", "first", "time"},
         "a change");
     if (line.size() == 2) {
-        fail(
+        failLine(
             "nothing is said about the value: expected \"set\", \"select\", \"cells\", \"create\", \"remove\" or "
             "another change");
     }
@@ -401,7 +401,7 @@ FeedRecord record(const Json& line)
 FeedLine fromJson(const Json& line)
 {
     if (!line.is_object()) {
-        fail(R"(expected one JSON object such as {"at": 0, "path": "/LEVEL", "set": -30})");
+        failLine(R"(expected one JSON object such as {"at": 0, "path": "/LEVEL", "set": -30})");
     }
     FeedLine result;
     result.atUs = time(require(line, "at", "milliseconds from 0 on"), "at");
@@ -427,10 +427,10 @@ FeedLine parseFeedLine(const std::string& text)
     try {
         return fromJson(Json::parse(text));
     } catch (const Json::parse_error& error) {
-        fail("not JSON at byte " + std::to_string(error.byte) + ": expected one object per line");
+        failLine("not JSON at byte " + std::to_string(error.byte) + ": expected one object per line");
     } catch (const Json::exception&) {
         // A number too large for any type is the one other thing that the parser refuses.
-        fail("not JSON: a number is out of range");
+        failLine("not JSON: a number is out of range");
     }
 }
 

@@ -14,7 +14,7 @@ namespace recstation {
 
 namespace {
 
-[[noreturn]] void fail(const std::string& sentence)
+[[noreturn]] void failPlan(const std::string& sentence)
 {
     throw std::runtime_error("iq: " + sentence);
 }
@@ -46,10 +46,10 @@ void checkSamplesExist(const Files& files)
     }
     const QFileInfo info(files.samples);
     if (!info.exists()) {
-        fail("there is no file " + files.samples.toStdString());
+        failPlan("there is no file " + files.samples.toStdString());
     }
     if (info.isDir()) {
-        fail(files.samples.toStdString() + " is a directory, not a file of samples");
+        failPlan(files.samples.toStdString() + " is a directory, not a file of samples");
     }
 }
 
@@ -72,20 +72,20 @@ SampleFormat chooseFormat(const IqOptions& options, const Files& files, const Si
         return *format;
     }
     if (name.empty()) {
-        fail("the format of the samples in " + files.samples.toStdString() +
-             " is not known: " + remedy("--format cu8, ci16_le or cf32_le", files, "core:datatype"));
+        failPlan("the format of the samples in " + files.samples.toStdString() +
+                 " is not known: " + remedy("--format cu8, ci16_le or cf32_le", files, "core:datatype"));
     }
-    fail("the sample format \"" + name + "\" is not supported, only cu8, ci16_le and cf32_le are");
+    failPlan("the sample format \"" + name + "\" is not supported, only cu8, ci16_le and cf32_le are");
 }
 
 double chooseRate(const IqOptions& options, const Files& files, const SigMfMetadata& metadata)
 {
     const auto rate = options.rateHz ? options.rateHz : metadata.rateHz;
     if (!rate) {
-        fail("the sample rate is not known: " + remedy("--rate", files, "core:sample_rate"));
+        failPlan("the sample rate is not known: " + remedy("--rate", files, "core:sample_rate"));
     }
     if (!(*rate > 0 && *rate <= highestRateHz)) {
-        fail("the sample rate must be above 0 and at most 1e12 samples a second");
+        failPlan("the sample rate must be above 0 and at most 1e12 samples a second");
     }
     return *rate;
 }
@@ -94,10 +94,10 @@ double chooseCentre(const IqOptions& options, const Files& files, const SigMfMet
 {
     const auto centre = options.centreHz ? options.centreHz : metadata.centreHz;
     if (!centre) {
-        fail("the centre frequency is not known: " + remedy("--centre", files, "core:frequency"));
+        failPlan("the centre frequency is not known: " + remedy("--centre", files, "core:frequency"));
     }
     if (!(std::abs(*centre) <= highestCentreHz)) {
-        fail("the centre frequency must be a number of Hz up to 1e15");
+        failPlan("the centre frequency must be a number of Hz up to 1e15");
     }
     return *centre;
 }
@@ -107,7 +107,7 @@ unsigned long long chooseStart(const IqOptions& options, const SigMfMetadata& me
     if (!options.start.empty()) {
         const auto time = parseIsoTime(options.start);
         if (!time) {
-            fail("--start " + options.start + " is not a time such as 2026-11-21T08:30:00.25Z");
+            failPlan("--start " + options.start + " is not a time such as 2026-11-21T08:30:00.25Z");
         }
         return *time;
     }
@@ -130,24 +130,24 @@ void planSpectra(const IqOptions& options, IqPlan& plan)
 {
     plan.fftSize = options.fftSize;
     if (plan.fftSize < smallestFft || plan.fftSize > largestFft || plan.fftSize % 2 != 0) {
-        fail("the FFT size must be an even number from 16 to 1048576");
+        failPlan("the FFT size must be an even number from 16 to 1048576");
     }
     const auto window = windowByName(options.window);
     if (!window) {
-        fail("the window \"" + options.window + "\" is not known, only flattop, hann and blackman-harris are");
+        failPlan("the window \"" + options.window + "\" is not known, only flattop, hann and blackman-harris are");
     }
     plan.window = *window;
     if (!(options.overlapPercent >= 0 && options.overlapPercent <= largestOverlapPercent)) {
-        fail("the overlap must be 0 to 95 percent");
+        failPlan("the overlap must be 0 to 95 percent");
     }
     const double notShared = 1 - options.overlapPercent / 100;
     plan.advance = static_cast<std::size_t>(std::max(1.0, std::round(static_cast<double>(plan.fftSize) * notShared)));
     if (options.average > largestAverage) {
-        fail("at most 1000000 FFTs can be averaged to a spectrum");
+        failPlan("at most 1000000 FFTs can be averaged to a spectrum");
     }
     plan.average = options.average > 0 ? options.average : averageForRecordTimes(plan.rateHz, plan.advance);
     if (options.spectrum != "rf" && options.spectrum != "if") {
-        fail("--as must be rf or if");
+        failPlan("--as must be rf or if");
     }
     plan.ifSpectrum = options.spectrum == "if";
 }

@@ -48,7 +48,7 @@ void addFetch(CLI::App& archive, Action& action)
                      "Exit code 3: the storage's copy is not what was stored.");
 }
 
-void addVerify(CLI::App& archive, Action& action)
+void addArchiveVerify(CLI::App& archive, Action& action)
 {
     Verb<ArchiveVerifyOptions> verb(
         archive, "verify", "Read the storage again and name the first missing or altered file", archiveVerify, action);
@@ -79,7 +79,7 @@ void addArchiveVerbs(CLI::App& app, Action& action)
     addGroups(archive, action);
     addShow(archive, action);
     addFetch(archive, action);
-    addVerify(archive, action);
+    addArchiveVerify(archive, action);
     addRetry(archive, action);
 }
 

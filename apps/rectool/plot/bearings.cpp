@@ -142,7 +142,7 @@ ExitCode plotBearings(const PlotBearingsOptions& options)
     }
     Bearings bearings(source, options.relative);
     if (!bearings.areRecorded()) {
-        return source.refuse(std::string("There is no type ") + DirectionFindingKeyword + " in the recording.");
+        return source.refuse("There is no type DFSPECTRUM in the recording.");
     }
     BearingCount count;
     double first = std::numeric_limits<double>::infinity();

@@ -492,9 +492,9 @@ public:
 
     void walk(const std::function<void(std::int64_t, std::int64_t)>& progress)
     {
-        constexpr std::int64_t ProgressBytes = std::int64_t{1} << 20U;
+        constexpr std::int64_t ProgressStep = std::int64_t{1} << 20U;
         const std::int64_t begin = m_result.header.firstRecordPosition;
-        std::int64_t nextProgress = begin + ProgressBytes;
+        std::int64_t nextProgress = begin + ProgressStep;
         std::int64_t position = begin;
         while (position < m_end) {
             const std::int64_t end = endOfRecord(m_fields, position);
@@ -508,7 +508,7 @@ public:
             }
             if (progress && position >= nextProgress) {
                 progress(position - begin, m_end - begin);
-                nextProgress = position + ProgressBytes;
+                nextProgress = position + ProgressStep;
             }
         }
         believeTimes();

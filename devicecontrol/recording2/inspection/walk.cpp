@@ -179,14 +179,14 @@ std::vector<Finding> walkRecords(const std::string& path, const Summary& summary
                                  const std::function<bool(const Record&)>& visit,
                                  const std::function<void(std::int64_t, std::int64_t)>& progress)
 {
-    constexpr std::int64_t ProgressBytes = std::int64_t{1} << 20;
-    std::int64_t nextProgress = ProgressBytes;
+    constexpr std::int64_t WalkedBytes = std::int64_t{1} << 20;
+    std::int64_t nextProgress = WalkedBytes;
     RecordReader reader(path, summary);
     Record record;
     while (reader.next(record) && visit(record)) {
         if (progress && reader.bytesRead() >= nextProgress) {
             progress(reader.bytesRead(), reader.bytesInAll());
-            nextProgress = reader.bytesRead() + ProgressBytes;
+            nextProgress = reader.bytesRead() + WalkedBytes;
         }
     }
     return reader.findings();

@@ -19,7 +19,7 @@ namespace {
 using values::ChannelRange;
 using values::ValueType;
 
-constexpr double None = std::numeric_limits<double>::quiet_NaN();
+constexpr double NotMeasured = std::numeric_limits<double>::quiet_NaN();
 constexpr unsigned long long Time = 1'700'000'000'123'456;
 
 template <typename T, typename Change>
@@ -63,7 +63,8 @@ void hundredLevels(LevelMap& map)
 void twoBearings(BearingMap& map)
 {
     map.SetChannelRange(ChannelRange::List({433.92e6, 100e6}));
-    map.SetCells(0, std::vector<values::Bearing>{{271.5, 3, -48.25, 97}, {None, None, -90, None}}, Time);
+    map.SetCells(0, std::vector<values::Bearing>{{271.5, 3, -48.25, 97}, {NotMeasured, NotMeasured, -90, NotMeasured}},
+                 Time);
 }
 
 /// What the document must show, by the examples' names.

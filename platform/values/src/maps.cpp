@@ -24,7 +24,7 @@ constexpr std::size_t MostRuns = 64;
 /// What the head of a run costs, in cells.
 constexpr std::size_t RunHeadCells = 2;
 
-const char* const Source = "platform\\values\\maps";
+const char* const MapsSource = "platform\\values\\maps";
 
 bool compressMode = true;
 
@@ -228,7 +228,7 @@ MappingBase::~MappingBase() = default;
 void MappingBase::SetChannelRange(const ChannelRange& range, IObserver* originator)
 {
     if (!isAllowed(range)) {
-        throw VKException("A channel range is too large or has a frequency that is no number", Source,
+        throw VKException("A channel range is too large or has a frequency that is no number", MapsSource,
                           "MappingBase::SetChannelRange", __LINE__);
     }
     if (ReplaceRange(normalized(range))) {
@@ -319,11 +319,18 @@ void CellMap<Entry, Handler>::SetCells(std::size_t first, std::span<const Entry>
                                        IObserver* originator)
 {
     if (first > m_cells.size() || cells.size() > m_cells.size() - first) {
-        throw VKException("Cells past the end of the channel range", Source, "CellMap::SetCells", __LINE__);
+        throw VKException("Cells past the end of the channel range", MapsSource, "CellMap::SetCells", __LINE__);
     }
     WriteCells(first, cells);
     this->m_timeStamp = timeStamp;
     this->NotifyMapChange(originator);
+}
+
+template <typename Entry, typename Handler>
+void CellMap<Entry, Handler>::SetCell(std::size_t channel, const Entry& cell, unsigned long long timeStamp,
+                                      IObserver* originator)
+{
+    SetCells(channel, std::span<const Entry>(&cell, 1), timeStamp, originator);
 }
 
 template <typename Entry, typename Handler>

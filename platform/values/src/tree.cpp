@@ -10,7 +10,7 @@ namespace values {
 
 namespace {
 
-const char* const Source = "platform\\values\\tree";
+const char* const TreeSource = "platform\\values\\tree";
 
 Tree*& inForce()
 {
@@ -20,7 +20,7 @@ Tree*& inForce()
 
 [[noreturn]] void refuse(const QString& reason, const char* function, std::int32_t line)
 {
-    throw VKException(reason.toStdString(), Source, function, line);
+    throw VKException(reason.toStdString(), TreeSource, function, line);
 }
 
 }  // namespace
@@ -48,7 +48,7 @@ Tree::~Tree()
         } catch (const std::exception& exception) {
             _Q_Trace(QStringLiteral("An observer failed at the end of %1: %2")
                          .arg(path, QString::fromUtf8(exception.what())),
-                     QString::fromLatin1(Source), __LINE__);
+                     QString::fromLatin1(TreeSource), __LINE__);
         }
     }
     inForce() = nullptr;

@@ -19,7 +19,6 @@ namespace Zelvo {
 
 namespace {
 
-constexpr std::int64_t WriterLeaseMs = 1'800'000;
 constexpr unsigned WriteBits = 0222;
 
 QString noArchiveText()

@@ -11,8 +11,6 @@ namespace Zelvo {
 
 namespace {
 
-// Of a file that another station has open for writing: longer than any pause between two runs of its mover.
-constexpr std::int64_t WriterLeaseMs = 1'800'000;
 constexpr std::int64_t HeartbeatMs = 60'000;
 
 // The copy under its temporary name: always the same, so that what a killed mover left is found.

@@ -15,6 +15,9 @@
 
 namespace Zelvo {
 
+/// Of a file that another station has open for writing: longer than any pause between two runs of its mover.
+inline constexpr std::int64_t WriterLeaseMs = 1'800'000;
+
 struct GroupRow : GroupInfo {
     QString owner;  ///< the lock of the process that records into it
     bool asked = false;

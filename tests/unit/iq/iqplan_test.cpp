@@ -55,7 +55,7 @@ protected:
     IqOptions m_options;
 };
 
-const char* const metadata = R"({"global": {"core:datatype": "ci16_le", "core:sample_rate": 48000},
+const char* const rateOf48k = R"({"global": {"core:datatype": "ci16_le", "core:sample_rate": 48000},
     "captures": [{"core:frequency": 144.8e6, "core:datetime": "2026-11-21T08:30:00.5Z"}]})";
 
 TEST_F(Plan, OptionsAloneAreEnough)
@@ -73,7 +73,7 @@ TEST_F(Plan, OptionsAloneAreEnough)
 
 TEST_F(Plan, MetadataBesideTheFileFillWhatTheOptionsLeaveOpen)
 {
-    create("x.sigmf-meta", metadata);
+    create("x.sigmf-meta", rateOf48k);
     nameOnly(create("x.sigmf-data"));
     const IqPlan plan = makeIqPlan(m_options);
     EXPECT_EQ(plan.format, SampleFormat::SignedShortLe);
@@ -85,7 +85,7 @@ TEST_F(Plan, MetadataBesideTheFileFillWhatTheOptionsLeaveOpen)
 TEST_F(Plan, TheMetadataFileMayBeNamedInstead)
 {
     const std::string samples = create("x.sigmf-data");
-    nameOnly(create("x.sigmf-meta", metadata));
+    nameOnly(create("x.sigmf-meta", rateOf48k));
     EXPECT_EQ(makeIqPlan(m_options).file.toStdString(), samples);
     QFile::remove(QString::fromStdString(samples));
     EXPECT_THAT(problem(), AllOf(HasSubstr("there is no file"), HasSubstr("x.sigmf-data")));
@@ -93,7 +93,7 @@ TEST_F(Plan, TheMetadataFileMayBeNamedInstead)
 
 TEST_F(Plan, OptionsComeBeforeMetadata)
 {
-    create("samples.sigmf-meta", metadata);
+    create("samples.sigmf-meta", rateOf48k);
     const IqPlan plan = makeIqPlan(m_options);
     EXPECT_EQ(plan.format, SampleFormat::UnsignedByte);
     EXPECT_EQ(plan.rateHz, 2e6);

@@ -28,7 +28,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using LevelMap = values::FastValueMap<float, values::levelHandler>;
 
-constexpr std::size_t fftSize = 1024;
+constexpr std::size_t spectrumSize = 1024;
 constexpr unsigned long long start = 1'795'249'800'000'000;  // 2026-11-21 08:30:00 UTC
 
 class IqSource : public testing::Test {
@@ -166,7 +166,7 @@ TEST_F(IqSource, TheTimeIsTheSameHoweverOftenItIsAsked)
 TEST_F(IqSource, TheLevelOfNoiseIsItsPower)
 {
     m_options.average = 100;
-    prepare(iqtesting::asFloats(iqtesting::noise(100 * fftSize, 1e-5)));
+    prepare(iqtesting::asFloats(iqtesting::noise(100 * spectrumSize, 1e-5)));
     run();
     EXPECT_NEAR(number("/LEVEL"), -50, 0.1);
     double sum = 0;
@@ -237,12 +237,12 @@ TEST_F(IqSource, ACutLastSampleIsReported)
 
 TEST_F(IqSource, SpectraWithSamplesThatAreNoNumbersAreLeftOutAndReportedOnceARun)
 {
-    iqtesting::Samples samples = iqtesting::noise(6 * fftSize, 1e-3);
-    samples[fftSize + 5] = {std::nan(""), 0};
-    samples[2 * fftSize] = {0, std::numeric_limits<double>::infinity()};
-    samples[5 * fftSize + 1023] = {0, std::nan("")};
+    iqtesting::Samples samples = iqtesting::noise(6 * spectrumSize, 1e-3);
+    samples[spectrumSize + 5] = {std::nan(""), 0};
+    samples[2 * spectrumSize] = {0, std::numeric_limits<double>::infinity()};
+    samples[5 * spectrumSize + 1023] = {0, std::nan("")};
     prepare(iqtesting::asFloats(samples));
-    EXPECT_THAT(run(), ElementsAre(start, start + 3 * fftSize, start + 4 * fftSize));
+    EXPECT_THAT(run(), ElementsAre(start, start + 3 * spectrumSize, start + 4 * spectrumSize));
     EXPECT_THAT(m_reports, ElementsAre(testing::AllOf(HasSubstr("from sample 1024 on"), HasSubstr(": 2")),
                                        testing::AllOf(HasSubstr("from sample 5120 on"), HasSubstr(": 1"))));
     EXPECT_EQ(m_source->report().bad, 3U);

@@ -18,7 +18,7 @@ namespace {
 
 using LevelMap = values::FastValueMap<float, values::levelHandler>;
 
-constexpr std::size_t fftSize = 1024;
+constexpr std::size_t binCount = 1024;
 constexpr std::size_t samplesInFile = 356'868;
 
 // Replays the texts that a recorder would write.
@@ -89,15 +89,15 @@ protected:
 
     void expectSpectrum(const Frame& frame, std::size_t firstSample, std::size_t average) const
     {
-        const auto expected = iqtesting::spectrumByDefinition(m_samples, firstSample, fftSize, fftSize, average,
+        const auto expected = iqtesting::spectrumByDefinition(m_samples, firstSample, binCount, binCount, average,
                                                               iqtesting::flatTopTerms());
-        ASSERT_EQ(frame.cells.size(), fftSize);
-        ASSERT_EQ(frame.replayed.size(), fftSize);
-        for (std::size_t i = 0; i < fftSize; ++i) {
+        ASSERT_EQ(frame.cells.size(), binCount);
+        ASSERT_EQ(frame.replayed.size(), binCount);
+        for (std::size_t i = 0; i < binCount; ++i) {
             ASSERT_NEAR(static_cast<double>(frame.cells[i]), expected[i], 0.001) << firstSample << " channel " << i;
             ASSERT_NEAR(static_cast<double>(frame.replayed[i]), expected[i], 0.01) << firstSample << " channel " << i;
         }
-        EXPECT_NEAR(frame.levelDb, iqtesting::meanLevelDb(m_samples, firstSample, average * fftSize), 0.006);
+        EXPECT_NEAR(frame.levelDb, iqtesting::meanLevelDb(m_samples, firstSample, average * binCount), 0.006);
     }
 
     iqtesting::Samples m_samples;
@@ -110,7 +110,7 @@ TEST_F(RealSamples, BurstsStandOutOfTheNoise)
     m_options.average = 1;
     const std::vector<Frame> frames = run();
     ASSERT_EQ(m_samples.size(), samplesInFile);
-    ASSERT_EQ(frames.size(), samplesInFile / fftSize);
+    ASSERT_EQ(frames.size(), samplesInFile / binCount);
     EXPECT_EQ(m_report.used, frames.size());
     EXPECT_EQ(m_report.skipped, 1U);
     EXPECT_EQ(m_report.bad, 0U);
@@ -132,13 +132,13 @@ TEST_F(RealSamples, SpectraAgreeWithTheDefinitionBeforeAndAfterRecording)
 {
     const std::vector<Frame> frames = run();
     constexpr std::size_t average = 8;
-    ASSERT_EQ(frames.size(), samplesInFile / fftSize / average);
+    ASSERT_EQ(frames.size(), samplesInFile / binCount / average);
     for (std::size_t i = 0; i < frames.size(); i += 10) {
-        expectSpectrum(frames[i], i * average * fftSize, average);
+        expectSpectrum(frames[i], i * average * binCount, average);
     }
     const auto loudest = std::max_element(frames.begin(), frames.end(),
                                           [](const Frame& a, const Frame& b) { return a.levelDb < b.levelDb; });
-    expectSpectrum(*loudest, static_cast<std::size_t>(loudest - frames.begin()) * average * fftSize, average);
+    expectSpectrum(*loudest, static_cast<std::size_t>(loudest - frames.begin()) * average * binCount, average);
 }
 
 }  // namespace

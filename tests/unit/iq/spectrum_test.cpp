@@ -14,11 +14,11 @@ using recstation::Window;
 
 constexpr std::size_t size = 1024;
 
-std::vector<float> spectrumOf(const iqtesting::Samples& samples, Window window, std::size_t fftSize = size)
+std::vector<float> spectrumOf(const iqtesting::Samples& samples, Window window, std::size_t length = size)
 {
-    SpectrumAverager spectrum(window, fftSize);
-    for (std::size_t first = 0; first + fftSize <= samples.size(); first += fftSize) {
-        spectrum.add(std::span(samples).subspan(first, fftSize));
+    SpectrumAverager spectrum(window, length);
+    for (std::size_t first = 0; first + length <= samples.size(); first += length) {
+        spectrum.add(std::span(samples).subspan(first, length));
     }
     return spectrum.levelsDb();
 }

@@ -13,13 +13,13 @@ std::optional<NmeaMessage> read(const std::string& text)
     return readNmeaMessage(parseNmeaSentence(text).value());
 }
 
-constexpr long long second = 1'000'000;
+constexpr long long messageSecond = 1'000'000;
 
 TEST(NmeaMessage, GgaGivesTimePositionAndAltitude)
 {
     const auto message = read("$GNGGA,094736.25,5251.0094,N,00518.8172,W,1,12,0.60,-4.5,M,46.8,M,,");
     ASSERT_TRUE(message);
-    EXPECT_EQ(message->timeOfDay, ((9 * 60 + 47) * 60 + 36) * second + 250'000);
+    EXPECT_EQ(message->timeOfDay, ((9 * 60 + 47) * 60 + 36) * messageSecond + 250'000);
     EXPECT_EQ(message->day, std::nullopt);
     EXPECT_NEAR(*message->fix.latitudeDeg, 52 + 51.0094 / 60, 1e-12);
     EXPECT_NEAR(*message->fix.longitudeDeg, -(5 + 18.8172 / 60), 1e-12);
@@ -66,7 +66,7 @@ TEST(NmeaMessage, PashrGivesHeadingPitchAndRoll)
 {
     const auto message = read("$PASHR,085335.000,224.19,T,-01.26,+00.83,+00.10,0.101,0.113,0.267,1,0");
     ASSERT_TRUE(message);
-    EXPECT_EQ(message->timeOfDay, ((8 * 60 + 53) * 60 + 35) * second);
+    EXPECT_EQ(message->timeOfDay, ((8 * 60 + 53) * 60 + 35) * messageSecond);
     EXPECT_EQ(message->fix.headingDeg, 224.19);
     EXPECT_EQ(message->fix.rollDeg, -1.26);
     EXPECT_EQ(message->fix.pitchDeg, 0.83);

@@ -25,7 +25,7 @@ using testing::Pair;
 using testing::SizeIs;
 using Number = values::ValueNumeric<double>;
 
-constexpr unsigned long long second = 1'000'000;
+constexpr unsigned long long oneSecond = 1'000'000;
 constexpr unsigned long long eight = 1'795'248'000'000'000;  // 2026-11-21 08:00:00 UTC
 
 std::string rmc(const std::string& time, const std::string& date = "211126")
@@ -93,10 +93,10 @@ TEST_F(NmeaSourceTest, SentencesWithoutATimeLieBetweenTheTimedOnesByTheirLines)
     const auto steps = run(rmc("080000") + hdt(1) + hdt(2) + hdt(3) + rmc("080001"));
     ASSERT_THAT(steps, SizeIs(5));
     EXPECT_EQ(steps[0].first, eight);
-    EXPECT_THAT(steps[1], Pair(eight + second / 4, 1));
-    EXPECT_THAT(steps[2], Pair(eight + second / 2, 2));
-    EXPECT_THAT(steps[3], Pair(eight + second * 3 / 4, 3));
-    EXPECT_EQ(steps[4].first, eight + second);
+    EXPECT_THAT(steps[1], Pair(eight + oneSecond / 4, 1));
+    EXPECT_THAT(steps[2], Pair(eight + oneSecond / 2, 2));
+    EXPECT_THAT(steps[3], Pair(eight + oneSecond * 3 / 4, 3));
+    EXPECT_EQ(steps[4].first, eight + oneSecond);
     EXPECT_THAT(m_reports, IsEmpty());
 }
 
@@ -104,7 +104,7 @@ TEST_F(NmeaSourceTest, TheTimeIsThatOfTheLastTimedSentenceBeforeThem)
 {
     const auto steps = run(gga("080000", "1") + rmc("080000") + hdt(1) + gga("080001", "1") + rmc("080001"));
     ASSERT_THAT(steps, SizeIs(5));
-    EXPECT_THAT(steps[2], Pair(eight + second / 2, 1));
+    EXPECT_THAT(steps[2], Pair(eight + oneSecond / 2, 1));
 }
 
 TEST_F(NmeaSourceTest, ATimedSentenceOfTheSameTimeComesBeforeWhatIsLater)
@@ -112,17 +112,17 @@ TEST_F(NmeaSourceTest, ATimedSentenceOfTheSameTimeComesBeforeWhatIsLater)
     const auto steps = run(rmc("080000") + hdt(1) + gga("080000", "5") + hdt(2) + rmc("080001"));
     ASSERT_THAT(steps, SizeIs(5));
     EXPECT_EQ(steps[1].first, eight);  // GGA
-    EXPECT_THAT(steps[2], Pair(eight + second / 4, 1));
-    EXPECT_THAT(steps[3], Pair(eight + second * 3 / 4, 2));
+    EXPECT_THAT(steps[2], Pair(eight + oneSecond / 4, 1));
+    EXPECT_THAT(steps[3], Pair(eight + oneSecond * 3 / 4, 2));
 }
 
 TEST_F(NmeaSourceTest, BeforeTheFirstAndBehindTheLastTimeTheyHaveThatTime)
 {
     const auto steps = run(hdt(1) + hdt(2) + gga("075959", "5") + rmc("080000") + hdt(3));
     ASSERT_THAT(steps, SizeIs(5));
-    EXPECT_THAT(steps[0], Pair(eight - second, 1));
-    EXPECT_THAT(steps[1], Pair(eight - second, 2));
-    EXPECT_EQ(steps[2].first, eight - second);
+    EXPECT_THAT(steps[0], Pair(eight - oneSecond, 1));
+    EXPECT_THAT(steps[1], Pair(eight - oneSecond, 2));
+    EXPECT_EQ(steps[2].first, eight - oneSecond);
     EXPECT_THAT(steps[4], Pair(eight, 3));
 }
 
@@ -130,8 +130,8 @@ TEST_F(NmeaSourceTest, TheFirstDateHoldsForTheTimesBeforeItAcrossMidnight)
 {
     const auto steps = run(gga("235958", "5") + gga("235959", "6") + rmc("000000", "221126"));
     ASSERT_THAT(steps, SizeIs(3));
-    EXPECT_EQ(steps[0].first, eight + 57'600 * second - 2 * second);
-    EXPECT_EQ(steps[2].first, eight + 57'600 * second);
+    EXPECT_EQ(steps[0].first, eight + 57'600 * oneSecond - 2 * oneSecond);
+    EXPECT_EQ(steps[2].first, eight + 57'600 * oneSecond);
 }
 
 TEST_F(NmeaSourceTest, ValuesHaveTheirUnitsAndAreNotANumberBefore)
@@ -167,7 +167,7 @@ TEST_F(NmeaSourceTest, WithoutRmcTheDateIsAskedFor)
     m_options.date = "2026-11-21";
     const auto steps = run(gga("080000", "1") + hdt(5) + gga("080002", "2"));
     ASSERT_THAT(steps, SizeIs(3));
-    EXPECT_EQ(steps[1].first, eight + second);
+    EXPECT_EQ(steps[1].first, eight + oneSecond);
     m_options.date = "21.11.2026";
     EXPECT_THAT(failure(gga("080000", "1")), HasSubstr("--date"));
 }
@@ -177,19 +177,19 @@ TEST_F(NmeaSourceTest, MidnightAndTimesThatGoBackAreCounted)
     m_options.date = "2026-11-20";
     const auto steps = run(gga("235959", "1") + gga("000001", "2") + gga("000000", "3") + hdt(5) + gga("000002", "4"));
     ASSERT_THAT(steps, SizeIs(5));
-    EXPECT_EQ(steps[1].first, eight - 28'799 * second);
+    EXPECT_EQ(steps[1].first, eight - 28'799 * oneSecond);
     EXPECT_EQ(steps[2].first, steps[1].first);
-    EXPECT_EQ(steps[3].first, steps[1].first + second / 2);
-    EXPECT_EQ(steps[4].first, eight - 28'798 * second);
+    EXPECT_EQ(steps[3].first, steps[1].first + oneSecond / 2);
+    EXPECT_EQ(steps[4].first, eight - 28'798 * oneSecond);
     EXPECT_THAT(m_reports, ElementsAre(HasSubstr("1 row goes back, by up to "), HasSubstr("midnight passed 1 times")));
 }
 
 std::string twoDrives()
 {
     std::string log;
-    for (const char* hour : {"09", "08"}) {
+    for (const char* hours : {"09", "08"}) {
         for (int i = 10; i < 21; ++i) {
-            log += rmc(hour + ("00" + std::to_string(i))) + hdt(i);
+            log += rmc(hours + ("00" + std::to_string(i))) + hdt(i);
         }
     }
     return log;
@@ -198,7 +198,7 @@ std::string twoDrives()
 TEST_F(NmeaSourceTest, ADriveBehindALaterOneIsToldWithItsTimes)
 {
     const auto steps = run(twoDrives());
-    EXPECT_EQ(steps.back().first, eight + 3620 * second);
+    EXPECT_EQ(steps.back().first, eight + 3620 * oneSecond);
     EXPECT_THAT(m_reports,
                 ElementsAre(AllOf(HasSubstr("11 rows go back, by up to 3610.000 s, from 2026-11-21 09:00:20 UTC"),
                                   HasSubstr("from 2026-11-21 08:00:10 UTC to 2026-11-21 08:00:20 UTC"),
@@ -207,33 +207,33 @@ TEST_F(NmeaSourceTest, ADriveBehindALaterOneIsToldWithItsTimes)
 
 TEST_F(NmeaSourceTest, WhereGapsPartRecordingsADriveBehindALaterOneHasItsOwnTimes)
 {
-    m_options.splitGapUs = 600 * second;
+    m_options.splitGapUs = 600 * oneSecond;
     const auto steps = run(twoDrives());
     ASSERT_THAT(steps, SizeIs(44));
-    EXPECT_THAT(steps[21], Pair(eight + 3620 * second, 20));  // behind the last time of the first drive
-    EXPECT_EQ(steps[22].first, eight + 10 * second);
-    EXPECT_THAT(steps[23], Pair(eight + 10 * second + second / 2, 10));
-    EXPECT_EQ(steps.back().first, eight + 20 * second);
+    EXPECT_THAT(steps[21], Pair(eight + 3620 * oneSecond, 20));  // behind the last time of the first drive
+    EXPECT_EQ(steps[22].first, eight + 10 * oneSecond);
+    EXPECT_THAT(steps[23], Pair(eight + 10 * oneSecond + oneSecond / 2, 10));
+    EXPECT_EQ(steps.back().first, eight + 20 * oneSecond);
     EXPECT_THAT(m_reports, IsEmpty());
 }
 
 TEST_F(NmeaSourceTest, NothingIsSpreadOverAGapThatPartsRecordings)
 {
-    m_options.splitGapUs = 600 * second;
+    m_options.splitGapUs = 600 * oneSecond;
     const auto steps = run(rmc("080000") + hdt(1) + rmc("090000"));
     ASSERT_THAT(steps, SizeIs(3));
     EXPECT_THAT(steps[1], Pair(eight, 1));
-    EXPECT_EQ(steps[2].first, eight + 3600 * second);
+    EXPECT_EQ(steps[2].first, eight + 3600 * oneSecond);
 }
 
 TEST_F(NmeaSourceTest, ARolledBackDateIsReportedAndOnlyCorrectedWhenAsked)
 {
     // 2018-08-20 less 1,024 weeks.
     const std::string text = rmc("080000", "050199");
-    EXPECT_EQ(run(text).at(0).first, 915'523'200 * second);
+    EXPECT_EQ(run(text).at(0).first, 915'523'200 * oneSecond);
     EXPECT_THAT(m_reports, ElementsAre(HasSubstr("--fix-week-rollover")));
     m_options.fixWeekRollover = true;
-    EXPECT_EQ(run(text).at(0).first, (915'523'200 + 7'168 * 86'400ULL) * second);
+    EXPECT_EQ(run(text).at(0).first, (915'523'200 + 7'168 * 86'400ULL) * oneSecond);
     EXPECT_THAT(m_reports.back(), HasSubstr("set 1,024 weeks later"));
 }
 
@@ -281,7 +281,7 @@ TEST_F(NmeaSourceTest, ManySentencesOfOneTimeDoNotWaitForever)
     ASSERT_THAT(steps, SizeIs(25'002));
     EXPECT_TRUE(
         std::is_sorted(steps.begin(), steps.end(), [](const auto& a, const auto& b) { return a.first < b.first; }));
-    EXPECT_EQ(steps.back().first, eight + 60 * second);
+    EXPECT_EQ(steps.back().first, eight + 60 * oneSecond);
 }
 
 TEST_F(NmeaSourceTest, HostileInputIsBadAndHarmless)

@@ -22,9 +22,9 @@ using Recording2::RecordingFileName;
 using Recording2::UtcOffsetSuffix;
 
 #if defined(_WIN32)
-constexpr bool Windows = true;
+constexpr bool NamesAsWindows = true;
 #else
-constexpr bool Windows = false;
+constexpr bool NamesAsWindows = false;
 #endif
 
 #if defined(_WIN32)
@@ -158,10 +158,10 @@ TEST(RecordingFileNames, NoNameIsHiddenByALeadingDot)
 TEST(RecordingFileNames, WhatWindowsCannotNameIsChangedThere)
 {
     const QString name = named(QStringLiteral("a\\b:c*?\"<>|"), QString::fromUtf8("\xd0\x96"));
-    EXPECT_EQ(name, (Windows ? QStringLiteral("a_b_c_______") : QString::fromUtf8("a\\b:c*?\"<>|__\xd0\x96")) +
-                        (Windows ? QStringLiteral("_") : QString()) + BehindDevice);
+    EXPECT_EQ(name, (NamesAsWindows ? QStringLiteral("a_b_c_______") : QString::fromUtf8("a\\b:c*?\"<>|__\xd0\x96")) +
+                        (NamesAsWindows ? QStringLiteral("_") : QString()) + BehindDevice);
     EXPECT_EQ(named(QStringLiteral("nul.x"), QStringLiteral("d")),
-              (Windows ? QStringLiteral("_nul.x__d") : QStringLiteral("nul.x__d")) + BehindDevice);
+              (NamesAsWindows ? QStringLiteral("_nul.x__d") : QStringLiteral("nul.x__d")) + BehindDevice);
 }
 
 TEST(RecordingFileNames, LongTextsAreCutAndTimeAndEndingStay)
@@ -179,7 +179,7 @@ TEST(RecordingFileNames, LongTextsAreCutAndTimeAndEndingStay)
 
 TEST(RecordingFileNames, LongTextsAreCutBehindWholeCharacters)
 {
-    if (Windows) {
+    if (NamesAsWindows) {
         GTEST_SKIP() << "names are Latin-1 there: every character is a byte";
     }
     const QString umlaut = QString::fromUtf8("a\xcc\x88");                       // with a mark of its own: 3 bytes

@@ -31,7 +31,7 @@ protected:
 };
 
 /// Counts the walks through the values.
-class CountingRecorder final : public CRecording {
+class AttachCounter final : public CRecording {
 public:
     using CRecording::CRecording;
     void AttachRecordedValues() override
@@ -286,7 +286,7 @@ TEST_F(RecorderStart, ARestartDuringTheStartLeavesTwoSoundFiles)
 TEST_F(RecorderStart, AChangeDoesNotWalkThroughTheValues)
 {
     station.addAllKeywords();
-    CountingRecorder counting(QStringLiteral("Rx"));
+    AttachCounter counting(QStringLiteral("Rx"));
     counting.Init();
     start();
     at<Number>("/LEVEL").SetValue(1);

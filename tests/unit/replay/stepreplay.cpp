@@ -63,12 +63,12 @@ std::string StepReplay::rangeAt(std::uint64_t offset)
 
 std::vector<std::string> StepReplay::texts(std::uint64_t start, std::uint64_t stop, bool toTheEnd)
 {
-    constexpr std::int32_t DfSpectrum = 20;
+    constexpr std::int32_t spectrumCode = 20;
     m_here = 0;
     std::vector<std::string> applied{rangeAt(start)};
     StoredRecord record;
     const auto apply = [&] {
-        if (record.code == DfSpectrum) {
+        if (record.code == spectrumCode) {
             applied.push_back(record.text);
         }
     };

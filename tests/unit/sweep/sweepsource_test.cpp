@@ -26,7 +26,7 @@ using testing::IsNan;
 using testing::SizeIs;
 using LevelMap = values::FastValueMap<float, values::levelHandler>;
 
-constexpr unsigned long long eight = 1'795'248'000'000'000;  // 2026-11-21 08:00:00 UTC
+constexpr unsigned long long eightOClock = 1'795'248'000'000'000;  // 2026-11-21 08:00:00 UTC
 
 std::string row(const std::string& time, int lowMhz, int highMhz, const std::string& levels)
 {
@@ -86,11 +86,11 @@ TEST_F(SweepSourceTest, RowsOfASweepBecomeOneSpectrumAtTheTimeOfTheFirst)
     const auto shown = run(row("08:00:00.5", 100, 102, "1, 2") + row("08:00:00.75", 102, 104, "3, 4") +
                            row("08:00:01", 100, 102, "5, 6") + row("08:00:01.25", 102, 104, "7, 8"));
     ASSERT_THAT(shown, SizeIs(2));
-    EXPECT_EQ(shown[0].due, eight + 500'000);
-    EXPECT_EQ(shown[0].time, eight + 500'000);
+    EXPECT_EQ(shown[0].due, eightOClock + 500'000);
+    EXPECT_EQ(shown[0].time, eightOClock + 500'000);
     EXPECT_EQ(shown[0].range, values::ChannelRange::Even(100.5e6, 1e6, 4));
     EXPECT_THAT(shown[0].cells, ElementsAre(1, 2, 3, 4));
-    EXPECT_EQ(shown[1].time, eight + 1'000'000);
+    EXPECT_EQ(shown[1].time, eightOClock + 1'000'000);
     EXPECT_THAT(shown[1].cells, ElementsAre(5, 6, 7, 8));
     EXPECT_EQ(m_source->report().used, 4U);
     EXPECT_THAT(m_reports, IsEmpty());
@@ -112,7 +112,7 @@ TEST_F(SweepSourceTest, InterleavedHopsOfOneTimeBecomeOneSpectrum)
     const auto shown = run(text);
     ASSERT_THAT(shown, SizeIs(5));
     for (std::size_t sweep = 0; sweep < 5; ++sweep) {
-        EXPECT_EQ(shown[sweep].time, eight + 1'000 * sweep);
+        EXPECT_EQ(shown[sweep].time, eightOClock + 1'000 * sweep);
         EXPECT_EQ(shown[sweep].range, values::ChannelRange::Even(2400.5e6, 1e6, 20));
         for (std::size_t channel = 0; channel < 20; ++channel) {
             EXPECT_EQ(shown[sweep].cells[channel], -static_cast<float>(channel + sweep));
@@ -126,7 +126,7 @@ TEST_F(SweepSourceTest, WholeRangesWithTheLastValueTwiceAreSweeps)
     ASSERT_THAT(shown, SizeIs(2));
     EXPECT_THAT(shown[0].cells, ElementsAre(-1, -2, -3));
     EXPECT_THAT(shown[1].cells, ElementsAre(-4, -5, -6));
-    EXPECT_EQ(shown[1].due, eight + 10'000'000);
+    EXPECT_EQ(shown[1].due, eightOClock + 10'000'000);
 }
 
 TEST_F(SweepSourceTest, TheChannelsAndTheDeviceAreThereBeforeTheFirstStep)
@@ -179,8 +179,8 @@ TEST_F(SweepSourceTest, TimesThatGoBackAreDueAtTheLatestTimeAndCounted)
 {
     const auto shown = run(row("08:00:05", 88, 90, "-1, -2") + row("08:00:01", 88, 90, "-1, -2"));
     ASSERT_THAT(shown, SizeIs(2));
-    EXPECT_EQ(shown[1].due, eight + 5'000'000);
-    EXPECT_EQ(shown[1].time, eight + 5'000'000);
+    EXPECT_EQ(shown[1].due, eightOClock + 5'000'000);
+    EXPECT_EQ(shown[1].time, eightOClock + 5'000'000);
     EXPECT_THAT(m_reports, ElementsAre(HasSubstr("1 row goes back, by up to ")));
 }
 

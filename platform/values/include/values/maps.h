@@ -114,10 +114,7 @@ public:
     /// @param timeStamp microseconds since 1970 UTC, 0: none; it becomes the map's time stamp
     void SetCells(std::size_t first, std::span<const Entry> cells, unsigned long long timeStamp,
                   IObserver* originator = nullptr);
-    void SetCell(std::size_t channel, const Entry& cell, unsigned long long timeStamp, IObserver* originator = nullptr)
-    {
-        SetCells(channel, std::span<const Entry>(&cell, 1), timeStamp, originator);
-    }
+    void SetCell(std::size_t channel, const Entry& cell, unsigned long long timeStamp, IObserver* originator = nullptr);
 
     [[nodiscard]] QString GetText() const override;
     [[nodiscard]] std::string GetObjectStateStringForRecording() const override;
