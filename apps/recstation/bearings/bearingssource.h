@@ -53,7 +53,7 @@ void logInputReport(const QString& sentence);
 
 /// Publishes, below the value path where no "/" stands in front:
 /// - /DfSpectrum, a ValueMap of bearings whose channels are the frequencies in the log, ascending; every row with an
-///   azimuth is one change of one channel, with the row's own time as the map's time stamp
+///   azimuth is one change of one channel, with the row's time as the map's time stamp
 /// - before it /FREQUENCY and, where the log has them, /LOCATIONLATITUDE, /LOCATIONLONGITUDE (degrees), /ALTITUDE
 ///   (metres; not a number where the row has none)
 /// - once /TRUEHEADING, Scn/StartFreq, Scn/StopFreq (lowest and highest channel), Adm/DEVICE_TYPE and Adm/DRIVERNAME
@@ -62,8 +62,9 @@ void logInputReport(const QString& sentence);
 /// The map is recorded only by a recorder whose REC_DF is true when it is switched on: whoever runs the source chooses
 /// a recorder for direction finding, or sets REC_DF below its status path, and gives the source its value path.
 ///
-/// Rows are played in their order. Where their times go back, nextTime stays at the latest time so far, and the map's
-/// time stamp is the row's own.
+/// Rows are played in their order. Where their times go back, nextTime and the map's time stamp stay at the latest time
+/// so far: a recorder takes the time stamp of a map for its clock, and where that runs back a recording ends in front
+/// of its last records.
 ///
 /// Rows whose azimuth is empty, NA or NaN and rows of other stations are skipped. Rows with a field that cannot be
 /// used are bad: reported (the first twenty one by one) and counted. prepare reads the whole log to find channels and

@@ -43,8 +43,7 @@ void logSweepReport(const QString& sentence);
 /// process leaves what was read of a sweep as unfinished.
 ///
 /// nextTime throws when the input holds no sweep, and with strict at the first bad line. Where times go back, nextTime
-/// stays at the latest time so far, and the map's time stamp is the sweep's own. Memory depends on the values of one
-/// sweep only.
+/// and the map's time stamp stay at the latest time so far. Memory depends on the values of one sweep only.
 std::unique_ptr<Source> makeSweepSource(const SweepOptions& options, InputReport report = logSweepReport);
 
 }  // namespace recstation
