@@ -82,6 +82,9 @@ struct Archive::Private {
         const Original original = findOriginal(file, station, files);
         if (original.state == Original::State::Unfinished || original.state == Original::State::Unusable) {
             file.error = original.why;
+        } else if (original.state == Original::State::Finished) {
+            const QString why = whyNotCopied(original.path, files);
+            file.error = why.isEmpty() ? file.error : why;
         }
     }
 
@@ -216,15 +219,18 @@ void Archive::fetch(const ZelvoUrl& url, const QString& path)
                            ZelvoError::Elsewhere);
     }
     const Original original = findOriginal(file, d->station, d->files);
-    if (original.state != Original::State::Finished) {
-        throw ArchiveError(QStringLiteral("%1 is not to be had yet: %2").arg(file.address(), original.why),
+    const QString why =
+        original.state == Original::State::Finished ? whyNotCopied(original.path, d->files) : original.why;
+    if (!why.isEmpty()) {
+        throw ArchiveError(QStringLiteral("%1 is not to be had yet: %2").arg(file.address(), why),
                            ZelvoError::UnknownFile);
     }
     try {
         const Digest copied = d->files.copy(original.path, path, d->checked.fileMode, {});
-        if (copied.identity.lasting() != original.identity.lasting()) {
+        if (copied.identity.lasting() != original.identity.lasting() ||
+            !whyNotCopied(original.path, d->files).isEmpty()) {
             d->files.remove(path);
-            throw ArchiveError(QStringLiteral("%1 was moved meanwhile; try again").arg(file.address()));
+            throw ArchiveError(QStringLiteral("%1 was moved or changed meanwhile; try again").arg(file.address()));
         }
     } catch (const FileError& error) {
         throw ArchiveError(error.text(), ZelvoError::Failed);

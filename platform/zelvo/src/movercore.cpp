@@ -190,6 +190,9 @@ bool MoverCore::isFinished(Group& group)
             note(file, original.why);
             return false;
         }
+        if (original.state == Original::State::Finished && isBeingChanged(file, original.path)) {
+            return false;
+        }
         // Its last name says nothing about whether it is finished.
         if (recorderMayLive && file.unfinished.isEmpty()) {
             return false;
@@ -277,6 +280,9 @@ MoverCore::Outcome MoverCore::store(FileRow& file, std::int64_t createdMs, const
     if (original.state != Original::State::Finished) {
         return originalIsMissing(file, original.why);
     }
+    if (isBeingChanged(file, original.path)) {
+        return Outcome::Waits;
+    }
     if (m_fullFromBytes > 0 && original.identity.bytes >= m_fullFromBytes) {
         return Outcome::Waits;
     }
@@ -312,6 +318,11 @@ Digest MoverCore::copyToStorage(const FileRow& file, const Original& original, c
             m_files.remove(temporary);
             throw FileError(FileError::Kind::Changed,
                             QStringLiteral("%1 became another file while it was moved").arg(original.path));
+        }
+        // One that was begun and finished meanwhile is told by the file's time.
+        if (const QString why = whyNotCopied(original.path, m_files); !why.isEmpty()) {
+            m_files.remove(temporary);
+            throw FileError(FileError::Kind::Changed, why);
         }
         const Digest back = m_files.digest(temporary, stop);
         if (back.sha256 != digest.sha256) {
@@ -364,6 +375,10 @@ MoverCore::Outcome MoverCore::finish(const FileRow& file, const QString& origina
     const bool edited = file.version > 1;
     const QString path = edited ? m_station->editedPath(before) : original;
     if (!path.isEmpty() && m_files.kind(path) != FileKind::Missing) {
+        FileRow noted = file;
+        if (isBeingChanged(noted, path)) {
+            return Outcome::Waits;
+        }
         const bool same = known != nullptr ? m_files.identity(path) == *known : isTheStoredOne(file, path, stop);
         if (same) {
             m_files.remove(path);
@@ -398,6 +413,15 @@ bool MoverCore::isTheStoredOne(const FileRow& file, const QString& original, con
                         QStringLiteral("%1 was altered in the storage; the original %2 stays").arg(target, original));
     }
     return QString::fromLatin1(m_files.digest(original, stop).sha256) == file.sha256;
+}
+
+bool MoverCore::isBeingChanged(FileRow& file, const QString& path)
+{
+    const QString why = whyNotCopied(path, m_files);
+    if (!why.isEmpty()) {
+        note(file, why);
+    }
+    return !why.isEmpty();
 }
 
 MoverCore::Outcome MoverCore::fail(const FileRow& file, const QString& sentence)

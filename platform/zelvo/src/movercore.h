@@ -46,6 +46,7 @@ private:
     Outcome fail(const FileRow& file, const QString& sentence);
     void tell(const FileRow& file, const QString& failure);
     void note(FileRow& file, const QString& text);
+    bool isBeingChanged(FileRow& file, const QString& path);
     void storageFailed(const QString& sentence);
     [[nodiscard]] std::int64_t pause(std::int64_t attempts) const;
     void due(std::int64_t timeMs);

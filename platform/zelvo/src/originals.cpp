@@ -177,6 +177,16 @@ Original findOriginal(const FileRow& file, Station& station, const Files& files)
     }
 }
 
+QString whyNotCopied(const QString& path, const Files& files)
+{
+    const QString undo = path + QStringLiteral(".undo");
+    return fileAt(undo, files) ? QStringLiteral(
+                                     "waits while %1 is there: bookmarks or channel ranges are being stored, "
+                                     "or that was interrupted, and the next change of them settles it")
+                                     .arg(undo)
+                               : QString();
+}
+
 NewFile findNewFile(const std::vector<QString>& directories, const QString& name, Station& station, const Files& files)
 {
     std::optional<Candidate> best;

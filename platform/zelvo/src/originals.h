@@ -29,6 +29,10 @@ struct Original {
 /// Looks at the disk, and believes the station's journal alone. Never opens a file.
 [[nodiscard]] Original findOriginal(const FileRow& file, Station& station, const Files& files);
 
+/// Why a finished file cannot be copied as it lies. While its bookmarks or channel ranges are stored, and where that
+/// was interrupted, it is whole only together with a journal beside it. @return empty when it can
+[[nodiscard]] QString whyNotCopied(const QString& path, const Files& files);
+
 /// A file that is being registered.
 struct NewFile {
     QString directory;

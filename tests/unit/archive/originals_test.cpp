@@ -3,6 +3,8 @@
 
 #include <sys/stat.h>
 
+#include <gmock/gmock.h>
+
 #include "archivefixture.h"
 
 using namespace Zelvo;
@@ -237,6 +239,36 @@ TEST_F(SharedName, AFileThatAnotherRecorderWritesIsNotTaken)
     EXPECT_EQ(storedBytes(address), bytesOf(1'000, 1));
 }
 
+TEST_F(SharedName, TheFileThatThisProcessHasOpenGoesBeforeOneThatIsNewerOrStandsBeforeIt)
+{
+    ZelvoClient client(configuration());
+    begin("St.2", 2);
+    begin("St.1", 1);  // of another process
+    QFile own(recording(QStringLiteral("St.2.tmp")));
+    ASSERT_TRUE(own.open(QIODevice::ReadWrite));
+    const QString guid = newGroup(client, recordings());
+    const ZelvoUrl address = url(guid, client.AddFile(QStringLiteral("St.rec"), guid));
+    own.close();
+    EXPECT_TRUE(finish(client, address, "St.2"));
+    EXPECT_EQ(given(client, address), bytesOf(1'000, 2));
+}
+
+TEST_F(SharedName, AFileThatThisProcessHasOpenUnderItsLastNameGoesBeforeAnUnfinishedOne)
+{
+    ZelvoClient client(configuration());
+    begin("St.1", 1);  // of another process
+    writeFile(recording(QStringLiteral("St.rec")), bytesOf(1'000, 2));
+    QFile own(recording(QStringLiteral("St.rec")));
+    ASSERT_TRUE(own.open(QIODevice::ReadWrite));
+    const QString guid = newGroup(client, recordings());
+    const ZelvoUrl address = url(guid, client.AddFile(QStringLiteral("St.rec"), guid));
+    own.close();
+    client.MoveToNas(guid);
+    EXPECT_EQ(given(client, address), bytesOf(1'000, 2));
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_EQ(storedBytes(address), bytesOf(1'000, 2));
+}
+
 TEST_F(SharedName, AnOldRecordingOfTheNameIsNotTakenForTheOneThatIsMissing)
 {
     ZelvoClient client(configuration());
@@ -380,4 +412,130 @@ TEST_F(NoOrdinaryFile, AStorageWhoseMarkIsAPipeIsAway)
     ASSERT_TRUE(QFile::remove(mark));
     ASSERT_EQ(mkfifo(QFile::encodeName(mark).constData(), 0600), 0);
     EXPECT_EQ(move().problem, mark + QStringLiteral(" is no ordinary file"));
+}
+
+namespace {
+
+/// A recording beside which the journal of a change lies: one is at it, or was interrupted.
+class BeingChanged : public ArchiveTest {
+protected:
+    BeingChanged()
+    {
+        configuration().firstPauseMs = 0;
+        configuration().longestPauseMs = 0;
+    }
+
+    [[nodiscard]] QString undo() const { return recording(QStringLiteral("a.rec.undo")); }
+    [[nodiscard]] QString waits(const QString& undo) const
+    {
+        return QStringLiteral(
+                   "waits while %1 is there: bookmarks or channel ranges are being stored, or that was interrupted, "
+                   "and the next change of them settles it")
+            .arg(undo);
+    }
+    void expectMoved(const ZelvoUrl& address, const QByteArray& bytes)
+    {
+        EXPECT_EQ(move().moved, 1);
+        EXPECT_EQ(storedBytes(address), bytes);
+        EXPECT_EQ(file(address).error, QString());
+    }
+};
+
+/// Begins a change at a step.
+class ChangedMeanwhile final : public Files {
+public:
+    explicit ChangedMeanwhile(QString undo, bool whileCopied) : m_undo(std::move(undo)), m_whileCopied(whileCopied) {}
+
+    Digest copy(const QString& from, const QString& to, unsigned mode, const StopWish& stop) override
+    {
+        if (m_whileCopied) {
+            writeFile(m_undo, "before");
+        }
+        return Files::copy(from, to, mode, stop);
+    }
+    void rename(const QString& from, const QString& to) override
+    {
+        writeFile(m_undo, "before");
+        Files::rename(from, to);
+    }
+
+private:
+    QString m_undo;
+    bool m_whileCopied;
+};
+
+}  // namespace
+
+TEST_F(BeingChanged, ARecordingKeepsItsGroupWaitingUntilTheChangeIsSettled)
+{
+    ZelvoClient client(configuration());
+    const QString guid = newGroup(client, recordings());
+    const ZelvoUrl first = url(guid, beginFile(client, guid, recordings(), QStringLiteral("b"), bytesOf(10, 2)));
+    finishFile(recordings(), QStringLiteral("b"));
+    const ZelvoUrl second = url(guid, beginFile(client, guid, recordings(), QStringLiteral("a"), bytesOf(10, 1)));
+    finishFile(recordings(), QStringLiteral("a"));
+    client.MoveToNas(guid);
+    writeFile(undo(), "before");
+    const MoverReport report = move();
+    EXPECT_EQ(report.moved, 0);
+    EXPECT_EQ(report.failed, 0);
+    EXPECT_EQ(report.waiting, 2);
+    EXPECT_EQ(file(second).error, waits(undo()));
+    EXPECT_EQ(client.RequestFile(second, LockState::Shared), recording(QStringLiteral("a.rec")));  // where its undo is
+    client.CloseFile(second);
+    const QString copy = recording(QStringLiteral("copy"));
+    EXPECT_THROW(Archive(configuration()).fetch(second, copy), ArchiveError);
+    EXPECT_FALSE(QFile::exists(copy));
+
+    ASSERT_TRUE(QFile::remove(undo()));
+    Archive(configuration()).fetch(second, copy);
+    EXPECT_EQ(readFile(copy), bytesOf(10, 1));
+    EXPECT_EQ(move().moved, 2);
+    EXPECT_EQ(storedBytes(first), bytesOf(10, 2));
+    EXPECT_EQ(storedBytes(second), bytesOf(10, 1));
+    EXPECT_EQ(file(second).error, QString());
+}
+
+TEST_F(BeingChanged, ACopyDuringWhichAChangeBeginsIsNotStored)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10, 1));
+    ChangedMeanwhile files(undo(), true);
+    EXPECT_EQ(move(files).moved, 0);
+    EXPECT_TRUE(stored().isEmpty());
+    EXPECT_EQ(file(address).error, waits(undo()));
+    ASSERT_TRUE(QFile::remove(undo()));
+    expectMoved(address, bytesOf(10, 1));
+}
+
+TEST_F(BeingChanged, AnOriginalThatIsChangedOnceItIsStoredIsNotDeleted)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10, 1));
+    ChangedMeanwhile files(undo(), false);
+    EXPECT_EQ(move(files).moved, 0);
+    EXPECT_EQ(move().moved, 0);
+    EXPECT_EQ(readFile(recording(QStringLiteral("a.rec"))), bytesOf(10, 1));
+    writeFile(recording(QStringLiteral("a.rec")), bytesOf(12, 3));
+    ASSERT_TRUE(QFile::remove(undo()));
+    const MoverReport report = move();
+    EXPECT_THAT(report.messages.join(QString()).toStdString(),
+                testing::HasSubstr("changed since it was stored and stays"));
+    EXPECT_EQ(readFile(recording(QStringLiteral("a.rec"))), bytesOf(12, 3));
+    EXPECT_EQ(storedBytes(address), bytesOf(10, 1));
+}
+
+TEST_F(BeingChanged, AVersionThatWasWrittenWaitsToo)
+{
+    ZelvoClient client(configuration());
+    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10, 1));
+    ASSERT_EQ(move().moved, 1);
+    const QString path = client.RequestFile(address, LockState::Exclusive);
+    writeFile(path, bytesOf(11, 2));
+    writeFile(path + QStringLiteral(".undo"), "before");
+    client.CloseFile(address);
+    EXPECT_EQ(move().moved, 0);
+    EXPECT_EQ(file(address).error, waits(path + QStringLiteral(".undo")));
+    ASSERT_TRUE(QFile::remove(path + QStringLiteral(".undo")));
+    expectMoved(address, bytesOf(11, 2));
 }
