@@ -332,6 +332,29 @@ protected:
         EXPECT_EQ(waitpid(child, &status, 0), child);
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
+    /// Whether another user, who may write neither the file nor its folder, reads these tables.
+    [[nodiscard]] bool readsWithoutPermission(const Tables& expected) const
+    {
+        constexpr uid_t Nobody = 65'534;
+        const QByteArray folder = QFile::encodeName(m_directory.path());
+        const auto setModes = [&](mode_t files, mode_t directory) {
+            EXPECT_EQ(chmod(path().c_str(), files), 0);
+            EXPECT_EQ(chmod(undoName().toStdString().c_str(), files), 0);
+            EXPECT_EQ(chmod(folder.constData(), directory), 0);
+        };
+        setModes(0444, 0555);
+        const pid_t child = fork();
+        if (child == 0) {
+            const bool alike = (geteuid() != 0 || seteuid(Nobody) == 0) && access(folder.constData(), R_OK) == 0 &&
+                               !QFile(QString::fromStdString(path())).open(QIODevice::ReadWrite) &&
+                               tables() == expected;
+            _exit(alike && !HasFailure() ? 0 : 1);
+        }
+        int status = 0;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        setModes(0600, 0700);
+        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
     /// Whoever changes the file next finds it as it was read, and leaves no trace of the trouble.
     void expectGoesOn(Tables now) const
     {
@@ -390,6 +413,34 @@ TEST_P(Rewriting, LeavesTheOldOrTheNewStateAtEveryCallOfTheSystem)
         }
     }
     count(tried, "interrupted changes");
+}
+
+// Wherever a change was interrupted, who may only read reads the state that the writer's next change starts from.
+TEST_P(Rewriting, IsReadAlikeByWhoMayNotWrite)
+{
+    lay();
+    const Tables before = tables();
+    const std::string bytesBefore = bytes();
+    int calls = 0;
+    ASSERT_EQ(changeInChild({}, calls), 0);
+    int halfway = 0;
+    for (int call = 1; call <= calls && !HasFailure(); ++call) {
+        SCOPED_TRACE(call);
+        lay();
+        int made = 0;
+        ASSERT_EQ(changeInChild({true, 0, false, call}, made), -1);
+        if (!QFile::exists(undoName())) {
+            continue;
+        }
+        const std::string left = bytes();
+        const std::string undo = TestSupport::readFile(undoName());
+        const Tables now = tables();
+        halfway += now == before && left != bytesBefore ? 1 : 0;
+        EXPECT_TRUE(readsWithoutPermission(now));
+        EXPECT_EQ(bytes(), left);
+        EXPECT_EQ(TestSupport::readFile(undoName()), undo);
+    }
+    EXPECT_GT(halfway, 0) << "no change was interrupted in its middle";
 }
 
 INSTANTIATE_TEST_SUITE_P(Changes, Rewriting,
