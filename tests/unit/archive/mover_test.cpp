@@ -161,6 +161,26 @@ TEST_F(Groups, TakeAFileOfAnotherRecorderFromWhereItIs)
     EXPECT_EQ(stored().size(), 3);
 }
 
+// Its name tells nothing about whether it is finished: only its recorder does.
+TEST_F(Groups, WhoseFileBearsItsLastNameFromTheBeginningStayUntilTheyAreAskedFor)
+{
+    ZelvoClient one(configuration());
+    ZelvoClient two(configuration());
+    const QString first = newGroup(one, recordings());
+    writeFile(recording(QStringLiteral("a.rec")), bytesOf(10));
+    QFile open(recording(QStringLiteral("a.rec")));
+    ASSERT_TRUE(open.open(QIODevice::ReadWrite));
+    const std::uint32_t a = one.AddFile(QStringLiteral("a.rec"), first);
+    newGroup(two, recordings());  // the process goes on with another group
+    const MoverReport report = move();
+    EXPECT_EQ(report.moved, 0);
+    EXPECT_EQ(report.waiting, 1);
+    EXPECT_TRUE(open.exists());
+    one.MoveToNas(first);
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_EQ(storedBytes(url(first, a)), bytesOf(10));
+}
+
 TEST_F(Groups, ThatShareAFileMoveItOnce)
 {
     ZelvoClient client(configuration());
