@@ -60,6 +60,8 @@ double azimuthDistance(double a, double b)
     return std::min(apart, Circle - apart);
 }
 
+using RecTool::isSame;
+
 bool isSame(float a, float b)
 {
     return a == b || (std::isnan(a) && std::isnan(b));

@@ -32,7 +32,7 @@ using Replayed = values::FastValueMap<values::Bearing, values::BearingHandler>;
 
 constexpr std::size_t bearingsInFile = 286;
 constexpr std::size_t rowsWithoutAzimuth = 193;
-constexpr int patienceMs = 60'000;
+constexpr int logPatienceMs = 60'000;
 
 // A row with an azimuth, read without the code under test.
 struct Row {
@@ -215,7 +215,7 @@ protected:
                         QStringLiteral("Gradosy,miny,segy"), QStringLiteral("--west"),
                         QStringLiteral("--frequency-column"), QStringLiteral("frec")} +
                 more);
-        EXPECT_TRUE(process.waitForFinished(patienceMs));
+        EXPECT_TRUE(process.waitForFinished(logPatienceMs));
         EXPECT_EQ(process.exitCode(), 0);
         m_messages = process.readAllStandardError().toStdString();
         return nlohmann::json::parse(process.readAllStandardOutput().toStdString());

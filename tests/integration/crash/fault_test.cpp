@@ -121,7 +121,7 @@ namespace {
 using Recording2::Inspection::Recovery;
 using Recording2::Inspection::RecoveryOutcome;
 
-constexpr std::uint64_t Changes = 5'200;  // more than the entries of a journal that are not handed over
+constexpr std::uint64_t ManyChanges = 5'200;  // more than the entries of a journal that are not handed over
 constexpr std::uint64_t SpectraEnd = 3'000;
 
 /// Which change a life makes: spectra only in the beginning, so that many records are small.
@@ -150,7 +150,7 @@ protected:
         Life life(directory, QString::fromLatin1(GetParam().journal));
         plan = {GetParam().error, from, GetParam().lasting, 0, 0};
         life.switchOn();
-        for (std::uint64_t i = 0; i < Changes && life.isOn(); ++i) {
+        for (std::uint64_t i = 0; i < ManyChanges && life.isOn(); ++i) {
             life.change(changeNumber(i));
             outcome.accepted += life.isOn() ? 1U : 0U;
         }
@@ -221,7 +221,7 @@ TEST_P(Fault, AtAnyCallOfTheSystemLosesNothingThatWasAccepted)
         EXPECT_GE(left, outcome.accepted);
         EXPECT_LE(left, outcome.accepted + (outcome.stopped ? 1 : 0));
         if (over || HasFailure()) {
-            EXPECT_EQ(outcome.accepted, Changes);
+            EXPECT_EQ(outcome.accepted, ManyChanges);
             break;
         }
     }

@@ -26,7 +26,7 @@ namespace {
 using Recording2::Inspection::Recovery;
 using Recording2::Inspection::RecoveryOutcome;
 
-constexpr std::uint64_t Changes = 1'500;
+constexpr std::uint64_t AllChanges = 1'500;
 
 /// Memory that the recording process shares with its killer.
 struct Acknowledged {
@@ -59,7 +59,7 @@ private:
     Life life(directory, journal);
     life.switchOn();
     acknowledged.on = 1;
-    for (std::uint64_t number = 0; number < Changes; ++number) {
+    for (std::uint64_t number = 0; number < AllChanges; ++number) {
         life.change(number);
         acknowledged.changes = number + 1;
     }
@@ -117,8 +117,8 @@ private:
             bytes = TestSupport::readFile(QString::fromStdString(output));
         }
         const std::uint64_t accepted = m_acknowledged->changes;
-        const bool same =
-            bytes == closed(accepted) || bytes == closed(std::min(accepted + 1, Changes)) || isBetween(bytes, accepted);
+        const bool same = bytes == closed(accepted) || bytes == closed(std::min(accepted + 1, AllChanges)) ||
+                          isBetween(bytes, accepted);
         EXPECT_TRUE(same) << accepted << " changes were accepted, " << bytes.size() << " bytes recovered, "
                           << closed(accepted).size() << " expected";
     }
@@ -128,7 +128,7 @@ private:
     {
         constexpr std::size_t HeaderArea = 500;
         const std::string before = closed(accepted);
-        const std::string after = closed(std::min(accepted + 1, Changes));
+        const std::string after = closed(std::min(accepted + 1, AllChanges));
         if (bytes.size() != before.size() || bytes.substr(HeaderArea) != before.substr(HeaderArea)) {
             return false;
         }
@@ -163,7 +163,7 @@ TEST_P(KilledAtARandomMoment, EveryAcceptedRecordIsThereWithItsTimeAndNothingEls
 {
     std::mt19937 random(GetParam());  // NOLINT(cert-msc51-cpp): a failure can be run again
     for (int run = 0; run < RunsOfATest; ++run) {
-        const std::uint64_t changes = random() % (Changes + Changes / 8);
+        const std::uint64_t changes = random() % (AllChanges + AllChanges / 8);
         const std::uint64_t moment = random() % 2 == 0 ? random() % 2'000 : random() % 200'000;
         SCOPED_TRACE("run " + std::to_string(run) + ", killed after " + std::to_string(changes) + " changes and " +
                      std::to_string(moment) + " rounds");

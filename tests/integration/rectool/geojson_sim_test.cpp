@@ -30,14 +30,14 @@ Position placeOf(double frequencyHz)
     return {};
 }
 
-Position positionOf(const json& point)
+Position pointOf(const json& point)
 {
     return {point.at("coordinates")[1], point.at("coordinates")[0]};
 }
 
 bool holds(const json& fix, const Position& position)
 {
-    const Position centre = positionOf(fix.at("geometry"));
+    const Position centre = pointOf(fix.at("geometry"));
     const json& properties = fix.at("properties");
     const double metres = RecTool::Geo::distanceM(centre, position);
     const double angle = (RecTool::Geo::azimuthDeg(centre, position) - properties.at("orientationDeg").get<double>()) *
@@ -88,7 +88,7 @@ TEST_P(SimulatedVehicle, AllBearingsOfATransmitterFixIt)
     for (const json& fix : featuresOf(document, "fix")) {
         EXPECT_LT(fix.at("properties").at("semiMajorM"), 600);
         const Position place = placeOf(fix.at("properties").at("frequencyHz"));
-        EXPECT_LT(RecTool::Geo::distanceM(positionOf(fix.at("geometry")), place), 400);
+        EXPECT_LT(RecTool::Geo::distanceM(pointOf(fix.at("geometry")), place), 400);
     }
 }
 

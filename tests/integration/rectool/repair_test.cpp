@@ -31,12 +31,12 @@ namespace Inspection = Recording2::Inspection;
 class RepairVerb : public testing::Test {
 protected:
     [[nodiscard]] std::string file(const std::string& name) const { return m_folder.file(name); }
-    Result repair(const std::string& bytes, std::uint64_t periodMs = 0, bool json = false)
+    Result repair(const std::string& bytes, std::uint64_t periodMs = 0, bool asJson = false)
     {
         writeBytes(file("in.rec"), bytes);
         std::filesystem::remove(file("out.rec"));  // no recording is ever replaced
         const Result result = run([&] {
-            return RecTool::repair({file("in.rec"), file("out.rec"), periodMs, true, json});
+            return RecTool::repair({file("in.rec"), file("out.rec"), periodMs, true, asJson});
         });
         EXPECT_EQ(bytesOf(file("in.rec")), bytes) << "the original was changed";
         return result;
@@ -207,12 +207,12 @@ TEST_F(RepairVerb, LostBytesAreToldWithTheirPlace)
     damaged[static_cast<std::size_t>(position)] = 'x';
     const Result result = repair(damaged, 0, true);
     EXPECT_EQ(result.exitCode, ExitCode::Damaged);
-    const auto json = nlohmann::json::parse(result.out);
-    EXPECT_EQ(json.at("sound"), false);
-    EXPECT_EQ(json.at("whole"), false);
-    EXPECT_EQ(json.at("records"), 7);
-    EXPECT_EQ(json.at("lost").at("bytes")[0].at("offset"), position);
-    EXPECT_EQ(json.at("lost").at("bytes")[0].at("bytes"), next - position);
+    const auto document = nlohmann::json::parse(result.out);
+    EXPECT_EQ(document.at("sound"), false);
+    EXPECT_EQ(document.at("whole"), false);
+    EXPECT_EQ(document.at("records"), 7);
+    EXPECT_EQ(document.at("lost").at("bytes")[0].at("offset"), position);
+    EXPECT_EQ(document.at("lost").at("bytes")[0].at("bytes"), next - position);
 }
 
 TEST_F(RepairVerb, AStopThatCannotBeIsTheTimeOfTheLastRecord)

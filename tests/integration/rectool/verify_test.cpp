@@ -24,9 +24,9 @@ using testing::HasSubstr;
 class VerifyVerb : public testing::Test {
 protected:
     [[nodiscard]] std::string file(const std::string& name) const { return m_folder.file(name); }
-    static Result verify(const std::vector<std::string>& files, bool json = false)
+    static Result verify(const std::vector<std::string>& files, bool asJson = false)
     {
-        return run([&] { return RecTool::verify({files, json}); });
+        return run([&] { return RecTool::verify({files, asJson}); });
     }
     /// Expects that nothing is damaged.
     static void expectSound(const std::string& path)

@@ -15,8 +15,8 @@ using testing::SizeIs;
 
 constexpr std::int32_t rfSpectrum = 1;
 constexpr std::int32_t dfSpectrum = 20;
-constexpr std::int32_t latitudeCode = 25;
-constexpr std::int32_t headingCode = 41;
+constexpr std::int32_t latitudeType = 25;
+constexpr std::int32_t headingType = 41;
 constexpr unsigned long long second = 1'000'000;
 constexpr unsigned long long eight = 1'795'248'000'000'000;  // 2026-11-21 08:00:00 UTC
 
@@ -60,8 +60,8 @@ protected:
     {
         expectAscendingTimes(file);
         EXPECT_EQ(file.startUs, eight);
-        const auto latitudes = file.numbers(latitudeCode);
-        const auto headings = file.numbers(headingCode);
+        const auto latitudes = file.numbers(latitudeType);
+        const auto headings = file.numbers(headingType);
         ASSERT_THAT(latitudes, SizeIs(seconds));
         ASSERT_THAT(headings, SizeIs(seconds));
         for (std::size_t i = 1; i + 1 < latitudes.size(); ++i) {
@@ -143,7 +143,7 @@ TEST_F(Merged, ADriveBehindALaterOneIsARecordingOfItsOwnWhereGapsPartThem)
     const RecordedFile behind = readRecordedFile(result.summary.at("files")[1].at("path"));
     EXPECT_EQ(first.startUs, eight + 3600 * second);
     EXPECT_EQ(behind.startUs, eight);
-    const auto latitudes = behind.numbers(latitudeCode);
+    const auto latitudes = behind.numbers(latitudeType);
     ASSERT_THAT(latitudes, SizeIs(10));
     EXPECT_NEAR(static_cast<double>(latitudes[9].timeUs), static_cast<double>(eight + 9 * second), 10'000);
     EXPECT_EQ(result.summary.at("recordedMs"), 18'000);

@@ -19,8 +19,8 @@ using testing::HasSubstr;
 using testing::SizeIs;
 using LevelMap = values::FastValueMap<float, values::levelHandler>;
 
-constexpr std::int32_t rfSpectrum = 1;
-constexpr unsigned long long eight = 1'795'248'000'000'000;  // 2026-11-21 08:00:00 UTC
+constexpr std::int32_t sweepCode = 1;
+constexpr unsigned long long firstSweepUs = 1'795'248'000'000'000;  // 2026-11-21 08:00:00 UTC
 
 struct Spectrum {
     unsigned long long timeUs;
@@ -35,7 +35,7 @@ std::vector<Spectrum> spectraOf(const RecordedFile& file)
     std::vector<Spectrum> out;
     LevelMap map;
     for (const Record& record : file.records) {
-        if (record.code == rfSpectrum) {
+        if (record.code == sweepCode) {
             EXPECT_TRUE(map.ApplyRecordedState(record.text, 0, false)) << record.text.substr(0, 80);
             if (map.GetTimeStamp() != 0) {
                 const auto cells = map.GetCells();
@@ -101,12 +101,12 @@ TEST_F(SweepProgram, InterleavedHopsComeBackAsSpectra)
     const auto spectra = spectraOf(readRecordedFile(result.path("receiver")));
     ASSERT_THAT(spectra, SizeIs(sweeps));
     for (std::size_t sweep = 0; sweep < sweeps; ++sweep) {
-        EXPECT_EQ(spectra[sweep].ownTimeUs, eight + sweep * 500'000);
+        EXPECT_EQ(spectra[sweep].ownTimeUs, firstSweepUs + sweep * 500'000);
         ASSERT_EQ(spectra[sweep].cells, expected[sweep]);
         EXPECT_NEAR(spectra[sweep].range.frequencyHz(0), 2400e6 + hopHz / hopBins / 2, 1e-3);
         EXPECT_NEAR(spectra[sweep].range.frequencyHz(407), 2440e6 - hopHz / hopBins / 2, 1e-3);
         if (sweep > 0) {  // the first one waits for the initial states
-            EXPECT_EQ(spectra[sweep].timeUs, eight + sweep * 500'000);
+            EXPECT_EQ(spectra[sweep].timeUs, firstSweepUs + sweep * 500'000);
         }
     }
 }
@@ -136,7 +136,7 @@ TEST_F(SweepProgram, WholeRangesWithTheLastValueTwiceComeBackWithTheirGap)
     const auto spectra = spectraOf(readRecordedFile(result.path("receiver")));
     ASSERT_THAT(spectra, SizeIs(4));
     for (std::size_t sweep = 0; sweep < 4; ++sweep) {
-        EXPECT_EQ(spectra[sweep].ownTimeUs, eight + sweep * 10'000'000);
+        EXPECT_EQ(spectra[sweep].ownTimeUs, firstSweepUs + sweep * 10'000'000);
         EXPECT_EQ(spectra[sweep].range, values::ChannelRange::Even(88.5e6, 1e6, 12));
         for (std::size_t channel = 0; channel < 12; ++channel) {
             const bool gap = channel >= 4 && channel < 8;
@@ -157,7 +157,7 @@ TEST_F(SweepProgram, ANewRangeIsRecordedWhenItsSweepCame)
     const auto stops = file.numbers(stopFrequency);
     ASSERT_THAT(stops, SizeIs(1));
     EXPECT_EQ(stops[0].number, 103e6);
-    EXPECT_EQ(stops[0].timeUs, eight + 300'000'000);
+    EXPECT_EQ(stops[0].timeUs, firstSweepUs + 300'000'000);
     for (const Record& record : file.records) {
         constexpr unsigned long long startMs = 100;
         EXPECT_TRUE(record.timeMs < startMs || record.timeMs >= 300'000) << record.timeMs;
@@ -206,7 +206,7 @@ TEST_F(SweepProgram, ASignalKeepsWhatWasReadOfTheLastSweep)
         EXPECT_EQ(result.exitCode, 3);  // for the line that marked the moment
         const auto spectra = spectraOf(readRecordedFile(result.path("receiver")));
         ASSERT_EQ(spectra.size(), static_cast<std::size_t>(completeSweeps) + 1);
-        EXPECT_EQ(spectra.back().ownTimeUs, eight + 5'000'000);
+        EXPECT_EQ(spectra.back().ownTimeUs, firstSweepUs + 5'000'000);
         ASSERT_EQ(spectra.back().cells.size(), completeSweeps == 0 ? 4U : 8U);
         EXPECT_EQ(spectra.back().cells[3], -4.F);
     }
