@@ -44,17 +44,26 @@ System::Error write(System::NativeFile& file, std::int64_t position, const std::
     return file.writeAt(position, bytes.data(), bytes.size(), written);
 }
 
-/// Whether a file is one that this change has begun with: each of its bytes is as before or as it should become.
-/// Another file may have taken the name since.
+/// How long a file is at most while the change is made.
+std::int64_t greatestSize(const Format::Undo& undo)
+{
+    std::int64_t size = undo.sizeBefore;
+    for (const Format::ChangedBytes& change : undo.changes) {
+        size = std::max(size, change.position + static_cast<std::int64_t>(change.after.size()));
+    }
+    return size;
+}
+
+/// Whether a file is one that this change has begun with: each of its bytes is as before or as it should become, and it
+/// is no longer than that makes it. Another file may have taken the name since.
 System::Error belongs(const Format::Undo& undo, const System::NativeFile& file, bool& itDoes)
 {
-    itDoes = file.size() >= undo.sizeBefore;
+    itDoes = file.size() >= undo.sizeBefore && file.size() <= greatestSize(undo);
     for (const Format::ChangedBytes& change : undo.changes) {
-        std::string now(change.before.size(), '\0');
-        if (!itDoes || change.position + static_cast<std::int64_t>(now.size()) > undo.sizeBefore) {
-            itDoes = false;
+        if (!itDoes) {
             return 0;
         }
+        std::string now(change.before.size(), '\0');
         if (const System::Error error = readWhole(file, change.position, now)) {
             return error;
         }

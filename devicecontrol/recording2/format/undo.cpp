@@ -24,6 +24,14 @@ std::uint64_t checkOf(std::string_view bytes)
     return Journal::Check(checked.size()).add(checked.data(), checked.size()).value();
 }
 
+/// What stood there lies within the file as it was; what comes in its place may go on behind its end.
+bool isWithin(const ChangedBytes& change, std::int64_t sizeBefore)
+{
+    return change.position >= 0 && change.position <= sizeBefore &&
+           change.before.size() <= static_cast<std::uint64_t>(sizeBefore - change.position) &&
+           change.before.size() <= change.after.size();
+}
+
 /// Takes fields from the front of the bytes, as far as they go.
 class UndoReader {
 public:
@@ -86,12 +94,12 @@ std::optional<Undo> decodeUndo(std::string_view bytes)
         const std::uint64_t after = reader.word();
         change.before = reader.take(before);
         change.after = reader.take(after);
-        if (change.position < 0 || change.before.size() > change.after.size()) {
+        if (!isWithin(change, undo.sizeBefore)) {
             return std::nullopt;
         }
         undo.changes.push_back(std::move(change));
     }
-    return reader.good() ? std::optional(std::move(undo)) : std::nullopt;
+    return reader.good() && !undo.changes.empty() ? std::optional(std::move(undo)) : std::nullopt;
 }
 
 }  // namespace Recording2::Format

@@ -1,6 +1,8 @@
 // The bytes that say what a recording held before a change: whole, or nothing.
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <limits>
 #include <string>
 
 #include <recording2/format/undo.h>
@@ -56,4 +58,10 @@ TEST(Undo, WhatAChangeCannotHoldIsNothing)
 {
     EXPECT_FALSE(decodeUndo(encodeUndo({10, {{-1, "a", "b"}}})));
     EXPECT_FALSE(decodeUndo(encodeUndo({10, {{0, "longer", "short"}}})));
+    EXPECT_FALSE(decodeUndo(encodeUndo({10, {}})));
+    EXPECT_FALSE(decodeUndo(encodeUndo({-1, {{0, "", "a"}}})));
+    EXPECT_FALSE(decodeUndo(encodeUndo({10, {{11, "", "a"}}})));
+    EXPECT_FALSE(decodeUndo(encodeUndo({10, {{9, "ab", "ab"}}})));
+    EXPECT_FALSE(decodeUndo(encodeUndo({10, {{std::numeric_limits<std::int64_t>::max(), "a", "b"}}})));
+    EXPECT_TRUE(decodeUndo(encodeUndo({10, {{9, "a", "b"}, {10, "", "c"}}})));
 }

@@ -6,6 +6,10 @@
 #include <stdexcept>
 #include <string>
 
+#include <QFile>
+
+#include <recording2/format/undo.h>
+
 #include "replay_fixture.h"
 #include "unit/tracelog.h"
 
@@ -444,6 +448,23 @@ TEST_F(BookmarksTest, StoringFindsTheTableThatAnotherObjectStoredMeanwhile)
     file.reset();
     m_withRanges.storeBookmarks({{20, "mine"}});
     EXPECT_EQ(fileBytes(), m_withRanges.bytes());
+}
+
+TEST_F(BookmarksTest, AnUndoThatWouldCutOffMoreThanItsChangeAddedIsOfAnotherFile)
+{
+    const std::string bytes = m_withRanges.bytes();
+    const auto half = static_cast<std::int64_t>(bytes.size() / 2);
+    auto file = open(m_withRanges);
+    file.reset();
+    TestSupport::writeFile(filePath(Name) + QStringLiteral(".undo"),
+                           Recording2::Format::encodeUndo({half, {{0, bytes.substr(0, 8), bytes.substr(0, 8)}}}));
+    expectThreeLevels(*reopen());
+    file = reopen();
+    file->addBookmark(20, "mine");
+    file.reset();
+    m_withRanges.storeBookmarks({{20, "mine"}});
+    EXPECT_EQ(fileBytes(), m_withRanges.bytes());
+    EXPECT_FALSE(QFile::exists(filePath(Name) + QStringLiteral(".undo")));
 }
 
 TEST_F(BookmarksTest, AFileThatIsNoRecordingIsLeftUntouched)

@@ -330,6 +330,35 @@ TEST_F(ChannelRangesTest, ClearingAndRebuildingWithNoMoreThanBeforeKeepsTheRest)
     EXPECT_EQ(rangesOf(*reopen()), (Times{10, 3000}));
 }
 
+TEST_F(ChannelRangesTest, ClearingSparesTheBookmarksThatAnotherObjectStoredMeanwhile)
+{
+    FinishedFile stored = m_withRanges;
+    auto file = open(stored);
+    {
+        auto other = reopen();
+        other->addBookmark(10, "a text of the other");
+    }
+    file->clearChannelRangeDef();
+    stored.storeBookmarks({{10, "a text of the other"}});
+    stored.clearRanges();
+    EXPECT_EQ(fileBytes(), stored.bytes());
+}
+
+TEST_F(ChannelRangesTest, ClearingClearsTheFirstTableThatAnotherObjectStoredMeanwhileNotTheHeader)
+{
+    FinishedFile stored = m_file;
+    auto file = open(stored);
+    {
+        auto other = reopen();
+        other->addChannelRangeDef(1500);
+        other->rebuildChannelRangeDef();
+    }
+    file->clearChannelRangeDef();
+    stored.rebuildRanges({1500});
+    stored.clearRanges();
+    EXPECT_EQ(fileBytes(), stored.bytes());
+}
+
 TEST_F(ChannelRangesTest, RebuildingInPlaceWithFewerLeavesTheOldOnesBehind)
 {
     auto file = open(m_file);
