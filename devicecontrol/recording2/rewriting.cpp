@@ -83,6 +83,9 @@ System::Error findUndo(const std::filesystem::path& path, const System::NativeFi
     if (std::filesystem::symlink_status(name, ignored).type() != std::filesystem::file_type::regular) {
         return 0;
     }
+    if (std::filesystem::file_size(name, ignored) == 0) {
+        return 0;  // nor may everybody read it yet who may read the recording
+    }
     System::NativeFile journal;
     if (const System::Error error = journal.open(name, System::Access::Read)) {
         const bool gone = !std::filesystem::exists(std::filesystem::symlink_status(name, ignored));

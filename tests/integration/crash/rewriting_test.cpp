@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
@@ -16,10 +17,14 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <recording2/fileaccess.h>
@@ -45,6 +50,26 @@ struct Trouble {
     }
 };
 Trouble trouble;
+
+/// What was written, forced and removed, as "write a.rec", while it is asked for.
+std::vector<std::string>* callsMade = nullptr;
+
+void note(const char* call, const std::string& path)
+{
+    if (callsMade != nullptr) {
+        callsMade->push_back(std::string(call) + ' ' + path.substr(path.rfind('/') + 1));
+    }
+}
+
+void note(const char* call, int file)
+{
+    char path[4'096];
+    const ssize_t size = readlink(("/proc/self/fd/" + std::to_string(file)).c_str(), path, sizeof path);
+    note(call, std::string(path, static_cast<std::size_t>(std::max(ssize_t{0}, size))));
+}
+
+/// What happens in front of the next wait for a lock, once.
+std::function<void()> beforeLocking;
 
 /// @param half what the call may have done before
 template <typename Result, typename Call, typename Half>
@@ -102,23 +127,28 @@ ssize_t __wrap_pread(int file, void* bytes, size_t size, off_t position)
 }
 ssize_t __wrap_pwrite(int file, const void* bytes, size_t size, off_t position)
 {
+    note("write", file);
     return troubled<ssize_t>([&] { return __real_pwrite(file, bytes, size, position); },
                              [&] { static_cast<void>(!__real_pwrite(file, bytes, size / 2, position)); });
 }
 int __wrap_ftruncate(int file, off_t size)
 {
+    note("write", file);
     return troubled([&] { return __real_ftruncate(file, size); });
 }
 int __wrap_fdatasync(int file)
 {
+    note("force", file);
     return troubled([&] { return __real_fdatasync(file); });
 }
 int __wrap_fsync(int file)
 {
+    note("force", file);
     return troubled([&] { return __real_fsync(file); });
 }
 int __wrap_unlink(const char* path)
 {
+    note("remove", path);
     return troubled([&] { return __real_unlink(path); });
 }
 int __wrap_fchown(int file, uid_t owner, gid_t group)
@@ -131,6 +161,9 @@ int __wrap_fchmod(int file, mode_t mode)
 }
 int __wrap_flock(int file, int operation)
 {
+    if (const auto first = std::exchange(beforeLocking, nullptr)) {
+        first();
+    }
     return troubled([&] { return __real_flock(file, operation); });
 }
 }
@@ -337,12 +370,8 @@ protected:
     {
         constexpr uid_t Nobody = 65'534;
         const QByteArray folder = QFile::encodeName(m_directory.path());
-        const auto setModes = [&](mode_t files, mode_t directory) {
-            EXPECT_EQ(chmod(path().c_str(), files), 0);
-            EXPECT_EQ(chmod(undoName().toStdString().c_str(), files), 0);
-            EXPECT_EQ(chmod(folder.constData(), directory), 0);
-        };
-        setModes(0444, 0555);
+        EXPECT_EQ(chmod(path().c_str(), 0444), 0);
+        EXPECT_EQ(chmod(folder.constData(), 0555), 0);
         const pid_t child = fork();
         if (child == 0) {
             const bool alike = (geteuid() != 0 || seteuid(Nobody) == 0) && access(folder.constData(), R_OK) == 0 &&
@@ -352,7 +381,8 @@ protected:
         }
         int status = 0;
         EXPECT_EQ(waitpid(child, &status, 0), child);
-        setModes(0600, 0700);
+        EXPECT_EQ(chmod(folder.constData(), 0700), 0);
+        EXPECT_EQ(chmod(path().c_str(), 0644), 0);
         return WIFEXITED(status) && WEXITSTATUS(status) == 0;
     }
     /// Whoever changes the file next finds it as it was read, and leaves no trace of the trouble.
@@ -427,6 +457,7 @@ TEST_P(Rewriting, IsReadAlikeByWhoMayNotWrite)
     for (int call = 1; call <= calls && !HasFailure(); ++call) {
         SCOPED_TRACE(call);
         lay();
+        ASSERT_EQ(chmod(path().c_str(), 0644), 0);
         int made = 0;
         ASSERT_EQ(changeInChild({true, 0, false, call}, made), -1);
         if (!QFile::exists(undoName())) {
@@ -441,6 +472,57 @@ TEST_P(Rewriting, IsReadAlikeByWhoMayNotWrite)
         EXPECT_EQ(TestSupport::readFile(undoName()), undo);
     }
     EXPECT_GT(halfway, 0) << "no change was interrupted in its middle";
+}
+
+// Else a power cut could leave half a change and no way back.
+TEST_P(Rewriting, HasTheWayBackOnTheDeviceBeforeTheRecordingIsTouchedAndTheRecordingBeforeItGoes)
+{
+    lay();
+    std::vector<std::string> calls;
+    {
+        auto file = openFile(path());
+        callsMade = &calls;
+        static_cast<void>(changed(*file));
+    }
+    callsMade = nullptr;
+    const std::string folder =
+        "force " + QFileInfo(undoName()).absoluteDir().dirName().toStdString();  // where the way back has its name
+    std::set<std::string> toBeForced;
+    int written = 0;
+    for (const std::string& call : calls) {
+        if (call == "write a.rec.undo") {
+            toBeForced.insert({"force a.rec.undo", folder});
+        } else if (call == "write a.rec") {
+            EXPECT_THAT(toBeForced, testing::IsSubsetOf({std::string("force a.rec")}));
+            toBeForced.insert("force a.rec");
+            ++written;
+        } else if (call == "remove a.rec.undo") {
+            EXPECT_THAT(toBeForced, testing::IsEmpty());
+        }
+        toBeForced.erase(call);
+    }
+    EXPECT_GT(written, 0);
+    EXPECT_THAT(toBeForced, testing::IsEmpty());
+}
+
+// A program that saves by renaming, or who moves recordings about.
+TEST_P(Rewriting, OfAFileThatTookTheNameWhileTheLockWasWaitedForChangesThatOne)
+{
+    lay();
+    const std::string before = bytes();
+    ASSERT_TRUE(changed(*openFile(path())));
+    const Tables after = tables();
+    lay();
+    const QString name = QString::fromStdString(path());
+    auto file = openFile(path());
+    beforeLocking = [&] {
+        EXPECT_TRUE(QFile::rename(name, name + QStringLiteral(".aside")));
+        TestSupport::writeFile(name, before);
+    };
+    static_cast<void>(changed(*file));
+    file.reset();
+    EXPECT_EQ(tables(), after);
+    EXPECT_EQ(TestSupport::readFile(name + QStringLiteral(".aside")), before);
 }
 
 INSTANTIATE_TEST_SUITE_P(Changes, Rewriting,

@@ -384,6 +384,21 @@ TEST_F(RecorderTypes, AnIfSpanBelowOneHertzMovesNoRange)
     EXPECT_EQ(Peer::startFreq(recorder()), 88e6F);
 }
 
+TEST_F(RecorderTypes, AnIfSpanOfOneHertzIsARange)
+{
+    station.addAllKeywords();
+    station.value<OffsetNumber>(QStringLiteral("/FREQUENCY")).SetValue(1'000);
+    station.value<Selection>(QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS")).SelectKey(23);
+    station.value<Selection>(QStringLiteral("/IFSPAN"))
+        .AddItem(std::make_unique<values::SelectionItem>(QStringLiteral("least"), 1, 9).release());
+    station.value<Selection>(QStringLiteral("/IFSPAN")).SelectKey(9);
+    makeRecorder();
+    attach();
+    EXPECT_EQ(station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StartFreq")).GetValue(), 999.5);
+    EXPECT_EQ(Peer::startFreq(recorder()), 999.5F);
+    EXPECT_EQ(Peer::stopFreq(recorder()), 1'000.5F);
+}
+
 TEST_F(RecorderTypes, OnlyWhatIsToBeRecordedIsObservedAndSwitchedOn)
 {
     station.addAllKeywords();

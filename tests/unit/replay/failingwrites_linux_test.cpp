@@ -1,6 +1,7 @@
 // Writes that fail half-way, and files that may not be written. Limits of the process are set in a child of its own.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -111,6 +112,19 @@ TEST_P(FailingWritesTest, RebuildingRangesLeavesTheRecordsReadable)
         return readsThreeLevels(*file);
     }));
     expectRecordsKept();
+}
+
+TEST_P(FailingWritesTest, AFirstTableOfRangesThatIsNotStoredIsNotThere)
+{
+    auto file = open(FinishedFile(threeLevels().close()));
+    EXPECT_TRUE(inChild([&] {
+        file->addChannelRangeDef(1500);
+        if (!limitFileSize(std::min<rlim_t>(GetParam(), static_cast<rlim_t>(fileBytes().size())))) {
+            return false;
+        }
+        file->rebuildChannelRangeDef();
+        return !file->channelRangeDefAvailable() && readsThreeLevels(*file);
+    }));
 }
 
 TEST_P(FailingWritesTest, ClearingRangesLeavesTheRecordsReadable)
