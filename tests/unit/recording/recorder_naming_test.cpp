@@ -438,6 +438,30 @@ TEST_F(RecorderNaming, AnotherRecordingOfTheSameSecondGetsANumber)
     }
 }
 
+TEST_F(RecorderNaming, ANameThatAnotherRecordingGetsBetweenLookAndMakingLeadsToTheNext)
+{
+    makeRecorder();
+    const QString stem = QStringLiteral("North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00");
+    QFile other(station.file(stem + QStringLiteral(".rec")));
+    {
+        // The final name is shown when it was looked at and before the file is made.
+        const Listener listener(*station.tree.Find(QStringLiteral("/Status/Rx1/REC_UNCFILEPATH")),
+                                [&](values::ValueBase& /*shown*/, TChangeCode /*code*/) {
+                                    if (!other.exists()) {
+                                        ASSERT_TRUE(other.open(QIODevice::WriteOnly));
+                                        other.write("precious");
+                                        other.close();
+                                    }
+                                });
+        EXPECT_EQ(startedName(), stem + QStringLiteral("_2.tmp"));
+    }
+    station.switchOff();
+    EXPECT_THAT(station.files(),
+                testing::UnorderedElementsAre(stem + QStringLiteral(".rec"), stem + QStringLiteral("_2.rec")));
+    ASSERT_TRUE(other.open(QIODevice::ReadOnly));
+    EXPECT_EQ(other.readAll(), QByteArray("precious"));
+}
+
 TEST_F(RecorderNaming, AnUnfinishedRecordingOfTheSameSecondIsNotDestroyed)
 {
     const QString name = station.file(QStringLiteral("North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00.tmp"));
