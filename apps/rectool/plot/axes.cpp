@@ -53,7 +53,7 @@ private:
 /// Where there is no room for more: the middle of the axis.
 void setMiddleTick(QCPAxis& axis)
 {
-    constexpr double Exact = 0.05;
+    constexpr double Exact = 0.01;
     const double middle = axis.range().center();
     const int digits = std::clamp(static_cast<int>(std::ceil(-std::log10(axis.range().size() * Exact))), 0, 9);
     const QSharedPointer<QCPAxisTickerText> ticker(new QCPAxisTickerText);
@@ -122,8 +122,11 @@ FrequencyUnit usualUnit(double highestHz)
 FrequencyUnit unitFor(double highestHz, double widthHz)
 {
     constexpr double Narrowest = 0.005;  // narrower spans would need too many digits
+    constexpr double Lowest = 0.5;       // 80 to 1000 MHz are not read as 0.08 to 1 GHz, 0.1 to 6 GHz are
+    constexpr double High = 3;
     for (const FrequencyUnit unit : {FrequencyUnit{1e9, "GHz"}, FrequencyUnit{1e6, "MHz"}, FrequencyUnit{1e3, "kHz"}}) {
-        if (highestHz >= unit.hz && widthHz >= unit.hz * Narrowest) {
+        const bool isUsual = highestHz - widthHz >= unit.hz * Lowest || highestHz >= unit.hz * High;
+        if (highestHz >= unit.hz && widthHz >= unit.hz * Narrowest && isUsual) {
             return unit;
         }
     }

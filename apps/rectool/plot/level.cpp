@@ -74,21 +74,21 @@ std::optional<std::vector<Series>> wantedSeries(const PlotLevelOptions& options,
 
 }  // namespace
 
-ExitCode plotLevel(const PlotLevelOptions& options)
+ExitCode plotLevel(const PlotLevelOptions& asked)
 {
-    if (const ExitCode checked = checkPicture(options); checked != ExitCode::Fine) {
+    if (const ExitCode checked = checkPicture(asked); checked != ExitCode::Fine) {
         return checked;
     }
-    PlotSource source(options, 1);
+    PlotSource source(asked, 1);
     if (source.state() != ExitCode::Fine) {
         return source.state();
     }
-    std::optional<std::vector<Series>> all = wantedSeries(options, source);
+    std::optional<std::vector<Series>> all = wantedSeries(asked, source);
     if (!all) {
         return ExitCode::Usage;
     }
     for (auto series = all->begin(); series != all->end();) {
-        const std::string why = noNumbers(options, *series);
+        const std::string why = noNumbers(asked, *series);
         const bool isElsewhere = std::any_of(all->begin(), all->end(), [&](const Series& other) {
             return other.track != series->track && other.keyword == series->keyword;
         });
@@ -97,6 +97,12 @@ ExitCode plotLevel(const PlotLevelOptions& options)
         }
         series = why.empty() ? series + 1 : all->erase(series);
     }
+    const std::optional<int> height = heightFor(asked, all->size());
+    if (!height) {
+        return source.end(ExitCode::Usage);
+    }
+    PlotLevelOptions options = asked;
+    options.height = *height;
     const DrawingApplication application;
     Picture picture(options, source, titleOf(*all));
     QCPMarginGroup sides(&picture.plot());

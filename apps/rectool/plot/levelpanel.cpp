@@ -156,19 +156,35 @@ void setTimeAcross(Picture& picture, const PlotSource& source, const PanelPlace&
 }
 
 LevelPanel::LevelPanel(Picture& picture, const PlotSource& source, const Series& series, const PanelPlace& place)
-    : m_picture(picture),
-      m_source(source),
-      m_series(series),
-      m_unit(QString::fromStdString(series.unit)),
-      m_rect(picture.addAxisRect(picture.body(), place.row, 0))
+    : m_picture(picture), m_source(source), m_series(series), m_unit(QString::fromStdString(series.unit))
 {
+    auto* layout = new QCPLayoutGrid;
+    picture.body().addElement(place.row, 0, layout);
+    layout->setRowSpacing(0);
+    m_rect = picture.addAxisRect(*layout, 1, 0);
     m_rect->setMinimumMargins(QMargins(8, 12, 34, 8));
     setTimeAcross(picture, source, place, *m_rect);
     chooseScale();
-    const QString label = QString::fromStdString(series.label).replace(QStringLiteral(": "), QStringLiteral("\n"));
-    valueAxis().setLabel(m_unit.isEmpty() ? label : QStringLiteral("%1 (%2)").arg(label, m_unit));
+    addLabel(*layout, place.isFirst && place.isLast);
     draw();
     setNumberTicks(picture, valueAxis(), picture.height());
+}
+
+/// Beside the axis where there is but one panel; several are too low for it.
+void LevelPanel::addLabel(QCPLayoutGrid& layout, bool isAlone)
+{
+    const QString label = QString::fromStdString(m_series.label);
+    const QString whole = m_unit.isEmpty() ? label : QStringLiteral("%1 (%2)").arg(label, m_unit);
+    if (isAlone) {
+        valueAxis().setLabel(whole);
+        return;
+    }
+    QCPTextElement* title = m_picture.addText(layout, 0, 0, whole);
+    title->setTextFlags(Qt::AlignLeft | Qt::AlignBottom);
+    title->setMargins(QMargins(8, 4, 0, 0));
+    m_rect->setMinimumMargins(QMargins(8, 2, 34, 2));
+    constexpr double AsLittleAsPossible = 0.001;
+    layout.setRowStretchFactor(0, AsLittleAsPossible);
 }
 
 /// Frequencies are recorded in Hz and read in MHz.

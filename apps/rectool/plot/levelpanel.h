@@ -80,6 +80,7 @@ private:
         graph->setPen(QPen(QColor(0x1f, 0x4e, 0x9c), 1.2));
         return graph;
     }
+    void addLabel(QCPLayoutGrid& layout, bool isAlone);
     void chooseScale();
     void draw();
     void drawPoints();
@@ -90,7 +91,7 @@ private:
     const Series& m_series;
     double m_scale = 1;  // what is recorded for one of the axis
     QString m_unit;
-    QCPAxisRect* m_rect;
+    QCPAxisRect* m_rect = nullptr;
 };
 
 }  // namespace RecTool

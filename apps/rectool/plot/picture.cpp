@@ -1,5 +1,6 @@
 #include "picture.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <filesystem>
@@ -63,6 +64,23 @@ ExitCode checkPicture(const PlotOptions& options)
         return refuse(options, "A picture's name ends in .png, .jpg or .pdf.");
     }
     return mayReplace(options.output) ? ExitCode::Fine : ExitCode::Usage;
+}
+
+std::optional<int> heightFor(const PlotOptions& options, std::size_t linePanels)
+{
+    constexpr int Around = 170;  // titles and the axis of time
+    constexpr int Least = 50;
+    constexpr int Comfortable = 110;
+    constexpr int Highest = 5000;
+    const auto panels = static_cast<int>(std::min<std::size_t>(linePanels, Highest));
+    const int least = Around + panels * Least;
+    if (least > (options.heightIsAsked ? options.height : Highest)) {
+        static_cast<void>(refuse(options, "Its panels need a height of " + grouped(static_cast<std::uint64_t>(least)) +
+                                              " pixels at least, of " + grouped(Highest) +
+                                              " that are possible: see --height and --type."));
+        return std::nullopt;
+    }
+    return options.heightIsAsked ? options.height : std::clamp(Around + panels * Comfortable, options.height, Highest);
 }
 
 DrawingApplication::DrawingApplication() : m_argv{m_name.data(), nullptr}

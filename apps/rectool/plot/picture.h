@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,10 @@ namespace RecTool {
 /// Whether a picture may be drawn with these options; told if not. No recording is ever overwritten, nor what
 /// is no ordinary file.
 [[nodiscard]] ExitCode checkPicture(const PlotOptions& options);
+
+/// How high a picture becomes whose panels are so many, counted in panels of a line: spectra and bearings need twice
+/// its room. @return nothing, told, where their labels would not have room
+[[nodiscard]] std::optional<int> heightFor(const PlotOptions& options, std::size_t linePanels);
 
 /// Lets Qt draw without a display. There is one at a time; where there is an application, that is taken.
 class DrawingApplication {

@@ -15,7 +15,8 @@ struct PlotOptions {
     std::string from;                ///< a time of the first recording; empty: from the first record
     std::string to;                  ///< a time of the first recording, the last one shown; empty: to the end
     int width = 1400;                ///< pixels
-    int height = 900;                ///< pixels
+    int height = 900;                ///< pixels; where it was not asked for, more if the panels need it
+    bool heightIsAsked = false;
     bool json = false;
 };
 

@@ -57,18 +57,17 @@ std::vector<std::unique_ptr<SpectrumPanel>> drawSpectra(Picture& picture, PlotSo
 
 }  // namespace
 
-ExitCode plotSpectrum(const PlotSpectrumOptions& options)
+ExitCode plotSpectrum(const PlotSpectrumOptions& asked)
 {
-    if (const ExitCode checked = checkPicture(options); checked != ExitCode::Fine) {
+    if (const ExitCode checked = checkPicture(asked); checked != ExitCode::Fine) {
         return checked;
     }
     constexpr int Passes = 2;
-    PlotSource source(options, Passes);
+    PlotSource source(asked, Passes);
     if (source.state() != ExitCode::Fine) {
         return source.state();
     }
-    std::optional<std::vector<Spectrum>> spectra =
-        wantedSpectra({options.types, options.onlyRf, options.onlyIf}, source);
+    std::optional<std::vector<Spectrum>> spectra = wantedSpectra({asked.types, asked.onlyRf, asked.onlyIf}, source);
     if (!spectra) {
         return ExitCode::Usage;
     }
@@ -76,8 +75,14 @@ ExitCode plotSpectrum(const PlotSpectrumOptions& options)
     source.walk([&](const PlottedRecord& record) { survey.visit(record); });
     const std::vector<Spectrum> drawn = survey.finish(source);
     if (drawn.empty()) {
-        return source.refuse(noSpectrum(options, *spectra));
+        return source.refuse(noSpectrum(asked, *spectra));
     }
+    const std::optional<int> height = heightFor(asked, 2 * drawn.size());
+    if (!height) {
+        return source.end(ExitCode::Usage);
+    }
+    PlotSpectrumOptions options = asked;
+    options.height = *height;
 
     const DrawingApplication application;
     Picture picture(options, source, QStringLiteral("Spectrum over time"));

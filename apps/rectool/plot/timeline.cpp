@@ -41,7 +41,10 @@ public:
             axis->grid()->setVisible(false);
         }
         setNumberTicks(picture, frequency, picture.height() / 4);
-        picture.body().addElement(place.row, 1, m_bar);
+        auto* beside = new QCPLayoutGrid;  // the column is as wide as the legend of bearings, the bar is not
+        picture.body().addElement(place.row, 1, beside);
+        beside->addElement(0, 0, m_bar);
+        beside->addElement(0, 1, new QCPLayoutElement(&picture.plot()));
         m_bar->setBarWidth(14);
         m_bar->setType(QCPAxis::atRight);
         m_bar->axis()->setLabelFont(picture.font());
@@ -392,24 +395,30 @@ private:
 
 }  // namespace
 
-ExitCode plotTimeline(const PlotTimelineOptions& options)
+ExitCode plotTimeline(const PlotTimelineOptions& asked)
 {
-    if (const ExitCode checked = checkPicture(options); checked != ExitCode::Fine) {
+    if (const ExitCode checked = checkPicture(asked); checked != ExitCode::Fine) {
         return checked;
     }
     constexpr int Passes = 3;
-    PlotSource source(options, Passes);
+    PlotSource source(asked, Passes);
     if (source.state() != ExitCode::Fine) {
         return source.state();
     }
-    Bearings bearings(source, options.relative);
-    const std::optional<Contents> contents = survey(options, source, bearings);
+    Bearings bearings(source, asked.relative);
+    const std::optional<Contents> contents = survey(asked, source, bearings);
     if (!contents) {
         return source.end(ExitCode::Usage);
     }
     if (contents->panels() == 0) {
         return source.refuse("There is no spectrum and no bearing; --type draws other values.");
     }
+    const std::optional<int> height = heightFor(asked, 2 * contents->panels() - contents->types.size());
+    if (!height) {
+        return source.end(ExitCode::Usage);
+    }
+    PlotTimelineOptions options = asked;
+    options.height = *height;
     const DrawingApplication application;
     Timeline timeline(options, source, bearings, *contents);
     return source.end(timeline.draw());

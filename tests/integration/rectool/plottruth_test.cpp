@@ -255,6 +255,21 @@ TEST_F(PlotTruth, ReceiverAndFinderShareATimeline)
     EXPECT_EQ(drawn.at("toMs"), 12000);
 }
 
+TEST_F(PlotTruth, ManyPanelsMakeAPictureHigherAndTooLowAHeightIsRefused)
+{
+    QStringList level = {"level"};
+    for (int i = 1; i <= 9; ++i) {
+        const Recorded recorded = {"RX " + std::to_string(i), StartMs, 9000, {{10, Level, number("-50")}}};
+        level << write(recorded, QString::number(i) + ".rec");
+    }
+    const json drawn = draw(level);
+    EXPECT_EQ(drawn.at("height"), 1160);
+    EXPECT_EQ(m_image.height(), 1160);
+    const ProgramResult result = plot(level + QStringList{"--height", "600"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.err, HasSubstr("Its panels need a height of 620 pixels at least"));
+}
+
 TEST_F(PlotTruth, RecordingsThatDoNotTellTheirStartAreNotDrawnTogether)
 {
     const QString known = write({"RX 1", StartMs, 9000, {NothingYet}}, "known.rec");
