@@ -10,10 +10,14 @@
 #include "input/fields.h"
 #include "input/isotime.h"
 #include "input/optionchecks.h"
-#include "input/quantity.h"
 #include "wrongarguments.h"
 
 namespace recstation {
+
+using TerminalText::acceptedIf;
+using TerminalText::inSeconds;
+using TerminalText::inUnit;
+using TerminalText::parseSeconds;
 
 namespace {
 
@@ -116,17 +120,26 @@ void addGapOptions(CLI::App& app, Options& options)
         ->check(inSeconds(0, longestGapSeconds));
 }
 
+// Refuses what a script passes when it has forgotten to set a variable.
+CLI::Validator aName()
+{
+    return acceptedIf([](const std::string& text) { return !text.empty(); }, "a name");
+}
+
 void addCommonOptions(CLI::App& app, Options& options)
 {
     app.add_option("-o,--output", options.output, "Directory for the recordings (default: as configured)")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(aName());
     app.add_flag("--make-output", options.makeOutput, "Make that directory where it does not exist")
         ->needs(app.get_option("--output"));
     CLI::Option* config =
         app.add_option("--config", options.config, "TOML file with one table per recorder (default: built in)")
-            ->type_name("FILE");
+            ->type_name("FILE")
+            ->check(aName());
     app.add_option("--plugin", options.plugin, "Recorder plug-in (default: the one beside this program)")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(aName());
     app.add_option("--record", options.recorders,
                    "Recorder to switch on, may be given repeatedly (default: those that suit the sources)")
         ->type_name("NAME")
@@ -151,7 +164,7 @@ void addCommonOptions(CLI::App& app, Options& options)
            "computer too, but for the last second; off: nothing. With --config, the key Journal of a recorder's "
            "table says it (default: process)")
         ->type_name("KIND")
-        ->check(CLI::IsMember({"process", "power", "off"}))
+        ->check(TerminalText::oneOf({"process", "power", "off"}))
         ->excludes(config);
     app.add_flag_callback(
         "--no-recover", [&options] { options.recover = false; },

@@ -3,9 +3,10 @@
 
 #include <cstdint>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "input/usageerror.h"
 
 namespace recstation {
 
@@ -28,11 +29,6 @@ struct FeedOptions {
     std::optional<unsigned long long> startTime;  ///< microseconds since 1970 UTC; nothing: the current time
     bool strict = false;                          ///< the first bad line ends the run
     bool keepAt = false;  ///< plain values are recorded at their own time, not at that of the map before them
-};
-
-/// Something on the command line that cannot be used, found out only when the configuration was read.
-class UsageError : public std::runtime_error {
-    using std::runtime_error::runtime_error;
 };
 
 }  // namespace recstation

@@ -9,12 +9,12 @@
 #include <QFileInfo>
 
 #include <recording2/inspection/leftparts.h>
+#include <terminaltext/nearestword.h>
 
 #include "bearings/bearingssource.h"
 #include "feed/feedsource.h"
 #include "input/isotime.h"
 #include "input/timeorder.h"
-#include "nearestword.h"
 #include "nmea/nmeasource.h"
 #include "overlap.h"
 #include "sim/simsource.h"
@@ -93,8 +93,8 @@ void requireOneInput(const Options& options)
     note("nmea", options.nmea);
     note("feed", options.feed);
     if (readers.size() > 1) {
-        throw std::runtime_error(readers[0] + " and " + readers[1] +
-                                 " cannot both read the standard input: name a file for one of them");
+        throw UsageError(readers[0] + " and " + readers[1] +
+                         " cannot both read the standard input: name a file for one of them");
     }
 }
 
@@ -105,9 +105,9 @@ void requireOwnSpectra(const std::vector<std::unique_ptr<Source>>& sources)
         for (std::size_t j = 0; j < i; ++j) {
             for (const QString& path : sources[i]->spectra()) {
                 if (sources[j]->spectra().contains(path)) {
-                    throw std::runtime_error(sources[j]->name().toStdString() + " and " +
-                                             sources[i]->name().toStdString() + " both show the spectrum " +
-                                             path.toStdString() + ": run them one after the other");
+                    throw UsageError(sources[j]->name().toStdString() + " and " + sources[i]->name().toStdString() +
+                                     " both show the spectrum " + path.toStdString() +
+                                     ": run them one after the other");
                 }
             }
         }
@@ -294,7 +294,7 @@ QString Station::recorderMeant(const std::string& name) const
     for (const auto& recorder : m_recorders) {
         names.push_back(recorder->name().toStdString());
     }
-    const auto near = nearestWord(name, names);
+    const auto near = TerminalText::nearestWord(name, names);
     return near ? QStringLiteral(": did you mean %1?").arg(QString::fromStdString(*near)) : QString();
 }
 

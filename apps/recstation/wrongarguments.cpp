@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "nearestword.h"
+#include <terminaltext/nearestword.h>
 
 namespace recstation {
 
@@ -28,7 +28,7 @@ void addOptionNames(const CLI::App& app, std::vector<std::string>& names)
 
 std::string meant(const std::string& word, const std::vector<std::string>& words)
 {
-    const auto near = nearestWord(word, words);
+    const auto near = TerminalText::nearestWord(word, words);
     return near ? ": did you mean " + *near + "?" : "";
 }
 

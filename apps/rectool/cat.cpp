@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <iostream>
 #include <limits>
 #include <optional>
 #include <set>
@@ -10,10 +9,7 @@
 #include "progress.h"
 #include "recordedvalues.h"
 #include "recordingtime.h"
-#include "recordjson.h"
-#include "style.h"
-#include "table.h"
-#include "text.h"
+#include "recordprinter.h"
 #include "typenames.h"
 
 namespace RecTool {
@@ -52,54 +48,12 @@ std::optional<Selection> makeSelection(const CatOptions& options, const Inspecti
     return selection;
 }
 
-/// Prints records one a line.
-class Printer {
-public:
-    Printer(const TypeNames& names, bool json, std::uint64_t lastTime)
-        : m_names(names),
-          m_recordJson(names),
-          m_json(json),
-          m_labelWidth(names.longestLabel()),
-          m_timeWidth(std::max<std::size_t>(std::to_string(lastTime).size(), 1))
-    {
-    }
-
-    /// @param value null when the record's text is not understood
-    void print(const Inspection::Record& record, const values::ValueBase* value)
-    {
-        if (m_json) {
-            printJson(record, value);
-        } else {
-            printLine(record, value);
-        }
-    }
-
-private:
-    void printLine(const Inspection::Record& record, const values::ValueBase* value) const
-    {
-        const std::string time = isKnown(record) ? std::to_string(record.timeMs) : "?";
-        std::cout << paddedInFront(time, m_timeWidth) << "  "
-                  << styled(padded(m_names.label(record.code), m_labelWidth), Style::Name) << "  "
-                  << oneLine(describe(record, value)) << '\n';
-    }
-
-    void printJson(const Inspection::Record& record, const values::ValueBase* value)
-    {
-        m_text.clear();
-        m_recordJson.append(m_text, record, value);
-        m_text += '\n';
-        std::cout.write(m_text.data(), static_cast<std::streamsize>(m_text.size()));
-    }
-
-    static bool isKnown(const Inspection::Record& record) { return record.timeMs != 0; }
-
-    const TypeNames& m_names;
-    RecordJson m_recordJson;
-    std::string m_text;
-    bool m_json;
-    std::size_t m_labelWidth;
-    std::size_t m_timeWidth;
-};
+RecordPrinter::Form formOf(const CatOptions& options)
+{
+    return options.json  ? RecordPrinter::Form::Json
+           : options.csv ? RecordPrinter::Form::Csv
+                         : RecordPrinter::Form::Lines;
+}
 
 }  // namespace
 
@@ -115,7 +69,14 @@ ExitCode cat(const CatOptions& options)
     if (!selection) {
         return ExitCode::Usage;
     }
-    Printer printer(names, options.json, summary.times.empty() ? 0 : summary.times.back().timeMs);
+    const TimeForm times = timeFormOf(options.time);
+    if (times != TimeForm::Offset && summary.header.startMs == 0) {
+        complain(options.file, "It does not tell when it started, so there are only milliseconds (--time offset).");
+        return ExitCode::Usage;
+    }
+    RecordPrinter printer(formOf(options), names, times, summary.header.startMs,
+                          summary.times.empty() ? 0 : summary.times.back().timeMs);
+    printer.begin();
     RecordedValues recorded;
     Progress progress(options.file);
     std::vector<Inspection::Finding> findings = summary.findings;
@@ -136,6 +97,9 @@ ExitCode cat(const CatOptions& options)
     progress.clear();
     findings.insert(findings.end(), inRecords.begin(), inRecords.end());
     complain(options.file, findings);
+    if (const std::string leftOut = printer.leftOut(); !leftOut.empty()) {
+        complain(options.file, leftOut);
+    }
     return finish(soundness(findings));
 }
 

@@ -31,6 +31,8 @@ struct CatOptions {
     std::string from;                ///< a time of the recording; empty: from the beginning
     std::string to;                  ///< a time of the recording, the last one shown; empty: to the end
     std::vector<std::string> types;  ///< keywords or numbers; empty: all
+    std::string time = "offset";     ///< how times are shown; or "utc", "local"
+    bool csv = false;                ///< plain values as CSV
     bool json = false;
 };
 ExitCode cat(const CatOptions& options);

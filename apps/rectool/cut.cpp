@@ -219,7 +219,7 @@ bool takeCutSpan(const CutOptions& options, const Inspection::Summary& summary, 
     return true;
 }
 
-void printSummary(const CutOptions& options, const Span& span, const Cut& cut, const NewRecordingResult& result)
+void printCutSummary(const CutOptions& options, const Span& span, const Cut& cut, const NewRecordingResult& result)
 {
     if (options.json) {
         Json json = {{"file", shownName(options.file)},
@@ -272,7 +272,7 @@ ExitCode cut(const CutOptions& options)
     if (result != ExitCode::Fine) {
         return result;
     }
-    printSummary(options, span, cut, output.result());
+    printCutSummary(options, span, cut, output.result());
     if (cut.withoutTime() > 0) {
         complain(options.file, "Records left out because their time is lost: " + grouped(cut.withoutTime()) + '.');
     }

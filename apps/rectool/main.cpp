@@ -37,6 +37,12 @@ bool isPaged(const CLI::App& app)
     return !given.empty() && std::find(Verbs.begin(), Verbs.end(), given.front()->get_name()) != Verbs.end();
 }
 
+ExitCode refuse(const CLI::App& app, const std::string& why)
+{
+    std::cerr << "rectool: " << why << '\n' << CommandLine::whereHelpIs(app) << '\n';
+    return ExitCode::Usage;
+}
+
 ExitCode run(std::vector<std::string> arguments)
 {
     CLI::App app("Looks into recordings of receivers and direction finders.", "rectool");
@@ -60,14 +66,14 @@ ExitCode run(std::vector<std::string> arguments)
     }
     CommandLine::addImpliedVerb(app, arguments);
     if (const std::string problem = CommandLine::unknownVerb(app, arguments); !problem.empty()) {
-        std::cerr << "rectool: " << problem << '\n';
-        return ExitCode::Usage;
+        return refuse(app, problem);
     }
     try {
         std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
         app.parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? ExitCode::Fine : ExitCode::Usage;
+        return error.get_exit_code() == 0 ? (app.exit(error), ExitCode::Fine)
+                                          : refuse(app, CommandLine::whatIsWrong(app, error));
     }
     RecTool::useStyles(RecTool::outputHasColours());
     const RecTool::Pager pager(!noPager && isPaged(app));

@@ -12,6 +12,7 @@ namespace RecTool {
 
 namespace {
 
+bool readerMayLeave = false;
 int firstError = 0;  // why standard output takes nothing any more
 
 std::map<std::string, std::string>& shownNames()
@@ -72,6 +73,11 @@ std::optional<std::set<std::int32_t>> takeTypes(const std::string& file, const s
     return numbers;
 }
 
+void letReaderLeave()
+{
+    readerMayLeave = true;
+}
+
 bool canPrint()
 {
     if (!std::cout.good() && firstError == 0) {
@@ -84,7 +90,8 @@ ExitCode finish(ExitCode result)
 {
     std::cout.flush();
     const bool printed = canPrint();
-    const bool readerHasGone = firstError == EPIPE || firstError == EINVAL;  // the latter is what Windows says
+    const bool readerHasGone =
+        readerMayLeave || firstError == EPIPE || firstError == EINVAL;  // the latter is what Windows says
     if (printed || readerHasGone) {
         return result;
     }

@@ -33,6 +33,8 @@ void complain(const std::string& file, const std::vector<Recording2::Inspection:
 /// Whether standard output still takes something. It does not after `| head` has seen enough. To be asked right after
 /// printing, when the reason of a failure is still known.
 [[nodiscard]] bool canPrint();
+/// From now on whoever reads the output may stop reading, and nothing is wrong.
+void letReaderLeave();
 /// Hands everything to the system. A reader that has gone is no error, a full disk is: it is told, and the result is
 /// CannotRead.
 [[nodiscard]] ExitCode finish(ExitCode result);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <string_view>
 
 #include <QDateTime>
 #include <QString>
@@ -18,62 +19,84 @@ using Recording2::Inspection::Summary;
 
 namespace {
 
-/// Takes the zone off the end of a clock time. @return nothing when it does not say one
-std::optional<Qt::TimeSpec> takeZone(QString& clock)
+struct Zone {
+    Qt::TimeSpec spec = Qt::UTC;
+    int offsetSeconds = 0;  // of Qt::OffsetFromUTC
+};
+
+/// "+01:00", as other programs and cat write it.
+std::optional<Zone> takeOffset(QString& clock)
 {
-    struct Zone {
+    constexpr int OffsetLength = 6;
+    const QString offset = clock.right(OffsetLength);
+    const QTime ahead = QTime::fromString(offset.mid(1), QStringLiteral("HH:mm"));
+    if (!ahead.isValid() || (offset[0] != QLatin1Char('+') && offset[0] != QLatin1Char('-'))) {
+        return std::nullopt;
+    }
+    clock.chop(OffsetLength);
+    clock = clock.trimmed();
+    const int seconds = QTime(0, 0).secsTo(ahead);
+    return Zone{Qt::OffsetFromUTC, offset[0] == QLatin1Char('-') ? -seconds : seconds};
+}
+
+/// Takes the zone off the end of a clock time. @return nothing when it does not say one
+std::optional<Zone> takeZone(QString& clock)
+{
+    struct Named {
         const char* name;
         Qt::TimeSpec spec;
     };
-    for (const Zone zone : {Zone{"UTC", Qt::UTC}, Zone{"Z", Qt::UTC}, Zone{"local", Qt::LocalTime}}) {
+    for (const Named zone : {Named{"UTC", Qt::UTC}, Named{"Z", Qt::UTC}, Named{"local", Qt::LocalTime}}) {
         if (clock.endsWith(QLatin1String(zone.name), Qt::CaseInsensitive)) {
             clock.chop(QLatin1String(zone.name).size());
             clock = clock.trimmed();
-            return zone.spec;
+            return Zone{zone.spec};
         }
     }
-    return std::nullopt;
+    return takeOffset(clock);
+}
+
+QDateTime moment(const QDate& date, const QTime& time, const Zone& zone)
+{
+    return {date, time, zone.spec, zone.offsetSeconds};
 }
 
 /// The first moment from the start on at which a clock shows the time.
-QDateTime firstOfDay(const QTime& time, const QDateTime& start)
+QDateTime firstOfDay(const QTime& time, const QDateTime& start, const Zone& zone)
 {
-    QDateTime moment(start.date(), time, start.timeSpec());
-    return moment < start ? QDateTime(start.date().addDays(1), time, start.timeSpec()) : moment;
+    QDateTime first = moment(start.date(), time, zone);
+    return first < start ? moment(start.date().addDays(1), time, zone) : first;
 }
 
 constexpr int DateLength = 10;
+constexpr std::string_view BookmarkPrefix = "bookmark:";
 
 /// "2023-11-14 22:13:21.5" or with a T; an invalid moment when it is none.
-QDateTime dateAndClock(const QString& text, Qt::TimeSpec zone)
+QDateTime dateAndClock(const QString& text, const Zone& zone)
 {
     if (text.size() <= DateLength || (text[DateLength] != ' ' && text[DateLength] != 'T')) {
         return {};
     }
     const QDate date = QDate::fromString(text.left(DateLength), Qt::ISODate);
     const QTime time = QTime::fromString(text.mid(DateLength + 1), Qt::ISODateWithMs);
-    return date.isValid() && time.isValid() ? QDateTime(date, time, zone) : QDateTime();
+    return date.isValid() && time.isValid() ? moment(date, time, zone) : QDateTime();
 }
 
 std::optional<std::uint64_t> parseClock(const std::string& text, std::uint64_t startMs)
 {
     QString clock = QString::fromStdString(text);
-    const std::optional<Qt::TimeSpec> zone = takeZone(clock);
+    const std::optional<Zone> zone = takeZone(clock);
     if (!zone || startMs > std::uint64_t{std::numeric_limits<std::int64_t>::max()}) {
         return std::nullopt;
     }
-    const QDateTime start = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(startMs), *zone);
+    const QDateTime start =
+        QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(startMs), zone->spec, zone->offsetSeconds);
     const QTime time = QTime::fromString(clock, Qt::ISODateWithMs);
-    QDateTime moment;
-    if (time.isValid()) {
-        moment = firstOfDay(time, start);
-    } else {
-        moment = dateAndClock(clock, *zone);
-    }
-    if (!moment.isValid() || moment < start) {
+    const QDateTime meant = time.isValid() ? firstOfDay(time, start, *zone) : dateAndClock(clock, *zone);
+    if (!meant.isValid() || meant < start) {
         return std::nullopt;
     }
-    return static_cast<std::uint64_t>(start.msecsTo(moment));
+    return static_cast<std::uint64_t>(start.msecsTo(meant));
 }
 
 /// The time of the only bookmark that has the text.
@@ -119,16 +142,16 @@ std::optional<std::uint64_t> parseMoment(const std::string& text, std::uint64_t 
         return nowMs - std::min(nowMs, *ago);
     }
     QString clock = QString::fromStdString(text);
-    const std::optional<Qt::TimeSpec> zone = takeZone(clock);
+    const std::optional<Zone> zone = takeZone(clock);
     if (!zone) {
         return std::nullopt;
     }
-    QDateTime moment = dateAndClock(clock, *zone);
+    QDateTime meant = dateAndClock(clock, *zone);
     if (const QDate day = QDate::fromString(clock, Qt::ISODate); clock.size() == DateLength && day.isValid()) {
         constexpr int LastMs = 999;
-        moment = QDateTime(day, end == DayEnd::First ? QTime(0, 0) : QTime(23, 59, 59, LastMs), *zone);
+        meant = moment(day, end == DayEnd::First ? QTime(0, 0) : QTime(23, 59, 59, LastMs), *zone);
     }
-    const qint64 ms = moment.isValid() ? moment.toMSecsSinceEpoch() : -1;
+    const qint64 ms = meant.isValid() ? meant.toMSecsSinceEpoch() : -1;
     return ms < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(ms));
 }
 
@@ -141,19 +164,37 @@ std::uint64_t lastMoment(const Summary& summary)
 
 std::optional<std::uint64_t> parseTime(const std::string& text, const Summary& summary)
 {
-    const std::string prefix = "bookmark:";
-    if (text.compare(0, prefix.size(), prefix) == 0) {
-        return parseBookmark(text.substr(prefix.size()), summary);
+    if (text.starts_with(BookmarkPrefix)) {
+        return parseBookmark(text.substr(BookmarkPrefix.size()), summary);
     }
     const std::optional<std::uint64_t> milliseconds = parseMilliseconds(text);
     return milliseconds ? milliseconds : parseClock(text, summary.header.startMs);
 }
 
+namespace {
+
+std::string likelyReason(const std::string& text, const Summary& summary)
+{
+    if (parseTime(text + " UTC", summary)) {
+        return "It does not say whose clock it is: \"" + text + " UTC\" or \"" + text + " local\".";
+    }
+    if (text.starts_with(BookmarkPrefix)) {
+        std::string known;
+        for (const Bookmark& bookmark : summary.bookmarks) {
+            known += (known.empty() ? "\"" : ", \"") + fromLatin1(bookmark.text) + '"';
+        }
+        return known.empty() ? "It has no bookmarks." : "Its bookmarks: " + known + ".";
+    }
+    return std::string("Expected: ") + TimeForms + '.';
+}
+
+}  // namespace
+
 bool requireTime(const char* name, const std::string& text, const Summary& summary, std::uint64_t& time)
 {
     const std::optional<std::uint64_t> parsed = parseTime(text, summary);
     if (!parsed) {
-        complain(name, "\"" + text + "\" is not a time of this recording. Expected: " + TimeForms + ".");
+        complain(name, "\"" + text + "\" is not a time of this recording. " + likelyReason(text, summary));
         return false;
     }
     time = *parsed;

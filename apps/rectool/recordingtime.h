@@ -11,9 +11,9 @@ namespace RecTool {
 
 /// What a time is called in help texts and messages.
 constexpr const char* TimeForms =
-    "milliseconds of the recording, such as 1500; a clock time that says UTC or local, such as "
-    "\"2023-11-14 22:13:21.5 UTC\" or \"22:13:21 local\"; a bookmark by its text with milliseconds before or behind "
-    "it, such as bookmark:alarm or bookmark:alarm-500";
+    "milliseconds of the recording, such as 1500, or another unit, 90s or 1.5min; a clock time that says UTC or local, "
+    "such as \"2023-11-14 22:13:21.5 UTC\" or \"22:13:21 local\"; a bookmark by its text and how long before or behind "
+    "it, such as bookmark:alarm, bookmark:alarm-500 or bookmark:alarm+2s";
 
 /// The last moment that belongs to the recording, in milliseconds of it.
 [[nodiscard]] std::uint64_t lastMoment(const Recording2::Inspection::Summary& summary);

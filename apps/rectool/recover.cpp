@@ -18,7 +18,7 @@ using Inspection::RecoveryOutcome;
 
 namespace {
 
-void printSummary(const RecoverOptions& options, const std::string& output, const Recovery& recovery)
+void printRecoverySummary(const RecoverOptions& options, const std::string& output, const Recovery& recovery)
 {
     std::cout << oneLine(output) << ": " << counted(recovery.records, "record") << ", "
               << grouped(static_cast<std::uint64_t>(recovery.bytes)) << " bytes, from " << utc(recovery.header.startMs)
@@ -102,7 +102,7 @@ ExitCode recover(const RecoverOptions& options)
             complain(options.file, recovery.problem + " Nothing was written.");
             return ExitCode::CannotRead;
     }
-    (options.json ? printRecoveryAsJson : printSummary)(options, output, recovery);
+    (options.json ? printRecoveryAsJson : printRecoverySummary)(options, output, recovery);
     return finish(recovery.outcome == RecoveryOutcome::Whole ? ExitCode::Fine : ExitCode::Damaged);
 }
 

@@ -200,7 +200,8 @@ std::vector<std::string> lostLines(const Repair& repair)
     return lines;
 }
 
-void printSummary(const RepairOptions& options, const Repair& repair, bool sound, const NewRecordingResult& result)
+void printRepairSummary(const RepairOptions& options, const Repair& repair, bool sound,
+                        const NewRecordingResult& result)
 {
     print(options.output, result);
     if (sound) {
@@ -289,7 +290,7 @@ ExitCode repair(const RepairOptions& options)
     if (result != ExitCode::Fine) {
         return result;
     }
-    (options.json ? printRepairAsJson : printSummary)(options, repair, sound, output.result());
+    (options.json ? printRepairAsJson : printRepairSummary)(options, repair, sound, output.result());
     return finish(repair.isWhole() ? ExitCode::Fine : ExitCode::Damaged);
 }
 

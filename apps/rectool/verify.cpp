@@ -6,6 +6,7 @@
 #include "json.h"
 #include "output.h"
 #include "progress.h"
+#include "style.h"
 #include "text.h"
 
 namespace RecTool {
@@ -34,8 +35,10 @@ void print(const std::string& file, const Verification& found)
     }
     const std::size_t damage = found.count(Severity::Damage);
     const std::size_t notes = found.count(Severity::Note);
-    std::cout << printedName(file) << ": " << (damage == 0 ? "sound" : "damaged, " + countedPlainly(damage, "finding"))
-              << (notes == 0 ? "" : ", " + countedPlainly(notes, "note")) << '\n';
+    const std::string verdict = damage == 0 ? styled("sound", Style::Good)
+                                            : styled("damaged", Style::Bad) + ", " + countedPlainly(damage, "finding");
+    std::cout << printedName(file) << ": " << verdict << (notes == 0 ? "" : ", " + countedPlainly(notes, "note"))
+              << '\n';
 }
 
 Json toJson(const std::string& file, const Verification& found)

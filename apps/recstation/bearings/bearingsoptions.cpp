@@ -9,6 +9,9 @@
 
 namespace recstation {
 
+using TerminalText::acceptedIf;
+using TerminalText::inUnit;
+
 namespace {
 
 constexpr auto example = R"(
@@ -81,7 +84,7 @@ void addBearingsOptions(CLI::App& command, BearingsOptions& options)
     command.add_flag("--south", options.south, "Latitudes have no sign and are south");
     command.add_flag("--west", options.west, "Longitudes have no sign and are west");
     command.add_option("--frequency-unit", options.frequencyUnit, "Hz, kHz, MHz or GHz")
-        ->check(CLI::IsMember({"Hz", "kHz", "MHz", "GHz"}))
+        ->check(TerminalText::oneOf({"Hz", "kHz", "MHz", "GHz"}))
         ->capture_default_str();
     command
         .add_option("--heading", options.headingDeg,

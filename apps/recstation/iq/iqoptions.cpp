@@ -10,6 +10,10 @@
 
 namespace recstation {
 
+using TerminalText::acceptedIf;
+using TerminalText::inHertz;
+using TerminalText::inUnit;
+
 namespace {
 
 constexpr auto examples = R"(
@@ -29,6 +33,16 @@ bool isAverage(const std::string& text)
     return parseNumber<std::size_t>(text).value_or(largestAverage + 1) <= largestAverage;
 }
 
+// A number without a unit may be one whose unit was forgotten; the plan knows what is likely.
+CLI::Validator centreFrequency(IqOptions& options)
+{
+    return {[&options, check = inHertz(-highestCentreHz, highestCentreHz)](std::string& text) {
+                options.centreHasUnit = !TerminalText::parseInUnits(text, {{"", 1}});
+                return check(text);
+            },
+            ""};
+}
+
 }  // namespace
 
 void addIqOptions(CLI::App& command, IqOptions& options)
@@ -39,11 +53,11 @@ void addIqOptions(CLI::App& command, IqOptions& options)
         ->check(acceptedIf([](const std::string& text) { return sampleFormatByName(text).has_value(); },
                            "cu8, ci16_le or cf32_le"));
     command.add_option("--rate", options.rateHz, "samples a second, as 48k or 2.4M (default: SigMF metadata)")
-        ->transform(inHertz(std::nextafter(0.0, 1.0), highestRateHz));
+        ->transform(inHertz(std::nextafter(0.0, 1.0), highestRateHz, "more than 0 and at most 1e12"));
     command
         .add_option("--centre,--center", options.centreHz,
                     "centre frequency in Hz, as 145.5M (default: SigMF metadata)")
-        ->transform(inHertz(-highestCentreHz, highestCentreHz));
+        ->transform(centreFrequency(options));
     command
         .add_option("--start", options.start,
                     "time of the first sample, as 2026-11-21T08:30:00.25Z (default: SigMF metadata, otherwise now)")
@@ -54,7 +68,7 @@ void addIqOptions(CLI::App& command, IqOptions& options)
     command
         .add_option("--window", options.window,
                     "flattop (true levels), hann (fine resolution) or blackman-harris (in between)")
-        ->check(CLI::IsMember({"flattop", "hann", "blackman-harris"}))
+        ->check(TerminalText::oneOf({"flattop", "hann", "blackman-harris"}))
         ->capture_default_str();
     command.add_option("--overlap", options.overlapPercent, "overlap of consecutive FFTs in percent, 0 to 95")
         ->transform(inUnit({"%"}, 0, largestOverlapPercent))
@@ -67,7 +81,7 @@ void addIqOptions(CLI::App& command, IqOptions& options)
     command
         .add_option("--as", options.spectrum,
                     "rf: RF spectrum of a panorama scan; if: IF spectrum of a fixed frequency")
-        ->check(CLI::IsMember({"rf", "if"}))
+        ->check(TerminalText::oneOf({"rf", "if"}))
         ->capture_default_str();
 }
 

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
+#include <string>
 
 #include <QDateTime>
 #include <QFileInfo>
 
 #include "input/isotime.h"
+#include "input/usageerror.h"
 #include "iq/sigmf.h"
 
 namespace recstation {
@@ -17,6 +19,12 @@ namespace {
 [[noreturn]] void failPlan(const std::string& sentence)
 {
     throw std::runtime_error("iq: " + sentence);
+}
+
+/// About something that only an option can mend.
+[[noreturn]] void failUsage(const std::string& sentence)
+{
+    throw UsageError("iq: " + sentence);
 }
 
 /// The samples and, where there is one, the metadata file beside them. Either of the two may be named.
@@ -72,8 +80,8 @@ SampleFormat chooseFormat(const IqOptions& options, const Files& files, const Si
         return *format;
     }
     if (name.empty()) {
-        failPlan("the format of the samples in " + files.samples.toStdString() +
-                 " is not known: " + remedy("--format cu8, ci16_le or cf32_le", files, "core:datatype"));
+        failUsage("the format of the samples in " + files.samples.toStdString() +
+                  " is not known: " + remedy("--format cu8, ci16_le or cf32_le", files, "core:datatype"));
     }
     failPlan("the sample format \"" + name + "\" is not supported, only cu8, ci16_le and cf32_le are");
 }
@@ -82,7 +90,7 @@ double chooseRate(const IqOptions& options, const Files& files, const SigMfMetad
 {
     const auto rate = options.rateHz ? options.rateHz : metadata.rateHz;
     if (!rate) {
-        failPlan("the sample rate is not known: " + remedy("--rate", files, "core:sample_rate"));
+        failUsage("the sample rate is not known: " + remedy("--rate", files, "core:sample_rate"));
     }
     if (!(*rate > 0 && *rate <= highestRateHz)) {
         failPlan("the sample rate must be above 0 and at most 1e12 samples a second");
@@ -94,12 +102,23 @@ double chooseCentre(const IqOptions& options, const Files& files, const SigMfMet
 {
     const auto centre = options.centreHz ? options.centreHz : metadata.centreHz;
     if (!centre) {
-        failPlan("the centre frequency is not known: " + remedy("--centre", files, "core:frequency"));
+        failUsage("the centre frequency is not known: " + remedy("--centre", files, "core:frequency"));
     }
     if (!(std::abs(*centre) <= highestCentreHz)) {
         failPlan("the centre frequency must be a number of Hz up to 1e15");
     }
     return *centre;
+}
+
+/// "--centre 1090" is more likely a forgotten M than a band that lies half below 0 Hz.
+void checkUnitOfCentre(const IqOptions& options, const IqPlan& plan)
+{
+    if (options.centreHz && !options.centreHasUnit && *options.centreHz != 0 &&
+        std::abs(*options.centreHz) < plan.rateHz / 2) {
+        const std::string number = QString::number(*options.centreHz, 'g', 12).toStdString();
+        failUsage("--centre " + number + " is in Hz, and puts half of the band below 0 Hz: say " + number +
+                  "M for MHz, or " + number + "Hz if this is meant");
+    }
 }
 
 unsigned long long chooseStart(const IqOptions& options, const SigMfMetadata& metadata)
@@ -167,6 +186,7 @@ IqPlan makeIqPlan(const IqOptions& options)
     plan.format = chooseFormat(options, files, metadata);
     plan.rateHz = chooseRate(options, files, metadata);
     plan.centreHz = chooseCentre(options, files, metadata);
+    checkUnitOfCentre(options, plan);
     plan.startTime = chooseStart(options, metadata);
     planSpectra(options, plan);
     return plan;

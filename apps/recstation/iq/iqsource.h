@@ -23,6 +23,7 @@ struct IqOptions {
     std::string format;              ///< cu8, ci16_le or cf32_le; empty: by metadata or the file's suffix
     std::optional<double> rateHz;    ///< samples a second
     std::optional<double> centreHz;  ///< frequency of 0 Hz in the samples
+    bool centreHasUnit = false;      ///< it was given as 1090M or 1090 Hz, not as 1090
     std::string start;               ///< ISO 8601 time of the first sample; empty: by metadata, otherwise now
     std::size_t fftSize = 1024;      ///< channels of a spectrum, even, 16 to 1,048,576
     std::string window = "flattop";  ///< flattop, hann or blackman-harris

@@ -7,6 +7,8 @@
 
 namespace recstation {
 
+using TerminalText::acceptedIf;
+
 namespace {
 
 constexpr auto example = R"(

@@ -28,7 +28,7 @@ void addSweepOptions(CLI::App& command, SweepOptions& options)
     command
         .add_option("--bin-frequency", options.binFrequency,
                     "centre or lower: a value's channel is the middle or the lower edge of its bin")
-        ->check(CLI::IsMember({"centre", "lower"}))
+        ->check(TerminalText::oneOf({"centre", "lower"}))
         ->capture_default_str();
     command.add_flag("--strict", options.strict, "The first bad line ends the run");
 }

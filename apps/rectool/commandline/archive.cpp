@@ -1,4 +1,6 @@
 // Verbs of the archive.
+#include <terminaltext/optionvalues.h>
+
 #include "../archive.h"
 #include "verb.h"
 
@@ -22,7 +24,7 @@ void addGroups(CLI::App& archive, Action& action)
     verb.app()
         .add_option("--limit", verb.options().limit, "Only the newest so many")
         ->type_name("NUMBER")
-        ->check(CLI::PositiveNumber);
+        ->transform(TerminalText::wholeNumber(1, 1e9));
     verb.addJson();
     verb.addExamples({"archive groups", "archive groups --limit 20 --json"}, Results);
 }

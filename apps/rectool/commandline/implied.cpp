@@ -1,11 +1,10 @@
 #include "implied.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <filesystem>
-#include <numeric>
-#include <string_view>
 #include <system_error>
+
+#include <terminaltext/nearestword.h>
 
 #include "../archivedfiles.h"
 #include "../system/filenames.h"
@@ -23,41 +22,56 @@ const CLI::App* findVerb(const CLI::App& app, const std::string& name)
     return found == verbs.end() ? nullptr : *found;
 }
 
-/// How many letters must be added, left out, replaced or swapped with their neighbour to make one word the other.
-std::size_t distance(std::string_view a, std::string_view b)
+std::vector<std::string> verbNames(const CLI::App& app)
 {
-    std::vector<std::size_t> beforeLast;
-    std::vector<std::size_t> last(b.size() + 1);
-    std::iota(last.begin(), last.end(), std::size_t{0});
-    for (std::size_t i = 1; i <= a.size(); ++i) {
-        std::vector<std::size_t> line{i};
-        for (std::size_t j = 1; j <= b.size(); ++j) {
-            std::size_t least =
-                std::min({last[j] + 1, line[j - 1] + 1, last[j - 1] + (a[i - 1] == b[j - 1] ? 0U : 1U)});
-            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
-                least = std::min(least, beforeLast[j - 2] + 1);
-            }
-            line.push_back(least);
-        }
-        beforeLast = std::move(last);
-        last = std::move(line);
+    std::vector<std::string> names;
+    for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(verb->get_name());
     }
-    return last.back();
+    return names;
 }
 
-/// Empty where none is near.
-std::string nearestVerb(const CLI::App& app, const std::string& word)
+/// Without the program's name: "plot level".
+std::string callOf(const CLI::App& verb)
 {
-    std::string nearest;
-    std::size_t least = std::max<std::size_t>(2, word.size() / 3) + 1;
-    for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; })) {
-        const std::size_t apart = distance(word, verb->get_name());
-        if (apart < least) {
-            least = apart;
-            nearest = verb->get_name();
+    const CLI::App* parent = verb.get_parent();
+    const bool isOuter = parent == nullptr || parent->get_parent() == nullptr;
+    return isOuter ? verb.get_name() : callOf(*parent) + ' ' + verb.get_name();
+}
+
+/// "plot needs to know what: spectrum, level or bearings"
+std::string needsToKnowWhat(const CLI::App& verb)
+{
+    std::string list;
+    const std::vector<std::string> names = verbNames(verb);
+    for (const std::string& name : names) {
+        list += (list.empty() ? "" : &name == &names.back() ? " or " : ", ") + name;
+    }
+    return verb.get_name() + " needs to know what: " + list;
+}
+
+/// The innermost verb that was given, or the program.
+const CLI::App& verbOf(const CLI::App& app)
+{
+    const CLI::App* verb = &app;
+    while (!verb->get_subcommands().empty()) {
+        verb = verb->get_subcommands().front();
+    }
+    return *verb;
+}
+
+std::string unknownOption(const CLI::App& verb, const std::string& argument)
+{
+    const std::string name = argument.substr(0, argument.find('='));
+    std::vector<std::string> known;
+    for (const CLI::Option* option : verb.get_options()) {
+        for (const std::string& own : option->get_lnames()) {
+            known.push_back("--" + own);
         }
     }
-    return nearest;
+    const auto nearest = TerminalText::nearestWord(name, known);
+    return (verb.get_parent() == nullptr ? "there" : callOf(verb) + ": there") + " is no option " + oneLine(name) +
+           (nearest ? ": did you mean " + *nearest + "?" : "");
 }
 
 bool isFile(const std::string& name)
@@ -98,11 +112,42 @@ std::string unknownVerb(const CLI::App& app, const std::vector<std::string>& arg
         const bool hasVerbs = verb->get_require_subcommand_min() > 0;
         return hasVerbs ? unknownVerb(*verb, {arguments.begin() + 1, arguments.end()}) : "";
     }
-    const std::string nearest = nearestVerb(app, word);
-    const std::string ask = "rectool" + (app.get_parent() == nullptr ? "" : ' ' + app.get_name()) + " --help";
-    return "There is no verb \"" + oneLine(word) + "\"" +
-           (nearest.empty() ? ", nor such a file; " + ask + " lists the verbs."
-                            : ". Did you mean \"" + nearest + "\"?");
+    const bool isTop = app.get_parent() == nullptr;
+    if (!isTop && isFile(word)) {
+        return needsToKnowWhat(app) + ", and the file behind it";
+    }
+    const std::string problem = "there is no " + (isTop ? "" : app.get_name() + ' ') + "verb \"" + oneLine(word) + '"';
+    if (const auto nearest = TerminalText::nearestWord(word, verbNames(app))) {
+        return problem + ": did you mean " + *nearest + "?";
+    }
+    return problem + (isTop ? ", nor such a file" : ": " + needsToKnowWhat(app));
+}
+
+std::string whatIsWrong(const CLI::App& app, const CLI::ParseError& error)
+{
+    const CLI::App& verb = verbOf(app);
+    if (const std::vector<std::string> rest = app.remaining(true); !rest.empty()) {
+        const auto option = std::find_if(rest.begin(), rest.end(), isOption);
+        return option != rest.end() ? unknownOption(verb, *option)
+                                    : callOf(verb) + ": \"" + oneLine(rest.front()) + "\" is one word too many";
+    }
+    if (verb.get_require_subcommand_min() > 0 && verb.get_subcommands().empty()) {
+        return verb.get_parent() == nullptr ? "a verb is missing" : needsToKnowWhat(verb);
+    }
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
+        for (const CLI::Option* option : verb.get_options()) {
+            if (option->get_required() && option->count() == 0) {
+                return callOf(verb) + " needs " + option->get_name();
+            }
+        }
+    }
+    return oneLine(error.what());
+}
+
+std::string whereHelpIs(const CLI::App& app)
+{
+    const CLI::App& verb = verbOf(app);
+    return app.get_name() + (&verb == &app ? "" : ' ' + callOf(verb)) + " --help tells more.";
 }
 
 }  // namespace RecTool::CommandLine

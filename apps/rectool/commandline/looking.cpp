@@ -1,6 +1,8 @@
 // Verbs that show what is in recordings.
 #include <string>
 
+#include <terminaltext/optionvalues.h>
+
 #include "../listing.h"
 #include "../moment.h"
 #include "verb.h"
@@ -35,7 +37,7 @@ void addInfo(CLI::App& app, Action& action)
         ->check(notEmpty());
     verb.app()
         .add_option("--sort", options.sort, "By this column (default: start)")
-        ->check(CLI::IsMember({"start", "length", "device", "records", "spectra", "size", "file"}));
+        ->check(TerminalText::oneOf({"start", "length", "device", "records", "spectra", "size", "file"}));
     verb.app().add_flag("--reverse", options.reverse, "The last one first");
     verb.addJson();
     verb.addExamples({"info recording.rec", "info recording.rec --levels", "info --json *.rec", "info .",
@@ -53,13 +55,23 @@ void addTypes(CLI::App& app, Action& action)
 
 void addCat(CLI::App& app, Action& action)
 {
-    Verb<CatOptions> verb(app, "cat", "Show the records, one a line: time in milliseconds, keyword, value", cat,
-                          action);
+    Verb<CatOptions> verb(app, "cat", "Show the records, one a line: time, keyword, value", cat, action);
     verb.addSpan("Begin at this time", "End at this time, which is shown too");
     verb.addTypes("Only this keyword or type number; may be given several times");
+    CLI::Option* time =
+        verb.app()
+            .add_option("--time", verb.options().time,
+                        "Times as milliseconds of the recording (offset), or as the clock showed them in UTC (utc) or "
+                        "here (local)")
+            ->check(TerminalText::oneOf({"offset", "utc", "local"}))
+            ->capture_default_str();
     verb.addJson("Print one JSON object a line");
+    verb.app().get_option("--json")->excludes(time);  // it has timeMs
+    verb.app()
+        .add_flag("--csv", verb.options().csv, "Print plain values as CSV; maps have no line there")
+        ->excludes(verb.app().get_option("--json"));
     verb.addExamples({"cat recording.rec", "cat recording.rec --from 60000 --to 65000 --type LEVEL --type FREQUENCY",
-                      "cat --json recording.rec"});
+                      "cat recording.rec --time utc --csv --type LEVEL", "cat --json recording.rec"});
 }
 
 void addState(CLI::App& app, Action& action)

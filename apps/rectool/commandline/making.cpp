@@ -1,4 +1,7 @@
 // Verbs that make a recording of others.
+#include <terminaltext/optionvalues.h>
+
+#include "../units.h"
 #include "verb.h"
 
 namespace RecTool::CommandLine {
@@ -34,12 +37,17 @@ void addMerge(CLI::App& app, Action& action)
 
 void addPeriod(CLI::App& app, std::uint64_t& periodMs)
 {
-    constexpr std::uint64_t LongestPeriodMs = 86'400'000;
+    constexpr double LongestPeriodMs = 86'400'000;
+    const auto inMilliseconds = [](const std::string& text) {
+        const auto ms = parseMilliseconds(text);
+        return ms ? std::optional(static_cast<double>(*ms)) : std::nullopt;
+    };
     app.add_option("--period", periodMs,
-                   "Milliseconds from record to record where no later time is known (default: evenly to the end of "
-                   "the recording)")
-        ->type_name("MS")
-        ->check(CLI::Range(std::uint64_t{1}, LongestPeriodMs));
+                   "From record to record where no later time is known, in milliseconds or as 0.5s (default: evenly to "
+                   "the end of the recording)")
+        ->type_name("DURATION")
+        ->transform(TerminalText::withUnit(inMilliseconds, "a time such as 20, 20ms or 0.5s", 1, LongestPeriodMs,
+                                           "1ms to 24h"));
 }
 
 void addRecover(CLI::App& app, Action& action)
@@ -49,7 +57,7 @@ void addRecover(CLI::App& app, Action& action)
     verb.addOutput("FILE", "The new recording (default: NAME.rec beside NAME.tmp, or NAME_recovered.rec)");
     addPeriod(verb.app(), verb.options().periodMs);
     verb.addJson("Print a summary as JSON");
-    verb.addExamples({"recover receiver.tmp", "recover receiver.tmp -o saved.rec --period 20 --json"},
+    verb.addExamples({"recover receiver.tmp", "recover receiver.tmp -o saved.rec --period 20ms --json"},
                      "Reads NAME.tmp.journal too. Neither file is changed.\n"
                      "Exit code 0: every record is there; 3: something was lost; 2: nothing could be saved.");
 }
@@ -60,7 +68,7 @@ void addRepair(CLI::App& app, Action& action)
                              action);
     addNewRecording(verb);
     addPeriod(verb.app(), verb.options().periodMs);
-    verb.addExamples({"repair damaged.rec -o repaired.rec", "repair cut.rec -o repaired.rec --period 20 --json"},
+    verb.addExamples({"repair damaged.rec -o repaired.rec", "repair cut.rec -o repaired.rec --period 20ms --json"},
                      "Exit code 0: nothing was lost; 3: something was lost; 2: nothing could be saved.");
 }
 
@@ -69,11 +77,11 @@ void addSelfCheck(CLI::App& app, Action& action)
     Verb<SelfCheckOptions> verb(app, "selfcheck", "Record on a disk, let go wrong what can, and see what is lost",
                                 selfCheck, action);
     SelfCheckOptions& options = verb.options();
-    constexpr std::uint64_t MostRuns = 100'000;
+    constexpr double MostRuns = 100'000;
     verb.app()
         .add_option("--runs", options.runs, "How many recordings to kill")
         ->capture_default_str()
-        ->check(CLI::Range(std::uint64_t{1}, MostRuns));
+        ->transform(TerminalText::wholeNumber(1, MostRuns));
     verb.app().add_flag("--keep", options.keep, "Keep the folder, with what is left of runs that went wrong");
     verb.addJson();
     verb.app().add_flag("--child", options.child)->group("");  // how it starts itself

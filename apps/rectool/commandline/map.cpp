@@ -1,6 +1,7 @@
 // The verb map, as a table and on the earth.
-#include <map>
 #include <string>
+
+#include <terminaltext/optionvalues.h>
 
 #include "verb.h"
 
@@ -8,42 +9,38 @@ namespace RecTool::CommandLine {
 
 namespace {
 
-/// Unlike the parser's own check, refuses "nan".
-CLI::Validator within(double least, double most)
+CLI::Validator inKilometres(double lowest, double highest)
 {
-    const std::string range = "[" + CLI::detail::to_string(least) + " - " + CLI::detail::to_string(most) + "]";
-    return {[=](const std::string& text) {
-                double value = 0;
-                const bool fits = CLI::detail::lexical_cast(text, value) && value >= least && value <= most;
-                return fits ? std::string() : "expected a number in " + range + ", found " + text;
-            },
-            ""};
+    return TerminalText::withUnit(
+        [](const std::string& text) {
+            return TerminalText::parseInUnits(text, {{"", 1}, {"km", 1}, {"m", 1e-3}});
+        },
+        "a length such as 5, 5km or 500m", lowest, highest, "1m to 20000km");
 }
 
 void addGeoJson(Verb<MapOptions>& verb)
 {
     CLI::App& app = verb.app();
     MapOptions& options = verb.options();
-    const std::map<std::string, double> units = {{"s", 1}, {"min", 60}, {"h", 3600}};
     CLI::Option* geoJson = app.add_flag(
         "--geojson", options.geoJson, "Print every bearing of the span as a line on the earth, and fixes, as GeoJSON");
     geoJson->excludes(app.get_option("--json"));
     verb.addOutput("FILE", "With --geojson: write to this file")->needs(geoJson);
-    app.add_option("--length", options.lengthKm,
-                   "With --geojson: kilometres of the lines (default: beyond the fixes, or 10)")
+    app.add_option(
+           "--length", options.lengthKm,
+           "With --geojson: how long the lines are, in kilometres or as 500m (default: beyond the fixes, or 10)")
         ->type_name("KM")
-        ->check(within(0.001, 20'000))
+        ->transform(inKilometres(0.001, 20'000))
         ->needs(geoJson);
     app.add_option("--sigma", options.sigmaDeg, "With --geojson: standard deviation of a bearing in degrees")
         ->type_name("DEG")
-        ->check(within(0.001, 45))
+        ->transform(TerminalText::inUnit({"deg", "°"}, 0.001, 45))
         ->capture_default_str()
         ->needs(geoJson);
     app.add_option("--window", options.windowSeconds,
                    "With --geojson: bearings of one fix come within this time, such as 30s, 10min, 2h (default: 10min)")
         ->type_name("DURATION")
-        ->transform(CLI::AsNumberWithUnit(units, CLI::AsNumberWithUnit::CASE_INSENSITIVE))
-        ->check(within(0.001, 1e9))
+        ->transform(TerminalText::inSeconds(0.001, 1e9))
         ->needs(geoJson);
 }
 

@@ -1,4 +1,6 @@
 // Verbs that draw.
+#include <terminaltext/optionvalues.h>
+
 #include "../plot/plot.h"
 #include "verb.h"
 
@@ -17,11 +19,12 @@ void addPicture(Verb<Options>& verb)
     verb.addSpan("Begin at this time", "End at this time");
     verb.app()
         .add_option("--width", options.width, "Width in pixels")
-        ->check(CLI::Range(Smallest, Largest))
+        ->transform(TerminalText::wholeNumber(Smallest, Largest, "px"))
         ->capture_default_str();
     verb.app()
-        .add_option("--height", options.height, "Height in pixels")
-        ->check(CLI::Range(Smallest, Largest))
+        .add_option("--height", options.height, "Height in pixels; without it more where many panels need it")
+        ->each([&options](const std::string& /*height*/) { options.heightIsAsked = true; })
+        ->transform(TerminalText::wholeNumber(Smallest, Largest, "px"))
         ->capture_default_str();
     verb.addJson("Print what was drawn as one JSON document");
 }

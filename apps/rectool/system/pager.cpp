@@ -3,6 +3,7 @@
 
 #include <iostream>
 
+#include "../output.h"
 #include "terminal.h"
 
 #if !defined(_WIN32)
@@ -85,6 +86,8 @@ Pager::Pager(bool wanted)
         if (errorsGoToTerminal()) {  // or the two would write over each other
             static_cast<void>(dup2(ends[1], STDERR_FILENO));
         }
+        letReaderLeave();
+        static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
         static_cast<void>(std::signal(SIGINT, SIG_IGN));  // it is for the pager, whose end ends the writing
     }
     close(ends[0]);

@@ -172,6 +172,19 @@ TEST_F(Plan, NumbersOutOfRangeAreReported)
     check([](IqOptions& o) { o.spectrum = "af"; }, "rf or if");
 }
 
+TEST_F(Plan, ACentreWithoutAUnitThatIsTooLowIsAskedAbout)
+{
+    m_options.centreHz = 1090;
+    EXPECT_THAT(problem(), AllOf(HasSubstr("--centre 1090 is in Hz"), HasSubstr("say 1090M"), HasSubstr("1090Hz")));
+    m_options.centreHasUnit = true;
+    EXPECT_EQ(problem(), "no problem");
+    m_options.centreHasUnit = false;
+    for (const double legal : {0.0, 1e6, 1090e6, -1e9}) {
+        m_options.centreHz = legal;
+        EXPECT_EQ(problem(), "no problem") << legal;
+    }
+}
+
 TEST_F(Plan, TheOverlapSetsTheAdvance)
 {
     m_options.overlapPercent = 50;

@@ -283,6 +283,18 @@ TEST_F(IqSource, TheCommandLineFillsTheOptions)
     EXPECT_EQ(options.start, "2026-11-21T08:30:00Z");
 }
 
+TEST_F(IqSource, TheCommandLineTellsWhetherTheCentreHasAUnit)
+{
+    for (const auto& [text, hasUnit] :
+         {std::pair("1090", false), {"1.09e9", false}, {"1090M", true}, {"1090hz", true}}) {
+        CLI::App command;
+        IqOptions options;
+        recstation::addIqOptions(command, options);
+        command.parse(std::string("- --centre ") + text);
+        EXPECT_EQ(options.centreHasUnit, hasUnit) << text;
+    }
+}
+
 TEST_F(IqSource, WhatTheCommandLineLeavesOutIsLeftToTheMetadata)
 {
     CLI::App command;
