@@ -176,7 +176,7 @@ void CFileAccess::clearChannelRangeDef()
     if (OutputFile* output = OpenForUpdate()) {
         CHeaderData header;  // another object may have stored a table meanwhile; one that cannot be read tells nothing
         d->shared->input->cursor.invalidate();
-        static_cast<void>(d->readHeader(header));
+        static_cast<void>(read(header));
         output->seekToEnd();
         const std::int64_t end = output->position();
         const std::int64_t bound =
