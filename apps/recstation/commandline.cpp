@@ -99,7 +99,9 @@ CLI::App* addFeed(CLI::App& app, FeedOptions& options)
 {
     CLI::App* feed = app.add_subcommand("feed", "Changes as JSON Lines from a file or another program");
     feed->footer(feedExamples);
-    feed->add_option("FILE", options.file, "File to read; - is the standard input")->capture_default_str();
+    feed->add_option("FILE", options.file, "File to read; - is the standard input")
+        ->check(noRecording())
+        ->capture_default_str();
     addTimeOption(*feed, "Recorded time of \"at\": 0 (default: the current time)",
                   [&options](unsigned long long time) { options.startTime = time; });
     feed->add_flag("--strict", options.strict, "The first bad line ends the run");

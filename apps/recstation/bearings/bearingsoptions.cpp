@@ -67,7 +67,7 @@ void addColumns(CLI::App& command, BearingsOptions& options)
 void addBearingsOptions(CLI::App& command, BearingsOptions& options)
 {
     command.footer(example);
-    command.add_option("FILE", options.file, "Log as CSV; - is the standard input")->required();
+    command.add_option("FILE", options.file, "Log as CSV; - is the standard input")->required()->check(noRecording());
     command.add_option("--separator", options.separator, "A character, tab or auto (one of ; , and tab)")
         ->check(acceptedIf(isSeparator, "one character, tab or auto"))
         ->capture_default_str();

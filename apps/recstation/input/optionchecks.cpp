@@ -1,11 +1,22 @@
 #include "input/optionchecks.h"
 
+#include <string>
+
 #include "input/isotime.h"
 #include "input/logtime.h"
 
 namespace recstation {
 
 using TerminalText::acceptedIf;
+
+CLI::Validator noRecording()
+{
+    return {[](const std::string& file) {
+                const bool isRecording = file.ends_with(".rec");
+                return isRecording ? file + " is a recording; rectool shows it" : std::string();
+            },
+            ""};
+}
 
 CLI::Validator anUtcOffset()
 {

@@ -7,6 +7,8 @@
 
 namespace recstation {
 
+/// For the FILE of a source: a recording is none, whatever the source would make of its bytes.
+[[nodiscard]] CLI::Validator noRecording();
 /// "an offset such as -05:00", for --utc-offset.
 [[nodiscard]] CLI::Validator anUtcOffset();
 /// "a time such as ...", for --start.

@@ -48,7 +48,9 @@ CLI::Validator centreFrequency(IqOptions& options)
 void addIqOptions(CLI::App& command, IqOptions& options)
 {
     command.footer(examples);
-    command.add_option("FILE", options.file, "IQ samples, I and Q interleaved; - reads standard input")->required();
+    command.add_option("FILE", options.file, "IQ samples, I and Q interleaved; - reads standard input")
+        ->required()
+        ->check(noRecording());
     command.add_option("--format", options.format, "cu8, ci16_le or cf32_le (default: SigMF metadata or suffix)")
         ->check(acceptedIf([](const std::string& text) { return sampleFormatByName(text).has_value(); },
                            "cu8, ci16_le or cf32_le"));

@@ -25,7 +25,9 @@ Examples:
 void addNmeaOptions(CLI::App& command, NmeaOptions& options)
 {
     command.footer(example);
-    command.add_option("FILE", options.file, "NMEA 0183 sentences; - is the standard input")->required();
+    command.add_option("FILE", options.file, "NMEA 0183 sentences; - is the standard input")
+        ->required()
+        ->check(noRecording());
     command.add_option("--date", options.date, "Day of the first time, as 2026-11-21; the dates in RMC do not count")
         ->type_name("DATE")
         ->check(acceptedIf(

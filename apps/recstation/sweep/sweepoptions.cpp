@@ -21,7 +21,7 @@ Examples:
 void addSweepOptions(CLI::App& command, SweepOptions& options)
 {
     command.footer(example);
-    command.add_option("FILE", options.file, "Rows as CSV; - is the standard input")->required();
+    command.add_option("FILE", options.file, "Rows as CSV; - is the standard input")->required()->check(noRecording());
     command.add_option("--utc-offset", options.utcOffset, "How far the rows' times are ahead of UTC, as -05:00")
         ->check(anUtcOffset())
         ->capture_default_str();

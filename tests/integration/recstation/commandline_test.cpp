@@ -52,6 +52,58 @@ TEST(CommandLine, TheJournalIsChosenUnlessAConfigurationDoesIt)
     EXPECT_EQ(refused({"--journal", "off", "--config", "station.toml"}), ExitCode::Usage);
 }
 
+TEST(CommandLine, EveryOptionRefusesAWrongValue)
+{
+    const std::vector<std::vector<std::string>> wrong = {
+        {"-o", ""},
+        {"--config", ""},
+        {"--plugin", ""},
+        {"--speed", "fast"},
+        {"--archive-wait", "soon"},
+        {"--split-on-gap=x"},
+        {"sim", "--seed", "-1"},
+        {"sim", "--duration", "x"},
+        {"sim", "--start", "1969-12-31T00:00:00Z"},
+        {"feed", "--start", "noon"},
+        {"sweep", "x", "--utc-offset", "5"},
+        {"sweep", "x", "--bin-frequency", "upper"},
+        {"nmea", "x", "--date", "21.11.2026"},
+        {"bearings", "x", "--separator", "ab"},
+        {"bearings", "x", "--date-format", "xx"},
+        {"bearings", "x", "--utc-offset", "x"},
+        {"bearings", "x", "--frequency-unit", "kilohertz"},
+        {"bearings", "x", "--heading", "400"},
+    };
+    for (const std::vector<std::string>& arguments : wrong) {
+        EXPECT_EQ(refused(arguments), ExitCode::Usage) << testing::PrintToString(arguments);
+    }
+}
+
+#if defined(RECSTATION_HAS_IQ)
+TEST(CommandLine, EveryOptionOfIqRefusesAWrongValue)
+{
+    for (const auto& [option, value] : {std::pair("--rate", "0"),
+                                        {"--centre", "x"},
+                                        {"--fft", "15"},
+                                        {"--window", "x"},
+                                        {"--overlap", "99"},
+                                        {"--average", "-1"},
+                                        {"--as", "af"},
+                                        {"--format", "wav"},
+                                        {"--start", "noon"}}) {
+        EXPECT_EQ(refused({"iq", "x", option, value}), ExitCode::Usage) << option;
+    }
+    EXPECT_EQ(refused({"iq", "night.rec"}), ExitCode::Usage);
+}
+#endif
+
+TEST(CommandLine, ARecordingIsNoSource)
+{
+    for (const char* source : {"feed", "sweep", "nmea", "bearings"}) {
+        EXPECT_EQ(refused({source, "night.rec"}), ExitCode::Usage) << source;
+    }
+}
+
 TEST(CommandLine, UnfinishedRecordingsAreRecoveredUnlessTheyAreToBeLeft)
 {
     EXPECT_TRUE(parse({}).recover);
