@@ -44,9 +44,9 @@ if(RECORDING2_COVERAGE)
 endif()
 
 # recording2_command_line_sources(SOURCE...): what runs once and includes the command line library, whose templates take
-# long to optimise.
+# long to optimise. Not without any optimisation: inline functions that others use, too, may be linked from them.
 function(recording2_command_line_sources)
   set_source_files_properties(
-    ${ARGN} PROPERTIES COMPILE_OPTIONS "$<$<CONFIG:Release>:-O0>" SKIP_PRECOMPILE_HEADERS ON
+    ${ARGN} PROPERTIES COMPILE_OPTIONS "$<$<CONFIG:Release>:-O1>" SKIP_PRECOMPILE_HEADERS ON
   )
 endfunction()
