@@ -39,8 +39,9 @@ void look(const std::string& path)
 
 void showValues(const std::string& path)
 {
+    tolerating([&] { return RecTool::cat({path, "", "", {}, "local", true, false}); });
     for (const bool json : {false, true}) {
-        tolerating([&] { return RecTool::cat({path, "", "", {}, json}); });
+        tolerating([&] { return RecTool::cat({path, "", "", {}, json ? "offset" : "utc", false, json}); });
         tolerating([&] { return RecTool::state({path, "15", json}); });
         tolerating([&] { return RecTool::diff({path, "10", "1000", true, json}); });
         RecTool::MapOptions map;

@@ -3,6 +3,7 @@
 #include <string>
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 
@@ -209,6 +210,24 @@ protected:
         return lines;
     }
     void sendSpectra(int count) { send(spectra(count)); }
+    /// A receiver goes on: what is cut before anybody looked is seen by the hole that the next ones leave.
+    /// @return how many it took until the message came
+    int sendSpectraUntil(const QByteArray& message)
+    {
+        constexpr int lookMs = 50;
+        m_process.setReadChannel(QProcess::StandardError);
+        QByteArray messages;
+        QElapsedTimer patience;
+        patience.start();
+        int sent = 0;
+        for (; !messages.contains(message) && patience.elapsed() < patienceMs; ++sent) {
+            post(spectra(1));
+            m_process.waitForReadyRead(lookMs);
+            messages += m_process.readAllStandardError();
+        }
+        EXPECT_TRUE(messages.contains(message)) << messages.toStdString();
+        return sent;
+    }
     [[nodiscard]] QString temporary() const { return path(files("*.tmp").value(0)); }
     Result end()
     {
@@ -290,7 +309,7 @@ TEST_F(LiveTest, ARecordingThatIsCutKeepsWhatIsWholeAndTheLossIsCounted)
     begin();
     sendSpectra(120);
     ASSERT_TRUE(QFile::resize(temporary(), 100'000));
-    waitForMessage(m_process, "was cut while it was recorded");
+    const int more = sendSpectraUntil("was cut while it was recorded");
     sendSpectra(2);
     const Result result = end();
     EXPECT_EQ(result.exitCode, 3);
@@ -302,7 +321,8 @@ TEST_F(LiveTest, ARecordingThatIsCutKeepsWhatIsWholeAndTheLossIsCounted)
     }
     EXPECT_GT(recorded[0].at("records"), 8U);
     EXPECT_LT(recorded[0].at("records"), 121U);
-    EXPECT_EQ(recorded[1].at("records"), 3U);
+    EXPECT_GE(recorded[1].at("records"), 3U);
+    EXPECT_LE(recorded[1].at("records"), 3U + static_cast<unsigned>(more));
 }
 
 class JournalCutTest : public LiveTest, public testing::WithParamInterface<qint64> {};
