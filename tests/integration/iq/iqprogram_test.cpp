@@ -200,7 +200,7 @@ TEST_F(IqProgram, AnInputWithoutSamplesMakesNoRecording)
 TEST_F(IqProgram, WhatIsNotKnownOfTheSamplesIsAskedFor)
 {
     record({"-", "--centre", "100e6", "--format", "cu8"});
-    EXPECT_EQ(m_exitCode, 2);
+    EXPECT_EQ(m_exitCode, 1);
     EXPECT_TRUE(m_messages.contains("--rate")) << m_messages.toStdString();
 }
 

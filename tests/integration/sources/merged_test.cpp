@@ -153,7 +153,7 @@ TEST_F(Merged, TwoSourcesOfOneSpectrumAreRefused)
 {
     const QString csv = write("night.csv", "2026-11-21, 08:00:00, 0, 4, 1, 1, -1, -2, -3, -4\n");
     const Result result = run({QStringLiteral("sim"), QStringLiteral("sweep"), csv});
-    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.summary.at("failure").get<std::string>(), HasSubstr("sim and sweep both show the spectrum"));
 }
 
@@ -161,7 +161,7 @@ TEST_F(Merged, TheStandardInputHasOneReader)
 {
     const Result result =
         run({QStringLiteral("nmea"), QStringLiteral("-"), QStringLiteral("sweep"), QStringLiteral("-")});
-    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.summary.at("failure").get<std::string>(),
                 HasSubstr("sweep and nmea cannot both read the standard input"));
 }
