@@ -14,8 +14,8 @@ namespace {
 using Recording2::CFileAccess;
 using Recording2::CVTCmdData;
 
-constexpr std::int64_t FileBytes = std::int64_t{128} << 20U;
-constexpr std::int64_t HeadBytes = 26;
+constexpr std::int64_t ReadBytes = std::int64_t{128} << 20U;
+constexpr std::int64_t RecordHead = 26;
 
 /// A recording that is there while this exists.
 class Recording {
@@ -44,7 +44,7 @@ private:
 
 void passOver(benchmark::State& state)
 {
-    const std::int64_t records = FileBytes / (state.range(0) + HeadBytes);
+    const std::int64_t records = ReadBytes / (state.range(0) + RecordHead);
     const Recording recording(records, state.range(0));
     for (auto round : state) {
         static_cast<void>(round);
@@ -57,7 +57,7 @@ void passOver(benchmark::State& state)
 /// All records in order, from opening on or of a file that is open.
 void readAll(benchmark::State& state)
 {
-    const std::int64_t records = FileBytes / (state.range(0) + HeadBytes);
+    const std::int64_t records = ReadBytes / (state.range(0) + RecordHead);
     const Recording recording(records, state.range(0));
     const std::unique_ptr<CFileAccess> file = recording.open();
     CVTCmdData record;
@@ -92,7 +92,7 @@ void open(benchmark::State& state)
 
 void readAtRandomTime(benchmark::State& state)
 {
-    const std::int64_t records = FileBytes / (state.range(0) + HeadBytes);
+    const std::int64_t records = ReadBytes / (state.range(0) + RecordHead);
     const Recording recording(records, state.range(0));
     const std::unique_ptr<CFileAccess> file = recording.open();
     std::mt19937_64 random(1);  // NOLINT(cert-msc51-cpp): the same times in every run

@@ -144,7 +144,7 @@ std::string why(const FileInfo& file)
     return orDash(text);
 }
 
-Json toJson(const FileInfo& file)
+Json archiveJson(const FileInfo& file)
 {
     Json json = {{"address", file.address().toStdString()},
                  {"name", file.name.toStdString()},
@@ -165,7 +165,7 @@ Json toJson(const FileInfo& file)
     return json;
 }
 
-Json toJson(const GroupInfo& group)
+Json archiveJson(const GroupInfo& group)
 {
     return {{"group", group.data.guid.toStdString()},
             {"state", nameOf(group.state)},
@@ -185,7 +185,7 @@ Json toJson(const GroupInfo& group)
             {"failed", group.failed}};
 }
 
-Json toJson(const Zelvo::StationInfo& station)
+Json archiveJson(const Zelvo::StationInfo& station)
 {
     return {{"name", station.name.toStdString()},
             {"lastRunMs", timeJson(station.lastRunMs)},
@@ -194,16 +194,16 @@ Json toJson(const Zelvo::StationInfo& station)
 }
 
 template <typename Item>
-Json toJson(const std::vector<Item>& items)
+Json archiveJson(const std::vector<Item>& items)
 {
     Json list = Json::array();
     for (const Item& item : items) {
-        list.push_back(toJson(item));
+        list.push_back(archiveJson(item));
     }
     return list;
 }
 
-Json toJson(const Zelvo::ArchiveStatus& status)
+Json archiveJson(const Zelvo::ArchiveStatus& status)
 {
     return {{"registry", status.registry.toStdString()},
             {"storage", status.storage.toStdString()},
@@ -216,8 +216,8 @@ Json toJson(const Zelvo::ArchiveStatus& status)
             {"removed", status.removed},
             {"bytesMoved", status.bytesMoved},
             {"unpublished", status.unpublished},
-            {"stations", toJson(status.stations)},
-            {"notMoved", toJson(status.notMoved)}};
+            {"stations", archiveJson(status.stations)},
+            {"notMoved", archiveJson(status.notMoved)}};
 }
 
 void printStations(const std::vector<Zelvo::StationInfo>& stations)
@@ -314,7 +314,7 @@ ExitCode showFile(Zelvo::Archive& archive, const ArchiveShowOptions& options)
         return ExitCode::CannotRead;
     }
     if (options.json) {
-        std::cout << dump(toJson(*file), 2) << '\n';
+        std::cout << dump(archiveJson(*file), 2) << '\n';
     } else {
         printFile(*file);
     }
@@ -331,8 +331,8 @@ ExitCode showGroup(Zelvo::Archive& archive, const std::string& name, bool json)
     }
     const std::vector<FileInfo> files = archive.files(guid);
     if (json) {
-        Json all = toJson(*group);
-        all["members"] = toJson(files);
+        Json all = archiveJson(*group);
+        all["members"] = archiveJson(files);
         std::cout << dump(all, 2) << '\n';
     } else {
         printGroup(*group);
@@ -409,7 +409,7 @@ ExitCode archiveStatus(const ArchiveStatusOptions& options)
 {
     const Zelvo::ArchiveStatus status = Zelvo::Archive(configuration()).status();
     if (options.json) {
-        std::cout << dump(toJson(status), 2) << '\n';
+        std::cout << dump(archiveJson(status), 2) << '\n';
     } else {
         printStatus(status);
     }
@@ -424,7 +424,7 @@ ExitCode archiveGroups(const ArchiveGroupsOptions& options)
         failed += group.failed;
     }
     if (options.json) {
-        std::cout << dump({{"groups", toJson(groups)}}, 2) << '\n';
+        std::cout << dump({{"groups", archiveJson(groups)}}, 2) << '\n';
         return resultOf(failed);
     }
     Table table({Table::Align::Left, Table::Align::Left, Table::Align::Right, Table::Align::Right, Table::Align::Right,

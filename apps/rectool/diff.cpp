@@ -55,9 +55,9 @@ struct Difference {
 /// Distance of two azimuths on the circle.
 double azimuthDistance(double a, double b)
 {
-    constexpr double Circle = 360;
-    const double apart = std::fmod(std::abs(a - b), Circle);
-    return std::min(apart, Circle - apart);
+    constexpr double WholeTurn = 360;
+    const double apart = std::fmod(std::abs(a - b), WholeTurn);
+    return std::min(apart, WholeTurn - apart);
 }
 
 using RecTool::isSame;

@@ -41,7 +41,7 @@ void print(const std::string& file, const Verification& found)
               << '\n';
 }
 
-Json toJson(const std::string& file, const Verification& found)
+Json verificationJson(const std::string& file, const Verification& found)
 {
     Json json = {{"file", shownName(file)}, {"readability", name(found.readability)}};
     if (found.readability != Inspection::Readability::Ok) {
@@ -82,7 +82,7 @@ ExitCode verify(const VerifyOptions& options)
             complain(file, found.problem);
         }
         if (options.json) {
-            files.push_back(toJson(file, found));
+            files.push_back(verificationJson(file, found));
         } else if (found.readability == Inspection::Readability::Ok) {
             print(file, found);
         }

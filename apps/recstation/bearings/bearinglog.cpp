@@ -11,7 +11,7 @@ namespace recstation {
 
 namespace {
 
-constexpr std::size_t mostChannels = 16'777'216;  // a map has no more
+constexpr std::size_t mostFrequencies = 16'777'216;  // a map has no more
 
 std::optional<char> separatorOf(const std::string& option)
 {
@@ -84,7 +84,7 @@ LogSurvey surveyLog(const BearingsOptions& options, const LogInput& input, const
     survey.order = TimeOrder("bearings", false, options.splitGapUs);
     std::set<double> channels;
     while (const auto row = log.next()) {
-        if (row->frequencyHz && channels.insert(*row->frequencyHz).second && channels.size() > mostChannels) {
+        if (row->frequencyHz && channels.insert(*row->frequencyHz).second && channels.size() > mostFrequencies) {
             throw std::runtime_error("bearings: " + input.name() + " has more than 16777216 different frequencies");
         }
         if (row->bearing) {

@@ -14,7 +14,7 @@ using TerminalText::inUnit;
 
 namespace {
 
-constexpr auto example = R"(
+constexpr auto bearingsExample = R"(
 Columns are found by their names in the first line, upper and lower case alike. Every row with an azimuth becomes a
 bearing on the channel of its frequency, with the row's own time; rows whose azimuth is empty, NA or NaN are skipped.
 
@@ -66,7 +66,7 @@ void addColumns(CLI::App& command, BearingsOptions& options)
 
 void addBearingsOptions(CLI::App& command, BearingsOptions& options)
 {
-    command.footer(example);
+    command.footer(bearingsExample);
     command.add_option("FILE", options.file, "Log as CSV; - is the standard input")->required()->check(noRecording());
     command.add_option("--separator", options.separator, "A character, tab or auto (one of ; , and tab)")
         ->check(acceptedIf(isSeparator, "one character, tab or auto"))

@@ -40,7 +40,7 @@ const json& object(const json& parent, const std::string& key)
     return *found;
 }
 
-std::optional<double> number(const json& parent, const std::string& key)
+std::optional<double> numberOf(const json& parent, const std::string& key)
 {
     const auto found = parent.find(key);
     if (found == parent.end()) {
@@ -52,7 +52,7 @@ std::optional<double> number(const json& parent, const std::string& key)
     return found->get<double>();
 }
 
-std::optional<std::string> text(const json& parent, const std::string& key)
+std::optional<std::string> textOf(const json& parent, const std::string& key)
 {
     const auto found = parent.find(key);
     if (found == parent.end()) {
@@ -67,7 +67,7 @@ std::optional<std::string> text(const json& parent, const std::string& key)
 /// Takes over only recordings whose samples lie one after the other from the first byte on.
 void expectAbsentOr(const json& parent, const std::string& key, double expected)
 {
-    const double found = number(parent, key).value_or(expected);
+    const double found = numberOf(parent, key).value_or(expected);
     if (found != expected) {
         throw std::runtime_error("\"" + key + "\" is " + QString::number(found, 'g', 15).toStdString() + ", and only " +
                                  QString::number(expected).toStdString() + " is supported");
@@ -76,12 +76,12 @@ void expectAbsentOr(const json& parent, const std::string& key, double expected)
 
 void readGlobal(const json& global, SigMfMetadata& out)
 {
-    const auto dataType = text(global, "core:datatype");
+    const auto dataType = textOf(global, "core:datatype");
     if (!dataType) {
         throw std::runtime_error("\"core:datatype\" is missing");
     }
     out.dataType = *dataType;
-    out.rateHz = number(global, "core:sample_rate");
+    out.rateHz = numberOf(global, "core:sample_rate");
     if (out.rateHz && !(*out.rateHz > 0)) {
         throw std::runtime_error("\"core:sample_rate\" must be greater than 0");
     }
@@ -92,8 +92,8 @@ void readCapture(const json& capture, SigMfMetadata& out)
 {
     expectAbsentOr(capture, "core:sample_start", 0);
     expectAbsentOr(capture, "core:header_bytes", 0);
-    out.centreHz = number(capture, "core:frequency");
-    if (const auto time = text(capture, "core:datetime")) {
+    out.centreHz = numberOf(capture, "core:frequency");
+    if (const auto time = textOf(capture, "core:datetime")) {
         out.startTime = parseIsoTime(*time);
         if (!out.startTime) {
             throw std::runtime_error("\"core:datetime\" must be a time such as 2026-11-21T08:30:00.25Z");

@@ -14,7 +14,7 @@ namespace recstation {
 
 namespace {
 
-constexpr std::size_t longestLine = 4096;
+constexpr std::size_t longestSentence = 4096;
 constexpr std::size_t mostWaiting = 10'000;
 constexpr long long epochJulianDay = 2'440'588;
 
@@ -46,7 +46,7 @@ NmeaLog::NmeaLog(const NmeaOptions& options, InputReport report)
     : m_options(options),
       m_bad("nmea", options.strict, std::move(report)),
       m_order("nmea", options.strict, options.splitGapUs),
-      m_lines(openInput(options.file), longestLine),
+      m_lines(openInput(options.file), longestSentence),
       m_clock(today(), options.fixWeekRollover)
 {
     if (const auto day = parseDay(options.date)) {
@@ -107,7 +107,7 @@ bool NmeaLog::readSentence()
 void NmeaLog::take(LineReader::Result result)
 {
     if (result == LineReader::Result::TooLong) {
-        throw LineError("it is longer than " + std::to_string(longestLine) + " bytes");
+        throw LineError("it is longer than " + std::to_string(longestSentence) + " bytes");
     }
     const auto sentence = parseNmeaSentence(m_lines.line());
     if (!sentence) {

@@ -11,7 +11,7 @@ using TerminalText::acceptedIf;
 
 namespace {
 
-constexpr auto example = R"(
+constexpr auto nmeaExample = R"(
 Position, altitude, speed, heading, pitch and roll from GGA, RMC, VTG, HDT, HDG (with variation) and PASHR of any
 talker. Other sentences are skipped. Times are those of the sentences, dates those of RMC.
 
@@ -24,7 +24,7 @@ Examples:
 
 void addNmeaOptions(CLI::App& command, NmeaOptions& options)
 {
-    command.footer(example);
+    command.footer(nmeaExample);
     command.add_option("FILE", options.file, "NMEA 0183 sentences; - is the standard input")
         ->required()
         ->check(noRecording());

@@ -8,7 +8,7 @@ namespace recstation {
 
 namespace {
 
-constexpr auto example = R"(
+constexpr auto sweepExample = R"(
 Every line is a row: date, time, lowest Hz, highest Hz, bin width in Hz, samples, and a level in dB for every bin.
 The rows of a sweep are put together to one RF spectrum. rtl_power, hackrf_sweep and others write this.
 
@@ -20,7 +20,7 @@ Examples:
 
 void addSweepOptions(CLI::App& command, SweepOptions& options)
 {
-    command.footer(example);
+    command.footer(sweepExample);
     command.add_option("FILE", options.file, "Rows as CSV; - is the standard input")->required()->check(noRecording());
     command.add_option("--utc-offset", options.utcOffset, "How far the rows' times are ahead of UTC, as -05:00")
         ->check(anUtcOffset())

@@ -21,7 +21,7 @@ namespace {
 Q_LOGGING_CATEGORY(sweepLog, "recstation.sweep")
 
 // A row of a million values fits.
-constexpr std::size_t longestLine = std::size_t{16} * 1024 * 1024;
+constexpr std::size_t longestRow = std::size_t{16} * 1024 * 1024;
 
 class SweepSource final : public Source {
 public:
@@ -70,7 +70,7 @@ private:
 
 void SweepSource::prepare()
 {
-    m_lines = std::make_unique<LineReader>(openInput(m_options.file), longestLine);
+    m_lines = std::make_unique<LineReader>(openInput(m_options.file), longestRow);
     const QString device = m_options.file == "-" ? QStringLiteral("Sweep input")
                                                  : QFileInfo(QString::fromStdString(m_options.file)).completeBaseName();
     m_values = std::make_unique<SweepValues>(device, m_options.valuePath);
@@ -202,7 +202,7 @@ std::optional<unsigned long long> SweepSource::lastTime()
         return std::nullopt;
     }
     SweepRowParser parser(m_options.utcOffset);
-    LineReader lines(openInput(m_options.file), longestLine);
+    LineReader lines(openInput(m_options.file), longestRow);
     SweepRow row;
     std::optional<unsigned long long> last;
     for (auto result = lines.next(); result != LineReader::Result::End; result = lines.next()) {

@@ -7,7 +7,7 @@ namespace RecTool {
 
 namespace {
 
-constexpr double Circle = 360;
+constexpr double FullTurn = 360;
 constexpr double Pi = 3.14159265358979323846;
 
 QCPScatterStyle dot(const QColor& colour)
@@ -50,7 +50,7 @@ public:
     [[nodiscard]] double radius(double square) const
     {
         double largest = square / 2;
-        for (int degrees = 0; degrees < static_cast<int>(Circle); degrees += Step) {
+        for (int degrees = 0; degrees < static_cast<int>(FullTurn); degrees += Step) {
             const Text text = textOf(degrees);
             const double across = (square - text.width) / 2 - text.awayX();
             const double up = (square - m_picture.lineHeight()) / 2 - text.awayY();
@@ -62,7 +62,7 @@ public:
     /// @param radius of the circle, which is 1 in coordinates; pixels
     void add(QCPAxisRect& rect, double radius)
     {
-        for (int degrees = 0; degrees < static_cast<int>(Circle); degrees += Step) {
+        for (int degrees = 0; degrees < static_cast<int>(FullTurn); degrees += Step) {
             const Text text = textOf(degrees);
             auto* label = m_picture.addItem<QCPItemText>("grid");
             label->position->setAxes(rect.axis(QCPAxis::atBottom), rect.axis(QCPAxis::atLeft));
@@ -89,8 +89,8 @@ private:
     [[nodiscard]] Text textOf(int degrees) const
     {
         constexpr double Gap = 3;
-        Text text{directionName(degrees, m_areTrue), std::sin(degrees * Pi / (Circle / 2)),
-                  std::cos(degrees * Pi / (Circle / 2)), 0, 0};
+        Text text{directionName(degrees, m_areTrue), std::sin(degrees * Pi / (FullTurn / 2)),
+                  std::cos(degrees * Pi / (FullTurn / 2)), 0, 0};
         text.width = m_picture.widthOf(text.name);
         text.away = Gap + (std::abs(text.x) * text.width + std::abs(text.y) * m_picture.lineHeight()) / 2;
         return text;
@@ -106,7 +106,7 @@ void drawAzimuths(const BearingGroups& groups, bool areTrue, QCPAxisRect& rect)
 {
     QCPAxis& time = *rect.axis(QCPAxis::atBottom);
     QCPAxis& azimuth = *rect.axis(QCPAxis::atLeft);
-    azimuth.setRange(0, Circle);
+    azimuth.setRange(0, FullTurn);
     azimuth.setLabel(azimuthLabel(areTrue));
     const QSharedPointer<QCPAxisTickerFixed> ticker(new QCPAxisTickerFixed);
     constexpr double Step = 45;
@@ -143,8 +143,8 @@ void addPolarView(Picture& picture, const PlotSource& source, const BearingGroup
     for (const double part : {0.25, 0.5, 0.75, 1.0}) {
         addRing(picture, rect, Middle + (1 - Middle) * part);
     }
-    for (int degrees = 0; degrees < static_cast<int>(Circle); degrees += Directions::Step) {
-        const double angle = degrees * Pi / (Circle / 2);
+    for (int degrees = 0; degrees < static_cast<int>(FullTurn); degrees += Directions::Step) {
+        const double angle = degrees * Pi / (FullTurn / 2);
         auto* spoke = picture.addItem<QCPItemLine>("grid");
         for (QCPItemPosition* position : {spoke->start, spoke->end}) {
             position->setAxes(&x, &y);
@@ -163,7 +163,7 @@ void addPolarView(Picture& picture, const PlotSource& source, const BearingGroup
         for (const BearingPoints::Point& point : group->points.points()) {
             const double part = (point.timeMs - source.span().fromMs) / source.span().width();
             const double distance = Middle + (1 - Middle) * part;
-            const double angle = point.azimuthDeg * Pi / (Circle / 2);
+            const double angle = point.azimuthDeg * Pi / (FullTurn / 2);
             curve->addData(distance * std::sin(angle), distance * std::cos(angle));
         }
     }

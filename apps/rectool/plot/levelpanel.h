@@ -33,17 +33,13 @@ struct Series {
 /// Takes over the numbers of records.
 class SeriesReplay {
 public:
-    SeriesReplay(std::vector<Series>& all, const PlotSource& source)
-        : m_all(all), m_source(source), m_recorded(source.tracks().size())
-    {
-    }
+    SeriesReplay(std::vector<Series>& all, const PlotSource& source) : m_all(all), m_recorded(source.tracks().size()) {}
 
     void visit(const PlottedRecord& record);
     void finish();
 
 private:
     std::vector<Series>& m_all;
-    const PlotSource& m_source;
     std::vector<RecordedValues> m_recorded;  // by track
 };
 

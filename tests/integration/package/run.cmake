@@ -41,7 +41,7 @@ endif()
 run(
   "${CMAKE_COMMAND}" -S "${OUTSIDE_SOURCE}" -B "${outside_build}" -G "${GENERATOR}"
   "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_CXX_COMPILER=${COMPILER}" "-DCMAKE_BUILD_TYPE=${BUILD_TYPE}"
-  "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}" "-DCMAKE_RUNTIME_OUTPUT_DIRECTORY=${programs}" ${toolchain}
+  "-DCMAKE_RUNTIME_OUTPUT_DIRECTORY=${programs}" ${toolchain}
 )
 run("${CMAKE_COMMAND}" --build "${outside_build}")
 run(${EMULATOR} "${programs}/outside${SUFFIX}")
