@@ -94,6 +94,9 @@ QByteArray recordingsOfStGallen(int count)
 
 TEST_F(RecstationArchive, AnAddressGivesItsOwnRecordingOrNone)
 {
+#if defined(Q_OS_WIN)
+    GTEST_SKIP() << "Wine tells the last change as the time a file was made, by which the archive knows it";
+#endif
     constexpr int Count = 8;
     static_cast<void>(recorded());
     for (const bool away : {false, true}) {

@@ -314,7 +314,7 @@ TEST_F(RecTool, InfoOfADirectoryIsATableThatCanBeSortedAndFiltered)
         const json document = json::parse(result.out);
         for (const json& recording : document.at("recordings")) {
             const std::string path = recording.at("file");
-            names.push_back(path.substr(path.rfind('/') + 1, 4));
+            names.push_back(path.substr(path.find_last_of("/\\") + 1, 4));
         }
         return names;
     };

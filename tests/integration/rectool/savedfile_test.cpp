@@ -75,7 +75,11 @@ TEST_F(Kept, IsWhatALinkLeadsTo)
                                               file("nothing.tmp")};
     for (const std::string& target : targets) {
         const std::string link = file("link.png");
-        fs::create_symlink(target, link);
+        std::error_code error;
+        fs::create_symlink(target, link, error);
+        if (error) {
+            GTEST_SKIP() << "no links here: " << error.message();
+        }
         EXPECT_EQ(picture(link).exitCode, ExitCode::Usage) << target;
         EXPECT_THAT(force(link).err, HasSubstr("This is a link, and not followed.")) << target;
         fs::remove(link);
