@@ -47,15 +47,12 @@ QString defaultDirectory()
 
 bool fitsName(QChar character)
 {
-    if (character.category() == QChar::Other_Control || character == QLatin1Char('/')) {
-        return false;
-    }
+    bool fits = character.category() != QChar::Other_Control && character != QLatin1Char('/');
 #if defined(_WIN32)
     constexpr ushort LastOfLatin1 = 0xFF;
-    return character.unicode() <= LastOfLatin1 && !QStringLiteral("\\:*?\"<>|").contains(character);
-#else
-    return true;
+    fits = fits && character.unicode() <= LastOfLatin1 && !QStringLiteral("\\:*?\"<>|").contains(character);
 #endif
+    return fits;
 }
 
 QString ordinary(const QString& name)

@@ -63,7 +63,7 @@ std::string inWords(std::int64_t seconds)
         std::int64_t seconds;
         const char* name;
     };
-    for (const Unit unit : {Unit{24 * 3600, " days"}, Unit{3600, " h"}, Unit{60, " min"}}) {
+    for (const Unit unit : {Unit{std::int64_t{24} * 3600, " days"}, Unit{3600, " h"}, Unit{60, " min"}}) {
         if (seconds >= 2 * unit.seconds) {
             return std::to_string(seconds / unit.seconds) + unit.name;
         }
