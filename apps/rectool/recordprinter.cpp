@@ -1,12 +1,10 @@
 #include "recordprinter.h"
 
-#include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <iostream>
 #include <optional>
 
+#include <terminaltext/quantity.h>
 #include <values/selection.h>
 #include <values/value.h>
 
@@ -23,22 +21,10 @@ using values::ValueType;
 
 namespace {
 
-/// The shortest digits that give the number again; nothing for one that was not measured.
+/// Nothing for a number that was not measured.
 std::string csvNumber(double value)
 {
-    constexpr double Least = 1e-4;  // outside of these bounds with an exponent
-    constexpr double Most = 1e15;
-    constexpr std::size_t Longest = 40;
-    if (std::isnan(value)) {
-        return {};
-    }
-    const double magnitude = std::abs(value);
-    const bool isLegible = value == 0 || (magnitude >= Least && magnitude < Most);
-    std::array<char, Longest> digits{};
-    char* const end = digits.data() + digits.size();
-    const auto written = isLegible ? std::to_chars(digits.data(), end, value, std::chars_format::fixed)
-                                   : std::to_chars(digits.data(), end, value);
-    return {digits.data(), static_cast<std::size_t>(written.ptr - digits.data())};
+    return std::isnan(value) ? std::string() : TerminalText::shortest(value);
 }
 
 std::string csvText(const std::string& utf8)

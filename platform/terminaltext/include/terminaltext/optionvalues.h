@@ -2,10 +2,6 @@
 // line.
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <charconv>
-#include <cmath>
 #include <cstddef>
 #include <functional>
 #include <initializer_list>
@@ -22,22 +18,6 @@
 namespace TerminalText {
 
 namespace Detail {
-
-/// The fewest digits that give the number again; without an exponent where that is legible, as options of whole numbers
-/// take it.
-inline std::string shortest(double number)
-{
-    constexpr double LeastLegible = 1e-4;
-    constexpr double MostLegible = 1e15;
-    constexpr std::size_t Longest = 40;
-    const double magnitude = std::fabs(number);
-    const bool isLegible = number == 0 || (magnitude >= LeastLegible && magnitude < MostLegible);
-    std::array<char, Longest> text{};
-    char* const end = text.data() + text.size();
-    const auto written = isLegible ? std::to_chars(text.data(), end, number, std::chars_format::fixed)
-                                   : std::to_chars(text.data(), end, number);
-    return {text.data(), written.ptr};
-}
 
 inline std::string refusal(const std::string& expected, const std::string& found)
 {
@@ -62,14 +42,14 @@ inline std::string refusal(const std::string& expected, const std::string& found
                                              std::string expected, double lowest, double highest,
                                              const std::string& range = {})
 {
-    std::string bounds = range.empty() ? Detail::shortest(lowest) + " to " + Detail::shortest(highest) : range;
+    std::string bounds = range.empty() ? shortest(lowest) + " to " + shortest(highest) : range;
     return {
         [=, parse = std::move(parse), expected = std::move(expected), bounds = std::move(bounds)](std::string& text) {
             const auto number = parse(text);
             if (!number || !(*number >= lowest && *number <= highest)) {
                 return Detail::refusal(number ? bounds : expected, text);
             }
-            text = Detail::shortest(*number);
+            text = shortest(*number);
             return std::string();
         },
         ""};
@@ -94,7 +74,7 @@ inline std::string refusal(const std::string& expected, const std::string& found
 /// For options that count something; a unit may stand behind the number.
 [[nodiscard]] inline CLI::Validator wholeNumber(double lowest, double highest, const std::string& unit = {})
 {
-    const std::string range = Detail::shortest(lowest) + " to " + Detail::shortest(highest);
+    const std::string range = shortest(lowest) + " to " + shortest(highest);
     return withUnit(
         [unit](const std::string& text) {
             const auto number = parseInUnits(text, {{"", 1}, {unit, 1}});

@@ -1,7 +1,8 @@
-// Numbers with units, as people write them behind an option.
+// Numbers as text: with units, as people write them behind an option, and with the fewest digits.
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
@@ -108,6 +109,21 @@ inline std::optional<double> inUnits(const NumberAndRest& found, std::initialize
 [[nodiscard]] inline std::optional<double> parseSeconds(std::string_view text)
 {
     return parseInUnits(text, {{"", 1}, {"ms", 1e-3}, {"s", 1}, {"min", 60}, {"h", 3600}, {"d", 86400}});
+}
+
+/// The fewest digits that give the number again; without an exponent where that is legible.
+[[nodiscard]] inline std::string shortest(double number)
+{
+    constexpr double LeastLegible = 1e-4;
+    constexpr double MostLegible = 1e15;
+    constexpr std::size_t Longest = 40;
+    const double magnitude = std::fabs(number);
+    const bool isLegible = number == 0 || (magnitude >= LeastLegible && magnitude < MostLegible);
+    std::array<char, Longest> text{};
+    char* const end = text.data() + text.size();
+    const auto written = isLegible ? std::to_chars(text.data(), end, number, std::chars_format::fixed)
+                                   : std::to_chars(text.data(), end, number);
+    return {text.data(), written.ptr};
 }
 
 }  // namespace TerminalText
