@@ -428,6 +428,26 @@ TEST_F(RecTool, CatShowsOnlyTheTypesThatAreAskedFor)
     EXPECT_THAT(linesOf(rectool({"cat", "--type=-2147483648", golden("full")}).out), testing::SizeIs(1));
 }
 
+TEST_F(RecTool, CatAsCsvHasPlainValuesAndSaysWhatItLeftOut)
+{
+    const Result result = rectool({"cat", sample(), "--csv"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out,
+              "timeMs,keyword,value\n10,FREQUENCY,100000000\n11,LEVEL,-30.25\n12,MODULATION,FM\n"
+              "13,DEVICE_CAPTION,N\u00fcrnberg\n14,SQUELCHSTATE,true\n1500,LEVEL,-31.5\n"
+              "2000,DEVICE_CAPTION,\"two\nlines\"\n");
+    EXPECT_THAT(result.err, HasSubstr("4 records (RFSPECTRUM, DFSPECTRUM)"));
+}
+
+TEST_F(RecTool, CatShowsTheTimesThatAreAskedFor)
+{
+    const QStringList level = {"cat", sample(), "--type", "LEVEL"};
+    EXPECT_THAT(linesOf(rectool(level + QStringList{"--time", "utc"}).out)[1],
+                AllOf(HasSubstr("22:13:21.500"), HasSubstr("LEVEL")));
+    EXPECT_EQ(rectool(level + QStringList{"--time", "offset"}).out, rectool(level).out);
+    EXPECT_THAT(rectool(level + QStringList{"--csv", "--time", "utc"}).out, StartsWith("time,keyword,value\n2023-"));
+}
+
 TEST_F(RecTool, CatAsJsonHasTheDecodedValueAndTheData)
 {
     const std::vector<json> records = jsonLinesOf(rectool({"cat", "--json", sample()}).out);
