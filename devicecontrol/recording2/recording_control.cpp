@@ -137,7 +137,8 @@ void CRecording::StopRecording(bool splitting)
 
 void CRecording::CloseFile(bool splitting)
 {
-    DetachAllValues();
+    // The destructor closes too, and means this class's own.
+    DetachAllValues();  // NOLINT(clang-analyzer-optin.cplusplus.VirtualCall)
     const std::string path = m_file->path();
     CHeaderData header = FinalHeader();
     m_file->CloseRecording(header, splitting);
