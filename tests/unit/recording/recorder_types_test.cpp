@@ -368,32 +368,36 @@ TEST_F(RecorderTypes, TheIfSpanIsPassedOverWithoutFrequency)
     EXPECT_EQ(Peer::ifSpan(recorder()), 0);
 }
 
-TEST_F(RecorderTypes, AnIfSpanBelowOneHertzMovesNoRange)
+class IfSpan : public RecorderTypes {
+protected:
+    /// Attaches a recorder of the IF spectrum to a receiver whose span is chosen from a list.
+    void attachWith(double spanHz)
+    {
+        station.value<Selection>(QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS")).SelectKey(23);
+        auto& spans = station.value<Selection>(QStringLiteral("/IFSPAN"));
+        spans.AddItem(std::make_unique<values::SelectionItem>(QStringLiteral("span"), spanHz, 9).release());
+        spans.SelectKey(9);
+        makeRecorder();
+        attach();
+    }
+};
+
+TEST_F(IfSpan, BelowOneHertzMovesNoRange)
 {
     station.addAllKeywords();
     station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StartFreq")).SetValue(88e6);
     station.value<OffsetNumber>(QStringLiteral("/FREQUENCY")).SetValue(100e6);
-    station.value<Selection>(QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS")).SelectKey(23);
-    station.value<Selection>(QStringLiteral("/IFSPAN"))
-        .AddItem(std::make_unique<values::SelectionItem>(QStringLiteral("tiny"), 0.9, 9).release());
-    station.value<Selection>(QStringLiteral("/IFSPAN")).SelectKey(9);
-    makeRecorder();
-    attach();
+    attachWith(0.9);
     EXPECT_EQ(Peer::ifSpan(recorder()), 0.9F);
     EXPECT_EQ(station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StartFreq")).GetValue(), 88e6);
     EXPECT_EQ(Peer::startFreq(recorder()), 88e6F);
 }
 
-TEST_F(RecorderTypes, AnIfSpanOfOneHertzIsARange)
+TEST_F(IfSpan, OfOneHertzIsARange)
 {
     station.addAllKeywords();
     station.value<OffsetNumber>(QStringLiteral("/FREQUENCY")).SetValue(1'000);
-    station.value<Selection>(QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS")).SelectKey(23);
-    station.value<Selection>(QStringLiteral("/IFSPAN"))
-        .AddItem(std::make_unique<values::SelectionItem>(QStringLiteral("least"), 1, 9).release());
-    station.value<Selection>(QStringLiteral("/IFSPAN")).SelectKey(9);
-    makeRecorder();
-    attach();
+    attachWith(1);
     EXPECT_EQ(station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StartFreq")).GetValue(), 999.5);
     EXPECT_EQ(Peer::startFreq(recorder()), 999.5F);
     EXPECT_EQ(Peer::stopFreq(recorder()), 1'000.5F);
