@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace RecTool {
@@ -29,7 +30,7 @@ public:
 private:
     TimeForm m_form;
     std::uint64_t m_startMs;
-    std::uint64_t m_second = 0;  // that the text is for; 0: none
+    std::optional<std::uint64_t> m_second;  // that the text is for; nothing while it is no clock time
     std::string m_text;
 };
 
