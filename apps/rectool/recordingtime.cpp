@@ -179,9 +179,13 @@ std::string likelyReason(const std::string& text, const Summary& summary)
         return "It does not say whose clock it is: \"" + text + " UTC\" or \"" + text + " local\".";
     }
     if (text.starts_with(BookmarkPrefix)) {
+        constexpr std::size_t Most = 10;
         std::string known;
-        for (const Bookmark& bookmark : summary.bookmarks) {
-            known += (known.empty() ? "\"" : ", \"") + fromLatin1(bookmark.text) + '"';
+        for (std::size_t i = 0; i < std::min(Most, summary.bookmarks.size()); ++i) {
+            known += (known.empty() ? "\"" : ", \"") + fromLatin1(summary.bookmarks[i].text) + '"';
+        }
+        if (summary.bookmarks.size() > Most) {
+            known += " and " + grouped(summary.bookmarks.size() - Most) + " more";
         }
         return known.empty() ? "It has no bookmarks." : "Its bookmarks: " + known + ".";
     }
