@@ -1,6 +1,6 @@
 # What makes compiling quick: the sources of a target are compiled some at a time as one, and the headers that most of them
-# include once for the product and once, with GoogleTest, for the tests. A source still includes what it uses: preset
-# windows, which compiles every source of the product by itself, refuses one that does not.
+# include once for the product and once, with GoogleTest, for the tests. A source still includes what it uses: preset dev,
+# which compiles every source of the product by itself, refuses one that does not.
 set(RECORDING2_PRECOMPILE ALL CACHE STRING "Whose sources are compiled together, with common headers: ALL, TESTS or NONE")
 set_property(CACHE RECORDING2_PRECOMPILE PROPERTY STRINGS ALL TESTS NONE)
 

@@ -47,7 +47,7 @@ build() {
     shift
     can_use_ccache && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
     # Results of an earlier run must not be counted should this one not get so far.
-    rm -f "build/$preset/tests.xml"
+    rm -rf "build/$preset/tests.xml" "build/$preset/test-reports"
     cmake --preset "$preset" "${launcher[@]}" "${configure_options[@]}" >"build/$preset-configure.log" 2>&1 || {
         cat "build/$preset-configure.log"
         return 1
@@ -55,22 +55,35 @@ build() {
     cmake --build --preset "$preset" --parallel "$(nproc)" "$@"
 }
 
-# Adds up a JUnit report of ctest. A test that could not be run at all stands there as skipped, but it is a failure.
+# Adds up the cases of a preset's tests: those that are tests of ctest stand in its JUnit report, those of a program that
+# is one test in the program's own. A test that could not be run at all stands there as skipped, but it is a failure.
 count_tests() {
-    local all run off
-    all=$(grep -c '<testcase ' "$1")
-    run=$(grep -c '<testcase .* status="run">' "$1")
-    off=$(grep -cE '<skipped message="SKIP_|<testcase .* status="disabled">' "$1")
+    local folder=$1 report name all run off bad
+    grep '<testcase ' "$folder/tests.xml" >"$folder/tests.txt"
+    for report in "$folder"/test-reports/*.xml; do
+        [ -s "$report" ] || continue
+        name=$(basename "$report" .xml)
+        sed -i "/<testcase name=\"$name\"/d" "$folder/tests.txt"
+        all=$(grep -c '<testcase ' "$report")
+        off=$(grep -cE 'result="skipped"|status="notrun"' "$report")
+        bad=$(sed -n 's/^<testsuites .* failures="\([0-9]*\)".*/\1/p' "$report")
+        failed=$((failed + bad))
+        skipped=$((skipped + off))
+        passed=$((passed + all - off - bad))
+    done
+    all=$(wc -l <"$folder/tests.txt")
+    run=$(grep -c ' status="run">' "$folder/tests.txt")
+    off=$(grep -cE '<skipped message="SKIP_|<testcase .* status="disabled">' "$folder/tests.xml")
     passed=$((passed + run))
     skipped=$((skipped + off))
     failed=$((failed + all - run - off))
 }
 
 run_tests() {
-    local report="$PWD/build/$1/tests.xml" failed_before=$failed
-    step "tests, preset $1" ctest --preset "$1" --output-junit "$report"
+    local folder="$PWD/build/$1" failed_before=$failed
+    step "tests, preset $1" ctest --preset "$1" --output-junit "$folder/tests.xml"
     local code=$?
-    [ -s "$report" ] && count_tests "$report"
+    [ -s "$folder/tests.xml" ] && count_tests "$folder"
     # ctest can fail without a failed test, for example when there are none.
     [ "$code" -eq 0 ] || [ "$failed" -gt "$failed_before" ] || failed=$((failed + 1))
 }
