@@ -117,6 +117,19 @@ def unknown_options(root, documents, helps, elsewhere):
                     yield f"{path.name}:{number}: there is no option {option}"
 
 
+OPTION_OF_HELP = re.compile(r"^  (?:-\w,)?(--[a-z][a-z0-9,-]+)", re.M)
+SAID_BY_HELP_ALONE = {"--help", "--version"}
+
+
+def untold_options(documents, helps):
+    """Options of the programs that no document names, not even by another of their names."""
+    told = {option for path in documents for option in OPTION.findall(path.read_text(encoding="utf-8"))}
+    for place, text in helps.items():
+        for names in OPTION_OF_HELP.findall(text):
+            if not (told | SAID_BY_HELP_ALONE) & set(names.split(",")):
+                yield f"{place}: no document tells of {names}"
+
+
 class Knowledge:
     """examples.toml: what is not run or run otherwise, and exit codes that are no failure."""
 
@@ -195,7 +208,7 @@ def collect(arguments):
             if (programs / program).exists():
                 helps.update(help_texts(programs, [program]))
     groups.update((place, examples_of_help(text, place)) for place, text in helps.items())
-    return groups, list(helps.values())
+    return groups, helps
 
 
 def main():
@@ -210,7 +223,8 @@ def main():
     groups, helps = collect(arguments)
     unknown = []
     if not arguments.documents and all((arguments.programs / program).exists() for program in PROGRAMS):
-        unknown = list(unknown_options(arguments.root, documents_of(arguments), helps, knowledge.options_elsewhere))
+        unknown = list(unknown_options(arguments.root, documents_of(arguments), helps.values(), knowledge.options_elsewhere))
+        unknown += untold_options(documents_of(arguments), helps)
     left_out = [(example, knowledge.reason_against(example.command)) for group in groups.values() for example in group]
     for example, reason in left_out:
         if reason or arguments.list:
