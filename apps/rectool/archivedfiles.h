@@ -1,15 +1,16 @@
 // Recordings that are named by an archive address: every verb that takes a file takes them from here.
 #pragma once
 
-#include <cstddef>
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <zelvo/zelvo.h>
 
 #include "commands.h"
+#include "output.h"
 
 namespace RecTool {
 
@@ -51,22 +52,28 @@ ExitCode runOnLocalFiles(Options options, ExitCode (*verb)(const Options&))
         options.output;
     };  // something is made of all files together
     ArchivedFiles files(Changes);
+    ExitCode result = ExitCode::Fine;
     if constexpr (requires { options.files; }) {
-        std::size_t taken = 0;
-        for (std::string& file : options.files) {
-            taken += files.take(file) ? 1U : 0U;  // an address that is left is a file that the verb cannot read
-        }
         bool listsAll = false;  // also what could not be read
         if constexpr (requires { options.json; }) {
             listsAll = options.json;
         }
-        if ((NeedsAll && taken < options.files.size()) || (taken == 0 && !listsAll)) {
+        std::vector<std::string> shown;
+        for (std::string& file : options.files) {
+            const bool taken = files.take(file);
+            result = taken ? result : ExitCode::CannotRead;
+            if (taken || listsAll) {
+                shown.push_back(std::move(file));
+            }
+        }
+        options.files = std::move(shown);
+        if ((NeedsAll && result != ExitCode::Fine) || options.files.empty()) {
             return ExitCode::CannotRead;  // it was told why
         }
     } else if (!files.take(options.file)) {
         return ExitCode::CannotRead;
     }
-    return files.giveBack(verb(options));
+    return worse(result, files.giveBack(verb(options)));
 }
 
 }  // namespace RecTool

@@ -32,7 +32,10 @@ void addGroups(CLI::App& archive, Action& action)
 void addShow(CLI::App& archive, Action& action)
 {
     Verb<ArchiveShowOptions> verb(archive, "show", "Show a group with its files, or one file", archiveShow, action);
-    verb.app().add_option("WHAT", verb.options().what, "Group or address")->required()->check(notEmpty());
+    verb.app()
+        .add_option("GROUP|ADDRESS", verb.options().what, "A group, or the address of a file")
+        ->required()
+        ->check(notEmpty());
     verb.addJson();
     verb.addExamples({"archive show 0f8fad5b-d9cb-469f-a165-70867728950e",
                       "archive show zelvo:///0f8fad5b-d9cb-469f-a165-70867728950e/1 --json"},

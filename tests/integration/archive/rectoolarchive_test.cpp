@@ -136,6 +136,9 @@ TEST_F(RectoolArchive, AnAddressThatCannotBeHadIsToldAndOtherFilesAreStillShown)
     const Result alone = rectool({q("info"), q(unknown)});
     EXPECT_EQ(alone.exitCode, 2);
     EXPECT_EQ(std::count(alone.err.begin(), alone.err.end(), '\n'), 1) << alone.err;
+    const Result listed = rectool({q("info"), q(unknown), q(address)});
+    EXPECT_EQ(listed.exitCode, 2);
+    EXPECT_EQ(std::count(listed.err.begin(), listed.err.end(), '\n'), 1) << listed.err;
     const Result merged = rectool({q("merge"), q(address), q(unknown), q("-o"), path(q("merged.rec"))});
     EXPECT_EQ(merged.exitCode, 2);
     EXPECT_FALSE(QFile::exists(path(q("merged.rec")))) << "nothing is made of a part of what was asked for";
