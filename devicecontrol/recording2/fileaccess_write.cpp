@@ -15,10 +15,9 @@ namespace Recording2 {
 // The tables must fit behind the records too, or a full file could not be read by time.
 bool CFileAccess::Private::fits(std::int64_t bytes)
 {
-    constexpr std::int64_t TimeEntryBytes = 20;  // 8 bytes, ten digits, two separators
     const auto records = static_cast<std::int64_t>(shared->index->size()) + 1;
     const auto ranges = static_cast<std::int64_t>(shared->channelRangeTimes->size()) + 1;
-    const std::int64_t tables = records * TimeEntryBytes + ranges * std::int64_t{Format::TimeBytes};
+    const std::int64_t tables = records * Format::WidestTimeEntryBytes + ranges * std::int64_t{Format::TimeBytes};
     return bytes + tables <= Format::LastPosition - shared->output->position();
 }
 

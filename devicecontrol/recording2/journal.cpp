@@ -1,3 +1,4 @@
+// Making the journal's file, keeping room for entries and closing, handing entries over.
 #include "journal.h"
 
 #include <random>
@@ -26,10 +27,9 @@ std::int64_t entryPosition(std::uint64_t number)
 // What closing writes behind the records: their last bytes, and of each record its time, perhaps twice.
 std::int64_t reserveFor(std::uint64_t entries)
 {
-    constexpr std::int64_t TimeEntry = 20;
     constexpr std::int64_t RoundingAndNames = std::int64_t{64} * 1024;
     return static_cast<std::int64_t>(TailBytes) + RoundingAndNames +
-           static_cast<std::int64_t>(entries) * (TimeEntry + std::int64_t{Format::TimeBytes});
+           static_cast<std::int64_t>(entries) * (Format::WidestTimeEntryBytes + std::int64_t{Format::TimeBytes});
 }
 
 }  // namespace

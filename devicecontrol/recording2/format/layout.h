@@ -85,7 +85,9 @@ inline void readRecordHead(Cursor& cursor, RecordHead& target)
     cursor.readNumber(target.dataLength);
 }
 
-/// Room that an entry of the time table needs.
+/// What an entry of the time table takes at most: a time, ten digits of a position, a separator.
+constexpr std::int64_t WidestTimeEntryBytes = std::int64_t{TimeBytes} + 10 + 1;
+/// Room in which an entry of the time table is written.
 constexpr std::size_t MaxTimeEntryBytes = TimeBytes + MaxNumberBytes;
 inline char* putTimeEntry(char* out, std::uint64_t milliseconds, std::int32_t position)
 {
