@@ -16,7 +16,8 @@
 
 namespace recstation {
 
-/// What became of the recordings of a run in the archive. Not inside Summary, or clang could not make one there.
+/// What became of the recordings of a run in the archive. It stands in front of Summary because clang 14 makes no
+/// std::optional of a class inside another one whose members have defaults.
 struct ArchiveSummary {
     std::size_t moved = 0;         ///< recordings of this run that the storage has
     std::size_t waiting = 0;       ///< that stay where they were recorded, and are moved later

@@ -48,6 +48,11 @@ public:
     /// Sees to it that the next record can be accepted.
     System::Error makeRoom() { return m_latest < Format::Journal::LatestEntries ? 0 : handOver(); }
     /// Accepts a record whose bytes are all with the system or in the buffer. makeRoom comes first.
+    ///
+    /// The process may end between any two stores. The check, stored last, is what makes an entry one: until then the
+    /// journal tells the state without the record. Slots are used again after each handing over. So the next one is
+    /// emptied first, which ends the reading there, and the check covers how many records came before this one: what
+    /// an earlier round left in the slot is no entry of this round.
     void accept(std::uint64_t timeMs, std::int32_t position, bool channelRange, std::int32_t code,
                 std::string_view data)
     {

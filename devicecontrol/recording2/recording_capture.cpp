@@ -16,7 +16,8 @@ namespace {
 constexpr std::int32_t KeyOn = 1;
 constexpr unsigned long long FirstCaptureTime = 11;  // behind the initial states
 
-// Whether a change carries a channel range; the text says so by its command.
+// Whether a change tells the channel range: its text has command 34, channels at a step, or 134, a list of them, which
+// ends alike (doc/recording-text.md).
 bool definesChannelRange(std::int32_t typeId, TChangeCode code, const std::string& text)
 {
     if (code != TChangeCode::CommandsPending) {
@@ -24,7 +25,7 @@ bool definesChannelRange(std::int32_t typeId, TChangeCode code, const std::strin
     }
     const bool candidate =
         typeId == RfSpectrum || typeId == IfSpectrum || typeId == IfSpan || typeId == DfSpectrumSample;
-    return candidate && text.find("34;") != std::string::npos;  // "134;" contains it
+    return candidate && text.find("34;") != std::string::npos;
 }
 
 }  // namespace
