@@ -1,3 +1,4 @@
+// Bare loops over a file, the same records through the library, and measures of memory.
 #include "workload.h"
 
 #include <algorithm>

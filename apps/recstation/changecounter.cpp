@@ -1,3 +1,4 @@
+// Observing every value of the tree, and counting the recorders that observe it too.
 #include "changecounter.h"
 
 namespace recstation {

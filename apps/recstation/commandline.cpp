@@ -1,3 +1,4 @@
+// The options that all sources share, those of "sim" and "feed", and the help texts.
 #include "commandline.h"
 
 #include <algorithm>

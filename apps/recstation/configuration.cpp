@@ -1,3 +1,4 @@
+// Reading recorder instances from TOML, and refusing what the recorder would only trace.
 #include "configuration.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// recstation: records what its sources measure, and writes a summary of the run.
 #include <cstdio>
 #include <cstdlib>
 #include <exception>

@@ -1,3 +1,4 @@
+// Comparing the spans of the sources, and refusing those with a gap between them.
 #include "overlap.h"
 
 #include <algorithm>

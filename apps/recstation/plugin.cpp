@@ -1,3 +1,4 @@
+// Finding, loading and resolving the recorder plug-in, and creating its instances.
 #include "plugin.h"
 
 #include <stdexcept>

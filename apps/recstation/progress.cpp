@@ -1,3 +1,4 @@
+// Messages and the progress line on standard error; bytes and durations as text.
 #include "progress.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Watching file names and archive addresses, and inspecting what is on the disk.
 #include "recordedfiles.h"
 
 #include <QDir>

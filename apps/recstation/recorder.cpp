@@ -1,3 +1,4 @@
+// Switching a recorder on and off, checking its directory and files, rescuing harmed ones.
 #include "recorder.h"
 
 #include <stdexcept>

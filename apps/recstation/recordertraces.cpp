@@ -1,3 +1,4 @@
+// A message handler that picks warnings and stops out of what recorders trace.
 #include "recordertraces.h"
 
 #include <cstdint>

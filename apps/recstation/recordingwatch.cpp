@@ -1,3 +1,4 @@
+// Telling what harm came to a recording's file or journal, and how it is rescued.
 #include "recordingwatch.h"
 
 #include <QDir>

@@ -1,3 +1,4 @@
+// Slices of steps on a timer, and the waits of a paced run.
 #include "runner.h"
 
 #include <algorithm>

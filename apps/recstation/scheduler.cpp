@@ -1,3 +1,4 @@
+// Choosing the source that is due next, and telling gaps between two steps.
 #include "scheduler.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Measuring how fast a disk fills, and when that is worth a warning again.
 #include "spacewatch.h"
 
 #include <QStorageInfo>

@@ -1,3 +1,4 @@
+// Putting a run together from the options, running it, and closing all recordings.
 #include "station.h"
 
 #include <algorithm>

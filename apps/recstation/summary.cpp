@@ -1,3 +1,4 @@
+// The summary of a run as JSON, lines of files, remarks and exit code.
 #include "summary.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Finding .tmp files and journals, recovering each, and putting originals into the folder "recovered".
 #include "unfinished.h"
 
 #include <algorithm>

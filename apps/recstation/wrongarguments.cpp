@@ -1,3 +1,4 @@
+// Unknown options and words, sources named twice, and what may have been meant.
 #include "wrongarguments.h"
 
 #include <algorithm>

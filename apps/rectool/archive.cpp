@@ -1,3 +1,4 @@
+// The verbs "archive status", "groups", "show", "fetch", "verify" and "retry".
 #include "archive.h"
 
 #include <algorithm>

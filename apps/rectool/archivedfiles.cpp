@@ -1,3 +1,4 @@
+// Requesting files from the archive under a lock, and giving them back, changed or not.
 #include "archivedfiles.h"
 
 #include <QFile>

@@ -1,3 +1,4 @@
+// Applying map records, and telling each channel whose bearing changed.
 #include "bearingreplay.h"
 
 #include <cmath>

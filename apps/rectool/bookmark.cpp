@@ -1,3 +1,4 @@
+// The verbs "bookmark add", "bookmark rm" and "bookmark list".
 #include <algorithm>
 #include <iostream>
 

@@ -1,3 +1,4 @@
+// Marking all cells of a map, and looking which marks a record's text overwrites.
 #include "carriedcells.h"
 
 namespace RecTool {

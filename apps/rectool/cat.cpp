@@ -1,3 +1,4 @@
+// The verb "cat": the records of a recording, one a line, by time and type.
 #include <algorithm>
 #include <limits>
 #include <optional>

@@ -1,3 +1,4 @@
+// Clock times as UTC or local text, written anew only when the second changes.
 #include "clocktext.h"
 
 #include <QDateTime>

@@ -1,3 +1,4 @@
+// The verb "cut": a part of a recording as a recording of its own.
 #include <algorithm>
 #include <iostream>
 #include <limits>

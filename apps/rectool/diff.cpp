@@ -1,3 +1,4 @@
+// The verb "diff": what differs between two moments of a recording.
 #include <algorithm>
 #include <cmath>
 #include <iostream>

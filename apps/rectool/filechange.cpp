@@ -1,3 +1,4 @@
+// Checking a recording whole, asking the user, rewriting its tables and comparing them.
 #include "filechange.h"
 
 #include <iostream>

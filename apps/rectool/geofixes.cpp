@@ -1,3 +1,4 @@
+// Grouping bearings into time windows, and the fix of each.
 #include "geofixes.h"
 
 #include <cmath>

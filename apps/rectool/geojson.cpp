@@ -1,3 +1,4 @@
+// Features of positions, lines of bearing, fixes and ellipses, with their properties and rounding.
 #include "geojson.h"
 
 #include <algorithm>

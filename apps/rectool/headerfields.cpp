@@ -1,3 +1,4 @@
+// Following mode, frequency, IF span and levels as a recorder does for its header.
 #include "headerfields.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The verb "info": header, types, tables and findings of a recording, measured levels on request.
 #include <algorithm>
 #include <cmath>
 #include <iostream>

@@ -1,3 +1,4 @@
+// Keeping the last record of every type, and the texts that rebuild its value.
 #include "inforce.h"
 
 #include <algorithm>

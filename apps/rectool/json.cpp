@@ -1,3 +1,4 @@
+// Headers, findings, bookmarks, records, bearings and values as JSON objects.
 #include "json.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// Following position, heading and bearings record by record, and joining them to lines.
 #include "linesofbearing.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// Finding the recordings of directories, choosing and sorting them, and printing their table.
 #include "listing.h"
 
 #include <algorithm>

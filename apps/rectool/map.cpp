@@ -1,3 +1,4 @@
+// The verb "map": the bearing of every channel at the end of a span.
 #include <cmath>
 #include <iostream>
 #include <limits>

@@ -1,3 +1,4 @@
+// Writing lines of bearing and fixes of a span to a file or standard output.
 #include "mapgeojson.h"
 
 #include <functional>

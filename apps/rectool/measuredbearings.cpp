@@ -1,3 +1,4 @@
+// Telling from each map record which channels were measured, also where nothing changed.
 #include "measuredbearings.h"
 
 #include <algorithm>

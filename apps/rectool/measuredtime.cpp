@@ -1,3 +1,4 @@
+// The time stamp in a map's text, and its moment counted from the recording's start.
 #include "measuredtime.h"
 
 #include <charconv>

@@ -1,3 +1,4 @@
+// The verb "merge": several recordings as one, their headers, bookmarks and sizes.
 #include <algorithm>
 #include <filesystem>
 #include <iostream>

@@ -1,3 +1,4 @@
+// Surveying the inputs, finding which continues which, and giving merged types their numbers.
 #include "mergeplan.h"
 
 #include <algorithm>

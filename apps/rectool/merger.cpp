@@ -1,3 +1,4 @@
+// Taking records by clock time, and leaving out states that a continuing part tells again.
 #include "merger.h"
 
 #include <algorithm>

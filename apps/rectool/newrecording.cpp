@@ -1,3 +1,4 @@
+// Writing under a temporary name, comparing what was stored, and taking the final name.
 #include "newrecording.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Shown names of files, complaints, failing standard output, and which exit code is worse.
 #include "output.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// A percentage on the terminal, shown after half a second and wiped off later.
 #include "progress.h"
 
 #include <iostream>

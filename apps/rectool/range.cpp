@@ -1,3 +1,4 @@
+// The verbs "range list", "range clear" and "range rebuild": the table of channel ranges.
 #include <algorithm>
 #include <iostream>
 #include <map>

@@ -1,3 +1,4 @@
+// Reading channel ranges from record texts, and joining them to a few spans.
 #include "recordedranges.h"
 
 #include <algorithm>

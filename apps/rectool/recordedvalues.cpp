@@ -1,3 +1,4 @@
+// Rebuilding values record by record within bounded memory, and describing them in words.
 #include "recordedvalues.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Parsing clock times, offsets, zones and bookmarks to times of a recording.
 #include "recordingtime.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Appending numbers, texts, channel ranges and cells of maps to JSON, without a document between.
 #include "recordjson.h"
 
 #include <array>

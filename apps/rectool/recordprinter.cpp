@@ -1,3 +1,4 @@
+// Printing one record as a line, a JSON object or a CSV row.
 #include "recordprinter.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// The verb "recover": closes a recording that a crash or power cut left open.
 #include <iostream>
 #include <string>
 

@@ -1,3 +1,4 @@
+// The verb "repair": what is whole of a damaged recording as a new one.
 #include <algorithm>
 #include <iostream>
 #include <limits>

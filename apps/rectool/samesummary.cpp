@@ -1,3 +1,4 @@
+// Comparing type tables, time tables and bookmarks entry by entry.
 #include "samesummary.h"
 
 #include <algorithm>

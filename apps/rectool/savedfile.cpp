@@ -1,3 +1,4 @@
+// Refusing to replace recordings, and storing a file whole or not at all.
 #include "savedfile.h"
 
 #include <QFileInfo>

@@ -1,3 +1,4 @@
+// The verb "selfcheck": recordings killed, cut and out of room, and what was lost.
 #include <array>
 #include <iostream>
 #include <string>

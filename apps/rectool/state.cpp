@@ -1,3 +1,4 @@
+// The verb "state": the value of everything recorded at a moment.
 #include <iostream>
 
 #include "commands.h"

@@ -1,3 +1,4 @@
+// Escape sequences for headings, names, good and bad, once they are switched on.
 #include "style.h"
 
 namespace RecTool {

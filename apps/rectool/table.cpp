@@ -1,3 +1,4 @@
+// Padding UTF-8 cells to the width of their column, and printing them line by line.
 #include "table.h"
 
 #include <algorithm>

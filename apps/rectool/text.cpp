@@ -1,3 +1,4 @@
+// Numbers, frequencies, clock times and durations as text; bytes escaped.
 #include "text.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Looking up types by number or keyword, and their labels in print.
 #include "typenames.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The verb "types": the numbers, keywords, kinds and value paths of a recording.
 #include <iostream>
 
 #include <values/valuebase.h>

@@ -1,3 +1,4 @@
+// Parsing frequencies in Hz and times in ms, s, min, h and d.
 #include "units.h"
 
 #include <charconv>

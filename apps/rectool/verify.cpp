@@ -1,3 +1,4 @@
+// The verb "verify": checks everything in recordings, with a verdict for each file.
 #include <iostream>
 
 #include <recording2/inspection/verification.h>

@@ -1,3 +1,4 @@
+// The options of zelvod, its help, and the exit codes that it explains.
 #include "commandline.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The command line of zelvod, the service that takes recordings to the archive.
 #pragma once
 
 #include <optional>

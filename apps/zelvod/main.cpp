@@ -1,3 +1,4 @@
+// zelvod: moves finished recordings to the archive's storage until it is told to stop.
 #include <cstdio>
 #include <exception>
 #include <string>

@@ -1,3 +1,4 @@
+// A run of the mover as text or JSON line, and whether it is news.
 #include "report.h"
 
 #include <QDateTime>

@@ -1,3 +1,4 @@
+// Setting up or running the mover under a lock, with pauses between its runs.
 #include "service.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// What Windows and the others make of a file's name, each behind its own #if.
 #include "filenames.h"
 
 #include <filesystem>

@@ -1,3 +1,4 @@
+// The buffer of a file being appended to: filled, handed over, kept in the journal.
 #include "files.h"
 
 #include <cstring>

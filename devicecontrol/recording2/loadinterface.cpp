@@ -1,3 +1,4 @@
+// Making and deleting a recorder for the host; one that finds no memory is traced.
 #include "loadinterface.h"
 
 #include <new>

@@ -1,3 +1,4 @@
+// Replays the bearings of a time span into a map, first the channel range.
 #include "mappinggenerator.h"
 
 #include <string>

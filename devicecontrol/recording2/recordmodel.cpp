@@ -1,3 +1,4 @@
+// Texts and lengths of headers and records, and looking up a type's number.
 #include "recordmodel.h"
 
 #include <algorithm>

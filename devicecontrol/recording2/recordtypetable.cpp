@@ -1,3 +1,4 @@
+// The table of the 48 keywords itself, and the values attached to them.
 #include "recordtypetable.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// A change noted in FILE.undo, made, and taken back where it was not finished.
 #include "rewriting.h"
 
 #include <algorithm>

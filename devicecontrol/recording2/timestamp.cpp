@@ -1,3 +1,4 @@
+// Setting, comparing, shifting and printing a time stamp, also one that holds no time.
 #include "timestamp.h"
 
 #include <new>

@@ -1,3 +1,4 @@
+// Takes the fenced blocks of one kind out of a document.
 #include "documentexamples.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// All fuzz targets by their names.
 #include "target.h"
 
 #include <algorithm>

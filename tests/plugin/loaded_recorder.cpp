@@ -1,3 +1,4 @@
+// Loads the plug-in once and finds its two entry points.
 #include "loaded_recorder.h"
 
 #include <stdexcept>

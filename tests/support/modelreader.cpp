@@ -1,3 +1,4 @@
+// Parsing sound recordings whole, and stepping through others field by field with a standard stream.
 #include "support/modelreader.h"
 
 #include <iterator>

@@ -1,3 +1,4 @@
+// Header, types, records and tables as bytes, and files of them read and written.
 #include "support/recordingbytes.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Three recordings of live values: one of every kind, one of bearings, one to plot.
 #include "samplerecording.h"
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// The bytes that CFileAccess writes: header, times, data, and where the tables end.
 #include <algorithm>
 
 #include "fileaccess_fixture.h"

@@ -1,3 +1,4 @@
+// Opening, closing, renaming and copying CFileAccess, and what an invalid or closed one answers.
 #include <algorithm>
 
 #include <QDir>

@@ -1,3 +1,4 @@
+// Writing records, type tables and headers: times that move on, and where each block lands.
 #include "fileaccess_fixture.h"
 #include "support/modelreader.h"
 

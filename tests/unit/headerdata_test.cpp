@@ -1,3 +1,4 @@
+// The header object of the interface: version, texts and times, copied and assigned.
 #include <gtest/gtest.h>
 
 #include <recording2/recordmodel.h>

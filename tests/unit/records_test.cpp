@@ -1,3 +1,4 @@
+// Records and type tables of the interface: their data, searches, copies and moves.
 #include <gtest/gtest.h>
 
 #include <string>

@@ -1,3 +1,4 @@
+// CTimeStamp: stamps without a time, conversions, distances, texts, and the current time.
 #include <gtest/gtest.h>
 
 #include <QTimeZone>

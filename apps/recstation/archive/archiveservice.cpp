@@ -1,3 +1,4 @@
+// A thread moves recordings during the run and reports on them at its end.
 #include "archiveservice.h"
 
 #include <atomic>

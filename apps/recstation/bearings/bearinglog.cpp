@@ -1,3 +1,4 @@
+// Reading a direction-finding log row by row, and the walk that surveys all of it.
 #include "bearings/bearinglog.h"
 
 #include <algorithm>

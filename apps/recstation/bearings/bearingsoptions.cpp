@@ -1,3 +1,4 @@
+// The options of the source "bearings" and the example in its help.
 #include "bearings/bearingssource.h"
 
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// Surveying a log of bearings first, then showing its rows at their times.
 #include "bearings/bearingssource.h"
 
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// The bearing map, frequency and position of a log's direction finder, set bearing by bearing.
 #include "bearings/bearingsvalues.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Reading CSV character by character: quotes, line ends, and the guess which separator it has.
 #include "bearings/csvreader.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Opening a log twice: files anew, what comes from a pipe out of memory.
 #include "bearings/loginput.h"
 
 #include <stdexcept>

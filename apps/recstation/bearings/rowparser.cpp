@@ -1,3 +1,4 @@
+// The columns of a log, and the time, place, frequency and azimuth in its rows.
 #include "bearings/rowparser.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Creating, changing and removing values of the tree as lines of a feed say.
 #include "feedapply.h"
 
 #include <memory>

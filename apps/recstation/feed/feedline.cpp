@@ -1,3 +1,4 @@
+// Parsing a feed's line key by key, and sentences about what is wrong in it.
 #include "feedline.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Playing a feed: its order of times, bad lines, recorders switched on and off.
 #include "feedsource.h"
 
 #include <algorithm>

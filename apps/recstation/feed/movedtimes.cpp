@@ -1,3 +1,4 @@
+// The first map with a time of its own, and the changes before it.
 #include "movedtimes.h"
 
 #include "input/isotime.h"

@@ -1,3 +1,4 @@
+// Telling the first bad lines one by one, then how many more there were.
 #include "input/badlines.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// Opening a file or the standard input; a wish to stop ends the read.
 #include "input/byteinput.h"
 
 #include <memory>

@@ -1,3 +1,4 @@
+// Parsing ISO 8601 to the microsecond, and writing moments and spans of time as text.
 #include "input/isotime.h"
 
 #include <QDateTime>

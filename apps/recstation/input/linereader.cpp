@@ -1,3 +1,4 @@
+// Cutting lines out of a buffer; one that is too long is dropped, but counted.
 #include "input/linereader.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Date formats as patterns; parsing of dates, times of day and offsets from UTC.
 #include "input/logtime.h"
 
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// Validators: no recording as input, an offset from UTC, a time after 1970.
 #include "input/optionchecks.h"
 
 #include <string>

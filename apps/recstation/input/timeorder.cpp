@@ -1,3 +1,4 @@
+// Keeping times from going back, and the sentence about the rows that did.
 #include "input/timeorder.h"
 
 #include <algorithm>

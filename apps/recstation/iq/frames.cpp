@@ -1,3 +1,4 @@
+// Averaging segments to spectra, and leaving out those without finite numbers.
 #include "iq/frames.h"
 
 #include <cmath>

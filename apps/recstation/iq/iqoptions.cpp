@@ -1,3 +1,4 @@
+// The options of the source "iq" and the examples in its help.
 #include "iq/iqsource.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// Choosing sample format, rate, centre, start and FFTs, or saying what is missing.
 #include "iq/iqplan.h"
 
 #include <algorithm>

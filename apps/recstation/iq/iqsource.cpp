@@ -1,3 +1,4 @@
+// Playing IQ samples frame by frame, each at the time of its first sample.
 #include "iq/iqsource.h"
 
 #include <cmath>

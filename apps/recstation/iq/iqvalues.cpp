@@ -1,3 +1,4 @@
+// The spectrum, level and settings of a receiver, set from frames of IQ samples.
 #include "iq/iqvalues.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// Names and suffixes of sample formats, and the decoding of bytes to complex samples.
 #include "iq/sampleformat.h"
 
 #include <algorithm>

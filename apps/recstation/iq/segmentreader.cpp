@@ -1,3 +1,4 @@
+// Keeping the overlap of the last segment, and filling up the rest from the input.
 #include "iq/segmentreader.h"
 
 #include <algorithm>

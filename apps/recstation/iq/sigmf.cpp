@@ -1,3 +1,4 @@
+// Reading the JSON of SigMF metadata, and refusing recordings laid out in another way.
 #include "iq/sigmf.h"
 
 #include <stdexcept>

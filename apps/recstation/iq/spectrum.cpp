@@ -1,3 +1,4 @@
+// Windows, the FFT, and the averaging of power channel by channel.
 #include "iq/spectrum.h"
 
 #include <algorithm>

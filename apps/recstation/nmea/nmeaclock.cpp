@@ -1,3 +1,4 @@
+// Placing times of day on days: midnights, dates, and the rollover of GPS weeks.
 #include "nmea/nmeaclock.h"
 
 namespace recstation {

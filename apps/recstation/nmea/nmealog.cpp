@@ -1,3 +1,4 @@
+// Grouping sentences of one time, holding those without a date, spreading those without a time.
 #include "nmea/nmealog.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Reading the fields of GGA, RMC, VTG, HDT, HDG and PASHR sentences.
 #include "nmea/nmeamessage.h"
 
 #include <algorithm>

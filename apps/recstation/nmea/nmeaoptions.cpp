@@ -1,3 +1,4 @@
+// The options of the source "nmea" and the examples in its help.
 #include "nmea/nmeasource.h"
 
 #include <CLI/CLI.hpp>

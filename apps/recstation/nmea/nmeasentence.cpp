@@ -1,3 +1,4 @@
+// Parsing one line: tag block, checksum, type and fields.
 #include "nmea/nmeasentence.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Playing the fixes of an NMEA log, also those still held at a stop.
 #include "nmea/nmeasource.h"
 
 #include <algorithm>

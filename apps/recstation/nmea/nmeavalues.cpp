@@ -1,3 +1,4 @@
+// Attaching position, speed and attitude in the tree, and setting what a fix tells.
 #include "nmea/nmeavalues.h"
 
 #include <limits>

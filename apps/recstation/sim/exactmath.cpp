@@ -1,3 +1,4 @@
+// Sine, logarithm, azimuth and random numbers by series that round alike everywhere.
 #include "exactmath.h"
 
 #include <cmath>

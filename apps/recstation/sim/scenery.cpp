@@ -1,3 +1,4 @@
+// The table of transmitters, the vehicle's way round the block, signals and noise.
 #include "scenery.h"
 
 #include <algorithm>

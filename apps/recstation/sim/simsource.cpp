@@ -1,3 +1,4 @@
+// The timetable of the simulation: sweeps, levels, bearings, the vehicle, and the operator's tuning.
 #include "simsource.h"
 
 #include <algorithm>

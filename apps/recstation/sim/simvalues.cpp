@@ -1,3 +1,4 @@
+// The tables of keyword values and selection items, and their creation in the tree.
 #include "simvalues.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// When a sweep is complete, and how its rows share one grid of channels.
 #include "sweep/sweepassembly.h"
 
 #include <algorithm>

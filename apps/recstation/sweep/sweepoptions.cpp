@@ -1,3 +1,4 @@
+// The options of the source "sweep" and the examples in its help.
 #include "sweep/sweepsource.h"
 
 #include <CLI/CLI.hpp>

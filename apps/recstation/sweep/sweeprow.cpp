@@ -1,3 +1,4 @@
+// Parsing a row: time, band, bins and levels, also of a line cut off.
 #include "sweep/sweeprow.h"
 
 #include <array>

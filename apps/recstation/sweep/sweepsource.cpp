@@ -1,3 +1,4 @@
+// Reading rows until a sweep is whole, and showing it as one spectrum.
 #include "sweep/sweepsource.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The RF spectrum and scan range of a receiver, set sweep by sweep.
 #include "sweep/sweepvalues.h"
 
 #include <memory>

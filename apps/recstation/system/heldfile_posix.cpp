@@ -1,3 +1,4 @@
+// A held file by its descriptor, and new memory where a mapped journal was cut.
 #include "heldfile.h"
 
 #include <algorithm>

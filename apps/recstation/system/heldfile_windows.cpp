@@ -1,3 +1,4 @@
+// Nothing is held or guarded on Windows: every answer says that all is well.
 #include "heldfile.h"
 
 namespace recstation {

@@ -1,3 +1,4 @@
+// Stop signals that end every wait for input through a pipe, on POSIX systems.
 #include <array>
 #include <atomic>
 #include <cerrno>

@@ -1,3 +1,4 @@
+// Console events that cancel a read and wait for the files, on Windows.
 #include <fcntl.h>
 #include <io.h>
 

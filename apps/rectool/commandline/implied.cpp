@@ -1,3 +1,4 @@
+// Guessing the verb that was left out, and the one that was meant.
 #include "implied.h"
 
 #include <algorithm>
@@ -39,7 +40,7 @@ std::string callOf(const CLI::App& verb)
     return isOuter ? verb.get_name() : callOf(*parent) + ' ' + verb.get_name();
 }
 
-/// "plot needs to know what: spectrum, level or bearings"
+/// "plot needs to know what: spectrum, level, bearings or timeline"
 std::string needsToKnowWhat(const CLI::App& verb)
 {
     std::string list;

@@ -1,3 +1,4 @@
+// The search for the place that bearings agree on best, and the ellipse around it.
 #include "fix.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Sorting sightings by transmitter and time, and parting them into windows.
 #include "fixgroups.h"
 
 #include <algorithm>

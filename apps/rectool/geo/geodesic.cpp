@@ -1,3 +1,4 @@
+// Distance, azimuth and the end of a line of bearing, computed on the ellipsoid.
 #include "geodesic.h"
 
 #include <GeographicLib/Geodesic.hpp>

@@ -1,3 +1,4 @@
+// Points along lines of bearing and ellipses, cut at the antimeridian and closed around poles.
 #include "shapes.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Ticks and labels of time, frequency and number axes, and lines for the bookmarks.
 #include "axes.h"
 
 #include <algorithm>

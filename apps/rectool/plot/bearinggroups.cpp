@@ -1,3 +1,4 @@
+// Turning bearings by the heading; groups of the ten busiest channels and of all others.
 #include "bearinggroups.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Counting bearings by frequency, and keeping one point for each pixel.
 #include "bearingpoints.h"
 
 #include <algorithm>

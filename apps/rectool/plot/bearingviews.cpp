@@ -1,3 +1,4 @@
+// Drawing azimuths over time, and the polar view with its rings and directions.
 #include "bearingviews.h"
 
 #include <algorithm>

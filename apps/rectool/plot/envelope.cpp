@@ -1,3 +1,4 @@
+// The lowest and highest value of each column, in two bars where angles wrap around.
 #include "envelope.h"
 
 #include <algorithm>

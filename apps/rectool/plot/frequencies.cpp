@@ -1,3 +1,4 @@
+// Spans that channels cover, pieces of a broken axis, and the channels of each column.
 #include "frequencies.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Moving crowded labels apart, and leaving out those that find no place near by.
 #include "labels.h"
 
 #include <algorithm>

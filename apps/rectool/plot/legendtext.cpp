@@ -1,3 +1,4 @@
+// Frequencies in one unit, with as many decimals as the most exact of them needs.
 #include "legendtext.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// A gradient from black to yellow, and the levels at which it begins and ends.
 #include "levelcolours.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Collecting recorded numbers as series, and drawing them as steps or as columns of pixels.
 #include "levelpanel.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Checking the picture's file, laying out titles and panels, saving, and the JSON about it.
 #include "picture.h"
 
 #include <algorithm>

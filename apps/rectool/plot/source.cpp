@@ -1,3 +1,4 @@
+// Putting recordings on tracks and one axis of time, and walking through their records.
 #include "source.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Choosing RF and IF spectra, and surveying their ranges, times and records.
 #include "spectra.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Binning levels into pixels: the maximum or the mean over channels and time.
 #include "spectrumgrid.h"
 
 #include <algorithm>

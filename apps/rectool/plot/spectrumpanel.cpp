@@ -1,3 +1,4 @@
+// Drawing the waterfall: pieces of the frequency axis, colour bar, marks of new ranges.
 #include "spectrumpanel.h"
 
 #include <algorithm>

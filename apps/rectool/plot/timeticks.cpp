@@ -1,3 +1,4 @@
+// Choosing a step of time that people count in, and labelling its multiples.
 #include "timeticks.h"
 
 #include <array>

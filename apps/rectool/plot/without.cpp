@@ -1,3 +1,4 @@
+// Built without plotting: every verb that draws says so.
 #include <iostream>
 
 #include "plot.h"

@@ -1,3 +1,4 @@
+// Reading the reference recording, and finding its records again in a recovered one.
 #include "comparison.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Killing recording processes, cutting files, limiting their size, and judging what was recovered.
 #include "faults.h"
 
 #include <algorithm>

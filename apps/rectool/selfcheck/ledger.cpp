@@ -1,3 +1,4 @@
+// Two numbers in a mapped file, which outlive the process that counts.
 #include "ledger.h"
 
 #include <QByteArray>

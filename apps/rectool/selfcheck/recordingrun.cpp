@@ -1,3 +1,4 @@
+// A station of one level and one spectrum, with a clock set step by step.
 #include "recordingrun.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// Arguments and file names for the library, Qt and the file system.
 #include "filenames.h"
 
 #include <recording2/inspection/filename.h>

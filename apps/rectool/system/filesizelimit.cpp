@@ -1,3 +1,4 @@
+// Limiting how large this process's files may grow; Windows cannot.
 #include "filesizelimit.h"
 
 #if !defined(_WIN32)

@@ -1,3 +1,4 @@
+// Signal handlers that only note the interrupt, while an object wants it noted.
 #include "interrupt.h"
 
 #include <atomic>

@@ -1,3 +1,4 @@
+// Whether a stream is a terminal and has colours, and streams made ready for UTF-8.
 #include "terminal.h"
 
 #if defined(_WIN32)

@@ -1,3 +1,4 @@
+// Console events that end a wait, on Windows, and binary output streams.
 #include <atomic>
 #include <cstdio>
 #include <limits>

@@ -1,3 +1,4 @@
+// Numbers, times and strings taken from the buffered bytes, damaged ones as replay takes them.
 #include "cursor.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Floats with six digits, times in eight bytes, and strings behind their length.
 #include "encode.h"
 
 namespace Recording2::Format {

@@ -1,3 +1,4 @@
+// Checks and slots of the journal's first page, stored in an order that survives kills.
 #include "journal.h"
 
 #include <atomic>

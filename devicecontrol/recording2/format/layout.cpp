@@ -1,3 +1,4 @@
+// The fields of the header record and of a type entry, in their order.
 #include "layout.h"
 
 namespace Recording2::Format {

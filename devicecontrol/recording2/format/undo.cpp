@@ -1,3 +1,4 @@
+// The bytes before and after each change, and a check over all of them.
 #include "undo.h"
 
 #include "journal.h"

@@ -1,3 +1,4 @@
+// Looking up times and positions, with a sort only for a table out of order.
 #include "timeindex.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// What is wrong with a field, in words, and the check of its separator.
 #include "fieldreader.h"
 
 #include "../format/encode.h"

@@ -1,3 +1,4 @@
+// What a file is by its first bytes, its header's fields, its blocks' positions.
 #include "inspection.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Header, types, entries and tail of a left journal, each believed only with its check.
 #include "journalreader.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Finding unfinished outputs by name, lock and blank header, and removing them.
 #include "leftparts.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The start of a recording, to the second in UTC, out of its file's name.
 #include "recordingname.h"
 
 #include <chrono>

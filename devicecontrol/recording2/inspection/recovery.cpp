@@ -1,3 +1,4 @@
+// Recovery with a journal and without one, and the new file that both write.
 #include "recovery.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Lost times spread evenly between those that are known, each millisecond taken once.
 #include "repairedtimes.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The search for header, blocks, times, records and bookmarks among damaged or shifted bytes.
 #include "salvage.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Where each table ends, and its entries read one by one until they are damaged.
 #include "tables.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The checks of header, gaps, types, channel ranges and time span, and their remarks.
 #include "verification.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// From record to record, each beside its entry of the time table, on behind damage.
 #include <algorithm>
 
 #include "../format/layout.h"

@@ -1,3 +1,4 @@
+// Files, locks, mappings and renaming as Linux and other POSIX systems give them.
 #include "nativefile.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Files, locks, mappings and renaming as Windows gives them.
 #include "nativefile.h"
 
 #include <windows.h>

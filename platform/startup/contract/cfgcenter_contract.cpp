@@ -1,3 +1,4 @@
+// What a host's configuration promises: instances, keys, types, and errors with file and line.
 #include <functional>
 #include <memory>
 #include <string>

@@ -1,3 +1,4 @@
+// What every plug-in object does before it adds anything of its own.
 #include <gtest/gtest.h>
 
 #include <startup/dllinstance.h>

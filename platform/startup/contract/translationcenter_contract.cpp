@@ -1,3 +1,4 @@
+// Translation contexts: registered as often as they are used, and listed sorted.
 #include <gtest/gtest.h>
 
 #include <startup/translationcenter.h>

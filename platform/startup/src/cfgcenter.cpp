@@ -1,3 +1,4 @@
+// Reads the TOML file, keeps it as the configuration in force, gives its tables.
 #include <startup/cfgcenter.h>
 
 #include <algorithm>

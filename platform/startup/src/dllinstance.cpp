@@ -1,3 +1,4 @@
+// A plug-in object that has a name and does nothing by itself.
 #include <startup/dllinstance.h>
 
 IDllInstance::IDllInstance(const QString& instanceName) : m_instanceName(instanceName)

@@ -1,3 +1,4 @@
+// Counts how often each translation context is registered.
 #include <startup/translationcenter.h>
 
 #include <QMap>

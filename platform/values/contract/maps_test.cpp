@@ -1,3 +1,4 @@
+// Maps of levels and bearings: ranges, cells, notifications, and their texts written and applied.
 #include <array>
 #include <cmath>
 #include <limits>

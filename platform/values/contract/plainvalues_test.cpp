@@ -1,3 +1,4 @@
+// Booleans, texts and numbers: who is told of a change, and which recorded states apply.
 #include <limits>
 
 #include <gmock/gmock.h>

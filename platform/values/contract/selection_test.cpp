@@ -1,3 +1,4 @@
+// Selections: items added, chosen and deleted, their recording texts, and the cost of many items.
 #include <chrono>
 
 #include <gmock/gmock.h>

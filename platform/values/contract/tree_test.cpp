@@ -1,3 +1,4 @@
+// The value tree: paths, removal, its end, and the pointers that attach to its values.
 #include <memory>
 #include <stdexcept>
 

@@ -1,3 +1,4 @@
+// Levels as three digits of 0.01 dB or written out, bearings as their numbers.
 #include "cells.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Ranges and cells of maps, which cells a change carries, and applying recorded ones.
 #include <values/maps.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Which kind of value wrote a text, and a fresh value of that kind.
 #include <values/recordingtext.h>
 
 #include <optional>

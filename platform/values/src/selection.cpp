@@ -1,3 +1,4 @@
+// Items found by name and key, and the selected one as a recording text.
 #include <values/selection.h>
 
 #include <bit>

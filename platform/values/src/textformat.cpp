@@ -1,3 +1,4 @@
+// Commands, numbers and escaped strings of recording texts, written and taken apart.
 #include "textformat.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// Values put into the tree, found and removed, and pointers that lose theirs in time.
 #include <values/tree.h>
 
 #include <exception>

@@ -1,3 +1,4 @@
+// Setting plain values, what is a change of them, and their recording texts.
 #include <values/value.h>
 
 #include <array>

@@ -1,3 +1,4 @@
+// A round of notification, and the change's text that is built once in it.
 #include <values/valuebase.h>
 
 #include <array>

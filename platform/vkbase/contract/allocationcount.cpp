@@ -1,3 +1,4 @@
+// The operators new and delete of the test program, which count.
 #include "allocationcount.h"
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// Date-times: made from dates in UTC, counted in days, formatted in English with any offset.
 #include <limits>
 
 #include <QLocale>

@@ -1,3 +1,4 @@
+// Rounds of notification: their order, and observers that come, go or fail meanwhile.
 #include <functional>
 #include <memory>
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// The clock: the system's time, or that of its replacement.
 #include <chrono>
 
 #include <gtest/gtest.h>

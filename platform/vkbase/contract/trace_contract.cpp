@@ -1,3 +1,4 @@
+// Traces: the category that a message goes to, its text, the process's mask.
 #include <cstdint>
 #include <vector>
 

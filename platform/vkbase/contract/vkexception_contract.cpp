@@ -1,3 +1,4 @@
+// The exception's message, source, function and line, also when it is copied.
 #include <stdexcept>
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Dates and times of day as microseconds since 1970, and their texts in English.
 #include <vkbase/datetime.h>
 
 #include <algorithm>

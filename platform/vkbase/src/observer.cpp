@@ -1,3 +1,4 @@
+// The list of observers, and the rounds that survive its changes and its end.
 #include <vkbase/observer.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The system's clock in microseconds, and the replacement that a host sets.
 #include <vkbase/quonos.h>
 
 #include <chrono>

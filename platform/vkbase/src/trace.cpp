@@ -1,3 +1,4 @@
+// The logging categories in use, and messages that are sent to them.
 #include <vkbase/trace.h>
 
 #include <map>

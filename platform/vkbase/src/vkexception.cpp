@@ -1,3 +1,4 @@
+// The place that an exception carries with its message.
 #include <vkbase/vkexception.h>
 
 #include <utility>

@@ -1,3 +1,4 @@
+// What a client answers where no archive is set up, and which texts are addresses.
 #include <QStringList>
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Setting an archive up, and its status, files, fetching and verification.
 #include <zelvo/archive.h>
 
 #include "cache.h"

@@ -1,3 +1,4 @@
+// Copying out of the storage with the hash checked, and making room in the cache.
 #include "cache.h"
 
 #include <algorithm>

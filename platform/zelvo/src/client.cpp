@@ -1,3 +1,4 @@
+// What a client registers, hands over and opens: waiting, edited and stored files.
 #include <map>
 
 #include <vector>

@@ -1,3 +1,4 @@
+// Reads and checks the archive's table, and keeps the configuration of the process.
 #include "configuration.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// Connecting to SQLite or PostgreSQL, statements, transactions, and how their failures are told.
 #include "database.h"
 
 #include <atomic>

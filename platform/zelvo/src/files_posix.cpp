@@ -1,3 +1,4 @@
+// Copying, flushing, renaming and locking the archive's files on Linux and other POSIX systems.
 #include <algorithm>
 #include <array>
 #include <cerrno>

@@ -1,3 +1,4 @@
+// Copying, flushing, renaming and locking the archive's files on Windows.
 #include <algorithm>
 #include <system_error>
 #include <vector>

@@ -1,3 +1,4 @@
+// One run: files that are due are copied, compared and deleted, expired ones removed.
 #include "movercore.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Which group ids, addresses and file names are allowed, and how stored files are called.
 #include "names.h"
 
 #include <QDateTime>

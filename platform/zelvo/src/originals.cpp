@@ -1,3 +1,4 @@
+// The names that closing or recovery may have given a recording, and choosing among them.
 #include "originals.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The journal's table of the files on the disk: noted, changed, shared and forgotten.
 #include "origins.h"
 
 #include <QVariant>

@@ -1,3 +1,4 @@
+// The SQL of groups, files and stations, and from the journal to the shared registry.
 #include "registry.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Setting up a station's directory, its living processes, its locks, its files' paths.
 #include "station.h"
 
 #include <map>

@@ -1,3 +1,4 @@
+// Reading and checking the storage's mark, and directories that no link leads out of.
 #include "storage.h"
 
 #include <QFile>

@@ -1,3 +1,4 @@
+// The form of an archive address, and the error that archive requests throw.
 #include <zelvo/archive.h>
 #include <zelvo/zelvo.h>
 

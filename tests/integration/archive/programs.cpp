@@ -1,3 +1,4 @@
+// Writes a configuration with an archive, runs the programs, and finds what was stored.
 #include "programs.h"
 
 #include <QDir>

@@ -1,3 +1,4 @@
+// Spectra and numbers that follow from a change's number, and the file they make.
 #include "life.h"
 
 #include <iostream>

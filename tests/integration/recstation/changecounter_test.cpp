@@ -1,3 +1,4 @@
+// How many records a change makes: one for every recorder that watches the value.
 #include "changecounter.h"
 
 #include <gtest/gtest.h>

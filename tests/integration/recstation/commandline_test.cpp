@@ -1,3 +1,4 @@
+// recstation's command line: sources and their options, and which words and values are refused.
 #include "commandline.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// recstation's configurations: the built-in one, files, and what is wrong in one with its line.
 #include "configuration.h"
 
 #include <memory>

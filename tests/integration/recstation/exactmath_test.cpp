@@ -1,3 +1,4 @@
+// The simulation's own mathematics, compared with the standard library.
 #include "sim/exactmath.h"
 
 #include <cmath>

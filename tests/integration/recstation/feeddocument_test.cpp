@@ -1,3 +1,4 @@
+// Every example of doc/feed.md runs, and every bad one is refused.
 #include <algorithm>
 #include <string>
 #include <vector>

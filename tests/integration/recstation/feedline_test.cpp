@@ -1,3 +1,4 @@
+// Single lines of a feed: times, values, creations, ranges and cells, and bad lines.
 #include "feed/feedline.h"
 
 #include <cmath>

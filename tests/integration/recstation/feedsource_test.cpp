@@ -1,3 +1,4 @@
+// Whole feeds: what becomes of the values, their times, and lines that are bad.
 #include "feed/feedsource.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// ISO times, with and without zone, to the microsecond.
 #include <gtest/gtest.h>
 
 #include "input/isotime.h"

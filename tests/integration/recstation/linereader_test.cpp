@@ -1,3 +1,4 @@
+// Lines out of bytes that arrive in pieces, and lines longer than allowed.
 #include "input/linereader.h"
 
 #include <algorithm>

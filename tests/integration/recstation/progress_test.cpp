@@ -1,3 +1,4 @@
+// The progress line: bytes, durations, records and rate as a person would write them.
 #include "progress.h"
 
 #include <gtest/gtest.h>

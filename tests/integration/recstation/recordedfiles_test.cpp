@@ -1,3 +1,4 @@
+// Which files a recorder left: finished, missing, never closed, or archived under an address.
 #include "recordedfiles.h"
 
 #include <QDir>

@@ -1,3 +1,4 @@
+// The run from step to step: how fast it goes, and what ends it.
 #include "runner.h"
 
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// Several sources merged by time, and the simulated clock that follows them.
 #include <string>
 #include <vector>
 

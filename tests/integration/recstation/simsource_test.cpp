@@ -1,3 +1,4 @@
+// The simulated receiver and direction finder: keywords, spectra, bearings, the drive, and the seed.
 #include "sim/simsource.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// When an operator is told that a recording's disk runs full, and how often.
 #include "spacewatch.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// The summary of a run: its files, its remarks, its exit code, and its JSON.
 #include "summary.h"
 
 #include <nlohmann/json.hpp>

@@ -1,3 +1,4 @@
+// Checks a GeoJSON document shape by shape, and makes the recordings to draw.
 #include "geojsontesting.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// A station whose values a seed changes, and the observers that store every change.
 #include "randomrecording.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Takes what a verb prints, and replays files into the state at each moment.
 #include "rectooltesting.h"
 
 #include <fstream>

@@ -1,3 +1,4 @@
+// A program's exit code and output, waited for up to a minute.
 #include "runprogram.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Starts recstation, reads its summary, and takes the records out of its files.
 #include "recordings.h"
 
 #include <QCoreApplication>

@@ -1,3 +1,4 @@
+// What zelvod tells of a run, in JSON and in words, and when.
 #include <nlohmann/json.hpp>
 
 #include <gtest/gtest.h>

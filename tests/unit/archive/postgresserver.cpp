@@ -1,3 +1,4 @@
+// Finds PostgreSQL's programs, makes the cluster, starts it and stops it, never as root.
 #include "postgresserver.h"
 
 #include <QDir>

@@ -1,3 +1,4 @@
+// The archive client's functions, each of which notes its call and gives the test's answer.
 #include "scriptedarchive.h"
 
 using TestSupport::scriptedArchive;

@@ -1,3 +1,4 @@
+// Options for a log of bearings: names of columns, the heading, and the help.
 #include <algorithm>
 #include <string>
 #include <vector>

@@ -1,3 +1,4 @@
+// Logs of bearings: rows that become bearings, their times, positions and units, bad rows.
 #include <cmath>
 #include <string>
 #include <vector>

@@ -1,3 +1,4 @@
+// CSV as logs have it: separators, quotes, line ends, and records without an end.
 #include <algorithm>
 #include <string>
 #include <vector>

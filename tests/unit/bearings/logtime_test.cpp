@@ -1,3 +1,4 @@
+// Dates, times of day and UTC offsets as logs write them.
 #include <stdexcept>
 
 #include <gtest/gtest.h>

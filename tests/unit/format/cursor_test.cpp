@@ -1,3 +1,4 @@
+// Fields read as a standard stream reads them, whatever the bytes and the buffer are.
 #include <recording2/format/cursor.h>
 
 #include <limits>

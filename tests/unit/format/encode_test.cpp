@@ -1,3 +1,4 @@
+// The bytes of numbers, floats, times and strings.
 #include <recording2/format/encode.h>
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// The order of the header's fields, type entries and record heads, written and read back.
 #include <recording2/format/layout.h>
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Fixes: where bearings cross, how large the ellipse is, and when there is no fix.
 #include "geo/fix.h"
 
 #include <cmath>

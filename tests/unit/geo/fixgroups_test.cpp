@@ -1,3 +1,4 @@
+// Which bearings of a transmitter belong to one window of time.
 #include "geo/fixgroups.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// Lines of bearing and ellipses as paths, over the antimeridian and around a pole.
 #include "geo/shapes.h"
 
 #include <algorithm>

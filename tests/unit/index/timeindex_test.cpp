@@ -1,3 +1,4 @@
+// The time index beside two ordered maps, which must answer the same.
 #include <recording2/index/timeindex.h>
 
 #include <map>

@@ -1,3 +1,4 @@
+// What an IQ input is taken for: options, metadata, suffix, and what is missing.
 #include <string>
 
 #include <QFile>

@@ -1,3 +1,4 @@
+// IQ samples as spectra and levels: frequency, level and time, and samples left over.
 #include <algorithm>
 #include <cmath>
 #include <limits>

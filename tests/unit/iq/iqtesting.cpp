@@ -1,3 +1,4 @@
+// Tones and noise in every sample format, and spectra summed up by their definition.
 #include "iqtesting.h"
 
 #include <algorithm>

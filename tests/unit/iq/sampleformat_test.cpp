@@ -1,3 +1,4 @@
+// Sample formats: their bytes as complex numbers, their names and suffixes.
 #include <vector>
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Segments of samples, overlapping or not, from an input that gives few bytes.
 #include <algorithm>
 #include <string>
 

@@ -1,3 +1,4 @@
+// SigMF metadata: what is read of it, and files that are refused.
 #include <string>
 
 #include <QTemporaryDir>

@@ -1,3 +1,4 @@
+// Levels of tones and noise with every window, against theory and the transform's definition.
 #include <algorithm>
 #include <cmath>
 #include <limits>

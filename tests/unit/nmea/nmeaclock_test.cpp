@@ -1,3 +1,4 @@
+// The day of NMEA times: midnight, dates, and dates that lost 1,024 weeks.
 #include <gtest/gtest.h>
 
 #include "nmea/nmeaclock.h"

@@ -1,3 +1,4 @@
+// What each NMEA message gives: time, position, speed, heading, pitch and roll.
 #include <string>
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// The frame of an NMEA sentence: type, fields, checksum, and lines that are none.
 #include <string>
 
 #include <gmock/gmock.h>

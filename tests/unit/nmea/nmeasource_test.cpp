@@ -1,3 +1,4 @@
+// NMEA logs: when each sentence is due, what the values become, and bad lines.
 #include <cmath>
 #include <random>
 #include <string>

@@ -1,3 +1,4 @@
+// Points of a picture of bearings: the busiest channels, and one point for each pixel.
 #include <cmath>
 
 #include <gmock/gmock.h>

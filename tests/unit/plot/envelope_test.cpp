@@ -1,3 +1,4 @@
+// The lowest and highest value of each column of a plot, also on a circle.
 #include <cmath>
 #include <limits>
 

@@ -1,3 +1,4 @@
+// The frequency axis of a picture: spans, gaps, and the columns of each channel.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

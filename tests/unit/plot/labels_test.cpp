@@ -1,3 +1,4 @@
+// Labels beside an axis: moved apart, or left out where there is no room.
 #include <cmath>
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// Spectra binned into the pixels of a waterfall, highest or mean, beside a plain model.
 #include <algorithm>
 #include <cmath>
 #include <limits>

@@ -1,3 +1,4 @@
+// Ticks and labels of a time axis, by the clock or from the start.
 #include <limits>
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// Makes, starts and stops the recorder, and reads its file back in two ways.
 #include "recorder_fixture.h"
 
 #include <algorithm>

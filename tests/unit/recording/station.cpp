@@ -1,3 +1,4 @@
+// The values of all keywords, their switches, the collected traces, the files recorded.
 #include "station.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Stores bookmarks and channel ranges in bytes, and reads both as replay does.
 #include "finishedfile.h"
 
 #include <array>

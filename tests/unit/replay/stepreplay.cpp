@@ -1,3 +1,4 @@
+// Reads record after record by a plain index, and finds the channel range in force.
 #include "stepreplay.h"
 
 #include <utility>

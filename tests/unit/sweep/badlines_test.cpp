@@ -1,3 +1,4 @@
+// Which bad lines are reported, and the fields and numbers of a line.
 #include <string>
 #include <vector>
 

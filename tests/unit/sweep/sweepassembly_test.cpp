@@ -1,3 +1,4 @@
+// Rows put together to sweeps: channels, gaps and overlaps, and where the next sweep begins.
 #include <algorithm>
 #include <cmath>
 #include <functional>

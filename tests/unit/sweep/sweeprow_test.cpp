@@ -1,3 +1,4 @@
+// Single rows of a sweep: time, band, levels and their bins, and bad rows.
 #include <cmath>
 #include <limits>
 #include <string>

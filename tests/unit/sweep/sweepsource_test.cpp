@@ -1,3 +1,4 @@
+// Sweeps as spectra: their times, their channels, and rows that are bad or cut off.
 #include <cmath>
 #include <random>
 #include <string>
