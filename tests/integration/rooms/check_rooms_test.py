@@ -26,10 +26,13 @@ TREE = {
 }
 
 
+OPENING = "// A comment.\n"
+
+
 def check(planted):
     """Exit code and messages for the tree with one more file, or one file replaced."""
     with tempfile.TemporaryDirectory() as folder:
-        for name, text in {**TREE, **planted}.items():
+        for name, text in {**{name: OPENING + text for name, text in TREE.items()}, **planted}.items():
             path = pathlib.Path(folder, name)
             path.parent.mkdir(parents=True, exist_ok=True)
             path.write_bytes(text.encode("latin-1"))
@@ -41,11 +44,12 @@ class CheckRooms(unittest.TestCase):
     def assert_clean(self, planted):
         for name, text in planted.items():
             with self.subTest(file=name, text=text):
-                self.assertEqual(check({name: text}), (0, ""))
+                opening = OPENING if name.endswith((".h", ".cpp")) else ""
+                self.assertEqual(check({name: opening + text}), (0, ""))
 
     def assert_refused(self, name, include):
         with self.subTest(file=name, include=include):
-            code, output = check({name: f"// A comment.\n#include {include}\n"})
+            code, output = check({name: f"{OPENING}#include {include}\n"})
             self.assertEqual(code, 1)
             self.assertTrue(output.startswith(f"{name}:2: {include[1:-1]}: "), output)
             self.assertEqual(output.count("\n"), 1)
@@ -102,7 +106,7 @@ class CheckRooms(unittest.TestCase):
         for text in words:
             for name in ("doc/a.md", "scripts/tool", f"{CORE}/recording.cpp"):
                 with self.subTest(text=text, file=name):
-                    code, output = check({name: f"\n\n{text}\n"})
+                    code, output = check({name: f"{OPENING}\n{text}\n"})
                     self.assertEqual(code, 1)
                     self.assertTrue(output.startswith(f"{name}:3: "), output)
 
@@ -110,6 +114,13 @@ class CheckRooms(unittest.TestCase):
         code, output = check({"doc/spe" + "c.md": ""})
         self.assertEqual(code, 1)
         self.assertIn("the file's name", output)
+
+    def test_a_source_opens_with_a_line_that_says_what_it_is(self):
+        for text in ("", "#include <vector>\n", "\n// Too late.\n"):
+            with self.subTest(text=text):
+                code, output = check({f"{CORE}/recording.cpp": text})
+                self.assertEqual(code, 1)
+                self.assertTrue(output.startswith(f"{CORE}/recording.cpp:1: "), output)
 
     def test_ordinary_words_binary_files_and_build_folders_pass(self):
         self.assert_clean({"doc/a.md": "a special part of the network/library, part 21, ../shared/data, an issue\n",
