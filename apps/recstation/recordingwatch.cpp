@@ -6,7 +6,7 @@
 #include <QFileInfo>
 
 #include <recording2/inspection/inspection.h>
-#include <recording2/inspection/recovery.h>
+#include <recording2/inspection/rescue/recovery.h>
 #include <recording2/inspection/verification.h>
 
 #include "recordedfiles.h"

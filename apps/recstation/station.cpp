@@ -9,7 +9,7 @@
 #include <QDir>
 #include <QFileInfo>
 
-#include <recording2/inspection/leftparts.h>
+#include <recording2/inspection/rescue/leftparts.h>
 #include <terminaltext/nearestword.h>
 
 #include "bearings/bearingssource.h"
@@ -23,7 +23,7 @@
 #include "system/hostsystem.h"
 #include "unfinished.h"
 
-#include <recording2/inspection/journalreader.h>
+#include <recording2/inspection/rescue/journalreader.h>
 
 namespace recstation {
 

@@ -10,7 +10,7 @@
 #include <QFileInfo>
 
 #include <recording2/inspection/inspection.h>
-#include <recording2/inspection/recovery.h>
+#include <recording2/inspection/rescue/recovery.h>
 
 #include "recordedfiles.h"
 

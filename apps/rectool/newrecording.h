@@ -10,7 +10,7 @@
 
 #include <recording2/fileaccess.h>
 #include <recording2/inspection/inspection.h>
-#include <recording2/inspection/leftparts.h>
+#include <recording2/inspection/rescue/leftparts.h>
 
 #include "commands.h"
 #include "json.h"

@@ -2,7 +2,7 @@
 #include <iostream>
 #include <string>
 
-#include <recording2/inspection/recovery.h>
+#include <recording2/inspection/rescue/recovery.h>
 
 #include "commands.h"
 #include "json.h"

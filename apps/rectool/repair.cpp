@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include <recording2/inspection/repairedtimes.h>
-#include <recording2/inspection/salvage.h>
+#include <recording2/inspection/rescue/repairedtimes.h>
+#include <recording2/inspection/rescue/salvage.h>
 #include <recording2/inspection/verification.h>
 #include <values/recordingtext.h>
 

@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 #include <recording2/format/journal.h>
-#include <recording2/inspection/recovery.h>
+#include <recording2/inspection/rescue/recovery.h>
 #include <recording2/inspection/verification.h>
 
 #include "target.h"

@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 #include <QTemporaryDir>
 
-#include <recording2/inspection/salvage.h>
+#include <recording2/inspection/rescue/salvage.h>
 
 #include "support/recordingbytes.h"
 

@@ -13,7 +13,7 @@
 #include <QFileInfo>
 #include <QProcess>
 
-#include <recording2/inspection/recovery.h>
+#include <recording2/inspection/rescue/recovery.h>
 
 #include "ledger.h"
 #include "recordingrun.h"

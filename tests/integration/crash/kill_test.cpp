@@ -15,7 +15,7 @@
 
 #include <QTemporaryDir>
 
-#include <recording2/inspection/recovery.h>
+#include <recording2/inspection/rescue/recovery.h>
 
 #include "life.h"
 #include "support/modelreader.h"

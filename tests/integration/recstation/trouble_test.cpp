@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <recording2/inspection/inspection.h>
-#include <recording2/inspection/leftparts.h>
+#include <recording2/inspection/rescue/leftparts.h>
 #include <recording2/inspection/verification.h>
 
 #include "programtest.h"

@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <recording2/inspection/repairedtimes.h>
+#include <recording2/inspection/rescue/repairedtimes.h>
 
 namespace {
 

@@ -8,18 +8,18 @@
 #include <system_error>
 #include <utility>
 
-#include "../files.h"
-#include "../format/layout.h"
-#include "../journal.h"
-#include "../system/nativefile.h"
-#include "fieldreader.h"
-#include "filename.h"
+#include "../../files.h"
+#include "../../format/layout.h"
+#include "../../journal.h"
+#include "../../system/nativefile.h"
+#include "../fieldreader.h"
+#include "../filename.h"
+#include "../recordingname.h"
+#include "../tables.h"
+#include "../verification.h"
 #include "journalreader.h"
 #include "leftparts.h"
-#include "recordingname.h"
 #include "salvage.h"
-#include "tables.h"
-#include "verification.h"
 
 namespace Recording2::Inspection {
 

@@ -5,7 +5,7 @@
 #include <array>
 #include <limits>
 
-#include "fieldreader.h"
+#include "../fieldreader.h"
 
 namespace Recording2::Inspection {
 

@@ -8,10 +8,10 @@
 #include <map>
 #include <utility>
 
-#include "../format/encode.h"
-#include "../format/layout.h"
-#include "fieldreader.h"
-#include "tables.h"
+#include "../../format/encode.h"
+#include "../../format/layout.h"
+#include "../fieldreader.h"
+#include "../tables.h"
 
 namespace Recording2::Inspection {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "inspection.h"
+#include "../inspection.h"
 
 namespace Recording2::Inspection {
 

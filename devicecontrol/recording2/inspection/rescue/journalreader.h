@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "../format/bytesource.h"
-#include "../format/journal.h"
-#include "../format/layout.h"
+#include "../../format/bytesource.h"
+#include "../../format/journal.h"
+#include "../../format/layout.h"
 
 namespace Recording2::Inspection {
 

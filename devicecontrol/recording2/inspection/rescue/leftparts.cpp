@@ -6,10 +6,10 @@
 #include <string_view>
 #include <system_error>
 
-#include "../format/layout.h"
-#include "../system/nativefile.h"
-#include "filename.h"
-#include "inspection.h"
+#include "../../format/layout.h"
+#include "../../system/nativefile.h"
+#include "../filename.h"
+#include "../inspection.h"
 
 namespace Recording2::Inspection {
 
