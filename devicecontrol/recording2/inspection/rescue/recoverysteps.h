@@ -1,0 +1,47 @@
+// The two ways to what is left of a recording: its journal, or the records alone.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "journalreader.h"
+#include "recoveredfile.h"
+#include "recovery.h"
+#include "salvage.h"
+
+namespace Recording2::Inspection {
+
+/// How often progress is told.
+constexpr std::int64_t ProgressBytes = std::int64_t{1} << 20U;
+
+/// Shared by both ways: the user's wishes and the report.
+struct Task {
+    const std::string& recording;
+    const RecoveryOptions& options;
+    Recovery& report;
+    RecoveredFile& output;
+
+    [[nodiscard]] bool goOn(std::int64_t done, std::int64_t all) const
+    {
+        if (options.progress) {
+            options.progress(done, all);
+        }
+        return output.good() && !(options.interrupted && options.interrupted());
+    }
+};
+
+/// Records that the journal knows, and those behind them that it lost.
+/// @return nothing where the journal is of another recording
+std::optional<Found> takeFromJournal(const Task& task, JournalContent journal);
+/// Records where no journal can be used.
+Found takeFromRecords(const Task& task, Salvage salvage);
+
+/// When nobody wrote the recording any more, milliseconds since 1970 UTC; 0 when the file does not tell.
+[[nodiscard]] std::uint64_t lastWriteMs(const std::string& path);
+/// The length of a recording, 0 where its clock times cannot be true.
+[[nodiscard]] std::uint64_t lengthFrom(std::uint64_t startMs, std::uint64_t stopMs);
+/// "1 record", "2 records"
+[[nodiscard]] std::string counted(std::uint64_t number, const std::string& what);
+
+}  // namespace Recording2::Inspection

@@ -1,0 +1,51 @@
+// The steps of salvaging, in their order. Each reads its part of the file and goes on behind what is damaged.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "../fieldreader.h"
+#include "../scan.h"
+#include "salvage.h"
+
+namespace Recording2::Inspection {
+
+/// A table that there is, but not where it should be.
+constexpr std::int32_t NowhereInFile = -1;
+
+/// How far the header leads to the rest of the file.
+struct SalvagedHeader {
+    bool positionsKnown = false;
+    std::int32_t shift = 0;  ///< by which the positions in the file are wrong, because bytes were inserted or lost
+};
+
+/// What the time table names, ascending by position.
+struct SalvagedTimes {
+    std::vector<TimeEntry> entries;
+    bool isSound = false;  ///< every byte of the table belongs to an entry
+    std::int64_t end = 0;  ///< behind the last entry
+};
+
+/// 1. The fields of the header. Those that are damaged are named in the result.
+SalvagedHeader salvageHeader(FileSource& source, Salvage& result);
+
+/// 2. Where the blocks are, by the header and by what stands there: the positions in the result's header, and its
+/// types.
+/// @return the shift with what was found behind the header
+std::int32_t salvagePositions(FileSource& source, std::int32_t shift, Salvage& result);
+
+/// 3. The time table.
+SalvagedTimes salvageTimes(FileSource& source, const Header& header, std::int32_t shift);
+
+/// 4. The records that are whole, their times where they can be believed, and the bytes that are lost.
+void salvageRecords(FileSource& source, const SalvagedTimes& times, Salvage& result,
+                    const std::function<void(std::int64_t, std::int64_t)>& progress);
+
+/// 5. Channel ranges and bookmarks, which stand behind the times.
+void salvageNotes(FileSource& source, bool positionsKnown, std::int64_t timesEnd, Salvage& result);
+
+/// The record at a position: where it ends, 0 when there is none.
+[[nodiscard]] std::int64_t endOfRecord(FieldReader& fields, std::int64_t position);
+
+}  // namespace Recording2::Inspection
