@@ -21,7 +21,7 @@
 #include <recording2/inspection/scan.h>
 #include <recording2/inspection/verification.h>
 
-#include "archivedfiles.h"
+#include "archive/archivedfiles.h"
 #include "json.h"
 #include "moment.h"
 #include "output.h"

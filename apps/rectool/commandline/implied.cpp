@@ -7,7 +7,7 @@
 
 #include <terminaltext/nearestword.h>
 
-#include "../archivedfiles.h"
+#include "../archive/archivedfiles.h"
 #include "../system/filenames.h"
 #include "../text.h"
 

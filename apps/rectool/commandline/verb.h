@@ -7,8 +7,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include "../archive.h"
-#include "../archivedfiles.h"
+#include "../archive/archive.h"
+#include "../archive/archivedfiles.h"
 #include "../recordingtime.h"
 #include "verbs.h"
 
