@@ -44,10 +44,9 @@ if(RECORDING2_COVERAGE)
   add_link_options(-fprofile-instr-generate)
 endif()
 
-# recording2_command_line_sources(SOURCE...): what runs once and includes the command line library, whose templates take
-# long to optimise. Not without any optimisation: inline functions that others use, too, may be linked from them.
-function(recording2_command_line_sources)
-  set_source_files_properties(
-    ${ARGN} PROPERTIES COMPILE_OPTIONS "$<$<CONFIG:Release>:-O1>" SKIP_PRECOMPILE_HEADERS ON
-  )
+# recording2_command_line(TARGET): a library that runs once and includes the command line library, whose templates take
+# long to optimise. Not without any optimisation: inline functions that others use, too, may be linked from it.
+function(recording2_command_line name)
+  target_compile_options(${name} PRIVATE "$<$<CONFIG:Release>:-O1>")
+  set_target_properties(${name} PROPERTIES DISABLE_PRECOMPILE_HEADERS ON UNITY_BUILD_BATCH_SIZE 0)
 endfunction()

@@ -56,7 +56,7 @@ const ValueBase* RecordedValues::find(std::int32_t code) const
 namespace {
 
 /// The lowest and highest number, those that are none left out.
-class Span {
+class MeasuredSpan {
 public:
     void add(double number)
     {
@@ -99,7 +99,7 @@ std::string describeRange(const ChannelRange& range)
 std::string describeLevels(const CellMap<float, values::levelHandler>& map)
 {
     constexpr int Digits = 5;  // hundredths of a decibel
-    Span levels;
+    MeasuredSpan levels;
     for (const float level : map.GetCells()) {
         levels.add(level);
     }
@@ -109,7 +109,7 @@ std::string describeLevels(const CellMap<float, values::levelHandler>& map)
 
 std::string describeBearings(const CellMap<Bearing, BearingHandler>& map)
 {
-    Span azimuths;
+    MeasuredSpan azimuths;
     for (const Bearing& bearing : map.GetCells()) {
         azimuths.add(bearing.azimuthDeg);
     }
