@@ -1,7 +1,6 @@
 // The verb "cut": a part of a recording as a recording of its own.
 #include <algorithm>
 #include <iostream>
-#include <limits>
 #include <map>
 #include <optional>
 #include <set>
@@ -26,13 +25,6 @@ namespace RecTool {
 namespace Inspection = Recording2::Inspection;
 
 namespace {
-
-constexpr std::uint64_t EndOfTime = std::numeric_limits<std::uint64_t>::max();
-
-struct Span {
-    std::uint64_t from = 0;
-    std::uint64_t to = EndOfTime;
-};
 
 /// A part of a recording on its way into a file of its own.
 ///

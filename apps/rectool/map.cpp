@@ -1,7 +1,6 @@
 // The verb "map": the bearing of every channel at the end of a span.
 #include <cmath>
 #include <iostream>
-#include <limits>
 #include <map>
 #include <optional>
 #include <vector>
@@ -27,11 +26,6 @@ namespace Inspection = Recording2::Inspection;
 using values::Bearing;
 
 namespace {
-
-struct Span {
-    std::uint64_t from = 0;
-    std::uint64_t to = std::numeric_limits<std::uint64_t>::max();
-};
 
 /// The bearing map at the end of a span, and when each of its bearings was measured.
 class MapAtEnd {

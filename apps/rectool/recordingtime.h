@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -29,6 +30,12 @@ constexpr const char* TimeForms =
 /// The same, but an empty text leaves the time as it is.
 [[nodiscard]] bool takeTime(const char* name, const std::string& text, const Recording2::Inspection::Summary& summary,
                             std::uint64_t& time);
+
+/// Milliseconds of a recording, the first and the last included; all of it unless something else is said.
+struct Span {
+    std::uint64_t from = 0;
+    std::uint64_t to = std::numeric_limits<std::uint64_t>::max();
+};
 
 /// The same for --from and --to, which must stand in this order.
 /// @param file whose times they are, for the message
