@@ -14,11 +14,11 @@
 #include <values/tree.h>
 #include <zelvo/zelvo.h>
 
+#include "file/files.h"
+#include "file/journal.h"
 #include "fileaccess.h"
-#include "files.h"
 #include "format/layout.h"
 #include "index/timeindex.h"
-#include "journal.h"
 
 namespace Recording2 {
 

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "fileaccess.h"
+#include "record/recordtypetable.h"
 #include "recordmodel.h"
-#include "recordtypetable.h"
 
 namespace Recording2 {
 

@@ -19,10 +19,10 @@
 #include <vkbase/observer.h>
 #include <zelvo/zelvo.h>
 
+#include "file/journal.h"
 #include "fileaccess.h"
-#include "journal.h"
+#include "record/recordtypetable.h"
 #include "recordmodel.h"
-#include "recordtypetable.h"
 #include "system/nativefile.h"
 
 class ICfg;

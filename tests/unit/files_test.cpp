@@ -10,7 +10,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <recording2/files.h>
+#include <recording2/file/files.h>
 
 #include "support/recordingbytes.h"
 

@@ -6,7 +6,7 @@
 
 #include <QTemporaryDir>
 
-#include <recording2/files.h>
+#include <recording2/file/files.h>
 
 #include "support/recordingbytes.h"
 

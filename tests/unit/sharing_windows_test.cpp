@@ -8,7 +8,7 @@
 
 #include <windows.h>
 
-#include <recording2/files.h>
+#include <recording2/file/files.h>
 
 #include "support/recordingbytes.h"
 

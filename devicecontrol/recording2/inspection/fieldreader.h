@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "../files.h"
+#include "../file/files.h"
 #include "../format/cursor.h"
 #include "../system/nativefile.h"
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "../../files.h"
+#include "../../file/files.h"
 #include "../../format/layout.h"
 #include "../../system/nativefile.h"
 #include "../inspection.h"

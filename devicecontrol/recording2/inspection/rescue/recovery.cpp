@@ -8,7 +8,7 @@
 #include <system_error>
 #include <utility>
 
-#include "../../journal.h"
+#include "../../file/journal.h"
 #include "../../system/nativefile.h"
 #include "../filename.h"
 #include "leftparts.h"

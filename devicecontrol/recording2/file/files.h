@@ -10,10 +10,10 @@
 #include <utility>
 #include <vector>
 
-#include "format/bytesource.h"
+#include "../format/bytesource.h"
+#include "../system/nativefile.h"
 #include "journal.h"
 #include "rewriting.h"
-#include "system/nativefile.h"
 
 namespace Recording2 {
 

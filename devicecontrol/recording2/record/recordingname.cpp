@@ -4,8 +4,8 @@
 
 #include <QTextBoundaryFinder>
 
-#include "filenames.h"
-#include "recording.h"
+#include "../filenames.h"
+#include "../recording.h"
 
 namespace Recording2 {
 

@@ -4,7 +4,7 @@
 #include <random>
 #include <system_error>
 
-#include "format/layout.h"
+#include "../format/layout.h"
 
 namespace Recording2 {
 

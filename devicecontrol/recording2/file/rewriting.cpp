@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-#include "format/layout.h"
+#include "../format/layout.h"
 
 namespace Recording2 {
 
