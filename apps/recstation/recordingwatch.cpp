@@ -7,7 +7,7 @@
 
 #include <recording2/inspection/inspection.h>
 #include <recording2/inspection/rescue/recovery.h>
-#include <recording2/inspection/verification.h>
+#include <recording2/inspection/verify/verification.h>
 
 #include "recordedfiles.h"
 #include "unfinished.h"

@@ -19,7 +19,7 @@
 #include <recording2/inspection/inspection.h>
 #include <recording2/inspection/recordingname.h>
 #include <recording2/inspection/scan.h>
-#include <recording2/inspection/verification.h>
+#include <recording2/inspection/verify/verification.h>
 
 #include "archive/archivedfiles.h"
 #include "json.h"

@@ -9,7 +9,7 @@
 
 #include <recording2/inspection/rescue/repairedtimes.h>
 #include <recording2/inspection/rescue/salvage.h>
-#include <recording2/inspection/verification.h>
+#include <recording2/inspection/verify/verification.h>
 #include <values/recordingtext.h>
 
 #include "commands.h"

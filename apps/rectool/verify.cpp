@@ -1,7 +1,7 @@
 // The verb "verify": checks everything in recordings, with a verdict for each file.
 #include <iostream>
 
-#include <recording2/inspection/verification.h>
+#include <recording2/inspection/verify/verification.h>
 
 #include "commands.h"
 #include "json.h"

@@ -16,7 +16,7 @@
 
 #include <recording2/fileaccess.h>
 #include <recording2/inspection/inspection.h>
-#include <recording2/inspection/verification.h>
+#include <recording2/inspection/verify/verification.h>
 #include <recording2/recordmodel.h>
 
 namespace {

@@ -11,7 +11,7 @@
 
 #include <recording2/format/journal.h>
 #include <recording2/inspection/rescue/recovery.h>
-#include <recording2/inspection/verification.h>
+#include <recording2/inspection/verify/verification.h>
 
 #include "target.h"
 

@@ -13,7 +13,7 @@
 #include <gtest/gtest.h>
 #include <QTemporaryDir>
 
-#include <recording2/inspection/verification.h>
+#include <recording2/inspection/verify/verification.h>
 
 #include "support/recordingbytes.h"
 

@@ -9,11 +9,11 @@
 
 #include "../format/layout.h"
 #include "../system/nativefile.h"
-#include "fieldreader.h"
 #include "filename.h"
 #include "recordingname.h"
 #include "scan.h"
-#include "tables.h"
+#include "strict/fieldreader.h"
+#include "strict/tables.h"
 
 namespace Recording2::Inspection {
 

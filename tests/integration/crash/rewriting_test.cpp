@@ -29,7 +29,7 @@
 #include <QTemporaryDir>
 
 #include <recording2/fileaccess.h>
-#include <recording2/inspection/verification.h>
+#include <recording2/inspection/verify/verification.h>
 
 #include "life.h"
 #include "support/recordingbytes.h"

@@ -14,7 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <recording2/inspection/inspection.h>
-#include <recording2/inspection/verification.h>
+#include <recording2/inspection/verify/verification.h>
 
 #include "programtest.h"
 

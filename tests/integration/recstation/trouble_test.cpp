@@ -12,7 +12,7 @@
 
 #include <recording2/inspection/inspection.h>
 #include <recording2/inspection/rescue/leftparts.h>
-#include <recording2/inspection/verification.h>
+#include <recording2/inspection/verify/verification.h>
 
 #include "programtest.h"
 

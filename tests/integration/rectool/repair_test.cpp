@@ -11,7 +11,7 @@
 #include <nlohmann/json.hpp>
 
 #include <recording2/inspection/inspection.h>
-#include <recording2/inspection/verification.h>
+#include <recording2/inspection/verify/verification.h>
 
 #include "filesizelimit.h"
 #include "randomrecording.h"

@@ -5,7 +5,7 @@
 #include <array>
 #include <limits>
 
-#include "../fieldreader.h"
+#include "../strict/fieldreader.h"
 
 namespace Recording2::Inspection {
 

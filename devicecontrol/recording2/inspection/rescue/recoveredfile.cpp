@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "../filename.h"
-#include "../verification.h"
+#include "../verify/verification.h"
 
 namespace Recording2::Inspection {
 

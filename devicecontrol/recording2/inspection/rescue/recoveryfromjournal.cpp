@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "../fieldreader.h"
-#include "../tables.h"
+#include "../strict/fieldreader.h"
+#include "../strict/tables.h"
 #include "recoverysteps.h"
 
 namespace Recording2::Inspection {

@@ -5,8 +5,8 @@
 #include <functional>
 #include <vector>
 
-#include "../fieldreader.h"
 #include "../scan.h"
+#include "../strict/fieldreader.h"
 #include "salvage.h"
 
 namespace Recording2::Inspection {

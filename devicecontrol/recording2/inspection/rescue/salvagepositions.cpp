@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "../../format/layout.h"
-#include "../tables.h"
+#include "../strict/tables.h"
 
 namespace Recording2::Inspection {
 

@@ -1,10 +1,10 @@
 // From record to record, each beside its entry of the time table, on behind damage.
 #include <algorithm>
 
-#include "../format/layout.h"
+#include "../../format/layout.h"
+#include "../inspection.h"
+#include "../scan.h"
 #include "fieldreader.h"
-#include "inspection.h"
-#include "scan.h"
 #include "tables.h"
 
 namespace Recording2::Inspection {

@@ -7,9 +7,9 @@
 #include <map>
 #include <utility>
 
-#include "../format/layout.h"
-#include "fieldreader.h"
-#include "tables.h"
+#include "../../format/layout.h"
+#include "../strict/fieldreader.h"
+#include "../strict/tables.h"
 
 namespace Recording2::Inspection {
 

@@ -7,7 +7,7 @@
 #include <set>
 #include <utility>
 
-#include "../format/layout.h"
+#include "../../format/layout.h"
 #include "fieldreader.h"
 
 namespace Recording2::Inspection {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "inspection.h"
+#include "../inspection.h"
 
 namespace Recording2::Inspection {
 

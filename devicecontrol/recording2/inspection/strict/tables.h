@@ -1,8 +1,8 @@
 // The tables of a file. Each reads its block into the summary and adds what is damaged to the findings.
 #pragma once
 
-#include "../format/bytesource.h"
-#include "inspection.h"
+#include "../../format/bytesource.h"
+#include "../inspection.h"
 
 namespace Recording2::Inspection {
 

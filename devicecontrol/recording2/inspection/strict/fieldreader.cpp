@@ -1,8 +1,8 @@
 // What is wrong with a field, in words, and the check of its separator.
 #include "fieldreader.h"
 
-#include "../format/encode.h"
-#include "filename.h"
+#include "../../format/encode.h"
+#include "../filename.h"
 
 namespace Recording2::Inspection {
 
