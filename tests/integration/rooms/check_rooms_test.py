@@ -21,8 +21,9 @@ TREE = {
     "platform/startup/include/startup/cfgcenter.h": "",
     "apps/rectool/text.h": "",
     "apps/recstation/source.h": "",
-    "platform/zelvo/include/zelvo/archive.h": "",
-    "apps/zelvod/service.h": "",
+    "archive/include/zelvo/archive.h": "",
+    "archive/zelvod/service.h": "",
+    "archive/storage/names.h": "",
 }
 
 
@@ -92,11 +93,16 @@ class CheckRooms(unittest.TestCase):
                         '"devicecontrol/recording2/recording.h"', '"missing.h"'):
             self.assert_refused("apps/rectool/main.cpp", include)
 
+    def test_the_archive_takes_itself_and_what_reads_its_configuration(self):
+        self.assert_clean({"archive/client/client.cpp": '#include <zelvo/archive.h>\n#include "storage/names.h"\n'})
+        for include in ("<recording2/fileaccess.h>", "<vkbase/trace.h>", '"../../apps/recstation/source.h"'):
+            self.assert_refused("archive/client/client.cpp", include)
+
     def test_the_archives_service_knows_nothing_of_recordings(self):
-        self.assert_clean({"apps/zelvod/main.cpp": '#include "service.h"\n#include <zelvo/archive.h>\n'})
+        self.assert_clean({"archive/zelvod/main.cpp": '#include "service.h"\n#include <zelvo/archive.h>\n'})
         for include in ("<recording2/fileaccess.h>", "<recording2/inspection/inspection.h>",
-                        '"../recstation/source.h"'):
-            self.assert_refused("apps/zelvod/main.cpp", include)
+                        '"../storage/names.h"', '"../../apps/recstation/source.h"'):
+            self.assert_refused("archive/zelvod/main.cpp", include)
 
     def test_forbidden_words_are_found_in_every_text_file(self):
         # In pieces, as this file is checked too.

@@ -16,8 +16,8 @@
 #include <zelvo/archive.h>
 #include <zelvo/zelvo.h>
 
-#include "files.h"
-#include "movercore.h"
+#include "mover/movercore.h"
+#include "system/files.h"
 
 namespace ArchiveTests {
 

@@ -6,9 +6,9 @@
 
 #include <QString>
 
-#include "files.h"
-#include "origins.h"
-#include "station.h"
+#include "registry/origins.h"
+#include "station/station.h"
+#include "system/files.h"
 
 namespace Zelvo {
 

@@ -6,7 +6,7 @@
 #include <QDir>
 #include <QFileInfo>
 
-#include "cache.h"
+#include "client/cache.h"
 
 namespace Zelvo {
 

@@ -7,9 +7,9 @@
 #include <QString>
 
 #include "configuration.h"
-#include "database.h"
-#include "files.h"
-#include "registry.h"
+#include "registry/database.h"
+#include "registry/registry.h"
+#include "system/files.h"
 
 namespace Zelvo {
 

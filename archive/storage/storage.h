@@ -4,8 +4,8 @@
 #include <QSet>
 #include <QString>
 
-#include "configuration.h"
-#include "files.h"
+#include "station/configuration.h"
+#include "system/files.h"
 
 namespace Zelvo {
 

@@ -11,10 +11,10 @@
 #include <zelvo/zelvo.h>
 
 #include "cache.h"
-#include "configuration.h"
 #include "originals.h"
-#include "station.h"
-#include "storage.h"
+#include "station/configuration.h"
+#include "station/station.h"
+#include "storage/storage.h"
 
 namespace Zelvo {
 

@@ -3,9 +3,9 @@
 
 #include <QString>
 
-#include "files.h"
-#include "station.h"
-#include "storage.h"
+#include "station/station.h"
+#include "storage/storage.h"
+#include "system/files.h"
 
 namespace Zelvo {
 

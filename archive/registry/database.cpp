@@ -13,8 +13,8 @@
 
 #include <zelvo/archive.h>
 
-#include "files.h"
 #include "schema.h"
+#include "system/files.h"
 
 namespace Zelvo {
 

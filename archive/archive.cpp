@@ -1,12 +1,12 @@
 // Setting an archive up, and its status, files, fetching and verification.
 #include <zelvo/archive.h>
 
-#include "cache.h"
-#include "configuration.h"
-#include "movercore.h"
-#include "originals.h"
-#include "station.h"
-#include "storage.h"
+#include "client/cache.h"
+#include "client/originals.h"
+#include "mover/movercore.h"
+#include "station/configuration.h"
+#include "station/station.h"
+#include "storage/storage.h"
 
 namespace Zelvo {
 

@@ -4,10 +4,10 @@
 #include <memory>
 #include <vector>
 
-#include "files.h"
-#include "originals.h"
-#include "station.h"
-#include "storage.h"
+#include "client/originals.h"
+#include "station/station.h"
+#include "storage/storage.h"
+#include "system/files.h"
 
 namespace Zelvo {
 

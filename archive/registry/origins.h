@@ -7,7 +7,7 @@
 #include <QString>
 
 #include "database.h"
-#include "names.h"
+#include "storage/names.h"
 
 namespace Zelvo {
 

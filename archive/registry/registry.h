@@ -10,8 +10,8 @@
 #include <zelvo/archive.h>
 
 #include "database.h"
-#include "names.h"
 #include "origins.h"
+#include "storage/names.h"
 
 namespace Zelvo {
 
