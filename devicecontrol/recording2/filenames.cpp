@@ -6,7 +6,7 @@
 
 #include <QDir>
 
-#include "system/nativefile.h"
+#include <system/nativefile.h>
 
 #if defined(_WIN32)
 #include <windows.h>

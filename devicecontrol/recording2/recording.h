@@ -19,11 +19,11 @@
 #include <vkbase/observer.h>
 #include <zelvo/zelvo.h>
 
+#include <system/nativefile.h>
 #include "file/journal.h"
 #include "fileaccess.h"
 #include "record/recordtypetable.h"
 #include "recordmodel.h"
-#include "system/nativefile.h"
 
 class ICfg;
 

@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include <system/nativefile.h>
 #include "../format/bytesource.h"
-#include "../system/nativefile.h"
 #include "journal.h"
 #include "rewriting.h"
 

@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include <system/nativefile.h>
 #include "../format/journal.h"
-#include "../system/nativefile.h"
 
 namespace Recording2 {
 

@@ -9,8 +9,8 @@
 #include <span>
 #include <string>
 
+#include <system/nativefile.h>
 #include "../format/undo.h"
-#include "../system/nativefile.h"
 
 namespace Recording2 {
 

@@ -7,8 +7,8 @@
 #include <initializer_list>
 #include <system_error>
 
+#include <system/nativefile.h>
 #include "../format/layout.h"
-#include "../system/nativefile.h"
 #include "filename.h"
 #include "recordingname.h"
 #include "scan.h"

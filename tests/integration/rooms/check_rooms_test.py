@@ -21,6 +21,7 @@ TREE = {
     "platform/startup/include/startup/cfgcenter.h": "",
     "apps/rectool/text.h": "",
     "apps/recstation/source.h": "",
+    "system/file.h": "",
     "archive/include/zelvo/archive.h": "",
     "archive/zelvod/service.h": "",
     "archive/storage/names.h": "",
@@ -65,6 +66,12 @@ class CheckRooms(unittest.TestCase):
                         "<recording2/fileaccess.h>", '"../index/timeindex.h"'):
             self.assert_refused(f"{CORE}/format/layout.cpp", include)
         self.assert_refused(f"{CORE}/index/timeindex.cpp", '"../format/layout.h"')
+
+    def test_the_systems_room_takes_the_system_and_nothing_of_the_project(self):
+        self.assert_clean({"system/file_posix.cpp": '#include "file.h"\n#include <sys/file.h>\n#include <string>\n',
+                           f"{CORE}/recording.cpp": "#include <system/file.h>\n"})
+        for include in ("<QString>", "<vkbase/trace.h>", f'"../{CORE}/recording.h"'):
+            self.assert_refused("system/file_posix.cpp", include)
 
     def test_public_headers_take_no_internal_ones(self):
         self.assert_clean({f"{CORE}/loadinterface.h": "#include <QString>\n#include <recording2/fileaccess.h>\n"

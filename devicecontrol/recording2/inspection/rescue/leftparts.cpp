@@ -6,8 +6,8 @@
 #include <string_view>
 #include <system_error>
 
+#include <system/nativefile.h>
 #include "../../format/layout.h"
-#include "../../system/nativefile.h"
 #include "../filename.h"
 #include "../inspection.h"
 

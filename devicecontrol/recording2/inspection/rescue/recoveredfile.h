@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
+#include <system/nativefile.h>
 #include "../../file/files.h"
 #include "../../format/layout.h"
-#include "../../system/nativefile.h"
 #include "../inspection.h"
 #include "repairedtimes.h"
 

@@ -8,8 +8,8 @@
 #include <system_error>
 #include <utility>
 
+#include <system/nativefile.h>
 #include "../../file/journal.h"
-#include "../../system/nativefile.h"
 #include "../filename.h"
 #include "leftparts.h"
 #include "recoverysteps.h"

@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <string>
 
+#include <system/nativefile.h>
 #include "../../file/files.h"
 #include "../../format/cursor.h"
-#include "../../system/nativefile.h"
 
 namespace Recording2::Inspection {
 

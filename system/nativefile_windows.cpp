@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <system_error>
 
-namespace Recording2::System {
+namespace System {
 
 namespace {
 
@@ -269,4 +269,4 @@ Error renameToNew(const std::filesystem::path& from, const std::filesystem::path
     return errorOf(::MoveFileExW(from.c_str(), to.c_str(), 0));
 }
 
-}  // namespace Recording2::System
+}  // namespace System

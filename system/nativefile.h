@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <string>
 
-namespace Recording2::System {
+namespace System {
 
 /// The operating system's own number of an error; 0 is none.
 using Error = int;
@@ -95,4 +95,4 @@ Error removeFile(const std::filesystem::path& path);
 /// Renames a file unless the new name is taken, which is an error then.
 Error renameToNew(const std::filesystem::path& from, const std::filesystem::path& to);
 
-}  // namespace Recording2::System
+}  // namespace System

@@ -11,7 +11,7 @@
 #include <cstdio>
 #include <system_error>
 
-namespace Recording2::System {
+namespace System {
 
 namespace {
 
@@ -301,4 +301,4 @@ Error renameToNew(const std::filesystem::path& from, const std::filesystem::path
     return errorOf(::rename(from.c_str(), to.c_str()));
 }
 
-}  // namespace Recording2::System
+}  // namespace System
