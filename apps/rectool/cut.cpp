@@ -30,7 +30,8 @@ namespace {
 ///
 /// The state in force just before the span is written first, one record a value. These records take the milliseconds
 /// in front of that moment, so the new recording starts a little before it, and every time is counted from there. The
-/// records of the span follow as they are, so that the parts of a recording can be made that recording again.
+/// last millisecond in front of the span stays free: it tells where the state ends. The records of the span follow as
+/// they are, so that the parts of a recording can be made that recording again.
 class Cut {
 public:
     Cut(const Inspection::Summary& summary, const Span& span, NewRecording& output)
@@ -83,6 +84,13 @@ private:
         bool isRange = false;
     };
 
+    static constexpr std::uint64_t FreeMs = 1;  ///< between the state and the span
+
+    /// @return of the state's records
+    [[nodiscard]] static std::uint64_t firstTime(std::uint64_t lead, std::uint64_t records)
+    {
+        return lead - FreeMs - records;
+    }
     [[nodiscard]] std::uint64_t moved(std::uint64_t time) const { return time - m_span.from + m_lead; }
 
     void begin()
@@ -95,7 +103,7 @@ private:
             const std::vector<StateRecord> records = stateRecordsInOrder();
             m_stateRecords = records.size();
             m_lead = chooseLead(records);
-            std::uint64_t time = m_lead - m_stateRecords;
+            std::uint64_t time = firstTime(m_lead, m_stateRecords);
             for (const StateRecord& record : records) {
                 m_output.write(record.code, record.text, time++, record.isRange);
             }
@@ -138,10 +146,10 @@ private:
     [[nodiscard]] std::uint64_t chooseLead(const std::vector<StateRecord>& records) const
     {
         constexpr std::uint64_t Misread = 11;
-        std::uint64_t lead = records.size() + 1;  // the time of the span's first moment; no record has the time 0
+        // The time of the span's first moment; no record has the time 0.
+        std::uint64_t lead = records.empty() ? 1 : 1 + records.size() + FreeMs;
         const auto misread = [&] {
-            const std::uint64_t index =
-                Misread - (lead - records.size());  // of the state record that is given the time
+            const std::uint64_t index = Misread - firstTime(lead, records.size());  // of the state record at that time
             const bool inState = index < records.size() && records[index].isRange;
             const bool inSpan = lead <= Misread && m_ranges.count(m_span.from + Misread - lead) > 0;
             return inState || inSpan;

@@ -235,14 +235,13 @@ MergeInput surveyForMerge(std::string file, Inspection::Summary summary, bool (*
             MergeInput::Type& type = input.types[record.code];
             const bool again = type.records > 0 && record.code != lastCode;  // one value may take two records
             lastCode = record.code;
-            if (inState && again) {
+            input.firstMs = first ? clock : input.firstMs;
+            input.isPart = first ? record.timeMs < FirstTimeOfRecorder : input.isPart;
+            if (inState && (input.isPart ? clock > input.firstMs + input.stateRecords : again)) {
                 inState = false;
                 input.bodyMs = clock;
             }
             input.stateRecords += inState ? 1 : 0;
-            input.firstMs = first ? clock : input.firstMs;
-            input.isPart = first ? record.timeMs < FirstTimeOfRecorder : input.isPart;
-            input.leadingRecords += inState && clock == input.firstMs + input.leadingRecords ? 1 : 0;
             input.lastMs = clock;
             type.firstMs = type.records == 0 ? clock : type.firstMs;
             ++type.records;

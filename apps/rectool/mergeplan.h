@@ -28,18 +28,20 @@ struct MergeInput {
     std::vector<Recording2::Inspection::Finding> findings;  ///< in the tables and the records
     std::map<std::int32_t, Type> types;                     ///< of the records, by number
     std::uint64_t withoutTime = 0;
-    std::uint64_t firstMs = 0;         ///< clock time of the first record
-    std::uint64_t lastMs = 0;          ///< clock time of the last record
-    std::uint64_t stateRecords = 0;    ///< records in front of the first type that comes back: the state at the start
-    std::uint64_t bodyMs = 0;          ///< clock time of the first record behind them; 0 without one
-    std::uint64_t leadingRecords = 0;  ///< those of the state that take one millisecond after the other
-    bool isPart = false;               ///< it was cut out of another recording: recorders begin later
+    std::uint64_t firstMs = 0;       ///< clock time of the first record
+    std::uint64_t lastMs = 0;        ///< clock time of the last record
+    bool isPart = false;             ///< it was cut out of another recording: recorders begin later
+    std::uint64_t stateRecords = 0;  ///< the state at the start: of a part the records in front of the first free
+                                     ///< millisecond, else those in front of the first type that comes back
+    std::uint64_t bodyMs = 0;        ///< clock time of the first record behind them; 0 without one
 
     [[nodiscard]] bool empty() const { return types.empty(); }
-    /// Where it stands among others: a part begins behind the state that was put in front of it.
+    /// Of a part: the moment from which on it was cut, behind the state in front and the millisecond that stays free.
+    [[nodiscard]] std::uint64_t cutMs() const { return firstMs + stateRecords + 1; }
+    /// Where it stands among others.
     [[nodiscard]] std::uint64_t beginMs() const
     {
-        return isPart ? std::min(firstMs + leadingRecords, summary.header.stopMs) : summary.header.startMs;
+        return isPart ? std::min(cutMs(), summary.header.stopMs) : summary.header.startMs;
     }
 };
 

@@ -31,7 +31,7 @@ public:
             const bool joins = i > 0 && inputs[i].isPart;
             m_continued = m_continued || joins || plan.notBefore[i] > 0;
             if (joins) {
-                m_next.emplace(inputs[i].firstMs, Step::Join, i);
+                m_next.emplace(inputs[i].cutMs(), Step::Join, i);
             } else if (!inputs[i].empty()) {
                 m_next.emplace(std::max(inputs[i].firstMs, plan.notBefore[i]), Step::Put, i);
             }
@@ -52,7 +52,7 @@ public:
                 open(source, step);
             }
             if (step == Step::Join) {
-                join(source, clockMs);
+                join(source);
             } else {
                 put(source, clockMs);
                 goOn(source);
@@ -89,7 +89,6 @@ private:
         Inspection::Record record;             // the next one
         bool opened = false;
         std::uint64_t taken = 0;  // records that came
-        bool joined = false;      // it goes on where the records so far end
     };
 
     [[nodiscard]] static std::uint64_t clockOf(const Source& source)
@@ -106,7 +105,7 @@ private:
             return;
         }
         Inspection::Record record;
-        while (source.ahead.size() < source.input.leadingRecords && read(source, record)) {
+        while (source.ahead.size() < source.input.stateRecords && read(source, record)) {
             source.ahead.push_back(record);
         }
     }
@@ -148,34 +147,21 @@ private:
     }
 
     /// A part that was cut out begins with the state in force at its first moment. Where all records up to that moment
-    /// are here, they say the same, and the state is left out. How many records it is shows the state in force only,
-    /// so that every millisecond for which there are enough of them is tried.
-    void join(Source& source, std::uint64_t clockMs)
+    /// are here, they say the same, and the state is left out.
+    void join(Source& source)
     {
-        const std::uint64_t records = clockMs - source.input.firstMs;
-        source.joined = beginsWithStateInForce(source, records);
-        if (!source.joined && records < source.ahead.size()) {
-            m_next.emplace(clockMs + 1, Step::Join, source.index);
-            return;
-        }
-        for (std::uint64_t i = 0; source.joined && i < records; ++i) {
-            source.ranges.erase(source.ahead.front().timeMs);
-            source.ahead.pop_front();
-            ++source.taken;
-            ++m_adjustments.repeatedStates;
+        if (beginsWithStateInForce(source)) {
+            for (const Inspection::Record& record : source.ahead) {
+                source.ranges.erase(record.timeMs);
+            }
+            source.taken = source.ahead.size();
+            m_adjustments.repeatedStates += source.ahead.size();
+            source.ahead.clear();
         }
         goOn(source);
     }
 
-    /// Whether the record before this one and this one are a map that is told twice.
-    [[nodiscard]] static bool isWithinPair(const Source& source, std::uint64_t at)
-    {
-        const auto told = [&](std::uint64_t i) { return std::tie(source.ahead[i].code, source.ahead[i].data); };
-        return at > 0 && at < source.ahead.size() && source.ranges.count(source.ahead[at - 1].timeMs) > 0 &&
-               told(at - 1) == told(at);
-    }
-
-    [[nodiscard]] bool beginsWithStateInForce(const Source& source, std::uint64_t records) const
+    [[nodiscard]] bool beginsWithStateInForce(const Source& source) const
     {
         const std::map<std::int32_t, std::int32_t>& numbers = m_plan.numbers[source.index];
         std::map<std::int32_t, std::int32_t> before;  // merged number to that of the file
@@ -190,7 +176,8 @@ private:
             }
             for (const std::string& text : m_inForce.completeTexts(code)) {
                 const auto isNext = [&] {
-                    return at < records && source.ahead[at].code == number->second && source.ahead[at].data == text;
+                    return at < source.ahead.size() && source.ahead[at].code == number->second &&
+                           source.ahead[at].data == text;
                 };
                 if (!isNext()) {
                     return false;
@@ -201,7 +188,7 @@ private:
                 at += named && isNext() ? 1U : 0U;
             }
         }
-        return at == records && !isWithinPair(source, at) && !isWithinPair(source, at + 1);
+        return at == source.ahead.size();
     }
 
     void put(Source& source, std::uint64_t clockMs)
@@ -231,7 +218,7 @@ private:
     /// Whether the part before ends with the record with which this one begins: both hold the moment of the cut.
     [[nodiscard]] bool isThereAlready(const Source& source, std::uint64_t wanted) const
     {
-        const LastRecord* last = source.joined ? m_inForce.find(source.record.code) : nullptr;
+        const LastRecord* last = source.input.isPart ? m_inForce.find(source.record.code) : nullptr;
         return last != nullptr && m_wanted.at(source.record.code) == wanted && last->record.data == source.record.data;
     }
 

@@ -175,16 +175,16 @@ TEST_P(RandomMerge, OfAnyPartsIsTheSourceRecordByRecord)
         for (std::uint64_t i = 1 + below(6); i > 0; --i) {
             cuts.insert(std::min(11 + below(end), end));
         }
+        for (std::uint64_t close = *cuts.rbegin(); below(3) > 0 && close < end; ++close) {
+            cuts.insert(close);
+        }
         cuts.insert(end + 1);
         std::vector<std::string> parts;
         std::string from;
         for (const std::uint64_t at : cuts) {
             parts.push_back(file("part" + name + '_' + std::to_string(at)));
             const bool last = at == *cuts.rbegin();
-            // The moment of the cut is in both parts, unless one of them would be little more than that moment.
-            const auto behind = cuts.upper_bound(at);
-            const bool isFree = !last && *behind > at + 2 && (from.empty() || at > std::stoull(from) + 2);
-            const bool twice = isFree && below(4) == 0;
+            const bool twice = !last && below(2) == 0;  // the moment of the cut is in both parts
             const std::string to = last ? "" : std::to_string(twice ? at : at - 1);
             ASSERT_EQ(cut(source, from, to, parts.back()).exitCode, ExitCode::Fine);
             from = std::to_string(at);
