@@ -12,13 +12,13 @@
 
 #include "commandline/implied.h"
 #include "commandline/verbs.h"
-#include "commands.h"
-#include "output.h"
-#include "style.h"
+#include "printing/output.h"
+#include "printing/style.h"
+#include "printing/text.h"
 #include "system/filenames.h"
 #include "system/pager.h"
 #include "system/terminal.h"
-#include "text.h"
+#include "verbs/commands.h"
 
 namespace {
 

@@ -6,11 +6,11 @@
 
 #include <QTemporaryDir>
 
-#include "commands.h"
 #include "hugerange.h"
 #include "scratchfile.h"
 #include "silence.h"
 #include "target.h"
+#include "verbs/commands.h"
 
 namespace Fuzzing {
 

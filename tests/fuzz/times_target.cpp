@@ -7,7 +7,7 @@
 
 #include "input/isotime.h"
 #include "input/logtime.h"
-#include "recordingtime.h"
+#include "replay/recordingtime.h"
 #include "target.h"
 
 namespace Fuzzing {

@@ -16,10 +16,10 @@
 
 #include "archivedfiles.h"
 #include "archiveprinting.h"
-#include "json.h"
-#include "output.h"
-#include "progress.h"
-#include "text.h"
+#include "printing/json.h"
+#include "printing/output.h"
+#include "printing/progress.h"
+#include "printing/text.h"
 
 namespace RecTool {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "commands.h"
+#include "printing/exitcode.h"
 
 namespace RecTool {
 

@@ -4,7 +4,7 @@
 #include <QFile>
 #include <QString>
 
-#include "output.h"
+#include "printing/output.h"
 
 namespace RecTool {
 

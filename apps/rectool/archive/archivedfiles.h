@@ -9,8 +9,8 @@
 
 #include <zelvo/zelvo.h>
 
-#include "commands.h"
-#include "output.h"
+#include "printing/exitcode.h"
+#include "printing/output.h"
 
 namespace RecTool {
 

@@ -4,8 +4,8 @@
 #include <iostream>
 
 #include "archive.h"
-#include "table.h"
-#include "text.h"
+#include "printing/table.h"
+#include "printing/text.h"
 
 namespace RecTool {
 

@@ -10,7 +10,7 @@
 
 #include <zelvo/archive.h>
 
-#include "json.h"
+#include "printing/json.h"
 
 namespace RecTool {
 

@@ -1,7 +1,7 @@
 // Verbs of the archive.
 #include <terminaltext/optionvalues.h>
 
-#include "../archive/archive.h"
+#include "archive/archive.h"
 #include "verb.h"
 
 namespace RecTool::CommandLine {

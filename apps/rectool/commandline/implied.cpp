@@ -7,9 +7,9 @@
 
 #include <terminaltext/nearestword.h>
 
-#include "../archive/archivedfiles.h"
-#include "../system/filenames.h"
-#include "../text.h"
+#include "archive/archivedfiles.h"
+#include "printing/text.h"
+#include "system/filenames.h"
 
 namespace RecTool::CommandLine {
 

@@ -3,9 +3,9 @@
 
 #include <terminaltext/optionvalues.h>
 
-#include "../listing.h"
-#include "../moment.h"
+#include "replay/moment.h"
 #include "verb.h"
+#include "verbs/listing.h"
 
 namespace RecTool::CommandLine {
 

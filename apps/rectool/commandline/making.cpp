@@ -1,7 +1,7 @@
 // Verbs that make a recording of others.
 #include <terminaltext/optionvalues.h>
 
-#include "../units.h"
+#include "printing/units.h"
 #include "verb.h"
 
 namespace RecTool::CommandLine {

@@ -1,7 +1,7 @@
 // Verbs that draw.
 #include <terminaltext/optionvalues.h>
 
-#include "../plot/plot.h"
+#include "plot/plot.h"
 #include "verb.h"
 
 namespace RecTool::CommandLine {

@@ -7,9 +7,9 @@
 
 #include <CLI/CLI.hpp>
 
-#include "../archive/archive.h"
-#include "../archive/archivedfiles.h"
-#include "../recordingtime.h"
+#include "archive/archive.h"
+#include "archive/archivedfiles.h"
+#include "replay/recordingtime.h"
 #include "verbs.h"
 
 namespace RecTool::CommandLine {

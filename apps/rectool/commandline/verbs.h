@@ -5,7 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "../commands.h"
+#include "verbs/commands.h"
 
 namespace RecTool::CommandLine {
 

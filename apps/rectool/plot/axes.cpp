@@ -6,8 +6,8 @@
 #include <cmath>
 #include <limits>
 
-#include "../text.h"
 #include "labels.h"
+#include "printing/text.h"
 
 namespace RecTool {
 

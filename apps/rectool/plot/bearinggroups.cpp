@@ -9,10 +9,10 @@
 
 #include <values/value.h>
 
-#include "../measuredbearings.h"
-#include "../recordedvalues.h"
-#include "../text.h"
 #include "legendtext.h"
+#include "printing/text.h"
+#include "replay/measuredbearings.h"
+#include "replay/recordedvalues.h"
 
 namespace RecTool {
 

@@ -3,9 +3,9 @@
 #include <iostream>
 #include <limits>
 
-#include "../text.h"
 #include "axes.h"
 #include "bearingviews.h"
+#include "printing/text.h"
 
 namespace RecTool {
 

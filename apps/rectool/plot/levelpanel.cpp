@@ -9,7 +9,7 @@
 
 #include <values/value.h>
 
-#include "../text.h"
+#include "printing/text.h"
 
 namespace RecTool {
 

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "../recordedvalues.h"
 #include "axes.h"
 #include "envelope.h"
 #include "picture.h"
+#include "replay/recordedvalues.h"
 
 namespace RecTool {
 

@@ -13,10 +13,10 @@
 #include <QImageWriter>
 #include <QPdfWriter>
 
-#include "../output.h"
-#include "../savedfile.h"
-#include "../system/filenames.h"
-#include "../text.h"
+#include "making/savedfile.h"
+#include "printing/output.h"
+#include "printing/text.h"
+#include "system/filenames.h"
 #include "timeticks.h"
 
 namespace RecTool {

@@ -12,8 +12,8 @@
 #include <QFont>
 #include <QTemporaryDir>
 
-#include "../json.h"
 #include "plot.h"
+#include "printing/json.h"
 #include "source.h"
 
 namespace RecTool {

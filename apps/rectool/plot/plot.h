@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "../commands.h"
+#include "printing/exitcode.h"
 
 namespace RecTool {
 

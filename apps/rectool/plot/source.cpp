@@ -6,9 +6,9 @@
 #include <iterator>
 #include <limits>
 
-#include "../measuredtime.h"
-#include "../recordingtime.h"
-#include "../text.h"
+#include "printing/text.h"
+#include "replay/measuredtime.h"
+#include "replay/recordingtime.h"
 
 namespace RecTool {
 

@@ -9,10 +9,10 @@
 
 #include <recording2/inspection/inspection.h>
 
-#include "../output.h"
-#include "../progress.h"
-#include "../typenames.h"
 #include "plot.h"
+#include "printing/output.h"
+#include "printing/progress.h"
+#include "replay/typenames.h"
 #include "timespan.h"
 
 namespace RecTool {

@@ -7,7 +7,7 @@
 
 #include <values/recordingtext.h>
 
-#include "../text.h"
+#include "printing/text.h"
 
 namespace RecTool {
 

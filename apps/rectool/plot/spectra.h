@@ -9,8 +9,8 @@
 #include <values/maps.h>
 #include <values/valuebase.h>
 
-#include "../recordedvalues.h"
 #include "frequencies.h"
+#include "replay/recordedvalues.h"
 #include "source.h"
 
 namespace RecTool {

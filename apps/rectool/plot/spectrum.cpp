@@ -2,7 +2,7 @@
 #include <iostream>
 #include <memory>
 
-#include "../recordedvalues.h"
+#include "replay/recordedvalues.h"
 #include "spectrumpanel.h"
 
 namespace RecTool {

@@ -6,8 +6,8 @@
 #include <limits>
 #include <utility>
 
-#include "../text.h"
 #include "levelcolours.h"
+#include "printing/text.h"
 
 namespace RecTool {
 

@@ -4,10 +4,10 @@
 #include <limits>
 #include <memory>
 
-#include "../text.h"
 #include "bearingviews.h"
 #include "levelcolours.h"
 #include "levelpanel.h"
+#include "printing/text.h"
 #include "spectra.h"
 #include "spectrumgrid.h"
 

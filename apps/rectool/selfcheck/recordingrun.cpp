@@ -15,8 +15,8 @@
 #include <values/value.h>
 #include <vkbase/quonos.h>
 
-#include "../system/filesizelimit.h"
 #include "ledger.h"
+#include "system/filesizelimit.h"
 
 namespace RecTool::SelfCheck {
 

@@ -3,7 +3,7 @@
 
 #include <iostream>
 
-#include "../output.h"
+#include "printing/output.h"
 #include "terminal.h"
 
 #if !defined(_WIN32)

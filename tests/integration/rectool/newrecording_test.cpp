@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <newrecording.h>
+#include <making/newrecording.h>
 
 #include "rectooltesting.h"
 

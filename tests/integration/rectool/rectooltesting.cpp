@@ -8,8 +8,8 @@
 
 #include <QDir>
 
-#include <inforce.h>
-#include <json.h>
+#include <printing/json.h>
+#include <replay/inforce.h>
 
 namespace RecToolTests {
 

@@ -10,8 +10,8 @@
 #include <QString>
 #include <QTemporaryDir>
 
-#include <commands.h>
 #include <recording2/inspection/inspection.h>
+#include <verbs/commands.h>
 
 namespace RecToolTests {
 

@@ -6,8 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <newrecording.h>
-#include <savedfile.h>
+#include <making/newrecording.h>
+#include <making/savedfile.h>
 
 #include "rectooltesting.h"
 #include "support/samplerecording.h"

@@ -19,6 +19,8 @@ TREE = {
     "platform/vkbase/include/vkbase/trace.h": "",
     "platform/values/include/values/tree.h": "#include <vkbase/trace.h>\n",
     "platform/startup/include/startup/cfgcenter.h": "",
+    "apps/rectool/geo/fix.h": "",
+    "apps/rectool/map/geojson.h": "",
     "apps/rectool/text.h": "",
     "apps/recstation/source.h": "",
     "system/file.h": "",
@@ -104,6 +106,11 @@ class CheckRooms(unittest.TestCase):
         self.assert_clean({"archive/client/client.cpp": '#include <zelvo/archive.h>\n#include "storage/names.h"\n'})
         for include in ("<recording2/fileaccess.h>", "<vkbase/trace.h>", '"../../apps/recstation/source.h"'):
             self.assert_refused("archive/client/client.cpp", include)
+
+    def test_the_rooms_of_rectool_take_what_stands_below_them(self):
+        self.assert_clean({"apps/rectool/map/linesofbearing.cpp": '#include "geo/fix.h"\n#include "geojson.h"\n'})
+        self.assert_refused("apps/rectool/geo/geodesic.cpp", '"map/geojson.h"')
+        self.assert_refused("apps/rectool/plot/level.cpp", '"map/geojson.h"')
 
     def test_the_archives_service_knows_nothing_of_recordings(self):
         self.assert_clean({"archive/zelvod/main.cpp": '#include "service.h"\n#include <zelvo/archive.h>\n'})

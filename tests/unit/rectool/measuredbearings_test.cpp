@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include <measuredbearings.h>
+#include <replay/measuredbearings.h>
 
 namespace RecToolTests {
 namespace {

@@ -5,7 +5,7 @@
 #include <limits>
 #include <string>
 
-#include <measuredtime.h>
+#include <replay/measuredtime.h>
 
 namespace RecToolTests {
 namespace {

@@ -9,7 +9,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include <recordjson.h>
+#include <printing/recordjson.h>
 #include <values/maps.h>
 #include <values/selection.h>
 #include <values/value.h>

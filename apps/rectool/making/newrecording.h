@@ -1,0 +1,93 @@
+// A recording that is made of others: written beside its final name, read back, and only then given that name.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <QCryptographicHash>
+
+#include <recording2/fileaccess.h>
+#include <recording2/inspection/inspection.h>
+#include <recording2/inspection/rescue/leftparts.h>
+
+#include "printing/exitcode.h"
+#include "printing/json.h"
+#include "system/interrupt.h"
+
+namespace RecTool {
+
+/// What was written, for the summary.
+struct NewRecordingResult {
+    std::uint64_t records = 0;
+    std::int64_t bytes = 0;  ///< of the file
+    Recording2::Inspection::Header header;
+    std::size_t bookmarks = 0;
+    std::size_t channelRanges = 0;
+};
+
+/// Lines that name the file and say what it holds.
+void print(const std::string& path, const NewRecordingResult& result);
+[[nodiscard]] Json toJson(const std::string& path, const NewRecordingResult& result);
+
+/// The steps are called in their order; the first that does not give Fine is the end, and has told why. Unless finish
+/// gives Fine, nothing is left behind and a file that has the name already stays as it is.
+class NewRecording {
+public:
+    /// @param path of the new file
+    /// @param replace an existing file may be replaced
+    NewRecording(std::string path, bool replace);
+    NewRecording(const NewRecording&) = delete;
+    NewRecording& operator=(const NewRecording&) = delete;
+    ~NewRecording();
+
+    /// Whether the name may be taken: it is none of the inputs', and free unless it may be replaced.
+    [[nodiscard]] ExitCode check(const std::vector<std::string>& inputs) const;
+    [[nodiscard]] ExitCode create(const std::vector<Recording2::Inspection::TypeEntry>& types);
+    /// Appends a record. Times must ascend, data must not be empty.
+    void write(std::int32_t code, const std::string& data, std::uint64_t time, bool isChannelRange);
+    /// Enters a time into the channel range table, that of a record or not.
+    void addChannelRange(std::uint64_t time);
+    /// Whether somebody wants the program to end; finish then gives up.
+    [[nodiscard]] static bool interrupted() { return Interrupt::requested(); }
+    /// @param header texts that are too long for it are cut
+    /// @param bookmarks by ascending time
+    [[nodiscard]] ExitCode finish(const Recording2::Inspection::Header& header,
+                                  const std::vector<Recording2::Inspection::Bookmark>& bookmarks);
+    [[nodiscard]] const NewRecordingResult& result() const { return m_result; }
+
+private:
+    /// Every record that is written, and then every one that is read back.
+    class Digest {
+    public:
+        void add(std::int32_t code, const std::string& data, std::uint64_t time);
+        [[nodiscard]] std::uint64_t records() const { return m_records; }
+        [[nodiscard]] QByteArray value() const { return m_hash.result(); }
+
+    private:
+        QCryptographicHash m_hash{QCryptographicHash::Sha1};
+        std::uint64_t m_records = 0;
+    };
+
+    [[nodiscard]] ExitCode fail(ExitCode code, const std::string& reason) const;
+    [[nodiscard]] std::string whyKept() const;
+    [[nodiscard]] bool reserveTemporaryName();
+    void close(const Recording2::Inspection::Header& header);
+    void storeBookmarks(const std::vector<Recording2::Inspection::Bookmark>& bookmarks);
+    [[nodiscard]] std::string readBack(const std::vector<Recording2::Inspection::Bookmark>& bookmarks);
+    [[nodiscard]] ExitCode takeName();
+
+    std::string m_path;
+    bool m_replace;
+    Interrupt m_interrupt;
+    std::unique_ptr<Recording2::Inspection::PartLock> m_lock;  // of the temporary file
+    std::string m_temporary;                                   // empty while there is none
+    std::unique_ptr<Recording2::CFileAccess> m_file;
+    std::vector<Recording2::Inspection::TypeEntry> m_types;
+    std::vector<std::uint64_t> m_channelRanges;
+    Digest m_written;
+    NewRecordingResult m_result;
+};
+
+}  // namespace RecTool

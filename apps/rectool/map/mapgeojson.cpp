@@ -1,0 +1,91 @@
+// Writing lines of bearing and fixes of a span to a file or standard output.
+#include "mapgeojson.h"
+
+#include <functional>
+#include <iostream>
+#include <vector>
+
+#include "geofixes.h"
+#include "geojson.h"
+#include "linesofbearing.h"
+#include "making/savedfile.h"
+#include "printing/output.h"
+#include "printing/text.h"
+#include "replay/typenames.h"
+
+namespace RecTool {
+
+namespace Inspection = Recording2::Inspection;
+
+namespace {
+
+GeoJsonSettings settingsOf(const MapOptions& options)
+{
+    constexpr double UsPerSecond = 1e6;
+    constexpr double MPerKm = 1000;
+    GeoJsonSettings settings;
+    settings.fix.sigmaDeg = options.sigmaDeg;
+    settings.windowUs = static_cast<unsigned long long>(options.windowSeconds * UsPerSecond);
+    settings.lengthM = options.lengthKm * MPerKm;
+    return settings;
+}
+
+Json about(const MapOptions& options, std::uint64_t fromMs, std::uint64_t toMs)
+{
+    return {{"file", shownName(options.file)},
+            {"fromMs", options.from.empty() ? Json() : Json(fromMs)},
+            {"toMs", options.to.empty() ? Json() : Json(toMs)}};
+}
+
+/// Lets something write text to a file.
+ExitCode save(const std::string& path, const std::function<void(const TextSink&)>& produce)
+{
+    return saveFile(path, [&](QIODevice& file) {
+        bool good = true;
+        produce([&](const std::string& text) {
+            const auto size = static_cast<qint64>(text.size());
+            good = good && file.write(text.data(), size) == size;
+        });
+        return good;
+    });
+}
+
+void complainOfBearings(const std::string& file, const TakenBearings& taken)
+{
+    if (taken.withoutPosition > 0) {
+        complain(file, grouped(taken.withoutPosition) + " of " +
+                           grouped(taken.bearings.size() + taken.withoutPosition) +
+                           " bearings are left out: where they were taken is not recorded.");
+    }
+    complain(file, taken.findings);
+}
+
+}  // namespace
+
+ExitCode mapGeoJson(const MapOptions& options, const Inspection::Summary& summary, std::uint64_t fromMs,
+                    std::uint64_t toMs)
+{
+    if (!options.output.empty() && !mayReplace(options.output)) {
+        return ExitCode::Usage;
+    }
+    TakenBearings taken = takeBearings(options.file, summary, fromMs, toMs);
+    taken.findings.insert(taken.findings.begin(), summary.findings.begin(), summary.findings.end());
+    const GeoJsonSettings settings = settingsOf(options);
+    const std::vector<BearingGroup> groups = findFixes(taken.bearings, settings.fix, settings.windowUs);
+    const auto produce = [&](const TextSink& write) {
+        writeGeoJson(about(options, fromMs, toMs), taken, groups, settings, write);
+    };
+    if (options.output.empty()) {
+        produce([](const std::string& text) {
+            std::cout << text;
+            static_cast<void>(canPrint());  // notes why not
+        });
+    } else if (const ExitCode saved = save(options.output, produce); saved != ExitCode::Fine) {
+        return saved;
+    }
+    complainOfBearings(options.file, taken);
+    return finish(
+        withPassedOver(options.file, DirectionFindingKeyword, "bearings", taken.passedOver, soundness(taken.findings)));
+}
+
+}  // namespace RecTool

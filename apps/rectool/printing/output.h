@@ -1,0 +1,53 @@
+// What all verbs print alike.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <recording2/inspection/inspection.h>
+
+#include "exitcode.h"
+#include "replay/typenames.h"
+
+namespace RecTool {
+
+/// What to call a file to the user: the name that was given for it, where it was another (an archive address).
+[[nodiscard]] const std::string& shownName(const std::string& path);
+/// The same as it is printed.
+[[nodiscard]] std::string printedName(const std::string& path);
+void setShownName(const std::string& path, const std::string& name);
+
+/// A message on standard error: "rectool: FILE: TEXT".
+void complain(const std::string& file, const std::string& text);
+/// Damage on standard error, one line a finding; of very many only the first ones.
+void complain(const std::string& file, const std::vector<Recording2::Inspection::Finding>& findings);
+
+/// The numbers of types that a user named by keyword or number. @return nothing, told, when one is no type of the file
+[[nodiscard]] std::optional<std::set<std::int32_t>> takeTypes(const std::string& file,
+                                                              const std::vector<std::string>& types,
+                                                              const TypeNames& names);
+
+/// Whether standard output still takes something. It does not after `| head` has seen enough. To be asked right after
+/// printing, when the reason of a failure is still known.
+[[nodiscard]] bool canPrint();
+/// From now on whoever reads the output may stop reading, and nothing is wrong.
+void letReaderLeave();
+/// Hands everything to the system. A reader that has gone is no error, a full disk is: it is told, and the result is
+/// CannotRead.
+[[nodiscard]] ExitCode finish(ExitCode result);
+
+/// Tells of records that are not what a verb shows, if there were any.
+/// @param what they should be, such as "bearings"
+/// @return the result, Damaged where it was Fine
+[[nodiscard]] ExitCode withPassedOver(const std::string& file, const std::string& keyword, const char* what,
+                                      std::uint64_t count, ExitCode result);
+
+/// Of several files: the worst one counts, and one that cannot be read is worse than a damaged one.
+[[nodiscard]] ExitCode worse(ExitCode a, ExitCode b);
+/// Fine, or Damaged if there is a finding.
+[[nodiscard]] ExitCode soundness(const std::vector<Recording2::Inspection::Finding>& findings);
+
+}  // namespace RecTool

@@ -1,0 +1,226 @@
+// Parsing clock times, offsets, zones and bookmarks to times of a recording.
+#include "recordingtime.h"
+
+#include <algorithm>
+#include <limits>
+#include <string_view>
+
+#include <QDateTime>
+#include <QString>
+
+#include "moment.h"
+#include "printing/output.h"
+#include "printing/text.h"
+#include "printing/units.h"
+
+namespace RecTool {
+
+using Recording2::Inspection::Bookmark;
+using Recording2::Inspection::Summary;
+
+namespace {
+
+struct Zone {
+    Qt::TimeSpec spec = Qt::UTC;
+    int offsetSeconds = 0;  // of Qt::OffsetFromUTC
+};
+
+/// "+01:00", as other programs and cat write it.
+std::optional<Zone> takeOffset(QString& clock)
+{
+    constexpr int OffsetLength = 6;
+    const QString offset = clock.right(OffsetLength);
+    const QTime ahead = QTime::fromString(offset.mid(1), QStringLiteral("HH:mm"));
+    if (!ahead.isValid() || (offset[0] != QLatin1Char('+') && offset[0] != QLatin1Char('-'))) {
+        return std::nullopt;
+    }
+    clock.chop(OffsetLength);
+    clock = clock.trimmed();
+    const int seconds = QTime(0, 0).secsTo(ahead);
+    return Zone{Qt::OffsetFromUTC, offset[0] == QLatin1Char('-') ? -seconds : seconds};
+}
+
+/// Takes the zone off the end of a clock time. @return nothing when it does not say one
+std::optional<Zone> takeZone(QString& clock)
+{
+    struct Named {
+        const char* name;
+        Qt::TimeSpec spec;
+    };
+    for (const Named zone : {Named{"UTC", Qt::UTC}, Named{"Z", Qt::UTC}, Named{"local", Qt::LocalTime}}) {
+        if (clock.endsWith(QLatin1String(zone.name), Qt::CaseInsensitive)) {
+            clock.chop(QLatin1String(zone.name).size());
+            clock = clock.trimmed();
+            return Zone{zone.spec};
+        }
+    }
+    return takeOffset(clock);
+}
+
+QDateTime moment(const QDate& date, const QTime& time, const Zone& zone)
+{
+    return {date, time, zone.spec, zone.offsetSeconds};
+}
+
+/// The first moment from the start on at which a clock shows the time.
+QDateTime firstOfDay(const QTime& time, const QDateTime& start, const Zone& zone)
+{
+    QDateTime first = moment(start.date(), time, zone);
+    return first < start ? moment(start.date().addDays(1), time, zone) : first;
+}
+
+constexpr int DateLength = 10;
+constexpr std::string_view BookmarkPrefix = "bookmark:";
+
+/// "2023-11-14 22:13:21.5" or with a T; an invalid moment when it is none.
+QDateTime dateAndClock(const QString& text, const Zone& zone)
+{
+    if (text.size() <= DateLength || (text[DateLength] != ' ' && text[DateLength] != 'T')) {
+        return {};
+    }
+    const QDate date = QDate::fromString(text.left(DateLength), Qt::ISODate);
+    const QTime time = QTime::fromString(text.mid(DateLength + 1), Qt::ISODateWithMs);
+    return date.isValid() && time.isValid() ? moment(date, time, zone) : QDateTime();
+}
+
+std::optional<std::uint64_t> parseClock(const std::string& text, std::uint64_t startMs)
+{
+    QString clock = QString::fromStdString(text);
+    const std::optional<Zone> zone = takeZone(clock);
+    if (!zone || startMs > std::uint64_t{std::numeric_limits<std::int64_t>::max()}) {
+        return std::nullopt;
+    }
+    const QDateTime start =
+        QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(startMs), zone->spec, zone->offsetSeconds);
+    const QTime time = QTime::fromString(clock, Qt::ISODateWithMs);
+    const QDateTime meant = time.isValid() ? firstOfDay(time, start, *zone) : dateAndClock(clock, *zone);
+    if (!meant.isValid() || meant < start) {
+        return std::nullopt;
+    }
+    return static_cast<std::uint64_t>(start.msecsTo(meant));
+}
+
+/// The time of the only bookmark that has the text.
+std::optional<std::uint64_t> findBookmark(const std::string& text, const Summary& summary)
+{
+    const auto has = [&](const Bookmark& bookmark) { return fromLatin1(bookmark.text) == text; };
+    const auto first = std::find_if(summary.bookmarks.begin(), summary.bookmarks.end(), has);
+    if (first == summary.bookmarks.end() || std::any_of(first + 1, summary.bookmarks.end(), has)) {
+        return std::nullopt;
+    }
+    return first->timeMs;
+}
+
+/// @param text behind "bookmark:"; a bookmark's own text may end like an offset
+std::optional<std::uint64_t> parseBookmark(const std::string& text, const Summary& summary)
+{
+    if (const std::optional<std::uint64_t> time = findBookmark(text, summary)) {
+        return time;
+    }
+    const std::size_t sign = text.find_last_of("+-");
+    if (sign == std::string::npos) {
+        return std::nullopt;
+    }
+    const std::optional<std::uint64_t> time = findBookmark(text.substr(0, sign), summary);
+    const std::optional<std::uint64_t> offset = parseMilliseconds(text.substr(sign + 1));
+    if (!time || !offset) {
+        return std::nullopt;
+    }
+    const bool before = text[sign] == '-';
+    const std::uint64_t room = before ? *time : std::numeric_limits<std::uint64_t>::max() - *time;
+    if (*offset > room) {
+        return std::nullopt;
+    }
+    return before ? *time - *offset : *time + *offset;
+}
+
+}  // namespace
+
+std::optional<std::uint64_t> parseMoment(const std::string& text, std::uint64_t nowMs, DayEnd end)
+{
+    const bool hasUnit = !text.empty() && (text.back() < '0' || text.back() > '9');
+    if (const std::optional<std::uint64_t> ago = hasUnit ? parseMilliseconds(text) : std::nullopt) {
+        return nowMs - std::min(nowMs, *ago);
+    }
+    QString clock = QString::fromStdString(text);
+    const std::optional<Zone> zone = takeZone(clock);
+    if (!zone) {
+        return std::nullopt;
+    }
+    QDateTime meant = dateAndClock(clock, *zone);
+    if (const QDate day = QDate::fromString(clock, Qt::ISODate); clock.size() == DateLength && day.isValid()) {
+        constexpr int LastMs = 999;
+        meant = moment(day, end == DayEnd::First ? QTime(0, 0) : QTime(23, 59, 59, LastMs), *zone);
+    }
+    const qint64 ms = meant.isValid() ? meant.toMSecsSinceEpoch() : -1;
+    return ms < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(ms));
+}
+
+std::uint64_t lastMoment(const Summary& summary)
+{
+    const Recording2::Inspection::Header& header = summary.header;
+    const std::uint64_t length = header.stopMs - std::min(header.startMs, header.stopMs);
+    return summary.times.empty() ? length : std::max(length, summary.times.back().timeMs);
+}
+
+std::optional<std::uint64_t> parseTime(const std::string& text, const Summary& summary)
+{
+    if (text.starts_with(BookmarkPrefix)) {
+        return parseBookmark(text.substr(BookmarkPrefix.size()), summary);
+    }
+    const std::optional<std::uint64_t> milliseconds = parseMilliseconds(text);
+    return milliseconds ? milliseconds : parseClock(text, summary.header.startMs);
+}
+
+namespace {
+
+std::string likelyReason(const std::string& text, const Summary& summary)
+{
+    if (parseTime(text + " UTC", summary)) {
+        return "It does not say whose clock it is: \"" + text + " UTC\" or \"" + text + " local\".";
+    }
+    if (text.starts_with(BookmarkPrefix)) {
+        constexpr std::size_t Most = 10;
+        std::string known;
+        for (std::size_t i = 0; i < std::min(Most, summary.bookmarks.size()); ++i) {
+            known += (known.empty() ? "\"" : ", \"") + fromLatin1(summary.bookmarks[i].text) + '"';
+        }
+        if (summary.bookmarks.size() > Most) {
+            known += " and " + grouped(summary.bookmarks.size() - Most) + " more";
+        }
+        return known.empty() ? "It has no bookmarks." : "Its bookmarks: " + known + ".";
+    }
+    return std::string("Expected: ") + TimeForms + '.';
+}
+
+}  // namespace
+
+bool requireTime(const char* name, const std::string& text, const Summary& summary, std::uint64_t& time)
+{
+    const std::optional<std::uint64_t> parsed = parseTime(text, summary);
+    if (!parsed) {
+        complain(name, "\"" + text + "\" is not a time of this recording. " + likelyReason(text, summary));
+        return false;
+    }
+    time = *parsed;
+    return true;
+}
+
+bool takeTime(const char* name, const std::string& text, const Summary& summary, std::uint64_t& time)
+{
+    return text.empty() || requireTime(name, text, summary, time);
+}
+
+bool takeSpan(const std::string& file, const std::string& fromText, const std::string& toText, const Summary& summary,
+              std::uint64_t& from, std::uint64_t& to)
+{
+    if (!takeTime("--from", fromText, summary, from) || !takeTime("--to", toText, summary, to)) {
+        return false;
+    }
+    if (from > to) {
+        complain(file, "--from lies behind --to.");
+    }
+    return from <= to;
+}
+
+}  // namespace RecTool

@@ -1,0 +1,153 @@
+// The verbs of rectool. Each prints its result on standard output and what is wrong on standard error.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "printing/exitcode.h"
+
+namespace RecTool {
+
+struct InfoOptions {
+    std::vector<std::string> files;
+    bool json = false;
+};
+ExitCode info(const InfoOptions& options);
+
+struct TypesOptions {
+    std::string file;
+    bool json = false;
+};
+ExitCode types(const TypesOptions& options);
+
+struct CatOptions {
+    std::string file;
+    std::string from;                ///< a time of the recording; empty: from the beginning
+    std::string to;                  ///< a time of the recording, the last one shown; empty: to the end
+    std::vector<std::string> types;  ///< keywords or numbers; empty: all
+    std::string time = "offset";     ///< how times are shown; or "utc", "local"
+    bool csv = false;                ///< plain values as CSV
+    bool json = false;
+};
+ExitCode cat(const CatOptions& options);
+
+struct BookmarkAddOptions {
+    std::string file;
+    std::string time;  ///< a time of the recording
+    std::string text;
+    bool yes = false;  ///< change the file without asking, here and below
+};
+ExitCode addBookmark(const BookmarkAddOptions& options);
+
+struct BookmarkRemoveOptions {
+    std::string file;
+    std::string time;  ///< a time of the recording
+    bool yes = false;
+};
+ExitCode removeBookmark(const BookmarkRemoveOptions& options);
+
+/// What all verbs that list one table of a file take.
+struct ListOptions {
+    std::string file;
+    bool json = false;
+};
+ExitCode listBookmarks(const ListOptions& options);
+ExitCode listRanges(const ListOptions& options);
+
+struct RangeClearOptions {
+    std::string file;
+    bool yes = false;
+};
+ExitCode clearRanges(const RangeClearOptions& options);
+
+struct RangeRebuildOptions {
+    std::string file;
+    std::vector<std::string> types;  ///< keywords or numbers; empty: the direction-finding spectrum
+    bool yes = false;
+};
+ExitCode rebuildRanges(const RangeRebuildOptions& options);
+
+struct StateOptions {
+    std::string file;
+    std::string at;  ///< a time of the recording
+    bool json = false;
+};
+ExitCode state(const StateOptions& options);
+
+struct MapOptions {
+    std::string file;
+    std::string from;  ///< a time of the recording; empty: from the beginning
+    std::string to;    ///< a time of the recording; empty: to the end
+    bool json = false;
+    bool geoJson = false;        ///< lines of bearing and fixes on the earth; the following belong to it
+    std::string output;          ///< a file; empty: standard output
+    double lengthKm = 0;         ///< of the lines; 0: chosen
+    double sigmaDeg = 3;         ///< standard deviation of a bearing
+    double windowSeconds = 600;  ///< bearings of one fix come within this time
+};
+ExitCode map(const MapOptions& options);
+
+struct DiffOptions {
+    std::string file;
+    std::string from;  ///< a time of the recording
+    std::string to;    ///< a time of the recording
+    bool all = false;  ///< show what is the same as well
+    bool json = false;
+};
+ExitCode diff(const DiffOptions& options);
+
+struct CutOptions {
+    std::string file;
+    std::string from;    ///< a time of the recording; empty: from the beginning
+    std::string to;      ///< a time of the recording; empty: to the end
+    std::string output;  ///< the new file
+    bool force = false;  ///< replace an existing file
+    bool json = false;
+};
+ExitCode cut(const CutOptions& options);
+
+struct MergeOptions {
+    std::vector<std::string> files;
+    std::string output;     ///< the new file
+    bool separate = false;  ///< keep values apart that several files recorded at the same time
+    bool force = false;     ///< replace an existing file
+    bool json = false;
+};
+ExitCode merge(const MergeOptions& options);
+
+struct VerifyOptions {
+    std::vector<std::string> files;
+    bool json = false;
+};
+ExitCode verify(const VerifyOptions& options);
+
+struct RepairOptions {
+    std::string file;
+    std::string output;          ///< the new file
+    std::uint64_t periodMs = 0;  ///< from record to record where no later time is known; 0: worked out
+    bool force = false;          ///< replace an existing file
+    bool json = false;
+};
+ExitCode repair(const RepairOptions& options);
+
+struct RecoverOptions {
+    std::string file;
+    std::string output;          ///< the new file; empty: beside the old one
+    std::uint64_t periodMs = 0;  ///< from record to record where no time is known; 0: worked out
+    bool json = false;
+};
+ExitCode recover(const RecoverOptions& options);
+
+struct SelfCheckOptions {
+    std::string directory;    ///< where a folder of its own is made
+    std::uint64_t runs = 20;  ///< of killed processes
+    bool keep = false;        ///< the folder
+    bool json = false;
+    bool child = false;            ///< be the process that records into the directory
+    std::uint64_t limitBytes = 0;  ///< of its files; 0: none
+};
+/// Starts this program anew for each run.
+ExitCode selfCheck(const SelfCheckOptions& options);
+
+}  // namespace RecTool

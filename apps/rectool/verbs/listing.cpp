@@ -1,0 +1,418 @@
+// Finding the recordings of directories, choosing and sorting them, and printing their table.
+#include "listing.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <iostream>
+#include <optional>
+#include <set>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include <recording2/inspection/inspection.h>
+#include <recording2/inspection/recordingname.h>
+#include <recording2/inspection/scan.h>
+#include <recording2/inspection/verify/verification.h>
+
+#include "archive/archivedfiles.h"
+#include "printing/json.h"
+#include "printing/output.h"
+#include "printing/progress.h"
+#include "printing/table.h"
+#include "printing/text.h"
+#include "printing/units.h"
+#include "replay/moment.h"
+#include "replay/recordedranges.h"
+#include "replay/typenames.h"
+#include "system/filenames.h"
+
+namespace RecTool {
+
+namespace Inspection = Recording2::Inspection;
+using Inspection::Readability;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A line of the table.
+struct Listed {
+    std::string file;
+    std::string device;  // UTF-8, name and type
+    std::uint64_t startMs = 0;
+    std::uint64_t stopMs = 0;
+    std::uint64_t records = 0;
+    std::uint64_t spectra = 0;
+    std::int64_t bytes = 0;
+    std::vector<RecordedRanges::Span> ranges;
+    Readability readability = Readability::Ok;
+    const char* state = "";             // the word of that
+    bool whole = true;                  // all of its records can be read
+    std::optional<std::size_t> damage;  // findings of a check
+
+    [[nodiscard]] bool closed() const { return readability == Readability::Ok; }
+    [[nodiscard]] std::uint64_t lengthMs() const { return stopMs - std::min(startMs, stopMs); }
+    [[nodiscard]] bool sound() const { return whole && damage.value_or(0) == 0; }
+};
+
+/// What is shown, with the arguments understood.
+struct Choice {
+    std::string device;  // in small letters
+    std::optional<std::uint64_t> sinceMs;
+    std::optional<std::uint64_t> untilMs;
+    std::optional<double> coversHz;
+
+    [[nodiscard]] bool takesHeader(const Listed& listed) const
+    {
+        const bool isDevice = inSmallLetters(listed.device).find(device) != std::string::npos;
+        return isDevice && (!sinceMs || listed.stopMs >= *sinceMs) && (!untilMs || listed.startMs <= *untilMs);
+    }
+    [[nodiscard]] bool takesRanges(const Listed& listed) const
+    {
+        return !coversHz ||
+               std::any_of(listed.ranges.begin(), listed.ranges.end(), [&](const RecordedRanges::Span& span) {
+                   return span.lowHz <= *coversHz && *coversHz <= span.highHz;
+               });
+    }
+    static std::string inSmallLetters(std::string text)
+    {
+        std::transform(text.begin(), text.end(), text.begin(),
+                       [](unsigned char byte) { return static_cast<char>(std::tolower(byte)); });
+        return text;
+    }
+};
+
+/// @return nothing, told, when an argument is not what it should be
+std::optional<Choice> makeChoice(const OverviewOptions& options)
+{
+    const auto now =
+        std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::system_clock::now().time_since_epoch());
+    Choice choice;
+    choice.device = Choice::inSmallLetters(options.device);
+    const auto takeMoment = [&](const char* name, const std::string& text, DayEnd end,
+                                std::optional<std::uint64_t>& moment) {
+        if (!text.empty()) {
+            moment = parseMoment(text, static_cast<std::uint64_t>(now.count()), end);
+        }
+        if (!text.empty() && !moment) {
+            complain(name, "\"" + text + "\" is no moment. Expected: " + MomentForms + ".");
+        }
+        return text.empty() || moment;
+    };
+    if (!takeMoment("--since", options.since, DayEnd::First, choice.sinceMs) ||
+        !takeMoment("--until", options.until, DayEnd::Last, choice.untilMs)) {
+        return std::nullopt;
+    }
+    if (!options.covers.empty()) {
+        choice.coversHz = parseHertz(options.covers);
+        if (!choice.coversHz) {
+            complain("--covers", "\"" + options.covers + "\" is no frequency. Expected: such as 433.5M or 88000000.");
+            return std::nullopt;
+        }
+    }
+    return choice;
+}
+
+bool isRecordingName(const fs::path& path)
+{
+    return path.extension() == ".rec" || path.extension() == ".tmp";
+}
+
+/// The recordings of a directory by name. @return false, told, when it cannot be read
+template <typename Iterator>
+bool addDirectory(const std::string& directory, std::vector<std::string>& files)
+{
+    std::error_code error;
+    std::vector<std::string> found;
+    for (Iterator entry(native(directory), fs::directory_options::skip_permission_denied, error), end;
+         !error && entry != end; entry.increment(error)) {
+        std::error_code none;
+        if (isRecordingName(entry->path()) && entry->is_regular_file(none)) {
+            found.push_back(fromNative(entry->path()));
+        }
+    }
+    if (error) {
+        complain(directory, "The directory cannot be read: " + error.message() + '.');
+    }
+    std::sort(found.begin(), found.end());
+    files.insert(files.end(), found.begin(), found.end());
+    return !error;
+}
+
+bool isDirectory(const std::string& name)
+{
+    std::error_code error;
+    return !isArchiveAddress(name) && fs::is_directory(native(name), error);
+}
+
+std::vector<std::string> filesOf(const OverviewOptions& options, ExitCode& result)
+{
+    std::vector<std::string> files;
+    for (const std::string& name : options.files) {
+        bool read = true;
+        if (!isDirectory(name)) {
+            files.push_back(name);
+        } else if (options.recursive) {
+            read = addDirectory<fs::recursive_directory_iterator>(name, files);
+        } else {
+            read = addDirectory<fs::directory_iterator>(name, files);
+        }
+        result = read ? result : worse(result, ExitCode::CannotRead);
+    }
+    return files;
+}
+
+/// Which types are spectra, and which tell frequencies.
+class MapTypes {
+public:
+    explicit MapTypes(const std::vector<Inspection::TypeEntry>& types)
+    {
+        for (const Inspection::TypeEntry& type : types) {
+            const bool isSpectrum = type.keyword == "RFSPECTRUM" || type.keyword == "IFSPECTRUM";
+            if (isSpectrum) {
+                m_spectra.insert(type.typeNumber);
+            }
+            if (isSpectrum || type.keyword == DirectionFindingKeyword) {
+                m_maps.insert(type.typeNumber);
+            }
+            m_named.insert(type.typeNumber);
+        }
+        for (const std::int32_t usual : {1, 2}) {  // a recorder names only one of both spectra
+            if (m_named.count(usual) == 0) {
+                m_spectra.insert(usual);
+                m_maps.insert(usual);
+            }
+        }
+    }
+    [[nodiscard]] bool isSpectrum(std::int32_t code) const { return m_spectra.count(code) > 0; }
+    [[nodiscard]] bool isMap(std::int32_t code) const { return m_maps.count(code) > 0; }
+
+private:
+    std::set<std::int32_t> m_spectra;
+    std::set<std::int32_t> m_maps;
+    std::set<std::int32_t> m_named;
+};
+
+std::string deviceOf(const Inspection::Header& header)
+{
+    const std::string name = oneLine(fromLatin1(header.deviceName));
+    const std::string type = oneLine(fromLatin1(header.deviceType));
+    return type.empty() ? name : name + (name.empty() ? "(" : " (") + type + ')';
+}
+
+void takeHeader(const Inspection::Summary& summary, Listed& listed)
+{
+    listed.readability = summary.readability;
+    listed.state = stateName(listed.file, summary);
+    listed.bytes = summary.fileSize;
+    if (listed.closed()) {
+        listed.device = deviceOf(summary.header);
+        listed.startMs = summary.header.startMs;
+        listed.stopMs = summary.header.stopMs;
+        listed.whole = summary.findings.empty();
+    } else {
+        listed.startMs = Inspection::startInName(listed.file).value_or(0);
+        listed.stopMs = listed.startMs;
+    }
+}
+
+void takeRecords(const Inspection::Summary& summary, Listed& listed)
+{
+    const MapTypes types(summary.types);
+    RecordedRanges ranges;
+    const Inspection::RecordScan scan = Inspection::scanRecords(
+        listed.file, summary,
+        [&](std::int32_t code) {
+            listed.spectra += types.isSpectrum(code) ? 1U : 0U;
+            return types.isMap(code);
+        },
+        [&](std::int32_t, const std::string& data) { ranges.add(data); });
+    listed.records = scan.records;
+    listed.whole = listed.whole && scan.whole;
+    listed.ranges = ranges.spans();
+    const Inspection::Header& header = summary.header;
+    if (listed.ranges.empty() && header.stopFrequencyHz > 0 && header.startFrequencyHz <= header.stopFrequencyHz) {
+        listed.ranges.push_back({double{header.startFrequencyHz}, double{header.stopFrequencyHz}});
+    }
+}
+
+void check(Listed& listed)
+{
+    const Inspection::Verification verification = Inspection::verify(listed.file);
+    listed.damage = verification.count(Inspection::Severity::Damage);
+}
+
+/// Nothing when the recording is not among those that are to be shown.
+std::optional<Listed> look(const std::string& file, const Choice& choice, bool verify)
+{
+    const Inspection::Summary summary = Inspection::inspectHead(file);
+    Listed listed;
+    listed.file = file;
+    takeHeader(summary, listed);
+    if (!choice.takesHeader(listed)) {
+        return std::nullopt;
+    }
+    if (listed.closed()) {
+        takeRecords(summary, listed);
+    }
+    if (!choice.takesRanges(listed)) {
+        return std::nullopt;
+    }
+    if (listed.closed() && verify) {
+        check(listed);
+    }
+    return listed;
+}
+
+using Before = std::function<bool(const Listed&, const Listed&)>;
+
+Before orderBy(const std::string& column)
+{
+    if (column == "device") {
+        return [](const Listed& a, const Listed& b) { return a.device < b.device; };
+    }
+    if (column == "length") {
+        return [](const Listed& a, const Listed& b) { return a.lengthMs() < b.lengthMs(); };
+    }
+    if (column == "records") {
+        return [](const Listed& a, const Listed& b) { return a.records < b.records; };
+    }
+    if (column == "spectra") {
+        return [](const Listed& a, const Listed& b) { return a.spectra < b.spectra; };
+    }
+    if (column == "size") {
+        return [](const Listed& a, const Listed& b) { return a.bytes < b.bytes; };
+    }
+    if (column == "file") {
+        return [](const Listed& a, const Listed& b) { return a.file < b.file; };
+    }
+    return [](const Listed& a, const Listed& b) { return a.startMs < b.startMs; };
+}
+
+std::string rangesText(const std::vector<RecordedRanges::Span>& ranges)
+{
+    constexpr std::size_t Most = 2;
+    constexpr int Digits = 6;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(ranges.size(), Most); ++i) {
+        text += i == 0 ? "" : ", ";
+        text += frequency(ranges[i].lowHz, Digits);
+        text += ranges[i].highHz > ranges[i].lowHz ? " to " + frequency(ranges[i].highHz, Digits) : "";
+    }
+    return ranges.size() > Most ? text + " and " + std::to_string(ranges.size() - Most) + " more" : text;
+}
+
+/// A word of the table of what cannot be read, or whether it was closed.
+std::string stateText(const Listed& listed)
+{
+    if (!listed.closed()) {
+        return listed.state;
+    }
+    return !listed.sound() ? "damaged" : listed.damage ? "sound" : "closed";
+}
+
+void print(const std::vector<Listed>& all)
+{
+    constexpr std::size_t ToSeconds = 19;
+    using Align = Table::Align;
+    Table table(
+        {Align::Left, Align::Right, Align::Left, Align::Right, Align::Right, Align::Left, Align::Left, Align::Left});
+    table.add({"Start (UTC)", "Length", "Device", "Records", "Spectra", "Frequencies", "State", "File"});
+    for (const Listed& listed : all) {
+        const bool closed = listed.closed();
+        table.add({listed.startMs == 0 ? "unknown" : utc(listed.startMs).substr(0, ToSeconds),
+                   closed ? duration(listed.lengthMs()) : "-", listed.device, closed ? grouped(listed.records) : "-",
+                   closed ? grouped(listed.spectra) : "-", rangesText(listed.ranges), stateText(listed),
+                   oneLine(shownName(listed.file))});
+    }
+    table.print(std::cout, "");
+}
+
+Json listedAsJson(const Listed& listed)
+{
+    Json ranges = Json::array();
+    for (const RecordedRanges::Span& span : listed.ranges) {
+        ranges.push_back({{"lowHz", span.lowHz}, {"highHz", span.highHz}});
+    }
+    const bool closed = listed.closed();
+    const auto known = [&](std::uint64_t number) { return closed ? Json(number) : Json(); };
+    return {{"file", shownName(listed.file)},
+            {"readability", listed.state},
+            {"device", closed ? Json(listed.device) : Json()},
+            {"startMs", listed.startMs == 0 ? Json() : Json(listed.startMs)},
+            {"durationMs", known(listed.lengthMs())},
+            {"size", listed.bytes},
+            {"records", known(listed.records)},
+            {"spectra", known(listed.spectra)},
+            {"ranges", std::move(ranges)},
+            {"closed", closed},
+            {"sound", closed && (listed.damage || !listed.sound()) ? Json(listed.sound()) : Json()}};
+}
+
+/// What could not be read decides more than what is damaged; a recording that is still open is neither.
+ExitCode judge(const Listed& listed)
+{
+    if (!listed.closed()) {
+        return listed.readability == Readability::NeverClosed ? ExitCode::Fine : ExitCode::CannotRead;
+    }
+    return listed.sound() ? ExitCode::Fine : ExitCode::Damaged;
+}
+
+}  // namespace
+
+bool asksForListing(const OverviewOptions& options)
+{
+    const std::array<const std::string*, 5> texts = {&options.device, &options.since, &options.until, &options.covers,
+                                                     &options.sort};
+    return options.table || options.recursive || options.verify || options.reverse ||
+           std::any_of(texts.begin(), texts.end(), [](const std::string* text) { return !text->empty(); }) ||
+           std::any_of(options.files.begin(), options.files.end(), isDirectory);
+}
+
+ExitCode listRecordings(const OverviewOptions& options)
+{
+    const std::optional<Choice> choice = makeChoice(options);
+    if (!choice) {
+        return ExitCode::Usage;
+    }
+    ExitCode result = ExitCode::Fine;
+    const std::vector<std::string> files = filesOf(options, result);
+    std::vector<Listed> all;
+    Progress progress("recordings");
+    const auto show = progress.callback();
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        if (std::optional<Listed> listed = look(files[i], *choice, options.verify)) {
+            result = worse(result, judge(*listed));
+            all.push_back(std::move(*listed));
+        }
+        if (show) {
+            show(static_cast<std::int64_t>(i), static_cast<std::int64_t>(files.size()));
+        }
+    }
+    progress.clear();
+    std::stable_sort(all.begin(), all.end(), orderBy(options.sort));
+    if (options.reverse) {
+        std::reverse(all.begin(), all.end());
+    }
+    if (options.json) {
+        Json recordings = Json::array();
+        for (const Listed& listed : all) {
+            recordings.push_back(listedAsJson(listed));
+        }
+        std::cout << dump({{"recordings", std::move(recordings)}}, 2) << '\n';
+    } else if (all.empty()) {
+        std::cout << (files.empty() ? "There is no recording.\n" : "No recording is like that.\n");
+    } else {
+        print(all);
+    }
+    return finish(result);
+}
+
+}  // namespace RecTool

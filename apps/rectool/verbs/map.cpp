@@ -1,0 +1,169 @@
+// The verb "map": the bearing of every channel at the end of a span.
+#include <cmath>
+#include <iostream>
+#include <map>
+#include <optional>
+#include <vector>
+
+#include "commands.h"
+#include "printing/json.h"
+#include "replay/bearingreplay.h"
+#include "replay/measuredtime.h"
+#if defined(RECTOOL_HAS_GEO)
+#include "map/mapgeojson.h"
+#endif
+#include "printing/output.h"
+#include "printing/progress.h"
+#include "printing/table.h"
+#include "printing/text.h"
+#include "replay/recordedvalues.h"
+#include "replay/recordingtime.h"
+#include "replay/typenames.h"
+
+namespace RecTool {
+
+namespace Inspection = Recording2::Inspection;
+using values::Bearing;
+
+namespace {
+
+/// The bearing map at the end of a span, and when each of its bearings was measured.
+class MapAtEnd {
+public:
+    MapAtEnd(const Inspection::Summary& summary, const Span& span)
+        : m_code(TypeNames(summary.types).numberOf(DirectionFindingKeyword)),
+          m_startMs(summary.header.startMs),
+          m_from(firstMoment(span.from)),
+          m_to(static_cast<double>(span.to))
+    {
+    }
+
+    void apply(const Inspection::Record& record)
+    {
+        const bool timeIsKnown = record.timeMs != 0;
+        if (m_code != record.code || !timeIsKnown) {
+            return;
+        }
+        m_momentMs = momentMs(record, m_startMs);
+        if (m_momentMs <= m_to) {
+            m_replay.apply(record);
+        }
+    }
+    [[nodiscard]] const BearingReplay& replay() const { return m_replay; }
+    /// The numbers of the channels that have a bearing and got it in the span.
+    [[nodiscard]] std::vector<std::size_t> shownChannels() const
+    {
+        std::vector<std::size_t> shown;
+        for (std::size_t i = 0; i < m_replay.channels().size(); ++i) {
+            const auto moment = m_momentsMs.find(i);
+            const bool isInSpan = moment != m_momentsMs.end() && moment->second >= m_from;
+            if (isInSpan && !isEmpty(m_replay.channels()[i].bearing)) {
+                shown.push_back(i);
+            }
+        }
+        return shown;
+    }
+
+private:
+    std::optional<std::int32_t> m_code;
+    std::uint64_t m_startMs;
+    double m_from;
+    double m_to;
+    double m_momentMs = 0;  // of the record being applied
+    std::map<std::size_t, double> m_momentsMs;
+    BearingReplay m_replay{[this](const BearingChange& change) { m_momentsMs[change.channel] = m_momentMs; }};
+};
+
+std::string cell(double value)
+{
+    return std::isnan(value) ? "-" : number(value);
+}
+
+void printTable(const BearingReplay& replay, const std::vector<std::size_t>& shown)
+{
+    if (shown.empty()) {
+        std::cout << "There is no bearing.\n";
+        return;
+    }
+    Table table({Table::Align::Right, Table::Align::Right, Table::Align::Right, Table::Align::Right,
+                 Table::Align::Right, Table::Align::Right, Table::Align::Right, Table::Align::Left});
+    table.add({"Channel", "Frequency", "Azimuth", "Elevation", "Level", "Quality", "Time", "Measured"});
+    for (const std::size_t i : shown) {
+        const BearingChange& channel = replay.channels()[i];
+        const Bearing& bearing = channel.bearing;
+        table.add({std::to_string(i), frequency(replay.range().frequencyHz(i)), cell(bearing.azimuthDeg),
+                   cell(bearing.elevationDeg), cell(bearing.levelDb), cell(bearing.quality),
+                   std::to_string(channel.timeMs), utcExactly(channel.measuredUs)});
+    }
+    table.print(std::cout, "");
+}
+
+void printMapAsJson(const MapOptions& options, const Span& span, const BearingReplay& replay,
+                    const std::vector<std::size_t>& shown)
+{
+    Json bearings = Json::array();
+    for (const std::size_t i : shown) {
+        const BearingChange& channel = replay.channels()[i];
+        Json bearing = {{"channel", i}, {"frequencyHz", replay.range().frequencyHz(i)}};
+        bearing.update(toJson(channel.bearing));
+        bearing["timeMs"] = channel.timeMs;
+        bearing["timeStampUs"] = channel.measuredUs;
+        bearings.push_back(std::move(bearing));
+    }
+    std::cout << dump({{"file", shownName(options.file)},
+                       {"fromMs", options.from.empty() ? Json() : Json(span.from)},
+                       {"toMs", options.to.empty() ? Json() : Json(span.to)},
+                       {"range", toJson(replay.range())},
+                       {"bearings", std::move(bearings)}},
+                      2)
+              << '\n';
+}
+
+std::vector<Inspection::Finding> replayRecords(const MapOptions& options, const Inspection::Summary& summary,
+                                               MapAtEnd& map)
+{
+    Progress progress(options.file);
+    std::vector<Inspection::Finding> findings = summary.findings;
+    const auto inRecords = Inspection::walkRecords(
+        options.file, summary,
+        [&](const Inspection::Record& record) {
+            map.apply(record);
+            return true;  // what was measured in the span may be filed behind it
+        },
+        progress.callback());
+    findings.insert(findings.end(), inRecords.begin(), inRecords.end());
+    return findings;
+}
+
+}  // namespace
+
+ExitCode map(const MapOptions& options)
+{
+    const Inspection::Summary summary = Inspection::inspect(options.file);
+    if (summary.readability != Inspection::Readability::Ok) {
+        complain(options.file, summary.problem);
+        return ExitCode::CannotRead;
+    }
+    Span span;
+    if (!takeSpan(options.file, options.from, options.to, summary, span.from, span.to)) {
+        return ExitCode::Usage;
+    }
+    if (options.geoJson) {
+#if defined(RECTOOL_HAS_GEO)
+        return mapGeoJson(options, summary, span.from, span.to);
+#else
+        complain(options.file, "This rectool was built without GeographicLib, which --geojson needs.");
+        return ExitCode::Usage;
+#endif
+    }
+    MapAtEnd atEnd(summary, span);
+    const std::vector<Inspection::Finding> findings = replayRecords(options, summary, atEnd);
+    const BearingReplay& replay = atEnd.replay();
+    const std::vector<std::size_t> shown = atEnd.shownChannels();
+    options.json ? printMapAsJson(options, span, replay, shown) : printTable(replay, shown);
+    complain(options.file, findings);
+    return finish(
+        withPassedOver(options.file, DirectionFindingKeyword, "bearings", replay.passedOver(), soundness(findings)));
+}
+
+}  // namespace RecTool

@@ -1,0 +1,265 @@
+// The verbs "range list", "range clear" and "range rebuild": the table of channel ranges.
+#include <algorithm>
+#include <iostream>
+#include <map>
+#include <optional>
+#include <set>
+
+#include <values/recordingtext.h>
+
+#include "commands.h"
+#include "making/filechange.h"
+#include "printing/json.h"
+#include "printing/output.h"
+#include "printing/progress.h"
+#include "printing/table.h"
+#include "printing/text.h"
+#include "replay/recordedvalues.h"
+#include "replay/typenames.h"
+
+namespace RecTool {
+
+namespace Inspection = Recording2::Inspection;
+
+namespace {
+
+/// A record that the channel range table names.
+struct Definition {
+    Json json;  // null when there is no such record
+    std::string keyword;
+    std::string text = "(no record)";
+};
+
+/// The definitions by time. Everything in front of them is walked, so that a map is complete.
+class Definitions {
+public:
+    Definitions(const Inspection::Summary& summary, const TypeNames& names) : m_names(names)
+    {
+        for (const std::uint64_t time : summary.channelRangeTimes) {
+            m_all[time];
+        }
+    }
+    void visit(const Inspection::Record& record)
+    {
+        const values::ValueBase* value = m_recorded.apply(record);
+        const auto found = m_all.find(record.timeMs);
+        if (found != m_all.end()) {
+            found->second = {toJson(record, value, m_names), m_names.label(record.code), describe(record, value)};
+        }
+    }
+    [[nodiscard]] const std::map<std::uint64_t, Definition>& all() const { return m_all; }
+
+private:
+    const TypeNames& m_names;
+    RecordedValues m_recorded;
+    std::map<std::uint64_t, Definition> m_all;
+};
+
+void printRangesAsJson(const std::string& file, const Definitions& definitions)
+{
+    Json ranges = Json::array();
+    for (const auto& [time, definition] : definitions.all()) {
+        ranges.push_back({{"timeMs", time}, {"record", definition.json}});
+    }
+    std::cout << dump({{"file", shownName(file)}, {"channelRanges", std::move(ranges)}}, 2) << '\n';
+}
+
+void printTable(const Definitions& definitions)
+{
+    if (definitions.all().empty()) {
+        std::cout << "The recording has no channel range.\n";
+        return;
+    }
+    Table table({Table::Align::Right, Table::Align::Left, Table::Align::Left});
+    table.add({"Time", "Keyword", "Value"});
+    for (const auto& [time, definition] : definitions.all()) {
+        table.add({std::to_string(time), definition.keyword, definition.text});
+    }
+    table.print(std::cout, "");
+}
+
+constexpr std::int64_t EntryBytes = 9;  // a time and its separator
+
+/// Whether so many channel ranges stand in front of the bookmarks, so that readers find all of them and nothing else:
+/// behind them must be nothing, or a time of 0, which ends the table.
+bool fits(std::size_t count, const Inspection::Header& header)
+{
+    constexpr std::int64_t TimeBytes = 8;
+    if (header.bookmarkTablePosition == 0) {
+        return true;
+    }
+    const std::int64_t room = header.channelRangeTablePosition == 0
+                                  ? 0
+                                  : std::int64_t{header.bookmarkTablePosition} - header.channelRangeTablePosition;
+    const std::int64_t left = room - static_cast<std::int64_t>(count) * EntryBytes;
+    return left == 0 || left >= TimeBytes;
+}
+
+void clear(Recording2::CFileAccess& file)
+{
+    if (file.channelRangeDefAvailable()) {
+        file.clearChannelRangeDef();
+    }
+}
+
+/// Clearing runs into the bookmarks by up to 7 bytes; the object still has them.
+void putBookmarksBack(Recording2::CFileAccess& file, const Inspection::Header& header)
+{
+    if (header.bookmarkTablePosition != 0) {
+        file.writeBookmarks();
+    }
+}
+
+/// Where the tables are not where they can be rewritten, nothing is.
+ExitCode checkOrder(const FileChange& change, const Inspection::Summary& summary)
+{
+    return FileChange::rangesBehindBookmarks(summary)
+               ? change.refuse(ExitCode::CannotRead,
+                               "The channel range table stands behind the bookmarks, where readers do not look.")
+               : ExitCode::Fine;
+}
+
+/// The types whose channel ranges count. @return nothing, told, when one is no type of the file
+std::optional<std::set<std::int32_t>> wantedTypes(const RangeRebuildOptions& options, const TypeNames& names)
+{
+    if (options.types.empty() && !names.numberOf(DirectionFindingKeyword)) {
+        return std::set<std::int32_t>{};
+    }
+    return takeTypes(options.file,
+                     options.types.empty() ? std::vector<std::string>{DirectionFindingKeyword} : options.types, names);
+}
+
+/// The channel ranges that the records carry, by type number.
+using FoundRanges = std::map<std::int32_t, std::vector<std::uint64_t>>;
+
+std::vector<std::uint64_t> timesOf(const FoundRanges& found, const std::set<std::int32_t>& types)
+{
+    std::vector<std::uint64_t> times;
+    for (const auto& [type, ofType] : found) {
+        if (types.count(type) > 0) {
+            times.insert(times.end(), ofType.begin(), ofType.end());
+        }
+    }
+    std::sort(times.begin(), times.end());
+    return times;
+}
+
+/// Whether so many channel ranges can be stored in the file.
+ExitCode checkRoom(const FileChange& change, std::size_t count, const Inspection::Summary& summary)
+{
+    const ExitCode result = checkOrder(change, summary);
+    return result != ExitCode::Fine || fits(count, summary.header)
+               ? result
+               : change.refuse(ExitCode::CannotRead, "The records hold " + std::to_string(count) +
+                                                         " channel ranges, for which there is no room in front of the "
+                                                         "bookmarks.");
+}
+
+ExitCode storeRanges(const FileChange& change, const std::vector<std::uint64_t>& times)
+{
+    const Inspection::Summary& summary = change.summary();
+    const std::string count = std::to_string(times.size());
+    if (times == summary.channelRangeTimes) {
+        std::cout << "The channel ranges are as the records say: " << count << ". Nothing was changed.\n";
+        return finish(ExitCode::Fine);
+    }
+    ExitCode result = checkRoom(change, times.size(), summary);
+    if (result == ExitCode::Fine) {
+        result = change.confirm("Replace the " + std::to_string(summary.channelRangeTimes.size()) +
+                                " channel ranges by the " + count + " of the records");
+    }
+    if (result != ExitCode::Fine) {
+        return result;
+    }
+    return change.apply([&](Recording2::CFileAccess& file, Inspection::Summary& now) {
+        const ExitCode planned = checkRoom(change, times.size(), now);
+        if (planned == ExitCode::Fine) {
+            clear(file);
+            for (const std::uint64_t time : times) {
+                file.addChannelRangeDef(time);
+            }
+            file.rebuildChannelRangeDef();
+            putBookmarksBack(file, now.header);
+            now.channelRangeTimes = times;
+        }
+        return planned;
+    });
+}
+
+}  // namespace
+
+ExitCode listRanges(const ListOptions& options)
+{
+    const Inspection::Summary summary = Inspection::inspect(options.file);
+    if (summary.readability != Inspection::Readability::Ok) {
+        complain(options.file, summary.problem);
+        return ExitCode::CannotRead;
+    }
+    const TypeNames names(summary.types);
+    Definitions definitions(summary, names);
+    Progress progress(options.file);
+    std::vector<Inspection::Finding> findings = summary.findings;
+    const auto inRecords = Inspection::walkRecords(
+        options.file, summary,
+        [&](const Inspection::Record& record) {
+            definitions.visit(record);
+            return true;
+        },
+        progress.callback());
+    progress.clear();
+    options.json ? printRangesAsJson(options.file, definitions) : printTable(definitions);
+    findings.insert(findings.end(), inRecords.begin(), inRecords.end());
+    complain(options.file, findings);
+    return finish(soundness(findings));
+}
+
+ExitCode clearRanges(const RangeClearOptions& options)
+{
+    FileChange change(options.file, options.yes);
+    ExitCode result = change.check();
+    if (result == ExitCode::Fine) {
+        result = checkOrder(change, change.summary());
+    }
+    if (result != ExitCode::Fine) {
+        return result;
+    }
+    const std::size_t count = change.summary().channelRangeTimes.size();
+    if (count == 0) {
+        std::cout << "The recording has no channel range. Nothing was changed.\n";
+        return finish(ExitCode::Fine);
+    }
+    result = change.confirm("Clear the " + std::to_string(count) + " channel ranges");
+    if (result != ExitCode::Fine) {
+        return result;
+    }
+    return change.apply([&](Recording2::CFileAccess& file, Inspection::Summary& now) {
+        const ExitCode planned = checkOrder(change, now);
+        if (planned == ExitCode::Fine) {
+            clear(file);
+            putBookmarksBack(file, now.header);
+            now.channelRangeTimes.clear();
+        }
+        return planned;
+    });
+}
+
+ExitCode rebuildRanges(const RangeRebuildOptions& options)
+{
+    FileChange change(options.file, options.yes);
+    FoundRanges found;
+    ExitCode result = change.check([&](const Inspection::Record& record) {
+        if (values::CarriesChannelRange(record.data)) {
+            found[record.code].push_back(record.timeMs);
+        }
+    });
+    if (result == ExitCode::Fine) {
+        result = checkOrder(change, change.summary());
+    }
+    if (result != ExitCode::Fine) {
+        return result;
+    }
+    const std::optional<std::set<std::int32_t>> types = wantedTypes(options, TypeNames(change.summary().types));
+    return types ? storeRanges(change, timesOf(found, *types)) : ExitCode::Usage;
+}
+
+}  // namespace RecTool

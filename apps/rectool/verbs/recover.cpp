@@ -1,0 +1,110 @@
+// The verb "recover": closes a recording that a crash or power cut left open.
+#include <iostream>
+#include <string>
+
+#include <recording2/inspection/rescue/recovery.h>
+
+#include "commands.h"
+#include "printing/json.h"
+#include "printing/output.h"
+#include "printing/progress.h"
+#include "printing/text.h"
+#include "system/interrupt.h"
+
+namespace RecTool {
+
+namespace Inspection = Recording2::Inspection;
+using Inspection::Recovery;
+using Inspection::RecoveryOutcome;
+
+namespace {
+
+void printRecoverySummary(const RecoverOptions& options, const std::string& output, const Recovery& recovery)
+{
+    std::cout << oneLine(output) << ": " << counted(recovery.records, "record") << ", "
+              << grouped(static_cast<std::uint64_t>(recovery.bytes)) << " bytes, from " << utc(recovery.header.startMs)
+              << " to " << utc(recovery.header.stopMs) << '\n';
+    if (recovery.journal.empty()) {
+        std::cout << "There was no journal that could be used: the records of " << printedName(options.file)
+                  << " were walked.\n";
+    } else {
+        std::cout << "By " << oneLine(recovery.journal) << ": " << counted(recovery.times.kept, "record")
+                  << " with their exact time.\n";
+    }
+    for (const std::string& line : Inspection::describe(recovery.times, grouped)) {
+        std::cout << "Rebuilt: " << line << ".\n";
+    }
+    for (const std::string& line : recovery.lost) {
+        std::cout << "Lost: " << oneLine(line) << ".\n";
+    }
+    for (const std::string& line : recovery.notes) {
+        std::cout << "Note: " << oneLine(line) << ".\n";
+    }
+    if (recovery.outcome == RecoveryOutcome::Whole) {
+        std::cout << "Nothing was lost.\n";
+    }
+    std::cout << printedName(options.file) << " was left as it is.\n";
+}
+
+void printRecoveryAsJson(const RecoverOptions& options, const std::string& output, const Recovery& recovery)
+{
+    const Inspection::RepairedTimes& times = recovery.times;
+    const bool hasJournal = !recovery.journal.empty();
+    const Json json = {{"file", options.file},
+                       {"output", output},
+                       {"whole", recovery.outcome == RecoveryOutcome::Whole},
+                       {"journal", hasJournal ? Json(recovery.journal) : Json()},
+                       {"journalComplete", recovery.journalComplete},
+                       {"records", recovery.records},
+                       {"bytes", recovery.bytes},
+                       {"startMs", recovery.header.startMs},
+                       {"stopMs", recovery.header.stopMs},
+                       {"times",
+                        {{"kept", times.kept},
+                         {"between", times.between},
+                         {"inFront", times.inFront},
+                         {"behind", times.behind},
+                         {"stepMs", times.stepMs ? Json(*times.stepMs) : Json()},
+                         {"moved", times.moved}}},
+                       {"lostRecords", recovery.lostRecords},
+                       {"lost", recovery.lost},
+                       {"notes", recovery.notes}};
+    std::cout << dump(json, 2) << '\n';
+}
+
+}  // namespace
+
+ExitCode recover(const RecoverOptions& options)
+{
+    const Interrupt interrupt;
+    const std::string output = options.output.empty() ? Inspection::recoveredName(options.file) : options.output;
+    Recovery recovery;
+    {
+        Progress progress(options.file);
+        recovery = Inspection::recover(options.file, {.output = output,
+                                                      .periodMs = options.periodMs,
+                                                      .progress = progress.callback(),
+                                                      .interrupted = Interrupt::requested,
+                                                      .withoutLocks = true});
+    }
+    switch (recovery.outcome) {
+        case RecoveryOutcome::Whole:
+        case RecoveryOutcome::SomethingLost:
+            break;
+        case RecoveryOutcome::NothingToDo:
+            std::cout << printedName(options.file) << ": " << oneLine(recovery.problem)
+                      << " There is nothing to recover; `rectool verify` "
+                      << "tells whether it is sound.\n";
+            return finish(ExitCode::Fine);
+        case RecoveryOutcome::NotWritten:
+            complain(output, "The file could not be written: " + recovery.problem);
+            return ExitCode::CannotRead;
+        default:
+            complain(options.file, recovery.problem + " Nothing was written.");
+            return ExitCode::CannotRead;
+    }
+    (options.json ? printRecoveryAsJson : printRecoverySummary)(options, output, recovery);
+    return finish(recovery.outcome == RecoveryOutcome::Whole ? ExitCode::Fine : ExitCode::Damaged);
+}
+
+}  // namespace RecTool

@@ -1,0 +1,77 @@
+// The verb "state": the value of everything recorded at a moment.
+#include <iostream>
+
+#include "commands.h"
+#include "printing/json.h"
+#include "printing/output.h"
+#include "printing/progress.h"
+#include "printing/table.h"
+#include "replay/inforce.h"
+#include "replay/recordedvalues.h"
+#include "replay/recordingtime.h"
+#include "replay/typenames.h"
+
+namespace RecTool {
+
+namespace Inspection = Recording2::Inspection;
+
+namespace {
+
+void printTable(const InForce& state, const TypeNames& names)
+{
+    if (state.entries().empty()) {
+        std::cout << "Nothing is recorded up to that time.\n";
+        return;
+    }
+    Table table({Table::Align::Right, Table::Align::Left, Table::Align::Right, Table::Align::Left});
+    table.add({"Type", "Keyword", "Since", "Value"});
+    for (const auto& [code, entry] : state.entries()) {
+        table.add({std::to_string(code), names.label(code), std::to_string(entry.record.timeMs),
+                   describe(entry.record, entry.value)});
+    }
+    table.print(std::cout, "");
+}
+
+void printStateAsJson(const std::string& file, std::uint64_t at, const InForce& state, const TypeNames& names)
+{
+    Json entries = Json::array();
+    for (const auto& [code, entry] : state.entries()) {
+        entries.push_back(toJson(entry.record, entry.value, names));
+    }
+    std::cout << dump({{"file", shownName(file)}, {"atMs", at}, {"state", std::move(entries)}}, 2) << '\n';
+}
+
+}  // namespace
+
+ExitCode state(const StateOptions& options)
+{
+    const Inspection::Summary summary = Inspection::inspect(options.file);
+    if (summary.readability != Inspection::Readability::Ok) {
+        complain(options.file, summary.problem);
+        return ExitCode::CannotRead;
+    }
+    std::uint64_t at = 0;
+    if (!requireTime("--at", options.at, summary, at)) {
+        return ExitCode::Usage;
+    }
+    InForce inForce;
+    Progress progress(options.file);
+    std::vector<Inspection::Finding> findings = summary.findings;
+    const auto inRecords = Inspection::walkRecords(
+        options.file, summary,
+        [&](const Inspection::Record& record) {
+            if (record.timeMs <= at) {
+                inForce.apply(record);
+            }
+            return record.timeMs <= at;
+        },
+        progress.callback());
+    progress.clear();
+    const TypeNames names(summary.types);
+    options.json ? printStateAsJson(options.file, at, inForce, names) : printTable(inForce, names);
+    findings.insert(findings.end(), inRecords.begin(), inRecords.end());
+    complain(options.file, findings);
+    return finish(soundness(findings));
+}
+
+}  // namespace RecTool

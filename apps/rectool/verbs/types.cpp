@@ -1,0 +1,76 @@
+// The verb "types": the numbers, keywords, kinds and value paths of a recording.
+#include <iostream>
+
+#include <values/valuebase.h>
+
+#include "commands.h"
+#include "printing/json.h"
+#include "printing/output.h"
+#include "printing/table.h"
+#include "printing/text.h"
+
+namespace RecTool {
+
+namespace Inspection = Recording2::Inspection;
+
+namespace {
+
+std::string valueTypeName(std::int32_t code)
+{
+    return values::ValueTypeName(static_cast<values::ValueType>(code)).toStdString();
+}
+
+/// The name, and the code where the name says nothing.
+std::string valueTypeText(std::int32_t code)
+{
+    const std::string name = valueTypeName(code);
+    return name == valueTypeName(0) ? name + " (" + std::to_string(code) + ")" : name;
+}
+
+Json typesDocument(const std::string& file, const Inspection::Summary& summary)
+{
+    Json types = Json::array();
+    for (const Inspection::TypeEntry& type : summary.types) {
+        types.push_back({{"number", type.typeNumber},
+                         {"keyword", fromLatin1(type.keyword)},
+                         {"path", fromLatin1(type.valuePath)},
+                         {"valueType", type.valueType},
+                         {"valueTypeName", valueTypeName(type.valueType)}});
+    }
+    return {{"file", shownName(file)}, {"types", std::move(types)}};
+}
+
+void printTypes(const Inspection::Summary& summary)
+{
+    if (summary.types.empty()) {
+        std::cout << "The recording has no type table.\n";
+        return;
+    }
+    Table table({Table::Align::Right, Table::Align::Left, Table::Align::Left, Table::Align::Left});
+    table.add({"Number", "Keyword", "Value", "Path"});
+    for (const Inspection::TypeEntry& type : summary.types) {
+        table.add({std::to_string(type.typeNumber), oneLine(fromLatin1(type.keyword)), valueTypeText(type.valueType),
+                   oneLine(fromLatin1(type.valuePath))});
+    }
+    table.print(std::cout, "");
+}
+
+}  // namespace
+
+ExitCode types(const TypesOptions& options)
+{
+    const Inspection::Summary summary = Inspection::inspect(options.file);
+    if (summary.readability != Inspection::Readability::Ok) {
+        complain(options.file, summary.problem);
+        return ExitCode::CannotRead;
+    }
+    if (options.json) {
+        std::cout << dump(typesDocument(options.file, summary), 2) << '\n';
+    } else {
+        printTypes(summary);
+    }
+    complain(options.file, summary.findings);
+    return finish(soundness(summary.findings));
+}
+
+}  // namespace RecTool
