@@ -1,7 +1,5 @@
 // recstation: records what its sources measure, and writes a summary of the run.
-#include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <string>
 #include <vector>
 
@@ -9,15 +7,10 @@
 #include <QTextCodec>
 
 #include "archive/archiveservice.h"
-#include "commandline.h"
-#include "progress.h"
-#include "station.h"
-#include "summary.h"
+#include "program.h"
 #include "system/hostsystem.h"
 
 namespace {
-
-using recstation::ExitCode;
 
 std::vector<std::string> argumentsInUtf8()
 {
@@ -26,46 +19,6 @@ std::vector<std::string> argumentsInUtf8()
         arguments.push_back(argument.toStdString());
     }
     return arguments;
-}
-
-bool writeSummary(const recstation::Summary& summary, const recstation::Options& options,
-                  recstation::Messages& messages)
-{
-    for (const QString& remark : summary.remarks(!options.quiet)) {
-        messages.message(remark);
-    }
-    const std::string text = options.json ? summary.json() : summary.fileLines().toStdString();
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
-        messages.message(QStringLiteral("cannot write the summary to the standard output"));
-        return false;
-    }
-    return true;
-}
-
-// A run that did not even begin, told to machines in the shape of every other.
-ExitCode reportFailure(const std::exception& error, const recstation::Options& options, recstation::Messages& messages)
-{
-    if (options.json) {
-        recstation::Summary summary;
-        summary.failure = QString::fromUtf8(error.what());
-        writeSummary(summary, options, messages);
-    } else {
-        messages.message(QString::fromUtf8(error.what()));
-    }
-    return dynamic_cast<const recstation::UsageError*>(&error) != nullptr ? ExitCode::Usage : ExitCode::CannotRun;
-}
-
-ExitCode runProgram(const recstation::Options& options)
-{
-    recstation::Messages messages(recstation::standardErrorIsTerminal(), options.quiet);
-    try {
-        recstation::Station station(options, messages);
-        const recstation::Summary summary = station.run();
-        const bool written = writeSummary(summary, options, messages);
-        return written || summary.exitCode() != ExitCode::Success ? summary.exitCode() : ExitCode::Incomplete;
-    } catch (const std::exception& error) {
-        return reportFailure(error, options, messages);
-    }
 }
 
 }  // namespace
@@ -78,8 +31,7 @@ int main(int argc, char* argv[])
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 #endif
     const QCoreApplication application(argc, argv);
-    const recstation::CommandLine commandLine = recstation::parseCommandLine(argumentsInUtf8());
-    const ExitCode code = commandLine.options ? runProgram(*commandLine.options) : commandLine.exitCode;
+    const recstation::ExitCode code = recstation::runProgram(argumentsInUtf8());
     if (recstation::ArchiveService::leftThreadBehind()) {
         std::_Exit(static_cast<int>(code));  // it may still use what the end of the process would take away
     }

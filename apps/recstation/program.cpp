@@ -1,0 +1,64 @@
+// What recstation does from its arguments to its exit code.
+#include "program.h"
+
+#include <cstdio>
+#include <exception>
+
+#include "commandline.h"
+#include "progress.h"
+#include "station.h"
+#include "summary.h"
+#include "system/hostsystem.h"
+
+namespace recstation {
+
+namespace {
+
+bool writeSummary(const Summary& summary, const Options& options, Messages& messages)
+{
+    for (const QString& remark : summary.remarks(!options.quiet)) {
+        messages.message(remark);
+    }
+    const std::string text = options.json ? summary.json() : summary.fileLines().toStdString();
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
+        messages.message(QStringLiteral("cannot write the summary to the standard output"));
+        return false;
+    }
+    return true;
+}
+
+// A run that did not even begin, told to machines in the shape of every other.
+ExitCode reportFailure(const std::exception& error, const Options& options, Messages& messages)
+{
+    if (options.json) {
+        Summary summary;
+        summary.failure = QString::fromUtf8(error.what());
+        writeSummary(summary, options, messages);
+    } else {
+        messages.message(QString::fromUtf8(error.what()));
+    }
+    return dynamic_cast<const UsageError*>(&error) != nullptr ? ExitCode::Usage : ExitCode::CannotRun;
+}
+
+ExitCode record(const Options& options)
+{
+    Messages messages(standardErrorIsTerminal(), options.quiet);
+    try {
+        Station station(options, messages);
+        const Summary summary = station.run();
+        const bool written = writeSummary(summary, options, messages);
+        return written || summary.exitCode() != ExitCode::Success ? summary.exitCode() : ExitCode::Incomplete;
+    } catch (const std::exception& error) {
+        return reportFailure(error, options, messages);
+    }
+}
+
+}  // namespace
+
+ExitCode runProgram(const std::vector<std::string>& arguments)
+{
+    const CommandLine commandLine = parseCommandLine(arguments);
+    return commandLine.options ? record(*commandLine.options) : commandLine.exitCode;
+}
+
+}  // namespace recstation

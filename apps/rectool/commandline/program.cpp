@@ -1,0 +1,92 @@
+// What rectool does from its arguments to its exit code.
+#include "program.h"
+
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <iostream>
+#include <string_view>
+#include <utility>
+
+#include <CLI/CLI.hpp>
+
+#include "../printing/output.h"
+#include "../printing/style.h"
+#include "../printing/text.h"
+#include "../system/pager.h"
+#include "../system/terminal.h"
+#include "../verbs/commands.h"
+#include "implied.h"
+#include "verbs.h"
+
+namespace RecTool::CommandLine {
+
+namespace {
+
+constexpr const char* ExitCodes =
+    "Exit codes: 0 fine, 1 wrong usage or not confirmed, 2 a file cannot be read or written, 3 a file is damaged.\n"
+    "A recording in the archive is named by its address, zelvo:///GROUP/FILE.";
+
+/// Whether the verb's output may be long, and nobody is asked anything meanwhile.
+bool isPaged(const CLI::App& app)
+{
+    constexpr std::array<std::string_view, 7> Verbs = {"info", "types", "cat", "state", "diff", "map", "verify"};
+    const auto given = app.get_subcommands();
+    return !given.empty() && std::find(Verbs.begin(), Verbs.end(), given.front()->get_name()) != Verbs.end();
+}
+
+ExitCode refuse(const CLI::App& app, const std::string& why)
+{
+    std::cerr << "rectool: " << why << '\n' << whereHelpIs(app) << '\n';
+    return ExitCode::Usage;
+}
+
+ExitCode perform(std::vector<std::string> arguments)
+{
+    CLI::App app("Looks into recordings of receivers and direction finders.", "rectool");
+    app.set_version_flag("--version", "rectool " RECTOOL_VERSION);
+    app.require_subcommand(1);
+    bool noPager = std::erase(arguments, "--no-pager") > 0;
+    app.add_flag("--no-pager", noPager, "Do not show long output a page at a time; also behind a verb");
+    app.allow_windows_style_options(false);  // the same arguments everywhere, paths that begin with "/" among them
+    app.footer(std::string("rectool VERB --help tells more about a verb.\n\n") + ExitCodes);
+
+    Action action;
+    addLookingVerbs(app, action);
+    addMapVerb(app, action);
+    addPlotVerbs(app, action);
+    addEditingVerbs(app, action);
+    addMakingVerbs(app, action);
+    addArchiveVerbs(app, action);
+    if (arguments.empty()) {
+        std::cout << app.help() << "\nrectool FILE and rectool DIR show what is there.\n";
+        return finish(ExitCode::Usage);
+    }
+    addImpliedVerb(app, arguments);
+    if (const std::string problem = unknownVerb(app, arguments); !problem.empty()) {
+        return refuse(app, problem);
+    }
+    try {
+        std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
+        app.parse(std::move(arguments));
+    } catch (const CLI::ParseError& error) {
+        return error.get_exit_code() == 0 ? (app.exit(error), ExitCode::Fine) : refuse(app, whatIsWrong(app, error));
+    }
+    useStyles(outputHasColours());
+    const Pager pager(!noPager && isPaged(app));
+    return action();
+}
+
+}  // namespace
+
+int run(std::vector<std::string> arguments)
+{
+    try {
+        return static_cast<int>(perform(std::move(arguments)));
+    } catch (const std::exception& error) {
+        std::cerr << "rectool: " << oneLine(error.what()) << '\n';
+        return static_cast<int>(ExitCode::CannotRead);
+    }
+}
+
+}  // namespace RecTool::CommandLine
