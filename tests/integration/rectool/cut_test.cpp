@@ -1,17 +1,11 @@
 // Parts of recordings: what is in force in them, when, and what is left behind when they cannot be written.
 #include <algorithm>
 #include <cstdint>
-#include <filesystem>
 #include <string>
 #include <vector>
 
-#if !defined(_WIN32)
-#include <sys/stat.h>
-#endif
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <recording2/fileaccess.h>
 #include <recording2/mappinggenerator.h>
@@ -27,7 +21,6 @@ namespace {
 
 using namespace RecToolTests;
 using RecTool::ExitCode;
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -180,24 +173,6 @@ TEST_P(RandomCut, ReplaysIntoTheSameBearingsAtTheEnd)
 
 INSTANTIATE_TEST_SUITE_P(Seeds, RandomCut, testing::Range(1U, 7U));
 
-TEST_F(Cut, BeginsWithTheStateJustInFrontOfTheMoment)
-{
-    ASSERT_EQ(cut(bearings(), "1200", "1700", file("cut.rec")).exitCode, ExitCode::Fine);
-    const std::uint64_t start = 1'700'000'000'000;
-    const std::vector<ClockedRecord> records = recordsOf(file("cut.rec"));
-    ASSERT_EQ(records.size(), 5U);
-    const std::string map = "7;0|34;2e+06,25000,2|50;//";
-    EXPECT_EQ(records[0], (ClockedRecord{start + 1196, 36, "3;-30,-150,50"}));
-    EXPECT_EQ(records[1], (ClockedRecord{start + 1197, 20, map})) << "what the channel range table names";
-    EXPECT_EQ(records[2], (ClockedRecord{start + 1198, 20, map})) << "where replay of the whole begins";
-    EXPECT_EQ(records[3].clockMs, start + 1500);
-    EXPECT_EQ(records[4].clockMs, start + 1600);
-    const Inspection::Summary summary = Inspection::inspect(file("cut.rec"));
-    EXPECT_EQ(summary.header.startMs, start + 1195);
-    EXPECT_EQ(summary.header.stopMs, start + 1700);
-    EXPECT_THAT(summary.channelRangeTimes, ElementsAre(2));
-}
-
 TEST_F(Cut, AtAnyMomentReplayGoesOnAsInTheSource)
 {
     const std::string source = bearings();
@@ -209,12 +184,6 @@ TEST_F(Cut, AtAnyMomentReplayGoesOnAsInTheSource)
             EXPECT_EQ(replayedFrom(part, 1'700'000'000'000 + from), replayed(source)) << from;
         }
     }
-}
-
-TEST_F(Cut, WithoutARangeTableInTheSourceThereIsNone)
-{
-    ASSERT_EQ(cut(bearings(false), "1200", "", file("cut.rec")).exitCode, ExitCode::Fine);
-    EXPECT_THAT(Inspection::inspect(file("cut.rec")).channelRangeTimes, IsEmpty());
 }
 
 TEST_F(Cut, NoStateIsPlacedWhereReplayWouldReadTheRecordInFrontOfIt)
@@ -238,227 +207,6 @@ TEST_F(Cut, NoStateIsPlacedWhereReplayWouldReadTheRecordInFrontOfIt)
     EXPECT_EQ(record.cmd(), 20);
     EXPECT_EQ(History(file("cut.rec")).at(1'500'000'000'123 + 300),
               History(file("source.rec")).at(1'500'000'000'123 + 300));
-}
-
-TEST_F(Cut, InFrontOfTheFirstRecordThereIsNoState)
-{
-    ASSERT_EQ(cut(bearings(), "5", "10", file("cut.rec")).exitCode, ExitCode::Fine);
-    const std::vector<ClockedRecord> records = recordsOf(file("cut.rec"));
-    ASSERT_EQ(records.size(), 1U);
-    EXPECT_EQ(records[0].clockMs, 1'700'000'000'010U);
-}
-
-TEST_F(Cut, ABookmarkAtTheVeryBeginningStays)
-{
-    const std::string source = bearings();
-    {
-        Recording2::CFileAccess access(source.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
-        access.addBookmark(5, "first");
-        access.addBookmark(1200, "second");
-    }
-    ASSERT_EQ(cut(source, "5", "1199", file("early.rec")).exitCode, ExitCode::Fine);
-    EXPECT_THAT(bookmarksOf(file("early.rec")), ElementsAre(testing::Pair(1'700'000'000'005, "first")));
-    ASSERT_EQ(cut(source, "bookmark:second", "", file("late.rec")).exitCode, ExitCode::Fine);
-    EXPECT_THAT(bookmarksOf(file("late.rec")), ElementsAre(testing::Pair(1'700'000'001'200, "second")));
-}
-
-TEST_F(Cut, TheStopOfTheSourceStaysWhereTheCutReachesItsEnd)
-{
-    ASSERT_EQ(cut(bearings(), "1000", "99999", file("cut.rec")).exitCode, ExitCode::Fine);
-    EXPECT_EQ(Inspection::inspect(file("cut.rec")).header.stopMs, 1'700'000'002'500U);
-}
-
-// Frequencies and levels of the header
-
-namespace {
-
-std::string frequencyRecording()
-{
-    TestSupport::ReferenceRecording recording;
-    recording.types({{3, 5, "DRVCOMMANDS", "/C"},
-                     {11, 3, "STARTFREQ", "/A"},
-                     {12, 3, "STOPFREQ", "/B"},
-                     {14, 3, "STARTLEVEL", "/L"},
-                     {16, 3, "RFYLIMIT", "/Y"},
-                     {32, 5, "IFSPAN", "/S"},
-                     {46, 4, "FREQUENCY", "/F"}});
-    recording.record(11, "3;80,0,1e9", 10).record(12, "3;200,0,1e9", 11).record(14, "3;-50.5,-150,50", 12);
-    recording.record(11, "3;100,0,1e9", 1000).record(12, "3;150,0,1e9", 1001).record(11, "3;90,0,1e9", 1100);
-    recording.record(16, "3;0,-130.7,-20.7", 1200);
-    recording.record(3, "5;23,0,x", 2000).record(46, "4;100000,0,1e9,0", 2001).record(32, "5;1,2000,x", 2002);
-    recording.record(46, "4;200000,0,1e9,500", 2500);
-    recording.record(3, "5;24,0,x", 3000).record(46, "4;300000,0,1e9,0", 3001);
-    TestSupport::HeaderFields header;
-    header.startFrequency = 7;
-    header.stopFrequency = 8;
-    header.stopMs = header.startMs + 4000;
-    return recording.close(header);
-}
-
-Inspection::Header headerOf(const std::string& file)
-{
-    return Inspection::inspect(file).header;
-}
-
-}  // namespace
-
-TEST_F(Cut, TheHeaderTellsTheRangeThatTheRecordsOfTheSpanTell)
-{
-    writeBytes(file("source.rec"), frequencyRecording());
-    int cuts = 0;
-    const auto header = [&](const char* from, const char* to) {
-        const std::string part = file("cut" + std::to_string(++cuts));
-        EXPECT_EQ(cut(file("source.rec"), from, to, part).exitCode, ExitCode::Fine);
-        return headerOf(part);
-    };
-    EXPECT_EQ(header("", "500").startFrequencyHz, 80);  // the whole of it
-    EXPECT_EQ(header("", "500").stopFrequencyHz, 200);
-    EXPECT_EQ(header("", "500").minLevel, -50);
-    EXPECT_EQ(header("", "500").maxLevel, 100) << "no record tells it: that of the source";
-    EXPECT_EQ(header("1050", "1150").startFrequencyHz, 90) << "the lowest since";
-    EXPECT_EQ(header("1050", "1150").stopFrequencyHz, 150);
-    EXPECT_EQ(header("1150", "1300").startFrequencyHz, 90) << "what is in force at the beginning";
-    EXPECT_EQ(header("1150", "1300").minLevel, -130);
-    EXPECT_EQ(header("1150", "1300").maxLevel, -20);
-    EXPECT_EQ(header("2100", "2200").startFrequencyHz, 99000) << "frequency and span";
-    EXPECT_EQ(header("2100", "2600").startFrequencyHz, 199500) << "with the offset";
-    EXPECT_EQ(header("2100", "2600").stopFrequencyHz, 201500);
-    EXPECT_EQ(header("2100", "3500").startFrequencyHz, 7) << "depends on what is not recorded: that of the source";
-    EXPECT_EQ(header("", "").startFrequencyHz, 7) << "a whole recording keeps its header";
-}
-
-TEST_F(Cut, TheHeaderKnowsTheSpanThatWasLearnedInFrontOfTheCut)
-{
-    TestSupport::ReferenceRecording recording;
-    recording.types({{3, 5, "DRVCOMMANDS", "/C"}, {32, 5, "IFSPAN", "/S"}, {46, 4, "FREQUENCY", "/F"}});
-    recording.record(3, "5;23,0,x", 10).record(46, "4;100000,0,1e9,0", 11).record(32, "5;1,2000,x", 12);
-    recording.record(3, "5;5,0,x", 1000);  // a mode in which a recorder that starts does not look at the span
-    recording.record(3, "5;23,0,x", 2000).record(46, "4;200000,0,1e9,0", 2001);
-    writeBytes(file("source.rec"), recording.close());
-    ASSERT_EQ(cut(file("source.rec"), "1500", "2500", file("cut.rec")).exitCode, ExitCode::Fine);
-    EXPECT_EQ(headerOf(file("cut.rec")).startFrequencyHz, 199000);
-    EXPECT_EQ(headerOf(file("cut.rec")).stopFrequencyHz, 201000);
-}
-
-// What cannot be done
-
-TEST_F(Cut, WrongSpansAreWrongUsage)
-{
-    const std::string source = bearings();
-    EXPECT_THAT(cut(source, "20", "10", file("cut.rec")).err, HasSubstr("--from lies behind --to."));
-    EXPECT_THAT(cut(source, "2501", "", file("cut.rec")).err, HasSubstr("behind the end of the recording, 2500 ms."));
-    EXPECT_EQ(cut(source, "20", "10", file("cut.rec")).exitCode, ExitCode::Usage);
-    EXPECT_EQ(cut(source, "2501", "", file("cut.rec")).exitCode, ExitCode::Usage);
-    EXPECT_EQ(cut(source, "soon", "", file("cut.rec")).exitCode, ExitCode::Usage);
-    EXPECT_THAT(m_folder.names(), ElementsAre("bearings.rec"));
-}
-
-TEST_F(Cut, AnExistingFileIsReplacedOnlyByForce)
-{
-    const std::string source = bearings();
-    writeBytes(file("there.rec"), "precious");
-    const Result refused = cut(source, "", "", file("there.rec"));
-    EXPECT_EQ(refused.exitCode, ExitCode::Usage);
-    EXPECT_THAT(refused.err, HasSubstr("--force"));
-    EXPECT_EQ(bytesOf(file("there.rec")), "precious");
-    EXPECT_EQ(run([&] {
-                  return RecTool::cut({source, "", "", file("there.rec"), true, false});
-              }).exitCode,
-              ExitCode::Fine);
-    EXPECT_EQ(bytesOf(file("there.rec")), bytesOf(source));
-    EXPECT_THAT(m_folder.names(), ElementsAre("bearings.rec", "there.rec"));
-}
-
-#if !defined(_WIN32)
-TEST_F(Cut, WhatIsNoOrdinaryFileIsNotReplacedEvenByForce)
-{
-    ASSERT_EQ(mkfifo(file("pipe.rec").c_str(), S_IRUSR | S_IWUSR), 0);
-    std::filesystem::create_symlink(file("pipe.rec"), file("link.rec"));
-    for (const std::string& output : {file("pipe.rec"), file("link.rec")}) {
-        const Result result = run([&] { return RecTool::cut({bearings(), "", "", output, true, false}); });
-        EXPECT_EQ(result.exitCode, ExitCode::Usage);
-        EXPECT_THAT(result.err, HasSubstr("This is not an ordinary file."));
-        EXPECT_TRUE(std::filesystem::is_fifo(output));
-    }
-    EXPECT_TRUE(std::filesystem::is_symlink(file("link.rec")));
-}
-#endif
-
-TEST_F(Cut, NameWithSeveralDotsIsTheNameOfTheFile)
-{
-    ASSERT_EQ(cut(bearings(), "", "", file("a.b.tmp")).exitCode, ExitCode::Fine);
-    ASSERT_EQ(cut(bearings(), "", "", file("no dot")).exitCode, ExitCode::Fine);
-    EXPECT_THAT(m_folder.names(), ElementsAre("a.b.tmp", "bearings.rec", "no dot"));
-}
-
-TEST_F(Cut, AFileThatOnlyHasTheNameOfAnUnfinishedOneIsLeftAlone)
-{
-    writeBytes(file("cut.rec.part"), "of another");
-    ASSERT_EQ(cut(bearings(), "", "", file("cut.rec")).exitCode, ExitCode::Fine);
-    EXPECT_EQ(bytesOf(file("cut.rec.part")), "of another");
-    EXPECT_THAT(m_folder.names(), ElementsAre("bearings.rec", "cut.rec", "cut.rec.part"));
-}
-
-TEST_F(Cut, UnfinishedOutputsOfKilledRunsAreRemovedAndNamed)
-{
-    writeBytes(file("cut.rec.part"), std::string(499, '0') + "#types");
-    writeBytes(file("cut.rec.part2"), "");
-    const Result result = cut(bearings(), "", "", file("cut.rec"));
-    ASSERT_EQ(result.exitCode, ExitCode::Fine);
-    EXPECT_THAT(result.err, testing::AllOf(HasSubstr("cut.rec.part: This unfinished output"),
-                                           HasSubstr("cut.rec.part2: This unfinished output")));
-    EXPECT_THAT(m_folder.names(), ElementsAre("bearings.rec", "cut.rec"));
-}
-
-TEST_F(Cut, FilesThatCannotBeReadOrWrittenAreExitCode2)
-{
-    writeBytes(file("letter.rec"), "Dear reader,\nthis is a letter.\n");
-    EXPECT_EQ(cut(file("nothing.rec"), "", "", file("cut.rec")).exitCode, ExitCode::CannotRead);
-    EXPECT_EQ(cut(file("letter.rec"), "", "", file("cut.rec")).exitCode, ExitCode::CannotRead);
-    const Result noFolder = cut(bearings(), "", "", file("nowhere/cut.rec"));
-    EXPECT_EQ(noFolder.exitCode, ExitCode::CannotRead);
-    EXPECT_THAT(noFolder.err, HasSubstr("There is no directory"));
-    const Result directory = run([&] { return RecTool::cut({bearings(), "", "", file(""), true, false}); });
-    EXPECT_EQ(directory.exitCode, ExitCode::Usage);
-    EXPECT_THAT(m_folder.names(), ElementsAre("bearings.rec", "letter.rec"));
-}
-
-TEST_F(Cut, WhatIsReadableOfADamagedFileIsCut)
-{
-    std::string bytes = bytesOf(bearings());
-    const Inspection::Summary summary = Inspection::inspect(bearings());
-    bytes[static_cast<std::size_t>(summary.times[3].position)] = 'x';
-    writeBytes(file("damaged.rec"), bytes);
-    const Result result = cut(file("damaged.rec"), "", "", file("cut.rec"));
-    EXPECT_EQ(result.exitCode, ExitCode::Damaged);
-    EXPECT_THAT(result.err, HasSubstr("damaged at"));
-    EXPECT_EQ(recordsOf(file("cut.rec")).size(), 7U);
-    EXPECT_TRUE(isSound(file("cut.rec")));
-}
-
-TEST_F(Cut, RecordsWithoutATimeAreLeftOutAndCounted)
-{
-    const std::string bytes = bytesOf(bearings());
-    const Inspection::Summary summary = Inspection::inspect(bearings());
-    writeBytes(file("short.rec"), bytes.substr(0, static_cast<std::size_t>(summary.header.timeTablePosition) + 30));
-    const Result result = cut(file("short.rec"), "", "", file("cut.rec"));
-    EXPECT_EQ(result.exitCode, ExitCode::Damaged);
-    EXPECT_THAT(result.err, HasSubstr("Records left out because their time is lost: "));
-    EXPECT_TRUE(isSound(file("cut.rec")));
-}
-
-TEST_F(Cut, ARecordWithoutATimeIsToldAlsoWhereTheRestIsNotRead)
-{
-    TestSupport::ReferenceRecording recording;
-    recording.record(1, "a", 10).record(1, "b", 20).record(1, "c", 30).record(1, "d", 40);
-    std::string bytes = recording.close();
-    const auto entryAt = [&](std::uint64_t time) { return bytes.rfind(TestSupport::ByteBuilder().time(time).bytes()); };
-    bytes.erase(entryAt(20), entryAt(30) - entryAt(20));
-    writeBytes(file("gap.rec"), bytes);
-    const Result result = cut(file("gap.rec"), "", "30", file("cut.rec"));
-    EXPECT_EQ(result.exitCode, ExitCode::Damaged);
-    EXPECT_THAT(result.err, HasSubstr("Records left out because their time is lost: 1."));
-    EXPECT_EQ(recordsOf(file("cut.rec")).size(), 2U);
 }
 
 TEST_F(Cut, AFullDiskLeavesNothingBehind)
@@ -487,17 +235,4 @@ TEST_F(Cut, ADiskThatIsFullBeforeTheBookmarksLeavesNothingBehind)
     }
     EXPECT_EQ(cut(source, "", "", file("cut.rec")).exitCode, ExitCode::CannotRead);
     EXPECT_THAT(m_folder.names(), ElementsAre("random.rec"));
-}
-
-TEST_F(Cut, TheSummaryCanBeJson)
-{
-    const Result result = run([&] { return RecTool::cut({bearings(), "1200", "1700", file("cut.rec"), false, true}); });
-    const nlohmann::json json = nlohmann::json::parse(result.out);
-    EXPECT_EQ(json.at("fromMs"), 1200);
-    EXPECT_EQ(json.at("toMs"), 1700);
-    EXPECT_EQ(json.at("records"), 5);
-    EXPECT_EQ(json.at("stateRecords"), 3);
-    EXPECT_EQ(json.at("channelRanges"), 1);
-    EXPECT_EQ(json.at("bytes"), bytesOf(file("cut.rec")).size());
-    EXPECT_EQ(json.at("startMs"), 1'700'000'001'195);
 }

@@ -1,0 +1,118 @@
+// Calls the programs with their streams taken into files, and one in a process of its own.
+#include "programs.h"
+
+#include <cstdio>
+#include <iostream>
+
+#if defined(_WIN32)
+#include <io.h>
+#define dup _dup
+#define dup2 _dup2
+#define fileno _fileno
+#define close _close
+#else
+#include <unistd.h>
+#endif
+
+#include <QByteArray>
+#include <QFile>
+#include <QProcess>
+#include <QStringList>
+#include <QTemporaryFile>
+
+#include <commandline/program.h>
+#include <program.h>
+
+namespace Cases {
+
+namespace {
+
+void flushAll()
+{
+    std::cout.flush();
+    std::cerr.flush();
+    static_cast<void>(std::fflush(nullptr));
+}
+
+/// One of the standard streams is a file while the object lives.
+class StreamInFile {
+public:
+    StreamInFile(int descriptor, const std::string& content) : m_descriptor(descriptor), m_before(dup(descriptor))
+    {
+        m_file.open();
+        m_file.write(content.data(), static_cast<qint64>(content.size()));
+        m_file.seek(0);
+        dup2(m_file.handle(), m_descriptor);
+    }
+    StreamInFile(const StreamInFile&) = delete;
+    StreamInFile& operator=(const StreamInFile&) = delete;
+    ~StreamInFile()
+    {
+        flushAll();
+        dup2(m_before, m_descriptor);
+        close(m_before);
+    }
+    [[nodiscard]] std::string text()
+    {
+        flushAll();
+        QFile file(m_file.fileName());
+        return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : std::string("the output is lost");
+    }
+
+private:
+    int m_descriptor;
+    int m_before;
+    QTemporaryFile m_file;
+};
+
+Printed callHere(const std::vector<std::string>& words, const std::string& input)
+{
+    constexpr int StandardInput = 0;
+    constexpr int StandardOutput = 1;
+    constexpr int StandardError = 2;
+    flushAll();
+    const std::vector<std::string> arguments(words.begin() + 1, words.end());
+    const StreamInFile in(StandardInput, input);
+    StreamInFile out(StandardOutput, {});
+    StreamInFile err(StandardError, {});
+    const int exitCode = words[0] == "rectool" ? RecTool::CommandLine::run(arguments)
+                                               : static_cast<int>(recstation::runProgram(arguments));
+    return {exitCode, out.text(), err.text()};
+}
+
+/// As a service would: without a display, a home or anything else.
+Printed callProcess(const std::vector<std::string>& words)
+{
+    constexpr int Patience = 60'000;
+    QProcess process;
+    QProcessEnvironment environment;
+    for (const char* kept : {"PATH", "LD_LIBRARY_PATH", "UBSAN_OPTIONS", "SystemRoot", "WINEPREFIX"}) {
+        if (qEnvironmentVariableIsSet(kept)) {
+            environment.insert(kept, qEnvironmentVariable(kept));
+        }
+    }
+    // Of a build with sanitizers: whole stacks, by which the leaks of Qt are told from others.
+    environment.insert("ASAN_OPTIONS", "fast_unwind_on_malloc=0:" + qEnvironmentVariable("ASAN_OPTIONS"));
+    environment.insert("LSAN_OPTIONS", "print_suppressions=0:suppressions=" LEAKS_OF_QT);
+    process.setProcessEnvironment(environment);
+    QStringList arguments;
+    for (const std::string& word : words) {
+        arguments.append(QString::fromStdString(word));
+    }
+    process.start(QStringLiteral(RECTOOL), arguments.mid(1));
+    if (!process.waitForFinished(Patience) || process.exitStatus() != QProcess::NormalExit) {
+        return {-1, {}, "the process did not end as it should"};
+    }
+    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
+            process.readAllStandardError().toStdString()};
+}
+
+}  // namespace
+
+Printed runProgram(const std::vector<std::string>& words, const std::string& input)
+{
+    const bool draws = words.size() > 1 && words[0] == "rectool" && words[1] == "plot";
+    return draws ? callProcess(words) : callHere(words, input);
+}
+
+}  // namespace Cases

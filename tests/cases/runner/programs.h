@@ -1,0 +1,19 @@
+// The programs, called within this process: a start takes longer than most verbs do.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Cases {
+
+struct Printed {
+    int exitCode = 0;
+    std::string out;
+    std::string err;
+};
+
+/// Runs rectool or recstation with arguments in the current folder; rectool plot, which needs an application of its
+/// own, in a process. @param input what stands in the standard input
+[[nodiscard]] Printed runProgram(const std::vector<std::string>& words, const std::string& input);
+
+}  // namespace Cases
