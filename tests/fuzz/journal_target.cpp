@@ -60,7 +60,7 @@ public:
         const std::string bytes = text(sizeof(std::uint32_t));
         char whole[sizeof(std::uint32_t)] = {};
         std::copy(bytes.begin(), bytes.end(), whole);
-        return Journal::getInt32(whole);
+        return Recording2::Format::getInt32(whole);
     }
     std::string text(std::size_t size)
     {
@@ -102,8 +102,9 @@ std::string journalOf(Pieces& pieces, std::string& file)
     char* const page = journal.data();
     Journal::putIdentity(page, {Salt, 1});
     const std::uint32_t tailStart = pieces.number();
-    Journal::putInt64(page + Journal::TailStartOffset, Journal::seal(Salt, Journal::TailStartOffset, tailStart));
-    Journal::putInt64(page + Journal::HandedOffset, Journal::seal(Salt, Journal::HandedOffset, 0));
+    Recording2::Format::putInt64(page + Journal::TailStartOffset,
+                                 Journal::seal(Salt, Journal::TailStartOffset, tailStart));
+    Recording2::Format::putInt64(page + Journal::HandedOffset, Journal::seal(Salt, Journal::HandedOffset, 0));
     Journal::putHeader(page, Salt, 1, pieces.text(pieces.number() % Journal::HeaderSlotBytes));
     const std::uint32_t typesEnd = pieces.number();
     const std::string tail = pieces.text(pieces.number() % MostText);
@@ -115,19 +116,16 @@ std::string journalOf(Pieces& pieces, std::string& file)
     whole += tail;
     if (typesEnd != 0) {
         const std::string types = whole.substr(std::min<std::size_t>(500, whole.size()), typesEnd - 500U);
-        Journal::putTypes(page, Salt,
-                          {500, typesEnd, Journal::Check(Salt).addSample(0, types.data(), types.size()).value()});
+        Journal::putTypes(page, Salt, 500, types);
     }
     entries.resize(entries.size() / 9 * 9);
     for (std::size_t i = 0; i * 9 < entries.size(); ++i) {
         const char* const from = entries.data() + i * 9;
-        Journal::Entry entry{Journal::getInt32(from), 0, (from[8] & 1) != 0, 0};
-        entry.position = static_cast<std::int32_t>(Journal::getInt32(from + 4) & 0x7fff'ffffU);
+        Journal::Entry entry{Recording2::Format::getInt32(from), 0, (from[8] & 1) != 0, true, 0};
+        entry.position = static_cast<std::int32_t>(Recording2::Format::getInt32(from + 4) & 0x7fff'ffffU);
         const FoundRecord record = recordAt(whole, static_cast<std::size_t>(entry.position));
-        char* const slot = page + Journal::LatestOffset + i * Journal::EntryBytes;
-        Journal::putEntryBody(slot, entry);
-        const std::uint32_t check = Journal::EntryCheck(Salt, i, entry).with(record.code, record.data);
-        Journal::putInt32(slot + Journal::EntryCheckOffset, (from[8] & 2) != 0 ? check ^ 8U : check);
+        entry.recordCheck = Journal::recordCheck(Salt, i, record.code, record.data) ^ ((from[8] & 2) != 0 ? 8U : 0U);
+        Journal::putEntry(page + Journal::LatestOffset + i * Journal::EntryBytes, Salt, i, entry);
         Journal::putStopTime(page, Salt, i, entry.timeMs);
     }
     return journal;
@@ -189,7 +187,7 @@ std::vector<std::string> journalSeeds()
 {
     const auto number = [](std::uint32_t value) {
         std::string bytes(sizeof value, '\0');
-        Journal::putInt32(bytes.data(), value);
+        Recording2::Format::putInt32(bytes.data(), value);
         return bytes;
     };
     std::string area(499, '0');

@@ -100,9 +100,7 @@ System::Error Journal::handOver()
 
 void Journal::setTypes(std::int64_t begin, std::string_view block)
 {
-    const auto from = static_cast<std::uint64_t>(begin);
-    putTypes(page(), m_salt,
-             {from, from + block.size(), Check(m_salt).addSample(0, block.data(), block.size()).value()});
+    putTypes(page(), m_salt, static_cast<std::uint64_t>(begin), block);
 }
 
 void Journal::setHeader(std::string_view record)

@@ -49,9 +49,9 @@ public:
     System::Error makeRoom() { return m_latest < Format::Journal::LatestEntries ? 0 : handOver(); }
     /// Accepts a record whose bytes are all with the system or in the buffer. makeRoom comes first.
     ///
-    /// The process may end between any two stores. The check, stored last, is what makes an entry one: until then the
+    /// The process may end between any two stores. The checksum, stored last, makes an entry one: until then the
     /// journal tells the state without the record. Slots are used again after each handing over. So the next one is
-    /// emptied first, which ends the reading there, and the check covers how many records came before this one: what
+    /// emptied first, which ends the reading there, and the checksum covers how many records came before this one: what
     /// an earlier round left in the slot is no entry of this round.
     void accept(std::uint64_t timeMs, std::int32_t position, bool channelRange, std::int32_t code,
                 std::string_view data)
@@ -63,9 +63,7 @@ public:
         if (m_latest + 1 < LatestEntries) {
             store32(slot + EntryBytes + EntryCheckOffset, 0);  // what stood there before is no entry any more
         }
-        const Entry entry{timeMs, position, channelRange, 0};
-        putEntryBody(slot, entry);
-        store32(slot + EntryCheckOffset, EntryCheck(m_salt, number, entry).with(code, data));
+        putEntry(slot, m_salt, number, {timeMs, position, channelRange, true, recordCheck(m_salt, number, code, data)});
         ++m_latest;
     }
     /// The stop time of the header once the next record is accepted.

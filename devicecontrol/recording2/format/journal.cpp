@@ -1,7 +1,10 @@
-// Checks and slots of the journal's first page, stored in an order that survives kills.
+// Checksums and slots of the journal's first page, stored in an order that survives kills.
 #include "journal.h"
 
+#include <algorithm>
 #include <atomic>
+
+#include "sampledjournal.h"
 
 namespace Recording2::Format::Journal {
 
@@ -21,9 +24,37 @@ char* headerSlot(char* page, std::uint64_t writing)
     return page + HeadersOffset + writing % 2 * HeaderSlotBytes;
 }
 
-std::uint64_t headerCheck(std::uint64_t salt, std::uint64_t writing, std::string_view record)
+bool isSampled(const Identity& identity)
 {
-    return Check(salt + writing).add(record.size()).add(record.data(), record.size()).value() | 1U;
+    return identity.version == SampledVersion;
+}
+
+/// Of a few bytes of the page. @param number what stands there once only: its offset, the number of a record
+std::uint64_t checkOf(const Identity& identity, std::uint64_t number, std::string_view bytes)
+{
+    return isSampled(identity) ? Sampled::check(identity.salt + number, bytes)
+                               : checksum(identity.salt + number, bytes);
+}
+
+std::uint64_t headerCheck(const Identity& identity, std::uint64_t writing, std::string_view record)
+{
+    const std::uint64_t seed = identity.salt + writing;
+    return (isSampled(identity) ? Sampled::checkOfHeader(seed, record) : checksum(seed, record)) | 1U;
+}
+
+std::uint64_t typesCheck(const Identity& identity, std::string_view block)
+{
+    return isSampled(identity) ? Sampled::checkOfTypes(identity.salt, block) : checksum(identity.salt, block);
+}
+
+std::uint64_t sealed(const Identity& identity, std::size_t offset, std::uint64_t number)
+{
+    constexpr std::uint64_t CheckMask = 0xffffffU;
+    char word[WordBytes];
+    putInt64(word, number);
+    const std::uint64_t check = isSampled(identity) ? Sampled::checkOfNumber(identity.salt + offset, number)
+                                                    : checksum(identity.salt + offset, {word, sizeof word});
+    return number << 24U | (check & CheckMask);
 }
 
 struct HeaderSlot {
@@ -31,7 +62,7 @@ struct HeaderSlot {
     std::string_view record;
 };
 
-std::optional<HeaderSlot> getHeaderSlot(const char* slot, std::uint64_t salt)
+std::optional<HeaderSlot> getHeaderSlot(const char* slot, const Identity& identity)
 {
     const std::uint64_t check = getInt64(slot);
     const HeaderSlot found{getInt64(slot + WordBytes), {}};
@@ -40,7 +71,7 @@ std::optional<HeaderSlot> getHeaderSlot(const char* slot, std::uint64_t salt)
         return std::nullopt;
     }
     const std::string_view record(slot + HeaderSlotHeadBytes, static_cast<std::size_t>(length));
-    if (headerCheck(salt, found.writing, record) != check) {
+    if (headerCheck(identity, found.writing, record) != check) {
         return std::nullopt;
     }
     return HeaderSlot{found.writing, record};
@@ -48,63 +79,100 @@ std::optional<HeaderSlot> getHeaderSlot(const char* slot, std::uint64_t salt)
 
 }  // namespace
 
-Entry getEntry(const char* from)
-{
-    constexpr std::uint32_t PositionMask = 0x7fffffffU;
-    const std::uint32_t place = getInt32(from + WordBytes);
-    return {getInt64(from), static_cast<std::int32_t>(place & PositionMask), place > PositionMask,
-            getInt32(from + EntryCheckOffset)};
-}
-
-std::optional<std::uint64_t> unseal(std::uint64_t salt, std::size_t offset, std::uint64_t sealed)
-{
-    const std::uint64_t number = sealed >> 24U;
-    return seal(salt, offset, number) == sealed ? std::optional<std::uint64_t>(number) : std::nullopt;
-}
-
 void putIdentity(char* page, const Identity& identity)
 {
     char* out = std::copy(Magic.begin(), Magic.end(), page);
-    out = putInt32(putInt32(out, Version), identity.mode);
+    out = putInt32(putInt32(out, identity.version), identity.mode);
     out = putInt64(out, identity.salt);
-    putInt64(out, Check(identity.salt).add(page, IdentityBytes).value());
+    putInt64(out, checkOf(identity, 0, {page, IdentityBytes}));
 }
 
 std::optional<Identity> getIdentity(const char* page)
 {
-    const Identity identity{getInt64(page + 2 * WordBytes), getInt32(page + WordBytes + sizeof(std::uint32_t))};
-    const bool known = std::string_view(page, Magic.size()) == Magic && getInt32(page + WordBytes) == Version;
-    if (!known || getInt64(page + IdentityBytes) != Check(identity.salt).add(page, IdentityBytes).value()) {
+    const std::uint32_t version = getInt32(page + WordBytes);
+    const Identity identity{getInt64(page + 2 * WordBytes), getInt32(page + WordBytes + sizeof version), version};
+    const bool known =
+        std::string_view(page, Magic.size()) == Magic && (version == Version || version == SampledVersion);
+    if (!known || getInt64(page + IdentityBytes) != checkOf(identity, 0, {page, IdentityBytes})) {
         return std::nullopt;
     }
     return identity;
 }
 
-std::optional<std::uint64_t> getStopTime(const char* page, std::uint64_t salt, std::uint64_t number)
+std::size_t entryBytes(const Identity& identity)
+{
+    return isSampled(identity) ? Sampled::EntryBytes : EntryBytes;
+}
+
+Entry getEntry(const char* from, const Identity& identity, std::uint64_t number)
+{
+    constexpr std::uint32_t PositionMask = 0x7fffffffU;
+    const bool sampled = isSampled(identity);
+    const std::uint32_t place = getInt32(from + (sampled ? Sampled::EntryPlaceOffset : EntryPlaceOffset));
+    const std::uint32_t check = getInt32(from + (sampled ? Sampled::EntryCheckOffset : EntryCheckOffset));
+    Entry entry{getInt64(from), static_cast<std::int32_t>(place & PositionMask), place > PositionMask, false, check};
+    if (sampled) {
+        entry.sound = Sampled::isSound(check, identity.salt + number, entry.timeMs, place);
+    } else {
+        entry.recordCheck = getInt64(from + EntryRecordOffset);
+        entry.sound = check == entryCheck(identity.salt, number, entry.timeMs, place, entry.recordCheck);
+    }
+    return entry;
+}
+
+bool isNone(const char* from, const Identity& identity)
+{
+    return getInt32(from + (isSampled(identity) ? Sampled::EntryCheckOffset : EntryCheckOffset)) == 0;
+}
+
+bool isRecordOf(const Entry& entry, const Identity& identity, std::uint64_t number, std::int32_t code,
+                std::string_view data)
+{
+    return entry.recordCheck == (isSampled(identity) ? Sampled::checkOfRecord(identity.salt + number, entry, code, data)
+                                                     : recordCheck(identity.salt, number, code, data));
+}
+
+std::uint64_t seal(std::uint64_t salt, std::size_t offset, std::uint64_t number)
+{
+    return sealed({salt}, offset, number);
+}
+
+std::optional<std::uint64_t> unseal(const Identity& identity, std::size_t offset, std::uint64_t sealedNumber)
+{
+    const std::uint64_t number = sealedNumber >> 24U;
+    return sealed(identity, offset, number) == sealedNumber ? std::optional<std::uint64_t>(number) : std::nullopt;
+}
+
+std::optional<std::uint64_t> getStopTime(const char* page, const Identity& identity, std::uint64_t number)
 {
     const char* const slot = page + StopTimeOffset + number % 2 * StopTimeBytes;
     const std::uint64_t milliseconds = getInt64(slot);
-    if (getInt64(slot + WordBytes) != stopTimeCheck(salt, number, milliseconds)) {
-        return std::nullopt;
-    }
-    return milliseconds;
+    const std::uint64_t check = isSampled(identity) ? Sampled::checkOfStopTime(identity.salt + number, milliseconds)
+                                                    : stopTimeCheck(identity.salt, number, milliseconds);
+    return getInt64(slot + WordBytes) == check ? std::optional<std::uint64_t>(milliseconds) : std::nullopt;
 }
 
-void putTypes(char* page, std::uint64_t salt, const Types& types)
+void putTypes(char* page, std::uint64_t salt, std::uint64_t begin, std::string_view block)
 {
+    const Identity identity{salt};
     char* const out = page + TypesOffset;
-    char* const end = putInt64(putInt64(putInt64(out, types.begin), types.end), types.check);
+    char* const end = putInt64(putInt64(putInt64(out, begin), begin + block.size()), typesCheck(identity, block));
     inOrder();
-    putInt64(end, Check(salt).add(out, 3 * WordBytes).value());
+    putInt64(end, checkOf(identity, 0, {out, 3 * WordBytes}));
 }
 
-std::optional<Types> getTypes(const char* page, std::uint64_t salt)
+std::optional<Types> getTypes(const char* page, const Identity& identity)
 {
     const char* const from = page + TypesOffset;
-    if (getInt64(from + 3 * WordBytes) != Check(salt).add(from, 3 * WordBytes).value()) {
+    if (getInt64(from + 3 * WordBytes) != checkOf(identity, 0, {from, 3 * WordBytes})) {
         return std::nullopt;
     }
     return Types{getInt64(from), getInt64(from + WordBytes), getInt64(from + 2 * WordBytes)};
+}
+
+bool areTypesOf(const Types& types, const Identity& identity, std::string_view block)
+{
+    return types.end - types.begin == block.size() && typesCheck(identity, block) == types.check;
 }
 
 void putHeader(char* page, std::uint64_t salt, std::uint64_t writing, std::string_view record)
@@ -116,14 +184,14 @@ void putHeader(char* page, std::uint64_t salt, std::uint64_t writing, std::strin
     char* const out = putInt64(putInt64(slot + WordBytes, writing), record.size());
     std::copy(record.begin(), record.end(), out);
     inOrder();
-    putInt64(slot, headerCheck(salt, writing, record));
+    putInt64(slot, headerCheck({salt}, writing, record));
 }
 
-std::optional<std::string> getHeader(const char* page, std::uint64_t salt)
+std::optional<std::string> getHeader(const char* page, const Identity& identity)
 {
     std::optional<HeaderSlot> latest;
     for (std::uint64_t parity = 0; parity < 2; ++parity) {
-        const auto found = getHeaderSlot(page + HeadersOffset + parity * HeaderSlotBytes, salt);
+        const auto found = getHeaderSlot(page + HeadersOffset + parity * HeaderSlotBytes, identity);
         if (found && (!latest || found->writing > latest->writing)) {
             latest = found;
         }

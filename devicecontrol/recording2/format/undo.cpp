@@ -1,7 +1,8 @@
 // The bytes before and after each change, and a check over all of them.
 #include "undo.h"
 
-#include "journal.h"
+#include "littleendian.h"
+#include "wordcheck.h"
 
 namespace Recording2::Format {
 
@@ -16,13 +17,13 @@ constexpr std::size_t CheckedOffset = 3 * WordBytes;
 void appendWord(std::string& out, std::uint64_t value)
 {
     char word[WordBytes];
-    out.append(word, Journal::putInt64(word, value));
+    out.append(word, putInt64(word, value));
 }
 
 std::uint64_t checkOf(std::string_view bytes)
 {
     const std::string_view checked = bytes.substr(CheckedOffset);
-    return Journal::Check(checked.size()).add(checked.data(), checked.size()).value();
+    return WordCheck(checked.size()).add(checked).value();
 }
 
 /// What stood there lies within the file as it was; what comes in its place may go on behind its end.
@@ -42,7 +43,7 @@ public:
     std::uint64_t word()
     {
         const std::string_view bytes = take(WordBytes);
-        return m_good ? Journal::getInt64(bytes.data()) : 0;
+        return m_good ? getInt64(bytes.data()) : 0;
     }
     std::string_view take(std::uint64_t size)
     {
@@ -73,15 +74,14 @@ std::string encodeUndo(const Undo& undo)
         bytes += change.before;
         bytes += change.after;
     }
-    Journal::putInt64(bytes.data() + CheckOffset, checkOf(bytes));
+    putInt64(bytes.data() + CheckOffset, checkOf(bytes));
     return bytes;
 }
 
 std::optional<Undo> decodeUndo(std::string_view bytes)
 {
     if (bytes.size() < CheckedOffset || bytes.substr(0, UndoMagic.size()) != UndoMagic ||
-        Journal::getInt64(bytes.data() + WordBytes) != UndoVersion ||
-        Journal::getInt64(bytes.data() + CheckOffset) != checkOf(bytes)) {
+        getInt64(bytes.data() + WordBytes) != UndoVersion || getInt64(bytes.data() + CheckOffset) != checkOf(bytes)) {
         return std::nullopt;
     }
     UndoReader reader(bytes.substr(CheckedOffset));

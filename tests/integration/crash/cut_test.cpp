@@ -59,15 +59,15 @@ protected:
     /// As if the buffer had been handed over in the middle of the recording.
     static void handOverHalf()
     {
-        const std::uint64_t salt = Journal::getIdentity(s_journal.data())->salt;
-        const std::size_t start =
-            *Journal::unseal(salt, Journal::TailStartOffset, Journal::getInt64(&s_journal[Journal::TailStartOffset]));
+        const Journal::Identity identity = *Journal::getIdentity(s_journal.data());
+        const std::size_t start = *Journal::unseal(identity, Journal::TailStartOffset,
+                                                   Recording2::Format::getInt64(&s_journal[Journal::TailStartOffset]));
         const std::size_t half = static_cast<std::size_t>(s_records[s_records.size() / 2].position) - start;
         s_file += s_journal.substr(Journal::TailOffset, half);
         const std::string tail = s_journal.substr(Journal::TailOffset + half, Journal::TailBytes - half);
         std::copy(tail.begin(), tail.end(), s_journal.begin() + Journal::TailOffset);
-        Journal::putInt64(&s_journal[Journal::TailStartOffset],
-                          Journal::seal(salt, Journal::TailStartOffset, start + half));
+        Recording2::Format::putInt64(&s_journal[Journal::TailStartOffset],
+                                     Journal::seal(identity.salt, Journal::TailStartOffset, start + half));
         s_tailUsed = static_cast<std::size_t>(TestSupport::parseRecording(s_closed).header.timeTable) - start - half;
     }
 
@@ -179,9 +179,9 @@ TEST_F(Unfinished, KilledBehindHandingOverWithAJournalCutInsideTheTailGivesNothi
 
 TEST_F(Unfinished, CutOffWithAnEntryDamagedGivesNothingThatWasNotRecorded)
 {
-    const std::uint64_t salt = Journal::getIdentity(s_journal.data())->salt;
-    const std::size_t start =
-        *Journal::unseal(salt, Journal::TailStartOffset, Journal::getInt64(&s_journal[Journal::TailStartOffset]));
+    const Journal::Identity identity = *Journal::getIdentity(s_journal.data());
+    const std::size_t start = *Journal::unseal(identity, Journal::TailStartOffset,
+                                               Recording2::Format::getInt64(&s_journal[Journal::TailStartOffset]));
     for (std::size_t entry = 0; entry < s_records.size() && !HasFailure(); entry += Thinned) {
         std::string journal = s_journal;
         journal[Journal::LatestOffset + entry * Journal::EntryBytes] ^= 0x40;
@@ -189,6 +189,27 @@ TEST_F(Unfinished, CutOffWithAnEntryDamagedGivesNothingThatWasNotRecorded)
             expectNothingInvented(recover(s_file.substr(0, start - missing), journal),
                                   "entry " + std::to_string(entry) + ", missing " + std::to_string(missing));
         }
+    }
+}
+
+TEST_F(Unfinished, WithAnyBitOfARecordFlippedTellsThatTheRecordIsLost)
+{
+    const auto firstRecord = static_cast<std::size_t>(s_records.front().position);
+    const auto expectFound = [&](const std::string& file, const std::string& journal, std::size_t offset) {
+        const Recovery recovery = recover(file, journal);
+        EXPECT_EQ(recovery.outcome, RecoveryOutcome::SomethingLost) << offset;
+        expectNothingInvented(recovery, "flipped at " + std::to_string(offset));
+    };
+    for (std::size_t offset = firstRecord; offset < s_file.size() && !HasFailure(); offset += Thinned) {
+        std::string file = s_file;
+        file[offset] = static_cast<char>(file[offset] ^ 1 << offset % 8);
+        expectFound(file, s_journal, offset);
+    }
+    for (std::size_t offset = 0; offset < s_tailUsed && !HasFailure(); offset += Thinned) {
+        std::string journal = s_journal;
+        char& byte = journal[Journal::TailOffset + offset];
+        byte = static_cast<char>(byte ^ 1 << offset % 8);
+        expectFound(s_file, journal, s_file.size() + offset);
     }
 }
 

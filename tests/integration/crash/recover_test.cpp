@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
+#include <QByteArray>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -136,6 +138,41 @@ TEST_F(Recovering, TheTimeTableIsUsedWhenTheFileWasClosedButForItsHeader)
     ASSERT_EQ(found.records.size(), closed.records.size());
     for (std::size_t i = 0; i < found.records.size(); ++i) {
         EXPECT_EQ(found.records[i].time, closed.records[i].time);
+    }
+}
+
+// What the feed did that was killed: every change but those of a spectrum, at each thousandth, half a dB less.
+TEST_F(Recovering, AJournalOfAnOlderVersionGivesEveryRecord)
+{
+    QFile tmp(path("a.tmp"));
+    ASSERT_TRUE(tmp.open(QIODevice::WriteOnly));
+    tmp.write(QByteArray(499, '0') + '#');
+    tmp.close();
+    QFile packed(QStringLiteral(OLDER_JOURNAL));
+    ASSERT_TRUE(packed.open(QIODevice::ReadOnly));
+    QFile journal(path("a.tmp.journal"));
+    ASSERT_TRUE(journal.open(QIODevice::WriteOnly));
+    journal.write(qUncompress(packed.readAll()));
+    journal.close();
+
+    const Recovery recovery = recover(path("a.tmp"), path("out"));
+    EXPECT_EQ(recovery.outcome, RecoveryOutcome::Whole);
+    EXPECT_TRUE(recovery.journalComplete);
+    EXPECT_EQ(recovery.times.kept, 4303U);
+    std::vector<std::string> levels;
+    for (const auto& record : TestSupport::parseRecording(TestSupport::readFile(path("out"))).records) {
+        if (record.data.rfind("3;-", 0) == 0) {
+            levels.push_back(record.data);
+        }
+    }
+    ASSERT_EQ(levels.size(), 4296U);
+    EXPECT_EQ(levels.front(), "3;-30,-150,50");
+    std::size_t at = 0;
+    for (int change = 1; change < 4300; ++change) {
+        if (change % 1000 != 0) {
+            const std::string level = QString::number(-30 - change % 50 * 0.5).toStdString();
+            ASSERT_EQ(levels[++at], "3;" + level + ",-150,50") << change;
+        }
     }
 }
 

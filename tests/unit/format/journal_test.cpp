@@ -6,6 +6,7 @@
 #include <string>
 
 #include <recording2/format/journal.h>
+#include <recording2/format/wordcheck.h>
 
 namespace FormatTests {
 namespace {
@@ -13,6 +14,7 @@ namespace {
 namespace Journal = Recording2::Format::Journal;
 
 constexpr std::uint64_t Salt = 0x1234'5678'9abc'def1U;
+const Journal::Identity Ours{Salt};
 
 class JournalPage : public testing::Test {
 protected:
@@ -44,10 +46,10 @@ TEST_F(JournalPage, TellsItsIdentityOnlyWhole)
 TEST_F(JournalPage, OfZerosTellsNothing)
 {
     EXPECT_FALSE(Journal::getIdentity(page()));
-    EXPECT_FALSE(Journal::getHeader(page(), Salt));
-    EXPECT_FALSE(Journal::getTypes(page(), Salt));
-    EXPECT_FALSE(Journal::getStopTime(page(), Salt, 0));
-    EXPECT_FALSE(Journal::unseal(Salt, Journal::HandedOffset, 0));
+    EXPECT_FALSE(Journal::getHeader(page(), Ours));
+    EXPECT_FALSE(Journal::getTypes(page(), Ours));
+    EXPECT_FALSE(Journal::getStopTime(page(), Ours, 0));
+    EXPECT_FALSE(Journal::unseal(Ours, Journal::HandedOffset, 0));
 }
 
 TEST_F(JournalPage, HoldsTheHeaderWrittenLast)
@@ -55,8 +57,8 @@ TEST_F(JournalPage, HoldsTheHeaderWrittenLast)
     Journal::putHeader(page(), Salt, 1, "first");
     Journal::putHeader(page(), Salt, 2, "second");
     Journal::putHeader(page(), Salt, 3, "third");
-    EXPECT_EQ(Journal::getHeader(page(), Salt), "third");
-    EXPECT_FALSE(Journal::getHeader(page(), Salt + 1));
+    EXPECT_EQ(Journal::getHeader(page(), Ours), "third");
+    EXPECT_FALSE(Journal::getHeader(page(), {Salt + 1}));
 }
 
 TEST_F(JournalPage, GoesBackToTheHeaderBeforeWhereTheLastIsDamaged)
@@ -65,67 +67,83 @@ TEST_F(JournalPage, GoesBackToTheHeaderBeforeWhereTheLastIsDamaged)
     Journal::putHeader(page(), Salt, 2, "second");
     constexpr std::size_t Second = Journal::HeadersOffset;
     expectEveryByteCounts(Second, Second + Journal::HeaderSlotHeadBytes + 6,
-                          [&] { return Journal::getHeader(page(), Salt) == "second"; });
+                          [&] { return Journal::getHeader(page(), Ours) == "second"; });
     page()[Second + Journal::HeaderSlotHeadBytes] = 'S';
-    EXPECT_EQ(Journal::getHeader(page(), Salt), "first");
+    EXPECT_EQ(Journal::getHeader(page(), Ours), "first");
 }
 
 TEST_F(JournalPage, KeepsTheStopTimesOfTheLastTwoRecords)
 {
     Journal::putStopTime(page(), Salt, 4, 1'000);
     Journal::putStopTime(page(), Salt, 5, 2'000);
-    EXPECT_EQ(Journal::getStopTime(page(), Salt, 4), 1'000U);
-    EXPECT_EQ(Journal::getStopTime(page(), Salt, 5), 2'000U);
-    EXPECT_FALSE(Journal::getStopTime(page(), Salt, 3));
-    EXPECT_FALSE(Journal::getStopTime(page(), Salt, 6));
+    EXPECT_EQ(Journal::getStopTime(page(), Ours, 4), 1'000U);
+    EXPECT_EQ(Journal::getStopTime(page(), Ours, 5), 2'000U);
+    EXPECT_FALSE(Journal::getStopTime(page(), Ours, 3));
+    EXPECT_FALSE(Journal::getStopTime(page(), Ours, 6));
 }
 
 TEST(JournalNumber, IsSealedWithItsPlace)
 {
     const std::uint64_t sealed = Journal::seal(Salt, Journal::TailStartOffset, 2'147'483'647);
-    EXPECT_EQ(Journal::unseal(Salt, Journal::TailStartOffset, sealed), 2'147'483'647U);
-    EXPECT_FALSE(Journal::unseal(Salt, Journal::HandedOffset, sealed));
+    EXPECT_EQ(Journal::unseal(Ours, Journal::TailStartOffset, sealed), 2'147'483'647U);
+    EXPECT_FALSE(Journal::unseal(Ours, Journal::HandedOffset, sealed));
     for (unsigned int bit = 0; bit < 64; ++bit) {
-        EXPECT_FALSE(Journal::unseal(Salt, Journal::TailStartOffset, sealed ^ std::uint64_t{1} << bit)) << bit;
+        EXPECT_FALSE(Journal::unseal(Ours, Journal::TailStartOffset, sealed ^ std::uint64_t{1} << bit)) << bit;
     }
 }
 
-TEST(JournalEntry, IsSoundWithoutItsRecordButNotChecked)
+TEST(JournalEntry, IsSoundWithoutItsRecordAndKnowsIt)
 {
-    Journal::Entry entry{60'000, 2'147'483'647, true, 0};
-    entry.check = Journal::EntryCheck(Salt, 7, entry).with(12, "data");
-    char bytes[Journal::EntryBytes];
-    Journal::putEntryBody(bytes, entry);
-    Journal::putInt32(bytes + Journal::EntryCheckOffset, entry.check);
-    const Journal::Entry read = Journal::getEntry(bytes);
+    alignas(8) char bytes[Journal::EntryBytes] = {};
+    EXPECT_TRUE(Journal::isNone(bytes, Ours));
+    Journal::putEntry(bytes, Salt, 7, {60'000, 2'147'483'647, true, true, Journal::recordCheck(Salt, 7, 12, "data")});
+    EXPECT_FALSE(Journal::isNone(bytes, Ours));
+    const Journal::Entry read = Journal::getEntry(bytes, Ours, 7);
     EXPECT_EQ(read.timeMs, 60'000U);
     EXPECT_EQ(read.position, 2'147'483'647);
     EXPECT_TRUE(read.channelRange);
-    EXPECT_TRUE(Journal::isSound(Salt, 7, read));
-    EXPECT_FALSE(Journal::isSound(Salt, 8, read));
-    EXPECT_NE(Journal::EntryCheck(Salt, 7, read).with(12, "date"), read.check);
-    EXPECT_NE(Journal::EntryCheck(Salt, 7, read).with(13, "data"), read.check);
+    EXPECT_TRUE(read.sound);
+    EXPECT_FALSE(Journal::getEntry(bytes, Ours, 8).sound);
+    EXPECT_TRUE(Journal::isRecordOf(read, Ours, 7, 12, "data"));
+    EXPECT_FALSE(Journal::isRecordOf(read, Ours, 7, 12, "date"));
+    EXPECT_FALSE(Journal::isRecordOf(read, Ours, 7, 13, "data"));
+    EXPECT_FALSE(Journal::isRecordOf(read, Ours, 8, 12, "data"));
 }
 
-TEST(JournalCheck, CoversEveryByteOfShortRecordsAndEverySectorOfLongOnes)
+TEST(JournalEntry, WithAnyBitFlippedIsNotSound)
 {
-    const auto check = [](const std::string& bytes) {
-        return Journal::Check(Salt).addSample(0, bytes.data(), bytes.size()).value();
-    };
-    for (std::size_t size = 0; size <= 64; ++size) {
+    alignas(8) char bytes[Journal::EntryBytes] = {};
+    Journal::putEntry(bytes, Salt, 7, {60'000, 500, false, true, Journal::recordCheck(Salt, 7, 12, "data")});
+    for (unsigned int bit = 0; bit < 8 * sizeof bytes; ++bit) {
+        bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ 1 << bit % 8);
+        EXPECT_FALSE(Journal::getEntry(bytes, Ours, 7).sound) << bit;
+        bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ 1 << bit % 8);
+    }
+}
+
+TEST(RecordChecksum, CoversEveryBit)
+{
+    for (const std::size_t size : {1U, 8U, 64U, 65U, 300U, 20'000U}) {
+        std::string bytes(size, 'a');
+        const std::uint64_t whole = Journal::recordCheck(Salt, 0, 1, bytes);
+        for (std::size_t bit = 0; bit<8 * size; bit += size> 300 ? 101 : 1) {
+            bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ 1 << bit % 8);
+            EXPECT_NE(Journal::recordCheck(Salt, 0, 1, bytes), whole) << size << ' ' << bit;
+            bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ 1 << bit % 8);
+        }
+    }
+}
+
+TEST(WordCheck, CoversEveryByte)
+{
+    const auto check = [](const std::string& bytes) { return Recording2::Format::WordCheck(Salt).add(bytes).value(); };
+    for (std::size_t size = 1; size <= 64; ++size) {
         const std::string bytes(size, 'a');
-        EXPECT_NE(check(bytes), check(bytes + 'a'));
         for (std::size_t i = 0; i < size; ++i) {
             std::string damaged = bytes;
             damaged[i] = 'b';
             EXPECT_NE(check(damaged), check(bytes)) << size << ' ' << i;
         }
-    }
-    const std::string spectrum(20'000, 'a');
-    for (std::size_t sector = 0; sector + 512 <= spectrum.size(); sector += 100) {
-        std::string damaged = spectrum;
-        damaged.replace(sector, 512, 512, '\0');
-        EXPECT_NE(check(damaged), check(spectrum)) << sector;
     }
 }
 

@@ -52,9 +52,10 @@ public:
         if (!identity) {
             return std::nullopt;
         }
-        m_content.salt = identity->salt;
-        m_content.types = getTypes(m_mapped.data(), identity->salt);
-        if (const auto header = getHeader(m_mapped.data(), identity->salt)) {
+        m_content.identity = *identity;
+        m_entryBytes = entryBytes(*identity);
+        m_content.types = getTypes(m_mapped.data(), *identity);
+        if (const auto header = getHeader(m_mapped.data(), *identity)) {
             m_content.header = parseHeader(*header);
         }
         readTail();
@@ -65,7 +66,7 @@ public:
 private:
     [[nodiscard]] std::optional<std::uint64_t> sealed(std::size_t offset) const
     {
-        return unseal(m_content.salt, offset, getInt64(m_mapped.data() + offset));
+        return unseal(m_content.identity, offset, Format::getInt64(m_mapped.data() + offset));
     }
 
     void readTail()
@@ -85,12 +86,12 @@ private:
         readHandedOver(handed);
         const bool closedEnd = readLatest(m_content.entries.size());
         std::vector<Entry>& all = m_content.entries;
-        while (!all.empty() && all.back().check == 0) {
+        while (!all.empty() && !all.back().sound) {
             all.pop_back();
             m_damaged = true;
         }
         if (!all.empty()) {
-            m_content.stopMs = getStopTime(m_mapped.data(), m_content.salt, all.size() - 1);
+            m_content.stopMs = getStopTime(m_mapped.data(), m_content.identity, all.size() - 1);
         }
         // The stop time has the number of the last record: without it there may have been more.
         const bool isLast = all.empty() || m_content.stopMs;
@@ -102,18 +103,18 @@ private:
     {
         constexpr std::size_t AtOnce = 4096;
         const auto behind = std::max<std::int64_t>(0, m_file.size() - static_cast<std::int64_t>(EntriesOffset));
-        const std::uint64_t there = static_cast<std::uint64_t>(behind) / EntryBytes;
+        const std::uint64_t there = static_cast<std::uint64_t>(behind) / m_entryBytes;
         m_cut = m_cut || (count && *count >= there);  // there is always room for more
         const std::uint64_t end = std::min(count.value_or(there), there);
         std::string piece;
         for (std::uint64_t number = 0; number < end; ++number) {
             const std::size_t within = number % AtOnce;
             if (within == 0) {
-                piece.assign(AtOnce * EntryBytes, '\0');
-                m_file.readAt(static_cast<std::int64_t>(EntriesOffset + number * EntryBytes), piece.data(),
+                piece.assign(AtOnce * m_entryBytes, '\0');
+                m_file.readAt(static_cast<std::int64_t>(EntriesOffset + number * m_entryBytes), piece.data(),
                               piece.size());
             }
-            const bool sound = take(piece.data() + within * EntryBytes);
+            const bool sound = take(piece.data() + within * m_entryBytes);
             if (!sound && !count) {
                 m_content.entries.pop_back();
                 break;
@@ -125,26 +126,25 @@ private:
     /// recorder leaves it
     bool readLatest(std::uint64_t first)
     {
-        const auto slot = [&](std::size_t i) { return m_mapped.data() + LatestOffset + i * EntryBytes; };
+        const auto slot = [&](std::size_t i) { return m_mapped.data() + LatestOffset + i * m_entryBytes; };
         std::size_t count = LatestEntries;
-        while (count > 0 && !belongs(first + count - 1, getEntry(slot(count - 1)))) {
+        while (count > 0 && !belongs(getEntry(slot(count - 1), m_content.identity, first + count - 1))) {
             --count;  // nothing, or what was handed over before: that lies in front of the last record read
         }
         for (std::size_t i = 0; i < count; ++i) {
             take(slot(i));
         }
-        return count == LatestEntries || getEntry(slot(count)).check == 0;
+        return count == LatestEntries || isNone(slot(count), m_content.identity);
     }
 
-    [[nodiscard]] bool belongs(std::uint64_t number, const Entry& entry) const
+    [[nodiscard]] bool belongs(const Entry& entry) const
     {
-        const bool ascends = entry.position > m_lastPosition && (m_none || entry.timeMs > m_lastTime);
-        return ascends && isSound(m_content.salt, number, entry);
+        return entry.sound && entry.position > m_lastPosition && (m_none || entry.timeMs > m_lastTime);
     }
     bool take(const char* bytes)
     {
-        Entry entry = getEntry(bytes);
-        const bool sound = belongs(m_content.entries.size(), entry);
+        Entry entry = getEntry(bytes, m_content.identity, m_content.entries.size());
+        const bool sound = belongs(entry);
         if (sound) {
             m_none = false;
             m_lastPosition = entry.position;
@@ -160,6 +160,7 @@ private:
     FileSource& m_file;
     std::string m_mapped;
     JournalContent m_content;
+    std::size_t m_entryBytes = EntryBytes;
     std::int32_t m_lastPosition = Format::HeaderAreaBytes - 1;
     std::uint64_t m_lastTime = 0;
     bool m_none = true;
@@ -183,18 +184,20 @@ std::optional<std::int64_t> lastPosition(const std::string& path)
 {
     FileSource file(path);
     std::string page(PageBytes, '\0');
-    std::string latest(LatestEntries * EntryBytes, '\0');
-    if (!file.good() || file.readAt(0, page.data(), page.size()) < page.size() ||
-        file.readAt(static_cast<std::int64_t>(LatestOffset), latest.data(), latest.size()) < latest.size()) {
+    if (!file.good() || file.readAt(0, page.data(), page.size()) < page.size()) {
         return std::nullopt;
     }
     const auto identity = getIdentity(page.data());
     const auto handed =
-        identity ? unseal(identity->salt, HandedOffset, getInt64(page.data() + HandedOffset)) : std::nullopt;
+        identity ? unseal(*identity, HandedOffset, Format::getInt64(page.data() + HandedOffset)) : std::nullopt;
+    std::string latest(handed ? LatestEntries * entryBytes(*identity) : 0, '\0');
+    if (file.readAt(static_cast<std::int64_t>(LatestOffset), latest.data(), latest.size()) < latest.size()) {
+        return std::nullopt;
+    }
     std::optional<std::int64_t> last;
     for (std::size_t i = 0; handed && i < LatestEntries; ++i) {
-        const Entry entry = getEntry(latest.data() + i * EntryBytes);
-        if (!isSound(identity->salt, *handed + i, entry)) {
+        const Entry entry = getEntry(latest.data() + i * entryBytes(*identity), *identity, *handed + i);
+        if (!entry.sound) {
             break;
         }
         last = entry.position;

@@ -14,10 +14,10 @@ namespace Recording2::Inspection {
 
 /// What a journal says. Everything in it was checked; what was damaged is absent.
 struct JournalContent {
-    std::uint64_t salt = 0;
+    Format::Journal::Identity identity;
     std::optional<Format::HeaderRecord> header;
     std::optional<Format::Journal::Types> types;
-    /// By number; a damaged one has check 0. The last one is sound. 24 bytes each.
+    /// By number. The last one is sound. 24 bytes each.
     std::vector<Format::Journal::Entry> entries;
     std::optional<std::uint64_t> stopMs;  ///< since 1970 UTC, when the last entry was accepted
     bool complete = false;                ///< the entries end where the recorder's ended, and all are sound

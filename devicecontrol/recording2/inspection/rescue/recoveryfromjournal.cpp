@@ -30,7 +30,7 @@ public:
         m_task.output.begin(m_found.types);
         const std::vector<Format::Journal::Entry>& entries = m_journal.entries;
         for (std::size_t number = 0; number < entries.size() && m_goesOn; ++number) {
-            if (entries[number].check != 0) {
+            if (entries[number].sound) {
                 takeKnown(number);
                 showProgress();
             }
@@ -84,15 +84,13 @@ private:
     [[nodiscard]] std::int64_t firstKnownRecord()
     {
         const auto& all = m_journal.entries;
-        const auto first = std::find_if(all.begin(), all.end(), [](const auto& entry) { return entry.check != 0; });
+        const auto first = std::find_if(all.begin(), all.end(), [](const auto& entry) { return entry.sound; });
         return first == all.end() ? m_bytes.size() : first->position;
     }
     [[nodiscard]] bool hasCheck(const Format::Journal::Types& said) const
     {
-        return said.begin == std::uint64_t{Format::HeaderAreaBytes} && said.end - said.begin == m_found.types.size() &&
-               Format::Journal::Check(m_journal.salt)
-                       .addSample(0, m_found.types.data(), m_found.types.size())
-                       .value() == said.check;
+        return said.begin == std::uint64_t{Format::HeaderAreaBytes} &&
+               areTypesOf(said, m_journal.identity, m_found.types);
     }
     /// @return where the types end, 0 when they are not whole
     std::int64_t walkTypes()
@@ -114,8 +112,7 @@ private:
         const Format::Journal::Entry& entry = m_journal.entries[number];
         walk(m_at, entry.position);
         const std::optional<std::int64_t> end = read(entry.position, m_bytes.size());
-        const Format::Journal::EntryCheck check(m_journal.salt, number, entry);
-        if (end && check.with(m_record.code, m_record.data) == entry.check) {
+        if (end && isRecordOf(entry, m_journal.identity, number, m_record.code, m_record.data)) {
             m_task.output.add(m_record, entry.timeMs, entry.channelRange);
             m_at = *end;
             ++m_known;
