@@ -5,27 +5,19 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <string>
+
+#include "error.h"
+#include "names.h"
 
 namespace System {
 
-/// The operating system's own number of an error; 0 is none.
-using Error = int;
-/// One sentence's end in English: "No space left on device".
-[[nodiscard]] std::string errorText(Error error);
-extern const Error InvalidPosition;  ///< in front of the file
-extern const Error CannotRead;       ///< bytes that the file has were not given
-extern const Error NameTaken;        ///< something has that name already
-extern const Error LockHeld;         ///< by another process, or through another opening of the file
-extern const Error NoOrdinaryFile;   ///< a pipe, a device or the like: it was not opened
-
 /// Create replaces an existing file. New makes one, and takes no name that is there in any form: not even a link that
-/// leads nowhere. Update and Read take an ordinary file that is there, also through a link.
-enum class Access : std::uint8_t { Create, New, Update, Read };
+/// leads nowhere. Update and Read take an ordinary file that is there, also through a link; ReadItself and UpdateOrNew
+/// through none, and the latter makes one where there is none.
+enum class Access : std::uint8_t { Create, New, Update, UpdateOrNew, Read, ReadItself };
 
-/// Who may do what with a new file, less what the process's umask takes away. Windows has nothing like it.
-using FileMode = unsigned int;
-constexpr FileMode DefaultFileMode = 0640;
+/// A file is locked by one, or by any number of those who share it.
+enum class LockMode : std::uint8_t { Shared, Exclusive };
 
 /// An open file, shared with other processes for reading and writing. One thread at a time.
 class NativeFile {
@@ -41,8 +33,17 @@ public:
 
     /// Writes all bytes at a position. @param written how many were before the error
     Error writeAt(std::int64_t position, const char* bytes, std::size_t size, std::size_t& written);
-    /// Reads up to size bytes. @return how many; fewer only at the end, or after an error
-    [[nodiscard]] std::size_t readAt(std::int64_t position, char* bytes, std::size_t size) const;
+    /// Reads up to size bytes. @param read how many; fewer only at the end, or before an error
+    Error readAt(std::int64_t position, char* bytes, std::size_t size, std::size_t& read) const;
+    /// The same. @return how many
+    [[nodiscard]] std::size_t readAt(std::int64_t position, char* bytes, std::size_t size) const
+    {
+        std::size_t read = 0;
+        readAt(position, bytes, size, read);
+        return read;
+    }
+    /// Lets what is read from now on come from the device, where the system can be asked to.
+    void forgetCached() const;
     [[nodiscard]] std::int64_t size() const;
     Error setSize(std::int64_t size);
     /// Takes the space for so many bytes behind a position from the device now, so that writing them cannot fail for
@@ -50,11 +51,13 @@ public:
     Error allocate(std::int64_t position, std::int64_t bytes);
     /// Forces what was written, and what is needed to find it, to the device.
     Error sync();
-    /// Locks the file until it is closed or the process ends, however it ends. @return LockHeld when somebody has it;
-    /// another error where the file system has no locks
-    [[nodiscard]] Error lock();
-    /// The same, after everybody else. Where the file system has no locks nobody is waited for.
+    /// Locks the file until it is closed or the process ends, however it ends; another mode takes the place of the
+    /// one before. Keeps nobody from reading or writing who does not ask for the lock. @return LockHeld when somebody
+    /// has it; another error where the file system has no locks
+    [[nodiscard]] Error lock(LockMode mode = LockMode::Exclusive);
+    /// The same for one alone, after everybody else. Where the file system has no locks nobody is waited for.
     void waitForLock();
+    Error identity(FileIdentity& identity) const;  ///< NoOrdinaryFile for what is none
     /// Whether a name is that of this very file: not of another that was put there, nor of a link to it.
     [[nodiscard]] bool isAt(const std::filesystem::path& path) const;
     /// Whether a path leads to this file, also through links.
@@ -88,11 +91,5 @@ private:
     char* m_data = nullptr;
     std::size_t m_bytes = 0;
 };
-
-/// Forces the names in a directory to the device.
-Error syncDirectory(const std::filesystem::path& directory);
-Error removeFile(const std::filesystem::path& path);
-/// Renames a file unless the new name is taken, which is an error then.
-Error renameToNew(const std::filesystem::path& from, const std::filesystem::path& to);
 
 }  // namespace System

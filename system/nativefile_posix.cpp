@@ -1,4 +1,4 @@
-// Files, locks, mappings and renaming as Linux and other POSIX systems give them.
+// Open files, locks and mappings as Linux and other POSIX systems give them.
 #include "nativefile.h"
 
 #include <fcntl.h>
@@ -8,8 +8,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <system_error>
+
+#include "calls_posix.h"
 
 namespace System {
 
@@ -30,11 +30,6 @@ auto untilNotInterrupted(Call call)
     return result;
 }
 
-Error errorOf(int result)
-{
-    return result == 0 ? 0 : errno;
-}
-
 int flagsOf(Access access)
 {
     switch (access) {
@@ -43,11 +38,15 @@ int flagsOf(Access access)
         case Access::New:
             return O_RDWR | O_CREAT | O_EXCL;
         case Access::Update:
-            return O_RDWR;
+            return O_RDWR | O_NONBLOCK;
+        case Access::UpdateOrNew:
+            return O_RDWR | O_CREAT | O_NOFOLLOW;
+        case Access::ReadItself:
+            return O_RDONLY | O_NONBLOCK | O_NOFOLLOW;
         case Access::Read:
             break;
     }
-    return O_RDONLY;
+    return O_RDONLY | O_NONBLOCK;
 }
 
 Error requireOrdinary(const struct stat& status)
@@ -58,29 +57,17 @@ Error requireOrdinary(const struct stat& status)
     return S_ISDIR(status.st_mode) ? EISDIR : NoOrdinaryFile;
 }
 
-bool isSame(const struct stat& one, const struct stat& other)
+using Look = int (*)(const char* path, struct stat* status);
+
+bool isSeenBy(Look look, const std::filesystem::path& path, int file)
 {
-    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+    struct stat there {};
+    struct stat here {};
+    return look(path.c_str(), &there) == 0 && ::fstat(file, &here) == 0 && here.st_dev == there.st_dev &&
+           here.st_ino == there.st_ino;
 }
 
 }  // namespace
-
-const Error InvalidPosition = EINVAL;
-const Error CannotRead = EIO;
-const Error NameTaken = EEXIST;
-const Error LockHeld = EWOULDBLOCK;
-const Error NoOrdinaryFile = -1;
-
-std::string errorText(Error error)
-{
-    if (error == LockHeld) {
-        return "Another program holds its lock";
-    }
-    if (error == NoOrdinaryFile) {
-        return "It is no ordinary file";
-    }
-    return std::generic_category().message(error);
-}
 
 NativeFile::~NativeFile()
 {
@@ -91,16 +78,18 @@ NativeFile::~NativeFile()
 // and again when it is open, for it may have been another thing by then.
 Error NativeFile::open(const std::filesystem::path& path, Access access, FileMode mode)
 {
-    const bool existing = access == Access::Update || access == Access::Read;
+    const bool itself = access == Access::ReadItself;
+    const bool existing = itself || access == Access::Update || access == Access::Read;
     struct stat status {};
     if (existing) {
-        const Error error = ::stat(path.c_str(), &status) == 0 ? requireOrdinary(status) : errno;
+        const int known = itself ? ::lstat(path.c_str(), &status) : ::stat(path.c_str(), &status);
+        const Error error = known == 0 ? requireOrdinary(status) : errno;
         if (error != 0) {
             return error;
         }
     }
-    const int how = flagsOf(access) | O_CLOEXEC | O_NOCTTY | (existing ? O_NONBLOCK : 0);
-    const int opened = untilNotInterrupted([&] { return ::open(path.c_str(), how, mode); });
+    const int opened =
+        untilNotInterrupted([&] { return ::open(path.c_str(), flagsOf(access) | O_CLOEXEC | O_NOCTTY, mode); });
     if (opened == -1) {
         return errno;
     }
@@ -143,19 +132,27 @@ Error NativeFile::writeAt(std::int64_t position, const char* bytes, std::size_t 
     return 0;
 }
 
-std::size_t NativeFile::readAt(std::int64_t position, char* bytes, std::size_t size) const
+Error NativeFile::readAt(std::int64_t position, char* bytes, std::size_t size, std::size_t& read) const
 {
-    std::size_t read = 0;
+    read = 0;
     while (read < size) {
         const ssize_t part = untilNotInterrupted([&] {
             return ::pread(descriptor(m_handle), bytes + read, size - read, position + static_cast<off_t>(read));
         });
         if (part <= 0) {
-            break;
+            return part == 0 ? 0 : errno;
         }
         read += static_cast<std::size_t>(part);
     }
-    return read;
+    return 0;
+}
+
+// Only advice: pages that are still in memory would hide what the device kept.
+void NativeFile::forgetCached() const
+{
+#if defined(POSIX_FADV_DONTNEED)
+    static_cast<void>(::posix_fadvise(descriptor(m_handle), 0, 0, POSIX_FADV_DONTNEED));
+#endif
 }
 
 std::int64_t NativeFile::size() const
@@ -166,7 +163,7 @@ std::int64_t NativeFile::size() const
 
 Error NativeFile::setSize(std::int64_t size)
 {
-    return errorOf(untilNotInterrupted([&] { return ::ftruncate(descriptor(m_handle), size); }));
+    return resultOf(untilNotInterrupted([&] { return ::ftruncate(descriptor(m_handle), size); }));
 }
 
 Error NativeFile::allocate(std::int64_t position, std::int64_t bytes)
@@ -180,19 +177,23 @@ Error NativeFile::allocate(std::int64_t position, std::int64_t bytes)
 
 Error NativeFile::sync()
 {
-    return errorOf(untilNotInterrupted([&] { return ::fdatasync(descriptor(m_handle)); }));
+    return resultOf(untilNotInterrupted([&] { return ::fdatasync(descriptor(m_handle)); }));
 }
 
-Error NativeFile::lock()
+Error NativeFile::lock(LockMode mode)
 {
-    return errorOf(untilNotInterrupted([&] { return ::flock(descriptor(m_handle), LOCK_EX | LOCK_NB); }));
+    const int how = (mode == LockMode::Shared ? LOCK_SH : LOCK_EX) | LOCK_NB;
+    return resultOf(untilNotInterrupted([&] { return ::flock(descriptor(m_handle), how); }));
+}
+
+Error NativeFile::identity(FileIdentity& identity) const
+{
+    return statusOf(descriptor(m_handle), "", identity);
 }
 
 bool NativeFile::isAt(const std::filesystem::path& path) const
 {
-    struct stat there {};
-    struct stat here {};
-    return ::lstat(path.c_str(), &there) == 0 && ::fstat(descriptor(m_handle), &here) == 0 && isSame(here, there);
+    return isSeenBy(::lstat, path, descriptor(m_handle));
 }
 
 FileMode NativeFile::mode() const
@@ -209,9 +210,7 @@ void NativeFile::waitForLock()
 
 bool NativeFile::isReachedBy(const std::filesystem::path& path) const
 {
-    struct stat there {};
-    struct stat here {};
-    return ::stat(path.c_str(), &there) == 0 && ::fstat(descriptor(m_handle), &here) == 0 && isSame(here, there);
+    return isSeenBy(::stat, path, descriptor(m_handle));
 }
 
 // Only the superuser may give a file away, and others only to a group of their own.
@@ -257,48 +256,7 @@ Error Mapping::map(const NativeFile& file, std::size_t bytes)
 
 Error Mapping::sync()
 {
-    return errorOf(::msync(m_data, m_bytes, MS_SYNC));
-}
-
-Error syncDirectory(const std::filesystem::path& directory)
-{
-    const int opened = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (opened == -1) {
-        return errno;
-    }
-    const Error error = errorOf(::fsync(opened));
-    ::close(opened);
-    return error;
-}
-
-Error removeFile(const std::filesystem::path& path)
-{
-    return errorOf(::unlink(path.c_str()));
-}
-
-Error renameToNew(const std::filesystem::path& from, const std::filesystem::path& to)
-{
-#if defined(__linux__)
-    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
-        return 0;
-    }
-    if (errno != EINVAL && errno != ENOSYS) {
-        return errno;
-    }
-#endif
-    // A file system that cannot rename so, as network ones: a second name is refused as well where it is taken.
-    if (::link(from.c_str(), to.c_str()) == 0) {
-        return removeFile(from);
-    }
-    if (errno == EEXIST) {
-        return EEXIST;
-    }
-    // Without second names the look before the rename is all there is.
-    struct stat status {};
-    if (::lstat(to.c_str(), &status) == 0) {
-        return EEXIST;
-    }
-    return errorOf(::rename(from.c_str(), to.c_str()));
+    return resultOf(::msync(m_data, m_bytes, MS_SYNC));
 }
 
 }  // namespace System

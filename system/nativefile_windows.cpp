@@ -1,10 +1,11 @@
-// Files, locks, mappings and renaming as Windows gives them.
+// Open files, locks and mappings as Windows gives them.
 #include "nativefile.h"
 
 #include <windows.h>
 
 #include <algorithm>
-#include <system_error>
+
+#include "calls_windows.h"
 
 namespace System {
 
@@ -13,16 +14,6 @@ namespace {
 HANDLE handleOf(std::intptr_t handle)
 {
     return reinterpret_cast<HANDLE>(handle);
-}
-
-Error lastError()
-{
-    return static_cast<Error>(::GetLastError());
-}
-
-Error errorOf(BOOL done)
-{
-    return done != 0 ? 0 : lastError();
 }
 
 OVERLAPPED at(std::int64_t position)
@@ -40,37 +31,34 @@ DWORD dispositionOf(Access access)
             return CREATE_ALWAYS;
         case Access::New:
             return CREATE_NEW;
+        case Access::UpdateOrNew:
+            return OPEN_ALWAYS;
         case Access::Update:
         case Access::Read:
+        case Access::ReadItself:
             break;
     }
     return OPEN_EXISTING;
 }
 
 /// A byte far behind the end stands for the whole file: locked bytes could not be read by others.
+constexpr std::int64_t FarBehind = std::int64_t{1} << 62;
+
 Error lockFarBehind(HANDLE file, DWORD how)
 {
-    constexpr std::int64_t FarBehind = std::int64_t{1} << 62;
     OVERLAPPED place = at(FarBehind);
-    return errorOf(::LockFileEx(file, how, 0, 1, 0, &place));
+    return resultOf(::LockFileEx(file, how, 0, 1, 0, &place));
 }
 
 /// Whether a file is what stands at a path, or what a link there leads to.
 bool isSameAs(HANDLE file, const std::filesystem::path& path, bool followLinks)
 {
-    const DWORD how = FILE_FLAG_BACKUP_SEMANTICS | (followLinks ? 0 : FILE_FLAG_OPEN_REPARSE_POINT);
-    const HANDLE opened = ::CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                        nullptr, OPEN_EXISTING, how, nullptr);
-    if (opened == INVALID_HANDLE_VALUE) {
-        return false;
-    }
-    BY_HANDLE_FILE_INFORMATION there{};
-    BY_HANDLE_FILE_INFORMATION here{};
-    const bool known =
-        ::GetFileInformationByHandle(opened, &there) != 0 && ::GetFileInformationByHandle(file, &here) != 0;
-    ::CloseHandle(opened);
-    return known && there.dwVolumeSerialNumber == here.dwVolumeSerialNumber &&
-           there.nFileIndexHigh == here.nFileIndexHigh && there.nFileIndexLow == here.nFileIndexLow;
+    const Handle there(path, 0, OPEN_EXISTING,
+                       FILE_FLAG_BACKUP_SEMANTICS | (followLinks ? 0 : FILE_FLAG_OPEN_REPARSE_POINT));
+    BY_HANDLE_FILE_INFORMATION one{};
+    BY_HANDLE_FILE_INFORMATION other{};
+    return ::GetFileInformationByHandle(there.get(), &one) != 0 && ::GetFileInformationByHandle(file, &other) != 0 &&
+           identityOf(one).isSameFile(identityOf(other));
 }
 
 DWORD piece(std::size_t size)
@@ -81,23 +69,6 @@ DWORD piece(std::size_t size)
 
 }  // namespace
 
-const Error InvalidPosition = ERROR_NEGATIVE_SEEK;
-const Error CannotRead = ERROR_READ_FAULT;
-const Error NameTaken = ERROR_FILE_EXISTS;
-const Error LockHeld = ERROR_LOCK_VIOLATION;
-const Error NoOrdinaryFile = -1;
-
-std::string errorText(Error error)
-{
-    if (error == LockHeld) {
-        return "Another program holds its lock";
-    }
-    if (error == NoOrdinaryFile) {
-        return "It is no ordinary file";
-    }
-    return std::system_category().message(error);
-}
-
 NativeFile::~NativeFile()
 {
     close();
@@ -106,19 +77,23 @@ NativeFile::~NativeFile()
 // Others may read, write, rename and remove the file, as they may elsewhere.
 Error NativeFile::open(const std::filesystem::path& path, Access access, FileMode /*mode*/)
 {
-    const DWORD how = access == Access::Read ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE;
-    const HANDLE opened = ::CreateFileW(path.c_str(), how, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                        nullptr, dispositionOf(access), FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (opened == INVALID_HANDLE_VALUE) {
+    const bool itself = access == Access::ReadItself || access == Access::UpdateOrNew;
+    const bool readOnly = access == Access::ReadItself || access == Access::Read;
+    Handle opened(path, readOnly ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE, dispositionOf(access),
+                  FILE_ATTRIBUTE_NORMAL | (itself ? FILE_FLAG_OPEN_REPARSE_POINT : 0));
+    if (!opened.good()) {
         const Error error = lastError();
         return error == ERROR_ALREADY_EXISTS ? NameTaken : error;
     }
-    if (::GetFileType(opened) != FILE_TYPE_DISK) {  // names such as NUL
-        ::CloseHandle(opened);
-        return NoOrdinaryFile;
+    FileIdentity identity;
+    const Error error = ::GetFileType(opened.get()) != FILE_TYPE_DISK ? NoOrdinaryFile  // names such as NUL
+                        : itself                                      ? identityOf(opened.get(), identity)
+                                                                      : 0;
+    if (error != 0) {
+        return error;
     }
     close();
-    m_handle = reinterpret_cast<std::intptr_t>(opened);
+    m_handle = reinterpret_cast<std::intptr_t>(opened.release());
     return 0;
 }
 
@@ -127,7 +102,7 @@ Error NativeFile::close()
     if (!isOpen()) {
         return 0;
     }
-    const Error error = errorOf(::CloseHandle(handleOf(m_handle)));
+    const Error error = resultOf(::CloseHandle(handleOf(m_handle)));
     m_handle = NoHandle;
     return error;
 }
@@ -149,18 +124,26 @@ Error NativeFile::writeAt(std::int64_t position, const char* bytes, std::size_t 
     return 0;
 }
 
-std::size_t NativeFile::readAt(std::int64_t position, char* bytes, std::size_t size) const
+Error NativeFile::readAt(std::int64_t position, char* bytes, std::size_t size, std::size_t& read) const
 {
-    std::size_t read = 0;
+    read = 0;
     while (read < size) {
         OVERLAPPED place = at(position + static_cast<std::int64_t>(read));
         DWORD part = 0;
-        if (::ReadFile(handleOf(m_handle), bytes + read, piece(size - read), &part, &place) == 0 || part == 0) {
-            break;
+        if (::ReadFile(handleOf(m_handle), bytes + read, piece(size - read), &part, &place) == 0) {
+            const Error error = lastError();
+            return error == ERROR_HANDLE_EOF ? 0 : error;
+        }
+        if (part == 0) {
+            return 0;
         }
         read += part;
     }
-    return read;
+    return 0;
+}
+
+void NativeFile::forgetCached() const
+{
 }
 
 std::int64_t NativeFile::size() const
@@ -173,7 +156,7 @@ Error NativeFile::setSize(std::int64_t size)
 {
     FILE_END_OF_FILE_INFO end{};
     end.EndOfFile.QuadPart = size;
-    return errorOf(::SetFileInformationByHandle(handleOf(m_handle), FileEndOfFileInfo, &end, sizeof end));
+    return resultOf(::SetFileInformationByHandle(handleOf(m_handle), FileEndOfFileInfo, &end, sizeof end));
 }
 
 // A file that is not sparse has its space as soon as it has its size.
@@ -184,12 +167,20 @@ Error NativeFile::allocate(std::int64_t position, std::int64_t bytes)
 
 Error NativeFile::sync()
 {
-    return errorOf(::FlushFileBuffers(handleOf(m_handle)));
+    return resultOf(::FlushFileBuffers(handleOf(m_handle)));
 }
 
-Error NativeFile::lock()
+Error NativeFile::lock(LockMode mode)
 {
-    return lockFarBehind(handleOf(m_handle), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY);
+    OVERLAPPED place = at(FarBehind);
+    ::UnlockFileEx(handleOf(m_handle), 0, 1, 0, &place);
+    const DWORD how = mode == LockMode::Exclusive ? LOCKFILE_EXCLUSIVE_LOCK : 0;
+    return lockFarBehind(handleOf(m_handle), how | LOCKFILE_FAIL_IMMEDIATELY);
+}
+
+Error NativeFile::identity(FileIdentity& identity) const
+{
+    return identityOf(handleOf(m_handle), identity);
 }
 
 void NativeFile::waitForLock()
@@ -242,7 +233,7 @@ Error Mapping::map(const NativeFile& file, std::size_t bytes)
 
 Error Mapping::sync()
 {
-    return errorOf(::FlushViewOfFile(m_data, m_bytes));
+    return resultOf(::FlushViewOfFile(m_data, m_bytes));
 }
 
 void Mapping::unmap()
@@ -251,22 +242,6 @@ void Mapping::unmap()
         ::UnmapViewOfFile(m_data);
         m_data = nullptr;
     }
-}
-
-// The system keeps its directories by itself.
-Error syncDirectory(const std::filesystem::path& /*directory*/)
-{
-    return 0;
-}
-
-Error removeFile(const std::filesystem::path& path)
-{
-    return errorOf(::DeleteFileW(path.c_str()));
-}
-
-Error renameToNew(const std::filesystem::path& from, const std::filesystem::path& to)
-{
-    return errorOf(::MoveFileExW(from.c_str(), to.c_str(), 0));
 }
 
 }  // namespace System

@@ -4,8 +4,8 @@
 #include <QString>
 
 #include "station/station.h"
+#include "storage/files.h"
 #include "storage/storage.h"
-#include "system/files.h"
 
 namespace Zelvo {
 

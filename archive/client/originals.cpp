@@ -198,7 +198,7 @@ NewFile findNewFile(const std::vector<QString>& directories, const QString& name
                 continue;
             }
             Candidate candidate{directory, candidateName == name ? QString() : candidateName, *identity,
-                                isOpenHere(*identity)};
+                                System::isOpenHere(*identity)};
             if (mayBeRegistered(candidate, name, station) && (!best || candidate.likelihood() > best->likelihood())) {
                 best = candidate;
             }

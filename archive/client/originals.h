@@ -8,7 +8,7 @@
 
 #include "registry/origins.h"
 #include "station/station.h"
-#include "system/files.h"
+#include "storage/files.h"
 
 namespace Zelvo {
 

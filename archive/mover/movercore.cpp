@@ -317,13 +317,13 @@ Digest MoverCore::copyToStorage(const FileRow& file, const Original& original, c
         digest = m_files.copy(original.path, temporary, m_configuration.fileMode, stop);
         if (digest.identity.lasting() != original.identity.lasting()) {
             m_files.remove(temporary);
-            throw FileError(FileError::Kind::Changed,
+            throw FileError(FileError::Kind::Other,
                             QStringLiteral("%1 became another file while it was moved").arg(original.path));
         }
         // One that was begun and finished meanwhile is told by the file's time.
         if (const QString why = whyNotCopied(original.path, m_files); !why.isEmpty()) {
             m_files.remove(temporary);
-            throw FileError(FileError::Kind::Changed, why);
+            throw FileError(FileError::Kind::Other, why);
         }
         const Digest back = m_files.digest(temporary, stop);
         if (back.sha256 != digest.sha256) {

@@ -6,8 +6,8 @@
 
 #include "client/originals.h"
 #include "station/station.h"
+#include "storage/files.h"
 #include "storage/storage.h"
-#include "system/files.h"
 
 namespace Zelvo {
 

@@ -14,7 +14,7 @@
 #include <zelvo/archive.h>
 
 #include "schema.h"
-#include "system/files.h"
+#include "storage/files.h"
 
 namespace Zelvo {
 
@@ -88,8 +88,10 @@ void Database::open()
         return;
     }
     const QString driver = m_postgres ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE");
-    if (!QSqlDatabase::isDriverAvailable(driver) && !ownPluginFolder().isEmpty()) {
-        QCoreApplication::addLibraryPath(ownPluginFolder());
+    const std::filesystem::path folder = System::programFolder();
+    if (!QSqlDatabase::isDriverAvailable(driver) && !folder.empty()) {
+        // Qt looks there only in processes with an application object, which rectool and hosts may not have.
+        QCoreApplication::addLibraryPath(QString::fromStdU16String(folder.generic_u16string()));
     }
     if (!QSqlDatabase::isDriverAvailable(driver)) {
         throw ArchiveError(QStringLiteral("Qt's driver %1 is not installed (Debian: libqt5sql5-%2)")

@@ -9,7 +9,7 @@
 #include "configuration.h"
 #include "registry/database.h"
 #include "registry/registry.h"
-#include "system/files.h"
+#include "storage/files.h"
 
 namespace Zelvo {
 

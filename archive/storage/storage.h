@@ -4,8 +4,8 @@
 #include <QSet>
 #include <QString>
 
+#include "files.h"
 #include "station/configuration.h"
-#include "system/files.h"
 
 namespace Zelvo {
 

@@ -17,7 +17,7 @@
 #include <zelvo/zelvo.h>
 
 #include "mover/movercore.h"
-#include "system/files.h"
+#include "storage/files.h"
 
 namespace ArchiveTests {
 

@@ -1,5 +1,4 @@
-// What the archive needs of the file system, in steps that are each either done or not. Everything of one operating
-// system lies in files_posix.cpp and files_windows.cpp.
+// What the archive needs of the file system, in steps that are each either done or not.
 #pragma once
 
 #include <cstdint>
@@ -10,20 +9,14 @@
 #include <QByteArray>
 #include <QString>
 
+#include <system/lockfile.h>
+
 namespace Zelvo {
 
 /// A step that failed, with what the system said.
 class FileError : public std::runtime_error {
 public:
-    enum class Kind {
-        Other,
-        Missing,
-        Exists,
-        Full,      ///< no space or no quota
-        Away,      ///< the whole file system cannot be used: not mounted any more, read-only, input or output error
-        Changed,   ///< the file changed while it was read
-        NotAFile,  ///< a link, a directory or a device stands where a file should
-    };
+    using Kind = System::ErrorKind;
     FileError(Kind kind, const QString& sentence) : std::runtime_error(sentence.toStdString()), m_kind(kind) {}
     [[nodiscard]] Kind kind() const { return m_kind; }
     [[nodiscard]] QString text() const { return QString::fromUtf8(what()); }
@@ -35,15 +28,7 @@ private:
 /// The caller asked for the end while a file was read.
 struct Interrupted {};
 
-/// Tells one file of a name from the next one of that name.
-struct FileIdentity {
-    std::uint64_t device = 0;
-    std::uint64_t number = 0;
-    std::int64_t bytes = 0;
-    std::int64_t changedNs = 0;
-    std::int64_t bornNs = 0;  ///< 0 where the system does not keep it
-
-    bool operator==(const FileIdentity&) const = default;
+struct FileIdentity : System::FileIdentity {
     /// What stays the same under every name and whatever is written. Not the device: its number is given anew when it
     /// is mounted.
     [[nodiscard]] QString lasting() const { return QStringLiteral("%1:%2").arg(number).arg(bornNs); }
@@ -55,7 +40,7 @@ struct Digest {
     FileIdentity identity;  ///< of the file that was read
 };
 
-enum class FileKind { Missing, File, Directory, Other };
+using FileKind = System::NameKind;
 
 using StopWish = std::function<bool()>;
 
@@ -94,30 +79,20 @@ public:
 /// Makes an empty file where there is none. @param mode less the process's mask @throws FileError
 void createEmpty(const QString& path, unsigned mode);
 
-/// Whether this process has the file open. False also where the system does not tell.
-[[nodiscard]] bool isOpenHere(const FileIdentity& file);
-
-/// The folder beside the program in which its own plug-ins may lie; empty where Qt finds them by itself.
-[[nodiscard]] QString ownPluginFolder();
+/// Makes an empty file where there is none. @param mode less the process's mask @throws FileError
+void createEmpty(const QString& path, unsigned mode);
 
 /// A lock that the system releases when the process ends, on a file made for the purpose.
 class FileLock {
 public:
-    enum class Mode { Shared, Exclusive };
+    using Mode = System::LockMode;
     /// Does not wait. @return null when others hold it. @throws FileError when the file cannot be made
     [[nodiscard]] static std::unique_ptr<FileLock> tryLock(const QString& path, Mode mode, unsigned fileMode);
     /// Whether somebody holds it; a missing file is held by nobody.
     [[nodiscard]] static bool isHeld(const QString& path);
 
-    FileLock(const FileLock&) = delete;
-    FileLock& operator=(const FileLock&) = delete;
-    /// Releases it, and removes the file where nobody else holds it.
-    ~FileLock();
-
 private:
-    struct Private;
-    explicit FileLock(std::unique_ptr<Private> own);
-    std::unique_ptr<Private> d;
+    System::LockFile m_lock;
 };
 
 }  // namespace Zelvo
