@@ -8,10 +8,6 @@
 
 namespace RecTool {
 
-/// The archive that is asked: that of a configuration file, or else of the environment (ZELVO_CONFIG).
-/// @throws std::runtime_error when the file cannot be used
-void useArchive(const std::string& configurationFile);
-
 struct ArchiveStatusOptions {
     bool json = false;
 };

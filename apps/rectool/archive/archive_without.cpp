@@ -2,6 +2,7 @@
 #include <stdexcept>
 
 #include "archive.h"
+#include "archivedfiles.h"
 
 namespace RecTool {
 

@@ -1,8 +1,14 @@
 // Requesting files from the archive under a lock, and giving them back, changed or not.
 #include "archivedfiles.h"
 
+#include <map>
+#include <memory>
+#include <utility>
+
 #include <QFile>
 #include <QString>
+
+#include <zelvo/zelvo.h>
 
 #include "printing/output.h"
 
@@ -12,6 +18,27 @@ bool isArchiveAddress(const std::string& name)
 {
     return name.starts_with("zelvo:");  // also one with mistakes, of which the archive tells
 }
+
+namespace {
+
+/// Files of the archive, locked and at hand while this exists. What was changed is stored by giveBack only.
+class ArchivedFiles {
+public:
+    /// @param change the files are to be changed, and nobody else may use them meanwhile
+    explicit ArchivedFiles(bool change) : m_change(change) {}
+
+    /// Puts the local path in the place of an address; another name stays.
+    /// @return false, told, when the archive does not give the file
+    bool take(std::string& name);
+    /// Gives the files back after a verb. A change is stored only where the verb was Fine.
+    /// @return the result, or, told, CannotRead when the change could not be stored
+    [[nodiscard]] ExitCode giveBack(ExitCode result);
+
+private:
+    bool m_change;
+    std::unique_ptr<Zelvo::ZelvoClient> m_client;
+    std::map<std::string, std::string> m_paths;  // by address
+};
 
 bool ArchivedFiles::take(std::string& name)
 {
@@ -64,6 +91,37 @@ ExitCode ArchivedFiles::giveBack(ExitCode result)
     }
     m_paths.clear();
     return result;
+}
+
+/// @return CannotRead, told, where the archive does not give one of them
+ExitCode takeList(ArchivedFiles& files, const NamedFiles& named)
+{
+    ExitCode result = ExitCode::Fine;
+    std::vector<std::string> shown;
+    for (std::string& file : *named.list) {
+        const bool taken = files.take(file);
+        result = taken ? result : ExitCode::CannotRead;
+        if (taken || named.listsAll) {
+            shown.push_back(std::move(file));
+        }
+    }
+    *named.list = std::move(shown);
+    return result;
+}
+
+}  // namespace
+
+ExitCode runOnLocalFiles(const NamedFiles& files, const std::function<ExitCode()>& verb)
+{
+    ArchivedFiles archived(files.change);
+    if (files.file != nullptr && !archived.take(*files.file)) {
+        return ExitCode::CannotRead;
+    }
+    const ExitCode taken = files.list == nullptr ? ExitCode::Fine : takeList(archived, files);
+    if (files.list != nullptr && ((files.needsAll && taken != ExitCode::Fine) || files.list->empty())) {
+        return ExitCode::CannotRead;  // it was told why
+    }
+    return worse(taken, archived.giveBack(verb()));
 }
 
 }  // namespace RecTool

@@ -1,79 +1,55 @@
 // Recordings that are named by an archive address: every verb that takes a file takes them from here.
 #pragma once
 
-#include <map>
-#include <memory>
+#include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include <zelvo/zelvo.h>
-
 #include "printing/exitcode.h"
-#include "printing/output.h"
 
 namespace RecTool {
 
 /// "zelvo:///GROUP/FILE"
 [[nodiscard]] bool isArchiveAddress(const std::string& name);
 
-/// Files of the archive, locked and at hand while this exists. What was changed is stored by giveBack only.
-class ArchivedFiles {
-public:
-    /// @param change the files are to be changed, and nobody else may use them meanwhile
-    explicit ArchivedFiles(bool change) : m_change(change) {}
-    ArchivedFiles(const ArchivedFiles&) = delete;
-    ArchivedFiles& operator=(const ArchivedFiles&) = delete;
-    ~ArchivedFiles() = default;
+/// The archive that is asked: that of a configuration file, or else of the environment (ZELVO_CONFIG).
+/// @throws std::runtime_error when the file cannot be used
+void useArchive(const std::string& configurationFile);
 
-    /// Puts the local path in the place of an address; another name stays.
-    /// @return false, told, when the archive does not give the file
-    bool take(std::string& name);
-    /// Gives the files back after a verb. A change is stored only where the verb was Fine.
-    /// @return the result, or, told, CannotRead when the change could not be stored
-    [[nodiscard]] ExitCode giveBack(ExitCode result);
-
-private:
-    bool m_change;
-    std::unique_ptr<Zelvo::ZelvoClient> m_client;
-    std::map<std::string, std::string> m_paths;  // by address
+/// The recordings that a verb takes, and what for.
+struct NamedFiles {
+    std::string* file = nullptr;
+    std::vector<std::string>* list = nullptr;  ///< keeps those that are at hand
+    bool change = false;                       ///< nobody else may use them meanwhile
+    bool needsAll = false;                     ///< something is made of all of the list together
+    bool listsAll = false;                     ///< also those that could not be read
 };
 
-/// Lets a verb run with local paths in the place of archive addresses.
+/// Runs a verb with local paths in the place of archive addresses, locked meanwhile. What was changed is stored where
+/// the verb was Fine. @return the worst of what the verb and the archive tell
+[[nodiscard]] ExitCode runOnLocalFiles(const NamedFiles& files, const std::function<ExitCode()>& verb);
+
 template <typename Options>
 ExitCode runOnLocalFiles(Options options, ExitCode (*verb)(const Options&))
 {
-    constexpr bool Changes = requires
+    NamedFiles files;
+    if constexpr (requires { options.files; }) {
+        files.list = &options.files;
+    } else if constexpr (requires { options.file; }) {
+        files.file = &options.file;
+    }
+    files.change = requires
     {
         options.yes;
     };  // what asks before it changes the file
-    constexpr bool NeedsAll = requires
+    files.needsAll = requires
     {
         options.output;
-    };  // something is made of all files together
-    ArchivedFiles files(Changes);
-    ExitCode result = ExitCode::Fine;
-    if constexpr (requires { options.files; }) {
-        bool listsAll = false;  // also what could not be read
-        if constexpr (requires { options.json; }) {
-            listsAll = options.json;
-        }
-        std::vector<std::string> shown;
-        for (std::string& file : options.files) {
-            const bool taken = files.take(file);
-            result = taken ? result : ExitCode::CannotRead;
-            if (taken || listsAll) {
-                shown.push_back(std::move(file));
-            }
-        }
-        options.files = std::move(shown);
-        if ((NeedsAll && result != ExitCode::Fine) || options.files.empty()) {
-            return ExitCode::CannotRead;  // it was told why
-        }
-    } else if (!files.take(options.file)) {
-        return ExitCode::CannotRead;
+    };
+    if constexpr (requires { options.json; }) {
+        files.listsAll = options.json;
     }
-    return worse(result, files.giveBack(verb(options)));
+    return runOnLocalFiles(files, [&] { return verb(options); });
 }
 
 }  // namespace RecTool

@@ -2,22 +2,20 @@
 #include "program.h"
 
 #include <algorithm>
-#include <array>
 #include <exception>
 #include <iostream>
-#include <string_view>
 #include <utility>
 
 #include <CLI/CLI.hpp>
 
-#include "../printing/output.h"
-#include "../printing/style.h"
-#include "../printing/text.h"
-#include "../system/pager.h"
-#include "../system/terminal.h"
-#include "../verbs/commands.h"
 #include "implied.h"
-#include "verbs.h"
+#include "printing/output.h"
+#include "printing/style.h"
+#include "printing/text.h"
+#include "system/pager.h"
+#include "system/terminal.h"
+#include "verb.h"
+#include "verbs/registry.h"
 
 namespace RecTool::CommandLine {
 
@@ -26,14 +24,6 @@ namespace {
 constexpr const char* ExitCodes =
     "Exit codes: 0 fine, 1 wrong usage or not confirmed, 2 a file cannot be read or written, 3 a file is damaged.\n"
     "A recording in the archive is named by its address, zelvo:///GROUP/FILE.";
-
-/// Whether the verb's output may be long, and nobody is asked anything meanwhile.
-bool isPaged(const CLI::App& app)
-{
-    constexpr std::array<std::string_view, 7> Verbs = {"info", "types", "cat", "state", "diff", "map", "verify"};
-    const auto given = app.get_subcommands();
-    return !given.empty() && std::find(Verbs.begin(), Verbs.end(), given.front()->get_name()) != Verbs.end();
-}
 
 ExitCode refuse(const CLI::App& app, const std::string& why)
 {
@@ -52,12 +42,7 @@ ExitCode perform(std::vector<std::string> arguments)
     app.footer(std::string("rectool VERB --help tells more about a verb.\n\n") + ExitCodes);
 
     Action action;
-    addLookingVerbs(app, action);
-    addMapVerb(app, action);
-    addPlotVerbs(app, action);
-    addEditingVerbs(app, action);
-    addMakingVerbs(app, action);
-    addArchiveVerbs(app, action);
+    addVerbs(Syntax(app, action));
     if (arguments.empty()) {
         std::cout << app.help() << "\nrectool FILE and rectool DIR show what is there.\n";
         return finish(ExitCode::Usage);
@@ -73,8 +58,8 @@ ExitCode perform(std::vector<std::string> arguments)
         return error.get_exit_code() == 0 ? (app.exit(error), ExitCode::Fine) : refuse(app, whatIsWrong(app, error));
     }
     useStyles(outputHasColours());
-    const Pager pager(!noPager && isPaged(app));
-    return action();
+    const Pager pager(!noPager && action.isPaged);
+    return action.run();
 }
 
 }  // namespace

@@ -1,105 +1,167 @@
-// A verb and the options that many verbs have.
+// A verb as it stands in its file: name, description, options, work. The parser behind it is a heavy header, which only
+// verb.cpp takes.
 #pragma once
 
+#include <functional>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
-#include <CLI/CLI.hpp>
-
-#include "archive/archive.h"
 #include "archive/archivedfiles.h"
+#include "printing/exitcode.h"
+#include "printing/units.h"
 #include "replay/recordingtime.h"
-#include "verbs.h"
 
-namespace RecTool::CommandLine {
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
 
-/// Refuses what a script passes when it has forgotten to set a variable: without a time a verb would take everything.
-inline CLI::Validator notEmpty()
-{
-    return {[](const std::string& text) { return text.empty() ? std::string("must not be empty") : std::string(); },
-            ""};
-}
+namespace RecTool {
 
-/// A verb whose options live as long as it does; when it is given, they become the action.
-template <typename Options>
-class Verb {
+/// What the arguments ask for.
+struct Action {
+    std::function<ExitCode()> run;
+    bool isPaged = false;  ///< the output may be long, and nobody is asked anything meanwhile
+};
+
+/// An option of a verb. Every call says one thing more of it; what a value must be is checked in the order of the
+/// calls.
+class Option {
 public:
-    Verb(CLI::App& parent, const char* name, const char* description, ExitCode (*run)(const Options&), Action& action)
-        : m_options(std::make_shared<Options>()), m_app(*parent.add_subcommand(name, description))
-    {
-        if constexpr (requires { m_options->files; }) {
-            m_app.add_option("FILE", m_options->files, "Recordings, files or archive addresses")->required();
-        } else if constexpr (requires { m_options->directory; }) {
-            m_app.add_option("DIR", m_options->directory, "Directory")->required()->check(notEmpty());
-        } else if constexpr (requires { m_options->file; }) {
-            m_app.add_option("FILE", m_options->file, "Recording, a file or an archive address")->required();
-        }
-        m_app
-            .add_option("--archive-config", *m_archiveConfiguration,
-                        "Configuration of the archive (default: the file that ZELVO_CONFIG names)")
-            ->type_name("FILE")
-            ->check(notEmpty());
-        m_app.callback([options = m_options, archive = m_archiveConfiguration, run, &action] {
-            action = [options, archive, run] {
-                useArchive(*archive);
-                if constexpr (
-                    requires { options->files; } || requires { options->file; }) {
-                    return runOnLocalFiles(*options, run);
-                } else {
-                    return run(*options);
-                }
-            };
-        });
-    }
-    [[nodiscard]] Options& options() { return *m_options; }
-    [[nodiscard]] CLI::App& app() { return m_app; }
+    explicit Option(CLI::Option& option) : m_option(&option) {}
 
-    CLI::Option* addTime(const char* name, std::string& time, const std::string& description)
-    {
-        return m_app.add_option(name, time, description)->type_name("TIME")->check(notEmpty());
-    }
-    /// --from and --to; the forms of a time are told with the first one.
-    void addSpan(const std::string& from, const std::string& to)
-    {
-        addTime("--from", m_options->from, from + ". TIME: " + TimeForms);
-        addTime("--to", m_options->to, to);
-    }
-    void addTypes(const char* description)
-    {
-        m_app.add_option("--type", m_options->types, description)
-            ->type_name("TYPE")
-            ->expected(1)
-            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-            ->allow_extra_args(false);  // what follows one is the recording
-    }
-    void addJson(const char* description = "Print one JSON document")
-    {
-        m_app.add_flag("--json", m_options->json, description);
-    }
-    void addYes() { m_app.add_flag("--yes", m_options->yes, "Change the file without asking"); }
+    Option& required();
+    Option& as(const char* typeName);  ///< how the help calls the value
+    Option& showDefault();
+    Option& hidden();               ///< from the help
+    Option& sets(bool& whenGiven);  ///< to true
+    Option& excludes(const Option& other);
+    Option& needs(const Option& other);
 
-    CLI::Option* addOutput(const char* typeName, const char* description)
-    {
-        return m_app.add_option("-o,--output", m_options->output, description)->type_name(typeName)->check(notEmpty());
-    }
+    /// Refuses what a script passes when it has forgotten to set a variable: without a time a verb would take
+    /// everything.
+    Option& notEmpty();
+    Option& oneOf(const std::vector<std::string>& words);
+    Option& wholeNumber(double lowest, double highest, const std::string& unit = {});
+    Option& inSeconds(double lowest, double highest);
+    Option& inUnit(std::initializer_list<std::string_view> units, double lowest, double highest);
+    /// @param parse nothing for what is no such number
+    /// @param expected, range how messages call such a number, and what is from lowest to highest
+    Option& withUnit(std::optional<double> (*parse)(const std::string& text), const char* expected, double lowest,
+                     double highest, const char* range);
 
+private:
+    CLI::Option* m_option;
+};
+
+/// What the program or one of its verbs takes. The values that options fill must outlive the parsing.
+class Syntax {
+public:
+    Syntax(CLI::App& app, Action& action) : m_app(app), m_action(action) {}
+    /// A verb of the program, or of a verb.
+    Syntax(const Syntax& parent, const char* name, const char* description);
+
+    /// One of its own verbs must follow.
+    void needsVerb();
+    Option text(const char* name, std::string& value, const std::string& help);
+    Option texts(const char* name, std::vector<std::string>& values, const std::string& help);
+    Option eachAlone(const char* name, std::vector<std::string>& values, const std::string& help);
+    /// @tparam Number int, double, std::int64_t or std::uint64_t
+    template <typename Number>
+    Option number(const char* name, Number& value, const std::string& help);
+    Option flag(const char* name, bool& value, const std::string& help);
+    Option time(const char* name, std::string& time, const std::string& help);
+
+    void describe(const char* option, const char* help);
     /// @param examples what follows the program's name
     /// @param remark a sentence in front of them, may be empty
-    void addExamples(std::initializer_list<const char*> examples, const std::string& remark = {})
+    void examples(std::initializer_list<const char*> examples, const std::string& remark = {});
+
+protected:
+    void whenGiven(std::function<Action()> action);
+
+private:
+    CLI::App& m_app;
+    Action& m_action;
+};
+
+/// A verb and the options that many verbs have; they live as long as the parser does.
+template <typename Options>
+class Verb : public Syntax {
+public:
+    /// The recordings or the directory that the options hold are taken first.
+    Verb(const Syntax& parent, const char* name, const char* description, ExitCode (*run)(const Options&))
+        : Syntax(parent, name, description)
     {
-        std::string text = remark.empty() ? remark : remark + '\n';
-        text += examples.size() == 1 ? "Example:" : "Examples:";
-        for (const char* example : examples) {
-            text.append("\n  rectool ").append(example);
+        if constexpr (requires { options().files; }) {
+            texts("FILE", options().files, "Recordings, files or archive addresses").required();
+        } else if constexpr (requires { options().directory; }) {
+            text("DIR", options().directory, "Directory").required().notEmpty();
+        } else if constexpr (requires { options().file; }) {
+            text("FILE", options().file, "Recording, a file or an archive address").required();
         }
-        m_app.footer(text);
+        text("--archive-config", m_given->archiveConfiguration,
+             "Configuration of the archive (default: the file that ZELVO_CONFIG names)")
+            .as("FILE")
+            .notEmpty();
+        whenGiven([given = m_given, run] {
+            return Action{[given, run] {
+                              useArchive(given->archiveConfiguration);
+                              return runOnLocalFiles(given->options, run);
+                          },
+                          given->isPaged};
+        });
+    }
+    [[nodiscard]] Options& options() { return m_given->options; }
+
+    void paged() { m_given->isPaged = true; }
+    /// --from and --to; the forms of a time are told with the first one.
+    void span(const std::string& from, const std::string& to, bool isRequired = false)
+    {
+        Option first = time("--from", options().from, from + ". TIME: " + TimeForms);
+        Option last = time("--to", options().to, to);
+        if (isRequired) {
+            first.required();
+            last.required();
+        }
+    }
+    /// Each is given with a --type of its own: what follows one is the recording.
+    void types(const char* help) { eachAlone("--type", options().types, help).as("TYPE"); }
+    Option json(const char* help = "Print one JSON document") { return flag("--json", options().json, help); }
+    Option yes() { return flag("--yes", options().yes, "Change the file without asking"); }
+    Option output(const char* typeName, const char* help)
+    {
+        return text("-o,--output", options().output, help).as(typeName).notEmpty();
+    }
+    /// What all verbs take that make a recording.
+    void newRecording()
+    {
+        output("FILE", "The new recording").required();
+        flag("--force", options().force, "Replace an existing file");
+        json("Print a summary as JSON");
+    }
+    void period()
+    {
+        constexpr double LongestMs = 86'400'000;
+        number("--period", options().periodMs,
+               "From record to record where no later time is known, in milliseconds or as 0.5s (default: evenly to the "
+               "end of the recording)")
+            .as("DURATION")
+            .withUnit([](const std::string& text) { return std::optional<double>(parseMilliseconds(text)); },
+                      "a time such as 20, 20ms or 0.5s", 1, LongestMs, "1ms to 24h");
     }
 
 private:
-    std::shared_ptr<Options> m_options;
-    std::shared_ptr<std::string> m_archiveConfiguration = std::make_shared<std::string>();
-    CLI::App& m_app;
+    struct Given {
+        Options options;
+        std::string archiveConfiguration;
+        bool isPaged = false;
+    };
+    std::shared_ptr<Given> m_given = std::make_shared<Given>();
 };
 
-}  // namespace RecTool::CommandLine
+}  // namespace RecTool

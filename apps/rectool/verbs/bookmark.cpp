@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include "commandline/verb.h"
 #include "commands.h"
 #include "making/filechange.h"
 #include "printing/json.h"
@@ -173,6 +174,25 @@ ExitCode listBookmarks(const ListOptions& options)
     }
     complain(options.file, summary.findings);
     return finish(soundness(summary.findings));
+}
+
+void addBookmarkVerbs(const Syntax& program)
+{
+    Syntax bookmark(program, "bookmark", "Add, remove and list bookmarks");
+    bookmark.needsVerb();
+    Verb add(bookmark, "add", "Store a bookmark in the recording", addBookmark);
+    add.time("TIME", add.options().time, TimeForms).required();
+    add.text("TEXT", add.options().text, "What to call it").required();
+    add.yes();
+    add.examples({"bookmark add recording.rec 61500 alarm",
+                  "bookmark add recording.rec bookmark:alarm-500 \"before the alarm\" --yes"});
+    Verb remove(bookmark, "rm", "Remove a bookmark from the recording", removeBookmark);
+    remove.time("TIME", remove.options().time, TimeForms).required();
+    remove.yes();
+    remove.examples({"bookmark rm recording.rec 61500", "bookmark rm recording.rec bookmark:alarm --yes"});
+    Verb list(bookmark, "list", "Show the bookmarks", listBookmarks);
+    list.json();
+    list.examples({"bookmark list recording.rec"});
 }
 
 }  // namespace RecTool

@@ -5,6 +5,7 @@
 #include <set>
 #include <utility>
 
+#include "commandline/verb.h"
 #include "commands.h"
 #include "printing/output.h"
 #include "printing/progress.h"
@@ -102,6 +103,24 @@ ExitCode cat(const CatOptions& options)
         complain(options.file, leftOut);
     }
     return finish(soundness(findings));
+}
+
+void addCat(const Syntax& program)
+{
+    Verb verb(program, "cat", "Show the records, one a line: time, keyword, value", cat);
+    CatOptions& options = verb.options();
+    verb.span("Begin at this time", "End at this time, which is shown too");
+    verb.types("Only this keyword or type number; may be given several times");
+    const Option time = verb.text("--time", options.time,
+                                  "Times as milliseconds of the recording (offset), or as the clock showed them in UTC "
+                                  "(utc) or here (local)")
+                            .oneOf({"offset", "utc", "local"})
+                            .showDefault();
+    const Option json = verb.json("Print one JSON object a line").excludes(time);  // it has timeMs
+    verb.flag("--csv", options.csv, "Print plain values as CSV; maps have no line there").excludes(json);
+    verb.paged();
+    verb.examples({"cat recording.rec", "cat recording.rec --from 60000 --to 65000 --type LEVEL --type FREQUENCY",
+                   "cat recording.rec --time utc --csv --type LEVEL", "cat --json recording.rec"});
 }
 
 }  // namespace RecTool

@@ -9,6 +9,7 @@
 
 #include <values/recordingtext.h>
 
+#include "commandline/verb.h"
 #include "commands.h"
 #include "making/headerfields.h"
 #include "making/newrecording.h"
@@ -278,6 +279,15 @@ ExitCode cut(const CutOptions& options)
         complain(options.file, "Records left out because their time is lost: " + grouped(cut.withoutTime()) + '.');
     }
     return finish(cut.withoutTime() > 0 ? ExitCode::Damaged : soundness(findings));
+}
+
+void addCut(const Syntax& program)
+{
+    Verb verb(program, "cut", "Store a part of a recording as a recording of its own", cut);
+    verb.span("Begin with the state at this time", "End at this time, which is kept too");
+    verb.newRecording();
+    verb.examples({"cut recording.rec --from 60000 --to 65000 -o part.rec",
+                   "cut recording.rec --from bookmark:alarm-5000 -o alarm.rec"});
 }
 
 }  // namespace RecTool

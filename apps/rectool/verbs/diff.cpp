@@ -12,6 +12,7 @@
 #include <values/recordingtext.h>
 #include <values/value.h>
 
+#include "commandline/verb.h"
 #include "commands.h"
 #include "printing/json.h"
 #include "printing/output.h"
@@ -375,6 +376,17 @@ ExitCode diff(const DiffOptions& options)
     findings.insert(findings.end(), inRecords.begin(), inRecords.end());
     complain(options.file, findings);
     return finish(soundness(findings));
+}
+
+void addDiff(const Syntax& program)
+{
+    Verb verb(program, "diff", "Show what is different between two moments", diff);
+    verb.span("The first moment", "The second moment", true);
+    verb.flag("--all", verb.options().all, "Show what is the same as well");
+    verb.json();
+    verb.paged();
+    verb.examples({"diff recording.rec --from 60000 --to 65000",
+                   "diff recording.rec --from bookmark:alarm-5000 --to bookmark:alarm --json"});
 }
 
 }  // namespace RecTool

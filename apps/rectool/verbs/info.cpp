@@ -10,6 +10,7 @@
 #include <values/recordingtext.h>
 #include <values/value.h>
 
+#include "commandline/verb.h"
 #include "commands.h"
 #include "listing.h"
 #include "making/headerfields.h"
@@ -19,6 +20,7 @@
 #include "printing/style.h"
 #include "printing/table.h"
 #include "printing/text.h"
+#include "replay/moment.h"
 #include "replay/recordedranges.h"
 #include "replay/recordedvalues.h"
 #include "replay/typenames.h"
@@ -452,6 +454,34 @@ ExitCode info(const InfoOptions& options)
     all.files = options.files;
     all.json = options.json;
     return overview(all);
+}
+
+void addInfo(const Syntax& program)
+{
+    Verb verb(program, "info", "Show what recordings are, of a directory as a table", overview);
+    OverviewOptions& options = verb.options();
+    verb.describe("FILE", "Recordings, files or archive addresses, or directories");
+    verb.flag("--levels", options.levels, "The lowest and highest measured levels as well");
+    verb.flag("--table", options.table, "One line a recording, as of a directory; the options below ask for it, too");
+    verb.flag("-r,--recursive", options.recursive, "Also what lies in directories of directories");
+    verb.flag("--verify", options.verify, "Check every recording, as the verb verify does");
+    verb.text("--device", options.device, "Only where the device's name or type holds this text").as("TEXT").notEmpty();
+    verb.text("--since", options.since,
+              std::string("Only what was recorded at this moment or later. MOMENT: ") + MomentForms)
+        .as("MOMENT")
+        .notEmpty();
+    verb.text("--until", options.until, "Only what was recorded at this moment or earlier").as("MOMENT").notEmpty();
+    verb.text("--covers", options.covers, "Only where spectra or bearings reach over this frequency")
+        .as("FREQUENCY")
+        .notEmpty();
+    verb.text("--sort", options.sort, "By this column (default: start)")
+        .oneOf({"start", "length", "device", "records", "spectra", "size", "file"});
+    verb.flag("--reverse", options.reverse, "The last one first");
+    verb.json();
+    verb.paged();
+    verb.examples({"info recording.rec", "info recording.rec --levels", "info --json *.rec", "info .",
+                   "info . --covers 433.5M --since 7d --sort length --reverse",
+                   "info -r . --device \"RX 1\" --until \"2026-11-21 UTC\" --verify"});
 }
 
 }  // namespace RecTool

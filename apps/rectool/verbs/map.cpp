@@ -5,17 +5,18 @@
 #include <optional>
 #include <vector>
 
+#include <terminaltext/quantity.h>
+
+#include "commandline/verb.h"
 #include "commands.h"
-#include "printing/json.h"
-#include "replay/bearingreplay.h"
-#include "replay/measuredtime.h"
-#if defined(RECTOOL_HAS_GEO)
 #include "map/mapgeojson.h"
-#endif
+#include "printing/json.h"
 #include "printing/output.h"
 #include "printing/progress.h"
 #include "printing/table.h"
 #include "printing/text.h"
+#include "replay/bearingreplay.h"
+#include "replay/measuredtime.h"
 #include "replay/recordedvalues.h"
 #include "replay/recordingtime.h"
 #include "replay/typenames.h"
@@ -164,6 +165,52 @@ ExitCode map(const MapOptions& options)
     complain(options.file, findings);
     return finish(
         withPassedOver(options.file, DirectionFindingKeyword, "bearings", replay.passedOver(), soundness(findings)));
+}
+
+namespace {
+
+std::optional<double> inKilometres(const std::string& text)
+{
+    return TerminalText::parseInUnits(text, {{"", 1}, {"km", 1}, {"m", 1e-3}});
+}
+
+void addGeoJsonOptions(Verb<MapOptions>& verb, const Option& json)
+{
+    MapOptions& options = verb.options();
+    const Option geoJson = verb.flag("--geojson", options.geoJson,
+                                     "Print every bearing of the span as a line on the earth, and fixes, as GeoJSON")
+                               .excludes(json);
+    verb.output("FILE", "With --geojson: write to this file").needs(geoJson);
+    verb.number("--length", options.lengthKm,
+                "With --geojson: how long the lines are, in kilometres or as 500m (default: beyond the fixes, or 10)")
+        .as("KM")
+        .withUnit(inKilometres, "a length such as 5, 5km or 500m", 0.001, 20'000, "1m to 20000km")
+        .needs(geoJson);
+    verb.number("--sigma", options.sigmaDeg, "With --geojson: standard deviation of a bearing in degrees")
+        .as("DEG")
+        .inUnit({"deg", "°"}, 0.001, 45)
+        .showDefault()
+        .needs(geoJson);
+    verb.number("--window", options.windowSeconds,
+                "With --geojson: bearings of one fix come within this time, such as 30s, 10min, 2h (default: 10min)")
+        .as("DURATION")
+        .inSeconds(0.001, 1e9)
+        .needs(geoJson);
+}
+
+}  // namespace
+
+void addMap(const Syntax& program)
+{
+    Verb verb(program, "map", "Show the bearing of every channel", map);
+    verb.span("Only channels whose bearing changed since this time",
+              "The bearings as they are at this time, instead of at the end");
+    const Option json = verb.json();
+    addGeoJsonOptions(verb, json);
+    verb.paged();
+    verb.examples({"map recording.rec", "map recording.rec --from bookmark:alarm --to bookmark:alarm+5000 --json",
+                   "map recording.rec --geojson -o bearings.geojson",
+                   "map recording.rec --geojson --sigma 1.5 --window 30s --length 5 --from 60000"});
 }
 
 }  // namespace RecTool

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "commandline/verb.h"
 #include "commands.h"
 #include "making/mergeplan.h"
 #include "making/merger.h"
@@ -360,6 +361,15 @@ ExitCode merge(const MergeOptions& options)
     const ExitCode result = mergeInputs(options, inputs, output);
     const ExitCode soundnessOfInputs = complainAll(inputs);
     return finish(result == ExitCode::Fine ? soundnessOfInputs : result);
+}
+
+void addMerge(const Syntax& program)
+{
+    Verb verb(program, "merge", "Make one recording of several, by clock time", merge);
+    verb.newRecording();
+    verb.flag("--separate", verb.options().separate,
+              "Keep values apart that several files recorded at the same time, instead of refusing them");
+    verb.examples({"merge first.rec second.rec -o whole.rec", "merge receiver.rec df.rec -o station.rec --separate"});
 }
 
 }  // namespace RecTool

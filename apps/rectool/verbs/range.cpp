@@ -7,6 +7,7 @@
 
 #include <values/recordingtext.h>
 
+#include "commandline/verb.h"
 #include "commands.h"
 #include "making/filechange.h"
 #include "printing/json.h"
@@ -260,6 +261,23 @@ ExitCode rebuildRanges(const RangeRebuildOptions& options)
     }
     const std::optional<std::set<std::int32_t>> types = wantedTypes(options, TypeNames(change.summary().types));
     return types ? storeRanges(change, timesOf(found, *types)) : ExitCode::Usage;
+}
+
+void addRangeVerbs(const Syntax& program)
+{
+    Syntax range(program, "range", "List, clear and rebuild the table of channel ranges");
+    range.needsVerb();
+    Verb list(range, "list", "Show the records that the table names", listRanges);
+    list.json();
+    list.examples({"range list recording.rec"});
+    Verb clearing(range, "clear", "Empty the table", clearRanges);
+    clearing.yes();
+    clearing.examples({"range clear recording.rec"});
+    Verb rebuilding(range, "rebuild", "Enter every record that carries a channel range", rebuildRanges);
+    rebuilding.types("Records of this keyword or type number, instead of DFSPECTRUM; may be given several times");
+    rebuilding.yes();
+    rebuilding.examples(
+        {"range rebuild recording.rec", "range rebuild recording.rec --type DFSPECTRUM --type RFSPECTRUM --yes"});
 }
 
 }  // namespace RecTool

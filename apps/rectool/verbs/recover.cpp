@@ -4,6 +4,7 @@
 
 #include <recording2/inspection/rescue/recovery.h>
 
+#include "commandline/verb.h"
 #include "commands.h"
 #include "printing/json.h"
 #include "printing/output.h"
@@ -105,6 +106,17 @@ ExitCode recover(const RecoverOptions& options)
     }
     (options.json ? printRecoveryAsJson : printRecoverySummary)(options, output, recovery);
     return finish(recovery.outcome == RecoveryOutcome::Whole ? ExitCode::Fine : ExitCode::Damaged);
+}
+
+void addRecover(const Syntax& program)
+{
+    Verb verb(program, "recover", "Close a recording that a crash, a power cut or a full disk left open", recover);
+    verb.output("FILE", "The new recording (default: NAME.rec beside NAME.tmp, or NAME_recovered.rec)");
+    verb.period();
+    verb.json("Print a summary as JSON");
+    verb.examples({"recover receiver.tmp", "recover receiver.tmp -o saved.rec --period 20ms --json"},
+                  "Reads NAME.tmp.journal too. Neither file is changed.\n"
+                  "Exit code 0: every record is there; 3: something was lost; 2: nothing could be saved.");
 }
 
 }  // namespace RecTool

@@ -12,6 +12,7 @@
 #include <recording2/inspection/verify/verification.h>
 #include <values/recordingtext.h>
 
+#include "commandline/verb.h"
 #include "commands.h"
 #include "making/newrecording.h"
 #include "printing/json.h"
@@ -293,6 +294,15 @@ ExitCode repair(const RepairOptions& options)
     }
     (options.json ? printRepairAsJson : printRepairSummary)(options, repair, sound, output.result());
     return finish(repair.isWhole() ? ExitCode::Fine : ExitCode::Damaged);
+}
+
+void addRepair(const Syntax& program)
+{
+    Verb verb(program, "repair", "Store what is whole of a damaged recording as a recording", repair);
+    verb.newRecording();
+    verb.period();
+    verb.examples({"repair damaged.rec -o repaired.rec", "repair cut.rec -o repaired.rec --period 20ms --json"},
+                  "Exit code 0: nothing was lost; 3: something was lost; 2: nothing could be saved.");
 }
 
 }  // namespace RecTool

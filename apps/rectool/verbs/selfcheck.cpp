@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include "commandline/verb.h"
 #include "commands.h"
 #include "printing/json.h"
 #include "printing/output.h"
@@ -141,6 +142,21 @@ ExitCode selfCheck(const SelfCheckOptions& options)
         std::cerr << "rectool: " << folder.path().toStdString() << " is kept.\n";
     }
     return finish(result.held() ? ExitCode::Fine : ExitCode::Damaged);
+}
+
+void addSelfCheck(const Syntax& program)
+{
+    Verb verb(program, "selfcheck", "Record on a disk, let go wrong what can, and see what is lost", selfCheck);
+    SelfCheckOptions& options = verb.options();
+    constexpr double MostRuns = 100'000;
+    verb.number("--runs", options.runs, "How many recordings to kill").showDefault().wholeNumber(1, MostRuns);
+    verb.flag("--keep", options.keep, "Keep the folder, with what is left of runs that went wrong");
+    verb.json();
+    verb.flag("--child", options.child, "").hidden();  // how it starts itself
+    verb.number("--limit", options.limitBytes, "").hidden();
+    verb.examples({"selfcheck /var/lib/recordings", "selfcheck . --runs 300 --json"},
+                  "Works in a folder of its own, which is removed at the end, and takes about 100 MB meanwhile.\n"
+                  "Exit code 0: every promise was held; 3: one was not; 2: it could not be tried.");
 }
 
 }  // namespace RecTool

@@ -1,6 +1,7 @@
 // The verb "state": the value of everything recorded at a moment.
 #include <iostream>
 
+#include "commandline/verb.h"
 #include "commands.h"
 #include "printing/json.h"
 #include "printing/output.h"
@@ -72,6 +73,15 @@ ExitCode state(const StateOptions& options)
     findings.insert(findings.end(), inRecords.begin(), inRecords.end());
     complain(options.file, findings);
     return finish(soundness(findings));
+}
+
+void addState(const Syntax& program)
+{
+    Verb verb(program, "state", "Show the value of everything recorded at a moment", state);
+    verb.time("--at", verb.options().at, std::string("TIME: ") + TimeForms).required();
+    verb.json();
+    verb.paged();
+    verb.examples({"state recording.rec --at 61500", "state recording.rec --at \"2023-11-14 22:13:21 UTC\" --json"});
 }
 
 }  // namespace RecTool

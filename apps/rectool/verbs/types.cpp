@@ -3,6 +3,7 @@
 
 #include <values/valuebase.h>
 
+#include "commandline/verb.h"
 #include "commands.h"
 #include "printing/json.h"
 #include "printing/output.h"
@@ -71,6 +72,14 @@ ExitCode types(const TypesOptions& options)
     }
     complain(options.file, summary.findings);
     return finish(soundness(summary.findings));
+}
+
+void addTypes(const Syntax& program)
+{
+    Verb verb(program, "types", "Show what can be recorded: numbers, keywords, kinds and value paths", types);
+    verb.json();
+    verb.paged();
+    verb.examples({"types recording.rec"});
 }
 
 }  // namespace RecTool

@@ -3,6 +3,7 @@
 
 #include <recording2/inspection/verify/verification.h>
 
+#include "commandline/verb.h"
 #include "commands.h"
 #include "printing/json.h"
 #include "printing/output.h"
@@ -92,6 +93,15 @@ ExitCode verify(const VerifyOptions& options)
         std::cout << dump({{"files", std::move(files)}}, 2) << '\n';
     }
     return finish(result);
+}
+
+void addVerify(const Syntax& program)
+{
+    Verb verb(program, "verify", "Check everything in recordings that can be checked", verify);
+    verb.json();
+    verb.paged();
+    verb.examples({"verify recording.rec", "verify --json *.rec"},
+                  "Exit code 0: sound, there may be notes; 3: damaged; 2: a file cannot be read.");
 }
 
 }  // namespace RecTool
