@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <span>
 
 #include "error.h"
 #include "names.h"
@@ -91,5 +92,9 @@ private:
     char* m_data = nullptr;
     std::size_t m_bytes = 0;
 };
+
+/// Says that all of this memory, which nothing stands in yet, will be used: a system that knows large pages then gives
+/// some of them at once. Only faster, never an error.
+void expectUse(std::span<std::byte> memory);
 
 }  // namespace System

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <memory>
 
 #include "calls_posix.h"
 
@@ -257,6 +258,18 @@ Error Mapping::map(const NativeFile& file, std::size_t bytes)
 Error Mapping::sync()
 {
     return resultOf(::msync(m_data, m_bytes, MS_SYNC));
+}
+
+void expectUse([[maybe_unused]] std::span<std::byte> memory)
+{
+#if defined(MADV_HUGEPAGE)
+    const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    void* begin = memory.data();
+    std::size_t size = memory.size();
+    if (std::align(page, page, begin, size) != nullptr) {
+        static_cast<void>(::madvise(begin, size - size % page, MADV_HUGEPAGE));
+    }
+#endif
 }
 
 }  // namespace System

@@ -244,4 +244,8 @@ void Mapping::unmap()
     }
 }
 
+void expectUse(std::span<std::byte> /*memory*/)
+{
+}
+
 }  // namespace System

@@ -39,6 +39,16 @@ private:
     std::unordered_set<std::int32_t> m_numbers;
 };
 
+// How many entries a sound table that ends there may have. Its positions are about as wide as that of the last record.
+std::size_t mostTimeEntries(const Format::Positions& positions, std::int64_t end)
+{
+    constexpr std::int64_t ShortestRecord = 5;
+    const auto narrow = static_cast<std::int64_t>(Format::TimeBytes + std::to_string(positions.timeTable).size() - 1);
+    const std::int64_t records = (std::int64_t{positions.timeTable} - positions.firstRecord) / ShortestRecord;
+    const std::int64_t entries = (end - positions.timeTable) / narrow;
+    return static_cast<std::size_t>(std::max<std::int64_t>(0, std::min(records, entries)));
+}
+
 }  // namespace
 
 Format::HeaderStatus CFileAccess::Private::readHeader(CHeaderData& header)
@@ -126,12 +136,13 @@ void CFileAccess::ReadTimeTable()
     cursor.seek(d->positions.timeTable);
     const std::int64_t bound =
         d->positions.channelRangeTable == 0 ? Format::LastPosition : d->positions.channelRangeTable;
-    // At the end of the file the last round reads nothing new and offers its pair again, which changes nothing.
-    Format::TimeEntryRecord entry;
-    while (!cursor.atEnd() && cursor.position() < bound) {
-        Format::readTimeEntry(cursor, entry);
-        d->shared->index->add(entry.milliseconds, entry.position);
+    for (const auto memory :
+         d->shared->index->reserve(mostTimeEntries(d->positions, std::min(bound, input->file.size())))) {
+        System::expectUse(memory);
     }
+    Format::readTimeEntries(cursor, bound, [&index = *d->shared->index](std::uint64_t time, std::int32_t position) {
+        index.add(time, position);
+    });
     cursor.seek(d->positions.firstRecord);
 }
 
@@ -140,9 +151,8 @@ std::int32_t CFileAccess::Private::readRecord(OpenInput& input, CVTCmdData& reco
     Format::RecordHead head;
     Format::readRecordHead(input.cursor, head);
     if (head.dataLength > 0) {
-        input.cursor.readBytes(shared->buffer, head.dataLength);
         record.set_cmd(head.code);
-        record.set_str(shared->buffer.c_str(), static_cast<std::int32_t>(shared->buffer.size()));
+        input.cursor.readBytes(record.m_data, head.dataLength);
     }
     return head.dataLength;
 }

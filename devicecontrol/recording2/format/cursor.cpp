@@ -2,12 +2,16 @@
 #include "cursor.h"
 
 #include <algorithm>
+#include <cstring>
 #include <locale>
 #include <sstream>
 
 namespace Recording2::Format {
 
 namespace {
+
+constexpr std::size_t FirstLoad = std::size_t{8} * 1024;  // after a jump
+constexpr std::size_t MostBack = std::size_t{64} * 1024;  // loaded around a step back
 
 bool isDigit(int byte)
 {
@@ -21,16 +25,34 @@ bool isWhiteSpace(int byte)
 
 }  // namespace
 
-Cursor::Cursor(ByteSource& source, std::size_t bufferBytes) : m_source(source), m_buffer(bufferBytes)
+Cursor::Cursor(ByteSource& source, std::size_t bufferBytes)
+    : m_source(source),
+      m_pages((bufferBytes + sizeof(Page) - 1) / sizeof(Page)),
+      m_bytes(m_pages.data()->bytes),
+      m_capacity(bufferBytes),
+      m_nextLoad(std::min(FirstLoad, bufferBytes))
 {
+}
+
+void Cursor::load(std::int64_t begin, std::size_t size)
+{
+    m_bufferStart = begin;
+    m_limit = m_source.readAt(begin, m_bytes, size);
 }
 
 bool Cursor::fill()
 {
-    m_bufferStart = position();
-    m_next = 0;
-    m_limit = m_source.readAt(m_bufferStart, m_buffer.data(), m_buffer.size());
-    return m_limit > 0;
+    const std::int64_t here = position();
+    const bool byPages = m_capacity >= 2 * sizeof(Page);
+    const auto intoPage = static_cast<std::size_t>(byPages ? here % std::int64_t{sizeof(Page)} : 0);
+    load(here - static_cast<std::int64_t>(intoPage), m_nextLoad);
+    if (m_limit <= intoPage) {
+        forget(here);
+        return false;
+    }
+    m_next = intoPage;
+    m_nextLoad = std::min(2 * m_nextLoad, m_capacity);
+    return true;
 }
 
 void Cursor::seek(std::int64_t position)
@@ -44,18 +66,23 @@ void Cursor::seek(std::int64_t position)
         m_next = static_cast<std::size_t>(offset);
         return;
     }
-    if (offset < 0) {  // stepping back goes on stepping back: load what lies in front as well
-        const auto half = static_cast<std::int64_t>(m_buffer.size() / 2);
-        m_bufferStart = std::max<std::int64_t>(0, position - half);
-        m_limit = m_source.readAt(m_bufferStart, m_buffer.data(), m_buffer.size());
+    const auto back = static_cast<std::int64_t>(std::min(m_capacity, MostBack) / 2);
+    if (offset < 0 && offset >= -back) {  // stepping back goes on stepping back: load what lies in front as well
+        load(std::max<std::int64_t>(0, position - back), static_cast<std::size_t>(2 * back));
         m_next = static_cast<std::size_t>(position - m_bufferStart);
         if (m_next <= m_limit) {
             return;
         }
     }
+    forget(position);
+}
+
+void Cursor::forget(std::int64_t position)
+{
     m_bufferStart = position;
     m_next = 0;
     m_limit = 0;
+    m_nextLoad = std::min(FirstLoad, m_capacity);
 }
 
 std::int64_t Cursor::remaining()
@@ -65,9 +92,7 @@ std::int64_t Cursor::remaining()
 
 void Cursor::invalidate()
 {
-    m_bufferStart = position();
-    m_next = 0;
-    m_limit = 0;
+    forget(position());
 }
 
 void Cursor::skipWhiteSpace()
@@ -194,18 +219,28 @@ FieldStatus Cursor::readTimeAtEdge(std::uint64_t& target)
 
 FieldStatus Cursor::readBytes(std::string& target, std::int64_t length)
 {
-    target.clear();
-    if (!m_end && static_cast<std::int64_t>(m_limit - m_next) < length) {
-        target.reserve(static_cast<std::size_t>(std::min(length, remaining())));
+    if (m_end) {
+        target.clear();
+        return FieldStatus::EndOfFile;
     }
-    while (!m_end && length > 0) {
-        m_end = peek() < 0;
-        const auto part = std::min<std::int64_t>(length, static_cast<std::int64_t>(m_limit - m_next));
-        target.append(m_buffer.data() + m_next, static_cast<std::size_t>(part));
-        m_next += static_cast<std::size_t>(part);
-        length -= part;
+    if (length <= static_cast<std::int64_t>(m_limit - m_next)) {
+        target.assign(m_bytes + m_next, static_cast<std::size_t>(length));
+        m_next += static_cast<std::size_t>(length);
+        return FieldStatus::Ok;
     }
-    return length == 0 ? FieldStatus::Ok : FieldStatus::EndOfFile;
+    // What the buffer could hold needs no look at how much there is.
+    const bool plausible = length <= static_cast<std::int64_t>(m_capacity);
+    target.resize(static_cast<std::size_t>(plausible ? length : std::min(length, remaining())));
+    std::size_t count = 0;
+    do {
+        const std::size_t part = std::min(target.size() - count, m_limit - m_next);
+        std::memcpy(target.data() + count, m_bytes + m_next, part);
+        m_next += part;
+        count += part;
+    } while (count < target.size() && fill());
+    target.resize(count);
+    m_end = static_cast<std::int64_t>(count) < length;
+    return m_end ? FieldStatus::EndOfFile : FieldStatus::Ok;
 }
 
 }  // namespace Recording2::Format

@@ -1,9 +1,12 @@
 // Reading the elementary fields of a recording through a bounded, buffered cursor.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -23,10 +26,55 @@ enum class FieldStatus : std::uint8_t {
 [[nodiscard]] inline std::uint64_t InInt64(const char* bytes)
 {
     std::uint64_t value = 0;
-    for (int i = 7; i >= 0; --i) {
-        value = value << 8U | static_cast<unsigned char>(bytes[i]);
+    if constexpr (std::endian::native == std::endian::little) {
+        std::memcpy(&value, bytes, sizeof value);
+    } else {
+        for (int i = 7; i >= 0; --i) {
+            value = value << 8U | static_cast<unsigned char>(bytes[i]);
+        }
     }
     return value;
+}
+
+/// What nearly all numbers are: up to nine digits, and then something else.
+struct ShortNumber {
+    static constexpr std::size_t LookedAt = 10;  ///< bytes that must be there
+
+    explicit ShortNumber(const char* text);
+
+    std::uint32_t digits = 0;  ///< how many; 0 for what is no such number
+    std::uint32_t value = 0;
+};
+
+// Eight digits at once, as one number of eight bytes.
+inline ShortNumber::ShortNumber(const char* text)
+{
+    constexpr std::uint64_t Zeros = 0x3030303030303030U;
+    constexpr std::uint64_t ToHighBit = 0x7676767676767676U;  // lifts all but 0 to 9 there
+    constexpr std::uint64_t HighBits = 0x8080808080808080U;
+    const auto valueOf = [](std::uint64_t eight) {
+        constexpr std::uint64_t EveryFourth = 0x000000FF000000FFU;
+        constexpr std::uint64_t FirstAndThird = (std::uint64_t{1'000'000} << 32U) + 100U;
+        constexpr std::uint64_t SecondAndFourth = (std::uint64_t{10'000} << 32U) + 1U;
+        eight = eight * 10 + (eight >> 8U);  // pairs, in every second byte
+        eight = (eight & EveryFourth) * FirstAndThird + ((eight >> 16U) & EveryFourth) * SecondAndFourth;
+        return static_cast<std::uint32_t>(eight >> 32U);
+    };
+    const std::uint64_t eight = InInt64(text) ^ Zeros;
+    const std::uint64_t others = ((eight + ToHighBit) | eight) & HighBits;  // right up to the first of them
+    if (others != 0) {
+        digits = static_cast<std::uint32_t>(std::countr_zero(others)) / 8U;
+        value = digits == 0 ? 0 : valueOf(eight << 8U * (8U - digits));  // as if zeros stood in front
+        return;
+    }
+    value = valueOf(eight);
+    const auto digitAt = [&](std::size_t i) { return static_cast<unsigned char>(text[i] - '0'); };
+    if (digitAt(8) > 9) {
+        digits = 8;
+    } else if (digitAt(9) > 9) {
+        digits = 9;
+        value = value * 10 + digitAt(8);
+    }
 }
 
 /// A position in a byte source, read field by field.
@@ -38,7 +86,7 @@ enum class FieldStatus : std::uint8_t {
 class Cursor {
 public:
     /// @param source must outlive the cursor
-    explicit Cursor(ByteSource& source, std::size_t bufferBytes = std::size_t{64} * 1024);
+    explicit Cursor(ByteSource& source, std::size_t bufferBytes = std::size_t{128} * 1024);
 
     [[nodiscard]] std::int64_t position() const { return m_bufferStart + static_cast<std::int64_t>(m_next); }
     /// Goes to a position and clears the end mark. A negative position leaves the cursor where it is.
@@ -63,10 +111,13 @@ public:
         if (m_end || m_limit - m_next <= Size) {
             return readTimeAtEdge(target);
         }
-        target = InInt64(m_buffer.data() + m_next);
+        target = InInt64(m_bytes + m_next);
         m_next += Size + 1;
         return FieldStatus::Ok;
     }
+    /// What is here in memory; nothing behind the end mark. skip goes on behind some of it.
+    [[nodiscard]] std::span<const char> buffered() const { return {m_bytes + m_next, m_end ? 0 : m_limit - m_next}; }
+    void skip(std::size_t bytes) { m_next += bytes; }
     /// Reads length bytes; no separator follows. With fewer bytes left it takes those that are there and sets the end
     /// mark, so memory is bounded by the source. @param length must be above 0
     FieldStatus readBytes(std::string& target, std::int64_t length);
@@ -75,11 +126,13 @@ private:
     template <typename Integer>
     FieldStatus readInteger(Integer& target);
     template <typename Integer>
-    bool readBufferedDigits(Integer& target);
+    bool readShortNumber(Integer& target);
     FieldStatus readTimeAtEdge(std::uint64_t& target);  // of the buffer or of the file
     FieldStatus extractInteger(std::int64_t low, std::int64_t high, std::int64_t& value);
     FieldStatus extractMagnitude(std::uint64_t limit, std::uint64_t& magnitude);
     void collectFloat(std::string& text);
+    void forget(std::int64_t position);
+    void load(std::int64_t begin, std::size_t size);
 
     bool fill();            // loads the buffer at the position; false at the end
     int peek();             // the byte here, -1 at the end
@@ -87,7 +140,15 @@ private:
     void skipSeparator();   // one byte, and the end mark anew
 
     ByteSource& m_source;
-    std::vector<char> m_buffer;
+    struct alignas(4096) Page {
+        char bytes[4096];
+    };
+    // Pages of the file go to pages of memory: some processors copy much slower where the places in them differ by a
+    // few bytes.
+    std::vector<Page> m_pages;
+    char* m_bytes;            // of the pages: the buffer
+    std::size_t m_capacity;   // of it
+    std::size_t m_nextLoad;   // as much at once: little after a jump, more with every further one
     std::size_t m_next = 0;   // within the buffer
     std::size_t m_limit = 0;  // bytes in the buffer
     std::int64_t m_bufferStart = 0;
@@ -100,7 +161,7 @@ inline int Cursor::peek()
     if (m_next == m_limit && !fill()) {
         return -1;
     }
-    return static_cast<unsigned char>(m_buffer[m_next]);
+    return static_cast<unsigned char>(m_bytes[m_next]);
 }
 
 inline void Cursor::skipSeparator()
@@ -111,35 +172,26 @@ inline void Cursor::skipSeparator()
     }
 }
 
-// What nearly all numbers are: a few digits, and the separator in the buffer too. Nothing is read otherwise.
+// Nothing is read where the number is no short one, or its bytes are not all in the buffer.
 template <typename Integer>
-bool Cursor::readBufferedDigits(Integer& target)
+bool Cursor::readShortNumber(Integer& target)
 {
-    constexpr std::size_t MostDigits = 9;  // which 32 bits hold
-    if (m_end || m_limit - m_next <= MostDigits) {
+    if (m_end || m_limit - m_next < ShortNumber::LookedAt) {
         return false;
     }
-    const char* const digits = m_buffer.data() + m_next;
-    std::size_t count = 0;
-    std::uint32_t value = 0;
-    for (auto digit = static_cast<unsigned char>(digits[0] - '0'); digit <= 9 && count < MostDigits;
-         digit = static_cast<unsigned char>(digits[count] - '0')) {
-        value = value * 10 + digit;
-        ++count;
-    }
-    const bool ended = digits[count] < '0' || digits[count] > '9';
-    if (count == 0 || !ended || value > std::uint64_t{std::numeric_limits<Integer>::max()}) {
+    const ShortNumber number(m_bytes + m_next);
+    if (number.digits == 0 || number.value > std::uint64_t{std::numeric_limits<Integer>::max()}) {
         return false;
     }
-    target = static_cast<Integer>(value);
-    m_next += count + 1;
+    target = static_cast<Integer>(number.value);
+    m_next += number.digits + 1;
     return true;
 }
 
 template <typename Integer>
 FieldStatus Cursor::readInteger(Integer& target)
 {
-    if (readBufferedDigits(target)) {
+    if (readShortNumber(target)) {
         return FieldStatus::Ok;
     }
     std::int64_t value = 0;

@@ -1,6 +1,7 @@
 // The blocks of a recording file: header area, type table, records, time table, channel range table.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -102,6 +103,36 @@ inline void readTimeEntry(Cursor& cursor, TimeEntryRecord& target)
 {
     cursor.readTime(target.milliseconds);
     cursor.readNumber(target.position);
+}
+
+/// Reads the entries from here to a bound, which the last one may pass, or to the end of the file. There a last round
+/// reads nothing new and gives its pair again.
+/// @param take called with time and position of each
+template <typename Take>
+void readTimeEntries(Cursor& cursor, std::int64_t bound, Take take)
+{
+    constexpr std::size_t LookedAt = TimeBytes + ShortNumber::LookedAt;
+    TimeEntryRecord entry;
+    while (!cursor.atEnd() && cursor.position() < bound) {
+        // Nearly all entries lie whole in the buffer.
+        const std::span<const char> bytes = cursor.buffered();
+        const auto size = static_cast<std::size_t>(std::min(std::ssize(bytes), bound - cursor.position()));
+        std::size_t next = 0;
+        while (next + LookedAt <= size) {
+            const ShortNumber position(bytes.data() + next + TimeBytes);
+            if (position.digits == 0) {
+                break;
+            }
+            entry = {InInt64(bytes.data() + next), static_cast<std::int32_t>(position.value)};
+            take(entry.milliseconds, entry.position);
+            next += TimeBytes + position.digits + 1;
+        }
+        cursor.skip(next);
+        if (cursor.position() < bound) {
+            readTimeEntry(cursor, entry);
+            take(entry.milliseconds, entry.position);
+        }
+    }
 }
 
 }  // namespace Recording2::Format

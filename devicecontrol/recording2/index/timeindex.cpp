@@ -51,6 +51,17 @@ bool TimeIndex::takesOutOfOrder(std::uint64_t time, std::int32_t position)
     return true;
 }
 
+std::array<std::span<std::byte>, 2> TimeIndex::reserve(std::size_t pairs)
+{
+    m_times.reserve(pairs);
+    m_positions.reserve(pairs);
+    const auto unused = [](auto& values) {
+        const std::span all(values.data(), values.capacity());
+        return std::as_writable_bytes(all.subspan(values.size()));
+    };
+    return {unused(m_times), unused(m_positions)};
+}
+
 void TimeIndex::clear()
 {
     *this = TimeIndex();

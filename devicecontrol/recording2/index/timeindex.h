@@ -1,9 +1,11 @@
 // Where is time t? The pairs of a recording's time table, found by time and by position.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace Recording2::Index {
@@ -29,6 +31,8 @@ public:
         m_times.push_back(time);
         m_positions.push_back(position);
     }
+    /// Makes room for so many pairs: adding them moves none. @return the memory that they will take
+    std::array<std::span<std::byte>, 2> reserve(std::size_t pairs);
     void clear();
 
     [[nodiscard]] bool empty() const { return m_times.empty(); }

@@ -245,3 +245,36 @@ TEST(Cursor, ReadsTheSameWithABufferOfAnySize)
         }
     }
 }
+
+TEST(Cursor, ReadsTheSameAcrossPagesAndJumpsWithABufferOfAnySize)
+{
+    constexpr std::int64_t Size = 100'000;
+    const std::string alphabet = "0123456789##";
+    std::mt19937 random(23);  // NOLINT(cert-msc51-cpp): the same bytes in every run
+    std::string bytes(Size, '\0');
+    for (char& byte : bytes) {
+        byte = alphabet[random() % alphabet.size()];
+    }
+    Reader small(bytes, 61);
+    Reader pages(bytes, 16'384);
+    Reader whole(bytes, 131'072);
+    for (int round = 0; round < 20'000; ++round) {
+        const bool jump = random() % 50 == 0;
+        const auto position = jump ? static_cast<std::int64_t>(random() % (Size + 10)) : small.cursor.position();
+        const std::int64_t length = 1 + static_cast<std::int64_t>(random() % (round % 100 == 0 ? 30'000 : 30));
+        std::string read[3];
+        std::int32_t number[3] = {7, 7, 7};
+        std::size_t which = 0;
+        for (Reader* reader : {&small, &pages, &whole}) {
+            reader->cursor.seek(position);
+            reader->cursor.readNumber(number[which]);
+            reader->cursor.readBytes(read[which++], length);
+            ASSERT_EQ(reader->cursor.position(), small.cursor.position()) << position;
+            ASSERT_EQ(reader->cursor.atEnd(), small.cursor.atEnd()) << position;
+        }
+        ASSERT_EQ(read[0],
+                  bytes.substr(static_cast<std::size_t>(small.cursor.position()) - read[0].size(), read[0].size()));
+        ASSERT_TRUE(read[1] == read[0] && read[2] == read[0]) << position;
+        ASSERT_TRUE(number[1] == number[0] && number[2] == number[0]) << position;
+    }
+}
