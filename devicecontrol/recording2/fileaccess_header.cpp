@@ -15,11 +15,11 @@ CTimeStamp stampOf(std::uint64_t milliseconds)
 Format::HeaderRecord toRecord(const CHeaderData& header, const Format::Positions& positions)
 {
     Format::HeaderRecord record;
-    record.major = header.majorversion();
-    record.minor = header.minorversion();
-    record.startFrequency = header.startFreq();
-    record.stopFrequency = header.stopFreq();
-    record.stepWidth = header.stepWidth();
+    record.majorVersion = header.majorversion();
+    record.minorVersion = header.minorversion();
+    record.startFrequencyHz = header.startFreq();
+    record.stopFrequencyHz = header.stopFreq();
+    record.stepWidthHz = header.stepWidth();
     record.minLevel = header.minLevel();
     record.maxLevel = header.maxLevel();
     record.startMs = header.startTS().getMilliSecs();
@@ -34,10 +34,10 @@ Format::HeaderRecord toRecord(const CHeaderData& header, const Format::Positions
 
 void fromRecord(Format::HeaderRecord& record, CHeaderData& header)
 {
-    header.set_version(record.major, record.minor);
-    header.set_startFreq(record.startFrequency);
-    header.set_stopFreq(record.stopFrequency);
-    header.set_stepWidth(record.stepWidth);
+    header.set_version(record.majorVersion, record.minorVersion);
+    header.set_startFreq(record.startFrequencyHz);
+    header.set_stopFreq(record.stopFrequencyHz);
+    header.set_stepWidth(record.stepWidthHz);
     header.set_minLevel(record.minLevel);
     header.set_maxLevel(record.maxLevel);
     header.set_startTS(stampOf(record.startMs));

@@ -57,8 +57,8 @@ Format::HeaderStatus CFileAccess::Private::readHeader(CHeaderData& header)
     const std::int64_t back = cursor.position();
     cursor.seek(0);
     Format::HeaderRecord record = toRecord(header, positions);
-    record.major = 0;  // a version that cannot be read is none, whatever the object held
-    record.minor = 0;
+    record.majorVersion = 0;  // a version that cannot be read is none, whatever the object held
+    record.minorVersion = 0;
     const Format::HeaderStatus status = Format::readHeader(cursor, record);
     if (status == Format::HeaderStatus::Ok) {
         fromRecord(record, header);

@@ -386,10 +386,10 @@ TEST(GoldenFiles, InspectionReadsHeaderAndTables)
     EXPECT_EQ(full.header.startMs, 1'700'000'000'123U);
     EXPECT_EQ(full.header.jobId, "A1B2");
     EXPECT_EQ(full.header.deviceName, std::string("Empf\xe4nger S\xfc") + "d");
-    EXPECT_EQ(full.header.endPosition, 107);
-    EXPECT_EQ(full.header.typeTablePosition, 500);
-    EXPECT_EQ(full.header.firstRecordPosition, 695);
-    EXPECT_EQ(full.header.timeTablePosition, 1030);
+    EXPECT_EQ(full.ends.header, 107);
+    EXPECT_EQ(full.header.positions.typeTable, 500);
+    EXPECT_EQ(full.header.positions.firstRecord, 695);
+    EXPECT_EQ(full.header.positions.timeTable, 1030);
     EXPECT_TRUE(full.header.automatic);
     ASSERT_EQ(full.times.size(), 8U);
     EXPECT_EQ(full.times.back().timeMs, Late + 1000);

@@ -47,7 +47,7 @@ TEST_F(RecordReaderTest, GivesOneRecordAfterTheOtherAndThenNoMore)
     ASSERT_TRUE(reader.next(record));
     EXPECT_EQ(record.data, "one");
     EXPECT_EQ(record.timeMs, 10U);
-    EXPECT_EQ(record.position, summary.header.firstRecordPosition);
+    EXPECT_EQ(record.position, summary.header.positions.firstRecord);
     EXPECT_EQ(reader.bytesRead(), 7);
     ASSERT_TRUE(reader.next(record));
     ASSERT_TRUE(reader.next(record));

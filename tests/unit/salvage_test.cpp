@@ -123,7 +123,7 @@ TEST_F(SalvageTest, BehindADamagedTextThePositionsAreFoundFromTheEnd)
 TEST_F(SalvageTest, WithoutAnyPositionTheBlocksAreFoundByWhatTheyHold)
 {
     std::string bytes = sound();
-    const auto end = static_cast<std::size_t>(inspect(store(bytes)).header.endPosition);
+    const auto end = static_cast<std::size_t>(inspect(store(bytes)).ends.header);
     const std::size_t positions = bytes.find("500#");
     bytes.replace(positions, end - positions, std::string(end - positions, '?'));
     const Salvage found = salvageOf(bytes);
@@ -135,7 +135,7 @@ TEST_F(SalvageTest, WithoutAnyPositionTheBlocksAreFoundByWhatTheyHold)
 TEST_F(SalvageTest, AWrongPositionOfTheTimeTableIsPutRight)
 {
     std::string bytes = sound();
-    const auto position = std::to_string(inspect(store(bytes)).header.timeTablePosition);
+    const auto position = std::to_string(inspect(store(bytes)).header.positions.timeTable);
     bytes = with(bytes, "#" + position + "#", "#577#");
     ASSERT_NE(position, "577");
     const Salvage found = salvageOf(bytes);

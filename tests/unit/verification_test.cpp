@@ -81,11 +81,11 @@ std::string withHeader(const std::string& bytes, const std::string& header)
 HeaderFields headerOf(const Summary& summary)
 {
     HeaderFields header;
-    header.typeTable = summary.header.typeTablePosition;
-    header.firstRecord = summary.header.firstRecordPosition;
-    header.timeTable = summary.header.timeTablePosition;
-    header.channelRangeTable = summary.header.channelRangeTablePosition;
-    header.bookmarkTable = summary.header.bookmarkTablePosition;
+    header.typeTable = summary.header.positions.typeTable;
+    header.firstRecord = summary.header.positions.firstRecord;
+    header.timeTable = summary.header.positions.timeTable;
+    header.channelRangeTable = summary.header.positions.channelRangeTable;
+    header.bookmarkTable = summary.header.positions.bookmarkTable;
     return header;
 }
 
@@ -157,11 +157,10 @@ TEST_F(Verify, TheFillingOfTheHeaderAreaIsLookedAt)
 TEST_F(Verify, AHeaderThatTakesTheWholeAreaHasNoFilling)
 {
     HeaderFields header;
-    const auto length =
-        static_cast<std::size_t>(Recording2::Inspection::inspect(store(soundBytes())).header.endPosition);
+    const auto length = static_cast<std::size_t>(Recording2::Inspection::inspect(store(soundBytes())).ends.header);
     header.jobId = std::string(HeaderArea - length + 4 - 2, 'x');  // 4 as it is; its length takes two digits more
     const std::string bytes = recording().close(header);
-    ASSERT_EQ(Recording2::Inspection::inspect(store(bytes)).header.endPosition, 500);
+    ASSERT_EQ(Recording2::Inspection::inspect(store(bytes)).ends.header, 500);
     EXPECT_THAT(verify(bytes), IsEmpty());
 }
 
@@ -288,8 +287,8 @@ Structure structureOf(const std::string& path)
     const Summary summary = Recording2::Inspection::inspect(path);
     const auto& h = summary.header;
     Structure structure;
-    structure.positions = {h.typeTablePosition, h.firstRecordPosition, h.timeTablePosition, h.channelRangeTablePosition,
-                           h.bookmarkTablePosition};
+    structure.positions = {h.positions.typeTable, h.positions.firstRecord, h.positions.timeTable,
+                           h.positions.channelRangeTable, h.positions.bookmarkTable};
     structure.types = summary.types.size();
     Recording2::Inspection::walkRecords(path, summary, [&](const Record& record) {
         const bool named = std::any_of(summary.times.begin(), summary.times.end(),

@@ -20,8 +20,8 @@ namespace {
 bool sameRecording(const Inspection::Summary& a, const Inspection::Summary& b)
 {
     return a.header.startMs == b.header.startMs && a.header.stopMs == b.header.stopMs &&
-           a.header.firstRecordPosition == b.header.firstRecordPosition &&
-           a.header.timeTablePosition == b.header.timeTablePosition && sameTable(a.types, b.types) &&
+           a.header.positions.firstRecord == b.header.positions.firstRecord &&
+           a.header.positions.timeTable == b.header.positions.timeTable && sameTable(a.types, b.types) &&
            sameTable(a.times, b.times);
 }
 
@@ -134,7 +134,7 @@ ExitCode FileChange::apply(const std::function<ExitCode(Recording2::CFileAccess&
 bool FileChange::rangesBehindBookmarks(const Inspection::Summary& summary)
 {
     const Inspection::Header& header = summary.header;
-    return header.bookmarkTablePosition != 0 && header.channelRangeTablePosition > header.bookmarkTablePosition;
+    return header.positions.bookmarkTable != 0 && header.positions.channelRangeTable > header.positions.bookmarkTable;
 }
 
 }  // namespace RecTool

@@ -265,11 +265,11 @@ std::vector<Block> blocks(const Report& report)
 {
     const Inspection::Summary& s = report.summary;
     const Inspection::Header& h = s.header;
-    return {{"Types", "types", h.typeTablePosition, s.types.size()},
-            {"Records", "records", h.firstRecordPosition, report.all.records},
-            {"Times", "times", h.timeTablePosition, s.times.size()},
-            {"Channel ranges", "channelRanges", h.channelRangeTablePosition, s.channelRangeTimes.size()},
-            {"Bookmarks", "bookmarks", h.bookmarkTablePosition, s.bookmarks.size()}};
+    return {{"Types", "types", h.positions.typeTable, s.types.size()},
+            {"Records", "records", h.positions.firstRecord, report.all.records},
+            {"Times", "times", h.positions.timeTable, s.times.size()},
+            {"Channel ranges", "channelRanges", h.positions.channelRangeTable, s.channelRangeTimes.size()},
+            {"Bookmarks", "bookmarks", h.positions.bookmarkTable, s.bookmarks.size()}};
 }
 
 void printBlocks(const Report& report)

@@ -86,12 +86,12 @@ constexpr std::int64_t EntryBytes = 9;  // a time and its separator
 bool fits(std::size_t count, const Inspection::Header& header)
 {
     constexpr std::int64_t TimeBytes = 8;
-    if (header.bookmarkTablePosition == 0) {
+    if (header.positions.bookmarkTable == 0) {
         return true;
     }
-    const std::int64_t room = header.channelRangeTablePosition == 0
+    const std::int64_t room = header.positions.channelRangeTable == 0
                                   ? 0
-                                  : std::int64_t{header.bookmarkTablePosition} - header.channelRangeTablePosition;
+                                  : std::int64_t{header.positions.bookmarkTable} - header.positions.channelRangeTable;
     const std::int64_t left = room - static_cast<std::int64_t>(count) * EntryBytes;
     return left == 0 || left >= TimeBytes;
 }
@@ -106,7 +106,7 @@ void clear(Recording2::CFileAccess& file)
 /// Clearing runs into the bookmarks by up to 7 bytes; the object still has them.
 void putBookmarksBack(Recording2::CFileAccess& file, const Inspection::Header& header)
 {
-    if (header.bookmarkTablePosition != 0) {
+    if (header.positions.bookmarkTable != 0) {
         file.writeBookmarks();
     }
 }

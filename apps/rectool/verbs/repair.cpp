@@ -256,7 +256,7 @@ void printRepairAsJson(const RepairOptions& options, const Repair& repair, bool 
 bool isHopeless(const Salvage& found)
 {
     const bool hadMore = !found.lostBytes.empty() || found.cutOff || !found.lostHeaderFields.empty() ||
-                         found.header.firstRecordPosition != 0;
+                         found.header.positions.firstRecord != 0;
     return found.records.empty() && hadMore;
 }
 

@@ -30,11 +30,11 @@ std::string headerArea()
 
 void appendHeader(std::string& out, const HeaderRecord& header)
 {
-    appendNumber(out, header.major);
-    appendNumber(out, header.minor);
-    appendFloat(out, header.startFrequency);
-    appendFloat(out, header.stopFrequency);
-    appendFloat(out, header.stepWidth);
+    appendNumber(out, header.majorVersion);
+    appendNumber(out, header.minorVersion);
+    appendFloat(out, header.startFrequencyHz);
+    appendFloat(out, header.stopFrequencyHz);
+    appendFloat(out, header.stepWidthHz);
     appendNumber(out, header.minLevel);
     appendNumber(out, header.maxLevel);
     appendTime(out, header.startMs);
@@ -52,14 +52,14 @@ void appendHeader(std::string& out, const HeaderRecord& header)
 
 HeaderStatus readHeader(Cursor& cursor, HeaderRecord& target)
 {
-    cursor.readNumber(target.major);
-    cursor.readNumber(target.minor);
-    if (target.major < OldestMajorVersion) {
+    cursor.readNumber(target.majorVersion);
+    cursor.readNumber(target.minorVersion);
+    if (target.majorVersion < OldestMajorVersion) {
         return HeaderStatus::OldFormat;
     }
-    cursor.readFloat(target.startFrequency);
-    cursor.readFloat(target.stopFrequency);
-    cursor.readFloat(target.stepWidth);
+    cursor.readFloat(target.startFrequencyHz);
+    cursor.readFloat(target.stopFrequencyHz);
+    cursor.readFloat(target.stepWidthHz);
     cursor.readNumber(target.minLevel);
     cursor.readNumber(target.maxLevel);
     cursor.readTime(target.startMs);

@@ -28,18 +28,18 @@ struct Positions {
     std::int32_t bookmarkTable = 0;
 };
 
-/// The header record as it stands in the file.
+/// The header record as it stands in the file: the one header of everything inside, CHeaderData is its face outside.
 struct HeaderRecord {
-    std::int16_t major = 0;
-    std::int16_t minor = 0;
-    float startFrequency = 0;
-    float stopFrequency = 0;
-    float stepWidth = 0;
+    std::int16_t majorVersion = 0;
+    std::int16_t minorVersion = 0;
+    float startFrequencyHz = 0;
+    float stopFrequencyHz = 0;
+    float stepWidthHz = 0;
     std::int32_t minLevel = 0;
     std::int32_t maxLevel = 0;
-    std::uint64_t startMs = 0;
-    std::uint64_t stopMs = 0;
-    std::string jobId;
+    std::uint64_t startMs = 0;  ///< since 1970 UTC
+    std::uint64_t stopMs = 0;   ///< since 1970 UTC
+    std::string jobId;          ///< texts in Latin-1
     std::string deviceName;
     std::string deviceType;
     Positions positions;

@@ -129,15 +129,15 @@ public:
             real("The step width", h.stepWidthHz) && number("The minimum level", h.minLevel) &&
             number("The maximum level", h.maxLevel) && time("The start time", h.startMs) &&
             time("The stop time", h.stopMs) && text("The job id", h.jobId) && text("The device name", h.deviceName) &&
-            text("The device type", h.deviceType) && number("The position of the type table", h.typeTablePosition) &&
-            number("The position of the first record", h.firstRecordPosition) &&
-            number("The position of the time table", h.timeTablePosition) &&
-            number("The position of the channel range table", h.channelRangeTablePosition) &&
-            number("The position of the bookmark table", h.bookmarkTablePosition) &&
+            text("The device type", h.deviceType) && number("The position of the type table", h.positions.typeTable) &&
+            number("The position of the first record", h.positions.firstRecord) &&
+            number("The position of the time table", h.positions.timeTable) &&
+            number("The position of the channel range table", h.positions.channelRangeTable) &&
+            number("The position of the bookmark table", h.positions.bookmarkTable) &&
             number("The flag for automatic recording", automatic);
         h.automatic = automatic >= 1;
-        h.endPosition = static_cast<std::int32_t>(std::min(m_fields.position(), Format::LastPosition));
-        if (sound && h.endPosition > Format::HeaderAreaBytes) {
+        m_summary.ends.header = static_cast<std::int32_t>(std::min(m_fields.position(), Format::LastPosition));
+        if (sound && m_summary.ends.header > Format::HeaderAreaBytes) {
             m_summary.findings.push_back({Format::HeaderAreaBytes,
                                           "The header is longer than its 500 bytes and covers "
                                           "what stands behind it."});
@@ -151,15 +151,16 @@ private:
         const std::int64_t offset = m_fields.position();
         const bool sound = (m_fields.*method)(target);
         if (sound) {
-            m_summary.header.fieldOffsets.push_back(offset);
+            m_summary.headerFields.push_back(offset);
         } else {
             m_summary.findings.push_back({offset, std::string(name) + " " + m_fields.problem() + "."});
         }
         return sound;
     }
-    bool number(const char* name, std::int32_t& target)
+    template <typename Integer>
+    bool number(const char* name, Integer& target)
     {
-        return field(name, target, &FieldReader::number<std::int32_t>);
+        return field(name, target, &FieldReader::number<Integer>);
     }
     bool real(const char* name, float& target) { return field(name, target, &FieldReader::real); }
     bool time(const char* name, std::uint64_t& target) { return field(name, target, &FieldReader::time); }
@@ -202,13 +203,13 @@ void checkOrder(Summary& summary)
             summary.findings.push_back({std::clamp<std::int64_t>(position, 0, summary.fileSize), text});
         }
     };
-    const std::int32_t times = h.timeTablePosition;
-    expect((h.firstRecordPosition == 0) == (times == 0), h.firstRecordPosition,
+    const std::int32_t times = h.positions.timeTable;
+    expect((h.positions.firstRecord == 0) == (times == 0), h.positions.firstRecord,
            times == 0 ? "There are records but no time table." : "There is a time table but no record.");
-    expect(times == 0 || h.firstRecordPosition < times, times, "The time table stands in front of the records.");
-    expect(h.firstRecordPosition == 0 || h.typeTablePosition <= h.firstRecordPosition, h.typeTablePosition,
+    expect(times == 0 || h.positions.firstRecord < times, times, "The time table stands in front of the records.");
+    expect(h.positions.firstRecord == 0 || h.positions.typeTable <= h.positions.firstRecord, h.positions.typeTable,
            "The type table does not stand in front of the records.");
-    for (const std::int32_t table : {h.channelRangeTablePosition, h.bookmarkTablePosition}) {
+    for (const std::int32_t table : {h.positions.channelRangeTable, h.positions.bookmarkTable}) {
         expect(table == 0 || table > times, table,
                "The channel range or bookmark table stands in front of the time table.");
     }
@@ -217,11 +218,11 @@ void checkOrder(Summary& summary)
 void checkPositions(Summary& summary)
 {
     const Header& h = summary.header;
-    checkPosition("The type table", h.typeTablePosition, summary);
-    checkPosition("The first record", h.firstRecordPosition, summary);
-    checkPosition("The time table", h.timeTablePosition, summary);
-    checkPosition("The channel range table", h.channelRangeTablePosition, summary);
-    checkPosition("The bookmark table", h.bookmarkTablePosition, summary);
+    checkPosition("The type table", h.positions.typeTable, summary);
+    checkPosition("The first record", h.positions.firstRecord, summary);
+    checkPosition("The time table", h.positions.timeTable, summary);
+    checkPosition("The channel range table", h.positions.channelRangeTable, summary);
+    checkPosition("The bookmark table", h.positions.bookmarkTable, summary);
     checkOrder(summary);
 }
 

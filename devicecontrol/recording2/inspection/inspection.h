@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "../format/layout.h"
+
 namespace Recording2::Inspection {
 
 /// Why a file cannot be read at all, or Ok. Ok does not mean sound: see the findings.
@@ -25,28 +27,7 @@ enum class Readability : std::uint8_t {
     NeverClosed,  ///< the header was never written; records may follow, their times are lost
 };
 
-struct Header {
-    std::int32_t majorVersion = 0;
-    std::int32_t minorVersion = 0;
-    float startFrequencyHz = 0;
-    float stopFrequencyHz = 0;
-    float stepWidthHz = 0;
-    std::int32_t minLevel = 0;
-    std::int32_t maxLevel = 0;
-    std::uint64_t startMs = 0;           ///< since 1970 UTC
-    std::uint64_t stopMs = 0;            ///< since 1970 UTC
-    std::string jobId;                   ///< Latin-1
-    std::string deviceName;              ///< Latin-1
-    std::string deviceType;              ///< Latin-1
-    std::int32_t typeTablePosition = 0;  ///< 0: absent, as for the following positions
-    std::int32_t firstRecordPosition = 0;
-    std::int32_t timeTablePosition = 0;
-    std::int32_t channelRangeTablePosition = 0;
-    std::int32_t bookmarkTablePosition = 0;
-    bool automatic = false;
-    std::int32_t endPosition = 0;            ///< of the header record, at most 500 in a sound file
-    std::vector<std::int64_t> fieldOffsets;  ///< of the fields in the order of the file, up to the first damaged one
-};
+using Header = Format::HeaderRecord;
 
 struct TypeEntry {
     std::int32_t typeNumber = 0;
@@ -67,6 +48,7 @@ struct Bookmark {
 
 /// Where what could be read of each table ends, 0 for one that is absent or damaged.
 struct TableEnds {
+    std::int32_t header = 0;  ///< of its record, at most 500 in a sound file
     std::int64_t types = 0;
     std::int64_t times = 0;          ///< behind the entry of the last record
     std::int64_t channelRanges = 0;  ///< behind the last time; the zeros of an earlier table may follow
@@ -85,6 +67,7 @@ struct Summary {
     std::string problem;  ///< one sentence when not Ok
     std::int64_t fileSize = 0;
     Header header;
+    std::vector<std::int64_t> headerFields;  ///< their offsets, up to the first damaged one
     std::vector<TypeEntry> types;
     std::vector<TimeEntry> times;
     std::vector<std::uint64_t> channelRangeTimes;

@@ -87,7 +87,7 @@ std::size_t sizeOf(const std::string& text, const std::string& name, std::size_t
     }
     const auto summary = Recording2::Inspection::inspect(name);
     const auto at = text.starts_with("record") ? summary.times.at(static_cast<std::size_t>(number)).position
-                                               : summary.header.timeTablePosition + static_cast<std::int32_t>(number);
+                                               : summary.header.positions.timeTable + static_cast<std::int32_t>(number);
     return static_cast<std::size_t>(at);
 }
 

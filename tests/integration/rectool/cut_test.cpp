@@ -228,7 +228,7 @@ TEST_F(Cut, AFullDiskLeavesNothingBehind)
 TEST_F(Cut, ADiskThatIsFullBeforeTheBookmarksLeavesNothingBehind)
 {
     const std::string source = random({.seed = 3});
-    const auto bookmarks = static_cast<std::size_t>(Inspection::inspect(source).header.bookmarkTablePosition);
+    const auto bookmarks = static_cast<std::size_t>(Inspection::inspect(source).header.positions.bookmarkTable);
     const FileSizeLimit limit(bookmarks + 20);
     if (!limit.works()) {
         GTEST_SKIP() << "This system has no limit on the size of files.";

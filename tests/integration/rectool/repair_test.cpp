@@ -92,8 +92,8 @@ TEST_P(RandomRepair, OfDamagedTablesKeepsEveryRecord)
     const Inspection::Summary original = Inspection::inspect(file("random.rec"));
     const auto expected = contents(file("random.rec"));
     constexpr std::size_t Versions = 4;  // a file without a version is no recording
-    const auto first = static_cast<std::size_t>(original.header.firstRecordPosition);
-    const auto times = static_cast<std::size_t>(original.header.timeTablePosition);
+    const auto first = static_cast<std::size_t>(original.header.positions.firstRecord);
+    const auto times = static_cast<std::size_t>(original.header.positions.timeTable);
     for (int i = 0; i < 15; ++i) {
         std::string damaged = bytes;
         const bool inFront = generator() % 2 == 0;

@@ -13,10 +13,10 @@ namespace {
 HeaderRecord exampleHeader()
 {
     HeaderRecord header;
-    header.major = 2;
-    header.startFrequency = 20;
-    header.stopFrequency = 3000;
-    header.stepWidth = 0.025F;
+    header.majorVersion = 2;
+    header.startFrequencyHz = 20;
+    header.stopFrequencyHz = 3000;
+    header.stepWidthHz = 0.025F;
     header.minLevel = -30;
     header.maxLevel = 100;
     header.startMs = 1;
@@ -62,7 +62,7 @@ TEST(Layout, AHeaderIsReadBackAsItWasWritten)
     Cursor cursor(source);
     HeaderRecord read;
     ASSERT_EQ(readHeader(cursor, read), HeaderStatus::Ok);
-    EXPECT_EQ(read.stepWidth, 0.025F);
+    EXPECT_EQ(read.stepWidthHz, 0.025F);
     EXPECT_EQ(read.deviceName, "RX#1");
     EXPECT_EQ(read.deviceType, "");
     EXPECT_EQ(read.positions.timeTable, 700);
@@ -82,10 +82,10 @@ TEST(Layout, ADamagedHeaderFieldKeepsItsTargetAndReadingGoesOn)
     MemorySource source("2#0#x20#3000#1#-30#100#");
     Cursor cursor(source);
     HeaderRecord read;
-    read.startFrequency = 5;
+    read.startFrequencyHz = 5;
     ASSERT_EQ(readHeader(cursor, read), HeaderStatus::Ok);
-    EXPECT_EQ(read.startFrequency, 5);
-    EXPECT_EQ(read.stopFrequency, 20);  // one byte was skipped, so the fields behind it move up
+    EXPECT_EQ(read.startFrequencyHz, 5);
+    EXPECT_EQ(read.stopFrequencyHz, 20);  // one byte was skipped, so the fields behind it move up
 }
 
 TEST(Layout, ATypeEntryIsReadBackAsItWasWritten)

@@ -47,25 +47,6 @@ void fail(Recovery& report, RecoveryOutcome outcome, const std::string& problem)
     report.problem = problem;
 }
 
-/// What is said about a header that was written.
-Header toHeader(const Format::HeaderRecord& record)
-{
-    Header header;
-    header.majorVersion = record.major;
-    header.minorVersion = record.minor;
-    header.startFrequencyHz = record.startFrequency;
-    header.stopFrequencyHz = record.stopFrequency;
-    header.stepWidthHz = record.stepWidth;
-    header.minLevel = record.minLevel;
-    header.maxLevel = record.maxLevel;
-    header.startMs = record.startMs;
-    header.stopMs = record.stopMs;
-    header.jobId = record.jobId;
-    header.deviceName = record.deviceName;
-    header.deviceType = record.deviceType;
-    return header;
-}
-
 void finish(const Task& task, Found& found)
 {
     Recovery& report = task.report;
@@ -85,7 +66,7 @@ void finish(const Task& task, Found& found)
     }
     report.records = task.output.records();
     report.bytes = task.output.bytes();
-    report.header = toHeader(found.header);
+    report.header = found.header;
     report.outcome = report.lost.empty() ? RecoveryOutcome::Whole : RecoveryOutcome::SomethingLost;
 }
 

@@ -54,7 +54,7 @@ private:
         if (m_journal.header) {
             m_found.header = *m_journal.header;
         } else {
-            m_found.header.major = Format::OldestMajorVersion;
+            m_found.header.majorVersion = Format::OldestMajorVersion;
             m_task.report.lost.emplace_back("the header, which is damaged in the journal");
         }
         if (m_journal.stopMs) {
@@ -97,7 +97,7 @@ private:
     {
         Summary types;
         types.fileSize = m_bytes.size();
-        types.header.typeTablePosition = Format::HeaderAreaBytes;
+        types.header.positions.typeTable = Format::HeaderAreaBytes;
         readTypeTable(m_bytes, types);
         if (types.ends.types == 0) {
             return 0;

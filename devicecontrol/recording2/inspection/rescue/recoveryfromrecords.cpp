@@ -35,22 +35,10 @@ private:
     {
         const Header& said = m_salvage.header;
         Format::HeaderRecord& header = found.header;
-        header.major = Format::OldestMajorVersion;
+        header.majorVersion = Format::OldestMajorVersion;
         if (said.majorVersion >= Format::OldestMajorVersion) {  // a file that was closed, but not given its name
-            header = {static_cast<std::int16_t>(said.majorVersion),
-                      static_cast<std::int16_t>(said.minorVersion),
-                      said.startFrequencyHz,
-                      said.stopFrequencyHz,
-                      said.stepWidthHz,
-                      said.minLevel,
-                      said.maxLevel,
-                      said.startMs,
-                      said.stopMs,
-                      said.jobId,
-                      said.deviceName,
-                      said.deviceType,
-                      {},
-                      said.automatic};
+            header = said;
+            header.positions = {};
             found.stopKnown = true;
             found.lengthMs = lengthFrom(said.startMs, said.stopMs);
             return;

@@ -15,7 +15,7 @@ void salvageBlocks(FileSource& source, const SalvagedHeader& header, Salvage& re
 {
     const std::int32_t shift = salvagePositions(source, header.shift, result);
     const SalvagedTimes times = salvageTimes(source, result.header, shift);
-    if (result.header.firstRecordPosition >= Format::HeaderAreaBytes) {
+    if (result.header.positions.firstRecord >= Format::HeaderAreaBytes) {
         salvageRecords(source, times, result, progress);
     }
     salvageNotes(source, header.positionsKnown, times.end, result);

@@ -25,8 +25,8 @@ public:
 
     void read()
     {
-        number("the major version", m_header.majorVersion);
-        number("the minor version", m_header.minorVersion);
+        version("the major version", m_header.majorVersion);
+        version("the minor version", m_header.minorVersion);
         field("the start frequency", [&] { return m_fields.real(m_header.startFrequencyHz); });
         field("the stop frequency", [&] { return m_fields.real(m_header.stopFrequencyHz); });
         field("the step width", [&] { return m_fields.real(m_header.stepWidthHz); });
@@ -71,6 +71,12 @@ private:
     void number(const char* name, std::int32_t& target)
     {
         field(name, [&] { return m_fields.number(target); });
+    }
+    void version(const char* name, std::int16_t& target)  // as a wider number, where it is damaged
+    {
+        std::int32_t wide = target;
+        number(name, wide);
+        target = static_cast<std::int16_t>(wide);
     }
     void time(const char* name, std::uint64_t& target)
     {
@@ -141,11 +147,11 @@ private:
             const bool isOne = position > 0 && position <= Format::LastPosition - std::abs(m_shift);
             return isOne ? position + m_shift : position;
         };
-        m_header.typeTablePosition = moved(tail[0]);
-        m_header.firstRecordPosition = moved(tail[1]);
-        m_header.timeTablePosition = moved(tail[2]);
-        m_header.channelRangeTablePosition = moved(tail[3]);
-        m_header.bookmarkTablePosition = moved(tail[4]);
+        m_header.positions.typeTable = moved(tail[0]);
+        m_header.positions.firstRecord = moved(tail[1]);
+        m_header.positions.timeTable = moved(tail[2]);
+        m_header.positions.channelRangeTable = moved(tail[3]);
+        m_header.positions.bookmarkTable = moved(tail[4]);
         m_header.automatic = tail[5] >= 1;
     }
 

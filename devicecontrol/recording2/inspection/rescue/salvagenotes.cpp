@@ -24,8 +24,8 @@ public:
     {
         const Header& h = m_result.header;
         if (m_positionsKnown) {
-            readRanges(h.channelRangeTablePosition);
-            readBookmarks(h.bookmarkTablePosition);
+            readRanges(h.positions.channelRangeTable);
+            readBookmarks(h.positions.bookmarkTable);
             return;
         }
         m_result.channelRangesLost = true;
@@ -59,7 +59,7 @@ private:
             m_result.channelRangesLost = true;
             return;
         }
-        const std::int32_t bookmarks = m_result.header.bookmarkTablePosition;
+        const std::int32_t bookmarks = m_result.header.positions.bookmarkTable;
         const std::int64_t end = bookmarks > position ? bookmarks : m_source.size();
         constexpr std::int64_t TimeValueBytes = 8;
         FieldReader fields(m_source, position, end);
@@ -94,7 +94,7 @@ private:
             return;
         }
         // A range table that was added later stands behind the bookmarks.
-        const std::int32_t ranges = m_result.header.channelRangeTablePosition;
+        const std::int32_t ranges = m_result.header.positions.channelRangeTable;
         const std::int64_t end = m_positionsKnown && ranges > position ? ranges : m_source.size();
         std::map<std::uint64_t, std::string> all;  // in order, whatever the order in the file
         std::int64_t at = position;

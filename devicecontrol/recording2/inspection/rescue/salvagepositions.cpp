@@ -25,14 +25,14 @@ public:
     void run()
     {
         const Header& said = m_header;
-        m_result.cutOff = std::max({said.typeTablePosition, said.firstRecordPosition, said.timeTablePosition,
-                                    said.channelRangeTablePosition, said.bookmarkTablePosition}) >= size();
+        m_result.cutOff = std::max({said.positions.typeTable, said.positions.firstRecord, said.positions.timeTable,
+                                    said.positions.channelRangeTable, said.positions.bookmarkTable}) >= size();
         readTypes();
         findRecords();
         findTimes();
         Header& h = m_header;
-        for (std::int32_t* position : {&h.channelRangeTablePosition, &h.bookmarkTablePosition}) {
-            const bool possible = *position > std::max(h.timeTablePosition, Format::HeaderAreaBytes - 1);
+        for (std::int32_t* position : {&h.positions.channelRangeTable, &h.positions.bookmarkTable}) {
+            const bool possible = *position > std::max(h.positions.timeTable, Format::HeaderAreaBytes - 1);
             if (*position != 0 && (!possible || *position >= m_source.size())) {
                 *position = NowhereInFile;
             }
@@ -53,8 +53,8 @@ private:
     {
         Summary types;
         types.fileSize = size();
-        types.header.typeTablePosition = static_cast<std::int32_t>(position);
-        types.header.firstRecordPosition = m_header.firstRecordPosition;
+        types.header.positions.typeTable = static_cast<std::int32_t>(position);
+        types.header.positions.firstRecord = m_header.positions.firstRecord;
         readTypeTable(m_source, types);
         m_typesEnd = types.ends.types;
         m_result.types = std::move(types.types);
@@ -64,11 +64,11 @@ private:
 
     void readTypes()
     {
-        if (m_header.typeTablePosition == 0 && m_header.firstRecordPosition == Format::HeaderAreaBytes) {
+        if (m_header.positions.typeTable == 0 && m_header.positions.firstRecord == Format::HeaderAreaBytes) {
             return;  // a recording without types
         }
-        const bool said = isInFile(m_header.typeTablePosition) && readTypesAt(m_header.typeTablePosition);
-        if (!said && !(m_header.typeTablePosition == 0 && m_result.lostHeaderFields.empty())) {
+        const bool said = isInFile(m_header.positions.typeTable) && readTypesAt(m_header.positions.typeTable);
+        if (!said && !(m_header.positions.typeTable == 0 && m_result.lostHeaderFields.empty())) {
             std::vector<TypeEntry> some = std::move(m_result.types);
             if (!readTypesAt(Format::HeaderAreaBytes) && m_result.types.size() < some.size()) {
                 m_result.types = std::move(some);
@@ -84,24 +84,24 @@ private:
 
     void findRecords()
     {
-        const bool wereSome =
-            m_header.firstRecordPosition != 0 || m_header.timeTablePosition != 0 || !m_result.lostHeaderFields.empty();
-        if (!wereSome || isRecord(m_header.firstRecordPosition)) {
+        const bool wereSome = m_header.positions.firstRecord != 0 || m_header.positions.timeTable != 0 ||
+                              !m_result.lostHeaderFields.empty();
+        if (!wereSome || isRecord(m_header.positions.firstRecord)) {
             return;
         }
         if (followShift()) {
             return;
         }
-        for (const std::int64_t position : {m_typesEnd, firstOfTimes(m_header.timeTablePosition)}) {
+        for (const std::int64_t position : {m_typesEnd, firstOfTimes(m_header.positions.timeTable)}) {
             if (isRecord(position)) {
-                m_header.firstRecordPosition = static_cast<std::int32_t>(position);
+                m_header.positions.firstRecord = static_cast<std::int32_t>(position);
                 return;
             }
         }
-        if (!isInFile(m_header.firstRecordPosition)) {
+        if (!isInFile(m_header.positions.firstRecord)) {
             // Damage begins with the first record: the walk finds the next.
-            m_header.firstRecordPosition =
-                static_cast<std::int32_t>(m_typesEnd != 0 ? m_typesEnd : firstOfTimes(m_header.timeTablePosition));
+            m_header.positions.firstRecord =
+                static_cast<std::int32_t>(m_typesEnd != 0 ? m_typesEnd : firstOfTimes(m_header.positions.timeTable));
         }
     }
 
@@ -110,15 +110,15 @@ private:
     bool followShift()
     {
         constexpr std::int32_t Most = 100;
-        const std::int32_t first = m_header.firstRecordPosition;
-        const std::int32_t times = m_header.timeTablePosition;
+        const std::int32_t first = m_header.positions.firstRecord;
+        const std::int32_t times = m_header.positions.timeTable;
         if (!isInFile(first) || times <= first || times > Format::LastPosition - Most) {
             return false;
         }
         for (std::int32_t shift = -Most; shift <= Most; ++shift) {
             if (shift != 0 && firstOfTimes(times + shift) == first && isRecord(first + shift)) {
-                m_header.firstRecordPosition = first + shift;
-                m_header.timeTablePosition = times + shift;
+                m_header.positions.firstRecord = first + shift;
+                m_header.positions.timeTable = times + shift;
                 moveBy(shift);
                 return true;
             }
@@ -141,12 +141,12 @@ private:
 
     void findTimes()
     {
-        const std::int64_t first = m_header.firstRecordPosition;
+        const std::int64_t first = m_header.positions.firstRecord;
         if (!isInFile(first)) {
-            m_header.timeTablePosition = 0;
+            m_header.positions.timeTable = 0;
             return;
         }
-        const std::int64_t said = m_header.timeTablePosition;
+        const std::int64_t said = m_header.positions.timeTable;
         if (said > first && isInFile(said) && firstOfTimes(said) != 0) {
             return;
         }
@@ -162,14 +162,14 @@ private:
         } else {
             found = search(first);
         }
-        m_header.timeTablePosition = static_cast<std::int32_t>(found);
+        m_header.positions.timeTable = static_cast<std::int32_t>(found);
     }
 
     /// Bytes were inserted or lost between the header and the records.
     void moveBy(std::int32_t shift)
     {
         m_shift += shift;
-        for (std::int32_t* position : {&m_header.channelRangeTablePosition, &m_header.bookmarkTablePosition}) {
+        for (std::int32_t* position : {&m_header.positions.channelRangeTable, &m_header.positions.bookmarkTable}) {
             if (isInFile(*position)) {
                 *position += shift;
             }

@@ -26,14 +26,14 @@ public:
           m_tableIsSound(times.isSound),
           m_result(result),
           m_end(endOfRecords(source, result.header)),
-          m_fields(source, result.header.firstRecordPosition, m_end)
+          m_fields(source, result.header.positions.firstRecord, m_end)
     {
     }
 
     void walk(const std::function<void(std::int64_t, std::int64_t)>& progress)
     {
         constexpr std::int64_t ProgressStep = std::int64_t{1} << 20U;
-        const std::int64_t begin = m_result.header.firstRecordPosition;
+        const std::int64_t begin = m_result.header.positions.firstRecord;
         std::int64_t nextProgress = begin + ProgressStep;
         std::int64_t position = begin;
         while (position < m_end) {
@@ -59,8 +59,8 @@ private:
     {
         std::int64_t end = source.size();
         for (const std::int32_t table :
-             {header.timeTablePosition, header.channelRangeTablePosition, header.bookmarkTablePosition}) {
-            end = table > header.firstRecordPosition ? std::min<std::int64_t>(end, table) : end;
+             {header.positions.timeTable, header.positions.channelRangeTable, header.positions.bookmarkTable}) {
+            end = table > header.positions.firstRecord ? std::min<std::int64_t>(end, table) : end;
         }
         return end;
     }

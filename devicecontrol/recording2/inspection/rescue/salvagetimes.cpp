@@ -20,17 +20,17 @@ public:
 
     void read()
     {
-        if (m_header.timeTablePosition == 0) {
+        if (m_header.positions.timeTable == 0) {
             return;
         }
         std::int64_t end = m_source.size();
-        for (const std::int32_t table : {m_header.channelRangeTablePosition, m_header.bookmarkTablePosition}) {
-            end = table > m_header.timeTablePosition ? std::min<std::int64_t>(end, table) : end;
+        for (const std::int32_t table : {m_header.positions.channelRangeTable, m_header.positions.bookmarkTable}) {
+            end = table > m_header.positions.timeTable ? std::min<std::int64_t>(end, table) : end;
         }
-        FieldReader fields(m_source, m_header.timeTablePosition, end);
-        FieldReader records(m_source, m_header.firstRecordPosition, m_header.timeTablePosition,
+        FieldReader fields(m_source, m_header.positions.timeTable, end);
+        FieldReader records(m_source, m_header.positions.firstRecord, m_header.positions.timeTable,
                             Format::MaxRecordHeadBytes);
-        std::int64_t at = m_header.timeTablePosition;
+        std::int64_t at = m_header.positions.timeTable;
         while (at < end && !m_complete) {
             TimeEntry entry;
             if (readEntry(fields, at, entry)) {
@@ -39,7 +39,7 @@ public:
                 // Where the table is sound the last entry is at its end; only there is looked whether it is the last.
                 m_entries.push_back(entry);
                 m_complete = at < end && nextIsNone(fields, at) &&
-                             endOfRecord(records, entry.position) == m_header.timeTablePosition;
+                             endOfRecord(records, entry.position) == m_header.positions.timeTable;
                 fields.seek(at);
             } else {
                 m_sound = false;
@@ -67,7 +67,7 @@ private:
         }
         entry.position = static_cast<std::int32_t>(
             std::clamp<std::int64_t>(std::int64_t{entry.position} + m_shift, 0, Format::LastPosition));
-        return entry.position >= m_header.firstRecordPosition && entry.position < m_header.timeTablePosition;
+        return entry.position >= m_header.positions.firstRecord && entry.position < m_header.positions.timeTable;
     }
     bool nextIsNone(FieldReader& fields, std::int64_t at)
     {

@@ -76,7 +76,7 @@ public:
 
     void read()
     {
-        FieldReader fields(m_source, m_summary.header.timeTablePosition, timeTableEnd(m_summary));
+        FieldReader fields(m_source, m_summary.header.positions.timeTable, timeTableEnd(m_summary));
         bool sound = true;
         bool complete = false;
         while (sound && !complete && fields.left() > 0) {
@@ -102,7 +102,7 @@ private:
     [[nodiscard]] bool follows(const TimeEntry& entry) const
     {
         const Header& header = m_summary.header;
-        if (entry.position < header.firstRecordPosition || entry.position >= header.timeTablePosition) {
+        if (entry.position < header.positions.firstRecord || entry.position >= header.positions.timeTable) {
             return false;
         }
         return m_summary.times.empty() ||
@@ -113,7 +113,7 @@ private:
     [[nodiscard]] bool isComplete()
     {
         if (m_lookedAt != m_summary.times.size()) {
-            const std::int32_t end = m_summary.header.timeTablePosition;
+            const std::int32_t end = m_summary.header.positions.timeTable;
             m_lookedAt = m_summary.times.size();
             m_complete = recordEnd(m_source, m_summary.times.back().position, end) == end;
         }
@@ -131,8 +131,8 @@ private:
         } else if (sound) {
             addFinding(end, "The time table ends before the last record.");
         }
-        if (!m_summary.times.empty() && m_summary.times.front().position != m_summary.header.firstRecordPosition) {
-            addFinding(m_summary.header.timeTablePosition, "The time table does not begin with the first record.");
+        if (!m_summary.times.empty() && m_summary.times.front().position != m_summary.header.positions.firstRecord) {
+            addFinding(m_summary.header.positions.timeTable, "The time table does not begin with the first record.");
         }
     }
 
@@ -149,31 +149,33 @@ private:
 std::int64_t typeTableEnd(const Summary& summary)
 {
     const Header& h = summary.header;
-    return endOf(h.typeTablePosition, {h.firstRecordPosition, h.timeTablePosition}, summary.fileSize);
+    return endOf(h.positions.typeTable, {h.positions.firstRecord, h.positions.timeTable}, summary.fileSize);
 }
 
 std::int64_t recordsEnd(const Summary& summary)
 {
     const Header& h = summary.header;
-    const auto others = {h.timeTablePosition, h.channelRangeTablePosition, h.bookmarkTablePosition};
-    return endOf(h.firstRecordPosition, others, summary.fileSize);
+    const auto others = {h.positions.timeTable, h.positions.channelRangeTable, h.positions.bookmarkTable};
+    return endOf(h.positions.firstRecord, others, summary.fileSize);
 }
 
 std::int64_t timeTableEnd(const Summary& summary)
 {
     const Header& h = summary.header;
-    return endOf(h.timeTablePosition, {h.channelRangeTablePosition, h.bookmarkTablePosition}, summary.fileSize);
+    return endOf(h.positions.timeTable, {h.positions.channelRangeTable, h.positions.bookmarkTable}, summary.fileSize);
 }
 
 std::int64_t channelRangeTableEnd(const Summary& summary)
 {
-    return endOf(summary.header.channelRangeTablePosition, {summary.header.bookmarkTablePosition}, summary.fileSize);
+    return endOf(summary.header.positions.channelRangeTable, {summary.header.positions.bookmarkTable},
+                 summary.fileSize);
 }
 
 std::int64_t bookmarkTableEnd(const Summary& summary)
 {
     // Channel ranges that were added to a file with bookmarks stand behind these.
-    return endOf(summary.header.bookmarkTablePosition, {summary.header.channelRangeTablePosition}, summary.fileSize);
+    return endOf(summary.header.positions.bookmarkTable, {summary.header.positions.channelRangeTable},
+                 summary.fileSize);
 }
 
 void readTypeTable(Format::ByteSource& source, Summary& summary)
@@ -182,7 +184,7 @@ void readTypeTable(Format::ByteSource& source, Summary& summary)
     if (end == 0) {
         return;
     }
-    FieldReader fields(source, summary.header.typeTablePosition, end);
+    FieldReader fields(source, summary.header.positions.typeTable, end);
     std::int64_t offset = fields.position();
     std::int32_t count = 0;
     if (!fields.number(count) || count < 0) {
@@ -209,9 +211,9 @@ void readTypeTable(Format::ByteSource& source, Summary& summary)
         }
     }
     if (taken > MostTold) {
-        summary.findings.push_back({summary.header.typeTablePosition, std::to_string(taken - MostTold) +
-                                                                          " more entries of the type table have a "
-                                                                          "number that is taken."});
+        summary.findings.push_back({summary.header.positions.typeTable, std::to_string(taken - MostTold) +
+                                                                            " more entries of the type table have a "
+                                                                            "number that is taken."});
     }
     summary.ends.types = fields.position();
 }
@@ -229,7 +231,7 @@ void readChannelRangeTable(Format::ByteSource& source, Summary& summary)
     if (end == 0) {
         return;
     }
-    FieldReader fields(source, summary.header.channelRangeTablePosition, end);
+    FieldReader fields(source, summary.header.positions.channelRangeTable, end);
     Repeated disorder;
     bool sound = true;
     std::int64_t lastEnd = fields.position();
@@ -266,7 +268,7 @@ void readBookmarkTable(Format::ByteSource& source, Summary& summary)
     if (end == 0) {
         return;
     }
-    FieldReader fields(source, summary.header.bookmarkTablePosition, end);
+    FieldReader fields(source, summary.header.positions.bookmarkTable, end);
     Repeated disorder;
     bool sound = true;
     // A shorter table that took the place of a longer one is followed by the characters "0" to the end.

@@ -50,9 +50,9 @@ private:
 struct RecordReader::Private {
     Private(const std::string& path, const Summary& summary)
         : source(path),
-          fields(source, summary.header.firstRecordPosition, recordsEnd(summary)),
+          fields(source, summary.header.positions.firstRecord, recordsEnd(summary)),
           named(summary.times),
-          begin(summary.header.firstRecordPosition)
+          begin(summary.header.positions.firstRecord)
     {
     }
 
@@ -202,7 +202,7 @@ RecordScan scanRecords(const std::string& path, const Summary& summary, const st
     FileSource source(path);
     Format::Cursor cursor(source);
     cursor.limitNumbers(Format::MaxNumberBytes);
-    std::int64_t position = end == 0 ? 0 : summary.header.firstRecordPosition;
+    std::int64_t position = end == 0 ? 0 : summary.header.positions.firstRecord;
     std::string data;
     while (position < end) {
         Format::RecordHead head;

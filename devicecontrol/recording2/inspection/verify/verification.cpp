@@ -50,7 +50,10 @@ std::string count(std::uint64_t number, const char* one, const char* many)
 /// Whether what the fields of the header say can be.
 class HeaderCheck {
 public:
-    HeaderCheck(const Header& header, Remarks& remarks) : m_header(header), m_remarks(remarks) {}
+    HeaderCheck(const Summary& summary, Remarks& remarks)
+        : m_header(summary.header), m_fields(summary.headerFields), m_end(summary.ends.header), m_remarks(remarks)
+    {
+    }
 
     void values()
     {
@@ -72,14 +75,12 @@ public:
     void filling(FileSource& source)
     {
         std::array<char, Format::HeaderAreaBytes> area{};
-        if (m_header.fieldOffsets.size() < FieldCount || m_header.endPosition > Format::HeaderAreaBytes ||
+        if (m_fields.size() < FieldCount || m_end > Format::HeaderAreaBytes ||
             source.readAt(0, area.data(), area.size()) != area.size()) {
             return;
         }
         const std::string reserved = Format::headerArea();
-        const auto* const differs =
-            std::mismatch(area.begin() + m_header.endPosition, area.end(), reserved.begin() + m_header.endPosition)
-                .first;
+        const auto* const differs = std::mismatch(area.begin() + m_end, area.end(), reserved.begin() + m_end).first;
         if (differs != area.end()) {
             m_remarks.damage(differs - area.begin(),
                              "The header area is not filled with 0 and a final # behind the header record.");
@@ -87,13 +88,10 @@ public:
     }
 
 private:
-    [[nodiscard]] std::int64_t offset(std::size_t field) const
-    {
-        return field < m_header.fieldOffsets.size() ? m_header.fieldOffsets[field] : 0;
-    }
+    [[nodiscard]] std::int64_t offset(std::size_t field) const { return field < m_fields.size() ? m_fields[field] : 0; }
     void note(bool isSo, std::size_t field, const char* text)
     {
-        if (isSo && field < m_header.fieldOffsets.size()) {
+        if (isSo && field < m_fields.size()) {
             m_remarks.note(offset(field), text);
         }
     }
@@ -101,7 +99,7 @@ private:
     {
         // A time stamp counts microseconds.
         constexpr std::uint64_t Latest = std::numeric_limits<std::uint64_t>::max() / 1000;
-        if (m_header.fieldOffsets.size() <= StopField) {
+        if (m_fields.size() <= StopField) {
             return;
         }
         note(m_header.startMs == 0, StartField, "The header does not tell when the recording started.");
@@ -117,6 +115,8 @@ private:
     }
 
     const Header& m_header;
+    const std::vector<std::int64_t>& m_fields;  // offsets
+    std::int32_t m_end;
     Remarks& m_remarks;
 };
 
@@ -141,8 +141,8 @@ public:
             behindAll();
         }
         const Header& h = m_summary.header;
-        if (h.bookmarkTablePosition != 0 && h.bookmarkTablePosition == h.channelRangeTablePosition) {
-            m_remarks.damage(offsetInFile(h.bookmarkTablePosition),
+        if (h.positions.bookmarkTable != 0 && h.positions.bookmarkTable == h.positions.channelRangeTable) {
+            m_remarks.damage(offsetInFile(h.positions.bookmarkTable),
                              "The channel range table and the bookmark table begin at the same place.");
         }
     }
@@ -160,11 +160,11 @@ private:
     {
         const Header& h = m_summary.header;
         const TableEnds& ends = m_summary.ends;
-        std::vector<Block> all = {{Kind::Types, h.typeTablePosition, ends.types},
-                                  {Kind::Records, h.firstRecordPosition, recordsEnd(m_summary)},
-                                  {Kind::Times, h.timeTablePosition, ends.times},
-                                  {Kind::ChannelRanges, h.channelRangeTablePosition, ends.channelRanges},
-                                  {Kind::Bookmarks, h.bookmarkTablePosition, ends.bookmarks}};
+        std::vector<Block> all = {{Kind::Types, h.positions.typeTable, ends.types},
+                                  {Kind::Records, h.positions.firstRecord, recordsEnd(m_summary)},
+                                  {Kind::Times, h.positions.timeTable, ends.times},
+                                  {Kind::ChannelRanges, h.positions.channelRangeTable, ends.channelRanges},
+                                  {Kind::Bookmarks, h.positions.bookmarkTable, ends.bookmarks}};
         const auto outside = [&](const Block& block) {
             return block.begin < Format::HeaderAreaBytes || block.begin >= m_summary.fileSize;
         };
@@ -292,7 +292,7 @@ private:
 class RangeCheck {
 public:
     explicit RangeCheck(const Summary& summary)
-        : m_position(summary.header.channelRangeTablePosition), m_ranges(summary.channelRangeTimes)
+        : m_position(summary.header.positions.channelRangeTable), m_ranges(summary.channelRangeTimes)
     {
         std::sort(m_ranges.begin(), m_ranges.end());
     }
@@ -378,11 +378,11 @@ void checkTypes(const Summary& summary, Remarks& remarks)
     const auto nameless = std::count_if(summary.types.begin(), summary.types.end(),
                                         [](const TypeEntry& type) { return type.keyword.empty(); });
     if (nameless > 0) {
-        remarks.note(summary.header.typeTablePosition,
+        remarks.note(summary.header.positions.typeTable,
                      count(static_cast<std::uint64_t>(nameless), "type has", "types have") + " no keyword.");
     }
-    if (summary.header.typeTablePosition == 0 && summary.header.firstRecordPosition != 0) {
-        remarks.note(summary.header.firstRecordPosition, "There are records but no type table.");
+    if (summary.header.positions.typeTable == 0 && summary.header.positions.firstRecord != 0) {
+        remarks.note(summary.header.positions.firstRecord, "There are records but no type table.");
     }
 }
 
@@ -395,14 +395,14 @@ void checkSpan(const Summary& summary, Remarks& remarks)
     const std::uint64_t last = summary.times.empty() ? 0 : summary.times.back().timeMs;
     const std::uint64_t length = h.stopMs - std::min(h.startMs, h.stopMs);
     if (h.stopMs != 0 && last > length && last - length > Moved) {
-        remarks.note(h.timeTablePosition, "The last record is " + std::to_string(last - length) +
-                                              " ms later than the end of the recording.");
+        remarks.note(h.positions.timeTable, "The last record is " + std::to_string(last - length) +
+                                                " ms later than the end of the recording.");
     }
     const std::uint64_t end = std::max(last, length);
     const auto behind = std::count_if(summary.bookmarks.begin(), summary.bookmarks.end(),
                                       [&](const Bookmark& bookmark) { return bookmark.timeMs > end; });
     if (behind > 0) {
-        remarks.note(h.bookmarkTablePosition,
+        remarks.note(h.positions.bookmarkTable,
                      count(static_cast<std::uint64_t>(behind), "bookmark is", "bookmarks are") +
                          " later than the end of the recording.");
     }
@@ -416,7 +416,7 @@ void checkTables(const std::string& path, const Summary& summary, Remarks& remar
         return;
     }
     remarks.damage(summary.findings);
-    HeaderCheck header(summary.header, remarks);
+    HeaderCheck header(summary, remarks);
     header.values();
     header.filling(source);
     GapCheck(source, summary, remarks).run();
