@@ -5,9 +5,9 @@
 
 #include <vkbase/trace.h>
 
+#include "file/blocks.h"
 #include "fileaccess.h"
 #include "fileaccess_p.h"
-#include "format/layout.h"
 
 namespace Recording2 {
 
@@ -86,9 +86,7 @@ void CFileAccess::WriteBookmarkTable()
         return;
     }
     for (const auto& [time, text] : *d->shared->bookmarks) {
-        output->commit(Format::putTime(output->reserve(), time));
-        output->commit(Format::putNumber(output->reserve(), std::uint64_t{text.size()}));
-        output->append(text);
+        Blocks::appendBookmark(*output, time, text);
     }
 }
 

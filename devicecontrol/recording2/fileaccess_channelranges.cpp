@@ -3,9 +3,9 @@
 #include <limits>
 #include <string_view>
 
+#include "file/blocks.h"
 #include "fileaccess.h"
 #include "fileaccess_p.h"
-#include "format/layout.h"
 
 namespace Recording2 {
 
@@ -163,7 +163,7 @@ void CFileAccess::WriteCRDTable()
         return;
     }
     for (const std::uint64_t time : *d->shared->channelRangeTimes) {
-        output->commit(Format::putTime(output->reserve(), time));
+        Blocks::appendTime(*output, time);
     }
 }
 

@@ -87,12 +87,8 @@ void CFileAccess::RewriteHeaderArea(const CHeaderData& header)
     if (output == nullptr) {
         return;
     }
-    std::string record;
-    Format::appendHeader(record, toRecord(header, d->positions));
-    std::string area = Format::headerArea();
-    area.replace(0, record.size(), record);
     output->seek(0);
-    output->append(area);
+    output->append(Format::headerArea(toRecord(header, d->positions)));
 }
 
 // Not a recording is left alone, and one that is being written is not waited for.

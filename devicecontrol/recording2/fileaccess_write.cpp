@@ -4,10 +4,10 @@
 
 #include <vkbase/trace.h>
 
+#include "file/blocks.h"
 #include "fileaccess.h"
 #include "fileaccess_p.h"
 #include "filenames.h"
-#include "format/encode.h"
 #include "format/layout.h"
 
 namespace Recording2 {
@@ -55,11 +55,7 @@ unsigned long long CFileAccess::write(CVTTypesData& types)
     if (output == nullptr) {
         return 0;
     }
-    std::string block;
-    Format::appendNumber(block, static_cast<std::int32_t>(types.get_vector().size()));
-    for (const S_TYPES& type : types.get_vector()) {
-        Format::appendTypeEntry(block, type.typeNumber, type.valueType, type.keyword, type.valuePath);
-    }
+    const std::string block = Format::typeTable(types.get_vector());
     if (!d->fits(static_cast<std::int64_t>(block.size()))) {
         d->refuse();
         return 0;
@@ -101,8 +97,8 @@ unsigned long long CFileAccess::write(CVTCmdData& record, unsigned long long tim
         output->fail(journal->makeRoom());
     }
     const auto position = static_cast<std::int32_t>(output->position());
-    output->commit(Format::putRecordHead(output->reserve(), record.cmd(), length));
-    output->append({record.strData(), length});
+    const std::string_view data(record.strData(), length);
+    Blocks::appendRecord(*output, record.cmd(), data);
     if (!d->accept()) {
         return 0;
     }
@@ -115,7 +111,7 @@ unsigned long long CFileAccess::write(CVTCmdData& record, unsigned long long tim
     }
     d->lastTime = t;
     if (journal != nullptr) {
-        journal->accept(t, position, isChannelRangeDef, record.cmd(), {record.strData(), length});
+        journal->accept(t, position, isChannelRangeDef, record.cmd(), data);
         if (d->shared->forced) {
             d->forceWhenDue();
         }
@@ -146,7 +142,7 @@ void CFileAccess::WriteTimeTable()
     const Index::TimeIndex& index = *d->shared->index;
     for (std::size_t rank = 0; rank < index.size(); ++rank) {
         const Index::TimeEntry entry = index.byTime(rank);
-        output->commit(Format::putTimeEntry(output->reserve(), entry.time, entry.position));
+        Blocks::appendTimeEntry(*output, entry.time, entry.position);
     }
 }
 

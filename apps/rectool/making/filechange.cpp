@@ -7,7 +7,6 @@
 #include "printing/output.h"
 #include "printing/progress.h"
 #include "printing/text.h"
-#include "samesummary.h"
 #include "system/filenames.h"
 #include "system/terminal.h"
 
@@ -21,8 +20,7 @@ bool sameRecording(const Inspection::Summary& a, const Inspection::Summary& b)
 {
     return a.header.startMs == b.header.startMs && a.header.stopMs == b.header.stopMs &&
            a.header.positions.firstRecord == b.header.positions.firstRecord &&
-           a.header.positions.timeTable == b.header.positions.timeTable && sameTable(a.types, b.types) &&
-           sameTable(a.times, b.times);
+           a.header.positions.timeTable == b.header.positions.timeTable && a.types == b.types && a.times == b.times;
 }
 
 /// What is wrong with a file that was read back; empty when nothing is.
@@ -37,7 +35,7 @@ std::string difference(const Inspection::Summary& found, const Inspection::Summa
     if (!sameRecording(found, expected)) {
         return "The records are not those that were there before.";
     }
-    if (!sameTable(found.bookmarks, expected.bookmarks)) {
+    if (found.bookmarks != expected.bookmarks) {
         return "The bookmarks are not those that should be there.";
     }
     return found.channelRangeTimes == expected.channelRangeTimes ? ""

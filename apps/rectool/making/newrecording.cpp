@@ -2,18 +2,17 @@
 #include "newrecording.h"
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <iostream>
+#include <limits>
 #include <system_error>
 #include <utility>
 
-#include <QFile>
+#include <recording2/inspection/rescue/leftparts.h>
 
 #include "printing/output.h"
 #include "printing/progress.h"
 #include "printing/text.h"
-#include "samesummary.h"
 #include "savedfile.h"
 #include "system/filenames.h"
 
@@ -24,70 +23,12 @@ namespace Inspection = Recording2::Inspection;
 
 namespace {
 
-// What the three texts of a header may have together, so that the header fits into its 500 bytes with the longest
-// numbers in all of its other fields.
-constexpr std::size_t HeaderTextBytes = 336;
-
-/// Cuts texts at their first NUL, behind which none is written, and the longest until all of them fit.
-void fitTexts(Inspection::Header& header)
-{
-    std::array<std::string*, 3> texts = {&header.jobId, &header.deviceName, &header.deviceType};
-    for (std::string* text : texts) {
-        text->resize(std::min(text->size(), text->find('\0')));
-    }
-    std::sort(texts.begin(), texts.end(),
-              [](const std::string* a, const std::string* b) { return a->size() < b->size(); });
-    std::size_t room = HeaderTextBytes;
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        texts[i]->resize(std::min(texts[i]->size(), room / (texts.size() - i)));
-        room -= texts[i]->size();
-    }
-}
-
-Recording2::CTimeStamp stamp(std::uint64_t ms)
-{
-    return Recording2::CTimeStamp(static_cast<unsigned long long>(ms) * 1000ULL);
-}
-
-Recording2::CHeaderData toHeaderData(const Inspection::Header& header)
-{
-    std::string deviceName = header.deviceName;
-    std::string deviceType = header.deviceType;
-    Recording2::CHeaderData data;
-    data.set_version(static_cast<std::int16_t>(header.majorVersion), static_cast<std::int16_t>(header.minorVersion));
-    data.set_startFreq(header.startFrequencyHz);
-    data.set_stopFreq(header.stopFrequencyHz);
-    data.set_stepWidth(header.stepWidthHz);
-    data.set_minLevel(header.minLevel);
-    data.set_maxLevel(header.maxLevel);
-    data.set_startTS(stamp(header.startMs));
-    data.set_stopTS(stamp(header.stopMs));
-    data.setJobID(header.jobId.c_str());
-    data.set_deviceName(deviceName);
-    data.set_deviceType(deviceType);
-    data.setAutomaticRec(header.automatic);
-    return data;
-}
+constexpr System::FileMode EverybodyByUmask = 0666;
 
 fs::path folderOf(const fs::path& path)
 {
     const fs::path folder = path.parent_path();
     return folder.empty() ? fs::path(".") : folder;
-}
-
-/// A link, unlike a rename, never replaces. Where a file system has none, a look before the rename is all there is.
-void renameWithoutReplacing(const fs::path& from, const fs::path& to, std::error_code& error)
-{
-    fs::create_hard_link(from, to, error);
-    if (!error) {
-        fs::remove(from, error);
-    } else if (error != std::errc::file_exists) {
-        if (fs::exists(fs::symlink_status(to, error))) {
-            error = std::make_error_code(std::errc::file_exists);
-        } else {
-            fs::rename(from, to, error);
-        }
-    }
 }
 
 }  // namespace
@@ -125,19 +66,16 @@ void NewRecording::Digest::add(std::int32_t code, const std::string& data, std::
     ++m_records;
 }
 
-NewRecording::NewRecording(std::string path, bool replace) : m_path(std::move(path)), m_replace(replace)
+NewRecording::NewRecording(std::string path, bool replace)
+    : m_path(std::move(path)), m_replace(replace), m_file(native(m_path), EverybodyByUmask)
 {
 }
 
 NewRecording::~NewRecording()
 {
-    m_file.reset();
-    if (!m_temporary.empty()) {
-        std::error_code error;
-        fs::remove(native(m_temporary), error);
-        if (error) {
-            complain(m_temporary, "The unfinished file could not be removed: " + error.message() + ".");
-        }
+    if (const System::Error error = m_file.discard()) {
+        complain(fromNative(m_file.part()),
+                 "The unfinished file could not be removed: " + System::errorText(error) + ".");
     }
 }
 
@@ -194,98 +132,49 @@ std::string NewRecording::whyKept() const
     return isUnderWay(m_path) ? "By its name this belongs to a recording that is under way; it is not replaced." : "";
 }
 
-// Without a suffix that the library knows, so that closing the file leaves its name alone.
-bool NewRecording::reserveTemporaryName()
-{
-    constexpr int Attempts = 100;
-    for (int i = 1; i <= Attempts; ++i) {
-        const std::string name = m_path + (i == 1 ? std::string(".part") : ".part" + std::to_string(i));
-        if (QFile(forQt(name)).open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
-            m_temporary = name;
-            return true;
-        }
-        std::error_code error;
-        if (!fs::exists(fs::symlink_status(native(name), error))) {
-            break;  // not taken: there can be no file
-        }
-    }
-    return false;
-}
-
 ExitCode NewRecording::create(const std::vector<Inspection::TypeEntry>& types)
 {
     for (const std::string& part : Inspection::removeLeftParts(m_path)) {
         complain(part, "This unfinished output of an earlier run was removed.");
     }
-    if (!reserveTemporaryName()) {
-        return fail(ExitCode::CannotRead, "No file can be made there.");
-    }
-    m_lock = std::make_unique<Inspection::PartLock>(m_temporary);
-    m_file = std::make_unique<Recording2::CFileAccess>(forLibrary(m_temporary).c_str(), QString(), nullptr, true, false,
-                                                       false, nullptr, nullptr);
-    if (!m_file->IsValidFile()) {
-        return fail(ExitCode::CannotRead, "The file cannot be opened for writing.");
-    }
-    Recording2::CVTTypesData table;
     for (const Inspection::TypeEntry& type : types) {
-        const std::size_t before = table.get_vector().size();
-        table.add_item({type.typeNumber, type.valueType, type.keyword, type.valuePath});
-        if (table.get_vector().size() > before) {  // a number that stands there twice counts once
+        const bool again = std::any_of(m_types.begin(), m_types.end(),
+                                       [&](const auto& other) { return other.typeNumber == type.typeNumber; });
+        if (!again) {  // a number that stands there twice counts once
             m_types.push_back(type);
         }
     }
-    m_file->write(table);
-    return ExitCode::Fine;
+    return m_file.begin(Recording2::Format::typeTable(m_types)) == 0
+               ? ExitCode::Fine
+               : fail(ExitCode::CannotRead, "No file can be made there.");
 }
 
 void NewRecording::write(std::int32_t code, const std::string& data, std::uint64_t time, bool isChannelRange)
 {
-    Recording2::CVTCmdData record;
-    record.set_cmd(code);
-    record.set_str(data.data(), static_cast<std::int32_t>(data.size()));
-    m_file->write(record, time, false);
+    m_file.add(code, data);
+    m_times.push_back(m_times.empty() ? time : std::max(time, m_times.back() + 1));
     m_written.add(code, data, time);
     if (isChannelRange) {
         addChannelRange(time);
     }
 }
 
-void NewRecording::addChannelRange(std::uint64_t time)
-{
-    m_file->addChannelRangeDef(time);
-    m_channelRanges.push_back(time);
-}
-
-void NewRecording::close(const Inspection::Header& header)
+void NewRecording::close(const Inspection::Header& header, const std::map<std::uint64_t, std::string>& bookmarks)
 {
     m_result.header = header;
-    fitTexts(m_result.header);
-    Recording2::CHeaderData data = toHeaderData(m_result.header);
-    m_file->CloseRecording(data, true);
-    m_file.reset();
+    Recording2::Format::fitTexts(m_result.header);
+    std::sort(m_channelRanges.begin(), m_channelRanges.end());
+    m_channelRanges.erase(std::unique(m_channelRanges.begin(), m_channelRanges.end()), m_channelRanges.end());
+    m_file.end(m_result.header, {m_times, m_channelRanges, bookmarks});
+    static_cast<void>(m_file.close(false));  // reading back tells
 }
 
-void NewRecording::storeBookmarks(const std::vector<Inspection::Bookmark>& bookmarks)
+/// What is wrong with the file that was written; empty when nothing is.
+std::string NewRecording::readBack(const std::map<std::uint64_t, std::string>& bookmarks)
 {
-    if (bookmarks.empty()) {
-        return;
-    }
-    m_lock.reset();  // the library takes the same lock for as long as it changes the file
-    {
-        Recording2::CFileAccess file(forLibrary(m_temporary).c_str(), QString(), nullptr, false, true, false, nullptr,
-                                     nullptr);
-        for (const Inspection::Bookmark& bookmark : bookmarks) {
-            file.addBookmark(bookmark.timeMs, bookmark.text);
-        }
-        file.writeBookmarks();
-    }
-    m_lock = std::make_unique<Inspection::PartLock>(m_temporary);
-}
-
-/// What is wrong with the file that was written; empty when nothing is. The library tells nobody of failed writes.
-std::string NewRecording::readBack(const std::vector<Inspection::Bookmark>& bookmarks)
-{
-    const Inspection::Summary found = Inspection::inspect(m_temporary);
+    constexpr std::uint64_t Latest = std::numeric_limits<std::uint64_t>::max() / 1000;  // in a time stamp
+    const std::string part = fromNative(m_file.part());
+    const Inspection::Summary found = Inspection::inspect(part);
     if (found.readability != Inspection::Readability::Ok) {
         return found.problem;
     }
@@ -293,7 +182,7 @@ std::string NewRecording::readBack(const std::vector<Inspection::Bookmark>& book
     Progress progress(m_path + ": reading back");
     std::vector<Inspection::Finding> findings = found.findings;
     const auto inRecords = Inspection::walkRecords(
-        m_temporary, found,
+        part, found,
         [&](const Inspection::Record& record) {
             read.add(record.code, record.data, record.timeMs);
             return !interrupted();
@@ -303,16 +192,16 @@ std::string NewRecording::readBack(const std::vector<Inspection::Bookmark>& book
     if (!findings.empty()) {
         return findings.front().text;
     }
-    std::sort(m_channelRanges.begin(), m_channelRanges.end());
-    m_channelRanges.erase(std::unique(m_channelRanges.begin(), m_channelRanges.end()), m_channelRanges.end());
     if (read.records() != m_written.records() || read.value() != m_written.value()) {
         return "The records are not those that were written.";
     }
-    if (found.header.startMs != m_result.header.startMs || found.header.stopMs != m_result.header.stopMs) {
+    if (std::max(found.header.startMs, found.header.stopMs) > Latest) {
         return "The header cannot tell the start or the stop.";
     }
-    if (!sameTable(found.types, m_types) || found.channelRangeTimes != m_channelRanges ||
-        !sameTable(found.bookmarks, bookmarks)) {
+    const bool sameBookmarks = std::equal(
+        found.bookmarks.begin(), found.bookmarks.end(), bookmarks.begin(), bookmarks.end(),
+        [](const auto& one, const auto& other) { return one.timeMs == other.first && one.text == other.second; });
+    if (found.types != m_types || found.channelRangeTimes != m_channelRanges || !sameBookmarks) {
         return "The tables are not those that were written.";
     }
     m_result.header = found.header;
@@ -325,28 +214,20 @@ std::string NewRecording::readBack(const std::vector<Inspection::Bookmark>& book
 
 ExitCode NewRecording::takeName()
 {
-    std::error_code error;
     const std::string kept = m_replace ? whyKept() : "";  // something may have taken the name meanwhile
     if (!kept.empty()) {
         return fail(ExitCode::CannotRead, kept);
     }
-    if (m_replace) {
-        fs::rename(native(m_temporary), native(m_path), error);
-    } else {
-        renameWithoutReplacing(native(m_temporary), native(m_path), error);
-    }
-    if (error) {
-        return fail(ExitCode::CannotRead, "The file cannot be given its name: " + error.message() + '.');
-    }
-    m_temporary.clear();
-    return ExitCode::Fine;
+    const System::Error error = m_file.takeName(m_replace);
+    return error == 0
+               ? ExitCode::Fine
+               : fail(ExitCode::CannotRead, "The file cannot be given its name: " + System::errorText(error) + '.');
 }
 
-ExitCode NewRecording::finish(const Inspection::Header& header, const std::vector<Inspection::Bookmark>& bookmarks)
+ExitCode NewRecording::finish(const Inspection::Header& header, const std::map<std::uint64_t, std::string>& bookmarks)
 {
     if (!interrupted()) {
-        close(header);
-        storeBookmarks(bookmarks);
+        close(header, bookmarks);
     }
     const std::string problem = interrupted() ? "" : readBack(bookmarks);
     if (interrupted()) {

@@ -2,15 +2,14 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
+#include <map>
 #include <string>
 #include <vector>
 
 #include <QCryptographicHash>
 
-#include <recording2/fileaccess.h>
+#include <recording2/file/recordingwriter.h>
 #include <recording2/inspection/inspection.h>
-#include <recording2/inspection/rescue/leftparts.h>
 
 #include "printing/exitcode.h"
 #include "printing/json.h"
@@ -48,13 +47,12 @@ public:
     /// Appends a record. Times must ascend, data must not be empty.
     void write(std::int32_t code, const std::string& data, std::uint64_t time, bool isChannelRange);
     /// Enters a time into the channel range table, that of a record or not.
-    void addChannelRange(std::uint64_t time);
+    void addChannelRange(std::uint64_t time) { m_channelRanges.push_back(time); }
     /// Whether somebody wants the program to end; finish then gives up.
     [[nodiscard]] static bool interrupted() { return Interrupt::requested(); }
     /// @param header texts that are too long for it are cut
-    /// @param bookmarks by ascending time
     [[nodiscard]] ExitCode finish(const Recording2::Inspection::Header& header,
-                                  const std::vector<Recording2::Inspection::Bookmark>& bookmarks);
+                                  const std::map<std::uint64_t, std::string>& bookmarks);
     [[nodiscard]] const NewRecordingResult& result() const { return m_result; }
 
 private:
@@ -72,19 +70,16 @@ private:
 
     [[nodiscard]] ExitCode fail(ExitCode code, const std::string& reason) const;
     [[nodiscard]] std::string whyKept() const;
-    [[nodiscard]] bool reserveTemporaryName();
-    void close(const Recording2::Inspection::Header& header);
-    void storeBookmarks(const std::vector<Recording2::Inspection::Bookmark>& bookmarks);
-    [[nodiscard]] std::string readBack(const std::vector<Recording2::Inspection::Bookmark>& bookmarks);
+    void close(const Recording2::Inspection::Header& header, const std::map<std::uint64_t, std::string>& bookmarks);
+    [[nodiscard]] std::string readBack(const std::map<std::uint64_t, std::string>& bookmarks);
     [[nodiscard]] ExitCode takeName();
 
     std::string m_path;
     bool m_replace;
     Interrupt m_interrupt;
-    std::unique_ptr<Recording2::Inspection::PartLock> m_lock;  // of the temporary file
-    std::string m_temporary;                                   // empty while there is none
-    std::unique_ptr<Recording2::CFileAccess> m_file;
+    Recording2::RecordingWriter m_file;
     std::vector<Recording2::Inspection::TypeEntry> m_types;
+    std::vector<std::uint64_t> m_times;
     std::vector<std::uint64_t> m_channelRanges;
     Digest m_written;
     NewRecordingResult m_result;

@@ -177,20 +177,15 @@ private:
         return header;
     }
 
-    [[nodiscard]] std::vector<Inspection::Bookmark> bookmarks() const
+    [[nodiscard]] std::map<std::uint64_t, std::string> bookmarks() const
     {
-        std::map<std::uint64_t, std::string> kept;  // in order, also where the source has them in disorder
+        std::map<std::uint64_t, std::string> kept;
         for (const Inspection::Bookmark& bookmark : m_summary.bookmarks) {
             if (bookmark.timeMs != 0 && bookmark.timeMs >= m_span.from && bookmark.timeMs <= m_span.to) {
                 kept.emplace(moved(bookmark.timeMs), bookmark.text);
             }
         }
-        std::vector<Inspection::Bookmark> bookmarks;
-        bookmarks.reserve(kept.size());
-        for (auto& [time, text] : kept) {
-            bookmarks.push_back({time, std::move(text)});
-        }
-        return bookmarks;
+        return kept;
     }
 
     const Inspection::Summary& m_summary;

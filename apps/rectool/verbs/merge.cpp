@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
-#include <limits>
 #include <map>
 #include <system_error>
 #include <tuple>
@@ -21,13 +20,14 @@
 
 namespace RecTool {
 
+namespace Format = Recording2::Format;
 namespace Inspection = Recording2::Inspection;
 
 namespace {
 
 /// Every bookmark at its clock time; of several at one millisecond all but the first move to the next free one.
-std::vector<Inspection::Bookmark> mergeBookmarks(const std::vector<MergeInput>& inputs, std::uint64_t startMs,
-                                                 Adjustments& adjustments)
+std::map<std::uint64_t, std::string> mergeBookmarks(const std::vector<MergeInput>& inputs, std::uint64_t startMs,
+                                                    Adjustments& adjustments)
 {
     std::map<std::uint64_t, std::string> placed;
     std::vector<Inspection::Bookmark> others;
@@ -51,12 +51,7 @@ std::vector<Inspection::Bookmark> mergeBookmarks(const std::vector<MergeInput>& 
         }
     }
     adjustments.movedBookmarks = others.size();
-    std::vector<Inspection::Bookmark> bookmarks;
-    bookmarks.reserve(placed.size());
-    for (auto& [time, text] : placed) {
-        bookmarks.push_back({time, std::move(text)});
-    }
-    return bookmarks;
+    return placed;
 }
 
 /// All different texts, in the order of the inputs.
@@ -107,12 +102,9 @@ Inspection::Header mergeHeaders(const std::vector<MergeInput>& inputs)
 /// What the merged file may take at most, with the room for its tables that is kept free while records are written.
 std::int64_t largestSize(const std::vector<MergeInput>& inputs, const MergePlan& plan)
 {
-    constexpr std::int64_t HeaderBytes = 500;
     constexpr std::int64_t TypeNumbersBytes = 60;
-    constexpr std::int64_t TimeEntryBytes = 20;
-    constexpr std::int64_t RangeEntryBytes = 9;
     constexpr std::int64_t BookmarkHeadBytes = 30;
-    std::int64_t size = HeaderBytes;
+    std::int64_t size = Format::HeaderAreaBytes;
     for (const MergedType& type : plan.types) {
         size += TypeNumbersBytes + static_cast<std::int64_t>(type.entry.keyword.size() + type.entry.valuePath.size());
     }
@@ -121,9 +113,9 @@ std::int64_t largestSize(const std::vector<MergeInput>& inputs, const MergePlan&
             const std::int64_t codeDigits =
                 static_cast<std::int64_t>(std::to_string(plan.numbers[i].at(number)).size());
             const auto records = static_cast<std::int64_t>(type.records);
-            size += type.dataBytes + type.lengthDigits + records * (codeDigits + 2 + TimeEntryBytes);
+            size += type.dataBytes + type.lengthDigits + records * (codeDigits + 2 + Format::WidestTimeEntryBytes);
         }
-        size += static_cast<std::int64_t>(inputs[i].summary.channelRangeTimes.size()) * RangeEntryBytes;
+        size += static_cast<std::int64_t>(inputs[i].summary.channelRangeTimes.size()) * std::int64_t{Format::TimeBytes};
         for (const Inspection::Bookmark& bookmark : inputs[i].summary.bookmarks) {
             size += BookmarkHeadBytes + static_cast<std::int64_t>(bookmark.text.size());
         }
@@ -143,12 +135,11 @@ std::int64_t recordBytes(const std::vector<std::string>& files, const std::vecto
 
 ExitCode checkSize(const std::string& output, std::int64_t bytes)
 {
-    constexpr std::int64_t Most = std::numeric_limits<std::int32_t>::max();
-    if (bytes <= Most) {
+    if (bytes <= Format::LastPosition) {
         return ExitCode::Fine;
     }
     complain(output, "The recordings take " + grouped(static_cast<std::uint64_t>(bytes)) + " bytes together, but one " +
-                         "recording can have " + grouped(static_cast<std::uint64_t>(Most)) +
+                         "recording can have " + grouped(static_cast<std::uint64_t>(Format::LastPosition)) +
                          " at most. Nothing was written.");
     return ExitCode::CannotRead;
 }
@@ -325,8 +316,7 @@ ExitCode mergeInputs(const MergeOptions& options, const std::vector<MergeInput>&
     }
     const Inspection::Header header = mergeHeaders(inputs);
     Adjustments adjustments = mergeRecords(inputs, plan, header.startMs, output);
-    const std::vector<Inspection::Bookmark> bookmarks = mergeBookmarks(inputs, header.startMs, adjustments);
-    result = output.finish(header, bookmarks);
+    result = output.finish(header, mergeBookmarks(inputs, header.startMs, adjustments));
     if (result == ExitCode::Fine) {
         const auto print = options.json ? printMergeAsJson : printMerge;
         print(options, inputs, plan, adjustments, output.result());

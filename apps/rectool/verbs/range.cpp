@@ -79,13 +79,12 @@ void printTable(const Definitions& definitions)
     table.print(std::cout, "");
 }
 
-constexpr std::int64_t EntryBytes = 9;  // a time and its separator
-
 /// Whether so many channel ranges stand in front of the bookmarks, so that readers find all of them and nothing else:
 /// behind them must be nothing, or a time of 0, which ends the table.
 bool fits(std::size_t count, const Inspection::Header& header)
 {
-    constexpr std::int64_t TimeBytes = 8;
+    constexpr std::int64_t EntryBytes = Recording2::Format::TimeBytes;
+    constexpr std::int64_t TimeBytes = EntryBytes - 1;  // without the separator
     if (header.positions.bookmarkTable == 0) {
         return true;
     }

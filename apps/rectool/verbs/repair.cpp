@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <iostream>
 #include <limits>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -64,7 +65,11 @@ public:
             complain(m_options.file, "The file changed while it was read. Nothing was written.");
             return ExitCode::CannotRead;
         }
-        return output.finish(m_found.header, m_found.bookmarks);
+        std::map<std::uint64_t, std::string> bookmarks;
+        for (const Inspection::Bookmark& bookmark : m_found.bookmarks) {
+            bookmarks.emplace(bookmark.timeMs, bookmark.text);
+        }
+        return output.finish(m_found.header, bookmarks);
     }
 
     [[nodiscard]] const Salvage& found() const { return m_found; }

@@ -1,9 +1,24 @@
 // The fields of the header record and of a type entry, in their order.
 #include "layout.h"
 
+#include <algorithm>
+#include <array>
+
 namespace Recording2::Format {
 
 namespace {
+
+// Room for the three header texts: the header area less the longest form of every other field.
+constexpr std::size_t HeaderTextBytes = [] {
+    constexpr std::size_t Versions = std::size_t{2} * 7;      // "-32768#"
+    constexpr std::size_t Frequencies = std::size_t{3} * 13;  // "-3.40282e+38#"
+    constexpr std::size_t Levels = std::size_t{2} * 12;       // "-2147483648#"
+    constexpr std::size_t Times = 2 * TimeBytes;
+    constexpr std::size_t TextLengths = std::size_t{3} * 4;      // "499#"
+    constexpr std::size_t BlockPositions = std::size_t{5} * 11;  // "2147483647#"
+    constexpr std::size_t Flag = 2;
+    return std::size_t{HeaderAreaBytes} - Versions - Frequencies - Levels - Times - TextLengths - BlockPositions - Flag;
+}();
 
 void appendHeaderText(std::string& out, const std::string& text)
 {
@@ -26,6 +41,29 @@ std::string headerArea()
     std::string area(HeaderAreaBytes - 1, '0');
     area.push_back(Separator);
     return area;
+}
+
+std::string headerArea(const HeaderRecord& header)
+{
+    std::string record;
+    appendHeader(record, header);
+    std::string area = headerArea();
+    return area.replace(0, record.size(), record);
+}
+
+void fitTexts(HeaderRecord& header)
+{
+    std::array<std::string*, 3> texts = {&header.jobId, &header.deviceName, &header.deviceType};
+    for (std::string* text : texts) {
+        text->resize(std::min(text->size(), text->find('\0')));
+    }
+    std::sort(texts.begin(), texts.end(),
+              [](const std::string* a, const std::string* b) { return a->size() < b->size(); });
+    std::size_t room = HeaderTextBytes;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        texts[i]->resize(std::min(texts[i]->size(), room / (texts.size() - i)));
+        room -= texts[i]->size();
+    }
 }
 
 void appendHeader(std::string& out, const HeaderRecord& header)

@@ -48,6 +48,11 @@ struct HeaderRecord {
 
 /// The placeholder of the header area: zeros and a final separator.
 [[nodiscard]] std::string headerArea();
+/// The same with a record in it, which may be longer than the area.
+[[nodiscard]] std::string headerArea(const HeaderRecord& header);
+/// Cuts the texts at their first NUL, behind which none is written, and the longest of them until the record fits into
+/// its area with the longest numbers in all of its other fields.
+void fitTexts(HeaderRecord& header);
 /// Appends the header record. Its texts are written up to their first NUL but with their whole length.
 void appendHeader(std::string& out, const HeaderRecord& header);
 
@@ -57,16 +62,29 @@ enum class HeaderStatus : std::uint8_t { Ok, OldFormat };
 /// 1 keep theirs.
 HeaderStatus readHeader(Cursor& cursor, HeaderRecord& target);
 
-/// Appends one entry of the type table, behind the entry count (appendNumber with 32 bits).
+/// Appends one entry of the type table.
 void appendTypeEntry(std::string& out, std::int32_t typeNumber, std::int32_t valueType, std::string_view keyword,
                      std::string_view valuePath);
 
 struct TypeEntryRecord {
     std::int32_t typeNumber = 0;
     std::int32_t valueType = 0;
-    std::string keyword;
-    std::string valuePath;
+    std::string keyword;    ///< Latin-1
+    std::string valuePath;  ///< Latin-1
+
+    friend bool operator==(const TypeEntryRecord&, const TypeEntryRecord&) = default;
 };
+/// The block of the type table.
+template <typename Entries>
+[[nodiscard]] std::string typeTable(const Entries& entries)
+{
+    std::string block;
+    appendNumber(block, static_cast<std::int32_t>(entries.size()));
+    for (const auto& entry : entries) {
+        appendTypeEntry(block, entry.typeNumber, entry.valueType, entry.keyword, entry.valuePath);
+    }
+    return block;
+}
 void readTypeEntry(Cursor& cursor, TypeEntryRecord& target);
 
 /// Room that the head of a record needs: code and data length.

@@ -12,4 +12,10 @@ namespace Recording2::Inspection {
     return std::u8string(name.begin(), name.end());
 }
 
+[[nodiscard]] inline std::string utf8(const std::filesystem::path& path)
+{
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
 }  // namespace Recording2::Inspection

@@ -28,22 +28,20 @@ enum class Readability : std::uint8_t {
 };
 
 using Header = Format::HeaderRecord;
-
-struct TypeEntry {
-    std::int32_t typeNumber = 0;
-    std::int32_t valueType = 0;
-    std::string keyword;    ///< Latin-1
-    std::string valuePath;  ///< Latin-1
-};
+using TypeEntry = Format::TypeEntryRecord;
 
 struct TimeEntry {
     std::uint64_t timeMs = 0;  ///< since the start of the recording
     std::int32_t position = 0;
+
+    friend bool operator==(const TimeEntry&, const TimeEntry&) = default;
 };
 
 struct Bookmark {
     std::uint64_t timeMs = 0;
     std::string text;  ///< any bytes
+
+    friend bool operator==(const Bookmark&, const Bookmark&) = default;
 };
 
 /// Where what could be read of each table ends, 0 for one that is absent or damaged.

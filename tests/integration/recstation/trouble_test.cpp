@@ -11,8 +11,8 @@
 #include <gtest/gtest.h>
 
 #include <recording2/inspection/inspection.h>
-#include <recording2/inspection/rescue/leftparts.h>
 #include <recording2/inspection/verify/verification.h>
+#include <system/nativefile.h>
 
 #include "programtest.h"
 
@@ -123,7 +123,9 @@ TEST_F(TroubleTest, UnfinishedOutputsOfKilledCopiesAreRemovedAndNamed)
     write("inuse.rec.part", blankHeader);
     write("download.rec.part", "2#0#and somebody else's");
     write("other.part", {});
-    const Inspection::PartLock writing(path(QStringLiteral("inuse.rec.part")).toStdString());
+    System::NativeFile writing;
+    ASSERT_EQ(writing.open(path(QStringLiteral("inuse.rec.part")).toStdString(), System::Access::Read), 0);
+    ASSERT_EQ(writing.lock(), 0);
     const Result result = runFeed("{\"at\": 0, \"record\": \"On\"}\n");
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_THAT(result.messages, AllOf(HasSubstr("a.rec.part, which"), HasSubstr("a.rec.part2, which"),

@@ -17,12 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string utf8(const fs::path& path)
-{
-    const std::u8string text = path.u8string();
-    return {text.begin(), text.end()};
-}
-
 // "X.rec.part" or "X.rec.part7" of any X.rec.
 bool isPartName(std::string_view name)
 {
@@ -76,19 +70,6 @@ std::vector<std::string> removeFrom(const fs::path& directory, bool alsoComplete
 }
 
 }  // namespace
-
-struct PartLock::Private {
-    System::NativeFile file;
-};
-
-PartLock::PartLock(const std::string& part) : d(std::make_unique<Private>())
-{
-    if (d->file.open(native(part), System::Access::Read) == 0) {
-        static_cast<void>(d->file.lock());  // of a file that was made just now
-    }
-}
-
-PartLock::~PartLock() = default;
 
 std::vector<std::string> removeLeftParts(const std::string& output)
 {

@@ -1,24 +1,10 @@
 // Outputs that copies and recoveries left unfinished when they were killed: "NAME.rec.part", "NAME.rec.part2", ...
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace Recording2::Inspection {
-
-/// Tells other processes, while it lives, that an output is being written: they leave it alone.
-class PartLock {
-public:
-    explicit PartLock(const std::string& part);
-    PartLock(const PartLock&) = delete;
-    PartLock& operator=(const PartLock&) = delete;
-    ~PartLock();
-
-private:
-    struct Private;
-    std::unique_ptr<Private> d;
-};
 
 /// Removes what is left beside a name that is going to be written, but for what a running process writes and what is no
 /// recording.

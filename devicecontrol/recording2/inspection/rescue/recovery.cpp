@@ -11,6 +11,7 @@
 #include <system/nativefile.h>
 #include "../../file/journal.h"
 #include "../filename.h"
+#include "../verify/verification.h"
 #include "leftparts.h"
 #include "recoverysteps.h"
 
@@ -41,10 +42,44 @@ std::uint64_t lengthFrom(std::uint64_t startMs, std::uint64_t stopMs)
 
 namespace {
 
+constexpr System::FileMode OwnerReadsAndWrites = 0600;
+
 void fail(Recovery& report, RecoveryOutcome outcome, const std::string& problem)
 {
     report.outcome = outcome;
     report.problem = problem;
+}
+
+/// Writes what stands behind the records.
+void end(Output& output, Found& found, RepairedTimes repaired, Recovery& report)
+{
+    const std::vector<std::uint64_t>& times = repaired.times;
+    std::vector<std::uint64_t> ranges;
+    for (std::size_t i = 0; i < times.size(); ++i) {
+        if (output.ranges[i]) {
+            ranges.push_back(times[i]);
+        }
+    }
+    if (!found.stopKnown && !times.empty()) {
+        found.header.stopMs = found.header.startMs + times.back();
+    }
+    output.file.end(found.header, {times, ranges, {}});
+    report.times = std::move(repaired);
+}
+
+/// Reads the file back and gives it its name.
+/// @return why it could not be written or given its name; empty when it was
+std::string store(RecordingWriter& file)
+{
+    if (const System::Error error = file.close(true)) {
+        return System::errorText(error) + '.';
+    }
+    const Verification read = verify(utf8(file.part()));
+    if (read.readability != Readability::Ok || read.records != file.records()) {
+        return "Read back, it does not hold what was written.";
+    }
+    const System::Error error = file.takeName(false);
+    return error == 0 ? "" : "It cannot be given its name: " + System::errorText(error) + '.';
 }
 
 void finish(const Task& task, Found& found)
@@ -54,18 +89,19 @@ void finish(const Task& task, Found& found)
         fail(report, RecoveryOutcome::Interrupted, "Interrupted.");
         return;
     }
-    if (task.output.records() == 0 && !report.lost.empty()) {
+    Output& output = task.output;
+    if (output.times.empty() && !report.lost.empty()) {
         fail(report, RecoveryOutcome::Nothing, "No record could be saved.");
         return;
     }
-    report.times = task.output.end(found, task.options.periodMs);
-    const std::string problem = task.output.finish();
+    end(output, found, repairTimes(output.times, found.lengthMs, task.options.periodMs), report);
+    const std::string problem = store(output.file);
     if (!problem.empty()) {
         fail(report, RecoveryOutcome::NotWritten, problem);
         return;
     }
-    report.records = task.output.records();
-    report.bytes = task.output.bytes();
+    report.records = output.file.records();
+    report.bytes = output.file.bytes();
     report.header = found.header;
     report.outcome = report.lost.empty() ? RecoveryOutcome::Whole : RecoveryOutcome::SomethingLost;
 }
@@ -78,7 +114,7 @@ bool recoverFromJournal(const std::string& recording, const RecoveryOptions& opt
     if (!journal) {
         return false;
     }
-    RecoveredFile output(options.output, mode);
+    Output output{{native(options.output), mode | OwnerReadsAndWrites}, {}, {}};
     Recovery attempt = report;
     attempt.journal = journalOf(recording);
     const Task task{recording, options, attempt, output};
@@ -99,7 +135,7 @@ void recoverFromRecords(const std::string& recording, const RecoveryOptions& opt
         fail(report, RecoveryOutcome::Nothing, salvage.problem);
         return;
     }
-    RecoveredFile output(options.output, mode);
+    Output output{{native(options.output), mode | OwnerReadsAndWrites}, {}, {}};
     const Task task{recording, options, report, output};
     Found found = takeFromRecords(task, std::move(salvage));
     finish(task, found);

@@ -27,7 +27,7 @@ public:
     {
         readHeader();
         readTypes();
-        m_task.output.begin(m_found.types);
+        m_task.output.file.begin(m_found.types);
         const std::vector<Format::Journal::Entry>& entries = m_journal.entries;
         for (std::size_t number = 0; number < entries.size() && m_goesOn; ++number) {
             if (entries[number].sound) {
@@ -169,7 +169,7 @@ private:
             report.lost.push_back(counted(static_cast<std::uint64_t>(m_lostBytes), "byte") +
                                   " that are no whole record");
         }
-        const auto unknown = m_task.output.records() - m_known;
+        const auto unknown = m_task.output.file.records() - m_known;
         if (unknown > 0) {
             report.lost.push_back("the exact time of " + counted(unknown, "record"));
         }

@@ -19,12 +19,9 @@ public:
         Found found;
         fillHeader(found);
         if (!m_salvage.types.empty()) {
-            Format::appendNumber(found.types, static_cast<std::int32_t>(m_salvage.types.size()));
+            found.types = Format::typeTable(m_salvage.types);
         }
-        for (const TypeEntry& type : m_salvage.types) {
-            Format::appendTypeEntry(found.types, type.typeNumber, type.valueType, type.keyword, type.valuePath);
-        }
-        m_task.output.begin(found.types);
+        m_task.output.file.begin(found.types);
         copyRecords();
         tellLosses();
         return found;

@@ -4,9 +4,11 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "../../file/recordingwriter.h"
+#include "../../format/layout.h"
 #include "journalreader.h"
-#include "recoveredfile.h"
 #include "recovery.h"
 #include "salvage.h"
 
@@ -15,19 +17,41 @@ namespace Recording2::Inspection {
 /// How often progress is told.
 constexpr std::int64_t ProgressBytes = std::int64_t{1} << 20U;
 
+/// What goes into the new file, beside the records.
+struct Found {
+    Format::HeaderRecord header;
+    std::string types;  // the block as it stands in the file
+    bool stopKnown = false;
+    std::uint64_t lengthMs = 0;  // of the recording, 0 when it is not known
+};
+
+/// The new file, and what is known of its records' times.
+struct Output {
+    RecordingWriter file;
+    std::vector<std::optional<std::uint64_t>> times;
+    std::vector<bool> ranges;  // whether the channel range table names the record
+
+    void add(const Record& record, std::optional<std::uint64_t> time, bool channelRange)
+    {
+        file.add(record.code, record.data);
+        times.push_back(time);
+        ranges.push_back(channelRange);
+    }
+};
+
 /// Shared by both ways: the user's wishes and the report.
 struct Task {
     const std::string& recording;
     const RecoveryOptions& options;
     Recovery& report;
-    RecoveredFile& output;
+    Output& output;
 
     [[nodiscard]] bool goOn(std::int64_t done, std::int64_t all) const
     {
         if (options.progress) {
             options.progress(done, all);
         }
-        return output.good() && !(options.interrupted && options.interrupted());
+        return output.file.good() && !(options.interrupted && options.interrupted());
     }
 };
 

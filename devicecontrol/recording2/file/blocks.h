@@ -1,0 +1,37 @@
+// The blocks of a recording as they are appended to its file, entry by entry.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "../format/layout.h"
+#include "files.h"
+
+namespace Recording2::Blocks {
+
+inline void appendRecord(OutputFile& output, std::int32_t code, std::string_view data)
+{
+    output.commit(Format::putRecordHead(output.reserve(), code, static_cast<std::uint32_t>(data.size())));
+    output.append(data);
+}
+
+/// Of the time table.
+inline void appendTimeEntry(OutputFile& output, std::uint64_t milliseconds, std::int32_t position)
+{
+    output.commit(Format::putTimeEntry(output.reserve(), milliseconds, position));
+}
+
+/// Of the channel range table.
+inline void appendTime(OutputFile& output, std::uint64_t milliseconds)
+{
+    output.commit(Format::putTime(output.reserve(), milliseconds));
+}
+
+inline void appendBookmark(OutputFile& output, std::uint64_t milliseconds, std::string_view text)
+{
+    appendTime(output, milliseconds);
+    output.commit(Format::putNumber(output.reserve(), std::uint64_t{text.size()}));
+    output.append(text);
+}
+
+}  // namespace Recording2::Blocks
