@@ -148,8 +148,8 @@ bool CFileAccess::OpenForWriting(bool sameGroup)
     CreateOutput();
     SharedFile& shared = *d->shared;
     shared.index = std::make_unique<Index::TimeIndex>();
-    shared.channelRangeTimes = std::make_unique<std::set<std::uint64_t>>();
-    shared.bookmarks = std::make_unique<std::map<std::uint64_t, std::string>>();
+    shared.channelRanges = std::make_unique<ChannelRanges>();
+    shared.bookmarks = std::make_unique<Bookmarks>();
     if (!shared.output->good()) {
         return false;
     }
@@ -185,8 +185,8 @@ bool CFileAccess::OpenForReading(bool readTables)
     SharedFile& shared = *d->shared;
     shared.input = std::make_unique<OpenInput>(FileNames::native(d->path));
     shared.index = std::make_unique<Index::TimeIndex>();
-    shared.channelRangeTimes = std::make_unique<std::set<std::uint64_t>>();
-    shared.bookmarks = std::make_unique<std::map<std::uint64_t, std::string>>();
+    shared.channelRanges = std::make_unique<ChannelRanges>();
+    shared.bookmarks = std::make_unique<Bookmarks>();
     if (!shared.input->good()) {
         return false;
     }
@@ -219,7 +219,6 @@ void CFileAccess::CloseRecording(CHeaderData& header, bool skipHandOff)
             CloseOutput(skipHandOff);
         }
         shared.input.reset();
-        shared.buffer = std::string();
         shared.index.reset();
     } catch (...) {
         d->valid = false;

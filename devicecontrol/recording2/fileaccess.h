@@ -167,9 +167,6 @@ private:
     [[nodiscard]] bool AtEndOfRecords() const;  // or no file is open for reading
     void GoToFirstRecord();
     void LoadTables();
-    void ReadTimeTable();
-    void ReadCRDTable();
-    void ReadBookmarkTable();
     void WriteTimeTable();
     void WriteCRDTable();
     void WriteBookmarkTable();

@@ -3,19 +3,17 @@
 
 #include <chrono>
 #include <cstdint>
-#include <iterator>
-#include <map>
 #include <memory>
-#include <optional>
-#include <set>
 #include <string>
-#include <utility>
 
 #include <values/tree.h>
 #include <zelvo/zelvo.h>
 
+#include "file/bookmarks.h"
+#include "file/channelranges.h"
 #include "file/files.h"
 #include "file/journal.h"
+#include "file/recordreader.h"
 #include "fileaccess.h"
 #include "format/layout.h"
 #include "index/timeindex.h"
@@ -38,15 +36,6 @@ void fromRecord(Format::HeaderRecord& record, CHeaderData& header);
 /// Goes to a table that is to be rewritten. A position behind the end of the file is a failure: everything between
 /// would have to be filled.
 void seekToTable(OutputFile& output, std::int64_t position, std::int64_t end);
-
-/// A file that is read, with the cursor into it.
-struct OpenInput {
-    explicit OpenInput(const std::filesystem::path& path) : file(path), cursor(file) {}
-    [[nodiscard]] bool good() const { return file.good() && !cursor.atEnd(); }
-
-    InputFile file;
-    Format::Cursor cursor;
-};
 
 /// The archive's address of the file, if it has one: the archive is told when the file is no longer used.
 class ArchiveHold {
@@ -80,70 +69,24 @@ struct SharedFile {
     std::unique_ptr<OutputFile> output;
     bool together = false;                    // changes of the finished file are collected
     bool tablesCut = false;                   // reading them failed: they are not to be stored
-    std::string buffer;                       // scratch of the reads
     std::unique_ptr<Index::TimeIndex> index;  // by time, and when reading by position
-    std::unique_ptr<std::set<std::uint64_t>> channelRangeTimes;
-    std::unique_ptr<std::map<std::uint64_t, std::string>> bookmarks;
+    std::unique_ptr<ChannelRanges> channelRanges;
+    std::unique_ptr<Bookmarks> bookmarks;
     values::ValuePtr<values::Value<QString>> archiveFilePath;
     values::ValuePtr<values::Value<QString>> uncFilePath;
     bool positionsExhausted = false;  // a record was refused; traced once
-};
-
-/// A place in an ordered container, kept as the key of the entry that comes next.
-class KeyCursor {
-public:
-    [[nodiscard]] bool atEnd() const { return !m_next; }
-    template <typename Container>
-    void toBegin(const Container& container)
-    {
-        set(container, container.begin());
-    }
-    /// The entry that comes next; the container's end when it was taken away meanwhile and none follows.
-    template <typename Container>
-    [[nodiscard]] auto in(const Container& container) const
-    {
-        return container.lower_bound(*m_next);
-    }
-    template <typename Container>
-    void advance(const Container& container)
-    {
-        set(container, std::next(in(container)));
-    }
-
-private:
-    static std::uint64_t key(std::uint64_t entry) { return entry; }
-    static std::uint64_t key(const std::pair<const std::uint64_t, std::string>& entry) { return entry.first; }
-    template <typename Container, typename Iterator>
-    void set(const Container& container, Iterator entry)
-    {
-        m_next = entry == container.end() ? std::nullopt : std::optional<std::uint64_t>(key(*entry));
-    }
-
-    std::optional<std::uint64_t> m_next;
-};
-
-/// The records of one moment that were looked through for a channel range. None but the last may carry one.
-struct RangeScan {
-    std::uint64_t first = 0;  // times; none is 0
-    std::uint64_t last = 0;
-    std::uint64_t lastRead = 0;  // the last of them with data
-
-    [[nodiscard]] bool covers(std::uint64_t time) const { return first != 0 && first <= time && time <= last; }
 };
 
 /// Every copy has its own.
 struct CFileAccess::Private {
     std::shared_ptr<SharedFile> shared = std::make_shared<SharedFile>();
     Format::Positions positions;
-    KeyCursor channelRangeCursor;
-    KeyCursor bookmarkCursor;
+    RangeWalk rangeWalk;
+    KeyCursor bookmarkPlace;
     bool valid = false;
     bool bookmarksChanged = false;
     Zelvo::ZelvoError zelvoError = Zelvo::ZelvoError::None;
     std::uint64_t lastTime = 0;
-    std::int64_t bytesRead = 0;  // by readAt
-    RangeScan rangeScan;
-    std::int64_t damagedRangeBytes = 0;  // of records not as in a sound file, read for the definitions since the first
     std::string path;
     Zelvo::ZelvoClient* client = nullptr;
     std::int32_t fileGroupResult = -1;
@@ -170,16 +113,7 @@ struct CFileAccess::Private {
     /// Notes the output's position as that of a block written for the first time; false when no header could name it.
     bool begin(std::int32_t& position);
     Format::HeaderStatus readHeader(CHeaderData& header);
-    std::int32_t readRecord(OpenInput& input, CVTCmdData& record);  // returns the data length that the file states
-    std::int32_t readAt(CVTCmdData& record, std::uint64_t time);    // the same; 0 at the end of the records
-    [[nodiscard]] bool atEndOfRecords() const;                      // or no file is open for reading
-    void startRanges();
-    [[nodiscard]] std::int64_t mostRangeBytes();
-    [[nodiscard]] bool isSoundForRange(std::uint64_t time, std::int64_t begin) const;
-    bool readForRange(CVTCmdData& record, std::uint64_t time);
-    [[nodiscard]] bool isIndexed(std::uint64_t time) const;
-    void readRangeFrom(std::uint64_t& time, CVTCmdData& record);
-    [[nodiscard]] std::uint64_t timeHere() const;
+    [[nodiscard]] RecordReader reader() const;
 };
 
 }  // namespace Recording2

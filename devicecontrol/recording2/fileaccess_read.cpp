@@ -1,5 +1,5 @@
-// Reading: header, type table, time table, and stepping through the records.
-#include <algorithm>
+// Reading: header and type table, and the records by the reader of the file.
+#include <exception>
 #include <typeinfo>
 #include <unordered_set>
 #include <utility>
@@ -38,16 +38,6 @@ private:
     bool m_isPlain;
     std::unordered_set<std::int32_t> m_numbers;
 };
-
-// How many entries a sound table that ends there may have. Its positions are about as wide as that of the last record.
-std::size_t mostTimeEntries(const Format::Positions& positions, std::int64_t end)
-{
-    constexpr std::int64_t ShortestRecord = 5;
-    const auto narrow = static_cast<std::int64_t>(Format::TimeBytes + std::to_string(positions.timeTable).size() - 1);
-    const std::int64_t records = (std::int64_t{positions.timeTable} - positions.firstRecord) / ShortestRecord;
-    const std::int64_t entries = (end - positions.timeTable) / narrow;
-    return static_cast<std::size_t>(std::max<std::int64_t>(0, std::min(records, entries)));
-}
 
 }  // namespace
 
@@ -105,119 +95,54 @@ unsigned long long CFileAccess::read(CVTTypesData& types)
     }
 }
 
-void CFileAccess::readTables()
+RecordReader CFileAccess::Private::reader() const
 {
-    if (d->goodInput() == nullptr) {
-        return;
-    }
-    d->shared->input->cursor.invalidate();  // another process may have stored a table
-    CHeaderData header;
-    if (read(header) != 0) {
-        LoadTables();
-    }
-}
-
-void CFileAccess::LoadTables()
-{
-    d->startRanges();
-    ReadTimeTable();
-    ReadCRDTable();
-    ReadBookmarkTable();
-    d->shared->tablesCut = d->shared->input->file.readFailed();
-}
-
-void CFileAccess::ReadTimeTable()
-{
-    OpenInput* input = d->goodInput();
-    if (input == nullptr || d->shared->index == nullptr || d->positions.timeTable == 0) {
-        return;
-    }
-    Format::Cursor& cursor = input->cursor;
-    cursor.seek(d->positions.timeTable);
-    const std::int64_t bound =
-        d->positions.channelRangeTable == 0 ? Format::LastPosition : d->positions.channelRangeTable;
-    for (const auto memory :
-         d->shared->index->reserve(mostTimeEntries(d->positions, std::min(bound, input->file.size())))) {
-        System::expectUse(memory);
-    }
-    Format::readTimeEntries(cursor, bound, [&index = *d->shared->index](std::uint64_t time, std::int32_t position) {
-        index.add(time, position);
-    });
-    cursor.seek(d->positions.firstRecord);
-}
-
-std::int32_t CFileAccess::Private::readRecord(OpenInput& input, CVTCmdData& record)
-{
-    Format::RecordHead head;
-    Format::readRecordHead(input.cursor, head);
-    if (head.dataLength > 0) {
-        record.set_cmd(head.code);
-        input.cursor.readBytes(record.m_data, head.dataLength);
-    }
-    return head.dataLength;
-}
-
-std::uint64_t CFileAccess::Private::timeHere() const
-{
-    const OpenInput& input = *shared->input;
-    return input.cursor.atEnd() || shared->index == nullptr ? 0 : shared->index->timeAt(input.cursor.position());
+    return {shared->input.get(), shared->index.get(), positions};
 }
 
 unsigned long long CFileAccess::read(CVTCmdData& record)
 {
-    OpenInput* input = d->goodInput();
-    if (input == nullptr) {
-        return 0;
-    }
-    d->readRecord(*input, record);
-    return d->timeHere();
+    return d->reader().read(record);
 }
 
 unsigned long long CFileAccess::readAndReturnTimeOfCurrentCmd(CVTCmdData& record)
 {
-    OpenInput* input = d->goodInput();
-    if (input == nullptr) {
-        return 0;
-    }
-    const std::uint64_t time = d->timeHere();
-    d->readRecord(*input, record);
-    return time;
+    return d->reader().readAndReturnItsTime(record);
 }
 
 unsigned long long CFileAccess::read(CVTCmdData& record, unsigned long long time)
 {
-    return d->readAt(record, time) > 0 ? d->timeHere() : 0;
+    return d->reader().read(record, time);
 }
 
-std::int32_t CFileAccess::Private::readAt(CVTCmdData& record, std::uint64_t time)
+unsigned long long CFileAccess::readfirst(CVTCmdData& record)
 {
-    OpenInput* input = goodInput();
-    if (input == nullptr) {
-        return 0;
-    }
-    if (time != 0 && shared->index != nullptr) {
-        if (const auto entry = shared->index->atOrAfterOrLast(time)) {
-            input->cursor.seek(entry->position);
-        }
-    }
-    if (atEndOfRecords()) {
-        return 0;
-    }
-    const std::int64_t begin = input->cursor.position();
-    const std::int32_t length = readRecord(*input, record);
-    bytesRead += input->cursor.position() - begin;
-    return length;
+    return d->reader().readFirst(record);
 }
 
-bool CFileAccess::Private::atEndOfRecords() const
+unsigned long long CFileAccess::readnext(CVTCmdData& record)
 {
-    const OpenInput* input = goodInput();
-    return input == nullptr || input->cursor.position() >= positions.timeTable;
+    return d->reader().read(record, 0);
+}
+
+unsigned long long CFileAccess::readfirst(CVTCmdData& record, std::int32_t code)
+{
+    return d->reader().readFirst(record, code);
+}
+
+unsigned long long CFileAccess::readnext(CVTCmdData& record, std::int32_t code)
+{
+    return d->reader().readNext(record, code);
+}
+
+unsigned long long CFileAccess::readprev(CVTCmdData& record, unsigned long long time)
+{
+    return d->reader().readBefore(record, time);
 }
 
 bool CFileAccess::AtEndOfRecords() const
 {
-    return d->atEndOfRecords();
+    return d->reader().atEnd();
 }
 
 void CFileAccess::GoToFirstRecord()
@@ -225,80 +150,6 @@ void CFileAccess::GoToFirstRecord()
     if (d->shared->input != nullptr) {
         d->shared->input->cursor.seek(d->positions.firstRecord);
     }
-}
-
-unsigned long long CFileAccess::readfirst(CVTCmdData& record)
-{
-    if (d->goodInput() == nullptr || d->shared->index == nullptr ||
-        !d->shared->index->rankOf(d->positions.firstRecord)) {
-        return 0;
-    }
-    return read(record, static_cast<unsigned long long>(d->shared->index->timeAt(d->positions.firstRecord)));
-}
-
-unsigned long long CFileAccess::readnext(CVTCmdData& record)
-{
-    return read(record, 0ULL);
-}
-
-unsigned long long CFileAccess::readfirst(CVTCmdData& record, std::int32_t code)
-{
-    constexpr unsigned long long GiveUpFrom = 100;  // a time, not a count: callers depend on it
-    OpenInput* input = d->goodInput();
-    if (input == nullptr || d->shared->index == nullptr) {
-        return 0;
-    }
-    const std::int64_t fileSize = input->file.size();
-    const std::int64_t bytesBefore = d->bytesRead;
-    const Index::TimeIndex& index = *d->shared->index;
-    auto rank = index.rankOf(d->positions.firstRecord);
-    if (!rank) {
-        return 0;
-    }
-    unsigned long long following = 0;
-    for (auto entry = index.byPosition(*rank); entry && following < GiveUpFrom; entry = index.byPosition(++*rank)) {
-        following = read(record, static_cast<unsigned long long>(entry->time));
-        if (code == 0 || code == record.cmd()) {
-            if (const auto previous = index.before(following)) {
-                return previous->time;
-            }
-        }
-        if (d->bytesRead - bytesBefore > fileSize) {  // records of a damaged index overlap: there may be no end to them
-            return 0;
-        }
-    }
-    return 0;
-}
-
-unsigned long long CFileAccess::readnext(CVTCmdData& record, std::int32_t code)
-{
-    if (d->shared->index == nullptr) {
-        return 0;
-    }
-    for (;;) {
-        const unsigned long long following = read(record, 0ULL);
-        if (record.cmd() == code) {
-            if (const auto previous = d->shared->index->before(following)) {
-                return previous->time;
-            }
-        }
-        if (following == 0) {
-            return 0;
-        }
-    }
-}
-
-unsigned long long CFileAccess::readprev(CVTCmdData& record, unsigned long long time)
-{
-    if (d->goodInput() == nullptr || d->shared->index == nullptr) {
-        return 0;
-    }
-    const auto previous = d->shared->index->before(time);
-    if (!previous) {
-        return 0;
-    }
-    read(record, static_cast<unsigned long long>(previous->time));
-    return previous->time;
 }
 
 }  // namespace Recording2

@@ -70,7 +70,7 @@ bool CFileAccess::ReopenForReading()
 void CFileAccess::ReadAnew()
 {
     SharedFile& shared = *d->shared;
-    d->startRanges();
+    d->rangeWalk.startAnew();
     failIfNotRead(shared);
     shared.input = std::make_unique<OpenInput>(FileNames::native(d->path));
     failIfNotRead(shared);
@@ -186,7 +186,7 @@ void CFileAccess::ReadTablesAnew()
 {
     SharedFile& shared = *d->shared;
     shared.index = std::make_unique<Index::TimeIndex>();
-    shared.channelRangeTimes->clear();
+    shared.channelRanges->clear();
     shared.bookmarks->clear();
     d->bookmarksChanged = false;
     readTables();

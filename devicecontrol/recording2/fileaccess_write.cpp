@@ -16,7 +16,7 @@ namespace Recording2 {
 bool CFileAccess::Private::fits(std::int64_t bytes)
 {
     const auto records = static_cast<std::int64_t>(shared->index->size()) + 1;
-    const auto ranges = static_cast<std::int64_t>(shared->channelRangeTimes->size()) + 1;
+    const auto ranges = static_cast<std::int64_t>(shared->channelRanges->size()) + 1;
     const std::int64_t tables = records * Format::WidestTimeEntryBytes + ranges * std::int64_t{Format::TimeBytes};
     return bytes + tables <= Format::LastPosition - shared->output->position();
 }
@@ -107,7 +107,7 @@ unsigned long long CFileAccess::write(CVTCmdData& record, unsigned long long tim
     }
     index.add(t, position);
     if (isChannelRangeDef) {
-        d->shared->channelRangeTimes->insert(t);
+        d->shared->channelRanges->add(t);
     }
     d->lastTime = t;
     if (journal != nullptr) {

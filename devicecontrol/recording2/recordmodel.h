@@ -97,7 +97,7 @@ public:
     void set_str(const char* p, std::int32_t len);
 
 private:
-    friend class CFileAccess;  // reads into a record what may be large
+    friend class RecordReader;  // reads what may be large straight into a record
     std::int32_t m_cmd = 0;
     std::string m_data;
 };
