@@ -5,12 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "bearings/bearingssource.h"
-#include "nmea/nmeasource.h"
 #include "options.h"
-#include "sweep/sweepsource.h"
+#include "sources/bearings/bearingssource.h"
+#include "sources/nmea/nmeasource.h"
+#include "sources/sweep/sweepsource.h"
 #if defined(RECSTATION_HAS_IQ)
-#include "iq/iqsource.h"
+#include "sources/iq/iqsource.h"
 #endif
 
 namespace recstation {

@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "source.h"
+#include "sources/source.h"
 
 namespace recstation {
 

@@ -17,7 +17,7 @@
 #include "configuration.h"
 #include "plugin.h"
 #include "recordedfiles.h"
-#include "recordingwatch.h"
+#include "watch/recordingwatch.h"
 
 namespace recstation {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "clock.h"
-#include "source.h"
+#include "sources/source.h"
 
 namespace recstation {
 

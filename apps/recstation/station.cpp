@@ -12,16 +12,16 @@
 #include <recording2/inspection/rescue/leftparts.h>
 #include <terminaltext/nearestword.h>
 
-#include "bearings/bearingssource.h"
-#include "feed/feedsource.h"
 #include "input/isotime.h"
 #include "input/timeorder.h"
-#include "nmea/nmeasource.h"
 #include "overlap.h"
-#include "sim/simsource.h"
-#include "sweep/sweepsource.h"
+#include "sources/bearings/bearingssource.h"
+#include "sources/feed/feedsource.h"
+#include "sources/nmea/nmeasource.h"
+#include "sources/sim/simsource.h"
+#include "sources/sweep/sweepsource.h"
 #include "system/hostsystem.h"
-#include "unfinished.h"
+#include "watch/unfinished.h"
 
 #include <recording2/inspection/rescue/journalreader.h>
 

@@ -23,8 +23,8 @@
 #include "recordertraces.h"
 #include "runner.h"
 #include "scheduler.h"
-#include "spacewatch.h"
 #include "summary.h"
+#include "watch/spacewatch.h"
 
 namespace recstation {
 

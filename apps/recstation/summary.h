@@ -11,8 +11,8 @@
 
 #include "options.h"
 #include "recordedfiles.h"
-#include "source.h"
-#include "unfinished.h"
+#include "sources/source.h"
+#include "watch/unfinished.h"
 
 namespace recstation {
 

@@ -11,14 +11,14 @@
 #include <values/tree.h>
 #include <zelvo/archive.h>
 
-#include "bearings/bearingssource.h"
 #include "configuration.h"
 #include "documentexamples.h"
-#include "feed/feedsource.h"
-#include "nmea/nmeasource.h"
 #include "scratchfile.h"
-#include "source.h"
-#include "sweep/sweepsource.h"
+#include "sources/bearings/bearingssource.h"
+#include "sources/feed/feedsource.h"
+#include "sources/nmea/nmeasource.h"
+#include "sources/source.h"
+#include "sources/sweep/sweepsource.h"
 #include "target.h"
 
 namespace Fuzzing {

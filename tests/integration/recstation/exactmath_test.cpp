@@ -1,5 +1,5 @@
 // The simulation's own mathematics, compared with the standard library.
-#include "sim/exactmath.h"
+#include "sources/sim/exactmath.h"
 
 #include <cmath>
 

@@ -8,9 +8,9 @@
 
 #include <values/tree.h>
 
-#include "feed/feedsource.h"
 #include "feedexamples.h"
 #include "scheduler.h"
+#include "sources/feed/feedsource.h"
 
 namespace recstation {
 namespace {

@@ -1,5 +1,5 @@
 // Single lines of a feed: times, values, creations, ranges and cells, and bad lines.
-#include "feed/feedline.h"
+#include "sources/feed/feedline.h"
 
 #include <cmath>
 #include <string>

@@ -1,5 +1,5 @@
 // Whole feeds: what becomes of the values, their times, and lines that are bad.
-#include "feed/feedsource.h"
+#include "sources/feed/feedsource.h"
 
 #include <algorithm>
 #include <cmath>

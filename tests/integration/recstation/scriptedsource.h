@@ -8,7 +8,7 @@
 
 #include <vkbase/quonos.h>
 
-#include "source.h"
+#include "sources/source.h"
 
 namespace recstation {
 

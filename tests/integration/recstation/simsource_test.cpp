@@ -1,5 +1,5 @@
 // The simulated receiver and direction finder: keywords, spectra, bearings, the drive, and the seed.
-#include "sim/simsource.h"
+#include "sources/sim/simsource.h"
 
 #include <cmath>
 #include <map>
@@ -12,7 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "scheduler.h"
-#include "sim/simvalues.h"
+#include "sources/sim/simvalues.h"
 
 namespace recstation {
 namespace {

@@ -1,5 +1,5 @@
 // When an operator is told that a recording's disk runs full, and how often.
-#include "spacewatch.h"
+#include "watch/spacewatch.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

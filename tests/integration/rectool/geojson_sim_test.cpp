@@ -7,8 +7,8 @@
 
 #include "geo/geodesic.h"
 #include "geojsontesting.h"
-#include "sim/band.h"
-#include "sim/scenery.h"
+#include "sources/sim/band.h"
+#include "sources/sim/scenery.h"
 
 namespace {
 

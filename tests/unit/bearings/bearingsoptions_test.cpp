@@ -8,7 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "bearings/bearingssource.h"
+#include "sources/bearings/bearingssource.h"
 
 namespace {
 

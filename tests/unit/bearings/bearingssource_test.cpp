@@ -13,7 +13,7 @@
 #include <values/tree.h>
 #include <values/value.h>
 
-#include "bearings/bearingssource.h"
+#include "sources/bearings/bearingssource.h"
 
 namespace {
 

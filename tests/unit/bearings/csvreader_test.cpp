@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "bearings/csvreader.h"
+#include "sources/bearings/csvreader.h"
 
 namespace {
 

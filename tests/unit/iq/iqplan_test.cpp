@@ -7,8 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "iq/iqplan.h"
 #include "iqtesting.h"
+#include "sources/iq/iqplan.h"
 
 namespace {
 

@@ -11,8 +11,8 @@
 #include <values/tree.h>
 #include <values/value.h>
 
-#include "iq/iqsource.h"
 #include "iqtesting.h"
+#include "sources/iq/iqsource.h"
 
 namespace {
 

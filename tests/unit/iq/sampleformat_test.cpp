@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "iq/sampleformat.h"
+#include "sources/iq/sampleformat.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "iq/segmentreader.h"
+#include "sources/iq/segmentreader.h"
 
 namespace {
 

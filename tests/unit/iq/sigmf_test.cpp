@@ -6,8 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "iq/sigmf.h"
 #include "iqtesting.h"
+#include "sources/iq/sigmf.h"
 
 namespace {
 

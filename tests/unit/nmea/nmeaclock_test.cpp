@@ -1,7 +1,7 @@
 // The day of NMEA times: midnight, dates, and dates that lost 1,024 weeks.
 #include <gtest/gtest.h>
 
-#include "nmea/nmeaclock.h"
+#include "sources/nmea/nmeaclock.h"
 
 namespace recstation {
 namespace {

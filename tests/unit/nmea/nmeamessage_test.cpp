@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "nmea/nmeamessage.h"
+#include "sources/nmea/nmeamessage.h"
 
 namespace recstation {
 namespace {

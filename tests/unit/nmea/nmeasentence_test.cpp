@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "nmea/nmeasentence.h"
+#include "sources/nmea/nmeasentence.h"
 
 namespace recstation {
 namespace {

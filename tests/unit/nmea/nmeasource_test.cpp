@@ -13,7 +13,7 @@
 #include <values/tree.h>
 #include <values/value.h>
 
-#include "nmea/nmeasource.h"
+#include "sources/nmea/nmeasource.h"
 
 namespace recstation {
 namespace {

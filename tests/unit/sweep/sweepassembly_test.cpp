@@ -8,7 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "sweep/sweepassembly.h"
+#include "sources/sweep/sweepassembly.h"
 
 namespace recstation {
 namespace {

@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "sweep/sweeprow.h"
+#include "sources/sweep/sweeprow.h"
 
 namespace recstation {
 namespace {

@@ -15,7 +15,7 @@
 #include <values/tree.h>
 #include <values/value.h>
 
-#include "sweep/sweepsource.h"
+#include "sources/sweep/sweepsource.h"
 
 namespace recstation {
 namespace {

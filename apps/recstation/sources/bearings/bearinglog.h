@@ -1,0 +1,60 @@
+// A direction-finding log: its rows one after the other, and what is in it as a whole.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "input/timeorder.h"
+#include "sources/bearings/bearingssource.h"
+#include "sources/bearings/csvreader.h"
+#include "sources/bearings/loginput.h"
+#include "sources/bearings/rowparser.h"
+
+namespace recstation {
+
+class BearingLog {
+public:
+    /// Takes the line of every bad row and what is bad about it.
+    using BadRow = std::function<void(std::size_t line, const std::string& problem)>;
+
+    /// Opens the input and reads the header.
+    /// @throws std::runtime_error when an option cannot be used, or the header lacks a column
+    BearingLog(const BearingsOptions& options, const LogInput& input, BadRow badRow);
+
+    /// The next row that is not bad, counted if it is skipped; nothing at the end and when the process is to stop.
+    [[nodiscard]] std::optional<LogRow> next();
+
+    [[nodiscard]] const RowParser& parser() const { return m_parser; }
+    [[nodiscard]] std::uint64_t skipped() const { return m_skipped; }
+    [[nodiscard]] std::uint64_t bad() const { return m_bad; }
+
+private:
+    CsvReader m_csv;
+    RowParser m_parser;
+    BadRow m_badRow;
+    std::uint64_t m_skipped = 0;
+    std::uint64_t m_bad = 0;
+};
+
+/// The log as a whole.
+struct LogSurvey {
+    std::vector<double> channelsHz;  ///< ascending, those without bearings included
+    LoggedBearing first;
+    std::uint64_t bearings = 0;
+    TimeOrder order{"bearings", false};  ///< of the bearings; their rows are counted
+    unsigned long long lastTime = 0;     ///< the latest of all bearings
+    bool oneStation = true;              ///< all bearings are of the first one's station
+    bool hasPosition = false;
+    bool hasAltitude = false;
+};
+
+/// Reads the log to its end.
+/// @throws std::runtime_error as BearingLog does, and when there is no bearing or there are too many channels
+[[nodiscard]] LogSurvey surveyLog(const BearingsOptions& options, const LogInput& input,
+                                  const BearingLog::BadRow& badRow);
+
+}  // namespace recstation

@@ -1,0 +1,98 @@
+// The options of the source "bearings" and the example in its help.
+#include "sources/bearings/bearingssource.h"
+
+#include <stdexcept>
+
+#include <CLI/CLI.hpp>
+
+#include "input/logtime.h"
+#include "input/optionchecks.h"
+
+namespace recstation {
+
+using TerminalText::acceptedIf;
+using TerminalText::inUnit;
+
+namespace {
+
+constexpr auto bearingsExample = R"(
+Columns are found by their names in the first line, upper and lower case alike. Every row with an azimuth becomes a
+bearing on the channel of its frequency, with the row's own time; rows whose azimuth is empty, NA or NaN are skipped.
+
+Example, for a log that begins with
+  Date;Time;GID;Station;Gradosx;minx;segx;Northing;Gradosy;miny;segy;Easting;altitude;frec;channel;dial;Azimuth;species
+  01/14/17;5:31;1;E1;4;38;24.2;4.640055556;75;32;50;-74.45277778;1942;150.015;A;1;163;Myadestes ralloides
+with local times of Colombia and longitudes that are west without a sign:
+  recstation -o recordings bearings telemetria.csv --date-format MM/dd/yy --utc-offset -05:00
+    --latitude-column Gradosx,minx,segx --longitude-column Gradosy,miny,segy --west --frequency-column frec)";
+
+bool isSeparator(const std::string& text)
+{
+    return text == "auto" || text == "tab" ||
+           (text.size() == 1 && std::string("\"\r\n").find(text) == std::string::npos);
+}
+
+bool isDateFormat(const std::string& text)
+{
+    try {
+        const LogDateFormat format(text);
+        return true;
+    } catch (const std::invalid_argument&) {
+        return false;
+    }
+}
+
+void addColumns(CLI::App& command, BearingsOptions& options)
+{
+    command.add_option("--date-column", options.dateColumn, "Column of the date")->capture_default_str();
+    command.add_option("--time-column", options.timeColumn, "Column of the time of day (5:31, 05:31:07.25)")
+        ->capture_default_str();
+    command.add_option("--station-column", options.stationColumn, "Column of the station (default: station, if any)");
+    command
+        .add_option("--latitude-column", options.latitudeColumns,
+                    "Column of the latitude in degrees, or DEGREES,MINUTES,SECONDS (default: latitude, if any)")
+        ->type_name("NAME[,NAME[,NAME]]");
+    command
+        .add_option("--longitude-column", options.longitudeColumns,
+                    "Column of the longitude, in the same way (default: longitude, if any)")
+        ->type_name("NAME[,NAME[,NAME]]");
+    command.add_option("--altitude-column", options.altitudeColumn,
+                       "Column of the altitude in metres (default: altitude, if any)");
+    command.add_option("--frequency-column", options.frequencyColumn, "Column of the frequency")->capture_default_str();
+    command.add_option("--azimuth-column", options.azimuthColumn, "Column of the azimuth, 0 to 360 degrees")
+        ->capture_default_str();
+}
+
+}  // namespace
+
+void addBearingsOptions(CLI::App& command, BearingsOptions& options)
+{
+    command.footer(bearingsExample);
+    command.add_option("FILE", options.file, "Log as CSV; - is the standard input")->required()->check(noRecording());
+    command.add_option("--separator", options.separator, "A character, tab or auto (one of ; , and tab)")
+        ->check(acceptedIf(isSeparator, "one character, tab or auto"))
+        ->capture_default_str();
+    addColumns(command, options);
+    command.add_option("--date-format", options.dateFormat, "d, dd, M, MM, yy (1970 to 2069) and yyyy, as in MM/dd/yy")
+        ->check(acceptedIf(isDateFormat, "one day, month and year, as in MM/dd/yy"))
+        ->capture_default_str();
+    command.add_option("--utc-offset", options.utcOffset, "How far the log's times are ahead of UTC, as -05:00")
+        ->check(anUtcOffset())
+        ->capture_default_str();
+    command.add_option("--station", options.station, "Only the bearings of this station");
+    command.add_flag("--no-position", options.noPosition,
+                     "Leave positions and altitudes out, because nmea or another source tells them");
+    command.add_flag("--south", options.south, "Latitudes have no sign and are south");
+    command.add_flag("--west", options.west, "Longitudes have no sign and are west");
+    command.add_option("--frequency-unit", options.frequencyUnit, "Hz, kHz, MHz or GHz")
+        ->check(TerminalText::oneOf({"Hz", "kHz", "MHz", "GHz"}))
+        ->capture_default_str();
+    command
+        .add_option("--heading", options.headingDeg,
+                    "True heading of azimuth 0 in degrees, such as a compass's declination")
+        ->transform(inUnit({"deg", "°"}, -360, 360))
+        ->capture_default_str();
+    command.add_flag("--strict", options.strict, "Record nothing when a row is bad");
+}
+
+}  // namespace recstation

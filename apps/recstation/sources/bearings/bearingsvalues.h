@@ -1,0 +1,42 @@
+// The values that the direction finder of a log would show in the value tree.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include <QString>
+
+#include <values/maps.h>
+#include <values/tree.h>
+#include <values/value.h>
+
+#include "sources/bearings/bearinglog.h"
+
+namespace recstation {
+
+/// The values stay in the tree when this object goes.
+class BearingsValues {
+public:
+    /// Creates the values and sets all that does not change in the run, and where the first bearing was taken.
+    /// @param deviceName for file names: other characters than letters, digits, space, - and _ become _
+    /// @throws std::runtime_error when there is no tree, or a path holds another kind of value
+    BearingsValues(const LogSurvey& survey, double headingDeg, const QString& deviceName, const QString& valuePath);
+
+    /// @throws std::runtime_error when the survey did not see the bearing's frequency
+    void show(const LoggedBearing& bearing);
+
+private:
+    using Number = values::ValuePtr<values::ValueNumeric<double>>;
+
+    void showReceiver(const LoggedBearing& bearing);
+
+    std::vector<double> m_channelsHz;
+    values::ValuePtr<values::ValueMap<values::Bearing, values::BearingHandler>> m_map;
+    values::ValuePtr<values::ValueNumericWithOffset<double>> m_frequency;
+    // Detached where the log has none.
+    Number m_latitude;
+    Number m_longitude;
+    Number m_altitude;
+};
+
+}  // namespace recstation

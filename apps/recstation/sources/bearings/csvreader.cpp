@@ -1,0 +1,192 @@
+// Reading CSV character by character: quotes, line ends, and the guess which separator it has.
+#include "sources/bearings/csvreader.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace recstation {
+
+namespace {
+
+constexpr std::size_t bufferSize = 65'536;
+constexpr std::size_t longestRecord = 1'048'576;
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view lineEnds = "\r\n";
+
+bool endsLine(char c)
+{
+    return lineEnds.find(c) != std::string_view::npos;
+}
+
+}  // namespace
+
+char guessSeparator(std::string_view line)
+{
+    static constexpr std::array candidates = {',', ';', '\t'};
+    std::array<std::size_t, candidates.size()> counts{};
+    bool quoted = false;
+    for (const char c : line) {
+        quoted = quoted != (c == '"');
+        const auto* const found = std::find(candidates.begin(), candidates.end(), c);
+        if (!quoted && found != candidates.end()) {
+            ++counts.at(static_cast<std::size_t>(found - candidates.begin()));
+        }
+    }
+    return candidates.at(static_cast<std::size_t>(std::max_element(counts.begin(), counts.end()) - counts.begin()));
+}
+
+CsvReader::CsvReader(ByteInput input, std::optional<char> separator)
+    : m_input(std::move(input)), m_separator(separator), m_buffer(bufferSize)
+{
+}
+
+std::optional<CsvRecord> CsvReader::next()
+{
+    if (!std::exchange(m_begun, true)) {
+        begin();
+    }
+    while (const auto c = peek()) {
+        if (!endsLine(*c)) {
+            return readRecord();
+        }
+        take();
+    }
+    return std::nullopt;
+}
+
+// Fills the buffer as far as the first line reaches, to look at it.
+void CsvReader::begin()
+{
+    const auto firstLineEnd = [this] {
+        return std::string_view(m_buffer.data(), m_filled).find_first_of(lineEnds, byteOrderMark.size());
+    };
+    while (m_filled < m_buffer.size() && firstLineEnd() == std::string_view::npos) {
+        const std::size_t count = m_input(m_buffer.data() + m_filled, m_buffer.size() - m_filled);
+        if (count == 0) {
+            break;
+        }
+        m_filled += count;
+    }
+    const std::string_view start(m_buffer.data(), m_filled);
+    if (start.substr(0, byteOrderMark.size()) == byteOrderMark) {
+        m_position = byteOrderMark.size();
+    }
+    if (!m_separator) {
+        m_separator = guessSeparator(start.substr(0, firstLineEnd()));
+    }
+}
+
+bool CsvReader::fill()
+{
+    m_position = 0;
+    m_filled = m_input(m_buffer.data(), m_buffer.size());
+    return m_filled > 0;
+}
+
+std::optional<char> CsvReader::peek()
+{
+    if (m_position == m_filled && !fill()) {
+        return std::nullopt;
+    }
+    return m_buffer[m_position];
+}
+
+// Only behind a peek that saw a character.
+char CsvReader::take()
+{
+    const char c = m_buffer[m_position++];
+    if (c == '\r' || (c == '\n' && m_last != '\r')) {
+        ++m_line;
+    }
+    m_last = c;
+    return c;
+}
+
+CsvRecord CsvReader::readRecord()
+{
+    CsvRecord record;
+    record.line = m_line;
+    m_recordBytes = 0;
+    readField(record);
+    while (peek() == m_separator) {
+        take();
+        readField(record);
+    }
+    return record;
+}
+
+void CsvReader::readField(CsvRecord& record)
+{
+    // Fields count too, so that a line of nothing but separators stays bounded.
+    if (fits(record)) {
+        record.fields.emplace_back();
+    }
+    skipSpaces();
+    if (peek() != '"') {
+        readPlain(record);
+        return;
+    }
+    readQuoted(record);
+    skipSpaces();
+    if (!atFieldEnd()) {
+        record.problem = "text stands behind a closing quote";
+        readPlain(record);
+    }
+}
+
+void CsvReader::readQuoted(CsvRecord& record)
+{
+    take();
+    while (peek()) {
+        const char c = take();
+        if (c == '"') {
+            if (peek() != '"') {
+                return;
+            }
+            take();
+        }
+        keep(record, c);
+    }
+    record.problem = "a quote is not closed";
+}
+
+void CsvReader::readPlain(CsvRecord& record)
+{
+    while (!atFieldEnd()) {
+        keep(record, take());
+    }
+    std::string& field = record.fields.back();
+    field.erase(field.find_last_not_of(' ') + 1);
+}
+
+void CsvReader::skipSpaces()
+{
+    while (peek() == ' ' && m_separator != ' ') {
+        take();
+    }
+}
+
+bool CsvReader::atFieldEnd()
+{
+    const auto c = peek();
+    return !c || c == m_separator || endsLine(*c);
+}
+
+void CsvReader::keep(CsvRecord& record, char c)
+{
+    if (fits(record)) {
+        record.fields.back() += c;
+    }
+}
+
+bool CsvReader::fits(CsvRecord& record)
+{
+    if (++m_recordBytes > longestRecord) {
+        record.problem = "it is longer than 1 MiB";
+        return false;
+    }
+    return true;
+}
+
+}  // namespace recstation

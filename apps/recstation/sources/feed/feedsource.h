@@ -1,0 +1,76 @@
+// The source "feed": changes as JSON Lines, one object a line, from a file or another program.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include <QString>
+
+#include "feedline.h"
+#include "input/linereader.h"
+#include "input/timeorder.h"
+#include "movedtimes.h"
+#include "options.h"
+#include "sources/source.h"
+
+namespace recstation {
+
+/// What a feed asks of the host.
+struct FeedHost {
+    /// Switches the recorder of the name (empty: the first) on or off; false when there is none of that name.
+    std::function<bool(const QString& name, bool on)> switchRecorder;
+    /// Learns of a value that was created.
+    std::function<void(const QString& path)> created;
+    /// The latest time that the recorders were told, microseconds since 1970 UTC; may be empty.
+    std::function<unsigned long long()> toldTime;
+    /// Whether a recorder that is on records the value.
+    std::function<bool(const QString& path)> recorded;
+    InputReport report;
+};
+
+/// Bad lines are reported with their number (the first twenty), counted and passed over. Needs the value tree in force.
+class FeedSource final : public Source {
+public:
+    /// @param open called once by prepare, and by lastTime
+    /// @param startTime microseconds since 1970 UTC of the feed's time 0; with strict nextTime or step throws the first
+    /// bad line
+    FeedSource(std::function<ByteInput()> open, unsigned long long startTime, const FeedOptions& options,
+               FeedHost host);
+
+    [[nodiscard]] QString name() const override;
+    void prepare() override;
+    [[nodiscard]] std::optional<unsigned long long> nextTime() override;
+    void step() override;
+    [[nodiscard]] std::optional<unsigned long long> unfinishedTime() override;
+    [[nodiscard]] std::optional<unsigned long long> lastTime() override;
+    [[nodiscard]] bool plainValuesComeFirst() const override { return m_options.keepAt; }
+    [[nodiscard]] SourceReport report() const override { return {m_used, m_skipped, m_bad.count(), true}; }
+
+private:
+    void take(LineReader::Result result);
+    void accept(FeedLine line);
+    void apply(const FeedLine& line);
+    void keepOrder(FeedLine& line);
+    void tellMovedTimes(const FeedLine& line);
+
+    std::function<ByteInput()> m_open;
+    unsigned long long m_startTime;
+    FeedOptions m_options;
+    FeedHost m_host;
+    std::unique_ptr<LineReader> m_lines;
+    std::optional<FeedLine> m_pending;  // read, not yet carried out
+    unsigned long long m_lastAtUs = 0;
+    std::uint64_t m_used = 0;
+    std::uint64_t m_skipped = 0;
+    BadLines m_bad;
+    TimeOrder m_order;                // of the maps' own times
+    unsigned long long m_handed = 0;  // the latest time that changes were made at, as the recorders see it
+    bool m_ownTimeHolds = false;      // a map's own time is that of the plain changes behind it
+    MovedTimes m_movedTimes;
+};
+
+/// The feed from the file or the standard input that the options name.
+[[nodiscard]] std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, FeedHost host);
+
+}  // namespace recstation

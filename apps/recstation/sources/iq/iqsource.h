@@ -1,0 +1,61 @@
+// The "iq" source: a receiver's IQ samples, from a file or standard input, as spectra and levels.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <QString>
+
+#include "sources/source.h"
+
+namespace CLI {
+class App;
+}
+
+namespace recstation {
+
+/// What the command line says. What is left open is taken from SigMF metadata beside the file, where there are any.
+struct IqOptions {
+    std::string file;                ///< UTF-8; "-" is standard input
+    std::string format;              ///< cu8, ci16_le or cf32_le; empty: by metadata or the file's suffix
+    std::optional<double> rateHz;    ///< samples a second
+    std::optional<double> centreHz;  ///< frequency of 0 Hz in the samples
+    bool centreHasUnit = false;      ///< it was given as 1090M or 1090 Hz, not as 1090
+    std::string start;               ///< ISO 8601 time of the first sample; empty: by metadata, otherwise now
+    std::size_t fftSize = 1024;      ///< channels of a spectrum, even, 16 to 1,048,576
+    std::string window = "flattop";  ///< flattop, hann or blackman-harris
+    double overlapPercent = 0;       ///< overlap of consecutive FFTs, 0 to 95
+    std::size_t average = 0;         ///< FFTs averaged (in power) to one spectrum; 0: as many as last 4 ms
+    std::string spectrum = "rf";     ///< rf: a panorama scan's spectrum; if: a fixed frequency's IF spectrum
+    QString valuePath = "/Devices/Rx1";
+};
+
+/// Adds the positional FILE and the options to a command.
+void addIqOptions(CLI::App& command, IqOptions& options);
+
+/// Takes one sentence about what is left out of the samples, without the source's name.
+using IqReport = std::function<void(const QString& sentence)>;
+/// Warns in the logging category "recstation.iq".
+void logIqReport(const QString& sentence);
+
+/// Publishes, below the value path where no "/" stands in front:
+/// - spectrum rf: Scn/RfSpectrum, with the mode key 5 in Gen/DRVCOMMANDS; spectrum if: /IfMapping, with the mode key 23
+/// - /LEVEL (mean power of the samples, not a number before the first), /FREQUENCY, /IFSPAN, Scn/StartFreq,
+/// Scn/StopFreq, Scn/StepFreq,
+///   Scn/StartLevel, Scn/StopLevel, Adm/DRIVERNAME, Adm/DEVICE_TYPE
+///
+/// Levels are in dBFS: a complex tone of full scale (amplitude 127.5 in cu8, 32,768 in ci16_le, 1 in cf32_le) is
+/// 0 dBFS, silence is -200 dBFS. Of the windows only flattop shows a tone's true level wherever it lies between the
+/// channels (within 0.02 dB; hann is up to 1.4 dB low, blackman-harris up to 0.8 dB), at the price of the widest
+/// channels: noise reads 5.8 dB above its power in one channel's width (hann 1.8 dB, blackman-harris 3.0 dB).
+///
+/// A spectrum's time is that of its first sample. What is wrong with the options, the metadata or an input without a
+/// whole spectrum is thrown by prepare, which reads the first spectrum's samples; damage found later (samples that are
+/// no numbers, a cut last sample, samples that do not fill a spectrum) is reported and counted. Memory depends on the
+/// FFT size only.
+std::unique_ptr<Source> makeIqSource(const IqOptions& options, IqReport report = logIqReport);
+
+}  // namespace recstation

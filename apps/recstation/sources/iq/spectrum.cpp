@@ -1,0 +1,150 @@
+// Windows, the FFT, and the averaging of power channel by channel.
+#include "sources/iq/spectrum.h"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+#include <numbers>
+
+#include <fftw3.h>
+
+namespace recstation {
+
+namespace {
+
+/// Terms of a cosine-sum window, alternating in sign.
+std::span<const double> cosineTerms(Window window)
+{
+    static constexpr double flatTop[] = {0.21557895, 0.41663158, 0.277263158, 0.083578947, 0.006947368};
+    static constexpr double hann[] = {0.5, 0.5};
+    static constexpr double blackmanHarris[] = {0.35875, 0.48829, 0.14128, 0.01168};
+    switch (window) {
+        case Window::Hann:
+            return hann;
+        case Window::BlackmanHarris:
+            return blackmanHarris;
+        case Window::FlatTop:
+            break;
+    }
+    return flatTop;
+}
+
+struct FftwFree {
+    void operator()(fftw_complex* buffer) const { fftw_free(buffer); }
+};
+
+using FftwBuffer = std::unique_ptr<fftw_complex[], FftwFree>;
+
+FftwBuffer allocate(std::size_t size)
+{
+    FftwBuffer buffer(fftw_alloc_complex(size));
+    if (!buffer) {
+        throw std::bad_alloc();
+    }
+    return buffer;
+}
+
+}  // namespace
+
+std::optional<Window> windowByName(const std::string& name)
+{
+    if (name == "flattop") {
+        return Window::FlatTop;
+    }
+    if (name == "hann") {
+        return Window::Hann;
+    }
+    if (name == "blackman-harris") {
+        return Window::BlackmanHarris;
+    }
+    return std::nullopt;
+}
+
+std::vector<double> windowWeights(Window window, std::size_t size)
+{
+    const std::span<const double> terms = cosineTerms(window);
+    std::vector<double> weights(size);
+    const double count = static_cast<double>(size);
+    for (std::size_t n = 0; n < size; ++n) {
+        const double phase = 2 * std::numbers::pi * static_cast<double>(n) / count;
+        double sign = 1;
+        for (std::size_t k = 0; k < terms.size(); ++k) {
+            weights[n] += sign * terms[k] * std::cos(static_cast<double>(k) * phase);
+            sign = -sign;
+        }
+        // The cosines add up to nothing over the window, so its sum is the constant term's.
+        weights[n] /= terms.front() * count;
+    }
+    return weights;
+}
+
+double powerToDb(double power)
+{
+    static constexpr double silence = 1e-20;
+    return 10 * std::log10(std::max(power, silence));
+}
+
+struct SpectrumAverager::Transform {
+    explicit Transform(std::size_t size)
+        : input(allocate(size)),
+          output(allocate(size)),
+          // Estimated, not measured: the same plan, and so the same bits, in every run.
+          plan(fftw_plan_dft_1d(static_cast<int>(size), input.get(), output.get(), FFTW_FORWARD, FFTW_ESTIMATE))
+    {
+        if (plan == nullptr) {
+            throw std::bad_alloc();
+        }
+    }
+    ~Transform() { fftw_destroy_plan(plan); }
+    Transform(const Transform&) = delete;
+    Transform& operator=(const Transform&) = delete;
+
+    FftwBuffer input;
+    FftwBuffer output;
+    fftw_plan plan;
+};
+
+SpectrumAverager::SpectrumAverager(Window window, std::size_t size)
+    : m_weights(windowWeights(window, size)), m_transform(std::make_unique<Transform>(size)), m_powerSums(size)
+{
+}
+
+SpectrumAverager::~SpectrumAverager() = default;
+
+void SpectrumAverager::add(std::span<const std::complex<double>> segment)
+{
+    for (std::size_t n = 0; n < segment.size(); ++n) {
+        m_samplePowerSum += std::norm(segment[n]);
+        m_transform->input[n][0] = segment[n].real() * m_weights[n];
+        m_transform->input[n][1] = segment[n].imag() * m_weights[n];
+    }
+    fftw_execute(m_transform->plan);
+    const std::size_t half = m_powerSums.size() / 2;
+    for (std::size_t channel = 0; channel < m_powerSums.size(); ++channel) {
+        const fftw_complex& bin = m_transform->output[(channel + half) % m_powerSums.size()];
+        m_powerSums[channel] += bin[0] * bin[0] + bin[1] * bin[1];
+    }
+    ++m_segments;
+}
+
+std::vector<float> SpectrumAverager::levelsDb() const
+{
+    std::vector<float> levels(m_powerSums.size());
+    std::transform(m_powerSums.begin(), m_powerSums.end(), levels.begin(),
+                   [this](double sum) { return static_cast<float>(powerToDb(sum / static_cast<double>(m_segments))); });
+    return levels;
+}
+
+double SpectrumAverager::meanPower() const
+{
+    return m_samplePowerSum / (static_cast<double>(m_segments) * static_cast<double>(m_powerSums.size()));
+}
+
+void SpectrumAverager::clear()
+{
+    std::fill(m_powerSums.begin(), m_powerSums.end(), 0.0);
+    m_samplePowerSum = 0;
+    m_segments = 0;
+}
+
+}  // namespace recstation

@@ -1,0 +1,283 @@
+// Grouping sentences of one time, holding those without a date, spreading those without a time.
+#include "sources/nmea/nmealog.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include <QDate>
+#include <QDateTime>
+
+#include "input/logtime.h"
+#include "system/hostsystem.h"
+
+namespace recstation {
+
+namespace {
+
+constexpr std::size_t longestSentence = 4096;
+constexpr std::size_t mostWaiting = 10'000;
+constexpr long long epochJulianDay = 2'440'588;
+
+long long today()
+{
+    return QDateTime::currentDateTimeUtc().date().toJulianDay() - epochJulianDay;
+}
+
+std::string dayText(long long day)
+{
+    return QDate::fromJulianDay(day + epochJulianDay).toString(Qt::ISODate).toStdString();
+}
+
+std::optional<long long> parseDay(const std::string& text)
+{
+    if (text.empty()) {
+        return std::nullopt;
+    }
+    const auto day = LogDateFormat("yyyy-MM-dd").parse(text);
+    if (!day || *day < 0) {
+        throw std::runtime_error("nmea: --date " + text + " is no day from 1970 on, such as 2026-11-21");
+    }
+    return day;
+}
+
+}  // namespace
+
+NmeaLog::NmeaLog(const NmeaOptions& options, InputReport report)
+    : m_options(options),
+      m_bad("nmea", options.strict, std::move(report)),
+      m_order("nmea", options.strict, options.splitGapUs),
+      m_lines(openInput(options.file), longestSentence),
+      m_clock(today(), options.fixWeekRollover)
+{
+    if (const auto day = parseDay(options.date)) {
+        m_clock.start(*day);
+    }
+}
+
+std::optional<TimedFix> NmeaLog::next()
+{
+    while (m_ready.empty() && !m_ended) {
+        if (!readSentence()) {
+            if (StopSignal::requested()) {
+                return std::nullopt;
+            }
+            m_ended = true;
+            endInput();
+        }
+    }
+    return takeReady();
+}
+
+std::optional<TimedFix> NmeaLog::nextUnfinished()
+{
+    m_bad.finish();
+    m_order.finish(m_bad);
+    if (m_time) {
+        releaseGroup();
+    }
+    return takeReady();
+}
+
+std::optional<TimedFix> NmeaLog::takeReady()
+{
+    if (m_ready.empty()) {
+        return std::nullopt;
+    }
+    const TimedFix fix = m_ready.front();
+    m_ready.pop_front();
+    return fix;
+}
+
+// False at the end of the input and when the process is to stop.
+bool NmeaLog::readSentence()
+{
+    const LineReader::Result result = m_lines.next();
+    // A line that the wish to stop cut short is none.
+    if (result == LineReader::Result::End || StopSignal::requested()) {
+        return false;
+    }
+    try {
+        take(result);
+    } catch (const LineError& error) {
+        m_bad.add(m_lines.number(), error.what());
+    }
+    return true;
+}
+
+void NmeaLog::take(LineReader::Result result)
+{
+    if (result == LineReader::Result::TooLong) {
+        throw LineError("it is longer than " + std::to_string(longestSentence) + " bytes");
+    }
+    const auto sentence = parseNmeaSentence(m_lines.line());
+    if (!sentence) {
+        ++m_skipped;
+        return;
+    }
+    const auto message = readNmeaMessage(*sentence);
+    if (message) {
+        requireChecksum(*sentence);
+    }
+    if (!message || message->fix.empty()) {
+        ++m_skipped;
+    }
+    if (message) {
+        accept(*message);
+    }
+}
+
+// A sentence that was cut lacks the checksum that others of its talker and type have.
+void NmeaLog::requireChecksum(const NmeaSentence& sentence)
+{
+    if (sentence.hasChecksum) {
+        m_checksums.emplace(sentence.address);
+    } else if (m_checksums.count(sentence.address) > 0) {
+        throw LineError("it lacks the checksum that " + std::string(sentence.address) + " had before");
+    }
+}
+
+void NmeaLog::accept(const NmeaMessage& message)
+{
+    if (message.fix.empty() && !message.timeOfDay) {
+        return;
+    }
+    NmeaMessage dated = message;
+    dated.day = message.day && m_options.date.empty() ? std::optional(m_clock.corrected(*message.day)) : std::nullopt;
+    if (!m_clock.started()) {
+        holdUntilDate(dated);
+    } else {
+        place({m_lines.number(), dated});
+    }
+}
+
+void NmeaLog::holdUntilDate(const NmeaMessage& message)
+{
+    m_held.push_back({m_lines.number(), message});
+    if (message.day && message.timeOfDay) {
+        releaseHeld();
+    } else if (m_held.size() >= mostWaiting) {
+        throw std::runtime_error("nmea: the first " + std::to_string(mostWaiting) + " sentences of " +
+                                 inputName(m_options.file) + " tell no date: name it with --date");
+    }
+}
+
+// The date that came last is counted back to the first time of day.
+void NmeaLog::releaseHeld()
+{
+    constexpr long long halfDay = 43'200'000'000;
+    long long day = m_held.back().message.day.value();
+    std::optional<long long> later;
+    for (auto entry = m_held.rbegin(); entry != m_held.rend(); ++entry) {
+        if (const auto time = entry->message.timeOfDay) {
+            day -= later && *time > *later + halfDay ? 1 : 0;
+            later = time;
+        }
+    }
+    m_clock.start(day);
+    for (const Entry& entry : std::exchange(m_held, {})) {
+        place(entry);
+    }
+}
+
+void NmeaLog::place(const Entry& entry)
+{
+    const NmeaMessage& message = entry.message;
+    if (message.timeOfDay) {
+        const long long measured = std::max(m_clock.at(*message.timeOfDay, message.day), 0LL);
+        const auto time = static_cast<long long>(m_order.take(static_cast<unsigned long long>(measured), entry.line));
+        if (!m_time || time != *m_time) {
+            closeGroup(entry.line, time);
+        }
+    }
+    m_group.push_back({entry.line, message.timeOfDay.has_value(), m_time.value_or(0), message.fix});
+    if (m_group.size() >= mostWaiting) {
+        if (!m_time) {
+            throw std::runtime_error("nmea: the first " + std::to_string(mostWaiting) + " sentences of " +
+                                     inputName(m_options.file) + " tell no time");
+        }
+        releaseGroup();
+    }
+}
+
+// Another time came: now everything of the group has its time.
+void NmeaLog::closeGroup(std::size_t line, long long time)
+{
+    if (m_time) {
+        if (!isGap(time)) {
+            spreadUntimed(line, time);
+        }
+    } else {
+        for (Waiting& waiting : m_group) {
+            waiting.time = time;
+        }
+    }
+    releaseGroup();
+    m_time = time;
+}
+
+bool NmeaLog::isGap(long long time) const
+{
+    return m_options.splitGapUs && isBeyond(static_cast<unsigned long long>(*m_time),
+                                            static_cast<unsigned long long>(time), *m_options.splitGapUs);
+}
+
+// Sentences without a time, from the timed one before the first of them to the later time, by their lines. Timed ones
+// behind them come first.
+void NmeaLog::spreadUntimed(std::size_t line, long long time)
+{
+    const auto firstUntimed =
+        std::find_if(m_group.begin(), m_group.end(), [](const Waiting& waiting) { return !waiting.timed; });
+    if (firstUntimed == m_group.end()) {
+        return;
+    }
+    // A group of very many is released early and then begins without its timed sentence.
+    const std::size_t from = firstUntimed == m_group.begin() ? firstUntimed->line : std::prev(firstUntimed)->line;
+    const auto span = static_cast<double>(time - *m_time);
+    const auto lines = static_cast<double>(line - from);
+    for (auto waiting = firstUntimed; waiting != m_group.end(); ++waiting) {
+        if (!waiting->timed) {
+            const double part = static_cast<double>(waiting->line - from) / lines;
+            waiting->time = *m_time + static_cast<long long>(part * span);
+        }
+    }
+    std::stable_sort(m_group.begin(), m_group.end(),
+                     [](const Waiting& a, const Waiting& b) { return a.time < b.time; });
+}
+
+void NmeaLog::releaseGroup()
+{
+    for (const Waiting& waiting : m_group) {
+        if (!waiting.fix.empty()) {
+            m_ready.push_back({static_cast<unsigned long long>(waiting.time), waiting.fix});
+        }
+    }
+    m_group.clear();
+}
+
+void NmeaLog::endInput()
+{
+    m_bad.finish();
+    m_order.finish(m_bad);
+    const std::string counts =
+        " (" + std::to_string(m_skipped) + " lines skipped, " + std::to_string(m_bad.count()) + " bad)";
+    if (!m_clock.started() && !m_held.empty()) {
+        throw std::runtime_error("nmea: " + inputName(m_options.file) + " tells no date: name it with --date");
+    }
+    if (!m_time) {
+        throw std::runtime_error("nmea: " + inputName(m_options.file) + " tells no time and position" + counts);
+    }
+    releaseGroup();
+    if (const auto day = m_clock.rolledBack()) {
+        m_bad.say(m_options.fixWeekRollover
+                      ? "the date " + dayText(*day) + " and others as old were set 1,024 weeks later"
+                      : "there is the date " + dayText(*day) +
+                            "; if the receiver lost 1,024 weeks, as GPS receivers do when their week counter rolls "
+                            "over, record with --fix-week-rollover");
+    }
+    if (m_clock.midnights() > 0) {
+        m_bad.say("midnight passed " + std::to_string(m_clock.midnights()) + " times without a date");
+    }
+}
+
+}  // namespace recstation

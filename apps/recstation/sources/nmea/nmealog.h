@@ -1,0 +1,91 @@
+// NMEA 0183 sentences as fixes with times, in the order of the times.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "input/badlines.h"
+#include "input/linereader.h"
+#include "input/timeorder.h"
+#include "sources/nmea/nmeaclock.h"
+#include "sources/nmea/nmeamessage.h"
+#include "sources/nmea/nmeasource.h"
+
+namespace recstation {
+
+struct TimedFix {
+    unsigned long long time =
+        0;  ///< microseconds since 1970 UTC; not earlier than that of the fix before, but behind a gap
+    NmeaFix fix;
+};
+
+/// A sentence without a time lies between the timed sentence before it and the next one of a later time, as its line
+/// lies between theirs; behind the last timed sentence it has its time, before the first one that one's. A sentence
+/// whose time is earlier than one before has the latest time so far. Gaps that part recordings: between them no line
+/// lies, and behind one the time may be earlier.
+class NmeaLog {
+public:
+    /// Opens the input.
+    /// @throws std::runtime_error for a wrong date, or when the input cannot be opened
+    NmeaLog(const NmeaOptions& options, InputReport report);
+
+    /// Nothing at the end and when the process is to stop.
+    /// @throws std::runtime_error when there is no time or no date to be found
+    [[nodiscard]] std::optional<TimedFix> next();
+    /// What was read and waits for the next time, with the latest time. For when the process is to stop.
+    [[nodiscard]] std::optional<TimedFix> nextUnfinished();
+
+    /// Everything that can be given so far was given.
+    [[nodiscard]] bool waitsForInput() const { return m_ready.empty() && !m_ended; }
+
+    [[nodiscard]] std::uint64_t skipped() const { return m_skipped; }
+    [[nodiscard]] std::uint64_t bad() const { return m_bad.count(); }
+
+private:
+    struct Entry {
+        std::size_t line;
+        NmeaMessage message;
+    };
+    struct Waiting {
+        std::size_t line;
+        bool timed;
+        long long time;
+        NmeaFix fix;
+    };
+
+    bool readSentence();
+    void take(LineReader::Result result);
+    void requireChecksum(const NmeaSentence& sentence);
+    void accept(const NmeaMessage& message);
+    void holdUntilDate(const NmeaMessage& message);
+    void releaseHeld();
+    void place(const Entry& entry);
+    void closeGroup(std::size_t line, long long time);
+    [[nodiscard]] bool isGap(long long time) const;
+    void spreadUntimed(std::size_t line, long long time);
+    void releaseGroup();
+    void endInput();
+    std::optional<TimedFix> takeReady();
+
+    NmeaOptions m_options;
+    BadLines m_bad;
+    TimeOrder m_order;
+    LineReader m_lines;
+    NmeaClock m_clock;
+    std::vector<Entry> m_held;        // until a date is known
+    std::vector<Waiting> m_group;     // of one time, until a later one is known
+    std::optional<long long> m_time;  // the latest
+    std::deque<TimedFix> m_ready;
+    std::uint64_t m_skipped = 0;
+    std::set<std::string, std::less<>> m_checksums;  // addresses of sentences that had one
+    bool m_ended = false;
+};
+
+}  // namespace recstation

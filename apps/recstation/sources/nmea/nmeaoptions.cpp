@@ -1,0 +1,42 @@
+// The options of the source "nmea" and the examples in its help.
+#include "sources/nmea/nmeasource.h"
+
+#include <CLI/CLI.hpp>
+
+#include "input/logtime.h"
+#include "input/optionchecks.h"
+
+namespace recstation {
+
+using TerminalText::acceptedIf;
+
+namespace {
+
+constexpr auto nmeaExample = R"(
+Position, altitude, speed, heading, pitch and roll from GGA, RMC, VTG, HDT, HDG (with variation) and PASHR of any
+talker. Other sentences are skipped. Times are those of the sentences, dates those of RMC.
+
+Examples:
+  recstation -o recordings nmea drive.log
+  recstation -o recordings nmea compass.log --date 2026-11-21
+  recstation -o recordings sweep night.csv nmea drive.log --fix-week-rollover)";
+
+}  // namespace
+
+void addNmeaOptions(CLI::App& command, NmeaOptions& options)
+{
+    command.footer(nmeaExample);
+    command.add_option("FILE", options.file, "NMEA 0183 sentences; - is the standard input")
+        ->required()
+        ->check(noRecording());
+    command.add_option("--date", options.date, "Day of the first time, as 2026-11-21; the dates in RMC do not count")
+        ->type_name("DATE")
+        ->check(acceptedIf(
+            [](const std::string& text) { return LogDateFormat("yyyy-MM-dd").parse(text).value_or(-1) >= 0; },
+            "a day from 1970 on such as 2026-11-21"));
+    command.add_flag("--fix-week-rollover", options.fixWeekRollover,
+                     "Add 1,024 weeks to dates that a receiver may have rolled back");
+    command.add_flag("--strict", options.strict, "The first bad line ends the run");
+}
+
+}  // namespace recstation

@@ -1,0 +1,43 @@
+// The "nmea" source: where the station is and how it lies, from NMEA 0183 in a file or on standard input.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <QString>
+
+#include "input/badlines.h"
+#include "sources/source.h"
+
+namespace CLI {
+class App;
+}
+
+namespace recstation {
+
+/// What the command line says.
+struct NmeaOptions {
+    std::string file;              ///< UTF-8; "-" is standard input
+    std::string date;              ///< day of the first time, as 2026-11-21, instead of the dates in RMC
+    bool fixWeekRollover = false;  ///< add 1,024 weeks to dates that a receiver may have rolled back
+    bool strict = false;           ///< the first bad line ends the run
+    std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back behind them
+    QString valuePath;                             ///< of a device to be named after the file; empty: none
+};
+
+/// Adds the positional FILE and the options to a command.
+void addNmeaOptions(CLI::App& command, NmeaOptions& options);
+
+/// Warns in the logging category "recstation.nmea".
+void logNmeaReport(const QString& sentence);
+
+/// Publishes /LOCATIONLATITUDE and /LOCATIONLONGITUDE (degrees, north and east positive), /ALTITUDE (metres above mean
+/// sea level), /VELOCITY (metres a second), /TRUEHEADING, /PITCH and /ROLL (degrees). Values that nobody else made are
+/// not a number until a sentence gives them. With a value path also Adm/DRIVERNAME and Adm/DEVICE_TYPE below it.
+///
+/// Sentences without a time lie between the timed sentences around them, see NmeaLog. nextTime throws when the input
+/// holds no time or no date, and with strict at the first bad line. Memory is bounded.
+std::unique_ptr<Source> makeNmeaSource(const NmeaOptions& options, InputReport report = logNmeaReport);
+
+}  // namespace recstation

@@ -1,0 +1,49 @@
+// The "sweep" source: the CSV that sweep programs of receivers write, from a file or standard input.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <QString>
+
+#include "input/badlines.h"
+#include "sources/source.h"
+
+namespace CLI {
+class App;
+}
+
+namespace recstation {
+
+/// What the command line says.
+struct SweepOptions {
+    std::string file;                              ///< UTF-8; "-" is standard input
+    std::string utcOffset = "UTC";                 ///< local time minus UTC: "-05:00"
+    std::string binFrequency = "centre";           ///< centre or lower: where in its bin a value's channel lies
+    bool strict = false;                           ///< the first bad line ends the run
+    std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back behind them
+    QString valuePath = "/Devices/Rx1";
+};
+
+/// Adds the positional FILE and the options to a command.
+void addSweepOptions(CLI::App& command, SweepOptions& options);
+
+/// Warns in the logging category "recstation.sweep".
+void logSweepReport(const QString& sentence);
+
+/// Publishes, below the value path:
+/// - Scn/RfSpectrum, one change a sweep, with the time of the sweep's first row as the map's time stamp, and the mode
+///   key 5 (panorama scan) in Gen/DRVCOMMANDS
+/// - Scn/StartFreq, Scn/StopFreq (edges of the sweep), Scn/StepFreq (width of its first row's bins), which change with
+///   the range of the sweeps; Scn/StartLevel, Scn/StopLevel, Adm/DRIVERNAME, Adm/DEVICE_TYPE
+///
+/// A sweep ends where a row covers again what one of its rows covered, where a row of another time lies below all of
+/// them, at the end of the input, or, once two sweeps in a row had the same rows, with the last of these. A stop of the
+/// process leaves what was read of a sweep as unfinished.
+///
+/// nextTime throws when the input holds no sweep, and with strict at the first bad line. Where times go back, nextTime
+/// and the map's time stamp stay at the latest time so far. Memory depends on the values of one sweep only.
+std::unique_ptr<Source> makeSweepSource(const SweepOptions& options, InputReport report = logSweepReport);
+
+}  // namespace recstation
