@@ -4,11 +4,12 @@
 #include <cstdio>
 #include <exception>
 
+#include <system/program.h>
+
 #include "commandline.h"
 #include "progress.h"
 #include "station.h"
 #include "summary.h"
-#include "system/hostsystem.h"
 
 namespace recstation {
 
@@ -42,7 +43,7 @@ ExitCode reportFailure(const std::exception& error, const Options& options, Mess
 
 ExitCode record(const Options& options)
 {
-    Messages messages(standardErrorIsTerminal(), options.quiet);
+    Messages messages(System::isTerminal(System::Stream::Error), options.quiet);
     try {
         Station station(options, messages);
         const Summary summary = station.run();

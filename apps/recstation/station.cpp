@@ -20,7 +20,7 @@
 #include "sources/nmea/nmeasource.h"
 #include "sources/sim/simsource.h"
 #include "sources/sweep/sweepsource.h"
-#include "system/hostsystem.h"
+#include "system/stopnotifier.h"
 #include "watch/unfinished.h"
 
 #include <recording2/inspection/rescue/journalreader.h>
@@ -157,7 +157,7 @@ Station::Station(const Options& options, Messages& messages, FreeSpace freeSpace
       m_archiveWait(static_cast<std::int64_t>(options.archiveWaitSeconds * 1'000)),
       m_scheduler(m_clock, [this](unsigned long long time) { beforeStep(time); }),
       m_runner(m_scheduler, options.speed,
-               {[this] { afterStep(); }, [this] { return StopSignal::requested() || !canRecord(); },
+               {[this] { afterStep(); }, [this] { return System::StopSignal::requested() || !canRecord(); },
                 [this] { rescueFiles(); }}),
       m_space(std::move(freeSpace)),
       m_allowGap(options.allowGap || options.splitGapUs),
@@ -319,7 +319,7 @@ bool Station::switchRecorder(const QString& name, bool on)
 Summary Station::run()
 {
     // Until the last file is closed.
-    const StopSignal stopSignal([this] { m_runner.wake(); });
+    const StopNotifier stopNotifier([this] { m_runner.wake(); });
     Summary summary;
     try {
         recoverEarlier(summary);
@@ -350,7 +350,7 @@ void Station::recoverEarlier(Summary& summary)
     }
     UnfinishedHooks hooks;
     hooks.report = [this](const UnfinishedRecording& unfinished) { m_messages.message(unfinished.sentence()); };
-    hooks.interrupted = [] { return StopSignal::requested(); };
+    hooks.interrupted = [] { return System::StopSignal::requested(); };
     QStringList directories;
     for (const auto& recorder : m_recorders) {
         const QString directory = QFileInfo(recorder->directory()).canonicalFilePath();
@@ -372,13 +372,13 @@ void Station::record()
     m_sinceStart.start();
     m_sinceSpaceCheck.start();
     m_sinceFileCheck.start();
-    const IdleWork idle([this] { rescueFiles(); });
+    const System::IdleWork idle([this] { rescueFiles(); });
     if (!m_allowGap && m_scheduler.sources().size() > 1) {
         requireOverlap(m_scheduler.sources(), defaultGapUs);
     }
     if (!m_toStart.empty()) {
         auto first = m_scheduler.nextTime();
-        if (!first && StopSignal::requested()) {
+        if (!first && System::StopSignal::requested()) {
             first = m_scheduler.unfinishedTime();
         }
         m_clock.set(first.value_or(m_clock.CurrentTime()));
@@ -388,7 +388,7 @@ void Station::record()
     tellStops();
     m_counter.follow(m_tree);
     m_runner.run();
-    while (StopSignal::requested() && m_scheduler.unfinishedTime()) {
+    while (System::StopSignal::requested() && m_scheduler.unfinishedTime()) {
         m_scheduler.stepUnfinished();
         afterStep();
     }
@@ -526,9 +526,9 @@ void Station::finishArchive(Summary& summary)
         }
     }
     // A run that was broken off by a signal was to end soon; a second one ends the process at once.
-    const bool brokenOff = StopSignal::requested();
-    const ArchiveReport archive =
-        m_archive->finish(addresses, m_archiveWait, [brokenOff] { return !brokenOff && StopSignal::requested(); });
+    const bool brokenOff = System::StopSignal::requested();
+    const ArchiveReport archive = m_archive->finish(
+        addresses, m_archiveWait, [brokenOff] { return !brokenOff && System::StopSignal::requested(); });
     Summary::Archive& result = summary.archive.emplace();
     result.problem = archive.problem;
     result.unregistered = summary.files.size() - registered.size();

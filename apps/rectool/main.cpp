@@ -1,13 +1,13 @@
 // rectool: looks into recording files and edits what was noted in them.
 #include <iostream>
 
+#include <system/program.h>
+
 #include "commandline/program.h"
-#include "system/filenames.h"
-#include "system/terminal.h"
 
 int main(int argc, char** argv)
 {
-    RecTool::prepareOutput();
+    System::prepareStandardStreams(System::ClosedStream::RefusesAll);
     std::ios::sync_with_stdio(false);
-    return RecTool::CommandLine::run(RecTool::argumentsOf(argc, argv));
+    return RecTool::CommandLine::run(System::argumentsOf(argc, argv));
 }

@@ -2,10 +2,13 @@
 #include "service.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include <QDateTime>
 #include <QLockFile>
 
+#include <system/stopsignal.h>
+#include <terminaltext/terminaltext.h>
 #include <zelvo/archive.h>
 
 #include "report.h"
@@ -14,36 +17,49 @@ namespace zelvod {
 
 namespace {
 
+using System::StopSignal;
 using Zelvo::MoverReport;
+
+void complain(const QString& sentence)
+{
+    const std::string line = "zelvod: " + TerminalText::oneLine(sentence.toStdString()) + '\n';
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
+}
+
+// @return false when nobody can read it any more
+bool write(const std::string& text)
+{
+    return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+}
 
 class Service {
 public:
-    Service(const Options& options, const Surroundings& surroundings, const Zelvo::ArchiveConfiguration& configuration)
-        : m_options(options), m_surroundings(surroundings), m_mover(configuration)
+    Service(const Options& options, const Zelvo::ArchiveConfiguration& configuration)
+        : m_options(options), m_mover(configuration)
     {
     }
 
     ExitCode runOnce()
     {
-        const MoverReport report = m_mover.runPending(m_surroundings.stopRequested);
+        const MoverReport report = m_mover.runPending(StopSignal::requested);
         const bool told = tell(report);
         if (report.otherMover) {
-            m_surroundings.complain(QStringLiteral("another mover of this station is at work"));
+            complain(QStringLiteral("another mover of this station is at work"));
         }
         const bool complete = report.failed == 0 && report.problem.isEmpty() && !report.otherMover &&
                               !report.interrupted && report.nextRunMs < 0;
         return complete && told ? ExitCode::Success : ExitCode::Incomplete;
     }
 
-    ExitCode runUntilStopped()
+    ExitCode runUntilStopped(const StopSignal& stop)
     {
-        while (!m_surroundings.stopRequested()) {
-            const MoverReport report = m_mover.runPending(m_surroundings.stopRequested);
+        while (!StopSignal::requested()) {
+            const MoverReport report = m_mover.runPending(StopSignal::requested);
             if (!tell(report)) {
                 return ExitCode::Incomplete;
             }
-            if (!m_surroundings.stopRequested()) {
-                m_surroundings.wait(pauseAfter(report));
+            if (!StopSignal::requested()) {
+                stop.wait(pauseAfter(report));
             }
         }
         return ExitCode::Success;
@@ -64,23 +80,23 @@ private:
         bool told = true;
         if (m_options.json) {
             const bool worthIt = m_options.once || isNews(report, m_lastProblem);
-            told = !worthIt || m_surroundings.out(jsonLine(report, QDateTime::currentMSecsSinceEpoch()));
+            told = !worthIt || write(jsonLine(report, QDateTime::currentMSecsSinceEpoch()));
         } else {
             const QString lines = text(report, m_lastProblem, m_options.quiet);
-            told = lines.isEmpty() || m_surroundings.out(lines.toStdString());
+            told = lines.isEmpty() || write(lines.toStdString());
         }
         m_lastProblem = report.problem;
         return told;
     }
 
     const Options& m_options;
-    const Surroundings& m_surroundings;
     Zelvo::Mover m_mover;
     QString m_lastProblem;
 };
 
-ExitCode run(const Options& options, const Surroundings& surroundings)
+ExitCode run(const Options& options)
 {
+    const StopSignal stop;
     const Zelvo::ArchiveConfiguration configuration = Zelvo::LoadArchiveConfiguration(options.config);
     if (options.setUp) {
         Zelvo::SetUpArchive(configuration);
@@ -89,24 +105,24 @@ ExitCode run(const Options& options, const Surroundings& surroundings)
     QLockFile only(configuration.directory + QStringLiteral("/zelvod.lock"));
     only.setStaleLockTime(0);
     if (!only.tryLock(0)) {
-        surroundings.complain(only.error() == QLockFile::LockFailedError
-                                  ? QStringLiteral("another zelvod serves %1").arg(configuration.directory)
-                                  : QStringLiteral("cannot write into %1; is the archive set up (zelvod --set-up)?")
-                                        .arg(configuration.directory));
+        complain(only.error() == QLockFile::LockFailedError
+                     ? QStringLiteral("another zelvod serves %1").arg(configuration.directory)
+                     : QStringLiteral("cannot write into %1; is the archive set up (zelvod --set-up)?")
+                           .arg(configuration.directory));
         return ExitCode::CannotRun;
     }
-    Service service(options, surroundings, configuration);
-    return options.once ? service.runOnce() : service.runUntilStopped();
+    Service service(options, configuration);
+    return options.once ? service.runOnce() : service.runUntilStopped(stop);
 }
 
 }  // namespace
 
-ExitCode runService(const Options& options, const Surroundings& surroundings)
+ExitCode runService(const Options& options)
 {
     try {
-        return run(options, surroundings);
+        return run(options);
     } catch (const std::exception& error) {
-        surroundings.complain(QString::fromUtf8(error.what()));
+        complain(QString::fromUtf8(error.what()));
         return ExitCode::CannotRun;
     }
 }

@@ -3,13 +3,13 @@
 
 #include <memory>
 
-#include "system/hostsystem.h"
+#include <system/stopsignal.h>
 
 namespace recstation {
 
 ByteInput openInput(const std::string& file)
 {
-    const auto input = std::make_shared<InterruptibleInput>(QString::fromStdString(file));
+    const auto input = std::make_shared<System::InterruptibleInput>(file);
     return [input](char* buffer, std::size_t size) { return input->read(buffer, size); };
 }
 

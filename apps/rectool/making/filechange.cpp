@@ -4,11 +4,12 @@
 #include <iostream>
 #include <vector>
 
+#include <system/program.h>
+
 #include "printing/output.h"
 #include "printing/progress.h"
 #include "printing/text.h"
 #include "system/filenames.h"
-#include "system/terminal.h"
 
 namespace RecTool {
 
@@ -83,7 +84,7 @@ ExitCode FileChange::confirm(const std::string& question) const
     if (m_yes) {
         return ExitCode::Fine;
     }
-    if (!inputComesFromTerminal()) {
+    if (!System::isTerminal(System::Stream::Input)) {
         return refuse(ExitCode::Usage, "There is no terminal to ask at; --yes changes the file without asking.");
     }
     std::cerr << printedName(m_file) << ": " << oneLine(question) << "? [y/N] " << std::flush;

@@ -4,8 +4,9 @@
 #include <iostream>
 #include <utility>
 
+#include <system/program.h>
+
 #include "output.h"
-#include "system/terminal.h"
 
 namespace RecTool {
 
@@ -20,7 +21,7 @@ Progress::~Progress()
 
 std::function<void(std::int64_t, std::int64_t)> Progress::callback()
 {
-    if (!errorsGoToTerminal()) {
+    if (!System::isTerminal(System::Stream::Error)) {
         return {};
     }
     return [this](std::int64_t done, std::int64_t all) { show(done, all); };

@@ -4,11 +4,7 @@
 #include <recording2/inspection/filename.h>
 
 #if defined(_WIN32)
-#include <memory>
-
 #include <windows.h>
-
-#include <shellapi.h>
 #else
 #include <QFile>
 #endif
@@ -16,18 +12,6 @@
 namespace RecTool {
 
 #if defined(_WIN32)
-
-// The C runtime has the arguments in a code page that lacks most characters.
-std::vector<std::string> argumentsOf(int /*argc*/, const char* const* /*argv*/)
-{
-    int count = 0;
-    const std::unique_ptr<LPWSTR, decltype(&LocalFree)> wide(CommandLineToArgvW(GetCommandLineW(), &count), LocalFree);
-    std::vector<std::string> arguments;
-    for (int i = 1; i < count; ++i) {
-        arguments.push_back(QString::fromWCharArray(wide.get()[i]).toStdString());
-    }
-    return arguments;
-}
 
 std::string forLibrary(const std::string& name)
 {
@@ -45,11 +29,6 @@ QString forQt(const std::string& name)
 }
 
 #else
-
-std::vector<std::string> argumentsOf(int argc, const char* const* argv)
-{
-    return argc < 2 ? std::vector<std::string>() : std::vector<std::string>(argv + 1, argv + argc);
-}
 
 std::string forLibrary(const std::string& name)
 {

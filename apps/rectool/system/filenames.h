@@ -4,14 +4,10 @@
 
 #include <filesystem>
 #include <string>
-#include <vector>
 
 #include <QString>
 
 namespace RecTool {
-
-/// The arguments behind the program's name.
-[[nodiscard]] std::vector<std::string> argumentsOf(int argc, const char* const* argv);
 
 /// The 8-bit name that CFileAccess takes. A character that has none there becomes a "?", which is in no name of
 /// Windows: opening such a file fails.

@@ -3,8 +3,9 @@
 
 #include <iostream>
 
+#include <system/program.h>
+
 #include "printing/output.h"
-#include "terminal.h"
 
 #if !defined(_WIN32)
 #include <fcntl.h>
@@ -68,7 +69,7 @@ bool isThere(const std::string& command)
 
 Pager::Pager(bool wanted)
 {
-    const std::string command = wanted && outputGoesToTerminal() ? pagerCommand() : "";
+    const std::string command = wanted && System::isTerminal(System::Stream::Output) ? pagerCommand() : "";
     std::array<int, 2> ends{};
     if (command.empty() || !isThere(command) || pipe2(ends.data(), O_CLOEXEC) != 0) {
         return;
@@ -83,11 +84,11 @@ Pager::Pager(bool wanted)
         m_output = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
         m_errors = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0);
         static_cast<void>(dup2(ends[1], STDOUT_FILENO));
-        if (errorsGoToTerminal()) {  // or the two would write over each other
+        if (System::isTerminal(System::Stream::Error)) {  // or the two would write over each other
             static_cast<void>(dup2(ends[1], STDERR_FILENO));
         }
         letReaderLeave();
-        static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+        System::ignoreBrokenPipes();
         static_cast<void>(std::signal(SIGINT, SIG_IGN));  // it is for the pager, whose end ends the writing
     }
     close(ends[0]);

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "system/hostsystem.h"
+#include <system/stopsignal.h>
 
 namespace recstation {
 
@@ -64,7 +64,7 @@ std::optional<LogRow> BearingLog::next()
 {
     auto record = m_csv.next();
     // Whoever stops the run may well cut a row short.
-    while (record && !StopSignal::requested()) {
+    while (record && !System::StopSignal::requested()) {
         try {
             LogRow row = m_parser.parse(*record);
             m_skipped += row.bearing ? 0U : 1U;

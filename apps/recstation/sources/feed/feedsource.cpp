@@ -6,6 +6,7 @@
 
 #include <QDateTime>
 
+#include <system/stopsignal.h>
 #include <values/tree.h>
 #include <vkbase/vkexception.h>
 
@@ -52,7 +53,7 @@ std::optional<unsigned long long> FeedSource::nextTime()
     while (!m_pending) {
         const LineReader::Result result = m_lines->next();
         // A line that the wish to stop cut short is none.
-        if (result == LineReader::Result::End || StopSignal::requested()) {
+        if (result == LineReader::Result::End || System::StopSignal::requested()) {
             m_bad.finish();
             m_order.finish(m_bad);
             return std::nullopt;

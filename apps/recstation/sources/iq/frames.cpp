@@ -4,7 +4,7 @@
 #include <cmath>
 #include <utility>
 
-#include "system/hostsystem.h"
+#include <system/stopsignal.h>
 
 namespace recstation {
 
@@ -73,7 +73,7 @@ void FrameReader::reportEnd()
                      .arg(frameLength()));
     }
     // Whoever stops the run may well do so in the middle of a sample.
-    if (m_segments.bytesLeftOver() > 0 && !StopSignal::requested()) {
+    if (m_segments.bytesLeftOver() > 0 && !System::StopSignal::requested()) {
         ++m_bad;
         m_report(QStringLiteral("the input ends with %1 bytes that are no whole sample: is the format right?")
                      .arg(m_segments.bytesLeftOver()));

@@ -8,8 +8,9 @@
 #include <QDate>
 #include <QDateTime>
 
+#include <system/stopsignal.h>
+
 #include "input/logtime.h"
-#include "system/hostsystem.h"
 
 namespace recstation {
 
@@ -59,7 +60,7 @@ std::optional<TimedFix> NmeaLog::next()
 {
     while (m_ready.empty() && !m_ended) {
         if (!readSentence()) {
-            if (StopSignal::requested()) {
+            if (System::StopSignal::requested()) {
                 return std::nullopt;
             }
             m_ended = true;
@@ -94,7 +95,7 @@ bool NmeaLog::readSentence()
 {
     const LineReader::Result result = m_lines.next();
     // A line that the wish to stop cut short is none.
-    if (result == LineReader::Result::End || StopSignal::requested()) {
+    if (result == LineReader::Result::End || System::StopSignal::requested()) {
         return false;
     }
     try {

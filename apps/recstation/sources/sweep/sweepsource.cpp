@@ -8,12 +8,13 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 
+#include <system/stopsignal.h>
+
 #include "input/linereader.h"
 #include "input/timeorder.h"
 #include "sources/sweep/sweepassembly.h"
 #include "sources/sweep/sweeprow.h"
 #include "sources/sweep/sweepvalues.h"
-#include "system/hostsystem.h"
 
 namespace recstation {
 
@@ -100,7 +101,7 @@ bool SweepSource::readSweep()
                 continue;
             }
             m_rowWaits = true;
-        } else if (StopSignal::requested()) {
+        } else if (System::StopSignal::requested()) {
             return false;
         } else {
             m_ended = true;
@@ -122,7 +123,7 @@ bool SweepSource::readRow()
     for (;;) {
         const LineReader::Result result = m_lines->next();
         // A line that the wish to stop cut short is none.
-        if (result == LineReader::Result::End || StopSignal::requested()) {
+        if (result == LineReader::Result::End || System::StopSignal::requested()) {
             return false;
         }
         try {
