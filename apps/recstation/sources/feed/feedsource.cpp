@@ -11,7 +11,6 @@
 #include <vkbase/vkexception.h>
 
 #include "feedapply.h"
-#include "system/hostsystem.h"
 
 namespace recstation {
 
