@@ -171,12 +171,15 @@ void OutputFile::startBuffer()
     m_end = BufferBytes - static_cast<std::size_t>(m_flushed % std::int64_t{BufferBytes});
 }
 
-InputFile::InputFile(const std::filesystem::path& path) : m_error(m_file.open(path, System::Access::Read))
+InputFile::InputFile(const std::filesystem::path& path, Size size) : m_error(m_file.open(path, System::Access::Read))
 {
     if (good()) {
         m_sizeAtFirst = m_file.size();
         m_writtenAtFirst = m_file.lastWritten();
         m_error = findEarlierState(path, m_file, m_overlay);
+    }
+    if (size == Size::AtOpening) {
+        m_keptSize = good() ? sizeNow() : 0;
     }
 }
 
@@ -184,7 +187,7 @@ std::size_t InputFile::readAt(std::int64_t offset, char* out, std::size_t size)
 {
     const std::size_t read =
         m_overlay == nullptr ? m_file.readAt(offset, out, size) : m_overlay->readAt(m_file, offset, out, size);
-    m_readFailed = m_readFailed || (read < size && offset + static_cast<std::int64_t>(read) < this->size());
+    m_readFailed = m_readFailed || (read < size && offset + static_cast<std::int64_t>(read) < sizeNow());
     return read;
 }
 

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
@@ -99,12 +100,14 @@ private:
 /// A file being read: as it was before a change that is not finished.
 class InputFile final : public Format::ByteSource {
 public:
-    explicit InputFile(const std::filesystem::path& path);
+    /// What the file's size is while others append to it.
+    enum class Size : std::uint8_t { Now, AtOpening };
+    explicit InputFile(const std::filesystem::path& path, Size size = Size::Now);
 
     [[nodiscard]] bool good() const { return m_error == 0; }
     [[nodiscard]] System::Error error() const { return m_error; }  ///< of opening it
     std::size_t readAt(std::int64_t offset, char* out, std::size_t size) override;
-    [[nodiscard]] std::int64_t size() override { return m_overlay == nullptr ? m_file.size() : m_overlay->size(); }
+    [[nodiscard]] std::int64_t size() override { return m_keptSize.has_value() ? *m_keptSize : sizeNow(); }
     /// Whether bytes that the file has were not given, so that what was read seemed to end early.
     [[nodiscard]] bool readFailed() const { return m_readFailed; }
     /// Reads the file with a change; null: as it is.
@@ -116,8 +119,11 @@ public:
     }
 
 private:
+    [[nodiscard]] std::int64_t sizeNow() const { return m_overlay == nullptr ? m_file.size() : m_overlay->size(); }
+
     System::NativeFile m_file;
     System::Error m_error = 0;
+    std::optional<std::int64_t> m_keptSize;
     bool m_readFailed = false;
     std::int64_t m_sizeAtFirst = 0;
     std::int64_t m_writtenAtFirst = 0;

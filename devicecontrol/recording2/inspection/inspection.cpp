@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include <system/nativefile.h>
+#include "../file/files.h"
 #include "../format/layout.h"
 #include "filename.h"
 #include "recordingname.h"
@@ -49,7 +50,7 @@ bool isFile(const std::string& path, Summary& summary)
 }
 
 /// Whether the file is (the beginning of) a header area into which nothing was written.
-bool isPlaceholder(FileSource& source)
+bool isPlaceholder(InputFile& source)
 {
     const std::int64_t zeros = std::min<std::int64_t>(source.size(), Format::HeaderAreaBytes - 1);
     FieldReader fields(source, 0, source.size());
@@ -90,7 +91,7 @@ void refuseOpenRecording(const std::string& path, Summary& summary)
 }
 
 /// Tells from the first bytes what the file is. There is no signature: a recording begins with two version numbers.
-bool isRecording(const std::string& path, FileSource& source, Summary& summary)
+bool isRecording(const std::string& path, InputFile& source, Summary& summary)
 {
     if (source.size() == 0) {
         refuse(summary, Readability::Empty, "The file is empty.");
@@ -117,7 +118,7 @@ bool isRecording(const std::string& path, FileSource& source, Summary& summary)
 /// begins.
 class HeaderReader {
 public:
-    HeaderReader(FileSource& source, Summary& summary) : m_fields(source, 0, source.size()), m_summary(summary) {}
+    HeaderReader(InputFile& source, Summary& summary) : m_fields(source, 0, source.size()), m_summary(summary) {}
 
     void read()
     {
@@ -236,9 +237,10 @@ Summary inspectOnce(const std::string& path, Extent extent, bool& torn)
     if (!isFile(path, summary)) {
         return summary;
     }
-    FileSource source(path);
+    InputFile source(native(path), InputFile::Size::AtOpening);
     if (!source.good()) {
-        refuse(summary, Readability::Unreadable, "The file cannot be opened: " + source.problem() + ".");
+        refuse(summary, Readability::Unreadable,
+               "The file cannot be opened: " + System::errorText(source.error()) + ".");
         return summary;
     }
     summary.fileSize = source.size();

@@ -5,6 +5,8 @@
 #include <array>
 #include <limits>
 
+#include "../../file/files.h"
+#include "../filename.h"
 #include "../strict/fieldreader.h"
 
 namespace Recording2::Inspection {
@@ -40,7 +42,7 @@ std::optional<Format::HeaderRecord> parseHeader(const std::string& text)
 
 class JournalReader {
 public:
-    explicit JournalReader(FileSource& file) : m_file(file), m_mapped(EntriesOffset, '\0')
+    explicit JournalReader(InputFile& file) : m_file(file), m_mapped(EntriesOffset, '\0')
     {
         m_read = m_file.readAt(0, m_mapped.data(), m_mapped.size());
         m_cut = m_read < m_mapped.size();
@@ -157,7 +159,7 @@ private:
         return sound;
     }
 
-    FileSource& m_file;
+    InputFile& m_file;
     std::string m_mapped;
     JournalContent m_content;
     std::size_t m_entryBytes = EntryBytes;
@@ -173,7 +175,7 @@ private:
 
 std::optional<JournalContent> readJournal(const std::string& path)
 {
-    FileSource file(path);
+    InputFile file(native(path), InputFile::Size::AtOpening);
     if (!file.good()) {
         return std::nullopt;
     }
@@ -182,7 +184,7 @@ std::optional<JournalContent> readJournal(const std::string& path)
 
 std::optional<std::int64_t> lastPosition(const std::string& path)
 {
-    FileSource file(path);
+    InputFile file(native(path), InputFile::Size::AtOpening);
     std::string page(PageBytes, '\0');
     if (!file.good() || file.readAt(0, page.data(), page.size()) < page.size()) {
         return std::nullopt;

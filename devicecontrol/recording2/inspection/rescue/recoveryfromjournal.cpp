@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "../../file/files.h"
+#include "../filename.h"
 #include "../strict/fieldreader.h"
 #include "../strict/tables.h"
 #include "recoverysteps.h"
@@ -16,7 +18,7 @@ public:
     FromJournal(const Task& task, JournalContent journal)
         : m_task(task),
           m_journal(std::move(journal)),
-          m_file(task.recording),
+          m_file(native(task.recording), InputFile::Size::AtOpening),
           m_bytes(m_file, m_journal),
           m_fields(m_bytes, 0, m_bytes.size())
     {
@@ -148,9 +150,8 @@ private:
         if (m_fields.position() != position) {
             m_fields.seek(position);
         }
-        std::int32_t length = 0;
-        const bool sound = m_fields.number(m_record.code) && m_fields.number(length) && length > 0 &&
-                           m_fields.position() + length <= bound && m_fields.bytes(m_record.data, length);
+        m_fields.endAt(bound);
+        const bool sound = m_fields.record(m_record.code, m_record.data);
         return sound ? std::optional<std::int64_t>(m_fields.position()) : std::nullopt;
     }
 
@@ -188,7 +189,7 @@ private:
 
     const Task& m_task;
     JournalContent m_journal;
-    FileSource m_file;
+    InputFile m_file;
     UnclosedBytes m_bytes;
     FieldReader m_fields;
     Found m_found;

@@ -4,13 +4,14 @@
 #include <utility>
 
 #include "../../format/layout.h"
+#include "../filename.h"
 #include "salvageparts.h"
 
 namespace Recording2::Inspection {
 
 namespace {
 
-void salvageBlocks(FileSource& source, const SalvagedHeader& header, Salvage& result,
+void salvageBlocks(InputFile& source, const SalvagedHeader& header, Salvage& result,
                    const std::function<void(std::int64_t, std::int64_t)>& progress)
 {
     const std::int32_t shift = salvagePositions(source, header.shift, result);
@@ -30,7 +31,7 @@ Salvage salvageUnclosed(const std::string& path, const std::function<void(std::i
         return result;
     }
     result = Salvage();
-    FileSource source(path);
+    InputFile source(native(path), InputFile::Size::AtOpening);
     if (source.good()) {
         result.lostHeaderFields.emplace_back("all");  // so that every block is looked for
         salvageBlocks(source, {}, result, progress);
@@ -53,7 +54,7 @@ Salvage salvage(const std::string& path, const std::function<void(std::int64_t, 
     if (result.readability != Readability::Ok) {
         return result;
     }
-    FileSource source(path);
+    InputFile source(native(path), InputFile::Size::AtOpening);
     if (!source.good()) {
         result.readability = Readability::Unreadable;
         result.problem = "The file cannot be opened any more.";
@@ -65,9 +66,12 @@ Salvage salvage(const std::string& path, const std::function<void(std::int64_t, 
 }
 
 struct SalvageReader::Private {
-    explicit Private(const std::string& path) : source(path), fields(source, 0, source.size()) {}
+    explicit Private(const std::string& path)
+        : source(native(path), InputFile::Size::AtOpening), fields(source, 0, source.size())
+    {
+    }
 
-    FileSource source;
+    InputFile source;
     FieldReader fields;
 };
 
@@ -86,9 +90,7 @@ bool SalvageReader::read(std::int64_t position, Record& record)
         d->fields.seek(position);
     }
     record.position = position;
-    std::int32_t length = 0;
-    return d->fields.number(record.code) && d->fields.number(length) && length > 0 &&
-           d->fields.bytes(record.data, length);
+    return d->fields.record(record.code, record.data);
 }
 
 }  // namespace Recording2::Inspection

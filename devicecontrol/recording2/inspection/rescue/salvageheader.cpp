@@ -18,7 +18,7 @@ constexpr std::size_t TailFields = 6;  // five positions and the flag end the he
 /// the end of the header is found again.
 class HeaderSalvage {
 public:
-    HeaderSalvage(FileSource& source, Salvage& result)
+    HeaderSalvage(InputFile& source, Salvage& result)
         : m_fields(source, 0, source.size()), m_source(source), m_result(result), m_header(result.header)
     {
     }
@@ -176,7 +176,7 @@ private:
     }
 
     FieldReader m_fields;
-    FileSource& m_source;
+    InputFile& m_source;
     Salvage& m_result;
     Header& m_header;
     bool m_lost = false;  // where the next field begins
@@ -187,7 +187,7 @@ private:
 
 }  // namespace
 
-SalvagedHeader salvageHeader(FileSource& source, Salvage& result)
+SalvagedHeader salvageHeader(InputFile& source, Salvage& result)
 {
     HeaderSalvage header(source, result);
     header.read();

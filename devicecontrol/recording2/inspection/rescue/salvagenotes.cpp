@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "../../format/encode.h"
+#include "../strict/tables.h"
 
 namespace Recording2::Inspection {
 
@@ -15,7 +16,7 @@ namespace {
 /// The tables behind the times.
 class NotesSalvage {
 public:
-    NotesSalvage(FileSource& source, bool positionsKnown, std::int64_t timesEnd, Salvage& result)
+    NotesSalvage(InputFile& source, bool positionsKnown, std::int64_t timesEnd, Salvage& result)
         : m_source(source), m_positionsKnown(positionsKnown), m_timesEnd(timesEnd), m_result(result)
     {
     }
@@ -118,12 +119,11 @@ private:
         while (fields.left() > 0 && !fields.holdsOnly(fields.position(), end, '0')) {
             at = fields.position();
             Bookmark bookmark;
-            std::int64_t length = 0;
-            if (!fields.time(bookmark.timeMs) || !fields.number(length) || !fields.bytes(bookmark.text, length)) {
+            if (!readBookmark(fields, bookmark)) {
                 return at;
             }
             const bool kept =
-                length == 0 || (bookmark.timeMs != 0 && all.emplace(bookmark.timeMs, bookmark.text).second);
+                bookmark.text.empty() || (bookmark.timeMs != 0 && all.emplace(bookmark.timeMs, bookmark.text).second);
             if (!kept) {
                 m_result.bookmarksLost = true;
                 ++m_result.lostBookmarks;
@@ -168,7 +168,7 @@ private:
         return true;
     }
 
-    FileSource& m_source;
+    InputFile& m_source;
     bool m_positionsKnown;
     std::int64_t m_timesEnd;
     Salvage& m_result;
@@ -178,7 +178,7 @@ private:
 
 }  // namespace
 
-void salvageNotes(FileSource& source, bool positionsKnown, std::int64_t timesEnd, Salvage& result)
+void salvageNotes(InputFile& source, bool positionsKnown, std::int64_t timesEnd, Salvage& result)
 {
     NotesSalvage(source, positionsKnown, timesEnd, result).read();
 }

@@ -5,6 +5,7 @@
 #include <functional>
 #include <vector>
 
+#include "../../file/files.h"
 #include "../scan.h"
 #include "../strict/fieldreader.h"
 #include "salvage.h"
@@ -28,24 +29,21 @@ struct SalvagedTimes {
 };
 
 /// 1. The fields of the header. Those that are damaged are named in the result.
-SalvagedHeader salvageHeader(FileSource& source, Salvage& result);
+SalvagedHeader salvageHeader(InputFile& source, Salvage& result);
 
 /// 2. Where the blocks are, by the header and by what stands there: the positions in the result's header, and its
 /// types.
 /// @return the shift with what was found behind the header
-std::int32_t salvagePositions(FileSource& source, std::int32_t shift, Salvage& result);
+std::int32_t salvagePositions(InputFile& source, std::int32_t shift, Salvage& result);
 
 /// 3. The time table.
-SalvagedTimes salvageTimes(FileSource& source, const Header& header, std::int32_t shift);
+SalvagedTimes salvageTimes(InputFile& source, const Header& header, std::int32_t shift);
 
 /// 4. The records that are whole, their times where they can be believed, and the bytes that are lost.
-void salvageRecords(FileSource& source, const SalvagedTimes& times, Salvage& result,
+void salvageRecords(InputFile& source, const SalvagedTimes& times, Salvage& result,
                     const std::function<void(std::int64_t, std::int64_t)>& progress);
 
 /// 5. Channel ranges and bookmarks, which stand behind the times.
-void salvageNotes(FileSource& source, bool positionsKnown, std::int64_t timesEnd, Salvage& result);
-
-/// The record at a position: where it ends, 0 when there is none.
-[[nodiscard]] std::int64_t endOfRecord(FieldReader& fields, std::int64_t position);
+void salvageNotes(InputFile& source, bool positionsKnown, std::int64_t timesEnd, Salvage& result);
 
 }  // namespace Recording2::Inspection

@@ -17,7 +17,7 @@ namespace {
 class BlockSearch {
 public:
     /// @param shift by which the positions in the file's tables are wrong
-    BlockSearch(FileSource& source, std::int32_t shift, Salvage& result)
+    BlockSearch(InputFile& source, std::int32_t shift, Salvage& result)
         : m_source(source), m_header(result.header), m_result(result), m_shift(shift)
     {
     }
@@ -79,7 +79,7 @@ private:
     [[nodiscard]] bool isRecord(std::int64_t position)
     {
         FieldReader fields(m_source, position, size(), Format::MaxRecordHeadBytes);
-        return isInFile(position) && endOfRecord(fields, position) != 0;
+        return isInFile(position) && fields.endOfRecord(position) != 0;
     }
 
     void findRecords()
@@ -180,7 +180,7 @@ private:
     {
         FieldReader fields(m_source, first, size());
         std::int64_t position = first;
-        for (std::int64_t end = first; end != 0 && end < size(); end = endOfRecord(fields, position)) {
+        for (std::int64_t end = first; end != 0 && end < size(); end = fields.endOfRecord(position)) {
             position = end;
         }
         return position;
@@ -212,7 +212,7 @@ private:
         return 0;
     }
 
-    FileSource& m_source;
+    InputFile& m_source;
     Header& m_header;
     Salvage& m_result;
     std::int32_t m_shift;
@@ -221,7 +221,7 @@ private:
 
 }  // namespace
 
-std::int32_t salvagePositions(FileSource& source, std::int32_t shift, Salvage& result)
+std::int32_t salvagePositions(InputFile& source, std::int32_t shift, Salvage& result)
 {
     BlockSearch blocks(source, shift, result);
     blocks.run();

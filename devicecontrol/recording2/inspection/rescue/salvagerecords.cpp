@@ -4,28 +4,20 @@
 #include <algorithm>
 #include <limits>
 
-namespace Recording2::Inspection {
+#include "../strict/tables.h"
 
-/// The record at a position: where it ends, 0 when there is none.
-std::int64_t endOfRecord(FieldReader& fields, std::int64_t position)
-{
-    fields.seek(position);
-    std::int32_t code = 0;
-    std::int32_t length = 0;
-    const bool sound = fields.number(code) && fields.number(length) && length > 0 && length <= fields.left();
-    return sound ? fields.position() + length : 0;
-}
+namespace Recording2::Inspection {
 
 namespace {
 
 /// The records that are whole, and the bytes that are not.
 class RecordsSalvage {
 public:
-    RecordsSalvage(FileSource& source, const SalvagedTimes& times, Salvage& result)
+    RecordsSalvage(InputFile& source, const SalvagedTimes& times, Salvage& result)
         : m_times(times.entries),
           m_tableIsSound(times.isSound),
           m_result(result),
-          m_end(endOfRecords(source, result.header)),
+          m_end(recordsEnd(result.header, source.size())),
           m_fields(source, result.header.positions.firstRecord, m_end)
     {
     }
@@ -37,7 +29,7 @@ public:
         std::int64_t nextProgress = begin + ProgressStep;
         std::int64_t position = begin;
         while (position < m_end) {
-            const std::int64_t end = endOfRecord(m_fields, position);
+            const std::int64_t end = m_fields.endOfRecord(position);
             if (end != 0 && isWhole(position, end)) {
                 keep(position);
                 position = end;
@@ -55,16 +47,6 @@ public:
     }
 
 private:
-    static std::int64_t endOfRecords(FileSource& source, const Header& header)
-    {
-        std::int64_t end = source.size();
-        for (const std::int32_t table :
-             {header.positions.timeTable, header.positions.channelRangeTable, header.positions.bookmarkTable}) {
-            end = table > header.positions.firstRecord ? std::min<std::int64_t>(end, table) : end;
-        }
-        return end;
-    }
-
     [[nodiscard]] std::vector<TimeEntry>::const_iterator entryFrom(std::int64_t position) const
     {
         return std::lower_bound(m_times.begin(), m_times.end(), position,
@@ -92,7 +74,7 @@ private:
         if (next < end) {
             return false;
         }
-        return !m_tableIsSound || next == m_end || endOfRecord(m_fields, end) != 0;
+        return !m_tableIsSound || next == m_end || m_fields.endOfRecord(end) != 0;
     }
 
     void keep(std::int64_t position)
@@ -148,7 +130,7 @@ private:
 
 }  // namespace
 
-void salvageRecords(FileSource& source, const SalvagedTimes& times, Salvage& result,
+void salvageRecords(InputFile& source, const SalvagedTimes& times, Salvage& result,
                     const std::function<void(std::int64_t, std::int64_t)>& progress)
 {
     RecordsSalvage(source, times, result).walk(progress);

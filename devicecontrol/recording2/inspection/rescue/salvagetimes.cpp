@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "../../format/layout.h"
+#include "../strict/tables.h"
 
 namespace Recording2::Inspection {
 
@@ -13,7 +14,7 @@ namespace {
 /// What the time table names, ascending by position.
 class TimesSalvage {
 public:
-    TimesSalvage(FileSource& source, const Header& header, std::int32_t shift)
+    TimesSalvage(InputFile& source, const Header& header, std::int32_t shift)
         : m_source(source), m_header(header), m_shift(shift)
     {
     }
@@ -23,10 +24,7 @@ public:
         if (m_header.positions.timeTable == 0) {
             return;
         }
-        std::int64_t end = m_source.size();
-        for (const std::int32_t table : {m_header.positions.channelRangeTable, m_header.positions.bookmarkTable}) {
-            end = table > m_header.positions.timeTable ? std::min<std::int64_t>(end, table) : end;
-        }
+        const std::int64_t end = timeTableEnd(m_header, m_source.size());
         FieldReader fields(m_source, m_header.positions.timeTable, end);
         FieldReader records(m_source, m_header.positions.firstRecord, m_header.positions.timeTable,
                             Format::MaxRecordHeadBytes);
@@ -39,7 +37,7 @@ public:
                 // Where the table is sound the last entry is at its end; only there is looked whether it is the last.
                 m_entries.push_back(entry);
                 m_complete = at < end && nextIsNone(fields, at) &&
-                             endOfRecord(records, entry.position) == m_header.positions.timeTable;
+                             records.endOfRecord(entry.position) == m_header.positions.timeTable;
                 fields.seek(at);
             } else {
                 m_sound = false;
@@ -75,7 +73,7 @@ private:
         return !readEntry(fields, at, next);
     }
 
-    FileSource& m_source;
+    InputFile& m_source;
     const Header& m_header;
     std::int32_t m_shift;
     std::vector<TimeEntry> m_entries;
@@ -86,7 +84,7 @@ private:
 
 }  // namespace
 
-SalvagedTimes salvageTimes(FileSource& source, const Header& header, std::int32_t shift)
+SalvagedTimes salvageTimes(InputFile& source, const Header& header, std::int32_t shift)
 {
     TimesSalvage times(source, header, shift);
     times.read();

@@ -2,21 +2,10 @@
 #include "fieldreader.h"
 
 #include "../../format/encode.h"
-#include "../filename.h"
 
 namespace Recording2::Inspection {
 
 using Format::FieldStatus;
-
-FileSource::FileSource(const std::string& path) : m_file(native(path))
-{
-    m_size = good() ? m_file.size() : 0;
-}
-
-std::string FileSource::problem() const
-{
-    return System::errorText(m_file.error());
-}
 
 FieldReader::FieldReader(Format::ByteSource& source, std::int64_t position, std::int64_t bound, std::size_t bufferBytes)
     : m_source(source), m_cursor(source, bufferBytes), m_bound(bound)
@@ -58,6 +47,39 @@ bool FieldReader::bytes(std::string& target, std::int64_t length)
         return fail("could not be read");
     }
     return true;
+}
+
+bool FieldReader::recordHead(std::int32_t& code, std::int32_t& length)
+{
+    m_part = "The command code";
+    if (!number(code)) {
+        return false;
+    }
+    m_part = "The data length";
+    if (!number(length)) {
+        return false;
+    }
+    m_part = length == 0 ? nullptr : "The data";
+    return length != 0;
+}
+
+bool FieldReader::record(std::int32_t& code, std::string& data)
+{
+    std::int32_t length = 0;
+    return recordHead(code, length) && bytes(data, length);
+}
+
+std::int64_t FieldReader::endOfRecord(std::int64_t position)
+{
+    seek(position);
+    std::int32_t code = 0;
+    std::int32_t length = 0;
+    return recordHead(code, length) && length > 0 && length <= left() ? this->position() + length : 0;
+}
+
+std::string FieldReader::recordProblem() const
+{
+    return m_part == nullptr ? "A record has no data." : std::string(m_part) + " of a record " + m_problem + ".";
 }
 
 bool FieldReader::accept(FieldStatus status)

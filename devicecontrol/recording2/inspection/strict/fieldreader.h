@@ -7,30 +7,9 @@
 #include <string>
 
 #include <system/nativefile.h>
-#include "../../file/files.h"
 #include "../../format/cursor.h"
 
 namespace Recording2::Inspection {
-
-/// The file being inspected. Its size is that at the beginning. A pipe or device is not opened.
-class FileSource final : public Format::ByteSource {
-public:
-    explicit FileSource(const std::string& path);
-
-    [[nodiscard]] bool good() const { return m_file.good(); }
-    [[nodiscard]] std::string problem() const;  ///< why it could not be opened
-    std::size_t readAt(std::int64_t offset, char* out, std::size_t size) override
-    {
-        return m_file.readAt(offset, out, size);
-    }
-    [[nodiscard]] std::int64_t size() override { return m_size; }
-    /// Whether nobody wrote into the file since it was opened.
-    [[nodiscard]] bool isUnchanged() const { return m_file.isUnchanged(); }
-
-private:
-    InputFile m_file;
-    std::int64_t m_size = 0;
-};
 
 /// Fields from a position on, up to a bound that no field may pass. Every field says whether it was sound; when it was
 /// not, its target is as it was and problem() says why.
@@ -43,6 +22,7 @@ public:
     [[nodiscard]] std::int64_t bound() const { return m_bound; }
     [[nodiscard]] std::int64_t left() const { return m_bound - position(); }
     void seek(std::int64_t position) { m_cursor.seek(position); }
+    void endAt(std::int64_t bound) { m_bound = bound; }
 
     template <typename Integer>
     bool number(Integer& target)
@@ -54,6 +34,12 @@ public:
     bool time(std::uint64_t& target);
     bool text(std::string& target);                        ///< its length, a separator, the bytes
     bool bytes(std::string& target, std::int64_t length);  ///< length bytes and no separator
+
+    /// The record here. @return false where none is whole; recordProblem() then says why, in one sentence
+    bool record(std::int32_t& code, std::string& data);
+    /// Where the record at a position ends; 0 when none is whole.
+    std::int64_t endOfRecord(std::int64_t position);
+    [[nodiscard]] std::string recordProblem() const;
 
     /// The end of a sentence that names the field: "is not a number".
     [[nodiscard]] const char* problem() const { return m_problem; }
@@ -67,6 +53,7 @@ private:
         target = value;
         return true;
     }
+    bool recordHead(std::int32_t& code, std::int32_t& length);
     bool accept(Format::FieldStatus status);
     bool fail(const char* problem);
     int byteAt(std::int64_t offset);
@@ -75,6 +62,7 @@ private:
     Format::Cursor m_cursor;
     std::int64_t m_bound;
     const char* m_problem = "";
+    const char* m_part = "";            // of the record that was read last
     std::array<char, 4096> m_window{};  // separators are looked at again, mostly within the same few bytes
     std::int64_t m_windowStart = 0;
     std::int64_t m_windowSize = 0;

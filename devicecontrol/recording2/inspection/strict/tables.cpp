@@ -34,12 +34,6 @@ std::string sentence(const char* field, const FieldReader& fields)
     return std::string(field) + " " + fields.problem() + ".";
 }
 
-bool readTypeEntry(FieldReader& fields, TypeEntry& entry)
-{
-    return fields.number(entry.typeNumber) && fields.number(entry.valueType) && fields.text(entry.keyword) &&
-           fields.text(entry.valuePath);
-}
-
 /// Damage that may show up many times in one table: told once, with its count.
 class Repeated {
 public:
@@ -58,16 +52,6 @@ private:
     std::int64_t m_count = 0;
 };
 
-/// Where the record at a position ends; 0 when there is no record.
-std::int64_t recordEnd(Format::ByteSource& source, std::int64_t position, std::int64_t bound)
-{
-    FieldReader fields(source, position, bound, Format::MaxRecordHeadBytes);
-    std::int32_t code = 0;
-    std::int32_t length = 0;
-    const bool sound = fields.number(code) && fields.number(length) && length > 0 && length <= fields.left();
-    return sound ? fields.position() + length : 0;
-}
-
 /// The time table as it is read: whether an entry carries on from the one before, and whether the last record is
 /// reached, behind which a file may hold anything.
 class TimeTable {
@@ -76,7 +60,8 @@ public:
 
     void read()
     {
-        FieldReader fields(m_source, m_summary.header.positions.timeTable, timeTableEnd(m_summary));
+        FieldReader fields(m_source, m_summary.header.positions.timeTable,
+                           timeTableEnd(m_summary.header, m_summary.fileSize));
         bool sound = true;
         bool complete = false;
         while (sound && !complete && fields.left() > 0) {
@@ -115,7 +100,8 @@ private:
         if (m_lookedAt != m_summary.times.size()) {
             const std::int32_t end = m_summary.header.positions.timeTable;
             m_lookedAt = m_summary.times.size();
-            m_complete = recordEnd(m_source, m_summary.times.back().position, end) == end;
+            FieldReader records(m_source, 0, end, Format::MaxRecordHeadBytes);
+            m_complete = records.endOfRecord(m_summary.times.back().position) == end;
         }
         return m_complete;
     }
@@ -152,17 +138,17 @@ std::int64_t typeTableEnd(const Summary& summary)
     return endOf(h.positions.typeTable, {h.positions.firstRecord, h.positions.timeTable}, summary.fileSize);
 }
 
-std::int64_t recordsEnd(const Summary& summary)
+std::int64_t recordsEnd(const Header& header, std::int64_t fileSize)
 {
-    const Header& h = summary.header;
-    const auto others = {h.positions.timeTable, h.positions.channelRangeTable, h.positions.bookmarkTable};
-    return endOf(h.positions.firstRecord, others, summary.fileSize);
+    const auto others = {header.positions.timeTable, header.positions.channelRangeTable,
+                         header.positions.bookmarkTable};
+    return endOf(header.positions.firstRecord, others, fileSize);
 }
 
-std::int64_t timeTableEnd(const Summary& summary)
+std::int64_t timeTableEnd(const Header& header, std::int64_t fileSize)
 {
-    const Header& h = summary.header;
-    return endOf(h.positions.timeTable, {h.positions.channelRangeTable, h.positions.bookmarkTable}, summary.fileSize);
+    return endOf(header.positions.timeTable, {header.positions.channelRangeTable, header.positions.bookmarkTable},
+                 fileSize);
 }
 
 std::int64_t channelRangeTableEnd(const Summary& summary)
@@ -176,6 +162,18 @@ std::int64_t bookmarkTableEnd(const Summary& summary)
     // Channel ranges that were added to a file with bookmarks stand behind these.
     return endOf(summary.header.positions.bookmarkTable, {summary.header.positions.channelRangeTable},
                  summary.fileSize);
+}
+
+bool readTypeEntry(FieldReader& fields, TypeEntry& entry)
+{
+    return fields.number(entry.typeNumber) && fields.number(entry.valueType) && fields.text(entry.keyword) &&
+           fields.text(entry.valuePath);
+}
+
+bool readBookmark(FieldReader& fields, Bookmark& bookmark)
+{
+    std::int64_t length = 0;
+    return fields.time(bookmark.timeMs) && fields.number(length) && fields.bytes(bookmark.text, length);
 }
 
 void readTypeTable(Format::ByteSource& source, Summary& summary)
@@ -220,7 +218,7 @@ void readTypeTable(Format::ByteSource& source, Summary& summary)
 
 void readTimeTable(Format::ByteSource& source, Summary& summary)
 {
-    if (timeTableEnd(summary) != 0) {
+    if (timeTableEnd(summary.header, summary.fileSize) != 0) {
         TimeTable(source, summary).read();
     }
 }
@@ -275,8 +273,7 @@ void readBookmarkTable(Format::ByteSource& source, Summary& summary)
     while (fields.left() > 0 && !fields.holdsOnly(fields.position(), end, '0')) {
         const std::int64_t offset = fields.position();
         Bookmark bookmark;
-        std::int64_t length = 0;
-        if (!fields.time(bookmark.timeMs) || !fields.number(length) || !fields.bytes(bookmark.text, length)) {
+        if (!readBookmark(fields, bookmark)) {
             summary.findings.push_back({offset, sentence("A bookmark", fields)});
             sound = false;
             break;
@@ -285,7 +282,7 @@ void readBookmarkTable(Format::ByteSource& source, Summary& summary)
         if (bookmark.timeMs <= previous) {
             disorder.add(offset);
         }
-        if (length > 0) {  // a bookmark without text is written but never read
+        if (!bookmark.text.empty()) {  // a bookmark without text is written but never read
             summary.bookmarks.push_back(std::move(bookmark));
         }
     }

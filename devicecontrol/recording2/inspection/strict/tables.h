@@ -6,13 +6,19 @@
 
 namespace Recording2::Inspection {
 
+class FieldReader;
+
 // Where a block ends: where the next one begins, or the end of the file. 0 for a block that is absent or lies outside
 // the file.
 std::int64_t typeTableEnd(const Summary& summary);
-std::int64_t recordsEnd(const Summary& summary);
-std::int64_t timeTableEnd(const Summary& summary);
+std::int64_t recordsEnd(const Header& header, std::int64_t fileSize);
+std::int64_t timeTableEnd(const Header& header, std::int64_t fileSize);
 std::int64_t channelRangeTableEnd(const Summary& summary);
 std::int64_t bookmarkTableEnd(const Summary& summary);
+
+// One entry each, with nothing wrong in it.
+bool readTypeEntry(FieldReader& fields, TypeEntry& entry);
+bool readBookmark(FieldReader& fields, Bookmark& bookmark);
 
 void readTypeTable(Format::ByteSource& source, Summary& summary);
 void readTimeTable(Format::ByteSource& source, Summary& summary);

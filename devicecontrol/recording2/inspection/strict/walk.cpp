@@ -1,7 +1,9 @@
 // From record to record, each beside its entry of the time table, on behind damage.
 #include <algorithm>
 
+#include "../../file/files.h"
 #include "../../format/layout.h"
+#include "../filename.h"
 #include "../inspection.h"
 #include "../scan.h"
 #include "fieldreader.h"
@@ -49,8 +51,8 @@ private:
 
 struct RecordReader::Private {
     Private(const std::string& path, const Summary& summary)
-        : source(path),
-          fields(source, summary.header.positions.firstRecord, recordsEnd(summary)),
+        : source(native(path), InputFile::Size::AtOpening),
+          fields(source, summary.header.positions.firstRecord, recordsEnd(summary.header, summary.fileSize)),
           named(summary.times),
           begin(summary.header.positions.firstRecord)
     {
@@ -73,19 +75,9 @@ struct RecordReader::Private {
     bool readRecord(Record& record)
     {
         record.position = fields.position();
-        std::int32_t length = 0;
-        if (!fields.number(record.code)) {
-            return damaged(record.position, "The command code");
-        }
-        if (!fields.number(length)) {
-            return damaged(record.position, "The data length");
-        }
-        if (length == 0) {
-            findings.push_back({record.position, "A record has no data."});
+        if (!fields.record(record.code, record.data)) {
+            findings.push_back({record.position, fields.recordProblem()});
             return false;
-        }
-        if (!fields.bytes(record.data, length)) {
-            return damaged(record.position, "The data");
         }
         const TimeEntry* entry = named.at(record.position);
         record.timeMs = entry != nullptr ? entry->timeMs : 0;
@@ -93,12 +85,6 @@ struct RecordReader::Private {
             firstUnnamed = record.position;
         }
         return true;
-    }
-
-    bool damaged(std::int64_t offset, const char* field)
-    {
-        findings.push_back({offset, std::string(field) + " of a record " + fields.problem() + "."});
-        return false;
     }
 
     /// Goes on at the next record that the time table names. @return false when there is none
@@ -128,7 +114,7 @@ struct RecordReader::Private {
         }
     }
 
-    FileSource source;
+    InputFile source;
     FieldReader fields;
     NamedRecords named;
     std::int64_t begin;
@@ -140,7 +126,7 @@ struct RecordReader::Private {
 
 RecordReader::RecordReader(const std::string& path, const Summary& summary)
 {
-    if (summary.readability != Readability::Ok || recordsEnd(summary) == 0) {
+    if (summary.readability != Readability::Ok || recordsEnd(summary.header, summary.fileSize) == 0) {
         return;
     }
     d = std::make_unique<Private>(path, summary);
@@ -198,8 +184,8 @@ RecordScan scanRecords(const std::string& path, const Summary& summary, const st
                        const std::function<void(std::int32_t, const std::string&)>& visit)
 {
     RecordScan scan;
-    const std::int64_t end = recordsEnd(summary);
-    FileSource source(path);
+    const std::int64_t end = recordsEnd(summary.header, summary.fileSize);
+    InputFile source(native(path), InputFile::Size::AtOpening);
     Format::Cursor cursor(source);
     cursor.limitNumbers(Format::MaxNumberBytes);
     std::int64_t position = end == 0 ? 0 : summary.header.positions.firstRecord;
