@@ -16,6 +16,9 @@ namespace Recording2 {
 
 class CRecording;
 class OutputFile;
+namespace Format {
+struct HeaderRecord;
+}
 
 /// A recording file, opened for writing or for reading. The bytes are described in doc/format.md.
 ///
@@ -157,12 +160,20 @@ private:
     [[nodiscard]] bool TakeFinalName();
 
     // For the recorder.
-    [[nodiscard]] bool WriteFailed() const;      ///< nothing more is written
+    struct Appended {
+        std::int64_t fileBytes = 0;
+        bool failed = false;  ///< nothing more is written; not for a file that could not be made
+    };
+    /// Writes a record as write does. @param stopMs the header's stop time with it, milliseconds since 1970 UTC
+    Appended Append(const CVTCmdData& record, std::uint64_t time, bool isChannelRangeDef, std::uint64_t stopMs);
+    void AppendRecord(const CVTCmdData& record, std::uint64_t time, bool isChannelRangeDef);
+    [[nodiscard]] bool WriteFailed() const;      ///< as Append tells it
     [[nodiscard]] QString WriteFailure() const;  ///< why
     /// The header that closing the file now would be given, for the journal.
-    void JournalHeader(const CHeaderData& header);
+    void JournalHeader(Format::HeaderRecord header);
     /// Its stop time once the next record is written, milliseconds since 1970 UTC.
     void JournalStopTime(std::uint64_t milliseconds);
+    void Close(const Format::HeaderRecord& header, bool skipHandOff);  ///< CloseRecording
 
     [[nodiscard]] bool AtEndOfRecords() const;  // or no file is open for reading
     void GoToFirstRecord();

@@ -44,18 +44,18 @@ bool looksTaken(const std::string& path)
 void CFileAccess::CreateForRecorder()
 {
     constexpr int MostNames = 10'000;
-    CRecording& recorder = *d->recorder;
+    RecorderFiles& files = d->recorder->m_files;
     const std::string wanted = d->path;
-    int& number = recorder.m_nameNumber;
-    number = wanted == recorder.m_lastName ? number + 1 : 1;
-    recorder.m_lastName = wanted;
+    int& number = files.number;
+    number = wanted == files.lastName ? number + 1 : 1;
+    files.lastName = wanted;
     const auto tryNext = [&] {
         d->path = numbered(wanted, number);
         if (number < MostNames && looksTaken(d->path)) {
             return System::NameTaken;
         }
         ShowFinalName();
-        return d->makeNew(recorder.m_journalMode, recorder.m_fileMode, recorder.m_toldWithoutLocks);
+        return d->makeNew(files);
     };
     System::Error error = tryNext();
     while (error == System::NameTaken && number < MostNames) {
@@ -68,16 +68,16 @@ void CFileAccess::CreateForRecorder()
 }
 
 // Once the ".tmp" is there, nobody else can come by the ".rec" of its name; before, somebody may just have closed it.
-System::Error CFileAccess::Private::makeNew(JournalMode mode, System::FileMode fileMode, bool& toldWithoutLocks)
+System::Error CFileAccess::Private::makeNew(RecorderFiles& files)
 {
     const std::filesystem::path name = FileNames::native(path);
-    shared->output = std::make_unique<OutputFile>(name, OpenMode::New, fileMode);
+    shared->output = std::make_unique<OutputFile>(name, OpenMode::New, files.mode);
     if (!shared->output->good()) {
         return shared->output->error();
     }
-    System::Error error = finishedNameIsTaken(path) ? System::NameTaken : lockOutput(toldWithoutLocks);
+    System::Error error = finishedNameIsTaken(path) ? System::NameTaken : lockOutput(files.toldWithoutLocks);
     if (error == 0) {
-        error = keepJournal(mode, fileMode);
+        error = keepJournal(files.journal, files.mode);
     }
     if (error != 0) {
         const bool named = shared->output->isAt(name);

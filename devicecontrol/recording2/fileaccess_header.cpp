@@ -32,7 +32,7 @@ Format::HeaderRecord toRecord(const CHeaderData& header, const Format::Positions
     return record;
 }
 
-void fromRecord(Format::HeaderRecord& record, CHeaderData& header)
+void fromRecord(const Format::HeaderRecord& record, CHeaderData& header)
 {
     header.set_version(record.majorVersion, record.minorVersion);
     header.set_startFreq(record.startFrequencyHz);
@@ -43,8 +43,10 @@ void fromRecord(Format::HeaderRecord& record, CHeaderData& header)
     header.set_startTS(stampOf(record.startMs));
     header.set_stopTS(stampOf(record.stopMs));
     header.setJobID(record.jobId.c_str());
-    header.set_deviceName(record.deviceName);
-    header.set_deviceType(record.deviceType);
+    std::string text = record.deviceName;
+    header.set_deviceName(text);
+    text = record.deviceType;
+    header.set_deviceType(text);
     header.setAutomaticRec(record.automatic);
 }
 

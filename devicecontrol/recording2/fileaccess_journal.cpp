@@ -77,7 +77,7 @@ bool CFileAccess::Private::accept()
 bool CFileAccess::WriteFailed() const
 {
     const OutputFile* output = d->shared->output.get();
-    return output != nullptr && !output->good();
+    return d->valid && output != nullptr && !output->good();
 }
 
 QString CFileAccess::WriteFailure() const
@@ -85,11 +85,12 @@ QString CFileAccess::WriteFailure() const
     return WriteFailed() ? QString::fromStdString(System::errorText(d->shared->output->error())) : QString();
 }
 
-void CFileAccess::JournalHeader(const CHeaderData& header)
+void CFileAccess::JournalHeader(Format::HeaderRecord header)
 {
     if (d->shared->journal != nullptr) {
+        header.positions = d->positions;
         std::string record;
-        Format::appendHeader(record, toRecord(header, d->positions));
+        Format::appendHeader(record, header);
         d->shared->journal->setHeader(record);
     }
 }
@@ -99,6 +100,21 @@ void CFileAccess::JournalStopTime(std::uint64_t milliseconds)
     if (d->shared->journal != nullptr) {
         d->shared->journal->setStopTime(milliseconds);
     }
+}
+
+CFileAccess::Appended CFileAccess::Append(const CVTCmdData& record, std::uint64_t time, bool isChannelRangeDef,
+                                          std::uint64_t stopMs)
+{
+    JournalStopTime(stopMs);
+    AppendRecord(record, time, isChannelRangeDef);
+    return {fileSize(), WriteFailed()};
+}
+
+void CFileAccess::Close(const Format::HeaderRecord& header, bool skipHandOff)
+{
+    CHeaderData face;
+    fromRecord(header, face);
+    CloseRecording(face, skipHandOff);
 }
 
 }  // namespace Recording2

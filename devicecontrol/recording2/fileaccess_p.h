@@ -31,11 +31,13 @@ std::string finalName(const std::string& directory, const std::string& path);
 
 /// Between the interface's header and the file's. Times are cut to milliseconds.
 Format::HeaderRecord toRecord(const CHeaderData& header, const Format::Positions& positions);
-void fromRecord(Format::HeaderRecord& record, CHeaderData& header);
+void fromRecord(const Format::HeaderRecord& record, CHeaderData& header);
 
 /// Goes to a table that is to be rewritten. A position behind the end of the file is a failure: everything between
 /// would have to be filled.
 void seekToTable(OutputFile& output, std::int64_t position, std::int64_t end);
+
+struct RecorderFiles;
 
 /// The archive's address of the file, if it has one: the archive is told when the file is no longer used.
 class ArchiveHold {
@@ -101,7 +103,7 @@ struct CFileAccess::Private {
     [[nodiscard]] OpenInput* goodInput() const;    // null when there is none, or it stands at the end of the file
 
     /// Makes the recorder's file, locked and with its journal. @return NameTaken when somebody has one of the names
-    System::Error makeNew(JournalMode mode, System::FileMode fileMode, bool& toldWithoutLocks);
+    System::Error makeNew(RecorderFiles& files);
     System::Error lockOutput(bool& toldWithoutLocks);
     System::Error keepJournal(JournalMode mode, System::FileMode fileMode);
     void removeJournal();

@@ -73,15 +73,21 @@ unsigned long long CFileAccess::write(CVTTypesData& types)
 
 unsigned long long CFileAccess::write(CVTCmdData& record, unsigned long long time, bool isChannelRangeDef)
 {
+    AppendRecord(record, time, isChannelRangeDef);
+    return 0;
+}
+
+void CFileAccess::AppendRecord(const CVTCmdData& record, std::uint64_t time, bool isChannelRangeDef)
+{
     OutputFile* output = d->goodOutput();
     if (output == nullptr) {
-        return 0;
+        return;
     }
-    std::uint64_t t = std::max<std::uint64_t>(time, d->lastTime);
+    std::uint64_t t = std::max(time, d->lastTime);
     const std::uint32_t length = record.strDataLen();
     if (length == 0) {
         d->lastTime = t;
-        return 0;
+        return;
     }
     Index::TimeIndex& index = *d->shared->index;
     bool free = !index.contains(t);
@@ -90,7 +96,7 @@ unsigned long long CFileAccess::write(CVTCmdData& record, unsigned long long tim
     }
     if (!free || !d->fits(static_cast<std::int64_t>(Format::MaxRecordHeadBytes) + length)) {
         d->refuse();
-        return 0;
+        return;
     }
     Journal* const journal = d->shared->journal.get();
     if (journal != nullptr) {
@@ -100,7 +106,7 @@ unsigned long long CFileAccess::write(CVTCmdData& record, unsigned long long tim
     const std::string_view data(record.strData(), length);
     Blocks::appendRecord(*output, record.cmd(), data);
     if (!d->accept()) {
-        return 0;
+        return;
     }
     if (d->positions.firstRecord == 0) {
         d->positions.firstRecord = position;
@@ -116,7 +122,6 @@ unsigned long long CFileAccess::write(CVTCmdData& record, unsigned long long tim
             d->forceWhenDue();
         }
     }
-    return 0;
 }
 
 unsigned long long CFileAccess::write(CHeaderData& header)

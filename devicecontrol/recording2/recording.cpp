@@ -41,18 +41,17 @@ const values::Value<bool>* keepForever(std::unique_ptr<values::Value<bool>> valu
 CRecording::CRecording(const QString& instanceName)
     : IDllInstance(instanceName),
       m_configurationName(instanceName),
+      m_tracker({0.0F, 0.0F, -30, 120}, [this](std::int32_t modeKey) { return !ModeExcludesIfSpectrum(modeKey); }),
       m_recLoaded(this),
       m_recStatus(this),
       m_recFilePath(this),
       m_recFileNameFormat83(this),
       m_recHeader(this),
+      m_values(*this, m_valuePath),
       m_archive(std::make_unique<Zelvo::ZelvoClient>())
 {
     TranslationCenter::Instance().Register(TranslationContext);
     RecordingErrors::trace(QStringLiteral("CRecording::CRecording"), 152);
-    for (const RecordType& type : RecordTypeTable) {
-        m_typeIds[QString::fromLatin1(type.keyword)] = type.id;
-    }
 }
 
 CRecording::~CRecording()
@@ -73,7 +72,7 @@ CRecording::~CRecording()
     });
     guarded([this] { StopRecording(false); });
     m_file.reset();  // an observer may have started another, which must not outlive the archive client
-    ForgetObservedValues();
+    m_values.stopAll(true);
 }
 
 bool CRecording::IsRecorder()
@@ -89,9 +88,9 @@ bool CRecording::Init()
     } else {
         ReadConfiguration();
     }
-    if (m_keywords.IsEmpty()) {
+    if (m_values.keywords().IsEmpty()) {
         for (const RecordType& type : RecordTypeTable) {
-            m_keywords.Set(QString::fromLatin1(type.keyword), QString::fromLatin1(type.defaultPath));
+            m_values.keywords().Set(QString::fromLatin1(type.keyword), QString::fromLatin1(type.defaultPath));
         }
     }
     UseDefaultPaths();
@@ -137,9 +136,9 @@ void CRecording::ReadJournalMode(const ICfg& cfg)
 {
     const QString text = cfg.ReadString(QStringLiteral("Journal"), QStringLiteral("process"));
     if (text == QLatin1String("off")) {
-        m_journalMode = JournalMode::Off;
+        m_files.journal = JournalMode::Off;
     } else if (text == QLatin1String("power")) {
-        m_journalMode = JournalMode::Power;
+        m_files.journal = JournalMode::Power;
     } else if (text != QLatin1String("process")) {
         RecordingErrors::trace(
             QStringLiteral("CRecording::Init() - Journal is <%1>, not process, power or off; set it to <process>")
@@ -157,7 +156,7 @@ void CRecording::ReadFileMode(const ICfg& cfg)
     bool sound = false;
     const System::FileMode mode = text.toUInt(&sound, Octal);
     if (sound && mode <= Everything && (mode & OwnerReadsAndWrites) == OwnerReadsAndWrites) {
-        m_fileMode = mode;
+        m_files.mode = mode;
     } else {
         RecordingErrors::trace(
             QStringLiteral("CRecording::Init() - FileMode is <%1>, no permissions in octal with which the owner reads "
@@ -169,7 +168,7 @@ void CRecording::ReadFileMode(const ICfg& cfg)
 
 void CRecording::ReadRecordedValues(const ICfg& section)
 {
-    m_keywords.Clear();
+    m_values.keywords().Clear();
     for (std::int32_t i = 0;; ++i) {
         const QString key = section.KeyName(i);
         if (key.isEmpty()) {
@@ -177,7 +176,7 @@ void CRecording::ReadRecordedValues(const ICfg& section)
         }
         const QString path = section.ReadString(key, QString());
         if (!path.isEmpty()) {
-            m_keywords.Set(key.toUpper(), path);
+            m_values.keywords().Set(key.toUpper(), path);
         }
     }
 }

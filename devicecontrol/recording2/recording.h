@@ -1,27 +1,25 @@
 // CRecording: turns the changes of a station's values into recordings.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include <QDateTime>
 #include <QString>
 
 #include <startup/dllinstance.h>
-#include <values/maps.h>
 #include <values/selection.h>
 #include <values/tree.h>
 #include <values/value.h>
 #include <vkbase/observer.h>
 #include <zelvo/zelvo.h>
 
-#include <system/nativefile.h>
-#include "file/journal.h"
 #include "fileaccess.h"
+#include "format/layout.h"
+#include "record/headertracker.h"
+#include "record/observedvalues.h"
+#include "record/recorderfiles.h"
 #include "record/recordtypetable.h"
 #include "recordmodel.h"
 
@@ -57,13 +55,6 @@ private:
     friend class CFileAccess;
     friend class RecordingTestPeer;
 
-    /// An observed value with what capturing a change of it needs: found without a search through the keywords.
-    struct Observed {
-        values::ValueBase* value;
-        std::int32_t typeId;
-        const values::MappingBase* timedMap;  // the value, if it is of a class whose own time counts
-        bool joined;                          // a change alone would lack what it is a change of
-    };
     /// A change that came while the start sequence ran; it is written behind the initial states.
     struct EarlyChange {
         values::ValueBase* value;  // null when the value was removed meanwhile
@@ -75,10 +66,7 @@ private:
 
     /// What the journal's header was made of, and when.
     struct JournalledFields {
-        float startFreq = 0;
-        float stopFreq = 0;
-        std::int32_t minLevel = 0;
-        std::int32_t maxLevel = 0;
+        HeaderRange range;
         unsigned long long startTime = 0;
         unsigned long long madeAt = 0;  // record time, microseconds
     };
@@ -92,11 +80,6 @@ private:
     void PublishRecDf();
     void ExtendDriverTreeSelection();
 
-    [[nodiscard]] static bool IsHeaderText(const QString& keyword);
-    [[nodiscard]] std::int32_t TypeIdOf(const QString& keyword) const;
-    [[nodiscard]] QString KeywordOf(std::int32_t typeId) const;
-    [[nodiscard]] QString ResolveValuePath(const QString& keyword, const QString& fallback) const;
-    [[nodiscard]] values::ValueBase* ValueOf(const QString& keyword, const QString& fallback = QString()) const;
     [[nodiscard]] bool ShouldRecordType(std::int32_t typeId) const;
     [[nodiscard]] bool ShouldRecordType(const QString& keyword) const;
     [[nodiscard]] bool ModeExcludesIfSpectrum(std::int32_t modeKey) const;
@@ -104,22 +87,14 @@ private:
 
     void RunStartSequence();
     void CloseFile(bool splitting);
-    [[nodiscard]] CHeaderData FinalHeader() const;
+    [[nodiscard]] Format::HeaderRecord FinalHeader() const;
     [[nodiscard]] QString DeviceName() const;
     [[nodiscard]] QString DeviceType() const;
     [[nodiscard]] QString JobId() const;
     [[nodiscard]] QString DeviceCaptionPrefix() const;
     [[nodiscard]] bool UseLocalTimeInName() const;
-    void ForgetObservedValues() noexcept;
 
-    void Observe(CValueTable& entry, values::ValueBase& value);
-    void StopObserving(CValueTable& entry);
-    void RefreshObserved();
-    [[nodiscard]] const std::string& TextOf(const Observed& change);
-    [[nodiscard]] static const values::MappingBase* TimedMap(const values::ValueBase* value);
     void ApplyModeKeywords();
-    void DropKeyword(const QString& keyword);
-    void TakeKeyword(const QString& keyword);
 
     bool HandleRemoval(const void* subject, TChangeCode code);
     bool HandleControlValue(const void* subject, TChangeCode code);
@@ -135,13 +110,7 @@ private:
     void JournalHeaderIfChanged(unsigned long long recordTime);
     void SplitIfTooLarge();
 
-    void AssignFields(std::int32_t typeId, const values::ValueBase& value);
-    void TrackFields(std::int32_t typeId, const values::ValueBase& value);
-    void TakeLevelFields(std::int32_t typeId, const values::ValueBase& value);
-    bool TakeFrequency(const values::ValueBase& value);
-    bool TakeModeKey(const values::ValueBase& value);
-    bool TakeIfSpan(const values::ValueBase& value);
-    void ComputeRange();
+    void Follow(std::int32_t typeId, const values::ValueBase& value);
     void LetScanRangeFollow();
     void SetTreeNumber(std::int32_t typeId, double value);
 
@@ -153,23 +122,11 @@ private:
     QString m_recordingPath;
     QString m_currentFileName;
     bool m_fileNameFormat83 = false;
-    // Header fields, kept over the recording: Hz and level units.
-    float m_startFreq = 0;
-    float m_stopFreq = 0;
-    float m_frequency = 0;
-    float m_ifSpan = 0;
-    std::int32_t m_minLevel = -30;
-    std::int32_t m_maxLevel = 120;
-    std::int32_t m_modeKey = 0;
-    double m_frequencyOffset = 0;
+    HeaderTracker m_tracker;  // kept over the recording
     std::unique_ptr<CFileAccess> m_file;
-    std::string m_lastName;  // path of the last recording, without its number
-    int m_nameNumber = 1;
+    RecorderFiles m_files;
     CTimeStamp m_startTime;
     CTimeStamp m_lastRecordTime;
-    JournalMode m_journalMode = JournalMode::Process;
-    System::FileMode m_fileMode = System::DefaultFileMode;
-    bool m_toldWithoutLocks = false;
     JournalledFields m_journalled;
     values::ValueObservingPtr<values::Value<bool>> m_recLoaded;
     values::ValueObservingPtr<values::ValueSelection> m_recStatus;
@@ -185,28 +142,16 @@ private:
     bool m_startTimeMoved = false;         // a map's own time has become the start time of the open file
     bool m_starting = false;               // the start sequence runs
     std::uint32_t m_starts = 0;            // files opened so far
-    std::map<QString, std::int32_t> m_typeIds;
-    CValueTableMap m_keywords;
-    CValueTableMap m_inactiveKeywords;
+    ObservedValues m_values;
     values::ValuePtr<values::Value<QString>> m_recFileGuid;
     values::ValuePtr<values::Value<QString>> m_recZelvoFilePath;
     values::ValuePtr<values::Value<QString>> m_recUncFilePath;
     values::ValuePtr<values::ValueSelection> m_antennaMode;
     std::unique_ptr<Zelvo::ZelvoClient> m_archive;
 
-    std::vector<Observed> m_observed;  // in the order of the keyword map
     std::vector<EarlyChange> m_earlyChanges;
     CVTCmdData m_record;  // reused for every record
     std::int64_t m_fileSizeLimit = MaxFileBytes;
 };
-
-/// The file name of a recording that starts at a moment, without directory: texts, time, ".tmp". Blanks become "_", and
-/// so does what a file name cannot hold; texts that are too long are cut.
-/// @param prefix device caption with its "__", or empty
-/// @param localTime name it by local time instead of UTC with the local offset
-[[nodiscard]] QString RecordingFileName(const QString& prefix, const QString& deviceName, const QDateTime& utcNow,
-                                        bool localTime);
-/// "+hh-mm" east of Greenwich, "-hh-mm" otherwise (also for 0).
-[[nodiscard]] QString UtcOffsetSuffix(std::int64_t offsetSeconds);
 
 }  // namespace Recording2

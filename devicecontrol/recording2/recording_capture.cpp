@@ -1,6 +1,7 @@
 // The change notification: control values, and the capture of what is recorded.
 #include <algorithm>
 #include <exception>
+#include <initializer_list>
 
 #include <QDir>
 #include <QScopeGuard>
@@ -15,6 +16,11 @@ namespace {
 
 constexpr std::int32_t KeyOn = 1;
 constexpr unsigned long long FirstCaptureTime = 11;  // behind the initial states
+
+bool isOneOf(std::int32_t key, std::initializer_list<std::int32_t> keys)
+{
+    return std::find(keys.begin(), keys.end(), key) != keys.end();
+}
 
 // Whether a change tells the channel range: its text has command 34, channels at a step, or 134, a list of them, which
 // ends alike (doc/recording-text.md).
@@ -50,23 +56,9 @@ bool CRecording::HandleRemoval(const void* subject, TChangeCode code)
     if (code != TChangeCode::Removed) {
         return false;
     }
-    bool watched = false;
-    for (const auto& [keyword, entry] : m_keywords) {
-        values::ValueBase* value = entry->observed;
-        if (value == nullptr || value != subject) {
-            continue;
-        }
-        watched = true;
-        if (value->QueryChange(code) == 1) {
-            value->RemoveObserver(this);
-            entry->observed = nullptr;
-            entry->switchedOn = false;
-        }
-    }
-    if (!watched) {
+    if (!m_values.forget(subject, code)) {
         return false;
     }
-    RefreshObserved();
     for (EarlyChange& change : m_earlyChanges) {
         if (change.value == subject) {
             change.value = nullptr;
@@ -114,40 +106,24 @@ void CRecording::PublishFileName(const QString& path)
 
 void CRecording::Capture(void* subject, TChangeCode code, bool control)
 {
-    const auto found = std::find_if(m_observed.begin(), m_observed.end(),
-                                    [&](const Observed& observed) { return observed.value == subject; });
-    if (found == m_observed.end()) {
+    const ObservedValues::Observed* found = m_values.find(subject);
+    if (found == nullptr) {
         if (!control) {  // the time of a map counts although nobody records it
-            static_cast<void>(TakeRecordTime(TimedMap(static_cast<const values::ValueBase*>(subject))));
+            static_cast<void>(TakeRecordTime(timedMap(static_cast<const values::ValueBase*>(subject))));
         }
         return;
     }
-    const Observed change = *found;  // the list may change below
+    const ObservedValues::Observed change = *found;  // the list may change below
     const unsigned long long recordTime = TakeRecordTime(change.timedMap);
     if (m_file == nullptr) {
         return;
     }
     if (m_starting) {
-        m_earlyChanges.push_back({change.value, code, change.typeId, recordTime, TextOf(change)});
+        m_earlyChanges.push_back({change.value, code, change.typeId, recordTime, m_values.textOf(change)});
         return;
     }
-    TrackFields(change.typeId, *change.value);
-    WriteCapture(change.typeId, code, TextOf(change), recordTime);
-}
-
-// A value that another recorder records already gives a keyword that is taken in the middle of a recording no complete
-// first text.
-const std::string& CRecording::TextOf(const Observed& change)
-{
-    if (!change.joined) {
-        return change.value->GetStringForRecording(true);
-    }
-    for (const auto& [keyword, entry] : m_keywords) {
-        entry->joined = entry->joined && entry->observed != change.value;
-    }
-    RefreshObserved();
-    static_cast<void>(change.value->GetStringForRecording(true));  // which counts as given
-    return change.value->GetStringForRecording(false);
+    Follow(change.typeId, *change.value);
+    WriteCapture(change.typeId, code, m_values.textOf(change), recordTime);
 }
 
 // The own time of a map becomes the current time of the process, so that the records around it agree with it.
@@ -176,13 +152,17 @@ void CRecording::WriteCapture(std::int32_t typeId, TChangeCode code, const std::
     m_record.set_cmd(typeId);
     m_record.set_str(text.c_str(), static_cast<std::int32_t>(text.size()));
     JournalHeaderIfChanged(recordTime);
-    m_file->JournalStopTime(recordTime / 1000);
-    m_file->write(m_record, std::max(elapsed, FirstCaptureTime), definesChannelRange(typeId, code, text));
-    if (StopIfWritingFailed()) {
+    const CFileAccess::Appended appended = m_file->Append(m_record, std::max(elapsed, FirstCaptureTime),
+                                                          definesChannelRange(typeId, code, text), recordTime / 1000);
+    if (appended.failed) {
+        StopAfterFailure(m_file->WriteFailure());
         return;
     }
     m_lastRecordTime.setTime_ts(recordTime);
-    SplitIfTooLarge();
+    if (appended.fileBytes > m_fileSizeLimit) {
+        StopRecording(true);
+        PublishFileName(StartRecording(true));
+    }
 }
 
 // The trackers as they change; the texts of the device, which nobody tells about, every second.
@@ -190,8 +170,7 @@ void CRecording::JournalHeaderIfChanged(unsigned long long recordTime)
 {
     constexpr unsigned long long TextsInterval = 1'000'000;
     const JournalledFields& last = m_journalled;
-    const bool same = last.startFreq == m_startFreq && last.stopFreq == m_stopFreq && last.minLevel == m_minLevel &&
-                      last.maxLevel == m_maxLevel && last.startTime == m_startTime.getTimeStamp();
+    const bool same = last.range == m_tracker.range() && last.startTime == m_startTime.getTimeStamp();
     if (!same || recordTime - last.madeAt >= TextsInterval) {
         m_journalled.madeAt = recordTime;
         JournalHeader();
@@ -203,20 +182,19 @@ void CRecording::JournalHeader()
     if (m_file == nullptr) {
         return;
     }
-    m_journalled = {m_startFreq, m_stopFreq, m_minLevel, m_maxLevel, m_startTime.getTimeStamp(), m_journalled.madeAt};
+    m_journalled = {m_tracker.range(), m_startTime.getTimeStamp(), m_journalled.madeAt};
     m_file->JournalHeader(FinalHeader());
 }
 
 // @return whether it did, or had before
 bool CRecording::StopIfWritingFailed()
 {
-    if (m_file == nullptr) {
-        return true;
-    }
-    if (!m_file->WriteFailed() || !m_file->IsValidFile()) {  // one that could not be made is recorded into nothing
+    if (m_file != nullptr && !m_file->WriteFailed()) {
         return false;
     }
-    StopAfterFailure(m_file->WriteFailure());
+    if (m_file != nullptr) {
+        StopAfterFailure(m_file->WriteFailure());
+    }
     return true;
 }
 
@@ -244,18 +222,64 @@ void CRecording::WriteEarlyChanges()
         changes.swap(m_earlyChanges);
         for (const EarlyChange& change : changes) {
             if (change.value != nullptr) {
-                TrackFields(change.typeId, *change.value);
+                Follow(change.typeId, *change.value);
             }
             WriteCapture(change.typeId, change.code, change.text, change.recordTime);
         }
     }
 }
 
-void CRecording::SplitIfTooLarge()
+// The sets of mode keys here, of the header's tracker and in ApplyModeKeywords differ, and are meant to.
+bool CRecording::ShouldRecordType(std::int32_t typeId) const
 {
-    if (m_file->fileSize() > m_fileSizeLimit) {
-        StopRecording(true);
-        PublishFileName(StartRecording(true));
+    if (!isOneOf(typeId, {RfSpectrum, IfSpectrum, DfSpectrum}) || m_values.keywords().IsEmpty()) {
+        return true;
+    }
+    bool spectrum = false;
+    bool dfSpectrum = false;
+    for (const auto& [keyword, entry] : m_values.keywords()) {
+        const std::int32_t id = m_values.typeIdOf(keyword);
+        spectrum = spectrum || id == RfSpectrum || id == IfSpectrum;
+        dfSpectrum = dfSpectrum || id == DfSpectrum;
+    }
+    if (!spectrum || !dfSpectrum) {
+        return true;
+    }
+    if (RecDf()) {
+        return typeId == DfSpectrum;
+    }
+    if (typeId == IfSpectrum) {
+        return !ModeExcludesIfSpectrum(m_tracker.modeKey());
+    }
+    return typeId == RfSpectrum && !isOneOf(m_tracker.modeKey(), {3, 23, 42});
+}
+
+bool CRecording::ModeExcludesIfSpectrum(std::int32_t modeKey) const
+{
+    const IfMode mode = ifModeOf(modeKey);
+    return mode == IfMode::No ||
+           (mode == IfMode::DependsOnAntenna && m_antennaMode && m_antennaMode->GetText() == QLatin1String("DF"));
+}
+
+bool CRecording::RecDf() const
+{
+    if (m_recDf) {
+        return m_recDf->GetValue();
+    }
+    return m_refusedRecDf != nullptr && m_refusedRecDf->GetValue();
+}
+
+void CRecording::ApplyModeKeywords()
+{
+    const bool ifMode = isOneOf(m_tracker.modeKey(), {3, 23, 24, 42});
+    m_values.drop(m_values.keywordOf(ifMode ? RfSpectrum : IfSpectrum));
+    m_values.take(m_values.keywordOf(ifMode ? IfSpectrum : RfSpectrum), m_starting);  // at the start its state follows
+}
+
+void CRecording::Follow(std::int32_t typeId, const values::ValueBase& value)
+{
+    if (m_tracker.follow(typeId, value) && typeId == DrvCommands) {
+        ApplyModeKeywords();
     }
 }
 

@@ -1,6 +1,4 @@
 // Start and stop of recordings.
-#include <algorithm>
-#include <array>
 #include <exception>
 
 #include <startup/cfgcenter.h>
@@ -8,6 +6,7 @@
 
 #include "filenames.h"
 #include "format/layout.h"
+#include "record/recordingname.h"
 #include "recording.h"
 #include "recording_p.h"
 
@@ -18,35 +17,10 @@ namespace {
 constexpr float DefaultStepWidth = 100'000;
 constexpr unsigned long long InitialStateTime = 10;
 
-// Room for the three header texts: the header area less the longest form of every other field.
-constexpr std::size_t HeaderTextBytes = [] {
-    constexpr std::size_t Versions = std::size_t{2} * 7;      // "-32768#"
-    constexpr std::size_t Frequencies = std::size_t{3} * 13;  // "-3.40282e+38#"
-    constexpr std::size_t Levels = std::size_t{2} * 12;       // "-2147483648#"
-    constexpr std::size_t Times = std::size_t{2} * 9;
-    constexpr std::size_t TextLengths = std::size_t{3} * 4;      // "499#"
-    constexpr std::size_t BlockPositions = std::size_t{5} * 11;  // "2147483647#"
-    constexpr std::size_t Flag = 2;
-    return std::size_t{Format::HeaderAreaBytes} - Versions - Frequencies - Levels - Times - TextLengths -
-           BlockPositions - Flag;
-}();
-
-// Cuts the longest texts until all three fit into the header area together.
-void cutToHeaderArea(std::array<std::string*, 3> texts)
-{
-    const auto bySize = [](const std::string* a, const std::string* b) { return a->size() < b->size(); };
-    std::sort(texts.begin(), texts.end(), bySize);
-    std::size_t room = HeaderTextBytes;
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        texts[i]->resize(std::min(texts[i]->size(), room / (texts.size() - i)));
-        room -= texts[i]->size();
-    }
-}
-
-// Header texts are Latin-1 and end at a NUL.
+// Header texts are Latin-1.
 std::string headerText(const QString& text)
 {
-    return text.toLatin1().constData();
+    return text.toLatin1().toStdString();
 }
 
 QDateTime utcNow()
@@ -140,8 +114,7 @@ void CRecording::CloseFile(bool splitting)
     // The destructor closes too, and means this class's own.
     DetachAllValues();  // NOLINT(clang-analyzer-optin.cplusplus.VirtualCall)
     const std::string path = m_file->path();
-    CHeaderData header = FinalHeader();
-    m_file->CloseRecording(header, splitting);
+    m_file->Close(FinalHeader(), splitting);
     m_file.reset();
     m_startTimeMoved = false;
     if (path.find(".tmp") != std::string::npos) {
@@ -160,36 +133,18 @@ void CRecording::CloseFile(bool splitting)
 
 void CRecording::DetachAllValues()
 {
-    try {
-        for (const auto& [keyword, entry] : m_keywords) {
-            StopObserving(*entry);
-        }
-    } catch (const std::exception& exception) {  // the file is to be closed whatever a value does
-        RecordingErrors::trace(QString::fromUtf8(exception.what()), __LINE__);
-    }
-    RefreshObserved();
-}
-
-void CRecording::ForgetObservedValues() noexcept
-{
-    for (const auto& [keyword, entry] : m_keywords) {
-        try {
-            StopObserving(*entry);
-        } catch (const std::exception& exception) {
-            RecordingErrors::trace(QString::fromUtf8(exception.what()), __LINE__);
-        }
-    }
+    m_values.stopAll(false);  // the file is to be closed whatever a value does
 }
 
 QString CRecording::DeviceName() const
 {
-    const values::ValueBase* value = ValueOf(QStringLiteral("DEVICENAME"), QStringLiteral("Adm/DRIVERNAME"));
+    const values::ValueBase* value = m_values.valueOf(QStringLiteral("DEVICENAME"), QStringLiteral("Adm/DRIVERNAME"));
     return value == nullptr ? QStringLiteral("UNKNOWN") : value->GetText();
 }
 
 QString CRecording::DeviceType() const
 {
-    const values::ValueBase* value = ValueOf(QStringLiteral("DEVICETYPE"), QStringLiteral("Adm/DEVICE_TYPE"));
+    const values::ValueBase* value = m_values.valueOf(QStringLiteral("DEVICETYPE"), QStringLiteral("Adm/DEVICE_TYPE"));
     return value == nullptr ? QStringLiteral("UNKNOWN") : value->GetText();
 }
 
@@ -203,32 +158,25 @@ QString CRecording::JobId() const
     return value == nullptr ? QStringLiteral("Not available") : value->GetValue();
 }
 
-CHeaderData CRecording::FinalHeader() const
+Format::HeaderRecord CRecording::FinalHeader() const
 {
-    std::string deviceName = headerText(DeviceName());
-    std::string deviceType = headerText(DeviceType());
-    std::string jobId = headerText(JobId());
-    cutToHeaderArea({&deviceName, &deviceType, &jobId});
-    CHeaderData header;
-    header.set_version(2, 0);
-    header.set_deviceName(deviceName);
-    header.set_deviceType(deviceType);
-    header.setJobID(jobId.c_str());
-    header.set_startTS(m_startTime);
-    header.set_stopTS(m_lastRecordTime);
-    header.set_stepWidth(DefaultStepWidth);
-    header.set_startFreq(m_startFreq);
-    header.set_stopFreq(m_stopFreq);
-    header.set_minLevel(m_minLevel);
-    header.set_maxLevel(m_maxLevel);
-    header.setAutomaticRec(false);
+    Format::HeaderRecord header;
+    header.majorVersion = 2;
+    header.stepWidthHz = DefaultStepWidth;
+    header.startMs = m_startTime.getMilliSecs();
+    header.stopMs = m_lastRecordTime.getMilliSecs();
+    header.jobId = headerText(JobId());
+    header.deviceName = headerText(DeviceName());
+    header.deviceType = headerText(DeviceType());
+    Format::fitTexts(header);
+    m_tracker.range().putInto(header);
     return header;
 }
 
 QString CRecording::DeviceCaptionPrefix() const
 {
     const QString keyword = QStringLiteral("DEVICE_CAPTION");
-    const values::ValueBase* value = m_keywords.Find(keyword) == nullptr ? nullptr : ValueOf(keyword);
+    const values::ValueBase* value = m_values.keywords().Find(keyword) == nullptr ? nullptr : m_values.valueOf(keyword);
     return value == nullptr ? QString() : value->GetText() + QStringLiteral("__");
 }
 
@@ -238,15 +186,52 @@ bool CRecording::UseLocalTimeInName() const
     return cfg != nullptr && cfg->ReadBoolean(QStringLiteral("RecordingNameLocalTime"), false);
 }
 
+void CRecording::AttachRecordedValues()
+{
+    if (values::Tree::Instance() == nullptr) {
+        return;
+    }
+    for (const auto& [keyword, entry] : m_values.keywords()) {
+        values::ValueBase* value = isHeaderText(keyword) ? nullptr : m_values.valueOf(keyword);
+        if (value == nullptr) {
+            continue;
+        }
+        const std::int32_t typeId = m_values.typeIdOf(keyword);
+        if (m_tracker.assign(typeId, *value) && typeId == IfSpan) {
+            LetScanRangeFollow();
+        }
+        // Setting STARTFREQ and STOPFREQ there may have removed it.
+        if (m_values.valueOf(keyword) == value && ShouldRecordType(typeId)) {
+            m_values.observe(*entry, *value);
+        }
+    }
+}
+
+// The device's scan range follows the IF span.
+void CRecording::LetScanRangeFollow()
+{
+    const HeaderRange range = m_tracker.range();
+    SetTreeNumber(StartFreq, static_cast<double>(*range.startFreq));
+    SetTreeNumber(StopFreq, static_cast<double>(*range.stopFreq));
+}
+
+void CRecording::SetTreeNumber(std::int32_t typeId, double value)
+{
+    if (auto* number = dynamic_cast<values::ValueNumeric<double>*>(m_values.valueOf(m_values.keywordOf(typeId)))) {
+        number->SetValue(value, this);
+    }
+}
+
 void CRecording::WriteTypeTable(CFileAccess* file)
 {
     CVTTypesData types;
-    for (const auto& [keyword, entry] : m_keywords) {
-        const std::int32_t typeId = TypeIdOf(keyword);
-        const values::ValueBase* value = IsHeaderText(keyword) || typeId == UnknownType ? nullptr : ValueOf(keyword);
+    for (const auto& [keyword, entry] : m_values.keywords()) {
+        const std::int32_t typeId = m_values.typeIdOf(keyword);
+        const values::ValueBase* value =
+            isHeaderText(keyword) || typeId == UnknownType ? nullptr : m_values.valueOf(keyword);
         if (value != nullptr && ShouldRecordType(typeId)) {
             types.add_item({typeId, static_cast<std::int32_t>(value->GetType()), keyword.toLatin1().toStdString(),
-                            ResolveValuePath(keyword, QString()).toLatin1().toStdString()});
+                            m_values.pathOf(keyword).toLatin1().toStdString()});
         }
     }
     if (file != nullptr) {
@@ -258,9 +243,9 @@ void CRecording::WriteInitialStates()
 {
     try {
         const WithoutCompression scope;
-        for (const auto& [keyword, entry] : m_keywords) {
+        for (const auto& [keyword, entry] : m_values.keywords()) {
             const values::ValueBase* value = entry->observed;
-            const std::int32_t typeId = TypeIdOf(keyword);
+            const std::int32_t typeId = m_values.typeIdOf(keyword);
             if (value == nullptr || m_file == nullptr || !ShouldRecordType(typeId)) {
                 continue;
             }

@@ -2,13 +2,14 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
+#include <map>
+#include <vector>
 
 #include <recording2/inspection/inspection.h>
-#include <values/valuebase.h>
+#include <recording2/record/headertracker.h>
 
 #include "replay/inforce.h"
-#include "replay/typenames.h"
+#include "replay/recordedvalues.h"
 
 namespace RecTool {
 
@@ -16,47 +17,24 @@ namespace RecTool {
 /// known.
 class HeaderFields {
 public:
-    /// @param names must outlive the object
-    explicit HeaderFields(const TypeNames& names) : m_names(names) {}
+    explicit HeaderFields(const std::vector<Recording2::Inspection::TypeEntry>& types);
+    HeaderFields(const HeaderFields&) = delete;
+    HeaderFields& operator=(const HeaderFields&) = delete;
 
     void follow(const Recording2::Inspection::Record& record);
     /// A recording starts with this state: what was followed up to here belongs to another one.
     void restart(const InForce& state);
     /// Puts in what is known; other fields stay.
     void put(Recording2::Inspection::Header& header) const;
-    [[nodiscard]] bool tellLevels() const { return m_minLevel || m_maxLevel; }  ///< whether the records told a level
+    /// Whether the records told a level.
+    [[nodiscard]] bool tellLevels() const { return m_tracker.range().minLevel || m_tracker.range().maxLevel; }
 
 private:
-    enum class Field : std::uint8_t {
-        None,
-        StartFreq,
-        StopFreq,
-        Frequency,
-        StartLevel,
-        StopLevel,
-        RfYLimit,
-        Mode,
-        IfSpan
-    };
+    [[nodiscard]] bool hasIfRange(std::int32_t modeKey);
 
-    [[nodiscard]] Field fieldOf(std::int32_t code) const;
-    void take(Field field, const values::ValueBase& value);
-    bool takeFrequency(const values::ValueBase& value);
-    bool takeIfSpan(const values::ValueBase& value);
-    void takeLevels(Field field, const values::ValueBase& value);
-    [[nodiscard]] bool modeHasIfRange();
-    void computeRange();
-
-    const TypeNames& m_names;
+    std::map<std::int32_t, std::int32_t> m_typeIds;  // the recorder's, by those of this file
     RecordedValues m_recorded;
-    std::optional<float> m_startFreq;
-    std::optional<float> m_stopFreq;
-    std::optional<std::int32_t> m_minLevel;
-    std::optional<std::int32_t> m_maxLevel;
-    float m_frequency = 0;
-    double m_frequencyOffset = 0;
-    float m_ifSpan = 0;
-    std::int32_t m_mode = 0;
+    Recording2::HeaderTracker m_tracker;
     bool m_rangeIsUncertain = false;
 };
 

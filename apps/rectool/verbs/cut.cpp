@@ -40,7 +40,7 @@ public:
           m_span(span),
           m_output(output),
           m_names(summary.types),
-          m_fields(m_names),
+          m_fields(summary.types),
           m_ranges(summary.channelRangeTimes.begin(), summary.channelRangeTimes.end())
     {
     }

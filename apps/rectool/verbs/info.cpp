@@ -67,7 +67,7 @@ struct Report {
 class RecordFacts {
 public:
     RecordFacts(Report& report, bool levels)
-        : m_report(report), m_levels(levels), m_names(report.summary.types), m_fields(m_names)
+        : m_report(report), m_levels(levels), m_names(report.summary.types), m_fields(report.summary.types)
     {
     }
 

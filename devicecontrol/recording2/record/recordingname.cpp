@@ -1,11 +1,12 @@
 // Names of recordings: texts of the station, which may hold anything, and the time.
+#include "recordingname.h"
+
 #include <algorithm>
 #include <cstdlib>
 
 #include <QTextBoundaryFinder>
 
 #include "../filenames.h"
-#include "../recording.h"
 
 namespace Recording2 {
 

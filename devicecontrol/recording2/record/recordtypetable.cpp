@@ -1,7 +1,5 @@
-// The table of the 48 keywords itself, and the values attached to them.
+// The table of the 48 keywords itself.
 #include "recordtypetable.h"
-
-#include <utility>
 
 namespace Recording2 {
 
@@ -55,25 +53,5 @@ const std::array<RecordType, 48> RecordTypeTable{{
     {"DEVICE_CAPTION", "/DEVICE_CAPTION", 47},
     {"DFSPECTRUMSAMPLE", "/DEVICE_CAPTION", 48},
 }};
-
-void CValueTableMap::Set(const QString& keyword, const QString& valuePath)
-{
-    m_entries[keyword] = std::make_unique<CValueTable>(valuePath);
-}
-
-CValueTable* CValueTableMap::Find(const QString& keyword) const
-{
-    const auto entry = m_entries.find(keyword);
-    return entry == m_entries.end() ? nullptr : entry->second.get();
-}
-
-void CValueTableMap::MoveTo(CValueTableMap& other, const QString& keyword)
-{
-    const auto entry = m_entries.find(keyword);
-    if (entry != m_entries.end()) {
-        other.m_entries[keyword] = std::move(entry->second);
-        m_entries.erase(entry);
-    }
-}
 
 }  // namespace Recording2

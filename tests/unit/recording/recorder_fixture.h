@@ -32,14 +32,14 @@ public:
 class RecordingTestPeer {
 public:
     static std::int64_t& fileSizeLimit(CRecording& recorder) { return recorder.m_fileSizeLimit; }
-    static std::int32_t& modeKey(CRecording& recorder) { return recorder.m_modeKey; }
-    static float& startFreq(CRecording& recorder) { return recorder.m_startFreq; }
-    static float& stopFreq(CRecording& recorder) { return recorder.m_stopFreq; }
-    static float& frequency(CRecording& recorder) { return recorder.m_frequency; }
-    static float& ifSpan(CRecording& recorder) { return recorder.m_ifSpan; }
-    static double& frequencyOffset(CRecording& recorder) { return recorder.m_frequencyOffset; }
-    static std::int32_t& minLevel(CRecording& recorder) { return recorder.m_minLevel; }
-    static std::int32_t& maxLevel(CRecording& recorder) { return recorder.m_maxLevel; }
+    static std::int32_t& modeKey(CRecording& recorder) { return recorder.m_tracker.m_modeKey; }
+    static float& startFreq(CRecording& recorder) { return *recorder.m_tracker.m_range.startFreq; }
+    static float& stopFreq(CRecording& recorder) { return *recorder.m_tracker.m_range.stopFreq; }
+    static float& frequency(CRecording& recorder) { return recorder.m_tracker.m_frequency; }
+    static float& ifSpan(CRecording& recorder) { return recorder.m_tracker.m_ifSpan; }
+    static double& frequencyOffset(CRecording& recorder) { return recorder.m_tracker.m_frequencyOffset; }
+    static std::int32_t& minLevel(CRecording& recorder) { return *recorder.m_tracker.m_range.minLevel; }
+    static std::int32_t& maxLevel(CRecording& recorder) { return *recorder.m_tracker.m_range.maxLevel; }
     static bool fileNameFormat83(const CRecording& recorder) { return recorder.m_fileNameFormat83; }
     static std::int32_t maxFileLength(const CRecording& recorder) { return recorder.m_maxFileLength; }
     static std::int32_t fileExpandingSize(const CRecording& recorder) { return recorder.m_fileExpandingSize; }
@@ -55,13 +55,19 @@ public:
         recorder.m_file = std::make_unique<CFileAccess>(path.toUtf8().constData(), recorder.m_statusValuePath, nullptr,
                                                         true, true, false, &recorder, nullptr);
     }
-    static const CValueTableMap& keywords(const CRecording& recorder) { return recorder.m_keywords; }
-    static const CValueTableMap& inactiveKeywords(const CRecording& recorder) { return recorder.m_inactiveKeywords; }
-    static const std::map<QString, std::int32_t>& typeIds(const CRecording& recorder) { return recorder.m_typeIds; }
+    static const CValueTableMap& keywords(const CRecording& recorder) { return recorder.m_values.m_keywords; }
+    static const CValueTableMap& inactiveKeywords(const CRecording& recorder)
+    {
+        return recorder.m_values.m_inactiveKeywords;
+    }
+    static const std::map<QString, std::int32_t>& typeIds(const CRecording& recorder)
+    {
+        return recorder.m_values.m_typeIds;
+    }
     static bool shouldRecord(const CRecording& recorder, std::int32_t id) { return recorder.ShouldRecordType(id); }
     static bool shouldRecord(const CRecording& recorder, const QString& keyword)
     {
-        return recorder.ShouldRecordType(keyword);
+        return recorder.ShouldRecordType(recorder.m_values.typeIdOf(keyword));
     }
     static bool excludesIfSpectrum(const CRecording& recorder, std::int32_t modeKey)
     {
@@ -70,7 +76,7 @@ public:
     static void applyModeKeywords(CRecording& recorder) { recorder.ApplyModeKeywords(); }
     static QString resolve(const CRecording& recorder, const QString& keyword, const QString& fallback)
     {
-        return recorder.ResolveValuePath(keyword, fallback);
+        return recorder.m_values.pathOf(keyword, fallback);
     }
 };
 

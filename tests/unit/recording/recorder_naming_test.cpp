@@ -9,6 +9,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <recording2/record/recordingname.h>
+
 #include "recorder_fixture.h"
 
 #if !defined(_WIN32)

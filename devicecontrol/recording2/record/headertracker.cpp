@@ -1,0 +1,168 @@
+// Following mode, frequency, IF span and levels, by the type id of each value.
+#include "headertracker.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include <values/selection.h>
+#include <values/value.h>
+
+#include "recordtypetable.h"
+
+namespace Recording2 {
+
+namespace {
+
+// Truncated; a number that no level field can hold gives the nearest it can.
+std::int32_t truncated(double number)
+{
+    constexpr double Low = std::numeric_limits<std::int32_t>::min();
+    constexpr double High = std::numeric_limits<std::int32_t>::max();
+    return std::isnan(number) ? 0 : static_cast<std::int32_t>(std::clamp(number, Low, High));
+}
+
+}  // namespace
+
+void HeaderRange::putInto(Format::HeaderRecord& header) const
+{
+    header.startFrequencyHz = startFreq.value_or(header.startFrequencyHz);
+    header.stopFrequencyHz = stopFreq.value_or(header.stopFrequencyHz);
+    header.minLevel = minLevel.value_or(header.minLevel);
+    header.maxLevel = maxLevel.value_or(header.maxLevel);
+}
+
+IfMode ifModeOf(std::int32_t modeKey)
+{
+    switch (modeKey) {
+        case 3:
+        case 23:
+        case 27:
+        case 42:
+            return IfMode::Yes;
+        case 24:
+            return IfMode::DependsOnAntenna;
+        default:
+            return IfMode::No;
+    }
+}
+
+bool HeaderTracker::assign(std::int32_t typeId, const values::ValueBase& value)
+{
+    switch (typeId) {
+        case StartFreq:
+        case StopFreq:
+            takeScan(typeId, value, false);
+            return false;
+        case Frequency:
+            return takeFrequency(value);
+        default:
+            return follow(typeId, value);
+    }
+}
+
+bool HeaderTracker::follow(std::int32_t typeId, const values::ValueBase& value)
+{
+    switch (typeId) {
+        case StartFreq:
+        case StopFreq:
+            takeScan(typeId, value, true);
+            return false;
+        case Frequency:
+            if (takeFrequency(value) && m_ifSpan != 0 && m_hasIfRange(m_modeKey)) {
+                computeRange();
+            }
+            return false;
+        case DrvCommands:
+            return takeModeKey(value);
+        case IfSpan:
+            if (takeIfSpan(value)) {
+                computeRange();
+                return true;
+            }
+            return false;
+        case StartLevel:
+        case StopLevel:
+        case RfYLimit:
+            takeLevels(typeId, value);
+            return false;
+        default:
+            return false;
+    }
+}
+
+void HeaderTracker::forgetFrequencies()
+{
+    m_range.startFreq.reset();
+    m_range.stopFreq.reset();
+}
+
+void HeaderTracker::takeScan(std::int32_t typeId, const values::ValueBase& value, bool widen)
+{
+    if (const auto* numeric = dynamic_cast<const values::ValueNumeric<double>*>(&value)) {
+        const auto number = static_cast<float>(numeric->GetValue());
+        if (typeId == StartFreq) {
+            m_range.startFreq = widen ? std::min(m_range.startFreq.value_or(number), number) : number;
+        } else {
+            m_range.stopFreq = widen ? std::max(m_range.stopFreq.value_or(number), number) : number;
+        }
+    }
+}
+
+bool HeaderTracker::takeFrequency(const values::ValueBase& value)
+{
+    const auto* frequency = dynamic_cast<const values::ValueNumericWithOffset<double>*>(&value);
+    if (frequency == nullptr) {
+        return false;
+    }
+    m_frequency = static_cast<float>(frequency->GetValue());
+    m_frequencyOffset = frequency->GetOffset();
+    return true;
+}
+
+bool HeaderTracker::takeModeKey(const values::ValueBase& value)
+{
+    const auto* commands = dynamic_cast<const values::ValueSelection*>(&value);
+    if (commands == nullptr) {
+        return false;
+    }
+    m_modeKey = commands->GetCurrentKey();
+    return true;
+}
+
+// True when the range is to follow the span.
+bool HeaderTracker::takeIfSpan(const values::ValueBase& value)
+{
+    const auto* span = dynamic_cast<const values::ValueSelection*>(&value);
+    if (span == nullptr || m_frequency == 0 || !m_hasIfRange(m_modeKey)) {
+        return false;
+    }
+    m_ifSpan = static_cast<float>(span->GetCurrentValue());
+    return m_ifSpan >= 1;
+}
+
+void HeaderTracker::takeLevels(std::int32_t typeId, const values::ValueBase& value)
+{
+    const auto* number = dynamic_cast<const values::ValueNumeric<double>*>(&value);
+    if (number == nullptr) {
+        return;
+    }
+    if (typeId == StartLevel) {
+        m_range.minLevel = truncated(number->GetValue());
+    } else if (typeId == StopLevel) {
+        m_range.maxLevel = truncated(number->GetValue());
+    } else {
+        m_range.minLevel = truncated(number->GetLowerLimit());
+        m_range.maxLevel = truncated(number->GetUpperLimit());
+    }
+}
+
+void HeaderTracker::computeRange()
+{
+    const double centre = static_cast<double>(m_frequency) + m_frequencyOffset;
+    const double half = static_cast<double>(m_ifSpan) / 2;
+    m_range.startFreq = static_cast<float>(centre - half);
+    m_range.stopFreq = static_cast<float>(centre + half);
+}
+
+}  // namespace Recording2

@@ -1,0 +1,114 @@
+// The values that a recorder records: where its keywords find them, and which of them it observes.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <QString>
+
+#include <values/maps.h>
+#include <values/valuebase.h>
+#include <vkbase/observer.h>
+
+#include "recordtypetable.h"
+
+namespace Recording2 {
+
+/// One keyword of a recorder: where its value is, and the value while it is observed.
+class CValueTable {
+public:
+    explicit CValueTable(QString valuePath) : m_valuePath(std::move(valuePath)) {}
+    [[nodiscard]] QString GetValuePath() const { return m_valuePath; }
+
+    values::ValueBase* observed = nullptr;  ///< not owned; null while nothing is observed
+    bool switchedOn = false;                ///< its command recording, by this entry: only then it is switched off
+    bool joined = false;                    ///< somebody else had it on: the next change is to be recorded whole
+
+private:
+    QString m_valuePath;
+};
+
+/// Keyword to its entry, in the order of the keywords. Owns the entries.
+class CValueTableMap {
+public:
+    using Map = std::map<QString, std::unique_ptr<CValueTable>>;
+
+    CValueTableMap() = default;
+    CValueTableMap(const CValueTableMap&) = delete;
+    CValueTableMap& operator=(const CValueTableMap&) = delete;
+    virtual ~CValueTableMap() = default;
+
+    void Clear() { m_entries.clear(); }
+    [[nodiscard]] bool IsEmpty() const { return m_entries.empty(); }
+    void Set(const QString& keyword, const QString& valuePath);
+    [[nodiscard]] CValueTable* Find(const QString& keyword) const;  ///< null when there is none
+    /// Moves an entry to another map; one of the same keyword there is replaced.
+    void MoveTo(CValueTableMap& other, const QString& keyword);
+    [[nodiscard]] Map::const_iterator begin() const { return m_entries.begin(); }
+    [[nodiscard]] Map::const_iterator end() const { return m_entries.end(); }
+
+private:
+    Map m_entries;
+};
+
+/// A map whose own time stamp is the time of its records: bearings of a direction finder, levels of a spectrum. Null
+/// for every other value.
+[[nodiscard]] const values::MappingBase* timedMap(const values::ValueBase* value);
+/// These two are told by the header of a recording, not by records.
+[[nodiscard]] bool isHeaderText(const QString& keyword);
+
+class ObservedValues {
+public:
+    /// An observed value with what capturing a change of it needs: found without a search through the keywords.
+    struct Observed {
+        values::ValueBase* value;
+        std::int32_t typeId;
+        const values::MappingBase* timedMap;  // the value, if it is of a class whose own time counts
+        bool joined;                          // a change alone would lack what it is a change of
+    };
+
+    /// @param root path in front of relative ones; both must outlive the object
+    ObservedValues(IObserver& observer, const QString& root);
+
+    [[nodiscard]] CValueTableMap& keywords() { return m_keywords; }
+    [[nodiscard]] const CValueTableMap& keywords() const { return m_keywords; }
+    [[nodiscard]] std::int32_t typeIdOf(const QString& keyword) const;
+    [[nodiscard]] QString keywordOf(std::int32_t typeId) const;
+    /// The absolute path of a keyword's value. @param fallback for a keyword that is not there
+    [[nodiscard]] QString pathOf(const QString& keyword, const QString& fallback = QString()) const;
+    /// The value that stands there; null when there is none.
+    [[nodiscard]] values::ValueBase* valueOf(const QString& keyword, const QString& fallback = QString()) const;
+
+    /// The observed value, null when a subject is none.
+    [[nodiscard]] const Observed* find(const void* subject) const;
+    /// The text of a change of it. @param change a copy: the list of the observed changes
+    [[nodiscard]] const std::string& textOf(const Observed& change);
+    void observe(CValueTable& entry, values::ValueBase& value);
+    /// A value was removed. @return whether it was watched; one that confirms is forgotten
+    bool forget(const void* subject, TChangeCode code);
+    /// Ends observing all. What an entry throws is traced. @param goOn with the entries behind it
+    void stopAll(bool goOn);
+    /// A keyword is recorded no more, or again.
+    void drop(const QString& keyword);
+    /// @param starting the states of all values follow
+    void take(const QString& keyword, bool starting);
+
+private:
+    friend class RecordingTestPeer;
+
+    void stopObserving(CValueTable& entry);
+    void refresh();
+
+    IObserver& m_observer;
+    const QString& m_root;
+    std::map<QString, std::int32_t> m_typeIds;
+    CValueTableMap m_keywords;
+    CValueTableMap m_inactiveKeywords;
+    std::vector<Observed> m_observed;  // in the order of the keyword map
+};
+
+}  // namespace Recording2
