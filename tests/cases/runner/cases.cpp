@@ -82,6 +82,22 @@ std::string generalised(std::string text)
     return text;
 }
 
+/// "*.rec" is the recordings in the current folder.
+Words withFilesFound(const Words& words)
+{
+    Words all;
+    for (const std::string& word : words) {
+        if (word != "*.rec" && word != "*RX*.rec" && word != "*DF*.rec") {
+            all.push_back(word);
+            continue;
+        }
+        for (const QString& name : QDir().entryList({QString::fromStdString(word)}, QDir::Files, QDir::Name)) {
+            all.push_back(name.toStdString());
+        }
+    }
+    return all;
+}
+
 Printed runHere(const Words& words, const Lines& input)
 {
     if (const Helper* helper = helperOf(words.at(0))) {
@@ -107,7 +123,7 @@ Outcome outcomeOf(const Step& step)
         replaceAll(word, "FOLDER", QDir::currentPath().toStdString());
         replaceAll(word, "DATA/", TEST_DATA_DIRECTORY "/");
     }
-    Printed printed = runHere(words, step.input);
+    Printed printed = runHere(withFilesFound(words), step.input);
     if (!filter.empty()) {
         printed.out = filtered(filter, printed.out);
     }

@@ -68,6 +68,18 @@ std::string partsOf(const std::string& text, const Words& patterns)
     return shown;
 }
 
+/// What rectool cat --json prints, shorter: a line a record with its time, keyword and value.
+std::string recordsOf(const std::string& text)
+{
+    std::string shown;
+    for (const std::string& line : linesOf(text)) {
+        const json record = json::parse(line);
+        shown += record.at("timeMs").dump() + ' ' + record.at("keyword").get<std::string>() + ' ' +
+                 record.at("value").dump() + '\n';
+    }
+    return shown;
+}
+
 /// The lines in which one of the words from one on stands, or none of them.
 std::string linesWith(const std::string& text, const Words& words, bool wanted)
 {
@@ -92,6 +104,9 @@ std::string filtered(const Words& words, const std::string& text)
     }
     if (name == "grep" || name == "without") {
         return linesWith(text, words, name == "grep");
+    }
+    if (name == "records") {
+        return recordsOf(text);
     }
     if (name == "lines") {
         return std::to_string(linesOf(text).size()) + '\n';

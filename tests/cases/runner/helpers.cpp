@@ -2,8 +2,6 @@
 #include "helpers.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <sstream>
 #include <stdexcept>
@@ -37,16 +35,19 @@ fs::path pathOf(const std::string& name)
 
 std::string bytesOf(const std::string& name)
 {
-    std::ifstream stream(pathOf(name), std::ios::binary);
-    if (!stream) {
+    QFile file(QString::fromStdString(name));
+    if (!file.open(QIODevice::ReadOnly)) {
         throw std::runtime_error("there is no file " + name);
     }
-    return {std::istreambuf_iterator<char>(stream), {}};
+    return file.readAll().toStdString();
 }
 
 std::string store(const std::string& name, const std::string& bytes)
 {
-    std::ofstream(pathOf(name), std::ios::binary) << bytes;
+    QFile file(QString::fromStdString(name));
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes.data(), static_cast<qint64>(bytes.size())) < 0) {
+        throw std::runtime_error("this file cannot be written: " + name);
+    }
     return {};
 }
 
@@ -57,9 +58,10 @@ std::string repeated(const std::string& word)
     if (star == std::string::npos || star == 0 || word.find_first_not_of("0123456789") != star) {
         return word;
     }
+    const std::string piece = word.substr(star + 1);
     std::string all;
     for (int i = std::stoi(word); i > 0; --i) {
-        all += word.substr(star + 1);
+        all += piece;
     }
     return all;
 }
@@ -247,6 +249,13 @@ const std::map<std::string, Helper>& others()
         {"rename", [](const Words& words,
                       const Lines&) { return fs::rename(pathOf(words.at(1)), pathOf(words.at(2))), std::string(); }},
         {"remove", [](const Words& words, const Lines&) { return fs::remove_all(pathOf(words.at(1))), std::string(); }},
+        {"remove-recordings",
+         [](const Words&, const Lines&) {
+             for (const QString& name : QDir().entryList({QStringLiteral("*.rec")})) {
+                 QFile::remove(name);
+             }
+             return std::string();
+         }},
         {"mkdir",
          [](const Words& words, const Lines&) { return fs::create_directories(pathOf(words.at(1))), std::string(); }},
         {"link",

@@ -16,7 +16,6 @@
 namespace recstation {
 namespace {
 
-using testing::AllOf;
 using testing::HasSubstr;
 
 class ConfigurationTest : public testing::Test {
@@ -65,25 +64,6 @@ TEST_F(ConfigurationTest, TheBuiltInOneKeepsTheJournalThatIsAskedFor)
     }
 }
 
-TEST_F(ConfigurationTest, AJournalThatThereIsNotIsRefused)
-{
-    EXPECT_EQ(problemOf("[a]\nJournal='off'\n"), "no problem");
-    EXPECT_THAT(problemOf("[a]\nJournal='paper'\n"), AllOf(HasSubstr("\"a\""), HasSubstr("found \"paper\"")));
-    EXPECT_THAT(problemOf("[a]\nJournal=1\n"), HasSubstr("test.toml:2"));
-}
-
-TEST_F(ConfigurationTest, InstancesMustNotShareAValuePath)
-{
-    EXPECT_THAT(problemOf("[a]\nValuePath='/X'\nStatusValuePath='/A'\n[b]\nValuePath='/X'\nStatusValuePath='/B'\n"),
-                AllOf(HasSubstr("test.toml"), HasSubstr("\"a\" and \"b\""), HasSubstr("ValuePath \"/X\"")));
-}
-
-TEST_F(ConfigurationTest, InstancesMustNotShareAStatusPathNotEvenByDefault)
-{
-    EXPECT_THAT(problemOf("[a]\nValuePath='/A'\n[b]\nValuePath='/B'\n"),
-                HasSubstr("share the StatusValuePath \"/DEVICES/RECSTATUS\""));
-}
-
 TEST_F(ConfigurationTest, TheRecordersFallbacksCountAsPaths)
 {
     const auto one = load("[a]\n");
@@ -94,32 +74,6 @@ TEST_F(ConfigurationTest, TheRecordersFallbacksCountAsPaths)
                 HasSubstr("share the ValuePath \"/Devices/NoName_Driver\""));
 }
 
-TEST_F(ConfigurationTest, EveryKeyOfAWrongTypeIsReportedWithFileLineAndKey)
-{
-    const std::vector<std::pair<std::string, std::string>> wrong = {
-        {"ValuePath", "1"},         {"StatusValuePath", "true"},
-        {"RecordingPath", "[]"},    {"RecFileNameFormat83", "1"},
-        {"MaxFileLength", "'1'"},   {"FileExpandingSize", "1.5"},
-        {"DiskExpandingSize", "1"}, {"RecordingNameLocalTime", "'no'"},
-        {"RecordDF", "1"},          {"Values", "1"}};
-    for (const auto& [key, value] : wrong) {
-        const std::string text = "[a]\n\n" + key + " = " + value + "\n";
-        EXPECT_THAT(problemOf(text.c_str()), AllOf(HasSubstr("test.toml:3"), HasSubstr(key))) << text;
-    }
-}
-
-TEST_F(ConfigurationTest, AValuePathOfAKeywordMustBeAText)
-{
-    EXPECT_THAT(problemOf("[a]\n[a.Values]\nLEVEL = 5\n"), AllOf(HasSubstr("test.toml:3"), HasSubstr("LEVEL")));
-}
-
-TEST_F(ConfigurationTest, AnUnknownKeyIsAWarningOnly)
-{
-    const auto configuration = load("[a]\nRecordingPaht = '/tmp'\n");
-    ASSERT_EQ(configuration.warnings.size(), 1);
-    EXPECT_THAT(configuration.warnings.first().toStdString(), AllOf(HasSubstr("RecordingPaht"), HasSubstr("\"a\"")));
-}
-
 TEST_F(ConfigurationTest, TheTableOfTheArchiveIsNoRecorder)
 {
     const Configuration configuration = load("[Rx]\n[archive]\nStorage = \"/storage\"\nUnknown = 7\n");
@@ -128,16 +82,6 @@ TEST_F(ConfigurationTest, TheTableOfTheArchiveIsNoRecorder)
     EXPECT_EQ(configuration.archiveFile, QStringLiteral("test.toml"));
     EXPECT_TRUE(load("[Rx]\n").archiveFile.isEmpty());
     EXPECT_THAT(problemOf("[archive]\nStorage = \"/storage\"\n"), HasSubstr("no recorder is configured"));
-}
-
-TEST_F(ConfigurationTest, AFileWithoutRecordersIsRefused)
-{
-    EXPECT_THAT(problemOf("ValuePath = '/A'\n"), HasSubstr("no recorder is configured"));
-}
-
-TEST_F(ConfigurationTest, ASyntaxErrorIsReportedWithFileAndLine)
-{
-    EXPECT_THAT(problemOf("[a]\nValuePath = \n"), HasSubstr("test.toml:2"));
 }
 
 TEST_F(ConfigurationTest, AFileIsRead)

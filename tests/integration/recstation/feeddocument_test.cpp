@@ -15,8 +15,9 @@
 namespace recstation {
 namespace {
 
-// Runs a feed in a tree that has the status values of a recorder; reports are collected.
-SourceReport run(const std::string& text, std::vector<std::string>& reports)
+// Runs a feed in a tree that has the status values of a recorder; reports are collected, and what is created.
+SourceReport run(const std::string& text, std::vector<std::string>& reports,
+                 std::vector<std::string>* created = nullptr)
 {
     SimulatedClock clock;
     values::Tree tree;
@@ -24,7 +25,11 @@ SourceReport run(const std::string& text, std::vector<std::string>& reports)
     directionFinding.Attach(QStringLiteral("/Devices/Rx1Status/REC_DF"));
     FeedHost host;
     host.switchRecorder = [](const QString& name, bool) { return name != QStringLiteral("nobody"); };
-    host.created = [](const QString&) {};
+    host.created = [created](const QString& path) {
+        if (created != nullptr) {
+            created->push_back(path.toStdString());
+        }
+    };
     host.report = [&reports](const QString& sentence) { reports.push_back(sentence.toStdString()); };
     auto open = [text]() -> ByteInput {
         return [text, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
@@ -62,6 +67,19 @@ TEST(FeedDocument, EveryBadExampleIsBad)
     const SourceReport report = run(examples.front(), reports);
     EXPECT_EQ(report.used, 0U);
     EXPECT_EQ(report.bad, static_cast<std::uint64_t>(std::count(examples[0].begin(), examples[0].end(), '\n')));
+}
+
+TEST(FeedSource, TheHostLearnsOfWhatWasCreated)
+{
+    std::vector<std::string> reports;
+    std::vector<std::string> created;
+    run(R"({"at": 0, "path": "/A", "create": "bool"}
+{"at": 0, "path": "/A", "create": "bool"}
+{"at": 0, "path": "/A", "set": true}
+{"at": 0, "path": "/A/B", "create": "text"}
+)",
+        reports, &created);
+    EXPECT_THAT(created, testing::ElementsAre("/A", "/A/B"));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Single lines of a feed: times, values, creations, ranges and cells, and bad lines.
+// Single lines of a feed: times, values, creations, ranges and cells.
 #include "sources/feed/feedline.h"
 
 #include <cmath>
@@ -10,7 +10,6 @@
 namespace recstation {
 namespace {
 
-using testing::HasSubstr;
 using testing::SizeIs;
 
 FeedChange changeOf(const std::string& text)
@@ -21,16 +20,6 @@ FeedChange changeOf(const std::string& text)
 FeedCreate createOf(const std::string& text)
 {
     return std::get<FeedCreate>(parseFeedLine(text).action);
-}
-
-std::string problemOf(const std::string& text)
-{
-    try {
-        static_cast<void>(parseFeedLine(text));
-    } catch (const LineError& error) {
-        return error.what();
-    }
-    return "no problem";
 }
 
 TEST(FeedLine, TimeAndPathAreRead)
@@ -124,72 +113,6 @@ TEST(FeedLine, ARemovalIsRead)
 {
     EXPECT_TRUE(std::holds_alternative<FeedRemove>(parseFeedLine(R"({"at": 0, "path": "/A", "remove": true})").action));
 }
-
-struct BadLine {
-    const char* text;
-    const char* said;
-};
-
-class BadFeedLine : public testing::TestWithParam<BadLine> {};
-
-TEST_P(BadFeedLine, IsRefusedAndToldWhatWasExpected)
-{
-    EXPECT_THAT(problemOf(GetParam().text), HasSubstr(GetParam().said)) << GetParam().text;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Every, BadFeedLine,
-    testing::Values(
-        BadLine{"nonsense", "not JSON at byte 2"}, BadLine{R"({"at": 0} x)", "not JSON at byte"},
-        BadLine{R"({"at": 1e999})", "out of range"}, BadLine{"{\"at\": \"\xff\"}", "not JSON at byte"},
-        BadLine{"[1]", "expected one JSON object"}, BadLine{"{}", "\"at\" is missing"},
-        BadLine{R"({"at": "0"})", "\"at\": expected milliseconds"}, BadLine{R"({"at": -1})", "milliseconds from 0 on"},
-        BadLine{R"({"at": 1e15})", "milliseconds from 0 on"}, BadLine{R"({"at": 0})", "\"path\" is missing"},
-        BadLine{R"({"at": 0, "path": 5, "set": 1})", "\"path\": expected the path"},
-        BadLine{R"({"at": 0, "path": "LEVEL", "set": 1})", "\"path\": expected the path"},
-        BadLine{R"({"at": 0, "path": "/LEVEL/", "set": 1})", "\"path\": expected the path"},
-        BadLine{R"({"at": 0, "path": "/A"})", "nothing is said"},
-        BadLine{R"({"at": 0, "path": "/A", "sett": 1})", "\"sett\" means nothing in a change"},
-        BadLine{R"({"at": 0, "path": "/A", "set": null})", "true, false, a number or a text"},
-        BadLine{R"({"at": 0, "path": "/A", "lower": "1"})", "\"lower\": expected a number"},
-        BadLine{R"({"at": 0, "path": "/A", "select": true})", "the name of an item or its key"},
-        BadLine{R"({"at": 0, "path": "/A", "select": 1.5})", "an integer of 32 bits"},
-        BadLine{R"({"at": 0, "path": "/A", "select": 3000000000})", "an integer of 32 bits"},
-        BadLine{R"({"at": 0, "path": "/A", "add": "x"})", "\"add\": expected an item such as"},
-        BadLine{R"({"at": 0, "path": "/A", "add": {"key": 1}})", "\"name\" is missing"},
-        BadLine{R"({"at": 0, "path": "/A", "add": {"name": "x", "id": 1}})", "\"id\" means nothing in an item"},
-        BadLine{R"({"at": 0, "path": "/A", "delete": 1})", "the name of an item"},
-        BadLine{R"({"at": 0, "path": "/A", "remove": false})", "\"remove\": expected true"},
-        BadLine{R"({"at": 0, "path": "/A", "remove": true, "set": 1})", "\"set\" means nothing in a removal"},
-        BadLine{R"({"at": 0, "record": "on"})", "\"On\" or \"Off\""},
-        BadLine{R"({"at": 0, "record": true})", "\"On\" or \"Off\""},
-        BadLine{R"({"at": 0, "record": "On", "path": "/A"})", "\"path\" means nothing in a recorder command"},
-        BadLine{R"({"at": 0, "record": "On", "recorder": 1})", "the name of a recorder"},
-        BadLine{R"({"at": 0, "path": "/A", "create": "integer"})", "one of \"bool\", \"text\""},
-        BadLine{R"({"at": 0, "path": "/A", "create": 1})", "one of \"bool\", \"text\""},
-        BadLine{R"({"at": 0, "path": "/A", "create": "bool", "lower": 1})", "the creation of a bool value"},
-        BadLine{R"({"at": 0, "path": "/A", "create": "bool", "value": 1})", "\"value\": expected true or false"},
-        BadLine{R"({"at": 0, "path": "/A", "create": "number", "value": "1"})", "\"value\": expected a number"},
-        BadLine{R"({"at": 0, "path": "/A", "create": "text", "value": 1})", "\"value\": expected a text"},
-        BadLine{R"({"at": 0, "path": "/A", "create": "selection", "items": {}})", "a list of items"},
-        BadLine{R"({"at": 0, "path": "/A", "range": []})", "\"range\": expected"},
-        BadLine{R"({"at": 0, "path": "/A", "range": {"start": 1, "step": 1}})", "\"count\" is missing"},
-        BadLine{R"({"at": 0, "path": "/A", "range": {"start": 1, "step": 1, "count": 16777217}})", "0 to 16777216"},
-        BadLine{R"({"at": 0, "path": "/A", "range": {"start": 1, "step": 1, "count": 1.5}})", "0 to 16777216"},
-        BadLine{R"({"at": 0, "path": "/A", "range": {"start": 1, "stop": 2}})", "\"stop\" means nothing in a range"},
-        BadLine{R"({"at": 0, "path": "/A", "range": {"channels": []}})", "a list of frequencies"},
-        BadLine{R"({"at": 0, "path": "/A", "range": {"channels": ["x"]}})", "a list of frequencies"},
-        BadLine{R"({"at": 0, "path": "/A", "range": {"channels": [1], "count": 1}})", "a range with channels"},
-        BadLine{R"({"at": 0, "path": "/A", "cells": 5})", "\"cells\": expected a list"},
-        BadLine{R"({"at": 0, "path": "/A", "cells": ["x"]})", "levels, bearings or null"},
-        BadLine{R"({"at": 0, "path": "/A", "cells": [1e39]})", "levels, bearings or null"},
-        BadLine{R"({"at": 0, "path": "/A", "cells": [{"azimuth": 361}]})", "degrees from 0 to 360"},
-        BadLine{R"({"at": 0, "path": "/A", "cells": [{"elevation": 91}]})", "degrees from -90 to 90"},
-        BadLine{R"({"at": 0, "path": "/A", "cells": [{"quality": -1}]})", "from 0 to 100"},
-        BadLine{R"({"at": 0, "path": "/A", "cells": [{"bearing": 1}]})", "\"bearing\" means nothing in a bearing"},
-        BadLine{R"({"at": 0, "path": "/A", "cells": [], "first": -1})", "\"first\": expected an integer"},
-        BadLine{R"({"at": 0, "path": "/A", "cells": [], "time": -1})", "\"time\": expected milliseconds"},
-        BadLine{R"({"at": 0, "path": "/A", "set": 1, "first": 1})", "\"cells\", which are missing"}));
 
 }  // namespace
 }  // namespace recstation

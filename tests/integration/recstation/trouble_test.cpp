@@ -32,83 +32,7 @@ bool isSound(const QString& path)
     return found.readability == Inspection::Readability::Ok && found.count(Inspection::Severity::Damage) == 0;
 }
 
-class TroubleTest : public ProgramTest {
-protected:
-    QString configure(const QString& receiverDirectory, const QString& finderDirectory)
-    {
-        QFile file(path(QStringLiteral("station.toml")));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(QStringLiteral("[receiver]\nValuePath = '/Devices/Rx1'\nStatusValuePath = '/Devices/Rx1Status'\n"
-                                  "RecordingPath = '%1'\n[df]\nValuePath = '/Devices/Df1'\nStatusValuePath = "
-                                  "'/Devices/Df1Status'\nRecordingPath = '%2'\nRecordDF = true\n")
-                       .arg(receiverDirectory, finderDirectory)
-                       .toUtf8());
-        return file.fileName();
-    }
-};
-
-TEST_F(TroubleTest, ARecorderWithoutItsDirectoryDoesNotEndTheOthers)
-{
-    const QString config = configure(m_directory.path(), path(QStringLiteral("missing")));
-    const Result result = run({QStringLiteral("--config"), config, QStringLiteral("--json"), QStringLiteral("sim"),
-                               QStringLiteral("--duration"), QStringLiteral("2s")});
-    EXPECT_EQ(result.exitCode, 3);
-    EXPECT_THAT(result.messages, HasSubstr("df: cannot record: the directory"));
-    const nlohmann::json summary = result.summary();
-    ASSERT_THAT(summary.at("files"), SizeIs(1));
-    EXPECT_EQ(summary.at("files")[0].at("recorder"), "receiver");
-    EXPECT_EQ(summary.at("files")[0].at("state"), "finished");
-    ASSERT_THAT(summary.at("notRecorded"), SizeIs(1));
-    EXPECT_EQ(summary.at("notRecorded")[0].at("recorder"), "df");
-}
-
-TEST_F(TroubleTest, WhereNoRecorderHasItsDirectoryNothingIsRecorded)
-{
-    const QString config = configure(path(QStringLiteral("missing")), path(QStringLiteral("also_missing")));
-    const Result result = run({QStringLiteral("--config"), config, QStringLiteral("sim")});
-    EXPECT_EQ(result.exitCode, 2);
-    EXPECT_THAT(result.messages, HasSubstr("missing does not exist"));
-}
-
-TEST_F(TroubleTest, AFeedThatNamesAMissingDirectoryLosesThatRecorderOnly)
-{
-    const QByteArray missing = R"({"at": 0, "path": "/Devices/Df1Status/REC_FILEPATH", "set": "/no/such/place"}
-{"at": 0, "record": "On", "recorder": "df"}
-)";
-    const Result both = runFeed(missing + "{\"at\": 1, \"record\": \"On\", \"recorder\": \"receiver\"}\n");
-    EXPECT_EQ(both.exitCode, 3);
-    EXPECT_THAT(both.messages, HasSubstr("df: cannot record: the directory /no/such/place does not exist"));
-    EXPECT_THAT(files("*.rec"), SizeIs(1));
-    const Result none = runFeed(missing);
-    EXPECT_EQ(none.exitCode, 2);
-    EXPECT_THAT(none.messages, HasSubstr("nothing could be recorded"));
-}
-
-TEST_F(TroubleTest, ARecorderThatIsSwitchedOnBehindTheHostsBackAndCannotRecordIsOffAgain)
-{
-    const Result result = runFeed(R"({"at": 0, "record": "On", "recorder": "receiver"}
-{"at": 0, "path": "/Devices/Df1Status/REC_FILEPATH", "set": "/no/such/place"}
-{"at": 1, "path": "/Devices/Df1/REC_STATUS", "select": "On"}
-{"at": 2, "path": "/LEVEL", "create": "number"}
-)");
-    EXPECT_EQ(result.exitCode, 3);
-    EXPECT_THAT(result.messages, HasSubstr("df: cannot record: the file "));
-    EXPECT_THAT(result.summary().at("files"), SizeIs(1));
-}
-
-TEST_F(TroubleTest, AClockThatNoNameCanTellIsRefused)
-{
-    for (const char* time : {"1970-01-01T00:00:00.5Z", "2501-01-01T00:00:00Z", "9999-01-01T00:00:00Z"}) {
-        const Result result = run({QStringLiteral("sim"), QStringLiteral("--duration"), QStringLiteral("1s"),
-                                   QStringLiteral("--start"), QLatin1String(time)});
-        EXPECT_EQ(result.exitCode, 2) << time;
-        EXPECT_THAT(result.messages, HasSubstr("the clock shows")) << time;
-    }
-    EXPECT_THAT(files("*.rec"), IsEmpty());
-    const Result first = run({QStringLiteral("sim"), QStringLiteral("--duration"), QStringLiteral("1s"),
-                              QStringLiteral("--start"), QStringLiteral("1970-01-01T00:00:01Z")});
-    EXPECT_EQ(first.exitCode, 0) << first.messages;
-}
+class TroubleTest : public ProgramTest {};
 
 TEST_F(TroubleTest, UnfinishedOutputsOfKilledCopiesAreRemovedAndNamed)
 {
@@ -132,43 +56,6 @@ TEST_F(TroubleTest, UnfinishedOutputsOfKilledCopiesAreRemovedAndNamed)
                                        Not(HasSubstr("inuse")), Not(HasSubstr("download")), Not(HasSubstr("other"))));
     EXPECT_EQ(files("*.part*"), (QStringList{QStringLiteral("download.rec.part"), QStringLiteral("inuse.rec.part"),
                                              QStringLiteral("other.part")}));
-}
-
-TEST_F(TroubleTest, SweepsThatGoBackGiveASoundFileAndATold)
-{
-    QFile file(path(QStringLiteral("sweep.csv")));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    for (const char* time : {"00:00:30", "00:00:05", "00:00:06", "00:00:31"}) {
-        file.write(QByteArray("2026-01-02, ") + time + ", 430000000, 430100000, 25000.00, 1, -50, -51, -52, -53\n");
-    }
-    file.close();
-    const QStringList arguments = {QStringLiteral("--json"), QStringLiteral("sweep"), file.fileName()};
-    const Result result = run(arguments);
-    EXPECT_EQ(result.exitCode, 0) << result.messages;
-    EXPECT_THAT(result.messages, HasSubstr("sweep: the times of 2 rows go back, by up to 25.000 s"));
-    const QString recorded = QString::fromStdString(result.summary().at("files")[0].at("path"));
-    EXPECT_TRUE(isSound(recorded));
-    const Inspection::Summary found = Inspection::inspect(recorded.toStdString());
-    EXPECT_EQ(found.header.stopMs - found.header.startMs, 1'000U);
-
-    const Result strict = run(arguments + QStringList{QStringLiteral("--strict")});
-    EXPECT_EQ(strict.exitCode, 2);
-    EXPECT_THAT(strict.messages, HasSubstr("line 2: its time is 25.000 s earlier"));
-}
-
-TEST_F(TroubleTest, AFeedsOwnTimesThatGoBackAreRaisedAndTold)
-{
-    const QByteArray feed =
-        R"({"at": 0, "path": "/Devices/Rx1/Scn/RfSpectrum", "create": "levels", "range": {"start": 4e8, "step": 1e4, "count": 2}}
-{"at": 0, "record": "On"}
-{"at": 30000, "path": "/Devices/Rx1/Scn/RfSpectrum", "cells": [-1, -2], "time": 30000}
-{"at": 30001, "path": "/Devices/Rx1/Scn/RfSpectrum", "cells": [-3, -4], "time": 5000}
-)";
-    const Result result = runFeed(feed);
-    EXPECT_EQ(result.exitCode, 0) << result.messages;
-    EXPECT_THAT(result.messages, HasSubstr("feed: the time of 1 row goes back, by up to 25.000 s"));
-    EXPECT_TRUE(isSound(QString::fromStdString(result.summary().at("files")[0].at("path"))));
-    EXPECT_EQ(runFeed(feed, {QStringLiteral("feed"), QStringLiteral("--strict")}).exitCode, 2);
 }
 
 #if !defined(_WIN32)

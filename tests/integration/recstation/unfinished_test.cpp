@@ -175,32 +175,6 @@ TEST_F(UnfinishedTest, ARecordingThatAnotherRunIsWritingStaysAndIsTold)
     EXPECT_THAT(files("*.rec"), SizeIs(2));
 }
 
-TEST_F(UnfinishedTest, FilesOfOtherProgramsAreLeftAlone)
-{
-    write(QStringLiteral("letter.tmp"), "Dear all,\n");
-    write(QStringLiteral("empty.tmp"), "");
-    const Result result = nextRun();
-    EXPECT_EQ(result.exitCode, 0) << result.messages;
-    EXPECT_THAT(files("*.tmp"), SizeIs(2));
-    EXPECT_THAT(result.messages, Not(HasSubstr(".tmp")));
-}
-
-TEST_F(UnfinishedTest, WhatCannotBeSavedStaysIsToldAndDoesNotKeepTheRunFromRecording)
-{
-    write(QStringLiteral("broken.tmp"), QByteArray(100, 'x'));
-    write(QStringLiteral("broken.tmp.journal"), "no journal");
-    write(QStringLiteral("alone.tmp.journal"), "no journal");
-    const Result result = nextRun();
-    EXPECT_EQ(result.exitCode, 0) << result.messages;
-    EXPECT_THAT(result.messages, AllOf(HasSubstr("broken.tmp of an earlier run was not recovered: "),
-                                       HasSubstr("alone.tmp.journal of an earlier run was not recovered: ")));
-    ASSERT_THAT(result.summary().at("recovered"), SizeIs(2));
-    EXPECT_FALSE(result.summary().at("recovered")[0].contains("recovered"));
-    EXPECT_THAT(files("*.tmp*"), SizeIs(3));
-    EXPECT_THAT(files("*.rec"), SizeIs(1));
-    EXPECT_FALSE(QFileInfo::exists(path(QStringLiteral("recovered"))));
-}
-
 TEST_F(UnfinishedTest, ARecordingWhoseClosingFailedIsRecoveredFromItsJournal)
 {
     crash();
@@ -233,27 +207,6 @@ TEST_F(UnfinishedTest, OfAClosedRecordingOnlyTheJournalIsPutAway)
     EXPECT_THAT(result.messages, HasSubstr("is whole; its journal was moved to"));
     EXPECT_THAT(files("*.tmp*"), IsEmpty());
     EXPECT_EQ(files("*.rec").size(), recordings + 1);
-}
-
-TEST_F(UnfinishedTest, ARecordingThatOnlyLacksItsNameIsNotCopiedButNamed)
-{
-    const QByteArray caption = R"({"at": 0, "path": "/DEVICE_CAPTION", "create": "text", "value": "St. Gallen"})"
-                               "\n";
-    const QByteArray recording = "{\"at\": 0, \"record\": \"On\"}\n{\"at\": 0, \"record\": \"Off\"}\n";
-    const Result first = runFeed(caption + recording + recording);
-    EXPECT_EQ(first.exitCode, 3);
-    EXPECT_THAT(first.messages, HasSubstr("warning: receiver: a dot in the device's caption or name shortens the names "
-                                          "of its finished recordings to St.rec"));
-    const QString stem = QStringLiteral("St._Gallen__UNKNOWN__2026-01-02__03-04-05_UTC-00-00_2");
-    EXPECT_EQ(files("*.rec"), QStringList(QStringLiteral("St.rec")));
-    EXPECT_EQ(files("*.tmp*"), QStringList(stem + QStringLiteral(".tmp")));
-    const Result next = nextRun();
-    EXPECT_EQ(next.exitCode, 0) << next.messages;
-    EXPECT_THAT(next.messages, AllOf(HasSubstr("The recording is complete and only lacks its name: rename it to "),
-                                     HasSubstr((stem + QStringLiteral(".rec; ")).toStdString())));
-    EXPECT_EQ(files("*.tmp*"), QStringList(stem + QStringLiteral(".tmp")));
-    EXPECT_THAT(files("*.rec"), SizeIs(2));
-    EXPECT_FALSE(QFileInfo::exists(path(QStringLiteral("recovered"))));
 }
 
 #if !defined(_WIN32)
