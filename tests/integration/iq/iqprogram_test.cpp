@@ -189,19 +189,4 @@ TEST_F(IqProgram, AToneOnStandardInputIsRecordedAsAnIfSpectrum)
                 1e6 / 1024);
 }
 
-TEST_F(IqProgram, AnInputWithoutSamplesMakesNoRecording)
-{
-    record({"-", "--rate", "1e6", "--centre", "100e6", "--format", "cu8"});
-    EXPECT_EQ(m_exitCode, 2);
-    EXPECT_TRUE(m_messages.contains("the standard input holds no samples")) << m_messages.toStdString();
-    EXPECT_TRUE(QDir(m_directory.path()).entryList(QDir::Files).isEmpty());
-}
-
-TEST_F(IqProgram, WhatIsNotKnownOfTheSamplesIsAskedFor)
-{
-    record({"-", "--centre", "100e6", "--format", "cu8"});
-    EXPECT_EQ(m_exitCode, 1);
-    EXPECT_TRUE(m_messages.contains("--rate")) << m_messages.toStdString();
-}
-
 }  // namespace

@@ -119,4 +119,16 @@ TEST(SimulatedPlane, HasTheMetresOfADegreeOfTheEllipsoid)
     EXPECT_NEAR(RecTool::Geo::distanceM(start, east) / (2 * Step), sim::metresPerDegreeEast, 0.1);
 }
 
+#if defined(__linux__)
+TEST(GeoJsonOfTheSimulator, AFullDiskIsTold)
+{
+    const QTemporaryDir folder;
+    const QString file = recorded(folder.path(), {"sim", "--duration", "2s"});
+    const ProgramResult result =
+        runProgram("sh", {"-c", QStringLiteral("%1 map %2 --geojson > /dev/full").arg(RECTOOL, file)});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_THAT(result.err, testing::HasSubstr("the output could not be written: No space left on device"));
+}
+#endif
+
 }  // namespace

@@ -1,12 +1,10 @@
-// Checks a GeoJSON document shape by shape, and makes the recordings to draw.
+// Checks a GeoJSON document shape by shape.
 #include "geojsontesting.h"
 
 #include <cmath>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <recording2/fileaccess.h>
 
 using nlohmann::json;
 
@@ -115,32 +113,4 @@ std::vector<json> featuresOf(const json& document, const std::string& type)
         }
     }
     return features;
-}
-
-std::string numberText(double value)
-{
-    return "3;" + QString::number(value, 'g', 17).toStdString() + ",0,0";
-}
-
-void writePlainRecording(const QString& path, const std::vector<PlainRecord>& records)
-{
-    Recording2::CFileAccess file(path.toStdString().c_str(), QString(), nullptr, true, false, false, nullptr, nullptr);
-    Recording2::CVTTypesData types;
-    types.get_vector() = {{DfSpectrum, 7, "DFSPECTRUM", "/DfSpectrum"},
-                          {Latitude, 3, "LOCATIONLATITUDE", "/LOCATIONLATITUDE"},
-                          {Longitude, 3, "LOCATIONLONGITUDE", "/LOCATIONLONGITUDE"},
-                          {Heading, 3, "TRUEHEADING", "/TRUEHEADING"}};
-    file.write(types);
-    for (const PlainRecord& plain : records) {
-        Recording2::CVTCmdData record;
-        record.set_cmd(plain.code);
-        record.set_str(plain.text.data(), static_cast<std::int32_t>(plain.text.size()));
-        file.write(record, plain.timeMs, false);
-    }
-    Recording2::CHeaderData header;
-    header.set_version(2, 0);
-    header.set_startTS(Recording2::CTimeStamp(1'700'000'000'000'000ULL));
-    header.set_stopTS(Recording2::CTimeStamp(1'700'000'060'000'000ULL));
-    header.set_deviceName("DF");
-    file.CloseRecording(header, true);
 }

@@ -1,7 +1,6 @@
 // What the tests of "rectool map --geojson" share.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -19,20 +18,3 @@
 [[nodiscard]] nlohmann::json geoJsonDocument(const QString& file, const QStringList& more = {});
 /// The features of a type ("bearing") in their order.
 [[nodiscard]] std::vector<nlohmann::json> featuresOf(const nlohmann::json& document, const std::string& type);
-
-/// Types of records.
-constexpr std::int32_t DfSpectrum = 20;
-constexpr std::int32_t Latitude = 25;
-constexpr std::int32_t Longitude = 26;
-constexpr std::int32_t Heading = 41;
-
-struct PlainRecord {
-    std::uint64_t timeMs;
-    std::int32_t code;
-    std::string text;
-};
-
-/// The text of a number.
-[[nodiscard]] std::string numberText(double value);
-/// Writes a recording that begins at 2023-11-14 22:13:20 UTC.
-void writePlainRecording(const QString& path, const std::vector<PlainRecord>& records);

@@ -63,11 +63,6 @@ std::string bytesOf(const QString& path)
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-QString golden(const QString& name)
-{
-    return QStringLiteral(GOLDEN_FOLDER) + "/" + name + "/" + name + ".rec";
-}
-
 constexpr QRgb NotMeasured = 0xffd4d7da;
 
 class Plot : public testing::Test {
@@ -255,29 +250,6 @@ TEST_F(Plot, LevelTakesOtherNumbersAndRefusesWhatIsNone)
 
 // bearings
 
-TEST_F(Plot, BearingsAreTrueWhereTheHeadingIsRecorded)
-{
-    const json drawn = draw({"bearings"}, recording());
-    EXPECT_EQ(drawn.at("reference"), "true-north");
-    EXPECT_EQ(drawn.at("bearings"), 2);
-    EXPECT_EQ(drawn.at("channels"), json::parse(R"([{"frequencyHz":1000000.0,"bearings":1,"lastAzimuthDeg":10.0},
-                                                    {"frequencyHz":1025000.0,"bearings":1,"lastAzimuthDeg":130.0}])"));
-    EXPECT_EQ(drawn.at("otherChannels"), 0);
-}
-
-TEST_F(Plot, BearingsAreRelativeToTheAntennaWhereThatIsAskedForOrNothingElseIsKnown)
-{
-    const json relative = draw({"bearings", "--relative"}, recording());
-    EXPECT_EQ(relative.at("reference"), "antenna");
-    EXPECT_EQ(relative.at("channels")[0].at("lastAzimuthDeg"), 20);
-    const QString file = path("bearings.rec");
-    writeBearingRecording(file.toStdString(), true);
-    const json unknown = draw({"bearings"}, file);
-    EXPECT_EQ(unknown.at("reference"), "antenna");
-    EXPECT_EQ(unknown.at("bearings"), 4);
-    EXPECT_EQ(unknown.at("channels").size(), 4U);
-}
-
 TEST_F(Plot, ABearingStandsAtItsTimeAndAzimuth)
 {
     const json drawn = draw({"bearings"}, recording());
@@ -327,63 +299,6 @@ TEST_F(Plot, PicturesCanBeJpegAndPdf)
     EXPECT_EQ(bytesOf(path("picture.pdf")).substr(0, 5), "%PDF-");
 }
 
-TEST_F(Plot, ARecordingIsNeverOverwritten)
-{
-    const QString file = recording();
-    const QString copy = path("copy.png");
-    ASSERT_TRUE(QFile::copy(file, copy));
-    const QString link = path("link.png");
-    ASSERT_TRUE(QFile::link(file, link));
-    const QString other = path("other.rec");
-    const QString wayToOther = path("way.png");
-    ASSERT_TRUE(QFile::copy(file, other) && QFile::link(other, wayToOther) && QFile::link(wayToOther, path("far.png")));
-    const QString damaged = path("damaged.png");
-    std::ofstream(path("damaged.rec").toStdString()) << "its header is lost";
-    ASSERT_TRUE(QFile::link(path("damaged.rec"), damaged));
-    const std::string before = bytesOf(file);
-    for (const QStringList& paths : {QStringList{file, file},
-                                     {file, copy},
-                                     {file, wayToOther},
-                                     {file, path("far.png")},
-                                     {file, damaged},
-                                     {file, path("new.rec")},
-                                     {copy, copy},
-                                     {copy, link},
-                                     {file, other},
-                                     {file, path("other.tmp")},
-                                     {file, path("other.gif")},
-                                     {file, folder()}}) {
-        const Result result = rectool({"plot", "spectrum", paths[0], "-o", paths[1]});
-        EXPECT_EQ(result.exitCode, 1) << paths[1].toStdString();
-        EXPECT_THAT(result.err, HasSubstr(paths[1].toStdString()));
-    }
-    EXPECT_EQ(bytesOf(file), before);
-    EXPECT_EQ(bytesOf(copy), before);
-    EXPECT_EQ(bytesOf(other), before);
-    EXPECT_EQ(bytesOf(path("damaged.rec")), "its header is lost");
-    EXPECT_FALSE(QFile::exists(path("new.rec")));
-}
-
-TEST_F(Plot, WhatIsNoOrdinaryFileIsNotReplaced)
-{
-    ASSERT_TRUE(QDir(folder()).mkdir("folder.png"));
-    QStringList outputs = {path("folder.png")};
-#if !defined(_WIN32)
-    ASSERT_EQ(QProcess::execute("mkfifo", {path("pipe.png")}), 0);
-    ASSERT_TRUE(QFile::link(path("pipe.png"), path("link.png")));
-    outputs += {path("pipe.png"), path("link.png")};
-#endif
-    const QString file = recording();
-    for (const QString& output : outputs) {
-        for (const char* verb : {"spectrum", "level", "bearings"}) {
-            const Result result = rectool({"plot", verb, file, "-o", output});
-            EXPECT_EQ(result.exitCode, 1) << verb;
-            EXPECT_THAT(result.err, HasSubstr(output.toStdString() + ": It is no ordinary file and not replaced."));
-            EXPECT_FALSE(QFileInfo(output).isFile());
-        }
-    }
-}
-
 TEST_F(Plot, AFullDiskIsToldInOneSentenceAndLeavesNothing)
 {
     const QString file = recording();
@@ -398,47 +313,6 @@ TEST_F(Plot, AFullDiskIsToldInOneSentenceAndLeavesNothing)
                   "rectool: " + path(name).toStdString() + ": It could not be written to its end; is the disk full?\n");
     }
     EXPECT_EQ(QDir(folder()).entryList(QDir::Files).size(), 1);
-}
-
-TEST_F(Plot, APictureThatCannotBeWrittenLeavesNothing)
-{
-    const Result result = rectool({"plot", "spectrum", recording(), "-o", path("nowhere/picture.png"), "--json"});
-    EXPECT_EQ(result.exitCode, 2);
-    EXPECT_THAT(result.err, HasSubstr("It cannot be written: "));
-    EXPECT_THAT(result.out, IsEmpty());
-    EXPECT_EQ(QDir(folder()).entryList(QDir::Files).size(), 1);
-}
-
-TEST_F(Plot, WhatIsNotThereIsSaidAndNothingIsDrawn)
-{
-    const QString file = recording();
-    struct Case {
-        QStringList arguments;
-        const char* message;
-        int exitCode;
-    };
-    const std::vector<Case> cases = {
-        {{"spectrum", golden("empty")}, "There is no record of RFSPECTRUM or IFSPECTRUM in the recording.", 1},
-        {{"spectrum", file, "--if"}, "There is no record of IFSPECTRUM in the recording.", 1},
-        {{"spectrum", file, "--type", "LEVL"}, "There is no type \"LEVL\" in the recording.", 1},
-        {{"spectrum", file, "--type", "TRUEHEADING"}, "The records of TRUEHEADING hold no spectrum.", 1},
-        {{"spectrum", file, "--to", "5"}, "--to lies in front of the first record.", 1},
-        {{"spectrum", file, "--from", "9000"}, "--from lies behind the end of the recording.", 1},
-        {{"spectrum", file, "--from", "20", "--to", "19"}, "--from lies behind --to.", 1},
-        {{"spectrum", file, "--from", "soon"}, "\"soon\" is not a time of this recording.", 1},
-        {{"spectrum", file, "--width", "10"}, "--width", 1},
-        {{"spectrum", file, "--rf", "--if"}, "--if", 1},
-        {{"spectrum", path("nothing.rec")}, "There is no such file.", 2},
-        {{"level", file}, "There is no record of LEVEL in the recording.", 1},
-        {{"bearings", file, "--to", "499"}, "There is no bearing in the span.", 1},
-        {{"bearings", golden("bookmarks")}, "There is no type DFSPECTRUM in the recording.", 1},
-    };
-    for (const Case& wrong : cases) {
-        const Result result = rectool(QStringList{"plot"} + wrong.arguments + QStringList{"-o", picture()});
-        EXPECT_EQ(result.exitCode, wrong.exitCode) << wrong.arguments.join(' ').toStdString();
-        EXPECT_THAT(result.err, HasSubstr(wrong.message));
-        EXPECT_FALSE(QFile::exists(picture()));
-    }
 }
 
 TEST_F(Plot, ADamagedRecordingIsDrawnAsFarAsItGoes)
@@ -456,13 +330,4 @@ TEST_F(Plot, ADamagedRecordingIsDrawnAsFarAsItGoes)
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_THAT(result.err, HasSubstr("damaged at "));
     EXPECT_TRUE(isWarm(pixel(image(), json::parse(result.out), 100.2e6, 1800)));
-}
-
-TEST_F(Plot, HelpHasExamples)
-{
-    for (const QString verb : {"spectrum", "level", "bearings"}) {
-        const Result help = rectool({"plot", verb, "--help"});
-        EXPECT_EQ(help.exitCode, 0);
-        EXPECT_THAT(help.out, AllOf(HasSubstr("Example"), HasSubstr("--json"), HasSubstr("--output")));
-    }
 }

@@ -1,7 +1,6 @@
-// What an IQ input is taken for: options, metadata, suffix, and what is missing.
+// What an IQ input is taken for: options, and what is refused of them.
 #include <string>
 
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -16,7 +15,6 @@ using recstation::IqOptions;
 using recstation::IqPlan;
 using recstation::makeIqPlan;
 using recstation::SampleFormat;
-using testing::AllOf;
 using testing::HasSubstr;
 
 class Plan : public testing::Test {
@@ -45,19 +43,9 @@ protected:
         }
         return "no problem";
     }
-    // Leaves everything to metadata.
-    void nameOnly(const std::string& file)
-    {
-        m_options = IqOptions();
-        m_options.file = file;
-    }
-
     QTemporaryDir m_directory;
     IqOptions m_options;
 };
-
-const char* const rateOf48k = R"({"global": {"core:datatype": "ci16_le", "core:sample_rate": 48000},
-    "captures": [{"core:frequency": 144.8e6, "core:datetime": "2026-11-21T08:30:00.5Z"}]})";
 
 TEST_F(Plan, OptionsAloneAreEnough)
 {
@@ -70,83 +58,6 @@ TEST_F(Plan, OptionsAloneAreEnough)
     EXPECT_EQ(plan.fftSize, 1024U);
     EXPECT_EQ(plan.advance, 1024U);
     EXPECT_FALSE(plan.ifSpectrum);
-}
-
-TEST_F(Plan, MetadataBesideTheFileFillWhatTheOptionsLeaveOpen)
-{
-    create("x.sigmf-meta", rateOf48k);
-    nameOnly(create("x.sigmf-data"));
-    const IqPlan plan = makeIqPlan(m_options);
-    EXPECT_EQ(plan.format, SampleFormat::SignedShortLe);
-    EXPECT_EQ(plan.rateHz, 48000);
-    EXPECT_EQ(plan.centreHz, 144.8e6);
-    EXPECT_EQ(plan.startTime, 1'795'249'800'500'000U);
-}
-
-TEST_F(Plan, TheMetadataFileMayBeNamedInstead)
-{
-    const std::string samples = create("x.sigmf-data");
-    nameOnly(create("x.sigmf-meta", rateOf48k));
-    EXPECT_EQ(makeIqPlan(m_options).file.toStdString(), samples);
-    QFile::remove(QString::fromStdString(samples));
-    EXPECT_THAT(problem(), AllOf(HasSubstr("there is no file"), HasSubstr("x.sigmf-data")));
-}
-
-TEST_F(Plan, OptionsComeBeforeMetadata)
-{
-    create("samples.sigmf-meta", rateOf48k);
-    const IqPlan plan = makeIqPlan(m_options);
-    EXPECT_EQ(plan.format, SampleFormat::UnsignedByte);
-    EXPECT_EQ(plan.rateHz, 2e6);
-    EXPECT_EQ(plan.centreHz, 1090e6);
-    EXPECT_EQ(plan.startTime, 1'795'249'800'000'000U);
-}
-
-TEST_F(Plan, WrongMetadataAreReported)
-{
-    create("x.sigmf-meta", "{}");
-    nameOnly(create("x.sigmf-data"));
-    EXPECT_THAT(problem(), HasSubstr("x.sigmf-meta cannot be used"));
-}
-
-TEST_F(Plan, AnUnsupportedDataTypeIsNamed)
-{
-    create("x.sigmf-meta", R"({"global": {"core:datatype": "rf64_be"}, "captures": [{}]})");
-    nameOnly(create("x.sigmf-data"));
-    EXPECT_THAT(problem(), AllOf(HasSubstr("rf64_be"), HasSubstr("cf32_le")));
-}
-
-TEST_F(Plan, TheSuffixTellsTheFormatWhereNothingElseDoes)
-{
-    m_options.format.clear();
-    m_options.file = create("x.CF32");
-    EXPECT_EQ(makeIqPlan(m_options).format, SampleFormat::FloatLe);
-}
-
-TEST_F(Plan, MissingInputIsReported)
-{
-    m_options.file = m_directory.filePath(QStringLiteral("none.cu8")).toStdString();
-    EXPECT_THAT(problem(), AllOf(HasSubstr("there is no file"), HasSubstr("none.cu8")));
-    m_options.file = m_directory.path().toStdString();
-    EXPECT_THAT(problem(), HasSubstr("is a directory"));
-}
-
-TEST_F(Plan, WhatIsNotKnownIsAskedFor)
-{
-    nameOnly(create("x.sigmf-data"));
-    EXPECT_THAT(problem(), AllOf(HasSubstr("--format"), HasSubstr("core:datatype"), HasSubstr("x.sigmf-meta")));
-    m_options.format = "cu8";
-    EXPECT_THAT(problem(), AllOf(HasSubstr("--rate"), HasSubstr("core:sample_rate")));
-    m_options.rateHz = 1e6;
-    EXPECT_THAT(problem(), AllOf(HasSubstr("--centre"), HasSubstr("core:frequency")));
-    m_options.centreHz = 1e8;
-    EXPECT_EQ(problem(), "no problem");
-}
-
-TEST_F(Plan, StandardInputHasNoMetadata)
-{
-    nameOnly("-");
-    EXPECT_THAT(problem(), AllOf(HasSubstr("--format"), testing::Not(HasSubstr("sigmf"))));
 }
 
 TEST_F(Plan, NumbersOutOfRangeAreReported)
@@ -171,19 +82,6 @@ TEST_F(Plan, NumbersOutOfRangeAreReported)
     check([](IqOptions& o) { o.format = "cu9"; }, "cu9");
     check([](IqOptions& o) { o.start = "now"; }, "--start now");
     check([](IqOptions& o) { o.spectrum = "af"; }, "rf or if");
-}
-
-TEST_F(Plan, ACentreWithoutAUnitThatIsTooLowIsAskedAbout)
-{
-    m_options.centreHz = 1090;
-    EXPECT_THAT(problem(), AllOf(HasSubstr("--centre 1090 is in Hz"), HasSubstr("say 1090M"), HasSubstr("1090Hz")));
-    m_options.centreHasUnit = true;
-    EXPECT_EQ(problem(), "no problem");
-    m_options.centreHasUnit = false;
-    for (const double legal : {0.0, 1e6, 1090e6, -1e9}) {
-        m_options.centreHz = legal;
-        EXPECT_EQ(problem(), "no problem") << legal;
-    }
 }
 
 TEST_F(Plan, TheOverlapSetsTheAdvance)

@@ -13,7 +13,6 @@
 #include <CLI/CLI.hpp>
 
 #include <values/maps.h>
-#include <values/selection.h>
 #include <values/tree.h>
 #include <values/value.h>
 
@@ -26,7 +25,6 @@ using recstation::IqOptions;
 using recstation::Source;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using LevelMap = values::FastValueMap<float, values::levelHandler>;
 
 constexpr std::size_t spectrumSize = 1024;
@@ -82,7 +80,6 @@ protected:
         return *found;
     }
     [[nodiscard]] double number(const char* path) const { return value<values::ValueNumeric<double>>(path).GetValue(); }
-    [[nodiscard]] QString text(const char* path) const { return value<values::Value<QString>>(path).GetValue(); }
     [[nodiscard]] const LevelMap& rfSpectrum() const { return value<LevelMap>("/Devices/Rx1/Scn/RfSpectrum"); }
 
     values::Tree m_tree;
@@ -112,35 +109,6 @@ TEST_F(IqSource, AToneComesOutAtItsFrequencyAndLevelInEveryFormat)
             EXPECT_NEAR(number("/LEVEL"), -6.02, 0.05) << name << " " << channel;
         }
     }
-}
-
-TEST_F(IqSource, TheReceiversSettingsAreThereBeforeTheFirstStep)
-{
-    prepare(iqtesting::asFloats(iqtesting::noise(2048, 1e-3)));
-    EXPECT_EQ(number("/Devices/Rx1/Scn/StartFreq"), 99.5e6);
-    EXPECT_EQ(number("/Devices/Rx1/Scn/StopFreq"), 100.5e6);
-    EXPECT_EQ(number("/Devices/Rx1/Scn/StepFreq"), 1e6 / 1024);
-    EXPECT_EQ(number("/Devices/Rx1/Scn/StartLevel"), -140);
-    EXPECT_EQ(number("/Devices/Rx1/Scn/StopLevel"), 0);
-    EXPECT_EQ(value<values::ValueNumericWithOffset<double>>("/FREQUENCY").GetValue(), 100e6);
-    EXPECT_EQ(value<values::ValueSelection>("/IFSPAN").GetCurrentValue(), 1e6);
-    EXPECT_EQ(value<values::ValueSelection>("/Devices/Rx1/Gen/DRVCOMMANDS").GetCurrentKey(), 5);
-    EXPECT_EQ(text("/Devices/Rx1/Adm/DRIVERNAME"), QStringLiteral("capture one"));
-    EXPECT_EQ(text("/Devices/Rx1/Adm/DEVICE_TYPE"), QStringLiteral("IQ samples cf32_le"));
-    EXPECT_EQ(rfSpectrum().GetChannelRange(), values::ChannelRange::Even(99.5e6, 1e6 / 1024, 1024));
-    EXPECT_EQ(rfSpectrum().GetTimeStamp(), 0U);
-    EXPECT_EQ(m_tree.Find(QStringLiteral("/IfMapping")), nullptr);
-}
-
-TEST_F(IqSource, AnIfSpectrumGoesWithAModeInWhichItIsRecorded)
-{
-    m_options.spectrum = "if";
-    m_options.valuePath = QStringLiteral("/Devices/Rx9");
-    prepare(iqtesting::asFloats(iqtesting::noise(1024, 1e-3)));
-    run();
-    EXPECT_EQ(value<values::ValueSelection>("/Devices/Rx9/Gen/DRVCOMMANDS").GetCurrentKey(), 23);
-    EXPECT_EQ(value<LevelMap>("/IfMapping").GetTimeStamp(), start);
-    EXPECT_EQ(m_tree.Find(QStringLiteral("/Devices/Rx9/Scn/RfSpectrum")), nullptr);
 }
 
 TEST_F(IqSource, ASpectrumsTimeIsThatOfItsFirstSample)
@@ -178,12 +146,6 @@ TEST_F(IqSource, TheLevelOfNoiseIsItsPower)
     EXPECT_NEAR(sum / 1024, -50 - 30.10 + 5.76, 0.1);
 }
 
-TEST_F(IqSource, BeforeTheFirstMeasurementTheLevelIsNotANumber)
-{
-    prepare(iqtesting::asFloats(iqtesting::noise(1024, 1e-3)));
-    EXPECT_TRUE(std::isnan(number("/LEVEL")));
-}
-
 TEST_F(IqSource, TheSpectrumIsShownBeforeTheLevel)
 {
     struct Order final : IObserver {
@@ -201,41 +163,6 @@ TEST_F(IqSource, TheSpectrumIsShownBeforeTheLevel)
     level->RemoveObserver(&order);
 }
 
-TEST_F(IqSource, SamplesThatFillNoSpectrumAreSkippedAndReported)
-{
-    m_options.average = 2;
-    prepare(iqtesting::asFloats(iqtesting::noise(2048 + 1500, 1e-3)));
-    EXPECT_EQ(run().size(), 1U);
-    EXPECT_THAT(m_reports, ElementsAre(HasSubstr("the last 1500 samples")));
-    EXPECT_EQ(m_source->report().skipped, 1U);
-    EXPECT_EQ(m_source->report().bad, 0U);
-}
-
-TEST_F(IqSource, WithOverlapOnlyUnusedSamplesAreSkipped)
-{
-    m_options.overlapPercent = 50;
-    prepare(iqtesting::asFloats(iqtesting::noise(1024 + 512 + 7, 1e-3)));
-    EXPECT_EQ(run().size(), 2U);
-    EXPECT_THAT(m_reports, ElementsAre(HasSubstr("the last 7 samples")));
-}
-
-TEST_F(IqSource, AnInputThatEndsWithASpectrumHasNothingToReport)
-{
-    prepare(iqtesting::asFloats(iqtesting::noise(2048, 1e-3)));
-    EXPECT_EQ(run().size(), 2U);
-    EXPECT_THAT(m_reports, IsEmpty());
-    EXPECT_EQ(m_source->report().skipped, 0U);
-}
-
-TEST_F(IqSource, ACutLastSampleIsReported)
-{
-    m_options.format = "cu8";
-    prepare(iqtesting::asUnsignedBytes(iqtesting::noise(1024, 1e-3)) + 'x');
-    EXPECT_EQ(run().size(), 1U);
-    EXPECT_THAT(m_reports, ElementsAre(HasSubstr("1 bytes that are no whole sample")));
-    EXPECT_EQ(m_source->report().bad, 1U);
-}
-
 TEST_F(IqSource, SpectraWithSamplesThatAreNoNumbersAreLeftOutAndReportedOnceARun)
 {
     iqtesting::Samples samples = iqtesting::noise(6 * spectrumSize, 1e-3);
@@ -248,13 +175,6 @@ TEST_F(IqSource, SpectraWithSamplesThatAreNoNumbersAreLeftOutAndReportedOnceARun
                                        testing::AllOf(HasSubstr("from sample 5120 on"), HasSubstr(": 1"))));
     EXPECT_EQ(m_source->report().bad, 3U);
     EXPECT_EQ(m_source->report().used, 3U);
-}
-
-TEST_F(IqSource, AnInputWithoutAWholeSpectrumIsAnError)
-{
-    EXPECT_THAT(problem(QByteArray()), HasSubstr("holds no samples"));
-    EXPECT_THAT(problem(iqtesting::asFloats(iqtesting::noise(1023, 1e-3))), HasSubstr("holds no whole spectrum"));
-    EXPECT_EQ(m_source->report().used, 0U);
 }
 
 TEST_F(IqSource, APathThatAnotherKindOfValueHoldsIsAnError)
@@ -282,28 +202,6 @@ TEST_F(IqSource, TheCommandLineFillsTheOptions)
     EXPECT_EQ(options.spectrum, "if");
     EXPECT_EQ(options.window, "hann");
     EXPECT_EQ(options.start, "2026-11-21T08:30:00Z");
-}
-
-TEST_F(IqSource, TheCommandLineTellsWhetherTheCentreHasAUnit)
-{
-    for (const auto& [text, hasUnit] :
-         {std::pair("1090", false), {"1.09e9", false}, {"1090M", true}, {"1090hz", true}}) {
-        CLI::App command;
-        IqOptions options;
-        recstation::addIqOptions(command, options);
-        command.parse(std::string("- --centre ") + text);
-        EXPECT_EQ(options.centreHasUnit, hasUnit) << text;
-    }
-}
-
-TEST_F(IqSource, WhatTheCommandLineLeavesOutIsLeftToTheMetadata)
-{
-    CLI::App command;
-    IqOptions options;
-    recstation::addIqOptions(command, options);
-    command.parse("x.sigmf-data");
-    EXPECT_FALSE(options.rateHz || options.centreHz);
-    EXPECT_TRUE(options.format.empty() && options.start.empty());
 }
 
 }  // namespace
