@@ -4,6 +4,8 @@
 #include "client/cache.h"
 #include "client/originals.h"
 #include "mover/movercore.h"
+#include "registry/publishing.h"
+#include "registry/stations.h"
 #include "station/configuration.h"
 #include "station/station.h"
 #include "storage/storage.h"
@@ -159,8 +161,8 @@ ArchiveStatus Archive::status()
         status.storageError = error.text();
     }
     registry.count(status);
-    status.stations = registry.stations();
-    status.unpublished = d->station.isShared() ? d->station.journal().unpublished() : 0;
+    status.stations = Stations(registry.database()).all();
+    status.unpublished = d->station.isShared() ? unpublished(d->station.journal()) : 0;
     std::optional<GroupRow> group;
     for (FileRow& file : registry.notMoved(ShownFiles)) {
         if (!group || group->data.guid != file.guid) {

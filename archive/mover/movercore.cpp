@@ -7,6 +7,8 @@
 #include <QFileInfo>
 
 #include "client/cache.h"
+#include "registry/publishing.h"
+#include "registry/stations.h"
 
 namespace Zelvo {
 
@@ -81,8 +83,8 @@ void MoverCore::runLocked(const StopWish& stop)
     makeRoom(*m_station, m_files, 0);
     m_station->removeDeadOwners();
     if (m_station->isShared() && m_report.moved > 0) {
-        Registry::prune(m_station->journal(), m_station->registry(),
-                        [this](const QString& owner) { return m_station->ownerLives(owner); });
+        prune(m_station->journal(), m_station->registry(),
+              [this](const QString& owner) { return m_station->ownerLives(owner); });
     }
 }
 
@@ -111,7 +113,7 @@ std::vector<MoverCore::Group> MoverCore::pendingGroups()
 void MoverCore::moveDue(const StopWish& stop)
 {
     std::int64_t attempts = 0;
-    const StationInfo before = m_station->registry().station(m_station->name(), attempts);
+    const StationInfo before = Stations(m_station->registry().database()).one(m_station->name(), attempts);
     m_storageAttempts = attempts;
     std::vector<Group> groups = pendingGroups();
     if (!before.storageError.isEmpty() && m_clock() < before.nextTryMs) {
@@ -133,7 +135,7 @@ void MoverCore::moveDue(const StopWish& stop)
     }
     const std::int64_t now = m_clock();
     if (usable && (!before.storageError.isEmpty() || now - m_heartbeatMs >= HeartbeatMs)) {
-        m_station->registry().recordRun(m_station->name(), now, QString(), 0, 0);
+        Stations(m_station->registry().database()).recordRun(m_station->name(), now, QString(), 0, 0);
         m_heartbeatMs = now;
     }
 }
@@ -153,7 +155,8 @@ void MoverCore::storageFailed(const QString& sentence)
 {
     m_storage.forgetDirectories();
     const std::int64_t next = m_clock() + pause(m_storageAttempts);
-    m_station->registry().recordRun(m_station->name(), m_clock(), sentence, m_storageAttempts + 1, next);
+    Stations(m_station->registry().database())
+        .recordRun(m_station->name(), m_clock(), sentence, m_storageAttempts + 1, next);
     m_report.problem = sentence;
     due(next);
 }

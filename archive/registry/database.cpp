@@ -28,6 +28,8 @@ QString newConnectionName()
     return QStringLiteral("zelvo-%1").arg(++count);
 }
 
+const QString SchemaProperty = QStringLiteral("schema");
+
 // Seconds and milliseconds after which a server that does not answer counts as away. Requests wait for nothing longer.
 const QString PostgresOptions =
     QStringLiteral("connect_timeout=2;tcp_user_timeout=4000;keepalives_idle=5;application_name=zelvo");
@@ -159,7 +161,7 @@ void Database::fail(const QString& operation, const QSqlError& error)
     throw ArchiveError(sentence, ZelvoError::Unreachable);
 }
 
-QSqlQuery Database::executed(const QString& sql, const QVariantList& values)
+QSqlQuery Database::executed(const QString& sql, const Values& values)
 {
     open();
     auto found = m_prepared.find(sql);
@@ -172,8 +174,8 @@ QSqlQuery Database::executed(const QString& sql, const QVariantList& values)
         found = m_prepared.insert(sql, query);
     }
     QSqlQuery query = *found;
-    for (int i = 0; i < values.size(); ++i) {
-        query.bindValue(i, values[i]);
+    for (const Value& value : values) {
+        query.bindValue(QLatin1Char(':') + value.name, value.value);
     }
     if (!query.exec()) {
         const QSqlError error = query.lastError();
@@ -194,7 +196,7 @@ void Database::run(const QString& sql)
     }
 }
 
-void Database::select(const QString& sql, const QVariantList& values, const std::function<void(const QSqlQuery&)>& take)
+void Database::select(const QString& sql, const Values& values, const std::function<void(const QSqlQuery&)>& take)
 {
     QSqlQuery query = executed(sql, values);
     while (query.next()) {
@@ -208,12 +210,60 @@ void Database::select(const QString& sql, const QVariantList& values, const std:
     }
 }
 
-std::int64_t Database::change(const QString& sql, const QVariantList& values)
+std::optional<QVariant> Database::value(const QString& sql, const Values& values)
+{
+    std::optional<QVariant> found;
+    select(sql, values, [&found](const QSqlQuery& row) { found = row.value(0); });
+    return found;
+}
+
+std::vector<QString> Database::texts(const QString& sql, const Values& values)
+{
+    std::vector<QString> found;
+    select(sql, values, [&found](const QSqlQuery& row) { found.push_back(row.value(0).toString()); });
+    return found;
+}
+
+std::int64_t Database::change(const QString& sql, const Values& values)
 {
     QSqlQuery query = executed(sql, values);
     const std::int64_t rows = query.numRowsAffected();
     query.finish();
     return rows;
+}
+
+std::int64_t Database::update(const char* table, const Values& set, const Values& where, const QString& more)
+{
+    Values values = where;
+    QStringList changes;
+    for (Value value : set) {
+        const QString column = value.name;
+        value.name.prepend(QStringLiteral("new_"));
+        changes += column + QStringLiteral(" = :") + value.name;
+        values.push_back(value);
+    }
+    QStringList conditions;
+    for (const Value& value : where) {
+        conditions += value.name + QStringLiteral(" = :") + value.name;
+    }
+    if (!more.isEmpty()) {
+        conditions += more;
+    }
+    return change(
+        QStringLiteral("UPDATE %1 SET %2 WHERE %3")
+            .arg(QLatin1String(table), changes.join(QLatin1Char(',')), conditions.join(QStringLiteral(" AND "))),
+        values);
+}
+
+void Database::insert(const char* table, const Values& values, const QString& more)
+{
+    QStringList columns;
+    for (const Value& value : values) {
+        columns += value.name;
+    }
+    change(QStringLiteral("INSERT INTO %1 (%2) VALUES (:%3) %4")
+               .arg(QLatin1String(table), columns.join(QLatin1Char(',')), columns.join(QStringLiteral(", :")), more),
+           values);
 }
 
 void Database::atomically(const std::function<void()>& work)
@@ -244,13 +294,11 @@ void Database::makeTables()
         for (const QString& statement : schemaStatements()) {
             run(statement);
         }
-        change(QStringLiteral("INSERT INTO archive_properties (name, value) VALUES ('schema', ?) "
-                              "ON CONFLICT (name) DO NOTHING"),
-               {bound(SchemaVersion)});
-        QString version;
-        select(QStringLiteral("SELECT value FROM archive_properties WHERE name = 'schema'"), {},
-               [&version](const QSqlQuery& row) { version = row.value(0).toString(); });
-        if (version != SchemaVersion) {
+        insert("archive_properties", {{"name", SchemaProperty}, {"value", SchemaVersion}},
+               QStringLiteral("ON CONFLICT (name) DO NOTHING"));
+        const auto version = value(QStringLiteral("SELECT value FROM archive_properties WHERE name = :name"),
+                                   {{"name", SchemaProperty}});
+        if (!version || version->toString() != SchemaVersion) {
             throw ArchiveError(
                 QStringLiteral("the archive's registry %1 is of another version of this program").arg(m_address));
         }

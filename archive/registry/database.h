@@ -10,16 +10,10 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QString>
-#include <QVariantList>
+
+#include "columns.h"
 
 namespace Zelvo {
-
-/// Values for binding. A null text would be stored as NULL, and no registry stores a NUL character.
-[[nodiscard]] QVariant bound(const QString& text);
-[[nodiscard]] inline QVariant bound(std::int64_t number)
-{
-    return QVariant(static_cast<qlonglong>(number));
-}
 
 /// Opened at the first use. Used by one thread. Failures throw ArchiveError: Unreachable where the registry does not
 /// answer; the next use then connects anew.
@@ -38,9 +32,18 @@ public:
     void makeTables();
     void run(const QString& sql);
     /// Gives each row to a taker, which must not use this connection.
-    void select(const QString& sql, const QVariantList& values, const std::function<void(const QSqlQuery&)>& take);
+    void select(const QString& sql, const Values& values, const std::function<void(const QSqlQuery&)>& take);
+    /// The first column of the last row; nothing where there is none.
+    [[nodiscard]] std::optional<QVariant> value(const QString& sql, const Values& values = {});
+    /// Rows of one column of texts.
+    [[nodiscard]] std::vector<QString> texts(const QString& sql, const Values& values);
     /// How many rows a change met.
-    std::int64_t change(const QString& sql, const QVariantList& values);
+    std::int64_t change(const QString& sql, const Values& values);
+    /// Sets columns of the rows whose columns have given values. @param more a further condition
+    /// @return how many rows there were
+    std::int64_t update(const char* table, const Values& set, const Values& where, const QString& more = {});
+    /// @param more what becomes of one that is there already
+    void insert(const char* table, const Values& values, const QString& more = {});
     /// All of the work or nothing of it. SQLite lets one writer in at a time, PostgreSQL locks what is selected with
     /// forUpdate().
     void atomically(const std::function<void()>& work);
@@ -50,7 +53,7 @@ private:
     void open();
     void close();
     void configure();
-    QSqlQuery executed(const QString& sql, const QVariantList& values);
+    QSqlQuery executed(const QString& sql, const Values& values);
     [[noreturn]] void fail(const QString& operation, const QSqlError& error);
 
     QString m_address;

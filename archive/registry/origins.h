@@ -17,6 +17,9 @@ struct Origin {
     bool journaled = false;  ///< its journal lay beside it
 };
 
+/// What both parts of an address are called in every table.
+[[nodiscard]] Values keyOf(const Address& address);
+
 /// Used by one thread. Everything throws ArchiveError when the journal does not answer.
 class Origins {
 public:

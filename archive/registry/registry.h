@@ -10,33 +10,12 @@
 #include <zelvo/archive.h>
 
 #include "database.h"
-#include "origins.h"
-#include "storage/names.h"
+#include "rows.h"
 
 namespace Zelvo {
 
 /// Of a file that another station has open for writing: longer than any pause between two runs of its mover.
 inline constexpr std::int64_t WriterLeaseMs = 1'800'000;
-
-struct GroupRow : GroupInfo {
-    QString owner;  ///< the lock of the process that records into it
-    bool asked = false;
-    bool abandoned = false;
-    bool superseded = false;
-    std::int64_t revision = 1;
-};
-
-struct FileRow : FileInfo {
-    QString unfinished;  ///< the name it had while it was recorded; empty: the final one
-    std::int64_t createdMs = 0;
-    QString oldPath;  ///< relative to the storage: an older version that is still to be deleted
-    QString writer;   ///< the owner that has it open for writing; empty: nobody
-    QString writerStation;
-    std::int64_t writerUntilMs = 0;
-    Origin origin;  ///< of one that is added; the journal alone keeps it
-
-    [[nodiscard]] Address where() const { return {guid, id}; }
-};
 
 /// A file that the mover has to look at, with what its group says.
 struct PendingFile {
@@ -76,7 +55,10 @@ public:
     [[nodiscard]] std::vector<FileRow> storedAfter(const Address& address, const QString& onlyGuid, int limit);
     [[nodiscard]] std::vector<FileRow> notMoved(int limit);
     void count(ArchiveStatus& status);
-    [[nodiscard]] std::vector<StationInfo> stations();
+    /// @param condition what follows "SELECT ... FROM group_files f"
+    [[nodiscard]] std::vector<FileRow> selectFiles(const QString& condition, const Values& values = {});
+    /// @param condition what follows "SELECT ... FROM file_groups g"
+    [[nodiscard]] std::vector<GroupRow> selectGroups(const QString& condition, const Values& values = {});
 
     // The mover's steps, for files of one station.
     [[nodiscard]] std::vector<PendingFile> pending(const QString& station);
@@ -111,23 +93,10 @@ public:
     [[nodiscard]] std::vector<FileRow> writtenBy(const QString& station);
     void prolong(const FileRow& file, std::int64_t untilMs);
 
-    // Stations.
-    /// @return the home of the station of this name; the caller's when it is new
-    QString claimStation(const QString& name, const QString& home);
-    [[nodiscard]] StationInfo station(const QString& name, std::int64_t& attempts);
-    void recordRun(const QString& station, std::int64_t nowMs, const QString& storageError, std::int64_t attempts,
-                   std::int64_t nextTryMs);
-
-    // From a station's journal to the registry it shares.
-    [[nodiscard]] std::int64_t unpublished();
-    static void publish(Registry& journal, Registry& shared);
-    /// Forgets in the journal what needs no more of it.
-    static void prune(Registry& journal, Registry& shared, const std::function<bool(const QString&)>& ownerLives);
-
 private:
-    [[nodiscard]] std::vector<FileRow> selectFiles(const QString& condition, const QVariantList& values);
+    /// @param was which values other columns must have @return whether the file was there like that
+    bool updateFile(const Address& address, const Values& set, const Values& was = {}, const QString& more = {});
     bool markSame(const Address& address, const Address& counts);
-    [[nodiscard]] std::vector<GroupRow> selectGroups(const QString& condition, const QVariantList& values);
 
     Database& m_database;
 };

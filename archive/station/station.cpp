@@ -10,6 +10,9 @@
 #include <QFile>
 #include <QUuid>
 
+#include "registry/publishing.h"
+#include "registry/stations.h"
+
 namespace Zelvo {
 
 namespace {
@@ -131,7 +134,7 @@ void Station::setUp(const ArchiveConfiguration& checked, Files& files)
 void Station::publish()
 {
     if (!m_claimed) {
-        if (registry().claimStation(name(), m_home) != m_home) {
+        if (Stations(registry().database()).claim(name(), m_home) != m_home) {
             throw ArchiveError(QStringLiteral("another station of the name \"%1\" uses the registry %2; "
                                               "give this one its own name")
                                    .arg(name(), registry().database().address()));
@@ -139,7 +142,7 @@ void Station::publish()
         m_claimed = true;
     }
     if (isShared()) {
-        Registry::publish(m_journal, *m_shared);
+        Zelvo::publish(m_journal, *m_shared);
     }
 }
 

@@ -417,7 +417,7 @@ TEST_F(Security, BelievesNoPathOfTheRegistryThatLeavesTheStorage)
     for (const QString& path : {QStringLiteral("/etc/passwd"), QStringLiteral("../../../../etc/passwd"),
                                 QStringLiteral("2026-11/%1/../../../x").arg(guid),
                                 QStringLiteral("2026-11/%1/1-..").arg(guid), QStringLiteral("..")}) {
-        EXPECT_EQ(database.change(QStringLiteral("UPDATE group_files SET stored_path = ?"), {bound(path)}), 1);
+        EXPECT_EQ(database.change(QStringLiteral("UPDATE group_files SET stored_path = :path"), {{"path", path}}), 1);
         expectRefused(client, address.toString(), ZelvoError::BadName);
     }
 }
@@ -429,7 +429,7 @@ TEST_F(Security, BelievesNoNameOfTheRegistryThatLeavesTheCache)
     Database database(configuration().directory + QStringLiteral("/archive.sqlite"), 0600);
     for (const QString& name :
          {QStringLiteral("../../../outside"), QStringLiteral("/tmp/outside"), QStringLiteral(".."), QString()}) {
-        EXPECT_EQ(database.change(QStringLiteral("UPDATE group_files SET name = ?"), {bound(name)}), 1);
+        EXPECT_EQ(database.change(QStringLiteral("UPDATE group_files SET name = :name"), {{"name", name}}), 1);
         expectRefused(client, address.toString(), ZelvoError::BadName);
     }
 }
@@ -443,13 +443,13 @@ TEST_F(Security, BelievesNoGroupOfTheRegistryThatLeavesTheLocks)
     const QString elsewhere = QStringLiteral("../../outside");
     EXPECT_EQ(
         database.change(QStringLiteral("INSERT INTO group_files (guid, id, name, station, local_path, unfinished, "
-                                       "created, state, stored_path) SELECT ?, id, name, station, local_path, "
+                                       "created, state, stored_path) SELECT :guid, id, name, station, local_path, "
                                        "unfinished, created, 2, stored_path FROM group_files"),
-                        {bound(elsewhere)}),
+                        {{"guid", elsewhere}}),
         1);
-    EXPECT_EQ(database.change(QStringLiteral("UPDATE group_files SET state = 5, same_guid = ?, same_id = id "
-                                             "WHERE guid <> ?"),
-                              {bound(elsewhere), bound(elsewhere)}),
+    EXPECT_EQ(database.change(QStringLiteral("UPDATE group_files SET state = 5, same_guid = :guid, same_id = id "
+                                             "WHERE guid <> :guid"),
+                              {{"guid", elsewhere}}),
               1);
     expectRefused(client, address.toString(), ZelvoError::BadName);
     EXPECT_FALSE(QFile::exists(QDir::cleanPath(folder() + QStringLiteral("/outside_1"))));

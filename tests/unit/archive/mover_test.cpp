@@ -442,8 +442,9 @@ TEST_F(Moving, RemovesTheOtherExpiredFilesWhenTheRegistryNamesAPathElsewhere)
     const QString outside = recording(QStringLiteral("outside"));
     writeFile(outside, bytesOf(10));
     Database database(configuration().directory + QStringLiteral("/archive.sqlite"), 0600);
-    EXPECT_EQ(database.change(QStringLiteral("UPDATE group_files SET stored_path = ? WHERE id = 1"), {bound(outside)}),
-              1);
+    EXPECT_EQ(
+        database.change(QStringLiteral("UPDATE group_files SET stored_path = :path WHERE id = 1"), {{"path", outside}}),
+        1);
     clock.now += 10'000;
     configuration().removeExpired = true;
     const MoverReport report = move();

@@ -235,10 +235,10 @@ TEST_F(SharedRegistry, CannotMakeAMoverTakeAFileThatWasNeverRegistered)
     const ZelvoUrl address = recordOne(client, north.recordings(), QStringLiteral("a"), bytesOf(10));
     EXPECT_EQ(Archive(north.configuration).status().waiting, 1);
     Database database(server->registry(), 0600);
-    EXPECT_EQ(database.change(QStringLiteral("UPDATE group_files SET local_path = ?"), {bound(secret)}), 1);
+    EXPECT_EQ(database.change(QStringLiteral("UPDATE group_files SET local_path = :path"), {{"path", secret}}), 1);
     database.change(QStringLiteral("INSERT INTO group_files (guid, id, name, station, local_path, unfinished, created) "
-                                   "SELECT guid, 7, ?, station, ?, '', created FROM file_groups"),
-                    {bound(QStringLiteral("secret")), bound(secret)});
+                                   "SELECT guid, 7, 'secret', station, :path, '', created FROM file_groups"),
+                    {{"path", secret}});
     const MoverReport report = move(north);
     EXPECT_EQ(report.moved, 1);
     EXPECT_EQ(report.failed, 1);
