@@ -58,24 +58,6 @@ struct Archive::Private {
     {
     }
 
-    [[nodiscard]] FileRow existing(const ZelvoUrl& url)
-    {
-        const std::optional<Address> address = parseAddress(url);
-        if (!address) {
-            throw ArchiveError(QStringLiteral("\"%1\" is no address of the archive").arg(url.toString()),
-                               ZelvoError::BadName);
-        }
-        std::optional<FileRow> file = station.registry().file(*address);
-        if (file && file->state == FileState::Same) {
-            file = station.registry().file({file->sameGuid, file->sameId});
-        }
-        if (!file) {
-            throw ArchiveError(QStringLiteral("the archive does not know %1").arg(url.toString()),
-                               ZelvoError::UnknownFile);
-        }
-        return *file;
-    }
-
     // Of a recording that waits at this station the disk tells more than the last run of a mover.
     void tellWhy(FileRow& file)
     {
@@ -207,26 +189,16 @@ std::optional<FileInfo> Archive::file(const ZelvoUrl& url)
 
 void Archive::fetch(const ZelvoUrl& url, const QString& path)
 {
-    const FileRow file = d->existing(url);
-    if (file.state == FileState::Removed) {
-        throw ArchiveError(QStringLiteral("%1 was removed when its time was over").arg(file.address()),
-                           ZelvoError::UnknownFile);
-    }
+    const FileRow file = d->station.registry().fileOf(addressOf(url));
+    requireNotRemoved(file);
     if (file.state != FileState::Waiting) {
         d->checkStorage();
         copyStored(file, path, d->checked.fileMode, d->storage, d->files);
         return;
     }
-    if (file.station != d->station.name() || !d->station.own(file)) {
-        throw ArchiveError(QStringLiteral("%1 still lies at the station \"%2\"").arg(file.address(), file.station),
-                           ZelvoError::Elsewhere);
-    }
-    const Original original = findOriginal(file, d->station, d->files);
-    const QString why =
-        original.state == Original::State::Finished ? whyNotCopied(original.path, d->files) : original.why;
-    if (!why.isEmpty()) {
-        throw ArchiveError(QStringLiteral("%1 is not to be had yet: %2").arg(file.address(), why),
-                           ZelvoError::UnknownFile);
+    const Original original = finishedOriginal(file, d->station, d->files);
+    if (const QString why = whyNotCopied(original.path, d->files); !why.isEmpty()) {
+        throw notToBeHad(file, why);
     }
     try {
         const Digest copied = d->files.copy(original.path, path, d->checked.fileMode, {});

@@ -129,15 +129,7 @@ FileRow ZelvoClient::Private::find(const Address& address)
     if (station->isShared()) {
         station->publish();
     }
-    std::optional<FileRow> file = station->registry().file(address);
-    if (file && file->state == FileState::Same) {
-        file = station->registry().file({file->sameGuid, file->sameId});
-    }
-    if (!file) {
-        throw ArchiveError(QStringLiteral("the archive does not know zelvo:///%1/%2").arg(address.guid).arg(address.id),
-                           ZelvoError::UnknownFile);
-    }
-    return *file;
+    return station->registry().fileOf(address);
 }
 
 QString ZelvoClient::Private::open(const Address& address, LockState state)
@@ -170,16 +162,7 @@ QString ZelvoClient::Private::open(const Address& address, LockState state)
 
 QString ZelvoClient::Private::openOriginal(OpenFile& opened)
 {
-    const FileRow& file = opened.file;
-    if (file.station != station->name() || !station->own(file)) {
-        throw ArchiveError(QStringLiteral("%1 still lies at the station \"%2\"").arg(file.address(), file.station),
-                           ZelvoError::Elsewhere);
-    }
-    const Original original = findOriginal(file, *station, files);
-    if (original.state != Original::State::Finished) {
-        throw ArchiveError(QStringLiteral("%1 is not to be had yet: %2").arg(file.address(), original.why),
-                           ZelvoError::UnknownFile);
-    }
+    const Original original = finishedOriginal(opened.file, *station, files);
     opened.originalPath = original.path;
     opened.original = original.identity;
     return original.path;
@@ -198,10 +181,7 @@ QString ZelvoClient::Private::openEdited(const FileRow& file)
 QString ZelvoClient::Private::openStored(OpenFile& opened, LockState state)
 {
     const FileRow& file = opened.file;
-    if (file.state == FileState::Removed) {
-        throw ArchiveError(QStringLiteral("%1 was removed when its time was over").arg(file.address()),
-                           ZelvoError::UnknownFile);
-    }
+    requireNotRemoved(file);
     if (state == LockState::Shared) {
         return fetchForReading(file);
     }
@@ -357,14 +337,7 @@ QString ZelvoClient::MoveToNas(const QString& guid)
 
 QString ZelvoClient::RequestFile(const ZelvoUrl& url, LockState lock)
 {
-    return d->attempt(QString(), [&] {
-        const std::optional<Address> address = parseAddress(url);
-        if (!address) {
-            throw ArchiveError(QStringLiteral("\"%1\" is no address of the archive").arg(url.toString()),
-                               ZelvoError::BadName);
-        }
-        return d->open(*address, lock);
-    });
+    return d->attempt(QString(), [&] { return d->open(addressOf(url), lock); });
 }
 
 void ZelvoClient::CloseFile(const ZelvoUrl& url)

@@ -178,6 +178,33 @@ Original findOriginal(const FileRow& file, Station& station, const Files& files)
     }
 }
 
+ArchiveError notToBeHad(const FileRow& file, const QString& why)
+{
+    return ArchiveError(QStringLiteral("%1 is not to be had yet: %2").arg(file.address(), why),
+                        ZelvoError::UnknownFile);
+}
+
+Original finishedOriginal(const FileRow& file, Station& station, const Files& files)
+{
+    if (file.station != station.name() || !station.own(file)) {
+        throw ArchiveError(QStringLiteral("%1 still lies at the station \"%2\"").arg(file.address(), file.station),
+                           ZelvoError::Elsewhere);
+    }
+    Original original = findOriginal(file, station, files);
+    if (original.state != Original::State::Finished) {
+        throw notToBeHad(file, original.why);
+    }
+    return original;
+}
+
+void requireNotRemoved(const FileRow& file)
+{
+    if (file.state == FileState::Removed) {
+        throw ArchiveError(QStringLiteral("%1 was removed when its time was over").arg(file.address()),
+                           ZelvoError::UnknownFile);
+    }
+}
+
 QString whyNotCopied(const QString& path, const Files& files)
 {
     const QString undo = path + QStringLiteral(".undo");

@@ -29,6 +29,13 @@ struct Original {
 /// Looks at the disk, and believes the station's journal alone. Never opens a file.
 [[nodiscard]] Original findOriginal(const FileRow& file, Station& station, const Files& files);
 
+/// @throws ArchiveError when it is another station's, of ZelvoError::Elsewhere, or not finished
+[[nodiscard]] Original finishedOriginal(const FileRow& file, Station& station, const Files& files);
+/// To be thrown for a file that is here and cannot be given.
+[[nodiscard]] ArchiveError notToBeHad(const FileRow& file, const QString& why);
+/// @throws ArchiveError for a file whose time was over
+void requireNotRemoved(const FileRow& file);
+
 /// Why a finished file cannot be copied as it lies. While its bookmarks or channel ranges are stored, and where that
 /// was interrupted, it is whole only together with a journal beside it. @return empty when it can
 [[nodiscard]] QString whyNotCopied(const QString& path, const Files& files);

@@ -7,20 +7,16 @@
 #include <QFileInfo>
 
 #include "client/cache.h"
+#include "housekeeping.h"
 #include "registry/publishing.h"
 #include "registry/stations.h"
+#include "storing.h"
 
 namespace Zelvo {
 
 namespace {
 
 constexpr std::int64_t HeartbeatMs = 60'000;
-
-// The copy under its temporary name: always the same, so that what a killed mover left is found.
-QString temporaryPath(const QString& target, const FileRow& file, std::int64_t version)
-{
-    return QStringLiteral("%1/.%2.%3.part").arg(QFileInfo(target).path()).arg(file.id).arg(version);
-}
 
 }  // namespace
 
@@ -72,28 +68,20 @@ void MoverCore::open()
 void MoverCore::runLocked(const StopWish& stop)
 {
     m_station->publish();
-    abandonGroupsOfTheDead();
+    abandonGroupsOfTheDead(*m_station);
     m_fullFromBytes = 0;
     moveDue(stop);
-    tendWriters();
+    tendWriters(*m_station, m_clock());
     removeUnfinishedEdits(*m_station);
     if (m_configuration.removeExpired && m_report.problem.isEmpty()) {
-        removeExpired();
+        removeExpired(*m_station, m_storage, m_files, m_clock(), m_report.removed,
+                      [this](const FileRow& file, const QString& why) { tell(file, why); });
     }
     makeRoom(*m_station, m_files, 0);
     m_station->removeDeadOwners();
     if (m_station->isShared() && m_report.moved > 0) {
         prune(m_station->journal(), m_station->registry(),
               [this](const QString& owner) { return m_station->ownerLives(owner); });
-    }
-}
-
-void MoverCore::abandonGroupsOfTheDead()
-{
-    for (const QString& owner : m_station->registry().openOwners(m_station->name())) {
-        if (!m_station->ownerLives(owner)) {
-            m_station->registry().abandon(m_station->name(), owner);
-        }
     }
 }
 
@@ -294,7 +282,8 @@ MoverCore::Outcome MoverCore::store(FileRow& file, std::int64_t createdMs, const
     StoredCopy copy;
     copy.version = file.state == FileState::Edited ? file.version + 1 : file.version;
     copy.path = storedName(createdMs, file.where(), copy.version, file.name);
-    const Digest digest = copyToStorage(file, original, copy.path, stop);
+    const Digest digest =
+        copyIntoStorage(file, original, copy.path, {m_storage, m_files, m_configuration.fileMode}, stop);
     copy.bytes = digest.bytes;
     copy.sha256 = QString::fromLatin1(digest.sha256);
     if (!m_station->registry().recordStored(file, copy, m_clock(), m_station->origins().sharing(file.where()))) {
@@ -305,53 +294,6 @@ MoverCore::Outcome MoverCore::store(FileRow& file, std::int64_t createdMs, const
     const std::optional<FileRow> stored = m_station->registry().file(file.where());
     return stored ? finish(*stored, original.path, &digest.identity, stop)
                   : fail(file, QStringLiteral("the registry lost the file while it was moved"));
-}
-
-// Copy, flush, read back and compare, rename. Nothing that is there under the final name is ever replaced.
-Digest MoverCore::copyToStorage(const FileRow& file, const Original& original, const QString& storedPath,
-                                const StopWish& stop)
-{
-    const QString target = m_storage.path(storedPath);
-    m_storage.makeDirectories(storedPath);
-    Digest digest;
-    const QString temporary = temporaryPath(target, file, file.version);
-    m_files.remove(temporary);
-    if (!isStoredAlready(original, target, digest, stop)) {
-        digest = m_files.copy(original.path, temporary, m_configuration.fileMode, stop);
-        if (digest.identity.lasting() != original.identity.lasting()) {
-            m_files.remove(temporary);
-            throw FileError(FileError::Kind::Other,
-                            QStringLiteral("%1 became another file while it was moved").arg(original.path));
-        }
-        // One that was begun and finished meanwhile is told by the file's time.
-        if (const QString why = whyNotCopied(original.path, m_files); !why.isEmpty()) {
-            m_files.remove(temporary);
-            throw FileError(FileError::Kind::Other, why);
-        }
-        const Digest back = m_files.digest(temporary, stop);
-        if (back.sha256 != digest.sha256) {
-            m_files.remove(temporary);
-            throw FileError(FileError::Kind::Other,
-                            QStringLiteral("%1 read back from the storage is not what was written").arg(temporary));
-        }
-        m_files.rename(temporary, target);
-    }
-    m_files.syncDirectory(QFileInfo(target).path());
-    return digest;
-}
-
-bool MoverCore::isStoredAlready(const Original& original, const QString& target, Digest& digest,
-                                const StopWish& stop) const
-{
-    if (m_files.kind(target) == FileKind::Missing) {
-        return false;
-    }
-    digest = m_files.digest(original.path, stop);
-    if (m_files.kind(target) != FileKind::File || m_files.digest(target, stop).sha256 != digest.sha256) {
-        throw FileError(FileError::Kind::Exists,
-                        QStringLiteral("%1 exists already and is another file; it is not replaced").arg(target));
-    }
-    return true;
 }
 
 MoverCore::Outcome MoverCore::originalIsMissing(const FileRow& file, const QString& why)
@@ -464,50 +406,6 @@ std::int64_t MoverCore::pause(std::int64_t attempts) const
 void MoverCore::due(std::int64_t timeMs)
 {
     m_report.nextRunMs = m_report.nextRunMs < 0 ? timeMs : std::min(m_report.nextRunMs, timeMs);
-}
-
-// Writers of this station that ended give their files back; the others keep them.
-void MoverCore::tendWriters()
-{
-    const std::int64_t now = m_clock();
-    for (const FileRow& file : m_station->registry().writtenBy(m_station->name())) {
-        if (!m_station->ownerLives(file.writer)) {
-            m_station->registry().giveBack(file.where(), file.writer);
-        } else if (file.writerUntilMs < now + WriterLeaseMs / 2) {
-            m_station->registry().prolong(file, now + WriterLeaseMs);
-        }
-    }
-}
-
-void MoverCore::removeExpired()
-{
-    for (const FileRow& file : m_station->registry().expired(m_station->name(), m_clock())) {
-        try {
-            removeOne(file);
-        } catch (const FileError& error) {
-            tell(file, error.text());
-        } catch (const ArchiveError& error) {
-            if (error.code() == ZelvoError::Unreachable) {
-                throw;
-            }
-            tell(file, error.text());
-        }
-    }
-}
-
-// The registry first: it must never promise a file that is gone.
-void MoverCore::removeOne(const FileRow& file)
-{
-    const std::unique_ptr<FileLock> lock = m_station->lock(file.where(), FileLock::Mode::Exclusive);
-    const bool begun = file.state == FileState::Removed;
-    if (lock == nullptr || !(begun || m_station->registry().recordRemoved(file, m_clock()))) {
-        return;
-    }
-    const QString path = m_storage.path(file.storedPath);
-    m_files.remove(path);
-    QDir().rmdir(QFileInfo(path).path());
-    m_station->registry().recordGone(file);
-    ++m_report.removed;
 }
 
 }  // namespace Zelvo

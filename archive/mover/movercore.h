@@ -25,7 +25,6 @@ private:
 
     void open();
     void runLocked(const StopWish& stop);
-    void abandonGroupsOfTheDead();
     void moveDue(const StopWish& stop);
     [[nodiscard]] std::vector<Group> pendingGroups();
     [[nodiscard]] bool isPaused(const Group& group) const;
@@ -36,10 +35,6 @@ private:
     Outcome attempt(FileRow& file, std::int64_t createdMs, const StopWish& stop);
     Outcome store(FileRow& file, std::int64_t createdMs, const StopWish& stop);
     [[nodiscard]] Original originalOf(const FileRow& file);
-    Digest copyToStorage(const FileRow& file, const Original& original, const QString& storedPath,
-                         const StopWish& stop);
-    [[nodiscard]] bool isStoredAlready(const Original& original, const QString& target, Digest& digest,
-                                       const StopWish& stop) const;
     Outcome originalIsMissing(const FileRow& file, const QString& why);
     Outcome finish(const FileRow& file, const QString& original, const FileIdentity* known, const StopWish& stop);
     [[nodiscard]] bool isTheStoredOne(const FileRow& file, const QString& original, const StopWish& stop);
@@ -50,9 +45,6 @@ private:
     void storageFailed(const QString& sentence);
     [[nodiscard]] std::int64_t pause(std::int64_t attempts) const;
     void due(std::int64_t timeMs);
-    void tendWriters();
-    void removeExpired();
-    void removeOne(const FileRow& file);
 
     ArchiveConfiguration m_configuration;
     Files& m_files;

@@ -156,6 +156,19 @@ std::optional<FileRow> Registry::file(const Address& address)
     return found.empty() ? std::nullopt : std::optional(found.front());
 }
 
+FileRow Registry::fileOf(const Address& address)
+{
+    std::optional<FileRow> found = file(address);
+    if (found && found->state == FileState::Same) {
+        found = file({found->sameGuid, found->sameId});
+    }
+    if (!found) {
+        throw ArchiveError(QStringLiteral("the archive does not know zelvo:///%1/%2").arg(address.guid).arg(address.id),
+                           ZelvoError::UnknownFile);
+    }
+    return *found;
+}
+
 std::vector<FileRow> Registry::files(const QString& guid)
 {
     return selectFiles(QStringLiteral("WHERE f.guid = :guid ORDER BY f.id"), {{"guid", guid}});

@@ -50,6 +50,8 @@ public:
     [[nodiscard]] std::optional<GroupRow> group(const QString& guid);
     [[nodiscard]] std::vector<GroupRow> groups(std::int64_t limit);
     [[nodiscard]] std::optional<FileRow> file(const Address& address);
+    /// Of several registrations of a file the one that counts. @throws ArchiveError of ZelvoError::UnknownFile
+    [[nodiscard]] FileRow fileOf(const Address& address);
     [[nodiscard]] std::vector<FileRow> files(const QString& guid);
     /// Those with a copy in the storage, after an address, in order; so many at a time.
     [[nodiscard]] std::vector<FileRow> storedAfter(const Address& address, const QString& onlyGuid, int limit);

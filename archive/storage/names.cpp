@@ -5,6 +5,8 @@
 #include <QRegularExpression>
 #include <QUuid>
 
+#include <zelvo/archive.h>
+
 namespace Zelvo {
 
 namespace {
@@ -50,6 +52,16 @@ std::optional<Address> parseAddress(const ZelvoUrl& url)
         return std::nullopt;
     }
     return address;
+}
+
+Address addressOf(const ZelvoUrl& url)
+{
+    const std::optional<Address> address = parseAddress(url);
+    if (!address) {
+        throw ArchiveError(QStringLiteral("\"%1\" is no address of the archive").arg(url.toString()),
+                           ZelvoError::BadName);
+    }
+    return *address;
 }
 
 bool isFileName(const QString& name)

@@ -20,6 +20,8 @@ struct Address {
 [[nodiscard]] QString newGuid();
 /// @return nothing for every text that the archive cannot have given
 [[nodiscard]] std::optional<Address> parseAddress(const ZelvoUrl& url);
+/// @throws ArchiveError of ZelvoError::BadName for such a text
+[[nodiscard]] Address addressOf(const ZelvoUrl& url);
 /// One component of a path: no separators, no control characters, not hidden, at most 200 bytes.
 [[nodiscard]] bool isFileName(const QString& name);
 /// "a.tmp" for "a.rec": the name while the file is recorded.
