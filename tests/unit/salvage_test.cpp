@@ -17,7 +17,6 @@ namespace {
 using Recording2::Inspection::inspect;
 using Recording2::Inspection::Salvage;
 using Recording2::Inspection::salvage;
-using Recording2::Inspection::SalvageReader;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using TestSupport::ByteBuilder;
@@ -38,13 +37,12 @@ protected:
     std::vector<std::string> dataOf(const std::string& bytes)
     {
         const std::string path = store(bytes);
-        SalvageReader reader(path);
         std::vector<std::string> all;
-        for (const auto& kept : salvage(path).records) {
-            Recording2::Inspection::Record record;
-            EXPECT_TRUE(reader.read(kept.position, record));
+        const auto take = [&](const Recording2::Inspection::Record& record, std::optional<std::uint64_t>, bool) {
             all.push_back(record.data);
-        }
+            return true;
+        };
+        EXPECT_EQ(Recording2::Inspection::readSalvaged(path, salvage(path), take), 0U);
         return all;
     }
     static Times timesOf(const Salvage& found)

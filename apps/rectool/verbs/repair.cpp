@@ -124,27 +124,21 @@ private:
     {
         constexpr std::size_t ProgressRecords = 1000;
         const std::optional<std::int32_t> bearings = m_names.numberOf(DirectionFindingKeyword);
-        const std::vector<std::uint64_t>& ranges = m_found.channelRangeTimes;
         Progress progress(m_options.file);
         const auto show = progress.callback();
-        Inspection::SalvageReader reader(m_options.file);
-        Inspection::Record record;
-        const std::size_t all = m_found.records.size();
-        for (std::size_t i = 0; i < all && !NewRecording::interrupted(); ++i) {
-            const Inspection::SalvagedRecord& salvaged = m_found.records[i];
-            if (!reader.read(salvaged.position, record)) {
-                return false;
-            }
-            const bool isNamed = salvaged.timeMs && std::binary_search(ranges.begin(), ranges.end(), *salvaged.timeMs);
+        std::size_t i = 0;
+        const auto take = [&](const Inspection::Record& record, std::optional<std::uint64_t>, bool isNamed) {
             const bool isFound = !isNamed && m_found.channelRangesLost && record.code == bearings &&
                                  values::CarriesChannelRange(record.data);
             m_rangesFromRecords += isFound ? 1 : 0;
             output.write(record.code, record.data, m_times.times[i], isNamed || isFound);
             if (show && i % ProgressRecords == 0) {
-                show(static_cast<std::int64_t>(i), static_cast<std::int64_t>(all));
+                show(static_cast<std::int64_t>(i), static_cast<std::int64_t>(m_found.records.size()));
             }
-        }
-        return true;
+            ++i;
+            return !NewRecording::interrupted();
+        };
+        return Inspection::readSalvaged(m_options.file, m_found, take) == 0;
     }
 
     const RepairOptions& m_options;

@@ -1,5 +1,4 @@
 // Recovery without a journal: the records that follow the types, without the last one's end and without their times.
-#include <algorithm>
 #include <utility>
 
 #include "../recordingname.h"
@@ -46,25 +45,17 @@ private:
 
     void copyRecords()
     {
-        SalvageReader reader(m_task.recording);
-        Record record;
         std::int64_t nextProgress = 0;
-        const std::vector<std::uint64_t>& ranges = m_salvage.channelRangeTimes;
-        for (const SalvagedRecord& salvaged : m_salvage.records) {
-            if (!reader.read(salvaged.position, record)) {
-                ++m_task.report.lostRecords;
-                continue;
+        const auto take = [&](const Record& record, std::optional<std::uint64_t> time, bool channelRange) {
+            m_unknown += time ? 0U : 1U;
+            m_task.output.add(record, time, channelRange);
+            if (record.position < nextProgress) {
+                return true;
             }
-            const bool isRange = salvaged.timeMs && std::binary_search(ranges.begin(), ranges.end(), *salvaged.timeMs);
-            m_unknown += salvaged.timeMs ? 0U : 1U;
-            m_task.output.add(record, salvaged.timeMs, isRange);
-            if (salvaged.position >= nextProgress) {
-                nextProgress = salvaged.position + ProgressBytes;
-                if (!m_task.goOn(salvaged.position, m_salvage.records.back().position)) {
-                    return;
-                }
-            }
-        }
+            nextProgress = record.position + ProgressBytes;
+            return m_task.goOn(record.position, m_salvage.records.back().position);
+        };
+        m_task.report.lostRecords += readSalvaged(m_task.recording, m_salvage, take);
     }
 
     void tellLosses() const

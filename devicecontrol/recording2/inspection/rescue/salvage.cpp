@@ -1,6 +1,7 @@
 // Salvaging: header, positions of the blocks, times, records and what was noted, each as far as it is whole.
 #include "salvage.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "../../format/layout.h"
@@ -65,32 +66,26 @@ Salvage salvage(const std::string& path, const std::function<void(std::int64_t, 
     return result;
 }
 
-struct SalvageReader::Private {
-    explicit Private(const std::string& path)
-        : source(native(path), InputFile::Size::AtOpening), fields(source, 0, source.size())
-    {
-    }
-
-    InputFile source;
-    FieldReader fields;
-};
-
-SalvageReader::SalvageReader(const std::string& path) : d(std::make_unique<Private>(path))
+std::uint64_t readSalvaged(const std::string& path, const Salvage& salvage, const TakeRecord& take)
 {
-}
-
-SalvageReader::~SalvageReader() = default;
-
-bool SalvageReader::read(std::int64_t position, Record& record)
-{
-    if (!d->source.good()) {
-        return false;
+    InputFile source(native(path), InputFile::Size::AtOpening);
+    FieldReader fields(source, 0, source.size());
+    const std::vector<std::uint64_t>& ranges = salvage.channelRangeTimes;
+    std::uint64_t missing = 0;
+    Record record;
+    for (const SalvagedRecord& salvaged : salvage.records) {
+        record.position = salvaged.position;
+        if (fields.position() != salvaged.position) {
+            fields.seek(salvaged.position);
+        }
+        const auto time = salvaged.timeMs;
+        if (!fields.record(record.code, record.data)) {
+            ++missing;
+        } else if (!take(record, time, time && std::binary_search(ranges.begin(), ranges.end(), *time))) {
+            break;
+        }
     }
-    if (d->fields.position() != position) {
-        d->fields.seek(position);
-    }
-    record.position = position;
-    return d->fields.record(record.code, record.data);
+    return missing;
 }
 
 }  // namespace Recording2::Inspection

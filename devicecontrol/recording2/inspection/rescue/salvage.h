@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -56,20 +55,12 @@ Salvage salvage(const std::string& path, const std::function<void(std::int64_t, 
 /// and be whole, as every recorder stores them: nothing else tells where the records begin.
 Salvage salvageUnclosed(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress = {});
 
-/// Reads single records of a file, fastest in ascending order.
-class SalvageReader {
-public:
-    explicit SalvageReader(const std::string& path);
-    SalvageReader(const SalvageReader&) = delete;
-    SalvageReader& operator=(const SalvageReader&) = delete;
-    ~SalvageReader();
+/// Takes a record, its time where it can be believed, and whether the channel range table names it.
+/// @return false to stop
+using TakeRecord = std::function<bool(const Record&, std::optional<std::uint64_t>, bool)>;
 
-    /// @return false when there is none any more
-    bool read(std::int64_t position, Record& record);
-
-private:
-    struct Private;
-    std::unique_ptr<Private> d;
-};
+/// Reads the records of a salvage one after the other; the record object is reused.
+/// @return how many are not there any more
+std::uint64_t readSalvaged(const std::string& path, const Salvage& salvage, const TakeRecord& take);
 
 }  // namespace Recording2::Inspection
