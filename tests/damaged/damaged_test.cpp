@@ -1,11 +1,6 @@
 // Damaged files: the inspection says what is wrong with them, and reading them comes to an end. Each fault is made from
 // a sound golden file. Odd files that are legal stand beside them: these must not be called damaged.
-#include <algorithm>
-#include <cstdint>
-#include <fstream>
 #include <functional>
-#include <iterator>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -14,139 +9,46 @@
 #include <QDir>
 #include <QTemporaryDir>
 
-#include <recording2/fileaccess.h>
-#include <recording2/inspection/inspection.h>
 #include <recording2/inspection/verify/verification.h>
-#include <recording2/recordmodel.h>
+
+#include "damagedfiles.h"
 
 namespace {
 
-using Recording2::CFileAccess;
-using Recording2::CHeaderData;
-using Recording2::CVTCmdData;
-using Recording2::CVTTypesData;
+using namespace DamagedFileTests;
+using Inspection::Readability;
 using testing::HasSubstr;
 using testing::IsEmpty;
-namespace Inspection = Recording2::Inspection;
-using Inspection::Readability;
 
-constexpr std::size_t HeaderArea = 500;
+using Bytes = std::function<std::string()>;
 
-std::string golden(const std::string& name)
+// A golden file of that name, changed: within the header, anywhere, or cut.
+Bytes header(const char* name, const std::string& piece, const std::string& replacement)
 {
-    std::ifstream file(std::string(GOLDEN_FOLDER) + "/" + name + "/" + name + ".rec", std::ios::binary);
-    EXPECT_TRUE(file.is_open()) << name;
-    return {std::istreambuf_iterator<char>(file), {}};
+    return [=] { return withHeader(golden(name), piece, replacement); };
 }
-
-/// The bytes with the one occurrence of a piece replaced.
-std::string with(std::string bytes, const std::string& piece, const std::string& replacement)
+Bytes body(const char* name, const std::string& piece, const std::string& replacement)
 {
-    const std::size_t at = bytes.find(piece);
-    EXPECT_NE(at, std::string::npos) << piece;
-    EXPECT_EQ(bytes.find(piece, at + 1), std::string::npos) << piece;
-    return bytes.replace(at, piece.size(), replacement);
+    return [=] { return with(golden(name), piece, replacement); };
 }
-
-/// The same within the header, whose area keeps its size.
-std::string withHeader(const std::string& bytes, const std::string& piece, const std::string& replacement)
+Bytes positions(const char* positions)
 {
-    std::string area = with(bytes.substr(0, HeaderArea), piece, replacement);
-    const std::size_t length = area.find_last_not_of('0', HeaderArea - 2 + replacement.size() - piece.size()) + 1;
-    area.resize(length);
-    area.append(HeaderArea - 1 - length, '0');
-    return area + '#' + bytes.substr(HeaderArea);
+    return header("full", "500#695#1030#0#0#1#", positions);
 }
-
-std::string time(std::uint64_t milliseconds)
+Bytes exactly(const std::string& bytes)
 {
-    std::string bytes;
-    for (int i = 0; i < 8; ++i) {
-        bytes.push_back(static_cast<char>(milliseconds >> (8 * i) & 0xffU));
-    }
-    return bytes + '#';
+    return [=] { return bytes; };
 }
-
-std::string neverClosed(const std::string& records)
+Bytes cut(const char* name, std::size_t size)
 {
-    return std::string(HeaderArea - 1, '0') + '#' + records;
-}
-
-std::string randomBytes(std::size_t count)
-{
-    std::mt19937 generator(1);  // NOLINT(cert-msc51-cpp,cert-msc32-c): the same bytes every time
-    std::string bytes(count, '\0');
-    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(generator() & 0xffU); });
-    return bytes;
-}
-
-/// A file in a folder that goes with it.
-class File {
-public:
-    File() = default;
-    explicit File(const std::string& bytes) { write(bytes); }
-    void write(const std::string& bytes) const { std::ofstream(path(), std::ios::binary | std::ios::trunc) << bytes; }
-    [[nodiscard]] std::string path() const { return (m_folder.path() + "/file.rec").toStdString(); }
-
-private:
-    QTemporaryDir m_folder;
-};
-
-/// All findings, of the tables and of the records, one a line.
-std::string findingsOf(const std::string& path)
-{
-    const Inspection::Summary summary = Inspection::inspect(path);
-    std::string text = summary.problem.empty() ? "" : summary.problem + "\n";
-    const auto append = [&](const std::vector<Inspection::Finding>& findings) {
-        for (const Inspection::Finding& finding : findings) {
-            EXPECT_GE(finding.offset, 0);
-            EXPECT_LE(finding.offset, summary.fileSize);
-            text += std::to_string(finding.offset) + ": " + finding.text + "\n";
-        }
-    };
-    append(summary.findings);
-    append(Inspection::walkRecords(path, summary, [](const Inspection::Record&) { return true; }));
-    return text;
-}
-
-/// Calls a read operation until it returns 0, which no operation may do without end.
-void untilZero(std::size_t limit, const std::function<unsigned long long()>& read)
-{
-    std::size_t count = 0;
-    while (read() != 0 && count <= limit) {
-        ++count;
-    }
-    EXPECT_LE(count, limit) << "reading does not come to an end";
-}
-
-/// Uses every operation that reads. What it gives for a damaged file is not said, only that it ends.
-void readEverything(const std::string& path, std::size_t fileSize)
-{
-    CFileAccess file(path.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
-    CHeaderData header;
-    file.read(header);
-    CVTTypesData types;
-    file.read(types);
-    CVTCmdData record;
-    unsigned long long time = file.readfirst(record);
-    untilZero(fileSize, [&] { return time = file.readnext(record); });
-    file.readfirst(record, 0);
-    file.readfirst(record, 36);
-    untilZero(fileSize, [&] { return file.readnext(record, 36); });
-    file.read(record, 1ULL);
-    untilZero(fileSize, [&] { return file.read(record); });
-    file.read(record, 1ULL);
-    untilZero(fileSize, [&] { return file.readAndReturnTimeOfCurrentCmd(record); });
-    time = 4'294'968'297ULL;
-    untilZero(fileSize, [&] { return time = file.readprev(record, time); });
-    file.readTables();
+    return [=] { return golden(name).substr(0, size); };
 }
 
 struct Fault {
     const char* name;
-    std::function<std::string()> bytes;
-    Readability readability;
+    Bytes bytes;
     const char* text;  // part of what is found
+    Readability readability = Readability::Ok;
 };
 
 std::ostream& operator<<(std::ostream& out, const Fault& fault)
@@ -154,106 +56,77 @@ std::ostream& operator<<(std::ostream& out, const Fault& fault)
     return out << fault.name;
 }
 
-const std::string FullPositions = "500#695#1030#0#0#1#";
-const std::string RangePositions = "500#534#609#674#0#0#";
 const std::string BookmarkPositions = "500#522#551#0#590#0#";
 
 const std::vector<Fault> Faults = {
-    {"EmptyFile", [] { return std::string(); }, Readability::Empty, "is empty"},
-    {"TextFile", [] { return std::string("Dear reader,\nthis is a letter and not a recording.\n"); },
-     Readability::NoRecording, "not a recording"},
-    {"NumbersWithoutVersion", [] { return std::string("12 13 14\n"); }, Readability::NoRecording, "not a recording"},
-    {"RandomBytes", [] { return randomBytes(2000); }, Readability::NoRecording, "not a recording"},
-    {"OldFormat", [] { return withHeader(golden("full"), "2#0#9.", "1#7#9."); }, Readability::OldFormat, "version 1.7"},
-    {"NeverClosed", [] { return neverClosed(golden("full").substr(HeaderArea)); }, Readability::NeverClosed,
-     "never closed"},
-    {"NeverClosedAndEmpty", [] { return neverClosed(""); }, Readability::NeverClosed, "never closed"},
-    {"NeverClosedWithinTheHeaderArea", [] { return std::string(37, '0'); }, Readability::NeverClosed, "never closed"},
-    {"CutInTheHeader", [] { return golden("full").substr(0, 100); }, Readability::Truncated, "within its header"},
-    {"CutAtTheEndOfTheHeader", [] { return golden("empty").substr(0, 499); }, Readability::Truncated,
-     "within its header"},
-    {"CutBehindTheHeader", [] { return golden("full").substr(0, 500); }, Readability::Ok,
-     "type table should begin at 500, but the file ends at 500"},
-    {"CutInTheTypeTable", [] { return golden("full").substr(0, 560); }, Readability::Ok,
-     "Type entry 3 of 6 is longer than the bytes that are left"},
-    {"CutInTheRecords", [] { return golden("full").substr(0, 800); }, Readability::Ok,
-     "719: The data of a record is longer than the bytes that are left"},
-    {"CutBetweenRecords", [] { return golden("full").substr(0, 989); }, Readability::Ok,
-     "time table should begin at 1030, but the file ends at 989"},
-    {"CutInTheTimeTable", [] { return golden("full").substr(0, 1070); }, Readability::Ok,
-     "1069: An entry of the time table is cut off by the end of the file"},
-    {"CutBetweenTimes", [] { return golden("full").substr(0, 1069); }, Readability::Ok,
-     "1069: The time table ends before the last record"},
-    {"CutInTheChannelRangeTable", [] { return golden("channelranges").substr(0, 690); }, Readability::Ok,
-     "683: An entry of the channel range table is cut off"},
-    {"CutInTheBookmarks", [] { return golden("bookmarks").substr(0, 620); }, Readability::Ok,
-     "603: A bookmark is longer than the bytes that are left"},
-    {"HeaderFieldIsNoNumber", [] { return withHeader(golden("full"), "#0.025#", "#0,025#"); }, Readability::Ok,
-     "The step width is not followed by its separator"},
-    {"HeaderFieldOutOfRange", [] { return withHeader(golden("full"), "#-30#", "#99999999999#"); }, Readability::Ok,
-     "The minimum level is out of range"},
-    {"HeaderTextOfHugeLength", [] { return withHeader(golden("full"), "#4#A1B2", "#2147483647#A1B2"); },
-     Readability::Ok, "The job id is longer than the bytes that are left"},
-    {"HeaderTextOfNegativeLength", [] { return withHeader(golden("full"), "#4#A1B2", "#-4#A1B2"); }, Readability::Ok,
-     "The job id has a negative length"},
-    {"HeaderTextWithANulByte", [] { return withHeader(golden("full"), "#4#A1B2", std::string("#4#A\0B2", 7)); },
-     Readability::Ok, "The job id holds a NUL byte"},
-    {"HeaderLongerThanItsArea", [] { return with(golden("empty"), "#7#UNKNOWN", "#450#" + std::string(450, 'x')); },
-     Readability::Ok, "500: The header is longer than its 500 bytes"},
-    {"PositionsBeyondTheFile", [] { return withHeader(golden("full"), FullPositions, "500#695#99999#0#0#1#"); },
-     Readability::Ok, "time table should begin at 99999, but the file ends at 1136"},
-    {"NegativePosition", [] { return withHeader(golden("full"), FullPositions, "-5#695#1030#0#0#1#"); },
-     Readability::Ok, "type table should begin at -5"},
-    {"PositionWithinTheHeader", [] { return withHeader(golden("full"), FullPositions, "500#20#1030#0#0#1#"); },
-     Readability::Ok, "first record should begin at 20, which is within the header"},
-    {"TimeTableInFrontOfTheRecords", [] { return withHeader(golden("full"), FullPositions, "500#1030#695#0#0#1#"); },
-     Readability::Ok, "time table stands in front of the records"},
-    {"TypeTableBehindTheRecords", [] { return withHeader(golden("full"), FullPositions, "1030#695#1030#0#0#1#"); },
-     Readability::Ok, "type table does not stand in front of the records"},
-    {"BookmarksInFrontOfTheTimeTable",
-     [] { return withHeader(golden("bookmarks"), BookmarkPositions, "500#522#551#0#540#0#"); }, Readability::Ok,
+    {"EmptyFile", exactly(""), "is empty", Readability::Empty},
+    {"TextFile", exactly("Dear reader,\nthis is a letter and not a recording.\n"), "not a recording",
+     Readability::NoRecording},
+    {"NumbersWithoutVersion", exactly("12 13 14\n"), "not a recording", Readability::NoRecording},
+    {"RandomBytes", randomBytes, "not a recording", Readability::NoRecording},
+    {"OldFormat", header("full", "2#0#9.", "1#7#9."), "version 1.7", Readability::OldFormat},
+    {"NeverClosed", [] { return TestSupport::headerArea() + golden("full").substr(HeaderArea); }, "never closed",
+     Readability::NeverClosed},
+    {"NeverClosedAndEmpty", TestSupport::headerArea, "never closed", Readability::NeverClosed},
+    {"NeverClosedWithinTheHeaderArea", exactly(std::string(37, '0')), "never closed", Readability::NeverClosed},
+    {"CutInTheHeader", cut("full", 100), "within its header", Readability::Truncated},
+    {"CutAtTheEndOfTheHeader", cut("empty", 499), "within its header", Readability::Truncated},
+    {"CutBehindTheHeader", cut("full", 500), "type table should begin at 500, but the file ends at 500"},
+    {"CutInTheTypeTable", cut("full", 560), "Type entry 3 of 6 is longer than the bytes that are left"},
+    {"CutInTheRecords", cut("full", 800), "719: The data of a record is longer than the bytes that are left"},
+    {"CutBetweenRecords", cut("full", 989), "time table should begin at 1030, but the file ends at 989"},
+    {"CutInTheTimeTable", cut("full", 1070), "1069: An entry of the time table is cut off by the end of the file"},
+    {"CutBetweenTimes", cut("full", 1069), "1069: The time table ends before the last record"},
+    {"CutInTheChannelRangeTable", cut("channelranges", 690), "683: An entry of the channel range table is cut off"},
+    {"CutInTheBookmarks", cut("bookmarks", 620), "603: A bookmark is longer than the bytes that are left"},
+    {"HeaderFieldIsNoNumber", header("full", "#0.025#", "#0,025#"), "The step width is not followed by its separator"},
+    {"HeaderFieldOutOfRange", header("full", "#-30#", "#99999999999#"), "The minimum level is out of range"},
+    {"HeaderTextOfHugeLength", header("full", "#4#A1B2", "#2147483647#A1B2"),
+     "The job id is longer than the bytes that are left"},
+    {"HeaderTextOfNegativeLength", header("full", "#4#A1B2", "#-4#A1B2"), "The job id has a negative length"},
+    {"HeaderTextWithANulByte", header("full", "#4#A1B2", std::string("#4#A\0B2", 7)), "The job id holds a NUL byte"},
+    {"HeaderLongerThanItsArea", body("empty", "#7#UNKNOWN", "#450#" + std::string(450, 'x')),
+     "500: The header is longer than its 500 bytes"},
+    {"PositionsBeyondTheFile", positions("500#695#99999#0#0#1#"),
+     "time table should begin at 99999, but the file ends at 1136"},
+    {"NegativePosition", positions("-5#695#1030#0#0#1#"), "type table should begin at -5"},
+    {"PositionWithinTheHeader", positions("500#20#1030#0#0#1#"),
+     "first record should begin at 20, which is within the header"},
+    {"TimeTableInFrontOfTheRecords", positions("500#1030#695#0#0#1#"), "time table stands in front of the records"},
+    {"TypeTableBehindTheRecords", positions("1030#695#1030#0#0#1#"),
+     "type table does not stand in front of the records"},
+    {"BookmarksInFrontOfTheTimeTable", header("bookmarks", BookmarkPositions, "500#522#551#0#540#0#"),
      "bookmark table stands in front of the time table"},
-    {"RecordsWithoutTimeTable", [] { return withHeader(golden("full"), FullPositions, "500#695#0#0#0#1#"); },
-     Readability::Ok, "There are records but no time table"},
-    {"TimeTableWithoutRecords", [] { return withHeader(golden("full"), FullPositions, "500#0#1030#0#0#1#"); },
-     Readability::Ok, "There is a time table but no record"},
-    {"NegativeTypeCount", [] { return with(golden("full"), "#6#46#4#9#FREQUENCY", "#-6#46#4#8#FREQUENC"); },
-     Readability::Ok, "500: The number of types is damaged"},
-    {"HugeTypeCount", [] { return with(golden("channelranges"), "1#20#7#10#DFSPECTRUM", "2147483647#20#7#1#D"); },
-     Readability::Ok, "of 2147483647"},
-    {"KeywordOfHugeLength", [] { return with(golden("full"), "9#FREQUENCY", "999999999#Y"); }, Readability::Ok,
+    {"RecordsWithoutTimeTable", positions("500#695#0#0#0#1#"), "There are records but no time table"},
+    {"TimeTableWithoutRecords", positions("500#0#1030#0#0#1#"), "There is a time table but no record"},
+    {"NegativeTypeCount", body("full", "#6#46#4#9#FREQUENCY", "#-6#46#4#8#FREQUENC"),
+     "500: The number of types is damaged"},
+    {"HugeTypeCount", body("channelranges", "1#20#7#10#DFSPECTRUM", "2147483647#20#7#1#D"), "of 2147483647"},
+    {"KeywordOfHugeLength", body("full", "9#FREQUENCY", "999999999#Y"),
      "Type entry 1 of 6 is longer than the bytes that are left"},
-    {"TypeNumberTwice", [] { return with(golden("full"), "47#2#14#DEVICE", "36#2#14#DEVICE"); }, Readability::Ok,
-     "The type number 36 stands twice"},
-    {"CommandCodeIsNoNumber", [] { return with(golden("full"), "36#5#-31.5", "xx#5#-31.5"); }, Readability::Ok,
+    {"TypeNumberTwice", body("full", "47#2#14#DEVICE", "36#2#14#DEVICE"), "The type number 36 stands twice"},
+    {"CommandCodeIsNoNumber", body("full", "36#5#-31.5", "xx#5#-31.5"),
      "709: The command code of a record is not a number"},
-    {"DataOfHugeLength", [] { return with(golden("full"), "36#5#-31.5", "2#9999999#"); }, Readability::Ok,
+    {"DataOfHugeLength", body("full", "36#5#-31.5", "2#9999999#"),
      "709: The data of a record is longer than the bytes that are left"},
-    {"DataOfNegativeLength", [] { return with(golden("full"), "36#5#-31.5", "36#-5#31.5"); }, Readability::Ok,
+    {"DataOfNegativeLength", body("full", "36#5#-31.5", "36#-5#31.5"),
      "709: The data of a record has a negative length"},
-    {"RecordWithoutData", [] { return with(golden("full"), "36#5#-31.5", "36#0#-31.5"); }, Readability::Ok,
-     "709: A record has no data"},
-    {"SeparatorOverwritten", [] { return with(golden("full"), "36#5#-31.5", "36#5 -31.5"); }, Readability::Ok,
+    {"RecordWithoutData", body("full", "36#5#-31.5", "36#0#-31.5"), "709: A record has no data"},
+    {"SeparatorOverwritten", body("full", "36#5#-31.5", "36#5 -31.5"),
      "The data length of a record is not followed by its separator"},
-    {"DataLengthTooSmall", [] { return with(golden("full"), "36#5#-31.5", "36#4#-31.5"); }, Readability::Ok,
-     "718: 1 of the records are not in the time table"},
-    {"TimesOutOfOrder", [] { return with(golden("full"), time(200), time(2)); }, Readability::Ok,
-     "1082: An entry of the time table is out of order"},
-    {"TimeOfNoRecord", [] { return with(golden("full"), time(200) + "989#", time(200) + "990#"); }, Readability::Ok,
+    {"DataLengthTooSmall", body("full", "36#5#-31.5", "36#4#-31.5"), "718: 1 of the records are not in the time table"},
+    {"TimesOutOfOrder", body("full", timeBytes(200), timeBytes(2)), "1082: An entry of the time table is out of order"},
+    {"TimeOfNoRecord", body("full", timeBytes(200) + "989#", timeBytes(200) + "990#"),
      "1 entries of the time table name a position at which no record begins"},
-    {"TimeEntryMissing", [] { return with(golden("full"), time(200) + "989#", ""); }, Readability::Ok,
-     "989: 1 of the records are not in the time table"},
-    {"FirstTimeEntryMissing", [] { return with(golden("full"), time(10) + "695#", ""); }, Readability::Ok,
+    {"TimeEntryMissing", body("full", timeBytes(200) + "989#", ""), "989: 1 of the records are not in the time table"},
+    {"FirstTimeEntryMissing", body("full", timeBytes(10) + "695#", ""),
      "The time table does not begin with the first record"},
-    {"ChannelRangesOutOfOrder",
-     [] { return with(golden("channelranges"), time(10) + time(100), time(100) + time(10)); }, Readability::Ok,
+    {"ChannelRangesOutOfOrder", body("channelranges", timeBytes(10) + timeBytes(100), timeBytes(100) + timeBytes(10)),
      "683: A time in the channel range table is out of order"},
-    {"BookmarkOfHugeLength", [] { return with(golden("bookmarks"), "#2#ok", "#9999999999#ok"); }, Readability::Ok,
+    {"BookmarkOfHugeLength", body("bookmarks", "#2#ok", "#9999999999#ok"),
      "590: A bookmark is longer than the bytes that are left"},
-    {"BookmarkOfNegativeLength", [] { return with(golden("bookmarks"), "#2#ok", "#-2#ok"); }, Readability::Ok,
-     "590: A bookmark has a negative length"},
-    {"BookmarkWithoutTime", [] { return with(golden("bookmarks"), time(2000), time(0)); }, Readability::Ok,
-     "590: A bookmark has no time"},
+    {"BookmarkOfNegativeLength", body("bookmarks", "#2#ok", "#-2#ok"), "590: A bookmark has a negative length"},
+    {"BookmarkWithoutTime", body("bookmarks", timeBytes(2000), timeBytes(0)), "590: A bookmark has no time"},
 };
 
 class DamagedFile : public testing::TestWithParam<Fault> {};
@@ -292,7 +165,7 @@ INSTANTIATE_TEST_SUITE_P(Every, DamagedFile, testing::ValuesIn(Faults), NameOf);
 
 struct Quirk {
     const char* name;
-    std::function<std::string()> bytes;
+    Bytes bytes;
 };
 
 std::ostream& operator<<(std::ostream& out, const Quirk& quirk)
@@ -308,16 +181,16 @@ const std::vector<Quirk> Quirks = {
     {"ZerosLeftByLongerBookmarks", [] { return golden("bookmarks") + std::string(100, '0'); }},
     {"FewZerosLeftByLongerBookmarks", [] { return golden("bookmarks") + std::string(3, '0'); }},
     {"AllBookmarksRemoved", [] { return golden("bookmarks").substr(0, 590) + std::string(36, '0'); }},
-    {"BookmarkWithoutText", [] { return golden("bookmarks") + time(5000) + "0#"; }},
+    {"BookmarkWithoutText", [] { return golden("bookmarks") + timeBytes(5000) + "0#"; }},
     {"ChannelRangesAddedBehindBookmarks",
-     [] { return withHeader(golden("bookmarks"), BookmarkPositions, "500#522#551#626#590#0#") + time(10); }},
+     [] { return withHeader(golden("bookmarks"), BookmarkPositions, "500#522#551#626#590#0#") + timeBytes(10); }},
     {"SecondTypeTable",
      [] {
          std::string bytes = withHeader(golden("empty"), "0#0#0#0#0#0#0", "500#524#533#0#0#0#0");
-         return bytes + "1#36#3#5#LEVEL6#/LEVEL" + "0#" + "36#4#-31." + time(10) + "524#";
+         return bytes + "1#36#3#5#LEVEL6#/LEVEL" + "0#" + "36#4#-31." + timeBytes(10) + "524#";
      }},
     {"BytesBehindTheTimeTable", [] { return golden("full") + "something else that stands behind"; }},
-    {"PairsBehindTheTimeTable", [] { return golden("full") + time(1) + "695#" + time(2) + "9#"; }},
+    {"PairsBehindTheTimeTable", [] { return golden("full") + timeBytes(1) + "695#" + timeBytes(2) + "9#"; }},
     {"TypeTableWithoutRecords", [] { return withHeader(golden("empty"), "0#0#0#0#0#0#0", "500#0#0#0#0#0#0") + "0#"; }},
 };
 
@@ -391,7 +264,7 @@ TEST(DamagedFiles, RecordsOfAFileThatWasCutAreReadWithoutTimes)
 
 TEST(DamagedFiles, RecordsKeepTheirTimesWhenOneEntryOfTheTimeTableIsDamaged)
 {
-    const auto records = recordsOf(with(golden("full"), time(200), time(2)));
+    const auto records = recordsOf(with(golden("full"), timeBytes(200), timeBytes(2)));
     ASSERT_EQ(records.size(), 8U);
     EXPECT_EQ(records[4].timeMs, 0U);
     EXPECT_EQ(records[5].timeMs, 4'294'967'297U);

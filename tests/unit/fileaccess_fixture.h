@@ -62,6 +62,25 @@ inline CHeaderData makeHeader(const HeaderFields& fields)
     return header;
 }
 
+/// A header that no file of these tests holds.
+inline CHeaderData presetHeader()
+{
+    HeaderFields fields;
+    fields.majorVersion = 9;
+    fields.minorVersion = 8;
+    fields.startFrequency = 7;
+    fields.stopFrequency = 6;
+    fields.stepWidth = 5;
+    fields.minLevel = 4;
+    fields.maxLevel = 3;
+    fields.startMs = 2;
+    fields.stopMs = 1;
+    fields.jobId = "kept job";
+    fields.deviceName = "kept name";
+    fields.deviceType = "kept type";
+    return makeHeader(fields);
+}
+
 inline CVTTypesData makeTypes(const std::vector<TypeFields>& fields)
 {
     CVTTypesData types;

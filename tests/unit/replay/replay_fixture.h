@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <ostream>
 #include <random>
 #include <string>
 
@@ -18,19 +19,44 @@ using Recording2::CVTCmdData;
 using TestSupport::HeaderFields;
 using TestSupport::ReferenceRecording;
 
+/// What one delivery of a bookmark or a channel range definition gave.
+struct Delivery {
+    bool more = false;
+    std::uint64_t time = 0;
+    std::string data;
+    bool operator==(const Delivery&) const = default;
+};
+
+inline std::ostream& operator<<(std::ostream& out, const Delivery& delivery)
+{
+    return out << delivery.time << " " << delivery.data << (delivery.more ? " and more" : " as the last");
+}
+
+const Delivery Nothing{false, 777, "untouched"};
+
+inline Delivery nextBookmark(CFileAccess& file)
+{
+    unsigned long long time = Nothing.time;
+    std::string text = Nothing.data;
+    const bool more = file.getNextBookmark(time, text);
+    return {more, time, text};
+}
+
+inline Delivery nextRange(CFileAccess& file)
+{
+    CVTCmdData record = FileAccessTests::makeRecord(7, Nothing.data);
+    unsigned long long time = Nothing.time;
+    const bool more = file.readNextChannelRangeDef(record, time);
+    return {more, time, dataOf(record)};
+}
+
 /// Every bookmark, as a caller gets them all: until the delivery that changes nothing.
 inline Bookmarks bookmarksOf(CFileAccess& file)
 {
     Bookmarks bookmarks;
     file.BookmarkTableToBegin();
-    for (bool delivered = true; delivered;) {
-        unsigned long long time = 0;
-        std::string text("untouched");
-        file.getNextBookmark(time, text);
-        delivered = time != 0 || text != "untouched";
-        if (delivered) {
-            bookmarks.emplace(time, text);
-        }
+    for (Delivery next = nextBookmark(file); next != Nothing; next = nextBookmark(file)) {
+        bookmarks.emplace(next.time, next.data);
     }
     return bookmarks;
 }
@@ -39,14 +65,9 @@ inline Bookmarks bookmarksOf(CFileAccess& file)
 inline Times rangesOf(CFileAccess& file)
 {
     Times times;
-    CVTCmdData record;
     file.CRDTableToBegin();
-    for (bool more = true; more;) {
-        unsigned long long time = 0;
-        more = file.readNextChannelRangeDef(record, time);
-        if (time != 0) {
-            times.insert(time);
-        }
+    for (Delivery next = nextRange(file); next != Nothing; next = nextRange(file)) {
+        times.insert(next.time);
     }
     return times;
 }
@@ -82,6 +103,48 @@ protected:
     }
 
     const QString Name = QStringLiteral("made.rec");
+};
+
+inline std::string zeros(std::size_t count)
+{
+    return std::string(count, '\0');
+}
+
+class BookmarksTest : public ReplayTest {
+protected:
+    FinishedFile m_file{threeLevels().close()};
+    FinishedFile m_withRanges{threeLevels({1500}).close()};
+
+    /// The file with bookmarks as another program would have stored them.
+    static FinishedFile marked(FinishedFile file, const Bookmarks& bookmarks)
+    {
+        file.storeBookmarks(bookmarks);
+        return file;
+    }
+    /// That the file on disk is this one with these bookmarks stored.
+    void expectStored(FinishedFile& file, const Bookmarks& bookmarks) const
+    {
+        file.storeBookmarks(bookmarks);
+        EXPECT_EQ(fileBytes(), file.bytes());
+    }
+    static void add(CFileAccess& file, const Bookmarks& bookmarks)
+    {
+        for (const auto& [time, text] : bookmarks) {
+            file.addBookmark(time, text);
+        }
+    }
+};
+
+class ChannelRangesTest : public ReplayTest {
+protected:
+    static FinishedFile marked(FinishedFile file)
+    {
+        file.storeBookmarks({{2000, "a bookmark"}, {2500, "another"}});
+        return file;
+    }
+
+    FinishedFile m_file{threeLevels().close()};
+    FinishedFile m_withRanges{threeLevels({10, 1500, 3000}).close()};
 };
 
 /// Random choices that are the same in every run and with every standard library.

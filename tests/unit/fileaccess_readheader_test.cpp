@@ -1,0 +1,239 @@
+// Reading of headers, sound and damaged field by field.
+#include "fileaccess_fixture.h"
+
+using namespace FileAccessTests;
+using TestSupport::ByteBuilder;
+
+namespace {
+
+/// A header record whose fields can be replaced one by one.
+struct RawHeader {
+    std::vector<std::string> fields;
+
+    explicit RawHeader(const HeaderFields& sound = {})
+    {
+        const ByteBuilder times = ByteBuilder().time(sound.startMs).time(sound.stopMs);
+        fields = {"2#",
+                  "0#",
+                  "20#",
+                  "3000#",
+                  "0.025#",
+                  "-30#",
+                  "100#",
+                  times.bytes().substr(0, 9),
+                  times.bytes().substr(9),
+                  ByteBuilder().text(sound.jobId).bytes(),
+                  ByteBuilder().text(sound.deviceName).bytes(),
+                  ByteBuilder().text(sound.deviceType).bytes(),
+                  ByteBuilder().number(sound.typeTable).bytes(),
+                  ByteBuilder().number(sound.firstRecord).bytes(),
+                  ByteBuilder().number(sound.timeTable).bytes(),
+                  ByteBuilder().number(sound.channelRangeTable).bytes(),
+                  ByteBuilder().number(sound.bookmarkTable).bytes(),
+                  "1#"};
+    }
+    [[nodiscard]] std::string bytes() const
+    {
+        std::string all;
+        for (const std::string& field : fields) {
+            all += field;
+        }
+        return all;
+    }
+    [[nodiscard]] std::string with(std::size_t field, const std::string& text) const
+    {
+        RawHeader other = *this;
+        other.fields.at(field) = text;
+        return other.bytes();
+    }
+};
+
+enum Field : std::size_t {
+    Major,
+    Minor,
+    StartFreq,
+    StopFreq,
+    StepWidth,
+    MinLevel,
+    MaxLevel,
+    StartTime,
+    StopTime,
+    JobId,
+    DeviceName,
+    DeviceType,
+    TypeTable,
+    FirstRecord,
+    TimeTable,
+    RangeTable,
+    BookmarkTable,
+    Automatic
+};
+
+class ReadingHeaders : public FileAccessTest {
+protected:
+    [[nodiscard]] CHeaderData readHeader(const std::string& bytes, CHeaderData header = presetHeader()) const
+    {
+        EXPECT_EQ(openBytes(bytes, false)->read(header), 1U);
+        return header;
+    }
+    /// Everything but the field is as in the sound header.
+    static void expectSoundExcept(const CHeaderData& header, Field damaged)
+    {
+        const auto expect = [&](Field field, bool sound) { EXPECT_TRUE(sound || field == damaged) << field; };
+        expect(Minor, header.minorversion() == 0);
+        expect(StartFreq, header.startFreq() == 20);
+        expect(StopFreq, header.stopFreq() == 3'000);
+        expect(StepWidth, header.stepWidth() == 0.025F);
+        expect(MinLevel, header.minLevel() == -30);
+        expect(MaxLevel, header.maxLevel() == 100);
+        expect(StartTime, header.startTS().getMilliSecs() == HeaderFields().startMs);
+        expect(StopTime, header.stopTS().getMilliSecs() == HeaderFields().stopMs);
+        expect(JobId, header.getJobID() == HeaderFields().jobId);
+        expect(DeviceName, header.deviceName() == HeaderFields().deviceName);
+        expect(DeviceType, header.deviceType() == HeaderFields().deviceType);
+        expect(Automatic, header.isAutomaticRec());
+    }
+};
+
+}  // namespace
+
+TEST_F(ReadingHeaders, ANumberThatCannotBeReadKeepsItsTargetAndIsSkippedAsOneByte)
+{
+    const RawHeader raw;
+    for (const char* damage : {"#", "x", "-#"}) {
+        SCOPED_TRACE(damage);
+        const CHeaderData header = readHeader(raw.with(StartFreq, damage));
+        EXPECT_EQ(header.startFreq(), 7);
+        expectSoundExcept(header, StartFreq);
+    }
+    CHeaderData header = readHeader(raw.with(StopFreq, "#"));
+    EXPECT_EQ(header.stopFreq(), 6);
+    expectSoundExcept(header, StopFreq);
+    header = readHeader(raw.with(StepWidth, "#"));
+    EXPECT_EQ(header.stepWidth(), 5);
+    expectSoundExcept(header, StepWidth);
+    header = readHeader(raw.with(MinLevel, "x"));
+    EXPECT_EQ(header.minLevel(), 4);
+    expectSoundExcept(header, MinLevel);
+    header = readHeader(raw.with(MaxLevel, "#"));
+    EXPECT_EQ(header.maxLevel(), 3);
+    expectSoundExcept(header, MaxLevel);
+}
+
+TEST_F(ReadingHeaders, AMajorVersionThatCannotBeReadIsOfTheOldFormat)
+{
+    CHeaderData header;
+    const auto file = openBytes(RawHeader().with(Major, "#"), false);
+    EXPECT_FALSE(file->IsValidFile());
+    EXPECT_EQ(file->read(header), 0U);
+}
+
+TEST_F(ReadingHeaders, AHeaderOfTheOldFormatLeavesTheTargetsOtherFields)
+{
+    HeaderFields old;
+    old.majorVersion = 1;
+    const auto file = openBytes(ReferenceRecording().close(old));
+    CHeaderData header = presetHeader();
+    EXPECT_EQ(file->read(header), 0U);
+    EXPECT_EQ(header.startFreq(), 7);
+    EXPECT_STREQ(header.deviceName(), "kept name");
+}
+
+TEST_F(ReadingHeaders, NumbersBeyondTheirWidthKeepTheTarget)
+{
+    const RawHeader raw;
+    EXPECT_EQ(readHeader(raw.with(Minor, "32767#")).minorversion(), 32'767);
+    EXPECT_EQ(readHeader(raw.with(MinLevel, "99999999999#")).minLevel(), 4);
+    EXPECT_EQ(readHeader(raw.with(MinLevel, "2147483648#")).minLevel(), 4);
+    EXPECT_EQ(readHeader(raw.with(MinLevel, "-2147483649#")).minLevel(), 4);
+    EXPECT_EQ(readHeader(raw.with(MinLevel, "-2147483648#")).minLevel(), -2'147'483'647 - 1);
+    EXPECT_EQ(readHeader(raw.with(MaxLevel, "99999999999999999999999999#")).maxLevel(), 3);
+    EXPECT_EQ(readHeader(raw.with(StartFreq, "1e99#")).startFreq(), 7);
+    expectSoundExcept(readHeader(raw.with(StartFreq, "1e99#")), StartFreq);
+    EXPECT_FALSE(openBytes(raw.with(Major, "70000#"))->IsValidFile());
+}
+
+TEST_F(ReadingHeaders, LeadingWhiteSpaceAndASignAreTaken)
+{
+    const RawHeader raw;
+    EXPECT_EQ(readHeader(raw.with(MinLevel, " \t\r\n\v\f+7#")).minLevel(), 7);
+    EXPECT_EQ(readHeader(raw.with(MaxLevel, "  -7#")).maxLevel(), -7);
+    EXPECT_EQ(readHeader(raw.with(MaxLevel, "007#")).maxLevel(), 7);
+    EXPECT_EQ(readHeader(raw.with(StartFreq, " +1.5E+3#")).startFreq(), 1'500);
+    expectSoundExcept(readHeader(raw.with(MinLevel, " \n+7#")), MinLevel);
+}
+
+TEST_F(ReadingHeaders, AnyByteStandsForTheSeparator)
+{
+    expectSoundExcept(readHeader(RawHeader().with(MinLevel, "-30!")), Automatic);
+    expectSoundExcept(readHeader(RawHeader().with(MinLevel, std::string("-30\0", 4))), Automatic);
+}
+
+TEST_F(ReadingHeaders, ATextOfLengthZeroOrLessKeepsTheTarget)
+{
+    const RawHeader raw;
+    for (const char* length : {"0#", "-5#", "#"}) {
+        SCOPED_TRACE(length);
+        CHeaderData header = readHeader(raw.with(JobId, length));
+        EXPECT_STREQ(header.getJobID(), "kept job");
+        expectSoundExcept(header, JobId);
+        header = readHeader(raw.with(DeviceName, length));
+        EXPECT_STREQ(header.deviceName(), "kept name");
+        expectSoundExcept(header, DeviceName);
+        header = readHeader(raw.with(DeviceType, length));
+        EXPECT_STREQ(header.deviceType(), "kept type");
+        expectSoundExcept(header, DeviceType);
+    }
+}
+
+TEST_F(ReadingHeaders, TextsAreReadByTheirLength)
+{
+    const CHeaderData header = readHeader(RawHeader().with(DeviceName, "5#a#7# "));
+    EXPECT_STREQ(header.deviceName(), "a#7# ");
+    expectSoundExcept(header, DeviceName);
+}
+
+TEST_F(ReadingHeaders, TheAutomaticFlagIsSetFromOneUpwards)
+{
+    const RawHeader raw;
+    EXPECT_TRUE(readHeader(raw.with(Automatic, "1#")).isAutomaticRec());
+    EXPECT_TRUE(readHeader(raw.with(Automatic, "77#")).isAutomaticRec());
+    EXPECT_FALSE(readHeader(raw.with(Automatic, "0#")).isAutomaticRec());
+    EXPECT_FALSE(readHeader(raw.with(Automatic, "-1#")).isAutomaticRec());
+}
+
+TEST_F(ReadingHeaders, AHeaderThatEndsEarlyKeepsTheFieldsThatAreMissing)
+{
+    const std::string whole = RawHeader().bytes();
+    CHeaderData header = readHeader(whole.substr(0, 20));  // up to the step width
+    EXPECT_EQ(header.stepWidth(), 0.025F);
+    EXPECT_EQ(header.maxLevel(), 3);
+    EXPECT_EQ(header.startTS().getMilliSecs(), 2U);
+    EXPECT_STREQ(header.deviceType(), "kept type");
+
+    header = readHeader(whole.substr(0, 26 + 9 + 5));  // five bytes of the stop time
+    EXPECT_EQ(header.startTS().getMilliSecs(), HeaderFields().startMs);
+    EXPECT_EQ(header.stopTS().getMilliSecs(), 1U);
+    EXPECT_STREQ(header.getJobID(), "kept job");
+}
+
+TEST_F(ReadingHeaders, ALengthBeyondTheFileComesBackAtOnce)
+{
+    const RawHeader raw;
+    for (const Field field : {JobId, DeviceName, DeviceType}) {
+        const auto file = openBytes(raw.with(field, "2147483647#x"));
+        EXPECT_TRUE(file->IsValidFile());
+    }
+}
+
+TEST_F(ReadingHeaders, TheHeaderLeavesTheReadPositionWhereItWas)
+{
+    const auto file = openBytes(ReferenceRecording().record(1, "a", 10).record(2, "b", 20).record(3, "c", 30).close());
+    CVTCmdData record;
+    CHeaderData header;
+    EXPECT_EQ(file->readnext(record), 20U);
+    EXPECT_EQ(file->read(header), 1U);
+    EXPECT_EQ(header.stopFreq(), 3'000);
+    EXPECT_EQ(file->readnext(record), 30U);
+    EXPECT_EQ(dataOf(record), "b");
+}

@@ -1,0 +1,289 @@
+// Storing bookmarks: when the file is changed, what is left of its bytes, and what another program stored meanwhile.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+#include <QFile>
+
+#include <recording2/format/undo.h>
+
+#include "replay_fixture.h"
+#include "unit/tracelog.h"
+
+using namespace ReplayTests;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+using testing::SizeIs;
+
+TEST_F(BookmarksTest, AreStoredWhenTheObjectIsDestroyedAfterAnAddition)
+{
+    auto file = open(m_file);
+    file->addBookmark(3000, "kept");
+    EXPECT_EQ(fileBytes(), m_file.bytes());
+    file.reset();
+    expectStored(m_file, {{3000, "kept"}});
+}
+
+TEST_F(BookmarksTest, OnceTheyAreStoredDestroyingTheObjectDoesNotStoreThemAgain)
+{
+    auto file = open(m_file);
+    file->addBookmark(3000, "kept");
+    file->writeBookmarks();
+    m_file.storeBookmarks({{3000, "kept"}});
+    m_file.markHeaderArea();
+    TestSupport::writeFile(filePath(Name), m_file.bytes());
+    file.reset();
+    EXPECT_EQ(fileBytes(), m_file.bytes());
+}
+
+TEST_F(BookmarksTest, WhatCannotBeStoredIsTracedWithTheNameOfTheFile)
+{
+    const QString message = QStringLiteral("Error writing bookmarks for recording file ") + filePath(Name);
+    auto file = open(m_file);
+    file->addBookmark(10, "a");
+    TestSupport::writeFile(filePath(Name), TestSupport::headerArea());
+    {
+        const FileAccessTests::TraceLog log(~ErrorHandler::RecordingTraces);
+        file->writeBookmarks();
+        EXPECT_EQ(log.count(message), 0);
+    }
+    const FileAccessTests::TraceLog log(ErrorHandler::RecordingTraces);
+    file->writeBookmarks();
+    EXPECT_EQ(log.count(message), 1);
+    TestSupport::writeFile(filePath(Name), m_file.bytes());
+    file->writeBookmarks();
+    EXPECT_EQ(log.count(message), 1);
+}
+
+TEST_F(BookmarksTest, ChangesMadeTogetherAreStoredAtTheirEndAndReadBackMeanwhile)
+{
+    FinishedFile stored = marked(m_withRanges, {{10, "a"}, {20, "b"}});
+    auto file = open(stored);
+    file->addBookmark(5, "of no consequence, because the tables are loaded anew");
+    bool readBack = false;
+    EXPECT_TRUE(file->rewriteTogether(
+        [&] {
+            file->clearChannelRangeDef();
+            file->addChannelRangeDef(3000);
+            file->rebuildChannelRangeDef();
+            file->removeBookmark(10);
+            file->addBookmark(30, "c");
+            file->writeBookmarks();
+            EXPECT_EQ(fileBytes(), stored.bytes());
+            expectThreeLevels(*file);
+            CHeaderData header;
+            EXPECT_EQ(file->read(header), 1U);
+            EXPECT_FALSE(file->rewriteTogether([] {}, {}));
+        },
+        [&] {
+            stored.clearRanges();
+            stored.rebuildRanges({3000});
+            stored.storeBookmarks({{20, "b"}, {30, "c"}});
+            EXPECT_EQ(fileBytes(), stored.bytes());
+            readBack = true;
+        }));
+    EXPECT_TRUE(readBack);
+    expectThreeLevels(*file);
+    EXPECT_THAT(bookmarksOf(*file), ElementsAre(Pair(20, "b"), Pair(30, "c")));
+    EXPECT_EQ(rangesOf(*file), (Times{3000}));
+}
+
+TEST_F(BookmarksTest, OfChangesMadeTogetherNothingIsStoredWhenOneThrows)
+{
+    FinishedFile stored = marked(m_withRanges, {{10, "a"}});
+    auto file = open(stored);
+    EXPECT_THROW(file->rewriteTogether(
+                     [&] {
+                         file->clearChannelRangeDef();
+                         file->addBookmark(20, "b");
+                         file->writeBookmarks();
+                         throw std::runtime_error("not so");
+                     },
+                     {}),
+                 std::runtime_error);
+    EXPECT_THAT(bookmarksOf(*file), ElementsAre(Pair(10, "a")));
+    expectThreeLevels(*file);
+    file.reset();
+    EXPECT_EQ(fileBytes(), stored.bytes());
+}
+
+TEST_F(BookmarksTest, RemovingOneThatDoesNotExistCountsAsAChange)
+{
+    m_file.markHeaderArea();
+    auto file = open(m_file);
+    file->removeBookmark(77);
+    file.reset();
+    expectStored(m_file, {});
+}
+
+TEST_F(BookmarksTest, AddingToATimeThatIsTakenCountsAsAChange)
+{
+    FinishedFile stored = marked(m_file, {{10, "a"}});
+    stored.markHeaderArea();
+    auto file = open(stored);
+    file->addBookmark(10, "another");
+    file.reset();
+    expectStored(stored, {{10, "a"}});
+}
+
+TEST_F(BookmarksTest, WithoutAChangeTheFileIsNotRewritten)
+{
+    FinishedFile stored = marked(m_file, {{10, "a"}});
+    stored.markHeaderArea();
+    auto file = open(stored);
+    EXPECT_THAT(bookmarksOf(*file), SizeIs(1));
+    file.reset();
+    EXPECT_EQ(fileBytes(), stored.bytes());
+}
+
+TEST_F(BookmarksTest, StoringWritesTheWholeHeaderAreaAnew)
+{
+    m_file.markHeaderArea();
+    auto file = open(m_file);
+    file->writeBookmarks();
+    expectStored(m_file, {});
+    EXPECT_EQ(fileBytes().substr(490, 10), "000000000#");
+}
+
+TEST_F(BookmarksTest, AShorterTableLeavesZerosAndALongerOneExtendsTheFile)
+{
+    FinishedFile stored = marked(m_file, {{10, "a text"}, {20, "another text"}});
+    auto file = open(stored);
+    const std::size_t size = stored.bytes().size();
+    file->removeBookmark(20);
+    file->writeBookmarks();
+    expectStored(stored, {{10, "a text"}});
+    EXPECT_THAT(fileBytes(), SizeIs(size));
+    file->addBookmark(5, std::string(100, 'x'));
+    file->writeBookmarks();
+    expectStored(stored, {{5, std::string(100, 'x')}, {10, "a text"}});
+    EXPECT_GT(fileBytes().size(), size);
+}
+
+TEST_F(BookmarksTest, LeftoversOfEveryLengthAreNothings)
+{
+    for (std::size_t leftover = 0; leftover <= 40; ++leftover) {
+        FinishedFile stored = marked(m_withRanges, {{10, std::string(leftover + 5, 'x')}});
+        stored.storeBookmarks({{10, "12345"}});
+        auto file = open(stored);
+        EXPECT_THAT(bookmarksOf(*file), ElementsAre(Pair(10, "12345"))) << leftover;
+        file->removeBookmark(10);
+        file.reset();
+        EXPECT_THAT(bookmarksOf(*reopen()), IsEmpty()) << leftover;
+    }
+}
+
+TEST_F(BookmarksTest, ReadingStartsAnewAtTheFirstRecordAfterStoring)
+{
+    auto file = open(m_withRanges);
+    expectThreeLevels(*file);
+    file->addBookmark(10, "a");
+    file->writeBookmarks();
+    EXPECT_TRUE(file->bookmarksAvailable());
+    expectThreeLevels(*file);
+    EXPECT_THAT(bookmarksOf(*file), ElementsAre(Pair(10, "a")));
+}
+
+TEST_F(BookmarksTest, TheCopyThatWasChangedStoresThem)
+{
+    auto file = open(m_file);
+    {
+        CFileAccess copy(*file);
+        copy.addBookmark(10, "a");
+    }
+    expectStored(m_file, {{10, "a"}});
+    expectThreeLevels(*file);
+    file->addBookmark(20, "b");
+    file.reset();
+    expectStored(m_file, {{10, "a"}, {20, "b"}});
+}
+
+TEST_F(BookmarksTest, StoringFindsTheTableThatAnotherObjectStoredMeanwhile)
+{
+    auto file = open(m_withRanges);
+    CHeaderData header;
+    EXPECT_EQ(file->read(header), 1U);
+    auto other = reopen();
+    other->addBookmark(10, "a text of the other");
+    other.reset();
+    m_withRanges.storeBookmarks({{10, "a text of the other"}});
+    ASSERT_EQ(fileBytes(), m_withRanges.bytes());
+    file->addBookmark(20, "mine");
+    file.reset();
+    expectStored(m_withRanges, {{20, "mine"}});
+}
+
+TEST_F(BookmarksTest, AnUndoThatWouldCutOffMoreThanItsChangeAddedIsOfAnotherFile)
+{
+    const std::string bytes = m_withRanges.bytes();
+    const auto half = static_cast<std::int64_t>(bytes.size() / 2);
+    auto file = open(m_withRanges);
+    file.reset();
+    TestSupport::writeFile(filePath(Name) + QStringLiteral(".undo"),
+                           Recording2::Format::encodeUndo({half, {{0, bytes.substr(0, 8), bytes.substr(0, 8)}}}));
+    expectThreeLevels(*reopen());
+    file = reopen();
+    file->addBookmark(20, "mine");
+    file.reset();
+    expectStored(m_withRanges, {{20, "mine"}});
+    EXPECT_FALSE(QFile::exists(filePath(Name) + QStringLiteral(".undo")));
+}
+
+TEST_F(BookmarksTest, AFileThatIsNoRecordingIsLeftUntouched)
+{
+    for (const std::string& bytes : {std::string("1#0#an old recording"), std::string("not a recording at all"),
+                                     TestSupport::headerArea(), std::string()}) {
+        auto file = openBytes(bytes);
+        EXPECT_FALSE(file->IsValidFile());
+        file->addBookmark(10, "a");
+        file->writeBookmarks();
+        file.reset();
+        EXPECT_EQ(fileBytes(), bytes);
+    }
+}
+
+TEST_F(BookmarksTest, AFileThatDoesNotExistIsNotMade)
+{
+    auto file = openForReading(QStringLiteral("missing.rec"));
+    EXPECT_FALSE(file->IsValidFile());
+    file->addBookmark(10, "a");
+    file->removeBookmark(10);
+    EXPECT_FALSE(file->bookmarksAvailable());
+    file->writeBookmarks();
+    file.reset();
+    EXPECT_FALSE(exists(QStringLiteral("missing.rec")));
+}
+
+TEST_F(BookmarksTest, ThoseAddedWhileAFileIsWrittenAreNotStored)
+{
+    auto file = openForWriting(QStringLiteral("made.rec"));
+    write(*file, 36, "-31.5", 10);
+    file->addBookmark(10, "a");
+    EXPECT_FALSE(file->bookmarksAvailable());
+    file->writeBookmarks();
+    close(*file);
+    file.reset();
+    EXPECT_EQ(fileBytes(), ReferenceRecording().record(36, "-31.5", 10).close());
+}
+
+TEST_F(BookmarksTest, AHeaderWithoutTextsKeepsItsFields)
+{
+    HeaderFields header;
+    header.jobId.clear();
+    header.deviceName.clear();
+    header.deviceType.clear();
+    header.minLevel = -2147483647;
+    header.startFrequency = 9.00123e7F;
+    header.stepWidth = 1e-7F;
+    header.automatic = true;
+    header.minorVersion = 31;
+    FinishedFile stored(threeLevels().close(header));
+    auto file = open(stored);
+    file->addBookmark(10, "a");
+    file.reset();
+    expectStored(stored, {{10, "a"}});
+}

@@ -1,0 +1,227 @@
+// Clearing and rebuilding channel ranges: what is left of the file's bytes, and what another program stored meanwhile.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "replay_fixture.h"
+#include "unit/tracelog.h"
+
+using namespace ReplayTests;
+using testing::IsEmpty;
+
+TEST_F(ChannelRangesTest, AfterClearingNothingIsDeliveredAndTheHeaderKeepsThePosition)
+{
+    auto file = open(m_withRanges);
+    file->CRDTableToBegin();
+    file->clearChannelRangeDef();
+    EXPECT_EQ(nextRange(*file), Nothing);
+    file->CRDTableToBegin();
+    EXPECT_EQ(nextRange(*file), Nothing);
+    EXPECT_TRUE(file->channelRangeDefAvailable());
+    file = reopen();
+    EXPECT_THAT(rangesOf(*file), IsEmpty());
+    EXPECT_TRUE(file->channelRangeDefAvailable());
+    m_withRanges.clearRanges();
+    EXPECT_EQ(fileBytes(), m_withRanges.bytes());
+}
+
+TEST_F(ChannelRangesTest, ReadingStartsAnewAtTheFirstRecordAfterClearingAndRebuilding)
+{
+    auto file = open(m_withRanges);
+    file->clearChannelRangeDef();
+    expectThreeLevels(*file);
+    file->addChannelRangeDef(10);
+    file->rebuildChannelRangeDef();
+    expectThreeLevels(*file);
+    EXPECT_EQ(rangesOf(*file), (Times{10}));
+}
+
+TEST_F(ChannelRangesTest, TheLastZerosOfClearingExtendAFileWithoutBookmarks)
+{
+    for (std::size_t count = 1; count <= 9; ++count) {
+        ReferenceRecording recording;
+        for (std::size_t i = 1; i <= count; ++i) {
+            recording.record(20, "34;", 100 * i, true);
+        }
+        FinishedFile stored(recording.close());
+        open(stored)->clearChannelRangeDef();
+        const std::size_t zeroed = (9 * count + 7) / 8 * 8;
+        const auto table = static_cast<std::size_t>(stored.header().channelRangeTable);
+        EXPECT_EQ(fileBytes(), stored.bytes().substr(0, table) + zeros(zeroed)) << count;
+        EXPECT_LE(zeroed - 9 * count, 7U);
+    }
+}
+
+TEST_F(ChannelRangesTest, TheLastZerosOfClearingRunIntoTheBookmarks)
+{
+    FinishedFile stored = marked(m_withRanges);  // 27 bytes of table: 32 are zeroed
+    open(stored)->clearChannelRangeDef();
+    const auto table = static_cast<std::size_t>(stored.header().channelRangeTable);
+    std::string expected = stored.bytes();
+    expected.replace(table, 32, zeros(32));
+    EXPECT_EQ(fileBytes(), expected);
+    const Bookmarks left{{0, "a bookmark"}, {2500, "another"}};  // the time 2000 is gone: its low bytes were zeroed
+    EXPECT_EQ(bookmarksOf(*reopen()), left);
+}
+
+TEST_F(ChannelRangesTest, ClearingWithoutATableOverwritesTheFileFromItsStart)
+{
+    auto file = open(m_file);
+    file->clearChannelRangeDef();
+    file.reset();
+    EXPECT_EQ(fileBytes(), zeros((m_file.bytes().size() + 7) / 8 * 8));
+    EXPECT_FALSE(reopen()->IsValidFile());
+}
+
+TEST_F(ChannelRangesTest, ClearingWithoutATableOverwritesTheFileUpToItsBookmarks)
+{
+    FinishedFile stored = marked(m_file);
+    open(stored)->clearChannelRangeDef();
+    const std::size_t zeroed = (static_cast<std::size_t>(stored.header().bookmarkTable) + 7) / 8 * 8;
+    EXPECT_EQ(fileBytes(), zeros(zeroed) + stored.bytes().substr(zeroed));
+}
+
+TEST_F(ChannelRangesTest, ClearingAndRebuildingWithNoMoreThanBeforeKeepsTheRest)
+{
+    FinishedFile stored = m_withRanges;
+    auto file = open(stored);
+    file->clearChannelRangeDef();
+    file->addChannelRangeDef(3000);
+    file->addChannelRangeDef(10);
+    file->rebuildChannelRangeDef();
+    stored.clearRanges();
+    stored.rebuildRanges({10, 3000});
+    EXPECT_EQ(fileBytes(), stored.bytes());
+    EXPECT_EQ(rangesOf(*reopen()), (Times{10, 3000}));
+}
+
+TEST_F(ChannelRangesTest, ClearingSparesTheBookmarksThatAnotherObjectStoredMeanwhile)
+{
+    FinishedFile stored = m_withRanges;
+    auto file = open(stored);
+    {
+        auto other = reopen();
+        other->addBookmark(10, "a text of the other");
+    }
+    file->clearChannelRangeDef();
+    stored.storeBookmarks({{10, "a text of the other"}});
+    stored.clearRanges();
+    EXPECT_EQ(fileBytes(), stored.bytes());
+}
+
+TEST_F(ChannelRangesTest, ClearingClearsTheFirstTableThatAnotherObjectStoredMeanwhileNotTheHeader)
+{
+    FinishedFile stored = m_file;
+    auto file = open(stored);
+    {
+        auto other = reopen();
+        other->addChannelRangeDef(1500);
+        other->rebuildChannelRangeDef();
+    }
+    file->clearChannelRangeDef();
+    stored.rebuildRanges({1500});
+    stored.clearRanges();
+    EXPECT_EQ(fileBytes(), stored.bytes());
+}
+
+TEST_F(ChannelRangesTest, RebuildingInPlaceWithFewerLeavesTheOldOnesBehind)
+{
+    auto file = open(m_file);
+    file->addChannelRangeDef(1500);
+    FinishedFile other = m_withRanges;
+    TestSupport::writeFile(filePath(Name), other.bytes());  // the positions are those of the file as it is now
+    file->rebuildChannelRangeDef();
+    other.rebuildRanges({1500});
+    EXPECT_EQ(fileBytes(), other.bytes());
+    EXPECT_EQ(rangesOf(*reopen()), other.rangesRead());
+}
+
+TEST_F(ChannelRangesTest, RebuildingWithMoreThanBeforeOverwritesTheStartOfTheBookmarks)
+{
+    FinishedFile stored = marked(m_withRanges);
+    auto file = open(stored);
+    file->addChannelRangeDef(20);
+    file->addChannelRangeDef(30);
+    file->rebuildChannelRangeDef();
+    const auto table = static_cast<std::size_t>(stored.header().channelRangeTable);
+    std::string expected = stored.bytes();
+    expected.replace(table, 45, rangeTable({10, 20, 30, 1500, 3000}));
+    EXPECT_EQ(fileBytes(), expected);
+    EXPECT_EQ(rangesOf(*reopen()), (Times{10, 20, 30}));
+}
+
+TEST_F(ChannelRangesTest, TheTableOfAFileWithoutOneIsAppendedAtItsEnd)
+{
+    auto file = open(m_file);
+    file->addChannelRangeDef(3000);
+    file->rebuildChannelRangeDef();
+    EXPECT_TRUE(file->channelRangeDefAvailable());
+    const auto end = static_cast<std::int32_t>(m_file.bytes().size());
+    m_file.rebuildRanges({3000});
+    EXPECT_EQ(m_file.header().channelRangeTable, end);
+    EXPECT_EQ(fileBytes(), m_file.bytes());
+    EXPECT_EQ(rangesOf(*reopen()), (Times{3000}));
+}
+
+TEST_F(ChannelRangesTest, ATableAppendedBehindBookmarksIsNotReadBack)
+{
+    FinishedFile stored = marked(m_file);
+    auto file = open(stored);
+    file->addChannelRangeDef(3000);
+    file->rebuildChannelRangeDef();
+    stored.rebuildRanges({3000});
+    EXPECT_EQ(fileBytes(), stored.bytes());
+    EXPECT_THAT(rangesOf(*reopen()), IsEmpty());
+}
+
+TEST_F(ChannelRangesTest, RebuildingWithoutAnyWritesTheHeaderAreaOnly)
+{
+    FinishedFile stored = m_file;
+    stored.markHeaderArea();
+    open(stored)->rebuildChannelRangeDef();
+    EXPECT_EQ(fileBytes(), m_file.bytes());
+}
+
+TEST_F(ChannelRangesTest, WhatCannotBeRebuiltIsTracedWithTheNameOfTheFile)
+{
+    const QString message = QStringLiteral("Error rebuilding CRD for recording file ") + filePath(Name);
+    auto file = open(m_file);
+    file->addChannelRangeDef(10);
+    TestSupport::writeFile(filePath(Name), TestSupport::headerArea());
+    {
+        const FileAccessTests::TraceLog log(~ErrorHandler::RecordingTraces);
+        file->rebuildChannelRangeDef();
+        EXPECT_EQ(log.count(message), 0);
+    }
+    const FileAccessTests::TraceLog log(ErrorHandler::RecordingTraces);
+    file->rebuildChannelRangeDef();
+    EXPECT_EQ(log.count(message), 1);
+    TestSupport::writeFile(filePath(Name), m_file.bytes());
+    file->rebuildChannelRangeDef();
+    EXPECT_EQ(log.count(message), 1);
+}
+
+TEST_F(ChannelRangesTest, AFileThatIsNoRecordingIsNotRebuilt)
+{
+    for (const std::string& bytes :
+         {std::string("1#0#an old recording"), TestSupport::headerArea(), std::string("x")}) {
+        auto file = openBytes(bytes);
+        file->addChannelRangeDef(10);
+        file->rebuildChannelRangeDef();
+        file.reset();
+        EXPECT_EQ(fileBytes(), bytes);
+    }
+}
+
+TEST_F(ChannelRangesTest, AFileThatDoesNotExistIsNotMade)
+{
+    auto file = openForReading(QStringLiteral("missing.rec"));
+    file->addChannelRangeDef(10);
+    file->rebuildChannelRangeDef();
+    file->clearChannelRangeDef();
+    file.reset();
+    EXPECT_FALSE(exists(QStringLiteral("missing.rec")));
+}
