@@ -1,16 +1,17 @@
-// The options that all sources share, those of "sim" and "feed", and the help texts.
+// The options of a run, and the sources that were chosen.
 #include "commandline.h"
 
 #include <algorithm>
 #include <iostream>
+#include <iterator>
 
 #include <QString>
 
 #include <CLI/CLI.hpp>
 
-#include "input/fields.h"
-#include "input/isotime.h"
-#include "input/optionchecks.h"
+#include <terminaltext/optionvalues.h>
+
+#include "sources/registry.h"
 #include "wrongarguments.h"
 
 namespace recstation {
@@ -44,72 +45,6 @@ Recordings that an earlier run left unfinished in the directory are recovered fi
 
 Exit codes: 0 all is well, 1 wrong arguments, 2 nothing could be recorded or the run broke off,
 3 it ran, but input was bad or a file was not properly written.)";
-
-constexpr auto simExamples = R"(
-A receiver that scans a band and monitors single frequencies, and a direction finder in a moving vehicle.
-The same seed, duration and start give the same recordings on every machine.
-
-Examples:
-  recstation -o recordings sim
-  recstation -o recordings sim --seed 7 --duration 10min --start 2026-03-01T08:00:00Z)";
-
-constexpr auto feedExamples = R"(
-One JSON object per line, one change of a value per object, "at" in milliseconds (doc/feed.md has it all):
-  {"at": 0, "path": "/LEVEL", "create": "number", "value": -30, "lower": -150, "upper": 50}
-  {"at": 0, "record": "On"}
-  {"at": 1500, "path": "/LEVEL", "set": -31.5}
-
-Examples:
-  recstation -o recordings feed changes.jsonl
-  receiver-driver | recstation -o recordings feed)";
-
-// Takes the text of a time option and gives microseconds to a setter.
-CLI::Option* addTimeOption(CLI::App& app, const std::string& description,
-                           const std::function<void(unsigned long long)>& set)
-{
-    return app
-        .add_option_function<std::string>(
-            "--start", [set](const std::string& text) { set(parseIsoTime(text).value()); }, description)
-        ->type_name("TIME")
-        ->check(aTime());
-}
-
-// The parser would take a negative number as a huge one, and one that is too large as the largest.
-bool isSeed(const std::string& text)
-{
-    return parseNumber<std::uint64_t>(text).has_value();
-}
-
-CLI::App* addSim(CLI::App& app, SimOptions& options)
-{
-    CLI::App* sim = app.add_subcommand("sim", "Simulated receiver and direction finder");
-    sim->footer(simExamples);
-    sim->add_option("--seed", options.seed, "Number that all chance follows from")
-        ->capture_default_str()
-        ->check(acceptedIf(isSeed, "a whole number from 0 to 18446744073709551615"));
-    constexpr double longest = 1e9;
-    sim->add_option("--duration", options.durationSeconds, "Recorded time, such as 90s, 3min, 1h (default: 3min)")
-        ->type_name("TIME")
-        ->transform(inSeconds(0, longest));
-    addTimeOption(*sim, "Recorded time of the first change (default: 2026-01-01T00:00:00Z)",
-                  [&options](unsigned long long time) { options.startTime = time; });
-    return sim;
-}
-
-CLI::App* addFeed(CLI::App& app, FeedOptions& options)
-{
-    CLI::App* feed = app.add_subcommand("feed", "Changes as JSON Lines from a file or another program");
-    feed->footer(feedExamples);
-    feed->add_option("FILE", options.file, "File to read; - is the standard input")
-        ->check(noRecording())
-        ->capture_default_str();
-    addTimeOption(*feed, "Recorded time of \"at\": 0 (default: the current time)",
-                  [&options](unsigned long long time) { options.startTime = time; });
-    feed->add_flag("--strict", options.strict, "The first bad line ends the run");
-    feed->add_flag("--keep-at", options.keepAt,
-                   "Record every plain value at its own \"at\", not at the \"time\" of the map before it");
-    return feed;
-}
 
 constexpr double longestGapSeconds = 1e9;
 
@@ -203,8 +138,6 @@ std::optional<CommandLine> parsedTo(CLI::App& app, const std::vector<std::string
 CommandLine parseCommandLine(const std::vector<std::string>& arguments)
 {
     Options options;
-    SimOptions sim;
-    FeedOptions feed;
     CLI::App app("Records a receiver through the recorder plug-in.", "recstation");
     app.footer(mainExamples);
     app.allow_windows_style_options(false);  // the same arguments everywhere, paths that begin with "/" among them
@@ -212,48 +145,23 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
     app.fallthrough();
     app.require_subcommand(0, 0);
     addCommonOptions(app, options);
-    const CLI::App* simCommand = addSim(app, sim);
-    const CLI::App* feedCommand = addFeed(app, feed);
-    BearingsOptions bearings;
-    SweepOptions sweep;
-    CLI::App* sweepCommand = app.add_subcommand("sweep", "Spectra of a sweeping receiver as CSV");
-    addSweepOptions(*sweepCommand, sweep);
-    CLI::App* bearingsCommand = app.add_subcommand("bearings", "A direction finder's log as CSV");
-    addBearingsOptions(*bearingsCommand, bearings);
-    NmeaOptions nmea;
-    CLI::App* nmeaCommand = app.add_subcommand("nmea", "Position, heading and attitude from NMEA 0183");
-    addNmeaOptions(*nmeaCommand, nmea);
-#if defined(RECSTATION_HAS_IQ)
-    IqOptions iq;
-    CLI::App* iqCommand = app.add_subcommand("iq", "IQ samples from a file");
-    addIqOptions(*iqCommand, iq);
-#endif
+    const std::vector<std::shared_ptr<OfferedSource>> offered = offeredSources();
+    for (const auto& source : offered) {
+        source->addOptions(*app.add_subcommand(source->traits().name, source->traits().description));
+    }
     if (const auto ended = parsedTo(app, arguments)) {
         return *ended;
     }
     if (const auto seconds = parseSeconds(options.splitOnGap)) {
         options.splitGapUs = static_cast<unsigned long long>(*seconds * 1e6);
     }
-    if (*feedCommand) {
-        options.feed = feed;
+    std::copy_if(offered.begin(), offered.end(), std::back_inserter(options.sources),
+                 [&app](const auto& source) { return app.got_subcommand(source->traits().name); });
+    if (options.sources.empty()) {
+        options.sources.push_back(offered.front());
     }
-    if (*sweepCommand) {
-        options.sweep = sweep;
-    }
-    if (*bearingsCommand) {
-        options.bearings = bearings;
-    }
-    if (*nmeaCommand) {
-        options.nmea = nmea;
-    }
-#if defined(RECSTATION_HAS_IQ)
-    if (*iqCommand) {
-        options.iq = iq;
-    }
-#endif
-    if (*simCommand || app.get_subcommands().empty()) {
-        options.sim = sim;
-    }
+    std::sort(options.sources.begin(), options.sources.end(),
+              [](const auto& a, const auto& b) { return a->traits().turn < b->traits().turn; });
     return {options, ExitCode::Success};
 }
 

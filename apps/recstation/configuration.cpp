@@ -198,4 +198,20 @@ Configuration loadConfigurationText(const QString& text, const QString& fileName
     return check(fileName);
 }
 
+const Instance& receiverOf(const Configuration& configuration)
+{
+    const auto found = std::find_if(configuration.instances.begin(), configuration.instances.end(),
+                                    [](const Instance& instance) { return !instance.directionFinding; });
+    return found == configuration.instances.end() ? configuration.instances.front() : *found;
+}
+
+const Instance& finderOf(Configuration& configuration)
+{
+    const auto found = std::find_if(configuration.instances.begin(), configuration.instances.end(),
+                                    [](const Instance& instance) { return instance.directionFinding; });
+    Instance& finder = found == configuration.instances.end() ? configuration.instances.front() : *found;
+    finder.directionFinding = true;
+    return finder;
+}
+
 }  // namespace recstation

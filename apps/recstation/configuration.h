@@ -34,4 +34,10 @@ struct Configuration {
 /// The same from text; fileName is used in messages only.
 [[nodiscard]] Configuration loadConfigurationText(const QString& text, const QString& fileName);
 
+/// The instance that spectra belong to: the first that is no direction finder, else the first.
+[[nodiscard]] const Instance& receiverOf(const Configuration& configuration);
+/// The instance that a log of bearings belongs to: the first direction finder. Where there is none, one is made of the
+/// first instance.
+[[nodiscard]] const Instance& finderOf(Configuration& configuration);
+
 }  // namespace recstation

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "input/usageerror.h"
+#include "sources/offeredsource.h"
 
 namespace recstation {
 
@@ -18,17 +19,25 @@ enum class ExitCode : std::uint8_t {
     Incomplete = 3,  ///< it ran, but input was bad or a file is not properly written
 };
 
-struct SimOptions {
-    std::uint64_t seed = 1;
-    double durationSeconds = 180;                          ///< recorded time
-    unsigned long long startTime = 1'767'225'600'000'000;  ///< microseconds since 1970 UTC; 2026-01-01 00:00:00
-};
-
-struct FeedOptions {
-    std::string file = "-";                       ///< UTF-8; "-": the standard input
-    std::optional<unsigned long long> startTime;  ///< microseconds since 1970 UTC; nothing: the current time
-    bool strict = false;                          ///< the first bad line ends the run
-    bool keepAt = false;  ///< plain values are recorded at their own time, not at that of the map before them
+/// All texts are UTF-8.
+struct Options {
+    std::string plugin;                  ///< empty: the one beside the program
+    std::string config;                  ///< empty: the built-in configuration
+    std::string output;                  ///< empty: as configured
+    std::vector<std::string> recorders;  ///< to switch on; empty: those that suit the sources
+    std::optional<double> speed;         ///< nothing: as fast as possible
+    double archiveWaitSeconds = 60;      ///< for the archive, at the end of the run
+    bool json = false;
+    bool quiet = false;
+    bool trace = false;
+    bool makeOutput = false;  ///< make the directory of output
+    bool allowGap = false;    ///< record sources together that measured at other times
+    std::string splitOnGap;   ///< as it was given; empty: do not
+    std::optional<unsigned long long>
+        splitGapUs;       ///< the same: begin new recordings where time leaps farther, to and fro
+    bool recover = true;  ///< recordings that earlier runs left unfinished
+    std::string journal;  ///< "process", "power" or "off"; empty: as configured
+    ChosenSources sources;
 };
 
 }  // namespace recstation

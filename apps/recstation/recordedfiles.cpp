@@ -1,10 +1,13 @@
 // Watching file names and archive addresses, and inspecting what is on the disk.
 #include "recordedfiles.h"
 
+#include <algorithm>
+
 #include <QDir>
 #include <QFileInfo>
 
 #include <recording2/inspection/inspection.h>
+#include <recording2/inspection/rescue/journalreader.h>
 #include <zelvo/zelvo.h>
 
 namespace recstation {
@@ -88,6 +91,16 @@ FileReport examineRecording(const QString& temporaryPath)
                                                      : QStringLiteral("not renamed to %1").arg(finished);
     }
     return report;
+}
+
+std::int64_t bytesRecorded(const QString& temporaryPath)
+{
+    const QFileInfo temporary(temporaryPath);
+    const auto recorded = Recording2::Inspection::lastPosition(temporaryPath.toStdString() + ".journal");
+    if (recorded && temporary.exists()) {
+        return std::max<std::int64_t>(*recorded, temporary.size());
+    }
+    return temporary.exists() ? temporary.size() : QFileInfo(finishedPath(temporaryPath)).size();
 }
 
 FileNameWatch::FileNameWatch(const QString& statusPath) : m_fileName(this)

@@ -44,6 +44,10 @@ void examineArchived(FileReport& report, const QString& storedPath);
 /// The name that a closed recording gets: cut at the first dot of its file name.
 [[nodiscard]] QString finishedPath(const QString& temporaryPath);
 
+/// How much was recorded under a .tmp name, closed since or not. Of what is being written, what waits in the journal
+/// counts too; 0 where the archive has moved it.
+[[nodiscard]] std::int64_t bytesRecorded(const QString& temporaryPath);
+
 /// Follows REC_FILENAME of one recorder and keeps every .tmp name that it shows, with the archive's address.
 class FileNameWatch final : public IObserver {
 public:

@@ -1,30 +1,23 @@
 // One run of the host: value tree, clock, recorders and sources together.
 #pragma once
 
-#include <chrono>
-#include <cstdint>
-#include <memory>
-#include <vector>
-
-#include <QElapsedTimer>
-#include <QHash>
-#include <QString>
+#include <optional>
 
 #include <values/tree.h>
 
-#include "archive/archiveservice.h"
 #include "changecounter.h"
 #include "clock.h"
-#include "commandline.h"
 #include "configuration.h"
+#include "options.h"
 #include "plugin.h"
 #include "progress.h"
-#include "recorder.h"
+#include "recorders.h"
 #include "recordertraces.h"
 #include "runner.h"
 #include "scheduler.h"
 #include "summary.h"
-#include "watch/spacewatch.h"
+#include "watch/archivewatch.h"
+#include "watch/diskwatch.h"
 
 namespace recstation {
 
@@ -33,8 +26,7 @@ class Station {
 public:
     /// Loads plug-in and configuration, prepares the sources and sets up the recorders.
     /// @throws std::runtime_error when the run cannot begin
-    /// @param freeSpace tells the room for recordings
-    Station(const Options& options, Messages& messages, FreeSpace freeSpace = freeSpaceOf);
+    Station(const Options& options, Messages& messages);
     Station(const Station&) = delete;
     Station& operator=(const Station&) = delete;
     ~Station() = default;
@@ -44,32 +36,14 @@ public:
 
 private:
     void addSources(const Options& options);
-    void addRecorders(const Options& options);
-    [[nodiscard]] std::vector<Recorder*> recordersToStart(const Options& options) const;
-    [[nodiscard]] Recorder* findRecorder(const QString& name) const;
-    [[nodiscard]] QString recorderMeant(const std::string& name) const;
+    [[nodiscard]] StationHooks hooks();
     [[nodiscard]] bool isRecorded(const QString& path) const;
     bool switchRecorder(const QString& name, bool on);
-    void trySwitchOn(Recorder& recorder);
-    void refuse(const Recorder& recorder, const QString& problem);
-    void startRecorders();
-    void checkNewFiles();
-    [[nodiscard]] QString whyNoneRecorded() const;
     void record();
     [[nodiscard]] bool tellsTimes() const;
     void beginAnew(unsigned long long time);
     void beforeStep(unsigned long long time);
     void afterStep();
-    void recoverEarlier(Summary& summary);
-    void tellStops();
-    void tellStop(const Recorder& recorder);
-    void checkSpace();
-    void rescueFiles();
-    bool rescueFilesOf(Recorder& recorder);
-    [[nodiscard]] bool canRecord() const;
-    void closeRecordings(Summary& summary);
-    void finishArchive(Summary& summary);
-    [[nodiscard]] FileReport examine(const Recorder& recorder, const QString& path) const;
     [[nodiscard]] ProgressNumbers progressNumbers();
     [[nodiscard]] unsigned long long recordedMs() const;
 
@@ -80,25 +54,16 @@ private:
     values::Tree m_tree;
     Plugin m_plugin;
     Configuration m_configuration;
-    std::unique_ptr<ArchiveService> m_archive;  // null without one
-    std::chrono::milliseconds m_archiveWait;
+    ArchiveWatch m_archive;
     Scheduler m_scheduler;
     Runner m_runner;
-    std::vector<std::unique_ptr<Recorder>> m_recorders;
-    std::vector<Recorder*> m_toStart;
+    Recorders m_recorders;
+    DiskWatch m_disks;
     std::optional<unsigned long long> m_firstTime;
-    unsigned long long m_toldTime = 0;  // to the recorders, before a step
-    SpaceWatch m_space;
-    QElapsedTimer m_sinceSpaceCheck;
-    QElapsedTimer m_sinceFileCheck;
-    QHash<QString, std::int64_t> m_bytes;  // of each recording when it was last on the disk
-    QElapsedTimer m_sinceStart;
-    QStringList m_stopped;  // recordings that their recorders ended by themselves
-    std::vector<Summary::Refusal> m_refusals;
+    unsigned long long m_toldTime = 0;   // to the recorders, before a step
     unsigned long long m_earlierUs = 0;  // recorded time in front of the last gap
     bool m_allowGap;
     bool m_recover;
-    bool m_switchedByFeed;  // so that a recorder that stopped may record again
 };
 
 }  // namespace recstation

@@ -108,7 +108,7 @@ void runConfiguration(const std::string& input)
 void runFeed(const std::string& input)
 {
     const values::Tree tree;
-    recstation::FeedHost host;
+    recstation::StationHooks host;
     host.switchRecorder = [](const QString& /*name*/, bool on) { return on; };
     host.created = ignore;
     host.report = ignore;

@@ -1,7 +1,8 @@
-// Validators: no recording as input, an offset from UTC, a time after 1970.
+// What sources share on the command line: the input file, times, strictness.
 #include "input/optionchecks.h"
 
 #include <string>
+#include <utility>
 
 #include "input/isotime.h"
 #include "input/logtime.h"
@@ -10,19 +11,35 @@ namespace recstation {
 
 using TerminalText::acceptedIf;
 
-CLI::Validator noRecording()
+CLI::Option* addInputFile(CLI::App& command, std::string& file, const char* description)
 {
-    return {[](const std::string& file) {
-                const bool isRecording = file.ends_with(".rec");
-                return isRecording ? file + " is a recording; rectool shows it" : std::string();
-            },
-            ""};
+    const auto noRecording = [](const std::string& name) {
+        return name.ends_with(".rec") ? name + " is a recording; rectool shows it" : std::string();
+    };
+    return command.add_option("FILE", file, description)->required()->check(noRecording, "");
 }
 
-CLI::Validator anUtcOffset()
+void addUtcOffset(CLI::App& command, std::string& offset, const char* description)
 {
-    return acceptedIf([](const std::string& text) { return parseUtcOffset(text).has_value(); },
-                      "an offset such as -05:00 or UTC");
+    command.add_option("--utc-offset", offset, description)
+        ->check(acceptedIf([](const std::string& text) { return parseUtcOffset(text).has_value(); },
+                           "an offset such as -05:00 or UTC"))
+        ->capture_default_str();
+}
+
+void addStart(CLI::App& command, const char* description, std::function<void(unsigned long long)> set)
+{
+    command
+        .add_option_function<std::string>(
+            "--start", [set = std::move(set)](const std::string& text) { set(parseIsoTime(text).value()); },
+            description)
+        ->type_name("TIME")
+        ->check(aTime());
+}
+
+void addStrict(CLI::App& command, bool& strict, const char* description)
+{
+    command.add_flag("--strict", strict, description);
 }
 
 CLI::Validator aTime()

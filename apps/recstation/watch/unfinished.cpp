@@ -10,9 +10,12 @@
 #include <QFileInfo>
 
 #include <recording2/inspection/inspection.h>
+#include <recording2/inspection/rescue/leftparts.h>
 #include <recording2/inspection/rescue/recovery.h>
 
+#include "progress.h"
 #include "recordedfiles.h"
+#include "system/stopnotifier.h"
 
 namespace recstation {
 
@@ -335,6 +338,23 @@ UnfinishedRecording saveDamaged(const QString& closed)
         saved.problem = QString::fromUtf8(error.what());
     }
     return saved;
+}
+
+std::vector<UnfinishedRecording> recoverEarlier(const QStringList& directories, Messages& messages)
+{
+    UnfinishedHooks hooks;
+    hooks.report = [&messages](const UnfinishedRecording& unfinished) { messages.message(unfinished.sentence()); };
+    hooks.interrupted = [] { return System::StopSignal::requested(); };
+    std::vector<UnfinishedRecording> recovered;
+    for (const QString& directory : directories) {
+        for (const std::string& part : Recording2::Inspection::removeLeftPartsIn(directory.toStdString())) {
+            messages.message(QStringLiteral("removed %1, which an interrupted copy or recovery had left unfinished")
+                                 .arg(QString::fromStdString(part)));
+        }
+        const std::vector<UnfinishedRecording> done = recoverUnfinished(directory, hooks);
+        recovered.insert(recovered.end(), done.begin(), done.end());
+    }
+    return recovered;
 }
 
 }  // namespace recstation

@@ -10,6 +10,8 @@
 
 namespace recstation {
 
+class Messages;
+
 /// What became of one of them.
 struct UnfinishedRecording {
     QString path;               ///< where it lay: a .tmp, a .rec whose closing had failed, or a journal alone
@@ -36,6 +38,9 @@ struct UnfinishedHooks {
 /// directory; what cannot be saved or is in use stays. Other files are left alone. Does not throw: what goes wrong is a
 /// recording's problem.
 std::vector<UnfinishedRecording> recoverUnfinished(const QString& directory, const UnfinishedHooks& hooks);
+
+/// The same in several directories; also removes what interrupted copies and recoveries left there. Tells of each.
+std::vector<UnfinishedRecording> recoverEarlier(const QStringList& directories, Messages& messages);
 
 /// Takes what is whole out of a recording that was closed, and is damaged. What is saved takes its name, the original
 /// goes into the folder "recovered" of its directory. Does not throw.

@@ -4,6 +4,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "sources/bearings/bearingssource.h"
+#include "sources/feed/feedsource.h"
+#if defined(RECSTATION_HAS_IQ)
+#include "sources/iq/iqsource.h"
+#endif
+#include "sources/nmea/nmeasource.h"
+#include "sources/sim/simsource.h"
+#include "sources/sweep/sweepsource.h"
+
 namespace recstation {
 namespace {
 
@@ -15,24 +24,36 @@ Options parse(const std::vector<std::string>& arguments)
     return result.options.value();
 }
 
+/// The options of a source; nothing when it was not chosen.
+template <typename SourceOptions>
+std::optional<SourceOptions> of(const Options& options)
+{
+    for (const auto& source : options.sources) {
+        if (const auto* found = dynamic_cast<const SourceWith<SourceOptions>*>(source.get())) {
+            return found->options();
+        }
+    }
+    return std::nullopt;
+}
+
 TEST(CommandLine, WithoutASourceTheSimulatorRuns)
 {
     const Options options = parse({});
-    EXPECT_TRUE(options.sim);
-    EXPECT_FALSE(options.feed);
+    EXPECT_TRUE(of<SimOptions>(options));
+    EXPECT_FALSE(of<FeedOptions>(options));
     EXPECT_FALSE(options.speed);
-    EXPECT_EQ(options.sim->durationSeconds, 180);
+    EXPECT_EQ(of<SimOptions>(options)->durationSeconds, 180);
 }
 
 TEST(CommandLine, ANamedSourceRunsAloneAndItsOptionsAreRead)
 {
     const Options options = parse({"feed", "x.jsonl", "--start", "1970-01-01T00:00:01.500Z"});
-    EXPECT_FALSE(options.sim);
-    ASSERT_TRUE(options.feed);
-    EXPECT_EQ(options.feed->file, "x.jsonl");
-    EXPECT_EQ(options.feed->startTime, 1'500'000U);
-    EXPECT_FALSE(options.feed->strict);
-    EXPECT_TRUE(parse({"feed", "--strict"}).feed->strict);
+    EXPECT_FALSE(of<SimOptions>(options));
+    ASSERT_TRUE(of<FeedOptions>(options));
+    EXPECT_EQ(of<FeedOptions>(options)->file, "x.jsonl");
+    EXPECT_EQ(of<FeedOptions>(options)->startTime, 1'500'000U);
+    EXPECT_FALSE(of<FeedOptions>(options)->strict);
+    EXPECT_TRUE(of<FeedOptions>(parse({"feed", "--strict"}))->strict);
 }
 
 TEST(CommandLine, TheJournalIsChosenUnlessAConfigurationDoesIt)
@@ -52,10 +73,10 @@ TEST(CommandLine, UnfinishedRecordingsAreRecoveredUnlessTheyAreToBeLeft)
 TEST(CommandLine, SeveralSourcesRunTogether)
 {
     const Options options = parse({"sim", "--seed", "9", "feed"});
-    ASSERT_TRUE(options.sim);
-    EXPECT_EQ(options.sim->seed, 9U);
-    ASSERT_TRUE(options.feed);
-    EXPECT_EQ(options.feed->file, "-");
+    ASSERT_TRUE(of<SimOptions>(options));
+    EXPECT_EQ(of<SimOptions>(options)->seed, 9U);
+    ASSERT_TRUE(of<FeedOptions>(options));
+    EXPECT_EQ(of<FeedOptions>(options)->file, "-");
 }
 
 TEST(CommandLine, OptionsBelongToTheSourceBeforeThem)
@@ -63,19 +84,19 @@ TEST(CommandLine, OptionsBelongToTheSourceBeforeThem)
     const Options options = parse({"sweep", "a.csv", "--utc-offset", "+01:00", "--bin-frequency", "lower", "nmea",
                                    "b.log", "--date", "2026-11-21", "--fix-week-rollover", "bearings", "c.csv",
                                    "--strict", "--utc-offset", "-05:00", "-o", "d"});
-    ASSERT_TRUE(options.sweep && options.nmea && options.bearings);
-    EXPECT_EQ(options.sweep->file, "a.csv");
-    EXPECT_EQ(options.sweep->utcOffset, "+01:00");
-    EXPECT_EQ(options.sweep->binFrequency, "lower");
-    EXPECT_FALSE(options.sweep->strict);
-    EXPECT_EQ(options.nmea->file, "b.log");
-    EXPECT_EQ(options.nmea->date, "2026-11-21");
-    EXPECT_TRUE(options.nmea->fixWeekRollover);
-    EXPECT_FALSE(options.nmea->strict);
-    EXPECT_TRUE(options.bearings->strict);
-    EXPECT_EQ(options.bearings->utcOffset, "-05:00");
+    ASSERT_TRUE(of<SweepOptions>(options) && of<NmeaOptions>(options) && of<BearingsOptions>(options));
+    EXPECT_EQ(of<SweepOptions>(options)->file, "a.csv");
+    EXPECT_EQ(of<SweepOptions>(options)->utcOffset, "+01:00");
+    EXPECT_EQ(of<SweepOptions>(options)->binFrequency, "lower");
+    EXPECT_FALSE(of<SweepOptions>(options)->strict);
+    EXPECT_EQ(of<NmeaOptions>(options)->file, "b.log");
+    EXPECT_EQ(of<NmeaOptions>(options)->date, "2026-11-21");
+    EXPECT_TRUE(of<NmeaOptions>(options)->fixWeekRollover);
+    EXPECT_FALSE(of<NmeaOptions>(options)->strict);
+    EXPECT_TRUE(of<BearingsOptions>(options)->strict);
+    EXPECT_EQ(of<BearingsOptions>(options)->utcOffset, "-05:00");
     EXPECT_EQ(options.output, "d");
-    EXPECT_FALSE(options.sim);
+    EXPECT_FALSE(of<SimOptions>(options));
 }
 
 TEST(CommandLine, CommonOptionsStandBeforeOrBehindTheSource)
@@ -93,21 +114,21 @@ TEST(CommandLine, CommonOptionsStandBeforeOrBehindTheSource)
 
 TEST(CommandLine, DurationsHaveUnits)
 {
-    EXPECT_EQ(parse({"sim", "--duration", "90"}).sim->durationSeconds, 90);
-    EXPECT_EQ(parse({"sim", "--duration", "1.5s"}).sim->durationSeconds, 1.5);
-    EXPECT_EQ(parse({"sim", "--duration", "3min"}).sim->durationSeconds, 180);
-    EXPECT_EQ(parse({"sim", "--duration", "2h"}).sim->durationSeconds, 7200);
+    EXPECT_EQ(of<SimOptions>(parse({"sim", "--duration", "90"}))->durationSeconds, 90);
+    EXPECT_EQ(of<SimOptions>(parse({"sim", "--duration", "1.5s"}))->durationSeconds, 1.5);
+    EXPECT_EQ(of<SimOptions>(parse({"sim", "--duration", "3min"}))->durationSeconds, 180);
+    EXPECT_EQ(of<SimOptions>(parse({"sim", "--duration", "2h"}))->durationSeconds, 7200);
 }
 
 TEST(CommandLine, NumbersHaveUnits)
 {
 #if defined(RECSTATION_HAS_IQ)
     const Options options = parse({"iq", "x", "--rate", "48k", "--centre", "145.5M", "--overlap", "50%"});
-    EXPECT_EQ(options.iq->rateHz, 48e3);
-    EXPECT_EQ(options.iq->centreHz, 145.5e6);
-    EXPECT_EQ(options.iq->overlapPercent, 50);
+    EXPECT_EQ(of<IqOptions>(options)->rateHz, 48e3);
+    EXPECT_EQ(of<IqOptions>(options)->centreHz, 145.5e6);
+    EXPECT_EQ(of<IqOptions>(options)->overlapPercent, 50);
     for (const char* centre : {"1.4200 GHz", "1.42G", "1420MHz", "1420000kHz", "1.42e9", "1420000000 hz"}) {
-        EXPECT_EQ(parse({"iq", "x", "--centre", centre}).iq->centreHz, 1.42e9) << centre;
+        EXPECT_EQ(of<IqOptions>(parse({"iq", "x", "--centre", centre}))->centreHz, 1.42e9) << centre;
     }
 #endif
     EXPECT_EQ(parse({"--archive-wait", "2min"}).archiveWaitSeconds, 120);
@@ -124,19 +145,20 @@ TEST(CommandLine, GapsAreOfTenMinutesUnlessATimeIsGiven)
 
 TEST(CommandLine, StartsReachBackToTheFirstSecondOf1970)
 {
-    EXPECT_EQ(parse({"sim", "--start", "1970-01-01T00:00:01Z"}).sim->startTime, 1'000'000U);
-    EXPECT_EQ(parse({"feed", "--start", "1970-01-01T00:00:01Z"}).feed->startTime, 1'000'000U);
+    EXPECT_EQ(of<SimOptions>(parse({"sim", "--start", "1970-01-01T00:00:01Z"}))->startTime, 1'000'000U);
+    EXPECT_EQ(of<FeedOptions>(parse({"feed", "--start", "1970-01-01T00:00:01Z"}))->startTime, 1'000'000U);
 }
 
 TEST(CommandLine, StartsAreReadToTheMicrosecond)
 {
-    EXPECT_EQ(parse({"sim", "--start", "1970-01-02T02:00:00.000250+02:00"}).sim->startTime, 86'400'000'250U);
-    EXPECT_EQ(parse({"feed", "--start", "1970-01-02T00:00"}).feed->startTime, 86'400'000'000U);
+    EXPECT_EQ(of<SimOptions>(parse({"sim", "--start", "1970-01-02T02:00:00.000250+02:00"}))->startTime,
+              86'400'000'250U);
+    EXPECT_EQ(of<FeedOptions>(parse({"feed", "--start", "1970-01-02T00:00"}))->startTime, 86'400'000'000U);
 }
 
 TEST(CommandLine, SeedsAreWholeNumbersOf64Bits)
 {
-    EXPECT_EQ(parse({"sim", "--seed", "18446744073709551615"}).sim->seed, 18'446'744'073'709'551'615U);
+    EXPECT_EQ(of<SimOptions>(parse({"sim", "--seed", "18446744073709551615"}))->seed, 18'446'744'073'709'551'615U);
 }
 
 }  // namespace

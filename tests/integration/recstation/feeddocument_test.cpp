@@ -23,7 +23,7 @@ SourceReport run(const std::string& text, std::vector<std::string>& reports,
     values::Tree tree;
     values::ValuePtr<values::Value<bool>> directionFinding;
     directionFinding.Attach(QStringLiteral("/Devices/Rx1Status/REC_DF"));
-    FeedHost host;
+    StationHooks host;
     host.switchRecorder = [](const QString& name, bool) { return name != QStringLiteral("nobody"); };
     host.created = [created](const QString& path) {
         if (created != nullptr) {

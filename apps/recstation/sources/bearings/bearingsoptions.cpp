@@ -7,6 +7,7 @@
 
 #include "input/logtime.h"
 #include "input/optionchecks.h"
+#include "sources/offeredsource.h"
 
 namespace recstation {
 
@@ -68,7 +69,7 @@ void addColumns(CLI::App& command, BearingsOptions& options)
 void addBearingsOptions(CLI::App& command, BearingsOptions& options)
 {
     command.footer(bearingsExample);
-    command.add_option("FILE", options.file, "Log as CSV; - is the standard input")->required()->check(noRecording());
+    addInputFile(command, options.file, "Log as CSV; - is the standard input");
     command.add_option("--separator", options.separator, "A character, tab or auto (one of ; , and tab)")
         ->check(acceptedIf(isSeparator, "one character, tab or auto"))
         ->capture_default_str();
@@ -76,9 +77,7 @@ void addBearingsOptions(CLI::App& command, BearingsOptions& options)
     command.add_option("--date-format", options.dateFormat, "d, dd, M, MM, yy (1970 to 2069) and yyyy, as in MM/dd/yy")
         ->check(acceptedIf(isDateFormat, "one day, month and year, as in MM/dd/yy"))
         ->capture_default_str();
-    command.add_option("--utc-offset", options.utcOffset, "How far the log's times are ahead of UTC, as -05:00")
-        ->check(anUtcOffset())
-        ->capture_default_str();
+    addUtcOffset(command, options.utcOffset, "How far the log's times are ahead of UTC, as -05:00");
     command.add_option("--station", options.station, "Only the bearings of this station");
     command.add_flag("--no-position", options.noPosition,
                      "Leave positions and altitudes out, because nmea or another source tells them");
@@ -92,7 +91,21 @@ void addBearingsOptions(CLI::App& command, BearingsOptions& options)
                     "True heading of azimuth 0 in degrees, such as a compass's declination")
         ->transform(inUnit({"deg", "°"}, -360, 360))
         ->capture_default_str();
-    command.add_flag("--strict", options.strict, "Record nothing when a row is bad");
+    addStrict(command, options.strict, "Record nothing when a row is bad");
+}
+
+std::shared_ptr<OfferedSource> offerBearings()
+{
+    const auto make = [](BearingsOptions options, const SourceRun& run) {
+        options.splitGapUs = run.splitGapUs;
+        options.valuePath = finderOf(run.configuration).valuePath;
+        options.positionElsewhere = run.positionElsewhere;
+        return makeBearingsSource(options, run.hooks.report);
+    };
+    return std::make_shared<SourceWith<BearingsOptions>>(
+        SourceTraits{
+            .name = "bearings", .description = "A direction finder's log as CSV", .turn = 3, .findsDirections = true},
+        addBearingsOptions, make);
 }
 
 }  // namespace recstation

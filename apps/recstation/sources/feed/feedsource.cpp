@@ -27,7 +27,7 @@ bool isBlank(const std::string& line)
 }  // namespace
 
 FeedSource::FeedSource(std::function<ByteInput()> open, unsigned long long startTime, const FeedOptions& options,
-                       FeedHost host)
+                       StationHooks host)
     : m_open(std::move(open)),
       m_startTime(startTime),
       m_options(options),
@@ -174,7 +174,7 @@ std::optional<unsigned long long> FeedSource::lastTime()
     return m_startTime + lastUs;
 }
 
-std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, FeedHost host)
+std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, StationHooks host)
 {
     constexpr unsigned long long microsecondsPerMillisecond = 1000;
     const auto now = static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * microsecondsPerMillisecond;

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include <QString>
 
@@ -11,22 +12,15 @@
 #include "input/linereader.h"
 #include "input/timeorder.h"
 #include "movedtimes.h"
-#include "options.h"
-#include "sources/source.h"
+#include "sources/offeredsource.h"
 
 namespace recstation {
 
-/// What a feed asks of the host.
-struct FeedHost {
-    /// Switches the recorder of the name (empty: the first) on or off; false when there is none of that name.
-    std::function<bool(const QString& name, bool on)> switchRecorder;
-    /// Learns of a value that was created.
-    std::function<void(const QString& path)> created;
-    /// The latest time that the recorders were told, microseconds since 1970 UTC; may be empty.
-    std::function<unsigned long long()> toldTime;
-    /// Whether a recorder that is on records the value.
-    std::function<bool(const QString& path)> recorded;
-    InputReport report;
+struct FeedOptions {
+    std::string file = "-";                       ///< UTF-8; "-": the standard input
+    std::optional<unsigned long long> startTime;  ///< microseconds since 1970 UTC; nothing: the current time
+    bool strict = false;                          ///< the first bad line ends the run
+    bool keepAt = false;  ///< plain values are recorded at their own time, not at that of the map before them
 };
 
 /// Bad lines are reported with their number (the first twenty), counted and passed over. Needs the value tree in force.
@@ -36,7 +30,7 @@ public:
     /// @param startTime microseconds since 1970 UTC of the feed's time 0; with strict nextTime or step throws the first
     /// bad line
     FeedSource(std::function<ByteInput()> open, unsigned long long startTime, const FeedOptions& options,
-               FeedHost host);
+               StationHooks host);
 
     [[nodiscard]] QString name() const override;
     void prepare() override;
@@ -57,7 +51,7 @@ private:
     std::function<ByteInput()> m_open;
     unsigned long long m_startTime;
     FeedOptions m_options;
-    FeedHost m_host;
+    StationHooks m_host;
     std::unique_ptr<LineReader> m_lines;
     std::optional<FeedLine> m_pending;  // read, not yet carried out
     unsigned long long m_lastAtUs = 0;
@@ -71,6 +65,6 @@ private:
 };
 
 /// The feed from the file or the standard input that the options name.
-[[nodiscard]] std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, FeedHost host);
+[[nodiscard]] std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, StationHooks host);
 
 }  // namespace recstation

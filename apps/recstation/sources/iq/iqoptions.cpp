@@ -8,6 +8,7 @@
 #include "input/fields.h"
 #include "input/optionchecks.h"
 #include "sources/iq/iqplan.h"
+#include "sources/offeredsource.h"
 
 namespace recstation {
 
@@ -44,14 +45,10 @@ CLI::Validator centreFrequency(IqOptions& options)
             ""};
 }
 
-}  // namespace
-
 void addIqOptions(CLI::App& command, IqOptions& options)
 {
     command.footer(examples);
-    command.add_option("FILE", options.file, "IQ samples, I and Q interleaved; - reads standard input")
-        ->required()
-        ->check(noRecording());
+    addInputFile(command, options.file, "IQ samples, I and Q interleaved; - reads standard input");
     command.add_option("--format", options.format, "cu8, ci16_le or cf32_le (default: SigMF metadata or suffix)")
         ->check(acceptedIf([](const std::string& text) { return sampleFormatByName(text).has_value(); },
                            "cu8, ci16_le or cf32_le"));
@@ -86,6 +83,20 @@ void addIqOptions(CLI::App& command, IqOptions& options)
                     "rf: RF spectrum of a panorama scan; if: IF spectrum of a fixed frequency")
         ->check(TerminalText::oneOf({"rf", "if"}))
         ->capture_default_str();
+}
+
+}  // namespace
+
+std::shared_ptr<OfferedSource> offerIq()
+{
+    const auto make = [](IqOptions options, const SourceRun& run) {
+        options.valuePath = receiverOf(run.configuration).valuePath;
+        const InputReport report = run.hooks.report;
+        return makeIqSource(options, [report](const QString& sentence) { report(QStringLiteral("iq: ") + sentence); });
+    };
+    return std::make_shared<SourceWith<IqOptions>>(
+        SourceTraits{.name = "iq", .description = "IQ samples from a file", .turn = 1, .receives = true}, addIqOptions,
+        make);
 }
 
 }  // namespace recstation

@@ -11,10 +11,6 @@
 
 #include "sources/source.h"
 
-namespace CLI {
-class App;
-}
-
 namespace recstation {
 
 /// What the command line says. What is left open is taken from SigMF metadata beside the file, where there are any.
@@ -32,9 +28,6 @@ struct IqOptions {
     std::string spectrum = "rf";     ///< rf: a panorama scan's spectrum; if: a fixed frequency's IF spectrum
     QString valuePath = "/Devices/Rx1";
 };
-
-/// Adds the positional FILE and the options to a command.
-void addIqOptions(CLI::App& command, IqOptions& options);
 
 /// Takes one sentence about what is left out of the samples, without the source's name.
 using IqReport = std::function<void(const QString& sentence)>;

@@ -5,6 +5,7 @@
 
 #include "input/logtime.h"
 #include "input/optionchecks.h"
+#include "sources/offeredsource.h"
 
 namespace recstation {
 
@@ -21,14 +22,10 @@ Examples:
   recstation -o recordings nmea compass.log --date 2026-11-21
   recstation -o recordings sweep night.csv nmea drive.log --fix-week-rollover)";
 
-}  // namespace
-
 void addNmeaOptions(CLI::App& command, NmeaOptions& options)
 {
     command.footer(nmeaExample);
-    command.add_option("FILE", options.file, "NMEA 0183 sentences; - is the standard input")
-        ->required()
-        ->check(noRecording());
+    addInputFile(command, options.file, "NMEA 0183 sentences; - is the standard input");
     command.add_option("--date", options.date, "Day of the first time, as 2026-11-21; the dates in RMC do not count")
         ->type_name("DATE")
         ->check(acceptedIf(
@@ -36,7 +33,25 @@ void addNmeaOptions(CLI::App& command, NmeaOptions& options)
             "a day from 1970 on such as 2026-11-21"));
     command.add_flag("--fix-week-rollover", options.fixWeekRollover,
                      "Add 1,024 weeks to dates that a receiver may have rolled back");
-    command.add_flag("--strict", options.strict, "The first bad line ends the run");
+    addStrict(command, options.strict);
+}
+
+}  // namespace
+
+std::shared_ptr<OfferedSource> offerNmea()
+{
+    const auto make = [](NmeaOptions options, const SourceRun& run) {
+        options.splitGapUs = run.splitGapUs;
+        // Other sources name their devices themselves.
+        options.valuePath = run.alone ? receiverOf(run.configuration).valuePath : QString();
+        return makeNmeaSource(options, run.hooks.report);
+    };
+    return std::make_shared<SourceWith<NmeaOptions>>(
+        SourceTraits{.name = "nmea",
+                     .description = "Position, heading and attitude from NMEA 0183",
+                     .turn = 4,  // behind the bearings, whose heading is only the first
+                     .tellsPositions = true},
+        addNmeaOptions, make);
 }
 
 }  // namespace recstation

@@ -10,10 +10,6 @@
 #include "input/badlines.h"
 #include "sources/source.h"
 
-namespace CLI {
-class App;
-}
-
 namespace recstation {
 
 /// What the command line says.
@@ -25,9 +21,6 @@ struct NmeaOptions {
     std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back behind them
     QString valuePath;                             ///< of a device to be named after the file; empty: none
 };
-
-/// Adds the positional FILE and the options to a command.
-void addNmeaOptions(CLI::App& command, NmeaOptions& options);
 
 /// Warns in the logging category "recstation.nmea".
 void logNmeaReport(const QString& sentence);

@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 
 #include "input/optionchecks.h"
+#include "sources/offeredsource.h"
 
 namespace recstation {
 
@@ -17,21 +18,32 @@ Examples:
   recstation -o recordings sweep night.csv --utc-offset +01:00
   hackrf_sweep -f 2400:2500 | recstation -o recordings sweep -)";
 
-}  // namespace
-
 void addSweepOptions(CLI::App& command, SweepOptions& options)
 {
     command.footer(sweepExample);
-    command.add_option("FILE", options.file, "Rows as CSV; - is the standard input")->required()->check(noRecording());
-    command.add_option("--utc-offset", options.utcOffset, "How far the rows' times are ahead of UTC, as -05:00")
-        ->check(anUtcOffset())
-        ->capture_default_str();
+    addInputFile(command, options.file, "Rows as CSV; - is the standard input");
+    addUtcOffset(command, options.utcOffset, "How far the rows' times are ahead of UTC, as -05:00");
     command
         .add_option("--bin-frequency", options.binFrequency,
                     "centre or lower: a value's channel is the middle or the lower edge of its bin")
         ->check(TerminalText::oneOf({"centre", "lower"}))
         ->capture_default_str();
-    command.add_flag("--strict", options.strict, "The first bad line ends the run");
+    addStrict(command, options.strict);
+}
+
+}  // namespace
+
+std::shared_ptr<OfferedSource> offerSweep()
+{
+    const auto make = [](SweepOptions options, const SourceRun& run) {
+        options.splitGapUs = run.splitGapUs;
+        options.valuePath = receiverOf(run.configuration).valuePath;
+        return makeSweepSource(options, run.hooks.report);
+    };
+    return std::make_shared<SourceWith<SweepOptions>>(
+        SourceTraits{
+            .name = "sweep", .description = "Spectra of a sweeping receiver as CSV", .turn = 2, .receives = true},
+        addSweepOptions, make);
 }
 
 }  // namespace recstation

@@ -10,10 +10,6 @@
 #include "input/badlines.h"
 #include "sources/source.h"
 
-namespace CLI {
-class App;
-}
-
 namespace recstation {
 
 /// What the command line says.
@@ -25,9 +21,6 @@ struct SweepOptions {
     std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back behind them
     QString valuePath = "/Devices/Rx1";
 };
-
-/// Adds the positional FILE and the options to a command.
-void addSweepOptions(CLI::App& command, SweepOptions& options);
 
 /// Warns in the logging category "recstation.sweep".
 void logSweepReport(const QString& sentence);

@@ -1,0 +1,50 @@
+// The options of the source "feed" and the examples in its help.
+#include <CLI/CLI.hpp>
+
+#include "input/optionchecks.h"
+#include "sources/feed/feedsource.h"
+
+namespace recstation {
+
+namespace {
+
+constexpr auto feedExamples = R"(
+One JSON object per line, one change of a value per object, "at" in milliseconds (doc/feed.md has it all):
+  {"at": 0, "path": "/LEVEL", "create": "number", "value": -30, "lower": -150, "upper": 50}
+  {"at": 0, "record": "On"}
+  {"at": 1500, "path": "/LEVEL", "set": -31.5}
+
+Examples:
+  recstation -o recordings feed changes.jsonl
+  receiver-driver | recstation -o recordings feed)";
+
+void addFeedOptions(CLI::App& command, FeedOptions& options)
+{
+    command.footer(feedExamples);
+    addInputFile(command, options.file, "File to read; - is the standard input")
+        ->required(false)
+        ->capture_default_str();
+    addStart(command, "Recorded time of \"at\": 0 (default: the current time)",
+             [&options](unsigned long long time) { options.startTime = time; });
+    addStrict(command, options.strict);
+    command.add_flag("--keep-at", options.keepAt,
+                     "Record every plain value at its own \"at\", not at the \"time\" of the map before it");
+}
+
+}  // namespace
+
+std::shared_ptr<OfferedSource> offerFeed()
+{
+    const auto make = [](FeedOptions options, const SourceRun& run) {
+        options.keepAt = options.keepAt || !run.alone;  // with others, every change has its own time
+        return makeFeedSource(options, run.hooks);
+    };
+    return std::make_shared<SourceWith<FeedOptions>>(
+        SourceTraits{.name = "feed",
+                     .description = "Changes as JSON Lines from a file or another program",
+                     .turn = 5,
+                     .switchesRecorders = true},
+        addFeedOptions, make);
+}
+
+}  // namespace recstation

@@ -1,0 +1,23 @@
+// The sources in the order of the help: all that the program knows of them.
+#include "sources/registry.h"
+
+namespace recstation {
+
+using Offer = std::shared_ptr<OfferedSource>();  // each in its source's folder
+Offer offerSim, offerFeed, offerSweep, offerBearings, offerNmea;
+#if defined(RECSTATION_HAS_IQ)
+Offer offerIq;
+#endif
+
+std::vector<std::shared_ptr<OfferedSource>> offeredSources()
+{
+    return
+    {
+        offerSim(), offerFeed(), offerSweep(), offerBearings(), offerNmea(),
+#if defined(RECSTATION_HAS_IQ)
+            offerIq()
+#endif
+    };
+}
+
+}  // namespace recstation
