@@ -38,7 +38,9 @@ MoverReport MoverCore::run(const StopWish& stop)
         return m_report;
     }
     try {
-        open();
+        if (m_station == nullptr) {
+            m_station = std::make_unique<Station>(m_configuration);
+        }
         const std::unique_ptr<FileLock> lock =
             FileLock::tryLock(m_station->paths().moverLock(), FileLock::Mode::Exclusive, m_configuration.fileMode);
         if (lock == nullptr) {
@@ -56,13 +58,6 @@ MoverReport MoverCore::run(const StopWish& stop)
         due(m_registryNextTryMs);
     }
     return m_report;
-}
-
-void MoverCore::open()
-{
-    if (m_station == nullptr) {
-        m_station = std::make_unique<Station>(m_configuration);
-    }
 }
 
 void MoverCore::runLocked(const StopWish& stop)
@@ -209,19 +204,10 @@ bool MoverCore::moveOne(FileRow& file, std::int64_t createdMs, const StopWish& s
     if (!current || current->state != file.state || current->version != file.version) {
         return true;
     }
-    switch (attempt(file, createdMs, stop)) {
-        case Outcome::Moved:
-            ++m_report.moved;
-            return true;
-        case Outcome::Waits:
-            ++m_report.waiting;
-            return true;
-        case Outcome::Failed:
-            return true;
-        case Outcome::StorageAway:
-            return false;
-    }
-    return true;
+    const Outcome outcome = attempt(file, createdMs, stop);
+    m_report.moved += outcome == Outcome::Moved ? 1 : 0;
+    m_report.waiting += outcome == Outcome::Waits ? 1 : 0;
+    return outcome != Outcome::StorageAway;
 }
 
 MoverCore::Outcome MoverCore::attempt(FileRow& file, std::int64_t createdMs, const StopWish& stop)

@@ -23,11 +23,9 @@ private:
     using Group = std::vector<PendingFile>;
     enum class Outcome { Moved, Waits, Failed, StorageAway };
 
-    void open();
     void runLocked(const StopWish& stop);
     void moveDue(const StopWish& stop);
     [[nodiscard]] std::vector<Group> pendingGroups();
-    [[nodiscard]] bool isPaused(const Group& group) const;
     [[nodiscard]] bool storageIsThere();
     bool moveGroup(Group& group, const StopWish& stop);
     [[nodiscard]] bool isFinished(Group& group);

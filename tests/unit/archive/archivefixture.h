@@ -57,7 +57,7 @@ struct ManualClock {
 /// What these tests are about outlasts a process, not a power cut; in memory they are many times faster.
 inline QString temporaryTemplate()
 {
-    const QFileInfo memory(QStringLiteral("/dev/shm"));
+    const QFileInfo memory("/dev/shm");
     return (memory.isWritable() ? memory.filePath() : QDir::tempPath()) + QStringLiteral("/archive-test-XXXXXX");
 }
 
@@ -88,9 +88,8 @@ inline QString newGroup(Zelvo::ZelvoClient& client, const QString& directory,
 {
     QString settled = directory;
     constexpr unsigned long long Most = 52'428'800;
-    return client.CreateFileGroup(QStringLiteral("2"), expires, QStringLiteral("Start Time:now"),
-                                  QStringLiteral("Scan-Records (Recording2)"), Zelvo::FileType::Recording, Most,
-                                  QStringLiteral("Scan Recording - 12-00-00"), settled, QString());
+    return client.CreateFileGroup("2", expires, "Start Time:now", "Scan-Records (Recording2)",
+                                  Zelvo::FileType::Recording, Most, "Scan Recording - 12-00-00", settled, QString());
 }
 
 inline Zelvo::ZelvoUrl url(const QString& guid, std::uint32_t id)
@@ -102,14 +101,14 @@ inline Zelvo::ZelvoUrl url(const QString& guid, std::uint32_t id)
 inline std::uint32_t beginFile(Zelvo::ZelvoClient& client, const QString& guid, const QString& directory,
                                const QString& base, const QByteArray& bytes)
 {
-    writeFile(directory + QLatin1Char('/') + base + QStringLiteral(".tmp"), bytes);
-    return client.AddFile(base + QStringLiteral(".rec"), guid);
+    writeFile(directory + QLatin1Char('/') + base + ".tmp", bytes);
+    return client.AddFile(base + ".rec", guid);
 }
 
 inline void finishFile(const QString& directory, const QString& base)
 {
-    ASSERT_TRUE(QFile::rename(directory + QLatin1Char('/') + base + QStringLiteral(".tmp"),
-                              directory + QLatin1Char('/') + base + QStringLiteral(".rec")));
+    ASSERT_TRUE(
+        QFile::rename(directory + QLatin1Char('/') + base + ".tmp", directory + QLatin1Char('/') + base + ".rec"));
 }
 
 /// A whole recording of one file. @return its address
@@ -133,7 +132,7 @@ protected:
     }
 
     [[nodiscard]] QString folder() const { return m_folder.path(); }
-    [[nodiscard]] QString storage() const { return m_folder.filePath(QStringLiteral("storage")); }
+    [[nodiscard]] QString storage() const { return m_folder.filePath("storage"); }
     [[nodiscard]] Zelvo::ArchiveConfiguration& configuration() { return m_station.configuration; }
     [[nodiscard]] QString recordings() const { return m_station.recordings(); }
     [[nodiscard]] QString recording(const QString& name) const { return m_station.recording(name); }

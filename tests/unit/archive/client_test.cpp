@@ -24,7 +24,7 @@ protected:
     [[nodiscard]] QStringList cached() const
     {
         QStringList names;
-        QDirIterator walk(folder() + QStringLiteral("/archive/cache"), QDir::Files, QDirIterator::Subdirectories);
+        QDirIterator walk(folder() + "/archive/cache", QDir::Files, QDirIterator::Subdirectories);
         while (walk.hasNext()) {
             walk.next();
             names += walk.fileName();
@@ -96,10 +96,10 @@ TEST_F(Requests, ForReadingGiveTheFetchedFileToSeveral)
 {
     ZelvoClient client(configuration());
     ZelvoClient other(configuration());
-    const ZelvoUrl address = recordAndMove(client, QStringLiteral("a"), bytesOf(1'000));
+    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(1'000));
     const QString path = client.RequestFile(address, LockState::Shared);
     EXPECT_EQ(readFile(path), bytesOf(1'000));
-    EXPECT_TRUE(path.endsWith(QStringLiteral("/a.rec")));
+    EXPECT_TRUE(path.endsWith("/a.rec"));
     EXPECT_EQ(other.RequestFile(address, LockState::Shared), path);
     EXPECT_TRUE(other.RequestFile(address, LockState::Shared).isEmpty()) << "it has the file open already";
     EXPECT_EQ(other.GetError(), ZelvoError::Locked);
@@ -109,7 +109,7 @@ TEST_F(Requests, ForWritingAreForOneAlone)
 {
     ZelvoClient client(configuration());
     ZelvoClient other(configuration());
-    const ZelvoUrl address = recordAndMove(client, QStringLiteral("a"), bytesOf(1'000));
+    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(1'000));
     ASSERT_FALSE(client.RequestFile(address, LockState::Exclusive).isEmpty());
     for (const LockState lock : {LockState::Shared, LockState::Exclusive}) {
         EXPECT_TRUE(other.RequestFile(address, lock).isEmpty());
@@ -124,7 +124,7 @@ TEST_F(Requests, ForWritingAreForOneAlone)
 TEST_F(Requests, ForWritingMakeANewVersionWhenTheFileIsClosed)
 {
     ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, QStringLiteral("a"), bytesOf(1'000));
+    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(1'000));
     const QString before = file(address).storedPath;
     const QString path = client.RequestFile(address, LockState::Exclusive);
     writeFile(path, bytesOf(2'000, 1));
@@ -147,7 +147,7 @@ TEST_F(Requests, ForWritingMakeANewVersionWhenTheFileIsClosed)
 TEST_F(Requests, ForWritingThatChangeNothingStoreNothing)
 {
     ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, QStringLiteral("a"), bytesOf(1'000));
+    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(1'000));
     const QString path = client.RequestFile(address, LockState::Exclusive);
     client.CloseFile(address);
     EXPECT_EQ(file(address).state, FileState::Moved);
@@ -158,7 +158,7 @@ TEST_F(Requests, ForWritingThatChangeNothingStoreNothing)
 TEST_F(Requests, OfADeadProcessAreReleasedAndItsHalfDoneChangesDropped)
 {
     ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, QStringLiteral("a"), bytesOf(1'000));
+    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(1'000));
     Holder holder(configuration(), address, LockState::Exclusive);
     EXPECT_TRUE(client.RequestFile(address, LockState::Shared).isEmpty());
     EXPECT_EQ(client.GetError(), ZelvoError::Locked);
@@ -176,7 +176,7 @@ TEST_F(Requests, OfADeadReaderAreReleased)
     ZelvoUrl address;
     {
         ZelvoClient client(configuration());
-        address = recordAndMove(client, QStringLiteral("a"), bytesOf(1'000));
+        address = recordAndMove(client, "a", bytesOf(1'000));
     }
     Holder holder(configuration(), address, LockState::Shared);
     ZelvoClient client(configuration());
@@ -190,7 +190,7 @@ TEST_F(Requests, AreReleasedWithTheClient)
     ZelvoUrl address;
     {
         ZelvoClient client(configuration());
-        address = recordAndMove(client, QStringLiteral("a"), bytesOf(1'000));
+        address = recordAndMove(client, "a", bytesOf(1'000));
         writeFile(client.RequestFile(address, LockState::Exclusive), bytesOf(1));
     }
     ZelvoClient client(configuration());
@@ -200,7 +200,7 @@ TEST_F(Requests, AreReleasedWithTheClient)
 TEST_F(Requests, ForACopyThatWasAlteredAreRefused)
 {
     ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, QStringLiteral("a"), bytesOf(1'000));
+    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(1'000));
     const QString path = storage() + QLatin1Char('/') + file(address).storedPath;
     writeFile(path, bytesOf(1'000, 1));
     expectRefused(client, address.toString(), ZelvoError::Damaged);
@@ -224,8 +224,8 @@ TEST_F(Requests, ForACopyThatWasAlteredAreRefused)
 TEST_F(Requests, WhoseTimeIsOverAreNotKnownToAnArchive)
 {
     ZelvoClient client(configuration());
-    expectRefused(client, QStringLiteral("zelvo:///4c1c3b0e-0000-4000-8000-000000000000/1"), ZelvoError::UnknownFile);
-    client.CloseFile(ZelvoUrl(QStringLiteral("zelvo:///4c1c3b0e-0000-4000-8000-000000000000/1")));
+    expectRefused(client, "zelvo:///4c1c3b0e-0000-4000-8000-000000000000/1", ZelvoError::UnknownFile);
+    client.CloseFile(ZelvoUrl("zelvo:///4c1c3b0e-0000-4000-8000-000000000000/1"));
     EXPECT_EQ(client.GetError(), ZelvoError::UnknownFile);
 }
 
@@ -255,10 +255,10 @@ TEST_F(Cache, KeepsWithinItsLimitWithoutWhatIsInUse)
 TEST_F(Cache, FetchesOnceWhatIsReadTwice)
 {
     ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, QStringLiteral("a"), bytesOf(1'000));
+    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(1'000));
     const QString path = client.RequestFile(address, LockState::Shared);
     client.CloseFile(address);
-    ASSERT_TRUE(QDir().rename(storage(), storage() + QStringLiteral(".away")));
+    ASSERT_TRUE(QDir().rename(storage(), storage() + ".away"));
     EXPECT_EQ(client.RequestFile(address, LockState::Shared), path);
     EXPECT_EQ(readFile(path), bytesOf(1'000));
 }
@@ -268,7 +268,7 @@ TEST_F(Registration, NeedsAGroupThatIsThere)
     ZelvoClient client(configuration());
     for (const QString& guid : {QString(), QStringLiteral("ERROR"), QStringLiteral("Initial GUID String"),
                                 QStringLiteral("4c1c3b0e-0000-4000-8000-000000000000")}) {
-        EXPECT_EQ(client.AddFile(QStringLiteral("a.rec"), guid), 0U);
+        EXPECT_EQ(client.AddFile("a.rec", guid), 0U);
         EXPECT_EQ(client.GetError(), ZelvoError::UnknownGroup);
         client.MoveToNas(guid);
         EXPECT_EQ(client.GetError(), ZelvoError::UnknownGroup);
@@ -300,7 +300,7 @@ TEST_F(Registration, KeepsTextsThatLookLikeCommandsOfTheRegistry)
     EXPECT_EQ(archive.group(guid)->data.description, text);
     EXPECT_EQ(archive.group(guid)->data.user, text);
     EXPECT_EQ(archive.files(guid).at(0).name, name);
-    EXPECT_TRUE(archive.files(QStringLiteral("' OR '1'='1")).empty());
+    EXPECT_TRUE(archive.files("' OR '1'='1").empty());
 }
 
 TEST_F(Security, RefusesNamesThatAreNotOneComponentOfAPath)
@@ -333,7 +333,7 @@ TEST_F(Security, RefusesDirectoriesThatAreNotAbsolute)
     ZelvoClient client(configuration());
     for (const QString& directory : {QString(), QStringLiteral("recordings"), QStringLiteral("../x"),
                                      recordings() + QChar(0) + QStringLiteral("/x")}) {
-        EXPECT_EQ(newGroup(client, directory), QStringLiteral("ERROR")) << directory.toStdString();
+        EXPECT_EQ(newGroup(client, directory), "ERROR") << directory.toStdString();
         EXPECT_EQ(client.GetError(), ZelvoError::BadName);
     }
 }
@@ -341,7 +341,7 @@ TEST_F(Security, RefusesDirectoriesThatAreNotAbsolute)
 TEST_F(Security, RefusesAddressesThatTheArchiveCannotHaveGiven)
 {
     ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, QStringLiteral("a"), bytesOf(10));
+    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(10));
     const QString guid = file(address).guid;
     const QStringList texts = {QString(),
                                QStringLiteral("/etc/passwd"),
@@ -374,10 +374,10 @@ TEST_F(Security, MovesNoFileThatIsALink)
 {
     const QString secret = folder() + QStringLiteral("/secret");
     writeFile(secret, bytesOf(10));
-    ASSERT_TRUE(QFile::link(secret, recording(QStringLiteral("a.rec"))));
+    ASSERT_TRUE(QFile::link(secret, recording("a.rec")));
     ZelvoClient client(configuration());
     const QString guid = newGroup(client, recordings());
-    const std::uint32_t id = client.AddFile(QStringLiteral("a.rec"), guid);
+    const std::uint32_t id = client.AddFile("a.rec", guid);
     client.MoveToNas(guid);
     EXPECT_EQ(move().failed, 1);
     EXPECT_TRUE(stored().isEmpty());
@@ -389,7 +389,7 @@ TEST_F(Security, MovesNoFileThatIsALink)
 TEST_F(Security, FollowsNoLinkInTheStorage)
 {
     ZelvoClient client(configuration());
-    const ZelvoUrl first = recordAndMove(client, QStringLiteral("a"), bytesOf(10));
+    const ZelvoUrl first = recordAndMove(client, "a", bytesOf(10));
     const QString path = storage() + QLatin1Char('/') + file(first).storedPath;
     const QString secret = folder() + QStringLiteral("/secret");
     writeFile(secret, bytesOf(10));
@@ -397,7 +397,7 @@ TEST_F(Security, FollowsNoLinkInTheStorage)
     ASSERT_TRUE(QFile::link(secret, path));
     expectRefused(client, first.toString(), ZelvoError::Damaged);
     // A directory of the storage that is a link leads outside for reading and for writing.
-    const ZelvoUrl second = recordOne(client, recordings(), QStringLiteral("b"), bytesOf(10));
+    const ZelvoUrl second = recordOne(client, recordings(), "b", bytesOf(10));
     const QString outside = folder() + QStringLiteral("/outside");
     ASSERT_TRUE(QDir().mkpath(outside));
     const QString month = QFileInfo(path).dir().path().section(QLatin1Char('/'), 0, -2);
@@ -405,19 +405,19 @@ TEST_F(Security, FollowsNoLinkInTheStorage)
     ASSERT_TRUE(QFile::link(outside, group));
     EXPECT_EQ(move().failed, 1);
     EXPECT_TRUE(QDir(outside).isEmpty());
-    EXPECT_EQ(file(second).error, group + QStringLiteral(" should be a directory of the storage and is none"));
+    EXPECT_EQ(file(second).error, group + " should be a directory of the storage and is none");
 }
 
 TEST_F(Security, BelievesNoPathOfTheRegistryThatLeavesTheStorage)
 {
     ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, QStringLiteral("a"), bytesOf(10));
+    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(10));
     const QString guid = file(address).guid;
-    Database database(configuration().directory + QStringLiteral("/archive.sqlite"), 0600);
+    Database database(configuration().directory + "/archive.sqlite", 0600);
     for (const QString& path : {QStringLiteral("/etc/passwd"), QStringLiteral("../../../../etc/passwd"),
                                 QStringLiteral("2026-11/%1/../../../x").arg(guid),
                                 QStringLiteral("2026-11/%1/1-..").arg(guid), QStringLiteral("..")}) {
-        EXPECT_EQ(database.change(QStringLiteral("UPDATE group_files SET stored_path = :path"), {{"path", path}}), 1);
+        EXPECT_EQ(database.change("UPDATE group_files SET stored_path = :path", {{"path", path}}), 1);
         expectRefused(client, address.toString(), ZelvoError::BadName);
     }
 }
@@ -425,11 +425,11 @@ TEST_F(Security, BelievesNoPathOfTheRegistryThatLeavesTheStorage)
 TEST_F(Security, BelievesNoNameOfTheRegistryThatLeavesTheCache)
 {
     ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, QStringLiteral("a"), bytesOf(10));
-    Database database(configuration().directory + QStringLiteral("/archive.sqlite"), 0600);
+    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(10));
+    Database database(configuration().directory + "/archive.sqlite", 0600);
     for (const QString& name :
          {QStringLiteral("../../../outside"), QStringLiteral("/tmp/outside"), QStringLiteral(".."), QString()}) {
-        EXPECT_EQ(database.change(QStringLiteral("UPDATE group_files SET name = :name"), {{"name", name}}), 1);
+        EXPECT_EQ(database.change("UPDATE group_files SET name = :name", {{"name", name}}), 1);
         expectRefused(client, address.toString(), ZelvoError::BadName);
     }
 }
@@ -437,9 +437,9 @@ TEST_F(Security, BelievesNoNameOfTheRegistryThatLeavesTheCache)
 TEST_F(Security, BelievesNoGroupOfTheRegistryThatLeavesTheLocks)
 {
     ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, QStringLiteral("a"), bytesOf(10));
-    Database database(configuration().directory + QStringLiteral("/archive.sqlite"), 0600);
-    database.run(QStringLiteral("PRAGMA foreign_keys = OFF"));
+    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(10));
+    Database database(configuration().directory + "/archive.sqlite", 0600);
+    database.run("PRAGMA foreign_keys = OFF");
     const QString elsewhere = QStringLiteral("../../outside");
     EXPECT_EQ(
         database.change(QStringLiteral("INSERT INTO group_files (guid, id, name, station, local_path, unfinished, "
@@ -452,14 +452,14 @@ TEST_F(Security, BelievesNoGroupOfTheRegistryThatLeavesTheLocks)
                               {{"guid", elsewhere}}),
               1);
     expectRefused(client, address.toString(), ZelvoError::BadName);
-    EXPECT_FALSE(QFile::exists(QDir::cleanPath(folder() + QStringLiteral("/outside_1"))));
+    EXPECT_FALSE(QFile::exists(QDir::cleanPath(folder() + "/outside_1")));
 }
 
 TEST_F(Security, FetchedFilesHaveTheConfiguredPermissions)
 {
     configuration().fileMode = 0640;
     ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, QStringLiteral("a"), bytesOf(10));
+    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(10));
     struct stat info = {};
     ASSERT_EQ(stat(QFile::encodeName(client.RequestFile(address, LockState::Shared)).constData(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777U, 0440U) << "nobody writes what several read";

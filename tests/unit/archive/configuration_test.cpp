@@ -9,7 +9,7 @@ namespace {
 QString refusalOf(const QString& text)
 {
     try {
-        static_cast<void>(ParseArchiveConfiguration(text, QStringLiteral("archive.toml")));
+        static_cast<void>(ParseArchiveConfiguration(text, "archive.toml"));
         return QStringLiteral("taken");
     } catch (const ArchiveError& error) {
         return error.text();
@@ -23,9 +23,9 @@ const QString Least = QStringLiteral("[archive]\nDirectory = \"/var/lib/a\"\nSto
 TEST(ArchiveConfiguration, NeedsADirectoryAndAStorageOnly)
 {
     const ArchiveConfiguration configuration =
-        ParseArchiveConfiguration(QStringLiteral("[receiver]\nValuePath = 7\n") + Least, QStringLiteral("a.toml"));
-    EXPECT_EQ(configuration.directory, QStringLiteral("/var/lib/a"));
-    EXPECT_EQ(configuration.storage, QStringLiteral("/mnt/b"));
+        ParseArchiveConfiguration(QStringLiteral("[receiver]\nValuePath = 7\n") + Least, "a.toml");
+    EXPECT_EQ(configuration.directory, "/var/lib/a");
+    EXPECT_EQ(configuration.storage, "/mnt/b");
     EXPECT_TRUE(configuration.registry.isEmpty());
     EXPECT_EQ(configuration.station, QSysInfo::machineHostName());
     EXPECT_FALSE(configuration.removeExpired);
@@ -37,9 +37,9 @@ TEST(ArchiveConfiguration, TakesEveryKey)
         Least + QStringLiteral("Registry = \"postgresql://rec@db.example:5433/archive\"\nStation = \"north\"\n"
                                "CacheBytes = 1_000\nFileMode = \"0600\"\nDirectoryMode = \"0700\"\n"
                                "RemoveExpired = true\nFirstPauseSeconds = 2\nLongestPauseSeconds = 60\n"),
-        QStringLiteral("a.toml"));
-    EXPECT_EQ(configuration.registry, QStringLiteral("postgresql://rec@db.example:5433/archive"));
-    EXPECT_EQ(configuration.station, QStringLiteral("north"));
+        "a.toml");
+    EXPECT_EQ(configuration.registry, "postgresql://rec@db.example:5433/archive");
+    EXPECT_EQ(configuration.station, "north");
     EXPECT_EQ(configuration.cacheBytes, 1'000U);
     EXPECT_EQ(configuration.fileMode, 0600U);
     EXPECT_EQ(configuration.directoryMode, 0700U);
@@ -50,31 +50,27 @@ TEST(ArchiveConfiguration, TakesEveryKey)
 
 TEST(ArchiveConfiguration, TellsWhereItIsWrong)
 {
-    EXPECT_EQ(refusalOf(QString()), QStringLiteral("archive.toml has no table [archive]"));
-    EXPECT_EQ(refusalOf(Least + QStringLiteral("Storge = 1\n")),
-              QStringLiteral("archive.toml:4: Storge of [archive] means nothing"));
-    EXPECT_EQ(refusalOf(Least + QStringLiteral("RemoveExpired = 1\n")),
-              QStringLiteral("archive.toml:4: RemoveExpired of [archive] must be true or false"));
-    EXPECT_EQ(refusalOf(Least + QStringLiteral("CacheBytes = -1\n")),
-              QStringLiteral("archive.toml:4: CacheBytes of [archive] must be from 0 to 9223372036854775807"));
-    EXPECT_EQ(refusalOf(Least + QStringLiteral("FileMode = \"rw\"\n")),
-              QStringLiteral("archive.toml:4: FileMode of [archive] must be permissions in octal such as \"0640\""));
-    EXPECT_EQ(refusalOf(QStringLiteral("[archive]\nDirectory = \"/a\"\n")),
-              QStringLiteral("the archive's configuration has no Storage"));
-    EXPECT_EQ(refusalOf(QStringLiteral("[archive]\nDirectory = \"a\"\nStorage = \"/b\"\n")),
-              QStringLiteral("Directory of the archive must be an absolute path, found \"a\""));
-    EXPECT_EQ(refusalOf(QStringLiteral("[archive]\nDirectory = \"/a\"\nStorage = \"/a/b\"\n")),
-              QStringLiteral("Directory and Storage of the archive must lie apart: /a, /a/b"));
-    EXPECT_TRUE(refusalOf(QStringLiteral("[archive\n")).startsWith(QStringLiteral("archive.toml:1: ")));
-    EXPECT_TRUE(refusalOf(Least + QStringLiteral("Registry = \"mysql://a/b\"\n"))
-                    .contains(QStringLiteral("postgresql://USER@HOST:PORT/DATABASE")));
+    EXPECT_EQ(refusalOf(QString()), "archive.toml has no table [archive]");
+    EXPECT_EQ(refusalOf(Least + "Storge = 1\n"), "archive.toml:4: Storge of [archive] means nothing");
+    EXPECT_EQ(refusalOf(Least + "RemoveExpired = 1\n"),
+              "archive.toml:4: RemoveExpired of [archive] must be true or false");
+    EXPECT_EQ(refusalOf(Least + "CacheBytes = -1\n"),
+              "archive.toml:4: CacheBytes of [archive] must be from 0 to 9223372036854775807");
+    EXPECT_EQ(refusalOf(Least + "FileMode = \"rw\"\n"),
+              "archive.toml:4: FileMode of [archive] must be permissions in octal such as \"0640\"");
+    EXPECT_EQ(refusalOf("[archive]\nDirectory = \"/a\"\n"), "the archive's configuration has no Storage");
+    EXPECT_EQ(refusalOf("[archive]\nDirectory = \"a\"\nStorage = \"/b\"\n"),
+              "Directory of the archive must be an absolute path, found \"a\"");
+    EXPECT_EQ(refusalOf("[archive]\nDirectory = \"/a\"\nStorage = \"/a/b\"\n"),
+              "Directory and Storage of the archive must lie apart: /a, /a/b");
+    EXPECT_TRUE(refusalOf("[archive\n").startsWith("archive.toml:1: "));
+    EXPECT_TRUE(refusalOf(Least + "Registry = \"mysql://a/b\"\n").contains("postgresql://USER@HOST:PORT/DATABASE"));
 }
 
 TEST(ArchiveConfiguration, RefusesWhatTheParserDoesNotExpectToo)
 {
-    EXPECT_TRUE(refusalOf(Least + QStringLiteral("[,a]\n")).startsWith(QStringLiteral("archive.toml:4: ")));
-    EXPECT_TRUE(refusalOf(Least + QString(QChar(0xFC)) + QStringLiteral(" = 1\n"))
-                    .startsWith(QStringLiteral("archive.toml:4: ")));
+    EXPECT_TRUE(refusalOf(Least + "[,a]\n").startsWith("archive.toml:4: "));
+    EXPECT_TRUE(refusalOf(Least + QString(QChar(0xFC)) + " = 1\n").startsWith("archive.toml:4: "));
 }
 
 TEST(ArchiveConfiguration, RefusesAPasswordAndDoesNotRepeatIt)
@@ -82,15 +78,15 @@ TEST(ArchiveConfiguration, RefusesAPasswordAndDoesNotRepeatIt)
     for (const QString& registry : {QStringLiteral("postgresql://rec:s3cr3t@db/archive"),
                                     QStringLiteral("postgresql://rec@db/archive?password=s3cr3t")}) {
         const QString refusal = refusalOf(Least + QStringLiteral("Registry = \"%1\"\n").arg(registry));
-        EXPECT_TRUE(refusal.contains(QStringLiteral("PGPASSWORD"))) << refusal.toStdString();
-        EXPECT_FALSE(refusal.contains(QStringLiteral("s3cr3t")));
+        EXPECT_TRUE(refusal.contains("PGPASSWORD")) << refusal.toStdString();
+        EXPECT_FALSE(refusal.contains("s3cr3t"));
     }
 }
 
 TEST(ProcessArchive, IsWhatClientsWithoutAConfigurationUse)
 {
     const QTemporaryDir folder(temporaryTemplate());
-    StationFolder station(folder.path(), folder.filePath(QStringLiteral("storage")));
+    StationFolder station(folder.path(), folder.filePath("storage"));
     EXPECT_FALSE(ZelvoClient::IsZelvoAvailable());
     SetProcessArchive(station.configuration);
     EXPECT_FALSE(ZelvoClient::IsZelvoAvailable()) << "it is not set up";
@@ -107,8 +103,8 @@ TEST(ProcessArchive, IsWhatClientsWithoutAConfigurationUse)
 TEST(ProcessArchive, IsTheOneOfTheEnvironmentWhereNoneIsSet)
 {
     const QTemporaryDir folder(temporaryTemplate());
-    StationFolder station(folder.path(), folder.filePath(QStringLiteral("storage")));
-    const QString path = folder.filePath(QStringLiteral("archive.toml"));
+    StationFolder station(folder.path(), folder.filePath("storage"));
+    const QString path = folder.filePath("archive.toml");
     writeFile(path, QStringLiteral("[archive]\nDirectory = \"%1\"\nStorage = \"%2\"\n")
                         .arg(station.configuration.directory, station.configuration.storage)
                         .toUtf8());
@@ -126,7 +122,7 @@ class SetUp : public ArchiveTest {};
 TEST_F(SetUp, CanBeRepeatedAndChangesNothing)
 {
     ZelvoClient client(configuration());
-    recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10));
+    recordOne(client, recordings(), "a", bytesOf(10));
     SetUpArchive(configuration());
     EXPECT_EQ(Archive(configuration()).status().waiting, 1);
     EXPECT_EQ(move().moved, 1);
@@ -134,9 +130,9 @@ TEST_F(SetUp, CanBeRepeatedAndChangesNothing)
 
 TEST_F(SetUp, WritesNoSecondMarkIntoAStorageThatIsAway)
 {
-    ASSERT_TRUE(QFile::remove(storage() + QStringLiteral("/.zelvo-storage")));
+    ASSERT_TRUE(QFile::remove(storage() + "/.zelvo-storage"));
     SetUpArchive(configuration());
-    EXPECT_FALSE(QFile::exists(storage() + QStringLiteral("/.zelvo-storage")));
+    EXPECT_FALSE(QFile::exists(storage() + "/.zelvo-storage"));
     EXPECT_FALSE(Archive(configuration()).status().storageUsable);
 }
 
@@ -151,7 +147,7 @@ TEST_F(SetUp, KeepsADirectoryForOneStation)
 TEST_F(SetUp, NeedsAStorageThatIsThere)
 {
     const QTemporaryDir folder(temporaryTemplate());
-    StationFolder station(folder.path(), folder.filePath(QStringLiteral("storage")));
+    StationFolder station(folder.path(), folder.filePath("storage"));
     ASSERT_TRUE(QDir().rmdir(station.configuration.storage));
     EXPECT_THROW(SetUpArchive(station.configuration), ArchiveError);
 }

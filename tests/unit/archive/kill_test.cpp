@@ -87,13 +87,13 @@ protected:
         inAnotherProcess([this] {
             Files files;
             ZelvoClient client(configuration());
-            const ZelvoUrl edited = recordOne(client, recordings(), QStringLiteral("edited"), bytesOf(500, 9));
+            const ZelvoUrl edited = recordOne(client, recordings(), "edited", bytesOf(500, 9));
             MoverCore(configuration(), files, clock.clock()).run({});
             const QString path = client.RequestFile(edited, LockState::Exclusive);
             writeFile(path, bytesOf(700, 10));
             client.CloseFile(edited);
-            recordOne(client, recordings(), QStringLiteral("large"), bytesOf(PieceBytes + 1'000, 1));
-            recordOne(client, recordings(), QStringLiteral("empty"), QByteArray());
+            recordOne(client, recordings(), "large", bytesOf(PieceBytes + 1'000, 1));
+            recordOne(client, recordings(), "empty", QByteArray());
             const QString guid = newGroup(client, recordings());
             for (int part = 0; part < 2; ++part) {
                 beginFile(client, guid, recordings(), QString::number(part), bytesOf(100, part));
@@ -164,7 +164,7 @@ protected:
     {
         EXPECT_EQ(stored().size(), static_cast<int>(expected.size())) << stored().join(QLatin1Char(' ')).toStdString();
         EXPECT_TRUE(QDir(recordings()).isEmpty());
-        EXPECT_TRUE(QDir(configuration().directory + QStringLiteral("/edited")).isEmpty());
+        EXPECT_TRUE(QDir(configuration().directory + "/edited").isEmpty());
         Archive archive(configuration());
         for (const GroupInfo& group : archive.groups()) {
             for (const FileInfo& file : archive.files(group.data.guid)) {
@@ -261,7 +261,7 @@ TEST_F(FailingStorage, AtEachStepDelaysAndLosesNothing)
         SteppedFiles files([&failed, runs, kind = kinds[static_cast<std::size_t>(runs) % 3]](int step) {
             if (step == runs) {
                 failed = true;
-                throw FileError(kind, QStringLiteral("injected"));
+                throw FileError(kind, "injected");
             }
         });
         const MoverReport report = move(files);
@@ -285,7 +285,7 @@ TEST_F(FailingStorage, ThatComesAndGoesDelaysAndLosesNothing)
             chance = chance * 1'664'525U + 1'013'904'223U;
             if ((chance >> 16U) % 12U == 0) {
                 ++failures;
-                throw FileError(FileError::Kind::Away, QStringLiteral("injected"));
+                throw FileError(FileError::Kind::Away, "injected");
             }
         });
         move(files);
@@ -305,7 +305,7 @@ protected:
             GTEST_SKIP() << "no file system can be mounted here";
         }
         m_mounted = true;
-        ASSERT_TRUE(QDir(folder() + QStringLiteral("/archive")).removeRecursively());
+        ASSERT_TRUE(QDir(folder() + "/archive").removeRecursively());
         SetUpArchive(configuration());
         record();
     }
@@ -330,7 +330,7 @@ TEST_F(MountedStorage, ThatIsReadOnlyDelays)
     remount(MS_RDONLY, "size=4m");
     const MoverReport report = move();
     EXPECT_EQ(report.moved, 0);
-    EXPECT_TRUE(report.problem.endsWith(QStringLiteral("Read-only file system"))) << report.problem.toStdString();
+    EXPECT_TRUE(report.problem.endsWith("Read-only file system")) << report.problem.toStdString();
     expectNothingLost();
     remount(0, "size=4m");
     clock.now += 2 * configuration().longestPauseMs;
@@ -342,7 +342,7 @@ TEST_F(MountedStorage, ThatGoesAwayAndComesBackDelays)
 {
     remount(0, "size=4m");
     ASSERT_EQ(mount("none", path().constData(), "tmpfs", 0, "size=4m"), 0) << "hides the storage";
-    EXPECT_TRUE(move().problem.contains(QStringLiteral("is the share mounted?")));
+    EXPECT_TRUE(move().problem.contains("is the share mounted?"));
     ASSERT_EQ(umount2(path().constData(), 0), 0);
     clock.now += 2 * configuration().longestPauseMs;
     EXPECT_EQ(move().failed, 0);
@@ -354,8 +354,7 @@ TEST_F(MountedStorage, ThatIsFullTakesWhatFitsAndTheRestWhenThereIsRoom)
     const MoverReport report = move();
     EXPECT_EQ(report.failed, 1);
     EXPECT_EQ(report.moved, 4);
-    EXPECT_TRUE(report.messages.at(0).endsWith(QStringLiteral("No space left on device")))
-        << report.messages.at(0).toStdString();
+    EXPECT_TRUE(report.messages.at(0).endsWith("No space left on device")) << report.messages.at(0).toStdString();
     expectNothingLost();
     EXPECT_EQ(Archive(configuration()).status().failed, 1);
     remount(0, "size=4m");

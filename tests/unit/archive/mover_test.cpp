@@ -38,12 +38,12 @@ TEST_F(Moving, TakesAFinishedRecordingToTheStorageAndDeletesTheOriginal)
 {
     ZelvoClient client(configuration());
     const QByteArray bytes = bytesOf(100'000);
-    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytes);
+    const ZelvoUrl address = recordOne(client, recordings(), "a", bytes);
     const MoverReport report = move();
     EXPECT_TRUE(report.problem.isEmpty()) << report.problem.toStdString();
     EXPECT_EQ(report.moved, 1);
     EXPECT_EQ(report.bytes, bytes.size());
-    EXPECT_FALSE(QFile::exists(recording(QStringLiteral("a.rec"))));
+    EXPECT_FALSE(QFile::exists(recording("a.rec")));
     EXPECT_EQ(stored().size(), 1);
     EXPECT_EQ(storedBytes(address), bytes);
     const FileInfo info = file(address);
@@ -57,22 +57,22 @@ TEST_F(Moving, TakesAFinishedRecordingToTheStorageAndDeletesTheOriginal)
 TEST_F(Moving, KeepsWhatTheClientSaidOfAGroup)
 {
     ZelvoClient client(configuration());
-    client.SetUser(QStringLiteral("Arbitary Username"));
+    client.SetUser("Arbitary Username");
     const QDateTime expires(QDate(2031, 2, 3), QTime(4, 5, 6));
     const QString guid = newGroup(client, recordings(), expires);
     const std::optional<GroupInfo> group = Archive(configuration()).group(guid);
     ASSERT_TRUE(group);
     EXPECT_EQ(group->data.guid, guid);
-    EXPECT_EQ(group->data.user, QStringLiteral("Arbitary Username"));
-    EXPECT_EQ(group->data.description, QStringLiteral("Scan-Records (Recording2)"));
+    EXPECT_EQ(group->data.user, "Arbitary Username");
+    EXPECT_EQ(group->data.description, "Scan-Records (Recording2)");
     EXPECT_EQ(group->data.type, FileType::Recording);
     EXPECT_EQ(group->data.maxBytes, 52'428'800U);
     EXPECT_EQ(group->data.expires, expires);
-    EXPECT_EQ(group->version, QStringLiteral("2"));
-    EXPECT_EQ(group->title, QStringLiteral("Scan Recording - 12-00-00"));
-    EXPECT_EQ(group->startText, QStringLiteral("Start Time:now"));
+    EXPECT_EQ(group->version, "2");
+    EXPECT_EQ(group->title, "Scan Recording - 12-00-00");
+    EXPECT_EQ(group->startText, "Start Time:now");
     EXPECT_EQ(group->directory, recordings());
-    EXPECT_EQ(group->station, QStringLiteral("north"));
+    EXPECT_EQ(group->station, "north");
     EXPECT_EQ(group->state, GroupState::Open);
 }
 
@@ -80,10 +80,10 @@ TEST_F(Groups, StayUntilTheyAreAskedFor)
 {
     ZelvoClient client(configuration());
     const QString guid = newGroup(client, recordings());
-    beginFile(client, guid, recordings(), QStringLiteral("a"), bytesOf(10));
-    finishFile(recordings(), QStringLiteral("a"));
+    beginFile(client, guid, recordings(), "a", bytesOf(10));
+    finishFile(recordings(), "a");
     EXPECT_EQ(move().moved, 0);
-    EXPECT_TRUE(QFile::exists(recording(QStringLiteral("a.rec"))));
+    EXPECT_TRUE(QFile::exists(recording("a.rec")));
     client.MoveToNas(guid);
     EXPECT_EQ(move().moved, 1);
 }
@@ -107,16 +107,15 @@ TEST_F(Groups, StayAsAWholeWhileOneMemberIsStillRecorded)
 {
     ZelvoClient client(configuration());
     const QString guid = newGroup(client, recordings());
-    const std::uint32_t first = beginFile(client, guid, recordings(), QStringLiteral("a"), bytesOf(10, 1));
-    const std::uint32_t second = beginFile(client, guid, recordings(), QStringLiteral("b"), bytesOf(10, 2));
-    finishFile(recordings(), QStringLiteral("a"));
+    const std::uint32_t first = beginFile(client, guid, recordings(), "a", bytesOf(10, 1));
+    const std::uint32_t second = beginFile(client, guid, recordings(), "b", bytesOf(10, 2));
+    finishFile(recordings(), "a");
     client.MoveToNas(guid);
     const MoverReport report = move();
     EXPECT_EQ(report.moved, 0);
     EXPECT_EQ(report.waiting, 2);
-    EXPECT_EQ(file(url(guid, second)).error,
-              QStringLiteral("is still recorded as ") + recording(QStringLiteral("b.tmp")));
-    finishFile(recordings(), QStringLiteral("b"));
+    EXPECT_EQ(file(url(guid, second)).error, QStringLiteral("is still recorded as ") + recording("b.tmp"));
+    finishFile(recordings(), "b");
     EXPECT_EQ(move().moved, 2);
     EXPECT_EQ(storedBytes(url(guid, first)), bytesOf(10, 1));
     EXPECT_EQ(storedBytes(url(guid, second)), bytesOf(10, 2));
@@ -126,11 +125,11 @@ TEST_F(Groups, KnowAMemberWhoseUnfinishedNameHasDots)
 {
     ZelvoClient client(configuration());
     const QString guid = newGroup(client, recordings());
-    writeFile(recording(QStringLiteral("rx.1.tmp")), bytesOf(10));
-    client.AddFile(QStringLiteral("rx.rec"), guid);
+    writeFile(recording("rx.1.tmp"), bytesOf(10));
+    client.AddFile("rx.rec", guid);
     client.MoveToNas(guid);
     EXPECT_EQ(move().failed, 0);
-    QFile::rename(recording(QStringLiteral("rx.1.tmp")), recording(QStringLiteral("rx.rec")));
+    QFile::rename(recording("rx.1.tmp"), recording("rx.rec"));
     EXPECT_EQ(move().moved, 1);
 }
 
@@ -142,17 +141,17 @@ TEST_F(Groups, TakeAFileOfAnotherRecorderFromWhereItIs)
     ZelvoClient one(configuration());
     ZelvoClient two(configuration());
     const QString first = newGroup(one, recordings());
-    const std::uint32_t a1 = beginFile(one, first, recordings(), QStringLiteral("a1"), bytesOf(10, 1));
+    const std::uint32_t a1 = beginFile(one, first, recordings(), "a1", bytesOf(10, 1));
     const QString second = newGroup(two, other);
-    const std::uint32_t b1 = beginFile(two, second, other, QStringLiteral("b1"), bytesOf(10, 2));
-    finishFile(recordings(), QStringLiteral("a1"));
-    const std::uint32_t a2 = beginFile(one, second, recordings(), QStringLiteral("a2"), bytesOf(10, 3));
+    const std::uint32_t b1 = beginFile(two, second, other, "b1", bytesOf(10, 2));
+    finishFile(recordings(), "a1");
+    const std::uint32_t a2 = beginFile(one, second, recordings(), "a2", bytesOf(10, 3));
     // The first group is never asked for, but its process has gone on with another.
     EXPECT_EQ(move().moved, 1);
-    finishFile(recordings(), QStringLiteral("a2"));
+    finishFile(recordings(), "a2");
     one.MoveToNas(second);
     EXPECT_EQ(move().moved, 0) << "b1 is still recorded";
-    finishFile(other, QStringLiteral("b1"));
+    finishFile(other, "b1");
     two.MoveToNas(second);
     EXPECT_EQ(move().moved, 2);
     EXPECT_EQ(storedBytes(url(first, a1)), bytesOf(10, 1));
@@ -167,10 +166,10 @@ TEST_F(Groups, WhoseFileBearsItsLastNameFromTheBeginningStayUntilTheyAreAskedFor
     ZelvoClient one(configuration());
     ZelvoClient two(configuration());
     const QString first = newGroup(one, recordings());
-    writeFile(recording(QStringLiteral("a.rec")), bytesOf(10));
-    QFile open(recording(QStringLiteral("a.rec")));
+    writeFile(recording("a.rec"), bytesOf(10));
+    QFile open(recording("a.rec"));
     ASSERT_TRUE(open.open(QIODevice::ReadWrite));
-    const std::uint32_t a = one.AddFile(QStringLiteral("a.rec"), first);
+    const std::uint32_t a = one.AddFile("a.rec", first);
     newGroup(two, recordings());  // the process goes on with another group
     const MoverReport report = move();
     EXPECT_EQ(report.moved, 0);
@@ -186,9 +185,9 @@ TEST_F(Groups, ThatShareAFileMoveItOnce)
     ZelvoClient client(configuration());
     const QString first = newGroup(client, recordings());
     const QString second = newGroup(client, recordings());
-    const std::uint32_t a = beginFile(client, first, recordings(), QStringLiteral("a"), bytesOf(10));
-    const std::uint32_t b = client.AddFile(QStringLiteral("a.rec"), second);
-    finishFile(recordings(), QStringLiteral("a"));
+    const std::uint32_t a = beginFile(client, first, recordings(), "a", bytesOf(10));
+    const std::uint32_t b = client.AddFile("a.rec", second);
+    finishFile(recordings(), "a");
     client.MoveToNas(second);
     client.MoveToNas(second);
     client.MoveToNas(first);
@@ -207,9 +206,9 @@ TEST_F(Groups, ThatShareAFileMoveItOnce)
 TEST_F(Groups, KeepAFileThatIsRecordedAnewUnderTheNameOfAMovedOne)
 {
     ZelvoClient client(configuration());
-    const ZelvoUrl first = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10, 1));
+    const ZelvoUrl first = recordOne(client, recordings(), "a", bytesOf(10, 1));
     EXPECT_EQ(move().moved, 1);
-    const ZelvoUrl second = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10, 2));
+    const ZelvoUrl second = recordOne(client, recordings(), "a", bytesOf(10, 2));
     clock.now += 1'000;
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(storedBytes(first), bytesOf(10, 1));
@@ -221,8 +220,8 @@ TEST_F(Groups, OfADeadRecorderAreMovedWithoutBeingAskedFor)
     inAnotherProcess([this] {
         ZelvoClient client(configuration());
         const QString guid = newGroup(client, recordings());
-        beginFile(client, guid, recordings(), QStringLiteral("a"), bytesOf(10));
-        finishFile(recordings(), QStringLiteral("a"));
+        beginFile(client, guid, recordings(), "a", bytesOf(10));
+        finishFile(recordings(), "a");
     });
     EXPECT_EQ(move().moved, 1);
     Archive archive(configuration());
@@ -234,32 +233,31 @@ TEST_F(Groups, OfADeadRecorderWaitForTheRecoveryOfItsLastFile)
     inAnotherProcess([this] {
         ZelvoClient client(configuration());
         const QString guid = newGroup(client, recordings());
-        beginFile(client, guid, recordings(), QStringLiteral("a"), bytesOf(10));
-        finishFile(recordings(), QStringLiteral("a"));
-        beginFile(client, guid, recordings(), QStringLiteral("b"), bytesOf(20));
+        beginFile(client, guid, recordings(), "a", bytesOf(10));
+        finishFile(recordings(), "a");
+        beginFile(client, guid, recordings(), "b", bytesOf(20));
     });
     EXPECT_EQ(move().moved, 0);
     const std::vector<FileInfo> waiting = Archive(configuration()).status().notMoved;
     ASSERT_EQ(waiting.size(), 2U);
-    EXPECT_EQ(
-        waiting[1].error,
-        QStringLiteral("waits until %1, whose recorder ended, is recovered").arg(recording(QStringLiteral("b.tmp"))));
-    finishFile(recordings(), QStringLiteral("b"));
+    EXPECT_EQ(waiting[1].error,
+              QStringLiteral("waits until %1, whose recorder ended, is recovered").arg(recording("b.tmp")));
+    finishFile(recordings(), "b");
     EXPECT_EQ(move().moved, 2);
 }
 
 TEST_F(Groups, WaitForTheRecoveryOfAFileWhoseClosingFailed)
 {
     ZelvoClient client(configuration());
-    const QString journal = recording(QStringLiteral("a.tmp.journal"));
+    const QString journal = recording("a.tmp.journal");
     writeFile(journal, "what can make it whole");
-    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10));
+    const ZelvoUrl address = recordOne(client, recordings(), "a", bytesOf(10));
     EXPECT_EQ(move().moved, 0);
     EXPECT_EQ(
         file(address).error,
         QStringLiteral("waits until it is recovered: closing it had failed, and %1 can make it whole").arg(journal));
     ASSERT_TRUE(QFile::remove(journal));
-    writeFile(recording(QStringLiteral("a.rec")), bytesOf(20));
+    writeFile(recording("a.rec"), bytesOf(20));
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(storedBytes(address), bytesOf(20));
 }
@@ -267,19 +265,19 @@ TEST_F(Groups, WaitForTheRecoveryOfAFileWhoseClosingFailed)
 TEST_F(Moving, TellsOfAFileThatVanishedAndTriesAgainLaterAndLater)
 {
     ZelvoClient client(configuration());
-    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10));
-    QFile::remove(recording(QStringLiteral("a.rec")));
+    const ZelvoUrl address = recordOne(client, recordings(), "a", bytesOf(10));
+    QFile::remove(recording("a.rec"));
     std::int64_t last = 0;
     for (const std::int64_t pause : {5'000, 10'000, 20'000}) {
         const MoverReport report = move();
         EXPECT_EQ(report.failed, 1);
         EXPECT_EQ(report.nextRunMs, clock.now + pause);
-        EXPECT_EQ(file(address).error, recording(QStringLiteral("a.rec")) + QStringLiteral(" is missing"));
+        EXPECT_EQ(file(address).error, recording("a.rec") + " is missing");
         EXPECT_EQ(move().failed, 0) << "not before its time";
         clock.now += pause;
         EXPECT_EQ(file(address).attempts, ++last);
     }
-    writeFile(recording(QStringLiteral("a.rec")), bytesOf(10));
+    writeFile(recording("a.rec"), bytesOf(10));
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(file(address).attempts, 0);
 }
@@ -287,32 +285,31 @@ TEST_F(Moving, TellsOfAFileThatVanishedAndTriesAgainLaterAndLater)
 TEST_F(Moving, NeverReplacesAnotherFileInTheStorage)
 {
     ZelvoClient client(configuration());
-    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10, 1));
+    const ZelvoUrl address = recordOne(client, recordings(), "a", bytesOf(10, 1));
     const GroupInfo group = Archive(configuration()).groups().at(0);
-    const QString path =
-        storage() + QLatin1Char('/') + storedName(group.createdMs, {group.data.guid, 1}, 1, QStringLiteral("a.rec"));
+    const QString path = storage() + QLatin1Char('/') + storedName(group.createdMs, {group.data.guid, 1}, 1, "a.rec");
     QDir().mkpath(QFileInfo(path).path());
     writeFile(path, bytesOf(10, 2));
     EXPECT_EQ(move().failed, 1);
-    EXPECT_EQ(file(address).error, path + QStringLiteral(" exists already and is another file; it is not replaced"));
+    EXPECT_EQ(file(address).error, path + " exists already and is another file; it is not replaced");
     EXPECT_EQ(readFile(path), bytesOf(10, 2));
-    EXPECT_EQ(readFile(recording(QStringLiteral("a.rec"))), bytesOf(10, 1));
+    EXPECT_EQ(readFile(recording("a.rec")), bytesOf(10, 1));
 }
 
 TEST_F(Moving, DoesNotTakeAnEmptyMountPointForTheStorage)
 {
     ZelvoClient client(configuration());
-    recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10));
-    ASSERT_TRUE(QDir().rename(storage(), storage() + QStringLiteral(".away")));
+    recordOne(client, recordings(), "a", bytesOf(10));
+    ASSERT_TRUE(QDir().rename(storage(), storage() + ".away"));
     ASSERT_TRUE(QDir().mkpath(storage()));
     MoverReport report = move();
     EXPECT_EQ(report.moved, 0);
     EXPECT_EQ(report.waiting, 1);
-    EXPECT_TRUE(report.problem.contains(QStringLiteral("is the share mounted?"))) << report.problem.toStdString();
+    EXPECT_TRUE(report.problem.contains("is the share mounted?")) << report.problem.toStdString();
     EXPECT_TRUE(stored().isEmpty());
     EXPECT_EQ(Archive(configuration()).status().stations.at(0).storageError, report.problem);
     ASSERT_TRUE(QDir().rmdir(storage()));
-    ASSERT_TRUE(QDir().rename(storage() + QStringLiteral(".away"), storage()));
+    ASSERT_TRUE(QDir().rename(storage() + ".away", storage()));
     EXPECT_EQ(move().moved, 0) << "not before its time";
     clock.now = report.nextRunMs;
     EXPECT_EQ(move().moved, 1);
@@ -321,8 +318,8 @@ TEST_F(Moving, DoesNotTakeAnEmptyMountPointForTheStorage)
 
 TEST_F(Moving, RefusesTheStorageOfAnotherArchive)
 {
-    writeFile(storage() + QStringLiteral("/.zelvo-storage"), "4c1c3b0e-0000-4000-8000-000000000000\n");
-    EXPECT_TRUE(move().problem.endsWith(QStringLiteral("is the storage of another archive")));
+    writeFile(storage() + "/.zelvo-storage", "4c1c3b0e-0000-4000-8000-000000000000\n");
+    EXPECT_TRUE(move().problem.endsWith("is the storage of another archive"));
 }
 
 TEST_F(Moving, MakesFilesWithTheConfiguredPermissions)
@@ -330,7 +327,7 @@ TEST_F(Moving, MakesFilesWithTheConfiguredPermissions)
     configuration().fileMode = 0604;
     configuration().directoryMode = 0705;
     ZelvoClient client(configuration());
-    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10));
+    const ZelvoUrl address = recordOne(client, recordings(), "a", bytesOf(10));
     EXPECT_EQ(move().moved, 1);
     struct stat info = {};
     const QString path = storage() + QLatin1Char('/') + file(address).storedPath;
@@ -355,12 +352,12 @@ TEST_F(Moving, MakesFilesWithTheirPermissionsLessTheMaskOfTheProcess)
     for (const auto& [fileMode, mask, made] :
          {Case{0640, 0022, 0640}, Case{0640, 0077, 0600}, Case{0664, 0002, 0664}}) {
         const QTemporaryDir own(temporaryTemplate());
-        StationFolder station(own.path(), own.filePath(QStringLiteral("storage")));
+        StationFolder station(own.path(), own.filePath("storage"));
         station.configuration.fileMode = fileMode;
         const mode_t before = umask(mask);
         SetUpArchive(station.configuration);
         ZelvoClient client(station.configuration);
-        const ZelvoUrl address = recordOne(client, station.recordings(), QStringLiteral("a"), bytesOf(10));
+        const ZelvoUrl address = recordOne(client, station.recordings(), "a", bytesOf(10));
         Files files;
         EXPECT_EQ(MoverCore(station.configuration, files).run({}).moved, 1);
         umask(before);
@@ -370,14 +367,14 @@ TEST_F(Moving, MakesFilesWithTheirPermissionsLessTheMaskOfTheProcess)
         }
         const QString stored = Archive(station.configuration).file(address)->storedPath;
         EXPECT_EQ(modeOf(station.configuration.storage + QLatin1Char('/') + stored), made);
-        EXPECT_EQ(modeOf(station.configuration.storage + QStringLiteral("/.zelvo-storage")), made);
+        EXPECT_EQ(modeOf(station.configuration.storage + "/.zelvo-storage"), made);
     }
 }
 
 TEST_F(Moving, LeavesTheWorkToAnotherOneThatIsAtIt)
 {
     const std::unique_ptr<FileLock> lock =
-        FileLock::tryLock(configuration().directory + QStringLiteral("/mover.lock"), FileLock::Mode::Exclusive, 0600);
+        FileLock::tryLock(configuration().directory + "/mover.lock", FileLock::Mode::Exclusive, 0600);
     ASSERT_NE(lock, nullptr);
     EXPECT_TRUE(move().otherMover);
 }
@@ -385,9 +382,9 @@ TEST_F(Moving, LeavesTheWorkToAnotherOneThatIsAtIt)
 TEST_F(Moving, DeletesAnOriginalThatIsReadWhenItIsClosed)
 {
     ZelvoClient client(configuration());
-    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10));
+    const ZelvoUrl address = recordOne(client, recordings(), "a", bytesOf(10));
     const QString path = client.RequestFile(address, LockState::Shared);
-    EXPECT_EQ(path, recording(QStringLiteral("a.rec")));
+    EXPECT_EQ(path, recording("a.rec"));
     EXPECT_EQ(move().moved, 0);
     EXPECT_EQ(file(address).state, FileState::Stored);
     EXPECT_TRUE(QFile::exists(path));
@@ -400,7 +397,7 @@ TEST_F(Moving, DeletesAnOriginalThatIsReadWhenItIsClosed)
 TEST_F(Moving, LeavesAFileAloneThatIsOpenForWriting)
 {
     ZelvoClient client(configuration());
-    const ZelvoUrl address = recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10));
+    const ZelvoUrl address = recordOne(client, recordings(), "a", bytesOf(10));
     const QString path = client.RequestFile(address, LockState::Exclusive);
     EXPECT_EQ(move().moved, 0);
     EXPECT_EQ(file(address).state, FileState::Waiting);
@@ -414,8 +411,8 @@ TEST_F(Moving, RemovesExpiredGroupsOnlyWhenItMay)
 {
     ZelvoClient client(configuration());
     const QString guid = newGroup(client, recordings(), QDateTime::fromMSecsSinceEpoch(clock.now + 1'000));
-    const std::uint32_t id = beginFile(client, guid, recordings(), QStringLiteral("a"), bytesOf(10));
-    finishFile(recordings(), QStringLiteral("a"));
+    const std::uint32_t id = beginFile(client, guid, recordings(), "a", bytesOf(10));
+    finishFile(recordings(), "a");
     client.MoveToNas(guid);
     EXPECT_EQ(move().moved, 1);
     clock.now += 10'000;
@@ -439,12 +436,10 @@ TEST_F(Moving, RemovesTheOtherExpiredFilesWhenTheRegistryNamesAPathElsewhere)
     }
     client.MoveToNas(guid);
     EXPECT_EQ(move().moved, 2);
-    const QString outside = recording(QStringLiteral("outside"));
+    const QString outside = recording("outside");
     writeFile(outside, bytesOf(10));
-    Database database(configuration().directory + QStringLiteral("/archive.sqlite"), 0600);
-    EXPECT_EQ(
-        database.change(QStringLiteral("UPDATE group_files SET stored_path = :path WHERE id = 1"), {{"path", outside}}),
-        1);
+    Database database(configuration().directory + "/archive.sqlite", 0600);
+    EXPECT_EQ(database.change("UPDATE group_files SET stored_path = :path WHERE id = 1", {{"path", outside}}), 1);
     clock.now += 10'000;
     configuration().removeExpired = true;
     const MoverReport report = move();
@@ -458,7 +453,7 @@ TEST_F(Moving, RemovesTheOtherExpiredFilesWhenTheRegistryNamesAPathElsewhere)
 TEST_F(Moving, StopsBetweenPiecesWithoutLeavingAnything)
 {
     ZelvoClient client(configuration());
-    recordOne(client, recordings(), QStringLiteral("a"), bytesOf(3'000'000));
+    recordOne(client, recordings(), "a", bytesOf(3'000'000));
     Files files;
     int asked = 0;
     const MoverReport report = MoverCore(configuration(), files, clock.clock()).run([&asked] { return ++asked == 3; });
@@ -480,11 +475,11 @@ TEST_F(Moving, DoesNotBelieveAStorageThatKeepsOtherBytes)
         }
     };
     ZelvoClient client(configuration());
-    recordOne(client, recordings(), QStringLiteral("a"), bytesOf(10));
+    recordOne(client, recordings(), "a", bytesOf(10));
     Forgetful files;
     const MoverReport report = move(files);
     EXPECT_EQ(report.failed, 1);
-    EXPECT_TRUE(report.messages.at(0).endsWith(QStringLiteral("is not what was written")));
+    EXPECT_TRUE(report.messages.at(0).endsWith("is not what was written"));
     EXPECT_TRUE(stored().isEmpty());
-    EXPECT_EQ(readFile(recording(QStringLiteral("a.rec"))), bytesOf(10));
+    EXPECT_EQ(readFile(recording("a.rec")), bytesOf(10));
 }

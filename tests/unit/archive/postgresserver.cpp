@@ -19,10 +19,10 @@ namespace {
 // Debian keeps the server's programs out of the search path.
 QString programs()
 {
-    const QDir versions(QStringLiteral("/usr/lib/postgresql"));
+    const QDir versions("/usr/lib/postgresql");
     for (const QString& version : versions.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name | QDir::Reversed)) {
         const QString folder = versions.filePath(version) + QStringLiteral("/bin");
-        if (QFile::exists(folder + QStringLiteral("/initdb")) && QFile::exists(folder + QStringLiteral("/pg_ctl"))) {
+        if (QFile::exists(folder + "/initdb") && QFile::exists(folder + "/pg_ctl")) {
             return folder;
         }
     }
@@ -42,10 +42,10 @@ QString PostgresServer::missing()
     if (programs().isEmpty()) {
         return QStringLiteral("PostgreSQL is not installed");
     }
-    if (!QSqlDatabase::isDriverAvailable(QStringLiteral("QPSQL"))) {
+    if (!QSqlDatabase::isDriverAvailable("QPSQL")) {
         return QStringLiteral("Qt's driver for PostgreSQL is not installed");
     }
-    if (!otherUser().isEmpty() && QStandardPaths::findExecutable(QStringLiteral("setpriv")).isEmpty()) {
+    if (!otherUser().isEmpty() && QStandardPaths::findExecutable("setpriv").isEmpty()) {
         return QStringLiteral("PostgreSQL does not run as root, and setpriv is not installed");
     }
     return {};
@@ -53,7 +53,7 @@ QString PostgresServer::missing()
 
 PostgresServer::PostgresServer(const QString& password) : m_folder(temporaryTemplate())
 {
-    const QString passwordFile = m_folder.filePath(QStringLiteral("password"));
+    const QString passwordFile = m_folder.filePath("password");
     writeFile(passwordFile, (password + QLatin1Char('\n')).toUtf8());
     if (!otherUser().isEmpty()) {
         const passwd* user = getpwnam("nobody");  // NOLINT(concurrency-mt-unsafe): one thread
@@ -64,11 +64,11 @@ PostgresServer::PostgresServer(const QString& password) : m_folder(temporaryTemp
             }
         }
     }
-    m_made = run(QStringLiteral("initdb"),
-                 {QStringLiteral("--pgdata"), m_folder.filePath(QStringLiteral("data")), QStringLiteral("--username"),
-                  QStringLiteral("archive"), QStringLiteral("--pwfile"), passwordFile, QStringLiteral("--auth"),
-                  password.isEmpty() ? QStringLiteral("trust") : QStringLiteral("scram-sha-256"),
-                  QStringLiteral("--no-sync"), QStringLiteral("--no-locale"), QStringLiteral("--encoding=UTF8")});
+    m_made =
+        run("initdb", {QStringLiteral("--pgdata"), m_folder.filePath("data"), QStringLiteral("--username"),
+                       QStringLiteral("archive"), QStringLiteral("--pwfile"), passwordFile, QStringLiteral("--auth"),
+                       password.isEmpty() ? QStringLiteral("trust") : QStringLiteral("scram-sha-256"),
+                       QStringLiteral("--no-sync"), QStringLiteral("--no-locale"), QStringLiteral("--encoding=UTF8")});
 }
 
 PostgresServer::~PostgresServer()
@@ -80,18 +80,16 @@ bool PostgresServer::start()
 {
     const QString options =
         QStringLiteral("-k %1 -c listen_addresses= -c fsync=off -c shared_buffers=8MB").arg(m_folder.path());
-    return m_made && run(QStringLiteral("pg_ctl"),
-                         {QStringLiteral("start"), QStringLiteral("--wait"), QStringLiteral("--pgdata"),
-                          m_folder.filePath(QStringLiteral("data")), QStringLiteral("--log"),
-                          m_folder.filePath(QStringLiteral("log")), QStringLiteral("--options"), options});
+    return m_made && run("pg_ctl", {QStringLiteral("start"), QStringLiteral("--wait"), QStringLiteral("--pgdata"),
+                                    m_folder.filePath("data"), QStringLiteral("--log"), m_folder.filePath("log"),
+                                    QStringLiteral("--options"), options});
 }
 
 void PostgresServer::stop()
 {
-    if (m_made && QFile::exists(m_folder.filePath(QStringLiteral("data/postmaster.pid")))) {
-        run(QStringLiteral("pg_ctl"),
-            {QStringLiteral("stop"), QStringLiteral("--wait"), QStringLiteral("--mode"), QStringLiteral("immediate"),
-             QStringLiteral("--pgdata"), m_folder.filePath(QStringLiteral("data"))});
+    if (m_made && QFile::exists(m_folder.filePath("data/postmaster.pid"))) {
+        run("pg_ctl", {QStringLiteral("stop"), QStringLiteral("--wait"), QStringLiteral("--mode"),
+                       QStringLiteral("immediate"), QStringLiteral("--pgdata"), m_folder.filePath("data")});
     }
 }
 
@@ -114,12 +112,12 @@ bool PostgresServer::run(const QString& program, const QStringList& arguments)
     process.setWorkingDirectory(m_folder.path());
     process.setProcessChannelMode(QProcess::MergedChannels);
     // The server keeps what it inherits; a pipe would never end.
-    process.setStandardOutputFile(m_folder.filePath(QStringLiteral("output")));
+    process.setStandardOutputFile(m_folder.filePath("output"));
     process.start(command, all);
     constexpr int Patience = 60'000;
     const bool good =
         process.waitForFinished(Patience) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-    m_output = QString::fromLocal8Bit(readFile(m_folder.filePath(QStringLiteral("output"))));
+    m_output = QString::fromLocal8Bit(readFile(m_folder.filePath("output")));
     return good;
 }
 

@@ -132,7 +132,7 @@ TEST_F(SharedRegistry, ThatIsDownStopsNoRequestAndIsToldLater)
     server->stop();
     QElapsedTimer timer;
     timer.start();
-    const ZelvoUrl address = recordOne(client, north.recordings(), QStringLiteral("a"), bytesOf(10));
+    const ZelvoUrl address = recordOne(client, north.recordings(), "a", bytesOf(10));
     EXPECT_EQ(client.GetError(), ZelvoError::None);
     EXPECT_TRUE(client.RequestFile(address, LockState::Shared).isEmpty());
     EXPECT_EQ(client.GetError(), ZelvoError::Unreachable);
@@ -141,7 +141,7 @@ TEST_F(SharedRegistry, ThatIsDownStopsNoRequestAndIsToldLater)
     const MoverReport report = move(north);
     EXPECT_EQ(report.moved, 0);
     EXPECT_FALSE(report.problem.isEmpty());
-    EXPECT_TRUE(QFile::exists(north.recording(QStringLiteral("a.rec"))));
+    EXPECT_TRUE(QFile::exists(north.recording("a.rec")));
     EXPECT_THROW(Archive{north.configuration}, ArchiveError);
     ASSERT_TRUE(server->start()) << server->output().toStdString();
     EXPECT_EQ(move(north).moved, 1);
@@ -167,15 +167,15 @@ TEST_F(SharedRegistry, OfRecordingsOfOneNameGivesEachItsOwn)
     const auto record = [&](const char* base, int seed) {
         const QString guid = newGroup(client, north.recordings());
         writeFile(north.recording(QString::fromLatin1(base)), bytesOf(10, seed));
-        return url(guid, client.AddFile(QStringLiteral("St.rec"), guid));
+        return url(guid, client.AddFile("St.rec", guid));
     };
     const ZelvoUrl first = record("St.1.tmp", 1);
-    ASSERT_TRUE(QFile::rename(north.recording(QStringLiteral("St.1.tmp")), north.recording(QStringLiteral("St.rec"))));
+    ASSERT_TRUE(QFile::rename(north.recording("St.1.tmp"), north.recording("St.rec")));
     client.MoveToNas(first.toString().section(QLatin1Char('/'), 3, 3));
     const ZelvoUrl second = record("St.2.tmp", 2);
     EXPECT_EQ(move(north).moved, 1);
     EXPECT_EQ(Archive(south.configuration).file(second)->state, FileState::Waiting);
-    ASSERT_TRUE(QFile::rename(north.recording(QStringLiteral("St.2.tmp")), north.recording(QStringLiteral("St.rec"))));
+    ASSERT_TRUE(QFile::rename(north.recording("St.2.tmp"), north.recording("St.rec")));
     client.MoveToNas(second.toString().section(QLatin1Char('/'), 3, 3));
     EXPECT_EQ(move(north).moved, 1);
     ZelvoClient other(south.configuration);
@@ -186,7 +186,7 @@ TEST_F(SharedRegistry, OfRecordingsOfOneNameGivesEachItsOwn)
 TEST_F(SharedRegistry, TellsWhereAFileIsThatIsNotMovedYet)
 {
     ZelvoClient client(north.configuration);
-    const ZelvoUrl address = recordOne(client, north.recordings(), QStringLiteral("a"), bytesOf(10));
+    const ZelvoUrl address = recordOne(client, north.recordings(), "a", bytesOf(10));
     EXPECT_FALSE(client.RequestFile(address, LockState::Shared).isEmpty());
     client.CloseFile(address);
     ZelvoClient other(south.configuration);
@@ -200,7 +200,7 @@ TEST_F(SharedRegistry, TellsWhereAFileIsThatIsNotMovedYet)
 TEST_F(SharedRegistry, LetsOneStationWriteAtATime)
 {
     ZelvoClient client(north.configuration);
-    const ZelvoUrl address = recordOne(client, north.recordings(), QStringLiteral("a"), bytesOf(10));
+    const ZelvoUrl address = recordOne(client, north.recordings(), "a", bytesOf(10));
     ASSERT_EQ(move(north).moved, 1);
     ZelvoClient other(south.configuration);
     const QString edited = other.RequestFile(address, LockState::Exclusive);
@@ -220,10 +220,10 @@ TEST_F(SharedRegistry, LetsOneStationWriteAtATime)
 
 TEST_F(SharedRegistry, RefusesASecondStationOfTheSameName)
 {
-    StationFolder impostor(path("impostor"), path("storage"), QStringLiteral("north"));
+    StationFolder impostor(path("impostor"), path("storage"), "north");
     impostor.configuration.registry = server->registry();
     EXPECT_THROW(SetUpArchive(impostor.configuration), ArchiveError);
-    EXPECT_TRUE(move(impostor).problem.contains(QStringLiteral("another station of the name \"north\"")));
+    EXPECT_TRUE(move(impostor).problem.contains("another station of the name \"north\""));
 }
 
 // Others write the registry too: what it says of paths must not make a mover read or delete a file.
@@ -232,10 +232,10 @@ TEST_F(SharedRegistry, CannotMakeAMoverTakeAFileThatWasNeverRegistered)
     const QString secret = path("secret");
     writeFile(secret, bytesOf(10));
     ZelvoClient client(north.configuration);
-    const ZelvoUrl address = recordOne(client, north.recordings(), QStringLiteral("a"), bytesOf(10));
+    const ZelvoUrl address = recordOne(client, north.recordings(), "a", bytesOf(10));
     EXPECT_EQ(Archive(north.configuration).status().waiting, 1);
     Database database(server->registry(), 0600);
-    EXPECT_EQ(database.change(QStringLiteral("UPDATE group_files SET local_path = :path"), {{"path", secret}}), 1);
+    EXPECT_EQ(database.change("UPDATE group_files SET local_path = :path", {{"path", secret}}), 1);
     database.change(QStringLiteral("INSERT INTO group_files (guid, id, name, station, local_path, unfinished, created) "
                                    "SELECT guid, 7, 'secret', station, :path, '', created FROM file_groups"),
                     {{"path", secret}});
@@ -243,7 +243,7 @@ TEST_F(SharedRegistry, CannotMakeAMoverTakeAFileThatWasNeverRegistered)
     EXPECT_EQ(report.moved, 1);
     EXPECT_EQ(report.failed, 1);
     EXPECT_TRUE(QFile::exists(secret));
-    EXPECT_FALSE(QFile::exists(north.recording(QStringLiteral("a.rec"))));
+    EXPECT_FALSE(QFile::exists(north.recording("a.rec")));
 }
 
 TEST(PasswordOfTheRegistry, ComesFromTheEnvironmentAndReachesNoMessage)
@@ -253,25 +253,25 @@ TEST(PasswordOfTheRegistry, ComesFromTheEnvironmentAndReachesNoMessage)
         GTEST_SKIP() << missing.toStdString();
     }
     const QTemporaryDir folder(temporaryTemplate());
-    PostgresServer server(QStringLiteral("s3cr3t-w0rd"));
+    PostgresServer server("s3cr3t-w0rd");
     ASSERT_TRUE(server.start()) << server.output().toStdString();
-    StationFolder station(folder.path(), folder.filePath(QStringLiteral("storage")));
+    StationFolder station(folder.path(), folder.filePath("storage"));
     station.configuration.registry = server.registry();
     try {
         qputenv("PGPASSWORD", "wr0ng-s3cr3t");
         SetUpArchive(station.configuration);
         ADD_FAILURE() << "was let in with a wrong password";
     } catch (const ArchiveError& error) {
-        EXPECT_FALSE(error.text().contains(QStringLiteral("s3cr3t"))) << error.what();
+        EXPECT_FALSE(error.text().contains("s3cr3t")) << error.what();
     }
     qputenv("PGPASSWORD", "s3cr3t-w0rd");
     SetUpArchive(station.configuration);
     qunsetenv("PGPASSWORD");
-    const QString file = folder.filePath(QStringLiteral("pgpass"));
+    const QString file = folder.filePath("pgpass");
     writeFile(file, "*:*:*:archive:s3cr3t-w0rd\n");
     ASSERT_TRUE(QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner));
     qputenv("PGPASSFILE", QFile::encodeName(file));
     const ArchiveStatus status = Archive(station.configuration).status();
-    EXPECT_FALSE(status.registry.contains(QStringLiteral("s3cr3t")));
+    EXPECT_FALSE(status.registry.contains("s3cr3t"));
     qunsetenv("PGPASSFILE");
 }
