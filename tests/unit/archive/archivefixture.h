@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -83,8 +84,8 @@ private:
     QString m_root;
 };
 
-inline QString newGroup(Zelvo::ZelvoClient& client, const QString& directory,
-                        const QDateTime& expires = QDateTime::currentDateTime().addDays(7))
+inline QString groupOf(Zelvo::ZelvoClient& client, const QString& directory,
+                       const QDateTime& expires = QDateTime::currentDateTime().addDays(7))
 {
     QString settled = directory;
     constexpr unsigned long long Most = 52'428'800;
@@ -115,7 +116,7 @@ inline void finishFile(const QString& directory, const QString& base)
 inline Zelvo::ZelvoUrl recordOne(Zelvo::ZelvoClient& client, const QString& directory, const QString& base,
                                  const QByteArray& bytes)
 {
-    const QString guid = newGroup(client, directory);
+    const QString guid = groupOf(client, directory);
     const std::uint32_t id = beginFile(client, guid, directory, base, bytes);
     finishFile(directory, base);
     client.MoveToNas(guid);
@@ -165,12 +166,30 @@ protected:
         return readFile(storage() + QLatin1Char('/') + file(address).storedPath);
     }
 
+    /// Made at its first use.
+    [[nodiscard]] Zelvo::ZelvoClient& client() { return m_client ? *m_client : m_client.emplace(configuration()); }
+    QString newGroup(const QDateTime& expires = QDateTime::currentDateTime().addDays(7))
+    {
+        return ArchiveTests::groupOf(client(), recordings(), expires);
+    }
+    std::uint32_t begin(const QString& guid, const QString& base, const QByteArray& bytes)
+    {
+        return beginFile(client(), guid, recordings(), base, bytes);
+    }
+    void finish(const QString& base) const { finishFile(recordings(), base); }
+    /// A whole recording of one file. @return its address
+    Zelvo::ZelvoUrl record(const QString& base, const QByteArray& bytes)
+    {
+        return recordOne(client(), recordings(), base, bytes);
+    }
+
     ManualClock clock;
 
 private:
     QTemporaryDir m_folder{temporaryTemplate()};
     StationFolder m_station{m_folder.path(), storage()};
     Zelvo::Files m_files;
+    std::optional<Zelvo::ZelvoClient> m_client;
 };
 
 }  // namespace ArchiveTests

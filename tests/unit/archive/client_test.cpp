@@ -15,9 +15,9 @@ namespace {
 
 class Requests : public ArchiveTest {
 protected:
-    ZelvoUrl recordAndMove(ZelvoClient& client, const QString& base, const QByteArray& bytes)
+    ZelvoUrl recordAndMove(const QString& base, const QByteArray& bytes)
     {
-        const ZelvoUrl address = recordOne(client, recordings(), base, bytes);
+        const ZelvoUrl address = record(base, bytes);
         EXPECT_EQ(move().moved, 1);
         return address;
     }
@@ -32,12 +32,12 @@ protected:
         names.sort();
         return names;
     }
-    void expectRefused(ZelvoClient& client, const QString& text, ZelvoError code)
+    void expectRefused(const QString& text, ZelvoError code)
     {
         for (const LockState lock : {LockState::Shared, LockState::Exclusive}) {
-            EXPECT_TRUE(client.RequestFile(ZelvoUrl(text), lock).isEmpty()) << text.toStdString();
-            EXPECT_EQ(client.GetError(), code) << text.toStdString();
-            EXPECT_FALSE(client.GetErrorString().isEmpty());
+            EXPECT_TRUE(client().RequestFile(ZelvoUrl(text), lock).isEmpty()) << text.toStdString();
+            EXPECT_EQ(client().GetError(), code) << text.toStdString();
+            EXPECT_FALSE(client().GetErrorString().isEmpty());
         }
     }
 };
@@ -94,10 +94,9 @@ private:
 
 TEST_F(Requests, ForReadingGiveTheFetchedFileToSeveral)
 {
-    ZelvoClient client(configuration());
     ZelvoClient other(configuration());
-    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(1'000));
-    const QString path = client.RequestFile(address, LockState::Shared);
+    const ZelvoUrl address = recordAndMove("a", bytesOf(1'000));
+    const QString path = client().RequestFile(address, LockState::Shared);
     EXPECT_EQ(readFile(path), bytesOf(1'000));
     EXPECT_TRUE(path.endsWith("/a.rec"));
     EXPECT_EQ(other.RequestFile(address, LockState::Shared), path);
@@ -107,33 +106,31 @@ TEST_F(Requests, ForReadingGiveTheFetchedFileToSeveral)
 
 TEST_F(Requests, ForWritingAreForOneAlone)
 {
-    ZelvoClient client(configuration());
     ZelvoClient other(configuration());
-    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(1'000));
-    ASSERT_FALSE(client.RequestFile(address, LockState::Exclusive).isEmpty());
+    const ZelvoUrl address = recordAndMove("a", bytesOf(1'000));
+    ASSERT_FALSE(client().RequestFile(address, LockState::Exclusive).isEmpty());
     for (const LockState lock : {LockState::Shared, LockState::Exclusive}) {
         EXPECT_TRUE(other.RequestFile(address, lock).isEmpty());
         EXPECT_EQ(other.GetError(), ZelvoError::Locked);
     }
-    client.CloseFile(address);
+    client().CloseFile(address);
     ASSERT_FALSE(other.RequestFile(address, LockState::Shared).isEmpty());
-    EXPECT_TRUE(client.RequestFile(address, LockState::Exclusive).isEmpty());
-    EXPECT_EQ(client.GetError(), ZelvoError::Locked);
+    EXPECT_TRUE(client().RequestFile(address, LockState::Exclusive).isEmpty());
+    EXPECT_EQ(client().GetError(), ZelvoError::Locked);
 }
 
 TEST_F(Requests, ForWritingMakeANewVersionWhenTheFileIsClosed)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(1'000));
+    const ZelvoUrl address = recordAndMove("a", bytesOf(1'000));
     const QString before = file(address).storedPath;
-    const QString path = client.RequestFile(address, LockState::Exclusive);
+    const QString path = client().RequestFile(address, LockState::Exclusive);
     writeFile(path, bytesOf(2'000, 1));
     EXPECT_EQ(move().moved, 0) << "not while it is open";
-    client.CloseFile(address);
-    EXPECT_EQ(client.GetError(), ZelvoError::None);
+    client().CloseFile(address);
+    EXPECT_EQ(client().GetError(), ZelvoError::None);
     EXPECT_EQ(file(address).state, FileState::Edited);
-    EXPECT_EQ(readFile(client.RequestFile(address, LockState::Shared)), bytesOf(2'000, 1));
-    client.CloseFile(address);
+    EXPECT_EQ(readFile(client().RequestFile(address, LockState::Shared)), bytesOf(2'000, 1));
+    client().CloseFile(address);
     EXPECT_EQ(move().moved, 1);
     const FileInfo info = file(address);
     EXPECT_EQ(info.version, 2);
@@ -141,69 +138,56 @@ TEST_F(Requests, ForWritingMakeANewVersionWhenTheFileIsClosed)
     EXPECT_EQ(storedBytes(address), bytesOf(2'000, 1));
     EXPECT_NE(info.storedPath, before);
     EXPECT_EQ(stored(), QStringList(info.storedPath));
-    EXPECT_EQ(readFile(client.RequestFile(address, LockState::Shared)), bytesOf(2'000, 1));
+    EXPECT_EQ(readFile(client().RequestFile(address, LockState::Shared)), bytesOf(2'000, 1));
 }
 
 TEST_F(Requests, ForWritingThatChangeNothingStoreNothing)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(1'000));
-    const QString path = client.RequestFile(address, LockState::Exclusive);
-    client.CloseFile(address);
+    const ZelvoUrl address = recordAndMove("a", bytesOf(1'000));
+    const QString path = client().RequestFile(address, LockState::Exclusive);
+    client().CloseFile(address);
     EXPECT_EQ(file(address).state, FileState::Moved);
     EXPECT_FALSE(QFile::exists(path));
-    EXPECT_FALSE(client.RequestFile(address, LockState::Exclusive).isEmpty());
+    EXPECT_FALSE(client().RequestFile(address, LockState::Exclusive).isEmpty());
 }
 
 TEST_F(Requests, OfADeadProcessAreReleasedAndItsHalfDoneChangesDropped)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(1'000));
+    const ZelvoUrl address = recordAndMove("a", bytesOf(1'000));
     Holder holder(configuration(), address, LockState::Exclusive);
-    EXPECT_TRUE(client.RequestFile(address, LockState::Shared).isEmpty());
-    EXPECT_EQ(client.GetError(), ZelvoError::Locked);
+    EXPECT_TRUE(client().RequestFile(address, LockState::Shared).isEmpty());
+    EXPECT_EQ(client().GetError(), ZelvoError::Locked);
     holder.end();
-    EXPECT_EQ(readFile(client.RequestFile(address, LockState::Shared)), bytesOf(1'000));
-    client.CloseFile(address);
-    EXPECT_EQ(readFile(client.RequestFile(address, LockState::Exclusive)), bytesOf(1'000));
-    client.CloseFile(address);
+    EXPECT_EQ(readFile(client().RequestFile(address, LockState::Shared)), bytesOf(1'000));
+    client().CloseFile(address);
+    EXPECT_EQ(readFile(client().RequestFile(address, LockState::Exclusive)), bytesOf(1'000));
+    client().CloseFile(address);
     EXPECT_EQ(move().failed, 0);
     EXPECT_EQ(storedBytes(address), bytesOf(1'000));
 }
 
 TEST_F(Requests, OfADeadReaderAreReleased)
 {
-    ZelvoUrl address;
-    {
-        ZelvoClient client(configuration());
-        address = recordAndMove(client, "a", bytesOf(1'000));
-    }
+    const ZelvoUrl address = recordAndMove("a", bytesOf(1'000));
     Holder holder(configuration(), address, LockState::Shared);
-    ZelvoClient client(configuration());
-    EXPECT_TRUE(client.RequestFile(address, LockState::Exclusive).isEmpty());
+    EXPECT_TRUE(client().RequestFile(address, LockState::Exclusive).isEmpty());
     holder.end();
-    EXPECT_FALSE(client.RequestFile(address, LockState::Exclusive).isEmpty());
+    EXPECT_FALSE(client().RequestFile(address, LockState::Exclusive).isEmpty());
 }
 
 TEST_F(Requests, AreReleasedWithTheClient)
 {
-    ZelvoUrl address;
-    {
-        ZelvoClient client(configuration());
-        address = recordAndMove(client, "a", bytesOf(1'000));
-        writeFile(client.RequestFile(address, LockState::Exclusive), bytesOf(1));
-    }
-    ZelvoClient client(configuration());
-    EXPECT_EQ(readFile(client.RequestFile(address, LockState::Exclusive)), bytesOf(1'000));
+    const ZelvoUrl address = recordAndMove("a", bytesOf(1'000));
+    writeFile(ZelvoClient(configuration()).RequestFile(address, LockState::Exclusive), bytesOf(1));
+    EXPECT_EQ(readFile(client().RequestFile(address, LockState::Exclusive)), bytesOf(1'000));
 }
 
 TEST_F(Requests, ForACopyThatWasAlteredAreRefused)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(1'000));
+    const ZelvoUrl address = recordAndMove("a", bytesOf(1'000));
     const QString path = storage() + QLatin1Char('/') + file(address).storedPath;
     writeFile(path, bytesOf(1'000, 1));
-    expectRefused(client, address.toString(), ZelvoError::Damaged);
+    expectRefused(address.toString(), ZelvoError::Damaged);
     EXPECT_TRUE(cached().isEmpty());
     std::vector<StorageProblem> problems;
     Archive archive(configuration());
@@ -218,84 +202,78 @@ TEST_F(Requests, ForACopyThatWasAlteredAreRefused)
     EXPECT_EQ(archive.verify(collect), 0);
     ASSERT_EQ(problems.size(), 2U);
     EXPECT_EQ(problems[1].kind, StorageProblem::Kind::Missing);
-    expectRefused(client, address.toString(), ZelvoError::Damaged);
+    expectRefused(address.toString(), ZelvoError::Damaged);
 }
 
 TEST_F(Requests, WhoseTimeIsOverAreNotKnownToAnArchive)
 {
-    ZelvoClient client(configuration());
-    expectRefused(client, "zelvo:///4c1c3b0e-0000-4000-8000-000000000000/1", ZelvoError::UnknownFile);
-    client.CloseFile(ZelvoUrl("zelvo:///4c1c3b0e-0000-4000-8000-000000000000/1"));
-    EXPECT_EQ(client.GetError(), ZelvoError::UnknownFile);
+    expectRefused("zelvo:///4c1c3b0e-0000-4000-8000-000000000000/1", ZelvoError::UnknownFile);
+    client().CloseFile(ZelvoUrl("zelvo:///4c1c3b0e-0000-4000-8000-000000000000/1"));
+    EXPECT_EQ(client().GetError(), ZelvoError::UnknownFile);
 }
 
 TEST_F(Cache, KeepsWithinItsLimitWithoutWhatIsInUse)
 {
     configuration().cacheBytes = 2'500;
-    ZelvoClient client(configuration());
     std::vector<ZelvoUrl> addresses;
     for (const char* name : {"a", "b", "c"}) {
-        addresses.push_back(recordAndMove(client, QLatin1String(name), bytesOf(1'000)));
+        addresses.push_back(recordAndMove(QLatin1String(name), bytesOf(1'000)));
     }
-    EXPECT_FALSE(client.RequestFile(addresses[0], LockState::Shared).isEmpty());
-    EXPECT_FALSE(client.RequestFile(addresses[1], LockState::Shared).isEmpty());
-    client.CloseFile(addresses[1]);
-    EXPECT_FALSE(client.RequestFile(addresses[2], LockState::Shared).isEmpty());
+    EXPECT_FALSE(client().RequestFile(addresses[0], LockState::Shared).isEmpty());
+    EXPECT_FALSE(client().RequestFile(addresses[1], LockState::Shared).isEmpty());
+    client().CloseFile(addresses[1]);
+    EXPECT_FALSE(client().RequestFile(addresses[2], LockState::Shared).isEmpty());
     EXPECT_EQ(cached(), QStringList({QStringLiteral("a.rec"), QStringLiteral("c.rec")}))
         << "the oldest is in use, the next had to go";
-    client.CloseFile(addresses[0]);
-    client.CloseFile(addresses[2]);
-    EXPECT_FALSE(client.RequestFile(addresses[0], LockState::Shared).isEmpty());
-    client.CloseFile(addresses[0]);
-    EXPECT_FALSE(client.RequestFile(addresses[1], LockState::Shared).isEmpty());
+    client().CloseFile(addresses[0]);
+    client().CloseFile(addresses[2]);
+    EXPECT_FALSE(client().RequestFile(addresses[0], LockState::Shared).isEmpty());
+    client().CloseFile(addresses[0]);
+    EXPECT_FALSE(client().RequestFile(addresses[1], LockState::Shared).isEmpty());
     EXPECT_EQ(cached(), QStringList({QStringLiteral("a.rec"), QStringLiteral("b.rec")}))
         << "what was read last stays longest";
 }
 
 TEST_F(Cache, FetchesOnceWhatIsReadTwice)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(1'000));
-    const QString path = client.RequestFile(address, LockState::Shared);
-    client.CloseFile(address);
+    const ZelvoUrl address = recordAndMove("a", bytesOf(1'000));
+    const QString path = client().RequestFile(address, LockState::Shared);
+    client().CloseFile(address);
     ASSERT_TRUE(QDir().rename(storage(), storage() + ".away"));
-    EXPECT_EQ(client.RequestFile(address, LockState::Shared), path);
+    EXPECT_EQ(client().RequestFile(address, LockState::Shared), path);
     EXPECT_EQ(readFile(path), bytesOf(1'000));
 }
 
 TEST_F(Registration, NeedsAGroupThatIsThere)
 {
-    ZelvoClient client(configuration());
     for (const QString& guid : {QString(), QStringLiteral("ERROR"), QStringLiteral("Initial GUID String"),
                                 QStringLiteral("4c1c3b0e-0000-4000-8000-000000000000")}) {
-        EXPECT_EQ(client.AddFile("a.rec", guid), 0U);
-        EXPECT_EQ(client.GetError(), ZelvoError::UnknownGroup);
-        client.MoveToNas(guid);
-        EXPECT_EQ(client.GetError(), ZelvoError::UnknownGroup);
+        EXPECT_EQ(client().AddFile("a.rec", guid), 0U);
+        EXPECT_EQ(client().GetError(), ZelvoError::UnknownGroup);
+        client().MoveToNas(guid);
+        EXPECT_EQ(client().GetError(), ZelvoError::UnknownGroup);
     }
-    newGroup(client, recordings());
-    EXPECT_EQ(client.GetError(), ZelvoError::None) << "the next request is a new one";
+    newGroup();
+    EXPECT_EQ(client().GetError(), ZelvoError::None) << "the next request is a new one";
 }
 
 TEST_F(Registration, LeavesTheDirectoryAsItIs)
 {
-    ZelvoClient client(configuration());
     QString directory = recordings();
-    client.CreateFileGroup(QString(), QDateTime(), QString(), QString(), FileType::Recording, 0, QString(), directory,
-                           QString());
+    client().CreateFileGroup(QString(), QDateTime(), QString(), QString(), FileType::Recording, 0, QString(), directory,
+                             QString());
     EXPECT_EQ(directory, recordings());
 }
 
 TEST_F(Registration, KeepsTextsThatLookLikeCommandsOfTheRegistry)
 {
-    ZelvoClient client(configuration());
     const QString text = QStringLiteral("'); DROP TABLE group_files; --\u00e4\"%1 ?");
-    client.SetUser(text);
+    client().SetUser(text);
     QString directory = recordings();
-    const QString guid = client.CreateFileGroup(text, QDateTime::currentDateTime(), text, text, FileType::Recording, 1,
-                                                text, directory, text);
+    const QString guid = client().CreateFileGroup(text, QDateTime::currentDateTime(), text, text, FileType::Recording,
+                                                  1, text, directory, text);
     const QString name = QStringLiteral("'); DROP TABLE group_files; --.rec");
-    EXPECT_EQ(client.AddFile(name, guid), 1U);
+    EXPECT_EQ(client().AddFile(name, guid), 1U);
     Archive archive(configuration());
     EXPECT_EQ(archive.group(guid)->data.description, text);
     EXPECT_EQ(archive.group(guid)->data.user, text);
@@ -305,8 +283,7 @@ TEST_F(Registration, KeepsTextsThatLookLikeCommandsOfTheRegistry)
 
 TEST_F(Security, RefusesNamesThatAreNotOneComponentOfAPath)
 {
-    ZelvoClient client(configuration());
-    const QString guid = newGroup(client, recordings());
+    const QString guid = newGroup();
     const QStringList names = {QString(),
                                QStringLiteral("."),
                                QStringLiteral(".."),
@@ -322,26 +299,24 @@ TEST_F(Security, RefusesNamesThatAreNotOneComponentOfAPath)
                                QString(300, QLatin1Char('a')),
                                QStringLiteral("a.tmp")};
     for (const QString& name : names) {
-        EXPECT_EQ(client.AddFile(name, guid), 0U) << name.toStdString();
-        EXPECT_EQ(client.GetError(), ZelvoError::BadName) << name.toStdString();
+        EXPECT_EQ(client().AddFile(name, guid), 0U) << name.toStdString();
+        EXPECT_EQ(client().GetError(), ZelvoError::BadName) << name.toStdString();
     }
     EXPECT_TRUE(Archive(configuration()).files(guid).empty());
 }
 
 TEST_F(Security, RefusesDirectoriesThatAreNotAbsolute)
 {
-    ZelvoClient client(configuration());
     for (const QString& directory : {QString(), QStringLiteral("recordings"), QStringLiteral("../x"),
                                      recordings() + QChar(0) + QStringLiteral("/x")}) {
-        EXPECT_EQ(newGroup(client, directory), "ERROR") << directory.toStdString();
-        EXPECT_EQ(client.GetError(), ZelvoError::BadName);
+        EXPECT_EQ(groupOf(client(), directory), "ERROR") << directory.toStdString();
+        EXPECT_EQ(client().GetError(), ZelvoError::BadName);
     }
 }
 
 TEST_F(Security, RefusesAddressesThatTheArchiveCannotHaveGiven)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(10));
+    const ZelvoUrl address = recordAndMove("a", bytesOf(10));
     const QString guid = file(address).guid;
     const QStringList texts = {QString(),
                                QStringLiteral("/etc/passwd"),
@@ -364,10 +339,10 @@ TEST_F(Security, RefusesAddressesThatTheArchiveCannotHaveGiven)
                                QStringLiteral("zelvo:///%1/1\n").arg(guid),
                                QStringLiteral("zelvo:///{%1}/1").arg(guid)};
     for (const QString& text : texts) {
-        EXPECT_FALSE(client.IsValidURL(ZelvoUrl(text))) << text.toStdString();
-        expectRefused(client, text, ZelvoError::BadName);
+        EXPECT_FALSE(client().IsValidURL(ZelvoUrl(text))) << text.toStdString();
+        expectRefused(text, ZelvoError::BadName);
     }
-    EXPECT_TRUE(client.IsValidURL(address));
+    EXPECT_TRUE(client().IsValidURL(address));
 }
 
 TEST_F(Security, MovesNoFileThatIsALink)
@@ -375,29 +350,27 @@ TEST_F(Security, MovesNoFileThatIsALink)
     const QString secret = folder() + QStringLiteral("/secret");
     writeFile(secret, bytesOf(10));
     ASSERT_TRUE(QFile::link(secret, recording("a.rec")));
-    ZelvoClient client(configuration());
-    const QString guid = newGroup(client, recordings());
-    const std::uint32_t id = client.AddFile("a.rec", guid);
-    client.MoveToNas(guid);
+    const QString guid = newGroup();
+    const std::uint32_t id = client().AddFile("a.rec", guid);
+    client().MoveToNas(guid);
     EXPECT_EQ(move().failed, 1);
     EXPECT_TRUE(stored().isEmpty());
     EXPECT_TRUE(QFile::exists(secret));
-    EXPECT_TRUE(client.RequestFile(url(guid, id), LockState::Shared).isEmpty());
-    EXPECT_TRUE(client.RequestFile(url(guid, id), LockState::Exclusive).isEmpty());
+    EXPECT_TRUE(client().RequestFile(url(guid, id), LockState::Shared).isEmpty());
+    EXPECT_TRUE(client().RequestFile(url(guid, id), LockState::Exclusive).isEmpty());
 }
 
 TEST_F(Security, FollowsNoLinkInTheStorage)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl first = recordAndMove(client, "a", bytesOf(10));
+    const ZelvoUrl first = recordAndMove("a", bytesOf(10));
     const QString path = storage() + QLatin1Char('/') + file(first).storedPath;
     const QString secret = folder() + QStringLiteral("/secret");
     writeFile(secret, bytesOf(10));
     ASSERT_TRUE(QFile::remove(path));
     ASSERT_TRUE(QFile::link(secret, path));
-    expectRefused(client, first.toString(), ZelvoError::Damaged);
+    expectRefused(first.toString(), ZelvoError::Damaged);
     // A directory of the storage that is a link leads outside for reading and for writing.
-    const ZelvoUrl second = recordOne(client, recordings(), "b", bytesOf(10));
+    const ZelvoUrl second = record("b", bytesOf(10));
     const QString outside = folder() + QStringLiteral("/outside");
     ASSERT_TRUE(QDir().mkpath(outside));
     const QString month = QFileInfo(path).dir().path().section(QLatin1Char('/'), 0, -2);
@@ -410,34 +383,31 @@ TEST_F(Security, FollowsNoLinkInTheStorage)
 
 TEST_F(Security, BelievesNoPathOfTheRegistryThatLeavesTheStorage)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(10));
+    const ZelvoUrl address = recordAndMove("a", bytesOf(10));
     const QString guid = file(address).guid;
     Database database(configuration().directory + "/archive.sqlite", 0600);
     for (const QString& path : {QStringLiteral("/etc/passwd"), QStringLiteral("../../../../etc/passwd"),
                                 QStringLiteral("2026-11/%1/../../../x").arg(guid),
                                 QStringLiteral("2026-11/%1/1-..").arg(guid), QStringLiteral("..")}) {
         EXPECT_EQ(database.change("UPDATE group_files SET stored_path = :path", {{"path", path}}), 1);
-        expectRefused(client, address.toString(), ZelvoError::BadName);
+        expectRefused(address.toString(), ZelvoError::BadName);
     }
 }
 
 TEST_F(Security, BelievesNoNameOfTheRegistryThatLeavesTheCache)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(10));
+    const ZelvoUrl address = recordAndMove("a", bytesOf(10));
     Database database(configuration().directory + "/archive.sqlite", 0600);
     for (const QString& name :
          {QStringLiteral("../../../outside"), QStringLiteral("/tmp/outside"), QStringLiteral(".."), QString()}) {
         EXPECT_EQ(database.change("UPDATE group_files SET name = :name", {{"name", name}}), 1);
-        expectRefused(client, address.toString(), ZelvoError::BadName);
+        expectRefused(address.toString(), ZelvoError::BadName);
     }
 }
 
 TEST_F(Security, BelievesNoGroupOfTheRegistryThatLeavesTheLocks)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(10));
+    const ZelvoUrl address = recordAndMove("a", bytesOf(10));
     Database database(configuration().directory + "/archive.sqlite", 0600);
     database.run("PRAGMA foreign_keys = OFF");
     const QString elsewhere = QStringLiteral("../../outside");
@@ -451,19 +421,18 @@ TEST_F(Security, BelievesNoGroupOfTheRegistryThatLeavesTheLocks)
                                              "WHERE guid <> :guid"),
                               {{"guid", elsewhere}}),
               1);
-    expectRefused(client, address.toString(), ZelvoError::BadName);
+    expectRefused(address.toString(), ZelvoError::BadName);
     EXPECT_FALSE(QFile::exists(QDir::cleanPath(folder() + "/outside_1")));
 }
 
 TEST_F(Security, FetchedFilesHaveTheConfiguredPermissions)
 {
     configuration().fileMode = 0640;
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordAndMove(client, "a", bytesOf(10));
+    const ZelvoUrl address = recordAndMove("a", bytesOf(10));
     struct stat info = {};
-    ASSERT_EQ(stat(QFile::encodeName(client.RequestFile(address, LockState::Shared)).constData(), &info), 0);
+    ASSERT_EQ(stat(QFile::encodeName(client().RequestFile(address, LockState::Shared)).constData(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777U, 0440U) << "nobody writes what several read";
-    client.CloseFile(address);
-    ASSERT_EQ(stat(QFile::encodeName(client.RequestFile(address, LockState::Exclusive)).constData(), &info), 0);
+    client().CloseFile(address);
+    ASSERT_EQ(stat(QFile::encodeName(client().RequestFile(address, LockState::Exclusive)).constData(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777U, 0640U);
 }

@@ -95,7 +95,7 @@ TEST(ProcessArchive, IsWhatClientsWithoutAConfigurationUse)
     EXPECT_TRUE(ZelvoClient::IsZelvoAvailable());
     ZelvoClient client;
     EXPECT_TRUE(client.IsConnected());
-    EXPECT_FALSE(newGroup(client, station.recordings()).isEmpty());
+    EXPECT_FALSE(groupOf(client, station.recordings()).isEmpty());
     SetProcessArchive(std::nullopt);
     EXPECT_FALSE(ZelvoClient::IsZelvoAvailable());
 }

@@ -94,7 +94,7 @@ protected:
             client.CloseFile(edited);
             recordOne(client, recordings(), "large", bytesOf(PieceBytes + 1'000, 1));
             recordOne(client, recordings(), "empty", QByteArray());
-            const QString guid = newGroup(client, recordings());
+            const QString guid = groupOf(client, recordings());
             for (int part = 0; part < 2; ++part) {
                 beginFile(client, guid, recordings(), QString::number(part), bytesOf(100, part));
                 finishFile(recordings(), QString::number(part));

@@ -36,9 +36,8 @@ void inAnotherProcess(const Work& work)
 
 TEST_F(Moving, TakesAFinishedRecordingToTheStorageAndDeletesTheOriginal)
 {
-    ZelvoClient client(configuration());
     const QByteArray bytes = bytesOf(100'000);
-    const ZelvoUrl address = recordOne(client, recordings(), "a", bytes);
+    const ZelvoUrl address = record("a", bytes);
     const MoverReport report = move();
     EXPECT_TRUE(report.problem.isEmpty()) << report.problem.toStdString();
     EXPECT_EQ(report.moved, 1);
@@ -56,10 +55,9 @@ TEST_F(Moving, TakesAFinishedRecordingToTheStorageAndDeletesTheOriginal)
 
 TEST_F(Moving, KeepsWhatTheClientSaidOfAGroup)
 {
-    ZelvoClient client(configuration());
-    client.SetUser("Arbitary Username");
+    client().SetUser("Arbitary Username");
     const QDateTime expires(QDate(2031, 2, 3), QTime(4, 5, 6));
-    const QString guid = newGroup(client, recordings(), expires);
+    const QString guid = newGroup(expires);
     const std::optional<GroupInfo> group = Archive(configuration()).group(guid);
     ASSERT_TRUE(group);
     EXPECT_EQ(group->data.guid, guid);
@@ -78,44 +76,40 @@ TEST_F(Moving, KeepsWhatTheClientSaidOfAGroup)
 
 TEST_F(Groups, StayUntilTheyAreAskedFor)
 {
-    ZelvoClient client(configuration());
-    const QString guid = newGroup(client, recordings());
-    beginFile(client, guid, recordings(), "a", bytesOf(10));
-    finishFile(recordings(), "a");
+    const QString guid = newGroup();
+    begin(guid, "a", bytesOf(10));
+    finish("a");
     EXPECT_EQ(move().moved, 0);
     EXPECT_TRUE(QFile::exists(recording("a.rec")));
-    client.MoveToNas(guid);
+    client().MoveToNas(guid);
     EXPECT_EQ(move().moved, 1);
 }
 
 TEST_F(Groups, OfASplitRecordingGoTogetherWithTheOneMoveAtItsEnd)
 {
-    ZelvoClient client(configuration());
-    const QString guid = newGroup(client, recordings());
+    const QString guid = newGroup();
     for (std::uint32_t part = 0; part < 3; ++part) {
-        EXPECT_EQ(beginFile(client, guid, recordings(), QString::number(part), bytesOf(10, static_cast<int>(part))),
-                  part + 1);
+        EXPECT_EQ(begin(guid, QString::number(part), bytesOf(10, static_cast<int>(part))), part + 1);
         EXPECT_EQ(move().moved, 0);
-        finishFile(recordings(), QString::number(part));
+        finish(QString::number(part));
     }
-    client.MoveToNas(guid);
+    client().MoveToNas(guid);
     EXPECT_EQ(move().moved, 3);
     EXPECT_EQ(stored().size(), 3);
 }
 
 TEST_F(Groups, StayAsAWholeWhileOneMemberIsStillRecorded)
 {
-    ZelvoClient client(configuration());
-    const QString guid = newGroup(client, recordings());
-    const std::uint32_t first = beginFile(client, guid, recordings(), "a", bytesOf(10, 1));
-    const std::uint32_t second = beginFile(client, guid, recordings(), "b", bytesOf(10, 2));
-    finishFile(recordings(), "a");
-    client.MoveToNas(guid);
+    const QString guid = newGroup();
+    const std::uint32_t first = begin(guid, "a", bytesOf(10, 1));
+    const std::uint32_t second = begin(guid, "b", bytesOf(10, 2));
+    finish("a");
+    client().MoveToNas(guid);
     const MoverReport report = move();
     EXPECT_EQ(report.moved, 0);
     EXPECT_EQ(report.waiting, 2);
     EXPECT_EQ(file(url(guid, second)).error, QStringLiteral("is still recorded as ") + recording("b.tmp"));
-    finishFile(recordings(), "b");
+    finish("b");
     EXPECT_EQ(move().moved, 2);
     EXPECT_EQ(storedBytes(url(guid, first)), bytesOf(10, 1));
     EXPECT_EQ(storedBytes(url(guid, second)), bytesOf(10, 2));
@@ -123,11 +117,10 @@ TEST_F(Groups, StayAsAWholeWhileOneMemberIsStillRecorded)
 
 TEST_F(Groups, KnowAMemberWhoseUnfinishedNameHasDots)
 {
-    ZelvoClient client(configuration());
-    const QString guid = newGroup(client, recordings());
+    const QString guid = newGroup();
     writeFile(recording("rx.1.tmp"), bytesOf(10));
-    client.AddFile("rx.rec", guid);
-    client.MoveToNas(guid);
+    client().AddFile("rx.rec", guid);
+    client().MoveToNas(guid);
     EXPECT_EQ(move().failed, 0);
     QFile::rename(recording("rx.1.tmp"), recording("rx.rec"));
     EXPECT_EQ(move().moved, 1);
@@ -140,15 +133,15 @@ TEST_F(Groups, TakeAFileOfAnotherRecorderFromWhereItIs)
     QDir().mkpath(other);
     ZelvoClient one(configuration());
     ZelvoClient two(configuration());
-    const QString first = newGroup(one, recordings());
+    const QString first = groupOf(one, recordings());
     const std::uint32_t a1 = beginFile(one, first, recordings(), "a1", bytesOf(10, 1));
-    const QString second = newGroup(two, other);
+    const QString second = groupOf(two, other);
     const std::uint32_t b1 = beginFile(two, second, other, "b1", bytesOf(10, 2));
-    finishFile(recordings(), "a1");
+    finish("a1");
     const std::uint32_t a2 = beginFile(one, second, recordings(), "a2", bytesOf(10, 3));
     // The first group is never asked for, but its process has gone on with another.
     EXPECT_EQ(move().moved, 1);
-    finishFile(recordings(), "a2");
+    finish("a2");
     one.MoveToNas(second);
     EXPECT_EQ(move().moved, 0) << "b1 is still recorded";
     finishFile(other, "b1");
@@ -165,12 +158,12 @@ TEST_F(Groups, WhoseFileBearsItsLastNameFromTheBeginningStayUntilTheyAreAskedFor
 {
     ZelvoClient one(configuration());
     ZelvoClient two(configuration());
-    const QString first = newGroup(one, recordings());
+    const QString first = groupOf(one, recordings());
     writeFile(recording("a.rec"), bytesOf(10));
     QFile open(recording("a.rec"));
     ASSERT_TRUE(open.open(QIODevice::ReadWrite));
     const std::uint32_t a = one.AddFile("a.rec", first);
-    newGroup(two, recordings());  // the process goes on with another group
+    groupOf(two, recordings());  // the process goes on with another group
     const MoverReport report = move();
     EXPECT_EQ(report.moved, 0);
     EXPECT_EQ(report.waiting, 1);
@@ -182,33 +175,31 @@ TEST_F(Groups, WhoseFileBearsItsLastNameFromTheBeginningStayUntilTheyAreAskedFor
 
 TEST_F(Groups, ThatShareAFileMoveItOnce)
 {
-    ZelvoClient client(configuration());
-    const QString first = newGroup(client, recordings());
-    const QString second = newGroup(client, recordings());
-    const std::uint32_t a = beginFile(client, first, recordings(), "a", bytesOf(10));
-    const std::uint32_t b = client.AddFile("a.rec", second);
-    finishFile(recordings(), "a");
-    client.MoveToNas(second);
-    client.MoveToNas(second);
-    client.MoveToNas(first);
+    const QString first = newGroup();
+    const QString second = newGroup();
+    const std::uint32_t a = begin(first, "a", bytesOf(10));
+    const std::uint32_t b = client().AddFile("a.rec", second);
+    finish("a");
+    client().MoveToNas(second);
+    client().MoveToNas(second);
+    client().MoveToNas(first);
     const MoverReport report = move();
     EXPECT_EQ(report.moved, 1);
     EXPECT_EQ(report.failed, 0);
     EXPECT_EQ(stored().size(), 1);
     const std::set<FileState> states = {file(url(first, a)).state, file(url(second, b)).state};
     EXPECT_EQ(states, (std::set{FileState::Moved, FileState::Same}));
-    EXPECT_FALSE(client.RequestFile(url(first, a), LockState::Shared).isEmpty());
-    client.CloseFile(url(first, a));
-    EXPECT_FALSE(client.RequestFile(url(second, b), LockState::Shared).isEmpty());
+    EXPECT_FALSE(client().RequestFile(url(first, a), LockState::Shared).isEmpty());
+    client().CloseFile(url(first, a));
+    EXPECT_FALSE(client().RequestFile(url(second, b), LockState::Shared).isEmpty());
     EXPECT_EQ(move().waiting, 0);
 }
 
 TEST_F(Groups, KeepAFileThatIsRecordedAnewUnderTheNameOfAMovedOne)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl first = recordOne(client, recordings(), "a", bytesOf(10, 1));
+    const ZelvoUrl first = record("a", bytesOf(10, 1));
     EXPECT_EQ(move().moved, 1);
-    const ZelvoUrl second = recordOne(client, recordings(), "a", bytesOf(10, 2));
+    const ZelvoUrl second = record("a", bytesOf(10, 2));
     clock.now += 1'000;
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(storedBytes(first), bytesOf(10, 1));
@@ -218,10 +209,9 @@ TEST_F(Groups, KeepAFileThatIsRecordedAnewUnderTheNameOfAMovedOne)
 TEST_F(Groups, OfADeadRecorderAreMovedWithoutBeingAskedFor)
 {
     inAnotherProcess([this] {
-        ZelvoClient client(configuration());
-        const QString guid = newGroup(client, recordings());
-        beginFile(client, guid, recordings(), "a", bytesOf(10));
-        finishFile(recordings(), "a");
+        const QString guid = newGroup();
+        begin(guid, "a", bytesOf(10));
+        finish("a");
     });
     EXPECT_EQ(move().moved, 1);
     Archive archive(configuration());
@@ -231,27 +221,25 @@ TEST_F(Groups, OfADeadRecorderAreMovedWithoutBeingAskedFor)
 TEST_F(Groups, OfADeadRecorderWaitForTheRecoveryOfItsLastFile)
 {
     inAnotherProcess([this] {
-        ZelvoClient client(configuration());
-        const QString guid = newGroup(client, recordings());
-        beginFile(client, guid, recordings(), "a", bytesOf(10));
-        finishFile(recordings(), "a");
-        beginFile(client, guid, recordings(), "b", bytesOf(20));
+        const QString guid = newGroup();
+        begin(guid, "a", bytesOf(10));
+        finish("a");
+        begin(guid, "b", bytesOf(20));
     });
     EXPECT_EQ(move().moved, 0);
     const std::vector<FileInfo> waiting = Archive(configuration()).status().notMoved;
     ASSERT_EQ(waiting.size(), 2U);
     EXPECT_EQ(waiting[1].error,
               QStringLiteral("waits until %1, whose recorder ended, is recovered").arg(recording("b.tmp")));
-    finishFile(recordings(), "b");
+    finish("b");
     EXPECT_EQ(move().moved, 2);
 }
 
 TEST_F(Groups, WaitForTheRecoveryOfAFileWhoseClosingFailed)
 {
-    ZelvoClient client(configuration());
     const QString journal = recording("a.tmp.journal");
     writeFile(journal, "what can make it whole");
-    const ZelvoUrl address = recordOne(client, recordings(), "a", bytesOf(10));
+    const ZelvoUrl address = record("a", bytesOf(10));
     EXPECT_EQ(move().moved, 0);
     EXPECT_EQ(
         file(address).error,
@@ -264,8 +252,7 @@ TEST_F(Groups, WaitForTheRecoveryOfAFileWhoseClosingFailed)
 
 TEST_F(Moving, TellsOfAFileThatVanishedAndTriesAgainLaterAndLater)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordOne(client, recordings(), "a", bytesOf(10));
+    const ZelvoUrl address = record("a", bytesOf(10));
     QFile::remove(recording("a.rec"));
     std::int64_t last = 0;
     for (const std::int64_t pause : {5'000, 10'000, 20'000}) {
@@ -284,8 +271,7 @@ TEST_F(Moving, TellsOfAFileThatVanishedAndTriesAgainLaterAndLater)
 
 TEST_F(Moving, NeverReplacesAnotherFileInTheStorage)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordOne(client, recordings(), "a", bytesOf(10, 1));
+    const ZelvoUrl address = record("a", bytesOf(10, 1));
     const GroupInfo group = Archive(configuration()).groups().at(0);
     const QString path = storage() + QLatin1Char('/') + storedName(group.createdMs, {group.data.guid, 1}, 1, "a.rec");
     QDir().mkpath(QFileInfo(path).path());
@@ -298,8 +284,7 @@ TEST_F(Moving, NeverReplacesAnotherFileInTheStorage)
 
 TEST_F(Moving, DoesNotTakeAnEmptyMountPointForTheStorage)
 {
-    ZelvoClient client(configuration());
-    recordOne(client, recordings(), "a", bytesOf(10));
+    record("a", bytesOf(10));
     ASSERT_TRUE(QDir().rename(storage(), storage() + ".away"));
     ASSERT_TRUE(QDir().mkpath(storage()));
     MoverReport report = move();
@@ -326,8 +311,7 @@ TEST_F(Moving, MakesFilesWithTheConfiguredPermissions)
 {
     configuration().fileMode = 0604;
     configuration().directoryMode = 0705;
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordOne(client, recordings(), "a", bytesOf(10));
+    const ZelvoUrl address = record("a", bytesOf(10));
     EXPECT_EQ(move().moved, 1);
     struct stat info = {};
     const QString path = storage() + QLatin1Char('/') + file(address).storedPath;
@@ -381,14 +365,13 @@ TEST_F(Moving, LeavesTheWorkToAnotherOneThatIsAtIt)
 
 TEST_F(Moving, DeletesAnOriginalThatIsReadWhenItIsClosed)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordOne(client, recordings(), "a", bytesOf(10));
-    const QString path = client.RequestFile(address, LockState::Shared);
+    const ZelvoUrl address = record("a", bytesOf(10));
+    const QString path = client().RequestFile(address, LockState::Shared);
     EXPECT_EQ(path, recording("a.rec"));
     EXPECT_EQ(move().moved, 0);
     EXPECT_EQ(file(address).state, FileState::Stored);
     EXPECT_TRUE(QFile::exists(path));
-    client.CloseFile(address);
+    client().CloseFile(address);
     EXPECT_EQ(move().moved, 1);
     EXPECT_FALSE(QFile::exists(path));
     EXPECT_EQ(file(address).state, FileState::Moved);
@@ -396,24 +379,22 @@ TEST_F(Moving, DeletesAnOriginalThatIsReadWhenItIsClosed)
 
 TEST_F(Moving, LeavesAFileAloneThatIsOpenForWriting)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordOne(client, recordings(), "a", bytesOf(10));
-    const QString path = client.RequestFile(address, LockState::Exclusive);
+    const ZelvoUrl address = record("a", bytesOf(10));
+    const QString path = client().RequestFile(address, LockState::Exclusive);
     EXPECT_EQ(move().moved, 0);
     EXPECT_EQ(file(address).state, FileState::Waiting);
     writeFile(path, bytesOf(20, 5));
-    client.CloseFile(address);
+    client().CloseFile(address);
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(storedBytes(address), bytesOf(20, 5));
 }
 
 TEST_F(Moving, RemovesExpiredGroupsOnlyWhenItMay)
 {
-    ZelvoClient client(configuration());
-    const QString guid = newGroup(client, recordings(), QDateTime::fromMSecsSinceEpoch(clock.now + 1'000));
-    const std::uint32_t id = beginFile(client, guid, recordings(), "a", bytesOf(10));
-    finishFile(recordings(), "a");
-    client.MoveToNas(guid);
+    const QString guid = newGroup(QDateTime::fromMSecsSinceEpoch(clock.now + 1'000));
+    const std::uint32_t id = begin(guid, "a", bytesOf(10));
+    finish("a");
+    client().MoveToNas(guid);
     EXPECT_EQ(move().moved, 1);
     clock.now += 10'000;
     EXPECT_EQ(move().removed, 0);
@@ -422,19 +403,18 @@ TEST_F(Moving, RemovesExpiredGroupsOnlyWhenItMay)
     EXPECT_EQ(move().removed, 1);
     EXPECT_TRUE(stored().isEmpty());
     EXPECT_EQ(file(url(guid, id)).state, FileState::Removed);
-    EXPECT_TRUE(client.RequestFile(url(guid, id), LockState::Shared).isEmpty());
+    EXPECT_TRUE(client().RequestFile(url(guid, id), LockState::Shared).isEmpty());
     EXPECT_EQ(move().removed, 0);
 }
 
 TEST_F(Moving, RemovesTheOtherExpiredFilesWhenTheRegistryNamesAPathElsewhere)
 {
-    ZelvoClient client(configuration());
-    const QString guid = newGroup(client, recordings(), QDateTime::fromMSecsSinceEpoch(clock.now + 1'000));
+    const QString guid = newGroup(QDateTime::fromMSecsSinceEpoch(clock.now + 1'000));
     for (const QString& base : {QStringLiteral("a"), QStringLiteral("b")}) {
-        beginFile(client, guid, recordings(), base, bytesOf(10));
-        finishFile(recordings(), base);
+        begin(guid, base, bytesOf(10));
+        finish(base);
     }
-    client.MoveToNas(guid);
+    client().MoveToNas(guid);
     EXPECT_EQ(move().moved, 2);
     const QString outside = recording("outside");
     writeFile(outside, bytesOf(10));
@@ -452,8 +432,7 @@ TEST_F(Moving, RemovesTheOtherExpiredFilesWhenTheRegistryNamesAPathElsewhere)
 
 TEST_F(Moving, StopsBetweenPiecesWithoutLeavingAnything)
 {
-    ZelvoClient client(configuration());
-    recordOne(client, recordings(), "a", bytesOf(3'000'000));
+    record("a", bytesOf(3'000'000));
     Files files;
     int asked = 0;
     const MoverReport report = MoverCore(configuration(), files, clock.clock()).run([&asked] { return ++asked == 3; });
@@ -474,8 +453,7 @@ TEST_F(Moving, DoesNotBelieveAStorageThatKeepsOtherBytes)
             return digest;
         }
     };
-    ZelvoClient client(configuration());
-    recordOne(client, recordings(), "a", bytesOf(10));
+    record("a", bytesOf(10));
     Forgetful files;
     const MoverReport report = move(files);
     EXPECT_EQ(report.failed, 1);

@@ -28,37 +28,37 @@ protected:
         writeFile(path + ".tmp.journal", "journal");
     }
     /// Registers a file as a recorder does: with its journal, and open.
-    ZelvoUrl record(ZelvoClient& client, const char* base, int seed)
+    ZelvoUrl record(const char* base, int seed)
     {
         begin(base, seed);
         QFile open(recording(QString::fromLatin1(base) + ".tmp"));
         EXPECT_TRUE(open.open(QIODevice::ReadWrite));
-        const QString guid = newGroup(client, recordings());
-        return url(guid, client.AddFile("St.rec", guid));
+        const QString guid = newGroup();
+        return url(guid, client().AddFile("St.rec", guid));
     }
     /// Closes it; only what takes its name is handed over.
-    bool finish(ZelvoClient& client, const ZelvoUrl& address, const char* base)
+    bool finish(const ZelvoUrl& address, const char* base)
     {
         const QString path = recording(QString::fromLatin1(base));
         const bool named = QFile::rename(path + ".tmp", recording("St.rec"));
         EXPECT_TRUE(QFile::remove(path + ".tmp.journal"));
         if (named) {
-            client.MoveToNas(guidOf(address));
+            client().MoveToNas(guidOf(address));
         }
         return named;
     }
     static QString guidOf(const ZelvoUrl& address) { return address.toString().section(QLatin1Char('/'), 3, 3); }
-    QByteArray given(ZelvoClient& client, const ZelvoUrl& address)
+    QByteArray given(const ZelvoUrl& address)
     {
-        const QByteArray bytes = readFile(client.RequestFile(address, LockState::Shared));
-        client.CloseFile(address);
+        const QByteArray bytes = readFile(client().RequestFile(address, LockState::Shared));
+        client().CloseFile(address);
         return bytes;
     }
     /// @return why the address gives nothing
-    QString refused(ZelvoClient& client, const ZelvoUrl& address)
+    QString refused(const ZelvoUrl& address)
     {
-        EXPECT_EQ(client.RequestFile(address, LockState::Shared), QString());
-        return client.GetErrorString();
+        EXPECT_EQ(client().RequestFile(address, LockState::Shared), QString());
+        return client().GetErrorString();
     }
     [[nodiscard]] QString withoutName(const char* base) const
     {
@@ -74,73 +74,69 @@ protected:
 
 TEST_F(SharedName, OfTheFirstRecordingIsNotThatOfTheOthers)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl first = record(client, "St.1", 1);
-    EXPECT_TRUE(finish(client, first, "St.1"));
-    const ZelvoUrl second = record(client, "St.2", 2);
-    EXPECT_FALSE(finish(client, second, "St.2"));
-    EXPECT_EQ(given(client, first), bytesOf(1'000, 1));
-    EXPECT_EQ(refused(client, second),
+    const ZelvoUrl first = record("St.1", 1);
+    EXPECT_TRUE(finish(first, "St.1"));
+    const ZelvoUrl second = record("St.2", 2);
+    EXPECT_FALSE(finish(second, "St.2"));
+    EXPECT_EQ(given(first), bytesOf(1'000, 1));
+    EXPECT_EQ(refused(second),
               QStringLiteral("%1 is not to be had yet: %2").arg(second.toString(), withoutName("St.2")));
     EXPECT_THROW(Archive(configuration()).fetch(second, recording("copy")), ArchiveError);
     EXPECT_EQ(move().moved, 1);
-    EXPECT_EQ(given(client, first), bytesOf(1'000, 1));
+    EXPECT_EQ(given(first), bytesOf(1'000, 1));
     EXPECT_EQ(file(second).state, FileState::Waiting);
     EXPECT_EQ(file(second).error, withoutName("St.2"));
     EXPECT_EQ(Archive(configuration()).status().notMoved.at(0).error, withoutName("St.2"));
     EXPECT_EQ(Archive(configuration()).files(guidOf(second)).at(0).error, withoutName("St.2"));
-    EXPECT_NE(refused(client, second), QString());
+    EXPECT_NE(refused(second), QString());
     EXPECT_EQ(readFile(recording("St.2.tmp")), bytesOf(1'000, 2));
     EXPECT_EQ(stored().size(), 1);
 }
 
 TEST_F(SharedName, IsFreeAgainWhenTheMoverIsFasterThanTheRecorder)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl first = record(client, "St.1", 1);
-    EXPECT_TRUE(finish(client, first, "St.1"));
-    const ZelvoUrl second = record(client, "St.2", 2);
+    const ZelvoUrl first = record("St.1", 1);
+    EXPECT_TRUE(finish(first, "St.1"));
+    const ZelvoUrl second = record("St.2", 2);
     EXPECT_EQ(move().moved, 1);
-    EXPECT_NE(refused(client, second), QString());
-    EXPECT_TRUE(finish(client, second, "St.2"));
-    EXPECT_EQ(given(client, second), bytesOf(1'000, 2));
+    EXPECT_NE(refused(second), QString());
+    EXPECT_TRUE(finish(second, "St.2"));
+    EXPECT_EQ(given(second), bytesOf(1'000, 2));
     EXPECT_EQ(move().moved, 1);
-    EXPECT_EQ(given(client, first), bytesOf(1'000, 1));
-    EXPECT_EQ(given(client, second), bytesOf(1'000, 2));
+    EXPECT_EQ(given(first), bytesOf(1'000, 1));
+    EXPECT_EQ(given(second), bytesOf(1'000, 2));
     EXPECT_EQ(move().waiting, 0);
 }
 
 TEST_F(SharedName, IsThatOfTheRightOneWhileTheStorageIsAway)
 {
-    ZelvoClient client(configuration());
     ASSERT_TRUE(QDir().rename(storage(), storage() + ".away"));
-    const ZelvoUrl first = record(client, "St.1", 1);
-    EXPECT_TRUE(finish(client, first, "St.1"));
-    const ZelvoUrl second = record(client, "St.2", 2);
-    EXPECT_FALSE(finish(client, second, "St.2"));
+    const ZelvoUrl first = record("St.1", 1);
+    EXPECT_TRUE(finish(first, "St.1"));
+    const ZelvoUrl second = record("St.2", 2);
+    EXPECT_FALSE(finish(second, "St.2"));
     EXPECT_FALSE(move().problem.isEmpty());
-    EXPECT_EQ(given(client, first), bytesOf(1'000, 1));
-    EXPECT_NE(refused(client, second), QString());
+    EXPECT_EQ(given(first), bytesOf(1'000, 1));
+    EXPECT_NE(refused(second), QString());
     ASSERT_TRUE(QFile::remove(recording("St.rec")));
     ASSERT_TRUE(QFile::rename(recording("St.2.tmp"), recording("St.rec")));
-    EXPECT_EQ(given(client, second), bytesOf(1'000, 2));
-    EXPECT_EQ(refused(client, first), QStringLiteral("%1 is not to be had yet: is missing: %2 is another recording")
-                                          .arg(first.toString(), recording("St.rec")));
+    EXPECT_EQ(given(second), bytesOf(1'000, 2));
+    EXPECT_EQ(refused(first), QStringLiteral("%1 is not to be had yet: is missing: %2 is another recording")
+                                  .arg(first.toString(), recording("St.rec")));
 }
 
 TEST_F(SharedName, AnUnnamedRecordingIsMovedWhenItIsRenamed)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl first = record(client, "St.1", 1);
-    EXPECT_TRUE(finish(client, first, "St.1"));
-    const ZelvoUrl second = record(client, "St.2", 2);
-    EXPECT_FALSE(finish(client, second, "St.2"));
-    const ZelvoUrl third = record(client, "St.3", 3);  // its recorder has gone on: nobody asks for the second
+    const ZelvoUrl first = record("St.1", 1);
+    EXPECT_TRUE(finish(first, "St.1"));
+    const ZelvoUrl second = record("St.2", 2);
+    EXPECT_FALSE(finish(second, "St.2"));
+    const ZelvoUrl third = record("St.3", 3);  // its recorder has gone on: nobody asks for the second
     ASSERT_TRUE(QFile::rename(recording("St.2.tmp"), recording("St.2.rec")));
-    EXPECT_EQ(given(client, second), bytesOf(1'000, 2));
+    EXPECT_EQ(given(second), bytesOf(1'000, 2));
     EXPECT_EQ(move().moved, 2);
     EXPECT_EQ(storedBytes(second), bytesOf(1'000, 2));
-    EXPECT_TRUE(finish(client, third, "St.3"));
+    EXPECT_TRUE(finish(third, "St.3"));
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(storedBytes(first), bytesOf(1'000, 1));
     EXPECT_EQ(storedBytes(third), bytesOf(1'000, 3));
@@ -148,37 +144,34 @@ TEST_F(SharedName, AnUnnamedRecordingIsMovedWhenItIsRenamed)
 
 TEST_F(SharedName, TheFileThatWasRegisteredIsKnownByItselfNotByItsTime)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = record(client, "St.1", 1);
+    const ZelvoUrl address = record("St.1", 1);
     QFile named(recording("St.1.rec"));
     ASSERT_TRUE(QFile::rename(recording("St.1.tmp"), named.fileName()));
     ASSERT_TRUE(QFile::remove(recording("St.1.tmp.journal")));
     ASSERT_TRUE(named.open(QIODevice::ReadWrite));
     ASSERT_TRUE(named.setFileTime(QDateTime::currentDateTime().addSecs(-3'600), QFileDevice::FileModificationTime));
     named.close();
-    EXPECT_EQ(given(client, address), bytesOf(1'000, 1));
+    EXPECT_EQ(given(address), bytesOf(1'000, 1));
 }
 
 TEST_F(SharedName, AnotherRecordingUnderTheUnfinishedNameDoesNotHoldTheFirstBack)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = record(client, "St.1", 1);
-    EXPECT_TRUE(finish(client, address, "St.1"));
+    const ZelvoUrl address = record("St.1", 1);
+    EXPECT_TRUE(finish(address, "St.1"));
     begin("St.1", 2);
-    EXPECT_EQ(given(client, address), bytesOf(1'000, 1));
+    EXPECT_EQ(given(address), bytesOf(1'000, 1));
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(storedBytes(address), bytesOf(1'000, 1));
 }
 
 TEST_F(SharedName, WhatWasRecoveredIsTakenUnderTheWholeNameOnly)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = record(client, "St.1", 1);
-    client.MoveToNas(guidOf(address));
+    const ZelvoUrl address = record("St.1", 1);
+    client().MoveToNas(guidOf(address));
     ASSERT_TRUE(QFile::remove(recording("St.1.tmp")));
     ASSERT_TRUE(QFile::remove(recording("St.1.tmp.journal")));
     writeFile(recording("St.rec"), bytesOf(1'000, 7));
-    EXPECT_NE(refused(client, address), QString());
+    EXPECT_NE(refused(address), QString());
     const MoverReport report = move();
     EXPECT_EQ(report.moved, 0);
     EXPECT_EQ(
@@ -193,7 +186,6 @@ TEST_F(SharedName, WhatWasRecoveredIsTakenUnderTheWholeNameOnly)
 
 TEST_F(SharedName, RecordersThatUseItAtOnceEachRegisterTheirOwnFile)
 {
-    ZelvoClient client(configuration());
     std::vector<std::unique_ptr<QFile>> open;
     for (const char* base : {"St.1", "St.2", "St"}) {
         begin(base, base[2] == '.' ? base[3] - '0' : 3);
@@ -203,14 +195,14 @@ TEST_F(SharedName, RecordersThatUseItAtOnceEachRegisterTheirOwnFile)
     // The one that is made last is registered first: the newest is the one until it is known.
     std::map<QString, ZelvoUrl> addresses;
     for (const char* base : {"St", "St.2", "St.1"}) {
-        const QString guid = newGroup(client, recordings());
-        addresses[QString::fromLatin1(base)] = url(guid, client.AddFile("St.rec", guid));
+        const QString guid = newGroup();
+        addresses[QString::fromLatin1(base)] = url(guid, client().AddFile("St.rec", guid));
     }
     open.clear();
     for (const char* base : {"St.1", "St.2", "St"}) {
         const ZelvoUrl& address = addresses[QString::fromLatin1(base)];
-        EXPECT_TRUE(finish(client, address, base));
-        EXPECT_EQ(given(client, address), readFile(recording("St.rec")));
+        EXPECT_TRUE(finish(address, base));
+        EXPECT_EQ(given(address), readFile(recording("St.rec")));
         EXPECT_EQ(move().moved, 1);
     }
     EXPECT_EQ(storedBytes(addresses[QStringLiteral("St.1")]), bytesOf(1'000, 1));
@@ -220,22 +212,21 @@ TEST_F(SharedName, RecordersThatUseItAtOnceEachRegisterTheirOwnFile)
 
 TEST_F(SharedName, AFileThatAnotherRecorderWritesIsNotTaken)
 {
-    ZelvoClient client(configuration());
     begin("St.1", 1);
     begin("St.2", 2);  // newer, but of another process
     QFile own(recording("St.1.tmp"));
     ASSERT_TRUE(own.open(QIODevice::ReadWrite));
-    const QString guid = newGroup(client, recordings());
-    const ZelvoUrl address = url(guid, client.AddFile("St.rec", guid));
+    const QString guid = newGroup();
+    const ZelvoUrl address = url(guid, client().AddFile("St.rec", guid));
     // Nor is one that is registered: this one's own lies where no group names the folder.
     own.close();
     ASSERT_TRUE(QFile::remove(recording("St.2.tmp")));
-    const QString next = newGroup(client, recordings());
-    const ZelvoUrl nowhere = url(next, client.AddFile("St.rec", next));
-    EXPECT_TRUE(finish(client, address, "St.1"));
-    EXPECT_EQ(given(client, address), bytesOf(1'000, 1));
-    EXPECT_NE(refused(client, nowhere), QString());
-    client.MoveToNas(next);
+    const QString next = newGroup();
+    const ZelvoUrl nowhere = url(next, client().AddFile("St.rec", next));
+    EXPECT_TRUE(finish(address, "St.1"));
+    EXPECT_EQ(given(address), bytesOf(1'000, 1));
+    EXPECT_NE(refused(nowhere), QString());
+    client().MoveToNas(next);
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(file(nowhere).state, FileState::Waiting);
     EXPECT_EQ(storedBytes(address), bytesOf(1'000, 1));
@@ -243,62 +234,58 @@ TEST_F(SharedName, AFileThatAnotherRecorderWritesIsNotTaken)
 
 TEST_F(SharedName, TheFileThatThisProcessHasOpenGoesBeforeOneThatIsNewerOrStandsBeforeIt)
 {
-    ZelvoClient client(configuration());
     begin("St.2", 2);
     begin("St.1", 1);  // of another process
     QFile own(recording("St.2.tmp"));
     ASSERT_TRUE(own.open(QIODevice::ReadWrite));
-    const QString guid = newGroup(client, recordings());
-    const ZelvoUrl address = url(guid, client.AddFile("St.rec", guid));
+    const QString guid = newGroup();
+    const ZelvoUrl address = url(guid, client().AddFile("St.rec", guid));
     own.close();
-    EXPECT_TRUE(finish(client, address, "St.2"));
-    EXPECT_EQ(given(client, address), bytesOf(1'000, 2));
+    EXPECT_TRUE(finish(address, "St.2"));
+    EXPECT_EQ(given(address), bytesOf(1'000, 2));
 }
 
 TEST_F(SharedName, AFileThatThisProcessHasOpenUnderItsLastNameGoesBeforeAnUnfinishedOne)
 {
-    ZelvoClient client(configuration());
     begin("St.1", 1);  // of another process
     writeFile(recording("St.rec"), bytesOf(1'000, 2));
     QFile own(recording("St.rec"));
     ASSERT_TRUE(own.open(QIODevice::ReadWrite));
-    const QString guid = newGroup(client, recordings());
-    const ZelvoUrl address = url(guid, client.AddFile("St.rec", guid));
+    const QString guid = newGroup();
+    const ZelvoUrl address = url(guid, client().AddFile("St.rec", guid));
     own.close();
-    client.MoveToNas(guid);
-    EXPECT_EQ(given(client, address), bytesOf(1'000, 2));
+    client().MoveToNas(guid);
+    EXPECT_EQ(given(address), bytesOf(1'000, 2));
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(storedBytes(address), bytesOf(1'000, 2));
 }
 
 TEST_F(SharedName, AnOldRecordingOfTheNameIsNotTakenForTheOneThatIsMissing)
 {
-    ZelvoClient client(configuration());
     const QString path = recording("St.rec");
     writeFile(path, bytesOf(1'000, 1));
     QFile old(path);
     ASSERT_TRUE(old.open(QIODevice::ReadWrite));
     ASSERT_TRUE(old.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime));
     old.close();
-    const QString guid = newGroup(client, recordings());
-    const ZelvoUrl address = url(guid, client.AddFile("St.rec", guid));
-    client.MoveToNas(guid);
-    EXPECT_NE(refused(client, address), QString());
+    const QString guid = newGroup();
+    const ZelvoUrl address = url(guid, client().AddFile("St.rec", guid));
+    client().MoveToNas(guid);
+    EXPECT_NE(refused(address), QString());
     EXPECT_EQ(move().moved, 0);
     EXPECT_EQ(readFile(path), bytesOf(1'000, 1));
 }
 
 TEST_F(SharedName, AFileThatWasReplacedWhileItWasOpenForWritingStaysThatOfItsAddress)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = record(client, "St.1", 1);
-    EXPECT_TRUE(finish(client, address, "St.1"));
-    const QString path = client.RequestFile(address, LockState::Exclusive);
+    const ZelvoUrl address = record("St.1", 1);
+    EXPECT_TRUE(finish(address, "St.1"));
+    const QString path = client().RequestFile(address, LockState::Exclusive);
     writeFile(path + ".new", bytesOf(500, 9));
     ASSERT_EQ(::rename(QFile::encodeName(path + ".new").constData(), QFile::encodeName(path).constData()), 0);
-    client.CloseFile(address);
-    EXPECT_EQ(client.GetError(), ZelvoError::None) << client.GetErrorString().toStdString();
-    EXPECT_EQ(given(client, address), bytesOf(500, 9));
+    client().CloseFile(address);
+    EXPECT_EQ(client().GetError(), ZelvoError::None) << client().GetErrorString().toStdString();
+    EXPECT_EQ(given(address), bytesOf(500, 9));
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(storedBytes(address), bytesOf(500, 9));
 }
@@ -309,10 +296,9 @@ TEST_F(SharedName, AJournalOfAnOlderProgramTakesRequests)
         Database journal(configuration().directory + "/archive.sqlite", 0600);
         journal.run("DROP TABLE file_origins");
     }
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = record(client, "St.1", 1);
-    EXPECT_EQ(client.GetError(), ZelvoError::None) << client.GetErrorString().toStdString();
-    EXPECT_TRUE(finish(client, address, "St.1"));
+    const ZelvoUrl address = record("St.1", 1);
+    EXPECT_EQ(client().GetError(), ZelvoError::None) << client().GetErrorString().toStdString();
+    EXPECT_TRUE(finish(address, "St.1"));
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(storedBytes(address), bytesOf(1'000, 1));
 }
@@ -324,9 +310,8 @@ protected:
     /// A recording in whose place something else is put, and one behind it.
     void expectToldAndOthersMoved(const std::function<void(const QString&)>& put)
     {
-        ZelvoClient client(configuration());
-        const ZelvoUrl first = recordOne(client, recordings(), "a", bytesOf(10, 1));
-        const ZelvoUrl second = recordOne(client, recordings(), "b", bytesOf(10, 2));
+        const ZelvoUrl first = record("a", bytesOf(10, 1));
+        const ZelvoUrl second = record("b", bytesOf(10, 2));
         const QString path = recording("a.rec");
         ASSERT_TRUE(QFile::remove(path));
         put(path);
@@ -337,7 +322,7 @@ protected:
         EXPECT_TRUE(report.problem.isEmpty()) << report.problem.toStdString();
         EXPECT_EQ(report.messages, QStringList(first.toString() + QStringLiteral(": ") + told));
         EXPECT_EQ(file(first).error, told);
-        EXPECT_TRUE(client.RequestFile(first, LockState::Shared).isEmpty());
+        EXPECT_TRUE(client().RequestFile(first, LockState::Shared).isEmpty());
         EXPECT_EQ(storedBytes(second), bytesOf(10, 2));
         EXPECT_TRUE(QFileInfo(path).isSymLink() || QFileInfo::exists(path));
     }
@@ -376,8 +361,7 @@ TEST_F(NoOrdinaryFile, APipeThatTakesThePlaceBetweenLookAndReadIsRefused)
             return Files::copy(from, to, mode, stop);
         }
     };
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordOne(client, recordings(), "a", bytesOf(10, 1));
+    const ZelvoUrl address = record("a", bytesOf(10, 1));
     Swapped files;
     const MoverReport report = move(files);
     EXPECT_EQ(report.failed, 1);
@@ -396,8 +380,7 @@ TEST_F(NoOrdinaryFile, AnotherFileThatTakesThePlaceWhileItIsMovedIsNotStored)
             return Files::copy(from, to, mode, stop);
         }
     };
-    ZelvoClient client(configuration());
-    recordOne(client, recordings(), "a", bytesOf(10, 1));
+    record("a", bytesOf(10, 1));
     Swapped files;
     const MoverReport report = move(files);
     EXPECT_EQ(report.moved, 0);
@@ -468,21 +451,20 @@ private:
 
 TEST_F(BeingChanged, ARecordingKeepsItsGroupWaitingUntilTheChangeIsSettled)
 {
-    ZelvoClient client(configuration());
-    const QString guid = newGroup(client, recordings());
-    const ZelvoUrl first = url(guid, beginFile(client, guid, recordings(), "b", bytesOf(10, 2)));
-    finishFile(recordings(), "b");
-    const ZelvoUrl second = url(guid, beginFile(client, guid, recordings(), "a", bytesOf(10, 1)));
-    finishFile(recordings(), "a");
-    client.MoveToNas(guid);
+    const QString guid = newGroup();
+    const ZelvoUrl first = url(guid, begin(guid, "b", bytesOf(10, 2)));
+    finish("b");
+    const ZelvoUrl second = url(guid, begin(guid, "a", bytesOf(10, 1)));
+    finish("a");
+    client().MoveToNas(guid);
     writeFile(undo(), "before");
     const MoverReport report = move();
     EXPECT_EQ(report.moved, 0);
     EXPECT_EQ(report.failed, 0);
     EXPECT_EQ(report.waiting, 2);
     EXPECT_EQ(file(second).error, waits(undo()));
-    EXPECT_EQ(client.RequestFile(second, LockState::Shared), recording("a.rec"));  // where its undo is
-    client.CloseFile(second);
+    EXPECT_EQ(client().RequestFile(second, LockState::Shared), recording("a.rec"));  // where its undo is
+    client().CloseFile(second);
     const QString copy = recording("copy");
     EXPECT_THROW(Archive(configuration()).fetch(second, copy), ArchiveError);
     EXPECT_FALSE(QFile::exists(copy));
@@ -498,8 +480,7 @@ TEST_F(BeingChanged, ARecordingKeepsItsGroupWaitingUntilTheChangeIsSettled)
 
 TEST_F(BeingChanged, ACopyDuringWhichAChangeBeginsIsNotStored)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordOne(client, recordings(), "a", bytesOf(10, 1));
+    const ZelvoUrl address = record("a", bytesOf(10, 1));
     ChangedMeanwhile files(undo(), true);
     EXPECT_EQ(move(files).moved, 0);
     EXPECT_TRUE(stored().isEmpty());
@@ -510,8 +491,7 @@ TEST_F(BeingChanged, ACopyDuringWhichAChangeBeginsIsNotStored)
 
 TEST_F(BeingChanged, AnOriginalThatIsChangedOnceItIsStoredIsNotDeleted)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordOne(client, recordings(), "a", bytesOf(10, 1));
+    const ZelvoUrl address = record("a", bytesOf(10, 1));
     ChangedMeanwhile files(undo(), false);
     EXPECT_EQ(move(files).moved, 0);
     EXPECT_EQ(move().moved, 0);
@@ -527,13 +507,12 @@ TEST_F(BeingChanged, AnOriginalThatIsChangedOnceItIsStoredIsNotDeleted)
 
 TEST_F(BeingChanged, AVersionThatWasWrittenWaitsToo)
 {
-    ZelvoClient client(configuration());
-    const ZelvoUrl address = recordOne(client, recordings(), "a", bytesOf(10, 1));
+    const ZelvoUrl address = record("a", bytesOf(10, 1));
     ASSERT_EQ(move().moved, 1);
-    const QString path = client.RequestFile(address, LockState::Exclusive);
+    const QString path = client().RequestFile(address, LockState::Exclusive);
     writeFile(path, bytesOf(11, 2));
     writeFile(path + ".undo", "before");
-    client.CloseFile(address);
+    client().CloseFile(address);
     const MoverReport report = move();
     EXPECT_EQ(report.waiting, 1);
     EXPECT_EQ(report.failed, 0);

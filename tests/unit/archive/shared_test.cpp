@@ -72,7 +72,7 @@ pid_t runStation(const StationFolder& station, int seed)
         MoverCore mover(station.configuration, files);
         constexpr int FilesOfAGroup = 5;
         for (int group = 0; group < FilesOfAStation / FilesOfAGroup; ++group) {
-            const QString guid = newGroup(client, station.recordings());
+            const QString guid = groupOf(client, station.recordings());
             for (int i = 0; i < FilesOfAGroup; ++i) {
                 const int number = group * FilesOfAGroup + i;
                 beginFile(client, guid, station.recordings(), QString::number(number), bytesOf(1'000, seed + number));
@@ -165,7 +165,7 @@ TEST_F(SharedRegistry, OfRecordingsOfOneNameGivesEachItsOwn)
 {
     ZelvoClient client(north.configuration);
     const auto record = [&](const char* base, int seed) {
-        const QString guid = newGroup(client, north.recordings());
+        const QString guid = groupOf(client, north.recordings());
         writeFile(north.recording(QString::fromLatin1(base)), bytesOf(10, seed));
         return url(guid, client.AddFile("St.rec", guid));
     };
