@@ -46,7 +46,7 @@ protected:
     }
     [[nodiscard]] static qint64 dataBytes() { return static_cast<qint64>(GetParam()); }
 
-    const QString Name = QStringLiteral("cut.rec");
+    const QString Name = "cut.rec";
 };
 
 }  // namespace

@@ -122,8 +122,8 @@ protected:
     /// Puts the bytes into a file and opens that.
     [[nodiscard]] std::unique_ptr<CFileAccess> openBytes(const std::string& bytes, bool readTables = true) const
     {
-        TestSupport::writeFile(filePath(QStringLiteral("made.rec")), bytes);
-        return openForReading(QStringLiteral("made.rec"), readTables);
+        TestSupport::writeFile(filePath("made.rec"), bytes);
+        return openForReading("made.rec", readTables);
     }
     static void write(CFileAccess& file, std::int32_t code, const std::string& data, unsigned long long time,
                       bool rangeDef = false)
@@ -136,12 +136,38 @@ protected:
         CHeaderData header = makeHeader(fields);
         file.CloseRecording(header, true);
     }
+    [[nodiscard]] std::string name8(const QString& name) const { return TestSupport::fileName8(filePath(name)); }
+    /// Every operation once; none may throw, and all answer 0.
+    static void expectAllOperationsToAnswerZero(CFileAccess& file)
+    {
+        CHeaderData header = makeHeader({});
+        CVTTypesData types = makeTypes({{1, 2, "KEY", "/PATH"}});
+        CVTCmdData record = makeRecord(3, "kept");
+        EXPECT_EQ(file.write(types), 0U);
+        EXPECT_EQ(file.write(record, 10, true), 0U);
+        EXPECT_EQ(file.write(header), 0U);
+        EXPECT_EQ(file.read(header), 0U);
+        EXPECT_EQ(file.read(types), 0U);
+        file.readTables();
+        EXPECT_EQ(file.read(record), 0U);
+        EXPECT_EQ(file.read(record, 10), 0U);
+        EXPECT_EQ(file.readAndReturnTimeOfCurrentCmd(record), 0U);
+        EXPECT_EQ(file.readfirst(record), 0U);
+        EXPECT_EQ(file.readfirst(record, 3), 0U);
+        EXPECT_EQ(file.readnext(record), 0U);
+        EXPECT_EQ(file.readnext(record, 4), 0U);
+        EXPECT_EQ(file.readprev(record, 10), 0U);
+        EXPECT_EQ(file.fileSize(), 0);
+        EXPECT_EQ(record.cmd(), 3);
+        EXPECT_EQ(dataOf(record), "kept");
+        EXPECT_EQ(types.get_vector().size(), 1U);
+    }
 
 private:
     [[nodiscard]] std::unique_ptr<CFileAccess> open(const QString& name, bool write, bool readTables) const
     {
-        return std::make_unique<CFileAccess>(TestSupport::fileName8(filePath(name)).c_str(), QStringLiteral("/Rec"),
-                                             nullptr, write, readTables, false, nullptr, nullptr);
+        return std::make_unique<CFileAccess>(TestSupport::fileName8(filePath(name)).c_str(), "/Rec", nullptr, write,
+                                             readTables, false, nullptr, nullptr);
     }
 
     QTemporaryDir m_directory{TestSupport::directoryTemplate()};

@@ -13,10 +13,10 @@ protected:
     /// The bytes of a file with one record and the header.
     [[nodiscard]] std::string written(const HeaderFields& header) const
     {
-        const auto file = openForWriting(QStringLiteral("a.dat"));
+        const auto file = openForWriting("a.dat");
         write(*file, 1, "data", 10);
         close(*file, header);
-        return bytesOf(QStringLiteral("a.dat"));
+        return bytesOf("a.dat");
     }
     [[nodiscard]] CHeaderData readBack(const std::string& bytes) const
     {
@@ -49,10 +49,10 @@ TEST_F(FileFormat, HeaderTimesAreWholeMilliseconds)
 {
     CHeaderData header = makeHeader({});
     header.set_startTS(CTimeStamp(5'999ULL));
-    const auto file = openForWriting(QStringLiteral("a.dat"));
+    const auto file = openForWriting("a.dat");
     file->CloseRecording(header, true);
-    EXPECT_EQ(TestSupport::parseRecording(bytesOf(QStringLiteral("a.dat"))).header.startMs, 5U);
-    EXPECT_EQ(readBack(bytesOf(QStringLiteral("a.dat"))).startTS().getTimeStamp(), 5'000U);
+    EXPECT_EQ(TestSupport::parseRecording(bytesOf("a.dat")).header.startMs, 5U);
+    EXPECT_EQ(readBack(bytesOf("a.dat")).startTS().getTimeStamp(), 5'000U);
 }
 
 TEST_F(FileFormat, HeaderTimesBeyond32BitsOfMillisecondsComeBack)
@@ -69,9 +69,9 @@ TEST_F(FileFormat, ANullTimeIsWrittenAsZero)
 {
     CHeaderData empty;
     empty.set_version(2, 0);
-    const auto file = openForWriting(QStringLiteral("a.dat"));
+    const auto file = openForWriting("a.dat");
     file->CloseRecording(empty, true);
-    EXPECT_EQ(TestSupport::parseRecording(bytesOf(QStringLiteral("a.dat"))).header.startMs, 0U);
+    EXPECT_EQ(TestSupport::parseRecording(bytesOf("a.dat")).header.startMs, 0U);
 }
 
 TEST_F(FileFormat, EveryHeaderFieldComesBack)
@@ -164,20 +164,20 @@ TEST_F(FileFormat, AHeaderLongerThanItsAreaIsWrittenOverWhatFollows)
     fields.deviceName = std::string(600, 'n');
     const std::vector<TypeFields> types{{1, 2, std::string(300, 'k'), "/PATH"}};
     CVTTypesData table = makeTypes(types);
-    const auto file = openForWriting(QStringLiteral("a.dat"));
+    const auto file = openForWriting("a.dat");
     file->write(table);
     write(*file, 1, "data", 10);
     close(*file, fields);
-    EXPECT_EQ(bytesOf(QStringLiteral("a.dat")), ReferenceRecording().types(types).record(1, "data", 10).close(fields));
+    EXPECT_EQ(bytesOf("a.dat"), ReferenceRecording().types(types).record(1, "data", 10).close(fields));
 }
 
 TEST_F(FileFormat, AHeaderLongerThanTheFileExtendsIt)
 {
     HeaderFields fields;
     fields.deviceType = std::string(600, 't');
-    const auto file = openForWriting(QStringLiteral("a.dat"));
+    const auto file = openForWriting("a.dat");
     close(*file, fields);
-    EXPECT_EQ(bytesOf(QStringLiteral("a.dat")), fields.bytes());
+    EXPECT_EQ(bytesOf("a.dat"), fields.bytes());
     EXPECT_EQ(std::string(readBack(fields.bytes()).deviceType()), fields.deviceType);
 }
 
@@ -193,9 +193,9 @@ TEST_F(FileFormat, AHeaderTextIsWrittenUpToItsNulWithItsFullLength)
 
 TEST_F(FileFormat, AFileWithoutAnyRecordHasNoPositionsAndNoTables)
 {
-    const auto file = openForWriting(QStringLiteral("a.dat"));
+    const auto file = openForWriting("a.dat");
     close(*file);
-    const std::string bytes = bytesOf(QStringLiteral("a.dat"));
+    const std::string bytes = bytesOf("a.dat");
     EXPECT_EQ(bytes, ReferenceRecording().close());
     EXPECT_EQ(bytes.size(), 500U);
 
@@ -218,12 +218,12 @@ TEST_F(FileFormat, DataOfAnyBytesComesBackUnchanged)
         data += static_cast<char>(byte);
     }
     data += "##\r\n\x1a#";
-    const auto file = openForWriting(QStringLiteral("a.dat"));
+    const auto file = openForWriting("a.dat");
     write(*file, 1, data, 10);
     write(*file, 2, "#", 20);
     write(*file, 3, std::string(1, '\0'), 30);
     close(*file);
-    const auto reader = openForReading(QStringLiteral("a.dat"));
+    const auto reader = openForReading("a.dat");
     CVTCmdData record;
     EXPECT_EQ(reader->readfirst(record), 20U);
     EXPECT_EQ(dataOf(record), data);

@@ -28,7 +28,7 @@ int g_traces = 0;
 
 void countTraces(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& text)
 {
-    g_traces += text.contains(QStringLiteral("recording file is full")) ? 1 : 0;
+    g_traces += text.contains("recording file is full") ? 1 : 0;
 }
 
 class FileAccessLimit : public testing::Test {
@@ -59,7 +59,7 @@ protected:
     }
 
     QTemporaryDir m_directory;
-    std::string m_path = m_directory.filePath(QStringLiteral("a.rec")).toStdString();
+    std::string m_path = m_directory.filePath("a.rec").toStdString();
     CFileAccess m_file{m_path.c_str(), QString(), nullptr, true, false, false, nullptr, nullptr};
 
 private:

@@ -9,13 +9,13 @@ namespace {
 
 class Writing : public FileAccessTest {
 protected:
-    Writing() : m_file(openForWriting(QStringLiteral("a.tmp"))) {}
+    Writing() : m_file(openForWriting("a.tmp")) {}
 
     CFileAccess& file() { return *m_file; }
     std::string closedBytes(const HeaderFields& header = {})
     {
         close(*m_file, header);
-        return bytesOf(QStringLiteral("a.rec"));
+        return bytesOf("a.rec");
     }
     /// The times in file order after the file was closed.
     std::vector<std::uint64_t> closedTimes()

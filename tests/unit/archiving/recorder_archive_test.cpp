@@ -20,8 +20,8 @@ protected:
     RecorderArchive()
     {
         archive = ScriptedArchive();
-        FilePeer::setGroup(QStringLiteral("Initial GUID String"));
-        station.add<Number>(QStringLiteral("/LEVEL"));
+        FilePeer::setGroup("Initial GUID String");
+        station.add<Number>("/LEVEL");
         station.configure(QString(),
                           QStringLiteral("LEVEL = \"/LEVEL\"\n[Rx2]\nValuePath = \"/Devices/Rx2\"\nStatusValuePath = "
                                          "\"/Status/Rx2\"\nRecordingPath = \"%1\"\n[Rx2.Values]\nLEVEL = \"/LEVEL\"")
@@ -31,7 +31,7 @@ protected:
     void change(double level)
     {
         station.clock.advanceMs(100);
-        station.value<Number>(QStringLiteral("/LEVEL")).SetValue(level);
+        station.value<Number>("/LEVEL").SetValue(level);
     }
     /// Changes a value until the recorder goes on in another file.
     void split()
@@ -46,9 +46,9 @@ protected:
     {
         QStringList found;
         for (const QString& call : archive.calls) {
-            if (call.startsWith(QStringLiteral("AddFile"))) {
-                found << QStringLiteral("AddFile ") + call.section(QLatin1Char(' '), -1);
-            } else if (!call.startsWith(QStringLiteral("SetUser"))) {
+            if (call.startsWith("AddFile")) {
+                found << "AddFile " + call.section(QLatin1Char(' '), -1);
+            } else if (!call.startsWith("SetUser")) {
                 found << call;
             }
         }
@@ -62,12 +62,11 @@ protected:
 TEST_F(RecorderArchive, ARecorderOwnsOneClientFromItsConstructionToItsEnd)
 {
     {
-        const CRecording made(QStringLiteral("Rx"));
+        const CRecording made("Rx");
         EXPECT_EQ(archive.clients, 1);
     }
     EXPECT_EQ(archive.clients, 0);
-    makeRecorder();
-    start();
+    startRecorder();
     station.switchOff();
     start();
     EXPECT_EQ(archive.clientsMade, 2) << "its files share it";
@@ -77,8 +76,7 @@ TEST_F(RecorderArchive, ARecorderOwnsOneClientFromItsConstructionToItsEnd)
 
 TEST_F(RecorderArchive, EachRecordingIsAGroupOfItsOwn)
 {
-    makeRecorder();
-    start();
+    startRecorder();
     EXPECT_EQ(FilePeer::group(), text("GROUP-1"));
     station.switchOff();
     start();
@@ -90,8 +88,7 @@ TEST_F(RecorderArchive, EachRecordingIsAGroupOfItsOwn)
 
 TEST_F(RecorderArchive, TheArchiveIsGivenTheNameThatTheFinishedFileHas)
 {
-    makeRecorder();
-    start();
+    startRecorder();
     const QString name = QFileInfo(station.fileName()).completeBaseName() + text(".rec");
     EXPECT_EQ(archive.calls.last(), QStringLiteral("AddFile %1 GROUP-1").arg(name));
     station.switchOff();
@@ -145,8 +142,7 @@ TEST_F(RecorderArchive, TheFilesOfASplitHaveNumbersOfTheirOwn)
 
 TEST_F(RecorderArchive, ARestartBeginsANewGroupAndHandsTheOldOneOver)
 {
-    makeRecorder();
-    start();
+    startRecorder();
     archive.calls.clear();
     recorder().StartRecording(false);
     EXPECT_THAT(requests(), ElementsAre(text("MoveToNas GROUP-1"), text("CreateFileGroup"), text("AddFile GROUP-2")));
@@ -154,8 +150,7 @@ TEST_F(RecorderArchive, ARestartBeginsANewGroupAndHandsTheOldOneOver)
 
 TEST_F(RecorderArchive, ARecorderThatIsDestroyedWhileItRecordsHandsItsGroupOver)
 {
-    makeRecorder();
-    start();
+    startRecorder();
     destroyRecorder();
     EXPECT_EQ(archive.calls.last(), text("MoveToNas GROUP-1"));
     EXPECT_EQ(archive.clients, 0);
@@ -186,8 +181,7 @@ TEST_F(RecorderArchive, TheLaterOfTwoRecordersOfAProcessSetsTheGroupOfBoth)
 
 TEST_F(RecorderArchive, ARecorderWithoutAnArchiveAfterOneThatHadItIsInNoGroup)
 {
-    makeRecorder();
-    start();
+    startRecorder();
     station.switchOff();
     archive.available = false;
     archive.calls.clear();
@@ -216,8 +210,7 @@ TEST_F(RecorderArchive, RecordsIntoTheDirectoryThatTheArchiveNames)
 {
     const QTemporaryDir elsewhere;
     archive.directory = elsewhere.path();
-    makeRecorder();
-    start();
+    startRecorder();
     EXPECT_EQ(QFileInfo(station.fileName()).path(), elsewhere.path());
     change(1);
     EXPECT_EQ(stopAndRead().records.back().data, "3;1,0,0");
@@ -228,8 +221,7 @@ TEST_F(RecorderArchive, RecordsIntoTheDirectoryThatTheArchiveNames)
 
 TEST_F(RecorderArchive, AFileThatAnObserverStartsWhileTheRecorderEndsDoesNotOutliveTheClient)
 {
-    CRecording& ending = makeRecorder();
-    start();
+    CRecording& ending = startRecorder();
     bool started = false;
     const Listener restarts(station.value<Text>(text("/Status/Rx1/REC_FILENAME")), [&](auto&, TChangeCode) {
         if (!started) {

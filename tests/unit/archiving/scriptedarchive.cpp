@@ -34,7 +34,7 @@ ZelvoUrl::ZelvoUrl(const QString& text) : m_text(text)
 
 bool ZelvoUrl::isZelvoUrl() const
 {
-    return m_text.startsWith(QStringLiteral("zelvo:///"));
+    return m_text.startsWith("zelvo:///");
 }
 
 const QString& ZelvoUrl::toString() const
@@ -73,7 +73,7 @@ bool ZelvoClient::IsConnected() const
 
 void ZelvoClient::SetUser(const QString& user)
 {
-    scriptedArchive().calls << QStringLiteral("SetUser ") + user;
+    scriptedArchive().calls << "SetUser " + user;
 }
 
 QString ZelvoClient::CreateFileGroup(const QString& version, const QDateTime& expires, const QString& startText,
@@ -82,20 +82,20 @@ QString ZelvoClient::CreateFileGroup(const QString& version, const QDateTime& ex
 {
     ScriptedArchive& archive = scriptedArchive();
     const auto number = QString::number(archive.groups.size() + 1);
-    const QString guid = archive.guid.isEmpty() ? QStringLiteral("GROUP-") + number : archive.guid;
+    const QString guid = archive.guid.isEmpty() ? "GROUP-" + number : archive.guid;
     archive.groups.push_back({version, expires, startText, description, type, maxBytes, title, directory, reserved,
                               guid, QDateTime::currentDateTime()});
     if (!archive.directory.isEmpty()) {
         directory = archive.directory;
     }
-    return answer(QStringLiteral("CreateFileGroup"), archive.createError, guid);
+    return answer("CreateFileGroup", archive.createError, guid);
 }
 
 std::uint32_t ZelvoClient::AddFile(const QString& name, const QString& guid)
 {
     static std::uint32_t count = 0;
     ScriptedArchive& archive = scriptedArchive();
-    const QString call = QStringLiteral("AddFile ");
+    const QString call = "AddFile ";
     count = archive.calls.filter(call).isEmpty() ? 1 : count + 1;
     return answer(call + name + QLatin1Char(' ') + guid, archive.addError,
                   archive.fileId == 0 ? count : archive.fileId);
@@ -103,7 +103,7 @@ std::uint32_t ZelvoClient::AddFile(const QString& name, const QString& guid)
 
 QString ZelvoClient::MoveToNas(const QString& guid)
 {
-    QString text = answer(QStringLiteral("MoveToNas ") + guid, scriptedArchive().moveError, QString());
+    QString text = answer("MoveToNas " + guid, scriptedArchive().moveError, QString());
     if (scriptedArchive().onMove) {
         scriptedArchive().onMove();
     }
@@ -118,7 +118,7 @@ QString ZelvoClient::RequestFile(const ZelvoUrl& url, LockState lock)
 
 void ZelvoClient::CloseFile(const ZelvoUrl& url)
 {
-    answer(QStringLiteral("CloseFile ") + url.toString(), ZelvoError::None, 0);
+    answer("CloseFile " + url.toString(), ZelvoError::None, 0);
     if (scriptedArchive().onClose) {
         scriptedArchive().onClose();
     }

@@ -16,12 +16,12 @@ class RecorderFailure : public RecorderTest {
 protected:
     RecorderFailure()
     {
-        station.configure(QString(), QStringLiteral("ALTITUDE = \"/Before\"\nLEVEL = \"/LEVEL\"\nROLL = \"/After\""));
-        station.add<Number>(QStringLiteral("/Before"));
-        station.add<Number>(QStringLiteral("/After"));
+        station.configure(QString(), "ALTITUDE = \"/Before\"\nLEVEL = \"/LEVEL\"\nROLL = \"/After\"");
+        station.add<Number>("/Before");
+        station.add<Number>("/After");
         auto made = std::make_unique<ScriptedValue>();
         m_scripted = made.get();
-        station.insert(QStringLiteral("/LEVEL"), std::move(made));
+        station.insert("/LEVEL", std::move(made));
         makeRecorder();
     }
 
@@ -48,7 +48,7 @@ protected:
     }
 
     [[nodiscard]] ScriptedValue& scripted() const { return *m_scripted; }
-    [[nodiscard]] Number& after() const { return station.value<Number>(QStringLiteral("/After")); }
+    [[nodiscard]] Number& after() const { return station.value<Number>("/After"); }
 
 private:
     ScriptedValue* m_scripted;
@@ -90,14 +90,14 @@ TEST_F(RecorderFailure, AFileWhoseStartFailedIsClosedByOff)
 
 TEST_F(RecorderFailure, AnObserverThatFailsAtAStartIsAFailureAtLine1006)
 {
-    const Listener failing(*station.tree.Find(QStringLiteral("/Status/Rx1/REC_FILENAME")),
+    const Listener failing(*station.tree.Find("/Status/Rx1/REC_FILENAME"),
                            [](values::ValueBase&, TChangeCode) { fail(); });
     EXPECT_EQ(lineOfFailure([this] { station.switchOn(); }), 1006);
 }
 
 TEST_F(RecorderFailure, AnObserverOfTheStationsThatFailsAtAStartIsAFailureAtLine1006)
 {
-    const Listener failing(*station.tree.Find(QStringLiteral("/Status/Rx1/REC_FILENAME")),
+    const Listener failing(*station.tree.Find("/Status/Rx1/REC_FILENAME"),
                            [](values::ValueBase&, TChangeCode) { failAsStation(); });
     EXPECT_EQ(lineOfFailure([this] { station.switchOn(); }), 1006);
 }
@@ -105,7 +105,7 @@ TEST_F(RecorderFailure, AnObserverOfTheStationsThatFailsAtAStartIsAFailureAtLine
 TEST_F(RecorderFailure, AnObserverThatFailsAtAStopIsAFailureAtLine1103)
 {
     station.switchOn();
-    const Listener failing(*station.tree.Find(QStringLiteral("/Status/Rx1/REC_FILENAME")),
+    const Listener failing(*station.tree.Find("/Status/Rx1/REC_FILENAME"),
                            [](values::ValueBase&, TChangeCode) { fail(); });
     EXPECT_EQ(lineOfFailure([this] { station.switchOff(); }), 1103);
     EXPECT_FALSE(Peer::isRecording(recorder()));
@@ -117,7 +117,7 @@ TEST_F(RecorderFailure, AStartAfterAFailedStopWorks)
 {
     station.switchOn();
     {
-        const Listener failing(*station.tree.Find(QStringLiteral("/Status/Rx1/REC_FILENAME")),
+        const Listener failing(*station.tree.Find("/Status/Rx1/REC_FILENAME"),
                                [](values::ValueBase&, TChangeCode) { fail(); });
         lineOfFailure([this] { station.switchOff(); });
     }

@@ -65,6 +65,13 @@ CRecording& RecorderTest::makeRecorder(const QString& instance)
     return *m_recorder;
 }
 
+CRecording& RecorderTest::startRecorder()
+{
+    makeRecorder();
+    start();
+    return recorder();
+}
+
 void RecorderTest::start()
 {
     station.switchOn();
@@ -96,11 +103,18 @@ bool RecorderTest::hasInactiveKeyword(const char* keyword) const
     return Peer::inactiveKeywords(recorder()).Find(QString::fromLatin1(keyword)) != nullptr;
 }
 
+void FullStationTest::prepareSpectra() const
+{
+    for (LevelMap* map : {&rfSpectrum(), &ifSpectrum()}) {
+        map->SetChannelRange(values::ChannelRange::Even(88e6, 25e3, 16));
+    }
+    dfSpectrum().SetChannelRange(values::ChannelRange::Even(88e6, 25e3, 4));
+}
+
 ParsedRecording readBack(const QString& file)
 {
     const ParsedRecording expected = parsed(file);
-    CFileAccess access(TestSupport::fileName8(file).c_str(), QStringLiteral("/Reader"), nullptr, false, true, false,
-                       nullptr, nullptr);
+    CFileAccess access(TestSupport::fileName8(file).c_str(), "/Reader", nullptr, false, true, false, nullptr, nullptr);
     EXPECT_TRUE(access.IsValidFile());
     expectSameHeader(access, expected);
     if (expected.header.typeTable != 0) {

@@ -97,7 +97,17 @@ class RecorderTest : public testing::Test {
 protected:
     ~RecorderTest() override;
 
-    CRecording& makeRecorder(const QString& instance = QStringLiteral("Rx"));
+    CRecording& makeRecorder(const QString& instance = "Rx");
+    /// Makes the recorder and starts a recording.
+    CRecording& startRecorder();
+    /// Makes the recorder and runs the start of a recording without writing one.
+    void attachRecorder() { makeRecorder().AttachRecordedValues(); }
+    /// What the header would tell now, in Hz.
+    void expectRange(float start, float stop) const
+    {
+        EXPECT_EQ(Peer::startFreq(recorder()), start);
+        EXPECT_EQ(Peer::stopFreq(recorder()), stop);
+    }
     void destroyRecorder() { m_recorder.reset(); }
     [[nodiscard]] CRecording& recorder() const { return *m_recorder; }
 
@@ -115,6 +125,29 @@ protected:
 
 private:
     std::unique_ptr<CRecording> m_recorder;
+};
+
+/// A station that has a value for every keyword.
+class FullStationTest : public RecorderTest {
+protected:
+    FullStationTest() { station.addAllKeywords(); }
+
+    template <typename T>
+    [[nodiscard]] T& at(const char* path) const
+    {
+        return station.value<T>(path);
+    }
+    [[nodiscard]] Number& level() const { return at<Number>("/LEVEL"); }
+    [[nodiscard]] LevelMap& rfSpectrum() const { return at<LevelMap>("/Devices/Rx1/Scn/RfSpectrum"); }
+    [[nodiscard]] LevelMap& ifSpectrum() const { return at<LevelMap>("/IfMapping"); }
+    [[nodiscard]] BearingMap& dfSpectrum() const { return at<BearingMap>("/DfSpectrum"); }
+    [[nodiscard]] Number& startFreq() const { return at<Number>("/Devices/Rx1/Scn/StartFreq"); }
+    [[nodiscard]] Number& stopFreq() const { return at<Number>("/Devices/Rx1/Scn/StopFreq"); }
+    [[nodiscard]] OffsetNumber& frequency() const { return at<OffsetNumber>("/FREQUENCY"); }
+    [[nodiscard]] Selection& mode() const { return at<Selection>("/Devices/Rx1/Gen/DRVCOMMANDS"); }
+    [[nodiscard]] Selection& ifSpan() const { return at<Selection>("/IFSPAN"); }
+    void setRecDf(bool on) const { at<Flag>("/Status/Rx1/REC_DF").SetValue(on); }
+    void prepareSpectra() const;
 };
 
 /// Reads a file with CFileAccess and with the reader of the tests; a difference fails the test.

@@ -1,4 +1,4 @@
-// Construction, configuration, published status values and the end of a recorder.
+// Construction, published status values and the end of a recorder.
 #include <cstring>
 #include <stdexcept>
 
@@ -22,22 +22,7 @@ using testing::IsEmpty;
 
 const char* const Source = "devicecontrol\\recording2\\recording";
 
-#if defined(_WIN32)
-constexpr bool Windows = true;
-#else
-constexpr bool Windows = false;
-#endif
-
-/// Where recordings go without a configured directory.
-QString defaultDirectory()
-{
-    return Windows ? QStringLiteral("c:\\temp") : QDir::tempPath();
-}
-
-class RecorderSetup : public RecorderTest {
-protected:
-    void load(const QString& toml) const { CfgCenter::LoadText(toml, QStringLiteral("station.toml")); }
-};
+class RecorderSetup : public RecorderTest {};
 
 /// Counts how often the type table is asked for without a file.
 class CountingRecorder final : public CRecording {
@@ -51,226 +36,23 @@ public:
     int tablesWithoutFile = 0;
 };
 
-TEST_F(RecorderSetup, AnEmptyInstanceNameReadsNoConfiguration)
-{
-    makeRecorder(QString());
-    EXPECT_EQ(Peer::valuePath(recorder()), QStringLiteral("/Devices/NoName_Driver"));
-    EXPECT_EQ(Peer::statusValuePath(recorder()), QStringLiteral("/Devices/RecStatus"));
-    EXPECT_EQ(keywords().size(), 48);
-    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::currentPath());
-    EXPECT_EQ(Peer::maxFileLength(recorder()), 0);
-    EXPECT_NE(station.tree.Find(QStringLiteral("/Devices/NoName_Driver/REC_STATUS")), nullptr);
-    EXPECT_NE(station.tree.Find(QStringLiteral("/Devices/RecStatus/REC_FILENAME")), nullptr);
-}
-
-TEST_F(RecorderSetup, AnInstanceWithoutConfigurationGetsTheBuiltInDefaults)
-{
-    const TraceLog log;
-    makeRecorder(QStringLiteral("Nobody"));
-    EXPECT_EQ(keywords().size(), 48);
-    // Nothing gave a status path, and an empty one moves the value path.
-    EXPECT_EQ(Peer::valuePath(recorder()), QStringLiteral("/Devices/RecStatus"));
-    EXPECT_EQ(Peer::statusValuePath(recorder()), QString());
-    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::currentPath());
-    EXPECT_EQ(log.lines().size(), 1U) << "nothing but the construction is traced";
-}
-
-TEST_F(RecorderSetup, AConfigurationWithoutKeysGivesTheDefaultsOfTheKeys)
-{
-    load(QStringLiteral("[Rx]\n"));
-    makeRecorder();
-    EXPECT_EQ(Peer::valuePath(recorder()), QStringLiteral("/Devices/NoName_Driver"));
-    EXPECT_EQ(Peer::statusValuePath(recorder()), QStringLiteral("/DEVICES/RECSTATUS"));
-    EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
-    EXPECT_FALSE(Peer::fileNameFormat83(recorder()));
-    EXPECT_EQ(Peer::maxFileLength(recorder()), 10'000'000);
-    EXPECT_EQ(Peer::fileExpandingSize(recorder()), 9'000'000);
-    EXPECT_EQ(Peer::diskExpandingSize(recorder()), 100'000'000);
-}
-
-TEST_F(RecorderSetup, EveryKeyIsRead)
-{
-    station.configure(QStringLiteral(
-        "RecFileNameFormat83 = true\nMaxFileLength = 1\nFileExpandingSize = 2\nDiskExpandingSize = \"3\""));
-    makeRecorder();
-    EXPECT_EQ(Peer::valuePath(recorder()), QStringLiteral("/Devices/Rx1"));
-    EXPECT_EQ(Peer::statusValuePath(recorder()), QStringLiteral("/Status/Rx1"));
-    EXPECT_EQ(Peer::recordingPath(recorder()), station.directory());
-    EXPECT_TRUE(Peer::fileNameFormat83(recorder()));
-    EXPECT_EQ(Peer::maxFileLength(recorder()), 1);
-    EXPECT_EQ(Peer::fileExpandingSize(recorder()), 2);
-    EXPECT_EQ(Peer::diskExpandingSize(recorder()), 3);
-}
-
-TEST_F(RecorderSetup, AnEmptyStatusValuePathMovesTheValuePathAndStaysEmpty)
-{
-    load(QStringLiteral("[Rx]\nValuePath = \"/Devices/Rx1\"\nStatusValuePath = \"\"\n"));
-    makeRecorder();
-    EXPECT_EQ(Peer::valuePath(recorder()), QStringLiteral("/Devices/RecStatus"));
-    EXPECT_EQ(Peer::statusValuePath(recorder()), QString());
-    for (const char* name : {"/REC_FILENAME", "/REC_FILEPATH", "/REC_FILEGUID", "/REC_FILENAMEFORMAT83", "/REC_HEADER",
-                             "/REC_UNCFILEPATH", "/REC_ZELVOFILEPATH", "/REC_DF"}) {
-        EXPECT_NE(station.tree.Find(QString::fromLatin1(name)), nullptr) << name;
-    }
-    EXPECT_NE(station.tree.Find(QStringLiteral("/Devices/RecStatus/REC_LOADED")), nullptr);
-    EXPECT_NE(station.tree.Find(QStringLiteral("/Devices/RecStatus/REC_STATUS")), nullptr);
-}
-
-TEST_F(RecorderSetup, AMissingRecordingDirectoryIsTracedAndReplaced)
-{
-    const QString missing = station.file(QStringLiteral("missing"));
-    load(QStringLiteral("[Rx]\nRecordingPath = \"%1\"\n").arg(missing));
-    const TraceLog log;
-    makeRecorder();
-    EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
-    const auto* line = log.find(QStringLiteral("CRecording::Init() - Cannot find the <%1> directory, set it to <%2>")
-                                    .arg(missing, defaultDirectory()));
-    ASSERT_NE(line, nullptr);
-    EXPECT_EQ(line->source, QString::fromLatin1(Source));
-    EXPECT_EQ(line->line, 212);
-}
-
-TEST_F(RecorderSetup, AMissingRecordingDirectoryIsReplacedAlsoWithoutTraces)
-{
-    load(QStringLiteral("[Rx]\nRecordingPath = \"/no/such/directory\"\n"));
-    const TraceLog log(~ErrorHandler::RecordingTraces);
-    makeRecorder();
-    EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
-    EXPECT_THAT(log.lines(), IsEmpty());
-}
-
-TEST_F(RecorderSetup, AMissingDefaultDirectoryIsKept)
-{
-    const QString missing = station.file(QStringLiteral("no-temp"));
-    const Environment temporary("TMPDIR", missing.toUtf8());  // Windows has one default, there or not
-    load(QStringLiteral("[Rx]\nRecordingPath = \"/no/such/directory\"\n"));
-    makeRecorder();
-    EXPECT_EQ(Peer::recordingPath(recorder()), Windows ? defaultDirectory() : missing);
-}
-
-TEST_F(RecorderSetup, AnEmptyRecordingPathBecomesTheCurrentDirectory)
-{
-    load(QStringLiteral("[Rx]\nRecordingPath = \"\"\n"));
-    makeRecorder();
-    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::currentPath());
-    makeRecorder(QString());
-    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::currentPath());
-}
-
-class DiskExpandingSize : public RecorderSetup,
-                          public testing::WithParamInterface<std::pair<const char*, std::int64_t>> {};
-
-TEST_P(DiskExpandingSize, IsTheLeadingNumberOfItsText)
-{
-    const auto& [text, expected] = GetParam();
-    station.configure(QStringLiteral("DiskExpandingSize = \"%1\"").arg(QString::fromLatin1(text)));
-    makeRecorder();
-    EXPECT_EQ(Peer::diskExpandingSize(recorder()), expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(Texts, DiskExpandingSize,
-                         testing::Values(std::pair{"123abc", 123}, std::pair{"abc", 0}, std::pair{"", 0},
-                                         std::pair{"abc123", 0}, std::pair{" 42", 42}, std::pair{"-7x", -7},
-                                         std::pair{"5000000000", 5'000'000'000}));
-
-TEST_F(RecorderSetup, KeysOfTheValuesSectionAreStoredInUpperCase)
-{
-    station.configure(QString(), QStringLiteral("level = \"/LEVEL\"\nazimuth = \"Df/Azimuth\""));
-    makeRecorder();
-    EXPECT_EQ(keywords(), QStringList({QStringLiteral("AZIMUTH"), QStringLiteral("LEVEL")}));
-    EXPECT_EQ(Peer::resolve(recorder(), QStringLiteral("AZIMUTH"), QString()),
-              QStringLiteral("/Devices/Rx1/Df/Azimuth"));
-}
-
-TEST_F(RecorderSetup, KeysWithoutValueInTheValuesSectionAreSkipped)
-{
-    station.configure(QString(), QStringLiteral("LEVEL = \"\"\nAZIMUTH = \"/AZIMUTH\""));
-    makeRecorder();
-    EXPECT_EQ(keywords(), QStringList(QStringLiteral("AZIMUTH")));
-}
-
-TEST_F(RecorderSetup, OneEntryOfTheValuesSectionSuppressesTheBuiltInRows)
-{
-    station.configure(QString(), QStringLiteral("LEVEL = \"/LEVEL\""));
-    makeRecorder();
-    EXPECT_EQ(keywords(), QStringList(QStringLiteral("LEVEL")));
-}
-
-TEST_F(RecorderSetup, AValuesSectionOfEmptyValuesLeavesTheBuiltInRows)
-{
-    station.configure(QString(), QStringLiteral("LEVEL = \"\""));
-    makeRecorder();
-    EXPECT_EQ(keywords().size(), 48);
-}
-
-TEST_F(RecorderSetup, TheLaterOfTwoSpellingsOfAKeywordWins)
-{
-    station.configure(QString(), QStringLiteral("level = \"/First\"\nLEVEL = \"/Second\""));
-    makeRecorder();
-    EXPECT_EQ(Peer::resolve(recorder(), QStringLiteral("LEVEL"), QString()), QStringLiteral("/Second"));
-}
-
-TEST_F(RecorderSetup, TheValuesSectionNeverChangesTypeIds)
-{
-    station.configure(QString(), QStringLiteral("NEWKEYWORD = \"/NEW\"\nLEVEL = \"/Other/Level\""));
-    makeRecorder();
-    EXPECT_EQ(Peer::typeIds(recorder()).size(), 48U);
-    EXPECT_EQ(Peer::typeIds(recorder()).count(QStringLiteral("NEWKEYWORD")), 0U);
-}
-
-TEST_F(RecorderSetup, AKeyOfTheWrongTypePassesOutWithFileLineAndKey)
-{
-    load(QStringLiteral("[Rx]\nValuePath = \"/Devices/Rx1\"\nMaxFileLength = \"long\"\n"));
-    try {
-        makeRecorder();
-        FAIL() << "no exception";
-    } catch (const VKException& exception) {
-        EXPECT_THAT(exception.what(), HasSubstr("station.toml:3"));
-        EXPECT_THAT(exception.what(), HasSubstr("MaxFileLength"));
-    }
-}
-
-TEST_F(RecorderSetup, AValuesKeyThatIsNoSectionPassesOutWithFileLineAndKey)
-{
-    load(QStringLiteral("[Rx]\nValues = 1\n"));
-    try {
-        makeRecorder();
-        FAIL() << "no exception";
-    } catch (const VKException& exception) {
-        EXPECT_THAT(exception.what(), HasSubstr("station.toml:2"));
-        EXPECT_THAT(exception.what(), HasSubstr("Values"));
-    }
-}
-
-TEST_F(RecorderSetup, AWrongTypeInTheValuesSectionPassesOutWithFileLineAndKey)
-{
-    station.configure(QString(), QStringLiteral("LEVEL = 5"));
-    try {
-        makeRecorder();
-        FAIL() << "no exception";
-    } catch (const VKException& exception) {
-        EXPECT_THAT(exception.what(), HasSubstr("station.toml:7"));
-        EXPECT_THAT(exception.what(), HasSubstr("LEVEL"));
-    }
-}
-
 TEST_F(RecorderSetup, PublishesTheStatusValues)
 {
-    station.configure(QStringLiteral("RecFileNameFormat83 = true"));
+    station.configure("RecFileNameFormat83 = true");
     makeRecorder();
-    EXPECT_TRUE(station.value<Flag>(QStringLiteral("/Devices/Rx1/REC_LOADED")).GetValue());
-    const auto& status = station.value<Selection>(QStringLiteral("/Devices/Rx1/REC_STATUS"));
+    EXPECT_TRUE(station.value<Flag>("/Devices/Rx1/REC_LOADED").GetValue());
+    const auto& status = station.value<Selection>("/Devices/Rx1/REC_STATUS");
     ASSERT_EQ(status.GetItems().size(), 2U);
-    EXPECT_EQ(status.GetItems()[0]->GetName(), QStringLiteral("Off"));
+    EXPECT_EQ(status.GetItems()[0]->GetName(), "Off");
     EXPECT_EQ(status.GetItems()[0]->GetKey(), 0);
     EXPECT_EQ(status.GetItems()[0]->GetValue(), 0.0);
-    EXPECT_EQ(status.GetItems()[1]->GetName(), QStringLiteral("On"));
+    EXPECT_EQ(status.GetItems()[1]->GetName(), "On");
     EXPECT_EQ(status.GetItems()[1]->GetKey(), 1);
     EXPECT_EQ(status.GetItems()[1]->GetValue(), 1.0);
-    EXPECT_EQ(status.GetText(), QStringLiteral("Off"));
-    EXPECT_EQ(station.value<Text>(QStringLiteral("/Status/Rx1/REC_FILEPATH")).GetValue(), station.directory());
-    EXPECT_TRUE(station.value<Flag>(QStringLiteral("/Status/Rx1/REC_FILENAMEFORMAT83")).GetValue());
-    EXPECT_FALSE(station.value<Flag>(QStringLiteral("/Status/Rx1/REC_DF")).GetValue());
+    EXPECT_EQ(status.GetText(), "Off");
+    EXPECT_EQ(station.value<Text>("/Status/Rx1/REC_FILEPATH").GetValue(), station.directory());
+    EXPECT_TRUE(station.value<Flag>("/Status/Rx1/REC_FILENAMEFORMAT83").GetValue());
+    EXPECT_FALSE(station.value<Flag>("/Status/Rx1/REC_DF").GetValue());
     for (const char* name : {"REC_FILENAME", "REC_FILEGUID", "REC_HEADER", "REC_UNCFILEPATH", "REC_ZELVOFILEPATH"}) {
         EXPECT_EQ(station.value<Text>(QStringLiteral("/Status/Rx1/") + QString::fromLatin1(name)).GetValue(),
                   QString());
@@ -292,23 +74,23 @@ TEST_F(RecorderSetup, ObservesTheValuesThatControlItAndNoOthers)
 
 TEST_F(RecorderSetup, TakesOverValuesThatAreInTheTreeAlready)
 {
-    auto& status = station.addSelection(QStringLiteral("/Devices/Rx1/REC_STATUS"), {{"Old", 7, 7}});
-    station.add<Text>(QStringLiteral("/Status/Rx1/REC_FILEGUID")).SetValue(QStringLiteral("old"));
-    station.add<Flag>(QStringLiteral("/Status/Rx1/REC_DF")).SetValue(true);
+    auto& status = station.addSelection("/Devices/Rx1/REC_STATUS", {{"Old", 7, 7}});
+    station.add<Text>("/Status/Rx1/REC_FILEGUID").SetValue("old");
+    station.add<Flag>("/Status/Rx1/REC_DF").SetValue(true);
     makeRecorder();
     EXPECT_EQ(status.GetItems().size(), 2U);
-    EXPECT_EQ(status.GetText(), QStringLiteral("Off"));
-    EXPECT_EQ(station.text(QStringLiteral("/Status/Rx1/REC_FILEGUID")), QString());
-    EXPECT_TRUE(station.value<Flag>(QStringLiteral("/Status/Rx1/REC_DF")).GetValue()) << "REC_DF is the operator's";
+    EXPECT_EQ(status.GetText(), "Off");
+    EXPECT_EQ(station.text("/Status/Rx1/REC_FILEGUID"), QString());
+    EXPECT_TRUE(station.value<Flag>("/Status/Rx1/REC_DF").GetValue()) << "REC_DF is the operator's";
     EXPECT_FALSE(Peer::shouldRecord(recorder(), 1));
 }
 
 TEST_F(RecorderSetup, AStatusValueOfAnotherTypeIsLeftAloneSilently)
 {
-    station.add<Flag>(QStringLiteral("/Status/Rx1/REC_FILEPATH"));
+    station.add<Flag>("/Status/Rx1/REC_FILEPATH");
     const TraceLog log;
     makeRecorder();
-    EXPECT_NE(dynamic_cast<Flag*>(station.tree.Find(QStringLiteral("/Status/Rx1/REC_FILEPATH"))), nullptr);
+    EXPECT_NE(dynamic_cast<Flag*>(station.tree.Find("/Status/Rx1/REC_FILEPATH")), nullptr);
     EXPECT_EQ(log.lines().size(), 1U);
     start();
     EXPECT_THAT(stopAndRead().records, IsEmpty());
@@ -316,21 +98,21 @@ TEST_F(RecorderSetup, AStatusValueOfAnotherTypeIsLeftAloneSilently)
 
 TEST_F(RecorderSetup, ARecDfOfAnotherTypeIsTracedAndLeftAlone)
 {
-    station.add<Text>(QStringLiteral("/Status/Rx1/REC_DF")).SetValue(QStringLiteral("mine"));
+    station.add<Text>("/Status/Rx1/REC_DF").SetValue("mine");
     const TraceLog log;
     makeRecorder();
-    const auto* line = log.find(QStringLiteral(
+    const auto* line = log.find(
         "!!!!!!!MEMORY LEAK! The value with the path '/Status/Rx1/REC_DF' could not be created!!! A value of this name "
-        "already exists for a different type!!!!!!!!"));
+        "already exists for a different type!!!!!!!!");
     ASSERT_NE(line, nullptr);
     EXPECT_EQ(line->source, QString::fromLatin1(Source));
-    EXPECT_EQ(station.text(QStringLiteral("/Status/Rx1/REC_DF")), QStringLiteral("mine"));
+    EXPECT_EQ(station.text("/Status/Rx1/REC_DF"), "mine");
     EXPECT_TRUE(Peer::shouldRecord(recorder(), 1)) << "direction finding counts as off";
 }
 
 TEST_F(RecorderSetup, ARecDfOfAnotherTypeIsNotTracedWithoutTheTraceBit)
 {
-    station.add<Text>(QStringLiteral("/Status/Rx1/REC_DF"));
+    station.add<Text>("/Status/Rx1/REC_DF");
     const TraceLog log(~ErrorHandler::RecordingTraces);
     makeRecorder();
     EXPECT_THAT(log.lines(), IsEmpty());
@@ -338,8 +120,8 @@ TEST_F(RecorderSetup, ARecDfOfAnotherTypeIsNotTracedWithoutTheTraceBit)
 
 TEST_F(RecorderSetup, AddsItsValuesToTheDriverTreeSelection)
 {
-    auto& items = station.add<Selection>(QStringLiteral("/Drivers"));
-    station.add<Text>(QStringLiteral("/ADMINISTRATION/DRVTREESELECTION")).SetValue(QStringLiteral("/Drivers"));
+    auto& items = station.add<Selection>("/Drivers");
+    station.add<Text>("/ADMINISTRATION/DRVTREESELECTION").SetValue("/Drivers");
     makeRecorder();
     QStringList names;
     for (const auto& item : items.GetItems()) {
@@ -347,27 +129,26 @@ TEST_F(RecorderSetup, AddsItsValuesToTheDriverTreeSelection)
         EXPECT_EQ(item->GetValue(), 0.0);
         EXPECT_EQ(item->GetKey(), 0);
     }
-    EXPECT_EQ(names.join(QLatin1Char(' ')),
-              QStringLiteral("REC_LOADED REC_STATUS REC_FILENAME REC_FILEPATH REC_FILEGUID REC_HEADER"));
+    EXPECT_EQ(names.join(QLatin1Char(' ')), "REC_LOADED REC_STATUS REC_FILENAME REC_FILEPATH REC_FILEGUID REC_HEADER");
 }
 
 TEST_F(RecorderSetup, ADriverTreeSelectionThatNamesNothingIsPassedOver)
 {
-    station.add<Text>(QStringLiteral("/ADMINISTRATION/DRVTREESELECTION")).SetValue(QStringLiteral("/Nothing"));
+    station.add<Text>("/ADMINISTRATION/DRVTREESELECTION").SetValue("/Nothing");
     makeRecorder();
-    EXPECT_NE(station.tree.Find(QStringLiteral("/Devices/Rx1/REC_STATUS")), nullptr);
-    EXPECT_EQ(station.tree.Find(QStringLiteral("/Nothing")), nullptr);
+    EXPECT_NE(station.tree.Find("/Devices/Rx1/REC_STATUS"), nullptr);
+    EXPECT_EQ(station.tree.Find("/Nothing"), nullptr);
 }
 
 TEST_F(RecorderSetup, TheTypeTableIsMadeOnceAtEveryExitOfSetUp)
 {
     for (const char* target : {"", "/Nothing", "/Drivers"}) {
-        CountingRecorder counting(QStringLiteral("Rx"));
-        if (station.tree.Find(QStringLiteral("/ADMINISTRATION/DRVTREESELECTION")) == nullptr) {
-            station.add<Text>(QStringLiteral("/ADMINISTRATION/DRVTREESELECTION"));
-            station.add<Selection>(QStringLiteral("/Drivers"));
+        CountingRecorder counting("Rx");
+        if (station.tree.Find("/ADMINISTRATION/DRVTREESELECTION") == nullptr) {
+            station.add<Text>("/ADMINISTRATION/DRVTREESELECTION");
+            station.add<Selection>("/Drivers");
         }
-        station.value<Text>(QStringLiteral("/ADMINISTRATION/DRVTREESELECTION")).SetValue(QString::fromLatin1(target));
+        station.value<Text>("/ADMINISTRATION/DRVTREESELECTION").SetValue(QString::fromLatin1(target));
         counting.Init();
         EXPECT_EQ(counting.tablesWithoutFile, 1) << target;
     }
@@ -376,23 +157,23 @@ TEST_F(RecorderSetup, TheTypeTableIsMadeOnceAtEveryExitOfSetUp)
 TEST(RecorderWithoutTree, PublishesNothingAndStillMakesTheTypeTable)
 {
     ASSERT_EQ(values::Tree::Instance(), nullptr);
-    CountingRecorder recorder(QStringLiteral("Rx"));
+    CountingRecorder recorder("Rx");
     recorder.Init();
     EXPECT_EQ(recorder.tablesWithoutFile, 1);
-    EXPECT_EQ(Peer::keywords(recorder).Find(QStringLiteral("LEVEL"))->GetValuePath(), QStringLiteral("/LEVEL"));
+    EXPECT_EQ(Peer::keywords(recorder).Find("LEVEL")->GetValuePath(), "/LEVEL");
 }
 
 TEST(RecorderWithoutTree, RecordsAHeaderWithTheDefaultTexts)
 {
     const QTemporaryDir directory;
     CfgCenter::LoadText(QStringLiteral("[Rx]\nRecordingPath = \"%1\"\n").arg(directory.path()), QString());
-    CRecording recorder(QStringLiteral("Rx"));
+    CRecording recorder("Rx");
     recorder.Init();
     const QString path = recorder.StartRecording(false);
-    EXPECT_TRUE(QFileInfo(path).fileName().startsWith(QStringLiteral("UNKNOWN__"))) << path.toStdString();
+    EXPECT_TRUE(QFileInfo(path).fileName().startsWith("UNKNOWN__")) << path.toStdString();
     recorder.StopRecording(false);
     CfgCenter::Clear();
-    const ParsedRecording recording = parsed(QString(path).replace(QStringLiteral(".tmp"), QStringLiteral(".rec")));
+    const ParsedRecording recording = parsed(QString(path).replace(".tmp", ".rec"));
     EXPECT_EQ(recording.header.deviceName, "UNKNOWN");
     EXPECT_EQ(recording.header.deviceType, "UNKNOWN");
     EXPECT_EQ(recording.header.jobId, "Not available");
@@ -404,7 +185,7 @@ TEST(RecorderWithoutTree, RecordsAHeaderWithTheDefaultTexts)
 TEST_F(RecorderSetup, RegistersItsTranslationContextWhileItLives)
 {
     makeRecorder();
-    EXPECT_THAT(TranslationCenter::Instance().Contexts(), ElementsAre(QStringLiteral("Recording")));
+    EXPECT_THAT(TranslationCenter::Instance().Contexts(), ElementsAre("Recording"));
     destroyRecorder();
     EXPECT_THAT(TranslationCenter::Instance().Contexts(), IsEmpty());
 }
@@ -415,10 +196,10 @@ TEST_F(RecorderSetup, ConstructionAndDestructionAreTraced)
     makeRecorder();
     destroyRecorder();
     ASSERT_EQ(log.lines().size(), 2U);
-    EXPECT_EQ(log.lines()[0].text, QStringLiteral("CRecording::CRecording"));
+    EXPECT_EQ(log.lines()[0].text, "CRecording::CRecording");
     EXPECT_EQ(log.lines()[0].line, 152);
     EXPECT_EQ(log.lines()[0].source, QString::fromLatin1(Source));
-    EXPECT_EQ(log.lines()[1].text, QStringLiteral("CRecording::~CRecording"));
+    EXPECT_EQ(log.lines()[1].text, "CRecording::~CRecording");
     EXPECT_EQ(log.lines()[1].line, 175);
     EXPECT_EQ(log.lines()[1].source, QString::fromLatin1(Source));
 }
@@ -426,8 +207,7 @@ TEST_F(RecorderSetup, ConstructionAndDestructionAreTraced)
 TEST_F(RecorderSetup, NothingIsTracedWithoutTheTraceBit)
 {
     const TraceLog log(~ErrorHandler::RecordingTraces);
-    makeRecorder();
-    start();
+    startRecorder();
     station.switchOff();
     destroyRecorder();
     EXPECT_THAT(log.lines(), IsEmpty());
@@ -435,20 +215,18 @@ TEST_F(RecorderSetup, NothingIsTracedWithoutTheTraceBit)
 
 TEST_F(RecorderSetup, DestructionSaysUnloadedAndClosesTheRecording)
 {
-    makeRecorder();
-    start();
+    startRecorder();
     destroyRecorder();
-    EXPECT_FALSE(station.value<Flag>(QStringLiteral("/Devices/Rx1/REC_LOADED")).GetValue());
+    EXPECT_FALSE(station.value<Flag>("/Devices/Rx1/REC_LOADED").GetValue());
     ASSERT_EQ(station.files().size(), 1);
-    EXPECT_TRUE(station.files().first().endsWith(QStringLiteral(".rec")));
+    EXPECT_TRUE(station.files().first().endsWith(".rec"));
     readBack(station.fileName());
 }
 
 TEST_F(RecorderSetup, DestructionLeavesNoValueObserved)
 {
     station.addAllKeywords();
-    makeRecorder();
-    start();
+    startRecorder();
     destroyRecorder();
     for (const QString& path : station.tree.Paths()) {
         EXPECT_EQ(station.tree.Find(path)->ObserverCount(), 0U) << path.toStdString();
@@ -457,24 +235,22 @@ TEST_F(RecorderSetup, DestructionLeavesNoValueObserved)
 
 TEST_F(RecorderSetup, AnExceptionFromClosingDoesNotLeaveTheDestructor)
 {
-    makeRecorder();
-    start();
-    const Listener failing(*station.tree.Find(QStringLiteral("/Status/Rx1/REC_FILENAME")),
+    startRecorder();
+    const Listener failing(*station.tree.Find("/Status/Rx1/REC_FILENAME"),
                            [](values::ValueBase&, TChangeCode) { throw std::runtime_error("no room for the name"); });
     EXPECT_NO_THROW(destroyRecorder());
     ASSERT_EQ(station.files().size(), 1);
-    EXPECT_TRUE(station.files().first().endsWith(QStringLiteral(".rec")));
+    EXPECT_TRUE(station.files().first().endsWith(".rec"));
 }
 
 TEST_F(RecorderSetup, AnExceptionFromSayingUnloadedDoesNotKeepTheRecordingOpen)
 {
-    makeRecorder();
-    start();
-    const Listener failing(*station.tree.Find(QStringLiteral("/Devices/Rx1/REC_LOADED")),
+    startRecorder();
+    const Listener failing(*station.tree.Find("/Devices/Rx1/REC_LOADED"),
                            [](values::ValueBase&, TChangeCode) { throw std::runtime_error("not unloaded"); });
     EXPECT_NO_THROW(destroyRecorder());
     ASSERT_EQ(station.files().size(), 1);
-    EXPECT_TRUE(station.files().first().endsWith(QStringLiteral(".rec")));
+    EXPECT_TRUE(station.files().first().endsWith(".rec"));
 }
 
 TEST_F(RecorderSetup, SurvivesTheEndOfItsStatusValues)
@@ -490,7 +266,7 @@ TEST_F(RecorderSetup, SurvivesTheEndOfItsStatusValues)
 TEST_F(RecorderSetup, HoldsTheInstanceNameForTheHost)
 {
     const IDllInstance& instance = makeRecorder();
-    EXPECT_EQ(instance.InstanceName(), QStringLiteral("Rx"));
+    EXPECT_EQ(instance.InstanceName(), "Rx");
 }
 
 TEST_F(RecorderSetup, TheHostsOperationsKeepTheirDefaults)

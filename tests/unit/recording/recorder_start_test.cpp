@@ -45,8 +45,7 @@ public:
 TEST_F(RecorderStart, TheTypeTableStandsAtOffset500InTheOrderOfTheKeywords)
 {
     station.addAllKeywords();
-    makeRecorder();
-    start();
+    startRecorder();
     const ParsedRecording recording = stopAndRead();
     EXPECT_EQ(recording.header.typeTable, 500);
     ASSERT_THAT(recording.types, SizeIs(44)) << "all but two header texts and two spectra";
@@ -62,8 +61,7 @@ TEST_F(RecorderStart, TheTypeTableStandsAtOffset500InTheOrderOfTheKeywords)
 TEST_F(RecorderStart, TypesNameNumberKindKeywordAndPath)
 {
     station.addAllKeywords();
-    makeRecorder();
-    start();
+    startRecorder();
     const ParsedRecording recording = stopAndRead();
     const auto type = [&recording](const std::string& keyword) {
         return *std::find_if(recording.types.begin(), recording.types.end(),
@@ -84,8 +82,7 @@ TEST_F(RecorderStart, TypeTableStringsAreLatin1)
 {
     station.configure(QString(), QStringLiteral("LEVEL = \"/Süd/Pegel\""));
     station.add<Number>(QStringLiteral("/Süd/Pegel"));
-    makeRecorder();
-    start();
+    startRecorder();
     EXPECT_EQ(stopAndRead().types.at(0).valuePath,
               "/S\xFC"
               "d/Pegel");
@@ -93,9 +90,8 @@ TEST_F(RecorderStart, TypeTableStringsAreLatin1)
 
 TEST_F(RecorderStart, ValuesMissingFromTheTreeHaveNoType)
 {
-    station.add<Number>(QStringLiteral("/LEVEL"));
-    makeRecorder();
-    start();
+    station.add<Number>("/LEVEL");
+    startRecorder();
     const ParsedRecording recording = stopAndRead();
     ASSERT_THAT(recording.types, SizeIs(1));
     EXPECT_EQ(recording.types[0].keyword, "LEVEL");
@@ -103,10 +99,9 @@ TEST_F(RecorderStart, ValuesMissingFromTheTreeHaveNoType)
 
 TEST_F(RecorderStart, AKeywordWithoutTypeIdIsRecordedUnder0AndHasNoType)
 {
-    station.configure(QString(), QStringLiteral("SPECIAL = \"/Special\""));
-    auto& special = station.add<Number>(QStringLiteral("/Special"));
-    makeRecorder();
-    start();
+    station.configure(QString(), "SPECIAL = \"/Special\"");
+    auto& special = station.add<Number>("/Special");
+    startRecorder();
     special.SetValue(5);
     const ParsedRecording recording = stopAndRead();
     EXPECT_THAT(recording.types, IsEmpty());
@@ -133,8 +128,7 @@ TEST_F(RecorderStart, ANewTypeTableIsWrittenForEveryFileAndItsSpectrum)
 TEST_F(RecorderStart, InitialStatesLandOnTheMillisecondsFrom10On)
 {
     station.addAllKeywords();
-    makeRecorder();
-    start();
+    startRecorder();
     const ParsedRecording recording = stopAndRead();
     ASSERT_EQ(recording.records.size(), recording.types.size());
     for (std::size_t i = 0; i < recording.records.size(); ++i) {
@@ -151,8 +145,7 @@ TEST_F(RecorderStart, InitialStatesAreTheCompleteStates)
     const std::vector<float> cells{-10, -20, -30};
     spectrum.SetCells(0, cells, Noon);
     at<Selection>("/OPERATEMODE").SelectKey(1);
-    makeRecorder();
-    start();
+    startRecorder();
     const ParsedRecording recording = stopAndRead();
     EXPECT_THAT(dataOf(recordsOf(recording, 1)), ElementsAre(spectrum.GetObjectStateStringForRecording()));
     EXPECT_THAT(dataOf(recordsOf(recording, 40)), ElementsAre("5;1,0,Gate"));
@@ -174,13 +167,12 @@ TEST_F(RecorderStart, OnlyInitialStatesOfMapsAreChannelRangeDefinitions)
 
 TEST_F(RecorderStart, AnEmptyStateIsNotWritten)
 {
-    station.configure(QString(), QStringLiteral("ALTITUDE = \"/Empty\"\nLEVEL = \"/LEVEL\""));
+    station.configure(QString(), "ALTITUDE = \"/Empty\"\nLEVEL = \"/LEVEL\"");
     auto empty = std::make_unique<ScriptedValue>();
     empty->state.clear();
-    station.insert(QStringLiteral("/Empty"), std::move(empty));
-    station.add<Number>(QStringLiteral("/LEVEL"));
-    makeRecorder();
-    start();
+    station.insert("/Empty", std::move(empty));
+    station.add<Number>("/LEVEL");
+    startRecorder();
     const ParsedRecording recording = stopAndRead();
     ASSERT_THAT(recording.records, SizeIs(1));
     EXPECT_EQ(recording.records[0].code, 36);
@@ -189,11 +181,11 @@ TEST_F(RecorderStart, AnEmptyStateIsNotWritten)
 
 TEST_F(RecorderStart, DataCompressionIsOffForInitialStatesAndBackAfterwards)
 {
-    station.configure(QString(), QStringLiteral("LEVEL = \"/Probe\""));
+    station.configure(QString(), "LEVEL = \"/Probe\"");
     auto probe = std::make_unique<ScriptedValue>();
     bool compressed = true;
     probe->onState = [&compressed] { compressed = values::HandlerBase::GetDataCompressMode(); };
-    station.insert(QStringLiteral("/Probe"), std::move(probe));
+    station.insert("/Probe", std::move(probe));
     makeRecorder();
     station.switchOn();
     EXPECT_FALSE(compressed);
@@ -226,8 +218,7 @@ TEST_F(RecorderStart, AChangeDuringTheStartIsRecordedBehindTheInitialStates)
 TEST_F(RecorderStart, TheScanRangeThatAStartSetsIsAnInitialStateOnly)
 {
     addDeviceInIfMode();
-    makeRecorder();
-    start();
+    startRecorder();
     const ParsedRecording recording = stopAndRead();
     EXPECT_THAT(dataOf(recordsOf(recording, 11)), ElementsAre("3;9.9e+07,0,0"));
     EXPECT_THAT(dataOf(recordsOf(recording, 12)), ElementsAre("3;1.01e+08,0,0"));
@@ -258,8 +249,8 @@ TEST_F(RecorderStart, AStopDuringTheStartLeavesNothingObserved)
                           [this](values::ValueBase&, TChangeCode) { station.switchOff(); });
     station.switchOn();
     EXPECT_FALSE(Peer::isRecording(recorder()));
-    for (const QString& path : {QStringLiteral("/LEVEL"), QStringLiteral("/IfMapping")}) {
-        EXPECT_FALSE(station.tree.Find(path)->IsObservedBy(&recorder())) << path.toStdString();
+    for (const char* path : {"/LEVEL", "/IfMapping"}) {
+        EXPECT_FALSE(station.tree.Find(path)->IsObservedBy(&recorder())) << path;
     }
     at<Number>("/LEVEL").SetValue(1);
     ASSERT_THAT(station.files(), SizeIs(1));
@@ -286,7 +277,7 @@ TEST_F(RecorderStart, ARestartDuringTheStartLeavesTwoSoundFiles)
 TEST_F(RecorderStart, AChangeDoesNotWalkThroughTheValues)
 {
     station.addAllKeywords();
-    AttachCounter counting(QStringLiteral("Rx"));
+    AttachCounter counting("Rx");
     counting.Init();
     start();
     at<Number>("/LEVEL").SetValue(1);

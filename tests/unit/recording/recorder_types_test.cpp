@@ -71,20 +71,14 @@ TEST(RecordTypeTable, HasIts48RowsInOrder)
 
 class RecorderTypes : public RecorderTest {
 protected:
-    void setRecDf(bool on) const { station.value<Flag>(QStringLiteral("/Status/Rx1/REC_DF")).SetValue(on); }
+    void setRecDf(bool on) const { station.value<Flag>("/Status/Rx1/REC_DF").SetValue(on); }
     void setAntennaMode(const char* mode) const
     {
-        auto& selection = station.value<Selection>(QStringLiteral("/Devices/Rx1/AntennaMode"));
+        auto& selection = station.value<Selection>("/Devices/Rx1/AntennaMode");
         selection.AddItem(std::make_unique<values::SelectionItem>(QString::fromLatin1(mode), 0, 0).release());
         selection.Select(QString::fromLatin1(mode));
     }
     [[nodiscard]] bool shouldRecord(std::int32_t id) const { return Peer::shouldRecord(recorder(), id); }
-    /// Runs the start of a recording without writing one.
-    void attach() const { recorder().AttachRecordedValues(); }
-    [[nodiscard]] values::ValueBase& at(const char* path) const
-    {
-        return *station.tree.Find(QString::fromLatin1(path));
-    }
 };
 
 TEST_F(RecorderTypes, EveryRowIsInTheKeywordMapAndTheTypeIdMap)
@@ -101,27 +95,24 @@ TEST_F(RecorderTypes, EveryRowIsInTheKeywordMapAndTheTypeIdMap)
 
 TEST_F(RecorderTypes, ARelativePathHangsUnderTheValuePathAndAnAbsoluteOneStays)
 {
-    station.configure(QString(), QStringLiteral("AZIMUTH = \"Mon/Level\"\nLEVEL = \"/LEVEL\""));
+    station.configure(QString(), "AZIMUTH = \"Mon/Level\"\nLEVEL = \"/LEVEL\"");
     makeRecorder();
-    EXPECT_EQ(Peer::resolve(recorder(), QStringLiteral("AZIMUTH"), QString()),
-              QStringLiteral("/Devices/Rx1/Mon/Level"));
-    EXPECT_EQ(Peer::resolve(recorder(), QStringLiteral("LEVEL"), QString()), QStringLiteral("/LEVEL"));
+    EXPECT_EQ(Peer::resolve(recorder(), "AZIMUTH", QString()), "/Devices/Rx1/Mon/Level");
+    EXPECT_EQ(Peer::resolve(recorder(), "LEVEL", QString()), "/LEVEL");
 }
 
 TEST_F(RecorderTypes, AKeywordOutsideTheMapFallsBackToTheCallersPath)
 {
-    station.configure(QString(), QStringLiteral("LEVEL = \"/LEVEL\""));
+    station.configure(QString(), "LEVEL = \"/LEVEL\"");
     makeRecorder();
-    EXPECT_EQ(Peer::resolve(recorder(), QStringLiteral("DEVICENAME"), QStringLiteral("Adm/DRIVERNAME")),
-              QStringLiteral("/Devices/Rx1/Adm/DRIVERNAME"));
-    EXPECT_EQ(Peer::resolve(recorder(), QStringLiteral("LEVEL"), QStringLiteral("Other")), QStringLiteral("/LEVEL"));
+    EXPECT_EQ(Peer::resolve(recorder(), "DEVICENAME", "Adm/DRIVERNAME"), "/Devices/Rx1/Adm/DRIVERNAME");
+    EXPECT_EQ(Peer::resolve(recorder(), "LEVEL", "Other"), "/LEVEL");
 }
 
 TEST_F(RecorderTypes, DfSpectrumSampleReadsTheDeviceCaption)
 {
     makeRecorder();
-    EXPECT_EQ(Peer::resolve(recorder(), QStringLiteral("DFSPECTRUMSAMPLE"), QString()),
-              QStringLiteral("/DEVICE_CAPTION"));
+    EXPECT_EQ(Peer::resolve(recorder(), "DFSPECTRUMSAMPLE", QString()), "/DEVICE_CAPTION");
 }
 
 struct ModeCase {
@@ -210,14 +201,14 @@ TEST_P(RecorderModes, SwitchOnlyOnce)
 TEST_F(RecorderTypes, KeywordFormLooksTheIdUp)
 {
     makeRecorder();
-    EXPECT_FALSE(Peer::shouldRecord(recorder(), QStringLiteral("DFSPECTRUM")));
-    EXPECT_TRUE(Peer::shouldRecord(recorder(), QStringLiteral("RFSPECTRUM")));
-    EXPECT_TRUE(Peer::shouldRecord(recorder(), QStringLiteral("NOSUCHKEYWORD")));
+    EXPECT_FALSE(Peer::shouldRecord(recorder(), "DFSPECTRUM"));
+    EXPECT_TRUE(Peer::shouldRecord(recorder(), "RFSPECTRUM"));
+    EXPECT_TRUE(Peer::shouldRecord(recorder(), "NOSUCHKEYWORD"));
 }
 
 TEST_F(RecorderTypes, SpectraAreAlwaysRecordedWhereOnlyOneKindIsConfigured)
 {
-    station.configure(QString(), QStringLiteral("RFSPECTRUM = \"Scn/RfSpectrum\""));
+    station.configure(QString(), "RFSPECTRUM = \"Scn/RfSpectrum\"");
     makeRecorder();
     Peer::modeKey(recorder()) = 23;
     setRecDf(true);
@@ -228,7 +219,7 @@ TEST_F(RecorderTypes, SpectraAreAlwaysRecordedWhereOnlyOneKindIsConfigured)
 
 TEST_F(RecorderTypes, AnIfSpectrumCountsAsASpectrumOfItsOwn)
 {
-    station.configure(QString(), QStringLiteral("IFSPECTRUM = \"/IfMapping\"\nDFSPECTRUM = \"/DfSpectrum\""));
+    station.configure(QString(), "IFSPECTRUM = \"/IfMapping\"\nDFSPECTRUM = \"/DfSpectrum\"");
     makeRecorder();
     EXPECT_FALSE(shouldRecord(2)) << "mode 0 is no IF mode";
     EXPECT_FALSE(shouldRecord(20));
@@ -238,211 +229,10 @@ TEST_F(RecorderTypes, AnIfSpectrumCountsAsASpectrumOfItsOwn)
 
 TEST_F(RecorderTypes, EverythingIsRecordedBeforeThereAreKeywords)
 {
-    CRecording bare(QStringLiteral("Rx"));
+    CRecording bare("Rx");
     for (const std::int32_t id : {1, 2, 20}) {
         EXPECT_TRUE(Peer::shouldRecord(bare, id));
     }
-}
-
-TEST_F(RecorderTypes, AttachingTakesTheFieldsFromTheTree)
-{
-    station.addAllKeywords();
-    station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StartFreq")).SetValue(88e6);
-    station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StopFreq")).SetValue(108e6);
-    station.value<OffsetNumber>(QStringLiteral("/FREQUENCY")).SetValue(98.5e6);
-    station.value<OffsetNumber>(QStringLiteral("/FREQUENCY")).SetOffset(-1e6);
-    station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StartLevel")).SetValue(-19.9);
-    station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StopLevel")).SetValue(99.9);
-    station.value<Selection>(QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS")).SelectKey(27);
-    makeRecorder();
-    attach();
-    EXPECT_EQ(Peer::startFreq(recorder()), 88e6F);
-    EXPECT_EQ(Peer::stopFreq(recorder()), 108e6F);
-    EXPECT_EQ(Peer::frequency(recorder()), 98.5e6F);
-    EXPECT_EQ(Peer::frequencyOffset(recorder()), -1e6);
-    EXPECT_EQ(Peer::minLevel(recorder()), -19) << "truncated";
-    EXPECT_EQ(Peer::maxLevel(recorder()), 99);
-    EXPECT_EQ(Peer::modeKey(recorder()), 27);
-}
-
-TEST_F(RecorderTypes, AttachingAssignsWhereCapturingWouldWiden)
-{
-    station.addAllKeywords();
-    makeRecorder();
-    Peer::startFreq(recorder()) = 1e6F;
-    Peer::stopFreq(recorder()) = 9e9F;
-    station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StartFreq")).SetValue(88e6);
-    station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StopFreq")).SetValue(108e6);
-    attach();
-    EXPECT_EQ(Peer::startFreq(recorder()), 88e6F);
-    EXPECT_EQ(Peer::stopFreq(recorder()), 108e6F);
-}
-
-TEST_F(RecorderTypes, FieldsAreTakenInTheOrderOfTheKeywords)
-{
-    // RFYLIMIT stands before STARTLEVEL and STOPLEVEL, which therefore have the last word.
-    station.addAllKeywords();
-    station.value<Number>(QStringLiteral("/Devices/Rx1/Mon/RFYLIMIT")).SetLimits(-50, 50);
-    station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StartLevel")).SetValue(-20);
-    makeRecorder();
-    attach();
-    EXPECT_EQ(Peer::minLevel(recorder()), -20);
-    EXPECT_EQ(Peer::maxLevel(recorder()), 0);
-}
-
-TEST_F(RecorderTypes, TheLevelLimitsComeFromRfYLimit)
-{
-    station.add<Number>(QStringLiteral("/Devices/Rx1/Mon/RFYLIMIT")).SetLimits(-50.7, 50.7);
-    makeRecorder();
-    attach();
-    EXPECT_EQ(Peer::minLevel(recorder()), -50);
-    EXPECT_EQ(Peer::maxLevel(recorder()), 50);
-}
-
-TEST_F(RecorderTypes, ValuesOfOtherTypesLeaveTheFieldsAlone)
-{
-    for (const char* path :
-         {"/Devices/Rx1/Scn/StartFreq", "/Devices/Rx1/Scn/StopFreq", "/FREQUENCY", "/Devices/Rx1/Scn/StartLevel",
-          "/Devices/Rx1/Scn/StopLevel", "/Devices/Rx1/Mon/RFYLIMIT", "/Devices/Rx1/Gen/DRVCOMMANDS", "/IFSPAN"}) {
-        station.add<Text>(QString::fromLatin1(path)).SetValue(QStringLiteral("7"));
-    }
-    makeRecorder();
-    attach();
-    EXPECT_EQ(Peer::startFreq(recorder()), 0);
-    EXPECT_EQ(Peer::stopFreq(recorder()), 0);
-    EXPECT_EQ(Peer::frequency(recorder()), 0);
-    EXPECT_EQ(Peer::ifSpan(recorder()), 0);
-    EXPECT_EQ(Peer::minLevel(recorder()), -30);
-    EXPECT_EQ(Peer::maxLevel(recorder()), 120);
-    EXPECT_EQ(Peer::modeKey(recorder()), 0);
-    EXPECT_TRUE(at("/IFSPAN").IsObservedBy(&recorder())) << "recorded all the same";
-}
-
-TEST_F(RecorderTypes, TheIfSpanSetsTheScanRangeOfTheDevice)
-{
-    station.addAllKeywords();
-    station.value<OffsetNumber>(QStringLiteral("/FREQUENCY")).SetValue(100e6);
-    station.value<Selection>(QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS")).SelectKey(23);
-    station.value<Selection>(QStringLiteral("/IFSPAN")).SelectKey(1);
-    makeRecorder();
-    attach();
-    EXPECT_EQ(Peer::ifSpan(recorder()), 2e6F);
-    EXPECT_EQ(Peer::startFreq(recorder()), 99e6F);
-    EXPECT_EQ(Peer::stopFreq(recorder()), 101e6F);
-    EXPECT_EQ(station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StartFreq")).GetValue(), 99e6);
-    EXPECT_EQ(station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StopFreq")).GetValue(), 101e6);
-}
-
-TEST_F(RecorderTypes, TheFrequencyOffsetMovesTheScanRange)
-{
-    station.addAllKeywords();
-    station.value<OffsetNumber>(QStringLiteral("/FREQUENCY")).SetValue(100e6);
-    station.value<OffsetNumber>(QStringLiteral("/FREQUENCY")).SetOffset(5e6);
-    station.value<Selection>(QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS")).SelectKey(23);
-    station.value<Selection>(QStringLiteral("/IFSPAN")).SelectKey(1);
-    makeRecorder();
-    attach();
-    EXPECT_EQ(Peer::startFreq(recorder()), 104e6F);
-    EXPECT_EQ(Peer::stopFreq(recorder()), 106e6F);
-}
-
-TEST_F(RecorderTypes, TheIfSpanIsPassedOverOutsideTheIfModes)
-{
-    station.addAllKeywords();
-    station.value<OffsetNumber>(QStringLiteral("/FREQUENCY")).SetValue(100e6);
-    station.value<Selection>(QStringLiteral("/IFSPAN")).SelectKey(1);
-    makeRecorder();
-    attach();
-    EXPECT_EQ(Peer::ifSpan(recorder()), 0);
-    EXPECT_EQ(Peer::startFreq(recorder()), 0);
-    EXPECT_EQ(station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StartFreq")).GetValue(), 0);
-}
-
-TEST_F(RecorderTypes, TheIfSpanIsPassedOverWithoutFrequency)
-{
-    station.addAllKeywords();
-    station.value<Selection>(QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS")).SelectKey(23);
-    station.value<Selection>(QStringLiteral("/IFSPAN")).SelectKey(1);
-    makeRecorder();
-    attach();
-    EXPECT_EQ(Peer::ifSpan(recorder()), 0);
-}
-
-class IfSpan : public RecorderTypes {
-protected:
-    /// Attaches a recorder of the IF spectrum to a receiver whose span is chosen from a list.
-    void attachWith(double spanHz)
-    {
-        station.value<Selection>(QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS")).SelectKey(23);
-        auto& spans = station.value<Selection>(QStringLiteral("/IFSPAN"));
-        spans.AddItem(std::make_unique<values::SelectionItem>(QStringLiteral("span"), spanHz, 9).release());
-        spans.SelectKey(9);
-        makeRecorder();
-        attach();
-    }
-};
-
-TEST_F(IfSpan, BelowOneHertzMovesNoRange)
-{
-    station.addAllKeywords();
-    station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StartFreq")).SetValue(88e6);
-    station.value<OffsetNumber>(QStringLiteral("/FREQUENCY")).SetValue(100e6);
-    attachWith(0.9);
-    EXPECT_EQ(Peer::ifSpan(recorder()), 0.9F);
-    EXPECT_EQ(station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StartFreq")).GetValue(), 88e6);
-    EXPECT_EQ(Peer::startFreq(recorder()), 88e6F);
-}
-
-TEST_F(IfSpan, OfOneHertzIsARange)
-{
-    station.addAllKeywords();
-    station.value<OffsetNumber>(QStringLiteral("/FREQUENCY")).SetValue(1'000);
-    attachWith(1);
-    EXPECT_EQ(station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StartFreq")).GetValue(), 999.5);
-    EXPECT_EQ(Peer::startFreq(recorder()), 999.5F);
-    EXPECT_EQ(Peer::stopFreq(recorder()), 1'000.5F);
-}
-
-TEST_F(RecorderTypes, OnlyWhatIsToBeRecordedIsObservedAndSwitchedOn)
-{
-    station.addAllKeywords();
-    makeRecorder();
-    attach();
-    EXPECT_TRUE(at("/Devices/Rx1/Scn/RfSpectrum").IsObservedBy(&recorder()));
-    EXPECT_TRUE(at("/Devices/Rx1/Scn/RfSpectrum").IsCommandRecording());
-    EXPECT_TRUE(at("/LEVEL").IsObservedBy(&recorder()));
-    EXPECT_TRUE(at("/LEVEL").IsCommandRecording());
-    for (const char* path : {"/IfMapping", "/DfSpectrum"}) {
-        EXPECT_FALSE(at(path).IsObservedBy(&recorder())) << path;
-        EXPECT_FALSE(at(path).IsCommandRecording()) << path;
-    }
-}
-
-TEST_F(RecorderTypes, DeviceNameAndTypeAreNotObserved)
-{
-    station.addAllKeywords();
-    makeRecorder();
-    attach();
-    for (const char* path : {"/Devices/Rx1/Adm/DRIVERNAME", "/Devices/Rx1/Adm/DEVICE_TYPE"}) {
-        EXPECT_FALSE(at(path).IsObservedBy(&recorder())) << path;
-        EXPECT_FALSE(at(path).IsCommandRecording()) << path;
-    }
-}
-
-TEST_F(RecorderTypes, AKeywordWithoutTypeIdIsObservedToo)
-{
-    station.configure(QString(), QStringLiteral("SPECIAL = \"/Special\""));
-    station.add<Number>(QStringLiteral("/Special"));
-    makeRecorder();
-    attach();
-    EXPECT_TRUE(at("/Special").IsObservedBy(&recorder()));
-}
-
-TEST_F(RecorderTypes, ValuesThatAreMissingArePassedOver)
-{
-    makeRecorder();
-    EXPECT_NO_THROW(attach());
-    EXPECT_NO_THROW(recorder().DetachAllValues());
 }
 
 }  // namespace

@@ -138,22 +138,22 @@ void Station::addAllKeywords()
     for (const char* path : NumberPaths) {
         add<Number>(QString::fromLatin1(path));
     }
-    add<LevelMap>(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum"));
-    add<LevelMap>(QStringLiteral("/IfMapping"));
-    add<BearingMap>(QStringLiteral("/DfSpectrum"));
-    add<OffsetNumber>(QStringLiteral("/FREQUENCY"));
-    add<Flag>(QStringLiteral("/Devices/Rx1/Mon/SquelchState"));
-    add<Text>(QStringLiteral("/Devices/Rx1/Mon/Antenna"));
-    add<Text>(QStringLiteral("/Devices/Rx1/Adm/DRIVERNAME")).SetValue(QStringLiteral("RX 1"));
-    add<Text>(QStringLiteral("/Devices/Rx1/Adm/DEVICE_TYPE")).SetValue(QStringLiteral("Monitoring receiver"));
-    add<Text>(QStringLiteral("/DEVICE_CAPTION")).SetValue(QStringLiteral("North Site"));
+    add<LevelMap>("/Devices/Rx1/Scn/RfSpectrum");
+    add<LevelMap>("/IfMapping");
+    add<BearingMap>("/DfSpectrum");
+    add<OffsetNumber>("/FREQUENCY");
+    add<Flag>("/Devices/Rx1/Mon/SquelchState");
+    add<Text>("/Devices/Rx1/Mon/Antenna");
+    add<Text>("/Devices/Rx1/Adm/DRIVERNAME").SetValue("RX 1");
+    add<Text>("/Devices/Rx1/Adm/DEVICE_TYPE").SetValue("Monitoring receiver");
+    add<Text>("/DEVICE_CAPTION").SetValue("North Site");
     addSelection(
-        QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS"),
+        "/Devices/Rx1/Gen/DRVCOMMANDS",
         {{"Scan", 0, 5}, {"FFM", 0, 3}, {"IF", 0, 23}, {"IF or DF", 0, 24}, {"Search", 0, 27}, {"PScan", 0, 42}});
-    addSelection(QStringLiteral("/Devices/Rx1/Scn/SEARCHSCANMODE"), {{"Search", 0, 0}, {"Memory", 0, 1}});
-    addSelection(QStringLiteral("/Devices/Rx1/Mon/DEMODULATION"), {{"AM", 0, 0}, {"FM", 0, 1}});
-    addSelection(QStringLiteral("/OPERATEMODE"), {{"Normal", 0, 0}, {"Gate", 0, 1}});
-    addSelection(QStringLiteral("/IFSPAN"), {{"0", 0, 0}, {"2 MHz", 2e6, 1}, {"10 MHz", 1e7, 2}});
+    addSelection("/Devices/Rx1/Scn/SEARCHSCANMODE", {{"Search", 0, 0}, {"Memory", 0, 1}});
+    addSelection("/Devices/Rx1/Mon/DEMODULATION", {{"AM", 0, 0}, {"FM", 0, 1}});
+    addSelection("/OPERATEMODE", {{"Normal", 0, 0}, {"Gate", 0, 1}});
+    addSelection("/IFSPAN", {{"0", 0, 0}, {"2 MHz", 2e6, 1}, {"10 MHz", 1e7, 2}});
 }
 
 QStringList Station::files() const
@@ -168,19 +168,19 @@ void Station::configure(const QString& keys, const QString& recordedValues) cons
                        "\"%1\"\n%2\n")
                        .arg(m_directory.path(), keys);
     if (!recordedValues.isEmpty()) {
-        toml += QStringLiteral("[Rx.Values]\n") + recordedValues + QLatin1Char('\n');
+        toml += "[Rx.Values]\n" + recordedValues + QLatin1Char('\n');
     }
-    CfgCenter::LoadText(toml, QStringLiteral("station.toml"));
+    CfgCenter::LoadText(toml, "station.toml");
 }
 
 void Station::switchOn(const QString& recorder) const
 {
-    value<Selection>(recorder + QStringLiteral("/REC_STATUS")).Select(QStringLiteral("On"));
+    value<Selection>(recorder + "/REC_STATUS").Select("On");
 }
 
 void Station::switchOff(const QString& recorder) const
 {
-    value<Selection>(recorder + QStringLiteral("/REC_STATUS")).Select(QStringLiteral("Off"));
+    value<Selection>(recorder + "/REC_STATUS").Select("Off");
 }
 
 ParsedRecording parsed(const QString& file)

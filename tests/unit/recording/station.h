@@ -133,16 +133,17 @@ public:
     {
         return dynamic_cast<T&>(*tree.Find(path));
     }
+    [[nodiscard]] values::ValueBase& at(const QString& path) const { return *tree.Find(path); }
     [[nodiscard]] QString text(const QString& path) const { return tree.Find(path)->GetText(); }
 
     [[nodiscard]] QString directory() const { return m_directory.path(); }
     [[nodiscard]] QString file(const QString& name) const { return m_directory.filePath(name); }
     [[nodiscard]] QStringList files() const;  ///< names in the recording directory, sorted
-    [[nodiscard]] QString fileName() const { return text(QStringLiteral("/Status/Rx1/REC_FILENAME")); }
+    [[nodiscard]] QString fileName() const { return text("/Status/Rx1/REC_FILENAME"); }
 
     void configure(const QString& keys, const QString& recordedValues = QString()) const;
-    void switchOn(const QString& recorder = QStringLiteral("/Devices/Rx1")) const;
-    void switchOff(const QString& recorder = QStringLiteral("/Devices/Rx1")) const;
+    void switchOn(const QString& recorder = "/Devices/Rx1") const;
+    void switchOff(const QString& recorder = "/Devices/Rx1") const;
 
     ManualClock clock;
     values::Tree tree;

@@ -1,0 +1,237 @@
+// What a recorder reads of its configuration, and what it takes where nothing is said.
+#include <QDir>
+
+#include <startup/cfgcenter.h>
+#include <vkbase/vkexception.h>
+
+#include "recorder_fixture.h"
+
+namespace RecorderTests {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+const char* const RecorderSource = "devicecontrol\\recording2\\recording";
+
+#if defined(_WIN32)
+constexpr bool Windows = true;
+#else
+constexpr bool Windows = false;
+#endif
+
+/// Where recordings go without a configured directory.
+QString defaultDirectory()
+{
+    return Windows ? "c:\\temp" : QDir::tempPath();
+}
+
+class RecorderConfiguration : public RecorderTest {
+protected:
+    void load(const QString& toml) const { CfgCenter::LoadText(toml, "station.toml"); }
+};
+
+TEST_F(RecorderConfiguration, AnEmptyInstanceNameReadsNoConfiguration)
+{
+    makeRecorder(QString());
+    EXPECT_EQ(Peer::valuePath(recorder()), "/Devices/NoName_Driver");
+    EXPECT_EQ(Peer::statusValuePath(recorder()), "/Devices/RecStatus");
+    EXPECT_EQ(keywords().size(), 48);
+    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::currentPath());
+    EXPECT_EQ(Peer::maxFileLength(recorder()), 0);
+    EXPECT_NE(station.tree.Find("/Devices/NoName_Driver/REC_STATUS"), nullptr);
+    EXPECT_NE(station.tree.Find("/Devices/RecStatus/REC_FILENAME"), nullptr);
+}
+
+TEST_F(RecorderConfiguration, AnInstanceWithoutConfigurationGetsTheBuiltInDefaults)
+{
+    const TraceLog log;
+    makeRecorder("Nobody");
+    EXPECT_EQ(keywords().size(), 48);
+    // Nothing gave a status path, and an empty one moves the value path.
+    EXPECT_EQ(Peer::valuePath(recorder()), "/Devices/RecStatus");
+    EXPECT_EQ(Peer::statusValuePath(recorder()), QString());
+    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::currentPath());
+    EXPECT_EQ(log.lines().size(), 1U) << "nothing but the construction is traced";
+}
+
+TEST_F(RecorderConfiguration, AConfigurationWithoutKeysGivesTheDefaultsOfTheKeys)
+{
+    load("[Rx]\n");
+    makeRecorder();
+    EXPECT_EQ(Peer::valuePath(recorder()), "/Devices/NoName_Driver");
+    EXPECT_EQ(Peer::statusValuePath(recorder()), "/DEVICES/RECSTATUS");
+    EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
+    EXPECT_FALSE(Peer::fileNameFormat83(recorder()));
+    EXPECT_EQ(Peer::maxFileLength(recorder()), 10'000'000);
+    EXPECT_EQ(Peer::fileExpandingSize(recorder()), 9'000'000);
+    EXPECT_EQ(Peer::diskExpandingSize(recorder()), 100'000'000);
+}
+
+TEST_F(RecorderConfiguration, EveryKeyIsRead)
+{
+    station.configure(
+        "RecFileNameFormat83 = true\nMaxFileLength = 1\nFileExpandingSize = 2\nDiskExpandingSize = \"3\"");
+    makeRecorder();
+    EXPECT_EQ(Peer::valuePath(recorder()), "/Devices/Rx1");
+    EXPECT_EQ(Peer::statusValuePath(recorder()), "/Status/Rx1");
+    EXPECT_EQ(Peer::recordingPath(recorder()), station.directory());
+    EXPECT_TRUE(Peer::fileNameFormat83(recorder()));
+    EXPECT_EQ(Peer::maxFileLength(recorder()), 1);
+    EXPECT_EQ(Peer::fileExpandingSize(recorder()), 2);
+    EXPECT_EQ(Peer::diskExpandingSize(recorder()), 3);
+}
+
+TEST_F(RecorderConfiguration, AnEmptyStatusValuePathMovesTheValuePathAndStaysEmpty)
+{
+    load("[Rx]\nValuePath = \"/Devices/Rx1\"\nStatusValuePath = \"\"\n");
+    makeRecorder();
+    EXPECT_EQ(Peer::valuePath(recorder()), "/Devices/RecStatus");
+    EXPECT_EQ(Peer::statusValuePath(recorder()), QString());
+    for (const char* name : {"/REC_FILENAME", "/REC_FILEPATH", "/REC_FILEGUID", "/REC_FILENAMEFORMAT83", "/REC_HEADER",
+                             "/REC_UNCFILEPATH", "/REC_ZELVOFILEPATH", "/REC_DF"}) {
+        EXPECT_NE(station.tree.Find(QString::fromLatin1(name)), nullptr) << name;
+    }
+    EXPECT_NE(station.tree.Find("/Devices/RecStatus/REC_LOADED"), nullptr);
+    EXPECT_NE(station.tree.Find("/Devices/RecStatus/REC_STATUS"), nullptr);
+}
+
+TEST_F(RecorderConfiguration, AMissingRecordingDirectoryIsTracedAndReplaced)
+{
+    const QString missing = station.file("missing");
+    load(QStringLiteral("[Rx]\nRecordingPath = \"%1\"\n").arg(missing));
+    const TraceLog log;
+    makeRecorder();
+    EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
+    const auto* line = log.find(QStringLiteral("CRecording::Init() - Cannot find the <%1> directory, set it to <%2>")
+                                    .arg(missing, defaultDirectory()));
+    ASSERT_NE(line, nullptr);
+    EXPECT_EQ(line->source, QString::fromLatin1(RecorderSource));
+    EXPECT_EQ(line->line, 212);
+}
+
+TEST_F(RecorderConfiguration, AMissingRecordingDirectoryIsReplacedAlsoWithoutTraces)
+{
+    load("[Rx]\nRecordingPath = \"/no/such/directory\"\n");
+    const TraceLog log(~ErrorHandler::RecordingTraces);
+    makeRecorder();
+    EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(RecorderConfiguration, AMissingDefaultDirectoryIsKept)
+{
+    const QString missing = station.file("no-temp");
+    const Environment temporary("TMPDIR", missing.toUtf8());  // Windows has one default, there or not
+    load("[Rx]\nRecordingPath = \"/no/such/directory\"\n");
+    makeRecorder();
+    EXPECT_EQ(Peer::recordingPath(recorder()), Windows ? defaultDirectory() : missing);
+}
+
+TEST_F(RecorderConfiguration, AnEmptyRecordingPathBecomesTheCurrentDirectory)
+{
+    load("[Rx]\nRecordingPath = \"\"\n");
+    makeRecorder();
+    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::currentPath());
+    makeRecorder(QString());
+    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::currentPath());
+}
+
+class DiskExpandingSize : public RecorderConfiguration,
+                          public testing::WithParamInterface<std::pair<const char*, std::int64_t>> {};
+
+TEST_P(DiskExpandingSize, IsTheLeadingNumberOfItsText)
+{
+    const auto& [text, expected] = GetParam();
+    station.configure(QStringLiteral("DiskExpandingSize = \"%1\"").arg(QString::fromLatin1(text)));
+    makeRecorder();
+    EXPECT_EQ(Peer::diskExpandingSize(recorder()), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, DiskExpandingSize,
+                         testing::Values(std::pair{"123abc", 123}, std::pair{"abc", 0}, std::pair{"", 0},
+                                         std::pair{"abc123", 0}, std::pair{" 42", 42}, std::pair{"-7x", -7},
+                                         std::pair{"5000000000", 5'000'000'000}));
+
+TEST_F(RecorderConfiguration, KeysOfTheValuesSectionAreStoredInUpperCase)
+{
+    station.configure(QString(), "level = \"/LEVEL\"\nazimuth = \"Df/Azimuth\"");
+    makeRecorder();
+    EXPECT_EQ(keywords(), QStringList({"AZIMUTH", "LEVEL"}));
+    EXPECT_EQ(Peer::resolve(recorder(), "AZIMUTH", QString()), "/Devices/Rx1/Df/Azimuth");
+}
+
+TEST_F(RecorderConfiguration, KeysWithoutValueInTheValuesSectionAreSkipped)
+{
+    station.configure(QString(), "LEVEL = \"\"\nAZIMUTH = \"/AZIMUTH\"");
+    makeRecorder();
+    EXPECT_EQ(keywords(), QStringList("AZIMUTH"));
+}
+
+TEST_F(RecorderConfiguration, OneEntryOfTheValuesSectionSuppressesTheBuiltInRows)
+{
+    station.configure(QString(), "LEVEL = \"/LEVEL\"");
+    makeRecorder();
+    EXPECT_EQ(keywords(), QStringList("LEVEL"));
+}
+
+TEST_F(RecorderConfiguration, AValuesSectionOfEmptyValuesLeavesTheBuiltInRows)
+{
+    station.configure(QString(), "LEVEL = \"\"");
+    makeRecorder();
+    EXPECT_EQ(keywords().size(), 48);
+}
+
+TEST_F(RecorderConfiguration, TheLaterOfTwoSpellingsOfAKeywordWins)
+{
+    station.configure(QString(), "level = \"/First\"\nLEVEL = \"/Second\"");
+    makeRecorder();
+    EXPECT_EQ(Peer::resolve(recorder(), "LEVEL", QString()), "/Second");
+}
+
+TEST_F(RecorderConfiguration, TheValuesSectionNeverChangesTypeIds)
+{
+    station.configure(QString(), "NEWKEYWORD = \"/NEW\"\nLEVEL = \"/Other/Level\"");
+    makeRecorder();
+    EXPECT_EQ(Peer::typeIds(recorder()).size(), 48U);
+    EXPECT_EQ(Peer::typeIds(recorder()).count("NEWKEYWORD"), 0U);
+}
+
+TEST_F(RecorderConfiguration, AKeyOfTheWrongTypePassesOutWithFileLineAndKey)
+{
+    load("[Rx]\nValuePath = \"/Devices/Rx1\"\nMaxFileLength = \"long\"\n");
+    try {
+        makeRecorder();
+        FAIL() << "no exception";
+    } catch (const VKException& exception) {
+        EXPECT_THAT(exception.what(), HasSubstr("station.toml:3"));
+        EXPECT_THAT(exception.what(), HasSubstr("MaxFileLength"));
+    }
+}
+
+TEST_F(RecorderConfiguration, AValuesKeyThatIsNoSectionPassesOutWithFileLineAndKey)
+{
+    load("[Rx]\nValues = 1\n");
+    try {
+        makeRecorder();
+        FAIL() << "no exception";
+    } catch (const VKException& exception) {
+        EXPECT_THAT(exception.what(), HasSubstr("station.toml:2"));
+        EXPECT_THAT(exception.what(), HasSubstr("Values"));
+    }
+}
+
+TEST_F(RecorderConfiguration, AWrongTypeInTheValuesSectionPassesOutWithFileLineAndKey)
+{
+    station.configure(QString(), "LEVEL = 5");
+    try {
+        makeRecorder();
+        FAIL() << "no exception";
+    } catch (const VKException& exception) {
+        EXPECT_THAT(exception.what(), HasSubstr("station.toml:7"));
+        EXPECT_THAT(exception.what(), HasSubstr("LEVEL"));
+    }
+}
+
+}  // namespace
+}  // namespace RecorderTests

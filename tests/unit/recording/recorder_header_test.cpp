@@ -1,0 +1,227 @@
+// The header of a finished recording: what values told of its range, its times, its texts.
+#include <limits>
+
+#include "recorder_fixture.h"
+
+namespace RecorderTests {
+namespace {
+
+class RecorderHeader : public FullStationTest {};
+
+TEST_F(RecorderHeader, TheHeadersStartFrequencyIsTheLowest)
+{
+    startFreq().SetValue(100e6);
+    startRecorder();
+    startFreq().SetValue(80e6);
+    startFreq().SetValue(120e6);
+    EXPECT_EQ(stopAndRead().header.startFrequency, 80e6F);
+}
+
+TEST_F(RecorderHeader, TheHeadersStopFrequencyIsTheHighest)
+{
+    stopFreq().SetValue(100e6);
+    startRecorder();
+    stopFreq().SetValue(120e6);
+    stopFreq().SetValue(80e6);
+    EXPECT_EQ(stopAndRead().header.stopFrequency, 120e6F);
+}
+
+TEST_F(RecorderHeader, TheNextRecordingBeginsWithTheRangeOfTheTree)
+{
+    startFreq().SetValue(100e6);
+    startRecorder();
+    startFreq().SetValue(80e6);
+    startFreq().SetValue(120e6);
+    station.switchOff();
+    start();
+    EXPECT_EQ(stopAndRead().header.startFrequency, 120e6F);
+}
+
+TEST_F(RecorderHeader, FrequencyAndIfSpanGiveTheRangeInIfModes)
+{
+    mode().SelectKey(23);
+    frequency().SetValue(100e6);
+    startRecorder();
+    ifSpan().SelectKey(1);
+    EXPECT_EQ(Peer::startFreq(recorder()), 99e6F);
+    EXPECT_EQ(Peer::stopFreq(recorder()), 101e6F);
+    EXPECT_EQ(startFreq().GetValue(), 0) << "only a start sets the device's scan range";
+    frequency().SetValue(200e6);
+    const ParsedRecording recording = stopAndRead();
+    EXPECT_EQ(recording.header.startFrequency, 199e6F) << "overwritten, not widened";
+    EXPECT_EQ(recording.header.stopFrequency, 201e6F);
+}
+
+TEST_F(RecorderHeader, TheOffsetMovesTheRange)
+{
+    mode().SelectKey(23);
+    frequency().SetValue(100e6);
+    startRecorder();
+    ifSpan().SelectKey(1);
+    frequency().SetOffset(-20e6);
+    const ParsedRecording recording = stopAndRead();
+    EXPECT_EQ(recording.header.startFrequency, 79e6F);
+    EXPECT_EQ(recording.header.stopFrequency, 81e6F);
+}
+
+TEST_F(RecorderHeader, OutsideTheIfModesSpanAndFrequencyLeaveTheRange)
+{
+    startFreq().SetValue(88e6);
+    stopFreq().SetValue(108e6);
+    frequency().SetValue(100e6);
+    startRecorder();
+    ifSpan().SelectKey(1);
+    frequency().SetValue(200e6);
+    const ParsedRecording recording = stopAndRead();
+    EXPECT_EQ(recording.header.startFrequency, 88e6F);
+    EXPECT_EQ(recording.header.stopFrequency, 108e6F);
+}
+
+TEST_F(RecorderHeader, ASpanWithoutFrequencyIsPassedOver)
+{
+    mode().SelectKey(23);
+    startRecorder();
+    ifSpan().SelectKey(2);
+    EXPECT_EQ(Peer::ifSpan(recorder()), 0);
+}
+
+TEST_F(RecorderHeader, LevelsFollowTheirValuesTruncated)
+{
+    startRecorder();
+    at<Number>("/Devices/Rx1/Scn/StartLevel").SetValue(-12.9);
+    at<Number>("/Devices/Rx1/Scn/StopLevel").SetValue(77.9);
+    ParsedRecording recording = stopAndRead();
+    EXPECT_EQ(recording.header.minLevel, -12);
+    EXPECT_EQ(recording.header.maxLevel, 77);
+    start();
+    at<Number>("/Devices/Rx1/Mon/RFYLIMIT").SetLimits(-99.9, 99.9);
+    recording = stopAndRead();
+    EXPECT_EQ(recording.header.minLevel, -99);
+    EXPECT_EQ(recording.header.maxLevel, 99);
+}
+
+TEST_F(RecorderHeader, ALevelThatNoHeaderCanHoldIsTheNearestItCan)
+{
+    startRecorder();
+    at<Number>("/Devices/Rx1/Scn/StartLevel").SetValue(-1e300);
+    at<Number>("/Devices/Rx1/Scn/StopLevel").SetValue(1e300);
+    const ParsedRecording recording = stopAndRead();
+    EXPECT_EQ(recording.header.minLevel, std::numeric_limits<std::int32_t>::min());
+    EXPECT_EQ(recording.header.maxLevel, std::numeric_limits<std::int32_t>::max());
+}
+
+TEST_F(RecorderHeader, TheHeaderIsThatOfTheRecorderAtStop)
+{
+    station.add<Text>("/KDXServer/Dcd/DcdAttr/DcdID").SetValue("Job 7");
+    station.value<Number>("/Devices/Rx1/Scn/StartFreq").SetValue(88e6);
+    station.value<Number>("/Devices/Rx1/Scn/StopFreq").SetValue(108e6);
+    station.value<Number>("/Devices/Rx1/Scn/StartLevel").SetValue(-20);
+    station.value<Number>("/Devices/Rx1/Scn/StopLevel").SetValue(90);
+    startRecorder();
+    station.clock.advanceMs(500);
+    level().SetValue(1);
+    station.clock.advanceMs(10'000);
+    const ParsedRecording recording = stopAndRead();
+    EXPECT_EQ(recording.header.majorVersion, 2);
+    EXPECT_EQ(recording.header.minorVersion, 0);
+    EXPECT_EQ(recording.header.startFrequency, 88e6F);
+    EXPECT_EQ(recording.header.stopFrequency, 108e6F);
+    EXPECT_EQ(recording.header.stepWidth, 100'000.0F);
+    EXPECT_EQ(recording.header.minLevel, -20);
+    EXPECT_EQ(recording.header.maxLevel, 90);
+    EXPECT_EQ(recording.header.startMs, Noon / Millisecond);
+    EXPECT_EQ(recording.header.stopMs, Noon / Millisecond + 1'500) << "the time of the last record";
+    EXPECT_EQ(recording.header.jobId, "Job 7");
+    EXPECT_EQ(recording.header.deviceName, "RX 1");
+    EXPECT_EQ(recording.header.deviceType, "Monitoring receiver");
+    EXPECT_FALSE(recording.header.automatic);
+}
+
+TEST_F(RecorderHeader, ARecordingWithoutChangesStopsWhenItStarted)
+{
+    startRecorder();
+    const ParsedRecording recording = stopAndRead();
+    EXPECT_EQ(recording.header.startMs, recording.header.stopMs);
+}
+
+TEST_F(RecorderHeader, HeaderTimesHaveAll64Bits)
+{
+    station.clock.now = 4'102'444'800'123'456ULL;  // 2100-01-01, far past 32 bits of milliseconds
+    startRecorder();
+    EXPECT_EQ(stopAndRead().header.startMs, 4'102'444'800'123ULL);
+}
+
+TEST_F(RecorderHeader, AJobThatIsNoTextIsNotAvailable)
+{
+    station.add<Number>("/KDXServer/Dcd/DcdAttr/DcdID").SetValue(7);
+    startRecorder();
+    EXPECT_EQ(stopAndRead().header.jobId, "Not available");
+}
+
+TEST_F(RecorderHeader, HeaderTextsAreLatin1)
+{
+    station.add<Text>("/KDXServer/Dcd/DcdAttr/DcdID").SetValue(QStringLiteral("Prüfung"));
+    station.value<Text>("/Devices/Rx1/Adm/DRIVERNAME").SetValue(QStringLiteral("Empfänger"));
+    station.value<Text>("/Devices/Rx1/Adm/DEVICE_TYPE").SetValue(QStringLiteral("Größe €"));
+    startRecorder();
+    const ParsedRecording recording = stopAndRead();
+    EXPECT_EQ(recording.header.jobId,
+              "Pr\xFC"
+              "fung");
+    EXPECT_EQ(recording.header.deviceName, "Empf\xE4nger");
+    EXPECT_EQ(recording.header.deviceType,
+              "Gr\xF6\xDF"
+              "e ?");
+}
+
+/// Where the header record ends in a file.
+std::size_t headerLength(const ParsedRecording& recording)
+{
+    return recording.header.bytes().size();
+}
+
+TEST_F(RecorderHeader, HeaderTextsThatAreTooLongAreCutToTheHeaderArea)
+{
+    station.add<Text>("/KDXServer/Dcd/DcdAttr/DcdID").SetValue(QString(1'000, QLatin1Char('j')));
+    station.value<Text>("/Devices/Rx1/Adm/DEVICE_TYPE").SetValue(QString(1'000, QLatin1Char('t')));
+    startRecorder();
+    level().SetValue(1);
+    const ParsedRecording recording = stopAndRead();
+    EXPECT_LE(headerLength(recording), 500U);
+    EXPECT_EQ(recording.header.typeTable, 500);
+    EXPECT_EQ(recording.header.deviceName, "RX 1") << "texts that fit are not cut";
+    EXPECT_GT(recording.header.jobId.size(), 50U);
+    EXPECT_EQ(recording.header.jobId, std::string(recording.header.jobId.size(), 'j'));
+    EXPECT_EQ(recording.header.deviceType, std::string(recording.header.deviceType.size(), 't'));
+    EXPECT_EQ(recordsOf(recording, 36).back().data, "3;1,0,0");
+}
+
+TEST_F(RecorderHeader, ALongDeviceNameIsCutInTheHeader)
+{
+    station.value<Text>("/Devices/Rx1/Adm/DRIVERNAME").SetValue(QString(100, QLatin1Char('n')));
+    station.value<Text>("/Devices/Rx1/Adm/DEVICE_TYPE").SetValue(QString(2'000, QLatin1Char('t')));
+    station.add<Text>("/KDXServer/Dcd/DcdAttr/DcdID").SetValue(QString(2'000, QLatin1Char('j')));
+    startRecorder();
+    const ParsedRecording recording = stopAndRead();
+    EXPECT_LE(headerLength(recording), 500U);
+    EXPECT_GE(recording.header.deviceName.size(), 90U);
+}
+
+TEST_F(RecorderHeader, AHeaderTextEndsAtANul)
+{
+    QString name = "RX";
+    name.append(QChar(QChar::Null)).append("1");
+    station.value<Text>("/Devices/Rx1/Adm/DEVICE_TYPE").SetValue(name);
+    startRecorder();
+    EXPECT_EQ(stopAndRead().header.deviceType, "RX");
+}
+
+TEST_F(RecorderHeader, TheDeviceIsThatOfTheStop)
+{
+    startRecorder();
+    station.value<Text>("/Devices/Rx1/Adm/DRIVERNAME").SetValue("Exchanged");
+    EXPECT_EQ(stopAndRead().header.deviceName, "Exchanged");
+}
+
+}  // namespace
+}  // namespace RecorderTests

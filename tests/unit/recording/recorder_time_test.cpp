@@ -1,0 +1,205 @@
+// The times of records: the clock, the distance from the start, and maps that bring a time of their own.
+#include "recorder_fixture.h"
+
+namespace RecorderTests {
+namespace {
+
+using testing::ElementsAre;
+
+/// Only LEVEL is recorded, so the one initial state takes the time 10.
+class RecorderTime : public RecorderTest {
+protected:
+    RecorderTime()
+    {
+        station.configure(QString(), "LEVEL = \"/LEVEL\"");
+        station.add<Number>("/LEVEL");
+        makeRecorder();
+        station.switchOn();
+    }
+    [[nodiscard]] std::uint64_t timeAfterMs(std::uint64_t ms)
+    {
+        station.clock.advanceMs(ms);
+        station.value<Number>("/LEVEL").SetValue(1);
+        return stopAndRead().records.back().time;
+    }
+};
+
+TEST_F(RecorderTime, TheFirstChangeAfter3MsHasTheTime11)
+{
+    EXPECT_EQ(timeAfterMs(3), 11U);
+}
+
+TEST_F(RecorderTime, AChangeAfter10MsHasTheTime11)
+{
+    EXPECT_EQ(timeAfterMs(10), 11U);
+}
+
+TEST_F(RecorderTime, AChangeAfter12MsKeepsItsTime)
+{
+    EXPECT_EQ(timeAfterMs(12), 12U);
+}
+
+TEST_F(RecorderTime, TimesAreTruncatedToMilliseconds)
+{
+    station.clock.now += 999;
+    EXPECT_EQ(timeAfterMs(20), 20U);
+}
+
+TEST_F(RecorderTime, TimesPass32Bits)
+{
+    EXPECT_EQ(timeAfterMs(5'000'000'000ULL), 5'000'000'000ULL);
+}
+
+TEST_F(RecorderTime, AClockThatWentBackGivesTheDistance)
+{
+    station.clock.now -= 50 * Millisecond;
+    EXPECT_EQ(timeAfterMs(0), 50U);
+}
+
+class RecorderMapTime : public FullStationTest {};
+
+TEST_F(RecorderMapTime, ChangesOfOneMillisecondFollowEachOther)
+{
+    startRecorder();
+    level().SetValue(1);
+    level().SetValue(2);
+    level().SetValue(3);
+    EXPECT_THAT(timesOf(changesIn(stopAndRead())), ElementsAre(1'000, 1'001, 1'002));
+}
+
+TEST_F(RecorderMapTime, AMapsOwnTimeIsTheTimeOfItsRecordAndOfPlainOnesUntilTheNext)
+{
+    prepareSpectra();
+    makeRecorder();
+    setRecDf(true);
+    start();
+    const values::Bearing bearing{90, 0, -10, 50};
+    dfSpectrum().SetCell(0, bearing, Noon + 60 * Second);
+    station.clock.advanceMs(7'000);
+    level().SetValue(1);
+    EXPECT_EQ(CTimeStamp::cts().getTimeStamp(), Noon + 60 * Second);
+    dfSpectrum().SetCell(1, bearing, Noon + 62 * Second);
+    level().SetValue(2);
+    const ParsedRecording recording = stopAndRead();
+    // The map's time is the start time: so its record follows the initial states at once.
+    EXPECT_EQ(recording.header.startMs, Noon / Millisecond + 60'000);
+    EXPECT_EQ(recording.header.stopMs, Noon / Millisecond + 62'000);
+    const auto changes = std::vector(recording.records.end() - 4, recording.records.end());
+    const std::uint64_t first = 10 + recording.types.size();
+    EXPECT_THAT(timesOf(changes), ElementsAre(first, first + 1, 2'000, 2'001));
+    EXPECT_EQ(changes[0].code, 20);
+    EXPECT_EQ(changes[1].code, 36);
+}
+
+TEST_F(RecorderMapTime, ALevelMapsOwnTimeCountsTheSame)
+{
+    prepareSpectra();
+    startRecorder();
+    rfSpectrum().SetCell(0, -50, Noon + 90 * Second);
+    EXPECT_EQ(stopAndRead().header.startMs, Noon / Millisecond + 90'000);
+}
+
+TEST_F(RecorderMapTime, AMapMovesTheStartTimeAlsoAfterPlainRecords)
+{
+    prepareSpectra();
+    startRecorder();
+    level().SetValue(1);
+    station.clock.advanceMs(1'000);
+    rfSpectrum().SetCell(0, -50, Noon + 30 * Second);
+    rfSpectrum().SetCell(0, -51, Noon + 35 * Second);
+    const ParsedRecording recording = stopAndRead();
+    EXPECT_EQ(recording.header.startMs, Noon / Millisecond + 30'000);
+    EXPECT_THAT(timesOf(changesIn(recording)), ElementsAre(1'000, 1'001, 5'000));
+}
+
+TEST_F(RecorderMapTime, AMapMovesTheStartTimeOnlyOncePerFile)
+{
+    prepareSpectra();
+    startRecorder();
+    rfSpectrum().SetCell(0, -50, Noon + 30 * Second);
+    rfSpectrum().SetCell(0, -50, Noon + 31 * Second);
+    EXPECT_EQ(stopAndRead().header.startMs, Noon / Millisecond + 30'000);
+    start();
+    rfSpectrum().SetCell(0, -50, Noon + 40 * Second);
+    EXPECT_EQ(stopAndRead().header.startMs, Noon / Millisecond + 40'000) << "the next file has its own";
+}
+
+TEST_F(RecorderMapTime, AMapWithoutOwnTimeTakesTheClock)
+{
+    prepareSpectra();
+    startRecorder();
+    rfSpectrum().SetCell(0, -50, 0);
+    const ParsedRecording recording = stopAndRead();
+    EXPECT_EQ(recording.header.startMs, Noon / Millisecond);
+    EXPECT_THAT(timesOf(changesIn(recording)), ElementsAre(1'000));
+}
+
+TEST_F(RecorderMapTime, OtherMapClassesHaveNoTimeOfTheirOwn)
+{
+    station.tree.Remove("/DfSpectrum");
+    auto& bearings = station.add<FastBearingMap>("/DfSpectrum");
+    bearings.SetChannelRange(values::ChannelRange::Even(88e6, 25e3, 4));
+    makeRecorder();
+    setRecDf(true);
+    start();
+    bearings.SetCell(0, values::Bearing{90, 0, 0, 0}, Noon + 500 * Second);
+    const ParsedRecording recording = stopAndRead();
+    EXPECT_EQ(recording.header.startMs, Noon / Millisecond);
+    EXPECT_THAT(timesOf(changesIn(recording)), ElementsAre(1'000));
+}
+
+TEST_F(RecorderMapTime, AMapsTimeIsTakenBeforeItsKeywordIsLookedUp)
+{
+    LevelMap stranger;
+    stranger.SetChannelRange(values::ChannelRange::Even(0, 1, 1));
+    stranger.SetCell(0, 1, Noon + 77 * Second);
+    startRecorder();
+    recorder().Update(&stranger, TChangeCode::ValueChanged);
+    EXPECT_EQ(CTimeStamp::cts().getTimeStamp(), Noon + 77 * Second);
+    const ParsedRecording recording = stopAndRead();
+    EXPECT_EQ(recording.header.startMs, Noon / Millisecond + 77'000);
+    EXPECT_EQ(recording.records.size(), recording.types.size()) << "nothing was written for it";
+}
+
+TEST_F(RecorderMapTime, ASplitKeepsTheOverriddenTime)
+{
+    prepareSpectra();
+    startRecorder();
+    rfSpectrum().SetCell(0, -50, Noon + 30 * Second);
+    Peer::fileSizeLimit(recorder()) = 500;
+    level().SetValue(1);
+    Peer::fileSizeLimit(recorder()) = 500'000'000;
+    EXPECT_EQ(CTimeStamp::cts().getTimeStamp(), Noon + 30 * Second);
+    station.clock.advanceMs(5'000);
+    level().SetValue(2);
+    EXPECT_EQ(stopAndRead().header.startMs, Noon / Millisecond + 30'000) << "the second file begins at that time";
+}
+
+TEST_F(RecorderMapTime, ARestartKeepsTheOverriddenTime)
+{
+    prepareSpectra();
+    startRecorder();
+    rfSpectrum().SetCell(0, -50, Noon + 30 * Second);
+    station.switchOn();
+    EXPECT_EQ(CTimeStamp::cts().getTimeStamp(), Noon + 30 * Second);
+}
+
+TEST_F(RecorderMapTime, OffClearsTheOverriddenTime)
+{
+    prepareSpectra();
+    startRecorder();
+    rfSpectrum().SetCell(0, -50, Noon + 30 * Second);
+    station.switchOff();
+    EXPECT_EQ(CTimeStamp::cts().getTimeStamp(), station.clock.now);
+}
+
+TEST_F(RecorderMapTime, OffWhileIdleClearsTheOverriddenTimeToo)
+{
+    makeRecorder();
+    CTimeStamp::SetCts(Noon + 30 * Second);
+    recorder().Update(&at<Selection>("/Devices/Rx1/REC_STATUS"), TChangeCode::ValueChanged);
+    EXPECT_EQ(CTimeStamp::cts().getTimeStamp(), station.clock.now);
+}
+
+}  // namespace
+}  // namespace RecorderTests
