@@ -47,8 +47,7 @@ Storage = "%3"
 Station = "north"
 %4
 )")
-                             .arg(path(QStringLiteral("recordings")), path(QStringLiteral("own")),
-                                  path(QStringLiteral("storage")), keys);
+                             .arg(path("recordings"), path("own"), path("storage"), keys);
     QFile file(config());
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     ASSERT_EQ(file.write(text.toUtf8()), text.toUtf8().size());
@@ -56,7 +55,7 @@ Station = "north"
 
 QStringList ArchivePrograms::recordings() const
 {
-    return QDir(path(QStringLiteral("recordings"))).entryList(QDir::Files, QDir::Name);
+    return QDir(path("recordings")).entryList(QDir::Files, QDir::Name);
 }
 
 Zelvo::ArchiveConfiguration ArchivePrograms::configuration() const
@@ -68,7 +67,7 @@ Result ArchivePrograms::run(const char* program, const QStringList& arguments, c
 {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.remove(QStringLiteral("ZELVO_CONFIG"));
+    environment.remove("ZELVO_CONFIG");
     process.setProcessEnvironment(environment);
     process.setWorkingDirectory(m_directory.path());
     process.start(QString::fromLocal8Bit(program), arguments);
@@ -120,7 +119,7 @@ Zelvo::FileInfo ArchivePrograms::info(const std::string& address) const
 
 QString ArchivePrograms::storedFile(const std::string& address) const
 {
-    return QDir(path(QStringLiteral("storage"))).filePath(info(address).storedPath);
+    return QDir(path("storage")).filePath(info(address).storedPath);
 }
 
 }  // namespace ArchiveTests

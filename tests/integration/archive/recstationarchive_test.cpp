@@ -101,7 +101,7 @@ TEST_F(RecstationArchive, AnAddressGivesItsOwnRecordingOrNone)
     static_cast<void>(recorded());
     for (const bool away : {false, true}) {
         if (away) {
-            ASSERT_TRUE(QDir().rename(path(QStringLiteral("storage")), path(QStringLiteral("away"))));
+            ASSERT_TRUE(QDir().rename(path("storage"), path("away")));
         }
         const Result run = recstation({QStringLiteral("feed")}, recordingsOfStGallen(Count));
         const nlohmann::json files = run.json().at("files");
@@ -135,7 +135,7 @@ TEST_F(RecstationArchive, AnAddressGivesItsOwnRecordingOrNone)
 TEST_F(RecstationArchive, AStorageThatIsAwayCostsNoRecordingAndIsTold)
 {
     static_cast<void>(recorded());
-    ASSERT_TRUE(QDir().rename(path(QStringLiteral("storage")), path(QStringLiteral("away"))));
+    ASSERT_TRUE(QDir().rename(path("storage"), path("away")));
     const Result run = simulate();
     EXPECT_EQ(run.exitCode, 0) << "the recordings are safe: " << run.err;
     EXPECT_EQ(run.json().at("archive").at("moved"), 0);
@@ -155,7 +155,7 @@ TEST_F(RecstationArchive, AStorageThatIsAwayCostsNoRecordingAndIsTold)
     EXPECT_EQ(status.json().at("waiting"), 2);
     EXPECT_THAT(status.json().at("notMoved"), SizeIs(2));
 
-    ASSERT_TRUE(QDir().rename(path(QStringLiteral("away")), path(QStringLiteral("storage"))));
+    ASSERT_TRUE(QDir().rename(path("away"), path("storage")));
     EXPECT_EQ(rectool({QStringLiteral("archive"), QStringLiteral("retry")}).exitCode, 0);
     EXPECT_EQ(Zelvo::Mover(configuration()).runPending().moved, 2);
     EXPECT_TRUE(recordings().isEmpty());
@@ -164,19 +164,19 @@ TEST_F(RecstationArchive, AStorageThatIsAwayCostsNoRecordingAndIsTold)
 
 TEST_F(RecstationArchive, ARegistryThatCannotBeSetUpIsToldAndRecordingGoesOn)
 {
-    QFile inTheWay(path(QStringLiteral("own")));
+    QFile inTheWay(path("own"));
     ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
     const Result run = simulate();
     EXPECT_EQ(run.exitCode, 0) << run.err;
     EXPECT_THAT(run.err, HasSubstr("warning: archive: "));
     EXPECT_THAT(run.err, HasSubstr("archive: 2 recordings not registered, and not going to be moved"));
-    EXPECT_EQ(recordings().filter(QStringLiteral(".rec")).size(), 2);
+    EXPECT_EQ(recordings().filter(".rec").size(), 2);
     EXPECT_EQ(run.json().at("archive").at("unregistered"), 2);
 }
 
 TEST_F(RecstationArchive, AWrongConfigurationOfTheArchiveEndsTheProgramBeforeAnythingIsRecorded)
 {
-    configure(QStringLiteral("Stroage = \"/x\""));
+    configure("Stroage = \"/x\"");
     const Result run = simulate();
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_THAT(std::string(run.json().at("failure")), HasSubstr("Stroage"));
@@ -197,7 +197,7 @@ TEST_F(RecstationArchive, WithoutAnArchiveNothingIsSaidOfOne)
     EXPECT_EQ(run.exitCode, 0) << run.err;
     EXPECT_FALSE(run.json().contains("archive"));
     EXPECT_THAT(run.err, Not(HasSubstr("archive")));
-    EXPECT_EQ(recordings().filter(QStringLiteral(".rec")).size(), 2);
+    EXPECT_EQ(recordings().filter(".rec").size(), 2);
 }
 
 }  // namespace

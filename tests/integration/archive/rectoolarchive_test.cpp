@@ -19,7 +19,7 @@ class RectoolArchive : public ArchivePrograms {
 protected:
     [[nodiscard]] Result archive(const QStringList& arguments) const
     {
-        return rectool(QStringList(QStringLiteral("archive")) + arguments);
+        return rectool(QStringList("archive") + arguments);
     }
     static QString q(const std::string& text) { return QString::fromStdString(text); }
     static QString q(const char* text) { return QString::fromUtf8(text); }

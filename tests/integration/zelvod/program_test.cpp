@@ -43,8 +43,8 @@ protected:
     {
         qunsetenv("ZELVO_CONFIG");
         ASSERT_TRUE(m_folder.isValid());
-        ASSERT_TRUE(QDir(m_folder.path()).mkpath(QStringLiteral("storage")));
-        ASSERT_TRUE(QDir(m_folder.path()).mkpath(QStringLiteral("recordings")));
+        ASSERT_TRUE(QDir(m_folder.path()).mkpath("storage"));
+        ASSERT_TRUE(QDir(m_folder.path()).mkpath("recordings"));
         configure(QStringLiteral("Directory = \"%1\"\nStorage = \"%2\"\nFirstPauseSeconds = 0\n")
                       .arg(path("archive"), path("storage")));
     }
@@ -76,10 +76,10 @@ protected:
     {
         Zelvo::ZelvoClient client(Zelvo::LoadArchiveConfiguration(path("archive.toml")));
         QString directory = path("recordings");
-        const QString guid = client.CreateFileGroup(QStringLiteral("2"), QDateTime(), QString(), QString(),
-                                                    Zelvo::FileType::Recording, 0, QString(), directory, QString());
-        write(directory + QLatin1Char('/') + base + QStringLiteral(".rec"), base.toUtf8());
-        const std::uint32_t id = client.AddFile(base + QStringLiteral(".rec"), guid);
+        const QString guid = client.CreateFileGroup("2", QDateTime(), QString(), QString(), Zelvo::FileType::Recording,
+                                                    0, QString(), directory, QString());
+        write(directory + QLatin1Char('/') + base + ".rec", base.toUtf8());
+        const std::uint32_t id = client.AddFile(base + ".rec", guid);
         client.MoveToNas(guid);
         EXPECT_EQ(client.GetError(), Zelvo::ZelvoError::None) << client.GetErrorString().toStdString();
         return Zelvo::ZelvoUrl(QStringLiteral("zelvo:///%1/%2").arg(guid).arg(id));
@@ -104,7 +104,7 @@ private:
 TEST_F(Zelvod, MovesWhatIsDueOnceAndEnds)
 {
     setUpArchive();
-    const Zelvo::ZelvoUrl url = record(QStringLiteral("a"));
+    const Zelvo::ZelvoUrl url = record("a");
     const Result result = run({QStringLiteral("--once")});
     EXPECT_EQ(result.exitCode, 0) << result.messages;
     EXPECT_EQ(result.output, "moved 1 file, 1 bytes\n");
@@ -116,7 +116,7 @@ TEST_F(Zelvod, MovesWhatIsDueOnceAndEnds)
 TEST_F(Zelvod, EndsWithThreeWhenSomethingThatWasDueCouldNotBeMoved)
 {
     setUpArchive();
-    record(QStringLiteral("a"));
+    record("a");
     ASSERT_TRUE(QFile::remove(path("recordings/a.rec")));
     const Result result = run({QStringLiteral("--once"), QStringLiteral("--json")});
     EXPECT_EQ(result.exitCode, 3);
@@ -133,11 +133,11 @@ TEST_F(Zelvod, EndsWithThreeWhenSomethingThatWasDueCouldNotBeMoved)
 TEST_F(Zelvod, GoesOnUntilItIsTerminatedAndThenEndsWell)
 {
     setUpArchive();
-    const Zelvo::ZelvoUrl first = record(QStringLiteral("a"));
+    const Zelvo::ZelvoUrl first = record("a");
     QProcess process;
     start(process, {QStringLiteral("--json"), QStringLiteral("--every"), QStringLiteral("0.1")});
     EXPECT_EQ(nextLine(process)["moved"], 1);
-    const Zelvo::ZelvoUrl second = record(QStringLiteral("b"));
+    const Zelvo::ZelvoUrl second = record("b");
     EXPECT_EQ(nextLine(process)["moved"], 1);
     process.terminate();
     const Result result = finish(process);
@@ -150,7 +150,7 @@ TEST_F(Zelvod, GoesOnUntilItIsTerminatedAndThenEndsWell)
 TEST_F(Zelvod, EndsWellWhenItsTerminalGoes)
 {
     setUpArchive();
-    record(QStringLiteral("a"));
+    record("a");
     QProcess process;
     start(process, {QStringLiteral("--json")});
     EXPECT_EQ(nextLine(process)["moved"], 1);
@@ -161,16 +161,15 @@ TEST_F(Zelvod, EndsWellWhenItsTerminalGoes)
 TEST_F(Zelvod, GoesOnWithoutItsTerminalWhenItWasStartedSo)
 {
     setUpArchive();
-    record(QStringLiteral("a"));
+    record("a");
     QProcess process;
-    process.start(QStringLiteral("/bin/sh"),
-                  {QStringLiteral("-c"), QStringLiteral("trap '' HUP; exec \"$@\""), QStringLiteral("sh"),
-                   QStringLiteral(ZELVOD), QStringLiteral("--config"), path("archive.toml"), QStringLiteral("--json"),
-                   QStringLiteral("--every"), QStringLiteral("0.1")});
+    process.start("/bin/sh", {QStringLiteral("-c"), QStringLiteral("trap '' HUP; exec \"$@\""), QStringLiteral("sh"),
+                              QStringLiteral(ZELVOD), QStringLiteral("--config"), path("archive.toml"),
+                              QStringLiteral("--json"), QStringLiteral("--every"), QStringLiteral("0.1")});
     ASSERT_TRUE(process.waitForStarted(PatienceMs));
     EXPECT_EQ(nextLine(process)["moved"], 1);
     ASSERT_EQ(kill(static_cast<pid_t>(process.processId()), SIGHUP), 0);
-    record(QStringLiteral("b"));
+    record("b");
     EXPECT_EQ(nextLine(process)["moved"], 1);
     process.terminate();
     EXPECT_EQ(finish(process).exitCode, 0);
@@ -179,7 +178,7 @@ TEST_F(Zelvod, GoesOnWithoutItsTerminalWhenItWasStartedSo)
 TEST_F(Zelvod, LetsNoOtherServeTheSameStationAndIsNotKeptFromItByADeadOne)
 {
     setUpArchive();
-    record(QStringLiteral("a"));
+    record("a");
     QProcess process;
     start(process, {QStringLiteral("--json")});
     EXPECT_EQ(nextLine(process)["moved"], 1);

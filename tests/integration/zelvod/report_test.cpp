@@ -12,12 +12,12 @@ TEST(ZelvodReport, IsNewsWhenSomethingWasDoneOrTheProblemChanged)
     MoverReport report;
     report.waiting = 3;
     EXPECT_FALSE(zelvod::isNews(report, QString()));
-    EXPECT_TRUE(zelvod::isNews(report, QStringLiteral("storage away")));
+    EXPECT_TRUE(zelvod::isNews(report, "storage away"));
     report.problem = QStringLiteral("storage away");
     EXPECT_TRUE(zelvod::isNews(report, QString()));
-    EXPECT_FALSE(zelvod::isNews(report, QStringLiteral("storage away")));
+    EXPECT_FALSE(zelvod::isNews(report, "storage away"));
     report.moved = 1;
-    EXPECT_TRUE(zelvod::isNews(report, QStringLiteral("storage away")));
+    EXPECT_TRUE(zelvod::isNews(report, "storage away"));
 }
 
 TEST(ZelvodReport, HasEveryFieldInJson)
@@ -30,7 +30,7 @@ TEST(ZelvodReport, HasEveryFieldInJson)
     report.removed = 5;
     report.problem = QStringLiteral("\u00e4 \"b\"");
     report.nextRunMs = 1'000;
-    report.messages = QStringList(QStringLiteral("line\nfeed"));
+    report.messages = QStringList("line\nfeed");
     const std::string line = zelvod::jsonLine(report, 0);
     EXPECT_EQ(line.find('\n'), line.size() - 1);
     EXPECT_EQ(nlohmann::json::parse(line), nlohmann::json::parse(R"({"time": "1970-01-01T00:00:00.000Z", "moved": 2,
@@ -44,10 +44,9 @@ TEST(ZelvodReport, TellsPeopleFailuresAndWhatWasMoved)
     report.moved = 1;
     report.bytes = 300;
     report.waiting = 2;
-    report.messages = QStringList(QStringLiteral("x: is missing"));
-    EXPECT_EQ(zelvod::text(report, QString(), false),
-              QStringLiteral("x: is missing\nmoved 1 file, 300 bytes; 2 files waiting\n"));
-    EXPECT_EQ(zelvod::text(report, QString(), true), QStringLiteral("x: is missing\n"));
+    report.messages = QStringList("x: is missing");
+    EXPECT_EQ(zelvod::text(report, QString(), false), "x: is missing\nmoved 1 file, 300 bytes; 2 files waiting\n");
+    EXPECT_EQ(zelvod::text(report, QString(), true), "x: is missing\n");
     EXPECT_EQ(zelvod::text(MoverReport(), QString(), false), QString());
-    EXPECT_EQ(zelvod::text(MoverReport(), QStringLiteral("away"), true), QStringLiteral("all is well again\n"));
+    EXPECT_EQ(zelvod::text(MoverReport(), "away", true), "all is well again\n");
 }

@@ -12,6 +12,9 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include <zelvo/archive.h>
@@ -124,6 +127,21 @@ inline Zelvo::ZelvoUrl recordOne(Zelvo::ZelvoClient& client, const QString& dire
     return url(guid, id);
 }
 
+/// In a process that ends without asking for the move, as a recorder that was killed.
+template <typename Work>
+void inAnotherProcess(const Work& work)
+{
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        work();
+        _exit(testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_EQ(status, 0);
+}
+
 class ArchiveTest : public testing::Test {
 protected:
     void SetUp() override
@@ -181,6 +199,21 @@ protected:
     Zelvo::ZelvoUrl record(const QString& base, const QByteArray& bytes)
     {
         return recordOne(client(), recordings(), base, bytes);
+    }
+
+    Zelvo::ZelvoUrl recordAndMove(const QString& base, const QByteArray& bytes)
+    {
+        const Zelvo::ZelvoUrl address = record(base, bytes);
+        EXPECT_EQ(move().moved, 1);
+        return address;
+    }
+    void expectRefused(const QString& text, Zelvo::ZelvoError code)
+    {
+        for (const Zelvo::LockState lock : {Zelvo::LockState::Shared, Zelvo::LockState::Exclusive}) {
+            EXPECT_TRUE(client().RequestFile(Zelvo::ZelvoUrl(text), lock).isEmpty()) << text.toStdString();
+            EXPECT_EQ(client().GetError(), code) << text.toStdString();
+            EXPECT_FALSE(client().GetErrorString().isEmpty());
+        }
     }
 
     ManualClock clock;

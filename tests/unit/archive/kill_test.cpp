@@ -108,20 +108,6 @@ protected:
                     {QStringLiteral("1.rec"), bytesOf(100, 1)}};
     }
 
-    template <typename Work>
-    void inAnotherProcess(const Work& work)
-    {
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            work();
-            _exit(testing::Test::HasFailure() ? 1 : 0);
-        }
-        int status = 0;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
-        ASSERT_EQ(status, 0);
-    }
-
     /// Runs a mover in a process that is killed at a step. @return whether it lived to its end
     bool moveAndKillAt(int fatalStep)
     {
