@@ -53,13 +53,13 @@ bool TimeIndex::takesOutOfOrder(std::uint64_t time, std::int32_t position)
 
 std::array<std::span<std::byte>, 2> TimeIndex::reserve(std::size_t pairs)
 {
-    m_times.reserve(pairs);
-    m_positions.reserve(pairs);
+    m_added.times.reserve(pairs);
+    m_added.positions.reserve(pairs);
     const auto unused = [](auto& values) {
         const std::span all(values.data(), values.capacity());
         return std::as_writable_bytes(all.subspan(values.size()));
     };
-    return {unused(m_times), unused(m_positions)};
+    return {unused(m_added.times), unused(m_added.positions)};
 }
 
 void TimeIndex::clear()
@@ -72,33 +72,18 @@ void TimeIndex::separate() const
     if (m_separated) {
         return;
     }
-    const auto byTime = ascendingFirsts(m_times);
-    m_byTime = {pick(m_times, byTime), pick(m_positions, byTime)};
-    const auto byPosition = ascendingFirsts(m_positions);
-    m_byPosition = {pick(m_times, byPosition), pick(m_positions, byPosition)};
+    const auto inOrderOf = [this](const auto& keys) {
+        const std::vector<std::size_t> order = ascendingFirsts(keys);
+        return Pairs{pick(m_added.times, order), pick(m_added.positions, order)};
+    };
+    m_byTime = inOrderOf(m_added.times);
+    m_byPosition = inOrderOf(m_added.positions);
     m_separated = true;
-}
-
-const TimeIndex::Pairs& TimeIndex::separatedByTime() const
-{
-    separate();
-    return m_byTime;
-}
-
-const TimeIndex::Pairs& TimeIndex::separatedByPosition() const
-{
-    separate();
-    return m_byPosition;
-}
-
-std::size_t TimeIndex::sizeOfSeparated() const
-{
-    return separatedByTime().times.size();
 }
 
 bool TimeIndex::find(std::uint64_t time) const
 {
-    const auto& times = timesByTime();
+    const auto& times = byTimes().times;
     if (times.empty() || time >= times.back()) {
         return !times.empty() && time == times.back();
     }
@@ -110,12 +95,12 @@ std::optional<TimeEntry> TimeIndex::atOrAfterOrLast(std::uint64_t time) const
     if (empty()) {
         return std::nullopt;
     }
-    return byTime(std::min(rankAtOrAfter(timesByTime(), time), size() - 1));
+    return byTime(std::min(rankAtOrAfter(byTimes().times, time), size() - 1));
 }
 
 std::optional<TimeEntry> TimeIndex::before(std::uint64_t time) const
 {
-    const auto& times = timesByTime();
+    const auto& times = byTimes().times;
     const std::size_t rank = rankAtOrAfter(times, time);
     if (rank == 0 || rank == times.size() || times[rank] != time) {
         return std::nullopt;
@@ -125,7 +110,7 @@ std::optional<TimeEntry> TimeIndex::before(std::uint64_t time) const
 
 std::optional<std::size_t> TimeIndex::rankOf(std::int64_t position) const
 {
-    const auto& positions = positionsByPosition();
+    const auto& positions = byPositions().positions;
     for (const std::size_t rank : {m_hint + 1, m_hint}) {
         if (rank < positions.size() && positions[rank] == position) {
             m_hint = rank;
@@ -143,16 +128,13 @@ std::optional<std::size_t> TimeIndex::rankOf(std::int64_t position) const
 std::uint64_t TimeIndex::timeAt(std::int64_t position) const
 {
     const auto rank = rankOf(position);
-    return rank ? timesByPosition()[*rank] : 0;
+    return rank ? byPositions().times[*rank] : 0;
 }
 
 std::optional<TimeEntry> TimeIndex::byPosition(std::size_t rank) const
 {
-    const auto& positions = positionsByPosition();
-    if (rank >= positions.size()) {
-        return std::nullopt;
-    }
-    return TimeEntry{timesByPosition()[rank], positions[rank]};
+    const Pairs& pairs = byPositions();
+    return rank < pairs.positions.size() ? std::optional(pairs.at(rank)) : std::nullopt;
 }
 
 }  // namespace Recording2::Index

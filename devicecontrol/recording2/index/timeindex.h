@@ -24,24 +24,25 @@ class TimeIndex {
 public:
     void add(std::uint64_t time, std::int32_t position)
     {
-        const bool inOrder = m_ordered && (m_times.empty() || (time > m_times.back() && position > m_positions.back()));
+        const bool inOrder =
+            m_ordered && (empty() || (time > m_added.times.back() && position > m_added.positions.back()));
         if (!inOrder && !takesOutOfOrder(time, position)) {
             return;
         }
-        m_times.push_back(time);
-        m_positions.push_back(position);
+        m_added.times.push_back(time);
+        m_added.positions.push_back(position);
     }
     /// Makes room for so many pairs: adding them moves none. @return the memory that they will take
     std::array<std::span<std::byte>, 2> reserve(std::size_t pairs);
     void clear();
 
-    [[nodiscard]] bool empty() const { return m_times.empty(); }
+    [[nodiscard]] bool empty() const { return m_added.times.empty(); }
     /// Pairs of the view by time.
-    [[nodiscard]] std::size_t size() const { return m_ordered ? m_times.size() : sizeOfSeparated(); }
+    [[nodiscard]] std::size_t size() const { return byTimes().times.size(); }
 
     [[nodiscard]] bool contains(std::uint64_t time) const
     {
-        const bool behindAll = m_ordered && (m_times.empty() || time > m_times.back());
+        const bool behindAll = m_ordered && (empty() || time > m_added.times.back());
         return !behindAll && find(time);
     }
     /// The pair at the time, else the first later one, else the last one; nothing only when empty.
@@ -49,7 +50,7 @@ public:
     /// The pair before the one at exactly that time.
     [[nodiscard]] std::optional<TimeEntry> before(std::uint64_t time) const;
     /// The pair with that rank by time; rank below size().
-    [[nodiscard]] TimeEntry byTime(std::size_t rank) const { return {timesByTime()[rank], positionsByTime()[rank]}; }
+    [[nodiscard]] TimeEntry byTime(std::size_t rank) const { return byTimes().at(rank); }
 
     /// The time of exactly that position, 0 when there is none (and for a record whose time is 0).
     [[nodiscard]] std::uint64_t timeAt(std::int64_t position) const;
@@ -61,33 +62,22 @@ private:
     struct Pairs {
         std::vector<std::uint64_t> times;
         std::vector<std::int32_t> positions;
+
+        [[nodiscard]] TimeEntry at(std::size_t rank) const { return {times[rank], positions[rank]}; }
     };
     bool takesOutOfOrder(std::uint64_t time, std::int32_t position);
     [[nodiscard]] bool find(std::uint64_t time) const;
-    [[nodiscard]] std::size_t sizeOfSeparated() const;
-    const Pairs& separatedByTime() const;
-    const Pairs& separatedByPosition() const;
     void separate() const;
-    [[nodiscard]] const std::vector<std::uint64_t>& timesByTime() const
+    [[nodiscard]] const Pairs& byTimes() const { return m_ordered ? m_added : separated(m_byTime); }
+    [[nodiscard]] const Pairs& byPositions() const { return m_ordered ? m_added : separated(m_byPosition); }
+    [[nodiscard]] const Pairs& separated(const Pairs& view) const
     {
-        return m_ordered ? m_times : separatedByTime().times;
-    }
-    [[nodiscard]] const std::vector<std::int32_t>& positionsByTime() const
-    {
-        return m_ordered ? m_positions : separatedByTime().positions;
-    }
-    [[nodiscard]] const std::vector<std::uint64_t>& timesByPosition() const
-    {
-        return m_ordered ? m_times : separatedByPosition().times;
-    }
-    [[nodiscard]] const std::vector<std::int32_t>& positionsByPosition() const
-    {
-        return m_ordered ? m_positions : separatedByPosition().positions;
+        separate();
+        return view;
     }
 
-    // As added. While m_ordered, both views are these two arrays; otherwise the views are made from them when asked.
-    std::vector<std::uint64_t> m_times;
-    std::vector<std::int32_t> m_positions;
+    // While m_ordered, both views are the pairs as they were added; otherwise they are made from these when asked.
+    Pairs m_added;
     bool m_ordered = true;
     mutable bool m_separated = false;
     mutable Pairs m_byTime;
