@@ -13,14 +13,13 @@
 
 #include <recording2/fileaccess.h>
 #include <recording2/inspection/inspection.h>
-#include <recording2/recordmodel.h>
-#include <recording2/timestamp.h>
+
+#include "support/libraryobjects.h"
 
 namespace {
 
 using Recording2::CFileAccess;
 using Recording2::CHeaderData;
-using Recording2::CTimeStamp;
 using Recording2::CVTCmdData;
 using Recording2::CVTTypesData;
 using testing::ElementsAre;
@@ -59,15 +58,10 @@ std::string everyByte()
 
 constexpr unsigned long long Late = 4'294'967'297;
 
-CTimeStamp atMs(unsigned long long milliseconds)
-{
-    return CTimeStamp{milliseconds * 1000};
-}
-
 /// What a recording is made of. Version 2.0, started by an operator, if nothing else is said.
 struct Content {
-    CHeaderData header;
-    std::vector<Recording2::S_TYPES> types;
+    TestSupport::HeaderFields header;
+    std::vector<TestSupport::TypeFields> types;
     std::vector<Stored> stored;
     std::vector<Read> read;
 };
@@ -75,39 +69,31 @@ struct Content {
 Content emptyRecording()
 {
     Content content;
-    CHeaderData& header = content.header;
-    header.set_version(2, 0);
-    header.set_startFreq(90'000'000);
-    header.set_stopFreq(120'000'000);
-    header.set_stepWidth(100'000);
-    header.set_minLevel(0);
-    header.set_maxLevel(120);
-    header.set_startTS(atMs(1'700'000'000'000));
-    header.set_stopTS(atMs(1'700'000'000'000));
-    header.setJobID("Not available");
-    header.set_deviceName("");
-    header.set_deviceType("UNKNOWN");
+    content.header.startFrequency = 90'000'000;
+    content.header.stopFrequency = 120'000'000;
+    content.header.stepWidth = 100'000;
+    content.header.minLevel = 0;
+    content.header.maxLevel = 120;
+    content.header.startMs = 1'700'000'000'000;
+    content.header.stopMs = 1'700'000'000'000;
+    content.header.jobId = "Not available";
+    content.header.deviceName = "";
+    content.header.deviceType = "UNKNOWN";
     return content;
 }
 
 Content fullRecording()
 {
     Content content;
-    CHeaderData& header = content.header;
-    header.set_version(2, 0);
-    header.set_startFreq(90'012'345.0F);
-    header.set_stopFreq(120'000'000);
-    header.set_stepWidth(0.025F);
-    header.set_minLevel(-30);
-    header.set_maxLevel(100);
-    header.set_startTS(atMs(1'700'000'000'123));
-    header.set_stopTS(atMs(1'704'294'967'420));
-    header.setJobID("A1B2");
-    header.set_deviceName(
+    content.header.startFrequency = 90'012'345.0F;
+    content.header.stopFrequency = 120'000'000;
+    content.header.startMs = 1'700'000'000'123;
+    content.header.stopMs = 1'704'294'967'420;
+    content.header.deviceName =
         "Empf\xe4nger S\xfc"
-        "d");
-    header.set_deviceType("Receiver");
-    header.setAutomaticRec(true);
+        "d";
+    content.header.deviceType = "Receiver";
+    content.header.automatic = true;
     content.types = {{46, 4, "FREQUENCY", "/FREQUENCY"},
                      {36, 3, "LEVEL", "/LEVEL"},
                      {1, 6, "RFSPECTRUM", "/Receivers/1/Scn/RfSpectrum"},
@@ -133,18 +119,15 @@ Content fullRecording()
 Content channelRangeRecording()
 {
     Content content;
-    CHeaderData& header = content.header;
-    header.set_version(2, 0);
-    header.set_startFreq(20'000'000);
-    header.set_stopFreq(3'000'000'000.0F);
-    header.set_stepWidth(25'000);
-    header.set_minLevel(-30);
-    header.set_maxLevel(120);
-    header.set_startTS(atMs(1'600'000'000'000));
-    header.set_stopTS(atMs(1'600'000'005'000));
-    header.setJobID("");
-    header.set_deviceName("Direction finder");
-    header.set_deviceType("DF");
+    content.header.startFrequency = 20'000'000;
+    content.header.stopFrequency = 3'000'000'000.0F;
+    content.header.stepWidth = 25'000;
+    content.header.maxLevel = 120;
+    content.header.startMs = 1'600'000'000'000;
+    content.header.stopMs = 1'600'000'005'000;
+    content.header.jobId = "";
+    content.header.deviceName = "Direction finder";
+    content.header.deviceType = "DF";
     content.types = {{20, 7, "DFSPECTRUM", "/DfSpectrum"}};
     content.stored = {{20, 10, "34;20e6 25e3 4", true},
                       {20, 11, "bearings"},
@@ -162,18 +145,8 @@ Content channelRangeRecording()
 Content bookmarkedRecording()
 {
     Content content;
-    CHeaderData& header = content.header;
-    header.set_version(2, 0);
-    header.set_startFreq(20);
-    header.set_stopFreq(3000);
-    header.set_stepWidth(0.025F);
-    header.set_minLevel(-30);
-    header.set_maxLevel(100);
-    header.set_startTS(atMs(1'650'000'000'000));
-    header.set_stopTS(atMs(1'650'000'004'000));
-    header.setJobID("A1B2");
-    header.set_deviceName("Receiver 1");
-    header.set_deviceType("RX");
+    content.header.startMs = 1'650'000'000'000;
+    content.header.stopMs = 1'650'000'004'000;
     content.types = {{36, 3, "LEVEL", "/LEVEL"}};
     content.stored = {{36, 10, "-31.5"}, {36, 1500, "-30"}, {36, 3000, "-29.25"}};
     content.read = {{10, 36, "-31.5"}, {1500, 36, "-30"}, {3000, 36, "-29.25"}};
@@ -193,24 +166,22 @@ std::string bytesOf(const std::string& path)
 }
 
 /// The bytes of a recording that the library writes with this content.
-std::string bytesWritten(Content content)
+std::string bytesWritten(const Content& content)
 {
     const QTemporaryDir folder;
     const std::string path = (folder.path() + "/recording.rec").toStdString();
     CFileAccess file(path.c_str(), QString(), nullptr, true, false, false, nullptr, nullptr);
     EXPECT_TRUE(file.IsValidFile());
     if (!content.types.empty()) {
-        CVTTypesData types;
-        types.get_vector() = content.types;
+        CVTTypesData types = TestSupport::makeTypes(content.types);
         file.write(types);
     }
     for (const Stored& stored : content.stored) {
-        CVTCmdData record;
-        record.set_cmd(stored.code);
-        record.set_str(stored.data.data(), static_cast<std::int32_t>(stored.data.size()));
+        CVTCmdData record = TestSupport::makeRecord(stored.code, stored.data);
         file.write(record, stored.timeMs, stored.channelRange);
     }
-    file.CloseRecording(content.header, true);
+    CHeaderData header = TestSupport::makeHeader(content.header);
+    file.CloseRecording(header, true);
     return bytesOf(path);
 }
 
@@ -219,30 +190,20 @@ CFileAccess openGolden(const std::string& name)
     return CFileAccess(goldenPath(name).c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
 }
 
-void expectSameHeader(CHeaderData& actual, CHeaderData& expected)
+void expectSameHeader(const CHeaderData& actual, const TestSupport::HeaderFields& expected)
 {
-    EXPECT_EQ(actual.version(), expected.version());
-    EXPECT_EQ(actual.stepWidth(), expected.stepWidth());
-    EXPECT_EQ(actual.stopFreq(), expected.stopFreq());
-    EXPECT_EQ(actual.minLevel(), expected.minLevel());
-    EXPECT_EQ(actual.maxLevel(), expected.maxLevel());
-    EXPECT_EQ(actual.startTS().getMicroSecs(), expected.startTS().getMicroSecs());
-    EXPECT_EQ(actual.stopTS().getMicroSecs(), expected.stopTS().getMicroSecs());
-    EXPECT_STREQ(actual.getJobID(), expected.getJobID());
-    EXPECT_STREQ(actual.deviceName(), expected.deviceName());
-    EXPECT_STREQ(actual.deviceType(), expected.deviceType());
-    EXPECT_EQ(actual.isAutomaticRec(), expected.isAutomaticRec());
-}
-
-void expectSameTypes(const std::vector<Recording2::S_TYPES>& actual, const std::vector<Recording2::S_TYPES>& expected)
-{
-    ASSERT_EQ(actual.size(), expected.size());
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        EXPECT_EQ(actual[i].typeNumber, expected[i].typeNumber);
-        EXPECT_EQ(actual[i].valueType, expected[i].valueType);
-        EXPECT_EQ(actual[i].keyword, expected[i].keyword);
-        EXPECT_EQ(actual[i].valuePath, expected[i].valuePath);
-    }
+    EXPECT_EQ(actual.majorversion(), expected.majorVersion);
+    EXPECT_EQ(actual.minorversion(), expected.minorVersion);
+    EXPECT_EQ(actual.stepWidth(), expected.stepWidth);
+    EXPECT_EQ(actual.stopFreq(), expected.stopFrequency);
+    EXPECT_EQ(actual.minLevel(), expected.minLevel);
+    EXPECT_EQ(actual.maxLevel(), expected.maxLevel);
+    EXPECT_EQ(actual.startTS().getMicroSecs(), expected.startMs * 1000);
+    EXPECT_EQ(actual.stopTS().getMicroSecs(), expected.stopMs * 1000);
+    EXPECT_EQ(actual.getJobID(), expected.jobId);
+    EXPECT_EQ(actual.deviceName(), expected.deviceName);
+    EXPECT_EQ(actual.deviceType(), expected.deviceType);
+    EXPECT_EQ(actual.isAutomaticRec(), expected.automatic);
 }
 
 /// Every record, with readfirst and readnext, which give the time of the record that follows.
@@ -252,13 +213,13 @@ std::vector<Read> recordsRead(CFileAccess& file, std::uint64_t firstTime)
     std::uint64_t time = firstTime;
     CVTCmdData record;
     for (std::uint64_t next = file.readfirst(record); time != 0; next = file.readnext(record)) {
-        records.push_back({time, record.cmd(), {record.strData(), record.strDataLen()}});
+        records.push_back({time, record.cmd(), TestSupport::dataOf(record)});
         time = next;
     }
     return records;
 }
 
-void expectReadBack(const std::string& name, Content expected)
+void expectReadBack(const std::string& name, const Content& expected)
 {
     CFileAccess file = openGolden(name);
     ASSERT_TRUE(file.IsValidFile());
@@ -267,7 +228,7 @@ void expectReadBack(const std::string& name, Content expected)
     expectSameHeader(header, expected.header);
     CVTTypesData types;
     EXPECT_EQ(file.read(types), 1U);
-    expectSameTypes(types.get_vector(), expected.types);
+    EXPECT_EQ(TestSupport::fieldsOf(types), expected.types);
     EXPECT_EQ(recordsRead(file, expected.read.front().timeMs), expected.read);
 }
 
@@ -314,8 +275,7 @@ TEST(GoldenFiles, AnEmptyRecordingIsReadWithoutRecords)
     ASSERT_TRUE(file.IsValidFile());
     CHeaderData header;
     EXPECT_EQ(file.read(header), 1U);
-    Content expected = emptyRecording();
-    expectSameHeader(header, expected.header);
+    expectSameHeader(header, emptyRecording().header);
     EXPECT_EQ(header.startFreq(), 90'000'000);
     CVTCmdData record;
     EXPECT_EQ(file.readfirst(record), 0U);
@@ -354,7 +314,7 @@ TEST(GoldenFiles, BookmarksWithoutAChannelRangeTableLeaveStrayPairsInTheTimeInde
         CVTCmdData record;
         EXPECT_EQ(file.read(record, time), 0U);
         EXPECT_EQ(record.cmd(), 0);
-        EXPECT_EQ(std::string(record.strData(), record.strDataLen()), strayData);
+        EXPECT_EQ(TestSupport::dataOf(record), strayData);
     }
     CVTCmdData record;
     EXPECT_EQ(file.read(record, 2001), 0U);

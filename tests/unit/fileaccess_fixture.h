@@ -14,53 +14,13 @@
 
 #include <recording2/fileaccess.h>
 
+#include "support/libraryobjects.h"
 #include "support/memorydirectory.h"
-#include "support/recordingbytes.h"
 
 namespace FileAccessTests {
 
 using Recording2::CFileAccess;
-using Recording2::CHeaderData;
-using Recording2::CTimeStamp;
-using Recording2::CVTCmdData;
-using Recording2::CVTTypesData;
-using Recording2::S_TYPES;
-using TestSupport::HeaderFields;
-using TestSupport::ReferenceRecording;
-using TestSupport::TypeFields;
-
-inline CVTCmdData makeRecord(std::int32_t code, const std::string& data)
-{
-    CVTCmdData record;
-    record.set_cmd(code);
-    record.set_str(data.data(), static_cast<std::int32_t>(data.size()));
-    return record;
-}
-
-inline std::string dataOf(const CVTCmdData& record)
-{
-    return {record.strData(), record.strDataLen()};
-}
-
-inline CHeaderData makeHeader(const HeaderFields& fields)
-{
-    CHeaderData header;
-    header.set_version(fields.majorVersion, fields.minorVersion);
-    header.set_startFreq(fields.startFrequency);
-    header.set_stopFreq(fields.stopFrequency);
-    header.set_stepWidth(fields.stepWidth);
-    header.set_minLevel(fields.minLevel);
-    header.set_maxLevel(fields.maxLevel);
-    header.set_startTS(CTimeStamp(static_cast<unsigned long long>(fields.startMs * 1'000)));
-    header.set_stopTS(CTimeStamp(static_cast<unsigned long long>(fields.stopMs * 1'000)));
-    header.setJobID(fields.jobId.c_str());
-    std::string text = fields.deviceName;
-    header.set_deviceName(text);
-    text = fields.deviceType;
-    header.set_deviceType(text);
-    header.setAutomaticRec(fields.automatic);
-    return header;
-}
+using namespace TestSupport;
 
 /// A header that no file of these tests holds.
 inline CHeaderData presetHeader()
@@ -79,29 +39,6 @@ inline CHeaderData presetHeader()
     fields.deviceName = "kept name";
     fields.deviceType = "kept type";
     return makeHeader(fields);
-}
-
-inline CVTTypesData makeTypes(const std::vector<TypeFields>& fields)
-{
-    CVTTypesData types;
-    for (const TypeFields& field : fields) {
-        S_TYPES type;
-        type.typeNumber = field.typeNumber;
-        type.valueType = field.valueType;
-        type.keyword = field.keyword;
-        type.valuePath = field.valuePath;
-        types.get_vector().push_back(type);
-    }
-    return types;
-}
-
-inline std::vector<TypeFields> fieldsOf(CVTTypesData& types)
-{
-    std::vector<TypeFields> fields;
-    for (const S_TYPES& type : types.get_vector()) {
-        fields.push_back({type.typeNumber, type.valueType, type.keyword, type.valuePath});
-    }
-    return fields;
 }
 
 /// A temporary directory, and objects opened on files in it.

@@ -1,4 +1,6 @@
 // Stepping through records, and every odd answer that callers rely on.
+#include <map>
+
 #include "fileaccess_fixture.h"
 
 using namespace FileAccessTests;
@@ -11,11 +13,27 @@ struct Step {
     std::uint64_t time;
 };
 
-class Navigation : public FileAccessTest {
+enum class Call : std::uint8_t { Read, ReadHere, First, Next, At, FirstOf, NextOf, Previous, Keep };
+
+/// A call with its time or code, the time that it returns, and the data of the record afterwards, "*" where that is not
+/// told. Keep puts a record of type 7 with "kept" in place of the one that was read.
+struct Answer {
+    Call call;
+    std::uint64_t argument = 0;
+    std::uint64_t time = 0;
+    const char* data = "*";
+};
+
+struct Case {
+    const char* name;
+    std::vector<Step> steps;
+    std::vector<Answer> answers;
+};
+
+class NavigationOfLargeRecords : public FileAccessTest {
 protected:
     void open(const std::vector<Step>& steps)
     {
-        m_file.reset();
         ReferenceRecording recording;
         recording.types({{1, 2, "KEY", "/PATH"}});
         for (const Step& step : steps) {
@@ -24,275 +42,156 @@ protected:
         m_file = openBytes(recording.close());
         ASSERT_TRUE(m_file->IsValidFile());
     }
-    CFileAccess& file() { return *m_file; }
-    CVTCmdData& record() { return m_record; }
+    std::uint64_t answerTo(Call call, std::uint64_t argument)
+    {
+        const auto code = static_cast<std::int32_t>(argument);
+        switch (call) {
+            case Call::Read:
+                return m_file->read(m_record);
+            case Call::ReadHere:
+                return m_file->readAndReturnTimeOfCurrentCmd(m_record);
+            case Call::First:
+                return m_file->readfirst(m_record);
+            case Call::Next:
+                return m_file->readnext(m_record);
+            case Call::At:
+                return m_file->read(m_record, argument);
+            case Call::FirstOf:
+                return m_file->readfirst(m_record, code);
+            case Call::NextOf:
+                return m_file->readnext(m_record, code);
+            case Call::Previous:
+                return m_file->readprev(m_record, argument);
+            case Call::Keep:
+                m_record = makeRecord(7, "kept");
+        }
+        return 0;
+    }
     [[nodiscard]] std::string data() const { return dataOf(m_record); }
+    [[nodiscard]] std::size_t size() const { return m_record.strDataLen(); }
+    [[nodiscard]] std::int32_t code() const { return m_record.cmd(); }
 
 private:
     std::unique_ptr<CFileAccess> m_file;
     CVTCmdData m_record;
 };
 
+class Navigation : public NavigationOfLargeRecords, public testing::WithParamInterface<Case> {};
+
 /// Real times are far above 100.
-const std::vector<Step> ordinary{{1, "a", 1'000}, {2, "b", 1'100}, {1, "c", 1'200}, {3, "d", 1'300}};
-const std::vector<Step> early{{1, "a", 10}, {2, "b", 20}, {3, "c", 30}, {4, "d", 200}, {5, "e", 300}};
+const std::vector<Step> Ordinary{{1, "a", 1'000}, {2, "b", 1'100}, {1, "c", 1'200}, {3, "d", 1'300}};
+const std::vector<Step> Early{{1, "a", 10}, {2, "b", 20}, {3, "c", 30}, {4, "d", 200}, {5, "e", 300}};
+constexpr std::uint64_t Huge = 0xFFFF'FFFF'FFFF'0000ULL;
+constexpr std::uint64_t LikeARecord = 0x6463'6261'2332'2337ULL;  // "7#2#abcd"
+
+using enum Call;
+
+const std::vector<Case> Cases{
+    {"ReadfirstReadsTheFirstAndReturnsTheTimeOfTheSecond", Ordinary, {{At, 1'300}, {First, 0, 1'100, "a"}}},
+    {"ReadfirstOnAFileWithOneRecordReadsItAndReturnsZero", {{4, "only", 1'000}}, {{First, 0, 0, "only"}}},
+    // At the time table nothing is read any more.
+    {"ReadnextStepsToTheEndAndThenReturnsZero",
+     Ordinary,
+     {{Next, 0, 1'100, "a"},
+      {Next, 0, 1'200, "b"},
+      {Next, 0, 1'300, "c"},
+      {Next, 0, 0, "d"},
+      {Keep},
+      {Next, 0, 0, "kept"},
+      {Next, 0, 0, "kept"},
+      {Next, 0, 0, "kept"}}},
+    {"AReadAtARecordsTimeReadsThatRecord",
+     Ordinary,
+     {{At, 1'100, 1'200, "b"}, {At, 1'000, 1'100, "a"}, {At, 1'300, 0, "d"}}},
+    {"AReadBetweenTwoTimesReadsTheLaterRecord", Ordinary, {{At, 1'001, 1'200, "b"}, {At, 1, 1'100, "a"}}},
+    {"AReadBeyondTheLastTimeReadsTheLastRecord", Ordinary, {{At, 1'301, 0, "d"}, {At, ~std::uint64_t{0}, 0, "d"}}},
+    {"AReadAtTimeZeroReadsTheRecordHere", Ordinary, {{At, 1'000, 1'100}, {At, 0, 1'200, "b"}}},
+    {"APlainReadReturnsTheTimeOfTheNextRecord",
+     Ordinary,
+     {{Read, 0, 1'100, "a"}, {At, 1'200, 1'300}, {Read, 0, 0, "d"}}},
+    {"TheOtherPlainReadReturnsTheTimeOfTheRecordItself",
+     Ordinary,
+     {{ReadHere, 0, 1'000, "a"}, {ReadHere, 0, 1'100}, {At, 1'200, 1'300}, {ReadHere, 0, 1'300, "d"}}},
+    {"PlainReadsGoOnIntoTheTimeTable",
+     {{1, "a", LikeARecord}, {7, "ab", 0}},
+     {{First, 0, 0}, {Next, 0, 0, "a"}, {Read, 0, 0, "ab"}}},
+    {"TheOtherPlainReadsGoOnIntoTheTimeTable",
+     {{1, "a", LikeARecord}, {7, "ab", 0}},
+     {{ReadHere, 0, LikeARecord}, {ReadHere, 0, 0, "ab"}}},
+    {"ReadfirstByCodeReturnsTheTimeOfTheFirstRecordIfItHasTheCode", Ordinary, {{FirstOf, 1, 1'000, "a"}}},
+    // Only the first record is looked at.
+    {"ReadfirstByTheCodeOfALaterRecordReturnsZero", Ordinary, {{FirstOf, 2, 0, "a"}, {FirstOf, 3}, {FirstOf, 99}}},
+    {"ReadfirstByCodeZeroTakesAnyRecord", Ordinary, {{At, 1'300}, {FirstOf, 0, 1'000, "a"}}},
+    // The time 200 ends the search.
+    {"ReadfirstByCodeGoesOnWhileTheNextTimeIsBelow100",
+     Early,
+     {{FirstOf, 2, 20, "b"}, {FirstOf, 3, 30, "c"}, {FirstOf, 4, 0, "c"}}},
+    {"ReadfirstByCodeStopsAtTheTime100Itself",
+     {{1, "a", 10}, {2, "b", 99}, {3, "c", 100}, {4, "d", 200}},
+     {{FirstOf, 2, 99}, {FirstOf, 3, 0, "b"}}},
+    {"ReadfirstByCodeReturnsZeroForTheLastRecordEvenIfItMatches",
+     {{4, "only", 1'000}},
+     {{FirstOf, 4, 0, "only"}, {FirstOf, 0}}},
+    {"ReadfirstByCodeReturnsZeroForTheLastOfTwoEvenIfItMatches", {{1, "a", 10}, {2, "b", 20}}, {{FirstOf, 2, 0, "b"}}},
+    {"ReadnextByCodeReturnsTheTimeOfTheMatchingRecord",
+     Ordinary,
+     {{NextOf, 1, 1'000, "a"}, {NextOf, 1, 1'200, "c"}, {NextOf, 1, 0, "d"}}},
+    {"ReadnextByCodeReturnsZeroForTheLastRecordEvenIfItMatches", Ordinary, {{NextOf, 3, 0, "d"}}},
+    {"ReadnextByCodeZeroIsNoWildcard", Ordinary, {{NextOf, 0, 0, "d"}}},
+    {"ReadnextByCodeZeroFindsTheCodeZero",
+     {{1, "a", 1'000}, {0, "b", 1'100}, {2, "c", 1'200}},
+     {{NextOf, 0, 1'100, "b"}}},
+    // The next read goes on behind the record that was read.
+    {"ReadprevReadsThePrecedingRecordAndReturnsItsTime",
+     Ordinary,
+     {{Previous, 1'300, 1'200, "c"}, {Previous, 1'200, 1'100, "b"}, {Next, 0, 1'300, "c"}}},
+    // And it stays where it was.
+    {"ReadprevOfATimeThatIsNotExactlyARecordsReturnsZero",
+     Ordinary,
+     {{Keep}, {Previous, 1'150, 0, "kept"}, {Previous, 1'301, 0, "kept"}, {Previous, 0, 0, "kept"}, {Next, 0, 1'100}}},
+    {"ReadprevOfTheFirstRecordReturnsZero", Ordinary, {{Keep}, {Previous, 1'000, 0, "kept"}}},
+    // Its time 0 means: stay here.
+    {"ARecordAtTimeZeroCannotBeToldFromTheEnd",
+     {{1, "a", 0}, {2, "b", 1'000}, {3, "c", 2'000}},
+     {{ReadHere, 0, 0, "a"}, {First, 0, 2'000, "b"}, {Previous, 1'000, 0, "c"}}},
+    {"TimesOf64BitsAreFound",
+     {{1, "a", 10}, {2, "b", Huge}, {3, "c", Huge}},
+     {{First, 0, Huge}, {At, Huge, Huge + 1, "b"}, {Previous, Huge + 1, Huge}}},
+};
 
 }  // namespace
 
-TEST_F(Navigation, ReadfirstReadsTheFirstAndReturnsTheTimeOfTheSecond)
+TEST_P(Navigation, AnswersAsCallersRelyOn)
 {
-    open(ordinary);
-    file().read(record(), 1'300);
-    EXPECT_EQ(file().readfirst(record()), 1'100U);
-    EXPECT_EQ(record().cmd(), 1);
-    EXPECT_EQ(data(), "a");
-}
-
-TEST_F(Navigation, ReadfirstOnAFileWithOneRecordReadsItAndReturnsZero)
-{
-    open({{4, "only", 1'000}});
-    EXPECT_EQ(file().readfirst(record()), 0U);
-    EXPECT_EQ(record().cmd(), 4);
-    EXPECT_EQ(data(), "only");
-}
-
-TEST_F(Navigation, ReadnextStepsToTheEndAndThenReturnsZero)
-{
-    open(ordinary);
-    EXPECT_EQ(file().readnext(record()), 1'100U);
-    EXPECT_EQ(data(), "a");
-    EXPECT_EQ(file().readnext(record()), 1'200U);
-    EXPECT_EQ(file().readnext(record()), 1'300U);
-    EXPECT_EQ(file().readnext(record()), 0U);
-    EXPECT_EQ(data(), "d");
-    for (int i = 0; i < 3; ++i) {  // at the time table: nothing is read any more
-        record() = makeRecord(7, "kept");
-        EXPECT_EQ(file().readnext(record()), 0U);
-        EXPECT_EQ(data(), "kept");
-        EXPECT_EQ(record().cmd(), 7);
+    std::vector<Step> steps = GetParam().steps;
+    std::map<std::string, std::int32_t> codes{{"kept", 7}};
+    for (const Step& step : steps) {
+        codes[step.data] = step.code;
+    }
+    std::erase_if(steps, [](const Step& step) { return step.data == "ab"; });  // which only the time table looks like
+    open(steps);
+    int number = 0;
+    for (const auto& [call, argument, time, data] : GetParam().answers) {
+        SCOPED_TRACE("call " + std::to_string(++number));
+        EXPECT_EQ(answerTo(call, argument), time);
+        if (data != std::string("*")) {
+            EXPECT_EQ(this->data(), data);
+            EXPECT_EQ(code(), codes.at(data));
+        }
     }
 }
 
-TEST_F(Navigation, AReadAtARecordsTimeReadsThatRecord)
-{
-    open(ordinary);
-    EXPECT_EQ(file().read(record(), 1'100), 1'200U);
-    EXPECT_EQ(data(), "b");
-    EXPECT_EQ(file().read(record(), 1'000), 1'100U);
-    EXPECT_EQ(data(), "a");
-    EXPECT_EQ(file().read(record(), 1'300), 0U);
-    EXPECT_EQ(data(), "d");
-}
+INSTANTIATE_TEST_SUITE_P(Every, Navigation, testing::ValuesIn(Cases),
+                         [](const testing::TestParamInfo<Case>& tried) { return std::string(tried.param.name); });
 
-TEST_F(Navigation, AReadBetweenTwoTimesReadsTheLaterRecord)
-{
-    open(ordinary);
-    EXPECT_EQ(file().read(record(), 1'001), 1'200U);
-    EXPECT_EQ(data(), "b");
-    EXPECT_EQ(file().read(record(), 1), 1'100U);
-    EXPECT_EQ(data(), "a");
-}
-
-TEST_F(Navigation, AReadBeyondTheLastTimeReadsTheLastRecord)
-{
-    open(ordinary);
-    EXPECT_EQ(file().read(record(), 1'301), 0U);
-    EXPECT_EQ(data(), "d");
-    EXPECT_EQ(file().read(record(), 0xFFFF'FFFF'FFFF'FFFFULL), 0U);
-    EXPECT_EQ(data(), "d");
-}
-
-TEST_F(Navigation, AReadAtTimeZeroReadsTheRecordHere)
-{
-    open(ordinary);
-    file().read(record(), 1'000);
-    EXPECT_EQ(file().read(record(), 0), 1'200U);
-    EXPECT_EQ(data(), "b");
-}
-
-TEST_F(Navigation, APlainReadReturnsTheTimeOfTheNextRecord)
-{
-    open(ordinary);
-    EXPECT_EQ(file().read(record()), 1'100U);
-    EXPECT_EQ(data(), "a");
-    file().read(record(), 1'200);
-    EXPECT_EQ(file().read(record()), 0U);
-    EXPECT_EQ(data(), "d");
-}
-
-TEST_F(Navigation, TheOtherPlainReadReturnsTheTimeOfTheRecordItself)
-{
-    open(ordinary);
-    EXPECT_EQ(file().readAndReturnTimeOfCurrentCmd(record()), 1'000U);
-    EXPECT_EQ(data(), "a");
-    EXPECT_EQ(file().readAndReturnTimeOfCurrentCmd(record()), 1'100U);
-    file().read(record(), 1'200);
-    EXPECT_EQ(file().readAndReturnTimeOfCurrentCmd(record()), 1'300U);
-    EXPECT_EQ(data(), "d");
-}
-
-TEST_F(Navigation, PlainReadsGoOnIntoTheTimeTable)
-{
-    const std::uint64_t time = 0x6463'6261'2332'2337ULL;  // "7#2#abcd"
-    open({{1, "a", time}});
-    EXPECT_EQ(file().readfirst(record()), 0U);
-    EXPECT_EQ(file().readnext(record()), 0U);
-    EXPECT_EQ(data(), "a");
-    EXPECT_EQ(file().read(record()), 0U);
-    EXPECT_EQ(record().cmd(), 7);
-    EXPECT_EQ(data(), "ab");
-
-    open({{1, "a", time}});
-    EXPECT_EQ(file().readAndReturnTimeOfCurrentCmd(record()), time);
-    EXPECT_EQ(file().readAndReturnTimeOfCurrentCmd(record()), 0U);
-    EXPECT_EQ(record().cmd(), 7);
-    EXPECT_EQ(data(), "ab");
-}
-
-TEST_F(Navigation, ReadfirstByCodeReturnsTheTimeOfTheFirstRecordIfItHasTheCode)
-{
-    open(ordinary);
-    EXPECT_EQ(file().readfirst(record(), 1), 1'000U);
-    EXPECT_EQ(data(), "a");
-}
-
-TEST_F(Navigation, ReadfirstByTheCodeOfALaterRecordReturnsZero)
-{
-    open(ordinary);
-    EXPECT_EQ(file().readfirst(record(), 2), 0U);
-    EXPECT_EQ(data(), "a");  // only the first record was looked at
-    EXPECT_EQ(file().readfirst(record(), 3), 0U);
-    EXPECT_EQ(file().readfirst(record(), 99), 0U);
-}
-
-TEST_F(Navigation, ReadfirstByCodeZeroTakesAnyRecord)
-{
-    open(ordinary);
-    file().read(record(), 1'300);
-    EXPECT_EQ(file().readfirst(record(), 0), 1'000U);
-    EXPECT_EQ(data(), "a");
-}
-
-TEST_F(Navigation, ReadfirstByCodeGoesOnWhileTheNextTimeIsBelow100)
-{
-    open(early);
-    EXPECT_EQ(file().readfirst(record(), 2), 20U);
-    EXPECT_EQ(data(), "b");
-    EXPECT_EQ(file().readfirst(record(), 3), 30U);
-    EXPECT_EQ(data(), "c");
-    EXPECT_EQ(file().readfirst(record(), 4), 0U);
-    EXPECT_EQ(data(), "c");  // the time 200 ended the search
-}
-
-TEST_F(Navigation, ReadfirstByCodeStopsAtTheTime100Itself)
-{
-    open({{1, "a", 10}, {2, "b", 99}, {3, "c", 100}, {4, "d", 200}});
-    EXPECT_EQ(file().readfirst(record(), 2), 99U);
-    EXPECT_EQ(file().readfirst(record(), 3), 0U);
-    EXPECT_EQ(data(), "b");
-}
-
-TEST_F(Navigation, ReadfirstByCodeReturnsZeroForTheLastRecordEvenIfItMatches)
-{
-    open({{4, "only", 1'000}});
-    EXPECT_EQ(file().readfirst(record(), 4), 0U);
-    EXPECT_EQ(data(), "only");
-    EXPECT_EQ(file().readfirst(record(), 0), 0U);
-
-    open({{1, "a", 10}, {2, "b", 20}});
-    EXPECT_EQ(file().readfirst(record(), 2), 0U);
-    EXPECT_EQ(data(), "b");
-}
-
-TEST_F(Navigation, ReadnextByCodeReturnsTheTimeOfTheMatchingRecord)
-{
-    open(ordinary);
-    EXPECT_EQ(file().readnext(record(), 1), 1'000U);
-    EXPECT_EQ(data(), "a");
-    EXPECT_EQ(file().readnext(record(), 1), 1'200U);
-    EXPECT_EQ(data(), "c");
-    EXPECT_EQ(file().readnext(record(), 1), 0U);
-    EXPECT_EQ(data(), "d");
-}
-
-TEST_F(Navigation, ReadnextByCodeReturnsZeroForTheLastRecordEvenIfItMatches)
-{
-    open(ordinary);
-    EXPECT_EQ(file().readnext(record(), 3), 0U);
-    EXPECT_EQ(record().cmd(), 3);
-    EXPECT_EQ(data(), "d");
-}
-
-TEST_F(Navigation, ReadnextByCodeZeroIsNoWildcard)
-{
-    open(ordinary);
-    EXPECT_EQ(file().readnext(record(), 0), 0U);
-    EXPECT_EQ(data(), "d");
-
-    open({{1, "a", 1'000}, {0, "b", 1'100}, {2, "c", 1'200}});
-    EXPECT_EQ(file().readnext(record(), 0), 1'100U);
-    EXPECT_EQ(data(), "b");
-}
-
-TEST_F(Navigation, ReadprevReadsThePrecedingRecordAndReturnsItsTime)
-{
-    open(ordinary);
-    EXPECT_EQ(file().readprev(record(), 1'300), 1'200U);
-    EXPECT_EQ(data(), "c");
-    EXPECT_EQ(file().readprev(record(), 1'200), 1'100U);
-    EXPECT_EQ(data(), "b");
-    EXPECT_EQ(file().readnext(record()), 1'300U);  // goes on behind the record that was read
-    EXPECT_EQ(data(), "c");
-}
-
-TEST_F(Navigation, ReadprevOfATimeThatIsNotExactlyARecordsReturnsZero)
-{
-    open(ordinary);
-    record() = makeRecord(7, "kept");
-    EXPECT_EQ(file().readprev(record(), 1'150), 0U);
-    EXPECT_EQ(file().readprev(record(), 1'301), 0U);
-    EXPECT_EQ(file().readprev(record(), 0), 0U);
-    EXPECT_EQ(data(), "kept");
-    EXPECT_EQ(file().readnext(record()), 1'100U);  // and stays where it was
-}
-
-TEST_F(Navigation, ReadprevOfTheFirstRecordReturnsZero)
-{
-    open(ordinary);
-    record() = makeRecord(7, "kept");
-    EXPECT_EQ(file().readprev(record(), 1'000), 0U);
-    EXPECT_EQ(data(), "kept");
-}
-
-TEST_F(Navigation, ARecordAtTimeZeroCannotBeToldFromTheEnd)
-{
-    open({{1, "a", 0}, {2, "b", 1'000}, {3, "c", 2'000}});
-    EXPECT_EQ(file().readAndReturnTimeOfCurrentCmd(record()), 0U);
-    EXPECT_EQ(data(), "a");
-    EXPECT_EQ(file().readfirst(record()), 2'000U);  // its time 0 means: stay here
-    EXPECT_EQ(data(), "b");
-    EXPECT_EQ(file().readprev(record(), 1'000), 0U);
-    EXPECT_EQ(data(), "c");
-}
-
-TEST_F(Navigation, TimesOf64BitsAreFound)
-{
-    const std::uint64_t huge = 0xFFFF'FFFF'FFFF'0000ULL;
-    open({{1, "a", 10}, {2, "b", huge}, {3, "c", huge}});
-    EXPECT_EQ(file().readfirst(record()), huge);
-    EXPECT_EQ(file().read(record(), huge), huge + 1);
-    EXPECT_EQ(data(), "b");
-    EXPECT_EQ(file().readprev(record(), huge + 1), huge);
-}
-
-TEST_F(Navigation, PositionsFollowDataOfAnySize)
+TEST_F(NavigationOfLargeRecords, PositionsFollowDataOfAnySize)
 {
     open({{1, std::string(100'000, '#'), 1'000}, {2, std::string(8'192, '1'), 2'000}, {3, "c", 3'000}});
-    EXPECT_EQ(file().readfirst(record()), 2'000U);
-    EXPECT_EQ(record().strDataLen(), 100'000U);
-    EXPECT_EQ(file().readnext(record()), 3'000U);
-    EXPECT_EQ(file().readnext(record()), 0U);
+    EXPECT_EQ(answerTo(First, 0), 2'000U);
+    EXPECT_EQ(size(), 100'000U);
+    EXPECT_EQ(answerTo(Next, 0), 3'000U);
+    EXPECT_EQ(answerTo(Next, 0), 0U);
     EXPECT_EQ(data(), "c");
-    EXPECT_EQ(file().readfirst(record()), 2'000U);
+    EXPECT_EQ(answerTo(First, 0), 2'000U);
     EXPECT_EQ(data(), std::string(100'000, '#'));
 }

@@ -93,31 +93,6 @@ void expectEverything(const Salvage& found)
 
 }  // namespace
 
-TEST_F(SalvageTest, ASoundFileLosesNothing)
-{
-    const Salvage found = salvageOf(sound());
-    expectEverything(found);
-    EXPECT_EQ(timesOf(found), AllTimes);
-    EXPECT_THAT(found.lostHeaderFields, IsEmpty());
-}
-
-TEST_F(SalvageTest, ADamagedNumberInTheHeaderCostsOnlyItself)
-{
-    const Salvage found = salvageOf(with(sound(), "#0.025#", "#0,025#"));
-    expectEverything(found);
-    EXPECT_THAT(found.lostHeaderFields, ElementsAre("the step width"));
-    EXPECT_EQ(found.header.deviceName, "Receiver 1");
-    EXPECT_EQ(found.header.startMs, 1'500'000'000'123U);
-}
-
-TEST_F(SalvageTest, BehindADamagedTextThePositionsAreFoundFromTheEnd)
-{
-    const Salvage found = salvageOf(with(sound(), "10#Receiver 1", "999#eceiver 1"));
-    expectEverything(found);
-    EXPECT_EQ(timesOf(found), AllTimes);
-    EXPECT_THAT(found.lostHeaderFields, ElementsAre("the device name", "the device type"));
-}
-
 TEST_F(SalvageTest, WithoutAnyPositionTheBlocksAreFoundByWhatTheyHold)
 {
     std::string bytes = sound();
@@ -141,37 +116,6 @@ TEST_F(SalvageTest, AWrongPositionOfTheTimeTableIsPutRight)
     EXPECT_EQ(timesOf(found), AllTimes);
 }
 
-TEST_F(SalvageTest, ATimeOutOfOrderIsTheOneThatIsNotBelieved)
-{
-    EXPECT_EQ(timesOf(salvageOf(with(sound(), timeBytes(20), timeBytes(20'000)))), (Times{10, {}, 30, 40, 50}));
-    EXPECT_EQ(timesOf(salvageOf(with(sound(), timeBytes(40), timeBytes(4)))), (Times{10, 20, 30, {}, 50}));
-}
-
-TEST_F(SalvageTest, BehindADamagedEntryOfTheTimeTableReadingGoesOn)
-{
-    std::string broken = timeBytes(30);
-    broken.back() = '?';
-    EXPECT_EQ(timesOf(salvageOf(with(sound(), timeBytes(30), broken))), (Times{10, 20, {}, 40, 50}));
-    EXPECT_EQ(timesOf(salvageOf(with(sound(), timeBytes(30), "???"))), (Times{10, 20, {}, 40, 50}));
-}
-
-TEST_F(SalvageTest, ADamagedRecordIsLostWithItsBytesAndNothingElse)
-{
-    const std::string bytes = sound();
-    const auto position = inspect(store(bytes)).times[1].position;
-    const Salvage found = salvageOf(with(bytes, "36#3#two", "xx#3#two"));
-    EXPECT_EQ(timesOf(found), (Times{10, 30, 40, 50}));
-    ASSERT_EQ(found.lostBytes.size(), 1U);
-    EXPECT_EQ(found.lostBytes.front().offset, position);
-    EXPECT_EQ(found.lostBytes.front().bytes, 8);
-}
-
-TEST_F(SalvageTest, ARecordWhoseLengthContradictsTheTimeTableIsNotWhole)
-{
-    EXPECT_THAT(dataOf(with(sound(), "36#3#two", "36#2#two")), ElementsAre("34;one", "34;three", "four", "five"));
-    EXPECT_THAT(dataOf(with(sound(), "36#3#two", "36#9#two")), ElementsAre("34;one", "34;three", "four", "five"));
-}
-
 TEST_F(SalvageTest, AnEntryThatNamesNoRecordDoesNotCostOne)
 {
     const std::string bytes = sound();
@@ -179,17 +123,6 @@ TEST_F(SalvageTest, AnEntryThatNamesNoRecordDoesNotCostOne)
     const std::string entry = timeBytes(20) + std::to_string(position) + '#';
     const std::string wrong = timeBytes(20) + std::to_string(position + 2) + '#';
     EXPECT_EQ(timesOf(salvageOf(with(bytes, entry, wrong))), (Times{10, {}, 30, 40, 50}));
-}
-
-TEST_F(SalvageTest, OfACutFileTheWholeRecordsAreKept)
-{
-    const std::string bytes = sound();
-    const auto at = static_cast<std::size_t>(inspect(store(bytes)).times[3].position);
-    const Salvage found = salvageOf(bytes.substr(0, at + 3));
-    EXPECT_EQ(timesOf(found), (Times{{}, {}, {}}));
-    EXPECT_TRUE(found.cutOff);
-    EXPECT_TRUE(found.channelRangesLost);
-    EXPECT_EQ(found.lostBytes.front().bytes, 3);
 }
 
 TEST_F(SalvageTest, AByteTooManyInFrontOfTheRecordsMovesAllPositions)
@@ -203,15 +136,6 @@ TEST_F(SalvageTest, AByteTooManyInFrontOfTheRecordsMovesAllPositions)
     EXPECT_EQ(timesOf(found), AllTimes);
     EXPECT_THAT(found.channelRangeTimes, ElementsAre(10, 30));
     EXPECT_TRUE(found.typesLost);
-}
-
-TEST_F(SalvageTest, AChannelRangeThatIsDamagedIsToldAndTheOthersKept)
-{
-    std::string bytes = sound();
-    bytes[bytes.size() - 18] = 11;  // no record has a range then
-    const Salvage found = salvageOf(bytes);
-    EXPECT_THAT(found.channelRangeTimes, ElementsAre(30));
-    EXPECT_TRUE(found.channelRangesLost);
 }
 
 TEST_F(SalvageTest, AFileThatIsNoRecordingIsToldSo)

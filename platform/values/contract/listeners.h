@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include <values/maps.h>
 #include <values/selection.h>
 #include <values/value.h>
@@ -68,6 +70,15 @@ public:
 private:
     values::ValueBase& m_value;
     std::vector<std::string> m_texts;
+};
+
+constexpr std::size_t Channels = 4096;
+
+class Spectrum : public testing::Test {
+protected:
+    Spectrum() { m_map.SetChannelRange(values::ChannelRange::Even(100e6, 2500, Channels)); }
+
+    LevelMap m_map;
 };
 
 inline bool hasRange(const std::string& text)

@@ -379,26 +379,4 @@ TEST(RecordedKind, TellsTheTypeOfEveryText)
     }
 }
 
-TEST(RecordedKind, IsUnknownForForeignTextsAndForARangeAlone)
-{
-    for (const char* text : {"", "hello", "34;0,1,5", "134;1,2", "8;1", "0;1", "99;1", "3;1|50;x", "6;1|3;1,2,3"}) {
-        EXPECT_EQ(values::RecordedKind(text), ValueType::Unknown) << text;
-    }
-}
-
-TEST(RecordedKind, TellsChangeTexts)
-{
-    EXPECT_EQ(values::RecordedKind("6;0|51;3,<<<"), ValueType::LevelMap);
-    EXPECT_EQ(values::RecordedKind("7;0|51;3,1/"), ValueType::BearingMap);
-    EXPECT_FALSE(values::CarriesChannelRange("6;0|51;3,<<<"));
-    EXPECT_TRUE(values::CarriesChannelRange("34;0,1,5"));
-    EXPECT_TRUE(values::CarriesChannelRange("7;0|134;1,2|50;//"));
-}
-
-TEST(MakeValue, GivesNothingForAnUnknownType)
-{
-    EXPECT_EQ(values::MakeValue(ValueType::Unknown), nullptr);
-    EXPECT_EQ(values::MakeValue(static_cast<ValueType>(77)), nullptr);
-}
-
 }  // namespace

@@ -5,6 +5,7 @@
 #include <map>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 #if !defined(_WIN32)
 #include <sys/stat.h>
@@ -99,10 +100,13 @@ std::string first(const Words& words, const Lines& /*input*/)
     return store(words.at(3), bytes.substr(0, sizeOf(words.at(1), words[2], bytes.size())));
 }
 
+/// Bytes put over those at an offset, which is negative where it counts from the end.
 std::string poke(const Words& words, const Lines& /*input*/)
 {
     std::string bytes = bytesOf(words.at(1));
-    return store(words.at(1), bytes.replace(std::stoul(words.at(2)), words.at(3).size(), words.at(3)));
+    const auto number = std::stoll(words.at(2));
+    const auto at = number < 0 ? bytes.size() - static_cast<std::size_t>(-number) : static_cast<std::size_t>(number);
+    return store(words.at(1), bytes.replace(at, words.at(3).size(), words.at(3)));
 }
 
 /// The record with this number, counted from 0, begins with no digit any more.
@@ -117,7 +121,7 @@ std::string damageRecord(const Words& words, const Lines& /*input*/)
 std::string replace(const Words& words, const Lines& /*input*/)
 {
     std::string bytes = bytesOf(words.at(1));
-    const std::size_t at = bytes.find(words.at(2));
+    const std::size_t at = words[0] == "replace" ? bytes.find(words.at(2)) : bytes.rfind(words.at(2));
     if (at == std::string::npos) {
         throw std::runtime_error("it is not there");
     }
@@ -136,6 +140,9 @@ void readHeader(std::istream& line, HeaderFields& header)
              header.stopMs = base + 60'000;
          }},
         {"no-start", [&](const auto&) { header.startMs = 0; }},
+        {"stop-at", [&](const auto& text) { header.stopMs = std::stoull(text); }},
+        {"minor", [&](const auto& text) { header.minorVersion = static_cast<std::int16_t>(std::stoi(text)); }},
+        {"step", [&](const auto& text) { header.stepWidth = std::stof(text); }},
         {"from", [&](const auto& text) { header.startFrequency = std::stof(text); }},
         {"to", [&](const auto& text) { header.stopFrequency = std::stof(text); }},
         {"min", [&](const auto& text) { header.minLevel = std::stoi(text); }},
@@ -152,8 +159,8 @@ void readHeader(std::istream& line, HeaderFields& header)
 }
 
 /// A recording of what the input says: "header NAME VALUE...", "type NUMBER KIND KEYWORD PATH", "MS TYPE DATA", the
-/// latter with "*" behind the time where the record is in the table of channel ranges. Times are since 13:26:40 on
-/// 2020-09-13, or since the header's "base".
+/// latter with "*" behind the time where the record is in the table of channel ranges; "end-of-types" where a further
+/// table of types begins. Times are since 13:26:40 on 2020-09-13, or since the header's "base".
 std::string record(const Words& words, const Lines& input)
 {
     HeaderFields header;
@@ -167,13 +174,14 @@ std::string record(const Words& words, const Lines& input)
         line >> word;
         if (word == "header") {
             readHeader(line, header);
+        } else if (word == "end-of-types") {
+            recording.types(std::exchange(types, {}));
         } else if (word == "type") {
             TestSupport::TypeFields& type = types.emplace_back();
             line >> type.typeNumber >> type.valueType >> type.keyword >> type.valuePath;
         } else {
             if (!types.empty()) {
-                recording.types(types);
-                types.clear();
+                recording.types(std::exchange(types, {}));
             }
             std::int32_t code = 0;
             std::string data;
@@ -232,6 +240,7 @@ const std::map<std::string, Helper>& makers()
         {"first", first},
         {"poke", poke},
         {"replace", replace},
+        {"replace-last", replace},
         {"damage", damageRecord}};
     return All;
 }

@@ -4,10 +4,8 @@
 // the time limit of the test.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
 #include <optional>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -16,15 +14,14 @@
 
 #include <recording2/fileaccess.h>
 
+#include "randomscript.h"
+#include "support/libraryobjects.h"
 #include "support/modelreader.h"
-#include "support/recordingbytes.h"
 
 using Recording2::CFileAccess;
 using Recording2::CHeaderData;
-using Recording2::CTimeStamp;
 using Recording2::CVTCmdData;
 using Recording2::CVTTypesData;
-using Recording2::S_TYPES;
 using TestSupport::HeaderFields;
 using TestSupport::ModelHeader;
 using TestSupport::ModelReader;
@@ -32,161 +29,9 @@ using TestSupport::ModelRecord;
 using TestSupport::ReferenceRecording;
 using TestSupport::TypeFields;
 
+using namespace DifferentialTests;
+
 namespace {
-
-/// Random choices that are the same on every platform.
-class Dice {
-public:
-    explicit Dice(std::uint64_t seed) : m_engine(seed) {}
-
-    std::uint64_t any() { return m_engine(); }
-    std::uint64_t below(std::uint64_t count) { return m_engine() % count; }
-    bool oneIn(std::uint64_t count) { return below(count) == 0; }
-    template <typename T>
-    const T& of(const std::vector<T>& items)
-    {
-        return items[below(items.size())];
-    }
-    std::int32_t int32()
-    {
-        const std::int32_t bits = static_cast<std::int32_t>(static_cast<std::uint32_t>(any()));
-        return oneIn(2) ? bits : bits % 100;
-    }
-    /// Any bytes, those more often that mean something to a reader.
-    std::string bytes(std::size_t count)
-    {
-        static const std::string special("#\0#0123456789-+ \n\r\x1a", 19);
-        std::string text(count, '\0');
-        std::generate(text.begin(), text.end(),
-                      [this] { return oneIn(3) ? special[below(special.size())] : static_cast<char>(below(256)); });
-        return text;
-    }
-    std::string name(std::size_t longest)
-    {
-        std::string text = bytes(below(longest + 1));
-        std::replace(text.begin(), text.end(), '\0', 'n');
-        return text;
-    }
-
-private:
-    std::mt19937_64 m_engine;
-};
-
-struct Stored {
-    std::int32_t code = 0;
-    std::string data;
-    std::uint64_t time = 0;
-    bool rangeDef = false;
-};
-
-/// What one random recording is made of.
-struct Script {
-    HeaderFields header;
-    std::optional<std::vector<TypeFields>> types;
-    std::vector<Stored> records;
-    bool sound = true;  ///< the header record fits into its area and its texts hold no NUL
-};
-
-float randomFloat(Dice& dice)
-{
-    const auto mantissa = static_cast<float>(dice.int32());
-    return dice.oneIn(2) ? mantissa : mantissa * 1e-7F;
-}
-
-HeaderFields randomHeader(Dice& dice, bool& sound)
-{
-    HeaderFields header;
-    header.majorVersion = static_cast<std::int16_t>(2 + dice.below(dice.oneIn(8) ? 30'000 : 1));
-    header.minorVersion = static_cast<std::int16_t>(dice.int32());
-    header.startFrequency = randomFloat(dice);
-    header.stopFrequency = randomFloat(dice);
-    header.stepWidth = randomFloat(dice);
-    header.minLevel = dice.int32();
-    header.maxLevel = dice.int32();
-    header.startMs = dice.below(18'446'744'073'709'551ULL);
-    header.stopMs = dice.below(18'446'744'073'709'551ULL);
-    header.jobId = dice.name(60);
-    header.deviceName = dice.name(60);
-    header.deviceType = dice.name(60);
-    header.automatic = dice.oneIn(2);
-    if (dice.oneIn(12)) {
-        header.deviceName = dice.bytes(dice.below(40));
-        header.deviceName += '\0' + dice.name(5);
-        sound = false;
-    }
-    if (dice.oneIn(12)) {
-        header.deviceType = dice.name(20) + std::string(600, 'x');
-        sound = false;
-    }
-    return header;
-}
-
-std::vector<TypeFields> randomTypes(Dice& dice)
-{
-    std::vector<TypeFields> types(dice.below(12));
-    for (TypeFields& type : types) {
-        type = {dice.int32(), dice.int32(), dice.bytes(dice.below(20)), dice.bytes(dice.below(40))};
-    }
-    return types;
-}
-
-/// Mostly near the time before; also equal, earlier and huge ones.
-std::uint64_t randomTime(Dice& dice, std::uint64_t before)
-{
-    switch (dice.below(12)) {
-        case 0:
-        case 1:
-        case 2:
-            return before;
-        case 3:
-            return before - dice.below(before + 1);
-        case 4:
-            return before + dice.below(1'000'000);
-        case 5:
-            return dice.oneIn(20) ? ~std::uint64_t{0} - dice.below(1'000'000) : before + dice.below(5);
-        default:
-            return before + dice.below(30);
-    }
-}
-
-Script randomScript(Dice& dice)
-{
-    Script script;
-    script.header = randomHeader(dice, script.sound);
-    if (!dice.oneIn(5)) {
-        script.types = randomTypes(dice);
-    }
-    const std::vector<std::int32_t> codes{dice.int32(), dice.int32(), 1, 2, 0};
-    const bool rangeDefs = dice.oneIn(2);
-    std::uint64_t time = dice.oneIn(2) ? 10 : dice.below(200);
-    script.records.resize(dice.oneIn(10) ? 0 : dice.below(dice.oneIn(5) ? 200 : 20));
-    for (Stored& record : script.records) {
-        record.code = dice.of(codes);
-        record.data = dice.bytes(dice.oneIn(8) ? 0 : dice.below(dice.oneIn(25) ? 20'000 : 60));
-        time = randomTime(dice, time);
-        record.time = time;
-        record.rangeDef = rangeDefs && dice.oneIn(4);
-    }
-    return script;
-}
-
-CHeaderData libraryHeader(HeaderFields fields)
-{
-    CHeaderData header;
-    header.set_version(fields.majorVersion, fields.minorVersion);
-    header.set_startFreq(fields.startFrequency);
-    header.set_stopFreq(fields.stopFrequency);
-    header.set_stepWidth(fields.stepWidth);
-    header.set_minLevel(fields.minLevel);
-    header.set_maxLevel(fields.maxLevel);
-    header.set_startTS(CTimeStamp(static_cast<unsigned long long>(fields.startMs * 1'000)));
-    header.set_stopTS(CTimeStamp(static_cast<unsigned long long>(fields.stopMs * 1'000)));
-    header.setJobID(fields.jobId.c_str());
-    header.set_deviceName(fields.deviceName);
-    header.set_deviceType(fields.deviceType);
-    header.setAutomaticRec(fields.automatic);
-    return header;
-}
 
 std::string expectedBytes(const Script& script)
 {
@@ -286,11 +131,7 @@ public:
         if (!agreesWithModel([&] { return m_model->readTypes(expected); }, answer, "read types")) {
             return;
         }
-        std::vector<TypeFields> read;
-        for (const S_TYPES& type : types.get_vector()) {
-            read.push_back({type.typeNumber, type.valueType, type.keyword, type.valuePath});
-        }
-        EXPECT_TRUE(read == expected);
+        EXPECT_TRUE(TestSupport::fieldsOf(types) == expected);
     }
 
     void compareTables()
@@ -331,7 +172,7 @@ private:
         const std::uint64_t answer = operation(m_library, m_record);
         if (agreesWithModel([&] { return operation(*m_model, m_expected); }, answer, name)) {
             EXPECT_EQ(m_record.cmd(), m_expected.code) << name;
-            EXPECT_TRUE(std::string(m_record.strData(), m_record.strDataLen()) == m_expected.data) << name;
+            EXPECT_TRUE(TestSupport::dataOf(m_record) == m_expected.data) << name;
         }
     }
 
@@ -363,24 +204,14 @@ protected:
         CFileAccess file(TestSupport::fileName8(filePath(QStringLiteral("a.tmp"))).c_str(), QString(), nullptr, true,
                          false, false, nullptr, nullptr);
         if (script.types) {
-            CVTTypesData types;
-            for (const TypeFields& field : *script.types) {
-                S_TYPES type;
-                type.typeNumber = field.typeNumber;
-                type.valueType = field.valueType;
-                type.keyword = field.keyword;
-                type.valuePath = field.valuePath;
-                types.get_vector().push_back(type);
-            }
+            CVTTypesData types = TestSupport::makeTypes(*script.types);
             file.write(types);
         }
         for (const Stored& stored : script.records) {
-            CVTCmdData record;
-            record.set_cmd(stored.code);
-            record.set_str(stored.data.data(), static_cast<std::int32_t>(stored.data.size()));
+            CVTCmdData record = TestSupport::makeRecord(stored.code, stored.data);
             file.write(record, stored.time, stored.rangeDef);
         }
-        CHeaderData header = libraryHeader(script.header);
+        CHeaderData header = TestSupport::makeHeader(script.header);
         file.CloseRecording(header, true);
         return TestSupport::readFile(filePath(QStringLiteral("a.rec")));
     }
