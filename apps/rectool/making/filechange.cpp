@@ -7,8 +7,8 @@
 #include <system/program.h>
 
 #include "printing/output.h"
-#include "printing/progress.h"
 #include "printing/text.h"
+#include "replay/walk.h"
 #include "system/filenames.h"
 
 namespace RecTool {
@@ -54,24 +54,15 @@ ExitCode FileChange::refuse(ExitCode code, const std::string& reason) const
 
 ExitCode FileChange::check(const std::function<void(const Inspection::Record&)>& visit)
 {
-    m_summary = Inspection::inspect(m_file);
-    if (m_summary.readability != Inspection::Readability::Ok) {
-        complain(m_file, m_summary.problem);
+    if (!readSummary(m_file, m_summary)) {
         return ExitCode::CannotRead;
     }
-    Progress progress(m_file);
-    std::vector<Inspection::Finding> findings = m_summary.findings;
-    const auto inRecords = Inspection::walkRecords(
-        m_file, m_summary,
-        [&](const Inspection::Record& record) {
-            if (visit) {
-                visit(record);
-            }
-            return true;
-        },
-        progress.callback());
-    progress.clear();
-    findings.insert(findings.end(), inRecords.begin(), inRecords.end());
+    const std::vector<Inspection::Finding> findings = walk(m_file, m_summary, [&](const Inspection::Record& record) {
+        if (visit) {
+            visit(record);
+        }
+        return true;
+    });
     if (!findings.empty()) {
         complain(m_file, findings);
         return refuse(ExitCode::Damaged, "A damaged file is not changed, to make nothing worse.");
@@ -96,23 +87,34 @@ ExitCode FileChange::confirm(const std::string& question) const
     return ExitCode::Fine;
 }
 
-ExitCode FileChange::apply(const std::function<ExitCode(Recording2::CFileAccess&, Inspection::Summary&)>& change) const
+ExitCode FileChange::make(const Plan& plan, const std::function<std::string()>& question,
+                          const std::function<void(Recording2::CFileAccess&, const Inspection::Summary&)>& store) const
 {
+    Inspection::Summary expected = m_summary;
+    ExitCode result = plan(expected);
+    if (result == ExitCode::Fine) {
+        result = confirm(question());
+    }
+    if (result != ExitCode::Fine) {
+        return result;
+    }
     Recording2::CFileAccess file(forLibrary(m_file).c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
     if (!file.IsValidFile()) {
         return refuse(ExitCode::CannotRead, "The file could not be opened.");
     }
-    ExitCode result = ExitCode::CannotRead;
     bool asked = false;
-    Inspection::Summary expected;
     std::string problem;
     const bool stored = file.rewriteTogether(
         [&] {
             asked = true;
             expected = Inspection::inspect(m_file);
-            result = expected.findings.empty() && sameRecording(expected, m_summary)
-                         ? change(file, expected)
+            const Inspection::Summary now = expected;
+            result = now.findings.empty() && sameRecording(now, m_summary)
+                         ? plan(expected)
                          : refuse(ExitCode::CannotRead, "Another recording has taken the place of the file.");
+            if (result == ExitCode::Fine) {
+                store(file, now);
+            }
         },
         [&] { problem = difference(Inspection::inspect(m_file), expected); });
     if (asked && result != ExitCode::Fine) {  // nothing was changed

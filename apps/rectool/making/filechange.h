@@ -22,12 +22,15 @@ public:
     /// Reads the whole file. A damaged one is not to be changed.
     /// @param visit sees every record; may be empty
     ExitCode check(const std::function<void(const Recording2::Inspection::Record&)>& visit = {});
-    /// Asks the person at the terminal. @param question without the mark
-    ExitCode confirm(const std::string& question) const;
-    /// Changes the file and reads it back, while no other process can change it. Whoever waited finds it as it is then.
-    /// @param change given the file and what it holds now; says there what it must hold then, or refuses
-    ExitCode apply(
-        const std::function<ExitCode(Recording2::CFileAccess&, Recording2::Inspection::Summary&)>& change) const;
+    /// Says in a summary what the file is to hold, or refuses.
+    using Plan = std::function<ExitCode(Recording2::Inspection::Summary&)>;
+    /// Plans the change, asks the person at the terminal, changes the file and reads it back, while no other process
+    /// can change it. Whoever waited finds it as it is then, and plans anew.
+    /// @param question without the mark; asked once the change is planned
+    /// @param store changes the file, which holds what the summary says
+    ExitCode make(
+        const Plan& plan, const std::function<std::string()>& question,
+        const std::function<void(Recording2::CFileAccess&, const Recording2::Inspection::Summary&)>& store) const;
 
     /// The file as it was when it was checked.
     [[nodiscard]] const Recording2::Inspection::Summary& summary() const { return m_summary; }
@@ -38,6 +41,8 @@ public:
     [[nodiscard]] static bool rangesBehindBookmarks(const Recording2::Inspection::Summary& summary);
 
 private:
+    ExitCode confirm(const std::string& question) const;
+
     std::string m_file;
     bool m_yes;
     Recording2::Inspection::Summary m_summary;

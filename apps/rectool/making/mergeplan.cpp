@@ -5,8 +5,8 @@
 #include <optional>
 #include <utility>
 
-#include "printing/progress.h"
 #include "printing/text.h"
+#include "replay/walk.h"
 
 namespace RecTool {
 
@@ -218,39 +218,33 @@ MergeInput surveyForMerge(std::string file, Inspection::Summary summary, bool (*
     MergeInput input;
     input.file = std::move(file);
     input.summary = std::move(summary);
-    input.findings = input.summary.findings;
     const std::uint64_t start = input.summary.header.startMs;
     bool inState = true;
     std::int32_t lastCode = 0;
-    Progress progress(input.file);
-    const auto inRecords = Inspection::walkRecords(
-        input.file, input.summary,
-        [&](const Inspection::Record& record) {
-            if (record.timeMs == 0) {
-                ++input.withoutTime;
-                return !interrupted();
-            }
-            const std::uint64_t clock = start + record.timeMs;
-            const bool first = input.types.empty();
-            MergeInput::Type& type = input.types[record.code];
-            const bool again = type.records > 0 && record.code != lastCode;  // one value may take two records
-            lastCode = record.code;
-            input.firstMs = first ? clock : input.firstMs;
-            input.isPart = first ? record.timeMs < FirstTimeOfRecorder : input.isPart;
-            if (inState && (input.isPart ? clock > input.firstMs + input.stateRecords : again)) {
-                inState = false;
-                input.bodyMs = clock;
-            }
-            input.stateRecords += inState ? 1 : 0;
-            input.lastMs = clock;
-            type.firstMs = type.records == 0 ? clock : type.firstMs;
-            ++type.records;
-            type.dataBytes += static_cast<std::int64_t>(record.data.size());
-            type.lengthDigits += static_cast<std::int64_t>(std::to_string(record.data.size()).size());
+    input.findings = walk(input.file, input.summary, [&](const Inspection::Record& record) {
+        if (record.timeMs == 0) {
+            ++input.withoutTime;
             return !interrupted();
-        },
-        progress.callback());
-    input.findings.insert(input.findings.end(), inRecords.begin(), inRecords.end());
+        }
+        const std::uint64_t clock = start + record.timeMs;
+        const bool first = input.types.empty();
+        MergeInput::Type& type = input.types[record.code];
+        const bool again = type.records > 0 && record.code != lastCode;  // one value may take two records
+        lastCode = record.code;
+        input.firstMs = first ? clock : input.firstMs;
+        input.isPart = first ? record.timeMs < FirstTimeOfRecorder : input.isPart;
+        if (inState && (input.isPart ? clock > input.firstMs + input.stateRecords : again)) {
+            inState = false;
+            input.bodyMs = clock;
+        }
+        input.stateRecords += inState ? 1 : 0;
+        input.lastMs = clock;
+        type.firstMs = type.records == 0 ? clock : type.firstMs;
+        ++type.records;
+        type.dataBytes += static_cast<std::int64_t>(record.data.size());
+        type.lengthDigits += static_cast<std::int64_t>(std::to_string(record.data.size()).size());
+        return !interrupted();
+    });
     return input;
 }
 

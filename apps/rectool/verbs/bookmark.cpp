@@ -12,6 +12,7 @@
 #include "printing/table.h"
 #include "printing/text.h"
 #include "replay/recordingtime.h"
+#include "replay/walk.h"
 
 namespace RecTool {
 
@@ -89,7 +90,7 @@ ExitCode addBookmark(const BookmarkAddOptions& options)
 {
     FileChange change(options.file, options.yes);
     std::uint64_t time = 0;
-    ExitCode result = checkBookmarkChange(change, options.time, time);
+    const ExitCode result = checkBookmarkChange(change, options.time, time);
     if (result != ExitCode::Fine) {
         return result;
     }
@@ -103,56 +104,35 @@ ExitCode addBookmark(const BookmarkAddOptions& options)
                                                   " ms, the length of the recording.");
     }
     const Inspection::Bookmark bookmark{time, *text};
-    Inspection::Summary wanted = change.summary();
-    result = plan(change, bookmark, wanted);
-    if (result == ExitCode::Fine) {
-        result = change.confirm("Add the bookmark " + quoted(bookmark) + " at " + std::to_string(time) + " ms");
-    }
-    if (result != ExitCode::Fine) {
-        return result;
-    }
-    return change.apply([&](Recording2::CFileAccess& file, Inspection::Summary& summary) {
-        const ExitCode planned = plan(change, bookmark, summary);
-        if (planned == ExitCode::Fine) {
-            file.addBookmark(time, *text);
-            file.writeBookmarks();
-        }
-        return planned;
-    });
+    return change.make([&](Inspection::Summary& summary) { return plan(change, bookmark, summary); },
+                       [&] { return "Add the bookmark " + quoted(bookmark) + " at " + std::to_string(time) + " ms"; },
+                       [&](Recording2::CFileAccess& file, const Inspection::Summary&) {
+                           file.addBookmark(time, *text);
+                           file.writeBookmarks();
+                       });
 }
 
 ExitCode removeBookmark(const BookmarkRemoveOptions& options)
 {
     FileChange change(options.file, options.yes);
     std::uint64_t time = 0;
-    ExitCode result = checkBookmarkChange(change, options.time, time);
+    const ExitCode result = checkBookmarkChange(change, options.time, time);
     if (result != ExitCode::Fine) {
         return result;
     }
-    Inspection::Summary wanted = change.summary();
     Inspection::Bookmark removed;
-    result = planRemoval(change, time, wanted, removed);
-    if (result == ExitCode::Fine) {
-        result = change.confirm("Remove the bookmark " + quoted(removed) + " at " + std::to_string(time) + " ms");
-    }
-    if (result != ExitCode::Fine) {
-        return result;
-    }
-    return change.apply([&](Recording2::CFileAccess& file, Inspection::Summary& summary) {
-        const ExitCode planned = planRemoval(change, time, summary, removed);
-        if (planned == ExitCode::Fine) {
-            file.removeBookmark(time);
-            file.writeBookmarks();
-        }
-        return planned;
-    });
+    return change.make([&](Inspection::Summary& summary) { return planRemoval(change, time, summary, removed); },
+                       [&] { return "Remove the bookmark " + quoted(removed) + " at " + std::to_string(time) + " ms"; },
+                       [&](Recording2::CFileAccess& file, const Inspection::Summary&) {
+                           file.removeBookmark(time);
+                           file.writeBookmarks();
+                       });
 }
 
 ExitCode listBookmarks(const ListOptions& options)
 {
-    const Inspection::Summary summary = Inspection::inspect(options.file);
-    if (summary.readability != Inspection::Readability::Ok) {
-        complain(options.file, summary.problem);
+    Inspection::Summary summary;
+    if (!readSummary(options.file, summary)) {
         return ExitCode::CannotRead;
     }
     if (options.json) {

@@ -13,6 +13,7 @@
 #include "replay/recordedvalues.h"
 #include "replay/recordingtime.h"
 #include "replay/typenames.h"
+#include "replay/walk.h"
 
 namespace RecTool {
 
@@ -61,9 +62,8 @@ RecordPrinter::Form formOf(const CatOptions& options)
 
 ExitCode cat(const CatOptions& options)
 {
-    const Inspection::Summary summary = Inspection::inspect(options.file);
-    if (summary.readability != Inspection::Readability::Ok) {
-        complain(options.file, summary.problem);
+    Inspection::Summary summary;
+    if (!readSummary(options.file, summary)) {
         return ExitCode::CannotRead;
     }
     const TypeNames names(summary.types);

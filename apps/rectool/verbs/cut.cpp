@@ -15,11 +15,11 @@
 #include "making/newrecording.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/progress.h"
 #include "printing/text.h"
 #include "replay/inforce.h"
 #include "replay/recordingtime.h"
 #include "replay/typenames.h"
+#include "replay/walk.h"
 
 namespace RecTool {
 
@@ -238,9 +238,8 @@ void printCutSummary(const CutOptions& options, const Span& span, const Cut& cut
 
 ExitCode cut(const CutOptions& options)
 {
-    const Inspection::Summary summary = Inspection::inspect(options.file);
-    if (summary.readability != Inspection::Readability::Ok) {
-        complain(options.file, summary.problem);
+    Inspection::Summary summary;
+    if (!readSummary(options.file, summary)) {
         return ExitCode::CannotRead;
     }
     Span span;
@@ -256,14 +255,8 @@ ExitCode cut(const CutOptions& options)
         return result;
     }
     Cut cut(summary, span, output);
-    std::vector<Inspection::Finding> findings = summary.findings;
-    {
-        Progress progress(options.file);
-        const auto inRecords = Inspection::walkRecords(
-            options.file, summary, [&](const Inspection::Record& record) { return cut.visit(record); },
-            progress.callback());
-        findings.insert(findings.end(), inRecords.begin(), inRecords.end());
-    }
+    const std::vector<Inspection::Finding> findings =
+        walk(options.file, summary, [&](const Inspection::Record& record) { return cut.visit(record); });
     result = cut.finish();
     complain(options.file, findings);
     if (result != ExitCode::Fine) {

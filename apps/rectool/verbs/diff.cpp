@@ -16,13 +16,13 @@
 #include "commands.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/progress.h"
 #include "printing/table.h"
 #include "printing/text.h"
 #include "replay/bearingreplay.h"
 #include "replay/inforce.h"
 #include "replay/recordingtime.h"
 #include "replay/typenames.h"
+#include "replay/walk.h"
 
 namespace RecTool {
 
@@ -333,9 +333,8 @@ void printDifferencesAsJson(const DiffOptions& options, std::uint64_t from, std:
 
 ExitCode diff(const DiffOptions& options)
 {
-    const Inspection::Summary summary = Inspection::inspect(options.file);
-    if (summary.readability != Inspection::Readability::Ok) {
-        complain(options.file, summary.problem);
+    Inspection::Summary summary;
+    if (!readSummary(options.file, summary)) {
         return ExitCode::CannotRead;
     }
     std::uint64_t from = 0;
@@ -348,18 +347,13 @@ ExitCode diff(const DiffOptions& options)
         return ExitCode::Usage;
     }
     TwoStates states(from);
-    Progress progress(options.file);
-    std::vector<Inspection::Finding> findings = summary.findings;
-    const auto inRecords = Inspection::walkRecords(
-        options.file, summary,
-        [&](const Inspection::Record& record) {
+    const std::vector<Inspection::Finding> findings =
+        walk(options.file, summary, [&](const Inspection::Record& record) {
             if (record.timeMs <= to) {
                 states.apply(record);
             }
             return record.timeMs <= to;
-        },
-        progress.callback());
-    progress.clear();
+        });
     const TypeNames names(summary.types);
     std::vector<Difference> shown = states.compare();
     if (!options.all) {
@@ -373,7 +367,6 @@ ExitCode diff(const DiffOptions& options)
     } else {
         printTable(shown, names);
     }
-    findings.insert(findings.end(), inRecords.begin(), inRecords.end());
     complain(options.file, findings);
     return finish(soundness(findings));
 }

@@ -16,7 +16,6 @@
 #include "making/headerfields.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/progress.h"
 #include "printing/style.h"
 #include "printing/table.h"
 #include "printing/text.h"
@@ -24,6 +23,7 @@
 #include "replay/recordedranges.h"
 #include "replay/recordedvalues.h"
 #include "replay/typenames.h"
+#include "replay/walk.h"
 
 namespace RecTool {
 
@@ -120,21 +120,16 @@ Report makeReport(const std::string& file, bool levels)
     for (const Inspection::TypeEntry& type : report.summary.types) {
         report.perType[type.typeNumber];  // types without records are shown too
     }
-    Progress progress(file);
     RecordFacts facts(report, levels);
-    report.findings = Inspection::walkRecords(
-        file, report.summary,
-        [&](const Inspection::Record& record) {
-            facts.follow(record);
-            for (Count* count : {&report.perType[record.code], &report.all}) {
-                ++count->records;
-                count->bytes += record.data.size();
-            }
-            return true;
-        },
-        progress.callback());
+    report.findings = walk(file, report.summary, [&](const Inspection::Record& record) {
+        facts.follow(record);
+        for (Count* count : {&report.perType[record.code], &report.all}) {
+            ++count->records;
+            count->bytes += record.data.size();
+        }
+        return true;
+    });
     facts.finish();
-    report.findings.insert(report.findings.begin(), report.summary.findings.begin(), report.summary.findings.end());
     return report;
 }
 

@@ -12,7 +12,6 @@
 #include "map/mapgeojson.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/progress.h"
 #include "printing/table.h"
 #include "printing/text.h"
 #include "replay/bearingreplay.h"
@@ -20,6 +19,7 @@
 #include "replay/recordedvalues.h"
 #include "replay/recordingtime.h"
 #include "replay/typenames.h"
+#include "replay/walk.h"
 
 namespace RecTool {
 
@@ -120,29 +120,12 @@ void printMapAsJson(const MapOptions& options, const Span& span, const BearingRe
               << '\n';
 }
 
-std::vector<Inspection::Finding> replayRecords(const MapOptions& options, const Inspection::Summary& summary,
-                                               MapAtEnd& map)
-{
-    Progress progress(options.file);
-    std::vector<Inspection::Finding> findings = summary.findings;
-    const auto inRecords = Inspection::walkRecords(
-        options.file, summary,
-        [&](const Inspection::Record& record) {
-            map.apply(record);
-            return true;  // what was measured in the span may be filed behind it
-        },
-        progress.callback());
-    findings.insert(findings.end(), inRecords.begin(), inRecords.end());
-    return findings;
-}
-
 }  // namespace
 
 ExitCode map(const MapOptions& options)
 {
-    const Inspection::Summary summary = Inspection::inspect(options.file);
-    if (summary.readability != Inspection::Readability::Ok) {
-        complain(options.file, summary.problem);
+    Inspection::Summary summary;
+    if (!readSummary(options.file, summary)) {
         return ExitCode::CannotRead;
     }
     Span span;
@@ -158,7 +141,11 @@ ExitCode map(const MapOptions& options)
 #endif
     }
     MapAtEnd atEnd(summary, span);
-    const std::vector<Inspection::Finding> findings = replayRecords(options, summary, atEnd);
+    const std::vector<Inspection::Finding> findings =
+        walk(options.file, summary, [&](const Inspection::Record& record) {
+            atEnd.apply(record);
+            return true;  // what was measured in the span may be filed behind it
+        });
     const BearingReplay& replay = atEnd.replay();
     const std::vector<std::size_t> shown = atEnd.shownChannels();
     options.json ? printMapAsJson(options, span, replay, shown) : printTable(replay, shown);

@@ -12,11 +12,11 @@
 #include "making/filechange.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/progress.h"
 #include "printing/table.h"
 #include "printing/text.h"
 #include "replay/recordedvalues.h"
 #include "replay/typenames.h"
+#include "replay/walk.h"
 
 namespace RecTool {
 
@@ -163,52 +163,42 @@ ExitCode storeRanges(const FileChange& change, const std::vector<std::uint64_t>&
         std::cout << "The channel ranges are as the records say: " << count << ". Nothing was changed.\n";
         return finish(ExitCode::Fine);
     }
-    ExitCode result = checkRoom(change, times.size(), summary);
-    if (result == ExitCode::Fine) {
-        result = change.confirm("Replace the " + std::to_string(summary.channelRangeTimes.size()) +
-                                " channel ranges by the " + count + " of the records");
-    }
-    if (result != ExitCode::Fine) {
-        return result;
-    }
-    return change.apply([&](Recording2::CFileAccess& file, Inspection::Summary& now) {
-        const ExitCode planned = checkRoom(change, times.size(), now);
-        if (planned == ExitCode::Fine) {
+    return change.make(
+        [&](Inspection::Summary& now) {
+            const ExitCode result = checkRoom(change, times.size(), now);
+            now.channelRangeTimes = times;
+            return result;
+        },
+        [&] {
+            return "Replace the " + std::to_string(summary.channelRangeTimes.size()) + " channel ranges by the " +
+                   count + " of the records";
+        },
+        [&](Recording2::CFileAccess& file, const Inspection::Summary& now) {
             clear(file);
             for (const std::uint64_t time : times) {
                 file.addChannelRangeDef(time);
             }
             file.rebuildChannelRangeDef();
             putBookmarksBack(file, now.header);
-            now.channelRangeTimes = times;
-        }
-        return planned;
-    });
+        });
 }
 
 }  // namespace
 
 ExitCode listRanges(const ListOptions& options)
 {
-    const Inspection::Summary summary = Inspection::inspect(options.file);
-    if (summary.readability != Inspection::Readability::Ok) {
-        complain(options.file, summary.problem);
+    Inspection::Summary summary;
+    if (!readSummary(options.file, summary)) {
         return ExitCode::CannotRead;
     }
     const TypeNames names(summary.types);
     Definitions definitions(summary, names);
-    Progress progress(options.file);
-    std::vector<Inspection::Finding> findings = summary.findings;
-    const auto inRecords = Inspection::walkRecords(
-        options.file, summary,
-        [&](const Inspection::Record& record) {
+    const std::vector<Inspection::Finding> findings =
+        walk(options.file, summary, [&](const Inspection::Record& record) {
             definitions.visit(record);
             return true;
-        },
-        progress.callback());
-    progress.clear();
+        });
     options.json ? printRangesAsJson(options.file, definitions) : printTable(definitions);
-    findings.insert(findings.end(), inRecords.begin(), inRecords.end());
     complain(options.file, findings);
     return finish(soundness(findings));
 }
@@ -228,19 +218,16 @@ ExitCode clearRanges(const RangeClearOptions& options)
         std::cout << "The recording has no channel range. Nothing was changed.\n";
         return finish(ExitCode::Fine);
     }
-    result = change.confirm("Clear the " + std::to_string(count) + " channel ranges");
-    if (result != ExitCode::Fine) {
-        return result;
-    }
-    return change.apply([&](Recording2::CFileAccess& file, Inspection::Summary& now) {
-        const ExitCode planned = checkOrder(change, now);
-        if (planned == ExitCode::Fine) {
+    return change.make(
+        [&](Inspection::Summary& now) {
+            now.channelRangeTimes.clear();
+            return checkOrder(change, now);
+        },
+        [&] { return "Clear the " + std::to_string(count) + " channel ranges"; },
+        [&](Recording2::CFileAccess& file, const Inspection::Summary& now) {
             clear(file);
             putBookmarksBack(file, now.header);
-            now.channelRangeTimes.clear();
-        }
-        return planned;
-    });
+        });
 }
 
 ExitCode rebuildRanges(const RangeRebuildOptions& options)

@@ -5,12 +5,12 @@
 #include "commands.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/progress.h"
 #include "printing/table.h"
 #include "replay/inforce.h"
 #include "replay/recordedvalues.h"
 #include "replay/recordingtime.h"
 #include "replay/typenames.h"
+#include "replay/walk.h"
 
 namespace RecTool {
 
@@ -46,9 +46,8 @@ void printStateAsJson(const std::string& file, std::uint64_t at, const InForce& 
 
 ExitCode state(const StateOptions& options)
 {
-    const Inspection::Summary summary = Inspection::inspect(options.file);
-    if (summary.readability != Inspection::Readability::Ok) {
-        complain(options.file, summary.problem);
+    Inspection::Summary summary;
+    if (!readSummary(options.file, summary)) {
         return ExitCode::CannotRead;
     }
     std::uint64_t at = 0;
@@ -56,21 +55,15 @@ ExitCode state(const StateOptions& options)
         return ExitCode::Usage;
     }
     InForce inForce;
-    Progress progress(options.file);
-    std::vector<Inspection::Finding> findings = summary.findings;
-    const auto inRecords = Inspection::walkRecords(
-        options.file, summary,
-        [&](const Inspection::Record& record) {
+    const std::vector<Inspection::Finding> findings =
+        walk(options.file, summary, [&](const Inspection::Record& record) {
             if (record.timeMs <= at) {
                 inForce.apply(record);
             }
             return record.timeMs <= at;
-        },
-        progress.callback());
-    progress.clear();
+        });
     const TypeNames names(summary.types);
     options.json ? printStateAsJson(options.file, at, inForce, names) : printTable(inForce, names);
-    findings.insert(findings.end(), inRecords.begin(), inRecords.end());
     complain(options.file, findings);
     return finish(soundness(findings));
 }
