@@ -11,6 +11,7 @@
 #include "silence.h"
 #include "target.h"
 #include "verbs/commands.h"
+#include "verbs/listing.h"
 
 namespace Fuzzing {
 
@@ -29,7 +30,10 @@ void tolerating(const std::function<RecTool::ExitCode()>& verb)
 void look(const std::string& path)
 {
     for (const bool json : {false, true}) {
-        tolerating([&] { return RecTool::info({{path}, json}); });
+        RecTool::OverviewOptions overview;
+        overview.files = {path};
+        overview.json = json;
+        tolerating([&] { return RecTool::overview(overview); });
         tolerating([&] { return RecTool::types({path, json}); });
         tolerating([&] { return RecTool::verify({{path}, json}); });
         tolerating([&] { return RecTool::listBookmarks({path, json}); });

@@ -9,12 +9,6 @@
 
 namespace RecTool {
 
-struct InfoOptions {
-    std::vector<std::string> files;
-    bool json = false;
-};
-ExitCode info(const InfoOptions& options);
-
 struct TypesOptions {
     std::string file;
     bool json = false;

@@ -3,25 +3,21 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <iostream>
 #include <optional>
-#include <set>
 #include <string>
 #include <system_error>
 #include <utility>
 #include <vector>
 
 #include <recording2/inspection/inspection.h>
-#include <recording2/inspection/recordingname.h>
-#include <recording2/inspection/scan.h>
-#include <recording2/inspection/verify/verification.h>
 
 #include "archive/archivedfiles.h"
+#include "listedrecording.h"
 #include "printing/json.h"
 #include "printing/output.h"
 #include "printing/progress.h"
@@ -30,7 +26,6 @@
 #include "printing/units.h"
 #include "replay/moment.h"
 #include "replay/recordedranges.h"
-#include "replay/typenames.h"
 #include "system/filenames.h"
 
 namespace RecTool {
@@ -42,60 +37,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A line of the table.
-struct Listed {
-    std::string file;
-    std::string device;  // UTF-8, name and type
-    std::uint64_t startMs = 0;
-    std::uint64_t stopMs = 0;
-    std::uint64_t records = 0;
-    std::uint64_t spectra = 0;
-    std::int64_t bytes = 0;
-    std::vector<RecordedRanges::Span> ranges;
-    Readability readability = Readability::Ok;
-    const char* state = "";             // the word of that
-    bool whole = true;                  // all of its records can be read
-    std::optional<std::size_t> damage;  // findings of a check
-
-    [[nodiscard]] bool closed() const { return readability == Readability::Ok; }
-    [[nodiscard]] std::uint64_t lengthMs() const { return stopMs - std::min(startMs, stopMs); }
-    [[nodiscard]] bool sound() const { return whole && damage.value_or(0) == 0; }
-};
-
-/// What is shown, with the arguments understood.
-struct Choice {
-    std::string device;  // in small letters
-    std::optional<std::uint64_t> sinceMs;
-    std::optional<std::uint64_t> untilMs;
-    std::optional<double> coversHz;
-
-    [[nodiscard]] bool takesHeader(const Listed& listed) const
-    {
-        const bool isDevice = inSmallLetters(listed.device).find(device) != std::string::npos;
-        return isDevice && (!sinceMs || listed.stopMs >= *sinceMs) && (!untilMs || listed.startMs <= *untilMs);
-    }
-    [[nodiscard]] bool takesRanges(const Listed& listed) const
-    {
-        return !coversHz ||
-               std::any_of(listed.ranges.begin(), listed.ranges.end(), [&](const RecordedRanges::Span& span) {
-                   return span.lowHz <= *coversHz && *coversHz <= span.highHz;
-               });
-    }
-    static std::string inSmallLetters(std::string text)
-    {
-        std::transform(text.begin(), text.end(), text.begin(),
-                       [](unsigned char byte) { return static_cast<char>(std::tolower(byte)); });
-        return text;
-    }
-};
-
 /// @return nothing, told, when an argument is not what it should be
-std::optional<Choice> makeChoice(const OverviewOptions& options)
+std::optional<ListChoice> makeChoice(const OverviewOptions& options)
 {
     const auto now =
         std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::system_clock::now().time_since_epoch());
-    Choice choice;
-    choice.device = Choice::inSmallLetters(options.device);
+    ListChoice choice;
+    choice.device = inSmallLetters(options.device);
     const auto takeMoment = [&](const char* name, const std::string& text, DayEnd end,
                                 std::optional<std::uint64_t>& moment) {
         if (!text.empty()) {
@@ -169,131 +117,29 @@ std::vector<std::string> filesOf(const OverviewOptions& options, ExitCode& resul
     return files;
 }
 
-/// Which types are spectra, and which tell frequencies.
-class MapTypes {
-public:
-    explicit MapTypes(const std::vector<Inspection::TypeEntry>& types)
-    {
-        for (const Inspection::TypeEntry& type : types) {
-            const bool isSpectrum = type.keyword == "RFSPECTRUM" || type.keyword == "IFSPECTRUM";
-            if (isSpectrum) {
-                m_spectra.insert(type.typeNumber);
-            }
-            if (isSpectrum || type.keyword == DirectionFindingKeyword) {
-                m_maps.insert(type.typeNumber);
-            }
-            m_named.insert(type.typeNumber);
-        }
-        for (const std::int32_t usual : {1, 2}) {  // a recorder names only one of both spectra
-            if (m_named.count(usual) == 0) {
-                m_spectra.insert(usual);
-                m_maps.insert(usual);
-            }
-        }
-    }
-    [[nodiscard]] bool isSpectrum(std::int32_t code) const { return m_spectra.count(code) > 0; }
-    [[nodiscard]] bool isMap(std::int32_t code) const { return m_maps.count(code) > 0; }
-
-private:
-    std::set<std::int32_t> m_spectra;
-    std::set<std::int32_t> m_maps;
-    std::set<std::int32_t> m_named;
-};
-
-std::string deviceOf(const Inspection::Header& header)
-{
-    const std::string name = oneLine(fromLatin1(header.deviceName));
-    const std::string type = oneLine(fromLatin1(header.deviceType));
-    return type.empty() ? name : name + (name.empty() ? "(" : " (") + type + ')';
-}
-
-void takeHeader(const Inspection::Summary& summary, Listed& listed)
-{
-    listed.readability = summary.readability;
-    listed.state = stateName(listed.file, summary);
-    listed.bytes = summary.fileSize;
-    if (listed.closed()) {
-        listed.device = deviceOf(summary.header);
-        listed.startMs = summary.header.startMs;
-        listed.stopMs = summary.header.stopMs;
-        listed.whole = summary.findings.empty();
-    } else {
-        listed.startMs = Inspection::startInName(listed.file).value_or(0);
-        listed.stopMs = listed.startMs;
-    }
-}
-
-void takeRecords(const Inspection::Summary& summary, Listed& listed)
-{
-    const MapTypes types(summary.types);
-    RecordedRanges ranges;
-    const Inspection::RecordScan scan = Inspection::scanRecords(
-        listed.file, summary,
-        [&](std::int32_t code) {
-            listed.spectra += types.isSpectrum(code) ? 1U : 0U;
-            return types.isMap(code);
-        },
-        [&](std::int32_t, const std::string& data) { ranges.add(data); });
-    listed.records = scan.records;
-    listed.whole = listed.whole && scan.whole;
-    listed.ranges = ranges.spans();
-    const Inspection::Header& header = summary.header;
-    if (listed.ranges.empty() && header.stopFrequencyHz > 0 && header.startFrequencyHz <= header.stopFrequencyHz) {
-        listed.ranges.push_back({double{header.startFrequencyHz}, double{header.stopFrequencyHz}});
-    }
-}
-
-void check(Listed& listed)
-{
-    const Inspection::Verification verification = Inspection::verify(listed.file);
-    listed.damage = verification.count(Inspection::Severity::Damage);
-}
-
-/// Nothing when the recording is not among those that are to be shown.
-std::optional<Listed> look(const std::string& file, const Choice& choice, bool verify)
-{
-    const Inspection::Summary summary = Inspection::inspectHead(file);
-    Listed listed;
-    listed.file = file;
-    takeHeader(summary, listed);
-    if (!choice.takesHeader(listed)) {
-        return std::nullopt;
-    }
-    if (listed.closed()) {
-        takeRecords(summary, listed);
-    }
-    if (!choice.takesRanges(listed)) {
-        return std::nullopt;
-    }
-    if (listed.closed() && verify) {
-        check(listed);
-    }
-    return listed;
-}
-
-using Before = std::function<bool(const Listed&, const Listed&)>;
+using Before = std::function<bool(const ListedRecording&, const ListedRecording&)>;
 
 Before orderBy(const std::string& column)
 {
     if (column == "device") {
-        return [](const Listed& a, const Listed& b) { return a.device < b.device; };
+        return [](const ListedRecording& a, const ListedRecording& b) { return a.device < b.device; };
     }
     if (column == "length") {
-        return [](const Listed& a, const Listed& b) { return a.lengthMs() < b.lengthMs(); };
+        return [](const ListedRecording& a, const ListedRecording& b) { return a.lengthMs() < b.lengthMs(); };
     }
     if (column == "records") {
-        return [](const Listed& a, const Listed& b) { return a.records < b.records; };
+        return [](const ListedRecording& a, const ListedRecording& b) { return a.records < b.records; };
     }
     if (column == "spectra") {
-        return [](const Listed& a, const Listed& b) { return a.spectra < b.spectra; };
+        return [](const ListedRecording& a, const ListedRecording& b) { return a.spectra < b.spectra; };
     }
     if (column == "size") {
-        return [](const Listed& a, const Listed& b) { return a.bytes < b.bytes; };
+        return [](const ListedRecording& a, const ListedRecording& b) { return a.bytes < b.bytes; };
     }
     if (column == "file") {
-        return [](const Listed& a, const Listed& b) { return a.file < b.file; };
+        return [](const ListedRecording& a, const ListedRecording& b) { return a.file < b.file; };
     }
-    return [](const Listed& a, const Listed& b) { return a.startMs < b.startMs; };
+    return [](const ListedRecording& a, const ListedRecording& b) { return a.startMs < b.startMs; };
 }
 
 std::string rangesText(const std::vector<RecordedRanges::Span>& ranges)
@@ -310,7 +156,7 @@ std::string rangesText(const std::vector<RecordedRanges::Span>& ranges)
 }
 
 /// A word of the table of what cannot be read, or whether it was closed.
-std::string stateText(const Listed& listed)
+std::string stateText(const ListedRecording& listed)
 {
     if (!listed.closed()) {
         return listed.state;
@@ -318,14 +164,14 @@ std::string stateText(const Listed& listed)
     return !listed.sound() ? "damaged" : listed.damage ? "sound" : "closed";
 }
 
-void print(const std::vector<Listed>& all)
+void print(const std::vector<ListedRecording>& all)
 {
     constexpr std::size_t ToSeconds = 19;
     using Align = Table::Align;
     Table table(
         {Align::Left, Align::Right, Align::Left, Align::Right, Align::Right, Align::Left, Align::Left, Align::Left});
     table.add({"Start (UTC)", "Length", "Device", "Records", "Spectra", "Frequencies", "State", "File"});
-    for (const Listed& listed : all) {
+    for (const ListedRecording& listed : all) {
         const bool closed = listed.closed();
         table.add({listed.startMs == 0 ? "unknown" : utc(listed.startMs).substr(0, ToSeconds),
                    closed ? duration(listed.lengthMs()) : "-", listed.device, closed ? grouped(listed.records) : "-",
@@ -335,7 +181,7 @@ void print(const std::vector<Listed>& all)
     table.print(std::cout, "");
 }
 
-Json listedAsJson(const Listed& listed)
+Json listedAsJson(const ListedRecording& listed)
 {
     Json ranges = Json::array();
     for (const RecordedRanges::Span& span : listed.ranges) {
@@ -357,7 +203,7 @@ Json listedAsJson(const Listed& listed)
 }
 
 /// What could not be read decides more than what is damaged; a recording that is still open is neither.
-ExitCode judge(const Listed& listed)
+ExitCode judge(const ListedRecording& listed)
 {
     if (!listed.closed()) {
         return listed.readability == Readability::NeverClosed ? ExitCode::Fine : ExitCode::CannotRead;
@@ -378,17 +224,17 @@ bool asksForListing(const OverviewOptions& options)
 
 ExitCode listRecordings(const OverviewOptions& options)
 {
-    const std::optional<Choice> choice = makeChoice(options);
+    const std::optional<ListChoice> choice = makeChoice(options);
     if (!choice) {
         return ExitCode::Usage;
     }
     ExitCode result = ExitCode::Fine;
     const std::vector<std::string> files = filesOf(options, result);
-    std::vector<Listed> all;
+    std::vector<ListedRecording> all;
     Progress progress("recordings");
     const auto show = progress.callback();
     for (std::size_t i = 0; i < files.size(); ++i) {
-        if (std::optional<Listed> listed = look(files[i], *choice, options.verify)) {
+        if (std::optional<ListedRecording> listed = look(files[i], *choice, options.verify)) {
             result = worse(result, judge(*listed));
             all.push_back(std::move(*listed));
         }
@@ -403,7 +249,7 @@ ExitCode listRecordings(const OverviewOptions& options)
     }
     if (options.json) {
         Json recordings = Json::array();
-        for (const Listed& listed : all) {
+        for (const ListedRecording& listed : all) {
             recordings.push_back(listedAsJson(listed));
         }
         std::cout << dump({{"recordings", std::move(recordings)}}, 2) << '\n';

@@ -9,6 +9,7 @@
 #include "printing/output.h"
 #include "printing/table.h"
 #include "printing/text.h"
+#include "replay/walk.h"
 
 namespace RecTool {
 
@@ -60,9 +61,8 @@ void printTypes(const Inspection::Summary& summary)
 
 ExitCode types(const TypesOptions& options)
 {
-    const Inspection::Summary summary = Inspection::inspect(options.file);
-    if (summary.readability != Inspection::Readability::Ok) {
-        complain(options.file, summary.problem);
+    Inspection::Summary summary;
+    if (!readSummary(options.file, summary)) {
         return ExitCode::CannotRead;
     }
     if (options.json) {

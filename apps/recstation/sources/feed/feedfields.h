@@ -1,0 +1,39 @@
+// Taking the fields of a feed's line out of its JSON, each with a sentence about what is wrong with it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <QString>
+
+#include <nlohmann/json_fwd.hpp>
+
+namespace recstation::FeedFields {
+
+using Json = nlohmann::json;
+using Keys = std::vector<std::string_view>;
+
+// All of them throw LineError.
+[[noreturn]] void failLine(const std::string& sentence);
+[[noreturn]] void failExpected(std::string_view key, const std::string& expected);
+
+[[nodiscard]] std::string quotedList(const Keys& keys);
+/// Null when there is none.
+[[nodiscard]] const Json* find(const Json& object, std::string_view key);
+[[nodiscard]] const Json& require(const Json& object, std::string_view key, const std::string& expected);
+void refuseOtherKeys(const Json& object, const Keys& allowed, const std::string& where);
+
+[[nodiscard]] double number(const Json& value, std::string_view key, const std::string& expected = "a number");
+[[nodiscard]] double numberBetween(const Json& value, std::string_view key, double low, double high,
+                                   const std::string& expected);
+[[nodiscard]] std::optional<double> optionalNumber(const Json& object, std::string_view key);
+[[nodiscard]] std::int32_t integer(const Json& value, std::string_view key);
+[[nodiscard]] std::size_t count(const Json& value, std::string_view key);  ///< of channels
+[[nodiscard]] QString text(const Json& value, std::string_view key, const std::string& expected = "a text");
+[[nodiscard]] unsigned long long time(const Json& value, std::string_view key);  ///< milliseconds. @return microseconds
+
+}  // namespace recstation::FeedFields

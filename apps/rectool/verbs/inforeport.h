@@ -1,0 +1,72 @@
+// What the verb "info" finds out of a recording.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <recording2/inspection/inspection.h>
+
+#include "printing/json.h"
+#include "replay/recordedranges.h"
+
+namespace RecTool {
+
+struct TypeCount {
+    std::uint64_t records = 0;
+    std::uint64_t bytes = 0;  // of data
+};
+
+/// The lowest and highest of the measured levels; what was not measured is none.
+struct LevelSpan {
+    std::optional<double> lowest;
+    double highest = 0;
+
+    void add(double level)
+    {
+        if (!std::isnan(level)) {
+            highest = lowest ? std::max(highest, level) : level;
+            lowest = lowest ? std::min(*lowest, level) : level;
+        }
+    }
+};
+
+/// A table of the file.
+struct InfoBlock {
+    const char* name;  // for people
+    const char* key;   // for programs
+    std::int32_t position;
+    std::uint64_t entries;
+};
+
+/// All that is known of a file.
+struct InfoReport {
+    std::string file;
+    Recording2::Inspection::Summary summary;
+    std::map<std::int32_t, TypeCount> perType;
+    TypeCount all;
+    RecordedRanges ranges;
+    std::optional<double> stepHz;              // as the device told it last
+    bool knowsLevelScale = false;              // and does not only hold what a recorder writes that was told none
+    std::map<std::int32_t, LevelSpan> levels;  // measured, by type; where they were asked for
+    std::vector<Recording2::Inspection::Finding> findings;  // of the tables and of the records
+
+    [[nodiscard]] std::uint64_t lengthMs() const;
+    /// Of the header where a device told it, else what the spectra cover; nothing where neither is known.
+    [[nodiscard]] std::optional<RecordedRanges::Span> frequencies() const;
+    /// The step that the device told, or that of the header if a recorder was told it, or those of the maps.
+    [[nodiscard]] std::vector<double> steps() const;
+    [[nodiscard]] std::vector<InfoBlock> blocks() const;
+};
+
+/// Reads the whole file. @param levels the measured ones as well
+[[nodiscard]] InfoReport makeInfoReport(const std::string& file, bool levels);
+
+void printReport(const InfoReport& report);
+[[nodiscard]] Json reportJson(const InfoReport& report, bool levels);
+
+}  // namespace RecTool
