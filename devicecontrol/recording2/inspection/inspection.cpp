@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <initializer_list>
 #include <system_error>
+#include <type_traits>
 
 #include <system/nativefile.h>
 #include "../file/files.h"
@@ -124,18 +125,19 @@ public:
     {
         Header& h = m_summary.header;
         std::int32_t automatic = 0;
-        const bool sound =
-            number("The major version", h.majorVersion) && number("The minor version", h.minorVersion) &&
-            real("The start frequency", h.startFrequencyHz) && real("The stop frequency", h.stopFrequencyHz) &&
-            real("The step width", h.stepWidthHz) && number("The minimum level", h.minLevel) &&
-            number("The maximum level", h.maxLevel) && time("The start time", h.startMs) &&
-            time("The stop time", h.stopMs) && text("The job id", h.jobId) && text("The device name", h.deviceName) &&
-            text("The device type", h.deviceType) && number("The position of the type table", h.positions.typeTable) &&
-            number("The position of the first record", h.positions.firstRecord) &&
-            number("The position of the time table", h.positions.timeTable) &&
-            number("The position of the channel range table", h.positions.channelRangeTable) &&
-            number("The position of the bookmark table", h.positions.bookmarkTable) &&
-            number("The flag for automatic recording", automatic);
+        const bool sound = field("The major version", h.majorVersion) && field("The minor version", h.minorVersion) &&
+                           field("The start frequency", h.startFrequencyHz) &&
+                           field("The stop frequency", h.stopFrequencyHz) && field("The step width", h.stepWidthHz) &&
+                           field("The minimum level", h.minLevel) && field("The maximum level", h.maxLevel) &&
+                           field("The start time", h.startMs) && field("The stop time", h.stopMs) &&
+                           field("The job id", h.jobId) && field("The device name", h.deviceName) &&
+                           field("The device type", h.deviceType) &&
+                           field("The position of the type table", h.positions.typeTable) &&
+                           field("The position of the first record", h.positions.firstRecord) &&
+                           field("The position of the time table", h.positions.timeTable) &&
+                           field("The position of the channel range table", h.positions.channelRangeTable) &&
+                           field("The position of the bookmark table", h.positions.bookmarkTable) &&
+                           field("The flag for automatic recording", automatic);
         h.automatic = automatic >= 1;
         m_summary.ends.header = static_cast<std::int32_t>(std::min(m_fields.position(), Format::LastPosition));
         if (sound && m_summary.ends.header > Format::HeaderAreaBytes) {
@@ -146,34 +148,22 @@ public:
     }
 
 private:
-    template <typename Value, typename Method>
-    bool field(const char* name, Value& target, Method method)
+    template <typename Value>
+    bool field(const char* name, Value& target)
     {
         const std::int64_t offset = m_fields.position();
-        const bool sound = (m_fields.*method)(target);
-        if (sound) {
-            m_summary.headerFields.push_back(offset);
-        } else {
+        if (!m_fields.value(target)) {
             m_summary.findings.push_back({offset, std::string(name) + " " + m_fields.problem() + "."});
+            return false;
         }
-        return sound;
-    }
-    template <typename Integer>
-    bool number(const char* name, Integer& target)
-    {
-        return field(name, target, &FieldReader::number<Integer>);
-    }
-    bool real(const char* name, float& target) { return field(name, target, &FieldReader::real); }
-    bool time(const char* name, std::uint64_t& target) { return field(name, target, &FieldReader::time); }
-    /// A NUL does not keep one from being read, but the header could not be written again as it is.
-    bool text(const char* name, std::string& target)
-    {
-        const std::int64_t offset = m_fields.position();
-        const bool sound = field(name, target, &FieldReader::text);
-        if (sound && target.find('\0') != std::string::npos) {
-            m_summary.findings.push_back({offset, std::string(name) + " holds a NUL byte."});
+        m_summary.headerFields.push_back(offset);
+        if constexpr (std::is_same_v<Value, std::string>) {
+            // A NUL does not keep a text from being read, but the header could not be written again as it is.
+            if (target.find('\0') != std::string::npos) {
+                m_summary.findings.push_back({offset, std::string(name) + " holds a NUL byte."});
+            }
         }
-        return sound;
+        return true;
     }
 
     FieldReader m_fields;

@@ -1,4 +1,7 @@
-// Recovering: lock, look what there is, take the journal's way or else that of the records, report.
+// Recovering, in these steps: hold the recording against others; evidence, which is its journal or else what salvaging
+// finds; of it the records, with their times where these are known; times for the others; the new file, read back
+// before it gets its name; the report. Repairing goes the same way with salvaged records of a recording that was
+// closed.
 #include "recovery.h"
 
 #include <chrono>

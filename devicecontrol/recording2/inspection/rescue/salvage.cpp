@@ -23,47 +23,41 @@ void salvageBlocks(InputFile& source, const SalvagedHeader& header, Salvage& res
     salvageNotes(source, header.positionsKnown, times.end, result);
 }
 
-}  // namespace
-
-Salvage salvageUnclosed(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress)
+Salvage salvageAs(const std::string& path, bool alsoUnclosed,
+                  const std::function<void(std::int64_t, std::int64_t)>& progress)
 {
-    Salvage result = salvage(path, progress);
-    if (result.readability != Readability::NeverClosed) {
-        return result;
-    }
-    result = Salvage();
-    InputFile source(native(path), InputFile::Size::AtOpening);
-    if (source.good()) {
-        result.lostHeaderFields.emplace_back("all");  // so that every block is looked for
-        salvageBlocks(source, {}, result, progress);
-        result.channelRangesLost = result.channelRangesLost && !result.records.empty();
-    } else {
-        result.readability = Readability::Unreadable;
-        result.problem = "The file cannot be opened any more.";
-    }
-    return result;
-}
-
-Salvage salvage(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress)
-{
+    const Summary head = inspectHead(path);
+    const bool unclosed = alsoUnclosed && head.readability == Readability::NeverClosed;
     Salvage result;
-    {
-        const Summary summary = inspect(path);
-        result.readability = summary.readability;
-        result.problem = summary.problem;
-    }
-    if (result.readability != Readability::Ok) {
+    if (head.readability != Readability::Ok && !unclosed) {
+        result.readability = head.readability;
+        result.problem = head.problem;
         return result;
     }
     InputFile source(native(path), InputFile::Size::AtOpening);
     if (!source.good()) {
         result.readability = Readability::Unreadable;
         result.problem = "The file cannot be opened any more.";
-        return result;
+    } else if (unclosed) {
+        result.lostHeaderFields.emplace_back("all");  // so that every block is looked for
+        salvageBlocks(source, {}, result, progress);
+        result.channelRangesLost = result.channelRangesLost && !result.records.empty();
+    } else {
+        salvageBlocks(source, salvageHeader(source, result), result, progress);
     }
-    const SalvagedHeader header = salvageHeader(source, result);
-    salvageBlocks(source, header, result, progress);
     return result;
+}
+
+}  // namespace
+
+Salvage salvageUnclosed(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress)
+{
+    return salvageAs(path, true, progress);
+}
+
+Salvage salvage(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress)
+{
+    return salvageAs(path, false, progress);
 }
 
 std::uint64_t readSalvaged(const std::string& path, const Salvage& salvage, const TakeRecord& take)

@@ -27,9 +27,9 @@ public:
     {
         version("the major version", m_header.majorVersion);
         version("the minor version", m_header.minorVersion);
-        field("the start frequency", [&] { return m_fields.real(m_header.startFrequencyHz); });
-        field("the stop frequency", [&] { return m_fields.real(m_header.stopFrequencyHz); });
-        field("the step width", [&] { return m_fields.real(m_header.stepWidthHz); });
+        number("the start frequency", m_header.startFrequencyHz);
+        number("the stop frequency", m_header.stopFrequencyHz);
+        number("the step width", m_header.stepWidthHz);
         number("the minimum level", m_header.minLevel);
         number("the maximum level", m_header.maxLevel);
         time("the start time", m_header.startMs);
@@ -57,20 +57,16 @@ public:
     [[nodiscard]] bool positionsKnown() const { return m_positionsKnown; }
 
 private:
-    template <typename Read>
-    void field(const char* name, Read read)
+    template <typename Number>
+    void number(const char* name, Number& target)
     {
         const std::int64_t begin = m_fields.position();
-        if (m_lost) {
+        if (m_lost || !m_fields.value(target)) {
             m_result.lostHeaderFields.emplace_back(name);
-        } else if (!read()) {
-            m_result.lostHeaderFields.emplace_back(name);
-            skipNumber(begin);
+            if (!m_lost) {
+                skipNumber(begin);
+            }
         }
-    }
-    void number(const char* name, std::int32_t& target)
-    {
-        field(name, [&] { return m_fields.number(target); });
     }
     void version(const char* name, std::int16_t& target)  // as a wider number, where it is damaged
     {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <type_traits>
 
 #include <system/nativefile.h>
 #include "../../format/cursor.h"
@@ -32,7 +33,21 @@ public:
     }
     bool real(float& target);
     bool time(std::uint64_t& target);
-    bool text(std::string& target);                        ///< its length, a separator, the bytes
+    bool text(std::string& target);  ///< its length, a separator, the bytes
+    /// The field of the header that holds such a value.
+    template <typename Value>
+    bool value(Value& target)
+    {
+        if constexpr (std::is_same_v<Value, std::string>) {
+            return text(target);
+        } else if constexpr (std::is_same_v<Value, float>) {
+            return real(target);
+        } else if constexpr (std::is_same_v<Value, std::uint64_t>) {
+            return time(target);
+        } else {
+            return number(target);
+        }
+    }
     bool bytes(std::string& target, std::int64_t length);  ///< length bytes and no separator
 
     /// The record here. @return false where none is whole; recordProblem() then says why, in one sentence
