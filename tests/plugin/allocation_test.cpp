@@ -3,77 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstdlib>
-#include <new>
 #include <vector>
 
 #include "loaded_recorder.h"
 #include "station.h"
-
-namespace {
-
-std::size_t allocations = 0;
-std::size_t failingAllocation = 0;  // the number of the one that finds no memory, 0 for none
-
-void* allocate(std::size_t size)
-{
-    if (++allocations == failingAllocation) {
-        throw std::bad_alloc();
-    }
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-
-}  // namespace
-
-void* operator new(std::size_t size)
-{
-    return allocate(size);
-}
-
-void* operator new[](std::size_t size)
-{
-    return allocate(size);
-}
-
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
-{
-    try {
-        return allocate(size);
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
-}
-
-void operator delete(void* memory, const std::nothrow_t& /*tag*/) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t /*size*/) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory, std::size_t /*size*/) noexcept
-{
-    std::free(memory);
-}
+#include "vkbase/contract/allocationcount.h"
 
 namespace RecorderTests {
 namespace {
+
+using TestSupport::allocations;
+using TestSupport::failAllocation;
 
 constexpr std::size_t Records = 20'000;
 constexpr std::size_t IndexGrowth = 16;  // two arrays that double
@@ -104,12 +44,12 @@ protected:
             station.clock.advanceMs(1);
             change(number);
         }
-        const std::size_t before = allocations;
+        const std::size_t before = allocations();
         for (; number < 1'000 + Records; ++number) {
             station.clock.advanceMs(1);
             change(number);
         }
-        const std::size_t taken = allocations - before;
+        const std::size_t taken = allocations() - before;
         station.switchOff();
         EXPECT_GE(parsed(station.fileName()).records.size(), 1'000 + Records);
         return taken;
@@ -125,10 +65,11 @@ TEST_F(SteadyState, NoRecorderIsMadeWhereMemoryRunsOut)
     bool made = false;
     for (std::size_t number = 1; !made; ++number) {
         const TraceLog log;
-        failingAllocation = allocations + number;
+        const std::size_t failing = allocations() + number;
+        failAllocation(failing);
         const LoadedRecorder attempt(plugin().create(L"Rx"));
-        made = failingAllocation > allocations;
-        failingAllocation = 0;
+        made = failing > allocations();
+        failAllocation(0);
         ASSERT_EQ(attempt != nullptr, made) << "allocation " << number;
         const TraceLog::Line* line = log.find(QStringLiteral("std::bad_alloc"));
         ASSERT_EQ(line == nullptr, made);
@@ -143,9 +84,9 @@ TEST_F(SteadyState, NoRecorderIsMadeWhereMemoryRunsOut)
 
 TEST_F(SteadyState, TheCountersSeeThePlugIn)
 {
-    const std::size_t before = allocations;
+    const std::size_t before = allocations();
     makeLoadedRecorder(QString());
-    EXPECT_GT(allocations, before + 48);
+    EXPECT_GT(allocations(), before + 48);
 }
 
 TEST_F(SteadyState, ANumberIsRecordedWithoutAllocating)
@@ -181,11 +122,11 @@ TEST_F(SteadyState, AWholeLevelMapIsRecordedWithoutAllocating)
     for (std::size_t number = 0; number < 100; ++number) {
         change(number);
     }
-    const std::size_t before = allocations;
+    const std::size_t before = allocations();
     for (std::size_t number = 0; number < 500; ++number) {
         change(number);
     }
-    EXPECT_LE(allocations - before, 4U);
+    EXPECT_LE(allocations() - before, 4U);
 }
 
 }  // namespace

@@ -1,61 +1,17 @@
 // The way of a change - set, notify, read the text - takes no memory once its buffers have grown.
 #include <cstddef>
-#include <cstdlib>
 #include <functional>
-#include <new>
 
 #include <gtest/gtest.h>
 
 #include <values/selection.h>
 
 #include "listeners.h"
+#include "vkbase/contract/allocationcount.h"
 
 namespace {
 
-std::size_t allocations = 0;
-
-void* allocate(std::size_t size)
-{
-    ++allocations;
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-
-}  // namespace
-
-void* operator new(std::size_t size)
-{
-    return allocate(size);
-}
-
-void* operator new[](std::size_t size)
-{
-    return allocate(size);
-}
-
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t /*size*/) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory, std::size_t /*size*/) noexcept
-{
-    std::free(memory);
-}
-
-namespace {
+using TestSupport::allocations;
 
 /// Reads the text of every change, as a recorder does.
 class Reader final : public IObserver {
@@ -83,11 +39,11 @@ void expectNoAllocation(values::ValueBase& value, const std::function<void(int)>
         change(warm);
     }
     const std::size_t readBefore = reader.read();
-    const std::size_t before = allocations;
+    const std::size_t before = allocations();
     for (int round = 0; round < 100; ++round) {
         change(round);
     }
-    const std::size_t after = allocations;
+    const std::size_t after = allocations();
     EXPECT_EQ(after - before, 0U);
     EXPECT_GT(reader.read(), readBefore + 200);
     value.RemoveObserver(&reader);
@@ -105,9 +61,9 @@ protected:
 
 TEST_F(Allocation, TheCounterCounts)
 {
-    const std::size_t before = allocations;
+    const std::size_t before = allocations();
     const std::string longText(1000, 'x');
-    EXPECT_GT(allocations, before) << longText;
+    EXPECT_GT(allocations(), before) << longText;
 }
 
 TEST_F(Allocation, ANumberTakesNone)

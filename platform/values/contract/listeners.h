@@ -23,6 +23,8 @@ using FastBearingMap = values::FastValueMap<values::Bearing, values::BearingHand
 /// Keeps the change codes that it is told.
 class Listener final : public IObserver {
 public:
+    Listener() = default;
+    explicit Listener(values::ValueBase& value) { value.AddObserver(this); }
     void Update(void* subject, TChangeCode code) override
     {
         m_codes.push_back(code);

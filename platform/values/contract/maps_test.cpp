@@ -53,8 +53,7 @@ TEST_F(Spectrum, AnotherRangeEmptiesTheCellsAndTheTime)
 TEST_F(Spectrum, TheSameRangeAgainDoesNothing)
 {
     m_map.SetCell(3, -50, 77);
-    Listener listener;
-    m_map.AddObserver(&listener);
+    Listener listener(m_map);
     m_map.SetChannelRange(ChannelRange::Even(100e6, 2500, Channels));
     EXPECT_THAT(listener.codes(), ElementsAre());
     EXPECT_EQ(m_map.GetCells()[3], -50);
@@ -74,8 +73,7 @@ TEST_F(Spectrum, ARangeThatIsNotAllowedChangesNothing)
 TEST_F(Spectrum, CellsPastTheEndAreRefusedAndChangeNothing)
 {
     const std::array<float, 2> cells{1, 2};
-    Listener listener;
-    m_map.AddObserver(&listener);
+    Listener listener(m_map);
     EXPECT_THROW(m_map.SetCells(Channels - 1, cells, 5), VKException);
     EXPECT_THROW(m_map.SetCells(std::numeric_limits<std::size_t>::max(), cells, 5), VKException);
     EXPECT_THROW(m_map.SetCell(Channels, 1, 5), VKException);
@@ -88,8 +86,7 @@ TEST_F(Spectrum, CellsPastTheEndAreRefusedAndChangeNothing)
 
 TEST_F(Spectrum, WithoutCommandRecordingAChangeIsAValueChange)
 {
-    Listener listener;
-    m_map.AddObserver(&listener);
+    Listener listener(m_map);
     m_map.SetCell(0, 1, 1);
     m_map.SetChannelRange(ChannelRange::Even(0, 1, 2));
     EXPECT_THAT(listener.codes(), ElementsAre(TChangeCode::ValueChanged, TChangeCode::ValueChanged));
@@ -97,8 +94,7 @@ TEST_F(Spectrum, WithoutCommandRecordingAChangeIsAValueChange)
 
 TEST_F(Spectrum, WithCommandRecordingCommandsArePending)
 {
-    Listener listener;
-    m_map.AddObserver(&listener);
+    Listener listener(m_map);
     m_map.CommandRecordingOn();
     m_map.SetCell(0, 1, 1);
     m_map.SetChannelRange(ChannelRange::Even(0, 1, 2));
@@ -107,8 +103,7 @@ TEST_F(Spectrum, WithCommandRecordingCommandsArePending)
 
 TEST_F(Spectrum, WritingTheSameCellsAgainNotifies)
 {
-    Listener listener;
-    m_map.AddObserver(&listener);
+    Listener listener(m_map);
     m_map.SetCell(0, 1, 1);
     m_map.SetCell(0, 1, 1);
     EXPECT_EQ(listener.codes().size(), 2U);
@@ -116,8 +111,7 @@ TEST_F(Spectrum, WritingTheSameCellsAgainNotifies)
 
 TEST_F(Spectrum, TheOriginatorIsNotTold)
 {
-    Listener listener;
-    m_map.AddObserver(&listener);
+    Listener listener(m_map);
     m_map.SetCell(0, 1, 1, &listener);
     m_map.SetChannelRange(ChannelRange::Even(0, 1, 2), &listener);
     EXPECT_THAT(listener.codes(), ElementsAre());

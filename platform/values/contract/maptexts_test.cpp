@@ -256,8 +256,7 @@ TEST(BearingMap, BothClassesTakeEachOthersTexts)
 
 TEST_F(Spectrum, AnEmptyTextDoesNothing)
 {
-    Listener listener;
-    m_map.AddObserver(&listener);
+    Listener listener(m_map);
     EXPECT_TRUE(m_map.ApplyRecordedState("", 0, true));
     EXPECT_THAT(listener.codes(), ElementsAre());
 }
@@ -265,8 +264,7 @@ TEST_F(Spectrum, AnEmptyTextDoesNothing)
 TEST_F(Spectrum, ATextOfAnotherKindAppliesOnlyItsRange)
 {
     m_map.SetCell(3, -50, 77);
-    Listener listener;
-    m_map.AddObserver(&listener);
+    Listener listener(m_map);
     for (const char* text : {"3;1,2,3", "7;9", "7;9|51;0,1/"}) {
         EXPECT_TRUE(m_map.ApplyRecordedState(text, 0, true)) << text;
     }
@@ -286,8 +284,7 @@ TEST_F(Spectrum, ARangeWithoutAKindApplies)
 
 TEST_F(Spectrum, AnAppliedTextNotifiesOnceAndSilentlyNobody)
 {
-    Listener listener;
-    m_map.AddObserver(&listener);
+    Listener listener(m_map);
     EXPECT_TRUE(m_map.ApplyRecordedState("6;1|34;5,1,2|50;<<<<<<|51;1,===", 0, true));
     EXPECT_THAT(listener.codes(), ElementsAre(TChangeCode::ValueChanged));
     EXPECT_TRUE(m_map.ApplyRecordedState("6;1|34;5,1,3|50;<<<<<<<<<", 0, false));
@@ -300,8 +297,7 @@ TEST_F(Spectrum, MalformedTextsAreRefusedAndChangeNothing)
     m_map.SetChannelRange(ChannelRange::Even(0, 1, 2));
     m_map.SetCell(1, -50, 77);
     const std::string before = m_map.GetObjectStateStringForRecording();
-    Listener listener;
-    m_map.AddObserver(&listener);
+    Listener listener(m_map);
     for (const char* text : {"6",
                              "6;",
                              "6;x",

@@ -118,8 +118,7 @@ TEST(RecordingText, CellsWrittenInANestedRoundAreLostForNobody)
 {
     LevelMap map;
     map.SetChannelRange(values::ChannelRange::Even(0, 1, 1000));
-    Listener readsNothing;
-    map.AddObserver(&readsNothing);
+    Listener readsNothing(map);
     const TextRecorder before(map);
     bool nested = false;
     Actor writer([&](TChangeCode) {
@@ -228,8 +227,7 @@ TEST(RecordingText, CommandRecordingSwitchedOnInARoundGivesAFullTextNextTime)
 TEST(VtTransaction, MergesAndDelaysNothing)
 {
     Number number;
-    Listener listener;
-    number.AddObserver(&listener);
+    Listener listener(number);
     const values::VtTransaction transaction(true);
     number.SetValue(1);
     number.SetValue(2);

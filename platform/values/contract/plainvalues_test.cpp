@@ -17,8 +17,7 @@ using values::ValueType;
 TEST(PlainValue, AChangeNotifiesOnceWithValueChanged)
 {
     Number number;
-    Listener listener;
-    number.AddObserver(&listener);
+    Listener listener(number);
     number.SetValue(3.5);
     EXPECT_THAT(listener.codes(), ElementsAre(TChangeCode::ValueChanged));
     EXPECT_EQ(number.GetValue(), 3.5);
@@ -27,8 +26,7 @@ TEST(PlainValue, AChangeNotifiesOnceWithValueChanged)
 TEST(PlainValue, TheSubjectIsTheAddressOfTheValueBase)
 {
     Number number;
-    Listener listener;
-    number.AddObserver(&listener);
+    Listener listener(number);
     number.SetValue(1);
     EXPECT_EQ(listener.subject(), static_cast<values::ValueBase*>(&number));
 }
@@ -38,8 +36,7 @@ TEST(PlainValue, SettingItToWhatItIsNotifiesNobody)
     Flag flag;
     Text text;
     Number number;
-    Listener listener;
-    flag.AddObserver(&listener);
+    Listener listener(flag);
     text.AddObserver(&listener);
     number.AddObserver(&listener);
     flag.SetValue(false);
@@ -53,8 +50,7 @@ TEST(PlainValue, NotANumberSetAgainNotifiesNobody)
 {
     Number number;
     number.SetValue(std::numeric_limits<double>::quiet_NaN());
-    Listener listener;
-    number.AddObserver(&listener);
+    Listener listener(number);
     number.SetValue(std::numeric_limits<double>::quiet_NaN());
     EXPECT_THAT(listener.codes(), ElementsAre());
 }
@@ -75,8 +71,7 @@ TEST(PlainValue, AnOriginatorThatDoesNotObserveLeavesNobodyOut)
 {
     Flag flag;
     Listener stranger;
-    Listener listener;
-    flag.AddObserver(&listener);
+    Listener listener(flag);
     flag.SetValue(true, &stranger);
     EXPECT_THAT(listener.codes(), ElementsAre(TChangeCode::ValueChanged));
 }
@@ -84,8 +79,7 @@ TEST(PlainValue, AnOriginatorThatDoesNotObserveLeavesNobodyOut)
 TEST(PlainValue, LimitsAndOffsetAreChangesOfTheirOwn)
 {
     NumberWithOffset number;
-    Listener listener;
-    number.AddObserver(&listener);
+    Listener listener(number);
     number.SetLimits(-30, 120);
     number.SetOffset(1e6);
     EXPECT_THAT(listener.codes(), ElementsAre(TChangeCode::ValueChanged, TChangeCode::ValueChanged));
@@ -105,8 +99,7 @@ TEST(PlainValue, LimitsDoNotRestrict)
 TEST(PlainValue, CommandRecordingDoesNotChangeTheCode)
 {
     Number number;
-    Listener listener;
-    number.AddObserver(&listener);
+    Listener listener(number);
     number.CommandRecordingOn();
     number.SetValue(1);
     EXPECT_THAT(listener.codes(), ElementsAre(TChangeCode::ValueChanged));
@@ -176,8 +169,7 @@ TEST(PlainValue, ApplyingARecordedStateNotifiesOnceAndOnlyIfItChanges)
     source.SetLimits(-1, 2);
     source.SetOffset(5);
     NumberWithOffset target;
-    Listener listener;
-    target.AddObserver(&listener);
+    Listener listener(target);
     const std::string text = source.GetObjectStateStringForRecording();
     EXPECT_TRUE(target.ApplyRecordedState(text, 0, true));
     EXPECT_TRUE(target.ApplyRecordedState(text, 0, true));
@@ -188,8 +180,7 @@ TEST(PlainValue, ApplyingARecordedStateNotifiesOnceAndOnlyIfItChanges)
 TEST(PlainValue, ApplyingSilentlyTellsNobody)
 {
     Number target;
-    Listener listener;
-    target.AddObserver(&listener);
+    Listener listener(target);
     EXPECT_TRUE(target.ApplyRecordedState("3;7,0,0", 0, false));
     EXPECT_EQ(target.GetValue(), 7);
     EXPECT_THAT(listener.codes(), ElementsAre());

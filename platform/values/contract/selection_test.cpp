@@ -128,8 +128,7 @@ TEST_F(Selection, AppliedToAnEmptySelectionTheItemIsAdded)
 {
     m_selection.Select("On");
     ValueSelection target;
-    Listener listener;
-    target.AddObserver(&listener);
+    Listener listener(target);
     EXPECT_TRUE(target.ApplyRecordedState(m_selection.GetObjectStateStringForRecording(), 0, true));
     EXPECT_EQ(target.GetText(), "On");
     EXPECT_EQ(target.GetCurrentKey(), 23);

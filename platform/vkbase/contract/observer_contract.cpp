@@ -1,5 +1,6 @@
 // Rounds of notification: their order, and observers that come, go or fail meanwhile.
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <stdexcept>
 #include <utility>
@@ -11,7 +12,7 @@
 #include <vkbase/observer.h>
 #include <vkbase/vkexception.h>
 
-#include "allocationcount.h"
+#include "vkbase/contract/allocationcount.h"
 
 using testing::ElementsAre;
 
@@ -49,6 +50,13 @@ private:
     std::function<void()> m_action;
 };
 
+void observe(Subject& subject, std::initializer_list<Observer*> observers)
+{
+    for (Observer* observer : observers) {
+        subject.AddObserver(observer);
+    }
+}
+
 }  // namespace
 
 TEST(TChangeCode, HasTheNumbersOfTheStation)
@@ -80,8 +88,7 @@ TEST(Observable, TellsAnObserverThatWasAddedTwiceOnce)
 {
     Subject subject;
     Observer observer;
-    subject.AddObserver(&observer);
-    subject.AddObserver(&observer);
+    observe(subject, {&observer, &observer});
     EXPECT_EQ(subject.ObserverCount(), 1U);
     subject.Notify();
     EXPECT_EQ(observer.Calls(), 1U);
@@ -109,8 +116,7 @@ TEST(Observable, TellsEveryoneButTheOriginator)
     Subject subject;
     Observer originator;
     Observer other;
-    subject.AddObserver(&originator);
-    subject.AddObserver(&other);
+    observe(subject, {&originator, &other});
     subject.Notify(&originator);
     EXPECT_EQ(originator.Calls(), 0U);
     EXPECT_EQ(other.Calls(), 1U);
@@ -126,9 +132,7 @@ TEST(Observable, TellsObserversInTheOrderOfTheirAdding)
     Observer first([&] { order.push_back(1); });
     Observer second([&] { order.push_back(2); });
     Observer third([&] { order.push_back(3); });
-    for (Observer* observer : {&second, &first, &third}) {
-        subject.AddObserver(observer);
-    }
+    observe(subject, {&second, &first, &third});
     subject.Notify();
     EXPECT_THAT(order, ElementsAre(2, 1, 3));
 }
@@ -166,9 +170,7 @@ TEST(Observable, AnObserverRemovedDuringARoundIsNotCalledAnyMore)
         subject.RemoveObserver(&before);
         subject.RemoveObserver(&after);
     });
-    for (Observer* observer : {&before, &remover, &after}) {
-        subject.AddObserver(observer);
-    }
+    observe(subject, {&before, &remover, &after});
     EXPECT_TRUE(subject.Notify());
     EXPECT_EQ(before.Calls(), 1U);
     EXPECT_EQ(after.Calls(), 0U);
@@ -203,8 +205,7 @@ TEST(Observable, AnObserverRemovedAndAddedAgainDuringARoundIsNotToldInThatRound)
         subject.AddObserver(&moved);
         EXPECT_TRUE(subject.IsObservedBy(&moved));
     });
-    subject.AddObserver(&mover);
-    subject.AddObserver(&moved);
+    observe(subject, {&mover, &moved});
     EXPECT_TRUE(subject.Notify());
     EXPECT_EQ(moved.Calls(), 0U);
     EXPECT_EQ(subject.ObserverCount(), 2U);
@@ -226,8 +227,7 @@ TEST(Observable, ARoundInsideARoundTellsEveryoneAndTheOuterRoundGoesOn)
             subject.RemoveObserver(&late);
         }
     });
-    subject.AddObserver(&nester);
-    subject.AddObserver(&last);
+    observe(subject, {&nester, &last});
     EXPECT_TRUE(subject.Notify());
     EXPECT_EQ(nester.Calls(), 2U);
     EXPECT_EQ(last.Calls(), 2U);
@@ -247,8 +247,7 @@ TEST(Observable, ARemovalInAnInnerRoundHoldsInTheOuterRound)
             subject.RemoveObserver(&victim);
         }
     });
-    subject.AddObserver(&nester);
-    subject.AddObserver(&victim);
+    observe(subject, {&nester, &victim});
     EXPECT_TRUE(subject.Notify());
     EXPECT_EQ(victim.Calls(), 0U);
     EXPECT_EQ(subject.ObserverCount(), 1U);
@@ -259,8 +258,7 @@ TEST(Observable, DestroyedDuringARoundItEndsTheRound)
     auto subject = std::make_unique<Subject>();
     Observer destroyer([&] { subject.reset(); });
     Observer after;
-    subject->AddObserver(&destroyer);
-    subject->AddObserver(&after);
+    observe(*subject, {&destroyer, &after});
     EXPECT_FALSE(subject->Notify());
     EXPECT_EQ(after.Calls(), 0U);
 }
@@ -278,8 +276,7 @@ TEST(Observable, DestroyedDuringAnInnerRoundItEndsAllRounds)
             subject.reset();
         }
     });
-    subject->AddObserver(&nester);
-    subject->AddObserver(&after);
+    observe(*subject, {&nester, &after});
     EXPECT_FALSE(subject->Notify());
     EXPECT_THAT(innerResults, ElementsAre(false, false));
     EXPECT_EQ(after.Calls(), 0U);
@@ -291,9 +288,7 @@ TEST(Observable, AfterAnExceptionTheRestAreToldAndTheFirstIsThrownOn)
     Observer first([] { throw VKException("first", "source", "function", 1); });
     Observer second([] { throw std::runtime_error("second"); });
     Observer third;
-    for (Observer* observer : {&first, &second, &third}) {
-        subject.AddObserver(observer);
-    }
+    observe(subject, {&first, &second, &third});
     try {
         subject.Notify();
         FAIL() << "nothing was thrown";
@@ -309,8 +304,7 @@ TEST(Observable, IsUsableAfterAnException)
     Subject subject;
     Observer failing([] { throw 1; });
     Observer other;
-    subject.AddObserver(&failing);
-    subject.AddObserver(&other);
+    observe(subject, {&failing, &other});
     EXPECT_THROW(subject.Notify(), int);
     subject.RemoveObserver(&failing);
     EXPECT_EQ(subject.ObserverCount(), 1U);
@@ -326,8 +320,7 @@ TEST(Observable, DestroyedDuringARoundItReportsThatRatherThanAnException)
         subject.reset();
         throw 2;
     });
-    subject->AddObserver(&failing);
-    subject->AddObserver(&destroyer);
+    observe(*subject, {&failing, &destroyer});
     EXPECT_FALSE(subject->Notify());
 }
 
@@ -339,8 +332,8 @@ TEST(Observable, AllocatesNothingWhileNotifying)
         observer.ReserveCalls(1);
         subject.AddObserver(&observer);
     }
-    const int before = AllocationCount();
+    const std::size_t before = TestSupport::allocations();
     subject.Notify();
-    EXPECT_EQ(AllocationCount(), before);
+    EXPECT_EQ(TestSupport::allocations(), before);
     EXPECT_EQ(observers.back().Calls(), 1U);
 }

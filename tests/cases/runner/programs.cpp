@@ -6,10 +6,6 @@
 
 #if defined(_WIN32)
 #include <io.h>
-#define dup _dup
-#define dup2 _dup2
-#define fileno _fileno
-#define close _close
 #else
 #include <unistd.h>
 #endif

@@ -123,10 +123,12 @@ TEST(CommandLine, DurationsHaveUnits)
 TEST(CommandLine, NumbersHaveUnits)
 {
 #if defined(RECSTATION_HAS_IQ)
-    const Options options = parse({"iq", "x", "--rate", "48k", "--centre", "145.5M", "--overlap", "50%"});
+    const Options options =
+        parse({"iq", "x", "--rate", "48k", "--centre", "145.5M", "--overlap", "50%", "--window", "hann"});
     EXPECT_EQ(of<IqOptions>(options)->rateHz, 48e3);
     EXPECT_EQ(of<IqOptions>(options)->centreHz, 145.5e6);
     EXPECT_EQ(of<IqOptions>(options)->overlapPercent, 50);
+    EXPECT_EQ(of<IqOptions>(options)->window, "hann");
     for (const char* centre : {"1.4200 GHz", "1.42G", "1420MHz", "1420000kHz", "1.42e9", "1420000000 hz"}) {
         EXPECT_EQ(of<IqOptions>(parse({"iq", "x", "--centre", centre}))->centreHz, 1.42e9) << centre;
     }

@@ -11,6 +11,7 @@
 #include "feedexamples.h"
 #include "scheduler.h"
 #include "sources/feed/feedsource.h"
+#include "support/textinput.h"
 
 namespace recstation {
 namespace {
@@ -31,14 +32,7 @@ SourceReport run(const std::string& text, std::vector<std::string>& reports,
         }
     };
     host.report = [&reports](const QString& sentence) { reports.push_back(sentence.toStdString()); };
-    auto open = [text]() -> ByteInput {
-        return [text, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
-            const std::size_t count = std::min(size, text.size() - position);
-            std::copy_n(text.data() + position, count, buffer);
-            position += count;
-            return count;
-        };
-    };
+    const auto open = [text] { return TestSupport::textInput(text); };
     Scheduler scheduler(clock);
     scheduler.add(std::make_unique<FeedSource>(open, 0, FeedOptions(), host));
     scheduler.prepare();

@@ -6,21 +6,12 @@
 
 #include <gtest/gtest.h>
 
+#include "support/textinput.h"
+
 namespace recstation {
 namespace {
 
 using Result = LineReader::Result;
-
-// Gives the text in pieces of a size.
-ByteInput pieces(std::string text, std::size_t pieceSize)
-{
-    return [text = std::move(text), pieceSize, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
-        const std::size_t count = std::min({pieceSize, size, text.size() - position});
-        std::copy_n(text.data() + position, count, buffer);
-        position += count;
-        return count;
-    };
-}
 
 void expectLines(LineReader& reader, const std::vector<std::string>& lines)
 {
@@ -34,7 +25,7 @@ void expectLines(LineReader& reader, const std::vector<std::string>& lines)
 
 TEST(LineReader, TellsWhetherTheLastLineHadItsLineFeed)
 {
-    LineReader reader(pieces("one\ntwo", 3), 100);
+    LineReader reader(TestSupport::textInput("one\ntwo", 3), 100);
     ASSERT_EQ(reader.next(), Result::Line);
     EXPECT_TRUE(reader.terminated());
     ASSERT_EQ(reader.next(), Result::Line);
@@ -44,33 +35,33 @@ TEST(LineReader, TellsWhetherTheLastLineHadItsLineFeed)
 TEST(LineReader, SplitsAtLineFeedsHoweverTheBytesArrive)
 {
     for (const std::size_t pieceSize : {1U, 2U, 3U, 100U}) {
-        LineReader reader(pieces("one\n\nthree\n", pieceSize), 100);
+        LineReader reader(TestSupport::textInput("one\n\nthree\n", pieceSize), 100);
         expectLines(reader, {"one", "", "three"});
     }
 }
 
 TEST(LineReader, TheLastLineMayLackItsLineFeed)
 {
-    LineReader reader(pieces("one\ntwo", 2), 100);
+    LineReader reader(TestSupport::textInput("one\ntwo", 2), 100);
     expectLines(reader, {"one", "two"});
 }
 
 TEST(LineReader, NoBytesAreNoLine)
 {
-    LineReader reader(pieces("", 2), 100);
+    LineReader reader(TestSupport::textInput("", 2), 100);
     expectLines(reader, {});
 }
 
 TEST(LineReader, ALineAsLongAsAllowedIsRead)
 {
-    LineReader reader(pieces("12345\n12345", 3), 5);
+    LineReader reader(TestSupport::textInput("12345\n12345", 3), 5);
     expectLines(reader, {"12345", "12345"});
 }
 
 TEST(LineReader, ALongerLineIsPassedOverAsAWholeAndCounted)
 {
     for (const std::size_t pieceSize : {1U, 4U, 100U}) {
-        LineReader reader(pieces("one\n" + std::string(50, 'x') + "\ntwo\n", pieceSize), 5);
+        LineReader reader(TestSupport::textInput("one\n" + std::string(50, 'x') + "\ntwo\n", pieceSize), 5);
         EXPECT_EQ(reader.next(), Result::Line);
         EXPECT_EQ(reader.next(), Result::TooLong);
         EXPECT_EQ(reader.number(), 2U);

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "sources/bearings/csvreader.h"
+#include "support/textinput.h"
 
 namespace {
 
@@ -17,19 +18,10 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-recstation::ByteInput input(std::string text, std::size_t piece)
-{
-    return [text = std::move(text), piece, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
-        const std::size_t count = text.copy(buffer, std::min(piece, size), position);
-        position += count;
-        return count;
-    };
-}
-
 std::vector<CsvRecord> read(const std::string& text, std::optional<char> separator = std::nullopt,
                             std::size_t piece = 1'000'000)
 {
-    CsvReader reader(input(text, piece), separator);
+    CsvReader reader(TestSupport::textInput(text, piece), separator);
     std::vector<CsvRecord> records;
     while (auto record = reader.next()) {
         records.push_back(*std::move(record));

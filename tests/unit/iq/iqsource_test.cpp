@@ -10,8 +10,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <CLI/CLI.hpp>
-
 #include <values/maps.h>
 #include <values/tree.h>
 #include <values/value.h>
@@ -182,26 +180,6 @@ TEST_F(IqSource, APathThatAnotherKindOfValueHoldsIsAnError)
     values::ValuePtr<values::Value<bool>> other;
     other.Attach(QStringLiteral("/LEVEL"));
     EXPECT_THAT(problem(iqtesting::asFloats(iqtesting::noise(1024, 1e-3))), HasSubstr("/LEVEL"));
-}
-
-TEST_F(IqSource, TheCommandLineFillsTheOptions)
-{
-    CLI::App command;
-    IqOptions options;
-    recstation::addIqOptions(command, options);
-    command.parse(
-        "- --rate 2e6 --centre 1090e6 --format cu8 --fft 512 --overlap 50 --average 3 --as if --window hann "
-        "--start 2026-11-21T08:30:00Z");
-    EXPECT_EQ(options.file, "-");
-    EXPECT_EQ(options.rateHz, 2e6);
-    EXPECT_EQ(options.centreHz, 1090e6);
-    EXPECT_EQ(options.format, "cu8");
-    EXPECT_EQ(options.fftSize, 512U);
-    EXPECT_EQ(options.overlapPercent, 50);
-    EXPECT_EQ(options.average, 3U);
-    EXPECT_EQ(options.spectrum, "if");
-    EXPECT_EQ(options.window, "hann");
-    EXPECT_EQ(options.start, "2026-11-21T08:30:00Z");
 }
 
 }  // namespace

@@ -6,24 +6,13 @@
 #include <gtest/gtest.h>
 
 #include "sources/iq/segmentreader.h"
+#include "support/textinput.h"
 
 namespace {
 
-using recstation::ByteInput;
 using recstation::SampleFormat;
 using recstation::SegmentReader;
 using testing::ElementsAre;
-
-// Gives the bytes in small helpings, as a pipe does.
-ByteInput helpings(std::string bytes, std::size_t most)
-{
-    return [bytes = std::move(bytes), most, at = std::size_t{0}](char* buffer, std::size_t size) mutable {
-        const std::size_t count = std::min({size, most, bytes.size() - at});
-        std::copy_n(bytes.data() + at, count, buffer);
-        at += count;
-        return count;
-    };
-}
 
 // Samples whose real parts, as bytes, are 0, 1, 2, ...
 std::string numbered(int count)
@@ -47,7 +36,7 @@ std::vector<int> numbers(std::span<const std::complex<double>> segment)
 
 TEST(SegmentReader, SegmentsFollowEachOther)
 {
-    SegmentReader reader(helpings(numbered(6), 100), SampleFormat::UnsignedByte, 3, 3);
+    SegmentReader reader(TestSupport::textInput(numbered(6), 100), SampleFormat::UnsignedByte, 3, 3);
     EXPECT_THAT(numbers(reader.next()), ElementsAre(0, 1, 2));
     EXPECT_THAT(numbers(reader.next()), ElementsAre(3, 4, 5));
     EXPECT_TRUE(reader.next().empty());
@@ -56,7 +45,7 @@ TEST(SegmentReader, SegmentsFollowEachOther)
 
 TEST(SegmentReader, OverlappingSegmentsShareTheirSamples)
 {
-    SegmentReader reader(helpings(numbered(7), 100), SampleFormat::UnsignedByte, 4, 1);
+    SegmentReader reader(TestSupport::textInput(numbered(7), 100), SampleFormat::UnsignedByte, 4, 1);
     EXPECT_THAT(numbers(reader.next()), ElementsAre(0, 1, 2, 3));
     EXPECT_THAT(numbers(reader.next()), ElementsAre(1, 2, 3, 4));
     EXPECT_THAT(numbers(reader.next()), ElementsAre(2, 3, 4, 5));
@@ -66,7 +55,7 @@ TEST(SegmentReader, OverlappingSegmentsShareTheirSamples)
 
 TEST(SegmentReader, AnInputThatGivesOneByteAtATimeIsWaitedFor)
 {
-    SegmentReader reader(helpings(numbered(5), 1), SampleFormat::UnsignedByte, 2, 2);
+    SegmentReader reader(TestSupport::textInput(numbered(5), 1), SampleFormat::UnsignedByte, 2, 2);
     EXPECT_THAT(numbers(reader.next()), ElementsAre(0, 1));
     EXPECT_THAT(numbers(reader.next()), ElementsAre(2, 3));
     EXPECT_TRUE(reader.next().empty());
@@ -76,7 +65,7 @@ TEST(SegmentReader, AnInputThatGivesOneByteAtATimeIsWaitedFor)
 
 TEST(SegmentReader, BytesThatAreNoWholeSampleAreCounted)
 {
-    SegmentReader reader(helpings(std::string(4 * 5 + 3, 'x'), 100), SampleFormat::SignedShortLe, 4, 4);
+    SegmentReader reader(TestSupport::textInput(std::string(4 * 5 + 3, 'x'), 100), SampleFormat::SignedShortLe, 4, 4);
     EXPECT_EQ(reader.next().size(), 4U);
     EXPECT_TRUE(reader.next().empty());
     EXPECT_EQ(reader.samplesRead(), 5U);
