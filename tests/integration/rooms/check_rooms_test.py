@@ -13,6 +13,7 @@ CORE = "devicecontrol/recording2"
 TREE = {
     f"{CORE}/fileaccess.h": "",
     f"{CORE}/recording.h": "",
+    f"{CORE}/file/recordingwriter.h": "",
     f"{CORE}/format/layout.h": "",
     f"{CORE}/index/timeindex.h": "",
     f"{CORE}/inspection/inspection.h": '#include "../format/layout.h"\n',
@@ -95,6 +96,7 @@ class CheckRooms(unittest.TestCase):
     def test_programs_take_public_headers_inspection_and_their_own(self):
         self.assert_clean({"apps/rectool/main.cpp": "#include <recording2/fileaccess.h>\n#include <CLI/App.hpp>\n"
                                                     "#include <recording2/inspection/inspection.h>\n"
+                                                    "#include <recording2/file/recordingwriter.h>\n"
                                                     '#include "text.h"\n#include <values/tree.h>\n#include <fcntl.h>\n',
                            "apps/recstation/sim/sim.cpp": '#include "../source.h"\n#include "source.h"\n'})
         for include in ("<recording2/recording.h>", "<recording2/format/layout.h>", "<recording2/missing.h>",
