@@ -16,7 +16,7 @@ enum class ClosedStream : std::uint8_t { TakesAll, RefusesAll };
 /// printed is the same bytes on every system (lines end with "\n" alone, text is UTF-8).
 void prepareStandardStreams(ClosedStream closed);
 
-enum class Stream : std::uint8_t { Input = 0, Output = 1, Error = 2 };
+enum class Stream : std::uint8_t { Input = 0, Output = 1, Errors = 2 };
 /// Whether a person is at the other end.
 [[nodiscard]] bool isTerminal(Stream stream);
 

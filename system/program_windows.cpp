@@ -38,7 +38,7 @@ std::vector<std::string> argumentsOf(int /*argc*/, const char* const* /*argv*/)
 void prepareStandardStreams(ClosedStream /*closed*/)
 {
     static_cast<void>(::_setmode(static_cast<int>(Stream::Output), _O_BINARY));
-    static_cast<void>(::_setmode(static_cast<int>(Stream::Error), _O_BINARY));
+    static_cast<void>(::_setmode(static_cast<int>(Stream::Errors), _O_BINARY));
     codePageBefore = ::GetConsoleOutputCP();
     if (codePageBefore != 0 && ::SetConsoleOutputCP(CP_UTF8) != FALSE) {
         static_cast<void>(std::atexit([] { ::SetConsoleOutputCP(codePageBefore); }));

@@ -43,7 +43,7 @@ ExitCode reportFailure(const std::exception& error, const Options& options, Mess
 
 ExitCode record(const Options& options)
 {
-    Messages messages(System::isTerminal(System::Stream::Error), options.quiet);
+    Messages messages(System::isTerminal(System::Stream::Errors), options.quiet);
     try {
         Station station(options, messages);
         const Summary summary = station.run();

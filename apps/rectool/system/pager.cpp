@@ -84,7 +84,7 @@ Pager::Pager(bool wanted)
         m_output = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
         m_errors = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0);
         static_cast<void>(dup2(ends[1], STDOUT_FILENO));
-        if (System::isTerminal(System::Stream::Error)) {  // or the two would write over each other
+        if (System::isTerminal(System::Stream::Errors)) {  // or the two would write over each other
             static_cast<void>(dup2(ends[1], STDERR_FILENO));
         }
         letReaderLeave();

@@ -72,14 +72,8 @@ System::Error RecordingWriter::close(bool force)
 
 System::Error RecordingWriter::takeName(bool replace)
 {
-    System::Error error = 0;
-    if (replace) {
-        std::error_code problem;
-        std::filesystem::rename(m_part, m_output, problem);
-        error = problem.value();
-    } else {
-        error = System::renameToNew(m_part, m_output);
-    }
+    const System::Error error =
+        replace ? System::renameReplacing(m_part, m_output) : System::renameToNew(m_part, m_output);
     m_made = m_made && error != 0;
     return error;
 }
