@@ -2,12 +2,12 @@
 #include "axes.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 
 #include "labels.h"
 #include "printing/text.h"
+#include "timeticks.h"
 
 namespace RecTool {
 
@@ -74,67 +74,156 @@ bool areCrowded(const std::vector<double>& pixels)
     return near > Many;
 }
 
-constexpr QRgb BookmarkColour = 0xff00838f;
+bool hasClock(const Picture& picture)
+{
+    return isClockTime(picture.source().startMs(), picture.source().span());
+}
+
+/// Lines across a rect at bookmarks, and labels at their far ends.
+class BookmarkLines {
+public:
+    BookmarkLines(Picture& picture, const QCPAxis& timeAxis)
+        : m_picture(picture),
+          m_isLying(timeAxis.orientation() == Qt::Horizontal),
+          m_rect(timeAxis.axisRect()->rect()),
+          m_near(m_isLying ? m_rect.bottom() : m_rect.left()),
+          m_far(m_isLying ? m_rect.top() : m_rect.right()),
+          m_bookmarks(picture.source().bookmarks())
+    {
+        for (const auto& bookmark : m_bookmarks) {
+            m_pixels.push_back(timeAxis.coordToPixel(static_cast<double>(bookmark.timeMs)));
+        }
+    }
+
+    void addLines()
+    {
+        constexpr double NextToNothing = 0.1;
+        const bool isCrowded = areCrowded(m_pixels);
+        const double inwards = m_isLying ? -Bend : Bend;
+        double last = std::numeric_limits<double>::quiet_NaN();
+        for (const double pixel : m_pixels) {
+            if (std::abs(pixel - last) < NextToNothing) {
+                continue;  // one on the other: there may be very many
+            }
+            last = pixel;
+            if (isCrowded) {
+                m_picture.addLine(point(pixel, m_near), point(pixel, m_near + inwards), m_pen);
+                m_picture.addLine(point(pixel, m_far), point(pixel, m_far - inwards / 2), m_pen);
+            } else {
+                addWithHalo(point(pixel, m_near), point(pixel, m_far));
+            }
+        }
+    }
+
+    void addLabels()
+    {
+        constexpr std::size_t Few = 9;  // more may not all have room, which is then said below the labels
+        const double size = m_picture.lineHeight() + 6;
+        const double low = m_isLying ? m_rect.left() : m_rect.top();
+        const double high = m_isLying ? m_rect.right() : m_rect.bottom();
+        const double note = m_isLying || m_pixels.size() < Few ? 0 : size;
+        const std::vector<std::optional<double>> places = placeLabels(m_pixels, size, low, high - note);
+        for (std::size_t i = 0; i < places.size(); ++i) {
+            if (places[i]) {
+                const QPointF place = point(*places[i], m_isLying ? m_far + Bend : m_far - Bend);
+                addWithHalo(point(m_pixels[i], m_far), place);
+                addLabel(place, QString::fromStdString(oneLine(fromLatin1(m_bookmarks[i].text))));
+            }
+        }
+        if (const auto without = std::count(places.begin(), places.end(), std::nullopt); without > 0) {
+            QCPItemText& text = addText(QStringLiteral("%1 bookmarks without a label").arg(without), Qt::AlignBottom);
+            const int left = m_isLying ? m_rect.left() + Bend : m_rect.right() - Bend;
+            text.position->setPixelPosition(QPointF(left, m_rect.bottom() - 4));
+        }
+    }
+
+private:
+    static constexpr int Bend = 16;
+
+    [[nodiscard]] QPointF point(double along, double across) const
+    {
+        return m_isLying ? QPointF(along, across) : QPointF(across, along);
+    }
+    void addWithHalo(const QPointF& from, const QPointF& to)
+    {
+        m_picture.addLine(from, to, QPen(QColor(255, 255, 255, 170), 3.4));
+        m_picture.addLine(from, to, m_pen);
+    }
+    QCPItemText& addText(const QString& text, Qt::Alignment vertical)
+    {
+        auto* item = m_picture.addItem<QCPItemText>();
+        item->setFont(m_picture.font());
+        item->setText(text);
+        item->setBrush(QColor(255, 255, 255, 240));
+        item->setPadding(QMargins(4, 1, 4, 1));
+        item->setPositionAlignment((m_isLying ? Qt::AlignLeft : Qt::AlignRight) | vertical);
+        return *item;
+    }
+    void addLabel(const QPointF& place, const QString& text)
+    {
+        constexpr int Longest = 190;
+        const int room = std::min(Longest, m_isLying ? m_rect.height() / 2 : m_picture.width() / 5);
+        QCPItemText& label = addText(m_picture.elided(text, room), Qt::AlignVCenter);
+        label.setColor(QColor(0, 60, 70));
+        label.setPen(m_pen);
+        label.setRotation(m_isLying ? 90 : 0);
+        label.position->setPixelPosition(place);
+    }
+
+    Picture& m_picture;
+    bool m_isLying;
+    QRect m_rect;
+    double m_near;  // the end of a line at the axis
+    double m_far;
+    std::vector<Recording2::Inspection::Bookmark> m_bookmarks;
+    std::vector<double> m_pixels;  // of the bookmarks
+    QPen m_pen{QColor(0xff00838f), 1.4};
+};
 
 }  // namespace
 
-bool hasClock(const PlotSource& source)
+QString setTimeAxis(const Picture& picture, QCPAxis& axis, TimeScale scale, int pixels)
 {
-    return isClockTime(source.startMs(), source.span());
-}
-
-QString timeLabel(const PlotSource& source, TimeScale scale)
-{
-    if (scale == TimeScale::Elapsed || !hasClock(source)) {
-        return QStringLiteral("Since the start of the recording");
-    }
-    const std::string day = onlyDay(source.span(), source.startMs());
-    return day.empty() ? QStringLiteral("Time (UTC)")
-                       : QStringLiteral("Time (UTC, %1)").arg(QString::fromStdString(day));
-}
-
-void setTimeAxis(Picture& picture, QCPAxis& axis, const PlotSource& source, TimeScale scale, int pixels)
-{
-    const bool clock = scale == TimeScale::Clock && hasClock(source);
-    const bool lying = axis.orientation() == Qt::Horizontal;
-    const int tickPixels = lying ? picture.widthOf(QStringLiteral("00:00:00.00000")) : 3 * picture.lineHeight();
+    const TimeSpan& span = picture.source().span();
+    const std::uint64_t startMs = picture.source().startMs();
+    const bool isClock = scale == TimeScale::Clock && hasClock(picture);
+    const bool isLying = axis.orientation() == Qt::Horizontal;
+    const int tickPixels = isLying ? picture.widthOf(QStringLiteral("00:00:00.00000")) : 3 * picture.lineHeight();
     const auto most = static_cast<std::size_t>(std::max(2, pixels / tickPixels));
-    const std::vector<TimeTick> ticks =
-        clock ? clockTicks(source.span(), source.startMs(), most) : elapsedTicks(source.span(), most);
     const QSharedPointer<QCPAxisTickerText> ticker(new QCPAxisTickerText);
-    for (const TimeTick& tick : ticks) {
+    for (const TimeTick& tick : isClock ? clockTicks(span, startMs, most) : elapsedTicks(span, most)) {
         ticker->addTick(tick.timeMs, QString::fromStdString(tick.label));
     }
     axis.setTicker(ticker);
-    axis.setRange(source.span().fromMs, source.span().toMs);
-    axis.setLabel(timeLabel(source, scale));
+    axis.setRange(span.fromMs, span.toMs);
+    const QString day = QString::fromStdString(onlyDay(span, startMs));
+    axis.setLabel(!isClock        ? QStringLiteral("Since the start of the recording")
+                  : day.isEmpty() ? QStringLiteral("Time (UTC)")
+                                  : QStringLiteral("Time (UTC, %1)").arg(day));
+    return axis.label();
 }
 
-FrequencyUnit usualUnit(double highestHz)
+void setTimeAcross(Picture& picture, QCPAxisRect& rect, int row, int pixels)
 {
-    for (const FrequencyUnit unit : {FrequencyUnit{1e6, "MHz"}, FrequencyUnit{1e3, "kHz"}}) {
-        if (highestHz >= unit.hz) {
-            return unit;
-        }
+    QCPAxis& time = *rect.axis(QCPAxis::atBottom);
+    QCPAxis& elapsed = *rect.axis(QCPAxis::atTop);
+    for (QCPAxis* axis : rect.axes()) {
+        axis->setVisible(true);
+        axis->setSubTicks(false);
     }
-    return {};
+    rect.axis(QCPAxis::atRight)->setTicks(false);
+    setTimeAxis(picture, time, TimeScale::Clock, pixels);
+    setTimeAxis(picture, elapsed, TimeScale::Elapsed, pixels);
+    elapsed.setTicks(hasClock(picture));
+    for (QCPAxis* axis : {&time, &elapsed}) {
+        const bool isLabelled = axis == &time ? row + 1 == picture.rows() : row == 0 && hasClock(picture);
+        axis->setTickLabels(isLabelled);
+        axis->setLabel(isLabelled ? axis->label() : QString());
+    }
+    rect.setMarginGroup(QCP::msLeft | QCP::msRight, &picture.sides());
 }
 
-FrequencyUnit unitFor(double highestHz, double widthHz)
-{
-    constexpr double Narrowest = 0.005;  // narrower spans would need too many digits
-    constexpr double Lowest = 0.5;       // 80 to 1000 MHz are not read as 0.08 to 1 GHz, 0.1 to 6 GHz are
-    constexpr double High = 3;
-    for (const FrequencyUnit unit : {FrequencyUnit{1e9, "GHz"}, FrequencyUnit{1e6, "MHz"}, FrequencyUnit{1e3, "kHz"}}) {
-        const bool isUsual = highestHz - widthHz >= unit.hz * Lowest || highestHz >= unit.hz * High;
-        if (highestHz >= unit.hz && widthHz >= unit.hz * Narrowest && isUsual) {
-            return unit;
-        }
-    }
-    return {};
-}
-
-void setNumberTicks(Picture& picture, QCPAxis& axis, int pixels, bool isPiece)
+void setNumberTicks(const Picture& picture, QCPAxis& axis, int pixels, bool isPiece)
 {
     const bool lying = axis.orientation() == Qt::Horizontal;
     int tickPixels = 3 * picture.lineHeight();
@@ -155,86 +244,12 @@ void setNumberTicks(Picture& picture, QCPAxis& axis, int pixels, bool isPiece)
     axis.setTicker(ticker);
 }
 
-void markBookmarks(Picture& picture, QCPAxis& timeAxis, const PlotSource& source, bool withLabels)
+void markBookmarks(Picture& picture, const QCPAxis& timeAxis, bool withLabels)
 {
-    constexpr int LongestLabel = 190;
-    constexpr int Bend = 16;
-    const std::vector<Recording2::Inspection::Bookmark> bookmarks = source.bookmarks();
-    const bool lying = timeAxis.orientation() == Qt::Horizontal;
-    const QRect rect = timeAxis.axisRect()->rect();
-    const double low = lying ? rect.left() : rect.top();
-    const double high = lying ? rect.right() : rect.bottom();
-    const double near = lying ? rect.bottom() : rect.left();
-    const double far = lying ? rect.top() : rect.right();
-    const double labelEdge = lying ? far + Bend : far - Bend;
-    const auto point = [&](double along, double across) {
-        return lying ? QPointF(along, across) : QPointF(across, along);
-    };
-    const auto addLine = [&](const QPointF& from, const QPointF& to, const QPen& pen) {
-        auto* line = picture.addItem<QCPItemLine>();
-        line->setPen(pen);
-        line->start->setPixelPosition(from);
-        line->end->setPixelPosition(to);
-    };
-    const QPen pen(QColor(BookmarkColour), 1.4);
-    const QPen halo(QColor(255, 255, 255, 170), 3.4);
-    std::vector<double> pixels;
-    pixels.reserve(bookmarks.size());
-    for (const auto& bookmark : bookmarks) {
-        pixels.push_back(timeAxis.coordToPixel(static_cast<double>(bookmark.timeMs)));
-    }
-    const bool isCrowded = areCrowded(pixels);
-    const double inwards = lying ? -Bend : Bend;
-    double last = std::numeric_limits<double>::quiet_NaN();
-    for (const double pixel : pixels) {
-        constexpr double NextToNothing = 0.1;
-        if (std::abs(pixel - last) < NextToNothing) {
-            continue;  // one on the other: there may be very many
-        }
-        last = pixel;
-        if (isCrowded) {
-            addLine(point(pixel, near), point(pixel, near + inwards), pen);
-            addLine(point(pixel, far), point(pixel, far - inwards / 2), pen);
-        } else {
-            addLine(point(pixel, near), point(pixel, far), halo);
-            addLine(point(pixel, near), point(pixel, far), pen);
-        }
-    }
-    if (!withLabels) {
-        return;
-    }
-    constexpr std::size_t Few = 9;  // more may not all have room, which is then said below the labels
-    const double size = picture.lineHeight() + 6;
-    const int room = std::min(LongestLabel, lying ? rect.height() / 2 : picture.width() / 5);
-    const std::vector<std::optional<double>> places =
-        placeLabels(pixels, size, low, high - (lying || pixels.size() < Few ? 0 : size));
-    std::size_t without = 0;
-    for (std::size_t i = 0; i < bookmarks.size(); ++i) {
-        if (!places[i]) {
-            ++without;
-            continue;
-        }
-        addLine(point(pixels[i], far), point(*places[i], labelEdge), halo);
-        addLine(point(pixels[i], far), point(*places[i], labelEdge), pen);
-        auto* label = picture.addItem<QCPItemText>();
-        label->setFont(picture.font());
-        label->setText(picture.elided(QString::fromStdString(oneLine(fromLatin1(bookmarks[i].text))), room));
-        label->setColor(QColor(0, 60, 70));
-        label->setBrush(QColor(255, 255, 255, 240));
-        label->setPen(pen);
-        label->setPadding(QMargins(4, 1, 4, 1));
-        label->setPositionAlignment(lying ? Qt::AlignVCenter | Qt::AlignLeft : Qt::AlignRight | Qt::AlignVCenter);
-        label->setRotation(lying ? 90 : 0);
-        label->position->setPixelPosition(point(*places[i], labelEdge));
-    }
-    if (without > 0) {
-        auto* note = picture.addItem<QCPItemText>();
-        note->setFont(picture.font());
-        note->setText(QStringLiteral("%1 bookmarks without a label").arg(without));
-        note->setBrush(QColor(255, 255, 255, 240));
-        note->setPadding(QMargins(4, 1, 4, 1));
-        note->setPositionAlignment((lying ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignBottom);
-        note->position->setPixelPosition(QPointF(lying ? rect.left() + Bend : rect.right() - Bend, rect.bottom() - 4));
+    BookmarkLines lines(picture, timeAxis);
+    lines.addLines();
+    if (withLabels) {
+        lines.addLabels();
     }
 }
 

@@ -10,24 +10,11 @@
 
 namespace RecTool {
 
-/// How many bearings every frequency has, to find those that are worth a colour of their own.
-class BearingCount {
-public:
-    void add(double frequencyHz)
-    {
-        ++m_bearings[frequencyHz];
-        ++m_all;
-    }
-    /// The frequencies with the most bearings, ascending.
-    [[nodiscard]] std::vector<double> most(std::size_t number) const;
-    [[nodiscard]] std::uint64_t of(double frequencyHz) const;
-    [[nodiscard]] std::size_t channels() const { return m_bearings.size(); }
-    [[nodiscard]] std::uint64_t all() const { return m_all; }
+/// How many bearings every frequency has.
+using BearingCounts = std::map<double, std::uint64_t>;
 
-private:
-    std::map<double, std::uint64_t> m_bearings;
-    std::uint64_t m_all = 0;
-};
+/// The frequencies with the most bearings, ascending: those that are worth a colour of their own.
+[[nodiscard]] std::vector<double> busiest(const BearingCounts& counts, std::size_t number);
 
 /// The points of one colour: of those that fall onto one pixel only the first, so that their number is that of the
 /// pixels at most.
@@ -39,7 +26,10 @@ public:
     };
 
     /// @param columns,rows pixels over the span and over 360 degrees
-    BearingPoints(const TimeSpan& times, std::size_t columns, std::size_t rows);
+    BearingPoints(const TimeSpan& times, std::size_t columns, std::size_t rows)
+        : m_times(times), m_columns(columns), m_rows(rows), m_taken(columns * rows)
+    {
+    }
 
     /// @param azimuthDeg 0 to below 360
     void add(double timeMs, double azimuthDeg);

@@ -1,170 +1,137 @@
-// plot bearings: azimuths over time and as seen from above.
-#include <algorithm>
-#include <iostream>
-#include <limits>
+// Turning bearings by the heading; groups of the ten busiest channels and of all others.
+#include "bearings.h"
 
-#include "axes.h"
-#include "bearingviews.h"
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "frequencyunits.h"
 #include "printing/text.h"
 
 namespace RecTool {
 
 namespace {
 
-/// Whether the view from above stands beside that over time, or below it.
-bool viewsAreBeside(const Picture& picture)
-{
-    constexpr int Wide = 900;
-    return picture.width() >= Wide;
-}
+/// Ten colours that are told apart also by the colour-blind, by and large.
+constexpr std::array<QRgb, 10> Colours{0xff1f77b4, 0xffff7f0e, 0xff2ca02c, 0xffd62728, 0xff9467bd,
+                                       0xff8c564b, 0xffe377c2, 0xff17becf, 0xffbcbd22, 0xff000000};
+constexpr QRgb OthersColour = 0xffa0a4a8;
 
-/// Azimuth up, time across.
-void addTimeView(Picture& picture, const PlotSource& source, const BearingGroups& groups, bool areTrue,
-                 QCPAxisRect& rect)
+/// Takes over a recorded number; NaN for what is no finite one.
+void takeNumber(const PlottedRecord& plotted, double& number)
 {
-    QCPAxis& time = *rect.axis(QCPAxis::atBottom);
-    QCPAxis& elapsed = *rect.axis(QCPAxis::atTop);
-    for (QCPAxis* axis : rect.axes()) {
-        axis->setVisible(true);
-        axis->setSubTicks(false);
+    if (const std::optional<double> recorded = plotted.number()) {
+        number = std::isfinite(*recorded) ? *recorded : std::nan("");
     }
-    rect.axis(QCPAxis::atRight)->setTicks(false);
-    const int width = viewsAreBeside(picture) ? picture.width() / 2 : picture.width() * 4 / 5;
-    setTimeAxis(picture, time, source, TimeScale::Clock, width);
-    setTimeAxis(picture, elapsed, source, TimeScale::Elapsed, width);
-    elapsed.setTicks(hasClock(source));
-    elapsed.setLabel(hasClock(source) ? elapsed.label() : QString());
-    drawAzimuths(groups, areTrue, rect);
-}
-
-/// What the colours mean, below the view from above or beside it.
-void addLegend(Picture& picture, const BearingGroups& groups, QCPLayoutGrid& column)
-{
-    const int columns = viewsAreBeside(picture) ? 2 : 1;
-    const int rows = (static_cast<int>(groups.shown().size()) + columns - 1) / columns;
-    auto* legend = new QCPLegend;
-    column.addElement(0, 0, legend);
-    column.addElement(1, 0, new QCPLayoutElement(&picture.plot()));  // takes what the legend does not need
-    legend->setLayer(QStringLiteral("legend"));
-    legend->setFont(picture.font());
-    legend->setBorderPen(Qt::NoPen);
-    legend->setFillOrder(QCPLegend::foColumnsFirst);
-    legend->setRowSpacing(2);
-    legend->setWrap(columns);
-    for (int i = 0; i < picture.plot().graphCount(); ++i) {
-        picture.plot().graph(i)->addToLegend(legend);
-    }
-    legend->setMaximumSize(QWIDGETSIZE_MAX, rows * (picture.lineHeight() + 6) + 10);
-}
-
-/// The whole picture: over time, from above, and what the colours mean. @return where the view from above is
-QCPAxisRect* drawBearings(Picture& picture, const PlotSource& source, const BearingGroups& groups, bool areTrue)
-{
-    const bool beside = viewsAreBeside(picture);
-    QCPLayoutGrid& body = picture.body();
-    QCPAxisRect* times = picture.addAxisRect(body, 0, 0);
-    times->setMinimumMargins(QMargins(8, 8, 34, 8));
-    addTimeView(picture, source, groups, areTrue, *times);
-
-    auto* side = new QCPLayoutGrid;
-    body.addElement(beside ? 0 : 1, beside ? 1 : 0, side);
-    const int square = std::min(picture.height() * (beside ? 6 : 4) / 10, picture.width() * (beside ? 38 : 60) / 100);
-    QCPAxisRect* polar = picture.addAxisRect(*side, 0, 0);
-    polar->setAutoMargins(QCP::msNone);
-    polar->setMinimumSize(square, square);
-    polar->setMaximumSize(square, square);
-    QCPTextElement* caption =
-        picture.addText(beside ? *side : body, beside ? 1 : 2, 0,
-                        areTrue ? QStringLiteral("True north at the top; the later, the farther out")
-                                : QStringLiteral("Antenna's zero at the top; the later, the farther out"));
-    caption->setMargins(QMargins(0, 0, 0, 6));
-    auto* legendColumn = new QCPLayoutGrid;
-    side->addElement(beside ? 2 : 0, beside ? 0 : 1, legendColumn);
-    addLegend(picture, groups, *legendColumn);
-    picture.layOut();
-    addPolarView(picture, source, groups, areTrue, *polar);
-    return polar;
-}
-
-void printBearings(const PlotBearingsOptions& options, const PlotSource& source, const Bearings& bearings,
-                   const BearingCount& count, const BearingGroups& groups, const QCPAxisRect& view,
-                   const QCPAxisRect& fromAbove)
-{
-    Json channels = Json::array();
-    for (const double hz : groups.frequencies()) {
-        channels.push_back(
-            {{"frequencyHz", hz}, {"bearings", count.of(hz)}, {"lastAzimuthDeg", groups.lastAzimuthDeg(hz)}});
-    }
-    Json json = pictureJson(options, source);
-    json["reference"] = bearings.areTrue() ? "true-north" : "antenna";
-    json["bearings"] = count.all();
-    json["channels"] = std::move(channels);
-    json["otherChannels"] = groups.others();
-    json["withoutHeading"] = bearings.withoutHeading();
-    json["view"] = {{"columns", view.width()}, {"rows", view.height()}, {"left", view.left()}, {"top", view.top()}};
-    const QCPAxis& up = *fromAbove.axis(QCPAxis::atLeft);
-    const QPoint middle = fromAbove.center();
-    json["circle"] = {{"x", middle.x()}, {"y", middle.y()}, {"radius", fromAbove.height() / up.range().size()}};
-    std::cout << dump(json, 2) << '\n';
-}
-
-ExitCode pictureOf(const PlotBearingsOptions& options, PlotSource& source, Bearings& bearings,
-                   const BearingCount& count)
-{
-    BearingGroups groups(count, source.span(), options.width, options.height);
-    bearings.replay([&](const ShownBearing& bearing) { groups.add(bearing); });
-    const DrawingApplication application;
-    Picture picture(options, source,
-                    bearings.areTrue() ? QStringLiteral("True bearings (DFSPECTRUM, TRUEHEADING)")
-                                       : QStringLiteral("Bearings (DFSPECTRUM)"));
-    const QCPAxisRect* fromAbove = drawBearings(picture, source, groups, bearings.areTrue());
-    picture.layOut();
-    QCPAxis& time = *picture.plot().graph(0)->keyAxis();
-    markBookmarks(picture, time, source);
-    const ExitCode result = picture.save();
-    if (result == ExitCode::Fine && options.json) {
-        printBearings(options, source, bearings, count, groups, *time.axisRect(), *fromAbove);
-    }
-    return result;
 }
 
 }  // namespace
 
-ExitCode plotBearings(const PlotBearingsOptions& options)
+Bearings::Bearings(PlotSource& source, bool relative) : m_source(source), m_relative(relative)
 {
-    if (const ExitCode checked = checkPicture(options); checked != ExitCode::Fine) {
-        return checked;
+    beginPass();
+}
+
+bool Bearings::areRecorded() const
+{
+    return std::any_of(m_finders.begin(), m_finders.end(), [](const Finder& finder) { return finder.bearings; });
+}
+
+void Bearings::beginPass()
+{
+    m_withoutHeading = 0;
+    m_finders.clear();
+    m_finders.resize(m_source.tracks().size());  // none is added, so that the listeners' references stay
+    for (std::size_t track = 0; track < m_finders.size(); ++track) {
+        Finder& finder = m_finders[track];
+        const TypeNames& names = m_source.tracks()[track].names;
+        finder.bearings = names.numberOf(DirectionFindingKeyword);
+        finder.heading = m_relative ? std::nullopt : names.numberOf("TRUEHEADING");
+        finder.frequency = names.numberOf("FREQUENCY");
+        finder.measured =
+            std::make_unique<MeasuredBearings>([this, &finder](const BearingChange& change) { take(finder, change); });
     }
-    constexpr int Passes = 2;
-    PlotSource source(options, Passes);
-    if (source.state() != ExitCode::Fine) {
-        return source.state();
+}
+
+void Bearings::visit(const PlottedRecord& plotted)
+{
+    Finder& finder = m_finders[plotted.type.track];
+    if (plotted.type.code == finder.heading) {
+        takeNumber(plotted, finder.headingDeg);
+        m_headingIsRecorded = m_headingIsRecorded || !std::isnan(finder.headingDeg);
+    } else if (plotted.type.code == finder.frequency) {
+        double frequencyHz = std::nan("");
+        takeNumber(plotted, frequencyHz);
+        finder.measured->tune(frequencyHz);
+    } else if (plotted.type.code == finder.bearings) {
+        finder.momentMs = plotted.momentMs;
+        finder.measured->apply(plotted.record);
     }
-    Bearings bearings(source, options.relative);
-    if (!bearings.areRecorded()) {
-        return source.refuse("There is no type DFSPECTRUM in the recording.");
+}
+
+void Bearings::take(const Finder& finder, const BearingChange& change)
+{
+    if (m_source.isBefore(finder.momentMs) || !std::isfinite(change.bearing.azimuthDeg)) {
+        return;
     }
-    BearingCount count;
-    double first = std::numeric_limits<double>::infinity();
-    bearings.replay([&](const ShownBearing& bearing) {
-        count.add(bearing.frequencyHz);
-        first = std::min(first, bearing.momentMs);
-    });
-    if (count.all() == 0) {
-        return source.refuse(options.from.empty() && options.to.empty() ? "There is no bearing in the recording."
-                                                                        : "There is no bearing in the span.");
+    if (m_areTrue && std::isnan(finder.headingDeg)) {
+        ++m_withoutHeading;
+        return;
     }
-    source.reach(first, source.span().toMs);
-    if (bearings.headingIsRecorded()) {
-        bearings.makeTrue();
+    const double hz = finder.measured->range().frequencyHz(change.channel);
+    if (m_groups.empty()) {
+        ++m_counts[hz];
+        ++m_count;
+        m_firstMs = std::min(m_firstMs, finder.momentMs);
+        return;
     }
-    const ExitCode result = pictureOf(options, source, bearings, count);
-    if (bearings.withoutHeading() > 0) {
-        complain(source.file(), "Bearings left out because they are older than the first heading: " +
-                                    grouped(bearings.withoutHeading()) + "; see --relative.");
+    const auto own = std::find_if(m_groups.begin(), m_groups.end(),
+                                  [hz](const PlottedGroup& group) { return group.frequencyHz == hz; });
+    PlottedGroup& group = own == m_groups.end() ? m_groups.front() : *own;
+    group.lastAzimuthDeg = wrapped(change.bearing.azimuthDeg + (m_areTrue ? finder.headingDeg : 0));
+    group.points.add(finder.momentMs, group.lastAzimuthDeg);
+}
+
+void Bearings::endCounting()
+{
+    m_source.reach(m_firstMs, m_source.span().toMs);
+    m_areTrue = m_headingIsRecorded;
+    beginPass();
+}
+
+void Bearings::beginGroups(int width, int height)
+{
+    const std::vector<double> own = busiest(m_counts, Colours.size());
+    const std::vector<std::string> names = frequenciesAlike(own);
+    const BearingPoints none(m_source.span(), static_cast<std::size_t>(width), static_cast<std::size_t>(height));
+    m_others = m_counts.size() - own.size();
+    std::uint64_t left = m_count;
+    for (std::size_t i = 0; i < own.size(); ++i) {
+        const std::uint64_t count = m_counts.at(own[i]);
+        left -= count;
+        const QString name = QString::fromStdString(names[i] + " (" + grouped(count) + ')');
+        m_groups.push_back({own[i], count, name, QColor(Colours[i]), none});
     }
-    return source.end(
-        withPassedOver(source.file(), DirectionFindingKeyword, "bearings", bearings.passedOver(), result));
+    if (m_others > 0) {
+        const QString name = QStringLiteral("%1 other %2 (%3)")
+                                 .arg(m_others)
+                                 .arg(m_others == 1 ? "channel" : "channels")
+                                 .arg(QString::fromStdString(grouped(left)));
+        m_groups.insert(m_groups.begin(), {std::nullopt, left, name, QColor(OthersColour), none});
+    }
+}
+
+ExitCode Bearings::tellLeftOut(ExitCode result) const
+{
+    if (m_withoutHeading > 0) {
+        complain(m_source.file(), "Bearings left out because they are older than the first heading: " +
+                                      grouped(m_withoutHeading) + "; see --relative.");
+    }
+    std::uint64_t passedOver = 0;
+    for (const Finder& finder : m_finders) {
+        passedOver += finder.measured->passedOver();
+    }
+    return withPassedOver(m_source.file(), DirectionFindingKeyword, "bearings", passedOver, result);
 }
 
 }  // namespace RecTool

@@ -136,45 +136,43 @@ std::vector<FrequencySpan> axisPieces(const std::vector<FrequencySpan>& covered,
 ColumnMap::ColumnMap(const ChannelRange& range, const FrequencySpan& span, std::size_t columns)
     : m_channels(columns), m_columns(range.size())
 {
-    const bool ascending = !range.isList() && range.stepHz >= 0;
+    std::vector<double> ascending(range.size());
     std::vector<std::uint32_t> order(range.size());
     std::iota(order.begin(), order.end(), 0U);
-    if (!ascending) {
+    if (range.isList() || range.stepHz < 0) {
         std::stable_sort(order.begin(), order.end(),
                          [&](std::uint32_t a, std::uint32_t b) { return range.frequencyHz(a) < range.frequencyHz(b); });
         m_ranks.resize(range.size());
-        for (std::uint32_t rank = 0; rank < order.size(); ++rank) {
+    }
+    for (std::uint32_t rank = 0; rank < order.size(); ++rank) {
+        ascending[rank] = range.frequencyHz(order[rank]);
+        if (!m_ranks.empty()) {
             m_ranks[order[rank]] = rank;
         }
     }
     constexpr double Unknown = 0.02;  // of the span, so that such a channel can be seen
     const double known = channelWidthHz(range);
-    const double halfWidth = (known > 0 ? known : span.width() * Unknown) / 2 * (1 + Touching);
-    const auto frequency = [&](std::uint32_t rank) { return range.frequencyHz(order[rank]); };
-    const auto count = static_cast<std::uint32_t>(order.size());
-    const double columnHz = span.width() / static_cast<double>(columns);
-    std::uint32_t next = 0;
-    while (next < count && frequency(next) < span.lowHz) {
-        ++next;
-    }
-    for (std::uint32_t column = 0; column < columns; ++column) {
+    fill(ascending, span, (known > 0 ? known : span.width() * Unknown) / 2 * (1 + Touching));
+}
+
+void ColumnMap::fill(const std::vector<double>& ascending, const FrequencySpan& span, double halfWidth)
+{
+    const double columnHz = span.width() / static_cast<double>(m_channels.size());
+    const auto rankFrom = [&](auto bound) { return static_cast<std::uint32_t>(bound - ascending.begin()); };
+    std::uint32_t next = rankFrom(std::lower_bound(ascending.begin(), ascending.end(), span.lowHz));
+    for (std::uint32_t column = 0; column < m_channels.size(); ++column) {
         const double low = span.lowHz + columnHz * column;
         const double middle = low + columnHz / 2;
-        const bool isLast = column + 1 == columns;
-        const double high = isLast ? span.highHz : low + columnHz;
+        const bool isLast = column + 1 == m_channels.size();
         Interval channels{next, next};
-        while (channels.end < count &&
-               (frequency(channels.end) < high || (isLast && frequency(channels.end) <= high))) {
-            ++channels.end;
-        }
+        channels.end = rankFrom(isLast ? std::upper_bound(ascending.begin() + next, ascending.end(), span.highHz)
+                                       : std::lower_bound(ascending.begin() + next, ascending.end(), low + columnHz));
         next = channels.end;
         if (channels.begin == channels.end) {
-            const bool below = next > 0 && middle - frequency(next - 1) <= halfWidth;
-            const bool above = next < count && frequency(next) - middle <= halfWidth;
-            if (below) {
-                channels = {next - 1, next};
-            } else if (above) {
-                channels = {next, next + 1};
+            if (next > 0 && middle - ascending[next - 1] <= halfWidth) {
+                channels.begin = next - 1;
+            } else if (next < ascending.size() && ascending[next] - middle <= halfWidth) {
+                channels.end = next + 1;
             }
         }
         m_channels[column] = channels;

@@ -56,6 +56,8 @@ public:
     [[nodiscard]] const Interval& columnsOf(std::size_t rank) const { return m_columns[rank]; }
 
 private:
+    void fill(const std::vector<double>& ascending, const FrequencySpan& span, double halfWidth);
+
     std::vector<std::uint32_t> m_ranks;
     std::vector<Interval> m_channels;
     std::vector<Interval> m_columns;

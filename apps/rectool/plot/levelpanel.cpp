@@ -2,13 +2,11 @@
 #include "levelpanel.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 #include <string_view>
 
-#include <values/value.h>
-
+#include "frequencyunits.h"
 #include "printing/text.h"
 
 namespace RecTool {
@@ -18,164 +16,121 @@ namespace {
 constexpr const char* Degrees = "\u00b0";
 constexpr const char* Hertz = "Hz";
 
-const values::ValueNumeric<double>* asNumber(const values::ValueBase* value)
+bool isOneOf(std::initializer_list<std::string_view> keywords, const std::string& keyword)
 {
-    const bool isNumber = value != nullptr && (value->GetType() == values::ValueType::Numeric ||
-                                               value->GetType() == values::ValueType::NumericWithOffset);
-    return isNumber ? static_cast<const values::ValueNumeric<double>*>(value) : nullptr;
+    return std::find(keywords.begin(), keywords.end(), keyword) != keywords.end();
 }
 
 /// The middle of the values of a keyword that go round in a circle.
-std::optional<double> middleOf(std::string_view keyword)
+std::optional<double> middleOf(const std::string& keyword)
 {
     constexpr double South = 180;
-    for (const char* direction : {"TRUEHEADING", "AZIMUTH", "AZIMUTHSTART", "AZIMUTHSTOP", "RFAZIMUTHRULER"}) {
-        if (keyword == direction) {
-            return South;
-        }
+    if (isOneOf({"TRUEHEADING", "AZIMUTH", "AZIMUTHSTART", "AZIMUTHSTOP", "RFAZIMUTHRULER"}, keyword)) {
+        return South;
     }
     return keyword == "LOCATIONLONGITUDE" ? std::optional(0.0) : std::nullopt;
 }
 
-}  // namespace
-
+/// What the numbers of a keyword are counted in; empty where that is not fixed or there is no unit.
 std::string unitOf(const std::string& keyword)
 {
-    struct Known {
-        std::string_view keyword;
-        const char* unit;
-    };
-    constexpr std::array Units{
-        Known{"LEVEL", "dB"},
-        Known{"FIELDSTRENGTH", "dB"},
-        Known{"ATTENUATION", "dB"},
-        Known{"SQUELCHVALUE", "dB"},
-        Known{"RFYLIMIT", "dB"},
-        Known{"STARTLEVEL", "dB"},
-        Known{"STOPLEVEL", "dB"},
-        Known{"IFSTARTLEVEL", "dB"},
-        Known{"IFSTOPLEVEL", "dB"},
-        Known{"IFLEVELTHRESHOLD", "dB"},
-        Known{"FREQUENCY", Hertz},
-        Known{"FREQOFFSET", Hertz},
-        Known{"STARTFREQ", Hertz},
-        Known{"STOPFREQ", Hertz},
-        Known{"STEPFREQ", Hertz},
-        Known{"BANDWIDTH", Hertz},
-        Known{"DFBANDWIDTH", Hertz},
-        Known{"AFBANDWIDTH", Hertz},
-        Known{"IFSPAN", Hertz},
-        Known{"AZIMUTH", Degrees},
-        Known{"AZIMUTHSTART", Degrees},
-        Known{"AZIMUTHSTOP", Degrees},
-        Known{"ELEVATION", Degrees},
-        Known{"ELEVATIONSTART", Degrees},
-        Known{"ELEVATIONSTOP", Degrees},
-        Known{"RFAZIMUTHRULER", Degrees},
-        Known{"RFELEVATIONRULER", Degrees},
-        Known{"TRUEHEADING", Degrees},
-        Known{"PITCH", Degrees},
-        Known{"ROLL", Degrees},
-        Known{"LOCATIONLATITUDE", Degrees},
-        Known{"LOCATIONLONGITUDE", Degrees},
-        Known{"ALTITUDE", "m"},
-        Known{"VELOCITY", "m/s"},
-        Known{"QUALITY", "%"},
-    };
-    const auto known = std::find_if(Units.begin(), Units.end(), [&](const Known& k) { return k.keyword == keyword; });
-    return known == Units.end() ? std::string() : known->unit;
+    const bool isLevel = isOneOf({"LEVEL", "FIELDSTRENGTH", "ATTENUATION", "SQUELCHVALUE", "RFYLIMIT", "STARTLEVEL",
+                                  "STOPLEVEL", "IFSTARTLEVEL", "IFSTOPLEVEL", "IFLEVELTHRESHOLD"},
+                                 keyword);
+    const bool isFrequency = isOneOf({"FREQUENCY", "FREQOFFSET", "STARTFREQ", "STOPFREQ", "STEPFREQ", "BANDWIDTH",
+                                      "DFBANDWIDTH", "AFBANDWIDTH", "IFSPAN"},
+                                     keyword);
+    const bool isAngle = isOneOf(
+        {"ELEVATION", "ELEVATIONSTART", "ELEVATIONSTOP", "RFELEVATIONRULER", "PITCH", "ROLL", "LOCATIONLATITUDE"},
+        keyword);
+    return isLevel                        ? "dB"
+           : isFrequency                  ? Hertz
+           : isAngle || middleOf(keyword) ? Degrees
+           : keyword == "ALTITUDE"        ? "m"
+           : keyword == "VELOCITY"        ? "m/s"
+           : keyword == "QUALITY"         ? "%"
+                                          : "";
 }
 
-std::vector<Series> makeSeries(const std::vector<PlotSource::TypeInTrack>& types, const std::string& unit,
-                               const PlotSource& source, int width)
+}  // namespace
+
+void Series::visit(const PlottedRecord& plotted)
 {
+    if (!(plotted.type == type)) {
+        return;
+    }
+    if (const std::optional<double> number = plotted.number()) {
+        envelope->add(plotted.momentMs, *number);
+    } else {
+        ++passedOver;
+    }
+}
+
+std::optional<std::vector<Series>> wantedSeries(const PlotSource& source, const std::vector<std::string>& types,
+                                                const std::string& unit)
+{
+    const auto taken = source.takeTypes(types);
+    if (!taken) {
+        return std::nullopt;
+    }
     std::vector<Series> all;
-    for (const PlotSource::TypeInTrack& type : types) {
+    for (const TrackType& type : *taken) {
         const std::string keyword = source.tracks()[type.track].names.label(type.code);
-        all.push_back({type.track, type.code, keyword, source.labelled(type.track, keyword),
-                       unit.empty() ? unitOf(keyword) : unit,
-                       Envelope(static_cast<std::size_t>(width), source.span(), middleOf(keyword)), 0});
+        all.push_back({type, keyword, unit.empty() ? unitOf(keyword) : unit, false, std::nullopt, 0});
     }
     return all;
 }
 
-void SeriesReplay::visit(const PlottedRecord& plotted)
+void beginEnvelopes(std::vector<Series>& all, const TimeSpan& span, int width)
 {
-    for (Series& series : m_all) {
-        if (series.track != plotted.track || series.code != plotted.record.code) {
-            continue;
-        }
-        if (const auto* number = asNumber(m_recorded[plotted.track].apply(plotted.record))) {
-            series.envelope.add(plotted.momentMs, number->GetValue());
-        } else {
-            ++series.passedOver;
-        }
+    for (Series& series : all) {
+        series.envelope.emplace(static_cast<std::size_t>(width), span, middleOf(series.keyword));
     }
 }
 
-void SeriesReplay::finish()
+void endEnvelopes(std::vector<Series>& all)
 {
-    for (Series& series : m_all) {
-        series.envelope.finish();
+    for (Series& series : all) {
+        series.envelope->finish();
     }
 }
 
 std::string noNumbers(const PlotOptions& options, const Series& series)
 {
-    if (!std::isnan(series.envelope.lowest())) {
+    if (!std::isnan(series.envelope->lowest())) {
         return "";
     }
     if (series.passedOver > 0) {
         return "The records of " + series.keyword + " hold no numbers.";
     }
-    if (series.envelope.records() > 0) {
+    if (series.envelope->records() > 0) {
         return series.keyword + " was not measured: its records hold no number that is one.";
     }
-    const bool all = options.from.empty() && options.to.empty();
-    return "There is no record of " + series.keyword + (all ? " in the recording." : " in or before the span.");
+    return noRecord(options, series.keyword);
 }
 
-void setTimeAcross(Picture& picture, const PlotSource& source, const PanelPlace& place, QCPAxisRect& rect)
+LevelPanel::LevelPanel(Picture& picture, const Series& series, int row)
+    : Panel(picture), m_series(series), m_envelope(*series.envelope), m_unit(QString::fromStdString(series.unit))
 {
     constexpr int Sides = 120;
-    QCPAxis& time = *rect.axis(QCPAxis::atBottom);
-    QCPAxis& above = *rect.axis(QCPAxis::atTop);
-    for (QCPAxis* axis : rect.axes()) {
-        axis->setVisible(true);
-        axis->setSubTicks(false);
-    }
-    rect.axis(QCPAxis::atRight)->setTicks(false);
-    setTimeAxis(picture, time, source, TimeScale::Clock, picture.width() - Sides);
-    setTimeAxis(picture, above, source, TimeScale::Elapsed, picture.width() - Sides);
-    const bool hasElapsed = place.isFirst && hasClock(source);
-    above.setTickLabels(hasElapsed);
-    above.setTicks(hasClock(source));
-    above.setLabel(hasElapsed ? above.label() : QString());
-    time.setTickLabels(place.isLast);
-    time.setLabel(place.isLast ? time.label() : QString());
-    rect.setMarginGroup(QCP::msLeft | QCP::msRight, place.sides);
-}
-
-LevelPanel::LevelPanel(Picture& picture, const PlotSource& source, const Series& series, const PanelPlace& place)
-    : m_picture(picture), m_source(source), m_series(series), m_unit(QString::fromStdString(series.unit))
-{
     auto* layout = new QCPLayoutGrid;
-    picture.body().addElement(place.row, 0, layout);
+    picture.body().addElement(row, 0, layout);
     layout->setRowSpacing(0);
     m_rect = picture.addAxisRect(*layout, 1, 0);
-    m_rect->setMinimumMargins(QMargins(8, 12, 34, 8));
-    setTimeAcross(picture, source, place, *m_rect);
+    setTimeAcross(picture, *m_rect, row, picture.width() - Sides);
     chooseScale();
-    addLabel(*layout, place.isFirst && place.isLast);
-    draw();
+    addLabel(*layout);
+    m_envelope.hasPoints() ? drawPoints() : drawColumns();
     setNumberTicks(picture, valueAxis(), picture.height());
 }
 
 /// Beside the axis where there is but one panel; several are too low for it.
-void LevelPanel::addLabel(QCPLayoutGrid& layout, bool isAlone)
+void LevelPanel::addLabel(QCPLayoutGrid& layout)
 {
-    const QString label = QString::fromStdString(m_series.label);
+    const QString label = QString::fromStdString(m_picture.source().labelled(m_series.type.track, m_series.keyword));
     const QString whole = m_unit.isEmpty() ? label : QStringLiteral("%1 (%2)").arg(label, m_unit);
+    const bool isAlone = m_picture.rows() == 1;
+    m_rect->setMinimumMargins(isAlone ? QMargins(8, 12, 34, 8) : QMargins(8, 2, 34, 2));
     if (isAlone) {
         valueAxis().setLabel(whole);
         return;
@@ -183,63 +138,61 @@ void LevelPanel::addLabel(QCPLayoutGrid& layout, bool isAlone)
     QCPTextElement* title = m_picture.addText(layout, 0, 0, whole);
     title->setTextFlags(Qt::AlignLeft | Qt::AlignBottom);
     title->setMargins(QMargins(8, 4, 0, 0));
-    m_rect->setMinimumMargins(QMargins(8, 2, 34, 2));
-    constexpr double AsLittleAsPossible = 0.001;
     layout.setRowStretchFactor(0, AsLittleAsPossible);
 }
 
 /// Frequencies are recorded in Hz and read in MHz.
 void LevelPanel::chooseScale()
 {
+    const double lowest = m_envelope.lowest();
+    const double highest = m_envelope.highest();
     if (m_series.unit == Hertz) {
-        const FrequencyUnit unit =
-            usualUnit(std::max(std::abs(m_series.envelope.lowest()), std::abs(m_series.envelope.highest())));
+        const FrequencyUnit unit = usualUnit(std::max(std::abs(lowest), std::abs(highest)));
         m_scale = unit.hz;
         m_unit = QString::fromLatin1(unit.name);
     }
-}
-
-void LevelPanel::draw()
-{
-    const double low = m_series.envelope.lowest() / m_scale;
-    const double high = m_series.envelope.highest() / m_scale;
-    if (!std::isnan(low)) {
+    if (!std::isnan(lowest)) {
         constexpr double Room = 0.06;
         constexpr double Least = 1e-9;
+        const double low = lowest / m_scale;
+        const double high = highest / m_scale;
         const double least = std::max(std::abs(high) * Least, std::numeric_limits<double>::min());
         const double room = high - low > least ? (high - low) * Room : std::max(1.0, std::abs(high) * Least * 10);
         valueAxis().setRange(low - room, high + room);
     }
-    m_series.envelope.hasPoints() ? drawPoints() : drawColumns();
+}
+
+QCPGraph& LevelPanel::addGraph(QCPGraph* graph, QCPGraph::LineStyle style)
+{
+    graph->setPen(QPen(QColor(0x1f, 0x4e, 0x9c), 1.2));
+    graph->setLineStyle(style);
+    graph->removeFromLegend();
+    return *graph;
 }
 
 /// Every value, from its record to the next one.
 void LevelPanel::drawPoints()
 {
-    const std::vector<Envelope::Point>& points = m_series.envelope.points();
-    auto* graph = addGraph<QCPGraph>();
-    graph->removeFromLegend();
-    graph->setLineStyle(QCPGraph::lsStepLeft);
+    const std::vector<Envelope::Point>& points = m_envelope.points();
+    QCPGraph& graph = addGraph(new QCPGraph(&timeAxis(), &valueAxis()), QCPGraph::lsStepLeft);
     for (std::size_t i = 0; i < points.size(); ++i) {
         const Envelope::Point& point = points[i];
-        if (i > 0 && m_series.envelope.passesSeam(points[i - 1].value, point.value)) {
-            graph->addData(point.timeMs, points[i - 1].value / m_scale);
-            graph->addData(point.timeMs, std::numeric_limits<double>::quiet_NaN());
+        if (i > 0 && m_envelope.passesSeam(points[i - 1].value, point.value)) {
+            graph.addData(point.timeMs, points[i - 1].value / m_scale);
+            graph.addData(point.timeMs, std::numeric_limits<double>::quiet_NaN());
         }
-        graph->addData(point.timeMs, point.value / m_scale);
+        graph.addData(point.timeMs, point.value / m_scale);
     }
     if (!points.empty()) {
-        graph->addData(m_source.span().toMs, points.back().value / m_scale);
+        graph.addData(m_picture.source().span().toMs, points.back().value / m_scale);
     }
     constexpr std::size_t FewPoints = 60;
     constexpr double Size = 5;
     if (points.size() <= FewPoints) {
-        auto* marks = addGraph<WholePoints>();
-        marks->removeFromLegend();
-        marks->setLineStyle(QCPGraph::lsNone);
-        marks->setScatterStyle(QCPScatterStyle(QCPScatterStyle::ssDisc, Size));
+        QCPGraph& marks = addGraph(new WholePoints(&timeAxis(), &valueAxis()), QCPGraph::lsNone);
+        marks.setScatterStyle(QCPScatterStyle(QCPScatterStyle::ssDisc, Size));
         for (const Envelope::Point& point : points) {
-            marks->addData(point.timeMs, point.value / m_scale);
+            marks.addData(point.timeMs, point.value / m_scale);
         }
     }
 }
@@ -247,27 +200,43 @@ void LevelPanel::drawPoints()
 /// From the lowest to the highest value of each column.
 void LevelPanel::drawColumns()
 {
-    const std::size_t columns = m_series.envelope.columns().size();
-    const double width = m_source.span().width() / static_cast<double>(columns);
+    const std::size_t columns = m_envelope.columns().size();
+    const double width = m_picture.source().span().width() / static_cast<double>(columns);
     // A value that does not change is still a line of a pixel.
     const double least = valueAxis().range().size() / m_picture.height() / 2;
-    auto* middles = addGraph<QCPGraph>();
-    middles->removeFromLegend();
+    QCPGraph& middles = addGraph(new QCPGraph(&timeAxis(), &valueAxis()), QCPGraph::lsNone);
     auto* bars = new QCPErrorBars(&timeAxis(), &valueAxis());
-    bars->removeFromLegend();
     for (std::size_t i = 0; i < columns; ++i) {
-        const double time = m_source.span().fromMs + width * (static_cast<double>(i) + 0.5);
-        for (const Envelope::Bar& bar : m_series.envelope.bars(i)) {
-            middles->addData(time, (bar.lowest + bar.highest) / 2 / m_scale);
+        const double time = m_picture.source().span().fromMs + width * (static_cast<double>(i) + 0.5);
+        for (const Envelope::Bar& bar : m_envelope.bars(i)) {
+            middles.addData(time, (bar.lowest + bar.highest) / 2 / m_scale);
             bars->addData(std::max(least, (bar.highest - bar.lowest) / 2 / m_scale));
         }
     }
-    middles->setLineStyle(QCPGraph::lsNone);
-    bars->setDataPlottable(middles);
+    bars->removeFromLegend();
+    bars->setDataPlottable(&middles);
     bars->setWhiskerWidth(0);
     bars->setSymbolGap(0);
-    bars->setPen(middles->pen());
+    bars->setPen(middles.pen());
     bars->setAntialiased(false);
+}
+
+Json LevelPanel::json() const
+{
+    Json json = {{"type", "level"}};
+    json.update(m_picture.deviceJson(m_series.type.track));
+    json.update({{"keyword", m_series.keyword},
+                 {"unit", m_series.unit},
+                 {"records", m_envelope.records()},
+                 {"min", m_envelope.lowest()},
+                 {"max", m_envelope.highest()}});
+    json.update(placeInTimeline(*m_rect));
+    return json;
+}
+
+ExitCode LevelPanel::tellPassedOver(ExitCode result) const
+{
+    return withPassedOver(m_picture.source().file(), m_series.keyword, "numbers", m_series.passedOver, result);
 }
 
 }  // namespace RecTool

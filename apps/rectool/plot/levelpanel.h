@@ -8,83 +8,55 @@
 
 #include "axes.h"
 #include "envelope.h"
-#include "picture.h"
-#include "replay/recordedvalues.h"
 
 namespace RecTool {
 
 /// A type whose numbers are drawn.
 struct Series {
-    std::size_t track = 0;
-    std::int32_t code = 0;
+    TrackType type;
     std::string keyword;
-    std::string label;  // the keyword, with the device where there are several
-    std::string unit;   // of the numbers as they are recorded; empty for none
-    Envelope envelope;
+    std::string unit;         // of the numbers as they are recorded; empty for none
+    bool isRecorded = false;  // as far as a first pass found
+    std::optional<Envelope> envelope;
     std::uint64_t passedOver = 0;  // records that are no number
+
+    void visit(const PlottedRecord& plotted);
 };
 
-/// What the numbers of a keyword are counted in; empty where that is not fixed or there is no unit.
-[[nodiscard]] std::string unitOf(const std::string& keyword);
-
-/// The series of types. @param unit empty: what is known of the keywords
-[[nodiscard]] std::vector<Series> makeSeries(const std::vector<PlotSource::TypeInTrack>& types, const std::string& unit,
-                                             const PlotSource& source, int width);
-/// Takes over the numbers of records.
-class SeriesReplay {
-public:
-    SeriesReplay(std::vector<Series>& all, const PlotSource& source) : m_all(all), m_recorded(source.tracks().size()) {}
-
-    void visit(const PlottedRecord& record);
-    void finish();
-
-private:
-    std::vector<Series>& m_all;
-    std::vector<RecordedValues> m_recorded;  // by track
-};
+/// The series of types, without their envelopes. @param unit empty: what is known of the keywords
+/// @return nothing, told, when one of the types is in none of the recordings
+[[nodiscard]] std::optional<std::vector<Series>> wantedSeries(const PlotSource& source,
+                                                              const std::vector<std::string>& types,
+                                                              const std::string& unit);
+/// Begins and ends the pass that visits them. @param width pixels
+void beginEnvelopes(std::vector<Series>& all, const TimeSpan& span, int width);
+void endEnvelopes(std::vector<Series>& all);
 
 /// Why a series cannot be drawn; empty where it can.
 [[nodiscard]] std::string noNumbers(const PlotOptions& options, const Series& series);
 
-/// Where a panel is among those below each other.
-struct PanelPlace {
-    int row = 0;
-    bool isFirst = true;
-    bool isLast = true;
-    QCPMarginGroup* sides = nullptr;  // all panels are as wide
-};
-
-/// Makes the axes of a panel whose time runs across. What is the same for all panels stands above and below them.
-void setTimeAcross(Picture& picture, const PlotSource& source, const PanelPlace& place, QCPAxisRect& rect);
-
-class LevelPanel {
+class LevelPanel final : public Panel {
 public:
-    LevelPanel(Picture& picture, const PlotSource& source, const Series& series, const PanelPlace& place);
+    /// @param series its name and numbers; must outlive the panel
+    LevelPanel(Picture& picture, const Series& series, int row);
 
-    void finishAxes() { setNumberTicks(m_picture, valueAxis(), m_rect->height()); }
-    void mark() { markBookmarks(m_picture, timeAxis(), m_source); }
-    [[nodiscard]] QCPAxisRect& rect() { return *m_rect; }
+    void finish() override { setNumberTicks(m_picture, valueAxis(), m_rect->height()); }
+    void mark() override { markBookmarks(m_picture, timeAxis()); }
+    [[nodiscard]] Json json() const override;
+    [[nodiscard]] ExitCode tellPassedOver(ExitCode result) const override;
 
 private:
     [[nodiscard]] QCPAxis& timeAxis() { return *m_rect->axis(QCPAxis::atBottom); }
     [[nodiscard]] QCPAxis& valueAxis() { return *m_rect->axis(QCPAxis::atLeft); }
 
-    template <typename Graph>
-    Graph* addGraph()
-    {
-        auto* graph = new Graph(&timeAxis(), &valueAxis());
-        graph->setPen(QPen(QColor(0x1f, 0x4e, 0x9c), 1.2));
-        return graph;
-    }
-    void addLabel(QCPLayoutGrid& layout, bool isAlone);
+    QCPGraph& addGraph(QCPGraph* graph, QCPGraph::LineStyle style);
+    void addLabel(QCPLayoutGrid& layout);
     void chooseScale();
-    void draw();
     void drawPoints();
     void drawColumns();
 
-    Picture& m_picture;
-    const PlotSource& m_source;
     const Series& m_series;
+    const Envelope& m_envelope;
     double m_scale = 1;  // what is recorded for one of the axis
     QString m_unit;
     QCPAxisRect* m_rect = nullptr;

@@ -2,14 +2,12 @@
 #include "picture.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <filesystem>
 #include <iostream>
 
 #include <QBuffer>
 #include <QFileInfo>
-#include <QFontMetrics>
 #include <QImageWriter>
 #include <QPdfWriter>
 
@@ -45,8 +43,6 @@ ExitCode refuse(const PlotOptions& options, const std::string& why)
     complain(options.output, why);
     return ExitCode::Usage;
 }
-
-constexpr int Margin = 14;
 
 }  // namespace
 
@@ -98,55 +94,46 @@ DrawingApplication::DrawingApplication() : m_argv{m_name.data(), nullptr}
     m_application = std::make_unique<QApplication>(m_argc, m_argv);
 }
 
-Picture::Picture(const PlotOptions& options, const PlotSource& source, const QString& title)
-    : m_output(options.output),
-      m_width(options.width),
-      m_height(options.height),
-      m_font(QStringLiteral("DejaVu Sans")),
-      m_body(new QCPLayoutGrid)
+Picture::Picture(const PlotOptions& options, int height, PlotSource& source, const QString& title, std::size_t rows)
+    : m_options(options),
+      m_source(source),
+      m_height(height),
+      m_rows(static_cast<int>(rows)),
+      m_font(QStringLiteral("DejaVu Sans"))
 {
     constexpr int Wide = 1000;
-    m_font.setPixelSize(m_width >= Wide ? 13 : 11);
+    m_font.setPixelSize(width() >= Wide ? 13 : 11);
     m_plot.setFont(m_font);
-    m_plot.setViewport(QRect(0, 0, m_width, m_height));
-    QCPLayoutGrid& grid = *m_plot.plotLayout();
-    grid.clear();
-    grid.setRowSpacing(0);
+    m_plot.plotLayout()->clear();
+    m_plot.plotLayout()->setRowSpacing(0);
+    addTitles(title);
+    m_plot.plotLayout()->addElement(3, 0, m_body);
+    m_body->setMargins(QMargins(0, 0, 0, 0));
+}
 
-    QString device = QString::fromStdString(source.devices());
-    if (isClockTime(source.startMs(), source.span())) {
-        device += (device.isEmpty() ? "started " : ", started ") + QString::fromStdString(utc(source.startMs()));
+void Picture::addTitles(const QString& title)
+{
+    constexpr int Margin = 14;
+    QString device = m_source.devices();
+    if (isClockTime(m_source.startMs(), m_source.span())) {
+        device += (device.isEmpty() ? "started " : ", started ") + QString::fromStdString(utc(m_source.startMs()));
     }
-    QString file = QFileInfo(forQt(source.file())).fileName();
-    if (source.files() > 1) {
-        file += QStringLiteral(" and %1 more").arg(source.files() - 1);
+    QString file = QFileInfo(forQt(m_source.file())).fileName();
+    if (m_source.files() > 1) {
+        file += QStringLiteral(" and %1 more").arg(m_source.files() - 1);
     }
-    const int room = m_width - 2 * Margin;
+    const int room = width() - 2 * Margin;
     QFont large = m_font;
     large.setPixelSize(m_font.pixelSize() + 4);
     large.setBold(true);
+    QCPLayoutGrid& grid = *m_plot.plotLayout();
     addText(grid, 0, 0, elided(title, room * m_font.pixelSize() / (large.pixelSize() + 2)))->setFont(large);
     addText(grid, 1, 0, elided(device, room));
     addText(grid, 2, 0, elided(file, room))->setTextColor(QColor(90, 90, 90));
     for (int row = 0; row < 3; ++row) {
         grid.element(row, 0)->setMargins(QMargins(Margin, row == 0 ? Margin / 2 : 1, Margin, 1));
-    }
-    grid.addElement(3, 0, m_body);
-    m_body->setMargins(QMargins(0, 0, 0, 0));
-    constexpr double AsLittleAsPossible = 0.001;
-    for (int row = 0; row < 3; ++row) {
         grid.setRowStretchFactor(row, AsLittleAsPossible);
     }
-}
-
-int Picture::widthOf(const QString& text) const
-{
-    return QFontMetrics(m_font).horizontalAdvance(text);
-}
-
-int Picture::lineHeight() const
-{
-    return QFontMetrics(m_font).height();
 }
 
 QString Picture::elided(const QString& text, int pixels) const
@@ -177,9 +164,34 @@ QCPTextElement* Picture::addText(QCPLayoutGrid& grid, int row, int column, const
     return element;
 }
 
+QCPLegend* Picture::addLegend(QCPLayoutGrid& grid, int row, int column, const QCPAxisRect& rect)
+{
+    auto* place = new QCPLayoutGrid;
+    grid.addElement(row, column, place);
+    auto* legend = new QCPLegend;
+    place->addElement(0, 0, legend);
+    place->addElement(1, 0, new QCPLayoutElement(&m_plot));  // takes what the legend does not need
+    legend->setLayer(QStringLiteral("legend"));
+    legend->setFont(m_font);
+    legend->setBorderPen(Qt::NoPen);
+    for (QCPGraph* graph : rect.graphs()) {
+        graph->addToLegend(legend);
+    }
+    return legend;
+}
+
+QCPItemLine* Picture::addLine(const QPointF& from, const QPointF& to, const QPen& pen)
+{
+    auto* line = addItem<QCPItemLine>();
+    line->setPen(pen);
+    line->start->setPixelPosition(from);
+    line->end->setPixelPosition(to);
+    return line;
+}
+
 void Picture::layOut()
 {
-    m_plot.setViewport(QRect(0, 0, m_width, m_height));
+    m_plot.setViewport(QRect(0, 0, width(), m_height));
     m_plot.replot(QCustomPlot::rpImmediateRefresh);
 }
 
@@ -189,7 +201,7 @@ bool Picture::write(QIODevice& device, const QByteArray& format)
         constexpr double PointsPerInch = 72;
         QPdfWriter writer(&device);
         writer.setResolution(static_cast<int>(PointsPerInch));
-        writer.setPageSize(QPageSize(QSizeF(m_width, m_height), QPageSize::Point));
+        writer.setPageSize(QPageSize(QSizeF(width(), m_height), QPageSize::Point));
         writer.setPageMargins(QMarginsF());
         QCPPainter painter;
         if (!painter.begin(&writer)) {
@@ -197,11 +209,11 @@ bool Picture::write(QIODevice& device, const QByteArray& format)
         }
         painter.setMode(QCPPainter::pmVectorized);
         painter.setMode(QCPPainter::pmNoCaching);
-        m_plot.toPainter(&painter, m_width, m_height);
+        m_plot.toPainter(&painter, width(), m_height);
         return painter.end();
     }
     constexpr int FineJpeg = 92;
-    const QImage image = m_plot.toPixmap(m_width, m_height).toImage();
+    const QImage image = m_plot.toPixmap(width(), m_height).toImage();
     QImageWriter writer(&device, format);
     writer.setQuality(format == "png" ? -1 : FineJpeg);
     return !image.isNull() && writer.write(image);
@@ -209,30 +221,21 @@ bool Picture::write(QIODevice& device, const QByteArray& format)
 
 ExitCode Picture::save()
 {
-    const QByteArray format = suffixOf(forQt(m_output)).toLatin1();
+    const QByteArray format = suffixOf(forQt(m_options.output)).toLatin1();
     // Made in memory first: libraries that meet a full disk print messages of their own.
     QBuffer picture;
     picture.open(QIODevice::WriteOnly);
     if (!write(picture, format)) {
-        complain(m_output, "The picture could not be made.");
+        complain(m_options.output, "The picture could not be made.");
         return ExitCode::CannotRead;
     }
-    return saveFile(m_output, [&](QIODevice& file) { return file.write(picture.data()) == picture.size(); });
+    return saveFile(m_options.output, [&](QIODevice& file) { return file.write(picture.data()) == picture.size(); });
 }
 
 QRect WholePoints::clipRect() const
 {
     constexpr int Point = 4;  // half of one and a bit
     return QCPGraph::clipRect().adjusted(-Point, -Point, Point, Point);
-}
-
-Json deviceJson(const PlotSource& source, std::size_t track)
-{
-    Json json = Json::object();
-    if (source.tracks().size() > 1) {
-        json["device"] = source.tracks()[track].device;
-    }
-    return json;
 }
 
 Json msJson(double ms)
@@ -249,24 +252,75 @@ Json levelJson(double level)
     return std::isfinite(level) ? Json(std::round(level * PerUnit) / PerUnit) : Json();
 }
 
-Json pictureJson(const PlotOptions& options, const PlotSource& source)
+Json Panel::placeInTimeline(const QCPAxisRect& rect)
+{
+    return {{"left", rect.left()}, {"top", rect.top()}, {"columns", rect.width()}, {"rows", rect.height()}};
+}
+
+ExitCode Picture::draw(const std::function<void(Json&)>& tell)
+{
+    const auto all = [this](void (Panel::*step)()) {
+        for (const auto& panel : m_panels) {
+            (*panel.*step)();
+        }
+    };
+    layOut();
+    all(&Panel::keepPlace);
+    if (m_source.isPassLeft()) {
+        m_source.walk([this](const PlottedRecord& plotted) {
+            for (const auto& panel : m_panels) {
+                panel->visit(plotted);
+            }
+        });
+    }
+    all(&Panel::finish);
+    layOut();
+    all(&Panel::mark);
+    ExitCode result = save();
+    if (result == ExitCode::Fine && m_options.json) {
+        Json shown = json();
+        tell(shown);
+        std::cout << dump(shown, 2) << '\n';
+    }
+    for (const auto& panel : m_panels) {
+        result = panel->tellPassedOver(result);
+    }
+    return result;
+}
+
+Json Picture::panelsJson() const
+{
+    Json panels = Json::array();
+    for (const auto& panel : m_panels) {
+        panels.push_back(panel->json());
+    }
+    return panels;
+}
+
+Json Picture::deviceJson(std::size_t track) const
+{
+    const bool areSeveral = m_source.tracks().size() > 1;
+    return areSeveral ? Json{{"device", m_source.tracks()[track].device}} : Json::object();
+}
+
+Json Picture::json() const
 {
     Json bookmarks = Json::array();
-    for (const auto& bookmark : source.bookmarks()) {
+    for (const auto& bookmark : m_source.bookmarks()) {
         bookmarks.push_back(toJson(bookmark));
     }
-    Json json = {{"file", shownName(source.file())}};
-    if (options.files.size() > 1) {
+    Json json = {{"file", shownName(m_source.file())}};
+    if (m_options.files.size() > 1) {
         json["files"] = Json::array();
-        for (const std::string& file : options.files) {
+        for (const std::string& file : m_options.files) {
             json["files"].push_back(shownName(file));
         }
     }
-    json.update({{"picture", options.output},
-                 {"width", options.width},
-                 {"height", options.height},
-                 {"fromMs", msJson(source.span().fromMs)},
-                 {"toMs", msJson(source.span().toMs)},
+    json.update({{"picture", m_options.output},
+                 {"width", width()},
+                 {"height", m_height},
+                 {"fromMs", msJson(m_source.span().fromMs)},
+                 {"toMs", msJson(m_source.span().toMs)},
                  {"bookmarks", std::move(bookmarks)}});
     return json;
 }

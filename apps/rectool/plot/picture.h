@@ -1,15 +1,18 @@
 // A picture file: where it may be written, and what is on every picture.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <qcustomplot.h>
 #include <QApplication>
 #include <QColor>
 #include <QFont>
+#include <QFontMetrics>
 #include <QTemporaryDir>
 
 #include "plot.h"
@@ -48,21 +51,68 @@ protected:
     [[nodiscard]] QRect clipRect() const override;
 };
 
-/// The sheet that is drawn on: a title, what the picture is of, and below them what the verbs put there.
+class Picture;
+
+/// A row of a picture, or a part of one.
+class Panel {
+public:
+    Panel(const Panel&) = delete;
+    Panel& operator=(const Panel&) = delete;
+    virtual ~Panel() = default;
+
+    /// Its place was found for the first time.
+    virtual void keepPlace() {}
+    /// Takes a record of the last pass, if there is one left.
+    virtual void visit(const PlottedRecord& /*plotted*/) {}
+    /// Draws what depends on the place and on the last pass.
+    virtual void finish() {}
+    /// Draws over what is there, now that all places are final.
+    virtual void mark() {}
+    [[nodiscard]] virtual Json json() const { return {}; }
+    /// Tells of records that could not be drawn. @return the result, Damaged where it was Fine
+    [[nodiscard]] virtual ExitCode tellPassedOver(ExitCode result) const { return result; }
+
+protected:
+    explicit Panel(Picture& picture) : m_picture(picture) {}
+    [[nodiscard]] static Json placeInTimeline(const QCPAxisRect& rect);
+
+    Picture& m_picture;  // NOLINT: for all panels
+};
+
+/// The sheet that is drawn on: a title, what the picture is of, and below them panels.
 class Picture {
 public:
-    Picture(const PlotOptions& options, const PlotSource& source, const QString& title);
+    /// @param rows of panels @param height as heightFor found it
+    Picture(const PlotOptions& options, int height, PlotSource& source, const QString& title, std::size_t rows);
 
     [[nodiscard]] QCustomPlot& plot() { return m_plot; }
+    [[nodiscard]] const PlotSource& source() const { return m_source; }
     /// Where the panels go, from above.
     [[nodiscard]] QCPLayoutGrid& body() { return *m_body; }
     [[nodiscard]] const QFont& font() const { return m_font; }
-    [[nodiscard]] int width() const { return m_width; }
+    [[nodiscard]] int width() const { return m_options.width; }
     [[nodiscard]] int height() const { return m_height; }
+    [[nodiscard]] int rows() const { return m_rows; }
+    /// Panels of one width.
+    [[nodiscard]] QCPMarginGroup& sides() { return m_sides; }
     /// How wide a text is, in pixels.
-    [[nodiscard]] int widthOf(const QString& text) const;
-    [[nodiscard]] int lineHeight() const;
+    [[nodiscard]] int widthOf(const QString& text) const { return QFontMetrics(m_font).horizontalAdvance(text); }
+    [[nodiscard]] int lineHeight() const { return QFontMetrics(m_font).height(); }
+    /// The text, cut in the middle to a number of pixels.
+    [[nodiscard]] QString elided(const QString& text, int pixels) const;
+
+    template <typename Kind, typename... Arguments>
+    Kind& addPanel(Arguments&&... arguments)
+    {
+        auto panel = std::make_unique<Kind>(*this, std::forward<Arguments>(arguments)...);
+        Kind& added = *panel;
+        m_panels.push_back(std::move(panel));
+        return added;
+    }
     [[nodiscard]] QCPAxisRect* addAxisRect(QCPLayoutGrid& grid, int row, int column);
+    QCPTextElement* addText(QCPLayoutGrid& grid, int row, int column, const QString& text);
+    /// What the graphs of a rect mean.
+    QCPLegend* addLegend(QCPLayoutGrid& grid, int row, int column, const QCPAxisRect& rect);
     /// Something drawn over the panels, at pixels or at coordinates; owned by the plot.
     template <typename Item>
     Item* addItem(const char* layer = "overlay")
@@ -72,33 +122,41 @@ public:
         item->setLayer(QLatin1String(layer));
         return item;
     }
-    QCPTextElement* addText(QCPLayoutGrid& grid, int row, int column, const QString& text);
-    /// The text, cut in the middle to a number of pixels.
-    [[nodiscard]] QString elided(const QString& text, int pixels) const;
-    /// Finds the places of everything, so that pixels can be asked for.
-    void layOut();
+    QCPItemLine* addLine(const QPointF& from, const QPointF& to, const QPen& pen);
 
-    /// Stores the picture under its name, at once or not at all. @return Fine, or, told, CannotRead
-    [[nodiscard]] ExitCode save();
+    /// Draws the panels, with the last pass if one is left, stores the picture under its name, at once or not at all,
+    /// and prints the JSON about it if that is asked for. @param tell adds to the JSON what the picture shows
+    /// @return Fine, or, told, CannotRead or Damaged
+    [[nodiscard]] ExitCode draw(const std::function<void(Json&)>& tell);
+    [[nodiscard]] Json panelsJson() const;
+    /// An object with the device of a track, where there are several.
+    [[nodiscard]] Json deviceJson(std::size_t track) const;
 
 private:
+    void addTitles(const QString& title);
+    void layOut();
     bool write(QIODevice& device, const QByteArray& format);
+    [[nodiscard]] ExitCode save();
+    [[nodiscard]] Json json() const;
 
-    std::string m_output;
-    int m_width;
+    DrawingApplication m_application;
+    const PlotOptions& m_options;
+    PlotSource& m_source;
     int m_height;
+    int m_rows;
     QFont m_font;
     QCustomPlot m_plot;
-    QCPLayoutGrid* m_body;
+    QCPMarginGroup m_sides{&m_plot};
+    QCPLayoutGrid* m_body = new QCPLayoutGrid;
+    std::vector<std::unique_ptr<Panel>> m_panels;
 };
 
-/// The fields that the JSON of every picture begins with.
-[[nodiscard]] Json pictureJson(const PlotOptions& options, const PlotSource& source);
-/// An object with the device of a track, where there are several.
-[[nodiscard]] Json deviceJson(const PlotSource& source, std::size_t track);
 /// A time in milliseconds, with parts of them where there are any.
 [[nodiscard]] Json msJson(double ms);
 /// A level in hundredths, null for none.
 [[nodiscard]] Json levelJson(double level);
+
+/// A row or column that gets no more room than it needs.
+constexpr double AsLittleAsPossible = 0.001;
 
 }  // namespace RecTool

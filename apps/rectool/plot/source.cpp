@@ -6,6 +6,10 @@
 #include <iterator>
 #include <limits>
 
+#include <values/value.h>
+#include <QStringList>
+
+#include "picture.h"
 #include "printing/text.h"
 #include "replay/measuredtime.h"
 #include "replay/recordingtime.h"
@@ -34,6 +38,21 @@ std::string deviceOf(const Inspection::Header& header)
 
 }  // namespace
 
+std::optional<double> PlottedRecord::number() const
+{
+    const values::ValueBase* value = recorded.apply(record);
+    const bool isNumber = value != nullptr && (value->GetType() == values::ValueType::Numeric ||
+                                               value->GetType() == values::ValueType::NumericWithOffset);
+    return isNumber ? std::optional(static_cast<const values::ValueNumeric<double>*>(value)->GetValue()) : std::nullopt;
+}
+
+const LevelMap* PlottedRecord::levels() const
+{
+    const values::ValueBase* value = recorded.apply(record);
+    const bool isMap = value != nullptr && value->GetType() == values::ValueType::LevelMap;
+    return isMap ? static_cast<const LevelMap*>(value) : nullptr;
+}
+
 double PlotSource::Part::lengthMs() const
 {
     const Inspection::Header& header = summary.header;
@@ -41,9 +60,12 @@ double PlotSource::Part::lengthMs() const
     return static_cast<double>(std::max(duration, summary.times.empty() ? 0 : summary.times.back().timeMs));
 }
 
-PlotSource::PlotSource(const PlotOptions& options, int passes) : m_progress(options.files.front()), m_passes(passes)
+PlotSource::PlotSource(const PlotOptions& options, std::size_t passes)
+    : m_state(checkPicture(options)), m_progress(options.files.front()), m_passes(passes)
 {
-    m_state = readParts(options.files);
+    if (m_state == ExitCode::Fine) {
+        m_state = readParts(options.files);
+    }
     if (m_state == ExitCode::Fine) {
         makeTracks();
         makeAxis();
@@ -159,20 +181,15 @@ std::string PlotSource::labelled(std::size_t track, const std::string& text) con
     return m_tracks.size() < 2 || device.empty() ? text : oneLine(device) + ": " + text;
 }
 
-std::string PlotSource::devices() const
+QString PlotSource::devices() const
 {
-    std::vector<std::string> devices;
+    QStringList devices;
     for (const Part& part : m_parts) {
-        const std::string device = deviceOf(part.summary.header);
-        if (!device.empty() && std::find(devices.begin(), devices.end(), device) == devices.end()) {
-            devices.push_back(device);
-        }
+        devices << QString::fromStdString(deviceOf(part.summary.header));
     }
-    std::string all;
-    for (const std::string& device : devices) {
-        all += (all.empty() ? "" : " + ") + device;
-    }
-    return all;
+    devices.removeDuplicates();
+    devices.removeAll(QString());
+    return devices.join(QStringLiteral(" + "));
 }
 
 std::vector<Inspection::Bookmark> PlotSource::bookmarks() const
@@ -188,51 +205,39 @@ std::vector<Inspection::Bookmark> PlotSource::bookmarks() const
 
 void PlotSource::walk(const std::function<void(const PlottedRecord&)>& visit)
 {
-    for (std::size_t i = 0; i < m_parts.size(); ++i) {
-        walk(m_parts[i], i, visit);
-    }
-    ++m_pass;
-}
-
-void PlotSource::walk(Part& part, std::size_t number, const std::function<void(const PlottedRecord&)>& visit)
-{
-    std::function<void(std::int64_t, std::int64_t)> progress = m_progress.callback();
-    if (progress) {
-        const auto before = static_cast<std::int64_t>(static_cast<std::size_t>(m_pass) * m_parts.size() + number);
-        const auto walks = static_cast<std::int64_t>(static_cast<std::size_t>(m_passes) * m_parts.size());
-        progress = [before, walks, show = m_progress.callback()](std::int64_t done, std::int64_t all) {
-            show(before * all + done, walks * all);
-        };
-    }
-    const double lengthMs = part.lengthMs();
-    part.inRecords = Inspection::walkRecords(
-        part.file, part.summary,
-        [&](const Inspection::Record& record) {
-            const bool timeIsKnown = record.timeMs != 0;
+    std::vector<RecordedValues> recorded(m_tracks.size());
+    for (Part& part : m_parts) {
+        std::function<void(std::int64_t, std::int64_t)> progress = m_progress.callback();
+        if (progress) {
+            const auto before = static_cast<std::int64_t>(m_walked);
+            const auto walks = static_cast<std::int64_t>(m_passes * m_parts.size());
+            progress = [before, walks, show = progress](std::int64_t done, std::int64_t all) {
+                show(before * all + done, walks * all);
+            };
+        }
+        const double lengthMs = part.lengthMs();
+        const auto place = [&](const Inspection::Record& record) {
             const double measured = momentMs(record, part.summary.header.startMs);
-            const double moment = measured > lengthMs ? static_cast<double>(record.timeMs) : measured;
-            if (timeIsKnown && part.offsetMs + moment <= m_lastMs) {
-                visit({record, part.track, part.offsetMs + moment});
+            const double moment = part.offsetMs + (measured > lengthMs ? static_cast<double>(record.timeMs) : measured);
+            if (record.timeMs != 0 && moment <= m_lastMs) {  // 0: its time is lost
+                visit({record, {part.track, record.code}, moment, recorded[part.track]});
             }
             return true;  // what was measured in the span may be filed behind it
-        },
-        progress);
+        };
+        part.inRecords = Inspection::walkRecords(part.file, part.summary, place, progress);
+        ++m_walked;
+    }
 }
 
-std::optional<std::int32_t> PlotSource::numberOf(std::size_t track, const std::string& type) const
+std::optional<std::vector<TrackType>> PlotSource::takeTypes(const std::vector<std::string>& types) const
 {
-    return m_tracks[track].names.numberOf(type);
-}
-
-std::optional<std::vector<PlotSource::TypeInTrack>> PlotSource::takeTypes(const std::vector<std::string>& types) const
-{
-    std::vector<TypeInTrack> taken;
+    std::vector<TrackType> taken;
     for (const std::string& type : types) {
         bool isThere = false;
         for (std::size_t track = 0; track < m_tracks.size(); ++track) {
-            const std::optional<std::int32_t> code = numberOf(track, type);
+            const auto code = m_tracks[track].names.numberOf(type);
             isThere = isThere || code;
-            if (code && std::find(taken.begin(), taken.end(), TypeInTrack{track, *code}) == taken.end()) {
+            if (code && std::find(taken.begin(), taken.end(), TrackType{track, *code}) == taken.end()) {
                 taken.push_back({track, *code});
             }
         }
@@ -262,6 +267,12 @@ ExitCode PlotSource::refuse(const std::string& why)
     m_progress.clear();
     complain(file(), why);
     return end(ExitCode::Usage);
+}
+
+std::string noRecord(const PlotOptions& options, const std::string& keyword)
+{
+    const bool isWhole = options.from.empty() && options.to.empty();
+    return "There is no record of " + keyword + (isWhole ? " in the recording." : " in or before the span.");
 }
 
 }  // namespace RecTool

@@ -8,20 +8,37 @@
 #include <vector>
 
 #include <recording2/inspection/inspection.h>
+#include <values/maps.h>
+#include <QString>
 
 #include "plot.h"
 #include "printing/output.h"
 #include "printing/progress.h"
+#include "replay/recordedvalues.h"
 #include "replay/typenames.h"
 #include "timespan.h"
 
 namespace RecTool {
 
+using LevelMap = values::CellMap<float, values::levelHandler>;
+
+/// A type of a device.
+struct TrackType {
+    std::size_t track = 0;  ///< the device's
+    std::int32_t code = 0;
+    bool operator==(const TrackType&) const = default;
+};
+
 /// A record on the time axis of a picture.
 struct PlottedRecord {
     const Recording2::Inspection::Record& record;
-    std::size_t track;  ///< the device's
-    double momentMs;    ///< when its value was measured, since the start of the first recording
+    TrackType type;
+    double momentMs;  ///< when its value was measured, since the start of the first recording
+    RecordedValues& recorded;
+
+    /// The number or the map of levels that it led to; nothing when it is none. Maps are to be asked for once.
+    [[nodiscard]] std::optional<double> number() const;
+    [[nodiscard]] const LevelMap* levels() const;
 };
 
 /// Recordings of one device that follow each other, such as the splits of a long one: they are drawn as one.
@@ -32,8 +49,9 @@ struct Track {
 
 class PlotSource {
 public:
-    /// Reads headers and tables and takes over the span. @param passes how often the records will be walked
-    PlotSource(const PlotOptions& options, int passes);
+    /// Checks the options, reads headers and tables and takes over the span. @param passes how often the records will
+    /// be walked
+    PlotSource(const PlotOptions& options, std::size_t passes);
     PlotSource(const PlotSource&) = delete;
     PlotSource& operator=(const PlotSource&) = delete;
 
@@ -42,6 +60,8 @@ public:
     /// The first recording by time, for messages that concern all.
     [[nodiscard]] const std::string& file() const { return m_parts.front().file; }
     [[nodiscard]] std::size_t files() const { return m_parts.size(); }
+    /// Whether not all passes are done.
+    [[nodiscard]] bool isPassLeft() const { return m_walked < m_passes * m_parts.size(); }
     [[nodiscard]] const std::vector<Track>& tracks() const { return m_tracks; }
     /// "RX 1: LEVEL" where there are several devices.
     [[nodiscard]] std::string labelled(std::size_t track, const std::string& text) const;
@@ -57,23 +77,16 @@ public:
     /// Start of the first recording, since 1970 UTC.
     [[nodiscard]] std::uint64_t startMs() const { return m_axis.header.startMs; }
     /// Names and types of the devices.
-    [[nodiscard]] std::string devices() const;
+    [[nodiscard]] QString devices() const;
     /// The bookmarks in the span, at the times of the picture.
     [[nodiscard]] std::vector<Recording2::Inspection::Bookmark> bookmarks() const;
 
     /// One pass over the records, each device's in their order, except those whose time is lost or behind the span.
     void walk(const std::function<void(const PlottedRecord&)>& visit);
 
-    /// The number of a type in a track; nothing where a keyword is not among its types.
-    [[nodiscard]] std::optional<std::int32_t> numberOf(std::size_t track, const std::string& type) const;
-    struct TypeInTrack {
-        std::size_t track;
-        std::int32_t code;
-        bool operator==(const TypeInTrack&) const = default;
-    };
     /// The types that a user named, in their order, each in every track that has it. @return nothing, told, when one is
     /// in none of the recordings
-    [[nodiscard]] std::optional<std::vector<TypeInTrack>> takeTypes(const std::vector<std::string>& types) const;
+    [[nodiscard]] std::optional<std::vector<TrackType>> takeTypes(const std::vector<std::string>& types) const;
 
     /// Tells the damage and makes the exit code of a finished picture, or of one that could not be drawn.
     [[nodiscard]] ExitCode end(ExitCode drawn);
@@ -90,11 +103,10 @@ private:
 
         [[nodiscard]] double lengthMs() const;
     };
-    ExitCode readParts(const std::vector<std::string>& files);
+    [[nodiscard]] ExitCode readParts(const std::vector<std::string>& files);
     void makeTracks();
     void makeAxis();
-    ExitCode takeSpan(const PlotOptions& options);
-    void walk(Part& part, std::size_t number, const std::function<void(const PlottedRecord&)>& visit);
+    [[nodiscard]] ExitCode takeSpan(const PlotOptions& options);
 
     std::vector<Part> m_parts;  // by time
     std::vector<Track> m_tracks;
@@ -105,8 +117,11 @@ private:
     double m_lastMs = 0;  // what is measured later is not shown
     ExitCode m_state = ExitCode::Fine;
     Progress m_progress;
-    int m_passes;
-    int m_pass = 0;
+    std::size_t m_passes;
+    std::size_t m_walked = 0;  // parts, in all passes
 };
+
+/// That a type has no record.
+[[nodiscard]] std::string noRecord(const PlotOptions& options, const std::string& keyword);
 
 }  // namespace RecTool

@@ -2,12 +2,10 @@
 #include "spectra.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include <values/recordingtext.h>
-
-#include "printing/text.h"
+#include <QStringList>
 
 namespace RecTool {
 
@@ -27,22 +25,20 @@ std::optional<std::int32_t> spectrumNumber(const char* keyword, const TypeNames&
     return named || names.find(usual) != nullptr ? named : usual;
 }
 
-Spectrum makeSpectrum(const PlotSource::TypeInTrack& type, const PlotSource& source)
+Spectrum makeSpectrum(const TrackType& type, const PlotSource& source)
 {
     const TypeNames& names = source.tracks()[type.track].names;
     Spectrum spectrum;
-    spectrum.track = type.track;
-    spectrum.code = type.code;
+    spectrum.type = type;
     spectrum.keyword = names.label(type.code);
-    for (const char* keyword : {RfKeyword, IfKeyword}) {
+    std::string title = spectrum.keyword;
+    for (const auto& [keyword, kind] : {std::pair(RfKeyword, "RF"), std::pair(IfKeyword, "IF")}) {
         if (spectrumNumber(keyword, names) == type.code) {
             spectrum.keyword = keyword;
+            title = std::string(kind) + " spectrum (" + keyword + ")";
         }
     }
-    spectrum.title = spectrum.keyword == RfKeyword   ? "RF spectrum (RFSPECTRUM)"
-                     : spectrum.keyword == IfKeyword ? "IF spectrum (IFSPECTRUM)"
-                                                     : spectrum.keyword;
-    spectrum.title = source.labelled(type.track, spectrum.title);
+    spectrum.title = source.labelled(type.track, title);
     return spectrum;
 }
 
@@ -61,96 +57,81 @@ bool carriesLevel(const std::string& text)
 
 }  // namespace
 
-const LevelMap* asLevels(const values::ValueBase* value)
+std::optional<std::vector<Spectrum>> wantedSpectra(const PlotSource& source, const std::vector<std::string>& types,
+                                                   bool onlyRf, bool onlyIf)
 {
-    return value != nullptr && value->GetType() == values::ValueType::LevelMap ? static_cast<const LevelMap*>(value)
-                                                                               : nullptr;
-}
-
-std::optional<std::vector<Spectrum>> wantedSpectra(const SpectrumChoice& choice, const PlotSource& source)
-{
-    const auto named = source.takeTypes(choice.types);
+    const auto named = source.takeTypes(types);
     if (!named) {
         return std::nullopt;
     }
-    std::vector<PlotSource::TypeInTrack> types;
-    const auto take = [&types](const PlotSource::TypeInTrack& type) {
-        if (std::find(types.begin(), types.end(), type) == types.end()) {
-            types.push_back(type);
+    std::vector<Spectrum> spectra;
+    const auto take = [&](const TrackType& type) {
+        if (std::none_of(spectra.begin(), spectra.end(), [&](const Spectrum& other) { return other.type == type; })) {
+            spectra.push_back(makeSpectrum(type, source));
         }
     };
-    const bool both = choice.types.empty() && !choice.onlyRf && !choice.onlyIf;
+    const bool both = types.empty() && !onlyRf && !onlyIf;
     for (std::size_t track = 0; track < source.tracks().size(); ++track) {
         for (const char* keyword : {RfKeyword, IfKeyword}) {
-            const bool isWanted = both || (keyword == RfKeyword ? choice.onlyRf : choice.onlyIf);
             const auto code = spectrumNumber(keyword, source.tracks()[track].names);
-            if (isWanted && code) {
+            if (code && (both || (keyword == RfKeyword ? onlyRf : onlyIf))) {
                 take({track, *code});
             }
         }
     }
     std::for_each(named->begin(), named->end(), take);
-    std::vector<Spectrum> spectra;
-    std::transform(types.begin(), types.end(), std::back_inserter(spectra),
-                   [&source](const PlotSource::TypeInTrack& type) { return makeSpectrum(type, source); });
     return spectra;
 }
 
-void SpectrumSurvey::visit(const PlottedRecord& plotted)
+void Spectrum::survey(const PlottedRecord& plotted, const PlotSource& source)
 {
-    const auto spectrum =
-        std::find_if(m_spectra.begin(), m_spectra.end(), [&](const Spectrum& other) { return other.is(plotted); });
-    if (spectrum == m_spectra.end()) {
+    if (!(plotted.type == type)) {
         return;
     }
-    spectrum->records += m_source.isBefore(plotted.momentMs) ? 0U : 1U;
+    records += source.isBefore(plotted.momentMs) ? 0U : 1U;
     if (carriesLevel(plotted.record.data)) {
-        const double before = spectrum->lastMs.value_or(plotted.momentMs);
-        spectrum->firstMs = spectrum->firstMs.value_or(plotted.momentMs);
-        spectrum->lastMs = std::max(before, plotted.momentMs);
-        spectrum->lastedMs = plotted.momentMs > before ? plotted.momentMs - before : spectrum->lastedMs;
+        const double before = lastMs.value_or(plotted.momentMs);
+        firstMs = firstMs.value_or(plotted.momentMs);
+        lastMs = std::max(before, plotted.momentMs);
+        lastedMs = plotted.momentMs > before ? plotted.momentMs - before : lastedMs;
     }
-    if (!values::CarriesChannelRange(plotted.record.data)) {
-        return;
-    }
-    m_recorded.resize(m_source.tracks().size());
-    const LevelMap* map = asLevels(m_recorded[plotted.track].apply(plotted.record));
-    if (map != nullptr && !(map->GetChannelRange() == spectrum->range)) {
-        newRange(*spectrum, map->GetChannelRange(), plotted.momentMs);
+    if (values::CarriesChannelRange(plotted.record.data)) {
+        const LevelMap* map = plotted.levels();
+        if (map != nullptr && !(map->GetChannelRange() == range)) {
+            takeRange(map->GetChannelRange(), plotted.momentMs, source);
+        }
     }
 }
 
-void SpectrumSurvey::newRange(Spectrum& spectrum, const values::ChannelRange& range, double momentMs) const
+void Spectrum::takeRange(const values::ChannelRange& newRange, double momentMs, const PlotSource& source)
 {
-    const bool isFirst = !spectrum.inForce;
-    if (m_source.isBefore(momentMs) || momentMs == m_source.span().fromMs) {
-        spectrum.covered.clear();
-        spectrum.joined = 0;
-    } else if (!isFirst) {
-        spectrum.rangeTimes.push_back(momentMs);
+    if (source.isBefore(momentMs) || momentMs == source.span().fromMs) {
+        covered.clear();
+        joinedSpans = 0;
+    } else if (isInForce) {
+        rangeTimes.push_back(momentMs);
     }
-    spectrum.inForce = true;
-    spectrum.range = range;
-    const std::vector<FrequencySpan> covered = coveredBy(range);
-    spectrum.covered.insert(spectrum.covered.end(), covered.begin(), covered.end());
+    isInForce = true;
+    range = newRange;
+    const std::vector<FrequencySpan> added = coveredBy(range);
+    covered.insert(covered.end(), added.begin(), added.end());
     constexpr std::size_t Few = 1000;
-    if (spectrum.covered.size() > 2 * spectrum.joined + Few) {  // now and then, as every range may be another
-        spectrum.covered = joined(std::move(spectrum.covered));
-        spectrum.joined = spectrum.covered.size();
+    if (covered.size() > 2 * joinedSpans + Few) {  // now and then, as every range may be another
+        covered = joined(std::move(covered));
+        joinedSpans = covered.size();
     }
 }
 
-std::vector<Spectrum> SpectrumSurvey::finish(PlotSource& source)
+std::vector<Spectrum> endSurvey(std::vector<Spectrum>& spectra, PlotSource& source)
 {
     constexpr double AloneMs = 1000;  // nobody knows how long the only one lasted
     std::vector<Spectrum> recorded;
-    for (Spectrum& spectrum : m_spectra) {
+    for (Spectrum& spectrum : spectra) {
         spectrum.covered = joined(std::move(spectrum.covered));
-        if (!spectrum.covered.empty()) {
-            recorded.push_back(spectrum);
+        if (spectrum.covered.empty()) {
+            continue;
         }
-    }
-    for (const Spectrum& spectrum : recorded) {
+        recorded.push_back(spectrum);
         if (spectrum.lastMs) {
             const double lasts = spectrum.lastedMs > 0 ? spectrum.lastedMs : AloneMs;
             const bool endIsTold = source.span().toMs - *spectrum.lastMs >= lasts / 2;  // by the recording's stop
@@ -158,32 +139,23 @@ std::vector<Spectrum> SpectrumSurvey::finish(PlotSource& source)
         }
     }
     for (const Spectrum& spectrum : recorded) {
-        if (spectrum.lastMs) {
-            source.keepVisible(*spectrum.lastMs);
-        }
+        source.keepVisible(spectrum.lastMs.value_or(source.span().fromMs));
     }
     return recorded;
 }
 
 std::string noSpectrum(const PlotOptions& options, const std::vector<Spectrum>& spectra)
 {
-    std::vector<std::string> names;
-    bool anyRecord = false;
+    QStringList names;
     for (const Spectrum& spectrum : spectra) {
-        if (std::find(names.begin(), names.end(), spectrum.keyword) == names.end()) {
-            names.push_back(spectrum.keyword);
-        }
-        anyRecord = anyRecord || spectrum.records > 0;
+        names << QString::fromStdString(spectrum.keyword);
     }
-    std::string all;
-    for (const std::string& name : names) {
-        all += (all.empty() ? "" : " or ") + name;
-    }
-    if (anyRecord) {
+    names.removeDuplicates();
+    const std::string all = names.join(QStringLiteral(" or ")).toStdString();
+    if (std::any_of(spectra.begin(), spectra.end(), [](const Spectrum& spectrum) { return spectrum.records > 0; })) {
         return "The records of " + all + " hold no spectrum.";
     }
-    const bool isWhole = options.from.empty() && options.to.empty();
-    return "There is no record of " + all + (isWhole ? " in the recording." : " in or before the span.");
+    return noRecord(options, all);
 }
 
 }  // namespace RecTool

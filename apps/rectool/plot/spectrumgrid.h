@@ -39,6 +39,7 @@ public:
     [[nodiscard]] std::size_t columns() const { return m_columns; }
     [[nodiscard]] std::size_t rows() const { return m_rows; }
     [[nodiscard]] float at(std::size_t column, std::size_t row) const { return m_grid[row * m_columns + column]; }
+    [[nodiscard]] const std::vector<float>& pixels() const { return m_grid; }
     /// The lowest and highest single level that was in force, in all channels of the span; NaN when there was none.
     [[nodiscard]] float lowest() const { return m_lowest; }
     [[nodiscard]] float highest() const { return m_highest; }

@@ -1,72 +1,111 @@
-// Drawing the waterfall: pieces of the frequency axis, colour bar, marks of new ranges.
+// Drawing spectra: pieces of the frequency axis, the colours of levels, marks of new ranges.
 #include "spectrumpanel.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <utility>
 
-#include "levelcolours.h"
 #include "printing/text.h"
 
 namespace RecTool {
 
 namespace {
 
-constexpr std::size_t MostPieces = 8;
-constexpr QRgb RangeColour = 0xff00b0c4;
+/// Dark to light and blue to yellow at an even pace, legible for the colour-blind and in grey.
+QCPColorGradient levelColours()
+{
+    constexpr std::array<QRgb, 11> Stops{0xff000004, 0xff160b39, 0xff420a68, 0xff6a176e, 0xff932667, 0xffbc3754,
+                                         0xffdd513a, 0xfff37819, 0xfffca50a, 0xfff6d746, 0xfffcffa4};
+    constexpr int Levels = 512;
+    QCPColorGradient gradient;
+    gradient.clearColorStops();
+    for (std::size_t i = 0; i < Stops.size(); ++i) {
+        gradient.setColorStopAt(static_cast<double>(i) / (Stops.size() - 1), QColor(Stops[i]));
+    }
+    gradient.setLevelCount(Levels);
+    gradient.setNanHandling(QCPColorGradient::nhTransparent);
+    return gradient;
+}
 
 }  // namespace
 
-SpectrumPanel::SpectrumPanel(Picture& picture, const PlotSource& source, const PlotSpectrumOptions& options,
-                             Spectrum spectrum, int row)
-    : m_picture(picture), m_source(source), m_options(options), m_spectrum(std::move(spectrum))
+void SpectrumPanel::addPieces(QCPLayoutGrid& grid, int row, std::size_t most)
 {
-    picture.body().addElement(row, 0, m_layout);
-    QCPTextElement* title = picture.addText(*m_layout, 0, 0, titleText());
-    title->setMargins(QMargins(0, 4, 0, 0));
-    title->setFont(bold());
-    m_layout->addElement(1, 0, m_strip);
-    m_layout->setRowSpacing(0);
-    m_strip->setColumnSpacing(8);
-    addPieces();
-    QCPTextElement* label = picture.addText(*m_layout, 2, 0, frequencyLabel());
-    label->setMargins(QMargins(0, 0, 0, 4));
-    constexpr double AsLittleAsPossible = 0.001;
-    for (const int textRow : {0, 2}) {
-        m_layout->setRowStretchFactor(textRow, AsLittleAsPossible);
+    constexpr QRgb NotMeasured = 0xffd4d7da;
+    const std::vector<FrequencySpan> spans = axisPieces(m_spectrum.covered, most);
+    // A unit that suits the lowest piece has enough digits for all.
+    m_unit = unitFor(std::max(std::abs(spans.front().lowHz), std::abs(spans.front().highHz)),
+                     spans.back().highHz - spans.front().lowHz);
+    for (const FrequencySpan& span : spans) {
+        QCPAxisRect* rect = m_picture.addAxisRect(grid, row, static_cast<int>(m_pieces.size()));
+        rect->setBackground(QBrush(QColor(NotMeasured)));
+        for (QCPAxis* axis : rect->axes()) {
+            axis->grid()->setVisible(false);
+        }
+        m_pieces.push_back({span, rect, nullptr});
     }
 }
 
-void SpectrumPanel::makeGrids()
+void SpectrumPanel::addBar(QCPLayoutGrid& grid, int column, const std::string& unit, const QString& pixel, int left)
 {
-    const auto mode = m_options.mean ? SpectrumGrid::Mode::Mean : SpectrumGrid::Mode::Max;
+    m_bar = new QCPColorScale(&m_picture.plot());
+    grid.addElement(0, column, m_bar);
+    m_bar->setBarWidth(14);
+    m_bar->setType(QCPAxis::atRight);
+    m_bar->axis()->setLabelFont(m_picture.font());
+    m_bar->axis()->setTickLabelFont(m_picture.font());
+    m_bar->setGradient(levelColours());
+    m_bar->setLabel(QStringLiteral("Level (%1)").arg(QString::fromStdString(unit)) + pixel);
+    m_bar->setDataRange(QCPRange(-1888.8, -1088.8));  // for the first layout, the widest labels that may come
+    m_bar->setMargins(QMargins(left, 0, 10, 0));
+    // The bar is as high as the map beside it.
+    m_bar->setMarginGroup(QCP::msTop | QCP::msBottom, &m_margins);
+    for (const Piece& piece : m_pieces) {
+        piece.rect->setMarginGroup(QCP::msTop | QCP::msBottom, &m_margins);
+    }
+}
+
+void SpectrumPanel::setFrequencyAxis(const Piece& piece, int pixels)
+{
+    QCPAxis& axis = frequencyAxis(piece);
+    axis.setRange(piece.frequencies.lowHz / m_unit.hz, piece.frequencies.highHz / m_unit.hz);
+    setNumberTicks(m_picture, axis, pixels, m_pieces.size() > 1);
+}
+
+/// Makes all pieces as wide, and the grids as large as their places.
+void SpectrumPanel::keepPlace()
+{
+    constexpr int Fewest = 2;
     int width = 0;
     for (const Piece& piece : m_pieces) {
         width += piece.rect->width();
     }
     for (Piece& piece : m_pieces) {
         const QSize size(width / static_cast<int>(m_pieces.size()), piece.rect->height());
+        const QSize cells = (isLying() ? size.transposed() : size).expandedTo(QSize(Fewest, Fewest));
         piece.rect->setSizeConstraintRect(QCPLayoutElement::scrInnerRect);
         piece.rect->setMinimumSize(size);
         piece.rect->setMaximumSize(size);
-        constexpr int Fewest = 2;
-        piece.grid = std::make_unique<SpectrumGrid>(static_cast<std::size_t>(std::max(Fewest, size.width())),
-                                                    static_cast<std::size_t>(std::max(Fewest, size.height())),
-                                                    piece.frequencies, m_source.span(), mode);
-        setFrequencyAxis(piece);
-        setTimeAxes(size.height());
+        piece.grid = std::make_unique<SpectrumGrid>(static_cast<std::size_t>(cells.width()),
+                                                    static_cast<std::size_t>(cells.height()), piece.frequencies,
+                                                    m_picture.source().span(), m_mode);
+        setFrequencyAxis(piece, cells.width());
     }
 }
 
-void SpectrumPanel::update(const LevelMap* map, double momentMs)
+void SpectrumPanel::visit(const PlottedRecord& plotted)
 {
-    if (map == nullptr) {
-        ++m_passedOver;
+    if (!(plotted.type == m_spectrum.type)) {
         return;
     }
+    const LevelMap* map = plotted.levels();
+    m_passedOver += map == nullptr ? 1U : 0U;
     for (Piece& piece : m_pieces) {
-        piece.grid->update(map->GetChannelRange(), map->GetCells(), momentMs);
+        if (map != nullptr) {
+            piece.grid->update(map->GetChannelRange(), map->GetCells(), plotted.momentMs);
+        }
     }
 }
 
@@ -75,77 +114,148 @@ void SpectrumPanel::finish()
     for (Piece& piece : m_pieces) {
         piece.grid->finish();
     }
-    chooseColours();
-    for (Piece& piece : m_pieces) {
+    const std::optional<QCPRange> range = colourRange();
+    m_colours = range.value_or(m_colours);
+    m_bar->axis()->setTickLabels(range.has_value());
+    m_bar->setDataRange(m_colours);
+    setNumberTicks(m_picture, *m_bar->axis(), m_pieces.front().rect->height());
+    for (const Piece& piece : m_pieces) {
         paint(piece);
     }
 }
 
-void SpectrumPanel::mark()
+/// The levels that the colours stand for: from about the lowest pixel to the highest one. The very lowest ones do not
+/// count: single dropouts would take away most of the colours from everything else. @return nothing without a level
+std::optional<QCPRange> SpectrumPanel::colourRange() const
 {
-    if (rangesAreMarked()) {
-        markRanges();
-    }
-    for (std::size_t i = 0; i < m_pieces.size(); ++i) {
-        QCPAxisRect& rect = *m_pieces[i].rect;
-        const bool withLabels = i + 1 == m_pieces.size();
-        markBookmarks(m_picture, *rect.axis(QCPAxis::atLeft), m_source, withLabels);
-    }
-}
-
-Json SpectrumPanel::json() const
-{
-    Json pieces = Json::array();
+    constexpr std::size_t Dropouts = 200;  // one in so many
+    constexpr double Least = 1;
+    std::vector<float> pixels;
     for (const Piece& piece : m_pieces) {
-        pieces.push_back({{"startHz", piece.frequencies.lowHz},
-                          {"stopHz", piece.frequencies.highHz},
-                          {"columns", piece.grid->columns()},
-                          {"rows", piece.grid->rows()},
-                          {"left", piece.rect->left()},
-                          {"top", piece.rect->top()}});
+        std::copy_if(piece.grid->pixels().begin(), piece.grid->pixels().end(), std::back_inserter(pixels),
+                     [](float level) { return !std::isnan(level); });
     }
-    const QCPRange levels = levelRange(grids());
-    Json rangeTimes = Json::array();
-    for (const double time : m_spectrum.rangeTimes) {
-        rangeTimes.push_back(msJson(time));
+    if (pixels.empty()) {
+        return std::nullopt;
     }
-    Json json = deviceJson(m_source, m_spectrum.track);
-    json.update({{"keyword", m_spectrum.keyword},
-                 {"code", m_spectrum.code},
-                 {"records", m_spectrum.records},
-                 {"minLevel", levelJson(levels.lower)},
-                 {"maxLevel", levelJson(levels.upper)},
-                 {"colourFrom", levelJson(m_colours.lower)},
-                 {"colourTo", levelJson(m_colours.upper)},
-                 {"channelRangeTimesMs", std::move(rangeTimes)},
-                 {"pieces", std::move(pieces)}});
-    return json;
+    const auto low = pixels.begin() + static_cast<std::ptrdiff_t>(pixels.size() / Dropouts);
+    std::nth_element(pixels.begin(), low, pixels.end());
+    const QCPRange range(double{*low}, double{*std::max_element(pixels.begin(), pixels.end())});
+    return range.size() < Least ? QCPRange(range.center() - Least / 2, range.center() + Least / 2) : range;
 }
 
-std::vector<const SpectrumGrid*> SpectrumPanel::grids() const
+void SpectrumPanel::paint(const Piece& piece)
 {
-    std::vector<const SpectrumGrid*> grids;
+    // The range of a map goes from the middle of its first cell to that of its last one.
+    const auto middles = [](double low, double high, int cells, double unit) {
+        const double half = (high - low) / cells / 2;
+        return QCPRange((low + half) / unit, (high - half) / unit);
+    };
+    const TimeSpan& span = m_picture.source().span();
+    const auto columns = static_cast<int>(piece.grid->columns());
+    const auto rows = static_cast<int>(piece.grid->rows());
+    const QCPRange hz = middles(piece.frequencies.lowHz, piece.frequencies.highHz, columns, m_unit.hz);
+    const QCPRange ms = middles(span.fromMs, span.toMs, rows, 1);
+    auto* map = new QCPColorMap(piece.rect->axis(QCPAxis::atBottom), piece.rect->axis(QCPAxis::atLeft));
+    map->data()->setSize(isLying() ? rows : columns, isLying() ? columns : rows);
+    map->data()->setRange(isLying() ? ms : hz, isLying() ? hz : ms);
+    for (int row = 0; row < rows; ++row) {
+        for (int column = 0; column < columns; ++column) {
+            const float level = piece.grid->at(static_cast<std::size_t>(column), static_cast<std::size_t>(row));
+            map->data()->setCell(isLying() ? row : column, isLying() ? column : row, double{level});
+        }
+    }
+    map->setInterpolate(false);
+    map->setAntialiased(false);
+    map->setColorScale(m_bar);
+}
+
+void SpectrumPanel::addLevels(Json& json) const
+{
+    float lowest = std::numeric_limits<float>::quiet_NaN();
+    float highest = lowest;
     for (const Piece& piece : m_pieces) {
-        grids.push_back(piece.grid.get());
+        lowest = std::fmin(lowest, piece.grid->lowest());
+        highest = std::fmax(highest, piece.grid->highest());
     }
-    return grids;
+    json.update({{"minLevel", levelJson(double{lowest})}, {"maxLevel", levelJson(double{highest})}});
 }
 
-QFont SpectrumPanel::bold() const
+ExitCode SpectrumPanel::tellPassedOver(ExitCode result) const
 {
+    return withPassedOver(m_picture.source().file(), m_spectrum.keyword, "spectra", m_passedOver, result);
+}
+
+Waterfall::Waterfall(Picture& picture, const PlotSpectrumOptions& options, const Spectrum& spectrum, int row)
+    : SpectrumPanel(picture, spectrum, QCPAxis::atLeft,
+                    options.mean ? SpectrumGrid::Mode::Mean : SpectrumGrid::Mode::Max)
+{
+    constexpr int MostPieces = 8;
+    constexpr int NarrowestPiece = 42;
+    constexpr int Axes = 220;
+    auto* layout = new QCPLayoutGrid;
+    auto* strip = new QCPLayoutGrid;
+    picture.body().addElement(row, 0, layout);
+    addText(*layout, 0, titleText(), QMargins(0, 4, 0, 0), true);
+    layout->addElement(1, 0, strip);
+    layout->setRowSpacing(0);
+    strip->setColumnSpacing(8);
+    const int most = options.continuous ? 1 : std::clamp((picture.width() - Axes) / NarrowestPiece, 1, MostPieces);
+    addPieces(*strip, 0, static_cast<std::size_t>(most));
+    for (const Piece& piece : m_pieces) {
+        piece.rect->setMinimumMargins(QMargins(&piece == &m_pieces.front() ? 8 : 0, 2, 0, 0));
+        for (QCPAxis* axis : piece.rect->axes()) {
+            axis->setVisible(true);
+            axis->setSubTicks(false);
+        }
+        piece.rect->axis(QCPAxis::atTop)->setTicks(false);
+        piece.rect->axis(QCPAxis::atTop)->setTickLabels(false);
+        setFrequencyAxis(piece, picture.width() / 10);  // for the first layout; the widest labels that may come
+    }
+    setTimeAxes(picture.height());
+    addBar(*strip, static_cast<int>(m_pieces.size()), options.unit,
+           options.mean ? QStringLiteral(", mean of a pixel") : QStringLiteral(", highest in a pixel"), 0);
+    addText(*layout, 2, frequencyLabel(), QMargins(0, 0, 0, 4), false);
+}
+
+void Waterfall::addText(QCPLayoutGrid& layout, int row, const QString& text, const QMargins& margins, bool isBold)
+{
+    QCPTextElement* element = m_picture.addText(layout, row, 0, text);
     QFont font = m_picture.font();
-    font.setBold(true);
-    return font;
+    font.setBold(isBold);
+    element->setFont(font);
+    element->setMargins(margins);
+    layout.setRowStretchFactor(row, AsLittleAsPossible);
 }
 
-QString SpectrumPanel::titleText() const
+void Waterfall::keepPlace()
 {
-    const QString records = QString::fromStdString(grouped(m_spectrum.records));
-    return QString::fromStdString(m_spectrum.title) +
-           QStringLiteral(" \u2013 %1 %2").arg(records, m_spectrum.records == 1 ? "record" : "records");
+    SpectrumPanel::keepPlace();
+    setTimeAxes(m_pieces.front().rect->height());
 }
 
-QString SpectrumPanel::frequencyLabel() const
+void Waterfall::setTimeAxes(int height)
+{
+    for (const Piece& piece : m_pieces) {
+        for (QCPAxis* axis : {piece.rect->axis(QCPAxis::atLeft), piece.rect->axis(QCPAxis::atRight)}) {
+            const bool isClock = axis->axisType() == QCPAxis::atLeft;
+            const bool isOutside = &piece == (isClock ? &m_pieces.front() : &m_pieces.back());
+            const QString time = setTimeAxis(m_picture, *axis, isClock ? TimeScale::Clock : TimeScale::Elapsed, height);
+            const QString label = isClock ? QStringLiteral("\u2190 ") + time : QStringLiteral("Elapsed");
+            axis->setLabel(isOutside ? label : QString());
+            axis->setTicks(isOutside);
+            axis->setTickLabels(isOutside);
+            axis->setRangeReversed(true);
+        }
+    }
+}
+
+QString Waterfall::titleText() const
+{
+    return QString::fromStdString(m_spectrum.title + " \u2013 " + counted(m_spectrum.records, "record"));
+}
+
+QString Waterfall::frequencyLabel() const
 {
     QString label = QStringLiteral("Frequency (%1)").arg(m_unit.name);
     if (m_pieces.size() > 1) {
@@ -162,162 +272,97 @@ QString SpectrumPanel::frequencyLabel() const
     return m_picture.elided(label, m_picture.width() - 30);
 }
 
-bool SpectrumPanel::rangesAreMarked() const
+bool Waterfall::rangesAreMarked() const
 {
     constexpr int PixelsEach = 15;
     return m_spectrum.rangeTimes.size() <= static_cast<std::size_t>(m_picture.height() / PixelsEach);
 }
 
-std::size_t SpectrumPanel::mostPieces() const
+void Waterfall::mark()
 {
-    constexpr int NarrowestPiece = 42;
-    constexpr int Axes = 220;
-    return std::clamp<std::size_t>(static_cast<std::size_t>(std::max(0, m_picture.width() - Axes) / NarrowestPiece), 1,
-                                   MostPieces);
-}
-
-void SpectrumPanel::addPieces()
-{
-    const std::vector<FrequencySpan> spans =
-        axisPieces(m_spectrum.covered, m_options.continuous ? std::size_t{1} : mostPieces());
-    // A unit that suits the lowest piece has enough digits for all.
-    m_unit = unitFor(std::max(std::abs(spans.front().lowHz), std::abs(spans.front().highHz)),
-                     spans.back().highHz - spans.front().lowHz);
-    for (const FrequencySpan& span : spans) {
-        addPiece(span);
+    if (rangesAreMarked()) {
+        markRanges();
     }
-    m_pieces.front().rect->axis(QCPAxis::atLeft)->setTickLabels(true);
-    m_pieces.back().rect->axis(QCPAxis::atRight)->setTickLabels(true);
-    m_pieces.front().rect->setMinimumMargins(QMargins(8, 2, 0, 0));
-    // For the first layout; the widest labels that may come.
-    for (Piece& piece : m_pieces) {
-        setFrequencyAxis(piece);
-        piece.rect->axis(QCPAxis::atBottom)->setTickLabels(true);
-    }
-    setTimeAxes(m_picture.height());
-    addBar();
-}
-
-void SpectrumPanel::addPiece(const FrequencySpan& span)
-{
-    const auto column = static_cast<int>(m_pieces.size());
-    QCPAxisRect* rect = m_picture.addAxisRect(*m_strip, 0, column);
-    rect->setBackground(QBrush(QColor(NotMeasuredColour)));
-    rect->setMinimumMargins(QMargins(0, 2, 0, 0));
-    for (QCPAxis* axis : rect->axes()) {
-        axis->grid()->setVisible(false);
-        axis->setVisible(true);
-        axis->setTickLabels(false);
-        axis->setSubTicks(false);
-    }
-    rect->axis(QCPAxis::atTop)->setTicks(false);
-    rect->axis(QCPAxis::atBottom)->setTickLabels(true);
-    rect->axis(QCPAxis::atLeft)->setRangeReversed(true);
-    rect->axis(QCPAxis::atRight)->setRangeReversed(true);
-    m_pieces.push_back({span, rect, nullptr});
-}
-
-void SpectrumPanel::addBar()
-{
-    m_bar = new QCPColorScale(&m_picture.plot());
-    m_strip->addElement(0, static_cast<int>(m_pieces.size()), m_bar);
-    m_bar->setBarWidth(14);
-    m_bar->setType(QCPAxis::atRight);
-    m_bar->axis()->setLabelFont(m_picture.font());
-    m_bar->axis()->setTickLabelFont(m_picture.font());
-    m_bar->setGradient(levelColours());
-    m_bar->setLabel(QStringLiteral("Level (%1), %2")
-                        .arg(QString::fromStdString(m_options.unit), m_options.mean
-                                                                         ? QStringLiteral("mean of a pixel")
-                                                                         : QStringLiteral("highest in a pixel")));
-    m_bar->setDataRange(QCPRange(-1888.8, -1088.8));
-    m_bar->setMargins(QMargins(0, 0, 10, 0));
-    // The bar is as high as the map beside it.
-    m_bar->setMarginGroup(QCP::msTop | QCP::msBottom, &m_margins);
-    for (Piece& piece : m_pieces) {
-        piece.rect->setMarginGroup(QCP::msTop | QCP::msBottom, &m_margins);
+    for (const Piece& piece : m_pieces) {
+        markBookmarks(m_picture, timeAxis(piece), &piece == &m_pieces.back());
     }
 }
 
-void SpectrumPanel::setFrequencyAxis(Piece& piece)
+void Waterfall::markRanges()
 {
-    QCPAxis& axis = *piece.rect->axis(QCPAxis::atBottom);
-    axis.setRange(piece.frequencies.lowHz / m_unit.hz, piece.frequencies.highHz / m_unit.hz);
-    const int width = piece.grid != nullptr ? static_cast<int>(piece.grid->columns()) : m_picture.width() / 10;
-    setNumberTicks(m_picture, axis, width, m_pieces.size() > 1);
-}
-
-void SpectrumPanel::setTimeAxes(int height)
-{
-    for (Piece& piece : m_pieces) {
-        QCPAxis& left = *piece.rect->axis(QCPAxis::atLeft);
-        QCPAxis& right = *piece.rect->axis(QCPAxis::atRight);
-        setTimeAxis(m_picture, left, m_source, TimeScale::Clock, height);
-        setTimeAxis(m_picture, right, m_source, TimeScale::Elapsed, height);
-        left.setLabel(&piece == &m_pieces.front() ? QStringLiteral("\u2190 ") + timeLabel(m_source, TimeScale::Clock)
-                                                  : QString());
-        right.setLabel(&piece == &m_pieces.back() ? QStringLiteral("Elapsed") : QString());
-        left.setTicks(&piece == &m_pieces.front());
-        right.setTicks(&piece == &m_pieces.back());
-    }
-}
-
-void SpectrumPanel::chooseColours()
-{
-    const std::optional<QCPRange> range = colourRange(grids());
-    m_colours = range.value_or(QCPRange(-1, 0));
-    m_bar->axis()->setTickLabels(range.has_value());
-    m_bar->setDataRange(m_colours);
-    setNumberTicks(m_picture, *m_bar->axis(), m_pieces.front().rect->height());
-}
-
-void SpectrumPanel::paint(Piece& piece)
-{
-    auto* map = new QCPColorMap(piece.rect->axis(QCPAxis::atBottom), piece.rect->axis(QCPAxis::atLeft));
-    const SpectrumGrid& grid = *piece.grid;
-    const auto columns = static_cast<int>(grid.columns());
-    const auto rows = static_cast<int>(grid.rows());
-    const double columnHz = piece.frequencies.width() / columns;
-    const double rowMs = m_source.span().width() / rows;
-    const double from = m_source.span().fromMs;
-    map->data()->setSize(columns, rows);
-    // The range of a map goes from the middle of its first cell to that of its last one.
-    map->data()->setRange(QCPRange((piece.frequencies.lowHz + columnHz / 2) / m_unit.hz,
-                                   (piece.frequencies.highHz - columnHz / 2) / m_unit.hz),
-                          QCPRange(from + rowMs / 2, m_source.span().toMs - rowMs / 2));
-    for (int row = 0; row < rows; ++row) {
-        for (int column = 0; column < columns; ++column) {
-            map->data()->setCell(column, row,
-                                 double{grid.at(static_cast<std::size_t>(column), static_cast<std::size_t>(row))});
-        }
-    }
-    map->setInterpolate(false);
-    map->setAntialiased(false);
-    map->setColorScale(m_bar);
-}
-
-void SpectrumPanel::markRanges()
-{
-    const QCPAxisRect& first = *m_pieces.front().rect;
-    const QCPAxisRect& last = *m_pieces.back().rect;
-    const QCPAxis& time = *first.axis(QCPAxis::atLeft);
+    constexpr QRgb Colour = 0xff00b0c4;
     constexpr double Size = 5;
+    const double left = m_pieces.front().rect->left();
+    const double right = m_pieces.back().rect->right();
     double before = std::numeric_limits<double>::quiet_NaN();
     for (const double timeMs : m_spectrum.rangeTimes) {
-        const double y = time.coordToPixel(timeMs);
+        const double y = timeAxis(m_pieces.front()).coordToPixel(timeMs);
         if (std::abs(y - before) < 1) {
             continue;  // one on the other: there may be very many
         }
         before = y;
-        for (const auto& [tip, back] : {std::pair(first.left() + 2 * Size, first.left() + 0.0),
-                                        std::pair(last.right() - 2 * Size, last.right() + 0.0)}) {
-            auto* arrow = m_picture.addItem<QCPItemLine>();
-            arrow->setPen(QPen(QColor(RangeColour), 2));
-            arrow->setHead(QCPLineEnding(QCPLineEnding::esSpikeArrow, Size, Size));
-            arrow->start->setPixelPosition(QPointF(back, y));
-            arrow->end->setPixelPosition(QPointF(tip, y));
+        for (const auto& [back, tip] : {std::pair(left, left + 2 * Size), std::pair(right, right - 2 * Size)}) {
+            m_picture.addLine(QPointF(back, y), QPointF(tip, y), QPen(QColor(Colour), 2))
+                ->setHead(QCPLineEnding(QCPLineEnding::esSpikeArrow, Size, Size));
         }
     }
+}
+
+Json Waterfall::json() const
+{
+    Json pieces = Json::array();
+    for (const Piece& piece : m_pieces) {
+        pieces.push_back({{"startHz", piece.frequencies.lowHz},
+                          {"stopHz", piece.frequencies.highHz},
+                          {"columns", piece.grid->columns()},
+                          {"rows", piece.grid->rows()},
+                          {"left", piece.rect->left()},
+                          {"top", piece.rect->top()}});
+    }
+    Json rangeTimes = Json::array();
+    for (const double time : m_spectrum.rangeTimes) {
+        rangeTimes.push_back(msJson(time));
+    }
+    Json json = m_picture.deviceJson(m_spectrum.type.track);
+    json.update({{"keyword", m_spectrum.keyword}, {"code", m_spectrum.type.code}, {"records", m_spectrum.records}});
+    addLevels(json);
+    json.update({{"colourFrom", levelJson(m_colours.lower)},
+                 {"colourTo", levelJson(m_colours.upper)},
+                 {"channelRangeTimesMs", std::move(rangeTimes)},
+                 {"pieces", std::move(pieces)}});
+    return json;
+}
+
+SpectrumBand::SpectrumBand(Picture& picture, const std::string& unit, const Spectrum& spectrum, int row)
+    : SpectrumPanel(picture, spectrum, QCPAxis::atBottom, SpectrumGrid::Mode::Max)
+{
+    constexpr int Sides = 120;
+    addPieces(picture.body(), row, 1);
+    const Piece& band = m_pieces.front();
+    band.rect->setMinimumMargins(QMargins(8, 12, 0, 8));
+    setTimeAcross(picture, *band.rect, row, picture.width() - Sides);
+    setFrequencyAxis(band, picture.height() / 4);
+    const QString label = QString::fromStdString(picture.source().labelled(spectrum.type.track, spectrum.keyword));
+    frequencyAxis(band).setLabel(
+        QStringLiteral("%1 (%2)").arg(label, m_unit.name).replace(QStringLiteral(": "), QStringLiteral("\n")));
+    auto* beside = new QCPLayoutGrid;  // the column is as wide as the legend of bearings, the bar is not
+    picture.body().addElement(row, 1, beside);
+    addBar(*beside, 0, unit, {}, 8);
+    beside->addElement(0, 1, new QCPLayoutElement(&picture.plot()));
+}
+
+Json SpectrumBand::json() const
+{
+    const Piece& band = m_pieces.front();
+    Json json = {{"type", "spectrum"}};
+    json.update(m_picture.deviceJson(m_spectrum.type.track));
+    json.update({{"keyword", m_spectrum.keyword},
+                 {"records", m_spectrum.records},
+                 {"startHz", band.frequencies.lowHz},
+                 {"stopHz", band.frequencies.highHz}});
+    addLevels(json);
+    json.update(placeInTimeline(*band.rect));
+    return json;
 }
 
 }  // namespace RecTool

@@ -1,0 +1,277 @@
+// The verbs that draw: what is on each kind of picture, found by passes over the records and put on a sheet.
+#include "plot.h"
+
+#include <algorithm>
+
+#include "bearingpanels.h"
+#include "levelpanel.h"
+#include "spectrumpanel.h"
+
+namespace RecTool {
+
+namespace {
+
+/// Leaves out the series that a device did not record but another one did. @return why one cannot be drawn, else empty
+template <typename WhyNot>
+std::string dropUnrecorded(std::vector<Series>& all, const WhyNot& whyNot)
+{
+    for (auto series = all.begin(); series != all.end();) {
+        const std::string why = whyNot(*series);
+        const bool isElsewhere = std::any_of(all.begin(), all.end(), [&](const Series& other) {
+            return other.type.track != series->type.track && other.keyword == series->keyword;
+        });
+        if (!why.empty() && !isElsewhere) {
+            return why;
+        }
+        series = why.empty() ? series + 1 : all.erase(series);
+    }
+    return "";
+}
+
+QString levelTitle(const std::vector<Series>& all)
+{
+    QStringList keywords;
+    for (const Series& series : all) {
+        keywords << QString::fromStdString(series.keyword);
+    }
+    keywords.removeDuplicates();
+    return keywords.join(QStringLiteral(", ")) + QStringLiteral(" over time");
+}
+
+Json seriesJson(const Picture& picture, const Series& series)
+{
+    const Envelope& envelope = *series.envelope;
+    Json json = picture.deviceJson(series.type.track);
+    json.update({{"keyword", series.keyword},
+                 {"code", series.type.code},
+                 {"unit", series.unit},
+                 {"records", envelope.records()},
+                 {"min", envelope.lowest()},
+                 {"max", envelope.highest()},
+                 {"drawn", envelope.hasPoints() ? "values" : "envelope"}});
+    return json;
+}
+
+/// Over time on the left or above, from above and what the colours mean beside or below.
+ExitCode drawBearings(Picture& picture, const Bearings& bearings)
+{
+    constexpr int Wide = 900;
+    const bool isWide = picture.width() >= Wide;
+    QCPLayoutGrid& body = picture.body();
+    const int width = isWide ? picture.width() / 2 : picture.width() * 4 / 5;
+    const auto& times = picture.addPanel<AzimuthPanel>(bearings, 0, width, QMargins(8, 8, 34, 8));
+    auto* side = new QCPLayoutGrid;
+    body.addElement(isWide ? 0 : 1, isWide ? 1 : 0, side);
+    const int square = std::min(picture.height() * (isWide ? 6 : 4) / 10, picture.width() * (isWide ? 38 : 60) / 100);
+    const auto& fromAbove = picture.addPanel<FromAbovePanel>(bearings, *side, square);
+    picture
+        .addText(isWide ? *side : body, isWide ? 1 : 2, 0,
+                 (bearings.areTrue() ? QStringLiteral("True north") : QStringLiteral("Antenna's zero")) +
+                     QStringLiteral(" at the top; the later, the farther out"))
+        ->setMargins(QMargins(0, 0, 0, 6));
+    QCPLegend& legend = *picture.addLegend(*side, isWide ? 2 : 0, isWide ? 0 : 1, times.rect());
+    const int columns = isWide ? 2 : 1;
+    const int rows = (static_cast<int>(bearings.groups().size()) + columns - 1) / columns;
+    legend.setWrap(columns);
+    legend.setFillOrder(QCPLegend::foColumnsFirst);
+    legend.setRowSpacing(2);
+    legend.setMaximumSize(QWIDGETSIZE_MAX, rows * (picture.lineHeight() + 6) + 10);
+    return picture.draw([&](Json& json) {
+        const QCPAxisRect& view = times.rect();
+        Json channels = Json::array();
+        for (const PlottedGroup& group : bearings.groups()) {
+            if (group.frequencyHz) {
+                channels.push_back({{"frequencyHz", *group.frequencyHz},
+                                    {"bearings", group.bearings},
+                                    {"lastAzimuthDeg", group.lastAzimuthDeg}});
+            }
+        }
+        json.update(
+            {{"reference", bearings.areTrue() ? "true-north" : "antenna"},
+             {"bearings", bearings.count()},
+             {"channels", std::move(channels)},
+             {"otherChannels", bearings.otherChannels()},
+             {"withoutHeading", bearings.withoutHeading()},
+             {"view", {{"columns", view.width()}, {"rows", view.height()}, {"left", view.left()}, {"top", view.top()}}},
+             {"circle", fromAbove.json()}});
+    });
+}
+
+/// Spectra, bearings and values from above, all as wide.
+void addTimelinePanels(Picture& picture, const PlotTimelineOptions& options, const std::vector<Spectrum>& spectra,
+                       const Bearings& bearings, const std::vector<Series>& all)
+{
+    constexpr double High = 2;  // spectra and bearings need more room than a line
+    constexpr int Sides = 120;
+    int row = 0;
+    for (const Spectrum& spectrum : spectra) {
+        picture.addPanel<SpectrumBand>(options.unit, spectrum, row++);
+    }
+    if (bearings.count() > 0) {
+        auto& azimuths = picture.addPanel<AzimuthPanel>(bearings, row, picture.width() - Sides, QMargins(8, 12, 0, 8));
+        azimuths.showLabels(spectra.empty());
+        picture.addLegend(picture.body(), row++, 1, azimuths.rect())->setRowSpacing(0);
+    }
+    for (int high = 0; high < row; ++high) {
+        picture.body().setRowStretchFactor(high, High);
+    }
+    if (row > 0) {
+        picture.body().setColumnStretchFactor(1, AsLittleAsPossible);
+    }
+    for (const Series& series : all) {
+        picture.addPanel<LevelPanel>(series, row++);
+    }
+}
+
+}  // namespace
+
+ExitCode plotSpectrum(const PlotSpectrumOptions& options)
+{
+    PlotSource source(options, 2);
+    if (source.state() != ExitCode::Fine) {
+        return source.state();
+    }
+    auto wanted = wantedSpectra(source, options.types, options.onlyRf, options.onlyIf);
+    if (!wanted) {
+        return ExitCode::Usage;
+    }
+    source.walk([&](const PlottedRecord& plotted) {
+        for (Spectrum& spectrum : *wanted) {
+            spectrum.survey(plotted, source);
+        }
+    });
+    const std::vector<Spectrum> spectra = endSurvey(*wanted, source);
+    if (spectra.empty()) {
+        return source.refuse(noSpectrum(options, *wanted));
+    }
+    const std::optional<int> height = heightFor(options, 2 * spectra.size());
+    if (!height) {
+        return source.end(ExitCode::Usage);
+    }
+    Picture picture(options, *height, source, QStringLiteral("Spectrum over time"), spectra.size());
+    for (const Spectrum& spectrum : spectra) {
+        picture.addPanel<Waterfall>(options, spectrum, static_cast<int>(&spectrum - spectra.data()));
+    }
+    return source.end(picture.draw([&](Json& json) {
+        json["pixel"] = options.mean ? "mean" : "max";
+        json["unit"] = options.unit;
+        json["spectra"] = picture.panelsJson();
+    }));
+}
+
+ExitCode plotLevel(const PlotLevelOptions& options)
+{
+    PlotSource source(options, 1);
+    if (source.state() != ExitCode::Fine) {
+        return source.state();
+    }
+    auto all =
+        wantedSeries(source, options.types.empty() ? std::vector<std::string>{"LEVEL"} : options.types, options.unit);
+    if (!all) {
+        return ExitCode::Usage;
+    }
+    beginEnvelopes(*all, source.span(), options.width);
+    source.walk([&](const PlottedRecord& plotted) {
+        for (Series& series : *all) {
+            series.visit(plotted);
+        }
+    });
+    endEnvelopes(*all);
+    const std::string why = dropUnrecorded(*all, [&](const Series& series) { return noNumbers(options, series); });
+    if (!why.empty()) {
+        return source.refuse(why);
+    }
+    const std::optional<int> height = heightFor(options, all->size());
+    if (!height) {
+        return source.end(ExitCode::Usage);
+    }
+    Picture picture(options, *height, source, levelTitle(*all), all->size());
+    for (const Series& series : *all) {
+        picture.addPanel<LevelPanel>(series, static_cast<int>(&series - all->data()));
+    }
+    return source.end(picture.draw([&](Json& json) {
+        json["series"] = Json::array();
+        for (const Series& series : *all) {
+            json["series"].push_back(seriesJson(picture, series));
+        }
+    }));
+}
+
+ExitCode plotBearings(const PlotBearingsOptions& options)
+{
+    PlotSource source(options, 2);
+    if (source.state() != ExitCode::Fine) {
+        return source.state();
+    }
+    Bearings bearings(source, options.relative);
+    if (!bearings.areRecorded()) {
+        return source.refuse("There is no type DFSPECTRUM in the recording.");
+    }
+    const auto visit = [&](const PlottedRecord& plotted) { bearings.visit(plotted); };
+    source.walk(visit);
+    if (bearings.count() == 0) {
+        const bool isWhole = options.from.empty() && options.to.empty();
+        return source.refuse(isWhole ? "There is no bearing in the recording." : "There is no bearing in the span.");
+    }
+    bearings.endCounting();
+    bearings.beginGroups(options.width, options.height);
+    source.walk(visit);
+    Picture picture(options, options.height, source,
+                    bearings.areTrue() ? QStringLiteral("True bearings (DFSPECTRUM, TRUEHEADING)")
+                                       : QStringLiteral("Bearings (DFSPECTRUM)"),
+                    1);
+    return source.end(bearings.tellLeftOut(drawBearings(picture, bearings)));
+}
+
+ExitCode plotTimeline(const PlotTimelineOptions& options)
+{
+    PlotSource source(options, 3);
+    if (source.state() != ExitCode::Fine) {
+        return source.state();
+    }
+    Bearings bearings(source, options.relative);
+    auto wanted = wantedSpectra(source);
+    auto all = wantedSeries(source, options.types, "");
+    if (!wanted || !all) {
+        return source.end(ExitCode::Usage);
+    }
+    source.walk([&](const PlottedRecord& plotted) {
+        for (Spectrum& spectrum : *wanted) {
+            spectrum.survey(plotted, source);
+        }
+        bearings.visit(plotted);
+        for (Series& series : *all) {
+            series.isRecorded = series.isRecorded || plotted.type == series.type;
+        }
+    });
+    const std::string why = dropUnrecorded(*all, [&](const Series& series) {
+        return series.isRecorded ? "" : "There is no record of " + series.keyword + " in the recording.";
+    });
+    if (!why.empty()) {
+        return source.refuse(why);
+    }
+    const std::vector<Spectrum> spectra = endSurvey(*wanted, source);
+    bearings.endCounting();
+    const std::size_t high = spectra.size() + (bearings.count() > 0 ? 1 : 0);
+    if (high + all->size() == 0) {
+        return source.refuse("There is no spectrum and no bearing; --type draws other values.");
+    }
+    const std::optional<int> height = heightFor(options, 2 * high + all->size());
+    if (!height) {
+        return source.end(ExitCode::Usage);
+    }
+    bearings.beginGroups(options.width, *height);
+    beginEnvelopes(*all, source.span(), options.width);
+    source.walk([&](const PlottedRecord& plotted) {
+        bearings.visit(plotted);
+        for (Series& series : *all) {
+            series.visit(plotted);
+        }
+    });
+    endEnvelopes(*all);
+    Picture picture(options, *height, source, QStringLiteral("Timeline"), high + all->size());
+    addTimelinePanels(picture, options, spectra, bearings, *all);
+    return source.end(bearings.tellLeftOut(picture.draw([&](Json& json) { json["panels"] = picture.panelsJson(); })));
+}
+
+}  // namespace RecTool
