@@ -102,8 +102,9 @@ double FromAbovePanel::largestRadius() const
     double largest = square / 2;
     for (int degrees = 0; degrees < FullTurn; degrees += Step) {
         const Name name = nameOf(degrees);
-        for (const auto& [part, size] : {std::pair(std::abs(name.direction.x()), name.width),
-                                         std::pair(std::abs(name.direction.y()), double(m_picture.lineHeight()))}) {
+        for (const auto& [part, size] :
+             {std::pair(std::abs(name.direction.x()), name.width),
+              std::pair(std::abs(name.direction.y()), static_cast<double>(m_picture.lineHeight()))}) {
             const double room = (square - size) / 2 - name.away * part;
             largest = part > Small ? std::min(largest, room / part) : largest;
         }

@@ -15,6 +15,7 @@ constexpr double Circle = 360;
 std::vector<double> busiest(const BearingCounts& counts, std::size_t number)
 {
     std::vector<double> frequencies;
+    frequencies.reserve(counts.size());
     for (const auto& [hz, count] : counts) {
         frequencies.push_back(hz);
     }

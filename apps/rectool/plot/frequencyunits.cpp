@@ -55,6 +55,7 @@ std::vector<std::string> frequenciesAlike(const std::vector<double>& hz)
         ++decimals;
     }
     std::vector<std::string> texts;
+    texts.reserve(hz.size());
     for (const double frequency : hz) {
         texts.push_back(QString::number(frequency / unit.hz, 'f', decimals).toStdString() + ' ' + unit.name);
     }
