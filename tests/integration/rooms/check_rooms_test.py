@@ -13,7 +13,6 @@ CORE = "devicecontrol/recording2"
 TREE = {
     f"{CORE}/fileaccess.h": "",
     f"{CORE}/recording.h": "",
-    f"{CORE}/file/recordingwriter.h": "",
     f"{CORE}/format/layout.h": "",
     f"{CORE}/index/timeindex.h": "",
     f"{CORE}/inspection/inspection.h": '#include "../format/layout.h"\n',
@@ -24,6 +23,7 @@ TREE = {
     "apps/rectool/map/geojson.h": "",
     "apps/rectool/text.h": "",
     "apps/recstation/source.h": "",
+    "apps/recstation/sources/feed/feedsource.h": "",
     "system/file.h": "",
     "archive/include/zelvo/archive.h": "",
     "archive/zelvod/service.h": "",
@@ -94,15 +94,21 @@ class CheckRooms(unittest.TestCase):
         self.assert_refused("platform/vkbase/src/trace.cpp", "<startup/cfgcenter.h>")
 
     def test_programs_take_public_headers_inspection_and_their_own(self):
-        self.assert_clean({"apps/rectool/main.cpp": "#include <recording2/fileaccess.h>\n#include <CLI/App.hpp>\n"
-                                                    "#include <recording2/inspection/inspection.h>\n"
-                                                    "#include <recording2/file/recordingwriter.h>\n"
-                                                    '#include "text.h"\n#include <values/tree.h>\n#include <fcntl.h>\n',
-                           "apps/recstation/sim/sim.cpp": '#include "../source.h"\n#include "source.h"\n'})
+        self.assert_clean({"apps/recstation/main.cpp": "#include <recording2/fileaccess.h>\n#include <CLI/App.hpp>\n"
+                                                       "#include <recording2/inspection/inspection.h>\n"
+                                                       '#include "source.h"\n#include <values/tree.h>\n'
+                                                       "#include <fcntl.h>\n",
+                           "apps/recstation/sources/sim/sim.cpp": '#include "../../source.h"\n#include "source.h"\n'})
         for include in ("<recording2/recording.h>", "<recording2/format/layout.h>", "<recording2/missing.h>",
-                        '"../recstation/source.h"', '"../../devicecontrol/recording2/recording.h"',
+                        '"../rectool/text.h"', '"../../devicecontrol/recording2/recording.h"',
                         '"devicecontrol/recording2/recording.h"', '"missing.h"'):
-            self.assert_refused("apps/rectool/main.cpp", include)
+            self.assert_refused("apps/recstation/main.cpp", include)
+
+    def test_a_source_knows_no_other(self):
+        self.assert_refused("apps/recstation/sources/sim/sim.cpp", '"../feed/feedsource.h"')
+
+    def test_a_folder_that_no_room_holds_takes_nothing_of_the_project(self):
+        self.assert_refused("plugins/new.cpp", "<recording2/fileaccess.h>")
 
     def test_the_archive_takes_itself_and_what_reads_its_configuration(self):
         self.assert_clean({"archive/client/client.cpp": '#include <zelvo/archive.h>\n#include "storage/names.h"\n'})
