@@ -81,7 +81,6 @@ private:
     void ExtendDriverTreeSelection();
 
     [[nodiscard]] bool ShouldRecordType(std::int32_t typeId) const;
-    [[nodiscard]] bool ShouldRecordType(const QString& keyword) const;
     [[nodiscard]] bool ModeExcludesIfSpectrum(std::int32_t modeKey) const;
     [[nodiscard]] bool RecDf() const;
 
@@ -99,7 +98,7 @@ private:
     bool HandleRemoval(const void* subject, TChangeCode code);
     bool HandleControlValue(const void* subject, TChangeCode code);
     void HandleRecStatus(TChangeCode code);
-    void PublishFileName(const QString& path);
+    void PublishFileName(const QString& path, IObserver* sender = nullptr);
     void Capture(void* subject, TChangeCode code, bool control);
     [[nodiscard]] unsigned long long TakeRecordTime(const values::MappingBase* timedMap);
     void WriteCapture(std::int32_t typeId, TChangeCode code, const std::string& text, unsigned long long recordTime);
@@ -108,7 +107,6 @@ private:
     void StopAfterFailure(const QString& reason);
     void JournalHeader();
     void JournalHeaderIfChanged(unsigned long long recordTime);
-    void SplitIfTooLarge();
 
     void Follow(std::int32_t typeId, const values::ValueBase& value);
     void LetScanRangeFollow();

@@ -97,10 +97,10 @@ void CRecording::HandleRecStatus(TChangeCode code)
     }
 }
 
-void CRecording::PublishFileName(const QString& path)
+void CRecording::PublishFileName(const QString& path, IObserver* sender)
 {
     if (m_recFileName) {
-        m_recFileName->SetValue(path, nullptr);
+        m_recFileName->SetValue(path, sender);
     }
 }
 

@@ -57,9 +57,7 @@ QString CRecording::StartRecording(bool splitting)
         JournalHeader();
         m_file->JournalStopTime(m_lastRecordTime.getMilliSecs());
         const std::uint32_t thisStart = ++m_starts;
-        if (m_recFileName) {
-            m_recFileName->SetValue(m_currentFileName, this);
-        }
+        PublishFileName(m_currentFileName, this);
         if (m_starts == thisStart) {  // an observer of the name may have started the next one
             RunStartSequence();
         }
@@ -119,9 +117,7 @@ void CRecording::CloseFile(bool splitting)
     m_startTimeMoved = false;
     if (path.find(".tmp") != std::string::npos) {
         m_currentFileName.replace(QStringLiteral(".tmp"), QStringLiteral(".rec"));
-        if (m_recFileName) {
-            m_recFileName->SetValue(m_currentFileName, nullptr);
-        }
+        PublishFileName(m_currentFileName);
     }
     const values::VtTransaction transaction(false);
     for (auto* pointer : {&m_recUncFilePath, &m_recZelvoFilePath}) {
