@@ -57,12 +57,11 @@ public:
     void setJobID(const char* text) { m_jobId = text; }
 
     [[nodiscard]] CTimeStamp startTS() const { return m_start; }  ///< time of the first record
-    void set_startTS(CTimeStamp time)
-    {
-        m_start = time;
-    }  // NOLINT(performance-unnecessary-value-param): so hosts call it
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): so hosts call it
+    void set_startTS(CTimeStamp time) { m_start = time; }
     [[nodiscard]] CTimeStamp stopTS() const { return m_stop; }  ///< time of the end of the recording
-    void set_stopTS(CTimeStamp time) { m_stop = time; }         // NOLINT(performance-unnecessary-value-param): the same
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): the same
+    void set_stopTS(CTimeStamp time) { m_stop = time; }
 
     [[nodiscard]] bool isAutomaticRec() const { return m_automatic; }  ///< not started by an operator
     void setAutomaticRec(bool automatic) { m_automatic = automatic; }
