@@ -6,11 +6,11 @@
 
 #include <values/value.h>
 
-#include "printing/progress.h"
 #include "replay/measuredbearings.h"
 #include "replay/measuredtime.h"
 #include "replay/recordedvalues.h"
 #include "replay/typenames.h"
+#include "replay/walk.h"
 
 namespace RecTool {
 
@@ -139,17 +139,13 @@ TakenBearings takeBearings(const std::string& file, const Inspection::Summary& s
                            std::uint64_t toMs)
 {
     BearingTaker taker(summary, fromMs, toMs);
-    Progress progress(file);
-    std::vector<Inspection::Finding> findings = Inspection::walkRecords(
-        file, summary,
-        [&](const Inspection::Record& record) {
-            const bool timeIsKnown = record.timeMs != 0;
-            if (timeIsKnown) {
-                taker.apply(record);
-            }
-            return true;  // what was measured in the span may be filed behind it
-        },
-        progress.callback());
+    std::vector<Inspection::Finding> findings = walk(file, summary, [&](const Inspection::Record& record) {
+        const bool timeIsKnown = record.timeMs != 0;
+        if (timeIsKnown) {
+            taker.apply(record);
+        }
+        return true;  // what was measured in the span may be filed behind it
+    });
     TakenBearings taken = taker.result();
     taken.findings = std::move(findings);
     return taken;

@@ -27,7 +27,7 @@ struct TakenBearings {
     std::vector<TakenBearing> bearings;  ///< in the order of the records
     std::uint64_t withoutPosition = 0;   ///< bearings that are left out because nobody knows where they were taken
     std::uint64_t passedOver = 0;        ///< DFSPECTRUM records that are no bearings
-    std::vector<Recording2::Inspection::Finding> findings;  ///< damage of the records
+    std::vector<Recording2::Inspection::Finding> findings;  ///< damage of the tables and the records
 };
 
 /// Walks a recording and takes the bearings that were measured in a span, as MeasuredBearings tells them apart.

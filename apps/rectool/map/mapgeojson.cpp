@@ -68,8 +68,7 @@ ExitCode mapGeoJson(const MapOptions& options, const Inspection::Summary& summar
     if (!options.output.empty() && !mayReplace(options.output)) {
         return ExitCode::Usage;
     }
-    TakenBearings taken = takeBearings(options.file, summary, fromMs, toMs);
-    taken.findings.insert(taken.findings.begin(), summary.findings.begin(), summary.findings.end());
+    const TakenBearings taken = takeBearings(options.file, summary, fromMs, toMs);
     const GeoJsonSettings settings = settingsOf(options);
     const std::vector<BearingGroup> groups = findFixes(taken.bearings, settings.fix, settings.windowUs);
     const auto produce = [&](const TextSink& write) {

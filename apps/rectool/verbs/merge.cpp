@@ -16,6 +16,7 @@
 #include "printing/json.h"
 #include "printing/output.h"
 #include "printing/text.h"
+#include "replay/walk.h"
 #include "system/filenames.h"
 
 namespace RecTool {
@@ -149,12 +150,9 @@ bool inspectAll(const std::vector<std::string>& files, std::vector<Inspection::S
 {
     bool fine = true;
     for (const std::string& file : files) {
-        summaries.push_back(Inspection::inspect(file));
-        const Inspection::Summary& summary = summaries.back();
-        if (summary.readability != Inspection::Readability::Ok) {
-            complain(file, summary.problem);
+        if (!readSummary(file, summaries.emplace_back())) {
             fine = false;
-        } else if (summary.header.startMs == 0) {
+        } else if (summaries.back().header.startMs == 0) {
             complain(file, "The header does not tell the start of the recording, so it has no place among others.");
             fine = false;
         }
