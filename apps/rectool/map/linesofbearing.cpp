@@ -45,14 +45,13 @@ private:
 /// Nothing for what is no place on earth. 0, 0 is what values hold that nobody has set.
 std::optional<Geo::Position> positionOf(std::optional<double> latitudeDeg, std::optional<double> longitudeDeg)
 {
-    constexpr double HalfCircleDeg = 180;
     constexpr double PoleDeg = 90;
     if (!latitudeDeg || !longitudeDeg || (*latitudeDeg == 0 && *longitudeDeg == 0)) {
         return std::nullopt;
     }
     // Written so that numbers that are none are no place.
     const bool onEarth = std::abs(*latitudeDeg) <= PoleDeg && std::abs(*longitudeDeg) <= FullCircleDeg;
-    return onEarth ? std::optional(Geo::Position{*latitudeDeg, std::remainder(*longitudeDeg, 2 * HalfCircleDeg)})
+    return onEarth ? std::optional(Geo::Position{*latitudeDeg, std::remainder(*longitudeDeg, FullCircleDeg)})
                    : std::nullopt;
 }
 

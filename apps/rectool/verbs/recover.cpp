@@ -51,7 +51,7 @@ void printRecoveryAsJson(const RecoverOptions& options, const std::string& outpu
 {
     const Inspection::RepairedTimes& times = recovery.times;
     const bool hasJournal = !recovery.journal.empty();
-    const Json json = {{"file", options.file},
+    const Json json = {{"file", shownName(options.file)},
                        {"output", output},
                        {"whole", recovery.outcome == RecoveryOutcome::Whole},
                        {"journal", hasJournal ? Json(recovery.journal) : Json()},
