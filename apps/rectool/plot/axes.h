@@ -12,6 +12,7 @@ enum class TimeScale : unsigned char { Clock, Elapsed };
 /// Makes an axis one of time. It shows the elapsed time where the recording's start is not known.
 /// @return what the axis says: "Time (UTC, 2026-11-21)"
 QString setTimeAxis(const Picture& picture, QCPAxis& axis, TimeScale scale, int pixels);
+constexpr int TimeAxisAround = 120;  // pixels beside an axis of time across the picture, about
 /// Makes the axes of a rect whose time runs across a row: what all rows share stands above the first and below the
 /// last. @param pixels how wide the rect will be, about
 void setTimeAcross(Picture& picture, QCPAxisRect& rect, int row, int pixels);

@@ -29,12 +29,16 @@ QCPScatterStyle dot(const QColor& colour)
 
 }  // namespace
 
-AzimuthPanel::AzimuthPanel(Picture& picture, const Bearings& bearings, int row, int pixels, const QMargins& margins)
-    : Panel(picture), m_bearings(bearings), m_rect(*picture.addAxisRect(picture.body(), row, 0))
+AzimuthPanel::AzimuthPanel(Picture& picture, const Bearings& bearings, int pixels, const QMargins& margins,
+                           bool withLabels)
+    : Panel(picture),
+      m_bearings(bearings),
+      m_rect(*picture.addAxisRect(picture.body(), m_row, 0)),
+      m_withLabels(withLabels)
 {
     constexpr double Ticks = 45;
     m_rect.setMinimumMargins(margins);
-    setTimeAcross(picture, m_rect, row, pixels);
+    setTimeAcross(picture, m_rect, m_row, pixels);
     QCPAxis& azimuth = *m_rect.axis(QCPAxis::atLeft);
     azimuth.setRange(0, FullTurn);
     azimuth.setLabel(bearings.areTrue() ? QStringLiteral("Bearing (\u00b0 from true north)")

@@ -10,10 +10,9 @@ namespace RecTool {
 class AzimuthPanel final : public Panel {
 public:
     /// @param pixels how wide the rect will be, about @param margins around the rect, at least
-    AzimuthPanel(Picture& picture, const Bearings& bearings, int row, int pixels, const QMargins& margins);
-
     /// @param withLabels the bookmarks' texts stand here
-    void showLabels(bool withLabels) { m_withLabels = withLabels; }
+    AzimuthPanel(Picture& picture, const Bearings& bearings, int pixels, const QMargins& margins, bool withLabels);
+
     void mark() override { markBookmarks(m_picture, *m_rect.axis(QCPAxis::atBottom), m_withLabels); }
     [[nodiscard]] Json json() const override;
     [[nodiscard]] const QCPAxisRect& rect() const { return m_rect; }
@@ -21,7 +20,7 @@ public:
 private:
     const Bearings& m_bearings;
     QCPAxisRect& m_rect;
-    bool m_withLabels = true;
+    bool m_withLabels;
 };
 
 /// A bearing points to where it was taken from; the later, the farther from the middle.

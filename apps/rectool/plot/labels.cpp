@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numeric>
 
 namespace RecTool {
 
@@ -22,11 +21,12 @@ struct Block {
     }
 };
 
-std::vector<double> spread(const std::vector<double>& wanted, double size, double low, double high)
+std::vector<double> spread(const std::vector<double>& wanted, const std::vector<std::size_t>& left, double size,
+                           double low, double high)
 {
     std::vector<Block> blocks;
-    for (const double middle : wanted) {
-        blocks.push_back({1, middle});
+    for (const std::size_t label : left) {
+        blocks.push_back({1, wanted[label]});
         while (blocks.size() > 1) {
             const Block& last = blocks.back();
             Block& before = blocks[blocks.size() - 2];
@@ -66,50 +66,31 @@ std::size_t mostCrowded(const std::vector<double>& wanted, const std::vector<std
     return best;
 }
 
-std::vector<double> picked(const std::vector<double>& all, const std::vector<std::size_t>& indexes)
-{
-    std::vector<double> picked;
-    picked.reserve(indexes.size());
-    for (const std::size_t i : indexes) {
-        picked.push_back(all[i]);
-    }
-    return picked;
-}
-
-double farthest(const std::vector<double>& wanted, const std::vector<double>& places)
-{
-    double farthest = 0;
-    for (std::size_t i = 0; i < wanted.size(); ++i) {
-        farthest = std::max(farthest, std::abs(wanted[i] - places[i]));
-    }
-    return farthest;
-}
-
 }  // namespace
 
 std::vector<std::optional<double>> placeLabels(const std::vector<double>& wanted, double size, double low, double high)
 {
     const double room = std::max(0.0, std::floor((high - low) / size));
-    std::vector<std::size_t> left(wanted.size());
-    std::iota(left.begin(), left.end(), std::size_t{0});
     // Of very many, first every so manieth: looking for the most crowded one again and again would take too long.
     constexpr std::size_t Many = 1000;
-    if (left.size() > Many) {
-        std::vector<std::size_t> thinned;
-        const double step = static_cast<double>(left.size()) / static_cast<double>(Many);
-        for (std::size_t i = 0; i < Many; ++i) {
-            thinned.push_back(left[static_cast<std::size_t>(static_cast<double>(i) * step)]);
+    const double step = std::max(1.0, static_cast<double>(wanted.size()) / static_cast<double>(Many));
+    std::vector<std::size_t> left(std::min(wanted.size(), Many));
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        left[i] = static_cast<std::size_t>(static_cast<double>(i) * step);
+    }
+    std::vector<double> middles;
+    const auto findsPlaces = [&] {
+        constexpr double Farthest = 4;  // labels; farther away nobody sees what a label belongs to
+        if (static_cast<double>(left.size()) > room) {
+            return false;
         }
-        left = std::move(thinned);
-    }
-    while (static_cast<double>(left.size()) > room) {
+        middles = spread(wanted, left, size, low, high);
+        return std::equal(left.begin(), left.end(), middles.begin(), [&](std::size_t label, double middle) {
+            return std::abs(wanted[label] - middle) <= Farthest * size;
+        });
+    };
+    while (!findsPlaces()) {
         left.erase(left.begin() + static_cast<std::ptrdiff_t>(mostCrowded(wanted, left)));
-    }
-    constexpr double Farthest = 4;  // labels; farther away nobody sees what a label belongs to
-    std::vector<double> middles = spread(picked(wanted, left), size, low, high);
-    while (farthest(picked(wanted, left), middles) > Farthest * size) {
-        left.erase(left.begin() + static_cast<std::ptrdiff_t>(mostCrowded(wanted, left)));
-        middles = spread(picked(wanted, left), size, low, high);
     }
     std::vector<std::optional<double>> places(wanted.size());
     for (std::size_t i = 0; i < left.size(); ++i) {

@@ -54,6 +54,11 @@ std::string unitOf(const std::string& keyword)
 
 }  // namespace
 
+void Series::begin(const TimeSpan& span, int width)
+{
+    envelope.emplace(static_cast<std::size_t>(width), span, middleOf(keyword));
+}
+
 void Series::visit(const PlottedRecord& plotted)
 {
     if (!(plotted.type == type)) {
@@ -81,20 +86,6 @@ std::optional<std::vector<Series>> wantedSeries(const PlotSource& source, const 
     return all;
 }
 
-void beginEnvelopes(std::vector<Series>& all, const TimeSpan& span, int width)
-{
-    for (Series& series : all) {
-        series.envelope.emplace(static_cast<std::size_t>(width), span, middleOf(series.keyword));
-    }
-}
-
-void endEnvelopes(std::vector<Series>& all)
-{
-    for (Series& series : all) {
-        series.envelope->finish();
-    }
-}
-
 std::string noNumbers(const PlotOptions& options, const Series& series)
 {
     if (!std::isnan(series.envelope->lowest())) {
@@ -109,15 +100,14 @@ std::string noNumbers(const PlotOptions& options, const Series& series)
     return noRecord(options, series.keyword);
 }
 
-LevelPanel::LevelPanel(Picture& picture, const Series& series, int row)
+LevelPanel::LevelPanel(Picture& picture, const Series& series)
     : Panel(picture), m_series(series), m_envelope(*series.envelope), m_unit(QString::fromStdString(series.unit))
 {
-    constexpr int Sides = 120;
     auto* layout = new QCPLayoutGrid;
-    picture.body().addElement(row, 0, layout);
+    picture.body().addElement(m_row, 0, layout);
     layout->setRowSpacing(0);
     m_rect = picture.addAxisRect(*layout, 1, 0);
-    setTimeAcross(picture, *m_rect, row, picture.width() - Sides);
+    setTimeAcross(picture, *m_rect, m_row, picture.width() - TimeAxisAround);
     chooseScale();
     addLabel(*layout);
     m_envelope.hasPoints() ? drawPoints() : drawColumns();

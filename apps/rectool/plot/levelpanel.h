@@ -20,6 +20,8 @@ struct Series {
     std::optional<Envelope> envelope;
     std::uint64_t passedOver = 0;  // records that are no number
 
+    /// Begins the pass that visits its records. @param width pixels
+    void begin(const TimeSpan& span, int width);
     void visit(const PlottedRecord& plotted);
 };
 
@@ -28,9 +30,6 @@ struct Series {
 [[nodiscard]] std::optional<std::vector<Series>> wantedSeries(const PlotSource& source,
                                                               const std::vector<std::string>& types,
                                                               const std::string& unit);
-/// Begins and ends the pass that visits them. @param width pixels
-void beginEnvelopes(std::vector<Series>& all, const TimeSpan& span, int width);
-void endEnvelopes(std::vector<Series>& all);
 
 /// Why a series cannot be drawn; empty where it can.
 [[nodiscard]] std::string noNumbers(const PlotOptions& options, const Series& series);
@@ -38,7 +37,7 @@ void endEnvelopes(std::vector<Series>& all);
 class LevelPanel final : public Panel {
 public:
     /// @param series its name and numbers; must outlive the panel
-    LevelPanel(Picture& picture, const Series& series, int row);
+    LevelPanel(Picture& picture, const Series& series);
 
     void finish() override { setNumberTicks(m_picture, valueAxis(), m_rect->height()); }
     void mark() override { markBookmarks(m_picture, timeAxis()); }

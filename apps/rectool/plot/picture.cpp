@@ -252,6 +252,10 @@ Json levelJson(double level)
     return std::isfinite(level) ? Json(std::round(level * PerUnit) / PerUnit) : Json();
 }
 
+Panel::Panel(Picture& picture) : m_picture(picture), m_row(picture.body().rowCount())
+{
+}
+
 Json Panel::placeInTimeline(const QCPAxisRect& rect)
 {
     return {{"left", rect.left()}, {"top", rect.top()}, {"columns", rect.width()}, {"rows", rect.height()}};

@@ -73,10 +73,11 @@ public:
     [[nodiscard]] virtual ExitCode tellPassedOver(ExitCode result) const { return result; }
 
 protected:
-    explicit Panel(Picture& picture) : m_picture(picture) {}
+    explicit Panel(Picture& picture);
     [[nodiscard]] static Json placeInTimeline(const QCPAxisRect& rect);
 
     Picture& m_picture;  // NOLINT: for all panels
+    int m_row;           // NOLINT: of the picture's body, the next one when the panel was made
 };
 
 /// The sheet that is drawn on: a title, what the picture is of, and below them panels.

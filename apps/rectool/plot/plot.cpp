@@ -28,6 +28,51 @@ std::string dropUnrecorded(std::vector<Series>& all, const WhyNot& whyNot)
     return "";
 }
 
+/// What a picture may show.
+struct Contents {
+    std::vector<Spectrum> spectra;
+    std::vector<Series> series;
+    std::optional<Bearings> bearings;
+};
+
+/// A first pass: which spectra, series and bearings there are, and when.
+void survey(Contents& contents, PlotSource& source)
+{
+    source.walk([&](const PlottedRecord& plotted) {
+        for (Spectrum& spectrum : contents.spectra) {
+            spectrum.survey(plotted, source);
+        }
+        for (Series& series : contents.series) {
+            series.isRecorded = series.isRecorded || plotted.type == series.type;
+        }
+        if (contents.bearings) {
+            contents.bearings->visit(plotted);
+        }
+    });
+}
+
+/// The pass over numbers and bearings, for a picture of this size.
+void collect(Contents& contents, PlotSource& source, int width, int height)
+{
+    for (Series& series : contents.series) {
+        series.begin(source.span(), width);
+    }
+    if (contents.bearings) {
+        contents.bearings->beginGroups(width, height);
+    }
+    source.walk([&](const PlottedRecord& plotted) {
+        for (Series& series : contents.series) {
+            series.visit(plotted);
+        }
+        if (contents.bearings) {
+            contents.bearings->visit(plotted);
+        }
+    });
+    for (Series& series : contents.series) {
+        series.envelope->finish();
+    }
+}
+
 QString levelTitle(const std::vector<Series>& all)
 {
     QStringList keywords;
@@ -59,7 +104,7 @@ ExitCode drawBearings(Picture& picture, const Bearings& bearings)
     const bool isWide = picture.width() >= Wide;
     QCPLayoutGrid& body = picture.body();
     const int width = isWide ? picture.width() / 2 : picture.width() * 4 / 5;
-    const auto& times = picture.addPanel<AzimuthPanel>(bearings, 0, width, QMargins(8, 8, 34, 8));
+    const auto& times = picture.addPanel<AzimuthPanel>(bearings, width, QMargins(8, 8, 34, 8), true);
     auto* side = new QCPLayoutGrid;
     body.addElement(isWide ? 0 : 1, isWide ? 1 : 0, side);
     const int square = std::min(picture.height() * (isWide ? 6 : 4) / 10, picture.width() * (isWide ? 38 : 60) / 100);
@@ -98,28 +143,26 @@ ExitCode drawBearings(Picture& picture, const Bearings& bearings)
 }
 
 /// Spectra, bearings and values from above, all as wide.
-void addTimelinePanels(Picture& picture, const PlotTimelineOptions& options, const std::vector<Spectrum>& spectra,
-                       const Bearings& bearings, const std::vector<Series>& all)
+void addTimelinePanels(Picture& picture, const PlotTimelineOptions& options, const Contents& contents)
 {
     constexpr double High = 2;  // spectra and bearings need more room than a line
-    constexpr int Sides = 120;
-    int row = 0;
-    for (const Spectrum& spectrum : spectra) {
-        picture.addPanel<SpectrumBand>(options.unit, spectrum, row++);
+    QCPLayoutGrid& body = picture.body();
+    for (const Spectrum& spectrum : contents.spectra) {
+        picture.addPanel<SpectrumBand>(options.unit, spectrum);
     }
-    if (bearings.count() > 0) {
-        auto& azimuths = picture.addPanel<AzimuthPanel>(bearings, row, picture.width() - Sides, QMargins(8, 12, 0, 8));
-        azimuths.showLabels(spectra.empty());
-        picture.addLegend(picture.body(), row++, 1, azimuths.rect())->setRowSpacing(0);
+    if (contents.bearings->count() > 0) {
+        const auto& azimuths = picture.addPanel<AzimuthPanel>(*contents.bearings, picture.width() - TimeAxisAround,
+                                                              QMargins(8, 12, 0, 8), contents.spectra.empty());
+        picture.addLegend(body, body.rowCount() - 1, 1, azimuths.rect())->setRowSpacing(0);
     }
-    for (int high = 0; high < row; ++high) {
-        picture.body().setRowStretchFactor(high, High);
+    for (int row = 0; row < body.rowCount(); ++row) {
+        body.setRowStretchFactor(row, High);
     }
-    if (row > 0) {
-        picture.body().setColumnStretchFactor(1, AsLittleAsPossible);
+    if (body.columnCount() > 1) {
+        body.setColumnStretchFactor(1, AsLittleAsPossible);
     }
-    for (const Series& series : all) {
-        picture.addPanel<LevelPanel>(series, row++);
+    for (const Series& series : contents.series) {
+        picture.addPanel<LevelPanel>(series);
     }
 }
 
@@ -135,14 +178,11 @@ ExitCode plotSpectrum(const PlotSpectrumOptions& options)
     if (!wanted) {
         return ExitCode::Usage;
     }
-    source.walk([&](const PlottedRecord& plotted) {
-        for (Spectrum& spectrum : *wanted) {
-            spectrum.survey(plotted, source);
-        }
-    });
-    const std::vector<Spectrum> spectra = endSurvey(*wanted, source);
+    Contents contents{*wanted, {}, {}};
+    survey(contents, source);
+    const std::vector<Spectrum> spectra = endSurvey(contents.spectra, source);
     if (spectra.empty()) {
-        return source.refuse(noSpectrum(options, *wanted));
+        return source.refuse(noSpectrum(options, contents.spectra));
     }
     const std::optional<int> height = heightFor(options, 2 * spectra.size());
     if (!height) {
@@ -150,7 +190,7 @@ ExitCode plotSpectrum(const PlotSpectrumOptions& options)
     }
     Picture picture(options, *height, source, QStringLiteral("Spectrum over time"), spectra.size());
     for (const Spectrum& spectrum : spectra) {
-        picture.addPanel<Waterfall>(options, spectrum, static_cast<int>(&spectrum - spectra.data()));
+        picture.addPanel<Waterfall>(options, spectrum);
     }
     return source.end(picture.draw([&](Json& json) {
         json["pixel"] = options.mean ? "mean" : "max";
@@ -165,33 +205,29 @@ ExitCode plotLevel(const PlotLevelOptions& options)
     if (source.state() != ExitCode::Fine) {
         return source.state();
     }
-    auto all =
-        wantedSeries(source, options.types.empty() ? std::vector<std::string>{"LEVEL"} : options.types, options.unit);
-    if (!all) {
+    const auto types = options.types.empty() ? std::vector<std::string>{"LEVEL"} : options.types;
+    auto wanted = wantedSeries(source, types, options.unit);
+    if (!wanted) {
         return ExitCode::Usage;
     }
-    beginEnvelopes(*all, source.span(), options.width);
-    source.walk([&](const PlottedRecord& plotted) {
-        for (Series& series : *all) {
-            series.visit(plotted);
-        }
-    });
-    endEnvelopes(*all);
-    const std::string why = dropUnrecorded(*all, [&](const Series& series) { return noNumbers(options, series); });
+    Contents contents{{}, *wanted, {}};
+    std::vector<Series>& all = contents.series;
+    collect(contents, source, options.width, options.height);
+    const std::string why = dropUnrecorded(all, [&](const Series& series) { return noNumbers(options, series); });
     if (!why.empty()) {
         return source.refuse(why);
     }
-    const std::optional<int> height = heightFor(options, all->size());
+    const std::optional<int> height = heightFor(options, all.size());
     if (!height) {
         return source.end(ExitCode::Usage);
     }
-    Picture picture(options, *height, source, levelTitle(*all), all->size());
-    for (const Series& series : *all) {
-        picture.addPanel<LevelPanel>(series, static_cast<int>(&series - all->data()));
+    Picture picture(options, *height, source, levelTitle(all), all.size());
+    for (const Series& series : all) {
+        picture.addPanel<LevelPanel>(series);
     }
     return source.end(picture.draw([&](Json& json) {
         json["series"] = Json::array();
-        for (const Series& series : *all) {
+        for (const Series& series : all) {
             json["series"].push_back(seriesJson(picture, series));
         }
     }));
@@ -203,19 +239,18 @@ ExitCode plotBearings(const PlotBearingsOptions& options)
     if (source.state() != ExitCode::Fine) {
         return source.state();
     }
-    Bearings bearings(source, options.relative);
+    Contents contents;
+    Bearings& bearings = contents.bearings.emplace(source, options.relative);
     if (!bearings.areRecorded()) {
         return source.refuse("There is no type DFSPECTRUM in the recording.");
     }
-    const auto visit = [&](const PlottedRecord& plotted) { bearings.visit(plotted); };
-    source.walk(visit);
+    survey(contents, source);
     if (bearings.count() == 0) {
         const bool isWhole = options.from.empty() && options.to.empty();
         return source.refuse(isWhole ? "There is no bearing in the recording." : "There is no bearing in the span.");
     }
     bearings.endCounting();
-    bearings.beginGroups(options.width, options.height);
-    source.walk(visit);
+    collect(contents, source, options.width, options.height);
     Picture picture(options, options.height, source,
                     bearings.areTrue() ? QStringLiteral("True bearings (DFSPECTRUM, TRUEHEADING)")
                                        : QStringLiteral("Bearings (DFSPECTRUM)"),
@@ -229,48 +264,34 @@ ExitCode plotTimeline(const PlotTimelineOptions& options)
     if (source.state() != ExitCode::Fine) {
         return source.state();
     }
-    Bearings bearings(source, options.relative);
-    auto wanted = wantedSpectra(source);
-    auto all = wantedSeries(source, options.types, "");
-    if (!wanted || !all) {
+    auto spectra = wantedSpectra(source);
+    auto series = wantedSeries(source, options.types, "");
+    if (!spectra || !series) {
         return source.end(ExitCode::Usage);
     }
-    source.walk([&](const PlottedRecord& plotted) {
-        for (Spectrum& spectrum : *wanted) {
-            spectrum.survey(plotted, source);
-        }
-        bearings.visit(plotted);
-        for (Series& series : *all) {
-            series.isRecorded = series.isRecorded || plotted.type == series.type;
-        }
-    });
-    const std::string why = dropUnrecorded(*all, [&](const Series& series) {
-        return series.isRecorded ? "" : "There is no record of " + series.keyword + " in the recording.";
+    Contents contents{*spectra, *series, {}};
+    Bearings& bearings = contents.bearings.emplace(source, options.relative);
+    survey(contents, source);
+    const std::string why = dropUnrecorded(contents.series, [](const Series& one) {
+        return one.isRecorded ? "" : "There is no record of " + one.keyword + " in the recording.";
     });
     if (!why.empty()) {
         return source.refuse(why);
     }
-    const std::vector<Spectrum> spectra = endSurvey(*wanted, source);
+    contents.spectra = endSurvey(contents.spectra, source);
     bearings.endCounting();
-    const std::size_t high = spectra.size() + (bearings.count() > 0 ? 1 : 0);
-    if (high + all->size() == 0) {
+    const std::size_t high = contents.spectra.size() + (bearings.count() > 0 ? 1 : 0);
+    const std::size_t all = high + contents.series.size();
+    if (all == 0) {
         return source.refuse("There is no spectrum and no bearing; --type draws other values.");
     }
-    const std::optional<int> height = heightFor(options, 2 * high + all->size());
+    const std::optional<int> height = heightFor(options, high + all);
     if (!height) {
         return source.end(ExitCode::Usage);
     }
-    bearings.beginGroups(options.width, *height);
-    beginEnvelopes(*all, source.span(), options.width);
-    source.walk([&](const PlottedRecord& plotted) {
-        bearings.visit(plotted);
-        for (Series& series : *all) {
-            series.visit(plotted);
-        }
-    });
-    endEnvelopes(*all);
-    Picture picture(options, *height, source, QStringLiteral("Timeline"), high + all->size());
-    addTimelinePanels(picture, options, spectra, bearings, *all);
+    collect(contents, source, options.width, *height);
+    Picture picture(options, *height, source, QStringLiteral("Timeline"), all);
+    addTimelinePanels(picture, options, contents);
     return source.end(bearings.tellLeftOut(picture.draw([&](Json& json) { json["panels"] = picture.panelsJson(); })));
 }
 

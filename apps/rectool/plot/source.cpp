@@ -252,14 +252,13 @@ std::optional<std::vector<TrackType>> PlotSource::takeTypes(const std::vector<st
 ExitCode PlotSource::end(ExitCode drawn)
 {
     m_progress.clear();
-    bool damaged = false;
     for (const Part& part : m_parts) {
         std::vector<Inspection::Finding> findings = part.summary.findings;
         findings.insert(findings.end(), part.inRecords.begin(), part.inRecords.end());
         complain(part.file, findings);
-        damaged = damaged || soundness(findings) == ExitCode::Damaged;
+        drawn = worse(drawn, soundness(findings));
     }
-    return finish(damaged && drawn != ExitCode::CannotRead ? ExitCode::Damaged : drawn);
+    return finish(drawn);
 }
 
 ExitCode PlotSource::refuse(const std::string& why)

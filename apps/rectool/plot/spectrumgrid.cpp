@@ -60,7 +60,9 @@ void SpectrumGrid::replace(const values::ChannelRange& range, std::span<const fl
     m_isSeen = m_map.hasChannels();
     m_cells.assign(cells.size(), NotANumber);
     m_levels.assign(cells.size(), None);
-    refreshAll();  // nothing of the range before is left
+    for (std::size_t column = 0; column < m_columns; ++column) {
+        refresh(column);  // nothing of the range before is left
+    }
     takeCells(cells);
 }
 
@@ -89,34 +91,20 @@ void SpectrumGrid::takeCells(std::span<const float> cells)
 
 void SpectrumGrid::changed(std::size_t first, std::size_t end)
 {
-    if (!m_map.ranks().empty()) {
-        for (std::size_t channel = first; channel < end; ++channel) {
-            changedAt(m_map.rankOf(channel), m_cells[channel]);
-        }
-        return;
-    }
-    std::uint32_t columnsEnd = 0;
     for (std::size_t channel = first; channel < end; ++channel) {
-        m_levels[channel] = std::isfinite(m_cells[channel]) ? m_cells[channel] : None;
-        countLevel(channel);
+        const std::size_t rank = m_map.rankOf(channel);
+        m_levels[rank] = std::isfinite(m_cells[channel]) ? m_cells[channel] : None;
+        countLevel(rank);
     }
-    // Neighbours share columns: each column is done once.
+    // Neighbours share columns: where channels ascend, each column is done once.
+    const bool isAscending = m_map.ranks().empty();
+    std::uint32_t done = 0;
     for (std::size_t channel = first; channel < end; ++channel) {
-        const ColumnMap::Interval& columns = m_map.columnsOf(channel);
-        for (std::uint32_t column = std::max(columns.begin, columnsEnd); column < columns.end; ++column) {
+        const ColumnMap::Interval& columns = m_map.columnsOf(m_map.rankOf(channel));
+        for (std::uint32_t column = std::max(columns.begin, done); column < columns.end; ++column) {
             refresh(column);
         }
-        columnsEnd = std::max(columnsEnd, columns.end);
-    }
-}
-
-void SpectrumGrid::changedAt(std::size_t rank, float level)
-{
-    m_levels[rank] = std::isfinite(level) ? level : None;
-    countLevel(rank);
-    const ColumnMap::Interval& columns = m_map.columnsOf(rank);
-    for (std::uint32_t column = columns.begin; column < columns.end; ++column) {
-        refresh(column);
+        done = isAscending ? std::max(done, columns.end) : 0;
     }
 }
 
@@ -141,13 +129,6 @@ void SpectrumGrid::refresh(std::size_t column)
     const float level = combined(m_map.channelsOf(column));
     m_inForce[column] = level;
     m_highestOfRow[column] = std::max(m_highestOfRow[column], level);
-}
-
-void SpectrumGrid::refreshAll()
-{
-    for (std::size_t column = 0; column < m_columns; ++column) {
-        refresh(column);
-    }
 }
 
 float SpectrumGrid::combined(const ColumnMap::Interval& channels) const

@@ -50,9 +50,7 @@ private:
     void replace(const values::ChannelRange& range, std::span<const float> cells);
     void takeCells(std::span<const float> cells);
     void changed(std::size_t first, std::size_t end);
-    void changedAt(std::size_t rank, float level);
     void refresh(std::size_t column);
-    void refreshAll();
     void begin();
     void advanceTo(double timeMs);
     void endRow();

@@ -186,7 +186,7 @@ ExitCode SpectrumPanel::tellPassedOver(ExitCode result) const
     return withPassedOver(m_picture.source().file(), m_spectrum.keyword, "spectra", m_passedOver, result);
 }
 
-Waterfall::Waterfall(Picture& picture, const PlotSpectrumOptions& options, const Spectrum& spectrum, int row)
+Waterfall::Waterfall(Picture& picture, const PlotSpectrumOptions& options, const Spectrum& spectrum)
     : SpectrumPanel(picture, spectrum, QCPAxis::atLeft,
                     options.mean ? SpectrumGrid::Mode::Mean : SpectrumGrid::Mode::Max)
 {
@@ -195,7 +195,7 @@ Waterfall::Waterfall(Picture& picture, const PlotSpectrumOptions& options, const
     constexpr int Axes = 220;
     auto* layout = new QCPLayoutGrid;
     auto* strip = new QCPLayoutGrid;
-    picture.body().addElement(row, 0, layout);
+    picture.body().addElement(m_row, 0, layout);
     addText(*layout, 0, titleText(), QMargins(0, 4, 0, 0), true);
     layout->addElement(1, 0, strip);
     layout->setRowSpacing(0);
@@ -333,20 +333,19 @@ Json Waterfall::json() const
     return json;
 }
 
-SpectrumBand::SpectrumBand(Picture& picture, const std::string& unit, const Spectrum& spectrum, int row)
+SpectrumBand::SpectrumBand(Picture& picture, const std::string& unit, const Spectrum& spectrum)
     : SpectrumPanel(picture, spectrum, QCPAxis::atBottom, SpectrumGrid::Mode::Max)
 {
-    constexpr int Sides = 120;
-    addPieces(picture.body(), row, 1);
+    addPieces(picture.body(), m_row, 1);
     const Piece& band = m_pieces.front();
     band.rect->setMinimumMargins(QMargins(8, 12, 0, 8));
-    setTimeAcross(picture, *band.rect, row, picture.width() - Sides);
+    setTimeAcross(picture, *band.rect, m_row, picture.width() - TimeAxisAround);
     setFrequencyAxis(band, picture.height() / 4);
     const QString label = QString::fromStdString(picture.source().labelled(spectrum.type.track, spectrum.keyword));
     frequencyAxis(band).setLabel(
         QStringLiteral("%1 (%2)").arg(label, m_unit.name).replace(QStringLiteral(": "), QStringLiteral("\n")));
     auto* beside = new QCPLayoutGrid;  // the column is as wide as the legend of bearings, the bar is not
-    picture.body().addElement(row, 1, beside);
+    picture.body().addElement(m_row, 1, beside);
     addBar(*beside, 0, unit, {}, 8);
     beside->addElement(0, 1, new QCPLayoutElement(&picture.plot()));
 }

@@ -68,7 +68,7 @@ private:
 /// Frequency across, in pieces where there are wide gaps; time down.
 class Waterfall final : public SpectrumPanel {
 public:
-    Waterfall(Picture& picture, const PlotSpectrumOptions& options, const Spectrum& spectrum, int row);
+    Waterfall(Picture& picture, const PlotSpectrumOptions& options, const Spectrum& spectrum);
 
     void keepPlace() override;
     void mark() override;
@@ -86,7 +86,7 @@ private:
 /// Time across, frequency up.
 class SpectrumBand final : public SpectrumPanel {
 public:
-    SpectrumBand(Picture& picture, const std::string& unit, const Spectrum& spectrum, int row);
+    SpectrumBand(Picture& picture, const std::string& unit, const Spectrum& spectrum);
 
     void mark() override { markBookmarks(m_picture, timeAxis(m_pieces.front()), false); }
     [[nodiscard]] Json json() const override;
