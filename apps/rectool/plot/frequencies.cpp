@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <set>
 
 namespace RecTool {
 
@@ -12,21 +13,6 @@ using values::ChannelRange;
 namespace {
 
 constexpr double Touching = 1e-6;  // of a channel's width: edges that only differ by rounding
-
-std::vector<double> sortedFrequencies(const ChannelRange& range)
-{
-    std::vector<double> frequencies(range.size());
-    for (std::size_t i = 0; i < frequencies.size(); ++i) {
-        frequencies[i] = range.frequencyHz(i);
-    }
-    std::sort(frequencies.begin(), frequencies.end());
-    return frequencies;
-}
-
-FrequencySpan around(double frequency, double width)
-{
-    return {frequency - width / 2, frequency + width / 2};
-}
 
 /// A span without width cannot be drawn.
 FrequencySpan widened(const FrequencySpan& span)
@@ -45,13 +31,11 @@ std::vector<FrequencySpan> joinNearest(const std::vector<FrequencySpan>& pieces,
     std::sort(gaps.begin(), gaps.end(),
               [&](std::size_t a, std::size_t b) { return width(a) != width(b) ? width(a) > width(b) : a > b; });
     gaps.resize(std::max<std::size_t>(most, 1) - 1);
-    std::sort(gaps.begin(), gaps.end());
+    const std::set<std::size_t> kept(gaps.begin(), gaps.end());
     std::vector<FrequencySpan> joined{pieces.front()};
-    auto gap = gaps.begin();
     for (std::size_t i = 1; i < pieces.size(); ++i) {
-        if (gap != gaps.end() && *gap == i) {
+        if (kept.contains(i)) {
             joined.push_back(pieces[i]);
-            ++gap;
         } else {
             joined.back().highHz = pieces[i].highHz;
         }
@@ -66,7 +50,8 @@ double channelWidthHz(const ChannelRange& range)
     if (!range.isList()) {
         return std::abs(range.stepHz);
     }
-    const std::vector<double> frequencies = sortedFrequencies(range);
+    std::vector<double> frequencies = range.channelsHz;
+    std::sort(frequencies.begin(), frequencies.end());
     double smallest = 0;
     for (std::size_t i = 1; i < frequencies.size(); ++i) {
         const double distance = frequencies[i] - frequencies[i - 1];
@@ -106,7 +91,7 @@ std::vector<FrequencySpan> coveredBy(const ChannelRange& range)
     std::vector<FrequencySpan> spans;
     spans.reserve(range.size());
     for (const double channel : range.channelsHz) {
-        spans.push_back(around(channel, width));
+        spans.push_back({channel - width / 2, channel + width / 2});
     }
     return joined(std::move(spans));
 }
