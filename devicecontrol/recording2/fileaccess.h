@@ -33,7 +33,7 @@ class RECORDING2_EXPORT CFileAccess {
 public:
     /// Opens a file. IsValidFile tells whether it could be opened (and, for reading, its header be read);
     /// GetZelvoErrorCode why the archive refused an archive address, whose file is then not opened.
-    /// @param path file or, with a name, what stands in front of it (a directory with its separator); 8-bit, in the
+    /// @param path file or, with a name, what stands before it (a directory with its separator); 8-bit, in the
     ///        encoding of file names (Latin-1 on Windows, UTF-8 elsewhere). With a connected client also an archive
     ///        address "zelvo:///GROUP/FILE"
     /// @param prefix path of the values REC_UNCFILEPATH and REC_ZELVOFILEPATH without the last "/"
@@ -130,12 +130,12 @@ public:
     /// untouched
     bool readNextChannelRangeDef(CVTCmdData& cmd, unsigned long long& time);
     /// Writes the definitions and the header area into the finished file: in place where it has a table, without regard
-    /// to what stands behind it (clear first, and add no more than there were).
+    /// to what stands after it (clear first, and add no more than there were).
     void rebuildChannelRangeDef();
 
     /// Changes the finished file as one: what the three operations that rewrite it do within the change is stored with
     /// its end, all of it or, after a failure or when the process ends, nothing. Waits until no other process changes
-    /// the file; the tables are loaded anew before the change and behind it.
+    /// the file; the tables are loaded anew before the change and after it.
     /// @param change may read the file too, and sees what it changed so far; what it throws is passed on, and nothing
     /// is
     ///        stored
@@ -178,6 +178,9 @@ private:
     [[nodiscard]] bool AtEndOfRecords() const;  // or no file is open for reading
     void GoToFirstRecord();
     void LoadTables();
+    void ReadTimeTable();
+    void ReadCRDTable();
+    void ReadBookmarkTable();
     void WriteTimeTable();
     void WriteCRDTable();
     void WriteBookmarkTable();

@@ -33,7 +33,7 @@ std::string finalName(const std::string& directory, const std::string& path);
 Format::HeaderRecord toRecord(const CHeaderData& header, const Format::Positions& positions);
 void fromRecord(const Format::HeaderRecord& record, CHeaderData& header);
 
-/// Goes to a table that is to be rewritten. A position behind the end of the file is a failure: everything between
+/// Goes to a table that is to be rewritten. A position after the end of the file is a failure: everything between
 /// would have to be filled.
 void seekToTable(OutputFile& output, std::int64_t position, std::int64_t end);
 
@@ -101,6 +101,8 @@ struct CFileAccess::Private {
 
     [[nodiscard]] OutputFile* goodOutput() const;  // null when there is none, or it has failed
     [[nodiscard]] OpenInput* goodInput() const;    // null when there is none, or it stands at the end of the file
+    template <typename Read>
+    void readTable(std::int32_t position, const Read& read);
 
     /// Makes the recorder's file, locked and with its journal. @return NameTaken when somebody has one of the names
     System::Error makeNew(RecorderFiles& files);

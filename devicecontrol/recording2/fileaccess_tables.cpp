@@ -1,4 +1,4 @@
-// The tables behind the records: loaded, edited, and stored in the finished file.
+// The tables after the records: loaded, edited, and stored in the finished file.
 #include <algorithm>
 
 #include "fileaccess.h"
@@ -19,25 +19,44 @@ void CFileAccess::readTables()
     }
 }
 
-// Reading then begins with the first record.
 void CFileAccess::LoadTables()
 {
-    SharedFile& shared = *d->shared;
-    const Format::Positions& at = d->positions;
     d->rangeWalk.startAnew();
-    const auto load = [&](std::int32_t position, const auto& read) {
-        if (position != 0 && d->goodInput() != nullptr) {
-            shared.input->cursor.seek(position);
-            read(shared.input->cursor);
-            shared.input->cursor.seek(at.firstRecord);
-        }
-    };
-    load(at.timeTable, [&](Format::Cursor&) { readTimeTable(*shared.input, at, *shared.index); });
-    load(at.channelRangeTable, [&](Format::Cursor& cursor) {
-        shared.channelRanges->read(cursor, at.bookmarkTable == 0 ? Format::LastPosition : at.bookmarkTable);
+    ReadTimeTable();
+    ReadCRDTable();
+    ReadBookmarkTable();
+    d->shared->tablesCut = d->shared->input->file.readFailed();
+}
+
+// Goes to a table that the file has; reading then begins with the first record.
+template <typename Read>
+void CFileAccess::Private::readTable(std::int32_t position, const Read& read)
+{
+    if (position != 0 && goodInput() != nullptr) {
+        Format::Cursor& cursor = shared->input->cursor;
+        cursor.seek(position);
+        read(cursor);
+        cursor.seek(positions.firstRecord);
+    }
+}
+
+void CFileAccess::ReadTimeTable()
+{
+    d->readTable(d->positions.timeTable,
+                 [&](Format::Cursor&) { readTimeTable(*d->shared->input, d->positions, *d->shared->index); });
+}
+
+void CFileAccess::ReadCRDTable()
+{
+    d->readTable(d->positions.channelRangeTable, [&](Format::Cursor& cursor) {
+        const std::int32_t bookmarks = d->positions.bookmarkTable;
+        d->shared->channelRanges->read(cursor, bookmarks == 0 ? Format::LastPosition : bookmarks);
     });
-    load(at.bookmarkTable, [&](Format::Cursor& cursor) { shared.bookmarks->read(cursor); });
-    shared.tablesCut = shared.input->file.readFailed();
+}
+
+void CFileAccess::ReadBookmarkTable()
+{
+    d->readTable(d->positions.bookmarkTable, [&](Format::Cursor& cursor) { d->shared->bookmarks->read(cursor); });
 }
 
 void CFileAccess::addBookmark(unsigned long long time, std::string text)

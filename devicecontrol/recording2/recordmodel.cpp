@@ -1,10 +1,19 @@
-// Copying headers, the data of records, and looking up a type's number.
+// Texts and lengths of headers and records, and looking up a type's number.
 #include "recordmodel.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace Recording2 {
+
+namespace {
+
+std::uint32_t length32(const std::string& text)
+{
+    return static_cast<std::uint32_t>(text.size());
+}
+
+}  // namespace
 
 const CHeaderData& CHeaderData::operator=(const CHeaderData& other)
 {
@@ -31,6 +40,68 @@ Long CHeaderData::version() const
 {
     const auto upper = static_cast<std::uint32_t>(std::int32_t{m_major}) << 16U;
     return static_cast<std::int32_t>(upper | static_cast<std::uint32_t>(std::int32_t{m_minor}));
+}
+
+void CHeaderData::set_version(std::int16_t major, std::int16_t minor)
+{
+    m_major = major;
+    m_minor = minor;
+}
+
+std::uint32_t CHeaderData::deviceTypeLength() const
+{
+    return length32(m_deviceType);
+}
+
+void CHeaderData::set_deviceType(std::string& text)
+{
+    m_deviceType = text;
+}
+
+void CHeaderData::set_deviceType(const char* text)
+{
+    m_deviceType = text;
+}
+
+std::uint32_t CHeaderData::deviceNameLength() const
+{
+    return length32(m_deviceName);
+}
+
+void CHeaderData::set_deviceName(std::string& text)
+{
+    m_deviceName = text;
+}
+
+void CHeaderData::set_deviceName(const char* text)
+{
+    m_deviceName = text;
+}
+
+std::uint32_t CHeaderData::JobIDLength() const
+{
+    return length32(m_jobId);
+}
+
+void CHeaderData::setJobID(const char* text)
+{
+    m_jobId = text;
+}
+
+// By value, as the interface has it.
+void CHeaderData::set_startTS(CTimeStamp time)  // NOLINT(performance-unnecessary-value-param)
+{
+    m_start = time;
+}
+
+void CHeaderData::set_stopTS(CTimeStamp time)  // NOLINT(performance-unnecessary-value-param)
+{
+    m_stop = time;
+}
+
+std::uint32_t CVTCmdData::strDataLen() const
+{
+    return length32(m_data);
 }
 
 void CVTCmdData::set_str(std::string& s, std::int32_t len)

@@ -25,11 +25,7 @@ public:
     [[nodiscard]] std::int16_t minorversion() const { return m_minor; }
     /// Major in the upper, minor in the lower 16 bits; a negative minor version covers the major one.
     [[nodiscard]] Long version() const;
-    void set_version(std::int16_t major, std::int16_t minor)
-    {
-        m_major = major;
-        m_minor = minor;
-    }
+    void set_version(std::int16_t major, std::int16_t minor);
 
     [[nodiscard]] float startFreq() const { return m_startFreq; }  ///< lowest recorded frequency, Hz
     void set_startFreq(float hz) { m_startFreq = hz; }
@@ -45,33 +41,26 @@ public:
     // Texts are 8-bit bytes (Latin-1 when the recorder fills them). The const char* setters stop at the first NUL, the
     // std::string ones do not; a file stores a header text only up to its first NUL.
     [[nodiscard]] const char* deviceType() const { return m_deviceType.c_str(); }
-    [[nodiscard]] std::uint32_t deviceTypeLength() const { return length32(m_deviceType); }  ///< bytes
-    void set_deviceType(std::string& text) { m_deviceType = text; }
-    void set_deviceType(const char* text) { m_deviceType = text; }
+    [[nodiscard]] std::uint32_t deviceTypeLength() const;  ///< bytes
+    void set_deviceType(std::string& text);
+    void set_deviceType(const char* text);
     [[nodiscard]] const char* deviceName() const { return m_deviceName.c_str(); }
-    [[nodiscard]] std::uint32_t deviceNameLength() const { return length32(m_deviceName); }  ///< bytes
-    void set_deviceName(std::string& text) { m_deviceName = text; }
-    void set_deviceName(const char* text) { m_deviceName = text; }
+    [[nodiscard]] std::uint32_t deviceNameLength() const;  ///< bytes
+    void set_deviceName(std::string& text);
+    void set_deviceName(const char* text);
     [[nodiscard]] const char* getJobID() const { return m_jobId.c_str(); }
-    [[nodiscard]] std::uint32_t JobIDLength() const { return length32(m_jobId); }  ///< bytes
-    void setJobID(const char* text) { m_jobId = text; }
+    [[nodiscard]] std::uint32_t JobIDLength() const;  ///< bytes
+    void setJobID(const char* text);
 
     [[nodiscard]] CTimeStamp startTS() const { return m_start; }  ///< time of the first record
-    // NOLINTNEXTLINE(performance-unnecessary-value-param): so hosts call it
-    void set_startTS(CTimeStamp time) { m_start = time; }
+    void set_startTS(CTimeStamp time);
     [[nodiscard]] CTimeStamp stopTS() const { return m_stop; }  ///< time of the end of the recording
-    // NOLINTNEXTLINE(performance-unnecessary-value-param): the same
-    void set_stopTS(CTimeStamp time) { m_stop = time; }
+    void set_stopTS(CTimeStamp time);
 
     [[nodiscard]] bool isAutomaticRec() const { return m_automatic; }  ///< not started by an operator
     void setAutomaticRec(bool automatic) { m_automatic = automatic; }
 
 private:
-    [[nodiscard]] static std::uint32_t length32(const std::string& text)
-    {
-        return static_cast<std::uint32_t>(text.size());
-    }
-
     std::int16_t m_major = 0;
     std::int16_t m_minor = 0;
     float m_startFreq = 0;
@@ -99,9 +88,9 @@ public:
     [[nodiscard]] std::int32_t cmd() const { return m_cmd; }  ///< type number of the recording's type table
     void set_cmd(std::int32_t code) { m_cmd = code; }
 
-    [[nodiscard]] const char* str() const { return m_data.c_str(); }  ///< any bytes, a NUL behind the last
+    [[nodiscard]] const char* str() const { return m_data.c_str(); }  ///< any bytes, a NUL after the last
     [[nodiscard]] const char* strData() const { return m_data.c_str(); }
-    [[nodiscard]] std::uint32_t strDataLen() const { return static_cast<std::uint32_t>(m_data.size()); }  ///< bytes
+    [[nodiscard]] std::uint32_t strDataLen() const;  ///< bytes
     /// The first len bytes of s's buffer, which must hold that many; the whole of s when len is below 1.
     void set_str(std::string& s, std::int32_t len);
     /// len bytes from p, NUL bytes included; up to the terminating NUL when len is below 1.
