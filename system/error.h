@@ -10,7 +10,7 @@ namespace System {
 using Error = int;
 /// One sentence's end in English: "No space left on device".
 [[nodiscard]] std::string errorText(Error error);
-extern const Error InvalidPosition;  ///< in front of the file
+extern const Error InvalidPosition;  ///< before the file
 extern const Error CannotRead;       ///< bytes that the file has were not given
 extern const Error NameTaken;        ///< something has that name already
 extern const Error LockHeld;         ///< by another process, or through another opening of the file

@@ -47,7 +47,7 @@ public:
     void forgetCached() const;
     [[nodiscard]] std::int64_t size() const;
     Error setSize(std::int64_t size);
-    /// Takes the space for so many bytes behind a position from the device now, so that writing them cannot fail for
+    /// Takes the space for so many bytes after a position from the device now, so that writing them cannot fail for
     /// want of it. The file grows as far; new bytes are 0.
     Error allocate(std::int64_t position, std::int64_t bytes);
     /// Forces what was written, and what is needed to find it, to the device.

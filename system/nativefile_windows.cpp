@@ -41,7 +41,7 @@ DWORD dispositionOf(Access access)
     return OPEN_EXISTING;
 }
 
-/// A byte far behind the end stands for the whole file: locked bytes could not be read by others.
+/// A byte far after the end stands for the whole file: locked bytes could not be read by others.
 constexpr std::int64_t FarBehind = std::int64_t{1} << 62;
 
 Error lockFarBehind(HANDLE file, DWORD how)

@@ -7,7 +7,7 @@
 
 namespace System {
 
-/// The arguments behind the program's name: bytes as they were given, on Windows UTF-8.
+/// The arguments after the program's name: bytes as they were given, on Windows UTF-8.
 [[nodiscard]] std::vector<std::string> argumentsOf(int argc, const char* const* argv);
 
 /// What becomes of what is written to a stream that the caller closed.

@@ -8,7 +8,7 @@
 #include <values/tree.h>
 #include <values/value.h>
 
-namespace recstation {
+namespace RecStation {
 
 /// Attaches a pointer to the value at a path of the tree, making it where it is missing.
 /// @throws std::runtime_error when the path is taken by another kind of value, or there is no tree
@@ -53,4 +53,4 @@ inline void setText(const QString& path, const QString& text)
     setValue<values::Value<QString>>(path, text);
 }
 
-}  // namespace recstation
+}  // namespace RecStation

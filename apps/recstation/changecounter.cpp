@@ -1,7 +1,7 @@
 // Observing every value of the tree, and counting the recorders that observe it too.
 #include "changecounter.h"
 
-namespace recstation {
+namespace RecStation {
 
 void ChangeCounter::Update(void* subject, TChangeCode code)
 {
@@ -44,4 +44,4 @@ void ChangeCounter::observe(const values::Tree& tree, const QString& path)
     }
 }
 
-}  // namespace recstation
+}  // namespace RecStation

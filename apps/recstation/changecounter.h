@@ -9,7 +9,7 @@
 #include <values/tree.h>
 #include <vkbase/observer.h>
 
-namespace recstation {
+namespace RecStation {
 
 /// Observes every value of a tree but the status values of recorders. It must outlive the tree.
 class ChangeCounter final : public IObserver {
@@ -33,4 +33,4 @@ private:
     std::size_t m_followed = 0;  // size of the tree that was looked through last
 };
 
-}  // namespace recstation
+}  // namespace RecStation

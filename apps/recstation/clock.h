@@ -3,7 +3,7 @@
 
 #include <vkbase/quonos.h>
 
-namespace recstation {
+namespace RecStation {
 
 /// In force from construction to destruction; nothing else may run at these moments.
 class SimulatedClock final : public IQuonOS {
@@ -20,4 +20,4 @@ private:
     unsigned long long m_now = 0;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -14,7 +14,7 @@
 #include "sources/registry.h"
 #include "wrongarguments.h"
 
-namespace recstation {
+namespace RecStation {
 
 using TerminalText::acceptedIf;
 using TerminalText::inSeconds;
@@ -23,7 +23,7 @@ using TerminalText::parseSeconds;
 
 namespace {
 
-constexpr auto mainExamples = R"(
+constexpr auto MainExamples = R"(
 Sources run together when several are named; without one the simulator runs.
 
 Examples:
@@ -46,7 +46,7 @@ Recordings that an earlier run left unfinished in the directory are recovered fi
 Exit codes: 0 all is well, 1 wrong arguments, 2 nothing could be recorded or the run broke off,
 3 it ran, but input was bad or a file was not properly written.)";
 
-constexpr double longestGapSeconds = 1e9;
+constexpr double LongestGapSeconds = 1e9;
 
 void addGapOptions(CLI::App& app, Options& options)
 {
@@ -55,7 +55,7 @@ void addGapOptions(CLI::App& app, Options& options)
     app.add_flag("--split-on-gap{10min}", options.splitOnGap,
                  "Begin a new recording where the times of the input leap by more than 10 minutes, forward or back; "
                  "--split-on-gap=TIME by more than that time")
-        ->check(inSeconds(0, longestGapSeconds));
+        ->check(inSeconds(0, LongestGapSeconds));
 }
 
 // Refuses what a script passes when it has forgotten to set a variable.
@@ -83,18 +83,18 @@ void addCommonOptions(CLI::App& app, Options& options)
         ->type_name("NAME")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    constexpr double slowest = 1e-3;
-    constexpr double fastest = 1e9;
+    constexpr double Slowest = 1e-3;
+    constexpr double Fastest = 1e9;
     app.add_option("--speed", options.speed, "Recorded seconds per second (default: as fast as possible)")
         ->type_name("NUMBER")
-        ->transform(inUnit({"x"}, slowest, fastest));
+        ->transform(inUnit({"x"}, Slowest, Fastest));
     addGapOptions(app, options);
-    constexpr double longestWait = 1e6;
+    constexpr double LongestWait = 1e6;
     app.add_option("--archive-wait", options.archiveWaitSeconds,
                    "At the end, wait so long for the archive to take the recordings over; what it has not then stays "
                    "where it is and is taken over later")
         ->type_name("TIME")
-        ->transform(inSeconds(0, longestWait))
+        ->transform(inSeconds(0, LongestWait))
         ->capture_default_str();
     app.add_option(
            "--journal", options.journal,
@@ -139,7 +139,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
 {
     Options options;
     CLI::App app("Records a receiver through the recorder plug-in.", "recstation");
-    app.footer(mainExamples);
+    app.footer(MainExamples);
     app.allow_windows_style_options(false);  // the same arguments everywhere, paths that begin with "/" among them
     app.set_version_flag("--version", "recstation " RECSTATION_VERSION);
     app.fallthrough();
@@ -165,4 +165,4 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
     return {options, ExitCode::Success};
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -7,7 +7,7 @@
 
 #include "options.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// The options, or the exit code when the program has nothing to do: help was shown, or the arguments are wrong and
 /// the reason was written to the standard error output.
@@ -19,4 +19,4 @@ struct CommandLine {
 /// @param arguments UTF-8, without the program name
 [[nodiscard]] CommandLine parseCommandLine(const std::vector<std::string>& arguments);
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -7,21 +7,21 @@
 
 #include <startup/cfgcenter.h>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr auto view = CfgCenter::View::Instance;
+constexpr auto View = CfgCenter::View::Instance;
 
-const QString archiveTable = QStringLiteral("archive");
+const QString ArchiveTable = QStringLiteral("archive");
 
-constexpr std::array knownKeys = {"ValuePath",     "StatusValuePath",        "RecordingPath", "RecFileNameFormat83",
+constexpr std::array KnownKeys = {"ValuePath",     "StatusValuePath",        "RecordingPath", "RecFileNameFormat83",
                                   "MaxFileLength", "FileExpandingSize",      "Values",        "DiskExpandingSize",
                                   "RecordDF",      "RecordingNameLocalTime", "Journal",       "FileMode"};
 
 bool isKnown(const QString& key)
 {
-    for (const char* known : knownKeys) {
+    for (const char* known : KnownKeys) {
         if (key == QLatin1String(known)) {
             return true;
         }
@@ -64,7 +64,7 @@ void checkTypesOfOtherKeys(const ICfg& cfg)
     static_cast<void>(cfg.ReadInteger(QStringLiteral("FileExpandingSize"), 0));
     static_cast<void>(cfg.ReadString(QStringLiteral("DiskExpandingSize"), QString()));
     static_cast<void>(cfg.ReadBoolean(QStringLiteral("RecordingNameLocalTime"), false));
-    const std::unique_ptr<ICfg> values(cfg.OpenSection(QStringLiteral("Values"), view));
+    const std::unique_ptr<ICfg> values(cfg.OpenSection(QStringLiteral("Values"), View));
     if (values == nullptr) {
         return;
     }
@@ -89,13 +89,13 @@ void refuseOtherJournals(const ICfg& cfg, const QString& name)
 // The same with permissions.
 void refuseOtherFileModes(const ICfg& cfg, const QString& name)
 {
-    constexpr int octal = 8;
-    constexpr unsigned everything = 0777;
-    constexpr unsigned ownerReadsAndWrites = 0600;
+    constexpr int Octal = 8;
+    constexpr unsigned Everything = 0777;
+    constexpr unsigned OwnerReadsAndWrites = 0600;
     const QString text = cfg.ReadString(QStringLiteral("FileMode"), QStringLiteral("0640"));
     bool sound = false;
-    const unsigned mode = text.toUInt(&sound, octal);
-    if (!sound || mode > everything || (mode & ownerReadsAndWrites) != ownerReadsAndWrites) {
+    const unsigned mode = text.toUInt(&sound, Octal);
+    if (!sound || mode > Everything || (mode & OwnerReadsAndWrites) != OwnerReadsAndWrites) {
         throw std::runtime_error(
             QStringLiteral("key \"FileMode\" of recorder \"%1\": expected permissions in octal with which the owner "
                            "reads and writes, such as \"0640\", found \"%2\"")
@@ -106,7 +106,7 @@ void refuseOtherFileModes(const ICfg& cfg, const QString& name)
 
 Instance readInstance(const QString& name, QStringList& warnings)
 {
-    const std::unique_ptr<ICfg> cfg(CfgCenter::CreateCfg(name, view, QString()));
+    const std::unique_ptr<ICfg> cfg(CfgCenter::CreateCfg(name, View, QString()));
     Instance instance;
     instance.name = name;
     instance.valuePath = cfg->ReadString(QStringLiteral("ValuePath"), QString());
@@ -144,7 +144,7 @@ Configuration check(const QString& fileName)
 {
     Configuration configuration;
     for (const QString& name : CfgCenter::InstanceNames()) {
-        if (name == archiveTable) {
+        if (name == ArchiveTable) {
             configuration.archiveFile = fileName;
         } else {
             configuration.instances.push_back(readInstance(name, configuration.warnings));
@@ -214,4 +214,4 @@ const Instance& finderOf(Configuration& configuration)
     return finder;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -6,7 +6,7 @@
 #include <QString>
 #include <QStringList>
 
-namespace recstation {
+namespace RecStation {
 
 /// One recorder instance as the plug-in will read it.
 struct Instance {
@@ -40,4 +40,4 @@ struct Configuration {
 /// first instance.
 [[nodiscard]] const Instance& finderOf(Configuration& configuration);
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -14,8 +14,8 @@ int main(int argc, char* argv[])
     System::prepareStandardStreams(System::ClosedStream::TakesAll);
     TerminalText::takeFileNamesInUtf8();
     const QCoreApplication application(argc, argv);
-    const recstation::ExitCode code = recstation::runProgram(System::argumentsOf(argc, argv));
-    if (recstation::ArchiveService::leftThreadBehind()) {
+    const RecStation::ExitCode code = RecStation::runProgram(System::argumentsOf(argc, argv));
+    if (RecStation::ArchiveService::leftThreadBehind()) {
         std::_Exit(static_cast<int>(code));  // it may still use what the end of the process would take away
     }
     return static_cast<int>(code);

@@ -9,7 +9,7 @@
 #include "input/usageerror.h"
 #include "sources/offeredsource.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// Exit codes of the program.
 enum class ExitCode : std::uint8_t {
@@ -40,4 +40,4 @@ struct Options {
     ChosenSources sources;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

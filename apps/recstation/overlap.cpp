@@ -8,7 +8,7 @@
 #include "input/isotime.h"
 #include "input/timeorder.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -57,4 +57,4 @@ void requireOverlap(const std::vector<std::unique_ptr<Source>>& sources, unsigne
     }
 }
 
-}  // namespace recstation
+}  // namespace RecStation

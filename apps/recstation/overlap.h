@@ -6,11 +6,11 @@
 
 #include "sources/source.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// Waits for the first change of every source. Reads inputs to their ends where that is needed to know.
 /// @throws std::runtime_error that names both spans when sources lie apart by more than the gap (microseconds), because
 /// the recording would have it in its middle
 void requireOverlap(const std::vector<std::unique_ptr<Source>>& sources, unsigned long long gapUs);
 
-}  // namespace recstation
+}  // namespace RecStation

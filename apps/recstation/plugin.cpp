@@ -9,20 +9,20 @@
 #include <QFileInfo>
 #include <QStringList>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
 #if defined(_WIN32)
 constexpr auto fileName = "Recording2.dll";
 #else
-constexpr auto fileName = "Recording2.so";
+constexpr auto FileName = "Recording2.so";
 #endif
 
 QStringList placesBesideProgram()
 {
     const QDir program(QCoreApplication::applicationDirPath());
-    const QString name = QLatin1String(fileName);
+    const QString name = QLatin1String(FileName);
     return {program.filePath(QStringLiteral("../lib/") + name),
             program.filePath(QStringLiteral(RECSTATION_PLUGIN_FOLDER "/") + name), program.filePath(name)};
 }
@@ -53,7 +53,7 @@ Plugin::Plugin(const QString& path)
 {
     const QString file = path.isEmpty() ? findBesideProgram() : path;
     if (file.isEmpty()) {
-        throw std::runtime_error(std::string("cannot find the recorder plug-in ") + fileName +
+        throw std::runtime_error(std::string("cannot find the recorder plug-in ") + FileName +
                                  " beside this program; name it with --plugin");
     }
     if (!QFileInfo::exists(file)) {
@@ -76,4 +76,4 @@ Plugin::Instance Plugin::create(const QString& instanceName) const
     return instance;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

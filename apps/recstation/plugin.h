@@ -8,7 +8,7 @@
 
 #include <startup/dllinstance.h>
 
-namespace recstation {
+namespace RecStation {
 
 /// The loaded plug-in. It stays in the process until the end, so objects that it made never lose their code.
 class Plugin {
@@ -36,4 +36,4 @@ private:
     void (*m_destroy)(IDllInstance*) = nullptr;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

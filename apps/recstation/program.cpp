@@ -11,7 +11,7 @@
 #include "station.h"
 #include "summary.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -62,4 +62,4 @@ ExitCode runProgram(const std::vector<std::string>& arguments)
     return commandLine.options ? record(*commandLine.options) : commandLine.exitCode;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

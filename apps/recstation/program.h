@@ -6,10 +6,10 @@
 
 #include "options.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// Records what the arguments, in UTF-8 and without the program's name, ask for, and writes the summary. The calling
 /// thread has the application object.
 [[nodiscard]] ExitCode runProgram(const std::vector<std::string>& arguments);
 
-}  // namespace recstation
+}  // namespace RecStation

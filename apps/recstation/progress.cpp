@@ -9,12 +9,12 @@
 
 #include <terminaltext/terminaltext.h>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr qint64 terminalIntervalMs = 200;
-constexpr qint64 plainIntervalMs = 5'000;
+constexpr qint64 TerminalIntervalMs = 200;
+constexpr qint64 PlainIntervalMs = 5'000;
 
 void writeToStandardError(const QString& text)
 {
@@ -33,33 +33,33 @@ QString printable(const QString& text)
 
 QString byteText(std::int64_t bytes)
 {
-    constexpr double step = 1000;
-    constexpr std::array units = {"kB", "MB", "GB", "TB"};
-    if (bytes < static_cast<std::int64_t>(step)) {
+    constexpr double Step = 1000;
+    constexpr std::array Units = {"kB", "MB", "GB", "TB"};
+    if (bytes < static_cast<std::int64_t>(Step)) {
         return QStringLiteral("%1 bytes").arg(bytes);
     }
-    double amount = static_cast<double>(bytes) / step;
+    double amount = static_cast<double>(bytes) / Step;
     std::size_t unit = 0;
-    while (amount >= step && unit + 1 < units.size()) {
-        amount /= step;
+    while (amount >= Step && unit + 1 < Units.size()) {
+        amount /= Step;
         ++unit;
     }
-    return QStringLiteral("%1 %2").arg(amount, 0, 'f', 1).arg(QLatin1String(units[unit]));
+    return QStringLiteral("%1 %2").arg(amount, 0, 'f', 1).arg(QLatin1String(Units[unit]));
 }
 
 QString durationText(unsigned long long milliseconds)
 {
-    constexpr unsigned long long perMinute = 60'000;
-    constexpr unsigned long long perHour = 60 * perMinute;
-    constexpr double perSecond = 1000;
-    const auto hours = milliseconds / perHour;
-    const auto minutes = milliseconds % perHour / perMinute;
-    const double seconds = static_cast<double>(milliseconds % perMinute) / perSecond;
-    if (milliseconds < perMinute) {
+    constexpr unsigned long long PerMinute = 60'000;
+    constexpr unsigned long long PerHour = 60 * PerMinute;
+    constexpr double PerSecond = 1000;
+    const auto hours = milliseconds / PerHour;
+    const auto minutes = milliseconds % PerHour / PerMinute;
+    const double seconds = static_cast<double>(milliseconds % PerMinute) / PerSecond;
+    if (milliseconds < PerMinute) {
         return QStringLiteral("%1 s").arg(seconds, 0, 'f', 3);
     }
     const QString tail = QStringLiteral("%1 s").arg(seconds, 6, 'f', 3, QLatin1Char('0'));
-    if (milliseconds < perHour) {
+    if (milliseconds < PerHour) {
         return QStringLiteral("%1 min %2").arg(minutes).arg(tail);
     }
     return QStringLiteral("%1 h %2 min %3").arg(hours).arg(minutes, 2, 10, QLatin1Char('0')).arg(tail);
@@ -109,7 +109,7 @@ void Messages::finish(const ProgressNumbers& numbers)
 
 bool Messages::progressDue() const
 {
-    return !m_quiet && m_sinceProgress.elapsed() >= (m_terminal ? terminalIntervalMs : plainIntervalMs);
+    return !m_quiet && m_sinceProgress.elapsed() >= (m_terminal ? TerminalIntervalMs : PlainIntervalMs);
 }
 
 void Messages::progress(const ProgressNumbers& numbers)
@@ -125,4 +125,4 @@ void Messages::progress(const ProgressNumbers& numbers)
     m_lineLength = std::max(m_lineLength, text.size());
 }
 
-}  // namespace recstation
+}  // namespace RecStation

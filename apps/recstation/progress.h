@@ -6,7 +6,7 @@
 #include <QElapsedTimer>
 #include <QString>
 
-namespace recstation {
+namespace RecStation {
 
 struct ProgressNumbers {
     unsigned long long recordedMs = 0;  ///< how far recorded time has come
@@ -45,4 +45,4 @@ private:
     QElapsedTimer m_sinceProgress;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

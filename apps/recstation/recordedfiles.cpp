@@ -10,7 +10,7 @@
 #include <recording2/inspection/rescue/journalreader.h>
 #include <zelvo/zelvo.h>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -129,4 +129,4 @@ void FileNameWatch::Update(void* /*subject*/, TChangeCode code)
     }
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -13,7 +13,7 @@
 #include <values/tree.h>
 #include <vkbase/observer.h>
 
-namespace recstation {
+namespace RecStation {
 
 /// What became of one recording.
 struct FileReport {
@@ -85,4 +85,4 @@ private:
     values::ValueObservingPtr<values::Value<QString>> m_fileName;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

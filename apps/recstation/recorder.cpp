@@ -12,7 +12,7 @@
 
 #include <vkbase/quonos.h>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -69,8 +69,8 @@ void requireWritableDirectory(const QString& directory)
         failRecorder(QStringLiteral("cannot record: the directory %1 cannot be written: %2")
                          .arg(directory, probe.errorString()));
     }
-    constexpr int headerArea = 500;
-    if (probe.write(QByteArray(headerArea, '0')) != headerArea || !probe.flush()) {
+    constexpr int HeaderArea = 500;
+    if (probe.write(QByteArray(HeaderArea, '0')) != HeaderArea || !probe.flush()) {
         failRecorder(QStringLiteral("cannot record in %1: %2").arg(directory, probe.errorString()));
     }
 }
@@ -228,4 +228,4 @@ QString Recorder::takeWarning()
     return warning;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -19,7 +19,7 @@
 #include "recordedfiles.h"
 #include "watch/recordingwatch.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// Needs the value tree in force for its whole life.
 class Recorder {
@@ -97,4 +97,4 @@ void requireDirectory(const QString& directory);
 /// @throws std::runtime_error with the reason
 void requireWritableDirectory(const QString& directory);
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -10,7 +10,7 @@
 
 #include "input/usageerror.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -181,8 +181,8 @@ void Recorders::checkNewFiles()
 
 void Recorders::rescueFiles()
 {
-    constexpr qint64 fileCheckMs = 250;
-    if (m_sinceFileCheck.elapsed() < fileCheckMs) {
+    constexpr qint64 FileCheckMs = 250;
+    if (m_sinceFileCheck.elapsed() < FileCheckMs) {
         return;
     }
     m_sinceFileCheck.restart();
@@ -307,4 +307,4 @@ std::int64_t Recorders::bytes()
     return sum;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -20,7 +20,7 @@
 #include "sources/offeredsource.h"
 #include "summary.h"
 
-namespace recstation {
+namespace RecStation {
 
 class Recorders {
 public:
@@ -85,4 +85,4 @@ private:
     QElapsedTimer m_sinceFileCheck;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -8,7 +8,7 @@
 
 #include <vkbase/trace.h>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -68,4 +68,4 @@ QString RecorderTraces::whyStopped(const QString& path) const
     return {};
 }
 
-}  // namespace recstation
+}  // namespace RecStation

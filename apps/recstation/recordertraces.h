@@ -7,7 +7,7 @@
 #include <QStringList>
 #include <QtGlobal>
 
-namespace recstation {
+namespace RecStation {
 
 /// Switches the recorders' traces on and listens to them while it lives. One at a time, on the thread of the recorders.
 class RecorderTraces {
@@ -32,4 +32,4 @@ private:
     QtMessageHandler m_before;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

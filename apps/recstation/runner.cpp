@@ -4,14 +4,14 @@
 #include <algorithm>
 #include <utility>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
 // Long enough that the event loop costs nothing, short enough that timers and signals are served promptly.
-constexpr qint64 sliceMs = 20;
-constexpr long long longestWaitMs = 3'600'000;
-constexpr long long idleMs = 250;
+constexpr qint64 SliceMs = 20;
+constexpr long long LongestWaitMs = 3'600'000;
+constexpr long long IdleMs = 250;
 
 }  // namespace
 
@@ -62,11 +62,11 @@ bool Runner::stepsUntilWait()
             return false;
         }
         const long long wait = millisecondsUntil(*due);
-        if (wait > 0 || slice.elapsed() >= sliceMs) {
+        if (wait > 0 || slice.elapsed() >= SliceMs) {
             if (wait > 0 && m_hooks.idle) {
                 m_hooks.idle();
             }
-            m_timer.start(static_cast<int>(m_hooks.idle ? std::min(wait, idleMs) : wait));
+            m_timer.start(static_cast<int>(m_hooks.idle ? std::min(wait, IdleMs) : wait));
             return true;
         }
         m_scheduler.step();
@@ -80,14 +80,14 @@ long long Runner::millisecondsUntil(unsigned long long time)
     if (!m_speed) {
         return 0;
     }
-    if (!m_start || time < *m_start) {  // before the first step, and behind a gap back
+    if (!m_start || time < *m_start) {  // before the first step, and after a gap back
         m_start = time;
         m_sinceStart.restart();
     }
-    constexpr double microsecondsPerMillisecond = 1000;
-    const double dueMs = static_cast<double>(time - *m_start) / microsecondsPerMillisecond / *m_speed;
+    constexpr double MicrosecondsPerMillisecond = 1000;
+    const double dueMs = static_cast<double>(time - *m_start) / MicrosecondsPerMillisecond / *m_speed;
     const double wait = dueMs - static_cast<double>(m_sinceStart.elapsed());
-    return static_cast<long long>(std::clamp(wait, 0.0, static_cast<double>(longestWaitMs)));
+    return static_cast<long long>(std::clamp(wait, 0.0, static_cast<double>(LongestWaitMs)));
 }
 
-}  // namespace recstation
+}  // namespace RecStation

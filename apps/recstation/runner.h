@@ -11,7 +11,7 @@
 
 #include "scheduler.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// Runs in the thread of the application object.
 class Runner {
@@ -46,4 +46,4 @@ private:
     std::exception_ptr m_failure;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

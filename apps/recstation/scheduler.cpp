@@ -6,7 +6,7 @@
 
 #include "input/timeorder.h"
 
-namespace recstation {
+namespace RecStation {
 
 Scheduler::Scheduler(SimulatedClock& clock, BeforeStep beforeStep) : m_clock(clock), m_beforeStep(std::move(beforeStep))
 {
@@ -107,4 +107,4 @@ void Scheduler::stepUnfinished()
     }
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -10,7 +10,7 @@
 #include "clock.h"
 #include "sources/source.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// Sources that are due at the same time step in the order they were added.
 class Scheduler {
@@ -27,7 +27,7 @@ public:
     void prepare();  ///< prepares every source in order
 
     /// When the next step of any source is due, microseconds since 1970 UTC; never earlier than the clock shows, but
-    /// behind a gap. Waits for a source that reads live input. Nothing when every source has ended.
+    /// after a gap. Waits for a source that reads live input. Nothing when every source has ended.
     [[nodiscard]] std::optional<unsigned long long> nextTime();
     /// Sets the clock to nextTime and lets the source that is due make its changes.
     void step();
@@ -60,4 +60,4 @@ private:
     std::optional<unsigned long long> m_unfinishedTime;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

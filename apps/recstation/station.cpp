@@ -14,7 +14,7 @@
 #include "system/stopnotifier.h"
 #include "watch/unfinished.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -172,7 +172,7 @@ void Station::record()
     m_disks.start();
     const System::IdleWork idle([this] { m_recorders.rescueFiles(); });
     if (!m_allowGap && m_scheduler.sources().size() > 1) {
-        requireOverlap(m_scheduler.sources(), defaultGapUs);
+        requireOverlap(m_scheduler.sources(), DefaultGapUs);
     }
     if (m_recorders.haveChosen()) {
         auto first = m_scheduler.nextTime();
@@ -198,7 +198,7 @@ bool Station::tellsTimes() const
     return sources.size() > 1 || sources.front()->plainValuesComeFirst();
 }
 
-// Behind a gap, with a clock that may go back between two recordings.
+// After a gap, with a clock that may go back between two recordings.
 void Station::beginAnew(unsigned long long time)
 {
     m_messages.message(
@@ -236,9 +236,9 @@ void Station::afterStep()
 
 unsigned long long Station::recordedMs() const
 {
-    constexpr unsigned long long microsecondsPerMillisecond = 1000;
+    constexpr unsigned long long MicrosecondsPerMillisecond = 1000;
     const unsigned long long behindGap = m_firstTime ? m_clock.CurrentTime() - *m_firstTime : 0;
-    return (m_earlierUs + behindGap) / microsecondsPerMillisecond;
+    return (m_earlierUs + behindGap) / MicrosecondsPerMillisecond;
 }
 
 ProgressNumbers Station::progressNumbers()
@@ -246,4 +246,4 @@ ProgressNumbers Station::progressNumbers()
     return {recordedMs(), m_counter.records(), m_recorders.bytes()};
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -19,7 +19,7 @@
 #include "watch/archivewatch.h"
 #include "watch/diskwatch.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// At most one at a time: it puts the value tree and the clock of the process in force.
 class Station {
@@ -61,9 +61,9 @@ private:
     DiskWatch m_disks;
     std::optional<unsigned long long> m_firstTime;
     unsigned long long m_toldTime = 0;   // to the recorders, before a step
-    unsigned long long m_earlierUs = 0;  // recorded time in front of the last gap
+    unsigned long long m_earlierUs = 0;  // recorded time before the last gap
     bool m_allowGap;
     bool m_recover;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -7,7 +7,7 @@
 
 #include "progress.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -207,4 +207,4 @@ QStringList Summary::remarks(bool counts) const
     return sentences;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -14,9 +14,9 @@
 #include "sources/source.h"
 #include "watch/unfinished.h"
 
-namespace recstation {
+namespace RecStation {
 
-/// What became of the recordings of a run in the archive. It stands in front of Summary because clang 14 makes no
+/// What became of the recordings of a run in the archive. It stands before Summary because clang 14 makes no
 /// std::optional of a class inside another one whose members have defaults.
 struct ArchiveSummary {
     std::size_t moved = 0;         ///< recordings of this run that the storage has
@@ -60,4 +60,4 @@ struct Summary {
     [[nodiscard]] QStringList remarks(bool counts = false) const;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -5,7 +5,7 @@
 
 #include <terminaltext/nearestword.h>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -109,4 +109,4 @@ std::string whatIsWrong(const CLI::App& app, const CLI::ParseError& error, const
     return error.what();
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -6,7 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace recstation {
+namespace RecStation {
 
 /// Says that a source is named twice, which the parser takes for more of the first; empty when none is.
 [[nodiscard]] std::string namedTwice(const CLI::App& app);
@@ -16,4 +16,4 @@ namespace recstation {
 [[nodiscard]] std::string whatIsWrong(const CLI::App& app, const CLI::ParseError& error,
                                       const std::vector<std::string>& arguments);
 
-}  // namespace recstation
+}  // namespace RecStation

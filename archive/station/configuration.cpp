@@ -70,11 +70,11 @@ public:
     }
     void refuseOtherKeys() const
     {
-        constexpr std::array known = {
+        constexpr std::array Known = {
             "Directory", "Storage",       "Registry",      "Station",           "CacheBytes",
             "FileMode",  "DirectoryMode", "RemoveExpired", "FirstPauseSeconds", "LongestPauseSeconds"};
         for (const auto& [key, node] : m_table) {
-            if (std::find(known.begin(), known.end(), key.str()) == known.end()) {
+            if (std::find(Known.begin(), Known.end(), key.str()) == Known.end()) {
                 refuse(std::string(key.str()).c_str(), QStringLiteral("means nothing"));
             }
         }

@@ -6,11 +6,11 @@
 
 #include <CLI/CLI.hpp>
 
-namespace zelvod {
+namespace Zelvod {
 
 namespace {
 
-constexpr auto examples = R"(
+constexpr auto Examples = R"(
 The configuration is a TOML file; doc/archive.md has all of its keys:
   [archive]
   Directory = "/var/lib/recording2/archive"     this station's own, on a local disk
@@ -38,7 +38,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
     std::string config;
     double everySeconds = static_cast<double>(options.everyMs) / MillisecondsPerSecond;
     CLI::App app("Moves finished recordings to the archive's storage.", "zelvod");
-    app.footer(examples);
+    app.footer(Examples);
     app.set_version_flag("--version", "zelvod " ZELVOD_VERSION);
     app.add_option("--config", config, "TOML file with the table [archive] (default: $ZELVO_CONFIG)")
         ->envname("ZELVO_CONFIG")
@@ -67,4 +67,4 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
     return {options, ExitCode::Success};
 }
 
-}  // namespace zelvod
+}  // namespace Zelvod

@@ -7,7 +7,7 @@
 
 #include "options.h"
 
-namespace zelvod {
+namespace Zelvod {
 
 struct CommandLine {
     std::optional<Options> options;  ///< nothing: the program ends with the exit code, all is said already
@@ -18,4 +18,4 @@ struct CommandLine {
 /// @param arguments without the program's name, UTF-8
 [[nodiscard]] CommandLine parseCommandLine(const std::vector<std::string>& arguments);
 
-}  // namespace zelvod
+}  // namespace Zelvod

@@ -12,6 +12,6 @@ int main(int argc, char* argv[])
     System::prepareStandardStreams(System::ClosedStream::RefusesAll);
     TerminalText::takeFileNamesInUtf8();
     const QCoreApplication application(argc, argv);
-    const zelvod::CommandLine commandLine = zelvod::parseCommandLine(System::argumentsOf(argc, argv));
-    return static_cast<int>(commandLine.options ? zelvod::runService(*commandLine.options) : commandLine.exitCode);
+    const Zelvod::CommandLine commandLine = Zelvod::parseCommandLine(System::argumentsOf(argc, argv));
+    return static_cast<int>(commandLine.options ? Zelvod::runService(*commandLine.options) : commandLine.exitCode);
 }

@@ -5,7 +5,7 @@
 
 #include <QString>
 
-namespace zelvod {
+namespace Zelvod {
 
 enum class ExitCode { Success = 0, WrongArguments = 1, CannotRun = 2, Incomplete = 3 };
 
@@ -18,4 +18,4 @@ struct Options {
     std::int64_t everyMs = 5'000;  ///< between two looks for new recordings
 };
 
-}  // namespace zelvod
+}  // namespace Zelvod

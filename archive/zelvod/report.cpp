@@ -7,7 +7,7 @@
 
 #include <terminaltext/terminaltext.h>
 
-namespace zelvod {
+namespace Zelvod {
 
 namespace {
 
@@ -73,4 +73,4 @@ QString text(const Zelvo::MoverReport& report, const QString& lastProblem, bool 
     return printed;
 }
 
-}  // namespace zelvod
+}  // namespace Zelvod

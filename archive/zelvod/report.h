@@ -8,7 +8,7 @@
 
 #include <zelvo/archive.h>
 
-namespace zelvod {
+namespace Zelvod {
 
 /// Whether a run is worth a line: it did something, or its problem is another than before.
 [[nodiscard]] bool isNews(const Zelvo::MoverReport& report, const QString& lastProblem);
@@ -17,4 +17,4 @@ namespace zelvod {
 /// Lines for people; the last is about the whole run. Empty when there is nothing to say.
 [[nodiscard]] QString text(const Zelvo::MoverReport& report, const QString& lastProblem, bool failuresOnly);
 
-}  // namespace zelvod
+}  // namespace Zelvod

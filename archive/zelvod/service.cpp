@@ -13,7 +13,7 @@
 
 #include "report.h"
 
-namespace zelvod {
+namespace Zelvod {
 
 namespace {
 
@@ -127,4 +127,4 @@ ExitCode runService(const Options& options)
     }
 }
 
-}  // namespace zelvod
+}  // namespace Zelvod

@@ -3,9 +3,9 @@
 
 #include "options.h"
 
-namespace zelvod {
+namespace Zelvod {
 
 /// Ends when the process is to stop, or nobody can read what it tells. @return the program's exit code
 ExitCode runService(const Options& options);
 
-}  // namespace zelvod
+}  // namespace Zelvod

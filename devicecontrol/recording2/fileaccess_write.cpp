@@ -12,7 +12,7 @@
 
 namespace Recording2 {
 
-// The tables must fit behind the records too, or a full file could not be read by time.
+// The tables must fit after the records too, or a full file could not be read by time.
 bool CFileAccess::Private::fits(std::int64_t bytes)
 {
     const auto records = static_cast<std::int64_t>(shared->index->size()) + 1;

@@ -1,4 +1,4 @@
-// What Windows and the others make of a file's name, each behind its own #if.
+// What Windows and the others make of a file's name, each after its own #if.
 #include "filenames.h"
 
 #include <filesystem>

@@ -34,7 +34,7 @@ namespace Recording2::FileNames {
 [[nodiscard]] std::string fileName(const std::string& path);
 /// The file name up to its first dot.
 [[nodiscard]] std::string baseName(const std::string& path);
-/// The file name behind its last dot; empty without one.
+/// The file name after its last dot; empty without one.
 [[nodiscard]] std::string suffix(const std::string& path);
 /// Renames a file unless the new name is taken. @return whether it was renamed
 bool renameWithoutReplacing(const std::string& from, const std::string& to);

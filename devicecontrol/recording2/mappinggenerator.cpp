@@ -80,7 +80,7 @@ void MappingGenerator::RequestMapping(BearingMap& map, long long startTime, long
     if (startOffset > stopOffset) {
         return;
     }
-    // Records that were stored at one moment have moved to the next free milliseconds, the last ones behind the end.
+    // Records that were stored at one moment have moved to the next free milliseconds, the last ones after the end.
     const bool toTheEnd = stopOffset == offsetMs(start, static_cast<long long>(header.stopTS().getMicroSecs()));
     if (startOffset == 0) {
         m_file->GoToFirstRecord();  // no record stands at 0, which reads the one here

@@ -55,7 +55,7 @@ private:
     friend class CFileAccess;
     friend class RecordingTestPeer;
 
-    /// A change that came while the start sequence ran; it is written behind the initial states.
+    /// A change that came while the start sequence ran; it is written after the initial states.
     struct EarlyChange {
         values::ValueBase* value;  // null when the value was removed meanwhile
         TChangeCode code;

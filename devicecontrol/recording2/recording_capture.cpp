@@ -15,7 +15,7 @@ namespace Recording2 {
 namespace {
 
 constexpr std::int32_t KeyOn = 1;
-constexpr unsigned long long FirstCaptureTime = 11;  // behind the initial states
+constexpr unsigned long long FirstCaptureTime = 11;  // after the initial states
 
 bool isOneOf(std::int32_t key, std::initializer_list<std::int32_t> keys)
 {
@@ -42,7 +42,7 @@ void CRecording::Update(void* subject, TChangeCode code)
         if (HandleRemoval(subject, code)) {
             return;
         }
-        // What a control value sets off may end with the value itself gone: only watched values are looked at behind
+        // What a control value sets off may end with the value itself gone: only watched values are looked at after
         // it.
         const bool control = HandleControlValue(subject, code);
         Capture(subject, code, control);

@@ -67,7 +67,7 @@ QString CRecording::StartRecording(bool splitting)
     }
 }
 
-// Observing the values may make a device change some: those changes wait behind the initial states.
+// Observing the values may make a device change some: those changes wait after the initial states.
 void CRecording::RunStartSequence()
 {
     const std::uint32_t thisStart = m_starts;

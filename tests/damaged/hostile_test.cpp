@@ -35,7 +35,7 @@ constexpr std::int32_t LastPosition = std::numeric_limits<std::int32_t>::max();
 
 class HostileFile : public testing::Test {
 protected:
-    /// The file: the header, the placeholder behind it, the rest.
+    /// The file: the header, the placeholder after it, the rest.
     void write(const HeaderFields& header, const std::string& rest)
     {
         std::string area = header.bytes();
@@ -249,7 +249,7 @@ TEST_F(HostileFile, TheWalkDoesNotComeBackToARunOfSpacesOrDigitsFromEveryPlaceIn
 
 TEST_F(HostileFile, BookmarksBehindDamageAreNotLookedForInEveryChainToTheEnd)
 {
-    // Behind the damage every fifth place begins a chain of bookmarks, all of which go wrong at the end of the file.
+    // After the damage every fifth place begins a chain of bookmarks, all of which go wrong at the end of the file.
     std::string body;
     for (int i = 0; i < 300'000; ++i) {
         body += std::string(8, static_cast<char>('a' + i % 26)) + "#1#";

@@ -51,7 +51,7 @@ void write(const std::string& path, const std::string& bytes)
     require(file.good(), "the files of the test can be written");
 }
 
-/// Takes an input apart; behind its end there are zeros.
+/// Takes an input apart; after its end there are zeros.
 class Pieces {
 public:
     explicit Pieces(const std::string& input) : m_input(input) {}

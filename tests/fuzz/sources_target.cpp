@@ -37,7 +37,7 @@ void tolerating(const std::function<void()>& run)
     }
 }
 
-void play(recstation::Source& source, std::size_t mostSteps)
+void play(RecStation::Source& source, std::size_t mostSteps)
 {
     source.prepare();
     unsigned long long last = 0;
@@ -58,7 +58,7 @@ void ignore(const QString& /*sentence*/)
 {
 }
 
-recstation::ByteInput bytesOf(const std::string& input)
+RecStation::ByteInput bytesOf(const std::string& input)
 {
     return [&input, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
         const std::size_t count = input.copy(buffer, size, position);
@@ -82,7 +82,7 @@ void runBearings(const std::string& input)
     const ScratchFile file(input);
     for (const bool strict : {false, true}) {
         const values::Tree tree;
-        auto options = fileOptions<recstation::BearingsOptions>(file);
+        auto options = fileOptions<RecStation::BearingsOptions>(file);
         options.strict = strict;
         options.dateFormat = strict ? "MM/dd/yy" : "yyyy-MM-dd";
         tolerating([&] { play(*makeBearingsSource(options, ignore), input.size()); });
@@ -93,7 +93,7 @@ void runConfiguration(const std::string& input)
 {
     const values::Tree tree;
     tolerating([&] {
-        const auto read = recstation::loadConfigurationText(QString::fromStdString(input), QStringLiteral("fuzz.toml"));
+        const auto read = RecStation::loadConfigurationText(QString::fromStdString(input), QStringLiteral("fuzz.toml"));
         require(read.instances.size() <= input.size(), "there are more instances than bytes");
     });
     CfgCenter::Clear();
@@ -108,12 +108,12 @@ void runConfiguration(const std::string& input)
 void runFeed(const std::string& input)
 {
     const values::Tree tree;
-    recstation::StationHooks host;
+    RecStation::StationHooks host;
     host.switchRecorder = [](const QString& /*name*/, bool on) { return on; };
     host.created = ignore;
     host.report = ignore;
     tolerating([&] {
-        recstation::FeedSource source([&] { return bytesOf(input); }, Start, recstation::FeedOptions(), host);
+        RecStation::FeedSource source([&] { return bytesOf(input); }, Start, RecStation::FeedOptions(), host);
         play(source, input.size());
     });
 }
@@ -123,7 +123,7 @@ void runNmea(const std::string& input)
     const ScratchFile file(input);
     for (const char* date : {"", "2026-11-21"}) {
         const values::Tree tree;
-        auto options = fileOptions<recstation::NmeaOptions>(file);
+        auto options = fileOptions<RecStation::NmeaOptions>(file);
         options.date = date;
         options.fixWeekRollover = *date == '\0';
         tolerating([&] { play(*makeNmeaSource(options, ignore), input.size()); });
@@ -135,7 +135,7 @@ void runSweep(const std::string& input)
     const ScratchFile file(input);
     for (const char* bins : {"centre", "lower"}) {
         const values::Tree tree;
-        auto options = fileOptions<recstation::SweepOptions>(file);
+        auto options = fileOptions<RecStation::SweepOptions>(file);
         options.binFrequency = bins;
         tolerating([&] { play(*makeSweepSource(options, ignore), input.size()); });
     }
@@ -158,7 +158,7 @@ std::vector<std::string> configurationSeeds()
     for (std::string& example : documentExamples("archive.md", "toml")) {
         seeds.push_back(std::move(example));
     }
-    seeds.push_back(recstation::defaultConfigurationText(QStringLiteral("/tmp")).toStdString());
+    seeds.push_back(RecStation::defaultConfigurationText(QStringLiteral("/tmp")).toStdString());
     return seeds;
 }
 

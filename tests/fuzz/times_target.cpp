@@ -14,13 +14,13 @@ namespace Fuzzing {
 
 void runTimes(const std::string& input)
 {
-    static_cast<void>(recstation::parseIsoTime(input));
-    static_cast<void>(recstation::parseTimeOfDay(input));
-    static_cast<void>(recstation::parseUtcOffset(input));
+    static_cast<void>(RecStation::parseIsoTime(input));
+    static_cast<void>(RecStation::parseTimeOfDay(input));
+    static_cast<void>(RecStation::parseUtcOffset(input));
     // The first line as a format, the rest as a date.
     const std::size_t end = input.find('\n');
     try {
-        const recstation::LogDateFormat format(input.substr(0, end));
+        const RecStation::LogDateFormat format(input.substr(0, end));
         static_cast<void>(format.parse(end == std::string::npos ? input : input.substr(end + 1)));
     } catch (const std::invalid_argument&) {  // no format
     }

@@ -243,7 +243,7 @@ protected:
     {
         notes.watch(*station.tree.Find(QString::fromLatin1(path)), typeId);
     }
-    /// Compares the records behind the initial states with the notes.
+    /// Compares the records after the initial states with the notes.
     void expectRecorded(std::size_t initialStates)
     {
         station.switchOff();

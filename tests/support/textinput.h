@@ -10,7 +10,7 @@
 
 namespace TestSupport {
 
-[[nodiscard]] inline recstation::ByteInput textInput(std::string text, std::size_t pieceSize = std::string::npos)
+[[nodiscard]] inline RecStation::ByteInput textInput(std::string text, std::size_t pieceSize = std::string::npos)
 {
     return [text = std::move(text), pieceSize, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
         const std::size_t count = std::min({pieceSize, size, text.size() - position});

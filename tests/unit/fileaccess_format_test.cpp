@@ -235,7 +235,7 @@ TEST_F(FileFormat, DataOfAnyBytesComesBackUnchanged)
 
 TEST_F(FileFormat, TheTimeTableRunsToTheEndOfTheFileWithoutARangeTable)
 {
-    // What stands behind the last pair reads as further pairs: here the bookmark 777, whose text spells a pair.
+    // What stands after the last pair reads as further pairs: here the bookmark 777, whose text spells a pair.
     const ReferenceRecording reference = ReferenceRecording().record(1, "data", 10).record(2, "more", 20);
     TestSupport::ByteBuilder bytes(reference.close());
     HeaderFields header;

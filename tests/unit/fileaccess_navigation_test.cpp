@@ -141,7 +141,7 @@ const std::vector<Case> Cases{
     {"ReadnextByCodeZeroFindsTheCodeZero",
      {{1, "a", 1'000}, {0, "b", 1'100}, {2, "c", 1'200}},
      {{NextOf, 0, 1'100, "b"}}},
-    // The next read goes on behind the record that was read.
+    // The next read goes on after the record that was read.
     {"ReadprevReadsThePrecedingRecordAndReturnsItsTime",
      Ordinary,
      {{Previous, 1'300, 1'200, "c"}, {Previous, 1'200, 1'100, "b"}, {Next, 0, 1'300, "c"}}},

@@ -172,7 +172,7 @@ TEST_F(Writing, ATypeTableStoredAfterRecordsLiesBetweenThem)
 
     const auto reader = openBytes(bytes);
     CVTCmdData record;
-    EXPECT_EQ(reader->readfirst(record), 0U);  // no record begins behind the first one
+    EXPECT_EQ(reader->readfirst(record), 0U);  // no record begins after the first one
     EXPECT_EQ(reader->read(record, 20), 0U);
     EXPECT_EQ(dataOf(record), "second");
 }

@@ -1,4 +1,4 @@
-// Positions behind the first 4 GiB, where 32 bits end. The files have holes and take no room.
+// Positions after the first 4 GiB, where 32 bits end. The files have holes and take no room.
 #include <gtest/gtest.h>
 
 #include <cstdint>

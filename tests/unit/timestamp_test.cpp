@@ -25,7 +25,7 @@ public:
     [[nodiscard]] unsigned long long CurrentTime() const override { return 987'654'321; }
 };
 
-/// Leaves neither an override nor a clock of its own behind.
+/// Leaves neither an override nor a clock of its own after.
 class CurrentTime : public testing::Test {
 public:
     CurrentTime() { QuonOS::Replace(&m_clock); }

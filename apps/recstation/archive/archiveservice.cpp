@@ -14,7 +14,7 @@
 
 #include <zelvo/archive.h>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -244,4 +244,4 @@ std::unique_ptr<ArchiveService> makeArchiveService(const QString& configurationF
     return configuration ? std::make_unique<EmbeddedArchive>(*configuration) : nullptr;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

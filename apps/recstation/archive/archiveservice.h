@@ -10,7 +10,7 @@
 #include <QString>
 #include <QStringList>
 
-namespace recstation {
+namespace RecStation {
 
 /// What the archive says of one recording.
 struct ArchivedFile {
@@ -54,4 +54,4 @@ public:
 /// @throws std::runtime_error when the configuration is wrong, or this build has no archive
 [[nodiscard]] std::unique_ptr<ArchiveService> makeArchiveService(const QString& configurationFile);
 
-}  // namespace recstation
+}  // namespace RecStation

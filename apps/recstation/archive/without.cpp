@@ -3,7 +3,7 @@
 
 #include "archiveservice.h"
 
-namespace recstation {
+namespace RecStation {
 
 bool ArchiveService::leftThreadBehind()
 {
@@ -20,4 +20,4 @@ std::unique_ptr<ArchiveService> makeArchiveService(const QString& configurationF
     return nullptr;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

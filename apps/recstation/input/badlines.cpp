@@ -3,11 +3,11 @@
 
 #include <utility>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr std::uint64_t mostSentences = 20;
+constexpr std::uint64_t MostSentences = 20;
 
 }  // namespace
 
@@ -23,15 +23,15 @@ void BadLines::add(std::size_t line, const std::string& problem)
     if (m_strict) {
         throw std::runtime_error(m_source + ": " + sentence + " (--strict allows no bad line)");
     }
-    if (m_count <= mostSentences) {
+    if (m_count <= MostSentences) {
         say(sentence);
     }
 }
 
 void BadLines::finish()
 {
-    if (!std::exchange(m_finished, true) && m_count > mostSentences) {
-        say("and " + std::to_string(m_count - mostSentences) + " more bad lines");
+    if (!std::exchange(m_finished, true) && m_count > MostSentences) {
+        say("and " + std::to_string(m_count - MostSentences) + " more bad lines");
     }
 }
 
@@ -40,4 +40,4 @@ void BadLines::say(const std::string& sentence) const
     m_report(QString::fromStdString(m_source + ": " + sentence));
 }
 
-}  // namespace recstation
+}  // namespace RecStation

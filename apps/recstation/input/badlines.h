@@ -9,7 +9,7 @@
 
 #include <QString>
 
-namespace recstation {
+namespace RecStation {
 
 /// Says in one sentence why a line cannot be used.
 class LineError : public std::runtime_error {
@@ -21,7 +21,7 @@ using InputReport = std::function<void(const QString& sentence)>;
 
 class BadLines {
 public:
-    /// @param source its name stands in front of every sentence
+    /// @param source its name stands before every sentence
     /// @param strict the first bad line is thrown
     BadLines(std::string source, bool strict, InputReport report);
 
@@ -42,4 +42,4 @@ private:
     bool m_finished = false;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -5,7 +5,7 @@
 
 #include <system/stopsignal.h>
 
-namespace recstation {
+namespace RecStation {
 
 ByteInput openInput(const std::string& file)
 {
@@ -18,4 +18,4 @@ std::string inputName(const std::string& file)
     return file == "-" ? "the standard input" : file;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-namespace recstation {
+namespace RecStation {
 
 /// Gives bytes: how many were put into the buffer, 0 at the end.
 using ByteInput = std::function<std::size_t(char* buffer, std::size_t size)>;
@@ -18,4 +18,4 @@ using ByteInput = std::function<std::size_t(char* buffer, std::size_t size)>;
 /// How messages name an input.
 [[nodiscard]] std::string inputName(const std::string& file);
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -6,17 +6,17 @@
 #include <string>
 #include <string_view>
 
-namespace recstation {
+namespace RecStation {
 
 /// Without the spaces, tabs and line ends around it.
 [[nodiscard]] inline std::string_view trimmed(std::string_view text)
 {
-    constexpr std::string_view blanks = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(blanks);
+    constexpr std::string_view Blanks = " \t\r\n";
+    const std::size_t first = text.find_first_not_of(Blanks);
     if (first == std::string_view::npos) {
         return {};
     }
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+    return text.substr(first, text.find_last_not_of(Blanks) - first + 1);
 }
 
 /// Takes the text up to the next comma out of a line, and the comma; nothing behind the last field.
@@ -57,14 +57,14 @@ template <typename Number>
 /// A field as a message may show it: short, and without control characters.
 [[nodiscard]] inline std::string shown(std::string_view field)
 {
-    constexpr std::size_t most = 40;
+    constexpr std::size_t Most = 40;
     std::string text = "\"";
-    for (const char c : field.substr(0, most)) {
+    for (const char c : field.substr(0, Most)) {
         const auto code = static_cast<unsigned char>(c);
         text += code < ' ' || code > '~' ? '?' : c;
     }
-    text += field.size() > most ? "...\"" : "\"";
+    text += field.size() > Most ? "...\"" : "\"";
     return text;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -4,7 +4,7 @@
 #include <QDateTime>
 #include <QRegularExpression>
 
-namespace recstation {
+namespace RecStation {
 
 std::optional<unsigned long long> parseIsoTime(const std::string& text)
 {
@@ -31,9 +31,9 @@ std::optional<unsigned long long> parseIsoTime(const std::string& text)
 
 std::string utcText(unsigned long long microseconds)
 {
-    constexpr unsigned long long perSecond = 1'000'000;
+    constexpr unsigned long long PerSecond = 1'000'000;
     const QDateTime time = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(microseconds / 1000), Qt::UTC);
-    const bool whole = microseconds % perSecond < 1000;
+    const bool whole = microseconds % PerSecond < 1000;
     return time.toString(whole ? QStringLiteral("yyyy-MM-dd hh:mm:ss") : QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz"))
                .toStdString() +
            " UTC";
@@ -41,26 +41,26 @@ std::string utcText(unsigned long long microseconds)
 
 std::string spanText(unsigned long long microseconds)
 {
-    constexpr unsigned long long perSecond = 1000;
-    constexpr unsigned long long perMinute = 60 * perSecond;
-    constexpr unsigned long long perHour = 60 * perMinute;
-    constexpr unsigned long long perDay = 24 * perHour;
+    constexpr unsigned long long PerSecond = 1000;
+    constexpr unsigned long long PerMinute = 60 * PerSecond;
+    constexpr unsigned long long PerHour = 60 * PerMinute;
+    constexpr unsigned long long PerDay = 24 * PerHour;
     const unsigned long long milliseconds = microseconds / 1000;
-    if (milliseconds < perSecond) {
+    if (milliseconds < PerSecond) {
         return std::to_string(milliseconds) + " ms";
     }
-    if (milliseconds < perMinute) {
-        return QString::number(static_cast<double>(milliseconds) / static_cast<double>(perSecond)).toStdString() + " s";
+    if (milliseconds < PerMinute) {
+        return QString::number(static_cast<double>(milliseconds) / static_cast<double>(PerSecond)).toStdString() + " s";
     }
-    if (milliseconds < perHour) {
-        return std::to_string(milliseconds / perMinute) + " min " +
-               std::to_string(milliseconds % perMinute / perSecond) + " s";
+    if (milliseconds < PerHour) {
+        return std::to_string(milliseconds / PerMinute) + " min " +
+               std::to_string(milliseconds % PerMinute / PerSecond) + " s";
     }
-    if (milliseconds < 2 * perDay) {
-        return std::to_string(milliseconds / perHour) + " h " + std::to_string(milliseconds % perHour / perMinute) +
+    if (milliseconds < 2 * PerDay) {
+        return std::to_string(milliseconds / PerHour) + " h " + std::to_string(milliseconds % PerHour / PerMinute) +
                " min";
     }
-    return std::to_string(milliseconds / perDay) + " days";
+    return std::to_string(milliseconds / PerDay) + " days";
 }
 
-}  // namespace recstation
+}  // namespace RecStation

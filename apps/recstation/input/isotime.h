@@ -4,10 +4,10 @@
 #include <optional>
 #include <string>
 
-namespace recstation {
+namespace RecStation {
 
 /// Microseconds since 1970 UTC of a date and time such as "2026-11-21T08:30:00.25Z" or "2026-11-21T08:30"; without a
-/// zone it is UTC, digits behind the microseconds are cut. Nothing for any other text and for times that are not after
+/// zone it is UTC, digits after the microseconds are cut. Nothing for any other text and for times that are not after
 /// the start of 1970.
 std::optional<unsigned long long> parseIsoTime(const std::string& text);
 
@@ -16,4 +16,4 @@ std::optional<unsigned long long> parseIsoTime(const std::string& text);
 /// "850 ms", "22.5 s", "52 min 10 s", "3 h 5 min", "12 days".
 [[nodiscard]] std::string spanText(unsigned long long microseconds);
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace recstation {
+namespace RecStation {
 
 LineReader::LineReader(ByteInput input, std::size_t longestLine)
     : m_input(std::move(input)), m_longestLine(longestLine), m_buffer(std::size_t{64} * 1024)
@@ -58,4 +58,4 @@ LineReader::Result LineReader::next()
     return m_tooLong ? Result::TooLong : Result::Line;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

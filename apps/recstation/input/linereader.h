@@ -8,7 +8,7 @@
 
 #include "input/byteinput.h"
 
-namespace recstation {
+namespace RecStation {
 
 class LineReader {
 public:
@@ -38,4 +38,4 @@ private:
     bool m_terminated = false;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

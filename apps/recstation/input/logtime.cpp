@@ -5,14 +5,14 @@
 
 #include <QDate>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr long long microsecondsPerSecond = 1'000'000;
-constexpr long long secondsPerMinute = 60;
-constexpr long long minutesPerHour = 60;
-constexpr long long hoursPerDay = 24;
+constexpr long long MicrosecondsPerSecond = 1'000'000;
+constexpr long long SecondsPerMinute = 60;
+constexpr long long MinutesPerHour = 60;
+constexpr long long HoursPerDay = 24;
 
 long long number(const QRegularExpressionMatch& match, int group)
 {
@@ -41,56 +41,56 @@ LogDateFormat::LogDateFormat(const std::string& format)
     }
     m_pattern.setPattern(pattern + QRegularExpression::escape(text.mid(end)) + QStringLiteral("\\z"));
     // A field that stands twice makes two groups of one name, which is no valid pattern.
-    constexpr int fieldsOfADate = 3;
-    if (!m_pattern.isValid() || m_pattern.captureCount() != fieldsOfADate) {
+    constexpr int FieldsOfADate = 3;
+    if (!m_pattern.isValid() || m_pattern.captureCount() != FieldsOfADate) {
         throw std::invalid_argument("not one day, month and year");
     }
 }
 
 std::optional<long long> LogDateFormat::parse(const std::string& text) const
 {
-    constexpr int firstYear = 1970;
-    constexpr int century = 100;
+    constexpr int FirstYear = 1970;
+    constexpr int Century = 100;
     const QRegularExpressionMatch match = m_pattern.match(QString::fromStdString(text));
     const QString digits = match.captured(QStringLiteral("y"));
     int year = digits.toInt();
     if (digits.size() == 2) {
-        year += year < firstYear % century ? 20 * century : 19 * century;
+        year += year < FirstYear % Century ? 20 * Century : 19 * Century;
     }
     const QDate date(year, match.captured(QStringLiteral("M")).toInt(), match.captured(QStringLiteral("d")).toInt());
     if (!match.hasMatch() || !date.isValid()) {
         return std::nullopt;
     }
-    return date.toJulianDay() - QDate(firstYear, 1, 1).toJulianDay();
+    return date.toJulianDay() - QDate(FirstYear, 1, 1).toJulianDay();
 }
 
 std::optional<long long> parseTimeOfDay(const std::string& text)
 {
     static const QRegularExpression pattern(R"(\A(\d{1,2}):([0-5]\d)(?::([0-5]\d)(?:\.(\d+))?)?\z)");
     const QRegularExpressionMatch match = pattern.match(QString::fromStdString(text));
-    if (!match.hasMatch() || number(match, 1) >= hoursPerDay) {
+    if (!match.hasMatch() || number(match, 1) >= HoursPerDay) {
         return std::nullopt;
     }
-    const long long minutes = number(match, 1) * minutesPerHour + number(match, 2);
-    const long long seconds = minutes * secondsPerMinute + number(match, 3);
+    const long long minutes = number(match, 1) * MinutesPerHour + number(match, 2);
+    const long long seconds = minutes * SecondsPerMinute + number(match, 3);
     const QString fraction = match.captured(4).leftJustified(6, QLatin1Char('0'), true);
-    return seconds * microsecondsPerSecond + fraction.toLongLong();
+    return seconds * MicrosecondsPerSecond + fraction.toLongLong();
 }
 
 std::optional<long long> parseUtcOffset(const std::string& text)
 {
-    constexpr long long mostHours = 14;
+    constexpr long long MostHours = 14;
     if (text == "Z" || text == "UTC") {
         return 0;
     }
     static const QRegularExpression pattern(R"(\A([+-])(\d{1,2})(?::([0-5]\d))?\z)");
     const QRegularExpressionMatch match = pattern.match(QString::fromStdString(text));
-    const long long minutes = number(match, 2) * minutesPerHour + number(match, 3);
-    if (!match.hasMatch() || minutes > mostHours * minutesPerHour) {
+    const long long minutes = number(match, 2) * MinutesPerHour + number(match, 3);
+    if (!match.hasMatch() || minutes > MostHours * MinutesPerHour) {
         return std::nullopt;
     }
-    const long long offset = minutes * secondsPerMinute * microsecondsPerSecond;
+    const long long offset = minutes * SecondsPerMinute * MicrosecondsPerSecond;
     return match.captured(1) == QLatin1String("-") ? -offset : offset;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -7,7 +7,7 @@
 #include <QRegularExpression>
 #include <QString>
 
-namespace recstation {
+namespace RecStation {
 
 /// Dates in one format such as "MM/dd/yy": d or M (one or two digits), dd, MM, yy (1970 to 2069), yyyy; all else stands
 /// for itself. Own code, because Qt takes yy for the 20th century, which lacks the 29 February 2000.
@@ -23,11 +23,11 @@ private:
     QRegularExpression m_pattern;
 };
 
-/// Microseconds since midnight of a time such as "5:31", "05:31:07" or "05:31:07.25"; digits behind the microseconds
+/// Microseconds since midnight of a time such as "5:31", "05:31:07" or "05:31:07.25"; digits after the microseconds
 /// are cut.
 [[nodiscard]] std::optional<long long> parseTimeOfDay(const std::string& text);
 
 /// Microseconds by which local time is ahead of UTC: "-05:00", "+5", "Z" or "UTC", at most 14 hours.
 [[nodiscard]] std::optional<long long> parseUtcOffset(const std::string& text);
 
-}  // namespace recstation
+}  // namespace RecStation

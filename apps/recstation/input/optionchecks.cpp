@@ -7,7 +7,7 @@
 #include "input/isotime.h"
 #include "input/logtime.h"
 
-namespace recstation {
+namespace RecStation {
 
 using TerminalText::acceptedIf;
 
@@ -48,4 +48,4 @@ CLI::Validator aTime()
                       "a time after the start of 1970 such as 2026-03-01T08:00:00Z");
 }
 
-}  // namespace recstation
+}  // namespace RecStation

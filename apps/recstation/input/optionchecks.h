@@ -9,7 +9,7 @@
 
 #include <terminaltext/optionvalues.h>
 
-namespace recstation {
+namespace RecStation {
 
 /// FILE, which must be given; a recording is none, whatever the source would make of its bytes.
 CLI::Option* addInputFile(CLI::App& command, std::string& file, const char* description);
@@ -22,4 +22,4 @@ void addStrict(CLI::App& command, bool& strict, const char* description = "The f
 /// "a time such as ...", for --start.
 [[nodiscard]] CLI::Validator aTime();
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -8,14 +8,14 @@
 
 #include "input/isotime.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
 std::string secondsText(unsigned long long microseconds)
 {
-    constexpr double perSecond = 1e6;
-    return QString::number(static_cast<double>(microseconds) / perSecond, 'f', 3).toStdString() + " s";
+    constexpr double PerSecond = 1e6;
+    return QString::number(static_cast<double>(microseconds) / PerSecond, 'f', 3).toStdString() + " s";
 }
 
 }  // namespace
@@ -47,7 +47,7 @@ std::string TimeOrder::sentence() const
                         : "the times of " + std::to_string(m_rows) + " rows go") +
            " back, by up to " + secondsText(m_most) + ", from " + utcText(m_behind) + " to times from " +
            utcText(m_first) + " to " + utcText(m_last) + "; what is earlier is recorded at the latest time before it" +
-           (m_most > defaultGapUs ? " (--split-on-gap begins a new recording instead)" : "");
+           (m_most > DefaultGapUs ? " (--split-on-gap begins a new recording instead)" : "");
 }
 
 void TimeOrder::finish(const BadLines& to)
@@ -57,4 +57,4 @@ void TimeOrder::finish(const BadLines& to)
     }
 }
 
-}  // namespace recstation
+}  // namespace RecStation

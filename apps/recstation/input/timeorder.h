@@ -10,10 +10,10 @@
 
 #include "input/badlines.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// What counts as a gap unless somebody says otherwise, microseconds.
-constexpr unsigned long long defaultGapUs = 600'000'000;
+constexpr unsigned long long DefaultGapUs = 600'000'000;
 
 /// Whether from one time to the other is more than the gap, in either direction.
 [[nodiscard]] inline bool isBeyond(unsigned long long from, unsigned long long to, unsigned long long gap)
@@ -21,7 +21,7 @@ constexpr unsigned long long defaultGapUs = 600'000'000;
     return (to > from ? to - from : from - to) > gap;
 }
 
-/// When something is recorded: not before the latest time so far, unless it lies behind a gap that parts recordings.
+/// When something is recorded: not before the latest time so far, unless it lies after a gap that parts recordings.
 [[nodiscard]] inline unsigned long long notBefore(unsigned long long latest, unsigned long long time,
                                                   std::optional<unsigned long long> splitGapUs)
 {
@@ -32,7 +32,7 @@ constexpr unsigned long long defaultGapUs = 600'000'000;
 /// far, and counted here. Times are microseconds since 1970 UTC.
 class TimeOrder {
 public:
-    /// @param source its name stands in front of what is thrown
+    /// @param source its name stands before what is thrown
     /// @param strict the first time that goes back is thrown
     /// @param splitGapUs a time that goes back by more than this begins a new recording and is no disorder
     explicit TimeOrder(std::string source, bool strict, std::optional<unsigned long long> splitGapUs = std::nullopt)
@@ -63,4 +63,4 @@ private:
     bool m_finished = false;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

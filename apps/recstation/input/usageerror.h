@@ -3,10 +3,10 @@
 
 #include <stdexcept>
 
-namespace recstation {
+namespace RecStation {
 
 class UsageError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

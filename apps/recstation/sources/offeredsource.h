@@ -16,7 +16,7 @@ namespace CLI {
 class App;
 }
 
-namespace recstation {
+namespace RecStation {
 
 /// What a source asks of the station while it runs.
 struct StationHooks {
@@ -98,4 +98,4 @@ private:
 /// The sources of a run, in the order of their turns.
 using ChosenSources = std::vector<std::shared_ptr<const OfferedSource>>;
 
-}  // namespace recstation
+}  // namespace RecStation

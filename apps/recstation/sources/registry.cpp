@@ -1,7 +1,7 @@
 // The sources in the order of the help: all that the program knows of them.
 #include "sources/registry.h"
 
-namespace recstation {
+namespace RecStation {
 
 using Offer = std::shared_ptr<OfferedSource>();  // each in its source's folder
 Offer offerSim, offerFeed, offerSweep, offerBearings, offerNmea;
@@ -20,4 +20,4 @@ std::vector<std::shared_ptr<OfferedSource>> offeredSources()
     };
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -8,7 +8,7 @@
 #include <QString>
 #include <QStringList>
 
-namespace recstation {
+namespace RecStation {
 
 /// Counts for the closing report of a run.
 struct SourceReport {
@@ -31,16 +31,16 @@ public:
     /// Opens the input and creates the source's values in the tree, before any recording starts.
     virtual void prepare() = 0;
     /// When the next step is due on the source's own clock, microseconds since 1970 UTC; nothing at the end. Never
-    /// earlier than the answer before, but where the source was told to go back behind a gap.
+    /// earlier than the answer before, but where the source was told to go back after a gap.
     [[nodiscard]] virtual std::optional<unsigned long long> nextTime() = 0;
     /// Makes the changes that are due at nextTime. The scheduler has set the station's clock to that time.
     virtual void step() = 0;
     /// After the process was asked to stop: when the next of what was read, but waited for more input, was measured.
-    /// The step behind it shows that. Nothing when there is no more.
+    /// The step after it shows that. Nothing when there is no more.
     [[nodiscard]] virtual std::optional<unsigned long long> unfinishedTime() { return std::nullopt; }
     /// When the last change will be, where that can be told beforehand; nothing for live input. Reads the input again.
     [[nodiscard]] virtual std::optional<unsigned long long> lastTime() { return std::nullopt; }
-    /// What a step changes in front of its spectrum has the spectrum's time, and not that of the one before: recorders
+    /// What a step changes before its spectrum has the spectrum's time, and not that of the one before: recorders
     /// are to be told the time of every step also when the source runs alone.
     [[nodiscard]] virtual bool plainValuesComeFirst() const { return false; }
     /// Paths of the spectra that only one source of a run can show.
@@ -48,4 +48,4 @@ public:
     [[nodiscard]] virtual SourceReport report() const = 0;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -6,7 +6,7 @@
 
 #include <QString>
 
-namespace recstation {
+namespace RecStation {
 
 /// Windows holds nothing: there nobody can remove, move or cut a file that is being written.
 class HeldFile {
@@ -31,7 +31,7 @@ private:
     std::unique_ptr<Private> d;
 };
 
-/// The memory of a journal that the recorder of this process maps. When somebody cuts the journal, the memory behind
+/// The memory of a journal that the recorder of this process maps. When somebody cuts the journal, the memory after
 /// its new end is gone, and touching it would end the process: it is replaced by empty memory. Linux.
 class JournalGuard {
 public:
@@ -49,4 +49,4 @@ private:
     std::unique_ptr<Private> d;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

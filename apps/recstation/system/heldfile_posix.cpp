@@ -18,12 +18,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr std::size_t rememberedBytes = 16;
-using Remembered = std::array<char, rememberedBytes>;
+constexpr std::size_t RememberedBytes = 16;
+using Remembered = std::array<char, RememberedBytes>;
 
 bool isSame(const struct stat& one, const struct stat& other)
 {
@@ -35,7 +35,7 @@ std::string linkOf(int descriptor)
     return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
-// What was cut off and written behind again reads as 0.
+// What was cut off and written after again reads as 0.
 bool hasHole([[maybe_unused]] int descriptor, [[maybe_unused]] std::int64_t size)
 {
 #if defined(SEEK_HOLE)
@@ -52,13 +52,13 @@ bool hasHole([[maybe_unused]] int descriptor, [[maybe_unused]] std::int64_t size
 
 struct HeldFile::Private {
     int descriptor = -1;
-    std::int64_t size = 0;  // the largest seen, with the last bytes in front of it
+    std::int64_t size = 0;  // the largest seen, with the last bytes before it
     Remembered last{};
 
     [[nodiscard]] Remembered bytesBefore(std::int64_t end) const
     {
         Remembered bytes{};
-        const auto wanted = std::min<std::int64_t>(end, rememberedBytes);
+        const auto wanted = std::min<std::int64_t>(end, RememberedBytes);
         [[maybe_unused]] const ssize_t read =
             pread(descriptor, bytes.data(), static_cast<std::size_t>(wanted), end - wanted);
         return bytes;
@@ -113,9 +113,9 @@ bool HeldFile::isCut()
     if (fstat(d->descriptor, &own) != 0) {
         return false;
     }
-    constexpr std::int64_t rewrittenBytes = 500;  // the header, when the file is closed
+    constexpr std::int64_t RewrittenBytes = 500;  // the header, when the file is closed
     const bool cut = own.st_size < d->size || hasHole(d->descriptor, own.st_size) ||
-                     (d->size > rewrittenBytes && d->bytesBefore(d->size) != d->last);
+                     (d->size > RewrittenBytes && d->bytesBefore(d->size) != d->last);
     d->size = own.st_size;
     d->last = d->bytesBefore(d->size);
     return cut;
@@ -140,7 +140,7 @@ std::uintptr_t pageBytes()
     return bytes;
 }
 
-// Replaces what lies behind the end of the file, and at least from an address on. Only calls that a handler may make.
+// Replaces what lies after the end of the file, and at least from an address on. Only calls that a handler may make.
 void replaceLost(GuardedMemory& memory, std::uintptr_t atLeastFrom)
 {
     struct stat status {};
@@ -254,4 +254,4 @@ bool JournalGuard::isCut()
     return d->memory->cut;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

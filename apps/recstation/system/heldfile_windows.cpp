@@ -1,7 +1,7 @@
 // Nothing is held or guarded on Windows: every answer says that all is well.
 #include "heldfile.h"
 
-namespace recstation {
+namespace RecStation {
 
 struct HeldFile::Private {};
 
@@ -54,4 +54,4 @@ bool JournalGuard::isCut()
     return false;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -6,7 +6,7 @@
 
 #include <system/program.h>
 
-namespace recstation {
+namespace RecStation {
 
 StopNotifier::StopNotifier(const std::function<void()>& wake)
     : m_signal([wake] { QMetaObject::invokeMethod(QCoreApplication::instance(), wake, Qt::QueuedConnection); })
@@ -24,4 +24,4 @@ StopNotifier::StopNotifier(const std::function<void()>& wake)
 
 StopNotifier::~StopNotifier() = default;
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -8,7 +8,7 @@
 
 class QSocketNotifier;
 
-namespace recstation {
+namespace RecStation {
 
 /// At most one object at a time. While it lives, a reader of the messages that goes away does not end the recording.
 class StopNotifier {
@@ -24,4 +24,4 @@ private:
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

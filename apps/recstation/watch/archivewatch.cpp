@@ -5,11 +5,11 @@
 
 #include "system/stopnotifier.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr std::chrono::milliseconds longestSetUp{3'000};
+constexpr std::chrono::milliseconds LongestSetUp{3'000};
 
 void note(const ArchivedFile& archived, FileReport& report, ArchiveSummary& result)
 {
@@ -41,7 +41,7 @@ ArchiveWatch::ArchiveWatch(const QString& configurationFile, std::chrono::millis
 
 void ArchiveWatch::begin(Messages& messages)
 {
-    const QString problem = m_service == nullptr ? QString() : m_service->waitUntilSetUp(longestSetUp);
+    const QString problem = m_service == nullptr ? QString() : m_service->waitUntilSetUp(LongestSetUp);
     if (!problem.isEmpty()) {
         messages.message(QStringLiteral("warning: archive: %1; recording goes on, and it is tried again").arg(problem));
     }
@@ -72,4 +72,4 @@ void ArchiveWatch::finish(Summary& summary)
     }
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -8,7 +8,7 @@
 #include "progress.h"
 #include "summary.h"
 
-namespace recstation {
+namespace RecStation {
 
 class ArchiveWatch {
 public:
@@ -27,4 +27,4 @@ private:
     std::chrono::milliseconds m_wait;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

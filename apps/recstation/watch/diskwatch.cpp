@@ -3,7 +3,7 @@
 
 #include <map>
 
-namespace recstation {
+namespace RecStation {
 
 void DiskWatch::start()
 {
@@ -13,8 +13,8 @@ void DiskWatch::start()
 
 void DiskWatch::check()
 {
-    constexpr qint64 checkMs = 1'000;
-    if (m_sinceCheck.elapsed() < checkMs) {
+    constexpr qint64 CheckMs = 1'000;
+    if (m_sinceCheck.elapsed() < CheckMs) {
         return;
     }
     m_sinceCheck.restart();
@@ -38,4 +38,4 @@ void DiskWatch::check()
     }
 }
 
-}  // namespace recstation
+}  // namespace RecStation

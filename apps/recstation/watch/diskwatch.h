@@ -7,7 +7,7 @@
 #include "recorders.h"
 #include "watch/spacewatch.h"
 
-namespace recstation {
+namespace RecStation {
 
 class DiskWatch {
 public:
@@ -25,4 +25,4 @@ private:
     QElapsedTimer m_sinceCheck;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -12,7 +12,7 @@
 #include "recordedfiles.h"
 #include "unfinished.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -44,9 +44,9 @@ QString copyToNew(const QString& from, const QString& to)
         return target.errorString();
     }
     static_cast<void>(target.setPermissions(source.permissions()));  // no more people may read it than before
-    constexpr qint64 pieceBytes = 1'048'576;
+    constexpr qint64 PieceBytes = 1'048'576;
     while (!source.atEnd()) {
-        const QByteArray piece = source.read(pieceBytes);
+        const QByteArray piece = source.read(PieceBytes);
         if (piece.isEmpty() || target.write(piece) != piece.size()) {
             break;
         }
@@ -172,4 +172,4 @@ RescuedRecording RecordingWatch::rescueCut(const QString& what) const
                      saved.movedTo.isEmpty() ? saved.problem : QStringLiteral("the original is now ") + saved.movedTo)};
 }
 
-}  // namespace recstation
+}  // namespace RecStation

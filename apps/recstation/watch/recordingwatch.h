@@ -9,7 +9,7 @@
 
 #include "system/heldfile.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// What happened to the files of a recording.
 enum class FileHarm : std::uint8_t { Gone, Cut, JournalGone, JournalCut };
@@ -29,7 +29,7 @@ public:
     [[nodiscard]] const QString& path() const { return m_path; }
     /// While it is being written. @return nothing when all is well
     [[nodiscard]] std::optional<FileHarm> harm();
-    /// Before the recorder closes it because of harm, or behind that: the journal's memory is not its any more.
+    /// Before the recorder closes it because of harm, or after that: the journal's memory is not its any more.
     void forgetJournal() { m_guard.reset(); }
     /// The same after it was closed without harm being seen.
     [[nodiscard]] std::optional<FileHarm> harmWhenClosed();
@@ -47,4 +47,4 @@ private:
     std::unique_ptr<JournalGuard> m_guard;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -5,18 +5,18 @@
 
 #include "progress.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr std::int64_t fewBytes = 1'000'000'000;
-constexpr std::int64_t fewSeconds = 600;
+constexpr std::int64_t FewBytes = 1'000'000'000;
+constexpr std::int64_t FewSeconds = 600;
 
 QString about(std::int64_t seconds)
 {
-    constexpr std::int64_t perMinute = 60;
-    return seconds < 2 * perMinute ? QStringLiteral("about %1 seconds").arg(seconds)
-                                   : QStringLiteral("about %1 minutes").arg(seconds / perMinute);
+    constexpr std::int64_t PerMinute = 60;
+    return seconds < 2 * PerMinute ? QStringLiteral("about %1 seconds").arg(seconds)
+                                   : QStringLiteral("about %1 minutes").arg(seconds / PerMinute);
 }
 
 }  // namespace
@@ -30,8 +30,8 @@ std::optional<std::int64_t> freeSpaceOf(const QString& directory)
 // Files grow in pieces: over less than some seconds the rate would jump.
 void SpaceWatch::measure(Watched& watched, std::int64_t written, std::int64_t elapsedMs)
 {
-    constexpr std::int64_t spanMs = 5'000;
-    constexpr double msPerSecond = 1'000;
+    constexpr std::int64_t SpanMs = 5'000;
+    constexpr double MsPerSecond = 1'000;
     if (!watched.begun) {
         watched.begun = true;
         watched.sinceMs = elapsedMs;
@@ -39,9 +39,9 @@ void SpaceWatch::measure(Watched& watched, std::int64_t written, std::int64_t el
         return;
     }
     const std::int64_t span = elapsedMs - watched.sinceMs;
-    if (span >= spanMs) {
+    if (span >= SpanMs) {
         watched.bytesPerSecond =
-            static_cast<double>(written - watched.sinceWritten) * msPerSecond / static_cast<double>(span);
+            static_cast<double>(written - watched.sinceWritten) * MsPerSecond / static_cast<double>(span);
         watched.sinceMs = elapsedMs;
         watched.sinceWritten = written;
     }
@@ -49,13 +49,13 @@ void SpaceWatch::measure(Watched& watched, std::int64_t written, std::int64_t el
 
 bool SpaceWatch::isShort(const Level& level)
 {
-    return level.bytes < fewBytes || (level.seconds && *level.seconds < fewSeconds);
+    return level.bytes < FewBytes || (level.seconds && *level.seconds < FewSeconds);
 }
 
 bool SpaceWatch::isHalfOf(const Level& level, const Level& told)
 {
     const bool lessTime = level.seconds && told.seconds && *level.seconds <= *told.seconds / 2;
-    const bool timeIsNew = level.seconds && *level.seconds < fewSeconds && !told.seconds;
+    const bool timeIsNew = level.seconds && *level.seconds < FewSeconds && !told.seconds;
     return level.bytes <= told.bytes / 2 || lessTime || timeIsNew;
 }
 
@@ -85,4 +85,4 @@ QString SpaceWatch::check(const QString& directory, std::int64_t written, std::i
     return sentence;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

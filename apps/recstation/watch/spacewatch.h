@@ -8,7 +8,7 @@
 
 #include <QString>
 
-namespace recstation {
+namespace RecStation {
 
 /// Bytes that a directory still has room for; nothing when the system does not tell.
 using FreeSpace = std::function<std::optional<std::int64_t>(const QString& directory)>;
@@ -48,4 +48,4 @@ private:
     std::map<QString, Watched> m_watched;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

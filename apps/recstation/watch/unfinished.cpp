@@ -17,7 +17,7 @@
 #include "recordedfiles.h"
 #include "system/stopnotifier.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -27,7 +27,7 @@ using Inspection::Recovery;
 using Inspection::RecoveryOptions;
 using Inspection::RecoveryOutcome;
 
-const QString journalEnding = QStringLiteral(".journal");
+const QString JournalEnding = QStringLiteral(".journal");
 
 std::string native(const QString& path)
 {
@@ -42,7 +42,7 @@ QString fromNative(const std::string& path)
 // Other programs have .tmp files too.
 bool isRecording(const QString& temporary)
 {
-    if (QFileInfo::exists(temporary + journalEnding)) {
+    if (QFileInfo::exists(temporary + JournalEnding)) {
         return true;
     }
     const Readability readability = Inspection::inspect(native(temporary)).readability;
@@ -79,17 +79,17 @@ QString whyNoRecording(const QString& path)
 QStringList candidates(const QString& directory)
 {
     const QDir folder(directory);
-    constexpr auto everything = QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot;
+    constexpr auto Everything = QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot;
     QStringList found;
-    for (const QString& name : folder.entryList({QStringLiteral("*.tmp")}, everything, QDir::Name)) {
+    for (const QString& name : folder.entryList({QStringLiteral("*.tmp")}, Everything, QDir::Name)) {
         const QString path = folder.absoluteFilePath(name);
         if (!whyNoRecording(path).isEmpty() || isRecording(path)) {
             found += path;
         }
     }
-    for (const QString& name : folder.entryList({QStringLiteral("*.tmp.journal")}, everything, QDir::Name)) {
+    for (const QString& name : folder.entryList({QStringLiteral("*.tmp.journal")}, Everything, QDir::Name)) {
         const QString journal = folder.absoluteFilePath(name);
-        const QString temporary = journal.chopped(journalEnding.size());
+        const QString temporary = journal.chopped(JournalEnding.size());
         if (!isThere(temporary)) {
             const QString closed = temporary.chopped(4) + QStringLiteral(".rec");
             found += isThere(closed) ? closed : journal;
@@ -105,10 +105,10 @@ bool haveSameBytes(const QString& one, const QString& other)
     if (!a.open(QIODevice::ReadOnly) || !b.open(QIODevice::ReadOnly) || a.size() != b.size()) {
         return false;
     }
-    constexpr qint64 pieceBytes = 262'144;
+    constexpr qint64 PieceBytes = 262'144;
     while (!a.atEnd()) {
-        const QByteArray piece = a.read(pieceBytes);
-        if (piece.isEmpty() || piece != b.read(pieceBytes)) {
+        const QByteArray piece = a.read(PieceBytes);
+        if (piece.isEmpty() || piece != b.read(PieceBytes)) {
             return false;
         }
     }
@@ -164,7 +164,7 @@ public:
             return {};
         }
         if (journal != path && isThere(journal) &&
-            !QFile::rename(journal, m_folder.absoluteFilePath(name + QStringLiteral(".tmp") + journalEnding))) {
+            !QFile::rename(journal, m_folder.absoluteFilePath(name + QStringLiteral(".tmp") + JournalEnding))) {
             return {};
         }
         return moved;
@@ -174,7 +174,7 @@ private:
     [[nodiscard]] bool isTaken(const QString& name) const
     {
         const QStringList endings = {QStringLiteral(".tmp"), QStringLiteral(".rec"), QStringLiteral(".tmp.journal"),
-                                     journalEnding};
+                                     JournalEnding};
         return std::any_of(endings.begin(), endings.end(),
                            [&](const QString& ending) { return isThere(m_folder.absoluteFilePath(name + ending)); });
     }
@@ -230,7 +230,7 @@ UnfinishedRecording recoverOne(const QString& path, const UnfinishedHooks& hooks
     if (!unfinished.problem.isEmpty()) {
         return unfinished;
     }
-    if (path.endsWith(journalEnding)) {
+    if (path.endsWith(JournalEnding)) {
         unfinished.problem = QStringLiteral("the recording that this journal belongs to is not there");
         return unfinished;
     }
@@ -273,7 +273,7 @@ QString UnfinishedRecording::sentence() const
             .arg(path, withoutStop(problem));
     }
     const QString kept = QStringLiteral("%1 (%2 records)").arg(recovered).arg(records);
-    if (path.endsWith(journalEnding)) {
+    if (path.endsWith(JournalEnding)) {
         return QStringLiteral("%1 of an earlier run is whole; its journal %2")
             .arg(kept, movedTo.isEmpty() ? QStringLiteral("could not be moved away")
                                          : QStringLiteral("was moved to ") + movedTo);
@@ -357,4 +357,4 @@ std::vector<UnfinishedRecording> recoverEarlier(const QStringList& directories, 
     return recovered;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -8,7 +8,7 @@
 #include <QString>
 #include <QStringList>
 
-namespace recstation {
+namespace RecStation {
 
 class Messages;
 
@@ -46,4 +46,4 @@ std::vector<UnfinishedRecording> recoverEarlier(const QStringList& directories, 
 /// goes into the folder "recovered" of its directory. Does not throw.
 UnfinishedRecording saveDamaged(const QString& closed);
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -17,7 +17,7 @@ namespace RecTool {
 // Texts of the registry come from anywhere.
 [[nodiscard]] std::string plain(const QString& text);
 [[nodiscard]] std::string count(std::int64_t number);
-/// In front of an address's group.
+/// Before an address's group.
 inline constexpr std::string_view AddressScheme = "zelvo:///";
 [[nodiscard]] const char* nameOf(Zelvo::StorageProblem::Kind kind);
 /// Whether the last move of the file failed.

@@ -1,4 +1,4 @@
-// A verb as it stands in its file: name, description, options, work. The parser behind it is a heavy header, which only
+// A verb as it stands in its file: name, description, options, work. The parser after it is a heavy header, which only
 // verb.cpp takes.
 #pragma once
 
@@ -78,7 +78,7 @@ public:
 
     void describe(const char* option, const char* help);
     /// @param examples what follows the program's name
-    /// @param remark a sentence in front of them, may be empty
+    /// @param remark a sentence before them, may be empty
     void examples(std::initializer_list<const char*> examples, const std::string& remark = {});
 
 protected:

@@ -219,7 +219,7 @@ private:
     double m_damping = 1e-3;
 };
 
-/// Where two lines cross in front of both positions. The triangle of the base and the two lines is solved on a sphere,
+/// Where two lines cross before both positions. The triangle of the base and the two lines is solved on a sphere,
 /// with angles from the ellipsoid: near enough to search from.
 std::optional<Position> crossing(const LineOfBearing& one, const LineOfBearing& other, double farthestM)
 {

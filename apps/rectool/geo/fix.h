@@ -41,7 +41,7 @@ struct Fix {
 /// Why there is no fix.
 enum class NoFix : std::uint8_t {
     OnePosition,    ///< all bearings were taken at one position
-    NoCrossing,     ///< no two lines cross in front of both positions: they diverge or run parallel
+    NoCrossing,     ///< no two lines cross before both positions: they diverge or run parallel
     TooFar,         ///< the lines meet only far away
     Undetermined,   ///< the lines cross at so flat an angle that the distance is as uncertain as it is long
     AtPosition,     ///< the lines meet where one of them begins; there a bearing can say nothing

@@ -37,7 +37,7 @@ public:
     /// A message that ends the verb without a change.
     ExitCode refuse(ExitCode code, const std::string& reason) const;
 
-    /// The channel range table stands behind the bookmark table, where storing bookmarks overwrites it.
+    /// The channel range table stands after the bookmark table, where storing bookmarks overwrites it.
     [[nodiscard]] static bool rangesBehindBookmarks(const Recording2::Inspection::Summary& summary);
 
 private:

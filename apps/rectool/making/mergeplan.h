@@ -31,12 +31,12 @@ struct MergeInput {
     std::uint64_t firstMs = 0;       ///< clock time of the first record
     std::uint64_t lastMs = 0;        ///< clock time of the last record
     bool isPart = false;             ///< it was cut out of another recording: recorders begin later
-    std::uint64_t stateRecords = 0;  ///< the state at the start: of a part the records in front of the first free
-                                     ///< millisecond, else those in front of the first type that comes back
-    std::uint64_t bodyMs = 0;        ///< clock time of the first record behind them; 0 without one
+    std::uint64_t stateRecords = 0;  ///< the state at the start: of a part the records before the first free
+                                     ///< millisecond, else those before the first type that comes back
+    std::uint64_t bodyMs = 0;        ///< clock time of the first record after them; 0 without one
 
     [[nodiscard]] bool empty() const { return types.empty(); }
-    /// Of a part: the moment from which on it was cut, behind the state in front and the millisecond that stays free.
+    /// Of a part: the moment from which on it was cut, after the state in front and the millisecond that stays free.
     [[nodiscard]] std::uint64_t cutMs() const { return firstMs + stateRecords + 1; }
     /// Where it stands among others.
     [[nodiscard]] std::uint64_t beginMs() const
@@ -67,7 +67,7 @@ struct RenumberedType {
 struct MergePlan {
     std::vector<MergedType> types;
     std::vector<std::map<std::int32_t, std::int32_t>> numbers;  ///< of each input: old number to new
-    std::vector<std::uint64_t> notBefore;  ///< of each input: clock time in front of which its records must not come
+    std::vector<std::uint64_t> notBefore;  ///< of each input: clock time before which its records must not come
     std::vector<RenumberedType> renumbered;
     std::string refusal;           ///< why there is no plan; empty when there is one
     std::size_t refusedInput = 0;  ///< the file that does not go with one before it

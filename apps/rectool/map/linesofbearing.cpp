@@ -143,7 +143,7 @@ TakenBearings takeBearings(const std::string& file, const Inspection::Summary& s
         if (timeIsKnown) {
             taker.apply(record);
         }
-        return true;  // what was measured in the span may be filed behind it
+        return true;  // what was measured in the span may be filed after it
     });
     TakenBearings taken = taker.result();
     taken.findings = std::move(findings);

@@ -37,14 +37,14 @@ public:
     void visit(const PlottedRecord& plotted);
     /// Makes the picture begin with the first bearing. From now on azimuths are true where a heading was met.
     void endCounting();
-    /// The channels with the most bearings get a colour each; in front of them, all others are grey.
+    /// The channels with the most bearings get a colour each; before them, all others are grey.
     void beginGroups(int width, int height);
 
     [[nodiscard]] std::uint64_t count() const { return m_count; }
     [[nodiscard]] const std::vector<PlottedGroup>& groups() const { return m_groups; }
     [[nodiscard]] std::size_t otherChannels() const { return m_others; }
     [[nodiscard]] bool areTrue() const { return m_areTrue; }
-    /// Bearings in front of the first heading, which have no true azimuth.
+    /// Bearings before the first heading, which have no true azimuth.
     [[nodiscard]] std::uint64_t withoutHeading() const { return m_withoutHeading; }
     /// Tells what was left out. @return the result, Damaged where it was Fine and records were no bearings
     [[nodiscard]] ExitCode tellLeftOut(ExitCode result) const;

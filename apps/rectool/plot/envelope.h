@@ -34,7 +34,7 @@ public:
     /// then
     Envelope(std::size_t columns, const TimeSpan& times, std::optional<double> middle = std::nullopt);
 
-    /// A time in front of the one before counts as that one; times may lie in front of the span, not behind it.
+    /// A time before the one before counts as that one; times may lie before the span, not after it.
     void add(double timeMs, double value);
     void finish();
 

@@ -25,7 +25,7 @@ FrequencySpan widened(const FrequencySpan& span)
 /// Makes fewer pieces of them: those with the smallest gaps between them become one, of equal gaps the first ones.
 std::vector<FrequencySpan> joinNearest(const std::vector<FrequencySpan>& pieces, std::size_t most)
 {
-    std::vector<std::size_t> gaps(pieces.size() - 1);  // by the piece behind them, the widest first
+    std::vector<std::size_t> gaps(pieces.size() - 1);  // by the piece after them, the widest first
     std::iota(gaps.begin(), gaps.end(), std::size_t{1});
     const auto width = [&](std::size_t piece) { return pieces[piece].lowHz - pieces[piece - 1].highHz; };
     std::sort(gaps.begin(), gaps.end(),

@@ -222,7 +222,7 @@ void PlotSource::walk(const std::function<void(const PlottedRecord&)>& visit)
             if (record.timeMs != 0 && moment <= m_lastMs) {  // 0: its time is lost
                 visit({record, {part.track, record.code}, moment, recorded[part.track]});
             }
-            return true;  // what was measured in the span may be filed behind it
+            return true;  // what was measured in the span may be filed after it
         };
         part.inRecords = Inspection::walkRecords(part.file, part.summary, place, progress);
         ++m_walked;

@@ -68,11 +68,11 @@ public:
     /// What was asked for, otherwise from the first record to the last one or the end of the recordings, as far as
     /// reach moved it; at least a millisecond wide.
     [[nodiscard]] const TimeSpan& span() const { return m_span; }
-    /// Whether a moment lies in front of the span that was asked for.
+    /// Whether a moment lies before the span that was asked for.
     [[nodiscard]] bool isBefore(double momentMs) const { return m_fromIsGiven && momentMs < m_span.fromMs; }
     /// Widens the span to what was measured, where nobody asked for an end of it.
     void reach(double fromMs, double toMs);
-    /// The least time behind a moment that can be seen in the picture: it goes on for as long.
+    /// The least time after a moment that can be seen in the picture: it goes on for as long.
     void keepVisible(double momentMs);
     /// Start of the first recording, since 1970 UTC.
     [[nodiscard]] std::uint64_t startMs() const { return m_axis.header.startMs; }
@@ -81,7 +81,7 @@ public:
     /// The bookmarks in the span, at the times of the picture.
     [[nodiscard]] std::vector<Recording2::Inspection::Bookmark> bookmarks() const;
 
-    /// One pass over the records, each device's in their order, except those whose time is lost or behind the span.
+    /// One pass over the records, each device's in their order, except those whose time is lost or after the span.
     void walk(const std::function<void(const PlottedRecord&)>& visit);
 
     /// The types that a user named, in their order, each in every track that has it. @return nothing, told, when one is

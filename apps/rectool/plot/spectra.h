@@ -24,7 +24,7 @@ struct Spectrum {
     std::vector<FrequencySpan> covered;
     std::size_t joinedSpans = 0;     // so many were left when they were joined
     std::vector<double> rangeTimes;  // in the span, the one in force at its beginning left out
-    // Of the records that hold a level, also of those in front of the span:
+    // Of the records that hold a level, also of those before the span:
     std::optional<double> firstMs;
     std::optional<double> lastMs;
     double lastedMs = 0;  // from the one before to the last one; 0 without one

@@ -37,7 +37,7 @@ void SpectrumGrid::update(const values::ChannelRange& range, std::span<const flo
     const bool isNothingYet =
         m_cells.empty() && std::none_of(cells.begin(), cells.end(), [](float level) { return std::isfinite(level); });
     if (isNothingYet) {
-        return;  // the state that a recording begins with may be filed behind what was measured first
+        return;  // the state that a recording begins with may be filed after what was measured first
     }
     if (timeMs > m_times.fromMs) {
         begin();

@@ -30,8 +30,8 @@ public:
     SpectrumGrid(std::size_t columns, std::size_t rows, const FrequencySpan& frequencies, const TimeSpan& times,
                  Mode mode);
 
-    /// Takes over what the map is from a time on. A time in front of the one before counts as that one; times may lie
-    /// in front of the span, not behind it.
+    /// Takes over what the map is from a time on. A time before the one before counts as that one; times may lie
+    /// before the span, not after it.
     void update(const values::ChannelRange& range, std::span<const float> cells, double timeMs);
     /// What is in force stays so to the end of the span.
     void finish();

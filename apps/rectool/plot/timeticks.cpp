@@ -35,7 +35,7 @@ double tickStep(double span, std::size_t most)
     return std::pow(10, std::ceil(std::log10(least / Day))) * Day;
 }
 
-// A damaged file may have any time, and as a number with a point the last one is behind the last whole one.
+// A damaged file may have any time, and as a number with a point the last one is after the last whole one.
 quint64 wholeMs(double ms)
 {
     constexpr quint64 Last = std::numeric_limits<quint64>::max();

@@ -11,7 +11,7 @@ namespace RecTool {
 
 struct TimeTick {
     double timeMs = 0;  ///< of the recording
-    std::string label;  ///< a date, if there is one, stands on a line of its own behind the clock
+    std::string label;  ///< a date, if there is one, stands on a line of its own after the clock
 };
 
 /// Clock times in UTC. The first tick, and each that is the first of a day, has the date if the span touches two days.

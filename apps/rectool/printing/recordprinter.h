@@ -22,7 +22,7 @@ public:
     /// @param names must outlive the object
     RecordPrinter(Form form, const TypeNames& names, TimeForm times, std::uint64_t startMs, std::uint64_t lastTimeMs);
 
-    /// What stands in front of the first record.
+    /// What stands before the first record.
     void begin();
     /// @param value null when the record's text is not understood
     void print(const Recording2::Inspection::Record& record, const values::ValueBase* value);

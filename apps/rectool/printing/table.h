@@ -23,7 +23,7 @@ private:
 };
 
 [[nodiscard]] std::size_t width(const std::string& utf8);                        ///< characters
-[[nodiscard]] std::string padded(std::string utf8, std::size_t columns);         ///< filled up behind
+[[nodiscard]] std::string padded(std::string utf8, std::size_t columns);         ///< filled up after
 [[nodiscard]] std::string paddedInFront(std::string utf8, std::size_t columns);  ///< filled up in front
 
 }  // namespace RecTool

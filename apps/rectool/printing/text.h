@@ -11,7 +11,7 @@ namespace RecTool {
 
 [[nodiscard]] std::string fromLatin1(const std::string& text);  ///< UTF-8
 using TerminalText::oneLine;                                    ///< for all that files, names and values hold
-/// Any bytes as quoted ASCII, cut behind a number of them, which is then said.
+/// Any bytes as quoted ASCII, cut after a number of them, which is then said.
 [[nodiscard]] std::string escaped(const std::string& bytes, std::size_t most);
 [[nodiscard]] bool isAscii(const std::string& bytes);
 

@@ -11,7 +11,7 @@ namespace RecTool {
 
 class CarriedCells {
 public:
-    /// Looks at a record's text. @param range of the map behind the record @return false when the text is refused
+    /// Looks at a record's text. @param range of the map after the record @return false when the text is refused
     bool read(const std::string& text, const values::ChannelRange& range);
 
     [[nodiscard]] const std::vector<std::size_t>& channels() const { return m_channels; }  ///< ascending

@@ -37,7 +37,7 @@ std::vector<std::string> InForce::completeTexts(std::int32_t code) const
     if (last == nullptr) {
         return {};
     }
-    // Records behind one that is not understood go on with what was there before it.
+    // Records after one that is not understood go on with what was there before it.
     std::vector<std::string> texts;
     if (const values::ValueBase* value = m_recorded.find(code)) {
         texts.push_back(value->GetObjectStateStringForRecording());

@@ -14,7 +14,7 @@
 
 namespace RecTool {
 
-/// The last record of a type and what the value is behind it.
+/// The last record of a type and what the value is after it.
 struct LastRecord {
     Recording2::Inspection::Record record;
     const values::ValueBase* value = nullptr;  ///< null when the record is not understood

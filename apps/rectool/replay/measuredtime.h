@@ -14,9 +14,9 @@ namespace RecTool {
 [[nodiscard]] std::optional<std::uint64_t> measuredUs(const std::string& text);
 
 /// The moment that a record tells of, in milliseconds since the start of its recording: when its value was measured,
-/// or else the record's own time. The two differ where records came faster than one a millisecond, behind the
-/// records of a recording's initial state, and where a log was not in order of time; so a moment may lie in front of
-/// that of the record before, and in front of the start. A complete map older than the recording is the state it began
+/// or else the record's own time. The two differ where records came faster than one a millisecond, after the
+/// records of a recording's initial state, and where a log was not in order of time; so a moment may lie before
+/// that of the record before, and before the start. A complete map older than the recording is the state it began
 /// with, and is as old as its record.
 /// @param startMs of the recording, since 1970 UTC; 0 where it is not known
 [[nodiscard]] double momentMs(const Recording2::Inspection::Record& record, std::uint64_t startMs);

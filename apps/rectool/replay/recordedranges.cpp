@@ -18,7 +18,7 @@ constexpr std::string_view EvenRange = "34;";
 constexpr std::string_view ListRange = "134;";
 constexpr char CommandSeparator = '|';
 
-/// The command of the channel range, which is the first of a text or stands behind the kind; empty without one.
+/// The command of the channel range, which is the first of a text or stands after the kind; empty without one.
 std::string_view rangeCommand(std::string_view text)
 {
     for (int i = 0; i < 2 && !text.empty(); ++i) {

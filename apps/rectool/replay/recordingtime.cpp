@@ -111,7 +111,7 @@ std::optional<std::uint64_t> findBookmark(const std::string& text, const Summary
     return first->timeMs;
 }
 
-/// @param text behind "bookmark:"; a bookmark's own text may end like an offset
+/// @param text after "bookmark:"; a bookmark's own text may end like an offset
 std::optional<std::uint64_t> parseBookmark(const std::string& text, const Summary& summary)
 {
     if (const std::optional<std::uint64_t> time = findBookmark(text, summary)) {

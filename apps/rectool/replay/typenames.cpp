@@ -32,7 +32,7 @@ std::string TypeNames::label(std::int32_t number) const
     if (type == nullptr || type->keyword.empty()) {
         return "type " + std::to_string(number);
     }
-    constexpr std::size_t Longest = 100;  // it may stand in front of every record
+    constexpr std::size_t Longest = 100;  // it may stand before every record
     const bool isLong = type->keyword.size() > Longest;
     return oneLine(fromLatin1(type->keyword.substr(0, Longest))) + (isLong ? "..." : "");
 }

@@ -13,7 +13,7 @@ namespace RecTool::SelfCheck {
 struct Reference {
     Recording2::Inspection::Header header;
     std::vector<Recording2::Inspection::Record> records;
-    std::uint64_t states = 0;  ///< records in front of the first step's
+    std::uint64_t states = 0;  ///< records before the first step's
     std::string problem;       ///< why there is none
 
     /// @param steps that the run made

@@ -21,7 +21,7 @@ struct FaultReport {
     const char* text;  ///< for people
     std::uint64_t runs = 0;
     std::uint64_t worstLostRecords = 0;  ///< of those that were accepted
-    std::uint64_t worstLostMs = 0;       ///< recorded time behind the last record that is left
+    std::uint64_t worstLostMs = 0;       ///< recorded time after the last record that is left
     std::vector<std::string> broken;     ///< a sentence each: where a promise was not held
 };
 

@@ -7,13 +7,13 @@ namespace RecTool::SelfCheck {
 
 Ledger::Ledger(const QString& path) : m_file(path)
 {
-    constexpr int bytes = 2 * sizeof(std::uint64_t);
+    constexpr int Bytes = 2 * sizeof(std::uint64_t);
     if (!m_file.open(QIODevice::ReadWrite)) {
         return;
     }
-    const bool isThere = m_file.size() >= bytes;
-    if (isThere || (m_file.write(QByteArray(bytes, '\0')) == bytes && m_file.flush())) {
-        m_numbers = reinterpret_cast<std::uint64_t*>(m_file.map(0, bytes));  // as long as the file object lives
+    const bool isThere = m_file.size() >= Bytes;
+    if (isThere || (m_file.write(QByteArray(Bytes, '\0')) == Bytes && m_file.flush())) {
+        m_numbers = reinterpret_cast<std::uint64_t*>(m_file.map(0, Bytes));  // as long as the file object lives
     }
 }
 

@@ -59,9 +59,9 @@ public:
                                            "RFSPECTRUM = \"/Spectrum\"\n")
                                 .arg(inQuotes(QDir(folder).absolutePath())),
                             QStringLiteral("the self-check's configuration"));
-        constexpr double firstHz = 88e6;
-        constexpr double widthHz = 5e3;
-        m_spectrum.SetChannelRange(values::ChannelRange::Even(firstHz, widthHz, m_cells.size()));
+        constexpr double FirstHz = 88e6;
+        constexpr double WidthHz = 5e3;
+        m_spectrum.SetChannelRange(values::ChannelRange::Even(FirstHz, WidthHz, m_cells.size()));
         m_recorder.reset(VKCreate(L"Rx"));
         status().Select(QStringLiteral("On"));
     }
@@ -77,10 +77,10 @@ public:
     // Short records and long ones, as a receiver makes them.
     void step(std::uint64_t number)
     {
-        constexpr unsigned long long stepMicroseconds = 1'000;
-        constexpr std::uint64_t levelsPerSpectrum = 8;
-        m_clock.now += stepMicroseconds;
-        if (number % levelsPerSpectrum == 0) {
+        constexpr unsigned long long StepMicroseconds = 1'000;
+        constexpr std::uint64_t LevelsPerSpectrum = 8;
+        m_clock.now += StepMicroseconds;
+        if (number % LevelsPerSpectrum == 0) {
             for (std::size_t channel = 0; channel < m_cells.size(); ++channel) {
                 m_cells[channel] = -100 + static_cast<float>((channel * 31 + number * 17) % 701) / 10;
             }

@@ -28,7 +28,7 @@ private:
 };
 
 /// What the process of a run does: records until it is killed, all steps are done or writing fails, and notes in the
-/// folder's ledger what was accepted. Behind the last step it waits for the end of its standard input.
+/// folder's ledger what was accepted. After the last step it waits for the end of its standard input.
 /// @param limitBytes no file may grow past it; 0: no limit
 /// @return whether it could record
 bool recordForSelfCheck(const std::string& folder, std::uint64_t limitBytes);

@@ -88,7 +88,7 @@ ExitCode cat(const CatOptions& options)
             if (!selection->wantsType(record.code)) {
                 return record.timeMs <= selection->to;
             }
-            const values::ValueBase* value = recorded.apply(record);  // also in front of --from, to be complete there
+            const values::ValueBase* value = recorded.apply(record);  // also before --from, to be complete there
             if (selection->wantsTime(record.timeMs)) {
                 progress.clear();
                 printer.print(record, value);

@@ -30,8 +30,8 @@ namespace {
 /// A part of a recording on its way into a file of its own.
 ///
 /// The state in force just before the span is written first, one record a value. These records take the milliseconds
-/// in front of that moment, so the new recording starts a little before it, and every time is counted from there. The
-/// last millisecond in front of the span stays free: it tells where the state ends. The records of the span follow as
+/// before that moment, so the new recording starts a little before it, and every time is counted from there. The
+/// last millisecond before the span stays free: it tells where the state ends. The records of the span follow as
 /// they are, so that the parts of a recording can be made that recording again.
 class Cut {
 public:
@@ -45,7 +45,7 @@ public:
     {
     }
 
-    /// @return false behind the span
+    /// @return false after the span
     bool visit(const Inspection::Record& record)
     {
         if (record.timeMs == 0) {
@@ -119,7 +119,7 @@ private:
         for (const auto& [code, last] : m_state.inOrder()) {
             const std::vector<std::string> texts = m_state.completeTexts(code);
             if (code == withRange) {
-                // A tool that reads at the time 0 begins behind the first record that the channel range table names, so
+                // A tool that reads at the time 0 begins after the first record that the channel range table names, so
                 // that the map must be told again.
                 records.push_back({code, texts.front(), true});
             }

@@ -50,7 +50,7 @@ struct Difference {
     std::optional<LastRecord> after;
     std::optional<MapDifference> map;  // where both are maps of one kind
     bool differs = false;
-    std::uint64_t records = 0;       // behind the first moment, up to the second
+    std::uint64_t records = 0;       // after the first moment, up to the second
     std::uint64_t lastChangeMs = 0;  // time of the last of them
 };
 
@@ -172,7 +172,7 @@ private:
         std::uint64_t lastMs = 0;
     };
 
-    /// Copies the values, which the records behind go on changing.
+    /// Copies the values, which the records after go on changing.
     void keepBefore()
     {
         m_kept = true;

@@ -144,7 +144,7 @@ ExitCode map(const MapOptions& options)
     const std::vector<Inspection::Finding> findings =
         walk(options.file, summary, [&](const Inspection::Record& record) {
             atEnd.apply(record);
-            return true;  // what was measured in the span may be filed behind it
+            return true;  // what was measured in the span may be filed after it
         });
     const BearingReplay& replay = atEnd.replay();
     const std::vector<std::size_t> shown = atEnd.shownChannels();

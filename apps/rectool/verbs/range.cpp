@@ -31,7 +31,7 @@ struct Definition {
     std::string text = "(no record)";
 };
 
-/// The definitions by time. Everything in front of them is walked, so that a map is complete.
+/// The definitions by time. Everything before them is walked, so that a map is complete.
 class Definitions {
 public:
     Definitions(const Inspection::Summary& summary, const TypeNames& names) : m_names(names)
@@ -79,8 +79,8 @@ void printTable(const Definitions& definitions)
     table.print(std::cout, "");
 }
 
-/// Whether so many channel ranges stand in front of the bookmarks, so that readers find all of them and nothing else:
-/// behind them must be nothing, or a time of 0, which ends the table.
+/// Whether so many channel ranges stand before the bookmarks, so that readers find all of them and nothing else:
+/// after them must be nothing, or a time of 0, which ends the table.
 bool fits(std::size_t count, const Inspection::Header& header)
 {
     constexpr std::int64_t EntryBytes = Recording2::Format::TimeBytes;

@@ -64,7 +64,7 @@ public:
     void seekToEnd();
     void flush();                          ///< Hands what is buffered to the system.
     void force();                          ///< Flushes, and forces the file to the device.
-    void resumeAt(std::int64_t position);  ///< Forgets a failure and what was appended behind a position.
+    void resumeAt(std::int64_t position);  ///< Forgets a failure and what was appended after a position.
     void endHere();                        ///< Flushes, and ends the file at the position.
     bool store();  ///< Flushes, and changes the file of Update so far, or leaves it as it is. @return good()
     bool close();  ///< false when what was written did not reach the system; once
@@ -85,7 +85,7 @@ private:
     void startBuffer();
 
     // The buffer is handed over where the position is a multiple of its size: file systems take pieces that begin and
-    // end at such places much faster. Behind that end there is room for what reserve gave.
+    // end at such places much faster. After that end there is room for what reserve gave.
     System::NativeFile m_file;
     std::unique_ptr<Rewriting> m_rewriting;  // instead of the file
     std::vector<char> m_ownBuffer;

@@ -24,7 +24,7 @@ std::int64_t entryPosition(std::uint64_t number)
     return static_cast<std::int64_t>(EntriesOffset + number * EntryBytes);
 }
 
-// What closing writes behind the records: their last bytes, and of each record its time, perhaps twice.
+// What closing writes after the records: their last bytes, and of each record its time, perhaps twice.
 std::int64_t reserveFor(std::uint64_t entries)
 {
     constexpr std::int64_t RoundingAndNames = std::int64_t{64} * 1024;
@@ -67,7 +67,7 @@ System::Error Journal::make(JournalMode mode)
     return 0;
 }
 
-// There is always room for all entries in the mapping behind those that were handed over, with the reserve behind it.
+// There is always room for all entries in the mapping after those that were handed over, with the reserve after it.
 System::Error Journal::allocateFor(std::uint64_t entries)
 {
     const std::int64_t from = m_file.size();

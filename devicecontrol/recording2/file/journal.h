@@ -93,8 +93,8 @@ private:
     System::NativeFile m_file;
     System::Mapping m_mapping;
     std::uint64_t m_salt = 0;
-    std::uint64_t m_handed = 0;  // entries written behind the mapping
-    std::size_t m_latest = 0;    // entries behind them, in the mapping
+    std::uint64_t m_handed = 0;  // entries written after the mapping
+    std::size_t m_latest = 0;    // entries after them, in the mapping
     std::uint64_t m_capacity = 0;
     std::uint64_t m_stopMs = 0;
     std::uint64_t m_headers = 0;

@@ -18,7 +18,7 @@
 
 namespace Recording2 {
 
-/// What stands behind the records, in milliseconds since the start.
+/// What stands after the records, in milliseconds since the start.
 struct ClosingTables {
     std::span<const std::uint64_t> times;   ///< of each record; ascending
     std::span<const std::uint64_t> ranges;  ///< of the channel range table; ascending, each once

@@ -33,15 +33,15 @@ public:
     {
     }
 
-    std::uint64_t read(CVTCmdData& record);  ///< wherever it ends. @return the time here, behind it
+    std::uint64_t read(CVTCmdData& record);  ///< wherever it ends. @return the time here, after it
     std::uint64_t readAndReturnItsTime(CVTCmdData& record);
     /// Reads the record at the time, else the first later one, else the last; 0: the one here.
-    /// @return the time here, behind it; 0 at the end of the records
+    /// @return the time here, after it; 0 at the end of the records
     std::uint64_t read(CVTCmdData& record, std::uint64_t time) { return readAt(record, time) > 0 ? timeHere() : 0; }
     /// The same. @return the length of its data that the file states
     std::int32_t readAt(CVTCmdData& record, std::uint64_t time);
 
-    std::uint64_t readFirst(CVTCmdData& record);                       ///< @return the time here, behind it
+    std::uint64_t readFirst(CVTCmdData& record);                       ///< @return the time here, after it
     std::uint64_t readFirst(CVTCmdData& record, std::int32_t code);    ///< @return its time
     std::uint64_t readNext(CVTCmdData& record, std::int32_t code);     ///< @return its time
     std::uint64_t readBefore(CVTCmdData& record, std::uint64_t time);  ///< @return its time
@@ -65,7 +65,7 @@ private:
     std::int64_t m_bytesRead = 0;
 };
 
-/// Adds the pairs of the time table to the index, up to the table behind it or the end of the file.
+/// Adds the pairs of the time table to the index, up to the table after it or the end of the file.
 void readTimeTable(OpenInput& input, const Format::Positions& positions, Index::TimeIndex& index);
 
 }  // namespace Recording2

@@ -19,7 +19,7 @@ class Overlay {
 public:
     explicit Overlay(std::int64_t size) : m_size(size) {}
 
-    /// @param position not behind the end
+    /// @param position not after the end
     void put(std::int64_t position, std::span<const char> bytes);
     [[nodiscard]] std::int64_t size() const { return m_size; }
     [[nodiscard]] std::size_t readAt(const System::NativeFile& file, std::int64_t offset, char* out,

@@ -79,7 +79,7 @@ inline ShortNumber::ShortNumber(const char* text)
 
 /// A position in a byte source, read field by field.
 ///
-/// Fields are read as a text stream in the classic locale reads them: white space in front of a number is passed over,
+/// Fields are read as a text stream in the classic locale reads them: white space before a number is passed over,
 /// a sign is taken, and after every field exactly one byte, the separator, is skipped whatever it is. Reading past the
 /// last byte sets the end mark; while it is set, fields read nothing. Only skipping a separator behind a field clears
 /// and decides the mark anew, so a damaged field never stops the reading of the next.
@@ -97,7 +97,7 @@ public:
     [[nodiscard]] std::int64_t remaining();
     /// Forgets buffered bytes, because the source's bytes changed.
     void invalidate();
-    /// Lets a number or the white space in front of it end after so many bytes, and be damaged then. Without a limit
+    /// Lets a number or the white space before it end after so many bytes, and be damaged then. Without a limit
     /// each ends where the file does. For readers that come back to a place again and again.
     void limitNumbers(std::size_t bytes) { m_longestNumber = bytes; }
 

@@ -1,4 +1,4 @@
-// Floats with six digits, times in eight bytes, and strings behind their length.
+// Floats with six digits, times in eight bytes, and strings after their length.
 #include "encode.h"
 
 namespace Recording2::Format {

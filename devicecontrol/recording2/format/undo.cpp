@@ -26,7 +26,7 @@ std::uint64_t checkOf(std::string_view bytes)
     return WordCheck(checked.size()).add(checked).value();
 }
 
-/// What stood there lies within the file as it was; what comes in its place may go on behind its end.
+/// What stood there lies within the file as it was; what comes in its place may go on after its end.
 bool isWithin(const ChangedBytes& change, std::int64_t sizeBefore)
 {
     return change.position >= 0 && change.position <= sizeBefore &&

@@ -9,7 +9,7 @@
 
 namespace Recording2::Format {
 
-/// Bytes that a change writes, and those that stood there. What lies behind the old end of the file had none.
+/// Bytes that a change writes, and those that stood there. What lies after the old end of the file had none.
 struct ChangedBytes {
     std::int64_t position = 0;
     std::string before;

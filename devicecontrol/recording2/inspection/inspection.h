@@ -48,9 +48,9 @@ struct Bookmark {
 struct TableEnds {
     std::int32_t header = 0;  ///< of its record, at most 500 in a sound file
     std::int64_t types = 0;
-    std::int64_t times = 0;          ///< behind the entry of the last record
-    std::int64_t channelRanges = 0;  ///< behind the last time; the zeros of an earlier table may follow
-    std::int64_t bookmarks = 0;      ///< behind the zeros of an earlier table
+    std::int64_t times = 0;          ///< after the entry of the last record
+    std::int64_t channelRanges = 0;  ///< after the last time; the zeros of an earlier table may follow
+    std::int64_t bookmarks = 0;      ///< after the zeros of an earlier table
 };
 
 /// Something that a sound file would not show.
@@ -86,7 +86,7 @@ struct Record {
     std::string data;
 };
 
-/// Reads the records one after the other in file order, from the first to the time table. Behind damaged bytes reading
+/// Reads the records one after the other in file order, from the first to the time table. After damaged bytes reading
 /// goes on at the next record that the time table names. For a file that cannot be read there is no record.
 class RecordReader {
 public:

@@ -9,7 +9,7 @@
 
 namespace Recording2::Inspection {
 
-/// As inspect, but without the tables behind the records: as quick for a large file as for a small one.
+/// As inspect, but without the tables after the records: as quick for a large file as for a small one.
 Summary inspectHead(const std::string& path);
 
 /// Whether a running program holds the file as one that it is still writing.

@@ -71,7 +71,7 @@ public:
         bool joined;                          // a change alone would lack what it is a change of
     };
 
-    /// @param root path in front of relative ones; both must outlive the object
+    /// @param root path before relative ones; both must outlive the object
     ObservedValues(IObserver& observer, const QString& root);
 
     [[nodiscard]] CValueTableMap& keywords() { return m_keywords; }
@@ -90,7 +90,7 @@ public:
     void observe(CValueTable& entry, values::ValueBase& value);
     /// A value was removed. @return whether it was watched; one that confirms is forgotten
     bool forget(const void* subject, TChangeCode code);
-    /// Ends observing all. What an entry throws is traced. @param goOn with the entries behind it
+    /// Ends observing all. What an entry throws is traced. @param goOn with the entries after it
     void stopAll(bool goOn);
     /// A keyword is recorded no more, or again.
     void drop(const QString& keyword);

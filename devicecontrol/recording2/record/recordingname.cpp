@@ -14,8 +14,8 @@ namespace {
 
 const QString BehindCaption = QStringLiteral("__");
 
-// Of the 255 bytes that file systems give to a name: behind this one come a number, ".tmp.journal" or
-// "_recovered_2.rec.part", and in front of it the number that the archive gives it.
+// Of the 255 bytes that file systems give to a name: after this one come a number, ".tmp.journal" or
+// "_recovered_2.rec.part", and before it the number that the archive gives it.
 constexpr int MostBytes = 200;
 
 int bytesOf(const QString& text)

@@ -112,7 +112,7 @@ bool isPrintable(const std::string& text)
     return std::all_of(text.begin(), text.end(), [](char character) { return character >= ' ' && character <= '~'; });
 }
 
-/// Every ';' has a number before it that begins the text or stands behind a separator.
+/// Every ';' has a number before it that begins the text or stands after a separator.
 bool marksOnlyCommands(const std::string& text)
 {
     for (std::size_t at = text.find(';'); at != std::string::npos; at = text.find(';', at + 1)) {
@@ -244,7 +244,7 @@ void followChanges(Dice& dice, Draw draw)
 {
     Map map;
     Follower<Replica> follower(map);
-    // Changes the map inside its rounds now and then; it stands before one follower and behind another.
+    // Changes the map inside its rounds now and then; it stands before one follower and after another.
     int depth = 0;
     Actor meddler([&](TChangeCode) {
         if (depth < 2 && dice.below(8) == 0) {

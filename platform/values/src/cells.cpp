@@ -42,7 +42,7 @@ void putDigits(char* place, std::uint32_t code)
 void appendEscape(std::string& text, float level)
 {
     text += EscapeBegin;
-    text::appendNumber(text, level);
+    Text::appendNumber(text, level);
     text += EscapeEnd;
 }
 
@@ -72,7 +72,7 @@ bool takeCompact(std::string_view& payload, float& level)
 bool takeEscape(std::string_view& payload, float& level)
 {
     const std::size_t end = payload.find(EscapeEnd);
-    if (end == std::string_view::npos || !text::readNumber(payload.substr(1, end - 1), level)) {
+    if (end == std::string_view::npos || !Text::readNumber(payload.substr(1, end - 1), level)) {
         return false;
     }
     payload.remove_prefix(end + 1);
@@ -87,8 +87,8 @@ void appendBearing(std::string& text, const Bearing& bearing)
     std::size_t fieldEnds = 0;
     for (const double field : fields) {
         if (!std::isnan(field)) {
-            text.append(fieldEnds, text::FieldEnd);
-            text::appendNumber(text, field);
+            text.append(fieldEnds, Text::FieldEnd);
+            Text::appendNumber(text, field);
             fieldEnds = 0;
         }
         ++fieldEnds;
@@ -101,9 +101,9 @@ bool readBearing(std::string_view text, Bearing& bearing)
     Fields fields{};
     for (double& field : fields) {
         const bool last = &field == &fields.back();
-        const std::string_view digits = last ? text : text::takeField(text);
+        const std::string_view digits = last ? text : Text::takeField(text);
         field = std::numeric_limits<double>::quiet_NaN();
-        if (!digits.empty() && !text::readNumber(digits, field)) {
+        if (!digits.empty() && !Text::readNumber(digits, field)) {
             return false;
         }
     }

@@ -16,8 +16,8 @@ constexpr std::size_t MostChannels = 16'777'216;
 bool readEvenRange(std::string_view payload, ChannelRange& range)
 {
     std::uint64_t count = 0;
-    if (!text::readNumber(text::takeField(payload), range.startHz) ||
-        !text::readNumber(text::takeField(payload), range.stepHz) || !text::readUnsigned(payload, count)) {
+    if (!Text::readNumber(Text::takeField(payload), range.startHz) ||
+        !Text::readNumber(Text::takeField(payload), range.stepHz) || !Text::readUnsigned(payload, count)) {
         return false;
     }
     range.count = static_cast<std::size_t>(count);
@@ -26,7 +26,7 @@ bool readEvenRange(std::string_view payload, ChannelRange& range)
 
 bool readListRange(std::string_view payload, ChannelRange& range)
 {
-    const auto count = static_cast<std::size_t>(std::count(payload.begin(), payload.end(), text::FieldEnd)) + 1;
+    const auto count = static_cast<std::size_t>(std::count(payload.begin(), payload.end(), Text::FieldEnd)) + 1;
     if (count > MostChannels) {
         return false;
     }
@@ -34,7 +34,7 @@ bool readListRange(std::string_view payload, ChannelRange& range)
     range.channelsHz.resize(count);
     for (double& channel : range.channelsHz) {
         const bool last = &channel == &range.channelsHz.back();
-        if (!text::readNumber(last ? payload : text::takeField(payload), channel)) {
+        if (!Text::readNumber(last ? payload : Text::takeField(payload), channel)) {
             return false;
         }
     }
@@ -47,8 +47,8 @@ QString frequencyText(double hz)
         double size;
         const char* name;
     };
-    constexpr Unit units[]{{1e9, "GHz"}, {1e6, "MHz"}, {1e3, "kHz"}, {1, "Hz"}};
-    const auto* unit = std::find_if(std::begin(units), std::end(units) - 1,
+    constexpr Unit Units[]{{1e9, "GHz"}, {1e6, "MHz"}, {1e3, "kHz"}, {1, "Hz"}};
+    const auto* unit = std::find_if(std::begin(Units), std::end(Units) - 1,
                                     [hz](const Unit& candidate) { return std::fabs(hz) >= candidate.size; });
     return QStringLiteral("%1 %2").arg(hz / unit->size, 0, 'g', 12).arg(QString::fromLatin1(unit->name));
 }
@@ -85,25 +85,25 @@ bool isAllowed(const ChannelRange& range)
 void appendRange(std::string& text, const ChannelRange& range)
 {
     if (!range.isList()) {
-        text::appendCommand(text, text::EvenRange);
-        text::appendNumber(text, range.startHz);
-        text += text::FieldEnd;
-        text::appendNumber(text, range.stepHz);
-        text += text::FieldEnd;
-        text::appendUnsigned(text, range.count);
+        Text::appendCommand(text, Text::EvenRange);
+        Text::appendNumber(text, range.startHz);
+        text += Text::FieldEnd;
+        Text::appendNumber(text, range.stepHz);
+        text += Text::FieldEnd;
+        Text::appendUnsigned(text, range.count);
         return;
     }
-    text::appendCommand(text, text::ListRange);
+    Text::appendCommand(text, Text::ListRange);
     for (const double channel : range.channelsHz) {
-        text::appendNumber(text, channel);
-        text += text::FieldEnd;
+        Text::appendNumber(text, channel);
+        text += Text::FieldEnd;
     }
     text.pop_back();
 }
 
-bool readRange(const text::Command& command, ChannelRange& range)
+bool readRange(const Text::Command& command, ChannelRange& range)
 {
-    return command.number == text::EvenRange ? readEvenRange(command.payload, range)
+    return command.number == Text::EvenRange ? readEvenRange(command.payload, range)
                                              : readListRange(command.payload, range);
 }
 

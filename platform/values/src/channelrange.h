@@ -17,7 +17,7 @@ namespace values {
 [[nodiscard]] bool isAllowed(const ChannelRange& range);
 void appendRange(std::string& text, const ChannelRange& range);
 /// @param command of an even range or a list @return false when it is malformed or not allowed
-bool readRange(const text::Command& command, ChannelRange& range);
+bool readRange(const Text::Command& command, ChannelRange& range);
 /// How many channels, from where to where.
 [[nodiscard]] QString rangeText(const ChannelRange& range);
 

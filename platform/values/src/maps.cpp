@@ -50,12 +50,12 @@ struct RecordedCells {
 };
 
 template <typename Entry>
-bool readPiece(const text::Command& command, std::size_t channels, RecordedCells<Entry>& recorded)
+bool readPiece(const Text::Command& command, std::size_t channels, RecordedCells<Entry>& recorded)
 {
     std::string_view payload = command.payload;
     std::uint64_t first = 0;
-    const bool all = command.number == text::AllCells;
-    if (!all && (!text::readUnsigned(text::takeField(payload), first) || first >= channels)) {
+    const bool all = command.number == Text::AllCells;
+    if (!all && (!Text::readUnsigned(Text::takeField(payload), first) || first >= channels)) {
         return false;
     }
     const std::size_t before = recorded.cells.size();
@@ -71,9 +71,9 @@ bool readPiece(const text::Command& command, std::size_t channels, RecordedCells
 template <typename Entry>
 bool readPieces(std::string_view text, std::size_t channels, RecordedCells<Entry>& recorded)
 {
-    text::Command command;
+    Text::Command command;
     while (!text.empty()) {
-        if (!text::takeCommand(text, command) || !readPiece(command, channels, recorded)) {
+        if (!Text::takeCommand(text, command) || !readPiece(command, channels, recorded)) {
             return false;
         }
     }
@@ -263,9 +263,9 @@ void CellMap<Entry, Handler>::AppendChangeText(std::string& text) const
         return;
     }
     for (const auto& run : this->WrittenCells()) {
-        text::appendCommand(text, text::CellRun);
-        text::appendUnsigned(text, run.first);
-        text += text::FieldEnd;
+        Text::appendCommand(text, Text::CellRun);
+        Text::appendUnsigned(text, run.first);
+        text += Text::FieldEnd;
         appendCells(text, GetCells().subspan(run.first, run.end - run.first));
     }
 }
@@ -273,14 +273,14 @@ void CellMap<Entry, Handler>::AppendChangeText(std::string& text) const
 template <typename Entry, typename Handler>
 void CellMap<Entry, Handler>::AppendHead(std::string& text) const
 {
-    text::appendCommand(text, static_cast<std::int32_t>(KindTag<Entry>));
-    text::appendUnsigned(text, this->m_timeStamp);
+    Text::appendCommand(text, static_cast<std::int32_t>(KindTag<Entry>));
+    Text::appendUnsigned(text, this->m_timeStamp);
 }
 
 template <typename Entry, typename Handler>
 void CellMap<Entry, Handler>::AppendEveryCell(std::string& text) const
 {
-    text::appendCommand(text, text::AllCells);
+    Text::appendCommand(text, Text::AllCells);
     appendCells(text, GetCells());
 }
 
@@ -291,7 +291,7 @@ bool CellMap<Entry, Handler>::ApplyRecordedState(const std::string& text, std::i
         return true;
     }
     // Everything is read before anything is changed.
-    const std::optional<text::Parts> parts = text::parse(text);
+    const std::optional<Text::Parts> parts = Text::parse(text);
     ChannelRange range;
     if (!parts || (parts->range && !readRange(*parts->range, range))) {
         return false;
@@ -300,7 +300,7 @@ bool CellMap<Entry, Handler>::ApplyRecordedState(const std::string& text, std::i
     const bool sameKind = parts->kind == KindTag<Entry>;
     std::uint64_t timeStamp = 0;
     RecordedCells<Entry> recorded;
-    if (sameKind && (!text::readUnsigned(parts->value, timeStamp) || !readPieces(parts->cells, channels, recorded))) {
+    if (sameKind && (!Text::readUnsigned(parts->value, timeStamp) || !readPieces(parts->cells, channels, recorded))) {
         return false;
     }
     bool changed = parts->range && this->ReplaceRange(std::move(range));

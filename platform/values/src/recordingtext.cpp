@@ -13,13 +13,13 @@ namespace values {
 
 ValueType RecordedKind(const std::string& text)
 {
-    const std::optional<text::Parts> parts = text::parse(text);
+    const std::optional<Text::Parts> parts = Text::parse(text);
     return parts ? parts->kind : ValueType::Unknown;
 }
 
 bool CarriesChannelRange(const std::string& text)
 {
-    const std::optional<text::Parts> parts = text::parse(text);
+    const std::optional<Text::Parts> parts = Text::parse(text);
     return parts && parts->range;
 }
 

@@ -26,8 +26,8 @@ std::optional<SelectionItem> readItem(std::string_view payload)
     std::int32_t key = 0;
     double value = 0;
     QString name;
-    if (!text::readSigned(text::takeField(payload), key) || !text::readNumber(text::takeField(payload), value) ||
-        !text::readEscaped(payload, name)) {
+    if (!Text::readSigned(Text::takeField(payload), key) || !Text::readNumber(Text::takeField(payload), value) ||
+        !Text::readEscaped(payload, name)) {
         return std::nullopt;
     }
     return SelectionItem(name, value, key);
@@ -167,23 +167,23 @@ std::string ValueSelection::GetObjectStateStringForRecording() const
 
 void ValueSelection::AppendChangeText(std::string& text) const
 {
-    text::appendCommand(text, static_cast<std::int32_t>(ValueType::Selection));
+    Text::appendCommand(text, static_cast<std::int32_t>(ValueType::Selection));
     if (m_current == nullptr) {
         return;
     }
-    text::appendSigned(text, m_current->GetKey());
-    text += text::FieldEnd;
-    text::appendNumber(text, m_current->GetValue());
-    text += text::FieldEnd;
-    text::appendEscaped(text, m_current->GetName());
+    Text::appendSigned(text, m_current->GetKey());
+    text += Text::FieldEnd;
+    Text::appendNumber(text, m_current->GetValue());
+    text += Text::FieldEnd;
+    Text::appendEscaped(text, m_current->GetName());
 }
 
 bool ValueSelection::ApplyRecordedState(const std::string& text, std::int32_t /*originatorKey*/, bool notify)
 {
     std::string_view payload;
-    const text::Match match = text::matchPlain(text, ValueType::Selection, payload);
-    if (match != text::Match::Own) {
-        return match == text::Match::NotOwn;
+    const Text::Match match = Text::matchPlain(text, ValueType::Selection, payload);
+    if (match != Text::Match::Own) {
+        return match == Text::Match::NotOwn;
     }
     bool changed = m_current != nullptr;
     if (payload.empty()) {

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <system_error>
 
-namespace values::text {
+namespace values::Text {
 
 namespace {
 
@@ -241,4 +241,4 @@ Match matchPlain(std::string_view text, ValueType kind, std::string_view& payloa
     return parts->kind == kind ? Match::Own : Match::NotOwn;
 }
 
-}  // namespace values::text
+}  // namespace values::Text

@@ -11,7 +11,7 @@
 
 #include <values/valuebase.h>
 
-namespace values::text {
+namespace values::Text {
 
 /// Stands between a payload and the next command. It is no digit, so a payload never runs into a command number.
 constexpr char Separator = '|';
@@ -24,7 +24,7 @@ constexpr std::int32_t ListRange = 134;
 constexpr std::int32_t AllCells = 50;
 constexpr std::int32_t CellRun = 51;
 
-/// Appends "number;", behind a separator unless it is the first command of the text.
+/// Appends "number;", after a separator unless it is the first command of the text.
 void appendCommand(std::string& text, std::int32_t number);
 /// Appends the shortest decimal that reads back as the same number; every NaN is "nan".
 void appendNumber(std::string& text, double number);
@@ -40,7 +40,7 @@ bool readNumber(std::string_view field, float& number);
 bool readUnsigned(std::string_view field, std::uint64_t& number);
 bool readSigned(std::string_view field, std::int32_t& number);
 bool readEscaped(std::string_view field, QString& string);
-/// Cuts the next field off the front of a list of fields, with the comma behind it.
+/// Cuts the next field off the front of a list of fields, with the comma after it.
 std::string_view takeField(std::string_view& fields);
 
 struct Command {
@@ -68,4 +68,4 @@ enum class Match : std::uint8_t { Own, NotOwn, Malformed };
 /// Gives the payload of a text of the kind; an empty text is NotOwn.
 Match matchPlain(std::string_view text, ValueType kind, std::string_view& payload);
 
-}  // namespace values::text
+}  // namespace values::Text

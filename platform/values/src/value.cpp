@@ -17,7 +17,7 @@ namespace values {
 
 namespace {
 
-using text::Match;
+using Text::Match;
 
 bool isSame(double one, double other)
 {
@@ -47,7 +47,7 @@ bool replace(double& target, double value)
 
 void appendTag(std::string& text, ValueType type)
 {
-    text::appendCommand(text, static_cast<std::int32_t>(type));
+    Text::appendCommand(text, static_cast<std::int32_t>(type));
 }
 
 void appendPayload(std::string& text, bool value)
@@ -57,7 +57,7 @@ void appendPayload(std::string& text, bool value)
 
 void appendPayload(std::string& text, const QString& value)
 {
-    text::appendEscaped(text, value);
+    Text::appendEscaped(text, value);
 }
 
 bool readPayload(std::string_view payload, bool& value)
@@ -68,7 +68,7 @@ bool readPayload(std::string_view payload, bool& value)
 
 bool readPayload(std::string_view payload, QString& value)
 {
-    return text::readEscaped(payload, value);
+    return Text::readEscaped(payload, value);
 }
 
 void appendFields(std::string& text, std::initializer_list<double> numbers)
@@ -76,7 +76,7 @@ void appendFields(std::string& text, std::initializer_list<double> numbers)
     const char* before = "";
     for (const double number : numbers) {
         text += before;
-        text::appendNumber(text, number);
+        Text::appendNumber(text, number);
         before = ",";
     }
 }
@@ -86,7 +86,7 @@ bool readFields(std::string_view payload, std::array<double, Count>& numbers)
 {
     for (double& number : numbers) {
         const bool last = &number == &numbers.back();
-        if (!text::readNumber(last ? payload : text::takeField(payload), number)) {
+        if (!Text::readNumber(last ? payload : Text::takeField(payload), number)) {
             return false;
         }
     }
@@ -154,7 +154,7 @@ template <typename T, typename Format>
 bool Value<T, Format>::ApplyRecordedState(const std::string& text, std::int32_t /*originatorKey*/, bool notify)
 {
     std::string_view payload;
-    const Match match = text::matchPlain(text, GetType(), payload);
+    const Match match = Text::matchPlain(text, GetType(), payload);
     if (match != Match::Own) {
         return match == Match::NotOwn;
     }
@@ -223,7 +223,7 @@ template <typename T>
 bool ValueNumeric<T>::ApplyRecordedState(const std::string& text, std::int32_t /*originatorKey*/, bool notify)
 {
     std::string_view payload;
-    const Match match = text::matchPlain(text, ValueType::Numeric, payload);
+    const Match match = Text::matchPlain(text, ValueType::Numeric, payload);
     if (match != Match::Own) {
         return match == Match::NotOwn;
     }
@@ -273,7 +273,7 @@ template <typename T>
 bool ValueNumericWithOffset<T>::ApplyRecordedState(const std::string& text, std::int32_t /*originatorKey*/, bool notify)
 {
     std::string_view payload;
-    const Match match = text::matchPlain(text, ValueType::NumericWithOffset, payload);
+    const Match match = Text::matchPlain(text, ValueType::NumericWithOffset, payload);
     if (match != Match::Own) {
         return match == Match::NotOwn;
     }

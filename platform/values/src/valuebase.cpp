@@ -10,11 +10,11 @@ namespace values {
 
 QString ValueTypeName(ValueType type)
 {
-    constexpr std::array names{"Unknown",   "Bool",     "String",     "Numeric",       "NumericWithOffset",
+    constexpr std::array Names{"Unknown",   "Bool",     "String",     "Numeric",       "NumericWithOffset",
                                "Selection", "LevelMap", "BearingMap", "FastBearingMap"};
     const auto number = static_cast<std::int32_t>(type);
-    const bool known = number > 0 && number < static_cast<std::int32_t>(names.size());
-    return QString::fromLatin1(known ? names[static_cast<std::size_t>(number)] : names[0]);
+    const bool known = number > 0 && number < static_cast<std::int32_t>(Names.size());
+    return QString::fromLatin1(known ? Names[static_cast<std::size_t>(number)] : Names[0]);
 }
 
 /// One round of notification. It lives on the stack and survives the value where an observer destroys that.

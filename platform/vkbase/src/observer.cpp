@@ -78,7 +78,7 @@ bool Observable::NotifyObservers(void* subject, TChangeCode code, const IObserve
     Round round{m_round};
     m_round = &round;
     std::exception_ptr failure;
-    // Observers that are added meanwhile stand behind this end.
+    // Observers that are added meanwhile stand after this end.
     const std::size_t end = m_observers.size();
     for (std::size_t index = 0; index < end; ++index) {
         IObserver* const observer = m_observers[index];

@@ -17,7 +17,7 @@ std::string withoutCarriageReturn(std::string line)
     return line;
 }
 
-/// What stands behind the sign that a line begins with and one blank.
+/// What stands after the sign that a line begins with and one blank.
 std::string behindSign(const std::string& line)
 {
     return line.size() > 2 ? line.substr(2) : std::string();

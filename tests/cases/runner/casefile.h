@@ -27,7 +27,7 @@ struct Step {
 /// of its error output.
 struct CaseFile {
     std::vector<Step> steps;
-    Lines behind;  ///< remarks behind the last step
+    Lines behind;  ///< remarks after the last step
     std::vector<std::string> needs;
 };
 

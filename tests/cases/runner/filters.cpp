@@ -1,4 +1,4 @@
-// What stands behind a pipe sign in a case: the parts of a printed text that the case is about.
+// What stands after a pipe sign in a case: the parts of a printed text that the case is about.
 #include <algorithm>
 #include <stdexcept>
 

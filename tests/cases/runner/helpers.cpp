@@ -81,7 +81,7 @@ std::string contentOf(const Words& words, const Lines& input)
 }
 
 /// How many bytes "first" leaves: a number, negative where so many at the end go; "record:3" up to that record, counted
-/// from 0; "times:30" so many behind the begin of the time table.
+/// from 0; "times:30" so many after the begin of the time table.
 std::size_t sizeOf(const std::string& text, const std::string& name, std::size_t whole)
 {
     const auto number = std::stoll(text.substr(text.find(':') + 1));
@@ -159,7 +159,7 @@ void readHeader(std::istream& line, HeaderFields& header)
 }
 
 /// A recording of what the input says: "header NAME VALUE...", "type NUMBER KIND KEYWORD PATH", "MS TYPE DATA", the
-/// latter with "*" behind the time where the record is in the table of channel ranges; "end-of-types" where a further
+/// latter with "*" after the time where the record is in the table of channel ranges; "end-of-types" where a further
 /// table of types begins. Times are since 13:26:40 on 2020-09-13, or since the header's "base".
 std::string record(const Words& words, const Lines& input)
 {

@@ -72,7 +72,7 @@ Printed callHere(const std::vector<std::string>& words, const std::string& input
     StreamInFile out(StandardOutput, {});
     StreamInFile err(StandardError, {});
     const int exitCode = words[0] == "rectool" ? RecTool::CommandLine::run(arguments)
-                                               : static_cast<int>(recstation::runProgram(arguments));
+                                               : static_cast<int>(RecStation::runProgram(arguments));
     return {exitCode, out.text(), err.text()};
 }
 

@@ -87,7 +87,7 @@ std::vector<Row> readRows(const QString& path)
     return rows;
 }
 
-// A DFSPECTRUM record behind the initial state, with what was in force when it came.
+// A DFSPECTRUM record after the initial state, with what was in force when it came.
 struct Recorded {
     unsigned long long indexMs;
     unsigned long long time;

@@ -101,13 +101,13 @@ private:
         ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
     }
 
-    /// The recovered recording is that of a life which was closed behind the last change that was accepted, or behind
+    /// The recovered recording is that of a life which was closed after the last change that was accepted, or after
     /// the one at which it was killed.
     void expectNothingLost()
     {
         const QString left = fileIn(m_directory.path(), QStringLiteral(".tmp"));
         std::string bytes;
-        if (left.isEmpty()) {  // killed behind the last step but one: the journal may still be there
+        if (left.isEmpty()) {  // killed after the last step but one: the journal may still be there
             bytes = TestSupport::readFile(fileIn(m_directory.path(), QStringLiteral(".rec")));
         } else {
             const std::string output = m_directory.filePath(QStringLiteral("out")).toStdString();

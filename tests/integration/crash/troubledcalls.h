@@ -26,7 +26,7 @@ extern Trouble trouble;
 /// What was written, forced and removed, as "write a.rec", while it is asked for.
 extern std::vector<std::string>* callsMade;
 
-/// What happens in front of the next wait for a lock, once.
+/// What happens before the next wait for a lock, once.
 extern std::function<void()> beforeLocking;
 
 }  // namespace CrashTests

@@ -232,7 +232,7 @@ private:
     QTemporaryDir m_directory;
 };
 
-/// The parts of a file behind its records, and those in front of them.
+/// The parts of a file after its records, and those before them.
 std::vector<std::pair<std::size_t, std::size_t>> tableRanges(const Script& script, const std::string& bytes)
 {
     const HeaderFields header = TestSupport::parseRecording(bytes).header;

@@ -116,27 +116,27 @@ protected:
     int m_exitCode = -1;
 };
 
-void expectSpectrum(const ReadBack::Spectrum& spectrum, double levelDb, const iqtesting::Samples& samples,
+void expectSpectrum(const ReadBack::Spectrum& spectrum, double levelDb, const IqTesting::Samples& samples,
                     std::size_t firstSample, std::size_t average)
 {
     constexpr std::size_t fftSize = 1024;
     const auto expected =
-        iqtesting::spectrumByDefinition(samples, firstSample, fftSize, fftSize, average, iqtesting::flatTopTerms());
+        IqTesting::spectrumByDefinition(samples, firstSample, fftSize, fftSize, average, IqTesting::flatTopTerms());
     ASSERT_EQ(spectrum.cells.size(), fftSize);
     for (std::size_t i = 0; i < fftSize; ++i) {
         ASSERT_NEAR(static_cast<double>(spectrum.cells[i]), expected[i], 0.01) << firstSample << " channel " << i;
     }
-    EXPECT_NEAR(levelDb, iqtesting::meanLevelDb(samples, firstSample, average * fftSize), 0.006);
+    EXPECT_NEAR(levelDb, IqTesting::meanLevelDb(samples, firstSample, average * fftSize), 0.006);
 }
 
 TEST_F(IqProgram, SpectraOfRealBurstsReadBackAgreeWithTheSamples)
 {
-    const QString path = iqtesting::testDataPath(QStringLiteral("modes1.bin"));
+    const QString path = IqTesting::testDataPath(QStringLiteral("modes1.bin"));
     QFile input(path);
     if (!input.open(QIODevice::ReadOnly)) {
         GTEST_SKIP() << "no real samples: " << path.toStdString() << " is missing";
     }
-    const iqtesting::Samples samples = iqtesting::fromUnsignedBytes(input.readAll());
+    const IqTesting::Samples samples = IqTesting::fromUnsignedBytes(input.readAll());
     record({path, "--rate", "2000000", "--centre", "1090e6", "--format", "cu8", "--start", "2026-11-21T08:30:00Z"});
     ASSERT_EQ(m_exitCode, 0) << m_messages.toStdString();
     EXPECT_TRUE(m_messages.contains("the last 4612 samples")) << m_messages.toStdString();
@@ -160,7 +160,7 @@ TEST_F(IqProgram, SpectraOfRealBurstsReadBackAgreeWithTheSamples)
 
 TEST_F(IqProgram, RecordTimesFollowTheSamples)
 {
-    const QByteArray samples = iqtesting::asUnsignedBytes(iqtesting::noise(102'400, 1e-2));
+    const QByteArray samples = IqTesting::asUnsignedBytes(IqTesting::noise(102'400, 1e-2));
     record({"-", "--rate", "256000", "--centre", "100e6", "--format", "cu8", "--start", "2026-11-21T08:30:00Z"},
            samples);
     ASSERT_EQ(m_exitCode, 0) << m_messages.toStdString();
@@ -174,7 +174,7 @@ TEST_F(IqProgram, RecordTimesFollowTheSamples)
 
 TEST_F(IqProgram, AToneOnStandardInputIsRecordedAsAnIfSpectrum)
 {
-    const QByteArray samples = iqtesting::asSignedShorts(iqtesting::tone(20'480, 100.5, 1024, 0.1));
+    const QByteArray samples = IqTesting::asSignedShorts(IqTesting::tone(20'480, 100.5, 1024, 0.1));
     record({"-", "--rate", "1e6", "--centre", "100e6", "--format", "ci16_le", "--as", "if", "--average", "4"}, samples);
     ASSERT_EQ(m_exitCode, 0) << m_messages.toStdString();
     const ReadBack recording = readBack(ifSpectrumType);

@@ -5,7 +5,7 @@
 
 #include <values/tree.h>
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 class Watcher final : public IObserver {
@@ -60,4 +60,4 @@ TEST(ChangeCounter, FollowsAValueThatWasCreatedAndOthersWithTheNextLookAtTheTree
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

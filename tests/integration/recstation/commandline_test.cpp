@@ -13,7 +13,7 @@
 #include "sources/sim/simsource.h"
 #include "sources/sweep/sweepsource.h"
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 using testing::ElementsAre;
@@ -164,4 +164,4 @@ TEST(CommandLine, SeedsAreWholeNumbersOf64Bits)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

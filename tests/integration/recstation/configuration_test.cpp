@@ -13,7 +13,7 @@
 
 #include <startup/cfgcenter.h>
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 using testing::HasSubstr;
@@ -98,4 +98,4 @@ TEST_F(ConfigurationTest, AFileIsRead)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace recstation::exact {
+namespace RecStation::Exact {
 namespace {
 
 constexpr double tolerance = 1e-6;
@@ -76,4 +76,4 @@ TEST(ExactMath, ChanceStaysInItsBounds)
 }
 
 }  // namespace
-}  // namespace recstation::exact
+}  // namespace RecStation::Exact

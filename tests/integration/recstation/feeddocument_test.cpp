@@ -13,7 +13,7 @@
 #include "sources/feed/feedsource.h"
 #include "support/textinput.h"
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 // Runs a feed in a tree that has the status values of a recorder; reports are collected, and what is created.
@@ -77,4 +77,4 @@ TEST(FeedSource, TheHostLearnsOfWhatWasCreated)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

@@ -5,7 +5,7 @@
 
 namespace {
 
-using recstation::parseIsoTime;
+using RecStation::parseIsoTime;
 
 constexpr unsigned long long halfPastEight = 1'795'249'800'000'000;  // 2026-11-21 08:30:00 UTC
 

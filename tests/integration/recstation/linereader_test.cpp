@@ -8,7 +8,7 @@
 
 #include "support/textinput.h"
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 using Result = LineReader::Result;
@@ -72,4 +72,4 @@ TEST(LineReader, ALongerLineIsPassedOverAsAWholeAndCounted)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

@@ -15,7 +15,7 @@
 #include "feedexamples.h"
 #include "programtest.h"
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 using testing::HasSubstr;
@@ -164,4 +164,4 @@ TEST_F(ProgramTest, AFileTakenAwayBeforeTheInputEndsIsSavedAndReported)
 #endif
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

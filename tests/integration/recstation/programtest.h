@@ -15,7 +15,7 @@
 
 #include "application.h"
 
-namespace recstation {
+namespace RecStation {
 
 constexpr int patienceMs = 60'000;
 
@@ -83,4 +83,4 @@ protected:
     QTemporaryDir m_directory;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 TEST(Progress, BytesAreWrittenAsAPersonWould)
@@ -31,4 +31,4 @@ TEST(Progress, TheLineTellsElapsedRecordsBytesAndRate)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 class RecordedFilesTest : public testing::Test {
@@ -104,4 +104,4 @@ TEST_F(RecordedFilesTest, AnArchivedFileIsExaminedWhereItIsStored)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

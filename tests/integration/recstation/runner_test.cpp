@@ -11,7 +11,7 @@
 #include "application.h"
 #include "scriptedsource.h"
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 using testing::ElementsAre;
@@ -105,4 +105,4 @@ TEST_F(RunnerTest, WhatAStepThrowsEndsTheRunAndIsThrownOn)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

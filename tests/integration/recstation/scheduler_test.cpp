@@ -10,7 +10,7 @@
 #include "scheduler.h"
 #include "scriptedsource.h"
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 using testing::ElementsAre;
@@ -145,4 +145,4 @@ TEST(SimulatedClock, GivesTheSystemsClockBackWhenItEnds)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

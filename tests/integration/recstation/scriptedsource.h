@@ -10,7 +10,7 @@
 
 #include "sources/source.h"
 
-namespace recstation {
+namespace RecStation {
 
 class ScriptedSource final : public Source {
 public:
@@ -49,4 +49,4 @@ private:
     int m_asked = 0;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -18,7 +18,7 @@
 
 #include "programtest.h"
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 namespace Inspection = Recording2::Inspection;
@@ -137,4 +137,4 @@ TEST_F(SharedDirectoryTest, NobodyReplacesOrLosesARecording)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

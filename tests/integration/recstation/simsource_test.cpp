@@ -14,7 +14,7 @@
 #include "scheduler.h"
 #include "sources/sim/simvalues.h"
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 std::vector<Instance> receiverAndFinder()
@@ -115,7 +115,7 @@ TEST_F(SimSourceTest, EveryKeywordHasAValueOfTheTypeThatTheRecorderExpects)
                                               "ANTENNA",     "IFSPAN",         "OPERATEMODE"};
     const std::set<std::string> texts = {"DEVICENAME", "DEVICETYPE", "DEVICE_CAPTION", "DFSPECTRUMSAMPLE"};
     std::set<std::string> keywords;
-    for (const sim::KeywordValue& row : sim::keywordValues()) {
+    for (const Sim::KeywordValue& row : Sim::keywordValues()) {
         const std::string keyword = row.keyword;
         keywords.insert(keyword);
         for (const QString& root : {QStringLiteral("/Devices/Rx1/"), QStringLiteral("/Devices/Df1/")}) {
@@ -130,7 +130,7 @@ TEST_F(SimSourceTest, EveryKeywordHasAValueOfTheTypeThatTheRecorderExpects)
         }
     }
     EXPECT_EQ(keywords.size(), 48U);
-    EXPECT_NE(sim::findValue<values::ValueSelection>(QStringLiteral("/Devices/Rx1/AntennaMode")), nullptr);
+    EXPECT_NE(Sim::findValue<values::ValueSelection>(QStringLiteral("/Devices/Rx1/AntennaMode")), nullptr);
 }
 
 TEST_F(SimSourceTest, ASeedGivesTheSameTextsOnEveryMachine)
@@ -164,11 +164,11 @@ TEST_F(SimSourceTest, RfAndIfSpectraTakeTurnsWithTheMode)
         const int ifBefore = run.witness->changes["/IfMapping"];
         run.scheduler.step();
         const auto key =
-            sim::findValue<values::ValueSelection>(QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS"))->GetCurrentKey();
+            Sim::findValue<values::ValueSelection>(QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS"))->GetCurrentKey();
         const bool rfChanged = run.witness->changes["/Devices/Rx1/Scn/RfSpectrum"] != rfBefore;
         const bool ifChanged = run.witness->changes["/IfMapping"] != ifBefore;
-        EXPECT_TRUE(!rfChanged || key == sim::scanKey);
-        EXPECT_TRUE(!ifChanged || key == sim::monitorKey);
+        EXPECT_TRUE(!rfChanged || key == Sim::ScanKey);
+        EXPECT_TRUE(!ifChanged || key == Sim::MonitorKey);
         rf += rfChanged ? 1 : 0;
         inIf += ifChanged ? 1 : 0;
     }
@@ -181,14 +181,14 @@ TEST_F(SimSourceTest, TheBandShowsNoiseAndCarriers)
     m_options.durationSeconds = 5;
     Run run(m_options);
     run.toEnd();
-    const auto* spectrum = sim::findValue<sim::LevelMap>(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum"));
+    const auto* spectrum = Sim::findValue<Sim::LevelMap>(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum"));
     ASSERT_EQ(spectrum->size(), 1601U);
     double sum = 0;
     for (const float cell : spectrum->GetCells()) {
         sum += static_cast<double>(cell);
     }
     EXPECT_NEAR(sum / 1601, -107, 1.5);
-    const std::size_t carrier = static_cast<std::size_t>((431.7e6 - sim::bandStartHz) / sim::bandStepHz + 0.5);
+    const std::size_t carrier = static_cast<std::size_t>((431.7e6 - Sim::BandStartHz) / Sim::BandStepHz + 0.5);
     EXPECT_GT(spectrum->GetCells()[carrier], -80.0F);
 }
 
@@ -197,7 +197,7 @@ TEST_F(SimSourceTest, BearingsPointAtTheTransmittersAndCarryTheirOwnTime)
     m_options.durationSeconds = 5;
     Run run(m_options);
     run.toEnd();
-    const auto* bearings = sim::findValue<sim::BearingMap>(QStringLiteral("/DfSpectrum"));
+    const auto* bearings = Sim::findValue<Sim::BearingMap>(QStringLiteral("/DfSpectrum"));
     EXPECT_EQ(bearings->GetTimeStamp(), m_options.startTime + 5'000'000);
     // The carrier at 431.7 MHz stands 2400 m east and 2900 m north of the start; the vehicle drives north at first.
     const auto& cell = bearings->GetCells()[68];
@@ -211,10 +211,10 @@ TEST_F(SimSourceTest, TheVehicleMovesAndTurns)
     m_options.durationSeconds = 200;
     Run run(m_options);
     run.toEnd();
-    const auto* latitude = sim::findValue<values::ValueNumeric<double>>(QStringLiteral("/LOCATIONLATITUDE"));
-    const auto* longitude = sim::findValue<values::ValueNumeric<double>>(QStringLiteral("/LOCATIONLONGITUDE"));
-    const double metres = std::hypot((latitude->GetValue() - sim::originLatitude) * 111'200,
-                                     (longitude->GetValue() - sim::originLongitude) * 72'290);
+    const auto* latitude = Sim::findValue<values::ValueNumeric<double>>(QStringLiteral("/LOCATIONLATITUDE"));
+    const auto* longitude = Sim::findValue<values::ValueNumeric<double>>(QStringLiteral("/LOCATIONLONGITUDE"));
+    const double metres = std::hypot((latitude->GetValue() - Sim::OriginLatitude) * 111'200,
+                                     (longitude->GetValue() - Sim::OriginLongitude) * 72'290);
     EXPECT_GT(metres, 500);
     EXPECT_LT(metres, 1'700);
     EXPECT_GT(run.witness->changes["/TRUEHEADING"], 1);
@@ -224,9 +224,9 @@ TEST_F(SimSourceTest, TheFinderStaysInItsModeAndItsAntennaOnDirectionFinding)
 {
     Run run(m_options);
     run.toEnd();
-    const auto* mode = sim::findValue<values::ValueSelection>(QStringLiteral("/Devices/Df1/Gen/DRVCOMMANDS"));
-    const auto* antenna = sim::findValue<values::ValueSelection>(QStringLiteral("/Devices/Df1/AntennaMode"));
-    EXPECT_EQ(mode->GetCurrentKey(), sim::directionFindingKey);
+    const auto* mode = Sim::findValue<values::ValueSelection>(QStringLiteral("/Devices/Df1/Gen/DRVCOMMANDS"));
+    const auto* antenna = Sim::findValue<values::ValueSelection>(QStringLiteral("/Devices/Df1/AntennaMode"));
+    EXPECT_EQ(mode->GetCurrentKey(), Sim::DirectionFindingKey);
     EXPECT_EQ(antenna->GetText(), QStringLiteral("DF"));
 }
 
@@ -241,4 +241,4 @@ TEST_F(SimSourceTest, AValueThatIsTakenAwayStaysAway)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

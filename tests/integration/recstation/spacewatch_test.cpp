@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 using testing::AllOf;
@@ -99,4 +99,4 @@ TEST(SpaceWatch, TheSystemTellsTheSpaceOfADirectory)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

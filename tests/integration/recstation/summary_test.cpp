@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 Summary goodSummary()
@@ -117,4 +117,4 @@ TEST(Summary, TheJsonFormHasEverything)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

@@ -16,7 +16,7 @@
 
 #include "programtest.h"
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 namespace Inspection = Recording2::Inspection;
@@ -252,4 +252,4 @@ TEST_F(LiveTest, ADeletedJournalIsToldAndANewFileHasOneAgain)
 #endif
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

@@ -17,7 +17,7 @@
 #include <sys/stat.h>
 #endif
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 namespace Inspection = Recording2::Inspection;
@@ -297,4 +297,4 @@ TEST_F(UnfinishedTest, ARunWhoseRecordersHaveAllStoppedEnds)
 #endif
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

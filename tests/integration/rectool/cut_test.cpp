@@ -188,7 +188,7 @@ TEST_F(Cut, AtAnyMomentReplayGoesOnAsInTheSource)
 
 TEST_F(Cut, NoStateIsPlacedWhereReplayWouldReadTheRecordInFrontOfIt)
 {
-    // The state of DFSPECTRUM would be the eleventh record, behind one that carries a range, too.
+    // The state of DFSPECTRUM would be the eleventh record, after one that carries a range, too.
     TestSupport::ReferenceRecording recording;
     recording.types({{1, 6, "RFSPECTRUM", "/R"}, {20, 7, "DFSPECTRUM", "/D"}});
     for (std::int32_t code = 101; code <= 109; ++code) {

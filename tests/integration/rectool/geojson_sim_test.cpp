@@ -18,12 +18,12 @@ using RecTool::Geo::Position;
 /// Where the simulator puts a transmitter, by its own map projection.
 Position placeOf(double frequencyHz)
 {
-    namespace sim = recstation::sim;
-    const sim::Scenery scenery(1);
-    for (const sim::Transmitter& transmitter : scenery.transmitters()) {
+    namespace Sim = RecStation::Sim;
+    const Sim::Scenery scenery(1);
+    for (const Sim::Transmitter& transmitter : scenery.transmitters()) {
         if (transmitter.frequencyHz == frequencyHz) {
-            return {sim::originLatitude + transmitter.place.north / sim::metresPerDegreeNorth,
-                    sim::originLongitude + transmitter.place.east / sim::metresPerDegreeEast};
+            return {Sim::OriginLatitude + transmitter.place.north / Sim::MetresPerDegreeNorth,
+                    Sim::OriginLongitude + transmitter.place.east / Sim::MetresPerDegreeEast};
         }
     }
     ADD_FAILURE() << "no transmitter at " << frequencyHz;
@@ -109,14 +109,14 @@ TEST_P(SimulatedVehicle, FixesOfSingleMinutesHoldTheTransmitterAsOftenAsTheySay)
 
 TEST(SimulatedPlane, HasTheMetresOfADegreeOfTheEllipsoid)
 {
-    namespace sim = recstation::sim;
-    const Position start{sim::originLatitude, sim::originLongitude};
+    namespace Sim = RecStation::Sim;
+    const Position start{Sim::OriginLatitude, Sim::OriginLongitude};
     constexpr double Step = 0.005;
-    const Position south{sim::originLatitude - Step, sim::originLongitude};
-    const Position north{sim::originLatitude + Step, sim::originLongitude};
-    const Position east{sim::originLatitude, sim::originLongitude + 2 * Step};
-    EXPECT_NEAR(RecTool::Geo::distanceM(south, north) / (2 * Step), sim::metresPerDegreeNorth, 0.1);
-    EXPECT_NEAR(RecTool::Geo::distanceM(start, east) / (2 * Step), sim::metresPerDegreeEast, 0.1);
+    const Position south{Sim::OriginLatitude - Step, Sim::OriginLongitude};
+    const Position north{Sim::OriginLatitude + Step, Sim::OriginLongitude};
+    const Position east{Sim::OriginLatitude, Sim::OriginLongitude + 2 * Step};
+    EXPECT_NEAR(RecTool::Geo::distanceM(south, north) / (2 * Step), Sim::MetresPerDegreeNorth, 0.1);
+    EXPECT_NEAR(RecTool::Geo::distanceM(start, east) / (2 * Step), Sim::MetresPerDegreeEast, 0.1);
 }
 
 #if defined(__linux__)

@@ -129,7 +129,7 @@ TEST_F(Plot, SpectrumShowsLevelsGapsAndWhatWasNotMeasured)
     EXPECT_TRUE(isWarm(pixel(image, drawn, 100.2e6, 1800)));           // the strong channel
     EXPECT_TRUE(isDark(pixel(image, drawn, 100.3e6, 1800)));           // its neighbour
     EXPECT_EQ(pixel(image, drawn, 100.6e6, 1800).rgb(), NotMeasured);  // the gap
-    EXPECT_TRUE(isDark(pixel(image, drawn, 100.8e6, 1800)));           // behind the gap
+    EXPECT_TRUE(isDark(pixel(image, drawn, 100.8e6, 1800)));           // after the gap
     EXPECT_EQ(pixel(image, drawn, 100.8e6, 2300).rgb(), NotMeasured);  // not in the new range
     const QColor middle = pixel(image, drawn, 100.1e6, 2300);
     EXPECT_FALSE(isDark(middle) || isWarm(middle) || middle.rgb() == NotMeasured);

@@ -14,7 +14,7 @@ struct RandomOptions {
     bool damagedTexts = false;  ///< some records hold no recording text of their kind
     std::uint64_t startMs = RandomStartMs;
     std::string device = "Receiver";
-    std::string pathPrefix = "";  ///< in front of every value path
+    std::string pathPrefix = "";  ///< before every value path
     bool bearings = true;
     bool bookmarks = true;
 };

@@ -120,7 +120,7 @@ protected:
     {
         return Terminal().run(arguments, environment);
     }
-    /// A pager that shows what it gets behind a word of its own.
+    /// A pager that shows what it gets after a word of its own.
     std::string pager()
     {
         const QString path = m_folder.filePath(QStringLiteral("pager"));

@@ -24,7 +24,7 @@ struct RecordedFile {
     unsigned long long startUs = 0;  ///< since 1970 UTC
     std::vector<Record> records;
 
-    /// Behind the initial states, the numbers of one kind.
+    /// After the initial states, the numbers of one kind.
     struct Number {
         unsigned long long timeUs;  ///< since 1970 UTC
         double number;

@@ -29,7 +29,7 @@ struct Spectrum {
     std::vector<float> cells;
 };
 
-// Behind the initial state.
+// After the initial state.
 std::vector<Spectrum> spectraOf(const RecordedFile& file)
 {
     std::vector<Spectrum> out;

@@ -11,13 +11,13 @@ TEST(ZelvodReport, IsNewsWhenSomethingWasDoneOrTheProblemChanged)
 {
     MoverReport report;
     report.waiting = 3;
-    EXPECT_FALSE(zelvod::isNews(report, QString()));
-    EXPECT_TRUE(zelvod::isNews(report, "storage away"));
+    EXPECT_FALSE(Zelvod::isNews(report, QString()));
+    EXPECT_TRUE(Zelvod::isNews(report, "storage away"));
     report.problem = QStringLiteral("storage away");
-    EXPECT_TRUE(zelvod::isNews(report, QString()));
-    EXPECT_FALSE(zelvod::isNews(report, "storage away"));
+    EXPECT_TRUE(Zelvod::isNews(report, QString()));
+    EXPECT_FALSE(Zelvod::isNews(report, "storage away"));
     report.moved = 1;
-    EXPECT_TRUE(zelvod::isNews(report, "storage away"));
+    EXPECT_TRUE(Zelvod::isNews(report, "storage away"));
 }
 
 TEST(ZelvodReport, HasEveryFieldInJson)
@@ -31,7 +31,7 @@ TEST(ZelvodReport, HasEveryFieldInJson)
     report.problem = QStringLiteral("\u00e4 \"b\"");
     report.nextRunMs = 1'000;
     report.messages = QStringList("line\nfeed");
-    const std::string line = zelvod::jsonLine(report, 0);
+    const std::string line = Zelvod::jsonLine(report, 0);
     EXPECT_EQ(line.find('\n'), line.size() - 1);
     EXPECT_EQ(nlohmann::json::parse(line), nlohmann::json::parse(R"({"time": "1970-01-01T00:00:00.000Z", "moved": 2,
         "bytes": 300, "failed": 1, "waiting": 4, "removed": 5, "problem": "ä \"b\"",
@@ -45,8 +45,8 @@ TEST(ZelvodReport, TellsPeopleFailuresAndWhatWasMoved)
     report.bytes = 300;
     report.waiting = 2;
     report.messages = QStringList("x: is missing");
-    EXPECT_EQ(zelvod::text(report, QString(), false), "x: is missing\nmoved 1 file, 300 bytes; 2 files waiting\n");
-    EXPECT_EQ(zelvod::text(report, QString(), true), "x: is missing\n");
-    EXPECT_EQ(zelvod::text(MoverReport(), QString(), false), QString());
-    EXPECT_EQ(zelvod::text(MoverReport(), "away", true), "all is well again\n");
+    EXPECT_EQ(Zelvod::text(report, QString(), false), "x: is missing\nmoved 1 file, 300 bytes; 2 files waiting\n");
+    EXPECT_EQ(Zelvod::text(report, QString(), true), "x: is missing\n");
+    EXPECT_EQ(Zelvod::text(MoverReport(), QString(), false), QString());
+    EXPECT_EQ(Zelvod::text(MoverReport(), "away", true), "all is well again\n");
 }

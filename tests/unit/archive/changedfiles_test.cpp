@@ -12,7 +12,7 @@ namespace {
 
 class NoOrdinaryFile : public ArchiveTest {
 protected:
-    /// A recording in whose place something else is put, and one behind it.
+    /// A recording in whose place something else is put, and one after it.
     void expectToldAndOthersMoved(const std::function<void(const QString&)>& put)
     {
         const ZelvoUrl first = record("a", bytesOf(10, 1));

@@ -1,4 +1,4 @@
-// An archive that answers what a test tells it to and notes every call, behind the interface of the archive client.
+// An archive that answers what a test tells it to and notes every call, after the interface of the archive client.
 #pragma once
 
 #include <functional>

@@ -14,8 +14,8 @@
 
 namespace {
 
-using recstation::BearingsOptions;
-using recstation::Source;
+using RecStation::BearingsOptions;
+using RecStation::Source;
 using testing::HasSubstr;
 using Number = values::ValueNumeric<double>;
 
@@ -31,7 +31,7 @@ protected:
         file.write(QByteArray::fromStdString(text));
         file.close();
         m_options.file = path.toStdString();
-        m_source = recstation::makeBearingsSource(m_options);
+        m_source = RecStation::makeBearingsSource(m_options);
         m_source->prepare();
     }
     std::string problem(const std::string& text)

@@ -11,8 +11,8 @@
 
 namespace {
 
-using recstation::CsvReader;
-using recstation::CsvRecord;
+using RecStation::CsvReader;
+using RecStation::CsvRecord;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -57,11 +57,11 @@ TEST(CsvReader, LinesAreCountedWithEveryKindOfLineEnd)
 
 TEST(CsvReader, TheSeparatorIsTheOneThatTheFirstLineHasMostOf)
 {
-    EXPECT_EQ(recstation::guessSeparator("a;b;c,d"), ';');
-    EXPECT_EQ(recstation::guessSeparator("a,b,c;d"), ',');
-    EXPECT_EQ(recstation::guessSeparator("a\tb c"), '\t');
-    EXPECT_EQ(recstation::guessSeparator("\"a,b,c\";d"), ';');
-    EXPECT_EQ(recstation::guessSeparator("alone"), ',');
+    EXPECT_EQ(RecStation::guessSeparator("a;b;c,d"), ';');
+    EXPECT_EQ(RecStation::guessSeparator("a,b,c;d"), ',');
+    EXPECT_EQ(RecStation::guessSeparator("a\tb c"), '\t');
+    EXPECT_EQ(RecStation::guessSeparator("\"a,b,c\";d"), ';');
+    EXPECT_EQ(RecStation::guessSeparator("alone"), ',');
     EXPECT_THAT(read("a;b\n1,2;3\n")[1].fields, ElementsAre("1,2", "3"));
 }
 

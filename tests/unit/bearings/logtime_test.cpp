@@ -7,9 +7,9 @@
 
 namespace {
 
-using recstation::LogDateFormat;
-using recstation::parseTimeOfDay;
-using recstation::parseUtcOffset;
+using RecStation::LogDateFormat;
+using RecStation::parseTimeOfDay;
+using RecStation::parseUtcOffset;
 
 constexpr long long second = 1'000'000;
 constexpr long long hour = 3600 * second;

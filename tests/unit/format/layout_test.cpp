@@ -85,7 +85,7 @@ TEST(Layout, ADamagedHeaderFieldKeepsItsTargetAndReadingGoesOn)
     read.startFrequencyHz = 5;
     ASSERT_EQ(readHeader(cursor, read), HeaderStatus::Ok);
     EXPECT_EQ(read.startFrequencyHz, 5);
-    EXPECT_EQ(read.stopFrequencyHz, 20);  // one byte was skipped, so the fields behind it move up
+    EXPECT_EQ(read.stopFrequencyHz, 20);  // one byte was skipped, so the fields after it move up
 }
 
 TEST(Layout, ATypeEntryIsReadBackAsItWasWritten)

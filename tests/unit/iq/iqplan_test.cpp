@@ -11,10 +11,10 @@
 
 namespace {
 
-using recstation::IqOptions;
-using recstation::IqPlan;
-using recstation::makeIqPlan;
-using recstation::SampleFormat;
+using RecStation::IqOptions;
+using RecStation::IqPlan;
+using RecStation::makeIqPlan;
+using RecStation::SampleFormat;
 using testing::HasSubstr;
 
 class Plan : public testing::Test {
@@ -30,7 +30,7 @@ protected:
     std::string create(const char* name, const QByteArray& bytes = QByteArray(64, '\x7f'))
     {
         const QString path = m_directory.filePath(QString::fromLatin1(name));
-        iqtesting::writeFile(path, bytes);
+        IqTesting::writeFile(path, bytes);
         return path.toStdString();
     }
     // What is said about the options.

@@ -19,8 +19,8 @@
 
 namespace {
 
-using recstation::IqOptions;
-using recstation::Source;
+using RecStation::IqOptions;
+using RecStation::Source;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using LevelMap = values::FastValueMap<float, values::levelHandler>;
@@ -43,9 +43,9 @@ protected:
     void prepare(const QByteArray& bytes)
     {
         const QString path = m_directory.filePath(QStringLiteral("capture one.bin"));
-        iqtesting::writeFile(path, bytes);
+        IqTesting::writeFile(path, bytes);
         m_options.file = path.toStdString();
-        m_source = recstation::makeIqSource(
+        m_source = RecStation::makeIqSource(
             m_options, [this](const QString& sentence) { m_reports.push_back(sentence.toStdString()); });
         m_source->prepare();
     }
@@ -89,13 +89,13 @@ protected:
 
 TEST_F(IqSource, AToneComesOutAtItsFrequencyAndLevelInEveryFormat)
 {
-    using Encode = QByteArray (*)(const iqtesting::Samples&);
+    using Encode = QByteArray (*)(const IqTesting::Samples&);
     const std::pair<const char*, Encode> formats[] = {
-        {"cu8", iqtesting::asUnsignedBytes}, {"ci16_le", iqtesting::asSignedShorts}, {"cf32_le", iqtesting::asFloats}};
+        {"cu8", IqTesting::asUnsignedBytes}, {"ci16_le", IqTesting::asSignedShorts}, {"cf32_le", IqTesting::asFloats}};
     for (const auto& [name, encode] : formats) {
         for (const double channel : {-400.0, -37.25, 0.5, 12.0, 300.75, 510.5}) {
             m_options.format = name;
-            prepare(encode(iqtesting::tone(1024, channel, 1024, 0.5)));
+            prepare(encode(IqTesting::tone(1024, channel, 1024, 0.5)));
             run();
             const auto cells = rfSpectrum().GetCells();
             const auto peak = std::max_element(cells.begin(), cells.end());
@@ -114,7 +114,7 @@ TEST_F(IqSource, ASpectrumsTimeIsThatOfItsFirstSample)
     m_options.rateHz = 3e6;
     m_options.average = 2;
     m_options.overlapPercent = 50;
-    prepare(iqtesting::asFloats(iqtesting::noise(4096, 1e-3)));
+    prepare(IqTesting::asFloats(IqTesting::noise(4096, 1e-3)));
     // Spectra begin every 1,024 samples; 341.33 microseconds.
     EXPECT_THAT(run(), ElementsAre(start, start + 341, start + 683));
     EXPECT_EQ(rfSpectrum().GetTimeStamp(), start + 683);
@@ -123,7 +123,7 @@ TEST_F(IqSource, ASpectrumsTimeIsThatOfItsFirstSample)
 
 TEST_F(IqSource, TheTimeIsTheSameHoweverOftenItIsAsked)
 {
-    prepare(iqtesting::asFloats(iqtesting::noise(2048, 1e-3)));
+    prepare(IqTesting::asFloats(IqTesting::noise(2048, 1e-3)));
     EXPECT_EQ(m_source->nextTime(), start);
     EXPECT_EQ(m_source->nextTime(), start);
     m_source->step();
@@ -133,7 +133,7 @@ TEST_F(IqSource, TheTimeIsTheSameHoweverOftenItIsAsked)
 TEST_F(IqSource, TheLevelOfNoiseIsItsPower)
 {
     m_options.average = 100;
-    prepare(iqtesting::asFloats(iqtesting::noise(100 * spectrumSize, 1e-5)));
+    prepare(IqTesting::asFloats(IqTesting::noise(100 * spectrumSize, 1e-5)));
     run();
     EXPECT_NEAR(number("/LEVEL"), -50, 0.1);
     double sum = 0;
@@ -150,7 +150,7 @@ TEST_F(IqSource, TheSpectrumIsShownBeforeTheLevel)
         void Update(void* subject, TChangeCode /*code*/) override { subjects.push_back(subject); }
         std::vector<void*> subjects;
     } order;
-    prepare(iqtesting::asFloats(iqtesting::noise(1024, 1e-3)));
+    prepare(IqTesting::asFloats(IqTesting::noise(1024, 1e-3)));
     values::ValueBase* spectrum = m_tree.Find(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum"));
     values::ValueBase* level = m_tree.Find(QStringLiteral("/LEVEL"));
     spectrum->AddObserver(&order);
@@ -163,11 +163,11 @@ TEST_F(IqSource, TheSpectrumIsShownBeforeTheLevel)
 
 TEST_F(IqSource, SpectraWithSamplesThatAreNoNumbersAreLeftOutAndReportedOnceARun)
 {
-    iqtesting::Samples samples = iqtesting::noise(6 * spectrumSize, 1e-3);
+    IqTesting::Samples samples = IqTesting::noise(6 * spectrumSize, 1e-3);
     samples[spectrumSize + 5] = {std::nan(""), 0};
     samples[2 * spectrumSize] = {0, std::numeric_limits<double>::infinity()};
     samples[5 * spectrumSize + 1023] = {0, std::nan("")};
-    prepare(iqtesting::asFloats(samples));
+    prepare(IqTesting::asFloats(samples));
     EXPECT_THAT(run(), ElementsAre(start, start + 3 * spectrumSize, start + 4 * spectrumSize));
     EXPECT_THAT(m_reports, ElementsAre(testing::AllOf(HasSubstr("from sample 1024 on"), HasSubstr(": 2")),
                                        testing::AllOf(HasSubstr("from sample 5120 on"), HasSubstr(": 1"))));
@@ -179,7 +179,7 @@ TEST_F(IqSource, APathThatAnotherKindOfValueHoldsIsAnError)
 {
     values::ValuePtr<values::Value<bool>> other;
     other.Attach(QStringLiteral("/LEVEL"));
-    EXPECT_THAT(problem(iqtesting::asFloats(iqtesting::noise(1024, 1e-3))), HasSubstr("/LEVEL"));
+    EXPECT_THAT(problem(IqTesting::asFloats(IqTesting::noise(1024, 1e-3))), HasSubstr("/LEVEL"));
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 #include <QDir>
 #include <QFile>
 
-namespace iqtesting {
+namespace IqTesting {
 
 namespace {
 
@@ -168,4 +168,4 @@ QString testDataPath(const QString& name)
     return QDir(directory).filePath(name);
 }
 
-}  // namespace iqtesting
+}  // namespace IqTesting

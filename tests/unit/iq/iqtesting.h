@@ -9,7 +9,7 @@
 #include <QByteArray>
 #include <QString>
 
-namespace iqtesting {
+namespace IqTesting {
 
 using Samples = std::vector<std::complex<double>>;
 
@@ -40,4 +40,4 @@ void writeFile(const QString& path, const QByteArray& bytes);
 /// A file of the directory with real captures; it need not exist.
 QString testDataPath(const QString& name);
 
-}  // namespace iqtesting
+}  // namespace IqTesting

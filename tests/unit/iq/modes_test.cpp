@@ -52,12 +52,12 @@ class RealSamples : public testing::Test {
 protected:
     void SetUp() override
     {
-        const QString path = iqtesting::testDataPath(QStringLiteral("modes1.bin"));
+        const QString path = IqTesting::testDataPath(QStringLiteral("modes1.bin"));
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly)) {
             GTEST_SKIP() << "no real samples: " << path.toStdString() << " is missing";
         }
-        m_samples = iqtesting::fromUnsignedBytes(file.readAll());
+        m_samples = IqTesting::fromUnsignedBytes(file.readAll());
         m_options.file = path.toStdString();
         m_options.format = "cu8";
         m_options.rateHz = 2e6;
@@ -68,7 +68,7 @@ protected:
     std::vector<Frame> run()
     {
         values::Tree tree;
-        const auto source = recstation::makeIqSource(m_options);
+        const auto source = RecStation::makeIqSource(m_options);
         source->prepare();
         auto& spectrum = dynamic_cast<LevelMap&>(*tree.Find(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum")));
         auto& level = dynamic_cast<values::ValueNumeric<double>&>(*tree.Find(QStringLiteral("/LEVEL")));
@@ -89,20 +89,20 @@ protected:
 
     void expectSpectrum(const Frame& frame, std::size_t firstSample, std::size_t average) const
     {
-        const auto expected = iqtesting::spectrumByDefinition(m_samples, firstSample, binCount, binCount, average,
-                                                              iqtesting::flatTopTerms());
+        const auto expected = IqTesting::spectrumByDefinition(m_samples, firstSample, binCount, binCount, average,
+                                                              IqTesting::flatTopTerms());
         ASSERT_EQ(frame.cells.size(), binCount);
         ASSERT_EQ(frame.replayed.size(), binCount);
         for (std::size_t i = 0; i < binCount; ++i) {
             ASSERT_NEAR(static_cast<double>(frame.cells[i]), expected[i], 0.001) << firstSample << " channel " << i;
             ASSERT_NEAR(static_cast<double>(frame.replayed[i]), expected[i], 0.01) << firstSample << " channel " << i;
         }
-        EXPECT_NEAR(frame.levelDb, iqtesting::meanLevelDb(m_samples, firstSample, average * binCount), 0.006);
+        EXPECT_NEAR(frame.levelDb, IqTesting::meanLevelDb(m_samples, firstSample, average * binCount), 0.006);
     }
 
-    iqtesting::Samples m_samples;
-    recstation::IqOptions m_options;
-    recstation::SourceReport m_report;
+    IqTesting::Samples m_samples;
+    RecStation::IqOptions m_options;
+    RecStation::SourceReport m_report;
 };
 
 TEST_F(RealSamples, BurstsStandOutOfTheNoise)

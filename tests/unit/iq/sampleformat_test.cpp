@@ -7,13 +7,13 @@
 
 namespace {
 
-using recstation::decodeSamples;
-using recstation::SampleFormat;
+using RecStation::decodeSamples;
+using RecStation::SampleFormat;
 
 std::vector<std::complex<double>> decode(SampleFormat format, const std::vector<unsigned char>& bytes)
 {
     const std::vector<char> chars(bytes.begin(), bytes.end());
-    std::vector<std::complex<double>> out(bytes.size() / recstation::sampleBytes(format));
+    std::vector<std::complex<double>> out(bytes.size() / RecStation::sampleBytes(format));
     decodeSamples(format, chars, out);
     return out;
 }
@@ -41,20 +41,20 @@ TEST(SampleFormat, FloatsAreLittleEndianAndTakenAsTheyStand)
 
 TEST(SampleFormat, NamesAndSuffixesAreKnown)
 {
-    EXPECT_EQ(recstation::sampleFormatByName("cu8"), SampleFormat::UnsignedByte);
-    EXPECT_EQ(recstation::sampleFormatByName("ci16_le"), SampleFormat::SignedShortLe);
-    EXPECT_EQ(recstation::sampleFormatByName("cf32_le"), SampleFormat::FloatLe);
-    EXPECT_EQ(recstation::sampleFormatByName("ci16_be"), std::nullopt);
-    EXPECT_EQ(recstation::sampleFormatByName(""), std::nullopt);
-    EXPECT_EQ(recstation::sampleFormatBySuffix(".cs16"), SampleFormat::SignedShortLe);
-    EXPECT_EQ(recstation::sampleFormatBySuffix(".bin"), std::nullopt);
-    EXPECT_EQ(recstation::sampleFormatBySuffix("."), std::nullopt);
+    EXPECT_EQ(RecStation::sampleFormatByName("cu8"), SampleFormat::UnsignedByte);
+    EXPECT_EQ(RecStation::sampleFormatByName("ci16_le"), SampleFormat::SignedShortLe);
+    EXPECT_EQ(RecStation::sampleFormatByName("cf32_le"), SampleFormat::FloatLe);
+    EXPECT_EQ(RecStation::sampleFormatByName("ci16_be"), std::nullopt);
+    EXPECT_EQ(RecStation::sampleFormatByName(""), std::nullopt);
+    EXPECT_EQ(RecStation::sampleFormatBySuffix(".cs16"), SampleFormat::SignedShortLe);
+    EXPECT_EQ(RecStation::sampleFormatBySuffix(".bin"), std::nullopt);
+    EXPECT_EQ(RecStation::sampleFormatBySuffix("."), std::nullopt);
 }
 
 TEST(SampleFormat, EveryNameLeadsBackToItsFormat)
 {
     for (const SampleFormat format : {SampleFormat::UnsignedByte, SampleFormat::SignedShortLe, SampleFormat::FloatLe}) {
-        EXPECT_EQ(recstation::sampleFormatByName(recstation::sampleFormatName(format)), format);
+        EXPECT_EQ(RecStation::sampleFormatByName(RecStation::sampleFormatName(format)), format);
     }
 }
 

@@ -10,8 +10,8 @@
 
 namespace {
 
-using recstation::SampleFormat;
-using recstation::SegmentReader;
+using RecStation::SampleFormat;
+using RecStation::SegmentReader;
 using testing::ElementsAre;
 
 // Samples whose real parts, as bytes, are 0, 1, 2, ...

@@ -10,12 +10,12 @@
 
 namespace {
 
-using recstation::SpectrumAverager;
-using recstation::Window;
+using RecStation::SpectrumAverager;
+using RecStation::Window;
 
 constexpr std::size_t size = 1024;
 
-std::vector<float> spectrumOf(const iqtesting::Samples& samples, Window window, std::size_t length = size)
+std::vector<float> spectrumOf(const IqTesting::Samples& samples, Window window, std::size_t length = size)
 {
     SpectrumAverager spectrum(window, length);
     for (std::size_t first = 0; first + length <= samples.size(); first += length) {
@@ -39,7 +39,7 @@ Peak peakOf(const std::vector<float>& levels)
 TEST(Spectrum, AFullScaleToneIsZeroDbWithEveryWindow)
 {
     for (const Window window : {Window::FlatTop, Window::Hann, Window::BlackmanHarris}) {
-        const Peak peak = peakOf(spectrumOf(iqtesting::tone(size, 100, size), window));
+        const Peak peak = peakOf(spectrumOf(IqTesting::tone(size, 100, size), window));
         EXPECT_NEAR(peak.levelDb, 0, 1e-4);
         // A flat-top window's neighbours are level with a tone in the middle of a channel, to a fraction of a dB.
         EXPECT_NEAR(peak.channel, 100, 1);
@@ -50,7 +50,7 @@ TEST(Spectrum, AToneBetweenChannelsKeepsItsLevelWithTheFlatTopWindow)
 {
     for (int step = 0; step < 33; ++step) {
         const double channel = -511.5 + 31.17 * step;
-        const Peak peak = peakOf(spectrumOf(iqtesting::tone(size, channel, size, 0.1), Window::FlatTop));
+        const Peak peak = peakOf(spectrumOf(IqTesting::tone(size, channel, size, 0.1), Window::FlatTop));
         EXPECT_NEAR(peak.levelDb, -20, 0.02) << channel;
         EXPECT_NEAR(peak.channel, channel, 1) << channel;
     }
@@ -58,7 +58,7 @@ TEST(Spectrum, AToneBetweenChannelsKeepsItsLevelWithTheFlatTopWindow)
 
 TEST(Spectrum, TheOtherWindowsLoseWhatTheyAreDocumentedToLoseBetweenChannels)
 {
-    const iqtesting::Samples tone = iqtesting::tone(size, 20.5, size);
+    const IqTesting::Samples tone = IqTesting::tone(size, 20.5, size);
     EXPECT_NEAR(peakOf(spectrumOf(tone, Window::Hann)).levelDb, -1.42, 0.01);
     EXPECT_NEAR(peakOf(spectrumOf(tone, Window::BlackmanHarris)).levelDb, -0.83, 0.01);
 }
@@ -66,7 +66,7 @@ TEST(Spectrum, TheOtherWindowsLoseWhatTheyAreDocumentedToLoseBetweenChannels)
 TEST(Spectrum, NoiseReadsItsPowerPerChannelTimesTheWindowsNoiseBandwidth)
 {
     constexpr double power = 1e-4;
-    const iqtesting::Samples noise = iqtesting::noise(200 * size, power);
+    const IqTesting::Samples noise = IqTesting::noise(200 * size, power);
     const struct {
         Window window;
         double noiseBandwidthDb;
@@ -83,8 +83,8 @@ TEST(Spectrum, NoiseReadsItsPowerPerChannelTimesTheWindowsNoiseBandwidth)
 TEST(Spectrum, TheSamplesMeanPowerIsNotWindowed)
 {
     SpectrumAverager spectrum(Window::FlatTop, size);
-    const iqtesting::Samples loud = iqtesting::tone(size, 3, size, 0.5);
-    const iqtesting::Samples silent(size);
+    const IqTesting::Samples loud = IqTesting::tone(size, 3, size, 0.5);
+    const IqTesting::Samples silent(size);
     spectrum.add(loud);
     EXPECT_NEAR(spectrum.meanPower(), 0.25, 1e-12);
     spectrum.add(silent);
@@ -94,26 +94,26 @@ TEST(Spectrum, TheSamplesMeanPowerIsNotWindowed)
 TEST(Spectrum, AveragingIsOfPowersAndClearStartsAnew)
 {
     SpectrumAverager spectrum(Window::Hann, size);
-    spectrum.add(iqtesting::tone(size, -7, size));
-    spectrum.add(iqtesting::Samples(size));
+    spectrum.add(IqTesting::tone(size, -7, size));
+    spectrum.add(IqTesting::Samples(size));
     EXPECT_NEAR(peakOf(spectrum.levelsDb()).levelDb, -3.01, 0.01);
     spectrum.clear();
-    spectrum.add(iqtesting::tone(size, -7, size));
+    spectrum.add(IqTesting::tone(size, -7, size));
     EXPECT_NEAR(peakOf(spectrum.levelsDb()).levelDb, 0, 0.01);
 }
 
 TEST(Spectrum, SilenceHasALevel)
 {
-    for (const float level : spectrumOf(iqtesting::Samples(64), Window::FlatTop, 64)) {
+    for (const float level : spectrumOf(IqTesting::Samples(64), Window::FlatTop, 64)) {
         EXPECT_EQ(level, -200.0F);
     }
-    EXPECT_EQ(recstation::powerToDb(0), -200);
+    EXPECT_EQ(RecStation::powerToDb(0), -200);
 }
 
 TEST(Spectrum, ASampleThatIsNoNumberShowsInTheMeanPower)
 {
     SpectrumAverager spectrum(Window::Hann, 16);
-    iqtesting::Samples samples(16);
+    IqTesting::Samples samples(16);
     samples[3] = {0, std::numeric_limits<double>::quiet_NaN()};
     spectrum.add(samples);
     EXPECT_FALSE(std::isfinite(spectrum.meanPower()));
@@ -121,8 +121,8 @@ TEST(Spectrum, ASampleThatIsNoNumberShowsInTheMeanPower)
 
 TEST(Spectrum, ItAgreesWithTheDefinitionOfTheTransform)
 {
-    iqtesting::Samples samples = iqtesting::noise(750, 1e-3);
-    const auto expected = iqtesting::spectrumByDefinition(samples, 0, 250, 250, 3, iqtesting::flatTopTerms());
+    IqTesting::Samples samples = IqTesting::noise(750, 1e-3);
+    const auto expected = IqTesting::spectrumByDefinition(samples, 0, 250, 250, 3, IqTesting::flatTopTerms());
     const auto levels = spectrumOf(samples, Window::FlatTop, 250);
     for (std::size_t i = 0; i < expected.size(); ++i) {
         EXPECT_NEAR(static_cast<double>(levels[i]), expected[i], 1e-4);
@@ -131,10 +131,10 @@ TEST(Spectrum, ItAgreesWithTheDefinitionOfTheTransform)
 
 TEST(Spectrum, WindowsAreKnownByTheirNames)
 {
-    EXPECT_EQ(recstation::windowByName("flattop"), Window::FlatTop);
-    EXPECT_EQ(recstation::windowByName("hann"), Window::Hann);
-    EXPECT_EQ(recstation::windowByName("blackman-harris"), Window::BlackmanHarris);
-    EXPECT_EQ(recstation::windowByName("kaiser"), std::nullopt);
+    EXPECT_EQ(RecStation::windowByName("flattop"), Window::FlatTop);
+    EXPECT_EQ(RecStation::windowByName("hann"), Window::Hann);
+    EXPECT_EQ(RecStation::windowByName("blackman-harris"), Window::BlackmanHarris);
+    EXPECT_EQ(RecStation::windowByName("kaiser"), std::nullopt);
 }
 
 }  // namespace

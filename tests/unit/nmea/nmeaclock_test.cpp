@@ -3,7 +3,7 @@
 
 #include "sources/nmea/nmeaclock.h"
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 constexpr long long second = 1'000'000;
@@ -57,4 +57,4 @@ TEST(NmeaClock, DatesThatMayHaveLost1024WeeksAreNotedAndOnlyCorrectedWhenAsked)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

@@ -6,7 +6,7 @@
 
 #include "sources/nmea/nmeasentence.h"
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 using testing::ElementsAre;
@@ -34,4 +34,4 @@ TEST(NmeaSentence, AChecksumMayBeMissingAndInSmallLetters)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

@@ -14,7 +14,7 @@
 
 #include "sources/nmea/nmeasource.h"
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 using testing::Pair;
@@ -47,7 +47,7 @@ protected:
             makeNmeaSource(m_options, [this](const QString& sentence) { m_reports.push_back(sentence.toStdString()); });
         m_source->prepare();
     }
-    // The heading behind every step, and when the step was.
+    // The heading after every step, and when the step was.
     std::vector<std::pair<unsigned long long, double>> run(const std::string& text)
     {
         prepare(text);
@@ -107,4 +107,4 @@ TEST_F(NmeaSourceTest, HostileInputIsBadAndHarmless)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

@@ -153,7 +153,7 @@ TEST_F(RecorderCapture, ANewChannelRangeOfASpectrumIsAChannelRangeDefinition)
 {
     prepareSpectra();
     startRecorder();
-    rfSpectrum().SetCell(0, -50, 0);  // the first text behind the start carries the range once more
+    rfSpectrum().SetCell(0, -50, 0);  // the first text after the start carries the range once more
     rfSpectrum().SetCell(1, -50, 0);
     rfSpectrum().SetChannelRange(values::ChannelRange::List({1e6, 2e6}));
     const ParsedRecording recording = stopAndRead();

@@ -198,7 +198,7 @@ std::vector<ParsedRecording::Record> recordsOf(const ParsedRecording& recording,
 
 std::vector<ParsedRecording::Record> changesIn(const ParsedRecording& recording)
 {
-    // Initial states stand one behind the other from 10 ms on; changes get the time they came at, 11 ms at least.
+    // Initial states stand one after the other from 10 ms on; changes get the time they came at, 11 ms at least.
     // So tests let some time pass first, and then this finds the border.
     std::vector<ParsedRecording::Record> records;
     std::copy_if(recording.records.begin(), recording.records.end(), std::back_inserter(records),

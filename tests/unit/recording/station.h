@@ -157,7 +157,7 @@ using TestSupport::ParsedRecording;
 /// A closed file, read by a reader that shares no code with the library.
 [[nodiscard]] ParsedRecording parsed(const QString& file);
 [[nodiscard]] std::vector<ParsedRecording::Record> recordsOf(const ParsedRecording& recording, std::int32_t typeId);
-/// The records behind the initial states.
+/// The records after the initial states.
 [[nodiscard]] std::vector<ParsedRecording::Record> changesIn(const ParsedRecording& recording);
 
 }  // namespace RecorderTests

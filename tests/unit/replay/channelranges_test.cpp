@@ -110,7 +110,7 @@ TEST_F(ChannelRangesTest, TheFirstZeroTimeEndsTheTable)
 
     const auto table = static_cast<std::size_t>(m_withRanges.header().channelRangeTable);
     std::string bytes = m_withRanges.bytes();
-    bytes.replace(table + 9, 8, zeros(8));  // times behind the zero are not looked at
+    bytes.replace(table + 9, 8, zeros(8));  // times after the zero are not looked at
     EXPECT_EQ(rangesOf(*openBytes(bytes)), (Times{10}));
 }
 

@@ -140,7 +140,7 @@ TEST_P(FailingWritesTest, ClearingRangesLeavesTheRecordsReadable)
     expectThreeLevels(*reopen());
 }
 
-// Within the header record and its area, the table's begin, the file's end, and behind it.
+// Within the header record and its area, the table's begin, the file's end, and after it.
 INSTANTIATE_TEST_SUITE_P(Limits, FailingWritesTest, testing::Values(0, 30, 90, 300, 499, 500, 640, 660, 680, 700, 750));
 
 namespace {

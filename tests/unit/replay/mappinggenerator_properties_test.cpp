@@ -46,7 +46,7 @@ public:
     }
 
     std::vector<StoredRecord> records;
-    std::vector<std::string> states;  ///< behind each record
+    std::vector<std::string> states;  ///< after each record
 
 private:
     void note(std::int32_t code, const std::string& text)

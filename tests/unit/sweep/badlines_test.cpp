@@ -8,7 +8,7 @@
 #include "input/badlines.h"
 #include "input/fields.h"
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 using testing::ElementsAre;
@@ -68,4 +68,4 @@ TEST(Shown, HidesControlCharactersAndCutsLongFields)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

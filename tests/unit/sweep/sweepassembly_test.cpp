@@ -8,7 +8,7 @@
 
 #include "sources/sweep/sweepassembly.h"
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 using values::ChannelRange;
@@ -78,10 +78,10 @@ TEST(SweepAssembly, AfterTwoSweepsOfTheSameRowsTheLastRowCompletesASweep)
 TEST(SweepAssembly, ASweepHasNoMoreValuesThanAMapHasChannels)
 {
     SweepAssembly assembly(false);
-    SweepRow huge = row(0, 16'777'216, std::vector<float>(SweepRowParser::mostBins));
+    SweepRow huge = row(0, 16'777'216, std::vector<float>(SweepRowParser::MostBins));
     assembly.add(huge);
     EXPECT_THROW(assembly.add(row(1e9, 1e9 + 1, {1})), LineError);
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

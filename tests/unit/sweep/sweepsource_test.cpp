@@ -14,7 +14,7 @@
 
 #include "sources/sweep/sweepsource.h"
 
-namespace recstation {
+namespace RecStation {
 namespace {
 
 using testing::ElementsAre;
@@ -81,4 +81,4 @@ TEST_F(SweepSourceTest, ASweepThatWaitsForItsTimeIsNotUnfinished)
 }
 
 }  // namespace
-}  // namespace recstation
+}  // namespace RecStation

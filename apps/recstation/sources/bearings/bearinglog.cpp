@@ -8,11 +8,11 @@
 
 #include <system/stopsignal.h>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr std::size_t mostFrequencies = 16'777'216;  // a map has no more
+constexpr std::size_t MostFrequencies = 16'777'216;  // a map has no more
 
 std::optional<char> separatorOf(const std::string& option)
 {
@@ -85,7 +85,7 @@ LogSurvey surveyLog(const BearingsOptions& options, const LogInput& input, const
     survey.order = TimeOrder("bearings", false, options.splitGapUs);
     std::set<double> channels;
     while (const auto row = log.next()) {
-        if (row->frequencyHz && channels.insert(*row->frequencyHz).second && channels.size() > mostFrequencies) {
+        if (row->frequencyHz && channels.insert(*row->frequencyHz).second && channels.size() > MostFrequencies) {
             throw std::runtime_error("bearings: " + input.name() + " has more than 16777216 different frequencies");
         }
         if (row->bearing) {
@@ -102,4 +102,4 @@ LogSurvey surveyLog(const BearingsOptions& options, const LogInput& input, const
     return survey;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -14,7 +14,7 @@
 #include "sources/bearings/loginput.h"
 #include "sources/bearings/rowparser.h"
 
-namespace recstation {
+namespace RecStation {
 
 class BearingLog {
 public:
@@ -57,4 +57,4 @@ struct LogSurvey {
 [[nodiscard]] LogSurvey surveyLog(const BearingsOptions& options, const LogInput& input,
                                   const BearingLog::BadRow& badRow);
 
-}  // namespace recstation
+}  // namespace RecStation

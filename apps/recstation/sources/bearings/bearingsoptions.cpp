@@ -9,14 +9,14 @@
 #include "input/optionchecks.h"
 #include "sources/offeredsource.h"
 
-namespace recstation {
+namespace RecStation {
 
 using TerminalText::acceptedIf;
 using TerminalText::inUnit;
 
 namespace {
 
-constexpr auto bearingsExample = R"(
+constexpr auto BearingsExample = R"(
 Columns are found by their names in the first line, upper and lower case alike. Every row with an azimuth becomes a
 bearing on the channel of its frequency, with the row's own time; rows whose azimuth is empty, NA or NaN are skipped.
 
@@ -68,7 +68,7 @@ void addColumns(CLI::App& command, BearingsOptions& options)
 
 void addBearingsOptions(CLI::App& command, BearingsOptions& options)
 {
-    command.footer(bearingsExample);
+    command.footer(BearingsExample);
     addInputFile(command, options.file, "Log as CSV; - is the standard input");
     command.add_option("--separator", options.separator, "A character, tab or auto (one of ; , and tab)")
         ->check(acceptedIf(isSeparator, "one character, tab or auto"))
@@ -108,4 +108,4 @@ std::shared_ptr<OfferedSource> offerBearings()
         addBearingsOptions, make);
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -10,7 +10,7 @@
 #include "sources/bearings/bearinglog.h"
 #include "sources/bearings/bearingsvalues.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -64,8 +64,8 @@ void BearingsSource::prepare()
 LogSurvey BearingsSource::survey(const LogInput& input) const
 {
     // Strict is about the whole log, so that all bad lines are told.
-    constexpr bool endAtTheFirst = false;
-    BadLines bad("bearings", endAtTheFirst, m_report);
+    constexpr bool EndAtTheFirst = false;
+    BadLines bad("bearings", EndAtTheFirst, m_report);
     LogSurvey survey =
         surveyLog(m_options, input, [&bad](std::size_t line, const std::string& problem) { bad.add(line, problem); });
     bad.finish();
@@ -147,4 +147,4 @@ std::unique_ptr<Source> makeBearingsSource(const BearingsOptions& options, Input
     return std::make_unique<BearingsSource>(options, std::move(report));
 }
 
-}  // namespace recstation
+}  // namespace RecStation

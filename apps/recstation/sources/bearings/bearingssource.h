@@ -14,7 +14,7 @@ namespace CLI {
 class App;
 }
 
-namespace recstation {
+namespace RecStation {
 
 /// What the command line says. Columns are found by their names in the first line, upper and lower case alike. A
 /// column of the type std::optional may be missing while nobody names it.
@@ -41,7 +41,7 @@ struct BearingsOptions {
     double headingDeg =
         0;                ///< -360 to 360, true heading of azimuth 0: the declination of a compass, a vehicle's heading
     bool strict = false;  ///< refuse a log with bad rows before anything is recorded
-    std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back behind them
+    std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back after them
     QString valuePath = "/Devices/Df1";
 };
 
@@ -73,4 +73,4 @@ void logInputReport(const QString& sentence);
 /// unless the log comes through a pipe (see LogInput).
 std::unique_ptr<Source> makeBearingsSource(const BearingsOptions& options, InputReport report = logInputReport);
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -7,11 +7,11 @@
 
 #include "attachedvalue.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr double circleDeg = 360;
+constexpr double CircleDeg = 360;
 
 }  // namespace
 
@@ -23,7 +23,7 @@ BearingsValues::BearingsValues(const LogSurvey& survey, double headingDeg, const
     setText(valuePath + QStringLiteral("/Adm/DEVICE_TYPE"), QStringLiteral("Bearing log"));
     setNumber(valuePath + QStringLiteral("/Scn/StartFreq"), m_channelsHz.front());
     setNumber(valuePath + QStringLiteral("/Scn/StopFreq"), m_channelsHz.back());
-    setNumber(QStringLiteral("/TRUEHEADING"), std::fmod(headingDeg + circleDeg, circleDeg));
+    setNumber(QStringLiteral("/TRUEHEADING"), std::fmod(headingDeg + CircleDeg, CircleDeg));
     attachValue(m_frequency, QStringLiteral("/FREQUENCY"));
     if (survey.hasPosition) {
         attachValue(m_latitude, QStringLiteral("/LOCATIONLATITUDE"));
@@ -61,4 +61,4 @@ void BearingsValues::showReceiver(const LoggedBearing& bearing)
     }
 }
 
-}  // namespace recstation
+}  // namespace RecStation

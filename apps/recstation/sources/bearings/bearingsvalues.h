@@ -12,7 +12,7 @@
 
 #include "sources/bearings/bearinglog.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// The values stay in the tree when this object goes.
 class BearingsValues {
@@ -39,4 +39,4 @@ private:
     Number m_altitude;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

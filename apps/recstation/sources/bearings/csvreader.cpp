@@ -5,39 +5,39 @@
 #include <array>
 #include <utility>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr std::size_t bufferSize = 65'536;
-constexpr std::size_t longestRecord = 1'048'576;
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-constexpr std::string_view lineEnds = "\r\n";
+constexpr std::size_t BufferSize = 65'536;
+constexpr std::size_t LongestRecord = 1'048'576;
+constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view LineEnds = "\r\n";
 
 bool endsLine(char c)
 {
-    return lineEnds.find(c) != std::string_view::npos;
+    return LineEnds.find(c) != std::string_view::npos;
 }
 
 }  // namespace
 
 char guessSeparator(std::string_view line)
 {
-    static constexpr std::array candidates = {',', ';', '\t'};
-    std::array<std::size_t, candidates.size()> counts{};
+    static constexpr std::array Candidates = {',', ';', '\t'};
+    std::array<std::size_t, Candidates.size()> counts{};
     bool quoted = false;
     for (const char c : line) {
         quoted = quoted != (c == '"');
-        const auto* const found = std::find(candidates.begin(), candidates.end(), c);
-        if (!quoted && found != candidates.end()) {
-            ++counts.at(static_cast<std::size_t>(found - candidates.begin()));
+        const auto* const found = std::find(Candidates.begin(), Candidates.end(), c);
+        if (!quoted && found != Candidates.end()) {
+            ++counts.at(static_cast<std::size_t>(found - Candidates.begin()));
         }
     }
-    return candidates.at(static_cast<std::size_t>(std::max_element(counts.begin(), counts.end()) - counts.begin()));
+    return Candidates.at(static_cast<std::size_t>(std::max_element(counts.begin(), counts.end()) - counts.begin()));
 }
 
 CsvReader::CsvReader(ByteInput input, std::optional<char> separator)
-    : m_input(std::move(input)), m_separator(separator), m_buffer(bufferSize)
+    : m_input(std::move(input)), m_separator(separator), m_buffer(BufferSize)
 {
 }
 
@@ -59,7 +59,7 @@ std::optional<CsvRecord> CsvReader::next()
 void CsvReader::begin()
 {
     const auto firstLineEnd = [this] {
-        return std::string_view(m_buffer.data(), m_filled).find_first_of(lineEnds, byteOrderMark.size());
+        return std::string_view(m_buffer.data(), m_filled).find_first_of(LineEnds, ByteOrderMark.size());
     };
     while (m_filled < m_buffer.size() && firstLineEnd() == std::string_view::npos) {
         const std::size_t count = m_input(m_buffer.data() + m_filled, m_buffer.size() - m_filled);
@@ -69,8 +69,8 @@ void CsvReader::begin()
         m_filled += count;
     }
     const std::string_view start(m_buffer.data(), m_filled);
-    if (start.substr(0, byteOrderMark.size()) == byteOrderMark) {
-        m_position = byteOrderMark.size();
+    if (start.substr(0, ByteOrderMark.size()) == ByteOrderMark) {
+        m_position = ByteOrderMark.size();
     }
     if (!m_separator) {
         m_separator = guessSeparator(start.substr(0, firstLineEnd()));
@@ -92,7 +92,7 @@ std::optional<char> CsvReader::peek()
     return m_buffer[m_position];
 }
 
-// Only behind a peek that saw a character.
+// Only after a peek that saw a character.
 char CsvReader::take()
 {
     const char c = m_buffer[m_position++];
@@ -182,11 +182,11 @@ void CsvReader::keep(CsvRecord& record, char c)
 
 bool CsvReader::fits(CsvRecord& record)
 {
-    if (++m_recordBytes > longestRecord) {
+    if (++m_recordBytes > LongestRecord) {
         record.problem = "it is longer than 1 MiB";
         return false;
     }
     return true;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -9,7 +9,7 @@
 
 #include "input/byteinput.h"
 
-namespace recstation {
+namespace RecStation {
 
 struct CsvRecord {
     std::size_t line = 0;             ///< the line that it begins in, from 1
@@ -55,4 +55,4 @@ private:
 /// The one of ; , and tab that stands most often outside quotes in a line; comma for a line without any.
 [[nodiscard]] char guessSeparator(std::string_view line);
 
-}  // namespace recstation
+}  // namespace RecStation

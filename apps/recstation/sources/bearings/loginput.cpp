@@ -6,20 +6,20 @@
 
 #include <QFileInfo>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr std::size_t mostKept = 268'435'456;
+constexpr std::size_t MostKept = 268'435'456;
 
 std::shared_ptr<const std::string> readAll(const std::string& file, const std::string& name)
 {
-    constexpr std::size_t pieceSize = 65'536;
+    constexpr std::size_t PieceSize = 65'536;
     const ByteInput input = openInput(file);
-    std::vector<char> piece(pieceSize);
+    std::vector<char> piece(PieceSize);
     const auto bytes = std::make_shared<std::string>();
     while (const std::size_t count = input(piece.data(), piece.size())) {
-        if (bytes->size() + count > mostKept) {
+        if (bytes->size() + count > MostKept) {
             throw std::runtime_error("bearings: " + name +
                                      " gives more than 256 MiB: store it in a file, which may have any length");
         }
@@ -49,4 +49,4 @@ ByteInput LogInput::open() const
     };
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -6,7 +6,7 @@
 
 #include "input/byteinput.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// A file is opened anew for every reading. The standard input and pipes can be read once only, so their bytes are kept
 /// in memory, 256 MiB at most.
@@ -27,4 +27,4 @@ private:
     std::shared_ptr<const std::string> m_kept;  // null: a file that is read where it stands
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -7,14 +7,14 @@
 
 #include <QStringList>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr double fullCircle = 360;
-constexpr double highestLatitude = 90;
-constexpr double highestLongitude = 180;
-constexpr double sixty = 60;
+constexpr double FullCircle = 360;
+constexpr double HighestLatitude = 90;
+constexpr double HighestLongitude = 180;
+constexpr double Sixty = 60;
 
 [[noreturn]] void failRow(const std::string& sentence)
 {
@@ -57,7 +57,7 @@ std::optional<LogColumn> optionalColumn(const CsvRecord& header, const std::opti
 std::vector<LogColumn> angleColumns(const CsvRecord& header, const std::optional<std::string>& names,
                                     const char* standardName, const char* option)
 {
-    constexpr int mostParts = 3;
+    constexpr int MostParts = 3;
     std::vector<LogColumn> columns;
     if (!names) {
         if (const auto column = findColumn(header, standardName)) {
@@ -66,7 +66,7 @@ std::vector<LogColumn> angleColumns(const CsvRecord& header, const std::optional
         return columns;
     }
     const QStringList parts = QString::fromStdString(*names).split(QLatin1Char(','));
-    if (parts.size() > mostParts) {
+    if (parts.size() > MostParts) {
         failRow(std::string(option) + " names more than degrees, minutes and seconds");
     }
     for (const QString& part : parts) {
@@ -150,10 +150,10 @@ double readAngle(const CsvRecord& row, const std::vector<LogColumn>& columns, do
     double unit = 1;
     for (std::size_t i = 1; i < columns.size(); ++i) {
         const double part = readNumber(row, columns[i]);
-        if (std::signbit(part) || part >= sixty) {
+        if (std::signbit(part) || part >= Sixty) {
             refuse(row, columns[i], "is not from 0 to below 60");
         }
-        unit /= sixty;
+        unit /= Sixty;
         magnitude += part * unit;
     }
     if (magnitude > limit) {
@@ -168,7 +168,7 @@ double readAngle(const CsvRecord& row, const std::vector<LogColumn>& columns, do
 double readAzimuth(const CsvRecord& row, const LogColumn& column)
 {
     const double azimuth = readNumber(row, column);
-    if (azimuth < 0 || azimuth > fullCircle) {
+    if (azimuth < 0 || azimuth > FullCircle) {
         refuse(row, column, "is not from 0 to 360 degrees");
     }
     return azimuth;
@@ -242,8 +242,8 @@ LoggedBearing RowParser::readBearing(const CsvRecord& row, double frequencyHz) c
     bearing.frequencyHz = frequencyHz;
     bearing.azimuthDeg = readAzimuth(row, m_azimuth);
     if (hasPosition()) {
-        bearing.latitudeDeg = readAngle(row, m_latitude, highestLatitude, m_south ? "--south" : nullptr);
-        bearing.longitudeDeg = readAngle(row, m_longitude, highestLongitude, m_west ? "--west" : nullptr);
+        bearing.latitudeDeg = readAngle(row, m_latitude, HighestLatitude, m_south ? "--south" : nullptr);
+        bearing.longitudeDeg = readAngle(row, m_longitude, HighestLongitude, m_west ? "--west" : nullptr);
     }
     if (m_altitude && !isMissing(field(row, *m_altitude))) {
         bearing.altitudeM = readNumber(row, *m_altitude);
@@ -256,7 +256,7 @@ LoggedBearing RowParser::readBearing(const CsvRecord& row, double frequencyHz) c
 
 unsigned long long RowParser::readTime(const CsvRecord& row) const
 {
-    constexpr long long microsecondsPerDay = 86'400'000'000;
+    constexpr long long MicrosecondsPerDay = 86'400'000'000;
     const auto day = m_dateFormat.parse(field(row, m_date));
     if (!day) {
         refuse(row, m_date, "is no date as " + m_dateFormatText);
@@ -265,7 +265,7 @@ unsigned long long RowParser::readTime(const CsvRecord& row) const
     if (!timeOfDay) {
         refuse(row, m_time, "is no time of day such as 5:31 or 05:31:07.25");
     }
-    const long long time = *day * microsecondsPerDay + *timeOfDay - m_utcOffset;
+    const long long time = *day * MicrosecondsPerDay + *timeOfDay - m_utcOffset;
     if (time <= 0) {
         refuse(row, m_date, "is not after the start of 1970");
     }
@@ -274,14 +274,14 @@ unsigned long long RowParser::readTime(const CsvRecord& row) const
 
 double RowParser::readFrequency(const CsvRecord& row) const
 {
-    constexpr double highestHz = 1e12;
-    constexpr double stepsPerHz = 1000;
+    constexpr double HighestHz = 1e12;
+    constexpr double StepsPerHz = 1000;
     // To 0.001 Hz, so that 150.015 MHz is not 150014999.99999997 Hz.
-    const double frequencyHz = std::round(readNumber(row, m_frequency) * m_hzPerUnit * stepsPerHz) / stepsPerHz;
-    if (!(frequencyHz > 0 && frequencyHz <= highestHz)) {
+    const double frequencyHz = std::round(readNumber(row, m_frequency) * m_hzPerUnit * StepsPerHz) / StepsPerHz;
+    if (!(frequencyHz > 0 && frequencyHz <= HighestHz)) {
         refuse(row, m_frequency, "is no frequency above 0 and up to 1000 GHz");
     }
     return frequencyHz;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -12,7 +12,7 @@
 #include "sources/bearings/bearingssource.h"
 #include "sources/bearings/csvreader.h"
 
-namespace recstation {
+namespace RecStation {
 
 struct LoggedBearing {
     unsigned long long time = 0;  ///< microseconds since 1970 UTC
@@ -69,4 +69,4 @@ private:
     bool m_west;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -8,7 +8,7 @@
 #include <values/value.h>
 #include <vkbase/vkexception.h>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -218,4 +218,4 @@ void applyFeedLine(values::Tree& tree, const FeedLine& line, unsigned long long 
     }
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -5,7 +5,7 @@
 
 #include "feedline.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// Creates, changes or removes the value that the line names. A change is made property by property, each with its
 /// notification: limits, offset, value; items, selection; range, cells.
@@ -13,4 +13,4 @@ namespace recstation {
 /// @throws LineError when the value is missing, taken or of another kind; what was done before stays
 void applyFeedLine(values::Tree& tree, const FeedLine& line, unsigned long long startTime);
 
-}  // namespace recstation
+}  // namespace RecStation

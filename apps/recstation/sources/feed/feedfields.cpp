@@ -9,13 +9,13 @@
 
 #include "input/badlines.h"
 
-namespace recstation::FeedFields {
+namespace RecStation::FeedFields {
 
 namespace {
 
 // 3,000 years: far from any overflow of the clock.
-constexpr double latestMs = 1e14;
-constexpr double mostChannels = 16'777'216;
+constexpr double LatestMs = 1e14;
+constexpr double MostChannels = 16'777'216;
 
 }  // namespace
 
@@ -81,11 +81,11 @@ double numberBetween(const Json& value, std::string_view key, double low, double
 
 std::int32_t integer(const Json& value, std::string_view key)
 {
-    constexpr auto expected = "an integer of 32 bits";
+    constexpr auto Expected = "an integer of 32 bits";
     const double found = numberBetween(value, key, std::numeric_limits<std::int32_t>::min(),
-                                       std::numeric_limits<std::int32_t>::max(), expected);
+                                       std::numeric_limits<std::int32_t>::max(), Expected);
     if (std::trunc(found) != found) {
-        failExpected(key, expected);
+        failExpected(key, Expected);
     }
     return static_cast<std::int32_t>(found);
 }
@@ -93,7 +93,7 @@ std::int32_t integer(const Json& value, std::string_view key)
 std::size_t count(const Json& value, std::string_view key)
 {
     const std::string expected = "an integer from 0 to 16777216";
-    const double found = numberBetween(value, key, 0, mostChannels, expected);
+    const double found = numberBetween(value, key, 0, MostChannels, expected);
     if (std::trunc(found) != found) {
         failExpected(key, expected);
     }
@@ -116,10 +116,10 @@ std::optional<double> optionalNumber(const Json& object, std::string_view key)
 
 unsigned long long time(const Json& value, std::string_view key)
 {
-    constexpr double microsecondsPerMillisecond = 1000;
-    constexpr double half = 0.5;
-    const double ms = numberBetween(value, key, 0, latestMs, "milliseconds from 0 on");
-    return static_cast<unsigned long long>(ms * microsecondsPerMillisecond + half);
+    constexpr double MicrosecondsPerMillisecond = 1000;
+    constexpr double Half = 0.5;
+    const double ms = numberBetween(value, key, 0, LatestMs, "milliseconds from 0 on");
+    return static_cast<unsigned long long>(ms * MicrosecondsPerMillisecond + Half);
 }
 
-}  // namespace recstation::FeedFields
+}  // namespace RecStation::FeedFields

@@ -12,7 +12,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 
-namespace recstation::FeedFields {
+namespace RecStation::FeedFields {
 
 using Json = nlohmann::json;
 using Keys = std::vector<std::string_view>;
@@ -36,4 +36,4 @@ void refuseOtherKeys(const Json& object, const Keys& allowed, const std::string&
 [[nodiscard]] QString text(const Json& value, std::string_view key, const std::string& expected = "a text");
 [[nodiscard]] unsigned long long time(const Json& value, std::string_view key);  ///< milliseconds. @return microseconds
 
-}  // namespace recstation::FeedFields
+}  // namespace RecStation::FeedFields

@@ -8,7 +8,7 @@
 
 #include "feedfields.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -125,26 +125,26 @@ double bearingField(const Json& bearing, const char* key, double low, double hig
 
 values::Bearing bearing(const Json& value)
 {
-    constexpr double largest = std::numeric_limits<double>::max();
+    constexpr double Largest = std::numeric_limits<double>::max();
     refuseOtherKeys(value, {"azimuth", "elevation", "level", "quality"}, "a bearing");
     values::Bearing result;
     result.azimuthDeg = bearingField(value, "azimuth", 0, 360, "degrees from 0 to 360");
     result.elevationDeg = bearingField(value, "elevation", -90, 90, "degrees from -90 to 90");
-    result.levelDb = bearingField(value, "level", -largest, largest, "a number");
+    result.levelDb = bearingField(value, "level", -Largest, Largest, "a number");
     result.quality = bearingField(value, "quality", 0, 100, "a number from 0 to 100");
     return result;
 }
 
 FeedCell cell(const Json& value)
 {
-    constexpr double largest = std::numeric_limits<float>::max();
+    constexpr double Largest = std::numeric_limits<float>::max();
     if (value.is_null()) {
         return std::monostate();
     }
     if (value.is_object()) {
         return bearing(value);
     }
-    return numberBetween(value, "cells", -largest, largest, "levels, bearings or null");
+    return numberBetween(value, "cells", -Largest, Largest, "levels, bearings or null");
 }
 
 std::vector<FeedCell> cells(const Json& value)
@@ -340,4 +340,4 @@ FeedLine parseFeedLine(const std::string& text)
     }
 }
 
-}  // namespace recstation
+}  // namespace RecStation

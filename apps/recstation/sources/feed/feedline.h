@@ -13,7 +13,7 @@
 
 #include "input/badlines.h"
 
-namespace recstation {
+namespace RecStation {
 
 struct FeedItem {
     QString name;
@@ -61,4 +61,4 @@ struct FeedLine {
 /// @throws LineError
 [[nodiscard]] FeedLine parseFeedLine(const std::string& text);
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -4,11 +4,11 @@
 #include "input/optionchecks.h"
 #include "sources/feed/feedsource.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr auto feedExamples = R"(
+constexpr auto FeedExamples = R"(
 One JSON object per line, one change of a value per object, "at" in milliseconds (doc/feed.md has it all):
   {"at": 0, "path": "/LEVEL", "create": "number", "value": -30, "lower": -150, "upper": 50}
   {"at": 0, "record": "On"}
@@ -20,7 +20,7 @@ Examples:
 
 void addFeedOptions(CLI::App& command, FeedOptions& options)
 {
-    command.footer(feedExamples);
+    command.footer(FeedExamples);
     addInputFile(command, options.file, "File to read; - is the standard input")
         ->required(false)
         ->capture_default_str();
@@ -47,4 +47,4 @@ std::shared_ptr<OfferedSource> offerFeed()
         addFeedOptions, make);
 }
 
-}  // namespace recstation
+}  // namespace RecStation

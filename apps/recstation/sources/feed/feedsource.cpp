@@ -12,12 +12,12 @@
 
 #include "feedapply.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
 // A level map of a million channels fits.
-constexpr std::size_t longestLine = std::size_t{16} * 1024 * 1024;
+constexpr std::size_t LongestLine = std::size_t{16} * 1024 * 1024;
 
 bool isBlank(const std::string& line)
 {
@@ -44,7 +44,7 @@ QString FeedSource::name() const
 
 void FeedSource::prepare()
 {
-    m_lines = std::make_unique<LineReader>(m_open(), longestLine);
+    m_lines = std::make_unique<LineReader>(m_open(), LongestLine);
 }
 
 std::optional<unsigned long long> FeedSource::nextTime()
@@ -80,8 +80,8 @@ void FeedSource::take(LineReader::Result result)
 void FeedSource::accept(FeedLine line)
 {
     if (line.atUs < m_lastAtUs) {
-        constexpr double microsecondsPerMillisecond = 1000;
-        const double last = static_cast<double>(m_lastAtUs) / microsecondsPerMillisecond;
+        constexpr double MicrosecondsPerMillisecond = 1000;
+        const double last = static_cast<double>(m_lastAtUs) / MicrosecondsPerMillisecond;
         throw LineError("\"at\" goes backwards: expected " + QString::number(last, 'g', 15).toStdString() +
                         " or later");
     }
@@ -160,7 +160,7 @@ std::optional<unsigned long long> FeedSource::lastTime()
     if (m_options.file == "-") {
         return std::nullopt;
     }
-    LineReader lines(m_open(), longestLine);
+    LineReader lines(m_open(), LongestLine);
     unsigned long long lastUs = 0;
     for (auto result = lines.next(); result != LineReader::Result::End; result = lines.next()) {
         try {
@@ -176,10 +176,10 @@ std::optional<unsigned long long> FeedSource::lastTime()
 
 std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, StationHooks host)
 {
-    constexpr unsigned long long microsecondsPerMillisecond = 1000;
-    const auto now = static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * microsecondsPerMillisecond;
+    constexpr unsigned long long MicrosecondsPerMillisecond = 1000;
+    const auto now = static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * MicrosecondsPerMillisecond;
     return std::make_unique<FeedSource>([file = options.file] { return openInput(file); },
                                         options.startTime.value_or(now), options, std::move(host));
 }
 
-}  // namespace recstation
+}  // namespace RecStation

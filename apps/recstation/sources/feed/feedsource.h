@@ -14,7 +14,7 @@
 #include "movedtimes.h"
 #include "sources/offeredsource.h"
 
-namespace recstation {
+namespace RecStation {
 
 struct FeedOptions {
     std::string file = "-";                       ///< UTF-8; "-": the standard input
@@ -60,11 +60,11 @@ private:
     BadLines m_bad;
     TimeOrder m_order;                // of the maps' own times
     unsigned long long m_handed = 0;  // the latest time that changes were made at, as the recorders see it
-    bool m_ownTimeHolds = false;      // a map's own time is that of the plain changes behind it
+    bool m_ownTimeHolds = false;      // a map's own time is that of the plain changes after it
     MovedTimes m_movedTimes;
 };
 
 /// The feed from the file or the standard input that the options name.
 [[nodiscard]] std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, StationHooks host);
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -4,7 +4,7 @@
 #include "input/isotime.h"
 #include "input/timeorder.h"
 
-namespace recstation {
+namespace RecStation {
 
 void MovedTimes::recordingBegins(unsigned long long atUs)
 {
@@ -15,7 +15,7 @@ void MovedTimes::recordingBegins(unsigned long long atUs)
 
 std::string MovedTimes::changed(const FeedLine& line)
 {
-    constexpr unsigned long long leastUs = 999;  // records have milliseconds
+    constexpr unsigned long long LeastUs = 999;  // records have milliseconds
     const auto* change = std::get_if<FeedChange>(&line.action);
     if (change == nullptr || m_moved) {
         return {};
@@ -28,7 +28,7 @@ std::string MovedTimes::changed(const FeedLine& line)
         return {};
     }
     m_moved = true;
-    if (m_before == 0 || !isBeyond(start, *own, leastUs)) {
+    if (m_before == 0 || !isBeyond(start, *own, LeastUs)) {
         return {};
     }
     const std::string changes = m_before == 1 ? "1 change" : std::to_string(m_before) + " changes";
@@ -38,4 +38,4 @@ std::string MovedTimes::changed(const FeedLine& line)
            " than made, because a recording starts at that map's time; --keep-at avoids it";
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -7,7 +7,7 @@
 
 #include "feedline.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// A recording starts at the time of its first map that has one of its own: what was recorded before moves with it.
 class MovedTimes {
@@ -24,4 +24,4 @@ private:
     bool m_moved = false;                       // a map has told its start
 };
 
-}  // namespace recstation
+}  // namespace RecStation

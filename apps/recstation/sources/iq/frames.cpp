@@ -6,7 +6,7 @@
 
 #include <system/stopsignal.h>
 
-namespace recstation {
+namespace RecStation {
 
 FrameReader::FrameReader(const IqPlan& plan, ByteInput input, IqReport report)
     : m_segments(std::move(input), plan.format, plan.fftSize, plan.advance),
@@ -90,4 +90,4 @@ std::uint64_t FrameReader::frameLength() const
     return (m_average - 1) * m_advance + m_fftSize;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

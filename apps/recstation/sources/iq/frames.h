@@ -10,7 +10,7 @@
 #include "sources/iq/segmentreader.h"
 #include "sources/iq/spectrum.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// One spectrum with its level.
 struct IqFrame {
@@ -50,4 +50,4 @@ private:
     bool m_ended = false;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

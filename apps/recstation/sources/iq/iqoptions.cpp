@@ -10,7 +10,7 @@
 #include "sources/iq/iqplan.h"
 #include "sources/offeredsource.h"
 
-namespace recstation {
+namespace RecStation {
 
 using TerminalText::acceptedIf;
 using TerminalText::inHertz;
@@ -18,7 +18,7 @@ using TerminalText::inUnit;
 
 namespace {
 
-constexpr auto examples = R"(
+constexpr auto Examples = R"(
 Examples:
   recstation -o recordings iq capture.cu8 --rate 2M --centre 1090M
   recstation -o recordings iq capture.sigmf-data
@@ -27,18 +27,18 @@ Examples:
 bool isFftSize(const std::string& text)
 {
     const auto size = parseNumber<std::size_t>(text);
-    return size && *size >= smallestFft && *size <= largestFft && *size % 2 == 0;
+    return size && *size >= SmallestFft && *size <= LargestFft && *size % 2 == 0;
 }
 
 bool isAverage(const std::string& text)
 {
-    return parseNumber<std::size_t>(text).value_or(largestAverage + 1) <= largestAverage;
+    return parseNumber<std::size_t>(text).value_or(LargestAverage + 1) <= LargestAverage;
 }
 
 // A number without a unit may be one whose unit was forgotten; the plan knows what is likely.
 CLI::Validator centreFrequency(IqOptions& options)
 {
-    return {[&options, check = inHertz(-highestCentreHz, highestCentreHz)](std::string& text) {
+    return {[&options, check = inHertz(-HighestCentreHz, HighestCentreHz)](std::string& text) {
                 options.centreHasUnit = !TerminalText::parseInUnits(text, {{"", 1}});
                 return check(text);
             },
@@ -47,13 +47,13 @@ CLI::Validator centreFrequency(IqOptions& options)
 
 void addIqOptions(CLI::App& command, IqOptions& options)
 {
-    command.footer(examples);
+    command.footer(Examples);
     addInputFile(command, options.file, "IQ samples, I and Q interleaved; - reads standard input");
     command.add_option("--format", options.format, "cu8, ci16_le or cf32_le (default: SigMF metadata or suffix)")
         ->check(acceptedIf([](const std::string& text) { return sampleFormatByName(text).has_value(); },
                            "cu8, ci16_le or cf32_le"));
     command.add_option("--rate", options.rateHz, "samples a second, as 48k or 2.4M (default: SigMF metadata)")
-        ->transform(inHertz(std::nextafter(0.0, 1.0), highestRateHz, "more than 0 and at most 1e12"));
+        ->transform(inHertz(std::nextafter(0.0, 1.0), HighestRateHz, "more than 0 and at most 1e12"));
     command
         .add_option("--centre,--center", options.centreHz,
                     "centre frequency in Hz, as 145.5M (default: SigMF metadata)")
@@ -71,7 +71,7 @@ void addIqOptions(CLI::App& command, IqOptions& options)
         ->check(TerminalText::oneOf({"flattop", "hann", "blackman-harris"}))
         ->capture_default_str();
     command.add_option("--overlap", options.overlapPercent, "overlap of consecutive FFTs in percent, 0 to 95")
-        ->transform(inUnit({"%"}, 0, largestOverlapPercent))
+        ->transform(inUnit({"%"}, 0, LargestOverlapPercent))
         ->capture_default_str();
     command
         .add_option("--average", options.average,
@@ -99,4 +99,4 @@ std::shared_ptr<OfferedSource> offerIq()
         make);
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -13,7 +13,7 @@
 #include "input/usageerror.h"
 #include "sources/iq/sigmf.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -93,7 +93,7 @@ double chooseRate(const IqOptions& options, const Files& files, const SigMfMetad
     if (!rate) {
         failUsage("the sample rate is not known: " + remedy("--rate", files, "core:sample_rate"));
     }
-    if (!(*rate > 0 && *rate <= highestRateHz)) {
+    if (!(*rate > 0 && *rate <= HighestRateHz)) {
         failPlan("the sample rate must be above 0 and at most 1e12 samples a second");
     }
     return *rate;
@@ -105,7 +105,7 @@ double chooseCentre(const IqOptions& options, const Files& files, const SigMfMet
     if (!centre) {
         failUsage("the centre frequency is not known: " + remedy("--centre", files, "core:frequency"));
     }
-    if (!(std::abs(*centre) <= highestCentreHz)) {
+    if (!(std::abs(*centre) <= HighestCentreHz)) {
         failPlan("the centre frequency must be a number of Hz up to 1e15");
     }
     return *centre;
@@ -141,15 +141,15 @@ unsigned long long chooseStart(const IqOptions& options, const SigMfMetadata& me
 /// two records, and the delay by the records of the initial states is soon made up.
 std::size_t averageForRecordTimes(double rateHz, std::size_t advance)
 {
-    constexpr double secondsPerSpectrum = 0.004;
-    const double ffts = std::ceil(secondsPerSpectrum * rateHz / static_cast<double>(advance));
-    return static_cast<std::size_t>(std::clamp(ffts, 1.0, static_cast<double>(largestAverage)));
+    constexpr double SecondsPerSpectrum = 0.004;
+    const double ffts = std::ceil(SecondsPerSpectrum * rateHz / static_cast<double>(advance));
+    return static_cast<std::size_t>(std::clamp(ffts, 1.0, static_cast<double>(LargestAverage)));
 }
 
 void planSpectra(const IqOptions& options, IqPlan& plan)
 {
     plan.fftSize = options.fftSize;
-    if (plan.fftSize < smallestFft || plan.fftSize > largestFft || plan.fftSize % 2 != 0) {
+    if (plan.fftSize < SmallestFft || plan.fftSize > LargestFft || plan.fftSize % 2 != 0) {
         failPlan("the FFT size must be an even number from 16 to 1048576");
     }
     const auto window = windowByName(options.window);
@@ -157,12 +157,12 @@ void planSpectra(const IqOptions& options, IqPlan& plan)
         failPlan("the window \"" + options.window + "\" is not known, only flattop, hann and blackman-harris are");
     }
     plan.window = *window;
-    if (!(options.overlapPercent >= 0 && options.overlapPercent <= largestOverlapPercent)) {
+    if (!(options.overlapPercent >= 0 && options.overlapPercent <= LargestOverlapPercent)) {
         failPlan("the overlap must be 0 to 95 percent");
     }
     const double notShared = 1 - options.overlapPercent / 100;
     plan.advance = static_cast<std::size_t>(std::max(1.0, std::round(static_cast<double>(plan.fftSize) * notShared)));
-    if (options.average > largestAverage) {
+    if (options.average > LargestAverage) {
         failPlan("at most 1000000 FFTs can be averaged to a spectrum");
     }
     plan.average = options.average > 0 ? options.average : averageForRecordTimes(plan.rateHz, plan.advance);
@@ -193,4 +193,4 @@ IqPlan makeIqPlan(const IqOptions& options)
     return plan;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

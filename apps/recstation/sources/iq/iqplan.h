@@ -10,14 +10,14 @@
 #include "sources/iq/sampleformat.h"
 #include "sources/iq/spectrum.h"
 
-namespace recstation {
+namespace RecStation {
 
-constexpr std::size_t smallestFft = 16;
-constexpr std::size_t largestFft = 1'048'576;
-constexpr std::size_t largestAverage = 1'000'000;
-constexpr double largestOverlapPercent = 95;
-constexpr double highestRateHz = 1e12;
-constexpr double highestCentreHz = 1e15;
+constexpr std::size_t SmallestFft = 16;
+constexpr std::size_t LargestFft = 1'048'576;
+constexpr std::size_t LargestAverage = 1'000'000;
+constexpr double LargestOverlapPercent = 95;
+constexpr double HighestRateHz = 1e12;
+constexpr double HighestCentreHz = 1e15;
 
 /// Everything resolved and checked.
 struct IqPlan {
@@ -36,4 +36,4 @@ struct IqPlan {
 /// @throws std::runtime_error for options and metadata that are wrong or leave something open
 IqPlan makeIqPlan(const IqOptions& options);
 
-}  // namespace recstation
+}  // namespace RecStation

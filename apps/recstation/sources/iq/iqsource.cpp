@@ -11,7 +11,7 @@
 #include "sources/iq/iqplan.h"
 #include "sources/iq/iqvalues.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -90,8 +90,8 @@ std::optional<unsigned long long> IqSource::lastTime()
 
 unsigned long long IqSource::timeOf(std::uint64_t sample) const
 {
-    constexpr double microsecondsPerSecond = 1e6;
-    const double sinceStart = static_cast<double>(sample) / m_plan.rateHz * microsecondsPerSecond;
+    constexpr double MicrosecondsPerSecond = 1e6;
+    const double sinceStart = static_cast<double>(sample) / m_plan.rateHz * MicrosecondsPerSecond;
     return m_plan.startTime + static_cast<unsigned long long>(std::llround(sinceStart));
 }
 
@@ -107,4 +107,4 @@ std::unique_ptr<Source> makeIqSource(const IqOptions& options, IqReport report)
     return std::make_unique<IqSource>(options, std::move(report));
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -11,7 +11,7 @@
 
 #include "sources/source.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// What the command line says. What is left open is taken from SigMF metadata beside the file, where there are any.
 struct IqOptions {
@@ -51,4 +51,4 @@ void logIqReport(const QString& sentence);
 /// FFT size only.
 std::unique_ptr<Source> makeIqSource(const IqOptions& options, IqReport report = logIqReport);
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -11,16 +11,16 @@
 
 #include "attachedvalue.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr std::int32_t panoramaScanKey = 5;
-constexpr std::int32_t fixedFrequencyKey = 23;
+constexpr std::int32_t PanoramaScanKey = 5;
+constexpr std::int32_t FixedFrequencyKey = 23;
 
 // What a display shows at first: from below the noise of 16-bit samples up to full scale.
-constexpr double lowestShownDb = -140;
-constexpr double highestShownDb = 0;
+constexpr double LowestShownDb = -140;
+constexpr double HighestShownDb = 0;
 
 void setFrequency(const QString& path, double frequencyHz)
 {
@@ -51,19 +51,19 @@ IqValues::IqValues(const IqPlan& plan, const QString& valuePath)
     setText(valuePath + QStringLiteral("/Adm/DEVICE_TYPE"),
             QStringLiteral("IQ samples %1").arg(QLatin1String(sampleFormatName(plan.format))));
     if (plan.ifSpectrum) {
-        select(valuePath + QStringLiteral("/Gen/DRVCOMMANDS"), QStringLiteral("Fixed frequency"), fixedFrequencyKey,
-               fixedFrequencyKey);
+        select(valuePath + QStringLiteral("/Gen/DRVCOMMANDS"), QStringLiteral("Fixed frequency"), FixedFrequencyKey,
+               FixedFrequencyKey);
     } else {
-        select(valuePath + QStringLiteral("/Gen/DRVCOMMANDS"), QStringLiteral("Panorama scan"), panoramaScanKey,
-               panoramaScanKey);
+        select(valuePath + QStringLiteral("/Gen/DRVCOMMANDS"), QStringLiteral("Panorama scan"), PanoramaScanKey,
+               PanoramaScanKey);
     }
     setFrequency(QStringLiteral("/FREQUENCY"), plan.centreHz);
     select(QStringLiteral("/IFSPAN"), QStringLiteral("%1 kHz").arg(plan.rateHz / 1000), plan.rateHz, 0);
     setNumber(scan + QStringLiteral("StartFreq"), startHz);
     setNumber(scan + QStringLiteral("StopFreq"), plan.centreHz + plan.rateHz / 2);
     setNumber(scan + QStringLiteral("StepFreq"), stepHz);
-    setNumber(scan + QStringLiteral("StartLevel"), lowestShownDb);
-    setNumber(scan + QStringLiteral("StopLevel"), highestShownDb);
+    setNumber(scan + QStringLiteral("StartLevel"), LowestShownDb);
+    setNumber(scan + QStringLiteral("StopLevel"), HighestShownDb);
     attachValue(m_level, QStringLiteral("/LEVEL"));
     m_level->SetValue(std::numeric_limits<double>::quiet_NaN());  // not measured yet
     attachValue(m_spectrum, plan.ifSpectrum ? QStringLiteral("/IfMapping") : scan + QStringLiteral("RfSpectrum"));
@@ -78,4 +78,4 @@ void IqValues::show(const IqFrame& frame, unsigned long long time)
     m_level->SetValue(std::round(frame.levelDb * 100) / 100);
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -10,7 +10,7 @@
 #include "sources/iq/frames.h"
 #include "sources/iq/iqplan.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// The values stay in the tree when this object goes.
 class IqValues {
@@ -27,4 +27,4 @@ private:
     values::ValuePtr<values::ValueNumeric<double>> m_level;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -16,13 +16,13 @@ struct Alias {
     SampleFormat format;
 };
 
-constexpr std::array<Alias, 5> names{{{"cu8", SampleFormat::UnsignedByte},
+constexpr std::array<Alias, 5> Names{{{"cu8", SampleFormat::UnsignedByte},
                                       {"ci16_le", SampleFormat::SignedShortLe},
                                       {"ci16", SampleFormat::SignedShortLe},
                                       {"cf32_le", SampleFormat::FloatLe},
                                       {"cf32", SampleFormat::FloatLe}}};
 
-constexpr std::array<Alias, 8> suffixes{{{".cu8", SampleFormat::UnsignedByte},
+constexpr std::array<Alias, 8> Suffixes{{{".cu8", SampleFormat::UnsignedByte},
                                          {".ci16", SampleFormat::SignedShortLe},
                                          {".cs16", SampleFormat::SignedShortLe},
                                          {".sc16", SampleFormat::SignedShortLe},
@@ -76,12 +76,12 @@ void decode(std::span<const char> bytes, std::span<std::complex<double>> out, do
 
 std::optional<SampleFormat> sampleFormatByName(const std::string& name)
 {
-    return find(names, name);
+    return find(Names, name);
 }
 
 std::optional<SampleFormat> sampleFormatBySuffix(const std::string& suffix)
 {
-    return find(suffixes, suffix);
+    return find(Suffixes, suffix);
 }
 
 const char* sampleFormatName(SampleFormat format)
@@ -125,4 +125,4 @@ void decodeSamples(SampleFormat format, std::span<const char> bytes, std::span<s
     }
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -7,7 +7,7 @@
 #include <span>
 #include <string>
 
-namespace recstation {
+namespace RecStation {
 
 enum class SampleFormat {
     UnsignedByte,   ///< cu8: 0..255, 127.5 is 0
@@ -28,4 +28,4 @@ std::size_t sampleBytes(SampleFormat format);
 /// @param bytes sampleBytes for every sample of out
 void decodeSamples(SampleFormat format, std::span<const char> bytes, std::span<std::complex<double>> out);
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace recstation {
+namespace RecStation {
 
 SegmentReader::SegmentReader(ByteInput input, SampleFormat format, std::size_t length, std::size_t advance)
     : m_input(std::move(input)),
@@ -51,4 +51,4 @@ bool SegmentReader::fill(std::span<std::complex<double>> out)
     return samples == out.size();
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -10,7 +10,7 @@
 #include "input/byteinput.h"
 #include "sources/iq/sampleformat.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// Keeps one segment in memory, however long the stream is.
 class SegmentReader {
@@ -24,7 +24,7 @@ public:
     std::span<const std::complex<double>> next();
 
     [[nodiscard]] std::uint64_t samplesRead() const { return m_samplesRead; }
-    /// Bytes behind the last whole sample; known when next has answered with nothing.
+    /// Bytes after the last whole sample; known when next has answered with nothing.
     [[nodiscard]] std::size_t bytesLeftOver() const { return m_bytesLeftOver; }
 
 private:
@@ -41,4 +41,4 @@ private:
     bool m_ended = false;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

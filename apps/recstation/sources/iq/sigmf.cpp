@@ -9,7 +9,7 @@
 
 #include "input/isotime.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -132,4 +132,4 @@ SigMfMetadata readSigMf(const QString& file)
     }
 }
 
-}  // namespace recstation
+}  // namespace RecStation

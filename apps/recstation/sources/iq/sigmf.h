@@ -6,7 +6,7 @@
 
 #include <QString>
 
-namespace recstation {
+namespace RecStation {
 
 /// What a metadata file says; everything but the data type may be missing.
 struct SigMfMetadata {
@@ -20,4 +20,4 @@ struct SigMfMetadata {
 /// @throws std::runtime_error with what is wrong with the file
 SigMfMetadata readSigMf(const QString& file);
 
-}  // namespace recstation
+}  // namespace RecStation

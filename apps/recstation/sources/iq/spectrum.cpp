@@ -8,25 +8,25 @@
 
 #include <fftw3.h>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
 /// Terms of a cosine-sum window, alternating in sign.
 std::span<const double> cosineTerms(Window window)
 {
-    static constexpr double flatTop[] = {0.21557895, 0.41663158, 0.277263158, 0.083578947, 0.006947368};
-    static constexpr double hann[] = {0.5, 0.5};
-    static constexpr double blackmanHarris[] = {0.35875, 0.48829, 0.14128, 0.01168};
+    static constexpr double FlatTop[] = {0.21557895, 0.41663158, 0.277263158, 0.083578947, 0.006947368};
+    static constexpr double Hann[] = {0.5, 0.5};
+    static constexpr double BlackmanHarris[] = {0.35875, 0.48829, 0.14128, 0.01168};
     switch (window) {
         case Window::Hann:
-            return hann;
+            return Hann;
         case Window::BlackmanHarris:
-            return blackmanHarris;
+            return BlackmanHarris;
         case Window::FlatTop:
             break;
     }
-    return flatTop;
+    return FlatTop;
 }
 
 struct FftwFree {
@@ -80,8 +80,8 @@ std::vector<double> windowWeights(Window window, std::size_t size)
 
 double powerToDb(double power)
 {
-    static constexpr double silence = 1e-20;
-    return 10 * std::log10(std::max(power, silence));
+    static constexpr double Silence = 1e-20;
+    return 10 * std::log10(std::max(power, Silence));
 }
 
 struct SpectrumAverager::Transform {
@@ -147,4 +147,4 @@ void SpectrumAverager::clear()
     m_segments = 0;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace recstation {
+namespace RecStation {
 
 enum class Window { FlatTop, Hann, BlackmanHarris };
 
@@ -49,4 +49,4 @@ private:
     std::size_t m_segments = 0;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace recstation {
+namespace RecStation {
 
 /// Times are microseconds since 1970 UTC, days are days since 1970-01-01.
 class NmeaClock {
@@ -38,4 +38,4 @@ private:
     std::uint64_t m_midnights = 0;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

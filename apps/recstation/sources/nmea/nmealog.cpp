@@ -12,22 +12,22 @@
 
 #include "input/logtime.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr std::size_t longestSentence = 4096;
-constexpr std::size_t mostWaiting = 10'000;
-constexpr long long epochJulianDay = 2'440'588;
+constexpr std::size_t LongestSentence = 4096;
+constexpr std::size_t MostWaiting = 10'000;
+constexpr long long EpochJulianDay = 2'440'588;
 
 long long today()
 {
-    return QDateTime::currentDateTimeUtc().date().toJulianDay() - epochJulianDay;
+    return QDateTime::currentDateTimeUtc().date().toJulianDay() - EpochJulianDay;
 }
 
 std::string dayText(long long day)
 {
-    return QDate::fromJulianDay(day + epochJulianDay).toString(Qt::ISODate).toStdString();
+    return QDate::fromJulianDay(day + EpochJulianDay).toString(Qt::ISODate).toStdString();
 }
 
 std::optional<long long> parseDay(const std::string& text)
@@ -48,7 +48,7 @@ NmeaLog::NmeaLog(const NmeaOptions& options, InputReport report)
     : m_options(options),
       m_bad("nmea", options.strict, std::move(report)),
       m_order("nmea", options.strict, options.splitGapUs),
-      m_lines(openInput(options.file), longestSentence),
+      m_lines(openInput(options.file), LongestSentence),
       m_clock(today(), options.fixWeekRollover)
 {
     if (const auto day = parseDay(options.date)) {
@@ -109,7 +109,7 @@ bool NmeaLog::readSentence()
 void NmeaLog::take(LineReader::Result result)
 {
     if (result == LineReader::Result::TooLong) {
-        throw LineError("it is longer than " + std::to_string(longestSentence) + " bytes");
+        throw LineError("it is longer than " + std::to_string(LongestSentence) + " bytes");
     }
     const auto sentence = parseNmeaSentence(m_lines.line());
     if (!sentence) {
@@ -157,8 +157,8 @@ void NmeaLog::holdUntilDate(const NmeaMessage& message)
     m_held.push_back({m_lines.number(), message});
     if (message.day && message.timeOfDay) {
         releaseHeld();
-    } else if (m_held.size() >= mostWaiting) {
-        throw std::runtime_error("nmea: the first " + std::to_string(mostWaiting) + " sentences of " +
+    } else if (m_held.size() >= MostWaiting) {
+        throw std::runtime_error("nmea: the first " + std::to_string(MostWaiting) + " sentences of " +
                                  inputName(m_options.file) + " tell no date: name it with --date");
     }
 }
@@ -166,12 +166,12 @@ void NmeaLog::holdUntilDate(const NmeaMessage& message)
 // The date that came last is counted back to the first time of day.
 void NmeaLog::releaseHeld()
 {
-    constexpr long long halfDay = 43'200'000'000;
+    constexpr long long HalfDay = 43'200'000'000;
     long long day = m_held.back().message.day.value();
     std::optional<long long> later;
     for (auto entry = m_held.rbegin(); entry != m_held.rend(); ++entry) {
         if (const auto time = entry->message.timeOfDay) {
-            day -= later && *time > *later + halfDay ? 1 : 0;
+            day -= later && *time > *later + HalfDay ? 1 : 0;
             later = time;
         }
     }
@@ -192,9 +192,9 @@ void NmeaLog::place(const Entry& entry)
         }
     }
     m_group.push_back({entry.line, message.timeOfDay.has_value(), m_time.value_or(0), message.fix});
-    if (m_group.size() >= mostWaiting) {
+    if (m_group.size() >= MostWaiting) {
         if (!m_time) {
-            throw std::runtime_error("nmea: the first " + std::to_string(mostWaiting) + " sentences of " +
+            throw std::runtime_error("nmea: the first " + std::to_string(MostWaiting) + " sentences of " +
                                      inputName(m_options.file) + " tell no time");
         }
         releaseGroup();
@@ -224,7 +224,7 @@ bool NmeaLog::isGap(long long time) const
 }
 
 // Sentences without a time, from the timed one before the first of them to the later time, by their lines. Timed ones
-// behind them come first.
+// after them come first.
 void NmeaLog::spreadUntimed(std::size_t line, long long time)
 {
     const auto firstUntimed =
@@ -281,4 +281,4 @@ void NmeaLog::endInput()
     }
 }
 
-}  // namespace recstation
+}  // namespace RecStation

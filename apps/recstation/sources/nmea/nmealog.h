@@ -18,18 +18,18 @@
 #include "sources/nmea/nmeamessage.h"
 #include "sources/nmea/nmeasource.h"
 
-namespace recstation {
+namespace RecStation {
 
 struct TimedFix {
     unsigned long long time =
-        0;  ///< microseconds since 1970 UTC; not earlier than that of the fix before, but behind a gap
+        0;  ///< microseconds since 1970 UTC; not earlier than that of the fix before, but after a gap
     NmeaFix fix;
 };
 
 /// A sentence without a time lies between the timed sentence before it and the next one of a later time, as its line
-/// lies between theirs; behind the last timed sentence it has its time, before the first one that one's. A sentence
+/// lies between theirs; after the last timed sentence it has its time, before the first one that one's. A sentence
 /// whose time is earlier than one before has the latest time so far. Gaps that part recordings: between them no line
-/// lies, and behind one the time may be earlier.
+/// lies, and after one the time may be earlier.
 class NmeaLog {
 public:
     /// Opens the input.
@@ -88,4 +88,4 @@ private:
     bool m_ended = false;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

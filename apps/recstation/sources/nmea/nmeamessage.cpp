@@ -9,17 +9,17 @@
 
 #include "input/fields.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr double fullCircle = 360;
-constexpr double highestLatitude = 90;
-constexpr double highestLongitude = 180;
-constexpr double rightAngle = 90;
-constexpr double halfCircle = 180;
-constexpr double metresPerNauticalMile = 1852;
-constexpr double secondsPerHour = 3600;
+constexpr double FullCircle = 360;
+constexpr double HighestLatitude = 90;
+constexpr double HighestLongitude = 180;
+constexpr double RightAngle = 90;
+constexpr double HalfCircle = 180;
+constexpr double MetresPerNauticalMile = 1852;
+constexpr double SecondsPerHour = 3600;
 
 [[noreturn]] void refuse(const char* what, std::string_view field)
 {
@@ -51,15 +51,15 @@ std::optional<double> readNumber(std::string_view field, const char* what, doubl
 // hhmmss with any fraction; microseconds since midnight. The second 60 is a leap second.
 std::optional<long long> readTime(std::string_view field)
 {
-    constexpr std::size_t wholeLength = 6;
-    constexpr long long microsecondsPerSecond = 1'000'000;
+    constexpr std::size_t WholeLength = 6;
+    constexpr long long MicrosecondsPerSecond = 1'000'000;
     if (field.empty()) {
         return std::nullopt;
     }
-    const std::string_view whole = field.substr(0, wholeLength);
-    const std::string_view fraction = field.size() > wholeLength + 1 ? field.substr(wholeLength + 1) : "0";
-    const bool shaped = field.size() <= wholeLength || field[wholeLength] == '.';
-    if (whole.size() != wholeLength || !areDigits(whole) || !shaped || !areDigits(fraction)) {
+    const std::string_view whole = field.substr(0, WholeLength);
+    const std::string_view fraction = field.size() > WholeLength + 1 ? field.substr(WholeLength + 1) : "0";
+    const bool shaped = field.size() <= WholeLength || field[WholeLength] == '.';
+    if (whole.size() != WholeLength || !areDigits(whole) || !shaped || !areDigits(fraction)) {
         refuse("time", field);
     }
     const int hours = twoDigits(whole, 0);
@@ -69,27 +69,27 @@ std::optional<long long> readTime(std::string_view field)
         refuse("time", field);
     }
     long long microseconds = 0;
-    long long unit = microsecondsPerSecond / 10;
+    long long unit = MicrosecondsPerSecond / 10;
     for (const char digit : fraction) {
         microseconds += unit * (digit - '0');
         unit /= 10;
     }
-    return ((hours * 60LL + minutes) * 60 + seconds) * microsecondsPerSecond + microseconds;
+    return ((hours * 60LL + minutes) * 60 + seconds) * MicrosecondsPerSecond + microseconds;
 }
 
 // ddmmyy; days since 1970. Years from 80 on are of the 20th century.
 std::optional<long long> readDate(std::string_view field)
 {
-    constexpr std::size_t length = 6;
-    constexpr int firstOfOldCentury = 80;
+    constexpr std::size_t Length = 6;
+    constexpr int FirstOfOldCentury = 80;
     if (field.empty()) {
         return std::nullopt;
     }
-    if (field.size() != length || !areDigits(field)) {
+    if (field.size() != Length || !areDigits(field)) {
         refuse("date", field);
     }
     const int year = twoDigits(field, 4);
-    const QDate date(year < firstOfOldCentury ? 2000 + year : 1900 + year, twoDigits(field, 2), twoDigits(field, 0));
+    const QDate date(year < FirstOfOldCentury ? 2000 + year : 1900 + year, twoDigits(field, 2), twoDigits(field, 0));
     if (!date.isValid()) {
         refuse("date", field);
     }
@@ -100,7 +100,7 @@ std::optional<long long> readDate(std::string_view field)
 std::optional<double> readAngle(std::string_view field, std::string_view half, std::string_view halves,
                                 const char* what, double limit)
 {
-    constexpr double minutesPerDegree = 60;
+    constexpr double MinutesPerDegree = 60;
     if (field.empty() || half.empty()) {
         return std::nullopt;
     }
@@ -111,19 +111,19 @@ std::optional<double> readAngle(std::string_view field, std::string_view half, s
     }
     const auto degrees = parseNumber<double>(field.substr(0, wholeDigits - 2));
     const auto minutes = parseNumber<double>(field.substr(wholeDigits - 2));
-    if (!degrees || !minutes || *minutes >= minutesPerDegree || *degrees + *minutes / minutesPerDegree > limit) {
+    if (!degrees || !minutes || *minutes >= MinutesPerDegree || *degrees + *minutes / MinutesPerDegree > limit) {
         refuse(what, field);
     }
-    const double angle = *degrees + *minutes / minutesPerDegree;
+    const double angle = *degrees + *minutes / MinutesPerDegree;
     return half.front() == halves.front() ? angle : -angle;
 }
 
 void readPosition(const NmeaSentence& sentence, std::size_t first, NmeaFix& fix)
 {
     const auto latitude =
-        readAngle(sentence.field(first), sentence.field(first + 1), "NS", "latitude", highestLatitude);
+        readAngle(sentence.field(first), sentence.field(first + 1), "NS", "latitude", HighestLatitude);
     const auto longitude =
-        readAngle(sentence.field(first + 2), sentence.field(first + 3), "EW", "longitude", highestLongitude);
+        readAngle(sentence.field(first + 2), sentence.field(first + 3), "EW", "longitude", HighestLongitude);
     if (latitude && longitude) {
         fix.latitudeDeg = latitude;
         fix.longitudeDeg = longitude;
@@ -132,33 +132,33 @@ void readPosition(const NmeaSentence& sentence, std::size_t first, NmeaFix& fix)
 
 std::optional<double> fromKnots(std::optional<double> knots)
 {
-    return knots ? std::optional(*knots * metresPerNauticalMile / secondsPerHour) : std::nullopt;
+    return knots ? std::optional(*knots * MetresPerNauticalMile / SecondsPerHour) : std::nullopt;
 }
 
 std::optional<double> readSpeed(std::string_view field)
 {
-    constexpr double fastest = 1e5;
-    return readNumber(field, "speed", 0, fastest);
+    constexpr double Fastest = 1e5;
+    return readNumber(field, "speed", 0, Fastest);
 }
 
 // From 0 to below 360, without the dust of a sum in the last digits.
 double wrapped(double degrees)
 {
-    constexpr double perDegree = 1e6;
-    const double turned = std::fmod(std::round(degrees * perDegree), fullCircle * perDegree);
-    return (turned < 0 ? turned + fullCircle * perDegree : turned) / perDegree;
+    constexpr double PerDegree = 1e6;
+    const double turned = std::fmod(std::round(degrees * PerDegree), FullCircle * PerDegree);
+    return (turned < 0 ? turned + FullCircle * PerDegree : turned) / PerDegree;
 }
 
 std::optional<double> readHeading(std::string_view field)
 {
-    const auto heading = readNumber(field, "heading", 0, fullCircle);
+    const auto heading = readNumber(field, "heading", 0, FullCircle);
     return heading ? std::optional(wrapped(*heading)) : std::nullopt;
 }
 
 // Of the magnetic deviation or variation: east is added to the heading. No letter, no number: none.
 std::optional<double> readEasterly(std::string_view field, std::string_view side, const char* what)
 {
-    const auto angle = readNumber(field, what, 0, halfCircle);
+    const auto angle = readNumber(field, what, 0, HalfCircle);
     if (!angle || side.empty()) {
         return std::nullopt;
     }
@@ -168,12 +168,12 @@ std::optional<double> readEasterly(std::string_view field, std::string_view side
     return side == "E" ? *angle : -*angle;
 }
 
-// ---- the sentences, by the numbers of their fields behind the type
+// ---- the sentences, by the numbers of their fields after the type
 
 std::optional<NmeaMessage> readGga(const NmeaSentence& sentence)
 {
-    constexpr double deepest = -1e5;
-    constexpr double highest = 1e7;
+    constexpr double Deepest = -1e5;
+    constexpr double Highest = 1e7;
     const std::string_view quality = sentence.field(5);
     if (quality.empty() || quality == "0") {
         return std::nullopt;
@@ -181,7 +181,7 @@ std::optional<NmeaMessage> readGga(const NmeaSentence& sentence)
     NmeaMessage message;
     message.timeOfDay = readTime(sentence.field(0));
     readPosition(sentence, 1, message.fix);
-    const auto altitude = readNumber(sentence.field(8), "altitude", deepest, highest);
+    const auto altitude = readNumber(sentence.field(8), "altitude", Deepest, Highest);
     if (altitude && sentence.field(9) != "M") {
         refuse("unit of the altitude", sentence.field(9));
     }
@@ -205,7 +205,7 @@ std::optional<NmeaMessage> readRmc(const NmeaSentence& sentence)
 // Course true, T, course magnetic, M, knots, N, km/h, K, mode.
 std::optional<NmeaMessage> readVtg(const NmeaSentence& sentence)
 {
-    constexpr double metresPerKilometre = 1000;
+    constexpr double MetresPerKilometre = 1000;
     if (sentence.field(8) == "N") {
         return std::nullopt;
     }
@@ -213,7 +213,7 @@ std::optional<NmeaMessage> readVtg(const NmeaSentence& sentence)
     message.fix.speedMps = fromKnots(readSpeed(sentence.field(4)));
     if (!message.fix.speedMps) {
         if (const auto kilometresPerHour = readSpeed(sentence.field(6))) {
-            message.fix.speedMps = *kilometresPerHour * metresPerKilometre / secondsPerHour;
+            message.fix.speedMps = *kilometresPerHour * MetresPerKilometre / SecondsPerHour;
         }
     }
     return message;
@@ -230,7 +230,7 @@ std::optional<NmeaMessage> readHdt(const NmeaSentence& sentence)
 std::optional<NmeaMessage> readHdg(const NmeaSentence& sentence)
 {
     NmeaMessage message;
-    const auto magnetic = readNumber(sentence.field(0), "heading", 0, fullCircle);
+    const auto magnetic = readNumber(sentence.field(0), "heading", 0, FullCircle);
     const auto deviation = readEasterly(sentence.field(1), sentence.field(2), "deviation");
     const auto variation = readEasterly(sentence.field(3), sentence.field(4), "variation");
     if (magnetic && variation) {
@@ -248,8 +248,8 @@ std::optional<NmeaMessage> readPashr(const NmeaSentence& sentence)
     NmeaMessage message;
     message.timeOfDay = readTime(sentence.field(0));
     message.fix.headingDeg = sentence.field(2) == "T" ? readHeading(sentence.field(1)) : std::nullopt;
-    message.fix.rollDeg = readNumber(sentence.field(3), "roll", -halfCircle, halfCircle);
-    message.fix.pitchDeg = readNumber(sentence.field(4), "pitch", -rightAngle, rightAngle);
+    message.fix.rollDeg = readNumber(sentence.field(3), "roll", -HalfCircle, HalfCircle);
+    message.fix.pitchDeg = readNumber(sentence.field(4), "pitch", -RightAngle, RightAngle);
     return message;
 }
 
@@ -261,9 +261,9 @@ std::optional<NmeaMessage> readNmeaMessage(const NmeaSentence& sentence)
         std::string_view type;
         std::optional<NmeaMessage> (*read)(const NmeaSentence&);
     };
-    static constexpr Reader readers[] = {{"GGA", readGga}, {"RMC", readRmc}, {"VTG", readVtg},
+    static constexpr Reader Readers[] = {{"GGA", readGga}, {"RMC", readRmc}, {"VTG", readVtg},
                                          {"HDT", readHdt}, {"HDG", readHdg}, {"PASHR", readPashr}};
-    for (const Reader& reader : readers) {
+    for (const Reader& reader : Readers) {
         if (reader.type == sentence.type) {
             return reader.read(sentence);
         }
@@ -271,4 +271,4 @@ std::optional<NmeaMessage> readNmeaMessage(const NmeaSentence& sentence)
     return std::nullopt;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

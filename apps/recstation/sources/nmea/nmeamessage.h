@@ -5,7 +5,7 @@
 
 #include "sources/nmea/nmeasentence.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// Nothing where the sentence says nothing.
 struct NmeaFix {
@@ -33,4 +33,4 @@ struct NmeaMessage {
 /// @throws LineError when a field in use cannot be read
 [[nodiscard]] std::optional<NmeaMessage> readNmeaMessage(const NmeaSentence& sentence);
 
-}  // namespace recstation
+}  // namespace RecStation

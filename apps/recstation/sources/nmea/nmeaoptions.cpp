@@ -7,13 +7,13 @@
 #include "input/optionchecks.h"
 #include "sources/offeredsource.h"
 
-namespace recstation {
+namespace RecStation {
 
 using TerminalText::acceptedIf;
 
 namespace {
 
-constexpr auto nmeaExample = R"(
+constexpr auto NmeaExample = R"(
 Position, altitude, speed, heading, pitch and roll from GGA, RMC, VTG, HDT, HDG (with variation) and PASHR of any
 talker. Other sentences are skipped. Times are those of the sentences, dates those of RMC.
 
@@ -24,7 +24,7 @@ Examples:
 
 void addNmeaOptions(CLI::App& command, NmeaOptions& options)
 {
-    command.footer(nmeaExample);
+    command.footer(NmeaExample);
     addInputFile(command, options.file, "NMEA 0183 sentences; - is the standard input");
     command.add_option("--date", options.date, "Day of the first time, as 2026-11-21; the dates in RMC do not count")
         ->type_name("DATE")
@@ -49,9 +49,9 @@ std::shared_ptr<OfferedSource> offerNmea()
     return std::make_shared<SourceWith<NmeaOptions>>(
         SourceTraits{.name = "nmea",
                      .description = "Position, heading and attitude from NMEA 0183",
-                     .turn = 4,  // behind the bearings, whose heading is only the first
+                     .turn = 4,  // after the bearings, whose heading is only the first
                      .tellsPositions = true},
         addNmeaOptions, make);
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -7,7 +7,7 @@
 
 #include "input/fields.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -22,10 +22,10 @@ std::string_view withoutTagBlock(std::string_view text)
 
 void verifyChecksum(std::string_view body, std::string_view digits)
 {
-    constexpr int hexadecimal = 16;
+    constexpr int Hexadecimal = 16;
     unsigned stated = 0;
     const char* const end = digits.data() + digits.size();
-    const auto [stop, error] = std::from_chars(digits.data(), end, stated, hexadecimal);
+    const auto [stop, error] = std::from_chars(digits.data(), end, stated, Hexadecimal);
     if (digits.size() != 2 || error != std::errc() || stop != end) {
         throw LineError(shown(digits) + " behind the * is no checksum");
     }
@@ -41,13 +41,13 @@ void verifyChecksum(std::string_view body, std::string_view digits)
 // "GPGGA" is a GGA; proprietary sentences begin with P.
 std::string_view typeOf(std::string_view address)
 {
-    constexpr std::size_t addressLength = 5;
+    constexpr std::size_t AddressLength = 5;
     const bool letters = std::all_of(address.begin(), address.end(),
                                      [](char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); });
     if (address.empty() || !letters) {
         throw LineError(shown(address) + " names no sentence");
     }
-    return address.size() == addressLength && address.front() != 'P' ? address.substr(2) : address;
+    return address.size() == AddressLength && address.front() != 'P' ? address.substr(2) : address;
 }
 
 }  // namespace
@@ -81,4 +81,4 @@ std::optional<NmeaSentence> parseNmeaSentence(std::string_view line)
     return sentence;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

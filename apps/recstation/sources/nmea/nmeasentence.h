@@ -7,13 +7,13 @@
 
 #include "input/badlines.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// Views into the line.
 struct NmeaSentence {
     std::string_view address;              ///< with the talker: "GPGGA"
     std::string_view type;                 ///< without the talker: "GGA"; "PASHR" as it is, like all proprietary ones
-    std::vector<std::string_view> fields;  ///< behind the type
+    std::vector<std::string_view> fields;  ///< after the type
     bool hasChecksum = false;
 
     /// Empty when the sentence has fewer fields.
@@ -23,9 +23,9 @@ struct NmeaSentence {
     }
 };
 
-/// Nothing for a line without a sentence: blank, or a comment behind #, or one that begins with ! (AIS). A tag block in
+/// Nothing for a line without a sentence: blank, or a comment after #, or one that begins with ! (AIS). A tag block in
 /// front of a sentence is passed over.
 /// @throws LineError when the line is no sentence, or its checksum is wrong
 [[nodiscard]] std::optional<NmeaSentence> parseNmeaSentence(std::string_view line);
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -11,7 +11,7 @@
 #include "sources/nmea/nmealog.h"
 #include "sources/nmea/nmeavalues.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -113,4 +113,4 @@ std::unique_ptr<Source> makeNmeaSource(const NmeaOptions& options, InputReport r
     return std::make_unique<NmeaSource>(options, std::move(report));
 }
 
-}  // namespace recstation
+}  // namespace RecStation

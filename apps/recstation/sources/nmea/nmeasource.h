@@ -10,7 +10,7 @@
 #include "input/badlines.h"
 #include "sources/source.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// What the command line says.
 struct NmeaOptions {
@@ -18,7 +18,7 @@ struct NmeaOptions {
     std::string date;              ///< day of the first time, as 2026-11-21, instead of the dates in RMC
     bool fixWeekRollover = false;  ///< add 1,024 weeks to dates that a receiver may have rolled back
     bool strict = false;           ///< the first bad line ends the run
-    std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back behind them
+    std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back after them
     QString valuePath;                             ///< of a device to be named after the file; empty: none
 };
 
@@ -33,4 +33,4 @@ void logNmeaReport(const QString& sentence);
 /// holds no time or no date, and with strict at the first bad line. Memory is bounded.
 std::unique_ptr<Source> makeNmeaSource(const NmeaOptions& options, InputReport report = logNmeaReport);
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -5,7 +5,7 @@
 
 #include "attachedvalue.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
@@ -50,4 +50,4 @@ void NmeaValues::show(const NmeaFix& fix)
     set(m_roll, fix.rollDeg);
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -6,7 +6,7 @@
 
 #include "sources/nmea/nmeamessage.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// The values stay in the tree when this object goes.
 class NmeaValues {
@@ -29,4 +29,4 @@ private:
     Number m_roll;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <random>
 
-namespace recstation::exact {
+namespace RecStation::Exact {
 
 [[nodiscard]] double floor(double x);  ///< for |x| below 2^52
 /// To a whole number of steps: rounded(x, 10) has one decimal.
@@ -30,4 +30,4 @@ private:
     std::mt19937_64 m_generator;
 };
 
-}  // namespace recstation::exact
+}  // namespace RecStation::Exact

@@ -8,7 +8,7 @@
 
 #include "exactmath.h"
 
-namespace recstation::sim {
+namespace RecStation::Sim {
 
 /// Metres from the start of the route.
 struct Place {
@@ -29,7 +29,7 @@ struct Transmitter {
 /// Drives around a rectangle at varying speed.
 class Vehicle {
 public:
-    void drive(double seconds, exact::Random& random);
+    void drive(double seconds, Exact::Random& random);
 
     [[nodiscard]] const Place& place() const { return m_place; }
     [[nodiscard]] double headingDeg() const { return m_headingDeg; }
@@ -53,7 +53,7 @@ public:
     void advanceTo(unsigned long long ms);
     void drive(double seconds) { m_vehicle.drive(seconds, m_random); }
 
-    [[nodiscard]] exact::Random& random() { return m_random; }
+    [[nodiscard]] Exact::Random& random() { return m_random; }
     [[nodiscard]] const Vehicle& vehicle() const { return m_vehicle; }
     [[nodiscard]] const std::vector<Transmitter>& transmitters() const { return m_transmitters; }
 
@@ -70,10 +70,10 @@ private:
                    double levelDb);
     void addHops(std::span<float> cells);
 
-    exact::Random m_random;
+    Exact::Random m_random;
     Vehicle m_vehicle;
     std::vector<Transmitter> m_transmitters;
     double m_modulationDeg = 0;
 };
 
-}  // namespace recstation::sim
+}  // namespace RecStation::Sim

@@ -6,11 +6,11 @@
 #include "sources/offeredsource.h"
 #include "sources/sim/simsource.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr auto simExamples = R"(
+constexpr auto SimExamples = R"(
 A receiver that scans a band and monitors single frequencies, and a direction finder in a moving vehicle.
 The same seed, duration and start give the same recordings on every machine.
 
@@ -26,14 +26,14 @@ bool isSeed(const std::string& text)
 
 void addSimOptions(CLI::App& command, SimOptions& options)
 {
-    command.footer(simExamples);
+    command.footer(SimExamples);
     command.add_option("--seed", options.seed, "Number that all chance follows from")
         ->capture_default_str()
         ->check(TerminalText::acceptedIf(isSeed, "a whole number from 0 to 18446744073709551615"));
-    constexpr double longest = 1e9;
+    constexpr double Longest = 1e9;
     command.add_option("--duration", options.durationSeconds, "Recorded time, such as 90s, 3min, 1h (default: 3min)")
         ->type_name("TIME")
-        ->transform(TerminalText::inSeconds(0, longest));
+        ->transform(TerminalText::inSeconds(0, Longest));
     addStart(command, "Recorded time of the first change (default: 2026-01-01T00:00:00Z)",
              [&options](unsigned long long time) { options.startTime = time; });
 }
@@ -54,4 +54,4 @@ std::shared_ptr<OfferedSource> offerSim()
         addSimOptions, make);
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -6,26 +6,26 @@
 
 #include "simvalues.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr unsigned long long microsecondsPerMillisecond = 1000;
+constexpr unsigned long long MicrosecondsPerMillisecond = 1000;
 
-constexpr unsigned long long sweepMs = 250;
-constexpr unsigned long long ifMs = 100;
-constexpr unsigned long long levelMs = 100;
-constexpr unsigned long long bearingMs = 200;
-constexpr unsigned long long vehicleMs = 500;
+constexpr unsigned long long SweepMs = 250;
+constexpr unsigned long long IfMs = 100;
+constexpr unsigned long long LevelMs = 100;
+constexpr unsigned long long BearingMs = 200;
+constexpr unsigned long long VehicleMs = 500;
 
-constexpr std::int32_t spanKey100kHz = 1;
-constexpr std::int32_t spanKey500kHz = 3;
+constexpr std::int32_t SpanKey100kHz = 1;
+constexpr std::int32_t SpanKey500kHz = 3;
 
 // A measured value has the decimals that an instrument would show.
 double tenths(double value)
 {
-    constexpr double perUnit = 10;
-    return exact::rounded(value, perUnit);
+    constexpr double PerUnit = 10;
+    return Exact::rounded(value, PerUnit);
 }
 
 QString valuePath(const Instance& instance, const char* path)
@@ -45,17 +45,17 @@ SimSource::SimSource(const SimOptions& options, std::vector<Instance> instances)
       m_instances(std::move(instances)),
       m_durationMs(static_cast<unsigned long long>(options.durationSeconds * 1000)),
       m_scenery(options.seed),
-      m_bandCells(sim::bandChannels),
-      m_ifCells(sim::ifChannels)
+      m_bandCells(Sim::BandChannels),
+      m_ifCells(Sim::IfChannels)
 {
     // At the same time the operator acts first and the vehicle moves before anything is measured.
     m_activities = {
         {0, 0, &SimSource::operate},
-        {0, vehicleMs, &SimSource::moveVehicle},
-        {sweepMs, sweepMs, &SimSource::sweepBand},
-        {ifMs, ifMs, &SimSource::sweepAround},
-        {levelMs, levelMs, &SimSource::measureLevel},
-        {bearingMs, bearingMs, &SimSource::findDirections},
+        {0, VehicleMs, &SimSource::moveVehicle},
+        {SweepMs, SweepMs, &SimSource::sweepBand},
+        {IfMs, IfMs, &SimSource::sweepAround},
+        {LevelMs, LevelMs, &SimSource::measureLevel},
+        {BearingMs, BearingMs, &SimSource::findDirections},
     };
 }
 
@@ -78,13 +78,13 @@ void SimSource::prepare()
     int receivers = 0;
     int finders = 0;
     for (const Instance& instance : m_instances) {
-        sim::createDevice(instance, instance.directionFinding ? ++finders : ++receivers);
-        if (auto* spectrum = sim::findValue<sim::LevelMap>(valuePath(instance, "Scn/RfSpectrum"))) {
-            spectrum->SetChannelRange(values::ChannelRange::Even(sim::bandStartHz, sim::bandStepHz, sim::bandChannels));
+        Sim::createDevice(instance, instance.directionFinding ? ++finders : ++receivers);
+        if (auto* spectrum = Sim::findValue<Sim::LevelMap>(valuePath(instance, "Scn/RfSpectrum"))) {
+            spectrum->SetChannelRange(values::ChannelRange::Even(Sim::BandStartHz, Sim::BandStepHz, Sim::BandChannels));
         }
     }
-    if (auto* bearings = sim::findValue<sim::BearingMap>(absolute("/DfSpectrum"))) {
-        bearings->SetChannelRange(values::ChannelRange::Even(sim::finderStartHz, sim::bandStepHz, sim::finderChannels));
+    if (auto* bearings = Sim::findValue<Sim::BearingMap>(absolute("/DfSpectrum"))) {
+        bearings->SetChannelRange(values::ChannelRange::Even(Sim::FinderStartHz, Sim::BandStepHz, Sim::FinderChannels));
     }
 }
 
@@ -95,12 +95,12 @@ std::optional<unsigned long long> SimSource::nextTime()
     if (next->nextMs > m_durationMs) {
         return std::nullopt;
     }
-    return m_options.startTime + next->nextMs * microsecondsPerMillisecond;
+    return m_options.startTime + next->nextMs * MicrosecondsPerMillisecond;
 }
 
 void SimSource::step()
 {
-    m_nowMs = (nextTime().value_or(m_options.startTime) - m_options.startTime) / microsecondsPerMillisecond;
+    m_nowMs = (nextTime().value_or(m_options.startTime) - m_options.startTime) / MicrosecondsPerMillisecond;
     m_scenery.advanceTo(m_nowMs);
     for (Activity& activity : m_activities) {
         if (activity.nextMs == m_nowMs) {
@@ -113,14 +113,14 @@ void SimSource::step()
 
 unsigned long long SimSource::nowUs() const
 {
-    return m_options.startTime + m_nowMs * microsecondsPerMillisecond;
+    return m_options.startTime + m_nowMs * MicrosecondsPerMillisecond;
 }
 
 void SimSource::setOnReceivers(const char* path, double value)
 {
     for (const Instance& instance : m_instances) {
         if (!instance.directionFinding) {
-            sim::setNumber(valuePath(instance, path), value);
+            Sim::setNumber(valuePath(instance, path), value);
         }
     }
 }
@@ -129,7 +129,7 @@ void SimSource::chooseOnReceivers(const char* path, std::int32_t key)
 {
     for (const Instance& instance : m_instances) {
         if (!instance.directionFinding) {
-            sim::chooseKey(valuePath(instance, path), key);
+            Sim::chooseKey(valuePath(instance, path), key);
         }
     }
 }
@@ -140,7 +140,7 @@ void SimSource::sweepBand()
         return;
     }
     for (const Instance& instance : m_instances) {
-        auto* spectrum = sim::findValue<sim::LevelMap>(valuePath(instance, "Scn/RfSpectrum"));
+        auto* spectrum = Sim::findValue<Sim::LevelMap>(valuePath(instance, "Scn/RfSpectrum"));
         if (!instance.directionFinding && spectrum != nullptr && spectrum->size() == m_bandCells.size()) {
             m_scenery.sweepBand(m_bandCells);
             spectrum->SetCells(0, m_bandCells, nowUs());
@@ -150,91 +150,91 @@ void SimSource::sweepBand()
 
 void SimSource::sweepAround()
 {
-    auto* spectrum = sim::findValue<sim::LevelMap>(absolute("/IfMapping"));
-    auto* span = sim::findValue<values::ValueSelection>(absolute("/IFSPAN"));
+    auto* spectrum = Sim::findValue<Sim::LevelMap>(absolute("/IfMapping"));
+    auto* span = Sim::findValue<values::ValueSelection>(absolute("/IFSPAN"));
     if (!m_monitoring || spectrum == nullptr || span == nullptr) {
         return;
     }
     const double spanHz = span->GetCurrentValue();
-    const double stepHz = spanHz / static_cast<double>(sim::ifChannels - 1);
-    spectrum->SetChannelRange(values::ChannelRange::Even(tuned().frequencyHz - spanHz / 2, stepHz, sim::ifChannels));
+    const double stepHz = spanHz / static_cast<double>(Sim::IfChannels - 1);
+    spectrum->SetChannelRange(values::ChannelRange::Even(tuned().frequencyHz - spanHz / 2, stepHz, Sim::IfChannels));
     m_scenery.sweepAround(tuned(), spanHz, m_ifCells);
     spectrum->SetCells(0, m_ifCells, nowUs());
 }
 
 void SimSource::measureLevel()
 {
-    constexpr double squelchDb = -95;
+    constexpr double SquelchDb = -95;
     if (!m_monitoring) {
         return;
     }
-    const double noise = sim::noiseFloorDb + m_scenery.random().bell();
+    const double noise = Sim::NoiseFloorDb + m_scenery.random().bell();
     const double level = tuned().on ? std::max(noise, m_scenery.levelDb(tuned())) : noise;
-    sim::setNumber(absolute("/LEVEL"), tenths(level));
-    sim::setNumber(absolute("/FIELDSTRENGTH"), tenths(level + sim::fieldStrengthFactorDb));
+    Sim::setNumber(absolute("/LEVEL"), tenths(level));
+    Sim::setNumber(absolute("/FIELDSTRENGTH"), tenths(level + Sim::FieldStrengthFactorDb));
     for (const Instance& instance : m_instances) {
         if (!instance.directionFinding) {
-            sim::setFlag(valuePath(instance, "Mon/SquelchState"), level > squelchDb);
+            Sim::setFlag(valuePath(instance, "Mon/SquelchState"), level > SquelchDb);
         }
     }
 }
 
 void SimSource::findDirections()
 {
-    constexpr double spreadDeg = 1.5;
-    constexpr double bestQuality = 95;
-    auto* bearings = sim::findValue<sim::BearingMap>(absolute("/DfSpectrum"));
-    if (bearings == nullptr || bearings->size() != sim::finderChannels) {
+    constexpr double SpreadDeg = 1.5;
+    constexpr double BestQuality = 95;
+    auto* bearings = Sim::findValue<Sim::BearingMap>(absolute("/DfSpectrum"));
+    if (bearings == nullptr || bearings->size() != Sim::FinderChannels) {
         return;
     }
-    std::vector<values::Bearing> cells(sim::finderChannels);
+    std::vector<values::Bearing> cells(Sim::FinderChannels);
     const values::Bearing* strongest = nullptr;
-    for (const sim::Transmitter& transmitter : m_scenery.transmitters()) {
-        const double channel = (transmitter.frequencyHz - sim::finderStartHz) / sim::bandStepHz;
+    for (const Sim::Transmitter& transmitter : m_scenery.transmitters()) {
+        const double channel = (transmitter.frequencyHz - Sim::FinderStartHz) / Sim::BandStepHz;
         if (!transmitter.on || channel < 0 || channel >= static_cast<double>(cells.size())) {
             continue;
         }
         values::Bearing& cell = cells[static_cast<std::size_t>(channel)];
-        const double error = spreadDeg * m_scenery.random().bell();
-        cell.azimuthDeg = tenths(exact::wrapDeg(m_scenery.bearingDeg(transmitter) + error));
+        const double error = SpreadDeg * m_scenery.random().bell();
+        cell.azimuthDeg = tenths(Exact::wrapDeg(m_scenery.bearingDeg(transmitter) + error));
         cell.elevationDeg = tenths(m_scenery.random().uniform(-2, 6));
         cell.levelDb = tenths(m_scenery.levelDb(transmitter));
-        cell.quality = tenths(bestQuality - std::min(bestQuality, 10 * std::max(error, -error)));
+        cell.quality = tenths(BestQuality - std::min(BestQuality, 10 * std::max(error, -error)));
         strongest = strongest == nullptr || cell.levelDb > strongest->levelDb ? &cell : strongest;
     }
     bearings->SetCells(0, cells, nowUs());
     if (strongest != nullptr) {
-        sim::setNumber(absolute("/AZIMUTH"), strongest->azimuthDeg);
-        sim::setNumber(absolute("/ELEVATION"), strongest->elevationDeg);
-        sim::setNumber(absolute("/QUALITY"), strongest->quality);
+        Sim::setNumber(absolute("/AZIMUTH"), strongest->azimuthDeg);
+        Sim::setNumber(absolute("/ELEVATION"), strongest->elevationDeg);
+        Sim::setNumber(absolute("/QUALITY"), strongest->quality);
     }
 }
 
 void SimSource::moveVehicle()
 {
-    constexpr double baseAltitude = 310;
-    constexpr double degreeSteps = 1e7;
-    constexpr double compassSpreadDeg = 0.3;
-    m_scenery.drive(static_cast<double>(vehicleMs) / 1000);
-    const sim::Vehicle& vehicle = m_scenery.vehicle();
-    sim::setNumber(absolute("/LOCATIONLATITUDE"), exact::rounded(vehicle.latitude(), degreeSteps));
-    sim::setNumber(absolute("/LOCATIONLONGITUDE"), exact::rounded(vehicle.longitude(), degreeSteps));
-    sim::setNumber(absolute("/TRUEHEADING"),
-                   tenths(exact::wrapDeg(vehicle.headingDeg() + compassSpreadDeg * m_scenery.random().bell())));
-    sim::setNumber(absolute("/VELOCITY"), tenths(vehicle.speed()));
-    sim::setNumber(absolute("/ALTITUDE"), tenths(baseAltitude + vehicle.place().north / 100));
-    sim::setNumber(absolute("/PITCH"), tenths(m_scenery.random().uniform(-2, 2)));
-    sim::setNumber(absolute("/ROLL"), tenths(m_scenery.random().uniform(-3, 3)));
+    constexpr double BaseAltitude = 310;
+    constexpr double DegreeSteps = 1e7;
+    constexpr double CompassSpreadDeg = 0.3;
+    m_scenery.drive(static_cast<double>(VehicleMs) / 1000);
+    const Sim::Vehicle& vehicle = m_scenery.vehicle();
+    Sim::setNumber(absolute("/LOCATIONLATITUDE"), Exact::rounded(vehicle.latitude(), DegreeSteps));
+    Sim::setNumber(absolute("/LOCATIONLONGITUDE"), Exact::rounded(vehicle.longitude(), DegreeSteps));
+    Sim::setNumber(absolute("/TRUEHEADING"),
+                   tenths(Exact::wrapDeg(vehicle.headingDeg() + CompassSpreadDeg * m_scenery.random().bell())));
+    Sim::setNumber(absolute("/VELOCITY"), tenths(vehicle.speed()));
+    Sim::setNumber(absolute("/ALTITUDE"), tenths(BaseAltitude + vehicle.place().north / 100));
+    Sim::setNumber(absolute("/PITCH"), tenths(m_scenery.random().uniform(-2, 2)));
+    Sim::setNumber(absolute("/ROLL"), tenths(m_scenery.random().uniform(-3, 3)));
 }
 
 // Scanning and monitoring take turns; while monitoring, the operator tunes to one transmitter after the other.
 void SimSource::operate()
 {
-    constexpr double shortestScanMs = 15'000;
-    constexpr double longestScanMs = 25'000;
-    constexpr double shortestTuningMs = 3'000;
-    constexpr double longestTuningMs = 6'000;
-    constexpr std::uint32_t mostTunings = 4;
+    constexpr double ShortestScanMs = 15'000;
+    constexpr double LongestScanMs = 25'000;
+    constexpr double ShortestTuningMs = 3'000;
+    constexpr double LongestTuningMs = 6'000;
+    constexpr std::uint32_t MostTunings = 4;
     const bool first = m_nowMs == 0;
     if (m_tuningsLeft > 0) {
         --m_tuningsLeft;
@@ -242,12 +242,12 @@ void SimSource::operate()
     } else if (m_monitoring || first) {
         startScan();
     } else {
-        m_tuningsLeft = m_scenery.random().below(mostTunings);
+        m_tuningsLeft = m_scenery.random().below(MostTunings);
         startMonitoring();
         tune();
     }
-    const double pause = m_monitoring ? m_scenery.random().uniform(shortestTuningMs, longestTuningMs)
-                                      : m_scenery.random().uniform(shortestScanMs, longestScanMs);
+    const double pause = m_monitoring ? m_scenery.random().uniform(ShortestTuningMs, LongestTuningMs)
+                                      : m_scenery.random().uniform(ShortestScanMs, LongestScanMs);
     m_activities.front().nextMs = m_nowMs + static_cast<unsigned long long>(pause);
 }
 
@@ -255,36 +255,36 @@ void SimSource::startScan()
 {
     m_monitoring = false;
     // The recorder moves the scan range to the IF span when it starts while a frequency is monitored.
-    setOnReceivers("Scn/StartFreq", sim::bandStartHz);
-    setOnReceivers("Scn/StopFreq", sim::bandStopHz);
+    setOnReceivers("Scn/StartFreq", Sim::BandStartHz);
+    setOnReceivers("Scn/StopFreq", Sim::BandStopHz);
     chooseOnReceivers("Scn/SEARCHSCANMODE", 1);
-    chooseOnReceivers("Gen/DRVCOMMANDS", sim::scanKey);
-    sim::chooseKey(absolute("/OPERATEMODE"), 0);
+    chooseOnReceivers("Gen/DRVCOMMANDS", Sim::ScanKey);
+    Sim::chooseKey(absolute("/OPERATEMODE"), 0);
 }
 
 void SimSource::startMonitoring()
 {
     m_monitoring = true;
     chooseOnReceivers("Scn/SEARCHSCANMODE", 0);
-    chooseOnReceivers("Gen/DRVCOMMANDS", sim::monitorKey);
-    sim::chooseKey(absolute("/OPERATEMODE"), 1);
+    chooseOnReceivers("Gen/DRVCOMMANDS", Sim::MonitorKey);
+    Sim::chooseKey(absolute("/OPERATEMODE"), 1);
 }
 
 void SimSource::tune()
 {
-    constexpr double wideHz = 50e3;
-    constexpr double strongDb = -70;
-    constexpr double attenuationDb = 10;
+    constexpr double WideHz = 50e3;
+    constexpr double StrongDb = -70;
+    constexpr double AttenuationDb = 10;
     const auto count = static_cast<std::uint32_t>(m_scenery.transmitters().size());
     m_tuned = m_scenery.random().below(count);
-    const bool wide = tuned().widthHz > wideHz;
-    sim::setNumber(absolute("/FREQUENCY"), tuned().frequencyHz);
-    sim::chooseKey(absolute("/IFSPAN"), wide ? spanKey500kHz : spanKey100kHz);
-    sim::setNumber(absolute("/DFBANDWIDTH"), tuned().widthHz);
-    sim::setNumber(absolute("/RFAZIMUTHRULER"), tenths(m_scenery.bearingDeg(tuned())));
+    const bool wide = tuned().widthHz > WideHz;
+    Sim::setNumber(absolute("/FREQUENCY"), tuned().frequencyHz);
+    Sim::chooseKey(absolute("/IFSPAN"), wide ? SpanKey500kHz : SpanKey100kHz);
+    Sim::setNumber(absolute("/DFBANDWIDTH"), tuned().widthHz);
+    Sim::setNumber(absolute("/RFAZIMUTHRULER"), tenths(m_scenery.bearingDeg(tuned())));
     setOnReceivers("Mon/BANDWIDTH", tuned().widthHz);
     chooseOnReceivers("Mon/DEMODULATION", wide ? 2 : 0);
-    setOnReceivers("Mon/Attenuation", m_scenery.levelDb(tuned()) > strongDb ? attenuationDb : 0);
+    setOnReceivers("Mon/Attenuation", m_scenery.levelDb(tuned()) > StrongDb ? AttenuationDb : 0);
 }
 
 std::unique_ptr<Source> makeSimSource(const SimOptions& options, const std::vector<Instance>& instances)
@@ -292,4 +292,4 @@ std::unique_ptr<Source> makeSimSource(const SimOptions& options, const std::vect
     return std::make_unique<SimSource>(options, instances);
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -11,7 +11,7 @@
 #include "scenery.h"
 #include "sources/source.h"
 
-namespace recstation {
+namespace RecStation {
 
 struct SimOptions {
     std::uint64_t seed = 1;
@@ -57,12 +57,12 @@ private:
     void setOnReceivers(const char* path, double value);
     void chooseOnReceivers(const char* path, std::int32_t key);
     [[nodiscard]] unsigned long long nowUs() const;
-    [[nodiscard]] const sim::Transmitter& tuned() const { return m_scenery.transmitters()[m_tuned]; }
+    [[nodiscard]] const Sim::Transmitter& tuned() const { return m_scenery.transmitters()[m_tuned]; }
 
     SimOptions m_options;
     std::vector<Instance> m_instances;
     unsigned long long m_durationMs;
-    sim::Scenery m_scenery;
+    Sim::Scenery m_scenery;
     std::vector<Activity> m_activities;
     unsigned long long m_nowMs = 0;  // since the start
     bool m_monitoring = false;
@@ -75,4 +75,4 @@ private:
 
 [[nodiscard]] std::unique_ptr<Source> makeSimSource(const SimOptions& options, const std::vector<Instance>& instances);
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -6,15 +6,15 @@
 
 #include "band.h"
 
-namespace recstation::sim {
+namespace RecStation::Sim {
 
 namespace {
 
 using values::ValueType;
 
-constexpr std::array rows = {
+constexpr std::array Rows = {
     KeywordValue{"RFSPECTRUM", "Scn/RfSpectrum", ValueType::LevelMap},
-    KeywordValue{"DRVCOMMANDS", "Gen/DRVCOMMANDS", ValueType::Selection, scanKey},
+    KeywordValue{"DRVCOMMANDS", "Gen/DRVCOMMANDS", ValueType::Selection, ScanKey},
     KeywordValue{"SEARCHSCANMODE", "Scn/SEARCHSCANMODE", ValueType::Selection, 1},
     KeywordValue{"BANDWIDTH", "Mon/BANDWIDTH", ValueType::Numeric, 25e3, 100, 1e6},
     KeywordValue{"MODULATION", "Mon/DEMODULATION", ValueType::Selection, 0},
@@ -24,9 +24,9 @@ constexpr std::array rows = {
     KeywordValue{"ANTENNA", "Mon/Antenna", ValueType::Selection, 0},
     KeywordValue{"FREQOFFSET", "Mon/FreqOffset", ValueType::Numeric, 0, -1e6, 1e6},
     KeywordValue{"RFYLIMIT", "Mon/RFYLIMIT", ValueType::Numeric, 0, -130, -20},
-    KeywordValue{"STARTFREQ", "Scn/StartFreq", ValueType::Numeric, bandStartHz, 20e6, 3e9},
-    KeywordValue{"STOPFREQ", "Scn/StopFreq", ValueType::Numeric, bandStopHz, 20e6, 3e9},
-    KeywordValue{"STEPFREQ", "Scn/StepFreq", ValueType::Numeric, bandStepHz, 1e3, 1e6},
+    KeywordValue{"STARTFREQ", "Scn/StartFreq", ValueType::Numeric, BandStartHz, 20e6, 3e9},
+    KeywordValue{"STOPFREQ", "Scn/StopFreq", ValueType::Numeric, BandStopHz, 20e6, 3e9},
+    KeywordValue{"STEPFREQ", "Scn/StepFreq", ValueType::Numeric, BandStepHz, 1e3, 1e6},
     KeywordValue{"DEVICENAME", "Adm/DRIVERNAME", ValueType::String},
     KeywordValue{"DEVICETYPE", "Adm/DEVICE_TYPE", ValueType::String},
     KeywordValue{"DFSPECTRUM", "/DfSpectrum", ValueType::BearingMap},
@@ -36,8 +36,8 @@ constexpr std::array rows = {
     KeywordValue{"ELEVATIONSTOP", "/RFSTOPELEVATION", ValueType::Numeric, 90, -90, 90},
     KeywordValue{"STARTLEVEL", "Scn/StartLevel", ValueType::Numeric, -130, -150, 50},
     KeywordValue{"STOPLEVEL", "Scn/StopLevel", ValueType::Numeric, -20, -150, 50},
-    KeywordValue{"LOCATIONLATITUDE", "/LOCATIONLATITUDE", ValueType::Numeric, originLatitude, -90, 90},
-    KeywordValue{"LOCATIONLONGITUDE", "/LOCATIONLONGITUDE", ValueType::Numeric, originLongitude, -180, 180},
+    KeywordValue{"LOCATIONLATITUDE", "/LOCATIONLATITUDE", ValueType::Numeric, OriginLatitude, -90, 90},
+    KeywordValue{"LOCATIONLONGITUDE", "/LOCATIONLONGITUDE", ValueType::Numeric, OriginLongitude, -180, 180},
     KeywordValue{"RFAZIMUTHRULER", "/RFAZIMUTHRULER", ValueType::Numeric, 0, 0, 360},
     KeywordValue{"RFELEVATIONRULER", "/RFELEVATIONRULER", ValueType::Numeric, 0, -90, 90},
     KeywordValue{"IFSTARTLEVEL", "/IFSTARTLEVEL", ValueType::Numeric, -140, -150, 50},
@@ -47,8 +47,8 @@ constexpr std::array rows = {
     KeywordValue{"DFBANDWIDTH", "/DFBANDWIDTH", ValueType::Numeric, 25e3, 100, 1e6},
     KeywordValue{"AFBANDWIDTH", "/AFBANDWIDTH", ValueType::Numeric, 8e3, 100, 20e3},
     KeywordValue{"AZIMUTH", "/AZIMUTH", ValueType::Numeric, 0, 0, 360},
-    KeywordValue{"LEVEL", "/LEVEL", ValueType::Numeric, noiseFloorDb, -150, 50},
-    KeywordValue{"FIELDSTRENGTH", "/FIELDSTRENGTH", ValueType::Numeric, noiseFloorDb + fieldStrengthFactorDb, -20, 160},
+    KeywordValue{"LEVEL", "/LEVEL", ValueType::Numeric, NoiseFloorDb, -150, 50},
+    KeywordValue{"FIELDSTRENGTH", "/FIELDSTRENGTH", ValueType::Numeric, NoiseFloorDb + FieldStrengthFactorDb, -20, 160},
     KeywordValue{"ELEVATION", "/ELEVATION", ValueType::Numeric, 0, -90, 90},
     KeywordValue{"QUALITY", "/QUALITY", ValueType::Numeric, 0, 0, 100},
     KeywordValue{"OPERATEMODE", "/OPERATEMODE", ValueType::Selection, 0},
@@ -70,10 +70,10 @@ struct ItemRow {
     std::int32_t key;
 };
 
-constexpr std::array itemRows = {
-    ItemRow{"Gen/DRVCOMMANDS", "Scan", 0, scanKey},
-    ItemRow{"Gen/DRVCOMMANDS", "Monitor", 1, monitorKey},
-    ItemRow{"Gen/DRVCOMMANDS", "Direction finding", 2, directionFindingKey},
+constexpr std::array ItemRows = {
+    ItemRow{"Gen/DRVCOMMANDS", "Scan", 0, ScanKey},
+    ItemRow{"Gen/DRVCOMMANDS", "Monitor", 1, MonitorKey},
+    ItemRow{"Gen/DRVCOMMANDS", "Direction finding", 2, DirectionFindingKey},
     ItemRow{"Scn/SEARCHSCANMODE", "Off", 0, 0},
     ItemRow{"Scn/SEARCHSCANMODE", "Panorama scan", 1, 1},
     ItemRow{"Mon/DEMODULATION", "FM", 0, 0},
@@ -107,7 +107,7 @@ std::unique_ptr<values::ValueBase> makeNumber(const KeywordValue& row)
 std::unique_ptr<values::ValueBase> makeSelection(const KeywordValue& row)
 {
     auto selection = std::make_unique<values::ValueSelection>();
-    for (const ItemRow& item : itemRows) {
+    for (const ItemRow& item : ItemRows) {
         if (QLatin1String(item.path) == QLatin1String(row.path)) {
             selection->AddItem(new values::SelectionItem(QString::fromLatin1(item.name), item.value, item.key));
         }
@@ -163,26 +163,26 @@ void setText(const QString& path, const QString& text)
 
 std::span<const KeywordValue> keywordValues()
 {
-    return rows;
+    return Rows;
 }
 
 void createDevice(const Instance& instance, int number)
 {
-    constexpr auto jobId = "/KDXServer/Dcd/DcdAttr/DcdID";
-    for (const KeywordValue& row : rows) {
+    constexpr auto JobId = "/KDXServer/Dcd/DcdAttr/DcdID";
+    for (const KeywordValue& row : Rows) {
         create(instance.valuePath, row);
     }
     create(instance.valuePath, {"", "AntennaMode", ValueType::Selection, instance.directionFinding ? 1.0 : 0.0});
-    create(instance.valuePath, {"", jobId, ValueType::String});
+    create(instance.valuePath, {"", JobId, ValueType::String});
     const bool finder = instance.directionFinding;
-    setText(QLatin1String(jobId), QStringLiteral("Simulation"));
+    setText(QLatin1String(JobId), QStringLiteral("Simulation"));
     setText(QStringLiteral("/DEVICE_CAPTION"), QStringLiteral("Simulated vehicle"));
     setText(absolutePath(instance.valuePath, "Adm/DRIVERNAME"),
             (finder ? QStringLiteral("DF %1") : QStringLiteral("RX %1")).arg(number));
     setText(absolutePath(instance.valuePath, "Adm/DEVICE_TYPE"),
             finder ? QStringLiteral("Simulated direction finder") : QStringLiteral("Simulated receiver"));
     if (finder) {
-        chooseKey(absolutePath(instance.valuePath, "Gen/DRVCOMMANDS"), directionFindingKey);
+        chooseKey(absolutePath(instance.valuePath, "Gen/DRVCOMMANDS"), DirectionFindingKey);
     }
 }
 
@@ -208,4 +208,4 @@ void chooseKey(const QString& path, std::int32_t key)
     }
 }
 
-}  // namespace recstation::sim
+}  // namespace RecStation::Sim

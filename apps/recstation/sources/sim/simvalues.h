@@ -11,7 +11,7 @@
 
 #include "configuration.h"
 
-namespace recstation::sim {
+namespace RecStation::Sim {
 
 using LevelMap = values::FastValueMap<float, values::levelHandler>;
 using BearingMap = values::ValueMap<values::Bearing, values::BearingHandler>;
@@ -45,4 +45,4 @@ template <typename T>
     return dynamic_cast<T*>(values::Tree::Instance()->Find(path));
 }
 
-}  // namespace recstation::sim
+}  // namespace RecStation::Sim

@@ -7,11 +7,11 @@
 #include <limits>
 #include <utility>
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr std::size_t mostRows = 262'144;
+constexpr std::size_t MostRows = 262'144;
 
 using Place = SweepLayout::Place;
 
@@ -62,19 +62,19 @@ double SweepLayout::stepHz() const
 // Bins whose channel lies in the row below. Edges that are rounded to whole Hz overlap by less.
 void SweepLayout::skipOverlaps(bool lowerEdges)
 {
-    constexpr double tolerance = 0.01;  // bins
+    constexpr double Tolerance = 0.01;  // bins
     for (std::size_t i = 0; i < m_rows.size(); ++i) {
         Place& row = m_rows[i];
         const double bins = i == 0 ? 0 : (m_rows[i - 1].highHz - row.lowHz) / binWidth(row);
-        const double skipped = lowerEdges ? std::ceil(bins - tolerance) : std::round(bins);
+        const double skipped = lowerEdges ? std::ceil(bins - Tolerance) : std::round(bins);
         row.skipped = skipped <= 0 ? 0 : std::min(row.bins - 1, static_cast<std::size_t>(skipped));
     }
 }
 
 bool SweepLayout::placeOnGrid(double offset)
 {
-    constexpr double tolerance = 0.01;  // bins
-    constexpr std::size_t widestGaps = 3;
+    constexpr double Tolerance = 0.01;  // bins
+    constexpr std::size_t WidestGaps = 3;
     const double firstHz = firstChannelHz(m_rows.front(), offset);
     // From row to row with the width of the first; then the width that fits them all.
     double steps = 0;
@@ -82,12 +82,12 @@ bool SweepLayout::placeOnGrid(double offset)
     for (std::size_t i = 0; i < m_rows.size(); ++i) {
         const double below = i == 0 ? firstHz : firstChannelHz(m_rows[i - 1], offset);
         steps += std::round((firstChannelHz(m_rows[i], offset) - below) / binWidth(m_rows.front()));
-        m_rows[i].channel = steps < static_cast<double>(SweepRowParser::mostBins) ? static_cast<std::size_t>(steps) : 0;
+        m_rows[i].channel = steps < static_cast<double>(SweepRowParser::MostBins) ? static_cast<std::size_t>(steps) : 0;
         measured += static_cast<double>(m_rows[i].bins - m_rows[i].skipped);
     }
     const Place& last = m_rows.back();
     const double total = steps + static_cast<double>(last.bins - last.skipped);
-    if (total > std::min((widestGaps + 1) * measured, static_cast<double>(SweepRowParser::mostBins))) {
+    if (total > std::min((WidestGaps + 1) * measured, static_cast<double>(SweepRowParser::MostBins))) {
         return false;
     }
     const double stepHz = steps > 0 ? (firstChannelHz(last, offset) - firstHz) / steps : binWidth(last);
@@ -95,7 +95,7 @@ bool SweepLayout::placeOnGrid(double offset)
     for (const Place& row : m_rows) {
         const auto offGrid = [&](std::size_t bin) {
             const double gridHz = firstHz + stepHz * static_cast<double>(row.channel + bin - row.skipped);
-            return std::abs(channelHz(row, bin, offset) - gridHz) > tolerance * stepHz;
+            return std::abs(channelHz(row, bin, offset) - gridHz) > Tolerance * stepHz;
         };
         if (row.channel < next || offGrid(row.skipped) || offGrid(row.bins - 1)) {
             return false;
@@ -136,11 +136,11 @@ bool SweepAssembly::beginsNext(const SweepRow& row) const
 
 void SweepAssembly::add(const SweepRow& row)
 {
-    if (row.levelsDb.size() > SweepRowParser::mostBins - m_levels.size()) {
-        throw LineError("the sweep has more than " + std::to_string(SweepRowParser::mostBins) + " values");
+    if (row.levelsDb.size() > SweepRowParser::MostBins - m_levels.size()) {
+        throw LineError("the sweep has more than " + std::to_string(SweepRowParser::MostBins) + " values");
     }
-    if (m_rows.size() >= mostRows) {
-        throw LineError("the sweep has more than " + std::to_string(mostRows) + " rows");
+    if (m_rows.size() >= MostRows) {
+        throw LineError("the sweep has more than " + std::to_string(MostRows) + " rows");
     }
     if (m_rows.empty()) {
         m_time = row.time;
@@ -171,8 +171,8 @@ bool SweepAssembly::isPartOfLayout() const
 
 bool SweepAssembly::complete() const
 {
-    constexpr std::size_t sure = 2;
-    return m_sameLayouts >= sure && isLayout();
+    constexpr std::size_t Sure = 2;
+    return m_sameLayouts >= Sure && isLayout();
 }
 
 void SweepAssembly::take(Sweep& sweep)
@@ -204,4 +204,4 @@ void SweepAssembly::take(Sweep& sweep)
     m_loss = false;
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -10,7 +10,7 @@
 
 #include "sources/sweep/sweeprow.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// The channels of a sweep, and where the values of each of its rows go.
 ///
@@ -65,7 +65,7 @@ public:
 
     [[nodiscard]] bool empty() const { return m_rows.empty(); }
     [[nodiscard]] std::size_t rows() const { return m_rows.size(); }
-    /// Whether a row belongs to the sweep behind the one that is being put together.
+    /// Whether a row belongs to the sweep after the one that is being put together.
     [[nodiscard]] bool beginsNext(const SweepRow& row) const;
     /// @throws LineError when the sweep has too many values or rows
     void add(const SweepRow& row);
@@ -99,4 +99,4 @@ private:
     std::size_t m_sameLayouts = 0;  // sweeps in a row that had it
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -6,11 +6,11 @@
 #include "input/optionchecks.h"
 #include "sources/offeredsource.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr auto sweepExample = R"(
+constexpr auto SweepExample = R"(
 Every line is a row: date, time, lowest Hz, highest Hz, bin width in Hz, samples, and a level in dB for every bin.
 The rows of a sweep are put together to one RF spectrum. rtl_power, hackrf_sweep and others write this.
 
@@ -20,7 +20,7 @@ Examples:
 
 void addSweepOptions(CLI::App& command, SweepOptions& options)
 {
-    command.footer(sweepExample);
+    command.footer(SweepExample);
     addInputFile(command, options.file, "Rows as CSV; - is the standard input");
     addUtcOffset(command, options.utcOffset, "How far the rows' times are ahead of UTC, as -05:00");
     command
@@ -46,4 +46,4 @@ std::shared_ptr<OfferedSource> offerSweep()
         addSweepOptions, make);
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -9,12 +9,12 @@
 #include "input/fields.h"
 #include "input/logtime.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr double highestHz = 1e12;
-constexpr float highestDb = 1000;
+constexpr double HighestHz = 1e12;
+constexpr float HighestDb = 1000;
 
 long long checkedUtcOffset(const std::string& offset)
 {
@@ -63,14 +63,14 @@ Bins readBins(CommaFields& fields)
     bins.highHz = requireNumber(fields, "highest frequency");
     bins.stepHz = requireNumber(fields, "bin width");
     static_cast<void>(requireNumber(fields, "number of samples"));
-    if (bins.lowHz < 0 || bins.highHz > highestHz || bins.highHz <= bins.lowHz) {
+    if (bins.lowHz < 0 || bins.highHz > HighestHz || bins.highHz <= bins.lowHz) {
         throw LineError("no band reaches from " + hertz(bins.lowHz) + " to " + hertz(bins.highHz) + " Hz");
     }
     if (bins.stepHz <= 0) {
         throw LineError("the bin width " + hertz(bins.stepHz) + " Hz is not above 0");
     }
     const double count = std::round((bins.highHz - bins.lowHz) / bins.stepHz);
-    if (count < 1 || count > static_cast<double>(SweepRowParser::mostBins)) {
+    if (count < 1 || count > static_cast<double>(SweepRowParser::MostBins)) {
         throw LineError("bins of " + hertz(bins.stepHz) + " Hz do not fit " + hertz(bins.lowHz) + " to " +
                         hertz(bins.highHz) + " Hz");
     }
@@ -80,18 +80,18 @@ Bins readBins(CommaFields& fields)
 
 float readLevel(std::string_view field)
 {
-    constexpr float none = std::numeric_limits<float>::quiet_NaN();
+    constexpr float None = std::numeric_limits<float>::quiet_NaN();
     if (field.empty()) {
-        return none;
+        return None;
     }
     const auto level = parseNumber<float>(field);
     if (!level) {
         throw LineError("the level " + shown(field) + " is no number");
     }
     if (std::isnan(*level) || *level == -std::numeric_limits<float>::infinity()) {
-        return none;
+        return None;
     }
-    if (std::abs(*level) > highestDb) {
+    if (std::abs(*level) > HighestDb) {
         throw LineError("the level " + shown(field) + " is not within 1000 dB");
     }
     return *level;
@@ -105,7 +105,7 @@ std::size_t decimals(std::string_view number)
 
 struct Values {
     std::size_t count = 0;
-    std::array<std::string_view, 3> surplus;  // the first texts behind those of the bins
+    std::array<std::string_view, 3> surplus;  // the first texts after those of the bins
     std::string_view last;
     std::string_view lastButOne;
 };
@@ -190,7 +190,7 @@ void SweepRowParser::parse(std::string_view line, bool whole, SweepRow& row)
 
 unsigned long long SweepRowParser::parseTime(std::string_view date, std::string_view time)
 {
-    constexpr long long microsecondsPerDay = 86'400'000'000;
+    constexpr long long MicrosecondsPerDay = 86'400'000'000;
     static const LogDateFormat format("yyyy-MM-dd");
     if (date != m_dateText) {
         const auto day = format.parse(std::string(date));
@@ -208,11 +208,11 @@ unsigned long long SweepRowParser::parseTime(std::string_view date, std::string_
         m_timeOfDay = *timeOfDay;
         m_timeText = time;
     }
-    const long long microseconds = m_day * microsecondsPerDay + m_timeOfDay - m_utcOffset;
+    const long long microseconds = m_day * MicrosecondsPerDay + m_timeOfDay - m_utcOffset;
     if (microseconds <= 0) {
         throw LineError("the date " + shown(date) + " is not after the start of 1970");
     }
     return static_cast<unsigned long long>(microseconds);
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -8,7 +8,7 @@
 
 #include "input/badlines.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// Bins that tile [lowHz, highHz) evenly, one for each of levelsDb.
 struct SweepRow {
@@ -21,12 +21,12 @@ struct SweepRow {
 
 class SweepRowParser {
 public:
-    static constexpr std::size_t mostBins = 16'777'216;  ///< a map has no more channels
+    static constexpr std::size_t MostBins = 16'777'216;  ///< a map has no more channels
 
     /// @throws std::runtime_error for a wrong offset
     explicit SweepRowParser(const std::string& utcOffset);
 
-    /// True for a line without a row: blank, a comment behind #, or the names of the columns.
+    /// True for a line without a row: blank, a comment after #, or the names of the columns.
     [[nodiscard]] static bool isNoRow(std::string_view line);
 
     /// @param whole false: the line has no line end, so its last number may have lost digits
@@ -45,4 +45,4 @@ private:
     long long m_timeOfDay = 0;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -16,14 +16,14 @@
 #include "sources/sweep/sweeprow.h"
 #include "sources/sweep/sweepvalues.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
 Q_LOGGING_CATEGORY(sweepLog, "recstation.sweep")
 
 // A row of a million values fits.
-constexpr std::size_t longestRow = std::size_t{16} * 1024 * 1024;
+constexpr std::size_t LongestRow = std::size_t{16} * 1024 * 1024;
 
 class SweepSource final : public Source {
 public:
@@ -72,7 +72,7 @@ private:
 
 void SweepSource::prepare()
 {
-    m_lines = std::make_unique<LineReader>(openInput(m_options.file), longestRow);
+    m_lines = std::make_unique<LineReader>(openInput(m_options.file), LongestRow);
     const QString device = m_options.file == "-" ? QStringLiteral("Sweep input")
                                                  : QFileInfo(QString::fromStdString(m_options.file)).completeBaseName();
     m_values = std::make_unique<SweepValues>(device, m_options.valuePath);
@@ -204,7 +204,7 @@ std::optional<unsigned long long> SweepSource::lastTime()
         return std::nullopt;
     }
     SweepRowParser parser(m_options.utcOffset);
-    LineReader lines(openInput(m_options.file), longestRow);
+    LineReader lines(openInput(m_options.file), LongestRow);
     SweepRow row;
     std::optional<unsigned long long> last;
     for (auto result = lines.next(); result != LineReader::Result::End; result = lines.next()) {
@@ -232,4 +232,4 @@ std::unique_ptr<Source> makeSweepSource(const SweepOptions& options, InputReport
     return std::make_unique<SweepSource>(options, std::move(report));
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -10,7 +10,7 @@
 #include "input/badlines.h"
 #include "sources/source.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// What the command line says.
 struct SweepOptions {
@@ -18,7 +18,7 @@ struct SweepOptions {
     std::string utcOffset = "UTC";                 ///< local time minus UTC: "-05:00"
     std::string binFrequency = "centre";           ///< centre or lower: where in its bin a value's channel lies
     bool strict = false;                           ///< the first bad line ends the run
-    std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back behind them
+    std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back after them
     QString valuePath = "/Devices/Rx1";
 };
 
@@ -39,4 +39,4 @@ void logSweepReport(const QString& sentence);
 /// and the map's time stamp stay at the latest time so far. Memory depends on the values of one sweep only.
 std::unique_ptr<Source> makeSweepSource(const SweepOptions& options, InputReport report = logSweepReport);
 
-}  // namespace recstation
+}  // namespace RecStation

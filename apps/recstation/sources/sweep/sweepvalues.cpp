@@ -7,15 +7,15 @@
 
 #include "attachedvalue.h"
 
-namespace recstation {
+namespace RecStation {
 
 namespace {
 
-constexpr std::int32_t panoramaScanKey = 5;
+constexpr std::int32_t PanoramaScanKey = 5;
 
 // What a display shows at first.
-constexpr double lowestShownDb = -140;
-constexpr double highestShownDb = 0;
+constexpr double LowestShownDb = -140;
+constexpr double HighestShownDb = 0;
 
 void selectMode(const QString& path, const QString& name, std::int32_t key)
 {
@@ -32,9 +32,9 @@ SweepValues::SweepValues(const QString& deviceName, const QString& valuePath)
 {
     setText(valuePath + QStringLiteral("/Adm/DRIVERNAME"), forFileNames(deviceName));
     setText(valuePath + QStringLiteral("/Adm/DEVICE_TYPE"), QStringLiteral("Sweep"));
-    selectMode(valuePath + QStringLiteral("/Gen/DRVCOMMANDS"), QStringLiteral("Panorama scan"), panoramaScanKey);
-    setNumber(m_scan + QStringLiteral("StartLevel"), lowestShownDb);
-    setNumber(m_scan + QStringLiteral("StopLevel"), highestShownDb);
+    selectMode(valuePath + QStringLiteral("/Gen/DRVCOMMANDS"), QStringLiteral("Panorama scan"), PanoramaScanKey);
+    setNumber(m_scan + QStringLiteral("StartLevel"), LowestShownDb);
+    setNumber(m_scan + QStringLiteral("StopLevel"), HighestShownDb);
     attachValue(m_spectrum, m_scan + QStringLiteral("RfSpectrum"));
 }
 
@@ -51,4 +51,4 @@ void SweepValues::show(const Sweep& sweep)
     m_spectrum->SetCells(0, sweep.cells, sweep.time);
 }
 
-}  // namespace recstation
+}  // namespace RecStation

@@ -11,7 +11,7 @@
 
 #include "sources/sweep/sweepassembly.h"
 
-namespace recstation {
+namespace RecStation {
 
 /// The values stay in the tree when this object goes.
 class SweepValues {
@@ -28,4 +28,4 @@ private:
     values::ValuePtr<values::FastValueMap<float, values::levelHandler>> m_spectrum;
 };
 
-}  // namespace recstation
+}  // namespace RecStation

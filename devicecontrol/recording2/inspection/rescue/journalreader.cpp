@@ -76,7 +76,7 @@ private:
         const auto start = sealed(TailStartOffset);
         if (start && *start <= std::uint64_t{Format::LastPosition}) {
             m_content.tailStart = static_cast<std::int64_t>(*start);
-            // Of a journal that was cut only what is there: zeros behind it would be taken for bytes of a record.
+            // Of a journal that was cut only what is there: zeros after it would be taken for bytes of a record.
             m_content.tail =
                 m_mapped.substr(TailOffset, std::min(TailBytes, std::max(m_read, TailOffset) - TailOffset));
         }
@@ -100,7 +100,7 @@ private:
         m_content.complete = handed.has_value() && closedEnd && isLast && !m_damaged && !m_cut;
     }
 
-    /// Those behind the mapping. Without their number they end at the first that is none.
+    /// Those after the mapping. Without their number they end at the first that is none.
     void readHandedOver(std::optional<std::uint64_t> count)
     {
         constexpr std::size_t AtOnce = 4096;
@@ -124,14 +124,14 @@ private:
         }
     }
 
-    /// Those in the mapping, of which the first has a number. @return whether behind the last there is nothing, as the
+    /// Those in the mapping, of which the first has a number. @return whether after the last there is nothing, as the
     /// recorder leaves it
     bool readLatest(std::uint64_t first)
     {
         const auto slot = [&](std::size_t i) { return m_mapped.data() + LatestOffset + i * m_entryBytes; };
         std::size_t count = LatestEntries;
         while (count > 0 && !belongs(getEntry(slot(count - 1), m_content.identity, first + count - 1))) {
-            --count;  // nothing, or what was handed over before: that lies in front of the last record read
+            --count;  // nothing, or what was handed over before: that lies before the last record read
         }
         for (std::size_t i = 0; i < count; ++i) {
             take(slot(i));
@@ -215,7 +215,7 @@ UnclosedBytes::UnclosedBytes(Format::ByteSource& file, const JournalContent& jou
 {
 }
 
-// What is missing between the end of the file and the tail is the end of whatever begins in front of it.
+// What is missing between the end of the file and the tail is the end of whatever begins before it.
 std::size_t UnclosedBytes::readAt(std::int64_t offset, char* out, std::size_t size)
 {
     std::size_t read = 0;

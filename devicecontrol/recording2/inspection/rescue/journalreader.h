@@ -22,7 +22,7 @@ struct JournalContent {
     std::optional<std::uint64_t> stopMs;  ///< since 1970 UTC, when the last entry was accepted
     bool complete = false;                ///< the entries end where the recorder's ended, and all are sound
     std::optional<std::int64_t> tailStart;
-    std::string tail;  ///< the bytes of the recording from tailStart on; behind the last record they mean nothing
+    std::string tail;  ///< the bytes of the recording from tailStart on; after the last record they mean nothing
 };
 
 /// Reads the journal at a path. @return nothing when there is none, or nothing in it can be believed
@@ -32,7 +32,7 @@ std::optional<JournalContent> readJournal(const std::string& path);
 /// however long the recording is. @return nothing when there is no journal, or no record
 std::optional<std::int64_t> lastPosition(const std::string& path);
 
-/// The bytes of the recording: those of the file, and behind them those in the journal.
+/// The bytes of the recording: those of the file, and after them those in the journal.
 class UnclosedBytes final : public Format::ByteSource {
 public:
     /// Both must outlive this.

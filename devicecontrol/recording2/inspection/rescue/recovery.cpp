@@ -53,7 +53,7 @@ void fail(Recovery& report, RecoveryOutcome outcome, const std::string& problem)
     report.problem = problem;
 }
 
-/// Writes what stands behind the records.
+/// Writes what stands after the records.
 void end(Output& output, Found& found, RepairedTimes repaired, Recovery& report)
 {
     const std::vector<std::uint64_t>& times = repaired.times;

@@ -55,7 +55,7 @@ struct Task {
     }
 };
 
-/// Records that the journal knows, and those behind them that it lost.
+/// Records that the journal knows, and those after them that it lost.
 /// @return nothing where the journal is of another recording
 std::optional<Found> takeFromJournal(const Task& task, JournalContent journal);
 /// Records where no journal can be used.

@@ -36,16 +36,16 @@ struct Salvage {
     std::uint64_t lostBookmarks = 0;  ///< as many as can be told
     Readability readability = Readability::Ok;
     bool typesLost = false;          ///< not all types could be read
-    bool cutOff = false;             ///< the file ends in front of a block that its header names
+    bool cutOff = false;             ///< the file ends before a block that its header names
     bool channelRangesLost = false;  ///< there were others, or there may have been
     bool bookmarksLost = false;      ///< there were others
 };
 
 /// Reads a file as far as anything can be made of it.
-/// - Header: fields behind a damaged one are found again; the positions also from the end of the header.
-/// - Blocks whose position is damaged are looked for: types at 500, records behind the types, the time table where the
-///   records end or where it names the first record, the others behind it.
-/// - Records: one behind the other; behind damage from the next one on that the time table names. A record that
+/// - Header: fields after a damaged one are found again; the positions also from the end of the header.
+/// - Blocks whose position is damaged are looked for: types at 500, records after the types, the time table where the
+///   records end or where it names the first record, the others after it.
+/// - Records: one after the other; after damage from the next one on that the time table names. A record that
 ///   contradicts the time table is not whole.
 /// - Times: those of the largest set of entries whose times ascend with their positions.
 /// @param progress called now and then with the bytes of the records walked and in all; may be empty

@@ -1,4 +1,4 @@
-// The header of a damaged file, field by field: behind a damaged one the next is found again.
+// The header of a damaged file, field by field: after a damaged one the next is found again.
 #include "salvageparts.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t TailFields = 6;  // five positions and the flag end the header
 
-/// The header. A damaged number ends at its separator, a damaged time behind its nine bytes; behind a damaged text only
+/// The header. A damaged number ends at its separator, a damaged time after its nine bytes; after a damaged text only
 /// the end of the header is found again.
 class HeaderSalvage {
 public:
@@ -52,7 +52,7 @@ public:
         }
         take(tail);
     }
-    /// How far everything behind the header area stands from where it should be, because bytes were inserted or lost.
+    /// How far everything after the header area stands from where it should be, because bytes were inserted or lost.
     [[nodiscard]] std::int32_t shift() const { return m_shift; }
     [[nodiscard]] bool positionsKnown() const { return m_positionsKnown; }
 
@@ -114,7 +114,7 @@ private:
         return std::all_of(tail.begin(), tail.end(), [&](std::int32_t& value) { return m_fields.number(value); });
     }
 
-    /// The zeros behind the header record and the separator that ends the area. Where the separator is tells by how
+    /// The zeros after the header record and the separator that ends the area. Where the separator is tells by how
     /// much the file was shifted.
     void findFilling()
     {
@@ -124,7 +124,7 @@ private:
         const std::size_t zeros = area.find("#00000000");
         constexpr std::size_t Expected = Format::HeaderAreaBytes - 1;
         const auto distance = [](std::size_t at) { return at > Expected ? at - Expected : Expected - at; };
-        std::size_t end = 0;  // the separator behind zeros that is nearest to its place
+        std::size_t end = 0;  // the separator after zeros that is nearest to its place
         for (std::size_t at = area.find("000#"); at != std::string::npos; at = area.find("000#", at + 1)) {
             constexpr std::size_t Zeros = 3;
             end = distance(at + Zeros) < distance(end) ? at + Zeros : end;
@@ -151,7 +151,7 @@ private:
         m_header.automatic = tail[5] >= 1;
     }
 
-    /// The last fields in front of the filling. The text in front of them ends without a mark: of the digits there, the
+    /// The last fields before the filling. The text before them ends without a mark: of the digits there, the
     /// position that recorders write is taken.
     bool findTail(std::array<std::int32_t, TailFields>& tail)
     {
@@ -163,7 +163,7 @@ private:
         if (begin == std::string::npos || begin == 0) {
             return false;
         }
-        // Here begin is the separator behind the type table's position.
+        // Here begin is the separator after the type table's position.
         const std::string recorders = std::to_string(Format::HeaderAreaBytes);
         const bool usual =
             begin >= recorders.size() && record.compare(begin - recorders.size(), recorders.size(), recorders) == 0;

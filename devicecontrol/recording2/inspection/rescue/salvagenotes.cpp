@@ -13,7 +13,7 @@ namespace Recording2::Inspection {
 
 namespace {
 
-/// The tables behind the times.
+/// The tables after the times.
 class NotesSalvage {
 public:
     NotesSalvage(InputFile& source, bool positionsKnown, std::int64_t timesEnd, Salvage& result)
@@ -94,7 +94,7 @@ private:
             m_result.bookmarksLost = true;
             return;
         }
-        // A range table that was added later stands behind the bookmarks.
+        // A range table that was added later stands after the bookmarks.
         const std::int32_t ranges = m_result.header.positions.channelRangeTable;
         const std::int64_t end = m_positionsKnown && ranges > position ? ranges : m_source.size();
         std::map<std::uint64_t, std::string> all;  // in order, whatever the order in the file
@@ -132,13 +132,13 @@ private:
         return end;
     }
 
-    /// The first place behind damage from which on bookmarks can be read to the end.
+    /// The first place after damage from which on bookmarks can be read to the end.
     std::int64_t findBookmarks(std::int64_t from, std::int64_t end)
     {
         constexpr std::int64_t MostBytes = std::int64_t{64} * 1024;
         constexpr std::int64_t TimeValueBytes = 8;
         constexpr std::int64_t FewestBytes = 11;     // of a bookmark with a text
-        constexpr std::int64_t WrongWays = 1 << 18;  // bookmarks, in all, behind places that prove wrong
+        constexpr std::int64_t WrongWays = 1 << 18;  // bookmarks, in all, after places that prove wrong
         std::int64_t most = WrongWays + (end - from) / FewestBytes;
         FieldReader fields(m_source, from, end);
         for (std::int64_t at = from; at < std::min(end, from + MostBytes) && most > 0; ++at) {

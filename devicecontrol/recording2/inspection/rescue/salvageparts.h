@@ -1,4 +1,4 @@
-// The steps of salvaging, in their order. Each reads its part of the file and goes on behind what is damaged.
+// The steps of salvaging, in their order. Each reads its part of the file and goes on after what is damaged.
 #pragma once
 
 #include <cstdint>
@@ -25,7 +25,7 @@ struct SalvagedHeader {
 struct SalvagedTimes {
     std::vector<TimeEntry> entries;
     bool isSound = false;  ///< every byte of the table belongs to an entry
-    std::int64_t end = 0;  ///< behind the last entry
+    std::int64_t end = 0;  ///< after the last entry
 };
 
 /// 1. The fields of the header. Those that are damaged are named in the result.
@@ -33,7 +33,7 @@ SalvagedHeader salvageHeader(InputFile& source, Salvage& result);
 
 /// 2. Where the blocks are, by the header and by what stands there: the positions in the result's header, and its
 /// types.
-/// @return the shift with what was found behind the header
+/// @return the shift with what was found after the header
 std::int32_t salvagePositions(InputFile& source, std::int32_t shift, Salvage& result);
 
 /// 3. The time table.
@@ -43,7 +43,7 @@ SalvagedTimes salvageTimes(InputFile& source, const Header& header, std::int32_t
 void salvageRecords(InputFile& source, const SalvagedTimes& times, Salvage& result,
                     const std::function<void(std::int64_t, std::int64_t)>& progress);
 
-/// 5. Channel ranges and bookmarks, which stand behind the times.
+/// 5. Channel ranges and bookmarks, which stand after the times.
 void salvageNotes(InputFile& source, bool positionsKnown, std::int64_t timesEnd, Salvage& result);
 
 }  // namespace Recording2::Inspection

@@ -39,7 +39,7 @@ public:
         }
     }
 
-    /// The same, with what was found behind the header.
+    /// The same, with what was found after the header.
     [[nodiscard]] std::int32_t shift() const { return m_shift; }
 
 private:
@@ -105,7 +105,7 @@ private:
         }
     }
 
-    /// Whether everything from the records on stands a little before or behind its place, because bytes of the types
+    /// Whether everything from the records on stands a little before or after its place, because bytes of the types
     /// were lost or inserted.
     bool followShift()
     {

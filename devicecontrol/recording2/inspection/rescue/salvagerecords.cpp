@@ -1,4 +1,4 @@
-// The records of a damaged file: one behind the other, and behind damage from the next that the time table names.
+// The records of a damaged file: one after the other, and after damage from the next that the time table names.
 #include "salvageparts.h"
 
 #include <algorithm>

@@ -14,7 +14,7 @@ namespace Recording2::Inspection {
 
 namespace {
 
-/// The first of the positions that lies behind the block, or the end of the file.
+/// The first of the positions that lies after the block, or the end of the file.
 std::int64_t endOf(std::int32_t block, std::initializer_list<std::int32_t> others, std::int64_t fileSize)
 {
     if (block < Format::HeaderAreaBytes || block >= fileSize) {
@@ -53,7 +53,7 @@ private:
 };
 
 /// The time table as it is read: whether an entry carries on from the one before, and whether the last record is
-/// reached, behind which a file may hold anything.
+/// reached, after which a file may hold anything.
 class TimeTable {
 public:
     TimeTable(Format::ByteSource& source, Summary& summary) : m_source(source), m_summary(summary) {}
@@ -159,7 +159,7 @@ std::int64_t channelRangeTableEnd(const Summary& summary)
 
 std::int64_t bookmarkTableEnd(const Summary& summary)
 {
-    // Channel ranges that were added to a file with bookmarks stand behind these.
+    // Channel ranges that were added to a file with bookmarks stand after these.
     return endOf(summary.header.positions.bookmarkTable, {summary.header.positions.channelRangeTable},
                  summary.fileSize);
 }
@@ -189,7 +189,7 @@ void readTypeTable(Format::ByteSource& source, Summary& summary)
         summary.findings.push_back({offset, "The number of types is damaged."});
         return;
     }
-    constexpr std::int32_t MostTold = 20;  // entries whose number is taken; those behind are only counted
+    constexpr std::int32_t MostTold = 20;  // entries whose number is taken; those after are only counted
     std::set<std::int32_t> numbers;
     std::int32_t taken = 0;
     for (std::int32_t i = 0; i < count; ++i) {

@@ -1,4 +1,4 @@
-// From record to record, each beside its entry of the time table, on behind damage.
+// From record to record, each beside its entry of the time table, on after damage.
 #include <algorithm>
 
 #include "../../file/files.h"
@@ -30,7 +30,7 @@ public:
         }
         return &m_times[m_next++];
     }
-    /// The first position behind one that the table names; 0 when there is none.
+    /// The first position after one that the table names; 0 when there is none.
     [[nodiscard]] std::int64_t behind(std::int64_t position) const
     {
         const auto entry =

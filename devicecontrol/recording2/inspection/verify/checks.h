@@ -35,9 +35,9 @@ inline std::string numbered(std::uint64_t number, const char* one, const char* m
     return std::to_string(number) + ' ' + (number == 1 ? one : many);
 }
 
-/// Whether what the fields of the header say can be, and whether the area behind its record is as it was reserved.
+/// Whether what the fields of the header say can be, and whether the area after its record is as it was reserved.
 void checkHeader(InputFile& source, const Summary& summary, Remarks& remarks);
-/// Whether the blocks stand one behind the other, and what stands where no block is.
+/// Whether the blocks stand one after the other, and what stands where no block is.
 void checkGaps(InputFile& source, const Summary& summary, Remarks& remarks);
 
 }  // namespace Recording2::Inspection

@@ -1,4 +1,4 @@
-// The check of what stands between the blocks and behind them.
+// The check of what stands between the blocks and after them.
 #include <algorithm>
 
 #include "../../format/layout.h"
@@ -10,7 +10,7 @@ namespace Recording2::Inspection {
 
 namespace {
 
-/// Whether the blocks stand one behind the other, and what stands where no block is.
+/// Whether the blocks stand one after the other, and what stands where no block is.
 class GapCheck {
 public:
     GapCheck(InputFile& source, const Summary& summary, Remarks& remarks)

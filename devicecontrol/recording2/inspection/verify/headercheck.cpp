@@ -1,4 +1,4 @@
-// The check of the header: values that can be, and the filling behind them.
+// The check of the header: values that can be, and the filling after them.
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -44,7 +44,7 @@ public:
         clock();
     }
 
-    /// Behind the header record the area is as it was reserved.
+    /// After the header record the area is as it was reserved.
     void filling(InputFile& source)
     {
         std::array<char, Format::HeaderAreaBytes> area{};

@@ -1,4 +1,4 @@
-// The checks of the records: both visit each of them in order, and report behind the last.
+// The checks of the records: both visit each of them in order, and report after the last.
 #pragma once
 
 #include <cstddef>

@@ -71,7 +71,7 @@ inline std::string refusal(const std::string& expected, const std::string& found
             shown + '}'};
 }
 
-/// For options that count something; a unit may stand behind the number.
+/// For options that count something; a unit may stand after the number.
 [[nodiscard]] inline CLI::Validator wholeNumber(double lowest, double highest, const std::string& unit = {})
 {
     const std::string range = shortest(lowest) + " to " + shortest(highest);

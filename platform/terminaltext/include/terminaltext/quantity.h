@@ -1,4 +1,4 @@
-// Numbers as text: with units, as people write them behind an option, and with the fewest digits.
+// Numbers as text: with units, as people write them after an option, and with the fewest digits.
 #pragma once
 
 #include <algorithm>
