@@ -58,6 +58,7 @@ Result unlessItFails(Result failure, Call call)
 
 // Names that the linker makes, not we.
 // NOLINTBEGIN(bugprone-reserved-identifier)
+#pragma GCC visibility push(default)  // libraries that are loaded make these calls too
 extern "C" {
 ssize_t __real_pwrite(int file, const void* bytes, size_t size, off_t position);
 int __real_ftruncate(int file, off_t size);
@@ -113,6 +114,7 @@ void* __wrap_mmap(void* address, size_t size, int protection, int flags, int fil
     return unlessItFails(MAP_FAILED, [&] { return __real_mmap(address, size, protection, flags, file, offset); });
 }
 }
+#pragma GCC visibility pop
 // NOLINTEND(bugprone-reserved-identifier)
 
 namespace CrashTests {

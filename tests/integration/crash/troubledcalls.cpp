@@ -62,6 +62,7 @@ using namespace CrashTests;
 
 // Names that the linker makes, not we.
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl50-cpp)
+#pragma GCC visibility push(default)  // libraries that are loaded make these calls too
 extern "C" {
 int __real_open(const char* path, int flags, ...);
 int __real_close(int file);
@@ -133,4 +134,5 @@ int __wrap_flock(int file, int operation)
     return troubled([&] { return __real_flock(file, operation); });
 }
 }
+#pragma GCC visibility pop
 // NOLINTEND(bugprone-reserved-identifier,cert-dcl50-cpp)
