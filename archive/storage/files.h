@@ -79,9 +79,6 @@ public:
 /// Makes an empty file where there is none. @param mode less the process's mask @throws FileError
 void createEmpty(const QString& path, unsigned mode);
 
-/// Makes an empty file where there is none. @param mode less the process's mask @throws FileError
-void createEmpty(const QString& path, unsigned mode);
-
 /// A lock that the system releases when the process ends, on a file made for the purpose.
 class FileLock {
 public:

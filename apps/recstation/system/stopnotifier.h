@@ -7,6 +7,7 @@
 #include <system/stopsignal.h>
 
 class QSocketNotifier;
+class QTimer;
 
 namespace RecStation {
 
@@ -20,6 +21,7 @@ public:
     ~StopNotifier();
 
 private:
+    std::unique_ptr<QTimer> m_wake;  // started by whatever thread the signal comes in
     System::StopSignal m_signal;
     std::unique_ptr<QSocketNotifier> m_notifier;
 };

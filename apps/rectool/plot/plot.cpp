@@ -16,7 +16,7 @@ template <typename WhyNot>
 std::string dropUnrecorded(std::vector<Series>& all, const WhyNot& whyNot)
 {
     for (auto series = all.begin(); series != all.end();) {
-        const std::string why = whyNot(*series);
+        std::string why = whyNot(*series);
         const bool isElsewhere = std::any_of(all.begin(), all.end(), [&](const Series& other) {
             return other.type.track != series->type.track && other.keyword == series->keyword;
         });
