@@ -14,7 +14,7 @@ namespace RecStation {
 namespace {
 
 #if defined(_WIN32)
-constexpr auto fileName = "Recording2.dll";
+constexpr auto FileName = "Recording2.dll";
 #else
 constexpr auto FileName = "Recording2.so";
 #endif
