@@ -26,12 +26,6 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-bool isSound(const QString& path)
-{
-    const Inspection::Verification found = Inspection::verify(path.toStdString());
-    return found.readability == Inspection::Readability::Ok && found.count(Inspection::Severity::Damage) == 0;
-}
-
 class TroubleTest : public ProgramTest {};
 
 TEST_F(TroubleTest, UnfinishedOutputsOfKilledCopiesAreRemovedAndNamed)
@@ -59,6 +53,12 @@ TEST_F(TroubleTest, UnfinishedOutputsOfKilledCopiesAreRemovedAndNamed)
 }
 
 #if !defined(_WIN32)
+
+bool isSound(const QString& path)
+{
+    const Inspection::Verification found = Inspection::verify(path.toStdString());
+    return found.readability == Inspection::Readability::Ok && found.count(Inspection::Severity::Damage) == 0;
+}
 
 class LiveTest : public TroubleTest {
 protected:
