@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -55,7 +56,7 @@ std::string missing(const std::vector<std::string>& needs)
 #endif
     };
     for (const std::string& need : needs) {
-        const bool isGiven = need == "data"           ? QDir(QStringLiteral(TEST_DATA_DIRECTORY)).exists()
+        const bool isGiven = need == "data" ? QDir(QString::fromStdString(fromAnyDrive(TEST_DATA_DIRECTORY))).exists()
                              : need == "limited-user" ? !mayWriteEverything()
                                                       : false;
         if (!isGiven && std::find(here.begin(), here.end(), need) == here.end()) {
@@ -72,12 +73,26 @@ void replaceAll(std::string& text, const std::string& what, const std::string& b
     }
 }
 
+/// On Windows paths have other separators, which JSON doubles: every backslash there is, also of what is expected.
+std::string withoutBackslashes(std::string text)
+{
+#if defined(_WIN32)
+    replaceAll(text, R"(\\)", "/");
+    replaceAll(text, R"(\)", "/");
+#endif
+    return text;
+}
+Lines withoutBackslashes(Lines lines)
+{
+    std::transform(lines.begin(), lines.end(), lines.begin(),
+                   [](const std::string& line) { return withoutBackslashes(line); });
+    return lines;
+}
+
 /// Without what differs from run to run and from system to system.
 std::string generalised(std::string text)
 {
-#if defined(_WIN32)
-    std::replace(text.begin(), text.end(), '\\', '/');
-#endif
+    text = withoutBackslashes(std::move(text));
     replaceAll(text, QDir::currentPath().toStdString(), "FOLDER");
     return text;
 }
@@ -121,7 +136,7 @@ Outcome outcomeOf(const Step& step)
     words.erase(pipe, words.end());
     for (std::string& word : words) {
         replaceAll(word, "FOLDER", QDir::currentPath().toStdString());
-        replaceAll(word, "DATA/", TEST_DATA_DIRECTORY "/");
+        replaceAll(word, "DATA/", fromAnyDrive(TEST_DATA_DIRECTORY "/"));
     }
     Printed printed = runHere(withFilesFound(words), step.input);
     if (!filter.empty()) {
@@ -146,8 +161,9 @@ std::string shown(const Outcome& outcome)
 void compare(Step& step)
 {
     const Outcome found = outcomeOf(step);
-    const bool isAsExpected = found.exitCode == step.expected.exitCode && areAsExpected(step.expected.out, found.out) &&
-                              areAsExpected(step.expected.err, found.err);
+    const bool isAsExpected = found.exitCode == step.expected.exitCode &&
+                              areAsExpected(withoutBackslashes(step.expected.out), found.out) &&
+                              areAsExpected(withoutBackslashes(step.expected.err), found.err);
     if (acceptsWhatIsPrinted && !isAsExpected) {
         step.expected = found;
     } else if (!isAsExpected) {

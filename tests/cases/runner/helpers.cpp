@@ -18,6 +18,7 @@
 
 #include <recording2/inspection/inspection.h>
 
+#include "programs.h"
 #include "support/recordingbytes.h"
 #include "support/samplerecording.h"
 
@@ -229,7 +230,7 @@ const std::map<std::string, Helper>& makers()
                       const Lines& input) { return store(words.at(1), bytesOf(words[1]) + contentOf(words, input)); }},
         {"golden",
          [](const Words& words, const Lines&) {
-             return store(words.at(2), bytesOf(GOLDEN_FOLDER "/" + words[1] + '/' + words[1] + ".rec"));
+             return store(words.at(2), bytesOf(fromAnyDrive(GOLDEN_FOLDER "/") + words[1] + '/' + words[1] + ".rec"));
          }},
         {"sample", [](const Words& words, const Lines&) { return writeSampleRecording(words.at(1)), std::string(); }},
         {"bearings", [](const Words& words,

@@ -11,6 +11,7 @@
 #endif
 
 #include <QByteArray>
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QStringList>
@@ -22,6 +23,10 @@
 namespace Cases {
 
 namespace {
+
+#if defined(_WIN32)
+const std::string drive = QDir::currentPath().left(2).toStdString();  // where the tests are started
+#endif
 
 void flushAll()
 {
@@ -95,7 +100,7 @@ Printed callProcess(const std::vector<std::string>& words)
     for (const std::string& word : words) {
         arguments.append(QString::fromStdString(word));
     }
-    process.start(QStringLiteral(RECTOOL), arguments.mid(1));
+    process.start(QString::fromStdString(fromAnyDrive(RECTOOL)), arguments.mid(1));
     if (!process.waitForFinished(Patience) || process.exitStatus() != QProcess::NormalExit) {
         return {-1, {}, "the process did not end as it should"};
     }
@@ -109,6 +114,15 @@ Printed runProgram(const std::vector<std::string>& words, const std::string& inp
 {
     const bool draws = words.size() > 1 && words[0] == "rectool" && words[1] == "plot";
     return draws ? callProcess(words) : callHere(words, input);
+}
+
+std::string fromAnyDrive(const char* path)
+{
+#if defined(_WIN32)
+    return drive + path;
+#else
+    return path;
+#endif
 }
 
 }  // namespace Cases

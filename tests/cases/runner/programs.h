@@ -16,4 +16,7 @@ struct Printed {
 /// own, in a process. @param input what stands in the standard input
 [[nodiscard]] Printed runProgram(const std::vector<std::string>& words, const std::string& input);
 
+/// A file of the build or the sources. On Windows cases run on another drive than it is on.
+std::string fromAnyDrive(const char* path);
+
 }  // namespace Cases
