@@ -35,7 +35,7 @@ QString whyNotStored(const Original& original, const QString& temporary, const D
         return QStringLiteral("%1 became another file while it was moved").arg(original.path);
     }
     // One that was begun and finished meanwhile is told by the file's time.
-    if (const QString why = whyNotCopied(original.path, files); !why.isEmpty()) {
+    if (QString why = whyNotCopied(original.path, files); !why.isEmpty()) {
         return why;
     }
     return files.digest(temporary, stop).sha256 == digest.sha256
