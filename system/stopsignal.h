@@ -15,7 +15,7 @@ class StopSignal {
 public:
     /// @param onStop called once, in another thread; Windows only, elsewhere wakeDescriptor() becomes readable
     /// @throws std::system_error
-    explicit StopSignal(std::function<void()> onStop = {});
+    explicit StopSignal(const std::function<void()>& onStop = {});
     StopSignal(const StopSignal&) = delete;
     StopSignal& operator=(const StopSignal&) = delete;
     ~StopSignal();

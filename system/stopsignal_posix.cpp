@@ -80,7 +80,7 @@ bool waitForBytes(int descriptor, const std::string& name)
 
 }  // namespace
 
-StopSignal::StopSignal(std::function<void()> /*onStop*/) : m_hangUpIgnored(isIgnored(SIGHUP))
+StopSignal::StopSignal(const std::function<void()>& /*onStop*/) : m_hangUpIgnored(isIgnored(SIGHUP))
 {
     stopRequested = false;
     if (::pipe2(wakePipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) {

@@ -62,10 +62,10 @@ BOOL WINAPI onConsoleEvent(DWORD /*event*/)
 
 }  // namespace
 
-StopSignal::StopSignal(std::function<void()> onStop)
+StopSignal::StopSignal(const std::function<void()>& onStop)
 {
     stopRequested = false;
-    tellStop = std::move(onStop);
+    tellStop = onStop;
     wake = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
     stopped = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
     ::DuplicateHandle(::GetCurrentProcess(), ::GetCurrentThread(), ::GetCurrentProcess(), &mainThread, 0, FALSE,
