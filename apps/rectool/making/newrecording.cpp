@@ -159,14 +159,16 @@ void NewRecording::write(std::int32_t code, const std::string& data, std::uint64
     }
 }
 
-void NewRecording::close(const Inspection::Header& header, const std::map<std::uint64_t, std::string>& bookmarks)
+/// What went wrong in writing, at once or long before; empty when nothing did.
+std::string NewRecording::close(const Inspection::Header& header, const std::map<std::uint64_t, std::string>& bookmarks)
 {
     m_result.header = header;
     Recording2::Format::fitTexts(m_result.header);
     std::sort(m_channelRanges.begin(), m_channelRanges.end());
     m_channelRanges.erase(std::unique(m_channelRanges.begin(), m_channelRanges.end()), m_channelRanges.end());
     m_file.end(m_result.header, {m_times, m_channelRanges, bookmarks});
-    static_cast<void>(m_file.close(false));  // reading back tells
+    const System::Error error = m_file.close(false);
+    return error == 0 ? "" : System::errorText(error) + '.';
 }
 
 /// What is wrong with the file that was written; empty when nothing is.
@@ -226,16 +228,16 @@ ExitCode NewRecording::takeName()
 
 ExitCode NewRecording::finish(const Inspection::Header& header, const std::map<std::uint64_t, std::string>& bookmarks)
 {
-    if (!interrupted()) {
-        close(header, bookmarks);
+    std::string problem = interrupted() ? "" : close(header, bookmarks);
+    if (problem.empty() && !interrupted()) {
+        problem = readBack(bookmarks);
+        problem = problem.empty() ? "" : "Reading it back: " + problem;
     }
-    const std::string problem = interrupted() ? "" : readBack(bookmarks);
     if (interrupted()) {
         return fail(ExitCode::CannotRead, "Interrupted.");
     }
     if (!problem.empty()) {
-        return fail(ExitCode::CannotRead,
-                    "The file could not be written; is the disk full? Reading it back: " + problem);
+        return fail(ExitCode::CannotRead, "The file could not be written; is the disk full? " + problem);
     }
     return takeName();
 }

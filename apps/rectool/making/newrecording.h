@@ -70,7 +70,8 @@ private:
 
     [[nodiscard]] ExitCode fail(ExitCode code, const std::string& reason) const;
     [[nodiscard]] std::string whyKept() const;
-    void close(const Recording2::Inspection::Header& header, const std::map<std::uint64_t, std::string>& bookmarks);
+    [[nodiscard]] std::string close(const Recording2::Inspection::Header& header,
+                                    const std::map<std::uint64_t, std::string>& bookmarks);
     [[nodiscard]] std::string readBack(const std::map<std::uint64_t, std::string>& bookmarks);
     [[nodiscard]] ExitCode takeName();
 

@@ -24,6 +24,7 @@ using RecTool::ExitCode;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 namespace Inspection = Recording2::Inspection;
 
 class Cut : public testing::Test {
@@ -220,6 +221,7 @@ TEST_F(Cut, AFullDiskLeavesNothingBehind)
         const Result result = cut(source, "50", "", file("cut.rec"));
         EXPECT_EQ(result.exitCode, ExitCode::CannotRead);
         EXPECT_THAT(result.err, HasSubstr("is the disk full?"));
+        EXPECT_THAT(result.err, Not(HasSubstr("is being written")));
         EXPECT_THAT(result.out, IsEmpty());
     }
     EXPECT_THAT(m_folder.names(), ElementsAre("random.rec"));
