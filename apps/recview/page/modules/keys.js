@@ -1,0 +1,5 @@
+// Keys for everything.
+
+/** Listens for keys. */
+export function start() {
+}

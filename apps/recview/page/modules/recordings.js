@@ -1,0 +1,108 @@
+// Which recording is shown: the server's list, the first view of one, and what a growing one changes.
+import * as model from './model.js';
+import * as server from './server.js';
+import * as notice from './notice.js';
+
+/** Asks for the list and keeps it; what could not be read is told. */
+export async function load() {
+    const answer = await server.json('/api/recordings', {}, 'recordings');
+    const problems = answer.problems.map(({ name, error }) => `${name}: ${error}`);
+    if (problems.length === 0) {
+        notice.hide('problems');
+    } else {
+        const more = problems.length > 3 ? ` And ${problems.length - 3} more.` : '';
+        notice.show('problems', problems.slice(0, 3).join(' ') + more);
+    }
+    const shown = answer.recordings.find((one) => one.id === model.get().recording?.id);
+    model.set({ recordings: answer.recordings, edit: answer.edit, ...(shown ? refreshed(shown) : {}) }, 'address');
+    return answer.recordings;
+}
+
+function refreshed(recording) {
+    return { recording, end: recording.endMs, ...(model.spectrum() === null ? firstSpectrum(recording) : {}) };
+}
+
+function firstSpectrum(recording, type) {
+    const spectrum = recording.spectra.find((one) => one.code === type) ?? recording.spectra[0];
+    return spectrum ? { type: spectrum.code, low: spectrum.lowHz, high: spectrum.highHz } : { type: null, low: 0, high: 1 };
+}
+
+/** The changes that show all of a recording. */
+export function whole(recording, type) {
+    const { startMs, endMs } = recording;
+    return {
+        recording, end: endMs, from: startMs, to: Math.max(endMs, startMs + 1000), at: null, hz: null,
+        follow: false, playing: false, loop: null, ...firstSpectrum(recording, type),
+    };
+}
+
+/** The changes that show another spectrum of the recording that is shown. */
+export function otherSpectrum(type) {
+    return { hz: null, ...firstSpectrum(model.get().recording, type) };
+}
+
+/** Shows what an address asks for; of another recording all, where it does not say. */
+export function open({ id, changes }) {
+    const { recordings } = model.get();
+    const recording = recordings.find((one) => one.id === id) ?? (id === null ? recordings.at(-1) : undefined);
+    if (recording === undefined) {
+        notice.show('recording', id === null ? 'There are no recordings here yet.' : `There is no recording ${id} here.`);
+        return recordings.length > 0 && id !== null ? open({ id: null, changes: {} }) : undefined;
+    }
+    notice.hide('recording');
+    const view = { ...whole(recording, changes.type), ...changes };
+    if (!recording.spectra.some((one) => one.code === view.type)) {
+        Object.assign(view, firstSpectrum(recording));
+    }
+    return model.set(view.follow ? { ...view, ...newest(view, recording.endMs) } : view, 'address');
+}
+
+function newest({ from, to }, end) {
+    return { from: end - (to - from), to: end };
+}
+
+/** Takes what a growing recording has become over: the newest stays at the right edge where it is followed. */
+function grown({ recording: id, endMs }) {
+    const state = model.get();
+    const known = state.recordings.find((one) => one.id === id);
+    if (known) {
+        known.endMs = endMs;
+    }
+    if (state.recording?.id === id && endMs > state.end) {
+        state.recording.endMs = endMs;
+        model.set({ end: endMs, ...(state.follow ? newest(state, endMs) : {}) });
+    }
+}
+
+/** Follows the server's events. */
+export function start() {
+    let lost = false;
+    const reload = () => load().then(openFirst).catch(tell);
+    server.on('grown', grown);
+    server.on('changed', reload);
+    server.on('lost', () => {
+        lost = true;
+        notice.show('server', 'The server does not answer. What is shown is what it last told; it is asked again and again.');
+    });
+    server.on('found', () => {
+        notice.hide('server');
+        if (lost) {
+            lost = false;
+            reload();
+        }
+    });
+    server.listen();
+}
+
+function openFirst(recordings) {
+    if (model.get().recording === null && recordings.length > 0) {
+        open({ id: null, changes: {} });
+    }
+}
+
+/** Tells a server's error in the line at the top; what was overtaken is no error. */
+export function tell(error) {
+    if (!server.isOvertaken(error)) {
+        notice.show('error', error.message);
+    }
+}

@@ -1,0 +1,5 @@
+// The panel spectrum.
+
+/** Fills its container. */
+export function create(container, model, server) {
+}

@@ -1,0 +1,5 @@
+// The panel status.
+
+/** Fills its container. */
+export function create(container, model, server) {
+}

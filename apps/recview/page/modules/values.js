@@ -1,0 +1,5 @@
+// The panel values.
+
+/** Fills its container. */
+export function create(container, model, server) {
+}
