@@ -6,7 +6,7 @@
 #include <map>
 #include <vector>
 
-#include "timespan.h"
+#include "replay/timespan.h"
 
 namespace RecTool {
 

@@ -18,7 +18,7 @@ constexpr std::array<QRgb, 10> Colours{0xff1f77b4, 0xffff7f0e, 0xff2ca02c, 0xffd
 constexpr QRgb OthersColour = 0xffa0a4a8;
 
 /// Takes over a recorded number; NaN for what is no finite one.
-void takeNumber(const PlottedRecord& plotted, double& number)
+void takeNumber(const PlacedRecord& plotted, double& number)
 {
     if (const std::optional<double> recorded = plotted.number()) {
         number = std::isfinite(*recorded) ? *recorded : std::nan("");
@@ -27,7 +27,7 @@ void takeNumber(const PlottedRecord& plotted, double& number)
 
 }  // namespace
 
-Bearings::Bearings(PlotSource& source, bool relative) : m_source(source), m_relative(relative)
+Bearings::Bearings(Recordings& source, bool relative) : m_source(source), m_relative(relative)
 {
     beginPass();
 }
@@ -53,7 +53,7 @@ void Bearings::beginPass()
     }
 }
 
-void Bearings::visit(const PlottedRecord& plotted)
+void Bearings::visit(const PlacedRecord& plotted)
 {
     Finder& finder = m_finders[plotted.type.track];
     if (plotted.type.code == finder.heading) {

@@ -12,7 +12,7 @@
 
 #include "bearingpoints.h"
 #include "replay/measuredbearings.h"
-#include "source.h"
+#include "replay/recordings.h"
 
 namespace RecTool {
 
@@ -30,11 +30,11 @@ struct PlottedGroup {
 class Bearings {
 public:
     /// @param relative to the antenna, also where the heading was recorded
-    Bearings(PlotSource& source, bool relative);
+    Bearings(Recordings& source, bool relative);
 
     [[nodiscard]] bool areRecorded() const;
     /// Takes every record of a pass.
-    void visit(const PlottedRecord& plotted);
+    void visit(const PlacedRecord& plotted);
     /// Makes the picture begin with the first bearing. From now on azimuths are true where a heading was met.
     void endCounting();
     /// The channels with the most bearings get a colour each; before them, all others are grey.
@@ -62,7 +62,7 @@ private:
     void beginPass();
     void take(const Finder& finder, const BearingChange& change);
 
-    PlotSource& m_source;
+    Recordings& m_source;
     bool m_relative;
     std::vector<Finder> m_finders;  // by track
     BearingCounts m_counts;

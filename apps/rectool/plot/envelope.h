@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-#include "timespan.h"
+#include "replay/timespan.h"
 
 namespace RecTool {
 

@@ -59,7 +59,7 @@ void Series::begin(const TimeSpan& span, int width)
     envelope.emplace(static_cast<std::size_t>(width), span, middleOf(keyword));
 }
 
-void Series::visit(const PlottedRecord& plotted)
+void Series::visit(const PlacedRecord& plotted)
 {
     if (!(plotted.type == type)) {
         return;
@@ -71,7 +71,7 @@ void Series::visit(const PlottedRecord& plotted)
     }
 }
 
-std::optional<std::vector<Series>> wantedSeries(const PlotSource& source, const std::vector<std::string>& types,
+std::optional<std::vector<Series>> wantedSeries(const Recordings& source, const std::vector<std::string>& types,
                                                 const std::string& unit)
 {
     const auto taken = source.takeTypes(types);

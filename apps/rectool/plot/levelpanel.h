@@ -22,12 +22,12 @@ struct Series {
 
     /// Begins the pass that visits its records. @param width pixels
     void begin(const TimeSpan& span, int width);
-    void visit(const PlottedRecord& plotted);
+    void visit(const PlacedRecord& plotted);
 };
 
 /// The series of types, without their envelopes. @param unit empty: what is known of the keywords
 /// @return nothing, told, when one of the types is in none of the recordings
-[[nodiscard]] std::optional<std::vector<Series>> wantedSeries(const PlotSource& source,
+[[nodiscard]] std::optional<std::vector<Series>> wantedSeries(const Recordings& source,
                                                               const std::vector<std::string>& types,
                                                               const std::string& unit);
 

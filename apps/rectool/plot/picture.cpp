@@ -94,7 +94,7 @@ DrawingApplication::DrawingApplication() : m_argv{m_name.data(), nullptr}
     m_application = std::make_unique<QApplication>(m_argc, m_argv);
 }
 
-Picture::Picture(const PlotOptions& options, int height, PlotSource& source, const QString& title, std::size_t rows)
+Picture::Picture(const PlotOptions& options, int height, Recordings& source, const QString& title, std::size_t rows)
     : m_options(options),
       m_source(source),
       m_height(height),
@@ -271,7 +271,7 @@ ExitCode Picture::draw(const std::function<void(Json&)>& tell)
     layOut();
     all(&Panel::keepPlace);
     if (m_source.isPassLeft()) {
-        m_source.walk([this](const PlottedRecord& plotted) {
+        m_source.walk([this](const PlacedRecord& plotted) {
             for (const auto& panel : m_panels) {
                 panel->visit(plotted);
             }

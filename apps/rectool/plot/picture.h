@@ -17,7 +17,7 @@
 
 #include "plot.h"
 #include "printing/json.h"
-#include "source.h"
+#include "replay/recordings.h"
 
 namespace RecTool {
 
@@ -63,7 +63,7 @@ public:
     /// Its place was found for the first time.
     virtual void keepPlace() {}
     /// Takes a record of the last pass, if there is one left.
-    virtual void visit(const PlottedRecord& /*plotted*/) {}
+    virtual void visit(const PlacedRecord& /*plotted*/) {}
     /// Draws what depends on the place and on the last pass.
     virtual void finish() {}
     /// Draws over what is there, now that all places are final.
@@ -84,10 +84,10 @@ protected:
 class Picture {
 public:
     /// @param rows of panels @param height as heightFor found it
-    Picture(const PlotOptions& options, int height, PlotSource& source, const QString& title, std::size_t rows);
+    Picture(const PlotOptions& options, int height, Recordings& source, const QString& title, std::size_t rows);
 
     [[nodiscard]] QCustomPlot& plot() { return m_plot; }
-    [[nodiscard]] const PlotSource& source() const { return m_source; }
+    [[nodiscard]] const Recordings& source() const { return m_source; }
     /// Where the panels go, from above.
     [[nodiscard]] QCPLayoutGrid& body() { return *m_body; }
     [[nodiscard]] const QFont& font() const { return m_font; }
@@ -142,7 +142,7 @@ private:
 
     DrawingApplication m_application;
     const PlotOptions& m_options;
-    PlotSource& m_source;
+    Recordings& m_source;
     int m_height;
     int m_rows;
     QFont m_font;

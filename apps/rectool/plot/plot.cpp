@@ -36,9 +36,9 @@ struct Contents {
 };
 
 /// A first pass: which spectra, series and bearings there are, and when.
-void survey(Contents& contents, PlotSource& source)
+void survey(Contents& contents, Recordings& source)
 {
-    source.walk([&](const PlottedRecord& plotted) {
+    source.walk([&](const PlacedRecord& plotted) {
         for (Spectrum& spectrum : contents.spectra) {
             spectrum.survey(plotted, source);
         }
@@ -52,7 +52,7 @@ void survey(Contents& contents, PlotSource& source)
 }
 
 /// The pass over numbers and bearings, for a picture of this size.
-void collect(Contents& contents, PlotSource& source, int width, int height)
+void collect(Contents& contents, Recordings& source, int width, int height)
 {
     for (Series& series : contents.series) {
         series.begin(source.span(), width);
@@ -60,7 +60,7 @@ void collect(Contents& contents, PlotSource& source, int width, int height)
     if (contents.bearings) {
         contents.bearings->beginGroups(width, height);
     }
-    source.walk([&](const PlottedRecord& plotted) {
+    source.walk([&](const PlacedRecord& plotted) {
         for (Series& series : contents.series) {
             series.visit(plotted);
         }
@@ -170,7 +170,7 @@ void addTimelinePanels(Picture& picture, const PlotTimelineOptions& options, con
 
 ExitCode plotSpectrum(const PlotSpectrumOptions& options)
 {
-    PlotSource source(options, 2);
+    Recordings source(options, 2, checkPicture(options));
     if (source.state() != ExitCode::Fine) {
         return source.state();
     }
@@ -201,7 +201,7 @@ ExitCode plotSpectrum(const PlotSpectrumOptions& options)
 
 ExitCode plotLevel(const PlotLevelOptions& options)
 {
-    PlotSource source(options, 1);
+    Recordings source(options, 1, checkPicture(options));
     if (source.state() != ExitCode::Fine) {
         return source.state();
     }
@@ -235,7 +235,7 @@ ExitCode plotLevel(const PlotLevelOptions& options)
 
 ExitCode plotBearings(const PlotBearingsOptions& options)
 {
-    PlotSource source(options, 2);
+    Recordings source(options, 2, checkPicture(options));
     if (source.state() != ExitCode::Fine) {
         return source.state();
     }
@@ -260,7 +260,7 @@ ExitCode plotBearings(const PlotBearingsOptions& options)
 
 ExitCode plotTimeline(const PlotTimelineOptions& options)
 {
-    PlotSource source(options, 3);
+    Recordings source(options, 3, checkPicture(options));
     if (source.state() != ExitCode::Fine) {
         return source.state();
     }

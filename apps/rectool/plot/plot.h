@@ -5,17 +5,15 @@
 #include <vector>
 
 #include "printing/exitcode.h"
+#include "replay/recordings.h"
 
 namespace RecTool {
 
 /// What all pictures take.
-struct PlotOptions {
-    std::vector<std::string> files;  ///< recordings, at least one; drawn over one time axis
-    std::string output;              ///< path of the picture; its suffix says the format
-    std::string from;                ///< a time of the first recording; empty: from the first record
-    std::string to;                  ///< a time of the first recording, the last one shown; empty: to the end
-    int width = 1400;                ///< pixels
-    int height = 900;                ///< pixels; where it was not asked for, more if the panels need it
+struct PlotOptions : RecordingsOptions {
+    std::string output;  ///< path of the picture; its suffix says the format
+    int width = 1400;    ///< pixels
+    int height = 900;    ///< pixels; where it was not asked for, more if the panels need it
     bool heightIsAsked = false;
     bool json = false;
 };

@@ -9,8 +9,8 @@
 
 #include <values/maps.h>
 
-#include "frequencies.h"
-#include "timespan.h"
+#include "replay/frequencies.h"
+#include "replay/timespan.h"
 
 namespace RecTool {
 

@@ -95,7 +95,7 @@ void SpectrumPanel::keepPlace()
     }
 }
 
-void SpectrumPanel::visit(const PlottedRecord& plotted)
+void SpectrumPanel::visit(const PlacedRecord& plotted)
 {
     if (!(plotted.type == m_spectrum.type)) {
         return;

@@ -9,7 +9,7 @@
 
 #include "axes.h"
 #include "frequencyunits.h"
-#include "spectra.h"
+#include "replay/spectra.h"
 #include "spectrumgrid.h"
 
 namespace RecTool {
@@ -18,7 +18,7 @@ namespace RecTool {
 class SpectrumPanel : public Panel {
 public:
     void keepPlace() override;
-    void visit(const PlottedRecord& plotted) override;
+    void visit(const PlacedRecord& plotted) override;
     void finish() override;
     [[nodiscard]] ExitCode tellPassedOver(ExitCode result) const override;
 

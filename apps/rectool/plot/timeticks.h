@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "timespan.h"
+#include "replay/timespan.h"
 
 namespace RecTool {
 

@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "plot/frequencies.h"
+#include "replay/frequencies.h"
 
 using RecTool::axisPieces;
 using RecTool::channelWidthHz;

@@ -9,7 +9,7 @@
 #include <values/maps.h>
 
 #include "frequencies.h"
-#include "source.h"
+#include "recordings.h"
 
 namespace RecTool {
 
@@ -31,22 +31,22 @@ struct Spectrum {
 
     /// Takes what a record of a first pass tells of frequencies and times. Only texts with a channel range need to be
     /// understood for that.
-    void survey(const PlottedRecord& plotted, const PlotSource& source);
+    void survey(const PlacedRecord& plotted, const Recordings& source);
 
 private:
-    void takeRange(const values::ChannelRange& newRange, double momentMs, const PlotSource& source);
+    void takeRange(const values::ChannelRange& newRange, double momentMs, const Recordings& source);
 };
 
 /// The spectra that are asked for, RF and IF where nothing is, in that order; those that nobody recorded are left out.
 /// @return nothing, told, when one of the types is in none of the recordings
-[[nodiscard]] std::optional<std::vector<Spectrum>> wantedSpectra(const PlotSource& source,
+[[nodiscard]] std::optional<std::vector<Spectrum>> wantedSpectra(const Recordings& source,
                                                                  const std::vector<std::string>& types = {},
                                                                  bool onlyRf = false, bool onlyIf = false);
 
 /// Ends the survey, and makes the picture as wide as its spectra last. @return those that there are
-[[nodiscard]] std::vector<Spectrum> endSurvey(std::vector<Spectrum>& spectra, PlotSource& source);
+[[nodiscard]] std::vector<Spectrum> endSurvey(std::vector<Spectrum>& spectra, Recordings& source);
 
 /// Why there is nothing to draw.
-[[nodiscard]] std::string noSpectrum(const PlotOptions& options, const std::vector<Spectrum>& spectra);
+[[nodiscard]] std::string noSpectrum(const RecordingsOptions& options, const std::vector<Spectrum>& spectra);
 
 }  // namespace RecTool

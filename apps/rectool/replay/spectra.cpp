@@ -25,7 +25,7 @@ std::optional<std::int32_t> spectrumNumber(const char* keyword, const TypeNames&
     return named || names.find(usual) != nullptr ? named : usual;
 }
 
-Spectrum makeSpectrum(const TrackType& type, const PlotSource& source)
+Spectrum makeSpectrum(const TrackType& type, const Recordings& source)
 {
     const TypeNames& names = source.tracks()[type.track].names;
     Spectrum spectrum;
@@ -57,7 +57,7 @@ bool carriesLevel(const std::string& text)
 
 }  // namespace
 
-std::optional<std::vector<Spectrum>> wantedSpectra(const PlotSource& source, const std::vector<std::string>& types,
+std::optional<std::vector<Spectrum>> wantedSpectra(const Recordings& source, const std::vector<std::string>& types,
                                                    bool onlyRf, bool onlyIf)
 {
     const auto named = source.takeTypes(types);
@@ -83,7 +83,7 @@ std::optional<std::vector<Spectrum>> wantedSpectra(const PlotSource& source, con
     return spectra;
 }
 
-void Spectrum::survey(const PlottedRecord& plotted, const PlotSource& source)
+void Spectrum::survey(const PlacedRecord& plotted, const Recordings& source)
 {
     if (!(plotted.type == type)) {
         return;
@@ -103,7 +103,7 @@ void Spectrum::survey(const PlottedRecord& plotted, const PlotSource& source)
     }
 }
 
-void Spectrum::takeRange(const values::ChannelRange& newRange, double momentMs, const PlotSource& source)
+void Spectrum::takeRange(const values::ChannelRange& newRange, double momentMs, const Recordings& source)
 {
     if (source.isBefore(momentMs) || momentMs == source.span().fromMs) {
         covered.clear();
@@ -122,7 +122,7 @@ void Spectrum::takeRange(const values::ChannelRange& newRange, double momentMs, 
     }
 }
 
-std::vector<Spectrum> endSurvey(std::vector<Spectrum>& spectra, PlotSource& source)
+std::vector<Spectrum> endSurvey(std::vector<Spectrum>& spectra, Recordings& source)
 {
     constexpr double AloneMs = 1000;  // nobody knows how long the only one lasted
     std::vector<Spectrum> recorded;
@@ -144,7 +144,7 @@ std::vector<Spectrum> endSurvey(std::vector<Spectrum>& spectra, PlotSource& sour
     return recorded;
 }
 
-std::string noSpectrum(const PlotOptions& options, const std::vector<Spectrum>& spectra)
+std::string noSpectrum(const RecordingsOptions& options, const std::vector<Spectrum>& spectra)
 {
     QStringList names;
     for (const Spectrum& spectrum : spectra) {

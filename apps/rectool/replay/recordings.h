@@ -1,4 +1,4 @@
-// The recordings that a picture is drawn from.
+// Recordings that are looked at together: on one axis of time, those that follow each other as one.
 #pragma once
 
 #include <cstddef>
@@ -11,12 +11,11 @@
 #include <values/maps.h>
 #include <QString>
 
-#include "plot.h"
 #include "printing/output.h"
 #include "printing/progress.h"
-#include "replay/recordedvalues.h"
-#include "replay/typenames.h"
+#include "recordedvalues.h"
 #include "timespan.h"
+#include "typenames.h"
 
 namespace RecTool {
 
@@ -29,8 +28,8 @@ struct TrackType {
     bool operator==(const TrackType&) const = default;
 };
 
-/// A record on the time axis of a picture.
-struct PlottedRecord {
+/// A record on the axis of time.
+struct PlacedRecord {
     const Recording2::Inspection::Record& record;
     TrackType type;
     double momentMs;  ///< when its value was measured, since the start of the first recording
@@ -41,21 +40,28 @@ struct PlottedRecord {
     [[nodiscard]] const LevelMap* levels() const;
 };
 
-/// Recordings of one device that follow each other, such as the splits of a long one: they are drawn as one.
+/// Recordings of one device that follow each other, such as the splits of a long one: they are taken as one.
 struct Track {
     std::string device;
     TypeNames names;
 };
 
-class PlotSource {
-public:
-    /// Checks the options, reads headers and tables and takes over the span. @param passes how often the records will
-    /// be walked
-    PlotSource(const PlotOptions& options, std::size_t passes);
-    PlotSource(const PlotSource&) = delete;
-    PlotSource& operator=(const PlotSource&) = delete;
+/// Which recordings, and what of them.
+struct RecordingsOptions {
+    std::vector<std::string> files;  ///< at least one
+    std::string from;                ///< a time of the first recording; empty: from the first record
+    std::string to;                  ///< a time of the first recording, the last one taken; empty: to the end
+};
 
-    /// Fine, or, told, what keeps the recordings from being drawn.
+class Recordings {
+public:
+    /// Reads headers and tables and takes over the span. @param passes how often the records will be walked
+    /// @param state anything but Fine: nothing is read
+    Recordings(const RecordingsOptions& options, std::size_t passes, ExitCode state = ExitCode::Fine);
+    Recordings(const Recordings&) = delete;
+    Recordings& operator=(const Recordings&) = delete;
+
+    /// Fine, or, told, what keeps the recordings from being looked at.
     [[nodiscard]] ExitCode state() const { return m_state; }
     /// The first recording by time, for messages that concern all.
     [[nodiscard]] const std::string& file() const { return m_parts.front().file; }
@@ -72,25 +78,25 @@ public:
     [[nodiscard]] bool isBefore(double momentMs) const { return m_fromIsGiven && momentMs < m_span.fromMs; }
     /// Widens the span to what was measured, where nobody asked for an end of it.
     void reach(double fromMs, double toMs);
-    /// The least time after a moment that can be seen in the picture: it goes on for as long.
+    /// The least time after a moment that can be seen in a picture of the span: it goes on for as long.
     void keepVisible(double momentMs);
     /// Start of the first recording, since 1970 UTC.
     [[nodiscard]] std::uint64_t startMs() const { return m_axis.header.startMs; }
     /// Names and types of the devices.
     [[nodiscard]] QString devices() const;
-    /// The bookmarks in the span, at the times of the picture.
+    /// The bookmarks in the span, at the times of the axis.
     [[nodiscard]] std::vector<Recording2::Inspection::Bookmark> bookmarks() const;
 
     /// One pass over the records, each device's in their order, except those whose time is lost or after the span.
-    void walk(const std::function<void(const PlottedRecord&)>& visit);
+    void walk(const std::function<void(const PlacedRecord&)>& visit);
 
     /// The types that a user named, in their order, each in every track that has it. @return nothing, told, when one is
     /// in none of the recordings
     [[nodiscard]] std::optional<std::vector<TrackType>> takeTypes(const std::vector<std::string>& types) const;
 
-    /// Tells the damage and makes the exit code of a finished picture, or of one that could not be drawn.
+    /// Tells the damage and makes the exit code of what was made, or could not be.
     [[nodiscard]] ExitCode end(ExitCode drawn);
-    /// The same with a reason why there is no picture.
+    /// The same with a reason why nothing was made.
     [[nodiscard]] ExitCode refuse(const std::string& why);
 
 private:
@@ -106,7 +112,7 @@ private:
     [[nodiscard]] ExitCode readParts(const std::vector<std::string>& files);
     void makeTracks();
     void makeAxis();
-    [[nodiscard]] ExitCode takeSpan(const PlotOptions& options);
+    [[nodiscard]] ExitCode takeSpan(const RecordingsOptions& options);
 
     std::vector<Part> m_parts;  // by time
     std::vector<Track> m_tracks;
@@ -114,7 +120,7 @@ private:
     TimeSpan m_span;
     bool m_fromIsGiven = false;
     bool m_toIsGiven = false;
-    double m_lastMs = 0;  // what is measured later is not shown
+    double m_lastMs = 0;  // what is measured later is not taken
     ExitCode m_state = ExitCode::Fine;
     Progress m_progress;
     std::size_t m_passes;
@@ -122,6 +128,6 @@ private:
 };
 
 /// That a type has no record.
-[[nodiscard]] std::string noRecord(const PlotOptions& options, const std::string& keyword);
+[[nodiscard]] std::string noRecord(const RecordingsOptions& options, const std::string& keyword);
 
 }  // namespace RecTool

@@ -1,5 +1,5 @@
 // Putting recordings on tracks and one axis of time, and walking through their records.
-#include "source.h"
+#include "recordings.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,10 +9,9 @@
 #include <values/value.h>
 #include <QStringList>
 
-#include "picture.h"
+#include "measuredtime.h"
 #include "printing/text.h"
-#include "replay/measuredtime.h"
-#include "replay/recordingtime.h"
+#include "recordingtime.h"
 
 namespace RecTool {
 
@@ -38,7 +37,7 @@ std::string deviceOf(const Inspection::Header& header)
 
 }  // namespace
 
-std::optional<double> PlottedRecord::number() const
+std::optional<double> PlacedRecord::number() const
 {
     const values::ValueBase* value = recorded.apply(record);
     const bool isNumber = value != nullptr && (value->GetType() == values::ValueType::Numeric ||
@@ -46,22 +45,22 @@ std::optional<double> PlottedRecord::number() const
     return isNumber ? std::optional(static_cast<const values::ValueNumeric<double>*>(value)->GetValue()) : std::nullopt;
 }
 
-const LevelMap* PlottedRecord::levels() const
+const LevelMap* PlacedRecord::levels() const
 {
     const values::ValueBase* value = recorded.apply(record);
     const bool isMap = value != nullptr && value->GetType() == values::ValueType::LevelMap;
     return isMap ? static_cast<const LevelMap*>(value) : nullptr;
 }
 
-double PlotSource::Part::lengthMs() const
+double Recordings::Part::lengthMs() const
 {
     const Inspection::Header& header = summary.header;
     const std::uint64_t duration = header.stopMs > header.startMs ? header.stopMs - header.startMs : 0;
     return static_cast<double>(std::max(duration, summary.times.empty() ? 0 : summary.times.back().timeMs));
 }
 
-PlotSource::PlotSource(const PlotOptions& options, std::size_t passes)
-    : m_state(checkPicture(options)), m_progress(options.files.front()), m_passes(passes)
+Recordings::Recordings(const RecordingsOptions& options, std::size_t passes, ExitCode state)
+    : m_state(state), m_progress(options.files.front()), m_passes(passes)
 {
     if (m_state == ExitCode::Fine) {
         m_state = readParts(options.files);
@@ -73,7 +72,7 @@ PlotSource::PlotSource(const PlotOptions& options, std::size_t passes)
     }
 }
 
-ExitCode PlotSource::readParts(const std::vector<std::string>& files)
+ExitCode Recordings::readParts(const std::vector<std::string>& files)
 {
     for (const std::string& file : files) {
         Inspection::Summary summary = Inspection::inspect(file);
@@ -96,7 +95,7 @@ ExitCode PlotSource::readParts(const std::vector<std::string>& files)
     return ExitCode::Fine;
 }
 
-void PlotSource::makeTracks()
+void Recordings::makeTracks()
 {
     std::vector<const Part*> lastOf;  // of each track
     for (Part& part : m_parts) {
@@ -115,7 +114,7 @@ void PlotSource::makeTracks()
     }
 }
 
-void PlotSource::makeAxis()
+void Recordings::makeAxis()
 {
     m_axis.header = m_parts.front().summary.header;
     for (const Part& part : m_parts) {
@@ -128,7 +127,7 @@ void PlotSource::makeAxis()
                      [](const Inspection::Bookmark& a, const Inspection::Bookmark& b) { return a.timeMs < b.timeMs; });
 }
 
-ExitCode PlotSource::takeSpan(const PlotOptions& options)
+ExitCode Recordings::takeSpan(const RecordingsOptions& options)
 {
     double end = 0;
     m_span.fromMs = std::numeric_limits<double>::infinity();
@@ -159,7 +158,7 @@ ExitCode PlotSource::takeSpan(const PlotOptions& options)
     return ExitCode::Fine;
 }
 
-void PlotSource::reach(double fromMs, double toMs)
+void Recordings::reach(double fromMs, double toMs)
 {
     constexpr double Least = 1e-12;  // of a time so late that a millisecond more is the same number
     m_span.fromMs = m_fromIsGiven ? m_span.fromMs : std::min(m_span.fromMs, fromMs);
@@ -167,7 +166,7 @@ void PlotSource::reach(double fromMs, double toMs)
     m_span.toMs = std::max(m_span.toMs, m_span.fromMs + std::max(1.0, std::abs(m_span.fromMs) * Least));
 }
 
-void PlotSource::keepVisible(double momentMs)
+void Recordings::keepVisible(double momentMs)
 {
     constexpr double Least = 0.02;  // of the picture
     if (momentMs > m_span.fromMs) {
@@ -175,13 +174,13 @@ void PlotSource::keepVisible(double momentMs)
     }
 }
 
-std::string PlotSource::labelled(std::size_t track, const std::string& text) const
+std::string Recordings::labelled(std::size_t track, const std::string& text) const
 {
     const std::string& device = m_tracks[track].device;
     return m_tracks.size() < 2 || device.empty() ? text : oneLine(device) + ": " + text;
 }
 
-QString PlotSource::devices() const
+QString Recordings::devices() const
 {
     QStringList devices;
     for (const Part& part : m_parts) {
@@ -192,7 +191,7 @@ QString PlotSource::devices() const
     return devices.join(QStringLiteral(" + "));
 }
 
-std::vector<Inspection::Bookmark> PlotSource::bookmarks() const
+std::vector<Inspection::Bookmark> Recordings::bookmarks() const
 {
     std::vector<Inspection::Bookmark> inSpan;
     std::copy_if(m_axis.bookmarks.begin(), m_axis.bookmarks.end(), std::back_inserter(inSpan),
@@ -203,7 +202,7 @@ std::vector<Inspection::Bookmark> PlotSource::bookmarks() const
     return inSpan;
 }
 
-void PlotSource::walk(const std::function<void(const PlottedRecord&)>& visit)
+void Recordings::walk(const std::function<void(const PlacedRecord&)>& visit)
 {
     std::vector<RecordedValues> recorded(m_tracks.size());
     for (Part& part : m_parts) {
@@ -229,7 +228,7 @@ void PlotSource::walk(const std::function<void(const PlottedRecord&)>& visit)
     }
 }
 
-std::optional<std::vector<TrackType>> PlotSource::takeTypes(const std::vector<std::string>& types) const
+std::optional<std::vector<TrackType>> Recordings::takeTypes(const std::vector<std::string>& types) const
 {
     std::vector<TrackType> taken;
     for (const std::string& type : types) {
@@ -249,7 +248,7 @@ std::optional<std::vector<TrackType>> PlotSource::takeTypes(const std::vector<st
     return taken;
 }
 
-ExitCode PlotSource::end(ExitCode drawn)
+ExitCode Recordings::end(ExitCode drawn)
 {
     m_progress.clear();
     for (const Part& part : m_parts) {
@@ -261,14 +260,14 @@ ExitCode PlotSource::end(ExitCode drawn)
     return finish(drawn);
 }
 
-ExitCode PlotSource::refuse(const std::string& why)
+ExitCode Recordings::refuse(const std::string& why)
 {
     m_progress.clear();
     complain(file(), why);
     return end(ExitCode::Usage);
 }
 
-std::string noRecord(const PlotOptions& options, const std::string& keyword)
+std::string noRecord(const RecordingsOptions& options, const std::string& keyword)
 {
     const bool isWhole = options.from.empty() && options.to.empty();
     return "There is no record of " + keyword + (isWhole ? " in the recording." : " in or before the span.");
