@@ -1,4 +1,4 @@
-// Where the channels of a range lie in a picture.
+// Which frequencies the channels of a range cover, and where they lie in a picture.
 #pragma once
 
 #include <cstddef>
