@@ -1,0 +1,66 @@
+// Overviews that were made before, kept in the user's cache directory by the content of their recordings.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "overview.h"
+
+namespace RecView {
+
+/// $XDG_CACHE_HOME/recview, else .cache/recview in the user's home; empty when there is neither.
+[[nodiscard]] std::filesystem::path defaultCacheDirectory();
+
+/// A directory of overviews: any thread, and several processes at once. A finished overview gets its name by a
+/// renaming, so others see it whole or not at all. It is named by what the recording holds (header, types, records,
+/// times; not by its bookmarks, name or place). That a file is the same as before is seen by its device, number, size
+/// and times of change, which saves reading it; its content is looked at again where any of them differs. Directory and
+/// files are the user's alone. Nothing here is ever an error for who wants an overview: what cannot be kept is made
+/// again next time.
+class Cache {
+public:
+    struct Options {
+        std::filesystem::path directory = defaultCacheDirectory();
+        std::uint64_t bytes = std::uint64_t{4} << 30U;  ///< in all; those used longest ago are removed first
+        std::uint32_t version = 0;  ///< of the parts' columns: what was made with another one is made anew
+    };
+    explicit Cache(Options options);
+
+    /// What is wrong with the directory, one sentence, once; empty when all is well. Overviews are then made in
+    /// temporary files.
+    [[nodiscard]] std::string takeWarning();
+
+    /// The overview of a finished recording as it was made before; null when there is none, or it is stale or damaged.
+    /// At most some 100 ms where the file is the same as before, as long as reading it where it only seems to be.
+    [[nodiscard]] std::shared_ptr<Overview> find(const std::string& path);
+    /// A store for a new overview, in the cache directory or else in that of temporary files.
+    /// @throws std::runtime_error with a sentence when there is room nowhere
+    [[nodiscard]] std::unique_ptr<Store> newStore();
+    /// Keeps a finished overview for the finished file that it was made of. Recordings below a megabyte are not worth
+    /// it. @return whether it was kept
+    bool keep(Overview& overview, const std::string& path);
+
+    /// All of it: finds the overview of a finished file, or makes and keeps it.
+    /// @param progress called now and then with a share of 1, and what there is so far; gives false to stop
+    /// @return null when it was stopped, or the file cannot be read (problem then holds a sentence)
+    [[nodiscard]] std::shared_ptr<Overview> overviewOf(
+        const std::string& path, const MakeParts& makeParts, std::string& problem,
+        const std::function<bool(double made, const std::shared_ptr<Overview>& soFar)>& progress = {});
+
+private:
+    [[nodiscard]] std::filesystem::path stampPath(const std::string& path) const;
+    [[nodiscard]] std::filesystem::path overviewPath(const std::string& content) const;
+    void warn(const std::string& sentence);
+    void makeRoom();
+
+    Options m_options;
+    bool m_usable = false;
+    std::mutex m_mutex;  // of the warning
+    std::string m_warning;
+};
+
+}  // namespace RecView
