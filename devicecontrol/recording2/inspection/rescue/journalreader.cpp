@@ -7,38 +7,13 @@
 
 #include "../../file/files.h"
 #include "../filename.h"
-#include "../strict/fieldreader.h"
+#include "../strict/blocktext.h"
 
 namespace Recording2::Inspection {
 
 namespace {
 
 using namespace Format::Journal;
-
-/// Bytes in memory.
-class TextSource final : public Format::ByteSource {
-public:
-    explicit TextSource(const std::string& text) : m_text(text) {}
-    std::size_t readAt(std::int64_t offset, char* out, std::size_t size) override
-    {
-        const auto from = static_cast<std::size_t>(std::clamp<std::int64_t>(offset, 0, this->size()));
-        return m_text.copy(out, size, from);
-    }
-    [[nodiscard]] std::int64_t size() override { return static_cast<std::int64_t>(m_text.size()); }
-
-private:
-    const std::string& m_text;
-};
-
-std::optional<Format::HeaderRecord> parseHeader(const std::string& text)
-{
-    TextSource source(text);
-    Format::Cursor cursor(source, text.size() + 1);
-    Format::HeaderRecord record;
-    const bool sound = text.size() <= std::size_t{Format::HeaderAreaBytes} &&
-                       Format::readHeader(cursor, record) == Format::HeaderStatus::Ok;
-    return sound ? std::optional<Format::HeaderRecord>(record) : std::nullopt;
-}
 
 class JournalReader {
 public:
