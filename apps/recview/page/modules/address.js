@@ -77,15 +77,17 @@ export function start(open) {
         history.replaceState(null, '', write());
     };
     model.on(['recording', ...names], (state, changed, how) => {
-        clearTimeout(timer);
         if (how === 'jump') {
+            clearTimeout(timer);
+            timer = null;
             history.pushState(null, '', write(state));
-        } else if (how !== 'address') {
-            timer = setTimeout(replace, 300);
+        } else {
+            timer ??= setTimeout(replace, 300);
         }
     });
     window.addEventListener('popstate', () => {
         clearTimeout(timer);
+        timer = null;
         open(read());
     });
 }

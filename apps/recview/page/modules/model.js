@@ -3,6 +3,7 @@
 /**
  * @typedef {object} State
  * @property {object[]} recordings what the server has
+ * @property {boolean} edit bookmarks may be changed
  * @property {?object} recording the one that is shown
  * @property {number} end of the recording, its newest moment; grows while it is recorded, also in recording.endMs
  * @property {?number} type code of the spectrum that is shown
@@ -29,7 +30,7 @@
 
 /** @type {State} */
 const state = {
-    recordings: [], recording: null, end: 0, type: null,
+    recordings: [], edit: false, recording: null, end: 0, type: null,
     from: 0, to: 1, low: 0, high: 1,
     at: null, hz: null,
     levelLow: -120, levelHigh: -40, autoLevel: true, map: 'viridis', of: 'max',

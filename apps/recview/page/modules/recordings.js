@@ -74,11 +74,27 @@ function grown({ recording: id, endMs }) {
     }
 }
 
+const madeListeners = [];
+
+/** Calls back when more of the overview of the recording that is shown is made: 0 to 1. */
+export function onMade(callback) {
+    madeListeners.push(callback);
+}
+
+function made({ recording: id, made: part }) {
+    const { recording } = model.get();
+    if (recording?.id === id) {
+        recording.made = part;
+        madeListeners.forEach((callback) => callback(part));
+    }
+}
+
 /** Follows the server's events. */
 export function start() {
     let lost = false;
     const reload = () => load().then(openFirst).catch(tell);
     server.on('grown', grown);
+    server.on('made', made);
     server.on('changed', reload);
     server.on('lost', () => {
         lost = true;

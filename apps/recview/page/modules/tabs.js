@@ -1,5 +1,35 @@
-// The panel tabs.
+// State, map and polar view in one place; map and polar view only where there are bearings.
+import * as model from './model.js';
+
+const names = ['state', 'map', 'polar'];
 
 /** Fills its container. */
-export function create(container, model, server) {
+export function create(container) {
+    const tabs = [...container.querySelectorAll('[role=tab]')];
+    tabs.forEach((tab, index) => {
+        tab.addEventListener('click', () => model.set({ panel: names[index] }));
+        tab.addEventListener('keydown', (event) => {
+            const by = { ArrowRight: 1, ArrowLeft: -1 }[event.key];
+            const open = tabs.filter((one) => !one.hidden);
+            if (by !== undefined) {
+                event.preventDefault();
+                event.stopPropagation();
+                const next = open[(open.indexOf(tab) + by + open.length) % open.length];
+                next.focus();
+                next.click();
+            }
+        });
+    });
+    const show = () => {
+        const { panel, recording } = model.get();
+        const chosen = recording?.hasBearings || recording === null ? panel : 'state';
+        tabs.forEach((tab, index) => {
+            tab.hidden = index > 0 && !recording?.hasBearings;
+            tab.setAttribute('aria-selected', String(names[index] === chosen));
+            tab.tabIndex = names[index] === chosen ? 0 : -1;
+            document.getElementById(names[index]).hidden = names[index] !== chosen;
+        });
+    };
+    model.on(['panel', 'recording'], show);
+    show();
 }

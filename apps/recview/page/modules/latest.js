@@ -1,0 +1,31 @@
+// Work that is asked for faster than it is done: one at a time, and then once more for the newest.
+
+/**
+ * Gives a function that starts the work, or has it done again when it runs already.
+ * @param {() => Promise<void>} work @param {(error: Error) => void} failed @param {number} [rest] ms between two
+ */
+export function latest(work, failed, rest = 0) {
+    let running = false;
+    let again = false;
+    const run = async () => {
+        if (running) {
+            again = true;
+            return;
+        }
+        running = true;
+        try {
+            await work();
+        } catch (error) {
+            failed(error);
+        }
+        if (rest > 0) {
+            await new Promise((done) => setTimeout(done, rest));
+        }
+        running = false;
+        if (again) {
+            again = false;
+            run();
+        }
+    };
+    return run;
+}
