@@ -55,98 +55,107 @@ std::optional<Geo::Position> positionOf(std::optional<double> latitudeDeg, std::
                    : std::nullopt;
 }
 
-class BearingTaker {
-public:
-    BearingTaker(const Inspection::Summary& summary, std::uint64_t fromMs, std::uint64_t toMs)
-        : m_names(summary.types),
-          m_bearings(m_names.numberOf(DirectionFindingKeyword)),
-          m_latitude(m_names, "LOCATIONLATITUDE"),
-          m_longitude(m_names, "LOCATIONLONGITUDE"),
-          m_heading(m_names, "TRUEHEADING"),
-          m_frequency(m_names, "FREQUENCY"),
-          m_startMs(summary.header.startMs),
-          m_fromMs(firstMoment(fromMs)),
-          m_toMs(static_cast<double>(toMs))
+constexpr unsigned long long UsPerMs = 1000;
+
+}  // namespace
+
+struct BearingTaker::Private {
+    Private(const std::vector<Inspection::TypeEntry>& types, std::uint64_t start, Listener told)
+        : names(types),
+          bearings(names.numberOf(DirectionFindingKeyword)),
+          latitude(names, "LOCATIONLATITUDE"),
+          longitude(names, "LOCATIONLONGITUDE"),
+          heading(names, "TRUEHEADING"),
+          frequency(names, "FREQUENCY"),
+          startMs(start),
+          listener(std::move(told))
     {
     }
 
-    void apply(const Inspection::Record& record)
+    void take(const BearingChange& change)
     {
-        m_latitude.apply(record);
-        m_longitude.apply(record);
-        m_heading.apply(record);
-        m_frequency.apply(record);
-        if (m_bearings != record.code) {
+        if (!std::isfinite(change.bearing.azimuthDeg)) {
             return;
         }
-        m_momentMs = momentMs(record, m_startMs);
-        m_measured.tune(m_frequency.get().value_or(0));
-        m_measured.apply(record);
-    }
-    [[nodiscard]] TakenBearings result()
-    {
-        m_taken.passedOver = m_measured.passedOver();
-        return std::move(m_taken);
-    }
-
-private:
-    static constexpr unsigned long long UsPerMs = 1000;
-
-    void take(const BearingChange& measured)
-    {
-        const auto& [channel, bearing, timeMs, measuredUs] = measured;
-        if (m_momentMs < m_fromMs || m_momentMs > m_toMs || !std::isfinite(bearing.azimuthDeg)) {
-            return;
-        }
-        const std::optional<Geo::Position> position = positionOf(m_latitude.get(), m_longitude.get());
-        if (!position) {
-            ++m_taken.withoutPosition;
-            return;
-        }
+        const std::optional<Geo::Position> position = positionOf(latitude.get(), longitude.get());
         TakenBearing taken;
-        taken.channel = channel;
-        taken.frequencyHz = m_measured.range().frequencyHz(channel);
-        taken.bearing = bearing;
-        taken.timeMs = timeMs;
-        taken.measuredUs = measuredUs != 0 ? measuredUs : (m_startMs + timeMs) * UsPerMs;
-        taken.headingDeg = m_heading.get();
+        taken.channel = change.channel;
+        taken.frequencyHz = measured.range().frequencyHz(change.channel);
+        taken.bearing = change.bearing;
+        taken.timeMs = change.timeMs;
+        taken.measuredUs = change.measuredUs != 0 ? change.measuredUs : (startMs + change.timeMs) * UsPerMs;
+        taken.headingDeg = heading.get();
         if (taken.headingDeg && !std::isfinite(*taken.headingDeg)) {
             taken.headingDeg.reset();
         }
-        const double trueDeg = std::fmod(bearing.azimuthDeg + taken.headingDeg.value_or(0), FullCircleDeg);
-        taken.line = {*position, trueDeg < 0 ? trueDeg + FullCircleDeg : trueDeg};
-        m_taken.bearings.push_back(taken);
+        const double trueDeg = std::fmod(change.bearing.azimuthDeg + taken.headingDeg.value_or(0), FullCircleDeg);
+        taken.line = {position.value_or(Geo::Position()), trueDeg < 0 ? trueDeg + FullCircleDeg : trueDeg};
+        listener({taken, position.has_value(), momentOfRecordMs});
     }
 
-    TypeNames m_names;
-    std::optional<std::int32_t> m_bearings;
-    RecordedNumber m_latitude;
-    RecordedNumber m_longitude;
-    RecordedNumber m_heading;
-    RecordedNumber m_frequency;
-    MeasuredBearings m_measured{[this](const BearingChange& measured) { take(measured); }};
-    std::uint64_t m_startMs;
-    double m_fromMs;
-    double m_toMs;
-    double m_momentMs = 0;  // of the record being applied
-    TakenBearings m_taken;
+    TypeNames names;
+    std::optional<std::int32_t> bearings;
+    RecordedNumber latitude;
+    RecordedNumber longitude;
+    RecordedNumber heading;
+    RecordedNumber frequency;
+    MeasuredBearings measured{[this](const BearingChange& change) { take(change); }};
+    std::uint64_t startMs;
+    Listener listener;
+    double momentOfRecordMs = 0;
 };
 
-}  // namespace
+BearingTaker::BearingTaker(const std::vector<Inspection::TypeEntry>& types, std::uint64_t startMs, Listener listener)
+    : d(std::make_unique<Private>(types, startMs, std::move(listener)))
+{
+}
+
+BearingTaker::~BearingTaker() = default;
+
+void BearingTaker::apply(const Inspection::Record& record)
+{
+    if (record.timeMs == 0) {
+        return;
+    }
+    for (RecordedNumber* number : {&d->latitude, &d->longitude, &d->heading, &d->frequency}) {
+        number->apply(record);
+    }
+    if (d->bearings == record.code) {
+        d->momentOfRecordMs = momentMs(record, d->startMs);
+        d->measured.tune(d->frequency.get().value_or(0));
+        d->measured.apply(record);
+    }
+}
+
+std::optional<Geo::Position> BearingTaker::position() const
+{
+    return positionOf(d->latitude.get(), d->longitude.get());
+}
+
+std::uint64_t BearingTaker::passedOver() const
+{
+    return d->measured.passedOver();
+}
 
 TakenBearings takeBearings(const std::string& file, const Inspection::Summary& summary, std::uint64_t fromMs,
                            std::uint64_t toMs)
 {
-    BearingTaker taker(summary, fromMs, toMs);
-    std::vector<Inspection::Finding> findings = walk(file, summary, [&](const Inspection::Record& record) {
-        const bool timeIsKnown = record.timeMs != 0;
-        if (timeIsKnown) {
-            taker.apply(record);
+    TakenBearings taken;
+    BearingTaker taker(summary.types, summary.header.startMs, [&](const BearingTaker::Taken& one) {
+        if (one.momentMs < firstMoment(fromMs) || one.momentMs > static_cast<double>(toMs)) {
+            return;
         }
+        if (one.hasPosition) {
+            taken.bearings.push_back(one.bearing);
+        } else {
+            ++taken.withoutPosition;
+        }
+    });
+    taken.findings = walk(file, summary, [&](const Inspection::Record& record) {
+        taker.apply(record);
         return true;  // what was measured in the span may be filed after it
     });
-    TakenBearings taken = taker.result();
-    taken.findings = std::move(findings);
+    taken.passedOver = taker.passedOver();
     return taken;
 }
 

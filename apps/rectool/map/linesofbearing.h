@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,6 +23,33 @@ struct TakenBearing {
     unsigned long long measuredUs = 0;  ///< since 1970 UTC: time stamp of the map, or the record's own time without one
     std::optional<double> headingDeg;   ///< of the antenna's zero, if recorded
     Geo::LineOfBearing line;            ///< from the position in force; the azimuth is true where there is a heading
+};
+
+/// Follows position, heading and bearings record by record.
+class BearingTaker {
+public:
+    struct Taken {
+        const TakenBearing& bearing;
+        bool hasPosition;  ///< nobody knows where it was taken without; its line is none then
+        double momentMs;   ///< of the recording
+    };
+    using Listener = std::function<void(const Taken&)>;
+
+    /// @param types of the recording @param startMs of the recording, since 1970 UTC
+    BearingTaker(const std::vector<Recording2::Inspection::TypeEntry>& types, std::uint64_t startMs, Listener listener);
+    BearingTaker(const BearingTaker&) = delete;
+    BearingTaker& operator=(const BearingTaker&) = delete;
+    ~BearingTaker();
+
+    /// Takes a record, all of them in their order; of those whose time is lost nothing is known.
+    void apply(const Recording2::Inspection::Record& record);
+    /// Of the station, as it is in force; nothing where it is not known.
+    [[nodiscard]] std::optional<Geo::Position> position() const;
+    [[nodiscard]] std::uint64_t passedOver() const;  ///< DFSPECTRUM records that are no bearings
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
 };
 
 struct TakenBearings {

@@ -8,12 +8,12 @@
 
 #include "frequencyunits.h"
 #include "printing/text.h"
+#include "printing/units.h"
 
 namespace RecTool {
 
 namespace {
 
-constexpr const char* Degrees = "\u00b0";
 constexpr const char* Hertz = "Hz";
 
 bool isOneOf(std::initializer_list<std::string_view> keywords, const std::string& keyword)
@@ -29,27 +29,6 @@ std::optional<double> middleOf(const std::string& keyword)
         return South;
     }
     return keyword == "LOCATIONLONGITUDE" ? std::optional(0.0) : std::nullopt;
-}
-
-/// What the numbers of a keyword are counted in; empty where that is not fixed or there is no unit.
-std::string unitOf(const std::string& keyword)
-{
-    const bool isLevel = isOneOf({"LEVEL", "FIELDSTRENGTH", "ATTENUATION", "SQUELCHVALUE", "RFYLIMIT", "STARTLEVEL",
-                                  "STOPLEVEL", "IFSTARTLEVEL", "IFSTOPLEVEL", "IFLEVELTHRESHOLD"},
-                                 keyword);
-    const bool isFrequency = isOneOf({"FREQUENCY", "FREQOFFSET", "STARTFREQ", "STOPFREQ", "STEPFREQ", "BANDWIDTH",
-                                      "DFBANDWIDTH", "AFBANDWIDTH", "IFSPAN"},
-                                     keyword);
-    const bool isAngle = isOneOf(
-        {"ELEVATION", "ELEVATIONSTART", "ELEVATIONSTOP", "RFELEVATIONRULER", "PITCH", "ROLL", "LOCATIONLATITUDE"},
-        keyword);
-    return isLevel                        ? "dB"
-           : isFrequency                  ? Hertz
-           : isAngle || middleOf(keyword) ? Degrees
-           : keyword == "ALTITUDE"        ? "m"
-           : keyword == "VELOCITY"        ? "m/s"
-           : keyword == "QUALITY"         ? "%"
-                                          : "";
 }
 
 }  // namespace
@@ -81,7 +60,7 @@ std::optional<std::vector<Series>> wantedSeries(const Recordings& source, const 
     std::vector<Series> all;
     for (const TrackType& type : *taken) {
         const std::string keyword = source.tracks()[type.track].names.label(type.code);
-        all.push_back({type, keyword, unit.empty() ? unitOf(keyword) : unit, false, std::nullopt, 0});
+        all.push_back({type, keyword, unit.empty() ? unitOfKeyword(keyword) : unit, false, std::nullopt, 0});
     }
     return all;
 }

@@ -16,6 +16,8 @@ namespace {
 bool readerMayLeave = false;
 int firstError = 0;  // why standard output takes nothing any more
 
+thread_local Complaints* keptHere = nullptr;
+
 std::map<std::string, std::string>& shownNames()
 {
     static std::map<std::string, std::string> names;
@@ -40,8 +42,27 @@ void setShownName(const std::string& path, const std::string& name)
     shownNames()[path] = name;
 }
 
+Complaints::Complaints()
+{
+    keptHere = this;
+}
+
+Complaints::~Complaints()
+{
+    keptHere = nullptr;
+}
+
+bool Complaints::areKept()
+{
+    return keptHere != nullptr;
+}
+
 void complain(const std::string& file, const std::string& text)
 {
+    if (keptHere != nullptr) {
+        keptHere->m_text += (keptHere->m_text.empty() ? "" : " ") + text;
+        return;
+    }
     std::cout.flush();
     std::cerr << "rectool: " << printedName(file) << ": " << oneLine(text) << '\n';
 }

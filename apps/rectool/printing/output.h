@@ -25,6 +25,24 @@ void complain(const std::string& file, const std::string& text);
 /// Damage on standard error, one line a finding; of very many only the first ones.
 void complain(const std::string& file, const std::vector<Recording2::Inspection::Finding>& findings);
 
+/// While it exists, what its thread complains of is kept instead of printed, for whoever answers in another way.
+class Complaints {
+public:
+    Complaints();
+    Complaints(const Complaints&) = delete;
+    Complaints& operator=(const Complaints&) = delete;
+    ~Complaints();
+
+    /// The sentences without the file's name, one behind the other.
+    [[nodiscard]] const std::string& text() const { return m_text; }
+    /// Whether those of this thread are being kept.
+    [[nodiscard]] static bool areKept();
+
+private:
+    friend void complain(const std::string& file, const std::string& text);
+    std::string m_text;
+};
+
 /// The numbers of types that a user named by keyword or number. @return nothing, told, when one is no type of the file
 [[nodiscard]] std::optional<std::set<std::int32_t>> takeTypes(const std::string& file,
                                                               const std::vector<std::string>& types,

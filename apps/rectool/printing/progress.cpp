@@ -21,7 +21,7 @@ Progress::~Progress()
 
 std::function<void(std::int64_t, std::int64_t)> Progress::callback()
 {
-    if (!System::isTerminal(System::Stream::Errors)) {
+    if (Complaints::areKept() || !System::isTerminal(System::Stream::Errors)) {
         return {};
     }
     return [this](std::int64_t done, std::int64_t all) { show(done, all); };

@@ -99,7 +99,9 @@ void appendData(std::string& out, const std::string& data)
     out += '}';
 }
 
-void appendRange(std::string& out, const ChannelRange& range)
+}  // namespace
+
+void appendJson(std::string& out, const ChannelRange& range)
 {
     if (!range.isList()) {
         out += "{\"startHz\":";
@@ -121,7 +123,7 @@ void appendRange(std::string& out, const ChannelRange& range)
 }
 
 // Levels are recorded in hundredths; more digits would come from the float alone.
-void appendCell(std::string& out, float level)
+void appendLevelJson(std::string& out, float level)
 {
     constexpr double PerUnit = 100;
     constexpr double MostHundredths = 1e8;
@@ -143,6 +145,13 @@ void appendCell(std::string& out, float level)
         *end++ = static_cast<char>('0' + hundredths % 10);
     }
     out.append(text.data(), end);
+}
+
+namespace {
+
+void appendCell(std::string& out, float level)
+{
+    appendLevelJson(out, level);
 }
 
 // What was not measured is NaN, which JSON has as null.
@@ -167,7 +176,7 @@ template <typename Entry, typename Handler>
 void appendMap(std::string& out, const CellMap<Entry, Handler>& value)
 {
     out += ",\"range\":";
-    appendRange(out, value.GetChannelRange());
+    appendJson(out, value.GetChannelRange());
     out += ",\"timeStampUs\":";
     appendInteger(out, value.GetTimeStamp());
     out += ",\"cells\":[";

@@ -7,6 +7,7 @@
 #include <string>
 
 #include <recording2/inspection/inspection.h>
+#include <values/maps.h>
 #include <values/valuebase.h>
 
 #include "replay/typenames.h"
@@ -15,6 +16,10 @@ namespace RecTool {
 
 /// Appends a value as one JSON object without a line break. Numbers that JSON does not have become null.
 void appendJson(std::string& out, const values::ValueBase& value);
+
+/// The same for the parts of a map: its channels as an object, a level rounded to hundredths.
+void appendJson(std::string& out, const values::ChannelRange& range);
+void appendLevelJson(std::string& out, float level);
 
 /// Appends records, each as one JSON object without a line break.
 class RecordJson {

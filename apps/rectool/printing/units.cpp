@@ -1,8 +1,9 @@
-// Parsing frequencies in Hz and times in ms, s, min, h and d.
+// Parsing frequencies in Hz and times in ms, s, min, h and d; the units of keywords.
 #include "units.h"
 
 #include <charconv>
 #include <cmath>
+#include <map>
 #include <system_error>
 
 #include <terminaltext/quantity.h>
@@ -30,6 +31,47 @@ std::optional<std::uint64_t> parseMilliseconds(const std::string& text)
         return std::nullopt;
     }
     return static_cast<std::uint64_t>(std::llround(*ms));
+}
+
+std::string unitOfKeyword(const std::string& keyword)
+{
+    static const std::map<std::string, const char*> units{{"LEVEL", "dB"},
+                                                          {"FIELDSTRENGTH", "dB"},
+                                                          {"ATTENUATION", "dB"},
+                                                          {"SQUELCHVALUE", "dB"},
+                                                          {"RFYLIMIT", "dB"},
+                                                          {"STARTLEVEL", "dB"},
+                                                          {"STOPLEVEL", "dB"},
+                                                          {"IFSTARTLEVEL", "dB"},
+                                                          {"IFSTOPLEVEL", "dB"},
+                                                          {"IFLEVELTHRESHOLD", "dB"},
+                                                          {"FREQUENCY", "Hz"},
+                                                          {"FREQOFFSET", "Hz"},
+                                                          {"STARTFREQ", "Hz"},
+                                                          {"STOPFREQ", "Hz"},
+                                                          {"STEPFREQ", "Hz"},
+                                                          {"BANDWIDTH", "Hz"},
+                                                          {"DFBANDWIDTH", "Hz"},
+                                                          {"AFBANDWIDTH", "Hz"},
+                                                          {"IFSPAN", "Hz"},
+                                                          {"ELEVATION", "\u00b0"},
+                                                          {"ELEVATIONSTART", "\u00b0"},
+                                                          {"ELEVATIONSTOP", "\u00b0"},
+                                                          {"RFELEVATIONRULER", "\u00b0"},
+                                                          {"PITCH", "\u00b0"},
+                                                          {"ROLL", "\u00b0"},
+                                                          {"LOCATIONLATITUDE", "\u00b0"},
+                                                          {"LOCATIONLONGITUDE", "\u00b0"},
+                                                          {"TRUEHEADING", "\u00b0"},
+                                                          {"AZIMUTH", "\u00b0"},
+                                                          {"AZIMUTHSTART", "\u00b0"},
+                                                          {"AZIMUTHSTOP", "\u00b0"},
+                                                          {"RFAZIMUTHRULER", "\u00b0"},
+                                                          {"ALTITUDE", "m"},
+                                                          {"VELOCITY", "m/s"},
+                                                          {"QUALITY", "%"}};
+    const auto found = units.find(keyword);
+    return found == units.end() ? "" : found->second;
 }
 
 }  // namespace RecTool

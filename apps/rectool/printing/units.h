@@ -13,4 +13,7 @@ namespace RecTool {
 /// the text is none, also for a negative number.
 [[nodiscard]] std::optional<std::uint64_t> parseMilliseconds(const std::string& text);
 
+/// What the numbers of a keyword are counted in: "dB", "Hz"; empty where that is not fixed or there is no unit.
+[[nodiscard]] std::string unitOfKeyword(const std::string& keyword);
+
 }  // namespace RecTool

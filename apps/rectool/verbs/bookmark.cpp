@@ -1,11 +1,9 @@
 // The verbs "bookmark add", "bookmark rm" and "bookmark list".
-#include <algorithm>
 #include <iostream>
-
-#include <QString>
 
 #include "commandline/verb.h"
 #include "commands.h"
+#include "making/bookmarkchange.h"
 #include "making/filechange.h"
 #include "printing/json.h"
 #include "printing/output.h"
@@ -20,29 +18,6 @@ namespace Inspection = Recording2::Inspection;
 
 namespace {
 
-constexpr const char* RangesInTheWay =
-    "The channel range table stands behind the bookmarks, which would be written over it.";
-
-/// Where the first bookmark not before the time stands.
-auto placeOf(std::uint64_t time, std::vector<Inspection::Bookmark>& bookmarks)
-{
-    return std::lower_bound(
-        bookmarks.begin(), bookmarks.end(), time,
-        [](const Inspection::Bookmark& bookmark, std::uint64_t moment) { return bookmark.timeMs < moment; });
-}
-
-/// A bookmark's text as files hold it; nothing when it has characters that they do not have.
-std::optional<std::string> toLatin1(const std::string& utf8)
-{
-    const std::string latin1 = QString::fromStdString(utf8).toLatin1().toStdString();
-    return fromLatin1(latin1) == utf8 ? std::optional(latin1) : std::nullopt;
-}
-
-std::string quoted(const Inspection::Bookmark& bookmark)
-{
-    return '"' + oneLine(fromLatin1(bookmark.text)) + '"';
-}
-
 /// The steps that adding and removing share. Only what is wrong with the file or the time ends it here.
 ExitCode checkBookmarkChange(FileChange& change, const std::string& timeText, std::uint64_t& time)
 {
@@ -51,37 +26,6 @@ ExitCode checkBookmarkChange(FileChange& change, const std::string& timeText, st
         return checked;
     }
     return requireTime("TIME", timeText, change.summary(), time) ? ExitCode::Fine : ExitCode::Usage;
-}
-
-/// Puts the bookmark among those of the summary, unless it has no place there.
-ExitCode plan(const FileChange& change, const Inspection::Bookmark& added, Inspection::Summary& summary)
-{
-    if (FileChange::rangesBehindBookmarks(summary)) {
-        return change.refuse(ExitCode::CannotRead, RangesInTheWay);
-    }
-    const auto place = placeOf(added.timeMs, summary.bookmarks);
-    if (place != summary.bookmarks.end() && place->timeMs == added.timeMs) {
-        return change.refuse(ExitCode::Usage, "There is a bookmark at " + std::to_string(added.timeMs) +
-                                                  " ms already: " + quoted(*place) + ".");
-    }
-    summary.bookmarks.insert(place, added);
-    return ExitCode::Fine;
-}
-
-/// Takes the bookmark at a time from those of the summary. @param removed receives it
-ExitCode planRemoval(const FileChange& change, std::uint64_t time, Inspection::Summary& summary,
-                     Inspection::Bookmark& removed)
-{
-    if (FileChange::rangesBehindBookmarks(summary)) {
-        return change.refuse(ExitCode::CannotRead, RangesInTheWay);
-    }
-    const auto place = placeOf(time, summary.bookmarks);
-    if (place == summary.bookmarks.end() || place->timeMs != time) {
-        return change.refuse(ExitCode::Usage, "There is no bookmark at " + std::to_string(time) + " ms.");
-    }
-    removed = *place;
-    summary.bookmarks.erase(place);
-    return ExitCode::Fine;
 }
 
 }  // namespace
@@ -94,22 +38,7 @@ ExitCode addBookmark(const BookmarkAddOptions& options)
     if (result != ExitCode::Fine) {
         return result;
     }
-    const std::optional<std::string> text = toLatin1(options.text);
-    if (!text || text->empty()) {
-        return change.refuse(ExitCode::Usage, "A bookmark needs a text, of Latin-1 characters.");
-    }
-    if (time == 0 || time > lastMoment(change.summary())) {
-        return change.refuse(ExitCode::Usage, "A bookmark stands at 1 ms to " +
-                                                  std::to_string(lastMoment(change.summary())) +
-                                                  " ms, the length of the recording.");
-    }
-    const Inspection::Bookmark bookmark{time, *text};
-    return change.make([&](Inspection::Summary& summary) { return plan(change, bookmark, summary); },
-                       [&] { return "Add the bookmark " + quoted(bookmark) + " at " + std::to_string(time) + " ms"; },
-                       [&](Recording2::CFileAccess& file, const Inspection::Summary&) {
-                           file.addBookmark(time, *text);
-                           file.writeBookmarks();
-                       });
+    return storeBookmark(change, time, options.text);
 }
 
 ExitCode removeBookmark(const BookmarkRemoveOptions& options)
@@ -120,13 +49,7 @@ ExitCode removeBookmark(const BookmarkRemoveOptions& options)
     if (result != ExitCode::Fine) {
         return result;
     }
-    Inspection::Bookmark removed;
-    return change.make([&](Inspection::Summary& summary) { return planRemoval(change, time, summary, removed); },
-                       [&] { return "Remove the bookmark " + quoted(removed) + " at " + std::to_string(time) + " ms"; },
-                       [&](Recording2::CFileAccess& file, const Inspection::Summary&) {
-                           file.removeBookmark(time);
-                           file.writeBookmarks();
-                       });
+    return dropBookmark(change, time);
 }
 
 ExitCode listBookmarks(const ListOptions& options)

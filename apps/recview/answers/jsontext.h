@@ -1,0 +1,55 @@
+// JSON that is written piece by piece: answers have many numbers, too many to build a document of.
+#pragma once
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace RecView {
+
+/// A text in quotation marks. What is no UTF-8 is replaced, so that it is JSON whatever a recording holds.
+void appendText(std::string& out, const std::string& text);
+/// The shortest decimal that is this number; null for what is none.
+void appendNumber(std::string& out, double number);
+/// The same of a level, which has no more digits than its precision.
+void appendNumber(std::string& out, float number);
+
+/// Writes one object; a member follows the other.
+class JsonObject {
+public:
+    explicit JsonObject(std::string& out) : m_out(out) { m_out += '{'; }
+    JsonObject(const JsonObject&) = delete;
+    JsonObject& operator=(const JsonObject&) = delete;
+    ~JsonObject() { m_out += '}'; }
+
+    /// Begins a member, whose value is to be appended.
+    std::string& member(std::string_view name);
+    void text(std::string_view name, const std::string& text) { appendText(member(name), text); }
+    void number(std::string_view name, double number) { appendNumber(member(name), number); }
+    void truth(std::string_view name, bool truth) { member(name) += truth ? "true" : "false"; }
+    template <typename Number>
+    void numbers(std::string_view name, const std::vector<Number>& numbers)
+    {
+        list(name, numbers, [this](Number number) { appendNumber(m_out, number); });
+    }
+    /// An array. @param write appends one item
+    template <typename Items, typename Write>
+    void list(std::string_view name, const Items& items, const Write& write)
+    {
+        member(name) += '[';
+        bool isFirst = true;
+        for (const auto& item : items) {
+            m_out += isFirst ? "" : ",";
+            isFirst = false;
+            write(item);
+        }
+        m_out += ']';
+    }
+
+private:
+    std::string& m_out;
+    bool m_empty = true;
+};
+
+}  // namespace RecView

@@ -1,0 +1,81 @@
+// The answer to /api/recordings: all that there is, and what cannot be shown.
+#include "context.h"
+#include "jsontext.h"
+
+namespace RecView {
+
+namespace {
+
+void appendType(std::string& out, const RecordedType& type, bool isSpectrum)
+{
+    JsonObject object(out);
+    object.number("code", static_cast<double>(type.code));
+    object.text("keyword", type.keyword);
+    if (!isSpectrum) {
+        object.text("kind", nameOf(type.kind));
+    }
+    object.text("unit", type.unit);
+    if (isSpectrum) {
+        object.number("lowHz", type.lowHz);
+        object.number("highHz", type.highHz);
+    }
+}
+
+void appendFile(std::string& out, const RecordedFile& file)
+{
+    JsonObject object(out);
+    object.text("name", file.name);
+    object.number("startMs", static_cast<double>(file.startMs));
+    object.number("endMs", static_cast<double>(file.endMs));
+    object.number("bytes", static_cast<double>(file.bytes));
+    object.truth("live", file.live);
+}
+
+void appendTimeline(std::string& out, const Timeline& timeline)
+{
+    std::vector<RecordedType> values;
+    std::vector<RecordedType> spectra;
+    bool hasBearings = false;
+    for (const auto& [code, type] : timeline.recorded()) {
+        values.push_back(type);
+        hasBearings = hasBearings || type.kind == Kind::Bearings;
+        if (type.kind == Kind::Levels) {
+            spectra.push_back(type);
+        }
+    }
+    JsonObject object(out);
+    object.text("id", timeline.id);
+    object.text("title", timeline.files.front()->name);
+    object.text("device", timeline.files.front()->device);
+    object.text("type", timeline.files.front()->deviceType);
+    object.number("startMs", timeline.startMs());
+    object.number("endMs", timeline.endMs());
+    object.truth("live", timeline.isLive());
+    object.truth("timesKnown", timeline.timesKnown());
+    object.list("files", timeline.files, [&](const FilePointer& file) { appendFile(out, *file); });
+    object.list("spectra", spectra, [&](const RecordedType& type) { appendType(out, type, true); });
+    object.list("values", values, [&](const RecordedType& type) { appendType(out, type, false); });
+    object.truth("hasBearings", hasBearings);
+    object.number("made", 1.0);
+}
+
+}  // namespace
+
+Response answerRecordings(const Context& context, const Request& request)
+{
+    const Parameters parameters(request, {});
+    const ListingPointer listing = context.catalog.listing();
+    Response response;
+    std::string& out = response.body;
+    JsonObject object(out);
+    object.truth("edit", context.options.edit);
+    object.list("recordings", listing->timelines, [&](const Timeline& timeline) { appendTimeline(out, timeline); });
+    object.list("problems", listing->problems, [&](const Problem& problem) {
+        JsonObject entry(out);
+        entry.text("name", problem.name);
+        entry.text("error", problem.error);
+    });
+    return response;
+}
+
+}  // namespace RecView

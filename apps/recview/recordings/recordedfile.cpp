@@ -1,0 +1,156 @@
+// Reading header, type table and first records, from which all kinds and most frequencies are known.
+#include "recordedfile.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include <QString>
+
+#include <recording2/inspection/filename.h>
+#include <recording2/inspection/scan.h>
+#include <values/recordingtext.h>
+#include <values/valuebase.h>
+
+#include "rectool/printing/text.h"
+#include "rectool/printing/units.h"
+#include "rectool/replay/recordedranges.h"
+#include "rectool/replay/typenames.h"
+
+namespace RecView {
+
+namespace Inspection = Recording2::Inspection;
+using values::ValueType;
+
+const char* nameOf(Kind kind)
+{
+    switch (kind) {
+        case Kind::Number:
+            return "number";
+        case Kind::Text:
+            return "text";
+        case Kind::Selection:
+            return "selection";
+        case Kind::Boolean:
+            return "boolean";
+        case Kind::Levels:
+            return "levels";
+        case Kind::Bearings:
+            return "bearings";
+    }
+    return "text";
+}
+
+std::string validUtf8(const std::string& bytes)
+{
+    return QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size())).toStdString();
+}
+
+namespace {
+
+Kind kindOf(ValueType type)
+{
+    switch (type) {
+        case ValueType::Bool:
+            return Kind::Boolean;
+        case ValueType::Numeric:
+        case ValueType::NumericWithOffset:
+            return Kind::Number;
+        case ValueType::Selection:
+            return Kind::Selection;
+        case ValueType::LevelMap:
+            return Kind::Levels;
+        case ValueType::BearingMap:
+        case ValueType::FastBearingMap:
+            return Kind::Bearings;
+        case ValueType::String:
+        case ValueType::Unknown:
+            break;
+    }
+    return Kind::Text;
+}
+
+/// A start after the year 9999 is none: damaged files may tell any.
+std::uint64_t plausibleStart(std::uint64_t startMs)
+{
+    constexpr std::uint64_t LastMs = 253'402'300'799'999;
+    return startMs > LastMs ? 0 : startMs;
+}
+
+/// Without a stop that can be one the times of the records tell how long it is.
+std::uint64_t lengthOf(const std::string& path, const Inspection::Header& header)
+{
+    constexpr std::uint64_t LongestMs = std::uint64_t{366} * 24 * 3600 * 1000;
+    if (header.stopMs > header.startMs && header.stopMs - header.startMs < LongestMs) {
+        return header.stopMs - header.startMs;
+    }
+    const Inspection::Summary whole = Inspection::inspect(path);
+    return whole.times.empty() ? 0 : std::min(LongestMs, whole.times.back().timeMs);
+}
+
+/// The initial state of every value stands in front, so that little need be read.
+RecordedTypes firstTypes(const std::string& path, const Inspection::Summary& summary)
+{
+    constexpr std::int64_t MostBytes = std::int64_t{1} << 20;
+    constexpr int MostRecords = 500;
+    RecordedTypes found;
+    std::map<std::int32_t, RecTool::RecordedRanges> ranges;
+    Inspection::RecordReader reader(path, summary);
+    Inspection::Record record;
+    for (int count = 0; count < MostRecords && reader.bytesRead() < MostBytes && reader.next(record); ++count) {
+        if (hasKind(record)) {
+            found.try_emplace(record.code, typeOf(record, summary.types));
+        }
+        ranges[record.code].add(record.data);
+    }
+    for (auto& [code, type] : found) {
+        if (const auto& spans = ranges[code].spans(); !spans.empty()) {
+            type.lowHz = spans.front().lowHz;
+            type.highHz = spans.back().highHz;
+        }
+    }
+    return found;
+}
+
+}  // namespace
+
+bool hasKind(const Inspection::Record& record)
+{
+    return values::RecordedKind(record.data) != ValueType::Unknown;
+}
+
+RecordedType typeOf(const Inspection::Record& record, const std::vector<Inspection::TypeEntry>& types)
+{
+    RecordedType type;
+    type.code = record.code;
+    type.kind = kindOf(values::RecordedKind(record.data));
+    type.keyword = RecTool::TypeNames(types).label(record.code);
+    type.unit = type.kind == Kind::Levels ? "dB" : RecTool::unitOfKeyword(type.keyword);
+    return type;
+}
+
+FilePointer lookAtFile(const std::string& path, const std::string& shownName, std::string& problem)
+{
+    const Inspection::Summary summary = Inspection::inspectHead(path);
+    if (summary.readability != Inspection::Readability::Ok) {
+        problem = summary.problem;
+        return nullptr;
+    }
+    auto file = std::make_shared<RecordedFile>();
+    const std::filesystem::path shown = Inspection::native(shownName);
+    file->path = path;
+    file->name = validUtf8(Inspection::utf8(shown.filename()));
+    file->folder = Inspection::utf8(shown.parent_path());
+    file->device = RecTool::fromLatin1(summary.header.deviceName);
+    file->deviceType = RecTool::fromLatin1(summary.header.deviceType);
+    file->startMs = plausibleStart(summary.header.startMs);
+    file->endMs = file->startMs + lengthOf(path, summary.header);
+    file->bytes = summary.fileSize;
+    file->types = summary.types;
+    file->recorded = firstTypes(path, summary);
+    if (!summary.findings.empty()) {
+        file->damage = "The file is damaged: " + summary.findings.front().text + " What can be read is shown.";
+    }
+    return file;
+}
+
+}  // namespace RecView
