@@ -14,7 +14,7 @@ namespace {
 
 class SweepVisit {
 public:
-    SweepVisit(double fromMs, double toMs, const std::function<bool(const Sweep&)>& visit)
+    SweepVisit(double fromMs, double toMs, const std::function<bool(const WalkedSweep&)>& visit)
         : m_from(fromMs), m_to(toMs), m_visit(visit)
     {
     }
@@ -29,7 +29,8 @@ public:
         if (ms > m_to) {
             return true;
         }
-        Sweep sweep{ms, record.timeMs, &file, map->GetChannelRange(), {map->GetCells().begin(), map->GetCells().end()}};
+        WalkedSweep sweep{
+            ms, record.timeMs, &file, map->GetChannelRange(), {map->GetCells().begin(), map->GetCells().end()}};
         if (ms < m_from) {
             m_before = std::move(sweep);
             m_hasBefore = true;
@@ -47,16 +48,16 @@ public:
 private:
     double m_from;
     double m_to;
-    const std::function<bool(const Sweep&)>& m_visit;
+    const std::function<bool(const WalkedSweep&)>& m_visit;
     RecTool::RecordedValues m_values;
-    Sweep m_before;
+    WalkedSweep m_before;
     bool m_hasBefore = false;
 };
 
 }  // namespace
 
 void visitSweeps(const Timeline& timeline, std::int32_t code, double fromMs, double toMs,
-                 const std::function<bool(const Sweep&)>& visit)
+                 const std::function<bool(const WalkedSweep&)>& visit)
 {
     SweepVisit visiting(fromMs, toMs, visit);
     bool goesOn = true;

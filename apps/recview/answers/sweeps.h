@@ -11,7 +11,7 @@
 
 namespace RecView {
 
-struct Sweep {
+struct WalkedSweep {
     double ms = 0;             ///< when it was measured, since 1970
     std::uint64_t timeMs = 0;  ///< of its record
     const RecordedFile* file = nullptr;
@@ -22,6 +22,6 @@ struct Sweep {
 /// Visits the sweeps of a type that were measured in a span, and the one in force at its beginning, by records.
 /// @param visit gives false to end it
 void visitSweeps(const Timeline& timeline, std::int32_t code, double fromMs, double toMs,
-                 const std::function<bool(const Sweep&)>& visit);
+                 const std::function<bool(const WalkedSweep&)>& visit);
 
 }  // namespace RecView

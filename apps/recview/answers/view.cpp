@@ -46,7 +46,7 @@ struct Grid {
     std::size_t columns, rows;
     std::vector<Combined> cells;
 
-    void add(const Sweep& sweep, double until)
+    void add(const WalkedSweep& sweep, double until)
     {
         const double perColumn = (to - from) / static_cast<double>(columns);
         const double end = std::min({until, sweep.ms + LongestMs, to});
@@ -62,7 +62,7 @@ struct Grid {
     }
 
 private:
-    void addColumn(const Sweep& sweep, std::size_t column)
+    void addColumn(const WalkedSweep& sweep, std::size_t column)
     {
         const double perRow = (high - low) / static_cast<double>(rows);
         const double step =
@@ -81,9 +81,9 @@ private:
 
 Grid drawn(const Timeline& timeline, const RecordedType& type, Grid grid)
 {
-    std::optional<Sweep> before;
+    std::optional<WalkedSweep> before;
     grid.cells.resize(grid.columns * grid.rows);
-    visitSweeps(timeline, type.code, grid.from, grid.to, [&](const Sweep& sweep) {
+    visitSweeps(timeline, type.code, grid.from, grid.to, [&](const WalkedSweep& sweep) {
         if (before) {
             grid.add(*before, sweep.ms);
         }
@@ -197,7 +197,7 @@ Response answerChannel(const Context& context, const Request& request)
     std::vector<double> ms;
     std::vector<float> levels;
     double nearest = hz;
-    visitSweeps(*asked.timeline, type.code, times.from, times.to, [&](const Sweep& sweep) {
+    visitSweeps(*asked.timeline, type.code, times.from, times.to, [&](const WalkedSweep& sweep) {
         std::optional<std::size_t> best;
         for (std::size_t i = 0; i < sweep.range.size(); ++i) {
             if (!best || std::abs(sweep.range.frequencyHz(i) - hz) < std::abs(sweep.range.frequencyHz(*best) - hz)) {
@@ -228,10 +228,10 @@ Response answerSweep(const Context& context, const Request& request)
     const Asked asked = askedRecording(context, parameters);
     const RecordedType type = askedType(*asked.timeline, parameters, Kind::Levels);
     const double at = parameters.moment("at");
-    std::optional<Sweep> found;
+    std::optional<WalkedSweep> found;
     double previous = NoLevel;
     double next = NoLevel;
-    visitSweeps(*asked.timeline, type.code, -1e15, 1e15, [&](const Sweep& sweep) {
+    visitSweeps(*asked.timeline, type.code, -1e15, 1e15, [&](const WalkedSweep& sweep) {
         if (sweep.ms <= at && (!found || sweep.ms >= found->ms)) {
             previous = found ? found->ms : previous;
             found = sweep;
