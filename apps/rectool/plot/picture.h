@@ -21,10 +21,6 @@
 
 namespace RecTool {
 
-/// Whether a picture may be drawn with these options; told if not. No recording is ever overwritten, nor what
-/// is no ordinary file.
-[[nodiscard]] ExitCode checkPicture(const PlotOptions& options);
-
 /// How high a picture becomes whose panels are so many, counted in panels of a line: spectra and bearings need twice
 /// its room. @return nothing, told, where their labels would not have room
 [[nodiscard]] std::optional<int> heightFor(const PlotOptions& options, std::size_t linePanels);

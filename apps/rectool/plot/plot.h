@@ -18,6 +18,10 @@ struct PlotOptions : RecordingsOptions {
     bool json = false;
 };
 
+/// Whether a picture may be drawn with these options; told if not. No recording is ever overwritten, nor what
+/// is no ordinary file.
+[[nodiscard]] ExitCode checkPicture(const PlotOptions& options);
+
 struct PlotSpectrumOptions : PlotOptions {
     std::vector<std::string> types;  ///< keywords or numbers, panels in this order; empty: the RF and the IF spectrum
     bool onlyRf = false;

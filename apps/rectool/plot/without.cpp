@@ -1,7 +1,7 @@
 // Built without plotting: every verb that draws says so.
 #include <iostream>
 
-#include "plot.h"
+#include "traceplot.h"
 
 namespace RecTool {
 
@@ -14,6 +14,22 @@ ExitCode refuse()
 }
 
 }  // namespace
+
+ExitCode checkPicture(const PlotOptions& /*options*/)
+{
+    return refuse();
+}
+
+ExitCode drawTraces(const TraceOptions& /*options*/, Recordings& /*recordings*/, const std::vector<Trace>& /*traces*/)
+{
+    return refuse();
+}
+
+ExitCode drawChannelTraces(const TraceOptions& /*options*/, Recordings& /*recordings*/,
+                           const std::vector<ChannelTrace>& /*traces*/)
+{
+    return refuse();
+}
 
 ExitCode plotSpectrum(const PlotSpectrumOptions& /*options*/)
 {

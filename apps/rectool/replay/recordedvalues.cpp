@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <optional>
 #include <span>
 #include <utility>
@@ -37,6 +38,18 @@ const ValueBase* RecordedValues::apply(const Recording2::Inspection::Record& rec
         m_channels += map->size();
     }
     return isApplied ? value.get() : nullptr;
+}
+
+const ValueBase* RecordedValues::applyAlone(const Recording2::Inspection::Record& record)
+{
+    const auto before = m_values.find(record.code);
+    auto* const map =
+        before == m_values.end() ? nullptr : dynamic_cast<CellMap<float, values::levelHandler>*>(before->second.get());
+    if (map != nullptr) {
+        m_blank.resize(std::max(m_blank.size(), map->size()), std::numeric_limits<float>::quiet_NaN());
+        map->SetCells(0, std::span(m_blank).first(map->size()), map->GetTimeStamp());
+    }
+    return apply(record);
 }
 
 bool RecordedValues::isTooMuch(std::size_t textBytes)

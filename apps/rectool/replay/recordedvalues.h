@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <recording2/inspection/inspection.h>
 #include <values/maps.h>
@@ -20,6 +21,8 @@ public:
     /// the next record of the same type number is applied. Channel ranges that by far exceed what their texts carry are
     /// not understood once all of them together would fill the memory: a short text may ask for 16,777,216 channels.
     const values::ValueBase* apply(const Recording2::Inspection::Record& record);
+    /// The same, but a map of levels has then only the cells that this record carries; the others are NaN.
+    const values::ValueBase* applyAlone(const Recording2::Inspection::Record& record);
     /// The value of a type number as the last record that was understood left it; null when there is none.
     [[nodiscard]] const values::ValueBase* find(std::int32_t code) const;
 
@@ -27,6 +30,7 @@ private:
     bool isTooMuch(std::size_t textBytes);
 
     std::map<std::int32_t, std::unique_ptr<values::ValueBase>> m_values;
+    std::vector<float> m_blank;     // cells
     std::uint64_t m_channels = 0;   // of all ranges so far
     std::uint64_t m_textBytes = 0;  // of the texts that they came from
 };

@@ -28,6 +28,12 @@ bool sameTypes(const std::vector<Inspection::TypeEntry>& a, const std::vector<In
     });
 }
 
+const LevelMap* levelsOf(const values::ValueBase* value)
+{
+    const bool isMap = value != nullptr && value->GetType() == values::ValueType::LevelMap;
+    return isMap ? static_cast<const LevelMap*>(value) : nullptr;
+}
+
 std::string deviceOf(const Inspection::Header& header)
 {
     const std::string name = fromLatin1(header.deviceName);
@@ -47,9 +53,12 @@ std::optional<double> PlacedRecord::number() const
 
 const LevelMap* PlacedRecord::levels() const
 {
-    const values::ValueBase* value = recorded.apply(record);
-    const bool isMap = value != nullptr && value->GetType() == values::ValueType::LevelMap;
-    return isMap ? static_cast<const LevelMap*>(value) : nullptr;
+    return levelsOf(recorded.apply(record));
+}
+
+const LevelMap* PlacedRecord::carriedLevels() const
+{
+    return levelsOf(recorded.applyAlone(record));
 }
 
 double Recordings::Part::lengthMs() const

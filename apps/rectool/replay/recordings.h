@@ -38,6 +38,8 @@ struct PlacedRecord {
     /// The number or the map of levels that it led to; nothing when it is none. Maps are to be asked for once.
     [[nodiscard]] std::optional<double> number() const;
     [[nodiscard]] const LevelMap* levels() const;
+    /// The same with nothing but the levels that this record carries itself.
+    [[nodiscard]] const LevelMap* carriedLevels() const;
 };
 
 /// Recordings of one device that follow each other, such as the splits of a long one: they are taken as one.

@@ -1,0 +1,99 @@
+// Counting levels in wide and then in narrow bins.
+#include "levelranks.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace RecTool {
+
+namespace {
+
+constexpr double LowestLevel = -1310.72;
+constexpr double Step = 0.01;
+
+}  // namespace
+
+std::int32_t LevelRanks::codeOf(float level)
+{
+    const double code = std::round((double{level} - LowestLevel) / Step);
+    return static_cast<std::int32_t>(std::clamp(code, 0.0, double{Codes - 1}));
+}
+
+double LevelRanks::levelOf(std::int32_t code)
+{
+    constexpr double PerDb = 100;
+    return (code - std::round(-LowestLevel * PerDb)) / PerDb;
+}
+
+void LevelRanks::count(std::size_t channel, float level)
+{
+    const std::size_t end = (channel + 1) * Bins;
+    if (m_coarse.size() < end) {
+        m_coarse.resize(std::max(end, m_coarse.size() + m_coarse.size() / 2));
+    }
+    ++m_coarse[channel * Bins + static_cast<std::size_t>(codeOf(level) / BinCodes)];
+}
+
+void LevelRanks::endCounting()
+{
+    const std::size_t channels = m_coarse.size() / Bins;
+    for (std::size_t channel = 0; channel < channels; ++channel) {
+        m_ranks.push_back(ranksOf(channel));
+    }
+    m_fine.assign(channels * FineBins, 0);
+}
+
+LevelRanks::Ranks LevelRanks::ranksOf(std::size_t channel) const
+{
+    const auto begin = m_coarse.begin() + static_cast<std::ptrdiff_t>(channel * Bins);
+    std::uint64_t all = 0;
+    std::for_each(begin, begin + Bins, [&](std::uint32_t count) { all += count; });
+    Ranks ranks;
+    if (all == 0) {
+        return ranks;
+    }
+    const double place = static_cast<double>(all - 1) * m_fraction;
+    const auto low = static_cast<std::uint64_t>(place);
+    ranks.between = place - static_cast<double>(low);
+    std::uint64_t before = 0;
+    for (std::size_t bin = 0; bin < Bins; ++bin) {
+        const std::uint64_t upTo = before + begin[static_cast<std::ptrdiff_t>(bin)];
+        if (low >= before && low < upTo) {
+            ranks.lowBin = static_cast<std::int32_t>(bin);
+            ranks.inBin = low - before;
+        }
+        if (low + 1 >= before && low + 1 < upTo && ranks.lowBin != static_cast<std::int32_t>(bin)) {
+            ranks.highBin = static_cast<std::int32_t>(bin);
+        }
+        before = upTo;
+    }
+    return ranks;
+}
+
+double LevelRanks::of(std::size_t channel) const
+{
+    if (channel >= m_ranks.size() || m_ranks[channel].lowBin < 0) {
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+    const Ranks& ranks = m_ranks[channel];
+    const std::uint32_t* const fine = m_fine.data() + channel * FineBins;
+    const auto at = [&](std::uint64_t rank) {  // the code of a rank inside the bin, or past its end
+        std::int32_t code = ranks.lowBin * BinCodes;
+        for (std::size_t i = 0; i < FineBins; ++i, ++code) {
+            if (rank < fine[i]) {
+                return code;
+            }
+            rank -= fine[i];
+        }
+        return Codes;
+    };
+    const double low = levelOf(at(ranks.inBin));
+    if (ranks.between == 0) {
+        return low;
+    }
+    const double high = levelOf(ranks.highBin >= 0 ? ranks.lowestOfHigh : at(ranks.inBin + 1));
+    return low + (high - low) * ranks.between;
+}
+
+}  // namespace RecTool

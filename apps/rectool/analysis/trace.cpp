@@ -1,0 +1,160 @@
+// Walking recordings for traces.
+#include "trace.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+#include "printing/output.h"
+
+namespace RecTool {
+
+namespace {
+
+constexpr double Percent = 100;
+
+std::optional<FrequencySpan> wantedSpan(const TraceOptions& options)
+{
+    if (options.lowHz == 0 && options.highHz == 0) {
+        return std::nullopt;
+    }
+    return FrequencySpan{options.lowHz, options.highHz == 0 ? std::numeric_limits<double>::infinity() : options.highHz};
+}
+
+Trace namedTrace(const Recordings& recordings, const Spectrum& spectrum)
+{
+    return {recordings.tracks()[spectrum.type.track].device, spectrum.keyword, spectrum.type.code, 0, 0, 0, {}};
+}
+
+/// The sweep that a type shows now.
+struct Shown {
+    values::ChannelRange range;
+    std::vector<float> levels;
+    double momentMs = 0;
+};
+
+/// The channel that a frequency belongs to: the nearest one, if it reaches so far.
+std::optional<std::size_t> channelAt(const values::ChannelRange& range, double hz)
+{
+    constexpr double Reach = 0.5 + 1e-9;  // of a channel's width
+    std::size_t nearest = 0;
+    if (range.isList()) {
+        const auto distance = [hz](double a, double b) { return std::abs(a - hz) < std::abs(b - hz); };
+        nearest = static_cast<std::size_t>(
+            std::min_element(range.channelsHz.begin(), range.channelsHz.end(), distance) - range.channelsHz.begin());
+    } else if (range.stepHz != 0 && range.count > 0) {
+        const double place = std::round((hz - range.startHz) / range.stepHz);
+        nearest = static_cast<std::size_t>(std::clamp(place, 0.0, static_cast<double>(range.count - 1)));
+    }
+    const bool isThere = nearest < range.size();
+    return isThere && std::abs(range.frequencyHz(nearest) - hz) <= channelWidthHz(range) * Reach
+               ? std::optional(nearest)
+               : std::nullopt;
+}
+
+}  // namespace
+
+std::vector<double> percentilesOf(const TraceOptions& options)
+{
+    std::vector<double> all;
+    if (options.median) {
+        all.push_back(Percent / 2);
+    }
+    for (const std::string& percentile : options.percentiles) {
+        all.push_back(std::strtod(percentile.c_str(), nullptr));
+    }
+    return all;
+}
+
+std::optional<std::vector<Trace>> traceSpan(Recordings& recordings, const std::vector<Spectrum>& spectra,
+                                            const TraceOptions& options)
+{
+    std::vector<double> fractions = percentilesOf(options);
+    std::for_each(fractions.begin(), fractions.end(), [](double& fraction) { fraction /= Percent; });
+    std::vector<LevelTrace> all(spectra.size(), LevelTrace(wantedSpan(options), fractions));
+    bool isTooMuch = false;
+    const auto visit = [&](const auto& take) {
+        recordings.walk([&](const PlacedRecord& placed) {
+            for (std::size_t i = 0; i < spectra.size() && !isTooMuch; ++i) {
+                if (placed.type == spectra[i].type) {
+                    const LevelMap* map = placed.carriedLevels();  // also before the span: ranges are told once
+                    if (map != nullptr && !recordings.isBefore(placed.momentMs)) {
+                        take(all[i], *map, placed.momentMs);
+                    }
+                }
+            }
+        });
+    };
+    visit([&](LevelTrace& trace, const LevelMap& map, double momentMs) {
+        isTooMuch = !trace.add(map.GetChannelRange(), map.GetCells(), momentMs);
+    });
+    if (isTooMuch) {
+        return std::nullopt;
+    }
+    if (!fractions.empty()) {
+        std::for_each(all.begin(), all.end(), [](LevelTrace& trace) { trace.beginRanking(); });
+        visit([](LevelTrace& trace, const LevelMap& map, double /*momentMs*/) {
+            trace.rank(map.GetChannelRange(), map.GetCells());
+        });
+    }
+    std::vector<Trace> traces;
+    for (std::size_t i = 0; i < spectra.size(); ++i) {
+        Trace trace = namedTrace(recordings, spectra[i]);
+        trace.sweeps = all[i].sweeps();
+        trace.firstMs = all[i].firstMs();
+        trace.lastMs = all[i].lastMs();
+        trace.channels = all[i].channels();
+        traces.push_back(std::move(trace));
+    }
+    return traces;
+}
+
+std::vector<Trace> traceMoment(Recordings& recordings, const std::vector<Spectrum>& spectra,
+                               const TraceOptions& options)
+{
+    std::vector<Shown> shown(spectra.size());
+    recordings.walk([&](const PlacedRecord& placed) {
+        for (std::size_t i = 0; i < spectra.size(); ++i) {
+            const LevelMap* map = placed.type == spectra[i].type ? placed.levels() : nullptr;
+            if (map != nullptr) {
+                shown[i].range = map->GetChannelRange();
+                shown[i].levels.assign(map->GetCells().begin(), map->GetCells().end());
+                shown[i].momentMs = placed.momentMs;
+            }
+        }
+    });
+    std::vector<Trace> traces;
+    for (std::size_t i = 0; i < spectra.size(); ++i) {
+        LevelTrace sweep(wantedSpan(options), {});
+        Trace trace = namedTrace(recordings, spectra[i]);
+        if (sweep.add(shown[i].range, shown[i].levels, shown[i].momentMs)) {
+            trace.sweeps = sweep.sweeps();
+            trace.firstMs = trace.lastMs = shown[i].momentMs;
+            trace.channels = sweep.channels();
+        }
+        traces.push_back(std::move(trace));
+    }
+    return traces;
+}
+
+std::vector<ChannelTrace> traceChannel(Recordings& recordings, const std::vector<Spectrum>& spectra, double hz)
+{
+    std::vector<ChannelTrace> traces;
+    for (const Spectrum& spectrum : spectra) {
+        traces.push_back(
+            {recordings.tracks()[spectrum.type.track].device, spectrum.keyword, spectrum.type.code, hz, {}});
+    }
+    recordings.walk([&](const PlacedRecord& placed) {
+        for (std::size_t i = 0; i < spectra.size(); ++i) {
+            const LevelMap* map = placed.type == spectra[i].type ? placed.carriedLevels() : nullptr;
+            const auto channel = map == nullptr ? std::nullopt : channelAt(map->GetChannelRange(), hz);
+            if (channel && !recordings.isBefore(placed.momentMs) && std::isfinite(map->GetCells()[*channel])) {
+                traces[i].hz = map->GetChannelRange().frequencyHz(*channel);
+                traces[i].samples.push_back({placed.momentMs, map->GetCells()[*channel]});
+            }
+        }
+    });
+    return traces;
+}
+
+}  // namespace RecTool

@@ -1,0 +1,16 @@
+// How traces are printed: as a table, as CSV and as JSON.
+#pragma once
+
+#include <vector>
+
+#include "analysis/trace.h"
+
+namespace RecTool {
+
+/// Level against frequency. Traces without a channel are left out of tables and CSV.
+void printTraces(const TraceOptions& options, const Recordings& recordings, const std::vector<Trace>& traces);
+/// One channel against time.
+void printChannelTraces(const TraceOptions& options, const Recordings& recordings,
+                        const std::vector<ChannelTrace>& traces);
+
+}  // namespace RecTool
