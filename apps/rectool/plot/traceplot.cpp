@@ -131,20 +131,15 @@ private:
 
 ExitCode drawTraces(const TraceOptions& options, Recordings& recordings, const std::vector<Trace>& traces)
 {
-    std::vector<const Trace*> shown;
-    for (const Trace& trace : traces) {
-        if (!trace.channels.empty()) {
-            shown.push_back(&trace);
-        }
-    }
-    const std::optional<int> height = heightFor(options, 2 * shown.size());
+    const std::optional<int> height = heightFor(options, 2 * traces.size());
     if (!height) {
         return ExitCode::Usage;
     }
     Picture picture(options, *height, recordings,
-                    options.at.empty() ? QStringLiteral("Levels by frequency") : QStringLiteral("Sweep"), shown.size());
-    for (const Trace* trace : shown) {
-        picture.addPanel<TracePanel>(options, *trace);
+                    options.at.empty() ? QStringLiteral("Levels by frequency") : QStringLiteral("Sweep"),
+                    traces.size());
+    for (const Trace& trace : traces) {
+        picture.addPanel<TracePanel>(options, trace);
     }
     return picture.draw([](Json& /*json*/) {});
 }
@@ -153,9 +148,6 @@ ExitCode drawChannelTraces(const TraceOptions& options, Recordings& recordings, 
 {
     std::vector<Series> shown;
     for (const ChannelTrace& trace : traces) {
-        if (trace.samples.empty()) {
-            continue;
-        }
         Series series;
         series.keyword = trace.keyword + " at " + frequency(trace.hz);
         series.unit = options.unit;

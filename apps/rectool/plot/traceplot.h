@@ -7,10 +7,10 @@
 
 namespace RecTool {
 
-/// A panel for each trace that has a channel. The recordings are not walked.
+/// A panel for each trace. Each has a channel. The recordings are not walked.
 [[nodiscard]] ExitCode drawTraces(const TraceOptions& options, Recordings& recordings,
                                   const std::vector<Trace>& traces);
-/// A panel for each trace that has a sample.
+/// The same; each has a sample.
 [[nodiscard]] ExitCode drawChannelTraces(const TraceOptions& options, Recordings& recordings,
                                          const std::vector<ChannelTrace>& traces);
 

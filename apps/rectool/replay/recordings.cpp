@@ -151,14 +151,14 @@ ExitCode Recordings::takeSpan(const RecordingsOptions& options)
     m_toIsGiven = !options.to.empty();
     std::uint64_t from = 0;
     std::uint64_t to = 0;
-    if (!takeTime("--from", options.from, m_axis, from) || !takeTime("--to", options.to, m_axis, to)) {
+    if (!takeTime("--from", options.from, m_axis, from) || !takeTime(options.toName, options.to, m_axis, to)) {
         return ExitCode::Usage;
     }
     m_span.fromMs = m_fromIsGiven ? static_cast<double>(from) : m_span.fromMs;
     m_span.toMs = m_toIsGiven ? static_cast<double>(to) : m_span.toMs;
     if (m_span.fromMs > m_span.toMs) {
         complain(file(), m_span.fromMs > end ? "--from lies behind the end of the recording."
-                         : !m_fromIsGiven    ? "--to lies in front of the first record."
+                         : !m_fromIsGiven    ? std::string(options.toName) + " lies in front of the first record."
                                              : "--from lies behind --to.");
         return ExitCode::Usage;
     }

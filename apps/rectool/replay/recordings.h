@@ -53,6 +53,7 @@ struct RecordingsOptions {
     std::vector<std::string> files;  ///< at least one
     std::string from;                ///< a time of the first recording; empty: from the first record
     std::string to;                  ///< a time of the first recording, the last one taken; empty: to the end
+    const char* toName = "--to";     ///< how users give it
 };
 
 class Recordings {

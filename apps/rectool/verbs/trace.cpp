@@ -38,22 +38,23 @@ bool isUsable(const TraceOptions& options)
     return true;
 }
 
-template <typename Traces>
-bool areEmpty(const Traces& traces)
+std::string whyNone(const TraceOptions& options, const std::vector<Spectrum>& spectra)
 {
-    return std::all_of(traces.begin(), traces.end(), [](const auto& trace) {
-        if constexpr (requires { trace.channels; }) {
-            return trace.channels.empty();
-        } else {
-            return trace.samples.empty();
-        }
-    });
+    if (options.lowHz != 0 || options.highHz != 0) {
+        return "No sweep has a channel between these frequencies with a level.";
+    }
+    std::string keywords;
+    for (const Spectrum& spectrum : spectra) {
+        keywords += (keywords.empty() ? "" : " or ") + spectrum.keyword;
+    }
+    return noRecord(options, keywords + " with a level");
 }
 
 ExitCode traceOne(const TraceOptions& options, Recordings& recordings, const std::vector<Spectrum>& spectra)
 {
-    const std::vector<ChannelTrace> traces = traceChannel(recordings, spectra, options.frequencyHz);
-    if (areEmpty(traces)) {
+    std::vector<ChannelTrace> traces = traceChannel(recordings, spectra, options.frequencyHz);
+    std::erase_if(traces, [](const ChannelTrace& trace) { return trace.samples.empty(); });
+    if (traces.empty()) {
         return recordings.refuse("No sweep of the span has a channel at that frequency with a level.");
     }
     if (!options.output.empty()) {
@@ -65,14 +66,15 @@ ExitCode traceOne(const TraceOptions& options, Recordings& recordings, const std
 
 ExitCode traceAll(const TraceOptions& options, Recordings& recordings, const std::vector<Spectrum>& spectra)
 {
-    const auto traces = options.at.empty() ? traceSpan(recordings, spectra, options)
-                                           : std::optional(traceMoment(recordings, spectra, options));
+    auto traces = options.at.empty() ? traceSpan(recordings, spectra, options)
+                                     : std::optional(traceMoment(recordings, spectra, options));
     if (!traces) {
         return recordings.refuse("There are more channels than can be traced at once: take some with --low and --high" +
                                  std::string(percentilesOf(options).empty() ? "." : ", or leave out the percentiles."));
     }
-    if (areEmpty(*traces)) {
-        return recordings.refuse(noRecord(options, "a spectrum with levels"));
+    std::erase_if(*traces, [](const Trace& trace) { return trace.channels.empty(); });
+    if (traces->empty()) {
+        return recordings.refuse(whyNone(options, spectra));
     }
     if (!options.output.empty()) {
         return recordings.end(drawTraces(options, recordings, *traces));
@@ -87,7 +89,10 @@ ExitCode trace(const TraceOptions& given)
     if (!isUsable(options)) {
         return ExitCode::Usage;
     }
-    options.to = options.at.empty() ? options.to : options.at;
+    if (!options.at.empty()) {
+        options.to = options.at;
+        options.toName = "--at";
+    }
     const bool isRanked = options.at.empty() && options.frequencyHz == 0 && !percentilesOf(options).empty();
     Recordings recordings(options, isRanked ? 2 : 1, options.output.empty() ? ExitCode::Fine : checkPicture(options));
     if (recordings.state() != ExitCode::Fine) {

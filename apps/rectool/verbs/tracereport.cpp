@@ -217,13 +217,11 @@ void printTraces(const TraceOptions& options, const Recordings& recordings, cons
     if (options.csv) {
         return printTraceCsv(options, traces);
     }
-    bool isFirst = true;
+    const char* between = "";
     for (const Trace& trace : traces) {
-        if (!trace.channels.empty()) {
-            std::cout << (isFirst ? "" : "\n");
-            printTraceTable(options, recordings, trace);
-            isFirst = false;
-        }
+        std::cout << between;
+        printTraceTable(options, recordings, trace);
+        between = "\n";
     }
 }
 
@@ -238,9 +236,7 @@ void printChannelTraces(const TraceOptions& options, const Recordings& recording
     const char* comma = "";
     for (const ChannelTrace& trace : traces) {
         if (!options.json) {
-            if (!trace.samples.empty()) {
-                printSamples(options, recordings, trace);
-            }
+            printSamples(options, recordings, trace);
             continue;
         }
         std::cout << comma << traceHead(trace.device, trace.keyword, trace.code)

@@ -7,9 +7,9 @@
 
 namespace RecTool {
 
-/// Level against frequency. Traces without a channel are left out of tables and CSV.
+/// Level against frequency. Each trace has a channel.
 void printTraces(const TraceOptions& options, const Recordings& recordings, const std::vector<Trace>& traces);
-/// One channel against time.
+/// One channel against time. Each trace has a sample.
 void printChannelTraces(const TraceOptions& options, const Recordings& recordings,
                         const std::vector<ChannelTrace>& traces);
 
