@@ -79,22 +79,25 @@ struct Following::Private {
         if (finished) {
             return finished->next(record);
         }
-        choose();
+        if (ended == State::Growing) {
+            choose();
+        }
         return journal != nullptr ? journal->next(record, ended != State::Growing)
                                   : unjournaled != nullptr && unjournaled->next(record);
     }
 
-    /// A recorder makes its journal before it writes a byte of the recording.
+    /// A recorder makes its journal before it writes a byte of the recording. What was closed before the first look is
+    /// not walked: the finished file tells the times.
     void choose()
     {
-        if (journal != nullptr || unjournaled != nullptr) {
+        if (journal != nullptr || (unjournaled != nullptr && number > 0)) {
             return;
         }
         const bool begun = file.size() > 0;
         journal = std::make_unique<GrowingJournal>(file);
         if (journal->open(journalName()) != 0 || !journal->refresh()) {
             journal.reset();
-            unjournaled = begun ? std::make_unique<Unjournaled>(file) : nullptr;
+            unjournaled = begun && !finishedHeader(file) ? std::make_unique<Unjournaled>(file) : nullptr;
         }
     }
     [[nodiscard]] fs::path journalName() const
@@ -123,11 +126,13 @@ struct Following::Private {
         }
         closed = finishedHeader(file);
         findFinalPath();
-        if (journal == nullptr && number == 0) {
-            finish();
-        } else if (unjournaled != nullptr && closed) {
-            unjournaled->endAt(closed->positions.timeTable);
+        if (journal != nullptr || (number == 0 && finish())) {
+            return;
         }
+        if (unjournaled == nullptr) {
+            unjournaled = std::make_unique<Unjournaled>(file);
+        }
+        unjournaled->endAt(closed ? closed->positions.timeTable : 0);
     }
 
     void findFinalPath()

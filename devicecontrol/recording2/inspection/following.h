@@ -41,7 +41,8 @@ public:
     /// Growing until next() gave the last record.
     [[nodiscard]] State state() const;
 
-    /// As the journal or the finished file has it; the stop time is that of the latest record. Without a journal only
+    /// As the journal or the finished file has it; the stop time is that of the latest record, and the start moves when
+    /// the first measurement that has a time of its own is recorded. Without a journal only
     /// the start, by the name, until the recording is closed.
     [[nodiscard]] const Header& header() const;
     /// Empty until the recorder wrote them, which it does before the first record.

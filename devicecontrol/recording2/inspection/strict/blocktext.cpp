@@ -10,14 +10,17 @@ namespace Recording2::Inspection {
 
 namespace {
 
-/// Bytes in memory, at a position.
+/// Bytes in memory; whatever stands in front of their position is 0.
 class TextSource final : public Format::ByteSource {
 public:
     explicit TextSource(const std::string& text, std::int64_t begin = 0) : m_text(text), m_begin(begin) {}
     std::size_t readAt(std::int64_t offset, char* out, std::size_t size) override
     {
-        const auto from = static_cast<std::size_t>(std::clamp<std::int64_t>(offset, m_begin, this->size()) - m_begin);
-        return m_text.copy(out, size, from);
+        const auto front = static_cast<std::size_t>(std::max<std::int64_t>(0, m_begin - offset));
+        const std::size_t filled = std::min(front, size);
+        std::fill_n(out, filled, '\0');
+        const auto from = static_cast<std::size_t>(std::max<std::int64_t>(0, offset - m_begin));
+        return filled + m_text.copy(out + filled, size - filled, std::min(from, m_text.size()));
     }
     [[nodiscard]] std::int64_t size() override { return m_begin + static_cast<std::int64_t>(m_text.size()); }
 
