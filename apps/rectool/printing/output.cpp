@@ -13,6 +13,7 @@ namespace RecTool {
 
 namespace {
 
+const char* complainingProgram = "rectool";
 bool readerMayLeave = false;
 int firstError = 0;  // why standard output takes nothing any more
 
@@ -57,6 +58,11 @@ bool Complaints::areKept()
     return keptHere != nullptr;
 }
 
+void complainAs(const char* program)
+{
+    complainingProgram = program;
+}
+
 void complain(const std::string& file, const std::string& text)
 {
     if (keptHere != nullptr) {
@@ -64,7 +70,7 @@ void complain(const std::string& file, const std::string& text)
         return;
     }
     std::cout.flush();
-    std::cerr << "rectool: " << printedName(file) << ": " << oneLine(text) << '\n';
+    std::cerr << complainingProgram << ": " << printedName(file) << ": " << oneLine(text) << '\n';
 }
 
 void complain(const std::string& file, const std::vector<Recording2::Inspection::Finding>& findings)
@@ -117,7 +123,8 @@ ExitCode finish(ExitCode result)
     if (printed || readerHasGone) {
         return result;
     }
-    std::cerr << "rectool: the output could not be written: " << std::generic_category().message(firstError) << '\n';
+    std::cerr << complainingProgram
+              << ": the output could not be written: " << std::generic_category().message(firstError) << '\n';
     return ExitCode::CannotRead;
 }
 

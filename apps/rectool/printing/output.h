@@ -20,6 +20,8 @@ namespace RecTool {
 [[nodiscard]] std::string printedName(const std::string& path);
 void setShownName(const std::string& path, const std::string& name);
 
+/// Who complains, where it is not rectool. The name is kept as it is.
+void complainAs(const char* program);
 /// A message on standard error: "rectool: FILE: TEXT".
 void complain(const std::string& file, const std::string& text);
 /// Damage on standard error, one line a finding; of very many only the first ones.

@@ -1,0 +1,187 @@
+// Paths are checked, the server runs until somebody wants it to end.
+#include "program.h"
+
+#include <array>
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <nlohmann/json.hpp>
+
+#include <system/program.h>
+#include <system/stopsignal.h>
+#include <terminaltext/terminaltext.h>
+
+#include "answers/answers.h"
+#include "commandline.h"
+#include "rectool/archive/archivedfiles.h"
+#include "rectool/printing/output.h"
+#include "server/server.h"
+
+namespace RecView {
+
+using RecTool::ExitCode;
+
+namespace {
+
+/// Ends the process when what goes on in its lifetime takes too long: nobody waits for an answer any more that a
+/// worker is still making, and what is kept in files is whole whenever the process ends.
+class Deadline {
+public:
+    explicit Deadline(ExitCode code)
+        : m_thread([this, code] {
+              constexpr std::chrono::milliseconds Time{500};
+              std::unique_lock lock(m_mutex);
+              if (!m_ended.wait_for(lock, Time, [this] { return m_isKept; })) {
+                  std::_Exit(static_cast<int>(code));
+              }
+          })
+    {
+    }
+    Deadline(const Deadline&) = delete;
+    Deadline& operator=(const Deadline&) = delete;
+    ~Deadline()
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_isKept = true;
+        }
+        m_ended.notify_one();
+        m_thread.join();
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_ended;
+    bool m_isKept = false;
+    std::thread m_thread;
+};
+
+// What keeps a path from being looked into; empty where nothing does.
+std::string problemOf(const QString& path)
+{
+    const QFileInfo info(path);
+    if (!info.exists()) {
+        return "There is no such file or directory.";
+    }
+    if (info.isDir()) {
+        return info.isReadable() && info.isExecutable() ? "" : "The directory cannot be read.";
+    }
+    if (!info.isFile()) {
+        return "This is neither a file nor a directory.";
+    }
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? "" : "The file cannot be read: " + file.errorString().toStdString() + '.';
+}
+
+bool areUsable(const std::vector<std::string>& paths)
+{
+    bool good = true;
+    for (const std::string& path : paths) {
+        if (RecTool::isArchiveAddress(path)) {
+            continue;
+        }
+        if (const std::string problem = problemOf(QString::fromStdString(path)); !problem.empty()) {
+            RecTool::complain(path, problem);
+            good = false;
+        }
+    }
+    return good;
+}
+
+ExitCode tellAddress(const ProgramOptions& options, const Server& server)
+{
+    const std::string url = server.url();
+    if (options.json) {
+        std::cout << nlohmann::json{{"url", url}, {"port", server.port()}, {"edit", options.edit}}.dump() << '\n';
+    } else {
+        std::cout << url << '\n';
+    }
+    const ExitCode result = RecTool::finish(ExitCode::Fine);
+    if (result == ExitCode::Fine && !options.quiet) {
+        std::cerr << "recview: Open this address in a browser; Ctrl-C ends.\n";
+        if (!options.listen.empty()) {
+            std::cerr << "recview: Everybody who has the address and reaches this machine can look at the recordings"
+                      << (options.edit ? ", and change bookmarks.\n" : ".\n");
+        }
+    }
+    return result;
+}
+
+void waitForEnd(const ProgramOptions& options, const System::StopSignal& stop)
+{
+    if (options.untilInputEnds) {
+        constexpr std::size_t Size = 256;
+        std::array<char, Size> unused{};
+        System::InterruptibleInput input("-");
+        while (input.read(unused.data(), unused.size()) > 0) {
+        }
+        return;
+    }
+    while (!System::StopSignal::requested()) {
+        stop.wait(std::numeric_limits<int>::max());
+    }
+}
+
+Handler handlerOf(const ProgramOptions& options, Events& events)
+{
+    const auto answers = std::make_shared<Answers>(
+        Options{options.paths, options.edit, options.cacheBytes, options.cacheDirectory, options.archiveConfiguration},
+        events);
+    return [answers](const Request& request) { return (*answers)(request); };
+}
+
+ExitCode serve(const ProgramOptions& options)
+{
+    if (!areUsable(options.paths)) {
+        return ExitCode::CannotRead;
+    }
+    const System::StopSignal stop([] {});
+    Events events;
+    Handler handler = handlerOf(options, events);
+    ServerOptions serverOptions;
+    serverOptions.port = options.port;
+    if (!options.listen.empty()) {
+        serverOptions.address = options.listen;
+        serverOptions.needsToken = true;
+    }
+    auto server = std::make_unique<Server>(serverOptions, handler, events);
+    const ExitCode told = tellAddress(options, *server);
+    if (told == ExitCode::Fine) {
+        waitForEnd(options, stop);
+    }
+    const Deadline deadline(told);
+    server.reset();
+    handler = nullptr;
+    return told;
+}
+
+}  // namespace
+
+ExitCode runProgram(const std::vector<std::string>& arguments)
+{
+    const CommandLine commandLine = parseCommandLine(arguments);
+    if (!commandLine.options) {
+        return commandLine.exitCode;
+    }
+    RecTool::complainAs("recview");
+    System::ignoreBrokenPipes();
+    try {
+        return serve(*commandLine.options);
+    } catch (const std::exception& error) {
+        std::cerr << "recview: " << TerminalText::oneLine(error.what()) << '\n';
+        return ExitCode::CannotRead;
+    }
+}
+
+}  // namespace RecView

@@ -1,0 +1,18 @@
+// The page as it was compiled into the program.
+#pragma once
+
+#include <string>
+
+namespace RecView {
+
+struct PageFile {
+    std::string content;
+    const char* type = "";
+    std::string tag;  ///< another for another content, in quotes
+};
+
+/// @param path of a request; "/" is the page itself
+/// @return nullptr where the page has no such file
+[[nodiscard]] const PageFile* pageFile(const std::string& path);
+
+}  // namespace RecView

@@ -1,0 +1,42 @@
+// Threads that do what takes long, in the order in which it came.
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace RecView {
+
+class Workers {
+public:
+    using Job = std::function<void()>;  ///< must not throw
+
+    /// @param most so many new jobs may wait
+    Workers(std::size_t threads, std::size_t most);
+    Workers(const Workers&) = delete;
+    Workers& operator=(const Workers&) = delete;
+    ~Workers();
+
+    /// @return false where too many wait; the job is not done then
+    [[nodiscard]] bool offer(Job job);
+    /// A further part of something that was taken; it is never refused.
+    void goOn(Job job);
+    /// Drops what waits, and waits for what is being done.
+    void stop();
+
+private:
+    void work();
+
+    std::size_t m_most;
+    std::mutex m_mutex;
+    std::condition_variable m_filled;
+    std::deque<Job> m_jobs;
+    bool m_stopped = false;
+    std::vector<std::thread> m_threads;
+};
+
+}  // namespace RecView
