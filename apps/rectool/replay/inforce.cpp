@@ -2,6 +2,7 @@
 #include "inforce.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace RecTool {
 
@@ -12,6 +13,15 @@ void InForce::apply(const Recording2::Inspection::Record& record)
         last.record = record;
         last.value = m_recorded.apply(record);
     }
+}
+
+void InForce::restore(Recording2::Inspection::Record last, const std::vector<std::string>& texts, bool isUnderstood)
+{
+    const std::int32_t code = last.code;
+    for (const std::string& text : texts) {
+        static_cast<void>(m_recorded.apply({last.position, last.timeMs, code, text}));
+    }
+    m_last[code] = {std::move(last), isUnderstood ? m_recorded.find(code) : nullptr};
 }
 
 const LastRecord* InForce::find(std::int32_t code) const

@@ -35,7 +35,7 @@ const ValueBase* RecordedValues::apply(const Recording2::Inspection::Record& rec
     }
     const bool isApplied = value != nullptr && value->ApplyRecordedState(record.data, 0, false);
     if (const auto* map = hasRange ? dynamic_cast<const values::MappingBase*>(value.get()) : nullptr) {
-        m_channels += map->size();
+        m_load.channels += map->size();
     }
     return isApplied ? value.get() : nullptr;
 }
@@ -56,8 +56,8 @@ bool RecordedValues::isTooMuch(std::size_t textBytes)
 {
     constexpr std::uint64_t Most = std::uint64_t{1} << 25U;  // two maps of the largest range
     constexpr std::uint64_t PerByte = 16;                    // a channel whose cell is written takes a byte at least
-    m_textBytes += textBytes;
-    return m_channels > Most + PerByte * m_textBytes;
+    m_load.textBytes += textBytes;
+    return m_load.channels > Most + PerByte * m_load.textBytes;
 }
 
 const ValueBase* RecordedValues::find(std::int32_t code) const

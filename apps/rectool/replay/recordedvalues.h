@@ -26,13 +26,20 @@ public:
     /// The value of a type number as the last record that was understood left it; null when there is none.
     [[nodiscard]] const values::ValueBase* find(std::int32_t code) const;
 
+    /// What decides when channel ranges are too many: to be taken over by whoever goes on in the middle of a recording.
+    struct Load {
+        std::uint64_t channels = 0;   ///< of all ranges so far
+        std::uint64_t textBytes = 0;  ///< of the texts that they came from
+    };
+    [[nodiscard]] const Load& load() const { return m_load; }
+    void setLoad(const Load& load) { m_load = load; }
+
 private:
     bool isTooMuch(std::size_t textBytes);
 
     std::map<std::int32_t, std::unique_ptr<values::ValueBase>> m_values;
-    std::vector<float> m_blank;     // cells
-    std::uint64_t m_channels = 0;   // of all ranges so far
-    std::uint64_t m_textBytes = 0;  // of the texts that they came from
+    std::vector<float> m_blank;  // cells
+    Load m_load;
 };
 
 /// A value as a person would write it, on one line. Maps: range, number of channels, lowest and highest.

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <optional>
 #include <shared_mutex>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -108,7 +109,7 @@ struct Sweep {
     std::optional<double> nextMs;
     values::ChannelRange range;
     std::vector<float> levels;
-    std::string json;  ///< the line of rectool cat --json without names of types: the value only, appendJson
+    std::string json;  ///< its value as rectool cat --json writes it (appendJson)
 };
 
 /// Levels over frequency, or of a channel over time.
@@ -161,10 +162,10 @@ public:
     /// The sweep in force at a moment: the last one that was measured then or before; nothing without one.
     [[nodiscard]] std::optional<Sweep> sweepAt(std::int32_t code, double ms) const;
     /// All sweeps of a type whose moments lie in a stretch (both ends included), in their order, until false is given.
-    /// The value is good during the call.
-    void sweeps(std::int32_t code, const Stretch& time,
-                const std::function<bool(const Record&, double momentMs,
-                                         const values::CellMap<float, values::levelHandler>&)>& visit) const;
+    /// What is given is good during the call.
+    using SweepVisitor =
+        std::function<bool(const Record&, double momentMs, const values::ChannelRange&, std::span<const float> levels)>;
+    void sweeps(std::int32_t code, const Stretch& time, const SweepVisitor& visit) const;
 
     /// The state in force at a time: exactly that of applying all records up to then, as rectool state does.
     [[nodiscard]] RecTool::InForce stateAt(double ms) const;
