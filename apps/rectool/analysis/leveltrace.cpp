@@ -9,8 +9,6 @@ namespace RecTool {
 
 namespace {
 
-constexpr std::size_t RememberedRanges = 64;
-
 /// 10^(level/10). Recorded levels are hundredths of a decibel, so that few powers are ever needed.
 class Powers {
 public:
@@ -46,57 +44,25 @@ double powerOf(float level)
 
 }  // namespace
 
-LevelTrace::LevelTrace(std::optional<FrequencySpan> span, const std::vector<double>& fractions) : m_span(span)
+LevelTrace::LevelTrace(std::optional<FrequencySpan> span, const std::vector<double>& fractions)
+    : m_numbers(span, fractions.empty() ? MostChannels : MostRankedChannels)
 {
     for (const double fraction : fractions) {
         m_ranks.emplace_back(fraction);
     }
 }
 
-std::uint32_t LevelTrace::numberOf(double hz)
-{
-    if (m_span && (hz < m_span->lowHz || hz > m_span->highHz)) {
-        return Outside;
-    }
-    const auto [place, isNew] = m_byFrequency.try_emplace(hz, static_cast<std::uint32_t>(m_sums.size()));
-    if (isNew) {
-        m_sums.emplace_back();
-        m_sums.back().levels.hz = hz;
-    }
-    return place->second;
-}
-
-const std::vector<std::uint32_t>* LevelTrace::numbersOf(const values::ChannelRange& range)
-{
-    const auto known = std::find_if(m_recent.begin(), m_recent.end(),
-                                    [&](const Numbering& numbering) { return numbering.range == range; });
-    if (known != m_recent.end()) {
-        m_recent.splice(m_recent.begin(), m_recent, known);
-        return &m_recent.front().numbers;
-    }
-    const std::size_t most = m_ranks.empty() ? MostChannels : MostRankedChannels;
-    Numbering numbering{range, {}};
-    for (std::size_t channel = 0; channel < range.size(); ++channel) {
-        numbering.numbers.push_back(numberOf(range.frequencyHz(channel)));
-        if (m_sums.size() > most) {
-            return nullptr;
-        }
-    }
-    m_recent.push_front(std::move(numbering));
-    m_recent.resize(std::min(m_recent.size(), RememberedRanges));
-    return &m_recent.front().numbers;
-}
-
 bool LevelTrace::add(const values::ChannelRange& range, std::span<const float> levels, double momentMs)
 {
-    const std::vector<std::uint32_t>* numbers = numbersOf(range);
+    const std::vector<std::uint32_t>* numbers = m_numbers.of(range);
     if (numbers == nullptr) {
         return false;
     }
+    m_sums.resize(m_numbers.frequencies().size());
     bool isTaken = false;
     for (std::size_t i = 0; i < levels.size(); ++i) {
         const float level = levels[i];
-        if (!std::isfinite(level) || (*numbers)[i] == Outside) {
+        if (!std::isfinite(level) || (*numbers)[i] == ChannelNumbers::Outside) {
             continue;
         }
         Sum& sum = m_sums[(*numbers)[i]];
@@ -132,12 +98,12 @@ void LevelTrace::beginRanking()
 
 void LevelTrace::rank(const values::ChannelRange& range, std::span<const float> levels)
 {
-    const std::vector<std::uint32_t>* numbers = numbersOf(range);
+    const std::vector<std::uint32_t>* numbers = m_numbers.of(range);
     if (numbers == nullptr) {
         return;
     }
     for (std::size_t i = 0; i < levels.size(); ++i) {
-        if (std::isfinite(levels[i]) && (*numbers)[i] != Outside) {
+        if (std::isfinite(levels[i]) && (*numbers)[i] != ChannelNumbers::Outside) {
             for (LevelRanks& ranks : m_ranks) {
                 ranks.look((*numbers)[i], levels[i]);
             }
@@ -154,6 +120,7 @@ std::vector<ChannelLevels> LevelTrace::channels() const
             continue;
         }
         ChannelLevels& channel = all.emplace_back(sum.levels);
+        channel.hz = m_numbers.frequencies()[number];
         constexpr double Decibels = 10;
         channel.mean = Decibels * std::log10(sum.power / static_cast<double>(sum.levels.sweeps));
         for (const LevelRanks& ranks : m_ranks) {

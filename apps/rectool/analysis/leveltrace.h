@@ -4,16 +4,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <list>
 #include <optional>
 #include <span>
-#include <unordered_map>
 #include <vector>
 
 #include <values/maps.h>
 
+#include "channelnumbers.h"
 #include "levelranks.h"
-#include "replay/frequencies.h"
 
 namespace RecTool {
 
@@ -55,25 +53,14 @@ public:
     [[nodiscard]] std::vector<ChannelLevels> channels() const;
 
 private:
-    static constexpr std::uint32_t Outside = std::numeric_limits<std::uint32_t>::max();
-
     struct Sum {
         ChannelLevels levels;
         double power = 0;
     };
-    /// Which sum each channel of a range has.
-    struct Numbering {
-        values::ChannelRange range;
-        std::vector<std::uint32_t> numbers;
-    };
-    const std::vector<std::uint32_t>* numbersOf(const values::ChannelRange& range);
-    std::uint32_t numberOf(double hz);
 
-    std::optional<FrequencySpan> m_span;
+    ChannelNumbers m_numbers;
     std::vector<LevelRanks> m_ranks;
-    std::vector<Sum> m_sums;
-    std::unordered_map<double, std::uint32_t> m_byFrequency;
-    std::list<Numbering> m_recent;  // the ranges of scanning receivers come again and again
+    std::vector<Sum> m_sums;  // by number of the channel
     std::uint64_t m_sweeps = 0;
     double m_firstMs = 0;
     double m_lastMs = 0;

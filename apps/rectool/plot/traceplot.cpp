@@ -127,6 +127,26 @@ private:
     QCPAxisRect* m_rect = nullptr;
 };
 
+/// A level lasts until the next one, but no longer than a few usual distances: then nobody measured.
+void addSamples(Envelope& envelope, const std::vector<ChannelTrace::Sample>& samples)
+{
+    constexpr double Usual = 4;
+    constexpr double Least = 1000;
+    std::vector<double> distances;
+    for (std::size_t i = 1; i < samples.size(); ++i) {
+        distances.push_back(samples[i].momentMs - samples[i - 1].momentMs);
+    }
+    const auto middle = distances.begin() + static_cast<std::ptrdiff_t>(distances.size() / 2);
+    std::nth_element(distances.begin(), middle, distances.end());
+    const double longest = distances.empty() ? 0 : std::max(Least, *middle * Usual);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        envelope.add(samples[i].momentMs, double{samples[i].level});
+        if (i + 1 < samples.size() && samples[i + 1].momentMs - samples[i].momentMs > longest) {
+            envelope.add(samples[i].momentMs + longest, std::numeric_limits<double>::quiet_NaN());
+        }
+    }
+}
+
 }  // namespace
 
 ExitCode drawTraces(const TraceOptions& options, Recordings& recordings, const std::vector<Trace>& traces)
@@ -152,9 +172,7 @@ ExitCode drawChannelTraces(const TraceOptions& options, Recordings& recordings, 
         series.keyword = trace.keyword + " at " + frequency(trace.hz);
         series.unit = options.unit;
         series.begin(recordings.span(), options.width);
-        for (const ChannelTrace::Sample& sample : trace.samples) {
-            series.envelope->add(sample.momentMs, double{sample.level});
-        }
+        addSamples(*series.envelope, trace.samples);
         series.envelope->finish();
         shown.push_back(std::move(series));
     }
