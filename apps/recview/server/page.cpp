@@ -59,13 +59,28 @@ std::map<std::string, PageFile> readPage()
     return files;
 }
 
+const std::map<std::string, PageFile>& allFiles()
+{
+    static const std::map<std::string, PageFile> files = readPage();
+    return files;
+}
+
 }  // namespace
 
 const PageFile* pageFile(const std::string& path)
 {
-    static const std::map<std::string, PageFile> files = readPage();
+    const std::map<std::string, PageFile>& files = allFiles();
     const auto found = files.find(path);
     return found == files.end() ? nullptr : &found->second;
+}
+
+std::vector<std::string> pageFiles()
+{
+    std::vector<std::string> paths;
+    for (const auto& [path, file] : allFiles()) {
+        paths.push_back(path);
+    }
+    return paths;
 }
 
 }  // namespace RecView

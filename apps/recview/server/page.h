@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace RecView {
 
@@ -14,5 +15,6 @@ struct PageFile {
 /// @param path of a request; "/" is the page itself
 /// @return nullptr where the page has no such file
 [[nodiscard]] const PageFile* pageFile(const std::string& path);
+[[nodiscard]] std::vector<std::string> pageFiles();  ///< all paths
 
 }  // namespace RecView

@@ -1,0 +1,418 @@
+// What the server makes of those who ask for too much, too slowly, half, or nonsense: it goes on.
+#include <atomic>
+#include <cstddef>
+#include <future>
+#include <memory>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "servertest.h"
+
+using std::chrono::milliseconds;
+using testing::HasSubstr;
+
+namespace RecView {
+
+namespace {
+
+/// Lets a handler wait until the test goes on.
+class Barrier {
+public:
+    ~Barrier() { open(); }
+    void open()
+    {
+        if (!m_isOpen.exchange(true)) {
+            m_opened.set_value();
+        }
+    }
+    void wait() const { m_waiting.wait(); }
+
+private:
+    std::promise<void> m_opened;
+    std::shared_future<void> m_waiting{m_opened.get_future()};
+    std::atomic<bool> m_isOpen = false;
+};
+
+Response endless(const Request& /*request*/)
+{
+    Response response;
+    response.more = [](std::string& piece) {
+        piece.assign(1 << 16, 'x');
+        return true;
+    };
+    return response;
+}
+
+}  // namespace
+
+using HostileTest = ServerTest;
+
+TEST_F(HostileTest, WhatIsTooLargeIsRefused)
+{
+    start();
+    EXPECT_EQ(statusOf(requestOf("GET /api/x", "X: " + std::string(20'000, 'a') + "\r\n\r\n")), 431);
+    EXPECT_EQ(statusOf(requestOf("GET /api/x?" + std::string(10'000, 'a'))), 414);
+    const std::string origin = "Origin: http://127.0.0.1:" + std::to_string(m_port) + "\r\n";
+    EXPECT_EQ(statusOf(requestOf("POST /api/x", origin + "Content-Length: 65537\r\n\r\n")), 413);
+    EXPECT_EQ(statusOf(requestOf("POST /api/x", origin + "Content-Length: 99999999999999999999\r\n\r\n")), 400);
+    std::string chunks = "Transfer-Encoding: chunked\r\n\r\n";
+    for (int i = 0; i < 5; ++i) {
+        chunks += "4000\r\n" + std::string(0x4000, 'a') + "\r\n";
+    }
+    EXPECT_EQ(statusOf(requestOf("POST /api/x", origin + chunks + "0\r\n\r\n")), 413);
+    expectsToAnswer();
+}
+
+TEST_F(HostileTest, WhatIsNoRequestIsRefused)
+{
+    start();
+    for (const std::string& request :
+         {std::string("nonsense\r\n\r\n"), std::string("GET /\r\n\r\n"), std::string("GET / HTTP/9.9\r\n\r\n"),
+          std::string("\x16\x03\x01\x02\x00\x01\x00\x01\xfc\x03\x03\r\n\r\n", 15), requestOf("GET http://127.0.0.1/"),
+          requestOf("GET *"), std::string("GET / HTTP/1.1\r\n\r\n"), requestOf("GET /", "Host: 127.0.0.1\r\n\r\n"),
+          requestOf("GET /api/x?a=1&a=1"), requestOf("GET /%zz"),
+          requestOf("POST /api/x", "Content-Length: 1\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n"),
+          requestOf("GET /", "No colon\r\n\r\n")}) {
+        EXPECT_EQ(statusOf(request), 400) << request;
+    }
+    expectsToAnswer();
+}
+
+TEST_F(HostileTest, ARequestThatDoesNotArriveInTimeIsGivenUp)
+{
+    m_options.limits.requestTime = milliseconds(30);
+    start();
+    Client client(m_port);
+    client.send("GET /api/x HTTP/1.1\r\nHo");
+    EXPECT_EQ(client.receiveRest(), "");
+    expectsToAnswer();
+}
+
+TEST_F(HostileTest, AConnectionThatAsksNothingIsGivenUp)
+{
+    m_options.limits.idleTime = milliseconds(30);
+    start();
+    Client silent(m_port);
+    EXPECT_EQ(silent.receiveRest(), "");
+    Client asked(m_port);
+    ASSERT_TRUE(asked.get("/").has_value());
+    EXPECT_EQ(asked.receiveRest(), "");
+}
+
+TEST_F(HostileTest, AReaderThatTakesNothingIsGivenUp)
+{
+    m_options.limits.stallTime = milliseconds(100);
+    std::promise<void> ended;
+    start([&ended](const Request& request) {
+        Response response = endless(request);
+        response.more = [more = response.more, end = std::shared_ptr<void>(nullptr, [&ended](void*) {
+                                                   ended.set_value();
+                                               })](std::string& piece) { return more(piece); };
+        return response;
+    });
+    Client client(m_port);
+    client.send(requestOf("GET /api/csv"));
+    // What makes the pieces is given up with the connection.
+    EXPECT_EQ(ended.get_future().wait_for(std::chrono::seconds(60)), std::future_status::ready);
+}
+
+TEST_F(HostileTest, AStreamThatIsStoppedHalfWayEndsForItsMakerToo)
+{
+    std::promise<void> ended;
+    start([&ended](const Request& request) {
+        Response response = endless(request);
+        response.more = [more = response.more, end = std::shared_ptr<void>(nullptr, [&ended](void*) {
+                                                   ended.set_value();
+                                               })](std::string& piece) { return more(piece); };
+        return response;
+    });
+    Client client(m_port);
+    client.send(requestOf("GET /api/csv"));
+    EXPECT_FALSE(client.receiveSome().empty());
+    client.abort();
+    EXPECT_EQ(ended.get_future().wait_for(std::chrono::seconds(60)), std::future_status::ready);
+    m_server.reset();
+}
+
+TEST_F(HostileTest, MoreConnectionsThanThereMayBeAreToldSo)
+{
+    m_options.limits.connections = 8;
+    start();
+    std::vector<std::unique_ptr<Client>> clients;
+    for (int i = 0; i < 8; ++i) {
+        clients.push_back(std::make_unique<Client>(m_port));
+        ASSERT_TRUE(clients.back()->get("/icon.svg").has_value());
+    }
+    Client surplus(m_port);
+    const auto answer = surplus.receive();
+    ASSERT_TRUE(answer.has_value());
+    EXPECT_EQ(answer->status, 503);
+    EXPECT_EQ(surplus.receiveRest(), "");
+    clients.front()->endSending();
+    EXPECT_EQ(clients.front()->receiveRest(), "");
+    expectsToAnswer();
+}
+
+TEST_F(HostileTest, TwoHundredConnectionsAtOnceAreAllAnswered)
+{
+    start();
+    constexpr std::size_t Count = 200;
+    std::vector<std::unique_ptr<Client>> clients;
+    for (std::size_t i = 0; i < Count; ++i) {
+        clients.push_back(std::make_unique<Client>(m_port));
+        ASSERT_TRUE(clients.back()->isConnected());
+    }
+    std::size_t answered = 0;
+    std::size_t refused = 0;
+    for (int round = 0; round < 3; ++round) {
+        for (std::size_t i = 0; i < Count; ++i) {
+            clients[i]->send(requestOf("GET /api/" + std::to_string(i)));
+        }
+        for (std::size_t i = 0; i < Count; ++i) {
+            const auto answer = clients[i]->receive();
+            ASSERT_TRUE(answer.has_value()) << i;
+            (answer->status == 200 ? answered : refused) += 1;
+            EXPECT_TRUE(answer->status == 503 || answer->body == "GET /api/" + std::to_string(i) + ' ') << answer->head;
+        }
+    }
+    EXPECT_EQ(answered + refused, 3 * Count);
+    EXPECT_GE(answered, 3 * m_options.limits.waitingRequests);
+    expectsToAnswer();
+}
+
+TEST_F(HostileTest, MoreRequestsThanMayWaitAreToldSo)
+{
+    m_options.limits.waitingRequests = 4;
+    Barrier barrier;
+    start([&barrier](const Request& request) {
+        barrier.wait();
+        return echo(request);
+    });
+    std::vector<std::unique_ptr<Client>> clients;
+    constexpr int Count = 12;
+    for (int i = 0; i < Count; ++i) {
+        clients.push_back(std::make_unique<Client>(m_port));
+        clients.back()->send(requestOf("GET /api/x"));
+    }
+    // Two are being worked on at most, four wait.
+    EXPECT_EQ(Client(m_port).get("/icon.svg")->status, 200) << "what needs no worker goes on";
+    barrier.open();
+    int refused = 0;
+    for (const auto& client : clients) {
+        const auto answer = client->receive();
+        ASSERT_TRUE(answer.has_value());
+        refused += answer->status == 503 ? 1 : 0;
+    }
+    EXPECT_GE(refused, Count - 6);
+    EXPECT_LE(refused, Count - 4);
+    expectsToAnswer();
+}
+
+TEST_F(HostileTest, WhatNobodyWaitsForAnyMoreIsNotWorkedOn)
+{
+    Barrier barrier;
+    std::atomic<int> calls = 0;
+    start([&](const Request& request) {
+        ++calls;
+        if (request.path == "/api/slow") {
+            barrier.wait();
+        }
+        return echo(request);
+    });
+    Client first(m_port);
+    Client second(m_port);
+    first.send(requestOf("GET /api/slow"));
+    second.send(requestOf("GET /api/slow"));
+    while (calls < 2) {
+        std::this_thread::yield();
+    }
+    {
+        Client left(m_port);
+        left.send(requestOf("GET /api/dropped"));
+        left.endSending();
+        EXPECT_EQ(left.receiveRest(), "");  // the server has seen the end
+    }
+    barrier.open();
+    EXPECT_TRUE(first.receive().has_value());
+    EXPECT_TRUE(second.receive().has_value());
+    expectsToAnswer();
+    EXPECT_EQ(calls, 3);
+}
+
+TEST_F(HostileTest, MoreStreamsOfEventsThanThereMayBeAreToldSo)
+{
+    m_options.limits.eventStreams = 3;
+    start();
+    std::vector<std::unique_ptr<Client>> clients;
+    for (int i = 0; i < 3; ++i) {
+        clients.push_back(std::make_unique<Client>(m_port));
+        clients.back()->send(requestOf("GET /api/events"));
+        EXPECT_THAT(clients.back()->receiveSome(), HasSubstr("200 OK"));
+    }
+    Client surplus(m_port);
+    EXPECT_EQ(surplus.get("/api/events")->status, 503);
+    clients.front()->endSending();
+    EXPECT_EQ(clients.front()->receiveRest(), "");
+    Client next(m_port);
+    next.send(requestOf("GET /api/events"));
+    EXPECT_THAT(next.receiveSome(), HasSubstr("200 OK"));
+}
+
+TEST_F(HostileTest, AStreamOfEventsThatIsNotReadIsClosedAndCostsTheOthersNothing)
+{
+    start();
+    Client lazy(m_port);
+    Client eager(m_port);
+    lazy.send(requestOf("GET /api/events"));
+    eager.send(requestOf("GET /api/events"));
+    EXPECT_THAT(lazy.receiveSome(), HasSubstr("200 OK"));
+    std::string received = eager.receiveSome();
+    // More than the system holds for a connection, and the server besides.
+    const std::string event(32 * 1024, 'x');
+    constexpr int Count = 600;
+    std::thread reader([&] {
+        while (received.find("event: last\n") == std::string::npos) {
+            const std::string piece = eager.receiveSome();
+            if (piece.empty()) {
+                return;
+            }
+            received += piece;
+        }
+    });
+    std::size_t sent = 0;
+    for (int i = 0; i < Count; ++i) {
+        m_events.publish("grown", event);
+        sent += event.size();
+        expectsToAnswer();  // the eager one keeps up
+    }
+    m_events.publish("last", "{}");
+    reader.join();
+    EXPECT_GT(received.size(), sent);
+    EXPECT_LT(lazy.receiveRest().size(), sent);
+}
+
+TEST_F(HostileTest, ItEndsAtOnceWithConnectionsOpen)
+{
+    start();
+    std::vector<std::unique_ptr<Client>> clients;
+    for (int i = 0; i < 50; ++i) {
+        clients.push_back(std::make_unique<Client>(m_port));
+        clients.back()->send(i % 3 == 0   ? requestOf("GET /api/events")
+                             : i % 3 == 1 ? std::string("GET / HT")
+                                          : requestOf("GET /"));
+    }
+    EXPECT_TRUE(clients[2]->receive().has_value());
+    const auto begin = std::chrono::steady_clock::now();
+    m_server.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+    for (const auto& client : clients) {
+        client->receiveRest();
+    }
+}
+
+namespace {
+
+/// Makes requests that nobody should send; the same ones in every run.
+class Mischief {
+public:
+    explicit Mischief(std::uint16_t port) : m_host("127.0.0.1:" + std::to_string(port)) {}
+
+    std::string next()
+    {
+        std::string request = seed();
+        for (std::size_t changes = upTo(6); changes > 0; --changes) {
+            change(request);
+        }
+        return request;
+    }
+    std::size_t upTo(std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(m_random); }
+
+private:
+    std::string oneOf(const std::vector<std::string>& words) { return words[upTo(words.size() - 1)]; }
+    std::string seed()
+    {
+        const std::string method = oneOf({"GET", "GET", "HEAD", "POST", "PUT", "", "GE\tT", "M-SEARCH"});
+        const std::string target =
+            oneOf({"/", "/api/view?recording=a&from=1&to=2", "/api/csv", "/%2e%2e/%2e%2e/etc/passwd", "/api/events",
+                   "*", "http://" + m_host + "/", "/api/?" + std::string(upTo(9000), 'q'), "/vendor/leaflet.js"});
+        std::string request = method + ' ' + target + ' ' + oneOf({"HTTP/1.1", "HTTP/1.0", "HTTP/2.0", "HTP/1.1", ""});
+        request += "\r\nHost: " + oneOf({m_host, m_host, m_host, "evil.example", ""}) + "\r\n";
+        request += oneOf({"", "Origin: http://" + m_host + "\r\n", "Origin: null\r\n", "Connection: close\r\n",
+                          "Expect: 100-continue\r\n", "Upgrade: websocket\r\nConnection: Upgrade\r\n",
+                          "Range: bytes=0-18446744073709551615\r\n", "X: " + std::string(upTo(17'000), 'x') + "\r\n",
+                          "Cookie: " + std::string(upTo(2000), ';') + "\r\n"});
+        request += oneOf({"\r\n", "Content-Length: 5\r\n\r\nhello", "Content-Length: -1\r\n\r\n",
+                          "Content-Length: 70000\r\n\r\n" + std::string(upTo(70'000), 'b'),
+                          "Transfer-Encoding: chunked\r\n\r\n5\r\nhello\r\n0\r\n\r\n",
+                          "Transfer-Encoding: chunked\r\n\r\nfffffffffffffffff\r\n",
+                          "Content-Length: 5\r\nContent-Length: 6\r\n\r\nhello", " folded\r\n\r\n", ""});
+        return request;
+    }
+    void change(std::string& request)
+    {
+        const std::size_t at = upTo(request.size());
+        switch (upTo(5)) {
+            case 0:
+                request.insert(at, 1, static_cast<char>(upTo(255)));
+                break;
+            case 1:
+                request.erase(at, upTo(20));
+                break;
+            case 2:
+                request.resize(at);
+                break;
+            case 3:
+                request.insert(at, request.substr(0, upTo(request.size())));
+                break;
+            case 4:
+                if (at < request.size()) {
+                    request[at] = static_cast<char>(upTo(255));
+                }
+                break;
+            default:
+                break;
+        }
+        constexpr std::size_t Longest = 200'000;
+        request.resize(std::min(request.size(), Longest));
+    }
+
+    std::mt19937 m_random{20261122};
+    std::string m_host;
+};
+
+}  // namespace
+
+TEST_F(HostileTest, TenThousandHostileRequestsEndOnlyThemselves)
+{
+    start([](const Request& request) { return request.path == "/api/csv" ? endless(request) : echo(request); });
+    Mischief mischief(m_port);
+    constexpr int Count = 12'000;
+    for (int i = 0; i < Count; ++i) {
+        Client client(m_port);
+        ASSERT_TRUE(client.isConnected()) << i;
+        const std::string request = mischief.next();
+        const std::size_t first = mischief.upTo(request.size());
+        client.send(request.substr(0, first));
+        client.send(std::string_view(request).substr(first));
+        switch (mischief.upTo(3)) {
+            case 0:
+                client.abort();
+                break;
+            case 1:
+                break;  // ends without a word
+            default:
+                client.endSending();
+                client.receiveSome();
+        }
+        if (i % 1000 == 0) {
+            expectsToAnswer();
+        }
+    }
+    expectsToAnswer();
+}
+
+}  // namespace RecView
