@@ -28,7 +28,7 @@ bool CheckpointWriter::passed(std::uint64_t bytes)
     return m_since >= LeastBetween && m_credit >= m_lastCost;
 }
 
-void CheckpointWriter::write(std::int64_t nextPosition, double timeMs, const RecTool::InForce& state,
+void CheckpointWriter::write(const RecordPlace& next, double timeMs, const RecTool::InForce& state,
                              const std::map<std::int32_t, TypeMoments>& moments)
 {
     // A map of very many channels is not put into words before there is room for them.
@@ -48,15 +48,14 @@ void CheckpointWriter::write(std::int64_t nextPosition, double timeMs, const Rec
     Column& states = m_store.column(checkpointKey(TableKind::States));
     Column& texts = m_store.column(checkpointKey(TableKind::Texts));
     const auto load = state.load();
-    CheckpointEntry checkpoint{nextPosition,           timeMs,        states.count<StateEntry>(),
-                               state.entries().size(), load.channels, load.textBytes};
+    CheckpointEntry checkpoint{next,          timeMs,        states.count<StateEntry>(), state.entries().size(),
+                               load.channels, load.textBytes};
     double cost = sizeof checkpoint;
     for (const auto& [code, last] : state.entries()) {
         const std::vector<std::string> complete = state.completeTexts(code);
         StateEntry entry;
         entry.code = code;
         entry.texts = static_cast<std::uint32_t>(complete.size());
-        entry.position = last.record.position;
         entry.timeMs = last.record.timeMs;
         entry.firstText = texts.bytes();
         entry.firstBytes = complete.empty() ? 0 : complete[0].size();
@@ -65,6 +64,7 @@ void CheckpointWriter::write(std::int64_t nextPosition, double timeMs, const Rec
         entry.isItsText = !complete.empty() && complete.back() == last.record.data ? 1 : 0;
         const auto known = moments.find(code);
         entry.moments = known == moments.end() ? TypeMoments() : known->second;
+        entry.last = {last.record.position, entry.moments.last.number};
         for (const std::string& text : complete) {
             texts.append(std::span<const char>(text));
             cost += static_cast<double>(text.size());
@@ -103,7 +103,7 @@ std::optional<CheckpointEntry> CheckpointReader::before(double timeMs) const
     return lastOf(low);
 }
 
-std::optional<CheckpointEntry> CheckpointReader::beforeMoment(std::int32_t code, double momentMs) const
+std::uint64_t CheckpointReader::countBeforeMoment(std::int32_t code, double momentMs) const
 {
     std::uint64_t low = 0;
     std::uint64_t high = m_count;
@@ -113,7 +113,18 @@ std::optional<CheckpointEntry> CheckpointReader::beforeMoment(std::int32_t code,
         // Without a record of the type all of them come later.
         found.empty() || found.front().moments.lastMs <= momentMs ? low = middle + 1 : high = middle;
     }
-    return lastOf(low);
+    return low;
+}
+
+std::optional<CheckpointEntry> CheckpointReader::beforeMoment(std::int32_t code, double momentMs) const
+{
+    return lastOf(countBeforeMoment(code, momentMs));
+}
+
+std::optional<CheckpointEntry> CheckpointReader::afterMoment(std::int32_t code, double momentMs) const
+{
+    const std::uint64_t count = countBeforeMoment(code, momentMs);
+    return count < m_count ? lastOf(count + 1) : std::nullopt;
 }
 
 std::vector<StateEntry> CheckpointReader::states(const CheckpointEntry& checkpoint,
@@ -152,14 +163,14 @@ Restored restored(const CheckpointReader& reader, const std::optional<Checkpoint
     if (!checkpoint) {
         return restored;
     }
-    restored.position = checkpoint->position;
+    restored.next = checkpoint->next;
     for (const StateEntry& entry : reader.states(*checkpoint, code)) {
         std::vector<std::string> texts = reader.texts(entry);
-        Record last{entry.position, entry.timeMs, entry.code, {}};
+        Record last{entry.last.position, entry.timeMs, entry.code, {}};
         if (entry.isItsText != 0 && !texts.empty()) {
             last.data = texts.back();
         } else {
-            records.read(entry.position, [&](const Record& record) {
+            records.read(entry.last, [&](const Record& record) {
                 last.data = record.data;
                 return false;
             });

@@ -15,13 +15,13 @@ namespace RecView {
 struct TypeMoments {
     double lastMs = 0;      ///< moment of the last record
     double previousMs = 0;  ///< of the one before
-    std::uint64_t records = 0;
+    RecordPlace last;       ///< of the last record
 };
 
 /// Where reading may begin, in the store.
 struct CheckpointEntry {
-    std::int64_t position = 0;  ///< of the next record
-    double timeMs = 0;          ///< of the last record before, since 1970 UTC
+    RecordPlace next;   ///< of the next record
+    double timeMs = 0;  ///< of the last record before, since 1970 UTC
     std::uint64_t firstState = 0;
     std::uint64_t states = 0;
     std::uint64_t channels = 0;  ///< of RecTool::RecordedValues::Load
@@ -32,7 +32,7 @@ struct CheckpointEntry {
 struct StateEntry {
     std::int32_t code = 0;
     std::uint32_t texts = 0;         ///< 0 to 2, as InForce::completeTexts gives them
-    std::int64_t position = 0;       ///< of the last record
+    RecordPlace last;              ///< of the last record
     std::uint64_t timeMs = 0;        ///< of it, in the recording
     std::uint64_t firstText = 0;     ///< byte in the column of texts
     std::uint64_t firstBytes = 0;    ///< of the first text
@@ -49,7 +49,7 @@ public:
 
     /// A record takes so many bytes of the file. @return whether it is time for a checkpoint after it
     [[nodiscard]] bool passed(std::uint64_t bytes);
-    void write(std::int64_t nextPosition, double timeMs, const RecTool::InForce& state,
+    void write(const RecordPlace& next, double timeMs, const RecTool::InForce& state,
                const std::map<std::int32_t, TypeMoments>& moments);
 
 private:
@@ -61,7 +61,7 @@ private:
 
 /// Everything as it was at a checkpoint.
 struct Restored {
-    std::int64_t position = 0;  ///< where reading goes on; 0: at the first record
+    RecordPlace next;  ///< where reading goes on
     RecTool::InForce state;
     std::map<std::int32_t, TypeMoments> moments;
 };
@@ -75,6 +75,8 @@ public:
     [[nodiscard]] std::optional<CheckpointEntry> before(double timeMs) const;
     /// The last one at which no record of a type had a moment after this one.
     [[nodiscard]] std::optional<CheckpointEntry> beforeMoment(std::int32_t code, double momentMs) const;
+    /// The first one at which a record of a type had a later moment.
+    [[nodiscard]] std::optional<CheckpointEntry> afterMoment(std::int32_t code, double momentMs) const;
     /// The states of a checkpoint, of one type or of all.
     [[nodiscard]] std::vector<StateEntry> states(const CheckpointEntry& checkpoint,
                                                  std::optional<std::int32_t> code) const;
@@ -82,6 +84,7 @@ public:
 
 private:
     [[nodiscard]] std::optional<CheckpointEntry> lastOf(std::uint64_t count) const;
+    [[nodiscard]] std::uint64_t countBeforeMoment(std::int32_t code, double momentMs) const;
 
     const Column* m_checkpoints;
     const Column* m_states;

@@ -57,6 +57,12 @@ public:
 /// Makes the parts of an overview. The store outlives them.
 using MakeParts = std::function<std::vector<std::unique_ptr<OverviewPart>>(Store& store, const Summary& summary)>;
 
+/// Where a record stands.
+struct RecordPlace {
+    std::int64_t position = 0;  ///< in the file; 0: the first record
+    std::uint64_t number = 0;   ///< 0 is the first record
+};
+
 /// Reads records again, from a place on. Any thread, several at once.
 class RecordSource {
 public:
@@ -65,12 +71,13 @@ public:
     RecordSource& operator=(const RecordSource&) = delete;
     virtual ~RecordSource() = default;
 
-    /// Visits the records from the one at a position on, in their order, until the visitor gives false. A position of 0
-    /// is the first record.
-    virtual void read(std::int64_t position, const std::function<bool(const Record&)>& visit) const = 0;
+    /// Visits the records from the one at a place on, in their order, until the visitor gives false.
+    virtual void read(const RecordPlace& place, const std::function<bool(const Record&)>& visit) const = 0;
 };
-/// Those of a finished file. Its tables are read once, when first needed, and may be given back in between.
+/// Those of a finished file. Its tables are read when first needed; those of the last files are kept.
 std::shared_ptr<const RecordSource> recordsOf(const std::string& path);
+/// Those of a file that is being written ("NAME.tmp"), as far as they were accepted; also after it was closed.
+std::shared_ptr<const RecordSource> growingRecords(const std::string& path);
 
 /// Sweeps of one type over one channel range. A series begins anew after a pause, but remains the same one.
 struct Series {
@@ -114,6 +121,7 @@ struct Sweep {
 
 /// Levels over frequency, or of a channel over time.
 struct Curve {
+    double hz = 0;           ///< the middle of the channel, for a channel over time; 0 where none is there
     std::vector<double> at;  ///< Hz, or milliseconds since 1970 UTC; the middle of each point
     std::vector<float> max;  ///< NaN where nothing was measured
     std::vector<float> min;
@@ -176,6 +184,7 @@ public:
     /// For columns of one's own.
     [[nodiscard]] std::shared_lock<std::shared_mutex> lock() const;
     [[nodiscard]] const Store& store() const;
+    [[nodiscard]] Store& store();
     /// Where the records are read again: of a file that grew, after it was renamed.
     void setRecords(std::shared_ptr<const RecordSource> records);
     [[nodiscard]] std::shared_ptr<const RecordSource> recordSource() const;
@@ -183,7 +192,13 @@ public:
 private:
     friend class OverviewBuilder;
     struct Private;
-    explicit Overview(std::unique_ptr<Private> d);
+    struct Beginning;
+    explicit Overview(std::unique_ptr<Private> parts);
+    [[nodiscard]] Beginning sweepsFrom(std::int32_t code, double momentMs) const;
+    void walk(const Stretch& time, const std::function<bool(const Record&, const RecTool::InForce&)>& visit,
+              RecTool::InForce* last) const;
+    void draw(Grid& grid, bool ofSingleUnits) const;
+    void drawSweeps(Grid& grid) const;
     std::unique_ptr<Private> d;
 };
 

@@ -2,9 +2,12 @@
 #include <algorithm>
 #include <deque>
 #include <mutex>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include <recording2/inspection/filename.h>
+#include <recording2/inspection/following.h>
 #include <system/names.h>
 #include "overview.h"
 
@@ -53,8 +56,9 @@ public:
     explicit FileRecords(std::string path) : m_path(std::move(path)) {}
 
     // In stretches, each with its part of the time table.
-    void read(std::int64_t position, const std::function<bool(const Record&)>& visit) const override
+    void read(const RecordPlace& place, const std::function<bool(const Record&)>& visit) const override
     {
+        const std::int64_t position = place.position;
         static RecentSummaries recent;
         constexpr std::size_t StretchEntries = 2048;
         const std::shared_ptr<const Summary> summary = recent.of(m_path);
@@ -63,9 +67,9 @@ public:
         stretch.readability = summary->readability;
         stretch.fileSize = summary->fileSize;
         stretch.header = summary->header;
-        auto entry = std::lower_bound(
-            times.begin(), times.end(), position,
-            [](const Inspection::TimeEntry& time, std::int64_t place) { return time.position < place; });
+        auto entry =
+            std::lower_bound(times.begin(), times.end(), position,
+                             [](const Inspection::TimeEntry& time, std::int64_t at) { return time.position < at; });
         bool goesOn = true;
         stretch.header.positions.firstRecord =
             position > 0 ? static_cast<std::int32_t>(position) : summary->header.positions.firstRecord;
@@ -86,7 +90,38 @@ private:
     std::string m_path;
 };
 
+class GrowingRecords final : public RecordSource {
+public:
+    explicit GrowingRecords(std::string path) : m_path(std::move(path)) {}
+
+    void read(const RecordPlace& place, const std::function<bool(const Record&)>& visit) const override
+    {
+        std::string problem;
+        std::optional<Inspection::Following> following = Inspection::Following::open(m_path, problem);
+        if (!following) {
+            return;
+        }
+        std::uint64_t toSkip = following->startAt(place.number) ? 0 : place.number;
+        Record record;
+        while (following->next(record)) {
+            if (toSkip > 0) {
+                --toSkip;
+            } else if (!visit(record)) {
+                return;
+            }
+        }
+    }
+
+private:
+    std::string m_path;
+};
+
 }  // namespace
+
+std::shared_ptr<const RecordSource> growingRecords(const std::string& path)
+{
+    return std::make_shared<GrowingRecords>(path);
+}
 
 std::shared_ptr<const RecordSource> recordsOf(const std::string& path)
 {

@@ -21,8 +21,10 @@ Grid::Grid(const View& view) : m_view(view), m_pixels(view.columns * view.rows, 
 
 std::pair<std::size_t, std::size_t> Grid::pixels(double begin, double end, std::size_t count)
 {
+    constexpr double Touching = 1e-6;  // of a pixel: edges that only differ by rounding
     const auto all = static_cast<double>(count);
-    if (!(end >= 0 && begin <= all && begin <= end) || (end == 0 && begin < 0) || (begin == all && end > all)) {
+    const double room = end - begin > Touching ? Touching : -Touching;
+    if (!(begin <= end && end >= room && begin <= all - room)) {
         return {0, 0};
     }
     begin = std::max(begin, 0.0);
@@ -33,7 +35,7 @@ std::pair<std::size_t, std::size_t> Grid::pixels(double begin, double end, std::
     if (first < last) {
         return {first, std::min(last, count)};
     }
-    const auto middle = static_cast<std::size_t>(std::min((begin + end) / 2, all - 1));
+    const auto middle = static_cast<std::size_t>(std::clamp((begin + end) / 2, 0.0, all - 1));
     return {middle, middle + 1};
 }
 

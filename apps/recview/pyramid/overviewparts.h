@@ -1,0 +1,48 @@
+// What an overview is made of, for the sources that it is spread over.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <shared_mutex>
+
+#include "checkpoints.h"
+#include "overview.h"
+#include "sweeptracker.h"
+#include "tables.h"
+
+namespace RecView {
+
+/// The moment of a record since 1970 UTC, not before that of its type's record before.
+[[nodiscard]] double momentOf(const Record& record, const OverviewHead& head, const TypeMoments* before);
+
+struct Overview::Private {
+    std::unique_ptr<Store> store;
+    std::shared_ptr<const RecordSource> records;
+    Tables tables;
+    std::map<std::int32_t, std::unique_ptr<SweepTracker>> trackers;  // while it grows
+    std::function<void()> settle;                                    // the same: brings blocks and tables up to date
+    bool isComplete = false;
+    mutable std::shared_mutex mutex;
+
+    /// For reading: as long as it grows by one thread alone, as blocks are brought up to date then.
+    class Reading {
+    public:
+        explicit Reading(const Private& parts);
+
+    private:
+        std::shared_lock<std::shared_mutex> m_shared;
+        std::unique_lock<std::shared_mutex> m_alone;
+    };
+    [[nodiscard]] const KnownType* type(std::int32_t code) const;
+};
+
+/// What is needed to read the sweeps of a type that are in force from a moment on.
+struct Overview::Beginning {
+    Restored state;
+    std::shared_ptr<const RecordSource> records;
+    OverviewHead head;
+};
+
+}  // namespace RecView
