@@ -34,6 +34,9 @@ enum class NameKind : std::uint8_t { Missing, File, Directory, Other };
 Error lookAt(const std::filesystem::path& path, NameKind& kind);
 /// Of the file under a name. @return NoOrdinaryFile for what is none
 Error identityOf(const std::filesystem::path& path, FileIdentity& identity);
+/// When anything about the file under a name was last changed, its content included: to be compared only. Nobody can
+/// set it, as the time of writing can be. 0 where the system does not tell.
+[[nodiscard]] std::int64_t touchedNs(const std::filesystem::path& path);
 /// Whether this process has the file open. False also where the system does not tell.
 [[nodiscard]] bool isOpenHere(const FileIdentity& file);
 

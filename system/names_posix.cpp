@@ -67,6 +67,13 @@ Error identityOf(const std::filesystem::path& path, FileIdentity& identity)
     return statusOf(AT_FDCWD, path.c_str(), identity);
 }
 
+std::int64_t touchedNs(const std::filesystem::path& path)
+{
+    constexpr std::int64_t Nanoseconds = 1'000'000'000;
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 ? status.st_ctim.tv_sec * Nanoseconds + status.st_ctim.tv_nsec : 0;
+}
+
 bool isOpenHere(const FileIdentity& file)
 {
     std::error_code none;

@@ -51,6 +51,16 @@ Error identityOf(const std::filesystem::path& path, FileIdentity& identity)
     return file.good() ? identityOf(file.get(), identity) : lastError();
 }
 
+std::int64_t touchedNs(const std::filesystem::path& path)
+{
+    constexpr std::int64_t Tick = 100;
+    const Handle file(path, FILE_READ_ATTRIBUTES, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+    FILE_BASIC_INFO info{};
+    const bool known =
+        file.good() && ::GetFileInformationByHandleEx(file.get(), FileBasicInfo, &info, sizeof info) != 0;
+    return known ? info.ChangeTime.QuadPart * Tick : 0;
+}
+
 bool isOpenHere(const FileIdentity& /*file*/)
 {
     return false;

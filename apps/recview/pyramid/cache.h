@@ -8,6 +8,7 @@
 #include <mutex>
 #include <string>
 
+#include "content.h"
 #include "overview.h"
 
 namespace RecView {
@@ -52,8 +53,10 @@ public:
         const std::function<bool(double made, const std::shared_ptr<Overview>& soFar)>& progress = {});
 
 private:
-    [[nodiscard]] std::filesystem::path stampPath(const std::string& path) const;
     [[nodiscard]] std::filesystem::path overviewPath(const std::string& content) const;
+    [[nodiscard]] std::filesystem::path stampPath(const FileStamp& stamp) const;
+    [[nodiscard]] std::string knownContent(const FileStamp& stamp) const;
+    void noteContent(const FileStamp& stamp, const std::string& content);
     void warn(const std::string& sentence);
     void makeRoom();
 

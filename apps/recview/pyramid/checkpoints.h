@@ -32,7 +32,7 @@ struct CheckpointEntry {
 struct StateEntry {
     std::int32_t code = 0;
     std::uint32_t texts = 0;         ///< 0 to 2, as InForce::completeTexts gives them
-    RecordPlace last;              ///< of the last record
+    RecordPlace last;                ///< of the last record
     std::uint64_t timeMs = 0;        ///< of it, in the recording
     std::uint64_t firstText = 0;     ///< byte in the column of texts
     std::uint64_t firstBytes = 0;    ///< of the first text

@@ -94,9 +94,10 @@ const Store& Overview::store() const
     return *d->store;
 }
 
-Store& Overview::store()
+bool Overview::keepAs(const std::filesystem::path& path)
 {
-    return *d->store;
+    const std::unique_lock lock(d->mutex);
+    return d->isComplete && d->store->keep(path);
 }
 
 void Overview::setRecords(std::shared_ptr<const RecordSource> records)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -184,7 +185,8 @@ public:
     /// For columns of one's own.
     [[nodiscard]] std::shared_lock<std::shared_mutex> lock() const;
     [[nodiscard]] const Store& store() const;
-    [[nodiscard]] Store& store();
+    /// Keeps a complete overview's store under a name, as Store::keep does.
+    bool keepAs(const std::filesystem::path& path);
     /// Where the records are read again: of a file that grew, after it was renamed.
     void setRecords(std::shared_ptr<const RecordSource> records);
     [[nodiscard]] std::shared_ptr<const RecordSource> recordSource() const;
