@@ -31,6 +31,7 @@ Examples:
   recstation -o recordings --speed 1 sim            the same in real time
   recstation -o recordings feed changes.jsonl       changes made by another program
   receiver-driver | recstation -o recordings feed   the same, live
+  receiver-driver | recstation -o recordings --view feed    and in the browser
   recstation -o recordings iq capture.cu8 --rate 2M --centre 1090M
   recstation -o recordings bearings log.csv         a direction finder's log
   recstation -o recordings sweep night.csv          spectra as rtl_power and hackrf_sweep write them
@@ -56,6 +57,17 @@ void addGapOptions(CLI::App& app, Options& options)
                  "Begin a new recording where the times of the input leap by more than 10 minutes, forward or back; "
                  "--split-on-gap=TIME by more than that time")
         ->check(inSeconds(0, LongestGapSeconds));
+}
+
+void addViewOptions(CLI::App& app, Options& options)
+{
+    constexpr double HighestPort = 65535;
+    CLI::Option* view = app.add_flag("--view", options.view,
+                                     "Show the recordings in the browser as they grow; the page's address is printed");
+    app.add_option("--view-port", options.viewPort, "Port of the page's address (default: one that is free)")
+        ->type_name("NUMBER")
+        ->transform(TerminalText::wholeNumber(0, HighestPort))
+        ->needs(view);
 }
 
 // Refuses what a script passes when it has forgotten to set a variable.
@@ -89,6 +101,7 @@ void addCommonOptions(CLI::App& app, Options& options)
         ->type_name("NUMBER")
         ->transform(inUnit({"x"}, Slowest, Fastest));
     addGapOptions(app, options);
+    addViewOptions(app, options);
     constexpr double LongestWait = 1e6;
     app.add_option("--archive-wait", options.archiveWaitSeconds,
                    "At the end, wait so long for the archive to take the recordings over; what it has not then stays "

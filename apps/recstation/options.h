@@ -30,6 +30,8 @@ struct Options {
     bool json = false;
     bool quiet = false;
     bool trace = false;
+    bool view = false;        ///< show in the browser what is recorded
+    int viewPort = 0;         ///< 0: one that is free
     bool makeOutput = false;  ///< make the directory of output
     bool allowGap = false;    ///< record sources together that measured at other times
     std::string splitOnGap;   ///< as it was given; empty: do not

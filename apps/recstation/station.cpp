@@ -80,11 +80,15 @@ Station::Station(const Options& options, Messages& messages)
       m_scheduler(m_clock, [this](unsigned long long time) { beforeStep(time); }),
       m_runner(m_scheduler, options.speed,
                {[this] { afterStep(); }, [this] { return System::StopSignal::requested() || !m_recorders.canRecord(); },
-                [this] { m_recorders.rescueFiles(); }}),
+                [this] {
+                    m_recorders.rescueFiles();
+                    tellNews();
+                }}),
       m_recorders(m_plugin, m_messages, m_traces),
       m_disks(m_recorders, m_messages),
       m_allowGap(options.allowGap || options.splitGapUs),
-      m_recover(options.recover)
+      m_recover(options.recover),
+      m_viewPort(options.view ? std::optional(options.viewPort) : std::nullopt)
 {
     for (const QString& warning : m_configuration.warnings) {
         m_messages.message(QStringLiteral("warning: ") + warning);
@@ -152,11 +156,16 @@ Summary Station::run()
         if (m_recover) {  // before the names of new recordings are chosen
             summary.recovered = recoverEarlier(m_recorders.directories(), m_messages);
         }
+        if (m_viewPort) {
+            m_viewer.emplace(m_recorders.directories(), *m_viewPort);
+        }
         record();
     } catch (const std::exception& error) {
         summary.failure = QString::fromUtf8(error.what());
     }
     m_recorders.close(summary);
+    tellNews();
+    m_viewer.reset();
     m_messages.finish(progressNumbers());
     m_archive.finish(summary);
     for (const auto& source : m_scheduler.sources()) {
@@ -170,7 +179,10 @@ Summary Station::run()
 void Station::record()
 {
     m_disks.start();
-    const System::IdleWork idle([this] { m_recorders.rescueFiles(); });
+    const System::IdleWork idle([this] {
+        m_recorders.rescueFiles();
+        tellNews();
+    });
     if (!m_allowGap && m_scheduler.sources().size() > 1) {
         requireOverlap(m_scheduler.sources(), DefaultGapUs);
     }
@@ -189,6 +201,15 @@ void Station::record()
     while (System::StopSignal::requested() && m_scheduler.unfinishedTime()) {
         m_scheduler.stepUnfinished();
         afterStep();
+    }
+}
+
+void Station::tellNews()
+{
+    if (m_viewer) {
+        if (const auto news = m_viewer->news()) {
+            m_messages.message(*news);
+        }
     }
 }
 
@@ -229,6 +250,7 @@ void Station::afterStep()
     m_recorders.tellStops();
     m_recorders.rescueFiles();
     m_disks.check();
+    tellNews();
     if (m_messages.progressDue()) {
         m_messages.progress(progressNumbers());
     }

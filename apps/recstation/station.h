@@ -16,6 +16,7 @@
 #include "runner.h"
 #include "scheduler.h"
 #include "summary.h"
+#include "viewer.h"
 #include "watch/archivewatch.h"
 #include "watch/diskwatch.h"
 
@@ -40,6 +41,7 @@ private:
     [[nodiscard]] bool isRecorded(const QString& path) const;
     bool switchRecorder(const QString& name, bool on);
     void record();
+    void tellNews();
     [[nodiscard]] bool tellsTimes() const;
     void beginAnew(unsigned long long time);
     void beforeStep(unsigned long long time);
@@ -64,6 +66,8 @@ private:
     unsigned long long m_earlierUs = 0;  // recorded time before the last gap
     bool m_allowGap;
     bool m_recover;
+    std::optional<int> m_viewPort;
+    std::optional<Viewer> m_viewer;
 };
 
 }  // namespace RecStation
