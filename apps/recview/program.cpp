@@ -88,9 +88,6 @@ bool areUsable(const std::vector<std::string>& paths)
 {
     bool good = true;
     for (const std::string& path : paths) {
-        if (RecTool::isArchiveAddress(path)) {
-            continue;
-        }
         if (const std::string problem = problemOf(QString::fromStdString(path)); !problem.empty()) {
             RecTool::complain(path, problem);
             good = false;
@@ -141,6 +138,7 @@ Handler handlerOf(const ProgramOptions& options, Events& events)
     return [answers](const Request& request) { return (*answers)(request); };
 }
 
+// Archived recordings have paths of this machine here.
 ExitCode serve(const ProgramOptions& options)
 {
     if (!areUsable(options.paths)) {
@@ -176,8 +174,14 @@ ExitCode runProgram(const std::vector<std::string>& arguments)
     }
     RecTool::complainAs("recview");
     System::ignoreBrokenPipes();
+    ProgramOptions options = *commandLine.options;
     try {
-        return serve(*commandLine.options);
+        RecTool::useArchive(options.archiveConfiguration);
+        RecTool::NamedFiles files;
+        files.list = &options.paths;
+        files.change = options.edit;
+        files.needsAll = true;
+        return RecTool::runOnLocalFiles(files, [&options] { return serve(options); });
     } catch (const std::exception& error) {
         std::cerr << "recview: " << TerminalText::oneLine(error.what()) << '\n';
         return ExitCode::CannotRead;

@@ -81,8 +81,8 @@ void Connection::onRead(error_code error)
     const auto tags = incoming[http::field::if_none_match];
     const std::string knownTags(tags.data(), tags.size());
     auto result = judged(std::move(incoming), m_site.gate, m_site.limits.targetBytes);
-    if (const auto* refusal = std::get_if<Refusal>(&result)) {
-        refuse(*refusal);
+    if (const auto* denial = std::get_if<Denial>(&result)) {
+        refuse(*denial);
     } else {
         dispatch(std::get<Request>(std::move(result)), knownTags);
     }
@@ -221,9 +221,9 @@ void Connection::answer(Response&& response)
     send(std::move(reply), length);
 }
 
-void Connection::refuse(const Refusal& refusal)
+void Connection::refuse(const Denial& denial)
 {
-    answer(errorResponse(refusal));
+    answer(errorResponse(denial));
 }
 
 void Connection::sendPage(const PageFile& file, const std::string& knownTags)

@@ -40,7 +40,7 @@ private:
     void work(Request&& request);
     void watchForEnd();
     void answer(Response&& response);
-    void refuse(const Refusal& refusal);
+    void refuse(const Denial& denial);
     void send(Reply&& reply, std::size_t length);
     void sendPage(const PageFile& file, const std::string& knownTags);
     void writeRest();

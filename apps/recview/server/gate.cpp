@@ -54,29 +54,28 @@ Gate::Gate(const std::string& address, std::uint16_t port, std::string token)
     }
 }
 
-std::optional<Refusal> Gate::refusal(std::string_view method, std::string_view path,
-                                     const Credentials& credentials) const
+std::optional<Denial> Gate::denial(std::string_view method, std::string_view path, const Credentials& credentials) const
 {
     constexpr int BadRequest = 400;
     constexpr int Unauthorized = 401;
     constexpr int Forbidden = 403;
     if (credentials.hosts.size() != 1) {
-        return Refusal{BadRequest, "A request names its host once."};
+        return Denial{BadRequest, "A request names its host once."};
     }
     if (!isOwnHost(credentials.hosts.front())) {
-        return Refusal{Forbidden, "This is not the host that was asked for; use the address that recview printed."};
+        return Denial{Forbidden, "This is not the host that was asked for; use the address that recview printed."};
     }
     const bool isApi = path.starts_with("/api/");
     const bool isOwnSite = !credentials.fetchSite || *credentials.fetchSite == "same-origin" ||
                            (*credentials.fetchSite == "none" && method != "POST");  // typed by the user
     if ((credentials.origin && !isOwnOrigin(*credentials.origin)) || (isApi && !isOwnSite)) {
-        return Refusal{Forbidden, "Pages from elsewhere may not ask here."};
+        return Denial{Forbidden, "Pages from elsewhere may not ask here."};
     }
     if (method == "POST" && !credentials.origin) {
-        return Refusal{Forbidden, "A request that changes something tells its origin."};
+        return Denial{Forbidden, "A request that changes something tells its origin."};
     }
     if (isApi && !m_token.empty() && !hasCookie(credentials.cookies)) {
-        return Refusal{Unauthorized, "Open the whole address that recview printed, with its token, first."};
+        return Denial{Unauthorized, "Open the whole address that recview printed, with its token, first."};
     }
     return std::nullopt;
 }

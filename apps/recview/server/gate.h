@@ -17,7 +17,7 @@ struct Credentials {
     std::string cookies;
 };
 
-struct Refusal {
+struct Denial {
     int status = 0;
     std::string sentence;
 };
@@ -31,8 +31,8 @@ public:
     Gate(const std::string& address, std::uint16_t port, std::string token);
 
     /// Nothing where the request may pass.
-    [[nodiscard]] std::optional<Refusal> refusal(std::string_view method, std::string_view path,
-                                                 const Credentials& credentials) const;
+    [[nodiscard]] std::optional<Denial> denial(std::string_view method, std::string_view path,
+                                               const Credentials& credentials) const;
     [[nodiscard]] bool needsToken() const { return !m_token.empty(); }
     [[nodiscard]] bool isToken(std::string_view text) const;
     /// What a browser that showed the token is given, as the value of Set-Cookie.

@@ -40,37 +40,37 @@ Credentials credentialsOf(const Incoming& incoming)
     return credentials;
 }
 
-std::optional<Refusal> wrongForm(const Incoming& incoming, std::size_t targetBytes)
+std::optional<Denial> wrongForm(const Incoming& incoming, std::size_t targetBytes)
 {
     if (incoming.target().size() > targetBytes) {
-        return Refusal{414, "The address is too long."};
+        return Denial{414, "The address is too long."};
     }
     if (incoming.count(http::field::content_length) > 0 && incoming.count(http::field::transfer_encoding) > 0) {
-        return Refusal{400, "The length of the request is told in two ways."};
+        return Denial{400, "The length of the request is told in two ways."};
     }
     const http::verb method = incoming.method();
     if (method != http::verb::get && method != http::verb::head && method != http::verb::post) {
-        return Refusal{405, "Only GET, HEAD and POST are understood."};
+        return Denial{405, "Only GET, HEAD and POST are understood."};
     }
     return std::nullopt;
 }
 
 }  // namespace
 
-std::variant<Request, Refusal> judged(Incoming&& incoming, const Gate& gate, std::size_t targetBytes)
+std::variant<Request, Denial> judged(Incoming&& incoming, const Gate& gate, std::size_t targetBytes)
 {
-    if (auto refusal = wrongForm(incoming, targetBytes)) {
-        return *refusal;
+    if (auto denial = wrongForm(incoming, targetBytes)) {
+        return *denial;
     }
     std::string problem;
     auto target = decodeTarget(std::string_view(incoming.target().data(), incoming.target().size()), problem);
     if (!target) {
-        return Refusal{400, problem};
+        return Denial{400, problem};
     }
     Request request{
         incoming.method() == http::verb::post ? "POST" : "GET", std::move(target->path), std::move(target->query), {}};
-    if (auto refusal = gate.refusal(request.method, request.path, credentialsOf(incoming))) {
-        return *refusal;
+    if (auto denial = gate.denial(request.method, request.path, credentialsOf(incoming))) {
+        return *denial;
     }
     request.body = std::move(incoming.body());
     return request;

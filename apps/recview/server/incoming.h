@@ -1,4 +1,4 @@
-// A request as it came in, judged: either something to answer, or a refusal.
+// A request as it came in, judged: either something to answer, or a denial.
 #pragma once
 
 #include <cstddef>
@@ -15,6 +15,6 @@ namespace RecView {
 using Incoming = boost::beast::http::request<boost::beast::http::string_body>;
 
 /// @param targetBytes how long a target may be
-[[nodiscard]] std::variant<Request, Refusal> judged(Incoming&& incoming, const Gate& gate, std::size_t targetBytes);
+[[nodiscard]] std::variant<Request, Denial> judged(Incoming&& incoming, const Gate& gate, std::size_t targetBytes);
 
 }  // namespace RecView

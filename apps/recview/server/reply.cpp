@@ -48,12 +48,12 @@ Reply emptyReply(int status)
     return reply;
 }
 
-Response errorResponse(const Refusal& refusal)
+Response errorResponse(const Denial& denial)
 {
     Response response;
-    response.status = refusal.status;
+    response.status = denial.status;
     response.body =
-        nlohmann::json{{"error", refusal.sentence}}.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+        nlohmann::json{{"error", denial.sentence}}.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     return response;
 }
 

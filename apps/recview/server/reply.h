@@ -18,7 +18,7 @@ using Reply = boost::beast::http::response<boost::beast::http::string_body>;
 /// What every response has; a body, its length and whether the connection stays are still to be said.
 [[nodiscard]] Reply emptyReply(int status);
 /// {"error": SENTENCE}
-[[nodiscard]] Response errorResponse(const Refusal& refusal);
+[[nodiscard]] Response errorResponse(const Denial& denial);
 /// Everything but the body.
 [[nodiscard]] Reply headOf(const Response& response);
 /// @param knownTags If-None-Match of the request

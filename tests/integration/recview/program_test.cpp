@@ -16,7 +16,7 @@
 #include <nlohmann/json.hpp>
 
 #include "../recstation/application.h"
-#include "httpclient.h"
+#include "support/httpclient.h"
 
 using testing::AllOf;
 using testing::HasSubstr;

@@ -9,10 +9,10 @@
 
 #include <gmock/gmock.h>
 
-#include <recording2/inspection/inspection.h>
+#include <recording2/inspection/verify/verification.h>
 
 #include "../recstation/programtest.h"
-#include "httpclient.h"
+#include "support/httpclient.h"
 
 using RecView::Client;
 using testing::HasSubstr;
@@ -136,7 +136,7 @@ TEST_F(ViewTest, WhateverIsAskedTheRecordingHasEverySweep)
     EXPECT_GT(asked, 100);
     const QStringList recordings = files("*.rec");
     ASSERT_EQ(recordings.size(), 1);
-    const auto found = Recording2::Inspection::inspect(path(recordings.first()).toStdString());
+    const auto found = Recording2::Inspection::verify(path(recordings.first()).toStdString());
     EXPECT_EQ(found.count(Recording2::Inspection::Severity::Damage), 0U);
     EXPECT_GE(result.summary().at("files").at(0).at("records").get<int>(), Count);
 }

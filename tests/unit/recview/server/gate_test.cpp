@@ -29,9 +29,9 @@ Credentials withSite(const std::string& site)
     return credentials;
 }
 
-int statusOf(const std::optional<Refusal>& refusal)
+int statusOf(const std::optional<Denial>& denial)
 {
-    return refusal ? refusal->status : 0;
+    return denial ? denial->status : 0;
 }
 
 const Gate& gate()
@@ -45,65 +45,65 @@ const Gate& gate()
 TEST(Gate, OnlyItsOwnHostsWithItsPortAreServed)
 {
     for (const char* host : {"127.0.0.1:8080", "localhost:8080", "LOCALHOST:8080", "[::1]:8080"}) {
-        EXPECT_EQ(statusOf(gate().refusal("GET", "/api/view", from(host))), 0) << host;
+        EXPECT_EQ(statusOf(gate().denial("GET", "/api/view", from(host))), 0) << host;
     }
     for (const char* host : {"evil.example:8080", "127.0.0.1", "127.0.0.1:8081", "localhost:80800",
                              "127.0.0.1:8080.evil", "evil:8080@127.0.0.1:8080", "127.0.0.2:8080", "", "0.0.0.0:8080"}) {
-        EXPECT_EQ(statusOf(gate().refusal("GET", "/", from(host))), 403) << host;
+        EXPECT_EQ(statusOf(gate().denial("GET", "/", from(host))), 403) << host;
     }
 }
 
 TEST(Gate, AHostIsNamedExactlyOnce)
 {
     Credentials credentials;
-    EXPECT_EQ(statusOf(gate().refusal("GET", "/", credentials)), 400);
+    EXPECT_EQ(statusOf(gate().denial("GET", "/", credentials)), 400);
     credentials.hosts = {"127.0.0.1:8080", "127.0.0.1:8080"};
-    EXPECT_EQ(statusOf(gate().refusal("GET", "/", credentials)), 400);
+    EXPECT_EQ(statusOf(gate().denial("GET", "/", credentials)), 400);
 }
 
 TEST(Gate, PagesFromElsewhereMayNotAsk)
 {
-    EXPECT_EQ(statusOf(gate().refusal("GET", "/api/view", withOrigin("http://127.0.0.1:8080"))), 0);
-    EXPECT_EQ(statusOf(gate().refusal("POST", "/api/bookmarks", withOrigin("http://localhost:8080"))), 0);
+    EXPECT_EQ(statusOf(gate().denial("GET", "/api/view", withOrigin("http://127.0.0.1:8080"))), 0);
+    EXPECT_EQ(statusOf(gate().denial("POST", "/api/bookmarks", withOrigin("http://localhost:8080"))), 0);
     for (const char* origin : {"http://evil.example", "null", "https://127.0.0.1:8080", "http://127.0.0.1:9090",
                                "http://127.0.0.1:8080.evil.example", "file://", ""}) {
-        EXPECT_EQ(statusOf(gate().refusal("GET", "/api/events", withOrigin(origin))), 403) << origin;
-        EXPECT_EQ(statusOf(gate().refusal("POST", "/api/bookmarks", withOrigin(origin))), 403) << origin;
+        EXPECT_EQ(statusOf(gate().denial("GET", "/api/events", withOrigin(origin))), 403) << origin;
+        EXPECT_EQ(statusOf(gate().denial("POST", "/api/bookmarks", withOrigin(origin))), 403) << origin;
     }
 }
 
 TEST(Gate, WhatChangesSomethingTellsItsOrigin)
 {
-    EXPECT_EQ(statusOf(gate().refusal("POST", "/api/bookmarks", from("127.0.0.1:8080"))), 403);
+    EXPECT_EQ(statusOf(gate().denial("POST", "/api/bookmarks", from("127.0.0.1:8080"))), 403);
 }
 
 TEST(Gate, WhatBrowsersTellOfTheAskingPageIsHeeded)
 {
-    EXPECT_EQ(statusOf(gate().refusal("GET", "/api/view", withSite("same-origin"))), 0);
-    EXPECT_EQ(statusOf(gate().refusal("GET", "/api/csv", withSite("none"))), 0);
-    EXPECT_EQ(statusOf(gate().refusal("GET", "/api/view", withSite("cross-site"))), 403);
-    EXPECT_EQ(statusOf(gate().refusal("GET", "/api/view", withSite("same-site"))), 403);
+    EXPECT_EQ(statusOf(gate().denial("GET", "/api/view", withSite("same-origin"))), 0);
+    EXPECT_EQ(statusOf(gate().denial("GET", "/api/csv", withSite("none"))), 0);
+    EXPECT_EQ(statusOf(gate().denial("GET", "/api/view", withSite("cross-site"))), 403);
+    EXPECT_EQ(statusOf(gate().denial("GET", "/api/view", withSite("same-site"))), 403);
     // A link to the page, wherever it stands, is followed.
-    EXPECT_EQ(statusOf(gate().refusal("GET", "/", withSite("cross-site"))), 0);
+    EXPECT_EQ(statusOf(gate().denial("GET", "/", withSite("cross-site"))), 0);
 }
 
 TEST(Gate, WhereThereIsATokenItsCookieIsNeeded)
 {
     const Gate listening("192.168.1.20", 8080, "secret");
     Credentials credentials = from("192.168.1.20:8080");
-    EXPECT_EQ(statusOf(listening.refusal("GET", "/api/view", credentials)), 401);
-    EXPECT_EQ(statusOf(listening.refusal("GET", "/", credentials)), 0) << "the page itself holds nothing";
+    EXPECT_EQ(statusOf(listening.denial("GET", "/api/view", credentials)), 401);
+    EXPECT_EQ(statusOf(listening.denial("GET", "/", credentials)), 0) << "the page itself holds nothing";
     const std::string given = listening.cookie();
     EXPECT_NE(given.find("HttpOnly; SameSite=Strict"), std::string::npos);
     EXPECT_EQ(given.find("secret"), std::string::npos);
     const std::string pair = given.substr(0, given.find(';'));
     credentials.cookies = pair;
-    EXPECT_EQ(statusOf(listening.refusal("GET", "/api/view", credentials)), 0);
+    EXPECT_EQ(statusOf(listening.denial("GET", "/api/view", credentials)), 0);
     credentials.cookies = "other=1; " + pair + "; more=2";
-    EXPECT_EQ(statusOf(listening.refusal("GET", "/api/view", credentials)), 0);
+    EXPECT_EQ(statusOf(listening.denial("GET", "/api/view", credentials)), 0);
     for (const std::string& wrong : {pair + "x", pair.substr(0, pair.size() - 1), pair.substr(0, pair.find('=') + 1)}) {
         credentials.cookies = wrong;
-        EXPECT_EQ(statusOf(listening.refusal("GET", "/api/view", credentials)), 401) << wrong;
+        EXPECT_EQ(statusOf(listening.denial("GET", "/api/view", credentials)), 401) << wrong;
     }
     EXPECT_TRUE(listening.isToken("secret"));
     EXPECT_FALSE(listening.isToken("secreT"));
@@ -113,11 +113,11 @@ TEST(Gate, WhereThereIsATokenItsCookieIsNeeded)
 TEST(Gate, OnAllAddressesAnyAddressIsItsHostButNoName)
 {
     const Gate everywhere("0.0.0.0", 8080, "secret");
-    EXPECT_EQ(statusOf(everywhere.refusal("GET", "/", from("192.168.1.20:8080"))), 0);
-    EXPECT_EQ(statusOf(everywhere.refusal("GET", "/", from("[fe80::1]:8080"))), 0);
-    EXPECT_EQ(statusOf(everywhere.refusal("GET", "/", from("evil.example:8080"))), 403);
-    EXPECT_EQ(statusOf(everywhere.refusal("GET", "/", from("192.168.1.20:8081"))), 403);
-    EXPECT_EQ(statusOf(everywhere.refusal("GET", "/", from(":8080"))), 403);
+    EXPECT_EQ(statusOf(everywhere.denial("GET", "/", from("192.168.1.20:8080"))), 0);
+    EXPECT_EQ(statusOf(everywhere.denial("GET", "/", from("[fe80::1]:8080"))), 0);
+    EXPECT_EQ(statusOf(everywhere.denial("GET", "/", from("evil.example:8080"))), 403);
+    EXPECT_EQ(statusOf(everywhere.denial("GET", "/", from("192.168.1.20:8081"))), 403);
+    EXPECT_EQ(statusOf(everywhere.denial("GET", "/", from(":8080"))), 403);
 }
 
 TEST(Gate, WithoutATokenNoneIsRight)

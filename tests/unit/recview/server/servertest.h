@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "httpclient.h"
 #include "server/server.h"
+#include "support/httpclient.h"
 
 namespace RecView {
 
