@@ -113,7 +113,7 @@ public:
                               useArchive(given->archiveConfiguration);
                               return runOnLocalFiles(given->options, run);
                           },
-                          given->isPaged};
+                          given->isPaged && !isEndless(given->options)};
         });
     }
     [[nodiscard]] Options& options() { return m_given->options; }
@@ -156,6 +156,15 @@ public:
     }
 
 private:
+    /// What goes on coming is for no pager.
+    static bool isEndless(const Options& options)
+    {
+        if constexpr (requires { options.follow; }) {
+            return options.follow;
+        }
+        return false;
+    }
+
     struct Given {
         Options options;
         std::string archiveConfiguration;

@@ -22,6 +22,8 @@ public:
     /// @param names must outlive the object
     RecordPrinter(Form form, const TypeNames& names, TimeForm times, std::uint64_t startMs, std::uint64_t lastTimeMs);
 
+    /// The start that the times count from, where it was not known before.
+    void startsAt(std::uint64_t startMs) { m_clock = ClockText(m_times, startMs); }
     /// What stands before the first record.
     void begin();
     /// @param value null when the record's text is not understood

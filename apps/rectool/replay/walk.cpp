@@ -19,11 +19,12 @@ bool readSummary(const std::string& file, Inspection::Summary& summary)
 }
 
 std::vector<Inspection::Finding> walk(const std::string& file, const Inspection::Summary& summary,
-                                      const std::function<bool(const Inspection::Record&)>& visit)
+                                      const std::function<bool(const Inspection::Record&)>& visit,
+                                      const std::function<void(std::int64_t, std::int64_t)>& progress)
 {
-    Progress progress(file);
+    Progress ownProgress(file);
     std::vector<Inspection::Finding> findings = summary.findings;
-    const auto inRecords = Inspection::walkRecords(file, summary, visit, progress.callback());
+    const auto inRecords = Inspection::walkRecords(file, summary, visit, progress ? progress : ownProgress.callback());
     findings.insert(findings.end(), inRecords.begin(), inRecords.end());
     return findings;
 }

@@ -1,19 +1,23 @@
-// The verb "cat": the records of a recording, one a line, by time and type.
-#include <algorithm>
-#include <limits>
+// The verb "cat": the records of a recording, one a line, by time and type; also those that are still to come.
+#include <chrono>
+#include <iostream>
+#include <memory>
 #include <optional>
-#include <set>
+#include <string>
+#include <thread>
 #include <utility>
+#include <vector>
 
+#include <recording2/inspection/following.h>
+
+#include "catlines.h"
 #include "commandline/verb.h"
 #include "commands.h"
 #include "printing/output.h"
 #include "printing/progress.h"
-#include "printing/recordprinter.h"
-#include "replay/recordedvalues.h"
-#include "replay/recordingtime.h"
-#include "replay/typenames.h"
-#include "replay/walk.h"
+#include "replay/nextfile.h"
+#include "replay/presentrecording.h"
+#include "system/interrupt.h"
 
 namespace RecTool {
 
@@ -21,87 +25,192 @@ namespace Inspection = Recording2::Inspection;
 
 namespace {
 
-/// Which records are shown.
-struct Selection {
-    std::uint64_t from = 0;
-    std::uint64_t to = std::numeric_limits<std::uint64_t>::max();
-    bool anyTime = true;           // records whose time is lost are shown as well
-    std::set<std::int32_t> codes;  // empty: all
+using Inspection::Following;
 
-    [[nodiscard]] bool wantsType(std::int32_t code) const { return codes.empty() || codes.count(code) > 0; }
-    [[nodiscard]] bool wantsTime(std::uint64_t time) const
+/// Shows what is there and what comes, file after file, until it ends or somebody ends it.
+class Follower {
+public:
+    explicit Follower(const CatOptions& options) : m_options(options) {}
+
+    ExitCode run()
     {
-        return anyTime || (time != 0 && time >= from && time <= to);
+        ExitCode result = open(m_options.file);
+        while (result == ExitCode::Fine && m_following) {
+            result = showAll();
+            if (result != ExitCode::Fine || !m_following) {
+                break;
+            }
+            if (m_following->state() == Following::State::Growing) {
+                wait();
+            } else {
+                result = end();
+            }
+        }
+        if (m_lines != nullptr) {
+            m_lines->tellLeftOut();
+        }
+        return finish(result);
     }
+
+private:
+    ExitCode open(const std::string& file)
+    {
+        std::string problem;
+        m_following = Following::open(file, problem);
+        if (!m_following) {
+            complain(file, problem);
+            return ExitCode::CannotRead;
+        }
+        m_file = file;
+        m_saidTimesMiss = false;
+        return ExitCode::Fine;
+    }
+
+    /// The types are known before the first record, the header with them.
+    bool makeLines()
+    {
+        if (m_lines != nullptr && m_isBegun) {
+            return true;
+        }
+        Inspection::Summary known;
+        known.header = m_following->header();
+        known.types = m_following->types();
+        std::unique_ptr<CatLines> lines = CatLines::make(m_options, m_file, known);
+        if (lines == nullptr) {
+            return false;
+        }
+        if (m_lines == nullptr) {
+            lines->begin();
+        } else {
+            m_lines->tellLeftOut();
+            lines->takeSpanOf(*m_lines, known.header.startMs, m_startMs);
+        }
+        m_startMs = known.header.startMs;
+        m_lines = std::move(lines);
+        m_isBegun = true;
+        return true;
+    }
+
+    /// @return Fine to go on; without a follower where nothing more is wanted
+    ExitCode showAll()
+    {
+        if (!m_following->types().empty() && m_following->header().startMs != 0 && !makeLines()) {
+            return ExitCode::Usage;
+        }
+        tellWhetherTimesMiss();
+        Inspection::Record record;
+        while (m_following->next(record)) {
+            if (!makeLines()) {
+                return ExitCode::Usage;
+            }
+            m_lines->startsAt(m_following->header().startMs);
+            if (!m_lines->show(record, [] {}) || !canPrint() || Interrupt::requested()) {
+                m_following.reset();
+                return ExitCode::Fine;
+            }
+        }
+        std::cout.flush();
+        return ExitCode::Fine;
+    }
+
+    void tellWhetherTimesMiss()
+    {
+        if (!m_saidTimesMiss && !m_following->timesKnown()) {
+            complain(m_file, withoutTimes());
+            m_saidTimesMiss = true;
+        }
+    }
+
+    void wait()
+    {
+        constexpr std::chrono::milliseconds BetweenLooks(50);
+        if (Interrupt::requested() || !canPrint()) {
+            m_following.reset();
+        } else {
+            std::this_thread::sleep_for(BetweenLooks);
+        }
+    }
+
+    /// Goes on with the next file, if there is one. @return what the end of this one means
+    ExitCode end()
+    {
+        if (!makeLines()) {
+            return ExitCode::Usage;
+        }
+        const std::vector<Inspection::Finding> damage = leftOut(*m_following);
+        const Following ended = *std::exchange(m_following, std::nullopt);
+        complain(m_file, damage);
+        switch (ended.state()) {
+            case Following::State::Growing:
+            case Following::State::Closed:
+                break;
+            case Following::State::Abandoned:
+                complain(m_file,
+                         "Its recorder ended without closing it; `rectool recover` makes a recording of what was "
+                         "accepted.");
+                return ExitCode::CannotRead;
+            case Following::State::Removed:
+                complain(m_file, "The file was taken away while it was being written.");
+                return ExitCode::CannotRead;
+        }
+        const ExitCode result = soundness(damage);
+        const std::string next = ended.finalPath().empty() ? "" : nextFile(ended);
+        if (next.empty() || result != ExitCode::Fine) {
+            return result;
+        }
+        complain(m_file, "It is complete and goes on in " + printedName(next) + ".");
+        m_isBegun = false;
+        return open(next);
+    }
+
+    /// The recorder makes the next file as soon as it has closed this one.
+    std::string nextFile(const Following& ended)
+    {
+        constexpr int MostLooks = 20;
+        std::string next = nextFileOf(ended.finalPath(), ended.header());
+        const bool wasGrowing = m_file.ends_with(".tmp");
+        for (int look = 0; look < MostLooks && wasGrowing && next.empty() && !Interrupt::requested(); ++look) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            next = nextFileOf(ended.finalPath(), ended.header());
+        }
+        return next;
+    }
+
+    const CatOptions& m_options;
+    Interrupt m_interrupt;
+    std::string m_file;
+    std::optional<Following> m_following;
+    std::unique_ptr<CatLines> m_lines;
+    std::uint64_t m_startMs = 0;
+    bool m_isBegun = false;  // the lines are those of this file
+    bool m_saidTimesMiss = false;
 };
-
-std::optional<Selection> makeSelection(const CatOptions& options, const Inspection::Summary& summary,
-                                       const TypeNames& names)
-{
-    Selection selection;
-    if (!takeSpan(options.file, options.from, options.to, summary, selection.from, selection.to)) {
-        return std::nullopt;
-    }
-    selection.anyTime = options.from.empty() && options.to.empty();
-    std::optional<std::set<std::int32_t>> codes = takeTypes(options.file, options.types, names);
-    if (!codes) {
-        return std::nullopt;
-    }
-    selection.codes = std::move(*codes);
-    return selection;
-}
-
-RecordPrinter::Form formOf(const CatOptions& options)
-{
-    return options.json  ? RecordPrinter::Form::Json
-           : options.csv ? RecordPrinter::Form::Csv
-                         : RecordPrinter::Form::Lines;
-}
 
 }  // namespace
 
 ExitCode cat(const CatOptions& options)
 {
-    Inspection::Summary summary;
-    if (!readSummary(options.file, summary)) {
+    if (options.follow) {
+        return Follower(options).run();
+    }
+    PresentRecording recording;
+    if (!recording.open(options.file)) {
+        complain(options.file, recording.summary().problem);
         return ExitCode::CannotRead;
     }
-    const TypeNames names(summary.types);
-    const std::optional<Selection> selection = makeSelection(options, summary, names);
-    if (!selection) {
+    const std::unique_ptr<CatLines> lines = CatLines::make(options, options.file, recording.summary());
+    if (lines == nullptr) {
         return ExitCode::Usage;
     }
-    const TimeForm times = timeFormOf(options.time);
-    if (times != TimeForm::Offset && summary.header.startMs == 0) {
-        complain(options.file, "It does not tell when it started, so there are only milliseconds (--time offset).");
-        return ExitCode::Usage;
-    }
-    RecordPrinter printer(formOf(options), names, times, summary.header.startMs,
-                          summary.times.empty() ? 0 : summary.times.back().timeMs);
-    printer.begin();
-    RecordedValues recorded;
+    lines->begin();
     Progress progress(options.file);
-    std::vector<Inspection::Finding> findings = summary.findings;
-    const auto inRecords = Inspection::walkRecords(
-        options.file, summary,
-        [&](const Inspection::Record& record) {
-            if (!selection->wantsType(record.code)) {
-                return record.timeMs <= selection->to;
-            }
-            const values::ValueBase* value = recorded.apply(record);  // also before --from, to be complete there
-            if (selection->wantsTime(record.timeMs)) {
-                progress.clear();
-                printer.print(record, value);
-            }
-            return canPrint() && record.timeMs <= selection->to;
-        },
+    const std::vector<Inspection::Finding> findings = recording.walk(
+        [&](const Inspection::Record& record) { return lines->show(record, [&] { progress.clear(); }) && canPrint(); },
         progress.callback());
     progress.clear();
-    findings.insert(findings.end(), inRecords.begin(), inRecords.end());
+    recording.tellWhetherBeingWritten();
     complain(options.file, findings);
-    if (const std::string leftOut = printer.leftOut(); !leftOut.empty()) {
-        complain(options.file, leftOut);
-    }
+    lines->tellLeftOut();
     return finish(soundness(findings));
 }
 
@@ -118,9 +227,14 @@ void addCat(const Syntax& program)
                             .showDefault();
     const Option json = verb.json("Print one JSON object a line").excludes(time);  // it has timeMs
     verb.flag("--csv", options.csv, "Print plain values as CSV; maps have no line there").excludes(json);
+    verb.flag(
+        "-f,--follow", options.follow,
+        "Of a recording that is being written also what comes, as it is accepted, until it is closed; a file that "
+        "it goes on in, too");
     verb.paged();
     verb.examples({"cat recording.rec", "cat recording.rec --from 60000 --to 65000 --type LEVEL --type FREQUENCY",
-                   "cat recording.rec --time utc --csv --type LEVEL", "cat --json recording.rec"});
+                   "cat recording.rec --time utc --csv --type LEVEL", "cat --json recording.rec",
+                   "cat --follow --type LEVEL running.tmp"});
 }
 
 }  // namespace RecTool

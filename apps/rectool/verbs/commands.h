@@ -23,6 +23,7 @@ struct CatOptions {
     std::string time = "offset";     ///< how times are shown; or "utc", "local"
     bool csv = false;                ///< plain values as CSV
     bool json = false;
+    bool follow = false;  ///< also the records that are still to come
 };
 ExitCode cat(const CatOptions& options);
 
@@ -64,7 +65,7 @@ ExitCode rebuildRanges(const RangeRebuildOptions& options);
 
 struct StateOptions {
     std::string file;
-    std::string at;  ///< a time of the recording
+    std::string at;  ///< a time of the recording, or "end"
     bool json = false;
 };
 ExitCode state(const StateOptions& options);

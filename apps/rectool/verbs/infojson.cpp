@@ -84,7 +84,8 @@ Json levelsJson(const InfoReport& report)
 Json reportJson(const InfoReport& report, bool levels)
 {
     const Inspection::Summary& summary = report.summary;
-    Json json = {{"file", shownName(report.file)}, {"readability", stateName(report.file, summary)}};
+    Json json = {{"file", shownName(report.file)},
+                 {"readability", report.isBeingWritten ? "being-written" : stateName(report.file, summary)}};
     if (summary.readability != Inspection::Readability::Ok) {
         json["problem"] = summary.problem;
         return json;
@@ -97,8 +98,8 @@ Json reportJson(const InfoReport& report, bool levels)
         json["levels"] = levelsJson(report);
     }
     json["durationMs"] = report.lengthMs();
-    json["firstTimeMs"] = summary.times.empty() ? Json() : Json(summary.times.front().timeMs);
-    json["lastTimeMs"] = summary.times.empty() ? Json() : Json(summary.times.back().timeMs);
+    json["firstTimeMs"] = report.firstTimeMs ? Json(*report.firstTimeMs) : Json();
+    json["lastTimeMs"] = report.lastTimeMs ? Json(*report.lastTimeMs) : Json();
     json["records"] = report.all.records;
     json["bytes"] = report.all.bytes;
     json["types"] = typesJson(report);

@@ -6,9 +6,9 @@
 #include <values/value.h>
 
 #include "making/headerfields.h"
+#include "replay/presentrecording.h"
 #include "replay/recordedvalues.h"
 #include "replay/typenames.h"
-#include "replay/walk.h"
 
 namespace RecTool {
 
@@ -71,20 +71,36 @@ InfoReport makeInfoReport(const std::string& file, bool levels)
 {
     InfoReport report;
     report.file = file;
-    report.summary = Inspection::inspect(file);
+    PresentRecording recording;
+    const bool readable = recording.open(file);
+    report.summary = recording.summary();
+    report.isBeingWritten = recording.isBeingWritten();
+    report.timesAreMissing = !recording.timesKnown();
+    if (!readable) {
+        return report;
+    }
     for (const Inspection::TypeEntry& type : report.summary.types) {
         report.perType[type.typeNumber];  // types without records are shown too
     }
     RecordFacts facts(report, levels);
-    report.findings = walk(file, report.summary, [&](const Inspection::Record& record) {
+    report.findings = recording.walk([&](const Inspection::Record& record) {
         facts.follow(record);
         for (TypeCount* count : {&report.perType[record.code], &report.all}) {
             ++count->records;
             count->bytes += record.data.size();
         }
+        if (report.isBeingWritten && record.timeMs != 0) {
+            report.firstTimeMs = report.firstTimeMs.value_or(record.timeMs);
+            report.lastTimeMs = record.timeMs;
+        }
         return true;
     });
+    report.summary.header = recording.summary().header;
     facts.finish();
+    if (!report.summary.times.empty()) {
+        report.firstTimeMs = report.summary.times.front().timeMs;
+        report.lastTimeMs = report.summary.times.back().timeMs;
+    }
     return report;
 }
 

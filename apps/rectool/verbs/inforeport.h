@@ -47,6 +47,10 @@ struct InfoBlock {
 struct InfoReport {
     std::string file;
     Recording2::Inspection::Summary summary;
+    bool isBeingWritten = false;               // what follows is what was accepted so far
+    bool timesAreMissing = false;              // it has no journal
+    std::optional<std::uint64_t> firstTimeMs;  // nothing where no time is known
+    std::optional<std::uint64_t> lastTimeMs;
     std::map<std::int32_t, TypeCount> perType;
     TypeCount all;
     RecordedRanges ranges;

@@ -15,13 +15,13 @@ namespace Inspection = Recording2::Inspection;
 
 namespace {
 
-std::string span(const Inspection::Summary& summary)
+std::string span(const InfoReport& report)
 {
-    if (summary.times.empty()) {
-        return "none";
+    if (!report.firstTimeMs || !report.lastTimeMs) {
+        return report.timesAreMissing ? "missing, as there is no journal" : "none";
     }
-    const std::uint64_t first = summary.times.front().timeMs;
-    const std::uint64_t last = summary.times.back().timeMs;
+    const std::uint64_t first = *report.firstTimeMs;
+    const std::uint64_t last = *report.lastTimeMs;
     return grouped(first) + " ms to " + grouped(last) + " ms (" + duration(last - first) + ")";
 }
 
@@ -63,22 +63,32 @@ void printLevels(const InfoReport& report)
     }
 }
 
+void printExtent(const InfoReport& report)
+{
+    printField("Size", grouped(static_cast<std::uint64_t>(report.summary.fileSize)) + " bytes");
+    printField("Records", grouped(report.all.records));
+    printField("Times", span(report));
+}
+
 void printHeader(const InfoReport& report)
 {
     const Inspection::Header& header = report.summary.header;
+    if (report.isBeingWritten && header.majorVersion == 0) {
+        printField("Started", utc(header.startMs) + " by its name; more is known when it is closed");
+        printExtent(report);
+        return;
+    }
     const std::string name = oneLine(fromLatin1(header.deviceName));
     const std::string type = oneLine(fromLatin1(header.deviceType));
     printField("Version", std::to_string(header.majorVersion) + "." + std::to_string(header.minorVersion));
     printField("Device", (name.empty() ? "without name" : name) + (type.empty() ? "" : " (" + type + ")"));
     printField("Job", header.jobId.empty() ? "none" : oneLine(fromLatin1(header.jobId)));
     printField("Started", utc(header.startMs) + (header.automatic ? ", automatically" : ", by an operator"));
-    printField("Stopped", utc(header.stopMs));
+    printField(report.isBeingWritten ? "So far to" : "Stopped", utc(header.stopMs));
     printField("Duration", duration(report.lengthMs()));
     printFrequencies(report);
     printLevels(report);
-    printField("Size", grouped(static_cast<std::uint64_t>(report.summary.fileSize)) + " bytes");
-    printField("Records", grouped(report.all.records));
-    printField("Times", span(report.summary));
+    printExtent(report);
 }
 
 void printTypes(const InfoReport& report)
@@ -113,11 +123,13 @@ void printBlocks(const InfoReport& report)
     table.print(std::cout, "  ");
 }
 
-void printFindings(const std::vector<Inspection::Finding>& findings)
+void printFindings(const std::vector<Inspection::Finding>& findings, bool isBeingWritten)
 {
     constexpr std::size_t Most = 20;
     if (findings.empty()) {
-        std::cout << "\n  " << styled("The file is sound.", Style::Good) << '\n';
+        std::cout << "\n  "
+                  << styled(isBeingWritten ? "What was accepted so far is sound." : "The file is sound.", Style::Good)
+                  << '\n';
         return;
     }
     std::cout << "\n  " << styled("The file is damaged:", Style::Bad) << '\n';
@@ -133,11 +145,11 @@ void printFindings(const std::vector<Inspection::Finding>& findings)
 
 void printReport(const InfoReport& report)
 {
-    std::cout << printedName(report.file) << '\n';
+    std::cout << printedName(report.file) << (report.isBeingWritten ? ", which is being written\n" : "\n");
     printHeader(report);
     printTypes(report);
     printBlocks(report);
-    printFindings(report.findings);
+    printFindings(report.findings, report.isBeingWritten);
 }
 
 }  // namespace RecTool

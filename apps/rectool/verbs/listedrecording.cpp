@@ -118,7 +118,8 @@ void check(ListedRecording& listed)
 
 const char* stateName(const std::string& file, const Inspection::Summary& summary)
 {
-    const bool open = summary.readability == Inspection::Readability::NeverClosed;
+    const bool open = summary.readability == Inspection::Readability::NeverClosed ||
+                      summary.readability == Inspection::Readability::Empty;  // all of it is still in its journal
     return open && Inspection::isBeingWritten(file) ? "being-written" : name(summary.readability);
 }
 

@@ -1,5 +1,7 @@
 // The verb "state": the value of everything recorded at a moment.
+#include <algorithm>
 #include <iostream>
+#include <limits>
 
 #include "commandline/verb.h"
 #include "commands.h"
@@ -7,10 +9,10 @@
 #include "printing/output.h"
 #include "printing/table.h"
 #include "replay/inforce.h"
+#include "replay/presentrecording.h"
 #include "replay/recordedvalues.h"
 #include "replay/recordingtime.h"
 #include "replay/typenames.h"
-#include "replay/walk.h"
 
 namespace RecTool {
 
@@ -46,23 +48,29 @@ void printStateAsJson(const std::string& file, std::uint64_t at, const InForce& 
 
 ExitCode state(const StateOptions& options)
 {
-    Inspection::Summary summary;
-    if (!readSummary(options.file, summary)) {
+    PresentRecording recording;
+    if (!recording.open(options.file)) {
+        complain(options.file, recording.summary().problem);
         return ExitCode::CannotRead;
     }
-    std::uint64_t at = 0;
-    if (!requireTime("--at", options.at, summary, at)) {
+    const bool atEnd = options.at == "end";
+    std::uint64_t at = std::numeric_limits<std::uint64_t>::max();
+    if (!atEnd && !requireTime("--at", options.at, recording.summary(), at)) {
         return ExitCode::Usage;
     }
     InForce inForce;
-    const std::vector<Inspection::Finding> findings =
-        walk(options.file, summary, [&](const Inspection::Record& record) {
-            if (record.timeMs <= at) {
-                inForce.apply(record);
-            }
-            return record.timeMs <= at;
-        });
+    std::uint64_t last = 0;
+    const std::vector<Inspection::Finding> findings = recording.walk([&](const Inspection::Record& record) {
+        if (record.timeMs <= at) {
+            inForce.apply(record);
+            last = std::max(last, record.timeMs);
+        }
+        return record.timeMs <= at;
+    });
+    const Inspection::Summary& summary = recording.summary();
+    at = !atEnd ? at : recording.isBeingWritten() ? last : lastMoment(summary);
     const TypeNames names(summary.types);
+    recording.tellWhetherBeingWritten();
     options.json ? printStateAsJson(options.file, at, inForce, names) : printTable(inForce, names);
     complain(options.file, findings);
     return finish(soundness(findings));
@@ -71,10 +79,12 @@ ExitCode state(const StateOptions& options)
 void addState(const Syntax& program)
 {
     Verb verb(program, "state", "Show the value of everything recorded at a moment", state);
-    verb.time("--at", verb.options().at, std::string("TIME: ") + TimeForms).required();
+    verb.time("--at", verb.options().at, std::string("TIME: ") + TimeForms + "; or end, the last one so far")
+        .required();
     verb.json();
     verb.paged();
-    verb.examples({"state recording.rec --at 61500", "state recording.rec --at \"2023-11-14 22:13:21 UTC\" --json"});
+    verb.examples({"state recording.rec --at 61500", "state recording.rec --at \"2023-11-14 22:13:21 UTC\" --json",
+                   "state --at end running.tmp"});
 }
 
 }  // namespace RecTool

@@ -248,7 +248,9 @@ bool Following::timesKnown() const
 
 std::uint64_t Following::unreadable() const
 {
-    return d->journal == nullptr ? 0 : d->journal->unreadable();
+    return d->finished             ? d->summary->findings.size() + d->finished->findings().size()
+           : d->journal != nullptr ? d->journal->unreadable()
+                                   : 0;
 }
 
 std::uint64_t Following::number() const

@@ -50,7 +50,7 @@ public:
     /// False where there is no journal: every record has the time 0 then, and is seen only when its bytes are handed to
     /// the system, up to 256 KiB late.
     [[nodiscard]] bool timesKnown() const;
-    /// Records that are damaged in the file and were left out.
+    /// Records that are damaged in the file and were left out; of a finished recording all that is wrong with it.
     [[nodiscard]] std::uint64_t unreadable() const;
 
     /// How many records came before the one that is next.

@@ -266,11 +266,12 @@ Summary inspect(const std::string& path)
     return inspectAs(path, Extent::All);
 }
 
-/// A recorder holds its file locked for as long as it writes.
+/// A recorder holds its file locked for as long as it writes. Others may look at the same moment.
 bool isBeingWritten(const std::string& path)
 {
     System::NativeFile file;
-    return file.open(native(path), System::Access::Read) == 0 && file.lock() == System::LockHeld;
+    return file.open(native(path), System::Access::Read) == 0 &&
+           file.lock(System::LockMode::Shared) == System::LockHeld;
 }
 
 Summary inspectHead(const std::string& path)

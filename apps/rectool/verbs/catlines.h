@@ -1,0 +1,76 @@
+// What the verb "cat" shows of one file: which of its records, and how.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <recording2/inspection/inspection.h>
+
+#include "commands.h"
+#include "printing/recordprinter.h"
+#include "replay/recordedvalues.h"
+#include "replay/typenames.h"
+
+namespace RecTool {
+
+/// Prints the records that were asked for.
+class CatLines {
+public:
+    /// @return null, told, when the options do not suit the file
+    static std::unique_ptr<CatLines> make(const CatOptions& options, const std::string& file,
+                                          const Recording2::Inspection::Summary& summary);
+    CatLines(const CatLines&) = delete;
+    CatLines& operator=(const CatLines&) = delete;
+    ~CatLines() = default;
+
+    /// What stands before the first record.
+    void begin() { m_printer.begin(); }
+    /// @param beforePrinting called where the record is shown; may be empty
+    /// @return false when nothing more is wanted
+    template <typename BeforePrinting>
+    bool show(const Recording2::Inspection::Record& record, BeforePrinting beforePrinting)
+    {
+        if (!wantsType(record.code)) {
+            return record.timeMs <= m_to;
+        }
+        const values::ValueBase* value = m_recorded.apply(record);  // also before --from, to be complete there
+        if (wantsTime(record.timeMs)) {
+            beforePrinting();
+            m_printer.print(record, value);
+        }
+        return record.timeMs <= m_to;
+    }
+    /// The times count from another moment than was known before.
+    void startsAt(std::uint64_t startMs);
+    /// Goes on with a file in which the times begin anew.
+    void takeSpanOf(const CatLines& before, std::uint64_t startMs, std::uint64_t startMsBefore);
+    /// Tells of records that have no line.
+    void tellLeftOut() const;
+
+private:
+    CatLines(const CatOptions& options, std::string file, const Recording2::Inspection::Summary& summary);
+
+    [[nodiscard]] bool wantsType(std::int32_t code) const { return m_codes.empty() || m_codes.count(code) > 0; }
+    [[nodiscard]] bool wantsTime(std::uint64_t time) const
+    {
+        return m_anyTime || (time != 0 && time >= m_from && time <= m_to);
+    }
+
+    std::string m_file;
+    std::uint64_t m_startMs;
+    std::vector<Recording2::Inspection::TypeEntry> m_types;
+    TypeNames m_names;
+    std::uint64_t m_from = 0;
+    std::uint64_t m_to = std::numeric_limits<std::uint64_t>::max();
+    bool m_anyTime = true;           // records whose time is lost are shown as well
+    std::set<std::int32_t> m_codes;  // empty: all
+    RecordPrinter m_printer;
+    RecordedValues m_recorded;
+};
+
+}  // namespace RecTool

@@ -1,0 +1,217 @@
+// A recording is looked at with rectool while the real program records it.
+#include <csignal>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "programtest.h"
+
+namespace RecStation {
+namespace {
+
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+using testing::StartsWith;
+
+class FollowingTest : public ProgramTest {
+protected:
+    /// A recording that goes on, with two levels accepted.
+    void begin(const QStringList& arguments = {})
+    {
+        start(m_recording, arguments + QStringList{QStringLiteral("feed"), QStringLiteral("--start"),
+                                                   QStringLiteral("2026-01-02T03:04:05Z")});
+        m_recording.write(R"({"at": 0, "path": "/LEVEL", "create": "number", "value": -30}
+{"at": 0, "record": "On"}
+{"at": 1500, "path": "/LEVEL", "set": -31.5}
+{"at": 2500, "path": "/LEVEL", "set": -40.25}
+mark
+)");
+        waitForMessage(m_recording, "feed: line 5");
+    }
+    void feed(const QByteArray& line)
+    {
+        m_recording.write(line + '\n');
+        ASSERT_TRUE(m_recording.waitForBytesWritten(patienceMs));
+    }
+    [[nodiscard]] QString running() const { return files("*.tmp").value(0); }
+
+    void look(QProcess& process, const QStringList& arguments)
+    {
+        start(process, arguments + QStringList{running()}, QStringLiteral(RECTOOL));
+    }
+    Result lookOnce(const QStringList& arguments)
+    {
+        QProcess process;
+        look(process, arguments);
+        return finish(process);
+    }
+    /// Waits until a process has printed a text. @return all that it printed so far
+    QByteArray waitForOutput(QProcess& process, const QByteArray& text)
+    {
+        process.setReadChannel(QProcess::StandardOutput);
+        while (!m_printed.contains(text)) {
+            const bool more = process.waitForReadyRead(patienceMs);
+            EXPECT_TRUE(more) << m_printed.toStdString();
+            if (!more) {
+                break;
+            }
+            m_printed += process.readAllStandardOutput();
+        }
+        return m_printed;
+    }
+
+    QProcess m_recording;
+    QByteArray m_printed;
+};
+
+TEST_F(FollowingTest, RecordsAreShownAsTheyAreAcceptedUntilTheRecordingIsClosed)
+{
+    begin();
+    QProcess cat;
+    look(cat, {"cat", "--follow", "--type", "LEVEL", "--csv"});
+    EXPECT_EQ(waitForOutput(cat, "-40.25\n"),
+              "timeMs,keyword,value\n10,LEVEL,-30\n1500,LEVEL,-31.5\n2500,LEVEL,-40.25\n");
+    for (int i = 1; i <= 20; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        feed(R"({"at": )" + QByteArray::number(3000 + i) + R"(, "path": "/LEVEL", "set": )" + number + "}");
+        waitForOutput(cat, "\n" + QByteArray::number(3000 + i) + ",LEVEL," + number + "\n");
+    }
+    feed(R"({"at": 4000, "path": "/LEVEL", "set": 77})");
+    EXPECT_EQ(finish(m_recording).exitCode, 3);  // the mark was bad input
+    const Result result = finish(cat);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(m_printed.toStdString() + result.output, EndsWith("4000,LEVEL,77\n"));
+    EXPECT_THAT(result.messages, IsEmpty());
+}
+
+TEST_F(FollowingTest, EveryFormIsFollowedAndGivesWhatTheFinishedFileGives)
+{
+    begin();
+    QProcess lines;
+    QProcess json;
+    QProcess from;
+    look(lines, {"cat", "-f", "--time", "utc"});
+    look(json, {"cat", "--follow", "--json"});
+    look(from, {"cat", "--follow", "--csv", "--from", "2s", "--to", "3500"});
+    feed(R"({"at": 3000, "path": "/LEVEL", "set": 5})");
+    feed(R"({"at": 3600, "path": "/LEVEL", "set": 6})");
+    EXPECT_EQ(finish(from).output, "timeMs,keyword,value\n2500,LEVEL,-40.25\n3000,LEVEL,5\n");  // --to ends it
+    finish(m_recording);
+    const QString closed = files("*.rec").value(0);
+    QProcess again;
+    start(again, {"cat", "--json", closed}, QStringLiteral(RECTOOL));
+    EXPECT_EQ(finish(json).output, finish(again).output);
+    EXPECT_THAT(finish(lines).output, HasSubstr("2026-01-02T03:04:08.000Z  LEVEL"));
+}
+
+TEST_F(FollowingTest, TheNextFileOfARecordingIsFollowedToo)
+{
+    begin();
+    QProcess cat;
+    look(cat, {"cat", "--follow", "--csv", "--type", "LEVEL"});
+    waitForOutput(cat, "-40.25\n");
+    feed(R"({"at": 3000, "record": "Off"})");
+    feed(R"({"at": 4000, "record": "On"})");
+    feed(R"({"at": 4500, "path": "/LEVEL", "set": 5})");
+    waitForOutput(cat, "\n500,LEVEL,5\n");
+    finish(m_recording);
+    const Result result = finish(cat);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.messages, HasSubstr("It is complete and goes on in "));
+    EXPECT_EQ(m_printed.count("timeMs,keyword,value"), 1);
+}
+
+TEST_F(FollowingTest, ARecorderThatIsKilledEndsTheFollowingWithASentence)
+{
+    begin();
+    QProcess cat;
+    look(cat, {"cat", "--follow"});
+    waitForOutput(cat, "-40.25\n");
+    m_recording.kill();
+    ASSERT_TRUE(m_recording.waitForFinished(patienceMs));
+    const Result result = finish(cat);
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_THAT(result.messages, HasSubstr("Its recorder ended without closing it; `rectool recover`"));
+    const Result later = lookOnce({"cat", "--follow"});
+    EXPECT_EQ(later.exitCode, 2);
+    EXPECT_THAT(later.output, HasSubstr("-40.25\n"));
+    const Result unclosed = lookOnce({"cat"});
+    EXPECT_EQ(unclosed.exitCode, 2);
+    EXPECT_THAT(unclosed.output, IsEmpty());
+    EXPECT_THAT(unclosed.messages, HasSubstr("never closed"));
+}
+
+#if !defined(_WIN32)
+TEST_F(FollowingTest, AnInterruptEndsTheFollowingWell)
+{
+    begin();
+    QProcess cat;
+    look(cat, {"cat", "--follow"});
+    waitForOutput(cat, "-40.25\n");
+    ASSERT_EQ(::kill(static_cast<pid_t>(cat.processId()), SIGINT), 0);
+    const Result result = finish(cat);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.messages, IsEmpty());
+    finish(m_recording);
+}
+#endif
+
+TEST_F(FollowingTest, WhatWasAcceptedSoFarIsShownWithTheWordThatItIsBeingWritten)
+{
+    begin();
+    const Result cat = lookOnce({"cat", "--type", "LEVEL", "--csv"});
+    EXPECT_EQ(cat.exitCode, 0);
+    EXPECT_EQ(cat.output, "timeMs,keyword,value\n10,LEVEL,-30\n1500,LEVEL,-31.5\n2500,LEVEL,-40.25\n");
+    EXPECT_THAT(cat.messages, EndsWith("This recording is being written: this is what was accepted so far.\n"));
+
+    const Result info = lookOnce({"info"});
+    EXPECT_EQ(info.exitCode, 0);
+    EXPECT_THAT(info.output, AllOf(HasSubstr(", which is being written"), HasSubstr("2026-01-02 03:04:07.500 UTC")));
+    const auto json = nlohmann::json::parse(lookOnce({"info", "--json"}).output)["files"][0];
+    EXPECT_EQ(json["readability"], "being-written");
+    EXPECT_EQ(json["lastTimeMs"], 2500);
+    EXPECT_EQ(json["durationMs"], 2500);
+
+    const auto state = nlohmann::json::parse(lookOnce({"state", "--at", "end", "--json"}).output);
+    EXPECT_EQ(state["atMs"], 2500);
+    EXPECT_THAT(state.dump(), HasSubstr("-40.25"));
+    EXPECT_THAT(lookOnce({"state", "--at", "2s", "--json"}).output, HasSubstr("-31.5"));
+    finish(m_recording);
+}
+
+TEST_F(FollowingTest, WithoutAJournalItIsSaidThatTimesAreMissing)
+{
+    begin({"--journal", "off"});
+    for (const char* verb : {"cat", "info"}) {
+        const Result result = lookOnce({verb});
+        EXPECT_EQ(result.exitCode, 0) << verb;
+        EXPECT_THAT(result.messages + result.output, HasSubstr("no journal")) << verb;
+    }
+    QProcess cat;
+    look(cat, {"cat", "--follow", "--csv", "--type", "LEVEL"});
+    waitForMessage(cat, "It has no journal, so the times of its records are missing");
+    finish(m_recording);
+    EXPECT_THAT(finish(cat).output, StartsWith("timeMs,keyword,value\n10,LEVEL,-30\n1500,"));
+}
+
+TEST_F(FollowingTest, WhatCannotBeFollowedIsRefused)
+{
+    QProcess cat;
+    start(cat, {"cat", "--follow", "none.tmp"}, QStringLiteral(RECTOOL));
+    const Result result = finish(cat);
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_THAT(result.messages, HasSubstr("none.tmp: There is no such file."));
+    begin();
+    const Result wrong = lookOnce({"cat", "--follow", "--type", "NONE"});
+    EXPECT_EQ(wrong.exitCode, 1);
+    EXPECT_THAT(wrong.messages, HasSubstr("NONE"));
+    finish(m_recording);
+}
+
+}  // namespace
+}  // namespace RecStation
