@@ -2,13 +2,25 @@
 #include "channelnumbers.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace RecTool {
 
-std::uint32_t ChannelNumbers::numberOf(double hz)
+ChannelNumbers::ChannelNumbers(std::optional<FrequencySpan> span, std::size_t most)
+    : ChannelNumbers(
+          [span](double hz) {
+              const bool isOutside = span && (hz < span->lowHz || hz > span->highHz);
+              return isOutside ? std::numeric_limits<double>::quiet_NaN() : hz;
+          },
+          most)
 {
-    if (m_span && (hz < m_span->lowHz || hz > m_span->highHz)) {
+}
+
+std::uint32_t ChannelNumbers::numberOf(double cellHz)
+{
+    const double hz = m_channelOf(cellHz);
+    if (std::isnan(hz)) {
         return Outside;
     }
     const auto [place, isNew] = m_byFrequency.try_emplace(hz, static_cast<std::uint32_t>(m_frequencies.size()));

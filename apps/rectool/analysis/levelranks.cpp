@@ -2,37 +2,20 @@
 #include "levelranks.h"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 
 namespace RecTool {
 
-namespace {
-
-constexpr double LowestLevel = -1310.72;
-constexpr double Step = 0.01;
-
-}  // namespace
-
-std::int32_t LevelRanks::codeOf(float level)
-{
-    const double code = std::round((double{level} - LowestLevel) / Step);
-    return static_cast<std::int32_t>(std::clamp(code, 0.0, double{Codes - 1}));
-}
-
-double LevelRanks::levelOf(std::int32_t code)
+double LevelRanks::levelOf(std::uint32_t code)
 {
     constexpr double PerDb = 100;
-    return (code - std::round(-LowestLevel * PerDb)) / PerDb;
+    constexpr double Lowest = 131'072;
+    return (code - Lowest) / PerDb;
 }
 
-void LevelRanks::count(std::size_t channel, float level)
+void LevelRanks::prepare(std::size_t channels)
 {
-    const std::size_t end = (channel + 1) * Bins;
-    if (m_coarse.size() < end) {
-        m_coarse.resize(std::max(end, m_coarse.size() + m_coarse.size() / 2));
-    }
-    ++m_coarse[channel * Bins + static_cast<std::size_t>(codeOf(level) / BinCodes)];
+    m_coarse.resize(std::max(m_coarse.size(), channels * Bins));
 }
 
 void LevelRanks::endCounting()
@@ -60,11 +43,11 @@ LevelRanks::Ranks LevelRanks::ranksOf(std::size_t channel) const
     for (std::size_t bin = 0; bin < Bins; ++bin) {
         const std::uint64_t upTo = before + begin[static_cast<std::ptrdiff_t>(bin)];
         if (low >= before && low < upTo) {
-            ranks.lowBin = static_cast<std::int32_t>(bin);
+            ranks.lowBin = bin;
             ranks.inBin = low - before;
         }
-        if (low + 1 >= before && low + 1 < upTo && ranks.lowBin != static_cast<std::int32_t>(bin)) {
-            ranks.highBin = static_cast<std::int32_t>(bin);
+        if (low + 1 >= before && low + 1 < upTo && ranks.lowBin != bin) {
+            ranks.highBin = bin;
         }
         before = upTo;
     }
@@ -73,13 +56,13 @@ LevelRanks::Ranks LevelRanks::ranksOf(std::size_t channel) const
 
 double LevelRanks::of(std::size_t channel) const
 {
-    if (channel >= m_ranks.size() || m_ranks[channel].lowBin < 0) {
+    if (channel >= m_ranks.size() || m_ranks[channel].lowBin == NoBin) {
         return std::numeric_limits<double>::quiet_NaN();
     }
     const Ranks& ranks = m_ranks[channel];
     const std::uint32_t* const fine = m_fine.data() + channel * FineBins;
     const auto at = [&](std::uint64_t rank) {  // the code of a rank inside the bin, or past its end
-        std::int32_t code = ranks.lowBin * BinCodes;
+        auto code = static_cast<std::uint32_t>(ranks.lowBin * FineBins);
         for (std::size_t i = 0; i < FineBins; ++i, ++code) {
             if (rank < fine[i]) {
                 return code;
@@ -92,7 +75,7 @@ double LevelRanks::of(std::size_t channel) const
     if (ranks.between == 0) {
         return low;
     }
-    const double high = levelOf(ranks.highBin >= 0 ? ranks.lowestOfHigh : at(ranks.inBin + 1));
+    const double high = levelOf(ranks.highBin != NoBin ? ranks.lowestOfHigh : at(ranks.inBin + 1));
     return low + (high - low) * ranks.between;
 }
 

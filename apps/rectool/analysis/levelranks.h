@@ -1,6 +1,7 @@
 // Percentiles of the levels of many channels, exactly and in bounded memory.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -9,24 +10,24 @@ namespace RecTool {
 
 /// Levels come as hundredths of a decibel in recordings. So two passes over the same levels give a percentile exactly:
 /// the first counts them in wide bins, the second looks into the bin where it lies. Levels beyond what recordings code
-/// in hundredths (-1310.72 to 1310.70 dB) count as its ends. Memory: about 5,000 bytes a channel.
+/// in hundredths (-1310.72 to 1310.70 dB) count as its ends. Memory: about 8,700 bytes a channel.
 class LevelRanks {
 public:
     /// @param fraction of the levels that are at most the percentile: 0.5 for the median, from 0 to 1
     explicit LevelRanks(double fraction) : m_fraction(fraction) {}
 
-    /// First pass. @param channel counted from 0; a new one may come at any time
-    void count(std::size_t channel, float level);
+    /// Makes room for channels, counted from 0; before each of them is counted.
+    void prepare(std::size_t channels);
+    /// First pass.
+    void count(std::size_t channel, float level) { ++m_coarse[channel * Bins + binOf(codeOf(level))]; }
     void endCounting();
     /// Second pass, over the same levels.
     void look(std::size_t channel, float level)
     {
         Ranks& ranks = m_ranks[channel];
-        const std::int32_t code = codeOf(level);
-        if (code / BinCodes == ranks.lowBin) {
-            ++m_fine[channel * FineBins + static_cast<std::size_t>(code % BinCodes)];
-        }
-        if (code / BinCodes == ranks.highBin && code < ranks.lowestOfHigh) {
+        const std::uint32_t code = codeOf(level);
+        m_fine[channel * FineBins + code % FineBins] += binOf(code) == ranks.lowBin ? 1U : 0U;  // no jump: it is random
+        if (binOf(code) == ranks.highBin && code < ranks.lowestOfHigh) {
             ranks.lowestOfHigh = code;
         }
     }
@@ -35,21 +36,28 @@ public:
     [[nodiscard]] double fraction() const { return m_fraction; }
 
 private:
-    static constexpr std::int32_t Codes = 262'143;  // hundredths from -1310.72 dB on
-    static constexpr std::int32_t BinCodes = 400;
-    static constexpr std::size_t Bins = Codes / BinCodes + 1;
-    static constexpr std::size_t FineBins = BinCodes;
+    static constexpr std::uint32_t Codes = 262'144;  // hundredths from -1310.72 dB on
+    static constexpr std::size_t FineBins = 128;     // of a wide one
+    static constexpr std::size_t Bins = Codes / FineBins;
+    static constexpr std::size_t NoBin = Bins;
 
     /// The levels next to the fraction have the ranks low and low + 1 (or both low).
     struct Ranks {
         std::uint64_t inBin = 0;  // rank of the lower one inside its bin
         double between = 0;       // 0: the lower one itself
-        std::int32_t lowBin = -1;
-        std::int32_t highBin = -1;  // that of the other one, where it is another bin
-        std::int32_t lowestOfHigh = Codes;
+        std::size_t lowBin = NoBin;
+        std::size_t highBin = NoBin;  // that of the other one, where it is another bin
+        std::uint32_t lowestOfHigh = Codes;
     };
-    [[nodiscard]] static std::int32_t codeOf(float level);
-    [[nodiscard]] static double levelOf(std::int32_t code);
+    [[nodiscard]] static std::uint32_t codeOf(float level)
+    {
+        constexpr float PerDb = 100;
+        constexpr float Lowest = 131'072;
+        const float code = level * PerDb + Lowest + 0.5F;
+        return static_cast<std::uint32_t>(std::clamp(code, 0.0F, float{Codes - 1}));
+    }
+    [[nodiscard]] static std::size_t binOf(std::uint32_t code) { return code / FineBins; }
+    [[nodiscard]] static double levelOf(std::uint32_t code);
     [[nodiscard]] Ranks ranksOf(std::size_t channel) const;
 
     double m_fraction;

@@ -20,11 +20,12 @@ public:
     }
     [[nodiscard]] double operator()(float level) const
     {
-        const double place = (double{level} - Lowest) * PerDb;
-        const double nearest = std::round(place);
-        constexpr double Same = 1e-3;  // of a hundredth: a float's own error
-        const bool isKnown = nearest >= 0 && nearest < double{Count} && std::abs(place - nearest) < Same;
-        return isKnown ? m_powers[static_cast<std::size_t>(nearest)] : of(double{level});
+        const float place = level * static_cast<float>(PerDb) - static_cast<float>(Lowest * PerDb);
+        constexpr float Same = 4e-3F;  // of a hundredth: what floats of this size cannot tell apart
+        const bool isInside = place > 0 && place < float{Count - 1};
+        const auto nearest = static_cast<std::uint32_t>(isInside ? place + 0.5F : 0.0F);
+        const bool isKnown = isInside && std::abs(place - static_cast<float>(nearest)) <= Same;
+        return isKnown ? m_powers[nearest] : of(double{level});
     }
 
 private:
@@ -42,6 +43,17 @@ double powerOf(float level)
     return powers(level);
 }
 
+/// Those that were measured and belong to a channel.
+template <typename Take>
+void forEachLevel(const std::vector<std::uint32_t>& numbers, std::span<const float> levels, const Take& take)
+{
+    for (std::size_t i = 0; i < levels.size(); ++i) {
+        if (std::isfinite(levels[i]) && numbers[i] != ChannelNumbers::Outside) {
+            take(std::size_t{numbers[i]}, levels[i]);
+        }
+    }
+}
+
 }  // namespace
 
 LevelTrace::LevelTrace(std::optional<FrequencySpan> span, const std::vector<double>& fractions)
@@ -52,6 +64,20 @@ LevelTrace::LevelTrace(std::optional<FrequencySpan> span, const std::vector<doub
     }
 }
 
+void LevelTrace::addLevel(Sum& sum, float level, double momentMs)
+{
+    if (sum.levels.sweeps == 0 || level > sum.levels.highest) {
+        sum.levels.highest = level;
+        sum.levels.highestMs = momentMs;
+    }
+    if (sum.levels.sweeps == 0 || level < sum.levels.lowest) {
+        sum.levels.lowest = level;
+        sum.levels.lowestMs = momentMs;
+    }
+    sum.power += powerOf(level);
+    ++sum.levels.sweeps;
+}
+
 bool LevelTrace::add(const values::ChannelRange& range, std::span<const float> levels, double momentMs)
 {
     const std::vector<std::uint32_t>* numbers = m_numbers.of(range);
@@ -60,26 +86,13 @@ bool LevelTrace::add(const values::ChannelRange& range, std::span<const float> l
     }
     m_sums.resize(m_numbers.frequencies().size());
     bool isTaken = false;
-    for (std::size_t i = 0; i < levels.size(); ++i) {
-        const float level = levels[i];
-        if (!std::isfinite(level) || (*numbers)[i] == ChannelNumbers::Outside) {
-            continue;
-        }
-        Sum& sum = m_sums[(*numbers)[i]];
-        if (sum.levels.sweeps == 0 || level > sum.levels.highest) {
-            sum.levels.highest = level;
-            sum.levels.highestMs = momentMs;
-        }
-        if (sum.levels.sweeps == 0 || level < sum.levels.lowest) {
-            sum.levels.lowest = level;
-            sum.levels.lowestMs = momentMs;
-        }
-        sum.power += powerOf(level);
-        ++sum.levels.sweeps;
+    forEachLevel(*numbers, levels, [&](std::size_t channel, float level) {
+        addLevel(m_sums[channel], level, momentMs);
         isTaken = true;
-        for (LevelRanks& ranks : m_ranks) {
-            ranks.count((*numbers)[i], level);
-        }
+    });
+    for (LevelRanks& ranks : m_ranks) {
+        ranks.prepare(m_sums.size());
+        forEachLevel(*numbers, levels, [&](std::size_t channel, float level) { ranks.count(channel, level); });
     }
     if (isTaken) {
         m_firstMs = m_sweeps == 0 ? momentMs : std::min(m_firstMs, momentMs);
@@ -99,14 +112,9 @@ void LevelTrace::beginRanking()
 void LevelTrace::rank(const values::ChannelRange& range, std::span<const float> levels)
 {
     const std::vector<std::uint32_t>* numbers = m_numbers.of(range);
-    if (numbers == nullptr) {
-        return;
-    }
-    for (std::size_t i = 0; i < levels.size(); ++i) {
-        if (std::isfinite(levels[i]) && (*numbers)[i] != ChannelNumbers::Outside) {
-            for (LevelRanks& ranks : m_ranks) {
-                ranks.look((*numbers)[i], levels[i]);
-            }
+    for (LevelRanks& ranks : m_ranks) {
+        if (numbers != nullptr) {
+            forEachLevel(*numbers, levels, [&](std::size_t channel, float level) { ranks.look(channel, level); });
         }
     }
 }

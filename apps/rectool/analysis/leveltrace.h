@@ -29,11 +29,11 @@ struct ChannelLevels {
 
 /// Takes the sweeps of one type, of any channel ranges: a channel is a frequency, whichever range it comes from. A
 /// sweep is a record, with the levels that it carries itself. Levels that are no finite number count as not measured.
-/// Memory: about 100 bytes a channel, and for each percentile 5,000.
+/// Memory: about 100 bytes a channel, and for each percentile 8,700.
 class LevelTrace {
 public:
     static constexpr std::size_t MostChannels = 1'000'000;
-    static constexpr std::size_t MostRankedChannels = 30'000;
+    static constexpr std::size_t MostRankedChannels = 16'000;
 
     /// @param span of the frequencies that are taken; nothing for all
     /// @param fractions of the percentiles, 0.5 for the median; they need a second pass
@@ -57,6 +57,7 @@ private:
         ChannelLevels levels;
         double power = 0;
     };
+    static void addLevel(Sum& sum, float level, double momentMs);
 
     ChannelNumbers m_numbers;
     std::vector<LevelRanks> m_ranks;
