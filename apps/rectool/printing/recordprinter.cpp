@@ -28,18 +28,6 @@ std::string csvNumber(double value)
     return std::isnan(value) ? std::string() : TerminalText::shortest(value);
 }
 
-std::string csvText(const std::string& utf8)
-{
-    if (utf8.find_first_of(",\"\r\n") == std::string::npos) {
-        return utf8;
-    }
-    std::string quoted = "\"";
-    for (const char character : utf8) {
-        quoted.append(character == '"' ? 2 : 1, character);
-    }
-    return quoted + '"';
-}
-
 /// Nothing for a map.
 std::optional<std::string> csvField(const ValueBase& value)
 {

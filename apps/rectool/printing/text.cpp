@@ -63,6 +63,18 @@ std::string escaped(const std::string& bytes, std::size_t most)
     return text;
 }
 
+std::string csvText(const std::string& utf8)
+{
+    if (utf8.find_first_of(",\"\r\n") == std::string::npos) {
+        return utf8;
+    }
+    std::string quoted = "\"";
+    for (const char character : utf8) {
+        quoted.append(character == '"' ? 2 : 1, character);
+    }
+    return quoted + '"';
+}
+
 bool isAscii(const std::string& bytes)
 {
     return std::all_of(bytes.begin(), bytes.end(),

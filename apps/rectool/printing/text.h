@@ -13,6 +13,7 @@ namespace RecTool {
 using TerminalText::oneLine;                                    ///< for all that files, names and values hold
 /// Any bytes as quoted ASCII, cut after a number of them, which is then said.
 [[nodiscard]] std::string escaped(const std::string& bytes, std::size_t most);
+[[nodiscard]] std::string csvText(const std::string& utf8);  ///< a field of CSV, quoted where it must be
 [[nodiscard]] bool isAscii(const std::string& bytes);
 
 [[nodiscard]] std::string number(double value, int digits = 6);  ///< without an exponent where that is legible

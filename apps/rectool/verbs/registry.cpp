@@ -6,7 +6,7 @@
 namespace RecTool {
 
 using AddVerb = void(const Syntax& program);  // each at the end of its verb's file
-AddVerb addInfo, addTypes, addCat, addState, addDiff, addTrace, addVerify;
+AddVerb addInfo, addTypes, addCat, addState, addDiff, addTrace, addOccupancy, addVerify;
 AddVerb addMap, addPlotVerbs;
 AddVerb addBookmarkVerbs, addRangeVerbs;
 AddVerb addCut, addMerge, addRepair, addRecover, addSelfCheck;
@@ -15,8 +15,8 @@ AddVerb addArchiveVerbs;
 void addVerbs(const Syntax& program)
 {
     for (AddVerb* const add :
-         {addInfo, addTypes, addCat, addState, addDiff, addTrace, addVerify, addMap, addPlotVerbs, addBookmarkVerbs,
-          addRangeVerbs, addCut, addMerge, addRepair, addRecover, addSelfCheck, addArchiveVerbs}) {
+         {addInfo, addTypes, addCat, addState, addDiff, addTrace, addOccupancy, addVerify, addMap, addPlotVerbs,
+          addBookmarkVerbs, addRangeVerbs, addCut, addMerge, addRepair, addRecover, addSelfCheck, addArchiveVerbs}) {
         add(program);
     }
 }

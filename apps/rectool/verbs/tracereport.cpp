@@ -63,15 +63,6 @@ std::string quoted(const std::string& text)
     return dump(Json(text), -1);
 }
 
-std::string csvText(const std::string& text)
-{
-    std::string field;
-    for (const char character : text) {
-        field.append(character == '"' ? 2 : 1, character);
-    }
-    return text.find_first_of(",\"\r\n") == std::string::npos ? text : '"' + field + '"';
-}
-
 void printTraceTable(const TraceOptions& options, const Recordings& recordings, const Trace& trace)
 {
     ClockText clock(timeFormOf(options.time), recordings.startMs());

@@ -1,0 +1,257 @@
+// Occupancy as tables, CSV and JSON: percentages, intervals, and what is missing for the accuracy asked for.
+#include "occupancyreport.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+#include <iterator>
+
+#include <terminaltext/quantity.h>
+
+#include "printing/json.h"
+#include "printing/output.h"
+#include "printing/table.h"
+#include "printing/text.h"
+
+namespace RecTool {
+
+namespace {
+
+constexpr double InPercent = 100;
+using TerminalText::shortest;
+
+/// A part with its interval, in percent.
+struct Figures {
+    double percent = 0;
+    double low = 0;
+    double high = 0;
+};
+
+template <typename Counted>
+Figures figuresOf(const Counted& counted, double confidence)
+{
+    const Cycles::Interval interval = counted.interval(confidence / InPercent);
+    return {counted.part() * InPercent, interval.low * InPercent, interval.high * InPercent};
+}
+
+std::string twoDigits(double number)
+{
+    return QString::number(number, 'f', 2).toStdString();
+}
+
+/// How much longer to record for the accuracy asked for, in milliseconds; 0 where there is enough. Below 0: nobody can
+/// tell, as the channel hardly ever changed.
+double missingMs(const OccupancyOptions& options, const ChannelOccupancy& channel)
+{
+    const Figures figures = figuresOf(channel.cycles, options.confidence);
+    const double reach = (figures.high - figures.low) / 2;
+    if (options.accuracy == 0 || reach <= options.accuracy) {
+        return 0;
+    }
+    constexpr std::uint64_t Few = 3;
+    const double times = reach / options.accuracy;
+    return channel.cycles.emissions() < Few ? -1 : (times * times - 1) * (channel.lastMs - channel.firstMs);
+}
+
+std::string missingText(const OccupancyOptions& options, const ChannelOccupancy& channel)
+{
+    const double missing = missingMs(options, channel);
+    return missing == 0  ? ""
+           : missing < 0 ? "too few emissions"
+                         : "about " + duration(static_cast<std::uint64_t>(missing) / 1000 * 1000) + " more";
+}
+
+std::string nameOf(const std::vector<NamedChannel>& names, double hz)
+{
+    const auto found =
+        std::find_if(names.begin(), names.end(), [hz](const NamedChannel& channel) { return channel.hz == hz; });
+    return found == names.end() ? "" : found->name;
+}
+
+void printChannelTable(const OccupancyOptions& options, const TypeOccupancy& type,
+                       const std::vector<NamedChannel>& names)
+{
+    using Align = Table::Align;
+    Table table({Align::Right, Align::Right, Align::Right, Align::Right, Align::Right, Align::Right, Align::Right,
+                 Align::Left});
+    table.add(
+        {"Channel", "Occupied", shortest(options.confidence) + " % from", "to", "Emissions", "Samples", "Revisit", ""});
+    for (const ChannelOccupancy& channel : type.channels) {
+        const Figures figures = figuresOf(channel.cycles, options.confidence);
+        std::string remark = nameOf(names, channel.hz);
+        const std::string missing = missingText(options, channel);
+        remark += (remark.empty() || missing.empty() ? "" : ", ") + missing;
+        table.add({frequency(channel.hz), twoDigits(figures.percent) + " %", twoDigits(figures.low),
+                   twoDigits(figures.high), grouped(channel.cycles.emissions()), grouped(channel.cycles.samples()),
+                   shortest(std::round(channel.revisitMs()) / 1000) + " s", remark});
+    }
+    table.print(std::cout, "");
+}
+
+void printHourTable(const OccupancyOptions& options, const TypeOccupancy& type)
+{
+    using Align = Table::Align;
+    Table table({Align::Right, Align::Right, Align::Right, Align::Right, Align::Right, Align::Right});
+    table.add({"Channel", "Hour", "Occupied", shortest(options.confidence) + " % from", "to", "Samples"});
+    for (const ChannelOccupancy& channel : type.channels) {
+        for (const auto& [hour, cycles] : channel.byHour) {
+            const Figures figures = figuresOf(cycles, options.confidence);
+            table.add({frequency(channel.hz), std::to_string(hour), twoDigits(figures.percent) + " %",
+                       twoDigits(figures.low), twoDigits(figures.high), grouped(cycles.samples())});
+        }
+    }
+    std::cout << "\nBy hour of the day (" << (options.time == "local" ? "local" : "UTC") << ")\n";
+    table.print(std::cout, "");
+}
+
+void printBandTable(const OccupancyOptions& options, const TypeOccupancy& type)
+{
+    using Align = Table::Align;
+    Table table({Align::Left, Align::Right, Align::Right, Align::Right, Align::Right});
+    table.add({"Band", "Occupied", shortest(options.confidence) + " % from", "to", "Sweeps"});
+    for (const BandOccupancy& band : type.bands) {
+        if (band.sweeps() > 0) {
+            const Figures figures = figuresOf(band, options.confidence);
+            table.add({frequency(band.lowHz()) + " to " + frequency(band.highHz()), twoDigits(figures.percent) + " %",
+                       twoDigits(figures.low), twoDigits(figures.high), grouped(band.sweeps())});
+        }
+    }
+    std::cout << '\n';
+    table.print(std::cout, "");
+}
+
+void printTables(const OccupancyOptions& options, const TypeOccupancy& type, const std::vector<NamedChannel>& names)
+{
+    std::cout << oneLine(type.device.empty() ? type.keyword : type.device + ": " + type.keyword) << ", "
+              << counted(type.sweeps, "sweep") << ", occupied: "
+              << (options.hasThreshold ? "from " + shortest(options.thresholdDb) + " dB on"
+                                       : shortest(options.aboveDb) + " dB above the noise floor")
+              << '\n';
+    printChannelTable(options, type, names);
+    if (options.byHour) {
+        printHourTable(options, type);
+    }
+    if (!type.bands.empty()) {
+        printBandTable(options, type);
+    }
+}
+
+void printCsvLine(const std::string& begin, const std::string& hour, const Figures& figures, std::uint64_t samples,
+                  std::uint64_t emissions, const std::string& end)
+{
+    std::cout << begin << hour << ',' << shortest(figures.percent) << ',' << shortest(figures.low) << ','
+              << shortest(figures.high) << ',' << samples << ',' << emissions << end << '\n';
+}
+
+void printCsv(const OccupancyOptions& options, const std::vector<TypeOccupancy>& types,
+              const std::vector<NamedChannel>& names)
+{
+    std::cout << "device,keyword,low_hz,high_hz,name,hour,percent,low,high,samples,emissions,revisit_ms,missing_ms\n";
+    for (const TypeOccupancy& type : types) {
+        const std::string begin = csvText(type.device) + ',' + csvText(type.keyword) + ',';
+        for (const ChannelOccupancy& channel : type.channels) {
+            const std::string hz = shortest(channel.hz);
+            const std::string named = begin + hz + ',' + hz + ',' + csvText(nameOf(names, channel.hz)) + ',';
+            const std::string end = ',' + shortest(channel.revisitMs()) + ',' + shortest(missingMs(options, channel));
+            printCsvLine(named, "", figuresOf(channel.cycles, options.confidence), channel.cycles.samples(),
+                         channel.cycles.emissions(), end);
+            for (const auto& [hour, cycles] : channel.byHour) {
+                printCsvLine(named, std::to_string(hour), figuresOf(cycles, options.confidence), cycles.samples(),
+                             cycles.emissions(), ",,");
+            }
+        }
+        for (const BandOccupancy& band : type.bands) {
+            if (band.sweeps() > 0) {
+                std::cout << begin << shortest(band.lowHz()) << ',' << shortest(band.highHz()) << ",,";
+                const Figures figures = figuresOf(band, options.confidence);
+                std::cout << ',' << shortest(figures.percent) << ',' << shortest(figures.low) << ','
+                          << shortest(figures.high) << ',' << band.sweeps() << ",,,\n";
+            }
+        }
+    }
+}
+
+Json cyclesJson(const OccupancyOptions& options, const Cycles& cycles)
+{
+    const Figures figures = figuresOf(cycles, options.confidence);
+    return {{"percent", figures.percent},
+            {"low", figures.low},
+            {"high", figures.high},
+            {"samples", cycles.samples()},
+            {"occupied", cycles.on()},
+            {"emissions", cycles.emissions()},
+            {"independentSamples", cycles.independentSamples()}};
+}
+
+Json channelJson(const OccupancyOptions& options, const ChannelOccupancy& channel,
+                 const std::vector<NamedChannel>& names)
+{
+    Json json = {{"frequencyHz", channel.hz}};
+    const std::string name = nameOf(names, channel.hz);
+    if (!name.empty()) {
+        json["name"] = name;
+    }
+    json.update(cyclesJson(options, channel.cycles));
+    json.update({{"firstMs", channel.firstMs},
+                 {"lastMs", channel.lastMs},
+                 {"revisitMs", channel.revisitMs()},
+                 {"longestRevisitMs", channel.longestMs},
+                 {"enough", missingMs(options, channel) == 0}});
+    for (const auto& [hour, cycles] : channel.byHour) {
+        Json inHour = {{"hour", hour}};
+        inHour.update(cyclesJson(options, cycles));
+        json["hours"].push_back(std::move(inHour));
+    }
+    return json;
+}
+
+void printJson(const OccupancyOptions& options, const Recordings& recordings, const std::vector<TypeOccupancy>& types,
+               const std::vector<NamedChannel>& names)
+{
+    Json document = {{"files", Json::array()}, {"startMsSince1970", recordings.startMs()}};
+    for (const std::string& file : options.files) {
+        document["files"].push_back(shownName(file));
+    }
+    options.hasThreshold ? document["thresholdDb"] = options.thresholdDb : document["aboveDb"] = options.aboveDb;
+    document.update({{"confidence", options.confidence}, {"types", Json::array()}});
+    for (const TypeOccupancy& type : types) {
+        Json json = {{"device", type.device}, {"keyword", type.keyword}, {"type", type.code}, {"sweeps", type.sweeps}};
+        json["channels"] = Json::array();
+        for (const ChannelOccupancy& channel : type.channels) {
+            json["channels"].push_back(channelJson(options, channel, names));
+        }
+        json["bands"] = Json::array();
+        for (const BandOccupancy& band : type.bands) {
+            const Figures figures = band.sweeps() > 0 ? figuresOf(band, options.confidence) : Figures{};
+            json["bands"].push_back({{"lowHz", band.lowHz()},
+                                     {"highHz", band.highHz()},
+                                     {"percent", figures.percent},
+                                     {"low", figures.low},
+                                     {"high", figures.high},
+                                     {"sweeps", band.sweeps()}});
+        }
+        document["types"].push_back(std::move(json));
+    }
+    std::cout << dump(document, 2) << '\n';
+}
+
+}  // namespace
+
+void printOccupancy(const OccupancyOptions& options, const Recordings& recordings,
+                    const std::vector<TypeOccupancy>& types, const std::vector<NamedChannel>& names)
+{
+    if (options.json) {
+        return printJson(options, recordings, types, names);
+    }
+    if (options.csv) {
+        return printCsv(options, types, names);
+    }
+    const char* between = "";
+    for (const TypeOccupancy& type : types) {
+        std::cout << between;
+        printTables(options, type, names);
+        between = "\n";
+    }
+}
+
+}  // namespace RecTool
