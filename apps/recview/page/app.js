@@ -17,10 +17,11 @@ import * as state from './modules/state.js';
 import * as map from './modules/map.js';
 import * as polar from './modules/polar.js';
 import * as play from './modules/play.js';
+import * as record from './modules/record.js';
 import * as status from './modules/status.js';
 import * as keys from './modules/keys.js';
 
-const panels = { toolbar, bookmarks, waterfall, values, channel, cursor, spectrum, tabs, state, map, polar, play, status };
+const panels = { toolbar, bookmarks, waterfall, values, channel, cursor, spectrum, tabs, state, map, polar, play, record, status };
 
 function watchColumn() {
     const column = document.getElementById('time');

@@ -2,7 +2,7 @@
 
 /**
  * @param {string} tag @param {object} [properties] of the element; `aria` and `data` are objects of their own
- * @param {...(Node|string)} children
+ * @param {...(Node|string|(Node|string)[])} children
  */
 export function element(tag, properties = {}, ...children) {
     const made = document.createElement(tag);
@@ -15,7 +15,7 @@ export function element(tag, properties = {}, ...children) {
     for (const [name, value] of Object.entries(aria)) {
         made.setAttribute(`aria-${name}`, value);
     }
-    made.append(...children);
+    made.append(...children.flat());
     return made;
 }
 

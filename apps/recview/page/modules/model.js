@@ -26,6 +26,7 @@
  * @property {number[]} values codes of the values under the waterfall
  * @property {?number[]} loop the span that is played again and again
  * @property {string} panel state, map or polar
+ * @property {?object} record the one that is shown: {at, code, hz} to ask for, or {at, answer}
  */
 
 /** @type {State} */
@@ -36,7 +37,7 @@ const state = {
     levelLow: -120, levelHigh: -40, autoLevel: true, map: 'viridis', of: 'max',
     utc: true, dark: null,
     follow: false, playing: false, speed: 1, values: [], loop: null,
-    panel: 'state',
+    panel: 'state', record: null,
 };
 const listeners = [];
 

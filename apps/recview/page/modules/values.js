@@ -1,5 +1,210 @@
-// The panel values.
+// Values under the waterfall: numbers as lines, everything else as bands of what it was, on the waterfall's time axis.
+import { geometry, onLayout, timeToX, xToTime } from './axes.js';
+import { element } from './dom.js';
+import { button } from './elements.js';
+import { latest } from './latest.js';
+import * as text from './text.js';
+import { onChange } from './theme.js';
+import { Bands } from './valuebands.js';
+import { Line } from './valueline.js';
 
-/** Fills its container. */
+const kindsShown = ['number', 'text', 'selection', 'boolean'];
+
 export function create(container, model, server) {
+    new Values(container, model, server);
+}
+
+class Values {
+    constructor(container, model, server) {
+        this.container = container;
+        this.model = model;
+        this.server = server;
+        this.rows = new Map(); // by type code
+        this.loadedEnd = 0;
+        this.build();
+        this.load = latest(() => this.loadAll(), (error) => this.say(error));
+        this.readCursor = latest(() => this.loadCursor(), (error) => this.say(error));
+        model.on(['recording', 'recordings'], () => this.drawChooser());
+        model.on(['recording', 'recordings', 'values'], () => this.chosen());
+        model.on(['from', 'to'], () => this.moved());
+        model.on(['from', 'to', 'at'], () => this.drawCursor());
+        model.on(['at', 'utc'], () => this.readCursor());
+        model.on(['end'], (state, changed) => changed.has('from') || this.grown());
+        onChange(() => this.redraw());
+        onLayout(() => this.moved());
+        this.drawChooser();
+        this.chosen();
+    }
+
+    build() {
+        this.choices = element('fieldset', {}, element('legend', {}, 'Values of this recording'));
+        this.summary = element('summary', {}, 'Values');
+        this.menu = element('details', { className: 'menu' }, this.summary, element('div', { className: 'menu-body' }, this.choices));
+        this.menu.addEventListener('keydown', (event) => {
+            if (event.key === 'Escape') {
+                this.menu.open = false;
+                this.summary.focus();
+                event.stopPropagation();
+            }
+        });
+        this.note = element('p', { className: 'note error', role: 'status' });
+        this.list = element('div', { className: 'value-rows' });
+        this.line = element('div', { className: 'cursor-line', hidden: true });
+        this.list.append(this.line);
+        this.container.replaceChildren(this.menu, this.note, this.list);
+    }
+
+    say(error) {
+        if (!this.server.isOvertaken(error)) {
+            this.note.textContent = error.message;
+        }
+    }
+
+    offered() {
+        return (this.model.get().recording?.values ?? []).filter(({ kind }) => kindsShown.includes(kind));
+    }
+
+    drawChooser() {
+        const { values } = this.model.get();
+        const offered = this.offered();
+        const boxes = offered.map((value) => {
+            const box = element('input', { type: 'checkbox', checked: values.includes(value.code) });
+            box.addEventListener('change', () => this.toggle(value.code, box.checked));
+            box.dataset.code = value.code;
+            return element('label', {}, box, ` ${value.keyword ?? `type ${value.code}`}`);
+        });
+        this.choices.replaceChildren(element('legend', {}, 'Values of this recording'), ...boxes);
+        this.menu.hidden = offered.length === 0;
+    }
+
+    toggle(code, on) {
+        const others = this.model.get().values.filter((one) => one !== code);
+        this.model.set({ values: on ? [...others, code] : others });
+    }
+
+    /** Makes the rows that are chosen, in that order. */
+    chosen() {
+        const { recording, values } = this.model.get();
+        const wanted = values.map((code) => this.offered().find((value) => value.code === code)).filter((value) => value);
+        for (const [code, row] of this.rows) {
+            if (row.recording !== recording?.id || !wanted.some((value) => value.code === code)) {
+                row.plot?.remove();
+                row.element.remove();
+                this.rows.delete(code);
+            }
+        }
+        for (const value of wanted) {
+            if (!this.rows.has(value.code)) {
+                this.rows.set(value.code, this.newRow(value, recording.id));
+            }
+            this.list.append(this.rows.get(value.code).element);
+        }
+        for (const box of this.choices.querySelectorAll('input')) {
+            box.checked = values.includes(Number(box.dataset.code));
+        }
+        this.summary.textContent = wanted.length > 0 ? `Values (${wanted.length})` : 'Values';
+        this.note.textContent = '';
+        this.load();
+        this.readCursor();
+        this.drawCursor();
+    }
+
+    newRow(value, recording) {
+        const name = value.keyword ?? `type ${value.code}`;
+        const row = { value, recording, plot: null, data: null, now: element('output', { className: 'value-now' }),
+            place: element('div', { className: 'value-plot' }) };
+        const head = element('div', { className: 'value-head' }, element('h3', {}, name), row.now,
+            button('Remove', () => this.toggle(value.code, false), { ariaLabel: `Remove ${name}` }));
+        row.element = element('section', { className: 'value' }, head, row.place);
+        row.element.setAttribute('aria-label', name);
+        row.element.dataset.code = value.code;
+        row.place.addEventListener('click', (event) => this.model.set({ at: this.timeOf(event) }));
+        row.place.addEventListener('pointermove', (event) => this.hover(row, this.timeOf(event)));
+        row.place.addEventListener('pointerleave', () => this.showNow(row));
+        return row;
+    }
+
+    timeOf(event) {
+        return xToTime(event.clientX - this.container.getBoundingClientRect().left);
+    }
+
+    async loadAll() {
+        for (const row of [...this.rows.values()]) {
+            const { recording, from, to } = this.model.get();
+            if (row.recording !== recording?.id || !(to > from)) {
+                continue;
+            }
+            const data = await this.server.json('/api/values', { recording: recording.id, type: row.value.code, from, to,
+                columns: Math.min(4096, Math.round(geometry.width)) });
+            this.take(row, data);
+        }
+        this.readCursor();
+    }
+
+    take(row, data) {
+        if (this.rows.get(row.value.code) !== row) {
+            return;
+        }
+        row.data = data;
+        row.plot ??= data.kind === 'number' ? new Line(row.place, this.model) : new Bands(row.place, this.model);
+        row.plot.take(data);
+        this.showNow(row);
+    }
+
+    moved() {
+        this.redraw();
+        this.load();
+    }
+
+    redraw() {
+        for (const row of this.rows.values()) {
+            row.plot?.draw();
+        }
+        this.drawCursor();
+    }
+
+    /** What a recording grew by is of interest only where it is in view. */
+    grown() {
+        const { to, end } = this.model.get();
+        if (to >= this.loadedEnd) {
+            this.loadedEnd = end;
+            this.load();
+        }
+    }
+
+    drawCursor() {
+        const { at, from, to } = this.model.get();
+        this.line.hidden = at === null || at < from || at > to || this.rows.size === 0;
+        if (!this.line.hidden) {
+            this.line.style.left = `${timeToX(at)}px`;
+        }
+    }
+
+    /** What every shown value is at the cursor: what "state" says, as lines that are zoomed out hold less. */
+    async loadCursor() {
+        const { recording, at } = this.model.get();
+        if (!recording || at === null || this.rows.size === 0) {
+            this.rows.forEach((row) => this.setNow(row, ''));
+            return;
+        }
+        const { state } = await this.server.json('/api/state', { recording: recording.id, at });
+        for (const row of this.rows.values()) {
+            const found = state.find(({ code }) => code === row.value.code);
+            this.setNow(row, found ? text.value(found.value, row.value.unit) : 'not yet recorded');
+        }
+    }
+
+    setNow(row, words) {
+        row.atCursor = words;
+        this.showNow(row);
+    }
+
+    showNow(row) {
+        row.now.textContent = row.atCursor ?? '';
+    }
+
+    hover(row, ms) {
+        const words = row.plot?.textAt(ms);
+        row.now.textContent = words ? `${words} at ${text.clock(ms, this.model.get().utc)}` : row.atCursor ?? '';
+    }
 }

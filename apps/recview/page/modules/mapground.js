@@ -1,0 +1,64 @@
+// What lies under the bearings on the map: coastlines, which come with the page, and a graticule. No tiles, no server.
+import { degreesText, graticuleStep } from './earth.js';
+import { element } from './dom.js';
+import { colour } from './theme.js';
+
+export class Ground {
+    constructor(map) {
+        this.map = map;
+        // A pane of its own keeps it below all that is clicked, however late it comes.
+        const pane = map.createPane('ground');
+        pane.style.zIndex = 250;
+        pane.style.pointerEvents = 'none';
+        this.style = { pane: 'ground', renderer: L.canvas({ pane: 'ground' }), interactive: false, weight: 1 };
+        this.land = L.layerGroup().addTo(map);
+        this.lines = L.layerGroup().addTo(map);
+        this.shape = null;
+        map.on('moveend', () => this.drawGraticule());
+        this.draw();
+    }
+
+    /** Reads the land of the earth; throws an Error with a sentence. */
+    async load() {
+        const answer = await fetch('/vendor/land-110m.json');
+        if (!answer.ok) {
+            throw new Error(`the server answered ${answer.status}.`);
+        }
+        const topology = await answer.json();
+        this.shape = topojson.feature(topology, topology.objects.land);
+        this.draw();
+    }
+
+    /** With the colours of now. */
+    draw() {
+        this.land.clearLayers();
+        if (this.shape) {
+            L.geoJSON(this.shape, { ...this.style, color: colour('dim'), fillColor: colour('land'), fillOpacity: 1 }).addTo(this.land);
+        }
+        this.drawGraticule();
+    }
+
+    /** Lines of latitude and longitude that suit what is seen, each with its degrees at the edge. */
+    drawGraticule() {
+        this.lines.clearLayers();
+        const bounds = this.map.getBounds();
+        const [south, north] = [Math.max(-85, bounds.getSouth()), Math.min(85, bounds.getNorth())];
+        const [west, east] = [bounds.getWest(), bounds.getEast()];
+        const step = graticuleStep(Math.min(east - west, 360), Math.max(2, this.map.getSize().x / 130));
+        for (let count = Math.ceil(west / step); count * step <= east; ++count) {
+            const lon = count * step;
+            const round = ((lon + 180) % 360 + 360) % 360 - 180;
+            this.addLine([[south, lon], [north, lon]], degreesText(round, step, 'E', 'W'), [south, lon]);
+        }
+        for (let count = Math.ceil(south / step); count * step <= north; ++count) {
+            const lat = count * step;
+            this.addLine([[lat, west], [lat, east]], degreesText(lat, step, 'N', 'S'), [lat, west]);
+        }
+    }
+
+    addLine(points, words, place) {
+        L.polyline(points, { ...this.style, color: colour('line') }).addTo(this.lines);
+        L.marker(place, { pane: 'ground', interactive: false, keyboard: false, icon: L.divIcon({ className: 'degrees',
+            iconSize: null, html: element('span', {}, words) }) }).addTo(this.lines);
+    }
+}
