@@ -134,14 +134,6 @@ QString targetOf(const ArchiveFetchOptions& options, const FileInfo& file)
 
 }  // namespace
 
-void useArchive(const std::string& configurationFile)
-{
-    if (!configurationFile.empty()) {
-        Zelvo::SetProcessArchive(
-            Zelvo::LoadArchiveConfiguration(QFile::decodeName(QByteArray::fromStdString(configurationFile))));
-    }
-}
-
 ExitCode archiveStatus(const ArchiveStatusOptions& options)
 {
     const Zelvo::ArchiveStatus status = Zelvo::Archive(configuration()).status();

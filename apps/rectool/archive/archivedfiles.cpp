@@ -1,8 +1,6 @@
 // Requesting files from the archive under a lock, and giving them back, changed or not.
 #include "archivedfiles.h"
 
-#include <map>
-#include <memory>
 #include <utility>
 
 #include <QFile>
@@ -19,26 +17,11 @@ bool isArchiveAddress(const std::string& name)
     return name.starts_with("zelvo:");  // also one with mistakes, of which the archive tells
 }
 
-namespace {
+ArchivedFiles::ArchivedFiles(bool change) : m_change(change)
+{
+}
 
-/// Files of the archive, locked and at hand while this exists. What was changed is stored by giveBack only.
-class ArchivedFiles {
-public:
-    /// @param change the files are to be changed, and nobody else may use them meanwhile
-    explicit ArchivedFiles(bool change) : m_change(change) {}
-
-    /// Puts the local path in the place of an address; another name stays.
-    /// @return false, told, when the archive does not give the file
-    bool take(std::string& name);
-    /// Gives the files back after a verb. A change is stored only where the verb was Fine.
-    /// @return the result, or, told, CannotRead when the change could not be stored
-    [[nodiscard]] ExitCode giveBack(ExitCode result);
-
-private:
-    bool m_change;
-    std::unique_ptr<Zelvo::ZelvoClient> m_client;
-    std::map<std::string, std::string> m_paths;  // by address
-};
+ArchivedFiles::~ArchivedFiles() = default;
 
 bool ArchivedFiles::take(std::string& name)
 {
@@ -92,6 +75,8 @@ ExitCode ArchivedFiles::giveBack(ExitCode result)
     m_paths.clear();
     return result;
 }
+
+namespace {
 
 /// @return CannotRead, told, where the archive does not give one of them
 ExitCode takeList(ArchivedFiles& files, const NamedFiles& named)

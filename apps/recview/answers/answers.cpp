@@ -5,11 +5,16 @@
 #include <array>
 #include <exception>
 #include <new>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
+#include <recording2/inspection/filename.h>
+
 #include "context.h"
 #include "jsontext.h"
+#include "rectool/archive/archivedfiles.h"
+#include "rectool/printing/output.h"
 
 namespace RecView {
 
@@ -32,6 +37,7 @@ constexpr std::array Endpoints{
     Endpoint{"/api/spectrum", answerSpectrum},
     Endpoint{"/api/channel", answerChannel},
     Endpoint{"/api/sweep", answerSweep},
+    Endpoint{"/api/csv", answerCsv},
 };
 
 Response errorResponse(int status, const std::string& sentence)
@@ -42,13 +48,35 @@ Response errorResponse(int status, const std::string& sentence)
     return response;
 }
 
-std::vector<NamedPath> namedPaths(const Options& options)
+/// Recordings of the archive are at hand, and locked for whoever would change them, as long as the archive's files are.
+/// @throws std::runtime_error where it does not give one
+std::vector<NamedPath> namedPaths(const Options& options, RecTool::ArchivedFiles& archived)
 {
+    if (!options.archiveConfiguration.empty()) {
+        RecTool::useArchive(options.archiveConfiguration);
+    }
+    const RecTool::Complaints complaints;
     std::vector<NamedPath> paths;
     for (const std::string& path : options.paths) {
-        paths.push_back({path, path});
+        NamedPath named{path, path};
+        if (!archived.take(named.path)) {
+            throw std::runtime_error(path + ": " + complaints.text());
+        }
+        paths.push_back(std::move(named));
     }
     return paths;
+}
+
+Cache::Options cacheOptions(const Options& options)
+{
+    Cache::Options cache;
+    if (!options.cacheDirectory.empty()) {
+        cache.directory = Recording2::Inspection::native(options.cacheDirectory);
+    }
+    if (options.cacheBytes != 0) {
+        cache.bytes = options.cacheBytes;
+    }
+    return cache;
 }
 
 }  // namespace
@@ -57,15 +85,51 @@ struct Answers::Private {
     Private(Options given, Events& toEvents)
         : options(std::move(given)),
           events(toEvents),
-          catalog(namedPaths(options), [this] { events.publish("changed", "{}"); })
+          overviews(cacheOptions(options), [this](const RecordedFile& file) { tellMade(file); }),
+          catalog(namedPaths(options, archived), overviews,
+                  {[this] { events.publish("changed", "{}"); },
+                   [this](const std::string& id, double endMs) { tellGrown(id, endMs); }})
     {
         catalog.look();
         catalog.start();
+    }
+    Private(const Private&) = delete;
+    Private& operator=(const Private&) = delete;
+    ~Private() { overviews.stop(); }  // whose thread asks the catalog
+
+    void tellGrown(const std::string& id, double endMs)
+    {
+        std::string json;
+        {
+            JsonObject object(json);
+            object.text("recording", id);
+            object.number("endMs", endMs);
+        }
+        events.publish("grown", std::move(json));
+    }
+    void tellMade(const RecordedFile& file)
+    {
+        const ListingPointer listing = catalog.listing();
+        for (const Timeline& timeline : listing->timelines) {
+            const bool isOfIt = std::any_of(timeline.files.begin(), timeline.files.end(),
+                                            [&](const FilePointer& one) { return one->path == file.path; });
+            if (isOfIt) {
+                std::string json;
+                {
+                    JsonObject object(json);
+                    object.text("recording", timeline.id);
+                    object.number("made", madeOf(overviews, timeline));
+                }
+                events.publish("made", std::move(json));
+            }
+        }
     }
 
     Options options;
     Events& events;
     std::mutex changing;
+    RecTool::ArchivedFiles archived{false};
+    Overviews overviews;
     Catalog catalog;
 };
 
@@ -86,7 +150,7 @@ Response Answers::operator()(const Request& request)
         return errorResponse(405, "This path does not take " + request.method + ".");
     }
     try {
-        return endpoint->answer({d->options, d->catalog, d->changing}, request);
+        return endpoint->answer({d->options, d->catalog, d->overviews, d->changing}, request);
     } catch (const Refusal& refusal) {
         return errorResponse(refusal.status(), refusal.what());
     } catch (const std::bad_alloc&) {

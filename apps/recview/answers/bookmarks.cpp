@@ -58,6 +58,15 @@ PostedChange parsedChange(const std::string& body)
     return change;
 }
 
+Inspection::Summary readTables(const RecordedFile& file)
+{
+    Inspection::Summary summary = Inspection::inspect(file.path);
+    if (summary.readability != Inspection::Readability::Ok) {
+        throw Refusal(404, file.name + ": " + summary.problem);
+    }
+    return summary;
+}
+
 Response listOf(const Timeline& timeline)
 {
     Response response;
@@ -88,6 +97,9 @@ const RecordedFile& fileOf(const Timeline& timeline, double ms)
     const RecordedFile& file = *timeline.files[timeline.fileAt(ms)];
     if (file.live) {
         throw Refusal(409, file.name + " is being written; bookmarks can be set when it is closed.");
+    }
+    if (file.archived) {
+        throw Refusal(409, file.name + " lies in the archive, which is only read here; `rectool bookmark` changes it.");
     }
     if (ms < timeline.startMs() || ms > timeline.endMs()) {
         throw Refusal(400, "\"ms\" does not lie in the recording.");

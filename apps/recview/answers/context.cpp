@@ -1,4 +1,4 @@
-// Finding the recording and the type that a request names.
+// Finding the recording, the type and the overviews that a request is about.
 #include "context.h"
 
 #include <algorithm>
@@ -8,9 +8,10 @@
 
 #include <QString>
 
-namespace RecView {
+#include "recordings/valuequeries.h"
+#include "rectool/replay/typenames.h"
 
-namespace Inspection = Recording2::Inspection;
+namespace RecView {
 
 Asked askedRecording(const Context& context, const Parameters& parameters)
 {
@@ -23,14 +24,54 @@ Asked askedRecording(const Context& context, const Parameters& parameters)
     return {std::move(listing), timeline};
 }
 
-RecordedType askedType(const Timeline& timeline, const Parameters& parameters)
+namespace {
+
+RecordedType typeOfKind(const KeptKind& kept, const RecordedFile& file)
+{
+    RecordedType type;
+    type.code = kept.code;
+    type.kind = static_cast<Kind>(kept.kind);
+    type.keyword = RecTool::TypeNames(file.types).label(kept.code);
+    type.unit = unitOf(type.kind, type.keyword);
+    return type;
+}
+
+void addTypes(const Overview& overview, const RecordedFile& file, RecordedTypes& types)
+{
+    for (const KeptKind& kept : kindsOf(overview)) {
+        types.try_emplace(kept.code, typeOfKind(kept, file));
+    }
+    for (const Spectrum& spectrum : overview.spectra()) {
+        const auto found = types.find(spectrum.code);
+        if (found != types.end()) {
+            found->second.lowHz = std::fmin(found->second.lowHz, spectrum.span.lowHz);
+            found->second.highHz = std::fmax(found->second.highHz, spectrum.span.highHz);
+        }
+    }
+}
+
+}  // namespace
+
+RecordedTypes typesOf(const Context& context, const Timeline& timeline)
+{
+    RecordedTypes types = timeline.recorded();
+    for (const FilePointer& file : timeline.files) {
+        const std::shared_ptr<Overview> overview = file->live ? file->growing : context.overviews.known(*file).overview;
+        if (overview != nullptr) {
+            addTypes(*overview, *file, types);
+        }
+    }
+    return types;
+}
+
+RecordedType askedType(const Context& context, const Timeline& timeline, const Parameters& parameters)
 {
     const std::string& name = parameters.text("type");
     std::int32_t code = 0;
     const char* const end = name.data() + name.size();
     const auto [last, error] = std::from_chars(name.data(), end, code);
     const bool isNumber = error == std::errc() && last == end;
-    for (const auto& [number, type] : timeline.recorded()) {
+    for (const auto& [number, type] : typesOf(context, timeline)) {
         const bool isKeyword =
             QString::fromStdString(name).compare(QString::fromStdString(type.keyword), Qt::CaseInsensitive) == 0;
         if (isNumber ? number == code : isKeyword) {
@@ -40,33 +81,84 @@ RecordedType askedType(const Timeline& timeline, const Parameters& parameters)
     throw Refusal(400, "The parameter \"type\" names nothing that this recording holds.");
 }
 
-RecordedType askedType(const Timeline& timeline, const Parameters& parameters, Kind kind)
+RecordedType askedSpectrum(const Context& context, const Timeline& timeline, const Parameters& parameters)
 {
-    RecordedType type = askedType(timeline, parameters);
-    if (type.kind != kind) {
-        throw Refusal(400, std::string("The parameter \"type\" does not name ") + nameOf(kind) + ".");
+    RecordedType type = askedType(context, timeline, parameters);
+    if (type.kind != Kind::Levels) {
+        throw Refusal(400, "The parameter \"type\" names no spectrum.");
     }
     return type;
 }
 
-std::uint64_t timeIn(const RecordedFile& file, double ms)
+double OverviewedFile::endMs() const
 {
-    const double time = std::floor(ms - static_cast<double>(file.startMs));
-    return time < 1 ? 0 : static_cast<std::uint64_t>(time);
+    return static_cast<double>(file->endMs);
+}
+
+Stretch OverviewedFile::within(const Stretch& time) const
+{
+    return {std::max(time.fromMs, startMs()), std::max(startMs(), std::min(time.toMs, endMs()))};
+}
+
+OverviewedFile overviewOf(const Context& context, const FilePointer& file)
+{
+    if (file->live) {
+        return {file, file->growing, 1};
+    }
+    Made made = context.overviews.of(file);
+    if (!made.problem.empty()) {
+        throw Refusal(503, file->name + ": " + made.problem);
+    }
+    return {file, std::move(made.overview), made.share};
+}
+
+std::vector<OverviewedFile> overviewsIn(const Context& context, const Timeline& timeline, const Stretch& time)
+{
+    constexpr double LongestInForceMs = 60'000;  // the last sweep of a file counts for some time
+    std::vector<OverviewedFile> files;
+    std::string problem;
+    for (const FilePointer& file : timeline.files) {
+        const bool reaches = static_cast<double>(file->startMs) <= time.toMs &&
+                             static_cast<double>(file->endMs) + LongestInForceMs >= time.fromMs;
+        if (!reaches) {
+            continue;
+        }
+        try {
+            files.push_back(overviewOf(context, file));
+        } catch (const Refusal& refusal) {
+            problem = refusal.what();
+        }
+    }
+    if (files.empty() && !problem.empty()) {
+        throw Refusal(503, problem);
+    }
+    return files;
+}
+
+double madeOf(const std::vector<OverviewedFile>& files)
+{
+    double made = 0;
+    double all = 0;
+    for (const OverviewedFile& file : files) {
+        const double bytes = std::max(1.0, static_cast<double>(file.file->bytes));
+        made += bytes * file.share;
+        all += bytes;
+    }
+    return all == 0 ? 1 : made / all;
+}
+
+double madeOf(const Overviews& overviews, const Timeline& timeline)
+{
+    std::vector<OverviewedFile> files;
+    for (const FilePointer& file : timeline.files) {
+        files.push_back({file, nullptr, file->live ? 1 : overviews.known(*file).share});
+    }
+    return madeOf(files);
 }
 
 double sinceEpoch(const RecordedFile& file, double timeMs)
 {
     return static_cast<double>(file.startMs) + timeMs;
-}
-
-Inspection::Summary readTables(const RecordedFile& file)
-{
-    Inspection::Summary summary = Inspection::inspect(file.path);
-    if (summary.readability != Inspection::Readability::Ok) {
-        throw Refusal(404, file.name + ": " + summary.problem);
-    }
-    return summary;
 }
 
 }  // namespace RecView

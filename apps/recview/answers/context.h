@@ -4,13 +4,14 @@
 #include <functional>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include <recording2/inspection/inspection.h>
 
 #include "answers.h"
 #include "parameters.h"
 #include "recordings/catalog.h"
-#include "rectool/replay/inforce.h"
+#include "recordings/overviews.h"
 
 namespace RecView {
 
@@ -18,6 +19,7 @@ namespace RecView {
 struct Context {
     const Options& options;
     Catalog& catalog;
+    Overviews& overviews;
     std::mutex& changing;  ///< held by whoever changes a recording
 };
 
@@ -28,18 +30,39 @@ struct Asked {
 };
 /// @throws Refusal 400 where "recording" is missing, 404 where there is none of that name
 [[nodiscard]] Asked askedRecording(const Context& context, const Parameters& parameters);
-/// The type that "type" names, by number or keyword. @throws Refusal 400
-[[nodiscard]] RecordedType askedType(const Timeline& timeline, const Parameters& parameters);
-/// The same, where it has to be of a kind.
-[[nodiscard]] RecordedType askedType(const Timeline& timeline, const Parameters& parameters, Kind kind);
 
-/// The last millisecond of a file's own times that is not after a moment; 0 before its first one.
-[[nodiscard]] std::uint64_t timeIn(const RecordedFile& file, double ms);
+/// What a recording holds, as far as anybody knows: of a file whose overview is made, all of it.
+[[nodiscard]] RecordedTypes typesOf(const Context& context, const Timeline& timeline);
+/// The type that "type" names, by number or keyword. @throws Refusal 400
+[[nodiscard]] RecordedType askedType(const Context& context, const Timeline& timeline, const Parameters& parameters);
+/// The same, where it has to be a spectrum.
+[[nodiscard]] RecordedType askedSpectrum(const Context& context, const Timeline& timeline,
+                                         const Parameters& parameters);
+
+/// A file of a recording with its overview.
+struct OverviewedFile {
+    FilePointer file;
+    std::shared_ptr<Overview> overview;  ///< what there is so far; may be null
+    double share = 0;                    ///< how much of it there is
+
+    [[nodiscard]] double startMs() const { return static_cast<double>(file->startMs); }
+    [[nodiscard]] double endMs() const;
+    /// What of a stretch this file may hold something of.
+    [[nodiscard]] Stretch within(const Stretch& time) const;
+};
+/// @throws Refusal 503 where it cannot be made
+[[nodiscard]] OverviewedFile overviewOf(const Context& context, const FilePointer& file);
+/// Those files of a recording that reach into a stretch, in their order. A file that cannot be overviewed is left out,
+/// unless all of them are.
+[[nodiscard]] std::vector<OverviewedFile> overviewsIn(const Context& context, const Timeline& timeline,
+                                                      const Stretch& time);
+/// How much of some files is made, by bytes.
+[[nodiscard]] double madeOf(const std::vector<OverviewedFile>& files);
+/// The same of a whole recording, without making any.
+[[nodiscard]] double madeOf(const Overviews& overviews, const Timeline& timeline);
+
 /// A time of a file since 1970.
 [[nodiscard]] double sinceEpoch(const RecordedFile& file, double timeMs);
-
-/// Reads the tables of a file. @throws Refusal where it has gone or cannot be read any more
-[[nodiscard]] Recording2::Inspection::Summary readTables(const RecordedFile& file);
 
 // The answers, each in a source of its own.
 [[nodiscard]] Response answerRecordings(const Context& context, const Request& request);

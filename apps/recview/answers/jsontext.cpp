@@ -18,8 +18,12 @@ void appendShortest(std::string& out, Number number)
         out += "null";
         return;
     }
-    std::array<char, 32> digits{};
-    out.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
+    constexpr double Most = 1e15;  // times and frequencies have no exponent
+    std::array<char, 48> digits{};
+    char* const end = digits.data() + digits.size();
+    const bool isPlain = std::abs(number) < Most && (number == 0 || std::abs(number) > 1 / Most);
+    out.append(digits.data(), isPlain ? std::to_chars(digits.data(), end, number, std::chars_format::fixed).ptr
+                                      : std::to_chars(digits.data(), end, number).ptr);
 }
 
 }  // namespace

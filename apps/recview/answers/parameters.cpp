@@ -121,4 +121,26 @@ Parameters::Span Parameters::frequencies() const
     return span;
 }
 
+Parameters::Span Parameters::stretch() const
+{
+    const Span span = moments();
+    if (span.from == span.to) {
+        refuseParameter("to", "is the same as \"from\"");
+    }
+    return span;
+}
+
+Parameters::Span Parameters::band(double lowest, double highest) const
+{
+    Span span = frequencies();
+    if (!has("low")) {
+        span = {std::isfinite(lowest) ? lowest : 0, std::isfinite(highest) ? highest : 0};
+        span.to = span.from < span.to ? span.to : span.from + 1;  // of a single channel
+    }
+    if (span.from == span.to) {
+        refuseParameter("high", "is the same as \"low\"");
+    }
+    return span;
+}
+
 }  // namespace RecView

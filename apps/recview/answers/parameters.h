@@ -44,7 +44,10 @@ public:
         double to = 0;
     };
     [[nodiscard]] Span moments() const;      ///< "from" and "to", in this order
+    [[nodiscard]] Span stretch() const;      ///< the same, which must be apart
     [[nodiscard]] Span frequencies() const;  ///< "low" and "high", in this order; everything where both are missing
+    /// The same, which must be apart. @param lowest, highest where both are missing
+    [[nodiscard]] Span band(double lowest, double highest) const;
 
 private:
     [[nodiscard]] double number(const std::string& name, const char* what) const;

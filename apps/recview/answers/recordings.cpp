@@ -31,12 +31,12 @@ void appendFile(std::string& out, const RecordedFile& file)
     object.truth("live", file.live);
 }
 
-void appendTimeline(std::string& out, const Timeline& timeline)
+void appendTimeline(std::string& out, const Context& context, const Timeline& timeline)
 {
     std::vector<RecordedType> values;
     std::vector<RecordedType> spectra;
     bool hasBearings = false;
-    for (const auto& [code, type] : timeline.recorded()) {
+    for (const auto& [code, type] : typesOf(context, timeline)) {
         values.push_back(type);
         hasBearings = hasBearings || type.kind == Kind::Bearings;
         if (type.kind == Kind::Levels) {
@@ -56,7 +56,7 @@ void appendTimeline(std::string& out, const Timeline& timeline)
     object.list("spectra", spectra, [&](const RecordedType& type) { appendType(out, type, true); });
     object.list("values", values, [&](const RecordedType& type) { appendType(out, type, false); });
     object.truth("hasBearings", hasBearings);
-    object.number("made", 1.0);
+    object.number("made", madeOf(context.overviews, timeline));
 }
 
 }  // namespace
@@ -69,7 +69,8 @@ Response answerRecordings(const Context& context, const Request& request)
     std::string& out = response.body;
     JsonObject object(out);
     object.truth("edit", context.options.edit);
-    object.list("recordings", listing->timelines, [&](const Timeline& timeline) { appendTimeline(out, timeline); });
+    object.list("recordings", listing->timelines,
+                [&](const Timeline& timeline) { appendTimeline(out, context, timeline); });
     object.list("problems", listing->problems, [&](const Problem& problem) {
         JsonObject entry(out);
         entry.text("name", problem.name);

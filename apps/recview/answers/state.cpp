@@ -6,28 +6,15 @@
 #include "context.h"
 #include "jsontext.h"
 #include "rectool/printing/recordjson.h"
+#include "rectool/replay/inforce.h"
 #include "rectool/replay/typenames.h"
 
 namespace RecView {
 
-namespace Inspection = Recording2::Inspection;
 using RecTool::InForce;
 using RecTool::LastRecord;
 
 namespace {
-
-constexpr std::uint64_t NoTime = std::numeric_limits<std::uint64_t>::max();
-
-/// Applies what is recorded up to a time.
-void restore(const RecordedFile& file, const Inspection::Summary& summary, std::uint64_t time, InForce& state)
-{
-    Inspection::walkRecords(file.path, summary, [&](const Inspection::Record& record) {
-        if (record.timeMs <= time) {
-            state.apply(record);
-        }
-        return record.timeMs <= time;
-    });
-}
 
 struct WantedRecord {
     std::int32_t code = 0;
@@ -48,25 +35,10 @@ const LastRecord* newest(const InForce& state, const WantedRecord& wanted)
     return found;
 }
 
-/// Restores the state up to and with the first wanted record after a time.
-const LastRecord* firstAfter(const RecordedFile& file, const Inspection::Summary& summary, std::uint64_t time,
-                             const WantedRecord& wanted, InForce& state)
-{
-    std::optional<std::int32_t> found;
-    Inspection::walkRecords(file.path, summary, [&](const Inspection::Record& record) {
-        state.apply(record);
-        if (record.timeMs > time && wanted.is(record.code)) {
-            found = record.code;
-        }
-        return !found;
-    });
-    return found ? state.find(*found) : nullptr;
-}
-
-Response recordResponse(const RecordedFile& file, const Inspection::Summary& summary, const LastRecord& last)
+Response recordResponse(const RecordedFile& file, const LastRecord& last)
 {
     Response response;
-    const RecTool::TypeNames names(summary.types);
+    const RecTool::TypeNames names(file.types);
     JsonObject object(response.body);
     object.number("ms", sinceEpoch(file, static_cast<double>(last.record.timeMs)));
     object.text("file", file.name);
@@ -74,12 +46,32 @@ Response recordResponse(const RecordedFile& file, const Inspection::Summary& sum
     return response;
 }
 
-/// The time before which, or up to which, a record is looked for in a file.
-std::optional<std::uint64_t> lastTimeFor(const RecordedFile& file, double ms, std::int64_t step)
+/// The last record up to a moment, or before it; none where it is not of this file.
+std::optional<Response> lastRecord(const OverviewedFile& file, double ms, bool before, const WantedRecord& wanted)
 {
-    const double time = ms - static_cast<double>(file.startMs);
-    const double last = step == 0 ? std::floor(time) : std::ceil(time) - 1;  // the one before lies before the moment
-    return last < 1 ? std::nullopt : std::optional(static_cast<std::uint64_t>(last));
+    const double time = before ? std::ceil(ms) - 1 : ms;
+    if (file.overview == nullptr || time < file.startMs()) {
+        return std::nullopt;
+    }
+    const InForce state = file.overview->stateAt(time);
+    const LastRecord* last = newest(state, wanted);
+    return last == nullptr ? std::nullopt : std::optional(recordResponse(*file.file, *last));
+}
+
+std::optional<Response> firstRecordAfter(const OverviewedFile& file, double ms, const WantedRecord& wanted)
+{
+    std::optional<Response> found;
+    if (file.overview == nullptr) {
+        return found;
+    }
+    file.overview->walk({ms, std::numeric_limits<double>::infinity()}, [&](const Record& record, const InForce& state) {
+        const bool isAfter = sinceEpoch(*file.file, static_cast<double>(record.timeMs)) > ms;
+        if (isAfter && record.timeMs != 0 && wanted.is(record.code)) {
+            found = recordResponse(*file.file, *state.find(record.code));
+        }
+        return !found;
+    });
+    return found;
 }
 
 }  // namespace
@@ -89,18 +81,17 @@ Response answerState(const Context& context, const Request& request)
     const Parameters parameters(request, {"recording", "at"});
     const Asked asked = askedRecording(context, parameters);
     const double at = parameters.moment("at");
-    const RecordedFile& file = *asked.timeline->files[asked.timeline->fileAt(at)];
-    const Inspection::Summary summary = readTables(file);
-    const std::uint64_t time = timeIn(file, at);
-    InForce state;
-    restore(file, summary, time, state);
+    const OverviewedFile file = overviewOf(context, asked.timeline->files[asked.timeline->fileAt(at)]);
+    const double time = std::max(0.0, std::floor(at - file.startMs()));
+    const InForce state = file.overview == nullptr ? InForce() : file.overview->stateAt(at);
     Response response;
-    const RecTool::TypeNames names(summary.types);
+    const RecTool::TypeNames names(file.file->types);
     RecTool::RecordJson json(names);
     JsonObject object(response.body);
     object.number("ms", at);
-    object.text("file", file.name);
-    object.number("atMs", static_cast<double>(time));
+    object.text("file", file.file->name);
+    object.number("atMs", time);
+    object.number("made", file.share);
     object.list("state", state.entries(),
                 [&](const auto& entry) { json.append(response.body, entry.second.record, entry.second.value); });
     return response;
@@ -114,28 +105,18 @@ Response answerRecord(const Context& context, const Request& request)
     const std::int64_t step = parameters.whole("step", -1, 1, 0);
     WantedRecord wanted;
     if (parameters.has("type")) {
-        wanted = {askedType(*asked.timeline, parameters).code, false};
+        wanted = {askedType(context, *asked.timeline, parameters).code, false};
     }
     const auto& files = asked.timeline->files;
-    const std::size_t here = asked.timeline->fileAt(at);
-    for (std::size_t i = here; i<files.size(); step> 0 ? ++i : --i) {  // below 0 it is beyond the end, too
-        const RecordedFile& file = *files[i];
-        const std::optional<std::uint64_t> time = lastTimeFor(file, at, step);
-        if (step <= 0 && !time) {
-            continue;
+    std::size_t i = asked.timeline->fileAt(at);
+    while (i < files.size()) {
+        const OverviewedFile file = overviewOf(context, files[i]);
+        std::optional<Response> found =
+            step > 0 ? firstRecordAfter(file, at, wanted) : lastRecord(file, at, step < 0, wanted);
+        if (found) {
+            return *std::move(found);
         }
-        const Inspection::Summary summary = readTables(file);
-        InForce state;
-        const LastRecord* found = nullptr;
-        if (step > 0) {
-            found = firstAfter(file, summary, timeIn(file, at), wanted, state);
-        } else {
-            restore(file, summary, *time, state);
-            found = newest(state, wanted);
-        }
-        if (found != nullptr) {
-            return recordResponse(file, summary, *found);
-        }
+        i = step > 0 ? i + 1 : i - 1;  // below 0 it is beyond the end, too
     }
     throw Refusal(404, step > 0 ? "There is no record after this." : "There is no record before this.");
 }

@@ -1,78 +1,183 @@
-// Walking the records of a spectrum.
-#include "sweeps.h"
+// The answers to /api/sweep and /api/csv: single sweeps, as the records have them.
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <span>
 
 #include "context.h"
-#include "rectool/replay/measuredtime.h"
-#include "rectool/replay/recordedvalues.h"
+#include "jsontext.h"
+#include "rectool/printing/recordjson.h"
 
 namespace RecView {
 
-namespace Inspection = Recording2::Inspection;
-using LevelMap = values::CellMap<float, values::levelHandler>;
-
 namespace {
 
-class SweepVisit {
-public:
-    SweepVisit(double fromMs, double toMs, const std::function<bool(const WalkedSweep&)>& visit)
-        : m_from(fromMs), m_to(toMs), m_visit(visit)
-    {
-    }
+constexpr double Never = std::numeric_limits<double>::quiet_NaN();
 
-    bool take(const RecordedFile& file, const Inspection::Record& record)
-    {
-        const auto* map = dynamic_cast<const LevelMap*>(m_values.apply(record));
-        if (map == nullptr) {
-            return true;
-        }
-        const double ms = sinceEpoch(file, RecTool::momentMs(record, file.startMs));
-        if (ms > m_to) {
-            return true;
-        }
-        WalkedSweep sweep{
-            ms, record.timeMs, &file, map->GetChannelRange(), {map->GetCells().begin(), map->GetCells().end()}};
-        if (ms < m_from) {
-            m_before = std::move(sweep);
-            m_hasBefore = true;
-            return true;
-        }
-        return tellBefore() && m_visit(sweep);
-    }
-    bool tellBefore()
-    {
-        const bool tell = std::exchange(m_hasBefore, false);
-        return !tell || m_visit(m_before);
-    }
-    void nextFile() { m_values = {}; }
+/// The sweeps of a type in a file, which may be beyond the recording; nothing without.
+std::optional<Spectrum> spectrumOf(const Context& context, const Timeline& timeline, std::size_t file,
+                                   std::int32_t code)
+{
+    const std::shared_ptr<Overview> overview =
+        file < timeline.files.size() ? overviewOf(context, timeline.files[file]).overview : nullptr;
+    const std::vector<Spectrum> spectra = overview != nullptr ? overview->spectra() : std::vector<Spectrum>();
+    const auto found =
+        std::find_if(spectra.begin(), spectra.end(), [code](const Spectrum& one) { return one.code == code; });
+    return found == spectra.end() ? std::nullopt : std::optional(*found);
+}
+
+/// What is streamed, and how far it has come.
+struct CsvStream {
+    std::vector<OverviewedFile> files;
+    std::int32_t code = 0;
+    Stretch time;
+    double lowHz = 0;
+    double highHz = 0;
+
+    std::size_t file = 0;
+    double nextMs = 0;                  ///< moments before this were written
+    std::size_t writtenAtNext = 0;      ///< so many sweeps of exactly this moment, too
+    values::ChannelRange range;         ///< of the last line of names
+    std::vector<std::size_t> channels;  ///< that are written, of this range
+
+    bool more(std::string& piece);
 
 private:
-    double m_from;
-    double m_to;
-    const std::function<bool(const WalkedSweep&)>& m_visit;
-    RecTool::RecordedValues m_values;
-    WalkedSweep m_before;
-    bool m_hasBefore = false;
+    void takeRange(const values::ChannelRange& now, std::string& piece);
+    void appendLine(double ms, std::span<const float> levels, std::string& piece);
 };
+
+/// The names of the columns; again where the channels are others.
+void CsvStream::takeRange(const values::ChannelRange& now, std::string& piece)
+{
+    if (now == range) {
+        return;
+    }
+    range = now;
+    channels.clear();
+    piece += "time_utc_ms";
+    for (std::size_t i = 0; i < range.size(); ++i) {
+        const double hz = range.frequencyHz(i);
+        if (hz >= lowHz && hz <= highHz) {
+            channels.push_back(i);
+            piece += ',';
+            appendNumber(piece, hz);
+        }
+    }
+    piece += '\n';
+}
+
+void CsvStream::appendLine(double ms, std::span<const float> levels, std::string& piece)
+{
+    appendNumber(piece, ms);
+    for (const std::size_t channel : channels) {
+        piece += ',';
+        const float level = levels[channel];
+        if (!std::isnan(level)) {
+            RecTool::appendLevelJson(piece, level);
+        }
+    }
+    piece += '\n';
+}
+
+bool CsvStream::more(std::string& piece)
+{
+    constexpr std::size_t PieceBytes = std::size_t{512} << 10;
+    piece.clear();
+    while (piece.empty() && file < files.size()) {
+        bool isFull = false;
+        const double resumed = nextMs;
+        std::size_t passedOver = 0;
+        if (files[file].overview != nullptr) {
+            files[file].overview->sweeps(
+                code, {nextMs, time.toMs},
+                [&](const Record&, double ms, const values::ChannelRange& channelsNow, std::span<const float> levels) {
+                    if (ms == resumed && passedOver < writtenAtNext) {
+                        ++passedOver;
+                        return true;
+                    }
+                    writtenAtNext = ms == nextMs ? writtenAtNext + 1 : 1;
+                    nextMs = ms;
+                    takeRange(channelsNow, piece);
+                    appendLine(ms, levels, piece);
+                    isFull = piece.size() >= PieceBytes;
+                    return !isFull;
+                });
+        }
+        if (!isFull) {
+            ++file;
+            writtenAtNext = 0;
+        }
+    }
+    return !piece.empty();
+}
 
 }  // namespace
 
-void visitSweeps(const Timeline& timeline, std::int32_t code, double fromMs, double toMs,
-                 const std::function<bool(const WalkedSweep&)>& visit)
+Response answerSweep(const Context& context, const Request& request)
 {
-    SweepVisit visiting(fromMs, toMs, visit);
-    bool goesOn = true;
-    for (std::size_t i = timeline.fileAt(fromMs); goesOn && i < timeline.files.size(); ++i) {
-        const RecordedFile& file = *timeline.files[i];
-        const Inspection::Summary summary = readTables(file);
-        visiting.nextFile();
-        Inspection::walkRecords(file.path, summary, [&](const Inspection::Record& record) {
-            goesOn = record.code != code || record.timeMs == 0 || visiting.take(file, record);
-            return goesOn;
-        });
+    const Parameters parameters(request, {"recording", "type", "at"});
+    const Asked asked = askedRecording(context, parameters);
+    const Timeline& timeline = *asked.timeline;
+    const RecordedType type = askedSpectrum(context, timeline, parameters);
+    const double at = parameters.moment("at");
+    std::optional<Sweep> sweep;
+    std::size_t i = timeline.fileAt(at);
+    for (; i < timeline.files.size(); --i) {  // below 0 it is beyond the end
+        const OverviewedFile file = overviewOf(context, timeline.files[i]);
+        sweep = file.overview == nullptr ? std::nullopt : file.overview->sweepAt(type.code, at);
+        if (sweep) {
+            break;
+        }
     }
-    if (goesOn) {
-        visiting.tellBefore();
+    if (!sweep) {
+        throw Refusal(404, "Nothing was measured up to this moment.");
     }
+    std::optional<double> previous = sweep->previousMs;
+    if (const auto before = previous ? std::nullopt : spectrumOf(context, timeline, i - 1, type.code)) {
+        previous = before->lastMs;
+    }
+    std::optional<double> next = sweep->nextMs;
+    if (const auto after = next ? std::nullopt : spectrumOf(context, timeline, i + 1, type.code)) {
+        next = after->firstMs;
+    }
+    Response response;
+    std::string& out = response.body;
+    JsonObject object(out);
+    object.number("ms", sweep->momentMs);
+    object.number("timeMs", static_cast<double>(sweep->record.timeMs));
+    object.text("file", timeline.files[i]->name);
+    object.number("previousMs", previous ? *previous : Never);
+    object.number("nextMs", next ? *next : Never);
+    RecTool::appendJson(object.member("channels"), sweep->range);
+    object.list("levels", sweep->levels, [&](float level) { RecTool::appendLevelJson(out, level); });
+    return response;
+}
+
+Response answerCsv(const Context& context, const Request& request)
+{
+    const Parameters parameters(request, {"recording", "type", "from", "to", "low", "high"});
+    const Asked asked = askedRecording(context, parameters);
+    const RecordedType type = askedSpectrum(context, *asked.timeline, parameters);
+    const auto [from, to] = parameters.moments();
+    const auto [low, high] = parameters.frequencies();
+    auto stream = std::make_shared<CsvStream>();
+    stream->files = overviewsIn(context, *asked.timeline, {from, to});
+    stream->code = type.code;
+    stream->time = {from, to};
+    stream->nextMs = from;
+    stream->lowHz = low;
+    stream->highHz = high;
+    if (madeOf(stream->files) < 1) {
+        throw Refusal(503, "The recording is still being looked through; ask again in a moment.");
+    }
+    Response response;
+    response.type = "text/csv";
+    response.fileName = asked.timeline->id + "_" + type.keyword + ".csv";
+    response.more = [stream](std::string& piece) { return stream->more(piece); };
+    return response;
 }
 
 }  // namespace RecView

@@ -1,107 +1,117 @@
-// The answers to /api/view, /api/spectrum, /api/channel and /api/sweep: levels over time and frequency.
+// The answer to /api/view: levels over time and frequency, as many as a picture has pixels.
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
-#include <limits>
-#include <optional>
 
 #include "context.h"
 #include "jsontext.h"
-#include "rectool/printing/recordjson.h"
-#include "sweeps.h"
 
 namespace RecView {
 
 namespace {
 
-constexpr float NoLevel = std::numeric_limits<float>::quiet_NaN();
-constexpr double LongestMs = 4'000;
+constexpr std::uint64_t MostExactBytes = std::uint64_t{24} << 20;  // of records, in all files together
+constexpr std::size_t MostRanges = 1'000;
 
-/// Combines levels of a cell.
-struct Combined {
-    float highest = NoLevel;
-    float lowest = NoLevel;
-    double sum = 0;
-    double weight = 0;
-
-    void add(float level, double by)
-    {
-        if (!std::isnan(level)) {
-            highest = std::fmax(highest, level);
-            lowest = std::fmin(lowest, level);
-            sum += double{level} * by;
-            weight += by;
-        }
-    }
-    [[nodiscard]] float mean() const { return weight == 0 ? NoLevel : static_cast<float>(sum / weight); }
-    [[nodiscard]] float of(const std::string& what) const
-    {
-        return what == "max" ? highest : what == "min" ? lowest : mean();
-    }
-};
-
-struct Grid {
-    double from, to, low, high;
-    std::size_t columns, rows;
-    std::vector<Combined> cells;
-
-    void add(const WalkedSweep& sweep, double until)
-    {
-        const double perColumn = (to - from) / static_cast<double>(columns);
-        const double end = std::min({until, sweep.ms + LongestMs, to});
-        const double begin = std::max(sweep.ms, from);
-        if (end < begin) {
-            return;
-        }
-        const auto first = static_cast<std::size_t>((begin - from) / perColumn);
-        const auto last = static_cast<std::size_t>(std::max(0.0, std::ceil((end - from) / perColumn) - 1));
-        for (std::size_t column = first; column <= std::min(std::max(first, last), columns - 1); ++column) {
-            addColumn(sweep, column);
-        }
-    }
-
-private:
-    void addColumn(const WalkedSweep& sweep, std::size_t column)
-    {
-        const double perRow = (high - low) / static_cast<double>(rows);
-        const double step =
-            sweep.range.size() > 1 ? std::abs(sweep.range.frequencyHz(1) - sweep.range.frequencyHz(0)) : perRow;
-        for (std::size_t channel = 0; channel < sweep.cells.size(); ++channel) {
-            const double hz = sweep.range.frequencyHz(channel);
-            const double bottom = (hz - step / 2 - low) / perRow;
-            const double top = (hz + step / 2 - low) / perRow;
-            for (auto row = static_cast<std::ptrdiff_t>(std::floor(std::max(bottom, 0.0)));
-                 static_cast<double>(row) < top && row < static_cast<std::ptrdiff_t>(rows); ++row) {
-                cells[(rows - 1 - static_cast<std::size_t>(row)) * columns + column].add(sweep.cells[channel], 1);
-            }
-        }
-    }
-};
-
-Grid drawn(const Timeline& timeline, const RecordedType& type, Grid grid)
+View askedView(const Parameters& parameters, const RecordedType& type)
 {
-    std::optional<WalkedSweep> before;
-    grid.cells.resize(grid.columns * grid.rows);
-    visitSweeps(timeline, type.code, grid.from, grid.to, [&](const WalkedSweep& sweep) {
-        if (before) {
-            grid.add(*before, sweep.ms);
-        }
-        before = sweep;
-        return true;
-    });
-    if (before) {
-        grid.add(*before, std::numeric_limits<double>::infinity());
-    }
-    return grid;
+    constexpr std::int64_t MostColumns = 4096;
+    constexpr std::int64_t MostRows = 2160;
+    View view;
+    view.code = type.code;
+    const auto [from, to] = parameters.stretch();
+    view.fromMs = from;
+    view.toMs = to;
+    const auto [low, high] = parameters.band(type.lowHz, type.highHz);
+    view.lowHz = low;
+    view.highHz = high;
+    view.columns = static_cast<std::size_t>(parameters.whole("columns", 1, MostColumns));
+    view.rows = static_cast<std::size_t>(parameters.whole("rows", 1, MostRows));
+    const std::string of = parameters.word("of", {"max", "min", "mean"});
+    view.of = of == "max" ? Combine::Max : of == "min" ? Combine::Min : Combine::Mean;
+    view.exact = parameters.flag("exact");
+    return view;
 }
 
-void appendFloats(std::string& out, const std::vector<float>& floats)
+/// The picture is exact in all files, or drawn of blocks in all.
+bool canBeExact(const std::vector<OverviewedFile>& files, const View& view)
 {
-    static_assert(std::endian::native == std::endian::little);
-    const std::size_t size = out.size();
-    out.resize(size + floats.size() * sizeof(float));
-    std::memcpy(out.data() + size, floats.data(), floats.size() * sizeof(float));
+    std::uint64_t bytes = 0;
+    for (const OverviewedFile& file : files) {
+        bytes += file.overview != nullptr ? file.overview->bytesOfExact(view) : 0;
+    }
+    return bytes <= MostExactBytes;
+}
+
+std::vector<RangeChange> rangesIn(const std::vector<OverviewedFile>& files, const View& view)
+{
+    std::vector<RangeChange> ranges;
+    for (const OverviewedFile& file : files) {
+        if (file.overview == nullptr || ranges.size() >= MostRanges) {
+            continue;
+        }
+        const auto more =
+            file.overview->ranges(view.code, file.within({view.fromMs, view.toMs}), MostRanges - ranges.size());
+        ranges.insert(ranges.end(), more.begin(), more.end());
+    }
+    return ranges;
+}
+
+std::string describeGrid(const Grid& grid, const std::vector<OverviewedFile>& files)
+{
+    const View& view = grid.view();
+    std::string out;
+    {
+        JsonObject object(out);
+        object.number("fromMs", view.fromMs);
+        object.number("toMs", view.toMs);
+        object.number("lowHz", view.lowHz);
+        object.number("highHz", view.highHz);
+        object.number("columns", static_cast<double>(view.columns));
+        object.number("rows", static_cast<double>(view.rows));
+        object.truth("exact", grid.exact());
+        object.number("made", madeOf(files));
+        object.number("lowest", grid.lowest());
+        object.number("highest", grid.highest());
+        object.list("gaps", grid.gaps(), [&](const Stretch& gap) {
+            out += '[';
+            appendNumber(out, gap.fromMs);
+            out += ',';
+            appendNumber(out, gap.toMs);
+            out += ']';
+        });
+        object.list("ranges", rangesIn(files, view), [&](const RangeChange& range) {
+            JsonObject entry(out);
+            entry.number("ms", range.ms);
+            entry.number("lowHz", range.span.lowHz);
+            entry.number("highHz", range.span.highHz);
+        });
+    }
+    out.append((4 - out.size() % 4) % 4, ' ');  // the levels stand at a multiple of their size
+    return out;
+}
+
+void appendLittleEndian(std::string& out, std::uint32_t number)
+{
+    constexpr std::uint32_t ByteBits = 8;
+    for (std::size_t i = 0; i < sizeof(number); ++i) {
+        out += static_cast<char>(number >> (ByteBits * i) & 0xFFU);
+    }
+}
+
+void appendLevels(std::string& out, const std::vector<float>& levels)
+{
+    if constexpr (std::endian::native == std::endian::little) {
+        const std::size_t size = out.size();
+        out.resize(size + levels.size() * sizeof(float));
+        std::memcpy(out.data() + size, levels.data(), levels.size() * sizeof(float));
+    } else {
+        for (const float level : levels) {
+            appendLittleEndian(out, std::bit_cast<std::uint32_t>(level));
+        }
+    }
 }
 
 }  // namespace
@@ -111,148 +121,23 @@ Response answerView(const Context& context, const Request& request)
     const Parameters parameters(request,
                                 {"recording", "type", "from", "to", "low", "high", "columns", "rows", "of", "exact"});
     const Asked asked = askedRecording(context, parameters);
-    const RecordedType type = askedType(*asked.timeline, parameters, Kind::Levels);
-    const Parameters::Span times = parameters.moments();
-    const std::string of = parameters.word("of", {"max", "min", "mean"});
-    Parameters::Span hz = parameters.frequencies();
-    hz = {std::isfinite(hz.from) ? hz.from : type.lowHz, std::isfinite(hz.to) ? hz.to : type.highHz};
-    const auto columns = static_cast<std::size_t>(parameters.whole("columns", 1, 4096));
-    const auto rows = static_cast<std::size_t>(parameters.whole("rows", 1, 2160));
-    static_cast<void>(parameters.flag("exact"));
-    const Grid grid = drawn(*asked.timeline, type, {times.from, times.to, hz.from, hz.to, columns, rows, {}});
-    std::vector<float> levels;
-    float lowest = NoLevel;
-    float highest = NoLevel;
-    for (const Combined& cell : grid.cells) {
-        levels.push_back(cell.of(of));
-        lowest = std::fmin(lowest, levels.back());
-        highest = std::fmax(highest, levels.back());
+    View view = askedView(parameters, askedSpectrum(context, *asked.timeline, parameters));
+    const std::vector<OverviewedFile> files = overviewsIn(context, *asked.timeline, {view.fromMs, view.toMs});
+    view.exact = view.exact && canBeExact(files, view);
+    Grid grid(view);
+    for (const OverviewedFile& file : files) {
+        if (file.overview != nullptr) {
+            file.overview->draw(grid);
+        }
     }
-    std::string about;
-    {
-        JsonObject object(about);
-        object.number("fromMs", times.from);
-        object.number("toMs", times.to);
-        object.number("lowHz", hz.from);
-        object.number("highHz", hz.to);
-        object.number("columns", static_cast<double>(columns));
-        object.number("rows", static_cast<double>(rows));
-        object.truth("exact", true);
-        object.number("made", 1.0);
-        object.number("lowest", lowest);
-        object.number("highest", highest);
-        object.member("gaps") += "[]";
-        object.member("ranges") += "[]";
-    }
-    about.append((4 - about.size() % 4) % 4, ' ');
+    grid.finish();
     Response response;
     response.type = "application/octet-stream";
-    for (std::size_t shift = 0; shift < 32; shift += 8) {
-        response.body += static_cast<char>(about.size() >> shift & 0xFFU);
-    }
+    const std::string about = describeGrid(grid, files);
+    response.body.reserve(sizeof(std::uint32_t) + about.size() + grid.levels().size() * sizeof(float));
+    appendLittleEndian(response.body, static_cast<std::uint32_t>(about.size()));
     response.body += about;
-    appendFloats(response.body, levels);
-    return response;
-}
-
-Response answerSpectrum(const Context& context, const Request& request)
-{
-    const Parameters parameters(request, {"recording", "type", "from", "to", "low", "high", "points"});
-    const Asked asked = askedRecording(context, parameters);
-    const RecordedType type = askedType(*asked.timeline, parameters, Kind::Levels);
-    const Parameters::Span times = parameters.moments();
-    Parameters::Span hz = parameters.frequencies();
-    hz = {std::isfinite(hz.from) ? hz.from : type.lowHz, std::isfinite(hz.to) ? hz.to : type.highHz};
-    const auto points = static_cast<std::size_t>(parameters.whole("points", 1, 65536, 1000));
-    const Grid grid = drawn(*asked.timeline, type, {times.from, times.to, hz.from, hz.to, 1, points, {}});
-    std::vector<double> frequencies;
-    std::vector<float> highest;
-    std::vector<float> mean;
-    std::vector<float> lowest;
-    for (std::size_t i = 0; i < points; ++i) {
-        const Combined& cell = grid.cells[points - 1 - i];
-        frequencies.push_back(hz.from +
-                              (hz.to - hz.from) * (static_cast<double>(i) + 0.5) / static_cast<double>(points));
-        highest.push_back(cell.highest);
-        mean.push_back(cell.mean());
-        lowest.push_back(cell.lowest);
-    }
-    Response response;
-    JsonObject object(response.body);
-    object.numbers("hz", frequencies);
-    object.numbers("max", highest);
-    object.numbers("mean", mean);
-    object.numbers("min", lowest);
-    return response;
-}
-
-Response answerChannel(const Context& context, const Request& request)
-{
-    const Parameters parameters(request, {"recording", "type", "hz", "from", "to", "columns"});
-    const Asked asked = askedRecording(context, parameters);
-    const RecordedType type = askedType(*asked.timeline, parameters, Kind::Levels);
-    const Parameters::Span times = parameters.moments();
-    const double hz = parameters.frequency("hz");
-    static_cast<void>(parameters.whole("columns", 1, 65536, 1000));
-    std::vector<double> ms;
-    std::vector<float> levels;
-    double nearest = hz;
-    visitSweeps(*asked.timeline, type.code, times.from, times.to, [&](const WalkedSweep& sweep) {
-        std::optional<std::size_t> best;
-        for (std::size_t i = 0; i < sweep.range.size(); ++i) {
-            if (!best || std::abs(sweep.range.frequencyHz(i) - hz) < std::abs(sweep.range.frequencyHz(*best) - hz)) {
-                best = i;
-            }
-        }
-        if (best) {
-            nearest = sweep.range.frequencyHz(*best);
-            ms.push_back(sweep.ms);
-            levels.push_back(sweep.cells[*best]);
-        }
-        return true;
-    });
-    Response response;
-    JsonObject object(response.body);
-    object.number("hz", nearest);
-    object.numbers("ms", ms);
-    object.numbers("max", levels);
-    object.numbers("min", levels);
-    object.numbers("mean", levels);
-    object.truth("exact", true);
-    return response;
-}
-
-Response answerSweep(const Context& context, const Request& request)
-{
-    const Parameters parameters(request, {"recording", "type", "at"});
-    const Asked asked = askedRecording(context, parameters);
-    const RecordedType type = askedType(*asked.timeline, parameters, Kind::Levels);
-    const double at = parameters.moment("at");
-    std::optional<WalkedSweep> found;
-    double previous = NoLevel;
-    double next = NoLevel;
-    visitSweeps(*asked.timeline, type.code, -1e15, 1e15, [&](const WalkedSweep& sweep) {
-        if (sweep.ms <= at && (!found || sweep.ms >= found->ms)) {
-            previous = found ? found->ms : previous;
-            found = sweep;
-        } else if (sweep.ms > at) {
-            next = std::fmin(next, sweep.ms);
-        }
-        return true;
-    });
-    if (!found) {
-        throw Refusal(404, "Nothing was measured up to this moment.");
-    }
-    Response response;
-    std::string& out = response.body;
-    JsonObject object(out);
-    object.number("ms", found->ms);
-    object.number("timeMs", static_cast<double>(found->timeMs));
-    object.text("file", found->file->name);
-    object.number("previousMs", previous);
-    object.number("nextMs", next);
-    RecTool::appendJson(object.member("channels"), found->range);
-    object.list("levels", found->cells, [&](float level) { RecTool::appendLevelJson(out, level); });
+    appendLevels(response.body, grid.levels());
     return response;
 }
 

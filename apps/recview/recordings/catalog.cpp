@@ -1,11 +1,10 @@
 // Comparing what is there with what was there a moment ago, and looking at what is new.
 #include "catalog.h"
 
-#include <chrono>
+#include <algorithm>
 #include <utility>
 
 #include <recording2/inspection/filename.h>
-#include <recording2/inspection/scan.h>
 
 namespace RecView {
 
@@ -18,10 +17,18 @@ bool isUnfinished(const std::string& path)
     return path.ends_with(".tmp");
 }
 
+/// Whether the two tell the same of a growing file but for how far it has come.
+bool holdsTheSame(const FilePointer& a, const FilePointer& b)
+{
+    return a != nullptr && b != nullptr && a->recorded.size() == b->recorded.size() && a->device == b->device &&
+           a->startMs == b->startMs && a->timesKnown == b->timesKnown &&
+           (a->growing == nullptr) == (b->growing == nullptr);
+}
+
 }  // namespace
 
-Catalog::Catalog(std::vector<NamedPath> paths, std::function<void()> changed)
-    : m_paths(std::move(paths)), m_changed(std::move(changed))
+Catalog::Catalog(std::vector<NamedPath> paths, Overviews& overviews, Listeners listeners)
+    : m_paths(std::move(paths)), m_overviews(overviews), m_listeners(std::move(listeners))
 {
 }
 
@@ -37,59 +44,121 @@ ListingPointer Catalog::listing() const
     return m_listing;
 }
 
-void Catalog::lookAtFinished(const WatchedName& name, Entry& entry)
+void Catalog::openGrowing(const WatchedName& name, Entry& entry)
 {
+    entry.file.reset();
     entry.problem.clear();
-    entry.file = lookAtFile(name.path, name.shownName, entry.problem);
-    if (entry.file == nullptr && isUnfinished(name.path)) {
-        entry.problem += " `rectool recover` saves what is in it.";
-    } else if (entry.file != nullptr) {
-        entry.problem = entry.file->damage;
+    entry.growing = GrowingFile::open(name.path, name.shownName, m_overviews, entry.problem);
+    if (entry.growing != nullptr) {
+        followGrowing(entry);
     }
 }
 
+Catalog::Change Catalog::followGrowing(Entry& entry)
+{
+    constexpr std::chrono::milliseconds Longest{150};  // one that has been written for long is not taken in one go
+    if (!entry.growing->follow(Longest) && entry.growing->state() == GrowingFile::State::Growing && entry.file) {
+        return Change::None;
+    }
+    m_isBehind = m_isBehind || entry.growing->hasMore();
+    if (entry.growing->state() != GrowingFile::State::Growing) {
+        close(entry);
+        return Change::Other;
+    }
+    const FilePointer before = std::exchange(entry.file, entry.growing->file());
+    return holdsTheSame(before, entry.file) ? Change::Grown : Change::Other;
+}
+
+/// Its name is looked at as any other one from now on, if it is still there.
+void Catalog::close(Entry& entry)
+{
+    if (entry.growing->state() == GrowingFile::State::Closed) {
+        if (std::shared_ptr<Overview> overview = entry.growing->finish()) {
+            m_closedJustNow[entry.growing->finalPath()] = std::move(overview);
+        }
+    } else if (entry.growing->state() == GrowingFile::State::Abandoned) {
+        entry.problem = "Its recorder ended without closing it; `rectool recover` saves what is in it.";
+    }
+    entry.growing.reset();
+    entry.file.reset();
+    entry.identity = {};
+}
+
+Catalog::Change Catalog::lookAtEntry(const WatchedName& name, Entry& entry, bool isNew)
+{
+    System::FileIdentity identity;
+    const bool isThere = System::identityOf(Inspection::native(name.path), identity) == 0;
+    const bool isSame = !isNew && entry.identity == identity;
+    if (isThere && isUnfinished(name.path)) {
+        if (isSame && m_round % 10 != 0) {
+            return Change::None;  // it was looked at: nobody writes it
+        }
+        entry.identity = identity;
+        const std::string before = entry.problem;
+        openGrowing(name, entry);
+        return isNew || entry.file != nullptr || entry.problem != before ? Change::Other : Change::None;
+    }
+    if (isSame) {
+        return Change::None;
+    }
+    entry.identity = identity;
+    entry.problem.clear();
+    entry.file = lookAtFile(name.path, name.shownName, entry.problem);
+    if (entry.file != nullptr) {
+        entry.problem = entry.file->damage;
+        if (auto closed = m_closedJustNow.extract(name.path)) {
+            m_overviews.adopt(entry.file, std::move(closed.mapped()));
+        }
+    }
+    return Change::Other;
+}
+
 /// @return whether it is another one than before
-bool Catalog::lookAtName(const WatchedName& name)
+Catalog::Change Catalog::lookAtName(const WatchedName& name)
 {
     constexpr unsigned EverySoOften = 10;  // finished files hardly ever change
     const auto known = m_entries.find(name.path);
-    if (known != m_entries.end() && !isUnfinished(name.path) && m_round % EverySoOften != 0) {
+    const bool isNew = known == m_entries.end();
+    if (!isNew && !isUnfinished(name.path) && m_round % EverySoOften != 0 && m_closedJustNow.count(name.path) == 0) {
         known->second.seen = true;
-        return false;
+        return Change::None;
     }
-    System::FileIdentity identity;
-    const bool isThere = System::identityOf(Inspection::native(name.path), identity) == 0;
+    System::NameKind kind = System::NameKind::Missing;
+    const bool isThere = System::lookAt(Inspection::native(name.path), kind) == 0 && kind != System::NameKind::Missing;
     if (!isThere && !name.wasNamed) {
-        return false;
+        return Change::None;
     }
     Entry& entry = m_entries[name.path];
     entry.seen = true;
-    if (known != m_entries.end() && entry.identity == identity) {
-        return false;
-    }
-    entry.identity = identity;
     entry.shownName = name.shownName;
-    lookAtFinished(name, entry);
-    return true;
+    return entry.growing != nullptr ? Change::None : lookAtEntry(name, entry, isNew);
 }
 
 void Catalog::look()
 {
-    bool changed = false;
+    Change change = Change::None;
+    m_isBehind = false;
     for (auto& [path, entry] : m_entries) {
         entry.seen = false;
+        if (entry.growing != nullptr) {
+            change = std::max(change, followGrowing(entry));
+            entry.seen = entry.growing != nullptr;
+        }
     }
     for (const WatchedName& name : m_paths.list()) {
-        changed = lookAtName(name) || changed;
+        change = std::max(change, lookAtName(name));
     }
-    changed = std::erase_if(m_entries, [](const auto& entry) { return !entry.second.seen; }) > 0 || changed;
+    if (std::erase_if(m_entries, [](const auto& entry) { return !entry.second.seen; }) > 0) {
+        change = Change::Other;
+    }
+    m_closedJustNow.clear();
     ++m_round;
-    if (changed) {
-        publish();
+    if (change != Change::None) {
+        publish(change);
     }
 }
 
-void Catalog::publish()
+void Catalog::publish(Change change)
 {
     std::vector<FilePointer> files;
     auto listing = std::make_shared<Listing>();
@@ -102,12 +171,26 @@ void Catalog::publish()
         }
     }
     listing->timelines = makeTimelines(std::move(files));
+    ListingPointer before = listing;
     {
         const std::lock_guard lock(m_mutex);
-        m_listing = std::move(listing);
+        before = std::exchange(m_listing, listing);
     }
-    if (m_changed) {
-        m_changed();
+    if (change == Change::Other && m_listeners.changed) {
+        m_listeners.changed();
+    }
+    if (m_listeners.grown) {
+        tellGrown(*before, *listing);
+    }
+}
+
+void Catalog::tellGrown(const Listing& before, const Listing& now) const
+{
+    for (const Timeline& timeline : now.timelines) {
+        const Timeline* known = before.find(timeline.id);
+        if (timeline.isLive() && (known == nullptr || known->endMs() != timeline.endMs())) {
+            m_listeners.grown(timeline.id, timeline.endMs());
+        }
     }
 }
 
@@ -117,7 +200,9 @@ void Catalog::run(const std::stop_token& stop)
     std::unique_lock lock(m_sleep);
     while (!stop.stop_requested()) {
         look();
-        m_wake.wait_for(lock, stop, Period, [] { return false; });
+        if (!m_isBehind) {
+            m_wake.wait_for(lock, stop, Period, [] { return false; });
+        }
     }
 }
 

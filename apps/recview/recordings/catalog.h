@@ -1,6 +1,7 @@
 // Which recordings there are: what is in some paths, looked at every 200 ms.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <map>
@@ -11,19 +12,27 @@
 
 #include <system/names.h>
 
+#include "growingfile.h"
 #include "timeline.h"
 #include "watchedpaths.h"
 
 namespace RecView {
 
-/// Looks at the paths and keeps what it found. Nothing is locked and nothing written: whoever records does not notice.
+/// Looks at the paths, follows what is being written, and keeps what it found. Nothing is locked and nothing written:
+/// whoever records does not notice.
 ///
 /// Threads: one looks (start(), or whoever calls look()). listing() is for any thread: what it gives never changes, so
 /// that a request works on what there was when it came.
 class Catalog {
 public:
-    /// @param changed called by the looking thread after the listing has become another one; may be empty
-    explicit Catalog(std::vector<NamedPath> paths, std::function<void()> changed = {});
+    /// Called by the looking thread; may be empty.
+    struct Listeners {
+        std::function<void()> changed;                                   ///< the recordings, or what they hold
+        std::function<void(const std::string& id, double endMs)> grown;  ///< a recording that is being written
+    };
+
+    /// @param overviews must outlive the catalog
+    Catalog(std::vector<NamedPath> paths, Overviews& overviews, Listeners listeners = {});
     Catalog(const Catalog&) = delete;
     Catalog& operator=(const Catalog&) = delete;
     ~Catalog();
@@ -38,20 +47,29 @@ private:
     struct Entry {
         System::FileIdentity identity;
         FilePointer file;  ///< null: there is nothing to show
+        std::unique_ptr<GrowingFile> growing;
         std::string shownName;
         std::string problem;
         bool seen = false;
     };
+    enum class Change : std::uint8_t { None, Grown, Other };
 
-    bool lookAtName(const WatchedName& name);
-    void lookAtFinished(const WatchedName& name, Entry& entry);
-    void publish();
+    Change lookAtName(const WatchedName& name);
+    Change lookAtEntry(const WatchedName& name, Entry& entry, bool isNew);
+    void openGrowing(const WatchedName& name, Entry& entry);
+    Change followGrowing(Entry& entry);
+    void close(Entry& entry);
+    void publish(Change change);
+    void tellGrown(const Listing& before, const Listing& now) const;
     void run(const std::stop_token& stop);
 
     WatchedPaths m_paths;
-    std::function<void()> m_changed;
-    std::map<std::string, Entry> m_entries;  // by path; of the looking thread
+    Overviews& m_overviews;
+    Listeners m_listeners;
+    std::map<std::string, Entry> m_entries;                            // by path; of the looking thread
+    std::map<std::string, std::shared_ptr<Overview>> m_closedJustNow;  // by path
     unsigned m_round = 0;
+    bool m_isBehind = false;     // a growing file has more than was taken
     mutable std::mutex m_mutex;  // guards what follows, for no longer than copying a pointer takes
     ListingPointer m_listing = std::make_shared<Listing>();
     std::condition_variable_any m_wake;

@@ -69,13 +69,6 @@ Kind kindOf(ValueType type)
     return Kind::Text;
 }
 
-/// A start after the year 9999 is none: damaged files may tell any.
-std::uint64_t plausibleStart(std::uint64_t startMs)
-{
-    constexpr std::uint64_t LastMs = 253'402'300'799'999;
-    return startMs > LastMs ? 0 : startMs;
-}
-
 /// Without a stop that can be one the times of the records tell how long it is.
 std::uint64_t lengthOf(const std::string& path, const Inspection::Header& header)
 {
@@ -113,6 +106,18 @@ RecordedTypes firstTypes(const std::string& path, const Inspection::Summary& sum
 
 }  // namespace
 
+// After the year 9999 is none: damaged files may tell any.
+std::uint64_t plausibleStart(std::uint64_t startMs)
+{
+    constexpr std::uint64_t LastMs = 253'402'300'799'999;
+    return startMs > LastMs ? 0 : startMs;
+}
+
+std::string unitOf(Kind kind, const std::string& keyword)
+{
+    return kind == Kind::Levels ? "dB" : RecTool::unitOfKeyword(keyword);
+}
+
 bool hasKind(const Inspection::Record& record)
 {
     return values::RecordedKind(record.data) != ValueType::Unknown;
@@ -124,7 +129,7 @@ RecordedType typeOf(const Inspection::Record& record, const std::vector<Inspecti
     type.code = record.code;
     type.kind = kindOf(values::RecordedKind(record.data));
     type.keyword = RecTool::TypeNames(types).label(record.code);
-    type.unit = type.kind == Kind::Levels ? "dB" : RecTool::unitOfKeyword(type.keyword);
+    type.unit = unitOf(type.kind, type.keyword);
     return type;
 }
 
@@ -139,6 +144,7 @@ FilePointer lookAtFile(const std::string& path, const std::string& shownName, st
     const std::filesystem::path shown = Inspection::native(shownName);
     file->path = path;
     file->name = validUtf8(Inspection::utf8(shown.filename()));
+    file->archived = path != shownName;
     file->folder = Inspection::utf8(shown.parent_path());
     file->device = RecTool::fromLatin1(summary.header.deviceName);
     file->deviceType = RecTool::fromLatin1(summary.header.deviceType);
@@ -146,6 +152,12 @@ FilePointer lookAtFile(const std::string& path, const std::string& shownName, st
     file->endMs = file->startMs + lengthOf(path, summary.header);
     file->bytes = summary.fileSize;
     file->types = summary.types;
+    const Inspection::Header& header = summary.header;
+    for (const std::uint64_t number :
+         {header.startMs, header.stopMs, static_cast<std::uint64_t>(header.positions.firstRecord),
+          static_cast<std::uint64_t>(header.positions.timeTable)}) {
+        file->content += std::to_string(number) + ' ';
+    }
     file->recorded = firstTypes(path, summary);
     if (!summary.findings.empty()) {
         file->damage = "The file is damaged: " + summary.findings.front().text + " What can be read is shown.";

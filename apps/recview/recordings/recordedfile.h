@@ -12,10 +12,15 @@
 
 namespace RecView {
 
+class Overview;
+
 enum class Kind : std::uint8_t { Number, Text, Selection, Boolean, Levels, Bearings };
 
 /// The word for it that pages know.
 [[nodiscard]] const char* nameOf(Kind kind);
+
+/// What values of a keyword are counted in; empty: nothing, or not known.
+[[nodiscard]] std::string unitOf(Kind kind, const std::string& keyword);
 
 /// A type of which there are records.
 struct RecordedType {
@@ -31,8 +36,8 @@ struct RecordedType {
 /// By type number.
 using RecordedTypes = std::map<std::int32_t, RecordedType>;
 
-/// A finished file. It never changes: a file that has become another one is looked at anew. Times are milliseconds
-/// since 1970 UTC; those of a recording that does not tell when it began are its own.
+/// A file as it was at a moment: one that has become another one is looked at anew, one that is written again and
+/// again. Times are milliseconds since 1970 UTC; those of a recording that does not tell when it began are its own.
 struct RecordedFile {
     std::string path;    ///< as the system has it
     std::string name;    ///< of the file, UTF-8: what is none is replaced
@@ -42,11 +47,14 @@ struct RecordedFile {
     std::uint64_t startMs = 0;
     std::uint64_t endMs = 0;  ///< of the last moment
     std::int64_t bytes = 0;
+    bool archived = false;   ///< it is at hand from the archive, to be read only
     bool live = false;       ///< it is still being written
     bool timesKnown = true;  ///< false: it is written without a journal, so that nobody knows its times yet
     std::vector<Recording2::Inspection::TypeEntry> types;
     RecordedTypes recorded;
-    std::string damage;  ///< one sentence where something is wrong with it that can be read all the same
+    std::shared_ptr<Overview> growing;  ///< of a file that is being written; null where there is none
+    std::string content;                ///< tells what it holds from what another file of its path held
+    std::string damage;                 ///< one sentence where something is wrong with it that can be read all the same
 };
 
 using FilePointer = std::shared_ptr<const RecordedFile>;
@@ -54,6 +62,9 @@ using FilePointer = std::shared_ptr<const RecordedFile>;
 /// Looks at a finished recording: its header, its types and its first records.
 /// @param problem receives one sentence where there is nothing to show @return null then
 [[nodiscard]] FilePointer lookAtFile(const std::string& path, const std::string& shownName, std::string& problem);
+
+/// When a recording began, 0 where its header tells no moment that can be.
+[[nodiscard]] std::uint64_t plausibleStart(std::uint64_t startMs);
 
 /// The type that a record is of. @param types of its file
 [[nodiscard]] RecordedType typeOf(const Recording2::Inspection::Record& record,

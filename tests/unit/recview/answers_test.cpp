@@ -1,102 +1,20 @@
 // What the viewer answers: what rectool says of the same recordings, and one sentence for every wrong request.
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <map>
-#include <memory>
-#include <sstream>
 #include <string>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <QTemporaryDir>
-#include <nlohmann/json.hpp>
 
-#include "answers/answers.h"
-#include "rectool/verbs/commands.h"
+#include "answerstest.h"
 #include "support/samplerecording.h"
 
+namespace AnswersTests {
 namespace {
 
-using nlohmann::json;
-using RecView::Answers;
-using RecView::Events;
-using RecView::Request;
 using RecView::Response;
 using testing::HasSubstr;
 
 constexpr double Start = 1'700'000'000'000;  // 2023-11-14 22:13:20 UTC
 
-class RecViewAnswers : public testing::Test {
-protected:
-    std::string path(const std::string& name) const { return (m_folder.path() + "/").toStdString() + name; }
-
-    void open(bool edit = false)
-    {
-        RecView::Options options;
-        options.paths = {m_folder.path().toStdString()};
-        options.edit = edit;
-        options.cacheDirectory = m_cache.path().toStdString();
-        m_answers = std::make_unique<Answers>(options, m_events);
-    }
-    Response ask(const std::string& what, std::map<std::string, std::string> query = {})
-    {
-        return (*m_answers)({"GET", "/api/" + what, std::move(query), ""});
-    }
-    json askJson(const std::string& what, std::map<std::string, std::string> query = {})
-    {
-        const Response response = ask(what, std::move(query));
-        EXPECT_EQ(response.status, 200) << response.body;
-        return json::parse(response.body);
-    }
-    /// The sentence of a refusal.
-    std::string refusal(int status, const std::string& what, std::map<std::string, std::string> query = {})
-    {
-        const Response response = ask(what, std::move(query));
-        EXPECT_EQ(response.status, status) << response.body;
-        return json::parse(response.body)["error"];
-    }
-    Response post(const json& body) { return (*m_answers)({"POST", "/api/bookmarks", {}, body.dump()}); }
-
-    static std::string at(double timeMs) { return json(Start + timeMs).dump(); }
-
-private:
-    QTemporaryDir m_folder;
-    QTemporaryDir m_cache;
-    Events m_events;
-    std::unique_ptr<Answers> m_answers;
-};
-
-/// What a verb prints.
-template <typename Options>
-std::string printed(RecTool::ExitCode (*verb)(const Options&), const Options& options)
-{
-    testing::internal::CaptureStdout();
-    static_cast<void>(verb(options));
-    return testing::internal::GetCapturedStdout();
-}
-
-json stateOf(const std::string& file, std::uint64_t at)
-{
-    RecTool::StateOptions options;
-    options.file = file;
-    options.at = std::to_string(at);
-    options.json = true;
-    return json::parse(printed(RecTool::state, options));
-}
-
-std::vector<json> recordsOf(const std::string& file)
-{
-    RecTool::CatOptions options;
-    options.file = file;
-    options.json = true;
-    std::istringstream lines(printed(RecTool::cat, options));
-    std::vector<json> records;
-    for (std::string line; std::getline(lines, line);) {
-        records.push_back(json::parse(line));
-    }
-    return records;
-}
+class RecViewAnswers : public AnswersTest {};
 
 TEST_F(RecViewAnswers, TheListTellsWhatARecordingHolds)
 {
@@ -204,7 +122,8 @@ TEST_F(RecViewAnswers, WhatIsWrongWithARequestIsASentenceThatNamesTheParameter)
     EXPECT_THAT(refusal(400, "record", {{"recording", "sample"}, {"at", "1"}, {"step", "2"}}), HasSubstr("\"step\""));
     EXPECT_THAT(refusal(400, "bearings", {{"recording", "sample"}, {"from", "2"}, {"to", "1"}}), HasSubstr("\"from\""));
     EXPECT_EQ(ask("other").status, 404);
-    EXPECT_EQ((*this).post({1, 2}).status, 403);
+    EXPECT_EQ(post({1, 2}).status, 403);
 }
 
 }  // namespace
+}  // namespace AnswersTests

@@ -1,0 +1,256 @@
+// Keeping numbers singly and in blocks, changes with their texts, and bearings, within what room there is.
+#include "valuepart.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <span>
+#include <utility>
+
+#include <QString>
+
+#include <values/value.h>
+
+#include "rectool/replay/recordedvalues.h"
+
+namespace RecView {
+
+namespace {
+
+constexpr double NoNumber = std::numeric_limits<double>::quiet_NaN();
+constexpr std::size_t RecordBytes = 30;  // of a record besides its data
+constexpr double ShareOfNumbers = 0.5;   // blocks show the others
+constexpr double ShareOfBearings = 0.8;  // records give the others where they are few
+constexpr double ShareOfPositions = 0.9;
+
+}  // namespace
+
+bool KeptBudget::allows(std::size_t bytes, double share) const
+{
+    constexpr std::uint64_t Parts = 12;
+    constexpr std::uint64_t Least = std::uint64_t{64} << 10;  // nothing is kept of recordings that are that small
+    const std::uint64_t all = std::max(Least, m_read / Parts);
+    return static_cast<double>(m_kept + bytes) <= static_cast<double>(all) * share;
+}
+
+std::string changeText(const Record& record, const values::ValueBase* value)
+{
+    constexpr int Longest = 200;
+    const QString text = QString::fromStdString(RecTool::describe(record, value));
+    return (text.size() <= Longest ? text : text.left(Longest) + QStringLiteral("\u2026")).toStdString();
+}
+
+double numberOf(const values::ValueBase* value)
+{
+    const auto* number = dynamic_cast<const values::ValueNumeric<double>*>(value);
+    return number != nullptr ? number->GetValue() : NoNumber;
+}
+
+ValuePart::ValuePart(Store& store, const Summary& summary)
+    : m_store(store),
+      m_types(summary.types),
+      m_taker(m_types, plausibleStart(summary.header.startMs), [this](const auto& taken) { addBearing(taken); })
+{
+}
+
+void ValuePart::noteKind(const PassedRecord& passed)
+{
+    const std::int32_t code = passed.record.code;
+    if (m_kinds.count(code) == 0 && hasKind(passed.record)) {
+        const Kind kind = typeOf(passed.record, m_types).kind;
+        m_kinds.emplace(code, kind);
+        m_store.column(keyOf(Kept::Kinds)).append(KeptKind{code, static_cast<std::uint32_t>(kind)});
+    }
+}
+
+void ValuePart::add(const PassedRecord& passed)
+{
+    m_budget.read(passed.record.data.size() + RecordBytes);
+    noteKind(passed);
+    m_position = passed.record.position;
+    m_code = passed.record.code;
+    m_momentMs = passed.momentMs;
+    m_taker.apply(passed.record);
+    const auto kind = m_kinds.find(m_code);
+    if (passed.isSweep || kind == m_kinds.end() || kind->second == Kind::Levels || kind->second == Kind::Bearings) {
+        return;
+    }
+    addPosition(passed.timeMs);
+    if (kind->second == Kind::Number) {
+        addNumber(passed, numberOf(passed.value));
+    } else {
+        addChange(passed);
+    }
+}
+
+void ValuePart::addNumber(const PassedRecord& passed, double value)
+{
+    Numbers& numbers = m_numbers[m_code];
+    if (numbers.all == nullptr) {
+        numbers.all = &m_store.column(keyOf(Kept::Numbers, m_code));
+        numbers.blocks.resize(BlockLevels);
+        numbers.counts.resize(BlockLevels);
+    }
+    if (numbers.isOpen && m_budget.allows(sizeof(KeptNumber), ShareOfNumbers)) {
+        numbers.all->append(KeptNumber{passed.timeMs, value});
+        m_budget.keep(sizeof(KeptNumber));
+    } else if (std::exchange(numbers.isOpen, false)) {
+        m_store.column(keyOf(Kept::NumbersEnd, m_code)).append(passed.timeMs);
+    }
+    addToBlocks(m_code, numbers, {passed.timeMs, value, value, value, passed.record.position});
+}
+
+void ValuePart::addToBlocks(std::int32_t code, Numbers& numbers, const KeptBlock& one)
+{
+    for (std::uint32_t level = 0; level < BlockLevels; ++level) {
+        KeptBlock& block = numbers.blocks[level];
+        if (numbers.counts[level]++ == 0) {
+            block = one;
+        } else {
+            block.min = std::fmin(block.min, one.min);
+            block.max = std::fmax(block.max, one.max);
+            block.last = one.last;
+        }
+    }
+    std::uint32_t full = NumbersPerBlock;
+    for (std::uint32_t level = 0; level < BlockLevels && numbers.counts[level] == full; ++level) {
+        pushBlock(code, numbers, level);
+        full *= BlocksPerBlock;
+    }
+}
+
+void ValuePart::pushBlock(std::int32_t code, Numbers& numbers, std::uint32_t level)
+{
+    if (numbers.counts[level] > 0) {
+        m_store.column(keyOf(Kept::NumberBlocks, code, level)).append(numbers.blocks[level]);
+        m_budget.keep(sizeof(KeptBlock));
+        numbers.counts[level] = 0;
+    }
+}
+
+void ValuePart::addChange(const PassedRecord& passed)
+{
+    Changes& changes = m_changes[m_code];
+    std::string text = changeText(passed.record, passed.value);
+    if (!changes.isFirst && text == changes.text) {
+        return;  // it was recorded once more, but did not change
+    }
+    if (changes.column == nullptr) {
+        changes.column = &m_store.column(keyOf(Kept::Changes, m_code));
+    }
+    const std::size_t bytes = sizeof(KeptChange) + (m_texts.count(text) > 0 ? 0 : text.size() + sizeof(std::uint32_t));
+    if (m_budget.allows(bytes, 1)) {
+        changes.column->append(KeptChange{passed.timeMs, keepText(text), changes.leftOut});
+        m_budget.keep(bytes);
+        changes.leftOut = 0;
+    } else {
+        ++changes.leftOut;
+    }
+    changes.text = std::move(text);
+    changes.ms = passed.timeMs;
+    changes.isFirst = false;
+}
+
+std::uint32_t ValuePart::keepText(const std::string& text)
+{
+    constexpr std::size_t MostTexts = 4096;
+    const auto known = m_texts.find(text);
+    if (known != m_texts.end()) {
+        return known->second;
+    }
+    Column& column = m_store.column(keyOf(Kept::Texts));
+    const auto begin = static_cast<std::uint32_t>(column.bytes());
+    column.append(static_cast<std::uint32_t>(text.size()));
+    column.append(std::span(text.data(), text.size()));
+    if (m_texts.size() == MostTexts) {
+        m_texts.clear();
+    }
+    m_texts.emplace(text, begin);
+    return begin;
+}
+
+void ValuePart::addBearing(const RecTool::BearingTaker::Taken& taken)
+{
+    m_lastBearing = keptBearing(taken, m_momentMs, m_code, m_position);
+    if (!m_budget.allows(sizeof(KeptBearing), ShareOfBearings)) {
+        ++m_bearingsLeftOut;
+        return;
+    }
+    m_lastBearing.leftOut = std::exchange(m_bearingsLeftOut, 0);
+    m_store.column(keyOf(Kept::Bearings)).append(m_lastBearing);
+    m_budget.keep(sizeof(KeptBearing));
+}
+
+KeptBearing keptBearing(const RecTool::BearingTaker::Taken& taken, double ms, std::int32_t code, std::int64_t position)
+{
+    const RecTool::TakenBearing& bearing = taken.bearing;
+    KeptBearing kept;
+    kept.ms = ms;
+    kept.timeMs = bearing.timeMs;
+    kept.position = position;
+    kept.code = code;
+    kept.channel = bearing.channel;
+    kept.measuredUs = bearing.measuredUs;
+    kept.hz = bearing.frequencyHz;
+    kept.azimuthDeg = bearing.bearing.azimuthDeg;
+    kept.elevationDeg = bearing.bearing.elevationDeg;
+    kept.levelDb = bearing.bearing.levelDb;
+    kept.quality = bearing.bearing.quality;
+    kept.headingDeg = bearing.headingDeg.value_or(NoNumber);
+    kept.latitudeDeg = taken.hasPosition ? bearing.line.from.latitudeDeg : NoNumber;
+    kept.longitudeDeg = taken.hasPosition ? bearing.line.from.longitudeDeg : NoNumber;
+    return kept;
+}
+
+/// Latitude and longitude change one after the other: what lies between the two is no position.
+void ValuePart::addPosition(double ms)
+{
+    constexpr double Apart = 100;
+    const auto position = m_taker.position();
+    if (!position || (position->latitudeDeg == m_lastPosition.latitudeDeg &&
+                      position->longitudeDeg == m_lastPosition.longitudeDeg)) {
+        return;
+    }
+    if (ms - m_lastPosition.ms > Apart) {
+        keepPosition();
+    }
+    m_lastPosition = {ms, position->latitudeDeg, position->longitudeDeg};
+    m_positionIsKept = false;
+}
+
+void ValuePart::keepPosition()
+{
+    if (!std::exchange(m_positionIsKept, true) && m_budget.allows(sizeof(KeptPosition), ShareOfPositions)) {
+        m_store.column(keyOf(Kept::Positions)).append(m_lastPosition);
+        m_budget.keep(sizeof(KeptPosition));
+    }
+}
+
+/// What was left out last would not be counted in any entry.
+void ValuePart::finish()
+{
+    for (auto& [code, numbers] : m_numbers) {
+        for (std::uint32_t level = 0; level < BlockLevels; ++level) {
+            pushBlock(code, numbers, level);
+        }
+    }
+    for (auto& [code, changes] : m_changes) {
+        if (changes.leftOut > 0) {
+            changes.column->append(KeptChange{changes.ms, keepText(changes.text), changes.leftOut - 1});
+        }
+    }
+    keepPosition();
+    if (m_bearingsLeftOut > 0) {
+        m_lastBearing.leftOut = m_bearingsLeftOut - 1;
+        m_store.column(keyOf(Kept::Bearings)).append(m_lastBearing);
+    }
+}
+
+std::vector<std::unique_ptr<OverviewPart>> makeValueParts(Store& store, const Summary& summary)
+{
+    std::vector<std::unique_ptr<OverviewPart>> parts;
+    parts.push_back(std::make_unique<ValuePart>(store, summary));
+    return parts;
+}
+
+}  // namespace RecView
