@@ -1,13 +1,22 @@
 // The whole way of a change in one process: the value is set, notified and rendered, the recorder writes its record.
 #include <benchmark/benchmark.h>
 
+#include <time.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <memory>
+#include <optional>
 #include <stdexcept>
+#include <string>
+#include <thread>
 #include <vector>
 
 #include <QDir>
 #include <QFile>
 
+#include <recording2/inspection/following.h>
 #include <recording2/loadinterface.h>
 #include <startup/cfgcenter.h>
 #include <values/maps.h>
@@ -51,17 +60,19 @@ public:
                             QStringLiteral("bench.toml"));
         spectrum.SetChannelRange(values::ChannelRange::Even(88e6, 5e3, Channels));
         m_recorder.reset(VKCreate(L"Rx"));
-        status().Select(QStringLiteral("On"));
+        begin();
     }
     Station(const Station&) = delete;
     Station& operator=(const Station&) = delete;
     ~Station()
     {
-        status().Select(QStringLiteral("Off"));
+        end();
         m_recorder.reset();
         CfgCenter::Clear();
         QDir(folder()).removeRecursively();
     }
+    void begin() { status().Select(QStringLiteral("On")); }
+    void end() { status().Select(QStringLiteral("Off")); }
     void advance() { m_clock.now += 1'000; }
     [[nodiscard]] unsigned long long now() const { return m_clock.now; }
     /// Removes finished files, so that a long run does not fill the disk.
@@ -72,10 +83,8 @@ public:
             directory.remove(name);
         }
     }
-    [[nodiscard]] std::int64_t written() const
-    {
-        return QFile(m_tree.Find(QStringLiteral("/Rx/REC_FILENAME"))->GetText()).size();
-    }
+    [[nodiscard]] QString fileName() const { return m_tree.Find(QStringLiteral("/Rx/REC_FILENAME"))->GetText(); }
+    [[nodiscard]] std::int64_t written() const { return QFile(fileName()).size(); }
 
 private:
     static QString folder()
@@ -177,6 +186,112 @@ void memoryOf400MegaBytes(benchmark::State& state)
     }
 }
 
+/// Somebody who looks every 50 ms at what was recorded meanwhile, while this exists.
+class Reader {
+public:
+    explicit Reader(const std::string& file)
+    {
+        std::string problem;
+        m_following = Recording2::Inspection::Following::open(file, problem);
+        if (!m_following) {
+            throw std::runtime_error(problem);
+        }
+        look();
+        m_thread = std::thread([this] {
+            while (!m_end) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+                look();
+            }
+        });
+    }
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+    ~Reader()
+    {
+        m_end = true;
+        m_thread.join();
+    }
+
+private:
+    void look()
+    {
+        while (m_following->next(m_record)) {
+            benchmark::DoNotOptimize(m_record.data.data());
+        }
+    }
+
+    std::optional<Recording2::Inspection::Following> m_following;
+    Recording2::Inspection::Record m_record;
+    std::atomic<bool> m_end{false};
+    std::thread m_thread;
+};
+
+/// Processor time of this thread, in nanoseconds.
+double ownTime()
+{
+    timespec time{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
+}
+
+/// What a reader costs the recorder: its processor time per change, with a reader beside it to without, the middle one
+/// of many pairs of stretches. What else the machine does meets both alike.
+template <typename Change>
+void besideAReader(benchmark::State& state, Change change)
+{
+    constexpr int Pairs = 15;
+    constexpr int AtOnce = 50;
+    constexpr std::chrono::milliseconds Stretch(200);
+    Station station;
+    const auto stretch = [&](bool withReader) {
+        station.end();
+        Station::removeFinished();
+        station.begin();
+        std::optional<Reader> reader;
+        if (withReader) {
+            reader.emplace(station.fileName().toStdString());
+        }
+        double changes = 0;
+        const auto end = std::chrono::steady_clock::now() + Stretch;
+        const double begun = ownTime();
+        while (std::chrono::steady_clock::now() < end) {
+            for (int i = 0; i < AtOnce; ++i) {
+                change(station);
+            }
+            changes += AtOnce;
+        }
+        return (ownTime() - begun) / changes;
+    };
+    for (auto round : state) {
+        static_cast<void>(round);
+        std::vector<double> ratios;
+        for (int pair = 0; pair < Pairs; ++pair) {
+            const bool readerFirst = pair % 2 == 0;
+            const double first = stretch(readerFirst);
+            const double second = stretch(!readerFirst);
+            ratios.push_back(readerFirst ? first / second : second / first);
+        }
+        std::nth_element(ratios.begin(), ratios.begin() + Pairs / 2, ratios.end());
+        state.counters["ratio"] = ratios[Pairs / 2];
+    }
+}
+
+void numbersBesideAReader(benchmark::State& state)
+{
+    besideAReader(state, [number = 0](Station& station) mutable {
+        station.advance();
+        station.level.SetValue(-static_cast<double>(++number % 1'000) / 8);
+    });
+}
+
+void spectraBesideAReader(benchmark::State& state)
+{
+    besideAReader(state, [cells = sweeps(), number = std::size_t{0}](Station& station) mutable {
+        station.advance();
+        station.spectrum.SetCells(0, cells[++number % cells.size()], station.now());
+    });
+}
+
 // With each journal, in one run: what one costs is a ratio.
 BENCHMARK_CAPTURE(smallChange, off, "off")->UseRealTime();
 BENCHMARK_CAPTURE(smallChange, process, "process")->UseRealTime();
@@ -184,6 +299,8 @@ BENCHMARK_CAPTURE(smallChange, power, "power")->UseRealTime();
 BENCHMARK_CAPTURE(wholeSpectrum, off, "off")->UseRealTime();
 BENCHMARK_CAPTURE(wholeSpectrum, process, "process")->UseRealTime();
 BENCHMARK_CAPTURE(wholeSpectrum, power, "power")->UseRealTime();
+BENCHMARK(numbersBesideAReader)->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(spectraBesideAReader)->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(memoryOf400MegaBytes)->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -24,10 +24,10 @@ constexpr std::string_view OpenEnding = ".tmp";
 constexpr std::string_view FinalEnding = ".rec";
 
 /// As closing names a recording: up to its first dot.
-fs::path finalName(const fs::path& name)
+std::string finalName(const std::string& path)
 {
-    const std::u8string file = name.filename().u8string();
-    return name.parent_path() / (file.substr(0, file.find(u8'.')) + u8".rec");
+    const std::size_t file = path.size() - utf8(native(path).filename()).size();
+    return path.substr(0, path.find('.', file)).append(FinalEnding);
 }
 
 /// Whether a recorder or whoever closes for it holds a file. Where the system cannot tell, somebody may.
@@ -140,9 +140,9 @@ struct Following::Private {
         if (file.isAt(name)) {
             return;
         }
-        const fs::path expected = finalName(name);
-        if (file.isAt(expected)) {
-            path = utf8(fs::path(native(path)).parent_path() / expected.filename());
+        const std::string expected = finalName(path);
+        if (file.isReachedBy(native(expected))) {
+            path = expected;
             return;
         }
         path.clear();
@@ -185,7 +185,7 @@ std::optional<Following> Following::open(const std::string& path, std::string& p
     std::string found = path;
     Summary head = inspectHead(found);
     if (head.readability == Readability::Missing && path.ends_with(OpenEnding)) {
-        found = utf8(finalName(native(path)));
+        found = finalName(path);
         head = inspectHead(found);
     }
     std::error_code error;
