@@ -18,6 +18,9 @@ std::span<const Target> targets()
         Target{"plot", runPlot, plotSeeds},
         Target{"recording", runRecording, recordingSeeds},
         Target{"rectool", runRectool, recordingSeeds},
+#if defined(FUZZ_REQUESTS)
+        Target{"requests", runRequests, requestsSeeds},
+#endif
         Target{"sweep", runSweep, sweepSeeds},
         Target{"times", runTimes, timesSeeds},
     };
