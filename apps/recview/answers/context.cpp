@@ -156,6 +156,13 @@ double madeOf(const Overviews& overviews, const Timeline& timeline)
     return madeOf(files);
 }
 
+void refuseUnfinished(const Context& context, const Timeline& timeline)
+{
+    if (madeOf(context.overviews, timeline) < 1) {
+        throw Refusal(503, "The recording is still being looked through; ask again in a moment.");
+    }
+}
+
 double sinceEpoch(const RecordedFile& file, double timeMs)
 {
     return static_cast<double>(file.startMs) + timeMs;

@@ -59,6 +59,22 @@ void appendTimeline(std::string& out, const Context& context, const Timeline& ti
     object.number("made", madeOf(context.overviews, timeline));
 }
 
+/// What does not hinder a file from being shown, but not all of it.
+std::vector<Problem> problemsOf(const Context& context, const Listing& listing)
+{
+    std::vector<Problem> problems = listing.problems;
+    for (const Timeline& timeline : listing.timelines) {
+        for (const FilePointer& file : timeline.files) {
+            const Made made = context.overviews.known(*file);
+            const std::string& sentence = made.problem.empty() ? made.damage : made.problem;
+            if (!sentence.empty() && file->damage.empty()) {
+                problems.push_back({file->name, sentence});
+            }
+        }
+    }
+    return problems;
+}
+
 }  // namespace
 
 Response answerRecordings(const Context& context, const Request& request)
@@ -71,7 +87,7 @@ Response answerRecordings(const Context& context, const Request& request)
     object.truth("edit", context.options.edit);
     object.list("recordings", listing->timelines,
                 [&](const Timeline& timeline) { appendTimeline(out, context, timeline); });
-    object.list("problems", listing->problems, [&](const Problem& problem) {
+    object.list("problems", problemsOf(context, *listing), [&](const Problem& problem) {
         JsonObject entry(out);
         entry.text("name", problem.name);
         entry.text("error", problem.error);

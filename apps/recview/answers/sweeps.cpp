@@ -133,6 +133,7 @@ Response answerSweep(const Context& context, const Request& request)
         }
     }
     if (!sweep) {
+        refuseUnfinished(context, timeline);
         throw Refusal(404, "Nothing was measured up to this moment.");
     }
     std::optional<double> previous = sweep->previousMs;
@@ -170,9 +171,7 @@ Response answerCsv(const Context& context, const Request& request)
     stream->nextMs = from;
     stream->lowHz = low;
     stream->highHz = high;
-    if (madeOf(stream->files) < 1) {
-        throw Refusal(503, "The recording is still being looked through; ask again in a moment.");
-    }
+    refuseUnfinished(context, *asked.timeline);
     Response response;
     response.type = "text/csv";
     response.fileName = asked.timeline->id + "_" + type.keyword + ".csv";

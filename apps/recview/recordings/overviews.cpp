@@ -18,6 +18,19 @@ Cache::Options withVersion(Cache::Options options)
     return options;
 }
 
+/// Of the tables, and of records that could not be read.
+std::string damageIn(const RecordedFile& file, const Overview& overview)
+{
+    const Summary summary = Recording2::Inspection::inspect(file.path);
+    if (!summary.findings.empty()) {
+        return damageOf(summary);
+    }
+    const std::uint64_t named = summary.times.size();
+    return named <= overview.records()
+               ? ""
+               : std::to_string(named - overview.records()) + " of its records are damaged; the others are shown.";
+}
+
 }  // namespace
 
 Overviews::Overviews(Cache::Options options, std::function<void(const RecordedFile&)> told)
@@ -73,7 +86,7 @@ void Overviews::adopt(const FilePointer& file, std::shared_ptr<Overview> overvie
     const std::lock_guard lock(m_mutex);
     m_jobs.push_back({file, overview});
     Entry& entry = m_entries[keyOf(*file)];
-    entry.made = {std::move(overview), 1, ""};
+    entry.made = {std::move(overview), 1, "", ""};
     entry.used = ++m_used;
     m_changed.notify_all();
 }
@@ -119,14 +132,17 @@ void Overviews::make(const FilePointer& file, const std::stop_token& stop)
                                                const auto now = std::chrono::steady_clock::now();
                                                if (now - told > Often && share < 1) {
                                                    told = now;
-                                                   become(file, {soFar, share, ""});
+                                                   become(file, {soFar, share, "", ""});
                                                }
                                                return !stop.stop_requested();
                                            });
     } catch (const std::exception& error) {
         made.problem = error.what();
     }
-    made.share = made.overview != nullptr ? 1 : 0;
+    if (made.overview != nullptr) {
+        made.share = 1;
+        made.damage = damageIn(*file, *made.overview);
+    }
     if (!stop.stop_requested()) {
         become(file, std::move(made));
     }

@@ -23,6 +23,7 @@ struct Made {
     std::shared_ptr<Overview> overview;  ///< what there is of it so far; null: nothing yet
     double share = 0;                    ///< 1: all of it
     std::string problem;                 ///< one sentence where it cannot be made
+    std::string damage;                  ///< one sentence where not all of the file can be read
 };
 
 /// Any thread. What is asked for first is made first; asking does not wait longer than it takes to find what was made

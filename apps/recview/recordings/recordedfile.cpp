@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 
 #include <QString>
 
@@ -97,8 +98,10 @@ RecordedTypes firstTypes(const std::string& path, const Inspection::Summary& sum
     }
     for (auto& [code, type] : found) {
         if (const auto& spans = ranges[code].spans(); !spans.empty()) {
-            type.lowHz = spans.front().lowHz;
-            type.highHz = spans.back().highHz;
+            const std::set<double>& steps = ranges[code].steps();
+            const double half = steps.empty() ? 0 : *steps.begin() / 2;  // cells reach as far around their channels
+            type.lowHz = spans.front().lowHz - half;
+            type.highHz = spans.back().highHz + half;
         }
     }
     return found;
@@ -113,9 +116,16 @@ std::uint64_t plausibleStart(std::uint64_t startMs)
     return startMs > LastMs ? 0 : startMs;
 }
 
+std::string damageOf(const Inspection::Summary& summary)
+{
+    return summary.findings.empty()
+               ? ""
+               : "The file is damaged: " + summary.findings.front().text + " What can be read is shown.";
+}
+
 std::string unitOf(Kind kind, const std::string& keyword)
 {
-    return kind == Kind::Levels ? "dB" : RecTool::unitOfKeyword(keyword);
+    return kind == Kind::Levels ? "dB" : kind == Kind::Number ? RecTool::unitOfKeyword(keyword) : "";
 }
 
 bool hasKind(const Inspection::Record& record)
@@ -160,7 +170,7 @@ FilePointer lookAtFile(const std::string& path, const std::string& shownName, st
     }
     file->recorded = firstTypes(path, summary);
     if (!summary.findings.empty()) {
-        file->damage = "The file is damaged: " + summary.findings.front().text + " What can be read is shown.";
+        file->damage = damageOf(summary);
     }
     return file;
 }

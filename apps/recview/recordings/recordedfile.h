@@ -63,6 +63,9 @@ using FilePointer = std::shared_ptr<const RecordedFile>;
 /// @param problem receives one sentence where there is nothing to show @return null then
 [[nodiscard]] FilePointer lookAtFile(const std::string& path, const std::string& shownName, std::string& problem);
 
+/// What is wrong with a file that can be read all the same, one sentence; empty for a sound one.
+[[nodiscard]] std::string damageOf(const Recording2::Inspection::Summary& summary);
+
 /// When a recording began, 0 where its header tells no moment that can be.
 [[nodiscard]] std::uint64_t plausibleStart(std::uint64_t startMs);
 
