@@ -186,11 +186,17 @@ void SweepTracker::end(const TrackedSweep& sweep, const LevelMap* map)
 {
     LevelBlocks& blocks = m_series[m_current]->blocks;
     m_credit += static_cast<double>(sweep.bytes) * ShareOfRecords;
-    if (blocks.open().row.sweeps >= BlockLayout::LeastSweeps && m_credit >= static_cast<double>(blocks.rowBytes())) {
+    m_bytesOfRow += sweep.bytes;
+    // Ending a row costs a look at every cell, which its sweeps must be worth.
+    constexpr std::size_t CellsPerByte = 4;
+    const bool isWorthIt = m_bytesOfRow * CellsPerByte >= m_units->channels();
+    if (isWorthIt && blocks.open().row.sweeps >= BlockLayout::LeastSweeps &&
+        m_credit >= static_cast<double>(blocks.rowBytes())) {
         if (m_streak > 0) {
             settle(map);
         }
         m_credit -= static_cast<double>(blocks.endRow());
+        m_bytesOfRow = 0;
     }
 }
 

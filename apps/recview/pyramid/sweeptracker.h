@@ -88,8 +88,9 @@ private:
     double m_streak = 0;             // sweeps since the last one whose every cell was entered
     bool m_isPartial = false;        // the record being applied writes m_runs only
     std::vector<CellRun> m_runs;
-    std::vector<float> m_before;  // their cells
-    double m_credit = 0;          // bytes of disk that may be used
+    std::vector<float> m_before;   // their cells
+    double m_credit = 0;           // bytes of disk that may be used
+    std::size_t m_bytesOfRow = 0;  // of records since a row was ended
     double m_leastPauseMs = 1000;
 };
 
