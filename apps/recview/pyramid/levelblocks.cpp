@@ -139,16 +139,19 @@ std::uint64_t LevelBlocks::rowBytes(std::size_t time) const
 std::uint64_t LevelBlocks::allBytes() const
 {
     std::uint64_t bytes = 0;
-    for (std::size_t time = 0; time < m_open.size(); ++time) {
+    for (std::size_t time = 0; time < std::max(m_open.size(), BlockLayout::FirstFineTime + 1); ++time) {
         bytes += rowBytes(time);
     }
     return bytes;
 }
 
-std::uint64_t LevelBlocks::endRow()
+std::uint64_t LevelBlocks::endRow(double credit)
 {
     std::uint64_t bytes = close(0);
-    for (std::size_t time = 1; time < m_open.size() && m_open[time].children == BlockLayout::RowsPerRow; ++time) {
+    for (std::size_t time = 1; time < m_open.size() && m_open[time].children >= BlockLayout::RowsPerRow; ++time) {
+        if (credit < static_cast<double>(bytes + rowBytes(time))) {
+            break;
+        }
         bytes += close(time);
     }
     return bytes;

@@ -37,7 +37,7 @@ constexpr std::int16_t NoHundredths = std::numeric_limits<std::int16_t>::min(); 
 
 /// How blocks are laid out: level t of time, level c of frequency.
 struct BlockLayout {
-    static constexpr std::size_t RowsPerRow = 4;   ///< of the level below
+    static constexpr std::size_t RowsPerRow = 4;   ///< of the level below, or more
     static constexpr std::size_t LeastSweeps = 4;  ///< in a row of level 0, but before a pause
     static constexpr std::size_t TimeLevels = 11;
     static constexpr std::size_t FirstFineTime = 2;  ///< level from which on there are blocks of single units
@@ -113,8 +113,9 @@ public:
     [[nodiscard]] std::uint64_t rowBytes() const { return rowBytes(0); }
     /// What writing all levels takes.
     [[nodiscard]] std::uint64_t allBytes() const;
-    /// Ends the row of level 0, and those above it whose time has come. @return bytes written
-    std::uint64_t endRow();
+    /// Ends the row of level 0, and those above it whose time has come; these wait until there is credit for them.
+    /// @param credit bytes that may be written @return those that were
+    std::uint64_t endRow(double credit);
     /// Ends the rows of all levels, at the end or before a pause. @return bytes written
     std::uint64_t endAll();
 

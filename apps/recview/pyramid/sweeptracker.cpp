@@ -129,7 +129,7 @@ void SweepTracker::finish(const LevelMap* map)
         if (m_credit >= static_cast<double>(blocks.allBytes())) {
             m_credit -= static_cast<double>(blocks.endAll());
         } else if (blocks.open().row.sweeps > 0) {
-            m_credit -= static_cast<double>(blocks.endRow());
+            m_credit -= static_cast<double>(blocks.endRow(m_credit));
         }
     }
 }
@@ -195,7 +195,7 @@ void SweepTracker::end(const TrackedSweep& sweep, const LevelMap* map)
         if (m_streak > 0) {
             settle(map);
         }
-        m_credit -= static_cast<double>(blocks.endRow());
+        m_credit -= static_cast<double>(blocks.endRow(m_credit));
         m_bytesOfRow = 0;
     }
 }
