@@ -9,7 +9,7 @@ import { chart } from './chart.js';
 import { element } from './dom.js';
 import { latest } from './latest.js';
 
-const lines = [{ label: 'Max', colour: 'max' }, { label: 'Mean', colour: 'mean' }, { label: 'Min', colour: 'min' }];
+const lines = [{ label: 'Max', colour: 'max' }, { label: 'Min', colour: 'min' }, { label: 'Mean', colour: 'mean' }];
 const nothing = { hz: null, ms: [], max: [], mean: [], min: [] };
 let answer = nothing;
 let container;
@@ -25,7 +25,7 @@ export function create(theContainer) {
     const body = element('div', { className: 'chart' });
     container.append(element('header', {}, title, figures), body);
     plot = chart(body, {
-        lines, band: [1, 3],
+        lines, band: [1, 2],
         range: () => [model.get().from, model.get().to],
         ticks: null,
         gutters: () => axes.geometry,
@@ -58,8 +58,9 @@ async function ask() {
 
 function show() {
     container.classList.toggle('idle', answer.hz === null);
+    container.hidden = model.get().type === null;
     title.textContent = answer.hz === null ? 'Channel: click in the waterfall to see one over time' : `Channel ${text.frequency(answer.hz)}`;
-    plot.setData([answer.ms, answer.max, answer.mean, answer.min]);
+    plot.setData([answer.ms, answer.max, answer.min, answer.mean]);
 }
 
 function read(index, ms) {

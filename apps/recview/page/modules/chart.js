@@ -61,7 +61,7 @@ function options(container, wishes) {
     return {
         width: Math.max(100, container.clientWidth), height: Math.max(40, container.clientHeight),
         legend: { show: false },
-        padding: [6, gutters ? () => gutters().right : 10, gutters ? 6 : 0, 0],
+        padding: [6, gutters ? () => gutters().right : 16, gutters ? 6 : 0, 0],
         cursor: { y: false, points: { size: 5 }, drag: { x: Boolean(wishes.selected), y: false, setScale: false }, focus: { prox: -1 } },
         select: { show: Boolean(wishes.selected) },
         scales: {

@@ -149,7 +149,7 @@ function finish(drag, hands, at, box, cancelled) {
         zoomTo(corners(drag.start, at, box), box);
     } else if (!drag.moved && at.x >= box.x && at.x <= box.x + box.width && at.y >= box.y && at.y <= box.y + box.height) {
         const { ms, hz } = meaning(at, box);
-        model.set({ at: ms, hz });
+        model.set({ at: ms, hz: model.get().type === null ? null : hz });
     }
 }
 

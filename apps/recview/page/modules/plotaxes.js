@@ -11,9 +11,11 @@ export function draw(context, state, box, head, ratio = window.devicePixelRatio)
     context.setTransform(ratio, 0, 0, ratio, 0, 0);
     context.font = font;
     context.lineWidth = 1;
-    marks(context, state, box, head);
     times(context, state, box);
-    frequencies(context, state, box);
+    if (state.type !== null) {
+        marks(context, state, box, head);
+        frequencies(context, state, box);
+    }
     context.strokeStyle = theme.colour('line');
     context.strokeRect(box.x - 0.5, box.y - 0.5, box.width + 1, box.height + 1);
     context.restore();
@@ -49,7 +51,7 @@ function times(context, state, box) {
     }
     context.textAlign = 'left';
     context.fillStyle = theme.colour('dim');
-    context.fillText(text.zone(state.from, state.utc), box.x + box.width + 8, bottom + 7);
+    context.fillText(text.zone(state.from, state.utc), box.x + box.width + 8, bottom + 21);
 }
 
 function frequencies(context, state, box) {
@@ -74,12 +76,12 @@ function marks(context, state, box, head) {
     context.beginPath();
     context.rect(box.x, y, box.width, box.height + 17);
     context.clip();
-    for (const [from, to] of head?.gaps ?? []) {
+    for (const [from, to] of head?.made < 1 ? [] : head?.gaps ?? []) {
         gap(context, box, y, axes.timeToX(from), axes.timeToX(to), to - from);
     }
     let free = box.x;
     for (const { ms, lowHz, highHz } of head?.ranges ?? []) {
-        free = flag(context, box, y, ms, `${text.frequency(lowHz)} – ${text.frequency(highHz)}`, free, 'accent');
+        free = flag(context, box, y, ms, text.frequencies(lowHz, highHz), free, 'accent');
     }
     for (const { startMs } of state.recording.files.slice(1)) {
         const x = crisp(axes.timeToX(startMs));

@@ -18,8 +18,14 @@ export async function load() {
     return answer.recordings;
 }
 
+/** A recording that is better known by now: a view that shows all of it still does. */
 function refreshed(recording) {
-    return { recording, end: recording.endMs, ...(model.spectrum() === null ? firstSpectrum(recording) : {}) };
+    const state = model.get();
+    const [before, now] = [model.spectrum(), recording.spectra.find((one) => one.code === state.type)];
+    const times = state.from === state.recording.startMs && state.to === state.end ? { from: recording.startMs, to: recording.endMs } : {};
+    const all = before !== null && state.low === before.lowHz && state.high === before.highHz;
+    const frequencies = now === undefined || all ? firstSpectrum(recording, state.type) : {};
+    return { recording, end: recording.endMs, ...(state.recording.live ? {} : times), ...frequencies };
 }
 
 function firstSpectrum(recording, type) {
@@ -41,10 +47,17 @@ export function otherSpectrum(type) {
     return { hz: null, ...firstSpectrum(model.get().recording, type) };
 }
 
+/** What is shown when nobody says which: one that grows, else the newest; with a spectrum where there is one. */
+function first(recordings) {
+    const rank = ({ live, spectra, startMs }) => [spectra.length > 0 ? 1 : 0, live ? 1 : 0, startMs];
+    const before = (one, other) => rank(other).map((part, at) => part - rank(one)[at]).find((by) => by !== 0) ?? 0;
+    return [...recordings].sort(before)[0];
+}
+
 /** Shows what an address asks for; of another recording all, where it does not say. */
 export function open({ id, changes }) {
     const { recordings } = model.get();
-    const recording = recordings.find((one) => one.id === id) ?? (id === null ? recordings.at(-1) : undefined);
+    const recording = recordings.find((one) => one.id === id) ?? (id === null ? first(recordings) : undefined);
     if (recording === undefined) {
         notice.show('recording', id === null ? 'There are no recordings here yet.' : `There is no recording ${id} here.`);
         return recordings.length > 0 && id !== null ? open({ id: null, changes: {} }) : undefined;

@@ -14,15 +14,17 @@ const lines = [
     { label: 'Max', colour: 'max', title: 'Largest level of what is visible' },
     { label: 'Mean', colour: 'mean', title: 'Mean level of what is visible' },
     { label: 'Min', colour: 'min', title: 'Smallest level of what is visible' },
-    { label: 'Cursor', colour: 'now', title: 'The sweep at the cursor', width: 1.25 },
+    { label: 'Cursor', colour: 'now', title: 'The sweep at the cursor' },
 ];
 const nothing = { hz: [], max: [], mean: [], min: [] };
 let visible = nothing;
+let container;
 let plot;
 let figures;
 
 /** Fills its container. */
-export function create(container) {
+export function create(theContainer) {
+    container = theContainer;
     figures = element('span', { className: 'reading' });
     const body = element('div', { className: 'chart' });
     container.append(element('header', {}, element('h2', { textContent: 'Spectrum' }), ...lines.map(toggle), figures), body);
@@ -62,6 +64,7 @@ async function ask() {
 
 /** The cursor's sweep has frequencies of its own: both are joined, and only what is visible counts. */
 function draw() {
+    container.hidden = model.get().type === null;
     const { low, high } = model.get();
     const now = sweep.get();
     const shown = { hz: [], level: [] };

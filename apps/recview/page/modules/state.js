@@ -23,6 +23,7 @@ export function create(container) {
     const asked = latest(ask, recordings.tell, 120);
     model.on(['recording', 'at', 'follow', 'utc'], asked);
     model.on('panel', asked);
+    recordings.onMade(asked);
     model.on('end', (state) => (state.follow && state.at === null ? asked() : undefined));
 }
 

@@ -5,6 +5,7 @@ import * as recordings from './recordings.js';
 import { latest } from './latest.js';
 
 let sweep = null;
+let asked;
 const listeners = [];
 
 /** What the server told of the sweep, with `hz`, its channels' frequencies; null without one. */
@@ -57,7 +58,9 @@ async function ask() {
             next = await server.json('/api/sweep', { recording: recording.id, type, at });
             next.hz = frequencies(next.channels);
         } catch (error) {
-            if (error.status !== 404) {
+            if (error.status === 503) {
+                setTimeout(asked, 500); // the recording is still being looked through
+            } else if (error.status !== 404) {
                 throw error;
             }
         }
@@ -95,7 +98,8 @@ export function stepChannel(by) {
 
 /** Starts following the cursor. */
 export function start() {
-    const asked = latest(ask, recordings.tell, 30);
+    asked = latest(ask, recordings.tell, 30);
+    recordings.onMade(asked);
     model.on(['recording', 'type', 'at'], asked);
     model.on(['end', 'follow'], (state) => (state.follow && state.at === null ? asked() : undefined));
 }

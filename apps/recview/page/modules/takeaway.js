@@ -51,7 +51,7 @@ function titles(context, state) {
     context.font = '11px system-ui, "Segoe UI", "DejaVu Sans", sans-serif';
     const what = `${spectrum?.keyword ?? ''} ${of}, ${spectrum?.unit || 'dB'}`;
     const when = `${text.moment(from, utc)} – ${text.moment(to, utc)} ${text.zone(from, utc)}`;
-    context.fillText(`${when} · ${text.frequency(low)} – ${text.frequency(high)} · ${what}`, waterfall.box().x, 28);
+    context.fillText(`${when} · ${text.frequencies(low, high)} · ${what}`, waterfall.box().x, 28);
 }
 
 /** Saves every sweep of the view as CSV. */

@@ -17,6 +17,14 @@ export function frequency(hz) {
     return `${full.includes('.') ? full.replace(/\.?0+$/, '') : full} ${unit.name}`;
 }
 
+/** Two frequencies in the unit of the higher one: 420 – 460 MHz */
+export function frequencies(low, high) {
+    const unit = frequencyUnit(Math.abs(high));
+    const digits = Math.round(Math.log10(unit.hz));
+    const words = [low, high].map((hz) => String(Number((hz / unit.hz).toFixed(digits))));
+    return `${words.join(' – ')} ${unit.name}`;
+}
+
 /** A frequency of a fixed width, to the digits that matter for a step. */
 export function frequencyTo(hz, step) {
     const unit = frequencyUnit(Math.abs(hz));

@@ -41,7 +41,7 @@ function spectrumChoice() {
     model.on(['recording', 'type'], ({ recording, type }) => {
         const spectra = recording?.spectra ?? [];
         made.hidden = spectra.length === 0;
-        fill(made, spectra.map((one) => [one.code, `${one.keyword} · ${text.frequency(one.lowHz)} – ${text.frequency(one.highHz)}`]), type);
+        fill(made, spectra.map((one) => [one.code, `${one.keyword} · ${text.frequencies(one.lowHz, one.highHz)}`]), type);
     });
     return made;
 }

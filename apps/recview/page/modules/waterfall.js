@@ -10,6 +10,8 @@ import * as minimap from './minimap.js';
 import { Loader } from './loader.js';
 import { scaleOf, sourceOf } from './picture.js';
 
+/** What is recorded may come so late into the overview. */
+const lateMs = 3000;
 const margins = { top: 58, bottom: 38 };
 const shown = { picture: null, whole: null };
 let canvas;
@@ -57,6 +59,7 @@ export function create(container, theModel) {
     model.on(['from', 'to', 'low', 'high'], (state, changed) => (changed.has('type') ? undefined : loader.moved()));
     model.on(['recording', 'type', 'of', 'from', 'to', 'low', 'high', 'map', 'levelLow', 'levelHigh', 'utc', 'end'], draw);
     model.on('autoLevel', followLevels);
+    model.on('end', ({ to, end }) => (end - to < lateMs ? loader.moved() : undefined));
     watchPyramid();
 }
 
@@ -93,7 +96,6 @@ function arrived(next, since) {
     draw.now();
     const rests = next.shows(model.get());
     document.body.dataset.drawn = String(Number(document.body.dataset.drawn) + 1);
-    document.body.dataset.settled = rests ? (next.head.exact ? 'exact' : 'view') : '';
     performance.measure('view-drawn', { start: since, detail: { exact: next.head.exact, rests } });
 }
 
@@ -121,18 +123,30 @@ draw.now = () => {
     const context = canvas.getContext('2d');
     context.setTransform(1, 0, 0, 1, 0, 0);
     context.clearRect(0, 0, canvas.width, canvas.height);
-    if (state.recording === null || state.type === null) {
-        return empty(context, state);
+    canvas.parentElement.classList.toggle('bare', state.type === null);
+    if (state.type !== null) {
+        pictures(context, state);
     }
-    pictures(context, state);
-    plotaxes.draw(context, state, box(), picture()?.head);
+    if (state.recording !== null) {
+        plotaxes.draw(context, state, box(), picture()?.head);
+    }
+    const words = wordsOver(state);
+    if (words !== null) {
+        say(context, words);
+    }
     overlay.draw();
     document.body.dataset.settled = settledAs(state);
 };
 
 function settledAs(state) {
     const now = picture();
-    return now === null || !now.shows(state) ? '' : now.head.exact || loader.exact === loader.view ? 'exact' : 'view';
+    if (state.recording !== null && state.type === null) {
+        return 'exact';
+    }
+    if (now === null || !now.shows(state)) {
+        return '';
+    }
+    return now.head.made < 1 ? 'making' : now.head.exact || loader.exact === loader.view ? 'exact' : 'view';
 }
 
 function pictures(context, state) {
@@ -151,14 +165,30 @@ function pictures(context, state) {
     context.restore();
 }
 
-function empty(context, state) {
+/** What is said in place of levels, or over them while they are not all known; null when there is nothing to say. */
+function wordsOver(state) {
+    if (state.recording === null) {
+        return 'No recording is open.';
+    }
+    if (state.type === null) {
+        return 'This recording has no spectra.';
+    }
+    const made = picture()?.head.made ?? 1;
+    return made < 1 ? `The recording is being looked through: ${Math.floor(made * 100)} %` : null;
+}
+
+function say(context, words) {
     const ratio = window.devicePixelRatio;
+    const { x, y, width, height } = box();
     context.setTransform(ratio, 0, 0, ratio, 0, 0);
-    context.fillStyle = theme.colour('dim');
-    context.font = '14px system-ui, sans-serif';
+    context.font = '13px system-ui, "Segoe UI", "DejaVu Sans", sans-serif';
     context.textAlign = 'center';
-    const sentence = state.recording === null ? 'No recording is open.' : 'This recording has no spectra.';
-    context.fillText(sentence, canvas.clientWidth / 2, canvas.clientHeight / 2);
+    context.textBaseline = 'middle';
+    const half = context.measureText(words).width / 2 + 14;
+    context.fillStyle = theme.colour('panel');
+    context.fillRect(x + width / 2 - half, y + height / 2 - 15, 2 * half, 30);
+    context.fillStyle = theme.colour('text');
+    context.fillText(words, x + width / 2, y + height / 2);
 }
 
 /** The canvas as it is drawn, for pictures that are taken away. */
