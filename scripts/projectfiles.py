@@ -32,5 +32,5 @@ def _from_git(root):
 
 def _from_folder(root):
     """All files of an unpacked archive but those of build folders."""
-    paths = (path.relative_to(root) for path in root.rglob("*"))
+    paths = (path.relative_to(root) for path in root.rglob("*") if "node_modules" not in path.parts)
     return {path for path in paths if path.parts[0] not in OTHER_FOLDERS and not path.parts[0].startswith("build-")}
