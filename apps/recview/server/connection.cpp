@@ -20,7 +20,7 @@ namespace asio = boost::asio;
 namespace http = boost::beast::http;
 using boost::beast::error_code;
 
-constexpr std::size_t ReadBytes = 8 * 1024;
+constexpr std::size_t ReadBytes = std::size_t{8} * 1024;
 
 }  // namespace
 

@@ -10,7 +10,7 @@ namespace RecView {
 struct Limits {
     std::uint32_t headerBytes = 16 * 1024;
     std::uint64_t bodyBytes = std::uint64_t{64} * 1024;
-    std::size_t targetBytes = 8 * 1024;
+    std::size_t targetBytes = std::size_t{8} * 1024;
     std::size_t connections = 256;
     std::size_t eventStreams = 64;
     std::size_t waitingRequests = 64;                          ///< until a worker takes them

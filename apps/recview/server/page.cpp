@@ -25,6 +25,7 @@ const char* typeOf(std::string_view path)
         {".css", "text/css; charset=utf-8"},
         {".js", "text/javascript; charset=utf-8"},
         {".json", "application/json"},
+        {".txt", "text/plain; charset=utf-8"},
         {".svg", "image/svg+xml"},
         {".png", "image/png"},
     };
