@@ -9,9 +9,8 @@ const stops = {
 /** The maps' names and titles. */
 export const maps = [['viridis', 'Viridis'], ['cividis', 'Cividis'], ['inferno', 'Inferno'], ['grey', 'Grey']];
 
-/** What was not measured: grey, among greys a grey blue. */
-const missing = { grey: [62, 84, 116] };
-const missingElsewhere = [98, 103, 109];
+/** What was not measured: hatched, because some maps have greys of their own. */
+const missing = [[98, 103, 109], [116, 121, 127]];
 const tables = new Map();
 
 function table(name) {
@@ -31,33 +30,50 @@ export function colours(name) {
     return tables.get(name);
 }
 
-/** [red, green, blue] of what was not measured. */
-export function missingColour(name) {
-    return missing[name] ?? missingElsewhere;
+/** The two greys [red, green, blue] of what was not measured. */
+export function missingColours() {
+    return missing;
 }
 
-/** [red, green, blue] of a level on a scale; of NaN what was not measured. */
-export function colourOf(name, level, low, high) {
-    if (Number.isNaN(level)) {
-        return missingColour(name);
+let tile;
+
+/** Fills a box with what stands where nothing was measured. @param {CanvasRenderingContext2D} context */
+export function fillMissing(context, x, y, width, height) {
+    tile ??= hatched();
+    context.fillStyle = context.createPattern(tile, 'repeat');
+    context.fillRect(x, y, width, height);
+}
+
+function hatched() {
+    const size = 8;
+    const made = new OffscreenCanvas(size, size);
+    const image = new ImageData(size, size);
+    for (let at = 0; at < size * size; at++) {
+        const line = (at % size + Math.floor(at / size)) % size < 2;
+        image.data.set([...missing[line ? 1 : 0], 255], at * 4);
     }
+    made.getContext('2d').putImageData(image, 0, 0);
+    return made;
+}
+
+/** [red, green, blue] of a level on a scale. */
+export function colourOf(name, level, low, high) {
     return colours(name)[Math.max(0, Math.min(255, Math.floor((level - low) / (high - low) * 256)))];
 }
 
-/** The words of pixels (red first in memory) for 256 steps, and behind them the one of what was not measured. */
+/** The words of pixels (red first in memory) for 256 steps. */
 function words(name) {
-    const all = [...colours(name), missingColour(name)];
-    return Uint32Array.from(all, ([red, green, blue]) => 0xff000000 | blue << 16 | green << 8 | red);
+    return Uint32Array.from(colours(name), ([red, green, blue]) => 0xff000000 | blue << 16 | green << 8 | red);
 }
 
-/** Fills pixels with the colours of levels. @param {Uint32Array} pixels @param {Float32Array} levels */
+/** Fills pixels with the colours of levels; what was not measured is left clear. @param {Uint32Array} pixels @param {Float32Array} levels */
 export function paint(pixels, levels, name, low, high) {
     const colour = words(name);
     const scale = 256 / (high - low);
     for (let at = 0; at < levels.length; at++) {
         const level = levels[at];
         if (level !== level) { // NaN
-            pixels[at] = colour[256];
+            pixels[at] = 0;
         } else {
             const index = (level - low) * scale;
             pixels[at] = colour[index < 0 ? 0 : index > 255 ? 255 : index | 0];

@@ -73,7 +73,7 @@ function drawNow() {
         cross(context, inside, pointer.at.ms, pointer.at.hz, 0.35, [2, 3]);
     }
     const { at, hz } = model.get();
-    cross(context, inside, at, hz, 0.95, []);
+    cross(context, inside, at, hz, 0.75, []);
     rubber(context);
     end(context, inside);
     context.restore();

@@ -33,6 +33,7 @@ export class Picture {
         const { fromMs, toMs, lowHz, highHz } = this.head;
         const x = (ms) => box.x + (ms - state.from) / (state.to - state.from) * box.width;
         const y = (hz) => box.y + (state.high - hz) / (state.high - state.low) * box.height;
+        colormaps.fillMissing(context, x(fromMs), y(highHz), x(toMs) - x(fromMs), y(lowHz) - y(highHz));
         context.imageSmoothingEnabled = false;
         context.drawImage(this.canvas, x(fromMs), y(highHz), x(toMs) - x(fromMs), y(lowHz) - y(highHz));
     }
