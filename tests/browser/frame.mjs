@@ -111,9 +111,9 @@ export async function open(browser, address, hash = '', options = {}) {
     return page;
 }
 
-/** Waits until the waterfall shows what is asked for, as exactly as the server can. */
+/** Waits until the waterfall shows what is asked for, as exactly as the server can, with its overview complete. */
 export async function settled(page) {
-    await page.waitForFunction(() => document.body.dataset.settled === 'exact');
+    await page.waitForFunction(() => document.body.dataset.settled === 'exact' && window.page.waterfall.picture().head.made === 1);
 }
 
 /** The page's state, or some of it. */
