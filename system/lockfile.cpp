@@ -6,6 +6,24 @@
 
 namespace System {
 
+namespace {
+
+constexpr int Patience = 5;
+constexpr int MuchPatience = 20;  // whoever looks may be kept from going on by what else the machine does
+constexpr std::chrono::milliseconds Moment(1);
+
+}  // namespace
+
+Error lockPatiently(NativeFile& file)
+{
+    Error error = file.lock();
+    for (int refusals = 1; error == LockHeld && refusals < MuchPatience; ++refusals) {
+        std::this_thread::sleep_for(Moment);
+        error = file.lock();
+    }
+    return error;
+}
+
 LockFile::~LockFile()
 {
     if (m_file.isOpen() && m_file.lock() == 0 && m_file.isAt(m_path)) {
@@ -16,8 +34,6 @@ LockFile::~LockFile()
 Error LockFile::tryLock(const std::filesystem::path& path, LockMode mode, FileMode fileMode)
 {
     // Who gives a lock up holds it alone for a moment.
-    constexpr int Patience = 5;
-    constexpr std::chrono::milliseconds Moment(1);
     m_path = path;
     for (int refusals = 0;;) {
         Error error = m_file.open(path, Access::UpdateOrNew, fileMode);

@@ -24,4 +24,8 @@ private:
     std::filesystem::path m_path;
 };
 
+/// Locks a file for one alone where others may hold it for a moment only to see whether somebody does. @return as
+/// NativeFile::lock; LockHeld when somebody keeps it
+[[nodiscard]] Error lockPatiently(NativeFile& file);
+
 }  // namespace System

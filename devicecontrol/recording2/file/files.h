@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include <system/lockfile.h>
 #include <system/nativefile.h>
 #include "../format/bytesource.h"
 #include "journal.h"
@@ -34,7 +35,10 @@ public:
     /// Keeps what is not yet handed over in the journal's buffer, before anything was appended. Until the first seek,
     /// or null.
     void keepTailIn(Journal* journal);
-    [[nodiscard]] System::Error lock() { return m_file.lock(); }  ///< against other processes, until it is closed
+    [[nodiscard]] System::Error lock()
+    {
+        return System::lockPatiently(m_file);
+    }  ///< against other processes, until it is closed
     /// Whether a name is still that of this file, while it is open.
     [[nodiscard]] bool isAt(const std::filesystem::path& path) const { return m_file.isAt(path); }
 

@@ -4,6 +4,7 @@
 #include <random>
 #include <system_error>
 
+#include <system/lockfile.h>
 #include "../format/layout.h"
 
 namespace Recording2 {
@@ -43,7 +44,7 @@ std::unique_ptr<Journal> Journal::create(const std::filesystem::path& path, Jour
     if (error != 0) {
         return nullptr;
     }
-    error = journal->m_file.lock() == System::LockHeld ? System::LockHeld : journal->make(mode);
+    error = System::lockPatiently(journal->m_file) == System::LockHeld ? System::LockHeld : journal->make(mode);
     if (error != 0) {
         journal->remove();
         return nullptr;

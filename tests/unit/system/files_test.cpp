@@ -163,6 +163,18 @@ TEST_F(SystemFiles, SharedLocksKeepOutOneAloneAndOneAloneKeepsOutAll)
     }
 }
 
+TEST_F(SystemFiles, ALockIsWaitedForAMomentOnly)
+{
+    NativeFile holder;
+    NativeFile wanting;
+    ASSERT_EQ(holder.open(path("lock"), Access::Create), 0);
+    ASSERT_EQ(wanting.open(path("lock"), Access::Read), 0);
+    ASSERT_EQ(holder.lock(LockMode::Shared), 0);
+    EXPECT_EQ(System::lockPatiently(wanting), System::LockHeld);
+    holder.close();
+    EXPECT_EQ(System::lockPatiently(wanting), 0);
+}
+
 TEST_F(SystemFiles, ALockFileGoesWithTheLastWhoHoldsIt)
 {
     constexpr System::FileMode Mode = 0640;

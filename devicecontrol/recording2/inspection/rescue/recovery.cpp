@@ -11,6 +11,7 @@
 #include <system_error>
 #include <utility>
 
+#include <system/lockfile.h>
 #include <system/nativefile.h>
 #include "../../file/journal.h"
 #include "../filename.h"
@@ -172,7 +173,7 @@ bool hold(System::NativeFile& file, const std::string& path, const RecoveryOptio
         fail(report, RecoveryOutcome::Nothing, path + " cannot be opened: " + System::errorText(error) + '.');
         return false;
     }
-    error = file.lock();
+    error = System::lockPatiently(file);
     // Whoever had the lock until now may have closed the recording, or recovered it.
     if (error == System::LockHeld || !isStillThere(file, path)) {
         fail(report, RecoveryOutcome::InUse, "A running program is writing this recording.");
