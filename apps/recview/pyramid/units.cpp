@@ -49,10 +49,13 @@ Units::Units(const values::ChannelRange& range, const values::ChannelRange& grid
 std::pair<std::size_t, std::size_t> Units::spread(std::size_t channel) const
 {
     const double hz = m_range.frequencyHz(channel);
-    const auto last = static_cast<double>(m_count - 1);
-    const auto unit = [&](double at) { return std::clamp(std::floor((at - m_gridLowHz) * m_perHz), 0.0, last); };
-    const double low = unit(hz - m_halfHz);
-    const double high = std::clamp(std::ceil((hz + m_halfHz - m_gridLowHz) * m_perHz), low + 1, last + 1);
+    // Frequencies may be so large that they are no numbers any more.
+    const auto within = [](double unit, double least, double most) {
+        return unit >= least ? std::min(unit, most) : least;
+    };
+    const auto count = static_cast<double>(m_count);
+    const double low = within(std::floor((hz - m_halfHz - m_gridLowHz) * m_perHz), 0, count - 1);
+    const double high = within(std::ceil((hz + m_halfHz - m_gridLowHz) * m_perHz), low + 1, count);
     return {static_cast<std::size_t>(low), static_cast<std::size_t>(high)};
 }
 
