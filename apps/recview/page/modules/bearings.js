@@ -1,6 +1,6 @@
 // The bearings of the visible time span: asked for once, shown by the map and the polar view.
 import { colourOf } from './colormaps.js';
-import { latest } from './latest.js';
+import { askAgain, latest } from './latest.js';
 
 // More lines than this say nothing on a screen; the server leaves out evenly and says how many.
 const limit = 3000;
@@ -52,7 +52,9 @@ class Bearings {
             return;
         }
         this.loadedEnd = recording.endMs;
-        this.take(await server.json('/api/bearings', { recording: recording.id, from, to, limit }), '');
+        const answer = await server.json('/api/bearings', { recording: recording.id, from, to, limit });
+        this.take(answer, '');
+        askAgain(answer, this.ask);
     }
 
     take(data, error) {

@@ -29,3 +29,12 @@ export function latest(work, failed, rest = 0) {
     };
     return run;
 }
+
+const unfinishedMs = 400;
+
+/** Has it asked again soon when the overview that an answer was made of is not complete yet. */
+export function askAgain({ made }, ask) {
+    if (made < 1) {
+        setTimeout(ask, unfinishedMs);
+    }
+}

@@ -25,7 +25,8 @@ export class Ground {
             throw new Error(`the server answered ${answer.status}.`);
         }
         const topology = await answer.json();
-        this.shape = topojson.feature(topology, topology.objects.land);
+        const land = topojson.feature(topology, topology.objects.land);
+        this.shape = land.features.flatMap(({ geometry }) => geometry.coordinates.flatMap(flat));
         this.draw();
     }
 
@@ -33,7 +34,7 @@ export class Ground {
     draw() {
         this.land.clearLayers();
         if (this.shape) {
-            L.geoJSON(this.shape, { ...this.style, color: colour('dim'), fillColor: colour('land'), fillOpacity: 1 }).addTo(this.land);
+            L.polygon(this.shape, { ...this.style, color: colour('dim'), fillColor: colour('land'), fillOpacity: 1 }).addTo(this.land);
         }
         this.drawGraticule();
     }
@@ -61,4 +62,32 @@ export class Ground {
         L.marker(place, { pane: 'ground', interactive: false, keyboard: false, icon: L.divIcon({ className: 'degrees',
             iconSize: null, html: element('span', {}, words) }) }).addTo(this.lines);
     }
+}
+
+/** A polygon of the globe as one or more of the map: what crosses 180 degrees goes on beyond, there and on the other side. */
+function flat(polygon) {
+    const rings = polygon.map((ring) => goingOn(ring));
+    const longitudes = rings[0].map(([, lon]) => lon);
+    const shifts = [0];
+    if (longitudes.some((lon) => lon > 180)) {
+        shifts.push(-360);
+    }
+    if (longitudes.some((lon) => lon < -180)) {
+        shifts.push(360);
+    }
+    return shifts.map((shift) => rings.map((ring) => ring.map(([lat, lon]) => [lat, lon + shift])));
+}
+
+/** A ring without leaps of longitude; one around the south pole is closed there. */
+function goingOn(ring) {
+    let turns = 0;
+    const points = ring.map(([lon, lat], at) => {
+        const leap = at === 0 ? 0 : lon - ring[at - 1][0];
+        turns += leap > 180 ? -360 : leap < -180 ? 360 : 0;
+        return [lat, lon + turns];
+    });
+    if (turns !== 0) {
+        points.push([-89, points.at(-1)[1]], [-89, points[0][1]]);
+    }
+    return points;
 }

@@ -2,7 +2,7 @@
 import { geometry, onLayout, timeToX, xToTime } from './axes.js';
 import { element } from './dom.js';
 import { button } from './elements.js';
-import { latest } from './latest.js';
+import { askAgain, latest } from './latest.js';
 import * as text from './text.js';
 import { onChange } from './theme.js';
 import { Bands } from './valuebands.js';
@@ -137,6 +137,7 @@ class Values {
             const data = await this.server.json('/api/values', { recording: recording.id, type: row.value.code, from, to,
                 columns: Math.min(4096, Math.round(geometry.width)) });
             this.take(row, data);
+            askAgain(data, this.load);
         }
         this.readCursor();
     }
@@ -187,9 +188,10 @@ class Values {
             this.rows.forEach((row) => this.setNow(row, ''));
             return;
         }
-        const { state } = await this.server.json('/api/state', { recording: recording.id, at });
+        const answer = await this.server.json('/api/state', { recording: recording.id, at });
+        askAgain(answer, this.readCursor);
         for (const row of this.rows.values()) {
-            const found = state.find(({ code }) => code === row.value.code);
+            const found = answer.state.find(({ code }) => code === row.value.code);
             this.setNow(row, found ? text.value(found.value, row.value.unit) : 'not yet recorded');
         }
     }
