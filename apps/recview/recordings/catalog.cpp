@@ -56,7 +56,7 @@ void Catalog::openGrowing(const WatchedName& name, Entry& entry)
 
 Catalog::Change Catalog::followGrowing(Entry& entry)
 {
-    constexpr std::chrono::milliseconds Longest{150};  // one that has been written for long is not taken in one go
+    constexpr std::chrono::milliseconds Longest{200};  // one that has been written for long is not taken in one go
     if (!entry.growing->follow(Longest) && entry.growing->state() == GrowingFile::State::Growing && entry.file) {
         return Change::None;
     }

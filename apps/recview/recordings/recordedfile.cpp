@@ -153,7 +153,7 @@ FilePointer lookAtFile(const std::string& path, const std::string& shownName, st
     auto file = std::make_shared<RecordedFile>();
     const std::filesystem::path shown = Inspection::native(shownName);
     file->path = path;
-    file->name = validUtf8(Inspection::utf8(shown.filename()));
+    file->name = validUtf8(Inspection::utf8(Inspection::native(path).filename()));  // an address ends in a number
     file->archived = path != shownName;
     file->folder = Inspection::utf8(shown.parent_path());
     file->device = RecTool::fromLatin1(summary.header.deviceName);
