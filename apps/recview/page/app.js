@@ -36,6 +36,7 @@ async function start() {
         panel.create(document.getElementById(id), model, server);
     }
     keys.start();
+    recordings.start();
     try {
         await recordings.load();
         recordings.open(address.read());
@@ -43,7 +44,6 @@ async function start() {
         recordings.tell(error);
     }
     address.start(recordings.open);
-    recordings.start();
 }
 
 start();

@@ -88,7 +88,7 @@ function takesKeys({ target, key }) {
         return true;
     }
     const scrolls = target.closest('.scroll, .leaflet-container') !== null && /^(Arrow|Page|Home|End)/.test(key);
-    return scrolls || target.matches('input, select, textarea, [role=slider]') || (target.matches('button, a, summary') && (key === 'Enter' || key === ' '));
+    return scrolls || target.matches('input, select, textarea') || (target.matches('button, a, summary') && (key === 'Enter' || key === ' '));
 }
 
 const signs = { ArrowLeft: '←', ArrowRight: '→', ArrowUp: '↑', ArrowDown: '↓', PageUp: 'Page ↑', PageDown: 'Page ↓', Escape: 'Esc', ' ': 'Space' };

@@ -94,9 +94,10 @@ export function onMade(callback) {
     madeListeners.push(callback);
 }
 
-function made({ recording: id, made: part }) {
+/** So much of the overview of a recording is made, as an event or an answer tells. */
+export function made({ recording: id, made: part }) {
     const { recording } = model.get();
-    if (recording?.id === id) {
+    if (recording?.id === id && recording.made !== part) {
         recording.made = part;
         madeListeners.forEach((callback) => callback(part));
     }

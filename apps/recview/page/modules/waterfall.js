@@ -12,6 +12,8 @@ import { scaleOf, sourceOf } from './picture.js';
 
 /** What is recorded may come so late into the overview. */
 const lateMs = 3000;
+/** How often the view is asked for again while an overview is being made. */
+const againMs = 400;
 const margins = { top: 58, bottom: 38 };
 const shown = { picture: null, whole: null };
 let canvas;
@@ -60,16 +62,15 @@ export function create(container, theModel) {
     model.on(['recording', 'type', 'of', 'from', 'to', 'low', 'high', 'map', 'levelLow', 'levelHigh', 'utc', 'end'], draw);
     model.on('autoLevel', followLevels);
     model.on('end', ({ to, end }) => (end - to < lateMs ? loader.moved() : undefined));
-    watchPyramid();
 }
 
 /** While the overview of a recording is being made the view is asked for again as it grows. */
-function watchPyramid() {
-    recordings.onMade((made) => {
-        if (picture()?.head.made < made) {
-            loader.moved();
-        }
-    });
+function watchMaking(made) {
+    const { recording } = model.get();
+    recordings.made({ recording: recording.id, made });
+    if (made < 1) {
+        setTimeout(() => (picture()?.head.made < 1 ? loader.moved() : undefined), againMs);
+    }
 }
 
 function resized() {
@@ -93,6 +94,9 @@ function question() {
 function arrived(next, since) {
     shown.picture = next;
     followLevels();
+    if (picture() !== null) {
+        watchMaking(next.head.made);
+    }
     draw.now();
     const rests = next.shows(model.get());
     document.body.dataset.drawn = String(Number(document.body.dataset.drawn) + 1);
