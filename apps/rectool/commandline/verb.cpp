@@ -139,6 +139,15 @@ Option Syntax::time(const char* name, std::string& time, const std::string& help
     return text(name, time, help).as("TIME").notEmpty();
 }
 
+Option Syntax::frequency(const char* name, double& hz, const std::string& help)
+{
+    constexpr double Lowest = 1e-3;
+    constexpr double Highest = 1e12;
+    return number(name, hz, help)
+        .as("FREQUENCY")
+        .withUnit(parseHertz, "a frequency such as 433.92M, 100k or 98500000", Lowest, Highest, "1mHz to 1THz");
+}
+
 void Syntax::describe(const char* option, const char* help)
 {
     m_app.get_option(option)->description(help);

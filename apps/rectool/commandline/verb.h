@@ -75,6 +75,7 @@ public:
     Option number(const char* name, Number& value, const std::string& help);
     Option flag(const char* name, bool& value, const std::string& help);
     Option time(const char* name, std::string& time, const std::string& help);
+    Option frequency(const char* name, double& hz, const std::string& help);  ///< from 1 mHz to 1 THz
 
     void describe(const char* option, const char* help);
     /// @param examples what follows the program's name

@@ -247,28 +247,6 @@ ExitCode occupancy(const OccupancyOptions& options)
     return recordings.end(ExitCode::Fine);
 }
 
-void addChannels(Verb<OccupancyOptions>& verb)
-{
-    constexpr double Lowest = 1e-3;
-    constexpr double Highest = 1e12;
-    constexpr const char* Expected = "a frequency such as 433.92M, 100k or 98500000";
-    constexpr const char* Range = "1mHz to 1THz";
-    OccupancyOptions& options = verb.options();
-    verb.text("--channels", options.channels,
-              "Channels of a file, a line each: FREQUENCY,WIDTH or FREQUENCY,WIDTH,NAME")
-        .as("FILE")
-        .notEmpty();
-    const auto frequency = [&](const char* name, double& hz, const char* help) {
-        verb.number(name, hz, help).as("FREQUENCY").withUnit(parseHertz, Expected, Lowest, Highest, Range);
-    };
-    frequency("--raster", options.rasterHz,
-              "Channels as wide as this at its multiples, instead of those of the sweeps");
-    frequency("--low", options.lowHz, "Only from this frequency on");
-    frequency("--high", options.highHz, "Only up to this frequency");
-    verb.eachAlone("--band", options.bands, "A band, too, such as 430M-440M; may be given several times")
-        .as("LOW-HIGH");
-}
-
 }  // namespace
 
 void addOccupancy(const Syntax& program)
@@ -287,7 +265,16 @@ void addOccupancy(const Syntax& program)
         .inUnit({"dB"}, 0, MostDb)
         .showDefault()
         .excludes(fixed);
-    addChannels(verb);
+    verb.text("--channels", options.channels,
+              "Channels of a file, a line each: FREQUENCY,WIDTH or FREQUENCY,WIDTH,NAME")
+        .as("FILE")
+        .notEmpty();
+    verb.frequency("--raster", options.rasterHz,
+                   "Channels as wide as this at its multiples, instead of those of the sweeps");
+    verb.frequency("--low", options.lowHz, "Only from this frequency on");
+    verb.frequency("--high", options.highHz, "Only up to this frequency");
+    verb.eachAlone("--band", options.bands, "A band, too, such as 430M-440M; may be given several times")
+        .as("LOW-HIGH");
     verb.types("The spectra of this keyword or type number instead of the RF spectrum; may be given several times");
     verb.flag("--hours", options.byHour, "By hour of the day, too");
     verb.text("--time", options.time, "Whose hours: utc or local").oneOf({"utc", "local"}).showDefault();

@@ -107,37 +107,15 @@ ExitCode trace(const TraceOptions& given)
 
 }  // namespace
 
-namespace {
-
-void addFrequencies(Verb<TraceOptions>& verb)
-{
-    constexpr double Lowest = 1e-3;
-    constexpr double Highest = 1e12;
-    constexpr const char* Expected = "a frequency such as 433.92M, 100k or 98500000";
-    constexpr const char* Range = "1mHz to 1THz";
-    TraceOptions& options = verb.options();
-    const Option one = verb.number("--frequency", options.frequencyHz, "The channel there against time")
-                           .as("FREQUENCY")
-                           .withUnit(parseHertz, Expected, Lowest, Highest, Range);
-    verb.number("--low", options.lowHz, "Only channels from this frequency on")
-        .as("FREQUENCY")
-        .withUnit(parseHertz, Expected, Lowest, Highest, Range)
-        .excludes(one);
-    verb.number("--high", options.highHz, "Only channels up to this frequency")
-        .as("FREQUENCY")
-        .withUnit(parseHertz, Expected, Lowest, Highest, Range)
-        .excludes(one);
-}
-
-}  // namespace
-
 void addTrace(const Syntax& program)
 {
     Verb verb(program, "trace", "Show level against frequency, or that of one channel against time", trace);
     TraceOptions& options = verb.options();
     verb.time("--at", options.at, "The sweep in force at this time, instead of a span");
     verb.span("Only sweeps from this time on", "Only sweeps up to this time");
-    addFrequencies(verb);
+    const Option one = verb.frequency("--frequency", options.frequencyHz, "The channel there against time");
+    verb.frequency("--low", options.lowHz, "Only channels from this frequency on").excludes(one);
+    verb.frequency("--high", options.highHz, "Only channels up to this frequency").excludes(one);
     verb.types("The spectra of this keyword or type number; may be given several times");
     verb.flag("--median", options.median, "The median of each channel's levels, too");
     verb.eachAlone("--percentile", options.percentiles,
