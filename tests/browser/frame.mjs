@@ -42,6 +42,13 @@ export function record(directory, lines, begin = start) {
     return readdirSync(directory).filter((name) => name.endsWith('.rec')).map((name) => path.join(directory, name));
 }
 
+/** A minute of the simulated receiver and direction finder on the move. */
+export function simulate(directory, duration = '1min') {
+    const done = spawnSync(program('RECSTATION'), ['-q', '-o', directory, 'sim', '--duration', duration, '--start', new Date(start).toISOString()],
+        { encoding: 'utf8', timeout: patience });
+    return done.status === 0 ? undefined : fail(`recstation ended with ${done.status}: ${done.stderr}`);
+}
+
 /** What rectool prints. */
 export function rectool(...given) {
     const done = spawnSync(program('RECTOOL'), given, { encoding: 'utf8', timeout: patience, maxBuffer: 1 << 28 });
@@ -87,7 +94,8 @@ export async function browse() {
 
 /** Opens a page and keeps what goes wrong on it, and what it asks other hosts for. */
 export async function open(browser, address, hash = '', options = {}) {
-    const page = await browser.newPage({ viewport: { width: 1280, height: 900 }, colorScheme: 'dark', ...options });
+    const { spectra, ...windowOptions } = options;
+    const page = await browser.newPage({ viewport: { width: 1280, height: 900 }, colorScheme: 'dark', ...windowOptions });
     page.setDefaultTimeout(patience);
     page.wrong = [];
     page.foreign = [];
@@ -103,11 +111,11 @@ export async function open(browser, address, hash = '', options = {}) {
     await page.goto(address + hash);
     // Conditions that are waited for cannot import the page's modules themselves.
     await page.evaluate(async () => {
-        const names = ['axes', 'colormaps', 'model', 'server', 'sweep', 'waterfall'];
+        const names = ['axes', 'bearings', 'colormaps', 'model', 'server', 'sweep', 'waterfall'];
         const modules = await Promise.all(names.map((name) => import(`/modules/${name}.js`)));
         window.page = Object.fromEntries(names.map((name, at) => [name, modules[at]]));
     });
-    await settled(page);
+    await (spectra === false ? page.waitForFunction(() => window.page.model.get().recording) : settled(page));
     return page;
 }
 

@@ -58,7 +58,7 @@ class Bearings {
     }
 
     take(data, error) {
-        this.data = data;
+        this.data = { ...data, positions: track(data) };
         this.error = error;
         const channels = [...new Set(data.bearings.map((bearing) => bearing.hz))].sort((a, b) => a - b);
         // A channel keeps its colour while the view moves.
@@ -110,4 +110,11 @@ class Bearings {
     choose(bearing) {
         this.model.set({ at: bearing.ms, hz: bearing.hz, record: { at: bearing.ms, code: bearing.code, hz: bearing.hz } });
     }
+}
+
+/** Where the station was: as the overview has it, which may be thinned out, and where it took its bearings. */
+function track({ positions, bearings }) {
+    const all = [...positions, ...bearings.filter(({ lat }) => typeof lat === 'number')].sort((a, b) => a.ms - b.ms);
+    return all.filter(({ lat, lon }, at) => at === 0 || lat !== all[at - 1].lat || lon !== all[at - 1].lon)
+        .map(({ ms, lat, lon }) => ({ ms, lat, lon }));
 }

@@ -1,0 +1,82 @@
+// Bearings on the map and around the station: those of the recording, and each leads to its record.
+import assert from 'node:assert/strict';
+import { readdirSync } from 'node:fs';
+import path from 'node:path';
+import { before, test } from 'node:test';
+import { browse, folder, open, rectool, serve, set, simulate, start, state } from './frame.mjs';
+
+let browser;
+let address;
+let file;
+
+before(async () => {
+    const directory = folder();
+    simulate(directory);
+    file = path.join(directory, readdirSync(directory).find((name) => name.includes('DF_1') && name.endsWith('.rec')));
+    address = await serve(directory);
+    browser = await browse();
+});
+
+function openBearings(panel) {
+    return open(browser, address, `#recording=${path.basename(file, '.rec')}&panel=${panel}`, { spectra: false });
+}
+
+function shown(page) {
+    return page.evaluate(() => {
+        const { data } = window.page.bearings.bearingsOf();
+        return { bearings: data.bearings, positions: data.positions, fixes: data.fixes.length };
+    });
+}
+
+test('the map shows bearings, track and fixes with nothing from elsewhere', async () => {
+    const page = await openBearings('map');
+    await page.waitForFunction(() => window.page.bearings.bearingsOf().data.bearings.length > 0);
+    const { bearings, positions, fixes } = await shown(page);
+    const told = JSON.parse(rectool('map', file, '--json')).bearings;
+    assert.ok(told.length > 0);
+    for (const one of told) {
+        const last = bearings.filter(({ hz }) => hz === one.frequencyHz).at(-1);
+        assert.equal(last?.azimuth, one.azimuthDeg, `${one.frequencyHz} Hz`);
+    }
+    assert.ok(positions.length > 10 && fixes > 0, `${positions.length} positions, ${fixes} fixes`);
+    await page.locator('.map canvas').first().waitFor();
+    await page.locator('.leaflet-control-scale-line').waitFor();
+    await page.locator('.degrees').first().waitFor({ state: 'attached' });
+    await page.locator('.legend button', { hasText: '431.7 MHz' }).waitFor();
+    assert.deepEqual([page.wrong, page.foreign], [[], []]);
+    await page.close();
+});
+
+test('a bearing that is chosen sets the cursor and shows its record', async () => {
+    const page = await openBearings('polar');
+    await page.waitForFunction(() => window.page.bearings.bearingsOf().data.bearings.length > 0);
+    await set(page, { at: start + 30000 });
+    await page.locator('canvas.polar').focus();
+    await page.keyboard.press('ArrowRight');
+    await page.locator('#record table').first().waitFor();
+    const { at, hz } = await state(page);
+    const { bearings } = await shown(page);
+    const chosen = bearings.find((one) => one.ms === at && one.hz === hz);
+    assert.ok(chosen && at >= start + 30000, 'the cursor stands on the next bearing');
+    const row = page.locator('#record tr.meant');
+    assert.match(await row.innerText(), new RegExp(`${chosen.azimuth}°`));
+    await page.keyboard.press('ArrowRight');
+    await page.waitForFunction((before) => window.page.model.get().at !== before.at || window.page.model.get().hz !== before.hz, { at, hz });
+    await page.getByRole('button', { name: 'Close' }).click();
+    assert.equal(await page.locator('#record').isVisible(), false);
+    assert.deepEqual(page.wrong, []);
+    await page.close();
+});
+
+test('play goes record by record, too', async () => {
+    const page = await openBearings('state');
+    await set(page, { at: start + 30000 });
+    await page.getByRole('button', { name: 'Record ▶' }).click();
+    await page.locator('#record table').first().waitFor();
+    const after = (await state(page)).at;
+    assert.ok(after > start + 30000);
+    await page.getByRole('button', { name: '◀ Record' }).click();
+    await page.waitForFunction((ms) => window.page.model.get().at < ms, after);
+    assert.deepEqual(page.wrong, []);
+    await page.close();
+});
