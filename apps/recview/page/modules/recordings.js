@@ -103,6 +103,8 @@ export function made({ recording: id, made: part }) {
     }
 }
 
+const unanswered = 'The server does not answer. What is shown is what it last told; it is asked again and again.';
+
 /** Follows the server's events. */
 export function start() {
     let lost = false;
@@ -112,7 +114,7 @@ export function start() {
     server.on('changed', reload);
     server.on('lost', () => {
         lost = true;
-        notice.show('server', 'The server does not answer. What is shown is what it last told; it is asked again and again.');
+        notice.show('server', unanswered);
     });
     server.on('found', () => {
         notice.hide('server');
@@ -130,9 +132,18 @@ function openFirst(recordings) {
     }
 }
 
-/** Tells a server's error in the line at the top; what was overtaken is no error. */
+let forgetting = null;
+
+/** Tells a server's error in the line at the top for a while; what was overtaken is no error. */
 export function tell(error) {
-    if (!server.isOvertaken(error)) {
-        notice.show('error', error.message);
+    if (server.isOvertaken(error)) {
+        return;
     }
+    if (error.status === 0) {
+        notice.show('server', unanswered);
+        return;
+    }
+    notice.show('error', error.message);
+    clearTimeout(forgetting);
+    forgetting = setTimeout(() => notice.hide('error'), 15000);
 }
