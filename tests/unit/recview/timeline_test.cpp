@@ -1,0 +1,86 @@
+// Which files make one recording, and what it is called.
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "recordings/timeline.h"
+
+namespace TimelineTests {
+namespace {
+
+using RecView::FilePointer;
+using RecView::RecordedFile;
+using RecView::Timeline;
+
+FilePointer file(const std::string& name, std::uint64_t startMs, std::uint64_t endMs,
+                 const std::string& folder = "here", const std::string& device = "RX 1")
+{
+    auto made = std::make_shared<RecordedFile>();
+    made->path = folder + "/" + name;
+    made->name = name;
+    made->folder = folder;
+    made->device = device;
+    made->startMs = startMs;
+    made->endMs = endMs;
+    return made;
+}
+
+std::vector<std::size_t> sizes(const std::vector<Timeline>& timelines)
+{
+    std::vector<std::size_t> all;
+    for (const Timeline& timeline : timelines) {
+        all.push_back(timeline.files.size());
+    }
+    return all;
+}
+
+constexpr std::uint64_t Start = 1'700'000'000'000;
+
+TEST(Timeline, FilesOfOneDeviceThatFollowEachOtherAreOne)
+{
+    const auto made =
+        RecView::makeTimelines({file("b.rec", Start + 60'500, Start + 90'000), file("a.rec", Start, Start + 60'000),
+                                file("c.rec", Start + 100'000, Start + 120'000)});
+    ASSERT_EQ(sizes(made), (std::vector<std::size_t>{3}));
+    EXPECT_EQ(made[0].id, "a");
+    EXPECT_EQ(made[0].startMs(), Start);
+    EXPECT_EQ(made[0].endMs(), Start + 120'000);
+}
+
+TEST(Timeline, WhatFollowsLaterElsewhereOrOfAnotherDeviceIsAnother)
+{
+    const std::uint64_t end = Start + 60'000;
+    EXPECT_EQ(RecView::makeTimelines({file("a.rec", Start, end), file("b.rec", end + 10'001, end + 20'000)}).size(),
+              2U);
+    EXPECT_EQ(RecView::makeTimelines({file("a.rec", Start, end), file("b.rec", end, end + 9, "there")}).size(), 2U);
+    EXPECT_EQ(RecView::makeTimelines({file("a.rec", Start, end), file("b.rec", end, end + 9, "here", "RX 2")}).size(),
+              2U);
+    EXPECT_EQ(RecView::makeTimelines({file("a.rec", Start, end), file("b.rec", end - 5'000, end + 9)}).size(), 2U);
+}
+
+TEST(Timeline, ThoseOfTheSameNameAreToldApart)
+{
+    const auto made =
+        RecView::makeTimelines({file("a.rec", Start, Start + 9, "one"), file("a.rec", Start, Start + 9, "two"),
+                                file("a.tmp", Start, Start + 9, "three")});
+    ASSERT_EQ(made.size(), 3U);
+    EXPECT_EQ(made[0].id, "a");
+    EXPECT_EQ(made[1].id, "a~2");
+    EXPECT_EQ(made[2].id, "a~3");
+}
+
+TEST(Timeline, AMomentBelongsToTheLastFileThatHadBegun)
+{
+    const auto made =
+        RecView::makeTimelines({file("a.rec", Start, Start + 60'000), file("b.rec", Start + 61'000, Start + 90'000)});
+    ASSERT_EQ(made.size(), 1U);
+    EXPECT_EQ(made[0].fileAt(0), 0U);
+    EXPECT_EQ(made[0].fileAt(Start + 60'999.5), 0U);
+    EXPECT_EQ(made[0].fileAt(Start + 61'000), 1U);
+    EXPECT_EQ(made[0].fileAt(1e15), 1U);
+}
+
+}  // namespace
+}  // namespace TimelineTests
