@@ -1,6 +1,7 @@
 // Paths are checked, the server runs until somebody wants it to end.
 #include "program.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <condition_variable>
@@ -10,6 +11,7 @@
 #include <limits>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #include <QDir>
@@ -139,7 +141,7 @@ Handler handlerOf(const ProgramOptions& options, Events& events)
 }
 
 // Archived recordings have paths of this machine here.
-ExitCode serve(const ProgramOptions& options)
+ExitCode serve(const ProgramOptions& options, bool storesAtEnd)
 {
     if (!areUsable(options.paths)) {
         return ExitCode::CannotRead;
@@ -158,7 +160,10 @@ ExitCode serve(const ProgramOptions& options)
     if (told == ExitCode::Fine) {
         waitForEnd(options, stop);
     }
-    const Deadline deadline(told);
+    std::optional<Deadline> deadline;
+    if (!storesAtEnd) {
+        deadline.emplace(told);
+    }
     server.reset();
     handler = nullptr;
     return told;
@@ -181,7 +186,10 @@ ExitCode runProgram(const std::vector<std::string>& arguments)
         files.list = &options.paths;
         files.change = options.edit;
         files.needsAll = true;
-        return RecTool::runOnLocalFiles(files, [&options] { return serve(options); });
+        // What was changed of an archived recording goes back when all has ended.
+        const bool storesAtEnd =
+            options.edit && std::any_of(options.paths.begin(), options.paths.end(), RecTool::isArchiveAddress);
+        return RecTool::runOnLocalFiles(files, [&] { return serve(options, storesAtEnd); });
     } catch (const std::exception& error) {
         std::cerr << "recview: " << TerminalText::oneLine(error.what()) << '\n';
         return ExitCode::CannotRead;

@@ -5,7 +5,7 @@
 
 namespace RecView {
 
-void Events::publish(std::string name, std::string json)
+void Events::publish(const std::string& name, const std::string& json)
 {
     const std::lock_guard lock(m_mutex);
     if (m_listener) {

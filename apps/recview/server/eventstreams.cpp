@@ -24,10 +24,10 @@ public:
           m_counted(std::move(counted))
     {
     }
-    void begin(std::string head)
+    void begin(const std::string& head)
     {
         awaitEnd();
-        send(std::move(head));
+        send(head);
         awaitPause();
     }
     void send(const std::string& text)
@@ -96,11 +96,11 @@ private:
 
 EventStreams::~EventStreams() = default;
 
-void EventStreams::open(boost::beast::tcp_stream&& connection, std::string head, std::shared_ptr<void> counted)
+void EventStreams::open(boost::beast::tcp_stream&& connection, const std::string& head, std::shared_ptr<void> counted)
 {
     const auto stream = std::make_shared<EventStream>(*this, std::move(connection), std::move(counted));
     m_streams.insert(stream);
-    stream->begin(std::move(head));
+    stream->begin(head);
 }
 
 void EventStreams::publish(const std::string& name, const std::string& json)

@@ -24,7 +24,7 @@ public:
     [[nodiscard]] bool isFull() const { return m_streams.size() >= m_limits.eventStreams; }
     /// @param head the response's header, as it is sent
     /// @param counted is given up with the connection
-    void open(boost::beast::tcp_stream&& connection, std::string head, std::shared_ptr<void> counted);
+    void open(boost::beast::tcp_stream&& connection, const std::string& head, std::shared_ptr<void> counted);
     void closeAll() { m_streams.clear(); }
     void publish(const std::string& name, const std::string& json);
 

@@ -37,7 +37,7 @@ public:
     /// From any thread. Where nobody listens it is forgotten.
     /// @param name one word
     /// @param json one line
-    void publish(std::string name, std::string json);
+    void publish(const std::string& name, const std::string& json);
     /// The one that is told, in the threads that publish; {}: nobody, and nobody is being told any more.
     void listen(Listener listener);
 
