@@ -169,7 +169,7 @@ std::shared_ptr<Overview> Cache::find(const std::string& path)
         return nullptr;
     }
     const std::filesystem::path place = overviewPath(content);
-    const std::shared_ptr<Overview> overview = Overview::open(Store::open(place), recordsOf(path));
+    std::shared_ptr<Overview> overview = Overview::open(Store::open(place), recordsOf(path));
     if (overview == nullptr) {
         System::removeFile(place);
         return nullptr;

@@ -1,7 +1,6 @@
 // A file of columns: what was found out about a recording, appended while it is read and looked up for pictures.
 #pragma once
 
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -9,6 +8,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <tuple>
 #include <type_traits>
 #include <vector>
 
@@ -88,7 +88,11 @@ struct ColumnKey {
     std::uint32_t series = 0;
     std::uint32_t level = 0;
 
-    auto operator<=>(const ColumnKey&) const = default;
+    bool operator==(const ColumnKey&) const = default;
+    bool operator<(const ColumnKey& other) const
+    {
+        return std::tie(kind, code, series, level) < std::tie(other.kind, other.code, other.series, other.level);
+    }
 };
 
 /// Kinds below this are the pyramid's own; whoever else keeps columns takes kinds from here on.

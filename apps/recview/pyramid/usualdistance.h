@@ -33,7 +33,7 @@ public:
 private:
     static constexpr double LeastMs = 1.0 / 1024;
     static constexpr double PerDoubling = 55;
-    static constexpr std::size_t Bins = 42 * 55;  // up to 136 years
+    static constexpr std::size_t Bins = std::size_t{42} * 55;  // up to 136 years
 
     static std::size_t binOf(double ms)
     {
