@@ -43,7 +43,7 @@ std::vector<Inspection::Finding> PresentRecording::walk(const std::function<bool
     while (m_following->next(record) && visit(record)) {
     }
     m_summary.header = m_following->header();
-    return leftOut(*m_following);
+    return m_following->findings();
 }
 
 void PresentRecording::tellWhetherBeingWritten() const
@@ -59,16 +59,6 @@ void PresentRecording::tellWhetherBeingWritten() const
 std::string withoutTimes()
 {
     return "It has no journal, so the times of its records are missing, and the last of them are not in the file yet.";
-}
-
-std::vector<Inspection::Finding> leftOut(const Inspection::Following& following)
-{
-    const std::uint64_t records = following.unreadable();
-    if (records == 0) {
-        return {};
-    }
-    return {{0, std::to_string(records) + (records == 1 ? " record is" : " records are") +
-                    " damaged in the file and left out."}};
 }
 
 }  // namespace RecTool

@@ -41,7 +41,5 @@ private:
 
 /// Why a recording without a journal is shown as it is: a sentence.
 [[nodiscard]] std::string withoutTimes();
-/// What is said of records that were left out while a recording was followed; nothing when there are none.
-[[nodiscard]] std::vector<Recording2::Inspection::Finding> leftOut(const Recording2::Inspection::Following& following);
 
 }  // namespace RecTool

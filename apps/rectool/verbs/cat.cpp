@@ -137,7 +137,7 @@ private:
         if (!makeLines()) {
             return ExitCode::Usage;
         }
-        const std::vector<Inspection::Finding> damage = leftOut(*m_following);
+        const std::vector<Inspection::Finding> damage = m_following->findings();
         const Following ended = *std::exchange(m_following, std::nullopt);
         complain(m_file, damage);
         switch (ended.state()) {

@@ -248,9 +248,22 @@ bool Following::timesKnown() const
 
 std::uint64_t Following::unreadable() const
 {
-    return d->finished             ? d->summary->findings.size() + d->finished->findings().size()
-           : d->journal != nullptr ? d->journal->unreadable()
-                                   : 0;
+    return d->journal == nullptr ? 0 : d->journal->unreadable();
+}
+
+std::vector<Finding> Following::findings() const
+{
+    if (d->finished) {
+        std::vector<Finding> all = d->summary->findings;
+        all.insert(all.end(), d->finished->findings().begin(), d->finished->findings().end());
+        return all;
+    }
+    const std::uint64_t records = unreadable();
+    if (records == 0) {
+        return {};
+    }
+    return {{0, std::to_string(records) + (records == 1 ? " record is" : " records are") +
+                    " damaged in the file and left out."}};
 }
 
 std::uint64_t Following::number() const

@@ -50,8 +50,10 @@ public:
     /// False where there is no journal: every record has the time 0 then, and is seen only when its bytes are handed to
     /// the system, up to 256 KiB late.
     [[nodiscard]] bool timesKnown() const;
-    /// Records that are damaged in the file and were left out; of a finished recording all that is wrong with it.
+    /// Records that are damaged in the file and were left out while it was written.
     [[nodiscard]] std::uint64_t unreadable() const;
+    /// The same in words; of a finished recording all that is wrong with it.
+    [[nodiscard]] std::vector<Finding> findings() const;
 
     /// How many records came before the one that is next.
     [[nodiscard]] std::uint64_t number() const;
