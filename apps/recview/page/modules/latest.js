@@ -2,7 +2,7 @@
 
 /**
  * Gives a function that starts the work, or has it done again when it runs already.
- * @param {() => Promise<void>} work @param {(error: Error) => void} failed @param {number} [rest] ms between two
+ * @param {() => Promise<void>} work @param {(error: Error) => void} failed @param {number} [rest] ms that it waits for more changes, and leaves the server to what is more urgent
  */
 export function latest(work, failed, rest = 0) {
     let running = false;
@@ -13,17 +13,17 @@ export function latest(work, failed, rest = 0) {
             return;
         }
         running = true;
+        if (rest > 0) {
+            await new Promise((done) => setTimeout(done, rest));
+        }
+        again = false;
         try {
             await work();
         } catch (error) {
             failed(error);
         }
-        if (rest > 0) {
-            await new Promise((done) => setTimeout(done, rest));
-        }
         running = false;
         if (again) {
-            again = false;
             run();
         }
     };

@@ -20,7 +20,7 @@ export function create(container, arrived) {
     canvas = element('canvas', { className: 'minimap', role: 'img', aria: { label: 'The whole recording' } });
     canvas.title = 'The whole recording: click or drag to move the view';
     container.append(canvas);
-    const fetchSlowly = latest(() => fetchWhole(arrived), recordings.tell, 1000);
+    const fetchSlowly = latest(() => fetchWhole(arrived), recordings.tell, 250);
     model.on(['recording', 'type', 'of'], fetchSlowly);
     model.on('end', () => (stale() ? fetchSlowly() : undefined));
     recordings.onMade(fetchSlowly);
