@@ -2,10 +2,8 @@
 #include "newrecording.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <iostream>
 #include <limits>
-#include <system_error>
 #include <utility>
 
 #include <recording2/inspection/rescue/leftparts.h>
@@ -13,23 +11,15 @@
 #include "printing/output.h"
 #include "printing/progress.h"
 #include "printing/text.h"
-#include "savedfile.h"
 #include "system/filenames.h"
 
 namespace RecTool {
 
-namespace fs = std::filesystem;
 namespace Inspection = Recording2::Inspection;
 
 namespace {
 
 constexpr System::FileMode EverybodyByUmask = 0666;
-
-fs::path folderOf(const fs::path& path)
-{
-    const fs::path folder = path.parent_path();
-    return folder.empty() ? fs::path(".") : folder;
-}
 
 }  // namespace
 
@@ -67,7 +57,7 @@ void NewRecording::Digest::add(std::int32_t code, const std::string& data, std::
 }
 
 NewRecording::NewRecording(std::string path, bool replace)
-    : m_path(std::move(path)), m_replace(replace), m_file(native(m_path), EverybodyByUmask)
+    : m_name(std::move(path), replace), m_file(native(m_name.path()), EverybodyByUmask)
 {
 }
 
@@ -79,62 +69,9 @@ NewRecording::~NewRecording()
     }
 }
 
-ExitCode NewRecording::fail(ExitCode code, const std::string& reason) const
-{
-    complain(m_path, reason + " Nothing was written.");
-    return code;
-}
-
-ExitCode NewRecording::check(const std::vector<std::string>& inputs) const
-{
-    std::error_code error;
-    const fs::path path = native(m_path);
-    if (path.filename().empty() || fs::is_directory(path, error)) {
-        return fail(ExitCode::Usage, "This is a directory, not the name of a file.");
-    }
-    for (const std::string& input : inputs) {
-        if (fs::equivalent(native(input), path, error)) {
-            return fail(ExitCode::Usage, "The result cannot take the place of " + input + ", from which it is made.");
-        }
-    }
-    const fs::file_status there = fs::symlink_status(path, error);
-    const fs::file_status behindLinks = fs::status(path, error);
-    if (fs::exists(behindLinks) && !fs::is_regular_file(behindLinks)) {
-        return fail(ExitCode::Usage, "This is not an ordinary file.");
-    }
-    if (fs::exists(there) && !m_replace) {
-        return fail(ExitCode::Usage, "There is such a file already; --force replaces it.");
-    }
-    const std::string kept = whyKept();
-    if (!kept.empty()) {
-        return fail(ExitCode::Usage, kept);
-    }
-    if (!fs::is_directory(folderOf(path), error)) {
-        return fail(ExitCode::CannotRead, "There is no directory " + fromNative(folderOf(path)) + '.');
-    }
-    return ExitCode::Fine;
-}
-
-/// Why not even --force replaces what is there; empty when it may be replaced.
-std::string NewRecording::whyKept() const
-{
-    std::error_code error;
-    const fs::file_status there = fs::symlink_status(native(m_path), error);
-    if (!fs::exists(there)) {
-        return "";
-    }
-    if (fs::is_symlink(there)) {
-        return "This is a link, and not followed.";
-    }
-    if (holdsRecording(m_path)) {
-        return "This is a recording, which --force does not replace either.";
-    }
-    return isUnderWay(m_path) ? "By its name this belongs to a recording that is under way; it is not replaced." : "";
-}
-
 ExitCode NewRecording::create(const std::vector<Inspection::TypeEntry>& types)
 {
-    for (const std::string& part : Inspection::removeLeftParts(m_path)) {
+    for (const std::string& part : Inspection::removeLeftParts(m_name.path())) {
         complain(part, "This unfinished output of an earlier run was removed.");
     }
     for (const Inspection::TypeEntry& type : types) {
@@ -146,7 +83,7 @@ ExitCode NewRecording::create(const std::vector<Inspection::TypeEntry>& types)
     }
     return m_file.begin(Recording2::Format::typeTable(m_types)) == 0
                ? ExitCode::Fine
-               : fail(ExitCode::CannotRead, "No file can be made there.");
+               : m_name.fail(ExitCode::CannotRead, "No file can be made there.");
 }
 
 void NewRecording::write(std::int32_t code, const std::string& data, std::uint64_t time, bool isChannelRange)
@@ -181,7 +118,7 @@ std::string NewRecording::readBack(const std::map<std::uint64_t, std::string>& b
         return found.problem;
     }
     Digest read;
-    Progress progress(m_path + ": reading back");
+    Progress progress(m_name.path() + ": reading back");
     std::vector<Inspection::Finding> findings = found.findings;
     const auto inRecords = Inspection::walkRecords(
         part, found,
@@ -216,14 +153,14 @@ std::string NewRecording::readBack(const std::map<std::uint64_t, std::string>& b
 
 ExitCode NewRecording::takeName()
 {
-    const std::string kept = m_replace ? whyKept() : "";  // something may have taken the name meanwhile
+    const std::string kept = m_name.whyKept();  // something may have taken the name meanwhile
     if (!kept.empty()) {
-        return fail(ExitCode::CannotRead, kept);
+        return m_name.fail(ExitCode::CannotRead, kept);
     }
-    const System::Error error = m_file.takeName(m_replace);
-    return error == 0
-               ? ExitCode::Fine
-               : fail(ExitCode::CannotRead, "The file cannot be given its name: " + System::errorText(error) + '.');
+    const System::Error error = m_file.takeName(m_name.replaces());
+    return error == 0 ? ExitCode::Fine
+                      : m_name.fail(ExitCode::CannotRead,
+                                    "The file cannot be given its name: " + System::errorText(error) + '.');
 }
 
 ExitCode NewRecording::finish(const Inspection::Header& header, const std::map<std::uint64_t, std::string>& bookmarks)
@@ -234,10 +171,10 @@ ExitCode NewRecording::finish(const Inspection::Header& header, const std::map<s
         problem = problem.empty() ? "" : "Reading it back: " + problem;
     }
     if (interrupted()) {
-        return fail(ExitCode::CannotRead, "Interrupted.");
+        return m_name.fail(ExitCode::CannotRead, "Interrupted.");
     }
     if (!problem.empty()) {
-        return fail(ExitCode::CannotRead, "The file could not be written; is the disk full? " + problem);
+        return m_name.fail(ExitCode::CannotRead, "The file could not be written; is the disk full? " + problem);
     }
     return takeName();
 }

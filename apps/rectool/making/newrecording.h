@@ -11,6 +11,7 @@
 #include <recording2/file/recordingwriter.h>
 #include <recording2/inspection/inspection.h>
 
+#include "newname.h"
 #include "printing/exitcode.h"
 #include "printing/json.h"
 #include "system/interrupt.h"
@@ -42,7 +43,7 @@ public:
     ~NewRecording();
 
     /// Whether the name may be taken: it is none of the inputs', and free unless it may be replaced.
-    [[nodiscard]] ExitCode check(const std::vector<std::string>& inputs) const;
+    [[nodiscard]] ExitCode check(const std::vector<std::string>& inputs) const { return m_name.check(inputs); }
     [[nodiscard]] ExitCode create(const std::vector<Recording2::Inspection::TypeEntry>& types);
     /// Appends a record. Times must ascend, data must not be empty.
     void write(std::int32_t code, const std::string& data, std::uint64_t time, bool isChannelRange);
@@ -68,15 +69,12 @@ private:
         std::uint64_t m_records = 0;
     };
 
-    [[nodiscard]] ExitCode fail(ExitCode code, const std::string& reason) const;
-    [[nodiscard]] std::string whyKept() const;
     [[nodiscard]] std::string close(const Recording2::Inspection::Header& header,
                                     const std::map<std::uint64_t, std::string>& bookmarks);
     [[nodiscard]] std::string readBack(const std::map<std::uint64_t, std::string>& bookmarks);
     [[nodiscard]] ExitCode takeName();
 
-    std::string m_path;
-    bool m_replace;
+    NewName m_name;
     Interrupt m_interrupt;
     Recording2::RecordingWriter m_file;
     std::vector<Recording2::Inspection::TypeEntry> m_types;

@@ -8,6 +8,7 @@
 
 #include "replay/measuredbearings.h"
 #include "replay/measuredtime.h"
+#include "replay/place.h"
 #include "replay/recordedvalues.h"
 #include "replay/typenames.h"
 #include "replay/walk.h"
@@ -42,15 +43,10 @@ private:
     std::optional<double> m_number;
 };
 
-/// Nothing for what is no place on earth. 0, 0 is what values hold that nobody has set.
+/// Nothing for what is no place on earth.
 std::optional<Geo::Position> positionOf(std::optional<double> latitudeDeg, std::optional<double> longitudeDeg)
 {
-    constexpr double PoleDeg = 90;
-    if (!latitudeDeg || !longitudeDeg || (*latitudeDeg == 0 && *longitudeDeg == 0)) {
-        return std::nullopt;
-    }
-    // Written so that numbers that are none are no place.
-    const bool onEarth = std::abs(*latitudeDeg) <= PoleDeg && std::abs(*longitudeDeg) <= FullCircleDeg;
+    const bool onEarth = latitudeDeg && longitudeDeg && isPlace(*latitudeDeg, *longitudeDeg);
     return onEarth ? std::optional(Geo::Position{*latitudeDeg, std::remainder(*longitudeDeg, FullCircleDeg)})
                    : std::nullopt;
 }

@@ -152,6 +152,35 @@ const Json& Json::at(std::size_t index) const
     return std::get<Array>(m_value).at(index);
 }
 
+const Json* Json::find(const std::string& key) const
+{
+    const auto* entries = std::get_if<Object>(&m_value);
+    if (entries == nullptr) {
+        return nullptr;
+    }
+    const auto found =
+        std::find_if(entries->begin(), entries->end(), [&](const auto& entry) { return entry.first == key; });
+    return found == entries->end() ? nullptr : &found->second;
+}
+
+std::optional<std::string> Json::text() const
+{
+    const auto* text = std::get_if<std::string>(&m_value);
+    return text == nullptr ? std::nullopt : std::optional(*text);
+}
+
+std::optional<double> Json::number() const
+{
+    if (const auto* real = std::get_if<double>(&m_value)) {
+        return *real;
+    }
+    if (const auto* whole = std::get_if<std::int64_t>(&m_value)) {
+        return static_cast<double>(*whole);
+    }
+    const auto* whole = std::get_if<std::uint64_t>(&m_value);
+    return whole == nullptr ? std::nullopt : std::optional(static_cast<double>(*whole));
+}
+
 std::string Json::dump(int indent) const
 {
     return JsonDocument::of(*this).dump(indent, ' ', false, Document::error_handler_t::replace);

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
@@ -53,6 +54,14 @@ public:
     [[nodiscard]] std::size_t size() const;
     /// An element of an array. @throws std::out_of_range beyond its end
     [[nodiscard]] const Json& at(std::size_t index) const;
+
+    /// The value of an object's key; null where there is none, also for what is no object.
+    [[nodiscard]] const Json* find(const std::string& key) const;
+    [[nodiscard]] bool isArray() const { return std::holds_alternative<Array>(m_value); }
+    [[nodiscard]] bool isObject() const { return std::holds_alternative<Object>(m_value); }
+    /// Nothing for what is none.
+    [[nodiscard]] std::optional<std::string> text() const;
+    [[nodiscard]] std::optional<double> number() const;
 
     /// @param indent spaces per level; below 0 all stands in one line. Bytes that are no UTF-8 are replaced.
     [[nodiscard]] std::string dump(int indent = -1) const;

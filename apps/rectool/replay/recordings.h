@@ -69,6 +69,8 @@ public:
     /// The first recording by time, for messages that concern all.
     [[nodiscard]] const std::string& file() const { return m_parts.front().file; }
     [[nodiscard]] std::size_t files() const { return m_parts.size(); }
+    /// Where it is known only now how often the records will be walked.
+    void planPasses(std::size_t passes) { m_passes = passes; }
     /// Whether not all passes are done.
     [[nodiscard]] bool isPassLeft() const { return m_walked < m_passes * m_parts.size(); }
     [[nodiscard]] const std::vector<Track>& tracks() const { return m_tracks; }

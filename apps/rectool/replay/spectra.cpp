@@ -30,11 +30,10 @@ Spectrum makeSpectrum(const TrackType& type, const Recordings& source)
     const TypeNames& names = source.tracks()[type.track].names;
     Spectrum spectrum;
     spectrum.type = type;
-    spectrum.keyword = names.label(type.code);
+    spectrum.keyword = keywordOf(names, type.code);
     std::string title = spectrum.keyword;
     for (const auto& [keyword, kind] : {std::pair(RfKeyword, "RF"), std::pair(IfKeyword, "IF")}) {
-        if (spectrumNumber(keyword, names) == type.code) {
-            spectrum.keyword = keyword;
+        if (spectrum.keyword == keyword) {
             title = std::string(kind) + " spectrum (" + keyword + ")";
         }
     }
@@ -56,6 +55,16 @@ bool carriesLevel(const std::string& text)
 }
 
 }  // namespace
+
+std::string keywordOf(const TypeNames& names, std::int32_t code)
+{
+    for (const char* keyword : {RfKeyword, IfKeyword}) {
+        if (spectrumNumber(keyword, names) == code) {
+            return keyword;
+        }
+    }
+    return names.label(code);
+}
 
 std::optional<std::vector<Spectrum>> wantedSpectra(const Recordings& source, const std::vector<std::string>& types,
                                                    bool onlyRf, bool onlyIf)

@@ -37,6 +37,9 @@ private:
     void takeRange(const values::ChannelRange& newRange, double momentMs, const Recordings& source);
 };
 
+/// What a type is called: as the type table has it, or as the RF or the IF spectrum that it is without being there.
+[[nodiscard]] std::string keywordOf(const TypeNames& names, std::int32_t code);
+
 /// The spectra that are asked for, RF and IF where nothing is, in that order; those that nobody recorded are left out.
 /// @return nothing, told, when one of the types is in none of the recordings
 [[nodiscard]] std::optional<std::vector<Spectrum>> wantedSpectra(const Recordings& source,

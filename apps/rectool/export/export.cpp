@@ -1,0 +1,94 @@
+// Choosing and walking the records that are exported, and telling what was made of them.
+#include "export.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+#include <utility>
+
+#include "printing/output.h"
+#include "printing/text.h"
+#include "replay/measuredtime.h"
+#include "replay/spectra.h"
+
+namespace RecTool {
+
+namespace {
+
+/// When the value was measured, also in the last millisecond of a recording, whose end is told in whole ones.
+double exactMoment(const PlacedRecord& placed, std::uint64_t startMs)
+{
+    constexpr double UsPerMilli = 1000;
+    const auto measured = measuredUs(placed.record.data);
+    const double exact =
+        measured ? (static_cast<double>(*measured) - static_cast<double>(startMs) * UsPerMilli) / UsPerMilli : 0;
+    return measured && std::abs(exact - placed.momentMs) < 1 ? exact : placed.momentMs;
+}
+
+}  // namespace
+
+ExportedRecords::ExportedRecords(Recordings& recordings, std::vector<TrackType> types)
+    : m_recordings(recordings), m_types(std::move(types)), m_keywords(recordings.tracks().size())
+{
+}
+
+const std::string& ExportedRecords::keyword(const TrackType& type)
+{
+    std::string& keyword = m_keywords[type.track][type.code];
+    if (keyword.empty()) {
+        keyword = keywordOf(m_recordings.tracks()[type.track].names, type.code);
+    }
+    return keyword;
+}
+
+const std::string& ExportedRecords::device(const TrackType& type) const
+{
+    return m_recordings.tracks()[type.track].device;
+}
+
+void ExportedRecords::walk(const std::function<bool()>& goesOn,
+                           const std::function<void(const PlacedRecord&, const values::ValueBase&)>& visit)
+{
+    m_recordings.walk([&](const PlacedRecord& placed) {
+        const bool isWanted =
+            m_types.empty() || std::find(m_types.begin(), m_types.end(), placed.type) != m_types.end();
+        if (!isWanted || !goesOn()) {
+            return;
+        }
+        // Also before the span: ranges are told once.
+        const values::ValueBase* value = placed.recorded.applyAlone(placed.record);
+        if (m_recordings.isBefore(placed.momentMs)) {
+            return;
+        }
+        if (value == nullptr) {
+            ++m_notUnderstood[keyword(placed.type)];
+        } else {
+            visit({placed.record, placed.type, exactMoment(placed, m_recordings.startMs()), placed.recorded}, *value);
+        }
+    });
+}
+
+ExitCode ExportedRecords::tellLeftOut(const std::string& file, ExitCode result)
+{
+    for (const auto& [keyword, records] : m_leftOut) {
+        complain(file, counted(records, "record") + " of " + oneLine(keyword) +
+                           " not written: the format has no place for " + (records == 1 ? "it." : "them."));
+    }
+    for (const auto& [keyword, records] : m_notUnderstood) {
+        complain(file, counted(records, "record") + " of " + oneLine(keyword) + " not understood and passed over.");
+        result = worse(result, ExitCode::Damaged);
+    }
+    return result;
+}
+
+ExitCode endExport(Recordings& recordings, ExportedRecords& records, NewFile& file, const std::string& what,
+                   const std::string& problem)
+{
+    const ExitCode written = file.finish(problem);
+    if (written == ExitCode::Fine) {
+        std::cout << oneLine(file.path()) << ": " << what << '\n';
+    }
+    return recordings.end(records.tellLeftOut(recordings.file(), written));
+}
+
+}  // namespace RecTool

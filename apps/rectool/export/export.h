@@ -1,0 +1,79 @@
+// What "export" writes for other programs, and what all its formats share.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <values/valuebase.h>
+
+#include "making/newfile.h"
+#include "printing/exitcode.h"
+#include "replay/recordings.h"
+
+namespace RecTool {
+
+struct ExportOptions : RecordingsOptions {
+    std::string output;
+    bool force = false;
+    std::vector<std::string> types;  ///< keywords or numbers; empty: all that the format takes
+};
+
+struct CsvExportOptions : ExportOptions {
+    std::string form = "long";  ///< or "sweep"
+};
+
+struct Hdf5ExportOptions : ExportOptions {
+    std::string unit = "dB";  ///< of levels: recordings do not tell
+    int deflate = 1;          ///< 0: not compressed; to 9
+};
+
+struct SigMfExportOptions : ExportOptions {
+    std::string samples;  ///< the file of IQ samples; empty: the one beside the output
+    std::string format;   ///< of the samples, SigMF's name; empty: as their metadata say, or their suffix
+    double rateHz = 0;    ///< samples a second; 0: as their metadata say
+};
+
+[[nodiscard]] ExitCode exportCsv(const CsvExportOptions& options);
+[[nodiscard]] ExitCode exportHdf5(const Hdf5ExportOptions& options);
+[[nodiscard]] ExitCode exportGpx(const ExportOptions& options);
+[[nodiscard]] ExitCode exportKml(const ExportOptions& options);
+[[nodiscard]] ExitCode exportSigMf(const SigMfExportOptions& options);
+
+/// Walks what is to be exported, and counts what is not.
+class ExportedRecords {
+public:
+    /// @param types of the records, in the order of their tracks; empty: all
+    ExportedRecords(Recordings& recordings, std::vector<TrackType> types);
+
+    /// Visits the records of the span whose value is understood. Maps of levels have only the levels that the record
+    /// carries itself; the others are NaN. @param goesOn false: the rest is passed over
+    void walk(const std::function<bool()>& goesOn,
+              const std::function<void(const PlacedRecord&, const values::ValueBase&)>& visit);
+    /// Whether a user chose the types.
+    [[nodiscard]] bool areNamed() const { return !m_types.empty(); }
+    [[nodiscard]] const std::string& keyword(const TrackType& type);
+    [[nodiscard]] const std::string& device(const TrackType& type) const;
+    /// Notes a record that the format has no place for.
+    void leaveOut(const TrackType& type) { ++m_leftOut[keyword(type)]; }
+    /// Tells what was left out and not understood. @return the result, Damaged where it was Fine and something was not
+    /// understood
+    [[nodiscard]] ExitCode tellLeftOut(const std::string& file, ExitCode result);
+
+private:
+    Recordings& m_recordings;
+    std::vector<TrackType> m_types;
+    std::vector<std::map<std::int32_t, std::string>> m_keywords;  // of each track
+    std::map<std::string, std::uint64_t> m_leftOut;
+    std::map<std::string, std::uint64_t> m_notUnderstood;
+};
+
+/// The end of every format: gives the file its name and tells the damage, and what was written.
+/// @param what was written, "3 sweeps"
+/// @param problem why it could not be, as NewFile::finish takes it
+[[nodiscard]] ExitCode endExport(Recordings& recordings, ExportedRecords& records, NewFile& file,
+                                 const std::string& what, const std::string& problem = {});
+
+}  // namespace RecTool

@@ -1,0 +1,142 @@
+// Collecting rows of series, and writing them by the chunk.
+#include "hdf5series.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace RecTool {
+
+namespace {
+
+constexpr std::size_t RowsOfPlain = 4096;
+
+std::size_t rowsOfSpectra(std::size_t channels)
+{
+    constexpr std::size_t MostRows = 1024;
+    constexpr std::size_t Cells = 262'144;  // a megabyte
+    return std::clamp<std::size_t>(Cells / std::max<std::size_t>(channels, 1), 1, MostRows);
+}
+
+/// The axis of a range's frequencies.
+Hdf5Column makeFrequencies(const Hdf5Group& group, const values::ChannelRange& range)
+{
+    constexpr std::size_t Rows = 65'536;
+    Hdf5Column frequencies(group, "frequency", Hdf5Kind::Double, 0, std::clamp<std::size_t>(range.size(), 1, Rows));
+    if (!frequencies.isNew()) {
+        return frequencies;
+    }
+    std::vector<double> hz(range.size());
+    for (std::size_t i = 0; i < hz.size(); ++i) {
+        hz[i] = range.frequencyHz(i);
+    }
+    frequencies.append(hz.data(), hz.size());
+    frequencies.makeScale("frequency");
+    frequencies.describe("long_name", "centre of the channel");
+    frequencies.describe("units", "Hz");
+    return frequencies;
+}
+
+Hdf5Column makePlain(const Hdf5Group& group, Hdf5Kind kind, const Hdf5Column& times, const SeriesName& name)
+{
+    Hdf5Column column(group, "value", kind, 0, RowsOfPlain);
+    if (column.isNew()) {
+        column.attach(times, 0, "time");
+        column.describe("long_name", name.keyword);
+        if (!name.unit.empty()) {
+            column.describe("units", name.unit);
+        }
+    }
+    return column;
+}
+
+}  // namespace
+
+Hdf5Series::Hdf5Series(const Hdf5Group& root, const SeriesName& name)
+    : m_group(root, name.path), m_times(makeHdf5Times(m_group))
+{
+    if (m_times.isNew()) {
+        m_group.describe("keyword", name.keyword);
+        m_group.describe("type", std::int64_t{name.code});
+        m_group.describe("device", name.device);
+    }
+}
+
+void Hdf5Series::collected(std::int64_t us, std::size_t bytes, bool isFull)
+{
+    m_us.push_back(us);
+    m_bytes += bytes + sizeof us;
+    if (isFull) {
+        flush();
+    }
+}
+
+void Hdf5Series::flush()
+{
+    m_times.append(m_us.data(), m_us.size());
+    write();
+    m_us.clear();
+    m_bytes = 0;
+}
+
+Hdf5Spectra::Hdf5Spectra(const Hdf5Group& root, const SeriesName& name, const values::ChannelRange& range)
+    : Hdf5Series(root, name), m_levels(m_group, "level", Hdf5Kind::Float, range.size(), rowsOfSpectra(range.size()))
+{
+    if (m_levels.isNew()) {
+        m_levels.attach(m_times, 0, "time");
+        m_levels.attach(makeFrequencies(m_group, range), 1, "frequency");
+        m_levels.describe("long_name", "level; not a number where nothing was measured");
+        m_levels.describe("units", name.unit);
+    }
+}
+
+void Hdf5Spectra::add(std::int64_t us, std::span<const float> levels)
+{
+    m_collected.insert(m_collected.end(), levels.begin(), levels.end());
+    collected(us, levels.size_bytes(), rows() + 1 >= m_levels.rowsOfChunk());
+}
+
+void Hdf5Spectra::write()
+{
+    m_levels.append(m_collected.data(), rows());
+    m_collected.clear();
+}
+
+Hdf5Numbers::Hdf5Numbers(const Hdf5Group& root, const SeriesName& name)
+    : Hdf5Series(root, name), m_numbers(makePlain(m_group, Hdf5Kind::Double, m_times, name))
+{
+}
+
+void Hdf5Numbers::add(std::int64_t us, double number)
+{
+    m_collected.push_back(number);
+    collected(us, sizeof number, rows() + 1 >= RowsOfPlain);
+}
+
+void Hdf5Numbers::write()
+{
+    m_numbers.append(m_collected.data(), rows());
+    m_collected.clear();
+}
+
+Hdf5Texts::Hdf5Texts(const Hdf5Group& root, const SeriesName& name)
+    : Hdf5Series(root, name), m_texts(makePlain(m_group, Hdf5Kind::Text, m_times, name))
+{
+}
+
+void Hdf5Texts::add(std::int64_t us, std::string text)
+{
+    const std::size_t bytes = text.size();
+    m_collected.push_back(std::move(text));
+    collected(us, bytes, rows() + 1 >= RowsOfPlain);
+}
+
+void Hdf5Texts::write()
+{
+    std::vector<const char*> texts;
+    std::transform(m_collected.begin(), m_collected.end(), std::back_inserter(texts),
+                   [](const std::string& text) { return text.c_str(); });
+    m_texts.append(static_cast<const void*>(texts.data()), rows());
+    m_collected.clear();
+}
+
+}  // namespace RecTool

@@ -1,0 +1,108 @@
+// Joining records of positions to points, and writing what there is of them.
+#include "track.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <utility>
+
+#include "exporttime.h"
+#include "printing/text.h"
+#include "replay/place.h"
+
+namespace RecTool {
+
+namespace {
+
+constexpr double OnePointMs = 100;
+constexpr double CircleDeg = 360;
+
+}  // namespace
+
+TrackFollower::TrackFollower(const Recordings& recordings, std::size_t track, Listener listener)
+    : m_recordings(recordings), m_track(track), m_listener(std::move(listener))
+{
+    const TypeNames& names = recordings.tracks()[track].names;
+    m_latitude.code = names.numberOf("LOCATIONLATITUDE");
+    m_longitude.code = names.numberOf("LOCATIONLONGITUDE");
+    m_altitude.code = names.numberOf("ALTITUDE");
+}
+
+void TrackFollower::take(const PlacedRecord& placed)
+{
+    if (placed.type.track != m_track) {
+        return;
+    }
+    for (Coordinate* coordinate : {&m_latitude, &m_longitude, &m_altitude}) {
+        if (coordinate->code != placed.type.code) {
+            continue;
+        }
+        if (isPending() && (coordinate->isNew || std::abs(placed.momentMs - m_firstMs) > OnePointMs)) {
+            end();
+        }
+        m_firstMs = isPending() ? m_firstMs : placed.momentMs;
+        coordinate->number = placed.number();
+        coordinate->isNew = true;
+    }
+}
+
+void TrackFollower::end()
+{
+    const bool hasMoved = m_latitude.isNew || m_longitude.isNew;
+    const bool isThere = m_latitude.number && m_longitude.number && isPlace(*m_latitude.number, *m_longitude.number);
+    if (hasMoved && isThere && !m_recordings.isBefore(m_firstMs)) {
+        const double longitude = std::remainder(*m_longitude.number, CircleDeg);
+        TrackPoint point{m_firstMs, *m_latitude.number, longitude == CircleDeg / 2 ? -longitude : longitude, {}};
+        if (m_altitude.number && std::isfinite(*m_altitude.number)) {
+            point.altitudeM = m_altitude.number;
+        }
+        m_listener(point);
+    }
+    m_latitude.isNew = m_longitude.isNew = m_altitude.isNew = false;
+}
+
+void walkTrack(Recordings& recordings, std::size_t track, const NewFile& file, const TrackFollower::Listener& visit)
+{
+    TrackFollower follower(recordings, track, visit);
+    recordings.walk([&](const PlacedRecord& placed) {
+        if (file.good()) {
+            follower.take(placed);
+        }
+    });
+    follower.end();
+}
+
+ExitCode exportTrack(const ExportOptions& options, std::size_t passes, const TrackWriter& write)
+{
+    Recordings recordings(options, passes);
+    if (recordings.state() != ExitCode::Fine) {
+        return recordings.state();
+    }
+    recordings.planPasses(passes * recordings.tracks().size());
+    if (!ExportTime(recordings.startMs()).isKnown()) {
+        return recordings.refuse("The recording does not tell when it began, and a track needs clock times.");
+    }
+    NewFile file(options.output, options.force);
+    const ExitCode made = file.create(options.files);
+    if (made != ExitCode::Fine) {
+        return made;
+    }
+    const std::uint64_t points = write(recordings, file);
+    if (points == 0 && file.good()) {
+        return recordings.refuse(
+            "There is no position in the span: no LOCATIONLATITUDE and LOCATIONLONGITUDE but 0, 0. Nothing was "
+            "written.");
+    }
+    ExportedRecords records(recordings, {});
+    return endExport(recordings, records, file, counted(points, "point"));
+}
+
+QString plainDecimal(double number)
+{
+    constexpr std::size_t Longest = 400;
+    std::array<char, Longest> text{};
+    const auto written = std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed);
+    return QString::fromLatin1(text.data(), static_cast<int>(written.ptr - text.data()));
+}
+
+}  // namespace RecTool

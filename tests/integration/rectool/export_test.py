@@ -1,0 +1,136 @@
+#!/usr/bin/env python3
+"""Exports random sweeps as CSV and HDF5, reads them as their users do, and compares them with what rectool cat shows.
+
+Usage: export_test.py csv|hdf5 RECTOOL RECSTATION. Exit code 77: what reads the format is missing.
+"""
+import csv
+import datetime
+import json
+import math
+import pathlib
+import random
+import subprocess
+import sys
+import tempfile
+
+SKIPPED = 77
+EPOCH = datetime.datetime(1970, 1, 1)
+
+
+def run(*command):
+    done = subprocess.run([str(part) for part in command], capture_output=True, text=True, check=False)
+    if done.returncode != 0:
+        sys.exit(f"{' '.join(map(str, command))} gave {done.returncode}: {done.stderr}")
+    return done.stdout
+
+
+def level(chance):
+    return "nan" if chance.random() < 0.05 else f"{chance.uniform(-140, 20):.2f}"
+
+
+def write_sweeps(path):
+    """Sweeps of two ranges that take turns, with microseconds, gaps and steps that are no binary fractions."""
+    chance = random.Random(20261122)
+    time = datetime.datetime(2026, 3, 1, 8, 0, 0, 123456)
+    with open(path, "w", encoding="ascii") as file:
+        for _ in range(12):
+            for low, step, bins in ((88e6, 25e3 / 3, 37), (86e6, 12.5e3, 500)):
+                for _ in range(chance.randint(1, 30)):
+                    time += datetime.timedelta(microseconds=chance.randint(1000, 2_000_000))
+                    levels = ", ".join(level(chance) for _ in range(bins))
+                    file.write(f"{time:%Y-%m-%d, %H:%M:%S.%f}, {low!r}, {low + step * bins!r}, {step!r}, 1, {levels}\n")
+
+
+def record(recstation, folder, sweeps):
+    folder.mkdir()
+    run(recstation, "-q", "-o", folder, "sweep", sweeps)
+    (recording,) = folder.glob("*.rec")
+    return recording
+
+
+def frequency(channels, index):
+    if "startHz" in channels:
+        return channels["startHz"] + channels["stepHz"] * index
+    return channels["channelsHz"][index]
+
+
+def sweeps_of(rectool, recording):
+    """What cat shows: (microseconds since 1970, range, levels), without the state at the start."""
+    shown = []
+    for line in run(rectool, "cat", "--json", "--type", "RFSPECTRUM", recording).splitlines():
+        value = json.loads(line)["value"]
+        if any(cell is not None for cell in value["cells"]):
+            shown.append((value["timeStampUs"], value["range"], value["cells"]))
+    return shown
+
+
+def micros(text):
+    time = datetime.datetime.fromisoformat(text.removesuffix("Z"))
+    return (time - EPOCH) // datetime.timedelta(microseconds=1)
+
+
+def check_csv(rectool, recstation, folder, recording):
+    expected = sweeps_of(rectool, recording)
+    run(rectool, "export", "csv", recording, "--type", "RFSPECTRUM", "-o", folder / "long.csv")
+    with open(folder / "long.csv", encoding="utf-8", newline="") as file:
+        found = [(micros(row["time"]), float(row["frequency_hz"]), float(row["value"])) for row in csv.DictReader(file)]
+    wanted = [(us, frequency(channels, i), cell)
+              for us, channels, cells in expected for i, cell in enumerate(cells) if cell is not None]
+    differing = [pair for pair in zip(found, wanted) if pair[0] != pair[1]]
+    assert found == wanted, f"{len(found)} lines instead of {len(wanted)}; they differ first in {differing[:1]}"
+
+    run(rectool, "export", "csv", recording, "--form", "sweep", "-o", folder / "sweeps.csv")
+    again = sweeps_of(rectool, record(recstation, folder / "again", folder / "sweeps.csv"))
+    assert len(again) == len(expected), f"{len(expected)} sweeps came back as {len(again)}"
+    for (us, channels, cells), (us_again, channels_again, cells_again) in zip(expected, again):
+        assert (us, cells) == (us_again, cells_again), f"the sweep of {us} came back otherwise"
+        for i in range(len(cells)):
+            hz = frequency(channels, i)
+            assert math.isclose(hz, frequency(channels_again, i), rel_tol=1e-14), f"{hz} Hz came back otherwise"
+    return f"{len(expected)} sweeps, {len(wanted)} lines"
+
+
+def check_hdf5(rectool, _recstation, folder, recording):
+    try:
+        import h5py
+        import numpy
+    except ImportError as error:
+        print(f"Skipped: {error}. Debian's python3-h5py has it.")
+        sys.exit(SKIPPED)
+    run(rectool, "export", "hdf5", recording, "-o", folder / "out.h5", "--unit", "dBm")
+    expected = sweeps_of(rectool, recording)
+    with h5py.File(folder / "out.h5") as file:
+        groups = file["RFSPECTRUM"]
+        assert set(groups) == {"range_1", "range_2"}, set(groups)
+        found = []
+        for group in groups.values():
+            levels = group["level"]
+            assert (levels.dtype, levels.compression, levels.shuffle) == (numpy.float32, "gzip", True)
+            assert [axis.label for axis in levels.dims] == ["time", "frequency"]
+            assert levels.dims[0][0] == group["time"] and levels.dims[1][0] == group["frequency"]
+            assert levels.attrs["units"] == "dBm" and group["frequency"].attrs["units"] == "Hz"
+            assert group["time"].attrs["units"] == "microseconds since 1970-01-01 00:00:00"
+            found += [(int(us), list(group["frequency"][:]), row) for us, row in zip(group["time"][:], levels[:])]
+        found.sort(key=lambda sweep: sweep[0])
+        assert len(found) == len(expected), f"{len(found)} sweeps instead of {len(expected)}"
+        for (us, channels, cells), (us_there, hz, row) in zip(expected, found):
+            wanted = numpy.array([math.nan if cell is None else cell for cell in cells], numpy.float32)
+            assert us == us_there and numpy.array_equal(wanted, row, equal_nan=True), f"the sweep of {us} differs"
+            assert hz == [frequency(channels, i) for i in range(len(cells))]
+        edges = file["STARTFREQ"]
+        assert set(edges["value"][:]) == {88e6, 86e6} and edges["value"].dims[0][0] == edges["time"]
+        assert file["DRVCOMMANDS/value"].asstr()[0] == "Panorama scan"
+    return f"{len(expected)} sweeps"
+
+
+def main():
+    check = {"csv": check_csv, "hdf5": check_hdf5}[sys.argv[1]]
+    rectool, recstation = (pathlib.Path(path).resolve() for path in sys.argv[2:4])
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
+        write_sweeps(folder / "random.csv")
+        print(check(rectool, recstation, folder, record(recstation, folder / "recorded", folder / "random.csv")))
+
+
+if __name__ == "__main__":
+    main()
