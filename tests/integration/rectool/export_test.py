@@ -9,6 +9,7 @@ import json
 import math
 import pathlib
 import random
+import resource
 import subprocess
 import sys
 import tempfile
@@ -64,6 +65,19 @@ def sweeps_of(rectool, recording):
     return shown
 
 
+def check_full(rectool, recording, output, *format_and_options):
+    """No file may grow past a size, as on a full disk: nothing is left behind, and what was there stays."""
+    def limit():
+        resource.setrlimit(resource.RLIMIT_FSIZE, (20_000, 20_000))
+    output.write_text("old", encoding="ascii")
+    command = [rectool, "export", *format_and_options, recording, "-o", output, "--force"]
+    done = subprocess.run(command, capture_output=True, text=True, check=False, preexec_fn=limit)
+    assert done.returncode == 2, (done.returncode, done.stderr)
+    assert "could not be written; is the disk full? File too large. Nothing was written." in done.stderr, done.stderr
+    assert output.read_text(encoding="ascii") == "old"
+    assert not list(output.parent.glob("*.part*")), "an unfinished file was left"
+
+
 def micros(text):
     time = datetime.datetime.fromisoformat(text.removesuffix("Z"))
     return (time - EPOCH) // datetime.timedelta(microseconds=1)
@@ -87,6 +101,7 @@ def check_csv(rectool, recstation, folder, recording):
         for i in range(len(cells)):
             hz = frequency(channels, i)
             assert math.isclose(hz, frequency(channels_again, i), rel_tol=1e-14), f"{hz} Hz came back otherwise"
+    check_full(rectool, recording, folder / "full.csv", "csv", "--form", "sweep")
     return f"{len(expected)} sweeps, {len(wanted)} lines"
 
 
@@ -120,6 +135,7 @@ def check_hdf5(rectool, _recstation, folder, recording):
         edges = file["STARTFREQ"]
         assert set(edges["value"][:]) == {88e6, 86e6} and edges["value"].dims[0][0] == edges["time"]
         assert file["DRVCOMMANDS/value"].asstr()[0] == "Panorama scan"
+    check_full(rectool, recording, folder / "full.h5", "hdf5")
     return f"{len(expected)} sweeps"
 
 
