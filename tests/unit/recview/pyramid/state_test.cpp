@@ -3,6 +3,7 @@
 
 #include <map>
 
+#include <pyramid/checkpoints.h>
 #include <rectool/printing/recordjson.h>
 #include "madeoverview.h"
 
@@ -72,6 +73,44 @@ TEST(States, AreCompleteOnAWalkFromTheMiddle)
                       return true;
                   });
     EXPECT_EQ(visited, 3001U);
+}
+
+TEST(States, OfCheckpointsAreThoseOfAllRecordsBefore)
+{
+    const auto records = std::make_shared<MemoryRecords>();
+    const auto range = values::ChannelRange::Even(100e6, 25e3, 1000);
+    std::vector<float> levels(1000, -90);
+    for (std::uint64_t i = 0; i < 2000; ++i) {
+        levels[i % 1000] = static_cast<float>(i % 60);
+        const std::string text = levelsText(range, levels, 0, i == 0);
+        records->add(1, 10 + 3 * i, text);
+        if (i % 3 != 0) {
+            records->add(1, 11 + 3 * i, text.substr(0, text.size() - 3));  // a cell is missing
+        }
+        records->add(7, 12 + 3 * i, "3;" + std::to_string(i) + ",0,1");
+    }
+    MadeOverview made(records);
+    const Overview& overview = made.finish();
+    const CheckpointReader reader(overview.store());
+    RecTool::InForce plain;
+    std::size_t applied = 0;
+    std::size_t compared = 0;
+    for (const Record& record : records->all()) {
+        const auto checkpoint = reader.before(static_cast<double>(StartMs + record.timeMs));
+        if (!checkpoint || checkpoint->next.number == applied) {
+            continue;
+        }
+        for (; applied < checkpoint->next.number; ++applied) {
+            plain.apply(records->all()[applied]);
+        }
+        const Restored from = restored(reader, checkpoint, std::nullopt, *records);
+        EXPECT_EQ(from.next.position, records->all()[applied].position);
+        EXPECT_EQ(inWords(from.state), inWords(plain)) << applied;
+        EXPECT_EQ(from.state.load().channels, plain.load().channels);
+        EXPECT_LE(from.state.load().textBytes, plain.load().textBytes);
+        ++compared;
+    }
+    EXPECT_GE(compared, 5U);
 }
 
 TEST(States, OfASweepKnowItsNeighbours)
