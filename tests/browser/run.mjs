@@ -1,6 +1,6 @@
 // Runs one file of browser tests: run.mjs REPORT FILE [USER]. Ends with 77 and a sentence where there is nothing to run it with.
 import { spawnSync } from 'node:child_process';
-import { accessSync, constants, existsSync, mkdtempSync, rmSync, chownSync } from 'node:fs';
+import { accessSync, chownSync, constants, existsSync, mkdirSync, mkdtempSync, rmSync } from 'node:fs';
 import os from 'node:os';
 import path from 'node:path';
 
@@ -48,6 +48,7 @@ if (missing !== undefined) {
     process.stdout.write(`${missing}\n`);
     process.exit(skipped);
 }
+mkdirSync(path.dirname(report), { recursive: true });
 rmSync(report, { force: true });
 const command = [process.execPath, '--test', '--test-reporter=spec', '--test-reporter-destination=stdout',
     `--test-reporter=${path.join(here, 'report.mjs')}`, '--test-reporter-destination=stderr', path.join(here, file)];

@@ -17,12 +17,14 @@ export class Bands {
         this.changes = [];
     }
 
-    take(data) {
-        this.changes = data.changes;
+    /** @param {boolean} yesAndNo of a value that is true or false */
+    take(data, yesAndNo) {
+        const words = yesAndNo ? { true: 'yes', false: 'no' } : {};
+        this.changes = data.changes.map(({ ms, text: one }) => ({ ms, text: words[one] ?? one }));
         this.left.textContent = data.more > 0 ? `${data.more} more changes are left out: look at a shorter time for all of them.` : '';
-        for (const { text: words } of this.changes) {
-            if (!this.colours.has(words)) {
-                this.colours.set(words, this.colours.size % 6);
+        for (const { text: one } of this.changes) {
+            if (!this.colours.has(one)) {
+                this.colours.set(one, this.colours.size % 6);
             }
         }
         this.draw();

@@ -148,7 +148,7 @@ class Values {
         }
         row.data = data;
         row.plot ??= data.kind === 'number' ? new Line(row.place, this.model) : new Bands(row.place, this.model);
-        row.plot.take(data);
+        row.plot.take(data, row.value.kind === 'boolean');
         this.showNow(row);
     }
 
