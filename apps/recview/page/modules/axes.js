@@ -34,7 +34,7 @@ export function xToTime(x) {
     return from + (x - geometry.left) / geometry.width * (to - from);
 }
 
-const seconds = [1, 2, 5, 10, 20, 50, 100, 200, 500, 1e3, 2e3, 5e3, 10e3, 15e3, 30e3, 60e3, 120e3, 300e3, 600e3, 900e3, 1800e3,
+const steps = [1, 2, 5, 10, 20, 50, 100, 200, 500, 1e3, 2e3, 5e3, 10e3, 15e3, 30e3, 60e3, 120e3, 300e3, 600e3, 900e3, 1800e3,
     3600e3, 7200e3, 10800e3, 21600e3, 43200e3, 86400e3, 172800e3, 604800e3, 1209600e3, 2592000e3, 7776000e3, 31536000e3];
 
 /**
@@ -43,7 +43,7 @@ const seconds = [1, 2, 5, 10, 20, 50, 100, 200, 500, 1e3, 2e3, 5e3, 10e3, 15e3, 
  */
 export function timeTicks(from, to, width, utc) {
     const least = (to - from) / Math.max(1, width / 84);
-    const step = seconds.find((one) => one >= least) ?? seconds.at(-1);
+    const step = steps.find((one) => one >= least) ?? steps.at(-1);
     const shift = utc ? 0 : -new Date(from).getTimezoneOffset() * 60000;
     const ticks = [];
     let before = null;
