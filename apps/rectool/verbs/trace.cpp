@@ -131,7 +131,7 @@ void addTrace(const Syntax& program)
     verb.output("PICTURE", "Draw them: .png, .jpg or .pdf").excludes(json).excludes(csv);
     verb.paged();
     verb.examples(
-        {"trace recording.rec --median", "trace night_1.rec night_2.rec --from \"22:00 UTC\" --percentile 95 --csv",
+        {"trace recording.rec --median", "trace night_1.rec night_2.rec --from \"22:13 UTC\" --percentile 95 --csv",
          "trace recording.rec --at bookmark:alarm -o alarm.png", "trace recording.rec --frequency 433.92M --time utc"},
         "Mean is that of the powers. Max at and the like tell the sweep that a figure comes from.");
 }

@@ -17,7 +17,7 @@ import tomllib
 
 import inputs
 
-PROGRAMS = ("recstation", "rectool", "zelvod")
+PROGRAMS = ("recstation", "rectool", "recview", "zelvod")
 CALL = re.compile(r"(?:^|[|;] *)(?:" + "|".join(PROGRAMS) + r")(?= |;|$)")
 # What stands for something that the reader puts in: the form of a command, no example.
 FORM = re.compile(r"\b(FILE|DIR|TIME|OUT|PICTURE|TEXT|GROUP|ADDRESS|NAME|MINUTES)\b|\[--|\.\.\.|<[a-z]+>|^\S+ [A-Z]+$")
@@ -98,7 +98,7 @@ def help_texts(folder, words, depth=2):
         raise SystemExit(f"{' '.join(words)} --help: exit code {run.returncode}: {run.stderr}")
     yield " ".join(words) + " --help", run.stdout
     names = re.search(r"^Subcommands:\n((?:  .*\n?)*)", run.stdout, re.M)
-    for name in re.findall(r"^  ([a-z-]+)", names.group(1), re.M) if names and depth else []:
+    for name in re.findall(r"^  ([a-z][a-z0-9-]*)", names.group(1), re.M) if names and depth else []:
         yield from help_texts(folder, [*words, name], depth - 1)
 
 

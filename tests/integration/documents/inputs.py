@@ -37,7 +37,7 @@ TOOLS = {"receiver-driver": "changes.jsonl", "hackrf_sweep": "sweep.csv", "rtl_p
 def make(fixtures, programs):
     """Once: everything that costs time."""
     for name, text in {"changes.jsonl": CHANGES, "sweep.csv": SWEEPS, "drive.log": DRIVE, "bearings.csv": BEARINGS,
-                       "telemetry.csv": TELEMETRY, "station.toml": STATION, "x.sigmf-meta": SIGMF}.items():
+                       "telemetry.csv": TELEMETRY, "channels.csv": "433.5M,25k,alarm\n", "station.toml": STATION, "x.sigmf-meta": SIGMF}.items():
         (fixtures / name).write_text(text, encoding="utf-8")
     (fixtures / "samples.cu8").write_bytes(random.Random(1).randbytes(200_000))
     (fixtures / "bin").mkdir()
@@ -102,6 +102,8 @@ def content_for(command, before, word):
     if word == "archive.toml":
         return None
     if suffix in (".csv", ".gz"):
+        if word == "channels.csv":
+            return word
         if "telemetr" in word:
             return "telemetry.csv"
         return "sweep.csv" if before == "sweep" else "bearings.csv"
