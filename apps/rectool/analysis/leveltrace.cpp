@@ -5,43 +5,11 @@
 #include <cmath>
 #include <utility>
 
+#include "powers.h"
+
 namespace RecTool {
 
 namespace {
-
-/// 10^(level/10). Recorded levels are hundredths of a decibel, so that few powers are ever needed.
-class Powers {
-public:
-    Powers()
-    {
-        for (std::size_t i = 0; i < m_powers.size(); ++i) {
-            m_powers[i] = of(Lowest + static_cast<double>(i) / PerDb);
-        }
-    }
-    [[nodiscard]] double operator()(float level) const
-    {
-        const float place = level * static_cast<float>(PerDb) - static_cast<float>(Lowest * PerDb);
-        constexpr float Same = 4e-3F;  // of a hundredth: what floats of this size cannot tell apart
-        const bool isInside = place > 0 && place < float{Count - 1};
-        const auto nearest = static_cast<std::uint32_t>(isInside ? place + 0.5F : 0.0F);
-        const bool isKnown = isInside && std::abs(place - static_cast<float>(nearest)) <= Same;
-        return isKnown ? m_powers[nearest] : of(double{level});
-    }
-
-private:
-    static constexpr double Lowest = -250;
-    static constexpr double PerDb = 100;
-    static constexpr int Count = 50'000;
-    static double of(double level) { return std::pow(10.0, level / 10); }
-
-    std::vector<double> m_powers = std::vector<double>(Count);
-};
-
-double powerOf(float level)
-{
-    static const Powers powers;
-    return powers(level);
-}
 
 /// Those that were measured and belong to a channel.
 template <typename Take>
@@ -129,8 +97,7 @@ std::vector<ChannelLevels> LevelTrace::channels() const
         }
         ChannelLevels& channel = all.emplace_back(sum.levels);
         channel.hz = m_numbers.frequencies()[number];
-        constexpr double Decibels = 10;
-        channel.mean = Decibels * std::log10(sum.power / static_cast<double>(sum.levels.sweeps));
+        channel.mean = levelOf(sum.power / static_cast<double>(sum.levels.sweeps));
         for (const LevelRanks& ranks : m_ranks) {
             channel.percentiles.push_back(ranks.of(number));
         }

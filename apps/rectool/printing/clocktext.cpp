@@ -3,6 +3,7 @@
 
 #include <QDateTime>
 #include <QString>
+#include <cmath>
 
 namespace RecTool {
 
@@ -47,6 +48,12 @@ const std::string& ClockText::of(std::uint64_t timeMs)
         m_text[FirstDigitOfMs + i - 1] = static_cast<char>('0' + ms % 10);
     }
     return m_text;
+}
+
+std::string momentText(ClockText& clock, double momentMs)
+{
+    const auto ms = std::llround(momentMs);
+    return ms > 0 ? clock.of(static_cast<std::uint64_t>(ms)) : std::to_string(ms);
 }
 
 }  // namespace RecTool

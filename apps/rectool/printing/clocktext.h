@@ -34,4 +34,7 @@ private:
     std::string m_text;
 };
 
+/// A moment with parts of a millisecond, rounded; one before the start of the recording in milliseconds.
+[[nodiscard]] std::string momentText(ClockText& clock, double momentMs);
+
 }  // namespace RecTool

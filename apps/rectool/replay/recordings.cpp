@@ -228,7 +228,11 @@ void Recordings::walk(const std::function<void(const PlacedRecord&)>& visit)
             const double measured = momentMs(record, part.summary.header.startMs);
             const double moment = part.offsetMs + (measured > lengthMs ? static_cast<double>(record.timeMs) : measured);
             if (record.timeMs != 0 && moment <= m_lastMs) {  // 0: its time is lost
-                visit({record, {part.track, record.code}, moment, recorded[part.track]});
+                visit({record,
+                       {part.track, record.code},
+                       moment,
+                       recorded[part.track],
+                       static_cast<std::size_t>(&part - m_parts.data())});
             }
             return true;  // what was measured in the span may be filed after it
         };

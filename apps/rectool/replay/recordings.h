@@ -34,6 +34,7 @@ struct PlacedRecord {
     TrackType type;
     double momentMs;  ///< when its value was measured, since the start of the first recording
     RecordedValues& recorded;
+    std::size_t part = 0;  ///< the recording that it stands in, for Recordings::fileOf
 
     /// The number or the map of levels that it led to; nothing when it is none. Maps are to be asked for once.
     [[nodiscard]] std::optional<double> number() const;
@@ -71,6 +72,8 @@ public:
     [[nodiscard]] std::size_t files() const { return m_parts.size(); }
     /// Where it is known only now how often the records will be walked.
     void planPasses(std::size_t passes) { m_passes = passes; }
+    /// The file that a record stands in, by PlacedRecord::part.
+    [[nodiscard]] const std::string& fileOf(std::size_t part) const { return m_parts[part].file; }
     /// Whether not all passes are done.
     [[nodiscard]] bool isPassLeft() const { return m_walked < m_passes * m_parts.size(); }
     [[nodiscard]] const std::vector<Track>& tracks() const { return m_tracks; }

@@ -6,7 +6,7 @@
 namespace RecTool {
 
 using AddVerb = void(const Syntax& program);  // each at the end of its verb's file
-AddVerb addInfo, addTypes, addCat, addState, addDiff, addTrace, addOccupancy, addVerify;
+AddVerb addInfo, addTypes, addCat, addState, addDiff, addTrace, addEmissions, addOccupancy, addVerify;
 AddVerb addMap, addPlotVerbs, addExportVerbs;
 AddVerb addBookmarkVerbs, addRangeVerbs;
 AddVerb addCut, addMerge, addRepair, addRecover, addSelfCheck;
@@ -14,9 +14,10 @@ AddVerb addArchiveVerbs;
 
 void addVerbs(const Syntax& program)
 {
-    for (AddVerb* const add : {addInfo, addTypes, addCat, addState, addDiff, addTrace, addOccupancy, addVerify, addMap,
-                               addPlotVerbs, addExportVerbs, addBookmarkVerbs, addRangeVerbs, addCut, addMerge,
-                               addRepair, addRecover, addSelfCheck, addArchiveVerbs}) {
+    for (AddVerb* const add :
+         {addInfo,      addTypes,  addCat,    addState,     addDiff,        addTrace,         addEmissions,
+          addOccupancy, addVerify, addMap,    addPlotVerbs, addExportVerbs, addBookmarkVerbs, addRangeVerbs,
+          addCut,       addMerge,  addRepair, addRecover,   addSelfCheck,   addArchiveVerbs}) {
         add(program);
     }
 }

@@ -52,12 +52,6 @@ bool isOfSpan(const TraceOptions& options)
     return options.at.empty();
 }
 
-std::string momentText(ClockText& clock, double momentMs)
-{
-    const auto ms = std::llround(momentMs);
-    return ms > 0 ? clock.of(static_cast<std::uint64_t>(ms)) : std::to_string(ms);
-}
-
 std::string quoted(const std::string& text)
 {
     return dump(Json(text), -1);

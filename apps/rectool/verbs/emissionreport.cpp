@@ -1,0 +1,271 @@
+// A line or a feature an emission.
+#include "emissionreport.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <iostream>
+
+#include <terminaltext/quantity.h>
+
+#include "printing/clocktext.h"
+#include "printing/json.h"
+#include "printing/output.h"
+#include "printing/table.h"
+#include "printing/text.h"
+
+namespace RecTool {
+
+namespace {
+
+double inSteps(double value, double perUnit)
+{
+    return std::round(value * perUnit) / perUnit;
+}
+
+double hundredths(double value)
+{
+    constexpr double PerUnit = 100;
+    return inSteps(value, PerUnit);
+}
+
+/// To the millihertz.
+double millihertz(double hz)
+{
+    constexpr double PerHz = 1000;
+    return inSteps(hz, PerHz);
+}
+
+/// To a centimetre and a half on the ground.
+double placeDeg(double degrees)
+{
+    constexpr double PerDegree = 1e7;
+    return inSteps(degrees, PerDegree);
+}
+
+std::string withDigits(double value, int digits)
+{
+    std::array<char, 64> text{};
+    const auto written = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, digits);
+    return {text.data(), written.ptr};
+}
+
+/// Where the station was when the emission was strongest; where that was not recorded, where its bearing was taken.
+std::optional<StationPlace> placeOf(const FoundEmission& emission)
+{
+    if (!std::isnan(emission.place.latitudeDeg)) {
+        return emission.place;
+    }
+    const bool bearingHas = emission.bearing && !std::isnan(emission.bearing->place.latitudeDeg);
+    return bearingHas ? std::optional(emission.bearing->place) : std::nullopt;
+}
+
+std::string bearingText(const FoundEmission& emission)
+{
+    if (!emission.bearing) {
+        return "-";
+    }
+    return withDigits(emission.bearing->azimuthDeg, 1) + (emission.bearing->isTrue ? "°" : "° rel");
+}
+
+std::string placeText(const FoundEmission& emission)
+{
+    constexpr int Digits = 5;
+    const auto place = placeOf(emission);
+    return place ? withDigits(place->latitudeDeg, Digits) + ' ' + withDigits(place->longitudeDeg, Digits) : "-";
+}
+
+std::string spectrumName(const Recordings& recordings, const Spectrum& spectrum)
+{
+    const std::string& device = recordings.tracks()[spectrum.type.track].device;
+    return oneLine(device.empty() ? spectrum.keyword : device + ": " + spectrum.keyword);
+}
+
+void printEmissionTable(const EmissionsOptions& options, const Recordings& recordings,
+                        const std::vector<Spectrum>& spectra, const FoundEmissions& found)
+{
+    const bool hasBearing =
+        std::any_of(found.all.begin(), found.all.end(), [](const auto& emission) { return emission.bearing; });
+    const bool hasPlace =
+        std::any_of(found.all.begin(), found.all.end(), [](const auto& emission) { return placeOf(emission); });
+    using enum Table::Align;
+    std::vector<Table::Align> columns{Right, Right, Right, Right, Right, Right, Right};
+    std::vector<std::string> heading{"Start", "Stop", "Centre", "Bandwidth", "Max", "Mean", "Sweeps"};
+    const auto addColumn = [&](bool isShown, Table::Align align, const char* name) {
+        if (isShown) {
+            columns.push_back(align);
+            heading.emplace_back(name);
+        }
+    };
+    addColumn(hasBearing, Right, "Bearing");
+    addColumn(hasPlace, Right, "Position");
+    addColumn(true, Left, "Spectrum");
+    Table table(columns);
+    table.add(heading);
+    ClockText clock(timeFormOf(options.time), recordings.startMs());
+    for (const FoundEmission& emission : found.all) {
+        std::vector<std::string> row{momentText(clock, emission.startMs),
+                                     momentText(clock, emission.stopMs),
+                                     frequency(emission.centreHz()),
+                                     frequency(emission.band.width(), 4),
+                                     withDigits(emission.highest, 2),
+                                     withDigits(emission.mean, 2),
+                                     grouped(emission.sweeps)};
+        if (hasBearing) {
+            row.push_back(bearingText(emission));
+        }
+        if (hasPlace) {
+            row.push_back(placeText(emission));
+        }
+        row.push_back(spectrumName(recordings, spectra[emission.spectrum]));
+        table.add(std::move(row));
+    }
+    std::cout << counted(found.all.size(), "emission") << " in " << counted(found.sweeps, "sweep") << ", levels in "
+              << oneLine(options.unit) << '\n';
+    if (!found.all.empty()) {
+        table.print(std::cout, "");
+    }
+}
+
+void printEmissionCsv(const EmissionsOptions& options, const Recordings& recordings,
+                      const std::vector<Spectrum>& spectra, const FoundEmissions& found)
+{
+    const bool isOffset = options.time == "offset";
+    std::cout << (isOffset ? "start_ms,stop_ms" : "start,stop")
+              << ",duration_ms,centre_hz,bandwidth_hz,max,mean,sweeps,latitude_deg,longitude_deg,bearing_deg,"
+                 "bearing_is_true,bearing_quality,bearings,device,keyword,first_file,first_position,last_file,"
+                 "last_position\n";
+    ClockText clock(timeFormOf(options.time), recordings.startMs());
+    const auto time = [&](double ms) { return isOffset ? TerminalText::shortest(ms) : momentText(clock, ms); };
+    const auto number = [](double value) { return std::isfinite(value) ? TerminalText::shortest(value) : ""; };
+    for (const FoundEmission& emission : found.all) {
+        const Spectrum& spectrum = spectra[emission.spectrum];
+        const auto place = placeOf(emission);
+        std::string line = time(emission.startMs) + ',' + time(emission.stopMs) + ',' +
+                           number(emission.stopMs - emission.startMs) + ',' + number(millihertz(emission.centreHz())) +
+                           ',' + number(millihertz(emission.band.width())) + ',' +
+                           number(hundredths(emission.highest)) + ',' + number(hundredths(emission.mean)) + ',' +
+                           std::to_string(emission.sweeps) + ',';
+        line += place ? number(placeDeg(place->latitudeDeg)) + ',' + number(placeDeg(place->longitudeDeg)) + ',' : ",,";
+        if (const auto& bearing = emission.bearing) {
+            line += number(hundredths(bearing->azimuthDeg)) + (bearing->isTrue ? ",1," : ",0,") +
+                    number(bearing->quality) + ',' + std::to_string(bearing->count) + ',';
+        } else {
+            line += ",,,0,";
+        }
+        line += csvText(recordings.tracks()[spectrum.type.track].device) + ',' + csvText(spectrum.keyword);
+        for (const RecordName* record : {&emission.first, &emission.last}) {
+            line += ',' + csvText(shownName(recordings.fileOf(record->part))) + ',' + std::to_string(record->position);
+        }
+        std::cout << line << '\n';
+    }
+}
+
+Json recordNameJson(const Recordings& recordings, const RecordName& record)
+{
+    return {
+        {"file", shownName(recordings.fileOf(record.part))}, {"position", record.position}, {"timeMs", record.timeMs}};
+}
+
+Json emissionBearingJson(const Recordings& recordings, const EmissionBearing& bearing)
+{
+    return {{"azimuthDeg", hundredths(bearing.azimuthDeg)},
+            {"isTrue", bearing.isTrue},
+            {"quality", bearing.quality},
+            {"bearings", bearing.count},
+            {"atMs", bearing.momentMs},
+            {"record", recordNameJson(recordings, bearing.record)}};
+}
+
+Json emissionJson(const Recordings& recordings, const std::vector<Spectrum>& spectra, const FoundEmission& emission)
+{
+    const Spectrum& spectrum = spectra[emission.spectrum];
+    Json json = {{"startMs", emission.startMs},
+                 {"stopMs", emission.stopMs},
+                 {"centreHz", millihertz(emission.centreHz())},
+                 {"bandwidthHz", millihertz(emission.band.width())},
+                 {"max", hundredths(emission.highest)},
+                 {"maxMs", emission.highestMs},
+                 {"mean", hundredths(emission.mean)},
+                 {"sweeps", emission.sweeps},
+                 {"device", recordings.tracks()[spectrum.type.track].device},
+                 {"keyword", spectrum.keyword},
+                 {"type", spectrum.type.code}};
+    const auto place = placeOf(emission);
+    json["latitudeDeg"] = place ? Json(placeDeg(place->latitudeDeg)) : Json();
+    json["longitudeDeg"] = place ? Json(placeDeg(place->longitudeDeg)) : Json();
+    json["bearing"] = emission.bearing ? emissionBearingJson(recordings, *emission.bearing) : Json();
+    json["first"] = recordNameJson(recordings, emission.first);
+    json["last"] = recordNameJson(recordings, emission.last);
+    json["strongest"] = recordNameJson(recordings, emission.strongest);
+    return json;
+}
+
+/// What the emissions were found in, and how.
+Json aboutEmissions(const EmissionsOptions& options, const Recordings& recordings, const FoundEmissions& found)
+{
+    Json files = Json::array();
+    for (const std::string& file : options.files) {
+        files.push_back(shownName(file));
+    }
+    Json about = {{"files", std::move(files)}, {"startMsSince1970", recordings.startMs()}, {"unit", options.unit}};
+    const bool isFixed = !options.threshold.empty();
+    about[isFixed ? "threshold" : "aboveNoise"] =
+        isFixed ? Json(std::strtod(options.threshold.c_str(), nullptr)) : Json(options.aboveDb);
+    about["sweeps"] = found.sweeps;
+    return about;
+}
+
+}  // namespace
+
+void printEmissions(const EmissionsOptions& options, const Recordings& recordings, const std::vector<Spectrum>& spectra,
+                    const FoundEmissions& found)
+{
+    if (options.csv) {
+        return printEmissionCsv(options, recordings, spectra, found);
+    }
+    if (!options.json) {
+        return printEmissionTable(options, recordings, spectra, found);
+    }
+    std::string head = dump(aboutEmissions(options, recordings, found), -1);
+    head.pop_back();
+    std::cout << head << ",\"emissions\":[";
+    const char* comma = "\n";
+    for (const FoundEmission& emission : found.all) {
+        std::cout << comma << dump(emissionJson(recordings, spectra, emission), -1);
+        comma = ",\n";
+    }
+    std::cout << "]}\n";
+}
+
+std::size_t writeEmissionFeatures(const EmissionsOptions& options, const Recordings& recordings,
+                                  const std::vector<Spectrum>& spectra, const FoundEmissions& found,
+                                  const std::function<void(const std::string&)>& write)
+{
+    std::string head = dump(aboutEmissions(options, recordings, found), -1);
+    head.front() = ',';
+    head.pop_back();
+    write("{\"type\":\"FeatureCollection\"" + head + ",\"features\":[");
+    const char* comma = "\n";
+    std::size_t left = 0;
+    for (const FoundEmission& emission : found.all) {
+        const auto place = placeOf(emission);
+        if (!place) {
+            ++left;
+            continue;
+        }
+        const Json point = {
+            {"type", "Point"},
+            {"coordinates", Json::array({placeDeg(place->longitudeDeg), placeDeg(place->latitudeDeg)})}};
+        write(comma + dump({{"type", "Feature"},
+                            {"geometry", point},
+                            {"properties", emissionJson(recordings, spectra, emission)}},
+                           -1));
+        comma = ",\n";
+    }
+    write("]}\n");
+    return left;
+}
+
+}  // namespace RecTool
