@@ -21,15 +21,13 @@ constexpr double NoNumber = std::numeric_limits<double>::quiet_NaN();
 constexpr std::size_t RecordBytes = 30;  // of a record besides its data
 constexpr double ShareOfNumbers = 0.5;   // blocks show the others
 constexpr double ShareOfBearings = 0.8;  // records give the others where they are few
-constexpr double ShareOfPositions = 0.9;
 
 }  // namespace
 
 bool KeptBudget::allows(std::size_t bytes, double share) const
 {
-    constexpr std::uint64_t Parts = 12;
-    constexpr std::uint64_t Least = std::uint64_t{64} << 10;  // nothing is kept of recordings that are that small
-    const std::uint64_t all = std::max(Least, m_read / Parts);
+    constexpr std::uint64_t Least = std::uint64_t{768} << 10;  // nothing is kept of recordings that are that small
+    const std::uint64_t all = std::max(Least, m_read) / m_part;
     return static_cast<double>(m_kept + bytes) <= static_cast<double>(all) * share;
 }
 
@@ -66,6 +64,7 @@ void ValuePart::noteKind(const PassedRecord& passed)
 void ValuePart::add(const PassedRecord& passed)
 {
     m_budget.read(passed.record.data.size() + RecordBytes);
+    m_positionBudget.read(passed.record.data.size() + RecordBytes);
     noteKind(passed);
     m_position = passed.record.position;
     m_code = passed.record.code;
@@ -220,9 +219,9 @@ void ValuePart::addPosition(double ms)
 
 void ValuePart::keepPosition()
 {
-    if (!std::exchange(m_positionIsKept, true) && m_budget.allows(sizeof(KeptPosition), ShareOfPositions)) {
+    if (!std::exchange(m_positionIsKept, true) && m_positionBudget.allows(sizeof(KeptPosition), 1)) {
         m_store.column(keyOf(Kept::Positions)).append(m_lastPosition);
-        m_budget.keep(sizeof(KeptPosition));
+        m_positionBudget.keep(sizeof(KeptPosition));
     }
 }
 

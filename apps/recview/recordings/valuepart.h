@@ -17,12 +17,16 @@ namespace RecView {
 /// How much may be kept: a share of what was read. What matters least is left out first.
 class KeptBudget {
 public:
+    /// @param part of what was read: 16 for a sixteenth
+    explicit KeptBudget(std::uint64_t part) : m_part(part) {}
+
     void read(std::size_t bytes) { m_read += bytes; }
     /// @param share of all that may be kept, 0 to 1
     [[nodiscard]] bool allows(std::size_t bytes, double share) const;
     void keep(std::size_t bytes) { m_kept += bytes; }
 
 private:
+    std::uint64_t m_part;
     std::uint64_t m_read = 0;
     std::uint64_t m_kept = 0;
 };
@@ -61,7 +65,8 @@ private:
 
     Store& m_store;
     std::vector<Recording2::Inspection::TypeEntry> m_types;
-    KeptBudget m_budget;
+    KeptBudget m_budget{16};
+    KeptBudget m_positionBudget{48};  // a twelfth together
     std::map<std::int32_t, Kind> m_kinds;
     std::map<std::int32_t, Numbers> m_numbers;
     std::map<std::int32_t, Changes> m_changes;

@@ -1,9 +1,11 @@
 // What the viewer answers: what rectool says of the same recordings, and one sentence for every wrong request.
+#include <fstream>
 #include <string>
 
 #include <gmock/gmock.h>
 
 #include "answerstest.h"
+#include "support/recordingbytes.h"
 #include "support/samplerecording.h"
 
 namespace AnswersTests {
@@ -97,6 +99,37 @@ TEST_F(RecViewAnswers, ABookmarkIsAddedRenamedAndRemovedAsRectoolDoesIt)
     response = post(change);
     ASSERT_EQ(response.status, 200) << response.body;
     EXPECT_TRUE(json::parse(response.body)["bookmarks"].empty());
+}
+
+/// What is kept of a recording is bounded: what changes most must not take the track's room.
+TEST_F(RecViewAnswers, TheTrackGoesToTheEndWhateverElseChanges)
+{
+    constexpr int Seconds = 400;
+    TestSupport::ReferenceRecording recording;
+    recording.types({{25, 3, "LOCATIONLATITUDE", "/LOCATIONLATITUDE"},
+                     {26, 3, "LOCATIONLONGITUDE", "/LOCATIONLONGITUDE"},
+                     {47, 2, "DEVICE_CAPTION", "/DEVICE_CAPTION"}});
+    std::uint64_t ms = 0;
+    for (int second = 0; second < Seconds; ++second) {
+        const std::string fraction = std::to_string(1000 + second);
+        recording.record(25, "3;49." + fraction + ",-90,90", ++ms);
+        recording.record(26, "3;11." + fraction + ",-180,180", ++ms);
+        for (const std::uint64_t end = static_cast<std::uint64_t>(second + 1) * 1000; ms + 50 <= end;) {
+            ms += 50;
+            recording.record(47, "2;caption " + std::to_string(ms), ms);
+        }
+    }
+    TestSupport::HeaderFields header;
+    header.startMs = static_cast<std::uint64_t>(Start);
+    header.stopMs = header.startMs + ms;
+    std::ofstream(path("drive.rec"), std::ios::binary) << recording.close(header);
+    open();
+    waitUntilMade("drive");
+    const json found = askJson(
+        "bearings", {{"recording", "drive"}, {"from", json(Start).dump()}, {"to", json(Start + double(ms)).dump()}});
+    ASSERT_FALSE(found["positions"].empty());
+    EXPECT_GT(found["positions"].back()["ms"], Start + 1000.0 * (Seconds - 5));
+    EXPECT_EQ(found["positions"].back()["lat"], 49.1399);
 }
 
 TEST_F(RecViewAnswers, BookmarksCannotBeChangedWithoutEdit)
