@@ -27,6 +27,17 @@ protected:
         return response;
     }
 
+    /// Never ends by itself.
+    static Response endless(const Request& /*request*/)
+    {
+        Response response;
+        response.more = [](std::string& piece) {
+            piece.assign(1 << 16, 'x');
+            return true;
+        };
+        return response;
+    }
+
     void start(Handler handler = echo)
     {
         m_server = std::make_unique<Server>(m_options, std::move(handler), m_events);
