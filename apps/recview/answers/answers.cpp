@@ -24,6 +24,7 @@ struct Endpoint {
     std::string_view path;
     Response (*answer)(const Context&, const Request&);
     bool takesPost = false;
+    bool isFile = false;  // somebody takes away what it answers
 };
 
 constexpr std::array Endpoints{
@@ -37,7 +38,7 @@ constexpr std::array Endpoints{
     Endpoint{"/api/spectrum", answerSpectrum},
     Endpoint{"/api/channel", answerChannel},
     Endpoint{"/api/sweep", answerSweep},
-    Endpoint{"/api/csv", answerCsv},
+    Endpoint{"/api/csv", answerCsv, false, true},
 };
 
 Response errorResponse(int status, const std::string& sentence)
@@ -77,6 +78,13 @@ Cache::Options cacheOptions(const Options& options)
         cache.bytes = options.cacheBytes;
     }
     return cache;
+}
+
+Response absentResponse(const Absent& absent)
+{
+    Response response;
+    JsonObject(response.body).text(absent.until() == Absent::Until::Soon ? "again" : "nothing", absent.what());
+    return response;
 }
 
 }  // namespace
@@ -153,6 +161,9 @@ Response Answers::operator()(const Request& request)
         return endpoint->answer({d->options, d->catalog, d->overviews, d->changing}, request);
     } catch (const Refusal& refusal) {
         return errorResponse(refusal.status(), refusal.what());
+    } catch (const Absent& absent) {
+        constexpr int AskAgain = 503;
+        return endpoint->isFile ? errorResponse(AskAgain, absent.what()) : absentResponse(absent);
     } catch (const std::bad_alloc&) {
         return errorResponse(500, "There is not enough memory for this answer.");
     } catch (const std::exception& error) {

@@ -159,7 +159,7 @@ double madeOf(const Overviews& overviews, const Timeline& timeline)
 void refuseUnfinished(const Context& context, const Timeline& timeline)
 {
     if (madeOf(context.overviews, timeline) < 1) {
-        throw Refusal(503, "The recording is still being looked through; ask again in a moment.");
+        throw Absent(Absent::Until::Soon, "The recording is still being looked through; ask again in a moment.");
     }
 }
 

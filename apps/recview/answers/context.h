@@ -61,7 +61,7 @@ struct OverviewedFile {
 /// The same of a whole recording, without making any.
 [[nodiscard]] double madeOf(const Overviews& overviews, const Timeline& timeline);
 
-/// What is not found in a recording may be in what is not made yet. @throws Refusal 503 where that is so
+/// What is not found in a recording may be in what is not made yet. @throws Absent where that is so
 void refuseUnfinished(const Context& context, const Timeline& timeline);
 
 /// A time of a file since 1970.

@@ -22,6 +22,18 @@ private:
     int m_status;
 };
 
+/// What was asked for rightly, but is not there: no error, which browsers would write into their logs.
+class Absent : public std::runtime_error {
+public:
+    enum class Until : unsigned char { Ever, Soon };
+
+    Absent(Until until, const std::string& sentence) : std::runtime_error(sentence), m_until(until) {}
+    [[nodiscard]] Until until() const { return m_until; }
+
+private:
+    Until m_until;
+};
+
 /// The parameters of a request. All of this throws a Refusal with status 400.
 class Parameters {
 public:

@@ -119,7 +119,7 @@ Response answerRecord(const Context& context, const Request& request)
         i = step > 0 ? i + 1 : i - 1;  // below 0 it is beyond the end, too
     }
     refuseUnfinished(context, *asked.timeline);
-    throw Refusal(404, step > 0 ? "There is no record after this." : "There is no record before this.");
+    throw Absent(Absent::Until::Ever, step > 0 ? "There is no record after this." : "There is no record before this.");
 }
 
 }  // namespace RecView

@@ -134,7 +134,7 @@ Response answerSweep(const Context& context, const Request& request)
     }
     if (!sweep) {
         refuseUnfinished(context, timeline);
-        throw Refusal(404, "Nothing was measured up to this moment.");
+        throw Absent(Absent::Until::Ever, "Nothing was measured up to this moment.");
     }
     std::optional<double> previous = sweep->previousMs;
     if (const auto before = previous ? std::nullopt : spectrumOf(context, timeline, i - 1, type.code)) {

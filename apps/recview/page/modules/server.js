@@ -19,7 +19,16 @@ export function address(path, parameters = {}) {
  * @param {string} path @param {object} [parameters] @param {string} [kind] @returns {Promise<any>}
  */
 export function json(path, parameters, kind) {
-    return ask(address(path, parameters), {}, kind, (answer) => answer.json());
+    return ask(address(path, parameters), {}, kind, async (answer) => there(await answer.json()));
+}
+
+/** What is not there yet, or never, is told as an error, too: of status 503 or 404. */
+function there(content) {
+    const sentence = content.again ?? content.nothing;
+    if (sentence !== undefined) {
+        throw Object.assign(new Error(sentence), { status: content.again === undefined ? 404 : 503 });
+    }
+    return content;
 }
 
 /** Sends JSON, gives the answer's. */
