@@ -11,6 +11,7 @@ namespace RecStation {
 namespace {
 
 using testing::AllOf;
+using testing::AnyOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -109,6 +110,7 @@ TEST_F(FollowingTest, EveryFormIsFollowedAndGivesWhatTheFinishedFileGives)
     EXPECT_THAT(finish(lines).output, HasSubstr("2026-01-02T03:04:08.000Z  LEVEL"));
 }
 
+#if !defined(_WIN32)  // there following ends with the file: doc/windows.md
 TEST_F(FollowingTest, TheNextFileOfARecordingIsFollowedToo)
 {
     begin();
@@ -125,6 +127,7 @@ TEST_F(FollowingTest, TheNextFileOfARecordingIsFollowedToo)
     EXPECT_THAT(result.messages, HasSubstr("It is complete and goes on in "));
     EXPECT_EQ(m_printed.count("timeMs,keyword,value"), 1);
 }
+#endif
 
 TEST_F(FollowingTest, ARecorderThatIsKilledEndsTheFollowingWithASentence)
 {
@@ -196,7 +199,9 @@ TEST_F(FollowingTest, WithoutAJournalItIsSaidThatTimesAreMissing)
     look(cat, {"cat", "--follow", "--csv", "--type", "LEVEL"});
     waitForMessage(cat, "It has no journal, so the times of its records are missing");
     finish(m_recording);
-    EXPECT_THAT(finish(cat).output, StartsWith("timeMs,keyword,value\n10,LEVEL,-30\n1500,"));
+    // What was read before the recording was closed has no time.
+    EXPECT_THAT(finish(cat).output, AnyOf(StartsWith("timeMs,keyword,value\n10,LEVEL,-30\n1500,"),
+                                          StartsWith("timeMs,keyword,value\n,LEVEL,-30\n")));
 }
 
 TEST_F(FollowingTest, WhatCannotBeFollowedIsRefused)

@@ -54,8 +54,11 @@ void expectBounds(Stream& stream, std::size_t before, std::size_t mostBytes)
 {
     const Overview& overview = stream.finish();
     EXPECT_LT(overview.store().bytes() * 6, static_cast<std::uint64_t>(stream.bytes()) + 600'000);
-    const std::size_t after = inMemory();
-    EXPECT_LT(after, before + mostBytes);
+#if defined(__SANITIZE_ADDRESS__)
+    static_cast<void>(before + mostBytes);  // what was freed is kept for a while
+#else
+    EXPECT_LT(inMemory(), before + mostBytes);
+#endif
 }
 
 TEST(Bounds, HoldForThousandsOfAlternatingRanges)
