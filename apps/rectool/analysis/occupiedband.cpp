@@ -40,7 +40,8 @@ FrequencySpan bandWithin(const std::vector<ChannelPower>& channels, double width
 {
     const auto strongest = std::max_element(channels.begin(), channels.end(),
                                             [](const auto& a, const auto& b) { return a.power < b.power; });
-    const double least = strongest->power * powerOf(static_cast<float>(-belowDb));
+    constexpr double Rounded = 1 - 1e-9;  // powers of ten come out a bit differently on each system
+    const double least = strongest->power * powerOf(static_cast<float>(-belowDb)) * Rounded;
     const auto isIn = [least](const ChannelPower& channel) { return channel.power >= least; };
     return {std::find_if(channels.begin(), channels.end(), isIn)->hz - widthHz / 2,
             std::find_if(channels.rbegin(), channels.rend(), isIn)->hz + widthHz / 2};
