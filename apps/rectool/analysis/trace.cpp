@@ -140,6 +140,7 @@ std::vector<Trace> traceMoment(Recordings& recordings, const std::vector<Spectru
 std::vector<ChannelTrace> traceChannel(Recordings& recordings, const std::vector<Spectrum>& spectra, double hz)
 {
     std::vector<ChannelTrace> traces;
+    traces.reserve(spectra.size());
     for (const Spectrum& spectrum : spectra) {
         traces.push_back(
             {recordings.tracks()[spectrum.type.track].device, spectrum.keyword, spectrum.type.code, hz, {}});

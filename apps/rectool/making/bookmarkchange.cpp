@@ -48,7 +48,7 @@ std::string atTime(std::uint64_t time)
 /// The text of a bookmark; nothing, told, where it cannot be one.
 std::optional<std::string> takeText(const FileChange& change, const std::string& utf8)
 {
-    const std::optional<std::string> text = toLatin1(utf8);
+    std::optional<std::string> text = toLatin1(utf8);
     if (!text || text->empty()) {
         change.refuse(ExitCode::Usage, "A bookmark needs a text, of Latin-1 characters.");
         return std::nullopt;
