@@ -151,8 +151,11 @@ void printCsv(const OccupancyOptions& options, const std::vector<TypeOccupancy>&
         const std::string begin = csvText(type.device) + ',' + csvText(type.keyword) + ',';
         for (const ChannelOccupancy& channel : type.channels) {
             const std::string hz = shortest(channel.hz);
-            const std::string named = begin + hz + ',' + hz + ',' + csvText(nameOf(names, channel.hz)) + ',';
-            const std::string end = ',' + shortest(channel.revisitMs()) + ',' + shortest(missingMs(options, channel));
+            std::string named = begin;
+            named.append(hz).append(1, ',').append(hz).append(1, ',');
+            named.append(csvText(nameOf(names, channel.hz))).append(1, ',');
+            std::string end = ",";
+            end.append(shortest(channel.revisitMs())).append(1, ',').append(shortest(missingMs(options, channel)));
             printCsvLine(named, "", figuresOf(channel.cycles, options.confidence), channel.cycles.samples(),
                          channel.cycles.emissions(), end);
             for (const auto& [hour, cycles] : channel.byHour) {

@@ -113,7 +113,7 @@ struct Answers::Private {
             object.text("recording", id);
             object.number("endMs", endMs);
         }
-        events.publish("grown", std::move(json));
+        events.publish("grown", json);
     }
     void tellMade(const RecordedFile& file)
     {
@@ -128,7 +128,7 @@ struct Answers::Private {
                     object.text("recording", timeline.id);
                     object.number("made", madeOf(overviews, timeline));
                 }
-                events.publish("made", std::move(json));
+                events.publish("made", json);
             }
         }
     }
