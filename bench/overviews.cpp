@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <iostream>
 #include <random>
 #include <span>
 #include <stdexcept>
@@ -85,7 +86,7 @@ void make(const std::filesystem::path& folder, double hours)
     std::uint32_t number = 0;
     for (std::uint64_t done = 0; done < sweeps; done += SweepsOfFile) {
         std::string name = std::to_string(++number);
-        name = "Day__RX_1__" + std::string(name.size() < 2 ? "0" : "") + name + ".rec";
+        name.insert(0, name.size() < 2 ? "Day__RX_1__0" : "Day__RX_1__").append(".rec");
         writeFile(folder / name, StartMs + SweepMs * done, std::min(SweepsOfFile, sweeps - done), number);
     }
 }
@@ -202,6 +203,6 @@ try {
     }
     return 0;
 } catch (const std::exception& error) {
-    std::fprintf(stderr, "overviews_bench: %s\n", error.what());
+    std::cerr << "overviews_bench: " << error.what() << '\n';
     return 1;
 }
