@@ -51,6 +51,12 @@ mark
         look(process, arguments);
         return finish(process);
     }
+    /// What is closed before a follower found it has another name by then.
+    static void waitUntilFollowing(QProcess& process)
+    {
+        process.setReadChannel(QProcess::StandardOutput);
+        ASSERT_TRUE(process.bytesAvailable() > 0 || process.waitForReadyRead(patienceMs));
+    }
     /// Waits until a process has printed a text. @return all that it printed so far
     QByteArray waitForOutput(QProcess& process, const QByteArray& text)
     {
@@ -99,6 +105,9 @@ TEST_F(FollowingTest, EveryFormIsFollowedAndGivesWhatTheFinishedFileGives)
     look(lines, {"cat", "-f", "--time", "utc"});
     look(json, {"cat", "--follow", "--json"});
     look(from, {"cat", "--follow", "--csv", "--from", "2s", "--to", "3500"});
+    waitUntilFollowing(lines);
+    waitUntilFollowing(json);
+    waitUntilFollowing(from);
     feed(R"({"at": 3000, "path": "/LEVEL", "set": 5})");
     feed(R"({"at": 3600, "path": "/LEVEL", "set": 6})");
     EXPECT_EQ(finish(from).output, "timeMs,keyword,value\n2500,LEVEL,-40.25\n3000,LEVEL,5\n");  // --to ends it
