@@ -19,6 +19,10 @@ public:
     using BeforeStep = std::function<void(unsigned long long time)>;
 
     explicit Scheduler(SimulatedClock& clock, BeforeStep beforeStep = {});
+    Scheduler(const Scheduler&) = delete;
+    Scheduler& operator=(const Scheduler&) = delete;
+    virtual ~Scheduler() = default;
+
     /// From now on a step that lies farther than the gap (microseconds) from the one before, in either direction, is
     /// told; what it changes is for a new recording, whose time may be earlier.
     void tellGaps(unsigned long long gapUs, std::function<void(unsigned long long time)> beyondGap);
@@ -28,14 +32,23 @@ public:
 
     /// When the next step of any source is due, microseconds since 1970 UTC; never earlier than the clock shows, but
     /// after a gap. Waits for a source that reads live input. Nothing when every source has ended.
-    [[nodiscard]] std::optional<unsigned long long> nextTime();
+    [[nodiscard]] virtual std::optional<unsigned long long> nextTime();
+    /// Nothing is due because nothing has come yet: nextTime is to be asked again.
+    [[nodiscard]] virtual bool isWaiting() const { return false; }
     /// Sets the clock to nextTime and lets the source that is due make its changes.
-    void step();
+    virtual void step();
+    /// Ends what sources wait for; before unfinishedTime and before their reports are read.
+    virtual void finish() {}
     /// After the process was asked to stop: the same with what a source has read but was waiting for more input.
     [[nodiscard]] std::optional<unsigned long long> unfinishedTime();
     void stepUnfinished();
 
     [[nodiscard]] const std::vector<std::unique_ptr<Source>>& sources() const { return m_sources; }
+
+protected:
+    /// A source's time as the clock will show it.
+    [[nodiscard]] unsigned long long clockTime(unsigned long long time) const;
+    void stepAt(unsigned long long time, Source& source);
 
 private:
     struct Due {
@@ -46,8 +59,6 @@ private:
     [[nodiscard]] std::optional<std::size_t> earliest();
 
     [[nodiscard]] bool isBehindGap(unsigned long long time) const;
-    [[nodiscard]] unsigned long long clockTime(unsigned long long time) const;
-    void stepAt(unsigned long long time, Source& source);
 
     SimulatedClock& m_clock;
     BeforeStep m_beforeStep;

@@ -38,6 +38,8 @@ struct SourceRun {
     std::optional<unsigned long long> splitGapUs;  ///< of an input that plays alone: others could not go back with it
     bool alone = true;
     bool positionElsewhere = false;  ///< another source tells positions
+    bool live = false;               ///< merged by arrival; maps have the time of the step, not one of their own
+    bool sourceTime = false;         ///< of a live run: steps have the time that the peer tells
 };
 
 struct SourceTraits {
@@ -48,6 +50,7 @@ struct SourceTraits {
     bool findsDirections = false;    ///< measures what recorders of a direction finder write
     bool tellsPositions = false;     ///< which go with whatever is recorded; alone, they are a receiver's
     bool switchesRecorders = false;  ///< by itself
+    bool live = false;               ///< has a peer that never ends; goes with live ones and pipes only
 };
 
 class OfferedSource {

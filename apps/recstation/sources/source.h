@@ -10,12 +10,22 @@
 
 namespace RecStation {
 
+/// How much later than the peer's own time its data came, microseconds; negative where its clock is ahead.
+struct Lag {
+    long long middleUs = 0;
+    long long mostUs = 0;
+};
+
 /// Counts for the closing report of a run.
 struct SourceReport {
-    std::uint64_t used = 0;     ///< lines, frames or steps that became changes
-    std::uint64_t skipped = 0;  ///< understood and rightly left out
-    std::uint64_t bad = 0;      ///< not understood; every one was reported
-    bool lines = false;         ///< they are lines of an input
+    std::uint64_t used = 0;        ///< lines, frames or steps that became changes
+    std::uint64_t skipped = 0;     ///< understood and rightly left out
+    std::uint64_t bad = 0;         ///< not understood; every one was reported
+    bool lines = false;            ///< they are lines of an input
+    bool live = false;             ///< what follows is known, and told
+    std::uint64_t lost = 0;        ///< what the peer or we had to drop: overruns, broken and overlong lines
+    std::uint64_t reconnects = 0;  ///< how often the peer was back after it had been lost
+    std::optional<Lag> lag = {};
 };
 
 /// Driven by one scheduler: prepare once, then nextTime and step in turn. All errors are std::runtime_error (also

@@ -1,0 +1,60 @@
+// A TCP connection to a peer, for the thread that a live source waits in. Linux only.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "live/address.h"
+
+namespace RecStation {
+
+/// The peer is not there, went away or does not answer as it should. One clause that follows the peer's name, such as
+/// "connection lost: the peer closed it".
+class ConnectionError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// Thrown by every wait when the process is asked to stop. No std::exception: nobody catches it by mistake.
+struct Stopped {};
+
+using Deadline = std::chrono::steady_clock::time_point;
+[[nodiscard]] Deadline in(std::chrono::milliseconds time);
+
+/// Waits until something can be read from the descriptor. @return false when the deadline passed before @throws Stopped
+[[nodiscard]] bool waitToRead(int descriptor, Deadline deadline);
+/// @throws Stopped
+void pauseUntil(Deadline deadline);
+/// System clock, microseconds since 1970 UTC: the station's own clock shows the time of the last step.
+[[nodiscard]] unsigned long long systemTimeUs();
+
+/// One thread at a time. Every wait ends at once with Stopped when the process is asked to stop.
+class Connection {
+public:
+    static constexpr std::chrono::milliseconds Patience{10'000};
+
+    Connection() = default;
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+    ~Connection() { close(); }
+
+    /// Looks the host up and connects to the first of its addresses that takes the connection.
+    /// @throws ConnectionError, also when that takes longer; the connection is closed then
+    void open(const Address& address, std::chrono::milliseconds patience = Patience);
+    void close() noexcept;
+    [[nodiscard]] bool isOpen() const { return m_socket >= 0; }
+
+    /// @throws ConnectionError, also when the peer does not take the bytes in that time
+    void send(std::string_view bytes, std::chrono::milliseconds patience = Patience);
+    /// Waits for bytes and takes at most so many. @return how many came; 0 when the deadline passed before
+    /// @throws ConnectionError when the peer has closed the connection, or it broke
+    [[nodiscard]] std::size_t read(char* buffer, std::size_t size, Deadline deadline);
+
+private:
+    int m_socket = -1;
+};
+
+}  // namespace RecStation
