@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "sources/iq/sampleformat.h"
+#include "iqspectra/sampleformat.h"
 
 namespace {
 

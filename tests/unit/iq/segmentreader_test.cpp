@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "sources/iq/segmentreader.h"
+#include "iqspectra/segmentreader.h"
 #include "support/textinput.h"
 
 namespace {

@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "iqspectra/spectrum.h"
 #include "iqtesting.h"
-#include "sources/iq/spectrum.h"
 
 namespace {
 

@@ -82,9 +82,9 @@ SampleFormat chooseFormat(const IqOptions& options, const Files& files, const Si
     }
     if (name.empty()) {
         failUsage("the format of the samples in " + files.samples.toStdString() +
-                  " is not known: " + remedy("--format cu8, ci16_le or cf32_le", files, "core:datatype"));
+                  " is not known: " + remedy("--format cu8, ci8, ci16_le or cf32_le", files, "core:datatype"));
     }
-    failPlan("the sample format \"" + name + "\" is not supported, only cu8, ci16_le and cf32_le are");
+    failPlan("the sample format \"" + name + "\" is not supported, only cu8, ci8, ci16_le and cf32_le are");
 }
 
 double chooseRate(const IqOptions& options, const Files& files, const SigMfMetadata& metadata)
@@ -137,39 +137,13 @@ unsigned long long chooseStart(const IqOptions& options, const SigMfMetadata& me
     return static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * 1000;
 }
 
-/// Records of a file are at least a millisecond apart: so many FFTs that a spectrum and its level find room for their
-/// two records, and the delay by the records of the initial states is soon made up.
-std::size_t averageForRecordTimes(double rateHz, std::size_t advance)
-{
-    constexpr double SecondsPerSpectrum = 0.004;
-    const double ffts = std::ceil(SecondsPerSpectrum * rateHz / static_cast<double>(advance));
-    return static_cast<std::size_t>(std::clamp(ffts, 1.0, static_cast<double>(LargestAverage)));
-}
-
 void planSpectra(const IqOptions& options, IqPlan& plan)
 {
-    plan.fftSize = options.fftSize;
-    if (plan.fftSize < SmallestFft || plan.fftSize > LargestFft || plan.fftSize % 2 != 0) {
-        failPlan("the FFT size must be an even number from 16 to 1048576");
+    try {
+        static_cast<SpectrumPlan&>(plan) = makeSpectrumPlan(options, plan.rateHz);
+    } catch (const std::runtime_error& error) {
+        failPlan(error.what());
     }
-    const auto window = windowByName(options.window);
-    if (!window) {
-        failPlan("the window \"" + options.window + "\" is not known, only flattop, hann and blackman-harris are");
-    }
-    plan.window = *window;
-    if (!(options.overlapPercent >= 0 && options.overlapPercent <= LargestOverlapPercent)) {
-        failPlan("the overlap must be 0 to 95 percent");
-    }
-    const double notShared = 1 - options.overlapPercent / 100;
-    plan.advance = static_cast<std::size_t>(std::max(1.0, std::round(static_cast<double>(plan.fftSize) * notShared)));
-    if (options.average > LargestAverage) {
-        failPlan("at most 1000000 FFTs can be averaged to a spectrum");
-    }
-    plan.average = options.average > 0 ? options.average : averageForRecordTimes(plan.rateHz, plan.advance);
-    if (options.spectrum != "rf" && options.spectrum != "if") {
-        failPlan("--as must be rf or if");
-    }
-    plan.ifSpectrum = options.spectrum == "if";
 }
 
 }  // namespace

@@ -7,15 +7,19 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 
-#include "sources/iq/frames.h"
+#include "iqspectra/spectrumvalues.h"
 #include "sources/iq/iqplan.h"
-#include "sources/iq/iqvalues.h"
 
 namespace RecStation {
 
 namespace {
 
 Q_LOGGING_CATEGORY(iqLog, "recstation.iq")
+
+QString deviceName(const IqPlan& plan)
+{
+    return plan.file == QLatin1String("-") ? QStringLiteral("IQ input") : QFileInfo(plan.file).completeBaseName();
+}
 
 class IqSource final : public Source {
 public:
@@ -40,7 +44,7 @@ private:
     IqReport m_report;
     IqPlan m_plan;
     std::unique_ptr<FrameReader> m_frames;
-    std::unique_ptr<IqValues> m_values;
+    std::unique_ptr<SpectrumValues> m_values;
     std::optional<IqFrame> m_pending;  // read, not yet shown
     std::uint64_t m_shown = 0;
 };
@@ -48,13 +52,18 @@ private:
 void IqSource::prepare()
 {
     m_plan = makeIqPlan(m_options);
-    m_frames = std::make_unique<FrameReader>(m_plan, openInput(m_plan.file.toStdString()), m_report);
+    m_frames = std::make_unique<FrameReader>(m_plan, m_plan.format, openInput(m_plan.file.toStdString()), m_report);
     m_pending = m_frames->next();
     if (!m_pending) {
         throw std::runtime_error("iq: " + inputName(m_plan.file.toStdString()) +
                                  (m_frames->samplesRead() == 0 ? " holds no samples" : " holds no whole spectrum"));
     }
-    m_values = std::make_unique<IqValues>(m_plan, m_options.valuePath);
+    m_values = std::make_unique<SpectrumValues>(
+        SpectrumDevice{.name = deviceName(m_plan),
+                       .type = QStringLiteral("IQ samples %1").arg(QLatin1String(sampleFormatName(m_plan.format))),
+                       .valuePath = m_options.valuePath,
+                       .ifSpectrum = m_plan.ifSpectrum});
+    m_values->setBand(m_plan.centreHz, m_plan.rateHz, m_plan.fftSize);
 }
 
 std::optional<unsigned long long> IqSource::nextTime()

@@ -1,36 +1,28 @@
 // The "iq" source: a receiver's IQ samples, from a file or standard input, as spectra and levels.
 #pragma once
 
-#include <cstddef>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include <QString>
 
+#include "iqspectra/frames.h"
 #include "sources/source.h"
 
 namespace RecStation {
 
 /// What the command line says. What is left open is taken from SigMF metadata beside the file, where there are any.
-struct IqOptions {
+struct IqOptions : SpectrumOptions {
     std::string file;                ///< UTF-8; "-" is standard input
-    std::string format;              ///< cu8, ci16_le or cf32_le; empty: by metadata or the file's suffix
+    std::string format;              ///< cu8, ci8, ci16_le or cf32_le; empty: by metadata or the file's suffix
     std::optional<double> rateHz;    ///< samples a second
     std::optional<double> centreHz;  ///< frequency of 0 Hz in the samples
     bool centreHasUnit = false;      ///< it was given as 1090M or 1090 Hz, not as 1090
     std::string start;               ///< ISO 8601 time of the first sample; empty: by metadata, otherwise now
-    std::size_t fftSize = 1024;      ///< channels of a spectrum, even, 16 to 1,048,576
-    std::string window = "flattop";  ///< flattop, hann or blackman-harris
-    double overlapPercent = 0;       ///< overlap of consecutive FFTs, 0 to 95
-    std::size_t average = 0;         ///< FFTs averaged (in power) to one spectrum; 0: as many as last 4 ms
-    std::string spectrum = "rf";     ///< rf: a panorama scan's spectrum; if: a fixed frequency's IF spectrum
     QString valuePath = "/Devices/Rx1";
 };
 
-/// Takes one sentence about what is left out of the samples, without the source's name.
-using IqReport = std::function<void(const QString& sentence)>;
 /// Warns in the logging category "recstation.iq".
 void logIqReport(const QString& sentence);
 

@@ -1,5 +1,5 @@
 // Keeping the overlap of the last segment, and filling up the rest from the input.
-#include "sources/iq/segmentreader.h"
+#include "iqspectra/segmentreader.h"
 
 #include <algorithm>
 #include <utility>
@@ -13,6 +13,14 @@ SegmentReader::SegmentReader(ByteInput input, SampleFormat format, std::size_t l
       m_segment(length),
       m_bytes(length * sampleBytes(format))
 {
+}
+
+void SegmentReader::begin(ByteInput input)
+{
+    m_input = std::move(input);
+    m_samplesRead = 0;
+    m_bytesLeftOver = 0;
+    m_ended = false;
 }
 
 std::span<const std::complex<double>> SegmentReader::next()

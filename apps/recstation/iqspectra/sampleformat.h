@@ -11,11 +11,13 @@ namespace RecStation {
 
 enum class SampleFormat {
     UnsignedByte,   ///< cu8: 0..255, 127.5 is 0
+    SignedByte,     ///< ci8: -128..127
     SignedShortLe,  ///< ci16_le
     FloatLe,        ///< cf32_le
 };
 
-/// By the SigMF name of the format ("cu8", "ci16_le", "cf32_le"; "ci16" and "cf32" are taken as little endian).
+/// By the SigMF name of the format ("cu8", "ci8", "ci16_le", "cf32_le"; "cs8" is "ci8", "ci16" and "cf32" are taken as
+/// little endian).
 std::optional<SampleFormat> sampleFormatByName(const std::string& name);
 /// By a file's suffix with its dot, as receivers' tools use them (".cu8", ".cs16", ".cf32", ...).
 std::optional<SampleFormat> sampleFormatBySuffix(const std::string& suffix);

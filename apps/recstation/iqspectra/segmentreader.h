@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "input/byteinput.h"
-#include "sources/iq/sampleformat.h"
+#include "iqspectra/sampleformat.h"
 
 namespace RecStation {
 
@@ -18,6 +18,9 @@ public:
     /// @param length samples of a segment
     /// @param advance samples from one segment's first to the next one's, 1 to length
     SegmentReader(ByteInput input, SampleFormat format, std::size_t length, std::size_t advance);
+
+    /// Goes on with another input, nothing of which shares a segment with what was read before.
+    void begin(ByteInput input);
 
     /// The next segment, valid until the next call; empty when what is left does not fill one. Hands on what the input
     /// throws.

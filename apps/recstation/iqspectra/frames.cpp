@@ -1,5 +1,5 @@
 // Averaging segments to spectra, and leaving out those without finite numbers.
-#include "sources/iq/frames.h"
+#include "iqspectra/frames.h"
 
 #include <cmath>
 #include <utility>
@@ -8,14 +8,22 @@
 
 namespace RecStation {
 
-FrameReader::FrameReader(const IqPlan& plan, ByteInput input, IqReport report)
-    : m_segments(std::move(input), plan.format, plan.fftSize, plan.advance),
+FrameReader::FrameReader(const SpectrumPlan& plan, SampleFormat format, ByteInput input, IqReport report,
+                         StretchEnds ends)
+    : m_plan(plan),
+      m_segments(std::move(input), format, plan.fftSize, plan.advance),
       m_spectrum(plan.window, plan.fftSize),
       m_report(std::move(report)),
-      m_fftSize(plan.fftSize),
-      m_advance(plan.advance),
-      m_average(plan.average)
+      m_ends(ends)
 {
+}
+
+void FrameReader::begin(ByteInput input)
+{
+    m_segments.begin(std::move(input));
+    m_frames = 0;
+    m_damagedRun = 0;
+    m_ended = false;
 }
 
 std::optional<IqFrame> FrameReader::next()
@@ -32,7 +40,9 @@ std::optional<IqFrame> FrameReader::next()
     }
     if (!std::exchange(m_ended, true)) {
         reportDamagedRun();
-        reportEnd();
+        if (m_ends == StretchEnds::Told) {
+            reportEnd();
+        }
     }
     return std::nullopt;
 }
@@ -40,7 +50,7 @@ std::optional<IqFrame> FrameReader::next()
 bool FrameReader::readFrame()
 {
     m_spectrum.clear();
-    for (std::size_t i = 0; i < m_average; ++i) {
+    for (std::size_t i = 0; i < m_plan.average; ++i) {
         const auto segment = m_segments.next();
         if (segment.empty()) {
             return false;
@@ -65,12 +75,12 @@ void FrameReader::reportDamagedRun()
 
 void FrameReader::reportEnd()
 {
-    const std::uint64_t used = m_frames == 0 ? 0 : firstSample(m_frames - 1) + frameLength();
+    const std::uint64_t used = m_frames == 0 ? 0 : firstSample(m_frames - 1) + m_plan.frameLength();
     if (samplesRead() > used) {
         ++m_skipped;
         m_report(QStringLiteral("the last %1 samples do not fill a spectrum (%2 samples) and are left out")
                      .arg(samplesRead() - used)
-                     .arg(frameLength()));
+                     .arg(m_plan.frameLength()));
     }
     // Whoever stops the run may well do so in the middle of a sample.
     if (m_segments.bytesLeftOver() > 0 && !System::StopSignal::requested()) {
@@ -82,12 +92,7 @@ void FrameReader::reportEnd()
 
 std::uint64_t FrameReader::firstSample(std::uint64_t frame) const
 {
-    return frame * m_average * m_advance;
-}
-
-std::uint64_t FrameReader::frameLength() const
-{
-    return (m_average - 1) * m_advance + m_fftSize;
+    return frame * m_plan.average * m_plan.advance;
 }
 
 }  // namespace RecStation

@@ -1,5 +1,5 @@
 // Windows, the FFT, and the averaging of power channel by channel.
-#include "sources/iq/spectrum.h"
+#include "iqspectra/spectrum.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,5 @@
 // Names and suffixes of sample formats, and the decoding of bytes to complex samples.
-#include "sources/iq/sampleformat.h"
+#include "iqspectra/sampleformat.h"
 
 #include <algorithm>
 #include <array>
@@ -16,20 +16,28 @@ struct Alias {
     SampleFormat format;
 };
 
-constexpr std::array<Alias, 5> Names{{{"cu8", SampleFormat::UnsignedByte},
-                                      {"ci16_le", SampleFormat::SignedShortLe},
-                                      {"ci16", SampleFormat::SignedShortLe},
-                                      {"cf32_le", SampleFormat::FloatLe},
-                                      {"cf32", SampleFormat::FloatLe}}};
+constexpr std::array<Alias, 10> Names{{{"cu8", SampleFormat::UnsignedByte},
+                                       {"ci8", SampleFormat::SignedByte},
+                                       {"cs8", SampleFormat::SignedByte},
+                                       {"cs16", SampleFormat::SignedShortLe},
+                                       {"cs16_le", SampleFormat::SignedShortLe},
+                                       {"fc32", SampleFormat::FloatLe},
+                                       {"ci16_le", SampleFormat::SignedShortLe},
+                                       {"ci16", SampleFormat::SignedShortLe},
+                                       {"cf32_le", SampleFormat::FloatLe},
+                                       {"cf32", SampleFormat::FloatLe}}};
 
-constexpr std::array<Alias, 8> Suffixes{{{".cu8", SampleFormat::UnsignedByte},
-                                         {".ci16", SampleFormat::SignedShortLe},
-                                         {".cs16", SampleFormat::SignedShortLe},
-                                         {".sc16", SampleFormat::SignedShortLe},
-                                         {".cf32", SampleFormat::FloatLe},
-                                         {".fc32", SampleFormat::FloatLe},
-                                         {".cfile", SampleFormat::FloatLe},
-                                         {".fc32le", SampleFormat::FloatLe}}};
+constexpr std::array<Alias, 11> Suffixes{{{".cu8", SampleFormat::UnsignedByte},
+                                          {".ci8", SampleFormat::SignedByte},
+                                          {".cs8", SampleFormat::SignedByte},
+                                          {".sc8", SampleFormat::SignedByte},
+                                          {".ci16", SampleFormat::SignedShortLe},
+                                          {".cs16", SampleFormat::SignedShortLe},
+                                          {".sc16", SampleFormat::SignedShortLe},
+                                          {".cf32", SampleFormat::FloatLe},
+                                          {".fc32", SampleFormat::FloatLe},
+                                          {".cfile", SampleFormat::FloatLe},
+                                          {".fc32le", SampleFormat::FloatLe}}};
 
 template <std::size_t N>
 std::optional<SampleFormat> find(const std::array<Alias, N>& table, std::string_view name)
@@ -47,6 +55,11 @@ std::uint32_t byteAt(std::span<const char> bytes, std::size_t index)
 double unsignedByte(std::span<const char> bytes)
 {
     return (byteAt(bytes, 0) - 127.5) / 127.5;
+}
+
+double signedByte(std::span<const char> bytes)
+{
+    return static_cast<std::int8_t>(byteAt(bytes, 0)) / 128.0;
 }
 
 double signedShort(std::span<const char> bytes)
@@ -89,6 +102,8 @@ const char* sampleFormatName(SampleFormat format)
     switch (format) {
         case SampleFormat::UnsignedByte:
             return "cu8";
+        case SampleFormat::SignedByte:
+            return "ci8";
         case SampleFormat::SignedShortLe:
             return "ci16_le";
         case SampleFormat::FloatLe:
@@ -101,6 +116,7 @@ std::size_t sampleBytes(SampleFormat format)
 {
     switch (format) {
         case SampleFormat::UnsignedByte:
+        case SampleFormat::SignedByte:
             return 2;
         case SampleFormat::SignedShortLe:
             return 4;
@@ -115,6 +131,9 @@ void decodeSamples(SampleFormat format, std::span<const char> bytes, std::span<s
     switch (format) {
         case SampleFormat::UnsignedByte:
             decode<1>(bytes, out, unsignedByte);
+            break;
+        case SampleFormat::SignedByte:
+            decode<1>(bytes, out, signedByte);
             break;
         case SampleFormat::SignedShortLe:
             decode<2>(bytes, out, signedShort);

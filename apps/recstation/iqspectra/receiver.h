@@ -1,0 +1,67 @@
+// A receiver that hands over IQ samples while it runs, and the source that makes spectra of them. Linux only.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <QString>
+
+#include "iqspectra/sampleformat.h"
+#include "iqspectra/spectrumplan.h"
+#include "live/connection.h"
+#include "sources/offeredsource.h"
+
+namespace RecStation {
+
+/// What the command line says of any receiver.
+struct ReceiverOptions : SpectrumOptions {
+    double rateHz = 0;                   ///< samples a second, above 0
+    std::optional<double> centreHz;      ///< to be tuned to; one of the two must be there
+    std::vector<double> hopHz;           ///< centres that are tuned to in turn, for one panorama of all
+    std::optional<double> dwellSeconds;  ///< for each of them, without what is discarded after tuning
+    std::optional<double> gainDb;        ///< nothing: the receiver's own control
+};
+
+/// The receiver of a source, used in the source's own thread only. Sources with peers have ways to fail
+/// (ConnectionError) and to be ended (Stopped), see live/connection.h.
+class IqReceiver {
+public:
+    IqReceiver() = default;
+    IqReceiver(const IqReceiver&) = delete;
+    IqReceiver& operator=(const IqReceiver&) = delete;
+    virtual ~IqReceiver() = default;
+
+    [[nodiscard]] virtual SampleFormat format() const = 0;
+    /// Reaches the receiver, sets rate and gain, and lets samples flow. @throws ConnectionError, Stopped
+    virtual void open(const ReceiverOptions& options) = 0;
+    virtual void close() noexcept = 0;
+    /// @return how many of the samples that are read next may still be of the frequency before
+    virtual std::uint64_t tune(double centreHz) = 0;
+    /// Waits for samples and takes at most so many bytes, not always whole samples. 0: samples are missing here, they
+    /// were lost and counted. @throws ConnectionError, also when none come for long, Stopped
+    virtual std::size_t read(char* buffer, std::size_t size) = 0;
+    /// How often samples were lost so far, over all connections.
+    [[nodiscard]] virtual std::uint64_t overruns() const = 0;
+};
+
+/// How the receiver is named.
+struct ReceiverDevice {
+    const char* source;  ///< "rtltcp"
+    std::string peer;    ///< how messages name it: "127.0.0.1:1234"
+    QString name;        ///< Adm/DRIVERNAME
+    QString type;        ///< Adm/DEVICE_TYPE
+};
+
+/// Publishes what the source "iq" does. Without --hop: spectra of the band around the centre. With it: one panorama
+/// (Scn/RfSpectrum) of all bands, of which each spectrum sets the channels of its band when it was measured; where
+/// bands overlap, the part nearer to its centre counts, and between bands that do not join there are no channels.
+/// @throws UsageError when the options do not go together
+[[nodiscard]] std::unique_ptr<Source> makeReceiverSource(const ReceiverDevice& device, const ReceiverOptions& options,
+                                                         std::unique_ptr<IqReceiver> receiver, const SourceRun& run);
+
+}  // namespace RecStation

@@ -1,0 +1,42 @@
+// How samples become spectra: what may be asked for, and what it comes to at a sample rate.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "iqspectra/spectrum.h"
+
+namespace RecStation {
+
+constexpr std::size_t SmallestFft = 16;
+constexpr std::size_t LargestFft = 1'048'576;
+constexpr std::size_t LargestAverage = 1'000'000;
+constexpr double LargestOverlapPercent = 95;
+
+/// What the command line says.
+struct SpectrumOptions {
+    std::size_t fftSize = 1024;      ///< channels of a spectrum, even, 16 to 1,048,576
+    std::string window = "flattop";  ///< flattop, hann or blackman-harris
+    double overlapPercent = 0;       ///< overlap of consecutive FFTs, 0 to 95
+    std::size_t average = 0;         ///< FFTs averaged (in power) to one spectrum; 0: as many as last 4 ms
+    std::string spectrum = "rf";     ///< rf: a panorama scan's spectrum; if: a fixed frequency's IF spectrum
+};
+
+struct SpectrumPlan {
+    std::size_t fftSize = 0;
+    Window window = Window::FlatTop;
+    std::size_t advance = 0;  ///< samples from one FFT to the next
+    std::size_t average = 0;  ///< FFTs of a spectrum
+    bool ifSpectrum = false;
+
+    [[nodiscard]] std::size_t frameLength() const { return (average - 1) * advance + fftSize; }  ///< samples
+};
+
+/// As many FFTs as last so long, at least one.
+[[nodiscard]] std::size_t averageOver(double seconds, double rateHz, std::size_t advance);
+
+/// @param rateHz samples a second, above 0
+/// @throws std::runtime_error for options that are wrong, without the source's name
+[[nodiscard]] SpectrumPlan makeSpectrumPlan(const SpectrumOptions& options, double rateHz);
+
+}  // namespace RecStation
