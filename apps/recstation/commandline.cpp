@@ -1,16 +1,16 @@
-// The options of a run, and the sources that were chosen.
+// The options of a run, from the command line and a station's file, and the sources that were chosen.
 #include "commandline.h"
 
 #include <algorithm>
 #include <iostream>
 #include <iterator>
 
-#include <QString>
-
-#include <CLI/CLI.hpp>
+#include <QFile>
 
 #include <terminaltext/optionvalues.h>
 
+#include "commandtree.h"
+#include "filedoptions.h"
 #include "sources/registry.h"
 #include "wrongarguments.h"
 
@@ -24,7 +24,8 @@ using TerminalText::parseSeconds;
 namespace {
 
 constexpr auto MainExamples = R"(
-Sources run together when several are named; without one the simulator runs.
+Sources run together when several are named; without one the simulator runs. A station's file names sources, options and
+recorders, so that one word starts all of it; what the command line says counts before what the file says.
 
 Examples:
   recstation -o recordings                          three simulated minutes, as fast as possible
@@ -36,7 +37,9 @@ Examples:
   recstation -o recordings bearings log.csv         a direction finder's log
   recstation -o recordings sweep night.csv          spectra as rtl_power and hackrf_sweep write them
   recstation -o recordings sweep night.csv nmea drive.log    the same with positions, merged by time
-  recstation --config station.toml --record receiver sim --seed 7
+  recstation -o recordings --view iq capture.cu8 --rate 2M --centre 1090M --print-config >station.toml
+  recstation station.toml                           the same run again
+  recstation station.toml --record receiver sim --seed 7    its recorders with another source
   receiver-driver | recstation -o recordings --journal power feed     outlives a power cut
   recstation -o recordings --no-recover sim         unfinished recordings there stay as they are
   recstation -o night --make-output --split-on-gap nmea drives.log   every drive in a recording of its own
@@ -76,6 +79,20 @@ CLI::Validator aName()
     return acceptedIf([](const std::string& text) { return !text.empty(); }, "a name");
 }
 
+void addFileOptions(CLI::App& app, Options& options)
+{
+    CLI::Option* config = app.add_option("--config", options.file.path,
+                                         "TOML file with sources, options and one table per recorder (default: built "
+                                         "in)")
+                              ->type_name("FILE")
+                              ->check(aName());
+    app.add_option("STATION", options.file.path, "The same, where its name ends with .toml")
+        ->check(acceptedIf([](const std::string& text) { return text.ends_with(".toml"); }, "a name such as x.toml"))
+        ->excludes(config);
+    app.add_flag("--print-config", options.printConfig,
+                 "Record nothing, but write the station's file that means the same as this command line");
+}
+
 void addCommonOptions(CLI::App& app, Options& options)
 {
     app.add_option("-o,--output", options.output, "Directory for the recordings (default: as configured)")
@@ -83,10 +100,7 @@ void addCommonOptions(CLI::App& app, Options& options)
         ->check(aName());
     app.add_flag("--make-output", options.makeOutput, "Make that directory where it does not exist")
         ->needs(app.get_option("--output"));
-    CLI::Option* config =
-        app.add_option("--config", options.config, "TOML file with one table per recorder (default: built in)")
-            ->type_name("FILE")
-            ->check(aName());
+    addFileOptions(app, options);
     app.add_option("--plugin", options.plugin, "Recorder plug-in (default: the one beside this program)")
         ->type_name("FILE")
         ->check(aName());
@@ -112,11 +126,10 @@ void addCommonOptions(CLI::App& app, Options& options)
     app.add_option(
            "--journal", options.journal,
            "What a recording outlives: process: the end of this program, however it ends; power: that of the "
-           "computer too, but for the last second; off: nothing. With --config, the key Journal of a recorder's "
-           "table says it (default: process)")
+           "computer too, but for the last second; off: nothing (default: process, or the key Journal of a recorder's "
+           "table)")
         ->type_name("KIND")
-        ->check(TerminalText::oneOf({"process", "power", "off"}))
-        ->excludes(config);
+        ->check(TerminalText::oneOf({"process", "power", "off"}));
     app.add_flag_callback(
         "--no-recover", [&options] { options.recover = false; },
         "Leave recordings alone that earlier runs left unfinished in the directory");
@@ -125,57 +138,173 @@ void addCommonOptions(CLI::App& app, Options& options)
     app.add_flag("--trace", options.trace, "Show the recorder's own traces");
 }
 
+// Every option first learns how its value was given.
+void noteTexts(CLI::App& app, GivenTexts& texts)
+{
+    for (CLI::Option* option : app.get_options([](const CLI::Option*) { return true; })) {
+        if (option->get_name(true) != "STATION") {  // which the parser tries several words for
+            option->transform(CLI::Validator(
+                [&texts, option](std::string& text) {
+                    texts[option].push_back(text);
+                    return std::string();
+                },
+                ""));
+        }
+    }
+}
+
 CommandLine refused(const std::string& why)
 {
     std::cerr << "recstation: " << why << "\nrecstation --help tells more.\n";
     return {std::nullopt, ExitCode::Usage};
 }
 
-// Nothing when there is something to run.
-std::optional<CommandLine> parsedTo(CLI::App& app, const std::vector<std::string>& arguments)
+/// What a first look at the command line gave.
+struct Parsed {
+    std::optional<CommandLine> ended;  ///< nothing when there is something to run
+    std::string lacking;               ///< what a station's file may still give; else empty
+};
+
+Parsed parsedTo(CLI::App& app, const std::vector<std::string>& arguments)
 {
     try {
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::Success& success) {  // help was asked for
         app.exit(success);
-        return CommandLine{std::nullopt, ExitCode::Success};
+        return {CommandLine{std::nullopt, ExitCode::Success}, {}};
+    } catch (const CLI::RequiresError& error) {  // one option needs another
+        return {std::nullopt, error.what()};
     } catch (const CLI::ParseError& error) {
-        return refused(whatIsWrong(app, error, arguments));
+        return {refused(whatIsWrong(app, error, arguments)), {}};
     }
     const std::string twice = namedTwice(app);
-    return twice.empty() ? std::nullopt : std::optional(refused(twice));
+    return {twice.empty() ? std::nullopt : std::optional(refused(twice)), {}};
+}
+
+// Nothing where it cannot be read: whoever loads the recorders tells why.
+std::optional<std::string> contentOf(const std::string& path)
+{
+    QFile file(QString::fromStdString(path));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return std::nullopt;
+    }
+    return file.readAll().toStdString();
+}
+
+void takeSources(CommandTree& tree)
+{
+    Options& options = tree.options;
+    if (const auto seconds = parseSeconds(options.splitOnGap)) {
+        options.splitGapUs = static_cast<unsigned long long>(*seconds * 1e6);
+    }
+    std::copy_if(tree.offered.begin(), tree.offered.end(), std::back_inserter(options.sources),
+                 [&tree](const auto& source) { return tree.app.got_subcommand(source->traits().name); });
+    if (options.sources.empty()) {
+        options.sources.push_back(tree.offered.front());
+    }
+    std::sort(options.sources.begin(), options.sources.end(),
+              [](const auto& a, const auto& b) { return a->traits().turn < b->traits().turn; });
+}
+
+// Which recorders the file and the option of the journal make.
+void takeRecorders(const StationFile& file, bool journalGiven, Options& options)
+{
+    options.file.content = file.text;
+    options.file.lines = file.lines;
+    options.file.hasArchive = file.hasArchive;
+    options.file.builtIn = !file.hasRecorders && file.startsSources;
+    if (!options.file.builtIn && !options.journal.empty()) {
+        options.file.tables = otherTables(file.text, journalGiven ? options.journal : std::string(), options.journal);
+    }
+}
+
+std::string recordersText(const Options& options)
+{
+    std::string tables = options.file.tables;
+    if (tables.empty() && options.file.content) {
+        tables = otherTables(*options.file.content, {}, {});
+    }
+    return options.file.path.empty() || options.file.builtIn
+               ? builtInRecorders(options.journal).toStdString() + '\n' + tables
+               : tables;
+}
+
+CommandLine finished(CommandTree& tree)
+{
+    takeSources(tree);
+    if (!tree.options.printConfig || !tree.options.file.problem.empty()) {
+        return {tree.options, ExitCode::Success};
+    }
+    std::cout << stationFileText(tree, recordersText(tree.options)) << std::flush;
+    return {std::nullopt, std::cout ? ExitCode::Success : ExitCode::CannotRun};
+}
+
+bool namesSources(const CommandTree& tree)
+{
+    return std::any_of(tree.offered.begin(), tree.offered.end(),
+                       [&tree](const auto& source) { return tree.app.got_subcommand(source->traits().name); });
+}
+
+/// Parses again, with the file's options in the place of those that were not given.
+CommandLine withFile(const StationFile& file, const CommandTree& given, std::vector<std::string> arguments)
+{
+    CommandTree tree;
+    applyStation(file, given.app, tree);
+    if (!namesSources(given)) {
+        const std::vector<std::string> names = applySources(file, tree);
+        arguments.insert(arguments.end(), names.begin(), names.end());
+    }
+    try {
+        tree.app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    } catch (const CLI::ParseError& error) {
+        const std::string sentence = whatIsWrong(tree.app, error, arguments);
+        throw StationFileError(file.at(lineMeant(file, sentence)) + sentence);
+    }
+    takeRecorders(file, given.app.get_option("--journal")->count() > 0, tree.options);
+    return finished(tree);
 }
 
 }  // namespace
 
-CommandLine parseCommandLine(const std::vector<std::string>& arguments)
+CommandTree::CommandTree()
+    : app("Records a receiver through the recorder plug-in.", "recstation"), offered(offeredSources())
 {
-    Options options;
-    CLI::App app("Records a receiver through the recorder plug-in.", "recstation");
     app.footer(MainExamples);
     app.allow_windows_style_options(false);  // the same arguments everywhere, paths that begin with "/" among them
     app.set_version_flag("--version", "recstation " RECSTATION_VERSION);
     app.fallthrough();
     app.require_subcommand(0, 0);
     addCommonOptions(app, options);
-    const std::vector<std::shared_ptr<OfferedSource>> offered = offeredSources();
     for (const auto& source : offered) {
-        source->addOptions(*app.add_subcommand(source->traits().name, source->traits().description));
+        CLI::App& command = *app.add_subcommand(source->traits().name, source->traits().description);
+        source->addOptions(command);
+        noteTexts(command, texts);
     }
-    if (const auto ended = parsedTo(app, arguments)) {
-        return *ended;
+    app.validate_positionals();  // of the program's own, and not of the sources
+    noteTexts(app, texts);
+}
+
+CommandLine parseCommandLine(const std::vector<std::string>& arguments)
+{
+    CommandTree tree;
+    const Parsed parsed = parsedTo(tree.app, arguments);
+    if (parsed.ended) {
+        return *parsed.ended;
     }
-    if (const auto seconds = parseSeconds(options.splitOnGap)) {
-        options.splitGapUs = static_cast<unsigned long long>(*seconds * 1e6);
+    const auto content = tree.options.file.path.empty() ? std::nullopt : contentOf(tree.options.file.path);
+    try {
+        if (content) {
+            const StationFile file = readStationFile(tree.options.file.path, *content);
+            if (file.startsSources) {
+                return withFile(file, tree, arguments);
+            }
+            takeRecorders(file, true, tree.options);
+        }
+    } catch (const StationFileError& error) {
+        tree.options.file.problem = error.what();
+        return finished(tree);
     }
-    std::copy_if(offered.begin(), offered.end(), std::back_inserter(options.sources),
-                 [&app](const auto& source) { return app.got_subcommand(source->traits().name); });
-    if (options.sources.empty()) {
-        options.sources.push_back(offered.front());
-    }
-    std::sort(options.sources.begin(), options.sources.end(),
-              [](const auto& a, const auto& b) { return a->traits().turn < b->traits().turn; });
-    return {options, ExitCode::Success};
+    return parsed.lacking.empty() ? finished(tree) : refused(parsed.lacking);
 }
 
 }  // namespace RecStation

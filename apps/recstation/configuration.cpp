@@ -1,11 +1,17 @@
 // Reading recorder instances from TOML, and refusing what the recorder would only trace.
 #include "configuration.h"
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <stdexcept>
 
+#include <QDir>
+
 #include <startup/cfgcenter.h>
+#include <terminaltext/nearestword.h>
+
+#include "tomlstring.h"
 
 namespace RecStation {
 
@@ -14,6 +20,7 @@ namespace {
 constexpr auto View = CfgCenter::View::Instance;
 
 const QString ArchiveTable = QStringLiteral("archive");
+const QString StationTableName = QStringLiteral("station");
 
 constexpr std::array KnownKeys = {"ValuePath",     "StatusValuePath",        "RecordingPath", "RecFileNameFormat83",
                                   "MaxFileLength", "FileExpandingSize",      "Values",        "DiskExpandingSize",
@@ -29,20 +36,23 @@ bool isKnown(const QString& key)
     return false;
 }
 
-QString tomlString(const QString& text)
-{
-    QString quoted = QStringLiteral("\"");
-    for (const QChar c : text) {
-        if (c == QLatin1Char('"') || c == QLatin1Char('\\')) {
-            quoted += QLatin1Char('\\');
-            quoted += c;
-        } else if (c < QLatin1Char(' ') || c == QChar(0x7F)) {
-            quoted += QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0'));
-        } else {
-            quoted += c;
-        }
+// Where a key stands, as messages begin; with nothing known of lines, its file.
+struct Place {
+    const QString& fileName;
+    const KeyLines& lines;
+
+    [[nodiscard]] QString of(const QString& recorder, const QString& key) const
+    {
+        const auto found = lines.find((recorder + '.' + key).toStdString());
+        return fileName + (found == lines.end() ? QString() : ':' + QString::number(found->second)) +
+               QStringLiteral(": ");
     }
-    return quoted + QLatin1Char('"');
+};
+
+QString meantKey(const QString& key)
+{
+    const auto near = TerminalText::nearestWord(key.toStdString(), {KnownKeys.begin(), KnownKeys.end()});
+    return near ? QStringLiteral(": did you mean %1?").arg(QString::fromStdString(*near)) : QString();
 }
 
 // The recorder falls back in the same way, oddities included.
@@ -74,20 +84,21 @@ void checkTypesOfOtherKeys(const ICfg& cfg)
 }
 
 // The recorder would keep a journal of its own choice, and only trace it.
-void refuseOtherJournals(const ICfg& cfg, const QString& name)
+void refuseOtherJournals(const ICfg& cfg, const QString& name, const Place& place)
 {
     const QString journal = cfg.ReadString(QStringLiteral("Journal"), QStringLiteral("process"));
     if (journal != QLatin1String("process") && journal != QLatin1String("power") && journal != QLatin1String("off")) {
         throw std::runtime_error(
-            QStringLiteral(
-                "key \"Journal\" of recorder \"%1\": expected \"process\", \"power\" or \"off\", found \"%2\"")
-                .arg(name, journal)
+            (place.of(name, QStringLiteral("Journal")) +
+             QStringLiteral(
+                 "key \"Journal\" of recorder \"%1\": expected \"process\", \"power\" or \"off\", found \"%2\"")
+                 .arg(name, journal))
                 .toStdString());
     }
 }
 
 // The same with permissions.
-void refuseOtherFileModes(const ICfg& cfg, const QString& name)
+void refuseOtherFileModes(const ICfg& cfg, const QString& name, const Place& place)
 {
     constexpr int Octal = 8;
     constexpr unsigned Everything = 0777;
@@ -97,14 +108,15 @@ void refuseOtherFileModes(const ICfg& cfg, const QString& name)
     const unsigned mode = text.toUInt(&sound, Octal);
     if (!sound || mode > Everything || (mode & OwnerReadsAndWrites) != OwnerReadsAndWrites) {
         throw std::runtime_error(
-            QStringLiteral("key \"FileMode\" of recorder \"%1\": expected permissions in octal with which the owner "
-                           "reads and writes, such as \"0640\", found \"%2\"")
-                .arg(name, text)
+            (place.of(name, QStringLiteral("FileMode")) +
+             QStringLiteral("key \"FileMode\" of recorder \"%1\": expected permissions in octal with which the owner "
+                            "reads and writes, such as \"0640\", found \"%2\"")
+                 .arg(name, text))
                 .toStdString());
     }
 }
 
-Instance readInstance(const QString& name, QStringList& warnings)
+Instance readInstance(const QString& name, QStringList& warnings, const Place& place)
 {
     const std::unique_ptr<ICfg> cfg(CfgCenter::CreateCfg(name, View, QString()));
     Instance instance;
@@ -114,12 +126,14 @@ Instance readInstance(const QString& name, QStringList& warnings)
     instance.recordingPath = cfg->ReadString(QStringLiteral("RecordingPath"), QString());
     instance.directionFinding = cfg->ReadBoolean(QStringLiteral("RecordDF"), false);
     checkTypesOfOtherKeys(*cfg);
-    refuseOtherJournals(*cfg, name);
-    refuseOtherFileModes(*cfg, name);
+    refuseOtherJournals(*cfg, name, place);
+    refuseOtherFileModes(*cfg, name, place);
     for (std::int32_t i = 0; !cfg->KeyName(i).isEmpty(); ++i) {
-        if (!isKnown(cfg->KeyName(i))) {
+        const QString key = cfg->KeyName(i);
+        if (!isKnown(key)) {
             warnings +=
-                QStringLiteral("key \"%1\" of recorder \"%2\" means nothing and is ignored").arg(cfg->KeyName(i), name);
+                place.of(name, key) + QStringLiteral("key \"%1\" of recorder \"%2\" means nothing and is ignored%3")
+                                          .arg(key, name, meantKey(key));
         }
     }
     applyFallbacks(instance);
@@ -140,14 +154,14 @@ void refuseSharedPath(const Instance& one, const Instance& other, QString Instan
     throw std::runtime_error(sentence.toStdString());
 }
 
-Configuration check(const QString& fileName)
+Configuration check(const QString& fileName, const KeyLines& lines = {})
 {
     Configuration configuration;
     for (const QString& name : CfgCenter::InstanceNames()) {
         if (name == ArchiveTable) {
             configuration.archiveFile = fileName;
-        } else {
-            configuration.instances.push_back(readInstance(name, configuration.warnings));
+        } else if (name != StationTableName) {
+            configuration.instances.push_back(readInstance(name, configuration.warnings, {fileName, lines}));
         }
     }
     if (configuration.instances.empty()) {
@@ -183,7 +197,14 @@ QString defaultConfigurationText(const QString& recordingPath, const QString& jo
                "RecordingPath = %1\n"
                "Journal = %2\n"
                "RecordDF = true\n")
-        .arg(tomlString(recordingPath), tomlString(journal));
+        .arg(QString::fromStdString(tomlString(recordingPath.toStdString())),
+             QString::fromStdString(tomlString(journal.toStdString())));
+}
+
+QString builtInRecorders(const std::string& journal)
+{
+    return defaultConfigurationText(QDir::currentPath(),
+                                    journal.empty() ? QStringLiteral("process") : QString::fromStdString(journal));
 }
 
 Configuration loadConfigurationFile(const QString& path)
@@ -192,10 +213,10 @@ Configuration loadConfigurationFile(const QString& path)
     return check(path);
 }
 
-Configuration loadConfigurationText(const QString& text, const QString& fileName)
+Configuration loadConfigurationText(const QString& text, const QString& fileName, const KeyLines& lines)
 {
     CfgCenter::LoadText(text, fileName);
-    return check(fileName);
+    return check(fileName, lines);
 }
 
 const Instance& receiverOf(const Configuration& configuration)

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+#include "stationfile.h"
+
 namespace RecStation {
 
 /// One recorder instance as the plug-in will read it.
@@ -28,11 +30,17 @@ struct Configuration {
 [[nodiscard]] QString defaultConfigurationText(const QString& recordingPath,
                                                const QString& journal = QStringLiteral("process"));
 
+/// That for the current directory.
+/// @param journal empty: "process"
+[[nodiscard]] QString builtInRecorders(const std::string& journal);
+
 /// Loads the file into the configuration centre and checks every instance.
 /// @throws std::runtime_error with file, line and key where known
 [[nodiscard]] Configuration loadConfigurationFile(const QString& path);
 /// The same from text; fileName is used in messages only.
-[[nodiscard]] Configuration loadConfigurationText(const QString& text, const QString& fileName);
+/// @param lines of the keys, for warnings
+[[nodiscard]] Configuration loadConfigurationText(const QString& text, const QString& fileName,
+                                                  const KeyLines& lines = {});
 
 /// The instance that spectra belong to: the first that is no direction finder, else the first.
 [[nodiscard]] const Instance& receiverOf(const Configuration& configuration);

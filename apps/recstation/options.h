@@ -8,6 +8,7 @@
 
 #include "input/usageerror.h"
 #include "sources/offeredsource.h"
+#include "stationfile.h"
 
 namespace RecStation {
 
@@ -19,10 +20,22 @@ enum class ExitCode : std::uint8_t {
     Incomplete = 3,  ///< it ran, but input was bad or a file is not properly written
 };
 
+/// The file that a run was started with.
+struct GivenFile {
+    std::string path;                    ///< empty: none
+    std::optional<std::string> content;  ///< nothing where it cannot be read
+    std::string problem;                 ///< why its options cannot be used; else empty
+    std::string tables;                  ///< the recorders' tables where they are not those of the content
+    bool builtIn = false;                ///< it has no recorders, and needs none
+    bool hasArchive = false;
+    KeyLines lines;
+};
+
 /// All texts are UTF-8.
 struct Options {
-    std::string plugin;                  ///< empty: the one beside the program
-    std::string config;                  ///< empty: the built-in configuration
+    std::string plugin;  ///< empty: the one beside the program
+    GivenFile file;
+    bool printConfig = false;
     std::string output;                  ///< empty: as configured
     std::vector<std::string> recorders;  ///< to switch on; empty: those that suit the sources
     std::optional<double> speed;         ///< nothing: as fast as possible

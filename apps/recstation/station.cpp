@@ -20,13 +20,25 @@ namespace {
 
 Configuration loadConfiguration(const Options& options)
 {
-    if (!options.config.empty()) {
-        return loadConfigurationFile(QString::fromStdString(options.config));
+    const GivenFile& file = options.file;
+    const QString path = QString::fromStdString(file.path);
+    if (!file.problem.empty()) {
+        throw std::runtime_error(file.problem);
     }
-    const QString journal =
-        options.journal.empty() ? QStringLiteral("process") : QString::fromStdString(options.journal);
-    return loadConfigurationText(defaultConfigurationText(QDir::currentPath(), journal),
-                                 QStringLiteral("the built-in configuration"));
+    if (file.path.empty() || file.builtIn) {
+        Configuration configuration =
+            loadConfigurationText(builtInRecorders(options.journal), QStringLiteral("the built-in configuration"));
+        configuration.archiveFile = file.hasArchive ? path : QString();
+        return configuration;
+    }
+    if (!file.content) {
+        return loadConfigurationFile(path);  // which tells why it cannot be read
+    }
+    Configuration configuration = loadConfigurationText(QString::fromStdString(*file.content), path, file.lines);
+    if (!file.tables.empty()) {  // now that all was checked where it stands
+        static_cast<void>(loadConfigurationText(QString::fromStdString(file.tables), path));
+    }
+    return configuration;
 }
 
 // Standard input has one reader.

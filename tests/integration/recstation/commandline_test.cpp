@@ -56,7 +56,7 @@ TEST(CommandLine, ANamedSourceRunsAloneAndItsOptionsAreRead)
     EXPECT_TRUE(of<FeedOptions>(parse({"feed", "--strict"}))->strict);
 }
 
-TEST(CommandLine, TheJournalIsChosenUnlessAConfigurationDoesIt)
+TEST(CommandLine, TheJournalIsChosen)
 {
     EXPECT_EQ(parse({}).journal, "");
     for (const char* journal : {"process", "power", "off"}) {
