@@ -12,6 +12,7 @@
 #include <values/tree.h>
 #include <values/value.h>
 
+#include "sources/nmea/nmealog.h"
 #include "sources/nmea/nmeasource.h"
 
 namespace RecStation {
@@ -90,6 +91,61 @@ TEST_F(NmeaSourceTest, ManySentencesOfOneTimeDoNotWaitForever)
     EXPECT_TRUE(
         std::is_sorted(steps.begin(), steps.end(), [](const auto& a, const auto& b) { return a.first < b.first; }));
     EXPECT_EQ(steps.back().first, eight + 60 * oneSecond);
+}
+
+// Lines that arrive live, each at a time in milliseconds that the test sets.
+class NmeaArrival : public testing::Test {
+protected:
+    using Lines = std::vector<std::pair<long long, std::string>>;
+
+    std::vector<std::pair<unsigned long long, double>> headings(const Lines& lines)
+    {
+        QFile file(m_directory.filePath(QStringLiteral("live")));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        for (const auto& [time, line] : lines) {
+            file.write(QByteArray::fromStdString(line));
+        }
+        file.close();
+        NmeaOptions options;
+        options.file = file.fileName().toStdString();
+        std::size_t read = 0;
+        NmeaLog log(
+            options, [this](const QString& sentence) { m_reports.push_back(sentence.toStdString()); },
+            [&] { return 1000 * lines.at(read++).first; });
+        std::vector<std::pair<unsigned long long, double>> out;
+        while (const auto fix = log.next()) {
+            if (fix->fix.headingDeg) {
+                out.emplace_back(fix->time / 1000, *fix->fix.headingDeg);
+            }
+        }
+        return out;
+    }
+
+    QTemporaryDir m_directory;
+    std::vector<std::string> m_reports;
+};
+
+TEST_F(NmeaArrival, WithoutADateForTenSecondsEverySentenceHasTheTimeOfItsArrival)
+{
+    const std::string undated = "$GPGGA,080001,5230.0000,N,01330.0000,E,1,12,0.60,31.5,M,46.8,M,,\n";
+    EXPECT_THAT(
+        headings(
+            {{500'000, hdt(1)}, {501'000, undated}, {510'500, hdt(2)}, {510'600, rmc("080011")}, {509'000, hdt(3)}}),
+        testing::ElementsAre(Pair(500'000, 1), Pair(510'500, 2), Pair(510'600, 3)));
+    EXPECT_THAT(m_reports.front(), testing::HasSubstr("tells no date: times are those of arrival"));
+}
+
+TEST_F(NmeaArrival, ADateWithinTenSecondsGivesEverySentenceItsTime)
+{
+    EXPECT_THAT(headings({{500'000, hdt(1)}, {509'900, rmc("080000")}, {509'950, hdt(2)}}),
+                testing::ElementsAre(Pair(eight / 1000, 1), Pair(eight / 1000, 2)));
+    EXPECT_THAT(m_reports, testing::IsEmpty());
+}
+
+TEST_F(NmeaArrival, ADeviceThatEndsBeforeThatIsNotLost)
+{
+    EXPECT_THAT(headings({{500'000, hdt(1)}, {500'100, hdt(2)}}),
+                testing::ElementsAre(Pair(500'000, 1), Pair(500'100, 2)));
 }
 
 TEST_F(NmeaSourceTest, HostileInputIsBadAndHarmless)

@@ -2,15 +2,18 @@
 #include "sources/nmea/nmealog.h"
 
 #include <algorithm>
+#include <chrono>
 #include <stdexcept>
 #include <utility>
 
 #include <QDate>
 #include <QDateTime>
+#include <QFileInfo>
 
 #include <system/stopsignal.h>
 
 #include "input/logtime.h"
+#include "sources/nmea/nmeafields.h"
 
 namespace RecStation {
 
@@ -18,11 +21,20 @@ namespace {
 
 constexpr std::size_t LongestSentence = 4096;
 constexpr std::size_t MostWaiting = 10'000;
+constexpr long long LongestHeldUs = 10'000'000;
+constexpr auto ArrivalHelps = ": with --arrival its lines have the time at which they are read";
 constexpr long long EpochJulianDay = 2'440'588;
 
 long long today()
 {
     return QDateTime::currentDateTimeUtc().date().toJulianDay() - EpochJulianDay;
+}
+
+long long systemTime()
+{
+    using std::chrono::duration_cast;
+    using std::chrono::microseconds;
+    return duration_cast<microseconds>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
 std::string dayText(long long day)
@@ -44,16 +56,25 @@ std::optional<long long> parseDay(const std::string& text)
 
 }  // namespace
 
-NmeaLog::NmeaLog(const NmeaOptions& options, InputReport report)
+NmeaLog::NmeaLog(const NmeaOptions& options, InputReport report, ArrivalClock now)
     : m_options(options),
       m_bad("nmea", options.strict, std::move(report)),
       m_order("nmea", options.strict, options.splitGapUs),
       m_lines(openInput(options.file), LongestSentence),
-      m_clock(today(), options.fixWeekRollover)
+      m_clock(today(), options.fixWeekRollover),
+      m_live(now || isLive(options.file)),
+      m_now(now ? std::move(now) : systemTime),
+      m_byArrival(options.arrival),
+      m_variation(options.variationDeg)
 {
     if (const auto day = parseDay(options.date)) {
         m_clock.start(*day);
     }
+}
+
+bool NmeaLog::isLive(const std::string& file)
+{
+    return file == "-" || !QFileInfo(QString::fromStdString(file)).isFile();
 }
 
 std::optional<TimedFix> NmeaLog::next()
@@ -74,6 +95,9 @@ std::optional<TimedFix> NmeaLog::nextUnfinished()
 {
     m_bad.finish();
     m_order.finish(m_bad);
+    if (m_live && !m_held.empty()) {
+        goByArrival();
+    }
     if (m_time) {
         releaseGroup();
     }
@@ -116,9 +140,10 @@ void NmeaLog::take(LineReader::Result result)
         ++m_skipped;
         return;
     }
-    const auto message = readNmeaMessage(*sentence);
+    auto message = readNmeaMessage(*sentence);
     if (message) {
         requireChecksum(*sentence);
+        completeHeading(*message);
     }
     if (!message || message->fix.empty()) {
         ++m_skipped;
@@ -138,29 +163,67 @@ void NmeaLog::requireChecksum(const NmeaSentence& sentence)
     }
 }
 
+// A true heading, however it is told, leaves compasses out: the two never take turns.
+void NmeaLog::completeHeading(NmeaMessage& message)
+{
+    if (message.variationDeg && !m_options.variationDeg) {
+        m_variation = message.variationDeg;
+    }
+    if (message.fix.headingDeg) {
+        m_trueHeading = true;
+    } else if (message.magneticDeg && m_variation && !m_trueHeading) {
+        message.fix.headingDeg = NmeaFields::wrapped(*message.magneticDeg + *m_variation);
+    }
+}
+
 void NmeaLog::accept(const NmeaMessage& message)
 {
     if (message.fix.empty() && !message.timeOfDay) {
         return;
     }
-    NmeaMessage dated = message;
-    dated.day = message.day && m_options.date.empty() ? std::optional(m_clock.corrected(*message.day)) : std::nullopt;
-    if (!m_clock.started()) {
-        holdUntilDate(dated);
+    Entry entry{m_lines.number(), message, m_now()};
+    if (m_byArrival) {
+        giveAtArrival(entry);
+        return;
+    }
+    entry.message.day =
+        message.day && m_options.date.empty() ? std::optional(m_clock.corrected(*message.day)) : std::nullopt;
+    if (m_clock.started()) {
+        place(entry);
     } else {
-        place({m_lines.number(), dated});
+        holdUntilDate(entry);
     }
 }
 
-void NmeaLog::holdUntilDate(const NmeaMessage& message)
+void NmeaLog::holdUntilDate(const Entry& entry)
 {
-    m_held.push_back({m_lines.number(), message});
-    if (message.day && message.timeOfDay) {
+    m_held.push_back(entry);
+    if (entry.message.day && entry.message.timeOfDay) {
         releaseHeld();
+    } else if (m_live && (m_held.size() >= MostWaiting || entry.arrival - m_held.front().arrival >= LongestHeldUs)) {
+        goByArrival();
     } else if (m_held.size() >= MostWaiting) {
         throw std::runtime_error("nmea: the first " + std::to_string(MostWaiting) + " sentences of " +
                                  inputName(m_options.file) + " tell no date: name it with --date");
     }
+}
+
+void NmeaLog::goByArrival()
+{
+    m_bad.say(inputName(m_options.file) + " tells no date: times are those of arrival");
+    m_byArrival = true;
+    for (const Entry& entry : std::exchange(m_held, {})) {
+        giveAtArrival(entry);
+    }
+}
+
+void NmeaLog::giveAtArrival(const Entry& entry)
+{
+    if (entry.message.fix.empty()) {
+        return;
+    }
+    m_time = static_cast<long long>(m_order.take(static_cast<unsigned long long>(entry.arrival), entry.line));
+    m_ready.push_back({static_cast<unsigned long long>(*m_time), entry.message.fix});
 }
 
 // The date that came last is counted back to the first time of day.
@@ -195,7 +258,7 @@ void NmeaLog::place(const Entry& entry)
     if (m_group.size() >= MostWaiting) {
         if (!m_time) {
             throw std::runtime_error("nmea: the first " + std::to_string(MostWaiting) + " sentences of " +
-                                     inputName(m_options.file) + " tell no time");
+                                     inputName(m_options.file) + " tell no time" + ArrivalHelps);
         }
         releaseGroup();
     }
@@ -256,18 +319,31 @@ void NmeaLog::releaseGroup()
     m_group.clear();
 }
 
+// Says what is missing, and what helps.
+void NmeaLog::requireTime() const
+{
+    if (m_time) {
+        return;
+    }
+    const std::string input = "nmea: " + inputName(m_options.file);
+    if (std::any_of(m_held.begin(), m_held.end(), [](const Entry& entry) { return entry.message.timeOfDay; })) {
+        throw std::runtime_error(input + " tells no date: name it with --date");
+    }
+    if (!m_held.empty() || !m_group.empty()) {
+        throw std::runtime_error(input + " tells no time" + ArrivalHelps);
+    }
+    throw std::runtime_error(input + " tells no time and position (" + std::to_string(m_skipped) + " lines skipped, " +
+                             std::to_string(m_bad.count()) + " bad)");
+}
+
 void NmeaLog::endInput()
 {
     m_bad.finish();
     m_order.finish(m_bad);
-    const std::string counts =
-        " (" + std::to_string(m_skipped) + " lines skipped, " + std::to_string(m_bad.count()) + " bad)";
-    if (!m_clock.started() && !m_held.empty()) {
-        throw std::runtime_error("nmea: " + inputName(m_options.file) + " tells no date: name it with --date");
+    if (m_live && !m_held.empty()) {
+        goByArrival();
     }
-    if (!m_time) {
-        throw std::runtime_error("nmea: " + inputName(m_options.file) + " tells no time and position" + counts);
-    }
+    requireTime();
     releaseGroup();
     if (const auto day = m_clock.rolledBack()) {
         m_bad.say(m_options.fixWeekRollover

@@ -30,11 +30,20 @@ struct TimedFix {
 /// lies between theirs; after the last timed sentence it has its time, before the first one that one's. A sentence
 /// whose time is earlier than one before has the latest time so far. Gaps that part recordings: between them no line
 /// lies, and after one the time may be earlier.
+///
+/// What arrives live (the standard input, a pipe, a serial line) and tells no date for ten seconds has the times of its
+/// arrival from then on, and what was held those of its own.
 class NmeaLog {
 public:
+    using ArrivalClock = std::function<long long()>;  ///< microseconds since 1970 UTC
+
     /// Opens the input.
     /// @throws std::runtime_error for a wrong date, or when the input cannot be opened
-    NmeaLog(const NmeaOptions& options, InputReport report);
+    /// @param now when what arrives live does so; without it the system's time, and live is what is no file
+    NmeaLog(const NmeaOptions& options, InputReport report, ArrivalClock now = {});
+
+    /// Whether lines come as they are measured, and not out of a file.
+    [[nodiscard]] static bool isLive(const std::string& file);
 
     /// Nothing at the end and when the process is to stop.
     /// @throws std::runtime_error when there is no time or no date to be found
@@ -52,6 +61,7 @@ private:
     struct Entry {
         std::size_t line;
         NmeaMessage message;
+        long long arrival;
     };
     struct Waiting {
         std::size_t line;
@@ -63,14 +73,18 @@ private:
     bool readSentence();
     void take(LineReader::Result result);
     void requireChecksum(const NmeaSentence& sentence);
+    void completeHeading(NmeaMessage& message);
     void accept(const NmeaMessage& message);
-    void holdUntilDate(const NmeaMessage& message);
+    void holdUntilDate(const Entry& entry);
     void releaseHeld();
+    void goByArrival();
+    void giveAtArrival(const Entry& entry);
     void place(const Entry& entry);
     void closeGroup(std::size_t line, long long time);
     [[nodiscard]] bool isGap(long long time) const;
     void spreadUntimed(std::size_t line, long long time);
     void releaseGroup();
+    void requireTime() const;
     void endInput();
     std::optional<TimedFix> takeReady();
 
@@ -79,6 +93,11 @@ private:
     TimeOrder m_order;
     LineReader m_lines;
     NmeaClock m_clock;
+    bool m_live;
+    ArrivalClock m_now;
+    bool m_byArrival;
+    std::optional<double> m_variation;
+    bool m_trueHeading = false;       // was told; compasses do not count then
     std::vector<Entry> m_held;        // until a date is known
     std::vector<Waiting> m_group;     // of one time, until a later one is known
     std::optional<long long> m_time;  // the latest

@@ -26,6 +26,8 @@ struct NmeaFix {
 struct NmeaMessage {
     std::optional<long long> timeOfDay;  ///< microseconds since midnight UTC
     std::optional<long long> day;        ///< since 1970-01-01
+    std::optional<double> magneticDeg;   ///< heading by the compass, with its deviation
+    std::optional<double> variationDeg;  ///< what makes it a true one; east is positive
     NmeaFix fix;
 };
 

@@ -10,27 +10,39 @@
 namespace RecStation {
 
 using TerminalText::acceptedIf;
+using TerminalText::inUnit;
 
 namespace {
 
 constexpr auto NmeaExample = R"(
-Position, altitude, speed, heading, pitch and roll from GGA, RMC, VTG, HDT, HDG (with variation) and PASHR of any
-talker. Other sentences are skipped. Times are those of the sentences, dates those of RMC.
+Position, altitude, speed, heading, pitch and roll from GGA, GNS, GLL, RMC, VTG, HDT, THS, HDG and HDM (both with a
+variation), XDR and PASHR of any talker. Other sentences are skipped. Times are those of the sentences, dates those of
+RMC and ZDA; what arrives live without a date has the time of its arrival.
 
 Examples:
   recstation -o recordings nmea drive.log
   recstation -o recordings nmea compass.log --date 2026-11-21
+  recstation -o recordings nmea /dev/ttyUSB0 --arrival --variation -14.5
   recstation -o recordings sweep night.csv nmea drive.log --fix-week-rollover)";
 
 void addNmeaOptions(CLI::App& command, NmeaOptions& options)
 {
     command.footer(NmeaExample);
     addInputFile(command, options.file, "NMEA 0183 sentences; - is the standard input");
-    command.add_option("--date", options.date, "Day of the first time, as 2026-11-21; the dates in RMC do not count")
+    command
+        .add_option("--date", options.date,
+                    "Day of the first time, as 2026-11-21; the dates in RMC and ZDA do not count")
         ->type_name("DATE")
         ->check(acceptedIf(
             [](const std::string& text) { return LogDateFormat("yyyy-MM-dd").parse(text).value_or(-1) >= 0; },
             "a day from 1970 on such as 2026-11-21"));
+    command.add_flag("--arrival", options.arrival, "Times are those at which the lines are read, whatever they tell");
+    command
+        .add_option(
+            "--variation", options.variationDeg,
+            "Degrees from magnetic to true north, east positive, for HDM, and HDG that tells none (default: as in RMC)")
+        ->type_name("DEG")
+        ->transform(inUnit({"deg", "°"}, -180, 180));
     command.add_flag("--fix-week-rollover", options.fixWeekRollover,
                      "Add 1,024 weeks to dates that a receiver may have rolled back");
     addStrict(command, options.strict);

@@ -80,7 +80,7 @@ std::optional<unsigned long long> NmeaSource::unfinishedTime()
 
 std::optional<unsigned long long> NmeaSource::lastTime()
 {
-    if (m_options.file == "-") {
+    if (NmeaLog::isLive(m_options.file) || m_options.arrival) {
         return std::nullopt;
     }
     NmeaOptions options = m_options;

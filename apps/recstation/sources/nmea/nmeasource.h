@@ -14,10 +14,12 @@ namespace RecStation {
 
 /// What the command line says.
 struct NmeaOptions {
-    std::string file;              ///< UTF-8; "-" is standard input
-    std::string date;              ///< day of the first time, as 2026-11-21, instead of the dates in RMC
-    bool fixWeekRollover = false;  ///< add 1,024 weeks to dates that a receiver may have rolled back
-    bool strict = false;           ///< the first bad line ends the run
+    std::string file;                    ///< UTF-8; "-" is standard input
+    std::string date;                    ///< day of the first time, as 2026-11-21, instead of the dates in the input
+    bool arrival = false;                ///< times are those at which the lines are read
+    std::optional<double> variationDeg;  ///< east is positive; where no sentence with the heading tells it
+    bool fixWeekRollover = false;        ///< add 1,024 weeks to dates that a receiver may have rolled back
+    bool strict = false;                 ///< the first bad line ends the run
     std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back after them
     QString valuePath;                             ///< of a device to be named after the file; empty: none
 };
@@ -29,7 +31,7 @@ void logNmeaReport(const QString& sentence);
 /// sea level), /VELOCITY (metres a second), /TRUEHEADING, /PITCH and /ROLL (degrees). Values that nobody else made are
 /// not a number until a sentence gives them. With a value path also Adm/DRIVERNAME and Adm/DEVICE_TYPE below it.
 ///
-/// Sentences without a time lie between the timed sentences around them, see NmeaLog. nextTime throws when the input
+/// Sentences without a time lie between the timed sentences around them, see NmeaLog. nextTime throws when a file
 /// holds no time or no date, and with strict at the first bad line. Memory is bounded.
 std::unique_ptr<Source> makeNmeaSource(const NmeaOptions& options, InputReport report = logNmeaReport);
 

@@ -1,0 +1,228 @@
+// Real logs of four receivers against what gpsd made of them, to the last digit that it prints.
+#include <algorithm>
+#include <functional>
+#include <set>
+#include <vector>
+
+#include <QDateTime>
+#include <QFile>
+
+#include <gmock/gmock.h>
+
+#include "recordings.h"
+
+namespace {
+
+using nlohmann::json;
+
+constexpr std::int32_t gpsdLatitude = 25;
+constexpr std::int32_t gpsdLongitude = 26;
+constexpr std::int32_t gpsdHeading = 41;
+constexpr std::int32_t gpsdAltitude = 42;
+constexpr std::int32_t gpsdSpeed = 43;
+constexpr std::int32_t gpsdPitch = 44;
+constexpr std::int32_t gpsdRoll = 45;
+
+// As gpsd prints them.
+constexpr int angleDigits = 9;
+constexpr int altitudeDigits = 4;
+constexpr int otherDigits = 3;
+
+struct GpsdReport {
+    std::string sentence;  // the one before it, as "VTG"
+    json report;
+};
+
+std::vector<GpsdReport> readReports(const QString& path)
+{
+    std::vector<GpsdReport> out;
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    std::string sentence;
+    while (!file.atEnd()) {
+        const std::string line = file.readLine().toStdString();
+        if (line.front() == '$') {
+            sentence = line.substr(3, 3);
+        } else if (line.front() == '{') {
+            out.push_back({sentence, json::parse(line)});
+        }
+    }
+    return out;
+}
+
+std::string text(double number, int digits)
+{
+    return QString::number(number, 'f', digits).toStdString();
+}
+
+// What gpsd told one after the other; the same again is no change.
+std::vector<std::string> told(const std::vector<GpsdReport>& reports, const char* kind, const char* key, int digits,
+                              const std::set<std::string>& after = {})
+{
+    std::vector<std::string> out;
+    for (const GpsdReport& report : reports) {
+        if (report.report.at("class") == kind && report.report.contains(key) &&
+            (after.empty() || after.count(report.sentence) > 0)) {
+            const std::string number = text(report.report.at(key), digits);
+            if (out.empty() || out.back() != number) {
+                out.push_back(number);
+            }
+        }
+    }
+    return out;
+}
+
+std::vector<std::string> recorded(const RecordedFile& file, std::int32_t type, int digits)
+{
+    std::vector<std::string> out;
+    for (const auto& number : file.numbers(type)) {
+        out.push_back(text(number.number, digits));
+    }
+    return out;
+}
+
+// gpsd does not report after every sentence, so that it may tell less.
+void expectInOrder(const std::vector<std::string>& expected, const std::vector<std::string>& found)
+{
+    auto from = found.begin();
+    for (const std::string& number : expected) {
+        from = std::find(from, found.end(), number);
+        ASSERT_NE(from, found.end()) << number << " is not recorded, or not in this order";
+    }
+}
+
+// The value in force at a time.
+std::string inForce(const std::vector<RecordedFile::Number>& numbers, unsigned long long timeUs, int digits)
+{
+    const auto behind = std::upper_bound(numbers.begin(), numbers.end(), timeUs,
+                                         [](unsigned long long at, const auto& number) { return at < number.timeUs; });
+    return behind == numbers.begin() ? "none" : text(std::prev(behind)->number, digits);
+}
+
+unsigned long long timeOf(const json& report)
+{
+    const auto time = QDateTime::fromString(QString::fromStdString(report.at("time")), Qt::ISODateWithMs);
+    return static_cast<unsigned long long>(time.toMSecsSinceEpoch()) * 1000;
+}
+
+class GpsdLogs : public RecordingTest {
+protected:
+    void open(const char* name)
+    {
+        m_log = realData((std::string("gpsd/") + name).c_str());
+        if (m_log.isEmpty()) {
+            GTEST_SKIP() << "no real log: gpsd/" << name << " is missing";
+        }
+        m_reports = readReports(m_log + QStringLiteral(".chk"));
+    }
+    [[nodiscard]] RecordedFile record() const
+    {
+        const Result result = run({QStringLiteral("nmea"), m_log});
+        EXPECT_EQ(result.exitCode, 0) << result.messages;
+        return readRecordedFile(result.path("receiver"));
+    }
+
+    // The reports of a fix at their times, up to where the log's times go back: those are recorded at the latest.
+    [[nodiscard]] std::vector<json> fixesInOrder() const
+    {
+        std::vector<json> out;
+        for (const auto& [sentence, report] : m_reports) {
+            if (report.contains("lat") && report.contains("time")) {
+                out.push_back(report);
+            }
+        }
+        const auto back = std::adjacent_find(out.begin(), out.end(),
+                                             [](const json& a, const json& b) { return timeOf(b) < timeOf(a); });
+        if (back != out.end()) {
+            out.erase(back, out.end());
+        }
+        return out;
+    }
+    // Every report of a fix: what was in force at its time. Records of the same time are up to so much apart.
+    void expectFixes(const RecordedFile& file, std::size_t count) const
+    {
+        constexpr unsigned long long sameTime = 40'000;
+        const auto latitudes = file.numbers(gpsdLatitude);
+        const auto longitudes = file.numbers(gpsdLongitude);
+        const auto altitudes = file.numbers(gpsdAltitude);
+        const std::vector<json> fixes = fixesInOrder();
+        EXPECT_EQ(fixes.size(), count);
+        for (const json& report : fixes) {
+            const unsigned long long at = timeOf(report) + sameTime;
+            ASSERT_EQ(inForce(latitudes, at, angleDigits), text(report.at("lat"), angleDigits)) << report;
+            ASSERT_EQ(inForce(longitudes, at, angleDigits), text(report.at("lon"), angleDigits)) << report;
+            if (report.contains("altMSL")) {
+                ASSERT_EQ(inForce(altitudes, at, altitudeDigits), text(report.at("altMSL"), altitudeDigits)) << report;
+            }
+        }
+    }
+    // gpsd works out a speed of its own from two positions until the receiver tells one: only the latter is compared.
+    void expectOrders(const RecordedFile& file) const
+    {
+        const auto speeds = told(m_reports, "TPV", "speed", otherDigits, {"RMC", "VTG"});
+        EXPECT_FALSE(speeds.empty());
+        expectInOrder(speeds, recorded(file, gpsdSpeed, otherDigits));
+        expectInOrder(told(m_reports, "TPV", "lat", angleDigits), recorded(file, gpsdLatitude, angleDigits));
+        expectInOrder(told(m_reports, "TPV", "lon", angleDigits), recorded(file, gpsdLongitude, angleDigits));
+        expectInOrder(told(m_reports, "TPV", "altMSL", altitudeDigits), recorded(file, gpsdAltitude, altitudeDigits));
+    }
+
+    QString m_log;
+    std::vector<GpsdReport> m_reports;
+};
+
+TEST_F(GpsdLogs, ALogWhoseDateStandsInZdaIsWhatGpsdMadeOfIt)
+{
+    open("hemi.log");
+    if (!IsSkipped()) {
+        const RecordedFile file = record();
+        expectFixes(file, 19);
+        expectOrders(file);
+        EXPECT_EQ(recorded(file, gpsdHeading, otherDigits), told(m_reports, "ATT", "heading", otherDigits));
+    }
+}
+
+TEST_F(GpsdLogs, ALogOfPositionsInGllIsWhatGpsdMadeOfIt)
+{
+    open("humminbird-M37.log");
+    if (!IsSkipped()) {
+        const RecordedFile file = record();
+        expectFixes(file, 26);
+        expectOrders(file);
+    }
+}
+
+TEST_F(GpsdLogs, AReceiverOfSeveralConstellationsIsWhatGpsdMadeOfIt)
+{
+    open("quectelLC79D.log");
+    if (!IsSkipped()) {
+        const RecordedFile file = record();
+        expectFixes(file, 30);
+        expectOrders(file);
+    }
+}
+
+TEST_F(GpsdLogs, ACompassWithoutAnyTimeIsWhatGpsdMadeOfItAtTheTimeOfArrival)
+{
+    open("pypilot.log");
+    if (IsSkipped()) {
+        return;
+    }
+    QFile log(m_log);
+    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
+    const qint64 before = QDateTime::currentMSecsSinceEpoch();
+    const Result result =
+        run({QStringLiteral("nmea"), QStringLiteral("-"), QStringLiteral("--variation"), QStringLiteral("0")},
+            log.readAll());
+    const qint64 after = QDateTime::currentMSecsSinceEpoch();
+    ASSERT_EQ(result.exitCode, 0) << result.messages;
+    EXPECT_THAT(result.messages, testing::HasSubstr("the standard input tells no date: times are those of arrival"));
+    const RecordedFile file = readRecordedFile(result.path("receiver"));
+    EXPECT_GE(static_cast<qint64>(file.startUs / 1000), before);
+    EXPECT_LE(static_cast<qint64>(file.startUs / 1000), after);
+    EXPECT_EQ(recorded(file, gpsdHeading, otherDigits), told(m_reports, "ATT", "mheading", otherDigits));
+    EXPECT_EQ(recorded(file, gpsdPitch, otherDigits), told(m_reports, "ATT", "pitch", otherDigits));
+    EXPECT_EQ(recorded(file, gpsdRoll, otherDigits), told(m_reports, "ATT", "roll", otherDigits));
+}
+
+}  // namespace
