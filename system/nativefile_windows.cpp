@@ -50,15 +50,21 @@ Error lockFarBehind(HANDLE file, DWORD how)
     return resultOf(::LockFileEx(file, how, 0, 1, 0, &place));
 }
 
-/// Whether a file is what stands at a path, or what a link there leads to.
+/// Whether a file is what stands at a path, or what a link there leads to. Wine no longer tells the volume (0) of an open
+/// file whose name was changed; nothing is renamed from one volume to another.
 bool isSameAs(HANDLE file, const std::filesystem::path& path, bool followLinks)
 {
     const Handle there(path, 0, OPEN_EXISTING,
                        FILE_FLAG_BACKUP_SEMANTICS | (followLinks ? 0 : FILE_FLAG_OPEN_REPARSE_POINT));
     BY_HANDLE_FILE_INFORMATION one{};
     BY_HANDLE_FILE_INFORMATION other{};
-    return ::GetFileInformationByHandle(there.get(), &one) != 0 && ::GetFileInformationByHandle(file, &other) != 0 &&
-           identityOf(one).isSameFile(identityOf(other));
+    if (::GetFileInformationByHandle(there.get(), &one) == 0 || ::GetFileInformationByHandle(file, &other) == 0) {
+        return false;
+    }
+    if (other.dwVolumeSerialNumber == 0) {
+        other.dwVolumeSerialNumber = one.dwVolumeSerialNumber;
+    }
+    return identityOf(one).isSameFile(identityOf(other));
 }
 
 DWORD piece(std::size_t size)

@@ -119,7 +119,6 @@ TEST_F(FollowingTest, EveryFormIsFollowedAndGivesWhatTheFinishedFileGives)
     EXPECT_THAT(finish(lines).output, HasSubstr("2026-01-02T03:04:08.000Z  LEVEL"));
 }
 
-#if !defined(_WIN32)  // there following ends with the file: doc/windows.md
 TEST_F(FollowingTest, TheNextFileOfARecordingIsFollowedToo)
 {
     begin();
@@ -136,7 +135,6 @@ TEST_F(FollowingTest, TheNextFileOfARecordingIsFollowedToo)
     EXPECT_THAT(result.messages, HasSubstr("It is complete and goes on in "));
     EXPECT_EQ(m_printed.count("timeMs,keyword,value"), 1);
 }
-#endif
 
 TEST_F(FollowingTest, ARecorderThatIsKilledEndsTheFollowingWithASentence)
 {

@@ -26,7 +26,11 @@ TEST_F(RecorderFollowing, EveryAcceptedRecordIsShownOnceAndAtOnceHoweverSeldomSo
     }
     const std::size_t initial = readers.front().seen.size();
     EXPECT_GT(initial, 0U);
+#if defined(_WIN32)  // Wine closes none of a file's openings while somebody locks it
+    constexpr std::array<std::uint32_t, 4> Seldom{20, 70, 900, 11'000};
+#else
     constexpr std::array<std::uint32_t, 4> Seldom{1, 7, 900, 11'000};
+#endif
     for (int i = 0; i < 22'000; ++i) {
         change();
         for (std::size_t reader = 0; reader < readers.size(); ++reader) {
