@@ -34,6 +34,20 @@ void LineReader::keep(std::size_t end)
 
 LineReader::Result LineReader::next()
 {
+    if (!m_problem.empty()) {
+        return Result::End;
+    }
+    try {
+        return readLine();
+    } catch (const DamagedInput& error) {
+        m_problem = error.what();
+        ++m_number;
+        return Result::Damaged;
+    }
+}
+
+LineReader::Result LineReader::readLine()
+{
     m_line.clear();
     m_tooLong = false;
     m_terminated = false;

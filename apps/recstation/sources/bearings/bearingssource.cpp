@@ -4,7 +4,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include <QFileInfo>
 #include <QLoggingCategory>
 
 #include "sources/bearings/bearinglog.h"
@@ -95,8 +94,7 @@ QString BearingsSource::deviceName(const LogSurvey& survey) const
     if (survey.oneStation && !survey.first.station.empty()) {
         return QString::fromStdString(survey.first.station);
     }
-    return m_options.file == "-" ? QStringLiteral("Bearings")
-                                 : QFileInfo(QString::fromStdString(m_options.file)).completeBaseName();
+    return m_options.file == "-" ? QStringLiteral("Bearings") : textBaseName(m_options.file);
 }
 
 void BearingsSource::say(const std::string& sentence) const

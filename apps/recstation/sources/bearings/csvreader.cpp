@@ -46,13 +46,16 @@ std::optional<CsvRecord> CsvReader::next()
     if (!std::exchange(m_begun, true)) {
         begin();
     }
+    CsvRecord record;
     while (const auto c = peek()) {
         if (!endsLine(*c)) {
-            return readRecord();
+            record = readRecord();
+            return noteDamage(record);
         }
         take();
     }
-    return std::nullopt;
+    record.line = m_line;
+    return noteDamage(record).problem.empty() ? std::nullopt : std::optional(record);
 }
 
 // Fills the buffer as far as the first line reaches, to look at it.
@@ -62,7 +65,7 @@ void CsvReader::begin()
         return std::string_view(m_buffer.data(), m_filled).find_first_of(LineEnds, ByteOrderMark.size());
     };
     while (m_filled < m_buffer.size() && firstLineEnd() == std::string_view::npos) {
-        const std::size_t count = m_input(m_buffer.data() + m_filled, m_buffer.size() - m_filled);
+        const std::size_t count = readInput(m_buffer.data() + m_filled, m_buffer.size() - m_filled);
         if (count == 0) {
             break;
         }
@@ -80,8 +83,32 @@ void CsvReader::begin()
 bool CsvReader::fill()
 {
     m_position = 0;
-    m_filled = m_input(m_buffer.data(), m_buffer.size());
+    m_filled = readInput(m_buffer.data(), m_buffer.size());
+    m_cut = m_filled == 0 && !m_damage.empty();
     return m_filled > 0;
+}
+
+// What cannot be unpacked is the end of the input.
+std::size_t CsvReader::readInput(char* buffer, std::size_t size)
+{
+    if (!m_damage.empty()) {
+        return 0;
+    }
+    try {
+        return m_input(buffer, size);
+    } catch (const DamagedInput& error) {
+        m_damage = error.what();
+        return 0;
+    }
+}
+
+// The record that the damage cut, or one of its own behind the last that is whole.
+CsvRecord& CsvReader::noteDamage(CsvRecord& record)
+{
+    if (m_cut && !std::exchange(m_damageTold, true)) {
+        record.problem = m_damage;
+    }
+    return record;
 }
 
 std::optional<char> CsvReader::peek()

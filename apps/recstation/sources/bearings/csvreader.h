@@ -30,6 +30,8 @@ public:
 private:
     void begin();
     bool fill();
+    std::size_t readInput(char* buffer, std::size_t size);
+    CsvRecord& noteDamage(CsvRecord& record);
     [[nodiscard]] std::optional<char> peek();
     char take();
     [[nodiscard]] CsvRecord readRecord();
@@ -42,6 +44,9 @@ private:
     bool fits(CsvRecord& record);
 
     ByteInput m_input;
+    std::string m_damage;  // why it cannot be read to its end
+    bool m_cut = false;    // and there is nothing left before that
+    bool m_damageTold = false;
     std::optional<char> m_separator;
     std::vector<char> m_buffer;
     std::size_t m_position = 0;  // of the next unread byte in the buffer

@@ -12,20 +12,24 @@ namespace {
 
 constexpr std::size_t MostKept = 268'435'456;
 
-std::shared_ptr<const std::string> readAll(const std::string& file, const std::string& name)
+std::shared_ptr<const LogInput::Kept> readAll(const std::string& file, const std::string& name)
 {
     constexpr std::size_t PieceSize = 65'536;
-    const ByteInput input = openInput(file);
+    const ByteInput input = openText(file);
     std::vector<char> piece(PieceSize);
-    const auto bytes = std::make_shared<std::string>();
-    while (const std::size_t count = input(piece.data(), piece.size())) {
-        if (bytes->size() + count > MostKept) {
-            throw std::runtime_error("bearings: " + name +
-                                     " gives more than 256 MiB: store it in a file, which may have any length");
+    const auto kept = std::make_shared<LogInput::Kept>();
+    try {
+        while (const std::size_t count = input(piece.data(), piece.size())) {
+            if (kept->bytes.size() + count > MostKept) {
+                throw std::runtime_error("bearings: " + name +
+                                         " gives more than 256 MiB: store it in a file, which may have any length");
+            }
+            kept->bytes.append(piece.data(), count);
         }
-        bytes->append(piece.data(), count);
+    } catch (const DamagedInput& error) {
+        kept->damage = error.what();
     }
-    return bytes;
+    return kept;
 }
 
 }  // namespace
@@ -40,11 +44,14 @@ LogInput::LogInput(const std::string& file) : m_file(file), m_name(inputName(fil
 ByteInput LogInput::open() const
 {
     if (m_kept == nullptr) {
-        return openInput(m_file);
+        return openText(m_file);
     }
-    return [bytes = m_kept, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
-        const std::size_t count = bytes->copy(buffer, size, position);
+    return [kept = m_kept, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
+        const std::size_t count = kept->bytes.copy(buffer, size, position);
         position += count;
+        if (count == 0 && !kept->damage.empty()) {
+            throw DamagedInput(kept->damage);
+        }
         return count;
     };
 }

@@ -21,10 +21,16 @@ public:
     [[nodiscard]] ByteInput open() const;
     [[nodiscard]] const std::string& name() const { return m_name; }  ///< for messages
 
+    /// What was read of an input that can be read once only.
+    struct Kept {
+        std::string bytes;
+        std::string damage;  ///< why there are no more, where what is packed is damaged
+    };
+
 private:
     std::string m_file;
     std::string m_name;
-    std::shared_ptr<const std::string> m_kept;  // null: a file that is read where it stands
+    std::shared_ptr<const Kept> m_kept;  // null: a file that is read where it stands
 };
 
 }  // namespace RecStation

@@ -66,6 +66,8 @@ void FeedSource::take(LineReader::Result result)
 {
     if (result == LineReader::Result::TooLong) {
         m_bad.add(m_lines->number(), "it is longer than 16 MiB");
+    } else if (result == LineReader::Result::Damaged) {
+        m_bad.add(m_lines->number(), m_lines->problem());
     } else if (isBlank(m_lines->line())) {
         ++m_skipped;
     } else {
@@ -178,7 +180,7 @@ std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, StationHooks 
 {
     constexpr unsigned long long MicrosecondsPerMillisecond = 1000;
     const auto now = static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * MicrosecondsPerMillisecond;
-    return std::make_unique<FeedSource>([file = options.file] { return openInput(file); },
+    return std::make_unique<FeedSource>([file = options.file] { return openText(file); },
                                         options.startTime.value_or(now), options, std::move(host));
 }
 

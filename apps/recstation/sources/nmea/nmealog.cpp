@@ -60,7 +60,7 @@ NmeaLog::NmeaLog(const NmeaOptions& options, InputReport report, ArrivalClock no
     : m_options(options),
       m_bad("nmea", options.strict, std::move(report)),
       m_order("nmea", options.strict, options.splitGapUs),
-      m_lines(openInput(options.file), LongestSentence),
+      m_lines(openText(options.file), LongestSentence),
       m_clock(today(), options.fixWeekRollover),
       m_live(now || isLive(options.file)),
       m_now(now ? std::move(now) : systemTime),
@@ -134,6 +134,9 @@ void NmeaLog::take(LineReader::Result result)
 {
     if (result == LineReader::Result::TooLong) {
         throw LineError("it is longer than " + std::to_string(LongestSentence) + " bytes");
+    }
+    if (result == LineReader::Result::Damaged) {
+        throw LineError(m_lines.problem());
     }
     const auto sentence = parseNmeaSentence(m_lines.line());
     if (!sentence) {

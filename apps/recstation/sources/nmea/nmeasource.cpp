@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <utility>
 
-#include <QFileInfo>
 #include <QLoggingCategory>
 
 #include "attachedvalue.h"
@@ -44,9 +43,7 @@ void NmeaSource::prepare()
     m_log = std::make_unique<NmeaLog>(m_options, m_report);
     m_values = std::make_unique<NmeaValues>();
     if (!m_options.valuePath.isEmpty()) {
-        const QString device = m_options.file == "-"
-                                   ? QStringLiteral("NMEA input")
-                                   : QFileInfo(QString::fromStdString(m_options.file)).completeBaseName();
+        const QString device = m_options.file == "-" ? QStringLiteral("NMEA input") : textBaseName(m_options.file);
         setText(m_options.valuePath + QStringLiteral("/Adm/DRIVERNAME"), forFileNames(device));
         setText(m_options.valuePath + QStringLiteral("/Adm/DEVICE_TYPE"), QStringLiteral("NMEA 0183"));
     }

@@ -5,7 +5,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include <QFileInfo>
 #include <QLoggingCategory>
 
 #include <system/stopsignal.h>
@@ -72,9 +71,8 @@ private:
 
 void SweepSource::prepare()
 {
-    m_lines = std::make_unique<LineReader>(openInput(m_options.file), LongestRow);
-    const QString device = m_options.file == "-" ? QStringLiteral("Sweep input")
-                                                 : QFileInfo(QString::fromStdString(m_options.file)).completeBaseName();
+    m_lines = std::make_unique<LineReader>(openText(m_options.file), LongestRow);
+    const QString device = m_options.file == "-" ? QStringLiteral("Sweep input") : textBaseName(m_options.file);
     m_values = std::make_unique<SweepValues>(device, m_options.valuePath);
 }
 
@@ -129,6 +127,9 @@ bool SweepSource::readRow()
         try {
             if (result == LineReader::Result::TooLong) {
                 throw LineError("it is longer than 16 MiB");
+            }
+            if (result == LineReader::Result::Damaged) {
+                throw LineError(m_lines->problem());
             }
             if (!SweepRowParser::isNoRow(m_lines->line())) {
                 m_parser.parse(m_lines->line(), m_lines->terminated(), m_row);
@@ -204,7 +205,7 @@ std::optional<unsigned long long> SweepSource::lastTime()
         return std::nullopt;
     }
     SweepRowParser parser(m_options.utcOffset);
-    LineReader lines(openInput(m_options.file), LongestRow);
+    LineReader lines(openText(m_options.file), LongestRow);
     SweepRow row;
     std::optional<unsigned long long> last;
     for (auto result = lines.next(); result != LineReader::Result::End; result = lines.next()) {
