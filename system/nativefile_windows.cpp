@@ -50,8 +50,8 @@ Error lockFarBehind(HANDLE file, DWORD how)
     return resultOf(::LockFileEx(file, how, 0, 1, 0, &place));
 }
 
-/// Whether a file is what stands at a path, or what a link there leads to. Wine no longer tells the volume (0) of an open
-/// file whose name was changed; nothing is renamed from one volume to another.
+/// Whether a file is what stands at a path, or what a link there leads to. Wine no longer tells the volume (0) of an
+/// open file whose name was changed; nothing is renamed from one volume to another.
 bool isSameAs(HANDLE file, const std::filesystem::path& path, bool followLinks)
 {
     const Handle there(path, 0, OPEN_EXISTING,
