@@ -21,6 +21,8 @@ public:
     ~StopSignal();
 
     [[nodiscard]] static bool requested() noexcept;
+    /// The same wish by the process itself, such as when the time of a run is over. From any thread.
+    static void request() noexcept;
     /// Returns after the time or when the process is to stop.
     void wait(std::int64_t milliseconds) const;
     /// Can be read from as soon as the process is to stop; -1 on Windows.

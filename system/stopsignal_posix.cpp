@@ -27,9 +27,7 @@ std::array<int, 2> wakePipe = {-1, -1};
 extern "C" void onStopSignal(int /*signal*/)
 {
     const int savedErrno = errno;
-    stopRequested = true;
-    const char byte = 's';
-    [[maybe_unused]] const ssize_t written = ::write(wakePipe[1], &byte, 1);
+    StopSignal::request();
     errno = savedErrno;
 }
 
@@ -101,6 +99,13 @@ StopSignal::~StopSignal()
 bool StopSignal::requested() noexcept
 {
     return stopRequested;
+}
+
+void StopSignal::request() noexcept
+{
+    stopRequested = true;
+    const char byte = 's';
+    [[maybe_unused]] const ssize_t written = ::write(wakePipe[1], &byte, 1);
 }
 
 void StopSignal::wait(std::int64_t milliseconds) const

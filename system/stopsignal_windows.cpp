@@ -88,6 +88,12 @@ bool StopSignal::requested() noexcept
     return stopRequested;
 }
 
+void StopSignal::request() noexcept
+{
+    stopRequested = true;
+    ::SetEvent(wake);
+}
+
 void StopSignal::wait(std::int64_t milliseconds) const
 {
     const std::int64_t most = std::numeric_limits<std::int32_t>::max();

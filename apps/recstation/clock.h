@@ -1,9 +1,18 @@
 // The station's clock while recstation runs: it shows the time of the change being made.
 #pragma once
 
+#include <chrono>
+
 #include <vkbase/quonos.h>
 
 namespace RecStation {
+
+/// By the system's clock, microseconds since 1970 UTC.
+[[nodiscard]] inline unsigned long long systemTimeUs()
+{
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return static_cast<unsigned long long>(std::chrono::duration_cast<std::chrono::microseconds>(now).count());
+}
 
 /// In force from construction to destruction; nothing else may run at these moments.
 class SimulatedClock final : public IQuonOS {

@@ -62,6 +62,17 @@ void addGapOptions(CLI::App& app, Options& options)
         ->check(inSeconds(0, LongestGapSeconds));
 }
 
+void addLiveOptions(CLI::App& app, Options& options)
+{
+    constexpr double Longest = 2e6;  // 23 days
+    app.add_option("--duration", options.durationSeconds,
+                   "End a run of live sources after that time, such as 90s or 8h (default: when it is stopped)")
+        ->type_name("TIME")
+        ->transform(inSeconds(0, Longest));
+    app.add_flag("--source-time", options.sourceTime,
+                 "Record what live sources give at the time that they tell, not at that of its arrival");
+}
+
 void addViewOptions(CLI::App& app, Options& options)
 {
     constexpr double HighestPort = 65535;
@@ -115,6 +126,7 @@ void addCommonOptions(CLI::App& app, Options& options)
         ->type_name("NUMBER")
         ->transform(inUnit({"x"}, Slowest, Fastest));
     addGapOptions(app, options);
+    addLiveOptions(app, options);
     addViewOptions(app, options);
     constexpr double LongestWait = 1e6;
     app.add_option("--archive-wait", options.archiveWaitSeconds,

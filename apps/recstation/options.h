@@ -36,10 +36,12 @@ struct Options {
     std::string plugin;  ///< empty: the one beside the program
     GivenFile file;
     bool printConfig = false;
-    std::string output;                  ///< empty: as configured
-    std::vector<std::string> recorders;  ///< to switch on; empty: those that suit the sources
-    std::optional<double> speed;         ///< nothing: as fast as possible
-    double archiveWaitSeconds = 60;      ///< for the archive, at the end of the run
+    std::string output;                     ///< empty: as configured
+    std::vector<std::string> recorders;     ///< to switch on; empty: those that suit the sources
+    std::optional<double> speed;            ///< nothing: as fast as possible
+    std::optional<double> durationSeconds;  ///< of a live run; nothing: until somebody stops it
+    bool sourceTime = false;                ///< of a live run: record the peers' times
+    double archiveWaitSeconds = 60;         ///< for the archive, at the end of the run
     bool json = false;
     bool quiet = false;
     bool trace = false;

@@ -95,24 +95,33 @@ void Messages::endProgressLine()
 
 void Messages::message(const QString& sentence)
 {
+    const std::lock_guard lock(m_mutex);
     endProgressLine();
     writeToStandardError(QStringLiteral("recstation: ") + printable(sentence) + QLatin1Char('\n'));
 }
 
 void Messages::finish(const ProgressNumbers& numbers)
 {
+    const std::lock_guard lock(m_mutex);
     if (!m_quiet) {
-        progress(numbers);
+        show(numbers);
         endProgressLine();
     }
 }
 
 bool Messages::progressDue() const
 {
+    const std::lock_guard lock(m_mutex);
     return !m_quiet && m_sinceProgress.elapsed() >= (m_terminal ? TerminalIntervalMs : PlainIntervalMs);
 }
 
 void Messages::progress(const ProgressNumbers& numbers)
+{
+    const std::lock_guard lock(m_mutex);
+    show(numbers);
+}
+
+void Messages::show(const ProgressNumbers& numbers)
 {
     m_sinceProgress.restart();
     const QString text = progressText(numbers, m_sinceStart.elapsed());

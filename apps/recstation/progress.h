@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <mutex>
 
 #include <QElapsedTimer>
 #include <QString>
@@ -22,7 +23,7 @@ struct ProgressNumbers {
 [[nodiscard]] QString durationText(unsigned long long milliseconds);  ///< "2.250 s", "1 h 01 min 02.250 s"
 
 /// Messages and progress on the standard error output: one line that is rewritten on a terminal, plain lines
-/// otherwise.
+/// otherwise. Threads may share it.
 class Messages {
 public:
     Messages(bool terminal, bool quiet);
@@ -36,8 +37,10 @@ public:
     void finish(const ProgressNumbers& numbers);  ///< the last progress, unless quiet
 
 private:
+    void show(const ProgressNumbers& numbers);
     void endProgressLine();
 
+    mutable std::mutex m_mutex;
     bool m_terminal;
     bool m_quiet;
     int m_lineLength = 0;  // of the progress line on the terminal

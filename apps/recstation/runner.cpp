@@ -33,9 +33,21 @@ void Runner::run()
     }
 }
 
+void Runner::awaitStep()
+{
+    m_onlyAwaits = true;
+    run();
+    m_onlyAwaits = false;
+}
+
 void Runner::wake()
 {
     m_timer.start(0);
+}
+
+void Runner::wakeFromAnyThread()
+{
+    QMetaObject::invokeMethod(&m_timer, "start", Qt::QueuedConnection, Q_ARG(int, 0));
 }
 
 // Exceptions must not cross the event loop, so run throws them on.
@@ -58,21 +70,30 @@ bool Runner::stepsUntilWait()
     slice.start();
     while (!m_hooks.stopRequested()) {
         const auto due = m_scheduler.nextTime();
-        if (!due) {
+        if (!due && m_scheduler.isWaiting()) {
+            waitIdly(IdleMs);
+            return true;
+        }
+        if (!due || m_onlyAwaits) {
             return false;
         }
         const long long wait = millisecondsUntil(*due);
         if (wait > 0 || slice.elapsed() >= SliceMs) {
-            if (wait > 0 && m_hooks.idle) {
-                m_hooks.idle();
-            }
-            m_timer.start(static_cast<int>(m_hooks.idle ? std::min(wait, IdleMs) : wait));
+            waitIdly(wait);
             return true;
         }
         m_scheduler.step();
         m_hooks.afterStep();
     }
     return false;
+}
+
+void Runner::waitIdly(long long milliseconds)
+{
+    if (milliseconds > 0 && m_hooks.idle) {
+        m_hooks.idle();
+    }
+    m_timer.start(static_cast<int>(m_hooks.idle ? std::min(milliseconds, IdleMs) : milliseconds));
 }
 
 long long Runner::millisecondsUntil(unsigned long long time)

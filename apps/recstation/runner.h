@@ -28,12 +28,17 @@ public:
     /// Runs until every source has ended or a stop is requested.
     /// @throws what a source or a hook throws
     void run();
+    /// Runs until there is something to step, which it leaves; else as run.
+    void awaitStep();
     /// Lets run notice a requested stop while it waits for the next step's time.
     void wake();
+
+    void wakeFromAnyThread();
 
 private:
     void runSteps();
     bool stepsUntilWait();
+    void waitIdly(long long milliseconds);
     [[nodiscard]] long long millisecondsUntil(unsigned long long time);
 
     Scheduler& m_scheduler;
@@ -44,6 +49,7 @@ private:
     QElapsedTimer m_sinceStart;
     std::optional<unsigned long long> m_start;  // recorded time of the first step
     std::exception_ptr m_failure;
+    bool m_onlyAwaits = false;
 };
 
 }  // namespace RecStation

@@ -10,6 +10,8 @@
 
 #include "input/isotime.h"
 #include "input/timeorder.h"
+#include "live/arrivalsource.h"
+#include "live/livescheduler.h"
 #include "overlap.h"
 #include "system/stopnotifier.h"
 #include "watch/unfinished.h"
@@ -56,6 +58,35 @@ void requireOneInput(const ChosenSources& sources)
     }
 }
 
+std::string nameOf(const OfferedSource& source)
+{
+    return source.traits().name;
+}
+
+// Whatever has a peer goes on without end: what only pipes give is merged by arrival when there are several of them.
+bool isLiveRun(const Options& options)
+{
+    const ChosenSources& sources = options.sources;
+    const auto peer =
+        std::find_if(sources.begin(), sources.end(), [](const auto& source) { return source->traits().live; });
+    const auto file =
+        std::find_if(sources.begin(), sources.end(), [](const auto& source) { return !source->isLive(); });
+    if (peer != sources.end() && file != sources.end()) {
+        throw UsageError(nameOf(**file) + " does not go with " + nameOf(**peer) +
+                         ", which is live: record it in a run of its own, and join the recordings with rectool merge");
+    }
+    const bool live = peer != sources.end() || (sources.size() > 1 && file == sources.end());
+    if (live && options.speed) {
+        throw UsageError("--speed is for files: live sources set their own pace");
+    }
+    if (!live && (options.durationSeconds || options.sourceTime)) {
+        throw UsageError(std::string(options.sourceTime ? "--source-time" : "--duration") +
+                         " is for runs of live sources" +
+                         (options.sourceTime ? "" : "; sim has one of its own, which stands behind that word"));
+    }
+    return live;
+}
+
 // Two sources would tear each other's spectrum down with every change.
 void requireOwnSpectra(const std::vector<std::unique_ptr<Source>>& sources)
 {
@@ -89,8 +120,10 @@ Station::Station(const Options& options, Messages& messages)
       m_configuration(loadConfiguration(options)),
       m_archive(m_configuration.archiveFile,
                 std::chrono::milliseconds(static_cast<std::int64_t>(options.archiveWaitSeconds * 1'000))),
-      m_scheduler(m_clock, [this](unsigned long long time) { beforeStep(time); }),
-      m_runner(m_scheduler, options.speed,
+      m_live(isLiveRun(options)),
+      m_sourceTime(options.sourceTime),
+      m_scheduler(makeScheduler()),
+      m_runner(*m_scheduler, options.speed,
                {[this] { afterStep(); }, [this] { return System::StopSignal::requested() || !m_recorders.canRecord(); },
                 [this] {
                     m_recorders.rescueFiles();
@@ -98,6 +131,7 @@ Station::Station(const Options& options, Messages& messages)
                 }}),
       m_recorders(m_plugin, m_messages, m_traces),
       m_disks(m_recorders, m_messages),
+      m_durationSeconds(options.durationSeconds),
       m_allowGap(options.allowGap || options.splitGapUs),
       m_recover(options.recover),
       m_viewPort(options.view ? std::optional(options.viewPort) : std::nullopt)
@@ -110,11 +144,11 @@ Station::Station(const Options& options, Messages& messages)
         makeDirectory(QString::fromStdString(options.output));
     }
     addSources(options);
-    requireOwnSpectra(m_scheduler.sources());
+    requireOwnSpectra(m_scheduler->sources());
     if (options.splitGapUs) {
-        m_scheduler.tellGaps(*options.splitGapUs, [this](unsigned long long time) { beginAnew(time); });
+        m_scheduler->tellGaps(*options.splitGapUs, [this](unsigned long long time) { beginAnew(time); });
     }
-    m_scheduler.prepare();
+    m_scheduler->prepare();
     m_archive.begin(m_messages);
     m_recorders.add(m_configuration.instances, QString::fromStdString(options.output));
     m_recorders.choose(options.recorders, options.sources);
@@ -127,8 +161,12 @@ void Station::addSources(const Options& options)
         const bool positionElsewhere =
             std::any_of(options.sources.begin(), options.sources.end(),
                         [&chosen](const auto& other) { return other != chosen && other->traits().tellsPositions; });
-        m_scheduler.add(chosen->make(
-            {m_configuration, hooks(), alone ? options.splitGapUs : std::nullopt, alone, positionElsewhere}));
+        auto source = chosen->make({m_configuration, hooks(), alone ? options.splitGapUs : std::nullopt, alone,
+                                    positionElsewhere, m_live, m_sourceTime});
+        if (m_live && !chosen->traits().live) {
+            source = std::make_unique<ArrivalSource>(std::move(source), m_sourceTime);
+        }
+        m_scheduler->add(std::move(source));
     }
 }
 
@@ -159,6 +197,15 @@ bool Station::switchRecorder(const QString& name, bool on)
     return recorder != nullptr;
 }
 
+std::unique_ptr<Scheduler> Station::makeScheduler()
+{
+    const auto before = [this](unsigned long long time) { beforeStep(time); };
+    if (m_live) {
+        return std::make_unique<LiveScheduler>(m_clock, before, [this] { m_runner.wakeFromAnyThread(); });
+    }
+    return std::make_unique<Scheduler>(m_clock, before);
+}
+
 Summary Station::run()
 {
     // Until the last file is closed.
@@ -175,12 +222,13 @@ Summary Station::run()
     } catch (const std::exception& error) {
         summary.failure = QString::fromUtf8(error.what());
     }
+    m_scheduler->finish();
     m_recorders.close(summary);
     tellNews();
     m_viewer.reset();
     m_messages.finish(progressNumbers());
     m_archive.finish(summary);
-    for (const auto& source : m_scheduler.sources()) {
+    for (const auto& source : m_scheduler->sources()) {
         summary.sources.push_back({source->name(), source->report()});
     }
     summary.recordedMs = recordedMs();
@@ -191,28 +239,63 @@ Summary Station::run()
 void Station::record()
 {
     m_disks.start();
-    const System::IdleWork idle([this] {
-        m_recorders.rescueFiles();
-        tellNews();
-    });
-    if (!m_allowGap && m_scheduler.sources().size() > 1) {
-        requireOverlap(m_scheduler.sources(), DefaultGapUs);
+    std::optional<System::IdleWork> idle;
+    if (!m_live) {  // there other threads wait for input
+        idle.emplace([this] {
+            m_recorders.rescueFiles();
+            tellNews();
+        });
     }
+    if (!m_live && !m_allowGap && m_scheduler->sources().size() > 1) {
+        requireOverlap(m_scheduler->sources(), DefaultGapUs);
+    }
+    endAfterDuration();
     if (m_recorders.haveChosen()) {
-        auto first = m_scheduler.nextTime();
-        if (!first && System::StopSignal::requested()) {
-            first = m_scheduler.unfinishedTime();
-        }
-        m_clock.set(first.value_or(m_clock.CurrentTime()));
+        m_clock.set(firstTime().value_or(m_clock.CurrentTime()));
         m_firstTime = m_clock.CurrentTime();
     }
     m_recorders.startChosen();
     m_recorders.tellStops();
     m_counter.follow(m_tree);
     m_runner.run();
-    while (System::StopSignal::requested() && m_scheduler.unfinishedTime()) {
-        m_scheduler.stepUnfinished();
+    m_scheduler->finish();
+    if (m_live && !m_sourceTime) {  // it lasted until now, although nothing may have come
+        m_clock.set(std::max(m_clock.CurrentTime(), systemTimeUs()));
+    }
+    while (System::StopSignal::requested() && m_scheduler->unfinishedTime()) {
+        m_scheduler->stepUnfinished();
         afterStep();
+    }
+}
+
+// When the recordings begin: at the first change; of live sources at once, so that what is not there yet shows as
+// unknown.
+std::optional<unsigned long long> Station::firstTime()
+{
+    if (m_live && !m_sourceTime) {
+        return systemTimeUs();
+    }
+    if (m_live) {
+        m_runner.awaitStep();
+    }
+    auto first = m_scheduler->nextTime();
+    if (!first && System::StopSignal::requested()) {
+        first = m_scheduler->unfinishedTime();
+    }
+    return first;
+}
+
+void Station::endAfterDuration()
+{
+    if (m_durationSeconds) {
+        constexpr double MillisecondsPerSecond = 1000;
+        m_duration.setSingleShot(true);
+        QObject::connect(&m_duration, &QTimer::timeout, &m_duration, [this] {
+            System::StopSignal::request();
+            m_runner.wake();
+        });
+        m_duration.start(
+            std::chrono::milliseconds(static_cast<std::int64_t>(*m_durationSeconds * MillisecondsPerSecond)));
     }
 }
 
@@ -227,8 +310,8 @@ void Station::tellNews()
 
 bool Station::tellsTimes() const
 {
-    const auto& sources = m_scheduler.sources();
-    return sources.size() > 1 || sources.front()->plainValuesComeFirst();
+    const auto& sources = m_scheduler->sources();
+    return m_live || sources.size() > 1 || sources.front()->plainValuesComeFirst();
 }
 
 // After a gap, with a clock that may go back between two recordings.

@@ -1,7 +1,10 @@
 // One run of the host: value tree, clock, recorders and sources together.
 #pragma once
 
+#include <memory>
 #include <optional>
+
+#include <QTimer>
 
 #include <values/tree.h>
 
@@ -40,7 +43,10 @@ private:
     [[nodiscard]] StationHooks hooks();
     [[nodiscard]] bool isRecorded(const QString& path) const;
     bool switchRecorder(const QString& name, bool on);
+    [[nodiscard]] std::unique_ptr<Scheduler> makeScheduler();
     void record();
+    [[nodiscard]] std::optional<unsigned long long> firstTime();
+    void endAfterDuration();
     void tellNews();
     [[nodiscard]] bool tellsTimes() const;
     void beginAnew(unsigned long long time);
@@ -57,10 +63,14 @@ private:
     Plugin m_plugin;
     Configuration m_configuration;
     ArchiveWatch m_archive;
-    Scheduler m_scheduler;
+    bool m_live;
+    bool m_sourceTime;
+    std::unique_ptr<Scheduler> m_scheduler;
     Runner m_runner;
     Recorders m_recorders;
     DiskWatch m_disks;
+    std::optional<double> m_durationSeconds;
+    QTimer m_duration;
     std::optional<unsigned long long> m_firstTime;
     unsigned long long m_toldTime = 0;   // to the recorders, before a step
     unsigned long long m_earlierUs = 0;  // recorded time before the last gap

@@ -11,6 +11,8 @@ namespace RecStation {
 
 namespace {
 
+constexpr double LagUnitUs = 1000;  // they are told in milliseconds
+
 const char* stateName(FileReport::State state)
 {
     switch (state) {
@@ -50,6 +52,14 @@ nlohmann::ordered_json toJson(const Summary::SourceResult& source)
     object["used"] = source.report.used;
     object["skipped"] = source.report.skipped;
     object["bad"] = source.report.bad;
+    if (source.report.live) {
+        object["lost"] = source.report.lost;
+        object["reconnects"] = source.report.reconnects;
+    }
+    if (source.report.lag) {
+        object["lagMs"] = {{"middle", static_cast<double>(source.report.lag->middleUs) / LagUnitUs},
+                           {"most", static_cast<double>(source.report.lag->mostUs) / LagUnitUs}};
+    }
     return object;
 }
 
@@ -107,6 +117,32 @@ QStringList remarksOn(const Summary::Archive& archive)
                          .arg(recordings(archive.unregistered), archive.waiting > 0 ? QString() : why);
     }
     return sentences;
+}
+
+QString lagText(long long microseconds)
+{
+    return QStringLiteral("%1 ms").arg(static_cast<double>(microseconds) / LagUnitUs, 0, 'f', 1);
+}
+
+QString counted(const Summary::SourceResult& source)
+{
+    const SourceReport& report = source.report;
+    QString sentence = QStringLiteral("%1: %2 used, %3 skipped, %4 bad")
+                           .arg(source.name)
+                           .arg(report.used)
+                           .arg(report.skipped)
+                           .arg(report.bad);
+    if (report.live) {
+        sentence += QStringLiteral(", %1 lost, %2")
+                        .arg(report.lost)
+                        .arg(report.reconnects == 1 ? QStringLiteral("1 reconnect")
+                                                    : QStringLiteral("%1 reconnects").arg(report.reconnects));
+    }
+    if (report.lag) {
+        sentence += QStringLiteral("; %1 behind its own clock, at most %2")
+                        .arg(lagText(report.lag->middleUs), lagText(report.lag->mostUs));
+    }
+    return sentence;
 }
 
 QString fileLine(const Summary::File& file)
@@ -183,12 +219,9 @@ QStringList Summary::remarks(bool counts) const
 {
     QStringList sentences;
     for (const SourceResult& source : sources) {
-        if (source.report.bad > 0 || (counts && source.report.lines)) {
-            sentences += QStringLiteral("%1: %2 used, %3 skipped, %4 bad")
-                             .arg(source.name)
-                             .arg(source.report.used)
-                             .arg(source.report.skipped)
-                             .arg(source.report.bad);
+        const SourceReport& report = source.report;
+        if (report.bad > 0 || report.lost > 0 || (counts && (report.lines || report.live))) {
+            sentences += counted(source);
         }
     }
     for (const File& file : files) {

@@ -1,7 +1,9 @@
 // Opening a file or the standard input; a wish to stop ends the read.
 #include "input/byteinput.h"
 
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include <QFileInfo>
 
@@ -20,6 +22,14 @@ ByteInput openInput(const std::string& file)
 ByteInput openText(const std::string& file)
 {
     return unpackedWhereNeeded(openInput(file), inputName(file));
+}
+
+bool isStream(const std::string& file)
+{
+    std::error_code error;  // what cannot be looked at is told when it is opened
+    const auto status = std::filesystem::status(std::filesystem::path(std::u8string(file.begin(), file.end())), error);
+    return file == "-" || std::filesystem::is_fifo(status) || std::filesystem::is_character_file(status) ||
+           std::filesystem::is_socket(status);
 }
 
 std::string inputName(const std::string& file)

@@ -25,6 +25,10 @@ class DamagedInput : public std::runtime_error {
 /// The same of a text: where the bytes begin as those of gzip or Zstandard do, they are unpacked as they are read.
 [[nodiscard]] ByteInput openText(const std::string& file);
 
+/// Whether a file is no file but a pipe, a device or the standard input, which give what they have as it comes.
+/// @param file UTF-8
+[[nodiscard]] bool isStream(const std::string& file);
+
 /// How messages name an input.
 [[nodiscard]] std::string inputName(const std::string& file);
 /// The name of a file of text without folders, suffix and what tells of its being packed: "night" of "/r/night.csv.gz".

@@ -28,8 +28,6 @@ using Deadline = std::chrono::steady_clock::time_point;
 [[nodiscard]] bool waitToRead(int descriptor, Deadline deadline);
 /// @throws Stopped
 void pauseUntil(Deadline deadline);
-/// System clock, microseconds since 1970 UTC: the station's own clock shows the time of the last step.
-[[nodiscard]] unsigned long long systemTimeUs();
 
 /// One thread at a time. Every wait ends at once with Stopped when the process is asked to stop.
 class Connection {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "live/connection.h"
 
@@ -20,18 +21,15 @@ public:
     void put(std::string_view bytes);
     /// The next whole line, without line feed and carriage return; good until the next call of anything here.
     [[nodiscard]] std::optional<std::string_view> next();
-    [[nodiscard]] bool holdsLine() const;  ///< next gives one
+    [[nodiscard]] bool holdsLine() const { return m_bytes.find('\n', m_taken) != std::string::npos; }
     [[nodiscard]] std::uint64_t tooLong() const { return m_tooLong; }
     void clear();  ///< forgets what was put in, for a new connection; not the count
 
 private:
-    void compact();
-
     std::size_t m_longest;
     std::string m_bytes;
-    std::size_t m_taken = 0;     // of m_bytes
-    std::size_t m_searched = 0;  // there is no line feed before
-    bool m_dropping = false;     // up to the next line feed
+    std::size_t m_taken = 0;  // of m_bytes
+    bool m_dropping = false;  // up to the next line feed
     std::uint64_t m_tooLong = 0;
 };
 
@@ -46,13 +44,15 @@ public:
     /// Waits for the next line. It is good until the next call of anything here.
     /// @return nothing when the deadline passed before @throws as Connection::read
     [[nodiscard]] std::optional<std::string_view> next(Deadline deadline);
-    /// Whether next need not wait: what a flood brought is taken in one step.
+    /// A line has come already: what a flood brought is taken in one step, with next(Deadline::min()), which never
+    /// waits.
     [[nodiscard]] bool holdsLine() const { return m_lines.holdsLine(); }
     [[nodiscard]] std::uint64_t tooLong() const { return m_lines.tooLong(); }
 
 private:
     Connection m_connection;
     LineSplitter m_lines;
+    std::vector<char> m_buffer;
 };
 
 }  // namespace RecStation

@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "clock.h"
 #include "sources/source.h"
 
 namespace RecStation {

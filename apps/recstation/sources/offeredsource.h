@@ -1,6 +1,7 @@
 // A source as the program knows it: its name, its help, its options, and how it is made of them.
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -10,6 +11,7 @@
 
 #include "configuration.h"
 #include "input/badlines.h"
+#include "input/byteinput.h"
 #include "sources/source.h"
 
 namespace CLI {
@@ -64,6 +66,8 @@ public:
     /// The options are filled when the command is parsed; until then this must live.
     virtual void addOptions(CLI::App& command) = 0;
     [[nodiscard]] virtual bool readsStandardInput() const = 0;
+    /// Has a peer, or reads nothing but pipes and devices.
+    [[nodiscard]] virtual bool isLive() const = 0;
     [[nodiscard]] virtual std::unique_ptr<Source> make(const SourceRun& run) const = 0;
 
 private:
@@ -87,6 +91,16 @@ public:
             return m_options.file == "-";
         } else {
             return false;
+        }
+    }
+    [[nodiscard]] bool isLive() const override
+    {
+        if constexpr (requires { isStream(m_options.file); }) {
+            return isStream(m_options.file);
+        } else if constexpr (requires { isStream(m_options.files.front()); }) {
+            return std::all_of(m_options.files.begin(), m_options.files.end(), isStream);
+        } else {
+            return traits().live;
         }
     }
     [[nodiscard]] std::unique_ptr<Source> make(const SourceRun& run) const override { return m_make(m_options, run); }

@@ -1,0 +1,124 @@
+// From connecting to losing a peer, and back.
+#include "live/peersource.h"
+
+#include <utility>
+
+namespace RecStation {
+
+namespace {
+
+// Of a peer that comes and goes all the time; all are counted.
+constexpr std::uint64_t MostTold = 20;
+
+}  // namespace
+
+PeerSource::PeerSource(const char* name, std::string peer, const SourceRun& run)
+    : m_name(QString::fromLatin1(name)), m_peer(std::move(peer)), m_report(run.hooks.report), m_times(run.sourceTime)
+{
+}
+
+QString PeerSource::name() const
+{
+    return m_name;
+}
+
+void PeerSource::say(const std::string& clause) const
+{
+    m_report(QStringLiteral("%1 %2: %3").arg(m_name, QString::fromStdString(m_peer), QString::fromStdString(clause)));
+}
+
+std::optional<unsigned long long> PeerSource::nextTime()
+{
+    try {
+        for (;;) {
+            if (!m_connected && m_missing) {
+                pauseUntil(in(m_retry.next()));
+            }
+            if (!m_connected && !tryToConnect()) {
+                continue;
+            }
+            if (const auto received = tryToReceive()) {
+                return m_times.take(*received);
+            }
+            if (m_toForget) {
+                return m_times.take({systemTimeUs(), std::nullopt});
+            }
+        }
+    } catch (const Stopped&) {
+        disconnect();
+        return std::nullopt;
+    }
+}
+
+bool PeerSource::tryToConnect()
+{
+    try {
+        connect();
+        m_connected = true;
+    } catch (const ConnectionError& error) {
+        disconnect();
+        tellMissing(error.what());
+    }
+    return m_connected;
+}
+
+std::optional<Received> PeerSource::tryToReceive()
+{
+    try {
+        const Received received = receive();
+        m_retry.reset();
+        tellBack();
+        return received;
+    } catch (const ConnectionError& error) {
+        disconnect();
+        m_connected = false;
+        m_toForget = m_known && !m_missing;
+        tellMissing(error.what());
+        return std::nullopt;
+    }
+}
+
+void PeerSource::tellMissing(const std::string& why)
+{
+    if (std::exchange(m_missing, true)) {
+        return;
+    }
+    ++m_losses;
+    if (m_losses <= MostTold) {
+        say(why + "; trying again");
+    }
+    if (m_losses == MostTold) {
+        say("it comes and goes; from here on that is only counted");
+    }
+}
+
+void PeerSource::tellBack()
+{
+    if (std::exchange(m_missing, false)) {
+        m_reconnects += m_known ? 1 : 0;
+        if (m_losses < MostTold) {
+            say(m_known ? "connected again" : "connected");
+        }
+    }
+    m_known = true;
+}
+
+void PeerSource::step()
+{
+    if (std::exchange(m_toForget, false)) {
+        forget();
+    } else {
+        apply();
+    }
+}
+
+SourceReport PeerSource::report() const
+{
+    SourceReport report = counts();
+    report.live = true;
+    report.reconnects = m_reconnects;
+    report.lag = m_times.lag();
+    return report;
+}
+
+}  // namespace RecStation
