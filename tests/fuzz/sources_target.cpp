@@ -135,7 +135,8 @@ void runSweep(const std::string& input)
     const ScratchFile file(input);
     for (const char* bins : {"centre", "lower"}) {
         const values::Tree tree;
-        auto options = fileOptions<RecStation::SweepOptions>(file);
+        RecStation::SweepOptions options;
+        options.files = {file.path()};
         options.binFrequency = bins;
         tolerating([&] { play(*makeSweepSource(options, ignore), input.size()); });
     }

@@ -19,7 +19,8 @@ BadLines::BadLines(std::string source, bool strict, InputReport report)
 void BadLines::add(std::size_t line, const std::string& problem)
 {
     ++m_count;
-    const std::string sentence = "line " + std::to_string(line) + ": " + problem;
+    const std::string sentence =
+        (m_input.empty() ? "line " : m_input + ": line ") + std::to_string(line) + ": " + problem;
     if (m_strict) {
         throw std::runtime_error(m_source + ": " + sentence + " (--strict allows no bad line)");
     }

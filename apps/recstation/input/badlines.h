@@ -6,6 +6,7 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include <QString>
 
@@ -25,6 +26,8 @@ public:
     /// @param strict the first bad line is thrown
     BadLines(std::string source, bool strict, InputReport report);
 
+    /// From now on messages about lines name this input too, one of several; empty: none.
+    void nameInput(std::string name) { m_input = std::move(name); }
     /// Counts a bad line and tells of it while it is one of the first twenty.
     /// @throws std::runtime_error with the same sentence when strict
     void add(std::size_t line, const std::string& problem);
@@ -36,6 +39,7 @@ public:
 
 private:
     std::string m_source;
+    std::string m_input;
     bool m_strict;
     InputReport m_report;
     std::uint64_t m_count = 0;

@@ -11,12 +11,23 @@ namespace RecStation {
 
 using TerminalText::acceptedIf;
 
+namespace {
+
+std::string refuseRecording(const std::string& name)
+{
+    return name.ends_with(".rec") ? name + " is a recording; rectool shows it" : std::string();
+}
+
+}  // namespace
+
 CLI::Option* addInputFile(CLI::App& command, std::string& file, const char* description)
 {
-    const auto noRecording = [](const std::string& name) {
-        return name.ends_with(".rec") ? name + " is a recording; rectool shows it" : std::string();
-    };
-    return command.add_option("FILE", file, description)->required()->check(noRecording, "");
+    return command.add_option("FILE", file, description)->required()->check(refuseRecording, "");
+}
+
+CLI::Option* addInputFiles(CLI::App& command, std::vector<std::string>& files, const char* description)
+{
+    return command.add_option("FILE", files, description)->required()->check(refuseRecording, "");
 }
 
 void addUtcOffset(CLI::App& command, std::string& offset, const char* description)

@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -13,6 +14,8 @@ namespace RecStation {
 
 /// FILE, which must be given; a recording is none, whatever the source would make of its bytes.
 CLI::Option* addInputFile(CLI::App& command, std::string& file, const char* description);
+/// FILE..., one at least, of which none is a recording.
+CLI::Option* addInputFiles(CLI::App& command, std::vector<std::string>& files, const char* description);
 /// --utc-offset
 void addUtcOffset(CLI::App& command, std::string& offset, const char* description);
 /// --start, told in microseconds since 1970 UTC

@@ -40,10 +40,13 @@ public:
     {
     }
 
+    /// From now on what is thrown names this input too, one of several; empty: none.
+    void nameInput(std::string name) { m_input = std::move(name); }
     /// Notes the time of a row.
     /// @return the latest so far
     /// @throws std::runtime_error that names the line when strict
     unsigned long long take(unsigned long long time, std::size_t line);
+    [[nodiscard]] unsigned long long latest() const { return m_latest; }
     [[nodiscard]] std::uint64_t rowsBack() const { return m_rows; }
     /// How many rows go back, by how much, from where to where.
     [[nodiscard]] std::string sentence() const;
@@ -52,6 +55,7 @@ public:
 
 private:
     std::string m_source;
+    std::string m_input;
     bool m_strict;
     std::optional<unsigned long long> m_splitGapUs;
     unsigned long long m_latest = 0;

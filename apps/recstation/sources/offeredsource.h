@@ -74,7 +74,8 @@ private:
     SourceTraits m_traits;
 };
 
-/// @tparam Options what the command line says; a member "file" is "-" for the standard input
+/// @tparam Options what the command line says; a member "file", or the only one of "files", is "-" for the standard
+/// input
 template <typename Options>
 class SourceWith final : public OfferedSource {
 public:
@@ -89,6 +90,8 @@ public:
     {
         if constexpr (requires { m_options.file; }) {
             return m_options.file == "-";
+        } else if constexpr (requires { m_options.files; }) {
+            return m_options.files.size() == 1 && m_options.files.front() == "-";
         } else {
             return false;
         }

@@ -85,7 +85,7 @@ TEST(CommandLine, OptionsBelongToTheSourceBeforeThem)
                                    "b.log", "--date", "2026-11-21", "--fix-week-rollover", "bearings", "c.csv",
                                    "--strict", "--utc-offset", "-05:00", "-o", "d"});
     ASSERT_TRUE(of<SweepOptions>(options) && of<NmeaOptions>(options) && of<BearingsOptions>(options));
-    EXPECT_EQ(of<SweepOptions>(options)->file, "a.csv");
+    EXPECT_THAT(of<SweepOptions>(options)->files, ElementsAre("a.csv"));
     EXPECT_EQ(of<SweepOptions>(options)->utcOffset, "+01:00");
     EXPECT_EQ(of<SweepOptions>(options)->binFrequency, "lower");
     EXPECT_FALSE(of<SweepOptions>(options)->strict);

@@ -35,7 +35,7 @@ protected:
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(QByteArray::fromStdString(text));
         file.close();
-        m_options.file = file.fileName().toStdString();
+        m_options.files = {file.fileName().toStdString()};
         m_source = makeSweepSource(m_options,
                                    [this](const QString& sentence) { m_reports.push_back(sentence.toStdString()); });
         m_source->prepare();

@@ -16,12 +16,13 @@ The rows of a sweep are put together to one RF spectrum. rtl_power, hackrf_sweep
 
 Examples:
   recstation -o recordings sweep night.csv --utc-offset +01:00
+  recstation -o recordings sweep night*.csv         in the order of their times
   hackrf_sweep -f 2400:2500 | recstation -o recordings sweep -)";
 
 void addSweepOptions(CLI::App& command, SweepOptions& options)
 {
     command.footer(SweepExample);
-    addInputFile(command, options.file, "Rows as CSV; - is the standard input");
+    addInputFiles(command, options.files, "Rows as CSV, one file or several; - is the standard input");
     addUtcOffset(command, options.utcOffset, "How far the rows' times are ahead of UTC, as -05:00");
     command
         .add_option("--bin-frequency", options.binFrequency,

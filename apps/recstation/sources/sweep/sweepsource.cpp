@@ -9,9 +9,11 @@
 
 #include <system/stopsignal.h>
 
+#include "input/isotime.h"
 #include "input/linereader.h"
 #include "input/timeorder.h"
 #include "sources/sweep/sweepassembly.h"
+#include "sources/sweep/sweepfiles.h"
 #include "sources/sweep/sweeprow.h"
 #include "sources/sweep/sweepvalues.h"
 
@@ -20,9 +22,6 @@ namespace RecStation {
 namespace {
 
 Q_LOGGING_CATEGORY(sweepLog, "recstation.sweep")
-
-// A row of a million values fits.
-constexpr std::size_t LongestRow = std::size_t{16} * 1024 * 1024;
 
 class SweepSource final : public Source {
 public:
@@ -48,6 +47,8 @@ public:
 private:
     [[nodiscard]] bool readSweep();
     [[nodiscard]] bool readRow();
+    void endFile();
+    void tellOverlap();
     void endInput();
     void takeSweep();
 
@@ -56,13 +57,14 @@ private:
     TimeOrder m_order;  // of the rows
     SweepRowParser m_parser;
     SweepAssembly m_assembly;
-    std::unique_ptr<LineReader> m_lines;
+    std::optional<SweepFiles> m_files;
     std::unique_ptr<SweepValues> m_values;
     SweepRow m_row;             // read last
     bool m_rowWaits = false;    // for the sweep before to be shown
     Sweep m_sweep;              // put together last
     bool m_sweepWaits = false;  // to be shown
     bool m_ended = false;
+    std::string m_fileBefore;  // until the first row of the next one has come
     std::uint64_t m_used = 0;
     std::uint64_t m_skipped = 0;
     std::uint64_t m_sweeps = 0;
@@ -71,8 +73,10 @@ private:
 
 void SweepSource::prepare()
 {
-    m_lines = std::make_unique<LineReader>(openText(m_options.file), LongestRow);
-    const QString device = m_options.file == "-" ? QStringLiteral("Sweep input") : textBaseName(m_options.file);
+    m_files.emplace(m_options.files, m_options.utcOffset, [this](const std::string& told) { m_bad.say(told); });
+    m_bad.nameInput(m_files->name());
+    m_order.nameInput(m_files->name());
+    const QString device = m_files->isLive() ? QStringLiteral("Sweep input") : textBaseName(m_files->first());
     m_values = std::make_unique<SweepValues>(device, m_options.valuePath);
 }
 
@@ -84,7 +88,7 @@ std::optional<unsigned long long> SweepSource::nextTime()
     return m_sweepWaits ? std::optional(m_sweep.time) : std::nullopt;
 }
 
-// Reads up to the end of a sweep, which waits then; false at the end of the input.
+// Reads up to the end of a sweep, which waits then; false at the end of the last input.
 bool SweepSource::readSweep()
 {
     while (!m_assembly.complete()) {
@@ -94,7 +98,7 @@ bool SweepSource::readSweep()
                     m_assembly.add(m_row);
                     ++m_used;
                 } catch (const LineError& error) {
-                    m_bad.add(m_lines->number(), error.what());
+                    m_bad.add(m_files->lines().number(), error.what());
                 }
                 continue;
             }
@@ -102,8 +106,10 @@ bool SweepSource::readSweep()
         } else if (System::StopSignal::requested()) {
             return false;
         } else {
-            m_ended = true;
-            m_assembly.noteLoss();
+            endFile();
+            if (m_assembly.empty() && !m_ended) {
+                continue;
+            }
         }
         break;
     }
@@ -119,7 +125,8 @@ bool SweepSource::readSweep()
 bool SweepSource::readRow()
 {
     for (;;) {
-        const LineReader::Result result = m_lines->next();
+        LineReader& lines = m_files->lines();
+        const LineReader::Result result = lines.next();
         // A line that the wish to stop cut short is none.
         if (result == LineReader::Result::End || System::StopSignal::requested()) {
             return false;
@@ -129,17 +136,18 @@ bool SweepSource::readRow()
                 throw LineError("it is longer than 16 MiB");
             }
             if (result == LineReader::Result::Damaged) {
-                throw LineError(m_lines->problem());
+                throw LineError(lines.problem());
             }
-            if (!SweepRowParser::isNoRow(m_lines->line())) {
-                m_parser.parse(m_lines->line(), m_lines->terminated(), m_row);
-                static_cast<void>(m_order.take(m_row.time, m_lines->number()));
+            if (!SweepRowParser::isNoRow(lines.line())) {
+                m_parser.parse(lines.line(), lines.terminated(), m_row);
+                tellOverlap();
+                static_cast<void>(m_order.take(m_row.time, lines.number()));
                 return true;
             }
             ++m_skipped;
         } catch (const LineError& error) {
             m_assembly.noteLoss();
-            m_bad.add(m_lines->number(), error.what());
+            m_bad.add(lines.number(), error.what());
         }
     }
 }
@@ -161,14 +169,39 @@ void SweepSource::takeSweep()
     }
 }
 
+// A sweep does not go on from one file to the next.
+void SweepSource::endFile()
+{
+    if (!m_assembly.empty()) {
+        m_assembly.noteLoss();
+    }
+    const std::string before = m_files->name();
+    m_ended = !m_files->openNext();
+    if (!m_ended) {
+        m_fileBefore = before;
+        m_bad.nameInput(m_files->name());
+        m_order.nameInput(m_files->name());
+    }
+}
+
+// With the first row of a file.
+void SweepSource::tellOverlap()
+{
+    const std::string before = std::exchange(m_fileBefore, {});
+    if (!before.empty() && m_row.time < notBefore(m_order.latest(), m_row.time, m_options.splitGapUs)) {
+        m_bad.say(m_files->name() + " begins " + spanText(m_order.latest() - m_row.time) + " before " + before +
+                  " ends, at " + utcText(m_row.time) + ": what overlaps is recorded at " + utcText(m_order.latest()));
+    }
+}
+
 void SweepSource::endInput()
 {
     m_bad.finish();
     m_order.finish(m_bad);
     if (m_sweeps == 0) {
-        throw std::runtime_error("sweep: " + inputName(m_options.file) + " holds no sweep (" +
-                                 std::to_string(m_skipped) + " lines skipped, " + std::to_string(m_bad.count()) +
-                                 " bad)");
+        throw std::runtime_error(
+            "sweep: " + (m_files->count() == 1 ? inputName(m_files->first()) + " holds" : "all files together hold") +
+            " no sweep (" + std::to_string(m_skipped) + " lines skipped, " + std::to_string(m_bad.count()) + " bad)");
     }
 }
 
@@ -201,24 +234,7 @@ std::optional<unsigned long long> SweepSource::unfinishedTime()
 
 std::optional<unsigned long long> SweepSource::lastTime()
 {
-    if (m_options.file == "-") {
-        return std::nullopt;
-    }
-    SweepRowParser parser(m_options.utcOffset);
-    LineReader lines(openText(m_options.file), LongestRow);
-    SweepRow row;
-    std::optional<unsigned long long> last;
-    for (auto result = lines.next(); result != LineReader::Result::End; result = lines.next()) {
-        try {
-            if (result == LineReader::Result::Line && !SweepRowParser::isNoRow(lines.line())) {
-                parser.parse(lines.line(), lines.terminated(), row);
-                last = std::max(last.value_or(0), row.time);
-            }
-        } catch (const LineError&) {
-            continue;  // told when it is played
-        }
-    }
-    return last;
+    return m_files->isLive() ? std::nullopt : m_files->lastTime();
 }
 
 }  // namespace

@@ -1,9 +1,10 @@
-// The "sweep" source: the CSV that sweep programs of receivers write, from a file or standard input.
+// The "sweep" source: the CSV that sweep programs of receivers write, from files or standard input.
 #pragma once
 
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <QString>
 
@@ -14,7 +15,7 @@ namespace RecStation {
 
 /// What the command line says.
 struct SweepOptions {
-    std::string file;                              ///< UTF-8; "-" is standard input
+    std::vector<std::string> files;                ///< UTF-8; "-", which stands alone, is standard input
     std::string utcOffset = "UTC";                 ///< local time minus UTC: "-05:00"
     std::string binFrequency = "centre";           ///< centre or lower: where in its bin a value's channel lies
     bool strict = false;                           ///< the first bad line ends the run
@@ -32,8 +33,11 @@ void logSweepReport(const QString& sentence);
 ///   the range of the sweeps; Scn/StartLevel, Scn/StopLevel, Adm/DRIVERNAME, Adm/DEVICE_TYPE
 ///
 /// A sweep ends where a row covers again what one of its rows covered, where a row of another time lies below all of
-/// them, at the end of the input, or, once two sweeps in a row had the same rows, with the last of these. A stop of the
+/// them, at the end of a file, or, once two sweeps in a row had the same rows, with the last of these. A stop of the
 /// process leaves what was read of a sweep as unfinished.
+///
+/// Several files are read in the order of the times of their first rows (SweepFiles); where one begins before the one
+/// before it ends, that is told.
 ///
 /// nextTime throws when the input holds no sweep, and with strict at the first bad line. Where times go back, nextTime
 /// and the map's time stamp stay at the latest time so far. Memory depends on the values of one sweep only.
