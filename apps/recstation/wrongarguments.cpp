@@ -72,12 +72,23 @@ std::string unknownWord(const CLI::App& app, const std::string& word, const std:
            (near.empty() ? ": the sources are " + listed(names) + ", and the name of a file stands behind one" : near);
 }
 
+// A source that takes several files takes its own name for one of them.
+bool isAmongItsFiles(const CLI::App& source)
+{
+    const CLI::Option* files = source.get_option_no_throw("FILE");
+    if (files == nullptr) {
+        return false;
+    }
+    const auto& named = files->results();
+    return std::find(named.begin(), named.end(), source.get_name()) != named.end();
+}
+
 }  // namespace
 
 std::string namedTwice(const CLI::App& app)
 {
     for (const CLI::App* source : app.get_subcommands({})) {
-        if (source->count() > 1) {
+        if (source->count() > 1 || isAmongItsFiles(*source)) {
             return "a run has one " + source->get_name() +
                    ": record the other in a run of its own, and join the recordings with rectool merge";
         }
