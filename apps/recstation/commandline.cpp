@@ -39,6 +39,7 @@ Examples:
   recstation -o recordings sweep night.csv nmea drive.log    the same with positions, merged by time
   recstation -o recordings --view iq capture.cu8 --rate 2M --centre 1090M --print-config >station.toml
   recstation station.toml                           the same run again
+  recstation check station.toml                     what it would record, and what is missing
   recstation station.toml --record receiver sim --seed 7    its recorders with another source
   receiver-driver | recstation -o recordings --journal power feed     outlives a power cut
   recstation -o recordings --no-recover sim         unfinished recordings there stay as they are
@@ -46,6 +47,9 @@ Examples:
 
 Recordings that an earlier run left unfinished in the directory are recovered first; the originals go into its folder
 "recovered".
+
+With the word "check" before everything else nothing is recorded: it tells which sources can be reached, which values
+and spectra they show, where recordings would go, and what is missing (exit code 3, or 2 where nothing would be recorded).
 
 Exit codes: 0 all is well, 1 wrong arguments, 2 nothing could be recorded or the run broke off,
 3 it ran, but input was bad or a file was not properly written.)";
@@ -102,6 +106,15 @@ void addFileOptions(CLI::App& app, Options& options)
         ->excludes(config);
     app.add_flag("--print-config", options.printConfig,
                  "Record nothing, but write the station's file that means the same as this command line");
+}
+
+void addCheckOptions(CLI::App& app, Options& options)
+{
+    constexpr double LongestWait = 86'400;
+    app.add_option("--wait", options.checkSeconds, "How long a source may take to show something")
+        ->type_name("TIME")
+        ->transform(inSeconds(0, LongestWait))
+        ->capture_default_str();
 }
 
 void addCommonOptions(CLI::App& app, Options& options)
@@ -258,9 +271,9 @@ bool namesSources(const CommandTree& tree)
 }
 
 /// Parses again, with the file's options in the place of those that were not given.
-CommandLine withFile(const StationFile& file, const CommandTree& given, std::vector<std::string> arguments)
+CommandLine withFile(const StationFile& file, const CommandTree& given, Task task, std::vector<std::string> arguments)
 {
-    CommandTree tree;
+    CommandTree tree(task);
     applyStation(file, given.app, tree);
     if (!namesSources(given)) {
         const std::vector<std::string> names = applySources(file, tree);
@@ -278,15 +291,22 @@ CommandLine withFile(const StationFile& file, const CommandTree& given, std::vec
 
 }  // namespace
 
-CommandTree::CommandTree()
-    : app("Records a receiver through the recorder plug-in.", "recstation"), offered(offeredSources())
+CommandTree::CommandTree(Task task)
+    : app(task == Task::Check ? "Tells what a run would record, and what is missing, and records nothing."
+                              : "Records a receiver through the recorder plug-in.",
+          task == Task::Check ? "recstation check" : "recstation"),
+      offered(offeredSources())
 {
     app.footer(MainExamples);
     app.allow_windows_style_options(false);  // the same arguments everywhere, paths that begin with "/" among them
     app.set_version_flag("--version", "recstation " RECSTATION_VERSION);
     app.fallthrough();
     app.require_subcommand(0, 0);
+    options.task = task;
     addCommonOptions(app, options);
+    if (task == Task::Check) {
+        addCheckOptions(app, options);
+    }
     for (const auto& source : offered) {
         CLI::App& command = *app.add_subcommand(source->traits().name, source->traits().description);
         source->addOptions(command);
@@ -296,9 +316,12 @@ CommandTree::CommandTree()
     noteTexts(app, texts);
 }
 
-CommandLine parseCommandLine(const std::vector<std::string>& arguments)
+CommandLine parseCommandLine(std::vector<std::string> arguments)
 {
-    CommandTree tree;
+    const bool checks = !arguments.empty() && arguments.front() == CheckWord;
+    const Task task = checks ? Task::Check : Task::Record;
+    arguments.erase(arguments.begin(), arguments.begin() + (checks ? 1 : 0));
+    CommandTree tree(task);
     const Parsed parsed = parsedTo(tree.app, arguments);
     if (parsed.ended) {
         return *parsed.ended;
@@ -308,7 +331,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
         if (content) {
             const StationFile file = readStationFile(tree.options.file.path, *content);
             if (file.startsSources) {
-                return withFile(file, tree, arguments);
+                return withFile(file, tree, task, arguments);
             }
             takeRecorders(file, true, tree.options);
         }

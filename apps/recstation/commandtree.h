@@ -18,7 +18,7 @@ using GivenTexts = std::map<const CLI::Option*, std::vector<std::string>>;
 
 /// It must not move: the parser writes into it.
 struct CommandTree {
-    CommandTree();
+    explicit CommandTree(Task task);
     CommandTree(const CommandTree&) = delete;
     CommandTree& operator=(const CommandTree&) = delete;
     ~CommandTree() = default;

@@ -20,6 +20,11 @@ enum class ExitCode : std::uint8_t {
     Incomplete = 3,  ///< it ran, but input was bad or a file is not properly written
 };
 
+enum class Task : std::uint8_t {
+    Record,
+    Check,  ///< tell what would be recorded
+};
+
 /// The file that a run was started with.
 struct GivenFile {
     std::string path;                    ///< empty: none
@@ -34,6 +39,7 @@ struct GivenFile {
 /// All texts are UTF-8.
 struct Options {
     std::string plugin;  ///< empty: the one beside the program
+    Task task = Task::Record;
     GivenFile file;
     bool printConfig = false;
     std::string output;                     ///< empty: as configured
@@ -51,9 +57,10 @@ struct Options {
     bool allowGap = false;    ///< record sources together that measured at other times
     std::string splitOnGap;   ///< as it was given; empty: do not
     std::optional<unsigned long long>
-        splitGapUs;       ///< the same: begin new recordings where time leaps farther, to and fro
-    bool recover = true;  ///< recordings that earlier runs left unfinished
-    std::string journal;  ///< "process", "power" or "off"; empty: as configured
+        splitGapUs;           ///< the same: begin new recordings where time leaps farther, to and fro
+    bool recover = true;      ///< recordings that earlier runs left unfinished
+    std::string journal;      ///< "process", "power" or "off"; empty: as configured
+    double checkSeconds = 5;  ///< how long a source may take to show something, in a check
     ChosenSources sources;
 };
 

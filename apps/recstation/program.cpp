@@ -6,6 +6,7 @@
 
 #include <system/program.h>
 
+#include "check/check.h"
 #include "commandline.h"
 #include "progress.h"
 #include "station.h"
@@ -59,7 +60,11 @@ ExitCode record(const Options& options)
 ExitCode runProgram(const std::vector<std::string>& arguments)
 {
     const CommandLine commandLine = parseCommandLine(arguments);
-    return commandLine.options ? record(*commandLine.options) : commandLine.exitCode;
+    if (!commandLine.options) {
+        return commandLine.exitCode;
+    }
+    const Options& options = *commandLine.options;
+    return options.task == Task::Check ? checkStation(options) : record(options);
 }
 
 }  // namespace RecStation

@@ -35,6 +35,7 @@ public:
     /// @throws UsageError when there is none of a name
     void choose(const std::vector<std::string>& names, const ChosenSources& sources);
     [[nodiscard]] bool haveChosen() const { return !m_chosen.empty(); }
+    [[nodiscard]] const std::vector<Recorder*>& chosen() const { return m_chosen; }
 
     /// @throws std::runtime_error that says why, when none of the chosen can record and no source switches one on
     void startChosen();

@@ -18,8 +18,6 @@
 
 namespace RecStation {
 
-namespace {
-
 Configuration loadConfiguration(const Options& options)
 {
     const GivenFile& file = options.file;
@@ -58,11 +56,6 @@ void requireOneInput(const ChosenSources& sources)
     }
 }
 
-std::string nameOf(const OfferedSource& source)
-{
-    return source.traits().name;
-}
-
 // Whatever has a peer goes on without end: what only pipes give is merged by arrival when there are several of them.
 bool isLiveRun(const Options& options)
 {
@@ -72,7 +65,7 @@ bool isLiveRun(const Options& options)
     const auto file =
         std::find_if(sources.begin(), sources.end(), [](const auto& source) { return !source->isLive(); });
     if (peer != sources.end() && file != sources.end()) {
-        throw UsageError(nameOf(**file) + " does not go with " + nameOf(**peer) +
+        throw UsageError(std::string((*file)->traits().name) + " does not go with " + (*peer)->traits().name +
                          ", which is live: record it in a run of its own, and join the recordings with rectool merge");
     }
     const bool live = peer != sources.end() || (sources.size() > 1 && file == sources.end());
@@ -87,18 +80,24 @@ bool isLiveRun(const Options& options)
     return live;
 }
 
-// Two sources would tear each other's spectrum down with every change.
-void requireOwnSpectra(const std::vector<std::unique_ptr<Source>>& sources)
+void requireOwnSpectra(const QString& one, const QStringList& spectraOfOne, const QString& other,
+                       const QStringList& spectraOfOther)
+{
+    for (const QString& path : spectraOfOther) {
+        if (spectraOfOne.contains(path)) {
+            throw UsageError(one.toStdString() + " and " + other.toStdString() + " both show the spectrum " +
+                             path.toStdString() + ": run them one after the other");
+        }
+    }
+}
+
+namespace {
+
+void requireApart(const std::vector<std::unique_ptr<Source>>& sources)
 {
     for (std::size_t i = 0; i < sources.size(); ++i) {
         for (std::size_t j = 0; j < i; ++j) {
-            for (const QString& path : sources[i]->spectra()) {
-                if (sources[j]->spectra().contains(path)) {
-                    throw UsageError(sources[j]->name().toStdString() + " and " + sources[i]->name().toStdString() +
-                                     " both show the spectrum " + path.toStdString() +
-                                     ": run them one after the other");
-                }
-            }
+            requireOwnSpectra(sources[j]->name(), sources[j]->spectra(), sources[i]->name(), sources[i]->spectra());
         }
     }
 }
@@ -144,7 +143,7 @@ Station::Station(const Options& options, Messages& messages)
         makeDirectory(QString::fromStdString(options.output));
     }
     addSources(options);
-    requireOwnSpectra(m_scheduler->sources());
+    requireApart(m_scheduler->sources());
     if (options.splitGapUs) {
         m_scheduler->tellGaps(*options.splitGapUs, [this](unsigned long long time) { beginAnew(time); });
     }

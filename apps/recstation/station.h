@@ -25,6 +25,20 @@
 
 namespace RecStation {
 
+/// The recorders that the options ask for, loaded into the configuration centre.
+/// @throws std::runtime_error with file, line and key where known
+[[nodiscard]] Configuration loadConfiguration(const Options& options);
+/// @throws UsageError when two sources would read the standard input
+void requireOneInput(const ChosenSources& sources);
+
+/// Whether the sources are merged by arrival.
+/// @throws UsageError when they or the options do not go together
+[[nodiscard]] bool isLiveRun(const Options& options);
+/// Two sources would tear each other's spectrum down with every change.
+/// @throws UsageError when they have one in common
+void requireOwnSpectra(const QString& one, const QStringList& spectraOfOne, const QString& other,
+                       const QStringList& spectraOfOther);
+
 /// At most one at a time: it puts the value tree and the clock of the process in force.
 class Station {
 public:

@@ -1,0 +1,56 @@
+// What a check found: sources with their values, recorders with what they lack.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include <QString>
+#include <QStringList>
+
+namespace RecStation {
+
+/// A value of the tree that a source made or changed.
+struct FoundValue {
+    QString path;
+    QString text;             ///< what it was at last; of a map empty
+    bool unknown = false;     ///< it never was anything but "not a number"
+    std::uint64_t shown = 0;  ///< changes to something known
+    double perSecond = 0;     ///< by the source's own clock; 0: not to be told
+    std::size_t cells = 0;    ///< of a map's channel range; 0 for everything else
+    double lowestHz = 0;      ///< of that range
+    double highestHz = 0;
+};
+
+struct FoundSource {
+    QString name;
+    QString problem;      ///< why it shows nothing; empty where it does
+    QStringList remarks;  ///< what it reported, the first few
+    std::vector<FoundValue> values;
+};
+
+/// What a recording needs and nobody shows.
+struct FoundLack {
+    QStringList keywords;
+    QString why;
+};
+
+struct FoundRecorder {
+    QString name;
+    bool on = false;  ///< would be switched on
+    QString directory;
+    bool isMade = false;  ///< the directory, at the start
+    std::optional<std::int64_t> freeBytes;
+    QString problem;                ///< why it cannot record there; else empty
+    std::vector<QString> keywords;  ///< that it would record, by their names
+    std::vector<FoundLack> lacks;
+};
+
+struct Findings {
+    QString failure;  ///< why nothing could be checked; else empty
+    std::vector<FoundSource> sources;
+    std::vector<FoundRecorder> recorders;
+};
+
+}  // namespace RecStation
