@@ -116,7 +116,7 @@ values::Bearing toEntry(const FeedCell& cell, const values::Bearing* /*tag*/)
 }
 
 template <typename Entry, typename Map>
-void setCells(Map& map, const FeedChange& change, unsigned long long startTime)
+void setCells(Map& map, const FeedChange& change)
 {
     const std::size_t channels = map.size();
     if (change.firstCell > channels || change.cells->size() > channels - change.firstCell) {
@@ -131,10 +131,10 @@ void setCells(Map& map, const FeedChange& change, unsigned long long startTime)
     for (const FeedCell& cell : *change.cells) {
         entries.push_back(toEntry(cell, static_cast<const Entry*>(nullptr)));
     }
-    map.SetCells(change.firstCell, entries, change.ownTimeUs ? startTime + *change.ownTimeUs : 0);
+    map.SetCells(change.firstCell, entries, change.ownTime ? change.ownTime->us : 0);
 }
 
-void applyMap(values::ValueBase& value, const FeedChange& change, unsigned long long startTime)
+void applyMap(values::ValueBase& value, const FeedChange& change)
 {
     if (change.range) {
         as<values::MappingBase>(value, "range", "a level or bearing map").SetChannelRange(*change.range);
@@ -143,17 +143,17 @@ void applyMap(values::ValueBase& value, const FeedChange& change, unsigned long 
         return;
     }
     if (auto* bearings = dynamic_cast<BearingMap*>(&value)) {
-        setCells<values::Bearing>(*bearings, change, startTime);
+        setCells<values::Bearing>(*bearings, change);
     } else {
-        setCells<float>(as<LevelMap>(value, "cells", "a level or bearing map"), change, startTime);
+        setCells<float>(as<LevelMap>(value, "cells", "a level or bearing map"), change);
     }
 }
 
-void applyChange(values::ValueBase& value, const FeedChange& change, unsigned long long startTime)
+void applyChange(values::ValueBase& value, const FeedChange& change)
 {
     applyNumber(value, change);
     applySelection(value, change);
-    applyMap(value, change, startTime);
+    applyMap(value, change);
 }
 
 std::unique_ptr<values::ValueBase> makeValue(const FeedCreate& create)
@@ -179,7 +179,7 @@ std::unique_ptr<values::ValueBase> makeValue(const FeedCreate& create)
 }
 
 // The value gets its initial state before it enters the tree: a line that fails leaves nothing behind.
-void createValue(values::Tree& tree, const QString& path, const FeedCreate& create, unsigned long long startTime)
+void createValue(values::Tree& tree, const QString& path, const FeedCreate& create)
 {
     if (tree.Find(path) != nullptr) {
         failValue(QStringLiteral("%1 exists already").arg(path));
@@ -187,7 +187,7 @@ void createValue(values::Tree& tree, const QString& path, const FeedCreate& crea
     const int slash = path.lastIndexOf(QLatin1Char('/'));
     std::unique_ptr<values::ValueBase> value = makeValue(create);
     value->SetName(path.mid(slash + 1));
-    applyChange(*value, create.initial, startTime);
+    applyChange(*value, create.initial);
     tree.Insert(path.left(slash + 1), value.get());
     static_cast<void>(value.release());  // the tree's now
 }
@@ -203,12 +203,12 @@ values::ValueBase& findValue(const values::Tree& tree, const QString& path)
 
 }  // namespace
 
-void applyFeedLine(values::Tree& tree, const FeedLine& line, unsigned long long startTime)
+void applyFeedLine(values::Tree& tree, const FeedLine& line)
 {
     if (const auto* create = std::get_if<FeedCreate>(&line.action)) {
-        createValue(tree, line.path, *create, startTime);
+        createValue(tree, line.path, *create);
     } else if (const auto* change = std::get_if<FeedChange>(&line.action)) {
-        applyChange(findValue(tree, line.path), *change, startTime);
+        applyChange(findValue(tree, line.path), *change);
     } else if (std::holds_alternative<FeedRemove>(line.action)) {
         if (findValue(tree, line.path).GetName().startsWith(QLatin1String("REC_"))) {
             failValue(

@@ -9,8 +9,8 @@ namespace RecStation {
 
 /// Creates, changes or removes the value that the line names. A change is made property by property, each with its
 /// notification: limits, offset, value; items, selection; range, cells.
-/// @param startTime microseconds since 1970 UTC of the feed's time 0
+/// @param line its times are absolute
 /// @throws LineError when the value is missing, taken or of another kind; what was done before stays
-void applyFeedLine(values::Tree& tree, const FeedLine& line, unsigned long long startTime);
+void applyFeedLine(values::Tree& tree, const FeedLine& line);
 
 }  // namespace RecStation

@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "input/badlines.h"
+#include "input/isotime.h"
 
 namespace RecStation::FeedFields {
 
@@ -114,12 +115,20 @@ std::optional<double> optionalNumber(const Json& object, std::string_view key)
     return value == nullptr ? std::nullopt : std::optional<double>(number(*value, key, "a number"));
 }
 
-unsigned long long time(const Json& value, std::string_view key)
+FeedTime time(const Json& value, std::string_view key)
 {
     constexpr double MicrosecondsPerMillisecond = 1000;
     constexpr double Half = 0.5;
-    const double ms = numberBetween(value, key, 0, LatestMs, "milliseconds from 0 on");
-    return static_cast<unsigned long long>(ms * MicrosecondsPerMillisecond + Half);
+    const std::string expected = R"(milliseconds from 0 on, or a time such as "2026-03-01T08:00:00.25Z")";
+    if (value.is_string()) {
+        const auto absolute = parseIsoTime(value.get_ref<const std::string&>());
+        if (!absolute) {
+            failExpected(key, expected);
+        }
+        return {*absolute, true};
+    }
+    const double ms = numberBetween(value, key, 0, LatestMs, expected);
+    return {static_cast<unsigned long long>(ms * MicrosecondsPerMillisecond + Half), false};
 }
 
 }  // namespace RecStation::FeedFields

@@ -12,6 +12,16 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+namespace RecStation {
+
+/// A moment as a feed tells it.
+struct FeedTime {
+    unsigned long long us = 0;  ///< microseconds
+    bool absolute = false;      ///< since 1970 UTC; otherwise on the feed's own clock
+};
+
+}  // namespace RecStation
+
 namespace RecStation::FeedFields {
 
 using Json = nlohmann::json;
@@ -34,6 +44,6 @@ void refuseOtherKeys(const Json& object, const Keys& allowed, const std::string&
 [[nodiscard]] std::int32_t integer(const Json& value, std::string_view key);
 [[nodiscard]] std::size_t count(const Json& value, std::string_view key);  ///< of channels
 [[nodiscard]] QString text(const Json& value, std::string_view key, const std::string& expected = "a text");
-[[nodiscard]] unsigned long long time(const Json& value, std::string_view key);  ///< milliseconds. @return microseconds
+[[nodiscard]] FeedTime time(const Json& value, std::string_view key);  ///< milliseconds, or an ISO 8601 text
 
 }  // namespace RecStation::FeedFields

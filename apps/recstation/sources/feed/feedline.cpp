@@ -177,7 +177,7 @@ void readMapKeys(const Json& line, FeedChange& change)
         change.firstCell = count(*value, "first");
     }
     if (const Json* value = find(line, "time")) {
-        change.ownTimeUs = time(*value, "time");
+        change.ownTime = time(*value, "time");
     }
 }
 
@@ -310,7 +310,7 @@ FeedLine fromJson(const Json& line)
         failLine(R"(expected one JSON object such as {"at": 0, "path": "/LEVEL", "set": -30})");
     }
     FeedLine result;
-    result.atUs = time(require(line, "at", "milliseconds from 0 on"), "at");
+    result.at = time(require(line, "at", "milliseconds from 0 on"), "at");
     if (find(line, "record") != nullptr) {
         result.action = record(line);
         return result;
@@ -327,6 +327,22 @@ FeedLine fromJson(const Json& line)
 }
 
 }  // namespace
+
+void makeTimesAbsolute(FeedLine& line, unsigned long long startTime)
+{
+    const auto makeAbsolute = [startTime](FeedTime& time) { time = {time.us + (time.absolute ? 0 : startTime), true}; };
+    makeAbsolute(line.at);
+    const auto makeOwnAbsolute = [&makeAbsolute](FeedChange& change) {
+        if (change.ownTime) {
+            makeAbsolute(*change.ownTime);
+        }
+    };
+    if (auto* change = std::get_if<FeedChange>(&line.action)) {
+        makeOwnAbsolute(*change);
+    } else if (auto* create = std::get_if<FeedCreate>(&line.action)) {
+        makeOwnAbsolute(create->initial);
+    }
+}
 
 FeedLine parseFeedLine(const std::string& text)
 {

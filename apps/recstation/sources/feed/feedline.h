@@ -11,6 +11,7 @@
 
 #include <values/maps.h>
 
+#include "feedfields.h"
 #include "input/badlines.h"
 
 namespace RecStation {
@@ -36,7 +37,7 @@ struct FeedChange {
     std::optional<values::ChannelRange> range;
     std::optional<std::vector<FeedCell>> cells;
     std::size_t firstCell = 0;
-    std::optional<unsigned long long> ownTimeUs;  ///< on the feed's clock
+    std::optional<FeedTime> ownTime;
 };
 
 enum class FeedKind : std::uint8_t { Bool, Text, Number, Selection, Levels, Bearings };
@@ -52,10 +53,14 @@ struct FeedRecord {
 };
 
 struct FeedLine {
-    unsigned long long atUs = 0;  ///< on the feed's clock
-    QString path;                 ///< empty for a recorder command
+    FeedTime at;
+    QString path;  ///< empty for a recorder command
     std::variant<FeedChange, FeedCreate, FeedRemove, FeedRecord> action;
 };
+
+/// Makes the line's times absolute.
+/// @param startTime microseconds since 1970 UTC of the feed's time 0
+void makeTimesAbsolute(FeedLine& line, unsigned long long startTime);
 
 /// @param text one line, UTF-8
 /// @throws LineError

@@ -13,6 +13,7 @@ One JSON object per line, one change of a value per object, "at" in milliseconds
   {"at": 0, "path": "/LEVEL", "create": "number", "value": -30, "lower": -150, "upper": 50}
   {"at": 0, "record": "On"}
   {"at": 1500, "path": "/LEVEL", "set": -31.5}
+A date and time do as well: "at": "2026-03-01T08:00:01.5Z".
 
 Examples:
   recstation -o recordings feed changes.jsonl
@@ -24,8 +25,10 @@ void addFeedOptions(CLI::App& command, FeedOptions& options)
     addInputFile(command, options.file, "File to read; - is the standard input")
         ->required(false)
         ->capture_default_str();
-    addStart(command, "Recorded time of \"at\": 0 (default: the current time)",
-             [&options](unsigned long long time) { options.startTime = time; });
+    addStart(
+        command,
+        "Recorded time of \"at\": 0 (default: that of the first line if \"at\" is one there, else the current time)",
+        [&options](unsigned long long time) { options.startTime = time; });
     addStrict(command, options.strict);
     command.add_flag("--keep-at", options.keepAt,
                      "Record every plain value at its own \"at\", not at the \"time\" of the map before it");

@@ -11,6 +11,7 @@
 #include <vkbase/vkexception.h>
 
 #include "feedapply.h"
+#include "input/isotime.h"
 
 namespace RecStation {
 
@@ -59,7 +60,7 @@ std::optional<unsigned long long> FeedSource::nextTime()
         }
         take(result);
     }
-    return m_startTime + m_pending->atUs;
+    return m_pending->at.us;
 }
 
 void FeedSource::take(LineReader::Result result)
@@ -81,14 +82,31 @@ void FeedSource::take(LineReader::Result result)
 
 void FeedSource::accept(FeedLine line)
 {
-    if (line.atUs < m_lastAtUs) {
-        constexpr double MicrosecondsPerMillisecond = 1000;
-        const double last = static_cast<double>(m_lastAtUs) / MicrosecondsPerMillisecond;
-        throw LineError("\"at\" goes backwards: expected " + QString::number(last, 'g', 15).toStdString() +
-                        " or later");
+    constexpr double MicrosecondsPerMillisecond = 1000;
+    const bool absolute = line.at.absolute;
+    if (!m_absolute && absolute && !m_options.startTime) {
+        m_startTime = line.at.us;
     }
-    m_lastAtUs = line.atUs;
+    makeTimesAbsolute(line, m_startTime);
+    if (line.at.us < m_lastAtUs) {
+        const double last =
+            (static_cast<double>(m_lastAtUs) - static_cast<double>(m_startTime)) / MicrosecondsPerMillisecond;
+        throw LineError("\"at\" goes backwards: expected " +
+                        (absolute ? utcText(m_lastAtUs) : QString::number(last, 'g', 15).toStdString()) + " or later");
+    }
+    noteForm(absolute);
+    m_lastAtUs = line.at.us;
     m_pending = std::move(line);
+}
+
+// One of the two clocks is wrong more often than both are meant.
+void FeedSource::noteForm(bool absolute)
+{
+    if (m_absolute.value_or(absolute) != absolute && !std::exchange(m_mixed, true)) {
+        m_bad.say("line " + std::to_string(m_lines->number()) +
+                  ": \"at\" is here a time and there a number; numbers count from " + utcText(m_startTime));
+    }
+    m_absolute = m_absolute.value_or(absolute);
 }
 
 // Every line is carried out by itself, so none waits for another.
@@ -119,15 +137,15 @@ void FeedSource::keepOrder(FeedLine& line)
 {
     auto* change = std::get_if<FeedChange>(&line.action);
     const auto* record = std::get_if<FeedRecord>(&line.action);
-    if (change != nullptr && change->ownTimeUs) {
-        const unsigned long long latest = m_order.take(m_startTime + *change->ownTimeUs, m_lines->number());
+    if (change != nullptr && change->ownTime) {
+        const unsigned long long latest = m_order.take(change->ownTime->us, m_lines->number());
         m_handed = std::max({latest, m_handed, m_host.toldTime ? m_host.toldTime() : 0});
-        change->ownTimeUs = m_handed - m_startTime;
+        change->ownTime->us = m_handed;
         m_ownTimeHolds = true;
     } else if (record != nullptr && !record->on) {
         m_ownTimeHolds = false;
     } else if (!m_ownTimeHolds) {
-        m_handed = std::max(m_handed, m_startTime + line.atUs);
+        m_handed = std::max(m_handed, line.at.us);
     }
 }
 
@@ -135,7 +153,7 @@ void FeedSource::apply(const FeedLine& line)
 {
     const auto* record = std::get_if<FeedRecord>(&line.action);
     if (record == nullptr) {
-        applyFeedLine(*values::Tree::Instance(), line, m_startTime);
+        applyFeedLine(*values::Tree::Instance(), line);
         if (std::holds_alternative<FeedCreate>(line.action)) {
             m_host.created(line.path);
         }
@@ -143,7 +161,7 @@ void FeedSource::apply(const FeedLine& line)
     } else if (!m_host.switchRecorder(record->recorder, record->on)) {
         throw LineError("there is no recorder \"" + record->recorder.toStdString() + "\"");
     } else if (record->on) {
-        m_movedTimes.recordingBegins(line.atUs);
+        m_movedTimes.recordingBegins(line.at.us);
     }
 }
 
@@ -163,17 +181,19 @@ std::optional<unsigned long long> FeedSource::lastTime()
         return std::nullopt;
     }
     LineReader lines(m_open(), LongestLine);
-    unsigned long long lastUs = 0;
+    unsigned long long lastUs = m_startTime;
     for (auto result = lines.next(); result != LineReader::Result::End; result = lines.next()) {
         try {
             if (result == LineReader::Result::Line && !isBlank(lines.line())) {
-                lastUs = std::max(lastUs, parseFeedLine(lines.line()).atUs);
+                FeedLine line = parseFeedLine(lines.line());
+                makeTimesAbsolute(line, m_startTime);
+                lastUs = std::max(lastUs, line.at.us);
             }
         } catch (const LineError&) {
             continue;  // told when it is played
         }
     }
-    return m_startTime + lastUs;
+    return lastUs;
 }
 
 std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, StationHooks host)

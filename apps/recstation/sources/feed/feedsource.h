@@ -27,8 +27,8 @@ struct FeedOptions {
 class FeedSource final : public Source {
 public:
     /// @param open called once by prepare, and by lastTime
-    /// @param startTime microseconds since 1970 UTC of the feed's time 0; with strict nextTime or step throws the first
-    /// bad line
+    /// @param startTime microseconds since 1970 UTC of the feed's time 0, unless the options tell none and the first
+    /// good line has an absolute time: then that is the time 0; with strict nextTime or step throws the first bad line
     FeedSource(std::function<ByteInput()> open, unsigned long long startTime, const FeedOptions& options,
                StationHooks host);
 
@@ -44,6 +44,7 @@ public:
 private:
     void take(LineReader::Result result);
     void accept(FeedLine line);
+    void noteForm(bool absolute);
     void apply(const FeedLine& line);
     void keepOrder(FeedLine& line);
     void tellMovedTimes(const FeedLine& line);
@@ -54,7 +55,9 @@ private:
     StationHooks m_host;
     std::unique_ptr<LineReader> m_lines;
     std::optional<FeedLine> m_pending;  // read, not yet carried out
-    unsigned long long m_lastAtUs = 0;
+    unsigned long long m_lastAtUs = 0;  // since 1970 UTC
+    std::optional<bool> m_absolute;     // the form of the first good line's time
+    bool m_mixed = false;               // and that was told
     std::uint64_t m_used = 0;
     std::uint64_t m_skipped = 0;
     BadLines m_bad;

@@ -12,7 +12,7 @@ namespace RecStation {
 /// A recording starts at the time of its first map that has one of its own: what was recorded before moves with it.
 class MovedTimes {
 public:
-    /// @param atUs when a recorder was switched on, on the feed's clock
+    /// @param atUs when a recorder was switched on, microseconds since 1970 UTC
     void recordingBegins(unsigned long long atUs);
     /// A change that a recorder watches.
     /// @return what to tell of it; empty: nothing
