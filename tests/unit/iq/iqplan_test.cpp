@@ -53,8 +53,8 @@ TEST_F(Plan, OptionsAloneAreEnough)
     EXPECT_EQ(plan.file.toStdString(), m_options.file);
     EXPECT_EQ(plan.format, SampleFormat::UnsignedByte);
     EXPECT_EQ(plan.rateHz, 2e6);
-    EXPECT_EQ(plan.centreHz, 1090e6);
-    EXPECT_EQ(plan.startTime, 1'795'249'800'000'000U);
+    EXPECT_EQ(plan.stretches.at(0).centreHz, 1090e6);
+    EXPECT_EQ(plan.stretches.at(0).startTime, 1'795'249'800'000'000U);
     EXPECT_EQ(plan.fftSize, 1024U);
     EXPECT_EQ(plan.advance, 1024U);
     EXPECT_FALSE(plan.ifSpectrum);

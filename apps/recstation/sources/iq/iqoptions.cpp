@@ -21,6 +21,8 @@ constexpr auto Examples = R"(
 Examples:
   recstation -o recordings iq capture.cu8 --rate 2M --centre 1090M
   recstation -o recordings iq capture.sigmf-data
+  recstation -o recordings iq HDSDR_20200102_030405Z_7100kHz_RF.wav
+  recstation -o recordings iq capture.bin --format ci8 --rate 8M --centre 2437M
   rtl-driver | recstation -o recordings iq - --format cu8 --rate 2.048M --centre 98.5M)";
 
 // A number without a unit may be one whose unit was forgotten; the plan knows what is likely.
@@ -37,18 +39,21 @@ void addIqOptions(CLI::App& command, IqOptions& options)
 {
     command.footer(Examples);
     addInputFile(command, options.file, "IQ samples, I and Q interleaved; - reads standard input");
-    command.add_option("--format", options.format, "cu8, ci8, ci16_le or cf32_le (default: SigMF metadata or suffix)")
+    command
+        .add_option("--format", options.format, "cu8, ci8, ci16_le or cf32_le (default: SigMF metadata, WAV or suffix)")
         ->check(acceptedIf([](const std::string& text) { return sampleFormatByName(text).has_value(); },
                            "cu8, ci8, ci16_le or cf32_le"));
-    command.add_option("--rate", options.rateHz, "samples a second, as 48k or 2.4M (default: SigMF metadata)")
+    command
+        .add_option("--rate", options.rateHz, "samples a second, as 48k or 2.4M (default: SigMF metadata, WAV or name)")
         ->transform(inHertz(std::nextafter(0.0, 1.0), HighestRateHz, "more than 0 and at most 1e12"));
     command
         .add_option("--centre,--center", options.centreHz,
-                    "centre frequency in Hz, as 145.5M (default: SigMF metadata)")
+                    "centre frequency in Hz, as 145.5M (default: SigMF metadata, WAV or name)")
         ->transform(centreFrequency(options));
     command
         .add_option("--start", options.start,
-                    "time of the first sample, as 2026-11-21T08:30:00.25Z (default: SigMF metadata, otherwise now)")
+                    "time of the first sample, as 2026-11-21T08:30:00.25Z (default: SigMF metadata, WAV or name, "
+                    "otherwise now)")
         ->check(aTime());
     addSpectrumOptions(command, options);
 }

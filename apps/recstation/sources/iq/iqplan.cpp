@@ -11,7 +11,9 @@
 
 #include "input/isotime.h"
 #include "input/usageerror.h"
+#include "sources/iq/recordername.h"
 #include "sources/iq/sigmf.h"
+#include "sources/iq/wavsamples.h"
 
 namespace RecStation {
 
@@ -33,19 +35,23 @@ struct Files {
     QString samples;
     QString metadata;
     bool hasMetadata = false;
+    bool wav = false;
 };
 
 Files findFiles(const std::string& file)
 {
     const QString name = QString::fromStdString(file);
     if (name == QLatin1String("-")) {
-        return {name, QString(), false};
+        return {name, QString(), false, false};
     }
     const QFileInfo info(name);
     const QString stem = info.path() + QLatin1Char('/') + info.completeBaseName();
     const QString metadata = stem + QStringLiteral(".sigmf-meta");
     const QString samples = info.suffix() == QLatin1String("sigmf-meta") ? stem + QStringLiteral(".sigmf-data") : name;
-    return {samples, metadata, QFileInfo::exists(metadata)};
+    if (isWav(samples)) {
+        return {samples, QString(), false, true};
+    }
+    return {samples, metadata, QFileInfo::exists(metadata), false};
 }
 
 void checkSamplesExist(const Files& files)
@@ -71,9 +77,22 @@ std::string remedy(const std::string& option, const Files& files, const std::str
     return "give " + option + ", or " + key + " in " + files.metadata.toStdString();
 }
 
-SampleFormat chooseFormat(const IqOptions& options, const Files& files, const SigMfMetadata& metadata)
+/// A WAV file says its own format, and its header read as samples would be noise.
+void refuseRawWav(const IqOptions& options, const Files& files)
 {
-    const std::string& name = options.format.empty() ? metadata.dataType : options.format;
+    if (files.wav && !options.format.empty()) {
+        failUsage(files.samples.toStdString() + " is a WAV file, which tells its own format: leave out --format " +
+                  options.format);
+    }
+    const QString suffix = QFileInfo(files.samples).suffix().toLower();
+    if (!files.wav && options.format.empty() && (suffix == QLatin1String("wav") || suffix == QLatin1String("rf64"))) {
+        failPlan(files.samples.toStdString() + " is no WAV file: it begins neither with RIFF nor with RF64");
+    }
+}
+
+SampleFormat chooseFormat(const IqOptions& options, const Files& files, const KnownSamples& known)
+{
+    const std::string& name = options.format.empty() ? known.format : options.format;
     const auto format = name.empty()
                             ? sampleFormatBySuffix("." + QFileInfo(files.samples).suffix().toLower().toStdString())
                             : sampleFormatByName(name);
@@ -87,9 +106,9 @@ SampleFormat chooseFormat(const IqOptions& options, const Files& files, const Si
     failPlan("the sample format \"" + name + "\" is not supported, only cu8, ci8, ci16_le and cf32_le are");
 }
 
-double chooseRate(const IqOptions& options, const Files& files, const SigMfMetadata& metadata)
+double chooseRate(const IqOptions& options, const Files& files, const KnownSamples& known)
 {
-    const auto rate = options.rateHz ? options.rateHz : metadata.rateHz;
+    const auto rate = options.rateHz ? options.rateHz : known.rateHz;
     if (!rate) {
         failUsage("the sample rate is not known: " + remedy("--rate", files, "core:sample_rate"));
     }
@@ -99,9 +118,9 @@ double chooseRate(const IqOptions& options, const Files& files, const SigMfMetad
     return *rate;
 }
 
-double chooseCentre(const IqOptions& options, const Files& files, const SigMfMetadata& metadata)
+double chooseCentre(const IqOptions& options, const Files& files, const KnownCapture& capture)
 {
-    const auto centre = options.centreHz ? options.centreHz : metadata.centreHz;
+    const auto centre = options.centreHz ? options.centreHz : capture.centreHz;
     if (!centre) {
         failUsage("the centre frequency is not known: " + remedy("--centre", files, "core:frequency"));
     }
@@ -122,8 +141,9 @@ void checkUnitOfCentre(const IqOptions& options, const IqPlan& plan)
     }
 }
 
-unsigned long long chooseStart(const IqOptions& options, const SigMfMetadata& metadata)
+unsigned long long firstStart(const IqOptions& options, const KnownCapture& capture)
 {
+    constexpr unsigned long long MicrosecondsPerMillisecond = 1000;
     if (!options.start.empty()) {
         const auto time = parseIsoTime(options.start);
         if (!time) {
@@ -131,10 +151,108 @@ unsigned long long chooseStart(const IqOptions& options, const SigMfMetadata& me
         }
         return *time;
     }
-    if (metadata.startTime) {
-        return *metadata.startTime;
+    return capture.startTime
+               ? *capture.startTime
+               : static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * MicrosecondsPerMillisecond;
+}
+
+/// One frequency or time for all captures would be wrong of all but one.
+void refuseOneForAll(const IqOptions& options, const std::vector<KnownCapture>& captures)
+{
+    const auto tells = [&captures](auto member) {
+        return std::any_of(captures.begin(), captures.end(),
+                           [member](const KnownCapture& capture) { return (capture.*member).has_value(); });
+    };
+    const std::string all = " would not be true of each of the " + std::to_string(captures.size()) +
+                            " captures, which tell their own: leave it out";
+    if (captures.size() > 1 && options.centreHz && tells(&KnownCapture::centreHz)) {
+        failUsage("--centre" + all);
     }
-    return static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * 1000;
+    if (captures.size() > 1 && !options.start.empty() && tells(&KnownCapture::startTime)) {
+        failUsage("--start" + all);
+    }
+}
+
+void noteWrong(IqPlan& plan, const QString& sentence)
+{
+    plan.remarks.append(sentence);
+    ++plan.bad;
+}
+
+/// How many samples the last capture of a file has; what lies beyond the end of the file is told.
+void fitToFile(IqPlan& plan, const KnownSamples& known)
+{
+    const QFileInfo info(plan.file);
+    if (plan.file == QLatin1String("-") || !info.isFile() || plan.wav) {
+        return;
+    }
+    const auto size = static_cast<std::uint64_t>(info.size());
+    const std::uint64_t end = size - std::min(size, known.trailingBytes);
+    for (std::size_t i = 0; i < plan.stretches.size(); ++i) {
+        IqStretch& stretch = plan.stretches[i];
+        // What is no whole sample is read too, and told then.
+        const std::uint64_t bytes = end - std::min(end, stretch.firstByte);
+        const std::uint64_t samples = (bytes + sampleBytes(plan.format) - 1) / sampleBytes(plan.format);
+        if (plan.stretches.size() > 1 && stretch.samples.value_or(1) > samples) {
+            noteWrong(plan, QStringLiteral("capture %1 does not lie whole in the file, which ends at byte %2")
+                                .arg(i + 1)
+                                .arg(size));
+        }
+        stretch.samples = std::min(stretch.samples.value_or(samples), samples);
+    }
+}
+
+void planStretches(const IqOptions& options, const Files& files, const KnownSamples& known, IqPlan& plan)
+{
+    refuseOneForAll(options, known.captures);
+    for (const KnownCapture& capture : known.captures) {
+        IqStretch stretch{.firstByte = capture.firstByte,
+                          .samples = capture.samples,
+                          .centreHz = chooseCentre(options, files, capture),
+                          .startTime = capture.startTime.value_or(0)};
+        if (plan.stretches.empty()) {
+            stretch.startTime = firstStart(options, capture);
+        } else if (!capture.startTime) {
+            // Nothing says that there was a gap.
+            const KnownCapture& before = known.captures[plan.stretches.size() - 1];
+            stretch.startTime = plan.timeOf(plan.stretches.back(), capture.firstSample - before.firstSample);
+        }
+        plan.stretches.push_back(stretch);
+    }
+    if (known.captures.front().firstSample > 0) {
+        plan.remarks.append(QStringLiteral("the first %1 samples belong to no capture and are left out")
+                                .arg(known.captures.front().firstSample));
+    }
+}
+
+KnownSamples knowWav(const Files& files, IqPlan& plan)
+{
+    KnownWav wav = readWav(files.samples);
+    if (wav.cut) {
+        noteWrong(plan, files.samples + QStringLiteral(" is cut off: its header promises more samples"));
+    }
+    if (wav.neverFinished) {
+        plan.remarks.append(files.samples +
+                            QStringLiteral(" was never finished: it is read to its end, whatever its header says"));
+    }
+    if (wav.unknownAuxi) {
+        plan.remarks.append(files.samples + QStringLiteral(": what its chunk \"auxi\" says is not understood"));
+    }
+    return wav.known;
+}
+
+KnownSamples know(const Files& files, IqPlan& plan)
+{
+    if (files.wav) {
+        return knowWav(files, plan);
+    }
+    const KnownSamples byName = knownByName(QFileInfo(files.samples).completeBaseName());
+    if (!files.hasMetadata) {
+        return byName;
+    }
+    KnownSamples known = readSigMf(files.metadata);
+    known.rateHz = known.rateHz ? known.rateHz : byName.rateHz;
+    return known;
 }
 
 void planSpectra(const IqOptions& options, IqPlan& plan)
@@ -148,21 +266,27 @@ void planSpectra(const IqOptions& options, IqPlan& plan)
 
 }  // namespace
 
+unsigned long long IqPlan::timeOf(const IqStretch& stretch, std::uint64_t sample) const
+{
+    constexpr double MicrosecondsPerSecond = 1e6;
+    const double sinceStart = static_cast<double>(sample) / rateHz * MicrosecondsPerSecond;
+    return stretch.startTime + static_cast<unsigned long long>(std::llround(sinceStart));
+}
+
 IqPlan makeIqPlan(const IqOptions& options)
 {
     const Files files = findFiles(options.file);
     checkSamplesExist(files);
-    SigMfMetadata metadata;
-    if (files.hasMetadata) {
-        metadata = readSigMf(files.metadata);
-    }
+    refuseRawWav(options, files);
     IqPlan plan;
     plan.file = files.samples;
-    plan.format = chooseFormat(options, files, metadata);
-    plan.rateHz = chooseRate(options, files, metadata);
-    plan.centreHz = chooseCentre(options, files, metadata);
+    plan.wav = files.wav;
+    const KnownSamples known = know(files, plan);
+    plan.format = chooseFormat(options, files, known);
+    plan.rateHz = chooseRate(options, files, known);
+    planStretches(options, files, known, plan);
     checkUnitOfCentre(options, plan);
-    plan.startTime = chooseStart(options, metadata);
+    fitToFile(plan, known);
     planSpectra(options, plan);
     return plan;
 }

@@ -1,14 +1,18 @@
 // Playing IQ samples frame by frame, each at the time of its first sample.
 #include "sources/iq/iqsource.h"
 
-#include <cmath>
+#include <algorithm>
+#include <limits>
 #include <utility>
+#include <vector>
 
 #include <QFileInfo>
 #include <QLoggingCategory>
 
+#include "input/isotime.h"
 #include "iqspectra/spectrumvalues.h"
 #include "sources/iq/iqplan.h"
+#include "sources/iq/wavsamples.h"
 
 namespace RecStation {
 
@@ -30,6 +34,8 @@ public:
     [[nodiscard]] std::optional<unsigned long long> nextTime() override;
     void step() override;
     [[nodiscard]] std::optional<unsigned long long> lastTime() override;
+    /// Another capture's frequency is set before its spectrum.
+    [[nodiscard]] bool plainValuesComeFirst() const override { return m_plan.stretches.size() > 1; }
     [[nodiscard]] QStringList spectra() const override
     {
         return {m_options.valuePath + QStringLiteral("/Scn/RfSpectrum"), QStringLiteral("/IfMapping")};
@@ -37,46 +43,126 @@ public:
     [[nodiscard]] SourceReport report() const override;
 
 private:
-    [[nodiscard]] unsigned long long timeOf(const IqFrame& frame) const { return timeOf(frame.firstSample); }
-    [[nodiscard]] unsigned long long timeOf(std::uint64_t sample) const;
+    [[nodiscard]] ByteInput inputOf(const IqStretch& stretch);
+    bool skipTo(std::uint64_t byte);
+    bool readFrame();
+    void tell(const QString& sentence) const;
+    [[nodiscard]] const IqStretch& stretch() const { return m_plan.stretches[m_stretch]; }
+    [[nodiscard]] unsigned long long pendingTime();
 
     IqOptions m_options;
     IqReport m_report;
     IqPlan m_plan;
+    ByteInput m_input;
+    std::uint64_t m_position = 0;  // of the next byte of the input
+    std::size_t m_stretch = 0;     // that is read
     std::unique_ptr<FrameReader> m_frames;
     std::unique_ptr<SpectrumValues> m_values;
     std::optional<IqFrame> m_pending;  // read, not yet shown
+    std::size_t m_shownStretch = 0;    // whose band is set
+    unsigned long long m_latest = 0;
+    bool m_backTold = false;  // of the stretch
+    std::uint64_t m_samples = 0;
     std::uint64_t m_shown = 0;
 };
 
 void IqSource::prepare()
 {
     m_plan = makeIqPlan(m_options);
-    m_frames = std::make_unique<FrameReader>(m_plan, m_plan.format, openInput(m_plan.file.toStdString()), m_report);
-    m_pending = m_frames->next();
-    if (!m_pending) {
-        throw std::runtime_error("iq: " + inputName(m_plan.file.toStdString()) +
-                                 (m_frames->samplesRead() == 0 ? " holds no samples" : " holds no whole spectrum"));
+    for (const QString& remark : m_plan.remarks) {
+        m_report(remark);
     }
-    m_values = std::make_unique<SpectrumValues>(
-        SpectrumDevice{.name = deviceName(m_plan),
-                       .type = QStringLiteral("IQ samples %1").arg(QLatin1String(sampleFormatName(m_plan.format))),
-                       .valuePath = m_options.valuePath,
-                       .ifSpectrum = m_plan.ifSpectrum});
-    m_values->setBand(m_plan.centreHz, m_plan.rateHz, m_plan.fftSize);
+    m_input = m_plan.wav ? openWav(m_plan.file) : openInput(m_plan.file.toStdString());
+    m_frames = std::make_unique<FrameReader>(m_plan, m_plan.format, inputOf(stretch()),
+                                             [this](const QString& sentence) { tell(sentence); });
+    if (!readFrame()) {
+        throw std::runtime_error("iq: " + inputName(m_plan.file.toStdString()) +
+                                 (m_samples == 0 ? " holds no samples" : " holds no whole spectrum"));
+    }
+    const QString format = m_plan.wav ? QStringLiteral("WAV") : QLatin1String(sampleFormatName(m_plan.format));
+    m_values = std::make_unique<SpectrumValues>(SpectrumDevice{.name = deviceName(m_plan),
+                                                               .type = QStringLiteral("IQ samples %1").arg(format),
+                                                               .valuePath = m_options.valuePath,
+                                                               .ifSpectrum = m_plan.ifSpectrum});
+    m_values->setBand(stretch().centreHz, m_plan.rateHz, m_plan.fftSize);
+    m_shownStretch = m_stretch;
+}
+
+bool IqSource::skipTo(std::uint64_t byte)
+{
+    constexpr std::size_t PieceSize = 65'536;
+    std::vector<char> piece(m_position < byte ? PieceSize : 0);
+    while (m_position < byte) {
+        const std::size_t count =
+            m_input(piece.data(), static_cast<std::size_t>(std::min<std::uint64_t>(piece.size(), byte - m_position)));
+        if (count == 0) {
+            return false;
+        }
+        m_position += count;
+    }
+    return true;
+}
+
+// The stretches lie one behind the other, so that a pipe would do.
+ByteInput IqSource::inputOf(const IqStretch& stretch)
+{
+    constexpr std::uint64_t NoEnd = std::numeric_limits<std::uint64_t>::max();
+    const std::uint64_t bytes = stretch.samples ? *stretch.samples * sampleBytes(m_plan.format) : NoEnd;
+    return [this, first = stretch.firstByte, left = bytes](char* buffer, std::size_t size) mutable -> std::size_t {
+        if (left == 0 || !skipTo(first)) {
+            return 0;
+        }
+        const std::size_t count = m_input(buffer, static_cast<std::size_t>(std::min<std::uint64_t>(size, left)));
+        left -= std::min<std::uint64_t>(left, count);
+        m_position += count;
+        return count;
+    };
+}
+
+// The next spectrum, of whichever stretch has one.
+bool IqSource::readFrame()
+{
+    while (!(m_pending = m_frames->next())) {
+        m_samples += m_frames->samplesRead();
+        if (m_stretch + 1 == m_plan.stretches.size()) {
+            return false;
+        }
+        ++m_stretch;
+        m_backTold = false;
+        m_frames->begin(inputOf(stretch()));
+    }
+    return true;
+}
+
+void IqSource::tell(const QString& sentence) const
+{
+    m_report(m_plan.stretches.size() == 1 ? sentence : QStringLiteral("capture %1: ").arg(m_stretch + 1) + sentence);
 }
 
 std::optional<unsigned long long> IqSource::nextTime()
 {
-    if (!m_pending) {
-        m_pending = m_frames->next();
+    return m_pending || readFrame() ? std::optional(pendingTime()) : std::nullopt;
+}
+
+// Never before what was shown: a capture may begin before the one in front of it ended.
+unsigned long long IqSource::pendingTime()
+{
+    const unsigned long long time = m_plan.timeOf(stretch(), m_pending->firstSample);
+    if (time < m_latest && !std::exchange(m_backTold, true)) {
+        tell(
+            QStringLiteral("it begins %1 before the end of what comes before it; until then its spectra have that time")
+                .arg(QString::fromStdString(spanText(m_latest - time))));
     }
-    return m_pending ? std::optional(timeOf(*m_pending)) : std::nullopt;
+    m_latest = std::max(m_latest, time);
+    return m_latest;
 }
 
 void IqSource::step()
 {
-    m_values->show(*m_pending, timeOf(*m_pending));
+    if (std::exchange(m_shownStretch, m_stretch) != m_stretch) {
+        m_values->setBand(stretch().centreHz, m_plan.rateHz, m_plan.fftSize);
+    }
+    m_values->show(*m_pending, m_latest);
     m_pending.reset();
     ++m_shown;
 }
@@ -86,22 +172,19 @@ SourceReport IqSource::report() const
     if (m_frames == nullptr) {
         return {};
     }
-    return {m_shown, m_frames->skipped(), m_frames->bad()};
+    return {.used = m_shown, .skipped = m_frames->skipped(), .bad = m_plan.bad + m_frames->bad()};
 }
 
 std::optional<unsigned long long> IqSource::lastTime()
 {
-    if (m_plan.file == QLatin1String("-")) {
-        return std::nullopt;
+    std::optional<unsigned long long> last;
+    for (const IqStretch& stretch : m_plan.stretches) {
+        if (!stretch.samples) {
+            return std::nullopt;
+        }
+        last = std::max(last.value_or(0), m_plan.timeOf(stretch, *stretch.samples));
     }
-    return timeOf(static_cast<std::uint64_t>(QFileInfo(m_plan.file).size()) / sampleBytes(m_plan.format));
-}
-
-unsigned long long IqSource::timeOf(std::uint64_t sample) const
-{
-    constexpr double MicrosecondsPerSecond = 1e6;
-    const double sinceStart = static_cast<double>(sample) / m_plan.rateHz * MicrosecondsPerSecond;
-    return m_plan.startTime + static_cast<unsigned long long>(std::llround(sinceStart));
+    return last;
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Reading the JSON of SigMF metadata, and refusing recordings laid out in another way.
+// Reading the JSON of SigMF metadata, and finding where its captures lie in the file.
 #include "sources/iq/sigmf.h"
 
 #include <stdexcept>
@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "input/isotime.h"
+#include "iqspectra/sampleformat.h"
 
 namespace RecStation {
 
@@ -65,34 +66,47 @@ std::optional<std::string> textOf(const json& parent, const std::string& key)
     return found->get<std::string>();
 }
 
-/// Takes over only recordings whose samples lie one after the other from the first byte on.
-void expectAbsentOr(const json& parent, const std::string& key, double expected)
+/// A count of samples or bytes; 0 when it is missing.
+std::uint64_t countOf(const json& parent, const std::string& key)
 {
-    const double found = numberOf(parent, key).value_or(expected);
-    if (found != expected) {
-        throw std::runtime_error("\"" + key + "\" is " + QString::number(found, 'g', 15).toStdString() + ", and only " +
-                                 QString::number(expected).toStdString() + " is supported");
+    const auto found = parent.find(key);
+    if (found == parent.end()) {
+        return 0;
     }
+    constexpr std::uint64_t Most = std::uint64_t{1} << 56U;  // no sum of a few of them, in bytes, overflows
+    if (!found->is_number_unsigned() || found->get<std::uint64_t>() > Most) {
+        throw std::runtime_error("\"" + key + "\" must be a whole number, 0 or more");
+    }
+    return found->get<std::uint64_t>();
 }
 
-void readGlobal(const json& global, SigMfMetadata& out)
+void readGlobal(const json& global, KnownSamples& out)
 {
     const auto dataType = textOf(global, "core:datatype");
     if (!dataType) {
         throw std::runtime_error("\"core:datatype\" is missing");
     }
-    out.dataType = *dataType;
+    out.format = *dataType;
     out.rateHz = numberOf(global, "core:sample_rate");
     if (out.rateHz && !(*out.rateHz > 0)) {
         throw std::runtime_error("\"core:sample_rate\" must be greater than 0");
     }
-    expectAbsentOr(global, "core:num_channels", 1);
+    const double channels = numberOf(global, "core:num_channels").value_or(1);
+    if (channels != 1) {
+        throw std::runtime_error("\"core:num_channels\" is " + QString::number(channels, 'g', 15).toStdString() +
+                                 ", and only 1 is supported");
+    }
+    out.trailingBytes = countOf(global, "core:trailing_bytes");
 }
 
-void readCapture(const json& capture, SigMfMetadata& out)
+KnownCapture readCapture(const json& capture)
 {
-    expectAbsentOr(capture, "core:sample_start", 0);
-    expectAbsentOr(capture, "core:header_bytes", 0);
+    if (!capture.is_object()) {
+        throw std::runtime_error("the entry of \"captures\" must be an object");
+    }
+    KnownCapture out;
+    out.firstSample = countOf(capture, "core:sample_start");
+    out.firstByte = countOf(capture, "core:header_bytes");
     out.centreHz = numberOf(capture, "core:frequency");
     if (const auto time = textOf(capture, "core:datetime")) {
         out.startTime = parseIsoTime(*time);
@@ -100,30 +114,53 @@ void readCapture(const json& capture, SigMfMetadata& out)
             throw std::runtime_error("\"core:datetime\" must be a time such as 2026-11-21T08:30:00.25Z");
         }
     }
+    return out;
 }
 
-SigMfMetadata interpret(const json& document)
+/// Numbers samples from the file's first one on, and finds where each capture lies behind its header.
+void place(std::vector<KnownCapture>& captures, std::uint64_t offset, std::size_t sampleSize)
 {
-    SigMfMetadata out;
-    readGlobal(object(document, "global"), out);
+    std::uint64_t headers = 0;
+    std::uint64_t before = offset;
+    for (KnownCapture& capture : captures) {
+        if (capture.firstSample < before) {
+            throw std::runtime_error("\"core:sample_start\" of a capture lies before that of the one before it");
+        }
+        before = capture.firstSample;
+        headers += capture.firstByte;
+        capture.firstSample -= offset;
+        capture.firstByte = headers + capture.firstSample * sampleSize;
+    }
+    for (std::size_t i = 0; i + 1 < captures.size(); ++i) {
+        captures[i].samples = captures[i + 1].firstSample - captures[i].firstSample;
+    }
+}
+
+KnownSamples interpret(const json& document)
+{
+    constexpr std::size_t MostCaptures = 1'000'000;
+    KnownSamples out;
+    const json& global = object(document, "global");
+    readGlobal(global, out);
     const auto captures = document.find("captures");
     if (captures == document.end() || !captures->is_array() || captures->empty()) {
         throw std::runtime_error("it has no list \"captures\" with an entry");
     }
-    if (captures->size() > 1) {
-        throw std::runtime_error("it describes " + std::to_string(captures->size()) +
-                                 " captures, only one can be read");
+    if (captures->size() > MostCaptures) {
+        throw std::runtime_error("it has more than 1000000 captures");
     }
-    if (!captures->front().is_object()) {
-        throw std::runtime_error("the entry of \"captures\" must be an object");
+    out.captures.clear();
+    for (const json& capture : *captures) {
+        out.captures.push_back(readCapture(capture));
     }
-    readCapture(captures->front(), out);
+    const auto format = sampleFormatByName(out.format);
+    place(out.captures, countOf(global, "core:offset"), format ? sampleBytes(*format) : 1);
     return out;
 }
 
 }  // namespace
 
-SigMfMetadata readSigMf(const QString& file)
+KnownSamples readSigMf(const QString& file)
 {
     try {
         return interpret(parseFile(file));

@@ -1,0 +1,135 @@
+// Going from chunk to chunk of a WAV file, in bounded steps whatever it says of their sizes.
+#include "sources/iq/wavheader.h"
+
+#include <array>
+#include <limits>
+#include <stdexcept>
+#include <string_view>
+
+#include <QDateTime>
+
+namespace RecStation {
+
+namespace {
+
+constexpr std::size_t WordBytes = 2;
+constexpr std::uint32_t SizeElsewhere = std::numeric_limits<std::uint32_t>::max();
+
+template <std::size_t Size>
+class Bytes {
+public:
+    bool read(const ReadAt& readAt, std::uint64_t offset) { return readAt(offset, m_bytes.data(), Size) == Size; }
+    [[nodiscard]] std::string_view tag(std::size_t at) const { return {m_bytes.data() + at, 4}; }
+    [[nodiscard]] std::uint16_t word(std::size_t at) const { return static_cast<std::uint16_t>(number(at, WordBytes)); }
+    [[nodiscard]] std::uint32_t dword(std::size_t at) const { return static_cast<std::uint32_t>(number(at, 4)); }
+    [[nodiscard]] std::uint64_t qword(std::size_t at) const { return number(at, 8); }
+
+private:
+    [[nodiscard]] std::uint64_t number(std::size_t at, std::size_t count) const
+    {
+        std::uint64_t value = 0;
+        for (std::size_t i = count; i-- > 0;) {
+            value = value << 8U | static_cast<unsigned char>(m_bytes.at(at + i));
+        }
+        return value;
+    }
+
+    std::array<char, Size> m_bytes{};
+};
+
+// Two times of eight words each (year, month, day of the week, day, hour, minute, second, millisecond), then the
+// receiver's frequency.
+void readAuxi(const ReadAt& readAt, std::uint64_t offset, std::uint64_t size, WavHeader& out)
+{
+    constexpr std::size_t Needed = 36;
+    constexpr std::size_t FrequencyAt = 32;
+    constexpr unsigned long long MicrosecondsPerMillisecond = 1000;
+    out.hasAuxi = true;
+    Bytes<Needed> bytes;
+    if (size < Needed || !bytes.read(readAt, offset)) {
+        return;
+    }
+    const auto field = [&bytes](std::size_t index) { return static_cast<int>(bytes.word(index * WordBytes)); };
+    const QDate day(field(0), field(1), field(3));
+    const QTime time(field(4), field(5), field(6), field(7));
+    // A text in its place gives no day.
+    if (!day.isValid() || !time.isValid()) {
+        return;
+    }
+    const qint64 milliseconds = QDateTime(day, time, Qt::UTC).toMSecsSinceEpoch();
+    if (milliseconds > 0) {
+        out.startTime = static_cast<unsigned long long>(milliseconds) * MicrosecondsPerMillisecond;
+    }
+    if (bytes.dword(FrequencyAt) > 0) {
+        out.centreHz = static_cast<double>(bytes.dword(FrequencyAt));
+    }
+}
+
+void readFormat(const ReadAt& readAt, std::uint64_t offset, std::uint64_t size, WavHeader& out)
+{
+    constexpr std::size_t Needed = 16;
+    Bytes<Needed> bytes;
+    if (size < Needed || !bytes.read(readAt, offset)) {
+        throw std::runtime_error("its chunk \"fmt \" is cut off");
+    }
+    out.channels = bytes.word(2);
+    out.rateHz = bytes.dword(4);
+    out.blockBytes = bytes.word(12);
+}
+
+std::optional<std::uint64_t> longDataSize(const ReadAt& readAt, std::uint64_t offset, std::uint64_t size)
+{
+    constexpr std::size_t Needed = 16;
+    constexpr std::size_t DataSizeAt = 8;
+    Bytes<Needed> bytes;
+    if (size < Needed || !bytes.read(readAt, offset)) {
+        throw std::runtime_error("its chunk \"ds64\" is cut off");
+    }
+    return bytes.qword(DataSizeAt) == 0 ? std::nullopt : std::optional(bytes.qword(DataSizeAt));
+}
+
+}  // namespace
+
+bool beginsAsWav(const ReadAt& readAt)
+{
+    Bytes<12> start;
+    return start.read(readAt, 0) && (start.tag(0) == "RIFF" || start.tag(0) == "RF64") && start.tag(8) == "WAVE";
+}
+
+WavHeader readWavHeader(const ReadAt& readAt)
+{
+    constexpr std::uint64_t HeadBytes = 8;
+    constexpr std::uint64_t FirstChunk = 12;
+    constexpr int MostChunks = 1000;
+    WavHeader out;
+    std::optional<std::uint64_t> longSize;
+    bool hasFormat = false;
+    Bytes<HeadBytes> head;
+    std::uint64_t next = FirstChunk;
+    for (int i = 0; i < MostChunks && head.read(readAt, next); ++i) {
+        const std::uint64_t begin = next + HeadBytes;
+        std::uint64_t size = head.dword(4);
+        if (head.tag(0) == "ds64") {
+            longSize = longDataSize(readAt, begin, size);
+        } else if (head.tag(0) == "fmt ") {
+            readFormat(readAt, begin, size, out);
+            hasFormat = true;
+        } else if (head.tag(0) == "auxi") {
+            readAuxi(readAt, begin, size, out);
+        } else if (head.tag(0) == "data") {
+            out.dataOffset = begin;
+            out.dataBytes = size == SizeElsewhere ? longSize : size == 0 ? std::nullopt : std::optional(size);
+            size = out.dataBytes.value_or(SizeElsewhere);
+        }
+        if (size > std::numeric_limits<std::uint64_t>::max() - begin - 1 || (out.dataOffset > 0 && !out.dataBytes)) {
+            break;  // nothing can follow
+        }
+        next = begin + size + size % 2;
+    }
+    if (!hasFormat || out.dataOffset == 0) {
+        throw std::runtime_error(hasFormat ? "it has no chunk \"data\"" : "it has no chunk \"fmt \"");
+    }
+    return out;
+}
+
+}  // namespace RecStation
