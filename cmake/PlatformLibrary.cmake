@@ -20,6 +20,7 @@ function(recording2_platform_library name)
   if(WIN32)
     set_target_properties(${name} PROPERTIES PREFIX "")  # MinGW's "lib"
   endif()
+  recording2_library_version(${name})
   target_compile_definitions(${name} PRIVATE ${upper}_BUILD)
   target_include_directories(
     ${name} PUBLIC "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>"
@@ -31,5 +32,5 @@ function(recording2_platform_library name)
     PRIVATE "$<BUILD_INTERFACE:project_settings>" ${ARG_PRIVATE_DEPENDS}
   )
   set_property(GLOBAL APPEND PROPERTY RECORDING2_BUNDLED_TARGETS ${name})
-  install(DIRECTORY include/ DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+  install(DIRECTORY include/ DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT dev)
 endfunction()

@@ -17,6 +17,15 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 
+# recording2_library_version(TARGET): what is linked with one minor version may not run with the next (Windows has no such
+# names). The package of the libraries is named after it.
+set(RECORDING2_SOVERSION "${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}")
+function(recording2_library_version name)
+  if(NOT WIN32)
+    set_target_properties(${name} PROPERTIES VERSION "${PROJECT_VERSION}" SOVERSION "${RECORDING2_SOVERSION}")
+  endif()
+endfunction()
+
 option(RECORDING2_SANITIZE "Build with address and undefined behaviour sanitizers" OFF)
 option(RECORDING2_FUZZ "Build everything instrumented for libFuzzer (clang), with both sanitizers" OFF)
 option(RECORDING2_COVERAGE "Build everything so that a run tells which lines it reached (clang)" OFF)

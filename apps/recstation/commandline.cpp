@@ -7,6 +7,7 @@
 
 #include <QFile>
 
+#include <terminaltext/commandtree.h>
 #include <terminaltext/optionvalues.h>
 
 #include "commandtree.h"
@@ -322,6 +323,9 @@ CommandLine parseCommandLine(std::vector<std::string> arguments)
     const Task task = checks ? Task::Check : Task::Record;
     arguments.erase(arguments.begin(), arguments.begin() + (checks ? 1 : 0));
     CommandTree tree(task);
+    if (TerminalText::printedCommandTree(tree.app, arguments)) {
+        return {std::nullopt, ExitCode::Success};
+    }
     const Parsed parsed = parsedTo(tree.app, arguments);
     if (parsed.ended) {
         return *parsed.ended;

@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <terminaltext/commandtree.h>
 #include <terminaltext/nearestword.h>
 #include <terminaltext/optionvalues.h>
 #include <terminaltext/terminaltext.h>
@@ -52,10 +53,11 @@ void addServerOptions(CLI::App& app, ProgramOptions& options)
 
 void addOptions(CLI::App& app, ProgramOptions& options)
 {
-    app.add_option("PATH", options.paths, "Recordings: files, directories or archive addresses")
-        ->required()
+    app.add_option("PATH", options.paths,
+                   "Recordings: files, directories or archive addresses (with --open default: the working directory)")
         ->check(notEmpty());
     addServerOptions(app, options);
+    app.add_flag("--open", options.open, "Open the page in the user's browser, too");
     app.add_flag("--edit", options.edit, "Bookmarks of finished recordings can be changed in the page");
     constexpr double MostBytes = 1e15;
     app.add_option("--cache-bytes", options.cacheBytes,
@@ -95,10 +97,13 @@ std::string whatIsWrong(const CLI::App& app, const CLI::ParseError& error)
     if (const std::vector<std::string> rest = app.remaining(); !rest.empty()) {
         return unknownOption(app, rest.front());
     }
-    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
-        return "a file or directory with recordings is missing";
-    }
     return oneLine(error.what());
+}
+
+CommandLine refused(const std::string& why)
+{
+    std::cerr << "recview: " << why << "\nrecview --help tells more.\n";
+    return {std::nullopt, ExitCode::Usage};
 }
 
 }  // namespace
@@ -111,14 +116,22 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
     app.allow_windows_style_options(false);  // the same arguments everywhere, paths that begin with "/" among them
     app.set_version_flag("--version", "recview " RECVIEW_VERSION);
     addOptions(app, options);
+    if (TerminalText::printedCommandTree(app, arguments)) {
+        return {std::nullopt, ExitCode::Fine};
+    }
     try {
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::Success& success) {  // help was asked for
         app.exit(success);
         return {std::nullopt, ExitCode::Fine};
     } catch (const CLI::ParseError& error) {
-        std::cerr << "recview: " << whatIsWrong(app, error) << "\nrecview --help tells more.\n";
-        return {std::nullopt, ExitCode::Usage};
+        return refused(whatIsWrong(app, error));
+    }
+    if (options.paths.empty() && !options.open) {
+        return refused("a file or directory with recordings is missing");
+    }
+    if (options.paths.empty()) {
+        options.paths.emplace_back(".");
     }
     return {options, ExitCode::Fine};
 }

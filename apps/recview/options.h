@@ -16,6 +16,7 @@ struct ProgramOptions {
     std::uint64_t cacheBytes = std::uint64_t{4'000'000'000};
     std::string cacheDirectory;        ///< empty: in the user's
     std::string archiveConfiguration;  ///< empty: of the environment
+    bool open = false;                 ///< the page, in the user's browser
     bool json = false;
     bool quiet = false;
     bool untilInputEnds = false;  ///< end with whoever holds the standard input

@@ -17,6 +17,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 
 #include <nlohmann/json.hpp>
 
@@ -107,6 +108,9 @@ ExitCode tellAddress(const ProgramOptions& options, const Server& server)
         std::cout << url << '\n';
     }
     const ExitCode result = RecTool::finish(ExitCode::Fine);
+    if (options.open && !QProcess::startDetached(QStringLiteral("xdg-open"), {QString::fromStdString(url)})) {
+        std::cerr << "recview: No browser could be started, as the program xdg-open is missing.\n";
+    }
     if (result == ExitCode::Fine && !options.quiet) {
         std::cerr << "recview: Open this address in a browser; Ctrl-C ends.\n";
         if (!options.listen.empty()) {

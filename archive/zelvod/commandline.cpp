@@ -6,6 +6,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <terminaltext/commandtree.h>
+
 namespace Zelvod {
 
 namespace {
@@ -54,6 +56,9 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
         ->excludes(setUp);
     app.add_flag("--json", options.json, "Write JSON, one object a line")->excludes(setUp);
     app.add_flag("-q,--quiet", options.quiet, "Write failures only");
+    if (TerminalText::printedCommandTree(app, arguments)) {
+        return {std::nullopt, ExitCode::Success};
+    }
     try {
         // The parser takes them from the end.
         std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());

@@ -8,6 +8,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <terminaltext/commandtree.h>
+
 #include "implied.h"
 #include "printing/output.h"
 #include "printing/style.h"
@@ -43,6 +45,9 @@ ExitCode perform(std::vector<std::string> arguments)
 
     Action action;
     addVerbs(Syntax(app, action));
+    if (TerminalText::printedCommandTree(app, arguments)) {
+        return finish(ExitCode::Fine);
+    }
     if (arguments.empty()) {
         std::cout << app.help() << "\nrectool FILE and rectool DIR show what is there.\n";
         return finish(ExitCode::Usage);

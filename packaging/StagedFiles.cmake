@@ -1,0 +1,16 @@
+# cpack runs this when the files of all packages lie in their folders, and before it packs them.
+file(GLOB_RECURSE staged LIST_DIRECTORIES false "${CPACK_TEMPORARY_DIRECTORY}/*")
+foreach(file IN LISTS staged)
+  if(IS_SYMLINK "${file}")
+    continue()
+  endif()
+  # Installed where the system looks anyway, programs need no other folders for their libraries.
+  if(file MATCHES "/usr/(bin/[^/]*|lib/.*\\.so[0-9.]*)$")
+    file(RPATH_REMOVE FILE "${file}")
+  endif()
+  if(file MATCHES "\\.so[0-9.]*$")
+    file(CHMOD "${file}" PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
+  elseif(file MATCHES "/doc/[^/]*/changelog$")
+    execute_process(COMMAND gzip -9n "${file}" COMMAND_ERROR_IS_FATAL ANY)
+  endif()
+endforeach()
