@@ -37,6 +37,7 @@ inline void require(bool kept, const char* what)
 void runBearings(const std::string& input);
 void runConfiguration(const std::string& input);
 void runFeed(const std::string& input);
+void runGpsd(const std::string& input);
 void runJournal(const std::string& input);
 void runMapText(const std::string& input);
 void runNmea(const std::string& input);
@@ -49,6 +50,7 @@ void runTimes(const std::string& input);
 [[nodiscard]] std::vector<std::string> bearingsSeeds();
 [[nodiscard]] std::vector<std::string> configurationSeeds();
 [[nodiscard]] std::vector<std::string> feedSeeds();
+[[nodiscard]] std::vector<std::string> gpsdSeeds();
 [[nodiscard]] std::vector<std::string> journalSeeds();
 [[nodiscard]] std::vector<std::string> mapTextSeeds();
 [[nodiscard]] std::vector<std::string> nmeaSeeds();

@@ -12,6 +12,7 @@ std::span<const Target> targets()
         Target{"bearings", runBearings, bearingsSeeds},
         Target{"configuration", runConfiguration, configurationSeeds},
         Target{"feed", runFeed, feedSeeds},
+        Target{"gpsd", runGpsd, gpsdSeeds},
         Target{"journal", runJournal, journalSeeds},
         Target{"maptext", runMapText, mapTextSeeds},
         Target{"nmea", runNmea, nmeaSeeds},

@@ -8,6 +8,9 @@ Offer offerSim, offerFeed, offerSweep, offerBearings, offerNmea;
 #if defined(RECSTATION_HAS_IQ)
 Offer offerIq;
 #endif
+#if defined(RECSTATION_HAS_LIVE)
+Offer offerGpsd;
+#endif
 
 std::vector<std::shared_ptr<OfferedSource>> offeredSources()
 {
@@ -15,7 +18,10 @@ std::vector<std::shared_ptr<OfferedSource>> offeredSources()
     {
         offerSim(), offerFeed(), offerSweep(), offerBearings(), offerNmea(),
 #if defined(RECSTATION_HAS_IQ)
-            offerIq()
+            offerIq(),
+#endif
+#if defined(RECSTATION_HAS_LIVE)
+            offerGpsd(),
 #endif
     };
 }

@@ -140,7 +140,7 @@ std::optional<long long> date(std::string_view day, std::string_view month, std:
     return days;
 }
 
-void position(const NmeaSentence& sentence, std::size_t first, NmeaFix& fix)
+void position(const NmeaSentence& sentence, std::size_t first, Fix& fix)
 {
     const auto latitude =
         readAngle(sentence.field(first), sentence.field(first + 1), "NS", "latitude", HighestLatitude);

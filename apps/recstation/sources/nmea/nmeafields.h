@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-#include "sources/nmea/nmeamessage.h"
+#include "position/fix.h"
 #include "sources/nmea/nmeasentence.h"
 
 namespace RecStation::NmeaFields {
@@ -21,7 +21,7 @@ namespace RecStation::NmeaFields {
 /// dd, mm and yyyy; days since 1970.
 [[nodiscard]] std::optional<long long> date(std::string_view day, std::string_view month, std::string_view year);
 /// Latitude, half, longitude, half from the field on: both, or neither.
-void position(const NmeaSentence& sentence, std::size_t first, NmeaFix& fix);
+void position(const NmeaSentence& sentence, std::size_t first, Fix& fix);
 /// Metres above mean sea level; the field behind it is the unit.
 [[nodiscard]] std::optional<double> altitude(std::string_view field);
 [[nodiscard]] std::optional<double> speed(std::string_view field);  ///< in the unit of the field

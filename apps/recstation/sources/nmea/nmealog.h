@@ -23,7 +23,7 @@ namespace RecStation {
 struct TimedFix {
     unsigned long long time =
         0;  ///< microseconds since 1970 UTC; not earlier than that of the fix before, but after a gap
-    NmeaFix fix;
+    Fix fix;
 };
 
 /// A sentence without a time lies between the timed sentence before it and the next one of a later time, as its line
@@ -67,7 +67,7 @@ private:
         std::size_t line;
         bool timed;
         long long time;
-        NmeaFix fix;
+        Fix fix;
     };
 
     bool readSentence();

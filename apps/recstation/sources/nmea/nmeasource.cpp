@@ -7,8 +7,8 @@
 #include <QLoggingCategory>
 
 #include "attachedvalue.h"
+#include "position/positionvalues.h"
 #include "sources/nmea/nmealog.h"
-#include "sources/nmea/nmeavalues.h"
 
 namespace RecStation {
 
@@ -32,7 +32,7 @@ private:
     NmeaOptions m_options;
     InputReport m_report;
     std::unique_ptr<NmeaLog> m_log;
-    std::unique_ptr<NmeaValues> m_values;
+    std::unique_ptr<PositionValues> m_values;
     std::optional<TimedFix> m_pending;  // read, not yet shown
     std::uint64_t m_shown = 0;
     bool m_stopping = false;
@@ -41,7 +41,7 @@ private:
 void NmeaSource::prepare()
 {
     m_log = std::make_unique<NmeaLog>(m_options, m_report);
-    m_values = std::make_unique<NmeaValues>();
+    m_values = std::make_unique<PositionValues>();
     if (!m_options.valuePath.isEmpty()) {
         const QString device = m_options.file == "-" ? QStringLiteral("NMEA input") : textBaseName(m_options.file);
         setText(m_options.valuePath + QStringLiteral("/Adm/DRIVERNAME"), forFileNames(device));

@@ -4,18 +4,19 @@
 #include <values/tree.h>
 #include <values/value.h>
 
-#include "sources/nmea/nmeamessage.h"
+#include "position/fix.h"
 
 namespace RecStation {
 
 /// The values stay in the tree when this object goes.
-class NmeaValues {
+class PositionValues {
 public:
     /// Values that are not there yet are made, and are not a number.
     /// @throws std::runtime_error when there is no tree, or a path holds another kind of value
-    NmeaValues();
+    PositionValues();
 
-    void show(const NmeaFix& fix);
+    void show(const Fix& fix);
+    void forget();  ///< none of them is known any more: not a number
 
 private:
     using Number = values::ValuePtr<values::ValueNumeric<double>>;

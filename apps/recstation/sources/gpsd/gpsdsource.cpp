@@ -1,0 +1,178 @@
+// Watching gpsd: lines of JSON in, the newest position and attitude out.
+#include "sources/gpsd/gpsdsource.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "attachedvalue.h"
+#include "live/lines.h"
+#include "live/peersource.h"
+#include "position/positionvalues.h"
+#include "sources/gpsd/gpsdreport.h"
+#include "sources/gpsd/gpsdstate.h"
+
+namespace RecStation {
+
+namespace {
+
+constexpr std::size_t LongestGpsdReport = 65'536;
+constexpr std::chrono::milliseconds GpsdGreeting{10'000};
+// gpsd tells of a device that is asked for or that fails; a fix a second is usual.
+constexpr std::chrono::seconds LongestGpsdQuiet{3600};
+
+using GpsdClock = std::chrono::steady_clock;
+
+// A peer that sends more than a thousand lines a second has many of them made one step.
+class GpsdFlood {
+public:
+    [[nodiscard]] bool isFlood(GpsdClock::time_point now)
+    {
+        constexpr int MostASecond = 1000;
+        if (now - m_begin >= std::chrono::seconds(1)) {
+            m_begin = now;
+            m_count = 0;
+        }
+        return ++m_count > MostASecond;
+    }
+
+private:
+    GpsdClock::time_point m_begin;
+    int m_count = 0;
+};
+
+class GpsdSource final : public PeerSource {
+public:
+    GpsdSource(GpsdOptions options, Address address, const SourceRun& run)
+        : PeerSource("gpsd", addressText(address), run),
+          m_options(std::move(options)),
+          m_address(std::move(address)),
+          m_lines(LongestGpsdReport),
+          m_state(m_options.device, m_options.variationDeg)
+    {
+    }
+
+    void prepare() override;
+
+private:
+    void connect() override;
+    [[nodiscard]] Received receive() override;
+    void disconnect() noexcept override { m_lines.close(); }
+    void apply() override { m_values->show(m_change); }
+    void forget() override;
+    [[nodiscard]] SourceReport counts() const override;
+
+    void takeLine(std::string_view line, GpsdClock::time_point now);
+    void tellNews();
+
+    GpsdOptions m_options;
+    Address m_address;
+    LineConnection m_lines;
+    GpsdState m_state;
+    GpsdFlood m_gate;
+    bool m_greeted = false;
+    Received m_received;
+    Fix m_change;
+    std::unique_ptr<PositionValues> m_values;
+    std::uint64_t m_used = 0;
+    std::uint64_t m_skipped = 0;
+    std::uint64_t m_broken = 0;
+};
+
+void GpsdSource::prepare()
+{
+    m_values = std::make_unique<PositionValues>();
+    if (!m_options.valuePath.isEmpty()) {
+        setText(m_options.valuePath + QStringLiteral("/Adm/DRIVERNAME"),
+                forFileNames(QStringLiteral("gpsd ") + QString::fromStdString(m_address.host)));
+        setText(m_options.valuePath + QStringLiteral("/Adm/DEVICE_TYPE"), QStringLiteral("gpsd"));
+    }
+}
+
+void GpsdSource::connect()
+{
+    m_state.forget();
+    m_lines.open(m_address);
+    const auto greeting = m_lines.next(in(GpsdGreeting));
+    const auto report = greeting ? parseGpsdReport(*greeting) : std::nullopt;
+    if (!report || report->kind != GpsdReport::Kind::Version) {
+        throw ConnectionError(greeting ? "what answers there is no gpsd" : "no greeting of gpsd comes");
+    }
+    m_lines.send("?WATCH={\"enable\":true,\"json\":true};\n");
+    m_greeted = true;
+}
+
+Received GpsdSource::receive()
+{
+    constexpr int MostAStep = 10'000;
+    m_received = {systemTimeUs(), std::nullopt};
+    if (std::exchange(m_greeted, false)) {
+        m_change = {};
+        return m_received;  // it is there, also when none of its devices has a fix
+    }
+    for (int lines = 0; !m_state.hasChange() || (m_lines.holdsLine() && lines < MostAStep); ++lines) {
+        const auto line = m_lines.next(m_state.silentAt().value_or(GpsdClock::now() + LongestGpsdQuiet));
+        const auto now = GpsdClock::now();
+        if (line) {
+            takeLine(*line, now);
+        } else {
+            m_state.passTime(now);
+            m_received = {systemTimeUs(), std::nullopt};
+        }
+        tellNews();
+        if (m_state.hasChange() && !m_gate.isFlood(now)) {
+            break;
+        }
+    }
+    m_change = m_state.takeChange();
+    return m_received;
+}
+
+void GpsdSource::takeLine(std::string_view line, GpsdClock::time_point now)
+{
+    const auto report = parseGpsdReport(line);
+    if (!report) {
+        ++m_broken;
+        return;
+    }
+    if (m_state.take(*report, now)) {
+        ++m_used;
+        m_received = {systemTimeUs(), report->timeUs};
+    } else {
+        ++m_skipped;
+    }
+}
+
+void GpsdSource::tellNews()
+{
+    for (const std::string& news : m_state.takeNews()) {
+        say(news);
+    }
+}
+
+void GpsdSource::forget()
+{
+    m_values->forget();
+}
+
+SourceReport GpsdSource::counts() const
+{
+    SourceReport report;
+    report.used = m_used;
+    report.skipped = m_skipped;
+    report.lines = true;
+    report.lost = m_broken + m_lines.tooLong();
+    return report;
+}
+
+}  // namespace
+
+std::unique_ptr<Source> makeGpsdSource(const GpsdOptions& options, const SourceRun& run)
+{
+    const auto address = parseAddress(options.address, GpsdPort);
+    if (!address) {
+        throw std::runtime_error("gpsd: " + options.address + " is no HOST:PORT");
+    }
+    return std::make_unique<GpsdSource>(options, *address, run);
+}
+
+}  // namespace RecStation
