@@ -2,30 +2,14 @@
 #include "export.h"
 
 #include <algorithm>
-#include <cmath>
 #include <iostream>
 #include <utility>
 
 #include "printing/output.h"
 #include "printing/text.h"
-#include "replay/measuredtime.h"
 #include "replay/spectra.h"
 
 namespace RecTool {
-
-namespace {
-
-/// When the value was measured, also in the last millisecond of a recording, whose end is told in whole ones.
-double exactMoment(const PlacedRecord& placed, std::uint64_t startMs)
-{
-    constexpr double UsPerMilli = 1000;
-    const auto measured = measuredUs(placed.record.data);
-    const double exact =
-        measured ? (static_cast<double>(*measured) - static_cast<double>(startMs) * UsPerMilli) / UsPerMilli : 0;
-    return measured && std::abs(exact - placed.momentMs) < 1 ? exact : placed.momentMs;
-}
-
-}  // namespace
 
 ExportedRecords::ExportedRecords(Recordings& recordings, std::vector<TrackType> types)
     : m_recordings(recordings), m_types(std::move(types)), m_keywords(recordings.tracks().size())
@@ -63,7 +47,7 @@ void ExportedRecords::walk(const std::function<bool()>& goesOn,
         if (value == nullptr) {
             ++m_notUnderstood[keyword(placed.type)];
         } else {
-            visit({placed.record, placed.type, exactMoment(placed, m_recordings.startMs()), placed.recorded}, *value);
+            visit({placed.record, placed.type, placed.exactMomentMs(m_recordings.startMs()), placed.recorded}, *value);
         }
     });
 }

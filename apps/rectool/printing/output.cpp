@@ -66,6 +66,9 @@ void complainAs(const char* program)
 void complain(const std::string& file, const std::string& text)
 {
     if (keptHere != nullptr) {
+        if (keptHere->m_text.empty()) {
+            keptHere->m_file = file;
+        }
         keptHere->m_text += (keptHere->m_text.empty() ? "" : " ") + text;
         return;
     }

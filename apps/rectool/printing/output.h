@@ -37,12 +37,15 @@ public:
 
     /// The sentences without the file's name, one behind the other.
     [[nodiscard]] const std::string& text() const { return m_text; }
+    /// The file that the first one is about.
+    [[nodiscard]] const std::string& file() const { return m_file; }
     /// Whether those of this thread are being kept.
     [[nodiscard]] static bool areKept();
 
 private:
     friend void complain(const std::string& file, const std::string& text);
     std::string m_text;
+    std::string m_file;
 };
 
 /// The numbers of types that a user named by keyword or number. @return nothing, told, when one is no type of the file

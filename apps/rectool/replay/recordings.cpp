@@ -43,6 +43,15 @@ std::string deviceOf(const Inspection::Header& header)
 
 }  // namespace
 
+double PlacedRecord::exactMomentMs(std::uint64_t startMs) const
+{
+    constexpr double UsPerMilli = 1000;
+    const auto measured = measuredUs(record.data);
+    const double exact =
+        measured ? (static_cast<double>(*measured) - static_cast<double>(startMs) * UsPerMilli) / UsPerMilli : 0;
+    return measured && std::abs(exact - momentMs) < 1 ? exact : momentMs;
+}
+
 std::optional<double> PlacedRecord::number() const
 {
     const values::ValueBase* value = recorded.apply(record);
@@ -151,15 +160,15 @@ ExitCode Recordings::takeSpan(const RecordingsOptions& options)
     m_toIsGiven = !options.to.empty();
     std::uint64_t from = 0;
     std::uint64_t to = 0;
-    if (!takeTime("--from", options.from, m_axis, from) || !takeTime(options.toName, options.to, m_axis, to)) {
+    if (!takeTime(options.fromName, options.from, m_axis, from) || !takeTime(options.toName, options.to, m_axis, to)) {
         return ExitCode::Usage;
     }
     m_span.fromMs = m_fromIsGiven ? static_cast<double>(from) : m_span.fromMs;
     m_span.toMs = m_toIsGiven ? static_cast<double>(to) : m_span.toMs;
     if (m_span.fromMs > m_span.toMs) {
-        complain(file(), m_span.fromMs > end ? "--from lies behind the end of the recording."
+        complain(file(), m_span.fromMs > end ? std::string(options.fromName) + " lies behind the end of the recording."
                          : !m_fromIsGiven    ? std::string(options.toName) + " lies in front of the first record."
-                                             : "--from lies behind --to.");
+                                             : std::string(options.fromName) + " lies behind " + options.toName + '.');
         return ExitCode::Usage;
     }
     m_lastMs = m_toIsGiven ? m_span.toMs : std::numeric_limits<double>::infinity();

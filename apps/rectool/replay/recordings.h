@@ -36,6 +36,9 @@ struct PlacedRecord {
     RecordedValues& recorded;
     std::size_t part = 0;  ///< the recording that it stands in, for Recordings::fileOf
 
+    /// The same to the microsecond also in the last millisecond of a recording, whose end is told in whole ones.
+    /// @param startMs of the first recording, as Recordings has it
+    [[nodiscard]] double exactMomentMs(std::uint64_t startMs) const;
     /// The number or the map of levels that it led to; nothing when it is none. Maps are to be asked for once.
     [[nodiscard]] std::optional<double> number() const;
     [[nodiscard]] const LevelMap* levels() const;
@@ -51,10 +54,11 @@ struct Track {
 
 /// Which recordings, and what of them.
 struct RecordingsOptions {
-    std::vector<std::string> files;  ///< at least one
-    std::string from;                ///< a time of the first recording; empty: from the first record
-    std::string to;                  ///< a time of the first recording, the last one taken; empty: to the end
-    const char* toName = "--to";     ///< how users give it
+    std::vector<std::string> files;   ///< at least one
+    std::string from;                 ///< a time of the first recording; empty: from the first record
+    std::string to;                   ///< a time of the first recording, the last one taken; empty: to the end
+    const char* fromName = "--from";  ///< how users give it
+    const char* toName = "--to";
 };
 
 class Recordings {
@@ -107,16 +111,20 @@ public:
     /// The same with a reason why nothing was made.
     [[nodiscard]] ExitCode refuse(const std::string& why);
 
-private:
+    /// One of the files.
     struct Part {
         std::string file;
         Recording2::Inspection::Summary summary;
         std::size_t track = 0;
-        double offsetMs = 0;  ///< of its start from the first one's
-        std::vector<Recording2::Inspection::Finding> inRecords;
+        double offsetMs = 0;                                     ///< of its start from the first one's
+        std::vector<Recording2::Inspection::Finding> inRecords;  ///< by the last walk
 
         [[nodiscard]] double lengthMs() const;
     };
+    /// By time.
+    [[nodiscard]] const std::vector<Part>& parts() const { return m_parts; }
+
+private:
     [[nodiscard]] ExitCode readParts(const std::vector<std::string>& files);
     void makeTracks();
     void makeAxis();

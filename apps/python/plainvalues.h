@@ -1,0 +1,29 @@
+// Every value of a type with its time: numbers as one array, other plain values as texts.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "reading.h"
+
+namespace RecPython {
+
+/// Either the numbers or the texts are as many as the times.
+struct FoundValues {
+    std::vector<std::int64_t> sinceStartUs;
+    std::vector<double> numbers;     ///< while all are numbers or booleans
+    std::vector<std::string> texts;  ///< UTF-8, otherwise
+    bool areBooleans = false;
+    std::string keyword;
+    std::string device;
+    std::string unit;  ///< empty where there is none
+    std::int64_t startUs = 0;
+    std::uint64_t notUnderstood = 0;
+    std::vector<FoundDamage> damage;
+};
+
+/// Without the interpreter's lock. @throws Refusal, Interrupted
+[[nodiscard]] FoundValues readValues(const Request& request);
+
+}  // namespace RecPython

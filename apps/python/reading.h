@@ -1,0 +1,58 @@
+// One call's look at recordings: which files, types and times, and what was found damaged on the way.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "rectool/replay/recordings.h"
+#include "refusal.h"
+
+namespace RecPython {
+
+/// Times are texts as rectool takes them; empty: no bound.
+struct Request {
+    std::vector<std::string> files;
+    std::string keyword;  ///< or a number; empty: every type
+    std::string device;   ///< empty: the only one
+    std::string from;
+    std::string to;
+    const char* toName = "stop";
+};
+
+/// Damage met, file by file.
+struct FoundDamage {
+    std::string file;
+    std::int64_t offset = 0;
+    std::string text;
+};
+
+/// Reads headers and tables at once. @throws Refusal
+class Reading {
+public:
+    explicit Reading(const Request& request);
+
+    [[nodiscard]] RecTool::Recordings& recordings() { return *m_recordings; }
+    [[nodiscard]] const RecTool::Recordings& recordings() const { return *m_recordings; }
+    /// The types of the keyword, one a track. @throws Refusal when nothing or more than one device has it
+    [[nodiscard]] std::vector<RecTool::TrackType> types() const;
+    /// Whether the device that was asked for is that of a track.
+    [[nodiscard]] bool isWanted(std::size_t track) const;
+    [[nodiscard]] std::string keywordOf(const RecTool::TrackType& type) const;
+    [[nodiscard]] const std::string& deviceOf(std::size_t track) const;
+    /// Start of the axis in microseconds since 1970 UTC; 0: not known.
+    [[nodiscard]] std::int64_t startUs() const;
+    /// When a record's value was measured, in microseconds since the start of the axis.
+    [[nodiscard]] std::int64_t sinceStartUs(const RecTool::PlacedRecord& placed) const;
+    [[nodiscard]] std::vector<FoundDamage> damage() const;
+
+private:
+    [[nodiscard]] std::vector<RecTool::TrackType> named() const;
+    void requireOneDevice(const std::vector<RecTool::TrackType>& types) const;
+
+    Request m_request;
+    std::unique_ptr<RecTool::Recordings> m_recordings;
+};
+
+}  // namespace RecPython
