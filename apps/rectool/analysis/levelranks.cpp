@@ -15,23 +15,24 @@ double LevelRanks::levelOf(std::uint32_t code)
 
 void LevelRanks::prepare(std::size_t channels)
 {
-    m_coarse.resize(std::max(m_coarse.size(), channels * Bins));
+    m_channels = std::max(m_channels, channels);
+    m_coarse.resize((m_channels + Together - 1) / Together * Together * Bins);
 }
 
 void LevelRanks::endCounting()
 {
-    const std::size_t channels = m_coarse.size() / Bins;
-    for (std::size_t channel = 0; channel < channels; ++channel) {
+    for (std::size_t channel = 0; channel < m_channels; ++channel) {
         m_ranks.push_back(ranksOf(channel));
     }
-    m_fine.assign(channels * FineBins, 0);
+    m_fine.assign(m_channels * FineBins, 0);
 }
 
 LevelRanks::Ranks LevelRanks::ranksOf(std::size_t channel) const
 {
-    const auto begin = m_coarse.begin() + static_cast<std::ptrdiff_t>(channel * Bins);
     std::uint64_t all = 0;
-    std::for_each(begin, begin + Bins, [&](std::uint32_t count) { all += count; });
+    for (std::size_t bin = 0; bin < Bins; ++bin) {
+        all += m_coarse[placeOf(channel, bin)];
+    }
     Ranks ranks;
     if (all == 0) {
         return ranks;
@@ -41,7 +42,7 @@ LevelRanks::Ranks LevelRanks::ranksOf(std::size_t channel) const
     ranks.between = place - static_cast<double>(low);
     std::uint64_t before = 0;
     for (std::size_t bin = 0; bin < Bins; ++bin) {
-        const std::uint64_t upTo = before + begin[static_cast<std::ptrdiff_t>(bin)];
+        const std::uint64_t upTo = before + m_coarse[placeOf(channel, bin)];
         if (low >= before && low < upTo) {
             ranks.lowBin = bin;
             ranks.inBin = low - before;

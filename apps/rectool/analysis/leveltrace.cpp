@@ -32,7 +32,7 @@ LevelTrace::LevelTrace(std::optional<FrequencySpan> span, const std::vector<doub
     }
 }
 
-void LevelTrace::addLevel(Sum& sum, float level, double momentMs)
+void LevelTrace::addLevel(Sum& sum, float level, double power, double momentMs)
 {
     if (sum.levels.sweeps == 0 || level > sum.levels.highest) {
         sum.levels.highest = level;
@@ -42,7 +42,7 @@ void LevelTrace::addLevel(Sum& sum, float level, double momentMs)
         sum.levels.lowest = level;
         sum.levels.lowestMs = momentMs;
     }
-    sum.power += powerOf(level);
+    sum.power += power;
     ++sum.levels.sweeps;
 }
 
@@ -54,8 +54,9 @@ bool LevelTrace::add(const values::ChannelRange& range, std::span<const float> l
     }
     m_sums.resize(m_numbers.frequencies().size());
     bool isTaken = false;
+    const Powers& powers = Powers::table();
     forEachLevel(*numbers, levels, [&](std::size_t channel, float level) {
-        addLevel(m_sums[channel], level, momentMs);
+        addLevel(m_sums[channel], level, powers(level), momentMs);
         isTaken = true;
     });
     for (LevelRanks& ranks : m_ranks) {

@@ -57,7 +57,7 @@ private:
         ChannelLevels levels;
         double power = 0;
     };
-    static void addLevel(Sum& sum, float level, double momentMs);
+    static void addLevel(Sum& sum, float level, double power, double momentMs);
 
     ChannelNumbers m_numbers;
     std::vector<LevelRanks> m_ranks;

@@ -11,6 +11,12 @@ namespace RecTool {
 /// 10^(level/10). Recorded levels are hundredths of a decibel, so that few powers are ever needed.
 class Powers {
 public:
+    /// Those of the program.
+    static const Powers& table()
+    {
+        static const Powers powers;
+        return powers;
+    }
     Powers()
     {
         for (std::size_t i = 0; i < m_powers.size(); ++i) {
@@ -39,8 +45,7 @@ private:
 /// 10^(level/10). Fast for hundredths of a decibel.
 [[nodiscard]] inline double powerOf(float level)
 {
-    static const Powers powers;
-    return powers(level);
+    return Powers::table()(level);
 }
 
 /// 10 log10(power).
