@@ -49,7 +49,7 @@ void showValues(const std::string& path)
         tolerating([&] { return RecTool::state({path, "15", json}); });
         tolerating([&] { return RecTool::diff({path, "10", "1000", true, json}); });
         RecTool::MapOptions map;
-        map.file = path;
+        map.files = {path};
         map.json = json;
         tolerating([&] { return RecTool::map(map); });
     }

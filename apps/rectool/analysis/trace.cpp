@@ -33,25 +33,6 @@ struct Shown {
     double momentMs = 0;
 };
 
-/// The channel that a frequency belongs to: the nearest one, if it reaches so far.
-std::optional<std::size_t> channelAt(const values::ChannelRange& range, double hz)
-{
-    constexpr double Reach = 0.5 + 1e-9;  // of a channel's width
-    std::size_t nearest = 0;
-    if (range.isList()) {
-        const auto distance = [hz](double a, double b) { return std::abs(a - hz) < std::abs(b - hz); };
-        nearest = static_cast<std::size_t>(
-            std::min_element(range.channelsHz.begin(), range.channelsHz.end(), distance) - range.channelsHz.begin());
-    } else if (range.stepHz != 0 && range.count > 0) {
-        const double place = std::round((hz - range.startHz) / range.stepHz);
-        nearest = static_cast<std::size_t>(std::clamp(place, 0.0, static_cast<double>(range.count - 1)));
-    }
-    const bool isThere = nearest < range.size();
-    return isThere && std::abs(range.frequencyHz(nearest) - hz) <= channelWidthHz(range) * Reach
-               ? std::optional(nearest)
-               : std::nullopt;
-}
-
 }  // namespace
 
 std::vector<double> percentilesOf(const TraceOptions& options)

@@ -120,7 +120,14 @@ Path aroundPole(Path ring)
     return closed(std::move(ring));
 }
 
-std::vector<Path> cutRing(Path ring)
+}  // namespace
+
+std::vector<Path> pathParts(Path path)
+{
+    return cutLine(unwrapped(std::move(path)));
+}
+
+std::vector<Path> outlineRings(Path ring)
 {
     ring = unwrapped(closed(std::move(ring)));
     const double woundDeg = ring.back().longitudeDeg - ring.front().longitudeDeg;
@@ -146,8 +153,6 @@ std::vector<Path> cutRing(Path ring)
     return rings;
 }
 
-}  // namespace
-
 std::vector<Path> linePaths(const LineOfBearing& line, double lengthM)
 {
     constexpr double PieceM = 5'000;
@@ -161,7 +166,7 @@ std::vector<Path> linePaths(const LineOfBearing& line, double lengthM)
         geodesic.Position(lengthM * i / pieces, point.latitudeDeg, point.longitudeDeg);
         path.push_back(point);
     }
-    return cutLine(unwrapped(std::move(path)));
+    return pathParts(std::move(path));
 }
 
 std::vector<Path> ellipseRings(const Position& centre, const Ellipse& ellipse)
@@ -177,7 +182,7 @@ std::vector<Path> ellipseRings(const Position& centre, const Ellipse& ellipse)
             ellipse.orientationDeg + std::atan2(across, along) * AntimeridianDeg / std::numbers::pi;
         ring.push_back(endOf({centre, azimuthDeg}, std::hypot(along, across)));
     }
-    return cutRing(std::move(ring));
+    return outlineRings(std::move(ring));
 }
 
 }  // namespace RecTool::Geo

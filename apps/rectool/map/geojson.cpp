@@ -7,8 +7,7 @@
 #include <optional>
 #include <utility>
 
-#include <QDateTime>
-
+#include "features.h"
 #include "geo/geodesic.h"
 #include "geo/shapes.h"
 
@@ -18,92 +17,6 @@ using Geo::NoFix;
 using Geo::Position;
 
 namespace {
-
-double rounded(double value, double perUnit)
-{
-    return std::round(value * perUnit) / perUnit;
-}
-
-// Sizes as precise as they are meant: more digits would be noise.
-double centimetres(double metres)
-{
-    constexpr double PerMetre = 100;
-    return rounded(metres, PerMetre);
-}
-
-double thousandths(double value)
-{
-    constexpr double PerUnit = 1000;
-    return rounded(value, PerUnit);
-}
-
-double direction(double degrees)
-{
-    constexpr double PerDegree = 1e6;  // the sum of two recorded angles without the digits that adding makes
-    return rounded(degrees, PerDegree);
-}
-
-Json time(unsigned long long us)
-{
-    constexpr unsigned long long UsPerMs = 1000;
-    constexpr unsigned long long EndOfYear9999Ms = 253'402'300'799'999;
-    if (us / UsPerMs > EndOfYear9999Ms) {
-        return {};
-    }
-    return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(us / UsPerMs), Qt::UTC)
-        .toString(Qt::ISODateWithMs)
-        .toStdString();
-}
-
-// Longitude first. Seven decimals are a centimetre.
-Json coordinates(const Position& position)
-{
-    constexpr double PerDegree = 1e7;
-    return {rounded(position.longitudeDeg, PerDegree), rounded(position.latitudeDeg, PerDegree)};
-}
-
-Json coordinates(const Geo::Path& path)
-{
-    Json points = Json::array();
-    for (const Position& point : path) {
-        points.push_back(coordinates(point));
-    }
-    return points;
-}
-
-Json point(const Position& position)
-{
-    return {{"type", "Point"}, {"coordinates", coordinates(position)}};
-}
-
-Json lineString(const std::vector<Geo::Path>& parts)
-{
-    if (parts.size() == 1) {
-        return {{"type", "LineString"}, {"coordinates", coordinates(parts.front())}};
-    }
-    Json lines = Json::array();
-    for (const Geo::Path& part : parts) {
-        lines.push_back(coordinates(part));
-    }
-    return {{"type", "MultiLineString"}, {"coordinates", std::move(lines)}};
-}
-
-Json polygon(const std::vector<Geo::Path>& rings)
-{
-    Json polygons = Json::array();
-    for (const Geo::Path& ring : rings) {
-        polygons.push_back(Json::array({coordinates(ring)}));
-    }
-    if (polygons.size() == 1) {
-        return {{"type", "Polygon"}, {"coordinates", polygons.at(0)}};
-    }
-    return {{"type", "MultiPolygon"}, {"coordinates", std::move(polygons)}};
-}
-
-Json feature(Json geometry, Json properties)
-{
-    return {{"type", "Feature"}, {"geometry", std::move(geometry)}, {"properties", std::move(properties)}};
-}
 
 struct Reason {
     const char* word;
@@ -308,8 +221,7 @@ void writeGeoJson(const Json& about, const TakenBearings& taken, const std::vect
 {
     constexpr double UsPerSecond = 1e6;
     const Collection collection(taken, groups, settings);
-    Json head = {{"type", "FeatureCollection"}};
-    head.update(about);
+    Json head = about;
     head["sigmaDeg"] = settings.fix.sigmaDeg;
     head["windowSeconds"] = static_cast<double>(settings.windowUs) / UsPerSecond;
     head["bearings"] = taken.bearings.size() + taken.withoutPosition;
@@ -317,15 +229,9 @@ void writeGeoJson(const Json& about, const TakenBearings& taken, const std::vect
     head["withoutPosition"] = taken.withoutPosition;
     head["fixes"] = collection.fixes();
     head["unfixed"] = collection.unfixed();
-    std::string text = dump(head, -1);
-    text.back() = ',';  // the object goes on
-    write(text + "\n\"features\":[");
-    const char* separator = "\n";
-    collection.forEachFeature([&](const Json& feature) {
-        write(separator + dump(feature, -1));
-        separator = ",\n";
-    });
-    write("\n]}\n");
+    FeatureWriter features(head, write);
+    collection.forEachFeature([&](const Json& feature) { features.add(feature); });
+    features.end();
 }
 
 }  // namespace RecTool

@@ -1,10 +1,9 @@
 // Bearings and fixes as GeoJSON (RFC 7946); doc/rectool.md describes what the features carry.
 #pragma once
 
-#include <functional>
-#include <string>
 #include <vector>
 
+#include "features.h"
 #include "geofixes.h"
 #include "linesofbearing.h"
 #include "printing/json.h"
@@ -16,9 +15,6 @@ struct GeoJsonSettings {
     unsigned long long windowUs = 0;
     double lengthM = 0;  ///< of the lines; 0: chosen
 };
-
-/// Takes a piece of text.
-using TextSink = std::function<void(const std::string&)>;
 
 /// Writes a feature collection, one feature a line, piece by piece: there may be millions of bearings.
 /// @param about further members of the collection, an object

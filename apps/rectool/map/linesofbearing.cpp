@@ -10,7 +10,6 @@
 #include "replay/measuredtime.h"
 #include "replay/place.h"
 #include "replay/recordedvalues.h"
-#include "replay/typenames.h"
 #include "replay/walk.h"
 
 namespace RecTool {
@@ -56,9 +55,8 @@ constexpr unsigned long long UsPerMs = 1000;
 }  // namespace
 
 struct BearingTaker::Private {
-    Private(const std::vector<Inspection::TypeEntry>& types, std::uint64_t start, Listener told)
-        : names(types),
-          bearings(names.numberOf(DirectionFindingKeyword)),
+    Private(const TypeNames& names, std::uint64_t start, Listener told)
+        : bearings(names.numberOf(DirectionFindingKeyword)),
           latitude(names, "LOCATIONLATITUDE"),
           longitude(names, "LOCATIONLONGITUDE"),
           heading(names, "TRUEHEADING"),
@@ -86,10 +84,9 @@ struct BearingTaker::Private {
         }
         const double trueDeg = std::fmod(change.bearing.azimuthDeg + taken.headingDeg.value_or(0), FullCircleDeg);
         taken.line = {position.value_or(Geo::Position()), trueDeg < 0 ? trueDeg + FullCircleDeg : trueDeg};
-        listener({taken, position.has_value(), momentOfRecordMs});
+        listener({taken, position.has_value(), momentOfRecordMs, measured.range()});
     }
 
-    TypeNames names;
     std::optional<std::int32_t> bearings;
     RecordedNumber latitude;
     RecordedNumber longitude;
@@ -101,8 +98,8 @@ struct BearingTaker::Private {
     double momentOfRecordMs = 0;
 };
 
-BearingTaker::BearingTaker(const std::vector<Inspection::TypeEntry>& types, std::uint64_t startMs, Listener listener)
-    : d(std::make_unique<Private>(types, startMs, std::move(listener)))
+BearingTaker::BearingTaker(const TypeNames& names, std::uint64_t startMs, Listener listener)
+    : d(std::make_unique<Private>(names, startMs, std::move(listener)))
 {
 }
 
@@ -137,7 +134,7 @@ TakenBearings takeBearings(const std::string& file, const Inspection::Summary& s
                            std::uint64_t toMs)
 {
     TakenBearings taken;
-    BearingTaker taker(summary.types, summary.header.startMs, [&](const BearingTaker::Taken& one) {
+    BearingTaker taker(TypeNames(summary.types), summary.header.startMs, [&](const BearingTaker::Taken& one) {
         if (one.momentMs < firstMoment(fromMs) || one.momentMs > static_cast<double>(toMs)) {
             return;
         }

@@ -12,6 +12,7 @@
 #include <values/maps.h>
 
 #include "geo/position.h"
+#include "replay/typenames.h"
 
 namespace RecTool {
 
@@ -30,13 +31,14 @@ class BearingTaker {
 public:
     struct Taken {
         const TakenBearing& bearing;
-        bool hasPosition;  ///< nobody knows where it was taken without; its line is none then
-        double momentMs;   ///< of the recording
+        bool hasPosition;                   ///< nobody knows where it was taken without; its line is none then
+        double momentMs;                    ///< of the recording
+        const values::ChannelRange& range;  ///< that its channel is of
     };
     using Listener = std::function<void(const Taken&)>;
 
-    /// @param types of the recording @param startMs of the recording, since 1970 UTC
-    BearingTaker(const std::vector<Recording2::Inspection::TypeEntry>& types, std::uint64_t startMs, Listener listener);
+    /// @param names of the recording's types @param startMs of the recording, since 1970 UTC
+    BearingTaker(const TypeNames& names, std::uint64_t startMs, Listener listener);
     BearingTaker(const BearingTaker&) = delete;
     BearingTaker& operator=(const BearingTaker&) = delete;
     ~BearingTaker();

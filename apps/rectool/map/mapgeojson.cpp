@@ -32,22 +32,9 @@ GeoJsonSettings settingsOf(const MapOptions& options)
 
 Json about(const MapOptions& options, std::uint64_t fromMs, std::uint64_t toMs)
 {
-    return {{"file", shownName(options.file)},
+    return {{"file", shownName(options.files.front())},
             {"fromMs", options.from.empty() ? Json() : Json(fromMs)},
             {"toMs", options.to.empty() ? Json() : Json(toMs)}};
-}
-
-/// Lets something write text to a file.
-ExitCode save(const std::string& path, const std::function<void(const TextSink&)>& produce)
-{
-    return saveFile(path, [&](QIODevice& file) {
-        bool good = true;
-        produce([&](const std::string& text) {
-            const auto size = static_cast<qint64>(text.size());
-            good = good && file.write(text.data(), size) == size;
-        });
-        return good;
-    });
 }
 
 void complainOfBearings(const std::string& file, const TakenBearings& taken)
@@ -62,29 +49,43 @@ void complainOfBearings(const std::string& file, const TakenBearings& taken)
 
 }  // namespace
 
+ExitCode writeMapDocument(const std::string& output, const std::function<void(const TextSink&)>& produce)
+{
+    if (output.empty()) {
+        produce([](const std::string& text) {
+            std::cout << text;
+            static_cast<void>(canPrint());  // notes why not
+        });
+        return ExitCode::Fine;
+    }
+    return saveFile(output, [&](QIODevice& file) {
+        bool good = true;
+        produce([&](const std::string& text) {
+            const auto size = static_cast<qint64>(text.size());
+            good = good && file.write(text.data(), size) == size;
+        });
+        return good;
+    });
+}
+
 ExitCode mapGeoJson(const MapOptions& options, const Inspection::Summary& summary, std::uint64_t fromMs,
                     std::uint64_t toMs)
 {
     if (!options.output.empty() && !mayReplace(options.output)) {
         return ExitCode::Usage;
     }
-    const TakenBearings taken = takeBearings(options.file, summary, fromMs, toMs);
+    const TakenBearings taken = takeBearings(options.files.front(), summary, fromMs, toMs);
     const GeoJsonSettings settings = settingsOf(options);
     const std::vector<BearingGroup> groups = findFixes(taken.bearings, settings.fix, settings.windowUs);
     const auto produce = [&](const TextSink& write) {
         writeGeoJson(about(options, fromMs, toMs), taken, groups, settings, write);
     };
-    if (options.output.empty()) {
-        produce([](const std::string& text) {
-            std::cout << text;
-            static_cast<void>(canPrint());  // notes why not
-        });
-    } else if (const ExitCode saved = save(options.output, produce); saved != ExitCode::Fine) {
+    if (const ExitCode saved = writeMapDocument(options.output, produce); saved != ExitCode::Fine) {
         return saved;
     }
-    complainOfBearings(options.file, taken);
-    return finish(
-        withPassedOver(options.file, DirectionFindingKeyword, "bearings", taken.passedOver, soundness(taken.findings)));
+    complainOfBearings(options.files.front(), taken);
+    return finish(withPassedOver(options.files.front(), DirectionFindingKeyword, "bearings", taken.passedOver,
+                                 soundness(taken.findings)));
 }
 
 }  // namespace RecTool

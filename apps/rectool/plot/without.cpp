@@ -1,6 +1,7 @@
 // Built without plotting: every verb that draws says so.
 #include <iostream>
 
+#include "earthplot.h"
 #include "traceplot.h"
 
 namespace RecTool {
@@ -27,6 +28,16 @@ ExitCode drawTraces(const TraceOptions& /*options*/, Recordings& /*recordings*/,
 
 ExitCode drawChannelTraces(const TraceOptions& /*options*/, Recordings& /*recordings*/,
                            const std::vector<ChannelTrace>& /*traces*/)
+{
+    return refuse();
+}
+
+ExitCode drawHeat(const MapOptions& /*options*/, Recordings& /*recordings*/, const Heat& /*heat*/)
+{
+    return refuse();
+}
+
+ExitCode drawField(const MapOptions& /*options*/, Recordings& /*recordings*/, const std::vector<FieldTrack>& /*tracks*/)
 {
     return refuse();
 }

@@ -9,6 +9,8 @@
 
 #include "commandline/verb.h"
 #include "commands.h"
+#include "map/fieldjson.h"
+#include "map/heat.h"
 #include "map/mapgeojson.h"
 #include "printing/json.h"
 #include "printing/output.h"
@@ -111,7 +113,7 @@ void printMapAsJson(const MapOptions& options, const Span& span, const BearingRe
         bearing["timeStampUs"] = channel.measuredUs;
         bearings.push_back(std::move(bearing));
     }
-    std::cout << dump({{"file", shownName(options.file)},
+    std::cout << dump({{"file", shownName(options.files.front())},
                        {"fromMs", options.from.empty() ? Json() : Json(span.from)},
                        {"toMs", options.to.empty() ? Json() : Json(span.to)},
                        {"range", toJson(replay.range())},
@@ -120,38 +122,71 @@ void printMapAsJson(const MapOptions& options, const Span& span, const BearingRe
               << '\n';
 }
 
+/// Why there is no answer to what is asked; nothing where there may be one.
+const char* whyNotMapped(const MapOptions& options)
+{
+#if !defined(RECTOOL_HAS_GEO)
+    if (options.geoJson || options.heat || options.track) {
+        return "This rectool was built without GeographicLib, which --geojson, --heat and --track need.";
+    }
+#endif
+    constexpr double LeastSigmaDeg = 0.5;  // of a heat map: its directions are a twentieth of a degree
+    constexpr double MostReachKm = 300;
+    if (options.isOfEarth && !options.geoJson && !options.heat && !options.track) {
+        return "-o and options of places go with --geojson, --heat or --track.";
+    }
+    if (options.files.size() > 1 && !options.heat && !options.track) {
+        return "Without --heat and --track one recording is shown at a time.";
+    }
+    if (options.frequencyHz == 0 && options.track) {
+        return "--track takes the channel at --frequency.";
+    }
+    if (options.heat && (options.sigmaDeg < LeastSigmaDeg || options.lengthKm > MostReachKm)) {
+        return "--heat takes a --sigma from 0.5 degrees on and a --length of 300 km at most.";
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 ExitCode map(const MapOptions& options)
 {
+    if (const char* wrong = whyNotMapped(options)) {
+        complain(options.files.front(), wrong);
+        return ExitCode::Usage;
+    }
+#if defined(RECTOOL_HAS_GEO)
+    if (options.heat || options.track) {
+        return options.heat ? mapHeat(options) : mapTrack(options);
+    }
+#endif
     Inspection::Summary summary;
-    if (!readSummary(options.file, summary)) {
+    if (!readSummary(options.files.front(), summary)) {
         return ExitCode::CannotRead;
     }
     Span span;
-    if (!takeSpan(options.file, options.from, options.to, summary, span.from, span.to)) {
+    if (!takeSpan(options.files.front(), options.from, options.to, summary, span.from, span.to)) {
         return ExitCode::Usage;
     }
     if (options.geoJson) {
 #if defined(RECTOOL_HAS_GEO)
         return mapGeoJson(options, summary, span.from, span.to);
 #else
-        complain(options.file, "This rectool was built without GeographicLib, which --geojson needs.");
         return ExitCode::Usage;
 #endif
     }
     MapAtEnd atEnd(summary, span);
     const std::vector<Inspection::Finding> findings =
-        walk(options.file, summary, [&](const Inspection::Record& record) {
+        walk(options.files.front(), summary, [&](const Inspection::Record& record) {
             atEnd.apply(record);
             return true;  // what was measured in the span may be filed after it
         });
     const BearingReplay& replay = atEnd.replay();
     const std::vector<std::size_t> shown = atEnd.shownChannels();
     options.json ? printMapAsJson(options, span, replay, shown) : printTable(replay, shown);
-    complain(options.file, findings);
-    return finish(
-        withPassedOver(options.file, DirectionFindingKeyword, "bearings", replay.passedOver(), soundness(findings)));
+    complain(options.files.front(), findings);
+    return finish(withPassedOver(options.files.front(), DirectionFindingKeyword, "bearings", replay.passedOver(),
+                                 soundness(findings)));
 }
 
 namespace {
@@ -167,22 +202,62 @@ void addGeoJsonOptions(Verb<MapOptions>& verb, const Option& json)
     const Option geoJson = verb.flag("--geojson", options.geoJson,
                                      "Print every bearing of the span as a line on the earth, and fixes, as GeoJSON")
                                .excludes(json);
-    verb.output("FILE", "With --geojson: write to this file").needs(geoJson);
+    const Option heat =
+        verb.flag("--heat", options.heat, "Show where the bearings of the recordings say that a transmitter is")
+            .excludes(geoJson);
+    verb.flag("--track", options.track, "Show the levels of the channel at --frequency where they were measured")
+        .excludes(geoJson)
+        .excludes(heat);
+    verb.output(
+            "FILE",
+            "With --geojson, --heat and --track: write GeoJSON to this file; with the last two a picture if its name "
+            "ends in .png, .jpg or .pdf")
+        .sets(options.isOfEarth);
+    verb.frequency("--frequency", options.frequencyHz, "With --heat and --track: only the channel there")
+        .sets(options.isOfEarth);
     verb.number("--length", options.lengthKm,
-                "With --geojson: how long the lines are, in kilometres or as 500m (default: beyond the fixes, or 10)")
+                "How far bearings reach, in kilometres or as 500m (default: beyond the fixes; without one 10, with "
+                "--heat 20)")
         .as("KM")
         .withUnit(inKilometres, "a length such as 5, 5km or 500m", 0.001, 20'000, "1m to 20000km")
-        .needs(geoJson);
-    verb.number("--sigma", options.sigmaDeg, "With --geojson: standard deviation of a bearing in degrees")
+        .sets(options.isOfEarth);
+    verb.number("--sigma", options.sigmaDeg, "Standard deviation of a bearing in degrees")
         .as("DEG")
         .inUnit({"deg", "°"}, 0.001, 45)
-        .showDefault()
-        .needs(geoJson);
+        .sets(options.isOfEarth)
+        .showDefault();
     verb.number("--window", options.windowSeconds,
-                "With --geojson: bearings of one fix come within this time, such as 30s, 10min, 2h (default: 10min)")
+                "Bearings of one fix come within this time, such as 30s, 10min, 2h (default: 10min)")
         .as("DURATION")
-        .inSeconds(0.001, 1e9)
-        .needs(geoJson);
+        .sets(options.isOfEarth)
+        .inSeconds(0.001, 1e9);
+}
+
+void addHeatOptions(Verb<MapOptions>& verb)
+{
+    constexpr int FewestCells = 10;
+    constexpr int MostCells = 1000;
+    constexpr int Smallest = 400;  // pixels; in less the texts have no room
+    constexpr int Largest = 5000;
+    MapOptions& options = verb.options();
+    verb.text("--area", options.area,
+              "With --heat: this area in degrees, south, west, north, east (default: as far as bearings reach)")
+        .as("S,W,N,E")
+        .sets(options.isOfEarth)
+        .notEmpty();
+    verb.number("--cells", options.cells, "With --heat: so many along the longer side")
+        .sets(options.isOfEarth)
+        .wholeNumber(FewestCells, MostCells)
+        .showDefault();
+    verb.text("--unit", options.unit, "With --track: what levels are in, such as dBm; recordings do not tell")
+        .showDefault();
+    verb.number("--width", options.width, "Width of a picture in pixels")
+        .wholeNumber(Smallest, Largest, "px")
+        .showDefault();
+    verb.number("--height", options.height, "Height of a picture in pixels")
+        .sets(options.heightIsAsked)
+        .wholeNumber(Smallest, Largest, "px")
+        .showDefault();
 }
 
 }  // namespace
@@ -194,10 +269,13 @@ void addMap(const Syntax& program)
               "The bearings as they are at this time, instead of at the end");
     const Option json = verb.json();
     addGeoJsonOptions(verb, json);
+    addHeatOptions(verb);
     verb.paged();
     verb.examples({"map recording.rec", "map recording.rec --from bookmark:alarm --to bookmark:alarm+5000 --json",
                    "map recording.rec --geojson -o bearings.geojson",
-                   "map recording.rec --geojson --sigma 1.5 --window 30s --length 5 --from 60000"});
+                   "map recording.rec --geojson --sigma 1.5 --window 30s --length 5 --from 60000",
+                   "map north.rec south.rec --heat --frequency 433.5M -o where.png",
+                   "map drive.rec --track --frequency 433.5M -o drive.geojson"});
 }
 
 }  // namespace RecTool

@@ -47,7 +47,8 @@ double numberOf(const values::ValueBase* value)
 ValuePart::ValuePart(Store& store, const Summary& summary)
     : m_store(store),
       m_types(summary.types),
-      m_taker(m_types, plausibleStart(summary.header.startMs), [this](const auto& taken) { addBearing(taken); })
+      m_taker(RecTool::TypeNames(m_types), plausibleStart(summary.header.startMs),
+              [this](const auto& taken) { addBearing(taken); })
 {
 }
 

@@ -222,7 +222,8 @@ public:
           m_time(time),
           m_bearings(bearings),
           m_startMs(overview.startMs()),
-          m_taker(types, static_cast<std::uint64_t>(m_startMs), [this](const auto& taken) { take(taken); })
+          m_taker(RecTool::TypeNames(types), static_cast<std::uint64_t>(m_startMs),
+                  [this](const auto& taken) { take(taken); })
     {
     }
 

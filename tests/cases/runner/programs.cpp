@@ -1,6 +1,7 @@
 // Calls the programs with their streams taken into files, and one in a process of its own.
 #include "programs.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
 
@@ -112,7 +113,9 @@ Printed callProcess(const std::vector<std::string>& words)
 
 Printed runProgram(const std::vector<std::string>& words, const std::string& input)
 {
-    const bool draws = words.size() > 1 && words[0] == "rectool" && words[1] == "plot";
+    const bool isPlot = words.size() > 1 && words[0] == "rectool" && words[1] == "plot";
+    const bool draws =
+        isPlot || std::any_of(words.begin(), words.end(), [](const auto& word) { return word.ends_with(".png"); });
     return draws ? callProcess(words) : callHere(words, input);
 }
 

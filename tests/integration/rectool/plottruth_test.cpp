@@ -22,6 +22,8 @@ using testing::IsEmpty;
 
 constexpr std::int32_t Rf = 1;
 constexpr std::int32_t Df = 20;
+constexpr std::int32_t Latitude = 25;
+constexpr std::int32_t Longitude = 26;
 constexpr std::int32_t Level = 36;
 constexpr std::int32_t Heading = 41;
 constexpr std::int32_t Frequency = 46;
@@ -72,6 +74,8 @@ protected:
         Recording2::CVTTypesData types;
         types.get_vector() = {{Rf, 6, "RFSPECTRUM", "Scn/RfSpectrum"},
                               {Df, 7, "DFSPECTRUM", "/DfSpectrum"},
+                              {Latitude, 3, "LOCATIONLATITUDE", "/LOCATIONLATITUDE"},
+                              {Longitude, 3, "LOCATIONLONGITUDE", "/LOCATIONLONGITUDE"},
                               {Level, 3, "LEVEL", "/LEVEL"},
                               {Heading, 3, "TRUEHEADING", "/TRUEHEADING"},
                               {Frequency, 4, "FREQUENCY", "/FREQUENCY"}};
@@ -91,15 +95,15 @@ protected:
         return path;
     }
     [[nodiscard]] QString picture() const { return m_folder.filePath(QStringLiteral("picture.png")); }
-    ProgramResult plot(const QStringList& arguments)
+    ProgramResult plot(const QStringList& arguments, const char* verb = "plot")
     {
         return runProgram(QStringLiteral(RECTOOL),
-                          QStringList{QStringLiteral("plot")} + arguments + QStringList{"-o", picture(), "--json"});
+                          QStringList{QLatin1String(verb)} + arguments + QStringList{"-o", picture(), "--json"});
     }
     /// Draws without a word of complaint. @return what the program says was drawn
-    json draw(const QStringList& arguments)
+    json draw(const QStringList& arguments, const char* verb = "plot")
     {
-        const ProgramResult result = plot(arguments);
+        const ProgramResult result = plot(arguments, verb);
         EXPECT_EQ(result.exitCode, 0) << result.err;
         EXPECT_THAT(result.err, IsEmpty());
         m_image = QImage(picture());
@@ -112,6 +116,14 @@ protected:
         const double from = drawn.at("fromMs").get<double>();
         const double y = (timeMs - from) / (drawn.at("toMs").get<double>() - from) * piece.at("rows").get<double>();
         return m_image.pixelColor(piece.at("left").get<int>() + 30, piece.at("top").get<int>() + static_cast<int>(y));
+    }
+    /// The colour of a place in a panel of the earth.
+    QColor colourOn(const json& panel, double latitudeDeg, double longitudeDeg) const
+    {
+        const auto of = [&](const char* name) { return panel.at(name).get<double>(); };
+        const double x = of("left") + (longitudeDeg - of("west")) / (of("east") - of("west")) * of("columns");
+        const double y = of("top") + (of("north") - latitudeDeg) / (of("north") - of("south")) * of("rows");
+        return m_image.pixelColor(static_cast<int>(std::lround(x)), static_cast<int>(std::lround(y)));
     }
     static bool isWarm(const QColor& colour) { return colour.red() > 200 && colour.green() > 150; }
     static bool isDark(const QColor& colour) { return colour.red() < 60 && colour.green() < 60; }
@@ -278,3 +290,49 @@ TEST_F(PlotTruth, RecordingsThatDoNotTellTheirStartAreNotDrawnTogether)
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.err, HasSubstr("does not tell when it began"));
 }
+
+#if defined(RECTOOL_HAS_GEO)
+TEST_F(PlotTruth, HeatMapsAreDarkestWhereBearingsMeetAndHaveWaysToScale)
+{
+    const QString file = write({"DF 1",
+                                StartMs,
+                                300,
+                                {{10, Df, "7;0|34;1e+08,25000,4|50;////"},
+                                 {11, Latitude, number("49.45")},
+                                 {12, Longitude, number("11.08")},
+                                 {100, Df, "7;1700000000100000|51;1,45/"},
+                                 {150, Latitude, number("49.47")},
+                                 {200, Df, "7;1700000000200000|51;1,135/"}}});
+    const json panel = draw({"--heat", "--sigma", "2", file}, "map").at("panels")[0];
+    EXPECT_EQ(panel.at("bearings"), 2);
+    const QColor meeting = colourOn(panel, 49.4603, 11.0957);  // beside the mark of the fix
+    const QColor beam = colourOn(panel, 49.456, 11.08923);
+    const QColor away = colourOn(panel, 49.4513, 11.0713);
+    EXPECT_LT(meeting.green(), 60);
+    EXPECT_LT(meeting.green(), beam.green());
+    EXPECT_LT(beam.blue(), 200);
+    EXPECT_EQ(away, QColor(Qt::white));
+    const auto perDegree = [&](const char* size, const char* from, const char* to) {
+        return panel.at(size).get<double>() / (panel.at(to).get<double>() - panel.at(from).get<double>());
+    };
+    // A degree of longitude is as long as 0.6517 of latitude there.
+    EXPECT_NEAR(perDegree("columns", "west", "east") / perDegree("rows", "south", "north"), 0.6517, 0.002);
+}
+
+TEST_F(PlotTruth, TracksHaveTheColoursOfTheirLevels)
+{
+    const QString file = write({"RX 1",
+                                StartMs,
+                                900,
+                                {{10, Frequency, number("1e8")},
+                                 {20, Latitude, number("49.45")},
+                                 {21, Longitude, number("11.08")},
+                                 {100, Level, number("-90")},
+                                 {200, Latitude, number("49.46")},
+                                 {300, Level, number("-20")}}});
+    const json panel = draw({"--track", "--frequency", "100M", file}, "map").at("panels")[0];
+    EXPECT_EQ(panel.at("points"), 2);
+    EXPECT_TRUE(isDark(colourOn(panel, 49.45, 11.08)));
+    EXPECT_TRUE(isWarm(colourOn(panel, 49.46, 11.08)));
+}
+#endif

@@ -1,0 +1,135 @@
+// Positions, paths and times as GeoJSON has them, rounded to what they are worth.
+#include "features.h"
+
+#include <cmath>
+#include <utility>
+
+#include <QDateTime>
+
+#include "printing/output.h"
+
+namespace RecTool {
+
+using Geo::Position;
+
+double rounded(double value, double perUnit)
+{
+    return std::round(value * perUnit) / perUnit;
+}
+
+double centimetres(double metres)
+{
+    constexpr double PerMetre = 100;
+    return rounded(metres, PerMetre);
+}
+
+double thousandths(double value)
+{
+    constexpr double PerUnit = 1000;
+    return rounded(value, PerUnit);
+}
+
+double direction(double degrees)
+{
+    constexpr double PerDegree = 1e6;
+    return rounded(degrees, PerDegree);
+}
+
+Json time(unsigned long long us)
+{
+    constexpr unsigned long long UsPerMs = 1000;
+    constexpr unsigned long long EndOfYear9999Ms = 253'402'300'799'999;
+    if (us / UsPerMs > EndOfYear9999Ms) {
+        return {};
+    }
+    return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(us / UsPerMs), Qt::UTC)
+        .toString(Qt::ISODateWithMs)
+        .toStdString();
+}
+
+Json coordinates(const Position& position)
+{
+    constexpr double PerDegree = 1e7;  // a centimetre
+    return {rounded(position.longitudeDeg, PerDegree), rounded(position.latitudeDeg, PerDegree)};
+}
+
+namespace {
+
+Json coordinates(const Geo::Path& path)
+{
+    Json points = Json::array();
+    for (const Position& point : path) {
+        points.push_back(RecTool::coordinates(point));
+    }
+    return points;
+}
+
+}  // namespace
+
+Json point(const Position& position)
+{
+    return {{"type", "Point"}, {"coordinates", coordinates(position)}};
+}
+
+Json lineString(const std::vector<Geo::Path>& parts)
+{
+    if (parts.size() == 1) {
+        return {{"type", "LineString"}, {"coordinates", coordinates(parts.front())}};
+    }
+    Json lines = Json::array();
+    for (const Geo::Path& part : parts) {
+        lines.push_back(coordinates(part));
+    }
+    return {{"type", "MultiLineString"}, {"coordinates", std::move(lines)}};
+}
+
+Json polygon(const std::vector<Geo::Path>& rings)
+{
+    Json polygons = Json::array();
+    for (const Geo::Path& ring : rings) {
+        polygons.push_back(Json::array({coordinates(ring)}));
+    }
+    if (polygons.size() == 1) {
+        return {{"type", "Polygon"}, {"coordinates", polygons.at(0)}};
+    }
+    return {{"type", "MultiPolygon"}, {"coordinates", std::move(polygons)}};
+}
+
+Json feature(Json geometry, Json properties)
+{
+    return {{"type", "Feature"}, {"geometry", std::move(geometry)}, {"properties", std::move(properties)}};
+}
+
+FeatureWriter::FeatureWriter(const Json& about, TextSink write) : m_write(std::move(write))
+{
+    Json head = {{"type", "FeatureCollection"}};
+    head.update(about);
+    std::string text = dump(head, -1);
+    text.back() = ',';  // the object goes on
+    m_write(text + "\n\"features\":[");
+}
+
+void FeatureWriter::add(const Json& feature)
+{
+    m_write(m_separator + dump(feature, -1));
+    m_separator = ",\n";
+}
+
+void FeatureWriter::end()
+{
+    m_write("\n]}\n");
+}
+
+Json aboutFiles(const RecordingsOptions& options, const Recordings& recordings)
+{
+    Json files = Json::array();
+    for (const std::string& file : options.files) {
+        files.push_back(shownName(file));
+    }
+    return {{"files", std::move(files)},
+            {"startMsSince1970", recordings.startMs()},
+            {"fromMs", thousandths(recordings.span().fromMs)},
+            {"toMs", thousandths(recordings.span().toMs)}};
+}
+
+}  // namespace RecTool

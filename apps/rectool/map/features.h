@@ -1,0 +1,49 @@
+// What GeoJSON (RFC 7946) is made of: geometries and features, with numbers rounded to what they are worth.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "geo/shapes.h"
+#include "printing/json.h"
+#include "replay/recordings.h"
+
+namespace RecTool {
+
+[[nodiscard]] double rounded(double value, double perUnit);
+[[nodiscard]] double centimetres(double metres);
+[[nodiscard]] double thousandths(double value);
+/// Degrees, without the digits that adding two recorded angles makes.
+[[nodiscard]] double direction(double degrees);
+/// In UTC, null after the year 9999. @param us since 1970
+[[nodiscard]] Json time(unsigned long long us);
+
+/// Longitude first, to a centimetre.
+[[nodiscard]] Json coordinates(const Geo::Position& position);
+[[nodiscard]] Json point(const Geo::Position& position);
+/// Several parts are a MultiLineString, several rings a MultiPolygon.
+[[nodiscard]] Json lineString(const std::vector<Geo::Path>& parts);
+[[nodiscard]] Json polygon(const std::vector<Geo::Path>& rings);
+[[nodiscard]] Json feature(Json geometry, Json properties);
+
+/// Takes a piece of text.
+using TextSink = std::function<void(const std::string&)>;
+
+/// Writes a feature collection, one feature a line, piece by piece: there may be millions.
+class FeatureWriter {
+public:
+    /// @param about further members of the collection, an object
+    FeatureWriter(const Json& about, TextSink write);
+    void add(const Json& feature);
+    void end();  ///< to be called last
+
+private:
+    TextSink m_write;
+    const char* m_separator = "\n";
+};
+
+/// Which recordings a collection is made of, and the span of them.
+[[nodiscard]] Json aboutFiles(const RecordingsOptions& options, const Recordings& recordings);
+
+}  // namespace RecTool
