@@ -14,6 +14,12 @@ namespace RecStation {
     return static_cast<unsigned long long>(std::chrono::duration_cast<std::chrono::microseconds>(now).count());
 }
 
+/// What the station's clock shows: while a source steps, the time of the step.
+[[nodiscard]] inline unsigned long long stationTimeUs()
+{
+    return QuonOS::Create()->CurrentTime();
+}
+
 /// In force from construction to destruction; nothing else may run at these moments.
 class SimulatedClock final : public IQuonOS {
 public:

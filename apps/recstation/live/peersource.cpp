@@ -95,7 +95,7 @@ void PeerSource::tellMissing(const std::string& why)
 void PeerSource::tellBack()
 {
     if (std::exchange(m_missing, false)) {
-        m_reconnects += m_known ? 1 : 0;
+        m_reconnects += m_known ? 1U : 0U;
         if (m_losses < MostTold) {
             say(m_known ? "connected again" : "connected");
         }

@@ -9,21 +9,21 @@ Offer offerSim, offerFeed, offerSweep, offerBearings, offerNmea;
 Offer offerIq;
 #endif
 #if defined(RECSTATION_HAS_LIVE)
-Offer offerGpsd;
+Offer offerGpsd, offerRig;
 #endif
 
 std::vector<std::shared_ptr<OfferedSource>> offeredSources()
 {
-    return
-    {
-        offerSim(), offerFeed(), offerSweep(), offerBearings(), offerNmea(),
+    std::vector<std::shared_ptr<OfferedSource>> all = {offerSim(), offerFeed(), offerSweep(), offerBearings(),
+                                                       offerNmea()};
 #if defined(RECSTATION_HAS_IQ)
-            offerIq(),
+    all.push_back(offerIq());
 #endif
 #if defined(RECSTATION_HAS_LIVE)
-            offerGpsd(),
+    all.push_back(offerGpsd());
+    all.push_back(offerRig());
 #endif
-    };
+    return all;
 }
 
 }  // namespace RecStation

@@ -1,0 +1,199 @@
+// Polling rigctld, and its packets in between.
+#include "sources/rig/rigsource.h"
+
+#include <utility>
+
+#include "configuration.h"
+#include "live/datagrams.h"
+#include "live/peersource.h"
+#include "sources/rig/rigclient.h"
+#include "sources/rig/rigspectrum.h"
+#include "sources/rig/rigvalues.h"
+
+namespace RecStation {
+
+namespace {
+
+// A scope draws several times a second: what it drew longer ago is no news of now.
+constexpr std::chrono::seconds SpectrumHolds{5};
+
+class RigSource final : public PeerSource {
+public:
+    RigSource(const RigOptions& options, const Address& address, const SourceRun& run);
+
+    void prepare() override;
+    [[nodiscard]] QStringList spectra() const override;
+
+protected:
+    void connect() override;
+    [[nodiscard]] Received receive() override;
+    void disconnect() noexcept override;
+    void apply() override;
+    void forget() override;
+    [[nodiscard]] SourceReport counts() const override;
+
+private:
+    [[nodiscard]] bool takePacket(std::string_view bytes);
+    void countSeq(std::uint32_t seq);
+
+    RigOptions m_options;
+    QString m_valuePath;
+    QString m_deviceName;
+    RigClient m_client;
+    Datagrams m_datagrams;
+    std::optional<RigValues> m_values;
+    Deadline m_nextPoll;
+    Deadline m_spectrumEnds = Deadline::max();
+    unsigned long long m_arrivalUs = 0;
+    std::optional<RigAnswers> m_answers;  // to be shown
+    std::optional<RigSpectrum> m_spectrum;
+    bool m_spectrumIsOld = false;
+    std::string m_followed;  // the receiver whose packets are taken
+    std::uint32_t m_seq = 0;
+    std::uint64_t m_spectra = 0;
+    std::uint64_t m_others = 0;  // packets of other receivers, and without spectrum
+    std::uint64_t m_lostPackets = 0;
+    std::uint64_t m_badPackets = 0;
+};
+
+RigSource::RigSource(const RigOptions& options, const Address& address, const SourceRun& run)
+    : PeerSource("rig", addressText(address), run),
+      m_options(options),
+      m_valuePath(receiverOf(run.configuration).valuePath),
+      m_deviceName(QStringLiteral("rig ") + QString::fromStdString(addressText(address))),
+      m_client(address, options.s9Dbm, [this](const std::string& clause) { say(clause); })
+{
+}
+
+void RigSource::prepare()
+{
+    m_values.emplace(m_deviceName, m_valuePath, !m_options.multicast.empty());
+}
+
+QStringList RigSource::spectra() const
+{
+    return m_options.multicast.empty() ? QStringList() : QStringList(m_valuePath + QStringLiteral("/Scn/RfSpectrum"));
+}
+
+void RigSource::connect()
+{
+    m_client.connect();
+    if (!m_options.multicast.empty()) {
+        m_datagrams.open(parseAddress(m_options.multicast, RigPort).value());
+        m_followed.clear();
+        m_seq = 0;
+    }
+    m_nextPoll = Deadline::min();
+}
+
+void RigSource::disconnect() noexcept
+{
+    m_client.disconnect();
+    m_datagrams.close();
+}
+
+Received RigSource::receive()
+{
+    const auto now = std::chrono::steady_clock::now;
+    while (now() < m_nextPoll) {
+        if (m_options.multicast.empty()) {
+            pauseUntil(m_nextPoll);
+        } else if (now() >= m_spectrumEnds) {
+            m_spectrumIsOld = true;
+            m_spectrumEnds = Deadline::max();
+            return {systemTimeUs(), std::nullopt};
+        } else if (takePacket(m_datagrams.read(std::min(m_nextPoll, m_spectrumEnds)))) {
+            return {m_arrivalUs, std::nullopt};
+        }
+    }
+    m_nextPoll = now() + std::chrono::microseconds(static_cast<std::int64_t>(m_options.intervalSeconds * 1e6));
+    m_answers = m_client.ask();
+    m_arrivalUs = systemTimeUs();
+    return {m_arrivalUs, std::nullopt};
+}
+
+// False when there is nothing to show.
+bool RigSource::takePacket(std::string_view bytes)
+{
+    if (bytes.empty()) {
+        return false;
+    }
+    m_arrivalUs = systemTimeUs();
+    try {
+        RigPacket packet = parseRigPacket(bytes);
+        if (m_followed.empty()) {
+            m_followed = packet.rig;
+        }
+        if (packet.rig != m_followed) {
+            ++m_others;
+            return false;
+        }
+        countSeq(packet.seq);
+        m_others += packet.spectrum ? 0U : 1U;
+        m_spectrum = std::move(packet.spectrum);
+    } catch (const RigPacketError& error) {
+        if (m_badPackets++ == 0) {
+            say(std::string(error.what()) + " (others like that are only counted)");
+        }
+        return false;
+    }
+    return m_spectrum.has_value();
+}
+
+// Packets are numbered from 1 on, and the number after the largest is 1 again.
+void RigSource::countSeq(std::uint32_t seq)
+{
+    constexpr std::uint32_t Most = 1'000'000;  // more is no loss, but another beginning
+    const std::uint32_t step = seq - m_seq;
+    if (m_seq != 0 && seq != 0 && step > 1 && step < Most) {
+        m_lostPackets += step - 1;
+    }
+    m_seq = seq;
+}
+
+void RigSource::apply()
+{
+    if (m_answers) {
+        m_values->show(*std::exchange(m_answers, std::nullopt));
+    }
+    if (m_spectrum) {
+        m_values->show(*std::exchange(m_spectrum, std::nullopt), stationTimeUs());
+        ++m_spectra;
+        m_spectrumEnds = in(SpectrumHolds);
+    } else if (std::exchange(m_spectrumIsOld, false)) {
+        m_values->forgetSpectrum(stationTimeUs());
+    }
+}
+
+void RigSource::forget()
+{
+    m_answers.reset();
+    m_spectrum.reset();
+    m_values->forget();
+    if (m_spectrumEnds != Deadline::max()) {
+        m_values->forgetSpectrum(stationTimeUs());
+        m_spectrumEnds = Deadline::max();
+    }
+}
+
+SourceReport RigSource::counts() const
+{
+    SourceReport report;
+    report.used = m_client.used() + m_spectra;
+    report.skipped = m_others;
+    report.lost = m_client.lost() + m_lostPackets + m_badPackets;
+    return report;
+}
+
+}  // namespace
+
+std::unique_ptr<Source> makeRigSource(const RigOptions& options, const SourceRun& run)
+{
+    const auto address = parseAddress(options.address, RigPort);
+    if (!address) {
+        throw std::runtime_error("rig: \"" + options.address + "\" is no address such as localhost:4532");
+    }
+    return std::make_unique<RigSource>(options, *address, run);
+}
+
+}  // namespace RecStation

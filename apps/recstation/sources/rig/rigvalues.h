@@ -1,0 +1,56 @@
+// The values of a receiver that tells its frequency, mode, bandwidth, strength and spectrum.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include <QString>
+
+#include <values/maps.h>
+#include <values/selection.h>
+#include <values/tree.h>
+#include <values/value.h>
+
+#include "sources/rig/rigspectrum.h"
+
+namespace RecStation {
+
+/// What the receiver answered. What is empty stays as it is.
+struct RigAnswers {
+    std::optional<double> frequencyHz;
+    std::optional<std::string> mode;    ///< empty: unknown
+    std::optional<double> bandwidthHz;  ///< not a number: unknown
+    std::optional<double> levelDb;      ///< likewise
+};
+
+/// The values stay in the tree when this object goes.
+class RigValues {
+public:
+    /// Creates the values, not a number and "UNKNOWN" until the receiver tells them.
+    /// @throws std::runtime_error when there is no tree, or a path holds another kind of value
+    RigValues(const QString& deviceName, const QString& valuePath, bool withSpectrum);
+
+    void show(const RigAnswers& answers);
+    /// @param time microseconds since 1970 UTC
+    void show(const RigSpectrum& spectrum, unsigned long long time);
+    /// Mode, bandwidth and level become unknown; the frequency stays.
+    void forget();
+    /// So does every cell of the spectrum.
+    void forgetSpectrum(unsigned long long time);
+
+private:
+    void showMode(const std::string& mode);
+    void layOut(const RigSpectrum& spectrum);
+
+    QString m_scan;
+    values::ValuePtr<values::ValueNumericWithOffset<double>> m_frequency;
+    values::ValuePtr<values::ValueSelection> m_mode;
+    values::ValuePtr<values::ValueNumeric<double>> m_bandwidth;
+    values::ValuePtr<values::ValueNumeric<double>> m_level;
+    values::ValuePtr<values::FastValueMap<float, values::levelHandler>> m_spectrum;
+    double m_lowHz = 0;
+    double m_highHz = 0;
+    std::size_t m_cells = 0;
+};
+
+}  // namespace RecStation

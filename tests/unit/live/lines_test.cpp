@@ -1,0 +1,85 @@
+// Lines as a peer sends them: in pieces, too long, without end.
+#include "live/lines.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "live/address.h"
+#include "live/retry.h"
+
+namespace RecStation {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::vector<std::string> linesOf(LineSplitter& splitter)
+{
+    std::vector<std::string> lines;
+    while (const auto line = splitter.next()) {
+        lines.emplace_back(*line);
+    }
+    return lines;
+}
+
+TEST(LineSplitter, LinesThatComeInPiecesAreWhole)
+{
+    LineSplitter splitter(100);
+    splitter.put("on");
+    EXPECT_THAT(linesOf(splitter), IsEmpty());
+    splitter.put("e\r\ntwo\n\nfo");
+    EXPECT_TRUE(splitter.holdsLine());
+    EXPECT_THAT(linesOf(splitter), ElementsAre("one", "two", ""));
+    splitter.put("ur\n");
+    EXPECT_THAT(linesOf(splitter), ElementsAre("four"));
+}
+
+TEST(LineSplitter, AnOverlongLineIsDroppedAndCountedOnceAndTheNextIsWhole)
+{
+    LineSplitter splitter(4);
+    splitter.put("12345\n1234\n");
+    EXPECT_THAT(linesOf(splitter), ElementsAre("1234"));
+    EXPECT_EQ(splitter.tooLong(), 1U);
+    for (int i = 0; i < 1000; ++i) {
+        splitter.put("endless ");
+        EXPECT_THAT(linesOf(splitter), IsEmpty());
+    }
+    splitter.put("end\nnext\n");
+    EXPECT_THAT(linesOf(splitter), ElementsAre("next"));
+    EXPECT_EQ(splitter.tooLong(), 2U);
+}
+
+TEST(Address, HostsPortsAndBracketsAreTold)
+{
+    const auto text = [](const char* from) {
+        const auto address = parseAddress(from, 4532);
+        return address ? addressText(*address) : std::string("none");
+    };
+    EXPECT_EQ(text("localhost"), "localhost:4532");
+    EXPECT_EQ(text("192.168.1.20:99"), "192.168.1.20:99");
+    EXPECT_EQ(text("[::1]:99"), "[::1]:99");
+    EXPECT_EQ(text("[::1]"), "[::1]:4532");
+    EXPECT_EQ(text("fe80::1%eth0"), "[fe80::1%eth0]:4532");
+    for (const char* wrong : {"", ":99", "host:", "host:0", "host:65536", "host:-1", "[::1", "[::1]99", "a b", "a/b"}) {
+        EXPECT_EQ(text(wrong), "none") << wrong;
+    }
+}
+
+TEST(Retry, PausesGrowToHalfAMinuteAndBeginAnewAfterSuccess)
+{
+    Retry retry;
+    EXPECT_EQ(retry.next().count(), 250);
+    EXPECT_EQ(retry.next().count(), 500);
+    for (int i = 0; i < 10; ++i) {
+        static_cast<void>(retry.next());
+    }
+    EXPECT_EQ(retry.next().count(), 30'000);
+    retry.reset();
+    EXPECT_EQ(retry.next().count(), 250);
+}
+
+}  // namespace
+}  // namespace RecStation
