@@ -252,7 +252,7 @@ class Recording:
         start, stop: span of the times that records are filed under (as "rectool cat").
         decode: False: Record.value is None, which is quicker.
 
-        For many spectra or values spectra() and values() are a hundred times as quick.
+        Where arrays do, spectra() and values() are quicker.
         """
         text = "" if type is None else str(type)
         cursor = _core.Records(self._paths, text, device or "", *self._span(start, stop), decode)
