@@ -1,8 +1,12 @@
 // Exporting CSV, long or as sweep programs write it.
+#include <cmath>
 #include <utility>
+
+#include <terminaltext/quantity.h>
 
 #include "csvlong.h"
 #include "csvsweep.h"
+#include "exportedbearings.h"
 #include "printing/output.h"
 #include "printing/text.h"
 
@@ -44,25 +48,34 @@ ExitCode exportSweep(Recordings& recordings, ExportedRecords& records, NewFile& 
     return endExport(recordings, records, file, counted(csv.sweeps(), "sweep"));
 }
 
+ExitCode exportBearingLines(Recordings& recordings, ExportedRecords& records, NewFile& file)
+{
+    ExportTime time(recordings.startMs());
+    file.write("time,device,frequency_hz,azimuth_deg,heading_deg,elevation_deg,level,quality,latitude,longitude\n");
+    const ExportedBearings bearings(recordings, records, [&](const ExportedBearing& taken) {
+        std::string line = time.iso(taken.placed.momentMs) + ',' + csvText(records.device(taken.placed.type));
+        for (const double number :
+             {taken.frequencyHz, taken.bearing.azimuthDeg, taken.headingDeg, taken.bearing.elevationDeg,
+              taken.bearing.levelDb, taken.bearing.quality, taken.place.latitudeDeg, taken.place.longitudeDeg}) {
+            line += ',' + (std::isfinite(number) ? TerminalText::shortest(number) : std::string());
+        }
+        file.write(line + '\n');
+    });
+    records.walk([&] { return file.good(); },
+                 [&](const PlacedRecord& /*placed*/, const values::ValueBase& /*value*/) {});
+    if (bearings.count() == 0 && file.good()) {
+        return recordings.refuse("There is no bearing in the span. Nothing was written.");
+    }
+    return endExport(recordings, records, file, counted(bearings.count(), "bearing"));
+}
+
 }  // namespace
 
 ExitCode exportCsv(const CsvExportOptions& options)
 {
-    Recordings recordings(options, 1);
-    if (recordings.state() != ExitCode::Fine) {
-        return recordings.state();
-    }
-    const auto types = recordings.takeTypes(options.types);
-    if (!types) {
-        return ExitCode::Usage;
-    }
-    ExportedRecords records(recordings, *types);
-    NewFile file(options.output, options.force);
-    const ExitCode made = file.create(options.files);
-    if (made != ExitCode::Fine) {
-        return made;
-    }
-    return options.form == "sweep" ? exportSweep(recordings, records, file) : exportLong(recordings, records, file);
+    return exportTo(options, options.form == "sweep"      ? exportSweep
+                             : options.form == "bearings" ? exportBearingLines
+                                                          : exportLong);
 }
 
 }  // namespace RecTool

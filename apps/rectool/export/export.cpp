@@ -30,13 +30,22 @@ const std::string& ExportedRecords::device(const TrackType& type) const
     return m_recordings.tracks()[type.track].device;
 }
 
+bool ExportedRecords::isWanted(const TrackType& type) const
+{
+    return m_types.empty() || std::find(m_types.begin(), m_types.end(), type) != m_types.end();
+}
+
 void ExportedRecords::walk(const std::function<bool()>& goesOn,
                            const std::function<void(const PlacedRecord&, const values::ValueBase&)>& visit)
 {
     m_recordings.walk([&](const PlacedRecord& placed) {
-        const bool isWanted =
-            m_types.empty() || std::find(m_types.begin(), m_types.end(), placed.type) != m_types.end();
-        if (!isWanted || !goesOn()) {
+        if (!goesOn()) {
+            return;
+        }
+        if (m_look) {
+            m_look(placed);
+        }
+        if (!isWanted(placed.type)) {
             return;
         }
         // Also before the span: ranges are told once.
@@ -63,6 +72,26 @@ ExitCode ExportedRecords::tellLeftOut(const std::string& file, ExitCode result)
         result = worse(result, ExitCode::Damaged);
     }
     return result;
+}
+
+ExitCode exportTo(const ExportOptions& options, const ExportWriter& write, const std::string& samples)
+{
+    Recordings recordings(options, 1);
+    if (recordings.state() != ExitCode::Fine) {
+        return recordings.state();
+    }
+    const auto types = recordings.takeTypes(options.types);
+    if (!types) {
+        return ExitCode::Usage;
+    }
+    std::vector<std::string> inputs = options.files;
+    if (!samples.empty()) {
+        inputs.push_back(samples);
+    }
+    ExportedRecords records(recordings, *types);
+    NewFile file(options.output, options.force);
+    const ExitCode made = file.create(inputs);
+    return made == ExitCode::Fine ? write(recordings, records, file) : made;
 }
 
 ExitCode endExport(Recordings& recordings, ExportedRecords& records, NewFile& file, const std::string& what,

@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <values/valuebase.h>
@@ -22,7 +23,7 @@ struct ExportOptions : RecordingsOptions {
 };
 
 struct CsvExportOptions : ExportOptions {
-    std::string form = "long";  ///< or "sweep"
+    std::string form = "long";  ///< or "sweep", "bearings"
 };
 
 struct Hdf5ExportOptions : ExportOptions {
@@ -52,6 +53,9 @@ public:
     /// carries itself; the others are NaN. @param goesOn false: the rest is passed over
     void walk(const std::function<bool()>& goesOn,
               const std::function<void(const PlacedRecord&, const values::ValueBase&)>& visit);
+    /// Lets something see every record before it is visited, also those of other types and before the span.
+    void lookAtAll(std::function<void(const PlacedRecord&)> look) { m_look = std::move(look); }
+    [[nodiscard]] bool isWanted(const TrackType& type) const;
     /// Whether a user chose the types.
     [[nodiscard]] bool areNamed() const { return !m_types.empty(); }
     [[nodiscard]] const std::string& keyword(const TrackType& type);
@@ -65,10 +69,18 @@ public:
 private:
     Recordings& m_recordings;
     std::vector<TrackType> m_types;
+    std::function<void(const PlacedRecord&)> m_look;
     std::vector<std::map<std::int32_t, std::string>> m_keywords;  // of each track
     std::map<std::string, std::uint64_t> m_leftOut;
     std::map<std::string, std::uint64_t> m_notUnderstood;
 };
+
+/// What a format writes of the records into the file, up to its end.
+using ExportWriter = std::function<ExitCode(Recordings& recordings, ExportedRecords& records, NewFile& file)>;
+/// The beginning of every format: takes the recordings and types, and makes the file.
+/// @param samples a further file that the new one must not be; may be empty
+[[nodiscard]] ExitCode exportTo(const ExportOptions& options, const ExportWriter& write,
+                                const std::string& samples = {});
 
 /// The end of every format: gives the file its name and tells the damage, and what was written.
 /// @param what was written, "3 sweeps"

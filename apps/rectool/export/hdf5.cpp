@@ -10,7 +10,7 @@
 
 #include <values/value.h>
 
-#include "export.h"
+#include "exportedbearings.h"
 #include "exporttime.h"
 #include "hdf5series.h"
 #include "printing/output.h"
@@ -65,6 +65,7 @@ public:
     }
 
     void add(const PlacedRecord& placed, const values::ValueBase& value);
+    void addBearing(const ExportedBearing& taken);
     void addBookmarks(const std::vector<Recording2::Inspection::Bookmark>& bookmarks);
     void flush();
     [[nodiscard]] std::uint64_t sweeps() const { return m_sweeps; }
@@ -164,14 +165,23 @@ void Hdf5Groups::add(const PlacedRecord& placed, const values::ValueBase& value)
         const std::size_t before = numbers.bytes();
         numbers.add(us, static_cast<const values::ValueNumeric<double>&>(value).GetValue());
         note(before, numbers);
-    } else if (kind == values::ValueType::BearingMap || kind == values::ValueType::FastBearingMap) {
-        m_records.leaveOut(placed.type);
-    } else {
+    } else if (kind != values::ValueType::BearingMap && kind != values::ValueType::FastBearingMap) {
         auto& texts = plainSeries<Hdf5Texts>(placed.type, "_text");
         const std::size_t before = texts.bytes();
         texts.add(us, oneLine(value.GetText().toStdString()));
         note(before, texts);
     }
+}
+
+void Hdf5Groups::addBearing(const ExportedBearing& taken)
+{
+    const TrackType& type = taken.placed.type;
+    auto& bearings = series<Hdf5Bearings>({type.track, type.code, "bearings"}, nameOf(type, m_unit));
+    const std::size_t before = bearings.bytes();
+    bearings.add(m_time.us(taken.placed.momentMs),
+                 {taken.frequencyHz, taken.bearing.azimuthDeg, taken.headingDeg, taken.bearing.elevationDeg,
+                  taken.bearing.levelDb, taken.bearing.quality, taken.place.latitudeDeg, taken.place.longitudeDeg});
+    note(before, bearings);
 }
 
 /// A keyword that has been another kind of value before gets a group of its own for this one.
@@ -227,12 +237,15 @@ std::string writeHdf5(const Hdf5ExportOptions& options, Recordings& recordings, 
     describeFile(root, options, recordings);
     {
         Hdf5Groups groups(root, recordings, records, options.unit);
+        const ExportedBearings bearings(recordings, records,
+                                        [&](const ExportedBearing& taken) { groups.addBearing(taken); });
         records.walk([&] { return file.good() && setting.problem.text().empty(); },
                      [&](const PlacedRecord& placed, const values::ValueBase& value) { groups.add(placed, value); });
         groups.addBookmarks(recordings.bookmarks());
         groups.flush();
-        if (groups.sweeps() + groups.plain() > 0) {
-            summary = counted(groups.sweeps(), "sweep") + ", " + counted(groups.plain(), "plain value");
+        if (groups.sweeps() + groups.plain() + bearings.count() > 0) {
+            summary = counted(groups.sweeps(), "sweep") + ", " + counted(groups.plain(), "plain value") +
+                      (bearings.count() > 0 ? ", " + counted(bearings.count(), "bearing") : "");
         }
     }
     root.close();
@@ -243,26 +256,15 @@ std::string writeHdf5(const Hdf5ExportOptions& options, Recordings& recordings, 
 
 ExitCode exportHdf5(const Hdf5ExportOptions& options)
 {
-    Recordings recordings(options, 1);
-    if (recordings.state() != ExitCode::Fine) {
-        return recordings.state();
-    }
-    const auto types = recordings.takeTypes(options.types);
-    if (!types) {
-        return ExitCode::Usage;
-    }
-    ExportedRecords records(recordings, *types);
-    NewFile file(options.output, options.force);
-    const ExitCode made = file.create(options.files);
-    if (made != ExitCode::Fine) {
-        return made;
-    }
-    std::string summary;
-    const std::string problem = writeHdf5(options, recordings, records, file, summary);
-    if (summary.empty() && problem.empty() && file.good()) {
-        return recordings.refuse("There is no record of a spectrum or plain value in the span. Nothing was written.");
-    }
-    return endExport(recordings, records, file, summary, problem);
+    return exportTo(options, [&](Recordings& recordings, ExportedRecords& records, NewFile& file) {
+        std::string summary;
+        const std::string problem = writeHdf5(options, recordings, records, file, summary);
+        if (summary.empty() && problem.empty() && file.good()) {
+            return recordings.refuse(
+                "There is no record of a spectrum, plain value or bearing in the span. Nothing was written.");
+        }
+        return endExport(recordings, records, file, summary, problem);
+    });
 }
 
 }  // namespace RecTool

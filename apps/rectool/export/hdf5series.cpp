@@ -118,6 +118,49 @@ void Hdf5Numbers::write()
     m_collected.clear();
 }
 
+Hdf5Bearings::Hdf5Bearings(const Hdf5Group& root, const SeriesName& name) : Hdf5Series(root, name)
+{
+    struct Figure {
+        const char* name;
+        const char* meaning;
+        const char* unit;
+    };
+    constexpr std::array<Figure, std::tuple_size_v<Row>> Figures{
+        {{"frequency", "centre of the channel", "Hz"},
+         {"azimuth", "azimuth, clockwise from the antenna's zero", "degrees"},
+         {"heading", "direction of the antenna's zero, clockwise from true north", "degrees"},
+         {"elevation", "elevation", "degrees"},
+         {"level", "level", ""},
+         {"quality", "quality", "percent"},
+         {"latitude", "latitude of the direction finder", "degrees_north"},
+         {"longitude", "longitude of the direction finder", "degrees_east"}}};
+    for (const Figure& figure : Figures) {
+        Hdf5Column column(m_group, figure.name, Hdf5Kind::Double, 0, RowsOfPlain);
+        if (column.isNew()) {
+            column.attach(m_times, 0, "time");
+            column.describe("long_name", figure.meaning);
+            column.describe("units", *figure.unit == 0 ? name.unit : figure.unit);
+        }
+        m_columns.push_back(std::move(column));
+    }
+}
+
+void Hdf5Bearings::add(std::int64_t us, const Row& row)
+{
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        m_collected[i].push_back(row[i]);
+    }
+    collected(us, sizeof row, rows() + 1 >= RowsOfPlain);
+}
+
+void Hdf5Bearings::write()
+{
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+        m_columns[i].append(m_collected[i].data(), rows());
+        m_collected[i].clear();
+    }
+}
+
 Hdf5Texts::Hdf5Texts(const Hdf5Group& root, const SeriesName& name)
     : Hdf5Series(root, name), m_texts(makePlain(m_group, Hdf5Kind::Text, m_times, name))
 {

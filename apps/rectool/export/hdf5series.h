@@ -1,11 +1,13 @@
 // Series of spectra, numbers and texts in an HDF5 file, collected until they fill a chunk.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <values/maps.h>
@@ -69,6 +71,21 @@ private:
     void write() override;
     Hdf5Column m_numbers;
     std::vector<double> m_collected;
+};
+
+/// Bearings with where they were taken; each figure is a column over time.
+class Hdf5Bearings final : public Hdf5Series {
+public:
+    /// Frequency, azimuth, heading, elevation, level, quality, latitude, longitude.
+    using Row = std::array<double, 8>;
+
+    Hdf5Bearings(const Hdf5Group& root, const SeriesName& name);
+    void add(std::int64_t us, const Row& row);
+
+private:
+    void write() override;
+    std::vector<Hdf5Column> m_columns;
+    std::array<std::vector<double>, std::tuple_size_v<Row>> m_collected;
 };
 
 class Hdf5Texts final : public Hdf5Series {

@@ -40,8 +40,8 @@ struct Annotation {
 /// Collects what is annotated.
 class SigMfNotes {
 public:
-    SigMfNotes(const Recordings& recordings, ExportedRecords& records, std::vector<TrackType> types)
-        : m_recordings(recordings), m_records(records), m_types(std::move(types)), m_time(recordings.startMs())
+    SigMfNotes(const Recordings& recordings, ExportedRecords& records)
+        : m_recordings(recordings), m_records(records), m_time(recordings.startMs())
     {
     }
 
@@ -57,7 +57,6 @@ private:
 
     const Recordings& m_recordings;
     ExportedRecords& m_records;
-    std::vector<TrackType> m_types;
     ExportTime m_time;
     std::optional<double> m_firstMs;
     std::optional<double> m_frequencyHz;  // the first one
@@ -68,8 +67,9 @@ private:
 bool SigMfNotes::isWanted(const TrackType& type)
 {
     const auto& keyword = m_records.keyword(type);
-    return m_types.empty() ? std::find(SettingKeywords.begin(), SettingKeywords.end(), keyword) != SettingKeywords.end()
-                           : std::find(m_types.begin(), m_types.end(), type) != m_types.end();
+    return m_records.areNamed()
+               ? m_records.isWanted(type)
+               : std::find(SettingKeywords.begin(), SettingKeywords.end(), keyword) != SettingKeywords.end();
 }
 
 void SigMfNotes::add(const PlacedRecord& placed)
@@ -183,11 +183,10 @@ Json documentOf(const SigMfExportOptions& options, const Recordings& recordings,
 }
 
 ExitCode writeSigMf(const SigMfExportOptions& options, Recordings& recordings, IqSamples& samples,
-                    const std::vector<TrackType>& types, NewFile& file)
+                    ExportedRecords& records, NewFile& file)
 {
     constexpr double UsPerSecond = 1e6;
-    ExportedRecords records(recordings, types);
-    SigMfNotes notes(recordings, records, types);
+    SigMfNotes notes(recordings, records);
     recordings.walk([&](const PlacedRecord& placed) {
         if (file.good()) {
             notes.add(placed);
@@ -215,27 +214,20 @@ ExitCode writeSigMf(const SigMfExportOptions& options, Recordings& recordings, I
 
 ExitCode exportSigMf(const SigMfExportOptions& options)
 {
-    Recordings recordings(options, 1);
-    if (recordings.state() != ExitCode::Fine) {
-        return recordings.state();
-    }
-    const auto types = recordings.takeTypes(options.types);
-    if (!types) {
-        return ExitCode::Usage;
-    }
-    if (!ExportTime(recordings.startMs()).isKnown()) {
-        return recordings.refuse(
-            "The recording does not tell when it began, so that nobody knows which samples are meant.");
-    }
     auto samples = findSamples(options);
     if (!samples) {
         return ExitCode::Usage;
     }
-    std::vector<std::string> inputs = options.files;
-    inputs.push_back(samples->file);
-    NewFile file(options.output, options.force);
-    const ExitCode made = file.create(inputs);
-    return made == ExitCode::Fine ? writeSigMf(options, recordings, *samples, *types, file) : made;
+    return exportTo(
+        options,
+        [&](Recordings& recordings, ExportedRecords& records, NewFile& file) {
+            if (!ExportTime(recordings.startMs()).isKnown()) {
+                return recordings.refuse(
+                    "The recording does not tell when it began, so that nobody knows which samples are meant.");
+            }
+            return writeSigMf(options, recordings, *samples, records, file);
+        },
+        samples->file);
 }
 
 }  // namespace RecTool

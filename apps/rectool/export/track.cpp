@@ -74,27 +74,19 @@ void walkTrack(Recordings& recordings, std::size_t track, const NewFile& file, c
 
 ExitCode exportTrack(const ExportOptions& options, std::size_t passes, const TrackWriter& write)
 {
-    Recordings recordings(options, passes);
-    if (recordings.state() != ExitCode::Fine) {
-        return recordings.state();
-    }
-    recordings.planPasses(passes * recordings.tracks().size());
-    if (!ExportTime(recordings.startMs()).isKnown()) {
-        return recordings.refuse("The recording does not tell when it began, and a track needs clock times.");
-    }
-    NewFile file(options.output, options.force);
-    const ExitCode made = file.create(options.files);
-    if (made != ExitCode::Fine) {
-        return made;
-    }
-    const std::uint64_t points = write(recordings, file);
-    if (points == 0 && file.good()) {
-        return recordings.refuse(
-            "There is no position in the span: no LOCATIONLATITUDE and LOCATIONLONGITUDE but 0, 0. Nothing was "
-            "written.");
-    }
-    ExportedRecords records(recordings, {});
-    return endExport(recordings, records, file, counted(points, "point"));
+    return exportTo(options, [&](Recordings& recordings, ExportedRecords& records, NewFile& file) {
+        recordings.planPasses(passes * recordings.tracks().size());
+        if (!ExportTime(recordings.startMs()).isKnown()) {
+            return recordings.refuse("The recording does not tell when it began, and a track needs clock times.");
+        }
+        const std::uint64_t points = write(recordings, file);
+        if (points == 0 && file.good()) {
+            return recordings.refuse(
+                "There is no position in the span: no LOCATIONLATITUDE and LOCATIONLONGITUDE but 0, 0. Nothing was "
+                "written.");
+        }
+        return endExport(recordings, records, file, counted(points, "point"));
+    });
 }
 
 QString plainDecimal(double number)

@@ -40,6 +40,11 @@ ExitCode NewFile::create(const std::vector<std::string>& inputs)
         m_part.clear();
         return m_name.fail(ExitCode::CannotRead, "No file can be made there: " + System::errorText(error) + '.');
     }
+    if (const std::string first = path() + ".part"; first != part()) {
+        complain(first,
+                 "This is what an earlier run left that did not end, unless it still writes: remove it then. It is not "
+                 "touched.");
+    }
     m_buffer.reserve(2 * PieceBytes);
     return ExitCode::Fine;
 }

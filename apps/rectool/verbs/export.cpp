@@ -25,12 +25,13 @@ void addCsvExport(const Syntax& program)
 {
     Verb verb(program, "csv", "Levels and values as CSV", exportCsv);
     addNewFile(verb);
-    verb.text("--form", verb.options().form, "A line a level, or a sweep as sweep programs write it")
-        .oneOf({"long", "sweep"})
+    verb.text("--form", verb.options().form, "A line a level, a sweep as sweep programs write it, or a line a bearing")
+        .oneOf({"long", "sweep", "bearings"})
         .showDefault();
     addChoice(verb);
     verb.examples({"export csv recording.rec -o levels.csv --type RFSPECTRUM",
-                   "export csv recording.rec --form sweep --type RFSPECTRUM -o sweeps.csv"},
+                   "export csv recording.rec --form sweep --type RFSPECTRUM -o sweeps.csv",
+                   "export csv finder.rec --form bearings -o bearings.csv"},
                   "recstation sweep records what --form sweep writes.");
 }
 

@@ -83,6 +83,48 @@ def micros(text):
     return (time - EPOCH) // datetime.timedelta(microseconds=1)
 
 
+def check_killed(rectool, recording, output):
+    """Whenever it is killed, an export leaves nothing under its name, and the next one works."""
+    command = [rectool, "export", "csv", "--form", "sweep", recording, "-o", output]
+    for _ in range(20):
+        started = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        while started.poll() is None and not output.with_name(output.name + ".part").exists():
+            pass
+        started.kill()
+        if started.wait() == 0:
+            output.unlink()  # it was done before
+            continue
+        assert not output.exists(), "an unfinished file has the name"
+        break
+    done = subprocess.run(command, capture_output=True, text=True, check=False)
+    assert done.returncode == 0 and output.stat().st_size > 0, done.stderr
+    left = output.with_name(output.name + ".part")
+    assert ("an earlier run left" in done.stderr) == left.exists(), done.stderr
+
+
+def check_bearings(rectool, recstation, folder):
+    """Bearings as they were taken, by the lines that map draws. @return recording and rows"""
+    (folder / "df").mkdir()
+    run(recstation, "-q", "-o", folder / "df", "sim", "--duration", "30s", "--start", "2026-11-21T10:00:00Z")
+    (recording,) = (folder / "df").glob("*DF_1*.rec")
+    run(rectool, "export", "csv", "--form", "bearings", recording, "-o", folder / "bearings.csv")
+    with open(folder / "bearings.csv", encoding="utf-8", newline="") as file:
+        rows = list(csv.DictReader(file))
+    lines = [feature for feature in json.loads(run(rectool, "map", recording, "--geojson"))["features"]
+             if feature["properties"]["type"] == "bearing"]
+    placed = [row for row in rows if row["latitude"]]
+    assert len(placed) == len(lines) > 100, (len(placed), len(lines))
+    for row, line in zip(placed, lines):
+        shown = line["properties"]
+        azimuth = (float(row["azimuth_deg"]) + float(row["heading_deg"] or 0)) % 360
+        assert abs(math.remainder(azimuth - shown["azimuthDeg"], 360)) < 1e-5, (row, shown)
+        assert float(row["frequency_hz"]) == shown["frequencyHz"]
+        assert micros(row["time"]) // 1000 == micros(shown["time"]) // 1000
+        longitude, latitude = line["geometry"]["coordinates"][0]
+        assert abs(float(row["latitude"]) - latitude) < 1e-6 and abs(float(row["longitude"]) - longitude) < 1e-6
+    return recording, rows
+
+
 def check_csv(rectool, recstation, folder, recording):
     expected = sweeps_of(rectool, recording)
     run(rectool, "export", "csv", recording, "--type", "RFSPECTRUM", "-o", folder / "long.csv")
@@ -102,10 +144,12 @@ def check_csv(rectool, recstation, folder, recording):
             hz = frequency(channels, i)
             assert math.isclose(hz, frequency(channels_again, i), rel_tol=1e-14), f"{hz} Hz came back otherwise"
     check_full(rectool, recording, folder / "full.csv", "csv", "--form", "sweep")
+    check_killed(rectool, recording, folder / "killed.csv")
+    check_bearings(rectool, recstation, folder)
     return f"{len(expected)} sweeps, {len(wanted)} lines"
 
 
-def check_hdf5(rectool, _recstation, folder, recording):
+def check_hdf5(rectool, recstation, folder, recording):
     try:
         import h5py
         import numpy
@@ -136,6 +180,16 @@ def check_hdf5(rectool, _recstation, folder, recording):
         assert set(edges["value"][:]) == {88e6, 86e6} and edges["value"].dims[0][0] == edges["time"]
         assert file["DRVCOMMANDS/value"].asstr()[0] == "Panorama scan"
     check_full(rectool, recording, folder / "full.h5", "hdf5")
+    finder, rows = check_bearings(rectool, recstation, folder)
+    run(rectool, "export", "hdf5", finder, "-o", folder / "finder.h5")
+    with h5py.File(folder / "finder.h5") as file:
+        bearings = file["DFSPECTRUM"]
+        assert list(bearings["time"][:]) == [micros(row["time"]) for row in rows]
+        for column, name in (("azimuth", "azimuth_deg"), ("heading", "heading_deg"), ("level", "level"),
+                             ("frequency", "frequency_hz"), ("latitude", "latitude"), ("quality", "quality")):
+            wanted = numpy.array([float(row[name] or math.nan) for row in rows])
+            assert numpy.array_equal(bearings[column][:], wanted, equal_nan=True), column
+            assert bearings[column].dims[0][0] == bearings["time"]
     return f"{len(expected)} sweeps"
 
 
