@@ -15,13 +15,20 @@ foreach(program IN ITEMS recstation rectool recview zelvod)
   if(program STREQUAL zelvod)
     set(section 8)
   endif()
+  set(other "")
+  set(tell_other "")
+  if(program STREQUAL recstation)
+    set(tell_other COMMAND recstation check --print-command-tree > "${commands_folder}/recstation-check.json")
+    set(other --other "${commands_folder}/recstation-check.json")
+  endif()
   set(done "${commands_folder}/${program}.done")
   add_custom_command(
     OUTPUT "${done}"
     COMMAND "${CMAKE_COMMAND}" -E make_directory "${commands_folder}"
     COMMAND ${program} --print-command-tree > "${commands_folder}/${program}.json"
+    ${tell_other}
     COMMAND Python3::Interpreter "${generator}" "${commands_folder}/${program}.json" "${commands_folder}" --section ${section}
-            --version "${PROJECT_VERSION}"
+            --version "${PROJECT_VERSION}" ${other}
     COMMAND "${CMAKE_COMMAND}" -E touch "${done}"
     DEPENDS ${program} "${generator}" "${generator_folder}/manpages.py" "${generator_folder}/completion.py" "${generator_folder}/program.bash"
     VERBATIM

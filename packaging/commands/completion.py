@@ -16,7 +16,7 @@ def kind_of(program, option):
     if option["positional"]:
         if option["positional"] == "DIR":
             return "directory"
-        takes_file = option["positional"] in ("FILE", "PATH")
+        takes_file = option["positional"] in ("FILE", "PATH", "STATION")
         return ("file" if program == "recstation" else "recording") if takes_file else "any"
     if program == "recstation" and option["names"] == ["--record"]:
         return "recorder"
@@ -35,7 +35,7 @@ def commands_of(tree, path=(), parent=None):
     """Every command with its path, what options it takes, and where commands behind it begin."""
     path = (*path, tree["name"])
     inherits = parent is not None and parent["inheritsOptions"]
-    options = tree["options"] + ([option for option in parent["options"] if option["names"] != ["-h", "--help"]] if inherits else [])
+    options = tree["options"] + ([option for option in parent["options"] if option["names"] and "--help" not in option["names"]] if inherits else [])
     verbs = [command["name"] for command in (parent if inherits else tree)["commands"]]
     yield path, options, verbs, path[:-1] if inherits else path
     for command in tree["commands"]:
@@ -84,7 +84,7 @@ def zsh_specs(program, options):
             specs.append(quoted(f"{many}:{option['positional']}:{zsh_action(program, option)}"))
             continue
         value = f":{placeholder(option)}:{zsh_action(program, option)}" if option["takesValue"] else ""
-        others = "*" if option["repeated"] else "(" + " ".join(option["names"] + option["excludes"]) + ")"
+        others = "*" if option["repeated"] else "(" + " ".join(option["names"] + [name for name in option["excludes"] if name.startswith("-")]) + ")"
         for name in option["names"]:
             takes = ("=" if name.startswith("--") else "+") if value else ""
             specs.append(quoted(f"{others}{name}{takes}[{short_help(option['help'])}]{value}"))
@@ -94,7 +94,7 @@ def zsh_specs(program, options):
 ZSH_VALUES = """_recording_types() {
   local recording=${(Q)${(M)words:#*.(rec|tmp)}[-1]}
   [[ -n $recording ]] || return 1
-  local -a types=(${(f)"$(rectool types ${~recording} 2>/dev/null | awk 'NR > 1 { print $2 }')"})
+  local -a types=(${(f)"$(rectool types ${~recording} 2>/dev/null | awk 'NR > 1 && $2 ~ /^[A-Za-z0-9_]+$/ { print $2 }')"})
   compadd -M 'm:{a-z}={A-Z}' -a types
 }
 
@@ -131,7 +131,7 @@ def zsh_of_several(program, tree):
     names = [command["name"] for command in tree["commands"]]
     verbs = " ".join(quoted(f"{command['name']}:{short_help(command['help'])}") for command in tree["commands"])
     lines = [f"_{program}_operand() {{", f"  local -a commands=({verbs})", "  _describe command commands", "  _files", "}", "",
-             f"_{program}() {{", "  local -a specs=(", "    " + "\n    ".join(zsh_specs(program, tree["options"])), "  )",
+             f"_{program}() {{", "  local -a specs=(", "    " + "\n    ".join(zsh_specs(program, [option for option in tree["options"] if option["names"]])), "  )",
              f"  case ${{${{(M)words[2,CURRENT-1]:#({'|'.join(names)})}}[-1]}} in"]
     for command in tree["commands"]:
         own = [option for option in command["options"] if option["names"] and "--help" not in option["names"]]

@@ -21,18 +21,19 @@ _@PROGRAM@_files() {
     [[ $current != '~/'* ]] || current=$HOME/${current#'~/'}
     case $1 in
         directory) mapfile -t COMPREPLY < <(compgen -d -- "$current") ;;
-        recording) mapfile -t COMPREPLY < <(compgen -d -- "$current"; compgen -f -X '!*.@(rec|tmp)' -- "$current") ;;
+        recording) mapfile -t COMPREPLY < <(compgen -d -- "$current"; compgen -f -X '!*.rec' -- "$current"; compgen -f -X '!*.tmp' -- "$current") ;;
         *) mapfile -t COMPREPLY < <(compgen -f -- "$current") ;;
     esac
 }
 
-# The value types of the recording on the line, those of its recorders' configuration.
+# The value types of the recording on the line, the recorders of the configuration there. Words are expanded, so only plain
+# ones are taken of files.
 _@PROGRAM@_offer() {
     case $1 in
         words) mapfile -t COMPREPLY < <(compgen -W "$2" -- "$current") ;;
         type)
             [[ -z $recording ]] || mapfile -t COMPREPLY < <(compgen -W \
-                "$(rectool types "$recording" 2>/dev/null | awk 'NR > 1 { print $2 }')" -- "${current^^}")
+                "$(rectool types "$recording" 2>/dev/null | awk 'NR > 1 && $2 ~ /^[A-Za-z0-9_]+$/ { print $2 }')" -- "${current^^}")
             ;;
         recorder) mapfile -t COMPREPLY < <(compgen -W \
             "$(sed -n 's/^ *\[\([A-Za-z0-9_-]*\)\].*/\1/p' "${config:-/dev/null}" 2>/dev/null || true)" -- "$current") ;;
