@@ -77,7 +77,7 @@ archive."
   set(CPACK_DEBIAN_TOOLS_PACKAGE_CONTROL_EXTRA "${scripts}/postinst" "${scripts}/prerm" "${scripts}/postrm")
 endif()
 
-if(RECORDING2_PYTHON)
+if(TARGET recording2_python)
   recording2_package(
     python python3-recording2 python library "Python module for recordings of receivers and direction finders
 The module recording2 opens recordings of a radio-monitoring station, gives
