@@ -8,6 +8,9 @@
 
 #include <system/stopsignal.h>
 
+#include "input/fields.h"
+#include "sources/bearings/krakenlog.h"
+
 namespace RecStation {
 
 namespace {
@@ -41,6 +44,16 @@ CsvRecord readHeader(CsvReader& csv, const LogInput& input)
     return *std::move(header);
 }
 
+CsvRecord namedColumns(const std::string& names)
+{
+    CsvRecord header;
+    CommaFields fields(names);
+    for (auto field = fields.next(); field; field = fields.next()) {
+        header.fields.emplace_back(trimmed(*field));
+    }
+    return header;
+}
+
 void note(const LoggedBearing& bearing, LogSurvey& survey)
 {
     if (survey.bearings++ == 0) {
@@ -54,26 +67,42 @@ void note(const LoggedBearing& bearing, LogSurvey& survey)
 }  // namespace
 
 BearingLog::BearingLog(const BearingsOptions& options, const LogInput& input, BadRow badRow)
-    : m_csv(input.open(), separatorOf(options.separator)),
-      m_parser(options, readHeader(m_csv, input)),
-      m_badRow(std::move(badRow))
+    : m_csv(input.open(), separatorOf(options.separator)), m_parser(begin(options, input)), m_badRow(std::move(badRow))
 {
+}
+
+std::unique_ptr<RowReader> BearingLog::begin(const BearingsOptions& options, const LogInput& input)
+{
+    if (!options.columns.empty()) {
+        return std::make_unique<RowParser>(options, namedColumns(options.columns));
+    }
+    CsvRecord first = readHeader(m_csv, input);
+    if (KrakenLog::isRow(first)) {
+        m_first = std::move(first);
+        return std::make_unique<KrakenLog>(options);
+    }
+    return std::make_unique<RowParser>(options, first);
+}
+
+std::optional<CsvRecord> BearingLog::nextRecord()
+{
+    return m_first ? std::exchange(m_first, std::nullopt) : m_csv.next();
 }
 
 std::optional<LogRow> BearingLog::next()
 {
-    auto record = m_csv.next();
+    auto record = nextRecord();
     // Whoever stops the run may well cut a row short.
     while (record && !System::StopSignal::requested()) {
         try {
-            LogRow row = m_parser.parse(*record);
+            LogRow row = m_parser->parse(*record);
             m_skipped += row.bearing ? 0U : 1U;
             return row;
         } catch (const LineError& error) {
             ++m_bad;
             m_badRow(record->line, error.what());
         }
-        record = m_csv.next();
+        record = nextRecord();
     }
     return std::nullopt;
 }
@@ -95,6 +124,7 @@ LogSurvey surveyLog(const BearingsOptions& options, const LogInput& input, const
     survey.channelsHz.assign(channels.begin(), channels.end());
     survey.hasPosition = log.parser().hasPosition();
     survey.hasAltitude = log.parser().hasAltitude();
+    survey.remark = log.parser().remark();
     if (survey.bearings == 0) {
         throw std::runtime_error("bearings: " + input.name() + " holds no bearing (" + std::to_string(log.skipped()) +
                                  " rows skipped, " + std::to_string(log.bad()) + " bad)");

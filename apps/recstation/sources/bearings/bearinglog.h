@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,20 +22,24 @@ public:
     /// Takes the line of every bad row and what is bad about it.
     using BadRow = std::function<void(std::size_t line, const std::string& problem)>;
 
-    /// Opens the input and reads the header.
+    /// Opens the input and reads the header, if it has one.
     /// @throws std::runtime_error when an option cannot be used, or the header lacks a column
     BearingLog(const BearingsOptions& options, const LogInput& input, BadRow badRow);
 
     /// The next row that is not bad, counted if it is skipped; nothing at the end and when the process is to stop.
     [[nodiscard]] std::optional<LogRow> next();
 
-    [[nodiscard]] const RowParser& parser() const { return m_parser; }
+    [[nodiscard]] const RowReader& parser() const { return *m_parser; }
     [[nodiscard]] std::uint64_t skipped() const { return m_skipped; }
     [[nodiscard]] std::uint64_t bad() const { return m_bad; }
 
 private:
+    [[nodiscard]] std::unique_ptr<RowReader> begin(const BearingsOptions& options, const LogInput& input);
+    [[nodiscard]] std::optional<CsvRecord> nextRecord();
+
     CsvReader m_csv;
-    RowParser m_parser;
+    std::optional<CsvRecord> m_first;  // of a log without a header
+    std::unique_ptr<RowReader> m_parser;
     BadRow m_badRow;
     std::uint64_t m_skipped = 0;
     std::uint64_t m_bad = 0;
@@ -50,6 +55,7 @@ struct LogSurvey {
     bool oneStation = true;              ///< all bearings are of the first one's station
     bool hasPosition = false;
     bool hasAltitude = false;
+    std::string remark;  ///< about the rows; empty: nothing
 };
 
 /// Reads the log to its end.

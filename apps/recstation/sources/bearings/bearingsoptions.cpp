@@ -25,7 +25,10 @@ Example, for a log that begins with
   01/14/17;5:31;1;E1;4;38;24.2;4.640055556;75;32;50;-74.45277778;1942;150.015;A;1;163;Myadestes ralloides
 with local times of Colombia and longitudes that are west without a sign:
   recstation -o recordings bearings telemetria.csv --date-format MM/dd/yy --utc-offset -05:00
-    --latitude-column Gradosx,minx,segx --longitude-column Gradosy,miny,segy --west --frequency-column frec)";
+    --latitude-column Gradosx,minx,segx --longitude-column Gradosy,miny,segy --west --frequency-column frec
+A log without that line, and the lines of a KrakenSDR, which are known as such:
+  recstation -o recordings bearings bare.csv --columns timestamp,frequency,azimuth,
+  recstation -o recordings bearings kraken.csv)";
 
 bool isSeparator(const std::string& text)
 {
@@ -45,6 +48,13 @@ bool isDateFormat(const std::string& text)
 
 void addColumns(CLI::App& command, BearingsOptions& options)
 {
+    command
+        .add_option("--columns", options.columns,
+                    "The log has no line with names: those of its columns, in order; empty for one of no use")
+        ->type_name("NAME,NAME,...");
+    command.add_option("--timestamp-column", options.timestampColumn,
+                       "Column of date and time in one, ISO 8601 or (milli)seconds since 1970 (default: timestamp, if "
+                       "there and not apart)");
     command.add_option("--date-column", options.dateColumn, "Column of the date")->capture_default_str();
     command.add_option("--time-column", options.timeColumn, "Column of the time of day (5:31, 05:31:07.25)")
         ->capture_default_str();
@@ -88,9 +98,14 @@ void addBearingsOptions(CLI::App& command, BearingsOptions& options)
         ->capture_default_str();
     command
         .add_option("--heading", options.headingDeg,
-                    "True heading of azimuth 0 in degrees, such as a compass's declination")
-        ->transform(inUnit({"deg", "°"}, -360, 360))
-        ->capture_default_str();
+                    "True heading of azimuth 0 in degrees, such as a compass's declination (default: as the log tells, "
+                    "otherwise 0)")
+        ->transform(inUnit({"deg", "°"}, -360, 360));
+    command.add_flag_callback(
+        "--mirror", [&options] { options.mirror = Mirror::Yes; },
+        "A KrakenSDR's angles are counter-clockwise (default: as its 360 values tell)");
+    command.add_flag_callback(
+        "--no-mirror", [&options] { options.mirror = Mirror::No; }, "They are clockwise: take them as they are");
     addStrict(command, options.strict, "Record nothing when a row is bad");
 }
 

@@ -84,6 +84,9 @@ void BearingsSource::reportOddities(const LogSurvey& survey) const
     if (!survey.hasPosition && !m_options.noPosition && !m_options.positionElsewhere) {
         say("the log has no position: name its columns with --latitude-column and --longitude-column, if it has");
     }
+    if (!survey.remark.empty()) {
+        say(survey.remark);
+    }
     if (survey.order.rowsBack() > 0) {
         say(survey.order.sentence() + "; sort the log, if its times are to stay");
     }

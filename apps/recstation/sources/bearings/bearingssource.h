@@ -8,6 +8,7 @@
 #include <QString>
 
 #include "input/badlines.h"
+#include "sources/bearings/krakenrow.h"
 #include "sources/source.h"
 
 namespace CLI {
@@ -21,6 +22,9 @@ namespace RecStation {
 struct BearingsOptions {
     std::string file;                ///< UTF-8; "-" is standard input
     std::string separator = "auto";  ///< a character, "tab", or "auto": the one that the first line has most of
+    /// Names with commas between, of a log without a first line that names them; empty: it has one.
+    std::string columns;
+    std::optional<std::string> timestampColumn;  ///< date and time in one
     std::string dateColumn = "date";
     std::string timeColumn = "time";
     std::string dateFormat = "yyyy-MM-dd";  ///< d, dd, M, MM, yy (1970 to 2069), yyyy
@@ -38,9 +42,11 @@ struct BearingsOptions {
     std::string frequencyColumn = "frequency";
     std::string frequencyUnit = "MHz";  ///< Hz, kHz, MHz or GHz
     std::string azimuthColumn = "azimuth";
-    double headingDeg =
-        0;                ///< -360 to 360, true heading of azimuth 0: the declination of a compass, a vehicle's heading
-    bool strict = false;  ///< refuse a log with bad rows before anything is recorded
+    /// -360 to 360, true heading of azimuth 0: the declination of a compass, a vehicle's heading. Nothing: as the log
+    /// tells, otherwise 0.
+    std::optional<double> headingDeg;
+    Mirror mirror = Mirror::Auto;                  ///< of the angles of a KrakenSDR's log
+    bool strict = false;                           ///< refuse a log with bad rows before anything is recorded
     std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back after them
     QString valuePath = "/Devices/Df1";
 };

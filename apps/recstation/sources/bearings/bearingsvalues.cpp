@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <stdexcept>
 
 #include "attachedvalue.h"
@@ -15,16 +16,11 @@ constexpr double CircleDeg = 360;
 
 }  // namespace
 
-BearingsValues::BearingsValues(const LogSurvey& survey, double headingDeg, const QString& deviceName,
+BearingsValues::BearingsValues(const LogSurvey& survey, std::optional<double> headingDeg, const QString& deviceName,
                                const QString& valuePath)
-    : m_channelsHz(survey.channelsHz)
+    : m_valuePath(valuePath), m_channelsHz(survey.channelsHz)
 {
-    setText(valuePath + QStringLiteral("/Adm/DRIVERNAME"), forFileNames(deviceName));
-    setText(valuePath + QStringLiteral("/Adm/DEVICE_TYPE"), QStringLiteral("Bearing log"));
-    setNumber(valuePath + QStringLiteral("/Scn/StartFreq"), m_channelsHz.front());
-    setNumber(valuePath + QStringLiteral("/Scn/StopFreq"), m_channelsHz.back());
-    setNumber(QStringLiteral("/TRUEHEADING"), std::fmod(headingDeg + CircleDeg, CircleDeg));
-    attachValue(m_frequency, QStringLiteral("/FREQUENCY"));
+    addDevice(headingDeg, deviceName, QStringLiteral("Bearing log"));
     if (survey.hasPosition) {
         attachValue(m_latitude, QStringLiteral("/LOCATIONLATITUDE"));
         attachValue(m_longitude, QStringLiteral("/LOCATIONLONGITUDE"));
@@ -33,8 +29,46 @@ BearingsValues::BearingsValues(const LogSurvey& survey, double headingDeg, const
         attachValue(m_altitude, QStringLiteral("/ALTITUDE"));
     }
     showReceiver(survey.first);
+    setChannels();
+}
+
+BearingsValues::BearingsValues(bool hasPosition, std::optional<double> headingDeg, const QString& deviceName,
+                               const QString& valuePath)
+    : m_valuePath(valuePath)
+{
+    addDevice(headingDeg, deviceName, QStringLiteral("Direction finder"));
+    if (hasPosition) {
+        constexpr double Unknown = std::numeric_limits<double>::quiet_NaN();
+        attachValue(m_latitude, QStringLiteral("/LOCATIONLATITUDE"));
+        attachValue(m_longitude, QStringLiteral("/LOCATIONLONGITUDE"));
+        m_latitude->SetValue(Unknown);
+        m_longitude->SetValue(Unknown);
+        if (!headingDeg) {
+            m_heading->SetValue(Unknown);
+        }
+    }
+}
+
+void BearingsValues::addDevice(std::optional<double> headingDeg, const QString& deviceName, const QString& deviceType)
+{
+    setText(m_valuePath + QStringLiteral("/Adm/DRIVERNAME"), forFileNames(deviceName));
+    setText(m_valuePath + QStringLiteral("/Adm/DEVICE_TYPE"), deviceType);
+    attachValue(m_heading, QStringLiteral("/TRUEHEADING"));
+    m_heading->SetValue(std::fmod(headingDeg.value_or(0) + CircleDeg, CircleDeg));
+    attachValue(m_frequency, QStringLiteral("/FREQUENCY"));
     attachValue(m_map, QStringLiteral("/DfSpectrum"));
+}
+
+void BearingsValues::setChannels()
+{
+    setNumber(m_valuePath + QStringLiteral("/Scn/StartFreq"), m_channelsHz.front());
+    setNumber(m_valuePath + QStringLiteral("/Scn/StopFreq"), m_channelsHz.back());
     m_map->SetChannelRange(values::ChannelRange::List(m_channelsHz));
+}
+
+bool BearingsValues::hasChannel(double frequencyHz) const
+{
+    return std::binary_search(m_channelsHz.begin(), m_channelsHz.end(), frequencyHz);
 }
 
 void BearingsValues::show(const LoggedBearing& bearing)
@@ -46,7 +80,35 @@ void BearingsValues::show(const LoggedBearing& bearing)
     showReceiver(bearing);
     values::Bearing cell;
     cell.azimuthDeg = bearing.azimuthDeg;
+    cell.levelDb = bearing.levelDb;
+    cell.quality = bearing.quality;
     m_map->SetCell(static_cast<std::size_t>(channel - m_channelsHz.begin()), cell, bearing.time);
+}
+
+void BearingsValues::showLive(const LoggedBearing& bearing)
+{
+    const auto above = std::lower_bound(m_channelsHz.begin(), m_channelsHz.end(), bearing.frequencyHz);
+    if (above == m_channelsHz.end() || *above != bearing.frequencyHz) {
+        m_channelsHz.insert(above, bearing.frequencyHz);
+        setChannels();
+    }
+    show(bearing);
+}
+
+void BearingsValues::forget(unsigned long long time)
+{
+    constexpr double Unknown = std::numeric_limits<double>::quiet_NaN();
+    for (Number* number : {&m_latitude, &m_longitude, &m_altitude}) {
+        if (*number) {
+            (*number)->SetValue(Unknown);
+        }
+    }
+    if (m_headingTold) {
+        m_heading->SetValue(Unknown);
+    }
+    if (!m_channelsHz.empty()) {
+        m_map->SetCells(0, std::vector<values::Bearing>(m_channelsHz.size()), time);
+    }
 }
 
 void BearingsValues::showReceiver(const LoggedBearing& bearing)
@@ -58,6 +120,10 @@ void BearingsValues::showReceiver(const LoggedBearing& bearing)
     }
     if (m_altitude) {
         m_altitude->SetValue(bearing.altitudeM);
+    }
+    if (!std::isnan(bearing.headingDeg)) {
+        m_headingTold = true;
+        m_heading->SetValue(bearing.headingDeg);
     }
 }
 

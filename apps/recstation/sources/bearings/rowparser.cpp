@@ -7,6 +7,9 @@
 
 #include <QStringList>
 
+#include "input/fields.h"
+#include "input/isotime.h"
+
 namespace RecStation {
 
 namespace {
@@ -42,7 +45,10 @@ LogColumn requireColumn(const CsvRecord& header, const std::string& name, const 
         for (const std::string& field : header.fields) {
             names += (names.empty() ? "\"" : ", \"") + field + "\"";
         }
-        failRow("the log has no column \"" + name + "\" (" + option + "), only " + names);
+        const bool hasNumber = std::any_of(header.fields.begin(), header.fields.end(),
+                                           [](const std::string& text) { return parseNumber<double>(text); });
+        failRow("the log has no column \"" + name + "\" (" + option + "), only " + names +
+                (hasNumber ? "; --columns names those of a log without such a line" : ""));
     }
     return *column;
 }
@@ -174,8 +180,38 @@ double readAzimuth(const CsvRecord& row, const LogColumn& column)
     return azimuth;
 }
 
+// The column of date and time in one; nothing where they are apart.
+std::optional<LogColumn> timestampColumn(const BearingsOptions& options, const CsvRecord& header)
+{
+    const bool apart = findColumn(header, options.dateColumn) && findColumn(header, options.timeColumn);
+    return options.timestampColumn || !apart
+               ? optionalColumn(header, options.timestampColumn, "timestamp", "--timestamp-column")
+               : std::nullopt;
+}
+
+// Seconds or milliseconds since 1970: no log of ours has seconds after the year 5000, or milliseconds before 1974.
+std::optional<unsigned long long> parseEpoch(const std::string& text)
+{
+    constexpr double LeastMilliseconds = 1e11;
+    constexpr double PerSecond = 1e6;
+    constexpr double PerMillisecond = 1e3;
+    constexpr double Latest = 1e14;
+    const auto number = parseNumber<double>(text);
+    if (!number || !(*number > 0 && *number < Latest)) {
+        return std::nullopt;
+    }
+    return static_cast<unsigned long long>(
+        std::llround(*number * (*number < LeastMilliseconds ? PerSecond : PerMillisecond)));
+}
+
+bool hasZone(const std::string& text)
+{
+    const std::size_t time = text.find_first_of("T ");
+    return time != std::string::npos && text.find_first_of("Z+-", time) != std::string::npos;
+}
+
 // Fields too many are harmless while they are empty: some programs end every line with a separator.
-void checkLength(const CsvRecord& row, std::size_t columns)
+void checkLength(const CsvRecord& row, std::size_t columns, bool named)
 {
     if (!row.problem.empty()) {
         throw LineError(row.problem);
@@ -183,8 +219,8 @@ void checkLength(const CsvRecord& row, std::size_t columns)
     const auto surplus = row.fields.begin() + static_cast<std::ptrdiff_t>(std::min(columns, row.fields.size()));
     const bool tooMany = std::any_of(surplus, row.fields.end(), [](const std::string& text) { return !text.empty(); });
     if (row.fields.size() < columns || tooMany) {
-        throw LineError(std::to_string(row.fields.size()) + " fields stand where the first line has " +
-                        std::to_string(columns));
+        throw LineError(std::to_string(row.fields.size()) + " fields stand where " +
+                        (named ? "--columns names " : "the first line has ") + std::to_string(columns));
     }
 }
 
@@ -192,8 +228,10 @@ void checkLength(const CsvRecord& row, std::size_t columns)
 
 RowParser::RowParser(const BearingsOptions& options, const CsvRecord& header)
     : m_columns(header.fields.size()),
-      m_date(requireColumn(header, options.dateColumn, "--date-column")),
-      m_time(requireColumn(header, options.timeColumn, "--time-column")),
+      m_named(!options.columns.empty()),
+      m_timestamp(timestampColumn(options, header)),
+      m_date(m_timestamp ? *m_timestamp : requireColumn(header, options.dateColumn, "--date-column")),
+      m_time(m_timestamp ? *m_timestamp : requireColumn(header, options.timeColumn, "--time-column")),
       m_station(optionalColumn(header, options.stationColumn, "station", "--station-column")),
       m_latitude(options.noPosition ? std::vector<LogColumn>()
                                     : angleColumns(header, options.latitudeColumns, "latitude", "--latitude-column")),
@@ -221,9 +259,9 @@ RowParser::RowParser(const BearingsOptions& options, const CsvRecord& header)
     }
 }
 
-LogRow RowParser::parse(const CsvRecord& row) const
+LogRow RowParser::parse(const CsvRecord& row)
 {
-    checkLength(row, m_columns);
+    checkLength(row, m_columns, m_named);
     LogRow out;
     if (!m_onlyStation.empty() && field(row, *m_station) != m_onlyStation) {
         return out;
@@ -257,6 +295,9 @@ LoggedBearing RowParser::readBearing(const CsvRecord& row, double frequencyHz) c
 unsigned long long RowParser::readTime(const CsvRecord& row) const
 {
     constexpr long long MicrosecondsPerDay = 86'400'000'000;
+    if (m_timestamp) {
+        return readTimestamp(row);
+    }
     const auto day = m_dateFormat.parse(field(row, m_date));
     if (!day) {
         refuse(row, m_date, "is no date as " + m_dateFormatText);
@@ -270,6 +311,23 @@ unsigned long long RowParser::readTime(const CsvRecord& row) const
         refuse(row, m_date, "is not after the start of 1970");
     }
     return static_cast<unsigned long long>(time);
+}
+
+unsigned long long RowParser::readTimestamp(const CsvRecord& row) const
+{
+    const std::string& text = field(row, *m_timestamp);
+    if (const auto epoch = parseEpoch(text)) {
+        return *epoch;
+    }
+    std::string iso = text;
+    std::replace(iso.begin(), iso.end(), ' ', 'T');
+    const auto time = parseIsoTime(iso);
+    const long long offset = hasZone(text) ? 0 : m_utcOffset;
+    if (!time || static_cast<long long>(*time) <= offset) {
+        refuse(row, *m_timestamp,
+               "is no time after the start of 1970 such as 2026-03-01T08:00:00.25Z, 1772352000.25 or 1772352000250");
+    }
+    return static_cast<unsigned long long>(static_cast<long long>(*time) - offset);
 }
 
 double RowParser::readFrequency(const CsvRecord& row) const

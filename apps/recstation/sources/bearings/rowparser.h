@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,19 +10,9 @@
 #include "input/logtime.h"
 #include "sources/bearings/bearingssource.h"
 #include "sources/bearings/csvreader.h"
+#include "sources/bearings/loggedbearing.h"
 
 namespace RecStation {
-
-struct LoggedBearing {
-    unsigned long long time = 0;  ///< microseconds since 1970 UTC
-    double frequencyHz = 0;
-    double azimuthDeg = 0;  ///< 0 to 360
-    // Not a number where the log has none.
-    double latitudeDeg = std::numeric_limits<double>::quiet_NaN();   ///< north is positive
-    double longitudeDeg = std::numeric_limits<double>::quiet_NaN();  ///< east is positive
-    double altitudeM = std::numeric_limits<double>::quiet_NaN();
-    std::string station;
-};
 
 struct LogRow {
     std::optional<double> frequencyHz;     ///< nothing: a row of another station
@@ -35,22 +24,41 @@ struct LogColumn {
     std::string name;
 };
 
-class RowParser {
+/// Makes bearings of the rows of one form of log.
+class RowReader {
+public:
+    RowReader() = default;
+    RowReader(const RowReader&) = delete;
+    RowReader& operator=(const RowReader&) = delete;
+    virtual ~RowReader() = default;
+
+    /// @throws LineError that says what cannot be used, and why
+    [[nodiscard]] virtual LogRow parse(const CsvRecord& row) = 0;
+    [[nodiscard]] virtual bool hasPosition() const = 0;
+    [[nodiscard]] virtual bool hasAltitude() const = 0;
+    /// Anything that people should know of what was read; empty: nothing.
+    [[nodiscard]] virtual std::string remark() const { return {}; }
+};
+
+/// Columns that have names.
+class RowParser final : public RowReader {
 public:
     /// @throws std::runtime_error when an option cannot be used, or the header lacks a column
     RowParser(const BearingsOptions& options, const CsvRecord& header);
 
-    /// @throws LineError that says which column cannot be used, and why
-    [[nodiscard]] LogRow parse(const CsvRecord& row) const;
-    [[nodiscard]] bool hasPosition() const { return !m_latitude.empty(); }
-    [[nodiscard]] bool hasAltitude() const { return m_altitude.has_value(); }
+    [[nodiscard]] LogRow parse(const CsvRecord& row) override;
+    [[nodiscard]] bool hasPosition() const override { return !m_latitude.empty(); }
+    [[nodiscard]] bool hasAltitude() const override { return m_altitude.has_value(); }
 
 private:
     [[nodiscard]] unsigned long long readTime(const CsvRecord& row) const;
+    [[nodiscard]] unsigned long long readTimestamp(const CsvRecord& row) const;
     [[nodiscard]] double readFrequency(const CsvRecord& row) const;
     [[nodiscard]] LoggedBearing readBearing(const CsvRecord& row, double frequencyHz) const;
 
     std::size_t m_columns;
+    bool m_named;                          // by an option, not by the first line
+    std::optional<LogColumn> m_timestamp;  // in place of date and time
     LogColumn m_date;
     LogColumn m_time;
     std::optional<LogColumn> m_station;
