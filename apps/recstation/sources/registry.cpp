@@ -9,7 +9,7 @@ Offer offerSim, offerFeed, offerSweep, offerBearings, offerNmea;
 Offer offerIq;
 #endif
 #if defined(RECSTATION_HAS_LIVE)
-Offer offerGpsd, offerRig;
+Offer offerGpsd, offerKraken, offerRig;
 #endif
 
 std::vector<std::shared_ptr<OfferedSource>> offeredSources()
@@ -21,6 +21,7 @@ std::vector<std::shared_ptr<OfferedSource>> offeredSources()
 #endif
 #if defined(RECSTATION_HAS_LIVE)
     all.push_back(offerGpsd());
+    all.push_back(offerKraken());
     all.push_back(offerRig());
 #endif
     return all;

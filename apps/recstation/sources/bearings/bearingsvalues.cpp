@@ -37,6 +37,8 @@ BearingsValues::BearingsValues(bool hasPosition, std::optional<double> headingDe
     : m_valuePath(valuePath)
 {
     addDevice(headingDeg, deviceName, QStringLiteral("Direction finder"));
+    setNumber(m_valuePath + QStringLiteral("/Scn/StartFreq"), 0);
+    setNumber(m_valuePath + QStringLiteral("/Scn/StopFreq"), 0);
     if (hasPosition) {
         constexpr double Unknown = std::numeric_limits<double>::quiet_NaN();
         attachValue(m_latitude, QStringLiteral("/LOCATIONLATITUDE"));

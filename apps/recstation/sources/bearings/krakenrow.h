@@ -20,14 +20,14 @@ enum class Mirror : std::uint8_t {
 /// "Kraken App" CSV, one line a receiving channel: time (milliseconds since 1970 UTC), angle of the bearing,
 /// confidence, power (dB of full scale), frequency (Hz), antennas, latency (ms), station, latitude, longitude, heading
 /// by GPS, heading by compass, which of the two counts, four reserved fields, then the output of the direction finding
-/// at 0, 1, ... 359 degrees, counter-clockwise. So says the wiki of github.com/krakenrf/krakensdr_docs (KrakenSDR,
-/// "Kraken App output format", as its issue 27 quotes it), and so
-/// _sdr/_signal_processing/kraken_sdr_signal_processor.py of github.com/krakenrf/krakensdr_doa writes it.
+/// at 0, 1, ... 359 degrees, counter-clockwise. So says the wiki of github.com/krakenrf/krakensdr_docs ("Kraken App
+/// output format"), and so _sdr/_signal_processing/kraken_sdr_signal_processor.py of github.com/krakenrf/krakensdr_doa
+/// writes it.
 ///
-/// The angle is clockwise ("compass convention") by the wiki, and was written as 360 - theta up to 2023; since then the
-/// same program writes theta itself, and issue 27 finds it where the 360 values peak. These therefore decide: an angle
-/// at their peak is counter-clockwise, one at the mirror image of their peak is clockwise; one at both or none is taken
-/// as the line before.
+/// The angle is clockwise ("compass convention") by the wiki, and was written as 360 - theta up to 2023; later versions
+/// of the same program write theta itself, and a report of 2024 to krakensdr_docs ("Kraken APP output format") finds it
+/// where the 360 values peak. These therefore decide: an angle at their peak is counter-clockwise, one at the mirror
+/// image of their peak is clockwise; one at both or none is taken as the line before.
 class KrakenRows {
 public:
     static constexpr std::size_t FixedFields = 17;
