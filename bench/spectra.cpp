@@ -1,5 +1,5 @@
-// How long a program in C++ takes to read all spectra of a recording, which the Python module is compared with. bench/run
-// calls it: spectra_bench FILE prints JSON.
+// How long a program in C++ takes to read all spectra of a recording, which the Python module is compared with.
+// bench/run calls it: spectra_bench FILE prints JSON.
 #include <chrono>
 #include <cmath>
 #include <cstdint>
@@ -18,7 +18,8 @@ int main(int count, char** arguments)
     RecTool::RecordingsOptions options;
     options.files = {arguments[1]};
     RecTool::Recordings recordings(options, 1);
-    const auto types = recordings.state() == RecTool::ExitCode::Fine ? recordings.takeTypes({"RFSPECTRUM"}) : std::nullopt;
+    const auto types =
+        recordings.state() == RecTool::ExitCode::Fine ? recordings.takeTypes({"RFSPECTRUM"}) : std::nullopt;
     if (!types) {
         return 1;
     }

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "bearingtable.h"
 #include "files.h"
 #include "levelseries.h"
 #include "plainvalues.h"
@@ -158,6 +159,32 @@ py::dict values(const std::vector<std::string>& files, const std::string& keywor
     return all;
 }
 
+py::dict bearings(const std::vector<std::string>& files, const std::string& keyword, const std::string& device,
+                  const std::string& from, const std::string& to)
+{
+    const Request request = makeRequest(files, keyword, device, from, to);
+    FoundBearings found;
+    {
+        const py::gil_scoped_release unlocked;
+        found = readBearings(request);
+    }
+    py::dict all;
+    all["keyword"] = pythonText(found.keyword);
+    all["device"] = pythonText(found.device);
+    all["start_us"] = found.startUs;
+    all["since_start_us"] = takenArray(std::move(found.sinceStartUs));
+    py::dict columns;
+    columns["frequency"] = takenArray(std::move(found.frequenciesHz));
+    columns["azimuth"] = takenArray(std::move(found.azimuthsDeg));
+    columns["elevation"] = takenArray(std::move(found.elevationsDeg));
+    columns["level"] = takenArray(std::move(found.levelsDb));
+    columns["quality"] = takenArray(std::move(found.qualities));
+    all["columns"] = columns;
+    all["not_understood"] = found.notUnderstood;
+    all["damage"] = pythonDamage(found.damage);
+    return all;
+}
+
 /// Records as tuples: ms of the axis or None, device, keyword, type number, file, bytes, value.
 class RecordTuples {
 public:
@@ -241,6 +268,7 @@ void addReading(py::module_& module)
     module.def("moment", &moment);
     module.def("spectra", &spectra);
     module.def("values", &values);
+    module.def("bearings", &bearings);
     module.def("state", &state);
     module.def("add_bookmark", &addBookmark, py::call_guard<py::gil_scoped_release>());
     module.def("remove_bookmark", &removeBookmark, py::call_guard<py::gil_scoped_release>());

@@ -71,10 +71,9 @@ void ValuesReader::refuseMap(values::ValueType kind) const
     using values::ValueType;
     if (kind == ValueType::LevelMap || kind == ValueType::BearingMap || kind == ValueType::FastBearingMap) {
         const std::string keyword = RecTool::oneLine(m_reading.keywordOf(m_types.front()));
-        throw Refusal(
-            RecTool::ExitCode::Usage, m_reading.recordings().file(),
-            keyword + " holds a value for each channel: " +
-                (kind == ValueType::LevelMap ? "spectra() gives its levels." : "records() gives its bearings."));
+        throw Refusal(RecTool::ExitCode::Usage, m_reading.recordings().file(),
+                      keyword + " holds a value for each channel: " +
+                          (kind == ValueType::LevelMap ? "spectra() gives its levels." : "bearings() gives them."));
     }
 }
 

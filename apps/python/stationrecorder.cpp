@@ -79,7 +79,7 @@ values::ChannelRange rangeOf(const std::vector<double>& channelsHz)
 {
     if (channelsHz.size() > 1) {
         const double step = (channelsHz.back() - channelsHz.front()) / static_cast<double>(channelsHz.size() - 1);
-        const auto even = values::ChannelRange::Even(channelsHz.front(), step, channelsHz.size());
+        auto even = values::ChannelRange::Even(channelsHz.front(), step, channelsHz.size());
         bool isEven = true;
         for (std::size_t i = 0; isEven && i < channelsHz.size(); ++i) {
             isEven = even.frequencyHz(i) == channelsHz[i];
@@ -95,6 +95,7 @@ values::ChannelRange rangeOf(const std::vector<double>& channelsHz)
 void requireKeyword(const std::string& keyword)
 {
     std::vector<std::string> known;
+    known.reserve(Recording2::RecordTypeTable.size());
     for (const Recording2::RecordType& type : Recording2::RecordTypeTable) {
         known.emplace_back(type.keyword);
     }
@@ -209,7 +210,13 @@ StationRecorder::StationRecorder(const StationOptions& options) : m_nowUs(option
         throw Refusal(ExitCode::CannotRead, options.folder, error.what());
     }
     noteFile();
-    afterChange();
+    if (m_files.empty() ||
+        !QFileInfo::exists(QString::fromStdString(m_files.back()))) {  // the recorder goes on all the same
+        m_station->stop();
+        m_station.reset();
+        throw Refusal(ExitCode::CannotRead, options.folder,
+                      "The recording could not begin: no file can be made there.");
+    }
 }
 
 StationRecorder::~StationRecorder()
@@ -299,15 +306,11 @@ void StationRecorder::noteFile()
 void StationRecorder::afterChange()
 {
     noteFile();
-    if (m_station->isRecording() && !m_files.empty()) {
-        return;
+    if (!m_station->isRecording()) {
+        close();
+        throw Refusal(ExitCode::CannotRead, m_files.back(),
+                      "Writing failed, and the recording was closed with what was accepted; is the disk full?");
     }
-    const std::string file = m_files.empty() ? std::string() : m_files.back();
-    close();
-    throw Refusal(ExitCode::CannotRead, file,
-                  m_files.empty() ? "The recording could not begin: no file can be made there."
-                                  : "Writing failed, and the recording was closed with what was accepted; is the disk "
-                                    "full?");
 }
 
 void StationRecorder::close()

@@ -3,6 +3,7 @@
 import datetime
 import os
 import signal
+import subprocess
 import threading
 import warnings
 
@@ -35,7 +36,7 @@ def test_spectra_are_those_that_rectool_exports(receiver, receiver_file, tmp_pat
     h5py = pytest.importorskip("h5py")
     try:
         rectool("export", "hdf5", receiver_file, "-o", tmp_path / "exported.h5")
-    except Exception:
+    except subprocess.CalledProcessError:
         pytest.skip("rectool is built without HDF5")
     with h5py.File(tmp_path / "exported.h5") as file:
         group = file["RFSPECTRUM/range_1"]
@@ -81,6 +82,29 @@ def test_bearings_are_those_that_rectool_shows(finder_file):
                          ("quality", "quality")):
         expected = [np.nan if cell is None or cell[name] is None else cell[name] for cell in shown["cells"]]
         assert np.array_equal(getattr(value, figure), np.array(expected), equal_nan=True)
+
+
+def test_all_bearings_are_those_that_rectool_maps(finder_file):
+    import json
+
+    bearings = recording2.open(finder_file).bearings()
+    assert len(bearings) > 50
+    try:
+        mapped = json.loads(rectool("map", finder_file, "--geojson"))
+    except subprocess.CalledProcessError:
+        pytest.skip("rectool is built without GeographicLib")
+    shown = [feature["properties"] for feature in mapped["features"]
+             if feature["geometry"]["type"] == "LineString"]
+    for ours, name in ((bearings.frequency, "frequencyHz"), (bearings.elevation, "elevationDeg"),
+                       (bearings.level, "levelDb"), (bearings.quality, "quality")):
+        assert ours.tolist() == [properties[name] for properties in shown]
+    true = [(azimuth + properties["headingDeg"]) % 360 for azimuth, properties in zip(bearings.azimuth, shown)]
+    assert np.allclose(true, [properties["azimuthDeg"] for properties in shown], atol=0.05)
+    assert bearings.times.astype("datetime64[ms]").tolist() == [
+        datetime.datetime.fromisoformat(properties["time"].rstrip("Z")) for properties in shown]
+    late = recording2.open(finder_file).bearings(start=5000)
+    assert np.array_equal(late.azimuth, bearings.azimuth[bearings.ms >= 5000])
+    assert bearings.to_pandas().columns.tolist() == ["frequency", "azimuth", "elevation", "level", "quality"]
 
 
 def test_the_state_is_the_one_that_rectool_shows(receiver, receiver_file):

@@ -88,7 +88,10 @@ def test_a_recorder_that_nobody_closes_is_closed(tmp_path):
     (dict(journal="disk"), 'journal: expected "process", "power" or "off"'),
     (dict(spectra={"RFSPECTRUM": []}), "expected the frequencies of one channel or more"),
     (dict(spectra={"RFSPECTRUM": [np.nan]}), "expected the frequencies of one channel or more"),
-    (dict(start=datetime.datetime(1970, 1, 1)), "recordings begin after 1970"),
+    (dict(start=datetime.datetime(1970, 1, 1)), "recordings begin from 1970"),
+    (dict(values={"DEVICENAME": "x"}), "DEVICENAME has an argument of its own: device"),
+    (dict(values={"LEVEL": 1}, spectra={"LEVEL": [1]}), "LEVEL is given as a value and as a spectrum"),
+    (dict(device_type="\u2192"), "a header has Latin-1 characters only"),
 ])
 def test_what_cannot_be_recorded_is_told_before_a_file_is_made(tmp_path, arguments, sentence):
     with pytest.raises(recording2.RequestError, match=sentence):
@@ -101,6 +104,11 @@ def test_a_folder_that_is_not_there_is_told(tmp_path):
         recording2.Recorder(tmp_path / "none", "RX")
 
 
+def test_a_folder_where_no_file_can_be_made_is_told():
+    with pytest.raises(recording2.FileError, match="cannot be written|no file can be made there"):
+        recording2.Recorder("/proc", "RX", values={"LEVEL": 1})
+
+
 def test_changes_that_cannot_be_are_told_and_the_recording_goes_on(tmp_path):
     with recording2.Recorder(tmp_path, "RX", values={"LEVEL": 1}, spectra={"IFSPECTRUM": [1e6, 2e6]}) as recorder:
         for change, sentence in ((lambda: recorder.set("FREQUENCY", 1), "was not given a value FREQUENCY"),
@@ -109,6 +117,7 @@ def test_changes_that_cannot_be_are_told_and_the_recording_goes_on(tmp_path):
                                  (lambda: recorder.spectrum("IFSPECTRUM", [1, 2, 3]), "has 2 channels: 3 levels"),
                                  (lambda: recorder.spectrum("IFSPECTRUM", [[1, 2]]), "found 2 dimensions"),
                                  (lambda: recorder.set("LEVEL", 2, at=-1), "expected milliseconds"),
+                                 (lambda: recorder.set("LEVEL", 2, at=1e30), "to the end of 2500"),
                                  (lambda: recording2.Recorder(tmp_path, "RX"), "close it first")):
             with pytest.raises(recording2.RequestError, match=sentence):
                 change()

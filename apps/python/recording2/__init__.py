@@ -6,6 +6,7 @@
     spectra = recording.spectra("RFSPECTRUM")           # times (n,), frequencies (m,) in Hz, levels (n, m) in dB
     spectra.levels.max(axis=0)                          # the highest level of each channel
     recording.values("FREQUENCY").to_pandas()           # every frequency that was set, with its time
+    recording.bearings().to_pandas()                    # every bearing that a direction finder took
     recording.state("bookmark:alarm")                   # what was in force at a moment
     recording.bookmarks.add(61500, "alarm")
 
@@ -33,9 +34,9 @@ from ._bookmarks import Bookmark, Bookmarks
 from ._core import Error, FileError, RequestError, __version__
 from ._recorder import Recorder
 from ._recording import Damage, DamageWarning, File, Record, Recording, State, Type, open
-from ._values import Bearings, Levels, Spectra, Values
+from ._values import BearingTable, Bearings, Levels, Spectra, Values
 
 __all__ = [
-    "Bearings", "Bookmark", "Bookmarks", "Damage", "DamageWarning", "Error", "File", "FileError", "Levels", "Record",
+    "BearingTable", "Bearings", "Bookmark", "Bookmarks", "Damage", "DamageWarning", "Error", "File", "FileError", "Levels", "Record",
     "Recorder", "Recording", "RequestError", "Spectra", "State", "Type", "Values", "__version__", "open",
 ]

@@ -17,6 +17,10 @@ At = Union[float, int, datetime.datetime, np.datetime64, None]
 Plain = Union[bool, float, int, str]
 
 
+_OWN_ARGUMENTS = {"DEVICENAME": "device", "DEVICETYPE": "device_type", "DEVICE_CAPTION": "caption"}
+_LATEST_US = 16_756_761_600_000_000  # the end of the year 2500
+
+
 class Recorder:
     """Makes a recording with the station's own recorder: the bytes are those of a recording of a real device.
 
@@ -55,9 +59,18 @@ class Recorder:
             raise _core.FileError(f"{folder}: The directory cannot be written.")
         if journal not in ("process", "power", "off"):
             raise _core.RequestError(f'journal: expected "process", "power" or "off", found {journal!r}.')
+        for name, text in (("device", device), ("device_type", device_type)):
+            if any(ord(character) > 0xFF for character in text):
+                raise _core.RequestError(f"{name}: a header has Latin-1 characters only, found {text!r}.")
+        names = [*(values or {}), *(spectra or {})]
+        for keyword in names:
+            if keyword in _OWN_ARGUMENTS:
+                raise _core.RequestError(f"{keyword} has an argument of its own: {_OWN_ARGUMENTS[keyword]}.")
+            if names.count(keyword) > 1:
+                raise _core.RequestError(f"{keyword} is given as a value and as a spectrum.")
         self._start_us = microseconds(start if start is not None else datetime.datetime.now(datetime.timezone.utc))
-        if self._start_us < 1_000_000:
-            raise _core.RequestError("start: recordings begin after 1970-01-01 00:00:01 UTC.")
+        if not 1_000_000 <= self._start_us < _LATEST_US:
+            raise _core.RequestError("start: recordings begin from 1970-01-01 00:00:01 UTC to the end of 2500.")
         plain = [(keyword, self._plain(keyword, value)) for keyword, value in (values or {}).items()]
         channels = [(keyword, self._channels(keyword, hz)) for keyword, hz in (spectra or {}).items()]
         self._core = _core.Recorder(folder, device, device_type, caption, journal, self._start_us, plain, channels)
@@ -83,10 +96,16 @@ class Recorder:
         if at is None:
             return self._core.now_us
         if isinstance(at, (datetime.datetime, np.datetime64)):
-            return max(microseconds(at), 0)
-        if not np.isfinite(at) or at < 0:
-            raise _core.RequestError(f"at: expected milliseconds since the start, found {at!r}.")
-        return self._start_us + round(float(at) * 1000)
+            us = microseconds(at)
+        elif isinstance(at, (int, float, np.integer, np.floating)) and not isinstance(at, bool):
+            if not np.isfinite(at) or at < 0:
+                raise _core.RequestError(f"at: expected milliseconds since the start, found {at!r}.")
+            us = self._start_us + round(float(at) * 1000)
+        else:
+            raise TypeError(f"at: expected milliseconds, a datetime or numpy.datetime64, found {type(at).__name__}")
+        if not 0 <= us < _LATEST_US:
+            raise _core.RequestError("at: recordings tell times to the end of 2500.")
+        return us
 
     def set(self, keyword: str, value: Plain, at: At = None) -> None:
         """Changes a plain value; the same value again is no change, and no record.

@@ -13,7 +13,7 @@ import numpy as np
 from . import _core
 from ._bookmarks import Bookmarks
 from ._times import Time, as_array, as_datetime, as_text
-from ._values import Bearings, Levels, Spectra, Values, from_core
+from ._values import BearingTable, Bearings, Levels, Spectra, Values, from_core
 
 Path = Union[str, bytes, "os.PathLike[str]"]
 Value = Union[float, bool, str, Levels, Bearings, None]
@@ -243,6 +243,19 @@ class Recording:
         since = found["since_start_us"]
         return Values(found["keyword"], found["device"], found["unit"], as_array(since, found["start_us"]),
                       since / _US_PER_MS, values)
+
+    def bearings(self, keyword: str = "DFSPECTRUM", start: Time = None, stop: Time = None, *,
+                 device: str | None = None) -> BearingTable:
+        """Every bearing that a direction finder took, as "rectool map" takes them: also one with the same result as the
+        one before, and none twice where a record repeats all channels.
+
+        start, stop, device: as for spectra(). Nothing in the span: arrays of length 0.
+        """
+        found = _core.bearings(self._paths, str(keyword), device or "", *self._span(start, stop))
+        self._warn(found, found["keyword"])
+        since = found["since_start_us"]
+        return BearingTable(found["keyword"], found["device"], as_array(since, found["start_us"]),
+                            since / _US_PER_MS, **found["columns"])
 
     def records(self, type: str | int | None = None, start: Time = None, stop: Time = None, *,
                 device: str | None = None, decode: bool = True) -> Iterator[Record]:

@@ -19,6 +19,8 @@ def microseconds(time: datetime.datetime | np.datetime64) -> int:
         zoned = time if time.tzinfo is not None else time.replace(tzinfo=datetime.timezone.utc)
         return (zoned - datetime.datetime(1970, 1, 1, tzinfo=datetime.timezone.utc)) // datetime.timedelta(
             microseconds=1)
+    if not isinstance(time, np.datetime64) or np.isnat(time):
+        raise TypeError(f"expected a datetime or numpy.datetime64, found {time!r}")
     return int(time.astype("datetime64[us]").astype(np.int64))
 
 

@@ -106,6 +106,41 @@ class Bearings:
         return f"<recording2.Bearings of {len(self.azimuth)} channels, measured {self.measured}>"
 
 
+@dataclasses.dataclass(frozen=True, eq=False)
+class BearingTable:
+    """Every bearing that a direction finder took, in the order of recording: n of them. nan: not measured."""
+
+    keyword: str
+    device: str
+    times: np.ndarray
+    """(n,) datetime64[us], UTC: when each was taken (timedelta64[us] where the start is not known)."""
+    ms: np.ndarray
+    """(n,) float64: the same in milliseconds since the start of the (first) recording."""
+    frequency: np.ndarray
+    """(n,) float64, Hz: of the channel."""
+    azimuth: np.ndarray
+    """(n,) float64, degrees from 0 to 360, relative to the antenna: add TRUEHEADING for true bearings."""
+    elevation: np.ndarray
+    """(n,) float64, degrees from -90 to 90."""
+    level: np.ndarray
+    """(n,) float64, dB."""
+    quality: np.ndarray
+    """(n,) float64, 0 to 100."""
+
+    def __len__(self) -> int:
+        return len(self.times)
+
+    def __repr__(self) -> str:
+        return f"<recording2.BearingTable {self.keyword} of {self.device}: {len(self.times)} bearings>"
+
+    def to_pandas(self) -> pandas.DataFrame:
+        """A row a bearing (index: time), the figures as columns."""
+        import pandas
+
+        columns = {name: getattr(self, name) for name in ("frequency", "azimuth", "elevation", "level", "quality")}
+        return pandas.DataFrame(columns, index=pandas.Index(self.times, name="time"))
+
+
 def from_core(value: object) -> object:
     """A value of the extension module as this package gives it."""
     if not isinstance(value, dict):
