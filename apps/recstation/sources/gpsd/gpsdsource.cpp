@@ -46,6 +46,7 @@ public:
         : PeerSource("gpsd", addressText(address), run),
           m_options(std::move(options)),
           m_address(std::move(address)),
+          m_sourceTime(run.sourceTime),
           m_lines(LongestGpsdReport),
           m_state(m_options.device, m_options.variationDeg)
     {
@@ -66,6 +67,7 @@ private:
 
     GpsdOptions m_options;
     Address m_address;
+    bool m_sourceTime;
     LineConnection m_lines;
     GpsdState m_state;
     GpsdFlood m_gate;
@@ -98,7 +100,8 @@ void GpsdSource::connect()
         throw ConnectionError(greeting ? "what answers there is no gpsd" : "no greeting of gpsd comes");
     }
     m_lines.send("?WATCH={\"enable\":true,\"json\":true};\n");
-    m_greeted = true;
+    // It is there, also when none of its devices has a fix. But of its times the first must be one.
+    m_greeted = !m_sourceTime;
 }
 
 Received GpsdSource::receive()
@@ -107,7 +110,7 @@ Received GpsdSource::receive()
     m_received = {systemTimeUs(), std::nullopt};
     if (std::exchange(m_greeted, false)) {
         m_change = {};
-        return m_received;  // it is there, also when none of its devices has a fix
+        return m_received;
     }
     for (int lines = 0; !m_state.hasChange() || (m_lines.holdsLine() && lines < MostAStep); ++lines) {
         const auto line = m_lines.next(m_state.silentAt().value_or(GpsdClock::now() + LongestGpsdQuiet));

@@ -88,8 +88,10 @@ std::optional<GpsdState::Time> GpsdState::silentAt() const
 
 void GpsdState::forget()
 {
-    m_fixes.device.reset();
-    m_attitudes.device.reset();
+    for (Use* use : {&m_fixes, &m_attitudes}) {
+        use->device.reset();
+        use->before.clear();
+    }
     m_variation = m_told;
     m_missingTold = false;
     m_trueHeading = false;

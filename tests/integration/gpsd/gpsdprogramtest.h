@@ -1,0 +1,66 @@
+// recstation while it runs, and peers of it on free ports of the loopback address.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <QProcess>
+
+#include "recordings.h"
+
+constexpr int gpsdPatienceMs = 60'000;
+
+/// Listens, takes one connection at a time, and says what the test says.
+class Peer {
+public:
+    Peer();
+    Peer(const Peer&) = delete;
+    Peer& operator=(const Peer&) = delete;
+    ~Peer();
+
+    [[nodiscard]] std::uint16_t port() const { return m_port; }
+    [[nodiscard]] bool accept();  ///< waits for a connection; one before is closed
+    void send(std::string_view bytes);
+    /// Waits until that came. @return false when it does not
+    [[nodiscard]] bool awaitText(const std::string& text);
+    void hangUp();
+
+private:
+    int m_listening = -1;
+    int m_connection = -1;
+    std::uint16_t m_port = 0;
+    std::string m_received;
+};
+
+/// Nobody listens there, as far as can be known.
+[[nodiscard]] std::uint16_t freePort();
+
+class GpsdProgramTest : public RecordingTest {
+protected:
+    static constexpr std::int32_t latitudeCode = 25;
+    static constexpr std::int32_t longitudeCode = 26;
+    static constexpr std::int32_t headingCode = 41;
+    static constexpr std::int32_t altitudeCode = 42;
+    static constexpr std::int32_t speedCode = 43;
+    static constexpr std::int32_t pitchCode = 44;
+    static constexpr std::int32_t rollCode = 45;
+
+    ~GpsdProgramTest() override;
+
+    /// Starts "recstation gpsd" with that peer.
+    void startProgram(std::uint16_t port, const QStringList& more = {});
+    /// Waits until the program has said that so many times; each turn does something.
+    [[nodiscard]] bool awaitMessage(const std::string& text, int times = 1, const std::function<void()>& turn = {});
+    /// Asks it to stop, as Ctrl-C does.
+    Result stopProgram();
+    [[nodiscard]] const std::string& messages() const { return m_messages; }
+    /// A recorded value's changes as gpsd prints them; "nan" where it became unknown.
+    [[nodiscard]] static std::vector<std::string> changes(const RecordedFile& file, std::int32_t code, int digits);
+
+private:
+    QProcess m_program;
+    std::string m_messages;
+};
