@@ -149,6 +149,9 @@ std::vector<std::string> bearingsSeeds()
         "date;time;station;latitude;longitude;altitude;frequency;azimuth\n"
         "2017-01-14;10:31;\"Lecce; north\";40.3;18.1;12;433.92;271.5\n2017-01-14;10:32:07.25;B;40.3;18.1;;100;NA\n"
         "2017-01-14;10:32;B;40.3;18.1;;433.92;12\r\n");
+    seeds.emplace_back(
+        "timestamp,frequency,azimuth\n2026-03-01T08:00:00.25Z,150,1\n1772352003.5,150,4\n1772352004500,1,5\n");
+    seeds.push_back(krakenSeeds().front());
     seeds.emplace_back("date,time,frequency,azimuth\n01/14/17,5:31,433.92,271.5\n01/15/17,05:31:07,100,0\n");
     return seeds;
 }

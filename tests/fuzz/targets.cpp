@@ -14,6 +14,7 @@ std::span<const Target> targets()
         Target{"feed", runFeed, feedSeeds},
         Target{"gpsd", runGpsd, gpsdSeeds},
         Target{"journal", runJournal, journalSeeds},
+        Target{"kraken", runKraken, krakenSeeds},
         Target{"maptext", runMapText, mapTextSeeds},
         Target{"nmea", runNmea, nmeaSeeds},
         Target{"plot", runPlot, plotSeeds},
