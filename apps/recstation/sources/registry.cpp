@@ -11,6 +11,9 @@ Offer offerIq;
 #if defined(RECSTATION_HAS_LIVE)
 Offer offerGpsd, offerKraken, offerRig;
 #endif
+#if defined(RECSTATION_HAS_RTLTCP)
+Offer offerRtlTcp;
+#endif
 
 std::vector<std::shared_ptr<OfferedSource>> offeredSources()
 {
@@ -18,6 +21,9 @@ std::vector<std::shared_ptr<OfferedSource>> offeredSources()
                                                        offerNmea()};
 #if defined(RECSTATION_HAS_IQ)
     all.push_back(offerIq());
+#endif
+#if defined(RECSTATION_HAS_RTLTCP)
+    all.push_back(offerRtlTcp());
 #endif
 #if defined(RECSTATION_HAS_LIVE)
     all.push_back(offerGpsd());

@@ -1,0 +1,39 @@
+// Checks and help of the options of receivers.
+#include "iqspectra/receiveroptions.h"
+
+#include <cmath>
+
+#include <CLI/CLI.hpp>
+
+#include <terminaltext/optionvalues.h>
+
+#include "iqspectra/spectrumoptions.h"
+
+namespace RecStation {
+
+void addReceiverOptions(CLI::App& command, ReceiverOptions& options)
+{
+    constexpr double HighestHz = 1e12;
+    constexpr double HighestDb = 200;
+    constexpr double LongestDwell = 3600;
+    command.add_option("--centre,--center", options.centreHz, "centre frequency, as 145.5M")
+        ->transform(TerminalText::inHertz(0, HighestHz));
+    command
+        .add_option("--rate", options.rateHz, "samples a second, as 2.4M: what the receiver can; the width of the band")
+        ->transform(TerminalText::inHertz(std::nextafter(0.0, 1.0), HighestHz, "more than 0 and at most 1e12"))
+        ->required();
+    command.add_option("--gain", options.gainDb, "gain in dB (default: the receiver's own control)")
+        ->transform(TerminalText::inUnit({"dB"}, -HighestDb, HighestDb));
+    command
+        .add_option("--hop", options.hopHz,
+                    "centre frequencies to receive in turn, as 100M,102M,104M: one panorama of all their bands")
+        ->delimiter(',')
+        ->transform(TerminalText::inHertz(0, HighestHz));
+    command
+        .add_option("--dwell", options.dwellSeconds,
+                    "how long each of them is received for a spectrum, as 20ms or 0.5s (default: 20 ms)")
+        ->transform(TerminalText::inSeconds(0, LongestDwell));
+    addSpectrumOptions(command, options);
+}
+
+}  // namespace RecStation

@@ -1,0 +1,244 @@
+// Spectra of a receiver's samples as they come, of one band or of several in turn.
+#include <algorithm>
+#include <cmath>
+#include <span>
+#include <utility>
+
+#include <vkbase/quonos.h>
+
+#include "attachedvalue.h"
+#include "input/usageerror.h"
+#include "iqspectra/frames.h"
+#include "iqspectra/hops.h"
+#include "iqspectra/receiver.h"
+#include "iqspectra/samplewatch.h"
+#include "iqspectra/spectrumvalues.h"
+#include "live/peersource.h"
+
+namespace RecStation {
+
+namespace {
+
+constexpr double DefaultDwellSeconds = 0.02;
+constexpr std::size_t MostChannels = 1'000'000;
+
+SpectrumPlan planOf(const ReceiverOptions& options)
+{
+    SpectrumPlan plan = makeSpectrumPlan(options, options.rateHz);
+    if (!options.hopHz.empty() && options.average == 0) {
+        plan.average = averageOver(options.dwellSeconds.value_or(DefaultDwellSeconds), options.rateHz, plan.advance);
+    }
+    return plan;
+}
+
+void checkTogether(const ReceiverDevice& device, const ReceiverOptions& options)
+{
+    const auto refuse = [&device](const char* sentence) {
+        throw UsageError(std::string(device.source) + ": " + sentence);
+    };
+    if (options.centreHz.has_value() != options.hopHz.empty()) {
+        refuse(options.hopHz.empty() ? "the centre frequency is not known: give --centre, or several with --hop"
+                                     : "--centre and --hop exclude each other: a receiver has one frequency at a time");
+    }
+    if (options.hopHz.empty() && options.dwellSeconds) {
+        refuse("--dwell says how long each frequency of --hop is received: there is none");
+    }
+    if (options.dwellSeconds && options.average > 0) {
+        refuse("--dwell and --average exclude each other: with --hop each dwell is one spectrum");
+    }
+    if (!options.hopHz.empty() && options.spectrum == "if") {
+        refuse("--hop makes a panorama, and --as if is the spectrum of one fixed frequency");
+    }
+    std::vector<double> sorted = options.hopHz;
+    std::sort(sorted.begin(), sorted.end());
+    if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) {
+        refuse("--hop names a frequency twice");
+    }
+    if (options.hopHz.size() * options.fftSize > MostChannels) {
+        refuse("--hop and --fft make more than 1000000 channels");
+    }
+}
+
+class ReceiverSource final : public PeerSource {
+public:
+    ReceiverSource(const ReceiverDevice& device, const ReceiverOptions& options, std::unique_ptr<IqReceiver> receiver,
+                   const SourceRun& run);
+
+    void prepare() override;
+    [[nodiscard]] QStringList spectra() const override
+    {
+        return {m_device.valuePath + QStringLiteral("/Scn/RfSpectrum"), QStringLiteral("/IfMapping")};
+    }
+
+protected:
+    void connect() override;
+    [[nodiscard]] Received receive() override;
+    void disconnect() noexcept override { m_receiver->close(); }
+    void apply() override;
+    void forget() override;
+    [[nodiscard]] SourceReport counts() const override;
+
+private:
+    [[nodiscard]] bool hops() const { return !m_options.hopHz.empty(); }
+    void tuneTo(std::size_t hop);
+    std::size_t read(char* buffer, std::size_t size);
+    void discard();
+    void note(std::size_t bytes);
+
+    ReceiverOptions m_options;
+    SpectrumDevice m_device;
+    SpectrumPlan m_plan;
+    HopLayout m_layout;
+    std::unique_ptr<IqReceiver> m_receiver;
+    FrameReader m_frames;
+    SampleWatch m_watch;
+    std::unique_ptr<SpectrumValues> m_values;
+    std::size_t m_hop = 0;          // that is received
+    std::uint64_t m_toDiscard = 0;  // bytes, before the next spectrum
+    IqFrame m_pending;              // to be shown
+    std::size_t m_pendingHop = 0;
+    std::uint64_t m_shown = 0;
+    std::uint64_t m_missing = 0;     // spectra whose samples never came
+    std::uint64_t m_shortTimes = 0;  // windows in which some did not
+};
+
+ReceiverSource::ReceiverSource(const ReceiverDevice& device, const ReceiverOptions& options,
+                               std::unique_ptr<IqReceiver> receiver, const SourceRun& run)
+    : PeerSource(device.source, device.peer, run),
+      m_options(options),
+      m_device{.name = forFileNames(device.name),
+               .type = device.type,
+               .valuePath = receiverOf(run.configuration).valuePath,
+               .ifSpectrum = options.spectrum == "if"},
+      m_plan(planOf(options)),
+      m_receiver(std::move(receiver)),
+      m_frames(
+          m_plan, m_receiver->format(), {}, [this](const QString& sentence) { say(sentence.toStdString()); },
+          StretchEnds::Usual),
+      m_watch(options.rateHz)
+{
+    if (hops()) {
+        m_layout = layOutHops(m_options.hopHz, m_options.rateHz, m_plan.fftSize);
+    }
+}
+
+void ReceiverSource::prepare()
+{
+    m_values = std::make_unique<SpectrumValues>(m_device);
+    if (hops()) {
+        m_values->setPanorama(m_layout.channels, m_layout.lowHz, m_layout.highHz, m_layout.stepHz);
+    } else {
+        m_values->setBand(*m_options.centreHz, m_options.rateHz, m_plan.fftSize);
+    }
+}
+
+void ReceiverSource::connect()
+{
+    m_receiver->open(m_options);
+    m_watch.begin(std::chrono::steady_clock::now());
+    tuneTo(0);
+}
+
+void ReceiverSource::tuneTo(std::size_t hop)
+{
+    m_hop = hop;
+    m_toDiscard =
+        m_receiver->tune(hops() ? m_options.hopHz[hop] : *m_options.centreHz) * sampleBytes(m_receiver->format());
+    m_frames.begin([this](char* buffer, std::size_t size) { return read(buffer, size); });
+}
+
+std::size_t ReceiverSource::read(char* buffer, std::size_t size)
+{
+    discard();
+    const std::size_t count = m_receiver->read(buffer, size);
+    note(count);
+    return count;
+}
+
+// Whole samples, so that what follows begins with one.
+void ReceiverSource::discard()
+{
+    constexpr std::size_t PieceSize = 65'536;
+    std::vector<char> piece(m_toDiscard > 0 ? PieceSize : 0);
+    while (m_toDiscard > 0) {
+        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(piece.size(), m_toDiscard));
+        const std::size_t count = m_receiver->read(piece.data(), wanted);
+        note(count);
+        m_toDiscard -= count;
+    }
+}
+
+void ReceiverSource::note(std::size_t bytes)
+{
+    constexpr std::uint64_t MostTold = 20;
+    if (m_options.hopHz.size() > 1) {
+        return;  // what came while it was tuned is thrown away unseen
+    }
+    m_watch.add(bytes / sampleBytes(m_receiver->format()));
+    const auto missing = m_watch.missing(std::chrono::steady_clock::now());
+    if (!missing) {
+        return;
+    }
+    const std::uint64_t perSpectrum = m_plan.average * m_plan.advance;
+    m_missing += std::max<std::uint64_t>(1, *missing / perSpectrum);
+    if (++m_shortTimes <= MostTold) {
+        say(std::to_string(*missing) +
+            " samples of the last ten seconds did not come: receiver, network or this "
+            "computer are too slow for this rate" +
+            (m_shortTimes == MostTold ? "; from here on that is only counted" : ""));
+    }
+}
+
+Received ReceiverSource::receive()
+{
+    for (;;) {
+        if (auto frame = m_frames.next()) {
+            m_pending = *std::move(frame);
+            m_pendingHop = m_hop;
+            const unsigned long long arrival = systemTimeUs();
+            if (m_options.hopHz.size() > 1) {
+                tuneTo((m_hop + 1) % m_options.hopHz.size());
+            }
+            return {arrival, std::nullopt};
+        }
+        // Samples are missing here: the next spectrum begins behind them.
+        m_frames.begin([this](char* buffer, std::size_t size) { return read(buffer, size); });
+    }
+}
+
+void ReceiverSource::apply()
+{
+    const unsigned long long time = QuonOS::Create()->CurrentTime();
+    if (hops()) {
+        const HopPart& part = m_layout.parts[m_pendingHop];
+        m_values->showPart(part.firstChannel, std::span(m_pending.levelsDb).subspan(part.firstBin, part.bins), time);
+    } else {
+        m_values->show(m_pending, time);
+    }
+    ++m_shown;
+}
+
+void ReceiverSource::forget()
+{
+    m_values->forget(QuonOS::Create()->CurrentTime());
+}
+
+SourceReport ReceiverSource::counts() const
+{
+    SourceReport report;
+    report.used = m_shown;
+    report.bad = m_frames.bad();
+    report.lost = m_missing + m_receiver->overruns();
+    return report;
+}
+
+}  // namespace
+
+std::unique_ptr<Source> makeReceiverSource(const ReceiverDevice& device, const ReceiverOptions& options,
+                                           std::unique_ptr<IqReceiver> receiver, const SourceRun& run)
+{
+    checkTogether(device, options);
+    return std::make_unique<ReceiverSource>(device, options, std::move(receiver), run);
+}
+
+}  // namespace RecStation

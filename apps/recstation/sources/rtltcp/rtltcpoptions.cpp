@@ -1,0 +1,44 @@
+// The options of the source "rtltcp" and the examples in its help.
+#include <CLI/CLI.hpp>
+
+#include <terminaltext/optionvalues.h>
+
+#include "iqspectra/receiveroptions.h"
+#include "sources/offeredsource.h"
+#include "sources/rtltcp/rtltcpreceiver.h"
+
+namespace RecStation {
+
+namespace {
+
+constexpr auto RtlTcpExamples = R"(
+Examples:
+  recstation -o recordings rtltcp 192.168.1.5 --centre 98.5M --rate 2.048M
+  recstation -o recordings rtltcp [::1]:1234 --centre 433.92M --rate 250k --gain 40 --as if
+  recstation -o recordings rtltcp localhost --hop 88M,90M,92M --rate 2.4M --dwell 50ms)";
+
+void addRtlTcpOptions(CLI::App& command, RtlTcpOptions& options)
+{
+    command.footer(RtlTcpExamples);
+    command.add_option("HOST:PORT", options.address, "an rtl_tcp server; without a port 1234")
+        ->required()
+        ->check(
+            TerminalText::acceptedIf([](const std::string& text) { return parseAddress(text, RtlTcpPort).has_value(); },
+                                     "an address such as 192.168.1.5:1234"));
+    addReceiverOptions(command, options);
+}
+
+}  // namespace
+
+std::shared_ptr<OfferedSource> offerRtlTcp()
+{
+    return std::make_shared<SourceWith<RtlTcpOptions>>(
+        SourceTraits{.name = "rtltcp",
+                     .description = "IQ samples of a receiver behind an rtl_tcp server, live",
+                     .turn = 1,
+                     .receives = true,
+                     .live = true},
+        addRtlTcpOptions, [](RtlTcpOptions options, const SourceRun& run) { return makeRtlTcpSource(options, run); });
+}
+
+}  // namespace RecStation

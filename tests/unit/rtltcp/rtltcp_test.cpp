@@ -1,0 +1,259 @@
+// The source "rtltcp" against a server with tones on the air: spectra, hops, losses, hostile servers.
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <values/maps.h>
+#include <values/tree.h>
+#include <values/value.h>
+
+#include "configuration.h"
+#include "input/usageerror.h"
+#include "iqspectra/hops.h"
+#include "iqspectra/samplewatch.h"
+#include "rtltcpserver.h"
+#include "sources/rtltcp/rtltcpprotocol.h"
+#include "sources/rtltcp/rtltcpreceiver.h"
+
+namespace {
+
+using RecStation::HopPart;
+using RecStation::layOutHops;
+using RecStation::SampleWatch;
+using RtlTcpTesting::Air;
+using RtlTcpTesting::Server;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Pair;
+using ReceivedLevels = values::FastValueMap<float, values::levelHandler>;
+
+constexpr double RateHz = 1'024'000;
+constexpr double QuarterDb = -12.04;  // of a tone of a quarter of full scale
+
+class RtlTcp : public testing::Test {
+protected:
+    RtlTcp()
+    {
+        m_options.rateHz = RateHz;
+        m_options.centreHz = 100e6;
+    }
+    void serve(const Air& air) { m_server = std::make_unique<Server>(air); }
+    void prepare()
+    {
+        m_source.reset();
+        if (m_server) {
+            m_options.address = "127.0.0.1:" + std::to_string(m_server->port());
+        }
+        RecStation::StationHooks hooks;
+        hooks.report = [this](const QString& sentence) { m_said.push_back(sentence.toStdString()); };
+        m_source = RecStation::makeRtlTcpSource(
+            m_options, {.configuration = m_configuration, .hooks = hooks, .splitGapUs = std::nullopt});
+        m_source->prepare();
+    }
+    void step(int times = 1)
+    {
+        for (int i = 0; i < times; ++i) {
+            const auto time = m_source->nextTime();
+            ASSERT_TRUE(time.has_value());
+            EXPECT_GE(*time, m_time);
+            m_time = *time;
+            m_source->step();
+        }
+    }
+    [[nodiscard]] const ReceivedLevels& spectrum() const
+    {
+        return dynamic_cast<const ReceivedLevels&>(*m_tree.Find(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum")));
+    }
+    [[nodiscard]] double number(const char* path) const
+    {
+        return dynamic_cast<const values::ValueNumeric<double>&>(*m_tree.Find(QString::fromLatin1(path))).GetValue();
+    }
+    [[nodiscard]] double levelAt(double hz) const
+    {
+        const auto cells = spectrum().GetCells();
+        const auto& range = spectrum().GetChannelRange();
+        std::size_t nearest = 0;
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            if (std::abs(range.frequencyHz(i) - hz) < std::abs(range.frequencyHz(nearest) - hz)) {
+                nearest = i;
+            }
+        }
+        return static_cast<double>(cells[nearest]);
+    }
+    std::string problem()
+    {
+        try {
+            prepare();
+        } catch (const RecStation::UsageError& error) {
+            return error.what();
+        }
+        return "no problem";
+    }
+
+    values::Tree m_tree;
+    RecStation::Configuration m_configuration = RecStation::loadConfigurationText(
+        RecStation::defaultConfigurationText(QStringLiteral(".")), QStringLiteral("built in"));
+    RecStation::RtlTcpOptions m_options;
+    std::unique_ptr<Server> m_server;
+    std::unique_ptr<RecStation::Source> m_source;
+    std::vector<std::string> m_said;
+    unsigned long long m_time = 0;
+};
+
+TEST_F(RtlTcp, ATonesSpectrumHasItsFrequencyAndLevel)
+{
+    serve({.tonesHz = {100.25e6}, .pace = 8});
+    m_options.gainDb = 28.5;
+    prepare();
+    EXPECT_TRUE(std::isnan(number("/LEVEL")));
+    step(3);
+    EXPECT_EQ(spectrum().GetCells().size(), 1024U);
+    EXPECT_NEAR(levelAt(100.25e6), QuarterDb, 0.1);
+    EXPECT_LT(levelAt(99.75e6), -60);
+    EXPECT_NEAR(number("/LEVEL"), QuarterDb, 0.1);
+    EXPECT_THAT(m_server->commands(), ElementsAre(Pair(2, 1'024'000), Pair(3, 1), Pair(4, 285), Pair(1, 100'000'000)));
+    EXPECT_EQ(m_source->report().used, 3U);
+    EXPECT_EQ(m_source->report().lost, 0U);
+}
+
+TEST_F(RtlTcp, HopsThatJoinMakeOnePanoramaWithoutSamplesOfTheFrequencyBefore)
+{
+    serve({.tonesHz = {100.25e6, 101.1e6, 102.3e6}, .pace = 8});
+    m_options.centreHz.reset();
+    m_options.hopHz = {100e6, 102.048e6, 101.024e6};
+    m_options.dwellSeconds = 0.01;
+    prepare();
+    step(1);
+    EXPECT_NEAR(levelAt(100.25e6), QuarterDb, 0.2);
+    EXPECT_TRUE(std::isnan(levelAt(101.1e6)));
+    for (int round = 0; round < 3; ++round) {
+        step(3);
+        EXPECT_EQ(spectrum().GetChannelRange(), values::ChannelRange::Even(100e6 - RateHz / 2, 1000, 3072));
+        for (const double toneHz : {100.25e6, 101.1e6, 102.3e6}) {
+            EXPECT_NEAR(levelAt(toneHz), QuarterDb, 0.2) << toneHz;
+        }
+        // Samples that are not of their band would show these tones as far from the centre of another.
+        for (const double elsewhereHz : {101.274e6, 102.298e6 - 0.4e6, 100.076e6, 101.1e6 + 0.3e6}) {
+            EXPECT_LT(levelAt(elsewhereHz), -50) << elsewhereHz;
+        }
+    }
+    EXPECT_EQ(m_tree.Find(QStringLiteral("/FREQUENCY")), nullptr);
+}
+
+TEST_F(RtlTcp, ALostServerLeavesAGapAndIsTriedAgain)
+{
+    serve({.tonesHz = {100.25e6}, .pace = 8});
+    prepare();
+    step(2);
+    const std::uint16_t port = m_server->port();
+    m_server.reset();
+    while (!std::isnan(levelAt(100.25e6))) {
+        step(1);
+    }
+    EXPECT_TRUE(std::isnan(number("/LEVEL")));
+    EXPECT_EQ(number("/FREQUENCY"), 100e6);
+    m_server = std::make_unique<Server>(Air{.tonesHz = {100.25e6}, .pace = 8}, port);
+    step(1);
+    EXPECT_NEAR(levelAt(100.25e6), QuarterDb, 0.1);
+    EXPECT_EQ(m_source->report().reconnects, 1U);
+    EXPECT_THAT(m_said, ElementsAre(HasSubstr("connection lost: "), HasSubstr("connected again")));
+    m_server->dropClient();
+    while (!std::isnan(levelAt(100.25e6))) {
+        step(1);
+    }
+    step(1);
+    EXPECT_EQ(m_source->report().reconnects, 2U);
+    EXPECT_EQ(m_server->clients(), 2);
+}
+
+TEST_F(RtlTcp, OptionsThatDoNotGoTogetherAreRefused)
+{
+    m_options.address = "127.0.0.1:1";
+    m_options.centreHz.reset();
+    EXPECT_EQ(problem(), "rtltcp: the centre frequency is not known: give --centre, or several with --hop");
+    m_options.hopHz = {100e6, 101e6, 100e6};
+    EXPECT_EQ(problem(), "rtltcp: --hop names a frequency twice");
+    m_options.hopHz = {100e6, 101e6};
+    m_options.spectrum = "if";
+    EXPECT_THAT(problem(), HasSubstr("--hop makes a panorama"));
+    m_options.spectrum = "rf";
+    m_options.average = 3;
+    m_options.dwellSeconds = 1;
+    EXPECT_THAT(problem(), HasSubstr("--dwell and --average exclude each other"));
+    m_options.average = 0;
+    m_options.centreHz = 1e6;
+    EXPECT_THAT(problem(), HasSubstr("--centre and --hop exclude each other"));
+    m_options.hopHz.clear();
+    EXPECT_THAT(problem(), HasSubstr("--dwell says how long"));
+    m_options.dwellSeconds.reset();
+    m_options.centreHz = 5e9;
+    EXPECT_THAT(problem(), HasSubstr("above 4.294967295 GHz"));
+    m_options.centreHz = 5e6;
+    m_options.address = "[::1";
+    EXPECT_THAT(problem(), HasSubstr("[::1 is no address"));
+}
+
+TEST(RtlTcpProtocol, AGreetingIsTwelveBytesOfTheRightBeginning)
+{
+    using namespace std::string_literals;
+    const auto greeting = RecStation::parseRtlTcpGreeting("RTL0\0\0\0\5\0\0\1\x1d"s);
+    ASSERT_TRUE(greeting.has_value());
+    EXPECT_EQ(RecStation::rtlTcpTunerName(greeting->tuner), "R820T");
+    EXPECT_EQ(greeting->gains, 285U);
+    EXPECT_EQ(RecStation::rtlTcpTunerName(0xFFFFFFFF), "tuner 4294967295");
+    for (const std::string& bytes : {""s, "RTL0"s, "RTL1\0\0\0\5\0\0\1\x1d"s, "RTL0\0\0\0\5\0\0\1\x1d\0"s}) {
+        EXPECT_FALSE(RecStation::parseRtlTcpGreeting(bytes).has_value());
+    }
+    EXPECT_THAT(RecStation::rtlTcpBytes(RecStation::RtlTcpCommand::Frequency, 0x01020304), ElementsAre(1, 1, 2, 3, 4));
+}
+
+TEST(Hops, BandsThatOverlapAreCutInTheMiddle)
+{
+    const auto layout = layOutHops({102e6, 101e6}, 2e6, 1000);
+    EXPECT_EQ(layout.channels, values::ChannelRange::Even(100e6, 2000, 1500));
+    EXPECT_EQ(layout.lowHz, 100e6);
+    EXPECT_EQ(layout.highHz, 103e6);
+    EXPECT_EQ(layout.parts[1].firstChannel, 0U);
+    EXPECT_EQ(layout.parts[1].firstBin, 0U);
+    EXPECT_EQ(layout.parts[1].bins, 750U);
+    EXPECT_EQ(layout.parts[0].firstChannel, 750U);
+    EXPECT_EQ(layout.parts[0].firstBin, 250U);
+    EXPECT_EQ(layout.parts[0].bins, 750U);
+}
+
+TEST(Hops, BandsThatDoNotJoinOrFallOnNoGridMakeAListOfChannels)
+{
+    const auto apart = layOutHops({100e6, 110e6}, 2e6, 16);
+    ASSERT_TRUE(apart.channels.isList());
+    EXPECT_EQ(apart.channels.size(), 32U);
+    EXPECT_EQ(apart.channels.channelsHz[15], 99e6 + 15 * 125e3);
+    EXPECT_EQ(apart.channels.channelsHz[16], 109e6);
+    const auto offGrid = layOutHops({100e6, 101.95e6}, 2e6, 16);
+    EXPECT_TRUE(offGrid.channels.isList());
+    EXPECT_TRUE(std::is_sorted(offGrid.channels.channelsHz.begin(), offGrid.channels.channelsHz.end()));
+}
+
+TEST(SampleWatch, FewerSamplesThanTheRatePromisesAreMissing)
+{
+    using std::chrono::seconds;
+    const SampleWatch::Time start;
+    SampleWatch watch(1000);
+    watch.begin(start);
+    watch.add(4000);
+    EXPECT_EQ(watch.missing(start + seconds(5)), std::nullopt);
+    watch.add(5900);
+    EXPECT_EQ(watch.missing(start + seconds(10)), std::nullopt);
+    watch.add(7000);
+    EXPECT_EQ(watch.missing(start + seconds(20)), 3000U);
+    watch.add(20'000);
+    EXPECT_EQ(watch.missing(start + seconds(30)), std::nullopt);
+}
+
+}  // namespace
