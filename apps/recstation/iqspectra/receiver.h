@@ -25,6 +25,7 @@ struct ReceiverOptions : SpectrumOptions {
     std::vector<double> hopHz;           ///< centres that are tuned to in turn, for one panorama of all
     std::optional<double> dwellSeconds;  ///< for each of them, without what is discarded after tuning
     std::optional<double> gainDb;        ///< nothing: the receiver's own control
+    QString valuePath = "/Devices/Rx1";  ///< of the receiver's recorder
 };
 
 /// The receiver of a source, used in the source's own thread only. Sources with peers have ways to fail

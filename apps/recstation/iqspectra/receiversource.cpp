@@ -108,7 +108,7 @@ ReceiverSource::ReceiverSource(const ReceiverDevice& device, const ReceiverOptio
       m_options(options),
       m_device{.name = forFileNames(device.name),
                .type = device.type,
-               .valuePath = receiverOf(run.configuration).valuePath,
+               .valuePath = options.valuePath,
                .ifSpectrum = options.spectrum == "if"},
       m_plan(planOf(options)),
       m_receiver(std::move(receiver)),
