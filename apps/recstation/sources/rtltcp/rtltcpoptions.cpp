@@ -38,7 +38,10 @@ std::shared_ptr<OfferedSource> offerRtlTcp()
                      .turn = 1,
                      .receives = true,
                      .live = true},
-        addRtlTcpOptions, [](RtlTcpOptions options, const SourceRun& run) { return makeRtlTcpSource(options, run); });
+        addRtlTcpOptions, [](RtlTcpOptions options, const SourceRun& run) {
+            options.valuePath = receiverOf(run.configuration).valuePath;
+            return makeRtlTcpSource(options, run);
+        });
 }
 
 }  // namespace RecStation
