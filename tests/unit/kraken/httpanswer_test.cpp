@@ -51,6 +51,10 @@ TEST(HttpAnswer, ARefusalIsToldWithItsReason)
 TEST(HttpAnswer, WhatIsTooLargeOrNoHttpIsRefused)
 {
     EXPECT_THROW(bodyOf("HTTP/1.1 200 OK\r\nContent-Length: 2000000\r\n\r\n", 1000), ConnectionError);
+    for (const std::size_t piece : {1U, 7U, 43U, 16'384U}) {
+        EXPECT_THROW(bodyOf("HTTP/1.1 200 OK\r\nContent-Length: 2000000\r\n\r\n" + std::string(2'000'000, 'x'), piece),
+                     ConnectionError);
+    }
     EXPECT_THROW(bodyOf("HTTP/1.1 200 OK\r\n\r\n" + std::string(2'000'000, 'x'), 10'000), ConnectionError);
     EXPECT_THROW(bodyOf("HTTP/1.1 200 OK\r\nX: " + std::string(100'000, 'x'), 10'000), ConnectionError);
     EXPECT_THROW(bodyOf(std::string(100'000, '\0'), 10'000), ConnectionError);
