@@ -17,6 +17,7 @@
 #include "input/usageerror.h"
 #include "iqspectra/hops.h"
 #include "iqspectra/samplewatch.h"
+#include "iqtesting.h"
 #include "rtltcpserver.h"
 #include "sources/rtltcp/rtltcpprotocol.h"
 #include "sources/rtltcp/rtltcpreceiver.h"
@@ -121,6 +122,34 @@ TEST_F(RtlTcp, ATonesSpectrumHasItsFrequencyAndLevel)
     EXPECT_THAT(m_server->commands(), ElementsAre(Pair(2, 1'024'000), Pair(3, 1), Pair(4, 285), Pair(1, 100'000'000)));
     EXPECT_EQ(m_source->report().used, 3U);
     EXPECT_EQ(m_source->report().lost, 0U);
+}
+
+TEST_F(RtlTcp, ASpectrumIsThatOfTheSamplesByTheDefinition)
+{
+    // A period is four samples, so that it does not matter where a spectrum begins. Two of them lie in the middle
+    // between two steps of cu8, which way they are rounded is seen below the bound.
+    serve({.tonesHz = {100.256e6}, .pace = 8});
+    prepare();
+    step(2);
+    const auto samples =
+        IqTesting::fromUnsignedBytes(IqTesting::asUnsignedBytes(IqTesting::tone(1024, 256, 1024, 0.25)));
+    const auto expected = IqTesting::spectrumByDefinition(samples, 0, 1024, 1024, 1, IqTesting::flatTopTerms());
+    const auto cells = spectrum().GetCells();
+    ASSERT_EQ(cells.size(), expected.size());
+    constexpr double Noise = -40;
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_NEAR(std::max(static_cast<double>(cells[i]), Noise), std::max(expected[i], Noise), 0.05) << i;
+    }
+}
+
+TEST_F(RtlTcp, AnotherServerIsToldAndTriedAgain)
+{
+    serve({.tonesHz = {100.25e6}, .pace = 8, .wrongGreetings = 1});
+    prepare();
+    step(1);
+    EXPECT_NEAR(levelAt(100.25e6), QuarterDb, 0.1);
+    EXPECT_THAT(m_said, ElementsAre(HasSubstr("it is no rtl_tcp server: it does not begin with RTL0; trying again"),
+                                    HasSubstr("connected")));
 }
 
 TEST_F(RtlTcp, HopsThatJoinMakeOnePanoramaWithoutSamplesOfTheFrequencyBefore)

@@ -87,6 +87,9 @@ void Server::serve(int client)
     m_input.clear();
     makeBlock();
     std::string greeting("RTL0\0\0\0\5\0\0\0\x1d", 12);
+    if (m_air.wrongGreetings-- > 0) {
+        greeting.assign(1'000'000, 'x');
+    }
     bool good = sendAll(client, greeting.data(), greeting.size());
     const auto begin = std::chrono::steady_clock::now();
     double due = 0;  // seconds

@@ -16,6 +16,7 @@ struct Air {
     double pace = 1;              ///< of the sample rate; 0: as fast as samples are taken
     /// What a real server has gathered, and sends after it was tuned: samples of the frequency before.
     std::uint64_t gathered = 131'072;
+    int wrongGreetings = 0;  ///< to so many clients it is something else than an rtl_tcp server
 };
 
 /// Serves one client after the other, on a port of its own of the loopback, until it goes.
