@@ -160,7 +160,7 @@ void Server::makeBlock()
         }
         const double periods = std::round(offsetHz / m_rateHz * BlockSamples);
         for (std::size_t n = 0; n < BlockSamples; ++n) {
-            const double angle = 2 * std::numbers::pi * periods * static_cast<double>(n) / BlockSamples;
+            const double angle = 2 * std::numbers::pi * periods * static_cast<double>(n) / BlockSamples + TonePhase;
             samples[n].first += m_air.amplitude * std::cos(angle);
             samples[n].second += m_air.amplitude * std::sin(angle);
         }

@@ -10,6 +10,9 @@
 
 namespace RtlTcpTesting {
 
+/// Of all tones at the beginning of a block: none crosses zero at a sample, where cu8 rounds either way.
+constexpr double TonePhase = 0.3;
+
 struct Air {
     std::vector<double> tonesHz;  ///< where on the air tones are, each of the amplitude
     double amplitude = 0.25;      ///< of full scale
