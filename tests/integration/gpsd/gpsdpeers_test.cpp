@@ -148,6 +148,24 @@ TEST_F(GpsdPeers, AFloodEndsWithTheNewest)
     EXPECT_LT(found.size(), 15'000U);
 }
 
+TEST_F(GpsdPeers, ASerialLineBesideItIsRecordedAtTheTimeOfArrivalAndAtOnce)
+{
+    connect({QStringLiteral("--duration"), QStringLiteral("3"), QStringLiteral("nmea"), QStringLiteral("-")});
+    const Result result = endProgram("$GPRMC,080000,A,5230.0000,N,01330.0000,E,10.0,90.0,211126,,,A\n");
+    ASSERT_EQ(result.exitCode, 0) << result.messages;
+    const RecordedFile file = readRecordedFile(result.path("receiver"));
+    EXPECT_THAT(changes(file, latitudeCode, 1), ElementsAre("52.5"));
+    constexpr unsigned long long soon = 2'000'000;  // and not at the end of the run
+    const unsigned long long arrival = file.numbers(latitudeCode).front().timeUs;
+    EXPECT_GE(arrival, file.startUs);
+    EXPECT_LT(arrival, file.startUs + soon);
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    constexpr unsigned long long minute = 60'000'000;
+    EXPECT_LT(
+        static_cast<unsigned long long>(std::chrono::duration_cast<std::chrono::microseconds>(now).count()) - arrival,
+        minute);
+}
+
 TEST_F(GpsdPeers, APeerThatIsNoGpsdIsTold)
 {
     startProgram(m_peer.port());

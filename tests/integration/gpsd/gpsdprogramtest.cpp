@@ -133,6 +133,14 @@ bool GpsdProgramTest::awaitMessage(const std::string& text, int times, const std
     return count() >= times;
 }
 
+RecordingTest::Result GpsdProgramTest::endProgram(const QByteArray& input)
+{
+    m_program.write(input);
+    EXPECT_TRUE(m_program.waitForFinished(gpsdPatienceMs));
+    return {m_program.exitCode(), m_program.readAllStandardError().toStdString(),
+            nlohmann::json::parse(m_program.readAllStandardOutput().toStdString(), nullptr, false)};
+}
+
 RecordingTest::Result GpsdProgramTest::stopProgram()
 {
     ::kill(static_cast<pid_t>(m_program.processId()), SIGINT);

@@ -54,6 +54,8 @@ protected:
     void startProgram(std::uint16_t port, const QStringList& more = {});
     /// Waits until the program has said that so many times; each turn does something.
     [[nodiscard]] bool awaitMessage(const std::string& text, int times = 1, const std::function<void()>& turn = {});
+    /// Gives it that on its standard input, which stays open, and waits for its own end.
+    Result endProgram(const QByteArray& input);
     /// Asks it to stop, as Ctrl-C does.
     Result stopProgram();
     [[nodiscard]] const std::string& messages() const { return m_messages; }

@@ -8,7 +8,6 @@
 
 #include <QDate>
 #include <QDateTime>
-#include <QFileInfo>
 
 #include <system/stopsignal.h>
 
@@ -62,7 +61,7 @@ NmeaLog::NmeaLog(const NmeaOptions& options, InputReport report, ArrivalClock no
       m_order("nmea", options.strict, options.splitGapUs),
       m_lines(openText(options.file), LongestSentence),
       m_clock(today(), options.fixWeekRollover),
-      m_live(now || isLive(options.file)),
+      m_live(now || isStream(options.file)),
       m_now(now ? std::move(now) : systemTime),
       m_byArrival(options.arrival),
       m_variation(options.variationDeg)
@@ -70,11 +69,6 @@ NmeaLog::NmeaLog(const NmeaOptions& options, InputReport report, ArrivalClock no
     if (const auto day = parseDay(options.date)) {
         m_clock.start(*day);
     }
-}
-
-bool NmeaLog::isLive(const std::string& file)
-{
-    return file == "-" || !QFileInfo(QString::fromStdString(file)).isFile();
 }
 
 std::optional<TimedFix> NmeaLog::next()

@@ -42,9 +42,6 @@ public:
     /// @param now when what arrives live does so; without it the system's time, and live is what is no file
     NmeaLog(const NmeaOptions& options, InputReport report, ArrivalClock now = {});
 
-    /// Whether lines come as they are measured, and not out of a file.
-    [[nodiscard]] static bool isLive(const std::string& file);
-
     /// Nothing at the end and when the process is to stop.
     /// @throws std::runtime_error when there is no time or no date to be found
     [[nodiscard]] std::optional<TimedFix> next();

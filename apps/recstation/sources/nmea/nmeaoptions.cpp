@@ -54,6 +54,7 @@ std::shared_ptr<OfferedSource> offerNmea()
 {
     const auto make = [](NmeaOptions options, const SourceRun& run) {
         options.splitGapUs = run.splitGapUs;
+        options.arrival = options.arrival || (run.live && !run.sourceTime);  // at once, not with the next second
         // Other sources name their devices themselves.
         options.valuePath = run.alone ? receiverOf(run.configuration).valuePath : QString();
         return makeNmeaSource(options, run.hooks.report);

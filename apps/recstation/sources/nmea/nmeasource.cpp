@@ -77,7 +77,7 @@ std::optional<unsigned long long> NmeaSource::unfinishedTime()
 
 std::optional<unsigned long long> NmeaSource::lastTime()
 {
-    if (NmeaLog::isLive(m_options.file) || m_options.arrival) {
+    if (isStream(m_options.file) || m_options.arrival) {
         return std::nullopt;
     }
     NmeaOptions options = m_options;
