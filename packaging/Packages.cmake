@@ -83,7 +83,12 @@ if(TARGET recording2_python)
 The module recording2 opens recordings of a radio-monitoring station, gives
 their spectra and values as numpy arrays, and writes new ones."
   )
-  set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.11), python3 (<< 3.12), python3-numpy")
+  math(EXPR next_python "${Python3_VERSION_MINOR} + 1")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+      "python3 (>= 3.${Python3_VERSION_MINOR}), python3 (<< 3.${next_python}), python3-numpy"
+  )
+  set(scripts "${CMAKE_CURRENT_LIST_DIR}/debian/python")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA "${scripts}/postinst" "${scripts}/prerm")
 endif()
 
 recording2_package(

@@ -2,10 +2,11 @@
 # Within a clean root: installs packages, uses them, removes them and sees that nothing is left. Usage: inroot.sh tools|dev
 set -euo pipefail
 
-# What package tools themselves note, and the user of the services, who may own recordings.
+# But for what package tools themselves note, the user of the services, who may own recordings, and what Python compiles of
+# other packages.
 everything() {
     find / -xdev \( -path /proc -o -path /dev -o -path /tmp -o -path /var/lib/dpkg -o -path /var/lib/apt -o -path /var/cache \
-        -o -path /var/log \) -prune -o -print | grep -vxE '/etc/(\.pwd\.lock|(passwd|group|shadow|gshadow)-?|ld\.so\.cache)' | sort
+        -o -path /var/log -o -path '*/__pycache__' ! -path '*/recording2/*' \) -prune -o -print | grep -vxE '/etc/(\.pwd\.lock|(passwd|group|shadow|gshadow)-?|ld\.so\.cache)' | sort
 }
 
 run() {
@@ -40,8 +41,9 @@ use_tools() {
     run rectool types ./*RX_1*.rec
     run recstation -q -o . sweep <(printf '2026-11-21, 08:00:00, 100, 140, 10, 20, 1, 2, 3, 4\n')
     run getent passwd recording2
-    if python3 -c 'import recording2' 2>/dev/null || [ -n "$(compgen -G '/tmp/debs/python3-recording2_*')" ]; then
-        run python3 -c 'import glob, recording2; help(recording2)'
+    if compgen -G '/tmp/debs/python3-recording2_*' >/dev/null; then
+        run python3 -c 'import recording2; print(recording2.open(".").files)'
+        said 'RX 1'
     fi
     use_archive
 }

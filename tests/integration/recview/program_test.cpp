@@ -137,6 +137,28 @@ TEST_F(RecviewProgram, WhatCannotBeReadIsToldInASentence)
     EXPECT_THAT(m_messages, HasSubstr("zelvo:///2026/night.rec"));
 }
 
+TEST_F(RecviewProgram, OpensThePageInTheBrowserWhereThatIsAskedFor)
+{
+    const QString opener = m_directory.filePath(QStringLiteral("xdg-open"));
+    QFile script(opener);
+    ASSERT_TRUE(script.open(QIODevice::WriteOnly));
+    script.write("#!/bin/sh\nprintf '%s' \"$1\" >opened.new && mv opened.new opened\n");
+    script.close();
+    ASSERT_TRUE(script.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+    QProcessEnvironment environment = m_process.processEnvironment();
+    environment.insert(QStringLiteral("PATH"), here() + ':' + environment.value(QStringLiteral("PATH")));
+    m_process.setProcessEnvironment(environment);
+    const QByteArray url = begin({QStringLiteral("--open")});
+    QFile opened(m_directory.filePath(QStringLiteral("opened")));
+    QElapsedTimer timer;
+    timer.start();
+    while (!opened.exists() && timer.elapsed() < PatienceMs) {
+        m_process.waitForReadyRead(1);
+    }
+    ASSERT_TRUE(opened.open(QIODevice::ReadOnly));
+    EXPECT_EQ(opened.readAll(), url);
+}
+
 TEST_F(RecviewProgram, WrongArgumentsAreToldInASentence)
 {
     EXPECT_EQ(run({}), 1);
