@@ -45,6 +45,7 @@ void runNmea(const std::string& input);
 void runPlot(const std::string& input);
 void runRecording(const std::string& input);
 void runRectool(const std::string& input);
+void runRig(const std::string& input);
 void runRequests(const std::string& input);
 void runSweep(const std::string& input);
 void runTimes(const std::string& input);
@@ -59,6 +60,7 @@ void runTimes(const std::string& input);
 [[nodiscard]] std::vector<std::string> plotSeeds();
 [[nodiscard]] std::vector<std::string> recordingSeeds();
 [[nodiscard]] std::vector<std::string> requestsSeeds();
+[[nodiscard]] std::vector<std::string> rigSeeds();
 [[nodiscard]] std::vector<std::string> sweepSeeds();
 [[nodiscard]] std::vector<std::string> timesSeeds();
 

@@ -23,6 +23,7 @@ std::span<const Target> targets()
 #if defined(FUZZ_REQUESTS)
         Target{"requests", runRequests, requestsSeeds},
 #endif
+        Target{"rig", runRig, rigSeeds},
         Target{"sweep", runSweep, sweepSeeds},
         Target{"times", runTimes, timesSeeds},
     };

@@ -113,6 +113,7 @@ std::shared_ptr<OfferedSource> offerBearings()
 {
     const auto make = [](BearingsOptions options, const SourceRun& run) {
         options.splitGapUs = run.splitGapUs;
+        options.live = run.live;
         options.valuePath = finderOf(run.configuration).valuePath;
         options.positionElsewhere = run.positionElsewhere;
         return makeBearingsSource(options, run.hooks.report);

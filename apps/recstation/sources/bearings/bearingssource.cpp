@@ -6,6 +6,7 @@
 
 #include <QLoggingCategory>
 
+#include "clock.h"
 #include "sources/bearings/bearinglog.h"
 #include "sources/bearings/bearingsvalues.h"
 
@@ -123,6 +124,9 @@ std::optional<unsigned long long> BearingsSource::nextTime()
 
 void BearingsSource::step()
 {
+    if (m_options.live) {
+        m_pending->time = stationTimeUs();
+    }
     m_values->show(*m_pending);
     m_pending.reset();
     ++m_shown;

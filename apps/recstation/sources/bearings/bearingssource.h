@@ -49,6 +49,7 @@ struct BearingsOptions {
     bool strict = false;                           ///< refuse a log with bad rows before anything is recorded
     std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back after them
     QString valuePath = "/Devices/Df1";
+    bool live = false;  ///< maps have the time of the step, not one of their own
 };
 
 /// Adds the positional FILE and the options to a command.

@@ -40,6 +40,7 @@ std::shared_ptr<OfferedSource> offerFeed()
 {
     const auto make = [](FeedOptions options, const SourceRun& run) {
         options.keepAt = options.keepAt || !run.alone;  // with others, every change has its own time
+        options.live = run.live;
         return makeFeedSource(options, run.hooks);
     };
     return std::make_shared<SourceWith<FeedOptions>>(

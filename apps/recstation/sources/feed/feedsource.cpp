@@ -10,6 +10,7 @@
 #include <values/tree.h>
 #include <vkbase/vkexception.h>
 
+#include "clock.h"
 #include "feedapply.h"
 #include "input/isotime.h"
 
@@ -137,7 +138,9 @@ void FeedSource::keepOrder(FeedLine& line)
 {
     auto* change = std::get_if<FeedChange>(&line.action);
     const auto* record = std::get_if<FeedRecord>(&line.action);
-    if (change != nullptr && change->ownTime) {
+    if (m_options.live && change != nullptr && change->ownTime) {
+        change->ownTime->us = stationTimeUs();
+    } else if (change != nullptr && change->ownTime) {
         const unsigned long long latest = m_order.take(change->ownTime->us, m_lines->number());
         m_handed = std::max({latest, m_handed, m_host.toldTime ? m_host.toldTime() : 0});
         change->ownTime->us = m_handed;

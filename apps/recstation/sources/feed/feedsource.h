@@ -21,6 +21,7 @@ struct FeedOptions {
     std::optional<unsigned long long> startTime;  ///< microseconds since 1970 UTC; nothing: the current time
     bool strict = false;                          ///< the first bad line ends the run
     bool keepAt = false;  ///< plain values are recorded at their own time, not at that of the map before them
+    bool live = false;    ///< maps have the time of the step, not one of their own
 };
 
 /// Bad lines are reported with their number (the first twenty), counted and passed over. Needs the value tree in force.

@@ -64,6 +64,7 @@ std::shared_ptr<OfferedSource> offerIq()
 {
     const auto make = [](IqOptions options, const SourceRun& run) {
         options.valuePath = receiverOf(run.configuration).valuePath;
+        options.live = run.live;
         const InputReport report = run.hooks.report;
         return makeIqSource(options, [report](const QString& sentence) { report(QStringLiteral("iq: ") + sentence); });
     };

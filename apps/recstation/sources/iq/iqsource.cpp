@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 
+#include "clock.h"
 #include "input/isotime.h"
 #include "iqspectra/spectrumvalues.h"
 #include "sources/iq/iqplan.h"
@@ -162,7 +163,7 @@ void IqSource::step()
     if (std::exchange(m_shownStretch, m_stretch) != m_stretch) {
         m_values->setBand(stretch().centreHz, m_plan.rateHz, m_plan.fftSize);
     }
-    m_values->show(*m_pending, m_latest);
+    m_values->show(*m_pending, m_options.live ? stationTimeUs() : m_latest);
     m_pending.reset();
     ++m_shown;
 }

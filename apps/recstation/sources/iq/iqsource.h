@@ -21,6 +21,7 @@ struct IqOptions : SpectrumOptions {
     bool centreHasUnit = false;      ///< it was given as 1090M or 1090 Hz, not as 1090
     std::string start;               ///< ISO 8601 time of the first sample; empty: by metadata, otherwise now
     QString valuePath = "/Devices/Rx1";
+    bool live = false;  ///< maps have the time of the step, not one of their own
 };
 
 /// Warns in the logging category "recstation.iq".

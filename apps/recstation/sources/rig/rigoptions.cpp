@@ -43,7 +43,8 @@ void addRigOptions(CLI::App& command, RigOptions& options)
     command.add_option("ADDRESS", options.address, "HOST or HOST:PORT of rigctld, whose port is 4532")
         ->check(acceptedIf(isRigAddress, "an address such as localhost:4532"))
         ->capture_default_str();
-    command.add_option("--interval", options.intervalSeconds, "Time between two questions, 10ms at least")
+    command
+        .add_option("--interval", options.intervalSeconds, "Time from an answer to the next question, 10ms at least")
         ->type_name("TIME")
         ->transform(TerminalText::inSeconds(Shortest, Longest))
         ->default_str("500ms");

@@ -106,9 +106,10 @@ Received RigSource::receive()
             return {m_arrivalUs, std::nullopt};
         }
     }
-    m_nextPoll = now() + std::chrono::microseconds(static_cast<std::int64_t>(m_options.intervalSeconds * 1e6));
     m_answers = m_client.ask();
     m_arrivalUs = systemTimeUs();
+    // From the answers on, so that there is time for packets however slow they come.
+    m_nextPoll = now() + std::chrono::microseconds(static_cast<std::int64_t>(m_options.intervalSeconds * 1e6));
     return {m_arrivalUs, std::nullopt};
 }
 

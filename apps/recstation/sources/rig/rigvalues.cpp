@@ -1,6 +1,7 @@
 // Making a receiver's values, and setting what it told.
 #include "sources/rig/rigvalues.h"
 
+#include <array>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -14,7 +15,12 @@ namespace {
 
 constexpr std::int32_t RigPanoramaScanKey = 5;
 constexpr double Unknown = std::numeric_limits<double>::quiet_NaN();
-constexpr std::size_t MostModes = 64;  // Hamlib knows about thirty
+constexpr std::size_t MostModes = 64;
+
+// Those of Hamlib's, each with its place as its key; others are added as they come.
+constexpr std::array RigModes = {"USB",     "LSB",     "CW",  "CWR",    "RTTY",   "RTTYR", "AM",
+                                 "FM",      "WFM",     "AMS", "PKTLSB", "PKTUSB", "PKTFM", "PKTAM",
+                                 "ECSSUSB", "ECSSLSB", "FA",  "SAM",    "SAL",    "SAH",   "DSB"};
 
 const QString UnknownMode = QStringLiteral("UNKNOWN");
 
@@ -25,13 +31,12 @@ void setKnown(const values::ValuePtr<values::ValueNumeric<double>>& value, doubl
     }
 }
 
-void selectItem(const values::ValuePtr<values::ValueSelection>& selection, const QString& name, double value,
-                std::int32_t key)
+void addItem(const values::ValuePtr<values::ValueSelection>& selection, const QString& name)
 {
-    if (!selection->Select(name)) {
-        selection->AddItem(std::make_unique<values::SelectionItem>(name, value, key).release());
-        selection->Select(name);
-    }
+    const std::size_t key = selection->GetItems().size();
+    selection->AddItem(
+        std::make_unique<values::SelectionItem>(name, static_cast<double>(key), static_cast<std::int32_t>(key))
+            .release());
 }
 
 }  // namespace
@@ -41,14 +46,26 @@ RigValues::RigValues(const QString& deviceName, const QString& valuePath, bool w
 {
     setText(valuePath + QStringLiteral("/Adm/DRIVERNAME"), forFileNames(deviceName));
     setText(valuePath + QStringLiteral("/Adm/DEVICE_TYPE"), QStringLiteral("Hamlib rigctld"));
-    attachValue(m_frequency, QStringLiteral("/FREQUENCY"));
+    const QString frequency = QStringLiteral("/FREQUENCY");
+    const bool told = values::Tree::Instance() != nullptr && values::Tree::Instance()->Find(frequency) != nullptr;
+    attachValue(m_frequency, frequency);
+    if (!told) {
+        m_frequency->SetValue(Unknown);
+    }
     attachValue(m_mode, valuePath + QStringLiteral("/Mon/DEMODULATION"));
+    addItem(m_mode, UnknownMode);
+    for (const char* mode : RigModes) {
+        addItem(m_mode, QLatin1String(mode));
+    }
     attachValue(m_bandwidth, valuePath + QStringLiteral("/Mon/BANDWIDTH"));
     attachValue(m_level, QStringLiteral("/LEVEL"));
     if (withSpectrum) {
         values::ValuePtr<values::ValueSelection> command;
         attachValue(command, valuePath + QStringLiteral("/Gen/DRVCOMMANDS"));
-        selectItem(command, QStringLiteral("Panorama scan"), RigPanoramaScanKey, RigPanoramaScanKey);
+        const QString scan = QStringLiteral("Panorama scan");
+        command->AddItem(
+            std::make_unique<values::SelectionItem>(scan, RigPanoramaScanKey, RigPanoramaScanKey).release());
+        command->Select(scan);
         attachValue(m_spectrum, m_scan + QStringLiteral("RfSpectrum"));
         for (const char* name : {"StartFreq", "StopFreq", "StepFreq", "StartLevel", "StopLevel"}) {
             setNumber(m_scan + QLatin1String(name), 0);  // the first spectrum tells
@@ -75,11 +92,18 @@ void RigValues::show(const RigAnswers& answers)
 
 void RigValues::showMode(const std::string& mode)
 {
-    const std::size_t known = m_mode->GetItems().size();
-    const QString name = mode.empty() || known > MostModes ? UnknownMode : QString::fromStdString(mode);
+    const QString name = mode.empty() ? UnknownMode : QString::fromStdString(mode);
     const values::SelectionItem* current = m_mode->GetCurrentItem();
-    if (current == nullptr || current->GetName() != name) {
-        selectItem(m_mode, name, static_cast<double>(known), static_cast<std::int32_t>(known));
+    if (current != nullptr && current->GetName() == name) {
+        return;
+    }
+    if (!m_mode->Select(name)) {
+        if (m_mode->GetItems().size() < MostModes) {
+            addItem(m_mode, name);
+        }
+        if (!m_mode->Select(name)) {
+            m_mode->Select(UnknownMode);
+        }
     }
 }
 

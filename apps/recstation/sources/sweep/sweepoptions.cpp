@@ -38,6 +38,7 @@ std::shared_ptr<OfferedSource> offerSweep()
 {
     const auto make = [](SweepOptions options, const SourceRun& run) {
         options.splitGapUs = run.splitGapUs;
+        options.live = run.live;
         options.valuePath = receiverOf(run.configuration).valuePath;
         return makeSweepSource(options, run.hooks.report);
     };

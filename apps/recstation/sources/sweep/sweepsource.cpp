@@ -9,6 +9,7 @@
 
 #include <system/stopsignal.h>
 
+#include "clock.h"
 #include "input/isotime.h"
 #include "input/linereader.h"
 #include "input/timeorder.h"
@@ -209,6 +210,9 @@ void SweepSource::step()
 {
     if (std::exchange(m_sweep.newLayout, false)) {
         m_values->setLayout(m_assembly.layout());
+    }
+    if (m_options.live) {
+        m_sweep.time = stationTimeUs();
     }
     m_values->show(m_sweep);
     m_sweepWaits = false;

@@ -21,6 +21,7 @@ struct SweepOptions {
     bool strict = false;                           ///< the first bad line ends the run
     std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back after them
     QString valuePath = "/Devices/Rx1";
+    bool live = false;  ///< maps have the time of the step, not one of their own
 };
 
 /// Warns in the logging category "recstation.sweep".

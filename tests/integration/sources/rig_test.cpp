@@ -1,0 +1,335 @@
+// A receiver behind the real rigctld, set by the real rigctl while it is recorded; and peers of the tests.
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <thread>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QStandardPaths>
+
+#include <gmock/gmock.h>
+
+#include <values/maps.h>
+#include <values/selection.h>
+#include <values/value.h>
+
+#include "recordings.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::SizeIs;
+using LevelMap = values::FastValueMap<float, values::levelHandler>;
+
+constexpr std::int32_t rfSpectrumCode = 1;
+constexpr std::int32_t bandwidthCode = 5;
+constexpr std::int32_t modulationCode = 6;
+constexpr std::int32_t levelCode = 36;
+constexpr std::int32_t frequencyCode = 46;
+constexpr int rigPatienceMs = 60'000;
+
+// Of the loopback address; free when it is asked for.
+int freePort(int kind)
+{
+    const int handle = ::socket(AF_INET, kind, 0);
+    sockaddr_in at{};
+    at.sin_family = AF_INET;
+    at.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof(at);
+    EXPECT_EQ(::bind(handle, reinterpret_cast<const sockaddr*>(&at), size), 0);
+    EXPECT_EQ(::getsockname(handle, reinterpret_cast<sockaddr*>(&at), &size), 0);
+    ::close(handle);
+    return ntohs(at.sin_port);
+}
+
+class RigTest : public RecordingTest {
+protected:
+    void SetUp() override
+    {
+        if (QStandardPaths::findExecutable(QStringLiteral("rigctld")).isEmpty()) {
+            GTEST_SKIP() << "rigctld is not installed (libhamlib-utils)";
+        }
+    }
+
+    ~RigTest() override
+    {
+        m_rigctld.kill();
+        m_rigctld.waitForFinished();
+    }
+
+    // Returns when it answers.
+    void startReceiver(const QStringList& options = {})
+    {
+        m_rigctld.setStandardErrorFile(QProcess::nullDevice());
+        m_rigctld.start(QStringLiteral("rigctld"),
+                        QStringList{QStringLiteral("-m"), QStringLiteral("1"), QStringLiteral("-T"),
+                                    QStringLiteral("127.0.0.1"), QStringLiteral("-t"), QString::number(m_port)} +
+                            options);
+        QElapsedTimer elapsed;
+        elapsed.start();
+        while (ask({QStringLiteral("f")}).isEmpty()) {
+            ASSERT_LT(elapsed.elapsed(), rigPatienceMs);
+        }
+    }
+
+    // What rigctl says, its lines.
+    [[nodiscard]] QStringList ask(const QStringList& command) const
+    {
+        QProcess rigctl;
+        rigctl.start(QStringLiteral("rigctl"),
+                     QStringList{QStringLiteral("-m"), QStringLiteral("2"), QStringLiteral("-r"), address()} + command);
+        EXPECT_TRUE(rigctl.waitForFinished(rigPatienceMs));
+        const QString output = QString::fromLatin1(rigctl.readAllStandardOutput());
+        return rigctl.exitCode() == 0 ? output.split(QLatin1Char('\n'), Qt::SkipEmptyParts) : QStringList();
+    }
+
+    // Returns when the recording that is being written has the text.
+    void awaitRecord(const QString& text) const
+    {
+        QElapsedTimer elapsed;
+        elapsed.start();
+        QString output;
+        while (!output.contains(text)) {
+            ASSERT_LT(elapsed.elapsed(), rigPatienceMs) << text.toStdString() << " is not in\n" << output.toStdString();
+            const QStringList files =
+                QDir(m_directory.path()).entryList({QStringLiteral("*.tmp"), QStringLiteral("*.rec")}, QDir::Files);
+            QProcess rectool;
+            rectool.setWorkingDirectory(m_directory.path());
+            rectool.start(QStringLiteral(RECTOOL), QStringList(QStringLiteral("cat")) + files);
+            rectool.waitForFinished(rigPatienceMs);
+            output = QString::fromUtf8(rectool.readAllStandardOutput());
+        }
+    }
+
+    void record(QProcess& process, const QStringList& options = {}) const
+    {
+        start(process, QStringList{QStringLiteral("-o"), QStringLiteral("."), QStringLiteral("rig"), address(),
+                                   QStringLiteral("--interval"), QStringLiteral("10ms")} +
+                           options);
+    }
+
+    static Result stop(QProcess& process)
+    {
+        process.terminate();
+        return finish(process);
+    }
+
+    [[nodiscard]] QString address() const { return QStringLiteral("127.0.0.1:%1").arg(m_port); }
+
+    int m_port = freePort(SOCK_STREAM);
+    QProcess m_rigctld;
+};
+
+// The texts of one keyword, in order.
+std::vector<std::string> textsOf(const RecordedFile& file, std::int32_t code)
+{
+    std::vector<std::string> texts;
+    for (const Record& record : file.records) {
+        if (record.code == code) {
+            texts.push_back(record.text);
+        }
+    }
+    return texts;
+}
+
+double numberOf(const std::string& text)
+{
+    values::ValueNumeric<double> number;
+    EXPECT_TRUE(number.ApplyRecordedState(text, 0, false)) << text;
+    return number.GetValue();
+}
+
+double frequencyOf(const std::string& text)
+{
+    values::ValueNumericWithOffset<double> number;
+    EXPECT_TRUE(number.ApplyRecordedState(text, 0, false)) << text;
+    return number.GetValue();
+}
+
+QString modeOf(const std::string& text)
+{
+    values::ValueSelection selection;
+    EXPECT_TRUE(selection.ApplyRecordedState(text, 0, false)) << text;
+    return selection.GetText();
+}
+
+TEST_F(RigTest, WhatRigctlSetsIsRecordedAsRigctlTellsIt)
+{
+    startReceiver();
+    QProcess process;
+    record(process);
+    std::vector<double> frequencies;
+    std::vector<QString> modes;
+    std::vector<double> bandwidths;
+    for (const auto& [hertz, mode, width] :
+         {std::tuple{"7100000", "USB", "2400"}, {"145500000", "FM", "15000"}, {"98300000", "WFM", "230000"}}) {
+        static_cast<void>(ask({QStringLiteral("F"), QLatin1String(hertz)}));
+        static_cast<void>(ask({QStringLiteral("M"), QLatin1String(mode), QLatin1String(width)}));
+        frequencies.push_back(ask({QStringLiteral("f")}).value(0).toDouble());
+        const QStringList told = ask({QStringLiteral("m")});
+        modes.push_back(told.value(0));
+        bandwidths.push_back(told.value(1).toDouble());
+        awaitRecord(told.value(0));
+        awaitRecord(QLatin1String(hertz));
+        awaitRecord(told.value(1));
+    }
+    const Result result = stop(process);
+    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    const RecordedFile file = readRecordedFile(result.path("receiver"));
+    std::vector<double> recorded;
+    for (const std::string& text : textsOf(file, frequencyCode)) {
+        recorded.push_back(frequencyOf(text));
+    }
+    ASSERT_GE(recorded.size(), 3U);
+    EXPECT_EQ(std::vector<double>(recorded.end() - 3, recorded.end()), frequencies);
+    std::vector<QString> recordedModes;
+    for (const std::string& text : textsOf(file, modulationCode)) {
+        recordedModes.push_back(modeOf(text));
+    }
+    EXPECT_EQ(recordedModes.front(), "UNKNOWN") << "until the receiver told it";
+    EXPECT_EQ(recordedModes.back(), modes.back());
+    EXPECT_EQ(numberOf(textsOf(file, bandwidthCode).back()), bandwidths.back());
+}
+
+TEST_F(RigTest, StrengthsAreDecibelsOverS9AndDbmOnlyWhenS9IsTold)
+{
+    startReceiver();
+    for (const double s9 : {0.0, -73.0}) {
+        QProcess process;
+        record(process, s9 == 0 ? QStringList() : QStringList{QStringLiteral("--s9"), QStringLiteral("-73dBm")});
+        awaitRecord(QStringLiteral("LEVEL       -"));
+        const Result result = stop(process);
+        for (const std::string& text : textsOf(readRecordedFile(result.path("receiver")), levelCode)) {
+            const double level = numberOf(text);  // the dummy's goes up and down around -54 to 30 dB over S9
+            EXPECT_TRUE(std::isnan(level) || (level - s9 > -80 && level - s9 < 60)) << level;
+            EXPECT_TRUE(std::isnan(level) || level == std::floor(level));
+        }
+        ASSERT_TRUE(QFile::remove(QString::fromStdString(result.path("receiver"))));
+    }
+}
+
+TEST_F(RigTest, AReceiverThatIsKilledLeavesAGapAndIsRecordedAgainWhenItIsBack)
+{
+    startReceiver();
+    QProcess process;
+    record(process);
+    awaitRecord(QStringLiteral("LEVEL       -"));
+    m_rigctld.kill();
+    m_rigctld.waitForFinished();
+    process.setReadChannel(QProcess::StandardError);
+    QByteArray messages;
+    while (!messages.contains("trying again")) {
+        ASSERT_TRUE(process.waitForReadyRead(rigPatienceMs));
+        messages += process.readAllStandardError();
+    }
+    startReceiver();
+    while (!messages.contains("connected again")) {
+        ASSERT_TRUE(process.waitForReadyRead(rigPatienceMs));
+        messages += process.readAllStandardError();
+    }
+    const Result result = stop(process);
+    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    EXPECT_EQ(result.summary["sources"][0]["reconnects"], 1);
+    const RecordedFile file = readRecordedFile(result.path("receiver"));
+    std::size_t unknown = 0;
+    for (const std::string& text : textsOf(file, modulationCode)) {
+        unknown += modeOf(text) == "UNKNOWN" ? 1U : 0U;
+    }
+    EXPECT_EQ(unknown, 2U) << "at the start, and in the gap";
+    for (const std::string& text : textsOf(file, frequencyCode)) {
+        EXPECT_NE(frequencyOf(text), 0) << "the frequency stays";
+    }
+}
+
+TEST_F(RigTest, ARigctldInVfoModeIsUnderstood)
+{
+    startReceiver({QStringLiteral("-o")});
+    QProcess process;
+    record(process);
+    awaitRecord(QStringLiteral("145000000"));
+    const Result result = stop(process);
+    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    EXPECT_EQ(result.summary["sources"][0]["lost"], 0) << result.messages;
+}
+
+// The example of Hamlib's README.multicast, shortened, with a level of its own in the first cell.
+QByteArray packet(int seq, int firstLevel)
+{
+    return QStringLiteral(
+               R"({"app": "Hamlib", "version": "4.5", "seq": %1, "crc": 0, "rig": {"id": "rig_id", "name": "IC-7300"},
+"vfos": [{"name": "VFOA", "freq": 3718000, "mode": "LSB", "width": 3000}],
+"spectra": [{"id": 0, "name": "Main", "type": "CENTER", "minLevel": 0, "maxLevel": 160, "minStrength": -80,
+"maxStrength": 0, "centerFreq": 3718000, "span": 50000, "lowFreq": 3693000, "highFreq": 3743000, "length": 5,
+"data": "%2"}]})")
+        .arg(seq)
+        .arg(QString::number(firstLevel, 16) + QStringLiteral("141D1BA0"))
+        .toLatin1();
+}
+
+TEST_F(RigTest, SpectraInPacketsAreRecordedAndMissingOnesCounted)
+{
+    startReceiver();
+    const int group = freePort(SOCK_DGRAM);
+    QProcess process;
+    record(process, {QStringLiteral("--multicast=127.0.0.1:%1").arg(group)});
+    awaitRecord(QStringLiteral("145000000"));  // it listens
+    const int sender = ::socket(AF_INET, SOCK_DGRAM, 0);
+    sockaddr_in to{};
+    to.sin_family = AF_INET;
+    to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    to.sin_port = htons(static_cast<std::uint16_t>(group));
+    const auto send = [&](const QByteArray& bytes) {
+        ::sendto(sender, bytes.constData(), static_cast<std::size_t>(bytes.size()), 0,
+                 reinterpret_cast<const sockaddr*>(&to), sizeof(to));
+    };
+    send("rubbish");
+    send(packet(109, 0x12));
+    send(packet(113, 0x50));
+    ::close(sender);
+    awaitRecord(QStringLiteral("3743000"));
+    awaitRecord(QStringLiteral("min -70"));
+    const Result result = stop(process);
+    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    EXPECT_EQ(result.summary["sources"][0]["lost"], 4) << "three missing, one of rubbish";
+    std::vector<std::vector<float>> spectra;
+    LevelMap map;
+    for (const std::string& text : textsOf(readRecordedFile(result.path("receiver")), rfSpectrumCode)) {
+        ASSERT_TRUE(map.ApplyRecordedState(text, 0, false));
+        if (map.GetTimeStamp() != 0) {
+            spectra.emplace_back(map.GetCells().begin(), map.GetCells().end());
+        }
+    }
+    EXPECT_THAT(spectra, ElementsAre(ElementsAre(-71, -70, -65.5, -66.5, 0), ElementsAre(-40, -70, -65.5, -66.5, 0)));
+}
+
+// A pipe that floods beside a receiver that is asked every 10 ms.
+TEST_F(RigTest, AFloodFromAPipeDoesNotKeepTheReceiverFromBeingRecorded)
+{
+    startReceiver();
+    QProcess process;
+    start(process, {QStringLiteral("-o"), QStringLiteral("."), QStringLiteral("--record"), QStringLiteral("receiver"),
+                    QStringLiteral("rig"), address(), QStringLiteral("--interval"), QStringLiteral("10ms"),
+                    QStringLiteral("feed")});
+    const QByteArray line = R"({"at": 0, "path": "/FLOOD", "create": "number", "value": 1})";
+    QByteArray lines = line + "\n";
+    for (int i = 0; i < 100'000; ++i) {
+        lines += i % 2 == 0 ? "{\"at\": 0, \"path\": \"/FLOOD\", \"set\": 2}\n" : "rubbish\n";
+    }
+    process.write(lines);
+    while (process.bytesToWrite() > 0) {
+        ASSERT_TRUE(process.waitForBytesWritten(rigPatienceMs));
+    }
+    awaitRecord(QStringLiteral("145000000"));
+    const Result result = stop(process);
+    ASSERT_THAT(result.summary["sources"], SizeIs(2));
+    const auto& rig = result.summary["sources"][1];
+    EXPECT_EQ(rig["name"], "rig");
+    // Three answers every 10 ms, less the time of asking; a flood that held it back would leave it a handful.
+    EXPECT_GT(rig["used"].get<double>() * 1000 / result.summary["recordedMs"].get<double>(), 20) << result.messages;
+}
+
+}  // namespace
