@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include <vkbase/vkexception.h>
+
 #include "bearingtable.h"
 #include "files.h"
 #include "levelseries.h"
@@ -65,6 +67,8 @@ void translate(std::exception_ptr thrown)
         std::rethrow_exception(std::move(thrown));
     } catch (const Refusal& refusal) {
         setError(refusal);
+    } catch (const VKException& error) {  // the recorder's
+        setError(Refusal(RecTool::ExitCode::CannotRead, {}, error.what()));
     } catch (const Interrupted&) {
         if (PyErr_Occurred() == nullptr) {
             PyErr_SetNone(PyExc_KeyboardInterrupt);

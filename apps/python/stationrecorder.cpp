@@ -221,8 +221,13 @@ StationRecorder::StationRecorder(const StationOptions& options) : m_nowUs(option
 
 StationRecorder::~StationRecorder()
 {
-    if (m_station != nullptr) {
+    if (m_station == nullptr) {
+        return;
+    }
+    try {
         m_station->stop();
+    } catch (const std::exception&) {  // nobody is there to be told; the recorder has traced it, and the file is left
+        m_station.reset();
     }
 }
 

@@ -102,7 +102,8 @@ class State:
 def open(path: Path | Iterable[Path]) -> Recording:
     """Opens a recording.
 
-    path: a ".rec" file; a directory, whose ".rec" files are put on one axis of time; or several of these. Recordings
+    path: a ".rec" file; a directory, whose ".rec" files (not those of directories in it; one that cannot be read is an
+    error that names it) are put on one axis of time; or several of these. Recordings
     of one device that follow each other, such as the parts of a long one, are taken as one.
 
     Raises FileError for what is no recording, cannot be read or was not closed yet ("rectool cat --follow" shows
