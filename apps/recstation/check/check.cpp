@@ -150,12 +150,13 @@ bool Check::isEnough(std::size_t index, std::size_t steps) const
 {
     constexpr std::uint64_t Spectra = 5;
     constexpr std::size_t Most = 5'000;
-    const std::size_t plain = m_live ? 5 : 100;  // live ones take their time
+    const std::size_t some = m_live ? 5 : 100;  // live ones take their time
     const QStringList& spectra = m_spectra[index];
-    const bool allShown = std::all_of(spectra.begin(), spectra.end(), [this, index](const QString& path) {
-        return m_probe.shown(index, path) >= Spectra;
-    });
-    return steps >= Most || (spectra.isEmpty() ? steps >= plain : allShown);
+    const auto shown =
+        std::count_if(spectra.begin(), spectra.end(),
+                      [this, index](const QString& path) { return m_probe.shown(index, path) >= Spectra; });
+    const bool all = shown == spectra.size();  // of those that it may show, some never do
+    return steps >= Most || ((all || shown > 0) && steps >= some) || (all && !spectra.isEmpty());
 }
 
 void Check::trySources()
@@ -190,9 +191,10 @@ void Check::noteSource(std::size_t index)
                                   .arg(m_options.checkSeconds);
         found.remarks.removeAll(found.problem);
     }
-    const QString prefix = found.name + QStringLiteral(": ");
-    if (found.problem.startsWith(prefix)) {
-        found.problem.remove(0, prefix.size());
+    for (const char* mark : {": ", " "}) {  // "nmea: ...", "rig 127.0.0.1:4532: ..."
+        if (found.problem.startsWith(found.name + QLatin1String(mark))) {
+            found.problem.remove(0, found.name.size() + static_cast<int>(qstrlen(mark)));
+        }
     }
 }
 

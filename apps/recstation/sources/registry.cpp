@@ -14,6 +14,9 @@ Offer offerGpsd, offerKraken, offerRig;
 #if defined(RECSTATION_HAS_RTLTCP)
 Offer offerRtlTcp;
 #endif
+#if defined(RECSTATION_HAS_SOAPY)
+Offer offerSoapy;
+#endif
 
 std::vector<std::shared_ptr<OfferedSource>> offeredSources()
 {
@@ -29,6 +32,9 @@ std::vector<std::shared_ptr<OfferedSource>> offeredSources()
     all.push_back(offerGpsd());
     all.push_back(offerKraken());
     all.push_back(offerRig());
+#endif
+#if defined(RECSTATION_HAS_SOAPY)
+    all.push_back(offerSoapy());
 #endif
     return all;
 }
