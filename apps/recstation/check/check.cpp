@@ -152,9 +152,9 @@ bool Check::isEnough(std::size_t index, std::size_t steps) const
     constexpr std::size_t Most = 5'000;
     const std::size_t some = m_live ? 5 : 100;  // live ones take their time
     const QStringList& spectra = m_spectra[index];
-    const auto shown =
-        std::count_if(spectra.begin(), spectra.end(),
-                      [this, index](const QString& path) { return m_probe.shown(index, path) >= Spectra; });
+    const auto shown = std::count_if(spectra.begin(), spectra.end(), [this, index](const QString& path) {
+        return m_probe.shown(index, path) >= Spectra;
+    });
     const bool all = shown == spectra.size();  // of those that it may show, some never do
     return steps >= Most || ((all || shown > 0) && steps >= some) || (all && !spectra.isEmpty());
 }

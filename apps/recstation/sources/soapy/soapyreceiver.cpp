@@ -16,8 +16,7 @@
 #include <SoapySDR/Logger.hpp>
 
 #include <system/stopsignal.h>
-
-#include "terminaltext/quantity.h"
+#include <terminaltext/quantity.h>
 
 namespace RecStation {
 
