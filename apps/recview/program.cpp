@@ -27,6 +27,7 @@
 
 #include "answers/answers.h"
 #include "commandline.h"
+#include "recordings/recordedfile.h"
 #include "rectool/archive/archivedfiles.h"
 #include "rectool/printing/output.h"
 #include "server/server.h"
@@ -87,9 +88,24 @@ std::string problemOf(const QString& path)
     return file.open(QIODevice::ReadOnly) ? "" : "The file cannot be read: " + file.errorString().toStdString() + '.';
 }
 
+/// Why a file shows nothing; empty for one that is a recording or is being written as one, and for a directory.
+std::string whyNotShown(const std::string& path)
+{
+    std::string problem;
+    const QFileInfo info(QString::fromStdString(path));
+    const bool mayBe =
+        !info.isFile() || info.suffix() == QLatin1String("tmp") || lookAtFile(path, path, problem) != nullptr;
+    return mayBe ? "" : problem;
+}
+
 bool areUsable(const std::vector<std::string>& paths)
 {
-    bool good = true;
+    const bool showsSomething =
+        std::any_of(paths.begin(), paths.end(), [](const std::string& path) { return whyNotShown(path).empty(); });
+    for (const std::string& path : showsSomething ? std::vector<std::string>() : paths) {
+        RecTool::complain(path, whyNotShown(path));
+    }
+    bool good = showsSomething;
     for (const std::string& path : paths) {
         if (const std::string problem = problemOf(QString::fromStdString(path)); !problem.empty()) {
             RecTool::complain(path, problem);

@@ -17,7 +17,7 @@ namespace RecTool {
 
 namespace {
 
-constexpr double MsPerSecond = 1000;
+constexpr double MsOfASecond = 1000;
 constexpr std::size_t MostEmissions = 250'000;
 
 /// Which sweeps are enough to learn the noise from. A window has many more than that.
@@ -82,10 +82,10 @@ EmissionRules rulesOf(const EmissionsOptions& options)
 {
     constexpr double Percent = 100;
     EmissionRules rules;
-    rules.gapMs = options.gapSeconds * MsPerSecond;
-    rules.unseenMs = options.unseenSeconds * MsPerSecond;
+    rules.gapMs = options.gapSeconds * MsOfASecond;
+    rules.unseenMs = options.unseenSeconds * MsOfASecond;
     rules.apartHz = options.apartHz;
-    rules.minDurationMs = options.minDurationSeconds * MsPerSecond;
+    rules.minDurationMs = options.minDurationSeconds * MsOfASecond;
     rules.minSweeps = options.minSweeps;
     rules.belowDb = options.belowDb;
     rules.partOfPower = options.percent / Percent;
@@ -211,7 +211,7 @@ FoundEmissions findEmissions(Recordings& recordings, const std::vector<Spectrum>
     }
     search.find();
     if (hasBearings(recordings) && !search.found().all.empty()) {
-        addBearings(recordings, options.gapSeconds * MsPerSecond, search.found().all);
+        addBearings(recordings, options.gapSeconds * MsOfASecond, search.found().all);
     }
     return std::move(search.found());
 }

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <iostream>
 #include <map>
+#include <mutex>
 #include <system_error>
 
 #include "text.h"
@@ -19,6 +20,12 @@ int firstError = 0;  // why standard output takes nothing any more
 
 thread_local Complaints* keptHere = nullptr;
 
+std::mutex& shownNamesMutex()
+{
+    static std::mutex mutex;
+    return mutex;
+}
+
 std::map<std::string, std::string>& shownNames()
 {
     static std::map<std::string, std::string> names;
@@ -29,6 +36,7 @@ std::map<std::string, std::string>& shownNames()
 
 const std::string& shownName(const std::string& path)
 {
+    const std::lock_guard lock(shownNamesMutex());
     const auto found = shownNames().find(path);
     return found == shownNames().end() ? path : found->second;
 }
@@ -40,7 +48,11 @@ std::string printedName(const std::string& path)
 
 void setShownName(const std::string& path, const std::string& name)
 {
-    shownNames()[path] = name;
+    const std::lock_guard lock(shownNamesMutex());
+    std::string& shown = shownNames()[path];
+    if (shown != name) {
+        shown = name;
+    }
 }
 
 Complaints::Complaints()

@@ -234,6 +234,10 @@ void Recordings::walk(const std::function<void(const PlacedRecord&)>& visit)
         }
         const double lengthMs = part.lengthMs();
         const auto place = [&](const Inspection::Record& record) {
+            constexpr std::uint64_t Often = 256;
+            if (m_isToStop && ++m_seen % Often == 0 && m_isToStop()) {
+                throw Stopped();
+            }
             const double measured = momentMs(record, part.summary.header.startMs);
             const double moment = part.offsetMs + (measured > lengthMs ? static_cast<double>(record.timeMs) : measured);
             if (record.timeMs != 0 && moment <= m_lastMs) {  // 0: its time is lost

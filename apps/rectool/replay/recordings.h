@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <recording2/inspection/inspection.h>
@@ -99,6 +100,9 @@ public:
     /// The bookmarks in the span, at the times of the axis.
     [[nodiscard]] std::vector<Recording2::Inspection::Bookmark> bookmarks() const;
 
+    /// Asked now and then while records are walked: whether to stop. walk throws Stopped then.
+    void stopWhen(std::function<bool()> isToStop) { m_isToStop = std::move(isToStop); }
+    struct Stopped {};
     /// One pass over the records, each device's in their order, except those whose time is lost or after the span.
     void walk(const std::function<void(const PlacedRecord&)>& visit);
 
@@ -138,6 +142,8 @@ private:
     bool m_toIsGiven = false;
     double m_lastMs = 0;  // what is measured later is not taken
     ExitCode m_state = ExitCode::Fine;
+    std::function<bool()> m_isToStop;
+    std::uint64_t m_seen = 0;  // records, of all passes
     Progress m_progress;
     std::size_t m_passes;
     std::size_t m_walked = 0;  // parts, in all passes

@@ -228,15 +228,21 @@ void printEmissions(const EmissionsOptions& options, const Recordings& recording
     if (!options.json) {
         return printEmissionTable(options, recordings, spectra, found);
     }
+    writeEmissionsJson(options, recordings, spectra, found, std::cout);
+}
+
+void writeEmissionsJson(const EmissionsOptions& options, const Recordings& recordings,
+                        const std::vector<Spectrum>& spectra, const FoundEmissions& found, std::ostream& out)
+{
     std::string head = dump(aboutEmissions(options, recordings, found), -1);
     head.pop_back();
-    std::cout << head << ",\"emissions\":[";
+    out << head << ",\"emissions\":[";
     const char* comma = "\n";
     for (const FoundEmission& emission : found.all) {
-        std::cout << comma << dump(emissionJson(recordings, spectra, emission), -1);
+        out << comma << dump(emissionJson(recordings, spectra, emission), -1);
         comma = ",\n";
     }
-    std::cout << "]}\n";
+    out << "]}\n";
 }
 
 std::size_t writeEmissionFeatures(const EmissionsOptions& options, const Recordings& recordings,

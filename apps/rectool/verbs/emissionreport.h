@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,10 @@ namespace RecTool {
 
 void printEmissions(const EmissionsOptions& options, const Recordings& recordings, const std::vector<Spectrum>& spectra,
                     const FoundEmissions& found);
+
+/// What is printed with --json.
+void writeEmissionsJson(const EmissionsOptions& options, const Recordings& recordings,
+                        const std::vector<Spectrum>& spectra, const FoundEmissions& found, std::ostream& out);
 
 /// Those with a position, one feature a line. @return how many have none
 std::size_t writeEmissionFeatures(const EmissionsOptions& options, const Recordings& recordings,

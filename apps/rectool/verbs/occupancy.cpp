@@ -7,9 +7,7 @@
 #include <optional>
 
 #include <terminaltext/quantity.h>
-#include <QDateTime>
 
-#include "analysis/noisefloor.h"
 #include "commandline/verb.h"
 #include "printing/output.h"
 #include "replay/spectra.h"
@@ -26,6 +24,21 @@ std::string trimmed(const std::string& text)
     return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
 }
 
+/// A name as CSV has it: in quotes, which are doubled within it, or as it is.
+std::string unquoted(const std::string& text)
+{
+    if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
+        return text;
+    }
+    std::string name;
+    for (std::size_t i = 1; i + 1 < text.size(); ++i) {
+        name += text[i];
+        const bool isDoubled = text[i] == '"' && text[i + 1] == '"' && i + 2 < text.size();
+        i += isDoubled ? 1U : 0U;
+    }
+    return name;
+}
+
 /// "FREQUENCY,WIDTH[,NAME]"; nothing when it is not.
 std::optional<NamedChannel> channelOfLine(const std::string& line)
 {
@@ -40,7 +53,7 @@ std::optional<NamedChannel> channelOfLine(const std::string& line)
     if (!hz || !widthHz) {
         return std::nullopt;
     }
-    return NamedChannel{*hz, *widthHz, second == std::string::npos ? "" : trimmed(line.substr(second + 1))};
+    return NamedChannel{*hz, *widthHz, second == std::string::npos ? "" : unquoted(trimmed(line.substr(second + 1)))};
 }
 
 /// @return nothing, told, when the file is none of channels
@@ -92,114 +105,6 @@ std::optional<std::vector<FrequencySpan>> bandsOf(const OccupancyOptions& option
     return bands;
 }
 
-ChannelNumbers::ChannelOf channelsOf(const OccupancyOptions& options, const std::vector<NamedChannel>& named)
-{
-    if (!named.empty()) {
-        return channelsOfList(named);
-    }
-    const ChannelNumbers::ChannelOf cells =
-        options.rasterHz > 0 ? channelsOfRaster(options.rasterHz) : [](double hz) { return hz; };
-    const double highest = options.highHz == 0 ? std::numeric_limits<double>::infinity() : options.highHz;
-    return [cells, low = options.lowHz, highest](double hz) {
-        return hz < low || hz > highest ? std::numeric_limits<double>::quiet_NaN() : cells(hz);
-    };
-}
-
-/// The hour of the day, or below 0 where nobody asks for it.
-int hourOf(const OccupancyOptions& options, std::uint64_t startMs, double momentMs)
-{
-    if (!options.byHour) {
-        return -1;
-    }
-    const auto ms = static_cast<qint64>(startMs) + static_cast<qint64>(momentMs);
-    const bool isLocal = options.time == "local";
-    return QDateTime::fromMSecsSinceEpoch(ms, isLocal ? Qt::LocalTime : Qt::UTC).time().hour();
-}
-
-/// The occupancy of one type, in one pass or, with a noise floor, in two.
-class Counting {
-public:
-    Counting(const OccupancyOptions& options, const ChannelNumbers::ChannelOf& channelOf,
-             const std::vector<FrequencySpan>& bands)
-        : m_options(options), m_occupancy(channelOf, bands)
-    {
-    }
-
-    [[nodiscard]] bool learn(const LevelMap& map, double momentMs)
-    {
-        const std::vector<std::uint32_t>* cells = m_cells.of(map.GetChannelRange());
-        if (cells != nullptr) {
-            m_floor.add(m_cells.frequencies(), *cells, map.GetCells(), momentMs);
-        }
-        return cells != nullptr;
-    }
-    void endLearning() { m_floor.end(m_cells.frequencies()); }
-    [[nodiscard]] bool count(const LevelMap& map, double momentMs, int hour)
-    {
-        if (m_options.hasThreshold) {
-            const auto threshold = static_cast<float>(m_options.thresholdDb);
-            return m_occupancy.add(map.GetChannelRange(), map.GetCells(), momentMs, hour,
-                                   [threshold](std::size_t /*cell*/, float level) { return level >= threshold; });
-        }
-        const std::vector<std::uint32_t>& cells = *m_cells.of(map.GetChannelRange());
-        const std::span<const float> floors = m_floor.at(momentMs);
-        const auto above = static_cast<float>(m_options.aboveDb);
-        return m_occupancy.add(map.GetChannelRange(), map.GetCells(), momentMs, hour,
-                               [&](std::size_t cell, float level) { return level >= floors[cells[cell]] + above; });
-    }
-    [[nodiscard]] const Occupancy& occupancy() const { return m_occupancy; }
-
-private:
-    const OccupancyOptions& m_options;
-    Occupancy m_occupancy;
-    ChannelNumbers m_cells{std::optional<FrequencySpan>(), Occupancy::MostChannels};
-    NoiseFloor m_floor;
-};
-
-/// @return nothing, told, when there are more channels than can be counted
-std::optional<std::vector<TypeOccupancy>> countAll(const OccupancyOptions& options, Recordings& recordings,
-                                                   const std::vector<Spectrum>& spectra,
-                                                   const std::vector<NamedChannel>& names,
-                                                   const std::vector<FrequencySpan>& bands)
-{
-    std::vector<Counting> all;
-    for (std::size_t i = 0; i < spectra.size(); ++i) {
-        all.emplace_back(options, channelsOf(options, names), bands);
-    }
-    bool isTooMuch = false;
-    const auto visit = [&](const auto& take) {
-        recordings.walk([&](const PlacedRecord& placed) {
-            for (std::size_t i = 0; i < spectra.size() && !isTooMuch; ++i) {
-                const LevelMap* map = placed.type == spectra[i].type ? placed.carriedLevels() : nullptr;
-                if (map != nullptr && !recordings.isBefore(placed.momentMs)) {
-                    isTooMuch = !take(all[i], *map, placed.momentMs);
-                }
-            }
-        });
-    };
-    if (!options.hasThreshold) {
-        visit([](Counting& counting, const LevelMap& map, double momentMs) { return counting.learn(map, momentMs); });
-        std::for_each(all.begin(), all.end(), [](Counting& counting) { counting.endLearning(); });
-    }
-    if (!isTooMuch) {
-        visit([&](Counting& counting, const LevelMap& map, double momentMs) {
-            return counting.count(map, momentMs, hourOf(options, recordings.startMs(), momentMs));
-        });
-    }
-    if (isTooMuch) {
-        return std::nullopt;
-    }
-    std::vector<TypeOccupancy> types;
-    for (std::size_t i = 0; i < spectra.size(); ++i) {
-        const Occupancy& counted = all[i].occupancy();
-        if (counted.sweeps() > 0) {
-            types.push_back({recordings.tracks()[spectra[i].type.track].device, spectra[i].keyword,
-                             spectra[i].type.code, counted.sweeps(), counted.channels(), counted.bands()});
-        }
-    }
-    return types;
-}
-
 /// Whether the options go together; told if not.
 bool isUsable(const OccupancyOptions& options)
 {
@@ -235,7 +140,7 @@ ExitCode occupancy(const OccupancyOptions& options)
     if (!spectra) {
         return ExitCode::Usage;
     }
-    const auto types = countAll(options, recordings, *spectra, *names, *bands);
+    const auto types = countOccupancy(options, recordings, *spectra, *names, *bands);
     if (!types) {
         return recordings.refuse("There are more than " + std::to_string(Occupancy::MostChannels) +
                                  " channels: take some with --low and --high, or wider ones with --raster.");

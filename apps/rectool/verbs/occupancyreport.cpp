@@ -61,7 +61,7 @@ std::string missingText(const OccupancyOptions& options, const ChannelOccupancy&
                          : "about " + duration(static_cast<std::uint64_t>(missing) / 1000 * 1000) + " more";
 }
 
-std::string nameOf(const std::vector<NamedChannel>& names, double hz)
+std::string channelName(const std::vector<NamedChannel>& names, double hz)
 {
     const auto found =
         std::find_if(names.begin(), names.end(), [hz](const NamedChannel& channel) { return channel.hz == hz; });
@@ -78,7 +78,7 @@ void printChannelTable(const OccupancyOptions& options, const TypeOccupancy& typ
         {"Channel", "Occupied", shortest(options.confidence) + " % from", "to", "Emissions", "Samples", "Revisit", ""});
     for (const ChannelOccupancy& channel : type.channels) {
         const Figures figures = figuresOf(channel.cycles, options.confidence);
-        std::string remark = nameOf(names, channel.hz);
+        std::string remark = channelName(names, channel.hz);
         const std::string missing = missingText(options, channel);
         remark += (remark.empty() || missing.empty() ? "" : ", ") + missing;
         table.add({frequency(channel.hz), twoDigits(figures.percent) + " %", twoDigits(figures.low),
@@ -153,7 +153,7 @@ void printCsv(const OccupancyOptions& options, const std::vector<TypeOccupancy>&
             const std::string hz = shortest(channel.hz);
             std::string named = begin;
             named.append(hz).append(1, ',').append(hz).append(1, ',');
-            named.append(csvText(nameOf(names, channel.hz))).append(1, ',');
+            named.append(csvText(channelName(names, channel.hz))).append(1, ',');
             std::string end = ",";
             end.append(shortest(channel.revisitMs())).append(1, ',').append(shortest(missingMs(options, channel)));
             printCsvLine(named, "", figuresOf(channel.cycles, options.confidence), channel.cycles.samples(),
@@ -186,11 +186,11 @@ Json cyclesJson(const OccupancyOptions& options, const Cycles& cycles)
             {"independentSamples", cycles.independentSamples()}};
 }
 
-Json channelJson(const OccupancyOptions& options, const ChannelOccupancy& channel,
-                 const std::vector<NamedChannel>& names)
+Json occupiedJson(const OccupancyOptions& options, const ChannelOccupancy& channel,
+                  const std::vector<NamedChannel>& names)
 {
     Json json = {{"frequencyHz", channel.hz}};
-    const std::string name = nameOf(names, channel.hz);
+    const std::string name = channelName(names, channel.hz);
     if (!name.empty()) {
         json["name"] = name;
     }
@@ -208,8 +208,10 @@ Json channelJson(const OccupancyOptions& options, const ChannelOccupancy& channe
     return json;
 }
 
-void printJson(const OccupancyOptions& options, const Recordings& recordings, const std::vector<TypeOccupancy>& types,
-               const std::vector<NamedChannel>& names)
+}  // namespace
+
+Json occupancyJson(const OccupancyOptions& options, const Recordings& recordings,
+                   const std::vector<TypeOccupancy>& types, const std::vector<NamedChannel>& names)
 {
     Json document = {{"files", Json::array()}, {"startMsSince1970", recordings.startMs()}};
     for (const std::string& file : options.files) {
@@ -221,7 +223,7 @@ void printJson(const OccupancyOptions& options, const Recordings& recordings, co
         Json json = {{"device", type.device}, {"keyword", type.keyword}, {"type", type.code}, {"sweeps", type.sweeps}};
         json["channels"] = Json::array();
         for (const ChannelOccupancy& channel : type.channels) {
-            json["channels"].push_back(channelJson(options, channel, names));
+            json["channels"].push_back(occupiedJson(options, channel, names));
         }
         json["bands"] = Json::array();
         for (const BandOccupancy& band : type.bands) {
@@ -235,16 +237,15 @@ void printJson(const OccupancyOptions& options, const Recordings& recordings, co
         }
         document["types"].push_back(std::move(json));
     }
-    std::cout << dump(document, 2) << '\n';
+    return document;
 }
-
-}  // namespace
 
 void printOccupancy(const OccupancyOptions& options, const Recordings& recordings,
                     const std::vector<TypeOccupancy>& types, const std::vector<NamedChannel>& names)
 {
     if (options.json) {
-        return printJson(options, recordings, types, names);
+        std::cout << dump(occupancyJson(options, recordings, types, names), 2) << '\n';
+        return;
     }
     if (options.csv) {
         return printCsv(options, types, names);

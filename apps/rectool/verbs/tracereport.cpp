@@ -155,25 +155,6 @@ std::string traceHead(const std::string& device, const std::string& keyword, std
     return "{\"device\":" + quoted(device) + ",\"keyword\":" + quoted(keyword) + ",\"type\":" + std::to_string(code);
 }
 
-void printTraceJson(const TraceOptions& options, const Recordings& recordings, const std::vector<Trace>& traces)
-{
-    std::cout << jsonHead(options, recordings);
-    const char* comma = "";
-    for (const Trace& trace : traces) {
-        std::cout << comma << traceHead(trace.device, trace.keyword, trace.code) << ",\"sweeps\":" << trace.sweeps
-                  << ",\"firstMs\":" << TerminalText::shortest(trace.firstMs)
-                  << ",\"lastMs\":" << TerminalText::shortest(trace.lastMs) << ",\"channels\":[";
-        comma = "";
-        for (const ChannelLevels& channel : trace.channels) {
-            std::cout << comma << '\n' << channelJson(options, channel);
-            comma = ",";
-        }
-        std::cout << "]}";
-        comma = ",";
-    }
-    std::cout << "]}\n";
-}
-
 void printSamples(const TraceOptions& options, const Recordings& recordings, const ChannelTrace& trace)
 {
     ClockText clock(timeFormOf(options.time), recordings.startMs());
@@ -194,10 +175,30 @@ void printSamples(const TraceOptions& options, const Recordings& recordings, con
 
 }  // namespace
 
+void writeTraceJson(const TraceOptions& options, const Recordings& recordings, const std::vector<Trace>& traces,
+                    std::ostream& out)
+{
+    out << jsonHead(options, recordings);
+    const char* comma = "";
+    for (const Trace& trace : traces) {
+        out << comma << traceHead(trace.device, trace.keyword, trace.code) << ",\"sweeps\":" << trace.sweeps
+            << ",\"firstMs\":" << TerminalText::shortest(trace.firstMs)
+            << ",\"lastMs\":" << TerminalText::shortest(trace.lastMs) << ",\"channels\":[";
+        comma = "";
+        for (const ChannelLevels& channel : trace.channels) {
+            out << comma << '\n' << channelJson(options, channel);
+            comma = ",";
+        }
+        out << "]}";
+        comma = ",";
+    }
+    out << "]}\n";
+}
+
 void printTraces(const TraceOptions& options, const Recordings& recordings, const std::vector<Trace>& traces)
 {
     if (options.json) {
-        return printTraceJson(options, recordings, traces);
+        return writeTraceJson(options, recordings, traces, std::cout);
     }
     if (options.csv) {
         return printTraceCsv(options, traces);

@@ -1,6 +1,7 @@
 // How traces are printed: as a table, as CSV and as JSON.
 #pragma once
 
+#include <iosfwd>
 #include <vector>
 
 #include "analysis/trace.h"
@@ -12,5 +13,9 @@ void printTraces(const TraceOptions& options, const Recordings& recordings, cons
 /// One channel against time. Each trace has a sample.
 void printChannelTraces(const TraceOptions& options, const Recordings& recordings,
                         const std::vector<ChannelTrace>& traces);
+
+/// What is printed with --json.
+void writeTraceJson(const TraceOptions& options, const Recordings& recordings, const std::vector<Trace>& traces,
+                    std::ostream& out);
 
 }  // namespace RecTool

@@ -38,6 +38,9 @@ constexpr std::array Endpoints{
     Endpoint{"/api/spectrum", answerSpectrum},
     Endpoint{"/api/channel", answerChannel},
     Endpoint{"/api/sweep", answerSweep},
+    Endpoint{"/api/trace", answerTrace},
+    Endpoint{"/api/emissions", answerEmissions},
+    Endpoint{"/api/occupancy", answerOccupancy},
     Endpoint{"/api/csv", answerCsv, false, true},
 };
 

@@ -78,6 +78,9 @@ void refuseUnfinished(const Context& context, const Timeline& timeline);
 [[nodiscard]] Response answerSpectrum(const Context& context, const Request& request);
 [[nodiscard]] Response answerChannel(const Context& context, const Request& request);
 [[nodiscard]] Response answerSweep(const Context& context, const Request& request);
+[[nodiscard]] Response answerTrace(const Context& context, const Request& request);
+[[nodiscard]] Response answerEmissions(const Context& context, const Request& request);
+[[nodiscard]] Response answerOccupancy(const Context& context, const Request& request);
 [[nodiscard]] Response answerCsv(const Context& context, const Request& request);
 
 }  // namespace RecView

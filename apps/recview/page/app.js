@@ -14,6 +14,7 @@ import * as cursor from './modules/cursor.js';
 import * as spectrum from './modules/spectrum.js';
 import * as tabs from './modules/tabs.js';
 import * as state from './modules/state.js';
+import * as answers from './modules/answers.js';
 import * as map from './modules/map.js';
 import * as polar from './modules/polar.js';
 import * as play from './modules/play.js';
@@ -21,7 +22,7 @@ import * as record from './modules/record.js';
 import * as status from './modules/status.js';
 import * as keys from './modules/keys.js';
 
-const panels = { toolbar, bookmarks, waterfall, values, channel, cursor, spectrum, tabs, state, map, polar, play, record, status };
+const panels = { toolbar, bookmarks, waterfall, values, channel, cursor, spectrum, tabs, state, answers, map, polar, play, record, status };
 
 function watchColumn() {
     const column = document.getElementById('time');

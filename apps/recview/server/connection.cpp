@@ -166,6 +166,7 @@ void Connection::work(Request&& request)
         Response response;
         if (!self->m_isGone) {
             try {
+                request.isGone = [&gone = self->m_isGone] { return gone.load(); };
                 response = self->m_site.handler(request);
             } catch (const std::exception& error) {
                 response = errorResponse({500, error.what()});

@@ -14,6 +14,8 @@ struct Request {
     std::string path;    ///< without the query
     std::map<std::string, std::string> query;
     std::string body;  ///< at most 64 KiB
+    /// Whether who asked does not want the answer any more; to be asked while it takes long. May be empty.
+    std::function<bool()> isGone{};
 };
 
 struct Response {

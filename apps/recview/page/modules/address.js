@@ -19,7 +19,7 @@ const fields = {
     type: number, from: milliseconds, to: milliseconds, low: hertz, high: hertz, at: milliseconds, hz: hertz,
     of: oneOf('max', 'mean', 'min'), map: oneOf('viridis', 'cividis', 'inferno', 'grey'),
     autoLevel: flag, levelLow: number, levelHigh: number, utc: flag, dark: flag, follow: flag, speed: number,
-    values: numbers, loop: numbers, panel: oneOf('state', 'map', 'polar'),
+    values: numbers, loop: numbers, panel: oneOf('state', 'answers', 'map', 'polar'),
 };
 const defaults = { ...model.get() };
 const always = ['type', 'from', 'to', 'low', 'high'];

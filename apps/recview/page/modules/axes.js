@@ -14,7 +14,7 @@ export function onLayout(callback) {
 /** Takes the column's whole width over. */
 export function layout(columnWidth) {
     const narrow = columnWidth < 560;
-    const next = { left: narrow ? 50 : 64, right: narrow ? 50 : 60 };
+    const next = { left: narrow ? 50 : 64, right: narrow ? 54 : 60 };
     next.width = Math.max(50, columnWidth - next.left - next.right);
     if (Object.keys(next).some((name) => next[name] !== geometry[name])) {
         Object.assign(geometry, next);

@@ -97,6 +97,7 @@ class Bookmarks {
                 marks.push({ x, bookmarks: [bookmark] });
             }
         }
+        this.margin.hidden = this.list.length === 0;
         this.margin.replaceChildren(...marks.map((mark, index) => {
             const { ms, text: first } = mark.bookmarks[0];
             const words = mark.bookmarks.length > 1 ? `${mark.bookmarks.length} bookmarks, first: ${first}` : first;

@@ -118,7 +118,7 @@ function draw() {
     const { type } = model.get();
     [canvas, handles.high, handles.low, auto].forEach((one) => { one.hidden = type === null; });
     const { levelLow, levelHigh, autoLevel } = model.get();
-    const left = x + width + (axes.geometry.right > 50 ? 8 : 4);
+    const left = x + width + (axes.geometry.right > 54 ? 8 : 4);
     place(canvas, left, y, axes.geometry.right - (left - x - width), height);
     place(handles.high, left - 3, y + toY(levelHigh) - 7, 18, 14);
     place(handles.low, left - 3, y + toY(levelLow) - 7, 18, 14);

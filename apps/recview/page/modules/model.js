@@ -25,7 +25,7 @@
  * @property {number} speed of playing
  * @property {number[]} values codes of the values under the waterfall
  * @property {?number[]} loop the span that is played again and again
- * @property {string} panel state, map or polar
+ * @property {string} panel state, answers, map or polar
  * @property {?object} record the one that is shown: {at, code, hz} to ask for, or {at, answer}
  */
 

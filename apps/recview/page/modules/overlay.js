@@ -4,14 +4,15 @@ import * as axes from './axes.js';
 import * as theme from './theme.js';
 
 let canvas;
-let box;
+let plotBox;
 let frame = null;
 const pointer = { at: null, box: null };
 const listeners = [];
+let boxes = [];
 
 /** Puts the surface over the waterfall; it takes pointer and keys. */
 export function create(container, theBox) {
-    box = theBox;
+    plotBox = theBox;
     canvas = document.createElement('canvas');
     canvas.className = 'overlay';
     canvas.tabIndex = 0;
@@ -52,6 +53,12 @@ export function select(corners) {
     draw();
 }
 
+/** What is framed: [{from, to, low, high}]. */
+export function box(all) {
+    boxes = all;
+    draw();
+}
+
 /** Draws with the next frame. */
 export function draw() {
     frame ??= requestAnimationFrame(drawNow);
@@ -61,7 +68,7 @@ function drawNow() {
     frame = null;
     const context = canvas.getContext('2d');
     const ratio = window.devicePixelRatio;
-    const inside = box();
+    const inside = plotBox();
     context.setTransform(ratio, 0, 0, ratio, 0, 0);
     context.clearRect(0, 0, canvas.clientWidth, canvas.clientHeight);
     context.save();
@@ -69,6 +76,7 @@ function drawNow() {
     context.rect(inside.x, inside.y - 18, inside.width, inside.height + 22);
     context.clip();
     loop(context, inside);
+    frames(context, inside);
     if (pointer.at !== null && pointer.box === null) {
         cross(context, inside, pointer.at.ms, pointer.at.hz, 0.35, [2, 3]);
     }
@@ -121,6 +129,24 @@ function loop(context, inside) {
     context.globalAlpha = 0.1;
     context.fillRect(left, inside.y, right - left, inside.height);
     context.globalAlpha = 1;
+}
+
+/** Frames with a dark edge, so large that they are seen. */
+function frames(context, inside) {
+    const least = 5;
+    const { low, high } = model.get();
+    const y = (hz) => inside.y + (high - hz) / (high - low) * inside.height;
+    for (const one of boxes) {
+        const [left, right] = [one.from, one.to].map(axes.timeToX);
+        const [top, bottom] = [one.high, one.low].map(y);
+        const width = Math.max(right - left, least);
+        const height = Math.max(bottom - top, least);
+        for (const [colour, line] of [['#000000b0', 3], ['#ffffff', 1]]) {
+            context.strokeStyle = colour;
+            context.lineWidth = line;
+            context.strokeRect((left + right - width) / 2, (top + bottom - height) / 2, width, height);
+        }
+    }
 }
 
 function rubber(context) {

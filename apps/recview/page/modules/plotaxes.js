@@ -36,6 +36,9 @@ function times(context, state, box) {
     const bottom = box.y + box.height;
     context.textAlign = 'center';
     context.textBaseline = 'top';
+    const zone = text.zone(state.from, state.utc);
+    const right = box.x + box.width + axes.geometry.right - 6;
+    const last = right - context.measureText(zone).width - 34;
     let free = -Infinity;
     for (const { ms, text: words, day } of axes.timeTicks(state.from, state.to, box.width, state.utc)) {
         const x = crisp(axes.timeToX(ms));
@@ -43,15 +46,15 @@ function times(context, state, box) {
         line(context, x, bottom + 1, x, bottom + 5);
         context.fillStyle = theme.colour('text');
         context.fillText(words, x, bottom + 7);
-        if (day !== null && day !== words && x - 32 > free) {
+        if (day !== null && day !== words && x - 32 > free && x < last) {
             context.fillStyle = theme.colour('dim');
             context.fillText(day, x, bottom + 21);
             free = x + 34;
         }
     }
-    context.textAlign = 'left';
+    context.textAlign = 'right';
     context.fillStyle = theme.colour('dim');
-    context.fillText(text.zone(state.from, state.utc), box.x + box.width + 8, bottom + 21);
+    context.fillText(zone, right, bottom + 21);
 }
 
 function frequencies(context, state, box) {

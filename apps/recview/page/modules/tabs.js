@@ -1,7 +1,7 @@
-// State, map and polar view in one place; map and polar view only where there are bearings.
+// State, answers, map and polar view in one place: answers only where there are spectra, map and polar view where there are bearings.
 import * as model from './model.js';
 
-const names = ['state', 'map', 'polar'];
+const names = ['state', 'answers', 'map', 'polar'];
 
 /** Fills its container. */
 export function create(container) {
@@ -22,9 +22,10 @@ export function create(container) {
     });
     const show = () => {
         const { panel, recording } = model.get();
-        const chosen = recording?.hasBearings || recording === null ? panel : 'state';
+        const has = { state: true, answers: recording?.spectra.length > 0, map: recording?.hasBearings, polar: recording?.hasBearings };
+        const chosen = has[panel] || recording === null ? panel : 'state';
         tabs.forEach((tab, index) => {
-            tab.hidden = index > 0 && !recording?.hasBearings;
+            tab.hidden = !has[names[index]];
             tab.setAttribute('aria-selected', String(names[index] === chosen));
             tab.tabIndex = names[index] === chosen ? 0 : -1;
             document.getElementById(names[index]).hidden = names[index] !== chosen;
