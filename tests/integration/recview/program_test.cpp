@@ -137,6 +137,16 @@ TEST_F(RecviewProgram, WhatCannotBeReadIsToldInASentence)
     EXPECT_THAT(m_messages, HasSubstr("zelvo:///2026/night.rec"));
 }
 
+TEST_F(RecviewProgram, FilesOfWhichNoneIsARecordingAreToldAndNothingIsServed)
+{
+    QFile text(here() + QStringLiteral("/notes.txt"));
+    ASSERT_TRUE(text.open(QIODevice::WriteOnly));
+    text.write("no recording\n");
+    text.close();
+    EXPECT_EQ(run({text.fileName()}), 2);
+    EXPECT_EQ(m_messages, "recview: " + text.fileName().toStdString() + ": This is not a recording.\n");
+}
+
 TEST_F(RecviewProgram, OpensThePageInTheBrowserWhereThatIsAskedFor)
 {
     const QString opener = m_directory.filePath(QStringLiteral("xdg-open"));
