@@ -8,8 +8,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include <vkbase/quonos.h>
-
+#include "clock.h"
 #include "live/peersource.h"
 #include "sources/bearings/bearingsvalues.h"
 #include "sources/kraken/httpfetch.h"
@@ -54,7 +53,7 @@ protected:
         m_answered = false;
     }
     void apply() override;
-    void forget() override { m_values->forget(QuonOS::Create()->CurrentTime()); }
+    void forget() override { m_values->forget(stationTimeUs()); }
     [[nodiscard]] SourceReport counts() const override;
 
 private:
@@ -138,7 +137,7 @@ void KrakenSource::apply()
         return;
     }
     constexpr double Unknown = std::numeric_limits<double>::quiet_NaN();
-    m_bearing->time = QuonOS::Create()->CurrentTime();
+    m_bearing->time = stationTimeUs();
     if (m_options.noPosition) {
         m_bearing->latitudeDeg = m_bearing->longitudeDeg = Unknown;
     }

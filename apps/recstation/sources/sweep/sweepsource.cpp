@@ -160,7 +160,7 @@ void SweepSource::takeSweep()
     m_latest = notBefore(m_latest, m_sweep.time, m_options.splitGapUs);
     m_sweep.time = m_latest;
     m_sweepWaits = true;
-    if (first) {
+    if (first && !m_options.live) {  // when nextTime may not touch the tree
         // The channels are there before any recording starts.
         m_values->setLayout(m_assembly.layout());
         m_sweep.newLayout = false;
