@@ -72,7 +72,7 @@ archive."
   )
   set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "systemd | systemd-standalone-sysusers | systemd-sysusers")
   set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "fonts-dejavu-core, xdg-utils")
-  set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "recording2-doc, libqt5sql5-psql")
+  set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "recording2-doc, libqt5sql5-psql, libhamlib-utils, gpsd, soapysdr-module-all, rtl-sdr")
   set(scripts "${CMAKE_CURRENT_LIST_DIR}/debian/tools")
   set(CPACK_DEBIAN_TOOLS_PACKAGE_CONTROL_EXTRA "${scripts}/postinst" "${scripts}/prerm" "${scripts}/postrm")
 endif()
