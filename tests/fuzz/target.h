@@ -47,6 +47,7 @@ void runRecording(const std::string& input);
 void runRectool(const std::string& input);
 void runRig(const std::string& input);
 void runRequests(const std::string& input);
+void runSamples(const std::string& input);
 void runSweep(const std::string& input);
 void runTimes(const std::string& input);
 [[nodiscard]] std::vector<std::string> bearingsSeeds();
@@ -61,6 +62,7 @@ void runTimes(const std::string& input);
 [[nodiscard]] std::vector<std::string> recordingSeeds();
 [[nodiscard]] std::vector<std::string> requestsSeeds();
 [[nodiscard]] std::vector<std::string> rigSeeds();
+[[nodiscard]] std::vector<std::string> samplesSeeds();
 [[nodiscard]] std::vector<std::string> sweepSeeds();
 [[nodiscard]] std::vector<std::string> timesSeeds();
 

@@ -24,6 +24,9 @@ std::span<const Target> targets()
         Target{"requests", runRequests, requestsSeeds},
 #endif
         Target{"rig", runRig, rigSeeds},
+#if defined(FUZZ_SAMPLES)
+        Target{"samples", runSamples, samplesSeeds},
+#endif
         Target{"sweep", runSweep, sweepSeeds},
         Target{"times", runTimes, timesSeeds},
     };

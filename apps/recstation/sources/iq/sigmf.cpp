@@ -73,7 +73,7 @@ std::uint64_t countOf(const json& parent, const std::string& key)
     if (found == parent.end()) {
         return 0;
     }
-    constexpr std::uint64_t Most = std::uint64_t{1} << 56U;  // no sum of a few of them, in bytes, overflows
+    constexpr std::uint64_t Most = std::uint64_t{1} << 43U;  // no sum of a million of them overflows
     if (!found->is_number_unsigned() || found->get<std::uint64_t>() > Most) {
         throw std::runtime_error("\"" + key + "\" must be a whole number, 0 or more");
     }
