@@ -249,6 +249,16 @@ def test_of_a_damaged_file_what_is_whole_is_given(receiver_copy, receiver):
         damaged.bookmarks.add(1000, "x")
 
 
+def test_times_that_no_date_can_tell_are_none(receiver_copy):
+    """A damaged time table may say anything."""
+    recording = recording2.open(receiver_copy)
+    from recording2 import _times
+
+    assert _times.as_datetime(1e300, recording._start_us) is None
+    assert _times.as_datetime(2.0**63, recording._start_us) is None
+    assert _times.duration_of(1e300) > np.timedelta64(0)
+
+
 def test_bookmarks_are_stored_whole_or_not_at_all(receiver_copy):
     recording = recording2.open(receiver_copy)
     recording.bookmarks.add(1500, "über")

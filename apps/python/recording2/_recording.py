@@ -12,7 +12,7 @@ import numpy as np
 
 from . import _core
 from ._bookmarks import Bookmarks
-from ._times import Time, as_array, as_datetime, as_text
+from ._times import Time, as_array, as_datetime, as_text, duration_of
 from ._values import BearingTable, Bearings, Levels, Spectra, Values, from_core
 
 Path = Union[str, bytes, "os.PathLike[str]"]
@@ -159,7 +159,7 @@ class Recording:
         """The files by their start."""
         return [File(part["path"], part["device"], part["device_type"],
                      _start(part["start_ms"]),
-                     np.timedelta64(round(part["length_ms"]), "ms"), part["offset_ms"], part["records"], part["bytes"])
+                     duration_of(part["length_ms"]), part["offset_ms"], part["records"], part["bytes"])
                 for part in self._description["files"]]
 
     @property
@@ -180,7 +180,7 @@ class Recording:
     @property
     def duration(self) -> np.timedelta64:
         """From the start of the first file to the end of the last one, in milliseconds."""
-        return np.timedelta64(round(self._description["duration_ms"]), "ms")
+        return duration_of(self._description["duration_ms"])
 
     @property
     def types(self) -> list[Type]:

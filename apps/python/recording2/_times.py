@@ -11,6 +11,7 @@ import numpy as np
 Time = Union[float, int, str, datetime.datetime, np.datetime64, None]
 
 _US_PER_MS = 1000
+_MOST = 2**63 - 1
 
 
 def microseconds(time: datetime.datetime | np.datetime64) -> int:
@@ -63,4 +64,13 @@ def as_array(since_start_us: np.ndarray, start_us: int) -> np.ndarray:
 def as_datetime(milliseconds: float | None, start_us: int) -> np.datetime64 | None:
     if milliseconds is None or start_us == 0:
         return None
-    return np.datetime64(start_us + round(milliseconds * _US_PER_MS), "us")
+    return date_of(start_us + round(milliseconds * _US_PER_MS))
+
+
+def date_of(us: int) -> np.datetime64 | None:
+    """None for what a damaged file may say and no date can."""
+    return np.datetime64(us, "us") if abs(us) <= _MOST else None
+
+
+def duration_of(milliseconds: float) -> np.timedelta64:
+    return np.timedelta64(min(round(milliseconds), _MOST), "ms")

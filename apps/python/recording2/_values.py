@@ -7,6 +7,8 @@ from typing import TYPE_CHECKING
 
 import numpy as np
 
+from ._times import date_of
+
 if TYPE_CHECKING:
     import pandas
 
@@ -147,5 +149,5 @@ def from_core(value: object) -> object:
         return value
     fields = dict(value)
     measured_us = fields.pop("measured_us")
-    measured = np.datetime64(measured_us, "us") if measured_us else None
+    measured = date_of(measured_us) if measured_us else None
     return (Levels if "levels" in fields else Bearings)(measured=measured, **fields)
