@@ -138,6 +138,9 @@ const char* whyNotMapped(const MapOptions& options)
     if (options.files.size() > 1 && !options.heat && !options.track) {
         return "Without --heat and --track one recording is shown at a time.";
     }
+    if (options.geoJson && (options.heat || options.track)) {
+        return "--heat and --track write GeoJSON by themselves: leave out --geojson.";
+    }
     if (options.frequencyHz == 0 && options.track) {
         return "--track takes the channel at --frequency.";
     }
@@ -199,14 +202,12 @@ std::optional<double> inKilometres(const std::string& text)
 void addGeoJsonOptions(Verb<MapOptions>& verb, const Option& json)
 {
     MapOptions& options = verb.options();
-    const Option geoJson = verb.flag("--geojson", options.geoJson,
-                                     "Print every bearing of the span as a line on the earth, and fixes, as GeoJSON")
-                               .excludes(json);
+    verb.flag("--geojson", options.geoJson,
+              "Print every bearing of the span as a line on the earth, and fixes, as GeoJSON")
+        .excludes(json);
     const Option heat =
-        verb.flag("--heat", options.heat, "Show where the bearings of the recordings say that a transmitter is")
-            .excludes(geoJson);
+        verb.flag("--heat", options.heat, "Show where the bearings of the recordings say that a transmitter is");
     verb.flag("--track", options.track, "Show the levels of the channel at --frequency where they were measured")
-        .excludes(geoJson)
         .excludes(heat);
     verb.output(
             "FILE",
