@@ -52,6 +52,7 @@ struct SourceTraits {
     bool findsDirections = false;    ///< measures what recorders of a direction finder write
     bool tellsPositions = false;     ///< which go with whatever is recorded; alone, they are a receiver's
     bool switchesRecorders = false;  ///< by itself
+    bool readsAhead = false;         ///< all of its input before the first step, so that no pipe of it is live
     bool live = false;               ///< has a peer that never ends; goes with live ones and pipes only
 };
 
@@ -98,6 +99,9 @@ public:
     }
     [[nodiscard]] bool isLive() const override
     {
+        if (traits().readsAhead) {
+            return false;
+        }
         if constexpr (requires { isStream(m_options.file); }) {
             return isStream(m_options.file);
         } else if constexpr (requires { isStream(m_options.files.front()); }) {

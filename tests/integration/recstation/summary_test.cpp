@@ -104,6 +104,22 @@ TEST(Summary, WhatTheArchiveHasNotMovedIsARemarkAndNoFailure)
                                                             "moved: the storage is away")));
 }
 
+TEST(Summary, OfLiveSourcesLossesReconnectsAndLagAreToldAndMakeNoFailure)
+{
+    Summary summary = goodSummary();
+    SourceReport& report = summary.sources[0].report;
+    report.live = true;
+    report.lost = 3;
+    report.reconnects = 1;
+    report.lag = Lag{12'340, 1'500'000};
+    EXPECT_EQ(summary.exitCode(), ExitCode::Success);
+    EXPECT_EQ(summary.remarks().value(0), QStringLiteral("feed: 5 used, 1 skipped, 0 bad, 3 lost, 1 reconnect; 12.3 ms "
+                                                         "behind its own clock, at most 1500.0 ms"));
+    const auto source = nlohmann::json::parse(summary.json())["sources"][0];
+    EXPECT_EQ(source, nlohmann::json::parse(R"({"name": "feed", "used": 5, "skipped": 1, "bad": 0, "lost": 3,
+        "reconnects": 1, "lagMs": {"middle": 12.34, "most": 1500.0}})"));
+}
+
 TEST(Summary, TheJsonFormHasEverything)
 {
     Summary summary = goodSummary();

@@ -118,10 +118,12 @@ std::shared_ptr<OfferedSource> offerBearings()
         options.positionElsewhere = run.positionElsewhere;
         return makeBearingsSource(options, run.hooks.report);
     };
-    return std::make_shared<SourceWith<BearingsOptions>>(
-        SourceTraits{
-            .name = "bearings", .description = "A direction finder's log as CSV", .turn = 3, .findsDirections = true},
-        addBearingsOptions, make);
+    return std::make_shared<SourceWith<BearingsOptions>>(SourceTraits{.name = "bearings",
+                                                                      .description = "A direction finder's log as CSV",
+                                                                      .turn = 3,
+                                                                      .findsDirections = true,
+                                                                      .readsAhead = true},
+                                                         addBearingsOptions, make);
 }
 
 }  // namespace RecStation

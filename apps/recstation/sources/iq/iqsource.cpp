@@ -76,7 +76,7 @@ void IqSource::prepare()
     m_input = m_plan.wav ? openWav(m_plan.file) : openInput(m_plan.file.toStdString());
     m_frames = std::make_unique<FrameReader>(m_plan, m_plan.format, inputOf(stretch()),
                                              [this](const QString& sentence) { tell(sentence); });
-    if (!readFrame()) {
+    if (!m_options.live && !readFrame()) {  // what is live may wait for it in nextTime only
         throw std::runtime_error("iq: " + inputName(m_plan.file.toStdString()) +
                                  (m_samples == 0 ? " holds no samples" : " holds no whole spectrum"));
     }
