@@ -20,7 +20,7 @@ Examples:
 void addRtlTcpOptions(CLI::App& command, RtlTcpOptions& options)
 {
     command.footer(RtlTcpExamples);
-    command.add_option("HOST:PORT", options.address, "an rtl_tcp server; without a port 1234")
+    command.add_option("ADDRESS", options.address, "HOST or HOST:PORT of an rtl_tcp server, whose port is 1234")
         ->required()
         ->check(
             TerminalText::acceptedIf([](const std::string& text) { return parseAddress(text, RtlTcpPort).has_value(); },
