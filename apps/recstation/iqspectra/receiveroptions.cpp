@@ -28,6 +28,7 @@ void addReceiverOptions(CLI::App& command, ReceiverOptions& options)
         .add_option("--hop", options.hopHz,
                     "centre frequencies to receive in turn, as 100M,102M,104M: one panorama of all their bands")
         ->delimiter(',')
+        ->allow_extra_args(false)  // what follows is the address, or another source
         ->transform(TerminalText::inHertz(0, HighestHz));
     command
         .add_option("--dwell", options.dwellSeconds,
