@@ -5,7 +5,7 @@ import re
 
 from manpages import choices, placeholder
 
-FILES = {"FILE": "file", "PICTURE": "file", "OUT": "file", "DIR": "directory", "TYPE": "type"}
+FILES = {"FILE": "file", "PICTURE": "file", "OUT": "file", "DIR": "directory", "TYPE": "type", "PATH": "file"}
 ZSH_ACTIONS = {"file": "_files", "directory": "_files -/", "recording": "_files -g '*.(rec|tmp)(-.)'"}
 
 
@@ -64,6 +64,10 @@ def quoted(text):
     return "'" + text.replace("'", "'\\''") + "'"
 
 
+def in_zsh(text):
+    return text.replace(":", "\\:")
+
+
 def short_help(text):
     first = re.split(r"[.;(] ?", text)[0].split(":")[0].strip()
     return first.replace("[", "\\[").replace("]", "\\]")
@@ -81,9 +85,9 @@ def zsh_specs(program, options):
     for option in options:
         if option["positional"]:
             many = "*" if option["many"] else ""
-            specs.append(quoted(f"{many}:{option['positional']}:{zsh_action(program, option)}"))
+            specs.append(quoted(f"{many}:{in_zsh(option['positional'])}:{zsh_action(program, option)}"))
             continue
-        value = f":{placeholder(option)}:{zsh_action(program, option)}" if option["takesValue"] else ""
+        value = f":{in_zsh(placeholder(option))}:{zsh_action(program, option)}" if option["takesValue"] else ""
         others = "*" if option["repeated"] else "(" + " ".join(option["names"] + [name for name in option["excludes"] if name.startswith("-")]) + ")"
         for name in option["names"]:
             takes = ("=" if name.startswith("--") else "+") if value else ""
