@@ -207,6 +207,7 @@ def collect(arguments):
         for program in PROGRAMS:
             if (programs / program).exists():
                 helps.update(help_texts(programs, [program]))
+        helps.update(help_texts(programs, ["recstation", "check"], depth=0))
     groups.update((place, examples_of_help(text, place)) for place, text in helps.items())
     return groups, helps
 

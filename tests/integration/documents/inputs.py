@@ -5,6 +5,7 @@ import random
 import re
 import shutil
 import subprocess
+import wave
 
 START = "2023-11-14T22:12:20Z"  # of recordings: the documents show times of that minute
 DAY = "2026-11-21"
@@ -42,6 +43,9 @@ def make(fixtures, programs):
                        "telemetry.csv": TELEMETRY, "channels.csv": "433.5M,25k,alarm\n", "station.toml": STATION, "x.sigmf-meta": SIGMF}.items():
         (fixtures / name).write_text(text, encoding="utf-8")
     (fixtures / "samples.cu8").write_bytes(random.Random(1).randbytes(200_000))
+    with wave.open(str(fixtures / "samples.wav"), "wb") as file:
+        file.setparams((2, 2, 192_000, 0, "NONE", ""))
+        file.writeframes(random.Random(2).randbytes(400_000))
     (fixtures / "bin").mkdir()
     for tool, output in TOOLS.items():
         path = fixtures / "bin" / tool
@@ -99,7 +103,7 @@ def content_for(command, before, word):
     if any(c in word for c in "*?"):
         return None
     kinds = {".jsonl": "changes.jsonl", ".toml": "station.toml", ".log": "drive.log", ".cu8": "samples.cu8",
-             ".sigmf-data": "samples.cu8", ".tmp": "damaged.rec"}
+             ".sigmf-data": "samples.cu8", ".bin": "samples.cu8", ".wav": "samples.wav", ".tmp": "damaged.rec"}
     suffix = pathlib.PurePath(word).suffix
     if word == "archive.toml":
         return None
