@@ -39,29 +39,29 @@ struct GivenFile {
 /// All texts are UTF-8.
 struct Options {
     std::string plugin;  ///< empty: the one beside the program
-    Task task = Task::Record;
     GivenFile file;
-    bool printConfig = false;
     std::string output;                     ///< empty: as configured
     std::vector<std::string> recorders;     ///< to switch on; empty: those that suit the sources
     std::optional<double> speed;            ///< nothing: as fast as possible
     std::optional<double> durationSeconds;  ///< of a live run; nothing: until somebody stops it
-    bool sourceTime = false;                ///< of a live run: record the peers' times
     double archiveWaitSeconds = 60;         ///< for the archive, at the end of the run
+    double checkSeconds = 5;                ///< how long a source may take to show something, in a check
+    std::string splitOnGap;                 ///< as it was given; empty: do not
+    std::optional<unsigned long long>
+        splitGapUs;       ///< the same: begin new recordings where time leaps farther, to and fro
+    std::string journal;  ///< "process", "power" or "off"; empty: as configured
+    ChosenSources sources;
+    int viewPort = 0;  ///< 0: one that is free
+    Task task = Task::Record;
+    bool printConfig = false;
+    bool sourceTime = false;  ///< of a live run: record the peers' times
     bool json = false;
     bool quiet = false;
     bool trace = false;
     bool view = false;        ///< show in the browser what is recorded
-    int viewPort = 0;         ///< 0: one that is free
     bool makeOutput = false;  ///< make the directory of output
     bool allowGap = false;    ///< record sources together that measured at other times
-    std::string splitOnGap;   ///< as it was given; empty: do not
-    std::optional<unsigned long long>
-        splitGapUs;           ///< the same: begin new recordings where time leaps farther, to and fro
     bool recover = true;      ///< recordings that earlier runs left unfinished
-    std::string journal;      ///< "process", "power" or "off"; empty: as configured
-    double checkSeconds = 5;  ///< how long a source may take to show something, in a check
-    ChosenSources sources;
 };
 
 }  // namespace RecStation

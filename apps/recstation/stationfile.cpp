@@ -31,6 +31,7 @@ std::vector<Entry> inFileOrder(const toml::table& table)
     }
     std::stable_sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<Entry> ordered;
+    ordered.reserve(entries.size());
     for (auto& entry : entries) {
         ordered.push_back(std::move(entry.second));
     }

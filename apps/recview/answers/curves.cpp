@@ -43,7 +43,7 @@ void appendCurve(JsonObject& object, const char* axis, const Curve& curve)
     object.truth("exact", curve.exact);
 }
 
-double nearestChannel(const values::ChannelRange& range, double hz)
+double channelNear(const values::ChannelRange& range, double hz)
 {
     double nearest = range.frequencyHz(0);
     if (!range.isList()) {
@@ -69,7 +69,7 @@ double channelAt(const std::vector<OverviewedFile>& files, std::int32_t code, do
             if (series.code != code || series.range.size() == 0) {
                 continue;
             }
-            const double channel = nearestChannel(series.range, hz);
+            const double channel = channelNear(series.range, hz);
             nearest = !nearest || std::abs(channel - hz) < std::abs(*nearest - hz) ? channel : *nearest;
         }
     }

@@ -12,7 +12,7 @@ namespace RecView {
 
 namespace {
 
-constexpr std::uint64_t MostExactBytes = std::uint64_t{24} << 20;  // of records, in all files together
+constexpr std::uint64_t MostRecordBytes = std::uint64_t{24} << 20;  // of records, in all files together
 constexpr std::size_t MostRanges = 1'000;
 
 View askedView(const Parameters& parameters, const RecordedType& type)
@@ -42,7 +42,7 @@ bool canBeExact(const std::vector<OverviewedFile>& files, const View& view)
     for (const OverviewedFile& file : files) {
         bytes += file.overview != nullptr ? file.overview->bytesOfExact(view) : 0;
     }
-    return bytes <= MostExactBytes;
+    return bytes <= MostRecordBytes;
 }
 
 std::vector<RangeChange> rangesIn(const std::vector<OverviewedFile>& files, const View& view)

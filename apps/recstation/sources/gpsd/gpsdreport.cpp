@@ -27,7 +27,7 @@ const GpsdJson* member(const GpsdJson& object, const char* key)
     return found == object.end() ? nullptr : &*found;
 }
 
-std::string textOf(const GpsdJson& object, const char* key)
+std::string fieldOf(const GpsdJson& object, const char* key)
 {
     const GpsdJson* value = member(object, key);
     return value != nullptr && value->is_string() ? value->get<std::string>() : std::string();
@@ -97,21 +97,21 @@ void readDevices(const GpsdJson& object, GpsdReport& report)
     }
     for (const GpsdJson& device : *list) {
         if (device.is_object()) {
-            report.devices.push_back(textOf(device, "path"));
+            report.devices.push_back(fieldOf(device, "path"));
         }
     }
 }
 
 GpsdReport readReport(const GpsdJson& object)
 {
-    const std::string kind = textOf(object, "class");
+    const std::string kind = fieldOf(object, "class");
     if (kind.empty()) {
         throw NoReport("class");
     }
     GpsdReport report;
-    report.device = textOf(object, "device");
+    report.device = fieldOf(object, "device");
     if (member(object, "time") != nullptr) {
-        report.timeUs = parseIsoTime(textOf(object, "time"));
+        report.timeUs = parseIsoTime(fieldOf(object, "time"));
     }
     if (kind == "TPV") {
         report.kind = GpsdReport::Kind::Fix;
@@ -121,13 +121,13 @@ GpsdReport readReport(const GpsdJson& object)
         readAttitude(object, report);
     } else if (kind == "VERSION") {
         report.kind = GpsdReport::Kind::Version;
-        report.text = textOf(object, "release");
+        report.text = fieldOf(object, "release");
     } else if (kind == "DEVICES") {
         report.kind = GpsdReport::Kind::Devices;
         readDevices(object, report);
     } else if (kind == "ERROR") {
         report.kind = GpsdReport::Kind::Error;
-        report.text = textOf(object, "message");
+        report.text = fieldOf(object, "message");
     }
     return report;
 }

@@ -54,7 +54,7 @@ std::optional<double> numberOf(const json& parent, const std::string& key)
     return found->get<double>();
 }
 
-std::optional<std::string> textOf(const json& parent, const std::string& key)
+std::optional<std::string> textIn(const json& parent, const std::string& key)
 {
     const auto found = parent.find(key);
     if (found == parent.end()) {
@@ -82,7 +82,7 @@ std::uint64_t countOf(const json& parent, const std::string& key)
 
 void readGlobal(const json& global, KnownSamples& out)
 {
-    const auto dataType = textOf(global, "core:datatype");
+    const auto dataType = textIn(global, "core:datatype");
     if (!dataType) {
         throw std::runtime_error("\"core:datatype\" is missing");
     }
@@ -108,7 +108,7 @@ KnownCapture readCapture(const json& capture)
     out.firstSample = countOf(capture, "core:sample_start");
     out.firstByte = countOf(capture, "core:header_bytes");
     out.centreHz = numberOf(capture, "core:frequency");
-    if (const auto time = textOf(capture, "core:datetime")) {
+    if (const auto time = textIn(capture, "core:datetime")) {
         out.startTime = parseIsoTime(*time);
         if (!out.startTime) {
             throw std::runtime_error("\"core:datetime\" must be a time such as 2026-11-21T08:30:00.25Z");

@@ -64,13 +64,12 @@ void addRigOptions(CLI::App& command, RigOptions& options)
 
 std::shared_ptr<OfferedSource> offerRig()
 {
-    return std::make_shared<SourceWith<RigOptions>>(
-        SourceTraits{.name = "rig",
-                     .description = "A receiver behind Hamlib's rigctld",
-                     .turn = 6,
-                     .receives = true,
-                     .live = true},
-        addRigOptions, [](RigOptions options, const SourceRun& run) { return makeRigSource(options, run); });
+    return std::make_shared<SourceWith<RigOptions>>(SourceTraits{.name = "rig",
+                                                                 .description = "A receiver behind Hamlib's rigctld",
+                                                                 .turn = 6,
+                                                                 .receives = true,
+                                                                 .live = true},
+                                                    addRigOptions, makeRigSource);
 }
 
 }  // namespace RecStation

@@ -19,7 +19,7 @@ constexpr std::chrono::seconds SpectrumHolds{5};
 
 class RigSource final : public PeerSource {
 public:
-    RigSource(const RigOptions& options, const Address& address, const SourceRun& run);
+    RigSource(RigOptions options, const Address& address, const SourceRun& run);
 
     void prepare() override;
     [[nodiscard]] QStringList spectra() const override;
@@ -56,12 +56,12 @@ private:
     std::uint64_t m_badPackets = 0;
 };
 
-RigSource::RigSource(const RigOptions& options, const Address& address, const SourceRun& run)
+RigSource::RigSource(RigOptions options, const Address& address, const SourceRun& run)
     : PeerSource("rig", addressText(address), run),
-      m_options(options),
+      m_options(std::move(options)),
       m_valuePath(receiverOf(run.configuration).valuePath),
       m_deviceName(QStringLiteral("rig ") + QString::fromStdString(addressText(address))),
-      m_client(address, options.s9Dbm, [this](const std::string& clause) { say(clause); })
+      m_client(address, m_options.s9Dbm, [this](const std::string& clause) { say(clause); })
 {
 }
 
@@ -188,13 +188,13 @@ SourceReport RigSource::counts() const
 
 }  // namespace
 
-std::unique_ptr<Source> makeRigSource(const RigOptions& options, const SourceRun& run)
+std::unique_ptr<Source> makeRigSource(RigOptions options, const SourceRun& run)
 {
     const auto address = parseAddress(options.address, RigPort);
     if (!address) {
         throw std::runtime_error("rig: \"" + options.address + "\" is no address such as localhost:4532");
     }
-    return std::make_unique<RigSource>(options, *address, run);
+    return std::make_unique<RigSource>(std::move(options), *address, run);
 }
 
 }  // namespace RecStation

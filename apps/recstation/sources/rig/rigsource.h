@@ -25,6 +25,6 @@ struct RigOptions {
 
 /// Publishes /FREQUENCY (Hz), Mon/DEMODULATION, Mon/BANDWIDTH (Hz) and /LEVEL of the receiver of the configuration;
 /// with multicast also Scn/RfSpectrum and its limits.
-[[nodiscard]] std::unique_ptr<Source> makeRigSource(const RigOptions& options, const SourceRun& run);
+[[nodiscard]] std::unique_ptr<Source> makeRigSource(RigOptions options, const SourceRun& run);
 
 }  // namespace RecStation
