@@ -246,7 +246,7 @@ KnownSamples know(const Files& files, IqPlan& plan)
     if (files.wav) {
         return knowWav(files, plan);
     }
-    const KnownSamples byName = knownByName(QFileInfo(files.samples).completeBaseName());
+    KnownSamples byName = knownByName(QFileInfo(files.samples).completeBaseName());
     if (!files.hasMetadata) {
         return byName;
     }

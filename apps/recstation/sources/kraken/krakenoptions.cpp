@@ -24,7 +24,7 @@ Examples:
 
 constexpr double ShortestInterval = 0.05;
 constexpr double LongestInterval = 3600;
-constexpr double CircleDeg = 360;
+constexpr double FullTurnDeg = 360;
 
 void addKrakenOptions(CLI::App& command, KrakenOptions& options)
 {
@@ -42,7 +42,7 @@ void addKrakenOptions(CLI::App& command, KrakenOptions& options)
     command
         .add_option("--heading", options.headingDeg,
                     "True heading of azimuth 0 in degrees (default: as the finder tells)")
-        ->transform(inUnit({"deg", "°"}, -CircleDeg, CircleDeg));
+        ->transform(inUnit({"deg", "°"}, -FullTurnDeg, FullTurnDeg));
     command.add_flag_callback(
         "--mirror", [&options] { options.mirror = Mirror::Yes; },
         "Its angles are counter-clockwise (default: those of XML, and those of CSV as its 360 values tell)");
