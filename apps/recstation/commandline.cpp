@@ -262,7 +262,11 @@ CommandLine finished(CommandTree& tree)
         return {tree.options, ExitCode::Success};
     }
     std::cout << stationFileText(tree, recordersText(tree.options)) << std::flush;
-    return {std::nullopt, std::cout ? ExitCode::Success : ExitCode::CannotRun};
+    if (!std::cout) {
+        std::cerr << "recstation: cannot write the configuration to the standard output\n";
+        return {std::nullopt, ExitCode::CannotRun};
+    }
+    return {std::nullopt, ExitCode::Success};
 }
 
 bool namesSources(const CommandTree& tree)

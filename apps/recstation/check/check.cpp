@@ -262,6 +262,9 @@ ExitCode writeFindings(const Findings& findings, bool json)
 {
     const std::string text = json ? findingsJson(findings) : findingsText(findings);
     const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+    if (!written) {
+        Messages(false, true).message(QStringLiteral("cannot write the findings to the standard output"));
+    }
     return written ? exitCodeOf(findings) : ExitCode::CannotRun;
 }
 
