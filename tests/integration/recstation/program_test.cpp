@@ -161,6 +161,18 @@ TEST_F(ProgramTest, AFileTakenAwayBeforeTheInputEndsIsSavedAndReported)
     EXPECT_THAT(std::string(result.summary().at("files")[0].at("problem")), HasSubstr("was deleted"));
 }
 
+TEST_F(ProgramTest, AnOutputThatCannotBeWrittenIsTold)
+{
+    for (const QStringList& arguments : {QStringList{"check", "sim"}, QStringList{"--print-config", "sim"}}) {
+        QProcess process;
+        process.setStandardOutputFile(QStringLiteral("/dev/full"));
+        start(process, arguments);
+        const Result result = finish(process);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_THAT(result.messages, HasSubstr("to the standard output"));
+    }
+}
+
 #endif
 
 }  // namespace
