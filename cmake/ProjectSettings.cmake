@@ -37,8 +37,13 @@ target_compile_options(
   project_settings INTERFACE -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
  -Woverloaded-virtual -Wcast-align -Wformat=2 -ffp-contract=off
 )
-# Of sources that are compiled together it takes what each keeps to itself for a header's, as they are included.
-target_compile_options(project_settings INTERFACE $<$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>:-Wno-subobject-linkage>)
+# Of sources that are compiled together g++ takes what each keeps to itself for a header's, as they are included, and clang
+# the names of one for shadowed by those of another.
+set(together $<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>)
+target_compile_options(
+  project_settings INTERFACE $<$<AND:${together},$<CXX_COMPILER_ID:GNU>>:-Wno-subobject-linkage>
+                             $<$<AND:${together},$<CXX_COMPILER_ID:Clang>>:-Wno-shadow>
+)
 if(RECORDING2_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   # What checks refer to is millions of addresses: a program that lies at a fixed place starts in half the time.

@@ -2,9 +2,6 @@
 if(NOT TARGET recstation)
   return()
 endif()
-if(NOT DEFINED Python3_EXECUTABLE AND EXISTS /usr/bin/python3)  # the one that the Python module is built for
-  set(Python3_EXECUTABLE /usr/bin/python3)
-endif()
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
 set(commands_folder "${PROJECT_BINARY_DIR}/commands")

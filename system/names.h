@@ -42,9 +42,9 @@ Error identityOf(const std::filesystem::path& path, FileIdentity& identity);
 
 /// Makes one directory. @return NameTaken where anything stands. @param mode whatever the process's mask is
 Error makeDirectory(const std::filesystem::path& path, FileMode mode);
-/// Forces the names in a directory to the device: when it returns 0, a power cut leaves them as they are. Windows keeps
-/// them by itself, and so do file systems that cannot be asked to.
-Error syncDirectory(const std::filesystem::path& directory);
+/// Makes the device keep the names in a directory: when it returns 0, a power cut leaves them as they are. Windows
+/// keeps them by itself, and so do file systems that cannot be asked to.
+Error fsyncDirectory(const std::filesystem::path& directory);
 Error removeFile(const std::filesystem::path& path);
 /// Gives a file a new name of the same file system and never replaces what has it: NameTaken, and all is as it was.
 /// The system itself refuses a name that is taken. Where a file system cannot do that, a second name is given and the

@@ -93,7 +93,7 @@ Error makeDirectory(const std::filesystem::path& path, FileMode mode)
     return ::mkdir(path.c_str(), OnlyOwner) == 0 ? resultOf(::chmod(path.c_str(), mode)) : errno;
 }
 
-Error syncDirectory(const std::filesystem::path& directory)
+Error fsyncDirectory(const std::filesystem::path& directory)
 {
     const int opened = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (opened == -1) {

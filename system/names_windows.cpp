@@ -74,7 +74,7 @@ Error makeDirectory(const std::filesystem::path& path, FileMode /*mode*/)
 }
 
 // Names are written through when they are given.
-Error syncDirectory(const std::filesystem::path& /*directory*/)
+Error fsyncDirectory(const std::filesystem::path& /*directory*/)
 {
     return 0;
 }

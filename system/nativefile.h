@@ -50,8 +50,8 @@ public:
     /// Takes the space for so many bytes after a position from the device now, so that writing them cannot fail for
     /// want of it. The file grows as far; new bytes are 0.
     Error allocate(std::int64_t position, std::int64_t bytes);
-    /// Forces what was written, and what is needed to find it, to the device.
-    Error sync();
+    /// Makes the device keep what was written, and what is needed to find it.
+    Error fsync();
     /// Locks the file until it is closed or the process ends, however it ends; another mode takes the place of the
     /// one before. Keeps nobody from reading or writing who does not ask for the lock. @return LockHeld when somebody
     /// has it; another error where the file system has no locks
@@ -85,7 +85,7 @@ public:
 
     Error map(const NativeFile& file, std::size_t bytes);
     [[nodiscard]] char* data() const { return m_data; }  ///< page aligned; null before map
-    Error sync();                                        ///< forces it to the device
+    Error fsync();                                       ///< makes the device keep it
     void unmap();                                        ///< before the file is removed
 
 private:

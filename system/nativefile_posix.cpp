@@ -176,7 +176,7 @@ Error NativeFile::allocate(std::int64_t position, std::int64_t bytes)
     return error;
 }
 
-Error NativeFile::sync()
+Error NativeFile::fsync()
 {
     return resultOf(untilNotInterrupted([&] { return ::fdatasync(descriptor(m_handle)); }));
 }
@@ -255,7 +255,7 @@ Error Mapping::map(const NativeFile& file, std::size_t bytes)
     return 0;
 }
 
-Error Mapping::sync()
+Error Mapping::fsync()
 {
     return resultOf(::msync(m_data, m_bytes, MS_SYNC));
 }

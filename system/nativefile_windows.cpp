@@ -171,7 +171,7 @@ Error NativeFile::allocate(std::int64_t position, std::int64_t bytes)
     return position + bytes > size() ? setSize(position + bytes) : 0;
 }
 
-Error NativeFile::sync()
+Error NativeFile::fsync()
 {
     return resultOf(::FlushFileBuffers(handleOf(m_handle)));
 }
@@ -237,7 +237,7 @@ Error Mapping::map(const NativeFile& file, std::size_t bytes)
     return error;
 }
 
-Error Mapping::sync()
+Error Mapping::fsync()
 {
     return resultOf(::FlushViewOfFile(m_data, m_bytes));
 }

@@ -1,7 +1,6 @@
 // Walking the records of a direction finder into columns.
 #include "bearingtable.h"
 
-#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <utility>
@@ -16,7 +15,7 @@ namespace {
 
 class BearingsReader {
 public:
-    explicit BearingsReader(Reading& reading) : m_reading(reading), m_types(reading.types()) {}
+    explicit BearingsReader(const Request& request) : m_reading(request) {}
 
     [[nodiscard]] FoundBearings read();
 
@@ -24,44 +23,45 @@ private:
     void visit(const RecTool::PlacedRecord& placed);
     void tune(const RecTool::PlacedRecord& placed);
     void beginPart(std::size_t part);
+    void endPart();
     void add(const RecTool::BearingChange& change);
 
-    Reading& m_reading;
-    std::vector<RecTool::TrackType> m_types;
+    TypeReading m_reading;
     std::unique_ptr<RecTool::MeasuredBearings> m_measured;  // of the file that is read
     std::size_t m_part = 0;
     std::int64_t m_sinceStartUs = 0;  // of the record that is read
     bool m_isBefore = false;
+    std::uint64_t m_notUnderstood = 0;
     FoundBearings m_found;
-    Patience m_patience;
 };
 
 FoundBearings BearingsReader::read()
 {
-    m_reading.recordings().walk([this](const RecTool::PlacedRecord& placed) {
-        m_patience.next();
-        if (std::find(m_types.begin(), m_types.end(), placed.type) != m_types.end()) {
+    m_reading.walk([this](const RecTool::PlacedRecord& placed, bool isOfType) {
+        if (isOfType) {
             visit(placed);
         } else if (m_reading.isWanted(placed.type.track)) {
             tune(placed);
         }
     });
-    m_found.notUnderstood += m_measured == nullptr ? 0 : m_measured->passedOver();
-    m_found.keyword = m_reading.keywordOf(m_types.front());
-    m_found.device = m_reading.deviceOf(m_types.front().track);
-    m_found.startUs = m_reading.startUs();
-    m_found.damage = m_reading.damage();
+    endPart();
+    static_cast<FoundType&>(m_found) = m_reading.found(m_notUnderstood);
     return std::move(m_found);
 }
 
 void BearingsReader::beginPart(std::size_t part)
 {
     if (m_measured == nullptr || part != m_part) {
-        m_found.notUnderstood += m_measured == nullptr ? 0 : m_measured->passedOver();
+        endPart();
         m_measured =
             std::make_unique<RecTool::MeasuredBearings>([this](const RecTool::BearingChange& change) { add(change); });
         m_part = part;
     }
+}
+
+void BearingsReader::endPart()
+{
+    m_notUnderstood += m_measured == nullptr ? 0 : m_measured->passedOver();
 }
 
 void BearingsReader::visit(const RecTool::PlacedRecord& placed)
@@ -101,10 +101,7 @@ void BearingsReader::add(const RecTool::BearingChange& change)
 
 FoundBearings readBearings(const Request& request)
 {
-    Reading reading(request);
-    BearingsReader reader(reading);
-    const Kept quiet;
-    return reader.read();
+    return BearingsReader(request).read();
 }
 
 }  // namespace RecPython

@@ -17,13 +17,9 @@ namespace {
 
 class SpectraReader {
 public:
-    SpectraReader(const LevelRequest& request, Reading& reading)
-        : m_request(request), m_reading(reading), m_types(reading.types())
-    {
-    }
+    explicit SpectraReader(const LevelRequest& request) : m_request(request), m_reading(request) {}
 
-    void read();
-    [[nodiscard]] FoundSpectra take();
+    [[nodiscard]] FoundSpectra read();
 
 private:
     void visit(const RecTool::PlacedRecord& placed);
@@ -34,21 +30,18 @@ private:
     [[noreturn]] void refuseNothing() const;
 
     const LevelRequest& m_request;
-    Reading& m_reading;
-    std::vector<RecTool::TrackType> m_types;
+    TypeReading m_reading;
     std::vector<std::unique_ptr<LevelSeries>> m_series;
     LevelSeries* m_last = nullptr;
-    Patience m_patience;
     std::uint64_t m_notUnderstood = 0;
     std::uint64_t m_noMaps = 0;
     bool m_anyInSpan = false;
 };
 
-void SpectraReader::read()
+FoundSpectra SpectraReader::read()
 {
-    m_reading.recordings().walk([this](const RecTool::PlacedRecord& placed) {
-        m_patience.next();
-        if (std::find(m_types.begin(), m_types.end(), placed.type) != m_types.end()) {
+    m_reading.walk([this](const RecTool::PlacedRecord& placed, bool isOfType) {
+        if (isOfType) {
             visit(placed);
         }
     });
@@ -57,6 +50,8 @@ void SpectraReader::read()
     if (!m_request.byRange && !isChosen) {
         refuseNothing();
     }
+    std::erase_if(m_series, [](const auto& series) { return series->channels.empty(); });
+    return {m_reading.found(m_notUnderstood), std::move(m_series)};
 }
 
 void SpectraReader::visit(const RecTool::PlacedRecord& placed)
@@ -153,19 +148,6 @@ void SpectraReader::refuseNothing() const
     throw Refusal(RecTool::ExitCode::Usage, m_reading.recordings().file(), why);
 }
 
-FoundSpectra SpectraReader::take()
-{
-    m_series.erase(
-        std::remove_if(m_series.begin(), m_series.end(), [](const auto& series) { return series->channels.empty(); }),
-        m_series.end());
-    return {std::move(m_series),
-            m_reading.keywordOf(m_types.front()),
-            m_reading.deviceOf(m_types.front().track),
-            m_reading.startUs(),
-            m_notUnderstood,
-            m_reading.damage()};
-}
-
 }  // namespace
 
 std::span<float> LevelRows::more(std::size_t cells)
@@ -209,11 +191,7 @@ float* LevelRows::release()
 
 FoundSpectra readSpectra(const LevelRequest& request)
 {
-    Reading reading(request);
-    SpectraReader reader(request, reading);
-    const Kept quiet;
-    reader.read();
-    return reader.take();
+    return SpectraReader(request).read();
 }
 
 }  // namespace RecPython

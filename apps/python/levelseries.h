@@ -55,13 +55,8 @@ struct LevelRequest : Request {
     bool byRange = false;   ///< otherwise more than one range is refused
 };
 
-struct FoundSpectra {
+struct FoundSpectra : FoundType {
     std::vector<std::unique_ptr<LevelSeries>> series;
-    std::string keyword;
-    std::string device;
-    std::int64_t startUs = 0;
-    std::uint64_t notUnderstood = 0;
-    std::vector<FoundDamage> damage;
 };
 
 /// Without the interpreter's lock. @throws Refusal, Interrupted, std::bad_alloc

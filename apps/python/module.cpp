@@ -107,29 +107,39 @@ Request makeRequest(std::vector<std::string> files, std::string keyword, std::st
     return request;
 }
 
+/// Without the interpreter's lock.
+template <typename Found, typename Asked>
+Found unlocked(Found (*read)(const Asked& request), const Asked& request)
+{
+    const py::gil_scoped_release withoutLock;
+    return read(request);
+}
+
+py::dict aboutType(const FoundType& found)
+{
+    py::dict about;
+    about["keyword"] = pythonText(found.keyword);
+    about["device"] = pythonText(found.device);
+    about["start_us"] = found.startUs;
+    about["not_understood"] = found.notUnderstood;
+    about["damage"] = pythonDamage(found.damage);
+    return about;
+}
+
 py::dict spectra(const std::vector<std::string>& files, const std::string& keyword, const std::string& device,
                  const std::string& from, const std::string& to, std::optional<double> lowHz,
                  std::optional<double> highHz, std::uint64_t every, bool complete, bool byRange)
 {
-    LevelRequest request{makeRequest(files, keyword, device, from, to), lowHz, highHz, every, complete, byRange};
-    FoundSpectra found;
-    {
-        const py::gil_scoped_release unlocked;
-        found = readSpectra(request);
-    }
+    const LevelRequest request{makeRequest(files, keyword, device, from, to), lowHz, highHz, every, complete, byRange};
+    FoundSpectra found = unlocked(readSpectra, request);
     py::list series;
     for (const auto& one : found.series) {
         const py::array levels = takenLevels(*one);
         series.append(py::make_tuple(takenArray(std::move(one->sinceStartUs)),
                                      takenArray(std::move(one->frequenciesHz)), levels));
     }
-    py::dict all;
-    all["keyword"] = pythonText(found.keyword);
-    all["device"] = pythonText(found.device);
-    all["start_us"] = found.startUs;
+    py::dict all = aboutType(found);
     all["series"] = series;
-    all["not_understood"] = found.notUnderstood;
-    all["damage"] = pythonDamage(found.damage);
     return all;
 }
 
@@ -137,16 +147,9 @@ py::dict values(const std::vector<std::string>& files, const std::string& keywor
                 const std::string& from, const std::string& to)
 {
     const Request request = makeRequest(files, keyword, device, from, to);
-    FoundValues found;
-    {
-        const py::gil_scoped_release unlocked;
-        found = readValues(request);
-    }
-    py::dict all;
-    all["keyword"] = pythonText(found.keyword);
-    all["device"] = pythonText(found.device);
+    FoundValues found = unlocked(readValues, request);
+    py::dict all = aboutType(found);
     all["unit"] = pythonText(found.unit);
-    all["start_us"] = found.startUs;
     all["since_start_us"] = takenArray(std::move(found.sinceStartUs));
     all["booleans"] = found.areBooleans;
     if (found.texts.empty()) {
@@ -158,8 +161,6 @@ py::dict values(const std::vector<std::string>& files, const std::string& keywor
         }
         all["texts"] = texts;
     }
-    all["not_understood"] = found.notUnderstood;
-    all["damage"] = pythonDamage(found.damage);
     return all;
 }
 
@@ -167,15 +168,8 @@ py::dict bearings(const std::vector<std::string>& files, const std::string& keyw
                   const std::string& from, const std::string& to)
 {
     const Request request = makeRequest(files, keyword, device, from, to);
-    FoundBearings found;
-    {
-        const py::gil_scoped_release unlocked;
-        found = readBearings(request);
-    }
-    py::dict all;
-    all["keyword"] = pythonText(found.keyword);
-    all["device"] = pythonText(found.device);
-    all["start_us"] = found.startUs;
+    FoundBearings found = unlocked(readBearings, request);
+    py::dict all = aboutType(found);
     all["since_start_us"] = takenArray(std::move(found.sinceStartUs));
     py::dict columns;
     columns["frequency"] = takenArray(std::move(found.frequenciesHz));
@@ -184,8 +178,6 @@ py::dict bearings(const std::vector<std::string>& files, const std::string& keyw
     columns["level"] = takenArray(std::move(found.levelsDb));
     columns["quality"] = takenArray(std::move(found.qualities));
     all["columns"] = columns;
-    all["not_understood"] = found.notUnderstood;
-    all["damage"] = pythonDamage(found.damage);
     return all;
 }
 

@@ -1,8 +1,6 @@
 // Walking the records of a plain value into columns.
 #include "plainvalues.h"
 
-#include <algorithm>
-
 #include <values/value.h>
 
 #include "rectool/printing/text.h"
@@ -19,7 +17,7 @@ bool isNumber(values::ValueType kind)
 
 class ValuesReader {
 public:
-    explicit ValuesReader(Reading& reading) : m_reading(reading), m_types(reading.types()) {}
+    explicit ValuesReader(const Request& request) : m_reading(request) {}
 
     [[nodiscard]] FoundValues read();
 
@@ -28,29 +26,23 @@ private:
     void add(const values::ValueBase& value);
     void refuseMap(values::ValueType kind) const;
 
-    Reading& m_reading;
-    std::vector<RecTool::TrackType> m_types;
+    TypeReading m_reading;
     FoundValues m_found;
     bool m_areTexts = false;
-    Patience m_patience;
+    std::uint64_t m_notUnderstood = 0;
 };
 
 FoundValues ValuesReader::read()
 {
     m_found.areBooleans = true;
-    m_reading.recordings().walk([this](const RecTool::PlacedRecord& placed) {
-        m_patience.next();
-        const bool isWanted = std::find(m_types.begin(), m_types.end(), placed.type) != m_types.end();
-        if (isWanted && !m_reading.recordings().isBefore(placed.momentMs)) {
+    m_reading.walk([this](const RecTool::PlacedRecord& placed, bool isOfType) {
+        if (isOfType && !m_reading.recordings().isBefore(placed.momentMs)) {
             visit(placed);
         }
     });
     m_found.areBooleans = m_found.areBooleans && !m_found.numbers.empty();
-    m_found.keyword = m_reading.keywordOf(m_types.front());
-    m_found.device = m_reading.deviceOf(m_types.front().track);
+    static_cast<FoundType&>(m_found) = m_reading.found(m_notUnderstood);
     m_found.unit = RecTool::unitOfKeyword(m_found.keyword);
-    m_found.startUs = m_reading.startUs();
-    m_found.damage = m_reading.damage();
     return std::move(m_found);
 }
 
@@ -58,7 +50,7 @@ void ValuesReader::visit(const RecTool::PlacedRecord& placed)
 {
     const values::ValueBase* const value = placed.recorded.apply(placed.record);
     if (value == nullptr) {
-        ++m_found.notUnderstood;
+        ++m_notUnderstood;
         return;
     }
     refuseMap(value->GetType());
@@ -70,7 +62,7 @@ void ValuesReader::refuseMap(values::ValueType kind) const
 {
     using values::ValueType;
     if (kind == ValueType::LevelMap || kind == ValueType::BearingMap || kind == ValueType::FastBearingMap) {
-        const std::string keyword = RecTool::oneLine(m_reading.keywordOf(m_types.front()));
+        const std::string keyword = RecTool::oneLine(m_reading.keyword());
         throw Refusal(RecTool::ExitCode::Usage, m_reading.recordings().file(),
                       keyword + " holds a value for each channel: " +
                           (kind == ValueType::LevelMap ? "spectra() gives its levels." : "bearings() gives them."));
@@ -104,10 +96,7 @@ void ValuesReader::add(const values::ValueBase& value)
 
 FoundValues readValues(const Request& request)
 {
-    Reading reading(request);
-    ValuesReader reader(reading);
-    const Kept quiet;
-    return reader.read();
+    return ValuesReader(request).read();
 }
 
 }  // namespace RecPython

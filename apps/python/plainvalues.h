@@ -10,17 +10,12 @@
 namespace RecPython {
 
 /// Either the numbers or the texts are as many as the times.
-struct FoundValues {
+struct FoundValues : FoundType {
     std::vector<std::int64_t> sinceStartUs;
     std::vector<double> numbers;     ///< while all are numbers or booleans
     std::vector<std::string> texts;  ///< UTF-8, otherwise
     bool areBooleans = false;
-    std::string keyword;
-    std::string device;
     std::string unit;  ///< empty where there is none
-    std::int64_t startUs = 0;
-    std::uint64_t notUnderstood = 0;
-    std::vector<FoundDamage> damage;
 };
 
 /// Without the interpreter's lock. @throws Refusal, Interrupted

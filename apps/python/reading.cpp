@@ -167,4 +167,19 @@ std::vector<FoundDamage> Reading::damage() const
     return all;
 }
 
+void TypeReading::walk(const std::function<void(const RecTool::PlacedRecord& placed, bool isOfType)>& visit)
+{
+    const Kept quiet;
+    Patience patience;
+    recordings().walk([&](const RecTool::PlacedRecord& placed) {
+        patience.next();
+        visit(placed, std::find(m_types.begin(), m_types.end(), placed.type) != m_types.end());
+    });
+}
+
+FoundType TypeReading::found(std::uint64_t notUnderstood) const
+{
+    return {keyword(), deviceOf(m_types.front().track), startUs(), notUnderstood, damage()};
+}
+
 }  // namespace RecPython

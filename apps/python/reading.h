@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -53,6 +54,32 @@ private:
 
     Request m_request;
     std::unique_ptr<RecTool::Recordings> m_recordings;
+};
+
+/// What is told of a type beside its arrays.
+struct FoundType {
+    std::string keyword;
+    std::string device;
+    std::int64_t startUs = 0;
+    std::uint64_t notUnderstood = 0;  ///< records
+    std::vector<FoundDamage> damage;
+};
+
+/// A look at the records of one keyword of one device.
+class TypeReading : public Reading {
+public:
+    /// @throws Refusal as types
+    explicit TypeReading(const Request& request) : Reading(request), m_types(types()) {}
+
+    /// Passes every record in its order, and whether it is of the keyword. Without the interpreter's lock.
+    /// @throws Interrupted, and what the visitor throws
+    void walk(const std::function<void(const RecTool::PlacedRecord& placed, bool isOfType)>& visit);
+    [[nodiscard]] std::string keyword() const { return keywordOf(m_types.front()); }
+    /// To be asked for after the walk.
+    [[nodiscard]] FoundType found(std::uint64_t notUnderstood) const;
+
+private:
+    std::vector<RecTool::TrackType> m_types;
 };
 
 }  // namespace RecPython

@@ -3,7 +3,7 @@
 
 #include <system/program.h>
 
-#include "commandline/program.h"
+#include "rectool.h"
 
 int main(int argc, char** argv)
 {

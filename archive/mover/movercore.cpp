@@ -314,7 +314,7 @@ MoverCore::Outcome MoverCore::finish(const FileRow& file, const QString& origina
         const bool same = known != nullptr ? m_files.identity(path) == *known : isTheStoredOne(file, path, stop);
         if (same) {
             m_files.remove(path);
-            m_files.syncDirectory(QFileInfo(path).path());
+            m_files.fsyncDirectory(QFileInfo(path).path());
             m_station->origins().forget(file.where());
         } else {
             m_report.messages +=

@@ -61,7 +61,7 @@ Digest copyIntoStorage(const FileRow& file, const Original& original, const QStr
         }
         place.files.rename(temporary, target);
     }
-    place.files.syncDirectory(QFileInfo(target).path());
+    place.files.fsyncDirectory(QFileInfo(target).path());
     return digest;
 }
 

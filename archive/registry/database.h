@@ -25,7 +25,6 @@ public:
     Database& operator=(const Database&) = delete;
     ~Database();
 
-    [[nodiscard]] bool isPostgres() const { return m_postgres; }
     /// For people; never with a password.
     [[nodiscard]] const QString& address() const { return m_address; }
     /// Makes the tables where they are missing. @throws ArchiveError also when they are of a newer program

@@ -117,7 +117,7 @@ Digest Files::copy(const QString& from, const QString& to, unsigned mode, const 
             readAll(source, from, stop, [&target, &to](std::int64_t position, const char* bytes, std::size_t size) {
                 writeAll(target, position, bytes, size, to);
             });
-        require(target.sync(), "flush", to);
+        require(target.fsync(), "flush", to);
         require(target.close(), "write", to);  // where a network file system may tell of a failed write
         return result;
     } catch (...) {
@@ -140,9 +140,9 @@ void Files::rename(const QString& from, const QString& to)
     require(System::renameToNew(native(from), native(to)), "rename to", to);
 }
 
-void Files::syncDirectory(const QString& path)
+void Files::fsyncDirectory(const QString& path)
 {
-    require(System::syncDirectory(native(path)), "flush", path);
+    require(System::fsyncDirectory(native(path)), "flush", path);
 }
 
 void Files::remove(const QString& path)
@@ -164,10 +164,10 @@ void Files::write(const QString& path, const QByteArray& bytes, unsigned mode)
     NativeFile file;
     require(file.open(native(temporary), System::Access::New, mode), "make", temporary);
     writeAll(file, 0, bytes.constData(), static_cast<std::size_t>(bytes.size()), temporary);
-    require(file.sync(), "flush", temporary);
+    require(file.fsync(), "flush", temporary);
     require(file.close(), "write", path);
     require(System::renameReplacing(native(temporary), native(path)), "write", path);
-    Files::syncDirectory(QFileInfo(path).path());
+    Files::fsyncDirectory(QFileInfo(path).path());
 }
 
 void createEmpty(const QString& path, unsigned mode)

@@ -55,7 +55,7 @@ public:
     [[nodiscard]] virtual FileKind kind(const QString& path) const;
     /// @throws FileError also when it is no file
     [[nodiscard]] virtual FileIdentity identity(const QString& path) const;
-    /// Makes one directory where there is none. syncDirectory() of the one above makes it last.
+    /// Makes one directory where there is none. fsyncDirectory() of the one above makes it last.
     virtual void makeDirectory(const QString& path, unsigned mode);
     /// Writes a new file with the bytes of another and has them on the device when it returns. A file that it could not
     /// finish is removed. What is no ordinary file is not opened: a pipe would be waited for.
@@ -66,7 +66,7 @@ public:
     /// Never replaces a file. @throws FileError of Kind::Exists
     virtual void rename(const QString& from, const QString& to);
     /// Has the names in a directory on the device.
-    virtual void syncDirectory(const QString& path);
+    virtual void fsyncDirectory(const QString& path);
     /// Missing is no error.
     virtual void remove(const QString& path);
     /// Marks a file as just used. A failure only makes it look older.

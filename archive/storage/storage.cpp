@@ -88,7 +88,7 @@ void Storage::makeDirectories(const QString& storedName)
         }
         m_files.makeDirectory(directory, m_directoryMode);
         // One that was there may have been made by a process that did not live to flush its name.
-        m_files.syncDirectory(parent);
+        m_files.fsyncDirectory(parent);
         m_lasting.insert(directory);
     }
 }

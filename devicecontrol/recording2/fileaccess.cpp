@@ -1,21 +1,19 @@
-// Opening, closing and the small queries; writing, reading and the archive have files of their own.
+// CFileAccess: opening, writing, closing. Reading has a file of its own.
 #include "fileaccess.h"
 
 #include <exception>
 
-#include <QStringList>
-
 #include <vkbase/trace.h>
 
+#include "file/headerconversion.h"
 #include "fileaccess_p.h"
+#include "fileaccesstrace.h"
 #include "filenames.h"
 #include "recording.h"
 
 namespace Recording2 {
 
 namespace {
-
-const QString NoGroup = QStringLiteral("ERROR");
 
 // Traces the exception being handled.
 void traceException(const char* format)
@@ -32,58 +30,32 @@ void traceException(const char* format)
     }
 }
 
-}  // namespace
-
-bool FileAccessTrace::enabled()
-{
-    return (ErrorHandler::Instance().TraceMask() & ErrorHandler::RecordingTraces) != 0;
-}
-
-void FileAccessTrace::failure(const QString& what, const std::string& path, System::Error error, std::uint16_t line)
-{
-    if (enabled()) {
-        _Q_Trace(QStringLiteral("CFileAccess: %1: %2: %3")
-                     .arg(what, FileNames::fromBytes(path), QString::fromStdString(System::errorText(error))),
-                 Source, line);
-    }
-}
-
+// The name that a file has once it is finished: up to the first dot of its name, then ".rec".
 std::string finalName(const std::string& directory, const std::string& path)
 {
     return directory + "/" + FileNames::baseName(path) + ".rec";
 }
 
+}  // namespace
+
 CFileAccess* CFileAccess::m_pInstance = nullptr;
 QString CFileAccess::m_sGuid = QStringLiteral("Initial GUID String");
 
-OutputFile* CFileAccess::Private::goodOutput() const
-{
-    OutputFile* output = shared->output.get();
-    return output != nullptr && output->good() ? output : nullptr;
-}
-
-OpenInput* CFileAccess::Private::goodInput() const
-{
-    OpenInput* input = shared->input.get();
-    return input != nullptr && input->good() ? input : nullptr;
-}
-
 CFileAccess::CFileAccess(const char* path, const QString& prefix, const char* name, bool write, bool readTables,
                          bool sameGroup, CRecording* recorder, Zelvo::ZelvoClient* client)
-    : d(std::make_unique<Private>())
+    : d(std::make_unique<Private>(client))
 {
     d->path = path;
     if (name != nullptr) {
         d->path += name;
     }
-    d->client = client;
-    if (!d->requestFromArchive(write)) {
+    if (!d->shared->archive.request(d->path, write)) {
         return;
     }
     d->recorder = recorder;
     d->shared->uncFilePath.Attach(prefix + QStringLiteral("/REC_UNCFILEPATH"));
-    d->shared->archiveFilePath.Attach(prefix + QStringLiteral("/REC_ZELVOFILEPATH"));
-    d->valid = OpenRecording(d->path, write, readTables, sameGroup);
+    d->shared->archive.showAt(prefix);
+    d->own.valid = OpenRecording(d->path, write, readTables, sameGroup);
 }
 
 CFileAccess::CFileAccess(const CFileAccess& other) : d(std::make_unique<Private>(*other.d))
@@ -100,7 +72,7 @@ CFileAccess& CFileAccess::operator=(const CFileAccess& other)
 
 CFileAccess::~CFileAccess()
 {
-    if (d->bookmarksChanged) {
+    if (d->own.bookmarksChanged) {
         writeBookmarks();
     }
 }
@@ -130,6 +102,7 @@ bool CFileAccess::OpenRecording(const std::string& path, bool write, bool readTa
     bool opened = false;
     try {
         d->path = path;
+        d->shared->tables = std::make_unique<RecordingTables>();
         opened = write ? OpenForWriting(sameGroup) : OpenForReading(readTables);
     } catch (...) {
         traceException("Unexpected exception in CFileAccess::OpenRecording: %s");
@@ -142,103 +115,155 @@ bool CFileAccess::OpenRecording(const std::string& path, bool write, bool readTa
     return opened;
 }
 
-bool CFileAccess::OpenForWriting(bool sameGroup)
+bool CFileAccess::OpenForReading(bool readTables)
 {
-    m_sGuid = getNewGroupGuid(sameGroup);
-    CreateOutput();
     SharedFile& shared = *d->shared;
-    shared.index = std::make_unique<Index::TimeIndex>();
-    shared.channelRanges = std::make_unique<ChannelRanges>();
-    shared.bookmarks = std::make_unique<Bookmarks>();
-    if (!shared.output->good()) {
-        return false;
-    }
-    shared.output->append(Format::headerArea());
-    shared.output->flush();  // from the first moment the file shows what it is
-    shared.acceptedEnd = shared.output->position();
-    d->fileGroupResult = m_sGuid == NoGroup ? -1 : addFileToFileGroup(FileNames::fromBytes(d->path), m_sGuid);
-    return true;
+    shared.finished = std::make_unique<FinishedRecording>(FileNames::native(d->path), *shared.tables);
+    return shared.finished->begin(d->own, readTables);
 }
 
-void CFileAccess::ShowFinalName() const
+bool CFileAccess::OpenForWriting(bool sameGroup)
 {
-    if (m_sGuid == NoGroup && d->shared->uncFilePath) {
-        const std::string name = finalName(FileNames::directory(d->path), d->path);
-        d->shared->uncFilePath->SetValue(FileNames::fromBytes(name), nullptr);
+    SharedFile& shared = *d->shared;
+    m_sGuid = getNewGroupGuid(sameGroup);
+    CreateOutput();
+    if (!shared.growing->file().good()) {
+        return false;
     }
+    shared.growing->begin();
+    shared.fileGroupResult =
+        m_sGuid == ArchiveFile::NoGroup ? -1 : addFileToFileGroup(FileNames::fromBytes(d->path), m_sGuid);
+    return true;
 }
 
 // A recorder's file is made where there is none; whoever names a file directly wants that one.
 void CFileAccess::CreateOutput()
 {
+    SharedFile& shared = *d->shared;
     if (d->recorder != nullptr) {
-        CreateForRecorder();
+        shared.growing = d->recorder->m_files.make(d->path, *shared.tables, [this] { ShowFinalName(); });
         return;
     }
     ShowFinalName();
-    d->shared->output = std::make_unique<OutputFile>(FileNames::native(d->path), OpenMode::Create);
+    shared.growing = std::make_unique<GrowingRecording>(FileNames::native(d->path), OpenMode::Create,
+                                                        System::DefaultFileMode, *shared.tables);
 }
 
-bool CFileAccess::OpenForReading(bool readTables)
+void CFileAccess::ShowFinalName() const
 {
-    constexpr int MostAgain = 10;  // when somebody changes the tables while they are read
-    SharedFile& shared = *d->shared;
-    shared.input = std::make_unique<OpenInput>(FileNames::native(d->path));
-    shared.index = std::make_unique<Index::TimeIndex>();
-    shared.channelRanges = std::make_unique<ChannelRanges>();
-    shared.bookmarks = std::make_unique<Bookmarks>();
-    if (!shared.input->good()) {
-        return false;
+    if (m_sGuid == ArchiveFile::NoGroup && d->shared->uncFilePath) {
+        const std::string name = finalName(FileNames::directory(d->path), d->path);
+        d->shared->uncFilePath->SetValue(FileNames::fromBytes(name), nullptr);
     }
-    CHeaderData header;
-    if (read(header) == 0) {
-        return false;
+}
+
+unsigned long long CFileAccess::write(CVTTypesData& types)
+{
+    if (GrowingRecording* growing = d->shared->growing.get()) {
+        growing->appendTypes(d->own, Format::typeTable(types.get_vector()));
+        d->tellLeftOut();
     }
-    if (readTables) {
-        LoadTables();
-        for (int again = 0; again < MostAgain && !shared.input->file.isUnchanged(); ++again) {
-            ReadAnew();
-            ReadTablesAnew();
+    return 0;
+}
+
+unsigned long long CFileAccess::write(CVTCmdData& record, unsigned long long time, bool isChannelRangeDef)
+{
+    AppendRecord(record, time, isChannelRangeDef);
+    return 0;
+}
+
+void CFileAccess::AppendRecord(const CVTCmdData& record, std::uint64_t time, bool isChannelRangeDef)
+{
+    if (GrowingRecording* growing = d->shared->growing.get()) {
+        growing->append(d->own, record.cmd(), {record.strData(), record.strDataLen()}, time, isChannelRangeDef);
+        if (growing->leftOut()) {
+            d->tellLeftOut();
         }
     }
-    return true;
 }
 
+unsigned long long CFileAccess::write(CHeaderData& header)
+{
+    if (GrowingRecording* growing = d->shared->growing.get()) {
+        growing->writeHeader(toRecord(header, d->own.positions));
+    }
+    return 0;
+}
+
+// Once: most that follows is left out too.
+void CFileAccess::Private::tellLeftOut() const
+{
+    const bool leftOut = (shared->growing != nullptr && shared->growing->leftOut()) ||
+                         (shared->finished != nullptr && shared->finished->leftOut());
+    if (leftOut && !shared->toldLeftOut) {
+        shared->toldLeftOut = true;
+        FileAccessTrace::tell(QStringLiteral("recording file is full, what does not fit is left out"), path, __LINE__);
+    }
+}
+
+CFileAccess::Appended CFileAccess::Append(const CVTCmdData& record, std::uint64_t time, bool isChannelRangeDef,
+                                          std::uint64_t stopMs)
+{
+    JournalStopTime(stopMs);
+    AppendRecord(record, time, isChannelRangeDef);
+    return {fileSize(), WriteFailed()};
+}
+
+bool CFileAccess::WriteFailed() const
+{
+    const GrowingRecording* growing = d->shared->growing.get();
+    return d->own.valid && growing != nullptr && !growing->file().good();
+}
+
+QString CFileAccess::WriteFailure() const
+{
+    return WriteFailed() ? QString::fromStdString(System::errorText(d->shared->growing->file().error())) : QString();
+}
+
+void CFileAccess::JournalHeader(Format::HeaderRecord header)
+{
+    if (GrowingRecording* growing = d->shared->growing.get()) {
+        growing->journalHeader(d->own.positions, std::move(header));
+    }
+}
+
+void CFileAccess::JournalStopTime(std::uint64_t milliseconds)
+{
+    if (GrowingRecording* growing = d->shared->growing.get()) {
+        growing->journalStopTime(milliseconds);
+    }
+}
+
+void CFileAccess::Close(const Format::HeaderRecord& header, bool skipHandOff)
+{
+    CHeaderData face;
+    fromRecord(header, face);
+    CloseRecording(face, skipHandOff);
+}
+
+// A recorder's file is made readable as far as it goes, whatever writing failed for.
 void CFileAccess::CloseRecording(CHeaderData& header, bool skipHandOff)
 {
     try {
-        BeginClosing();
-        WriteTimeTable();
-        WriteCRDTable();
         SharedFile& shared = *d->shared;
-        if (shared.resumed) {
-            shared.output->endHere();
-        }
-        write(header);
-        if (shared.output != nullptr) {
+        if (shared.growing != nullptr) {
+            if (d->recorder != nullptr && d->own.valid) {
+                shared.growing->resume();
+            }
+            shared.growing->writeTables(d->own);
+            d->tellLeftOut();
+            write(header);
             CloseOutput(skipHandOff);
         }
-        shared.input.reset();
-        shared.index.reset();
+        if (shared.finished != nullptr) {
+            shared.finished->close();
+        }
+        if (shared.tables != nullptr) {
+            shared.tables->index.reset();
+        }
     } catch (...) {
-        d->valid = false;
+        d->own.valid = false;
         traceException("Unexpected exception in CFileAccess::CloseRecording: %s");
-    }
-}
-
-// The recorder's file is made readable as far as it goes, whatever writing failed for.
-void CFileAccess::BeginClosing()
-{
-    SharedFile& shared = *d->shared;
-    if (shared.output == nullptr || d->recorder == nullptr || !d->valid) {
-        return;
-    }
-    if (shared.journal != nullptr) {
-        shared.journal->giveBackReserve();  // should this fail and space be short, writing the tables fails and tells
-    }
-    if (!shared.output->good()) {
-        shared.output->resumeAt(shared.acceptedEnd);
-        shared.resumed = true;
     }
 }
 
@@ -246,23 +271,20 @@ void CFileAccess::BeginClosing()
 void CFileAccess::CloseOutput(bool skipHandOff)
 {
     SharedFile& shared = *d->shared;
-    if (shared.forced) {
-        shared.output->force();
-    }
-    shared.output->flush();
+    shared.growing->flush();
     const bool hasFinalName = TakeFinalName();
-    const bool whole = shared.output->close();
-    if (!whole && d->valid && FileAccessTrace::enabled()) {
-        _Q_Trace(QStringLiteral("CFileAccess: recording file could not be written completely: ") +
-                     FileNames::fromBytes(d->path),
-                 FileAccessTrace::Source, __LINE__);
+    const bool whole = shared.growing->close();
+    if (!whole && d->own.valid) {
+        FileAccessTrace::tell(QStringLiteral("recording file could not be written completely"), d->path, __LINE__);
     }
-    shared.output.reset();
-    if (whole && shared.journal != nullptr) {
-        d->removeJournal();
+    const System::Error error = whole ? shared.growing->removeJournal() : 0;
+    shared.growing.reset();
+    if (error != 0) {
+        FileAccessTrace::failure(QStringLiteral("the journal of a closed recording cannot be removed"),
+                                 Journal::pathFor(d->path), error, __LINE__);
     }
-    if (m_sGuid != NoGroup && !skipHandOff && hasFinalName) {
-        moveToNas(m_sGuid, d->fileGroupResult);
+    if (m_sGuid != ArchiveFile::NoGroup && !skipHandOff && hasFinalName) {
+        moveToNas(m_sGuid, shared.fileGroupResult);
     }
 }
 
@@ -271,15 +293,11 @@ void CFileAccess::CloseOutput(bool skipHandOff)
 // archive knows, which another recording may have where names are cut at a dot
 bool CFileAccess::TakeFinalName()
 {
-    if (!d->valid) {
+    if (!d->own.valid) {
         return false;
     }
-    if (!d->shared->output->isAt(FileNames::native(d->path))) {
-        if (FileAccessTrace::enabled()) {
-            _Q_Trace(QStringLiteral("CFileAccess: the recording file is no longer under its name: ") +
-                         FileNames::fromBytes(d->path),
-                     FileAccessTrace::Source, __LINE__);
-        }
+    if (!d->shared->growing->file().isAt(FileNames::native(d->path))) {
+        FileAccessTrace::tell(QStringLiteral("the recording file is no longer under its name"), d->path, __LINE__);
         return false;
     }
     const std::string final = finalName(FileNames::absoluteDirectory(d->path), d->path);
@@ -289,13 +307,13 @@ bool CFileAccess::TakeFinalName()
 
 bool CFileAccess::IsValidFile() const
 {
-    return d->valid;
+    return d->own.valid;
 }
 
 std::int32_t CFileAccess::fileSize() const
 {
-    const OutputFile* output = d->shared->output.get();
-    return output == nullptr ? 0 : static_cast<std::int32_t>(output->position());
+    const GrowingRecording* growing = d->shared->growing.get();
+    return growing == nullptr ? 0 : static_cast<std::int32_t>(growing->file().position());
 }
 
 std::string CFileAccess::path() const
@@ -305,7 +323,28 @@ std::string CFileAccess::path() const
 
 Zelvo::ZelvoError CFileAccess::GetZelvoErrorCode() const
 {
-    return d->zelvoError;
+    return d->shared->archive.error();
+}
+
+QString CFileAccess::fullRecordingFilePath() const
+{
+    return QStringLiteral("%1#zelvo:///%2/%3")
+        .arg(FileNames::fromBytes(d->path), m_sGuid, QString::number(d->shared->fileGroupResult));
+}
+
+QString CFileAccess::getNewGroupGuid(bool reuse)
+{
+    return reuse ? m_sGuid : d->shared->archive.newGroup(d->path);
+}
+
+int CFileAccess::addFileToFileGroup(const QString& filePath, const QString& guid)
+{
+    return d->shared->archive.add(filePath, guid, m_sGuid);
+}
+
+void CFileAccess::moveToNas(const QString& guid, int /*fileId*/)
+{
+    d->shared->archive.move(guid);
 }
 
 }  // namespace Recording2

@@ -15,7 +15,6 @@
 namespace Recording2 {
 
 class CRecording;
-class OutputFile;
 namespace Format {
 struct HeaderRecord;
 }
@@ -151,11 +150,9 @@ private:
 
     bool OpenRecording(const std::string& path, bool write, bool readTables, bool sameGroup);
     bool OpenForWriting(bool sameGroup);
-    void CreateOutput();
-    void CreateForRecorder();
-    void ShowFinalName() const;
-    void BeginClosing();
     bool OpenForReading(bool readTables);
+    void CreateOutput();
+    void ShowFinalName() const;
     void CloseOutput(bool skipHandOff);
     [[nodiscard]] bool TakeFinalName();
 
@@ -177,24 +174,6 @@ private:
 
     [[nodiscard]] bool AtEndOfRecords() const;  // or no file is open for reading
     void GoToFirstRecord();
-    void LoadTables();
-    void ReadTimeTable();
-    void ReadCRDTable();
-    void ReadBookmarkTable();
-    void WriteTimeTable();
-    void WriteCRDTable();
-    void WriteBookmarkTable();
-
-    [[nodiscard]] bool CanRewrite();
-    OutputFile* OpenForUpdate();
-    bool ReopenForReading();
-    void ReadAnew();
-    void ReadTablesAnew();
-    void RequireHeader(CHeaderData& header);
-    void DiscardChange();
-    void RewriteHeaderArea(const CHeaderData& header);
-    /// @return whether all is stored; otherwise the file is as it was
-    bool RewriteFinishedFile(const char* failure, const std::function<void(OutputFile&)>& rewrite);
 
     QString getNewGroupGuid(bool reuse);
     int addFileToFileGroup(const QString& filePath, const QString& guid);

@@ -19,11 +19,12 @@
 #include "format/layout.h"
 #include "record/headertracker.h"
 #include "record/observedvalues.h"
+#include "record/recorderconfiguration.h"
 #include "record/recorderfiles.h"
+#include "record/recordtimes.h"
 #include "record/recordtypetable.h"
+#include "record/statusvalues.h"
 #include "recordmodel.h"
-
-class ICfg;
 
 namespace Recording2 {
 
@@ -72,17 +73,9 @@ private:
     };
 
     void ReadConfiguration();
-    void ReadJournalMode(const ICfg& cfg);
-    void ReadFileMode(const ICfg& cfg);
-    void ReadRecordedValues(const ICfg& section);
-    void UseDefaultPaths();
-    void PublishStatusValues();
-    void PublishRecDf();
-    void ExtendDriverTreeSelection();
 
     [[nodiscard]] bool ShouldRecordType(std::int32_t typeId) const;
     [[nodiscard]] bool ModeExcludesIfSpectrum(std::int32_t modeKey) const;
-    [[nodiscard]] bool RecDf() const;
 
     void RunStartSequence();
     void CloseFile(bool splitting);
@@ -98,9 +91,8 @@ private:
     bool HandleRemoval(const void* subject, TChangeCode code);
     bool HandleControlValue(const void* subject, TChangeCode code);
     void HandleRecStatus(TChangeCode code);
-    void PublishFileName(const QString& path, IObserver* sender = nullptr);
+    void PublishFileName(const QString& path) { m_status.showFileName(path, nullptr); }
     void Capture(void* subject, TChangeCode code, bool control);
-    [[nodiscard]] unsigned long long TakeRecordTime(const values::MappingBase* timedMap);
     void WriteCapture(std::int32_t typeId, TChangeCode code, const std::string& text, unsigned long long recordTime);
     void WriteEarlyChanges();
     [[nodiscard]] bool StopIfWritingFailed();
@@ -114,36 +106,18 @@ private:
 
     static constexpr std::int64_t MaxFileBytes = 500'000'000;
 
-    QString m_valuePath;
-    QString m_statusValuePath;
     QString m_configurationName;
-    QString m_recordingPath;
+    RecorderConfiguration m_configuration;  // the recording path follows REC_FILEPATH
     QString m_currentFileName;
-    bool m_fileNameFormat83 = false;
     HeaderTracker m_tracker;  // kept over the recording
     std::unique_ptr<CFileAccess> m_file;
     RecorderFiles m_files;
-    CTimeStamp m_startTime;
-    CTimeStamp m_lastRecordTime;
+    RecordTimes m_times;
     JournalledFields m_journalled;
-    values::ValueObservingPtr<values::Value<bool>> m_recLoaded;
-    values::ValueObservingPtr<values::ValueSelection> m_recStatus;
-    values::ValuePtr<values::Value<QString>> m_recFileName;
-    values::ValueObservingPtr<values::Value<QString>> m_recFilePath;
-    values::ValueObservingPtr<values::Value<bool>> m_recFileNameFormat83;
-    values::ValueObservingPtr<values::Value<QString>> m_recHeader;
-    values::ValuePtr<values::Value<bool>> m_recDf;
-    const values::Value<bool>* m_refusedRecDf = nullptr;
-    std::int32_t m_maxFileLength = 0;      // read and kept, not consulted
-    std::int32_t m_fileExpandingSize = 0;  // the same
-    std::int64_t m_diskExpandingSize = 0;  // the same
-    bool m_startTimeMoved = false;         // a map's own time has become the start time of the open file
-    bool m_starting = false;               // the start sequence runs
-    std::uint32_t m_starts = 0;            // files opened so far
+    StatusValues m_status;
+    bool m_starting = false;     // the start sequence runs
+    std::uint32_t m_starts = 0;  // files opened so far
     ObservedValues m_values;
-    values::ValuePtr<values::Value<QString>> m_recFileGuid;
-    values::ValuePtr<values::Value<QString>> m_recZelvoFilePath;
-    values::ValuePtr<values::Value<QString>> m_recUncFilePath;
     values::ValuePtr<values::ValueSelection> m_antennaMode;
     std::unique_ptr<Zelvo::ZelvoClient> m_archive;
 

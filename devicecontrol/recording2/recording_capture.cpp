@@ -14,9 +14,6 @@ namespace Recording2 {
 
 namespace {
 
-constexpr std::int32_t KeyOn = 1;
-constexpr unsigned long long FirstCaptureTime = 11;  // after the initial states
-
 bool isOneOf(std::int32_t key, std::initializer_list<std::int32_t> keys)
 {
     return std::find(keys.begin(), keys.end(), key) != keys.end();
@@ -69,25 +66,23 @@ bool CRecording::HandleRemoval(const void* subject, TChangeCode code)
 
 bool CRecording::HandleControlValue(const void* subject, TChangeCode code)
 {
-    const bool control = subject == m_recStatus.get() || subject == m_recFilePath.get() ||
-                         subject == m_recFileNameFormat83.get() || subject == m_recLoaded.get() ||
-                         subject == m_recHeader.get();
-    if (subject == m_recStatus.get()) {
+    const bool control = m_status.isControl(subject);
+    if (m_status.isStatus(subject)) {
         HandleRecStatus(code);
-    } else if (code == TChangeCode::ValueChanged && subject == m_recFilePath.get()) {
-        m_recordingPath = m_recFilePath->GetValue();
-        if (m_recordingPath.isEmpty()) {
-            m_recordingPath = QDir::currentPath();
+    } else if (code == TChangeCode::ValueChanged && m_status.isFilePath(subject)) {
+        m_configuration.recordingPath = m_status.filePath();
+        if (m_configuration.recordingPath.isEmpty()) {
+            m_configuration.recordingPath = QDir::currentPath();
         }
-    } else if (code == TChangeCode::ValueChanged && subject == m_recFileNameFormat83.get()) {
-        m_fileNameFormat83 = m_recFileNameFormat83->GetValue();
+    } else if (code == TChangeCode::ValueChanged && m_status.isFileNameFormat83(subject)) {
+        m_configuration.fileNameFormat83 = m_status.fileNameFormat83();
     }
     return control;
 }
 
 void CRecording::HandleRecStatus(TChangeCode code)
 {
-    const bool on = m_recStatus->GetCurrentKey() == KeyOn;
+    const bool on = m_status.isOn();
     if (on && (code == TChangeCode::ValueChanged || code == TChangeCode::SelectedAgain)) {
         PublishFileName(StartRecording(false));  // ends a running recording first
     } else if (code == TChangeCode::ValueChanged) {
@@ -97,24 +92,17 @@ void CRecording::HandleRecStatus(TChangeCode code)
     }
 }
 
-void CRecording::PublishFileName(const QString& path, IObserver* sender)
-{
-    if (m_recFileName) {
-        m_recFileName->SetValue(path, sender);
-    }
-}
-
 void CRecording::Capture(void* subject, TChangeCode code, bool control)
 {
     const ObservedValues::Observed* found = m_values.find(subject);
     if (found == nullptr) {
         if (!control) {  // the time of a map counts although nobody records it
-            static_cast<void>(TakeRecordTime(timedMap(static_cast<const values::ValueBase*>(subject))));
+            m_times.take(timedMap(static_cast<const values::ValueBase*>(subject)), m_file != nullptr);
         }
         return;
     }
     const ObservedValues::Observed change = *found;  // the list may change below
-    const unsigned long long recordTime = TakeRecordTime(change.timedMap);
+    const unsigned long long recordTime = m_times.take(change.timedMap, m_file != nullptr);
     if (m_file == nullptr) {
         return;
     }
@@ -126,39 +114,22 @@ void CRecording::Capture(void* subject, TChangeCode code, bool control)
     WriteCapture(change.typeId, code, m_values.textOf(change), recordTime);
 }
 
-// The own time of a map becomes the current time of the process, so that the records around it agree with it.
-unsigned long long CRecording::TakeRecordTime(const values::MappingBase* timedMap)
-{
-    const unsigned long long own = timedMap == nullptr ? 0 : timedMap->GetTimeStamp();
-    if (own == 0) {
-        return CTimeStamp::ctsMicroSecs();
-    }
-    CTimeStamp::SetCts(own);
-    if (!m_startTimeMoved && m_file != nullptr) {
-        m_startTime.setTime_ts(own);
-        m_startTimeMoved = true;
-    }
-    return own;
-}
-
 void CRecording::WriteCapture(std::int32_t typeId, TChangeCode code, const std::string& text,
                               unsigned long long recordTime)
 {
     if (m_file == nullptr) {
         return;
     }
-    const unsigned long long start = m_startTime.getTimeStamp();
-    const unsigned long long elapsed = (recordTime > start ? recordTime - start : start - recordTime) / 1000;
     m_record.set_cmd(typeId);
     m_record.set_str(text.c_str(), static_cast<std::int32_t>(text.size()));
     JournalHeaderIfChanged(recordTime);
-    const CFileAccess::Appended appended = m_file->Append(m_record, std::max(elapsed, FirstCaptureTime),
+    const CFileAccess::Appended appended = m_file->Append(m_record, m_times.elapsedMs(recordTime),
                                                           definesChannelRange(typeId, code, text), recordTime / 1000);
     if (appended.failed) {
         StopAfterFailure(m_file->WriteFailure());
         return;
     }
-    m_lastRecordTime.setTime_ts(recordTime);
+    m_times.written(recordTime);
     if (appended.fileBytes > m_fileSizeLimit) {
         StopRecording(true);
         PublishFileName(StartRecording(true));
@@ -170,7 +141,7 @@ void CRecording::JournalHeaderIfChanged(unsigned long long recordTime)
 {
     constexpr unsigned long long TextsInterval = 1'000'000;
     const JournalledFields& last = m_journalled;
-    const bool same = last.range == m_tracker.range() && last.startTime == m_startTime.getTimeStamp();
+    const bool same = last.range == m_tracker.range() && last.startTime == m_times.start().getTimeStamp();
     if (!same || recordTime - last.madeAt >= TextsInterval) {
         m_journalled.madeAt = recordTime;
         JournalHeader();
@@ -182,7 +153,7 @@ void CRecording::JournalHeader()
     if (m_file == nullptr) {
         return;
     }
-    m_journalled = {m_tracker.range(), m_startTime.getTimeStamp(), m_journalled.madeAt};
+    m_journalled = {m_tracker.range(), m_times.start().getTimeStamp(), m_journalled.madeAt};
     m_file->JournalHeader(FinalHeader());
 }
 
@@ -210,9 +181,7 @@ void CRecording::StopAfterFailure(const QString& reason)
         RecordingErrors::trace(QString::fromUtf8(exception.what()), __LINE__);
     }
     CTimeStamp::SetCts(0);  // as after every "Off"
-    if (m_recStatus) {
-        m_recStatus->Select(QStringLiteral("Off"), this);
-    }
+    m_status.showOff();
 }
 
 void CRecording::WriteEarlyChanges()
@@ -245,7 +214,7 @@ bool CRecording::ShouldRecordType(std::int32_t typeId) const
     if (!spectrum || !dfSpectrum) {
         return true;
     }
-    if (RecDf()) {
+    if (m_status.recDf()) {
         return typeId == DfSpectrum;
     }
     if (typeId == IfSpectrum) {
@@ -259,14 +228,6 @@ bool CRecording::ModeExcludesIfSpectrum(std::int32_t modeKey) const
     const IfMode mode = ifModeOf(modeKey);
     return mode == IfMode::No ||
            (mode == IfMode::DependsOnAntenna && m_antennaMode && m_antennaMode->GetText() == QLatin1String("DF"));
-}
-
-bool CRecording::RecDf() const
-{
-    if (m_recDf) {
-        return m_recDf->GetValue();
-    }
-    return m_refusedRecDf != nullptr && m_refusedRecDf->GetValue();
 }
 
 void CRecording::ApplyModeKeywords()

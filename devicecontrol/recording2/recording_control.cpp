@@ -15,7 +15,6 @@ namespace Recording2 {
 namespace {
 
 constexpr float DefaultStepWidth = 100'000;
-constexpr unsigned long long InitialStateTime = 10;
 
 // Header texts are Latin-1.
 std::string headerText(const QString& text)
@@ -46,18 +45,17 @@ QString CRecording::StartRecording(bool splitting)
 {
     try {
         StopRecording(false);
-        m_startTime = CTimeStamp::cts();
-        m_lastRecordTime = m_startTime;
-        m_startTimeMoved = false;
-        const std::string directory = FileNames::toBytes(m_recordingPath + FileNames::separator());
+        m_times.begin();
+        const std::string directory = FileNames::toBytes(m_configuration.recordingPath + FileNames::separator());
         const QString name = RecordingFileName(DeviceCaptionPrefix(), DeviceName(), utcNow(), UseLocalTimeInName());
-        m_file = std::make_unique<CFileAccess>(directory.c_str(), m_statusValuePath, FileNames::toBytes(name).c_str(),
-                                               true, true, splitting, this, m_archive.get());
+        m_file = std::make_unique<CFileAccess>(directory.c_str(), m_configuration.statusValuePath,
+                                               FileNames::toBytes(name).c_str(), true, true, splitting, this,
+                                               m_archive.get());
         m_currentFileName = FileNames::fromBytes(m_file->path());
         JournalHeader();
-        m_file->JournalStopTime(m_lastRecordTime.getMilliSecs());
+        m_file->JournalStopTime(m_times.last().getMilliSecs());
         const std::uint32_t thisStart = ++m_starts;
-        PublishFileName(m_currentFileName, this);
+        m_status.showFileName(m_currentFileName, this);
         if (m_starts == thisStart) {  // an observer of the name may have started the next one
             RunStartSequence();
         }
@@ -114,17 +112,12 @@ void CRecording::CloseFile(bool splitting)
     const std::string path = m_file->path();
     m_file->Close(FinalHeader(), splitting);
     m_file.reset();
-    m_startTimeMoved = false;
+    m_times.end();
     if (path.find(".tmp") != std::string::npos) {
         m_currentFileName.replace(QStringLiteral(".tmp"), QStringLiteral(".rec"));
         PublishFileName(m_currentFileName);
     }
-    const values::VtTransaction transaction(false);
-    for (auto* pointer : {&m_recUncFilePath, &m_recZelvoFilePath}) {
-        if (*pointer) {
-            (*pointer)->SetValue(QString(), nullptr);
-        }
-    }
+    m_status.clearPaths();
 }
 
 void CRecording::DetachAllValues()
@@ -159,8 +152,8 @@ Format::HeaderRecord CRecording::FinalHeader() const
     Format::HeaderRecord header;
     header.majorVersion = 2;
     header.stepWidthHz = DefaultStepWidth;
-    header.startMs = m_startTime.getMilliSecs();
-    header.stopMs = m_lastRecordTime.getMilliSecs();
+    header.startMs = m_times.start().getMilliSecs();
+    header.stopMs = m_times.last().getMilliSecs();
     header.jobId = headerText(JobId());
     header.deviceName = headerText(DeviceName());
     header.deviceType = headerText(DeviceType());
@@ -248,7 +241,8 @@ void CRecording::WriteInitialStates()
             const std::string state = value->GetObjectStateStringForRecording();
             m_record.set_cmd(typeId);
             m_record.set_str(state.c_str(), static_cast<std::int32_t>(state.size()));
-            m_file->write(m_record, InitialStateTime, dynamic_cast<const values::MappingBase*>(value) != nullptr);
+            m_file->write(m_record, RecordTimes::InitialStateMs,
+                          dynamic_cast<const values::MappingBase*>(value) != nullptr);
         }
     } catch (const std::exception& exception) {
         RecordingErrors::rethrow(exception, RecordingErrors::InitialStates);

@@ -52,6 +52,7 @@ test('the address of a view opens the same view', async () => {
     const wanted = { from: start + 12000, to: start + 21000, low: 430.4e6, high: 431.6e6, at: start + 15000, hz: 431e6, of: 'mean', map: 'cividis' };
     await set(page, wanted);
     await page.waitForFunction(() => location.hash.includes('cividis') && location.hash.includes('at='));
+    await settled(page);  // the scale follows what has come
     const again = await open(browser, page.url());
     const [first, second] = [await state(page), await state(again)];
     for (const [name, value] of Object.entries(wanted)) {

@@ -231,6 +231,21 @@ TEST_F(Lifecycle, NothingIsReadFromAFileOpenedForWriting)
     EXPECT_EQ(bytesOf("a.rec"), ReferenceRecording().record(1, "data", 10).close());
 }
 
+TEST_F(Lifecycle, ADefinitionOfAFileThatIsWrittenIsThatOfTheInitialStatesWhereItHasThem)
+{
+    const auto file = openForWriting("a.tmp");
+    write(*file, 20, "34;", 10);
+    write(*file, 20, "34;", 10, true);  // moves to 11
+    for (const auto& [data, expected] : {std::pair{"34;", 10U}, std::pair{"no range", 11U}}) {
+        file->CRDTableToBegin();
+        CVTCmdData record = makeRecord(7, data);  // nothing is read into it
+        unsigned long long time = 0;
+        EXPECT_FALSE(file->readNextChannelRangeDef(record, time));
+        EXPECT_EQ(time, expected);
+        EXPECT_EQ(dataOf(record), data);
+    }
+}
+
 TEST_F(Lifecycle, NothingIsWrittenToAFileOpenedForReading)
 {
     const std::string bytes = ReferenceRecording().record(1, "data", 10).close();

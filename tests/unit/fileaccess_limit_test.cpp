@@ -12,8 +12,8 @@ namespace Recording2 {
 
 class FileAccessTestPeer {
 public:
-    static void seek(CFileAccess& file, std::int64_t position) { file.d->shared->output->seek(position); }
-    static std::int64_t position(const CFileAccess& file) { return file.d->shared->output->position(); }
+    static void seek(CFileAccess& file, std::int64_t position) { file.d->shared->growing->file().seek(position); }
+    static std::int64_t position(const CFileAccess& file) { return file.d->shared->growing->file().position(); }
 };
 
 }  // namespace Recording2

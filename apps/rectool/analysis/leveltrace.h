@@ -45,7 +45,6 @@ public:
     void beginRanking();
     void rank(const values::ChannelRange& range, std::span<const float> levels);
 
-    [[nodiscard]] bool needsRanking() const { return !m_ranks.empty(); }
     [[nodiscard]] std::uint64_t sweeps() const { return m_sweeps; }
     [[nodiscard]] double firstMs() const { return m_firstMs; }
     [[nodiscard]] double lastMs() const { return m_lastMs; }

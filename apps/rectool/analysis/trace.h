@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "leveltrace.h"
-#include "plot/plot.h"
+#include "making/pictureoptions.h"
 #include "replay/recordings.h"
 #include "replay/spectra.h"
 

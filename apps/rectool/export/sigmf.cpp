@@ -14,8 +14,8 @@
 #include "printing/output.h"
 #include "printing/text.h"
 #include "printing/units.h"
+#include "printing/valuetext.h"
 #include "replay/measuredtime.h"
-#include "replay/recordedvalues.h"
 #include "sigmfsamples.h"
 #include "system/filenames.h"
 

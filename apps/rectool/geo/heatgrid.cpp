@@ -88,7 +88,6 @@ std::optional<Area> AreaAround::area(double aroundM) const
 
 HeatGrid::HeatGrid(const Area& area, const HeatSettings& settings)
     : m_area(area),
-      m_sigmaDeg(settings.sigmaDeg),
       m_reachM(settings.reachM),
       m_kernel(evidenceBesides(settings.sigmaDeg)),
       m_within(static_cast<std::size_t>(2 * settings.sigmaDeg * PerDegree)),

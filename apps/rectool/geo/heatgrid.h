@@ -96,7 +96,6 @@ private:
     void fillRow(std::size_t row);
 
     Area m_area;
-    double m_sigmaDeg;
     double m_reachM;
     std::size_t m_columns = 1;
     std::size_t m_rows = 1;

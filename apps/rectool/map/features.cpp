@@ -1,7 +1,6 @@
 // Positions, paths and times as GeoJSON has them, rounded to what they are worth.
 #include "features.h"
 
-#include <cmath>
 #include <utility>
 
 #include <QDateTime>
@@ -11,23 +10,6 @@
 namespace RecTool {
 
 using Geo::Position;
-
-double rounded(double value, double perUnit)
-{
-    return std::round(value * perUnit) / perUnit;
-}
-
-double centimetres(double metres)
-{
-    constexpr double PerMetre = 100;
-    return rounded(metres, PerMetre);
-}
-
-double thousandths(double value)
-{
-    constexpr double PerUnit = 1000;
-    return rounded(value, PerUnit);
-}
 
 double direction(double degrees)
 {
@@ -49,8 +31,7 @@ Json time(unsigned long long us)
 
 Json coordinates(const Position& position)
 {
-    constexpr double PerDegree = 1e7;  // a centimetre
-    return {rounded(position.longitudeDeg, PerDegree), rounded(position.latitudeDeg, PerDegree)};
+    return {placeDegrees(position.longitudeDeg), placeDegrees(position.latitudeDeg)};
 }
 
 namespace {

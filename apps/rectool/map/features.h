@@ -7,13 +7,11 @@
 
 #include "geo/shapes.h"
 #include "printing/json.h"
+#include "printing/units.h"
 #include "replay/recordings.h"
 
 namespace RecTool {
 
-[[nodiscard]] double rounded(double value, double perUnit);
-[[nodiscard]] double centimetres(double metres);
-[[nodiscard]] double thousandths(double value);
 /// Degrees, without the digits that adding two recorded angles makes.
 [[nodiscard]] double direction(double degrees);
 /// In UTC, null after the year 9999. @param us since 1970

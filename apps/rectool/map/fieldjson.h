@@ -5,14 +5,12 @@
 
 #include "analysis/fieldtrack.h"
 #include "features.h"
-#include "verbs/commands.h"
+#include "mapoptions.h"
 
 namespace RecTool {
 
 /// Writes a feature collection, one feature a line: ways and the positions on them.
 void writeFieldJson(const MapOptions& options, const Recordings& recordings, const std::vector<FieldTrack>& tracks,
                     const TextSink& write);
-
-[[nodiscard]] ExitCode mapTrack(const MapOptions& options);
 
 }  // namespace RecTool

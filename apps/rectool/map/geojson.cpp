@@ -201,8 +201,8 @@ private:
     static Json ellipse(const Geo::Fix& fix)
     {
         return {{"confidence", Geo::Confidence},
-                {"semiMajorM", centimetres(fix.ellipse.semiMajorM)},
-                {"semiMinorM", centimetres(fix.ellipse.semiMinorM)},
+                {"semiMajorM", hundredths(fix.ellipse.semiMajorM)},
+                {"semiMinorM", hundredths(fix.ellipse.semiMinorM)},
                 {"orientationDeg", thousandths(fix.ellipse.orientationDeg)}};
     }
 

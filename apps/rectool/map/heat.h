@@ -7,8 +7,8 @@
 
 #include "geo/heatgrid.h"
 #include "geofixes.h"
+#include "mapoptions.h"
 #include "replay/recordings.h"
-#include "verbs/commands.h"
 
 namespace RecTool {
 
@@ -42,8 +42,5 @@ struct Heat {
 
 /// Takes the bearings of the span in two passes. @return Fine, or, told, why there is no heat map
 [[nodiscard]] ExitCode collectHeat(const MapOptions& options, Recordings& recordings, Heat& heat);
-
-/// The verb "map" with --heat.
-[[nodiscard]] ExitCode mapHeat(const MapOptions& options);
 
 }  // namespace RecTool

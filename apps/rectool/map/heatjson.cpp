@@ -11,8 +11,8 @@ constexpr double Silent = 1e-3;  // evidence of a cell that no bearing says anyt
 
 Json degreesOf(const Geo::Area& area)
 {
-    const auto degrees = [](double value) { return rounded(value, 1e7); };
-    return {degrees(area.southDeg), degrees(area.westDeg), degrees(area.northDeg), degrees(area.eastDeg)};
+    return {placeDegrees(area.southDeg), placeDegrees(area.westDeg), placeDegrees(area.northDeg),
+            placeDegrees(area.eastDeg)};
 }
 
 Json cellFeature(const Heat& heat, std::size_t column, std::size_t row, double highest)
@@ -50,8 +50,8 @@ Json fixFeature(const Heat& heat, const BearingGroup& group)
                                          {"firstTime", time(first.measuredUs)},
                                          {"lastTime", time(last.measuredUs)},
                                          {"confidence", Geo::Confidence},
-                                         {"semiMajorM", centimetres(fix.ellipse.semiMajorM)},
-                                         {"semiMinorM", centimetres(fix.ellipse.semiMinorM)},
+                                         {"semiMajorM", hundredths(fix.ellipse.semiMajorM)},
+                                         {"semiMinorM", hundredths(fix.ellipse.semiMinorM)},
                                          {"orientationDeg", thousandths(fix.ellipse.orientationDeg)}});
 }
 
@@ -60,7 +60,7 @@ Json aboutHeat(const MapOptions& options, const Recordings& recordings, const He
     Json about = aboutFiles(options, recordings);
     about.update({{"frequencyHz", options.frequencyHz > 0 ? Json(options.frequencyHz) : Json()},
                   {"sigmaDeg", heat.settings.sigmaDeg},
-                  {"reachM", centimetres(heat.settings.reachM)},
+                  {"reachM", hundredths(heat.settings.reachM)},
                   {"area", degreesOf(heat.grid->area())},
                   {"columns", heat.grid->columns()},
                   {"rows", heat.grid->rows()},

@@ -12,7 +12,7 @@
 #include <values/maps.h>
 
 #include "geo/position.h"
-#include "replay/typenames.h"
+#include "printing/typenames.h"
 
 namespace RecTool {
 

@@ -11,7 +11,7 @@
 #include "making/savedfile.h"
 #include "printing/output.h"
 #include "printing/text.h"
-#include "replay/typenames.h"
+#include "printing/typenames.h"
 
 namespace RecTool {
 

@@ -8,7 +8,7 @@
 #include <recording2/inspection/inspection.h>
 
 #include "features.h"
-#include "verbs/commands.h"
+#include "mapoptions.h"
 
 namespace RecTool {
 

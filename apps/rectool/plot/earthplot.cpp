@@ -9,6 +9,7 @@
 #include "earthpanel.h"
 #include "levelcolours.h"
 #include "printing/text.h"
+#include "printing/units.h"
 
 namespace RecTool {
 
@@ -146,8 +147,8 @@ public:
                      {"keyword", m_track.keyword},
                      {"frequencyHz", m_track.hz},
                      {"points", m_track.points.size()},
-                     {"colourFrom", levelJson(m_range.lower)},
-                     {"colourTo", levelJson(m_range.upper)}};
+                     {"colourFrom", hundredths(m_range.lower)},
+                     {"colourTo", hundredths(m_range.upper)}};
         json.update(placeJson());
         return json;
     }

@@ -99,6 +99,7 @@ void LevelPanel::addLabel(QCPLayoutGrid& layout)
     const QString label = QString::fromStdString(m_picture.source().labelled(m_series.type.track, m_series.keyword));
     const QString whole = m_unit.isEmpty() ? label : QStringLiteral("%1 (%2)").arg(label, m_unit);
     const bool isAlone = m_picture.rows() == 1;
+    layout.setRowStretchFactor(0, AsLittleAsPossible);  // also where nothing is in it
     m_rect->setMinimumMargins(isAlone ? QMargins(8, 12, 34, 8) : QMargins(8, 2, 34, 2));
     if (isAlone) {
         valueAxis().setLabel(whole);
@@ -107,7 +108,6 @@ void LevelPanel::addLabel(QCPLayoutGrid& layout)
     QCPTextElement* title = m_picture.addText(layout, 0, 0, whole);
     title->setTextFlags(Qt::AlignLeft | Qt::AlignBottom);
     title->setMargins(QMargins(8, 4, 0, 0));
-    layout.setRowStretchFactor(0, AsLittleAsPossible);
 }
 
 /// Frequencies are recorded in Hz and read in MHz.

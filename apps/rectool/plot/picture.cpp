@@ -14,6 +14,7 @@
 #include "making/savedfile.h"
 #include "printing/output.h"
 #include "printing/text.h"
+#include "printing/units.h"
 #include "system/filenames.h"
 #include "timeticks.h"
 
@@ -241,15 +242,8 @@ QRect WholePoints::clipRect() const
 Json msJson(double ms)
 {
     constexpr double LargestWhole = 9e15;
-    constexpr double PerMs = 1000;
     const bool isWhole = ms == std::floor(ms) && std::abs(ms) < LargestWhole;
-    return isWhole ? Json(static_cast<std::int64_t>(ms)) : Json(std::round(ms * PerMs) / PerMs);
-}
-
-Json levelJson(double level)
-{
-    constexpr double PerUnit = 100;
-    return std::isfinite(level) ? Json(std::round(level * PerUnit) / PerUnit) : Json();
+    return isWhole ? Json(static_cast<std::int64_t>(ms)) : Json(thousandths(ms));
 }
 
 Panel::Panel(Picture& picture) : m_picture(picture), m_row(picture.body().rowCount())

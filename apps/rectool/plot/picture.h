@@ -150,8 +150,6 @@ private:
 
 /// A time in milliseconds, with parts of them where there are any.
 [[nodiscard]] Json msJson(double ms);
-/// A level in hundredths, null for none.
-[[nodiscard]] Json levelJson(double level);
 
 /// A row or column that gets no more room than it needs.
 constexpr double AsLittleAsPossible = 0.001;

@@ -4,19 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "making/pictureoptions.h"
 #include "printing/exitcode.h"
-#include "replay/recordings.h"
 
 namespace RecTool {
-
-/// What all pictures take.
-struct PlotOptions : RecordingsOptions {
-    std::string output;  ///< path of the picture; its suffix says the format
-    int width = 1400;    ///< pixels
-    int height = 900;    ///< pixels; where it was not asked for, more if the panels need it
-    bool heightIsAsked = false;
-    bool json = false;
-};
 
 /// Whether a picture may be drawn with these options; told if not. No recording is ever overwritten, nor what
 /// is no ordinary file.

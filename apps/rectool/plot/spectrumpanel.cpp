@@ -9,6 +9,7 @@
 
 #include "levelcolours.h"
 #include "printing/text.h"
+#include "printing/units.h"
 
 namespace RecTool {
 
@@ -159,7 +160,7 @@ void SpectrumPanel::addLevels(Json& json) const
         lowest = std::fmin(lowest, piece.grid->lowest());
         highest = std::fmax(highest, piece.grid->highest());
     }
-    json.update({{"minLevel", levelJson(double{lowest})}, {"maxLevel", levelJson(double{highest})}});
+    json.update({{"minLevel", hundredths(double{lowest})}, {"maxLevel", hundredths(double{highest})}});
 }
 
 ExitCode SpectrumPanel::tellPassedOver(ExitCode result) const
@@ -307,8 +308,8 @@ Json Waterfall::json() const
     Json json = m_picture.deviceJson(m_spectrum.type.track);
     json.update({{"keyword", m_spectrum.keyword}, {"code", m_spectrum.type.code}, {"records", m_spectrum.records}});
     addLevels(json);
-    json.update({{"colourFrom", levelJson(m_colours.lower)},
-                 {"colourTo", levelJson(m_colours.upper)},
+    json.update({{"colourFrom", hundredths(m_colours.lower)},
+                 {"colourTo", hundredths(m_colours.upper)},
                  {"channelRangeTimesMs", std::move(rangeTimes)},
                  {"pieces", std::move(pieces)}});
     return json;

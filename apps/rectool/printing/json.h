@@ -8,7 +8,7 @@
 #include <values/valuebase.h>
 
 #include "jsonvalue.h"
-#include "replay/typenames.h"
+#include "typenames.h"
 
 namespace RecTool {
 

@@ -10,7 +10,7 @@
 #include <recording2/inspection/inspection.h>
 
 #include "exitcode.h"
-#include "replay/typenames.h"
+#include "typenames.h"
 
 namespace RecTool {
 

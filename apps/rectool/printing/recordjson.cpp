@@ -12,8 +12,8 @@
 #include <values/value.h>
 
 #include "json.h"
-#include "replay/recordedvalues.h"
 #include "text.h"
+#include "valuetext.h"
 
 namespace RecTool {
 

@@ -10,7 +10,7 @@
 #include <values/maps.h>
 #include <values/valuebase.h>
 
-#include "replay/typenames.h"
+#include "typenames.h"
 
 namespace RecTool {
 

@@ -9,10 +9,10 @@
 #include <values/selection.h>
 #include <values/value.h>
 
-#include "replay/recordedvalues.h"
 #include "style.h"
 #include "table.h"
 #include "text.h"
+#include "valuetext.h"
 
 namespace RecTool {
 

@@ -10,7 +10,7 @@
 
 #include "clocktext.h"
 #include "recordjson.h"
-#include "replay/typenames.h"
+#include "typenames.h"
 
 namespace RecTool {
 

@@ -1,6 +1,7 @@
-// Numbers with a unit, as people write them.
+// Numbers with a unit, as people write them, and rounded to what they are worth.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -15,5 +16,30 @@ namespace RecTool {
 
 /// What the numbers of a keyword are counted in: "dB", "Hz"; empty where that is not fixed or there is no unit.
 [[nodiscard]] std::string unitOfKeyword(const std::string& keyword);
+
+/// To the nearest step, of which so many make one.
+[[nodiscard]] inline double rounded(double value, double perUnit)
+{
+    return std::round(value * perUnit) / perUnit;
+}
+
+/// As levels are recorded.
+[[nodiscard]] inline double hundredths(double value)
+{
+    constexpr double PerUnit = 100;
+    return rounded(value, PerUnit);
+}
+[[nodiscard]] inline double thousandths(double value)
+{
+    constexpr double PerUnit = 1000;
+    return rounded(value, PerUnit);
+}
+
+/// Of a latitude or longitude: to a centimetre on the ground.
+[[nodiscard]] inline double placeDegrees(double degrees)
+{
+    constexpr double PerDegree = 1e7;
+    return rounded(degrees, PerDegree);
+}
 
 }  // namespace RecTool

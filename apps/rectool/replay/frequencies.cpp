@@ -77,22 +77,26 @@ std::vector<FrequencySpan> joined(std::vector<FrequencySpan> spans)
     return joined;
 }
 
+std::size_t nearestChannel(const ChannelRange& range, double hz)
+{
+    if (range.isList()) {
+        const auto isNearer = [hz](double a, double b) { return std::abs(a - hz) < std::abs(b - hz); };
+        return static_cast<std::size_t>(std::min_element(range.channelsHz.begin(), range.channelsHz.end(), isNearer) -
+                                        range.channelsHz.begin());
+    }
+    const double place = range.stepHz == 0 ? 0 : std::round((hz - range.startHz) / range.stepHz);
+    return static_cast<std::size_t>(std::clamp(place, 0.0, static_cast<double>(range.size() - 1)));
+}
+
 std::optional<std::size_t> channelAt(const ChannelRange& range, double hz)
 {
     constexpr double Reach = 0.5 + 1e-9;  // of a channel's width
-    std::size_t nearest = 0;
-    if (range.isList()) {
-        const auto distance = [hz](double a, double b) { return std::abs(a - hz) < std::abs(b - hz); };
-        nearest = static_cast<std::size_t>(
-            std::min_element(range.channelsHz.begin(), range.channelsHz.end(), distance) - range.channelsHz.begin());
-    } else if (range.stepHz != 0 && range.count > 0) {
-        const double place = std::round((hz - range.startHz) / range.stepHz);
-        nearest = static_cast<std::size_t>(std::clamp(place, 0.0, static_cast<double>(range.count - 1)));
+    if (range.size() == 0) {
+        return std::nullopt;
     }
-    const bool isThere = nearest < range.size();
-    return isThere && std::abs(range.frequencyHz(nearest) - hz) <= channelWidthHz(range) * Reach
-               ? std::optional(nearest)
-               : std::nullopt;
+    const std::size_t nearest = nearestChannel(range, hz);
+    return std::abs(range.frequencyHz(nearest) - hz) <= channelWidthHz(range) * Reach ? std::optional(nearest)
+                                                                                      : std::nullopt;
 }
 
 std::vector<FrequencySpan> coveredBy(const ChannelRange& range)

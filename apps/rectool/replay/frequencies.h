@@ -22,6 +22,8 @@ struct FrequencySpan {
 /// How wide a channel is: the step of an even range, the smallest distance between two channels of a list. 0 where
 /// there is neither.
 [[nodiscard]] double channelWidthHz(const values::ChannelRange& range);
+/// The channel whose centre is nearest to a frequency. The range must have channels.
+[[nodiscard]] std::size_t nearestChannel(const values::ChannelRange& range, double hz);
 /// The channel that a frequency belongs to: the nearest one, if it reaches so far.
 [[nodiscard]] std::optional<std::size_t> channelAt(const values::ChannelRange& range, double hz);
 /// The stretches of frequency that the channels cover, ascending; channels that touch are one stretch.

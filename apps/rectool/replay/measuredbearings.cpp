@@ -6,6 +6,8 @@
 
 #include <values/recordingtext.h>
 
+#include "printing/valuetext.h"
+
 namespace RecTool {
 
 void MeasuredBearings::apply(const Recording2::Inspection::Record& record)

@@ -1,23 +1,16 @@
-// Rebuilding values record by record within bounded memory, and describing them in words.
+// Rebuilding values record by record within bounded memory.
 #include "recordedvalues.h"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
-#include <optional>
 #include <span>
 #include <utility>
 
 #include <values/recordingtext.h>
 
-#include "printing/text.h"
-
 namespace RecTool {
 
-using values::Bearing;
-using values::BearingHandler;
 using values::CellMap;
-using values::ChannelRange;
 using values::ValueBase;
 using values::ValueType;
 
@@ -64,101 +57,6 @@ const ValueBase* RecordedValues::find(std::int32_t code) const
 {
     const auto found = m_values.find(code);
     return found == m_values.end() ? nullptr : found->second.get();
-}
-
-namespace {
-
-/// The lowest and highest number, those that are none left out.
-class MeasuredSpan {
-public:
-    void add(double number)
-    {
-        if (std::isnan(number)) {
-            return;
-        }
-        m_lowest = m_count == 0 ? number : std::min(m_lowest, number);
-        m_highest = m_count == 0 ? number : std::max(m_highest, number);
-        ++m_count;
-    }
-    [[nodiscard]] std::size_t count() const { return m_count; }
-    [[nodiscard]] std::string text(int digits) const
-    {
-        return "min " + number(m_lowest, digits) + ", max " + number(m_highest, digits);
-    }
-
-private:
-    double m_lowest = 0;
-    double m_highest = 0;
-    std::size_t m_count = 0;
-};
-
-std::string describeRange(const ChannelRange& range)
-{
-    if (range.size() == 0) {
-        return "no channels";
-    }
-    double lowest = range.frequencyHz(0);
-    double highest = range.frequencyHz(range.size() - 1);
-    if (range.isList()) {
-        const auto [low, high] = std::minmax_element(range.channelsHz.begin(), range.channelsHz.end());
-        lowest = *low;
-        highest = *high;
-    }
-    const std::string from = frequency(lowest);
-    const std::string channels = grouped(range.size()) + (range.size() == 1 ? " channel" : " channels");
-    return (range.size() == 1 ? from : from + " to " + frequency(highest)) + ", " + channels;
-}
-
-std::string describeLevels(const CellMap<float, values::levelHandler>& map)
-{
-    constexpr int Digits = 5;  // hundredths of a decibel
-    MeasuredSpan levels;
-    for (const float level : map.GetCells()) {
-        levels.add(level);
-    }
-    const std::string range = describeRange(map.GetChannelRange());
-    return levels.count() == 0 ? range + ", no level" : range + ", " + levels.text(Digits);
-}
-
-std::string describeBearings(const CellMap<Bearing, BearingHandler>& map)
-{
-    MeasuredSpan azimuths;
-    for (const Bearing& bearing : map.GetCells()) {
-        azimuths.add(bearing.azimuthDeg);
-    }
-    const std::string range = describeRange(map.GetChannelRange());
-    if (azimuths.count() == 0) {
-        return range + ", no bearing";
-    }
-    const std::string bearings = grouped(azimuths.count()) + (azimuths.count() == 1 ? " bearing" : " bearings");
-    return range + ", " + bearings + ", " + azimuths.text(6) + " degrees";
-}
-
-}  // namespace
-
-std::string describe(const ValueBase& value)
-{
-    switch (value.GetType()) {
-        case ValueType::LevelMap:
-            return describeLevels(static_cast<const CellMap<float, values::levelHandler>&>(value));
-        case ValueType::BearingMap:
-        case ValueType::FastBearingMap:
-            return describeBearings(static_cast<const CellMap<Bearing, BearingHandler>&>(value));
-        default:
-            return oneLine(value.GetText().toStdString());
-    }
-}
-
-std::string describe(const Recording2::Inspection::Record& record, const ValueBase* value)
-{
-    constexpr std::size_t MostBytes = 64;
-    return value != nullptr ? describe(*value) : escaped(record.data, MostBytes);
-}
-
-bool isEmpty(const Bearing& bearing)
-{
-    return std::isnan(bearing.azimuthDeg) && std::isnan(bearing.elevationDeg) && std::isnan(bearing.levelDb) &&
-           std::isnan(bearing.quality);
 }
 
 }  // namespace RecTool

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include <recording2/inspection/inspection.h>
@@ -41,14 +40,5 @@ private:
     std::vector<float> m_blank;  // cells
     Load m_load;
 };
-
-/// A value as a person would write it, on one line. Maps: range, number of channels, lowest and highest.
-[[nodiscard]] std::string describe(const values::ValueBase& value);
-/// The same for the value that a record led to. @param value null when the record's data is not understood: it is then
-/// shown as it is, cut where it is long
-[[nodiscard]] std::string describe(const Recording2::Inspection::Record& record, const values::ValueBase* value);
-
-/// Whether nothing of a bearing was measured.
-[[nodiscard]] bool isEmpty(const values::Bearing& bearing);
 
 }  // namespace RecTool

@@ -14,9 +14,9 @@
 
 #include "printing/output.h"
 #include "printing/progress.h"
+#include "printing/typenames.h"
 #include "recordedvalues.h"
 #include "timespan.h"
-#include "typenames.h"
 
 namespace RecTool {
 

@@ -13,8 +13,8 @@
 
 #include "commands.h"
 #include "printing/recordprinter.h"
+#include "printing/typenames.h"
 #include "replay/recordedvalues.h"
-#include "replay/typenames.h"
 
 namespace RecTool {
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "map/mapoptions.h"
 #include "plot/plot.h"
 #include "printing/exitcode.h"
 
@@ -71,20 +72,6 @@ struct StateOptions {
 };
 ExitCode state(const StateOptions& options);
 
-/// Output of geoJson, heat and track is a file, or standard output where it is empty; a picture by its suffix.
-struct MapOptions : PlotOptions {
-    bool geoJson = false;        ///< lines of bearing and fixes on the earth
-    bool heat = false;           ///< where bearings meet, of several recordings
-    bool track = false;          ///< levels of a channel where they were measured, of several recordings
-    bool isOfEarth = false;      ///< one of the following was given, which belong to these
-    double lengthKm = 0;         ///< of the lines and beams; 0: chosen
-    double sigmaDeg = 3;         ///< standard deviation of a bearing
-    double windowSeconds = 600;  ///< bearings of one fix come within this time
-    double frequencyHz = 0;      ///< of the channel; 0: all, which track does not take
-    std::string area;            ///< of a heat map, "SOUTH,WEST,NORTH,EAST"; empty: around the stations
-    int cells = 100;             ///< of a heat map along its longer side
-    std::string unit = "dB";     ///< of levels
-};
 ExitCode map(const MapOptions& options);
 
 struct DiffOptions {

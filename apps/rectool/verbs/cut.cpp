@@ -16,9 +16,9 @@
 #include "printing/json.h"
 #include "printing/output.h"
 #include "printing/text.h"
+#include "printing/typenames.h"
 #include "replay/inforce.h"
 #include "replay/recordingtime.h"
-#include "replay/typenames.h"
 #include "replay/walk.h"
 
 namespace RecTool {

@@ -18,10 +18,12 @@
 #include "printing/output.h"
 #include "printing/table.h"
 #include "printing/text.h"
+#include "printing/typenames.h"
+#include "printing/units.h"
+#include "printing/valuetext.h"
 #include "replay/bearingreplay.h"
 #include "replay/inforce.h"
 #include "replay/recordingtime.h"
-#include "replay/typenames.h"
 #include "replay/walk.h"
 
 namespace RecTool {
@@ -296,11 +298,9 @@ Json mapToJson(const Difference& difference)
     Json largest;
     if (map.at) {
         const bool isLevel = after.GetType() == values::ValueType::LevelMap;
-        constexpr double PerUnit = 100;  // levels are recorded in hundredths
-        largest = {
-            {"channel", *map.at},
-            {"frequencyHz", after.GetChannelRange().frequencyHz(*map.at)},
-            {isLevel ? "levelDb" : "azimuthDeg", isLevel ? std::round(map.largest * PerUnit) / PerUnit : map.largest}};
+        largest = {{"channel", *map.at},
+                   {"frequencyHz", after.GetChannelRange().frequencyHz(*map.at)},
+                   {isLevel ? "levelDb" : "azimuthDeg", isLevel ? hundredths(map.largest) : map.largest}};
     }
     return {{"rangeChanged", map.rangeChanged},
             {"channels", map.rangeChanged ? Json() : Json(map.channels)},

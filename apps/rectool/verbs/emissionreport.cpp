@@ -14,35 +14,11 @@
 #include "printing/output.h"
 #include "printing/table.h"
 #include "printing/text.h"
+#include "printing/units.h"
 
 namespace RecTool {
 
 namespace {
-
-double inSteps(double value, double perUnit)
-{
-    return std::round(value * perUnit) / perUnit;
-}
-
-double hundredths(double value)
-{
-    constexpr double PerUnit = 100;
-    return inSteps(value, PerUnit);
-}
-
-/// To the millihertz.
-double millihertz(double hz)
-{
-    constexpr double PerHz = 1000;
-    return inSteps(hz, PerHz);
-}
-
-/// To a centimetre and a half on the ground.
-double placeDeg(double degrees)
-{
-    constexpr double PerDegree = 1e7;
-    return inSteps(degrees, PerDegree);
-}
 
 std::string withDigits(double value, int digits)
 {
@@ -143,11 +119,12 @@ void printEmissionCsv(const EmissionsOptions& options, const Recordings& recordi
         const Spectrum& spectrum = spectra[emission.spectrum];
         const auto place = placeOf(emission);
         std::string line = time(emission.startMs) + ',' + time(emission.stopMs) + ',' +
-                           number(emission.stopMs - emission.startMs) + ',' + number(millihertz(emission.centreHz())) +
-                           ',' + number(millihertz(emission.band.width())) + ',' +
+                           number(emission.stopMs - emission.startMs) + ',' + number(thousandths(emission.centreHz())) +
+                           ',' + number(thousandths(emission.band.width())) + ',' +
                            number(hundredths(emission.highest)) + ',' + number(hundredths(emission.mean)) + ',' +
                            std::to_string(emission.sweeps) + ',';
-        line += place ? number(placeDeg(place->latitudeDeg)) + ',' + number(placeDeg(place->longitudeDeg)) + ',' : ",,";
+        line += place ? number(placeDegrees(place->latitudeDeg)) + ',' + number(placeDegrees(place->longitudeDeg)) + ','
+                      : ",,";
         if (const auto& bearing = emission.bearing) {
             line += number(hundredths(bearing->azimuthDeg)) + (bearing->isTrue ? ",1," : ",0,") +
                     number(bearing->quality) + ',' + std::to_string(bearing->count) + ',';
@@ -183,8 +160,8 @@ Json emissionJson(const Recordings& recordings, const std::vector<Spectrum>& spe
     const Spectrum& spectrum = spectra[emission.spectrum];
     Json json = {{"startMs", emission.startMs},
                  {"stopMs", emission.stopMs},
-                 {"centreHz", millihertz(emission.centreHz())},
-                 {"bandwidthHz", millihertz(emission.band.width())},
+                 {"centreHz", thousandths(emission.centreHz())},
+                 {"bandwidthHz", thousandths(emission.band.width())},
                  {"max", hundredths(emission.highest)},
                  {"maxMs", emission.highestMs},
                  {"mean", hundredths(emission.mean)},
@@ -193,8 +170,8 @@ Json emissionJson(const Recordings& recordings, const std::vector<Spectrum>& spe
                  {"keyword", spectrum.keyword},
                  {"type", spectrum.type.code}};
     const auto place = placeOf(emission);
-    json["latitudeDeg"] = place ? Json(placeDeg(place->latitudeDeg)) : Json();
-    json["longitudeDeg"] = place ? Json(placeDeg(place->longitudeDeg)) : Json();
+    json["latitudeDeg"] = place ? Json(placeDegrees(place->latitudeDeg)) : Json();
+    json["longitudeDeg"] = place ? Json(placeDegrees(place->longitudeDeg)) : Json();
     json["bearing"] = emission.bearing ? emissionBearingJson(recordings, *emission.bearing) : Json();
     json["first"] = recordNameJson(recordings, emission.first);
     json["last"] = recordNameJson(recordings, emission.last);
@@ -263,7 +240,7 @@ std::size_t writeEmissionFeatures(const EmissionsOptions& options, const Recordi
         }
         const Json point = {
             {"type", "Point"},
-            {"coordinates", Json::array({placeDeg(place->longitudeDeg), placeDeg(place->latitudeDeg)})}};
+            {"coordinates", Json::array({placeDegrees(place->longitudeDeg), placeDegrees(place->latitudeDeg)})}};
         write(comma + dump({{"type", "Feature"},
                             {"geometry", point},
                             {"properties", emissionJson(recordings, spectra, emission)}},

@@ -3,7 +3,7 @@
 #include "listing.h"
 #include "printing/output.h"
 #include "printing/text.h"
-#include "replay/typenames.h"
+#include "printing/typenames.h"
 
 namespace RecTool {
 

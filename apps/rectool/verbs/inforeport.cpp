@@ -6,9 +6,9 @@
 #include <values/value.h>
 
 #include "making/headerfields.h"
+#include "printing/typenames.h"
 #include "replay/presentrecording.h"
 #include "replay/recordedvalues.h"
-#include "replay/typenames.h"
 
 namespace RecTool {
 

@@ -7,7 +7,7 @@
 #include "printing/style.h"
 #include "printing/table.h"
 #include "printing/text.h"
-#include "replay/typenames.h"
+#include "printing/typenames.h"
 
 namespace RecTool {
 

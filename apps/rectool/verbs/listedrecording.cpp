@@ -11,7 +11,7 @@
 #include "listing.h"
 #include "printing/json.h"
 #include "printing/text.h"
-#include "replay/typenames.h"
+#include "printing/typenames.h"
 
 namespace RecTool {
 

@@ -9,18 +9,17 @@
 
 #include "commandline/verb.h"
 #include "commands.h"
-#include "map/fieldjson.h"
-#include "map/heat.h"
 #include "map/mapgeojson.h"
+#include "mapfield.h"
 #include "printing/json.h"
 #include "printing/output.h"
 #include "printing/table.h"
 #include "printing/text.h"
+#include "printing/typenames.h"
+#include "printing/valuetext.h"
 #include "replay/bearingreplay.h"
 #include "replay/measuredtime.h"
-#include "replay/recordedvalues.h"
 #include "replay/recordingtime.h"
-#include "replay/typenames.h"
 #include "replay/walk.h"
 
 namespace RecTool {

@@ -14,8 +14,9 @@
 #include "printing/output.h"
 #include "printing/table.h"
 #include "printing/text.h"
+#include "printing/typenames.h"
+#include "printing/valuetext.h"
 #include "replay/recordedvalues.h"
-#include "replay/typenames.h"
 #include "replay/walk.h"
 
 namespace RecTool {

@@ -20,7 +20,7 @@
 #include "printing/output.h"
 #include "printing/progress.h"
 #include "printing/text.h"
-#include "replay/typenames.h"
+#include "printing/typenames.h"
 
 namespace RecTool {
 

@@ -8,11 +8,11 @@
 #include "printing/json.h"
 #include "printing/output.h"
 #include "printing/table.h"
+#include "printing/typenames.h"
+#include "printing/valuetext.h"
 #include "replay/inforce.h"
 #include "replay/presentrecording.h"
-#include "replay/recordedvalues.h"
 #include "replay/recordingtime.h"
-#include "replay/typenames.h"
 
 namespace RecTool {
 

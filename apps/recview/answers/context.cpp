@@ -9,7 +9,7 @@
 #include <QString>
 
 #include "recordings/valuequeries.h"
-#include "rectool/replay/typenames.h"
+#include "rectool/printing/typenames.h"
 
 namespace RecView {
 

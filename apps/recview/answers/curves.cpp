@@ -43,20 +43,6 @@ void appendCurve(JsonObject& object, const char* axis, const Curve& curve)
     object.truth("exact", curve.exact);
 }
 
-double channelNear(const values::ChannelRange& range, double hz)
-{
-    double nearest = range.frequencyHz(0);
-    if (!range.isList()) {
-        const double channel = range.stepHz == 0 ? 0 : std::round((hz - range.startHz) / range.stepHz);
-        const double last = static_cast<double>(range.size() - 1);
-        return range.frequencyHz(static_cast<std::size_t>(std::clamp(channel, 0.0, last)));
-    }
-    for (const double channel : range.channelsHz) {
-        nearest = std::abs(channel - hz) < std::abs(nearest - hz) ? channel : nearest;
-    }
-    return nearest;
-}
-
 /// The frequency of the channel that is nearest, of all ranges that were recorded.
 double channelAt(const std::vector<OverviewedFile>& files, std::int32_t code, double hz)
 {
@@ -69,7 +55,7 @@ double channelAt(const std::vector<OverviewedFile>& files, std::int32_t code, do
             if (series.code != code || series.range.size() == 0) {
                 continue;
             }
-            const double channel = channelNear(series.range, hz);
+            const double channel = series.range.frequencyHz(RecTool::nearestChannel(series.range, hz));
             nearest = !nearest || std::abs(channel - hz) < std::abs(*nearest - hz) ? channel : *nearest;
         }
     }

@@ -6,8 +6,8 @@
 #include "context.h"
 #include "jsontext.h"
 #include "rectool/printing/recordjson.h"
+#include "rectool/printing/typenames.h"
 #include "rectool/replay/inforce.h"
-#include "rectool/replay/typenames.h"
 
 namespace RecView {
 

@@ -106,12 +106,6 @@ void Overview::setRecords(std::shared_ptr<const RecordSource> records)
     d->records = std::move(records);
 }
 
-std::shared_ptr<const RecordSource> Overview::recordSource() const
-{
-    const std::shared_lock lock(d->mutex);
-    return d->records;
-}
-
 std::vector<Spectrum> Overview::spectra() const
 {
     const Private::Reading reading(*d);

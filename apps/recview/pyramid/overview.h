@@ -189,7 +189,6 @@ public:
     bool keepAs(const std::filesystem::path& path);
     /// Where the records are read again: of a file that grew, after it was renamed.
     void setRecords(std::shared_ptr<const RecordSource> records);
-    [[nodiscard]] std::shared_ptr<const RecordSource> recordSource() const;
 
 private:
     friend class OverviewBuilder;

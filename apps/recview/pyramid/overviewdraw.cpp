@@ -140,9 +140,8 @@ Curve Overview::channelOver(std::int32_t code, double hz, const Stretch& time, s
         for (std::size_t i = 0; type != nullptr && i < type->series.size(); ++i) {
             const Series& series = type->series[i].series;
             if (quarter == 0 && series.span.lowHz <= hz && hz <= series.span.highHz && series.range.size() > 0) {
-                const RecTool::FrequencySpan channel = nearestChannel(series.range, hz);
-                quarter = std::max(channel.width() / 4, 0.5);
-                curve.hz = (channel.lowHz + channel.highHz) / 2;
+                quarter = std::max(RecTool::channelWidthHz(series.range) / 4, 0.5);
+                curve.hz = series.range.frequencyHz(RecTool::nearestChannel(series.range, hz));
             }
         }
         if (quarter == 0) {

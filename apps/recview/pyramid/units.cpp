@@ -94,19 +94,4 @@ RecTool::FrequencySpan wholeSpan(const values::ChannelRange& range)
     return {std::min(low, high) - half, std::max(low, high) + half};
 }
 
-RecTool::FrequencySpan nearestChannel(const values::ChannelRange& range, double hz)
-{
-    const double half = RecTool::channelWidthHz(range) / 2;
-    double nearest = range.frequencyHz(0);
-    if (range.isList()) {
-        nearest = *std::min_element(range.channelsHz.begin(), range.channelsHz.end(),
-                                    [&](double a, double b) { return std::abs(a - hz) < std::abs(b - hz); });
-    } else if (range.stepHz != 0) {
-        const double channel = std::round((hz - range.startHz) / range.stepHz);
-        nearest = range.frequencyHz(
-            static_cast<std::size_t>(std::clamp(channel, 0.0, static_cast<double>(range.size() - 1))));
-    }
-    return {nearest - half, nearest + half};
-}
-
 }  // namespace RecView

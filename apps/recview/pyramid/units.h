@@ -65,7 +65,4 @@ private:
 /// From the lower edge of the lowest channel to the upper edge of the highest.
 [[nodiscard]] RecTool::FrequencySpan wholeSpan(const values::ChannelRange& range);
 
-/// The frequencies of the channel that is nearest. The range must have channels.
-[[nodiscard]] RecTool::FrequencySpan nearestChannel(const values::ChannelRange& range, double hz);
-
 }  // namespace RecView

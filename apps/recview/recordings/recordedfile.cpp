@@ -13,9 +13,9 @@
 #include <values/valuebase.h>
 
 #include "rectool/printing/text.h"
+#include "rectool/printing/typenames.h"
 #include "rectool/printing/units.h"
 #include "rectool/replay/recordedranges.h"
-#include "rectool/replay/typenames.h"
 
 namespace RecView {
 

@@ -11,7 +11,7 @@
 
 #include <values/value.h>
 
-#include "rectool/replay/recordedvalues.h"
+#include "rectool/printing/valuetext.h"
 
 namespace RecView {
 

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "rectool/replay/inforce.h"
-#include "rectool/replay/recordedvalues.h"
 #include "valuepart.h"
 
 namespace RecView {

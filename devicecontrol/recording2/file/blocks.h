@@ -27,6 +27,17 @@ inline void appendTime(OutputFile& output, std::uint64_t milliseconds)
     output.commit(Format::putTime(output.reserve(), milliseconds));
 }
 
+/// Notes where a table is written for the first time. @return false, and leftOut set, when no header could name that
+inline bool beginTable(const OutputFile& output, std::int32_t& position, bool& leftOut)
+{
+    if (position == 0 && output.position() > Format::LastPosition) {
+        leftOut = true;
+        return false;
+    }
+    position = position == 0 ? static_cast<std::int32_t>(output.position()) : position;
+    return true;
+}
+
 inline void appendBookmark(OutputFile& output, std::uint64_t milliseconds, std::string_view text)
 {
     appendTime(output, milliseconds);

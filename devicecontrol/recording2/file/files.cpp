@@ -117,11 +117,11 @@ void OutputFile::flush()
     }
 }
 
-void OutputFile::force()
+void OutputFile::fsync()
 {
     flush();
     if (good()) {
-        fail(m_file.sync());
+        fail(m_file.fsync());
     }
 }
 

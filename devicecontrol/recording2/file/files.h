@@ -67,7 +67,7 @@ public:
     void seek(std::int64_t position);                                             ///< A negative position is a failure.
     void seekToEnd();
     void flush();                          ///< Hands what is buffered to the system.
-    void force();                          ///< Flushes, and forces the file to the device.
+    void fsync();                          ///< Flushes, and makes the device keep it.
     void resumeAt(std::int64_t position);  ///< Forgets a failure and what was appended after a position.
     void endHere();                        ///< Flushes, and ends the file at the position.
     bool store();  ///< Flushes, and changes the file of Update so far, or leaves it as it is. @return good()

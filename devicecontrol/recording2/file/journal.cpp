@@ -13,7 +13,7 @@ namespace {
 
 using namespace Format::Journal;
 
-std::uint64_t newSalt()
+std::uint64_t newNonce()
 {
     std::random_device device;
     const std::uint64_t high = device();
@@ -61,10 +61,10 @@ System::Error Journal::make(JournalMode mode)
     if (error != 0) {
         return error;
     }
-    m_salt = newSalt();
-    store64(page() + HandedOffset, seal(m_salt, HandedOffset, 0));
+    m_nonce = newNonce();
+    store64(page() + HandedOffset, seal(m_nonce, HandedOffset, 0));
     tailStartsAt(0);
-    putIdentity(page(), {m_salt, static_cast<std::uint32_t>(mode)});
+    putIdentity(page(), {m_nonce, static_cast<std::uint32_t>(mode)});
     return 0;
 }
 
@@ -94,29 +94,29 @@ System::Error Journal::handOver()
     }
     m_handed += m_latest;
     m_latest = 0;
-    store32(latest(0) + EntryCheckOffset, 0);
-    store64(page() + HandedOffset, seal(m_salt, HandedOffset, m_handed));
+    store32(latest(0) + EntryChecksumOffset, 0);
+    store64(page() + HandedOffset, seal(m_nonce, HandedOffset, m_handed));
     return 0;
 }
 
 void Journal::setTypes(std::int64_t begin, std::string_view block)
 {
-    putTypes(page(), m_salt, static_cast<std::uint64_t>(begin), block);
+    putTypes(page(), m_nonce, static_cast<std::uint64_t>(begin), block);
 }
 
 void Journal::setHeader(std::string_view record)
 {
-    putHeader(page(), m_salt, ++m_headers, record);
+    putHeader(page(), m_nonce, ++m_headers, record);
 }
 
 // The entries in the mapping move too: it is used again at once, and the device may keep a later state of it only.
-System::Error Journal::force()
+System::Error Journal::fsync()
 {
     System::Error error = m_latest == 0 ? 0 : handOver();
     if (error == 0) {
-        error = m_mapping.sync();
+        error = m_mapping.fsync();
     }
-    return error == 0 ? m_file.sync() : error;
+    return error == 0 ? m_file.fsync() : error;
 }
 
 System::Error Journal::giveBackReserve()

@@ -42,7 +42,7 @@ public:
     void tailStartsAt(std::int64_t position)
     {
         using namespace Format::Journal;
-        store64(page() + TailStartOffset, seal(m_salt, TailStartOffset, static_cast<std::uint64_t>(position)));
+        store64(page() + TailStartOffset, seal(m_nonce, TailStartOffset, static_cast<std::uint64_t>(position)));
     }
 
     /// Sees to it that the next record can be accepted.
@@ -58,12 +58,13 @@ public:
     {
         using namespace Format::Journal;
         const std::uint64_t number = m_handed + m_latest;
-        putStopTime(page(), m_salt, number, m_stopMs);
+        putStopTime(page(), m_nonce, number, m_stopMs);
         char* const slot = latest(m_latest);
         if (m_latest + 1 < LatestEntries) {
-            store32(slot + EntryBytes + EntryCheckOffset, 0);  // what stood there before is no entry any more
+            store32(slot + EntryBytes + EntryChecksumOffset, 0);  // what stood there before is no entry any more
         }
-        putEntry(slot, m_salt, number, {timeMs, position, channelRange, true, recordCheck(m_salt, number, code, data)});
+        putEntry(slot, m_nonce, number,
+                 {timeMs, position, channelRange, true, recordChecksum(m_nonce, number, code, data)});
         ++m_latest;
     }
     /// The stop time of the header once the next record is accepted.
@@ -71,8 +72,8 @@ public:
     void setTypes(std::int64_t begin, std::string_view block);
     void setHeader(std::string_view record);
 
-    /// Forces the journal to the device. What of the recording is not in the buffer must be there already.
-    System::Error force();
+    /// Makes the device keep the journal. What of the recording is not in the buffer must be there already.
+    System::Error fsync();
     /// Gives back the space that is kept for the closing tables.
     System::Error giveBackReserve();
     /// Unless another file has its name meanwhile. The buffer is gone then.
@@ -92,7 +93,7 @@ private:
     std::filesystem::path m_path;
     System::NativeFile m_file;
     System::Mapping m_mapping;
-    std::uint64_t m_salt = 0;
+    std::uint64_t m_nonce = 0;
     std::uint64_t m_handed = 0;  // entries written after the mapping
     std::size_t m_latest = 0;    // entries after them, in the mapping
     std::uint64_t m_capacity = 0;

@@ -61,10 +61,10 @@ void RecordingWriter::end(Format::HeaderRecord& header, const ClosingTables& tab
     m_file->append(Format::headerArea(header));
 }
 
-System::Error RecordingWriter::close(bool force)
+System::Error RecordingWriter::close(bool fsync)
 {
-    if (force) {
-        m_file->force();
+    if (fsync) {
+        m_file->fsync();
     }
     m_file->close();
     return m_file->error();

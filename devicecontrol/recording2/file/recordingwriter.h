@@ -43,7 +43,7 @@ public:
     /// Writes the tables, and the header with their positions. @param header receives the positions
     void end(Format::HeaderRecord& header, const ClosingTables& tables);
     /// What was written is with the system then, or on the device. @return the first error of all steps
-    System::Error close(bool force);
+    System::Error close(bool fsync);
     /// Once what was written is as it should be. @param replace a file that has the name may go
     System::Error takeName(bool replace);
     /// Removes the file unless it has its name.

@@ -116,7 +116,7 @@ System::Error restore(System::NativeFile& file, const Format::Undo& undo)
         }
     }
     const System::Error error = file.size() > undo.sizeBefore ? file.setSize(undo.sizeBefore) : 0;
-    return error != 0 ? error : file.sync();
+    return error != 0 ? error : file.fsync();
 }
 
 }  // namespace
@@ -240,7 +240,7 @@ System::Error Rewriting::store()
     }
     if (error == 0) {
         // The change is made. Should forcing this fail, a power failure may undo it, all of it.
-        static_cast<void>(System::syncDirectory(directoryOf(m_path)));
+        static_cast<void>(System::fsyncDirectory(directoryOf(m_path)));
     } else if (restore(m_file, undo) == 0) {                    // otherwise what was before is read from the journal
         static_cast<void>(System::removeFile(undoOf(m_path)));  // which says the same as the file, should it stay
     }
@@ -274,12 +274,12 @@ System::Error Rewriting::writeUndo(const Format::Undo& undo) const
     journal.takeAccessOf(m_file);
     error = write(journal, 0, Format::encodeUndo(undo));
     if (error == 0) {
-        error = journal.sync();
+        error = journal.fsync();
     }
     const System::Error closing = journal.close();
     error = error != 0 ? error : closing;
     if (error == 0) {
-        error = System::syncDirectory(directoryOf(m_path));
+        error = System::fsyncDirectory(directoryOf(m_path));
     }
     if (error != 0) {
         static_cast<void>(System::removeFile(name));  // should it stay, it says the same as the file
@@ -294,7 +294,7 @@ System::Error Rewriting::apply()
             return error;
         }
     }
-    return m_file.sync();
+    return m_file.fsync();
 }
 
 }  // namespace Recording2

@@ -92,7 +92,6 @@ public:
     /// Goes to a position and clears the end mark. A negative position leaves the cursor where it is.
     void seek(std::int64_t position);
     [[nodiscard]] bool atEnd() const { return m_end; }
-    void clearEnd() { m_end = false; }
     /// Bytes between here and the end of the source.
     [[nodiscard]] std::int64_t remaining();
     /// Forgets buffered bytes, because the source's bytes changed.

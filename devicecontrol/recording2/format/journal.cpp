@@ -30,31 +30,31 @@ bool isSampled(const Identity& identity)
 }
 
 /// Of a few bytes of the page. @param number what stands there once only: its offset, the number of a record
-std::uint64_t checkOf(const Identity& identity, std::uint64_t number, std::string_view bytes)
+std::uint64_t checksumOf(const Identity& identity, std::uint64_t number, std::string_view bytes)
 {
-    return isSampled(identity) ? Sampled::check(identity.salt + number, bytes)
-                               : checksum(identity.salt + number, bytes);
+    return isSampled(identity) ? Sampled::checksum(identity.nonce + number, bytes)
+                               : checksum(identity.nonce + number, bytes);
 }
 
-std::uint64_t headerCheck(const Identity& identity, std::uint64_t writing, std::string_view record)
+std::uint64_t headerChecksum(const Identity& identity, std::uint64_t writing, std::string_view record)
 {
-    const std::uint64_t seed = identity.salt + writing;
-    return (isSampled(identity) ? Sampled::checkOfHeader(seed, record) : checksum(seed, record)) | 1U;
+    const std::uint64_t seed = identity.nonce + writing;
+    return (isSampled(identity) ? Sampled::checksumOfHeader(seed, record) : checksum(seed, record)) | 1U;
 }
 
-std::uint64_t typesCheck(const Identity& identity, std::string_view block)
+std::uint64_t typesChecksum(const Identity& identity, std::string_view block)
 {
-    return isSampled(identity) ? Sampled::checkOfTypes(identity.salt, block) : checksum(identity.salt, block);
+    return isSampled(identity) ? Sampled::checksumOfTypes(identity.nonce, block) : checksum(identity.nonce, block);
 }
 
 std::uint64_t sealed(const Identity& identity, std::size_t offset, std::uint64_t number)
 {
-    constexpr std::uint64_t CheckMask = 0xffffffU;
+    constexpr std::uint64_t ChecksumMask = 0xffffffU;
     char word[WordBytes];
     putInt64(word, number);
-    const std::uint64_t check = isSampled(identity) ? Sampled::checkOfNumber(identity.salt + offset, number)
-                                                    : checksum(identity.salt + offset, {word, sizeof word});
-    return number << 24U | (check & CheckMask);
+    const std::uint64_t own = isSampled(identity) ? Sampled::checksumOfNumber(identity.nonce + offset, number)
+                                                  : checksum(identity.nonce + offset, {word, sizeof word});
+    return number << 24U | (own & ChecksumMask);
 }
 
 struct HeaderSlot {
@@ -64,14 +64,14 @@ struct HeaderSlot {
 
 std::optional<HeaderSlot> getHeaderSlot(const char* slot, const Identity& identity)
 {
-    const std::uint64_t check = getInt64(slot);
+    const std::uint64_t stored = getInt64(slot);
     const HeaderSlot found{getInt64(slot + WordBytes), {}};
     const std::uint64_t length = getInt64(slot + 2 * WordBytes);
-    if (check == 0 || length > HeaderSlotBytes - HeaderSlotHeadBytes) {
+    if (stored == 0 || length > HeaderSlotBytes - HeaderSlotHeadBytes) {
         return std::nullopt;
     }
     const std::string_view record(slot + HeaderSlotHeadBytes, static_cast<std::size_t>(length));
-    if (headerCheck(identity, found.writing, record) != check) {
+    if (headerChecksum(identity, found.writing, record) != stored) {
         return std::nullopt;
     }
     return HeaderSlot{found.writing, record};
@@ -83,8 +83,8 @@ void putIdentity(char* page, const Identity& identity)
 {
     char* out = std::copy(Magic.begin(), Magic.end(), page);
     out = putInt32(putInt32(out, identity.version), identity.mode);
-    out = putInt64(out, identity.salt);
-    putInt64(out, checkOf(identity, 0, {page, IdentityBytes}));
+    out = putInt64(out, identity.nonce);
+    putInt64(out, checksumOf(identity, 0, {page, IdentityBytes}));
 }
 
 std::optional<Identity> getIdentity(const char* page)
@@ -93,7 +93,7 @@ std::optional<Identity> getIdentity(const char* page)
     const Identity identity{getInt64(page + 2 * WordBytes), getInt32(page + WordBytes + sizeof version), version};
     const bool known =
         std::string_view(page, Magic.size()) == Magic && (version == Version || version == SampledVersion);
-    if (!known || getInt64(page + IdentityBytes) != checkOf(identity, 0, {page, IdentityBytes})) {
+    if (!known || getInt64(page + IdentityBytes) != checksumOf(identity, 0, {page, IdentityBytes})) {
         return std::nullopt;
     }
     return identity;
@@ -109,32 +109,33 @@ Entry getEntry(const char* from, const Identity& identity, std::uint64_t number)
     constexpr std::uint32_t PositionMask = 0x7fffffffU;
     const bool sampled = isSampled(identity);
     const std::uint32_t place = getInt32(from + (sampled ? Sampled::EntryPlaceOffset : EntryPlaceOffset));
-    const std::uint32_t check = getInt32(from + (sampled ? Sampled::EntryCheckOffset : EntryCheckOffset));
-    Entry entry{getInt64(from), static_cast<std::int32_t>(place & PositionMask), place > PositionMask, false, check};
+    const std::uint32_t stored = getInt32(from + (sampled ? Sampled::EntryChecksumOffset : EntryChecksumOffset));
+    Entry entry{getInt64(from), static_cast<std::int32_t>(place & PositionMask), place > PositionMask, false, stored};
     if (sampled) {
-        entry.sound = Sampled::isSound(check, identity.salt + number, entry.timeMs, place);
+        entry.sound = Sampled::isSound(stored, identity.nonce + number, entry.timeMs, place);
     } else {
-        entry.recordCheck = getInt64(from + EntryRecordOffset);
-        entry.sound = check == entryCheck(identity.salt, number, entry.timeMs, place, entry.recordCheck);
+        entry.recordChecksum = getInt64(from + EntryRecordOffset);
+        entry.sound = stored == entryChecksum(identity.nonce, number, entry.timeMs, place, entry.recordChecksum);
     }
     return entry;
 }
 
 bool isNone(const char* from, const Identity& identity)
 {
-    return getInt32(from + (isSampled(identity) ? Sampled::EntryCheckOffset : EntryCheckOffset)) == 0;
+    return getInt32(from + (isSampled(identity) ? Sampled::EntryChecksumOffset : EntryChecksumOffset)) == 0;
 }
 
 bool isRecordOf(const Entry& entry, const Identity& identity, std::uint64_t number, std::int32_t code,
                 std::string_view data)
 {
-    return entry.recordCheck == (isSampled(identity) ? Sampled::checkOfRecord(identity.salt + number, entry, code, data)
-                                                     : recordCheck(identity.salt, number, code, data));
+    return entry.recordChecksum == (isSampled(identity)
+                                        ? Sampled::checksumOfRecord(identity.nonce + number, entry, code, data)
+                                        : recordChecksum(identity.nonce, number, code, data));
 }
 
-std::uint64_t seal(std::uint64_t salt, std::size_t offset, std::uint64_t number)
+std::uint64_t seal(std::uint64_t nonce, std::size_t offset, std::uint64_t number)
 {
-    return sealed({salt}, offset, number);
+    return sealed({nonce}, offset, number);
 }
 
 std::optional<std::uint64_t> unseal(const Identity& identity, std::size_t offset, std::uint64_t sealedNumber)
@@ -147,24 +148,25 @@ std::optional<std::uint64_t> getStopTime(const char* page, const Identity& ident
 {
     const char* const slot = page + StopTimeOffset + number % 2 * StopTimeBytes;
     const std::uint64_t milliseconds = getInt64(slot);
-    const std::uint64_t check = isSampled(identity) ? Sampled::checkOfStopTime(identity.salt + number, milliseconds)
-                                                    : stopTimeCheck(identity.salt, number, milliseconds);
-    return getInt64(slot + WordBytes) == check ? std::optional<std::uint64_t>(milliseconds) : std::nullopt;
+    const std::uint64_t expected = isSampled(identity)
+                                       ? Sampled::checksumOfStopTime(identity.nonce + number, milliseconds)
+                                       : stopTimeChecksum(identity.nonce, number, milliseconds);
+    return getInt64(slot + WordBytes) == expected ? std::optional<std::uint64_t>(milliseconds) : std::nullopt;
 }
 
-void putTypes(char* page, std::uint64_t salt, std::uint64_t begin, std::string_view block)
+void putTypes(char* page, std::uint64_t nonce, std::uint64_t begin, std::string_view block)
 {
-    const Identity identity{salt};
+    const Identity identity{nonce};
     char* const out = page + TypesOffset;
-    char* const end = putInt64(putInt64(putInt64(out, begin), begin + block.size()), typesCheck(identity, block));
+    char* const end = putInt64(putInt64(putInt64(out, begin), begin + block.size()), typesChecksum(identity, block));
     inOrder();
-    putInt64(end, checkOf(identity, 0, {out, 3 * WordBytes}));
+    putInt64(end, checksumOf(identity, 0, {out, 3 * WordBytes}));
 }
 
 std::optional<Types> getTypes(const char* page, const Identity& identity)
 {
     const char* const from = page + TypesOffset;
-    if (getInt64(from + 3 * WordBytes) != checkOf(identity, 0, {from, 3 * WordBytes})) {
+    if (getInt64(from + 3 * WordBytes) != checksumOf(identity, 0, {from, 3 * WordBytes})) {
         return std::nullopt;
     }
     return Types{getInt64(from), getInt64(from + WordBytes), getInt64(from + 2 * WordBytes)};
@@ -172,10 +174,10 @@ std::optional<Types> getTypes(const char* page, const Identity& identity)
 
 bool areTypesOf(const Types& types, const Identity& identity, std::string_view block)
 {
-    return types.end - types.begin == block.size() && typesCheck(identity, block) == types.check;
+    return types.end - types.begin == block.size() && typesChecksum(identity, block) == types.checksum;
 }
 
-void putHeader(char* page, std::uint64_t salt, std::uint64_t writing, std::string_view record)
+void putHeader(char* page, std::uint64_t nonce, std::uint64_t writing, std::string_view record)
 {
     char* const slot = headerSlot(page, writing);
     record = record.substr(0, HeaderSlotBytes - HeaderSlotHeadBytes);
@@ -184,7 +186,7 @@ void putHeader(char* page, std::uint64_t salt, std::uint64_t writing, std::strin
     char* const out = putInt64(putInt64(slot + WordBytes, writing), record.size());
     std::copy(record.begin(), record.end(), out);
     inOrder();
-    putInt64(slot, headerCheck({salt}, writing, record));
+    putInt64(slot, headerChecksum({nonce}, writing, record));
 }
 
 std::optional<std::string> getHeader(const char* page, const Identity& identity)

@@ -15,7 +15,7 @@ namespace Recording2::Format::Journal {
 
 constexpr std::string_view Magic = "REC2JRNL";
 constexpr std::uint32_t Version = 2;
-constexpr std::uint32_t SampledVersion = 1;  // its checks cover a part of long records only; it is still read
+constexpr std::uint32_t SampledVersion = 1;  // its checksums cover a part of long records only; it is still read
 
 // One page of state, the tail of the recording, the latest record entries, and from there on all the others.
 constexpr std::size_t PageBytes = 4096;
@@ -54,10 +54,10 @@ inline void store32(char* to, std::uint32_t value)
     store(to, value);
 }
 
-/// What never changes after the journal was made. Every checksum begins with the salt, which is another one in every
+/// What never changes after the journal was made. Every checksum begins with the nonce, which is another one in every
 /// journal: what an earlier file left on the device is foreign.
 struct Identity {
-    std::uint64_t salt = 0;
+    std::uint64_t nonce = 0;
     std::uint32_t mode = 0;  ///< as the recorder was configured, for people
     std::uint32_t version = Version;
 };
@@ -70,14 +70,14 @@ struct Entry {
     std::uint64_t timeMs = 0;  ///< since the start of the recording
     std::int32_t position = 0;
     bool channelRange = false;
-    bool sound = false;             ///< as it was written, whatever became of the record
-    std::uint64_t recordCheck = 0;  ///< of the record's code and data
+    bool sound = false;                ///< as it was written, whatever became of the record
+    std::uint64_t recordChecksum = 0;  ///< of the record's code and data
 };
 
 // Inside an entry: time, checksum of the record, place, checksum of the entry.
 constexpr std::size_t EntryRecordOffset = 8;
 constexpr std::size_t EntryPlaceOffset = 16;
-constexpr std::size_t EntryCheckOffset = 20;
+constexpr std::size_t EntryChecksumOffset = 20;
 
 /// The position, with the highest bit set where the record is in the channel range table.
 [[nodiscard]] inline std::uint32_t placeOf(std::int32_t position, bool channelRange)
@@ -85,27 +85,27 @@ constexpr std::size_t EntryCheckOffset = 20;
     constexpr std::uint32_t ChannelRangeBit = 0x80000000U;
     return static_cast<std::uint32_t>(position) | (channelRange ? ChannelRangeBit : 0U);
 }
-[[nodiscard]] inline std::uint64_t recordCheck(std::uint64_t salt, std::uint64_t number, std::int32_t code,
-                                               std::string_view data)
+[[nodiscard]] inline std::uint64_t recordChecksum(std::uint64_t nonce, std::uint64_t number, std::int32_t code,
+                                                  std::string_view data)
 {
-    return checksum((salt + number) ^ std::uint64_t{static_cast<std::uint32_t>(code)} << 32U, data);
+    return checksum((nonce + number) ^ std::uint64_t{static_cast<std::uint32_t>(code)} << 32U, data);
 }
 /// Never 0: there is no entry where that stands.
-[[nodiscard]] inline std::uint32_t entryCheck(std::uint64_t salt, std::uint64_t number, std::uint64_t timeMs,
-                                              std::uint32_t place, std::uint64_t recordCheck)
+[[nodiscard]] inline std::uint32_t entryChecksum(std::uint64_t nonce, std::uint64_t number, std::uint64_t timeMs,
+                                                 std::uint32_t place, std::uint64_t recordChecksum)
 {
     char words[2 * sizeof(std::uint64_t)];
     putInt64(putInt64(words, timeMs), place);
-    const auto check = static_cast<std::uint32_t>(checksum((salt + number) ^ recordCheck, {words, sizeof words}));
-    return check == 0 ? 1 : check;
+    const auto sum = static_cast<std::uint32_t>(checksum((nonce + number) ^ recordChecksum, {words, sizeof words}));
+    return sum == 0 ? 1 : sum;
 }
 /// The checksum is stored last, at once: it is what makes these bytes an entry.
-inline void putEntry(char* out, std::uint64_t salt, std::uint64_t number, const Entry& entry)
+inline void putEntry(char* out, std::uint64_t nonce, std::uint64_t number, const Entry& entry)
 {
     const std::uint32_t place = placeOf(entry.position, entry.channelRange);
-    putInt64(putInt64(out, entry.timeMs), entry.recordCheck);
+    putInt64(putInt64(out, entry.timeMs), entry.recordChecksum);
     putInt32(out + EntryPlaceOffset, place);
-    store32(out + EntryCheckOffset, entryCheck(salt, number, entry.timeMs, place, entry.recordCheck));
+    store32(out + EntryChecksumOffset, entryChecksum(nonce, number, entry.timeMs, place, entry.recordChecksum));
 }
 
 /// How many bytes an entry has in a journal.
@@ -118,18 +118,19 @@ inline void putEntry(char* out, std::uint64_t salt, std::uint64_t number, const 
                               std::string_view data);
 
 /// A number below 2^40 that is changed by a single store together with its checksum.
-[[nodiscard]] std::uint64_t seal(std::uint64_t salt, std::size_t offset, std::uint64_t number);
+[[nodiscard]] std::uint64_t seal(std::uint64_t nonce, std::size_t offset, std::uint64_t number);
 [[nodiscard]] std::optional<std::uint64_t> unseal(const Identity& identity, std::size_t offset, std::uint64_t sealed);
 
 /// Tells whether a stop time is that of the record with a number. The page's identity stands in the same sector.
-[[nodiscard]] inline std::uint64_t stopTimeCheck(std::uint64_t salt, std::uint64_t number, std::uint64_t milliseconds)
+[[nodiscard]] inline std::uint64_t stopTimeChecksum(std::uint64_t nonce, std::uint64_t number,
+                                                    std::uint64_t milliseconds)
 {
-    return (salt + number) ^ milliseconds;
+    return (nonce + number) ^ milliseconds;
 }
-inline void putStopTime(char* page, std::uint64_t salt, std::uint64_t number, std::uint64_t milliseconds)
+inline void putStopTime(char* page, std::uint64_t nonce, std::uint64_t number, std::uint64_t milliseconds)
 {
     char* const slot = page + StopTimeOffset + number % 2 * StopTimeBytes;
-    putInt64(putInt64(slot, milliseconds), stopTimeCheck(salt, number, milliseconds));
+    putInt64(putInt64(slot, milliseconds), stopTimeChecksum(nonce, number, milliseconds));
 }
 /// The stop time of the recording once the record with that number was accepted.
 [[nodiscard]] std::optional<std::uint64_t> getStopTime(const char* page, const Identity& identity,
@@ -139,15 +140,15 @@ inline void putStopTime(char* page, std::uint64_t salt, std::uint64_t number, st
 struct Types {
     std::uint64_t begin = 0;
     std::uint64_t end = 0;
-    std::uint64_t check = 0;
+    std::uint64_t checksum = 0;
 };
-void putTypes(char* page, std::uint64_t salt, std::uint64_t begin, std::string_view block);
+void putTypes(char* page, std::uint64_t nonce, std::uint64_t begin, std::string_view block);
 [[nodiscard]] std::optional<Types> getTypes(const char* page, const Identity& identity);
 /// Whether the bytes of a type table are those that were written.
 [[nodiscard]] bool areTypesOf(const Types& types, const Identity& identity, std::string_view block);
 
 /// The header record as closing would write it, but for what becomes known only then. @param writing 1, 2, 3, ...
-void putHeader(char* page, std::uint64_t salt, std::uint64_t writing, std::string_view record);
+void putHeader(char* page, std::uint64_t nonce, std::uint64_t writing, std::string_view record);
 /// That of the last writing which is whole.
 [[nodiscard]] std::optional<std::string> getHeader(const char* page, const Identity& identity);
 

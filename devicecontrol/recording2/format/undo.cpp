@@ -1,8 +1,8 @@
-// The bytes before and after each change, and a check over all of them.
+// The bytes before and after each change, and a checksum of all of them.
 #include "undo.h"
 
 #include "littleendian.h"
-#include "wordcheck.h"
+#include "wordchecksum.h"
 
 namespace Recording2::Format {
 
@@ -11,8 +11,8 @@ namespace {
 constexpr std::string_view UndoMagic = "REC2UNDO";
 constexpr std::uint64_t UndoVersion = 1;
 constexpr std::size_t WordBytes = sizeof(std::uint64_t);
-constexpr std::size_t CheckOffset = 2 * WordBytes;
-constexpr std::size_t CheckedOffset = 3 * WordBytes;
+constexpr std::size_t ChecksumOffset = 2 * WordBytes;
+constexpr std::size_t CoveredOffset = 3 * WordBytes;
 
 void appendWord(std::string& out, std::uint64_t value)
 {
@@ -20,10 +20,10 @@ void appendWord(std::string& out, std::uint64_t value)
     out.append(word, putInt64(word, value));
 }
 
-std::uint64_t checkOf(std::string_view bytes)
+std::uint64_t checksumOf(std::string_view bytes)
 {
-    const std::string_view checked = bytes.substr(CheckedOffset);
-    return WordCheck(checked.size()).add(checked).value();
+    const std::string_view covered = bytes.substr(CoveredOffset);
+    return WordChecksum(covered.size()).add(covered).value();
 }
 
 /// What stood there lies within the file as it was; what comes in its place may go on after its end.
@@ -74,17 +74,18 @@ std::string encodeUndo(const Undo& undo)
         bytes += change.before;
         bytes += change.after;
     }
-    putInt64(bytes.data() + CheckOffset, checkOf(bytes));
+    putInt64(bytes.data() + ChecksumOffset, checksumOf(bytes));
     return bytes;
 }
 
 std::optional<Undo> decodeUndo(std::string_view bytes)
 {
-    if (bytes.size() < CheckedOffset || bytes.substr(0, UndoMagic.size()) != UndoMagic ||
-        getInt64(bytes.data() + WordBytes) != UndoVersion || getInt64(bytes.data() + CheckOffset) != checkOf(bytes)) {
+    if (bytes.size() < CoveredOffset || bytes.substr(0, UndoMagic.size()) != UndoMagic ||
+        getInt64(bytes.data() + WordBytes) != UndoVersion ||
+        getInt64(bytes.data() + ChecksumOffset) != checksumOf(bytes)) {
         return std::nullopt;
     }
-    UndoReader reader(bytes.substr(CheckedOffset));
+    UndoReader reader(bytes.substr(CoveredOffset));
     Undo undo;
     undo.sizeBefore = static_cast<std::int64_t>(reader.word());
     const std::uint64_t count = reader.word();

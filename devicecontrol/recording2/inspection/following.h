@@ -13,7 +13,7 @@ namespace Recording2::Inspection {
 
 /// Gives every record that was accepted, once and in order, as soon as it was: from "NAME.tmp" and its journal while
 /// they are written, and to the last one once the recording is closed. What is given was accepted: entry and record are
-/// checked by the journal's checksums, and what does not give its check yet is looked at again the next time.
+/// checked by the journal's checksums, and what does not give its checksum yet is looked at again the next time.
 ///
 /// Looking costs what is new, and a few pages where nothing is. Memory: what is looked at together, the longest record,
 /// and for a finished recording its time table. One thread at a time; threads may each have their own.

@@ -101,10 +101,13 @@ void HeaderTracker::takeScan(std::int32_t typeId, const values::ValueBase& value
 {
     if (const auto* numeric = dynamic_cast<const values::ValueNumeric<double>*>(&value)) {
         const auto number = static_cast<float>(numeric->GetValue());
-        if (typeId == StartFreq) {
-            m_range.startFreq = widen ? std::min(m_range.startFreq.value_or(number), number) : number;
-        } else {
-            m_range.stopFreq = widen ? std::max(m_range.stopFreq.value_or(number), number) : number;
+        std::optional<float>& limit = typeId == StartFreq ? m_range.startFreq : m_range.stopFreq;
+        if (!widen) {
+            limit.reset();
+        }
+        if (!std::isnan(number)) {  // else it is not known yet
+            const float before = limit.value_or(number);
+            limit = typeId == StartFreq ? std::min(before, number) : std::max(before, number);
         }
     }
 }

@@ -67,7 +67,7 @@ protected:
         const std::string tail = s_journal.substr(Journal::TailOffset + half, Journal::TailBytes - half);
         std::copy(tail.begin(), tail.end(), s_journal.begin() + Journal::TailOffset);
         Recording2::Format::putInt64(&s_journal[Journal::TailStartOffset],
-                                     Journal::seal(identity.salt, Journal::TailStartOffset, start + half));
+                                     Journal::seal(identity.nonce, Journal::TailStartOffset, start + half));
         s_tailUsed = static_cast<std::size_t>(TestSupport::parseRecording(s_closed).header.timeTable) - start - half;
     }
 

@@ -128,23 +128,23 @@ TEST_P(Rewriting, HasTheWayBackOnTheDeviceBeforeTheRecordingIsTouchedAndTheRecor
     }
     callsMade = nullptr;
     const std::string folder =
-        "force " + QFileInfo(undoName()).absoluteDir().dirName().toStdString();  // where the way back has its name
-    std::set<std::string> toBeForced;
+        "fsync " + QFileInfo(undoName()).absoluteDir().dirName().toStdString();  // where the way back has its name
+    std::set<std::string> toBeFsynced;
     int written = 0;
     for (const std::string& call : calls) {
         if (call == "write a.rec.undo") {
-            toBeForced.insert({"force a.rec.undo", folder});
+            toBeFsynced.insert({"fsync a.rec.undo", folder});
         } else if (call == "write a.rec") {
-            EXPECT_THAT(toBeForced, testing::IsSubsetOf({std::string("force a.rec")}));
-            toBeForced.insert("force a.rec");
+            EXPECT_THAT(toBeFsynced, testing::IsSubsetOf({std::string("fsync a.rec")}));
+            toBeFsynced.insert("fsync a.rec");
             ++written;
         } else if (call == "remove a.rec.undo") {
-            EXPECT_THAT(toBeForced, testing::IsEmpty());
+            EXPECT_THAT(toBeFsynced, testing::IsEmpty());
         }
-        toBeForced.erase(call);
+        toBeFsynced.erase(call);
     }
     EXPECT_GT(written, 0);
-    EXPECT_THAT(toBeForced, testing::IsEmpty());
+    EXPECT_THAT(toBeFsynced, testing::IsEmpty());
 }
 
 // A program that saves by renaming, or who moves recordings about.

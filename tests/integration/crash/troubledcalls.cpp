@@ -105,12 +105,12 @@ int __wrap_ftruncate(int file, off_t size)
 }
 int __wrap_fdatasync(int file)
 {
-    note("force", file);
+    note("fsync", file);
     return troubled([&] { return __real_fdatasync(file); });
 }
 int __wrap_fsync(int file)
 {
-    note("force", file);
+    note("fsync", file);
     return troubled([&] { return __real_fsync(file); });
 }
 int __wrap_unlink(const char* path)

@@ -23,7 +23,7 @@ struct Trouble {
 };
 extern Trouble trouble;
 
-/// What was written, forced and removed, as "write a.rec", while it is asked for.
+/// What was written, fsynced and removed, as "write a.rec", while it is asked for.
 extern std::vector<std::string>* callsMade;
 
 /// What happens before the next wait for a lock, once.

@@ -213,6 +213,17 @@ TEST_F(PlotTruth, PanelsStandInTheOrderInWhichTheyAreAskedFor)
     EXPECT_EQ(series[2].at("keyword"), "LEVEL");
 }
 
+TEST_F(PlotTruth, ThePanelOfASingleValueTakesTheWholePicture)
+{
+    const Recorded recorded{"RX 1", StartMs, 11, {{10, Heading, number("1")}, {11, Heading, number("2")}}};
+    draw({"level", "--type", "TRUEHEADING", write(recorded)});
+    int drawn = 0;
+    for (int x = 0; x < m_image.width(); ++x) {
+        drawn += m_image.pixelColor(x, m_image.height() / 4) == QColor(Qt::white) ? 0 : 1;
+    }
+    EXPECT_GT(drawn, 1) << "at least both of its axes reach up there";
+}
+
 TEST_F(PlotTruth, NoLineCrossesThePictureWhereAHeadingPassesNorth)
 {
     for (const int headings : {4, 4000}) {

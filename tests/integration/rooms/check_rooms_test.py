@@ -108,6 +108,15 @@ class CheckRooms(unittest.TestCase):
     def test_a_source_knows_no_other(self):
         self.assert_refused("apps/recstation/sources/sim/sim.cpp", '"../feed/feedsource.h"')
 
+    def test_rooms_side_by_side_include_each_other_one_way(self):
+        table = "doc/architecture.md"
+        rows = "\n## Rooms\n| `a` | | `b`, `a/in` | any |\n| `a/in` | | `a` | any |\n| `b` | | %s | any |\n\n## End\n"
+        code, output = check({table: rows % "`a/in`"})
+        self.assertNotIn("each other", output)
+        code, output = check({table: rows % "`a`"})
+        self.assertEqual(code, 1)
+        self.assertTrue(output.startswith(f"{table}: a and b include each other\n"), output)
+
     def test_a_folder_that_no_room_holds_takes_nothing_of_the_project(self):
         self.assert_refused("plugins/new.cpp", "<recording2/fileaccess.h>")
 

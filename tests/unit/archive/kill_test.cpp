@@ -43,9 +43,9 @@ public:
     {
         around([&] { Files::rename(from, to); });
     }
-    void syncDirectory(const QString& path) override
+    void fsyncDirectory(const QString& path) override
     {
-        around([&] { Files::syncDirectory(path); });
+        around([&] { Files::fsyncDirectory(path); });
     }
     void remove(const QString& path) override
     {

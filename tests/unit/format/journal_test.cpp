@@ -6,15 +6,15 @@
 #include <string>
 
 #include <recording2/format/journal.h>
-#include <recording2/format/wordcheck.h>
+#include <recording2/format/wordchecksum.h>
 
 namespace FormatTests {
 namespace {
 
 namespace Journal = Recording2::Format::Journal;
 
-constexpr std::uint64_t Salt = 0x1234'5678'9abc'def1U;
-const Journal::Identity Ours{Salt};
+constexpr std::uint64_t Nonce = 0x1234'5678'9abc'def1U;
+const Journal::Identity Ours{Nonce};
 
 class JournalPage : public testing::Test {
 protected:
@@ -37,8 +37,8 @@ private:
 
 TEST_F(JournalPage, TellsItsIdentityOnlyWhole)
 {
-    Journal::putIdentity(page(), {Salt, 2});
-    EXPECT_EQ(Journal::getIdentity(page())->salt, Salt);
+    Journal::putIdentity(page(), {Nonce, 2});
+    EXPECT_EQ(Journal::getIdentity(page())->nonce, Nonce);
     EXPECT_EQ(Journal::getIdentity(page())->mode, 2U);
     expectEveryByteCounts(0, 32, [&] { return Journal::getIdentity(page()).has_value(); });
 }
@@ -54,17 +54,17 @@ TEST_F(JournalPage, OfZerosTellsNothing)
 
 TEST_F(JournalPage, HoldsTheHeaderWrittenLast)
 {
-    Journal::putHeader(page(), Salt, 1, "first");
-    Journal::putHeader(page(), Salt, 2, "second");
-    Journal::putHeader(page(), Salt, 3, "third");
+    Journal::putHeader(page(), Nonce, 1, "first");
+    Journal::putHeader(page(), Nonce, 2, "second");
+    Journal::putHeader(page(), Nonce, 3, "third");
     EXPECT_EQ(Journal::getHeader(page(), Ours), "third");
-    EXPECT_FALSE(Journal::getHeader(page(), {Salt + 1}));
+    EXPECT_FALSE(Journal::getHeader(page(), {Nonce + 1}));
 }
 
 TEST_F(JournalPage, GoesBackToTheHeaderBeforeWhereTheLastIsDamaged)
 {
-    Journal::putHeader(page(), Salt, 1, "first");
-    Journal::putHeader(page(), Salt, 2, "second");
+    Journal::putHeader(page(), Nonce, 1, "first");
+    Journal::putHeader(page(), Nonce, 2, "second");
     constexpr std::size_t Second = Journal::HeadersOffset;
     expectEveryByteCounts(Second, Second + Journal::HeaderSlotHeadBytes + 6,
                           [&] { return Journal::getHeader(page(), Ours) == "second"; });
@@ -74,8 +74,8 @@ TEST_F(JournalPage, GoesBackToTheHeaderBeforeWhereTheLastIsDamaged)
 
 TEST_F(JournalPage, KeepsTheStopTimesOfTheLastTwoRecords)
 {
-    Journal::putStopTime(page(), Salt, 4, 1'000);
-    Journal::putStopTime(page(), Salt, 5, 2'000);
+    Journal::putStopTime(page(), Nonce, 4, 1'000);
+    Journal::putStopTime(page(), Nonce, 5, 2'000);
     EXPECT_EQ(Journal::getStopTime(page(), Ours, 4), 1'000U);
     EXPECT_EQ(Journal::getStopTime(page(), Ours, 5), 2'000U);
     EXPECT_FALSE(Journal::getStopTime(page(), Ours, 3));
@@ -84,7 +84,7 @@ TEST_F(JournalPage, KeepsTheStopTimesOfTheLastTwoRecords)
 
 TEST(JournalNumber, IsSealedWithItsPlace)
 {
-    const std::uint64_t sealed = Journal::seal(Salt, Journal::TailStartOffset, 2'147'483'647);
+    const std::uint64_t sealed = Journal::seal(Nonce, Journal::TailStartOffset, 2'147'483'647);
     EXPECT_EQ(Journal::unseal(Ours, Journal::TailStartOffset, sealed), 2'147'483'647U);
     EXPECT_FALSE(Journal::unseal(Ours, Journal::HandedOffset, sealed));
     for (unsigned int bit = 0; bit < 64; ++bit) {
@@ -96,7 +96,8 @@ TEST(JournalEntry, IsSoundWithoutItsRecordAndKnowsIt)
 {
     alignas(8) char bytes[Journal::EntryBytes] = {};
     EXPECT_TRUE(Journal::isNone(bytes, Ours));
-    Journal::putEntry(bytes, Salt, 7, {60'000, 2'147'483'647, true, true, Journal::recordCheck(Salt, 7, 12, "data")});
+    Journal::putEntry(bytes, Nonce, 7,
+                      {60'000, 2'147'483'647, true, true, Journal::recordChecksum(Nonce, 7, 12, "data")});
     EXPECT_FALSE(Journal::isNone(bytes, Ours));
     const Journal::Entry read = Journal::getEntry(bytes, Ours, 7);
     EXPECT_EQ(read.timeMs, 60'000U);
@@ -113,7 +114,7 @@ TEST(JournalEntry, IsSoundWithoutItsRecordAndKnowsIt)
 TEST(JournalEntry, WithAnyBitFlippedIsNotSound)
 {
     alignas(8) char bytes[Journal::EntryBytes] = {};
-    Journal::putEntry(bytes, Salt, 7, {60'000, 500, false, true, Journal::recordCheck(Salt, 7, 12, "data")});
+    Journal::putEntry(bytes, Nonce, 7, {60'000, 500, false, true, Journal::recordChecksum(Nonce, 7, 12, "data")});
     for (unsigned int bit = 0; bit < 8 * sizeof bytes; ++bit) {
         bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ 1 << bit % 8);
         EXPECT_FALSE(Journal::getEntry(bytes, Ours, 7).sound) << bit;
@@ -125,24 +126,26 @@ TEST(RecordChecksum, CoversEveryBit)
 {
     for (const std::size_t size : {1U, 8U, 64U, 65U, 300U, 20'000U}) {
         std::string bytes(size, 'a');
-        const std::uint64_t whole = Journal::recordCheck(Salt, 0, 1, bytes);
+        const std::uint64_t whole = Journal::recordChecksum(Nonce, 0, 1, bytes);
         for (std::size_t bit = 0; bit<8 * size; bit += size> 300 ? 101 : 1) {
             bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ 1 << bit % 8);
-            EXPECT_NE(Journal::recordCheck(Salt, 0, 1, bytes), whole) << size << ' ' << bit;
+            EXPECT_NE(Journal::recordChecksum(Nonce, 0, 1, bytes), whole) << size << ' ' << bit;
             bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ 1 << bit % 8);
         }
     }
 }
 
-TEST(WordCheck, CoversEveryByte)
+TEST(WordChecksum, CoversEveryByte)
 {
-    const auto check = [](const std::string& bytes) { return Recording2::Format::WordCheck(Salt).add(bytes).value(); };
+    const auto checksum = [](const std::string& bytes) {
+        return Recording2::Format::WordChecksum(Nonce).add(bytes).value();
+    };
     for (std::size_t size = 1; size <= 64; ++size) {
         const std::string bytes(size, 'a');
         for (std::size_t i = 0; i < size; ++i) {
             std::string damaged = bytes;
             damaged[i] = 'b';
-            EXPECT_NE(check(damaged), check(bytes)) << size << ' ' << i;
+            EXPECT_NE(checksum(damaged), checksum(bytes)) << size << ' ' << i;
         }
     }
 }

@@ -189,6 +189,17 @@ TEST_F(RecorderConfiguration, TheLaterOfTwoSpellingsOfAKeywordWins)
     EXPECT_EQ(Peer::resolve(recorder(), "LEVEL", QString()), "/Second");
 }
 
+TEST_F(RecorderConfiguration, AConfigurationThatIsReadAgainWithoutValuesLeavesThemAsTheyAreObserved)
+{
+    station.add<Number>("/LEVEL");
+    station.configure(QString(), "LEVEL = \"/LEVEL\"");
+    attachRecorder();
+    station.configure(QString());
+    recorder().Init();
+    EXPECT_EQ(keywords(), QStringList("LEVEL"));
+    EXPECT_EQ(Peer::keywords(recorder()).Find("LEVEL")->observed, station.tree.Find("/LEVEL"));
+}
+
 TEST_F(RecorderConfiguration, TheValuesSectionNeverChangesTypeIds)
 {
     station.configure(QString(), "NEWKEYWORD = \"/NEW\"\nLEVEL = \"/Other/Level\"");

@@ -172,6 +172,22 @@ TEST_F(RecorderFailure, ARecorderMayEndWhileValuesThatFailedAreObserved)
     EXPECT_EQ(scripted().ObserverCount(), 0U);
 }
 
+TEST_F(RecorderFailure, AFileThatWasSavedAfterAFailureMayBeClosedAgainByACopy)
+{
+    const std::string path = TestSupport::fileName8(station.file("a.tmp"));
+    CFileAccess file(path.c_str(), QString(), nullptr, true, false, false, &recorder(), nullptr);
+    CFileAccess copy(file);
+    CVTCmdData record;
+    record.set_str("kept", 0);
+    file.write(record, 10, false);
+    Recording2::FileAccessTestPeer::failWriting(file);
+    CHeaderData header;
+    header.set_version(2, 0);
+    file.CloseRecording(header, true);
+    copy.CloseRecording(header, true);
+    EXPECT_EQ(parsed(station.file("a.rec")).records.at(0).data, "kept");
+}
+
 TEST_F(RecorderFailure, AFailingObserverDoesNotKeepTheRecorderFromAChange)
 {
     const Listener failing(after(), [](values::ValueBase&, TChangeCode) { fail(); });

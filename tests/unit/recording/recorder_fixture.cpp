@@ -3,9 +3,14 @@
 
 #include <algorithm>
 
-#include <recording2/fileaccess.h>
+#include <recording2/fileaccess_p.h>
 
 #include "support/recordingbytes.h"
+
+void Recording2::FileAccessTestPeer::failWriting(CFileAccess& file)
+{
+    file.d->shared->growing->file().fail(System::InvalidPosition);
+}
 
 namespace RecorderTests {
 

@@ -26,6 +26,7 @@ public:
         return file.addFileToFileGroup(path, guid);
     }
     static void move(CFileAccess& file, const QString& guid, int fileId) { file.moveToNas(guid, fileId); }
+    static void failWriting(CFileAccess& file);
 };
 
 /// What tests may see and set of a recorder beyond its interface.
@@ -40,20 +41,27 @@ public:
     static double& frequencyOffset(CRecording& recorder) { return recorder.m_tracker.m_frequencyOffset; }
     static std::int32_t& minLevel(CRecording& recorder) { return *recorder.m_tracker.m_range.minLevel; }
     static std::int32_t& maxLevel(CRecording& recorder) { return *recorder.m_tracker.m_range.maxLevel; }
-    static bool fileNameFormat83(const CRecording& recorder) { return recorder.m_fileNameFormat83; }
-    static std::int32_t maxFileLength(const CRecording& recorder) { return recorder.m_maxFileLength; }
-    static std::int32_t fileExpandingSize(const CRecording& recorder) { return recorder.m_fileExpandingSize; }
-    static std::int64_t diskExpandingSize(const CRecording& recorder) { return recorder.m_diskExpandingSize; }
-    static QString valuePath(const CRecording& recorder) { return recorder.m_valuePath; }
-    static QString statusValuePath(const CRecording& recorder) { return recorder.m_statusValuePath; }
-    static QString recordingPath(const CRecording& recorder) { return recorder.m_recordingPath; }
+    static bool fileNameFormat83(const CRecording& recorder) { return recorder.m_configuration.fileNameFormat83; }
+    static std::int32_t maxFileLength(const CRecording& recorder) { return recorder.m_configuration.maxFileLength; }
+    static std::int32_t fileExpandingSize(const CRecording& recorder)
+    {
+        return recorder.m_configuration.fileExpandingSize;
+    }
+    static std::int64_t diskExpandingSize(const CRecording& recorder)
+    {
+        return recorder.m_configuration.diskExpandingSize;
+    }
+    static QString valuePath(const CRecording& recorder) { return recorder.m_configuration.valuePath; }
+    static QString statusValuePath(const CRecording& recorder) { return recorder.m_configuration.statusValuePath; }
+    static QString recordingPath(const CRecording& recorder) { return recorder.m_configuration.recordingPath; }
     static QString currentFileName(const CRecording& recorder) { return recorder.m_currentFileName; }
     static bool isRecording(const CRecording& recorder) { return recorder.m_file != nullptr; }
     /// Puts a file of any name in the place of the open one.
     static void replaceFile(CRecording& recorder, const QString& path)
     {
-        recorder.m_file = std::make_unique<CFileAccess>(path.toUtf8().constData(), recorder.m_statusValuePath, nullptr,
-                                                        true, true, false, &recorder, nullptr);
+        recorder.m_file =
+            std::make_unique<CFileAccess>(path.toUtf8().constData(), recorder.m_configuration.statusValuePath, nullptr,
+                                          true, true, false, &recorder, nullptr);
     }
     static const CValueTableMap& keywords(const CRecording& recorder) { return recorder.m_values.m_keywords; }
     static const CValueTableMap& inactiveKeywords(const CRecording& recorder)

@@ -29,7 +29,7 @@ public:
     void putEntry(std::uint64_t number, const Journal::Entry& entry, std::size_t bytes)
     {
         char slot[Journal::EntryBytes];
-        Journal::putEntry(slot, m_identity.salt, number, entry);
+        Journal::putEntry(slot, m_identity.nonce, number, entry);
         write(Journal::LatestOffset + number * Journal::EntryBytes, {slot, bytes});
     }
     void putIntoTail(std::int64_t position, std::string_view bytes)
@@ -38,7 +38,7 @@ public:
     }
     [[nodiscard]] std::uint64_t check(std::uint64_t number, std::int32_t code, std::string_view data) const
     {
-        return Journal::recordCheck(m_identity.salt, number, code, data);
+        return Journal::recordChecksum(m_identity.nonce, number, code, data);
     }
 
 private:

@@ -8,6 +8,21 @@ namespace {
 
 class RecorderHeader : public FullStationTest {};
 
+TEST_F(RecorderHeader, FrequenciesThatBecomeKnownWhileRecordingAreTheHeaders)
+{
+    constexpr double Unknown = std::numeric_limits<double>::quiet_NaN();
+    startFreq().SetValue(Unknown);
+    stopFreq().SetValue(Unknown);
+    startRecorder();
+    startFreq().SetValue(100e6);
+    stopFreq().SetValue(120e6);
+    startFreq().SetValue(Unknown);
+    EXPECT_EQ(Peer::startFreq(recorder()), 100e6F);
+    EXPECT_EQ(stopAndRead().header.stopFrequency, 120e6F);
+    start();
+    EXPECT_EQ(stopAndRead().header.startFrequency, 0) << "it was not told again";
+}
+
 TEST_F(RecorderHeader, TheHeadersStartFrequencyIsTheLowest)
 {
     startFreq().SetValue(100e6);

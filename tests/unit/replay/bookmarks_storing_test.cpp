@@ -111,6 +111,41 @@ TEST_F(BookmarksTest, OfChangesMadeTogetherNothingIsStoredWhenOneThrows)
     EXPECT_EQ(fileBytes(), stored.bytes());
 }
 
+TEST_F(BookmarksTest, OfChangesMadeTogetherNothingIsStoredWhenTheFileIsClosedWithinThem)
+{
+    const FinishedFile stored = marked(m_withRanges, {{10, "a"}});
+    auto file = open(stored);
+    CHeaderData header;
+    EXPECT_FALSE(file->rewriteTogether(
+        [&] {
+            file->addBookmark(20, "b");
+            file->writeBookmarks();
+            file->CloseRecording(header, true);
+            file->writeBookmarks();
+        },
+        [] { ADD_FAILURE() << "nothing is stored"; }));
+    file.reset();
+    EXPECT_EQ(fileBytes(), stored.bytes());
+}
+
+TEST_F(BookmarksTest, NothingIsAppendedWithinChangesMadeTogether)
+{
+    const FinishedFile stored = marked(m_withRanges, {{10, "a"}});
+    auto file = open(stored);
+    CHeaderData header;
+    CVTCmdData record;
+    record.set_str("data", 0);
+    EXPECT_TRUE(file->rewriteTogether(
+        [&] {
+            file->write(header);
+            file->write(record, 5000, true);
+            EXPECT_EQ(file->fileSize(), 0);
+        },
+        {}));
+    file.reset();
+    EXPECT_EQ(fileBytes(), stored.bytes());
+}
+
 TEST_F(BookmarksTest, RemovingOneThatDoesNotExistCountsAsAChange)
 {
     m_file.markHeaderArea();

@@ -71,7 +71,7 @@ TEST_F(SystemFiles, ANameThatIsTakenIsNeverReplacedByRenaming)
     EXPECT_EQ(System::kindOf(System::renameToNew(from, path("other"))), ErrorKind::Missing);
     EXPECT_EQ(System::renameReplacing(path("free"), taken), 0);
     EXPECT_EQ(textOf(taken), "new");
-    EXPECT_EQ(System::syncDirectory(path("")), 0);
+    EXPECT_EQ(System::fsyncDirectory(path("")), 0);
 }
 
 TEST_F(SystemFiles, ALinkIsLookedAtItselfUnlessItIsAskedFor)
@@ -134,7 +134,7 @@ TEST_F(SystemFiles, BytesAreReadWhereTheyWereWrittenAndNoneBehindTheEnd)
     ASSERT_EQ(file.readAt(1, read.data(), read.size(), count), 0);
     EXPECT_EQ(read.substr(0, count), std::string("\0abc", 4));
     EXPECT_EQ(file.readAt(5, read.data(), 1), 0U);
-    EXPECT_EQ(file.sync(), 0);
+    EXPECT_EQ(file.fsync(), 0);
     EXPECT_EQ(file.close(), 0);
     EXPECT_EQ(file.open(path("file"), Access::UpdateOrNew), 0);
     EXPECT_EQ(file.size(), 5);

@@ -1,4 +1,4 @@
-// Entries by number, records by their checks; what does not fit is looked at again once the state was read anew.
+// Entries by number, records by their checksums; what does not fit is looked at again once the state was read anew.
 #include "growingjournal.h"
 
 #include <algorithm>

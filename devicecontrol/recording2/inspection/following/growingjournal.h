@@ -19,7 +19,7 @@ namespace Recording2::Inspection {
 /// Entries are taken by their numbers, wherever they stand by now: in their slot, or among those that were handed over.
 /// A slot in which another round's entry stands, or half of one, is none for the number that is looked for. A record's
 /// bytes are those in the file in front of the tail's position and those in the tail; they count when they give the
-/// entry's check.
+/// entry's checksum.
 class GrowingJournal final : private Format::ByteSource {
 public:
     /// @param recording "NAME.tmp", open; must outlive this

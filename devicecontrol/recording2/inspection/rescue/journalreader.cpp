@@ -1,4 +1,4 @@
-// Header, types, entries and tail of a left journal, each believed only with its check.
+// Header, types, entries and tail of a left journal, each believed only with its checksum.
 #include "journalreader.h"
 
 #include <algorithm>

@@ -59,7 +59,7 @@ struct Recovery {
 /// - Where there is none, or it is damaged, the records are walked: those that are whole are kept, and repairTimes says
 ///   which times they get. Without a journal the start is that in the name, if it tells one in UTC, and the stop the
 ///   time at which the file was last written.
-/// The recording and its journal are only read. The new file is written beside its name, forced to the device, read
+/// The recording and its journal are only read. The new file is written beside its name with fsync, read
 /// back and then given its name.
 /// A recording that a process writes, and one that only lacks its name, is left alone.
 Recovery recover(const std::string& recording, const RecoveryOptions& options);

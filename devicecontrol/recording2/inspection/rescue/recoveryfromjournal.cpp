@@ -75,7 +75,7 @@ private:
             return;  // a recording without types
         }
         const std::int64_t end = walkTypes();
-        const bool sound = end != 0 && (said ? hasCheck(*said) : true);
+        const bool sound = end != 0 && (said ? hasChecksum(*said) : true);
         if (!sound) {
             m_found.types.clear();
             m_task.report.lost.emplace_back("the names of the types");
@@ -89,7 +89,7 @@ private:
         const auto first = std::find_if(all.begin(), all.end(), [](const auto& entry) { return entry.sound; });
         return first == all.end() ? m_bytes.size() : first->position;
     }
-    [[nodiscard]] bool hasCheck(const Format::Journal::Types& said) const
+    [[nodiscard]] bool hasChecksum(const Format::Journal::Types& said) const
     {
         return said.begin == std::uint64_t{Format::HeaderAreaBytes} &&
                areTypesOf(said, m_journal.identity, m_found.types);

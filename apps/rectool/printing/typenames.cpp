@@ -6,8 +6,8 @@
 
 #include <QString>
 
-#include "printing/table.h"
-#include "printing/text.h"
+#include "table.h"
+#include "text.h"
 
 namespace RecTool {
 

@@ -1,12 +1,14 @@
 // The verb "map" with --heat and --track: collecting, and writing a picture or GeoJSON.
+#include "mapfield.h"
+
 #include <algorithm>
 #include <iostream>
 
-#include "fieldjson.h"
-#include "heat.h"
-#include "heatjson.h"
 #include "making/savedfile.h"
-#include "mapgeojson.h"
+#include "map/fieldjson.h"
+#include "map/heat.h"
+#include "map/heatjson.h"
+#include "map/mapgeojson.h"
 #include "plot/earthplot.h"
 #include "printing/output.h"
 #include "printing/text.h"

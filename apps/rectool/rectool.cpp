@@ -1,5 +1,5 @@
 // What rectool does from its arguments to its exit code.
-#include "program.h"
+#include "rectool.h"
 
 #include <algorithm>
 #include <exception>
@@ -10,13 +10,13 @@
 
 #include <terminaltext/commandtree.h>
 
+#include "commandline/verb.h"
 #include "implied.h"
 #include "printing/output.h"
 #include "printing/style.h"
 #include "printing/text.h"
 #include "system/pager.h"
 #include "system/terminal.h"
-#include "verb.h"
 #include "verbs/registry.h"
 
 namespace RecTool::CommandLine {

@@ -1,4 +1,4 @@
-// The check of undo files, and of the journals of the first version.
+// The checksum of undo files, and of the journals of the first version.
 #pragma once
 
 #include <cstddef>
@@ -10,20 +10,20 @@
 namespace Recording2::Format {
 
 /// A state of 64 bits that takes words: tells damaged bytes from those that were written, not against intent.
-class WordCheck {
+class WordChecksum {
 public:
-    explicit WordCheck(std::uint64_t salt) : m_state(salt) {}
+    explicit WordChecksum(std::uint64_t seed) : m_state(seed) {}
 
     static constexpr std::uint64_t Factor = 0x9e3779b97f4a7c15U;
 
-    WordCheck& add(std::uint64_t value)
+    WordChecksum& add(std::uint64_t value)
     {
         m_state = (m_state ^ value) * Factor;
         m_state ^= m_state >> 32U;
         return *this;
     }
     /// Eight bytes at a time, the last eight as the last word even where they were taken already.
-    WordCheck& add(std::string_view bytes)
+    WordChecksum& add(std::string_view bytes)
     {
         if (bytes.size() < WordBytes) {
             return add(few(bytes.data(), bytes.size()));

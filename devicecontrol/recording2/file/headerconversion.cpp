@@ -1,5 +1,7 @@
-// Between the header object of the interface and the header record of the file.
-#include "fileaccess_p.h"
+// Copying the fields of a header, each from one header to the other.
+#include "headerconversion.h"
+
+#include "../timestamp.h"
 
 namespace Recording2 {
 
