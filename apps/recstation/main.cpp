@@ -7,7 +7,7 @@
 #include <terminaltext/qtnames.h>
 
 #include "archive/archiveservice.h"
-#include "check/tryouts.h"
+#include "live/sourcethreads.h"
 #include "program.h"
 
 int main(int argc, char* argv[])
@@ -16,7 +16,7 @@ int main(int argc, char* argv[])
     TerminalText::takeFileNamesInUtf8();
     const QCoreApplication application(argc, argv);
     const RecStation::ExitCode code = RecStation::runProgram(System::argumentsOf(argc, argv));
-    if (RecStation::ArchiveService::leftThreadBehind() || RecStation::Tryouts::leftThreadBehind()) {
+    if (RecStation::ArchiveService::leftThreadBehind() || RecStation::SourceThreads::leftThreadBehind()) {
         std::_Exit(static_cast<int>(code));  // it may still use what the end of the process would take away
     }
     return static_cast<int>(code);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 
 #include <QStringList>
@@ -63,6 +64,36 @@ QString durationText(unsigned long long milliseconds)
         return QStringLiteral("%1 min %2").arg(minutes).arg(tail);
     }
     return QStringLiteral("%1 h %2 min %3").arg(hours).arg(minutes, 2, 10, QLatin1Char('0')).arg(tail);
+}
+
+QString lagText(long long microseconds)
+{
+    constexpr double PerMillisecond = 1e3;
+    constexpr double PerSecond = 1e6;
+    constexpr double PerMinute = 60 * PerSecond;
+    constexpr double PerHour = 60 * PerMinute;
+    constexpr double PerDay = 24 * PerHour;
+    constexpr double Tenfold = 10;  // from ten of a unit on it is the one to tell
+    constexpr long long MinutesPerHour = 60;
+    const auto lag = static_cast<double>(microseconds);
+    const double size = std::abs(lag);
+    if (size < Tenfold * PerSecond) {
+        return QStringLiteral("%1 ms").arg(lag / PerMillisecond, 0, 'f', 1);
+    }
+    if (size < Tenfold * PerMinute) {
+        return QStringLiteral("%1 s").arg(lag / PerSecond, 0, 'f', 1);
+    }
+    if (size < PerHour) {
+        return QStringLiteral("%1 min").arg(lag / PerMinute, 0, 'f', 0);
+    }
+    if (size >= 2 * PerDay) {
+        return QStringLiteral("%1 days").arg(lag / PerDay, 0, 'f', 0);
+    }
+    const long long minutes = std::llround(size / PerMinute);
+    return QStringLiteral("%1%2 h %3 min")
+        .arg(lag < 0 ? QStringLiteral("-") : QString())
+        .arg(minutes / MinutesPerHour)
+        .arg(minutes % MinutesPerHour, 2, 10, QLatin1Char('0'));
 }
 
 QString progressText(const ProgressNumbers& numbers, long long elapsedMs)

@@ -21,6 +21,8 @@ struct ProgressNumbers {
 [[nodiscard]] QString printable(const QString& text);
 [[nodiscard]] QString byteText(std::int64_t bytes);                   ///< "900 bytes", "4.2 MB"
 [[nodiscard]] QString durationText(unsigned long long milliseconds);  ///< "2.250 s", "1 h 01 min 02.250 s"
+/// As exact as its size makes sense: "-12.3 ms", "45.6 s", "2 h 05 min", "12 days".
+[[nodiscard]] QString lagText(long long microseconds);
 
 /// Messages and progress on the standard error output: one line that is rewritten on a terminal, plain lines
 /// otherwise. Threads may share it.

@@ -39,7 +39,8 @@ QString examineBytes(FileReport& report, const QString& path)
 FileReport::State stateOnDisk(const QString& temporary, const QString& finished)
 {
     const QFileInfo open(temporary);
-    const bool isFinished = QFileInfo::exists(finished);
+    const QFileInfo named(finished);
+    const bool isFinished = named.exists() && !named.isSymLink();
     if (open.exists() && !open.isSymLink() && (open.size() > 0 || !isFinished)) {
         return FileReport::State::Temporary;
     }

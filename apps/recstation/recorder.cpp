@@ -82,8 +82,8 @@ Recorder::Recorder(const Plugin& plugin, const Instance& instance, const QString
     m_directory.Attach(instance.statusValuePath + QStringLiteral("/REC_FILEPATH"));
     if (!output.isEmpty()) {
         m_directory->SetValue(QFileInfo(output).absoluteFilePath());
-    } else if (!instance.recordingPath.isEmpty()) {
-        m_directory->SetValue(instance.recordingPath);  // where it is missing, the recorder took another quietly
+    } else {
+        m_directory->SetValue(instance.recordingPath);  // where there is none, the recorder took another quietly
     }
     m_files.follow([this](const QString& path) { m_watch = std::make_unique<RecordingWatch>(path); },
                    [this] { endWatch(); });

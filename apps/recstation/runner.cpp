@@ -33,11 +33,11 @@ void Runner::run()
     }
 }
 
-void Runner::awaitStep()
+void Runner::awaitStep(std::chrono::milliseconds atMost)
 {
-    m_onlyAwaits = true;
+    m_onlyAwaits = atMost;
     run();
-    m_onlyAwaits = false;
+    m_onlyAwaits.reset();
 }
 
 void Runner::wake()
@@ -71,7 +71,11 @@ bool Runner::stepsUntilWait()
     while (!m_hooks.stopRequested()) {
         const auto due = m_scheduler.nextTime();
         if (!due && m_scheduler.isWaiting()) {
-            waitIdly(IdleMs);
+            if (m_onlyAwaits && std::chrono::milliseconds(m_sinceStart.elapsed()) >= *m_onlyAwaits) {
+                return false;
+            }
+            const auto awaited = m_onlyAwaits ? m_onlyAwaits : m_scheduler.askAgainIn();
+            waitIdly(awaited ? std::min<long long>(awaited->count(), IdleMs) : IdleMs);
             return true;
         }
         if (!due || m_onlyAwaits) {

@@ -1,6 +1,7 @@
 // The event loop that drives the scheduler, as fast as possible or paced.
 #pragma once
 
+#include <chrono>
 #include <exception>
 #include <functional>
 #include <optional>
@@ -28,8 +29,8 @@ public:
     /// Runs until every source has ended or a stop is requested.
     /// @throws what a source or a hook throws
     void run();
-    /// Runs until there is something to step, which it leaves; else as run.
-    void awaitStep();
+    /// Runs until there is something to step, which it leaves, or that time has passed; else as run.
+    void awaitStep(std::chrono::milliseconds atMost);
     /// Lets run notice a requested stop while it waits for the next step's time.
     void wake();
 
@@ -49,7 +50,7 @@ private:
     QElapsedTimer m_sinceStart;
     std::optional<unsigned long long> m_start;  // recorded time of the first step
     std::exception_ptr m_failure;
-    bool m_onlyAwaits = false;
+    std::optional<std::chrono::milliseconds> m_onlyAwaits;  // for so long
 };
 
 }  // namespace RecStation

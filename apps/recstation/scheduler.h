@@ -1,6 +1,7 @@
 // Runs several sources as one: merged by time, the station's clock set before every step.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -35,6 +36,8 @@ public:
     [[nodiscard]] virtual std::optional<unsigned long long> nextTime();
     /// Nothing is due because nothing has come yet: nextTime is to be asked again.
     [[nodiscard]] virtual bool isWaiting() const { return false; }
+    /// Then, at the latest, while it is waiting; nothing: when somebody tells to.
+    [[nodiscard]] virtual std::optional<std::chrono::milliseconds> askAgainIn() { return std::nullopt; }
     /// Sets the clock to nextTime and lets the source that is due make its changes.
     virtual void step();
     /// Ends what sources wait for; before unfinishedTime and before their reports are read.
@@ -49,6 +52,7 @@ protected:
     /// A source's time as the clock will show it.
     [[nodiscard]] unsigned long long clockTime(unsigned long long time) const;
     void stepAt(unsigned long long time, Source& source);
+    [[nodiscard]] const SimulatedClock& clock() const { return m_clock; }
 
 private:
     struct Due {

@@ -85,8 +85,11 @@ void requireOwnSpectra(const QString& one, const QStringList& spectraOfOne, cons
 {
     for (const QString& path : spectraOfOther) {
         if (spectraOfOne.contains(path)) {
-            throw UsageError(one.toStdString() + " and " + other.toStdString() + " both show the spectrum " +
-                             path.toStdString() + ": run them one after the other");
+            const bool bearings = path == QLatin1String("/DfSpectrum");
+            throw UsageError(one.toStdString() + " and " + other.toStdString() +
+                             (bearings ? " both show bearings, and a run has those of one direction finder"
+                                       : " both show spectra, and a run has the frequency, span and level of one") +
+                             ": record each in a run of its own; these may go on side by side");
         }
     }
 }
@@ -120,7 +123,7 @@ Station::Station(const Options& options, Messages& messages)
       m_archive(m_configuration.archiveFile,
                 std::chrono::milliseconds(static_cast<std::int64_t>(options.archiveWaitSeconds * 1'000))),
       m_live(isLiveRun(options)),
-      m_sourceTime(options.sourceTime),
+      m_bySystemTime(!options.sourceTime),
       m_scheduler(makeScheduler()),
       m_runner(*m_scheduler, options.speed,
                {[this] { afterStep(); }, [this] { return System::StopSignal::requested() || !m_recorders.canRecord(); },
@@ -161,9 +164,9 @@ void Station::addSources(const Options& options)
             std::any_of(options.sources.begin(), options.sources.end(),
                         [&chosen](const auto& other) { return other != chosen && other->traits().tellsPositions; });
         auto source = chosen->make({m_configuration, hooks(), alone ? options.splitGapUs : std::nullopt, alone,
-                                    positionElsewhere, m_live, m_sourceTime});
+                                    positionElsewhere, m_live, options.sourceTime});
         if (m_live && !chosen->traits().live) {
-            source = std::make_unique<ArrivalSource>(std::move(source), m_sourceTime);
+            source = std::make_unique<ArrivalSource>(std::move(source), options.sourceTime);
         }
         m_scheduler->add(std::move(source));
     }
@@ -200,7 +203,17 @@ std::unique_ptr<Scheduler> Station::makeScheduler()
 {
     const auto before = [this](unsigned long long time) { beforeStep(time); };
     if (m_live) {
-        return std::make_unique<LiveScheduler>(m_clock, before, [this] { m_runner.wakeFromAnyThread(); });
+        const auto tell = [this](const Source& source, const QString& clause) {
+            m_messages.message(source.name() + QStringLiteral(": ") + clause);
+        };
+        const auto tellFailure = [this](const Source& source, const std::string& sentence) {
+            m_failures[&source] = QString::fromStdString(sentence);
+            m_messages.message(m_failures[&source] + QStringLiteral("; the other sources go on"));
+        };
+        return std::make_unique<LiveScheduler>(
+            m_clock, before,
+            LiveScheduler::Hooks{[this] { m_runner.wakeFromAnyThread(); }, tell, tellFailure,
+                                 [this] { return m_counter.records(); }});
     }
     return std::make_unique<Scheduler>(m_clock, before);
 }
@@ -228,7 +241,10 @@ Summary Station::run()
     m_messages.finish(progressNumbers());
     m_archive.finish(summary);
     for (const auto& source : m_scheduler->sources()) {
-        summary.sources.push_back({source->name(), source->report()});
+        summary.sources.push_back({source->name(), source->report(), m_failures[source.get()]});
+    }
+    if (m_live && summary.failure.isEmpty() && summary.areAllSilent()) {
+        summary.failure = QStringLiteral("nothing was measured: no source gave anything");
     }
     summary.recordedMs = recordedMs();
     summary.changes = m_counter.changes();
@@ -258,7 +274,7 @@ void Station::record()
     m_counter.follow(m_tree);
     m_runner.run();
     m_scheduler->finish();
-    if (m_live && !m_sourceTime) {  // it lasted until now, although nothing may have come
+    if (m_live && m_bySystemTime) {  // it lasted until now, although nothing may have come
         m_clock.set(std::max(m_clock.CurrentTime(), systemTimeUs()));
     }
     while (System::StopSignal::requested() && m_scheduler->unfinishedTime()) {
@@ -268,15 +284,28 @@ void Station::record()
 }
 
 // When the recordings begin: at the first change; of live sources at once, so that what is not there yet shows as
-// unknown.
+// unknown. Only their own times are awaited, for a while.
 std::optional<unsigned long long> Station::firstTime()
 {
-    if (m_live && !m_sourceTime) {
-        return systemTimeUs();
+    if (!m_live) {
+        return firstTimeOfSources();
     }
-    if (m_live) {
-        m_runner.awaitStep();
+    const unsigned long long begin = systemTimeUs();
+    if (m_bySystemTime) {
+        return begin;
     }
+    constexpr std::chrono::seconds Patience{10};
+    m_runner.awaitStep(Patience);
+    if (const auto first = firstTimeOfSources()) {
+        return first;
+    }
+    m_bySystemTime = true;
+    m_messages.message(QStringLiteral("no source has told a time yet: the recordings begin with that of this machine"));
+    return begin;
+}
+
+std::optional<unsigned long long> Station::firstTimeOfSources()
+{
     auto first = m_scheduler->nextTime();
     if (!first && System::StopSignal::requested()) {
         first = m_scheduler->unfinishedTime();

@@ -1,6 +1,7 @@
 // One run of the host: value tree, clock, recorders and sources together.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <optional>
 
@@ -34,7 +35,8 @@ void requireOneInput(const ChosenSources& sources);
 /// Whether the sources are merged by arrival.
 /// @throws UsageError when they or the options do not go together
 [[nodiscard]] bool isLiveRun(const Options& options);
-/// Two sources would tear each other's spectrum down with every change.
+/// Two sources would tear each other's spectrum down with every change, and two receivers' spectra of different paths
+/// still have one frequency, span and level between them.
 /// @throws UsageError when they have one in common
 void requireOwnSpectra(const QString& one, const QStringList& spectraOfOne, const QString& other,
                        const QStringList& spectraOfOther);
@@ -60,6 +62,7 @@ private:
     [[nodiscard]] std::unique_ptr<Scheduler> makeScheduler();
     void record();
     [[nodiscard]] std::optional<unsigned long long> firstTime();
+    [[nodiscard]] std::optional<unsigned long long> firstTimeOfSources();
     void endAfterDuration();
     void tellNews();
     [[nodiscard]] bool tellsTimes() const;
@@ -78,8 +81,9 @@ private:
     Configuration m_configuration;
     ArchiveWatch m_archive;
     bool m_live;
-    bool m_sourceTime;
+    bool m_bySystemTime;  // a live run begins and ends by it
     std::unique_ptr<Scheduler> m_scheduler;
+    std::map<const Source*, QString> m_failures;  // of sources that broke off while others went on
     Runner m_runner;
     Recorders m_recorders;
     DiskWatch m_disks;

@@ -56,6 +56,12 @@ nlohmann::ordered_json toJson(const Summary::SourceResult& source)
         object["lost"] = source.report.lost;
         object["reconnects"] = source.report.reconnects;
     }
+    if (!source.report.missing.empty()) {
+        object["missing"] = source.report.missing;
+    }
+    if (!source.failure.isEmpty()) {
+        object["failure"] = source.failure.toStdString();
+    }
     if (source.report.lag) {
         object["lagMs"] = {{"middle", static_cast<double>(source.report.lag->middleUs) / LagUnitUs},
                            {"most", static_cast<double>(source.report.lag->mostUs) / LagUnitUs}};
@@ -119,11 +125,6 @@ QStringList remarksOn(const Summary::Archive& archive)
     return sentences;
 }
 
-QString lagText(long long microseconds)
-{
-    return QStringLiteral("%1 ms").arg(static_cast<double>(microseconds) / LagUnitUs, 0, 'f', 1);
-}
-
 QString counted(const Summary::SourceResult& source)
 {
     const SourceReport& report = source.report;
@@ -138,7 +139,9 @@ QString counted(const Summary::SourceResult& source)
                         .arg(report.reconnects == 1 ? QStringLiteral("1 reconnect")
                                                     : QStringLiteral("%1 reconnects").arg(report.reconnects));
     }
-    if (report.lag) {
+    if (report.lag && report.lag->middleUs < 0) {
+        sentence += QStringLiteral("; its clock is %1 ahead of this one").arg(lagText(-report.lag->middleUs));
+    } else if (report.lag) {
         sentence += QStringLiteral("; %1 behind its own clock, at most %2")
                         .arg(lagText(report.lag->middleUs), lagText(report.lag->mostUs));
     }
@@ -156,6 +159,11 @@ QString fileLine(const Summary::File& file)
 
 }  // namespace
 
+bool Summary::areAllSilent() const
+{
+    return std::all_of(sources.begin(), sources.end(), [](const SourceResult& source) { return source.report.silent; });
+}
+
 ExitCode Summary::exitCode() const
 {
     if (!failure.isEmpty()) {
@@ -163,9 +171,13 @@ ExitCode Summary::exitCode() const
     }
     const bool allFiles =
         std::all_of(files.begin(), files.end(), [](const File& file) { return file.report.problem.isEmpty(); });
-    const bool allInput =
-        std::all_of(sources.begin(), sources.end(), [](const SourceResult& source) { return source.report.bad == 0; });
-    return allFiles && allInput && !files.empty() && refusals.empty() ? ExitCode::Success : ExitCode::Incomplete;
+    const bool allInput = std::all_of(sources.begin(), sources.end(), [](const SourceResult& source) {
+        return source.report.bad == 0 && source.failure.isEmpty();
+    });
+    const bool allCame = std::all_of(sources.begin(), sources.end(),
+                                     [](const SourceResult& source) { return source.report.missing.empty(); });
+    const bool complete = allFiles && allInput && allCame && !files.empty() && refusals.empty();
+    return complete ? ExitCode::Success : ExitCode::Incomplete;
 }
 
 std::string Summary::json() const
@@ -222,6 +234,10 @@ QStringList Summary::remarks(bool counts) const
         const SourceReport& report = source.report;
         if (report.bad > 0 || report.lost > 0 || (counts && (report.lines || report.live))) {
             sentences += counted(source);
+        }
+        if (!report.missing.empty()) {
+            sentences += QStringLiteral("%1: nothing ever came from %2")
+                             .arg(source.name, QString::fromStdString(report.missing));
         }
     }
     for (const File& file : files) {

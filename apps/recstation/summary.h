@@ -39,6 +39,7 @@ struct Summary {
     struct SourceResult {
         QString name;
         SourceReport report;
+        QString failure = {};  ///< what broke it off while others went on; it was told when it happened
     };
 
     std::vector<UnfinishedRecording> recovered;  ///< that earlier runs had left; they do not change the exit code
@@ -48,8 +49,10 @@ struct Summary {
     std::vector<SourceResult> sources;
     unsigned long long recordedMs = 0;  ///< recorded time that the run covered
     std::uint64_t changes = 0;          ///< changes of device values
-    QString failure;                    ///< what broke the run off; empty when it came to its end
+    QString failure;                    ///< what broke the run off, or why it recorded nothing; else empty
 
+    /// Of live sources: nothing ever came of any.
+    [[nodiscard]] bool areAllSilent() const;
     [[nodiscard]] ExitCode exitCode() const;
     /// One JSON object; its shape is described in doc/recstation.md.
     [[nodiscard]] std::string json() const;

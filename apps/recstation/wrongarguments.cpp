@@ -83,6 +83,20 @@ bool isAmongItsFiles(const CLI::App& source)
     return std::find(named.begin(), named.end(), source.get_name()) != named.end();
 }
 
+std::string whatIsNeeded(const CLI::App& app)
+{
+    for (const CLI::App* source : app.get_subcommands()) {
+        for (const CLI::Option* option : source->get_options()) {
+            if (option->get_required() && option->count() == 0) {
+                const bool file = option->get_name(true) == "FILE";
+                return source->get_name() + " needs " +
+                       (file ? "the name of a file; - is the standard input" : option->get_name());
+            }
+        }
+    }
+    return {};
+}
+
 }  // namespace
 
 std::string namedTwice(const CLI::App& app)
@@ -109,15 +123,8 @@ std::string whatIsWrong(const CLI::App& app, const CLI::ParseError& error, const
             return option ? unknownOption(app, *first) : unknownWord(app, *first, {arguments.begin(), first});
         }
     }
-    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
-        for (const CLI::App* source : app.get_subcommands()) {
-            const CLI::Option* file = source->get_option_no_throw("FILE");
-            if (file != nullptr && file->get_required() && file->count() == 0) {
-                return source->get_name() + " needs the name of a file; - is the standard input";
-            }
-        }
-    }
-    return error.what();
+    const std::string needed = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr ? whatIsNeeded(app) : "";
+    return needed.empty() ? error.what() : needed;
 }
 
 }  // namespace RecStation

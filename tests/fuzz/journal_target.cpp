@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 namespace Inspection = Recording2::Inspection;
 namespace Journal = Recording2::Format::Journal;
 
-constexpr std::uint64_t Salt = 0x0123'4567'89ab'cdefU;
+constexpr std::uint64_t Nonce = 0x0123'4567'89ab'cdefU;
 
 /// A folder in memory for the files of this process.
 class Folder {
@@ -75,7 +75,7 @@ private:
     std::size_t m_next = 0;
 };
 
-/// The record that a walker finds at a position of file and tail, for the check of its entry.
+/// The record that a walker finds at a position of file and tail, for the checksum of its entry.
 struct FoundRecord {
     std::int32_t code = 0;
     std::string data;
@@ -100,12 +100,12 @@ std::string journalOf(Pieces& pieces, std::string& file)
     constexpr std::size_t MostText = 4096;
     std::string journal(Journal::EntriesOffset + 2 * Journal::LatestEntries * Journal::EntryBytes, '\0');
     char* const page = journal.data();
-    Journal::putIdentity(page, {Salt, 1});
+    Journal::putIdentity(page, {Nonce, 1});
     const std::uint32_t tailStart = pieces.number();
     Recording2::Format::putInt64(page + Journal::TailStartOffset,
-                                 Journal::seal(Salt, Journal::TailStartOffset, tailStart));
-    Recording2::Format::putInt64(page + Journal::HandedOffset, Journal::seal(Salt, Journal::HandedOffset, 0));
-    Journal::putHeader(page, Salt, 1, pieces.text(pieces.number() % Journal::HeaderSlotBytes));
+                                 Journal::seal(Nonce, Journal::TailStartOffset, tailStart));
+    Recording2::Format::putInt64(page + Journal::HandedOffset, Journal::seal(Nonce, Journal::HandedOffset, 0));
+    Journal::putHeader(page, Nonce, 1, pieces.text(pieces.number() % Journal::HeaderSlotBytes));
     const std::uint32_t typesEnd = pieces.number();
     const std::string tail = pieces.text(pieces.number() % MostText);
     std::copy(tail.begin(), tail.end(), journal.begin() + Journal::TailOffset);
@@ -116,7 +116,7 @@ std::string journalOf(Pieces& pieces, std::string& file)
     whole += tail;
     if (typesEnd != 0) {
         const std::string types = whole.substr(std::min<std::size_t>(500, whole.size()), typesEnd - 500U);
-        Journal::putTypes(page, Salt, 500, types);
+        Journal::putTypes(page, Nonce, 500, types);
     }
     entries.resize(entries.size() / 9 * 9);
     for (std::size_t i = 0; i * 9 < entries.size(); ++i) {
@@ -124,9 +124,10 @@ std::string journalOf(Pieces& pieces, std::string& file)
         Journal::Entry entry{Recording2::Format::getInt32(from), 0, (from[8] & 1) != 0, true, 0};
         entry.position = static_cast<std::int32_t>(Recording2::Format::getInt32(from + 4) & 0x7fff'ffffU);
         const FoundRecord record = recordAt(whole, static_cast<std::size_t>(entry.position));
-        entry.recordCheck = Journal::recordCheck(Salt, i, record.code, record.data) ^ ((from[8] & 2) != 0 ? 8U : 0U);
-        Journal::putEntry(page + Journal::LatestOffset + i * Journal::EntryBytes, Salt, i, entry);
-        Journal::putStopTime(page, Salt, i, entry.timeMs);
+        entry.recordChecksum =
+            Journal::recordChecksum(Nonce, i, record.code, record.data) ^ ((from[8] & 2) != 0 ? 8U : 0U);
+        Journal::putEntry(page + Journal::LatestOffset + i * Journal::EntryBytes, Nonce, i, entry);
+        Journal::putStopTime(page, Nonce, i, entry.timeMs);
     }
     return journal;
 }

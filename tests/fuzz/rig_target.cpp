@@ -44,7 +44,7 @@ void readPacket(const std::string& input)
     const auto spectrum = RecStation::parseRigPacket(input).spectrum;
     if (spectrum) {
         require(2 * spectrum->levelsDb.size() <= input.size(), "a packet has more cells than digits");
-        RecStation::RigValues values(QStringLiteral("rig"), QStringLiteral("/Devices/Rx1"), true);
+        RecStation::RigValues values(QStringLiteral("rig"), QStringLiteral("/Devices/Rx1"), true, 0);
         values.show(*spectrum, 1);
         values.forgetSpectrum(2);
     }

@@ -85,6 +85,7 @@ void runBearings(const std::string& input)
         auto options = fileOptions<RecStation::BearingsOptions>(file);
         options.strict = strict;
         options.dateFormat = strict ? "MM/dd/yy" : "yyyy-MM-dd";
+        options.decimalComma = strict;
         tolerating([&] { play(*makeBearingsSource(options, ignore), input.size()); });
     }
 }
@@ -152,6 +153,9 @@ std::vector<std::string> bearingsSeeds()
     seeds.emplace_back(
         "timestamp,frequency,azimuth\n2026-03-01T08:00:00.25Z,150,1\n1772352003.5,150,4\n1772352004500,1,5\n");
     seeds.push_back(krakenSeeds().front());
+    seeds.emplace_back(
+        "# remark\nTime (UTC);Frequency [kHz];azimuth_deg;elevation_deg;level;quality\n;;;;;\n"
+        "20260301T080000,25+0100;433920,5;271,5;-3;-67,25;91\n1772352001250000;433920;1;NA;;\n");
     seeds.emplace_back("date,time,frequency,azimuth\n01/14/17,5:31,433.92,271.5\n01/15/17,05:31:07,100,0\n");
     return seeds;
 }

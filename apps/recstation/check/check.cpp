@@ -19,9 +19,9 @@
 #include "check/checkreport.h"
 #include "check/needs.h"
 #include "check/probe.h"
-#include "check/tryouts.h"
 #include "clock.h"
 #include "live/arrivalsource.h"
+#include "live/sourcethreads.h"
 #include "progress.h"
 #include "recorders.h"
 #include "station.h"
@@ -33,6 +33,13 @@ namespace {
 
 constexpr std::int64_t LittleSpace = 1'000'000'000;
 
+struct Trial {
+    QStringList spectra;
+    std::size_t steps = 0;
+    bool goesOn = false;
+    bool ended = false;  // its input came to its end
+};
+
 class Check {
 public:
     explicit Check(const Options& options);
@@ -42,9 +49,14 @@ public:
 private:
     void tryRecorders();
     void trySources();
+    void prepareAll();
     void prepare(std::size_t index);
+    [[nodiscard]] bool readFiles();
+    void take(const SourceThreads::Arrival& arrival);
+    void noteEnd(const SourceThreads::Arrival& arrival);
+    void step(std::size_t index, unsigned long long time);
     [[nodiscard]] StationHooks hooksOf(std::size_t index);
-    [[nodiscard]] bool isEnough(std::size_t index, std::size_t steps) const;
+    [[nodiscard]] bool isEnough(std::size_t index) const;
     void noteSource(std::size_t index);
     [[nodiscard]] FoundRecorder noteRecorder(const Recorder& recorder, const Instance& instance) const;
     void noteDirectory(FoundRecorder& found) const;
@@ -59,12 +71,13 @@ private:
     Configuration m_configuration;
     bool m_live;
     Recorders m_recorders;
-    std::vector<QStringList> m_spectra;  // of each source
-    std::set<QString> m_switched;        // recorders that a source switched on
-    System::StopSignal m_stop;
-    Tryouts m_tryouts;
+    std::set<QString> m_switched;  // recorders that a source switched on
     std::mutex m_remarksMutex;
     Findings m_findings;
+    System::StopSignal m_stop;
+    std::vector<Trial> m_trials;                     // of each source
+    std::vector<std::unique_ptr<Source>> m_sources;  // null: it could not be prepared
+    SourceThreads m_threads;
 };
 
 Check::Check(const Options& options)
@@ -74,14 +87,7 @@ Check::Check(const Options& options)
       m_plugin(QString::fromStdString(options.plugin)),
       m_configuration(loadConfiguration(options)),
       m_live(isLiveRun(options)),
-      m_recorders(m_plugin, m_messages, m_traces),
-      m_tryouts({[this](std::size_t index) { m_probe.begin(index, m_clock.CurrentTime()); },
-                 [this](std::size_t index, unsigned long long time) {
-                     m_clock.set(std::max(time, m_clock.CurrentTime()));
-                     m_probe.begin(index, time);
-                 },
-                 [this] { m_probe.follow(m_tree); },
-                 [this](std::size_t index, std::size_t steps) { return isEnough(index, steps); }})
+      m_recorders(m_plugin, m_messages, m_traces)
 {
     for (const QString& warning : m_configuration.warnings) {
         m_messages.message(QStringLiteral("warning: ") + warning);
@@ -128,15 +134,17 @@ void Check::prepare(std::size_t index)
     try {
         auto source = chosen->make(
             {m_configuration, hooksOf(index), std::nullopt, alone, positionElsewhere, m_live, m_options.sourceTime});
-        m_spectra[index] = source->spectra();
+        m_trials[index].spectra = source->spectra();
         for (std::size_t other = 0; other < index; ++other) {
-            requireOwnSpectra(m_findings.sources[other].name, m_spectra[other], source->name(), m_spectra[index]);
+            requireOwnSpectra(m_findings.sources[other].name, m_trials[other].spectra, source->name(),
+                              m_trials[index].spectra);
         }
         source->prepare();
         if (m_live && !chosen->traits().live) {
             source = std::make_unique<ArrivalSource>(std::move(source), m_options.sourceTime);
         }
-        m_tryouts.add(index, std::move(source), chosen->isLive());
+        m_sources[index] = std::move(source);
+        m_trials[index].goesOn = true;
     } catch (const UsageError&) {
         throw;
     } catch (const std::exception& error) {
@@ -146,12 +154,13 @@ void Check::prepare(std::size_t index)
 }
 
 // A rate needs a few changes; a source without spectra may have slow values, which the first steps show.
-bool Check::isEnough(std::size_t index, std::size_t steps) const
+bool Check::isEnough(std::size_t index) const
 {
     constexpr std::uint64_t Spectra = 5;
     constexpr std::size_t Most = 5'000;
     const std::size_t some = m_live ? 5 : 100;  // live ones take their time
-    const QStringList& spectra = m_spectra[index];
+    const QStringList& spectra = m_trials[index].spectra;
+    const std::size_t steps = m_trials[index].steps;
     const auto shown = std::count_if(spectra.begin(), spectra.end(), [this, index](const QString& path) {
         return m_probe.shown(index, path) >= Spectra;
     });
@@ -159,37 +168,119 @@ bool Check::isEnough(std::size_t index, std::size_t steps) const
     return steps >= Most || ((all || shown > 0) && steps >= some) || (all && !spectra.isEmpty());
 }
 
-void Check::trySources()
+void Check::prepareAll()
 {
     m_findings.sources.resize(m_options.sources.size());
-    m_spectra.resize(m_options.sources.size());
+    m_trials.resize(m_options.sources.size());
+    m_sources.resize(m_options.sources.size());
     m_probe.leaveOut(m_tree);
     for (std::size_t i = 0; i < m_options.sources.size(); ++i) {
         m_findings.sources[i].name = QString::fromLatin1(m_options.sources[i]->traits().name);
         prepare(i);
     }
-    constexpr double MillisecondsPerSecond = 1000;
-    m_tryouts.run(std::chrono::milliseconds(static_cast<std::int64_t>(m_options.checkSeconds * MillisecondsPerSecond)));
-    for (std::size_t i = 0; i < m_options.sources.size(); ++i) {
-        noteSource(i);
+}
+
+// Until all have shown enough or ended, the time is over, or the process is asked to stop.
+void Check::trySources()
+{
+    using SteadyClock = std::chrono::steady_clock;
+    using namespace std::chrono_literals;
+    const auto deadline = SteadyClock::now() + std::chrono::duration_cast<SteadyClock::duration>(
+                                                   std::chrono::duration<double>(m_options.checkSeconds));
+    for (std::size_t i = 0; i < m_sources.size(); ++i) {
+        if (m_sources[i] && m_options.sources[i]->isLive()) {
+            m_threads.add(i, *m_sources[i]);
+        }
     }
+    const auto goesOn = [](const Trial& trial) { return trial.goesOn; };
+    while (std::any_of(m_trials.begin(), m_trials.end(), goesOn) && SteadyClock::now() < deadline &&
+           !System::StopSignal::requested()) {
+        const auto glance = readFiles() ? 0ms : 100ms;  // a signal wakes nobody here
+        if (const auto arrival = m_threads.firstUntil(std::min(deadline, SteadyClock::now() + glance))) {
+            m_threads.takeFirst();
+            take(*arrival);
+        }
+    }
+    m_threads.finish(2s);
+    while (const auto arrival = m_threads.first()) {
+        m_threads.takeFirst();
+        noteEnd(*arrival);
+    }
+}
+
+// What is never waited for; false when there is none any more.
+bool Check::readFiles()
+{
+    bool any = false;
+    for (std::size_t i = 0; i < m_sources.size(); ++i) {
+        if (m_trials[i].goesOn && !m_options.sources[i]->isLive()) {
+            m_probe.begin(i, m_clock.CurrentTime());
+            take(SourceThreads::ask(i, *m_sources[i]));
+            any = true;
+        }
+    }
+    return any;
+}
+
+// What fails in one source ends that one.
+void Check::take(const SourceThreads::Arrival& arrival)
+{
+    const std::size_t index = arrival.source;
+    noteEnd(arrival);
+    try {
+        if (arrival.time) {
+            step(index, *arrival.time);
+        }
+        m_trials[index].goesOn = arrival.time && !isEnough(index);
+    } catch (const std::exception& error) {
+        m_findings.sources[index].problem = QString::fromUtf8(error.what());
+        m_trials[index].goesOn = false;
+    }
+    if (m_trials[index].goesOn && m_options.sources[index]->isLive()) {
+        m_threads.giveTurn(index);
+    }
+}
+
+void Check::noteEnd(const SourceThreads::Arrival& arrival)
+{
+    m_trials[arrival.source].ended = !arrival.time && !arrival.failure && !System::StopSignal::requested();
+    try {
+        if (arrival.failure) {
+            std::rethrow_exception(arrival.failure);
+        }
+    } catch (const std::exception& error) {
+        m_findings.sources[arrival.source].problem = QString::fromUtf8(error.what());
+    }
+}
+
+void Check::step(std::size_t index, unsigned long long time)
+{
+    m_clock.set(std::max(time, m_clock.CurrentTime()));
+    m_probe.begin(index, time);
+    m_sources[index]->step();
+    m_probe.follow(m_tree);
+    ++m_trials[index].steps;
 }
 
 void Check::noteSource(std::size_t index)
 {
     FoundSource& found = m_findings.sources[index];
     found.values = m_probe.valuesOf(index, m_tree);
-    if (found.problem.isEmpty()) {
-        found.problem = m_tryouts.problemOf(index);
-    }
     const bool shows = m_probe.shown(index) > 0 || !m_switched.empty();
     if (found.problem.isEmpty() && !shows) {
         found.problem = !found.remarks.isEmpty() ? found.remarks.last()
-                        : m_tryouts.ended(index)
+                        : m_trials[index].ended
                             ? QStringLiteral("its input ended without a measurement")
                             : QStringLiteral("it showed nothing within %1 s; --wait TIME gives it longer")
                                   .arg(m_options.checkSeconds);
         found.remarks.removeAll(found.problem);
+    }
+    if (m_sources[index] && !SourceThreads::leftThreadBehind()) {
+        const SourceReport report = m_sources[index]->report();
+        found.reached = report.live && !report.silent;
+    }
+    if (const QString again = QStringLiteral("; trying again"); found.problem.endsWith(again)) {
+        found.problem.chop(again.size());  // not in a check, which is over
     }
     for (const char* mark : {": ", " "}) {  // "nmea: ...", "rig 127.0.0.1:4532: ..."
         if (found.problem.startsWith(found.name + QLatin1String(mark))) {
@@ -251,7 +342,11 @@ void Check::tryRecorders()
 Findings Check::run()
 {
     tryRecorders();
+    prepareAll();
     trySources();
+    for (std::size_t i = 0; i < m_options.sources.size(); ++i) {
+        noteSource(i);
+    }
     for (std::size_t i = 0; i < m_configuration.instances.size(); ++i) {
         m_findings.recorders.push_back(noteRecorder(*m_recorders.all()[i], m_configuration.instances[i]));
     }
@@ -273,12 +368,13 @@ ExitCode writeFindings(const Findings& findings, bool json)
 ExitCode checkStation(const Options& options)
 {
     try {
-        auto check = std::make_unique<Check>(options);
-        const ExitCode code = writeFindings(check->run(), options.json);
-        if (Tryouts::leftThreadBehind()) {
-            static_cast<void>(check.release());  // which that thread still uses
-        }
-        return code;
+        const auto discard = [](Check* check) {
+            if (!SourceThreads::leftThreadBehind()) {  // else that one still uses it
+                delete check;
+            }
+        };
+        const std::unique_ptr<Check, decltype(discard)> check(new Check(options));
+        return writeFindings(check->run(), options.json);
     } catch (const std::exception& error) {
         Findings findings;
         findings.failure = QString::fromUtf8(error.what());

@@ -52,6 +52,7 @@ void appendSource(QString& text, const FoundSource& source)
 {
     text += source.name + QStringLiteral(": ") +
             (source.problem.isEmpty() ? QStringLiteral("reachable")
+             : source.reached         ? QStringLiteral("reachable, but ") + printable(source.problem)
                                       : QStringLiteral("not reachable: ") + printable(source.problem)) +
             '\n';
     int pathWidth = 0;
@@ -137,7 +138,7 @@ FoundJson foundJson(const FoundSource& source)
 {
     FoundJson object;
     object["name"] = source.name.toStdString();
-    object["reachable"] = source.problem.isEmpty();
+    object["reachable"] = source.problem.isEmpty() || source.reached;
     if (!source.problem.isEmpty()) {
         object["problem"] = source.problem.toStdString();
     }
@@ -176,7 +177,8 @@ FoundJson foundJson(const FoundRecorder& recorder)
 
 ExitCode exitCodeOf(const Findings& findings)
 {
-    const auto isReached = [](const FoundSource& source) { return source.problem.isEmpty(); };
+    const auto isReached = [](const FoundSource& source) { return source.problem.isEmpty() || source.reached; };
+    const auto shows = [](const FoundSource& source) { return source.problem.isEmpty(); };
     const auto canRecord = [](const FoundRecorder& recorder) { return recorder.on && recorder.problem.isEmpty(); };
     const auto isShort = [](const FoundRecorder& recorder) {
         return recorder.on && (!recorder.problem.isEmpty() || !recorder.lacks.empty());
@@ -187,8 +189,8 @@ ExitCode exitCodeOf(const Findings& findings)
         std::none_of(recorders.begin(), recorders.end(), canRecord)) {
         return ExitCode::CannotRun;
     }
-    const bool complete = std::all_of(sources.begin(), sources.end(), isReached) &&
-                          std::none_of(recorders.begin(), recorders.end(), isShort);
+    const bool complete =
+        std::all_of(sources.begin(), sources.end(), shows) && std::none_of(recorders.begin(), recorders.end(), isShort);
     return complete ? ExitCode::Success : ExitCode::Incomplete;
 }
 

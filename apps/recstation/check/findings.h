@@ -25,8 +25,9 @@ struct FoundValue {
 
 struct FoundSource {
     QString name;
-    QString problem;      ///< why it shows nothing; empty where it does
-    QStringList remarks;  ///< what it reported, the first few
+    QString problem;       ///< why it shows nothing; empty where it does
+    bool reached = false;  ///< its peer answers, although it shows nothing
+    QStringList remarks;   ///< what it reported, the first few
     std::vector<FoundValue> values;
 };
 

@@ -22,7 +22,7 @@ void BadLines::add(std::size_t line, const std::string& problem)
     const std::string sentence =
         (m_input.empty() ? "line " : m_input + ": line ") + std::to_string(line) + ": " + problem;
     if (m_strict) {
-        throw std::runtime_error(m_source + ": " + sentence + " (--strict allows no bad line)");
+        throw StrictError(m_source + ": " + sentence + " (--strict allows no bad line)");
     }
     if (m_count <= MostSentences) {
         say(sentence);

@@ -17,13 +17,18 @@ class LineError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// Of an input that is to be read strictly: it ends the run, also where other sources could go on.
+class StrictError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 /// Takes one sentence about the input, with the source's name in front.
 using InputReport = std::function<void(const QString& sentence)>;
 
 class BadLines {
 public:
     /// @param source its name stands before every sentence
-    /// @param strict the first bad line is thrown
+    /// @param strict the first bad line is thrown as StrictError
     BadLines(std::string source, bool strict, InputReport report);
 
     /// From now on messages about lines name this input too, one of several; empty: none.

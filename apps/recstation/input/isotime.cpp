@@ -1,8 +1,12 @@
 // Parsing ISO 8601 to the microsecond, and writing moments and spans of time as text.
 #include "input/isotime.h"
 
+#include <cmath>
+
 #include <QDateTime>
 #include <QRegularExpression>
+
+#include "input/fields.h"
 
 namespace RecStation {
 
@@ -10,23 +14,49 @@ std::optional<unsigned long long> parseIsoTime(const std::string& text)
 {
     // Qt keeps milliseconds only, so the fraction is read apart.
     static const QRegularExpression pattern(
-        R"(\A(\d{4}-\d\d-\d\dT\d\d:\d\d)(?::(\d\d)(?:\.(\d+))?)?(Z|[+-]\d\d:\d\d)?\z)");
+        R"(\A(\d{4})(-?)(\d\d)\2(\d\d)[Tt](\d\d)(:?)(\d\d)(?:\6(\d\d)(?:[.,](\d+))?)?(?:[Zz]|([+-]\d\d)(?::?(\d\d))?)?\z)");
     const QRegularExpressionMatch match = pattern.match(QString::fromStdString(text));
     if (!match.hasMatch()) {
         return std::nullopt;
     }
-    const QString zone = match.captured(4).isEmpty() ? QStringLiteral("Z") : match.captured(4);
-    const QString second = match.captured(2).isEmpty() ? QStringLiteral("00") : match.captured(2);
-    const QDateTime seconds = QDateTime::fromString(match.captured(1) + QLatin1Char(':') + second + zone, Qt::ISODate);
+    const auto orZero = [&match](int group) {
+        return match.captured(group).isEmpty() ? QStringLiteral("00") : match.captured(group);
+    };
+    const QString zone =
+        match.captured(10).isEmpty() ? QStringLiteral("Z") : match.captured(10) + QLatin1Char(':') + orZero(11);
+    const QDateTime seconds = QDateTime::fromString(QStringLiteral("%1-%2-%3T%4:%5:%6%7")
+                                                        .arg(match.captured(1), match.captured(3), match.captured(4),
+                                                             match.captured(5), match.captured(7), orZero(8), zone),
+                                                    Qt::ISODate);
     if (!seconds.isValid()) {
         return std::nullopt;
     }
-    const QString fraction = match.captured(3).leftJustified(6, QLatin1Char('0'), true);
+    const QString fraction = match.captured(9).leftJustified(6, QLatin1Char('0'), true);
     const qint64 microseconds = seconds.toSecsSinceEpoch() * 1'000'000 + fraction.toLongLong();
-    if (microseconds <= 0) {
+    if (!isRecordable(microseconds)) {
         return std::nullopt;
     }
     return static_cast<unsigned long long>(microseconds);
+}
+
+// No log has seconds after the year 5000, or any of the others before 1974.
+std::optional<unsigned long long> parseEpoch(const std::string& text)
+{
+    constexpr double Thousand = 1e3;
+    constexpr double LeastMilliseconds = 1e11;
+    constexpr double Latest = 1e20;
+    double unitUs = 1e6;
+    const auto number = parseNumber<double>(text);
+    if (!number || !(*number > 0 && *number < Latest)) {
+        return std::nullopt;
+    }
+    double asSeconds = *number;
+    while (asSeconds >= LeastMilliseconds) {
+        asSeconds /= Thousand;
+        unitUs /= Thousand;
+    }
+    const long long us = std::llround(*number * unitUs);
+    return isRecordable(us) ? std::optional(static_cast<unsigned long long>(us)) : std::nullopt;
 }
 
 std::string utcText(unsigned long long microseconds)

@@ -1,4 +1,4 @@
-// Times as ISO 8601 texts.
+// Times as texts: ISO 8601, and seconds since 1970.
 #pragma once
 
 #include <optional>
@@ -6,10 +6,21 @@
 
 namespace RecStation {
 
-/// Microseconds since 1970 UTC of a date and time such as "2026-11-21T08:30:00.25Z" or "2026-11-21T08:30"; without a
-/// zone it is UTC, digits after the microseconds are cut. Nothing for any other text and for times that are not after
-/// the start of 1970.
+/// Whether a time in microseconds since 1970 UTC can be recorded: after the start of 1970, up to the end of 2500. One
+/// behind it is a mistake that would hold back all that comes later.
+[[nodiscard]] constexpr bool isRecordable(long long microseconds)
+{
+    constexpr long long EndOf2500 = 16'756'761'600'000'000;
+    return microseconds > 0 && microseconds < EndOf2500;
+}
+
+/// Microseconds since 1970 UTC of a date and time in ISO 8601 such as "2026-11-21T08:30:00.25Z", "2026-11-21T08:30",
+/// "2026-11-21T09:30:00,5+0100" or "20261121T083000Z"; without a zone it is UTC, digits after the microseconds are
+/// cut. Nothing for any other text and for times that cannot be recorded.
 std::optional<unsigned long long> parseIsoTime(const std::string& text);
+/// The same of a number of seconds since 1970, such as "1795248000.25", or of thousandths, millionths or billionths of
+/// them, which is seen by its size.
+[[nodiscard]] std::optional<unsigned long long> parseEpoch(const std::string& text);
 
 /// "2026-11-21 08:30:00 UTC", with milliseconds where there are some.
 [[nodiscard]] std::string utcText(unsigned long long microseconds);

@@ -6,6 +6,12 @@
 
 namespace RecStation {
 
+namespace {
+
+constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
+
+}  // namespace
+
 LineReader::LineReader(ByteInput input, std::size_t longestLine)
     : m_input(std::move(input)), m_longestLine(longestLine), m_buffer(std::size_t{64} * 1024)
 {
@@ -67,6 +73,9 @@ LineReader::Result LineReader::readLine()
     }
     if (!any) {
         return Result::End;
+    }
+    if (m_number == 0 && m_line.starts_with(ByteOrderMark)) {
+        m_line.erase(0, ByteOrderMark.size());
     }
     ++m_number;
     return m_tooLong ? Result::TooLong : Result::Line;

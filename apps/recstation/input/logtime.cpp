@@ -66,7 +66,7 @@ std::optional<long long> LogDateFormat::parse(const std::string& text) const
 
 std::optional<long long> parseTimeOfDay(const std::string& text)
 {
-    static const QRegularExpression pattern(R"(\A(\d{1,2}):([0-5]\d)(?::([0-5]\d)(?:\.(\d+))?)?\z)");
+    static const QRegularExpression pattern(R"(\A(\d{1,2}):([0-5]\d)(?::([0-5]\d)(?:[.,](\d+))?)?\z)");
     const QRegularExpressionMatch match = pattern.match(QString::fromStdString(text));
     if (!match.hasMatch() || number(match, 1) >= HoursPerDay) {
         return std::nullopt;

@@ -23,8 +23,8 @@ private:
     QRegularExpression m_pattern;
 };
 
-/// Microseconds since midnight of a time such as "5:31", "05:31:07" or "05:31:07.25"; digits after the microseconds
-/// are cut.
+/// Microseconds since midnight of a time such as "5:31", "05:31:07" or "05:31:07.25" (also with a comma);
+/// digits after the microseconds are cut.
 [[nodiscard]] std::optional<long long> parseTimeOfDay(const std::string& text);
 
 /// Microseconds by which local time is ahead of UTC: "-05:00", "+5", "Z" or "UTC", at most 14 hours.

@@ -56,7 +56,7 @@ void addStrict(CLI::App& command, bool& strict, const char* description)
 CLI::Validator aTime()
 {
     return acceptedIf([](const std::string& text) { return parseIsoTime(text).has_value(); },
-                      "a time after the start of 1970 such as 2026-03-01T08:00:00Z");
+                      "a time from 1970 to 2500 such as 2026-03-01T08:00:00Z");
 }
 
 }  // namespace RecStation

@@ -25,9 +25,9 @@ unsigned long long TimeOrder::take(unsigned long long time, std::size_t line)
     const unsigned long long recorded = notBefore(m_latest, time, m_splitGapUs);
     if (time < recorded) {
         if (m_strict) {
-            throw std::runtime_error(m_source + (m_input.empty() ? ": line " : ": " + m_input + ": line ") +
-                                     std::to_string(line) + ": its time is " + secondsText(m_latest - time) +
-                                     " earlier than one before it (--strict allows no time that goes back)");
+            throw StrictError(m_source + (m_input.empty() ? ": line " : ": " + m_input + ": line ") +
+                              std::to_string(line) + ": its time is " + secondsText(m_latest - time) +
+                              " earlier than one before it (--strict allows no time that goes back)");
         }
         m_first = m_rows == 0 ? time : std::min(m_first, time);
         m_last = std::max(m_last, time);

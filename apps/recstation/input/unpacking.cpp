@@ -2,7 +2,9 @@
 #include "input/unpacking.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -16,6 +18,21 @@ using namespace std::string_view_literals;
 constexpr std::string_view GzipMagic = "\x1f\x8b"sv;
 constexpr std::string_view ZstdMagic = "\x28\xb5\x2f\xfd"sv;
 
+struct Refused {
+    std::string_view magic;
+    const char* why;
+};
+
+constexpr std::array RefusedTexts = {
+    Refused{"\xff\xfe"sv, "is UTF-16 text: store it as UTF-8"},
+    Refused{"\xfe\xff"sv, "is UTF-16 text: store it as UTF-8"},
+    Refused{"PK\x03\x04"sv, "is a zip archive or a spreadsheet: unpack it, or export it as CSV"},
+    Refused{"\xfd"
+            "7zXZ"sv,
+            "is packed by xz: unpack it (gzip and Zstandard are read as they are)"},
+    Refused{"BZh"sv, "is packed by bzip2: unpack it (gzip and Zstandard are read as they are)"},
+};
+
 class UnpackedInput {
 public:
     UnpackedInput(ByteInput input, std::string name) : m_input(std::move(input)), m_name(std::move(name)) {}
@@ -24,6 +41,8 @@ public:
 
 private:
     void begin();
+    [[nodiscard]] bool mayBeMore() const;
+    void refuseOthers() const;
     bool fill();
     [[nodiscard]] bool mayBegin(std::string_view magic) const;
     [[nodiscard]] bool begins(std::string_view magic) const;
@@ -63,11 +82,30 @@ void UnpackedInput::begin()
             break;
         }
         m_buffer.push_back(byte);
-    } while ((mayBegin(GzipMagic) && !begins(GzipMagic)) || (mayBegin(ZstdMagic) && !begins(ZstdMagic)));
+    } while (mayBeMore());
+    refuseOthers();
     if (begins(GzipMagic)) {
         m_unpacker = makeGzipUnpacker();
     } else if (begins(ZstdMagic)) {
         m_unpacker = makeZstdUnpacker();
+    }
+}
+
+// Whether more bytes would tell what it is.
+bool UnpackedInput::mayBeMore() const
+{
+    const auto isOpen = [this](std::string_view magic) { return mayBegin(magic) && !begins(magic); };
+    return isOpen(GzipMagic) || isOpen(ZstdMagic) ||
+           std::any_of(RefusedTexts.begin(), RefusedTexts.end(),
+                       [&isOpen](const Refused& refused) { return isOpen(refused.magic); });
+}
+
+void UnpackedInput::refuseOthers() const
+{
+    for (const Refused& refused : RefusedTexts) {
+        if (begins(refused.magic)) {
+            throw std::runtime_error(m_name + " " + refused.why);
+        }
     }
 }
 

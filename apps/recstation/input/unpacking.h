@@ -11,6 +11,7 @@ namespace RecStation {
 /// Bytes as they are where they are not packed; else what was packed, of all members one behind the other. What is cut
 /// off or damaged is thrown as DamagedInput once all before it was given.
 /// @param name as messages name the input
+/// The first read throws std::runtime_error where the bytes are packed otherwise, or are UTF-16.
 [[nodiscard]] ByteInput unpackedWhereNeeded(ByteInput input, const std::string& name);
 
 /// One way of packing. Used by unpackedWhereNeeded.

@@ -23,6 +23,7 @@ struct ReceiverOptions : SpectrumOptions {
     double rateHz = 0;                   ///< samples a second, above 0
     std::optional<double> centreHz;      ///< to be tuned to; one of the two must be there
     std::vector<double> hopHz;           ///< centres that are tuned to in turn, for one panorama of all
+    std::vector<double> bareHz;          ///< of these, what was given without a unit
     std::optional<double> dwellSeconds;  ///< for each of them, without what is discarded after tuning
     std::optional<double> gainDb;        ///< nothing: the receiver's own control
     QString valuePath = "/Devices/Rx1";  ///< of the receiver's recorder

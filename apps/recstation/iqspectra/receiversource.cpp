@@ -4,6 +4,7 @@
 #include <span>
 #include <utility>
 
+#include <terminaltext/quantity.h>
 #include <vkbase/quonos.h>
 
 #include "attachedvalue.h"
@@ -33,9 +34,14 @@ SpectrumPlan planOf(const ReceiverOptions& options)
 
 void checkTogether(const ReceiverDevice& device, const ReceiverOptions& options)
 {
-    const auto refuse = [&device](const char* sentence) {
+    const auto refuse = [&device](const std::string& sentence) {
         throw UsageError(std::string(device.source) + ": " + sentence);
     };
+    for (const double hz : options.bareHz) {
+        if (const auto why = whyAUnit(options.centreHz ? "--centre" : "--hop", hz, options.rateHz); !why.empty()) {
+            refuse(why);
+        }
+    }
     if (options.centreHz.has_value() != options.hopHz.empty()) {
         refuse(options.hopHz.empty() ? "the centre frequency is not known: give --centre, or several with --hop"
                                      : "--centre and --hop exclude each other: a receiver has one frequency at a time");
@@ -98,8 +104,8 @@ private:
     IqFrame m_pending;              // to be shown
     std::size_t m_pendingHop = 0;
     std::uint64_t m_shown = 0;
-    std::uint64_t m_missing = 0;     // spectra whose samples never came
-    std::uint64_t m_shortTimes = 0;  // windows in which some did not
+    std::uint64_t m_missing = 0;  // spectra whose samples never came
+    TellRate m_tellRate;          // of that
 };
 
 ReceiverSource::ReceiverSource(const ReceiverDevice& device, const ReceiverOptions& options,
@@ -170,22 +176,25 @@ void ReceiverSource::discard()
 
 void ReceiverSource::note(std::size_t bytes)
 {
-    constexpr std::uint64_t MostTold = 20;
     if (m_options.hopHz.size() > 1) {
         return;  // what came while it was tuned is thrown away unseen
     }
+    const auto now = std::chrono::steady_clock::now();
     m_watch.add(bytes / sampleBytes(m_receiver->format()));
-    const auto missing = m_watch.missing(std::chrono::steady_clock::now());
+    if (const auto rate = m_watch.higherRate(now)) {
+        say("samples come at " + TerminalText::shortest(std::round(*rate)) + " a second, and not at the " +
+            TerminalText::shortest(m_options.rateHz) +
+            " of --rate: the receiver has not got that rate, and the frequencies of its spectra are wrong");
+    }
+    const auto missing = m_watch.missing(now);
     if (!missing) {
         return;
     }
     const std::uint64_t perSpectrum = m_plan.average * m_plan.advance;
     m_missing += std::max<std::uint64_t>(1, *missing / perSpectrum);
-    if (++m_shortTimes <= MostTold) {
+    if (m_tellRate.take(now)) {
         say(std::to_string(*missing) +
-            " samples of the last ten seconds did not come: receiver, network or this "
-            "computer are too slow for this rate" +
-            (m_shortTimes == MostTold ? "; from here on that is only counted" : ""));
+            " samples did not come within ten seconds: receiver, network or this computer are too slow for this rate");
     }
 }
 

@@ -5,7 +5,9 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <limits>
 #include <string_view>
+#include <type_traits>
 
 namespace RecStation {
 
@@ -16,28 +18,32 @@ struct Alias {
     SampleFormat format;
 };
 
-constexpr std::array<Alias, 10> Names{{{"cu8", SampleFormat::UnsignedByte},
-                                       {"ci8", SampleFormat::SignedByte},
-                                       {"cs8", SampleFormat::SignedByte},
-                                       {"cs16", SampleFormat::SignedShortLe},
-                                       {"cs16_le", SampleFormat::SignedShortLe},
-                                       {"fc32", SampleFormat::FloatLe},
-                                       {"ci16_le", SampleFormat::SignedShortLe},
-                                       {"ci16", SampleFormat::SignedShortLe},
-                                       {"cf32_le", SampleFormat::FloatLe},
-                                       {"cf32", SampleFormat::FloatLe}}};
+// Of each format its proper name first.
+constexpr std::array<Alias, 24> Names{
+    {{"cu8", SampleFormat::UnsignedByte},      {"ci8", SampleFormat::SignedByte},
+     {"cs8", SampleFormat::SignedByte},        {"cu16_le", SampleFormat::UnsignedShortLe},
+     {"cu16", SampleFormat::UnsignedShortLe},  {"cu16_be", SampleFormat::UnsignedShortBe},
+     {"ci16_le", SampleFormat::SignedShortLe}, {"ci16", SampleFormat::SignedShortLe},
+     {"cs16_le", SampleFormat::SignedShortLe}, {"cs16", SampleFormat::SignedShortLe},
+     {"ci16_be", SampleFormat::SignedShortBe}, {"cs16_be", SampleFormat::SignedShortBe},
+     {"ci32_le", SampleFormat::SignedLongLe},  {"ci32", SampleFormat::SignedLongLe},
+     {"cs32", SampleFormat::SignedLongLe},     {"ci32_be", SampleFormat::SignedLongBe},
+     {"cf32_le", SampleFormat::FloatLe},       {"cf32", SampleFormat::FloatLe},
+     {"fc32", SampleFormat::FloatLe},          {"cf32_be", SampleFormat::FloatBe},
+     {"cf64_le", SampleFormat::DoubleLe},      {"cf64", SampleFormat::DoubleLe},
+     {"fc64", SampleFormat::DoubleLe},         {"cf64_be", SampleFormat::DoubleBe}}};
 
-constexpr std::array<Alias, 11> Suffixes{{{".cu8", SampleFormat::UnsignedByte},
-                                          {".ci8", SampleFormat::SignedByte},
-                                          {".cs8", SampleFormat::SignedByte},
-                                          {".sc8", SampleFormat::SignedByte},
-                                          {".ci16", SampleFormat::SignedShortLe},
-                                          {".cs16", SampleFormat::SignedShortLe},
-                                          {".sc16", SampleFormat::SignedShortLe},
-                                          {".cf32", SampleFormat::FloatLe},
-                                          {".fc32", SampleFormat::FloatLe},
-                                          {".cfile", SampleFormat::FloatLe},
-                                          {".fc32le", SampleFormat::FloatLe}}};
+constexpr std::array<Alias, 20> Suffixes{
+    {{".cu8", SampleFormat::UnsignedByte},     {".complex16u", SampleFormat::UnsignedByte},
+     {".ci8", SampleFormat::SignedByte},       {".cs8", SampleFormat::SignedByte},
+     {".sc8", SampleFormat::SignedByte},       {".complex16s", SampleFormat::SignedByte},
+     {".cu16", SampleFormat::UnsignedShortLe}, {".complex32u", SampleFormat::UnsignedShortLe},
+     {".ci16", SampleFormat::SignedShortLe},   {".cs16", SampleFormat::SignedShortLe},
+     {".sc16", SampleFormat::SignedShortLe},   {".complex32s", SampleFormat::SignedShortLe},
+     {".ci32", SampleFormat::SignedLongLe},    {".cs32", SampleFormat::SignedLongLe},
+     {".cf32", SampleFormat::FloatLe},         {".fc32", SampleFormat::FloatLe},
+     {".cfile", SampleFormat::FloatLe},        {".fc32le", SampleFormat::FloatLe},
+     {".complex", SampleFormat::FloatLe},      {".cf64", SampleFormat::DoubleLe}}};
 
 template <std::size_t N>
 std::optional<SampleFormat> find(const std::array<Alias, N>& table, std::string_view name)
@@ -47,32 +53,47 @@ std::optional<SampleFormat> find(const std::array<Alias, N>& table, std::string_
     return found == table.end() ? std::nullopt : std::optional(found->format);
 }
 
-std::uint32_t byteAt(std::span<const char> bytes, std::size_t index)
+template <typename Unsigned>
+Unsigned littleEndian(std::span<const char> bytes)
 {
-    return static_cast<unsigned char>(bytes[index]);
+    Unsigned number = 0;
+    for (std::size_t i = 0; i < sizeof(Unsigned); ++i) {
+        number = static_cast<Unsigned>(number | static_cast<Unsigned>(static_cast<unsigned char>(bytes[i])) << 8U * i);
+    }
+    return number;
 }
 
-double unsignedByte(std::span<const char> bytes)
+template <typename Unsigned>
+Unsigned bigEndian(std::span<const char> bytes)
 {
-    return (byteAt(bytes, 0) - 127.5) / 127.5;
+    Unsigned number = 0;
+    for (std::size_t i = 0; i < sizeof(Unsigned); ++i) {
+        number = static_cast<Unsigned>(number | static_cast<Unsigned>(static_cast<unsigned char>(bytes[i]))
+                                                    << 8U * (sizeof(Unsigned) - 1 - i));
+    }
+    return number;
 }
 
-double signedByte(std::span<const char> bytes)
+template <typename Unsigned>
+constexpr double HalfRange = static_cast<double>(std::numeric_limits<Unsigned>::max()) / 2;
+
+template <typename Unsigned, Unsigned (*Bits)(std::span<const char>)>
+double unsignedNumber(std::span<const char> bytes)
 {
-    return static_cast<std::int8_t>(byteAt(bytes, 0)) / 128.0;
+    return (Bits(bytes) - HalfRange<Unsigned>) / HalfRange<Unsigned>;
 }
 
-double signedShort(std::span<const char> bytes)
+template <typename Unsigned, Unsigned (*Bits)(std::span<const char>)>
+double signedNumber(std::span<const char> bytes)
 {
-    const auto bits = static_cast<std::uint16_t>(byteAt(bytes, 0) | byteAt(bytes, 1) << 8U);
-    return static_cast<std::int16_t>(bits) / 32768.0;
+    using Signed = std::make_signed_t<Unsigned>;
+    return static_cast<Signed>(Bits(bytes)) / -static_cast<double>(std::numeric_limits<Signed>::min());
 }
 
+template <typename Float, typename Unsigned, Unsigned (*Bits)(std::span<const char>)>
 double floatNumber(std::span<const char> bytes)
 {
-    const std::uint32_t bits =
-        byteAt(bytes, 0) | byteAt(bytes, 1) << 8U | byteAt(bytes, 2) << 16U | byteAt(bytes, 3) << 24U;
-    return static_cast<double>(std::bit_cast<float>(bits));
+    return static_cast<double>(std::bit_cast<Float>(Bits(bytes)));
 }
 
 template <std::size_t Bytes>
@@ -99,17 +120,9 @@ std::optional<SampleFormat> sampleFormatBySuffix(const std::string& suffix)
 
 const char* sampleFormatName(SampleFormat format)
 {
-    switch (format) {
-        case SampleFormat::UnsignedByte:
-            return "cu8";
-        case SampleFormat::SignedByte:
-            return "ci8";
-        case SampleFormat::SignedShortLe:
-            return "ci16_le";
-        case SampleFormat::FloatLe:
-            break;
-    }
-    return "cf32_le";
+    const auto* const found =
+        std::find_if(Names.begin(), Names.end(), [format](const Alias& alias) { return alias.format == format; });
+    return found == Names.end() ? "" : found->name.data();
 }
 
 std::size_t sampleBytes(SampleFormat format)
@@ -118,9 +131,18 @@ std::size_t sampleBytes(SampleFormat format)
         case SampleFormat::UnsignedByte:
         case SampleFormat::SignedByte:
             return 2;
+        case SampleFormat::UnsignedShortLe:
+        case SampleFormat::UnsignedShortBe:
         case SampleFormat::SignedShortLe:
+        case SampleFormat::SignedShortBe:
             return 4;
+        case SampleFormat::DoubleLe:
+        case SampleFormat::DoubleBe:
+            return 16;
+        case SampleFormat::SignedLongLe:
+        case SampleFormat::SignedLongBe:
         case SampleFormat::FloatLe:
+        case SampleFormat::FloatBe:
             break;
     }
     return 8;
@@ -128,19 +150,34 @@ std::size_t sampleBytes(SampleFormat format)
 
 void decodeSamples(SampleFormat format, std::span<const char> bytes, std::span<std::complex<double>> out)
 {
+    using Short = std::uint16_t;
+    using Long = std::uint32_t;
+    using LongLong = std::uint64_t;
     switch (format) {
         case SampleFormat::UnsignedByte:
-            decode<1>(bytes, out, unsignedByte);
-            break;
+            return decode<1>(bytes, out, unsignedNumber<std::uint8_t, littleEndian<std::uint8_t>>);
         case SampleFormat::SignedByte:
-            decode<1>(bytes, out, signedByte);
-            break;
+            return decode<1>(bytes, out, signedNumber<std::uint8_t, littleEndian<std::uint8_t>>);
+        case SampleFormat::UnsignedShortLe:
+            return decode<2>(bytes, out, unsignedNumber<Short, littleEndian<Short>>);
+        case SampleFormat::UnsignedShortBe:
+            return decode<2>(bytes, out, unsignedNumber<Short, bigEndian<Short>>);
         case SampleFormat::SignedShortLe:
-            decode<2>(bytes, out, signedShort);
-            break;
+            return decode<2>(bytes, out, signedNumber<Short, littleEndian<Short>>);
+        case SampleFormat::SignedShortBe:
+            return decode<2>(bytes, out, signedNumber<Short, bigEndian<Short>>);
+        case SampleFormat::SignedLongLe:
+            return decode<4>(bytes, out, signedNumber<Long, littleEndian<Long>>);
+        case SampleFormat::SignedLongBe:
+            return decode<4>(bytes, out, signedNumber<Long, bigEndian<Long>>);
         case SampleFormat::FloatLe:
-            decode<4>(bytes, out, floatNumber);
-            break;
+            return decode<4>(bytes, out, floatNumber<float, Long, littleEndian<Long>>);
+        case SampleFormat::FloatBe:
+            return decode<4>(bytes, out, floatNumber<float, Long, bigEndian<Long>>);
+        case SampleFormat::DoubleLe:
+            return decode<8>(bytes, out, floatNumber<double, LongLong, littleEndian<LongLong>>);
+        case SampleFormat::DoubleBe:
+            return decode<8>(bytes, out, floatNumber<double, LongLong, bigEndian<LongLong>>);
     }
 }
 

@@ -10,14 +10,25 @@
 namespace RecStation {
 
 enum class SampleFormat {
-    UnsignedByte,   ///< cu8: 0..255, 127.5 is 0
-    SignedByte,     ///< ci8: -128..127
+    UnsignedByte,     ///< cu8: 0..255, 127.5 is 0
+    SignedByte,       ///< ci8: -128..127
+    UnsignedShortLe,  ///< cu16_le: 0..65535, 32767.5 is 0
+    UnsignedShortBe,
     SignedShortLe,  ///< ci16_le
-    FloatLe,        ///< cf32_le
+    SignedShortBe,
+    SignedLongLe,  ///< ci32_le
+    SignedLongBe,
+    FloatLe,  ///< cf32_le
+    FloatBe,
+    DoubleLe,  ///< cf64_le
+    DoubleBe,
 };
 
-/// By the SigMF name of the format ("cu8", "ci8", "ci16_le", "cf32_le"; "cs8" is "ci8", "ci16" and "cf32" are taken as
-/// little endian).
+/// As help and sentences name them.
+constexpr auto SampleFormatNames = "cu8, ci8, cu16_le, ci16_le, ci32_le, cf32_le, cf64_le or one of these with _be";
+
+/// By the SigMF name of the format ("cu8", "ci16_le", "cf32_be"; "cs8" is "ci8"; without "_le" or "_be" it is little
+/// endian).
 std::optional<SampleFormat> sampleFormatByName(const std::string& name);
 /// By a file's suffix with its dot, as receivers' tools use them (".cu8", ".cs16", ".cf32", ...).
 std::optional<SampleFormat> sampleFormatBySuffix(const std::string& suffix);

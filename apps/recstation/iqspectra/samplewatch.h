@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <limits>
 #include <optional>
 
 namespace RecStation {
@@ -16,14 +17,22 @@ public:
 
     void begin(Time now);  ///< a new connection
     void add(std::uint64_t samples) { m_came += static_cast<double>(samples); }
-    /// Of the last ten seconds, once they are over: how many samples are missing; nothing where all came. An
-    /// oscillator that is a little off and a network that is late now and then are no loss.
+    /// To be asked whenever some came. Every ten seconds: how many samples are missing since the ten seconds before,
+    /// nothing where all came. What comes late is not missing: only by what the samples are behind the clock even when
+    /// they are least behind. Nor is the little that an oscillator is off.
     [[nodiscard]] std::optional<std::uint64_t> missing(Time now);
+    /// Told once in a connection: the rate at which samples come, where that is more than was asked for. What came late
+    /// comes at once then, so all of the connection counts.
+    [[nodiscard]] std::optional<double> higherRate(Time now);
 
 private:
     double m_rateHz;
-    double m_came = 0;
-    Time m_begin;
+    Time m_connected;
+    double m_came = 0;                                               // samples
+    Time m_window;                                                   // begin of the ten seconds
+    double m_leastBehind = std::numeric_limits<double>::infinity();  // in them, samples
+    std::optional<double> m_leastBefore;                             // in those before
+    bool m_rateTold = false;
 };
 
 }  // namespace RecStation

@@ -5,12 +5,24 @@
 #include <cmath>
 #include <stdexcept>
 
+#include <terminaltext/quantity.h>
+
 namespace RecStation {
 
 std::size_t averageOver(double seconds, double rateHz, std::size_t advance)
 {
     const double ffts = std::ceil(seconds * rateHz / static_cast<double>(advance));
     return static_cast<std::size_t>(std::clamp(ffts, 1.0, static_cast<double>(LargestAverage)));
+}
+
+std::string whyAUnit(const std::string& option, double hz, double rateHz)
+{
+    if (hz == 0 || std::abs(hz) >= rateHz / 2) {
+        return "";
+    }
+    const std::string number = TerminalText::shortest(hz);
+    return option + " " + number + " is in Hz, and puts half of the band below 0 Hz: say " + number + "M for MHz, or " +
+           number + "Hz if this is meant";
 }
 
 SpectrumPlan makeSpectrumPlan(const SpectrumOptions& options, double rateHz)

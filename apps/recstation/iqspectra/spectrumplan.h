@@ -35,6 +35,10 @@ struct SpectrumPlan {
 /// As many FFTs as last so long, at least one.
 [[nodiscard]] std::size_t averageOver(double seconds, double rateHz, std::size_t advance);
 
+/// "--centre 1090" is more likely a forgotten M than a band that lies half below 0 Hz: what to say of a frequency
+/// without a unit then; empty where it may be meant.
+[[nodiscard]] std::string whyAUnit(const std::string& option, double hz, double rateHz);
+
 /// @param rateHz samples a second, above 0
 /// @throws std::runtime_error for options that are wrong, without the source's name
 [[nodiscard]] SpectrumPlan makeSpectrumPlan(const SpectrumOptions& options, double rateHz);

@@ -16,16 +16,11 @@ public:
 
     [[nodiscard]] QString name() const override { return m_source->name(); }
     void prepare() override { m_source->prepare(); }
-    [[nodiscard]] std::optional<unsigned long long> nextTime() override
-    {
-        const auto time = m_source->nextTime();
-        return time ? std::optional(m_times.take({systemTimeUs(), time})) : std::nullopt;
-    }
+    [[nodiscard]] std::optional<unsigned long long> nextTime() override { return arrived(m_source->nextTime()); }
     void step() override { m_source->step(); }
     [[nodiscard]] std::optional<unsigned long long> unfinishedTime() override
     {
-        const auto time = m_source->unfinishedTime();
-        return time ? std::optional(m_times.take({systemTimeUs(), time})) : std::nullopt;
+        return arrived(m_source->unfinishedTime());
     }
     [[nodiscard]] bool plainValuesComeFirst() const override { return m_source->plainValuesComeFirst(); }
     [[nodiscard]] QStringList spectra() const override { return m_source->spectra(); }
@@ -33,13 +28,21 @@ public:
     {
         SourceReport report = m_source->report();
         report.live = true;
+        report.silent = !m_came;
         report.lag = m_times.lag();
         return report;
     }
 
 private:
+    std::optional<unsigned long long> arrived(std::optional<unsigned long long> time)
+    {
+        m_came = m_came || time;
+        return time ? std::optional(m_times.take({systemTimeUs(), time})) : std::nullopt;
+    }
+
     std::unique_ptr<Source> m_source;
     LiveTimes m_times;
+    bool m_came = false;
 };
 
 }  // namespace RecStation

@@ -1,94 +1,65 @@
-// Handing sources to and fro between their threads and the station's.
+// Stepping sources in the order in which they had something.
 #include "live/livescheduler.h"
 
-#include <utility>
+#include <exception>
 
-#include <system/stopsignal.h>
+#include "input/badlines.h"
+#include "progress.h"
 
 namespace RecStation {
 
-LiveScheduler::LiveScheduler(SimulatedClock& clock, BeforeStep beforeStep, std::function<void()> onArrival)
-    : Scheduler(clock, std::move(beforeStep)), m_onArrival(std::move(onArrival))
-{
-}
-
-LiveScheduler::~LiveScheduler()
-{
-    finish();
-}
-
-// All there are before the first begins: the threads look at the list.
-void LiveScheduler::begin()
-{
-    for (std::size_t i = 0; i < sources().size(); ++i) {
-        m_workers.push_back(std::make_unique<Worker>());
-    }
-    m_running = m_workers.size();
-    for (std::size_t i = 0; i < m_workers.size(); ++i) {
-        m_workers[i]->thread = std::thread([this, i] { work(i); });
-    }
-}
-
-void LiveScheduler::work(std::size_t source)
-{
-    for (bool goesOn = true; goesOn;) {
-        std::optional<unsigned long long> time;
-        std::exception_ptr failure;
-        try {
-            time = sources()[source]->nextTime();
-        } catch (...) {
-            failure = std::current_exception();
-        }
-        goesOn = time.has_value();
-        handOver(source, time, failure);
-        goesOn = goesOn && awaitTurn(*m_workers[source]);
-    }
-}
-
-void LiveScheduler::handOver(std::size_t source, std::optional<unsigned long long> time, std::exception_ptr failure)
-{
-    bool tell = false;
-    {
-        const std::lock_guard lock(m_mutex);
-        Worker& worker = *m_workers[source];
-        worker.turn = false;
-        worker.time = time;
-        worker.failure = std::move(failure);
-        m_come.push_back(source);
-        tell = std::exchange(m_stationWaits, false);
-    }
-    if (tell) {
-        m_onArrival();
-    }
-}
-
-// False when there is none any more.
-bool LiveScheduler::awaitTurn(Worker& worker)
-{
-    std::unique_lock lock(m_mutex);
-    worker.turnChanged.wait(lock, [this, &worker] { return worker.turn || m_finishing; });
-    return !m_finishing;
-}
-
 std::optional<unsigned long long> LiveScheduler::nextTime()
 {
-    if (m_workers.empty()) {
-        begin();
+    for (; m_begun < sources().size(); ++m_begun) {
+        m_threads.add(m_begun, *sources()[m_begun]);
+        m_lastStep = std::chrono::steady_clock::now();
     }
-    const std::lock_guard lock(m_mutex);
-    while (!m_come.empty()) {
-        const Worker& first = *m_workers[m_come.front()];
-        if (first.time) {
-            return clockTime(*first.time);
+    endWaits();
+    while (const auto arrival = m_threads.first()) {
+        if (arrival->time) {
+            return stepTime(*arrival->time);
         }
-        m_come.pop_front();
-        --m_running;
-        if (first.failure) {
-            std::rethrow_exception(first.failure);
+        m_threads.takeFirst();
+        if (arrival->failure) {
+            noteFailure(*arrival);
         }
     }
-    m_stationWaits = m_running > 0;
     return std::nullopt;
+}
+
+// What one source reads is no reason to end the others.
+void LiveScheduler::noteFailure(const SourceThreads::Arrival& arrival)
+{
+    if (++m_failed == sources().size()) {
+        std::rethrow_exception(arrival.failure);
+    }
+    try {
+        std::rethrow_exception(arrival.failure);
+    } catch (const StrictError&) {
+        throw;
+    } catch (const std::exception& error) {
+        if (m_hooks.onFailure) {
+            m_hooks.onFailure(*sources()[arrival.source], error.what());
+        }
+    }
+}
+
+// A clock of a peer's that is behind, or the system's that was set back: until it caught up, all would have one time.
+// What lies beyond a gap that is told goes back.
+bool LiveScheduler::isFarBehind(unsigned long long time) const
+{
+    constexpr unsigned long long MostBehindUs = 10'000'000;
+    return clockTime(time) > time + MostBehindUs;
+}
+
+unsigned long long LiveScheduler::stepTime(unsigned long long time) const
+{
+    if (!isFarBehind(time)) {
+        return clockTime(time);
+    }
+    const auto passed =
+        std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - m_lastStep);
+    return clock().CurrentTime() + static_cast<unsigned long long>(passed.count());
 }
 
 void LiveScheduler::step()
@@ -96,37 +67,54 @@ void LiveScheduler::step()
     if (!nextTime()) {
         return;
     }
-    std::size_t source = 0;
-    unsigned long long time = 0;
-    {
-        const std::lock_guard lock(m_mutex);
-        source = m_come.front();
-        m_come.pop_front();
-        time = *m_workers[source]->time;
+    const auto arrival = *m_threads.first();
+    m_threads.takeFirst();
+    if (isFarBehind(*arrival.time) && m_behindTold.insert(arrival.source).second) {
+        const QString behind = lagText(static_cast<long long>(clock().CurrentTime() - *arrival.time));
+        tell(arrival.source,
+             QStringLiteral("its time lies %1 behind what is recorded already: the recording goes on as time passes")
+                 .arg(behind));
     }
-    stepAt(time, *sources()[source]);
-    const std::lock_guard lock(m_mutex);
-    m_workers[source]->turn = true;
-    m_workers[source]->turnChanged.notify_one();
+    const std::uint64_t before = m_hooks.records ? m_hooks.records() : 0;
+    stepAt(stepTime(*arrival.time), *sources()[arrival.source]);
+    m_lastStep = std::chrono::steady_clock::now();
+    spend(arrival.source, m_hooks.records ? m_hooks.records() - before : 0);
 }
 
-void LiveScheduler::finish()
+void LiveScheduler::tell(std::size_t source, const QString& clause) const
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_finishing = true;
-        for (const auto& worker : m_workers) {
-            worker->turnChanged.notify_one();
+    if (m_hooks.tell) {
+        m_hooks.tell(*sources()[source], clause);
+    }
+}
+
+// Gives the source its turn, or lets it wait for that.
+void LiveScheduler::spend(std::size_t source, std::uint64_t records)
+{
+    constexpr std::size_t ManyWaits = 100;
+    if (!m_budget.spend(source, records, m_lastStep)) {
+        m_threads.giveTurn(source);
+        return;
+    }
+    m_waiting.push_back(source);
+    if (++m_waits[source] == ManyWaits) {
+        tell(source,
+             QStringLiteral("it tells more than a recording holds, which is 1,000 changes a second: it has to wait"));
+    }
+}
+
+void LiveScheduler::endWaits()
+{
+    if (!m_waiting.empty() && m_budget.wait(std::chrono::steady_clock::now()).count() == 0) {
+        for (const std::size_t source : std::exchange(m_waiting, {})) {
+            m_threads.giveTurn(source);
         }
     }
-    if (m_running > 0) {
-        System::StopSignal::request();
-    }
-    for (const auto& worker : m_workers) {
-        if (worker->thread.joinable()) {
-            worker->thread.join();
-        }
-    }
+}
+
+std::optional<std::chrono::milliseconds> LiveScheduler::askAgainIn()
+{
+    return m_waiting.empty() ? std::nullopt : std::optional(m_budget.wait(std::chrono::steady_clock::now()));
 }
 
 }  // namespace RecStation

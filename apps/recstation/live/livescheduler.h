@@ -1,16 +1,21 @@
 // Runs sources side by side: each waits for its input in a thread of its own, and steps when something has come.
 #pragma once
 
-#include <condition_variable>
-#include <deque>
-#include <exception>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
-#include <memory>
-#include <mutex>
+#include <map>
 #include <optional>
-#include <thread>
+#include <set>
+#include <string>
+#include <utility>
 #include <vector>
 
+#include <QString>
+
+#include "live/recordbudget.h"
+#include "live/sourcethreads.h"
 #include "scheduler.h"
 
 namespace RecStation {
@@ -20,39 +25,50 @@ namespace RecStation {
 /// something too.
 class LiveScheduler final : public Scheduler {
 public:
-    /// @param onArrival called from the thread of a source when nextTime had nothing and has something now
-    LiveScheduler(SimulatedClock& clock, BeforeStep beforeStep, std::function<void()> onArrival);
-    ~LiveScheduler() override;
-
-    /// Never waits. Nothing also when nothing has come yet: then isWaiting is true. @throws what a source throws
-    [[nodiscard]] std::optional<unsigned long long> nextTime() override;
-    [[nodiscard]] bool isWaiting() const override { return m_running > 0; }
-    void step() override;
-    /// Ends the threads, also those that wait: the process is asked to stop if any does.
-    void finish() override;
-
-private:
-    struct Worker {
-        std::thread thread;
-        std::condition_variable turnChanged;
-        bool turn = true;  // the source's, else the station's
-        std::optional<unsigned long long> time;
-        std::exception_ptr failure;
+    struct Hooks {
+        /// Called from the thread of a source when nextTime had nothing and has something now.
+        std::function<void()> onArrival;
+        /// Told once of each source whose time lies far behind what was stepped already, so that the clock shows what
+        /// has passed since, and of each that makes too many records and has to wait: one clause. May be empty.
+        std::function<void(const Source& source, const QString& clause)> tell = {};
+        /// Told of a source that broke off with a sentence while there are others, which go on. May be empty.
+        std::function<void(const Source& source, const std::string& sentence)> onFailure = {};
+        /// How many records were made by now. May be empty.
+        std::function<std::uint64_t()> records = {};
     };
 
-    void begin();
-    void work(std::size_t source);
-    void handOver(std::size_t source, std::optional<unsigned long long> time, std::exception_ptr failure);
-    [[nodiscard]] bool awaitTurn(Worker& worker);
+    LiveScheduler(SimulatedClock& clock, BeforeStep beforeStep, Hooks hooks)
+        : Scheduler(clock, std::move(beforeStep)), m_hooks(std::move(hooks)), m_threads(m_hooks.onArrival)
+    {
+    }
 
-    std::function<void()> m_onArrival;
-    std::vector<std::unique_ptr<Worker>> m_workers;  // one per source
-    std::size_t m_running = 0;                       // that have not ended; known to the station's thread
+    /// Never waits. Nothing also when nothing has come yet: then isWaiting is true.
+    /// @throws what a source throws when it was the last that had not, or is read strictly
+    [[nodiscard]] std::optional<unsigned long long> nextTime() override;
+    [[nodiscard]] bool isWaiting() const override { return m_threads.areRunning(); }
+    [[nodiscard]] std::optional<std::chrono::milliseconds> askAgainIn() override;
+    void step() override;
+    /// Ends the threads, also those that wait: the process is asked to stop if any does.
+    void finish() override { m_threads.finish(); }
 
-    std::mutex m_mutex;              // for all below, and the workers' turns
-    std::deque<std::size_t> m_come;  // sources that have something, or ended, in the order of their coming
-    bool m_stationWaits = false;
-    bool m_finishing = false;
+private:
+    void noteFailure(const SourceThreads::Arrival& arrival);
+    [[nodiscard]] bool isFarBehind(unsigned long long time) const;
+    [[nodiscard]] unsigned long long stepTime(unsigned long long time) const;
+
+    void tell(std::size_t source, const QString& clause) const;
+    void spend(std::size_t source, std::uint64_t records);
+    void endWaits();
+
+    Hooks m_hooks;
+    std::chrono::steady_clock::time_point m_lastStep;  // or the beginning
+    std::set<std::size_t> m_behindTold;                // sources
+    std::size_t m_failed = 0;                          // sources that broke off
+    std::size_t m_begun = 0;                           // sources that have their threads
+    RecordBudget m_budget;
+    std::vector<std::size_t> m_waiting;          // sources, for the budget
+    std::map<std::size_t, std::size_t> m_waits;  // of each source
+    SourceThreads m_threads;
 };
 
 }  // namespace RecStation

@@ -2,18 +2,36 @@
 #include "live/livetimes.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace RecStation {
 
 unsigned long long LiveTimes::take(const Received& received)
 {
     if (received.peerUs) {
-        m_lastLagUs = static_cast<long long>(received.arrivalUs) - static_cast<long long>(*received.peerUs);
-        note(*m_lastLagUs);
+        takeLag(static_cast<long long>(received.arrivalUs) - static_cast<long long>(*received.peerUs));
     }
     const auto lag = static_cast<unsigned long long>(m_sourceTime ? m_lastLagUs.value_or(0) : 0);
-    m_latest = std::max(m_latest, received.arrivalUs - lag);  // modulo 2^64, as the lag may be negative
+    const unsigned long long time = received.arrivalUs - lag;  // modulo 2^64, as the lag may be negative
+    // A clock that was set back is followed; who records decides what becomes of that.
+    m_latest = m_latest > time + SetBackUs ? time : std::max(m_latest, time);
     return m_latest;
+}
+
+// One time alone that leaps, as a receiver without a date yet may tell, is not believed; two that agree are.
+void LiveTimes::takeLag(long long lagUs)
+{
+    constexpr long long LeapUs = 3'600'000'000;
+    const auto isNear = [lagUs](const std::optional<long long>& other) {
+        return other && std::abs(lagUs - *other) <= LeapUs;
+    };
+    if (m_lastLagUs && !isNear(m_lastLagUs) && !isNear(m_doubtedLagUs)) {
+        m_doubtedLagUs = lagUs;
+        return;
+    }
+    m_doubtedLagUs.reset();
+    m_lastLagUs = lagUs;
+    note(lagUs);
 }
 
 // Memory is bounded: when there are too many, every second one is kept, and of those to come as many fewer.

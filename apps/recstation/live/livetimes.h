@@ -23,18 +23,23 @@ public:
     /// @param sourceTime the peer's time is recorded where it tells one, else that of the arrival
     explicit LiveTimes(bool sourceTime) : m_sourceTime(sourceTime) {}
 
-    /// The time to record it at: never earlier than the one before. What has no time of the peer's among what has lies
-    /// as much behind its arrival as what came before.
+    /// The time to record it at: not earlier than the one before, unless a clock was set back by more than ten seconds.
+    /// What has no time of the peer's among what has lies as much behind its arrival as what came before; so does what
+    /// has one that leaps by more than an hour, until the next confirms it.
     [[nodiscard]] unsigned long long take(const Received& received);
     /// Arrival minus the peer's time, also where that is not what is recorded; nothing when the peer told none.
     [[nodiscard]] std::optional<Lag> lag() const;
 
 private:
+    static constexpr unsigned long long SetBackUs = 10'000'000;
+
+    void takeLag(long long lagUs);
     void note(long long lagUs);
 
     bool m_sourceTime;
     unsigned long long m_latest = 0;
     std::optional<long long> m_lastLagUs;
+    std::optional<long long> m_doubtedLagUs;
     long long m_mostUs = 0;
     std::vector<long long> m_some;  // evenly taken of all
     std::uint64_t m_every = 1;

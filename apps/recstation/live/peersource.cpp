@@ -5,13 +5,6 @@
 
 namespace RecStation {
 
-namespace {
-
-// Of a peer that comes and goes all the time; all are counted.
-constexpr std::uint64_t MostTold = 20;
-
-}  // namespace
-
 PeerSource::PeerSource(const char* name, std::string peer, const SourceRun& run)
     : m_name(QString::fromLatin1(name)), m_peer(std::move(peer)), m_report(run.hooks.report), m_times(run.sourceTime)
 {
@@ -80,15 +73,16 @@ std::optional<Received> PeerSource::tryToReceive()
 
 void PeerSource::tellMissing(const std::string& why)
 {
+    m_why = why;
     if (std::exchange(m_missing, true)) {
         return;
     }
-    ++m_losses;
-    if (m_losses <= MostTold) {
+    m_told = m_tellRate.take(std::chrono::steady_clock::now());
+    if (m_told) {
         say(why + "; trying again");
-    }
-    if (m_losses == MostTold) {
-        say("it comes and goes; from here on that is only counted");
+        if (m_tellRate.isSpent() && !std::exchange(m_rateTold, true)) {
+            say("it comes and goes; from here on that is told once a minute at most, and counted");
+        }
     }
 }
 
@@ -96,7 +90,7 @@ void PeerSource::tellBack()
 {
     if (std::exchange(m_missing, false)) {
         m_reconnects += m_known ? 1U : 0U;
-        if (m_losses < MostTold) {
+        if (m_told) {
             say(m_known ? "connected again" : "connected");
         }
     }
@@ -118,6 +112,10 @@ SourceReport PeerSource::report() const
     report.live = true;
     report.reconnects = m_reconnects;
     report.lag = m_times.lag();
+    report.silent = !m_known;
+    if (!m_known) {
+        report.missing = m_peer + (m_why.empty() ? "" : ": " + m_why);
+    }
     return report;
 }
 

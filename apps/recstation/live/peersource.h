@@ -8,6 +8,7 @@
 #include "live/connection.h"
 #include "live/livetimes.h"
 #include "live/retry.h"
+#include "live/tellrate.h"
 #include "sources/offeredsource.h"
 #include "sources/source.h"
 
@@ -61,11 +62,14 @@ private:
     InputReport m_report;
     LiveTimes m_times;
     Retry m_retry;
+    TellRate m_tellRate;
     bool m_connected = false;
-    bool m_missing = false;   // and that was told
+    bool m_missing = false;
+    bool m_told = false;      // that it is missing
+    bool m_rateTold = false;  // that not all of that is told
     bool m_known = false;     // it has sent something in this run
     bool m_toForget = false;  // what the next step does
-    std::uint64_t m_losses = 0;
+    std::string m_why;        // it could not be reached, or was lost, at last
     std::uint64_t m_reconnects = 0;
 };
 

@@ -26,6 +26,8 @@ struct SourceReport {
     std::uint64_t lost = 0;        ///< what the peer or we had to drop: overruns, broken and overlong lines
     std::uint64_t reconnects = 0;  ///< how often the peer was back after it had been lost
     std::optional<Lag> lag = {};
+    bool silent = false;       ///< of a live one: nothing has ever come of it
+    std::string missing = {};  ///< the peer of which nothing has ever come, and why; else empty
 };
 
 /// Driven by one scheduler: prepare once, then nextTime and step in turn. All errors are std::runtime_error (also
@@ -53,7 +55,8 @@ public:
     /// What a step changes before its spectrum has the spectrum's time, and not that of the one before: recorders
     /// are to be told the time of every step also when the source runs alone.
     [[nodiscard]] virtual bool plainValuesComeFirst() const { return false; }
-    /// Paths of the spectra that only one source of a run can show.
+    /// Paths of the spectra that only one source of a run can show; a receiver names all that it could, whichever it
+    /// was asked for, as frequency, span and level are those of one receiver.
     [[nodiscard]] virtual QStringList spectra() const { return {}; }
     [[nodiscard]] virtual SourceReport report() const = 0;
 };

@@ -18,8 +18,8 @@
 #include <QStringList>
 #include <QTemporaryFile>
 
-#include <commandline/program.h>
 #include <program.h>
+#include <rectool.h>
 
 namespace Cases {
 

@@ -39,6 +39,7 @@ def make(fixtures, programs):
     """Once: everything that costs time."""
     for name, text in {"changes.jsonl": CHANGES, "sweep.csv": SWEEPS, "drive.log": DRIVE, "bearings.csv": BEARINGS,
                        "bare.csv": "1772352000,150.015,163,x\n",
+                       "exported.csv": "time,device,frequency_hz,azimuth_deg,heading_deg\n1772352000,N,150015000,163,2\n",
                        "kraken.csv": "1772352000250, 134, 0.4, -48, 151880000, UCA, 100, N, 1, 2, 3, 3, GPS, R, R, R, R\n",
                        "telemetry.csv": TELEMETRY, "channels.csv": "433.5M,25k,alarm\n", "station.toml": STATION, "x.sigmf-meta": SIGMF}.items():
         (fixtures / name).write_text(text, encoding="utf-8")
@@ -108,7 +109,7 @@ def content_for(command, before, word):
     if word == "archive.toml":
         return None
     if suffix in (".csv", ".gz"):
-        if word in ("channels.csv", "bare.csv", "kraken.csv"):
+        if word in ("channels.csv", "bare.csv", "exported.csv", "kraken.csv"):
             return word
         if "telemetr" in word:
             return "telemetry.csv"

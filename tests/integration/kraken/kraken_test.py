@@ -4,10 +4,12 @@ import http.server
 import json
 import pathlib
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
 import threading
+import time
 import unittest
 
 PATIENCE_S = 60
@@ -116,6 +118,8 @@ def values(entries, keyword):
 
 class Kraken(unittest.TestCase):
     def setUp(self):
+        global START_MS
+        START_MS = int(time.time() * 1000)
         self.folder = tempfile.TemporaryDirectory()
         self.addCleanup(self.folder.cleanup)
 
@@ -175,8 +179,38 @@ class Kraken(unittest.TestCase):
         self.assertIn(True, maps[gap:])
         self.assertEqual(values(entries, "LOCATIONLATITUDE"), [None, 52.5, None, 52.501])
         self.assertEqual(values(entries, "TRUEHEADING"), [None, 90, None, 90])
-        self.assertNotIn(None, values(entries, "FREQUENCY"))
+        self.assertEqual(values(entries, "FREQUENCY"), [None, 433.92e6, 145.5e6, 433.92e6, 145.5e6], "it stays in the gap")
         self.assertEqual(run.source["reconnects"], 1)
+        info = subprocess.run([PROGRAMS / "rectool", "info", "--json", run.summary["files"][0]["path"]], capture_output=True,
+                              text=True, check=True, timeout=PATIENCE_S).stdout
+        header = json.loads(info)["files"][0]["header"]
+        self.assertEqual((header["startFrequencyHz"], header["stopFrequencyHz"]), (145.5e6, 433.92e6))
+
+    def test_what_was_heard_long_before_is_not_recorded_as_of_now(self):
+        global START_MS
+        START_MS -= 3_600_000
+        old = document(0, 30, True)
+        START_MS += 3_600_000
+        run, entries = self.record([old, old, document(1, 70, True)])
+        self.assertEqual({round(cell["azimuthDeg"]) for _, cells in bearings(entries) for cell in cells.values() if cell},
+                         {70, 160})
+        self.assertEqual(run.source["used"], 2)
+
+    def test_a_finder_that_hears_nothing_is_reachable_and_a_silent_one_is_not(self):
+        def check(port):
+            found = subprocess.run([PROGRAMS / "recstation", "check", "-o", self.folder.name, "kraken",
+                                    f"http://127.0.0.1:{port}/DOA_value.html"], capture_output=True, text=True, check=False,
+                                   timeout=PATIENCE_S)
+            return found.returncode, found.stdout.splitlines()[0]
+
+        finder = Finder([""])
+        self.addCleanup(finder.end)
+        self.assertEqual(check(finder.server_address[1]),
+                         (3, "kraken: reachable, but it showed nothing within 5 s; --wait TIME gives it longer"))
+        with socket.create_server(("127.0.0.1", 0)) as silent:
+            port = silent.getsockname()[1]
+            self.assertEqual(check(port), (2, f"kraken: not reachable: http://127.0.0.1:{port}/DOA_value.html: its answer did "
+                                              "not come within 4 s"))
 
     def test_wrong_answers_are_told_once_and_tried_again(self):
         for wrong, told in [((404, "no"), "it answers 404 Not Found"),

@@ -22,7 +22,7 @@ def code_of(document, language):
 
 
 def record(client, programs, folder):
-    levels = "".join(f"{level}\n" for level in LEVELS)
+    levels = "\n".join(str(level) for level in LEVELS)  # the last line lacks its end
     fed = subprocess.run(client, input=levels, capture_output=True, text=True, timeout=PATIENCE_S, check=True).stdout
     subprocess.run([programs / "recstation", "-q", "-o", folder, "feed", "--strict"], input=fed, text=True, check=True,
                    capture_output=True, timeout=PATIENCE_S)

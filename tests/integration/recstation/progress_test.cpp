@@ -6,6 +6,16 @@
 namespace RecStation {
 namespace {
 
+TEST(LagText, HasTheUnitThatItsSizeMakesSenseIn)
+{
+    EXPECT_EQ(lagText(12'340), QStringLiteral("12.3 ms"));
+    EXPECT_EQ(lagText(-1'500'000), QStringLiteral("-1500.0 ms"));
+    EXPECT_EQ(lagText(12'340'000), QStringLiteral("12.3 s"));
+    EXPECT_EQ(lagText(7'499'000'000), QStringLiteral("2 h 05 min"));
+    EXPECT_EQ(lagText(-11 * 60 * 1'000'000LL), QStringLiteral("-11 min"));
+    EXPECT_EQ(lagText(12 * 86'400 * 1'000'000LL), QStringLiteral("12 days"));
+}
+
 TEST(Progress, BytesAreWrittenAsAPersonWould)
 {
     EXPECT_EQ(byteText(0), QStringLiteral("0 bytes"));

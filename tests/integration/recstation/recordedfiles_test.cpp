@@ -3,6 +3,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSysInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -36,6 +37,17 @@ TEST_F(RecordedFilesTest, AFileUnderNeitherNameIsMissing)
     EXPECT_EQ(report.state, FileReport::State::Missing);
     EXPECT_EQ(report.path, path("a.rec"));
     EXPECT_FALSE(report.problem.isEmpty());
+}
+
+// As when another program recovered it, and somebody laid a link under its name.
+TEST_F(RecordedFilesTest, ALinkUnderTheFinishedNameIsNoRecording)
+{
+    if (QSysInfo::productType() == QLatin1String("windows")) {
+        GTEST_SKIP() << "what Qt makes there is no link";
+    }
+    write("elsewhere", "no recording");
+    ASSERT_TRUE(QFile::link(path("elsewhere"), path("a.rec")));
+    EXPECT_EQ(examineRecording(path("a.tmp")).state, FileReport::State::Missing);
 }
 
 TEST_F(RecordedFilesTest, AFileThatWasNeverClosedIsAProblem)

@@ -118,6 +118,26 @@ TEST(Summary, OfLiveSourcesLossesReconnectsAndLagAreToldAndMakeNoFailure)
     const auto source = nlohmann::json::parse(summary.json())["sources"][0];
     EXPECT_EQ(source, nlohmann::json::parse(R"({"name": "feed", "used": 5, "skipped": 1, "bad": 0, "lost": 3,
         "reconnects": 1, "lagMs": {"middle": 12.34, "most": 1500.0}})"));
+    report.lag = Lag{-7'500'000'000, -7'400'000'000};
+    EXPECT_TRUE(summary.remarks().value(0).endsWith(QStringLiteral("; its clock is 2 h 05 min ahead of this one")));
+}
+
+TEST(Summary, APeerOfWhichNothingCameIsNamedAndMakesItIncomplete)
+{
+    Summary summary = goodSummary();
+    EXPECT_FALSE(summary.areAllSilent());
+    SourceReport report;
+    report.live = report.silent = true;
+    report.missing = "127.0.0.1:4532: cannot connect: Connection refused";
+    summary.sources.push_back({QStringLiteral("rig"), report});
+    EXPECT_FALSE(summary.areAllSilent());
+    EXPECT_EQ(summary.exitCode(), ExitCode::Incomplete);
+    EXPECT_EQ(
+        summary.remarks(),
+        QStringList(QStringLiteral("rig: nothing ever came from 127.0.0.1:4532: cannot connect: Connection refused")));
+    EXPECT_EQ(nlohmann::json::parse(summary.json())["sources"][1]["missing"], report.missing);
+    summary.sources.erase(summary.sources.begin());
+    EXPECT_TRUE(summary.areAllSilent());
 }
 
 TEST(Summary, TheJsonFormHasEverything)

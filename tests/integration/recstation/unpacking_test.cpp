@@ -102,6 +102,38 @@ TEST(Unpacking, ShortTextsAndThoseThatBeginAlikeAreLeftAsTheyAre)
     }
 }
 
+TEST(Unpacking, OtherKindsOfFilesAreNamed)
+{
+    using namespace std::string_literals;
+    const auto problem = [](const std::string& bytes) {
+        try {
+            return unpack(bytes, 1).text;
+        } catch (const std::runtime_error& error) {
+            return std::string(error.what());
+        }
+    };
+    EXPECT_EQ(problem("\xff\xfe$\0G\0"s), "night.csv.gz is UTF-16 text: store it as UTF-8");
+    EXPECT_THAT(problem("PK\x03\x04zipped"), HasSubstr("night.csv.gz is a zip archive"));
+    EXPECT_THAT(problem("BZh91AY"), HasSubstr("is packed by bzip2"));
+    EXPECT_THAT(problem("\xfd"
+                        "7zXZ"),
+                HasSubstr("is packed by xz"));
+    EXPECT_EQ(problem("PK text\n"), "PK text\n");
+    EXPECT_EQ(problem("\xfd"
+                      "7z"),
+              "\xfd"
+              "7z");
+}
+
+TEST(Unpacking, AByteOrderMarkIsNoPartOfTheFirstLine)
+{
+    LineReader lines(TestSupport::textInput("\xEF\xBB\xBFone\n\xEF\xBB\xBFtwo\n", 1), 100);
+    ASSERT_EQ(lines.next(), LineReader::Result::Line);
+    EXPECT_EQ(lines.line(), "one");
+    ASSERT_EQ(lines.next(), LineReader::Result::Line);
+    EXPECT_EQ(lines.line(), "\xEF\xBB\xBFtwo");
+}
+
 TEST(Unpacking, WhatIsCutOffIsToldWithTheOffsetAndNothingBeforeIsLost)
 {
     const std::string text = manyLines();

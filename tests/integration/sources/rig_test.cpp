@@ -4,9 +4,12 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <thread>
+#include <utility>
 
+#include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QStandardPaths>
@@ -32,7 +35,6 @@ constexpr std::int32_t levelCode = 36;
 constexpr std::int32_t frequencyCode = 46;
 constexpr int rigPatienceMs = 60'000;
 
-// Of the loopback address; free when it is asked for.
 int freePort(int kind)
 {
     const int handle = ::socket(AF_INET, kind, 0);
@@ -112,6 +114,14 @@ protected:
                            options);
     }
 
+    static void pipeIn(QProcess& process, const QByteArray& lines)
+    {
+        process.write(lines);
+        while (process.bytesToWrite() > 0) {
+            ASSERT_TRUE(process.waitForBytesWritten(rigPatienceMs));
+        }
+    }
+
     static Result stop(QProcess& process)
     {
         process.terminate();
@@ -157,6 +167,16 @@ QString modeOf(const std::string& text)
     return selection.GetText();
 }
 
+std::pair<double, double> headerRange(const std::string& path)
+{
+    QProcess info;
+    info.start(QStringLiteral(RECTOOL),
+               {QStringLiteral("info"), QStringLiteral("--json"), QString::fromStdString(path)});
+    EXPECT_TRUE(info.waitForFinished(rigPatienceMs));
+    const auto header = nlohmann::json::parse(info.readAllStandardOutput().toStdString())["files"][0]["header"];
+    return {header.at("startFrequencyHz"), header.at("stopFrequencyHz")};
+}
+
 TEST_F(RigTest, WhatRigctlSetsIsRecordedAsRigctlTellsIt)
 {
     startReceiver();
@@ -193,6 +213,7 @@ TEST_F(RigTest, WhatRigctlSetsIsRecordedAsRigctlTellsIt)
     EXPECT_EQ(recordedModes.front(), "UNKNOWN") << "until the receiver told it";
     EXPECT_EQ(recordedModes.back(), modes.back());
     EXPECT_EQ(numberOf(textsOf(file, bandwidthCode).back()), bandwidths.back());
+    EXPECT_EQ(headerRange(result.path("receiver")), std::pair(7.1e6, 145.5e6)) << "all that it was tuned to";
 }
 
 TEST_F(RigTest, StrengthsAreDecibelsOverS9AndDbmOnlyWhenS9IsTold)
@@ -222,27 +243,23 @@ TEST_F(RigTest, AReceiverThatIsKilledLeavesAGapAndIsRecordedAgainWhenItIsBack)
     m_rigctld.waitForFinished();
     process.setReadChannel(QProcess::StandardError);
     QByteArray messages;
-    while (!messages.contains("trying again")) {
-        ASSERT_TRUE(process.waitForReadyRead(rigPatienceMs));
-        messages += process.readAllStandardError();
-    }
+    const auto await = [&](const char* words) {
+        while (!messages.contains(words)) {
+            ASSERT_TRUE(process.waitForReadyRead(rigPatienceMs));
+            messages += process.readAllStandardError();
+        }
+    };
+    await("trying again");
     startReceiver();
-    while (!messages.contains("connected again")) {
-        ASSERT_TRUE(process.waitForReadyRead(rigPatienceMs));
-        messages += process.readAllStandardError();
-    }
+    await("connected again");
     const Result result = stop(process);
     EXPECT_EQ(result.exitCode, 0) << result.messages;
     EXPECT_EQ(result.summary["sources"][0]["reconnects"], 1);
     const RecordedFile file = readRecordedFile(result.path("receiver"));
-    std::size_t unknown = 0;
-    for (const std::string& text : textsOf(file, modulationCode)) {
-        unknown += modeOf(text) == "UNKNOWN" ? 1U : 0U;
-    }
-    EXPECT_EQ(unknown, 2U) << "at the start, and in the gap";
-    for (const std::string& text : textsOf(file, frequencyCode)) {
-        EXPECT_NE(frequencyOf(text), 0) << "the frequency stays";
-    }
+    const auto modes = textsOf(file, modulationCode);
+    EXPECT_EQ(std::count_if(modes.begin(), modes.end(), [](const auto& text) { return modeOf(text) == "UNKNOWN"; }), 2)
+        << "at the start, and in the gap";
+    EXPECT_THAT(textsOf(file, frequencyCode), SizeIs(2)) << "unknown at the start, and told once: in the gap it stays";
 }
 
 TEST_F(RigTest, ARigctldInVfoModeIsUnderstood)
@@ -303,7 +320,57 @@ TEST_F(RigTest, SpectraInPacketsAreRecordedAndMissingOnesCounted)
             spectra.emplace_back(map.GetCells().begin(), map.GetCells().end());
         }
     }
+    // Of the scope, which nobody knew at the start.
+    EXPECT_EQ(headerRange(result.path("receiver")), std::pair(3693000.0, 3743000.0));
     EXPECT_THAT(spectra, ElementsAre(ElementsAre(-71, -70, -65.5, -66.5, 0), ElementsAre(-40, -70, -65.5, -66.5, 0)));
+}
+
+// Its recording begins with this machine's time, and not in 1970.
+TEST_F(RigTest, OfAPeerThatIsNotThereTheRecordingIsOfNowAndTheRunSaysThatNothingCame)
+{
+    QProcess process;
+    start(process, {QStringLiteral("-o"), QStringLiteral("."), QStringLiteral("--duration"), QStringLiteral("300ms"),
+                    QStringLiteral("--source-time"), QStringLiteral("rig"), address()});
+    const auto now = static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * 1000;
+    const Result result = finish(process);
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.summary["failure"], "nothing was measured: no source gave anything");
+    EXPECT_NE(result.messages.find("nothing ever came from " + address().toStdString() + ": cannot connect"),
+              std::string::npos)
+        << result.messages;
+    const RecordedFile file = readRecordedFile(result.path("receiver"));
+    EXPECT_LT(now - 10'000'000, file.startUs);
+    EXPECT_LT(file.startUs, now + 60'000'000);
+}
+
+TEST_F(RigTest, OfTwoPeersOneThatNeverCameIsToldAndCounts)
+{
+    startReceiver();
+    QProcess process;
+    record(process, {QStringLiteral("gpsd"), QStringLiteral("127.0.0.1:%1").arg(freePort(SOCK_STREAM))});
+    awaitRecord(QStringLiteral("145000000"));
+    const Result result = stop(process);
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_TRUE(result.summary["sources"][0].contains("missing")) << "gpsd";
+    EXPECT_FALSE(result.summary["sources"][1].contains("missing"));
+}
+
+// Each record has a millisecond of its own: too many at a time would have those that the next ones happen in.
+TEST_F(RigTest, AFloodOfRecordsDoesNotMoveTheTimesOfARecording)
+{
+    startReceiver();
+    QProcess process;
+    record(process, {QStringLiteral("--record"), QStringLiteral("receiver"), QStringLiteral("feed")});
+    awaitRecord(QStringLiteral("145000000"));
+    QByteArray lines;
+    for (int i = 1; i <= 3000; ++i) {
+        lines += QStringLiteral("{\"at\": 0, \"path\": \"/LEVEL\", \"set\": %1}\n").arg(i).toLatin1();
+    }
+    pipeIn(process, lines);
+    awaitRecord(QStringLiteral("LEVEL       3000"));
+    const Result result = stop(process);
+    EXPECT_LE(readRecordedFile(result.path("receiver")).records.back().timeMs,
+              result.summary["recordedMs"].get<unsigned long long>() + 200);
 }
 
 // A pipe that floods beside a receiver that is asked every 10 ms.
@@ -319,10 +386,7 @@ TEST_F(RigTest, AFloodFromAPipeDoesNotKeepTheReceiverFromBeingRecorded)
     for (int i = 0; i < 100'000; ++i) {
         lines += i % 2 == 0 ? "{\"at\": 0, \"path\": \"/FLOOD\", \"set\": 2}\n" : "rubbish\n";
     }
-    process.write(lines);
-    while (process.bytesToWrite() > 0) {
-        ASSERT_TRUE(process.waitForBytesWritten(rigPatienceMs));
-    }
+    pipeIn(process, lines);
     awaitRecord(QStringLiteral("145000000"));
     const Result result = stop(process);
     ASSERT_THAT(result.summary["sources"], SizeIs(2));

@@ -88,12 +88,13 @@ public:
     [[nodiscard]] bool hasGainMode(const int, const std::size_t) const override { return true; }
     void setFrequency(const int, const std::size_t, const double hz, const SoapySDR::Kwargs&) override
     {
-        m_centreHz = hz;
+        constexpr double Highest = 6e9;
+        m_centreHz = std::min(hz, Highest);
     }
-    void setFrequency(const int, const std::size_t, const std::string&, const double hz,
-                      const SoapySDR::Kwargs&) override
+    void setFrequency(const int direction, const std::size_t channel, const std::string&, const double hz,
+                      const SoapySDR::Kwargs& args) override
     {
-        m_centreHz = hz;
+        setFrequency(direction, channel, hz, args);
     }
     [[nodiscard]] double getFrequency(const int, const std::size_t) const override { return m_centreHz; }
     void setSampleRate(const int, const std::size_t, const double rate) override

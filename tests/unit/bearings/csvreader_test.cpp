@@ -65,6 +65,34 @@ TEST(CsvReader, TheSeparatorIsTheOneThatTheFirstLineHasMostOf)
     EXPECT_THAT(read("a;b\n1,2;3\n")[1].fields, ElementsAre("1,2", "3"));
 }
 
+TEST(CsvReader, ACommaInNumbersIsNoSeparator)
+{
+    EXPECT_EQ(RecStation::guessSeparator("1,5;2,5;3,5", true), ';');
+    CsvReader reader(TestSupport::textInput("1,5;2,5\n", 1), std::nullopt, true);
+    const auto record = reader.next();
+    ASSERT_TRUE(record);
+    EXPECT_THAT(record->fields, ElementsAre("1,5", "2,5"));
+    EXPECT_TRUE(record->decimalComma);
+}
+
+TEST(CsvReader, RemarksAndEmptyRowsArePassedOverAndRemarksCounted)
+{
+    for (const std::size_t piece : {1U, 5U, 1000U}) {
+        CsvReader reader(TestSupport::textInput("# by, a, program\n\na;b\n;;\n#1;2\n \n3;\"#4\"\n#", piece),
+                         std::nullopt);
+        const auto names = reader.next();
+        ASSERT_TRUE(names);
+        EXPECT_THAT(names->fields, ElementsAre("a", "b"));
+        EXPECT_EQ(names->line, 3U);
+        const auto row = reader.next();
+        ASSERT_TRUE(row);
+        EXPECT_THAT(row->fields, ElementsAre("3", "#4"));
+        EXPECT_EQ(row->line, 7U);
+        EXPECT_FALSE(reader.next());
+        EXPECT_EQ(reader.comments(), 3U);
+    }
+}
+
 TEST(CsvReader, ASeparatorThatIsGivenIsTaken)
 {
     EXPECT_THAT(read("a;b|c", '|')[0].fields, ElementsAre("a;b", "c"));
@@ -83,7 +111,7 @@ TEST(CsvReader, AQuoteThatIsNotClosedIsAProblem)
     const auto records = read("a,b\n1,\"x\n2,3\n");
     ASSERT_THAT(records, SizeIs(2));
     EXPECT_EQ(records[1].line, 2U);
-    EXPECT_THAT(records[1].problem, HasSubstr("not closed"));
+    EXPECT_EQ(records[1].problem, "a quote is not closed up to the end, line 4");
 }
 
 TEST(CsvReader, ARecordIsBoundedInMemoryAndTheNextOneIsReadAgain)

@@ -34,6 +34,23 @@ TEST(GpsdReport, AFixHasPositionAltitudeSpeedVariationAndTime)
     EXPECT_THAT(report->variationDeg, Optional(-14.7));
 }
 
+TEST(GpsdReport, OldReleasesTellTheTimeInSeconds)
+{
+    EXPECT_THAT(parseGpsdReport(R"({"class":"TPV","time":1795248000.280,"mode":3})")->timeUs,
+                Optional(1'795'248'000'280'000ULL));
+    EXPECT_EQ(parseGpsdReport(R"({"class":"TPV","time":1e99,"mode":3})")->timeUs, std::nullopt);
+    EXPECT_EQ(parseGpsdReport(R"({"class":"TPV","time":-1,"mode":3})")->timeUs, std::nullopt);
+}
+
+TEST(GpsdReport, AVariationThatCannotBeCostsNoPosition)
+{
+    const auto report = parseGpsdReport(R"({"class":"TPV","mode":3,"lat":1.5,"lon":2.5,"magvar":999.9})");
+    ASSERT_TRUE(report);
+    EXPECT_THAT(report->fix.latitudeDeg, Optional(1.5));
+    EXPECT_EQ(report->variationDeg, std::nullopt);
+    EXPECT_EQ(parseGpsdReport(R"({"class":"TPV","mode":3,"magvar":"x"})")->variationDeg, std::nullopt);
+}
+
 TEST(GpsdReport, AnAltitudeAboveTheEllipsoidAloneIsNone)
 {
     const auto report = parseGpsdReport(R"({"class":"TPV","mode":3,"altHAE":239.1,"alt":239.1})");

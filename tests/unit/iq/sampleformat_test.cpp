@@ -1,4 +1,5 @@
 // Sample formats: their bytes as complex numbers, their names and suffixes.
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -39,12 +40,34 @@ TEST(SampleFormat, FloatsAreLittleEndianAndTakenAsTheyStand)
     EXPECT_EQ(samples.at(0), std::complex(1.5, -10.0));
 }
 
+TEST(SampleFormat, NumbersOfEveryWidthAndByteOrderAreScaledToFullScale)
+{
+    using Bytes = std::vector<unsigned char>;
+    const std::pair<SampleFormat, Bytes> cases[] = {
+        {SampleFormat::UnsignedShortLe, {0xFF, 0xFF, 0x00, 0x00}},
+        {SampleFormat::UnsignedShortBe, {0xFF, 0xFF, 0x00, 0x00}},
+        {SampleFormat::SignedLongLe, {0x00, 0x00, 0x00, 0x40, 0x00, 0x00, 0x00, 0x80}},
+        {SampleFormat::SignedLongBe, {0x40, 0x00, 0x00, 0x00, 0x80, 0x00, 0x00, 0x00}},
+        {SampleFormat::SignedShortBe, {0x40, 0x00, 0x80, 0x00}},
+        {SampleFormat::FloatBe, {0x3F, 0x00, 0x00, 0x00, 0xBF, 0x80, 0x00, 0x00}},
+        {SampleFormat::DoubleLe, {0, 0, 0, 0, 0, 0, 0xE0, 0x3F, 0, 0, 0, 0, 0, 0, 0xF0, 0xBF}},
+        {SampleFormat::DoubleBe, {0x3F, 0xE0, 0, 0, 0, 0, 0, 0, 0xBF, 0xF0, 0, 0, 0, 0, 0, 0}}};
+    for (const auto& [format, bytes] : cases) {
+        const bool isUnsigned = format == SampleFormat::UnsignedShortLe || format == SampleFormat::UnsignedShortBe;
+        const auto samples = decode(format, bytes);
+        ASSERT_EQ(samples.size(), 1U) << RecStation::sampleFormatName(format);
+        EXPECT_EQ(samples.at(0), std::complex(isUnsigned ? 1.0 : 0.5, -1.0)) << RecStation::sampleFormatName(format);
+    }
+    EXPECT_DOUBLE_EQ(decode(SampleFormat::UnsignedShortBe, {0x80, 0x00, 0x7F, 0xFF}).at(0).real(), 0.5 / 32767.5);
+}
+
 TEST(SampleFormat, NamesAndSuffixesAreKnown)
 {
     EXPECT_EQ(RecStation::sampleFormatByName("cu8"), SampleFormat::UnsignedByte);
     EXPECT_EQ(RecStation::sampleFormatByName("ci16_le"), SampleFormat::SignedShortLe);
     EXPECT_EQ(RecStation::sampleFormatByName("cf32_le"), SampleFormat::FloatLe);
-    EXPECT_EQ(RecStation::sampleFormatByName("ci16_be"), std::nullopt);
+    EXPECT_EQ(RecStation::sampleFormatByName("ci16_be"), SampleFormat::SignedShortBe);
+    EXPECT_EQ(RecStation::sampleFormatByName("ri16_le"), std::nullopt);
     EXPECT_EQ(RecStation::sampleFormatByName(""), std::nullopt);
     EXPECT_EQ(RecStation::sampleFormatBySuffix(".cs16"), SampleFormat::SignedShortLe);
     EXPECT_EQ(RecStation::sampleFormatBySuffix(".bin"), std::nullopt);
@@ -53,8 +76,11 @@ TEST(SampleFormat, NamesAndSuffixesAreKnown)
 
 TEST(SampleFormat, EveryNameLeadsBackToItsFormat)
 {
-    for (const SampleFormat format : {SampleFormat::UnsignedByte, SampleFormat::SignedShortLe, SampleFormat::FloatLe}) {
-        EXPECT_EQ(RecStation::sampleFormatByName(RecStation::sampleFormatName(format)), format);
+    for (const char* name : {"cu8", "ci8", "cu16_le", "cu16_be", "ci16_le", "ci16_be", "ci32_le", "ci32_be", "cf32_le",
+                             "cf32_be", "cf64_le", "cf64_be"}) {
+        const auto format = RecStation::sampleFormatByName(name);
+        ASSERT_TRUE(format.has_value()) << name;
+        EXPECT_STREQ(RecStation::sampleFormatName(*format), name);
     }
 }
 

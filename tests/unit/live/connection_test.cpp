@@ -46,6 +46,25 @@ TEST_F(ConnectionTest, WhatAPeerSendsComesAndWhatIsSentArrives)
                 ThrowsMessage<ConnectionError>(HasSubstr("connection lost: the peer closed it")));
 }
 
+// It holds the second piece back until the first one is acknowledged.
+TEST_F(ConnectionTest, AnswersInPiecesComeAtOnce)
+{
+    TestPeer peer([](const TestClient& client) {
+        while (!client.receive().empty()) {
+            client.send("ans");
+            client.send("wer\n");
+        }
+    });
+    LineConnection lines(100);
+    lines.open(peer.address());
+    const auto begin = std::chrono::steady_clock::now();
+    for (int i = 0; i < 100; ++i) {
+        lines.send("question\n");
+        ASSERT_EQ(lines.next(in(10s)), "answer");
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 2s) << "40 ms each";
+}
+
 TEST_F(ConnectionTest, ADeadlineEndsTheWaitForASilentPeer)
 {
     TestPeer peer([](const TestClient& client) { static_cast<void>(client.receive()); });

@@ -9,6 +9,7 @@
 
 #include "live/address.h"
 #include "live/retry.h"
+#include "live/tellrate.h"
 
 namespace RecStation {
 namespace {
@@ -66,6 +67,34 @@ TEST(Address, HostsPortsAndBracketsAreTold)
     for (const char* wrong : {"", ":99", "host:", "host:0", "host:65536", "host:-1", "[::1", "[::1]99", "a b", "a/b"}) {
         EXPECT_EQ(text(wrong), "none") << wrong;
     }
+}
+
+TEST(TellRate, TwentyTimesAtOnceAndOnceMoreForEveryMinute)
+{
+    using std::chrono::seconds;
+    TellRate rate;
+    TellRate::Time now = std::chrono::steady_clock::now();
+    const auto told = [&](int times) {
+        int count = 0;
+        for (int i = 0; i < times; ++i) {
+            count += rate.take(now) ? 1 : 0;
+        }
+        return count;
+    };
+    EXPECT_EQ(told(19), 19);
+    EXPECT_FALSE(rate.isSpent());
+    EXPECT_EQ(told(100), 1);
+    EXPECT_TRUE(rate.isSpent());
+    now += seconds(59);
+    EXPECT_EQ(told(1), 0);
+    now += seconds(1);
+    EXPECT_EQ(told(2), 1);
+    now += seconds(150);
+    EXPECT_EQ(told(5), 2) << "of the half minute that is over, the rest comes with the next half";
+    now += seconds(30);
+    EXPECT_EQ(told(5), 1);
+    now += std::chrono::hours(24);
+    EXPECT_EQ(told(100), 20);
 }
 
 TEST(Retry, PausesGrowToHalfAMinuteAndBeginAnewAfterSuccess)

@@ -2,6 +2,7 @@
 #include "live/livescheduler.h"
 
 #include <chrono>
+#include <future>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -14,6 +15,7 @@
 
 #include <system/stopsignal.h>
 
+#include "input/badlines.h"
 #include "live/connection.h"
 #include "runner.h"
 
@@ -81,11 +83,22 @@ private:
 
 class FailingSource final : public Source {
 public:
+    explicit FailingSource(bool strict = false) : m_strict(strict) {}
+
     [[nodiscard]] QString name() const override { return QStringLiteral("failing"); }
     void prepare() override {}
-    [[nodiscard]] std::optional<unsigned long long> nextTime() override { throw std::runtime_error("broken"); }
+    [[nodiscard]] std::optional<unsigned long long> nextTime() override
+    {
+        if (m_strict) {
+            throw StrictError("broken");
+        }
+        throw std::runtime_error("broken");
+    }
     void step() override {}
     [[nodiscard]] SourceReport report() const override { return {}; }
+
+private:
+    bool m_strict;
 };
 
 class LiveSchedulerTest : public testing::Test {
@@ -109,7 +122,19 @@ protected:
     System::StopSignal m_signal;
     SimulatedClock m_clock;
     bool m_stop = false;
-    LiveScheduler m_scheduler{m_clock, {}, [this] { m_runner.wakeFromAnyThread(); }};
+    std::vector<std::string> m_told;
+    std::uint64_t m_records = 0;
+    std::vector<std::string> m_failures;
+    LiveScheduler m_scheduler{m_clock,
+                              {},
+                              {[this] { m_runner.wakeFromAnyThread(); },
+                               [this](const Source& source, const QString& clause) {
+                                   m_told.push_back((source.name() + ": " + clause).toStdString());
+                               },
+                               [this](const Source& source, const std::string& sentence) {
+                                   m_failures.push_back(source.name().toStdString() + ": " + sentence);
+                               },
+                               [this] { return m_records; }}};
     Runner m_runner{m_scheduler, std::nullopt, {[] {}, [this] { return m_stop; }, [] {}}};
 };
 
@@ -145,11 +170,29 @@ TEST_F(LiveSchedulerTest, TheRunEndsWhenEverySourceHasEndedAndNobodyIsAskedToSto
     EXPECT_FALSE(System::StopSignal::requested());
 }
 
-TEST_F(LiveSchedulerTest, WhatASourceThrowsInItsThreadEndsTheRunAndIsThrownOn)
+TEST_F(LiveSchedulerTest, ASourceThatBreaksOffIsToldAndEndsNoOther)
 {
-    add<PacedSource>(0, 0ms, false);
+    add<FailingSource>();
+    auto& talking = add<PacedSource>(20, 1ms);
+    run();
+    EXPECT_EQ(talking.steps, 20);
+    EXPECT_THAT(m_failures, testing::ElementsAre("failing: broken"));
+}
+
+TEST_F(LiveSchedulerTest, WhatTheLastSourceThrowsIsThrownOnWhereAllBreakOff)
+{
+    add<FailingSource>();
     add<FailingSource>();
     EXPECT_THROW(m_runner.run(), std::runtime_error);
+    m_scheduler.finish();
+    EXPECT_THAT(m_failures, testing::SizeIs(1));
+}
+
+TEST_F(LiveSchedulerTest, ASourceThatIsReadStrictlyEndsTheRun)
+{
+    add<PacedSource>(0, 0ms, false);
+    add<FailingSource>(true);
+    EXPECT_THROW(m_runner.run(), StrictError);
     m_scheduler.finish();
 }
 
@@ -165,6 +208,75 @@ TEST_F(LiveSchedulerTest, TheClockShowsTheTimeOfEveryStepAndNeverGoesBack)
     EXPECT_GT(last, 0U);
 }
 
+/// Tells times of a clock that is so much behind the system's.
+class BehindSource final : public Source {
+public:
+    explicit BehindSource(unsigned long long behindUs) : m_behindUs(behindUs) {}
+    [[nodiscard]] QString name() const override { return QStringLiteral("behind"); }
+    void prepare() override {}
+    [[nodiscard]] std::optional<unsigned long long> nextTime() override
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        return times.size() < 5 ? std::optional(systemTimeUs() - m_behindUs) : std::nullopt;
+    }
+    void step() override { times.push_back(stationTimeUs()); }
+    [[nodiscard]] SourceReport report() const override { return {}; }
+
+    std::vector<unsigned long long> times;
+
+private:
+    unsigned long long m_behindUs;
+};
+
+TEST_F(LiveSchedulerTest, TimesFarBehindTheClockDoNotStopItAndAreToldOnce)
+{
+    constexpr unsigned long long FiveHoursUs = 5 * 3'600'000'000ULL;
+    const unsigned long long begin = systemTimeUs();
+    m_clock.set(begin);
+    const auto& behind = add<BehindSource>(FiveHoursUs);
+    run();
+    EXPECT_EQ(std::adjacent_find(behind.times.begin(), behind.times.end(), std::greater_equal<>()), behind.times.end());
+    EXPECT_GT(behind.times.front(), begin);
+    EXPECT_LE(behind.times.back(), systemTimeUs());
+    EXPECT_THAT(m_told, testing::ElementsAre(testing::StartsWith("behind: its time lies 5 h 00 min behind")));
+}
+
+TEST_F(LiveSchedulerTest, TheTimesOfAPeerThatTellsThemFirstAreTheClocks)
+{
+    constexpr unsigned long long HourUs = 3'600'000'000;
+    const auto& behind = add<BehindSource>(HourUs);
+    run();
+    EXPECT_LE(behind.times.back(), systemTimeUs() - HourUs);
+    EXPECT_TRUE(m_told.empty());
+}
+
+// A recording has a record for each millisecond, so that a flood would move the times of everybody.
+TEST_F(LiveSchedulerTest, WhoMakesTooManyRecordsWaitsAndNobodyElse)
+{
+    auto& flood = add<PacedSource>(1'000'000'000, 0ms);
+    flood.onStep = [&] { m_records += 3; };
+    auto& slow = add<PacedSource>(100, 5ms);
+    slow.onStep = [&] {
+        ++m_records;
+        m_stop = slow.steps == 100;
+    };
+    const auto begin = Clock::now();
+    run();
+    const double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
+    EXPECT_LE(static_cast<double>(m_records), 110 + 1000 * seconds);
+    EXPECT_GT(static_cast<double>(m_records), 500 * seconds) << "it waits no longer than it has to";
+    EXPECT_LT(slow.mostLate, 500ms);
+    EXPECT_THAT(m_told, testing::ElementsAre(testing::StartsWith("paced: it tells more than a recording holds")));
+}
+
+TEST_F(LiveSchedulerTest, AwaitingAStepEndsWhenNothingComesForSoLong)
+{
+    add<PacedSource>(0, 0ms, false);
+    m_runner.awaitStep(1ms);
+    EXPECT_FALSE(m_scheduler.nextTime());
+    m_scheduler.finish();
+}
+
 TEST_F(LiveSchedulerTest, FinishingEndsThreadsThatWaitForInputAndForTheirTurn)
 {
     add<PacedSource>(0, 0ms, false);
@@ -174,6 +286,46 @@ TEST_F(LiveSchedulerTest, FinishingEndsThreadsThatWaitForInputAndForTheirTurn)
     }
     m_scheduler.finish();
     m_scheduler.finish();
+}
+
+/// Waits for something that no wish to stop ends.
+class HangingSource final : public Source {
+public:
+    explicit HangingSource(std::future<void> end) : m_end(std::move(end)) {}
+    [[nodiscard]] QString name() const override { return QStringLiteral("hanging"); }
+    void prepare() override {}
+    [[nodiscard]] std::optional<unsigned long long> nextTime() override
+    {
+        m_end.wait();
+        return std::nullopt;
+    }
+    void step() override {}
+    [[nodiscard]] SourceReport report() const override { return {}; }
+
+private:
+    std::future<void> m_end;
+};
+
+TEST(SourceThreads, OneThatHangsIsLeftBehindAfterItsTimeAndTold)
+{
+    const System::StopSignal signal;
+    std::promise<void> end;
+    FailingSource failing;
+    HangingSource hanging(end.get_future());
+    SourceThreads threads;
+    threads.add(1, failing);
+    threads.add(7, hanging);
+    const auto arrival = threads.firstUntil(Clock::now() + 1h);
+    ASSERT_TRUE(arrival);
+    EXPECT_EQ(arrival->source, 1U);
+    EXPECT_TRUE(arrival->failure);
+    threads.takeFirst();
+    EXPECT_FALSE(threads.firstUntil(Clock::now()));
+    EXPECT_FALSE(SourceThreads::leftThreadBehind());
+    EXPECT_FALSE(threads.finish(1ms));
+    EXPECT_TRUE(SourceThreads::leftThreadBehind());
+    end.set_value();
+    EXPECT_TRUE(threads.finish());
 }
 
 }  // namespace

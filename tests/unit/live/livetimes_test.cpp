@@ -25,6 +25,28 @@ TEST(LiveTimes, NothingGoesBack)
     EXPECT_EQ(byArrival.take({900, std::nullopt}), 1'000U);
 }
 
+TEST(LiveTimes, ATimeThatLeapsCountsWhenTheNextConfirmsIt)
+{
+    constexpr unsigned long long second = 1'000'000;
+    constexpr unsigned long long day = 86'400 * second;
+    LiveTimes times(true);
+    EXPECT_EQ(times.take({10 * day, 9 * day}), 9 * day);
+    EXPECT_EQ(times.take({10 * day + second, 7'000 * day}), 9 * day + second) << "one alone";
+    EXPECT_EQ(times.take({10 * day + 2 * second, 9 * day + 2 * second}), 9 * day + 2 * second);
+    EXPECT_EQ(times.take({10 * day + 3 * second, 7'000 * day}), 9 * day + 3 * second);
+    EXPECT_EQ(times.take({10 * day + 4 * second, 7'000 * day + second}), 7'000 * day + second) << "and another";
+    EXPECT_EQ(times.lag()->mostUs, static_cast<long long>(day));
+}
+
+TEST(LiveTimes, AClockThatWasSetBackIsFollowed)
+{
+    constexpr unsigned long long second = 1'000'000;
+    LiveTimes byArrival(false);
+    EXPECT_EQ(byArrival.take({100 * second, std::nullopt}), 100 * second);
+    EXPECT_EQ(byArrival.take({91 * second, std::nullopt}), 100 * second);
+    EXPECT_EQ(byArrival.take({20 * second, std::nullopt}), 20 * second);
+}
+
 TEST(LiveTimes, TheLagIsToldInItsMiddleAndItsMostAlsoOfVeryMany)
 {
     LiveTimes times(false);

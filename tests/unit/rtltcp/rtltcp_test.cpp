@@ -233,9 +233,8 @@ TEST(RtlTcpProtocol, AGreetingIsTwelveBytesOfTheRightBeginning)
     using namespace std::string_literals;
     const auto greeting = RecStation::parseRtlTcpGreeting("RTL0\0\0\0\5\0\0\1\x1d"s);
     ASSERT_TRUE(greeting.has_value());
-    EXPECT_EQ(RecStation::rtlTcpTunerName(greeting->tuner), "R820T");
+    EXPECT_EQ(greeting->tuner, 5U);
     EXPECT_EQ(greeting->gains, 285U);
-    EXPECT_EQ(RecStation::rtlTcpTunerName(0xFFFFFFFF), "tuner 4294967295");
     for (const std::string& bytes : {""s, "RTL0"s, "RTL1\0\0\0\5\0\0\1\x1d"s, "RTL0\0\0\0\5\0\0\1\x1d\0"s}) {
         EXPECT_FALSE(RecStation::parseRtlTcpGreeting(bytes).has_value());
     }
@@ -274,14 +273,55 @@ TEST(SampleWatch, FewerSamplesThanTheRatePromisesAreMissing)
     const SampleWatch::Time start;
     SampleWatch watch(1000);
     watch.begin(start);
-    watch.add(4000);
-    EXPECT_EQ(watch.missing(start + seconds(5)), std::nullopt);
-    watch.add(5900);
-    EXPECT_EQ(watch.missing(start + seconds(10)), std::nullopt);
-    watch.add(7000);
-    EXPECT_EQ(watch.missing(start + seconds(20)), 3000U);
+    const auto after = [&](int second, std::uint64_t samples) {
+        watch.add(samples);
+        return watch.missing(start + seconds(second));
+    };
+    EXPECT_EQ(after(5, 4000), std::nullopt);
+    EXPECT_EQ(after(10, 5900), std::nullopt);
+    EXPECT_EQ(after(15, 3000), std::nullopt) << "so far late";
+    EXPECT_EQ(after(20, 4000), 2000U) << "as many as at the best moment of these ten seconds";
+    EXPECT_EQ(after(25, 5000), std::nullopt);
+    EXPECT_EQ(after(30, 5000), 1000U);
+    EXPECT_EQ(after(40, 10'000), std::nullopt) << "none more";
+}
+
+TEST(SampleWatch, SamplesThatComeLateAreNotMissing)
+{
+    using std::chrono::seconds;
+    const SampleWatch::Time start;
+    SampleWatch watch(1000);
+    watch.begin(start);
+    std::uint64_t told = 0;
+    for (int second = 1; second <= 100; ++second) {
+        const bool stuck = second % 10 == 9 || second % 10 == 0;  // at the end of all ten seconds
+        watch.add(stuck ? 0 : second % 10 == 1 && second > 1 ? 3000 : 1000);
+        told += watch.missing(start + seconds(second)).value_or(0);
+    }
+    EXPECT_EQ(told, 0U);
+}
+
+// As a receiver that does not have the rate, and keeps another one.
+TEST(SampleWatch, MoreSamplesThanTheRatePromisesAreAnotherRate)
+{
+    using std::chrono::seconds;
+    const SampleWatch::Time start;
+    SampleWatch watch(1000);
+    watch.begin(start);
+    watch.add(10'000);
+    EXPECT_EQ(watch.higherRate(start + seconds(5)), std::nullopt) << "too early to say";
+    EXPECT_EQ(watch.higherRate(start + seconds(10)), std::nullopt);
+    watch.add(5'000);
+    EXPECT_EQ(watch.higherRate(start + seconds(20)), std::nullopt);
+    watch.add(15'000);
+    EXPECT_EQ(watch.higherRate(start + seconds(30)), std::nullopt) << "what was late is there";
+    watch.add(34'000);
+    EXPECT_EQ(watch.higherRate(start + seconds(40)), 1600.0);
     watch.add(20'000);
-    EXPECT_EQ(watch.missing(start + seconds(30)), std::nullopt);
+    EXPECT_EQ(watch.higherRate(start + seconds(50)), std::nullopt) << "told once";
+    watch.begin(start + seconds(50));
+    watch.add(20'000);
+    EXPECT_EQ(watch.higherRate(start + seconds(60)), 2000.0);
 }
 
 }  // namespace

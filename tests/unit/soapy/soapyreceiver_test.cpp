@@ -136,6 +136,13 @@ TEST_F(SoapyReceiverTest, ARateThatTheReceiverDoesNotTakeIsTold)
               "it takes 3200000 samples a second, and not the 20000000 of --rate");
 }
 
+TEST_F(SoapyReceiverTest, AFrequencyThatTheReceiverDoesNotReachIsTold)
+{
+    const auto receiver = makeSoapyReceiver(args());
+    receiver->open(m_options);
+    EXPECT_EQ(whyNot([&] { receiver->tune(10e9); }), "it tunes to 6000000000 Hz, and not to 10000000000 Hz");
+}
+
 TEST_F(SoapyReceiverTest, AWishToStopEndsTheWaitForSamples)
 {
     const System::StopSignal signal;

@@ -67,7 +67,9 @@ void note(const LoggedBearing& bearing, LogSurvey& survey)
 }  // namespace
 
 BearingLog::BearingLog(const BearingsOptions& options, const LogInput& input, BadRow badRow)
-    : m_csv(input.open(), separatorOf(options.separator)), m_parser(begin(options, input)), m_badRow(std::move(badRow))
+    : m_csv(input.open(), separatorOf(options.separator), options.decimalComma),
+      m_parser(begin(options, input)),
+      m_badRow(std::move(badRow))
 {
 }
 

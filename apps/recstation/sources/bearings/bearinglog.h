@@ -30,7 +30,7 @@ public:
     [[nodiscard]] std::optional<LogRow> next();
 
     [[nodiscard]] const RowReader& parser() const { return *m_parser; }
-    [[nodiscard]] std::uint64_t skipped() const { return m_skipped; }
+    [[nodiscard]] std::uint64_t skipped() const { return m_skipped + m_csv.comments(); }
     [[nodiscard]] std::uint64_t bad() const { return m_bad; }
 
 private:

@@ -53,8 +53,8 @@ void addColumns(CLI::App& command, BearingsOptions& options)
                     "The log has no line with names: those of its columns, in order; empty for one of no use")
         ->type_name("NAME,NAME,...");
     command.add_option("--timestamp-column", options.timestampColumn,
-                       "Column of date and time in one, ISO 8601 or (milli)seconds since 1970 (default: timestamp, if "
-                       "there and not apart)");
+                       "Column of date and time in one, ISO 8601 or (milli)seconds since 1970 (default: timestamp, or "
+                       "time, if there is no date apart)");
     command.add_option("--date-column", options.dateColumn, "Column of the date")->capture_default_str();
     command.add_option("--time-column", options.timeColumn, "Column of the time of day (5:31, 05:31:07.25)")
         ->capture_default_str();
@@ -72,6 +72,13 @@ void addColumns(CLI::App& command, BearingsOptions& options)
     command.add_option("--frequency-column", options.frequencyColumn, "Column of the frequency")->capture_default_str();
     command.add_option("--azimuth-column", options.azimuthColumn, "Column of the azimuth, 0 to 360 degrees")
         ->capture_default_str();
+    command.add_option("--elevation-column", options.elevationColumn,
+                       "Column of the elevation, -90 to 90 degrees (default: elevation, if any; \"\" is none)");
+    command.add_option("--level-column", options.levelColumn, "Column of the level in dB (default: level, if any)");
+    command.add_option("--quality-column", options.qualityColumn,
+                       "Column of the quality, 0 to 100 (default: quality, if any)");
+    command.add_option("--heading-column", options.headingColumn,
+                       "Column of the true heading of azimuth 0 in degrees, where azimuths are relative to it");
 }
 
 }  // namespace
@@ -83,6 +90,7 @@ void addBearingsOptions(CLI::App& command, BearingsOptions& options)
     command.add_option("--separator", options.separator, "A character, tab or auto (one of ; , and tab)")
         ->check(acceptedIf(isSeparator, "one character, tab or auto"))
         ->capture_default_str();
+    command.add_flag("--decimal-comma", options.decimalComma, "Numbers have a decimal comma: 433,92");
     addColumns(command, options);
     command.add_option("--date-format", options.dateFormat, "d, dd, M, MM, yy (1970 to 2069) and yyyy, as in MM/dd/yy")
         ->check(acceptedIf(isDateFormat, "one day, month and year, as in MM/dd/yy"))
@@ -93,9 +101,10 @@ void addBearingsOptions(CLI::App& command, BearingsOptions& options)
                      "Leave positions and altitudes out, because nmea or another source tells them");
     command.add_flag("--south", options.south, "Latitudes have no sign and are south");
     command.add_flag("--west", options.west, "Longitudes have no sign and are west");
-    command.add_option("--frequency-unit", options.frequencyUnit, "Hz, kHz, MHz or GHz")
-        ->check(TerminalText::oneOf({"Hz", "kHz", "MHz", "GHz"}))
-        ->capture_default_str();
+    command
+        .add_option("--frequency-unit", options.frequencyUnit,
+                    "Hz, kHz, MHz or GHz (default: as the column's name tells, otherwise MHz)")
+        ->check(TerminalText::oneOf({"Hz", "kHz", "MHz", "GHz"}));
     command
         .add_option("--heading", options.headingDeg,
                     "True heading of azimuth 0 in degrees, such as a compass's declination (default: as the log tells, "

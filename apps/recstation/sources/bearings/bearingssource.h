@@ -22,6 +22,7 @@ namespace RecStation {
 struct BearingsOptions {
     std::string file;                ///< UTF-8; "-" is standard input
     std::string separator = "auto";  ///< a character, "tab", or "auto": the one that the first line has most of
+    bool decimalComma = false;       ///< numbers have one; then a comma is no separator that is guessed
     /// Names with commas between, of a log without a first line that names them; empty: it has one.
     std::string columns;
     std::optional<std::string> timestampColumn;  ///< date and time in one
@@ -40,8 +41,12 @@ struct BearingsOptions {
     bool west = false;                          ///< longitudes have no sign and are west
     std::optional<std::string> altitudeColumn;  ///< metres
     std::string frequencyColumn = "frequency";
-    std::string frequencyUnit = "MHz";  ///< Hz, kHz, MHz or GHz
+    std::string frequencyUnit;  ///< Hz, kHz, MHz or GHz; empty: as the column's name tells, else MHz
     std::string azimuthColumn = "azimuth";
+    std::optional<std::string> elevationColumn;  ///< degrees
+    std::optional<std::string> levelColumn;      ///< dB
+    std::optional<std::string> qualityColumn;    ///< 0 to 100
+    std::string headingColumn;                   ///< true heading of azimuth 0; empty: none
     /// -360 to 360, true heading of azimuth 0: the declination of a compass, a vehicle's heading. Nothing: as the log
     /// tells, otherwise 0.
     std::optional<double> headingDeg;

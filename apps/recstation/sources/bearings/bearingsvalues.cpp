@@ -7,14 +7,9 @@
 #include <stdexcept>
 
 #include "attachedvalue.h"
+#include "sources/bearings/krakenrow.h"
 
 namespace RecStation {
-
-namespace {
-
-constexpr double CircleDeg = 360;
-
-}  // namespace
 
 BearingsValues::BearingsValues(const LogSurvey& survey, std::optional<double> headingDeg, const QString& deviceName,
                                const QString& valuePath)
@@ -36,18 +31,23 @@ BearingsValues::BearingsValues(bool hasPosition, std::optional<double> headingDe
                                const QString& valuePath)
     : m_valuePath(valuePath)
 {
+    constexpr double Unknown = std::numeric_limits<double>::quiet_NaN();
+    const values::Tree* tree = values::Tree::Instance();
+    const bool told = tree != nullptr && tree->Find(QStringLiteral("/FREQUENCY")) != nullptr;
     addDevice(headingDeg, deviceName, QStringLiteral("Direction finder"));
-    setNumber(m_valuePath + QStringLiteral("/Scn/StartFreq"), 0);
-    setNumber(m_valuePath + QStringLiteral("/Scn/StopFreq"), 0);
+    setNumber(m_valuePath + QStringLiteral("/Scn/StartFreq"), Unknown);
+    setNumber(m_valuePath + QStringLiteral("/Scn/StopFreq"), Unknown);
+    if (!told) {
+        m_frequency->SetValue(Unknown);
+    }
+    if (!headingDeg) {
+        m_heading->SetValue(Unknown);
+    }
     if (hasPosition) {
-        constexpr double Unknown = std::numeric_limits<double>::quiet_NaN();
         attachValue(m_latitude, QStringLiteral("/LOCATIONLATITUDE"));
         attachValue(m_longitude, QStringLiteral("/LOCATIONLONGITUDE"));
         m_latitude->SetValue(Unknown);
         m_longitude->SetValue(Unknown);
-        if (!headingDeg) {
-            m_heading->SetValue(Unknown);
-        }
     }
 }
 
@@ -56,7 +56,7 @@ void BearingsValues::addDevice(std::optional<double> headingDeg, const QString& 
     setText(m_valuePath + QStringLiteral("/Adm/DRIVERNAME"), forFileNames(deviceName));
     setText(m_valuePath + QStringLiteral("/Adm/DEVICE_TYPE"), deviceType);
     attachValue(m_heading, QStringLiteral("/TRUEHEADING"));
-    m_heading->SetValue(std::fmod(headingDeg.value_or(0) + CircleDeg, CircleDeg));
+    m_heading->SetValue(azimuthOf(headingDeg.value_or(0), false));
     attachValue(m_frequency, QStringLiteral("/FREQUENCY"));
     attachValue(m_map, QStringLiteral("/DfSpectrum"));
 }
@@ -68,11 +68,6 @@ void BearingsValues::setChannels()
     m_map->SetChannelRange(values::ChannelRange::List(m_channelsHz));
 }
 
-bool BearingsValues::hasChannel(double frequencyHz) const
-{
-    return std::binary_search(m_channelsHz.begin(), m_channelsHz.end(), frequencyHz);
-}
-
 void BearingsValues::show(const LoggedBearing& bearing)
 {
     const auto channel = std::lower_bound(m_channelsHz.begin(), m_channelsHz.end(), bearing.frequencyHz);
@@ -82,6 +77,7 @@ void BearingsValues::show(const LoggedBearing& bearing)
     showReceiver(bearing);
     values::Bearing cell;
     cell.azimuthDeg = bearing.azimuthDeg;
+    cell.elevationDeg = bearing.elevationDeg;
     cell.levelDb = bearing.levelDb;
     cell.quality = bearing.quality;
     m_map->SetCell(static_cast<std::size_t>(channel - m_channelsHz.begin()), cell, bearing.time);

@@ -33,7 +33,6 @@ public:
     /// Nothing is measured and nobody knows where, but the frequencies stay.
     void forget(unsigned long long time);
     [[nodiscard]] std::size_t channels() const { return m_channelsHz.size(); }
-    [[nodiscard]] bool hasChannel(double frequencyHz) const;
 
 private:
     using Number = values::ValuePtr<values::ValueNumeric<double>>;

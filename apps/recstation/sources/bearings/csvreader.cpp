@@ -19,9 +19,15 @@ bool endsLine(char c)
     return LineEnds.find(c) != std::string_view::npos;
 }
 
+bool isBlankRecord(const CsvRecord& record)
+{
+    return record.problem.empty() && std::all_of(record.fields.begin(), record.fields.end(),
+                                                 [](const std::string& field) { return field.empty(); });
+}
+
 }  // namespace
 
-char guessSeparator(std::string_view line)
+char guessSeparator(std::string_view line, bool decimalComma)
 {
     static constexpr std::array Candidates = {',', ';', '\t'};
     std::array<std::size_t, Candidates.size()> counts{};
@@ -29,15 +35,15 @@ char guessSeparator(std::string_view line)
     for (const char c : line) {
         quoted = quoted != (c == '"');
         const auto* const found = std::find(Candidates.begin(), Candidates.end(), c);
-        if (!quoted && found != Candidates.end()) {
+        if (!quoted && found != Candidates.end() && !(decimalComma && c == ',')) {
             ++counts.at(static_cast<std::size_t>(found - Candidates.begin()));
         }
     }
     return Candidates.at(static_cast<std::size_t>(std::max_element(counts.begin(), counts.end()) - counts.begin()));
 }
 
-CsvReader::CsvReader(ByteInput input, std::optional<char> separator)
-    : m_input(std::move(input)), m_separator(separator), m_buffer(BufferSize)
+CsvReader::CsvReader(ByteInput input, std::optional<char> separator, bool decimalComma)
+    : m_input(std::move(input)), m_separator(separator), m_decimalComma(decimalComma), m_buffer(BufferSize)
 {
 }
 
@@ -48,35 +54,62 @@ std::optional<CsvRecord> CsvReader::next()
     }
     CsvRecord record;
     while (const auto c = peek()) {
-        if (!endsLine(*c)) {
-            record = readRecord();
+        if (endsLine(*c)) {
+            take();
+            continue;
+        }
+        if (*c == '#') {
+            skipLine();
+            ++m_comments;
+            continue;
+        }
+        if (!m_separator) {
+            m_separator = guessSeparator(lineAhead(), m_decimalComma);
+        }
+        record = readRecord();
+        if (m_cut || !isBlankRecord(record)) {
             return noteDamage(record);
         }
-        take();
     }
     record.line = m_line;
     return noteDamage(record).problem.empty() ? std::nullopt : std::optional(record);
 }
 
-// Fills the buffer as far as the first line reaches, to look at it.
 void CsvReader::begin()
 {
-    const auto firstLineEnd = [this] {
-        return std::string_view(m_buffer.data(), m_filled).find_first_of(LineEnds, ByteOrderMark.size());
-    };
-    while (m_filled < m_buffer.size() && firstLineEnd() == std::string_view::npos) {
+    while (m_filled < ByteOrderMark.size()) {
         const std::size_t count = readInput(m_buffer.data() + m_filled, m_buffer.size() - m_filled);
         if (count == 0) {
             break;
         }
         m_filled += count;
     }
-    const std::string_view start(m_buffer.data(), m_filled);
-    if (start.substr(0, ByteOrderMark.size()) == ByteOrderMark) {
+    if (std::string_view(m_buffer.data(), m_filled).substr(0, ByteOrderMark.size()) == ByteOrderMark) {
         m_position = ByteOrderMark.size();
     }
-    if (!m_separator) {
-        m_separator = guessSeparator(start.substr(0, firstLineEnd()));
+}
+
+// The line that begins at the next byte, as far as the buffer holds it.
+std::string_view CsvReader::lineAhead()
+{
+    std::copy(m_buffer.begin() + static_cast<std::ptrdiff_t>(m_position),
+              m_buffer.begin() + static_cast<std::ptrdiff_t>(m_filled), m_buffer.begin());
+    m_filled -= std::exchange(m_position, 0);
+    const auto ahead = [this] { return std::string_view(m_buffer.data(), m_filled); };
+    while (m_filled < m_buffer.size() && ahead().find_first_of(LineEnds) == std::string_view::npos) {
+        const std::size_t count = readInput(m_buffer.data() + m_filled, m_buffer.size() - m_filled);
+        if (count == 0) {
+            break;
+        }
+        m_filled += count;
+    }
+    return ahead().substr(0, ahead().find_first_of(LineEnds));
+}
+
+void CsvReader::skipLine()
+{
+    for (auto c = peek(); c && !endsLine(*c); c = peek()) {
+        take();
     }
 }
 
@@ -134,6 +167,7 @@ CsvRecord CsvReader::readRecord()
 {
     CsvRecord record;
     record.line = m_line;
+    record.decimalComma = m_decimalComma;
     m_recordBytes = 0;
     readField(record);
     while (peek() == m_separator) {
@@ -175,7 +209,7 @@ void CsvReader::readQuoted(CsvRecord& record)
         }
         keep(record, c);
     }
-    record.problem = "a quote is not closed";
+    record.problem = "a quote is not closed up to the end, line " + std::to_string(m_line);
 }
 
 void CsvReader::readPlain(CsvRecord& record)

@@ -15,20 +15,25 @@ struct CsvRecord {
     std::size_t line = 0;             ///< the line that it begins in, from 1
     std::vector<std::string> fields;  ///< without quotes and the spaces around them
     std::string problem;              ///< why the fields cannot be trusted; empty for a sound record
+    bool decimalComma = false;        ///< numbers in it have one
 };
 
 /// Fields may stand in double quotes and then hold separators, line breaks and, doubled, quotes. Lines end with CR, LF
-/// or both; blank lines are passed over, and so is a byte order mark.
+/// or both; blank lines, lines of nothing but separators and a byte order mark are passed over, and so are lines that
+/// begin with #, which are counted.
 class CsvReader {
 public:
     /// @param separator nothing: the one of ; , and tab that the first line has most of
-    CsvReader(ByteInput input, std::optional<char> separator);
+    CsvReader(ByteInput input, std::optional<char> separator, bool decimalComma = false);
 
     /// The next record; nothing at the end. Hands on what the input throws.
     [[nodiscard]] std::optional<CsvRecord> next();
+    [[nodiscard]] std::size_t comments() const { return m_comments; }
 
 private:
     void begin();
+    [[nodiscard]] std::string_view lineAhead();
+    void skipLine();
     bool fill();
     std::size_t readInput(char* buffer, std::size_t size);
     CsvRecord& noteDamage(CsvRecord& record);
@@ -48,16 +53,18 @@ private:
     bool m_cut = false;    // and there is nothing left before that
     bool m_damageTold = false;
     std::optional<char> m_separator;
+    bool m_decimalComma;
     std::vector<char> m_buffer;
     std::size_t m_position = 0;  // of the next unread byte in the buffer
     std::size_t m_filled = 0;
     std::size_t m_line = 1;
+    std::size_t m_comments = 0;
     std::size_t m_recordBytes = 0;
     char m_last = '\0';
     bool m_begun = false;
 };
 
 /// The one of ; , and tab that stands most often outside quotes in a line; comma for a line without any.
-[[nodiscard]] char guessSeparator(std::string_view line);
+[[nodiscard]] char guessSeparator(std::string_view line, bool decimalComma = false);
 
 }  // namespace RecStation

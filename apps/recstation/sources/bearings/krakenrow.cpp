@@ -8,6 +8,7 @@
 
 #include "input/badlines.h"
 #include "input/fields.h"
+#include "input/isotime.h"
 
 namespace RecStation {
 
@@ -69,8 +70,9 @@ bool isDigits(std::string_view text, std::size_t count)
 
 double azimuthOf(double angleDeg, bool mirrored)
 {
-    const double azimuth = std::fmod(mirrored ? -angleDeg : angleDeg, FullCircleDeg);
-    return azimuth < 0 ? azimuth + FullCircleDeg : azimuth + 0.0;  // not -0
+    const double turned = std::fmod(mirrored ? -angleDeg : angleDeg, FullCircleDeg);
+    const double azimuth = turned < 0 ? turned + FullCircleDeg : turned + 0.0;  // not -0
+    return azimuth == FullCircleDeg ? 0 : azimuth;                              // a hair below 0
 }
 
 double requireKrakenNumber(std::string_view text, const char* name)
@@ -90,13 +92,13 @@ double krakenNumberOrNone(std::string_view text)
 
 unsigned long long krakenTime(std::string_view milliseconds)
 {
-    constexpr unsigned long long LatestMs = 100'000'000'000'000;
-    constexpr unsigned long long MicrosecondsPerMillisecond = 1000;
-    const auto time = parseNumber<unsigned long long>(milliseconds);
-    if (!time || *time == 0 || *time > LatestMs) {
+    constexpr long long LatestMs = 100'000'000'000'000;
+    constexpr long long MicrosecondsPerMillisecond = 1000;
+    const auto time = parseNumber<long long>(milliseconds);
+    if (!time || *time < 0 || *time > LatestMs || !isRecordable(*time * MicrosecondsPerMillisecond)) {
         throw LineError("the time " + shown(milliseconds) + " is not in milliseconds since 1970");
     }
-    return *time * MicrosecondsPerMillisecond;
+    return static_cast<unsigned long long>(*time * MicrosecondsPerMillisecond);
 }
 
 double krakenFrequency(std::string_view text, double unitHz)

@@ -11,6 +11,7 @@ struct LoggedBearing {
     double frequencyHz = 0;
     double azimuthDeg = 0;  ///< 0 to 360
     // Not a number where it was not told.
+    double elevationDeg = std::numeric_limits<double>::quiet_NaN();  ///< -90 to 90
     double levelDb = std::numeric_limits<double>::quiet_NaN();
     double quality = std::numeric_limits<double>::quiet_NaN();       ///< 0 to 100
     double headingDeg = std::numeric_limits<double>::quiet_NaN();    ///< true heading of azimuth 0

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-
-#include <QStringList>
+#include <limits>
+#include <utility>
 
 #include "input/fields.h"
 #include "input/isotime.h"
@@ -17,71 +17,15 @@ namespace {
 constexpr double FullCircle = 360;
 constexpr double HighestLatitude = 90;
 constexpr double HighestLongitude = 180;
+constexpr double HighestElevation = 90;
+constexpr double HighestDb = 1000;
+constexpr double HighestQuality = 100;
 constexpr double Sixty = 60;
 
 [[noreturn]] void failRow(const std::string& sentence)
 {
     throw std::runtime_error("bearings: " + sentence);
 }
-
-// ---- columns
-
-std::optional<LogColumn> findColumn(const CsvRecord& header, const std::string& name)
-{
-    const QString wanted = QString::fromStdString(name);
-    for (std::size_t i = 0; i < header.fields.size(); ++i) {
-        if (QString::fromStdString(header.fields[i]).compare(wanted, Qt::CaseInsensitive) == 0) {
-            return LogColumn{i, header.fields[i]};
-        }
-    }
-    return std::nullopt;
-}
-
-LogColumn requireColumn(const CsvRecord& header, const std::string& name, const char* option)
-{
-    auto column = findColumn(header, name);
-    if (!column) {
-        std::string names;
-        for (const std::string& field : header.fields) {
-            names += (names.empty() ? "\"" : ", \"") + field + "\"";
-        }
-        const bool hasNumber = std::any_of(header.fields.begin(), header.fields.end(),
-                                           [](const std::string& text) { return parseNumber<double>(text); });
-        failRow("the log has no column \"" + name + "\" (" + option + "), only " + names +
-                (hasNumber ? "; --columns names those of a log without such a line" : ""));
-    }
-    return *column;
-}
-
-std::optional<LogColumn> optionalColumn(const CsvRecord& header, const std::optional<std::string>& name,
-                                        const char* standardName, const char* option)
-{
-    return name ? requireColumn(header, *name, option) : findColumn(header, standardName);
-}
-
-// The columns of degrees, minutes and seconds, as far as they are named; none without a name and a standard column.
-std::vector<LogColumn> angleColumns(const CsvRecord& header, const std::optional<std::string>& names,
-                                    const char* standardName, const char* option)
-{
-    constexpr int MostParts = 3;
-    std::vector<LogColumn> columns;
-    if (!names) {
-        if (const auto column = findColumn(header, standardName)) {
-            columns.push_back(*column);
-        }
-        return columns;
-    }
-    const QStringList parts = QString::fromStdString(*names).split(QLatin1Char(','));
-    if (parts.size() > MostParts) {
-        failRow(std::string(option) + " names more than degrees, minutes and seconds");
-    }
-    for (const QString& part : parts) {
-        columns.push_back(requireColumn(header, part.trimmed().toStdString(), option));
-    }
-    return columns;
-}
-
-// ---- options
 
 LogDateFormat checkedDateFormat(const std::string& format)
 {
@@ -127,7 +71,12 @@ const std::string& field(const CsvRecord& row, const LogColumn& column)
 
 [[noreturn]] void refuse(const CsvRecord& row, const LogColumn& column, const std::string& why)
 {
-    throw LineError("column \"" + column.name + "\": \"" + field(row, column) + "\" " + why);
+    constexpr int Most = 100;
+    QString text = QString::fromStdString(field(row, column));
+    if (text.size() > Most) {
+        text = text.left(Most) + QStringLiteral("...");
+    }
+    throw LineError("column \"" + column.name + "\": \"" + text.toStdString() + "\" " + why);
 }
 
 bool isMissing(const std::string& text)
@@ -135,17 +84,21 @@ bool isMissing(const std::string& text)
     return text.empty() || text == "NA" || text == "NaN";
 }
 
+std::string withPoint(std::string text)
+{
+    std::replace(text.begin(), text.end(), ',', '.');
+    return text;
+}
+
 double readNumber(const CsvRecord& row, const LogColumn& column)
 {
     const std::string& text = field(row, column);
-    const char* const end = text.data() + text.size();
-    const bool plus = text.size() > 1 && text[0] == '+' && text[1] != '-';
-    double number = 0;
-    const auto [stop, error] = std::from_chars(text.data() + (plus ? 1 : 0), end, number);
-    if (error != std::errc() || stop != end || !std::isfinite(number)) {
-        refuse(row, column, "is no number");
+    const auto number = row.decimalComma ? parseNumber<double>(withPoint(text)) : parseNumber<double>(text);
+    if (!number || !std::isfinite(*number)) {
+        const bool hasComma = text.find(',') != std::string::npos && parseNumber<double>(withPoint(text));
+        refuse(row, column, hasComma ? "is no number without --decimal-comma" : "is no number");
     }
-    return number;
+    return *number;
 }
 
 // Degrees, minutes and seconds; the sign of the degrees is that of the whole.
@@ -171,43 +124,69 @@ double readAngle(const CsvRecord& row, const std::vector<LogColumn>& columns, do
     return unsignedOption != nullptr || std::signbit(degrees) ? -magnitude : magnitude;
 }
 
-double readAzimuth(const CsvRecord& row, const LogColumn& column)
+double readBetween(const CsvRecord& row, const LogColumn& column, double low, double high, const char* otherwise)
 {
-    const double azimuth = readNumber(row, column);
-    if (azimuth < 0 || azimuth > FullCircle) {
-        refuse(row, column, "is not from 0 to 360 degrees");
+    const double number = readNumber(row, column);
+    if (number < low || number > high) {
+        refuse(row, column, otherwise);
     }
-    return azimuth;
+    return number;
+}
+
+// Nothing where there is no such column.
+double readWhereTold(const CsvRecord& row, const std::optional<LogColumn>& column, double low, double high,
+                     const char* otherwise)
+{
+    return column && !isMissing(field(row, *column)) ? readBetween(row, *column, low, high, otherwise)
+                                                     : std::numeric_limits<double>::quiet_NaN();
+}
+
+// A heading that nobody asked for may be added to the azimuths already.
+std::string remarkOnHeading(const CsvRecord& header, const BearingsOptions& options)
+{
+    if (options.headingDeg || !options.headingColumn.empty()) {
+        return {};
+    }
+    const auto heading = findColumn(header, "heading");
+    return heading
+               ? "column \"" + heading->name +
+                     "\" is left out: azimuths that are relative to it need --heading-column \"" + heading->name + "\""
+               : std::string();
 }
 
 // The column of date and time in one; nothing where they are apart.
 std::optional<LogColumn> timestampColumn(const BearingsOptions& options, const CsvRecord& header)
 {
-    const bool apart = findColumn(header, options.dateColumn) && findColumn(header, options.timeColumn);
-    return options.timestampColumn || !apart
-               ? optionalColumn(header, options.timestampColumn, "timestamp", "--timestamp-column")
-               : std::nullopt;
-}
-
-// Seconds or milliseconds since 1970: no log of ours has seconds after the year 5000, or milliseconds before 1974.
-std::optional<unsigned long long> parseEpoch(const std::string& text)
-{
-    constexpr double LeastMilliseconds = 1e11;
-    constexpr double PerSecond = 1e6;
-    constexpr double PerMillisecond = 1e3;
-    constexpr double Latest = 1e14;
-    const auto number = parseNumber<double>(text);
-    if (!number || !(*number > 0 && *number < Latest)) {
+    const auto date = findColumn(header, options.dateColumn);
+    const auto time = findColumn(header, options.timeColumn);
+    if (!options.timestampColumn && date && time) {
         return std::nullopt;
     }
-    return static_cast<unsigned long long>(
-        std::llround(*number * (*number < LeastMilliseconds ? PerSecond : PerMillisecond)));
+    if (auto timestamp = optionalColumn(header, options.timestampColumn, "timestamp", "--timestamp-column")) {
+        return timestamp;
+    }
+    return options.timestampColumn || date ? std::nullopt : time;
 }
 
-bool hasZone(const std::string& text)
+// "2026-03-01 08:00:00 +01:00" and "2026-03-01 08:00:00 UTC", as people and databases write it.
+std::string asIso(std::string text)
 {
-    const std::size_t time = text.find_first_of("T ");
-    return time != std::string::npos && text.find_first_of("Z+-", time) != std::string::npos;
+    constexpr std::string_view Utc = " UTC";
+    if (text.ends_with(Utc)) {
+        text.replace(text.size() - Utc.size(), Utc.size(), "Z");
+    }
+    const std::size_t date = text.find_first_of("Tt ");
+    if (date != std::string::npos) {
+        text[date] = 'T';
+    }
+    std::erase(text, ' ');
+    return text;
+}
+
+bool hasZone(const std::string& iso)
+{
+    const std::size_t time = iso.find('T');
+    return time != std::string::npos && iso.find_first_of("Zz+-", time) != std::string::npos;
 }
 
 // Fields too many are harmless while they are empty: some programs end every line with a separator.
@@ -242,10 +221,16 @@ RowParser::RowParser(const BearingsOptions& options, const CsvRecord& header)
                                     : optionalColumn(header, options.altitudeColumn, "altitude", "--altitude-column")),
       m_frequency(requireColumn(header, options.frequencyColumn, "--frequency-column")),
       m_azimuth(requireColumn(header, options.azimuthColumn, "--azimuth-column")),
+      m_elevation(optionalColumn(header, options.elevationColumn, "elevation", "--elevation-column")),
+      m_level(optionalColumn(header, options.levelColumn, "level", "--level-column")),
+      m_quality(optionalColumn(header, options.qualityColumn, "quality", "--quality-column")),
+      m_heading(
+          optionalColumn(header, options.headingDeg ? std::string() : options.headingColumn, "", "--heading-column")),
+      m_remark(remarkOnHeading(header, options)),
       m_dateFormatText(options.dateFormat),
       m_dateFormat(checkedDateFormat(options.dateFormat)),
       m_utcOffset(checkedUtcOffset(options.utcOffset)),
-      m_hzPerUnit(hzPerUnit(options.frequencyUnit)),
+      m_hzPerUnit(hzPerUnit(options.frequencyUnit.empty() ? frequencyUnitOf(m_frequency.name) : options.frequencyUnit)),
       m_onlyStation(options.station),
       m_south(options.south),
       m_west(options.west)
@@ -278,8 +263,14 @@ LoggedBearing RowParser::readBearing(const CsvRecord& row, double frequencyHz) c
     LoggedBearing bearing;
     bearing.time = readTime(row);
     bearing.frequencyHz = frequencyHz;
-    bearing.azimuthDeg = readAzimuth(row, m_azimuth);
-    if (hasPosition()) {
+    bearing.azimuthDeg = readBetween(row, m_azimuth, 0, FullCircle, "is not from 0 to 360 degrees");
+    bearing.elevationDeg =
+        readWhereTold(row, m_elevation, -HighestElevation, HighestElevation, "is not from -90 to 90 degrees");
+    bearing.levelDb = readWhereTold(row, m_level, -HighestDb, HighestDb, "is not within 1000 dB");
+    bearing.quality = readWhereTold(row, m_quality, 0, HighestQuality, "is not from 0 to 100");
+    bearing.headingDeg =
+        azimuthOf(readWhereTold(row, m_heading, -FullCircle, FullCircle, "is not within a circle"), false);
+    if (hasPosition() && !(isMissing(field(row, m_latitude.front())) && isMissing(field(row, m_longitude.front())))) {
         bearing.latitudeDeg = readAngle(row, m_latitude, HighestLatitude, m_south ? "--south" : nullptr);
         bearing.longitudeDeg = readAngle(row, m_longitude, HighestLongitude, m_west ? "--west" : nullptr);
     }
@@ -307,8 +298,8 @@ unsigned long long RowParser::readTime(const CsvRecord& row) const
         refuse(row, m_time, "is no time of day such as 5:31 or 05:31:07.25");
     }
     const long long time = *day * MicrosecondsPerDay + *timeOfDay - m_utcOffset;
-    if (time <= 0) {
-        refuse(row, m_date, "is not after the start of 1970");
+    if (!isRecordable(time)) {
+        refuse(row, m_date, "is not from 1970 to 2500");
     }
     return static_cast<unsigned long long>(time);
 }
@@ -316,18 +307,17 @@ unsigned long long RowParser::readTime(const CsvRecord& row) const
 unsigned long long RowParser::readTimestamp(const CsvRecord& row) const
 {
     const std::string& text = field(row, *m_timestamp);
-    if (const auto epoch = parseEpoch(text)) {
+    if (const auto epoch = row.decimalComma ? parseEpoch(withPoint(text)) : parseEpoch(text)) {
         return *epoch;
     }
-    std::string iso = text;
-    std::replace(iso.begin(), iso.end(), ' ', 'T');
+    const std::string iso = asIso(text);
     const auto time = parseIsoTime(iso);
-    const long long offset = hasZone(text) ? 0 : m_utcOffset;
-    if (!time || static_cast<long long>(*time) <= offset) {
+    const long long us = static_cast<long long>(time.value_or(0)) - (hasZone(iso) ? 0 : m_utcOffset);
+    if (!time || !isRecordable(us)) {
         refuse(row, *m_timestamp,
-               "is no time after the start of 1970 such as 2026-03-01T08:00:00.25Z, 1772352000.25 or 1772352000250");
+               "is no time from 1970 to 2500 such as 2026-03-01T08:00:00.25Z, 1772352000.25 or 1772352000250");
     }
-    return static_cast<unsigned long long>(static_cast<long long>(*time) - offset);
+    return static_cast<unsigned long long>(us);
 }
 
 double RowParser::readFrequency(const CsvRecord& row) const

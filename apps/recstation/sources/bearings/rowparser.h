@@ -10,6 +10,7 @@
 #include "input/logtime.h"
 #include "sources/bearings/bearingssource.h"
 #include "sources/bearings/csvreader.h"
+#include "sources/bearings/logcolumns.h"
 #include "sources/bearings/loggedbearing.h"
 
 namespace RecStation {
@@ -17,11 +18,6 @@ namespace RecStation {
 struct LogRow {
     std::optional<double> frequencyHz;     ///< nothing: a row of another station
     std::optional<LoggedBearing> bearing;  ///< nothing: a row to skip
-};
-
-struct LogColumn {
-    std::size_t index = 0;
-    std::string name;
 };
 
 /// Makes bearings of the rows of one form of log.
@@ -49,6 +45,7 @@ public:
     [[nodiscard]] LogRow parse(const CsvRecord& row) override;
     [[nodiscard]] bool hasPosition() const override { return !m_latitude.empty(); }
     [[nodiscard]] bool hasAltitude() const override { return m_altitude.has_value(); }
+    [[nodiscard]] std::string remark() const override { return m_remark; }
 
 private:
     [[nodiscard]] unsigned long long readTime(const CsvRecord& row) const;
@@ -67,6 +64,11 @@ private:
     std::optional<LogColumn> m_altitude;
     LogColumn m_frequency;
     LogColumn m_azimuth;
+    std::optional<LogColumn> m_elevation;
+    std::optional<LogColumn> m_level;
+    std::optional<LogColumn> m_quality;
+    std::optional<LogColumn> m_heading;
+    std::string m_remark;
 
     std::string m_dateFormatText;
     LogDateFormat m_dateFormat;

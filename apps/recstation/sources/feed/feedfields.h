@@ -3,14 +3,18 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <QString>
 
 #include <nlohmann/json_fwd.hpp>
+
+#include "input/badlines.h"
 
 namespace RecStation {
 
@@ -24,7 +28,24 @@ struct FeedTime {
 
 namespace RecStation::FeedFields {
 
-using Json = nlohmann::json;
+/// A key that stands twice is no JSON that has one meaning: refused, where a map would keep either value.
+template <typename Key, typename Value, typename Less, typename Allocator>
+class KeysThatStandOnce : public std::map<Key, Value, Less, Allocator> {
+public:
+    using std::map<Key, Value, Less, Allocator>::map;
+
+    template <typename AnyKey>
+    Value& operator[](AnyKey&& key)
+    {
+        const auto [place, isNew] = this->try_emplace(Key(std::forward<AnyKey>(key)));
+        if (!isNew) {
+            throw LineError("\"" + place->first + "\" stands twice");
+        }
+        return place->second;
+    }
+};
+
+using Json = nlohmann::basic_json<KeysThatStandOnce>;
 using Keys = std::vector<std::string_view>;
 
 // All of them throw LineError.

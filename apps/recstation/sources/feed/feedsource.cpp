@@ -2,6 +2,7 @@
 #include "feedsource.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 #include <QDateTime>
@@ -20,6 +21,20 @@ namespace {
 
 // A level map of a million channels fits.
 constexpr std::size_t LongestLine = std::size_t{16} * 1024 * 1024;
+
+// What is behind what a recording can hold would hold back all that comes later.
+void requireRecordable(const FeedLine& line)
+{
+    const auto require = [](const char* key, unsigned long long us) {
+        if (!isRecordable(static_cast<long long>(us))) {
+            throw LineError("\"" + std::string(key) + "\" is behind the year 2500");
+        }
+    };
+    require("at", line.at.us);
+    if (const auto* change = std::get_if<FeedChange>(&line.action); change != nullptr && change->ownTime) {
+        require("time", change->ownTime->us);
+    }
+}
 
 bool isBlank(const std::string& line)
 {
@@ -55,13 +70,23 @@ std::optional<unsigned long long> FeedSource::nextTime()
         const LineReader::Result result = m_lines->next();
         // A line that the wish to stop cut short is none.
         if (result == LineReader::Result::End || System::StopSignal::requested()) {
-            m_bad.finish();
-            m_order.finish(m_bad);
+            endInput();
             return std::nullopt;
         }
         take(result);
     }
     return m_pending->at.us;
+}
+
+void FeedSource::endInput()
+{
+    m_bad.finish();
+    m_order.finish(m_bad);
+    if (m_used == 0 && !System::StopSignal::requested()) {
+        throw std::runtime_error("feed: " + inputName(m_options.file) + " holds no change (" +
+                                 std::to_string(m_skipped) + " lines skipped, " + std::to_string(m_bad.count()) +
+                                 " bad)");
+    }
 }
 
 void FeedSource::take(LineReader::Result result)
@@ -85,10 +110,12 @@ void FeedSource::accept(FeedLine line)
 {
     constexpr double MicrosecondsPerMillisecond = 1000;
     const bool absolute = line.at.absolute;
+    const unsigned long long told = line.at.us;
     if (!m_absolute && absolute && !m_options.startTime) {
         m_startTime = line.at.us;
     }
     makeTimesAbsolute(line, m_startTime);
+    requireRecordable(line);
     if (line.at.us < m_lastAtUs) {
         const double last =
             (static_cast<double>(m_lastAtUs) - static_cast<double>(m_startTime)) / MicrosecondsPerMillisecond;
@@ -96,6 +123,9 @@ void FeedSource::accept(FeedLine line)
                         (absolute ? utcText(m_lastAtUs) : QString::number(last, 'g', 15).toStdString()) + " or later");
     }
     noteForm(absolute);
+    if (!absolute) {
+        noteEpoch(told);
+    }
     m_lastAtUs = line.at.us;
     m_pending = std::move(line);
 }
@@ -108,6 +138,17 @@ void FeedSource::noteForm(bool absolute)
                   ": \"at\" is here a time and there a number; numbers count from " + utcText(m_startTime));
     }
     m_absolute = m_absolute.value_or(absolute);
+}
+
+// Milliseconds since 1970 are most likely no time that has passed since the start.
+void FeedSource::noteEpoch(unsigned long long sinceStartUs)
+{
+    constexpr unsigned long long ThirtyYearsUs = 946'728'000'000'000;
+    if (sinceStartUs > ThirtyYearsUs && !std::exchange(m_epochTold, true)) {
+        m_bad.say("line " + std::to_string(m_lines->number()) + ": \"at\" is " + spanText(sinceStartUs) +
+                  " behind the start, " + utcText(m_startTime) +
+                  ": a number counts from there, and a time since 1970 is a text");
+    }
 }
 
 // Every line is carried out by itself, so none waits for another.

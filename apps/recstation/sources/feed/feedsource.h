@@ -30,6 +30,7 @@ public:
     /// @param open called once by prepare, and by lastTime
     /// @param startTime microseconds since 1970 UTC of the feed's time 0, unless the options tell none and the first
     /// good line has an absolute time: then that is the time 0; with strict nextTime or step throws the first bad line
+    /// nextTime throws at the end of an input without a change that was carried out.
     FeedSource(std::function<ByteInput()> open, unsigned long long startTime, const FeedOptions& options,
                StationHooks host);
 
@@ -46,6 +47,8 @@ private:
     void take(LineReader::Result result);
     void accept(FeedLine line);
     void noteForm(bool absolute);
+    void noteEpoch(unsigned long long sinceStartUs);
+    void endInput();
     void apply(const FeedLine& line);
     void keepOrder(FeedLine& line);
     void tellMovedTimes(const FeedLine& line);
@@ -58,6 +61,7 @@ private:
     std::optional<FeedLine> m_pending;  // read, not yet carried out
     unsigned long long m_lastAtUs = 0;  // since 1970 UTC
     std::optional<bool> m_absolute;     // the form of the first good line's time
+    bool m_epochTold = false;           // that a number looks like one since 1970
     bool m_mixed = false;               // and that was told
     std::uint64_t m_used = 0;
     std::uint64_t m_skipped = 0;

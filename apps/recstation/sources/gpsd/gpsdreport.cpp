@@ -52,6 +52,20 @@ std::optional<double> angleOf(const GpsdJson& object, const char* key)
     return angle && *angle == GpsdFullCircle ? 0 : angle;
 }
 
+// Releases before 3.0 tell seconds since 1970.
+std::optional<unsigned long long> timeOf(const GpsdJson& object)
+{
+    constexpr double PerSecond = 1e6;
+    constexpr double Latest = 1e11;
+    const GpsdJson* value = member(object, "time");
+    if (value == nullptr || !value->is_number()) {
+        return value == nullptr ? std::nullopt : parseIsoTime(fieldOf(object, "time"));
+    }
+    const auto seconds = value->get<double>();
+    const long long time = seconds > 0 && seconds < Latest ? std::llround(seconds * PerSecond) : 0;
+    return isRecordable(time) ? std::optional(static_cast<unsigned long long>(time)) : std::nullopt;
+}
+
 void readFix(const GpsdJson& object, GpsdReport& report)
 {
     constexpr double HighestLatitude = 90;
@@ -76,7 +90,12 @@ void readFix(const GpsdJson& object, GpsdReport& report)
         report.fix.altitudeM = numberOf(object, "alt", Deepest, Highest);  // releases before 3.20
     }
     report.fix.speedMps = numberOf(object, "speed", 0, Fastest);
-    report.variationDeg = numberOf(object, "magvar", -MostVariation, MostVariation);
+    // Receivers that do not know it say 999.9, which gpsd hands on.
+    const GpsdJson* variation = member(object, "magvar");
+    const double angle = variation != nullptr && variation->is_number() ? variation->get<double>() : std::nan("");
+    if (std::abs(angle) <= MostVariation) {
+        report.variationDeg = angle;
+    }
 }
 
 void readAttitude(const GpsdJson& object, GpsdReport& report)
@@ -110,9 +129,7 @@ GpsdReport readReport(const GpsdJson& object)
     }
     GpsdReport report;
     report.device = fieldOf(object, "device");
-    if (member(object, "time") != nullptr) {
-        report.timeUs = parseIsoTime(fieldOf(object, "time"));
-    }
+    report.timeUs = timeOf(object);
     if (kind == "TPV") {
         report.kind = GpsdReport::Kind::Fix;
         readFix(object, report);

@@ -16,18 +16,19 @@ namespace RecStation {
 namespace {
 
 constexpr std::size_t LongestGpsdReport = 65'536;
-constexpr std::chrono::milliseconds GpsdGreeting{10'000};
+constexpr std::chrono::milliseconds GpsdGreeting{4'000};  // it greets at once; a check waits for 5 s
 // gpsd tells of a device that is asked for or that fails; a fix a second is usual.
 constexpr std::chrono::seconds LongestGpsdQuiet{3600};
 
 using GpsdClock = std::chrono::steady_clock;
 
-// A peer that sends more than a thousand lines a second has many of them made one step.
+// No receiver tells so much in a second: of a peer that does, many changes are made one. Each is several records, of
+// which a recording holds a thousand a second.
 class GpsdFlood {
 public:
     [[nodiscard]] bool isFlood(GpsdClock::time_point now)
     {
-        constexpr int MostASecond = 1000;
+        constexpr int MostASecond = 100;
         if (now - m_begin >= std::chrono::seconds(1)) {
             m_begin = now;
             m_count = 0;

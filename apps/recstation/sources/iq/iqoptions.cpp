@@ -40,9 +40,10 @@ void addIqOptions(CLI::App& command, IqOptions& options)
     command.footer(Examples);
     addInputFile(command, options.file, "IQ samples, I and Q interleaved; - reads standard input");
     command
-        .add_option("--format", options.format, "cu8, ci8, ci16_le or cf32_le (default: SigMF metadata, WAV or suffix)")
+        .add_option("--format", options.format,
+                    std::string(SampleFormatNames) + " (default: SigMF metadata, WAV or suffix)")
         ->check(acceptedIf([](const std::string& text) { return sampleFormatByName(text).has_value(); },
-                           "cu8, ci8, ci16_le or cf32_le"));
+                           SampleFormatNames));
     command
         .add_option("--rate", options.rateHz, "samples a second, as 48k or 2.4M (default: SigMF metadata, WAV or name)")
         ->transform(inHertz(std::nextafter(0.0, 1.0), HighestRateHz, "more than 0 and at most 1e12"));

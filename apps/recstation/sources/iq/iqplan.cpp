@@ -7,10 +7,13 @@
 #include <string>
 
 #include <QDateTime>
+#include <QFile>
 #include <QFileInfo>
 
+#include "input/byteinput.h"
 #include "input/isotime.h"
 #include "input/usageerror.h"
+#include "sources/iq/foreignbytes.h"
 #include "sources/iq/recordername.h"
 #include "sources/iq/sigmf.h"
 #include "sources/iq/wavsamples.h"
@@ -47,11 +50,13 @@ Files findFiles(const std::string& file)
     const QFileInfo info(name);
     const QString stem = info.path() + QLatin1Char('/') + info.completeBaseName();
     const QString metadata = stem + QStringLiteral(".sigmf-meta");
-    const QString samples = info.suffix() == QLatin1String("sigmf-meta") ? stem + QStringLiteral(".sigmf-data") : name;
-    if (isWav(samples)) {
-        return {samples, QString(), false, true};
+    const bool hasMetadata = QFileInfo::exists(metadata);
+    QString samples = name;
+    if (info.suffix() == QLatin1String("sigmf-meta")) {
+        samples = hasMetadata ? samplesOfSigMf(name) : stem + QStringLiteral(".sigmf-data");
     }
-    return {samples, metadata, QFileInfo::exists(metadata), false};
+    const bool wav = isWav(samples);
+    return {samples, wav && !hasMetadata ? QString() : metadata, hasMetadata, wav};
 }
 
 void checkSamplesExist(const Files& files)
@@ -90,6 +95,22 @@ void refuseRawWav(const IqOptions& options, const Files& files)
     }
 }
 
+/// What cannot be samples, whatever is said of them. A pipe's bytes are looked at when they come.
+void refuseForeign(const Files& files)
+{
+    QFile file(files.samples);
+    if (files.wav || !QFileInfo(files.samples).isFile() || !file.open(QIODevice::ReadOnly)) {
+        return;
+    }
+    const std::string why = whyNoSamples(file.read(ForeignBytes).toStdString());
+    if (!why.empty()) {
+        failPlan(files.samples.toStdString() + " " + why);
+    }
+    if (QFileInfo(files.samples).suffix().toLower() == QLatin1String("sigmf")) {
+        failPlan(files.samples.toStdString() + " is a SigMF archive: unpack it with tar, and name what was in it");
+    }
+}
+
 SampleFormat chooseFormat(const IqOptions& options, const Files& files, const KnownSamples& known)
 {
     const std::string& name = options.format.empty() ? known.format : options.format;
@@ -100,10 +121,10 @@ SampleFormat chooseFormat(const IqOptions& options, const Files& files, const Kn
         return *format;
     }
     if (name.empty()) {
-        failUsage("the format of the samples in " + files.samples.toStdString() +
-                  " is not known: " + remedy("--format cu8, ci8, ci16_le or cf32_le", files, "core:datatype"));
+        failUsage("the format of the samples in " + inputName(files.samples.toStdString()) +
+                  " is not known: " + remedy(std::string("--format ") + SampleFormatNames, files, "core:datatype"));
     }
-    failPlan("the sample format \"" + name + "\" is not supported, only cu8, ci8, ci16_le and cf32_le are");
+    failPlan("the sample format \"" + name + "\" is not supported, only " + SampleFormatNames);
 }
 
 double chooseRate(const IqOptions& options, const Files& files, const KnownSamples& known)
@@ -130,14 +151,13 @@ double chooseCentre(const IqOptions& options, const Files& files, const KnownCap
     return *centre;
 }
 
-/// "--centre 1090" is more likely a forgotten M than a band that lies half below 0 Hz.
 void checkUnitOfCentre(const IqOptions& options, const IqPlan& plan)
 {
-    if (options.centreHz && !options.centreHasUnit && *options.centreHz != 0 &&
-        std::abs(*options.centreHz) < plan.rateHz / 2) {
-        const std::string number = QString::number(*options.centreHz, 'g', 12).toStdString();
-        failUsage("--centre " + number + " is in Hz, and puts half of the band below 0 Hz: say " + number +
-                  "M for MHz, or " + number + "Hz if this is meant");
+    const std::string why = options.centreHz && !options.centreHasUnit
+                                ? whyAUnit("--centre", *options.centreHz, plan.rateHz)
+                                : std::string();
+    if (!why.empty()) {
+        failUsage(why);
     }
 }
 
@@ -157,12 +177,18 @@ unsigned long long firstStart(const IqOptions& options, const KnownCapture& capt
 }
 
 /// One frequency or time for all captures would be wrong of all but one.
-void refuseOneForAll(const IqOptions& options, const std::vector<KnownCapture>& captures)
+void refuseOneForAll(const IqOptions& options, const Files& files, const std::vector<KnownCapture>& captures)
 {
     const auto tells = [&captures](auto member) {
         return std::any_of(captures.begin(), captures.end(),
                            [member](const KnownCapture& capture) { return (capture.*member).has_value(); });
     };
+    const auto silent =
+        std::find_if(captures.begin(), captures.end(), [](const KnownCapture& capture) { return !capture.centreHz; });
+    if (silent != captures.end() && tells(&KnownCapture::centreHz)) {
+        failPlan("capture " + std::to_string(silent - captures.begin() + 1) +
+                 " tells no centre frequency, and others do: add core:frequency in " + files.metadata.toStdString());
+    }
     const std::string all = " would not be true of each of the " + std::to_string(captures.size()) +
                             " captures, which tell their own: leave it out";
     if (captures.size() > 1 && options.centreHz && tells(&KnownCapture::centreHz)) {
@@ -204,7 +230,7 @@ void fitToFile(IqPlan& plan, const KnownSamples& known)
 
 void planStretches(const IqOptions& options, const Files& files, const KnownSamples& known, IqPlan& plan)
 {
-    refuseOneForAll(options, known.captures);
+    refuseOneForAll(options, files, known.captures);
     for (const KnownCapture& capture : known.captures) {
         IqStretch stretch{.firstByte = capture.firstByte,
                           .samples = capture.samples,
@@ -218,6 +244,10 @@ void planStretches(const IqOptions& options, const Files& files, const KnownSamp
             stretch.startTime = plan.timeOf(plan.stretches.back(), capture.firstSample - before.firstSample);
         }
         plan.stretches.push_back(stretch);
+    }
+    if (known.localTime && options.start.empty()) {
+        plan.remarks.append(QStringLiteral("the time in the name is read as this computer's local time: it is %1")
+                                .arg(QString::fromStdString(utcText(plan.stretches.front().startTime))));
     }
     if (known.captures.front().firstSample > 0) {
         plan.remarks.append(QStringLiteral("the first %1 samples belong to no capture and are left out")
@@ -241,17 +271,44 @@ KnownSamples knowWav(const Files& files, IqPlan& plan)
     return wav.known;
 }
 
-KnownSamples know(const Files& files, IqPlan& plan)
+/// What others do not tell, where it can be true of all samples.
+void addWhatIsMissing(KnownSamples& known, const KnownSamples& more)
+{
+    KnownCapture& capture = known.captures.front();
+    known.rateHz = known.rateHz ? known.rateHz : more.rateHz;
+    if (known.captures.size() == 1) {
+        known.localTime = more.localTime && !capture.startTime;
+        capture.centreHz = capture.centreHz ? capture.centreHz : more.captures.front().centreHz;
+        capture.startTime = capture.startTime ? capture.startTime : more.captures.front().startTime;
+    }
+}
+
+/// Metadata count the samples of a WAV file; where those lie, the file knows itself.
+KnownSamples knowWavWithMetadata(const Files& files, const KnownSamples& wav)
+{
+    KnownSamples known = readSigMf(files.metadata, wav.format);
+    const std::uint64_t samples = wav.captures.front().samples.value_or(0);
+    for (KnownCapture& capture : known.captures) {
+        const std::uint64_t left = samples - std::min(samples, capture.firstSample);
+        capture.firstByte = capture.firstSample * sampleBytes(SampleFormat::FloatLe);
+        capture.samples = std::min(capture.samples.value_or(left), left);
+    }
+    addWhatIsMissing(known, wav);
+    return known;
+}
+
+KnownSamples know(const IqOptions& options, const Files& files, IqPlan& plan)
 {
     if (files.wav) {
-        return knowWav(files, plan);
+        const KnownSamples wav = knowWav(files, plan);
+        return files.hasMetadata ? knowWavWithMetadata(files, wav) : wav;
     }
     KnownSamples byName = knownByName(QFileInfo(files.samples).completeBaseName());
     if (!files.hasMetadata) {
         return byName;
     }
-    KnownSamples known = readSigMf(files.metadata);
-    known.rateHz = known.rateHz ? known.rateHz : byName.rateHz;
+    KnownSamples known = readSigMf(files.metadata, options.format);
+    addWhatIsMissing(known, byName);
     return known;
 }
 
@@ -278,10 +335,11 @@ IqPlan makeIqPlan(const IqOptions& options)
     const Files files = findFiles(options.file);
     checkSamplesExist(files);
     refuseRawWav(options, files);
+    refuseForeign(files);
     IqPlan plan;
     plan.file = files.samples;
     plan.wav = files.wav;
-    const KnownSamples known = know(files, plan);
+    const KnownSamples known = know(options, files, plan);
     plan.format = chooseFormat(options, files, known);
     plan.rateHz = chooseRate(options, files, known);
     planStretches(options, files, known, plan);

@@ -12,6 +12,7 @@
 #include "clock.h"
 #include "input/isotime.h"
 #include "iqspectra/spectrumvalues.h"
+#include "sources/iq/foreignbytes.h"
 #include "sources/iq/iqplan.h"
 #include "sources/iq/wavsamples.h"
 
@@ -24,6 +25,39 @@ Q_LOGGING_CATEGORY(iqLog, "recstation.iq")
 QString deviceName(const IqPlan& plan)
 {
     return plan.file == QLatin1String("-") ? QStringLiteral("IQ input") : QFileInfo(plan.file).completeBaseName();
+}
+
+std::string firstBytesOf(const ByteInput& input)
+{
+    std::string first(ForeignBytes, '\0');
+    std::size_t have = 0;
+    std::size_t count = 0;
+    do {
+        count = input(first.data() + have, first.size() - have);
+        have += count;
+    } while (count > 0 && have < first.size());
+    first.resize(have);
+    return first;
+}
+
+/// A pipe shows what it is only once it is read.
+ByteInput refusingForeign(ByteInput input, const std::string& name)
+{
+    return [input = std::move(input), name, first = std::optional<std::string>(), given = std::size_t{0}](
+               char* buffer, std::size_t size) mutable -> std::size_t {
+        if (!first) {
+            first = firstBytesOf(input);
+            if (const std::string why = whyNoSamples(*first); !why.empty()) {
+                throw std::runtime_error("iq: " + name + " " + why);
+            }
+        }
+        if (given == first->size()) {
+            return input(buffer, size);
+        }
+        const std::size_t count = first->copy(buffer, size, given);
+        given += count;
+        return count;
+    };
 }
 
 class IqSource final : public Source {
@@ -73,7 +107,8 @@ void IqSource::prepare()
     for (const QString& remark : m_plan.remarks) {
         m_report(remark);
     }
-    m_input = m_plan.wav ? openWav(m_plan.file) : openInput(m_plan.file.toStdString());
+    m_input = m_plan.wav ? openWav(m_plan.file)
+                         : refusingForeign(openInput(m_plan.file.toStdString()), inputName(m_plan.file.toStdString()));
     m_frames = std::make_unique<FrameReader>(m_plan, m_plan.format, inputOf(stretch()),
                                              [this](const QString& sentence) { tell(sentence); });
     if (!m_options.live && !readFrame()) {  // what is live may wait for it in nextTime only

@@ -15,7 +15,7 @@ namespace RecStation {
 /// What the command line says. What is left open is taken from SigMF metadata beside the file, WAV, or the name.
 struct IqOptions : SpectrumOptions {
     std::string file;                ///< UTF-8; "-" is standard input
-    std::string format;              ///< cu8, ci8, ci16_le or cf32_le; empty: by metadata or the file's suffix
+    std::string format;              ///< a name of a SampleFormat; empty: by metadata or the file's suffix
     std::optional<double> rateHz;    ///< samples a second
     std::optional<double> centreHz;  ///< frequency of 0 Hz in the samples
     bool centreHasUnit = false;      ///< it was given as 1090M or 1090 Hz, not as 1090
@@ -34,9 +34,10 @@ void logIqReport(const QString& sentence);
 ///   Scn/StartLevel, Scn/StopLevel, Adm/DRIVERNAME, Adm/DEVICE_TYPE
 ///
 /// Levels are in dBFS: a complex tone of full scale (amplitude 127.5 in cu8, 128 in ci8, 32,768 in ci16_le, 1 in
-/// cf32_le) is 0 dBFS, silence is -200 dBFS. Of the windows only flattop shows a tone's true level wherever it lies
-/// between the channels (within 0.02 dB; hann is up to 1.4 dB low, blackman-harris up to 0.8 dB), at the price of the
-/// widest channels: noise reads 5.8 dB above its power in one channel's width (hann 1.8 dB, blackman-harris 3.0 dB).
+/// cf32_le and so on) is 0 dBFS, silence is -200 dBFS. Of the windows only flattop shows a tone's true level wherever
+/// it lies between the channels (within 0.02 dB; hann is up to 1.4 dB low, blackman-harris up to 0.8 dB), at the price
+/// of the widest channels: noise reads 5.8 dB above its power in one channel's width (hann 1.8 dB, blackman-harris 3.0
+/// dB).
 ///
 /// A spectrum's time is that of its first sample. What is wrong with the options, the metadata or an input without a
 /// whole spectrum is thrown by prepare, which reads the first spectrum's samples; damage found later (samples that are

@@ -21,6 +21,7 @@ struct KnownSamples {
     std::string format;                                                 ///< by its SigMF name; empty: not known
     std::optional<double> rateHz;                                       ///< positive
     std::vector<KnownCapture> captures = std::vector<KnownCapture>(1);  ///< at least one, one behind the other
+    bool localTime = false;           ///< the first one's time was taken as this computer's local time
     std::uint64_t trailingBytes = 0;  ///< at the end of the file, which are no samples
 };
 

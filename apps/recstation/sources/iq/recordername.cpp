@@ -12,20 +12,26 @@ constexpr double Kilo = 1e3;
 constexpr double Mega = 1e6;
 constexpr double Giga = 1e9;
 
-std::optional<unsigned long long> timeIn(const QString& name)
+void readTime(const QString& name, Qt::TimeSpec zone, KnownSamples& out)
 {
-    static const QRegularExpression form(QStringLiteral("(?:^|[_-])(\\d{8})[_-](\\d{6})(?:Z|[_.-]|$)"));
-    const auto match = form.match(name);
+    static const QRegularExpression dayFirst(QStringLiteral("(?:^|[_-])(\\d{8})[T_-](\\d{6})(?:Z|[_.-]|$)"));
+    static const QRegularExpression dayLast(
+        QStringLiteral("_(\\d{2}-\\d{2}-\\d{2})_(\\d{2}-\\d{2}-\\d{4})(?:[_.-]|$)"));
+    auto match = dayFirst.match(name);
+    QString form = QStringLiteral("yyyyMMddHHmmss");
     if (!match.hasMatch()) {
-        return std::nullopt;
+        match = dayLast.match(name);
+        form = QStringLiteral("HH-mm-ssdd-MM-yyyy");
+        zone = Qt::LocalTime;
     }
-    QDateTime time = QDateTime::fromString(match.captured(1) + match.captured(2), QStringLiteral("yyyyMMddHHmmss"));
-    time.setTimeSpec(Qt::UTC);
-    if (!time.isValid() || time.toMSecsSinceEpoch() <= 0) {
-        return std::nullopt;
+    QDateTime time = QDateTime::fromString(match.captured(1) + match.captured(2), form);
+    time.setTimeSpec(zone);
+    if (match.hasMatch() && time.isValid() && time.toMSecsSinceEpoch() > 0) {
+        constexpr unsigned long long MicrosecondsPerMillisecond = 1000;
+        out.captures.front().startTime =
+            static_cast<unsigned long long>(time.toMSecsSinceEpoch()) * MicrosecondsPerMillisecond;
+        out.localTime = zone == Qt::LocalTime;
     }
-    constexpr unsigned long long MicrosecondsPerMillisecond = 1000;
-    return static_cast<unsigned long long>(time.toMSecsSinceEpoch()) * MicrosecondsPerMillisecond;
 }
 
 double unitOf(const QString& prefix)
@@ -44,23 +50,35 @@ double unitOf(const QString& prefix)
 
 KnownSamples knownByName(const QString& name)
 {
+    static const QRegularExpression withSps(
+        QStringLiteral("-(\\d{1,6}(?:_\\d{1,9})?)([kMG]?)Hz-(\\d{1,6}(?:_\\d{1,9})?)([kMG]?)Sps(?:-|$)"));
     static const QRegularExpression withUnit(QStringLiteral("_(\\d{1,12}(?:\\.\\d{1,9})?)([kMG]?)Hz(?:[_.-]|$)"),
                                              QRegularExpression::CaseInsensitiveOption);
     static const QRegularExpression inHertz(QStringLiteral("^gqrx_\\d{8}_\\d{6}_(\\d{1,15})_(\\d{1,12})_fc$"));
+    static const QRegularExpression behindTime(QStringLiteral("^\\d{8}T\\d{6}Z_(\\d{4,12})(?:_.*)?_iq$"));
     static const QRegularExpression withRate(
         QStringLiteral("_(\\d{1,6}(?:\\.\\d{1,9})?)M_(\\d{1,6}(?:\\.\\d{1,9})?)k$"));
+    const auto number = [](QString digits, const QString& prefix) {
+        return digits.replace(QLatin1Char('_'), QLatin1Char('.')).toDouble() * unitOf(prefix);
+    };
     KnownSamples known;
     KnownCapture& capture = known.captures.front();
-    capture.startTime = timeIn(name);
-    if (const auto unit = withUnit.match(name); unit.hasMatch()) {
-        capture.centreHz = unit.captured(1).toDouble() * unitOf(unit.captured(2));
+    const auto sps = withSps.match(name);
+    readTime(name, sps.hasMatch() ? Qt::LocalTime : Qt::UTC, known);
+    if (sps.hasMatch()) {
+        capture.centreHz = number(sps.captured(1), sps.captured(2));
+        known.rateHz = number(sps.captured(3), sps.captured(4));
+    } else if (const auto unit = withUnit.match(name); unit.hasMatch()) {
+        capture.centreHz = number(unit.captured(1), unit.captured(2));
     } else if (const auto hertz = inHertz.match(name); hertz.hasMatch()) {
-        capture.centreHz = hertz.captured(1).toDouble();
-        known.rateHz = hertz.captured(2).toDouble();
+        capture.centreHz = number(hertz.captured(1), "");
+        known.rateHz = number(hertz.captured(2), "");
         known.format = "cf32_le";
+    } else if (const auto behind = behindTime.match(name); behind.hasMatch()) {
+        capture.centreHz = number(behind.captured(1), "");
     } else if (const auto both = withRate.match(name); both.hasMatch()) {
-        capture.centreHz = both.captured(1).toDouble() * Mega;
-        known.rateHz = both.captured(2).toDouble() * Kilo;
+        capture.centreHz = number(both.captured(1), "M");
+        known.rateHz = number(both.captured(2), "k");
     }
     if (known.rateHz && !(*known.rateHz > 0)) {
         known.rateHz.reset();

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <nlohmann/json.hpp>
 
@@ -80,9 +81,9 @@ std::uint64_t countOf(const json& parent, const std::string& key)
     return found->get<std::uint64_t>();
 }
 
-void readGlobal(const json& global, KnownSamples& out)
+void readGlobal(const json& global, const std::string& format, KnownSamples& out)
 {
-    const auto dataType = textIn(global, "core:datatype");
+    const auto dataType = format.empty() ? textIn(global, "core:datatype") : format;
     if (!dataType) {
         throw std::runtime_error("\"core:datatype\" is missing");
     }
@@ -136,12 +137,24 @@ void place(std::vector<KnownCapture>& captures, std::uint64_t offset, std::size_
     }
 }
 
-KnownSamples interpret(const json& document)
+QString nameOfSamples(const json& document, const QString& file)
+{
+    const json& global = object(document, "global");
+    const QFileInfo info(file);
+    if (const auto only = global.find("core:metadata_only"); only != global.end() && *only == true) {
+        throw std::runtime_error("it says \"core:metadata_only\", so there are no samples");
+    }
+    const auto name = textIn(global, "core:dataset");
+    return info.path() + QLatin1Char('/') +
+           (name ? QString::fromStdString(*name) : info.completeBaseName() + QStringLiteral(".sigmf-data"));
+}
+
+KnownSamples interpret(const json& document, const std::string& ofSamples)
 {
     constexpr std::size_t MostCaptures = 1'000'000;
     KnownSamples out;
     const json& global = object(document, "global");
-    readGlobal(global, out);
+    readGlobal(global, ofSamples, out);
     const auto captures = document.find("captures");
     if (captures == document.end() || !captures->is_array() || captures->empty()) {
         throw std::runtime_error("it has no list \"captures\" with an entry");
@@ -158,15 +171,27 @@ KnownSamples interpret(const json& document)
     return out;
 }
 
-}  // namespace
-
-KnownSamples readSigMf(const QString& file)
+/// @param use gets the document, and throws what is wrong with it
+template <typename Use>
+auto ofMetadata(const QString& file, Use use)
 {
     try {
-        return interpret(parseFile(file));
+        return use(parseFile(file));
     } catch (const std::runtime_error& error) {
         throw std::runtime_error("the SigMF metadata " + file.toStdString() + " cannot be used: " + error.what());
     }
+}
+
+}  // namespace
+
+QString samplesOfSigMf(const QString& file)
+{
+    return ofMetadata(file, [&file](const json& document) { return nameOfSamples(document, file); });
+}
+
+KnownSamples readSigMf(const QString& file, const std::string& format)
+{
+    return ofMetadata(file, [&format](const json& document) { return interpret(document, format); });
 }
 
 }  // namespace RecStation

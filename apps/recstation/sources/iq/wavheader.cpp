@@ -1,10 +1,14 @@
 // Going from chunk to chunk of a WAV file, in bounded steps whatever it says of their sizes.
 #include "sources/iq/wavheader.h"
 
+#include <algorithm>
 #include <array>
+#include <charconv>
 #include <limits>
 #include <stdexcept>
+#include <string>
 #include <string_view>
+#include <system_error>
 
 #include <QDateTime>
 
@@ -37,6 +41,36 @@ private:
     std::array<char, Size> m_bytes{};
 };
 
+// The digits behind NAME=" in a text.
+std::optional<unsigned long long> attributeIn(const std::string& text, const std::string& name)
+{
+    const std::size_t found = text.find(name + "=\"");
+    if (found == std::string::npos) {
+        return std::nullopt;
+    }
+    const char* const begin = text.data() + found + name.size() + 2;
+    unsigned long long number = 0;
+    const auto [end, error] = std::from_chars(begin, text.data() + text.size(), number);
+    return error == std::errc() && number > 0 ? std::optional(number) : std::nullopt;
+}
+
+// Some write XML in one or two bytes a letter, of which the second is 0.
+void readXmlAuxi(const ReadAt& readAt, std::uint64_t offset, std::uint64_t size, WavHeader& out)
+{
+    constexpr std::uint64_t Longest = 65'536;
+    constexpr unsigned long long MicrosecondsPerSecond = 1'000'000;
+    constexpr unsigned long long LastSecond = 253'402'300'799;  // of the year 9999
+    std::string text(static_cast<std::size_t>(std::min(size, Longest)), '\0');
+    text.resize(readAt(offset, text.data(), text.size()));
+    text.erase(std::remove(text.begin(), text.end(), '\0'), text.end());
+    if (const auto hertz = attributeIn(text, "RadioCenterFreq")) {
+        out.centreHz = static_cast<double>(*hertz);
+    }
+    if (const auto seconds = attributeIn(text, "UTCSeconds"); seconds && *seconds <= LastSecond) {
+        out.startTime = *seconds * MicrosecondsPerSecond;
+    }
+}
+
 // Two times of eight words each (year, month, day of the week, day, hour, minute, second, millisecond), then the
 // receiver's frequency.
 void readAuxi(const ReadAt& readAt, std::uint64_t offset, std::uint64_t size, WavHeader& out)
@@ -52,9 +86,8 @@ void readAuxi(const ReadAt& readAt, std::uint64_t offset, std::uint64_t size, Wa
     const auto field = [&bytes](std::size_t index) { return static_cast<int>(bytes.word(index * WordBytes)); };
     const QDate day(field(0), field(1), field(3));
     const QTime time(field(4), field(5), field(6), field(7));
-    // A text in its place gives no day.
     if (!day.isValid() || !time.isValid()) {
-        return;
+        return readXmlAuxi(readAt, offset, size, out);
     }
     const qint64 milliseconds = QDateTime(day, time, Qt::UTC).toMSecsSinceEpoch();
     if (milliseconds > 0) {
@@ -68,16 +101,23 @@ void readAuxi(const ReadAt& readAt, std::uint64_t offset, std::uint64_t size, Wa
 void readFormat(const ReadAt& readAt, std::uint64_t offset, std::uint64_t size, WavHeader& out)
 {
     constexpr std::size_t Needed = 16;
+    constexpr std::uint16_t KindFollows = 0xFFFE;
+    constexpr std::uint64_t KindAt = 24;
     Bytes<Needed> bytes;
     if (size < Needed || !bytes.read(readAt, offset)) {
         throw std::runtime_error("its chunk \"fmt \" is cut off");
     }
+    out.kind = bytes.word(0);
     out.channels = bytes.word(2);
     out.rateHz = bytes.dword(4);
     out.blockBytes = bytes.word(12);
+    Bytes<WordBytes> kind;
+    if (out.kind == KindFollows && size >= KindAt + WordBytes && kind.read(readAt, offset + KindAt)) {
+        out.kind = kind.word(0);
+    }
 }
 
-std::optional<std::uint64_t> longDataSize(const ReadAt& readAt, std::uint64_t offset, std::uint64_t size)
+std::uint64_t longDataSize(const ReadAt& readAt, std::uint64_t offset, std::uint64_t size)
 {
     constexpr std::size_t Needed = 16;
     constexpr std::size_t DataSizeAt = 8;
@@ -85,7 +125,18 @@ std::optional<std::uint64_t> longDataSize(const ReadAt& readAt, std::uint64_t of
     if (size < Needed || !bytes.read(readAt, offset)) {
         throw std::runtime_error("its chunk \"ds64\" is cut off");
     }
-    return bytes.qword(DataSizeAt) == 0 ? std::nullopt : std::optional(bytes.qword(DataSizeAt));
+    return bytes.qword(DataSizeAt);
+}
+
+// A length that was not known when the header was written is 0, or as much as its field holds.
+std::optional<std::uint64_t> knownLength(std::uint64_t size)
+{
+    return size == 0 || size > std::numeric_limits<std::uint64_t>::max() / 2 ? std::nullopt : std::optional(size);
+}
+
+bool isTag(std::string_view tag)
+{
+    return std::all_of(tag.begin(), tag.end(), [](char letter) { return letter >= ' ' && letter <= '~'; });
 }
 
 }  // namespace
@@ -102,14 +153,16 @@ WavHeader readWavHeader(const ReadAt& readAt)
     constexpr std::uint64_t FirstChunk = 12;
     constexpr int MostChunks = 1000;
     WavHeader out;
-    std::optional<std::uint64_t> longSize;
+    std::uint64_t longSize = 0;
     bool hasFormat = false;
     Bytes<HeadBytes> head;
     std::uint64_t next = FirstChunk;
     for (int i = 0; i < MostChunks && head.read(readAt, next); ++i) {
         const std::uint64_t begin = next + HeadBytes;
         std::uint64_t size = head.dword(4);
-        if (head.tag(0) == "ds64") {
+        if (out.dataBytes && *out.dataBytes % 2 == 0 && !isTag(head.tag(0))) {
+            out.dataBytes.reset();  // more samples, of which the header was not told any more
+        } else if (head.tag(0) == "ds64") {
             longSize = longDataSize(readAt, begin, size);
         } else if (head.tag(0) == "fmt ") {
             readFormat(readAt, begin, size, out);
@@ -117,8 +170,11 @@ WavHeader readWavHeader(const ReadAt& readAt)
         } else if (head.tag(0) == "auxi") {
             readAuxi(readAt, begin, size, out);
         } else if (head.tag(0) == "data") {
+            if (out.dataOffset > 0) {
+                throw std::runtime_error("it has more than one chunk \"data\"");
+            }
             out.dataOffset = begin;
-            out.dataBytes = size == SizeElsewhere ? longSize : size == 0 ? std::nullopt : std::optional(size);
+            out.dataBytes = knownLength(size == SizeElsewhere ? longSize : size);
             size = out.dataBytes.value_or(SizeElsewhere);
         }
         if (size > std::numeric_limits<std::uint64_t>::max() - begin - 1 || (out.dataOffset > 0 && !out.dataBytes)) {

@@ -19,7 +19,7 @@ namespace RecStation {
 namespace {
 
 constexpr std::size_t MostChannels = 4096;
-constexpr std::chrono::milliseconds AnswerPatience{5'000};
+constexpr std::chrono::milliseconds AnswerPatience{4'000};  // a check waits for 5 s
 
 HttpUrl checkedUrl(const std::string& text)
 {
@@ -36,6 +36,7 @@ public:
         : PeerSource("kraken", urlText(url), run),
           m_options(options),
           m_url(std::move(url)),
+          m_sourceTime(run.sourceTime),
           m_interval(static_cast<long long>(options.intervalSeconds * 1000)),
           m_answers(options.mirror)
     {
@@ -62,6 +63,7 @@ private:
 
     KrakenOptions m_options;
     HttpUrl m_url;
+    bool m_sourceTime;
     std::chrono::milliseconds m_interval;
     Connection m_connection;  // open: nothing was asked over it
     Deadline m_nextAsk{};
@@ -114,16 +116,19 @@ void KrakenSource::ask()
     }
 }
 
-// The document stays as it is until something is heard again.
+// The document stays as it is until something is heard again: in the first one there may be what is long over, which
+// would be recorded as of now.
 void KrakenSource::takeNew(std::vector<LoggedBearing> bearings)
 {
+    constexpr unsigned long long OldUs = 60'000'000;
     for (LoggedBearing& bearing : bearings) {
         if (m_times.size() >= MostChannels && m_times.count(bearing.frequencyHz) == 0) {
             ++m_tooMany;
             continue;
         }
         const unsigned long long before = std::exchange(m_times[bearing.frequencyHz], bearing.time);
-        if (before == bearing.time) {
+        const bool isOld = !m_answered && !m_sourceTime && m_arrivalUs > bearing.time + OldUs;
+        if (before == bearing.time || isOld) {
             ++m_same;
             continue;
         }

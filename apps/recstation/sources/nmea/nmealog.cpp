@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <stdexcept>
 #include <utility>
 
@@ -12,16 +13,17 @@
 #include <system/stopsignal.h>
 
 #include "input/logtime.h"
+#include "sources/nmea/lineends.h"
+#include "sources/nmea/loggedtime.h"
 #include "sources/nmea/nmeafields.h"
 
 namespace RecStation {
 
 namespace {
 
-constexpr std::size_t LongestSentence = 4096;
 constexpr std::size_t MostWaiting = 10'000;
 constexpr long long LongestHeldUs = 10'000'000;
-constexpr auto ArrivalHelps = ": with --arrival its lines have the time at which they are read";
+constexpr auto ArrivalHelps = ": with --arrival its lines have the time in front of them, or at which they are read";
 constexpr long long EpochJulianDay = 2'440'588;
 
 long long today()
@@ -59,11 +61,11 @@ NmeaLog::NmeaLog(const NmeaOptions& options, InputReport report, ArrivalClock no
     : m_options(options),
       m_bad("nmea", options.strict, std::move(report)),
       m_order("nmea", options.strict, options.splitGapUs),
-      m_lines(openText(options.file), LongestSentence),
+      m_lines(withLineFeeds(openText(options.file)), LongestLine),
       m_clock(today(), options.fixWeekRollover),
       m_live(now || isStream(options.file)),
-      m_now(now ? std::move(now) : systemTime),
       m_byArrival(options.arrival),
+      m_now(now ? std::move(now) : systemTime),
       m_variation(options.variationDeg)
 {
     if (const auto day = parseDay(options.date)) {
@@ -108,78 +110,17 @@ std::optional<TimedFix> NmeaLog::takeReady()
     return fix;
 }
 
-// False at the end of the input and when the process is to stop.
-bool NmeaLog::readSentence()
-{
-    const LineReader::Result result = m_lines.next();
-    // A line that the wish to stop cut short is none.
-    if (result == LineReader::Result::End || System::StopSignal::requested()) {
-        return false;
-    }
-    try {
-        take(result);
-    } catch (const LineError& error) {
-        m_bad.add(m_lines.number(), error.what());
-    }
-    return true;
-}
-
-void NmeaLog::take(LineReader::Result result)
-{
-    if (result == LineReader::Result::TooLong) {
-        throw LineError("it is longer than " + std::to_string(LongestSentence) + " bytes");
-    }
-    if (result == LineReader::Result::Damaged) {
-        throw LineError(m_lines.problem());
-    }
-    const auto sentence = parseNmeaSentence(m_lines.line());
-    if (!sentence) {
-        ++m_skipped;
-        return;
-    }
-    auto message = readNmeaMessage(*sentence);
-    if (message) {
-        requireChecksum(*sentence);
-        completeHeading(*message);
-    }
-    if (!message || message->fix.empty()) {
-        ++m_skipped;
-    }
-    if (message) {
-        accept(*message);
-    }
-}
-
-// A sentence that was cut lacks the checksum that others of its talker and type have.
-void NmeaLog::requireChecksum(const NmeaSentence& sentence)
-{
-    if (sentence.hasChecksum) {
-        m_checksums.emplace(sentence.address);
-    } else if (m_checksums.count(sentence.address) > 0) {
-        throw LineError("it lacks the checksum that " + std::string(sentence.address) + " had before");
-    }
-}
-
-// A true heading, however it is told, leaves compasses out: the two never take turns.
-void NmeaLog::completeHeading(NmeaMessage& message)
-{
-    if (message.variationDeg && !m_options.variationDeg) {
-        m_variation = message.variationDeg;
-    }
-    if (message.fix.headingDeg) {
-        m_trueHeading = true;
-    } else if (message.magneticDeg && m_variation && !m_trueHeading) {
-        message.fix.headingDeg = NmeaFields::wrapped(*message.magneticDeg + *m_variation);
-    }
-}
-
-void NmeaLog::accept(const NmeaMessage& message)
+void NmeaLog::accept(const NmeaMessage& message, std::string_view front)
 {
     if (message.fix.empty() && !message.timeOfDay) {
         return;
     }
     Entry entry{m_lines.number(), message, m_now()};
     if (m_byArrival) {
+        if (const auto logged = m_live ? std::nullopt : readLoggedTime(front)) {
+            m_logged = static_cast<long long>(*logged);
+        }
+        entry.arrival = m_logged.value_or(entry.arrival);
         giveAtArrival(entry);
         return;
     }
@@ -221,6 +162,7 @@ void NmeaLog::giveAtArrival(const Entry& entry)
     }
     m_time = static_cast<long long>(m_order.take(static_cast<unsigned long long>(entry.arrival), entry.line));
     m_ready.push_back({static_cast<unsigned long long>(*m_time), entry.message.fix});
+    m_given = true;
 }
 
 // The date that came last is counted back to the first time of day.
@@ -246,10 +188,15 @@ void NmeaLog::place(const Entry& entry)
     const NmeaMessage& message = entry.message;
     if (message.timeOfDay) {
         const long long measured = std::max(m_clock.at(*message.timeOfDay, message.day), 0LL);
-        const auto time = static_cast<long long>(m_order.take(static_cast<unsigned long long>(measured), entry.line));
-        if (!m_time || time != *m_time) {
-            closeGroup(entry.line, time);
+        m_ofClock.reset();
+        if (message.clockOnly && measured != m_time) {
+            noteClock(entry.line, measured);
+            return;
         }
+        m_ofFixes = m_ofFixes || !message.clockOnly;
+        advance(entry.line, measured);
+    } else if (const auto clock = std::exchange(m_ofClock, std::nullopt)) {
+        goByClock(*clock);
     }
     m_group.push_back({entry.line, message.timeOfDay.has_value(), m_time.value_or(0), message.fix});
     if (m_group.size() >= MostWaiting) {
@@ -258,6 +205,30 @@ void NmeaLog::place(const Entry& entry)
                                      inputName(m_options.file) + " tell no time" + ArrivalHelps);
         }
         releaseGroup();
+    }
+}
+
+// A clock's time is that of the moment, which may be a second ahead of the fix that is still being sent: it only counts
+// while fixes tell none, and for sentences without a time.
+void NmeaLog::noteClock(std::size_t line, long long time)
+{
+    constexpr long long NearFix = 1'500'000;
+    if (!m_ofFixes || std::abs(time - m_time.value_or(0)) > NearFix) {
+        m_ofClock = Clock{line, time};
+    }
+}
+
+void NmeaLog::goByClock(const Clock& clock)
+{
+    advance(clock.line, clock.time);
+    m_group.push_back({clock.line, true, *m_time, {}});
+}
+
+void NmeaLog::advance(std::size_t line, long long measured)
+{
+    const auto time = static_cast<long long>(m_order.take(static_cast<unsigned long long>(measured), line));
+    if (!m_time || time != *m_time) {
+        closeGroup(line, time);
     }
 }
 
@@ -311,15 +282,16 @@ void NmeaLog::releaseGroup()
     for (const Waiting& waiting : m_group) {
         if (!waiting.fix.empty()) {
             m_ready.push_back({static_cast<unsigned long long>(waiting.time), waiting.fix});
+            m_given = true;
         }
     }
     m_group.clear();
 }
 
 // Says what is missing, and what helps.
-void NmeaLog::requireTime() const
+void NmeaLog::requireFix() const
 {
-    if (m_time) {
+    if (m_given) {
         return;
     }
     const std::string input = "nmea: " + inputName(m_options.file);
@@ -329,8 +301,17 @@ void NmeaLog::requireTime() const
     if (!m_held.empty() || !m_group.empty()) {
         throw std::runtime_error(input + " tells no time" + ArrivalHelps);
     }
-    throw std::runtime_error(input + " tells no time and position (" + std::to_string(m_skipped) + " lines skipped, " +
-                             std::to_string(m_bad.count()) + " bad)");
+    if (m_binary > 0 && !m_time) {
+        throw std::runtime_error(input + " holds binary data, but no sentence that tells a position or heading: let " +
+                                 "gpsd read the receiver, and record it with recstation gpsd");
+    }
+    const std::string counts =
+        " (" + std::to_string(m_skipped) + " lines skipped, " + std::to_string(m_bad.count()) + " bad)";
+    if (!m_hasFix) {
+        throw std::runtime_error(input + " tells no position: its receiver has no fix" + counts);
+    }
+    throw std::runtime_error(input + (m_time ? " tells no position, speed or heading" : " tells no time and position") +
+                             counts);
 }
 
 void NmeaLog::endInput()
@@ -340,8 +321,17 @@ void NmeaLog::endInput()
     if (m_live && !m_held.empty()) {
         goByArrival();
     }
-    requireTime();
-    releaseGroup();
+    if (const auto clock = std::exchange(m_ofClock, std::nullopt)) {
+        goByClock(*clock);
+    }
+    if (m_time) {
+        releaseGroup();
+    }
+    requireFix();
+    if (m_binary > 0) {
+        m_bad.say((m_binary == 1 ? "1 line holds" : std::to_string(m_binary) + " lines hold") +
+                  " binary data, of which only sentences were used");
+    }
     if (const auto day = m_clock.rolledBack()) {
         m_bad.say(m_options.fixWeekRollover
                       ? "the date " + dayText(*day) + " and others as old were set 1,024 weeks later"

@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "input/badlines.h"
@@ -67,21 +68,34 @@ private:
         Fix fix;
     };
 
+    struct Clock {
+        std::size_t line;
+        long long time;
+    };
+
+    static constexpr std::size_t LongestLine = 4096;
+
     bool readSentence();
     void take(LineReader::Result result);
+    void takeLine(std::string_view text);
+    void takeSentence(std::string_view text, std::string_view front);
+    void noteBinary();
     void requireChecksum(const NmeaSentence& sentence);
     void completeHeading(NmeaMessage& message);
-    void accept(const NmeaMessage& message);
+    void accept(const NmeaMessage& message, std::string_view front);
     void holdUntilDate(const Entry& entry);
     void releaseHeld();
     void goByArrival();
     void giveAtArrival(const Entry& entry);
     void place(const Entry& entry);
+    void noteClock(std::size_t line, long long time);
+    void goByClock(const Clock& clock);
+    void advance(std::size_t line, long long measured);
     void closeGroup(std::size_t line, long long time);
     [[nodiscard]] bool isGap(long long time) const;
     void spreadUntimed(std::size_t line, long long time);
     void releaseGroup();
-    void requireTime() const;
+    void requireFix() const;
     void endInput();
     std::optional<TimedFix> takeReady();
 
@@ -91,17 +105,24 @@ private:
     LineReader m_lines;
     NmeaClock m_clock;
     bool m_live;
-    ArrivalClock m_now;
     bool m_byArrival;
+    bool m_trueHeading = false;  // was told; compasses do not count then
+    bool m_ofFixes = false;      // fixes tell times
+    bool m_hasFix = true;        // as the last position said
+    bool m_given = false;        // a fix, to whoever asks
+    bool m_inBinary = false;     // the line is no text, or not only
+    bool m_ended = false;
+    ArrivalClock m_now;
     std::optional<double> m_variation;
-    bool m_trueHeading = false;       // was told; compasses do not count then
-    std::vector<Entry> m_held;        // until a date is known
-    std::vector<Waiting> m_group;     // of one time, until a later one is known
-    std::optional<long long> m_time;  // the latest
+    std::vector<Entry> m_held;          // until a date is known
+    std::vector<Waiting> m_group;       // of one time, until a later one is known
+    std::optional<long long> m_time;    // the latest
+    std::optional<long long> m_logged;  // the latest time in front of a line
+    std::optional<Clock> m_ofClock;     // of a clock, for what comes without a time
     std::deque<TimedFix> m_ready;
     std::uint64_t m_skipped = 0;
+    std::uint64_t m_binary = 0;                      // lines
     std::set<std::string, std::less<>> m_checksums;  // addresses of sentences that had one
-    bool m_ended = false;
 };
 
 }  // namespace RecStation

@@ -4,19 +4,34 @@
 #include <algorithm>
 #include <string>
 
+#include "input/fields.h"
 #include "sources/nmea/nmeafields.h"
 
 namespace RecStation {
 
 namespace {
 
+NmeaMessage withoutFix()
+{
+    NmeaMessage message;
+    message.valid = false;
+    return message;
+}
+
+NmeaMessage ofFix()
+{
+    NmeaMessage message;
+    message.valid = true;
+    return message;
+}
+
 std::optional<NmeaMessage> readGga(const NmeaSentence& sentence)
 {
     const std::string_view quality = sentence.field(5);
     if (quality.empty() || quality == "0") {
-        return std::nullopt;
+        return withoutFix();
     }
-    NmeaMessage message;
+    NmeaMessage message = ofFix();
     message.timeOfDay = NmeaFields::time(sentence.field(0));
     NmeaFields::position(sentence, 1, message.fix);
     message.fix.altitudeM = NmeaFields::altitude(sentence.field(8));
@@ -30,9 +45,9 @@ std::optional<NmeaMessage> readGga(const NmeaSentence& sentence)
 std::optional<NmeaMessage> readGns(const NmeaSentence& sentence)
 {
     if (sentence.field(5).find_first_not_of('N') == std::string_view::npos) {
-        return std::nullopt;
+        return withoutFix();
     }
-    NmeaMessage message;
+    NmeaMessage message = ofFix();
     message.timeOfDay = NmeaFields::time(sentence.field(0));
     NmeaFields::position(sentence, 1, message.fix);
     message.fix.altitudeM = NmeaFields::altitude(sentence.field(8));
@@ -44,28 +59,41 @@ std::optional<NmeaMessage> readGll(const NmeaSentence& sentence)
 {
     const bool old = sentence.fields.size() == 4;
     if ((sentence.field(5) != "A" && !old) || sentence.field(6) == "N") {
-        return std::nullopt;
+        return withoutFix();
     }
-    NmeaMessage message;
+    NmeaMessage message = ofFix();
     NmeaFields::position(sentence, 0, message.fix);
     message.timeOfDay = NmeaFields::time(sentence.field(4));
     return message;
 }
 
+// Receivers that do not know it write 0 or 999.9, or have the mode in the place of its side.
+std::optional<double> variationOfRmc(std::string_view field, std::string_view side)
+{
+    constexpr double Least = 0.05;
+    constexpr double Most = 180;
+    const auto angle = parseNumber<double>(field);
+    if (!angle || !(*angle >= Least && *angle <= Most) || (side != "E" && side != "W")) {
+        return std::nullopt;
+    }
+    return side == "E" ? *angle : -*angle;
+}
+
 std::optional<NmeaMessage> readRmc(const NmeaSentence& sentence)
 {
     if (sentence.field(1) != "A" || sentence.field(11) == "N") {
-        return std::nullopt;
+        return withoutFix();
     }
-    NmeaMessage message;
+    NmeaMessage message = ofFix();
     message.timeOfDay = NmeaFields::time(sentence.field(0));
     NmeaFields::position(sentence, 2, message.fix);
     message.fix.speedMps = NmeaFields::knots(sentence.field(6));
-    message.day = NmeaFields::date(sentence.field(8));
-    const std::string_view side = sentence.field(10);
-    if (side == "E" || side == "W") {  // some have the mode there
-        message.variationDeg = NmeaFields::easterly(sentence.field(9), side, "variation");
+    try {
+        message.day = NmeaFields::date(sentence.field(8));
+    } catch (const LineError& error) {  // which counts only where the day does
+        message.dayProblem = error.what();
     }
+    message.variationDeg = variationOfRmc(sentence.field(9), sentence.field(10));
     return message;
 }
 
@@ -73,6 +101,7 @@ std::optional<NmeaMessage> readRmc(const NmeaSentence& sentence)
 std::optional<NmeaMessage> readZda(const NmeaSentence& sentence)
 {
     NmeaMessage message;
+    message.clockOnly = true;
     message.timeOfDay = NmeaFields::time(sentence.field(0));
     message.day = NmeaFields::date(sentence.field(1), sentence.field(2), sentence.field(3));
     return message.timeOfDay && message.day ? std::optional(message) : std::nullopt;
@@ -87,6 +116,7 @@ std::optional<NmeaMessage> readVtg(const NmeaSentence& sentence)
         return std::nullopt;
     }
     NmeaMessage message;
+    message.unsure = sentence.field(8).empty();
     message.fix.speedMps = NmeaFields::knots(sentence.field(4));
     if (!message.fix.speedMps) {
         if (const auto kilometresPerHour = NmeaFields::speed(sentence.field(6))) {

@@ -36,7 +36,9 @@ void addNmeaOptions(CLI::App& command, NmeaOptions& options)
         ->check(acceptedIf(
             [](const std::string& text) { return LogDateFormat("yyyy-MM-dd").parse(text).value_or(-1) >= 0; },
             "a day from 1970 on such as 2026-11-21"));
-    command.add_flag("--arrival", options.arrival, "Times are those at which the lines are read, whatever they tell");
+    command.add_flag(
+        "--arrival", options.arrival,
+        "Times are those in front of the lines of a file, or at which they are read, whatever the sentences tell");
     command
         .add_option(
             "--variation", options.variationDeg,

@@ -23,9 +23,24 @@ struct NmeaSentence {
     }
 };
 
-/// Nothing for a line without a sentence: blank, or a comment after #, or one that begins with ! (AIS). A tag block in
-/// front of a sentence is passed over.
-/// @throws LineError when the line is no sentence, or its checksum is wrong
-[[nodiscard]] std::optional<NmeaSentence> parseNmeaSentence(std::string_view line);
+/// What a line of a log holds. Views into the line.
+struct NmeaLine {
+    std::string_view front;      ///< what stands before the first sentence: a time of the logger, or a tag block
+    std::string_view sentences;  ///< from the first one on; empty when there is none
+};
+
+/// @throws LineError when the line has no sentence and is neither blank, nor a comment after #, nor AIS (!AIVDM), nor
+/// JSON, which the tools of gpsd write before sentences, nor binary
+[[nodiscard]] NmeaLine readNmeaLine(std::string_view line);
+
+/// Some bytes are no text: a receiver's data in a form of its own, or noise.
+[[nodiscard]] bool isBinary(std::string_view text);
+
+/// Takes the next sentence out of those of a line: several stand in one where line ends were lost.
+[[nodiscard]] std::string_view takeNmeaSentence(std::string_view& sentences);
+
+/// One sentence, from the $ on.
+/// @throws LineError when it is none, or its checksum is wrong
+[[nodiscard]] NmeaSentence parseNmeaSentence(std::string_view text);
 
 }  // namespace RecStation

@@ -11,6 +11,7 @@ namespace RecStation {
 
 namespace {
 
+constexpr std::chrono::seconds GreetingPatience{4};  // rigctld answers without its receiver; a check waits for 5 s
 constexpr std::chrono::seconds AnswerPatience{5};
 constexpr double NotTold = std::numeric_limits<double>::quiet_NaN();
 
@@ -41,7 +42,7 @@ std::string_view RigClient::line(Deadline deadline)
 {
     const auto line = m_connection.next(deadline);
     if (!line) {
-        throw ConnectionError("connection lost: no answer for " + std::to_string(AnswerPatience.count()) + " s");
+        throw ConnectionError("it does not answer");
     }
     return *line;
 }
@@ -50,7 +51,7 @@ bool RigClient::needsVfo()
 {
     constexpr int MostLines = 4;
     m_connection.send("+\\chk_vfo\n");
-    const Deadline deadline = in(AnswerPatience);
+    const Deadline deadline = in(GreetingPatience);
     for (int i = 0; i < MostLines; ++i) {
         const std::string_view answer = line(deadline);
         if (answer.starts_with("RPRT")) {  // an old version, which knows neither

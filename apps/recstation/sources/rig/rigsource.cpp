@@ -67,7 +67,7 @@ RigSource::RigSource(RigOptions options, const Address& address, const SourceRun
 
 void RigSource::prepare()
 {
-    m_values.emplace(m_deviceName, m_valuePath, !m_options.multicast.empty());
+    m_values.emplace(m_deviceName, m_valuePath, !m_options.multicast.empty(), m_options.s9Dbm.value_or(0));
 }
 
 QStringList RigSource::spectra() const

@@ -41,7 +41,7 @@ void addItem(const values::ValuePtr<values::ValueSelection>& selection, const QS
 
 }  // namespace
 
-RigValues::RigValues(const QString& deviceName, const QString& valuePath, bool withSpectrum)
+RigValues::RigValues(const QString& deviceName, const QString& valuePath, bool withSpectrum, double s9)
     : m_scan(valuePath + QStringLiteral("/Scn/"))
 {
     setText(valuePath + QStringLiteral("/Adm/DRIVERNAME"), forFileNames(deviceName));
@@ -67,17 +67,35 @@ RigValues::RigValues(const QString& deviceName, const QString& valuePath, bool w
             std::make_unique<values::SelectionItem>(scan, RigPanoramaScanKey, RigPanoramaScanKey).release());
         command->Select(scan);
         attachValue(m_spectrum, m_scan + QStringLiteral("RfSpectrum"));
-        for (const char* name : {"StartFreq", "StopFreq", "StepFreq", "StartLevel", "StopLevel"}) {
-            setNumber(m_scan + QLatin1String(name), 0);  // the first spectrum tells
-        }
+        setNumber(m_scan + QStringLiteral("StepFreq"), Unknown);
+    }
+    const values::Tree* tree = values::Tree::Instance();
+    m_tellsRange = !withSpectrum && tree->Find(m_scan + QStringLiteral("StartLevel")) == nullptr;
+    if (withSpectrum || m_tellsRange) {
+        beginRange(s9);
     }
     forget();
+}
+
+// What the header is made of, until the first spectrum or frequency tells. The scale is that of a signal meter.
+void RigValues::beginRange(double s9)
+{
+    constexpr double S0 = -54;
+    constexpr double MostOverS9 = 60;
+    setNumber(m_scan + QStringLiteral("StartFreq"), Unknown);
+    setNumber(m_scan + QStringLiteral("StopFreq"), Unknown);
+    setNumber(m_scan + QStringLiteral("StartLevel"), s9 + S0);
+    setNumber(m_scan + QStringLiteral("StopLevel"), s9 + MostOverS9);
 }
 
 void RigValues::show(const RigAnswers& answers)
 {
     if (answers.frequencyHz) {
         m_frequency->SetValue(*answers.frequencyHz);
+    }
+    if (answers.frequencyHz && m_tellsRange) {
+        setNumber(m_scan + QStringLiteral("StartFreq"), *answers.frequencyHz);
+        setNumber(m_scan + QStringLiteral("StopFreq"), *answers.frequencyHz);
     }
     if (answers.mode) {
         showMode(*answers.mode);

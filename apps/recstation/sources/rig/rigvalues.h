@@ -28,7 +28,8 @@ class RigValues {
 public:
     /// Creates the values, not a number and "UNKNOWN" until the receiver tells them.
     /// @throws std::runtime_error when there is no tree, or a path holds another kind of value
-    RigValues(const QString& deviceName, const QString& valuePath, bool withSpectrum);
+    /// @param s9 the level of S9, in dB or dBm
+    RigValues(const QString& deviceName, const QString& valuePath, bool withSpectrum, double s9);
 
     void show(const RigAnswers& answers);
     /// @param time microseconds since 1970 UTC
@@ -40,6 +41,7 @@ public:
 
 private:
     void showMode(const std::string& mode);
+    void beginRange(double s9);
     void layOut(const RigSpectrum& spectrum);
 
     QString m_scan;
@@ -48,6 +50,7 @@ private:
     values::ValuePtr<values::ValueNumeric<double>> m_bandwidth;
     values::ValuePtr<values::ValueNumeric<double>> m_level;
     values::ValuePtr<values::FastValueMap<float, values::levelHandler>> m_spectrum;
+    bool m_tellsRange = false;  // what it is tuned to, as nobody shows a spectrum
     double m_lowHz = 0;
     double m_highHz = 0;
     std::size_t m_cells = 0;

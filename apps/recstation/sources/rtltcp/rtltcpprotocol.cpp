@@ -25,12 +25,6 @@ std::optional<RtlTcpGreeting> parseRtlTcpGreeting(std::string_view bytes)
     return RtlTcpGreeting{bigEndian(bytes.substr(NumberBytes, NumberBytes)), bigEndian(bytes.substr(2 * NumberBytes))};
 }
 
-std::string rtlTcpTunerName(std::uint32_t tuner)
-{
-    static constexpr std::array Names = {"E4000", "FC0012", "FC0013", "FC2580", "R820T", "R828D"};
-    return tuner >= 1 && tuner <= Names.size() ? Names.at(tuner - 1) : "tuner " + std::to_string(tuner);
-}
-
 std::array<char, 5> rtlTcpBytes(RtlTcpCommand command, std::uint32_t value)
 {
     const auto byte = [value](unsigned shift) { return static_cast<char>(value >> shift & 0xFFU); };

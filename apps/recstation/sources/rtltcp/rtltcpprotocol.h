@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace RecStation {
@@ -20,8 +19,6 @@ struct RtlTcpGreeting {
 
 /// @param bytes twelve: "RTL0", tuner and number of gains, big endian; nothing for anything else
 [[nodiscard]] std::optional<RtlTcpGreeting> parseRtlTcpGreeting(std::string_view bytes);
-/// "R820T"; "tuner 9" for one that is not known.
-[[nodiscard]] std::string rtlTcpTunerName(std::uint32_t tuner);
 
 enum class RtlTcpCommand : std::uint8_t {
     Frequency = 0x01,   ///< Hz

@@ -78,6 +78,7 @@ public:
 
 private:
     void setRate(double rateHz);
+    void setFrequency(double centreHz);
     void setGain(const std::optional<double>& gainDb);
     void startStream();
     void closeStream() noexcept;
@@ -150,12 +151,24 @@ void SoapyReceiver::closeStream() noexcept
     }
 }
 
+// Many drivers take the nearest frequency that they can, however far away.
+void SoapyReceiver::setFrequency(double centreHz)
+{
+    constexpr double Tolerance = 1e-3;  // of the band
+    m_device->setFrequency(SOAPY_SDR_RX, Channel, centreHz);
+    const double got = m_device->getFrequency(SOAPY_SDR_RX, Channel);
+    if (!(std::abs(got - centreHz) <= Tolerance * m_rateHz)) {
+        throw ConnectionError("it tunes to " + TerminalText::shortest(got) + " Hz, and not to " +
+                              TerminalText::shortest(centreHz) + " Hz");
+    }
+}
+
 // What drivers hold in their buffers, and the time in which a receiver settles.
 std::uint64_t SoapyReceiver::tune(double centreHz)
 {
     constexpr double SettleSeconds = 0.05;
     return orConnectionError([&] {
-        m_device->setFrequency(SOAPY_SDR_RX, Channel, centreHz);
+        setFrequency(centreHz);
         startStream();
         const std::size_t buffered = m_device->getStreamMTU(m_stream);
         return static_cast<std::uint64_t>(m_rateHz * SettleSeconds) + buffered;

@@ -6,7 +6,10 @@
 #include <limits>
 #include <optional>
 
+#include <QString>
+
 #include "input/fields.h"
+#include "input/isotime.h"
 #include "input/logtime.h"
 
 namespace RecStation {
@@ -46,7 +49,8 @@ double requireNumber(CommaFields& fields, const char* name)
 
 std::string hertz(double frequency)
 {
-    return QString::number(frequency, 'f', 3).remove(QRegularExpression(QStringLiteral("\\.?0+$"))).toStdString();
+    constexpr int MostDigits = 15;
+    return QString::number(frequency, 'g', MostDigits).toStdString();
 }
 
 struct Bins {
@@ -209,8 +213,8 @@ unsigned long long SweepRowParser::parseTime(std::string_view date, std::string_
         m_timeText = time;
     }
     const long long microseconds = m_day * MicrosecondsPerDay + m_timeOfDay - m_utcOffset;
-    if (microseconds <= 0) {
-        throw LineError("the date " + shown(date) + " is not after the start of 1970");
+    if (!isRecordable(microseconds)) {
+        throw LineError("the date " + shown(date) + " is not from 1970 to 2500");
     }
     return static_cast<unsigned long long>(microseconds);
 }
