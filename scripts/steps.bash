@@ -3,6 +3,7 @@
 passed=0
 failed=0
 skipped=0
+failures=()
 
 # Seconds of the processor that what this shell started, and waited for, has used so far.
 processor_seconds() {
@@ -14,15 +15,15 @@ processor_seconds() {
 # step HEADING COMMAND...: the command's exit code is the step's.
 step_times=()
 step() {
-    local heading=$1 begin=$SECONDS used
+    local heading=$1 begin=$SECONDS used ended=
     shift
     used=$(processor_seconds)
     printf '\n== %s\n' "$heading"
     "$@"
     local code=$?
-    [ "$code" -eq 0 ] || printf '== %s: FAILED\n' "$heading"
-    printf '== %s: %d s\n' "$heading" "$((SECONDS - begin))"
-    step_times+=("$(printf '%6d s %6d s  %s' "$((SECONDS - begin))" "$(($(processor_seconds) - used))" "$heading")")
+    [ "$code" -eq 0 ] || ended=": FAILED"
+    printf '== %s%s: %d s\n' "$heading" "$ended" "$((SECONDS - begin))"
+    step_times+=("$(printf '%6d s %6d s  %s%s' "$((SECONDS - begin))" "$(($(processor_seconds) - used))" "$heading" "$ended")")
     return "$code"
 }
 
@@ -84,6 +85,7 @@ run_tests() {
     step "tests, preset $1" ctest --preset "$1" --output-junit "$folder/tests.xml"
     local code=$?
     [ -s "$folder/tests.xml" ] && count_tests "$folder"
+    [ "$code" -eq 0 ] || failures+=("$(scripts/failed-tests "$folder")")
     # ctest can fail without a failed test, for example when there are none.
     [ "$code" -eq 0 ] || [ "$failed" -gt "$failed_before" ] || failed=$((failed + 1))
 }
@@ -96,8 +98,9 @@ build_and_test() {
     fi
 }
 
-# The last lines of a script, and its exit code.
+# The last lines of a script, and its exit code. What failed stands there again: who sees only an end must see it.
 summary() {
+    [ "${#failures[@]}" -eq 0 ] || printf '\n%s\n' "${failures[@]}"
     printf '\n%8s %8s  step\n' time processor
     printf '%s\n' "${step_times[@]}"
     printf '%6d s %6d s  all steps\n' "$SECONDS" "$(processor_seconds)"
