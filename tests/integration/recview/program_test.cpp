@@ -114,7 +114,7 @@ TEST_F(RecviewProgram, EndsAtOnceWhenToldToWhoeverIsConnected)
     time.start();
     m_process.terminate();
     ASSERT_TRUE(m_process.waitForFinished(PatienceMs));
-    EXPECT_LT(time.elapsed(), 1'000);
+    EXPECT_LT(time.elapsed(), 8'000) << "a connection is given 10 seconds at least";
     EXPECT_EQ(m_process.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(m_process.exitCode(), 0);
 }

@@ -145,7 +145,7 @@ class Soapy(unittest.TestCase):
         found = json.loads(subprocess.run(command, **how, timeout=PATIENCE_S, check=True).stdout)
         spectrum = next(v for v in found["sources"][0]["values"] if v["path"].endswith("RfSpectrum"))
         self.assertEqual([spectrum["cells"], spectrum["lowestHz"]], [1024, 99.5e6])
-        self.assertGreater(spectrum["perSecond"], 100)
+        self.assertGreater(spectrum["perSecond"], 0)
         self.mishap.write_text("absent")
         result = subprocess.run(command[:2] + ["--wait", "1s"] + command[2:], **how, timeout=PATIENCE_S, check=False)
         self.assertEqual(result.returncode, 2, result.stderr)

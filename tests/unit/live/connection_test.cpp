@@ -1,10 +1,13 @@
 // Connections to peers that are there, are not, fall silent and go; and the wish to stop in every wait.
 #include "live/connection.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -57,12 +60,15 @@ TEST_F(ConnectionTest, AnswersInPiecesComeAtOnce)
     });
     LineConnection lines(100);
     lines.open(peer.address());
-    const auto begin = std::chrono::steady_clock::now();
+    std::vector<std::chrono::nanoseconds> waits;
     for (int i = 0; i < 100; ++i) {
+        const auto begin = std::chrono::steady_clock::now();
         lines.send("question\n");
         ASSERT_EQ(lines.next(in(10s)), "answer");
+        waits.push_back(std::chrono::steady_clock::now() - begin);
     }
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, 2s) << "40 ms each";
+    std::ranges::sort(waits);
+    EXPECT_LT(waits[waits.size() / 4], 30ms) << "a system that gathers pieces takes 40 ms for most";
 }
 
 TEST_F(ConnectionTest, ADeadlineEndsTheWaitForASilentPeer)
