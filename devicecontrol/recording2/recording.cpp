@@ -81,7 +81,7 @@ void CRecording::ReadConfiguration()
     m_files.journal = m_configuration.journal;
     m_files.mode = m_configuration.fileMode;
     if (m_configuration.values) {
-        m_values.keywords().Clear();
+        m_values.clear();
         for (const auto& [keyword, path] : *m_configuration.values) {
             m_values.keywords().Set(keyword, path);
         }

@@ -51,6 +51,13 @@ ObservedValues::ObservedValues(IObserver& observer, const QString& root) : m_obs
     }
 }
 
+void ObservedValues::clear()
+{
+    stopAll(true);
+    m_keywords.Clear();
+    m_inactiveKeywords.Clear();
+}
+
 std::int32_t ObservedValues::typeIdOf(const QString& keyword) const
 {
     const auto entry = m_typeIds.find(keyword);

@@ -76,6 +76,8 @@ public:
 
     [[nodiscard]] CValueTableMap& keywords() { return m_keywords; }
     [[nodiscard]] const CValueTableMap& keywords() const { return m_keywords; }
+    /// Forgets the keywords, and ends observing their values.
+    void clear();
     [[nodiscard]] std::int32_t typeIdOf(const QString& keyword) const;
     [[nodiscard]] QString keywordOf(std::int32_t typeId) const;
     /// The absolute path of a keyword's value. @param fallback for a keyword that is not there

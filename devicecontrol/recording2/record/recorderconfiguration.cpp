@@ -37,6 +37,7 @@ void RecorderConfiguration::useNone()
 
 void RecorderConfiguration::read(const ICfg& cfg)
 {
+    *this = RecorderConfiguration();  // what was read before
     valuePath = cfg.ReadString(QStringLiteral("ValuePath"), QString());
     statusValuePath = cfg.ReadString(QStringLiteral("StatusValuePath"), QStringLiteral("/DEVICES/RECSTATUS"));
     readRecordingPath(cfg);
@@ -46,7 +47,6 @@ void RecorderConfiguration::read(const ICfg& cfg)
     diskExpandingSize = leadingNumber(cfg.ReadString(QStringLiteral("DiskExpandingSize"), QStringLiteral("100000000")));
     readJournalMode(cfg);
     readFileMode(cfg);
-    values.reset();  // no section leaves the recorder's as they are
     const std::unique_ptr<ICfg> section(cfg.OpenSection(QStringLiteral("Values"), CfgCenter::View::Instance));
     if (section != nullptr) {
         readValues(*section);

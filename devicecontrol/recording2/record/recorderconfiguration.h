@@ -26,7 +26,7 @@ struct RecorderConfiguration {
     std::int64_t diskExpandingSize = 0;  ///< the same
     JournalMode journal = JournalMode::Process;
     System::FileMode fileMode = System::DefaultFileMode;
-    /// Keywords and paths to be recorded, where the configuration names them.
+    /// Keywords and paths to be recorded, where the configuration names them; else the recorder's stay as they are.
     std::optional<std::vector<std::pair<QString, QString>>> values;
 
     /// What is wrong is traced and has its default.

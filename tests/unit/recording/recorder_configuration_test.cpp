@@ -200,6 +200,47 @@ TEST_F(RecorderConfiguration, AConfigurationThatIsReadAgainWithoutValuesLeavesTh
     EXPECT_EQ(Peer::keywords(recorder()).Find("LEVEL")->observed, station.tree.Find("/LEVEL"));
 }
 
+TEST_F(RecorderConfiguration, OneThatIsReadAgainWithValuesEndsObservingThoseBefore)
+{
+    auto& level = station.add<Number>("/LEVEL");
+    station.configure(QString(), "LEVEL = \"/LEVEL\"");
+    startRecorder();
+    station.configure(QString(), "AZIMUTH = \"/AZIMUTH\"");
+    recorder().Init();
+    EXPECT_FALSE(level.IsObservedBy(&recorder()));
+    EXPECT_FALSE(level.IsCommandRecording());
+    level.SetValue(-40);
+    recorder().StopRecording(false);
+    EXPECT_THAT(changesIn(readBack(station.fileName())), IsEmpty());
+}
+
+TEST_F(RecorderConfiguration, OneThatIsReadAgainWithValuesForgetsTheSpectrumThatTheModeTookAway)
+{
+    station.addAllKeywords();
+    const QString spectra = "RFSPECTRUM = \"/%1\"\nIFSPECTRUM = \"/IfMapping\"\nDRVCOMMANDS = \"Gen/DRVCOMMANDS\"";
+    station.configure(QString(), spectra.arg("Before"));
+    auto& mode = station.value<Selection>("/Devices/Rx1/Gen/DRVCOMMANDS");
+    mode.SelectKey(23);
+    startRecorder();
+    station.switchOff();
+    ASSERT_TRUE(hasInactiveKeyword("RFSPECTRUM"));
+    mode.SelectKey(5);
+    station.configure(QString(), spectra.arg("After"));
+    recorder().Init();
+    start();
+    EXPECT_EQ(Peer::resolve(recorder(), "RFSPECTRUM", QString()), "/After");
+}
+
+TEST_F(RecorderConfiguration, WhatOneThatIsReadAgainDoesNotSayHasItsDefault)
+{
+    station.configure("Journal = \"off\"");
+    makeRecorder();
+    station.configure(QString());
+    recorder().Init();
+    start();
+    EXPECT_EQ(station.files().filter(".journal").size(), 1);
+}
+
 TEST_F(RecorderConfiguration, TheValuesSectionNeverChangesTypeIds)
 {
     station.configure(QString(), "NEWKEYWORD = \"/NEW\"\nLEVEL = \"/Other/Level\"");
