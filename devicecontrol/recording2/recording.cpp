@@ -53,9 +53,9 @@ bool CRecording::IsRecorder()
 bool CRecording::Init()
 {
     ReadConfiguration();
-    if (m_values.keywords().IsEmpty()) {
+    if (m_values.keywords().empty()) {
         for (const RecordType& type : RecordTypeTable) {
-            m_values.keywords().Set(QString::fromLatin1(type.keyword), QString::fromLatin1(type.defaultPath));
+            m_values.keywords()[QString::fromLatin1(type.keyword)].valuePath = QString::fromLatin1(type.defaultPath);
         }
     }
     m_configuration.useDefaultPaths();
@@ -83,7 +83,7 @@ void CRecording::ReadConfiguration()
     if (m_configuration.values) {
         m_values.clear();
         for (const auto& [keyword, path] : *m_configuration.values) {
-            m_values.keywords().Set(keyword, path);
+            m_values.keywords()[keyword].valuePath = path;
         }
     }
 }

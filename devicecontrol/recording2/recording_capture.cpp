@@ -201,7 +201,7 @@ void CRecording::WriteEarlyChanges()
 // The sets of mode keys here, of the header's tracker and in ApplyModeKeywords differ, and are meant to.
 bool CRecording::ShouldRecordType(std::int32_t typeId) const
 {
-    if (!isOneOf(typeId, {RfSpectrum, IfSpectrum, DfSpectrum}) || m_values.keywords().IsEmpty()) {
+    if (!isOneOf(typeId, {RfSpectrum, IfSpectrum, DfSpectrum}) || m_values.keywords().empty()) {
         return true;
     }
     bool spectrum = false;

@@ -165,7 +165,7 @@ Format::HeaderRecord CRecording::FinalHeader() const
 QString CRecording::DeviceCaptionPrefix() const
 {
     const QString keyword = QStringLiteral("DEVICE_CAPTION");
-    const values::ValueBase* value = m_values.keywords().Find(keyword) == nullptr ? nullptr : m_values.valueOf(keyword);
+    const values::ValueBase* value = m_values.keywords().contains(keyword) ? m_values.valueOf(keyword) : nullptr;
     return value == nullptr ? QString() : value->GetText() + QStringLiteral("__");
 }
 
@@ -180,7 +180,7 @@ void CRecording::AttachRecordedValues()
     if (values::Tree::Instance() == nullptr) {
         return;
     }
-    for (const auto& [keyword, entry] : m_values.keywords()) {
+    for (auto& [keyword, entry] : m_values.keywords()) {
         values::ValueBase* value = isHeaderText(keyword) ? nullptr : m_values.valueOf(keyword);
         if (value == nullptr) {
             continue;
@@ -191,7 +191,7 @@ void CRecording::AttachRecordedValues()
         }
         // Setting STARTFREQ and STOPFREQ there may have removed it.
         if (m_values.valueOf(keyword) == value && ShouldRecordType(typeId)) {
-            m_values.observe(*entry, *value);
+            m_values.observe(entry, *value);
         }
     }
 }
@@ -233,7 +233,7 @@ void CRecording::WriteInitialStates()
     try {
         const WithoutCompression scope;
         for (const auto& [keyword, entry] : m_values.keywords()) {
-            const values::ValueBase* value = entry->observed;
+            const values::ValueBase* value = entry.observed;
             const std::int32_t typeId = m_values.typeIdOf(keyword);
             if (value == nullptr || m_file == nullptr || !ShouldRecordType(typeId)) {
                 continue;

@@ -24,26 +24,6 @@ bool isHeaderText(const QString& keyword)
     return keyword == QLatin1String("DEVICENAME") || keyword == QLatin1String("DEVICETYPE");
 }
 
-void CValueTableMap::Set(const QString& keyword, const QString& valuePath)
-{
-    m_entries[keyword] = std::make_unique<CValueTable>(valuePath);
-}
-
-CValueTable* CValueTableMap::Find(const QString& keyword) const
-{
-    const auto entry = m_entries.find(keyword);
-    return entry == m_entries.end() ? nullptr : entry->second.get();
-}
-
-void CValueTableMap::MoveTo(CValueTableMap& other, const QString& keyword)
-{
-    const auto entry = m_entries.find(keyword);
-    if (entry != m_entries.end()) {
-        other.m_entries[keyword] = std::move(entry->second);
-        m_entries.erase(entry);
-    }
-}
-
 ObservedValues::ObservedValues(IObserver& observer, const QString& root) : m_observer(observer), m_root(root)
 {
     for (const RecordType& type : RecordTypeTable) {
@@ -54,8 +34,8 @@ ObservedValues::ObservedValues(IObserver& observer, const QString& root) : m_obs
 void ObservedValues::clear()
 {
     stopAll(true);
-    m_keywords.Clear();
-    m_inactiveKeywords.Clear();
+    m_keywords.clear();
+    m_inactiveKeywords.clear();
 }
 
 std::int32_t ObservedValues::typeIdOf(const QString& keyword) const
@@ -73,8 +53,8 @@ QString ObservedValues::keywordOf(std::int32_t typeId) const
 
 QString ObservedValues::pathOf(const QString& keyword, const QString& fallback) const
 {
-    const CValueTable* entry = m_keywords.Find(keyword);
-    const QString path = entry != nullptr ? entry->GetValuePath() : fallback;
+    const auto entry = m_keywords.find(keyword);
+    const QString path = entry != m_keywords.end() ? entry->second.valuePath : fallback;
     return path.startsWith(QLatin1Char('/')) ? path : m_root + QLatin1Char('/') + path;
 }
 
@@ -98,8 +78,8 @@ const std::string& ObservedValues::textOf(const Observed& change)
     if (!change.joined) {
         return change.value->GetStringForRecording(true);
     }
-    for (const auto& [keyword, entry] : m_keywords) {
-        entry->joined = entry->joined && entry->observed != change.value;
+    for (auto& [keyword, entry] : m_keywords) {
+        entry.joined = entry.joined && entry.observed != change.value;
     }
     refresh();
     static_cast<void>(change.value->GetStringForRecording(true));  // which counts as given
@@ -136,16 +116,16 @@ void ObservedValues::stopObserving(CValueTable& entry)
 bool ObservedValues::forget(const void* subject, TChangeCode code)
 {
     bool watched = false;
-    for (const auto& [keyword, entry] : m_keywords) {
-        values::ValueBase* value = entry->observed;
+    for (auto& [keyword, entry] : m_keywords) {
+        values::ValueBase* value = entry.observed;
         if (value == nullptr || value != subject) {
             continue;
         }
         watched = true;
         if (value->QueryChange(code) == 1) {
             value->RemoveObserver(&m_observer);
-            entry->observed = nullptr;
-            entry->switchedOn = false;
+            entry.observed = nullptr;
+            entry.switchedOn = false;
         }
     }
     if (watched) {
@@ -159,7 +139,7 @@ void ObservedValues::stopAll(bool goOn)
     bool failed = false;
     for (auto entry = m_keywords.begin(); entry != m_keywords.end() && (goOn || !failed); ++entry) {
         try {
-            stopObserving(*entry->second);
+            stopObserving(entry->second);
         } catch (const std::exception& exception) {
             failed = true;
             RecordingErrors::trace(QString::fromUtf8(exception.what()), __LINE__);
@@ -172,33 +152,34 @@ void ObservedValues::refresh()
 {
     m_observed.clear();
     for (const auto& [keyword, entry] : m_keywords) {
-        if (entry->observed != nullptr) {
-            m_observed.push_back({entry->observed, typeIdOf(keyword), timedMap(entry->observed), entry->joined});
+        if (entry.observed != nullptr) {
+            m_observed.push_back({entry.observed, typeIdOf(keyword), timedMap(entry.observed), entry.joined});
         }
     }
 }
 
 void ObservedValues::drop(const QString& keyword)
 {
-    CValueTable* entry = m_keywords.Find(keyword);
-    if (entry == nullptr) {
+    const auto entry = m_keywords.find(keyword);
+    if (entry == m_keywords.end()) {
         return;
     }
-    stopObserving(*entry);
-    m_keywords.MoveTo(m_inactiveKeywords, keyword);
+    stopObserving(entry->second);
+    m_inactiveKeywords.insert_or_assign(keyword, entry->second);
+    m_keywords.erase(entry);
     refresh();
 }
 
 void ObservedValues::take(const QString& keyword, bool starting)
 {
-    CValueTable* entry = m_inactiveKeywords.Find(keyword);
-    if (entry == nullptr) {
+    const auto inactive = m_inactiveKeywords.extract(keyword);
+    if (!inactive) {
         return;
     }
-    m_inactiveKeywords.MoveTo(m_keywords, keyword);
+    CValueTable& entry = m_keywords.insert_or_assign(keyword, inactive.mapped()).first->second;
     if (values::ValueBase* value = valueOf(keyword)) {
-        entry->joined = !starting && value->IsCommandRecording();
-        observe(*entry, *value);
+        entry.joined = !starting && value->IsCommandRecording();
+        observe(entry, *value);
     }
 }
 

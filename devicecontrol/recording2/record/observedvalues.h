@@ -3,9 +3,7 @@
 
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <QString>
@@ -19,41 +17,14 @@
 namespace Recording2 {
 
 /// One keyword of a recorder: where its value is, and the value while it is observed.
-class CValueTable {
-public:
-    explicit CValueTable(QString valuePath) : m_valuePath(std::move(valuePath)) {}
-    [[nodiscard]] QString GetValuePath() const { return m_valuePath; }
-
+struct CValueTable {
+    QString valuePath;
     values::ValueBase* observed = nullptr;  ///< not owned; null while nothing is observed
     bool switchedOn = false;                ///< its command recording, by this entry: only then it is switched off
     bool joined = false;                    ///< somebody else had it on: the next change is to be recorded whole
-
-private:
-    QString m_valuePath;
 };
-
-/// Keyword to its entry, in the order of the keywords. Owns the entries.
-class CValueTableMap {
-public:
-    using Map = std::map<QString, std::unique_ptr<CValueTable>>;
-
-    CValueTableMap() = default;
-    CValueTableMap(const CValueTableMap&) = delete;
-    CValueTableMap& operator=(const CValueTableMap&) = delete;
-    virtual ~CValueTableMap() = default;
-
-    void Clear() { m_entries.clear(); }
-    [[nodiscard]] bool IsEmpty() const { return m_entries.empty(); }
-    void Set(const QString& keyword, const QString& valuePath);
-    [[nodiscard]] CValueTable* Find(const QString& keyword) const;  ///< null when there is none
-    /// Moves an entry to another map; one of the same keyword there is replaced.
-    void MoveTo(CValueTableMap& other, const QString& keyword);
-    [[nodiscard]] Map::const_iterator begin() const { return m_entries.begin(); }
-    [[nodiscard]] Map::const_iterator end() const { return m_entries.end(); }
-
-private:
-    Map m_entries;
-};
+/// Keyword to its entry, in the order of the keywords.
+using CValueTableMap = std::map<QString, CValueTable>;
 
 /// A map whose own time stamp is the time of its records: bearings of a direction finder, levels of a spectrum. Null
 /// for every other value.

@@ -169,7 +169,7 @@ TEST_F(RecorderCapture, AValueRemovedWhileRecordingIsForgotten)
     startRecorder();
     level().SetValue(1);
     station.tree.Remove("/LEVEL");
-    EXPECT_EQ(Peer::keywords(recorder()).Find("LEVEL")->observed, nullptr);
+    EXPECT_EQ(Peer::keywords(recorder()).at("LEVEL").observed, nullptr);
     EXPECT_TRUE(hasKeyword("LEVEL"));
     station.add<Number>("/LEVEL").SetValue(2);
     const ParsedRecording recording = stopAndRead();
@@ -183,11 +183,11 @@ TEST_F(RecorderCapture, ARemovalForgetsTheValueInEveryEntry)
 {
     startRecorder();
     for (const char* keyword : {"DEVICE_CAPTION", "DFSPECTRUMSAMPLE"}) {
-        EXPECT_NE(Peer::keywords(recorder()).Find(QString::fromLatin1(keyword))->observed, nullptr);
+        EXPECT_NE(Peer::keywords(recorder()).at(QString::fromLatin1(keyword)).observed, nullptr);
     }
     station.tree.Remove("/DEVICE_CAPTION");
     for (const char* keyword : {"DEVICE_CAPTION", "DFSPECTRUMSAMPLE"}) {
-        EXPECT_EQ(Peer::keywords(recorder()).Find(QString::fromLatin1(keyword))->observed, nullptr) << keyword;
+        EXPECT_EQ(Peer::keywords(recorder()).at(QString::fromLatin1(keyword)).observed, nullptr) << keyword;
     }
     EXPECT_THAT(changesIn(stopAndRead()), IsEmpty());
 }
@@ -221,7 +221,7 @@ TEST_F(RecorderCapture, ASpectrumRemovedWhileItIsDroppedIsNotTaken)
     station.tree.Remove("/Devices/Rx1/Scn/RfSpectrum");
     mode().SelectKey(5);
     EXPECT_TRUE(hasKeyword("RFSPECTRUM"));
-    EXPECT_EQ(Peer::keywords(recorder()).Find("RFSPECTRUM")->observed, nullptr);
+    EXPECT_EQ(Peer::keywords(recorder()).at("RFSPECTRUM").observed, nullptr);
 }
 
 // --- others

@@ -197,7 +197,7 @@ TEST_F(RecorderConfiguration, AConfigurationThatIsReadAgainWithoutValuesLeavesTh
     station.configure(QString());
     recorder().Init();
     EXPECT_EQ(keywords(), QStringList("LEVEL"));
-    EXPECT_EQ(Peer::keywords(recorder()).Find("LEVEL")->observed, station.tree.Find("/LEVEL"));
+    EXPECT_EQ(Peer::keywords(recorder()).at("LEVEL").observed, station.tree.Find("/LEVEL"));
 }
 
 TEST_F(RecorderConfiguration, OneThatIsReadAgainWithValuesEndsObservingThoseBefore)

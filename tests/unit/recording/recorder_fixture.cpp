@@ -100,12 +100,12 @@ QStringList RecorderTest::keywords() const
 
 bool RecorderTest::hasKeyword(const char* keyword) const
 {
-    return Peer::keywords(recorder()).Find(QString::fromLatin1(keyword)) != nullptr;
+    return Peer::keywords(recorder()).contains(QString::fromLatin1(keyword));
 }
 
 bool RecorderTest::hasInactiveKeyword(const char* keyword) const
 {
-    return Peer::inactiveKeywords(recorder()).Find(QString::fromLatin1(keyword)) != nullptr;
+    return Peer::inactiveKeywords(recorder()).contains(QString::fromLatin1(keyword));
 }
 
 void FullStationTest::prepareSpectra() const

@@ -160,7 +160,7 @@ TEST(RecorderWithoutTree, PublishesNothingAndStillMakesTheTypeTable)
     CountingRecorder recorder("Rx");
     recorder.Init();
     EXPECT_EQ(recorder.tablesWithoutFile, 1);
-    EXPECT_EQ(Peer::keywords(recorder).Find("LEVEL")->GetValuePath(), "/LEVEL");
+    EXPECT_EQ(Peer::keywords(recorder).at("LEVEL").valuePath, "/LEVEL");
 }
 
 TEST(RecorderWithoutTree, RecordsAHeaderWithTheDefaultTexts)

@@ -88,7 +88,7 @@ TEST_F(RecorderTypes, EveryRowIsInTheKeywordMapAndTheTypeIdMap)
     for (const Row& row : Rows) {
         const QString keyword = QString::fromLatin1(row.keyword);
         ASSERT_TRUE(hasKeyword(row.keyword)) << row.keyword;
-        EXPECT_EQ(Peer::keywords(recorder()).Find(keyword)->GetValuePath(), QString::fromLatin1(row.path));
+        EXPECT_EQ(Peer::keywords(recorder()).at(keyword).valuePath, QString::fromLatin1(row.path));
         EXPECT_EQ(Peer::typeIds(recorder()).at(keyword), row.id);
     }
 }
