@@ -176,9 +176,7 @@ void CFileAccess::AppendRecord(const CVTCmdData& record, std::uint64_t time, boo
 {
     if (GrowingRecording* growing = d->shared->growing.get()) {
         growing->append(d->own, record.cmd(), {record.strData(), record.strDataLen()}, time, isChannelRangeDef);
-        if (growing->leftOut()) {
-            d->tellLeftOut();
-        }
+        d->tellLeftOut();
     }
 }
 
@@ -193,9 +191,7 @@ unsigned long long CFileAccess::write(CHeaderData& header)
 // Once: most that follows is left out too.
 void CFileAccess::Private::tellLeftOut() const
 {
-    const bool leftOut = (shared->growing != nullptr && shared->growing->leftOut()) ||
-                         (shared->finished != nullptr && shared->finished->leftOut());
-    if (leftOut && !shared->toldLeftOut) {
+    if (own.leftOut && !shared->toldLeftOut) {
         shared->toldLeftOut = true;
         FileAccessTrace::tell(QStringLiteral("recording file is full, what does not fit is left out"), path, __LINE__);
     }

@@ -94,7 +94,7 @@ void CFileAccess::addBookmark(unsigned long long time, std::string text)
 {
     if (time != 0 && d->shared->tables != nullptr) {
         d->own.bookmarksChanged = true;
-        d->shared->tables->bookmarks.add(time, std::move(text));
+        d->shared->tables->bookmarks.emplace(time, std::move(text));
     }
 }
 
@@ -102,20 +102,27 @@ void CFileAccess::removeBookmark(unsigned long long time)
 {
     if (time != 0 && d->shared->tables != nullptr) {
         d->own.bookmarksChanged = true;
-        d->shared->tables->bookmarks.remove(time);
+        d->shared->tables->bookmarks.erase(time);
     }
 }
 
 void CFileAccess::BookmarkTableToBegin()
 {
     if (d->shared->tables != nullptr) {
-        d->shared->tables->bookmarks.toBegin(d->own.bookmark);
+        d->own.bookmark.toBegin(d->shared->tables->bookmarks);
     }
 }
 
 bool CFileAccess::getNextBookmark(unsigned long long& time, std::string& text)
 {
-    return d->shared->tables != nullptr && d->shared->tables->bookmarks.next(d->own.bookmark, time, text);
+    const auto* bookmark = d->shared->tables == nullptr ? nullptr : d->own.bookmark.in(d->shared->tables->bookmarks);
+    if (bookmark == nullptr) {
+        return false;
+    }
+    time = bookmark->first;
+    text = bookmark->second;
+    d->own.bookmark.advance(d->shared->tables->bookmarks);
+    return !d->own.bookmark.atEnd();
 }
 
 bool CFileAccess::bookmarksAvailable() const
@@ -141,7 +148,7 @@ void CFileAccess::writeBookmarks()
 void CFileAccess::addChannelRangeDef(unsigned long long time)
 {
     if (time != 0 && d->shared->tables != nullptr) {
-        d->shared->tables->channelRanges.add(time);
+        d->shared->tables->channelRanges.insert(time);
     }
 }
 

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
+#include <string>
 #include <string_view>
 
 #include "../format/layout.h"
@@ -21,12 +23,6 @@ inline void appendTimeEntry(OutputFile& output, std::uint64_t milliseconds, std:
     output.commit(Format::putTimeEntry(output.reserve(), milliseconds, position));
 }
 
-/// Of the channel range table.
-inline void appendTime(OutputFile& output, std::uint64_t milliseconds)
-{
-    output.commit(Format::putTime(output.reserve(), milliseconds));
-}
-
 /// Notes where a table is written for the first time. @return false, and leftOut set, when no header could name that
 inline bool beginTable(const OutputFile& output, std::int32_t& position, bool& leftOut)
 {
@@ -38,11 +34,22 @@ inline bool beginTable(const OutputFile& output, std::int32_t& position, bool& l
     return true;
 }
 
-inline void appendBookmark(OutputFile& output, std::uint64_t milliseconds, std::string_view text)
+/// The channel range table, ascending.
+template <typename Times>
+void appendTimes(OutputFile& output, const Times& times)
 {
-    appendTime(output, milliseconds);
-    output.commit(Format::putNumber(output.reserve(), std::uint64_t{text.size()}));
-    output.append(text);
+    for (const std::uint64_t milliseconds : times) {
+        output.commit(Format::putTime(output.reserve(), milliseconds));
+    }
+}
+
+inline void appendBookmarks(OutputFile& output, const std::map<std::uint64_t, std::string>& bookmarks)
+{
+    for (const auto& [milliseconds, text] : bookmarks) {
+        output.commit(Format::putTime(output.reserve(), milliseconds));
+        output.commit(Format::putNumber(output.reserve(), std::uint64_t{text.size()}));
+        output.append(text);
+    }
 }
 
 }  // namespace Recording2::Blocks

@@ -1,12 +1,10 @@
-// The table of channel ranges, and the search for the record of a definition among those of its moment.
+// The search for the record of a definition among those of its moment.
 #include "channelranges.h"
 
 #include <limits>
 #include <string_view>
 
-#include "../format/cursor.h"
 #include "../recordmodel.h"
-#include "blocks.h"
 
 namespace Recording2 {
 
@@ -20,39 +18,18 @@ bool carriesChannelRange(const CVTCmdData& record)
 
 }  // namespace
 
-void ChannelRanges::read(Format::Cursor& cursor, std::int64_t bound)
-{
-    std::uint64_t time = 0;
-    while (!cursor.atEnd() && cursor.position() < bound) {
-        cursor.readTime(time);
-        if (static_cast<std::int64_t>(time) <= 0) {
-            break;
-        }
-        m_times.insert(time);
-    }
-}
-
-void ChannelRanges::write(OutputFile& output) const
-{
-    for (const std::uint64_t time : m_times) {
-        Blocks::appendTime(output, time);
-    }
-}
-
 void RangeWalk::startAnew()
 {
     m_moment = {};
     m_damagedBytes = 0;
 }
 
-bool RangeWalk::next(const ChannelRanges& ranges, RecordReader& reader, CVTCmdData& record, unsigned long long& time)
+bool RangeWalk::next(const std::set<std::uint64_t>& ranges, RecordReader& reader, CVTCmdData& record,
+                     unsigned long long& time)
 {
     constexpr unsigned long long InitialStateTime = 10;
-    if (m_place.atEnd() || readTooMuch(reader)) {
-        return false;
-    }
-    const auto definition = m_place.in(ranges.times());
-    if (definition == ranges.times().end()) {
+    const std::uint64_t* const definition = m_place.in(ranges);
+    if (definition == nullptr || readTooMuch(reader)) {
         return false;
     }
     time = *definition;
@@ -63,7 +40,7 @@ bool RangeWalk::next(const ChannelRanges& ranges, RecordReader& reader, CVTCmdDa
     if (carriesChannelRange(record)) {
         time = t;
     }
-    m_place.advance(ranges.times());
+    m_place.advance(ranges);
     return !m_place.atEnd();
 }
 

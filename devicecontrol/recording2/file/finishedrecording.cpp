@@ -33,6 +33,35 @@ void readTable(OpenInput* input, std::int32_t table, std::int32_t firstRecord, c
     }
 }
 
+// Up to a bound, the first time that is 0 or negative, or the end of the file.
+void readChannelRanges(Format::Cursor& cursor, std::int64_t bound, std::set<std::uint64_t>& times)
+{
+    std::uint64_t time = 0;
+    while (!cursor.atEnd() && cursor.position() < bound) {
+        cursor.readTime(time);
+        if (static_cast<std::int64_t>(time) <= 0) {
+            break;
+        }
+        times.insert(time);
+    }
+}
+
+// Up to the end of the file.
+void readBookmarks(Format::Cursor& cursor, std::map<std::uint64_t, std::string>& bookmarks)
+{
+    std::uint64_t time = 0;
+    std::string text;
+    while (!cursor.atEnd()) {
+        std::int64_t length = 0;  // what a longer table left may end within an entry: that has no text either
+        cursor.readTime(time);
+        cursor.readNumber(length);
+        if (length > 0) {
+            cursor.readBytes(text, length);
+            bookmarks.emplace(time, text);
+        }
+    }
+}
+
 }  // namespace
 
 FinishedRecording::FinishedRecording(std::filesystem::path path, RecordingTables& tables)
@@ -107,10 +136,10 @@ void FinishedRecording::loadTables(CopyState& own)
               [&](OpenInput& input) { readTimeTable(input, positions, *m_tables.index); });
     readTable(goodInput(), positions.channelRangeTable, positions.firstRecord, [&](OpenInput& input) {
         const std::int32_t bookmarks = positions.bookmarkTable;
-        m_tables.channelRanges.read(input.cursor, bookmarks == 0 ? Format::LastPosition : bookmarks);
+        readChannelRanges(input.cursor, bookmarks == 0 ? Format::LastPosition : bookmarks, m_tables.channelRanges);
     });
     readTable(goodInput(), positions.bookmarkTable, positions.firstRecord,
-              [&](OpenInput& input) { m_tables.bookmarks.read(input.cursor); });
+              [&](OpenInput& input) { readBookmarks(input.cursor, m_tables.bookmarks); });
     m_tablesCut = m_input->file.readFailed();
 }
 
@@ -241,8 +270,8 @@ void FinishedRecording::writeBookmarks(CopyState& own, OutputFile& output)
     if (position != 0) {
         seekToTable(output, position, end);
     }
-    if (output.good() && !m_tables.bookmarks.empty() && Blocks::beginTable(output, position, m_leftOut)) {
-        m_tables.bookmarks.write(output);
+    if (output.good() && !m_tables.bookmarks.empty() && Blocks::beginTable(output, position, own.leftOut)) {
+        Blocks::appendBookmarks(output, m_tables.bookmarks);
     }
     // What the old table had more than the new one reads as entries without a text.
     while (output.good() && output.position() < end) {
@@ -265,8 +294,8 @@ void FinishedRecording::writeChannelRanges(CopyState& own, OutputFile& output)
     if (position != 0) {
         seekToTable(output, position, output.position());
     }
-    if (Blocks::beginTable(output, position, m_leftOut)) {
-        m_tables.channelRanges.write(output);
+    if (Blocks::beginTable(output, position, own.leftOut)) {
+        Blocks::appendTimes(output, m_tables.channelRanges);
     }
 }
 

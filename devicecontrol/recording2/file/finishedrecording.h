@@ -31,8 +31,6 @@ public:
     /// Null as well when it stands at the end of the file.
     [[nodiscard]] OpenInput* goodInput() const { return m_input != nullptr && m_input->good() ? input() : nullptr; }
     void close() { m_input.reset(); }
-    /// A table was left out, because no position of the format could name it.
-    [[nodiscard]] bool leftOut() const { return m_leftOut; }
 
     /// Reads header and, if wanted, tables as they belong together. @return whether there is a header
     bool begin(CopyState& own, bool readTables);
@@ -76,7 +74,6 @@ private:
     std::unique_ptr<OutputFile> m_output;  // while a change is made
     bool m_together = false;               // changes are collected
     bool m_tablesCut = false;              // reading them failed: they are not to be stored
-    bool m_leftOut = false;
 };
 
 }  // namespace Recording2

@@ -55,7 +55,7 @@ void GrowingRecording::appendTypes(CopyState& own, const std::string& block)
         return;
     }
     if (!fits(static_cast<std::int64_t>(block.size()))) {
-        m_leftOut = true;
+        own.leftOut = true;
         return;
     }
     const auto position = static_cast<std::int32_t>(m_file.position());
@@ -86,7 +86,7 @@ void GrowingRecording::append(CopyState& own, std::int32_t code, std::string_vie
         free = !index.contains(++t);
     }
     if (!free || !fits(static_cast<std::int64_t>(Format::MaxRecordHeadBytes + data.size()))) {
-        m_leftOut = true;
+        own.leftOut = true;
         return;
     }
     if (m_journal != nullptr) {
@@ -102,7 +102,7 @@ void GrowingRecording::append(CopyState& own, std::int32_t code, std::string_vie
     }
     index.add(t, position);
     if (channelRange) {
-        m_tables.channelRanges.add(t);
+        m_tables.channelRanges.insert(t);
     }
     own.lastTime = t;
     if (m_journal != nullptr) {
@@ -141,15 +141,15 @@ void GrowingRecording::resume()
 void GrowingRecording::writeTables(CopyState& own)
 {
     const Index::TimeIndex& index = *m_tables.index;
-    if (m_file.good() && !index.empty() && Blocks::beginTable(m_file, own.positions.timeTable, m_leftOut)) {
+    if (m_file.good() && !index.empty() && Blocks::beginTable(m_file, own.positions.timeTable, own.leftOut)) {
         for (std::size_t rank = 0; rank < index.size(); ++rank) {
             const Index::TimeEntry entry = index.byTime(rank);
             Blocks::appendTimeEntry(m_file, entry.time, entry.position);
         }
     }
     if (m_file.good() && !m_tables.channelRanges.empty() &&
-        Blocks::beginTable(m_file, own.positions.channelRangeTable, m_leftOut)) {
-        m_tables.channelRanges.write(m_file);
+        Blocks::beginTable(m_file, own.positions.channelRangeTable, own.leftOut)) {
+        Blocks::appendTimes(m_file, m_tables.channelRanges);
     }
     if (m_resumed) {
         m_file.endHere();

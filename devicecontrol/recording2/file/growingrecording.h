@@ -28,8 +28,6 @@ public:
 
     [[nodiscard]] OutputFile& file() { return m_file; }
     [[nodiscard]] const OutputFile& file() const { return m_file; }
-    /// What no position of the format could name was left out, so that what was recorded before stays a sound file.
-    [[nodiscard]] bool leftOut() const { return m_leftOut; }
 
     // In this order; what appends or writes does nothing once that has failed.
 
@@ -64,7 +62,6 @@ private:
     OutputFile m_file;
     std::int64_t m_acceptedEnd = 0;  // of what was appended whole
     bool m_resumed = false;
-    bool m_leftOut = false;
     bool m_fsyncs = false;
     std::chrono::steady_clock::time_point m_lastFsync;
 };

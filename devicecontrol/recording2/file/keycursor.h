@@ -18,16 +18,18 @@ public:
     {
         set(container, container.begin());
     }
-    /// The entry that comes next; the container's end when it was taken away meanwhile and none follows.
+    /// The entry that comes next; null at the end, and when it was taken away meanwhile and none follows.
     template <typename Container>
-    [[nodiscard]] auto in(const Container& container) const
+    [[nodiscard]] const typename Container::value_type* in(const Container& container) const
     {
-        return container.lower_bound(*m_next);
+        const auto entry = m_next ? container.lower_bound(*m_next) : container.end();
+        return entry == container.end() ? nullptr : &*entry;
     }
+    /// Where there is one.
     template <typename Container>
     void advance(const Container& container)
     {
-        set(container, std::next(in(container)));
+        set(container, std::next(container.lower_bound(*m_next)));
     }
 
 private:

@@ -2,21 +2,23 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <set>
+#include <string>
 
 #include "../format/layout.h"
 #include "../index/timeindex.h"
-#include "bookmarks.h"
 #include "channelranges.h"
 #include "keycursor.h"
 
 namespace Recording2 {
 
-/// The tables after the records.
+/// The tables after the records, by time.
 struct RecordingTables {
     std::unique_ptr<Index::TimeIndex> index = std::make_unique<Index::TimeIndex>();  // null once it is closed
-    ChannelRanges channelRanges;
-    Bookmarks bookmarks;
+    std::set<std::uint64_t> channelRanges;           // times of their definitions
+    std::map<std::uint64_t, std::string> bookmarks;  // at most one a time
 };
 
 struct CopyState {
@@ -26,6 +28,7 @@ struct CopyState {
     RangeWalk rangeWalk;
     KeyCursor bookmark;  // that is given next
     bool bookmarksChanged = false;
+    bool leftOut = false;  // what no position of the format could name, so that what is there stays a sound file
 };
 
 }  // namespace Recording2

@@ -48,13 +48,9 @@ void RecordingWriter::end(Format::HeaderRecord& header, const ClosingTables& tab
         Blocks::appendTimeEntry(*m_file, tables.times[i], m_starts[i]);
     }
     m_positions.channelRangeTable = tables.ranges.empty() ? 0 : here();
-    for (const std::uint64_t time : tables.ranges) {
-        Blocks::appendTime(*m_file, time);
-    }
+    Blocks::appendTimes(*m_file, tables.ranges);
     m_positions.bookmarkTable = tables.bookmarks.empty() ? 0 : here();
-    for (const auto& [time, text] : tables.bookmarks) {
-        Blocks::appendBookmark(*m_file, time, text);
-    }
+    Blocks::appendBookmarks(*m_file, tables.bookmarks);
     m_bytes = m_file->position();
     header.positions = m_positions;
     m_file->seek(0);
