@@ -108,8 +108,8 @@ Files open(RecView::Cache& cache, std::span<char*> paths)
             throw std::runtime_error(std::string(path) + ": " + problem);
         }
     }
-    files.fromMs = files.overviews.front()->startMs();
-    files.toMs = files.overviews.back()->endMs();
+    files.fromMs = files.overviews.front()->head().startMs;
+    files.toMs = files.overviews.back()->head().endMs;
     files.span = files.overviews.front()->spectra().at(0).span;
     return files;
 }

@@ -25,7 +25,6 @@
 #include <system/stopsignal.h>
 #include <terminaltext/terminaltext.h>
 
-#include "answers/answers.h"
 #include "commandline.h"
 #include "recordings/recordedfile.h"
 #include "rectool/archive/archivedfiles.h"
@@ -93,8 +92,7 @@ std::string whyNotShown(const std::string& path)
 {
     std::string problem;
     const QFileInfo info(QString::fromStdString(path));
-    const bool mayBe =
-        !info.isFile() || info.suffix() == QLatin1String("tmp") || lookAtFile(path, path, problem) != nullptr;
+    const bool mayBe = !info.isFile() || info.suffix() == QLatin1String("tmp") || lookAtFile(path, problem) != nullptr;
     return mayBe ? "" : problem;
 }
 
@@ -154,9 +152,7 @@ void waitForEnd(const ProgramOptions& options, const System::StopSignal& stop)
 
 Handler handlerOf(const ProgramOptions& options, Events& events)
 {
-    const auto answers = std::make_shared<Answers>(
-        Options{options.paths, options.edit, options.cacheBytes, options.cacheDirectory, options.archiveConfiguration},
-        events);
+    const auto answers = std::make_shared<Answers>(options, events);
     return [answers](const Request& request) { return (*answers)(request); };
 }
 

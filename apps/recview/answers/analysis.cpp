@@ -112,7 +112,7 @@ Response workedOut(const Request& request, const Options& options, std::size_t p
         Response response;
         {
             JsonObject object(response.body);
-            object.number("leftOut", static_cast<double>(worked.leftOut));
+            object.number("leftOut", worked.leftOut);
             object.member("answer") += worked.answer;
         }
         return response;

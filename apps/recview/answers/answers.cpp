@@ -5,16 +5,12 @@
 #include <array>
 #include <exception>
 #include <new>
-#include <stdexcept>
 #include <string_view>
-#include <utility>
 
 #include <recording2/inspection/filename.h>
 
 #include "context.h"
 #include "jsontext.h"
-#include "rectool/archive/archivedfiles.h"
-#include "rectool/printing/output.h"
 
 namespace RecView {
 
@@ -52,25 +48,6 @@ Response errorResponse(int status, const std::string& sentence)
     return response;
 }
 
-/// Recordings of the archive are at hand, and locked for whoever would change them, as long as the archive's files are.
-/// @throws std::runtime_error where it does not give one
-std::vector<NamedPath> namedPaths(const Options& options, RecTool::ArchivedFiles& archived)
-{
-    if (!options.archiveConfiguration.empty()) {
-        RecTool::useArchive(options.archiveConfiguration);
-    }
-    const RecTool::Complaints complaints;
-    std::vector<NamedPath> paths;
-    for (const std::string& path : options.paths) {
-        NamedPath named{path, path};
-        if (!archived.take(named.path)) {
-            throw std::runtime_error(path + ": " + complaints.text());
-        }
-        paths.push_back(std::move(named));
-    }
-    return paths;
-}
-
 Cache::Options cacheOptions(const Options& options)
 {
     Cache::Options cache;
@@ -93,11 +70,11 @@ Response absentResponse(const Absent& absent)
 }  // namespace
 
 struct Answers::Private {
-    Private(Options given, Events& toEvents)
-        : options(std::move(given)),
+    Private(const Options& given, Events& toEvents)
+        : options(given),
           events(toEvents),
           overviews(cacheOptions(options), [this](const RecordedFile& file) { tellMade(file); }),
-          catalog(namedPaths(options, archived), overviews,
+          catalog(options.paths, overviews,
                   {[this] { events.publish("changed", "{}"); },
                    [this](const std::string& id, double endMs) { tellGrown(id, endMs); }})
     {
@@ -139,12 +116,11 @@ struct Answers::Private {
     Options options;
     Events& events;
     std::mutex changing;
-    RecTool::ArchivedFiles archived{false};
     Overviews overviews;
     Catalog catalog;
 };
 
-Answers::Answers(Options options, Events& events) : d(std::make_unique<Private>(std::move(options), events))
+Answers::Answers(const Options& options, Events& events) : d(std::make_unique<Private>(options, events))
 {
 }
 

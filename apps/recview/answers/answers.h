@@ -11,11 +11,11 @@
 namespace RecView {
 
 struct Options {
-    std::vector<std::string> paths;    ///< files, directories, archive addresses
-    bool edit = false;                 ///< bookmarks may be changed
-    std::uint64_t cacheBytes = 0;      ///< all that may be kept of overviews; 0: as much as is usual
+    std::vector<std::string> paths;  ///< files and directories, UTF-8
+    bool edit = false;               ///< bookmarks may be changed
+    std::uint64_t cacheBytes =
+        std::uint64_t{4'000'000'000};  ///< all that may be kept of overviews; 0: as much as is usual
     std::string cacheDirectory;        ///< empty: the user's own
-    std::string archiveConfiguration;  ///< empty: that of the environment
 };
 
 /// Answers requests from several threads at the same time. Of the values that a request needs it has its own; what they
@@ -26,8 +26,7 @@ class Answers {
 public:
     /// Begins to look at the paths and to make overviews, in threads of its own.
     /// @param events must outlive the object
-    /// @throws std::runtime_error with a sentence when an archive address cannot be resolved
-    Answers(Options options, Events& events);
+    Answers(const Options& options, Events& events);
     Answers(const Answers&) = delete;
     Answers& operator=(const Answers&) = delete;
     ~Answers();

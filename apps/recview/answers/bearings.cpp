@@ -29,8 +29,8 @@ void appendBearing(std::string& out, const KeptBearing& bearing)
 {
     JsonObject object(out);
     object.number("ms", bearing.ms);
-    object.number("code", static_cast<double>(bearing.code));
-    object.number("timeMs", static_cast<double>(bearing.timeMs));
+    object.number("code", bearing.code);
+    object.number("timeMs", bearing.timeMs);
     object.number("hz", bearing.hz);
     object.number("azimuth", bearing.azimuthDeg);
     object.number("trueAzimuth", std::isnan(bearing.headingDeg) ? NoAngle : trueAzimuth(bearing));
@@ -63,18 +63,13 @@ void appendFix(std::string& out, const RecTool::Geo::Fix& fix, double hz)
     entry.number("hz", hz);
     entry.number("lat", fix.position.latitudeDeg);
     entry.number("lon", fix.position.longitudeDeg);
-    entry.number("bearings", static_cast<double>(fix.bearings));
+    entry.number("bearings", fix.bearings);
     RecTool::Geo::Path outline;
     for (const RecTool::Geo::Path& ring : RecTool::Geo::ellipseRings(fix.position, fix.ellipse)) {
         outline.insert(outline.end(), ring.begin(), ring.end());
     }
-    entry.list("ellipse", outline, [&](const RecTool::Geo::Position& point) {
-        out += '[';
-        appendNumber(out, point.latitudeDeg);
-        out += ',';
-        appendNumber(out, point.longitudeDeg);
-        out += ']';
-    });
+    entry.list("ellipse", outline,
+               [&](const RecTool::Geo::Position& point) { appendPair(out, point.latitudeDeg, point.longitudeDeg); });
 }
 
 /// As `rectool map --geojson` finds them.
@@ -110,15 +105,13 @@ Response answerBearings(const Context& context, const Request& request)
     const Asked asked = askedRecording(context, parameters);
     const auto [from, to] = parameters.moments();
     const auto limit = static_cast<std::size_t>(parameters.whole("limit", 1, Most, Usual));
-    const std::vector<OverviewedFile> files = overviewsIn(context, *asked.timeline, {from, to});
+    const OverviewedFiles overviewed = overviewsIn(context, *asked.timeline, {from, to});
     std::vector<KeptBearing> bearings;
     std::vector<KeptPosition> positions;
     double all = 0;
-    for (const OverviewedFile& file : files) {
-        if (file.overview != nullptr) {
-            all += appendBearings(*file.overview, file.file->types, {from, to}, limit, bearings);
-            appendPositions(*file.overview, file.within({from, to}), limit, positions);
-        }
+    for (const OverviewedFile& file : overviewed.files) {
+        all += appendBearings(*file.overview, file.file->types, {from, to}, limit, bearings);
+        appendPositions(*file.overview, file.within({from, to}), limit, positions);
     }
     thin(bearings, limit);
     thin(positions, limit);
@@ -134,7 +127,7 @@ Response answerBearings(const Context& context, const Request& request)
     object.list("bearings", bearings, [&](const KeptBearing& bearing) { appendBearing(out, bearing); });
     appendFixes(object, out, bearings);
     object.number("leftOut", all - static_cast<double>(bearings.size()));
-    object.number("made", madeOf(files));
+    object.number("made", overviewed.made);
     return response;
 }
 

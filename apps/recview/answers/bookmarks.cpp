@@ -98,9 +98,6 @@ const RecordedFile& fileOf(const Timeline& timeline, double ms)
     if (file.live) {
         throw Refusal(409, file.name + " is being written; bookmarks can be set when it is closed.");
     }
-    if (file.archived) {
-        throw Refusal(409, file.name + " lies in the archive, which is only read here; `rectool bookmark` changes it.");
-    }
     if (ms < timeline.startMs() || ms > timeline.endMs()) {
         throw Refusal(400, "\"ms\" does not lie in the recording.");
     }

@@ -3,13 +3,11 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
 #include <system_error>
 
 #include <QString>
 
 #include "recordings/valuequeries.h"
-#include "rectool/printing/typenames.h"
 
 namespace RecView {
 
@@ -26,26 +24,31 @@ Asked askedRecording(const Context& context, const Parameters& parameters)
 
 namespace {
 
-RecordedType typeOfKind(const KeptKind& kept, const RecordedFile& file)
-{
-    RecordedType type;
-    type.code = kept.code;
-    type.kind = static_cast<Kind>(kept.kind);
-    type.keyword = RecTool::TypeNames(file.types).label(kept.code);
-    type.unit = unitOf(type.kind, type.keyword);
-    return type;
-}
+/// How much of some files is made.
+class MadeShare {
+public:
+    void add(const RecordedFile& file, double share)
+    {
+        const double bytes = std::max(1.0, static_cast<double>(file.bytes));
+        m_made += bytes * share;
+        m_all += bytes;
+    }
+    [[nodiscard]] double share() const { return m_all == 0 ? 1 : m_made / m_all; }
+
+private:
+    double m_made = 0;
+    double m_all = 0;
+};
 
 void addTypes(const Overview& overview, const RecordedFile& file, RecordedTypes& types)
 {
     for (const KeptKind& kept : kindsOf(overview)) {
-        types.try_emplace(kept.code, typeOfKind(kept, file));
+        types.try_emplace(kept.code, typeOf(kept.code, static_cast<Kind>(kept.kind), file.types));
     }
     for (const Spectrum& spectrum : overview.spectra()) {
         const auto found = types.find(spectrum.code);
         if (found != types.end()) {
-            found->second.lowHz = std::fmin(found->second.lowHz, spectrum.span.lowHz);
-            found->second.highHz = std::fmax(found->second.highHz, spectrum.span.highHz);
+            found->second.widen(spectrum.span.lowHz, spectrum.span.highHz);
         }
     }
 }
@@ -90,14 +93,10 @@ RecordedType askedSpectrum(const Context& context, const Timeline& timeline, con
     return type;
 }
 
-double OverviewedFile::endMs() const
-{
-    return static_cast<double>(file->endMs);
-}
-
 Stretch OverviewedFile::within(const Stretch& time) const
 {
-    return {std::max(time.fromMs, startMs()), std::max(startMs(), std::min(time.toMs, endMs()))};
+    return {std::max(time.fromMs, startMs()),
+            std::max(startMs(), std::min(time.toMs, static_cast<double>(file->endMs)))};
 }
 
 OverviewedFile overviewOf(const Context& context, const FilePointer& file)
@@ -112,10 +111,12 @@ OverviewedFile overviewOf(const Context& context, const FilePointer& file)
     return {file, std::move(made.overview), made.share};
 }
 
-std::vector<OverviewedFile> overviewsIn(const Context& context, const Timeline& timeline, const Stretch& time)
+OverviewedFiles overviewsIn(const Context& context, const Timeline& timeline, const Stretch& time)
 {
     constexpr double LongestInForceMs = 60'000;  // the last sweep of a file counts for some time
-    std::vector<OverviewedFile> files;
+    OverviewedFiles found;
+    MadeShare made;
+    bool isAny = false;
     std::string problem;
     for (const FilePointer& file : timeline.files) {
         const bool reaches = static_cast<double>(file->startMs) <= time.toMs &&
@@ -124,36 +125,30 @@ std::vector<OverviewedFile> overviewsIn(const Context& context, const Timeline& 
             continue;
         }
         try {
-            files.push_back(overviewOf(context, file));
+            OverviewedFile one = overviewOf(context, file);
+            made.add(*file, one.share);
+            isAny = true;
+            if (one.overview != nullptr) {
+                found.files.push_back(std::move(one));
+            }
         } catch (const Refusal& refusal) {
             problem = refusal.what();
         }
     }
-    if (files.empty() && !problem.empty()) {
+    if (!isAny && !problem.empty()) {
         throw Refusal(503, problem);
     }
-    return files;
-}
-
-double madeOf(const std::vector<OverviewedFile>& files)
-{
-    double made = 0;
-    double all = 0;
-    for (const OverviewedFile& file : files) {
-        const double bytes = std::max(1.0, static_cast<double>(file.file->bytes));
-        made += bytes * file.share;
-        all += bytes;
-    }
-    return all == 0 ? 1 : made / all;
+    found.made = made.share();
+    return found;
 }
 
 double madeOf(const Overviews& overviews, const Timeline& timeline)
 {
-    std::vector<OverviewedFile> files;
+    MadeShare made;
     for (const FilePointer& file : timeline.files) {
-        files.push_back({file, nullptr, file->live ? 1 : overviews.known(*file).share});
+        made.add(*file, file->live ? 1 : overviews.known(*file).share);
     }
-    return madeOf(files);
+    return made.share();
 }
 
 void refuseUnfinished(const Context& context, const Timeline& timeline)

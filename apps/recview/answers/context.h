@@ -46,19 +46,19 @@ struct OverviewedFile {
     double share = 0;                    ///< how much of it there is
 
     [[nodiscard]] double startMs() const { return static_cast<double>(file->startMs); }
-    [[nodiscard]] double endMs() const;
     /// What of a stretch this file may hold something of.
     [[nodiscard]] Stretch within(const Stretch& time) const;
 };
 /// @throws Refusal 503 where it cannot be made
 [[nodiscard]] OverviewedFile overviewOf(const Context& context, const FilePointer& file);
-/// Those files of a recording that reach into a stretch, in their order. A file that cannot be overviewed is left out,
-/// unless all of them are.
-[[nodiscard]] std::vector<OverviewedFile> overviewsIn(const Context& context, const Timeline& timeline,
-                                                      const Stretch& time);
-/// How much of some files is made, by bytes.
-[[nodiscard]] double madeOf(const std::vector<OverviewedFile>& files);
-/// The same of a whole recording, without making any.
+/// Those files of a recording that reach into a stretch and have an overview, in their order.
+struct OverviewedFiles {
+    std::vector<OverviewedFile> files;
+    double made = 1;  ///< how much of all that reach into it, by bytes
+};
+/// A file that cannot be overviewed is left out, unless all of them are. @throws Refusal 503 then
+[[nodiscard]] OverviewedFiles overviewsIn(const Context& context, const Timeline& timeline, const Stretch& time);
+/// How much of a whole recording is made, by bytes, without making any.
 [[nodiscard]] double madeOf(const Overviews& overviews, const Timeline& timeline);
 
 /// What is not found in a recording may be in what is not made yet. @throws Absent where that is so

@@ -48,9 +48,6 @@ double channelAt(const std::vector<OverviewedFile>& files, std::int32_t code, do
 {
     std::optional<double> nearest;
     for (const OverviewedFile& file : files) {
-        if (file.overview == nullptr) {
-            continue;
-        }
         for (const Series& series : file.overview->series()) {
             if (series.code != code || series.range.size() == 0) {
                 continue;
@@ -81,13 +78,10 @@ Response answerSpectrum(const Context& context, const Request& request)
     const auto [from, to] = parameters.stretch();
     const auto [low, high] = parameters.band(type.lowHz, type.highHz);
     const auto points = static_cast<std::size_t>(parameters.whole("points", 1, MostPoints, 1000));
-    const std::vector<OverviewedFile> files = overviewsIn(context, *asked.timeline, {from, to});
+    const OverviewedFiles overviewed = overviewsIn(context, *asked.timeline, {from, to});
     Curve all;
     double looked = 0;
-    for (const OverviewedFile& file : files) {
-        if (file.overview == nullptr) {
-            continue;
-        }
+    for (const OverviewedFile& file : overviewed.files) {
         const Stretch part = file.within({from, to});
         looked += part.toMs - part.fromMs;
         const double share = looked > 0 ? (part.toMs - part.fromMs) / looked : 1;
@@ -96,7 +90,7 @@ Response answerSpectrum(const Context& context, const Request& request)
     Response response;
     JsonObject object(response.body);
     appendCurve(object, "hz", all);
-    object.number("made", madeOf(files));
+    object.number("made", overviewed.made);
     return response;
 }
 
@@ -108,11 +102,11 @@ Response answerChannel(const Context& context, const Request& request)
     const auto [from, to] = parameters.stretch();
     const double hz = parameters.frequency("hz");
     const auto columns = static_cast<double>(parameters.whole("columns", 1, MostPoints, 1000));
-    const std::vector<OverviewedFile> files = overviewsIn(context, *asked.timeline, {from, to});
+    const OverviewedFiles overviewed = overviewsIn(context, *asked.timeline, {from, to});
     Curve all;
-    for (const OverviewedFile& file : files) {
+    for (const OverviewedFile& file : overviewed.files) {
         const Stretch part = file.within({from, to});
-        if (file.overview != nullptr && part.toMs > part.fromMs) {
+        if (part.toMs > part.fromMs) {
             const double share = (part.toMs - part.fromMs) / (to - from);
             const auto points = static_cast<std::size_t>(std::max(1.0, std::ceil(columns * share)));
             append(all, file.overview->channelOver(type.code, hz, part, points));
@@ -120,9 +114,9 @@ Response answerChannel(const Context& context, const Request& request)
     }
     Response response;
     JsonObject object(response.body);
-    object.number("hz", channelAt(files, type.code, hz));
+    object.number("hz", channelAt(overviewed.files, type.code, hz));
     appendCurve(object, "ms", all);
-    object.number("made", madeOf(files));
+    object.number("made", overviewed.made);
     return response;
 }
 

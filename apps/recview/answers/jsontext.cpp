@@ -43,6 +43,15 @@ void appendNumber(std::string& out, float number)
     appendShortest(out, number);
 }
 
+void appendPair(std::string& out, double first, double second)
+{
+    out += '[';
+    appendNumber(out, first);
+    out += ',';
+    appendNumber(out, second);
+    out += ']';
+}
+
 std::string& JsonObject::member(std::string_view name)
 {
     m_out += m_empty ? "\"" : ",\"";

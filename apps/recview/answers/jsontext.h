@@ -14,6 +14,8 @@ void appendText(std::string& out, const std::string& text);
 void appendNumber(std::string& out, double number);
 /// The same of a level, which has no more digits than its precision.
 void appendNumber(std::string& out, float number);
+/// Two numbers as an array.
+void appendPair(std::string& out, double first, double second);
 
 /// Writes one object; a member follows the other.
 class JsonObject {
@@ -26,7 +28,11 @@ public:
     /// Begins a member, whose value is to be appended.
     std::string& member(std::string_view name);
     void text(std::string_view name, const std::string& text) { appendText(member(name), text); }
-    void number(std::string_view name, double number) { appendNumber(member(name), number); }
+    template <typename Number>
+    void number(std::string_view name, Number number)
+    {
+        appendNumber(member(name), static_cast<double>(number));
+    }
     void truth(std::string_view name, bool truth) { member(name) += truth ? "true" : "false"; }
     template <typename Number>
     void numbers(std::string_view name, const std::vector<Number>& numbers)

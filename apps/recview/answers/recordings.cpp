@@ -9,7 +9,7 @@ namespace {
 void appendType(std::string& out, const RecordedType& type, bool isSpectrum)
 {
     JsonObject object(out);
-    object.number("code", static_cast<double>(type.code));
+    object.number("code", type.code);
     object.text("keyword", type.keyword);
     if (!isSpectrum) {
         object.text("kind", nameOf(type.kind));
@@ -25,9 +25,9 @@ void appendFile(std::string& out, const RecordedFile& file)
 {
     JsonObject object(out);
     object.text("name", file.name);
-    object.number("startMs", static_cast<double>(file.startMs));
-    object.number("endMs", static_cast<double>(file.endMs));
-    object.number("bytes", static_cast<double>(file.bytes));
+    object.number("startMs", file.startMs);
+    object.number("endMs", file.endMs);
+    object.number("bytes", file.bytes);
     object.truth("live", file.live);
 }
 

@@ -90,22 +90,20 @@ bool CsvStream::more(std::string& piece)
         bool isFull = false;
         const double resumed = nextMs;
         std::size_t passedOver = 0;
-        if (files[file].overview != nullptr) {
-            files[file].overview->sweeps(
-                code, {nextMs, time.toMs},
-                [&](const Record&, double ms, const values::ChannelRange& channelsNow, std::span<const float> levels) {
-                    if (ms == resumed && passedOver < writtenAtNext) {
-                        ++passedOver;
-                        return true;
-                    }
-                    writtenAtNext = ms == nextMs ? writtenAtNext + 1 : 1;
-                    nextMs = ms;
-                    takeRange(channelsNow, piece);
-                    appendLine(ms, levels, piece);
-                    isFull = piece.size() >= PieceBytes;
-                    return !isFull;
-                });
-        }
+        files[file].overview->sweeps(
+            code, {nextMs, time.toMs},
+            [&](const Record&, double ms, const values::ChannelRange& channelsNow, std::span<const float> levels) {
+                if (ms == resumed && passedOver < writtenAtNext) {
+                    ++passedOver;
+                    return true;
+                }
+                writtenAtNext = ms == nextMs ? writtenAtNext + 1 : 1;
+                nextMs = ms;
+                takeRange(channelsNow, piece);
+                appendLine(ms, levels, piece);
+                isFull = piece.size() >= PieceBytes;
+                return !isFull;
+            });
         if (!isFull) {
             ++file;
             writtenAtNext = 0;
@@ -136,22 +134,20 @@ Response answerSweep(const Context& context, const Request& request)
         refuseUnfinished(context, timeline);
         throw Absent(Absent::Until::Ever, "Nothing was measured up to this moment.");
     }
-    std::optional<double> previous = sweep->previousMs;
-    if (const auto before = previous ? std::nullopt : spectrumOf(context, timeline, i - 1, type.code)) {
-        previous = before->lastMs;
+    if (const auto before = sweep->previousMs ? std::nullopt : spectrumOf(context, timeline, i - 1, type.code)) {
+        sweep->previousMs = before->lastMs;
     }
-    std::optional<double> next = sweep->nextMs;
-    if (const auto after = next ? std::nullopt : spectrumOf(context, timeline, i + 1, type.code)) {
-        next = after->firstMs;
+    if (const auto after = sweep->nextMs ? std::nullopt : spectrumOf(context, timeline, i + 1, type.code)) {
+        sweep->nextMs = after->firstMs;
     }
     Response response;
     std::string& out = response.body;
     JsonObject object(out);
     object.number("ms", sweep->momentMs);
-    object.number("timeMs", static_cast<double>(sweep->record.timeMs));
+    object.number("timeMs", sweep->record.timeMs);
     object.text("file", timeline.files[i]->name);
-    object.number("previousMs", previous ? *previous : Never);
-    object.number("nextMs", next ? *next : Never);
+    object.number("previousMs", sweep->previousMs.value_or(Never));
+    object.number("nextMs", sweep->nextMs.value_or(Never));
     RecTool::appendJson(object.member("channels"), sweep->range);
     object.list("levels", sweep->levels, [&](float level) { RecTool::appendLevelJson(out, level); });
     return response;
@@ -165,7 +161,7 @@ Response answerCsv(const Context& context, const Request& request)
     const auto [from, to] = parameters.moments();
     const auto [low, high] = parameters.frequencies();
     auto stream = std::make_shared<CsvStream>();
-    stream->files = overviewsIn(context, *asked.timeline, {from, to});
+    stream->files = overviewsIn(context, *asked.timeline, {from, to}).files;
     stream->code = type.code;
     stream->time = {from, to};
     stream->nextMs = from;

@@ -9,14 +9,11 @@ namespace RecView {
 
 namespace {
 
-Response numbersOf(const std::vector<OverviewedFile>& files, const RecordedType& type, const Stretch& time,
+Response numbersOf(const OverviewedFiles& overviewed, const RecordedType& type, const Stretch& time,
                    std::size_t columns)
 {
     NumberCurve curve;
-    for (const OverviewedFile& file : files) {
-        if (file.overview == nullptr) {
-            continue;
-        }
+    for (const OverviewedFile& file : overviewed.files) {
         const Stretch part = file.within(time);
         const double all = time.toMs - time.fromMs;
         const double share = all > 0 ? (part.toMs - part.fromMs) / all : 1;
@@ -32,19 +29,17 @@ Response numbersOf(const std::vector<OverviewedFile>& files, const RecordedType&
     object.numbers("max", curve.max);
     object.numbers("last", curve.last);
     object.truth("exact", curve.exact);
-    object.number("made", madeOf(files));
+    object.number("made", overviewed.made);
     return response;
 }
 
-Response changesOf(const std::vector<OverviewedFile>& files, const RecordedType& type, const Stretch& time)
+Response changesOf(const OverviewedFiles& overviewed, const RecordedType& type, const Stretch& time)
 {
     constexpr std::size_t Most = 5'000;
     std::vector<TextChange> changes;
     std::uint64_t more = 0;
-    for (const OverviewedFile& file : files) {
-        if (file.overview != nullptr) {
-            more += appendChanges(*file.overview, type.code, file.within(time), Most, changes);
-        }
+    for (const OverviewedFile& file : overviewed.files) {
+        more += appendChanges(*file.overview, type.code, file.within(time), Most, changes);
     }
     // A split begins with the state, which is no change.
     const auto repeated = std::unique(changes.begin(), changes.end(),
@@ -59,8 +54,8 @@ Response changesOf(const std::vector<OverviewedFile>& files, const RecordedType&
         entry.number("ms", change.ms);
         entry.text("text", change.text);
     });
-    object.number("more", static_cast<double>(more));
-    object.number("made", madeOf(files));
+    object.number("more", more);
+    object.number("made", overviewed.made);
     return response;
 }
 
@@ -77,8 +72,9 @@ Response answerValues(const Context& context, const Request& request)
     if (type.kind == Kind::Levels || type.kind == Kind::Bearings) {
         throw Refusal(400, "The parameter \"type\" names a map, which has no single value.");
     }
-    const std::vector<OverviewedFile> files = overviewsIn(context, *asked.timeline, {from, to});
-    return type.kind == Kind::Number ? numbersOf(files, type, {from, to}, columns) : changesOf(files, type, {from, to});
+    const OverviewedFiles overviewed = overviewsIn(context, *asked.timeline, {from, to});
+    return type.kind == Kind::Number ? numbersOf(overviewed, type, {from, to}, columns)
+                                     : changesOf(overviewed, type, {from, to});
 }
 
 }  // namespace RecView

@@ -40,7 +40,7 @@ bool canBeExact(const std::vector<OverviewedFile>& files, const View& view)
 {
     std::uint64_t bytes = 0;
     for (const OverviewedFile& file : files) {
-        bytes += file.overview != nullptr ? file.overview->bytesOfExact(view) : 0;
+        bytes += file.overview->bytesOfExact(view);
     }
     return bytes <= MostRecordBytes;
 }
@@ -49,9 +49,6 @@ std::vector<RangeChange> rangesIn(const std::vector<OverviewedFile>& files, cons
 {
     std::vector<RangeChange> ranges;
     for (const OverviewedFile& file : files) {
-        if (file.overview == nullptr || ranges.size() >= MostRanges) {
-            continue;
-        }
         const auto more =
             file.overview->ranges(view.code, file.within({view.fromMs, view.toMs}), MostRanges - ranges.size());
         ranges.insert(ranges.end(), more.begin(), more.end());
@@ -59,7 +56,7 @@ std::vector<RangeChange> rangesIn(const std::vector<OverviewedFile>& files, cons
     return ranges;
 }
 
-std::string describeGrid(const Grid& grid, const std::vector<OverviewedFile>& files)
+std::string describeGrid(const Grid& grid, const OverviewedFiles& overviewed)
 {
     const View& view = grid.view();
     std::string out;
@@ -69,20 +66,14 @@ std::string describeGrid(const Grid& grid, const std::vector<OverviewedFile>& fi
         object.number("toMs", view.toMs);
         object.number("lowHz", view.lowHz);
         object.number("highHz", view.highHz);
-        object.number("columns", static_cast<double>(view.columns));
-        object.number("rows", static_cast<double>(view.rows));
+        object.number("columns", view.columns);
+        object.number("rows", view.rows);
         object.truth("exact", grid.exact());
-        object.number("made", madeOf(files));
+        object.number("made", overviewed.made);
         object.number("lowest", grid.lowest());
         object.number("highest", grid.highest());
-        object.list("gaps", grid.gaps(), [&](const Stretch& gap) {
-            out += '[';
-            appendNumber(out, gap.fromMs);
-            out += ',';
-            appendNumber(out, gap.toMs);
-            out += ']';
-        });
-        object.list("ranges", rangesIn(files, view), [&](const RangeChange& range) {
+        object.list("gaps", grid.gaps(), [&](const Stretch& gap) { appendPair(out, gap.fromMs, gap.toMs); });
+        object.list("ranges", rangesIn(overviewed.files, view), [&](const RangeChange& range) {
             JsonObject entry(out);
             entry.number("ms", range.ms);
             entry.number("lowHz", range.span.lowHz);
@@ -122,18 +113,16 @@ Response answerView(const Context& context, const Request& request)
                                 {"recording", "type", "from", "to", "low", "high", "columns", "rows", "of", "exact"});
     const Asked asked = askedRecording(context, parameters);
     View view = askedView(parameters, askedSpectrum(context, *asked.timeline, parameters));
-    const std::vector<OverviewedFile> files = overviewsIn(context, *asked.timeline, {view.fromMs, view.toMs});
-    view.exact = view.exact && canBeExact(files, view);
+    const OverviewedFiles overviewed = overviewsIn(context, *asked.timeline, {view.fromMs, view.toMs});
+    view.exact = view.exact && canBeExact(overviewed.files, view);
     Grid grid(view);
-    for (const OverviewedFile& file : files) {
-        if (file.overview != nullptr) {
-            file.overview->draw(grid);
-        }
+    for (const OverviewedFile& file : overviewed.files) {
+        file.overview->draw(grid);
     }
     grid.finish();
     Response response;
     response.type = "application/octet-stream";
-    const std::string about = describeGrid(grid, files);
+    const std::string about = describeGrid(grid, overviewed);
     response.body.reserve(sizeof(std::uint32_t) + about.size() + grid.levels().size() * sizeof(float));
     appendLittleEndian(response.body, static_cast<std::uint32_t>(about.size()));
     response.body += about;

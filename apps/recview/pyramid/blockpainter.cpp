@@ -57,8 +57,7 @@ BlockPainter::BlockPainter(const Store& store, const KnownType& type, const Know
 
 const Column* BlockPainter::rowsOf(std::size_t time) const
 {
-    return m_store.find(
-        {static_cast<std::uint32_t>(BlockKind::Rows), m_series.code, m_series.number, BlockLayout::level(time, 0)});
+    return m_store.find(BlockLayout::keyOf(BlockKind::Rows, m_series.code, m_series.number, time));
 }
 
 /// The row that a moment lies in, or the first one after it.
@@ -71,13 +70,7 @@ std::uint64_t BlockPainter::firstRow(const Column& rows, double ms) const
 /// The first row that begins after a moment.
 std::uint64_t BlockPainter::endRow(const Column& rows, double ms) const
 {
-    std::uint64_t low = 0;
-    std::uint64_t high = rows.count<BlockRow>();
-    while (low < high) {
-        const std::uint64_t middle = (low + high) / 2;
-        rows.at<BlockRow>(middle).firstMs <= ms ? low = middle + 1 : high = middle;
-    }
-    return low;
+    return rows.partitionPoint<BlockRow>([ms](const BlockRow& row) { return row.firstMs <= ms; });
 }
 
 BlockPainter::Level BlockPainter::choose(bool ofSingleUnits) const
@@ -243,12 +236,13 @@ double BlockPainter::firstMsAfter(const Level& level, std::uint64_t row) const
 /// @param rows those to be painted, and one that tells where the last of them ends
 void BlockPainter::paintStored(const Level& level, std::uint64_t first, std::span<const BlockRow> rows)
 {
-    const std::uint32_t plane = static_cast<std::uint32_t>(m_grid.view().of);
-    const std::uint32_t place = BlockLayout::level(level.time, level.frequency);
-    const Column* levels =
-        m_store.find({static_cast<std::uint32_t>(BlockKind::Levels) + plane, m_series.code, m_series.number, place});
-    const Column* floats =
-        m_store.find({static_cast<std::uint32_t>(BlockKind::Floats) + plane, m_series.code, m_series.number, place});
+    const auto column = [&](BlockKind kind) {
+        const auto plane = static_cast<std::size_t>(m_grid.view().of);
+        return m_store.find(
+            BlockLayout::keyOf(kind, m_series.code, m_series.number, level.time, level.frequency, plane));
+    };
+    const Column* levels = column(BlockKind::Levels);
+    const Column* floats = column(BlockKind::Floats);
     const std::size_t groups = BlockLayout::groups(level.frequency, m_spans.size());
     std::vector<std::int16_t> hundredths(groups * (rows.size() - 1));
     std::vector<float> exact(groups);
@@ -275,11 +269,8 @@ void BlockPainter::paintOpen(const OpenRow& open)
     std::vector<float> groups(BlockLayout::groups(Frequency, m_spans.size()));
     for (std::size_t group = 0; group < groups.size(); ++group) {
         const std::size_t first = group * BlockLayout::Groups[Frequency];
-        const OpenBlock::Levels levels =
-            open.block.levels(first, std::min(first + BlockLayout::Groups[Frequency], m_spans.size()));
-        groups[group] = m_grid.view().of == Combine::Max   ? levels.max
-                        : m_grid.view().of == Combine::Min ? levels.min
-                                                           : levels.mean;
+        const auto levels = open.block.levels(first, std::min(first + BlockLayout::Groups[Frequency], m_spans.size()));
+        groups[group] = levels[static_cast<std::size_t>(m_grid.view().of)];
     }
     fold(std::span<const float>(groups));
     enter(open.row, std::nullopt);

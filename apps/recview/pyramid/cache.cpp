@@ -83,36 +83,21 @@ std::filesystem::path defaultCacheDirectory()
 Cache::Cache(Options options) : m_options(std::move(options))
 {
     if (m_options.directory.empty()) {
-        warn(
-            "There is no directory for overviews (neither XDG_CACHE_HOME nor HOME is set), so they are made anew each "
-            "time.");
         return;
     }
     std::error_code error;
     std::filesystem::create_directories(m_options.directory.parent_path(), error);
     const System::Error made = System::makeDirectory(m_options.directory, OwnDirectory);
+    if (made != 0 && made != System::NameTaken) {
+        return;
+    }
+    removeUnfinished(m_options.directory);
     try {
-        if (made != 0 && made != System::NameTaken) {
-            throw std::runtime_error(Inspection::utf8(m_options.directory) + ": " + System::errorText(made) + ".");
-        }
-        removeUnfinished(m_options.directory);
         static_cast<void>(Store::create(m_options.directory / uniqueName()));
         m_usable = true;
-    } catch (const std::runtime_error& refused) {
-        warn(std::string("Overviews cannot be kept, so they are made anew each time: ") + refused.what());
+    } catch (const std::runtime_error&) {
+        m_usable = false;  // nothing can be written there
     }
-}
-
-std::string Cache::takeWarning()
-{
-    const std::scoped_lock lock(m_mutex);
-    return std::exchange(m_warning, {});
-}
-
-void Cache::warn(const std::string& sentence)
-{
-    const std::scoped_lock lock(m_mutex);
-    m_warning = sentence;
 }
 
 std::filesystem::path Cache::overviewPath(const std::string& content) const
@@ -186,8 +171,8 @@ std::unique_ptr<Store> Cache::newStore()
     if (m_usable) {
         try {
             return Store::create(m_options.directory / uniqueName());
-        } catch (const std::runtime_error& refused) {
-            warn(std::string("Overviews cannot be kept, so they are made anew each time: ") + refused.what());
+        } catch (const std::runtime_error&) {
+            // There is no room in it any more; elsewhere there may be some.
         }
     }
     std::error_code error;
@@ -241,7 +226,7 @@ void Cache::makeRoom()
 }
 
 std::shared_ptr<Overview> Cache::overviewOf(
-    const std::string& path, const MakeParts& makeParts, std::string& problem,
+    const std::string& path, const MakePart& makePart, std::string& problem,
     const std::function<bool(double, const std::shared_ptr<Overview>&)>& progress)
 {
     if (std::shared_ptr<Overview> found = find(path)) {
@@ -260,7 +245,7 @@ std::shared_ptr<Overview> Cache::overviewOf(
         problem = refused.what();
         return nullptr;
     }
-    OverviewBuilder builder(std::move(store), summary, recordsOf(path), makeParts);
+    OverviewBuilder builder(std::move(store), summary, recordsOf(path), makePart);
     Inspection::RecordReader reader(path, summary);
     Record record;
     constexpr std::int64_t Step = std::int64_t{8} << 20U;

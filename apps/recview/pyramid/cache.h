@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include "content.h"
@@ -21,19 +20,15 @@ namespace RecView {
 /// times; not by its bookmarks, name or place). That a file is the same as before is seen by its device, number, size
 /// and times of change, which saves reading it; its content is looked at again where any of them differs. Directory and
 /// files are the user's alone. Nothing here is ever an error for who wants an overview: what cannot be kept is made
-/// again next time.
+/// again next time, in temporary files where the directory cannot be used.
 class Cache {
 public:
     struct Options {
         std::filesystem::path directory = defaultCacheDirectory();
         std::uint64_t bytes = std::uint64_t{4} << 30U;  ///< in all; those used longest ago are removed first
-        std::uint32_t version = 0;  ///< of the parts' columns: what was made with another one is made anew
+        std::uint32_t version = 0;  ///< of the part's columns: what was made with another one is made anew
     };
     explicit Cache(Options options);
-
-    /// What is wrong with the directory, one sentence, once; empty when all is well. Overviews are then made in
-    /// temporary files.
-    [[nodiscard]] std::string takeWarning();
 
     /// The overview of a finished recording as it was made before; null when there is none, or it is stale or damaged.
     /// At most some 100 ms where the file is the same as before, as long as reading it where it only seems to be.
@@ -49,7 +44,7 @@ public:
     /// @param progress called now and then with a share of 1, and what there is so far; gives false to stop
     /// @return null when it was stopped, or the file cannot be read (problem then holds a sentence)
     [[nodiscard]] std::shared_ptr<Overview> overviewOf(
-        const std::string& path, const MakeParts& makeParts, std::string& problem,
+        const std::string& path, const MakePart& makePart, std::string& problem,
         const std::function<bool(double made, const std::shared_ptr<Overview>& soFar)>& progress = {});
 
 private:
@@ -57,13 +52,10 @@ private:
     [[nodiscard]] std::filesystem::path stampPath(const FileStamp& stamp) const;
     [[nodiscard]] std::string knownContent(const FileStamp& stamp) const;
     void noteContent(const FileStamp& stamp, const std::string& content);
-    void warn(const std::string& sentence);
     void makeRoom();
 
     Options m_options;
     bool m_usable = false;
-    std::mutex m_mutex;  // of the warning
-    std::string m_warning;
 };
 
 }  // namespace RecView

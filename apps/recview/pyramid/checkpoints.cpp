@@ -14,11 +14,6 @@ namespace {
 constexpr std::uint64_t LeastBetween = std::uint64_t{1} << 20U;  // bytes of records: read in a few milliseconds
 constexpr double ShareForCheckpoints = 1.0 / 64;                 // of the bytes of records
 
-ColumnKey checkpointKey(TableKind kind)
-{
-    return {static_cast<std::uint32_t>(kind), 0, 0, 0};
-}
-
 }  // namespace
 
 bool CheckpointWriter::passed(std::uint64_t bytes)
@@ -45,8 +40,8 @@ void CheckpointWriter::write(const RecordPlace& next, double timeMs, const RecTo
     if (expected > m_credit) {
         return;
     }
-    Column& states = m_store.column(checkpointKey(TableKind::States));
-    Column& texts = m_store.column(checkpointKey(TableKind::Texts));
+    Column& states = m_store.column(keyOf(TableKind::States));
+    Column& texts = m_store.column(keyOf(TableKind::Texts));
     const auto load = state.load();
     CheckpointEntry checkpoint{next,          timeMs,        states.count<StateEntry>(), state.entries().size(),
                                load.channels, load.textBytes};
@@ -72,19 +67,25 @@ void CheckpointWriter::write(const RecordPlace& next, double timeMs, const RecTo
         states.append(entry);
         cost += sizeof entry;
     }
-    m_store.column(checkpointKey(TableKind::Checkpoints)).append(checkpoint);
+    m_store.column(keyOf(TableKind::Checkpoints)).append(checkpoint);
     m_credit -= cost;
     m_lastCost = cost;
 }
 
 CheckpointReader::CheckpointReader(const Store& store)
-    : m_checkpoints(store.find(checkpointKey(TableKind::Checkpoints))),
-      m_states(store.find(checkpointKey(TableKind::States))),
-      m_texts(store.find(checkpointKey(TableKind::Texts))),
+    : m_checkpoints(store.find(keyOf(TableKind::Checkpoints))),
+      m_states(store.find(keyOf(TableKind::States))),
+      m_texts(store.find(keyOf(TableKind::Texts))),
       m_count(m_checkpoints != nullptr && m_states != nullptr && m_texts != nullptr
                   ? m_checkpoints->count<CheckpointEntry>()
                   : 0)
 {
+}
+
+template <typename Predicate>
+std::uint64_t CheckpointReader::countWhile(const Predicate& isSo) const
+{
+    return m_count == 0 ? 0 : m_checkpoints->partitionPoint<CheckpointEntry>(isSo);
 }
 
 std::optional<CheckpointEntry> CheckpointReader::lastOf(std::uint64_t count) const
@@ -94,26 +95,16 @@ std::optional<CheckpointEntry> CheckpointReader::lastOf(std::uint64_t count) con
 
 std::optional<CheckpointEntry> CheckpointReader::before(double timeMs) const
 {
-    std::uint64_t low = 0;
-    std::uint64_t high = m_count;
-    while (low < high) {
-        const std::uint64_t middle = (low + high) / 2;
-        m_checkpoints->at<CheckpointEntry>(middle).timeMs <= timeMs ? low = middle + 1 : high = middle;
-    }
-    return lastOf(low);
+    return lastOf(countWhile([timeMs](const CheckpointEntry& checkpoint) { return checkpoint.timeMs <= timeMs; }));
 }
 
 std::uint64_t CheckpointReader::countBeforeMoment(std::int32_t code, double momentMs) const
 {
-    std::uint64_t low = 0;
-    std::uint64_t high = m_count;
-    while (low < high) {
-        const std::uint64_t middle = (low + high) / 2;
-        const std::vector<StateEntry> found = states(m_checkpoints->at<CheckpointEntry>(middle), code);
+    return countWhile([&](const CheckpointEntry& checkpoint) {
+        const std::vector<StateEntry> found = states(checkpoint, code);
         // Without a record of the type all of them come later.
-        found.empty() || found.front().moments.lastMs <= momentMs ? low = middle + 1 : high = middle;
-    }
-    return low;
+        return found.empty() || found.front().moments.lastMs <= momentMs;
+    });
 }
 
 std::optional<CheckpointEntry> CheckpointReader::beforeMoment(std::int32_t code, double momentMs) const

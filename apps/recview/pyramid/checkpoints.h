@@ -83,6 +83,8 @@ public:
     [[nodiscard]] std::vector<std::string> texts(const StateEntry& state) const;
 
 private:
+    template <typename Predicate>
+    [[nodiscard]] std::uint64_t countWhile(const Predicate& isSo) const;
     [[nodiscard]] std::optional<CheckpointEntry> lastOf(std::uint64_t count) const;
     [[nodiscard]] std::uint64_t countBeforeMoment(std::int32_t code, double momentMs) const;
 

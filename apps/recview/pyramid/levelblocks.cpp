@@ -102,7 +102,7 @@ void OpenBlock::merge(const OpenBlock& other)
     m_everywhere += other.m_everywhere;
 }
 
-OpenBlock::Levels OpenBlock::levels(std::size_t first, std::size_t end) const
+std::array<float, 3> OpenBlock::levels(std::size_t first, std::size_t end) const
 {
     float max = -Infinite;
     float min = Infinite;
@@ -116,7 +116,7 @@ OpenBlock::Levels OpenBlock::levels(std::size_t first, std::size_t end) const
     }
     constexpr double Least = 0.5;  // less than one level is what rounding left
     const float mean = count > Least ? static_cast<float>(sum / count) : NoBlockLevel;
-    return min <= max ? Levels{max, min, mean} : Levels{NoBlockLevel, NoBlockLevel, NoBlockLevel};
+    return min <= max ? std::array{max, min, mean} : std::array{NoBlockLevel, NoBlockLevel, NoBlockLevel};
 }
 
 LevelBlocks::LevelBlocks(Store& store, std::int32_t code, std::uint32_t series, std::size_t units)
@@ -179,10 +179,10 @@ void LevelBlocks::fill(const OpenBlock& block, std::size_t frequency)
         plane.resize(groups);
     }
     for (std::size_t group = 0; group < groups; ++group) {
-        const OpenBlock::Levels levels = block.levels(group * units, std::min((group + 1) * units, m_units));
-        m_planes[static_cast<std::size_t>(Combine::Max)][group] = levels.max;
-        m_planes[static_cast<std::size_t>(Combine::Min)][group] = levels.min;
-        m_planes[static_cast<std::size_t>(Combine::Mean)][group] = levels.mean;
+        const auto levels = block.levels(group * units, std::min((group + 1) * units, m_units));
+        for (std::size_t plane = 0; plane < Planes; ++plane) {
+            m_planes[plane][group] = levels[plane];
+        }
     }
 }
 
@@ -208,20 +208,17 @@ std::uint64_t LevelBlocks::close(std::size_t time)
     }
     std::uint64_t bytes = sizeof(BlockRow);
     for (std::size_t frequency = 0; frequency < hundredths.size(); ++frequency) {
-        const std::uint32_t level = BlockLayout::level(time, frequency);
-        for (std::uint32_t plane = 0; plane < Planes && !hundredths[frequency][plane].empty(); ++plane) {
+        for (std::size_t plane = 0; plane < Planes && !hundredths[frequency][plane].empty(); ++plane) {
             const std::span<const std::int16_t> row = hundredths[frequency][plane];
-            m_store.column({static_cast<std::uint32_t>(BlockKind::Levels) + plane, m_code, m_series, level})
-                .append(row);
+            m_store.column(BlockLayout::keyOf(BlockKind::Levels, m_code, m_series, time, frequency, plane)).append(row);
             bytes += row.size_bytes();
         }
         if (!areHundredths && !hundredths[frequency][0].empty()) {
-            bytes += writeFloats(open.block, frequency, level);
+            bytes += writeFloats(open.block, time, frequency);
         }
     }
     open.row.floats = areHundredths ? BlockRow::NoFloats : m_floats[time]++;
-    Column& rows =
-        m_store.column({static_cast<std::uint32_t>(BlockKind::Rows), m_code, m_series, BlockLayout::level(time, 0)});
+    Column& rows = m_store.column(BlockLayout::keyOf(BlockKind::Rows, m_code, m_series, time));
     rows.append(open.row);
     if (time + 1 < m_open.size()) {
         enter(open, m_open[time + 1], static_cast<std::uint32_t>(rows.count<BlockRow>()));
@@ -232,13 +229,13 @@ std::uint64_t LevelBlocks::close(std::size_t time)
     return bytes;
 }
 
-std::uint64_t LevelBlocks::writeFloats(const OpenBlock& block, std::size_t frequency, std::uint32_t level)
+std::uint64_t LevelBlocks::writeFloats(const OpenBlock& block, std::size_t time, std::size_t frequency)
 {
     std::uint64_t bytes = 0;
     fill(block, frequency);
-    for (std::uint32_t plane = 0; plane < Planes; ++plane) {
+    for (std::size_t plane = 0; plane < Planes; ++plane) {
         const std::span<const float> row = m_planes[plane];
-        m_store.column({static_cast<std::uint32_t>(BlockKind::Floats) + plane, m_code, m_series, level}).append(row);
+        m_store.column(BlockLayout::keyOf(BlockKind::Floats, m_code, m_series, time, frequency, plane)).append(row);
         bytes += row.size_bytes();
     }
     return bytes;

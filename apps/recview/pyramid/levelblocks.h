@@ -52,9 +52,12 @@ struct BlockLayout {
     {
         return (units + Groups[frequency] - 1) / Groups[frequency];
     }
-    [[nodiscard]] static std::uint32_t level(std::size_t time, std::size_t frequency)
+    /// @param plane by Combine, of levels
+    [[nodiscard]] static ColumnKey keyOf(BlockKind kind, std::int32_t code, std::uint32_t series, std::size_t time,
+                                         std::size_t frequency = 0, std::size_t plane = 0)
     {
-        return static_cast<std::uint32_t>(time * Groups.size() + frequency);
+        return {static_cast<std::uint32_t>(kind) + static_cast<std::uint32_t>(plane), code, series,
+                static_cast<std::uint32_t>(time * Groups.size() + frequency)};
     }
 };
 
@@ -75,13 +78,8 @@ public:
     void addToSum(std::size_t unit, float level, double times);
     void merge(const OpenBlock& other);
 
-    /// Of units [first, end) together; NaN where nothing was measured.
-    struct Levels {
-        float max;
-        float min;
-        float mean;
-    };
-    [[nodiscard]] Levels levels(std::size_t first, std::size_t end) const;
+    /// Of units [first, end) together, by Combine; NaN where nothing was measured.
+    [[nodiscard]] std::array<float, 3> levels(std::size_t first, std::size_t end) const;
 
 private:
     void makeCounts();
@@ -122,7 +120,7 @@ public:
 private:
     [[nodiscard]] std::uint64_t rowBytes(std::size_t time) const;
     std::uint64_t close(std::size_t time);
-    std::uint64_t writeFloats(const OpenBlock& block, std::size_t frequency, std::uint32_t level);
+    std::uint64_t writeFloats(const OpenBlock& block, std::size_t time, std::size_t frequency);
     static void enter(const OpenRow& closed, OpenRow& above, std::uint32_t childEnd);
     void fill(const OpenBlock& block, std::size_t frequency);
 

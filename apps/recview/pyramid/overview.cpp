@@ -5,10 +5,7 @@
 #include <utility>
 
 #include "overviewparts.h"
-#include "rectool/printing/recordjson.h"
-#include "rectool/replay/measuredtime.h"
 #include "sweepreader.h"
-#include "units.h"
 
 namespace RecView {
 
@@ -48,34 +45,10 @@ std::shared_ptr<Overview> Overview::open(std::unique_ptr<Store> store, std::shar
     return std::shared_ptr<Overview>(new Overview(std::move(parts)));
 }
 
-double Overview::startMs() const
+OverviewHead Overview::head() const
 {
     const std::shared_lock lock(d->mutex);
-    return d->tables.head.startMs;
-}
-
-double Overview::endMs() const
-{
-    const std::shared_lock lock(d->mutex);
-    return d->tables.head.endMs;
-}
-
-double Overview::growthMs() const
-{
-    const std::shared_lock lock(d->mutex);
-    return d->isComplete ? d->tables.head.endMs : d->tables.head.growthMs;
-}
-
-std::uint64_t Overview::records() const
-{
-    const std::shared_lock lock(d->mutex);
-    return d->tables.head.records;
-}
-
-std::int64_t Overview::bytes() const
-{
-    const std::shared_lock lock(d->mutex);
-    return d->tables.head.bytes;
+    return d->tables.head;
 }
 
 bool Overview::isComplete() const
@@ -223,21 +196,10 @@ std::optional<Sweep> Overview::sweepAt(std::int32_t code, double ms) const
             return false;
         }
         before = found ? std::optional(found->momentMs) : before;
-        found = Sweep{sweep.record,
-                      sweep.momentMs,
-                      before,
-                      std::nullopt,
-                      sweep.range,
-                      {sweep.levels.begin(), sweep.levels.end()},
-                      {}};
+        found = Sweep{sweep.record, sweep.momentMs, before,
+                      std::nullopt, sweep.range,    {sweep.levels.begin(), sweep.levels.end()}};
         return true;
     });
-    if (found) {
-        values::FastValueMap<float, values::levelHandler> map;
-        map.SetChannelRange(found->range);
-        map.SetCells(0, found->levels, RecTool::measuredUs(found->record.data).value_or(0));
-        RecTool::appendJson(found->json, map);
-    }
     return found;
 }
 

@@ -41,7 +41,7 @@ struct PassedRecord {
 };
 
 /// What somebody else finds out in the same pass, and keeps in columns of the same store (kinds from FirstForeignKind
-/// on). Of columns whose overview is opened again no part is made: they are read from the overview's store.
+/// on). Of an overview that is opened again no part is made: its columns are read from the overview's store.
 class OverviewPart {
 public:
     OverviewPart() = default;
@@ -49,14 +49,14 @@ public:
     OverviewPart& operator=(const OverviewPart&) = delete;
     virtual ~OverviewPart() = default;
 
-    /// Every record whose time is not lost, in their order, under the overview's lock for writing. All parts together
-    /// may append a twelfth of the bytes of the records (data, 30 bytes more a record); coarser after that.
+    /// Every record whose time is not lost, in their order, under the overview's lock for writing. It may append a
+    /// twelfth of the bytes of the records (data, 30 bytes more a record); coarser after that.
     virtual void add(const PassedRecord& passed) = 0;
     /// After the last record, under the same lock: what is still in memory goes into the store.
     virtual void finish() {}
 };
-/// Makes the parts of an overview. The store outlives them.
-using MakeParts = std::function<std::vector<std::unique_ptr<OverviewPart>>(Store& store, const Summary& summary)>;
+/// Makes the part of an overview; may be empty. The store outlives it.
+using MakePart = std::function<std::unique_ptr<OverviewPart>(Store& store, const Summary& summary)>;
 
 /// Where a record stands.
 struct RecordPlace {
@@ -109,7 +109,7 @@ struct Spectrum {
     std::uint64_t sweeps = 0;
 };
 
-/// A sweep as the recording has it: what rectool cat --json says of its record.
+/// A sweep as the recording has it.
 struct Sweep {
     Record record;
     double momentMs = 0;
@@ -117,7 +117,6 @@ struct Sweep {
     std::optional<double> nextMs;
     values::ChannelRange range;
     std::vector<float> levels;
-    std::string json;  ///< its value as rectool cat --json writes it (appendJson)
 };
 
 /// Levels over frequency, or of a channel over time.
@@ -128,6 +127,21 @@ struct Curve {
     std::vector<float> min;
     std::vector<float> mean;
     bool exact = true;
+
+    [[nodiscard]] std::vector<float>& levels(Combine of)
+    {
+        return of == Combine::Max ? max : of == Combine::Min ? min : mean;
+    }
+};
+
+/// How far a recording is known, in the store.
+struct OverviewHead {
+    double startMs = 0;
+    double endMs = 0;     ///< of the recording; while it grows: time of its last record
+    double growthMs = 0;  ///< time of the last record
+    double lengthMs = 0;  ///< what was measured later than this was stamped by a wrong clock; 0: not known
+    std::uint64_t records = 0;
+    std::int64_t bytes = 0;  ///< end of the last record in the file that is in
 };
 
 class OverviewBuilder;
@@ -144,12 +158,8 @@ public:
     Overview& operator=(const Overview&) = delete;
     ~Overview();
 
-    [[nodiscard]] double startMs() const;   ///< of the recording
-    [[nodiscard]] double endMs() const;     ///< of the recording; while it grows: time of its last record
-    [[nodiscard]] double growthMs() const;  ///< up to which time it is made; endMs() when it is complete
-    [[nodiscard]] std::uint64_t records() const;
-    [[nodiscard]] std::int64_t bytes() const;  ///< end of the last record in the file that is in
-    [[nodiscard]] bool isComplete() const;     ///< the builder has finished
+    [[nodiscard]] OverviewHead head() const;
+    [[nodiscard]] bool isComplete() const;  ///< the builder has finished
 
     /// Types that hold spectra, by type number; those without any sweep are left out.
     [[nodiscard]] std::vector<Spectrum> spectra() const;
@@ -160,7 +170,8 @@ public:
 
     /// Draws what the recording has in the grid's view. From blocks a picture of any zoom takes some milliseconds. With
     /// view.exact it is made of single sweeps where those in the view have less than 24 MB in the file, else of blocks.
-    void draw(Grid& grid) const;
+    /// @param ofSingleUnits from blocks that are the finest in frequency, where there are any
+    void draw(Grid& grid, bool ofSingleUnits = false) const;
     /// How many bytes of records an exact drawing would read; for a decision about several files together.
     [[nodiscard]] std::uint64_t bytesOfExact(const View& view) const;
     /// Largest, smallest and mean level by frequency over a stretch of time.
@@ -198,20 +209,19 @@ private:
     [[nodiscard]] Beginning sweepsFrom(std::int32_t code, double momentMs) const;
     void walk(const Stretch& time, const std::function<bool(const Record&, const RecTool::InForce&)>& visit,
               RecTool::InForce* last) const;
-    void draw(Grid& grid, bool ofSingleUnits) const;
     void drawSweeps(Grid& grid) const;
     std::unique_ptr<Private> d;
 };
 
 /// Makes an overview, record by record: of a finished file in one go, of one that grows as its records come. One
 /// thread. Memory: some 60 MB at most, whatever the records hold. Disk: a quarter of the bytes of the records at most,
-/// with the columns of all parts; where sweeps are small, blocks hold more of them.
+/// with the columns of the part; where sweeps are small, blocks hold more of them.
 class OverviewBuilder {
 public:
     /// @param summary header and types (its times are not looked at); of a file that grows: what is known of it
     /// @param records where they are read again
     OverviewBuilder(std::unique_ptr<Store> store, const Summary& summary, std::shared_ptr<const RecordSource> records,
-                    const MakeParts& makeParts = {});
+                    const MakePart& makePart = {});
     OverviewBuilder(const OverviewBuilder&) = delete;
     OverviewBuilder& operator=(const OverviewBuilder&) = delete;
     ~OverviewBuilder();

@@ -1,4 +1,4 @@
-// One pass over the records: blocks of levels, checkpoints, and the parts of others.
+// One pass over the records: blocks of levels, checkpoints, and the part of others.
 #include <algorithm>
 #include <limits>
 #include <utility>
@@ -14,12 +14,6 @@ namespace {
 constexpr std::size_t MostTypes = 4096;  // of which a state is kept
 constexpr std::size_t MostSpectra = 32;  // of which blocks are made
 constexpr std::size_t RecordExtra = 30;  // bytes that a record takes beside its data, with its entry of the time table
-
-const LevelMap* asLevels(const values::ValueBase* value)
-{
-    const bool isMap = value != nullptr && value->GetType() == values::ValueType::LevelMap;
-    return isMap ? static_cast<const LevelMap*>(value) : nullptr;
-}
 
 }  // namespace
 
@@ -62,7 +56,7 @@ struct OverviewBuilder::Private {
 
     std::shared_ptr<Overview> overview;
     Overview::Private* to = nullptr;
-    std::vector<std::unique_ptr<OverviewPart>> parts;
+    std::unique_ptr<OverviewPart> part;  // null: none
     RecTool::InForce state;
     std::map<std::int32_t, Type> types;
     std::map<std::int32_t, TypeMoments> moments;
@@ -124,7 +118,7 @@ void OverviewBuilder::Private::writeCheckpoint(const RecordPlace& next)
 }
 
 OverviewBuilder::OverviewBuilder(std::unique_ptr<Store> store, const Summary& summary,
-                                 std::shared_ptr<const RecordSource> records, const MakeParts& makeParts)
+                                 std::shared_ptr<const RecordSource> records, const MakePart& makePart)
     : d(std::make_unique<Private>())
 {
     auto parts = std::make_unique<Overview::Private>();
@@ -138,8 +132,8 @@ OverviewBuilder::OverviewBuilder(std::unique_ptr<Store> store, const Summary& su
     head.lengthMs = header.stopMs > header.startMs ? static_cast<double>(header.stopMs - header.startMs) : 0;
     head.endMs = head.growthMs = head.startMs;
     d->checkpoints = std::make_unique<CheckpointWriter>(*parts->store);
-    if (makeParts) {
-        d->parts = makeParts(*parts->store, summary);
+    if (makePart) {
+        d->part = makePart(*parts->store, summary);
     }
     parts->settle = [this] { d->settleAll(); };
     d->overview.reset(new Overview(std::move(parts)));
@@ -184,8 +178,8 @@ void OverviewBuilder::add(const Record& record)
         passed.value = d->apply(type, record, sweep);
         passed.isSweep = asLevels(passed.value) != nullptr;
     }
-    for (const auto& part : d->parts) {
-        part->add(passed);
+    if (d->part != nullptr) {
+        d->part->add(passed);
     }
     d->isCheckpointDue = d->checkpoints->passed(bytes);
 }
@@ -199,8 +193,8 @@ void OverviewBuilder::finish(double endMs)
             type.tracker->finish(type.map);
         }
     }
-    for (const auto& part : d->parts) {
-        part->finish();
+    if (d->part != nullptr) {
+        d->part->finish();
     }
     OverviewHead& head = d->to->tables.head;
     head.endMs = endMs > 0 ? endMs : head.endMs;

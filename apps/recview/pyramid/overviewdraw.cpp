@@ -39,11 +39,6 @@ float combinedRow(const Grid& grid, std::size_t row)
 
 }  // namespace
 
-void Overview::draw(Grid& grid) const
-{
-    draw(grid, false);
-}
-
 void Overview::draw(Grid& grid, bool ofSingleUnits) const
 {
     const View& view = grid.view();
@@ -113,11 +108,10 @@ Curve Overview::spectrumOver(std::int32_t code, const Stretch& time, const RecTo
     for (const Combine of : {Combine::Max, Combine::Min, Combine::Mean}) {
         view.of = of;
         Grid grid(view);
-        draw(grid, false);
+        draw(grid);
         grid.finish();
-        std::vector<float>& levels = of == Combine::Max ? curve.max : of == Combine::Min ? curve.min : curve.mean;
         for (std::size_t point = 0; point < points; ++point) {
-            levels.push_back(combinedRow(grid, points - 1 - point));
+            curve.levels(of).push_back(combinedRow(grid, points - 1 - point));
         }
         curve.exact = curve.exact && grid.exact();
     }
@@ -131,7 +125,7 @@ Curve Overview::spectrumOver(std::int32_t code, const Stretch& time, const RecTo
 Curve Overview::channelOver(std::int32_t code, double hz, const Stretch& time, std::size_t columns) const
 {
     Curve curve;
-    View view{code, time.fromMs, time.toMs, hz, hz, columns, 1, Combine::Max, true};
+    View view{code, time.fromMs, time.toMs, 0, 0, columns, 1, Combine::Max, true};
     {
         // The middle of the channel, so that its neighbours are not in it.
         const Private::Reading reading(*d);
@@ -155,7 +149,7 @@ Curve Overview::channelOver(std::int32_t code, double hz, const Stretch& time, s
         Grid grid(view);
         draw(grid, true);
         grid.finish();
-        (of == Combine::Max ? curve.max : of == Combine::Min ? curve.min : curve.mean) = grid.levels();
+        curve.levels(of) = grid.levels();
         curve.exact = curve.exact && grid.exact();
     }
     const double columnMs = (time.toMs - time.fromMs) / static_cast<double>(columns);

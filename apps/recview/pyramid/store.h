@@ -65,6 +65,18 @@ public:
         static_cast<void>(read(index, std::span(&entry, 1)));
         return entry;
     }
+    /// The number of the first entry that is not so; all that are so stand before the others.
+    template <typename Entry, typename Predicate>
+    [[nodiscard]] std::uint64_t partitionPoint(const Predicate& isSo) const
+    {
+        std::uint64_t low = 0;
+        std::uint64_t high = count<Entry>();
+        while (low < high) {
+            const std::uint64_t middle = (low + high) / 2;
+            isSo(at<Entry>(middle)) ? low = middle + 1 : high = middle;
+        }
+        return low;
+    }
 
 private:
     friend class Store;
@@ -121,7 +133,6 @@ public:
     /// The column of a key, made where there is none. Only for a store that was created.
     Column& column(const ColumnKey& key);
     [[nodiscard]] const Column* find(const ColumnKey& key) const;  ///< null when there is none
-    [[nodiscard]] const std::map<ColumnKey, std::unique_ptr<Column>>& columns() const { return m_columns; }
     /// Bytes of all columns.
     [[nodiscard]] std::uint64_t bytes() const { return m_bytes; }
 

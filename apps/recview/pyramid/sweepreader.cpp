@@ -15,15 +15,11 @@ namespace RecView {
 void readSweeps(const RecordSource& records, const OverviewHead& head, std::int32_t code, Restored from,
                 const std::function<bool(const PassingSweep&)>& visit)
 {
-    const auto asMap = [](const values::ValueBase* value) {
-        const bool isMap = value != nullptr && value->GetType() == values::ValueType::LevelMap;
-        return isMap ? static_cast<const LevelMap*>(value) : nullptr;
-    };
     std::optional<TypeMoments> moments;
-    const LevelMap* map = asMap(from.state.value(code));
+    const LevelMap* map = asLevels(from.state.value(code));
     if (const RecTool::LastRecord* last = from.state.find(code)) {
         moments = from.moments[code];
-        const LevelMap* inForce = asMap(last->value);
+        const LevelMap* inForce = asLevels(last->value);
         if (inForce != nullptr && inForce->size() > 0 &&
             !visit({last->record, moments->lastMs, inForce->GetChannelRange(), inForce->GetCells()})) {
             return;
@@ -49,8 +45,8 @@ void readSweeps(const RecordSource& records, const OverviewHead& head, std::int3
             isPending = false;
         }
         from.state.apply(record);
-        const LevelMap* after = asMap(from.state.find(code)->value);
-        map = asMap(from.state.value(code));
+        const LevelMap* after = asLevels(from.state.find(code)->value);
+        map = asLevels(from.state.value(code));
         const bool isSweep = after != nullptr && after->size() > 0;
         return !isSweep || visit({record, moment, after->GetChannelRange(), after->GetCells()});
     });

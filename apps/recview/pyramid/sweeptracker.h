@@ -17,6 +17,12 @@
 namespace RecView {
 
 using LevelMap = values::CellMap<float, values::levelHandler>;
+/// Null for every other value.
+[[nodiscard]] inline const LevelMap* asLevels(const values::ValueBase* value)
+{
+    const bool isMap = value != nullptr && value->GetType() == values::ValueType::LevelMap;
+    return isMap ? static_cast<const LevelMap*>(value) : nullptr;
+}
 
 /// What all series of a recording share.
 struct SeriesLimits {

@@ -25,11 +25,6 @@ struct SeriesEntry {
     std::uint64_t listed = 0;  // channels in the column of lists
 };
 
-ColumnKey keyOf(TableKind kind, std::int32_t code = 0)
-{
-    return {static_cast<std::uint32_t>(kind), code, 0, 0};
-}
-
 template <typename Entry>
 bool readAll(const Store& store, TableKind kind, std::int32_t code, std::vector<Entry>& entries)
 {

@@ -22,14 +22,10 @@ enum class TableKind : std::uint32_t {
     Texts,         ///< char
 };
 
-struct OverviewHead {
-    double startMs = 0;
-    double endMs = 0;
-    double growthMs = 0;
-    double lengthMs = 0;  ///< what was measured later than this was stamped by a wrong clock; 0: not known
-    std::uint64_t records = 0;
-    std::int64_t bytes = 0;
-};
+[[nodiscard]] inline ColumnKey keyOf(TableKind kind, std::int32_t code = 0)
+{
+    return {static_cast<std::uint32_t>(kind), code, 0, 0};
+}
 
 /// Two sweeps of a type that follow each other, a second or more apart.
 struct Pause {

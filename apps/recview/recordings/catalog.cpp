@@ -27,7 +27,7 @@ bool holdsTheSame(const FilePointer& a, const FilePointer& b)
 
 }  // namespace
 
-Catalog::Catalog(std::vector<NamedPath> paths, Overviews& overviews, Listeners listeners)
+Catalog::Catalog(std::vector<std::string> paths, Overviews& overviews, Listeners listeners)
     : m_paths(std::move(paths)), m_overviews(overviews), m_listeners(std::move(listeners))
 {
 }
@@ -48,7 +48,7 @@ void Catalog::openGrowing(const WatchedName& name, Entry& entry)
 {
     entry.file.reset();
     entry.problem.clear();
-    entry.growing = GrowingFile::open(name.path, name.shownName, m_overviews, entry.problem);
+    entry.growing = GrowingFile::open(name.path, m_overviews, entry.problem);
     if (entry.growing != nullptr) {
         followGrowing(entry);
     }
@@ -103,7 +103,7 @@ Catalog::Change Catalog::lookAtEntry(const WatchedName& name, Entry& entry, bool
     }
     entry.identity = identity;
     entry.problem.clear();
-    entry.file = lookAtFile(name.path, name.shownName, entry.problem);
+    entry.file = lookAtFile(name.path, entry.problem);
     if (entry.file != nullptr) {
         entry.problem = entry.file->damage;
         if (auto closed = m_closedJustNow.extract(name.path)) {
@@ -130,7 +130,6 @@ Catalog::Change Catalog::lookAtName(const WatchedName& name)
     }
     Entry& entry = m_entries[name.path];
     entry.seen = true;
-    entry.shownName = name.shownName;
     return entry.growing != nullptr ? Change::None : lookAtEntry(name, entry, isNew);
 }
 
@@ -167,7 +166,7 @@ void Catalog::publish(Change change)
             files.push_back(entry.file);
         }
         if (!entry.problem.empty()) {
-            listing->problems.push_back({validUtf8(entry.shownName), entry.problem});
+            listing->problems.push_back({validUtf8(path), entry.problem});
         }
     }
     listing->timelines = makeTimelines(std::move(files));

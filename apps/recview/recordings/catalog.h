@@ -32,7 +32,7 @@ public:
     };
 
     /// @param overviews must outlive the catalog
-    Catalog(std::vector<NamedPath> paths, Overviews& overviews, Listeners listeners = {});
+    Catalog(std::vector<std::string> paths, Overviews& overviews, Listeners listeners = {});
     Catalog(const Catalog&) = delete;
     Catalog& operator=(const Catalog&) = delete;
     ~Catalog();
@@ -48,7 +48,6 @@ private:
         System::FileIdentity identity;
         FilePointer file;  ///< null: there is nothing to show
         std::unique_ptr<GrowingFile> growing;
-        std::string shownName;
         std::string problem;
         bool seen = false;
     };

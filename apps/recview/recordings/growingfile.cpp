@@ -5,10 +5,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include <recording2/inspection/filename.h>
 #include <recording2/inspection/scan.h>
 
-#include "rectool/printing/text.h"
 #include "valuepart.h"
 
 namespace RecView {
@@ -16,8 +14,7 @@ namespace RecView {
 namespace Inspection = Recording2::Inspection;
 using Inspection::Following;
 
-std::unique_ptr<GrowingFile> GrowingFile::open(const std::string& path, const std::string& shownName,
-                                               Overviews& overviews, std::string& problem)
+std::unique_ptr<GrowingFile> GrowingFile::open(const std::string& path, Overviews& overviews, std::string& problem)
 {
     if (!Inspection::isBeingWritten(path)) {
         problem = "The recording was never closed; `rectool recover` saves what is in it.";
@@ -27,14 +24,11 @@ std::unique_ptr<GrowingFile> GrowingFile::open(const std::string& path, const st
     if (!following) {
         return nullptr;
     }
-    return std::unique_ptr<GrowingFile>(new GrowingFile(path, shownName, overviews, std::move(*following)));
+    return std::unique_ptr<GrowingFile>(new GrowingFile(path, overviews, std::move(*following)));
 }
 
-GrowingFile::GrowingFile(std::string path, std::string shownName, Overviews& overviews, Following following)
-    : m_path(std::move(path)),
-      m_shownName(std::move(shownName)),
-      m_overviews(overviews),
-      m_following(std::move(following))
+GrowingFile::GrowingFile(std::string path, Overviews& overviews, Following following)
+    : m_path(std::move(path)), m_overviews(overviews), m_following(std::move(following))
 {
 }
 
@@ -52,7 +46,7 @@ void GrowingFile::begin()
     summary.types = m_following.types();
     try {
         m_builder =
-            std::make_unique<OverviewBuilder>(m_overviews.newStore(), summary, growingRecords(m_path), makeValueParts);
+            std::make_unique<OverviewBuilder>(m_overviews.newStore(), summary, growingRecords(m_path), makeValuePart);
     } catch (const std::runtime_error&) {
         m_builder.reset();  // there is room nowhere: it is listed, and drawn once it is closed
     }
@@ -63,9 +57,7 @@ void GrowingFile::take(const Record& record)
     if (!m_hasBegun) {
         begin();
     }
-    if (m_recorded.count(record.code) == 0 && hasKind(record)) {
-        m_recorded.emplace(record.code, typeOf(record, m_following.types()));
-    }
+    noteType(record, m_following.types(), m_recorded);
     m_lastTimeMs = std::max(m_lastTimeMs, record.timeMs);
     m_bytes = record.position + static_cast<std::int64_t>(record.data.size());
     if (m_builder != nullptr) {
@@ -92,20 +84,11 @@ bool GrowingFile::follow(std::chrono::milliseconds longest)
 
 FilePointer GrowingFile::file() const
 {
-    const Inspection::Header& header = m_following.header();
-    auto file = std::make_shared<RecordedFile>();
-    const std::filesystem::path shown = Inspection::native(m_shownName);
-    file->path = m_path;
-    file->name = validUtf8(Inspection::utf8(shown.filename()));
-    file->folder = Inspection::utf8(shown.parent_path());
-    file->device = RecTool::fromLatin1(header.deviceName);
-    file->deviceType = RecTool::fromLatin1(header.deviceType);
-    file->startMs = plausibleStart(header.startMs);
+    auto file = describedFile(m_path, m_following.header(), m_following.types());
     file->endMs = file->startMs + m_lastTimeMs;
     file->bytes = m_bytes;
     file->live = true;
     file->timesKnown = m_following.timesKnown();
-    file->types = m_following.types();
     file->recorded = m_recorded;
     file->growing = m_builder == nullptr ? nullptr : m_builder->overview();
     if (file->growing != nullptr) {

@@ -20,8 +20,7 @@ public:
     using State = Recording2::Inspection::Following::State;
 
     /// @return null, with one sentence, for a file that nobody is writing or that cannot be read
-    static std::unique_ptr<GrowingFile> open(const std::string& path, const std::string& shownName,
-                                             Overviews& overviews, std::string& problem);
+    static std::unique_ptr<GrowingFile> open(const std::string& path, Overviews& overviews, std::string& problem);
     GrowingFile(const GrowingFile&) = delete;
     GrowingFile& operator=(const GrowingFile&) = delete;
     ~GrowingFile();
@@ -38,14 +37,12 @@ public:
     [[nodiscard]] std::shared_ptr<Overview> finish();
 
 private:
-    GrowingFile(std::string path, std::string shownName, Overviews& overviews,
-                Recording2::Inspection::Following following);
+    GrowingFile(std::string path, Overviews& overviews, Recording2::Inspection::Following following);
 
     void take(const Recording2::Inspection::Record& record);
     void begin();
 
     std::string m_path;
-    std::string m_shownName;
     Overviews& m_overviews;
     Recording2::Inspection::Following m_following;
     std::unique_ptr<OverviewBuilder> m_builder;

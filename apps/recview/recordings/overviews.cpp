@@ -26,9 +26,8 @@ std::string damageIn(const RecordedFile& file, const Overview& overview)
         return damageOf(summary);
     }
     const std::uint64_t named = summary.times.size();
-    return named <= overview.records()
-               ? ""
-               : std::to_string(named - overview.records()) + " of its records are damaged; the others are shown.";
+    const std::uint64_t read = overview.head().records;
+    return named <= read ? "" : std::to_string(named - read) + " of its records are damaged; the others are shown.";
 }
 
 }  // namespace
@@ -127,7 +126,7 @@ void Overviews::make(const FilePointer& file, const std::stop_token& stop)
     auto told = std::chrono::steady_clock::now();
     Made made;
     try {
-        made.overview = m_cache.overviewOf(file->path, makeValueParts, made.problem,
+        made.overview = m_cache.overviewOf(file->path, makeValuePart, made.problem,
                                            [&](double share, const std::shared_ptr<Overview>& soFar) {
                                                const auto now = std::chrono::steady_clock::now();
                                                if (now - told > Often && share < 1) {

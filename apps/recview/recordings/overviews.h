@@ -48,8 +48,6 @@ public:
     void adopt(const FilePointer& file, std::shared_ptr<Overview> overview);
     /// Where the overviews of growing files are kept meanwhile. @throws std::runtime_error where there is no room
     [[nodiscard]] std::unique_ptr<Store> newStore() { return m_cache.newStore(); }
-    /// What is wrong with the cache, one sentence, once.
-    [[nodiscard]] std::string takeWarning() { return m_cache.takeWarning(); }
 
 private:
     struct Entry {

@@ -2,6 +2,7 @@
 #include "recordedfile.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <set>
 
@@ -46,11 +47,9 @@ std::string validUtf8(const std::string& bytes)
     return QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size())).toStdString();
 }
 
-namespace {
-
-Kind kindOf(ValueType type)
+std::optional<Kind> kindOf(const Inspection::Record& record)
 {
-    switch (type) {
+    switch (values::RecordedKind(record.data)) {
         case ValueType::Bool:
             return Kind::Boolean;
         case ValueType::Numeric:
@@ -64,11 +63,40 @@ Kind kindOf(ValueType type)
         case ValueType::FastBearingMap:
             return Kind::Bearings;
         case ValueType::String:
+            return Kind::Text;
         case ValueType::Unknown:
             break;
     }
-    return Kind::Text;
+    return std::nullopt;
 }
+
+RecordedType typeOf(std::int32_t code, Kind kind, const NamedTypes& types)
+{
+    RecordedType type;
+    type.code = code;
+    type.kind = kind;
+    type.keyword = RecTool::TypeNames(types).label(code);
+    type.unit = kind == Kind::Levels ? "dB" : kind == Kind::Number ? RecTool::unitOfKeyword(type.keyword) : "";
+    return type;
+}
+
+void noteType(const Inspection::Record& record, const NamedTypes& types, RecordedTypes& recorded)
+{
+    if (recorded.contains(record.code)) {
+        return;
+    }
+    if (const std::optional<Kind> kind = kindOf(record)) {
+        recorded.emplace(record.code, typeOf(record.code, *kind, types));
+    }
+}
+
+void RecordedType::widen(double low, double high)
+{
+    lowHz = std::fmin(lowHz, low);
+    highHz = std::fmax(highHz, high);
+}
+
+namespace {
 
 /// Without a stop that can be one the times of the records tell how long it is.
 std::uint64_t lengthOf(const std::string& path, const Inspection::Header& header)
@@ -91,9 +119,7 @@ RecordedTypes firstTypes(const std::string& path, const Inspection::Summary& sum
     Inspection::RecordReader reader(path, summary);
     Inspection::Record record;
     for (int count = 0; count < MostRecords && reader.bytesRead() < MostBytes && reader.next(record); ++count) {
-        if (hasKind(record)) {
-            found.try_emplace(record.code, typeOf(record, summary.types));
-        }
+        noteType(record, summary.types, found);
         ranges[record.code].add(record.data);
     }
     for (auto& [code, type] : found) {
@@ -123,55 +149,39 @@ std::string damageOf(const Inspection::Summary& summary)
                : "The file is damaged: " + summary.findings.front().text + " What can be read is shown.";
 }
 
-std::string unitOf(Kind kind, const std::string& keyword)
+std::shared_ptr<RecordedFile> describedFile(const std::string& path, const Inspection::Header& header,
+                                            const NamedTypes& types)
 {
-    return kind == Kind::Levels ? "dB" : kind == Kind::Number ? RecTool::unitOfKeyword(keyword) : "";
+    auto file = std::make_shared<RecordedFile>();
+    const std::filesystem::path native = Inspection::native(path);
+    file->path = path;
+    file->name = validUtf8(Inspection::utf8(native.filename()));
+    file->folder = Inspection::utf8(native.parent_path());
+    file->device = RecTool::fromLatin1(header.deviceName);
+    file->deviceType = RecTool::fromLatin1(header.deviceType);
+    file->startMs = plausibleStart(header.startMs);
+    file->types = types;
+    return file;
 }
 
-bool hasKind(const Inspection::Record& record)
-{
-    return values::RecordedKind(record.data) != ValueType::Unknown;
-}
-
-RecordedType typeOf(const Inspection::Record& record, const std::vector<Inspection::TypeEntry>& types)
-{
-    RecordedType type;
-    type.code = record.code;
-    type.kind = kindOf(values::RecordedKind(record.data));
-    type.keyword = RecTool::TypeNames(types).label(record.code);
-    type.unit = unitOf(type.kind, type.keyword);
-    return type;
-}
-
-FilePointer lookAtFile(const std::string& path, const std::string& shownName, std::string& problem)
+FilePointer lookAtFile(const std::string& path, std::string& problem)
 {
     const Inspection::Summary summary = Inspection::inspectHead(path);
     if (summary.readability != Inspection::Readability::Ok) {
         problem = summary.problem;
         return nullptr;
     }
-    auto file = std::make_shared<RecordedFile>();
-    const std::filesystem::path shown = Inspection::native(shownName);
-    file->path = path;
-    file->name = validUtf8(Inspection::utf8(Inspection::native(path).filename()));  // an address ends in a number
-    file->archived = path != shownName;
-    file->folder = Inspection::utf8(shown.parent_path());
-    file->device = RecTool::fromLatin1(summary.header.deviceName);
-    file->deviceType = RecTool::fromLatin1(summary.header.deviceType);
-    file->startMs = plausibleStart(summary.header.startMs);
-    file->endMs = file->startMs + lengthOf(path, summary.header);
-    file->bytes = summary.fileSize;
-    file->types = summary.types;
     const Inspection::Header& header = summary.header;
+    auto file = describedFile(path, header, summary.types);
+    file->endMs = file->startMs + lengthOf(path, header);
+    file->bytes = summary.fileSize;
     for (const std::uint64_t number :
          {header.startMs, header.stopMs, static_cast<std::uint64_t>(header.positions.firstRecord),
           static_cast<std::uint64_t>(header.positions.timeTable)}) {
         file->content += std::to_string(number) + ' ';
     }
     file->recorded = firstTypes(path, summary);
-    if (!summary.findings.empty()) {
-        file->damage = damageOf(summary);
-    }
+    file->damage = damageOf(summary);
     return file;
 }
 

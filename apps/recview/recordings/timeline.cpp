@@ -60,8 +60,7 @@ RecordedTypes Timeline::recorded() const
         for (const auto& [code, type] : file->recorded) {
             const auto [place, isNew] = all.try_emplace(code, type);
             if (!isNew) {
-                place->second.lowHz = std::fmin(place->second.lowHz, type.lowHz);
-                place->second.highHz = std::fmax(place->second.highHz, type.highHz);
+                place->second.widen(type.lowHz, type.highHz);
             }
         }
     }

@@ -55,10 +55,10 @@ ValuePart::ValuePart(Store& store, const Summary& summary)
 void ValuePart::noteKind(const PassedRecord& passed)
 {
     const std::int32_t code = passed.record.code;
-    if (m_kinds.count(code) == 0 && hasKind(passed.record)) {
-        const Kind kind = typeOf(passed.record, m_types).kind;
-        m_kinds.emplace(code, kind);
-        m_store.column(keyOf(Kept::Kinds)).append(KeptKind{code, static_cast<std::uint32_t>(kind)});
+    const std::optional<Kind> kind = m_kinds.contains(code) ? std::nullopt : kindOf(passed.record);
+    if (kind) {
+        m_kinds.emplace(code, *kind);
+        m_store.column(keyOf(Kept::Kinds)).append(KeptKind{code, static_cast<std::uint32_t>(*kind)});
     }
 }
 
@@ -246,11 +246,9 @@ void ValuePart::finish()
     }
 }
 
-std::vector<std::unique_ptr<OverviewPart>> makeValueParts(Store& store, const Summary& summary)
+std::unique_ptr<OverviewPart> makeValuePart(Store& store, const Summary& summary)
 {
-    std::vector<std::unique_ptr<OverviewPart>> parts;
-    parts.push_back(std::make_unique<ValuePart>(store, summary));
-    return parts;
+    return std::make_unique<ValuePart>(store, summary);
 }
 
 }  // namespace RecView

@@ -86,7 +86,7 @@ private:
                                       std::int64_t position);
 
 /// For the maker of overviews.
-[[nodiscard]] std::vector<std::unique_ptr<OverviewPart>> makeValueParts(Store& store, const Summary& summary);
+[[nodiscard]] std::unique_ptr<OverviewPart> makeValuePart(Store& store, const Summary& summary);
 
 /// A plain value on one line, cut where it is long.
 [[nodiscard]] std::string changeText(const Record& record, const values::ValueBase* value);

@@ -19,17 +19,7 @@ constexpr std::int64_t MostReadBytes = std::int64_t{8} << 20;  // some 50 ms
 template <typename Entry>
 std::uint64_t firstAfter(const Column& column, double ms)
 {
-    std::uint64_t low = 0;
-    std::uint64_t high = column.count<Entry>();
-    while (low < high) {
-        const std::uint64_t middle = low + (high - low) / 2;
-        if (column.at<Entry>(middle).ms > ms) {
-            high = middle;
-        } else {
-            low = middle + 1;
-        }
-    }
-    return low;
+    return column.partitionPoint<Entry>([ms](const Entry& entry) { return entry.ms <= ms; });
 }
 
 /// Entries of a column, from the one in force at the beginning to the last one of a stretch.
@@ -146,7 +136,7 @@ void readNumbers(const Overview& overview, std::int32_t code, const Stretch& tim
 {
     const auto pushRecord = [&](const RecTool::LastRecord& last) {
         const double number = numberOf(last.value);
-        push(curve, overview.startMs() + static_cast<double>(last.record.timeMs), number, number, number);
+        push(curve, overview.head().startMs + static_cast<double>(last.record.timeMs), number, number, number);
     };
     const RecTool::InForce state = overview.stateAt(time.fromMs);
     const RecTool::LastRecord* inForce = state.find(code);
@@ -185,7 +175,7 @@ struct BearingPlan {
 
 BearingPlan planBearings(const Overview& overview, const Stretch& time, std::size_t most)
 {
-    const std::int64_t bytesInAll = overview.bytes();
+    const std::int64_t bytesInAll = overview.head().bytes;
     const bool isComplete = overview.isComplete();
     const auto lock = overview.lock();
     BearingPlan plan;
@@ -220,7 +210,7 @@ public:
         : m_overview(overview),
           m_time(time),
           m_bearings(bearings),
-          m_startMs(overview.startMs()),
+          m_startMs(overview.head().startMs),
           m_taker(RecTool::TypeNames(types), static_cast<std::uint64_t>(m_startMs),
                   [this](const auto& taken) { take(taken); })
     {
@@ -277,7 +267,7 @@ private:
 void appendNumbers(const Overview& overview, std::int32_t code, const Stretch& time, std::size_t points,
                    NumberCurve& curve)
 {
-    const std::int64_t bytes = overview.bytes();
+    const std::int64_t bytes = overview.head().bytes;
     NumberPlan plan;
     {
         const auto lock = overview.lock();

@@ -39,40 +39,40 @@ std::vector<std::string> recordingsOf(const fs::path& directory)
 
 }  // namespace
 
-void WatchedPaths::addDirectory(const NamedPath& named, std::vector<WatchedName>& names)
+void WatchedPaths::addDirectory(const std::string& path, std::vector<WatchedName>& names)
 {
     constexpr std::chrono::seconds Settled{1};  // file systems tell times in steps of up to some milliseconds
     std::error_code error;
-    Directory& directory = m_directories[named.path];
-    const fs::file_time_type changed = fs::last_write_time(native(named.path), error);
+    Directory& directory = m_directories[path];
+    const fs::file_time_type changed = fs::last_write_time(native(path), error);
     if (!directory.settled || changed != directory.changed || error) {
         directory.settled = !error && fs::file_time_type::clock::now() - changed > Settled;
         directory.changed = changed;
-        directory.files = recordingsOf(native(named.path));
+        directory.files = recordingsOf(native(path));
     }
     for (const std::string& file : directory.files) {
-        names.push_back({file, file, false});
+        names.push_back({file, false});
     }
 }
 
 std::vector<WatchedName> WatchedPaths::list()
 {
     std::vector<WatchedName> names;
-    for (const NamedPath& named : m_paths) {
+    for (const std::string& path : m_paths) {
         std::error_code error;
-        if (fs::is_directory(native(named.path), error)) {
-            addDirectory(named, names);
+        if (fs::is_directory(native(path), error)) {
+            addDirectory(path, names);
             continue;
         }
-        fs::path finished = native(named.path);
+        fs::path finished = native(path);
         if (finished.extension() == Unfinished && !fs::exists(finished, error)) {
             finished.replace_extension(Finished);  // it was closed meanwhile
             if (fs::exists(finished, error)) {
-                names.push_back({utf8(finished), utf8(finished), true});
+                names.push_back({utf8(finished), true});
                 continue;
             }
         }
-        names.push_back({named.path, named.shownName, true});
+        names.push_back({path, true});
     }
     return names;
 }

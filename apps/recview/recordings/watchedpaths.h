@@ -13,19 +13,12 @@ namespace RecView {
 /// A name of the file system that may be that of a recording.
 struct WatchedName {
     std::string path;       ///< as the system has it
-    std::string shownName;  ///< what people gave for it: the path, or an archive address
     bool wasNamed = false;  ///< by itself, not found in a directory: that it is missing is to be told
-};
-
-/// A path that people named.
-struct NamedPath {
-    std::string path;
-    std::string shownName;
 };
 
 class WatchedPaths {
 public:
-    explicit WatchedPaths(std::vector<NamedPath> paths) : m_paths(std::move(paths)) {}
+    explicit WatchedPaths(std::vector<std::string> paths) : m_paths(std::move(paths)) {}
 
     /// Lists the recordings, finished and not: files that were named, and *.rec and *.tmp of directories. A directory
     /// is read only when it has changed since. What cannot be read is as empty.
@@ -38,9 +31,9 @@ private:
         std::vector<std::string> files;
     };
 
-    void addDirectory(const NamedPath& named, std::vector<WatchedName>& names);
+    void addDirectory(const std::string& path, std::vector<WatchedName>& names);
 
-    std::vector<NamedPath> m_paths;
+    std::vector<std::string> m_paths;
     std::map<std::string, Directory> m_directories;
 };
 

@@ -5,8 +5,7 @@ import * as navigate from './navigate.js';
 import * as overlay from './overlay.js';
 import * as recordings from './recordings.js';
 import * as text from './text.js';
-import { element } from './dom.js';
-import { choice } from './elements.js';
+import { button, element, labelledChoice } from './dom.js';
 import { latest } from './latest.js';
 
 const kind = 'answers';
@@ -30,7 +29,7 @@ const questions = {
 
 /** Fills its container. */
 export function create(container) {
-    asking = choice('', Object.entries(questions).map(([name, { title }]) => [name, title]), () => ask());
+    asking = labelledChoice('', Object.entries(questions).map(([name, { title }]) => [name, title]), () => ask());
     asking.select.setAttribute('aria-label', 'What to answer');
     above = element('input', { type: 'number', min: 0, max: 100, step: 1, value: 10, title: 'Decibels above the noise floor', aria: { label: 'Decibels above the noise floor' } });
     above.addEventListener('change', () => ask());
@@ -96,9 +95,8 @@ function words(count, name) {
 
 function row({ cells, jump, title }) {
     const [first, ...others] = cells;
-    const button = element('button', { type: 'button', className: 'jump', textContent: first, title: title ?? 'Show it' });
-    button.addEventListener('click', jump);
-    return element('tr', {}, element('th', { scope: 'row' }, button), ...others.map((cell) => element('td', { textContent: cell })));
+    const shown = button(first, jump, { className: 'jump', title: title ?? 'Show it' });
+    return element('tr', {}, element('th', { scope: 'row' }, shown), ...others.map((cell) => element('td', { textContent: cell })));
 }
 
 function emissionRows({ startMsSince1970, emissions }) {

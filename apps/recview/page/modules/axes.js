@@ -56,7 +56,7 @@ export function timeTicks(from, to, width, utc) {
 }
 
 /** Step 1, 2 or 5 times a power of ten that leaves so many pixels between marks. */
-export function niceStep(span, pixels, between) {
+function niceStep(span, pixels, between) {
     const least = span / Math.max(1, pixels / between);
     const power = 10 ** Math.floor(Math.log10(least));
     return [1, 2, 5, 10].map((factor) => factor * power).find((step) => step >= least * 0.999999);

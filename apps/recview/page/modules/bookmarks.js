@@ -1,7 +1,6 @@
 // Bookmarks in the margin above the waterfall, and as a list: jump; with --edit also add, rename and remove.
 import { onLayout, timeToX } from './axes.js';
-import { element } from './dom.js';
-import { button } from './elements.js';
+import { button, closedByEscape, element } from './dom.js';
 import * as keys from './keys.js';
 import { latest } from './latest.js';
 import { goTo } from './navigate.js';
@@ -31,28 +30,19 @@ class Bookmarks {
     }
 
     build(container) {
-        this.margin = element('div', { className: 'bookmark-margin' });
-        this.margin.setAttribute('role', 'group');
-        this.margin.setAttribute('aria-label', 'Bookmarks in view');
+        this.margin = element('div', { className: 'bookmark-margin', role: 'group', aria: { label: 'Bookmarks in view' } });
         this.summary = element('summary', {}, 'Bookmarks');
         this.items = element('ul', { className: 'bookmark-list' });
-        this.text = element('input', { type: 'text', maxLength: 200, placeholder: 'Text of the bookmark', required: true });
-        this.text.setAttribute('aria-label', 'Text of a new bookmark at the cursor');
+        this.text = element('input', { type: 'text', maxLength: 200, placeholder: 'Text of the bookmark', required: true,
+            aria: { label: 'Text of a new bookmark at the cursor' } });
         this.form = element('form', { hidden: true }, this.text, element('button', { type: 'submit' }, 'Add at the cursor'));
         this.form.addEventListener('submit', (event) => {
             event.preventDefault();
             this.add();
         });
         this.note = element('p', { className: 'note error', role: 'alert' });
-        this.menu = element('details', { className: 'menu' }, this.summary, element('div', { className: 'menu-body' },
-            this.form, this.items, this.note));
-        this.menu.addEventListener('keydown', (event) => {
-            if (event.key === 'Escape') {
-                this.menu.open = false;
-                this.summary.focus();
-                event.stopPropagation();
-            }
-        });
+        this.menu = closedByEscape(element('details', { className: 'menu' }, this.summary,
+            element('div', { className: 'menu-body' }, this.form, this.items, this.note)), this.summary);
         container.replaceChildren(this.menu, this.margin);
     }
 
@@ -129,8 +119,7 @@ class Bookmarks {
     }
 
     rename(row, bookmark) {
-        const input = element('input', { type: 'text', maxLength: 200, value: bookmark.text, required: true });
-        input.setAttribute('aria-label', 'New text');
+        const input = element('input', { type: 'text', maxLength: 200, value: bookmark.text, required: true, aria: { label: 'New text' } });
         const form = element('form', {}, input, element('button', { type: 'submit' }, 'Rename'),
             button('Leave it', () => this.drawList()));
         form.addEventListener('submit', (event) => {

@@ -36,7 +36,7 @@ export function chart(container, wishes) {
     if (wishes.gutters) {
         axes.onLayout(() => {
             plot.axes[1].size = () => wishes.gutters().left;
-            plot.setSize({ width: container.clientWidth, height: container.clientHeight });
+            size();
         });
     }
     theme.onChange(() => plot.redraw(false, true));

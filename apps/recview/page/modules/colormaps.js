@@ -30,11 +30,6 @@ export function colours(name) {
     return tables.get(name);
 }
 
-/** The two greys [red, green, blue] of what was not measured. */
-export function missingColours() {
-    return missing;
-}
-
 let tile;
 
 /** Fills a box with what stands where nothing was measured. @param {CanvasRenderingContext2D} context */

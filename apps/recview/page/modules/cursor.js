@@ -11,8 +11,8 @@ export function create(container) {
     const level = element('output', { id: 'cursor-level' });
     const source = element('p', { id: 'cursor-source' });
     const steps = element('span', { className: 'steps' },
-        button('‹', 'Sweep before (,)', () => sweep.step(-1)), button('›', 'Sweep after (.)', () => sweep.step(1)),
-        button('×', 'No cursor (Esc)', () => model.set({ at: null, hz: null })));
+        button('‹', () => sweep.step(-1), { title: 'Sweep before (,)' }), button('›', () => sweep.step(1), { title: 'Sweep after (.)' }),
+        button('×', () => model.set({ at: null, hz: null }), { title: 'No cursor (Esc)' }));
     const figure = (label, output) => element('div', { className: 'figure' }, element('label', { textContent: label, htmlFor: output.id }), output);
     container.append(element('div', { className: 'figures' }, figure('Time', time), figure('Frequency', frequency), figure('Level', level), steps), source);
 

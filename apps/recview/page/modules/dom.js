@@ -19,9 +19,9 @@ export function element(tag, properties = {}, ...children) {
     return made;
 }
 
-/** A button; what it does in a few words is its title too. */
-export function button(text, title, action) {
-    const made = element('button', { type: 'button', title, textContent: text });
+/** A button. @param {Node|string|(Node|string)[]} content @param {object} [properties] as those of element */
+export function button(content, action, properties = {}) {
+    const made = element('button', { type: 'button', ...properties }, content);
     made.addEventListener('click', action);
     return made;
 }
@@ -32,6 +32,27 @@ export function choice(label, choices, chosen, action) {
     fill(made, choices, chosen);
     made.addEventListener('change', () => action(made.value));
     return made;
+}
+
+/** A select with its label in words before it. */
+export function labelledChoice(text, choices, changed) {
+    const select = element('select');
+    fill(select, choices, choices[0][0]);
+    select.addEventListener('change', changed);
+    const label = element('label', {}, `${text} `, select);
+    return { label, select, get value() { return select.value; }, set value(value) { select.value = value; } };
+}
+
+/** What Escape closes, while it or something in it has the focus. */
+export function closedByEscape(menu, summary) {
+    menu.addEventListener('keydown', (event) => {
+        if (event.key === 'Escape') {
+            menu.open = false;
+            summary.focus();
+            event.stopPropagation();
+        }
+    });
+    return menu;
 }
 
 /** Gives a select other choices. */

@@ -3,7 +3,7 @@ const radius = 6371.0088; // km
 const toRadians = Math.PI / 180;
 
 /** The point in a direction (degrees from true north) and distance (km); longitudes go on past 180. */
-export function pointFrom(lat, lon, degrees, distance) {
+function pointFrom(lat, lon, degrees, distance) {
     const angle = distance / radius;
     const from = lat * toRadians;
     const turn = degrees * toRadians;

@@ -110,7 +110,7 @@ export function help() {
         element('div', { className: 'columns' },
             element('table', {}, element('tbody', {}, ...keys.map((key) => row(keyTexts(key), key.words)))),
             element('table', {}, element('tbody', {}, ...mouse.map(([name, words]) => row([element('kbd', { textContent: name })], words))))),
-        button('Close', 'Close', () => box.close()));
+        button('Close', () => box.close(), { title: 'Close' }));
     box.addEventListener('close', () => box.remove());
     document.body.append(box);
     box.showModal();

@@ -19,8 +19,7 @@ export function create(container, theBox, thePicture) {
     [box, picture] = [theBox, thePicture];
     canvas = element('canvas', { className: 'scale', title: 'Level scale: drag its ends, double click to follow the data' });
     handles = { high: handle('high', 'Highest level'), low: handle('low', 'Lowest level') };
-    auto = button('Auto', 'The scale follows the data (a)', () => model.set({ autoLevel: !model.get().autoLevel }));
-    auto.className = 'auto';
+    auto = button('Auto', () => model.set({ autoLevel: !model.get().autoLevel }), { className: 'auto', title: 'The scale follows the data (a)' });
     container.append(canvas, handles.high, handles.low, auto);
     canvas.addEventListener('pointerdown', (event) => begin(event, nearest(event.offsetY)));
     canvas.addEventListener('dblclick', () => model.set({ autoLevel: true }));
@@ -54,7 +53,7 @@ function handle(which, label) {
 }
 
 /** What the bar shows: the scale and what there is, with some room. */
-function extent() {
+export function extent() {
     const { levelLow, levelHigh } = model.get();
     const head = picture()?.head;
     const lowest = Math.min(levelLow, head?.lowest ?? levelLow);
@@ -158,9 +157,4 @@ export function bar(context, height, { low, high }) {
             context.fillText(text.minus(level), 17, y);
         }
     }
-}
-
-/** What the bar shows now, for pictures that are taken away. */
-export function shown() {
-    return extent();
 }

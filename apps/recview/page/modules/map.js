@@ -1,8 +1,7 @@
 // The map: coastlines, where the station was, its lines of bearing, and the fixes that they make.
 import { bearingsOf } from './bearings.js';
 import { lineOfBearing } from './earth.js';
-import { element } from './dom.js';
-import { button, choice } from './elements.js';
+import { button, element, labelledChoice } from './dom.js';
 import { Ground } from './mapground.js';
 import * as text from './text.js';
 import { colour, onChange } from './theme.js';
@@ -33,8 +32,8 @@ class BearingMap {
 
     build() {
         const again = () => this.state === 'awake' && this.drawData();
-        this.colour = choice('Colour', [['channel', 'by channel'], ['level', 'by level']], again);
-        this.length = choice('Lines', lengths, again);
+        this.colour = labelledChoice('Colour', [['channel', 'by channel'], ['level', 'by level']], again);
+        this.length = labelledChoice('Lines', lengths, again);
         this.place = element('div', { className: 'map', ariaLabel: 'Map: arrows move it, plus and minus zoom' });
         this.legend = element('ul', { className: 'legend' });
         this.note = element('p', { className: 'note', role: 'status' });

@@ -63,7 +63,7 @@ export function set(changes, how) {
         return;
     }
     for (const { names, callback } of [...listeners]) {
-        if (names === null || names.some((name) => changed.has(name))) {
+        if (names.some((name) => changed.has(name))) {
             callback(state, changed, how);
         }
     }
@@ -71,11 +71,11 @@ export function set(changes, how) {
 
 /**
  * Calls back after every change of one of these names, at once.
- * @param {string|string[]} names '*' for all
+ * @param {string|string[]} names
  * @param {(state: State, changed: Set<string>, how?: string) => void} callback
  */
 export function on(names, callback) {
-    listeners.push({ names: names === '*' ? null : [names].flat(), callback });
+    listeners.push({ names: [names].flat(), callback });
 }
 
 /** The spectrum of the recording that is shown: {code, keyword, unit, lowHz, highHz}; null without one. */

@@ -1,4 +1,6 @@
 // The line at the top: what went wrong, in a sentence.
+import { button, element } from './dom.js';
+
 const lines = new Map();
 
 /**
@@ -24,15 +26,5 @@ function draw() {
 }
 
 function line(kind, sentence) {
-    const row = document.createElement('p');
-    const close = document.createElement('button');
-    row.dataset.kind = kind;
-    close.type = 'button';
-    close.textContent = '×';
-    close.setAttribute('aria-label', 'Close');
-    close.addEventListener('click', () => hide(kind));
-    const words = document.createElement('span');
-    words.textContent = sentence;
-    row.append(words, close);
-    return row;
+    return element('p', { data: { kind } }, element('span', {}, sentence), button('×', () => hide(kind), { ariaLabel: 'Close' }));
 }

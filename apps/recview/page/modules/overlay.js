@@ -2,6 +2,7 @@
 import * as model from './model.js';
 import * as axes from './axes.js';
 import * as theme from './theme.js';
+import { element } from './dom.js';
 
 let canvas;
 let plotBox;
@@ -13,11 +14,8 @@ let boxes = [];
 /** Puts the surface over the waterfall; it takes pointer and keys. */
 export function create(container, theBox) {
     plotBox = theBox;
-    canvas = document.createElement('canvas');
-    canvas.className = 'overlay';
-    canvas.tabIndex = 0;
-    canvas.setAttribute('role', 'application');
-    canvas.setAttribute('aria-label', 'Waterfall. Arrow keys move, plus and minus zoom, question mark shows all keys.');
+    canvas = element('canvas', { className: 'overlay', tabIndex: 0, role: 'application',
+        ariaLabel: 'Waterfall. Arrow keys move, plus and minus zoom, question mark shows all keys.' });
     container.append(canvas);
     model.on(['at', 'hz', 'from', 'to', 'low', 'high', 'loop', 'end'], draw);
     theme.onChange(draw);

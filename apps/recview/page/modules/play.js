@@ -1,6 +1,5 @@
 // Play: the cursor runs through the recording, at any speed, in a loop, record by record, or follows the newest.
-import { element } from './dom.js';
-import { button, choice } from './elements.js';
+import { button, element, labelledChoice } from './dom.js';
 import * as keys from './keys.js';
 import { latest } from './latest.js';
 import * as navigate from './navigate.js';
@@ -36,7 +35,7 @@ class Player {
 
     build(container) {
         this.playButton = button('Play', () => this.toggle(), { title: 'Space' });
-        this.speed = choice('Speed', speeds.map((speed) => [String(speed), speed < 1 ? `1/${1 / speed}` : `${speed}×`]),
+        this.speed = labelledChoice('Speed', speeds.map((speed) => [String(speed), speed < 1 ? `1/${1 / speed}` : `${speed}×`]),
             () => this.model.set({ speed: Number(this.speed.value) }));
         this.loop = button('Loop what is visible', () => this.toggleLoop());
         this.follow = button('Live', () => navigate.follow(!this.model.get().follow));

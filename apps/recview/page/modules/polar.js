@@ -1,7 +1,6 @@
 // The bearings of the visible time span around the station: direction is the azimuth, distance the level or the quality.
 import { bearingsOf } from './bearings.js';
-import { element } from './dom.js';
-import { choice } from './elements.js';
+import { element, labelledChoice } from './dom.js';
 import * as text from './text.js';
 import { colour, onChange } from './theme.js';
 
@@ -17,9 +16,9 @@ class Polar {
         this.bearings = bearings;
         this.points = [];
         const redraw = () => this.draw();
-        this.azimuth = choice('Azimuth', [['true', 'from true north'], ['relative', 'from the antenna']], redraw);
-        this.radius = choice('Distance', [['level', 'level'], ['quality', 'quality']], redraw);
-        this.canvas = element('canvas', { tabIndex: 0, className: 'polar' });
+        this.azimuth = labelledChoice('Azimuth', [['true', 'from true north'], ['relative', 'from the antenna']], redraw);
+        this.radius = labelledChoice('Distance', [['level', 'level'], ['quality', 'quality']], redraw);
+        this.canvas = element('canvas', { tabIndex: 0, className: 'polar', role: 'img' });
         this.note = element('p', { className: 'note' });
         container.replaceChildren(element('div', { className: 'choices' }, this.azimuth.label, this.radius.label),
             this.canvas, this.note);
@@ -130,7 +129,6 @@ class Polar {
         const name = this.azimuth.value === 'true' ? 'trueAzimuth' : 'azimuth';
         const words = strong.filter((bearing) => typeof bearing[name] === 'number').slice(0, 8)
             .map((bearing) => `${text.frequency(bearing.hz)} from ${bearing[name].toFixed(1)}°`);
-        this.canvas.setAttribute('role', 'img');
         this.canvas.setAttribute('aria-label',
             `${shown.length} bearings. At the cursor: ${words.join(', ') || 'none'}. Left and right go through them.`);
         this.note.textContent = this.bearings.error || (all > 0 && shown.length === 0

@@ -1,6 +1,5 @@
 // A record as a readable table: the one that was clicked, or that play stepped to.
-import { element } from './dom.js';
-import { button } from './elements.js';
+import { button, element } from './dom.js';
 import { latest } from './latest.js';
 import * as text from './text.js';
 
@@ -68,14 +67,10 @@ function plain(value) {
     return value === null ? 'none' : typeof value === 'object' ? JSON.stringify(value) : String(value);
 }
 
-function channelOf(range, index) {
-    return range.channelsHz ? range.channelsHz[index] : range.startHz + index * range.stepHz;
-}
-
 /** The measured cells of a map, the one that was meant first; of very many the first ones. */
 function mapTables(value, hz, utc) {
-    const range = value.range ?? {};
-    const cells = value.cells.map((cell, index) => ({ cell, hz: channelOf(range, index) })).filter(({ cell }) => cell !== null);
+    const channels = text.channels(value.range);
+    const cells = value.cells.map((cell, index) => ({ cell, hz: channels[index] })).filter(({ cell }) => cell !== null);
     const meant = cells.findIndex((cell) => cell.hz === hz);
     if (meant > 0) {
         cells.unshift(...cells.splice(meant, 1));

@@ -108,22 +108,17 @@ const unanswered = 'The server does not answer. What is shown is what it last to
 /** Follows the server's events. */
 export function start() {
     let lost = false;
-    const reload = () => load().then(openFirst).catch(tell);
-    server.on('grown', grown);
-    server.on('made', made);
-    server.on('changed', reload);
-    server.on('lost', () => {
+    const changed = () => load().then(openFirst).catch(tell);
+    server.listen({ grown, made, changed }, () => {
         lost = true;
         notice.show('server', unanswered);
-    });
-    server.on('found', () => {
+    }, () => {
         notice.hide('server');
         if (lost) {
             lost = false;
-            reload();
+            changed();
         }
     });
-    server.listen();
 }
 
 function openFirst(recordings) {

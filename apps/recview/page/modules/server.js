@@ -91,36 +91,24 @@ async function problem(answer) {
     return Object.assign(new Error(sentence), { status: answer.status });
 }
 
-const callbacks = new Map();
-
 /**
- * Calls back for the server's events grown, changed, made (with their JSON), and for lost and found (the server itself).
- * @param {string} name @param {(content: any) => void} callback
+ * Listens for events from now on; a lost server is asked again after growing pauses.
+ * @param {object} events callbacks of the server's events by their names, with their JSON
+ * @param {() => void} lost the server does not answer @param {() => void} found it answers again
  */
-export function on(name, callback) {
-    callbacks.set(name, [...(callbacks.get(name) ?? []), callback]);
-}
-
-function tell(name, content) {
-    for (const callback of callbacks.get(name) ?? []) {
-        callback(content);
-    }
-}
-
-/** Listens for events from now on; a lost server is asked again after growing pauses. */
-export function listen(pause = 500) {
+export function listen(events, lost, found, pause = 500) {
     const source = new EventSource('/api/events');
     let wait = pause;
     source.onopen = () => {
         wait = 500;
-        tell('found', {});
+        found();
     };
     source.onerror = () => {
         source.close();
-        tell('lost', { retryMs: wait });
-        setTimeout(() => listen(Math.min(wait * 2, 15000)), wait);
+        lost();
+        setTimeout(() => listen(events, lost, found, Math.min(wait * 2, 15000)), wait);
     };
-    for (const name of ['grown', 'changed', 'made']) {
-        source.addEventListener(name, (event) => tell(name, JSON.parse(event.data)));
+    for (const [name, callback] of Object.entries(events)) {
+        source.addEventListener(name, (event) => callback(JSON.parse(event.data)));
     }
 }

@@ -2,6 +2,7 @@
 import * as model from './model.js';
 import * as server from './server.js';
 import * as recordings from './recordings.js';
+import * as text from './text.js';
 import { latest } from './latest.js';
 
 let sweep = null;
@@ -22,11 +23,6 @@ export function on(callback) {
 export function moment() {
     const { at, follow, end } = model.get();
     return at ?? (follow ? end : null);
-}
-
-/** The frequencies of a range as records have it. */
-export function frequencies(range) {
-    return range.channelsHz ?? Array.from({ length: range.count }, (_, index) => range.startHz + index * range.stepHz);
 }
 
 /** {hz, level} of the channel next to a frequency; null where the sweep has none near it. */
@@ -56,7 +52,7 @@ async function ask() {
     if (recording !== null && type !== null && at !== null) {
         try {
             next = await server.json('/api/sweep', { recording: recording.id, type, at });
-            next.hz = frequencies(next.channels);
+            next.hz = text.channels(next.channels);
         } catch (error) {
             if (error.status === 503) {
                 setTimeout(asked, 500); // the recording is still being looked through

@@ -7,6 +7,7 @@ import * as notice from './notice.js';
 import * as text from './text.js';
 import * as theme from './theme.js';
 import * as waterfall from './waterfall.js';
+import { element } from './dom.js';
 
 const heading = 46;
 
@@ -24,9 +25,7 @@ function drawn(state) {
     const seen = waterfall.canvasNow();
     const ratio = window.devicePixelRatio;
     const top = waterfall.box().y - 20;
-    const canvas = document.createElement('canvas');
-    canvas.width = seen.width;
-    canvas.height = Math.round(seen.height + (heading - top) * ratio);
+    const canvas = element('canvas', { width: seen.width, height: Math.round(seen.height + (heading - top) * ratio) });
     const context = canvas.getContext('2d');
     context.fillStyle = theme.colour('panel');
     context.fillRect(0, 0, canvas.width, canvas.height);
@@ -36,7 +35,7 @@ function drawn(state) {
     titles(context, state);
     const { x, width, height } = waterfall.box();
     context.translate(x + width + 8, heading + 20);
-    levels.bar(context, height, levels.shown());
+    levels.bar(context, height, levels.extent());
     return canvas;
 }
 
@@ -75,9 +74,7 @@ export async function copyAddress() {
 }
 
 function save(href, name) {
-    const link = document.createElement('a');
-    link.href = href;
-    link.download = name;
+    const link = element('a', { href, download: name });
     document.body.append(link);
     link.click();
     link.remove();

@@ -95,19 +95,14 @@ export function bytes(count) {
 }
 
 /** The lowest and highest frequency of a range as records have it, and how many channels. */
-export function channelRange(range) {
-    const { lowHz, highHz, count } = span(range);
-    return count === 0 ? 'no channels' : `${frequency(lowHz)} to ${frequency(highHz)}, ${count} channels`;
+function channelRange(range) {
+    const all = channels(range);
+    return all.length === 0 ? 'no channels' : `${frequency(all[0])} to ${frequency(all.at(-1))}, ${all.length} channels`;
 }
 
-/** @param {{startHz: number, stepHz: number, count: number}|{channelsHz: number[]}} range */
-export function span(range) {
-    const list = range?.channelsHz;
-    if (list) {
-        return { lowHz: list[0], highHz: list.at(-1), count: list.length };
-    }
-    const count = range?.count ?? 0;
-    return { lowHz: range?.startHz ?? 0, highHz: (range?.startHz ?? 0) + (count - 1) * (range?.stepHz ?? 0), count };
+/** The frequencies of a range as records have it. @param {{startHz: number, stepHz: number, count: number}|{channelsHz: number[]}} [range] */
+export function channels(range) {
+    return range?.channelsHz ?? Array.from({ length: range?.count ?? 0 }, (_, index) => range.startHz + index * range.stepHz);
 }
 
 /** A value as records have it, in a line. */

@@ -18,18 +18,18 @@ export function create(container) {
         element('span', { className: 'group' }, mapChoice(), levelField('low', 'Lowest level of the scale'), levelField('high', 'Highest level of the scale')),
         element('span', { className: 'space' }),
         clockButton(), themeButton(), takeawayMenu(),
-        button('?', 'Keys and mouse (?)', keys.help));
+        button('?', keys.help, { title: 'Keys and mouse (?)' }));
 }
 
 function recordingButton() {
     const title = element('b');
     const device = element('small');
-    const made = element('button', { type: 'button', id: 'choose', title: 'Choose a recording (/)' }, element('i', { className: 'live', hidden: true }), title, device);
-    made.addEventListener('click', picker.open);
+    const live = element('i', { className: 'live', hidden: true });
+    const made = button([live, title, device], picker.open, { id: 'choose', title: 'Choose a recording (/)' });
     model.on(['recording', 'recordings'], ({ recording }) => {
         title.textContent = recording === null ? 'No recording' : recording.title || recording.id;
         device.textContent = recording?.device ?? '';
-        made.querySelector('.live').hidden = !recording?.live;
+        live.hidden = !recording?.live;
         document.title = recording === null ? 'recview' : `${recording.title || recording.id} – recview`;
     });
     return made;
@@ -48,7 +48,7 @@ function spectrumChoice() {
 
 function ofButton([of, words]) {
     const titles = { max: 'The largest level of each spot', mean: 'The mean level of each spot', min: 'The smallest level of each spot' };
-    const made = button(words, `${titles[of]} (m)`, () => model.set({ of }));
+    const made = button(words, () => model.set({ of }), { title: `${titles[of]} (m)` });
     const show = () => made.setAttribute('aria-pressed', String(model.get().of === of));
     model.on('of', show);
     show();
@@ -77,7 +77,7 @@ function levelField(end, label) {
 }
 
 function clockButton() {
-    const made = button('UTC', 'UTC or local time (u)', () => model.set({ utc: !model.get().utc }));
+    const made = button('UTC', () => model.set({ utc: !model.get().utc }), { title: 'UTC or local time (u)' });
     const show = () => { made.textContent = model.get().utc ? 'UTC' : 'Local'; };
     model.on('utc', show);
     show();
@@ -85,7 +85,7 @@ function clockButton() {
 }
 
 function themeButton() {
-    const made = button('', 'Dark or light (d)', () => model.set({ dark: !theme.isDark() }));
+    const made = button('', () => model.set({ dark: !theme.isDark() }), { title: 'Dark or light (d)' });
     const show = () => { made.textContent = theme.isDark() ? 'Dark' : 'Light'; };
     theme.onChange(show);
     show();
@@ -95,10 +95,10 @@ function themeButton() {
 function takeawayMenu() {
     const open = element('summary', { textContent: 'Take away', title: 'Picture, data or address of the view' });
     const menu = element('details', { className: 'menu' }, open);
-    const entry = (words, title, action) => button(words, title, () => {
+    const entry = (words, title, action) => button(words, () => {
         menu.open = false;
         action();
-    });
+    }, { title });
     menu.append(element('div', {},
         entry('Picture (PNG)', 'The waterfall with its axes and scale', takeaway.picture),
         entry('Data (CSV)', 'Every sweep of the view, a line each', takeaway.data),

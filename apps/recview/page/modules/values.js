@@ -1,7 +1,6 @@
 // Values under the waterfall: numbers as lines, everything else as bands of what it was, on the waterfall's time axis.
 import { geometry, onLayout, timeToX, xToTime } from './axes.js';
-import { element } from './dom.js';
-import { button } from './elements.js';
+import { button, closedByEscape, element } from './dom.js';
 import { askAgain, latest } from './latest.js';
 import * as text from './text.js';
 import { onChange } from './theme.js';
@@ -39,14 +38,8 @@ class Values {
     build() {
         this.choices = element('fieldset', {}, element('legend', {}, 'Values of this recording'));
         this.summary = element('summary', {}, 'Values');
-        this.menu = element('details', { className: 'menu' }, this.summary, element('div', { className: 'menu-body' }, this.choices));
-        this.menu.addEventListener('keydown', (event) => {
-            if (event.key === 'Escape') {
-                this.menu.open = false;
-                this.summary.focus();
-                event.stopPropagation();
-            }
-        });
+        this.menu = closedByEscape(element('details', { className: 'menu' }, this.summary,
+            element('div', { className: 'menu-body' }, this.choices)), this.summary);
         this.note = element('p', { className: 'note error', role: 'status' });
         this.list = element('div', { className: 'value-rows' });
         this.line = element('div', { className: 'cursor-line', hidden: true });
@@ -68,9 +61,8 @@ class Values {
         const { values } = this.model.get();
         const offered = this.offered();
         const boxes = offered.map((value) => {
-            const box = element('input', { type: 'checkbox', checked: values.includes(value.code) });
+            const box = element('input', { type: 'checkbox', checked: values.includes(value.code), data: { code: value.code } });
             box.addEventListener('change', () => this.toggle(value.code, box.checked));
-            box.dataset.code = value.code;
             return element('label', {}, box, ` ${value.keyword ?? `type ${value.code}`}`);
         });
         this.choices.replaceChildren(element('legend', {}, 'Values of this recording'), ...boxes);
@@ -115,9 +107,7 @@ class Values {
             place: element('div', { className: 'value-plot' }) };
         const head = element('div', { className: 'value-head' }, element('h3', {}, name), row.now,
             button('Remove', () => this.toggle(value.code, false), { ariaLabel: `Remove ${name}` }));
-        row.element = element('section', { className: 'value' }, head, row.place);
-        row.element.setAttribute('aria-label', name);
-        row.element.dataset.code = value.code;
+        row.element = element('section', { className: 'value', aria: { label: name }, data: { code: value.code } }, head, row.place);
         row.place.addEventListener('click', (event) => this.model.set({ at: this.timeOf(event) }));
         row.place.addEventListener('pointermove', (event) => this.hover(row, this.timeOf(event)));
         row.place.addEventListener('pointerleave', () => this.showNow(row));

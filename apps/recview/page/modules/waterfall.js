@@ -7,6 +7,7 @@ import * as overlay from './overlay.js';
 import * as gestures from './gestures.js';
 import * as levels from './levels.js';
 import * as minimap from './minimap.js';
+import { element } from './dom.js';
 import { Loader } from './loader.js';
 import { scaleOf, sourceOf } from './picture.js';
 
@@ -28,7 +29,7 @@ export function box() {
 }
 
 /** The plot in pixels of the screen. */
-export function deviceBox() {
+function deviceBox() {
     const { x, y, width, height } = box();
     const ratio = window.devicePixelRatio;
     const round = (number) => Math.round(number * ratio);
@@ -43,8 +44,7 @@ export function picture() {
 /** Fills its container. */
 export function create(container, theModel) {
     model = theModel;
-    canvas = document.createElement('canvas');
-    canvas.className = 'plot';
+    canvas = element('canvas', { className: 'plot' });
     container.append(canvas);
     loader = new Loader(question, arrived, recordings.tell);
     overlay.create(container, box);

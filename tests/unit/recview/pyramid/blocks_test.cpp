@@ -47,8 +47,8 @@ public:
     {
         ASSERT_EQ(m_sweeps.size(), m_series.sweeps);
         for (std::size_t time = 0; time < BlockLayout::TimeLevels; ++time) {
-            const Column* rows = m_store.find({static_cast<std::uint32_t>(BlockKind::Rows), m_series.code,
-                                               m_series.number, BlockLayout::level(time, 0)});
+            const Column* rows =
+                m_store.find(BlockLayout::keyOf(BlockKind::Rows, m_series.code, m_series.number, time));
             ASSERT_TRUE(rows != nullptr || time > 0);
             std::size_t first = 0;
             for (std::uint64_t row = 0; rows != nullptr && row < rows->count<BlockRow>(); ++row) {
@@ -79,12 +79,18 @@ private:
                 }
             }
             for (std::size_t group = 0; group < plain.size(); ++group) {
-                const std::uint32_t level = BlockLayout::level(time, frequency);
-                same(plain[group].max, stored(Combine::Max, level, row, meta, group, plain.size()), 0);
-                same(plain[group].min, stored(Combine::Min, level, row, meta, group, plain.size()), 0);
+                const auto storedAs = [&](Combine of) {
+                    const bool isFloat = meta.floats != BlockRow::NoFloats;
+                    const Column* column = m_store.find(
+                        BlockLayout::keyOf(isFloat ? BlockKind::Floats : BlockKind::Levels, m_series.code,
+                                           m_series.number, time, frequency, static_cast<std::size_t>(of)));
+                    return stored(*column, row, meta, group, plain.size());
+                };
+                same(plain[group].max, storedAs(Combine::Max), 0);
+                same(plain[group].min, storedAs(Combine::Min), 0);
                 const float mean =
                     plain[group].count == 0 ? NotMeasured : static_cast<float>(plain[group].sum / plain[group].count);
-                same(mean, stored(Combine::Mean, level, row, meta, group, plain.size()), 0.006);
+                same(mean, storedAs(Combine::Mean), 0.006);
                 ++m_compared;
             }
         }
@@ -95,17 +101,13 @@ private:
                                               : plain == stored || std::abs(double{plain} - double{stored}) <= within;
         EXPECT_TRUE(isSame) << plain << " is " << stored;
     }
-    [[nodiscard]] float stored(Combine of, std::uint32_t level, std::uint64_t row, const BlockRow& meta,
-                               std::size_t group, std::size_t groups) const
+    static float stored(const Column& column, std::uint64_t row, const BlockRow& meta, std::size_t group,
+                        std::size_t groups)
     {
-        const bool isFloat = meta.floats != BlockRow::NoFloats;
-        const auto kind = static_cast<std::uint32_t>(isFloat ? BlockKind::Floats : BlockKind::Levels);
-        const Column* column =
-            m_store.find({kind + static_cast<std::uint32_t>(of), m_series.code, m_series.number, level});
-        if (isFloat) {
-            return column->at<float>(meta.floats * groups + group);
+        if (meta.floats != BlockRow::NoFloats) {
+            return column.at<float>(meta.floats * groups + group);
         }
-        const auto hundredths = column->at<std::int16_t>(row * groups + group);
+        const auto hundredths = column.at<std::int16_t>(row * groups + group);
         return hundredths == NoHundredths ? NotMeasured : static_cast<float>(hundredths) / 100.0F;
     }
 

@@ -100,12 +100,12 @@ inline std::vector<PlainSweep> plainSweeps(const std::vector<RecView::Record>& r
 
 class MadeOverview {
 public:
-    explicit MadeOverview(std::shared_ptr<const MemoryRecords> records, const RecView::MakeParts& parts = {})
+    explicit MadeOverview(std::shared_ptr<const MemoryRecords> records)
     {
         RecView::Summary summary;
         summary.header.startMs = StartMs;
         const std::filesystem::path path = m_folder.filePath("overview").toStdString();
-        m_builder = std::make_unique<RecView::OverviewBuilder>(RecView::Store::create(path), summary, records, parts);
+        m_builder = std::make_unique<RecView::OverviewBuilder>(RecView::Store::create(path), summary, records);
         for (const RecView::Record& record : records->all()) {
             m_builder->add(record);
         }
