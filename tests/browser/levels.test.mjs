@@ -52,6 +52,33 @@ test('zoomed out, the burst of one sweep in one cell is there at its level, and 
     await page.close();
 });
 
+test('a rough picture that comes behind the exact one does not replace it', async () => {
+    const page = await open(browser, address);
+    const isExact = (request) => new URL(request.url()).searchParams.get('exact') === '1';
+    let release;
+    const exactIsDrawn = new Promise((resolve) => {
+        release = resolve;
+    });
+    let rough = 0;
+    await page.route('**/api/view?*', async (route) => {
+        const exact = isExact(route.request());
+        await (exact ? null : exactIsDrawn);
+        const response = await route.fetch();
+        rough += (await response.body()).includes('"exact":true') ? 0 : 1;
+        await route.fulfill({ response });
+        await (exact ? settled(page).then(release) : null);
+    });
+    const behind = page.waitForEvent('requestfinished', (request) => request.url().includes('/api/view?') && !isExact(request));
+    const { from, to } = await state(page);
+    await set(page, { from: from + 1000, to: to - 1000 });
+    await behind;
+    await page.evaluate(() => new Promise((drawn) => requestAnimationFrame(() => requestAnimationFrame(drawn))));
+    assert.equal(rough, 1, 'what came behind was rough');
+    assert.equal(await page.evaluate(() => window.page.waterfall.picture().head.exact), true);
+    assert.deepEqual(page.wrong, []);
+    await page.close();
+});
+
 test('zoomed in, pixels and the sweep at the cursor are what cat says', async () => {
     const page = await open(browser, address);
     const middle = start + (burst.sweep + 1) * sweepMs;

@@ -65,7 +65,8 @@ export class Loader {
         this.running.set(kind, view);
         try {
             const answer = await server.view({ ...question, exact }, kind);
-            if (view >= this.shown) {
+            const late = exact === 0 && this.exact === view; // a quick answer behind the exact one
+            if (view >= this.shown && !late) {
                 this.shown = view;
                 this.exact = exact === 1 || answer.head.exact ? view : this.exact;
                 this.arrived(new Picture(answer, source), since);

@@ -103,13 +103,18 @@ function arrived(next, since) {
     performance.measure('view-drawn', { start: since, detail: { exact: next.head.exact, rests } });
 }
 
-/** The scale follows the data, but not every breath of it. */
+/** The scale follows the data, but not every breath of it; what was read off a rough picture the exact one corrects. */
 function followLevels() {
     const { autoLevel, levelLow, levelHigh } = model.get();
     const scale = autoLevel && picture() !== null ? scaleOf(picture().levels) : null;
-    const known = shown.scaled === sourceOf(model.get());
-    if (scale !== null && !(known && Math.abs(scale.low - levelLow) < 3 && Math.abs(scale.high - levelHigh) < 4)) {
-        shown.scaled = sourceOf(model.get());
+    if (scale === null) {
+        return;
+    }
+    const source = sourceOf(model.get());
+    const exact = settledAs(model.get()) === 'exact';
+    const near = shown.scaled === source && Math.abs(scale.low - levelLow) < 3 && Math.abs(scale.high - levelHigh) < 4;
+    if (!near || (exact && !shown.scaledExactly)) {
+        Object.assign(shown, { scaled: source, scaledExactly: exact });
         model.set({ levelLow: scale.low, levelHigh: scale.high });
     }
 }
