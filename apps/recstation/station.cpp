@@ -270,6 +270,9 @@ void Station::record()
         m_firstTime = m_clock.CurrentTime();
     }
     m_recorders.startChosen();
+    if (m_live) {  // the recordings begin now, and not with what comes first
+        m_recorders.tellTime(m_clock.CurrentTime());
+    }
     m_recorders.tellStops();
     m_counter.follow(m_tree);
     m_runner.run();

@@ -103,6 +103,21 @@ TEST_F(GpsdPeers, ALostPeerIsUnknownAndGoesOnWhenItIsBack)
     EXPECT_THAT(result.messages, HasSubstr("connected again"));
 }
 
+// Whoever looks at it sees for how long nothing came.
+TEST_F(GpsdPeers, ARecordingBeginsWithTheRunAndNotWithWhatComesFirst)
+{
+    startProgram(m_peer.port());
+    ASSERT_TRUE(m_peer.accept());
+    const auto connected = std::chrono::system_clock::now().time_since_epoch();
+    m_peer.send(greeting);
+    EXPECT_TRUE(m_peer.awaitText("?WATCH"));
+    const Result result = stopProgram();
+    const RecordedFile file = readRecordedFile(result.path("receiver"));
+    EXPECT_LE(file.startUs, static_cast<unsigned long long>(
+                                std::chrono::duration_cast<std::chrono::microseconds>(connected).count()));
+    EXPECT_LE(file.startUs, file.stopUs);
+}
+
 TEST_F(GpsdPeers, AReceiverThatLosesItsFixIsUnknown)
 {
     connect();

@@ -38,6 +38,7 @@ RecordedFile readRecordedFile(const std::string& path)
     Recording2::CHeaderData header;
     file.read(header);
     out.startUs = header.startTS().getMicroSecs();
+    out.stopUs = header.stopTS().getMicroSecs();
     file.readTables();
     Recording2::CVTCmdData record;
     while (const unsigned long long time = file.readAndReturnTimeOfCurrentCmd(record)) {

@@ -22,6 +22,7 @@ struct Record {
 
 struct RecordedFile {
     unsigned long long startUs = 0;  ///< since 1970 UTC
+    unsigned long long stopUs = 0;   ///< likewise
     std::vector<Record> records;
 
     /// After the initial states, the numbers of one kind.
