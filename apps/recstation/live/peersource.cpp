@@ -48,6 +48,7 @@ bool PeerSource::tryToConnect()
     try {
         connect();
         m_connected = true;
+        m_connectedSince = std::chrono::steady_clock::now();
     } catch (const ConnectionError& error) {
         disconnect();
         tellMissing(error.what());
@@ -59,7 +60,7 @@ std::optional<Received> PeerSource::tryToReceive()
 {
     try {
         const Received received = receive();
-        m_retry.reset();
+        m_retry.reset(std::chrono::steady_clock::now() - m_connectedSince);
         tellBack();
         return received;
     } catch (const ConnectionError& error) {

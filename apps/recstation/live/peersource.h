@@ -64,6 +64,7 @@ private:
     Retry m_retry;
     TellRate m_tellRate;
     bool m_connected = false;
+    Deadline m_connectedSince;
     bool m_missing = false;
     bool m_told = false;      // that it is missing
     bool m_rateTold = false;  // that not all of that is told

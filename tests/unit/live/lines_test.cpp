@@ -106,7 +106,9 @@ TEST(Retry, PausesGrowToHalfAMinuteAndBeginAnewAfterSuccess)
         static_cast<void>(retry.next());
     }
     EXPECT_EQ(retry.next().count(), 30'000);
-    retry.reset();
+    retry.reset(Retry::Lasting / 2);
+    EXPECT_EQ(retry.next().count(), 30'000) << "such a success is none";
+    retry.reset(Retry::Lasting);
     EXPECT_EQ(retry.next().count(), 250);
 }
 

@@ -93,6 +93,16 @@ TEST_F(PeerSourceTest, APeerThatGoesLeavesTheValuesUnknownUntilItIsBack)
     EXPECT_THAT(m_told[1], HasSubstr(": connected again"));
 }
 
+TEST_F(PeerSourceTest, OneThatHangsUpAtOnceIsTriedLaterAndLater)
+{
+    TestPeer peer([](const TestClient& client) { client.send("1\n"); });
+    NumberSource source(peer.address(), forRun());
+    const auto begin = std::chrono::steady_clock::now();
+    play(source, 7);
+    EXPECT_THAT(source.shown, ElementsAre(1, -1, 1, -1, 1, -1, 1));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, Retry::First * (1 + 2 + 4));
+}
+
 TEST_F(PeerSourceTest, APeerThatIsNotThereAtTheStartIsToldOnceAndRecordedWhenItComes)
 {
     std::uint16_t port = 0;
