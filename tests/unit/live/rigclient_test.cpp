@@ -19,6 +19,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::SizeIs;
 using testing::ThrowsMessage;
 using Answers = std::map<std::string, std::string>;
 
@@ -108,6 +109,34 @@ TEST_F(RigClientTest, WhatItCannotTellAtPresentIsUnknownButForTheFrequencyAndIsA
     EXPECT_EQ(rig.lost(), 4U);
     EXPECT_THAT(m_told, ElementsAre("it does not tell its frequency at present: communication timed out, RPRT -5",
                                     HasSubstr("it does not tell its mode and bandwidth at present: it answers ")));
+}
+
+TEST_F(RigClientTest, AFailureThatComesAndGoesFillsNoLog)
+{
+    Answers failing = goodAnswers();
+    failing["+l STRENGTH"] = "get_level: STRENGTH\nRPRT -5\n";
+    TestPeer peer([failing, connections = 0](const TestClient& client) mutable {
+        answering(++connections % 2 == 0 ? goodAnswers() : failing)(client);
+    });
+    RigClient rig = client(peer);
+    for (int i = 0; i < 60; ++i) {
+        rig.connect();
+        static_cast<void>(rig.ask());
+        rig.disconnect();
+    }
+    EXPECT_THAT(m_told, SizeIs(2 * TellRate::Most)) << "that it fails, and that it tells it again";
+    EXPECT_EQ(rig.lost(), 30U);
+}
+
+TEST_F(RigClientTest, WhatFollowsAnOverlongLineIsNoAnswerToIt)
+{
+    Answers answers = goodAnswers();
+    answers["+m"] = "get_mode:\nMode: " + std::string(2 * RigReplyReader::LongestLine, 'A') + "\nPassband: 1\nRPRT 0\n";
+    TestPeer peer(answering(answers));
+    RigClient rig = client(peer);
+    rig.connect();
+    EXPECT_THAT([&] { static_cast<void>(rig.ask()); }, ThrowsMessage<ConnectionError>(HasSubstr("a line is too long")));
+    EXPECT_EQ(rig.lost(), 1U);
 }
 
 TEST_F(RigClientTest, AVfoIsNamedWhereRigctldWantsOne)

@@ -40,7 +40,11 @@ void RigClient::connect()
 
 std::string_view RigClient::line(Deadline deadline)
 {
+    const std::uint64_t tooLong = m_connection.tooLong();
     const auto line = m_connection.next(deadline);
+    if (m_connection.tooLong() != tooLong) {
+        throw ConnectionError("it does not answer as rigctld does: a line is too long");
+    }
     if (!line) {
         throw ConnectionError("it does not answer");
     }
@@ -110,7 +114,7 @@ void RigClient::take(Question& question, const RigReply& reply, RigAnswers& answ
     const std::string what = question.what;
     if (setAnswer(question, reply, answers)) {
         ++m_used;
-        if (std::exchange(question.failing, false)) {
+        if (std::exchange(question.failing, false) && question.told) {
             m_say("it tells " + what + " again");
         }
         return;
@@ -125,7 +129,10 @@ void RigClient::take(Question& question, const RigReply& reply, RigAnswers& answ
     }
     ++m_lost;
     if (!std::exchange(question.failing, true)) {
-        m_say("it does not tell " + what + " at present: " + why);
+        question.told = m_tellRate.take(std::chrono::steady_clock::now());
+        if (question.told) {
+            m_say("it does not tell " + what + " at present: " + why);
+        }
     }
 }
 

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "live/lines.h"
+#include "live/tellrate.h"
 #include "sources/rig/rigreply.h"
 #include "sources/rig/rigvalues.h"
 
@@ -30,7 +31,10 @@ public:
     [[nodiscard]] RigAnswers ask();
 
     [[nodiscard]] std::uint64_t used() const { return m_used; }  ///< answers that told something
-    [[nodiscard]] std::uint64_t lost() const { return m_lost; }  ///< answers that did not, and overlong lines
+    [[nodiscard]] std::uint64_t lost() const
+    {
+        return m_lost + m_connection.tooLong();
+    }  ///< answers that did not, and overlong lines
 
 private:
     /// One command, and what became of it.
@@ -40,8 +44,9 @@ private:
         const char* argument;
         const char* what;
         bool offered = true;
-        bool failing = false;  // and that was told
-        bool leftOut = false;  // likewise
+        bool failing = false;
+        bool told = false;     // that it fails
+        bool leftOut = false;  // and that was told
     };
 
     void sendQuestions();
@@ -56,6 +61,7 @@ private:
     Say m_say;
     LineConnection m_connection{RigReplyReader::LongestLine};
     std::array<Question, 3> m_questions;
+    TellRate m_tellRate;  // of failures
     bool m_vfo = false;
     std::uint64_t m_used = 0;
     std::uint64_t m_lost = 0;
