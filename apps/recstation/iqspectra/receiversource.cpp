@@ -90,6 +90,7 @@ private:
     std::size_t read(char* buffer, std::size_t size);
     void discard();
     void note(std::size_t bytes);
+    void tell(const std::string& clause);
 
     ReceiverOptions m_options;
     SpectrumDevice m_device;
@@ -105,7 +106,7 @@ private:
     std::size_t m_pendingHop = 0;
     std::uint64_t m_shown = 0;
     std::uint64_t m_missing = 0;  // spectra whose samples never came
-    TellRate m_tellRate;          // of that
+    TellRate m_tellRate;          // of those, and of damaged ones
 };
 
 ReceiverSource::ReceiverSource(const ReceiverDevice& device, const ReceiverOptions& options,
@@ -119,7 +120,7 @@ ReceiverSource::ReceiverSource(const ReceiverDevice& device, const ReceiverOptio
       m_plan(planOf(options)),
       m_receiver(std::move(receiver)),
       m_frames(
-          m_plan, m_receiver->format(), {}, [this](const QString& sentence) { say(sentence.toStdString()); },
+          m_plan, m_receiver->format(), {}, [this](const QString& sentence) { tell(sentence.toStdString()); },
           StretchEnds::Usual),
       m_watch(options.rateHz)
 {
@@ -192,9 +193,15 @@ void ReceiverSource::note(std::size_t bytes)
     }
     const std::uint64_t perSpectrum = m_plan.average * m_plan.advance;
     m_missing += std::max<std::uint64_t>(1, *missing / perSpectrum);
-    if (m_tellRate.take(now)) {
-        say(std::to_string(*missing) +
-            " samples did not come within ten seconds: receiver, network or this computer are too slow for this rate");
+    tell(std::to_string(*missing) +
+         " samples did not come within ten seconds: receiver, network or this computer are too slow for this rate");
+}
+
+// What may happen again and again.
+void ReceiverSource::tell(const std::string& clause)
+{
+    if (m_tellRate.take(std::chrono::steady_clock::now())) {
+        say(clause);
     }
 }
 

@@ -72,6 +72,7 @@ private:
     LineConnection m_lines;
     GpsdState m_state;
     GpsdFlood m_gate;
+    TellRate m_tellRate;  // of news
     bool m_greeted = false;
     Received m_received;
     Fix m_change;
@@ -149,7 +150,9 @@ void GpsdSource::takeLine(std::string_view line, GpsdClock::time_point now)
 void GpsdSource::tellNews()
 {
     for (const std::string& news : m_state.takeNews()) {
-        say(news);
+        if (m_tellRate.take(GpsdClock::now())) {
+            say(news);
+        }
     }
 }
 
