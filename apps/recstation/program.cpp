@@ -3,11 +3,13 @@
 
 #include <cstdio>
 #include <exception>
+#include <memory>
 
 #include <system/program.h>
 
 #include "check/check.h"
 #include "commandline.h"
+#include "live/sourcethreads.h"
 #include "progress.h"
 #include "station.h"
 #include "summary.h"
@@ -44,14 +46,15 @@ ExitCode reportFailure(const std::exception& error, const Options& options, Mess
 
 ExitCode record(const Options& options)
 {
-    Messages messages(System::isTerminal(System::Stream::Errors), options.quiet);
+    const std::unique_ptr<Messages, DeleteUnlessUsed> messages(
+        new Messages(System::isTerminal(System::Stream::Errors), options.quiet));
     try {
-        Station station(options, messages);
-        const Summary summary = station.run();
-        const bool written = writeSummary(summary, options, messages);
+        const std::unique_ptr<Station, DeleteUnlessUsed> station(new Station(options, *messages));
+        const Summary summary = station->run();
+        const bool written = writeSummary(summary, options, *messages);
         return written || summary.exitCode() != ExitCode::Success ? summary.exitCode() : ExitCode::Incomplete;
     } catch (const std::exception& error) {
-        return reportFailure(error, options, messages);
+        return reportFailure(error, options, *messages);
     }
 }
 

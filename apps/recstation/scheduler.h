@@ -42,6 +42,8 @@ public:
     virtual void step();
     /// Ends what sources wait for; before unfinishedTime and before their reports are read.
     virtual void finish() {}
+    /// The source, by its place among the sources, did not end: nothing of it but its name may be asked for.
+    [[nodiscard]] virtual bool hangs(std::size_t) { return false; }
     /// After the process was asked to stop: the same with what a source has read but was waiting for more input.
     [[nodiscard]] std::optional<unsigned long long> unfinishedTime();
     void stepUnfinished();

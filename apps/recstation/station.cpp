@@ -240,8 +240,14 @@ Summary Station::run()
     m_viewer.reset();
     m_messages.finish(progressNumbers());
     m_archive.finish(summary);
-    for (const auto& source : m_scheduler->sources()) {
-        summary.sources.push_back({source->name(), source->report(), m_failures[source.get()]});
+    for (std::size_t i = 0; i < m_scheduler->sources().size(); ++i) {
+        const Source& source = *m_scheduler->sources()[i];
+        if (m_scheduler->hangs(i)) {
+            m_failures[&source] = source.name() + QStringLiteral(": it hangs, so that nobody knows what it counted");
+            m_messages.message(m_failures[&source]);
+        }
+        summary.sources.push_back(
+            {source.name(), m_scheduler->hangs(i) ? SourceReport() : source.report(), m_failures[&source]});
     }
     if (m_live && summary.failure.isEmpty() && summary.areAllSilent()) {
         summary.failure = QStringLiteral("nothing was measured: no source gave anything");

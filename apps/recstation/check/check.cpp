@@ -368,12 +368,7 @@ ExitCode writeFindings(const Findings& findings, bool json)
 ExitCode checkStation(const Options& options)
 {
     try {
-        const auto discard = [](Check* check) {
-            if (!SourceThreads::leftThreadBehind()) {  // else that one still uses it
-                delete check;
-            }
-        };
-        const std::unique_ptr<Check, decltype(discard)> check(new Check(options));
+        const std::unique_ptr<Check, DeleteUnlessUsed> check(new Check(options));
         return writeFindings(check->run(), options.json);
     } catch (const std::exception& error) {
         Findings findings;

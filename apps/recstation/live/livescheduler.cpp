@@ -62,6 +62,14 @@ unsigned long long LiveScheduler::stepTime(unsigned long long time) const
     return clock().CurrentTime() + static_cast<unsigned long long>(passed.count());
 }
 
+void LiveScheduler::finish()
+{
+    constexpr std::chrono::seconds Patience{3};
+    if (!SourceThreads::leftThreadBehind()) {
+        m_threads.finish(Patience);
+    }
+}
+
 void LiveScheduler::step()
 {
     if (!nextTime()) {

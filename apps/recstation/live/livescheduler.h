@@ -48,8 +48,10 @@ public:
     [[nodiscard]] bool isWaiting() const override { return m_threads.areRunning(); }
     [[nodiscard]] std::optional<std::chrono::milliseconds> askAgainIn() override;
     void step() override;
-    /// Ends the threads, also those that wait: the process is asked to stop if any does.
-    void finish() override { m_threads.finish(); }
+    /// Ends the threads, also those that wait: the process is asked to stop if any does. One that hangs is left behind:
+    /// the recordings are to be closed, whatever the driver of a receiver does.
+    void finish() override;
+    [[nodiscard]] bool hangs(std::size_t source) override { return m_threads.isLeftBehind(source); }
 
 private:
     void noteFailure(const SourceThreads::Arrival& arrival);

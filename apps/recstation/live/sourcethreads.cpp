@@ -128,6 +128,13 @@ bool SourceThreads::finish(std::optional<std::chrono::milliseconds> patience)
     return allEnded();
 }
 
+bool SourceThreads::isLeftBehind(std::size_t source)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto worker = m_workers.find(source);
+    return m_finishing && worker != m_workers.end() && !worker->second.hasEnded;
+}
+
 bool SourceThreads::leftThreadBehind()
 {
     return sourceLeftBehind;

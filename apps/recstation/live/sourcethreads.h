@@ -52,6 +52,7 @@ public:
     /// @param patience how long that may take; nothing: as long as they need
     /// @return false: some are left behind, and use their sources and this object until the process ends
     bool finish(std::optional<std::chrono::milliseconds> patience = std::nullopt);
+    [[nodiscard]] bool isLeftBehind(std::size_t source);
     /// By any object: the process is to end without destructors.
     [[nodiscard]] static bool leftThreadBehind();
 
@@ -76,6 +77,17 @@ private:
     std::deque<Arrival> m_come;
     bool m_isAwaited = false;
     bool m_finishing = false;
+};
+
+/// Deletes what sources use, unless a thread that was left behind still does.
+struct DeleteUnlessUsed {
+    template <typename Used>
+    void operator()(Used* used) const
+    {
+        if (!SourceThreads::leftThreadBehind()) {
+            delete used;
+        }
+    }
 };
 
 }  // namespace RecStation

@@ -110,6 +110,20 @@ class Soapy(unittest.TestCase):
         self.assertIn("nan", levels.lower())
         self.assertIn("is sound", self.rectool("info", summary["files"][0]["path"]))
 
+    def test_a_driver_that_hangs_does_not_keep_recordings_from_being_closed(self):
+        command, how = self.recstation("-q", "soapy", self.receiver, "--centre", "100M", "--rate", "1M", "--json")
+        with subprocess.Popen(command, **how) as station:
+            wait_for(lambda: self.recorded() > 20)
+            self.mishap.write_text("hanging")
+            wait_for(pathlib.Path(f"{self.mishap}.hangs").exists)
+            station.terminate()
+            output, told = station.communicate(timeout=PATIENCE_S)
+        self.assertEqual(station.returncode, 3)
+        summary = json.loads(output)
+        self.assertIn("it hangs", summary["sources"][0]["failure"])
+        self.assertIn("it hangs", told)
+        self.assertIn("is sound", self.rectool("info", summary["files"][0]["path"]))
+
     def recorded(self):
         """Records, also of what is being written."""
         files = [*self.folder.glob("*.tmp"), *self.folder.glob("*.rec")]

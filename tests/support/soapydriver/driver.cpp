@@ -2,6 +2,7 @@
 //
 // driver=carrier, carrier=HZ (default 100.25e6), level=DBFS (default -20), mishap=FILE. The content of that file is
 // looked at before every read: "absent" (no device is found, and the present one fails), "silent" (no samples come),
+// "hanging" (reads do not return; FILE.hangs is there then),
 // "overflow N" (samples are lost; once for every new N), "abrupt N" (the same, told with the samples before).
 #include <algorithm>
 #include <chrono>
@@ -126,6 +127,10 @@ int Carrier::readStream(SoapySDR::Stream*, void* const* buffers, const std::size
     m_lastMishap = mishap;
     if (mishap == "absent") {
         return SOAPY_SDR_STREAM_ERROR;
+    }
+    while (mishapIn(m_mishapFile) == "hanging") {
+        const std::ofstream hangs(m_mishapFile + ".hangs");
+        std::this_thread::sleep_for(std::chrono::microseconds(timeoutUs));
     }
     if (mishap == "silent") {
         std::this_thread::sleep_for(std::chrono::microseconds(timeoutUs));
