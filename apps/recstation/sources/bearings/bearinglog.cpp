@@ -37,9 +37,11 @@ CsvRecord readHeader(CsvReader& csv, const LogInput& input)
     if (!header) {
         throw std::runtime_error("bearings: " + input.name() + " is empty");
     }
-    if (!header->problem.empty()) {
-        throw std::runtime_error("bearings: the first line of " + input.name() +
-                                 " does not name columns: " + header->problem);
+    const bool binary = std::any_of(header->fields.begin(), header->fields.end(),
+                                    [](const std::string& field) { return field.find('\0') != std::string::npos; });
+    const std::string problem = binary ? "it is no text" : header->problem;
+    if (!problem.empty()) {
+        throw std::runtime_error("bearings: the first line of " + input.name() + " does not name columns: " + problem);
     }
     return *std::move(header);
 }
