@@ -33,6 +33,17 @@ TEST_F(IqFiles, ARecordersChunkTellsTimeAndFrequencyBeforeTheName)
     EXPECT_EQ(run().at(0).frequencyHz, 1e6);
 }
 
+TEST_F(IqFiles, ARecordersChunkMayTellTheFrequencyAlone)
+{
+    write("x_20200102_030405Z.wav",
+          riff(formatChunk(1, 2, 48000, 16) + chunk("auxi", QByteArray(32, '\0') + littleEndian(7'100'000, 4)) +
+               chunk("data", encoded(steps(FftSize, 0), asInteger(2)))));
+    const auto spectra = run();
+    EXPECT_EQ(spectra.at(0).time, NewYear);
+    EXPECT_EQ(spectra.at(0).frequencyHz, 7.1e6);
+    EXPECT_THAT(m_said, IsEmpty());
+}
+
 TEST_F(IqFiles, ARecordersChunkMayBeXml)
 {
     const QByteArray data = chunk("data", encoded(steps(FftSize, 0), asInteger(2)));
@@ -50,6 +61,7 @@ TEST_F(IqFiles, ARecordersChunkMayBeXml)
         EXPECT_EQ(spectra.at(0).frequencyHz, 10489.75e6);
         EXPECT_THAT(m_said, IsEmpty());
     }
+    m_options.start = "2020-01-02T03:04:05Z";
     write("x_7100kHz.wav",
           riff(formatChunk(1, 2, 48000, 16) + chunk("auxi", xml.left(60) + "RadioCenterFreq=\"x") + data));
     EXPECT_EQ(run().at(0).frequencyHz, 7.1e6);
@@ -58,6 +70,7 @@ TEST_F(IqFiles, ARecordersChunkMayBeXml)
 
 TEST_F(IqFiles, Rf64TellsItsLengthInALongerField)
 {
+    m_options.start = "2020-01-02T03:04:05Z";
     const Samples samples = steps(3 * FftSize, 2);
     const QByteArray data = encoded(samples, asInteger(2));
     const QByteArray sizes = littleEndian(0, 8) + littleEndian(static_cast<std::uint64_t>(data.size()), 8) +
@@ -72,6 +85,7 @@ TEST_F(IqFiles, Rf64TellsItsLengthInALongerField)
 
 TEST_F(IqFiles, AWavThatIsCutOffIsReadAsFarAsItGoesAndTold)
 {
+    m_options.start = "2020-01-02T03:04:05Z";
     const QByteArray whole =
         riff(formatChunk(1, 2, 48000, 16) + chunk("data", encoded(steps(4 * FftSize, 0), asInteger(2))));
     write("x_7100kHz.wav", whole.left(whole.size() - static_cast<int>(FftSize) * 4));

@@ -249,6 +249,10 @@ void planStretches(const IqOptions& options, const Files& files, const KnownSamp
         plan.remarks.append(QStringLiteral("the time in the name is read as this computer's local time: it is %1")
                                 .arg(QString::fromStdString(utcText(plan.stretches.front().startTime))));
     }
+    if (!known.captures.front().startTime && options.start.empty() && !isStream(options.file)) {
+        plan.remarks.append(
+            plan.file + QStringLiteral(" tells no time: its first sample gets that of now, unless --start names it"));
+    }
     if (known.captures.front().firstSample > 0) {
         plan.remarks.append(QStringLiteral("the first %1 samples belong to no capture and are left out")
                                 .arg(known.captures.front().firstSample));

@@ -86,10 +86,11 @@ void readAuxi(const ReadAt& readAt, std::uint64_t offset, std::uint64_t size, Wa
     const auto field = [&bytes](std::size_t index) { return static_cast<int>(bytes.word(index * WordBytes)); };
     const QDate day(field(0), field(1), field(3));
     const QTime time(field(4), field(5), field(6), field(7));
-    if (!day.isValid() || !time.isValid()) {
+    const bool undated = bytes.dword(0) == 0;  // some write the frequency alone
+    if (!undated && (!day.isValid() || !time.isValid())) {
         return readXmlAuxi(readAt, offset, size, out);
     }
-    const qint64 milliseconds = QDateTime(day, time, Qt::UTC).toMSecsSinceEpoch();
+    const qint64 milliseconds = undated ? 0 : QDateTime(day, time, Qt::UTC).toMSecsSinceEpoch();
     if (milliseconds > 0) {
         out.startTime = static_cast<unsigned long long>(milliseconds) * MicrosecondsPerMillisecond;
     }
