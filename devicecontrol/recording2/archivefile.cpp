@@ -5,10 +5,8 @@
 #include <QDir>
 #include <QFileInfo>
 
-#include <vkbase/trace.h>
-
-#include "fileaccesstrace.h"
 #include "filenames.h"
+#include "traces.h"
 
 namespace Recording2 {
 
@@ -19,8 +17,8 @@ constexpr qint64 DaysKept = 7;
 
 void traceIfFailed(const Zelvo::ZelvoClient& client, const QString& message, std::uint16_t line)
 {
-    if (client.GetError() != Zelvo::ZelvoError::None && FileAccessTrace::enabled()) {
-        _Q_Trace(message + client.GetErrorString(), FileAccessTrace::Source, line);
+    if (client.GetError() != Zelvo::ZelvoError::None) {
+        Traces::tell(Traces::FileAccess, message + client.GetErrorString(), line);
     }
 }
 

@@ -7,9 +7,9 @@
 
 #include "file/headerconversion.h"
 #include "fileaccess_p.h"
-#include "fileaccesstrace.h"
 #include "filenames.h"
 #include "recording.h"
+#include "traces.h"
 
 namespace Recording2 {
 
@@ -18,7 +18,7 @@ namespace {
 // Traces the exception being handled.
 void traceException(const char* format)
 {
-    if (!FileAccessTrace::enabled()) {
+    if (!Traces::enabled()) {
         return;
     }
     try {
@@ -108,9 +108,9 @@ bool CFileAccess::OpenRecording(const std::string& path, bool write, bool readTa
         traceException("Unexpected exception in CFileAccess::OpenRecording: %s");
         return false;
     }
-    if (!opened && FileAccessTrace::enabled()) {
-        _Q_Trace(QStringLiteral("CFileAccess: Could not open recording file, probably old format!"),
-                 FileAccessTrace::Source, __LINE__);
+    if (!opened) {
+        Traces::tell(Traces::FileAccess,
+                     QStringLiteral("CFileAccess: Could not open recording file, probably old format!"), __LINE__);
     }
     return opened;
 }
@@ -193,7 +193,7 @@ void CFileAccess::Private::tellLeftOut() const
 {
     if (own.leftOut && !shared->toldLeftOut) {
         shared->toldLeftOut = true;
-        FileAccessTrace::tell(QStringLiteral("recording file is full, what does not fit is left out"), path, __LINE__);
+        Traces::tellOfFile(QStringLiteral("recording file is full, what does not fit is left out"), path, __LINE__);
     }
 }
 
@@ -271,13 +271,13 @@ void CFileAccess::CloseOutput(bool skipHandOff)
     const bool hasFinalName = TakeFinalName();
     const bool whole = shared.growing->close();
     if (!whole && d->own.valid) {
-        FileAccessTrace::tell(QStringLiteral("recording file could not be written completely"), d->path, __LINE__);
+        Traces::tellOfFile(QStringLiteral("recording file could not be written completely"), d->path, __LINE__);
     }
     const System::Error error = whole ? shared.growing->removeJournal() : 0;
     shared.growing.reset();
     if (error != 0) {
-        FileAccessTrace::failure(QStringLiteral("the journal of a closed recording cannot be removed"),
-                                 Journal::pathFor(d->path), error, __LINE__);
+        Traces::tellOfFile(QStringLiteral("the journal of a closed recording cannot be removed"),
+                           Journal::pathFor(d->path), __LINE__, error);
     }
     if (m_sGuid != ArchiveFile::NoGroup && !skipHandOff && hasFinalName) {
         moveToNas(m_sGuid, shared.fileGroupResult);
@@ -293,7 +293,7 @@ bool CFileAccess::TakeFinalName()
         return false;
     }
     if (!d->shared->growing->file().isAt(FileNames::native(d->path))) {
-        FileAccessTrace::tell(QStringLiteral("the recording file is no longer under its name"), d->path, __LINE__);
+        Traces::tellOfFile(QStringLiteral("the recording file is no longer under its name"), d->path, __LINE__);
         return false;
     }
     const std::string final = finalName(FileNames::absoluteDirectory(d->path), d->path);

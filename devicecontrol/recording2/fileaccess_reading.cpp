@@ -1,15 +1,45 @@
 // CFileAccess: reading, bookmarks and channel ranges of a finished one.
 #include <exception>
+#include <typeinfo>
+#include <unordered_set>
+#include <utility>
 
 #include <vkbase/trace.h>
 
-#include "file/typetable.h"
 #include "fileaccess.h"
 #include "fileaccess_p.h"
-#include "fileaccesstrace.h"
 #include "filenames.h"
+#include "traces.h"
 
 namespace Recording2 {
+
+namespace {
+
+// Adds the entries of the block at the cursor. Past the end of the file there is nothing more to read, whatever the
+// count says. A file may hold very many, and a table searches its entries one by one: numbers that are there are known
+// here. What a derived table does with an entry is its own affair.
+void readTypes(Format::Cursor& cursor, CVTTypesData& types)
+{
+    const bool isPlain = typeid(types) == typeid(CVTTypesData);
+    std::unordered_set<std::int32_t> numbers;
+    for (const S_TYPES& type : types.get_vector()) {
+        numbers.insert(type.typeNumber);
+    }
+    std::int32_t count = 0;
+    cursor.readNumber(count);
+    for (std::int32_t i = 0; i < count && !cursor.atEnd(); ++i) {
+        Format::TypeEntryRecord entry;
+        Format::readTypeEntry(cursor, entry);
+        S_TYPES type(entry.typeNumber, entry.valueType, std::move(entry.keyword), std::move(entry.valuePath));
+        if (!isPlain) {
+            types.add_item(std::move(type));
+        } else if (numbers.insert(type.typeNumber).second) {
+            types.get_vector().push_back(std::move(type));
+        }
+    }
+}
+
+}  // namespace
 
 unsigned long long CFileAccess::read(CHeaderData& header)
 {
@@ -133,7 +163,7 @@ bool CFileAccess::bookmarksAvailable() const
 void CFileAccess::Private::tellIfFailed(ChangeResult result, const char* failure) const
 {
     tellLeftOut();
-    if (result == ChangeResult::Failed && FileAccessTrace::enabled()) {
+    if (result == ChangeResult::Failed && Traces::enabled()) {
         _Q_TraceOld(failure, FileNames::fromBytes(path).toUtf8().constData());
     }
 }

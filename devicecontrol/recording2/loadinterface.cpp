@@ -4,19 +4,7 @@
 #include <new>
 
 #include "recording.h"
-
-#include <vkbase/trace.h>
-
-namespace {
-
-void traceOutOfMemory(const std::bad_alloc& exception)
-{
-    if ((ErrorHandler::Instance().TraceMask() & ErrorHandler::RecordingTraces) != 0) {
-        _Q_Trace(QString::fromUtf8(exception.what()), QStringLiteral("devicecontrol\\recording2\\loadinterface"), 21);
-    }
-}
-
-}  // namespace
+#include "traces.h"
 
 IDllInstance* VKCreate(const wchar_t* instanceName)
 {
@@ -25,7 +13,9 @@ IDllInstance* VKCreate(const wchar_t* instanceName)
         recorder->Init();
         return recorder.release();
     } catch (const std::bad_alloc& exception) {
-        traceOutOfMemory(exception);
+        if (Recording2::Traces::enabled()) {  // else there may not even be memory for the text
+            Recording2::Traces::tell(Recording2::Traces::LoadInterface, QString::fromUtf8(exception.what()), 21);
+        }
         return nullptr;
     }
 }

@@ -6,7 +6,7 @@
 #include <startup/cfgcenter.h>
 #include <startup/translationcenter.h>
 
-#include "recording_p.h"
+#include "traces.h"
 
 namespace Recording2 {
 
@@ -25,18 +25,18 @@ CRecording::CRecording(const QString& instanceName)
       m_archive(std::make_unique<Zelvo::ZelvoClient>())
 {
     TranslationCenter::Instance().Register(TranslationContext);
-    RecordingErrors::trace(QStringLiteral("CRecording::CRecording"), 152);
+    Traces::tell(Traces::Recorder, QStringLiteral("CRecording::CRecording"), 152);
 }
 
 CRecording::~CRecording()
 {
-    RecordingErrors::trace(QStringLiteral("CRecording::~CRecording"), 175);
+    Traces::tell(Traces::Recorder, QStringLiteral("CRecording::~CRecording"), 175);
     TranslationCenter::Instance().Unregister(TranslationContext);
     const auto guarded = [](const auto& step) {
         try {
             step();
         } catch (const std::exception& exception) {
-            RecordingErrors::trace(QString::fromUtf8(exception.what()), __LINE__);
+            Traces::tell(Traces::Recorder, QString::fromUtf8(exception.what()), __LINE__);
         }
     };
     guarded([this] { m_status.showUnloaded(); });

@@ -9,6 +9,7 @@
 #include "filenames.h"
 #include "recording.h"
 #include "recording_p.h"
+#include "traces.h"
 
 namespace Recording2 {
 
@@ -172,13 +173,14 @@ bool CRecording::StopIfWritingFailed()
 // What was recorded is made readable. The status tells, so that a later "On" is a change; the station goes on.
 void CRecording::StopAfterFailure(const QString& reason)
 {
-    RecordingErrors::trace(QStringLiteral("CRecording: recording stopped, writing %1 failed: %2")
-                               .arg(FileNames::fromBytes(m_file->path()), reason),
-                           __LINE__);
+    Traces::tell(Traces::Recorder,
+                 QStringLiteral("CRecording: recording stopped, writing %1 failed: %2")
+                     .arg(FileNames::fromBytes(m_file->path()), reason),
+                 __LINE__);
     try {
         StopRecording(false);
     } catch (const std::exception& exception) {
-        RecordingErrors::trace(QString::fromUtf8(exception.what()), __LINE__);
+        Traces::tell(Traces::Recorder, QString::fromUtf8(exception.what()), __LINE__);
     }
     CTimeStamp::SetCts(0);  // as after every "Off"
     m_status.showOff();

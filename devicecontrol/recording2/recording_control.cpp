@@ -1,6 +1,8 @@
 // Start and stop of recordings.
 #include <exception>
 
+#include <QScopeGuard>
+
 #include <startup/cfgcenter.h>
 #include <vkbase/quonos.h>
 
@@ -26,18 +28,6 @@ QDateTime utcNow()
 {
     return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(QuonOS::Create()->CurrentTime() / 1000), Qt::UTC);
 }
-
-// Switches the data compression of map texts off while whole states are written.
-class WithoutCompression {
-public:
-    WithoutCompression() { values::HandlerBase::SetDataCompressMode(false); }
-    WithoutCompression(const WithoutCompression&) = delete;
-    WithoutCompression& operator=(const WithoutCompression&) = delete;
-    ~WithoutCompression() { values::HandlerBase::SetDataCompressMode(m_before); }
-
-private:
-    bool m_before = values::HandlerBase::GetDataCompressMode();
-};
 
 }  // namespace
 
@@ -231,7 +221,10 @@ void CRecording::WriteTypeTable(CFileAccess* file)
 void CRecording::WriteInitialStates()
 {
     try {
-        const WithoutCompression scope;
+        const auto compression = qScopeGuard([before = values::HandlerBase::GetDataCompressMode()] {
+            values::HandlerBase::SetDataCompressMode(before);
+        });
+        values::HandlerBase::SetDataCompressMode(false);
         for (const auto& [keyword, entry] : m_values.keywords()) {
             const values::ValueBase* value = entry.observed;
             const std::int32_t typeId = m_values.typeIdOf(keyword);

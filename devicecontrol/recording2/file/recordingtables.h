@@ -17,8 +17,8 @@ namespace Recording2 {
 /// The tables after the records, by time.
 struct RecordingTables {
     std::unique_ptr<Index::TimeIndex> index = std::make_unique<Index::TimeIndex>();  // null once it is closed
-    std::set<std::uint64_t> channelRanges;           // times of their definitions
-    std::map<std::uint64_t, std::string> bookmarks;  // at most one a time
+    std::set<std::uint64_t> channelRanges;                                           // times of their definitions
+    std::map<std::uint64_t, std::string> bookmarks;                                  // at most one a time
 };
 
 struct CopyState {

@@ -62,11 +62,6 @@ std::array<std::span<std::byte>, 2> TimeIndex::reserve(std::size_t pairs)
     return {unused(m_added.times), unused(m_added.positions)};
 }
 
-void TimeIndex::clear()
-{
-    *this = TimeIndex();
-}
-
 void TimeIndex::separate() const
 {
     if (m_separated) {

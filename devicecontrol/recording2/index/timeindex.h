@@ -34,7 +34,6 @@ public:
     }
     /// Makes room for so many pairs: adding them moves none. @return the memory that they will take
     std::array<std::span<std::byte>, 2> reserve(std::size_t pairs);
-    void clear();
 
     [[nodiscard]] bool empty() const { return m_added.times.empty(); }
     /// Pairs of the view by time.

@@ -47,29 +47,15 @@ IfMode ifModeOf(std::int32_t modeKey)
     }
 }
 
-bool HeaderTracker::assign(std::int32_t typeId, const values::ValueBase& value)
+bool HeaderTracker::take(std::int32_t typeId, const values::ValueBase& value, bool anew)
 {
     switch (typeId) {
         case StartFreq:
         case StopFreq:
-            takeScan(typeId, value, false);
+            takeScan(typeId, value, anew);
             return false;
         case Frequency:
-            return takeFrequency(value);
-        default:
-            return follow(typeId, value);
-    }
-}
-
-bool HeaderTracker::follow(std::int32_t typeId, const values::ValueBase& value)
-{
-    switch (typeId) {
-        case StartFreq:
-        case StopFreq:
-            takeScan(typeId, value, true);
-            return false;
-        case Frequency:
-            if (takeFrequency(value) && m_ifSpan != 0 && m_hasIfRange(m_modeKey)) {
+            if (takeFrequency(value) && !anew && m_ifSpan != 0 && m_hasIfRange(m_modeKey)) {
                 computeRange();
             }
             return false;
@@ -97,12 +83,12 @@ void HeaderTracker::forgetFrequencies()
     m_range.stopFreq.reset();
 }
 
-void HeaderTracker::takeScan(std::int32_t typeId, const values::ValueBase& value, bool widen)
+void HeaderTracker::takeScan(std::int32_t typeId, const values::ValueBase& value, bool anew)
 {
     if (const auto* numeric = dynamic_cast<const values::ValueNumeric<double>*>(&value)) {
         const auto number = static_cast<float>(numeric->GetValue());
         std::optional<float>& limit = typeId == StartFreq ? m_range.startFreq : m_range.stopFreq;
-        if (!widen) {
+        if (anew) {
             limit.reset();
         }
         if (!std::isnan(number)) {  // else it is not known yet

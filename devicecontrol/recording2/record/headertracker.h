@@ -45,9 +45,9 @@ public:
 
     /// Takes over what a value is when a recording starts.
     /// @return for the mode, whether it was told; for the IF span, whether the frequencies were set by it
-    bool assign(std::int32_t typeId, const values::ValueBase& value);
+    bool assign(std::int32_t typeId, const values::ValueBase& value) { return take(typeId, value, true); }
     /// Follows a change: the frequencies of a scan widen the range. @return as for assign
-    bool follow(std::int32_t typeId, const values::ValueBase& value);
+    bool follow(std::int32_t typeId, const values::ValueBase& value) { return take(typeId, value, false); }
     void forgetFrequencies();
 
     [[nodiscard]] const HeaderRange& range() const { return m_range; }
@@ -56,7 +56,8 @@ public:
 private:
     friend class RecordingTestPeer;
 
-    void takeScan(std::int32_t typeId, const values::ValueBase& value, bool widen);
+    bool take(std::int32_t typeId, const values::ValueBase& value, bool anew);
+    void takeScan(std::int32_t typeId, const values::ValueBase& value, bool anew);
     bool takeFrequency(const values::ValueBase& value);
     bool takeModeKey(const values::ValueBase& value);
     bool takeIfSpan(const values::ValueBase& value);

@@ -7,7 +7,7 @@
 
 #include <values/tree.h>
 
-#include "../recording_p.h"
+#include "../traces.h"
 
 namespace Recording2 {
 
@@ -142,7 +142,7 @@ void ObservedValues::stopAll(bool goOn)
             stopObserving(entry->second);
         } catch (const std::exception& exception) {
             failed = true;
-            RecordingErrors::trace(QString::fromUtf8(exception.what()), __LINE__);
+            Traces::tell(Traces::Recorder, QString::fromUtf8(exception.what()), __LINE__);
         }
     }
     refresh();

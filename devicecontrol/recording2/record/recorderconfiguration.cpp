@@ -10,7 +10,7 @@
 #include <startup/cfgcenter.h>
 
 #include "../filenames.h"
-#include "../recording_p.h"
+#include "../traces.h"
 
 namespace Recording2 {
 
@@ -58,9 +58,10 @@ void RecorderConfiguration::readRecordingPath(const ICfg& cfg)
 {
     recordingPath = cfg.ReadString(QStringLiteral("RecordingPath"), FileNames::defaultDirectory());
     if (!recordingPath.isEmpty() && !FileNames::isDirectory(FileNames::toBytes(recordingPath))) {
-        RecordingErrors::trace(QStringLiteral("CRecording::Init() - Cannot find the <%1> directory, set it to <%2>")
-                                   .arg(recordingPath, FileNames::defaultDirectory()),
-                               212);
+        Traces::tell(Traces::Recorder,
+                     QStringLiteral("CRecording::Init() - Cannot find the <%1> directory, set it to <%2>")
+                         .arg(recordingPath, FileNames::defaultDirectory()),
+                     212);
         recordingPath = FileNames::defaultDirectory();
     }
 }
@@ -73,7 +74,8 @@ void RecorderConfiguration::readJournalMode(const ICfg& cfg)
     } else if (text == QLatin1String("power")) {
         journal = JournalMode::Power;
     } else if (text != QLatin1String("process")) {
-        RecordingErrors::trace(
+        Traces::tell(
+            Traces::Recorder,
             QStringLiteral("CRecording::Init() - Journal is <%1>, not process, power or off; set it to <process>")
                 .arg(text),
             __LINE__);
@@ -91,7 +93,8 @@ void RecorderConfiguration::readFileMode(const ICfg& cfg)
     if (sound && mode <= Everything && (mode & OwnerReadsAndWrites) == OwnerReadsAndWrites) {
         fileMode = mode;
     } else {
-        RecordingErrors::trace(
+        Traces::tell(
+            Traces::Recorder,
             QStringLiteral("CRecording::Init() - FileMode is <%1>, no permissions in octal with which the owner reads "
                            "and writes; set it to <0640>")
                 .arg(text),

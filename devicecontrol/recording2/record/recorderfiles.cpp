@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <utility>
 
-#include "../fileaccesstrace.h"
 #include "../filenames.h"
+#include "../traces.h"
 
 namespace Recording2 {
 
@@ -64,7 +64,7 @@ std::unique_ptr<GrowingRecording> RecorderFiles::make(std::string& path, Recordi
         error = tryNext();
     }
     if (error != 0) {
-        FileAccessTrace::failure(QStringLiteral("the recording file cannot be made"), path, error, __LINE__);
+        Traces::tellOfFile(QStringLiteral("the recording file cannot be made"), path, __LINE__, error);
     }
     return made;
 }
@@ -101,8 +101,8 @@ System::Error RecorderFiles::lock(const std::string& path, OutputFile& file)
     }
     if (!toldWithoutLocks) {
         toldWithoutLocks = true;
-        FileAccessTrace::failure(QStringLiteral("recording goes on without a lock, the file system has none"), path,
-                                 error, __LINE__);
+        Traces::tellOfFile(QStringLiteral("recording goes on without a lock, the file system has none"), path, __LINE__,
+                           error);
     }
     return 0;
 }
@@ -118,14 +118,14 @@ System::Error RecorderFiles::keepJournal(const std::string& path, GrowingRecordi
         return error;
     }
     if (kept == nullptr) {
-        FileAccessTrace::failure(QStringLiteral("recording goes on without a journal, it cannot be made"),
-                                 Journal::pathFor(path), error, __LINE__);
+        Traces::tellOfFile(QStringLiteral("recording goes on without a journal, it cannot be made"),
+                           Journal::pathFor(path), __LINE__, error);
         return 0;
     }
     made.keepJournal(std::move(kept), journal == JournalMode::Power);
     error = journal == JournalMode::Power ? System::fsyncDirectory(FileNames::native(FileNames::directory(path))) : 0;
     if (error != 0) {
-        FileAccessTrace::failure(QStringLiteral("the directory cannot be forced to the device"), path, error, __LINE__);
+        Traces::tellOfFile(QStringLiteral("the directory cannot be forced to the device"), path, __LINE__, error);
     }
     return 0;
 }

@@ -4,7 +4,9 @@
 #include <memory>
 #include <vector>
 
-#include "../recording_p.h"
+#include <vkbase/vkexception.h>
+
+#include "../traces.h"
 
 namespace Recording2 {
 
@@ -68,7 +70,8 @@ void StatusValues::publishRecDf(const QString& parent)
             tree.Insert(parent, value.get());
             value.release();  // NOLINT(bugprone-unused-return-value): the tree's now
         } catch (const VKException&) {
-            RecordingErrors::trace(
+            Traces::tell(
+                Traces::Recorder,
                 QStringLiteral("!!!!!!!MEMORY LEAK! The value with the path '%1' could not be created!!! A value of "
                                "this name already exists for a different type!!!!!!!!")
                     .arg(path),
