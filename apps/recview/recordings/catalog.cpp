@@ -2,6 +2,7 @@
 #include "catalog.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include <recording2/inspection/filename.h>
@@ -113,12 +114,26 @@ Catalog::Change Catalog::lookAtEntry(const WatchedName& name, Entry& entry, bool
     return Change::Other;
 }
 
+/// It was closed and named a moment ago, and what was made of it while it grew is not complete yet.
+bool Catalog::isStillFollowed(const std::string& path) const
+{
+    constexpr std::string_view Finished = ".rec";
+    if (!path.ends_with(Finished)) {
+        return false;
+    }
+    const auto entry = m_entries.find(path.substr(0, path.size() - Finished.size()) + ".tmp");
+    return entry != m_entries.end() && entry->second.growing != nullptr;
+}
+
 /// @return whether it is another one than before
 Catalog::Change Catalog::lookAtName(const WatchedName& name)
 {
     constexpr unsigned EverySoOften = 10;  // finished files hardly ever change
     const auto known = m_entries.find(name.path);
     const bool isNew = known == m_entries.end();
+    if (isNew && isStillFollowed(name.path)) {
+        return Change::None;
+    }
     if (!isNew && !isUnfinished(name.path) && m_round % EverySoOften != 0 && m_closedJustNow.count(name.path) == 0) {
         known->second.seen = true;
         return Change::None;

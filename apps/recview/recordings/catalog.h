@@ -53,6 +53,7 @@ private:
     };
     enum class Change : std::uint8_t { None, Grown, Other };
 
+    [[nodiscard]] bool isStillFollowed(const std::string& path) const;
     Change lookAtName(const WatchedName& name);
     Change lookAtEntry(const WatchedName& name, Entry& entry, bool isNew);
     void openGrowing(const WatchedName& name, Entry& entry);

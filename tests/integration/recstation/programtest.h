@@ -62,15 +62,19 @@ protected:
         return run(arguments, input);
     }
 
-    // Waits until the messages contain a text.
-    static void waitForMessage(QProcess& process, const QByteArray& text)
+    // Waits until the messages contain a text. @return what came until then
+    static QByteArray waitForMessage(QProcess& process, const QByteArray& text)
     {
         process.setReadChannel(QProcess::StandardError);
         QByteArray messages;
         while (!messages.contains(text)) {
-            ASSERT_TRUE(process.waitForReadyRead(patienceMs)) << messages.toStdString();
+            if (!process.waitForReadyRead(patienceMs)) {
+                ADD_FAILURE() << messages.toStdString();
+                break;
+            }
             messages += process.readAllStandardError();
         }
+        return messages;
     }
 
     [[nodiscard]] QStringList files(const char* pattern) const
