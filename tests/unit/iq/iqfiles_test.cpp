@@ -169,6 +169,21 @@ TEST_F(IqFiles, AFormatThatIsGivenSaysWhereCapturesLie)
     }
 }
 
+TEST_F(IqFiles, TheFirstCaptureThatTellsItsTimeTellsThatOfThoseBeforeIt)
+{
+    write("x.sigmf-data", encoded(steps(3 * FftSize, 3), asInteger(2)));
+    writeFile(m_directory.filePath(QStringLiteral("x.sigmf-meta")),
+              R"({"global": {"core:datatype": "ci16_le", "core:sample_rate": 64000}, "captures": [
+        {"core:sample_start": 0, "core:frequency": 1e6}, {"core:sample_start": 64, "core:frequency": 2e6},
+        {"core:sample_start": 128, "core:frequency": 3e6, "core:datetime": "2020-01-02T03:04:05Z"}]})");
+    const auto spectra = run();
+    ASSERT_EQ(spectra.size(), 3U);
+    EXPECT_EQ(spectra[0].time, NewYear - 2000);
+    EXPECT_EQ(spectra[1].time, NewYear - 1000);
+    EXPECT_EQ(spectra[2].time, NewYear);
+    EXPECT_THAT(m_said, IsEmpty());
+}
+
 TEST_F(IqFiles, MetadataMayNameTheirSamples)
 {
     const Samples samples = steps(2 * FftSize, 3);

@@ -161,19 +161,25 @@ void checkUnitOfCentre(const IqOptions& options, const IqPlan& plan)
     }
 }
 
-unsigned long long firstStart(const IqOptions& options, const KnownCapture& capture)
+/// Nothing where neither the option nor any capture tells it.
+std::optional<unsigned long long> firstStart(const IqOptions& options, const std::vector<KnownCapture>& captures,
+                                             const IqPlan& plan)
 {
-    constexpr unsigned long long MicrosecondsPerMillisecond = 1000;
     if (!options.start.empty()) {
         const auto time = parseIsoTime(options.start);
         if (!time) {
             failPlan("--start " + options.start + " is not a time such as 2026-11-21T08:30:00.25Z");
         }
-        return *time;
+        return time;
     }
-    return capture.startTime
-               ? *capture.startTime
-               : static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * MicrosecondsPerMillisecond;
+    const auto told = std::find_if(captures.begin(), captures.end(),
+                                   [](const KnownCapture& capture) { return capture.startTime.has_value(); });
+    if (told == captures.end()) {
+        return std::nullopt;
+    }
+    // Nothing says that there was a gap before it.
+    const unsigned long long before = plan.timeOf({}, told->firstSample - captures.front().firstSample);
+    return *told->startTime - std::min(*told->startTime, before);
 }
 
 /// One frequency or time for all captures would be wrong of all but one.
@@ -230,14 +236,21 @@ void fitToFile(IqPlan& plan, const KnownSamples& known)
 
 void planStretches(const IqOptions& options, const Files& files, const KnownSamples& known, IqPlan& plan)
 {
+    constexpr unsigned long long MicrosecondsPerMillisecond = 1000;
     refuseOneForAll(options, files, known.captures);
+    const auto start = firstStart(options, known.captures, plan);
+    if (!start && !isStream(options.file)) {
+        plan.remarks.append(
+            plan.file + QStringLiteral(" tells no time: its first sample gets that of now, unless --start names it"));
+    }
     for (const KnownCapture& capture : known.captures) {
         IqStretch stretch{.firstByte = capture.firstByte,
                           .samples = capture.samples,
                           .centreHz = chooseCentre(options, files, capture),
                           .startTime = capture.startTime.value_or(0)};
         if (plan.stretches.empty()) {
-            stretch.startTime = firstStart(options, capture);
+            stretch.startTime = start.value_or(static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) *
+                                               MicrosecondsPerMillisecond);
         } else if (!capture.startTime) {
             // Nothing says that there was a gap.
             const KnownCapture& before = known.captures[plan.stretches.size() - 1];
@@ -248,10 +261,6 @@ void planStretches(const IqOptions& options, const Files& files, const KnownSamp
     if (known.localTime && options.start.empty()) {
         plan.remarks.append(QStringLiteral("the time in the name is read as this computer's local time: it is %1")
                                 .arg(QString::fromStdString(utcText(plan.stretches.front().startTime))));
-    }
-    if (!known.captures.front().startTime && options.start.empty() && !isStream(options.file)) {
-        plan.remarks.append(
-            plan.file + QStringLiteral(" tells no time: its first sample gets that of now, unless --start names it"));
     }
     if (known.captures.front().firstSample > 0) {
         plan.remarks.append(QStringLiteral("the first %1 samples belong to no capture and are left out")
