@@ -1,4 +1,6 @@
 // The options of the source "rig" and the examples in its help.
+#include <arpa/inet.h>
+
 #include <CLI/CLI.hpp>
 
 #include <terminaltext/optionvalues.h>
@@ -30,7 +32,8 @@ bool isRigAddress(const std::string& text)
 bool isGroup(const std::string& text)
 {
     const auto address = parseAddress(text, RigPort);
-    return address && address->host.find_first_not_of("0123456789.") == std::string::npos;
+    in_addr group{};
+    return address && ::inet_pton(AF_INET, address->host.c_str(), &group) == 1;
 }
 
 void addRigOptions(CLI::App& command, RigOptions& options)
