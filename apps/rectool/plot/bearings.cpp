@@ -124,8 +124,8 @@ void Bearings::beginGroups(int width, int height)
 ExitCode Bearings::tellLeftOut(ExitCode result) const
 {
     if (m_withoutHeading > 0) {
-        complain(m_source.file(), "Bearings left out because they are older than the first heading: " +
-                                      grouped(m_withoutHeading) + "; see --relative.");
+        complain(m_source.file(), "Bearings left out because no heading was known then: " + grouped(m_withoutHeading) +
+                                      "; see --relative.");
     }
     std::uint64_t passedOver = 0;
     for (const Finder& finder : m_finders) {

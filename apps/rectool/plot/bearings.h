@@ -44,7 +44,7 @@ public:
     [[nodiscard]] const std::vector<PlottedGroup>& groups() const { return m_groups; }
     [[nodiscard]] std::size_t otherChannels() const { return m_others; }
     [[nodiscard]] bool areTrue() const { return m_areTrue; }
-    /// Bearings before the first heading, which have no true azimuth.
+    /// Bearings without a heading then, which have no true azimuth.
     [[nodiscard]] std::uint64_t withoutHeading() const { return m_withoutHeading; }
     /// Tells what was left out. @return the result, Damaged where it was Fine and records were no bearings
     [[nodiscard]] ExitCode tellLeftOut(ExitCode result) const;
