@@ -1,51 +1,37 @@
 #!/usr/bin/env python3
 """Makes every golden file anew and compares it, and the table that explains it, with what is kept here.
 
-With --update the tables in the README.md files are written instead.
+With --update both are written instead; then the names of some cases may follow.
 """
 
 import pathlib
-import subprocess
+import runpy
 import sys
-import tempfile
 
+sys.dont_write_bytecode = True
 HERE = pathlib.Path(__file__).resolve().parent
 BEGIN = "<!-- generate.py --explain -->\n"
 END = "<!-- end -->\n"
 
 
-def generate(case, *arguments):
-    command = [sys.executable, str(case / "generate.py"), *arguments]
-    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
-
-
-def explained(case):
-    """The case's README.md as it is, and as it should be."""
-    text = (case / "README.md").read_text(encoding="utf-8")
-    head, _, rest = text.partition(BEGIN)
+def made(case):
+    """What the case's script makes: the recording, and its README.md with the table of the bytes."""
+    file = runpy.run_path(str(case / "generate.py"))["file"]
+    head, _, rest = (case / "README.md").read_text(encoding="utf-8").partition(BEGIN)
     _, _, tail = rest.partition(END)
-    return text, head + BEGIN + generate(case, "--explain") + END + tail
-
-
-def differences(case, folder):
-    generate(case, folder)
-    for made in pathlib.Path(folder).iterdir():
-        if made.read_bytes() != (case / made.name).read_bytes():
-            yield f"{case.name}/{made.name} is not what generate.py makes"
-        made.unlink()
-    text, wanted = explained(case)
-    if text != wanted:
-        yield f"{case.name}/README.md does not explain the bytes (check.py --update)"
+    explained = head + BEGIN + file.table() + END + tail
+    return {f"{case.name}.rec": file.content(), "README.md": explained.encode()}
 
 
 def main():
     cases = sorted(script.parent for script in HERE.glob("*/generate.py"))
-    if sys.argv[1:] == ["--update"]:
-        for case in cases:
-            (case / "README.md").write_text(explained(case)[1], encoding="utf-8")
+    if sys.argv[1:2] == ["--update"]:
+        for case in (HERE / name for name in sys.argv[2:] or cases):
+            for name, content in made(case).items():
+                (case / name).write_bytes(content)
         return 0
-    with tempfile.TemporaryDirectory() as folder:
-        found = [difference for case in cases for difference in differences(case, folder)]
+    found = [f"{case.name}/{name} is not what generate.py makes (check.py --update)"
+             for case in cases for name, content in made(case).items() if content != (case / name).read_bytes()]
     for difference in found:
         print(difference)
     print(f"{len(cases)} golden files made anew")

@@ -4,10 +4,7 @@ Knows nothing of the library: it is the second opinion that the library is compa
 given by the cases themselves, so that nothing is worked out here the way the library works it out.
 """
 
-import argparse
-import pathlib
 import struct
-import sys
 
 HEADER_AREA = 500
 
@@ -154,16 +151,3 @@ def bookmark_table(entries):
             (string(text), "its text: the length, then the text"),
         ]
     return pieces
-
-
-def main(name, file):
-    """What every generate.py does: writes NAME.rec into a folder, or explains the bytes on standard output."""
-    parser = argparse.ArgumentParser(description=f"Makes the golden file {name}.rec.")
-    parser.add_argument("folder", nargs="?", type=pathlib.Path, default=pathlib.Path(sys.argv[0]).resolve().parent,
-                        help="where to write it (default: beside this script)")
-    parser.add_argument("--explain", action="store_true", help="print the table of README.md instead")
-    arguments = parser.parse_args()
-    if arguments.explain:
-        sys.stdout.write(file.table())
-    else:
-        (arguments.folder / f"{name}.rec").write_bytes(file.content())

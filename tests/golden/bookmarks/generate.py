@@ -1,11 +1,5 @@
-#!/usr/bin/env python3
 """A recording with bookmarks and without channel range definitions."""
 
-import pathlib
-import sys
-
-sys.dont_write_bytecode = True
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
 import recfile
 
 file = recfile.File(recfile.header(
@@ -34,6 +28,3 @@ file.add_block(590, recfile.bookmark_table([
     (2000, b"ok"),
     (3000, b"third\x00#mark"),
 ]))
-
-if __name__ == "__main__":
-    recfile.main("bookmarks", file)

@@ -1,11 +1,5 @@
-#!/usr/bin/env python3
 """The recording of the case bookmarks with longer texts than before."""
 
-import pathlib
-import sys
-
-sys.dont_write_bytecode = True
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
 import recfile
 import rewritten
 
@@ -16,6 +10,3 @@ file.add_block(590, recfile.bookmark_table([
     (3000, b"third\x00#mark"),
     (4000, b""),
 ]))
-
-if __name__ == "__main__":
-    recfile.main("bookmarks_longer", file)

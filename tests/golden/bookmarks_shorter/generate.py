@@ -1,11 +1,5 @@
-#!/usr/bin/env python3
 """The recording of the case bookmarks after its second bookmark was removed."""
 
-import pathlib
-import sys
-
-sys.dont_write_bytecode = True
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
 import recfile
 import rewritten
 
@@ -15,6 +9,3 @@ file.add_block(590, recfile.bookmark_table([
     (2000, b"ok"),
 ]))
 file.add(b"0" * 23, "what the table was longer before; reads as entries without a text")
-
-if __name__ == "__main__":
-    recfile.main("bookmarks_shorter", file)

@@ -1,11 +1,5 @@
-#!/usr/bin/env python3
 """A recording with channel range definitions, whose table stands behind the time table."""
 
-import pathlib
-import sys
-
-sys.dont_write_bytecode = True
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
 import recfile
 
 file = recfile.File(recfile.header(
@@ -36,6 +30,3 @@ file.add_block(609, recfile.time_table([
 
 # The times that the records got, not those that they were stored with.
 file.add_block(674, recfile.range_table([10, 100, 101]))
-
-if __name__ == "__main__":
-    recfile.main("channelranges", file)

@@ -1,11 +1,5 @@
-#!/usr/bin/env python3
 """A recording that was closed before anything was stored in it."""
 
-import pathlib
-import sys
-
-sys.dont_write_bytecode = True
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
 import recfile
 
 file = recfile.File(recfile.header(
@@ -13,6 +7,3 @@ file = recfile.File(recfile.header(
     start_ms=1_700_000_000_000, stop_ms=1_700_000_000_000,
     job=b"Not available", name=b"", kind=b"UNKNOWN",
     types_at=0, records_at=0, times_at=0, ranges_at=0, bookmarks_at=0, automatic=False))
-
-if __name__ == "__main__":
-    recfile.main("empty", file)

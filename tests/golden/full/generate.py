@@ -1,11 +1,5 @@
-#!/usr/bin/env python3
 """A small recording with a type table and records whose data and times are awkward."""
 
-import pathlib
-import sys
-
-sys.dont_write_bytecode = True
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
 import recfile
 
 LATE = 4_294_967_297  # does not fit into 32 bits
@@ -46,6 +40,3 @@ file.add_block(1030, recfile.time_table([
     (LATE + 1, 1004, "stored with the time before"),
     (LATE + 1000, 1012, "as it was stored"),
 ]))
-
-if __name__ == "__main__":
-    recfile.main("full", file)

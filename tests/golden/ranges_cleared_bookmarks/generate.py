@@ -1,11 +1,5 @@
-#!/usr/bin/env python3
 """The recording of the case bookmarks_added after its channel range table was cleared."""
 
-import pathlib
-import sys
-
-sys.dont_write_bytecode = True
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
 import recfile
 import rewritten
 
@@ -18,6 +12,3 @@ file.add_block(674, [
 ])
 for data, meaning in recfile.bookmark_table([(4000, b"ends")]):
     file.add(data, meaning)
-
-if __name__ == "__main__":
-    recfile.main("ranges_cleared_bookmarks", file)

@@ -1,11 +1,5 @@
-#!/usr/bin/env python3
 """The recording of the case bookmarks_added with more channel ranges than its table has room for."""
 
-import pathlib
-import sys
-
-sys.dont_write_bytecode = True
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
 import recfile
 import rewritten
 
@@ -15,6 +9,3 @@ file.add_block(674, recfile.range_table([10, 100, 101, 200]))
 file.add(b"6#starts", "what is left of the first bookmark, whose time was overwritten")
 for data, meaning in recfile.bookmark_table([(4000, b"ends")]):
     file.add(data, meaning)
-
-if __name__ == "__main__":
-    recfile.main("ranges_overrun", file)
