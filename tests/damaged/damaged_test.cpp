@@ -1,13 +1,7 @@
 // Damaged files: the inspection says what is wrong with them, and reading them comes to an end. Each fault is made from
 // a sound golden file. Odd files that are legal stand beside them: these must not be called damaged.
-#include <functional>
-#include <string>
-#include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <QDir>
-#include <QTemporaryDir>
 
 #include <recording2/inspection/verify/verification.h>
 
@@ -17,8 +11,7 @@ namespace {
 
 using namespace DamagedFileTests;
 using Inspection::Readability;
-using testing::HasSubstr;
-using testing::IsEmpty;
+using namespace testing;
 
 using Bytes = std::function<std::string()>;
 
@@ -131,18 +124,14 @@ const std::vector<Fault> Faults = {
 
 class DamagedFile : public testing::TestWithParam<Fault> {};
 
-TEST_P(DamagedFile, IsReportedByTheInspection)
+TEST_P(DamagedFile, IsReportedByTheInspectionFoundByVerifyingAndReadToAnEnd)
 {
-    const File file(GetParam().bytes());
+    const std::string bytes = GetParam().bytes();
+    const File file(bytes);
     const Inspection::Summary summary = Inspection::inspect(file.path());
     EXPECT_EQ(summary.readability, GetParam().readability);
     EXPECT_EQ(summary.problem.empty(), summary.readability == Readability::Ok);
     EXPECT_THAT(findingsOf(file.path()), HasSubstr(GetParam().text));
-}
-
-TEST_P(DamagedFile, IsFoundByVerifying)
-{
-    const File file(GetParam().bytes());
     const Inspection::Verification found = Inspection::verify(file.path());
     EXPECT_EQ(found.readability, GetParam().readability);
     EXPECT_EQ(found.count(Inspection::Severity::Damage) > 0, found.readability == Readability::Ok);
@@ -150,12 +139,6 @@ TEST_P(DamagedFile, IsFoundByVerifying)
         EXPECT_GE(remark.offset, 0);
         EXPECT_LE(remark.offset, found.fileSize);
     }
-}
-
-TEST_P(DamagedFile, IsReadToAnEnd)
-{
-    const std::string bytes = GetParam().bytes();
-    const File file(bytes);
     readEverything(file.path(), bytes.size());
 }
 
@@ -196,26 +179,15 @@ const std::vector<Quirk> Quirks = {
 
 class OddFile : public testing::TestWithParam<Quirk> {};
 
-TEST_P(OddFile, IsSound)
-{
-    const File file(GetParam().bytes());
-    EXPECT_EQ(Inspection::inspect(file.path()).readability, Readability::Ok);
-    EXPECT_THAT(findingsOf(file.path()), IsEmpty());
-}
-
-TEST_P(OddFile, HasNoDamageForVerifying)
-{
-    const File file(GetParam().bytes());
-    const Inspection::Verification found = Inspection::verify(file.path());
-    for (const Inspection::Remark& remark : found.remarks) {
-        EXPECT_EQ(remark.severity, Inspection::Severity::Note) << remark.offset << ": " << remark.text;
-    }
-}
-
-TEST_P(OddFile, IsReadToAnEnd)
+TEST_P(OddFile, IsSoundHasNoDamageForVerifyingAndIsReadToAnEnd)
 {
     const std::string bytes = GetParam().bytes();
     const File file(bytes);
+    EXPECT_EQ(Inspection::inspect(file.path()).readability, Readability::Ok);
+    EXPECT_THAT(findingsOf(file.path()), IsEmpty());
+    for (const Inspection::Remark& remark : Inspection::verify(file.path()).remarks) {
+        EXPECT_EQ(remark.severity, Inspection::Severity::Note) << remark.offset << ": " << remark.text;
+    }
     readEverything(file.path(), bytes.size());
 }
 
@@ -246,28 +218,20 @@ TEST(DamagedFiles, AMissingFileIsToldFromADirectory)
     readEverything(path, 0);
 }
 
-TEST(DamagedFiles, RecordsBehindADamagedOneAreFoundThroughTheTimeTable)
+TEST(DamagedFiles, RecordsBehindADamagedOneAreFoundThroughTheTimeTableAndKeepTheirTimes)
 {
-    const auto records = recordsOf(with(golden("full"), "36#5#-31.5", "xx#5#-31.5"));
-    ASSERT_EQ(records.size(), 7U);
-    EXPECT_EQ(records[1].position, 719);
-    EXPECT_EQ(records[1].timeMs, 12U);
-}
-
-TEST(DamagedFiles, RecordsOfAFileThatWasCutAreReadWithoutTimes)
-{
-    const auto records = recordsOf(golden("full").substr(0, 989));
-    ASSERT_EQ(records.size(), 4U);
-    EXPECT_EQ(records[0].data, "100000000");
-    EXPECT_EQ(records[0].timeMs, 0U);
-}
-
-TEST(DamagedFiles, RecordsKeepTheirTimesWhenOneEntryOfTheTimeTableIsDamaged)
-{
-    const auto records = recordsOf(with(golden("full"), timeBytes(200), timeBytes(2)));
-    ASSERT_EQ(records.size(), 8U);
-    EXPECT_EQ(records[4].timeMs, 0U);
-    EXPECT_EQ(records[5].timeMs, 4'294'967'297U);
+    const auto behind = recordsOf(with(golden("full"), "36#5#-31.5", "xx#5#-31.5"));
+    ASSERT_EQ(behind.size(), 7U);
+    EXPECT_EQ(behind[1].position, 719);
+    EXPECT_EQ(behind[1].timeMs, 12U);
+    const auto cutOff = recordsOf(golden("full").substr(0, 989));
+    ASSERT_EQ(cutOff.size(), 4U);
+    EXPECT_EQ(cutOff[0].data, "100000000");
+    EXPECT_EQ(cutOff[0].timeMs, 0U) << "with the table the times are gone";
+    const auto oneTime = recordsOf(with(golden("full"), timeBytes(200), timeBytes(2)));
+    ASSERT_EQ(oneTime.size(), 8U);
+    EXPECT_EQ(oneTime[4].timeMs, 0U);
+    EXPECT_EQ(oneTime[5].timeMs, 4'294'967'297U);
 }
 
 TEST(DamagedFiles, TheWalkStopsWhenItsCallerHasSeenEnough)

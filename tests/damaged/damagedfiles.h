@@ -2,13 +2,10 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdint>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <random>
-#include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <QTemporaryDir>

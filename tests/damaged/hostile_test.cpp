@@ -1,11 +1,6 @@
 // Files that somebody made so that reading them would take for ever, or all memory or disk. Where a reader once did the
 // square of the work, the file is so large that this would take many minutes, which is more than a test may take.
-#include <algorithm>
-#include <cstdint>
 #include <limits>
-#include <set>
-#include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <QFileInfo>
@@ -43,7 +38,7 @@ protected:
         area.append(HeaderArea - 1 - area.size(), '0');
         TestSupport::writeFile(name(), area + '#' + rest);
     }
-    [[nodiscard]] QString name() const { return m_folder.filePath(QStringLiteral("hostile.rec")); }
+    [[nodiscard]] QString name() const { return m_folder.filePath("hostile.rec"); }
     [[nodiscard]] std::string path() const { return TestSupport::fileName8(name()); }
     [[nodiscard]] std::int64_t size() const { return QFileInfo(name()).size(); }
     [[nodiscard]] CFileAccess open() const
@@ -74,9 +69,7 @@ TEST_F(HostileFile, TypesByTheHundredThousandAreReadInOnePass)
     for (std::int32_t i = 0; i < Count; ++i) {
         types += typeEntry(i, "");
     }
-    HeaderFields header;
-    header.typeTable = HeaderArea;
-    write(header, types);
+    write({.typeTable = HeaderArea}, types);
     CFileAccess file = open();
     CVTTypesData read;
     EXPECT_EQ(file.read(read), 1U);
@@ -92,9 +85,7 @@ TEST_F(HostileFile, ATypeThatStandsManyTimesIsNotCopiedEveryTime)
     for (int i = 1; i < Count; ++i) {
         types += typeEntry(7, "x");
     }
-    HeaderFields header;
-    header.typeTable = HeaderArea;
-    write(header, types);
+    write({.typeTable = HeaderArea}, types);
     CFileAccess file = open();
     CVTTypesData read;
     EXPECT_EQ(file.read(read), 1U);
@@ -115,9 +106,7 @@ TEST_F(HostileFile, ADerivedTypeTableIsGivenEveryEntry)
         }
         int count = 0;
     };
-    HeaderFields header;
-    header.typeTable = HeaderArea;
-    write(header, ByteBuilder().number(2).bytes() + typeEntry(7, "A") + typeEntry(7, "B"));
+    write({.typeTable = HeaderArea}, ByteBuilder().number(2).bytes() + typeEntry(7, "A") + typeEntry(7, "B"));
     CFileAccess file = open();
     Counting types;
     EXPECT_EQ(file.read(types), 1U);
@@ -239,10 +228,8 @@ TEST_F(HostileFile, TheWalkDoesNotComeBackToARunOfSpacesOrDigitsFromEveryPlaceIn
         for (std::int32_t i = 0; i < Count; ++i) {
             times.time(10 + static_cast<std::uint64_t>(i)).number(HeaderArea + i * 8);
         }
-        HeaderFields header;
-        header.firstRecord = HeaderArea;
-        header.timeTable = HeaderArea + static_cast<std::int32_t>(body.size());
-        write(header, body + times.bytes());
+        const auto timeTable = HeaderArea + static_cast<std::int32_t>(body.size());
+        write({.firstRecord = HeaderArea, .timeTable = timeTable}, body + times.bytes());
         inspectAll();
     }
 }
@@ -254,13 +241,11 @@ TEST_F(HostileFile, BookmarksBehindDamageAreNotLookedForInEveryChainToTheEnd)
     for (int i = 0; i < 300'000; ++i) {
         body += std::string(8, static_cast<char>('a' + i % 26)) + "#1#";
     }
-    HeaderFields header;
-    header.bookmarkTable = HeaderArea;
     std::string ascending;
     for (std::uint64_t time = 1; time < 300'000; ++time) {
         ascending += ByteBuilder().time(time).text("x").bytes();
     }
-    write(header, "damaged" + body + ascending + "end");
+    write({.bookmarkTable = HeaderArea}, "damaged" + body + ascending + "end");
     const Inspection::Salvage found = Inspection::salvage(path());
     EXPECT_TRUE(found.bookmarksLost);
 }
@@ -291,12 +276,11 @@ TEST_F(HostileFile, TheLastTimeOfAllIsNotFollowedByAnother)
 
 TEST_F(HostileFile, ATablePositionBehindTheEndDoesNotFillTheDisk)
 {
-    HeaderFields header;
-    header.firstRecord = HeaderArea;
-    header.timeTable = HeaderArea + 5;
-    header.channelRangeTable = LastPosition - 100;
-    header.bookmarkTable = LastPosition;
-    write(header, "7#1#x");
+    write({.firstRecord = HeaderArea,
+           .timeTable = HeaderArea + 5,
+           .channelRangeTable = LastPosition - 100,
+           .bookmarkTable = LastPosition},
+          "7#1#x");
     const std::int64_t before = size();
     const std::string bytes = TestSupport::readFile(name());
     {
@@ -314,10 +298,7 @@ TEST_F(HostileFile, ATablePositionBehindTheEndDoesNotFillTheDisk)
 
 TEST_F(HostileFile, ClearingChannelRangesEndsWithTheFileWhereverTheBookmarksShouldBe)
 {
-    HeaderFields header;
-    header.channelRangeTable = HeaderArea;
-    header.bookmarkTable = LastPosition;
-    write(header, "0123456789");
+    write({.channelRangeTable = HeaderArea, .bookmarkTable = LastPosition}, "0123456789");
     const std::int64_t before = size();
     CFileAccess file = open();
     file.clearChannelRangeDef();

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <vector>
 
 #include "loaded_recorder.h"
 #include "station.h"
@@ -31,7 +30,7 @@ protected:
     SteadyState()
     {
         station.addAllKeywords();
-        recorder = makeLoadedRecorder(QStringLiteral("Rx"));
+        recorder = makeLoadedRecorder("Rx");
     }
 
     /// Allocations of many changes, after some that let the buffers grow.
@@ -71,15 +70,15 @@ TEST_F(SteadyState, NoRecorderIsMadeWhereMemoryRunsOut)
         made = failing > allocations();
         failAllocation(0);
         ASSERT_EQ(attempt != nullptr, made) << "allocation " << number;
-        const TraceLog::Line* line = log.find(QStringLiteral("std::bad_alloc"));
+        const TraceLog::Line* line = log.find("std::bad_alloc");
         ASSERT_EQ(line == nullptr, made);
         if (!made) {
-            EXPECT_EQ(line->source, QStringLiteral("devicecontrol\\recording2\\loadinterface"));
+            EXPECT_EQ(line->source, "devicecontrol\\recording2\\loadinterface");
             EXPECT_EQ(line->line, 21);
         }
     }
-    makeLoadedRecorder(QStringLiteral("Rx"));
-    EXPECT_FALSE(station.value<Flag>(QStringLiteral("/Devices/Rx1/REC_LOADED")).GetValue());
+    makeLoadedRecorder("Rx");
+    EXPECT_FALSE(station.value<Flag>("/Devices/Rx1/REC_LOADED").GetValue());
 }
 
 TEST_F(SteadyState, TheCountersSeeThePlugIn)
@@ -91,14 +90,14 @@ TEST_F(SteadyState, TheCountersSeeThePlugIn)
 
 TEST_F(SteadyState, ANumberIsRecordedWithoutAllocating)
 {
-    auto& level = station.value<Number>(QStringLiteral("/LEVEL"));
+    auto& level = station.value<Number>("/LEVEL");
     EXPECT_LE(allocationsOf([&level](std::size_t number) { level.SetValue(static_cast<double>(number) / 7); }),
               IndexGrowth + Headers);
 }
 
 TEST_F(SteadyState, ALevelMapOf4096CellsIsRecordedWithoutAllocating)
 {
-    auto& spectrum = station.value<LevelMap>(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum"));
+    auto& spectrum = station.value<LevelMap>("/Devices/Rx1/Scn/RfSpectrum");
     spectrum.SetChannelRange(values::ChannelRange::Even(88e6, 5e3, 4'096));
     std::vector<float> cells(64);
     EXPECT_LE(allocationsOf([&](std::size_t number) {
@@ -110,7 +109,7 @@ TEST_F(SteadyState, ALevelMapOf4096CellsIsRecordedWithoutAllocating)
 
 TEST_F(SteadyState, AWholeLevelMapIsRecordedWithoutAllocating)
 {
-    auto& spectrum = station.value<LevelMap>(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum"));
+    auto& spectrum = station.value<LevelMap>("/Devices/Rx1/Scn/RfSpectrum");
     spectrum.SetChannelRange(values::ChannelRange::Even(88e6, 5e3, 4'096));
     std::vector<float> cells(4'096);
     station.switchOn();

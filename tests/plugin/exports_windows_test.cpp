@@ -16,8 +16,7 @@
 
 namespace {
 
-using testing::Contains;
-using testing::IsEmpty;
+using namespace testing;
 
 std::string demangled(const char* name)
 {

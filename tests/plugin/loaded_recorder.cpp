@@ -21,7 +21,7 @@ void resolve(QLibrary& library, const char* symbol, Function& function)
 
 PluginEntries load()
 {
-    QLibrary library(QStringLiteral(RECORDER_PLUGIN));
+    QLibrary library(RECORDER_PLUGIN);
     if (!library.load()) {
         throw std::runtime_error(library.errorString().toStdString());
     }

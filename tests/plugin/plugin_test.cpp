@@ -1,11 +1,8 @@
 // The recorder plug-in as a host sees it: made, switched, and released through its two entry points.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <stdexcept>
-
-#include <QFileInfo>
 
 #include <startup/cfgcenter.h>
 #include <startup/translationcenter.h>
@@ -17,10 +14,7 @@
 namespace RecorderTests {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
+using namespace testing;
 
 class Plugin : public testing::Test {
 protected:
@@ -39,41 +33,33 @@ protected:
     template <typename T>
     [[nodiscard]] T& at(const char* path) const
     {
-        return station.value<T>(QString::fromLatin1(path));
+        return station.value<T>(path);
     }
     [[nodiscard]] Number& level() const { return at<Number>("/LEVEL"); }
 
     mutable Station station;
 };
 
-std::vector<std::string> dataOf(const std::vector<ParsedRecording::Record>& records)
-{
-    std::vector<std::string> texts;
-    std::transform(records.begin(), records.end(), std::back_inserter(texts),
-                   [](const ParsedRecording::Record& record) { return record.data; });
-    return texts;
-}
-
-TEST_F(Plugin, DestroyingNothingDoesNothing)
+TEST_F(Plugin, CreateGivesAnInstanceThatHoldsItsNameAndTracesFromItsSources)
 {
     plugin().destroy(nullptr);
-}
-
-TEST_F(Plugin, CreateGivesAnInstanceThatHoldsItsName)
-{
-    const LoadedRecorder recorder = makeLoadedRecorder(QStringLiteral("Rx"));
+    const TraceLog log;
+    LoadedRecorder recorder = makeLoadedRecorder("Rx");
     ASSERT_NE(recorder, nullptr);
-    EXPECT_EQ(recorder->InstanceName(), QStringLiteral("Rx"));
+    EXPECT_EQ(recorder->InstanceName(), "Rx");
     EXPECT_TRUE(at<Flag>("/Devices/Rx1/REC_LOADED").GetValue());
+    recorder.reset();
+    ASSERT_THAT(log.lines(), SizeIs(2));
+    EXPECT_EQ(log.lines()[0].source, "devicecontrol\\recording2\\recording");
 }
 
 TEST_F(Plugin, CreateSucceedsWithoutConfiguration)
 {
     CfgCenter::Clear();
-    EXPECT_NE(makeLoadedRecorder(QStringLiteral("Nobody")), nullptr);
+    EXPECT_NE(makeLoadedRecorder("Nobody"), nullptr);
     const LoadedRecorder unnamed = makeLoadedRecorder(QString());
     ASSERT_NE(unnamed, nullptr);
-    EXPECT_NE(station.tree.Find(QStringLiteral("/Devices/NoName_Driver/REC_STATUS")), nullptr);
+    EXPECT_NE(station.tree.Find("/Devices/NoName_Driver/REC_STATUS"), nullptr);
 }
 
 TEST(PluginWithoutTree, CreateSucceeds)
@@ -83,10 +69,9 @@ TEST(PluginWithoutTree, CreateSucceeds)
 
 TEST_F(Plugin, AConfigurationErrorPassesOutAndLeavesNoRecorder)
 {
-    CfgCenter::LoadText(QStringLiteral("[Rx]\nValuePath = \"/Devices/Rx1\"\nRecFileNameFormat83 = 1\n"),
-                        QStringLiteral("station.toml"));
+    CfgCenter::LoadText("[Rx]\nValuePath = \"/Devices/Rx1\"\nRecFileNameFormat83 = 1\n", "station.toml");
     try {
-        makeLoadedRecorder(QStringLiteral("Rx"));
+        makeLoadedRecorder("Rx");
         FAIL() << "no exception";
     } catch (const VKException& exception) {
         EXPECT_THAT(exception.what(), HasSubstr("station.toml:3"));
@@ -97,7 +82,7 @@ TEST_F(Plugin, AConfigurationErrorPassesOutAndLeavesNoRecorder)
 
 TEST_F(Plugin, DestroyStopsTheRecordingAndSaysSo)
 {
-    LoadedRecorder recorder = makeLoadedRecorder(QStringLiteral("Rx"));
+    LoadedRecorder recorder = makeLoadedRecorder("Rx");
     start();
     level().SetValue(1);
     recorder.reset();
@@ -109,8 +94,8 @@ TEST_F(Plugin, DestroyStopsTheRecordingAndSaysSo)
 
 TEST_F(Plugin, ARecorderCanBeMadeAgainAfterItsEnd)
 {
-    makeLoadedRecorder(QStringLiteral("Rx"));
-    const LoadedRecorder recorder = makeLoadedRecorder(QStringLiteral("Rx"));
+    makeLoadedRecorder("Rx");
+    const LoadedRecorder recorder = makeLoadedRecorder("Rx");
     EXPECT_TRUE(at<Flag>("/Devices/Rx1/REC_LOADED").GetValue());
     start();
     level().SetValue(1);
@@ -119,7 +104,7 @@ TEST_F(Plugin, ARecorderCanBeMadeAgainAfterItsEnd)
 
 TEST_F(Plugin, RecordsOnTheClockOfTheHost)
 {
-    const LoadedRecorder recorder = makeLoadedRecorder(QStringLiteral("Rx"));
+    const LoadedRecorder recorder = makeLoadedRecorder("Rx");
     start();
     station.clock.advanceMs(2'345);
     level().SetValue(1);
@@ -130,7 +115,7 @@ TEST_F(Plugin, RecordsOnTheClockOfTheHost)
 
 TEST_F(Plugin, ARestartWhileOnBeginsAFreshFile)
 {
-    const LoadedRecorder recorder = makeLoadedRecorder(QStringLiteral("Rx"));
+    const LoadedRecorder recorder = makeLoadedRecorder("Rx");
     start();
     level().SetValue(1);
     station.switchOn();
@@ -139,23 +124,23 @@ TEST_F(Plugin, ARestartWhileOnBeginsAFreshFile)
     station.switchOff();
     ASSERT_THAT(station.files(), SizeIs(2));
     for (const QString& name : station.files()) {
-        EXPECT_TRUE(name.endsWith(QStringLiteral(".rec"))) << name.toStdString();
+        EXPECT_TRUE(name.endsWith(".rec")) << name.toStdString();
         EXPECT_EQ(parsed(station.file(name)).header.typeTable, 500);
     }
 }
 
 TEST_F(Plugin, ValuesMayGoAndModesMayChangeWhileRecording)
 {
-    const LoadedRecorder recorder = makeLoadedRecorder(QStringLiteral("Rx"));
+    const LoadedRecorder recorder = makeLoadedRecorder("Rx");
     auto& mode = at<Selection>("/Devices/Rx1/Gen/DRVCOMMANDS");
     at<LevelMap>("/IfMapping").SetChannelRange(values::ChannelRange::Even(0, 1, 4));
     start();
     mode.SelectKey(23);
     at<LevelMap>("/IfMapping").SetCell(1, -3, 0);
-    station.tree.Remove(QStringLiteral("/IfMapping"));
+    station.tree.Remove("/IfMapping");
     mode.SelectKey(5);
     mode.SelectKey(42);
-    station.tree.Remove(QStringLiteral("/DEVICE_CAPTION"));
+    station.tree.Remove("/DEVICE_CAPTION");
     std::vector<std::int32_t> codes;
     for (const auto& record : changesIn(stopAndRead())) {
         codes.push_back(record.code);
@@ -165,9 +150,9 @@ TEST_F(Plugin, ValuesMayGoAndModesMayChangeWhileRecording)
 
 TEST_F(Plugin, AFailingObserverOfTheFileNameReachesTheOperatorAndTheFileIsClosed)
 {
-    const LoadedRecorder recorder = makeLoadedRecorder(QStringLiteral("Rx"));
+    const LoadedRecorder recorder = makeLoadedRecorder("Rx");
     start();
-    const Listener failing(*station.tree.Find(QStringLiteral("/Status/Rx1/REC_FILENAME")),
+    const Listener failing(*station.tree.Find("/Status/Rx1/REC_FILENAME"),
                            [](values::ValueBase&, TChangeCode) { throw std::runtime_error("display gone"); });
     try {
         station.switchOff();
@@ -181,44 +166,33 @@ TEST_F(Plugin, AFailingObserverOfTheFileNameReachesTheOperatorAndTheFileIsClosed
     EXPECT_EQ(parsed(station.file(station.files().first())).header.typeTable, 500);
 }
 
-TEST_F(Plugin, TracesComeFromItsSources)
-{
-    const TraceLog log;
-    makeLoadedRecorder(QStringLiteral("Rx"));
-    ASSERT_THAT(log.lines(), SizeIs(2));
-    EXPECT_EQ(log.lines()[0].source, QStringLiteral("devicecontrol\\recording2\\recording"));
-}
-
 /// A second recorder beside "Rx".
 class TwoRecorders : public Plugin {
 protected:
     TwoRecorders()
     {
-        CfgCenter::LoadText(QStringLiteral("[Rx]\nValuePath = \"/Devices/Rx1\"\nStatusValuePath = \"/Status/Rx1\"\n"
-                                           "RecordingPath = \"%1\"\n"
-                                           "[Other]\nValuePath = \"/Devices/Rx1/Other\"\nStatusValuePath = "
-                                           "\"/Status/Other\"\nRecordingPath = \"%1\"\n"
-                                           "[Other.Values]\nRFSPECTRUM = \"/Devices/Rx1/Scn/RfSpectrum\"\n"
-                                           "LEVEL = \"/LEVEL\"\n")
+        CfgCenter::LoadText(QString("[Rx]\nValuePath = \"/Devices/Rx1\"\nStatusValuePath = \"/Status/Rx1\"\n"
+                                    "RecordingPath = \"%1\"\n"
+                                    "[Other]\nValuePath = \"/Devices/Rx1/Other\"\nStatusValuePath = "
+                                    "\"/Status/Other\"\nRecordingPath = \"%1\"\n"
+                                    "[Other.Values]\nRFSPECTRUM = \"/Devices/Rx1/Scn/RfSpectrum\"\n"
+                                    "LEVEL = \"/LEVEL\"\n")
                                 .arg(station.directory()),
-                            QStringLiteral("station.toml"));
+                            "station.toml");
     }
     void startBoth() const
     {
         station.switchOn();
-        station.switchOn(QStringLiteral("/Devices/Rx1/Other"));
+        station.switchOn("/Devices/Rx1/Other");
         station.clock.advanceMs(1'000);
     }
-    [[nodiscard]] ParsedRecording otherRecording() const
-    {
-        return parsed(station.text(QStringLiteral("/Status/Other/REC_FILENAME")));
-    }
+    [[nodiscard]] ParsedRecording otherRecording() const { return parsed(station.text("/Status/Other/REC_FILENAME")); }
 };
 
 TEST_F(TwoRecorders, GetTheSameTexts)
 {
-    const LoadedRecorder first = makeLoadedRecorder(QStringLiteral("Rx"));
-    const LoadedRecorder second = makeLoadedRecorder(QStringLiteral("Other"));
+    const LoadedRecorder first = makeLoadedRecorder("Rx");
+    const LoadedRecorder second = makeLoadedRecorder("Other");
     auto& spectrum = at<LevelMap>("/Devices/Rx1/Scn/RfSpectrum");
     spectrum.SetChannelRange(values::ChannelRange::Even(88e6, 25e3, 64));
     startBoth();
@@ -226,7 +200,7 @@ TEST_F(TwoRecorders, GetTheSameTexts)
     for (std::size_t cell = 0; cell < 5; ++cell) {
         spectrum.SetCell(cell, static_cast<float>(cell), 0);
     }
-    station.switchOff(QStringLiteral("/Devices/Rx1/Other"));
+    station.switchOff("/Devices/Rx1/Other");
     const ParsedRecording one = stopAndRead();
     const ParsedRecording other = otherRecording();
     EXPECT_THAT(changesIn(one), SizeIs(6));
@@ -235,8 +209,8 @@ TEST_F(TwoRecorders, GetTheSameTexts)
 
 TEST_F(TwoRecorders, TheEndOfOneLeavesTheOtherRecording)
 {
-    const LoadedRecorder first = makeLoadedRecorder(QStringLiteral("Rx"));
-    LoadedRecorder second = makeLoadedRecorder(QStringLiteral("Other"));
+    const LoadedRecorder first = makeLoadedRecorder("Rx");
+    LoadedRecorder second = makeLoadedRecorder("Other");
     auto& spectrum = at<LevelMap>("/Devices/Rx1/Scn/RfSpectrum");
     spectrum.SetChannelRange(values::ChannelRange::Even(88e6, 25e3, 64));
     startBoth();
@@ -252,14 +226,14 @@ TEST_F(TwoRecorders, TheEndOfOneLeavesTheOtherRecording)
 
 TEST_F(TwoRecorders, StartedInOneSecondUnderOneNameDoNotMeet)
 {
-    const LoadedRecorder first = makeLoadedRecorder(QStringLiteral("Rx"));
-    const LoadedRecorder second = makeLoadedRecorder(QStringLiteral("Other"));
-    station.tree.Remove(QStringLiteral("/DEVICE_CAPTION"));
-    station.add<Text>(QStringLiteral("/Devices/Rx1/Other/Adm/DRIVERNAME")).SetValue(QStringLiteral("RX 1"));
+    const LoadedRecorder first = makeLoadedRecorder("Rx");
+    const LoadedRecorder second = makeLoadedRecorder("Other");
+    station.tree.Remove("/DEVICE_CAPTION");
+    station.add<Text>("/Devices/Rx1/Other/Adm/DRIVERNAME").SetValue("RX 1");
     startBoth();
-    EXPECT_NE(station.fileName(), station.text(QStringLiteral("/Status/Other/REC_FILENAME")));
+    EXPECT_NE(station.fileName(), station.text("/Status/Other/REC_FILENAME"));
     level().SetValue(7);
-    station.switchOff(QStringLiteral("/Devices/Rx1/Other"));
+    station.switchOff("/Devices/Rx1/Other");
     EXPECT_EQ(stopAndRead().records.back().data, otherRecording().records.back().data);
 }
 

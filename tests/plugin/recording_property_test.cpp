@@ -3,8 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
-#include <memory>
 #include <random>
 
 #include "loaded_recorder.h"
@@ -115,25 +113,24 @@ public:
         m_station.clock.now += below(4) == 0 ? 0 : below(20'000'000);
         switch (below(9)) {
             case 0:
-                return changeNumber(QStringLiteral("/LEVEL"));
+                return changeNumber("/LEVEL");
             case 1:
-                return changeNumber(QStringLiteral("/Devices/Rx1/Scn/StartFreq"));
+                return changeNumber("/Devices/Rx1/Scn/StartFreq");
             case 2:
-                return m_station.value<Number>(QStringLiteral("/Devices/Rx1/Mon/RFYLIMIT"))
-                    .SetLimits(number(), number());
+                return m_station.value<Number>("/Devices/Rx1/Mon/RFYLIMIT").SetLimits(number(), number());
             case 3:
                 return changeFrequency();
             case 4:
-                return m_station.value<Flag>(QStringLiteral("/Devices/Rx1/Mon/SquelchState")).SetValue(below(2) == 1);
+                return m_station.value<Flag>("/Devices/Rx1/Mon/SquelchState").SetValue(below(2) == 1);
             case 5:
-                return m_station.value<Text>(QStringLiteral("/DEVICE_CAPTION")).SetValue(caption());
+                return m_station.value<Text>("/DEVICE_CAPTION").SetValue(caption());
             case 6:
-                m_station.value<Selection>(QStringLiteral("/IFSPAN")).SelectKey(static_cast<std::int32_t>(below(3)));
+                m_station.value<Selection>("/IFSPAN").SelectKey(static_cast<std::int32_t>(below(3)));
                 return;
             case 7:
-                return changeSpectrum(m_station.value<LevelMap>(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum")));
+                return changeSpectrum(m_station.value<LevelMap>("/Devices/Rx1/Scn/RfSpectrum"));
             default:
-                return changeSpectrum(m_station.value<LevelMap>(QStringLiteral("/Level2")));
+                return changeSpectrum(m_station.value<LevelMap>("/Level2"));
         }
     }
 
@@ -149,7 +146,7 @@ private:
     [[nodiscard]] double number() { return (static_cast<double>(m_random()) - 2e9) / 64; }
     [[nodiscard]] QString text()
     {
-        static const QString characters = QStringLiteral("x134;|\\ äß€\"#\n");
+        static const QString characters = "x134;|\\ äß€\"#\n";
         QString made;
         for (std::size_t length = below(12); length > 0; --length) {
             made += characters[static_cast<int>(below(static_cast<std::size_t>(characters.size())))];
@@ -177,7 +174,7 @@ private:
     }
     void changeFrequency()
     {
-        auto& frequency = m_station.value<OffsetNumber>(QStringLiteral("/FREQUENCY"));
+        auto& frequency = m_station.value<OffsetNumber>("/FREQUENCY");
         if (below(2) == 0) {
             frequency.SetValue(number());
         } else {
@@ -209,24 +206,23 @@ protected:
     RandomRecording()
     {
         station.addAllKeywords();
-        station.add<LevelMap>(QStringLiteral("/Level2"));
+        station.add<LevelMap>("/Level2");
         for (const char* path : {"/Devices/Rx1/Scn/RfSpectrum", "/Level2"}) {
-            station.value<LevelMap>(QString::fromLatin1(path))
-                .SetChannelRange(values::ChannelRange::Even(88e6, 25e3, 16));
+            station.value<LevelMap>(path).SetChannelRange(values::ChannelRange::Even(88e6, 25e3, 16));
         }
-        station.value<BearingMap>(QStringLiteral("/DfSpectrum"))
-            .SetChannelRange(values::ChannelRange::Even(88e6, 25e3, 8));
+        station.value<BearingMap>("/DfSpectrum").SetChannelRange(values::ChannelRange::Even(88e6, 25e3, 8));
     }
     /// @param spectrum a line of the recorder's configuration
     void record(const QString& spectrum)
     {
-        station.configure(QString(), QStringLiteral("LEVEL = \"/LEVEL\"\nSTARTFREQ = \"Scn/StartFreq\"\n"
-                                                    "RFYLIMIT = \"Mon/RFYLIMIT\"\nFREQUENCY = \"/FREQUENCY\"\n"
-                                                    "SQUELCHSTATE = \"Mon/SquelchState\"\n"
-                                                    "DEVICE_CAPTION = \"/DEVICE_CAPTION\"\nIFSPAN = \"/IFSPAN\"\n"
-                                                    "AZIMUTH = \"/Level2\"\n") +
-                                         spectrum);
-        recorder = makeLoadedRecorder(QStringLiteral("Rx"));
+        station.configure(QString(),
+                          "LEVEL = \"/LEVEL\"\nSTARTFREQ = \"Scn/StartFreq\"\n"
+                          "RFYLIMIT = \"Mon/RFYLIMIT\"\nFREQUENCY = \"/FREQUENCY\"\n"
+                          "SQUELCHSTATE = \"Mon/SquelchState\"\n"
+                          "DEVICE_CAPTION = \"/DEVICE_CAPTION\"\nIFSPAN = \"/IFSPAN\"\n"
+                          "AZIMUTH = \"/Level2\"\n" +
+                              spectrum);
+        recorder = makeLoadedRecorder("Rx");
         for (const auto& [path, typeId] :
              std::initializer_list<std::pair<const char*, std::int32_t>>{{"/LEVEL", 36},
                                                                          {"/Devices/Rx1/Scn/StartFreq", 11},
@@ -239,10 +235,7 @@ protected:
             watch(path, typeId);
         }
     }
-    void watch(const char* path, std::int32_t typeId)
-    {
-        notes.watch(*station.tree.Find(QString::fromLatin1(path)), typeId);
-    }
+    void watch(const char* path, std::int32_t typeId) { notes.watch(*station.tree.Find(path), typeId); }
     /// Compares the records after the initial states with the notes.
     void expectRecorded(std::size_t initialStates)
     {
@@ -270,7 +263,7 @@ INSTANTIATE_TEST_SUITE_P(Seeds, RandomRecording, testing::Range(1U, 21U));
 
 TEST_P(RandomRecording, HoldsEveryChangeInOrderWithItsTime)
 {
-    record(QStringLiteral("RFSPECTRUM = \"Scn/RfSpectrum\"\n"));
+    record("RFSPECTRUM = \"Scn/RfSpectrum\"\n");
     watch("/Devices/Rx1/Scn/RfSpectrum", 1);
     Device device(station, GetParam());
     for (int file = 0; file < 3; ++file) {
@@ -287,10 +280,10 @@ TEST_P(RandomRecording, HoldsEveryChangeInOrderWithItsTime)
 
 TEST_P(RandomRecording, HoldsBearingsWithTheirOwnTimes)
 {
-    record(QStringLiteral("DFSPECTRUM = \"/DfSpectrum\"\n"));
+    record("DFSPECTRUM = \"/DfSpectrum\"\n");
     watch("/DfSpectrum", 20);
     Device device(station, GetParam());
-    auto& bearings = station.value<BearingMap>(QStringLiteral("/DfSpectrum"));
+    auto& bearings = station.value<BearingMap>("/DfSpectrum");
     for (int file = 0; file < 2; ++file) {
         notes.begin(9);
         station.switchOn();
@@ -299,7 +292,7 @@ TEST_P(RandomRecording, HoldsBearingsWithTheirOwnTimes)
                 device.changeBearings(bearings);
             } else if (device.below(2) == 0) {
                 station.clock.now += device.below(50'000);
-                station.value<Number>(QStringLiteral("/LEVEL")).SetValue(i);
+                station.value<Number>("/LEVEL").SetValue(i);
             }
         }
         expectRecorded(9);
@@ -308,7 +301,7 @@ TEST_P(RandomRecording, HoldsBearingsWithTheirOwnTimes)
 
 TEST_P(RandomRecording, HoldsNothingOfAValueThatWasRemoved)
 {
-    record(QStringLiteral("RFSPECTRUM = \"Scn/RfSpectrum\"\n"));
+    record("RFSPECTRUM = \"Scn/RfSpectrum\"\n");
     watch("/Devices/Rx1/Scn/RfSpectrum", 1);
     Device device(station, GetParam());
     notes.begin(9);
@@ -316,9 +309,9 @@ TEST_P(RandomRecording, HoldsNothingOfAValueThatWasRemoved)
     for (int i = 0; i < 50; ++i) {
         device.change();
     }
-    notes.unwatch(station.value<Number>(QStringLiteral("/LEVEL")));
-    station.tree.Remove(QStringLiteral("/LEVEL"));
-    station.add<Number>(QStringLiteral("/LEVEL"));
+    notes.unwatch(station.value<Number>("/LEVEL"));
+    station.tree.Remove("/LEVEL");
+    station.add<Number>("/LEVEL");
     for (int i = 0; i < 50; ++i) {
         device.change();
     }

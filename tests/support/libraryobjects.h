@@ -1,10 +1,6 @@
 // The objects of the library's interface, made of the fields that tests write recordings of, and taken apart again.
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <vector>
-
 #include <recording2/fileaccess.h>
 
 #include "support/recordingbytes.h"

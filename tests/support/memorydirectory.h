@@ -10,9 +10,9 @@ namespace TestSupport {
 /// For QTemporaryDir: a directory in memory where the system has one.
 [[nodiscard]] inline QString directoryTemplate()
 {
-    const QString memory = QStringLiteral("/dev/shm");
+    const QString memory = "/dev/shm";
     const bool usable = QFileInfo(memory).isWritable();
-    return (usable ? memory : QDir::tempPath()) + QStringLiteral("/recording-XXXXXX");
+    return (usable ? memory : QDir::tempPath()) + "/recording-XXXXXX";
 }
 
 }  // namespace TestSupport

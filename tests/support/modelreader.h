@@ -2,12 +2,8 @@
 #pragma once
 
 #include <array>
-#include <cstdint>
 #include <fstream>
-#include <map>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "support/recordingbytes.h"
 

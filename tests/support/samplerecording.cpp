@@ -11,48 +11,13 @@
 #include <values/maps.h>
 #include <values/selection.h>
 #include <values/value.h>
-#include <vkbase/observer.h>
+
+#include "scribe.h"
 
 namespace {
 
 using Recording2::CFileAccess;
-
-/// Stores what a value says about its changes, as the recorder does.
-class Scribe final : public IObserver {
-public:
-    Scribe(CFileAccess& file, values::ValueBase& value, std::int32_t code) : m_file(file), m_value(value), m_code(code)
-    {
-        m_value.CommandRecordingOn();
-        m_value.AddObserver(this);
-    }
-    Scribe(const Scribe&) = delete;
-    Scribe& operator=(const Scribe&) = delete;
-    ~Scribe() override { m_value.RemoveObserver(this); }
-
-    void store(const std::string& text, std::uint64_t time, bool isChannelRangeDef = false)
-    {
-        Recording2::CVTCmdData record;
-        record.set_cmd(m_code);
-        record.set_str(text.data(), static_cast<std::int32_t>(text.size()));
-        m_file.write(record, time, isChannelRangeDef);
-    }
-    void storeState(bool isChannelRangeDef = false)
-    {
-        store(m_value.GetStringForRecording(false), 10, isChannelRangeDef);
-    }
-    void at(std::uint64_t time) { m_time = time; }
-
-private:
-    void Update(void* /*subject*/, TChangeCode /*code*/) override
-    {
-        store(m_value.GetStringForRecording(true), m_time);
-    }
-
-    CFileAccess& m_file;
-    values::ValueBase& m_value;
-    std::int32_t m_code;
-    std::uint64_t m_time = 10;
-};
+using TestSupport::Scribe;
 
 void writeTypes(CFileAccess& file)
 {
@@ -92,10 +57,10 @@ void writeSampleRecording(const std::string& path)
     frequency.SetOffset(1000);
     level.SetLimits(-150, 50);
     level.SetValue(-30.25);
-    modulation.AddItem(new values::SelectionItem(QStringLiteral("AM"), 1, 3));
-    modulation.AddItem(new values::SelectionItem(QStringLiteral("FM"), 2, 7));
-    modulation.Select(QStringLiteral("FM"));
-    caption.SetValue(QStringLiteral("N\u00fcrnberg"));
+    modulation.AddItem(new values::SelectionItem("AM", 1, 3));
+    modulation.AddItem(new values::SelectionItem("FM", 2, 7));
+    modulation.Select("FM");
+    caption.SetValue("N\u00fcrnberg");
     squelch.SetValue(true);
     spectrum.SetChannelRange(values::ChannelRange::Even(88e6, 25e3, 5));
     spectrum.SetCells(0, std::vector<float>{-90, -80.5F, -100, None, -70}, 0);
@@ -104,25 +69,26 @@ void writeSampleRecording(const std::string& path)
 
     CFileAccess file(path.c_str(), QString(), nullptr, true, false, false, nullptr, nullptr);
     writeTypes(file);
-    Scribe frequencyScribe(file, frequency, 46);
-    Scribe levelScribe(file, level, 36);
-    Scribe modulationScribe(file, modulation, 6);
-    Scribe captionScribe(file, caption, 47);
-    Scribe squelchScribe(file, squelch, 17);
-    Scribe spectrumScribe(file, spectrum, 1);
-    Scribe bearingsScribe(file, bearings, 20);
+    std::uint64_t time = 10;
+    Scribe frequencyScribe(file, frequency, 46, time);
+    Scribe levelScribe(file, level, 36, time);
+    Scribe modulationScribe(file, modulation, 6, time);
+    Scribe captionScribe(file, caption, 47, time);
+    Scribe squelchScribe(file, squelch, 17, time);
+    Scribe spectrumScribe(file, spectrum, 1, time);
+    Scribe bearingsScribe(file, bearings, 20, time);
     for (Scribe* scribe : {&frequencyScribe, &levelScribe, &modulationScribe, &captionScribe, &squelchScribe,
                            &spectrumScribe, &bearingsScribe}) {
         scribe->storeState();
     }
-    spectrumScribe.at(900);
+    time = 900;
     spectrum.SetCell(3, -50, 0);  // the first text after recording went on is complete
-    spectrumScribe.at(1000);
+    time = 1000;
     spectrum.SetCell(3, -20, 0);
-    levelScribe.at(1500);
+    time = 1500;
     level.SetValue(-31.5);
-    captionScribe.at(2000);
-    caption.SetValue(QStringLiteral("two\nlines"));
+    time = 2000;
+    caption.SetValue("two\nlines");
     close(file);
 }
 
@@ -136,21 +102,22 @@ void writeBearingRecording(const std::string& path, bool withRangeTable)
 
     CFileAccess file(path.c_str(), QString(), nullptr, true, false, false, nullptr, nullptr);
     writeTypes(file);
-    Scribe bearingsScribe(file, bearings, 20);
-    Scribe levelScribe(file, level, 36);
+    std::uint64_t time = 10;
+    Scribe bearingsScribe(file, bearings, 20, time);
+    Scribe levelScribe(file, level, 36, time);
     bearingsScribe.storeState(withRangeTable);
     levelScribe.storeState();
-    bearingsScribe.at(100);
+    time = 100;
     bearings.SetCell(0, {10, 1, -60, 90}, 1'700'000'000'100'000);  // carries the range: the first after the state
-    bearingsScribe.at(200);
+    time = 200;
     bearings.SetCell(1, {20, 2, -50, 80}, 1'700'000'000'200'000);
-    bearingsScribe.at(1000);
+    time = 1000;
     bearings.SetChannelRange(values::ChannelRange::Even(2e6, 25e3, 2));
-    bearingsScribe.at(1500);
+    time = 1500;
     bearings.SetCell(0, {30, 3, -40, 70}, 1'700'000'001'500'000);
-    levelScribe.at(1600);
+    time = 1600;
     level.SetValue(-31.5);
-    bearingsScribe.at(2000);
+    time = 2000;
     bearings.SetCell(1, {40, 4, -30, 60}, 1'700'000'002'000'000);
     close(file);
 }
@@ -169,25 +136,26 @@ void writePlotRecording(const std::string& path)
 
     CFileAccess file(path.c_str(), QString(), nullptr, true, false, false, nullptr, nullptr);
     writeTypes(file);
-    Scribe spectrumScribe(file, spectrum, 1);
-    Scribe headingScribe(file, heading, 41);
-    Scribe bearingsScribe(file, bearings, 20);
+    std::uint64_t time = 10;
+    Scribe spectrumScribe(file, spectrum, 1, time);
+    Scribe headingScribe(file, heading, 41, time);
+    Scribe bearingsScribe(file, bearings, 20, time);
     spectrumScribe.storeState();
     headingScribe.storeState();
     bearingsScribe.storeState();
-    bearingsScribe.at(500);
+    time = 500;
     bearings.SetCell(0, {20, 1, -60, 90}, 1'700'000'000'500'000);
-    spectrumScribe.at(1000);
+    time = 1000;
     spectrum.SetCells(0, std::vector<float>(spectrum.size(), -100), 0);
-    spectrumScribe.at(1500);
+    time = 1500;
     spectrum.SetCell(Strong, -20, 0);
-    headingScribe.at(1501);
+    time = 1501;
     heading.SetValue(100);
-    bearingsScribe.at(2000);
+    time = 2000;
     bearings.SetCell(1, {30, 2, -50, 80}, 1'700'000'002'000'000);
-    spectrumScribe.at(2001);
+    time = 2001;
     spectrum.SetChannelRange(values::ChannelRange::Even(100.0 * MHz, 0.1 * MHz, 4));
-    spectrumScribe.at(2002);
+    time = 2002;
     spectrum.SetCells(0, std::vector<float>(spectrum.size(), -60), 0);
     close(file);
 }

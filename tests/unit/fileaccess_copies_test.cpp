@@ -15,8 +15,9 @@ public:
 
 }  // namespace
 
-TEST_F(Copies, TheInstanceIsTheFirstOneWhateverIsAskedForLater)
+TEST_F(Copies, TheInstanceIsTheFirstOneWhateverIsAskedForUntilItsReleaseClosesIt)
 {
+    CFileAccess::release();
     EXPECT_EQ(CFileAccess::instance(), nullptr);
     CFileAccess* first = CFileAccess::instance(name8("a.tmp").c_str(), QString(), nullptr, true, false);
     ASSERT_NE(first, nullptr);
@@ -25,29 +26,12 @@ TEST_F(Copies, TheInstanceIsTheFirstOneWhateverIsAskedForLater)
     EXPECT_EQ(CFileAccess::instance(), first);
     EXPECT_EQ(first->path(), name8("a.tmp"));
     EXPECT_FALSE(exists("b.tmp"));
-}
-
-TEST_F(Copies, TheInstanceJoinsItsPathAndName)
-{
-    const CFileAccess* file = CFileAccess::instance(name8("c_").c_str(), QString(), "d.tmp", true, false);
-    EXPECT_EQ(file->path(), name8("c_d.tmp"));
-}
-
-TEST_F(Copies, ReleaseClosesTheInstanceSoThatAnotherCanBeMade)
-{
-    CFileAccess::instance(name8("a.tmp").c_str(), QString(), nullptr, true, false);
+    CFileAccess::release();
     CFileAccess::release();
     EXPECT_EQ(CFileAccess::instance(), nullptr);
     EXPECT_EQ(bytesOf("a.tmp"), TestSupport::headerArea());
-    const CFileAccess* next = CFileAccess::instance(name8("b.tmp").c_str(), QString(), nullptr, true, false);
-    EXPECT_EQ(next->path(), name8("b.tmp"));
-}
-
-TEST_F(Copies, ReleaseWithoutAnInstanceDoesNothing)
-{
-    CFileAccess::release();
-    CFileAccess::release();
-    EXPECT_EQ(CFileAccess::instance(), nullptr);
+    const CFileAccess* next = CFileAccess::instance(name8("c_").c_str(), QString(), "d.tmp", true, false);
+    EXPECT_EQ(next->path(), name8("c_d.tmp")) << "path and name are joined";
 }
 
 TEST_F(Copies, CopiesWriteToOneStreamAndOneIndexButCountTheirOwnTimes)

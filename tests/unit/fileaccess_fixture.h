@@ -3,16 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <memory>
-#include <string>
-#include <vector>
 
-#include <QFile>
-#include <QFileInfo>
 #include <QTemporaryDir>
-
-#include <recording2/fileaccess.h>
 
 #include "support/libraryobjects.h"
 #include "support/memorydirectory.h"

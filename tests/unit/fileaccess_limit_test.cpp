@@ -1,7 +1,6 @@
 // The end of what positions can name. The files are sparse, so they cost no space.
 #include <gtest/gtest.h>
 
-#include <QLoggingCategory>
 #include <QTemporaryDir>
 
 #include <recording2/fileaccess.h>

@@ -10,10 +10,8 @@ class Reading : public FileAccessTest {
 protected:
     [[nodiscard]] std::vector<TypeFields> readTypes(const std::string& block) const
     {
-        HeaderFields header;
-        header.typeTable = 500;
         ByteBuilder bytes(TestSupport::headerArea());
-        bytes.raw(block).overwrite(0, header.bytes());
+        bytes.raw(block).overwrite(0, HeaderFields{.typeTable = 500}.bytes());
         CVTTypesData types;
         EXPECT_EQ(openBytes(bytes.bytes())->read(types), 1U);
         return fieldsOf(types);
@@ -25,10 +23,7 @@ protected:
         for (const char* data : {"a", "b", "c"}) {
             bytes.raw(TestSupport::recordBytes(1, data));
         }
-        HeaderFields header;
-        header.firstRecord = 500;
-        header.timeTable = 515;
-        bytes.raw(table).overwrite(0, header.bytes());
+        bytes.raw(table).overwrite(0, HeaderFields{.firstRecord = 500, .timeTable = 515}.bytes());
         return openBytes(bytes.bytes());
     }
     static std::string dataAt(CFileAccess& file, unsigned long long time)
@@ -173,9 +168,7 @@ TEST_F(Reading, ARecordOfLengthZeroLeavesTheObjectAsItWas)
 {
     ByteBuilder bytes(TestSupport::headerArea());
     bytes.raw("5#0#").raw(TestSupport::recordBytes(6, "b"));
-    HeaderFields header;
-    header.firstRecord = 500;
-    header.timeTable = bytes.position();
+    const HeaderFields header{.firstRecord = 500, .timeTable = bytes.position()};
     bytes.time(10).number(500).time(20).number(504).overwrite(0, header.bytes());
     const auto file = openBytes(bytes.bytes());
 
@@ -194,9 +187,7 @@ TEST_F(Reading, ARecordThatReachesPastTheFileFailsTheStreamForGood)
 {
     ByteBuilder bytes(TestSupport::headerArea());
     bytes.raw(TestSupport::recordBytes(1, "a")).raw("2#99#b");
-    HeaderFields header;
-    header.firstRecord = 500;
-    header.timeTable = bytes.position();
+    const HeaderFields header{.firstRecord = 500, .timeTable = bytes.position()};
     bytes.time(10).number(500).time(20).number(505).overwrite(0, header.bytes());
     const auto file = openBytes(bytes.bytes());
     CVTCmdData record;

@@ -1,8 +1,6 @@
 // File names where the platforms differ.
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -67,8 +65,8 @@ TEST(FileNames, FilesWithNamesBeyondAsciiAreFoundAndRenamed)
 TEST(FileNames, RenamingReplacesNothing)
 {
     const QTemporaryDir directory;
-    const QString from = directory.filePath(QStringLiteral("from"));
-    const QString to = directory.filePath(QStringLiteral("to"));
+    const QString from = directory.filePath("from");
+    const QString to = directory.filePath("to");
     TestSupport::writeFile(from, "new");
     TestSupport::writeFile(to, "old");
     EXPECT_FALSE(FileNames::renameWithoutReplacing(FileNames::toBytes(from), FileNames::toBytes(to)));

@@ -3,9 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <random>
-#include <string>
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -22,7 +20,7 @@ using Recording2::OutputFile;
 
 class OutputFiles : public testing::Test {
 protected:
-    [[nodiscard]] QString name() const { return m_directory.filePath(QStringLiteral("file")); }
+    [[nodiscard]] QString name() const { return m_directory.filePath("file"); }
     [[nodiscard]] std::string name8() const { return QFile::encodeName(name()).toStdString(); }
     [[nodiscard]] std::string bytes() const { return TestSupport::readFile(name()); }
 

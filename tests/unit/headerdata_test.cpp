@@ -58,90 +58,49 @@ TEST(HeaderData, ADefaultHeaderHasEmptyTextsAndTimesThatReadAsZero)
     EXPECT_EQ(header.stopTS().getTimeStamp(), 0U);
 }
 
-TEST(HeaderData, TheCombinedVersionHoldsTheMajorOneInTheUpperHalf)
+TEST(HeaderData, TheCombinedVersionHoldsTheMajorOneInTheUpperHalfWhichANegativeMinorOneHides)
 {
     CHeaderData header;
-    header.set_version(2, 0);
-    EXPECT_EQ(header.version(), 131'072);
-    header.set_version(3, 5);
-    EXPECT_EQ(header.version(), 3 * 65'536 + 5);
-    header.set_version(-1, 0);
-    EXPECT_EQ(header.version(), -65'536);
+    for (const auto& [major, minor, combined] : std::vector<std::array<int, 3>>{
+             {2, 0, 131'072}, {3, 5, 3 * 65'536 + 5}, {-1, 0, -65'536}, {1, -1, -1}, {2, -1, -1}, {2, -2, -2}}) {
+        header.set_version(static_cast<std::int16_t>(major), static_cast<std::int16_t>(minor));
+        EXPECT_EQ(header.version(), combined) << major << '.' << minor;
+    }
 }
 
-TEST(HeaderData, ANegativeMinorVersionHidesTheMajorOne)
-{
-    CHeaderData header;
-    header.set_version(1, -1);
-    EXPECT_EQ(header.version(), -1);
-    header.set_version(2, -1);
-    EXPECT_EQ(header.version(), -1);
-    header.set_version(2, -2);
-    EXPECT_EQ(header.version(), -2);
-}
-
-TEST(HeaderData, AnEmptyCStringLeavesAnEmptyText)
-{
-    CHeaderData header = fullHeader();
-    header.setJobID("");
-    header.set_deviceName("");
-    header.set_deviceType("");
-    EXPECT_EQ(header.JobIDLength(), 0U);
-    EXPECT_EQ(header.deviceNameLength(), 0U);
-    EXPECT_EQ(header.deviceTypeLength(), 0U);
-}
-
-TEST(HeaderData, AStringIsStoredWholeWithItsNulBytes)
+TEST(HeaderData, AStringIsStoredWholeWithItsNulBytesAndACStringUpToItsNul)
 {
     CHeaderData header;
     std::string text("a\0b", 3);
     header.set_deviceName(text);
     header.set_deviceType(text);
-    ASSERT_EQ(header.deviceNameLength(), 3U);
-    ASSERT_EQ(header.deviceTypeLength(), 3U);
-    EXPECT_EQ(std::string(header.deviceName(), 3), text);
-    EXPECT_EQ(std::string(header.deviceType(), 3), text);
-}
-
-TEST(HeaderData, ACStringIsStoredUpToItsNul)
-{
-    CHeaderData header;
+    EXPECT_EQ(std::string(header.deviceName(), header.deviceNameLength()), text);
+    EXPECT_EQ(std::string(header.deviceType(), header.deviceTypeLength()), text);
     header.set_deviceName("ab\0cd");
     header.setJobID("x\0y");
     EXPECT_EQ(header.deviceNameLength(), 2U);
     EXPECT_EQ(header.JobIDLength(), 1U);
+    header.setJobID("");
+    header.set_deviceName("");
+    header.set_deviceType("");
+    EXPECT_EQ(header.JobIDLength() + header.deviceNameLength() + header.deviceTypeLength(), 0U);
 }
 
-TEST(HeaderData, ATextSetFromItsOwnBufferStaysAsItIs)
+TEST(HeaderData, ACopyHasEveryFieldAndWhatIsSetFromItselfStaysAsItIs)
 {
-    CHeaderData header = fullHeader();
+    CHeaderData header;
+    header.set_deviceName("something that was there before");
+    header = fullHeader();
+    const CHeaderData copy(header);
+    const CHeaderData& same = header;
+    header = same;
+    expectFull(header);
     header.set_deviceName(header.deviceName());
     header.set_deviceType(header.deviceType());
     header.setJobID(header.getJobID());
     expectFull(header);
-}
-
-TEST(HeaderData, ACopyHasEveryField)
-{
-    const CHeaderData header = fullHeader();
-    const CHeaderData copy(header);  // NOLINT(performance-unnecessary-copy-initialization): the copy is what is tested
+    header.set_deviceName("changed");
     expectFull(copy);
-}
-
-TEST(HeaderData, AnAssignedHeaderHasEveryField)
-{
-    CHeaderData target;
-    target.set_deviceName("something that was there before");
-    target = fullHeader();
-    expectFull(target);
-}
-
-TEST(HeaderData, AssigningAHeaderToItselfChangesNothing)
-{
-    CHeaderData header = fullHeader();
-    const CHeaderData& same = header;
-    header = same;
-    expectFull(header);
 }
 
 TEST(HeaderData, ACopysTimesAreNotNullAndAssigningThemBackLeavesNullTimesNull)

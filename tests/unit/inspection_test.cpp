@@ -1,13 +1,10 @@
 // Reading records one at a time.
-#include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
-#include <QTemporaryDir>
 
 #include <recording2/inspection/inspection.h>
 
-#include "support/recordingbytes.h"
+#include "madefile.h"
 
 namespace {
 
@@ -16,14 +13,8 @@ using Recording2::Inspection::Record;
 using Recording2::Inspection::RecordReader;
 using Recording2::Inspection::Summary;
 
-class RecordReaderTest : public testing::Test {
+class RecordReaderTest : public MadeFileTest {
 protected:
-    std::string store(const std::string& bytes)
-    {
-        const QString name = m_folder.filePath(QStringLiteral("made.rec"));
-        TestSupport::writeFile(name, bytes);
-        return name.toStdString();
-    }
     static std::string threeRecords()
     {
         return TestSupport::ReferenceRecording()
@@ -32,8 +23,6 @@ protected:
             .record(3, "three", 30)
             .close();
     }
-
-    QTemporaryDir m_folder;
 };
 
 }  // namespace

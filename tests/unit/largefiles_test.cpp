@@ -1,9 +1,6 @@
 // Positions after the first 4 GiB, where 32 bits end. The files have holes and take no room.
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <string>
-
 #include <QTemporaryDir>
 
 #include <recording2/file/files.h>
@@ -21,7 +18,7 @@ constexpr std::int64_t Far = std::int64_t{5} << 30U;
 TEST(LargeFiles, AreWrittenAndReadWhere32BitsDoNotReach)
 {
     const QTemporaryDir directory;
-    const std::string name = TestSupport::fileName8(directory.filePath(QStringLiteral("large")));
+    const std::string name = TestSupport::fileName8(directory.filePath("large"));
     OutputFile output(name, OpenMode::Create);
     output.append(std::string("begin"));
     output.seek(Far);

@@ -30,68 +30,31 @@ S_TYPES entry(std::int32_t number, const std::string& keyword)
 
 }  // namespace
 
-TEST(CommandRecord, ARecordWithoutDataGivesEmptyCStrings)
+TEST(CommandRecord, ALengthCutsAStringAndWithoutOneTheWholeStringIsStored)
 {
-    const CVTCmdData record;
+    CVTCmdData record;
     EXPECT_STREQ(record.str(), "");
     EXPECT_STREQ(record.strData(), "");
     EXPECT_EQ(record.strDataLen(), 0U);
-}
-
-TEST(CommandRecord, StrAndStrDataAreTheSamePointer)
-{
-    CVTCmdData record;
-    record.set_str("abc", 3);
-    EXPECT_EQ(record.str(), record.strData());
-    EXPECT_STREQ(record.str(), "abc");
-}
-
-TEST(CommandRecord, ALengthCutsAString)
-{
-    std::string text = "0123456789";
-    CVTCmdData record;
+    std::string text("01234\0a longer text than any small buffer would hold", 52);
+    for (const auto& [length, stored] : {std::pair{4, std::string("0123")}, std::pair{0, text}, std::pair{-1, text}}) {
+        record.set_str(text, length);
+        EXPECT_EQ(dataOf(record), stored);
+        EXPECT_EQ(record.str(), record.strData());
+    }
     record.set_str(text, 4);
-    EXPECT_EQ(dataOf(record), "0123");
     EXPECT_STREQ(record.str(), "0123");
 }
 
-TEST(CommandRecord, WithoutALengthTheWholeStringIsStored)
-{
-    std::string text(
-        "01234\0"
-        "6789",
-        10);
-    CVTCmdData record;
-    record.set_str(text, 0);
-    EXPECT_EQ(dataOf(record), text);
-    record.set_str("x", 1);
-    record.set_str(text, -1);
-    EXPECT_EQ(dataOf(record), text);
-}
-
-TEST(CommandRecord, ALengthTakesTheBytesOfACStringPastItsNul)
+TEST(CommandRecord, ALengthTakesTheBytesOfACStringPastItsNulWhereItEndsWithoutOne)
 {
     CVTCmdData record;
     record.set_str("ab\0def", 6);
-    EXPECT_EQ(record.strDataLen(), 6U);
     EXPECT_EQ(dataOf(record), std::string("ab\0def", 6));
-}
-
-TEST(CommandRecord, WithoutALengthACStringEndsAtItsNul)
-{
-    CVTCmdData record;
     record.set_str("ab\0def", 0);
     EXPECT_EQ(dataOf(record), "ab");
     record.set_str("abc\0def", -5);
     EXPECT_EQ(dataOf(record), "abc");
-}
-
-TEST(CommandRecord, NewDataReplacesTheOld)
-{
-    CVTCmdData record;
-    record.set_str("a longer text than any small buffer would hold", 0);
-    record.set_str("b", 1);
-    EXPECT_EQ(dataOf(record), "b");
     record.set_str("", 0);
     EXPECT_EQ(record.strDataLen(), 0U);
 }
@@ -127,43 +90,29 @@ TEST(CommandRecord, OneAssignedOrMovedToItselfStaysAsItIs)
     EXPECT_EQ(dataOf(record), data);
 }
 
-TEST(TypeTable, TheFirstEntryOfANumberWins)
+TEST(TypeTable, EntriesKeepTheOrderOfInsertionAndTheFirstOfANumberWins)
 {
     CVTTypesData types;
-    types.add_item(entry(5, "FIRST"));
-    types.add_item(entry(7, "OTHER"));
-    types.add_item(entry(5, "SECOND"));
-    ASSERT_EQ(types.get_vector().size(), 2U);
-    EXPECT_EQ(types.find_type(5).keyword, "FIRST");
-}
-
-TEST(TypeTable, EntriesKeepTheOrderOfInsertion)
-{
-    CVTTypesData types;
-    for (const std::int32_t number : {9, -3, 5, 0}) {
+    types.get_vector().push_back(entry(9, "FIRST"));
+    for (const std::int32_t number : {-3, 9, 5, 0, -3}) {
         types.add_item(entry(number, std::to_string(number)));
     }
-    ASSERT_EQ(types.get_vector().size(), 4U);
-    EXPECT_EQ(types.get_vector()[0].typeNumber, 9);
-    EXPECT_EQ(types.get_vector()[1].typeNumber, -3);
-    EXPECT_EQ(types.get_vector()[2].typeNumber, 5);
-    EXPECT_EQ(types.get_vector()[3].typeNumber, 0);
+    std::vector<std::int32_t> numbers;
+    for (const S_TYPES& type : types.get_vector()) {
+        numbers.push_back(type.typeNumber);
+    }
+    EXPECT_EQ(numbers, (std::vector<std::int32_t>{9, -3, 5, 0}));
+    EXPECT_EQ(types.find_type(9).keyword, "FIRST");
 }
 
-TEST(TypeTable, AnEmptyTableFindsNothing)
+TEST(TypeTable, AFailedSearchLeavesTheOutputUntouched)
 {
     CVTTypesData types;
     S_TYPES out = entry(1, "KEPT");
     EXPECT_FALSE(types.find_type(1, out));
     EXPECT_EQ(types.find_type(1).keyword, "");
     EXPECT_EQ(types.find_type(1).valuePath, "");
-}
-
-TEST(TypeTable, AFailedSearchLeavesTheOutputUntouched)
-{
-    CVTTypesData types;
     types.add_item(entry(2, "TWO"));
-    S_TYPES out = entry(1, "KEPT");
     EXPECT_FALSE(types.find_type(1, out));
     EXPECT_EQ(out.typeNumber, 1);
     EXPECT_EQ(out.valueType, 101);
@@ -186,13 +135,6 @@ TEST(TypeTable, AFoundEntryIsCopiedWhole)
     EXPECT_EQ(types.find_type(-2).keyword, "TWO");
 }
 
-TEST(TypeTable, TheVectorIsTheTableItself)
-{
-    CVTTypesData types;
-    types.get_vector().push_back(entry(4, "FOUR"));
-    EXPECT_EQ(types.find_type(4).keyword, "FOUR");
-}
-
 TEST(TypeTable, ACopyHasItsOwnEntries)
 {
     CVTTypesData types;
@@ -206,36 +148,21 @@ TEST(TypeTable, ACopyHasItsOwnEntries)
     EXPECT_EQ(assigned.find_type(4).keyword, "FOUR");
 }
 
-TEST(TypeTable, AnEntryAssignedToItselfStaysAsItIs)
+TEST(TypeTable, AMovedEntryArrivesWholeAlsoWhereItIsMovedOrAssignedToItself)
 {
-    S_TYPES type = entry(6, "SIX");
+    const std::string keyword = "A KEYWORD LONGER THAN ANY SMALL BUFFER";
+    S_TYPES moved(entry(6, keyword));
+    S_TYPES type;
+    type = std::move(moved);
     const S_TYPES& same = type;
     type = same;
-    EXPECT_EQ(type.keyword, "SIX");
-    EXPECT_EQ(type.typeNumber, 6);
-}
-
-TEST(TypeTable, AnEntryMovedToItselfStaysAsItIs)
-{
-    S_TYPES type = entry(6, "A KEYWORD LONGER THAN ANY SMALL BUFFER");
-    S_TYPES& same = type;
-    type = std::move(same);
-    EXPECT_EQ(type.keyword, "A KEYWORD LONGER THAN ANY SMALL BUFFER");
-    EXPECT_EQ(type.valuePath, "/A KEYWORD LONGER THAN ANY SMALL BUFFER");
+    EXPECT_EQ(type.keyword, keyword);
+    S_TYPES& movable = type;
+    type = std::move(movable);
     EXPECT_EQ(type.typeNumber, 6);
     EXPECT_EQ(type.valueType, 106);
-}
-
-TEST(TypeTable, AMovedEntryArrivesWhole)
-{
-    S_TYPES type = entry(6, "SIX");
-    S_TYPES moved(std::move(type));
-    S_TYPES assigned;
-    assigned = std::move(moved);
-    EXPECT_EQ(assigned.typeNumber, 6);
-    EXPECT_EQ(assigned.valueType, 106);
-    EXPECT_EQ(assigned.keyword, "SIX");
-    EXPECT_EQ(assigned.valuePath, "/SIX");
+    EXPECT_EQ(type.keyword, keyword);
+    EXPECT_EQ(type.valuePath, "/" + keyword);
 }
 
 TEST(TypeTable, IsPolymorphicWithADestructorThatIsNotVirtual)

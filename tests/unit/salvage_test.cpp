@@ -1,37 +1,25 @@
 // What can be taken out of damaged files.
-#include <cstdint>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <QTemporaryDir>
 
 #include <recording2/inspection/rescue/salvage.h>
 
-#include "support/recordingbytes.h"
+#include "madefile.h"
 
 namespace {
 
 using Recording2::Inspection::inspect;
 using Recording2::Inspection::Salvage;
 using Recording2::Inspection::salvage;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace testing;
 using TestSupport::ByteBuilder;
 using TestSupport::ReferenceRecording;
 
 using Times = std::vector<std::optional<std::uint64_t>>;
 
-class SalvageTest : public testing::Test {
+class SalvageTest : public MadeFileTest {
 protected:
-    std::string store(const std::string& bytes)
-    {
-        const QString name = m_folder.filePath(QStringLiteral("made.rec"));
-        TestSupport::writeFile(name, bytes);
-        return name.toStdString();
-    }
     Salvage salvageOf(const std::string& bytes) { return salvage(store(bytes)); }
     /// The data of the records that were kept.
     std::vector<std::string> dataOf(const std::string& bytes)
@@ -53,8 +41,6 @@ protected:
         }
         return times;
     }
-
-    QTemporaryDir m_folder;
 };
 
 std::string sound()

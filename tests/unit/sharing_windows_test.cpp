@@ -35,7 +35,7 @@ protected:
     Sharing() { TestSupport::writeFile(path, "something"); }
 
     const QTemporaryDir directory;
-    const QString path = directory.filePath(QStringLiteral("file"));
+    const QString path = directory.filePath("file");
     const std::string name = TestSupport::fileName8(path);
 };
 

@@ -1,6 +1,10 @@
 // CTimeStamp: stamps without a time, conversions, distances, texts, and the current time.
 #include <gtest/gtest.h>
 
+#include <limits>
+#include <tuple>
+#include <vector>
+
 #include <QTimeZone>
 
 #include <recording2/timestamp.h>
@@ -49,19 +53,13 @@ bool isNull(const CTimeStamp& stamp)
 
 }  // namespace
 
-TEST(TimeStamp, ADefaultConstructedStampIsNullAndEqualsZero)
+TEST(TimeStamp, ANullStampEqualsZeroReadsAsZeroAndHasNoText)
 {
     const CTimeStamp null;
     EXPECT_TRUE(null == us(0));
     EXPECT_FALSE(null != us(0));
-    EXPECT_TRUE(isNull(null));
     EXPECT_FALSE(isNull(us(0)));
     EXPECT_FALSE(null.time().isValid());
-}
-
-TEST(TimeStamp, ANullStampReadsAsZeroInEveryQuery)
-{
-    const CTimeStamp null;
     EXPECT_EQ(null.getTimeStamp(), 0U);
     EXPECT_EQ(null.getMicroSecs(), 0U);
     EXPECT_EQ(null.getMilliSecs(), 0U);
@@ -70,15 +68,10 @@ TEST(TimeStamp, ANullStampReadsAsZeroInEveryQuery)
     EXPECT_EQ(null.msecsTo(us(7'000)), 7U);
     EXPECT_EQ(null.timeDiffInMSecs(us(7'000)), 7);
     EXPECT_EQ(us(7'000).microsecsTo(null), 7'000U);
-}
-
-TEST(TimeStamp, ANullStampGivesAnEmptyTextInEveryForm)
-{
-    const CTimeStamp null;
-    EXPECT_TRUE(null.toString().isEmpty());
+    EXPECT_TRUE(isNull(null));
     EXPECT_TRUE(null.toString2().isEmpty());
-    EXPECT_TRUE(null.toString(QStringLiteral("yyyy")).isEmpty());
-    EXPECT_TRUE(null.toString(QStringLiteral("yyyy"), 3'600).isEmpty());
+    EXPECT_TRUE(null.toString("yyyy").isEmpty());
+    EXPECT_TRUE(null.toString("yyyy", 3'600).isEmpty());
 }
 
 TEST(TimeStamp, ACopyOfANullStampIsNotNullAndHoldsZero)
@@ -98,38 +91,22 @@ TEST(TimeStamp, ACopyDoesNotShareItsTime)
     EXPECT_EQ(copy.getTimeStamp(), 1'000U);
 }
 
-TEST(TimeStamp, A32BitNumberIsMillisecondsComputedIn64Bits)
+TEST(TimeStamp, A32BitNumberIsMillisecondsComputedIn64BitsAndA64BitNumberMicroseconds)
 {
     EXPECT_EQ(ms(5).getTimeStamp(), 5'000U);
     EXPECT_EQ(ms(4'294'967'295U).getTimeStamp(), 4'294'967'295'000U);
-}
-
-TEST(TimeStamp, A64BitNumberIsMicroseconds)
-{
     EXPECT_EQ(us(18'446'744'073'709'551'615ULL).getTimeStamp(), 18'446'744'073'709'551'615ULL);
 }
 
-TEST(TimeStamp, ADateIsMidnightUtc)
+TEST(TimeStamp, ADateIsMidnightUtcAndADateTimeOfAnyZoneIsUtcWithoutMilliseconds)
 {
     EXPECT_EQ(CTimeStamp(QDate(1970, 1, 2)).getTimeStamp(), 86'400'000'000U);
-}
-
-TEST(TimeStamp, ADateAndTimeKeepTheMilliseconds)
-{
     EXPECT_EQ(CTimeStamp(QDate(1970, 1, 2), QTime(0, 0, 1, 5)).getTimeStamp(), 86'401'005'000U);
-}
-
-TEST(TimeStamp, ADateTimeLosesItsMilliseconds)
-{
     const CTimeStamp stamp(QDateTime(QDate(2020, 5, 17), QTime(12, 0, 0, 999), Qt::UTC));
-    EXPECT_EQ(stamp.toString(), QStringLiteral("2020-05-17 12-00-00.000"));
+    EXPECT_EQ(stamp.toString(), "2020-05-17 12-00-00.000");
     EXPECT_EQ(stamp.getTimeStamp(), 1'589'716'800'000'000U);
-}
-
-TEST(TimeStamp, ADateTimeOfAnotherZoneIsConvertedToUtc)
-{
     const QDateTime local(QDate(2020, 5, 17), QTime(12, 0), QTimeZone(2 * 3'600));
-    EXPECT_EQ(CTimeStamp(local).toString(), QStringLiteral("2020-05-17 10-00-00.000"));
+    EXPECT_EQ(CTimeStamp(local).toString(), "2020-05-17 10-00-00.000");
 }
 
 TEST(TimeStamp, ADateTimeAssignedLosesItsMillisecondsToo)
@@ -151,37 +128,27 @@ TEST(TimeStamp, ADateTimeOfTheEpochAssignedToANullStampAllocates)
     EXPECT_EQ(null.getTimeStamp(), 0U);
 }
 
-TEST(TimeStamp, AZeroStampAssignedToANullStampLeavesItNull)
+TEST(TimeStamp, AZeroStampAssignedToANullStampLeavesItNullAndAnotherAllocates)
 {
     CTimeStamp null;
     null = us(0);
     EXPECT_TRUE(isNull(null));
     null = CTimeStamp();
     EXPECT_TRUE(isNull(null));
-}
-
-TEST(TimeStamp, ANonZeroStampAssignedToANullStampAllocates)
-{
-    CTimeStamp null;
     null = us(5);
     EXPECT_FALSE(isNull(null));
     EXPECT_EQ(null.getTimeStamp(), 5U);
 }
 
-TEST(TimeStamp, ANullStampAssignedToASetStampMakesItZeroButNotNull)
-{
-    CTimeStamp stamp = us(5);
-    stamp = CTimeStamp();
-    EXPECT_FALSE(isNull(stamp));
-    EXPECT_EQ(stamp.getTimeStamp(), 0U);
-}
-
-TEST(TimeStamp, AssigningAStampToItselfChangesNothing)
+TEST(TimeStamp, AStampAssignedToItselfChangesNothingAndANullStampAssignedMakesItZeroButNotNull)
 {
     CTimeStamp stamp = us(5);
     const CTimeStamp& same = stamp;
     stamp = same;
     EXPECT_EQ(stamp.getTimeStamp(), 5U);
+    stamp = CTimeStamp();
+    EXPECT_FALSE(isNull(stamp));
+    EXPECT_EQ(stamp.getTimeStamp(), 0U);
 }
 
 TEST(TimeStamp, AnAssignedStampDoesNotShareItsTime)
@@ -202,11 +169,24 @@ TEST(TimeStamp, SettingTheTimeOfANullStampAllocatesEvenForZero)
     EXPECT_EQ(null.getTimeStamp(), 9U);
 }
 
-TEST(TimeStamp, SettsOfOneDayWrapsTo500654080)
+TEST(TimeStamp, SettsWrapsEveryStepAt32BitsAndTakesNegativeNumbersAsUnsignedOnes)
 {
     CTimeStamp stamp = us(1);
-    stamp.setts(1, 0);
-    EXPECT_EQ(stamp.getTimeStamp(), 500'654'080U);
+    const std::vector<std::tuple<int, int, std::uint64_t>> rows = {
+        {1, 0, 500'654'080},
+        {1, 1, 500'655'080},
+        {std::numeric_limits<int>::max(), std::numeric_limits<int>::max(), 4'294'967'296U - 500'655'080U},
+        {0, 5, 5'000},
+        {100, 0, 2'820'767'744},      // 50,065,408,000 - 11 * 2^32
+        {0, 5'000'000, 705'032'704},  // 5,000,000,000 - 2^32
+        {100, 5'000'000, 3'525'800'448},
+        {8, 1'000'000, 710'265'344},  // neither product wraps, their sum does
+        {0, -1, 4'294'966'296},
+        {-1, 0, 3'794'313'216}};
+    for (const auto& [days, ms, expected] : rows) {
+        stamp.setts(days, ms);
+        EXPECT_EQ(stamp.getTimeStamp(), expected) << days << ", " << ms;
+    }
 }
 
 TEST(TimeStamp, SettsOnANullStampLeavesItNull)
@@ -217,94 +197,46 @@ TEST(TimeStamp, SettsOnANullStampLeavesItNull)
     EXPECT_EQ(null.getTimeStamp(), 0U);
 }
 
-TEST(TimeStamp, SettsWrapsEveryStepAt32Bits)
-{
-    CTimeStamp stamp = us(1);
-    stamp.setts(0, 5);
-    EXPECT_EQ(stamp.getTimeStamp(), 5'000U);
-    stamp.setts(100, 0);  // 50,065,408,000 - 11 * 2^32
-    EXPECT_EQ(stamp.getTimeStamp(), 2'820'767'744U);
-    stamp.setts(0, 5'000'000);  // 5,000,000,000 - 2^32
-    EXPECT_EQ(stamp.getTimeStamp(), 705'032'704U);
-    stamp.setts(100, 5'000'000);
-    EXPECT_EQ(stamp.getTimeStamp(), 3'525'800'448U);
-    stamp.setts(8, 1'000'000);  // neither product wraps, their sum does
-    EXPECT_EQ(stamp.getTimeStamp(), 710'265'344U);
-}
-
-TEST(TimeStamp, SettsTakesNegativeNumbersAsUnsignedOnes)
-{
-    CTimeStamp stamp = us(1);
-    stamp.setts(0, -1);
-    EXPECT_EQ(stamp.getTimeStamp(), 4'294'966'296U);
-    stamp.setts(-1, 0);
-    EXPECT_EQ(stamp.getTimeStamp(), 3'794'313'216U);
-}
-
-TEST(TimeStamp, MillisecondsAreTruncated)
+TEST(TimeStamp, MillisecondsAreTruncatedDaysWholeLTimeOf32BitsAndTheTimeOfDayUtc)
 {
     EXPECT_EQ(us(1'999).getMilliSecs(), 1U);
     EXPECT_EQ(us(1'999).getMicroSecs(), 1'999U);
     EXPECT_EQ(us(18'446'744'073'709'551'615ULL).getMilliSecs(), 18'446'744'073'709'551ULL);
-}
-
-TEST(TimeStamp, LTimeIsCutToItsLow32Bits)
-{
     EXPECT_EQ(us(5'000'000'000'000).lTime(), 705'032'704);
     EXPECT_EQ(us(4'294'967'295'000).lTime(), -1);
-}
-
-TEST(TimeStamp, LDateCountsWholeDaysSinceTheEpoch)
-{
+    EXPECT_EQ(us(2'147'483'647'000).lTime(), std::numeric_limits<std::int32_t>::max());
+    EXPECT_EQ(us(2'147'483'648'000).lTime(), std::numeric_limits<std::int32_t>::min());
+    EXPECT_EQ(us(4'294'967'296'000).lTime(), 0);
+    EXPECT_EQ(us(1'700'000'000'123'000).lTime(), 1'700'000'000'123LL - 396LL * (1LL << 32));
     EXPECT_EQ(us(0).lDate(), 0);
     EXPECT_EQ(us(86'399'999'999).lDate(), 0);
     EXPECT_EQ(us(86'400'000'000).lDate(), 1);
     EXPECT_EQ(us(1'589'716'800'000'000).lDate(), 18'399);
-}
-
-TEST(TimeStamp, TheTimeOfDayIsUtc)
-{
     EXPECT_EQ(us(86'400'000'000ULL + 3'723'004'567ULL).time(), QTime(1, 2, 3, 4));
 }
 
-TEST(TimeStamp, DistancesAreAbsoluteAndTruncated)
+TEST(TimeStamp, DistancesAreAbsoluteAndTruncatedButTheDifferenceToAnEarlierTimeIsHuge)
 {
     EXPECT_EQ(us(5'000).microsecsTo(us(6'999)), 1'999U);
     EXPECT_EQ(us(6'999).microsecsTo(us(5'000)), 1'999U);
     EXPECT_EQ(us(5'000).msecsTo(us(6'999)), 1U);
     EXPECT_EQ(us(6'999).msecsTo(us(5'000)), 1U);
     EXPECT_EQ(us(0).microsecsTo(us(18'446'744'073'709'551'615ULL)), 18'446'744'073'709'551'615ULL);
-}
-
-TEST(TimeStamp, TheDifferenceToALaterTimeIsItsMilliseconds)
-{
     EXPECT_EQ(us(1'000).timeDiffInMSecs(us(4'999)), 3);
     EXPECT_EQ(us(1'000).timeDiffInMSecs(us(1'000)), 0);
-}
-
-TEST(TimeStamp, TheDifferenceToATimeOneMillisecondEarlierIsHuge)
-{
     EXPECT_EQ(us(5'000).timeDiffInMSecs(us(4'000)), 18'446'744'073'709'550);
 }
 
-TEST(TimeStamp, AddingMillisecondsNeverGoesBelowTheEpoch)
+TEST(TimeStamp, AddingMillisecondsLeavesTheStampItselfAndNeverGoesBelowTheEpochNorToNull)
 {
     EXPECT_EQ(us(3'000'000).addMSecs(-5'000).getTimeStamp(), 0U);
     EXPECT_EQ(us(6'000'000).addMSecs(-5'000).getTimeStamp(), 1'000'000U);
     EXPECT_EQ(us(5'000'000).addMSecs(-5'000).getTimeStamp(), 0U);
     EXPECT_FALSE(isNull(us(3'000'000).addMSecs(-5'000)));
-}
-
-TEST(TimeStamp, AddingMillisecondsLeavesTheStampItself)
-{
     const CTimeStamp stamp = us(1'500);
     EXPECT_EQ(stamp.addMSecs(2).getTimeStamp(), 3'500U);
     EXPECT_EQ(stamp.addMSecs(0).getTimeStamp(), 1'500U);
     EXPECT_EQ(stamp.getTimeStamp(), 1'500U);
-}
-
-TEST(TimeStamp, AddingMillisecondsToANullStampGivesZeroThatIsNotNull)
-{
     const CTimeStamp sum = CTimeStamp().addMSecs(5'000);
     EXPECT_FALSE(isNull(sum));
     EXPECT_EQ(sum.getTimeStamp(), 0U);
@@ -327,37 +259,20 @@ TEST(TimeStamp, ComparisonsAreThoseOfUnsigned64BitNumbers)
     EXPECT_TRUE(small != huge);
 }
 
-TEST(TimeStamp, TheTwoFixedTextFormsAreUtc)
+TEST(TimeStamp, TheTwoFixedTextFormsAreUtcAndTheFormatMayTakeAnOffset)
 {
     const CTimeStamp stamp = us(1'589'716'923'456'789);
-    EXPECT_EQ(stamp.toString(), QStringLiteral("2020-05-17 12-02-03.456"));
-    EXPECT_EQ(stamp.toString2(), QStringLiteral("2020-05-17__12-02-03"));
-    EXPECT_EQ(stamp.toString(QStringLiteral("hh:mm")), QStringLiteral("12:02"));
+    EXPECT_EQ(stamp.toString(), "2020-05-17 12-02-03.456");
+    EXPECT_EQ(stamp.toString2(), "2020-05-17__12-02-03");
+    EXPECT_EQ(stamp.toString("hh:mm"), "12:02");
+    EXPECT_EQ(stamp.toString("hh:mm", 7'200), "14:02");
+    EXPECT_EQ(stamp.toString("hh:mm", -3'600), "11:02");
 }
 
-TEST(TimeStamp, TheSecondArgumentOfTheFormatIsPassedOn)
+TEST_F(CurrentTime, IsTheClockOfTheStationButWhileAnOverrideIsSet)
 {
-    const CTimeStamp stamp = us(1'589'716'923'456'789);
-    EXPECT_EQ(stamp.toString(QStringLiteral("hh:mm"), 7'200), QStringLiteral("14:02"));
-    EXPECT_EQ(stamp.toString(QStringLiteral("hh:mm"), -3'600), QStringLiteral("11:02"));
-}
-
-TEST_F(CurrentTime, IsTheClockOfTheStation)
-{
-    EXPECT_EQ(CTimeStamp::cts().getTimeStamp(), 987'654'321U);
-}
-
-TEST_F(CurrentTime, IsTheOverrideWhileOneIsSet)
-{
-    CTimeStamp::SetCts(42);
-    EXPECT_EQ(CTimeStamp::cts().getTimeStamp(), 42U);
-    CTimeStamp::SetCts(43);
-    EXPECT_EQ(CTimeStamp::cts().getTimeStamp(), 43U);
-}
-
-TEST_F(CurrentTime, ReturnsToTheClockWhenTheOverrideIsZero)
-{
-    CTimeStamp::SetCts(42);
-    CTimeStamp::SetCts(0);
-    EXPECT_EQ(CTimeStamp::cts().getTimeStamp(), 987'654'321U);
+    for (const unsigned long long override : {0ULL, 42ULL, 43ULL, 0ULL}) {
+        CTimeStamp::SetCts(override);
+        EXPECT_EQ(CTimeStamp::cts().getTimeStamp(), override == 0 ? 987'654'321U : override);
+    }
 }

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include <QLoggingCategory>
 #include <QString>
 
 #include <vkbase/trace.h>

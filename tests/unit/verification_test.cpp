@@ -1,21 +1,15 @@
 // Checking whole files: which sentence each fault gets and where, and that no changed byte goes unnoticed where the
 // format could tell.
 #include <algorithm>
-#include <cstdint>
-#include <functional>
 #include <random>
-#include <string>
 #include <string_view>
 #include <tuple>
-#include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <QTemporaryDir>
 
 #include <recording2/inspection/verify/verification.h>
 
-#include "support/recordingbytes.h"
+#include "madefile.h"
 
 namespace {
 
@@ -24,22 +18,15 @@ using Recording2::Inspection::Remark;
 using Recording2::Inspection::Severity;
 using Recording2::Inspection::Summary;
 using Recording2::Inspection::Verification;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace testing;
 using TestSupport::ByteBuilder;
 using TestSupport::HeaderFields;
 using TestSupport::ReferenceRecording;
 
 constexpr std::size_t HeaderArea = 500;
 
-class Verify : public testing::Test {
+class Verify : public MadeFileTest {
 protected:
-    std::string store(const std::string& bytes)
-    {
-        const QString name = m_folder.filePath(QStringLiteral("made.rec"));
-        TestSupport::writeFile(name, bytes);
-        return name.toStdString();
-    }
     /// The remarks, "damage 12: text" each.
     std::vector<std::string> verify(const std::string& bytes)
     {
@@ -50,8 +37,6 @@ protected:
         }
         return lines;
     }
-
-    QTemporaryDir m_folder;
 };
 
 ReferenceRecording recording()

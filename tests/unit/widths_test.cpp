@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <limits>
 #include <type_traits>
-#include <utility>
 
 #include <recording2/recordmodel.h>
 #include <recording2/timestamp.h>
@@ -53,37 +52,6 @@ TEST(Widths, EveryLongOfTheInterfaceIsThat)
     bool (CVTTypesData::*const findInto)(Long, S_TYPES&) = &CVTTypesData::find_type;
     EXPECT_NE(findCopy, nullptr);
     EXPECT_NE(findInto, nullptr);
-}
-
-TEST(Widths, AStampOfMillisecondsWrapsNowhereBelow32Bits)
-{
-    const UnsignedLong all = std::numeric_limits<std::uint32_t>::max();
-    EXPECT_EQ(CTimeStamp(all).getMicroSecs(), 4'294'967'295'000ULL);
-}
-
-TEST(Widths, LTimeKeepsTheLow32Bits)
-{
-    EXPECT_EQ(CTimeStamp(2'147'483'647'000ULL).lTime(), Highest);
-    EXPECT_EQ(CTimeStamp(2'147'483'648'000ULL).lTime(), Lowest);
-    EXPECT_EQ(CTimeStamp(4'294'967'296'000ULL).lTime(), 0);
-    EXPECT_EQ(CTimeStamp(1'700'000'000'123'000ULL).lTime(),
-              static_cast<Long>(1'700'000'000'123LL - 396LL * (1LL << 32)));
-}
-
-TEST(Widths, SettsCountsIn32BitsAndWraps)
-{
-    CTimeStamp stamp(0ULL);
-    stamp.setts(1, 1);
-    EXPECT_EQ(stamp.getMicroSecs(), 500'655'080U);
-    stamp.setts(Highest, Highest);
-    EXPECT_EQ(stamp.getMicroSecs(), 4'294'967'296U - 500'655'080U);
-    stamp.setts(-1, 0);
-    EXPECT_EQ(stamp.getMicroSecs(), 4'294'967'296U - 500'654'080U);
-}
-
-TEST(Widths, LDateCountsDaysOfStampsPast32Bits)
-{
-    EXPECT_EQ(CTimeStamp(19'700ULL * 86'400'000'000ULL).lDate(), 19'700);
 }
 
 TEST(Widths, HeadersKeepTheEndsOfTheRange)

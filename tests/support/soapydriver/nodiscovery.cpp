@@ -1,6 +1,5 @@
 // Preloaded into SoapySDRServer, which ends where no Avahi runs: an Avahi that knows nobody, so that it serves who
 // knows its address.
-#include <cstddef>
 
 namespace {
 

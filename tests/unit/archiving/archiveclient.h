@@ -1,17 +1,12 @@
 // Fixture of the tests of what files say to the archive.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <memory>
-
 #include <QFile>
 
 #include <recording2/fileaccess.h>
 
 #include "../recording/recorder_fixture.h"
 #include "scriptedarchive.h"
-#include "support/recordingbytes.h"
 
 namespace RecorderTests {
 

@@ -53,22 +53,16 @@ TEST_F(ArchiveAddress, TheArchiveIsToldOnceWhenTheLastCopyIsGone)
     EXPECT_EQ(archive.calls.count("CloseFile zelvo:///GROUP/7"), 1);
 }
 
-TEST_F(ArchiveAddress, AClientThatIsNoLongerConnectedIsNotToldAboutTheEnd)
+TEST_F(ArchiveAddress, NeitherAClientThatIsNoLongerConnectedIsToldAboutTheEndNorAnInvalidAddress)
 {
-    archive.localPath = finished("cached.rec");
-    auto file = open(Address, false);
-    archive.connected = false;
-    file.reset();
-    EXPECT_EQ(archive.calls.last(), "RequestFile zelvo:///GROUP/7 2");
-}
-
-TEST_F(ArchiveAddress, AnAddressThatIsNoLongerValidIsNotClosed)
-{
-    archive.localPath = finished("cached.rec");
-    auto file = open(Address, false);
-    archive.urlsAreValid = false;
-    file.reset();
-    EXPECT_EQ(archive.calls.last(), "RequestFile zelvo:///GROUP/7 2");
+    for (bool* state : {&archive.connected, &archive.urlsAreValid}) {
+        archive.localPath = finished("cached.rec");
+        auto file = open(Address, false);
+        *state = false;
+        file.reset();
+        *state = true;
+        EXPECT_EQ(archive.calls.last(), "RequestFile zelvo:///GROUP/7 2");
+    }
 }
 
 TEST_F(ArchiveAddress, AFileWithoutAnAddressIsNeitherAskedForNorGivenBack)
@@ -76,7 +70,7 @@ TEST_F(ArchiveAddress, AFileWithoutAnAddressIsNeitherAskedForNorGivenBack)
     archive.localPath = station.file("another.rec");
     const QString path = finished("plain.rec");
     EXPECT_TRUE(open(path, false)->IsValidFile());
-    EXPECT_TRUE(archive.calls.isEmpty()) << archive.calls.join(QLatin1Char('\n')).toStdString();
+    EXPECT_TRUE(archive.calls.isEmpty()) << archive.calls.join('\n').toStdString();
 }
 
 TEST_F(ArchiveAddress, WhileTheClientIsNotConnectedAnAddressIsTakenForAFileName)

@@ -13,8 +13,7 @@ namespace {
 
 using Archive = TestSupport::ScriptedArchive;
 using FilePeer = Recording2::FileAccessTestPeer;
-using testing::Not;
-using testing::SizeIs;
+using namespace testing;
 using Zelvo::ZelvoError;
 
 class ArchivedFile : public ArchiveClientTest {};
@@ -109,28 +108,26 @@ TEST_F(ArchivedFile, GoesWhereTheArchiveSaysUnderItsOwnName)
     EXPECT_EQ(station.files(), QStringList());
 }
 
-TEST_F(ArchivedFile, ItsAddressIsPublishedAndPartOfItsFullPath)
+TEST_F(ArchivedFile, ItsAddressIsPublishedAndPartOfItsFullPathOrThatOfItsGroupWhereItWasNotTaken)
 {
     archive.fileId = 42;
-    const auto file = record("a.tmp");
+    auto file = record("a.tmp");
     EXPECT_EQ(archivePath(), "zelvo:///GROUP-1/42");
     EXPECT_EQ(uncPath(), QString());
     EXPECT_EQ(file->fullRecordingFilePath(), station.file("a.tmp#zelvo:///GROUP-1/42"));
-}
-
-TEST_F(ArchivedFile, AFileThatTheArchiveDidNotTakeHasOnlyTheAddressOfItsGroup)
-{
     archive.addError = ZelvoError::UnknownGroup;
-    const auto file = record("a.tmp");
-    EXPECT_EQ(archivePath(), "zelvo:///GROUP-1");
+    file = record("b.tmp");
+    EXPECT_EQ(archivePath(), "zelvo:///GROUP-2");
 }
 
-TEST_F(ArchivedFile, TheArchiveIsGivenTheNameUpToItsFirstDotAndRec)
+TEST_F(ArchivedFile, TheArchiveIsGivenTheNameUpToItsFirstDotAndRecAndTheFileUnderThatNameOnly)
 {
     record("a.b.tmp");
     EXPECT_EQ(archive.calls.last(), "AddFile a.rec GROUP-1");
-    record("c.dat");
-    EXPECT_EQ(archive.calls.last(), "AddFile c.rec GROUP-2");
+    close(*record("b.dat"));
+    EXPECT_EQ(archive.calls.last(), "AddFile b.rec GROUP-2");
+    close(*record("a.rec"));
+    EXPECT_EQ(archive.calls.last(), "MoveToNas GROUP-3");
 }
 
 TEST_F(ArchivedFile, AContinuationJoinsTheCurrentGroupWithoutContactingTheServer)
@@ -155,7 +152,7 @@ TEST_F(ArchivedFile, WithNoArchiveAvailableTheGroupIsErrorAndNothingIsRegistered
     EXPECT_EQ(archivePath(), QString());
     EXPECT_EQ(file->fullRecordingFilePath(), station.file("a.b.tmp#zelvo:///ERROR/-1"));
     close(*file);
-    EXPECT_TRUE(archive.calls.isEmpty()) << archive.calls.join(QLatin1Char('\n')).toStdString();
+    EXPECT_TRUE(archive.calls.isEmpty()) << archive.calls.join('\n').toStdString();
     EXPECT_TRUE(QFile::exists(station.file("a.rec")));
 }
 
@@ -183,17 +180,21 @@ TEST_F(ArchivedFile, WithoutAClientEveryOperationDoesNothing)
     FilePeer::setGroup("of another recorder");
     close(*file);
     EXPECT_FALSE(open(Address, false)->IsValidFile()) << "an address is no file name";
-    EXPECT_TRUE(archive.calls.isEmpty()) << archive.calls.join(QLatin1Char('\n')).toStdString();
+    EXPECT_TRUE(archive.calls.isEmpty()) << archive.calls.join('\n').toStdString();
     EXPECT_EQ(file->GetZelvoErrorCode(), ZelvoError::None);
 }
 
-TEST_F(ArchivedFile, AClosedFileIsNotHandedOverWhenThatIsToBeSkipped)
+TEST_F(ArchivedFile, AFileIsHandedOverOnceWhenItIsClosedUnlessThatIsToBeSkipped)
 {
-    const auto file = record("a.tmp");
-    archive.calls.clear();
+    record("never.tmp");
+    auto file = record("a.tmp");
     close(*file, true);
-    EXPECT_TRUE(archive.calls.isEmpty());
     EXPECT_TRUE(QFile::exists(station.file("a.rec")));
+    EXPECT_TRUE(archive.calls.filter("MoveToNas").isEmpty());
+    file = record("b.tmp");
+    close(*file);
+    close(*file);
+    EXPECT_EQ(archive.calls.filter("MoveToNas"), QStringList("MoveToNas GROUP-3"));
 }
 
 TEST_F(ArchivedFile, AnExceptionWhileAFileIsClosedLeavesItInvalidAndIsTraced)
@@ -217,23 +218,18 @@ TEST_F(ArchivedFile, AnExceptionWhileAFileIsClosedLeavesItInvalidAndIsTraced)
     }
 }
 
-TEST_F(ArchivedFile, TheInstanceJoinsNoGroupThatIsThere)
+TEST_F(ArchivedFile, TheInstanceOfTheProcessJoinsNoGroupThatIsThere)
 {
-    FilePeer::setGroup("GROUP-9");
-    const CFileAccess* file =
-        CFileAccess::instance(TestSupport::fileName8(station.file("a.tmp")).c_str(), "/Status", nullptr, true, false);
-    EXPECT_EQ(FilePeer::group(), "ERROR");
-    EXPECT_EQ(uncPath(), station.file("a.rec"));
-    EXPECT_TRUE(file->IsValidFile());
-    CFileAccess::release();
-}
-
-TEST_F(ArchivedFile, AFileIsHandedOverOnce)
-{
-    const auto file = record("a.tmp");
-    close(*file);
-    close(*file);
-    EXPECT_EQ(archive.calls.count("MoveToNas GROUP-1"), 1);
+    for (const bool readTables : {false, true}) {
+        FilePeer::setGroup("GROUP-9");
+        const CFileAccess* file = CFileAccess::instance(TestSupport::fileName8(station.file("a.tmp")).c_str(),
+                                                        "/Status", nullptr, true, readTables);
+        EXPECT_TRUE(file->IsValidFile());
+        EXPECT_EQ(FilePeer::group(), "ERROR");
+        EXPECT_EQ(uncPath(), station.file("a.rec"));
+        CFileAccess::release();
+    }
+    EXPECT_TRUE(archive.calls.isEmpty());
 }
 
 TEST_F(ArchivedFile, AFileWhoseNameIsTakenIsNotHandedOver)
@@ -242,17 +238,9 @@ TEST_F(ArchivedFile, AFileWhoseNameIsTakenIsNotHandedOver)
     const auto file = record("a.b.tmp");
     archive.calls.clear();
     close(*file);
-    EXPECT_TRUE(archive.calls.isEmpty()) << archive.calls.join(QLatin1Char('\n')).toStdString();
+    EXPECT_TRUE(archive.calls.isEmpty()) << archive.calls.join('\n').toStdString();
     EXPECT_EQ(TestSupport::readFile(station.file("a.rec")), "another");
     EXPECT_EQ(QFileInfo(station.file("a.b.tmp")).size(), 500);
-}
-
-TEST_F(ArchivedFile, AFileIsHandedOverUnderTheNameThatTheArchiveKnowsOnly)
-{
-    close(*record("a.rec"));
-    EXPECT_EQ(archive.calls.last(), "MoveToNas GROUP-1");
-    close(*record("b.dat"));
-    EXPECT_EQ(archive.calls.last(), "AddFile b.rec GROUP-2");
 }
 
 TEST_F(ArchivedFile, WhatCouldNotBeOpenedIsNeitherRenamedNorHandedOver)
@@ -264,24 +252,6 @@ TEST_F(ArchivedFile, WhatCouldNotBeOpenedIsNeitherRenamedNorHandedOver)
     EXPECT_TRUE(QFileInfo(station.file("a.tmp")).isDir());
     EXPECT_FALSE(QFileInfo::exists(station.file("a.rec")));
     EXPECT_EQ(archive.calls.last(), "CreateFileGroup");
-}
-
-TEST_F(ArchivedFile, TheInstanceOfTheProcessJoinsNoGroup)
-{
-    FilePeer::setGroup("of another recorder");
-    CFileAccess* file =
-        CFileAccess::instance(TestSupport::fileName8(station.file("a.tmp")).c_str(), "/Status", nullptr, true, true);
-    ASSERT_TRUE(file->IsValidFile());
-    EXPECT_EQ(FilePeer::group(), "ERROR");
-    EXPECT_EQ(uncPath(), station.file("a.rec"));
-    CFileAccess::release();
-    EXPECT_TRUE(archive.calls.isEmpty());
-}
-
-TEST_F(ArchivedFile, AFileThatWasNeverClosedIsNotHandedOver)
-{
-    record("a.tmp");
-    EXPECT_THAT(archive.calls, Not(testing::Contains("MoveToNas GROUP-1")));
 }
 
 TEST_F(ArchivedFile, AFileThatCannotBeCreatedJoinsNoGroup)

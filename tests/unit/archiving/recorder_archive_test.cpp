@@ -10,8 +10,7 @@ namespace RecorderTests {
 namespace {
 
 using FilePeer = Recording2::FileAccessTestPeer;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace testing;
 using TestSupport::scriptedArchive;
 using TestSupport::ScriptedArchive;
 
@@ -23,8 +22,8 @@ protected:
         FilePeer::setGroup("Initial GUID String");
         station.add<Number>("/LEVEL");
         station.configure(QString(),
-                          QStringLiteral("LEVEL = \"/LEVEL\"\n[Rx2]\nValuePath = \"/Devices/Rx2\"\nStatusValuePath = "
-                                         "\"/Status/Rx2\"\nRecordingPath = \"%1\"\n[Rx2.Values]\nLEVEL = \"/LEVEL\"")
+                          QString("LEVEL = \"/LEVEL\"\n[Rx2]\nValuePath = \"/Devices/Rx2\"\nStatusValuePath = "
+                                  "\"/Status/Rx2\"\nRecordingPath = \"%1\"\n[Rx2.Values]\nLEVEL = \"/LEVEL\"")
                               .arg(station.directory()));
     }
 
@@ -47,7 +46,7 @@ protected:
         QStringList found;
         for (const QString& call : archive.calls) {
             if (call.startsWith("AddFile")) {
-                found << "AddFile " + call.section(QLatin1Char(' '), -1);
+                found << "AddFile " + call.section(' ', -1);
             } else if (!call.startsWith("SetUser")) {
                 found << call;
             }
@@ -90,7 +89,7 @@ TEST_F(RecorderArchive, TheArchiveIsGivenTheNameThatTheFinishedFileHas)
 {
     startRecorder();
     const QString name = QFileInfo(station.fileName()).completeBaseName() + text(".rec");
-    EXPECT_EQ(archive.calls.last(), QStringLiteral("AddFile %1 GROUP-1").arg(name));
+    EXPECT_EQ(archive.calls.last(), QString("AddFile %1 GROUP-1").arg(name));
     station.switchOff();
     EXPECT_TRUE(QFile::exists(station.file(name)));
 }

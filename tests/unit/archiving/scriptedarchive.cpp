@@ -97,8 +97,7 @@ std::uint32_t ZelvoClient::AddFile(const QString& name, const QString& guid)
     ScriptedArchive& archive = scriptedArchive();
     const QString call = "AddFile ";
     count = archive.calls.filter(call).isEmpty() ? 1 : count + 1;
-    return answer(call + name + QLatin1Char(' ') + guid, archive.addError,
-                  archive.fileId == 0 ? count : archive.fileId);
+    return answer(call + name + ' ' + guid, archive.addError, archive.fileId == 0 ? count : archive.fileId);
 }
 
 QString ZelvoClient::MoveToNas(const QString& guid)
@@ -112,7 +111,7 @@ QString ZelvoClient::MoveToNas(const QString& guid)
 
 QString ZelvoClient::RequestFile(const ZelvoUrl& url, LockState lock)
 {
-    const QString call = QStringLiteral("RequestFile %1 %2").arg(url.toString()).arg(static_cast<int>(lock));
+    const QString call = QString("RequestFile %1 %2").arg(url.toString()).arg(static_cast<int>(lock));
     return answer(call, scriptedArchive().requestError, scriptedArchive().localPath);
 }
 

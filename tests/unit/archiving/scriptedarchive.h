@@ -54,7 +54,7 @@ struct ScriptedArchive {
 
     /// The error that the last request left, and its text.
     Zelvo::ZelvoError error{};
-    [[nodiscard]] static QString errorText() { return QStringLiteral("the archive says no"); }
+    [[nodiscard]] static QString errorText() { return "the archive says no"; }
 };
 
 /// The archive of this process; assign a fresh one before each test.

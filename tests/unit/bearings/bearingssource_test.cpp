@@ -1,16 +1,15 @@
 // Logs of bearings that cannot be read; what becomes of rows is tested in tests/cases.
 #include <string>
 
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <values/tree.h>
 #include <values/value.h>
 
 #include "sources/bearings/bearingssource.h"
+#include "support/recordingbytes.h"
 
 namespace {
 
@@ -25,11 +24,8 @@ class BearingsSource : public testing::Test {
 protected:
     void prepare(const std::string& text)
     {
-        const QString path = m_directory.filePath(QStringLiteral("field log.v2.csv"));
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(QByteArray::fromStdString(text));
-        file.close();
+        const QString path = m_directory.filePath("field log.v2.csv");
+        TestSupport::writeFile(path, text);
         m_options.file = path.toStdString();
         m_source = RecStation::makeBearingsSource(m_options);
         m_source->prepare();
@@ -72,18 +68,16 @@ TEST_F(BearingsSource, WrongOptionsAreNamed)
 
 TEST_F(BearingsSource, AFileThatChangedSinceItsChannelsWereFoundIsRefused)
 {
-    prepare(header + "2017-01-14;10:31;E1;4;-75;0;150;7\n");
-    QFile file(QString::fromStdString(m_options.file));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Append));
-    file.write("2017-01-14;10:31;E1;4;-75;0;151;7\n");
-    file.close();
+    const std::string text = header + "2017-01-14;10:31;E1;4;-75;0;150;7\n";
+    prepare(text);
+    TestSupport::writeFile(QString::fromStdString(m_options.file), text + "2017-01-14;10:31;E1;4;-75;0;151;7\n");
     EXPECT_THROW(run(), std::runtime_error);
 }
 
 TEST_F(BearingsSource, APathHeldByAnotherKindOfValueIsRefused)
 {
     values::ValuePtr<Number> other;
-    other.Attach(QStringLiteral("/DfSpectrum"));
+    other.Attach("/DfSpectrum");
     EXPECT_THAT(problem(header + "2017-01-14;10:31;E1;4;-75;0;150;7\n"), HasSubstr("/DfSpectrum is already there"));
 }
 

@@ -1,10 +1,7 @@
 // CSV as logs have it: separators, quotes, line ends, and records without an end.
-#include <algorithm>
-#include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "sources/bearings/csvreader.h"
 #include "support/textinput.h"
@@ -13,10 +10,7 @@ namespace {
 
 using RecStation::CsvReader;
 using RecStation::CsvRecord;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
+using namespace testing;
 
 std::vector<CsvRecord> read(const std::string& text, std::optional<char> separator = std::nullopt,
                             std::size_t piece = 1'000'000)
@@ -55,7 +49,7 @@ TEST(CsvReader, LinesAreCountedWithEveryKindOfLineEnd)
     }
 }
 
-TEST(CsvReader, TheSeparatorIsTheOneThatTheFirstLineHasMostOf)
+TEST(CsvReader, TheSeparatorIsTheOneThatIsGivenOrThatTheFirstLineHasMostOf)
 {
     EXPECT_EQ(RecStation::guessSeparator("a;b;c,d"), ';');
     EXPECT_EQ(RecStation::guessSeparator("a,b,c;d"), ',');
@@ -63,6 +57,9 @@ TEST(CsvReader, TheSeparatorIsTheOneThatTheFirstLineHasMostOf)
     EXPECT_EQ(RecStation::guessSeparator("\"a,b,c\";d"), ';');
     EXPECT_EQ(RecStation::guessSeparator("alone"), ',');
     EXPECT_THAT(read("a;b\n1,2;3\n")[1].fields, ElementsAre("1,2", "3"));
+    EXPECT_THAT(read("a;b|c", '|')[0].fields, ElementsAre("a;b", "c"));
+    EXPECT_THAT(read(""), IsEmpty());
+    EXPECT_THAT(read("\n\r\n"), IsEmpty());
 }
 
 TEST(CsvReader, ACommaInNumbersIsNoSeparator)
@@ -93,25 +90,16 @@ TEST(CsvReader, RemarksAndEmptyRowsArePassedOverAndRemarksCounted)
     }
 }
 
-TEST(CsvReader, ASeparatorThatIsGivenIsTaken)
+TEST(CsvReader, TextBehindAClosingQuoteIsAProblemOfThatRecordOnlyAndAQuoteThatIsNotClosedOfTheRest)
 {
-    EXPECT_THAT(read("a;b|c", '|')[0].fields, ElementsAre("a;b", "c"));
-}
-
-TEST(CsvReader, TextBehindAClosingQuoteIsAProblemOfThatRecordOnly)
-{
-    const auto records = read("a,b\n\"x\"y,1\nc,d\n");
-    ASSERT_THAT(records, SizeIs(3));
-    EXPECT_THAT(records[1].problem, HasSubstr("behind a closing quote"));
-    EXPECT_THAT(records[2].problem, IsEmpty());
-}
-
-TEST(CsvReader, AQuoteThatIsNotClosedIsAProblem)
-{
-    const auto records = read("a,b\n1,\"x\n2,3\n");
-    ASSERT_THAT(records, SizeIs(2));
-    EXPECT_EQ(records[1].line, 2U);
-    EXPECT_EQ(records[1].problem, "a quote is not closed up to the end, line 4");
+    const auto behind = read("a,b\n\"x\"y,1\nc,d\n");
+    ASSERT_THAT(behind, SizeIs(3));
+    EXPECT_THAT(behind[1].problem, HasSubstr("behind a closing quote"));
+    EXPECT_THAT(behind[2].problem, IsEmpty());
+    const auto open = read("a,b\n1,\"x\n2,3\n");
+    ASSERT_THAT(open, SizeIs(2));
+    EXPECT_EQ(open[1].line, 2U);
+    EXPECT_EQ(open[1].problem, "a quote is not closed up to the end, line 4");
 }
 
 TEST(CsvReader, ARecordIsBoundedInMemoryAndTheNextOneIsReadAgain)
@@ -124,12 +112,6 @@ TEST(CsvReader, ARecordIsBoundedInMemoryAndTheNextOneIsReadAgain)
         EXPECT_THAT(records[2].fields, ElementsAre("c", "d"));
         EXPECT_THAT(records[2].problem, IsEmpty());
     }
-}
-
-TEST(CsvReader, AnEmptyInputHasNoRecords)
-{
-    EXPECT_THAT(read(""), IsEmpty());
-    EXPECT_THAT(read("\n\r\n"), IsEmpty());
 }
 
 }  // namespace

@@ -16,31 +16,19 @@ constexpr long long hour = 3600 * second;
 
 TEST(LogTime, DatesAreReadByTheirFormat)
 {
-    EXPECT_EQ(LogDateFormat("yyyy-MM-dd").parse("1970-01-02"), 1);
-    EXPECT_EQ(LogDateFormat("MM/dd/yy").parse("01/14/17"), 17'180);
-    EXPECT_EQ(LogDateFormat("d.M.yyyy").parse("14.1.2017"), 17'180);
-    EXPECT_EQ(LogDateFormat("yyyy-MM-dd").parse("1969-12-31"), -1);
-}
-
-TEST(LogTime, TwoDigitsOfAYearMeanTheYears1970To2069)
-{
-    EXPECT_EQ(LogDateFormat("MM/dd/yy").parse("01/01/70"), 0);
-    EXPECT_EQ(LogDateFormat("MM/dd/yy").parse("12/31/99"), 10'956);
-    EXPECT_EQ(LogDateFormat("MM/dd/yy").parse("02/29/00"), 11'016);
-    EXPECT_EQ(LogDateFormat("MM/dd/yy").parse("02/29/68"), 35'853);
-}
-
-TEST(LogTime, WhatIsNoDateOfTheFormatIsRefused)
-{
+    // Two digits mean the years 1970 to 2069.
+    const std::vector<std::tuple<const char*, const char*, long long>> rows = {
+        {"yyyy-MM-dd", "1970-01-02", 1},  {"MM/dd/yy", "01/14/17", 17'180}, {"d.M.yyyy", "14.1.2017", 17'180},
+        {"yyyy-MM-dd", "1969-12-31", -1}, {"MM/dd/yy", "01/01/70", 0},      {"MM/dd/yy", "12/31/99", 10'956},
+        {"MM/dd/yy", "02/29/00", 11'016}, {"MM/dd/yy", "02/29/68", 35'853}, {"(yyyy.MM) dd", "(1970.01) 03", 2},
+        {"yyyyMMdd", "19700103", 2},
+    };
+    for (const auto& [format, text, days] : rows) {
+        EXPECT_EQ(LogDateFormat(format).parse(text), days) << format << ' ' << text;
+    }
     for (const char* text : {"", "13/01/17", "02/29/17", "1/14/17", "01/14/2017", "NA"}) {
         EXPECT_EQ(LogDateFormat("MM/dd/yy").parse(text), std::nullopt) << text;
     }
-}
-
-TEST(LogTime, WhatStandsBetweenTheFieldsOfADateStandsForItself)
-{
-    EXPECT_EQ(LogDateFormat("(yyyy.MM) dd").parse("(1970.01) 03"), 2);
-    EXPECT_EQ(LogDateFormat("yyyyMMdd").parse("19700103"), 2);
     EXPECT_EQ(LogDateFormat("yyyy.MM.dd").parse("1970-01-03"), std::nullopt);
 }
 

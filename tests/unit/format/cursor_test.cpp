@@ -21,21 +21,11 @@ struct Reader {
     Cursor cursor;
 };
 
-// What the standard stream makes of an integer field, with the target kept on failure.
-std::int32_t standardInteger(std::istringstream& stream, std::int32_t target)
+// What the standard stream makes of a field, with the target kept on failure.
+template <typename Number>
+Number standardNumber(std::istringstream& stream, Number target)
 {
-    std::int32_t value = 0;
-    if (stream >> value) {
-        target = value;
-    }
-    stream.clear();
-    stream.ignore(1);
-    return target;
-}
-
-float standardFloat(std::istringstream& stream, float target)
-{
-    float value = 0;
+    Number value = 0;
     if (stream >> value) {
         target = value;
     }
@@ -46,97 +36,49 @@ float standardFloat(std::istringstream& stream, float target)
 
 }  // namespace
 
-TEST(Cursor, ReadsANumberAndSkipsItsSeparator)
+/// Reads numbers one after the other. @param kept what the target holds before each
+template <typename Number>
+void expectNumbers(const std::string& bytes, Number kept,
+                   const std::vector<std::tuple<FieldStatus, Number, std::int64_t>>& fields)
 {
-    Reader r("123#-45#");
-    std::int32_t value = 0;
-    EXPECT_EQ(r.cursor.readNumber(value), FieldStatus::Ok);
-    EXPECT_EQ(value, 123);
-    EXPECT_EQ(r.cursor.position(), 4);
-    EXPECT_EQ(r.cursor.readNumber(value), FieldStatus::Ok);
-    EXPECT_EQ(value, -45);
-    EXPECT_EQ(r.cursor.position(), 8);
-    EXPECT_FALSE(r.cursor.atEnd());
+    Reader r(bytes);
+    for (const auto& [status, expected, position] : fields) {
+        Number value = kept;
+        EXPECT_EQ(r.cursor.readNumber(value), status) << bytes;
+        EXPECT_EQ(value, expected) << bytes;
+        EXPECT_EQ(r.cursor.position(), position) << bytes;
+    }
+    EXPECT_EQ(r.cursor.atEnd(), bytes.back() != '#') << bytes;
 }
 
-TEST(Cursor, PassesOverWhiteSpaceAndTakesASign)
+TEST(Cursor, ReadsANumberAndSkipsItsSeparatorOrKeepsTheTargetAndSkipsOneByte)
 {
-    Reader r(" \t\n\v\f\r+7#");
-    std::int32_t value = 0;
-    EXPECT_EQ(r.cursor.readNumber(value), FieldStatus::Ok);
-    EXPECT_EQ(value, 7);
+    using enum FieldStatus;
+    expectNumbers<std::int32_t>("123#-45#", 0, {{Ok, 123, 4}, {Ok, -45, 8}});
+    expectNumbers<std::int32_t>(" \t\n\v\f\r+7#", 0, {{Ok, 7, 9}});
+    expectNumbers<std::int32_t>("x5#", 99, {{NotANumber, 99, 1}, {Ok, 5, 3}});
+    expectNumbers<std::int32_t>("2147483648#-2147483649#99999999999999999999999#", 1,
+                                {{OutOfRange, 1, 11}, {OutOfRange, 1, 23}, {OutOfRange, 1, 47}});
+    expectNumbers<std::int16_t>("32768#", 2, {{OutOfRange, 2, 6}});
+    expectNumbers<std::int16_t>("-32768#32767#", 0, {{Ok, -32'768, 7}, {Ok, 32'767, 13}});
+    expectNumbers<std::int32_t>("-2147483648#2147483647#", 0,
+                                {{Ok, std::numeric_limits<std::int32_t>::min(), 12}, {Ok, 2'147'483'647, 23}});
+    expectNumbers<std::int64_t>(
+        "-9223372036854775808#9223372036854775807#", 0,
+        {{Ok, std::numeric_limits<std::int64_t>::min(), 21}, {Ok, std::numeric_limits<std::int64_t>::max(), 41}});
+    expectNumbers<std::int32_t>("12", 3, {{Ok, 12, 2}, {EndOfFile, 3, 2}});
 }
 
-TEST(Cursor, KeepsTheTargetWhereNoNumberStandsAndSkipsOneByte)
+TEST(Cursor, ReadsATimeWithItsLeastSignificantByteFirstAndDropsOneOfFewerThanEightBytes)
 {
-    Reader r("x#5#");
-    std::int32_t value = 99;
-    EXPECT_EQ(r.cursor.readNumber(value), FieldStatus::NotANumber);
-    EXPECT_EQ(value, 99);
-    EXPECT_EQ(r.cursor.position(), 1);
-}
-
-TEST(Cursor, KeepsTheTargetForANumberThatDoesNotFit)
-{
-    Reader r("2147483648#-2147483649#32768#99999999999999999999999#");
-    std::int32_t value = 1;
-    std::int16_t narrow = 2;
-    EXPECT_EQ(r.cursor.readNumber(value), FieldStatus::OutOfRange);
-    EXPECT_EQ(r.cursor.readNumber(value), FieldStatus::OutOfRange);
-    EXPECT_EQ(r.cursor.readNumber(narrow), FieldStatus::OutOfRange);
-    EXPECT_EQ(r.cursor.readNumber(value), FieldStatus::OutOfRange);
-    EXPECT_EQ(value, 1);
-    EXPECT_EQ(narrow, 2);
-    EXPECT_EQ(r.cursor.position(), r.source.size());
-}
-
-TEST(Cursor, ReadsTheLimitsOfEveryWidth)
-{
-    Reader r("-32768#32767#-2147483648#2147483647#-9223372036854775808#9223372036854775807#");
-    std::int16_t narrow = 0;
-    std::int32_t value = 0;
-    std::int64_t wide = 0;
-    r.cursor.readNumber(narrow);
-    EXPECT_EQ(narrow, std::numeric_limits<std::int16_t>::min());
-    r.cursor.readNumber(narrow);
-    EXPECT_EQ(narrow, std::numeric_limits<std::int16_t>::max());
-    r.cursor.readNumber(value);
-    EXPECT_EQ(value, std::numeric_limits<std::int32_t>::min());
-    r.cursor.readNumber(value);
-    EXPECT_EQ(value, std::numeric_limits<std::int32_t>::max());
-    r.cursor.readNumber(wide);
-    EXPECT_EQ(wide, std::numeric_limits<std::int64_t>::min());
-    r.cursor.readNumber(wide);
-    EXPECT_EQ(wide, std::numeric_limits<std::int64_t>::max());
-}
-
-TEST(Cursor, ANumberAtTheEndIsReadAndTheMissingSeparatorMarksTheEnd)
-{
-    Reader r("12");
-    std::int32_t value = 0;
-    EXPECT_EQ(r.cursor.readNumber(value), FieldStatus::Ok);
-    EXPECT_EQ(value, 12);
-    EXPECT_TRUE(r.cursor.atEnd());
-    EXPECT_EQ(r.cursor.readNumber(value), FieldStatus::EndOfFile);
-    EXPECT_EQ(value, 12);
-}
-
-TEST(Cursor, DropsATimeOfFewerThanEightBytes)
-{
-    Reader r("1234567");
-    std::uint64_t time = 42;
-    EXPECT_EQ(r.cursor.readTime(time), FieldStatus::EndOfFile);
-    EXPECT_EQ(time, 42U);
-    EXPECT_TRUE(r.cursor.atEnd());
-}
-
-TEST(Cursor, ReadsATimeWithItsLeastSignificantByteFirst)
-{
-    Reader r(std::string("\x01\x02\0\0\0\0\0\x80#x", 10));
+    Reader r(std::string("\x01\x02\0\0\0\0\0\x80#1234567", 16));
     std::uint64_t time = 0;
     EXPECT_EQ(r.cursor.readTime(time), FieldStatus::Ok);
     EXPECT_EQ(time, 0x8000000000000201U);
     EXPECT_EQ(r.cursor.position(), 9);
+    EXPECT_EQ(r.cursor.readTime(time), FieldStatus::EndOfFile);
+    EXPECT_EQ(time, 0x8000000000000201U);
+    EXPECT_TRUE(r.cursor.atEnd());
 }
 
 TEST(Cursor, BytesAreBoundedByTheFile)
@@ -149,16 +91,7 @@ TEST(Cursor, BytesAreBoundedByTheFile)
     EXPECT_TRUE(r.cursor.atEnd());
 }
 
-TEST(Cursor, ANegativePositionLeavesItWhereItIs)
-{
-    Reader r("1#2#");
-    std::int32_t value = 0;
-    r.cursor.readNumber(value);
-    r.cursor.seek(-5);
-    EXPECT_EQ(r.cursor.position(), 2);
-}
-
-TEST(Cursor, SeekingBeyondTheEndReadsNothing)
+TEST(Cursor, ANegativePositionLeavesItWhereItIsAndBeyondTheEndNothingIsRead)
 {
     Reader r("1#2#");
     std::int32_t value = 3;
@@ -168,12 +101,15 @@ TEST(Cursor, SeekingBeyondTheEndReadsNothing)
     r.cursor.seek(0);
     EXPECT_EQ(r.cursor.readNumber(value), FieldStatus::Ok);
     EXPECT_EQ(value, 1);
+    r.cursor.seek(-5);
+    EXPECT_EQ(r.cursor.position(), 2);
 }
 
-TEST(Cursor, ReadsIntegersFromAnyBytesAsTheStandardStreamDoes)
+template <typename Number>
+void expectAsTheStandardStream(std::mt19937::result_type seed, const std::string& alphabet,
+                               FieldStatus (Cursor::*read)(Number&))
 {
-    std::mt19937 random(20240611);
-    const std::string alphabet = "0123456789+-# \t\nex.\x01";
+    std::mt19937 random(seed);
     for (int round = 0; round < 5000; ++round) {
         std::string bytes;
         for (std::size_t n = random() % 40; n > 0; --n) {
@@ -182,38 +118,21 @@ TEST(Cursor, ReadsIntegersFromAnyBytesAsTheStandardStreamDoes)
         Reader r(bytes, 1 + random() % 9);
         std::istringstream stream(bytes);
         stream.imbue(std::locale::classic());
-        std::int32_t mine = -1;
-        std::int32_t theirs = -1;
+        Number mine = -1;
+        Number theirs = -1;
         for (int field = 0; field < 12; ++field) {
-            r.cursor.readNumber(mine);
-            theirs = standardInteger(stream, theirs);
+            (r.cursor.*read)(mine);
+            theirs = standardNumber(stream, theirs);
             ASSERT_EQ(mine, theirs) << bytes << " field " << field;
             ASSERT_EQ(r.cursor.atEnd(), stream.eof()) << bytes << " field " << field;
         }
     }
 }
 
-TEST(Cursor, ReadsFloatsFromAnyBytesAsTheStandardStreamDoes)
+TEST(Cursor, ReadsNumbersFromAnyBytesAsTheStandardStreamDoes)
 {
-    std::mt19937 random(7);
-    const std::string alphabet = "0123456789+-#.eE 9e+";
-    for (int round = 0; round < 5000; ++round) {
-        std::string bytes;
-        for (std::size_t n = random() % 30; n > 0; --n) {
-            bytes += alphabet[random() % alphabet.size()];
-        }
-        Reader r(bytes, 1 + random() % 9);
-        std::istringstream stream(bytes);
-        stream.imbue(std::locale::classic());
-        float mine = -1;
-        float theirs = -1;
-        for (int field = 0; field < 8; ++field) {
-            r.cursor.readFloat(mine);
-            theirs = standardFloat(stream, theirs);
-            ASSERT_EQ(mine, theirs) << bytes << " field " << field;
-            ASSERT_EQ(r.cursor.atEnd(), stream.eof()) << bytes << " field " << field;
-        }
-    }
+    expectAsTheStandardStream<std::int32_t>(20240611, "0123456789+-# \t\nex.\x01", &Cursor::readNumber);
+    expectAsTheStandardStream<float>(7, "0123456789+-#.eE 9e+", &Cursor::readFloat);
 }
 
 TEST(Cursor, ReadsTheSameWithABufferOfAnySize)

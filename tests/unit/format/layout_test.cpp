@@ -30,34 +30,14 @@ HeaderRecord exampleHeader()
 
 }  // namespace
 
-TEST(Layout, TheHeaderAreaIsFiveHundredBytesOfPlaceholder)
+TEST(Layout, TheHeaderRecordStandsInItsOrderAndIsReadBackAsItWasWritten)
 {
-    const std::string area = headerArea();
-    EXPECT_EQ(area, std::string(499, '0') + "#");
-}
-
-TEST(Layout, TheHeaderRecordStandsInItsOrder)
-{
+    EXPECT_EQ(headerArea(), std::string(499, '0') + "#");
     std::string out;
     appendHeader(out, exampleHeader());
     EXPECT_EQ(out, std::string("2#0#20#3000#0.025#-30#100#\x01\0\0\0\0\0\0\0#\x02\0\0\0\0\0\0\0#"
                                "4#A1B24#RX#10#500#600#700#0#0#1#",
                                26 + 18 + 32));
-}
-
-TEST(Layout, AHeaderTextIsWrittenUpToItsFirstNulWithItsWholeLength)
-{
-    HeaderRecord header;
-    header.jobId = std::string("ab\0c", 4);
-    std::string out;
-    appendHeader(out, header);
-    EXPECT_NE(out.find("4#ab0#0#"), std::string::npos);
-}
-
-TEST(Layout, AHeaderIsReadBackAsItWasWritten)
-{
-    std::string out;
-    appendHeader(out, exampleHeader());
     MemorySource source(out);
     Cursor cursor(source);
     HeaderRecord read;
@@ -69,23 +49,29 @@ TEST(Layout, AHeaderIsReadBackAsItWasWritten)
     EXPECT_TRUE(read.automatic);
 }
 
-TEST(Layout, AMajorVersionBelowTwoIsAnOldFormat)
+TEST(Layout, AHeaderTextIsWrittenUpToItsFirstNulWithItsWholeLength)
 {
-    MemorySource source("1#9#1#");
-    Cursor cursor(source);
-    HeaderRecord read;
-    EXPECT_EQ(readHeader(cursor, read), HeaderStatus::OldFormat);
+    HeaderRecord header;
+    header.jobId = std::string("ab\0c", 4);
+    std::string out;
+    appendHeader(out, header);
+    EXPECT_NE(out.find("4#ab0#0#"), std::string::npos);
 }
 
-TEST(Layout, ADamagedHeaderFieldKeepsItsTargetAndReadingGoesOn)
+TEST(Layout, AMajorVersionBelowTwoIsAnOldFormatAndADamagedFieldKeepsItsTarget)
 {
-    MemorySource source("2#0#x20#3000#1#-30#100#");
-    Cursor cursor(source);
-    HeaderRecord read;
-    read.startFrequencyHz = 5;
-    ASSERT_EQ(readHeader(cursor, read), HeaderStatus::Ok);
-    EXPECT_EQ(read.startFrequencyHz, 5);
-    EXPECT_EQ(read.stopFrequencyHz, 20);  // one byte was skipped, so the fields after it move up
+    for (const auto& [bytes, status] :
+         {std::pair("1#9#1#", HeaderStatus::OldFormat), std::pair("2#0#x20#3000#1#-30#100#", HeaderStatus::Ok)}) {
+        MemorySource source(bytes);
+        Cursor cursor(source);
+        HeaderRecord read;
+        read.startFrequencyHz = 5;
+        EXPECT_EQ(readHeader(cursor, read), status);
+        if (status == HeaderStatus::Ok) {
+            EXPECT_EQ(read.startFrequencyHz, 5);
+            EXPECT_EQ(read.stopFrequencyHz, 20);  // one byte was skipped, so the fields after it move up
+        }
+    }
 }
 
 TEST(Layout, ATypeEntryIsReadBackAsItWasWritten)

@@ -2,38 +2,20 @@
 #include "geo/fixgroups.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace {
 
 using RecTool::Geo::groupSightings;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace testing;
 
-TEST(FixGroups, NothingGivesNoGroup)
+TEST(FixGroups, AGroupTakesWhatComesOfOneTransmitterLessThanTheWindowAfterItsFirst)
 {
     EXPECT_THAT(groupSightings({}, 10), IsEmpty());
-}
-
-TEST(FixGroups, AGroupTakesWhatComesLessThanTheWindowAfterItsFirst)
-{
     EXPECT_THAT(groupSightings({{1, 100}, {1, 109}, {1, 110}, {1, 119}}, 10),
                 ElementsAre(ElementsAre(0, 1), ElementsAre(2, 3)));
-}
-
-TEST(FixGroups, TransmittersAreKeptApart)
-{
     EXPECT_THAT(groupSightings({{2, 100}, {1, 101}, {2, 102}}, 10), ElementsAre(ElementsAre(1), ElementsAre(0, 2)));
-}
-
-TEST(FixGroups, TimesMayComeInAnyOrder)
-{
     EXPECT_THAT(groupSightings({{1, 205}, {1, 100}, {1, 200}, {1, 95}}, 10),
                 ElementsAre(ElementsAre(3, 1), ElementsAre(2, 0)));
-}
-
-TEST(FixGroups, EqualTimesKeepTheirOrder)
-{
     EXPECT_THAT(groupSightings({{1, 7}, {1, 7}, {1, 7}}, 1), ElementsAre(ElementsAre(0, 1, 2)));
 }
 

@@ -6,15 +6,13 @@
 #include <numbers>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "geo/geodesic.h"
 
 namespace {
 
 using namespace RecTool::Geo;
-using testing::Each;
-using testing::SizeIs;
+using namespace testing;
 
 // Positive for counter-clockwise, in square degrees.
 double area(const Path& ring)

@@ -3,15 +3,13 @@
 #include <string>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "sources/gpsd/gpsdreport.h"
 
 namespace RecStation {
 namespace {
 
-using testing::ElementsAre;
-using testing::Optional;
+using namespace testing;
 
 constexpr auto fixLine =
     R"({"class":"TPV","device":"/dev/pts/1","status":2,"mode":3,"time":"2026-05-02T19:41:24.000Z","ept":0.005,)"
@@ -51,20 +49,16 @@ TEST(GpsdReport, AVariationThatCannotBeCostsNoPosition)
     EXPECT_EQ(parseGpsdReport(R"({"class":"TPV","mode":3,"magvar":"x"})")->variationDeg, std::nullopt);
 }
 
-TEST(GpsdReport, AnAltitudeAboveTheEllipsoidAloneIsNone)
+TEST(GpsdReport, AnAltitudeAboveTheEllipsoidAloneIsNoneAndWithoutAFixThereIsNoPosition)
 {
     const auto report = parseGpsdReport(R"({"class":"TPV","mode":3,"altHAE":239.1,"alt":239.1})");
     ASSERT_TRUE(report);
     EXPECT_EQ(report->fix.altitudeM, std::nullopt);
     EXPECT_THAT(parseGpsdReport(R"({"class":"TPV","mode":3,"alt":239.1})")->fix.altitudeM, Optional(239.1));
-}
-
-TEST(GpsdReport, WithoutAFixItHasNoPosition)
-{
-    const auto report = parseGpsdReport(R"({"class":"TPV","mode":1,"lat":1,"lon":2,"speed":3})");
-    ASSERT_TRUE(report);
-    EXPECT_TRUE(report->fix.empty());
-    EXPECT_EQ(report->dimensions, 1);
+    const auto none = parseGpsdReport(R"({"class":"TPV","mode":1,"lat":1,"lon":2,"speed":3})");
+    ASSERT_TRUE(none);
+    EXPECT_TRUE(none->fix.empty());
+    EXPECT_EQ(none->dimensions, 1);
 }
 
 TEST(GpsdReport, AnAttitudeHasHeadingsPitchAndRoll)

@@ -1,20 +1,14 @@
 // Which of gpsd's devices counts, and when nothing is known.
 #include <cmath>
-#include <string>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "sources/gpsd/gpsdstate.h"
 
 namespace RecStation {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::IsNan;
-using testing::Optional;
+using namespace testing;
 
 GpsdState::Time at(double seconds)
 {

@@ -1,5 +1,4 @@
 // The documents of a KrakenSDR, and others in their place.
-#include <string>
 
 #include <gtest/gtest.h>
 
@@ -30,25 +29,21 @@ TEST(KrakenAnswer, EachLineIsABearing)
     EXPECT_EQ(bearings[1].azimuthDeg, 20);
 }
 
-TEST(KrakenAnswer, XmlAndCsvOfOneBearingAreTheSame)
+TEST(KrakenAnswer, XmlAndCsvOfOneBearingAreTheSameAndOlderXmlHasPowerAndConfidenceAsCsvHasThem)
 {
+    const auto csv = parse(krakenLine("134", outputWithPeak(226))).at(0);
     const auto bearings = parse(xml("226", "51.5", "41"));
     ASSERT_EQ(bearings.size(), 1U);
-    const auto csv = parse(krakenLine("134", outputWithPeak(226)));
-    EXPECT_EQ(bearings[0].azimuthDeg, csv[0].azimuthDeg);
-    EXPECT_EQ(bearings[0].levelDb, csv[0].levelDb);
-    EXPECT_EQ(bearings[0].quality, csv[0].quality);
-    EXPECT_EQ(bearings[0].frequencyHz, csv[0].frequencyHz);
-    EXPECT_EQ(bearings[0].time, csv[0].time);
-    EXPECT_EQ(bearings[0].headingDeg, csv[0].headingDeg);
-}
-
-TEST(KrakenAnswer, OlderXmlHasPowerAndConfidenceAsCsvHasThem)
-{
-    const auto bearings = parse(xml("226", "-48.5", "2.05"), Mirror::No);
-    EXPECT_EQ(bearings[0].azimuthDeg, 226);
-    EXPECT_EQ(bearings[0].levelDb, -48.5);
-    EXPECT_EQ(bearings[0].quality, 2.05);
+    EXPECT_EQ(bearings[0].azimuthDeg, csv.azimuthDeg);
+    EXPECT_EQ(bearings[0].levelDb, csv.levelDb);
+    EXPECT_EQ(bearings[0].quality, csv.quality);
+    EXPECT_EQ(bearings[0].frequencyHz, csv.frequencyHz);
+    EXPECT_EQ(bearings[0].time, csv.time);
+    EXPECT_EQ(bearings[0].headingDeg, csv.headingDeg);
+    const auto older = parse(xml("226", "-48.5", "2.05"), Mirror::No);
+    EXPECT_EQ(older[0].azimuthDeg, 226);
+    EXPECT_EQ(older[0].levelDb, -48.5);
+    EXPECT_EQ(older[0].quality, 2.05);
 }
 
 TEST(KrakenAnswer, WhatIsCutIsPassedOverAndCounted)

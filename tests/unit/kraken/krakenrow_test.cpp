@@ -1,6 +1,5 @@
 // Which way a KrakenSDR's angle is counted, and what else its lines tell.
 #include <cmath>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -45,16 +44,16 @@ TEST(KrakenRow, TellsAllThatHasAKeyword)
     EXPECT_EQ(bearing.headingDeg, 12.5);
 }
 
-TEST(KrakenRow, AnAngleAtThePeakOfTheValuesIsCounterClockwise)
+TEST(KrakenRow, AnAngleAtThePeakOfTheValuesIsCounterClockwiseUnlessAnOptionDecides)
 {
     EXPECT_EQ(azimuth(Mirror::Auto, krakenLine("134", outputWithPeak(134))), 226);
     EXPECT_EQ(azimuth(Mirror::Auto, krakenLine("134.5", outputWithPeak(137))), 225.5);
-}
-
-TEST(KrakenRow, AnAngleAtTheMirrorImageOfThePeakIsTheAzimuth)
-{
     EXPECT_EQ(azimuth(Mirror::Auto, krakenLine("134", outputWithPeak(226))), 134);
     EXPECT_EQ(azimuth(Mirror::Auto, krakenLine("360", outputWithPeak(0))), 0);
+    EXPECT_EQ(azimuth(Mirror::Yes, krakenLine("134", outputWithPeak(226))), 226);
+    EXPECT_EQ(azimuth(Mirror::No, krakenLine("134", outputWithPeak(134))), 134);
+    EXPECT_EQ(azimuth(Mirror::Yes, krakenLine("0")), 0);
+    EXPECT_EQ(azimuth(Mirror::No, krakenLine("-32")), 328);
 }
 
 TEST(KrakenRow, WhatTellsNeitherIsTakenAsTheLineBefore)
@@ -68,14 +67,6 @@ TEST(KrakenRow, WhatTellsNeitherIsTakenAsTheLineBefore)
     EXPECT_EQ(parse(rows, krakenLine("10")).azimuthDeg, 350);                    // no values
     EXPECT_EQ(parse(rows, krakenLine("330", outputWithPeak(30))).azimuthDeg, 330);
     EXPECT_EQ(parse(rows, krakenLine("10", ", nan" + outputWithPeak(10).substr(6))).azimuthDeg, 10);
-}
-
-TEST(KrakenRow, AnOptionDecidesInPlaceOfTheValues)
-{
-    EXPECT_EQ(azimuth(Mirror::Yes, krakenLine("134", outputWithPeak(226))), 226);
-    EXPECT_EQ(azimuth(Mirror::No, krakenLine("134", outputWithPeak(134))), 134);
-    EXPECT_EQ(azimuth(Mirror::Yes, krakenLine("0")), 0);
-    EXPECT_EQ(azimuth(Mirror::No, krakenLine("-32")), 328);
 }
 
 TEST(KrakenRow, WhatIsNotKnownStaysUnknown)

@@ -1,8 +1,6 @@
 // The frame of an NMEA sentence: type, fields, checksum, and lines that are none.
-#include <string>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "sources/nmea/nmeasentence.h"
 

@@ -3,23 +3,21 @@
 #include <string>
 #include <vector>
 
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <values/tree.h>
 #include <values/value.h>
 
 #include "sources/nmea/nmealog.h"
 #include "sources/nmea/nmeasource.h"
+#include "support/recordingbytes.h"
 
 namespace RecStation {
 namespace {
 
-using testing::Pair;
-using testing::SizeIs;
+using namespace testing;
 using Number = values::ValueNumeric<double>;
 
 constexpr unsigned long long oneSecond = 1'000'000;
@@ -39,11 +37,9 @@ class NmeaSourceTest : public testing::Test {
 protected:
     void prepare(const std::string& text)
     {
-        QFile file(m_directory.filePath(QStringLiteral("drive.log")));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(QByteArray::fromStdString(text));
-        file.close();
-        m_options.file = file.fileName().toStdString();
+        const QString log = m_directory.filePath("drive.log");
+        TestSupport::writeFile(log, text);
+        m_options.file = log.toStdString();
         m_source =
             makeNmeaSource(m_options, [this](const QString& sentence) { m_reports.push_back(sentence.toStdString()); });
         m_source->prepare();
@@ -61,7 +57,7 @@ protected:
     }
     [[nodiscard]] double number(const char* path) const
     {
-        return dynamic_cast<const Number&>(*m_tree.Find(QString::fromLatin1(path))).GetValue();
+        return dynamic_cast<const Number&>(*m_tree.Find(path)).GetValue();
     }
 
     values::Tree m_tree;
@@ -74,7 +70,7 @@ protected:
 TEST_F(NmeaSourceTest, AValueOfAnotherSourceKeepsWhatItIsUntilASentenceComes)
 {
     values::ValuePtr<Number> heading;
-    heading.Attach(QStringLiteral("/TRUEHEADING"));
+    heading.Attach("/TRUEHEADING");
     heading->SetValue(12);
     prepare(rmc("080000"));
     EXPECT_EQ(number("/TRUEHEADING"), 12);
@@ -100,14 +96,14 @@ protected:
 
     std::vector<std::pair<unsigned long long, double>> headings(const Lines& lines)
     {
-        QFile file(m_directory.filePath(QStringLiteral("live")));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        const QString path = m_directory.filePath("live");
+        std::string text;
         for (const auto& [time, line] : lines) {
-            file.write(QByteArray::fromStdString(line));
+            text += line;
         }
-        file.close();
+        TestSupport::writeFile(path, text);
         NmeaOptions options;
-        options.file = file.fileName().toStdString();
+        options.file = path.toStdString();
         std::size_t read = 0;
         NmeaLog log(
             options, [this](const QString& sentence) { m_reports.push_back(sentence.toStdString()); },

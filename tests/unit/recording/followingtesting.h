@@ -1,13 +1,8 @@
 // A recorder that writes at random, and those who follow what it writes.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <optional>
 #include <random>
-#include <string>
-#include <vector>
 
 #include <recording2/inspection/following.h>
 
@@ -74,9 +69,9 @@ private:
 
 class RecorderFollowing : public FullStationTest {
 protected:
-    void record(const QString& journal = QStringLiteral("process"))
+    void record(const QString& journal = "process")
     {
-        station.configure(QStringLiteral("Journal = \"%1\"").arg(journal));
+        station.configure(QString("Journal = \"%1\"").arg(journal));
         makeRecorder();
         rfSpectrum().SetChannelRange(values::ChannelRange::Even(88e6, 5e3, Channels));
         start();
@@ -88,8 +83,7 @@ protected:
         ++changes;
         const std::uint32_t kind = random() % 512;
         if (kind == 0) {
-            at<Text>("/Devices/Rx1/Mon/Antenna")
-                .SetValue(QString(300'000 + static_cast<int>(changes), QLatin1Char('x')));
+            at<Text>("/Devices/Rx1/Mon/Antenna").SetValue(QString(300'000 + static_cast<int>(changes), 'x'));
         } else if (kind < 16) {
             std::vector<float> cells(Channels);
             std::generate(cells.begin(), cells.end(), [&] { return -static_cast<float>(random() % 1000) / 10; });

@@ -59,7 +59,7 @@ TEST_F(RecorderAttachOfFew, ValuesOfOtherTypesLeaveTheFieldsAlone)
     for (const char* path :
          {"/Devices/Rx1/Scn/StartFreq", "/Devices/Rx1/Scn/StopFreq", "/FREQUENCY", "/Devices/Rx1/Scn/StartLevel",
           "/Devices/Rx1/Scn/StopLevel", "/Devices/Rx1/Mon/RFYLIMIT", "/Devices/Rx1/Gen/DRVCOMMANDS", "/IFSPAN"}) {
-        station.add<Text>(QString::fromLatin1(path)).SetValue("7");
+        station.add<Text>(path).SetValue("7");
     }
     attachRecorder();
     expectRange(0, 0);
@@ -71,44 +71,27 @@ TEST_F(RecorderAttachOfFew, ValuesOfOtherTypesLeaveTheFieldsAlone)
     EXPECT_TRUE(station.at("/IFSPAN").IsObservedBy(&recorder())) << "recorded all the same";
 }
 
-TEST_F(RecorderAttach, TheIfSpanSetsTheScanRangeOfTheDevice)
+TEST_F(RecorderAttach, TheIfSpanSetsTheScanRangeOfTheDeviceAndTheFrequencyOffsetMovesIt)
 {
-    frequency().SetValue(100e6);
-    mode().SelectKey(23);
     ifSpan().SelectKey(1);
+    mode().SelectKey(23);
+    attachRecorder();
+    EXPECT_EQ(Peer::ifSpan(recorder()), 0) << "without a frequency";
+    frequency().SetValue(100e6);
+    mode().SelectKey(5);
+    attachRecorder();
+    EXPECT_EQ(Peer::ifSpan(recorder()), 0) << "outside the IF modes";
+    EXPECT_EQ(Peer::startFreq(recorder()), 0);
+    EXPECT_EQ(startFreq().GetValue(), 0);
+    mode().SelectKey(23);
     attachRecorder();
     EXPECT_EQ(Peer::ifSpan(recorder()), 2e6F);
     expectRange(99e6F, 101e6F);
     EXPECT_EQ(startFreq().GetValue(), 99e6);
     EXPECT_EQ(stopFreq().GetValue(), 101e6);
-}
-
-TEST_F(RecorderAttach, TheFrequencyOffsetMovesTheScanRange)
-{
-    frequency().SetValue(100e6);
     frequency().SetOffset(5e6);
-    mode().SelectKey(23);
-    ifSpan().SelectKey(1);
     attachRecorder();
     expectRange(104e6F, 106e6F);
-}
-
-TEST_F(RecorderAttach, TheIfSpanIsPassedOverOutsideTheIfModes)
-{
-    frequency().SetValue(100e6);
-    ifSpan().SelectKey(1);
-    attachRecorder();
-    EXPECT_EQ(Peer::ifSpan(recorder()), 0);
-    EXPECT_EQ(Peer::startFreq(recorder()), 0);
-    EXPECT_EQ(startFreq().GetValue(), 0);
-}
-
-TEST_F(RecorderAttach, TheIfSpanIsPassedOverWithoutFrequency)
-{
-    mode().SelectKey(23);
-    ifSpan().SelectKey(1);
-    attachRecorder();
-    EXPECT_EQ(Peer::ifSpan(recorder()), 0);
 }
 
 class IfSpan : public RecorderAttach {

@@ -5,9 +5,7 @@
 namespace RecorderTests {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
+using namespace testing;
 
 class RecorderCapture : public FullStationTest {};
 
@@ -18,7 +16,7 @@ TEST_F(RecorderCapture, EveryKeywordsChangeIsARecordOfItsType)
     startRecorder();
     std::vector<std::pair<std::int32_t, std::string>> expected;
     for (const auto& row : Recording2::RecordTypeTable) {
-        const QString path = Peer::resolve(recorder(), QString::fromLatin1(row.keyword), QString());
+        const QString path = Peer::resolve(recorder(), row.keyword, QString());
         values::ValueBase* value = station.tree.Find(path);
         if (auto* number = dynamic_cast<Number*>(value)) {
             number->SetValue(number->GetValue() + 1);
@@ -130,7 +128,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_P(RecorderFlags, TellWhichChangesAreChannelRangeDefinitions)
 {
-    station.configure(QString(), QStringLiteral("%1 = \"/Value\"").arg(QString::fromLatin1(GetParam().keyword)));
+    station.configure(QString(), QString("%1 = \"/Value\"").arg(QString::fromLatin1(GetParam().keyword)));
     // The IF spectrum is taken into a recording only in the modes that have one.
     auto made = std::make_unique<ScriptedValue>();
     ScriptedValue& value = *made;
@@ -183,11 +181,11 @@ TEST_F(RecorderCapture, ARemovalForgetsTheValueInEveryEntry)
 {
     startRecorder();
     for (const char* keyword : {"DEVICE_CAPTION", "DFSPECTRUMSAMPLE"}) {
-        EXPECT_NE(Peer::keywords(recorder()).at(QString::fromLatin1(keyword)).observed, nullptr);
+        EXPECT_NE(Peer::keywords(recorder()).at(keyword).observed, nullptr);
     }
     station.tree.Remove("/DEVICE_CAPTION");
     for (const char* keyword : {"DEVICE_CAPTION", "DFSPECTRUMSAMPLE"}) {
-        EXPECT_EQ(Peer::keywords(recorder()).at(QString::fromLatin1(keyword)).observed, nullptr) << keyword;
+        EXPECT_EQ(Peer::keywords(recorder()).at(keyword).observed, nullptr) << keyword;
     }
     EXPECT_THAT(changesIn(stopAndRead()), IsEmpty());
 }

@@ -9,8 +9,7 @@
 namespace RecorderTests {
 namespace {
 
-using testing::HasSubstr;
-using testing::IsEmpty;
+using namespace testing;
 
 const char* const RecorderSource = "devicecontrol\\recording2\\recording";
 
@@ -90,33 +89,30 @@ TEST_F(RecorderConfiguration, AnEmptyStatusValuePathMovesTheValuePathAndStaysEmp
     EXPECT_EQ(Peer::statusValuePath(recorder()), QString());
     for (const char* name : {"/REC_FILENAME", "/REC_FILEPATH", "/REC_FILEGUID", "/REC_FILENAMEFORMAT83", "/REC_HEADER",
                              "/REC_UNCFILEPATH", "/REC_ZELVOFILEPATH", "/REC_DF"}) {
-        EXPECT_NE(station.tree.Find(QString::fromLatin1(name)), nullptr) << name;
+        EXPECT_NE(station.tree.Find(name), nullptr) << name;
     }
     EXPECT_NE(station.tree.Find("/Devices/RecStatus/REC_LOADED"), nullptr);
     EXPECT_NE(station.tree.Find("/Devices/RecStatus/REC_STATUS"), nullptr);
 }
 
-TEST_F(RecorderConfiguration, AMissingRecordingDirectoryIsTracedAndReplaced)
+TEST_F(RecorderConfiguration, AMissingRecordingDirectoryIsReplacedAndTracedWhereThatIsAskedFor)
 {
     const QString missing = station.file("missing");
-    load(QStringLiteral("[Rx]\nRecordingPath = \"%1\"\n").arg(missing));
+    load(QString("[Rx]\nRecordingPath = \"%1\"\n").arg(missing));
+    {
+        const TraceLog none(~ErrorHandler::RecordingTraces);
+        makeRecorder();
+        EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
+        EXPECT_THAT(none.lines(), IsEmpty());
+    }
     const TraceLog log;
     makeRecorder();
     EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
-    const auto* line = log.find(QStringLiteral("CRecording::Init() - Cannot find the <%1> directory, set it to <%2>")
+    const auto* line = log.find(QString("CRecording::Init() - Cannot find the <%1> directory, set it to <%2>")
                                     .arg(missing, defaultDirectory()));
     ASSERT_NE(line, nullptr);
-    EXPECT_EQ(line->source, QString::fromLatin1(RecorderSource));
+    EXPECT_EQ(line->source, RecorderSource);
     EXPECT_EQ(line->line, 212);
-}
-
-TEST_F(RecorderConfiguration, AMissingRecordingDirectoryIsReplacedAlsoWithoutTraces)
-{
-    load("[Rx]\nRecordingPath = \"/no/such/directory\"\n");
-    const TraceLog log(~ErrorHandler::RecordingTraces);
-    makeRecorder();
-    EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
-    EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(RecorderConfiguration, AMissingDefaultDirectoryIsKept)
@@ -143,7 +139,7 @@ class DiskExpandingSize : public RecorderConfiguration,
 TEST_P(DiskExpandingSize, IsTheLeadingNumberOfItsText)
 {
     const auto& [text, expected] = GetParam();
-    station.configure(QStringLiteral("DiskExpandingSize = \"%1\"").arg(QString::fromLatin1(text)));
+    station.configure(QString("DiskExpandingSize = \"%1\"").arg(QString::fromLatin1(text)));
     makeRecorder();
     EXPECT_EQ(Peer::diskExpandingSize(recorder()), expected);
 }
@@ -153,40 +149,23 @@ INSTANTIATE_TEST_SUITE_P(Texts, DiskExpandingSize,
                                          std::pair{"abc123", 0}, std::pair{" 42", 42}, std::pair{"-7x", -7},
                                          std::pair{"5000000000", 5'000'000'000}));
 
-TEST_F(RecorderConfiguration, KeysOfTheValuesSectionAreStoredInUpperCase)
+TEST_F(RecorderConfiguration, TheValuesSectionSuppressesTheBuiltInRowsUnlessItsValuesAreEmpty)
 {
-    station.configure(QString(), "level = \"/LEVEL\"\nazimuth = \"Df/Azimuth\"");
     makeRecorder();
-    EXPECT_EQ(keywords(), QStringList({"AZIMUTH", "LEVEL"}));
+    const QStringList builtIn = keywords();
+    for (const auto& [values, expected] : std::vector<std::pair<const char*, QStringList>>{
+             {"LEVEL = \"/LEVEL\"", {"LEVEL"}},
+             {"LEVEL = \"\"\nAZIMUTH = \"/AZIMUTH\"", {"AZIMUTH"}},
+             {"LEVEL = \"\"", builtIn},
+             {"level = \"/LEVEL\"\nazimuth = \"Df/Azimuth\"", {"AZIMUTH", "LEVEL"}}}) {
+        station.configure(QString(), values);
+        makeRecorder();
+        EXPECT_EQ(keywords(), expected) << values;
+    }
     EXPECT_EQ(Peer::resolve(recorder(), "AZIMUTH", QString()), "/Devices/Rx1/Df/Azimuth");
-}
-
-TEST_F(RecorderConfiguration, KeysWithoutValueInTheValuesSectionAreSkipped)
-{
-    station.configure(QString(), "LEVEL = \"\"\nAZIMUTH = \"/AZIMUTH\"");
-    makeRecorder();
-    EXPECT_EQ(keywords(), QStringList("AZIMUTH"));
-}
-
-TEST_F(RecorderConfiguration, OneEntryOfTheValuesSectionSuppressesTheBuiltInRows)
-{
-    station.configure(QString(), "LEVEL = \"/LEVEL\"");
-    makeRecorder();
-    EXPECT_EQ(keywords(), QStringList("LEVEL"));
-}
-
-TEST_F(RecorderConfiguration, AValuesSectionOfEmptyValuesLeavesTheBuiltInRows)
-{
-    station.configure(QString(), "LEVEL = \"\"");
-    makeRecorder();
-    EXPECT_EQ(keywords().size(), 48);
-}
-
-TEST_F(RecorderConfiguration, TheLaterOfTwoSpellingsOfAKeywordWins)
-{
     station.configure(QString(), "level = \"/First\"\nLEVEL = \"/Second\"");
     makeRecorder();
-    EXPECT_EQ(Peer::resolve(recorder(), "LEVEL", QString()), "/Second");
+    EXPECT_EQ(Peer::resolve(recorder(), "LEVEL", QString()), "/Second") << "the later of two spellings";
 }
 
 TEST_F(RecorderConfiguration, AConfigurationThatIsReadAgainWithoutValuesLeavesThemAsTheyAreObserved)
@@ -249,39 +228,20 @@ TEST_F(RecorderConfiguration, TheValuesSectionNeverChangesTypeIds)
     EXPECT_EQ(Peer::typeIds(recorder()).count("NEWKEYWORD"), 0U);
 }
 
-TEST_F(RecorderConfiguration, AKeyOfTheWrongTypePassesOutWithFileLineAndKey)
+TEST_F(RecorderConfiguration, AWrongTypePassesOutWithFileLineAndKey)
 {
-    load("[Rx]\nValuePath = \"/Devices/Rx1\"\nMaxFileLength = \"long\"\n");
-    try {
-        makeRecorder();
-        FAIL() << "no exception";
-    } catch (const VKException& exception) {
-        EXPECT_THAT(exception.what(), HasSubstr("station.toml:3"));
-        EXPECT_THAT(exception.what(), HasSubstr("MaxFileLength"));
-    }
-}
-
-TEST_F(RecorderConfiguration, AValuesKeyThatIsNoSectionPassesOutWithFileLineAndKey)
-{
-    load("[Rx]\nValues = 1\n");
-    try {
-        makeRecorder();
-        FAIL() << "no exception";
-    } catch (const VKException& exception) {
-        EXPECT_THAT(exception.what(), HasSubstr("station.toml:2"));
-        EXPECT_THAT(exception.what(), HasSubstr("Values"));
-    }
-}
-
-TEST_F(RecorderConfiguration, AWrongTypeInTheValuesSectionPassesOutWithFileLineAndKey)
-{
-    station.configure(QString(), "LEVEL = 5");
-    try {
-        makeRecorder();
-        FAIL() << "no exception";
-    } catch (const VKException& exception) {
-        EXPECT_THAT(exception.what(), HasSubstr("station.toml:7"));
-        EXPECT_THAT(exception.what(), HasSubstr("LEVEL"));
+    for (const auto& [toml, place, key] :
+         {std::tuple{"[Rx]\nValuePath = \"/Devices/Rx1\"\nMaxFileLength = \"long\"\n", "station.toml:3",
+                     "MaxFileLength"},
+          std::tuple{"[Rx]\nValues = 1\n", "station.toml:2", "Values"},
+          std::tuple{"[Rx]\nValuePath = \"/Devices/Rx1\"\n\n[Rx.Values]\nLEVEL = 5\n", "station.toml:5", "LEVEL"}}) {
+        load(toml);
+        try {
+            makeRecorder();
+            ADD_FAILURE() << "no exception: " << toml;
+        } catch (const VKException& exception) {
+            EXPECT_THAT(exception.what(), AllOf(HasSubstr(place), HasSubstr(key)));
+        }
     }
 }
 

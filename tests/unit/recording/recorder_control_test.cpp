@@ -1,5 +1,4 @@
 // Switching recordings on and off, and splitting them.
-#include <stdexcept>
 
 #include <QDir>
 #include <QFile>
@@ -10,9 +9,7 @@
 namespace RecorderTests {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
+using namespace testing;
 
 class RecorderControl : public FullStationTest {
 protected:
@@ -31,7 +28,7 @@ public:
     std::vector<void*> subjects;
 };
 
-TEST_F(RecorderControl, OnOpensAFileAndOffFinishesIt)
+TEST_F(RecorderControl, OnOpensAFileThatCarriesTmpUntilOffFinishesIt)
 {
     makeRecorder();
     station.switchOn();
@@ -39,6 +36,11 @@ TEST_F(RecorderControl, OnOpensAFileAndOffFinishesIt)
     EXPECT_TRUE(station.fileName().endsWith(".tmp"));
     EXPECT_TRUE(QFile::exists(station.fileName()));
     EXPECT_EQ(Peer::currentFileName(recorder()), station.fileName());
+    level().SetValue(1);
+    const QStringList files = station.files();  // by name: the recording and its journal
+    ASSERT_THAT(files, SizeIs(2));
+    EXPECT_TRUE(files[0].endsWith(".tmp"));
+    EXPECT_EQ(files[1], files[0] + ".journal");
     station.switchOff();
     EXPECT_FALSE(Peer::isRecording(recorder()));
     EXPECT_TRUE(station.fileName().endsWith(".rec"));
@@ -46,36 +48,20 @@ TEST_F(RecorderControl, OnOpensAFileAndOffFinishesIt)
     EXPECT_EQ(station.files(), QStringList(QFileInfo(station.fileName()).fileName()));
 }
 
-TEST_F(RecorderControl, AFileCarriesTmpUntilItIsClosed)
-{
-    startRecorder();
-    level().SetValue(1);
-    const QStringList files = station.files();  // by name: the recording and its journal
-    ASSERT_THAT(files, SizeIs(2));
-    EXPECT_TRUE(files[0].endsWith(".tmp"));
-    EXPECT_EQ(files[1], files[0] + ".journal");
-}
-
 TEST_F(RecorderControl, SwitchingOnTwiceClosesTheFirstFileAndOpensASecond)
 {
-    startRecorder();
-    const QString first = station.fileName();
-    station.switchOn();  // notified with the code for the item that is selected already
-    EXPECT_NE(station.fileName(), first);
-    EXPECT_TRUE(Peer::isRecording(recorder()));
-    readBack(QString(first).replace(".tmp", ".rec"));
-    station.switchOff();
-    EXPECT_THAT(station.files(), SizeIs(2));
-}
-
-TEST_F(RecorderControl, TwoNotificationsOfOnCloseTheFirstFileAndOpenASecond)
-{
-    startRecorder();
-    const QString first = station.fileName();
-    recorder().Update(&status(), TChangeCode::ValueChanged);
-    EXPECT_NE(station.fileName(), first);
-    station.switchOff();
-    EXPECT_THAT(station.files(), SizeIs(2));
+    const auto select = [this] { station.switchOn(); };  // notified with the code for the item that is selected already
+    const auto notify = [this] { recorder().Update(&status(), TChangeCode::ValueChanged); };
+    for (const std::function<void()>& again : {std::function<void()>(select), std::function<void()>(notify)}) {
+        startRecorder();
+        const QString first = station.fileName();
+        again();
+        EXPECT_NE(station.fileName(), first);
+        EXPECT_TRUE(Peer::isRecording(recorder()));
+        readBack(QString(first).replace(".tmp", ".rec"));
+        station.switchOff();
+    }
+    EXPECT_THAT(station.files(), SizeIs(4));
 }
 
 TEST_F(RecorderControl, SelectingOffAgainDoesNothing)
@@ -330,7 +316,7 @@ TEST_F(RecorderControl, StoppingDetachesFromEveryValue)
     startRecorder();
     station.switchOff();
     for (const auto& row : Recording2::RecordTypeTable) {
-        const QString path = Peer::resolve(recorder(), QString::fromLatin1(row.keyword), QString());
+        const QString path = Peer::resolve(recorder(), row.keyword, QString());
         if (values::ValueBase* value = station.tree.Find(path)) {
             EXPECT_FALSE(value->IsObservedBy(&recorder())) << row.keyword;
             EXPECT_FALSE(value->IsCommandRecording()) << row.keyword;

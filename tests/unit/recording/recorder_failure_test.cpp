@@ -9,8 +9,7 @@
 namespace RecorderTests {
 namespace {
 
-using testing::ElementsAre;
-using testing::SizeIs;
+using namespace testing;
 
 class RecorderFailure : public RecorderTest {
 protected:
@@ -54,23 +53,13 @@ private:
     ScriptedValue* m_scripted;
 };
 
-TEST_F(RecorderFailure, AStateThatCannotBeReadIsAFailureAtLine590)
+TEST_F(RecorderFailure, AStateThatCannotBeReadIsAFailureAtLine590AndCompressionIsBack)
 {
-    scripted().onState = fail;
-    EXPECT_EQ(lineOfFailure([this] { station.switchOn(); }), 590);
-}
-
-TEST_F(RecorderFailure, AStationExceptionFromAStateIsTheRecordersToo)
-{
-    scripted().onState = failAsStation;
-    EXPECT_EQ(lineOfFailure([this] { station.switchOn(); }), 590);
-}
-
-TEST_F(RecorderFailure, CompressionIsBackAfterAStateThatCannotBeRead)
-{
-    scripted().onState = fail;
-    lineOfFailure([this] { station.switchOn(); });
-    EXPECT_TRUE(values::HandlerBase::GetDataCompressMode());
+    for (const auto& failure : {fail, failAsStation}) {
+        scripted().onState = failure;
+        EXPECT_EQ(lineOfFailure([this] { station.switchOn(); }), 590);
+        EXPECT_TRUE(values::HandlerBase::GetDataCompressMode());
+    }
 }
 
 TEST_F(RecorderFailure, AFileWhoseStartFailedIsClosedByOff)
@@ -90,37 +79,27 @@ TEST_F(RecorderFailure, AFileWhoseStartFailedIsClosedByOff)
 
 TEST_F(RecorderFailure, AnObserverThatFailsAtAStartIsAFailureAtLine1006)
 {
-    const Listener failing(*station.tree.Find("/Status/Rx1/REC_FILENAME"),
-                           [](values::ValueBase&, TChangeCode) { fail(); });
-    EXPECT_EQ(lineOfFailure([this] { station.switchOn(); }), 1006);
+    for (const auto& failure : {fail, failAsStation}) {
+        {
+            const Listener failing(*station.tree.Find("/Status/Rx1/REC_FILENAME"),
+                                   [failure](values::ValueBase&, TChangeCode) { failure(); });
+            EXPECT_EQ(lineOfFailure([this] { station.switchOn(); }), 1006);
+        }
+        station.switchOff();
+    }
 }
 
-TEST_F(RecorderFailure, AnObserverOfTheStationsThatFailsAtAStartIsAFailureAtLine1006)
-{
-    const Listener failing(*station.tree.Find("/Status/Rx1/REC_FILENAME"),
-                           [](values::ValueBase&, TChangeCode) { failAsStation(); });
-    EXPECT_EQ(lineOfFailure([this] { station.switchOn(); }), 1006);
-}
-
-TEST_F(RecorderFailure, AnObserverThatFailsAtAStopIsAFailureAtLine1103)
-{
-    station.switchOn();
-    const Listener failing(*station.tree.Find("/Status/Rx1/REC_FILENAME"),
-                           [](values::ValueBase&, TChangeCode) { fail(); });
-    EXPECT_EQ(lineOfFailure([this] { station.switchOff(); }), 1103);
-    EXPECT_FALSE(Peer::isRecording(recorder()));
-    ASSERT_THAT(station.files(), SizeIs(1));
-    readBack(station.file(station.files().first()));
-}
-
-TEST_F(RecorderFailure, AStartAfterAFailedStopWorks)
+TEST_F(RecorderFailure, AnObserverThatFailsAtAStopIsAFailureAtLine1103AndTheNextStartWorks)
 {
     station.switchOn();
     {
         const Listener failing(*station.tree.Find("/Status/Rx1/REC_FILENAME"),
                                [](values::ValueBase&, TChangeCode) { fail(); });
-        lineOfFailure([this] { station.switchOff(); });
+        EXPECT_EQ(lineOfFailure([this] { station.switchOff(); }), 1103);
     }
+    EXPECT_FALSE(Peer::isRecording(recorder()));
+    ASSERT_THAT(station.files(), SizeIs(1));
+    readBack(station.file(station.files().first()));
     start();
     scripted().change("x", TChangeCode::ValueChanged);
     EXPECT_THAT(dataOf(changesIn(stopAndRead())), ElementsAre("x"));
@@ -129,18 +108,13 @@ TEST_F(RecorderFailure, AStartAfterAFailedStopWorks)
 TEST_F(RecorderFailure, AChangeThatCannotBeReadIsTheRecordersFailure)
 {
     start();
-    scripted().onChange = fail;
-    EXPECT_GT(lineOfFailure([this] { scripted().change("lost", TChangeCode::ValueChanged); }), 0);
+    for (const auto& failure : {fail, failAsStation}) {
+        scripted().onChange = failure;
+        EXPECT_GT(lineOfFailure([this] { scripted().change("lost", TChangeCode::ValueChanged); }), 0);
+    }
     scripted().onChange = nullptr;
     scripted().change("kept", TChangeCode::ValueChanged);
     EXPECT_THAT(dataOf(changesIn(stopAndRead())), ElementsAre("kept"));
-}
-
-TEST_F(RecorderFailure, AStationExceptionFromAChangeIsTheRecordersToo)
-{
-    start();
-    scripted().onChange = failAsStation;
-    EXPECT_GT(lineOfFailure([this] { scripted().change("lost", TChangeCode::ValueChanged); }), 0);
 }
 
 TEST_F(RecorderFailure, AValueThatFailsWhileDetachingDoesNotKeepTheFileOpen)

@@ -5,8 +5,6 @@
 
 #include <recording2/fileaccess_p.h>
 
-#include "support/recordingbytes.h"
-
 void Recording2::FileAccessTestPeer::failWriting(CFileAccess& file)
 {
     file.d->shared->growing->file().fail(System::InvalidPosition);
@@ -100,12 +98,12 @@ QStringList RecorderTest::keywords() const
 
 bool RecorderTest::hasKeyword(const char* keyword) const
 {
-    return Peer::keywords(recorder()).contains(QString::fromLatin1(keyword));
+    return Peer::keywords(recorder()).contains(keyword);
 }
 
 bool RecorderTest::hasInactiveKeyword(const char* keyword) const
 {
-    return Peer::inactiveKeywords(recorder()).contains(QString::fromLatin1(keyword));
+    return Peer::inactiveKeywords(recorder()).contains(keyword);
 }
 
 void FullStationTest::prepareSpectra() const
@@ -127,14 +125,6 @@ ParsedRecording readBack(const QString& file)
     }
     expectSameRecords(access, expected);
     return expected;
-}
-
-std::vector<std::string> dataOf(const std::vector<ParsedRecording::Record>& records)
-{
-    std::vector<std::string> texts;
-    std::transform(records.begin(), records.end(), std::back_inserter(texts),
-                   [](const ParsedRecording::Record& record) { return record.data; });
-    return texts;
 }
 
 std::vector<std::uint64_t> timesOf(const std::vector<ParsedRecording::Record>& records)

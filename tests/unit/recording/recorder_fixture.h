@@ -2,11 +2,8 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <map>
 #include <memory>
-#include <string>
 
 #include <recording2/recording.h>
 
@@ -161,8 +158,6 @@ protected:
 /// Reads a file with CFileAccess and with the reader of the tests; a difference fails the test.
 ParsedRecording readBack(const QString& file);
 
-/// The texts of a list of records.
-std::vector<std::string> dataOf(const std::vector<ParsedRecording::Record>& records);
 std::vector<std::uint64_t> timesOf(const std::vector<ParsedRecording::Record>& records);
 
 }  // namespace RecorderTests

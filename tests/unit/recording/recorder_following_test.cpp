@@ -1,17 +1,11 @@
 // A recording is read while it is written: what is shown is what was accepted, no more and, in the end, no less.
-#include <gtest/gtest.h>
 
-#include <array>
 #include <atomic>
-#include <string>
 #include <thread>
-#include <utility>
-#include <vector>
 
 #include <QFile>
 
 #include "followingtesting.h"
-#include "support/recordingbytes.h"
 
 namespace RecorderTests {
 namespace {
@@ -169,7 +163,7 @@ TEST_F(RecorderFollowing, EachFileOfASplitRecordingEndsAndTheNextOneBegins)
 
 TEST_F(RecorderFollowing, WithoutAJournalRecordsAreShownAsFarAsTheyReachedTheSystemAndTimesAreUnknown)
 {
-    record(QStringLiteral("off"));
+    record("off");
     Reader reader(open());
     EXPECT_TRUE(reader.look());
     while (reader.seen.size() < 2'000) {
@@ -189,7 +183,7 @@ TEST_F(RecorderFollowing, WithoutAJournalRecordsAreShownAsFarAsTheyReachedTheSys
 
 TEST_F(RecorderFollowing, WithoutAJournalAShortRecordingIsReadWithItsTimesOnceItIsClosed)
 {
-    record(QStringLiteral("off"));
+    record("off");
     Reader reader(open());
     change(20);
     EXPECT_TRUE(reader.look());
@@ -204,7 +198,7 @@ TEST_F(RecorderFollowing, WhatNobodyWritesAnyMoreIsShownToItsEndAndCalledAbandon
 {
     record();
     change(6'000);
-    const QString copy = station.file(QStringLiteral("left.tmp"));
+    const QString copy = station.file("left.tmp");
     TestSupport::writeFile(copy, TestSupport::readFile(open()));
     TestSupport::writeFile(copy + ".journal", TestSupport::readFile(open() + ".journal"));
     Reader reader(copy);
@@ -234,7 +228,7 @@ TEST_F(RecorderFollowing, ARecorderClosesAndNamesAFileThatIsBeingRead)
     reader.look();
     const QString journal = open() + ".journal";
     station.switchOff();
-    EXPECT_TRUE(station.fileName().endsWith(QLatin1String(".rec")));
+    EXPECT_TRUE(station.fileName().endsWith(".rec"));
     EXPECT_TRUE(QFile::exists(station.fileName()));
     EXPECT_FALSE(reader.look());
     EXPECT_EQ(reader->state(), State::Closed);
@@ -246,12 +240,12 @@ TEST_F(RecorderFollowing, ARecorderClosesAndNamesAFileThatIsBeingRead)
 
 TEST_F(RecorderFollowing, WhatIsNoRecordingIsRefusedWithASentence)
 {
-    const QString path = station.file(QStringLiteral("notes.txt"));
+    const QString path = station.file("notes.txt");
     TestSupport::writeFile(path, "Something else.");
     std::string problem;
     EXPECT_FALSE(Following::open(utf8(path), problem));
     EXPECT_EQ(problem, "This is not a recording.");
-    EXPECT_FALSE(Following::open(utf8(station.file(QStringLiteral("none.tmp"))), problem));
+    EXPECT_FALSE(Following::open(utf8(station.file("none.tmp")), problem));
     EXPECT_EQ(problem, "There is no such file.");
 }
 

@@ -1,7 +1,5 @@
 // What does not give its check is not shown while a recording is written: half an entry, another's, a damaged record.
-#include <gtest/gtest.h>
 
-#include <string>
 #include <string_view>
 
 #include <QFile>

@@ -23,36 +23,23 @@ TEST_F(RecorderHeader, FrequenciesThatBecomeKnownWhileRecordingAreTheHeaders)
     EXPECT_EQ(stopAndRead().header.startFrequency, 0) << "it was not told again";
 }
 
-TEST_F(RecorderHeader, TheHeadersStartFrequencyIsTheLowest)
+TEST_F(RecorderHeader, TheHeadersRangeIsTheWidestAndTheNextRecordingBeginsWithThatOfTheTree)
 {
     startFreq().SetValue(100e6);
-    startRecorder();
-    startFreq().SetValue(80e6);
-    startFreq().SetValue(120e6);
-    EXPECT_EQ(stopAndRead().header.startFrequency, 80e6F);
-}
-
-TEST_F(RecorderHeader, TheHeadersStopFrequencyIsTheHighest)
-{
     stopFreq().SetValue(100e6);
     startRecorder();
-    stopFreq().SetValue(120e6);
-    stopFreq().SetValue(80e6);
-    EXPECT_EQ(stopAndRead().header.stopFrequency, 120e6F);
-}
-
-TEST_F(RecorderHeader, TheNextRecordingBeginsWithTheRangeOfTheTree)
-{
-    startFreq().SetValue(100e6);
-    startRecorder();
-    startFreq().SetValue(80e6);
-    startFreq().SetValue(120e6);
-    station.switchOff();
+    for (const double lower : {80e6, 120e6}) {
+        startFreq().SetValue(lower);
+        stopFreq().SetValue(200e6 - lower);
+    }
+    const auto header = stopAndRead().header;
+    EXPECT_EQ(header.startFrequency, 80e6F);
+    EXPECT_EQ(header.stopFrequency, 120e6F);
     start();
     EXPECT_EQ(stopAndRead().header.startFrequency, 120e6F);
 }
 
-TEST_F(RecorderHeader, FrequencyAndIfSpanGiveTheRangeInIfModes)
+TEST_F(RecorderHeader, FrequencyOffsetAndIfSpanGiveTheRangeInIfModes)
 {
     mode().SelectKey(23);
     frequency().SetValue(100e6);
@@ -61,22 +48,13 @@ TEST_F(RecorderHeader, FrequencyAndIfSpanGiveTheRangeInIfModes)
     EXPECT_EQ(Peer::startFreq(recorder()), 99e6F);
     EXPECT_EQ(Peer::stopFreq(recorder()), 101e6F);
     EXPECT_EQ(startFreq().GetValue(), 0) << "only a start sets the device's scan range";
+    frequency().SetOffset(-20e6);
+    EXPECT_EQ(Peer::startFreq(recorder()), 79e6F);
+    EXPECT_EQ(Peer::stopFreq(recorder()), 81e6F);
     frequency().SetValue(200e6);
     const ParsedRecording recording = stopAndRead();
-    EXPECT_EQ(recording.header.startFrequency, 199e6F) << "overwritten, not widened";
-    EXPECT_EQ(recording.header.stopFrequency, 201e6F);
-}
-
-TEST_F(RecorderHeader, TheOffsetMovesTheRange)
-{
-    mode().SelectKey(23);
-    frequency().SetValue(100e6);
-    startRecorder();
-    ifSpan().SelectKey(1);
-    frequency().SetOffset(-20e6);
-    const ParsedRecording recording = stopAndRead();
-    EXPECT_EQ(recording.header.startFrequency, 79e6F);
-    EXPECT_EQ(recording.header.stopFrequency, 81e6F);
+    EXPECT_EQ(recording.header.startFrequency, 179e6F) << "overwritten, not widened";
+    EXPECT_EQ(recording.header.stopFrequency, 181e6F);
 }
 
 TEST_F(RecorderHeader, OutsideTheIfModesSpanAndFrequencyLeaveTheRange)
@@ -128,11 +106,12 @@ TEST_F(RecorderHeader, ALevelThatNoHeaderCanHoldIsTheNearestItCan)
 TEST_F(RecorderHeader, TheHeaderIsThatOfTheRecorderAtStop)
 {
     station.add<Text>("/KDXServer/Dcd/DcdAttr/DcdID").SetValue("Job 7");
-    station.value<Number>("/Devices/Rx1/Scn/StartFreq").SetValue(88e6);
-    station.value<Number>("/Devices/Rx1/Scn/StopFreq").SetValue(108e6);
-    station.value<Number>("/Devices/Rx1/Scn/StartLevel").SetValue(-20);
-    station.value<Number>("/Devices/Rx1/Scn/StopLevel").SetValue(90);
+    startFreq().SetValue(88e6);
+    stopFreq().SetValue(108e6);
+    at<Number>("/Devices/Rx1/Scn/StartLevel").SetValue(-20);
+    at<Number>("/Devices/Rx1/Scn/StopLevel").SetValue(90);
     startRecorder();
+    at<Text>("/Devices/Rx1/Adm/DRIVERNAME").SetValue("Exchanged");
     station.clock.advanceMs(500);
     level().SetValue(1);
     station.clock.advanceMs(10'000);
@@ -147,7 +126,7 @@ TEST_F(RecorderHeader, TheHeaderIsThatOfTheRecorderAtStop)
     EXPECT_EQ(recording.header.startMs, Noon / Millisecond);
     EXPECT_EQ(recording.header.stopMs, Noon / Millisecond + 1'500) << "the time of the last record";
     EXPECT_EQ(recording.header.jobId, "Job 7");
-    EXPECT_EQ(recording.header.deviceName, "RX 1");
+    EXPECT_EQ(recording.header.deviceName, "Exchanged");
     EXPECT_EQ(recording.header.deviceType, "Monitoring receiver");
     EXPECT_FALSE(recording.header.automatic);
 }
@@ -175,9 +154,9 @@ TEST_F(RecorderHeader, AJobThatIsNoTextIsNotAvailable)
 
 TEST_F(RecorderHeader, HeaderTextsAreLatin1)
 {
-    station.add<Text>("/KDXServer/Dcd/DcdAttr/DcdID").SetValue(QStringLiteral("Prüfung"));
-    station.value<Text>("/Devices/Rx1/Adm/DRIVERNAME").SetValue(QStringLiteral("Empfänger"));
-    station.value<Text>("/Devices/Rx1/Adm/DEVICE_TYPE").SetValue(QStringLiteral("Größe €"));
+    station.add<Text>("/KDXServer/Dcd/DcdAttr/DcdID").SetValue("Prüfung");
+    station.value<Text>("/Devices/Rx1/Adm/DRIVERNAME").SetValue("Empfänger");
+    station.value<Text>("/Devices/Rx1/Adm/DEVICE_TYPE").SetValue("Größe €");
     startRecorder();
     const ParsedRecording recording = stopAndRead();
     EXPECT_EQ(recording.header.jobId,
@@ -197,11 +176,13 @@ std::size_t headerLength(const ParsedRecording& recording)
 
 TEST_F(RecorderHeader, HeaderTextsThatAreTooLongAreCutToTheHeaderArea)
 {
-    station.add<Text>("/KDXServer/Dcd/DcdAttr/DcdID").SetValue(QString(1'000, QLatin1Char('j')));
-    station.value<Text>("/Devices/Rx1/Adm/DEVICE_TYPE").SetValue(QString(1'000, QLatin1Char('t')));
+    auto& job = station.add<Text>("/KDXServer/Dcd/DcdAttr/DcdID");
+    auto& type = station.value<Text>("/Devices/Rx1/Adm/DEVICE_TYPE");
+    job.SetValue(QString(1'000, 'j'));
+    type.SetValue(QString(1'000, 't'));
     startRecorder();
     level().SetValue(1);
-    const ParsedRecording recording = stopAndRead();
+    ParsedRecording recording = stopAndRead();
     EXPECT_LE(headerLength(recording), 500U);
     EXPECT_EQ(recording.header.typeTable, 500);
     EXPECT_EQ(recording.header.deviceName, "RX 1") << "texts that fit are not cut";
@@ -209,15 +190,11 @@ TEST_F(RecorderHeader, HeaderTextsThatAreTooLongAreCutToTheHeaderArea)
     EXPECT_EQ(recording.header.jobId, std::string(recording.header.jobId.size(), 'j'));
     EXPECT_EQ(recording.header.deviceType, std::string(recording.header.deviceType.size(), 't'));
     EXPECT_EQ(recordsOf(recording, 36).back().data, "3;1,0,0");
-}
-
-TEST_F(RecorderHeader, ALongDeviceNameIsCutInTheHeader)
-{
-    station.value<Text>("/Devices/Rx1/Adm/DRIVERNAME").SetValue(QString(100, QLatin1Char('n')));
-    station.value<Text>("/Devices/Rx1/Adm/DEVICE_TYPE").SetValue(QString(2'000, QLatin1Char('t')));
-    station.add<Text>("/KDXServer/Dcd/DcdAttr/DcdID").SetValue(QString(2'000, QLatin1Char('j')));
-    startRecorder();
-    const ParsedRecording recording = stopAndRead();
+    station.value<Text>("/Devices/Rx1/Adm/DRIVERNAME").SetValue(QString(100, 'n'));
+    job.SetValue(QString(2'000, 'j'));
+    type.SetValue(QString(2'000, 't'));
+    start();
+    recording = stopAndRead();
     EXPECT_LE(headerLength(recording), 500U);
     EXPECT_GE(recording.header.deviceName.size(), 90U);
 }
@@ -229,13 +206,6 @@ TEST_F(RecorderHeader, AHeaderTextEndsAtANul)
     station.value<Text>("/Devices/Rx1/Adm/DEVICE_TYPE").SetValue(name);
     startRecorder();
     EXPECT_EQ(stopAndRead().header.deviceType, "RX");
-}
-
-TEST_F(RecorderHeader, TheDeviceIsThatOfTheStop)
-{
-    startRecorder();
-    station.value<Text>("/Devices/Rx1/Adm/DRIVERNAME").SetValue("Exchanged");
-    EXPECT_EQ(stopAndRead().header.deviceName, "Exchanged");
 }
 
 }  // namespace

@@ -4,9 +4,7 @@
 namespace RecorderTests {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
+using namespace testing;
 
 class RecorderModeSwitch : public FullStationTest {};
 

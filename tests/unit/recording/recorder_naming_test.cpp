@@ -1,7 +1,4 @@
 // The names that a recorder gives to its files.
-#include <cstdlib>
-#include <string>
-#include <tuple>
 
 #include <QDir>
 #include <QFile>
@@ -93,10 +90,10 @@ TEST_F(RecorderNaming, TheDeviceNameMayComeFromAConfiguredPath)
 
 TEST_F(RecorderNaming, NamesAreInTheEncodingOfThePlatform)
 {
-    setCaption(QStringLiteral("Nürnberg Süd"));
+    setCaption("Nürnberg Süd");
     makeRecorder();
     station.switchOn();
-    const QString expected = station.file(QStringLiteral("Nürnberg_Süd__RX_1__2018-09-19__12-03-07_UTC+02-00.tmp"));
+    const QString expected = station.file("Nürnberg_Süd__RX_1__2018-09-19__12-03-07_UTC+02-00.tmp");
     EXPECT_TRUE(QFile::exists(expected));
     EXPECT_EQ(QDir::fromNativeSeparators(station.fileName()), expected);
     station.switchOff();
@@ -106,7 +103,7 @@ TEST_F(RecorderNaming, NamesAreInTheEncodingOfThePlatform)
 
 TEST_F(RecorderNaming, NoTextOfTheStationLeadsOutOfTheDirectory)
 {
-    const QString device = "d/" + QString(300, QLatin1Char('d'));
+    const QString device = "d/" + QString(300, 'd');
     setCaption(QString("/x\n/") + QChar(0) + "y");
     station.value<Text>("/Devices/Rx1/Adm/DRIVERNAME").SetValue(device);
     makeRecorder();
@@ -132,10 +129,7 @@ TEST_F(RecorderNaming, WhatIsPutUnderTheNameMeanwhileIsNeverOpened)
 {
     const QString stem = "North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00";
     const QString victim = station.file("victim");
-    QFile precious(victim);
-    ASSERT_TRUE(precious.open(QIODevice::WriteOnly));
-    precious.write("precious");
-    precious.close();
+    TestSupport::writeFile(victim, "precious");
     const QString nowhere = station.file("nowhere");
     ASSERT_TRUE(plant(victim, station.file(stem + ".tmp")));
     ASSERT_TRUE(plant(nowhere, station.file(stem + "_2.tmp")));
@@ -147,8 +141,7 @@ TEST_F(RecorderNaming, WhatIsPutUnderTheNameMeanwhileIsNeverOpened)
     EXPECT_EQ(startedName(), stem + "_7.tmp");
     station.switchOff();
     EXPECT_FALSE(QFile::exists(nowhere));
-    ASSERT_TRUE(precious.open(QIODevice::ReadOnly));
-    EXPECT_EQ(precious.readAll(), QByteArray("precious"));
+    EXPECT_EQ(TestSupport::readFile(victim), "precious");
 }
 
 TEST_F(RecorderNaming, WhatReplacesTheOpenFileKeepsItsName)
@@ -159,15 +152,11 @@ TEST_F(RecorderNaming, WhatReplacesTheOpenFileKeepsItsName)
     ASSERT_TRUE(QFile::rename(open, aside));
     ASSERT_TRUE(QFile::rename(open + ".journal", aside + ".journal"));
     for (const char* ending : {"", ".journal"}) {
-        QFile other(open + QString::fromLatin1(ending));
-        ASSERT_TRUE(other.open(QIODevice::WriteOnly));
-        other.write("precious");
+        TestSupport::writeFile(open + ending, "precious");
     }
     station.switchOff();
     for (const char* ending : {"", ".journal"}) {
-        QFile other(open + QString::fromLatin1(ending));
-        ASSERT_TRUE(other.open(QIODevice::ReadOnly)) << ending;
-        EXPECT_EQ(other.readAll(), QByteArray("precious"));
+        EXPECT_EQ(TestSupport::readFile(open + ending), "precious") << ending;
     }
     readBack(aside);
 }
@@ -179,7 +168,7 @@ TEST_F(RecorderNaming, ADotInTheCaptionLeavesTheFullNameToTheOpenFile)
     const QString stem = "St._Gallen__RX_1__2018-09-19__12-03-07_UTC+02-00";
     for (const char* ending :
          {".tmp", "_2.tmp", "_3.tmp"}) {  // the first is St.rec then, and its name is not used again
-        EXPECT_EQ(startedName(), stem + QString::fromLatin1(ending));
+        EXPECT_EQ(startedName(), stem + ending);
         station.switchOff();
     }
     EXPECT_TRUE(QFile::exists(station.file("St.rec")));
@@ -240,11 +229,11 @@ TEST_F(RecorderFileModes, OneThatLocksTheOwnerOutIsTracedAndNotTaken)
 {
     const Umask none(0);
     for (const char* mode : {"0440", "rw-r--", "1777", ""}) {
-        station.configure(QStringLiteral("FileMode = \"%1\"").arg(QString::fromLatin1(mode)));
+        station.configure(QString("FileMode = \"%1\"").arg(QString::fromLatin1(mode)));
         const TraceLog log;
         expectMode(0640);
-        EXPECT_NE(log.find(QStringLiteral("CRecording::Init() - FileMode is <%1>, no permissions in octal with which "
-                                          "the owner reads and writes; set it to <0640>")
+        EXPECT_NE(log.find(QString("CRecording::Init() - FileMode is <%1>, no permissions in octal with which "
+                                   "the owner reads and writes; set it to <0640>")
                                .arg(QString::fromLatin1(mode))),
                   nullptr);
     }
@@ -255,7 +244,7 @@ TEST_F(RecorderNaming, AnotherRecordingOfTheSameSecondGetsANumber)
 {
     makeRecorder();
     for (const char* name : {"UTC+02-00.tmp", "UTC+02-00_2.tmp", "UTC+02-00_3.tmp"}) {
-        EXPECT_EQ(startedName(), QStringLiteral("North_Site__RX_1__2018-09-19__12-03-07_") + QString::fromLatin1(name));
+        EXPECT_EQ(startedName(), "North_Site__RX_1__2018-09-19__12-03-07_" + QString::fromLatin1(name));
         station.switchOff();
     }
     EXPECT_EQ(station.files().size(), 3);
@@ -269,50 +258,39 @@ TEST_F(RecorderNaming, ANameThatAnotherRecordingGetsBetweenLookAndMakingLeadsToT
 {
     makeRecorder();
     const QString stem = "North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00";
-    QFile other(station.file(stem + ".rec"));
+    const QString other = station.file(stem + ".rec");
     {
         // The final name is shown when it was looked at and before the file is made.
         const Listener listener(*station.tree.Find("/Status/Rx1/REC_UNCFILEPATH"),
                                 [&](values::ValueBase& /*shown*/, TChangeCode /*code*/) {
-                                    if (!other.exists()) {
-                                        ASSERT_TRUE(other.open(QIODevice::WriteOnly));
-                                        other.write("precious");
-                                        other.close();
+                                    if (!QFile::exists(other)) {
+                                        TestSupport::writeFile(other, "precious");
                                     }
                                 });
         EXPECT_EQ(startedName(), stem + "_2.tmp");
     }
     station.switchOff();
     EXPECT_THAT(station.files(), testing::UnorderedElementsAre(stem + ".rec", stem + "_2.rec"));
-    ASSERT_TRUE(other.open(QIODevice::ReadOnly));
-    EXPECT_EQ(other.readAll(), QByteArray("precious"));
+    EXPECT_EQ(TestSupport::readFile(other), "precious");
 }
 
 TEST_F(RecorderNaming, AnUnfinishedRecordingOfTheSameSecondIsNotDestroyed)
 {
     const QString name = station.file("North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00.tmp");
-    QFile unfinished(name);
-    ASSERT_TRUE(unfinished.open(QIODevice::WriteOnly));
-    unfinished.write("precious");
-    unfinished.close();
+    TestSupport::writeFile(name, "precious");
     makeRecorder();
     EXPECT_EQ(startedName(), "North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00_2.tmp");
     station.switchOff();
-    ASSERT_TRUE(unfinished.open(QIODevice::ReadOnly));
-    EXPECT_EQ(unfinished.readAll(), QByteArray("precious"));
+    EXPECT_EQ(TestSupport::readFile(name), "precious");
 }
 
 TEST_F(RecorderNaming, AFileThatAppearsMeanwhileIsNotReplacedByTheRename)
 {
     makeRecorder();
     const QString finished = station.file(startedName().replace(".tmp", ".rec"));
-    QFile appeared(finished);
-    ASSERT_TRUE(appeared.open(QIODevice::WriteOnly));
-    appeared.write("precious");
-    appeared.close();
+    TestSupport::writeFile(finished, "precious");
     station.switchOff();
-    ASSERT_TRUE(appeared.open(QIODevice::ReadOnly));
-    EXPECT_EQ(appeared.readAll(), QByteArray("precious"));
+    EXPECT_EQ(TestSupport::readFile(finished), "precious");
     readBack(QString(finished).replace(".rec", ".tmp"));
 }
 

@@ -1,24 +1,20 @@
 // What a new file begins with: the type table and the state of everything that is recorded.
 #include <algorithm>
 
-#include <QFileInfo>
-
 #include "recorder_fixture.h"
 #include "scripted_value.h"
 
 namespace RecorderTests {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
+using namespace testing;
 
 class RecorderStart : public RecorderTest {
 protected:
     template <typename T>
     [[nodiscard]] T& at(const char* path) const
     {
-        return station.value<T>(QString::fromLatin1(path));
+        return station.value<T>(path);
     }
     /// A device in an IF mode whose scan range follows the span when a recording starts.
     void addDeviceInIfMode()
@@ -80,8 +76,8 @@ TEST_F(RecorderStart, TypesNameNumberKindKeywordAndPath)
 
 TEST_F(RecorderStart, TypeTableStringsAreLatin1)
 {
-    station.configure(QString(), QStringLiteral("LEVEL = \"/Süd/Pegel\""));
-    station.add<Number>(QStringLiteral("/Süd/Pegel"));
+    station.configure(QString(), "LEVEL = \"/Süd/Pegel\"");
+    station.add<Number>("/Süd/Pegel");
     startRecorder();
     EXPECT_EQ(stopAndRead().types.at(0).valuePath,
               "/S\xFC"

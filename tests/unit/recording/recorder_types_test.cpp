@@ -75,8 +75,8 @@ protected:
     void setAntennaMode(const char* mode) const
     {
         auto& selection = station.value<Selection>("/Devices/Rx1/AntennaMode");
-        selection.AddItem(std::make_unique<values::SelectionItem>(QString::fromLatin1(mode), 0, 0).release());
-        selection.Select(QString::fromLatin1(mode));
+        selection.AddItem(std::make_unique<values::SelectionItem>(mode, 0, 0).release());
+        selection.Select(mode);
     }
     [[nodiscard]] bool shouldRecord(std::int32_t id) const { return Peer::shouldRecord(recorder(), id); }
 };
@@ -93,26 +93,16 @@ TEST_F(RecorderTypes, EveryRowIsInTheKeywordMapAndTheTypeIdMap)
     }
 }
 
-TEST_F(RecorderTypes, ARelativePathHangsUnderTheValuePathAndAnAbsoluteOneStays)
+TEST_F(RecorderTypes, ARelativePathHangsUnderTheValuePathAlsoWhereItIsTheCallers)
 {
+    makeRecorder();
+    EXPECT_EQ(Peer::resolve(recorder(), "DFSPECTRUMSAMPLE", QString()), "/DEVICE_CAPTION");
     station.configure(QString(), "AZIMUTH = \"Mon/Level\"\nLEVEL = \"/LEVEL\"");
     makeRecorder();
     EXPECT_EQ(Peer::resolve(recorder(), "AZIMUTH", QString()), "/Devices/Rx1/Mon/Level");
     EXPECT_EQ(Peer::resolve(recorder(), "LEVEL", QString()), "/LEVEL");
-}
-
-TEST_F(RecorderTypes, AKeywordOutsideTheMapFallsBackToTheCallersPath)
-{
-    station.configure(QString(), "LEVEL = \"/LEVEL\"");
-    makeRecorder();
     EXPECT_EQ(Peer::resolve(recorder(), "DEVICENAME", "Adm/DRIVERNAME"), "/Devices/Rx1/Adm/DRIVERNAME");
     EXPECT_EQ(Peer::resolve(recorder(), "LEVEL", "Other"), "/LEVEL");
-}
-
-TEST_F(RecorderTypes, DfSpectrumSampleReadsTheDeviceCaption)
-{
-    makeRecorder();
-    EXPECT_EQ(Peer::resolve(recorder(), "DFSPECTRUMSAMPLE", QString()), "/DEVICE_CAPTION");
 }
 
 struct ModeCase {

@@ -16,21 +16,13 @@ using Recording2::UtcOffsetSuffix;
 const QDateTime Autumn(QDate(2018, 9, 19), QTime(12, 3, 7), Qt::UTC);
 const QDateTime Winter(QDate(2018, 12, 31), QTime(23, 30, 0), Qt::UTC);
 
-TEST(RecordingFileNames, OffsetEastOfGreenwichHasAPlus)
+TEST(RecordingFileNames, OffsetEastOfGreenwichHasAPlusAndAnyOtherAMinus)
 {
     EXPECT_EQ(UtcOffsetSuffix(3'600), "+01-00");
     EXPECT_EQ(UtcOffsetSuffix(5 * 3'600 + 1'800), "+05-30");
     EXPECT_EQ(UtcOffsetSuffix(14 * 3'600), "+14-00");
-}
-
-TEST(RecordingFileNames, OffsetWestOfGreenwichHasAMinus)
-{
     EXPECT_EQ(UtcOffsetSuffix(-5 * 3'600), "-05-00");
     EXPECT_EQ(UtcOffsetSuffix(-(3 * 3'600 + 1'800)), "-03-30");
-}
-
-TEST(RecordingFileNames, OffsetOfZeroHasAMinus)
-{
     EXPECT_EQ(UtcOffsetSuffix(0), "-00-00");
 }
 
@@ -60,20 +52,16 @@ INSTANTIATE_TEST_SUITE_P(
                     ZoneCase{"America/St_Johns", "2018-09-19__12-03-07_UTC-02-30", "2018-09-19__09-33-07",
                              "2018-12-31__23-30-00_UTC-03-30", "2018-12-31__20-00-00"}));
 
-TEST_P(RecordingFileNamesInZones, CarryUtcAndTheOffset)
+TEST_P(RecordingFileNamesInZones, CarryUtcAndTheOffsetOrLocalTimeWhereThatIsWanted)
 {
     const Zone zone(GetParam().zone);
-    const auto name = [](const char* time) { return QStringLiteral("RX_1__%1.tmp").arg(QString::fromLatin1(time)); };
-    EXPECT_EQ(RecordingFileName(QString(), "RX 1", Autumn, false), name(GetParam().autumnUtc));
-    EXPECT_EQ(RecordingFileName(QString(), "RX 1", Winter, false), name(GetParam().winterUtc));
-}
-
-TEST_P(RecordingFileNamesInZones, CarryLocalTimeWhereThatIsWanted)
-{
-    const Zone zone(GetParam().zone);
-    const auto name = [](const char* time) { return QStringLiteral("RX_1__%1.tmp").arg(QString::fromLatin1(time)); };
-    EXPECT_EQ(RecordingFileName(QString(), "RX 1", Autumn, true), name(GetParam().autumnLocal));
-    EXPECT_EQ(RecordingFileName(QString(), "RX 1", Winter, true), name(GetParam().winterLocal));
+    const auto expect = [](const QDateTime& time, bool local, const char* expected) {
+        EXPECT_EQ(RecordingFileName(QString(), "RX 1", time, local), QString("RX_1__") + expected + ".tmp");
+    };
+    expect(Autumn, false, GetParam().autumnUtc);
+    expect(Winter, false, GetParam().winterUtc);
+    expect(Autumn, true, GetParam().autumnLocal);
+    expect(Winter, true, GetParam().winterLocal);
 }
 
 /// A name by local time in UTC.
@@ -93,8 +81,7 @@ TEST(RecordingFileNames, BlanksBecomeUnderscoresAndOrdinaryCharactersStay)
 TEST(RecordingFileNames, WhatMakesAPathOrControlsATerminalBecomesAnUnderscore)
 {
     EXPECT_EQ(named("../x", "a/b"), "_._x__a_b" + BehindDevice);
-    EXPECT_EQ(named(QStringLiteral("a\x1b[31m\nb"), QStringLiteral("c\x7f\u0085\td")),
-              "a_[31m_b__c___d" + BehindDevice);
+    EXPECT_EQ(named("a\x1b[31m\nb", "c\x7f\u0085\td"), "a_[31m_b__c___d" + BehindDevice);
     EXPECT_EQ(named(QString("a") + QChar(0) + "b", QString(QChar(0))), "a_b___" + BehindDevice);
 }
 
@@ -117,13 +104,12 @@ TEST(RecordingFileNames, LongTextsAreCutAndTimeAndEndingStay)
 {
     constexpr int Most = 200;
     const int room = Most - 2 - (BehindDevice.size() - 4);
-    const QString both = named(QString(300, QLatin1Char('c')), QString(300, QLatin1Char('d')));
-    EXPECT_EQ(both,
-              QString(room - room / 2, QLatin1Char('c')) + "__" + QString(room / 2, QLatin1Char('d')) + BehindDevice);
-    const QString caption = named(QString(1'000'000, QLatin1Char('c')), "RX 1");
-    EXPECT_EQ(caption, QString(room - 4, QLatin1Char('c')) + "__RX_1" + BehindDevice);
-    const QString device = named("North", QString(300, QLatin1Char('d')));
-    EXPECT_EQ(device, "North__" + QString(room - 5, QLatin1Char('d')) + BehindDevice);
+    const QString both = named(QString(300, 'c'), QString(300, 'd'));
+    EXPECT_EQ(both, QString(room - room / 2, 'c') + "__" + QString(room / 2, 'd') + BehindDevice);
+    const QString caption = named(QString(1'000'000, 'c'), "RX 1");
+    EXPECT_EQ(caption, QString(room - 4, 'c') + "__RX_1" + BehindDevice);
+    const QString device = named("North", QString(300, 'd'));
+    EXPECT_EQ(device, "North__" + QString(room - 5, 'd') + BehindDevice);
 }
 
 TEST(RecordingFileNames, LongTextsAreCutBehindWholeCharacters)
@@ -135,7 +121,7 @@ TEST(RecordingFileNames, LongTextsAreCutBehindWholeCharacters)
     const QString flag = QString::fromUtf8("\xf0\x9f\x87\xa9\xf0\x9f\x87\xaa");  // two code points: 8 bytes
     for (const QString& character : {umlaut, flag}) {
         for (int shift = 0; shift < 8; ++shift) {
-            const QString lead(shift, QLatin1Char('x'));
+            const QString lead(shift, 'x');
             const QString name = named(lead + character.repeated(200), "RX 1");
             EXPECT_LE(name.toUtf8().size(), 204);
             EXPECT_GE(name.toUtf8().size(), 204 - 8);

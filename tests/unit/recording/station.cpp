@@ -10,8 +10,6 @@
 
 #include <startup/cfgcenter.h>
 
-#include "support/recordingbytes.h"
-
 namespace RecorderTests {
 
 namespace {
@@ -116,7 +114,7 @@ Station::~Station()
 
 void Station::insert(const QString& path, std::unique_ptr<values::ValueBase> value)
 {
-    const int leaf = path.lastIndexOf(QLatin1Char('/')) + 1;
+    const int leaf = path.lastIndexOf('/') + 1;
     value->SetName(path.mid(leaf));
     tree.Insert(path.left(leaf), value.get());
     static_cast<void>(value.release());  // the tree's now
@@ -127,7 +125,7 @@ Selection& Station::addSelection(const QString& path,
 {
     auto& selection = add<Selection>(path);
     for (const auto& [name, value, key] : items) {
-        selection.AddItem(std::make_unique<values::SelectionItem>(QString::fromUtf8(name), value, key).release());
+        selection.AddItem(std::make_unique<values::SelectionItem>(name, value, key).release());
     }
     selection.Select(selection.GetItems().front()->GetName());
     return selection;
@@ -136,7 +134,7 @@ Selection& Station::addSelection(const QString& path,
 void Station::addAllKeywords()
 {
     for (const char* path : NumberPaths) {
-        add<Number>(QString::fromLatin1(path));
+        add<Number>(path);
     }
     add<LevelMap>("/Devices/Rx1/Scn/RfSpectrum");
     add<LevelMap>("/IfMapping");
@@ -163,12 +161,12 @@ QStringList Station::files() const
 
 void Station::configure(const QString& keys, const QString& recordedValues) const
 {
-    QString toml = QStringLiteral(
+    QString toml = QString(
                        "[Rx]\nValuePath = \"/Devices/Rx1\"\nStatusValuePath = \"/Status/Rx1\"\nRecordingPath = "
                        "\"%1\"\n%2\n")
                        .arg(m_directory.path(), keys);
     if (!recordedValues.isEmpty()) {
-        toml += "[Rx.Values]\n" + recordedValues + QLatin1Char('\n');
+        toml += "[Rx.Values]\n" + recordedValues + '\n';
     }
     CfgCenter::LoadText(toml, "station.toml");
 }
@@ -194,6 +192,14 @@ std::vector<ParsedRecording::Record> recordsOf(const ParsedRecording& recording,
     std::copy_if(recording.records.begin(), recording.records.end(), std::back_inserter(records),
                  [typeId](const ParsedRecording::Record& record) { return record.code == typeId; });
     return records;
+}
+
+std::vector<std::string> dataOf(const std::vector<ParsedRecording::Record>& records)
+{
+    std::vector<std::string> texts;
+    std::transform(records.begin(), records.end(), std::back_inserter(texts),
+                   [](const ParsedRecording::Record& record) { return record.data; });
+    return texts;
 }
 
 std::vector<ParsedRecording::Record> changesIn(const ParsedRecording& recording)

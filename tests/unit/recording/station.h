@@ -1,14 +1,10 @@
 // What the tests of the recorder share: a station without devices, whose clock, tree and configuration they hold.
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <initializer_list>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
 
@@ -157,6 +153,8 @@ using TestSupport::ParsedRecording;
 /// A closed file, read by a reader that shares no code with the library.
 [[nodiscard]] ParsedRecording parsed(const QString& file);
 [[nodiscard]] std::vector<ParsedRecording::Record> recordsOf(const ParsedRecording& recording, std::int32_t typeId);
+/// The texts of a list of records.
+[[nodiscard]] std::vector<std::string> dataOf(const std::vector<ParsedRecording::Record>& records);
 /// The records after the initial states.
 [[nodiscard]] std::vector<ParsedRecording::Record> changesIn(const ParsedRecording& recording);
 

@@ -2,8 +2,6 @@
 #pragma once
 
 #include <ctime>
-#include <map>
-#include <string>
 
 #include "station.h"
 

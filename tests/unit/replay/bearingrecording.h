@@ -1,13 +1,6 @@
 // Recordings of bearings for the tests of MappingGenerator.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include <recording2/mappinggenerator.h>
 #include <values/maps.h>
 #include <vkbase/observer.h>

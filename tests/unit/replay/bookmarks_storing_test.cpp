@@ -1,12 +1,7 @@
 // Storing bookmarks: when the file is changed, what is left of its bytes, and what another program stored meanwhile.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <cstdint>
 #include <stdexcept>
-#include <string>
-
-#include <QFile>
 
 #include <recording2/format/undo.h>
 
@@ -14,10 +9,7 @@
 #include "unit/tracelog.h"
 
 using namespace ReplayTests;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
-using testing::SizeIs;
+using namespace testing;
 
 TEST_F(BookmarksTest, AreStoredWhenTheObjectIsDestroyedAfterAnAddition)
 {
@@ -42,7 +34,7 @@ TEST_F(BookmarksTest, OnceTheyAreStoredDestroyingTheObjectDoesNotStoreThemAgain)
 
 TEST_F(BookmarksTest, WhatCannotBeStoredIsTracedWithTheNameOfTheFile)
 {
-    const QString message = QStringLiteral("Error writing bookmarks for recording file ") + filePath(Name);
+    const QString message = "Error writing bookmarks for recording file " + filePath(Name);
     auto file = open(m_file);
     file->addBookmark(10, "a");
     TestSupport::writeFile(filePath(Name), TestSupport::headerArea());
@@ -146,28 +138,18 @@ TEST_F(BookmarksTest, NothingIsAppendedWithinChangesMadeTogether)
     EXPECT_EQ(fileBytes(), stored.bytes());
 }
 
-TEST_F(BookmarksTest, RemovingOneThatDoesNotExistCountsAsAChange)
-{
-    m_file.markHeaderArea();
-    auto file = open(m_file);
-    file->removeBookmark(77);
-    file.reset();
-    expectStored(m_file, {});
-}
-
-TEST_F(BookmarksTest, AddingToATimeThatIsTakenCountsAsAChange)
+TEST_F(BookmarksTest, OneThatIsTakenOrNotThereCountsAsAChangeWithoutWhichTheFileIsNotRewritten)
 {
     FinishedFile stored = marked(m_file, {{10, "a"}});
-    stored.markHeaderArea();
-    auto file = open(stored);
-    file->addBookmark(10, "another");
-    file.reset();
-    expectStored(stored, {{10, "a"}});
-}
-
-TEST_F(BookmarksTest, WithoutAChangeTheFileIsNotRewritten)
-{
-    FinishedFile stored = marked(m_file, {{10, "a"}});
+    for (const auto& change :
+         std::vector<std::function<void(CFileAccess&)>>{[](CFileAccess& file) { file.removeBookmark(77); },
+                                                        [](CFileAccess& file) { file.addBookmark(10, "another"); }}) {
+        stored.markHeaderArea();
+        auto file = open(stored);
+        change(*file);
+        file.reset();
+        expectStored(stored, {{10, "a"}});
+    }
     stored.markHeaderArea();
     auto file = open(stored);
     EXPECT_THAT(bookmarksOf(*file), SizeIs(1));
@@ -258,44 +240,38 @@ TEST_F(BookmarksTest, AnUndoThatWouldCutOffMoreThanItsChangeAddedIsOfAnotherFile
     const auto half = static_cast<std::int64_t>(bytes.size() / 2);
     auto file = open(m_withRanges);
     file.reset();
-    TestSupport::writeFile(filePath(Name) + QStringLiteral(".undo"),
+    TestSupport::writeFile(filePath(Name) + ".undo",
                            Recording2::Format::encodeUndo({half, {{0, bytes.substr(0, 8), bytes.substr(0, 8)}}}));
     expectThreeLevels(*reopen());
     file = reopen();
     file->addBookmark(20, "mine");
     file.reset();
     expectStored(m_withRanges, {{20, "mine"}});
-    EXPECT_FALSE(QFile::exists(filePath(Name) + QStringLiteral(".undo")));
+    EXPECT_FALSE(QFile::exists(filePath(Name) + ".undo"));
 }
 
-TEST_F(BookmarksTest, AFileThatIsNoRecordingIsLeftUntouched)
+TEST_F(BookmarksTest, AFileThatIsNoRecordingIsLeftUntouchedAndOneThatDoesNotExistIsNotMade)
 {
-    for (const std::string& bytes : {std::string("1#0#an old recording"), std::string("not a recording at all"),
-                                     TestSupport::headerArea(), std::string()}) {
-        auto file = openBytes(bytes);
+    const auto change = [](std::unique_ptr<CFileAccess> file) {
         EXPECT_FALSE(file->IsValidFile());
         file->addBookmark(10, "a");
+        file->removeBookmark(10);
+        EXPECT_FALSE(file->bookmarksAvailable());
+        file->addBookmark(10, "a");
         file->writeBookmarks();
-        file.reset();
+    };
+    for (const std::string& bytes : {std::string("1#0#an old recording"), std::string("not a recording at all"),
+                                     TestSupport::headerArea(), std::string()}) {
+        change(openBytes(bytes));
         EXPECT_EQ(fileBytes(), bytes);
     }
-}
-
-TEST_F(BookmarksTest, AFileThatDoesNotExistIsNotMade)
-{
-    auto file = openForReading(QStringLiteral("missing.rec"));
-    EXPECT_FALSE(file->IsValidFile());
-    file->addBookmark(10, "a");
-    file->removeBookmark(10);
-    EXPECT_FALSE(file->bookmarksAvailable());
-    file->writeBookmarks();
-    file.reset();
-    EXPECT_FALSE(exists(QStringLiteral("missing.rec")));
+    change(openForReading("missing.rec"));
+    EXPECT_FALSE(exists("missing.rec"));
 }
 
 TEST_F(BookmarksTest, ThoseAddedWhileAFileIsWrittenAreNotStored)
 {
-    auto file = openForWriting(QStringLiteral("made.rec"));
+    auto file = openForWriting("made.rec");
     write(*file, 36, "-31.5", 10);
     file->addBookmark(10, "a");
     EXPECT_FALSE(file->bookmarksAvailable());

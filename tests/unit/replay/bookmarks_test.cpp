@@ -1,19 +1,12 @@
 // Bookmarks: in memory, in the file, and what every change leaves of the file's bytes.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <string>
 
 #include "replay_fixture.h"
 
 namespace {
 
 using namespace ReplayTests;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
-using testing::SizeIs;
+using namespace testing;
 
 }  // namespace
 
@@ -36,9 +29,11 @@ TEST_F(BookmarksTest, OfTwoAtTheSameTimeTheFirstTextStays)
     EXPECT_THAT(bookmarksOf(*file), ElementsAre(Pair(1500, "first")));
 }
 
-TEST_F(BookmarksTest, TheDeliveryOfTheLastReturnsFalse)
+TEST_F(BookmarksTest, TheDeliveryOfTheLastReturnsFalseAndWithoutAnyNothingIsDelivered)
 {
     auto file = open(m_file);
+    file->BookmarkTableToBegin();
+    EXPECT_EQ(nextBookmark(*file), Nothing);
     file->addBookmark(30, "c");
     file->addBookmark(10, "a");
     file->addBookmark(20, "b");
@@ -46,13 +41,6 @@ TEST_F(BookmarksTest, TheDeliveryOfTheLastReturnsFalse)
     EXPECT_EQ(nextBookmark(*file), (Delivery{true, 10, "a"}));
     EXPECT_EQ(nextBookmark(*file), (Delivery{true, 20, "b"}));
     EXPECT_EQ(nextBookmark(*file), (Delivery{false, 30, "c"}));
-    EXPECT_EQ(nextBookmark(*file), Nothing);
-}
-
-TEST_F(BookmarksTest, WithoutAnyNothingIsDelivered)
-{
-    auto file = open(m_file);
-    file->BookmarkTableToBegin();
     EXPECT_EQ(nextBookmark(*file), Nothing);
 }
 

@@ -1,10 +1,7 @@
 // Clearing and rebuilding channel ranges: what is left of the file's bytes, and what another program stored meanwhile.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstdint>
-#include <string>
 
 #include "replay_fixture.h"
 #include "unit/tracelog.h"
@@ -67,21 +64,15 @@ TEST_F(ChannelRangesTest, TheLastZerosOfClearingRunIntoTheBookmarks)
     EXPECT_EQ(bookmarksOf(*reopen()), left);
 }
 
-TEST_F(ChannelRangesTest, ClearingWithoutATableOverwritesTheFileFromItsStart)
-{
-    auto file = open(m_file);
-    file->clearChannelRangeDef();
-    file.reset();
-    EXPECT_EQ(fileBytes(), zeros((m_file.bytes().size() + 7) / 8 * 8));
-    EXPECT_FALSE(reopen()->IsValidFile());
-}
-
-TEST_F(ChannelRangesTest, ClearingWithoutATableOverwritesTheFileUpToItsBookmarks)
+TEST_F(ChannelRangesTest, ClearingWithoutATableOverwritesTheFileFromItsStartUpToItsBookmarks)
 {
     FinishedFile stored = marked(m_file);
     open(stored)->clearChannelRangeDef();
     const std::size_t zeroed = (static_cast<std::size_t>(stored.header().bookmarkTable) + 7) / 8 * 8;
     EXPECT_EQ(fileBytes(), zeros(zeroed) + stored.bytes().substr(zeroed));
+    open(m_file)->clearChannelRangeDef();
+    EXPECT_EQ(fileBytes(), zeros((m_file.bytes().size() + 7) / 8 * 8));
+    EXPECT_FALSE(reopen()->IsValidFile());
 }
 
 TEST_F(ChannelRangesTest, ClearingAndRebuildingWithNoMoreThanBeforeKeepsTheRest)
@@ -153,28 +144,20 @@ TEST_F(ChannelRangesTest, RebuildingWithMoreThanBeforeOverwritesTheStartOfTheBoo
     EXPECT_EQ(rangesOf(*reopen()), (Times{10, 20, 30}));
 }
 
-TEST_F(ChannelRangesTest, TheTableOfAFileWithoutOneIsAppendedAtItsEnd)
+TEST_F(ChannelRangesTest, TheTableOfAFileWithoutOneIsAppendedAtItsEndAndNotReadBackBehindBookmarks)
 {
-    auto file = open(m_file);
-    file->addChannelRangeDef(3000);
-    file->rebuildChannelRangeDef();
-    EXPECT_TRUE(file->channelRangeDefAvailable());
-    const auto end = static_cast<std::int32_t>(m_file.bytes().size());
-    m_file.rebuildRanges({3000});
-    EXPECT_EQ(m_file.header().channelRangeTable, end);
-    EXPECT_EQ(fileBytes(), m_file.bytes());
-    EXPECT_EQ(rangesOf(*reopen()), (Times{3000}));
-}
-
-TEST_F(ChannelRangesTest, ATableAppendedBehindBookmarksIsNotReadBack)
-{
-    FinishedFile stored = marked(m_file);
-    auto file = open(stored);
-    file->addChannelRangeDef(3000);
-    file->rebuildChannelRangeDef();
-    stored.rebuildRanges({3000});
-    EXPECT_EQ(fileBytes(), stored.bytes());
-    EXPECT_THAT(rangesOf(*reopen()), IsEmpty());
+    for (const bool withBookmarks : {false, true}) {
+        FinishedFile stored = withBookmarks ? marked(m_file) : m_file;
+        const auto end = static_cast<std::int32_t>(stored.bytes().size());
+        auto file = open(stored);
+        file->addChannelRangeDef(3000);
+        file->rebuildChannelRangeDef();
+        EXPECT_TRUE(file->channelRangeDefAvailable());
+        stored.rebuildRanges({3000});
+        EXPECT_EQ(stored.header().channelRangeTable, end);
+        EXPECT_EQ(fileBytes(), stored.bytes());
+        EXPECT_EQ(rangesOf(*reopen()), withBookmarks ? Times{} : Times{3000});
+    }
 }
 
 TEST_F(ChannelRangesTest, RebuildingWithoutAnyWritesTheHeaderAreaOnly)
@@ -187,7 +170,7 @@ TEST_F(ChannelRangesTest, RebuildingWithoutAnyWritesTheHeaderAreaOnly)
 
 TEST_F(ChannelRangesTest, WhatCannotBeRebuiltIsTracedWithTheNameOfTheFile)
 {
-    const QString message = QStringLiteral("Error rebuilding CRD for recording file ") + filePath(Name);
+    const QString message = "Error rebuilding CRD for recording file " + filePath(Name);
     auto file = open(m_file);
     file->addChannelRangeDef(10);
     TestSupport::writeFile(filePath(Name), TestSupport::headerArea());
@@ -204,7 +187,7 @@ TEST_F(ChannelRangesTest, WhatCannotBeRebuiltIsTracedWithTheNameOfTheFile)
     EXPECT_EQ(log.count(message), 1);
 }
 
-TEST_F(ChannelRangesTest, AFileThatIsNoRecordingIsNotRebuilt)
+TEST_F(ChannelRangesTest, AFileThatIsNoRecordingIsNotRebuiltAndOneThatDoesNotExistIsNotMade)
 {
     for (const std::string& bytes :
          {std::string("1#0#an old recording"), TestSupport::headerArea(), std::string("x")}) {
@@ -214,14 +197,10 @@ TEST_F(ChannelRangesTest, AFileThatIsNoRecordingIsNotRebuilt)
         file.reset();
         EXPECT_EQ(fileBytes(), bytes);
     }
-}
-
-TEST_F(ChannelRangesTest, AFileThatDoesNotExistIsNotMade)
-{
-    auto file = openForReading(QStringLiteral("missing.rec"));
+    auto file = openForReading("missing.rec");
     file->addChannelRangeDef(10);
     file->rebuildChannelRangeDef();
     file->clearChannelRangeDef();
     file.reset();
-    EXPECT_FALSE(exists(QStringLiteral("missing.rec")));
+    EXPECT_FALSE(exists("missing.rec"));
 }

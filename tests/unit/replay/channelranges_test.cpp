@@ -1,20 +1,14 @@
 // Channel range definitions: finding them in a recording, and what clearing and rebuilding leave of the file's bytes.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstdint>
-#include <string>
-#include <vector>
 
 #include "replay_fixture.h"
 
 namespace {
 
 using namespace ReplayTests;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
+using namespace testing;
 
 /// A recording of DF spectra with these times and texts, every one entered as a definition that is in defs.
 using Spectra = std::vector<std::pair<std::uint64_t, std::string>>;
@@ -100,8 +94,9 @@ TEST_F(ChannelRangesTest, AddingDoesNotTouchTheFile)
     EXPECT_EQ(fileBytes(), m_file.bytes());
 }
 
-TEST_F(ChannelRangesTest, TheFirstZeroTimeEndsTheTable)
+TEST_F(ChannelRangesTest, TheBookmarksTheFirstZeroTimeOrANegativeOneEndTheTable)
 {
+    EXPECT_EQ(rangesOf(*open(marked(m_withRanges))), (Times{10, 1500, 3000}));
     FinishedFile stored = m_withRanges;
     stored.clearRanges();
     stored.rebuildRanges({10, 1500});
@@ -110,20 +105,10 @@ TEST_F(ChannelRangesTest, TheFirstZeroTimeEndsTheTable)
 
     const auto table = static_cast<std::size_t>(m_withRanges.header().channelRangeTable);
     std::string bytes = m_withRanges.bytes();
+    bytes.at(table + 9 + 7) = '\x80';
+    EXPECT_EQ(rangesOf(*openBytes(bytes)), (Times{10}));
     bytes.replace(table + 9, 8, zeros(8));  // times after the zero are not looked at
     EXPECT_EQ(rangesOf(*openBytes(bytes)), (Times{10}));
-}
-
-TEST_F(ChannelRangesTest, ATimeThatIsNegativeAsASignedNumberEndsTheTable)
-{
-    std::string bytes = m_withRanges.bytes();
-    bytes.at(static_cast<std::size_t>(m_withRanges.header().channelRangeTable) + 9 + 7) = '\x80';
-    EXPECT_EQ(rangesOf(*openBytes(bytes)), (Times{10}));
-}
-
-TEST_F(ChannelRangesTest, TheTableEndsWhereTheBookmarksBegin)
-{
-    EXPECT_EQ(rangesOf(*open(marked(m_withRanges))), (Times{10, 1500, 3000}));
 }
 
 TEST_P(ChannelRangeSearch, LeadsToTheRecordWithTheRange)
@@ -168,25 +153,21 @@ TEST_F(ChannelRangesTest, ADefinitionWithoutARecordDeliversTheNextLaterOne)
     EXPECT_EQ(nextRange(*file), (Delivery{false, 200, "34;y"}));
 }
 
-TEST_F(ChannelRangesTest, TheDeliveryStartsAnewWheneverAsked)
-{
-    auto file = open(m_withRanges);
-    EXPECT_EQ(nextRange(*file), Nothing);
-    EXPECT_THAT(rangesOf(*file), SizeIs(3));
-    EXPECT_THAT(rangesOf(*file), SizeIs(3));
-}
-
-TEST_F(ChannelRangesTest, WithoutAnyNothingIsDelivered)
+TEST_F(ChannelRangesTest, TheDeliveryStartsAnewWheneverAskedAndWithoutAnyThereIsNone)
 {
     auto file = open(m_file);
     file->CRDTableToBegin();
     EXPECT_EQ(nextRange(*file), Nothing);
+    file = open(m_withRanges);
+    EXPECT_EQ(nextRange(*file), Nothing);
+    EXPECT_THAT(rangesOf(*file), SizeIs(3));
+    EXPECT_THAT(rangesOf(*file), SizeIs(3));
 }
 
 TEST_F(ChannelRangesTest, AreAvailableOnlyInAnOpenFileThatHasATable)
 {
     EXPECT_FALSE(open(m_file)->channelRangeDefAvailable());
-    EXPECT_FALSE(openForReading(QStringLiteral("missing.rec"))->channelRangeDefAvailable());
+    EXPECT_FALSE(openForReading("missing.rec")->channelRangeDefAvailable());
     auto file = open(m_withRanges);
     EXPECT_TRUE(file->channelRangeDefAvailable());
     CHeaderData header;

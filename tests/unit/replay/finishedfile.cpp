@@ -1,7 +1,6 @@
 // Stores bookmarks and channel ranges in bytes, and reads both as replay does.
 #include "finishedfile.h"
 
-#include <array>
 #include <cstddef>
 #include <locale>
 #include <sstream>

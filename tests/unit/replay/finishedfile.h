@@ -1,11 +1,6 @@
 // The bytes of a finished recording, and what storing bookmarks and channel ranges makes of them.
 #pragma once
 
-#include <cstdint>
-#include <map>
-#include <set>
-#include <string>
-
 #include "support/recordingbytes.h"
 
 namespace ReplayTests {

@@ -1,12 +1,7 @@
 // MappingGenerator on random recordings of a live bearing map: what is replayed is what the map held.
-#include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <limits>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "bearingrecording.h"
 

@@ -1,10 +1,7 @@
 // MappingGenerator on small recordings: which records of a span reach the map.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 #include <vkbase/vkexception.h>
 
@@ -88,14 +85,6 @@ TEST_F(MappingGeneratorTest, LoadingTellsTheSpanOfTheHeader)
     EXPECT_EQ(m_stop, micros(60'000));
 }
 
-TEST_F(MappingGeneratorTest, WhatIsNoRecordingIsNotLoaded)
-{
-    EXPECT_FALSE(load());
-    TestSupport::writeFile(filePath(Name), "1#0#an old recording");
-    EXPECT_FALSE(load());
-    EXPECT_THAT(appliedIn(0, 1000), IsEmpty());
-}
-
 TEST_F(MappingGeneratorTest, AnotherRecordingTakesThePlaceOfTheFirst)
 {
     loadRecords({definition(10), spectrum(100, 5)});
@@ -106,15 +95,19 @@ TEST_F(MappingGeneratorTest, AnotherRecordingTakesThePlaceOfTheFirst)
     EXPECT_THAT(appliedIn(50, 200), IsEmpty());
 }
 
-TEST_F(MappingGeneratorTest, WithoutARecordingTheMapIsUntouched)
-{
-    EXPECT_THAT(appliedIn(0, 1000), IsEmpty());
-}
-
 TEST_F(MappingGeneratorTest, ARecordingWithoutDefinitionsLeavesTheMapUnchanged)
 {
     loadRecords({{10, DfSpectrum, Range}, spectrum(100, 5)});
     EXPECT_THAT(appliedIn(10, 1000), IsEmpty());
+}
+
+TEST_F(MappingGeneratorTest, WhatIsNoRecordingIsNotLoadedAndLeavesTheMapUntouched)
+{
+    EXPECT_THAT(appliedIn(0, 1000), IsEmpty());
+    EXPECT_FALSE(load());
+    TestSupport::writeFile(filePath(Name), "1#0#an old recording");
+    EXPECT_FALSE(load());
+    EXPECT_THAT(appliedIn(0, 1000), IsEmpty());
 }
 
 TEST_F(MappingGeneratorTest, AStartBeforeTheFirstDefinitionAppliesNoRange)
@@ -146,13 +139,19 @@ TEST_F(MappingGeneratorTest, OfTwoDefinitionsTheSecondIsInForceExactlyAtItsTime)
     EXPECT_EQ(stateOf(map), stateAfter({Range}));
 }
 
-TEST_F(MappingGeneratorTest, EverySpectrumFromTheStartToTheStopIsApplied)
+TEST_F(MappingGeneratorTest, EverySpectrumFromTheStartToTheStopIsAppliedAndRequestsDoNotDisturbEachOther)
 {
     loadRecords({definition(10), spectrum(100, 5), spectrum(200, 6), spectrum(300, 7), spectrum(301, 8)});
-    EXPECT_THAT(appliedIn(100, 300), ElementsAre(1, 5, 6, 7));
-    EXPECT_THAT(appliedIn(101, 299), ElementsAre(1, 6));
-    EXPECT_THAT(appliedIn(200, 200), ElementsAre(1, 6));
-    EXPECT_THAT(appliedIn(10, 100), ElementsAre(1, 1, 5));
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_THAT(appliedIn(100, 300), ElementsAre(1, 5, 6, 7));
+        EXPECT_THAT(appliedIn(101, 299), ElementsAre(1, 6));
+        EXPECT_THAT(appliedIn(200, 200), ElementsAre(1, 6));
+        EXPECT_THAT(appliedIn(10, 100), ElementsAre(1, 1, 5));
+        EXPECT_THAT(appliedIn(0, 200), ElementsAre(1, 5, 6));
+        EXPECT_THAT(appliedIn(110, 120), ElementsAre(1, 6)) << "no record there: the one behind it";
+        EXPECT_THAT(appliedIn(5000, 6000), ElementsAre(1, 8)) << "behind the last record: that one";
+        EXPECT_THAT(appliedIn(50, 1'000'000'000), ElementsAre(1, 5, 6, 7, 8));
+    }
 }
 
 TEST_F(MappingGeneratorTest, OnlySpectraOfDirectionFindingAreApplied)
@@ -167,18 +166,6 @@ TEST_F(MappingGeneratorTest, ADefinitionOfAnotherKeywordGivesTheRange)
     BearingMap map;
     request(map, 50, 100);
     EXPECT_EQ(stateOf(map), stateAfter({"34;3e+08,1,2", bearing(5)}));
-}
-
-TEST_F(MappingGeneratorTest, OfASpanWithoutARecordTheOneBehindItIsApplied)
-{
-    loadRecords({definition(10), spectrum(100, 5), spectrum(200, 6), spectrum(300, 7)});
-    EXPECT_THAT(appliedIn(110, 120), ElementsAre(1, 6));
-}
-
-TEST_F(MappingGeneratorTest, OfASpanBehindTheLastRecordTheLastOneIsApplied)
-{
-    loadRecords({definition(10), spectrum(100, 5), spectrum(200, 6)});
-    EXPECT_THAT(appliedIn(5000, 6000), ElementsAre(1, 6));
 }
 
 TEST_F(MappingGeneratorTest, FromOffsetZeroTheWalkBeginsAtTheFirstRecord)
@@ -226,36 +213,15 @@ TEST_F(MappingGeneratorTest, TheReportedSpanAppliesEveryBearingOnce)
     EXPECT_THAT(changes.stamps(), ElementsAre(1, 5, 6, 7));
 }
 
-TEST_F(MappingGeneratorTest, AStopBehindTheEndEnds)
+TEST_F(MappingGeneratorTest, ATimeBeforeTheRecordingCountsByItsDistanceAndPartsOfAMillisecondAreCutOff)
 {
     loadRecords({definition(10), spectrum(100, 5), spectrum(200, 6)});
-    EXPECT_THAT(appliedIn(50, 1'000'000'000), ElementsAre(1, 5, 6));
-}
-
-TEST_F(MappingGeneratorTest, ATimeBeforeTheRecordingCountsByItsDistance)
-{
-    loadRecords({definition(10), spectrum(100, 5), spectrum(200, 6)});
-    BearingMap map;
-    const ChangeCounter changes(map);
-    m_generator.RequestMapping(map, micros(0) - 100'000, micros(100));
-    EXPECT_THAT(changes.stamps(), ElementsAre(1, 5));
-}
-
-TEST_F(MappingGeneratorTest, PartsOfAMillisecondAreCutOff)
-{
-    loadRecords({definition(10), spectrum(100, 5), spectrum(200, 6)});
-    BearingMap map;
-    const ChangeCounter changes(map);
-    m_generator.RequestMapping(map, micros(100) + 999, micros(199) + 999);
-    EXPECT_THAT(changes.stamps(), ElementsAre(1, 5));
-}
-
-TEST_F(MappingGeneratorTest, RequestsDoNotDisturbEachOther)
-{
-    loadRecords({definition(10), spectrum(100, 5), spectrum(200, 6), spectrum(300, 7)});
-    for (int round = 0; round < 3; ++round) {
-        EXPECT_THAT(appliedIn(0, 200), ElementsAre(1, 5, 6));
-        EXPECT_THAT(appliedIn(200, 300), ElementsAre(1, 6, 7));
+    for (const auto& [start, stop] :
+         {std::pair(micros(0) - 100'000, micros(100)), std::pair(micros(100) + 999, micros(199) + 999)}) {
+        BearingMap map;
+        const ChangeCounter changes(map);
+        m_generator.RequestMapping(map, start, stop);
+        EXPECT_THAT(changes.stamps(), ElementsAre(1, 5));
     }
 }
 

@@ -1,11 +1,8 @@
 // What the tests of bookmarks and channel ranges share.
 #pragma once
 
-#include <cstdint>
-#include <memory>
 #include <ostream>
 #include <random>
-#include <string>
 
 #include "finishedfile.h"
 #include "unit/fileaccess_fixture.h"
@@ -102,7 +99,7 @@ protected:
         EXPECT_EQ(dataOf(record), "-29.25");
     }
 
-    const QString Name = QStringLiteral("made.rec");
+    const QString Name = "made.rec";
 };
 
 inline std::string zeros(std::size_t count)

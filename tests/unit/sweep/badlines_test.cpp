@@ -3,7 +3,6 @@
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "input/badlines.h"
 #include "input/fields.h"
@@ -11,8 +10,7 @@
 namespace RecStation {
 namespace {
 
-using testing::ElementsAre;
-using testing::SizeIs;
+using namespace testing;
 
 TEST(BadLines, TheFirstTwentyAreToldOneByOneAndTheRestAsANumber)
 {

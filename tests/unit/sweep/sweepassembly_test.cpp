@@ -1,10 +1,8 @@
 // Rows put together to sweeps: channels, gaps and overlaps, and where the next sweep begins.
 #include <cmath>
-#include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "sources/sweep/sweepassembly.h"
 

@@ -3,22 +3,20 @@
 #include <string>
 #include <vector>
 
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <values/maps.h>
 #include <values/tree.h>
 
 #include "sources/sweep/sweepsource.h"
+#include "support/recordingbytes.h"
 
 namespace RecStation {
 namespace {
 
-using testing::ElementsAre;
-using testing::SizeIs;
+using namespace testing;
 using LevelMap = values::FastValueMap<float, values::levelHandler>;
 
 std::string row(const std::string& time, int lowMhz, int highMhz, const std::string& levels)
@@ -31,11 +29,9 @@ class SweepSourceTest : public testing::Test {
 protected:
     void prepare(const std::string& text)
     {
-        QFile file(m_directory.filePath(QStringLiteral("night.v2.csv")));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(QByteArray::fromStdString(text));
-        file.close();
-        m_options.files = {file.fileName().toStdString()};
+        const QString file = m_directory.filePath("night.v2.csv");
+        TestSupport::writeFile(file, text);
+        m_options.files = {file.toStdString()};
         m_source = makeSweepSource(m_options,
                                    [this](const QString& sentence) { m_reports.push_back(sentence.toStdString()); });
         m_source->prepare();
