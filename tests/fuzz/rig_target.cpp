@@ -57,7 +57,7 @@ void runRig(const std::string& input)
     const values::Tree tree;
     try {
         readAnswers(input);
-    } catch (const RecStation::RigReplyError&) {
+    } catch (const RecStation::ConnectionError&) {
         // told to the user
     }
     try {

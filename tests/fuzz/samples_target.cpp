@@ -85,7 +85,7 @@ void runSamples(const std::string& input)
     const auto known = RecStation::knownByName(QString::fromStdString(input));
     require(!known.rateHz || *known.rateHz > 0, "a name tells a rate of 0");
     static_cast<void>(RecStation::whyNoSamples(input));
-    static_cast<void>(RecStation::parseRtlTcpGreeting(input));
+    static_cast<void>(RecStation::isRtlTcpGreeting(input));
 }
 
 std::vector<std::string> samplesSeeds()

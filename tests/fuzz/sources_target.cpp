@@ -84,7 +84,7 @@ void runBearings(const std::string& input)
         const values::Tree tree;
         auto options = fileOptions<RecStation::BearingsOptions>(file);
         options.strict = strict;
-        options.dateFormat = strict ? "MM/dd/yy" : "yyyy-MM-dd";
+        options.dateFormat = RecStation::LogDateFormat(strict ? "MM/dd/yy" : "yyyy-MM-dd");
         options.decimalComma = strict;
         tolerating([&] { play(*makeBearingsSource(options, ignore), input.size()); });
     }
@@ -122,11 +122,11 @@ void runFeed(const std::string& input)
 void runNmea(const std::string& input)
 {
     const ScratchFile file(input);
-    for (const char* date : {"", "2026-11-21"}) {
+    for (const bool dated : {false, true}) {
         const values::Tree tree;
         auto options = fileOptions<RecStation::NmeaOptions>(file);
-        options.date = date;
-        options.fixWeekRollover = *date == '\0';
+        options.firstDay = dated ? RecStation::LogDateFormat("yyyy-MM-dd").parse("2026-11-21") : std::nullopt;
+        options.fixWeekRollover = !dated;
         tolerating([&] { play(*makeNmeaSource(options, ignore), input.size()); });
     }
 }

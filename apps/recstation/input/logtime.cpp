@@ -28,7 +28,7 @@ QString groupFor(const QString& field)
 
 }  // namespace
 
-LogDateFormat::LogDateFormat(const std::string& format)
+LogDateFormat::LogDateFormat(const std::string& format) : m_text(format)
 {
     static const QRegularExpression fields(QStringLiteral("dd?|MM?|yyyy|yy"));
     const QString text = QString::fromStdString(format);

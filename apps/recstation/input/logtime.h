@@ -15,11 +15,13 @@ class LogDateFormat {
 public:
     /// @throws std::invalid_argument when the format does not have each of day, month and year once
     explicit LogDateFormat(const std::string& format);
+    [[nodiscard]] const std::string& text() const { return m_text; }
 
     /// Whole days since 1970-01-01.
     [[nodiscard]] std::optional<long long> parse(const std::string& text) const;
 
 private:
+    std::string m_text;
     QRegularExpression m_pattern;
 };
 

@@ -7,14 +7,14 @@
 #include <terminaltext/quantity.h>
 #include <vkbase/quonos.h>
 
-#include "attachedvalue.h"
 #include "input/usageerror.h"
 #include "iqspectra/frames.h"
 #include "iqspectra/hops.h"
 #include "iqspectra/receiver.h"
 #include "iqspectra/samplewatch.h"
-#include "iqspectra/spectrumvalues.h"
 #include "live/peersource.h"
+#include "published/attachedvalue.h"
+#include "published/spectrumvalues.h"
 
 namespace RecStation {
 
@@ -52,7 +52,7 @@ void checkTogether(const ReceiverDevice& device, const ReceiverOptions& options)
     if (options.dwellSeconds && options.average > 0) {
         refuse("--dwell and --average exclude each other: with --hop each dwell is one spectrum");
     }
-    if (!options.hopHz.empty() && options.spectrum == "if") {
+    if (!options.hopHz.empty() && options.ifSpectrum) {
         refuse("--hop makes a panorama, and --as if is the spectrum of one fixed frequency");
     }
     std::vector<double> sorted = options.hopHz;
@@ -116,7 +116,7 @@ ReceiverSource::ReceiverSource(const ReceiverDevice& device, const ReceiverOptio
       m_device{.name = forFileNames(device.name),
                .type = device.type,
                .valuePath = options.valuePath,
-               .ifSpectrum = options.spectrum == "if"},
+               .ifSpectrum = options.ifSpectrum},
       m_plan(planOf(options)),
       m_receiver(std::move(receiver)),
       m_frames(
@@ -229,7 +229,7 @@ void ReceiverSource::apply()
         const HopPart& part = m_layout.parts[m_pendingHop];
         m_values->showPart(part.firstChannel, std::span(m_pending.levelsDb).subspan(part.firstBin, part.bins), time);
     } else {
-        m_values->show(m_pending, time);
+        m_values->show(m_pending.levelsDb, m_pending.levelDb, time);
     }
     ++m_shown;
 }

@@ -29,10 +29,11 @@ void addSpectrumOptions(CLI::App& command, SpectrumOptions& options)
         ->check(TerminalText::acceptedIf(isFftSize, "an even number from 16 to 1048576"))
         ->capture_default_str();
     command
-        .add_option("--window", options.window,
-                    "flattop (true levels), hann (fine resolution) or blackman-harris (in between)")
+        .add_option_function<std::string>(
+            "--window", [&options](const std::string& name) { options.window = *windowByName(name); },
+            "flattop (true levels), hann (fine resolution) or blackman-harris (in between)")
         ->check(TerminalText::oneOf({"flattop", "hann", "blackman-harris"}))
-        ->capture_default_str();
+        ->default_str("flattop");
     command.add_option("--overlap", options.overlapPercent, "overlap of consecutive FFTs in percent, 0 to 95")
         ->transform(TerminalText::inUnit({"%"}, 0, LargestOverlapPercent))
         ->capture_default_str();
@@ -42,10 +43,11 @@ void addSpectrumOptions(CLI::App& command, SpectrumOptions& options)
         ->check(TerminalText::acceptedIf(isAverage, "a whole number from 0 to 1000000"))
         ->capture_default_str();
     command
-        .add_option("--as", options.spectrum,
-                    "rf: RF spectrum of a panorama scan; if: IF spectrum of a fixed frequency")
+        .add_option_function<std::string>(
+            "--as", [&options](const std::string& kind) { options.ifSpectrum = kind == "if"; },
+            "rf: RF spectrum of a panorama scan; if: IF spectrum of a fixed frequency")
         ->check(TerminalText::oneOf({"rf", "if"}))
-        ->capture_default_str();
+        ->default_str("rf");
 }
 
 }  // namespace RecStation

@@ -15,11 +15,11 @@ constexpr double LargestOverlapPercent = 95;
 
 /// What the command line says.
 struct SpectrumOptions {
-    std::size_t fftSize = 1024;      ///< channels of a spectrum, even, 16 to 1,048,576
-    std::string window = "flattop";  ///< flattop, hann or blackman-harris
-    double overlapPercent = 0;       ///< overlap of consecutive FFTs, 0 to 95
-    std::size_t average = 0;         ///< FFTs averaged (in power) to one spectrum; 0: as many as last 4 ms
-    std::string spectrum = "rf";     ///< rf: a panorama scan's spectrum; if: a fixed frequency's IF spectrum
+    std::size_t fftSize = 1024;  ///< channels of a spectrum, even, 16 to 1,048,576
+    Window window = Window::FlatTop;
+    double overlapPercent = 0;  ///< overlap of consecutive FFTs, 0 to 95
+    std::size_t average = 0;    ///< FFTs averaged (in power) to one spectrum; 0: as many as last 4 ms
+    bool ifSpectrum = false;    ///< a fixed frequency's IF spectrum, not a panorama scan's
 };
 
 struct SpectrumPlan {
@@ -27,7 +27,6 @@ struct SpectrumPlan {
     Window window = Window::FlatTop;
     std::size_t advance = 0;  ///< samples from one FFT to the next
     std::size_t average = 0;  ///< FFTs of a spectrum
-    bool ifSpectrum = false;
 
     [[nodiscard]] std::size_t frameLength() const { return (average - 1) * advance + fftSize; }  ///< samples
 };
@@ -40,7 +39,6 @@ struct SpectrumPlan {
 [[nodiscard]] std::string whyAUnit(const std::string& option, double hz, double rateHz);
 
 /// @param rateHz samples a second, above 0
-/// @throws std::runtime_error for options that are wrong, without the source's name
 [[nodiscard]] SpectrumPlan makeSpectrumPlan(const SpectrumOptions& options, double rateHz);
 
 }  // namespace RecStation

@@ -86,15 +86,15 @@ TEST(CommandLine, OptionsBelongToTheSourceBeforeThem)
                                    "--strict", "--utc-offset", "-05:00", "-o", "d"});
     ASSERT_TRUE(of<SweepOptions>(options) && of<NmeaOptions>(options) && of<BearingsOptions>(options));
     EXPECT_THAT(of<SweepOptions>(options)->files, ElementsAre("a.csv"));
-    EXPECT_EQ(of<SweepOptions>(options)->utcOffset, "+01:00");
+    EXPECT_EQ(of<SweepOptions>(options)->utcOffsetUs, 3'600'000'000);
     EXPECT_EQ(of<SweepOptions>(options)->binFrequency, "lower");
     EXPECT_FALSE(of<SweepOptions>(options)->strict);
     EXPECT_EQ(of<NmeaOptions>(options)->file, "b.log");
-    EXPECT_EQ(of<NmeaOptions>(options)->date, "2026-11-21");
+    EXPECT_EQ(of<NmeaOptions>(options)->firstDay, 20'778);
     EXPECT_TRUE(of<NmeaOptions>(options)->fixWeekRollover);
     EXPECT_FALSE(of<NmeaOptions>(options)->strict);
     EXPECT_TRUE(of<BearingsOptions>(options)->strict);
-    EXPECT_EQ(of<BearingsOptions>(options)->utcOffset, "-05:00");
+    EXPECT_EQ(of<BearingsOptions>(options)->utcOffsetUs, -18'000'000'000);
     EXPECT_EQ(options.output, "d");
     EXPECT_FALSE(of<SimOptions>(options));
 }
@@ -128,7 +128,7 @@ TEST(CommandLine, NumbersHaveUnits)
     EXPECT_EQ(of<IqOptions>(options)->rateHz, 48e3);
     EXPECT_EQ(of<IqOptions>(options)->centreHz, 145.5e6);
     EXPECT_EQ(of<IqOptions>(options)->overlapPercent, 50);
-    EXPECT_EQ(of<IqOptions>(options)->window, "hann");
+    EXPECT_EQ(of<IqOptions>(options)->window, RecStation::Window::Hann);
     for (const char* centre : {"1.4200 GHz", "1.42G", "1420MHz", "1420000kHz", "1.42e9", "1420000000 hz"}) {
         EXPECT_EQ(of<IqOptions>(parse({"iq", "x", "--centre", centre}))->centreHz, 1.42e9) << centre;
     }

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "input/isotime.h"
 #include "iqfiles_fixture.h"
 #include "sources/iq/foreignbytes.h"
 #include "sources/iq/recordername.h"
@@ -29,7 +30,7 @@ TEST_F(IqFiles, EveryFormatGivesTheSameSpectraForTheSameSamples)
         {"float.wav", wav(3, 32, asFloat)}};
     m_options.rateHz = 48000;
     m_options.centreHz = 7.1e6;
-    m_options.start = "2020-01-02T03:04:05Z";
+    m_options.startTime = RecStation::parseIsoTime("2020-01-02T03:04:05Z");
     for (const auto& [name, bytes] : files) {
         write(name, bytes);
         const auto spectra = run();
@@ -95,7 +96,7 @@ TEST_F(IqFiles, ATimeThatIsReadAsLocalIsTold)
     EXPECT_EQ(run().at(0).frequencyHz, 7.1e6);
     EXPECT_THAT(m_said,
                 ElementsAre(HasSubstr("the time in the name is read as this computer's local time: it is 2020-")));
-    m_options.start = "2020-01-02T03:04:05Z";
+    m_options.startTime = RecStation::parseIsoTime("2020-01-02T03:04:05Z");
     EXPECT_EQ(run().at(0).time, NewYear);
     EXPECT_THAT(m_said, IsEmpty());
 }
@@ -127,7 +128,7 @@ TEST_F(IqFiles, CapturesHaveTheirOwnFrequenciesAndTimes)
     m_options.centreHz = 1e6;
     EXPECT_THAT(problem(), HasSubstr("--centre would not be true of each of the 3 captures"));
     m_options.centreHz.reset();
-    m_options.start = "2020-01-02T03:04:05Z";
+    m_options.startTime = RecStation::parseIsoTime("2020-01-02T03:04:05Z");
     EXPECT_THAT(problem(), HasSubstr("--start would not be true of each of the 3 captures"));
 }
 

@@ -14,6 +14,7 @@
 #include <values/tree.h>
 #include <values/value.h>
 
+#include "input/isotime.h"
 #include "iqtesting.h"
 #include "sources/iq/iqsource.h"
 
@@ -35,7 +36,7 @@ protected:
         m_options.format = "cf32_le";
         m_options.rateHz = 1e6;
         m_options.centreHz = 100e6;
-        m_options.start = "2026-11-21T08:30:00Z";
+        m_options.startTime = RecStation::parseIsoTime("2026-11-21T08:30:00Z");
         m_options.average = 1;
     }
 

@@ -11,6 +11,7 @@
 #include <values/tree.h>
 #include <values/value.h>
 
+#include "input/isotime.h"
 #include "iqtesting.h"
 #include "sources/iq/iqsource.h"
 
@@ -62,13 +63,13 @@ protected:
         m_options.format = "cu8";
         m_options.rateHz = 2e6;
         m_options.centreHz = 1090e6;
-        m_options.start = "2026-11-21T08:30:00Z";
+        m_options.startTime = RecStation::parseIsoTime("2026-11-21T08:30:00Z");
     }
 
     std::vector<Frame> run()
     {
         values::Tree tree;
-        const auto source = RecStation::makeIqSource(m_options);
+        const auto source = RecStation::makeIqSource(m_options, [](const QString& /*sentence*/) {});
         source->prepare();
         auto& spectrum = dynamic_cast<LevelMap&>(*tree.Find(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum")));
         auto& level = dynamic_cast<values::ValueNumeric<double>&>(*tree.Find(QStringLiteral("/LEVEL")));

@@ -52,13 +52,13 @@ TEST(RigReply, WhatTheCommandBeforeLeftBehindIsPassedOver)
 TEST(RigReply, AnythingElseIsRefusedAndNothingGoesOnWithoutEnd)
 {
     for (const char* line : {"HTTP/1.1 400 Bad Request", "get_freq", "get_frequency", "145000000", "\x01\x02"}) {
-        EXPECT_THROW(replyTo("get_freq", {line}), RigReplyError) << line;
+        EXPECT_THROW(replyTo("get_freq", {line}), ConnectionError) << line;
     }
-    EXPECT_THROW(replyTo("get_freq", {"get_freq:", "RPRT x"}), RigReplyError);
+    EXPECT_THROW(replyTo("get_freq", {"get_freq:", "RPRT x"}), ConnectionError);
     RigReplyReader reader("get_freq");
     EXPECT_THROW(
         for (int i = 0; i < 1000; ++i) { static_cast<void>(reader.take(i == 0 ? "get_freq:" : "x: y")); },
-        RigReplyError);
+        ConnectionError);
 }
 
 TEST(RigReply, OnlyWhatAReceiverCanHaveIsTaken)

@@ -50,7 +50,7 @@ protected:
     {
         m_source.reset();
         if (m_server) {
-            m_options.address = "127.0.0.1:" + std::to_string(m_server->port());
+            m_options.address = {"127.0.0.1", m_server->port()};
         }
         RecStation::StationHooks hooks;
         hooks.report = [this](const QString& sentence) { m_said.push_back(sentence.toStdString()); };
@@ -203,15 +203,14 @@ TEST_F(RtlTcp, ALostServerLeavesAGapAndIsTriedAgain)
 
 TEST_F(RtlTcp, OptionsThatDoNotGoTogetherAreRefused)
 {
-    m_options.address = "127.0.0.1:1";
     m_options.centreHz.reset();
     EXPECT_EQ(problem(), "rtltcp: the centre frequency is not known: give --centre, or several with --hop");
     m_options.hopHz = {100e6, 101e6, 100e6};
     EXPECT_EQ(problem(), "rtltcp: --hop names a frequency twice");
     m_options.hopHz = {100e6, 101e6};
-    m_options.spectrum = "if";
+    m_options.ifSpectrum = true;
     EXPECT_THAT(problem(), HasSubstr("--hop makes a panorama"));
-    m_options.spectrum = "rf";
+    m_options.ifSpectrum = false;
     m_options.average = 3;
     m_options.dwellSeconds = 1;
     EXPECT_THAT(problem(), HasSubstr("--dwell and --average exclude each other"));
@@ -223,20 +222,14 @@ TEST_F(RtlTcp, OptionsThatDoNotGoTogetherAreRefused)
     m_options.dwellSeconds.reset();
     m_options.centreHz = 5e9;
     EXPECT_THAT(problem(), HasSubstr("above 4.294967295 GHz"));
-    m_options.centreHz = 5e6;
-    m_options.address = "[::1";
-    EXPECT_THAT(problem(), HasSubstr("[::1 is no address"));
 }
 
 TEST(RtlTcpProtocol, AGreetingIsTwelveBytesOfTheRightBeginning)
 {
     using namespace std::string_literals;
-    const auto greeting = RecStation::parseRtlTcpGreeting("RTL0\0\0\0\5\0\0\1\x1d"s);
-    ASSERT_TRUE(greeting.has_value());
-    EXPECT_EQ(greeting->tuner, 5U);
-    EXPECT_EQ(greeting->gains, 285U);
+    EXPECT_TRUE(RecStation::isRtlTcpGreeting("RTL0\0\0\0\5\0\0\1\x1d"s));
     for (const std::string& bytes : {""s, "RTL0"s, "RTL1\0\0\0\5\0\0\1\x1d"s, "RTL0\0\0\0\5\0\0\1\x1d\0"s}) {
-        EXPECT_FALSE(RecStation::parseRtlTcpGreeting(bytes).has_value());
+        EXPECT_FALSE(RecStation::isRtlTcpGreeting(bytes));
     }
     EXPECT_THAT(RecStation::rtlTcpBytes(RecStation::RtlTcpCommand::Frequency, 0x01020304), ElementsAre(1, 1, 2, 3, 4));
 }

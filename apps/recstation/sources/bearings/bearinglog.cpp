@@ -17,20 +17,6 @@ namespace {
 
 constexpr std::size_t MostFrequencies = 16'777'216;  // a map has no more
 
-std::optional<char> separatorOf(const std::string& option)
-{
-    if (option == "auto") {
-        return std::nullopt;
-    }
-    if (option == "tab") {
-        return '\t';
-    }
-    if (option.size() == 1 && std::string("\"\r\n").find(option) == std::string::npos) {
-        return option.front();
-    }
-    throw std::runtime_error("bearings: --separator " + option + " is neither one character nor tab nor auto");
-}
-
 CsvRecord readHeader(CsvReader& csv, const LogInput& input)
 {
     auto header = csv.next();
@@ -69,7 +55,9 @@ void note(const LoggedBearing& bearing, LogSurvey& survey)
 }  // namespace
 
 BearingLog::BearingLog(const BearingsOptions& options, const LogInput& input, BadRow badRow)
-    : m_csv(input.open(), separatorOf(options.separator), options.decimalComma),
+    : m_csv(input.open(),
+            options.separator == options.GuessedSeparator ? std::nullopt : std::optional(options.separator),
+            options.decimalComma),
       m_parser(begin(options, input)),
       m_badRow(std::move(badRow))
 {

@@ -11,7 +11,6 @@
 
 namespace RecStation {
 
-using TerminalText::acceptedIf;
 using TerminalText::inUnit;
 
 namespace {
@@ -30,19 +29,21 @@ A log without that line, and the lines of a KrakenSDR, which are known as such:
   recstation -o recordings bearings bare.csv --columns timestamp,frequency,azimuth,
   recstation -o recordings bearings kraken.csv)";
 
-bool isSeparator(const std::string& text)
+std::optional<char> parseSeparator(const std::string& text)
 {
-    return text == "auto" || text == "tab" ||
-           (text.size() == 1 && std::string("\"\r\n").find(text) == std::string::npos);
+    if (text == "auto" || text == "tab") {
+        return text == "tab" ? '\t' : BearingsOptions::GuessedSeparator;
+    }
+    return text.size() == 1 && text.find_first_of("\"\r\n") == std::string::npos ? std::optional(text.front())
+                                                                                 : std::nullopt;
 }
 
-bool isDateFormat(const std::string& text)
+std::optional<LogDateFormat> parseDateFormat(const std::string& text)
 {
     try {
-        const LogDateFormat format(text);
-        return true;
+        return LogDateFormat(text);
     } catch (const std::invalid_argument&) {
-        return false;
+        return std::nullopt;
     }
 }
 
@@ -87,23 +88,27 @@ void addBearingsOptions(CLI::App& command, BearingsOptions& options)
 {
     command.footer(BearingsExample);
     addInputFile(command, options.file, "Log as CSV; - is the standard input");
-    command.add_option("--separator", options.separator, "A character, tab or auto (one of ; , and tab)")
-        ->check(acceptedIf(isSeparator, "one character, tab or auto"))
-        ->capture_default_str();
+    addParsed(command, "--separator", options.separator, "A character, tab or auto (one of ; , and tab)",
+              parseSeparator, "one character, tab or auto")
+        ->default_str("auto");
     command.add_flag("--decimal-comma", options.decimalComma, "Numbers have a decimal comma: 433,92");
     addColumns(command, options);
-    command.add_option("--date-format", options.dateFormat, "d, dd, M, MM, yy (1970 to 2069) and yyyy, as in MM/dd/yy")
-        ->check(acceptedIf(isDateFormat, "one day, month and year, as in MM/dd/yy"))
-        ->capture_default_str();
-    addUtcOffset(command, options.utcOffset, "How far the log's times are ahead of UTC, as -05:00");
+    addParsed(command, "--date-format", options.dateFormat, "d, dd, M, MM, yy (1970 to 2069) and yyyy, as in MM/dd/yy",
+              parseDateFormat, "one day, month and year, as in MM/dd/yy")
+        ->default_str(options.dateFormat.text());
+    addUtcOffset(command, options.utcOffsetUs, "How far the log's times are ahead of UTC, as -05:00");
     command.add_option("--station", options.station, "Only the bearings of this station");
     command.add_flag("--no-position", options.noPosition,
                      "Leave positions and altitudes out, because nmea or another source tells them");
     command.add_flag("--south", options.south, "Latitudes have no sign and are south");
     command.add_flag("--west", options.west, "Longitudes have no sign and are west");
     command
-        .add_option("--frequency-unit", options.frequencyUnit,
-                    "Hz, kHz, MHz or GHz (default: as the column's name tells, otherwise MHz)")
+        .add_option_function<std::string>(
+            "--frequency-unit",
+            [&options](const std::string& unit) {
+                options.hzPerUnit = TerminalText::parseQuantity('1' + unit, {"Hz"});
+            },
+            "Hz, kHz, MHz or GHz (default: as the column's name tells, otherwise MHz)")
         ->check(TerminalText::oneOf({"Hz", "kHz", "MHz", "GHz"}));
     command
         .add_option("--heading", options.headingDeg,

@@ -4,8 +4,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include <QLoggingCategory>
-
 #include "clock.h"
 #include "sources/bearings/bearinglog.h"
 #include "sources/bearings/bearingsvalues.h"
@@ -13,8 +11,6 @@
 namespace RecStation {
 
 namespace {
-
-Q_LOGGING_CATEGORY(bearingsLog, "recstation.bearings")
 
 class BearingsSource final : public Source {
 public:
@@ -141,11 +137,6 @@ SourceReport BearingsSource::report() const
 }
 
 }  // namespace
-
-void logInputReport(const QString& sentence)
-{
-    qCWarning(bearingsLog).noquote() << sentence;
-}
 
 std::unique_ptr<Source> makeBearingsSource(const BearingsOptions& options, InputReport report)
 {

@@ -8,6 +8,7 @@
 #include <QString>
 
 #include "input/badlines.h"
+#include "input/logtime.h"
 #include "sources/bearings/krakenrow.h"
 #include "sources/source.h"
 
@@ -20,16 +21,17 @@ namespace RecStation {
 /// What the command line says. Columns are found by their names in the first line, upper and lower case alike. A
 /// column of the type std::optional may be missing while nobody names it.
 struct BearingsOptions {
-    std::string file;                ///< UTF-8; "-" is standard input
-    std::string separator = "auto";  ///< a character, "tab", or "auto": the one that the first line has most of
-    bool decimalComma = false;       ///< numbers have one; then a comma is no separator that is guessed
+    std::string file;                               ///< UTF-8; "-" is standard input
+    static constexpr char GuessedSeparator = '\0';  ///< the one of ; , and tab that the first line has most of
+    char separator = GuessedSeparator;
+    bool decimalComma = false;  ///< numbers have one; then a comma is no separator that is guessed
     /// Names with commas between, of a log without a first line that names them; empty: it has one.
     std::string columns;
     std::optional<std::string> timestampColumn;  ///< date and time in one
     std::string dateColumn = "date";
     std::string timeColumn = "time";
-    std::string dateFormat = "yyyy-MM-dd";  ///< d, dd, M, MM, yy (1970 to 2069), yyyy
-    std::string utcOffset = "UTC";          ///< local time minus UTC: "-05:00"
+    LogDateFormat dateFormat{"yyyy-MM-dd"};
+    long long utcOffsetUs = 0;  ///< local time minus UTC, microseconds
     std::optional<std::string> stationColumn;
     std::string station;  ///< only this station's bearings; empty: all
     /// Degrees, or degrees, minutes and seconds in two or three columns named with commas between.
@@ -41,7 +43,7 @@ struct BearingsOptions {
     bool west = false;                          ///< longitudes have no sign and are west
     std::optional<std::string> altitudeColumn;  ///< metres
     std::string frequencyColumn = "frequency";
-    std::string frequencyUnit;  ///< Hz, kHz, MHz or GHz; empty: as the column's name tells, else MHz
+    std::optional<double> hzPerUnit;  ///< of the frequency; nothing: as the column's name tells, else MHz
     std::string azimuthColumn = "azimuth";
     std::optional<std::string> elevationColumn;  ///< degrees
     std::optional<std::string> levelColumn;      ///< dB
@@ -59,9 +61,6 @@ struct BearingsOptions {
 
 /// Adds the positional FILE and the options to a command.
 void addBearingsOptions(CLI::App& command, BearingsOptions& options);
-
-/// Warns in the logging category "recstation.bearings".
-void logInputReport(const QString& sentence);
 
 /// Publishes, below the value path where no "/" stands in front:
 /// - /DfSpectrum, a ValueMap of bearings whose channels are the frequencies in the log, ascending; every row with an
@@ -83,6 +82,6 @@ void logInputReport(const QString& sentence);
 /// bad rows; it throws what is wrong with the options or the columns, when there is no bearing, and with strict when
 /// there is a bad row. step throws when the file has changed since. Memory depends on the number of channels only,
 /// unless the log comes through a pipe (see LogInput).
-std::unique_ptr<Source> makeBearingsSource(const BearingsOptions& options, InputReport report = logInputReport);
+std::unique_ptr<Source> makeBearingsSource(const BearingsOptions& options, InputReport report);
 
 }  // namespace RecStation

@@ -6,7 +6,6 @@
 #include <limits>
 #include <stdexcept>
 
-#include "attachedvalue.h"
 #include "sources/bearings/krakenrow.h"
 
 namespace RecStation {
@@ -32,14 +31,8 @@ BearingsValues::BearingsValues(bool hasPosition, std::optional<double> headingDe
     : m_valuePath(valuePath)
 {
     constexpr double Unknown = std::numeric_limits<double>::quiet_NaN();
-    const values::Tree* tree = values::Tree::Instance();
-    const bool told = tree != nullptr && tree->Find(QStringLiteral("/FREQUENCY")) != nullptr;
     addDevice(headingDeg, deviceName, QStringLiteral("Direction finder"));
-    setNumber(m_valuePath + QStringLiteral("/Scn/StartFreq"), Unknown);
-    setNumber(m_valuePath + QStringLiteral("/Scn/StopFreq"), Unknown);
-    if (!told) {
-        m_frequency->SetValue(Unknown);
-    }
+    setScanRange(m_valuePath, Unknown, Unknown);
     if (!headingDeg) {
         m_heading->SetValue(Unknown);
     }
@@ -53,18 +46,16 @@ BearingsValues::BearingsValues(bool hasPosition, std::optional<double> headingDe
 
 void BearingsValues::addDevice(std::optional<double> headingDeg, const QString& deviceName, const QString& deviceType)
 {
-    setText(m_valuePath + QStringLiteral("/Adm/DRIVERNAME"), forFileNames(deviceName));
-    setText(m_valuePath + QStringLiteral("/Adm/DEVICE_TYPE"), deviceType);
+    setDevice(m_valuePath, forFileNames(deviceName), deviceType);
     attachValue(m_heading, QStringLiteral("/TRUEHEADING"));
     m_heading->SetValue(azimuthOf(headingDeg.value_or(0), false));
-    attachValue(m_frequency, QStringLiteral("/FREQUENCY"));
+    attachNumber(m_frequency, QStringLiteral("/FREQUENCY"));
     attachValue(m_map, QStringLiteral("/DfSpectrum"));
 }
 
 void BearingsValues::setChannels()
 {
-    setNumber(m_valuePath + QStringLiteral("/Scn/StartFreq"), m_channelsHz.front());
-    setNumber(m_valuePath + QStringLiteral("/Scn/StopFreq"), m_channelsHz.back());
+    setScanRange(m_valuePath, m_channelsHz.front(), m_channelsHz.back());
     m_map->SetChannelRange(values::ChannelRange::List(m_channelsHz));
 }
 

@@ -6,10 +6,7 @@
 
 #include <QString>
 
-#include <values/maps.h>
-#include <values/tree.h>
-#include <values/value.h>
-
+#include "published/attachedvalue.h"
 #include "sources/bearings/bearinglog.h"
 
 namespace RecStation {
@@ -32,7 +29,6 @@ public:
     void showLive(const LoggedBearing& bearing);
     /// Nothing is measured and nobody knows where, but the frequencies stay.
     void forget(unsigned long long time);
-    [[nodiscard]] std::size_t channels() const { return m_channelsHz.size(); }
 
 private:
     using Number = values::ValuePtr<values::ValueNumeric<double>>;
@@ -43,7 +39,7 @@ private:
 
     QString m_valuePath;
     std::vector<double> m_channelsHz;
-    values::ValuePtr<values::ValueMap<values::Bearing, values::BearingHandler>> m_map;
+    values::ValuePtr<BearingMap> m_map;
     values::ValuePtr<values::ValueNumericWithOffset<double>> m_frequency;
     // Detached where the log has none.
     Number m_latitude;

@@ -2,11 +2,12 @@
 #include "sources/bearings/logcolumns.h"
 
 #include <algorithm>
-#include <array>
 #include <stdexcept>
 
 #include <QRegularExpression>
 #include <QStringList>
+
+#include <terminaltext/quantity.h>
 
 #include "input/fields.h"
 
@@ -122,13 +123,11 @@ std::vector<LogColumn> angleColumns(const CsvRecord& header, const std::optional
     return columns;
 }
 
-std::string frequencyUnitOf(const std::string& column)
+double hzPerUnitOf(const std::string& column)
 {
-    static constexpr std::array Units = {"Hz", "kHz", "MHz", "GHz"};
-    const QString unit = partOf(column).unit;
-    const auto* const found = std::find_if(
-        Units.begin(), Units.end(), [&unit](const char* known) { return isSameName(QLatin1String(known), unit); });
-    return found == Units.end() ? "MHz" : *found;
+    constexpr double OfMhz = 1e6;
+    const std::string unit = partOf(column).unit.toLower().toStdString();
+    return unit.ends_with("hz") ? TerminalText::parseQuantity('1' + unit, {"Hz"}).value_or(OfMhz) : OfMhz;
 }
 
 }  // namespace RecStation

@@ -28,7 +28,7 @@ struct LogColumn {
 /// The columns of degrees, minutes and seconds, as far as they are named; none without a name and a standard column.
 [[nodiscard]] std::vector<LogColumn> angleColumns(const CsvRecord& header, const std::optional<std::string>& names,
                                                   const char* standardName, const char* option);
-/// Hz, kHz, MHz or GHz, as a column's name tells; MHz where it does not.
-[[nodiscard]] std::string frequencyUnitOf(const std::string& column);
+/// Of a frequency's unit as a column's name tells it; that of MHz where it does not.
+[[nodiscard]] double hzPerUnitOf(const std::string& column);
 
 }  // namespace RecStation

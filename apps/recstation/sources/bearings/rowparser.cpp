@@ -27,41 +27,6 @@ constexpr double Sixty = 60;
     throw std::runtime_error("bearings: " + sentence);
 }
 
-LogDateFormat checkedDateFormat(const std::string& format)
-{
-    try {
-        return LogDateFormat(format);
-    } catch (const std::invalid_argument&) {
-        failRow("--date-format " + format + " needs one day, one month and one year, as in MM/dd/yy");
-    }
-}
-
-long long checkedUtcOffset(const std::string& offset)
-{
-    const auto microseconds = parseUtcOffset(offset);
-    if (!microseconds) {
-        failRow("--utc-offset " + offset + " is no offset such as -05:00 or UTC");
-    }
-    return *microseconds;
-}
-
-double hzPerUnit(const std::string& unit)
-{
-    if (unit == "Hz") {
-        return 1;
-    }
-    if (unit == "kHz") {
-        return 1e3;
-    }
-    if (unit == "MHz") {
-        return 1e6;
-    }
-    if (unit == "GHz") {
-        return 1e9;
-    }
-    failRow("--frequency-unit " + unit + " is none of Hz, kHz, MHz and GHz");
-}
-
 // ---- fields
 
 const std::string& field(const CsvRecord& row, const LogColumn& column)
@@ -227,10 +192,9 @@ RowParser::RowParser(const BearingsOptions& options, const CsvRecord& header)
       m_heading(
           optionalColumn(header, options.headingDeg ? std::string() : options.headingColumn, "", "--heading-column")),
       m_remark(remarkOnHeading(header, options)),
-      m_dateFormatText(options.dateFormat),
-      m_dateFormat(checkedDateFormat(options.dateFormat)),
-      m_utcOffset(checkedUtcOffset(options.utcOffset)),
-      m_hzPerUnit(hzPerUnit(options.frequencyUnit.empty() ? frequencyUnitOf(m_frequency.name) : options.frequencyUnit)),
+      m_dateFormat(options.dateFormat),
+      m_utcOffsetUs(options.utcOffsetUs),
+      m_hzPerUnit(options.hzPerUnit.value_or(hzPerUnitOf(m_frequency.name))),
       m_onlyStation(options.station),
       m_south(options.south),
       m_west(options.west)
@@ -291,13 +255,13 @@ unsigned long long RowParser::readTime(const CsvRecord& row) const
     }
     const auto day = m_dateFormat.parse(field(row, m_date));
     if (!day) {
-        refuse(row, m_date, "is no date as " + m_dateFormatText);
+        refuse(row, m_date, "is no date as " + m_dateFormat.text());
     }
     const auto timeOfDay = parseTimeOfDay(field(row, m_time));
     if (!timeOfDay) {
         refuse(row, m_time, "is no time of day such as 5:31 or 05:31:07.25");
     }
-    const long long time = *day * MicrosecondsPerDay + *timeOfDay - m_utcOffset;
+    const long long time = *day * MicrosecondsPerDay + *timeOfDay - m_utcOffsetUs;
     if (!isRecordable(time)) {
         refuse(row, m_date, "is not from 1970 to 2500");
     }
@@ -312,7 +276,7 @@ unsigned long long RowParser::readTimestamp(const CsvRecord& row) const
     }
     const std::string iso = asIso(text);
     const auto time = parseIsoTime(iso);
-    const long long us = static_cast<long long>(time.value_or(0)) - (hasZone(iso) ? 0 : m_utcOffset);
+    const long long us = static_cast<long long>(time.value_or(0)) - (hasZone(iso) ? 0 : m_utcOffsetUs);
     if (!time || !isRecordable(us)) {
         refuse(row, *m_timestamp,
                "is no time from 1970 to 2500 such as 2026-03-01T08:00:00.25Z, 1772352000.25 or 1772352000250");

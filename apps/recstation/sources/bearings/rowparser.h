@@ -70,9 +70,8 @@ private:
     std::optional<LogColumn> m_heading;
     std::string m_remark;
 
-    std::string m_dateFormatText;
     LogDateFormat m_dateFormat;
-    long long m_utcOffset;  // microseconds
+    long long m_utcOffsetUs;
     double m_hzPerUnit;
     std::string m_onlyStation;
     bool m_south;

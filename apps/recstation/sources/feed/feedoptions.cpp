@@ -25,10 +25,10 @@ void addFeedOptions(CLI::App& command, FeedOptions& options)
     addInputFile(command, options.file, "File to read; - is the standard input")
         ->required(false)
         ->capture_default_str();
-    addStart(
-        command,
-        "Recorded time of \"at\": 0 (default: that of the first line if \"at\" is one there, else the current time)",
-        [&options](unsigned long long time) { options.startTime = time; });
+    addStart(command, options.startTime,
+             "Recorded time of \"at\": 0 (default: that of the first line if \"at\" is one there, else the current "
+             "time)")
+        ->type_name("TIME");
     addStrict(command, options.strict);
     command.add_flag("--keep-at", options.keepAt,
                      "Record every plain value at its own \"at\", not at the \"time\" of the map before it");

@@ -21,12 +21,11 @@ Examples:
 void addGpsdOptions(CLI::App& command, GpsdOptions& options)
 {
     command.footer(GpsdExamples);
-    command.add_option("address", options.address, "Where gpsd listens; port 2947 unless it is told")
+    constexpr std::uint16_t GpsdPort = 2947;
+    addParsed(command, "address", options.address, "Where gpsd listens; port 2947 unless it is told",
+              addressWith(GpsdPort), "HOST, HOST:PORT or [ADDRESS]:PORT")
         ->option_text("HOST[:PORT]")
-        ->required()
-        ->check(
-            TerminalText::acceptedIf([](const std::string& text) { return parseAddress(text, GpsdPort).has_value(); },
-                                     "HOST, HOST:PORT or [ADDRESS]:PORT"));
+        ->required();
     command.add_option("--device", options.device, "Only this device, as gpsd names it (default: as above)")
         ->type_name("PATH");
     command

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "position/fix.h"
+#include "published/fix.h"
 
 namespace RecStation {
 

@@ -1,13 +1,12 @@
 // Watching gpsd: lines of JSON in, the newest position and attitude out.
 #include "sources/gpsd/gpsdsource.h"
 
-#include <stdexcept>
 #include <utility>
 
-#include "attachedvalue.h"
 #include "live/lines.h"
 #include "live/peersource.h"
-#include "position/positionvalues.h"
+#include "published/attachedvalue.h"
+#include "published/positionvalues.h"
 #include "sources/gpsd/gpsdreport.h"
 #include "sources/gpsd/gpsdstate.h"
 
@@ -43,10 +42,9 @@ private:
 
 class GpsdSource final : public PeerSource {
 public:
-    GpsdSource(GpsdOptions options, Address address, const SourceRun& run)
-        : PeerSource("gpsd", addressText(address), run),
+    GpsdSource(GpsdOptions options, const SourceRun& run)
+        : PeerSource("gpsd", addressText(options.address), run),
           m_options(std::move(options)),
-          m_address(std::move(address)),
           m_sourceTime(run.sourceTime),
           m_lines(LongestGpsdReport),
           m_state(m_options.device, m_options.variationDeg)
@@ -67,7 +65,6 @@ private:
     void tellNews();
 
     GpsdOptions m_options;
-    Address m_address;
     bool m_sourceTime;
     LineConnection m_lines;
     GpsdState m_state;
@@ -86,16 +83,15 @@ void GpsdSource::prepare()
 {
     m_values = std::make_unique<PositionValues>();
     if (!m_options.valuePath.isEmpty()) {
-        setText(m_options.valuePath + QStringLiteral("/Adm/DRIVERNAME"),
-                forFileNames(QStringLiteral("gpsd ") + QString::fromStdString(m_address.host)));
-        setText(m_options.valuePath + QStringLiteral("/Adm/DEVICE_TYPE"), QStringLiteral("gpsd"));
+        const QString device = QStringLiteral("gpsd ") + QString::fromStdString(m_options.address.host);
+        setDevice(m_options.valuePath, forFileNames(device), QStringLiteral("gpsd"));
     }
 }
 
 void GpsdSource::connect()
 {
     m_state.forget();
-    m_lines.open(m_address);
+    m_lines.open(m_options.address);
     const auto greeting = m_lines.next(in(GpsdGreeting));
     const auto report = greeting ? parseGpsdReport(*greeting) : std::nullopt;
     if (!report || report->kind != GpsdReport::Kind::Version) {
@@ -175,11 +171,7 @@ SourceReport GpsdSource::counts() const
 
 std::unique_ptr<Source> makeGpsdSource(const GpsdOptions& options, const SourceRun& run)
 {
-    const auto address = parseAddress(options.address, GpsdPort);
-    if (!address) {
-        throw std::runtime_error("gpsd: " + options.address + " is no HOST:PORT");
-    }
-    return std::make_unique<GpsdSource>(options, *address, run);
+    return std::make_unique<GpsdSource>(options, run);
 }
 
 }  // namespace RecStation

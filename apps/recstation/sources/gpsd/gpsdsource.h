@@ -13,16 +13,13 @@ namespace RecStation {
 
 /// What the command line says.
 struct GpsdOptions {
-    std::string address;                 ///< HOST[:PORT]
+    Address address;
     std::string device;                  ///< as gpsd names it; empty: the first that tells something
     std::optional<double> variationDeg;  ///< of compasses; east is positive
     QString valuePath;                   ///< of a device to be named after the peer; empty: none
 };
 
-constexpr std::uint16_t GpsdPort = 2947;
-
 /// Publishes what the source "nmea" does. It lives until the process is asked to stop.
-/// @throws std::runtime_error when the address is none
 std::unique_ptr<Source> makeGpsdSource(const GpsdOptions& options, const SourceRun& run);
 
 }  // namespace RecStation

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "position/fix.h"
+#include "published/fix.h"
 #include "sources/gpsd/gpsdreport.h"
 
 namespace RecStation {

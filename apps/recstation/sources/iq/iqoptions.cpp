@@ -51,11 +51,9 @@ void addIqOptions(CLI::App& command, IqOptions& options)
         .add_option("--centre,--center", options.centreHz,
                     "centre frequency in Hz, as 145.5M (default: SigMF metadata, WAV or name)")
         ->transform(centreFrequency(options));
-    command
-        .add_option("--start", options.start,
-                    "time of the first sample, as 2026-11-21T08:30:00.25Z (default: SigMF metadata, WAV or name, "
-                    "otherwise now)")
-        ->check(aTime());
+    addStart(command, options.startTime,
+             "time of the first sample, as 2026-11-21T08:30:00.25Z (default: SigMF metadata, WAV or name, otherwise "
+             "now)");
     addSpectrumOptions(command, options);
 }
 

@@ -6,10 +6,10 @@
 #include <stdexcept>
 #include <string>
 
-#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 
+#include "clock.h"
 #include "input/byteinput.h"
 #include "input/isotime.h"
 #include "input/usageerror.h"
@@ -165,12 +165,8 @@ void checkUnitOfCentre(const IqOptions& options, const IqPlan& plan)
 std::optional<unsigned long long> firstStart(const IqOptions& options, const std::vector<KnownCapture>& captures,
                                              const IqPlan& plan)
 {
-    if (!options.start.empty()) {
-        const auto time = parseIsoTime(options.start);
-        if (!time) {
-            failPlan("--start " + options.start + " is not a time such as 2026-11-21T08:30:00.25Z");
-        }
-        return time;
+    if (options.startTime) {
+        return options.startTime;
     }
     const auto told = std::find_if(captures.begin(), captures.end(),
                                    [](const KnownCapture& capture) { return capture.startTime.has_value(); });
@@ -200,7 +196,7 @@ void refuseOneForAll(const IqOptions& options, const Files& files, const std::ve
     if (captures.size() > 1 && options.centreHz && tells(&KnownCapture::centreHz)) {
         failUsage("--centre" + all);
     }
-    if (captures.size() > 1 && !options.start.empty() && tells(&KnownCapture::startTime)) {
+    if (captures.size() > 1 && options.startTime && tells(&KnownCapture::startTime)) {
         failUsage("--start" + all);
     }
 }
@@ -249,8 +245,7 @@ void planStretches(const IqOptions& options, const Files& files, const KnownSamp
                           .centreHz = chooseCentre(options, files, capture),
                           .startTime = capture.startTime.value_or(0)};
         if (plan.stretches.empty()) {
-            stretch.startTime = start.value_or(static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) *
-                                               MicrosecondsPerMillisecond);
+            stretch.startTime = start.value_or(systemTimeUs());
         } else if (!capture.startTime) {
             // Nothing says that there was a gap.
             const KnownCapture& before = known.captures[plan.stretches.size() - 1];
@@ -258,7 +253,7 @@ void planStretches(const IqOptions& options, const Files& files, const KnownSamp
         }
         plan.stretches.push_back(stretch);
     }
-    if (known.localTime && options.start.empty()) {
+    if (known.localTime && !options.startTime) {
         plan.remarks.append(QStringLiteral("the time in the name is read as this computer's local time: it is %1")
                                 .arg(QString::fromStdString(utcText(plan.stretches.front().startTime))));
     }
@@ -325,15 +320,6 @@ KnownSamples know(const IqOptions& options, const Files& files, IqPlan& plan)
     return known;
 }
 
-void planSpectra(const IqOptions& options, IqPlan& plan)
-{
-    try {
-        static_cast<SpectrumPlan&>(plan) = makeSpectrumPlan(options, plan.rateHz);
-    } catch (const std::runtime_error& error) {
-        failPlan(error.what());
-    }
-}
-
 }  // namespace
 
 unsigned long long IqPlan::timeOf(const IqStretch& stretch, std::uint64_t sample) const
@@ -358,7 +344,7 @@ IqPlan makeIqPlan(const IqOptions& options)
     planStretches(options, files, known, plan);
     checkUnitOfCentre(options, plan);
     fitToFile(plan, known);
-    planSpectra(options, plan);
+    static_cast<SpectrumPlan&>(plan) = makeSpectrumPlan(options, plan.rateHz);
     return plan;
 }
 

@@ -7,11 +7,10 @@
 #include <vector>
 
 #include <QFileInfo>
-#include <QLoggingCategory>
 
 #include "clock.h"
 #include "input/isotime.h"
-#include "iqspectra/spectrumvalues.h"
+#include "published/spectrumvalues.h"
 #include "sources/iq/foreignbytes.h"
 #include "sources/iq/iqplan.h"
 #include "sources/iq/wavsamples.h"
@@ -19,8 +18,6 @@
 namespace RecStation {
 
 namespace {
-
-Q_LOGGING_CATEGORY(iqLog, "recstation.iq")
 
 QString deviceName(const IqPlan& plan)
 {
@@ -119,7 +116,7 @@ void IqSource::prepare()
     m_values = std::make_unique<SpectrumValues>(SpectrumDevice{.name = deviceName(m_plan),
                                                                .type = QStringLiteral("IQ samples %1").arg(format),
                                                                .valuePath = m_options.valuePath,
-                                                               .ifSpectrum = m_plan.ifSpectrum});
+                                                               .ifSpectrum = m_options.ifSpectrum});
     m_values->setBand(stretch().centreHz, m_plan.rateHz, m_plan.fftSize);
     m_shownStretch = m_stretch;
 }
@@ -198,7 +195,7 @@ void IqSource::step()
     if (std::exchange(m_shownStretch, m_stretch) != m_stretch) {
         m_values->setBand(stretch().centreHz, m_plan.rateHz, m_plan.fftSize);
     }
-    m_values->show(*m_pending, m_options.live ? stationTimeUs() : m_latest);
+    m_values->show(m_pending->levelsDb, m_pending->levelDb, m_options.live ? stationTimeUs() : m_latest);
     m_pending.reset();
     ++m_shown;
 }
@@ -224,11 +221,6 @@ std::optional<unsigned long long> IqSource::lastTime()
 }
 
 }  // namespace
-
-void logIqReport(const QString& sentence)
-{
-    qCWarning(iqLog).noquote() << sentence;
-}
 
 std::unique_ptr<Source> makeIqSource(const IqOptions& options, IqReport report)
 {

@@ -19,13 +19,11 @@ struct IqOptions : SpectrumOptions {
     std::optional<double> rateHz;    ///< samples a second
     std::optional<double> centreHz;  ///< frequency of 0 Hz in the samples
     bool centreHasUnit = false;      ///< it was given as 1090M or 1090 Hz, not as 1090
-    std::string start;               ///< ISO 8601 time of the first sample; empty: by metadata, otherwise now
+    /// Of the first sample, microseconds since 1970 UTC; nothing: by metadata, otherwise now.
+    std::optional<unsigned long long> startTime;
     QString valuePath = "/Devices/Rx1";
     bool live = false;  ///< maps have the time of the step, not one of their own
 };
-
-/// Warns in the logging category "recstation.iq".
-void logIqReport(const QString& sentence);
 
 /// Publishes, below the value path where no "/" stands in front:
 /// - spectrum rf: Scn/RfSpectrum, with the mode key 5 in Gen/DRVCOMMANDS; spectrum if: /IfMapping, with the mode key 23
@@ -43,6 +41,6 @@ void logIqReport(const QString& sentence);
 /// whole spectrum is thrown by prepare, which reads the first spectrum's samples; damage found later (samples that are
 /// no numbers, a cut last sample, samples that do not fill a spectrum) is reported and counted. Memory depends on the
 /// FFT size only.
-std::unique_ptr<Source> makeIqSource(const IqOptions& options, IqReport report = logIqReport);
+std::unique_ptr<Source> makeIqSource(const IqOptions& options, IqReport report);
 
 }  // namespace RecStation

@@ -2,12 +2,10 @@
 #include <CLI/CLI.hpp>
 
 #include "input/optionchecks.h"
-#include "sources/kraken/httpfetch.h"
 #include "sources/kraken/krakensource.h"
 
 namespace RecStation {
 
-using TerminalText::acceptedIf;
 using TerminalText::inSeconds;
 using TerminalText::inUnit;
 
@@ -29,12 +27,10 @@ constexpr double FullTurnDeg = 360;
 void addKrakenOptions(CLI::App& command, KrakenOptions& options)
 {
     command.footer(KrakenExamples);
-    command
-        .add_option("URL", options.url,
-                    "http://HOST:PORT/PATH, or HOST for http://HOST:8081/DOA_value.html, as a KrakenSDR serves it")
-        ->required()
-        ->check(acceptedIf([](const std::string& text) { return parseHttpUrl(text).has_value(); },
-                           "an address such as http://krakensdr:8081/DOA_value.html"));
+    addParsed(command, "URL", options.url,
+              "http://HOST:PORT/PATH, or HOST for http://HOST:8081/DOA_value.html, as a KrakenSDR serves it",
+              parseHttpUrl, "an address such as http://krakensdr:8081/DOA_value.html")
+        ->required();
     command.add_option("--interval", options.intervalSeconds, "Time from one request to the next")
         ->type_name("TIME")
         ->transform(inSeconds(ShortestInterval, LongestInterval))

@@ -5,13 +5,11 @@
 #include <deque>
 #include <limits>
 #include <map>
-#include <stdexcept>
 #include <utility>
 
 #include "clock.h"
 #include "live/peersource.h"
 #include "sources/bearings/bearingsvalues.h"
-#include "sources/kraken/httpfetch.h"
 #include "sources/kraken/krakenanswer.h"
 
 namespace RecStation {
@@ -21,21 +19,11 @@ namespace {
 constexpr std::size_t MostChannels = 4096;
 constexpr std::chrono::milliseconds AnswerPatience{4'000};  // a check waits for 5 s
 
-HttpUrl checkedUrl(const std::string& text)
-{
-    auto url = parseHttpUrl(text);
-    if (!url) {
-        throw std::runtime_error("kraken: " + text + " is no address such as http://krakensdr:8081/DOA_value.html");
-    }
-    return *url;
-}
-
 class KrakenSource final : public PeerSource {
 public:
-    KrakenSource(const KrakenOptions& options, const SourceRun& run, HttpUrl url)
-        : PeerSource("kraken", urlText(url), run),
+    KrakenSource(const KrakenOptions& options, const SourceRun& run)
+        : PeerSource("kraken", urlText(options.url), run),
           m_options(options),
-          m_url(std::move(url)),
           m_sourceTime(run.sourceTime),
           m_interval(static_cast<long long>(options.intervalSeconds * 1000)),
           m_answers(options.mirror)
@@ -46,7 +34,7 @@ public:
     [[nodiscard]] QStringList spectra() const override { return {QStringLiteral("/DfSpectrum")}; }
 
 protected:
-    void connect() override { m_connection.open(m_url.address); }
+    void connect() override { m_connection.open(m_options.url.address); }
     [[nodiscard]] Received receive() override;
     void disconnect() noexcept override
     {
@@ -62,7 +50,6 @@ private:
     void takeNew(std::vector<LoggedBearing> bearings);
 
     KrakenOptions m_options;
-    HttpUrl m_url;
     bool m_sourceTime;
     std::chrono::milliseconds m_interval;
     Connection m_connection;  // open: nothing was asked over it
@@ -82,8 +69,9 @@ private:
 
 void KrakenSource::prepare()
 {
-    m_values = std::make_unique<BearingsValues>(!m_options.noPosition, m_options.headingDeg,
-                                                QString::fromStdString(m_url.address.host), m_options.valuePath);
+    m_values =
+        std::make_unique<BearingsValues>(!m_options.noPosition, m_options.headingDeg,
+                                         QString::fromStdString(m_options.url.address.host), m_options.valuePath);
 }
 
 Received KrakenSource::receive()
@@ -106,9 +94,9 @@ void KrakenSource::ask()
 {
     m_nextAsk = in(m_interval);
     if (!m_connection.isOpen()) {
-        m_connection.open(m_url.address);
+        m_connection.open(m_options.url.address);
     }
-    const std::string body = fetch(m_connection, m_url, AnswerPatience);
+    const std::string body = fetch(m_connection, m_options.url, AnswerPatience);
     m_arrivalUs = systemTimeUs();
     takeNew(m_answers.parse(body));
     if (m_answers.foundMirrored() && !std::exchange(m_mirrorTold, true)) {
@@ -166,7 +154,7 @@ SourceReport KrakenSource::counts() const
 
 std::unique_ptr<Source> makeKrakenSource(const KrakenOptions& options, const SourceRun& run)
 {
-    return std::make_unique<KrakenSource>(options, run, checkedUrl(options.url));
+    return std::make_unique<KrakenSource>(options, run);
 }
 
 }  // namespace RecStation

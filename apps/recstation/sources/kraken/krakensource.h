@@ -3,18 +3,18 @@
 
 #include <memory>
 #include <optional>
-#include <string>
 
 #include <QString>
 
 #include "sources/bearings/krakenrow.h"
+#include "sources/kraken/httpfetch.h"
 #include "sources/offeredsource.h"
 
 namespace RecStation {
 
 /// What the command line says.
 struct KrakenOptions {
-    std::string url;                   ///< see parseHttpUrl
+    HttpUrl url;
     double intervalSeconds = 0.5;      ///< from asking to asking
     std::optional<double> headingDeg;  ///< true heading of azimuth 0; nothing: as the finder tells
     Mirror mirror = Mirror::Auto;

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-#include "position/fix.h"
+#include "published/fix.h"
 #include "sources/nmea/nmeasentence.h"
 
 namespace RecStation::NmeaFields {

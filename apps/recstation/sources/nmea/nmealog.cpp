@@ -2,7 +2,6 @@
 #include "sources/nmea/nmealog.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
 #include <stdexcept>
 #include <utility>
@@ -12,7 +11,7 @@
 
 #include <system/stopsignal.h>
 
-#include "input/logtime.h"
+#include "clock.h"
 #include "sources/nmea/lineends.h"
 #include "sources/nmea/loggedtime.h"
 #include "sources/nmea/nmeafields.h"
@@ -31,28 +30,9 @@ long long today()
     return QDateTime::currentDateTimeUtc().date().toJulianDay() - EpochJulianDay;
 }
 
-long long systemTime()
-{
-    using std::chrono::duration_cast;
-    using std::chrono::microseconds;
-    return duration_cast<microseconds>(std::chrono::system_clock::now().time_since_epoch()).count();
-}
-
 std::string dayText(long long day)
 {
     return QDate::fromJulianDay(day + EpochJulianDay).toString(Qt::ISODate).toStdString();
-}
-
-std::optional<long long> parseDay(const std::string& text)
-{
-    if (text.empty()) {
-        return std::nullopt;
-    }
-    const auto day = LogDateFormat("yyyy-MM-dd").parse(text);
-    if (!day || *day < 0) {
-        throw std::runtime_error("nmea: --date " + text + " is no day from 1970 on, such as 2026-11-21");
-    }
-    return day;
 }
 
 }  // namespace
@@ -65,11 +45,11 @@ NmeaLog::NmeaLog(const NmeaOptions& options, InputReport report, ArrivalClock no
       m_clock(today(), options.fixWeekRollover),
       m_live(now || isStream(options.file)),
       m_byArrival(options.arrival),
-      m_now(now ? std::move(now) : systemTime),
+      m_now(now ? std::move(now) : [] { return static_cast<long long>(systemTimeUs()); }),
       m_variation(options.variationDeg)
 {
-    if (const auto day = parseDay(options.date)) {
-        m_clock.start(*day);
+    if (options.firstDay) {
+        m_clock.start(*options.firstDay);
     }
 }
 
@@ -125,7 +105,7 @@ void NmeaLog::accept(const NmeaMessage& message, std::string_view front)
         return;
     }
     entry.message.day =
-        message.day && m_options.date.empty() ? std::optional(m_clock.corrected(*message.day)) : std::nullopt;
+        message.day && !m_options.firstDay ? std::optional(m_clock.corrected(*message.day)) : std::nullopt;
     if (m_clock.started()) {
         place(entry);
     } else {

@@ -39,7 +39,7 @@ public:
     using ArrivalClock = std::function<long long()>;  ///< microseconds since 1970 UTC
 
     /// Opens the input.
-    /// @throws std::runtime_error for a wrong date, or when the input cannot be opened
+    /// @throws std::runtime_error when the input cannot be opened
     /// @param now when what arrives live does so; without it the system's time, and live is what is no file
     NmeaLog(const NmeaOptions& options, InputReport report, ArrivalClock now = {});
 

@@ -88,7 +88,7 @@ void NmeaLog::takeSentence(std::string_view text, std::string_view front)
     auto message = readNmeaMessage(sentence);
     if (message) {
         requireChecksum(sentence);
-        if (!message->dayProblem.empty() && m_options.date.empty() && !m_byArrival) {
+        if (!message->dayProblem.empty() && !m_options.firstDay && !m_byArrival) {
             throw LineError(message->dayProblem);
         }
         m_hasFix = message->valid.value_or(m_hasFix);

@@ -9,7 +9,6 @@
 
 namespace RecStation {
 
-using TerminalText::acceptedIf;
 using TerminalText::inUnit;
 
 namespace {
@@ -29,13 +28,14 @@ void addNmeaOptions(CLI::App& command, NmeaOptions& options)
 {
     command.footer(NmeaExample);
     addInputFile(command, options.file, "NMEA 0183 sentences; - is the standard input");
-    command
-        .add_option("--date", options.date,
-                    "Day of the first time, as 2026-11-21; the dates in RMC and ZDA do not count")
-        ->type_name("DATE")
-        ->check(acceptedIf(
-            [](const std::string& text) { return LogDateFormat("yyyy-MM-dd").parse(text).value_or(-1) >= 0; },
-            "a day from 1970 on such as 2026-11-21"));
+    const auto parseDay = [](const std::string& text) {
+        const auto day = LogDateFormat("yyyy-MM-dd").parse(text);
+        return day.value_or(-1) >= 0 ? day : std::nullopt;
+    };
+    addParsed(command, "--date", options.firstDay,
+              "Day of the first time, as 2026-11-21; the dates in RMC and ZDA do not count", parseDay,
+              "a day from 1970 on such as 2026-11-21")
+        ->type_name("DATE");
     command.add_flag(
         "--arrival", options.arrival,
         "Times are those in front of the lines of a file, or at which they are read, whatever the sentences tell");

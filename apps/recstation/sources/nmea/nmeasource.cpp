@@ -4,17 +4,13 @@
 #include <algorithm>
 #include <utility>
 
-#include <QLoggingCategory>
-
-#include "attachedvalue.h"
-#include "position/positionvalues.h"
+#include "published/attachedvalue.h"
+#include "published/positionvalues.h"
 #include "sources/nmea/nmealog.h"
 
 namespace RecStation {
 
 namespace {
-
-Q_LOGGING_CATEGORY(nmeaLog, "recstation.nmea")
 
 class NmeaSource final : public Source {
 public:
@@ -44,8 +40,7 @@ void NmeaSource::prepare()
     m_values = std::make_unique<PositionValues>();
     if (!m_options.valuePath.isEmpty()) {
         const QString device = m_options.file == "-" ? QStringLiteral("NMEA input") : textBaseName(m_options.file);
-        setText(m_options.valuePath + QStringLiteral("/Adm/DRIVERNAME"), forFileNames(device));
-        setText(m_options.valuePath + QStringLiteral("/Adm/DEVICE_TYPE"), QStringLiteral("NMEA 0183"));
+        setDevice(m_options.valuePath, forFileNames(device), QStringLiteral("NMEA 0183"));
     }
 }
 
@@ -99,11 +94,6 @@ SourceReport NmeaSource::report() const
 }
 
 }  // namespace
-
-void logNmeaReport(const QString& sentence)
-{
-    qCWarning(nmeaLog).noquote() << sentence;
-}
 
 std::unique_ptr<Source> makeNmeaSource(const NmeaOptions& options, InputReport report)
 {

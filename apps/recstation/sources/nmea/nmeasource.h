@@ -15,7 +15,7 @@ namespace RecStation {
 /// What the command line says.
 struct NmeaOptions {
     std::string file;                    ///< UTF-8; "-" is standard input
-    std::string date;                    ///< day of the first time, as 2026-11-21, instead of the dates in the input
+    std::optional<long long> firstDay;   ///< since 1970-01-01, of the first time, instead of the dates in the input
     bool arrival = false;                ///< times are those at which the lines are read
     std::optional<double> variationDeg;  ///< east is positive; where no sentence with the heading tells it
     bool fixWeekRollover = false;        ///< add 1,024 weeks to dates that a receiver may have rolled back
@@ -24,15 +24,12 @@ struct NmeaOptions {
     QString valuePath;                             ///< of a device to be named after the file; empty: none
 };
 
-/// Warns in the logging category "recstation.nmea".
-void logNmeaReport(const QString& sentence);
-
 /// Publishes /LOCATIONLATITUDE and /LOCATIONLONGITUDE (degrees, north and east positive), /ALTITUDE (metres above mean
 /// sea level), /VELOCITY (metres a second), /TRUEHEADING, /PITCH and /ROLL (degrees). Values that nobody else made are
 /// not a number until a sentence gives them. With a value path also Adm/DRIVERNAME and Adm/DEVICE_TYPE below it.
 ///
 /// Sentences without a time lie between the timed sentences around them, see NmeaLog. nextTime throws when a file
 /// holds no time or no date, and with strict at the first bad line. Memory is bounded.
-std::unique_ptr<Source> makeNmeaSource(const NmeaOptions& options, InputReport report = logNmeaReport);
+std::unique_ptr<Source> makeNmeaSource(const NmeaOptions& options, InputReport report);
 
 }  // namespace RecStation

@@ -75,14 +75,10 @@ RigAnswers RigClient::ask()
 {
     sendQuestions();
     RigAnswers answers;
-    try {
-        for (Question& question : m_questions) {
-            if (question.offered) {
-                take(question, reply(question), answers);
-            }
+    for (Question& question : m_questions) {
+        if (question.offered) {
+            take(question, reply(question), answers);
         }
-    } catch (const RigReplyError& error) {
-        throw ConnectionError(error.what());
     }
     return answers;
 }

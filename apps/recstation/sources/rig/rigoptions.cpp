@@ -3,13 +3,10 @@
 
 #include <CLI/CLI.hpp>
 
-#include <terminaltext/optionvalues.h>
-
+#include "input/optionchecks.h"
 #include "sources/rig/rigsource.h"
 
 namespace RecStation {
-
-using TerminalText::acceptedIf;
 
 namespace {
 
@@ -23,11 +20,6 @@ Examples:
   recstation -o recordings --duration 8h rig 192.168.1.20 --interval 200ms --s9 -73
   rigctld -m 3073 -r /dev/ttyUSB0 -M 224.0.1.1 &  which sends what the scope of the receiver shows to a group
   recstation -o recordings rig localhost --multicast=224.0.1.1:4532)";
-
-bool isRigAddress(const std::string& text)
-{
-    return parseAddress(text, RigPort).has_value();
-}
 
 bool isGroup(const std::string& text)
 {
@@ -43,9 +35,9 @@ void addRigOptions(CLI::App& command, RigOptions& options)
     constexpr double LowestDbm = -200;
     constexpr double HighestDbm = 50;
     command.footer(RigExamples);
-    command.add_option("ADDRESS", options.address, "HOST or HOST:PORT of rigctld, whose port is 4532")
-        ->check(acceptedIf(isRigAddress, "an address such as localhost:4532"))
-        ->capture_default_str();
+    addParsed(command, "ADDRESS", options.address, "HOST or HOST:PORT of rigctld, whose port is 4532",
+              addressWith(RigPort), "an address such as localhost:4532")
+        ->default_str("localhost");
     command
         .add_option("--interval", options.intervalSeconds, "Time from an answer to the next question, 10ms at least")
         ->type_name("TIME")
@@ -60,7 +52,7 @@ void addRigOptions(CLI::App& command, RigOptions& options)
         .add_flag("--multicast{224.0.1.1:4532}", options.multicast,
                   "Record the spectra in rigctld's packets too; --multicast=ADDRESS where they do not go to "
                   "224.0.1.1:4532")
-        ->check(acceptedIf(isGroup, "an address of IPv4 in digits such as 224.0.1.1:4532"));
+        ->check(TerminalText::acceptedIf(isGroup, "an address of IPv4 in digits such as 224.0.1.1:4532"));
 }
 
 }  // namespace

@@ -24,12 +24,12 @@ bool isLeftOver(std::string_view line)
 std::optional<RigReply> RigReplyReader::take(std::string_view line)
 {
     if (++m_lines > MostLines) {
-        throw RigReplyError("its answer to " + m_command + " has no end");
+        throw ConnectionError("its answer to " + m_command + " has no end");
     }
     if (!m_begun) {
         m_begun = line.starts_with(m_command) && line.substr(m_command.size()).starts_with(':');
         if (!m_begun && !isLeftOver(line)) {
-            throw RigReplyError("it does not answer as rigctld does: " + shown(line));
+            throw ConnectionError("it does not answer as rigctld does: " + shown(line));
         }
         return std::nullopt;
     }
@@ -40,7 +40,7 @@ std::optional<RigReply> RigReplyReader::take(std::string_view line)
     }
     const auto code = parseNumber<int>(trimmed(line.substr(CodeMark.size())));
     if (!code) {
-        throw RigReplyError("it does not answer as rigctld does: " + shown(line));
+        throw ConnectionError("it does not answer as rigctld does: " + shown(line));
     }
     m_reply.code = *code;
     return std::move(m_reply);

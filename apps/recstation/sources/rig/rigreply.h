@@ -3,17 +3,13 @@
 
 #include <cstddef>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace RecStation {
+#include "live/connection.h"
 
-/// What came is no answer of rigctld's. One clause.
-class RigReplyError : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
+namespace RecStation {
 
 struct RigReply {
     /// What follows the line with the command's name, up to the code: "-38" of "-38" and of "Level Value: -38".
@@ -39,7 +35,7 @@ public:
     /// @param command its long name, "get_mode"
     explicit RigReplyReader(std::string command) : m_command(std::move(command)) {}
 
-    /// @return the answer with its last line @throws RigReplyError
+    /// @return the answer with its last line @throws ConnectionError when it is no answer of rigctld's
     [[nodiscard]] std::optional<RigReply> take(std::string_view line);
 
 private:

@@ -19,7 +19,7 @@ constexpr std::chrono::seconds SpectrumHolds{5};
 
 class RigSource final : public PeerSource {
 public:
-    RigSource(RigOptions options, const Address& address, const SourceRun& run);
+    RigSource(RigOptions options, const SourceRun& run);
 
     void prepare() override;
     [[nodiscard]] QStringList spectra() const override;
@@ -56,12 +56,12 @@ private:
     std::uint64_t m_badPackets = 0;
 };
 
-RigSource::RigSource(RigOptions options, const Address& address, const SourceRun& run)
-    : PeerSource("rig", addressText(address), run),
+RigSource::RigSource(RigOptions options, const SourceRun& run)
+    : PeerSource("rig", addressText(options.address), run),
       m_options(std::move(options)),
       m_valuePath(receiverOf(run.configuration).valuePath),
-      m_deviceName(QStringLiteral("rig ") + QString::fromStdString(addressText(address))),
-      m_client(address, m_options.s9Dbm, [this](const std::string& clause) { say(clause); })
+      m_deviceName(QStringLiteral("rig ") + QString::fromStdString(addressText(m_options.address))),
+      m_client(m_options.address, m_options.s9Dbm, [this](const std::string& clause) { say(clause); })
 {
 }
 
@@ -190,11 +190,7 @@ SourceReport RigSource::counts() const
 
 std::unique_ptr<Source> makeRigSource(RigOptions options, const SourceRun& run)
 {
-    const auto address = parseAddress(options.address, RigPort);
-    if (!address) {
-        throw std::runtime_error("rig: \"" + options.address + "\" is no address such as localhost:4532");
-    }
-    return std::make_unique<RigSource>(std::move(options), *address, run);
+    return std::make_unique<RigSource>(std::move(options), run);
 }
 
 }  // namespace RecStation

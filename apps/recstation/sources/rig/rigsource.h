@@ -17,10 +17,10 @@ constexpr std::uint16_t RigPort = 4532;
 
 /// What the command line says.
 struct RigOptions {
-    std::string address = "localhost";  ///< of rigctld, "HOST:PORT"
-    double intervalSeconds = 0.5;       ///< from an answer to the next question
-    std::optional<double> s9Dbm;        ///< what S9 is in dBm; nothing: levels are dB over S9
-    std::string multicast;              ///< group and port of rigctld's packets; empty: none are listened to
+    Address address{"localhost", RigPort};  ///< of rigctld
+    double intervalSeconds = 0.5;           ///< from an answer to the next question
+    std::optional<double> s9Dbm;            ///< what S9 is in dBm; nothing: levels are dB over S9
+    std::string multicast;                  ///< group and port of rigctld's packets; empty: none are listened to
 };
 
 /// Publishes /FREQUENCY (Hz), Mon/DEMODULATION, Mon/BANDWIDTH (Hz) and /LEVEL of the receiver of the configuration;

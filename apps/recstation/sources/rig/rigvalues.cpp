@@ -4,16 +4,12 @@
 #include <array>
 #include <cmath>
 #include <limits>
-#include <memory>
-#include <vector>
-
-#include "attachedvalue.h"
+#include <utility>
 
 namespace RecStation {
 
 namespace {
 
-constexpr std::int32_t RigPanoramaScanKey = 5;
 constexpr double Unknown = std::numeric_limits<double>::quiet_NaN();
 constexpr std::size_t MostModes = 64;
 
@@ -31,50 +27,38 @@ void setKnown(const values::ValuePtr<values::ValueNumeric<double>>& value, doubl
     }
 }
 
-void addItem(const values::ValuePtr<values::ValueSelection>& selection, const QString& name)
-{
-    const std::size_t key = selection->GetItems().size();
-    selection->AddItem(
-        std::make_unique<values::SelectionItem>(name, static_cast<double>(key), static_cast<std::int32_t>(key))
-            .release());
-}
-
 }  // namespace
 
 RigValues::RigValues(const QString& deviceName, const QString& valuePath, bool withSpectrum, double s9)
-    : m_scan(valuePath + QStringLiteral("/Scn/"))
+    : m_valuePath(valuePath)
 {
-    setText(valuePath + QStringLiteral("/Adm/DRIVERNAME"), forFileNames(deviceName));
-    setText(valuePath + QStringLiteral("/Adm/DEVICE_TYPE"), QStringLiteral("Hamlib rigctld"));
-    const QString frequency = QStringLiteral("/FREQUENCY");
-    const bool told = values::Tree::Instance() != nullptr && values::Tree::Instance()->Find(frequency) != nullptr;
-    attachValue(m_frequency, frequency);
-    if (!told) {
-        m_frequency->SetValue(Unknown);
-    }
+    const SpectrumDevice device{
+        .name = forFileNames(deviceName), .type = QStringLiteral("Hamlib rigctld"), .valuePath = valuePath};
+    setDevice(valuePath, device.name, device.type);
+    attachNumber(m_frequency, QStringLiteral("/FREQUENCY"));
     attachValue(m_mode, valuePath + QStringLiteral("/Mon/DEMODULATION"));
-    addItem(m_mode, UnknownMode);
+    addMode(UnknownMode);
     for (const char* mode : RigModes) {
-        addItem(m_mode, QLatin1String(mode));
+        addMode(QLatin1String(mode));
     }
     attachValue(m_bandwidth, valuePath + QStringLiteral("/Mon/BANDWIDTH"));
     attachValue(m_level, QStringLiteral("/LEVEL"));
     if (withSpectrum) {
-        values::ValuePtr<values::ValueSelection> command;
-        attachValue(command, valuePath + QStringLiteral("/Gen/DRVCOMMANDS"));
-        const QString scan = QStringLiteral("Panorama scan");
-        command->AddItem(
-            std::make_unique<values::SelectionItem>(scan, RigPanoramaScanKey, RigPanoramaScanKey).release());
-        command->Select(scan);
-        attachValue(m_spectrum, m_scan + QStringLiteral("RfSpectrum"));
-        setNumber(m_scan + QStringLiteral("StepFreq"), Unknown);
+        m_spectrum.emplace(device);
+        setNumber(valuePath + QStringLiteral("/Scn/StepFreq"), Unknown);
     }
-    const values::Tree* tree = values::Tree::Instance();
-    m_tellsRange = !withSpectrum && tree->Find(m_scan + QStringLiteral("StartLevel")) == nullptr;
+    const QString level = valuePath + QStringLiteral("/Scn/StartLevel");
+    m_tellsRange = !withSpectrum && values::Tree::Instance()->Find(level) == nullptr;
     if (withSpectrum || m_tellsRange) {
         beginRange(s9);
     }
     forget();
+}
+
+void RigValues::addMode(const QString& name)
+{
+    const std::size_t key = m_mode->GetItems().size();
+    addItem(m_mode, name, static_cast<double>(key), static_cast<std::int32_t>(key));
 }
 
 // What the header is made of, until the first spectrum or frequency tells. The scale is that of a signal meter.
@@ -82,10 +66,8 @@ void RigValues::beginRange(double s9)
 {
     constexpr double S0 = -54;
     constexpr double MostOverS9 = 60;
-    setNumber(m_scan + QStringLiteral("StartFreq"), Unknown);
-    setNumber(m_scan + QStringLiteral("StopFreq"), Unknown);
-    setNumber(m_scan + QStringLiteral("StartLevel"), s9 + S0);
-    setNumber(m_scan + QStringLiteral("StopLevel"), s9 + MostOverS9);
+    setScanRange(m_valuePath, Unknown, Unknown);
+    setScanLevels(m_valuePath, s9 + S0, s9 + MostOverS9);
 }
 
 void RigValues::show(const RigAnswers& answers)
@@ -94,8 +76,7 @@ void RigValues::show(const RigAnswers& answers)
         m_frequency->SetValue(*answers.frequencyHz);
     }
     if (answers.frequencyHz && m_tellsRange) {
-        setNumber(m_scan + QStringLiteral("StartFreq"), *answers.frequencyHz);
-        setNumber(m_scan + QStringLiteral("StopFreq"), *answers.frequencyHz);
+        setScanRange(m_valuePath, *answers.frequencyHz, *answers.frequencyHz);
     }
     if (answers.mode) {
         showMode(*answers.mode);
@@ -117,7 +98,7 @@ void RigValues::showMode(const std::string& mode)
     }
     if (!m_mode->Select(name)) {
         if (m_mode->GetItems().size() < MostModes) {
-            addItem(m_mode, name);
+            addMode(name);
         }
         if (!m_mode->Select(name)) {
             m_mode->Select(UnknownMode);
@@ -127,23 +108,13 @@ void RigValues::showMode(const std::string& mode)
 
 void RigValues::show(const RigSpectrum& spectrum, unsigned long long time)
 {
-    if (spectrum.lowHz != m_lowHz || spectrum.highHz != m_highHz || spectrum.levelsDb.size() != m_cells) {
-        layOut(spectrum);
+    auto channels = values::ChannelRange::Even(spectrum.lowHz, spectrum.stepHz(), spectrum.levelsDb.size());
+    if (channels != m_channels) {
+        m_spectrum->setPanorama(channels, spectrum.lowHz, spectrum.highHz, spectrum.stepHz());
+        setScanLevels(m_valuePath, spectrum.lowestDb, spectrum.highestDb);
+        m_channels = std::move(channels);
     }
-    m_spectrum->SetCells(0, spectrum.levelsDb, time);
-}
-
-void RigValues::layOut(const RigSpectrum& spectrum)
-{
-    m_lowHz = spectrum.lowHz;
-    m_highHz = spectrum.highHz;
-    m_cells = spectrum.levelsDb.size();
-    setNumber(m_scan + QStringLiteral("StartFreq"), m_lowHz);
-    setNumber(m_scan + QStringLiteral("StopFreq"), m_highHz);
-    setNumber(m_scan + QStringLiteral("StepFreq"), spectrum.stepHz());
-    setNumber(m_scan + QStringLiteral("StartLevel"), spectrum.lowestDb);
-    setNumber(m_scan + QStringLiteral("StopLevel"), spectrum.highestDb);
-    m_spectrum->SetChannelRange(values::ChannelRange::Even(m_lowHz, spectrum.stepHz(), m_cells));
+    m_spectrum->showPart(0, spectrum.levelsDb, time);
 }
 
 void RigValues::forget()
@@ -151,13 +122,6 @@ void RigValues::forget()
     showMode({});
     setKnown(m_bandwidth, Unknown);
     setKnown(m_level, Unknown);
-}
-
-void RigValues::forgetSpectrum(unsigned long long time)
-{
-    if (m_cells > 0) {
-        m_spectrum->SetCells(0, std::vector<float>(m_cells, std::numeric_limits<float>::quiet_NaN()), time);
-    }
 }
 
 }  // namespace RecStation

@@ -6,11 +6,7 @@
 
 #include <QString>
 
-#include <values/maps.h>
-#include <values/selection.h>
-#include <values/tree.h>
-#include <values/value.h>
-
+#include "published/spectrumvalues.h"
 #include "sources/rig/rigspectrum.h"
 
 namespace RecStation {
@@ -36,24 +32,22 @@ public:
     void show(const RigSpectrum& spectrum, unsigned long long time);
     /// Mode, bandwidth and level become unknown; the frequency stays.
     void forget();
-    /// So does every cell of the spectrum.
-    void forgetSpectrum(unsigned long long time);
+    /// So does every cell of the spectrum, of which something was shown.
+    void forgetSpectrum(unsigned long long time) { m_spectrum->forget(time); }
 
 private:
     void showMode(const std::string& mode);
     void beginRange(double s9);
-    void layOut(const RigSpectrum& spectrum);
+    void addMode(const QString& name);
 
-    QString m_scan;
+    QString m_valuePath;
     values::ValuePtr<values::ValueNumericWithOffset<double>> m_frequency;
     values::ValuePtr<values::ValueSelection> m_mode;
     values::ValuePtr<values::ValueNumeric<double>> m_bandwidth;
     values::ValuePtr<values::ValueNumeric<double>> m_level;
-    values::ValuePtr<values::FastValueMap<float, values::levelHandler>> m_spectrum;
-    bool m_tellsRange = false;  // what it is tuned to, as nobody shows a spectrum
-    double m_lowHz = 0;
-    double m_highHz = 0;
-    std::size_t m_cells = 0;
+    std::optional<SpectrumValues> m_spectrum;
+    values::ChannelRange m_channels;  // of the spectrum
+    bool m_tellsRange = false;        // what it is tuned to, as nobody shows a spectrum
 };
 
 }  // namespace RecStation

@@ -1,8 +1,7 @@
 // The options of the source "rtltcp" and the examples in its help.
 #include <CLI/CLI.hpp>
 
-#include <terminaltext/optionvalues.h>
-
+#include "input/optionchecks.h"
 #include "iqspectra/receiveroptions.h"
 #include "sources/offeredsource.h"
 #include "sources/rtltcp/rtltcpreceiver.h"
@@ -20,11 +19,10 @@ Examples:
 void addRtlTcpOptions(CLI::App& command, RtlTcpOptions& options)
 {
     command.footer(RtlTcpExamples);
-    command.add_option("ADDRESS", options.address, "HOST or HOST:PORT of an rtl_tcp server, whose port is 1234")
-        ->required()
-        ->check(
-            TerminalText::acceptedIf([](const std::string& text) { return parseAddress(text, RtlTcpPort).has_value(); },
-                                     "an address such as 192.168.1.5:1234"));
+    constexpr std::uint16_t RtlTcpPort = 1234;
+    addParsed(command, "ADDRESS", options.address, "HOST or HOST:PORT of an rtl_tcp server, whose port is 1234",
+              addressWith(RtlTcpPort), "an address such as 192.168.1.5:1234")
+        ->required();
     addReceiverOptions(command, options);
 }
 

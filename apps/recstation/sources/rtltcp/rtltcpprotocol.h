@@ -4,21 +4,17 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string_view>
 
 namespace RecStation {
 
 constexpr std::size_t RtlTcpGreetingBytes = 12;
 
-/// What the server says first.
-struct RtlTcpGreeting {
-    std::uint32_t tuner = 0;  ///< its kind, 1 to 6
-    std::uint32_t gains = 0;  ///< how many settings its gain has
-};
-
-/// @param bytes twelve: "RTL0", tuner and number of gains, big endian; nothing for anything else
-[[nodiscard]] std::optional<RtlTcpGreeting> parseRtlTcpGreeting(std::string_view bytes);
+/// Whether these are what the server says first: "RTL0", its tuner and how many gains that has.
+[[nodiscard]] inline bool isRtlTcpGreeting(std::string_view bytes)
+{
+    return bytes.size() == RtlTcpGreetingBytes && bytes.starts_with("RTL0");
+}
 
 enum class RtlTcpCommand : std::uint8_t {
     Frequency = 0x01,   ///< Hz
@@ -28,6 +24,10 @@ enum class RtlTcpCommand : std::uint8_t {
 };
 
 /// The command's number and its value, big endian.
-[[nodiscard]] std::array<char, 5> rtlTcpBytes(RtlTcpCommand command, std::uint32_t value);
+[[nodiscard]] inline std::array<char, 5> rtlTcpBytes(RtlTcpCommand command, std::uint32_t value)
+{
+    const auto byte = [value](unsigned shift) { return static_cast<char>(value >> shift & 0xFFU); };
+    return {static_cast<char>(command), byte(24), byte(16), byte(8), byte(0)};
+}
 
 }  // namespace RecStation

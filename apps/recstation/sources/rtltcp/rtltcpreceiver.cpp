@@ -64,7 +64,7 @@ void RtlTcpReceiver::readGreeting()
         }
         have += count;
     }
-    if (!parseRtlTcpGreeting({bytes.data(), bytes.size()})) {
+    if (!isRtlTcpGreeting({bytes.data(), bytes.size()})) {
         throw ConnectionError("it is no rtl_tcp server: it does not begin with RTL0");
     }
 }
@@ -111,29 +111,19 @@ std::size_t RtlTcpReceiver::read(char* buffer, std::size_t size)
 
 }  // namespace
 
-std::unique_ptr<IqReceiver> makeRtlTcpReceiver(const Address& address)
-{
-    return std::make_unique<RtlTcpReceiver>(address);
-}
-
 std::unique_ptr<Source> makeRtlTcpSource(const RtlTcpOptions& options, const SourceRun& run)
 {
-    const auto address = parseAddress(options.address, RtlTcpPort);
-    if (!address) {
-        throw UsageError("rtltcp: " + options.address + " is no address such as 192.168.1.5:1234");
-    }
     const bool tooHigh =
         options.rateHz > RtlTcpHighestHz || options.centreHz.value_or(0) > RtlTcpHighestHz ||
         std::any_of(options.hopHz.begin(), options.hopHz.end(), [](double hz) { return hz > RtlTcpHighestHz; });
     if (tooHigh) {
         throw UsageError("rtltcp: the protocol knows no rate and no frequency above 4.294967295 GHz");
     }
-    const QString host = QString::fromStdString(address->host);
     return makeReceiverSource({.source = "rtltcp",
-                               .peer = addressText(*address),
-                               .name = QStringLiteral("rtltcp ") + host,
+                               .peer = addressText(options.address),
+                               .name = QStringLiteral("rtltcp ") + QString::fromStdString(options.address.host),
                                .type = QStringLiteral("IQ samples over rtl_tcp")},
-                              options, makeRtlTcpReceiver(*address), run);
+                              options, std::make_unique<RtlTcpReceiver>(options.address), run);
 }
 
 }  // namespace RecStation

@@ -2,21 +2,18 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 #include "iqspectra/receiver.h"
 #include "live/address.h"
 
 namespace RecStation {
 
-constexpr std::uint16_t RtlTcpPort = 1234;
 constexpr double RtlTcpHighestHz = 4'294'967'295.0;  ///< of rate and frequency, which the protocol has 32 bits for
 
 struct RtlTcpOptions : ReceiverOptions {
-    std::string address;  ///< "HOST:PORT"
+    Address address;
 };
 
-[[nodiscard]] std::unique_ptr<IqReceiver> makeRtlTcpReceiver(const Address& address);
 /// The source "rtltcp". @throws UsageError when options do not go together
 [[nodiscard]] std::unique_ptr<Source> makeRtlTcpSource(const RtlTcpOptions& options, const SourceRun& run);
 

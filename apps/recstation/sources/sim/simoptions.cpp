@@ -34,8 +34,8 @@ void addSimOptions(CLI::App& command, SimOptions& options)
     command.add_option("--duration", options.durationSeconds, "Recorded time, such as 90s, 3min, 1h (default: 3min)")
         ->type_name("TIME")
         ->transform(TerminalText::inSeconds(0, Longest));
-    addStart(command, "Recorded time of the first change (default: 2026-01-01T00:00:00Z)",
-             [&options](unsigned long long time) { options.startTime = time; });
+    addStart(command, options.startTime, "Recorded time of the first change (default: 2026-01-01T00:00:00Z)")
+        ->type_name("TIME");
 }
 
 }  // namespace

@@ -17,10 +17,10 @@ namespace {
 constexpr std::size_t LongestRow = std::size_t{16} * 1024 * 1024;
 
 // Calls with the time of each row of a file until that wants no more. What is bad is told when it is played.
-void forEachRow(const std::string& file, const std::string& utcOffset,
+void forEachRow(const std::string& file, long long utcOffsetUs,
                 const std::function<bool(unsigned long long time)>& wantsMore)
 {
-    SweepRowParser parser(utcOffset);
+    SweepRowParser parser(utcOffsetUs);
     LineReader lines(openText(file), LongestRow);
     SweepRow row;
     for (auto result = lines.next(); result != LineReader::Result::End; result = lines.next()) {
@@ -38,10 +38,10 @@ void forEachRow(const std::string& file, const std::string& utcOffset,
     }
 }
 
-std::optional<unsigned long long> firstTime(const std::string& file, const std::string& utcOffset)
+std::optional<unsigned long long> firstTime(const std::string& file, long long utcOffsetUs)
 {
     std::optional<unsigned long long> first;
-    forEachRow(file, utcOffset, [&first](unsigned long long time) {
+    forEachRow(file, utcOffsetUs, [&first](unsigned long long time) {
         first = time;
         return false;
     });
@@ -50,8 +50,8 @@ std::optional<unsigned long long> firstTime(const std::string& file, const std::
 
 }  // namespace
 
-SweepFiles::SweepFiles(const std::vector<std::string>& files, const std::string& utcOffset, const Tell& tell)
-    : m_files(files), m_utcOffset(utcOffset)
+SweepFiles::SweepFiles(const std::vector<std::string>& files, long long utcOffsetUs, const Tell& tell)
+    : m_files(files), m_utcOffsetUs(utcOffsetUs)
 {
     if (m_files.size() > 1) {
         sortByTime(tell);
@@ -71,7 +71,7 @@ void SweepFiles::sortByTime(const Tell& tell)
         if (info.exists() && !info.isFile()) {
             throw std::runtime_error("sweep: " + file + " is no file: of several inputs each has to be one");
         }
-        if (const auto time = firstTime(file, m_utcOffset)) {
+        if (const auto time = firstTime(file, m_utcOffsetUs)) {
             dated.emplace_back(*time, file);
         } else {
             without.push_back(file);
@@ -115,7 +115,7 @@ std::optional<unsigned long long> SweepFiles::lastTime() const
 {
     std::optional<unsigned long long> last;
     for (const std::string& file : m_files) {
-        forEachRow(file, m_utcOffset, [&last](unsigned long long time) {
+        forEachRow(file, m_utcOffsetUs, [&last](unsigned long long time) {
             last = std::max(last.value_or(0), time);
             return true;
         });

@@ -23,7 +23,7 @@ public:
     /// @param files UTF-8, one at least; the only one may be "-" or a pipe
     /// @throws UsageError when "-" is one of several; std::runtime_error when one cannot be read, or is no file and one
     /// of several
-    SweepFiles(const std::vector<std::string>& files, const std::string& utcOffset, const Tell& tell);
+    SweepFiles(const std::vector<std::string>& files, long long utcOffsetUs, const Tell& tell);
 
     [[nodiscard]] LineReader& lines() { return *m_lines; }
     /// Opens the next file; false when there is none.
@@ -43,7 +43,7 @@ private:
     void open();
 
     std::vector<std::string> m_files;
-    std::string m_utcOffset;
+    long long m_utcOffsetUs;
     std::size_t m_current = 0;
     std::optional<LineReader> m_lines;
 };

@@ -23,7 +23,7 @@ void addSweepOptions(CLI::App& command, SweepOptions& options)
 {
     command.footer(SweepExample);
     addInputFiles(command, options.files, "Rows as CSV, one file or several; - is the standard input");
-    addUtcOffset(command, options.utcOffset, "How far the rows' times are ahead of UTC, as -05:00");
+    addUtcOffset(command, options.utcOffsetUs, "How far the rows' times are ahead of UTC, as -05:00");
     command
         .add_option("--bin-frequency", options.binFrequency,
                     "centre or lower: a value's channel is the middle or the lower edge of its bin")

@@ -19,15 +19,6 @@ namespace {
 constexpr double HighestHz = 1e12;
 constexpr float HighestDb = 1000;
 
-long long checkedUtcOffset(const std::string& offset)
-{
-    const auto microseconds = parseUtcOffset(offset);
-    if (!microseconds) {
-        throw std::runtime_error("sweep: --utc-offset " + offset + " is no offset such as -05:00 or UTC");
-    }
-    return *microseconds;
-}
-
 std::string_view requireField(CommaFields& fields, const char* name)
 {
     const auto field = fields.next();
@@ -150,10 +141,6 @@ bool mayLackDigits(const Values& values, bool writtenTwice)
 
 }  // namespace
 
-SweepRowParser::SweepRowParser(const std::string& utcOffset) : m_utcOffset(checkedUtcOffset(utcOffset))
-{
-}
-
 bool SweepRowParser::isNoRow(std::string_view line)
 {
     const std::string_view text = trimmed(line);
@@ -212,7 +199,7 @@ unsigned long long SweepRowParser::parseTime(std::string_view date, std::string_
         m_timeOfDay = *timeOfDay;
         m_timeText = time;
     }
-    const long long microseconds = m_day * MicrosecondsPerDay + m_timeOfDay - m_utcOffset;
+    const long long microseconds = m_day * MicrosecondsPerDay + m_timeOfDay - m_utcOffsetUs;
     if (!isRecordable(microseconds)) {
         throw LineError("the date " + shown(date) + " is not from 1970 to 2500");
     }

@@ -23,8 +23,8 @@ class SweepRowParser {
 public:
     static constexpr std::size_t MostBins = 16'777'216;  ///< a map has no more channels
 
-    /// @throws std::runtime_error for a wrong offset
-    explicit SweepRowParser(const std::string& utcOffset);
+    /// @param utcOffsetUs local time minus UTC, microseconds
+    explicit SweepRowParser(long long utcOffsetUs) : m_utcOffsetUs(utcOffsetUs) {}
 
     /// True for a line without a row: blank, a comment after #, or the names of the columns.
     [[nodiscard]] static bool isNoRow(std::string_view line);
@@ -37,7 +37,7 @@ public:
 private:
     [[nodiscard]] unsigned long long parseTime(std::string_view date, std::string_view time);
 
-    long long m_utcOffset;  // microseconds
+    long long m_utcOffsetUs;
     // Rows of one sweep often have the same time: what was parsed last.
     std::string m_dateText;
     std::string m_timeText;

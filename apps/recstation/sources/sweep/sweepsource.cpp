@@ -5,24 +5,20 @@
 #include <stdexcept>
 #include <utility>
 
-#include <QLoggingCategory>
-
 #include <system/stopsignal.h>
 
 #include "clock.h"
 #include "input/isotime.h"
 #include "input/linereader.h"
 #include "input/timeorder.h"
+#include "published/spectrumvalues.h"
 #include "sources/sweep/sweepassembly.h"
 #include "sources/sweep/sweepfiles.h"
 #include "sources/sweep/sweeprow.h"
-#include "sources/sweep/sweepvalues.h"
 
 namespace RecStation {
 
 namespace {
-
-Q_LOGGING_CATEGORY(sweepLog, "recstation.sweep")
 
 class SweepSource final : public Source {
 public:
@@ -30,7 +26,7 @@ public:
         : m_options(std::move(options)),
           m_bad("sweep", m_options.strict, std::move(report)),
           m_order("sweep", m_options.strict, m_options.splitGapUs),
-          m_parser(m_options.utcOffset),
+          m_parser(m_options.utcOffsetUs),
           m_assembly(m_options.binFrequency == "lower")
     {
     }
@@ -52,6 +48,7 @@ private:
     void tellOverlap();
     void endInput();
     void takeSweep();
+    void showLayout();
 
     SweepOptions m_options;
     BadLines m_bad;
@@ -59,7 +56,7 @@ private:
     SweepRowParser m_parser;
     SweepAssembly m_assembly;
     std::optional<SweepFiles> m_files;
-    std::unique_ptr<SweepValues> m_values;
+    std::unique_ptr<SpectrumValues> m_values;
     SweepRow m_row;             // read last
     bool m_rowWaits = false;    // for the sweep before to be shown
     Sweep m_sweep;              // put together last
@@ -74,11 +71,12 @@ private:
 
 void SweepSource::prepare()
 {
-    m_files.emplace(m_options.files, m_options.utcOffset, [this](const std::string& told) { m_bad.say(told); });
+    m_files.emplace(m_options.files, m_options.utcOffsetUs, [this](const std::string& told) { m_bad.say(told); });
     m_bad.nameInput(m_files->name());
     m_order.nameInput(m_files->name());
     const QString device = m_files->isLive() ? QStringLiteral("Sweep input") : textBaseName(m_files->first());
-    m_values = std::make_unique<SweepValues>(device, m_options.valuePath);
+    m_values = std::make_unique<SpectrumValues>(SpectrumDevice{
+        .name = forFileNames(device), .type = QStringLiteral("Sweep"), .valuePath = m_options.valuePath});
 }
 
 std::optional<unsigned long long> SweepSource::nextTime()
@@ -162,12 +160,18 @@ void SweepSource::takeSweep()
     m_sweepWaits = true;
     if (first && !m_options.live) {  // when nextTime may not touch the tree
         // The channels are there before any recording starts.
-        m_values->setLayout(m_assembly.layout());
+        showLayout();
         m_sweep.newLayout = false;
     }
     if (m_ended) {
         endInput();
     }
+}
+
+void SweepSource::showLayout()
+{
+    const SweepLayout& layout = m_assembly.layout();
+    m_values->setPanorama(layout.range(), layout.lowHz(), layout.highHz(), layout.stepHz());
 }
 
 // A sweep does not go on from one file to the next.
@@ -209,12 +213,12 @@ void SweepSource::endInput()
 void SweepSource::step()
 {
     if (std::exchange(m_sweep.newLayout, false)) {
-        m_values->setLayout(m_assembly.layout());
+        showLayout();
     }
     if (m_options.live) {
         m_sweep.time = stationTimeUs();
     }
-    m_values->show(m_sweep);
+    m_values->showPart(0, m_sweep.cells, m_sweep.time);
     m_sweepWaits = false;
 }
 
@@ -242,11 +246,6 @@ std::optional<unsigned long long> SweepSource::lastTime()
 }
 
 }  // namespace
-
-void logSweepReport(const QString& sentence)
-{
-    qCWarning(sweepLog).noquote() << sentence;
-}
 
 std::unique_ptr<Source> makeSweepSource(const SweepOptions& options, InputReport report)
 {

@@ -16,16 +16,13 @@ namespace RecStation {
 /// What the command line says.
 struct SweepOptions {
     std::vector<std::string> files;                ///< UTF-8; "-", which stands alone, is standard input
-    std::string utcOffset = "UTC";                 ///< local time minus UTC: "-05:00"
+    long long utcOffsetUs = 0;                     ///< local time minus UTC, microseconds
     std::string binFrequency = "centre";           ///< centre or lower: where in its bin a value's channel lies
     bool strict = false;                           ///< the first bad line ends the run
     std::optional<unsigned long long> splitGapUs;  ///< longer gaps part recordings, and times go back after them
     QString valuePath = "/Devices/Rx1";
     bool live = false;  ///< maps have the time of the step, not one of their own
 };
-
-/// Warns in the logging category "recstation.sweep".
-void logSweepReport(const QString& sentence);
 
 /// Publishes, below the value path:
 /// - Scn/RfSpectrum, one change a sweep, with the time of the sweep's first row as the map's time stamp, and the mode
@@ -42,6 +39,6 @@ void logSweepReport(const QString& sentence);
 ///
 /// nextTime throws when the input holds no sweep, and with strict at the first bad line. Where times go back, nextTime
 /// and the map's time stamp stay at the latest time so far. Memory depends on the values of one sweep only.
-std::unique_ptr<Source> makeSweepSource(const SweepOptions& options, InputReport report = logSweepReport);
+std::unique_ptr<Source> makeSweepSource(const SweepOptions& options, InputReport report);
 
 }  // namespace RecStation

@@ -1,4 +1,4 @@
-// The values that a receiver with these spectra would show in the value tree.
+// The values that a receiver with a spectrum shows in the value tree.
 #pragma once
 
 #include <cstddef>
@@ -6,12 +6,7 @@
 
 #include <QString>
 
-#include <values/maps.h>
-#include <values/tree.h>
-#include <values/value.h>
-
-#include "iqspectra/frames.h"
-#include "iqspectra/spectrumplan.h"
+#include "published/attachedvalue.h"
 
 namespace RecStation {
 
@@ -26,7 +21,7 @@ struct SpectrumDevice {
 /// A level map: /IfMapping for an IF spectrum, else Scn/RfSpectrum. The values stay in the tree when this object goes.
 class SpectrumValues {
 public:
-    /// Creates the values and sets all that does not change in the run; a band must be set next.
+    /// Creates the values and sets all that does not change in the run; a band or a panorama must be set next.
     /// @throws std::runtime_error when there is no tree, or a path holds another kind of value
     explicit SpectrumValues(const SpectrumDevice& device);
 
@@ -34,19 +29,17 @@ public:
     void setBand(double centreHz, double rateHz, std::size_t channels);
     /// The spectrum is a panorama, put together of several bands; there is no level of the whole.
     void setPanorama(const values::ChannelRange& channels, double lowHz, double highHz, double stepHz);
-
-    /// @param time of the frame, microseconds since 1970 UTC
-    void show(const IqFrame& frame, unsigned long long time);
+    /// The spectrum of a band, and its level.
+    /// @param time when it was measured, microseconds since 1970 UTC
+    void show(std::span<const float> levelsDb, double levelDb, unsigned long long time);
     /// Some channels of a panorama.
     void showPart(std::size_t first, std::span<const float> levelsDb, unsigned long long time);
     /// Nothing is measured at this time.
     void forget(unsigned long long time);
 
 private:
-    void setScan(double lowHz, double highHz, double stepHz);
-
-    QString m_scan;
-    values::ValuePtr<values::FastValueMap<float, values::levelHandler>> m_spectrum;
+    QString m_valuePath;
+    values::ValuePtr<LevelMap> m_spectrum;
     values::ValuePtr<values::ValueNumeric<double>> m_level;
 };
 

@@ -1,23 +1,13 @@
 // Attaching position, speed and attitude in the tree, and setting what a fix tells.
-#include "position/positionvalues.h"
+#include "published/positionvalues.h"
 
 #include <limits>
 
-#include "attachedvalue.h"
+#include "published/attachedvalue.h"
 
 namespace RecStation {
 
 namespace {
-
-void attachNumber(values::ValuePtr<values::ValueNumeric<double>>& value, const char* path)
-{
-    const QString where = QString::fromLatin1(path);
-    const bool made = values::Tree::Instance() != nullptr && values::Tree::Instance()->Find(where) == nullptr;
-    attachValue(value, where);
-    if (made) {
-        value->SetValue(std::numeric_limits<double>::quiet_NaN());
-    }
-}
 
 void setIfTold(const values::ValuePtr<values::ValueNumeric<double>>& value, const std::optional<double>& number)
 {
@@ -30,13 +20,13 @@ void setIfTold(const values::ValuePtr<values::ValueNumeric<double>>& value, cons
 
 PositionValues::PositionValues()
 {
-    attachNumber(m_latitude, "/LOCATIONLATITUDE");
-    attachNumber(m_longitude, "/LOCATIONLONGITUDE");
-    attachNumber(m_altitude, "/ALTITUDE");
-    attachNumber(m_speed, "/VELOCITY");
-    attachNumber(m_heading, "/TRUEHEADING");
-    attachNumber(m_pitch, "/PITCH");
-    attachNumber(m_roll, "/ROLL");
+    attachNumber(m_latitude, QStringLiteral("/LOCATIONLATITUDE"));
+    attachNumber(m_longitude, QStringLiteral("/LOCATIONLONGITUDE"));
+    attachNumber(m_altitude, QStringLiteral("/ALTITUDE"));
+    attachNumber(m_speed, QStringLiteral("/VELOCITY"));
+    attachNumber(m_heading, QStringLiteral("/TRUEHEADING"));
+    attachNumber(m_pitch, QStringLiteral("/PITCH"));
+    attachNumber(m_roll, QStringLiteral("/ROLL"));
 }
 
 void PositionValues::show(const Fix& fix)

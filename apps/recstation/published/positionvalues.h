@@ -4,7 +4,7 @@
 #include <values/tree.h>
 #include <values/value.h>
 
-#include "position/fix.h"
+#include "published/fix.h"
 
 namespace RecStation {
 
