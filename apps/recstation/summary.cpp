@@ -2,107 +2,19 @@
 #include "summary.h"
 
 #include <algorithm>
+#include <array>
 
-#include <nlohmann/json.hpp>
-
+#include "jsontext.h"
 #include "progress.h"
 
 namespace RecStation {
 
 namespace {
 
-constexpr double LagUnitUs = 1000;  // they are told in milliseconds
-
 const char* stateName(FileReport::State state)
 {
-    switch (state) {
-        case FileReport::State::Finished:
-            return "finished";
-        case FileReport::State::Temporary:
-            return "temporary";
-        case FileReport::State::Archived:
-            return "archived";
-        case FileReport::State::Missing:
-            break;
-    }
-    return "missing";
-}
-
-nlohmann::ordered_json toJson(const Summary::File& file)
-{
-    nlohmann::ordered_json object;
-    object["recorder"] = file.recorder.toStdString();
-    object["path"] = file.report.path.toStdString();
-    object["state"] = stateName(file.report.state);
-    if (!file.report.address.isEmpty()) {
-        object["address"] = file.report.address.toStdString();
-    }
-    object["bytes"] = file.report.bytes;
-    object["records"] = file.report.records;
-    if (!file.report.problem.isEmpty()) {
-        object["problem"] = file.report.problem.toStdString();
-    }
-    return object;
-}
-
-nlohmann::ordered_json toJson(const Summary::SourceResult& source)
-{
-    nlohmann::ordered_json object;
-    object["name"] = source.name.toStdString();
-    object["used"] = source.report.used;
-    object["skipped"] = source.report.skipped;
-    object["bad"] = source.report.bad;
-    if (source.report.live) {
-        object["lost"] = source.report.lost;
-        object["reconnects"] = source.report.reconnects;
-    }
-    if (!source.report.missing.empty()) {
-        object["missing"] = source.report.missing;
-    }
-    if (!source.failure.isEmpty()) {
-        object["failure"] = source.failure.toStdString();
-    }
-    if (source.report.lag) {
-        object["lagMs"] = {{"middle", static_cast<double>(source.report.lag->middleUs) / LagUnitUs},
-                           {"most", static_cast<double>(source.report.lag->mostUs) / LagUnitUs}};
-    }
-    return object;
-}
-
-nlohmann::ordered_json toJson(const Summary::Archive& archive)
-{
-    nlohmann::ordered_json object;
-    object["moved"] = archive.moved;
-    object["waiting"] = archive.waiting;
-    object["unregistered"] = archive.unregistered;
-    if (!archive.problem.isEmpty()) {
-        object["problem"] = archive.problem.toStdString();
-    }
-    return object;
-}
-
-nlohmann::ordered_json toJson(const UnfinishedRecording& unfinished)
-{
-    nlohmann::ordered_json object;
-    object["path"] = unfinished.path.toStdString();
-    if (!unfinished.recovered.isEmpty()) {
-        object["recovered"] = unfinished.recovered.toStdString();
-        object["whole"] = unfinished.whole;
-        object["byJournal"] = unfinished.byJournal;
-        object["records"] = unfinished.records;
-        object["bytes"] = unfinished.bytes;
-        object["lost"] = nlohmann::ordered_json::array();
-        for (const QString& clause : unfinished.lost) {
-            object["lost"].push_back(clause.toStdString());
-        }
-    }
-    if (!unfinished.movedTo.isEmpty()) {
-        object["movedTo"] = unfinished.movedTo.toStdString();
-    }
-    if (!unfinished.problem.isEmpty()) {
-        object["problem"] = unfinished.problem.toStdString();
-    }
-    return object;
+    constexpr std::array Names = {"finished", "temporary", "archived", "missing"};
+    return Names.at(static_cast<std::size_t>(state));
 }
 
 QString recordings(std::size_t count)
@@ -159,6 +71,65 @@ QString fileLine(const Summary::File& file)
 
 }  // namespace
 
+// The parser's library finds these by their names.
+
+static void to_json(OrderedJson& object, const Summary::File& file)
+{
+    object = {{"recorder", file.recorder}, {"path", file.report.path}, {"state", stateName(file.report.state)}};
+    addIfTold(object, "address", file.report.address);
+    object["bytes"] = file.report.bytes;
+    object["records"] = file.report.records;
+    addIfTold(object, "problem", file.report.problem);
+}
+
+static void to_json(OrderedJson& object, const Summary::Refusal& refusal)
+{
+    object = {{"recorder", refusal.recorder}, {"problem", refusal.problem}};
+}
+
+static void to_json(OrderedJson& object, const Lag& lag)
+{
+    constexpr double UsPerMs = 1000;
+    object = {{"middle", static_cast<double>(lag.middleUs) / UsPerMs},
+              {"most", static_cast<double>(lag.mostUs) / UsPerMs}};
+}
+
+static void to_json(OrderedJson& object, const Summary::SourceResult& source)
+{
+    const SourceReport& report = source.report;
+    object = {{"name", source.name}, {"used", report.used}, {"skipped", report.skipped}, {"bad", report.bad}};
+    if (report.live) {
+        object["lost"] = report.lost;
+        object["reconnects"] = report.reconnects;
+    }
+    addIfTold(object, "missing", QString::fromStdString(report.missing));
+    addIfTold(object, "failure", source.failure);
+    if (report.lag) {
+        object["lagMs"] = *report.lag;
+    }
+}
+
+static void to_json(OrderedJson& object, const Summary::Archive& archive)
+{
+    object = {{"moved", archive.moved}, {"waiting", archive.waiting}, {"unregistered", archive.unregistered}};
+    addIfTold(object, "problem", archive.problem);
+}
+
+static void to_json(OrderedJson& object, const UnfinishedRecording& unfinished)
+{
+    object["path"] = unfinished.path;
+    if (!unfinished.recovered.isEmpty()) {
+        object["recovered"] = unfinished.recovered;
+        object["whole"] = unfinished.whole;
+        object["byJournal"] = unfinished.byJournal;
+        object["records"] = unfinished.records;
+        object["bytes"] = unfinished.bytes;
+        object["lost"] = unfinished.lost;
+    }
+    addIfTold(object, "movedTo", unfinished.movedTo);
+    addIfTold(object, "problem", unfinished.problem);
+}
+
 bool Summary::areAllSilent() const
 {
     return std::all_of(sources.begin(), sources.end(), [](const SourceResult& source) { return source.report.silent; });
@@ -182,36 +153,21 @@ ExitCode Summary::exitCode() const
 
 std::string Summary::json() const
 {
-    nlohmann::ordered_json object;
+    OrderedJson object;
     if (!recovered.empty()) {
-        object["recovered"] = nlohmann::ordered_json::array();
-        for (const UnfinishedRecording& unfinished : recovered) {
-            object["recovered"].push_back(toJson(unfinished));
-        }
+        object["recovered"] = recovered;
     }
-    object["files"] = nlohmann::ordered_json::array();
-    for (const File& file : files) {
-        object["files"].push_back(toJson(file));
-    }
+    object["files"] = files;
     if (!refusals.empty()) {
-        object["notRecorded"] = nlohmann::ordered_json::array();
-        for (const Refusal& refusal : refusals) {
-            object["notRecorded"].push_back(
-                {{"recorder", refusal.recorder.toStdString()}, {"problem", refusal.problem.toStdString()}});
-        }
+        object["notRecorded"] = refusals;
     }
-    object["sources"] = nlohmann::ordered_json::array();
-    for (const SourceResult& source : sources) {
-        object["sources"].push_back(toJson(source));
-    }
+    object["sources"] = sources;
     if (archive) {
-        object["archive"] = toJson(*archive);
+        object["archive"] = *archive;
     }
     object["recordedMs"] = recordedMs;
     object["changes"] = changes;
-    if (!failure.isEmpty()) {
-        object["failure"] = failure.toStdString();
-    }
+    addIfTold(object, "failure", failure);
     object["exitCode"] = static_cast<int>(exitCode());
     return object.dump(2) + "\n";
 }

@@ -6,17 +6,14 @@
 #include <cmath>
 #include <utility>
 
-#include <nlohmann/json.hpp>
-
 #include <terminaltext/quantity.h>
 
+#include "jsontext.h"
 #include "progress.h"
 
 namespace RecStation {
 
 namespace {
-
-using FoundJson = nlohmann::ordered_json;
 
 QString shownHertz(double value)
 {
@@ -106,74 +103,49 @@ void appendRecorder(QString& text, const FoundRecorder& recorder)
     }
 }
 
-FoundJson foundList(const QStringList& texts)
-{
-    FoundJson list = FoundJson::array();
-    for (const QString& text : texts) {
-        list.push_back(text.toStdString());
-    }
-    return list;
-}
+}  // namespace
 
-FoundJson foundJson(const FoundValue& value)
+// The parser's library finds these by their names.
+
+static void to_json(OrderedJson& object, const FoundValue& value)
 {
-    FoundJson object;
-    object["path"] = value.path.toStdString();
-    object["known"] = !value.unknown;
+    object = {{"path", value.path}, {"known", !value.unknown}};
     if (value.cells > 0) {
         object["cells"] = value.cells;
         object["lowestHz"] = value.lowestHz;
         object["highestHz"] = value.highestHz;
     } else {
-        object["text"] = value.text.toStdString();
+        object["text"] = value.text;
     }
     object["changes"] = value.shown;
     if (value.perSecond > 0) {
         object["perSecond"] = value.perSecond;
     }
-    return object;
 }
 
-FoundJson foundJson(const FoundSource& source)
+static void to_json(OrderedJson& object, const FoundSource& source)
 {
-    FoundJson object;
-    object["name"] = source.name.toStdString();
-    object["reachable"] = source.problem.isEmpty() || source.reached;
-    if (!source.problem.isEmpty()) {
-        object["problem"] = source.problem.toStdString();
-    }
-    object["remarks"] = foundList(source.remarks);
-    object["values"] = FoundJson::array();
-    for (const FoundValue& value : source.values) {
-        object["values"].push_back(foundJson(value));
-    }
-    return object;
+    object = {{"name", source.name}, {"reachable", source.problem.isEmpty() || source.reached}};
+    addIfTold(object, "problem", source.problem);
+    object["remarks"] = source.remarks;
+    object["values"] = source.values;
 }
 
-FoundJson foundJson(const FoundRecorder& recorder)
+static void to_json(OrderedJson& object, const FoundLack& lack)
 {
-    FoundJson object;
-    object["name"] = recorder.name.toStdString();
-    object["on"] = recorder.on;
-    object["directory"] = recorder.directory.toStdString();
+    object = {{"keywords", lack.keywords}, {"why", lack.why}};
+}
+
+static void to_json(OrderedJson& object, const FoundRecorder& recorder)
+{
+    object = {{"name", recorder.name}, {"on", recorder.on}, {"directory", recorder.directory}};
     if (recorder.freeBytes) {
         object["freeBytes"] = *recorder.freeBytes;
     }
-    if (!recorder.problem.isEmpty()) {
-        object["problem"] = recorder.problem.toStdString();
-    }
-    object["keywords"] = FoundJson::array();
-    for (const QString& keyword : recorder.keywords) {
-        object["keywords"].push_back(keyword.toStdString());
-    }
-    object["missing"] = FoundJson::array();
-    for (const FoundLack& lack : recorder.lacks) {
-        object["missing"].push_back({{"keywords", foundList(lack.keywords)}, {"why", lack.why.toStdString()}});
-    }
-    return object;
+    addIfTold(object, "problem", recorder.problem);
+    object["keywords"] = recorder.keywords;
+    object["missing"] = recorder.lacks;
 }
-
-}  // namespace
 
 ExitCode exitCodeOf(const Findings& findings)
 {
@@ -210,21 +182,11 @@ std::string findingsText(const Findings& findings)
 
 std::string findingsJson(const Findings& findings)
 {
-    FoundJson object;
-    object["sources"] = FoundJson::array();
-    for (const FoundSource& source : findings.sources) {
-        object["sources"].push_back(foundJson(source));
-    }
-    object["recorders"] = FoundJson::array();
-    for (const FoundRecorder& recorder : findings.recorders) {
-        object["recorders"].push_back(foundJson(recorder));
-    }
-    if (!findings.failure.isEmpty()) {
-        object["failure"] = findings.failure.toStdString();
-    }
+    OrderedJson object = {{"sources", findings.sources}, {"recorders", findings.recorders}};
+    addIfTold(object, "failure", findings.failure);
     object["exitCode"] = static_cast<int>(exitCodeOf(findings));
     constexpr int Indent = 2;
-    return object.dump(Indent, ' ', false, FoundJson::error_handler_t::replace) + '\n';
+    return object.dump(Indent, ' ', false, OrderedJson::error_handler_t::replace) + '\n';
 }
 
 }  // namespace RecStation
