@@ -28,12 +28,7 @@ constexpr std::array KnownKeys = {"ValuePath",     "StatusValuePath",        "Re
 
 bool isKnown(const QString& key)
 {
-    for (const char* known : KnownKeys) {
-        if (key == QLatin1String(known)) {
-            return true;
-        }
-    }
-    return false;
+    return std::find(KnownKeys.begin(), KnownKeys.end(), key) != KnownKeys.end();
 }
 
 // Where a key stands, as messages begin; with nothing known of lines, its file.
@@ -51,8 +46,7 @@ struct Place {
 
 QString meantKey(const QString& key)
 {
-    const auto near = TerminalText::nearestWord(key.toStdString(), {KnownKeys.begin(), KnownKeys.end()});
-    return near ? QStringLiteral(": did you mean %1?").arg(QString::fromStdString(*near)) : QString();
+    return QString::fromStdString(TerminalText::didYouMean(key.toStdString(), {KnownKeys.begin(), KnownKeys.end()}));
 }
 
 // The recorder falls back in the same way, oddities included.
@@ -83,17 +77,20 @@ void checkTypesOfOtherKeys(const ICfg& cfg)
     }
 }
 
+[[noreturn]] void refuseValue(const Place& place, const QString& name, const char* key, const char* expected,
+                              const QString& found)
+{
+    const QString sentence = QStringLiteral("key \"%1\" of recorder \"%2\": expected %3, found \"%4\"")
+                                 .arg(QLatin1String(key), name, QLatin1String(expected), found);
+    throw std::runtime_error((place.of(name, QLatin1String(key)) + sentence).toStdString());
+}
+
 // The recorder would keep a journal of its own choice, and only trace it.
 void refuseOtherJournals(const ICfg& cfg, const QString& name, const Place& place)
 {
     const QString journal = cfg.ReadString(QStringLiteral("Journal"), QStringLiteral("process"));
     if (journal != QLatin1String("process") && journal != QLatin1String("power") && journal != QLatin1String("off")) {
-        throw std::runtime_error(
-            (place.of(name, QStringLiteral("Journal")) +
-             QStringLiteral(
-                 "key \"Journal\" of recorder \"%1\": expected \"process\", \"power\" or \"off\", found \"%2\"")
-                 .arg(name, journal))
-                .toStdString());
+        refuseValue(place, name, "Journal", "\"process\", \"power\" or \"off\"", journal);
     }
 }
 
@@ -107,12 +104,8 @@ void refuseOtherFileModes(const ICfg& cfg, const QString& name, const Place& pla
     bool sound = false;
     const unsigned mode = text.toUInt(&sound, Octal);
     if (!sound || mode > Everything || (mode & OwnerReadsAndWrites) != OwnerReadsAndWrites) {
-        throw std::runtime_error(
-            (place.of(name, QStringLiteral("FileMode")) +
-             QStringLiteral("key \"FileMode\" of recorder \"%1\": expected permissions in octal with which the owner "
-                            "reads and writes, such as \"0640\", found \"%2\"")
-                 .arg(name, text))
-                .toStdString());
+        refuseValue(place, name, "FileMode",
+                    "permissions in octal with which the owner reads and writes, such as \"0640\"", text);
     }
 }
 

@@ -10,6 +10,7 @@
 #include <terminaltext/nearestword.h>
 
 #include "tomlstring.h"
+#include "wrongarguments.h"
 
 namespace RecStation {
 
@@ -42,9 +43,7 @@ std::string meantKey(const std::string& key, const CLI::App& app)
     std::string plain = key;
     std::replace(plain.begin(), plain.end(), '_', '-');
     plain.erase(0, plain.find_first_not_of('-'));
-    const std::vector<std::string> keys = keysOf(app);
-    const auto near = TerminalText::nearestWord(plain, keys);
-    return near ? ": did you mean " + *near + "?" : "";
+    return TerminalText::didYouMean(plain, keysOf(app));
 }
 
 // The parser names options as a command line has them.
@@ -108,13 +107,9 @@ CLI::App& sourceOf(const StationFile& file, const StationTable& table, CommandTr
             return *tree.app.get_subcommand(table.type);
         }
     }
-    const auto near = TerminalText::nearestWord(table.type, names);
-    std::string listed;
-    for (const std::string& name : names) {
-        listed += (listed.empty() ? "" : ", ") + name;
-    }
+    const std::string near = TerminalText::didYouMean(table.type, names);
     throw StationFileError(file.at(table.line) + "there is no source \"" + table.type + "\"" +
-                           (near ? ": did you mean " + *near + "?" : ": the sources are " + listed));
+                           (near.empty() ? ": the sources are " + listed(names) : near));
 }
 
 std::string written(const CLI::Option& option, const std::vector<std::string>& texts)
@@ -123,11 +118,9 @@ std::string written(const CLI::Option& option, const std::vector<std::string>& t
         return texts.back() == "true" ? texts.back() : tomlString(texts.back());
     }
     const bool several = option.get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll || texts.size() > 1;
-    std::string list;
-    for (const std::string& text : texts) {
-        list += (list.empty() ? "" : ", ") + tomlString(text);
-    }
-    return several ? '[' + list + ']' : list;
+    std::vector<std::string> quoted;
+    std::transform(texts.begin(), texts.end(), std::back_inserter(quoted), tomlString);
+    return several ? '[' + listed(quoted) + ']' : listed(quoted);
 }
 
 std::string settingsText(const CLI::App& app, const GivenTexts& texts, bool withJournal)

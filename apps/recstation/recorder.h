@@ -34,6 +34,7 @@ public:
     ~Recorder() = default;
 
     [[nodiscard]] const QString& name() const { return m_instance.name; }
+    [[nodiscard]] bool findsDirections() const { return m_instance.directionFinding; }
     [[nodiscard]] bool isOn() const;
 
     /// Starts a recording; while one runs, ends it and starts the next. After an error it is off.

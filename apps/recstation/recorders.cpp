@@ -31,7 +31,6 @@ void Recorders::add(const std::vector<Instance>& instances, const QString& outpu
 {
     for (const Instance& instance : instances) {
         m_all.push_back(std::make_unique<Recorder>(m_plugin, instance, output));
-        m_findDirections.push_back(instance.directionFinding);
     }
     const bool anyDirectory = std::any_of(
         m_all.begin(), m_all.end(), [](const auto& recorder) { return QFileInfo(recorder->directory()).isDir(); });
@@ -46,8 +45,7 @@ void Recorders::choose(const std::vector<std::string>& names, const ChosenSource
     for (const std::string& name : names) {
         Recorder* recorder = find(QString::fromStdString(name));
         if (recorder == nullptr) {
-            throw UsageError("--record " + name + ": no recorder of that name is configured" +
-                             meant(name).toStdString());
+            throw UsageError("--record " + name + ": no recorder of that name is configured" + meant(name));
         }
         m_chosen.push_back(recorder);
     }
@@ -57,9 +55,9 @@ void Recorders::choose(const std::vector<std::string>& names, const ChosenSource
     const bool findsDirections = any(sources, &SourceTraits::findsDirections);
     const bool receives =
         any(sources, &SourceTraits::receives) || (any(sources, &SourceTraits::tellsPositions) && !findsDirections);
-    for (std::size_t i = 0; i < m_all.size(); ++i) {
-        if (m_findDirections[i] ? findsDirections : receives) {
-            m_chosen.push_back(m_all[i].get());
+    for (const auto& recorder : m_all) {
+        if (recorder->findsDirections() ? findsDirections : receives) {
+            m_chosen.push_back(recorder.get());
         }
     }
 }
@@ -71,14 +69,13 @@ Recorder* Recorders::find(const QString& name) const
     return found == m_all.end() ? nullptr : found->get();
 }
 
-QString Recorders::meant(const std::string& name) const
+std::string Recorders::meant(const std::string& name) const
 {
     std::vector<std::string> names;
     for (const auto& recorder : m_all) {
         names.push_back(recorder->name().toStdString());
     }
-    const auto near = TerminalText::nearestWord(name, names);
-    return near ? QStringLiteral(": did you mean %1?").arg(QString::fromStdString(*near)) : QString();
+    return TerminalText::didYouMean(name, names);
 }
 
 void Recorders::startChosen()

@@ -65,7 +65,7 @@ public:
 
 private:
     [[nodiscard]] Recorder* find(const QString& name) const;
-    [[nodiscard]] QString meant(const std::string& name) const;
+    [[nodiscard]] std::string meant(const std::string& name) const;
     void trySwitchOn(Recorder& recorder);
     void refuse(const Recorder& recorder, const std::exception& error);
     [[nodiscard]] QString whyNoneRecorded() const;
@@ -77,7 +77,6 @@ private:
     Messages& m_messages;
     const RecorderTraces& m_traces;
     std::vector<std::unique_ptr<Recorder>> m_all;
-    std::vector<bool> m_findDirections;  // of each
     std::vector<Recorder*> m_chosen;
     bool m_switchedBySource = false;  // so that one that stopped may record again
     std::vector<Summary::Refusal> m_refusals;

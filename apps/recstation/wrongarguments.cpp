@@ -27,12 +27,6 @@ void addOptionNames(const CLI::App& app, std::vector<std::string>& names)
     }
 }
 
-std::string meant(const std::string& word, const std::vector<std::string>& words)
-{
-    const auto near = TerminalText::nearestWord(word, words);
-    return near ? ": did you mean " + *near + "?" : "";
-}
-
 std::string unknownOption(const CLI::App& app, const std::string& argument)
 {
     const std::string name = argument.substr(0, argument.find('='));
@@ -48,23 +42,14 @@ std::string unknownOption(const CLI::App& app, const std::string& argument)
             known.insert(known.end(), own.begin(), own.end());
         }
     }
-    return "there is no option " + name + meant(name, known);
-}
-
-std::string listed(const std::vector<std::string>& words)
-{
-    std::string list;
-    for (const std::string& word : words) {
-        list += (list.empty() ? "" : ", ") + word;
-    }
-    return list;
+    return "there is no option " + name + TerminalText::didYouMean(name, known);
 }
 
 std::string unknownWord(const CLI::App& app, const std::string& word, const std::vector<std::string>& before)
 {
     const std::vector<std::string> names = sourceNames(app);
     const auto source = std::find_first_of(before.rbegin(), before.rend(), names.begin(), names.end());
-    const std::string near = meant(word, names);
+    const std::string near = TerminalText::didYouMean(word, names);
     if (source != before.rend()) {
         return "\"" + word + "\" is one word too many behind " + *source + near;
     }
@@ -98,6 +83,15 @@ std::string whatIsNeeded(const CLI::App& app)
 }
 
 }  // namespace
+
+std::string listed(const std::vector<std::string>& words)
+{
+    std::string list;
+    for (const std::string& word : words) {
+        list += (list.empty() ? "" : ", ") + word;
+    }
+    return list;
+}
 
 std::string namedTwice(const CLI::App& app)
 {

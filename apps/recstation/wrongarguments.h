@@ -8,6 +8,9 @@
 
 namespace RecStation {
 
+/// "a, b, c".
+[[nodiscard]] std::string listed(const std::vector<std::string>& words);
+
 /// Says that a source is named twice, which the parser takes for more of the first; empty when none is.
 [[nodiscard]] std::string namedTwice(const CLI::App& app);
 

@@ -70,9 +70,8 @@ std::string unknownOption(const CLI::App& verb, const std::string& argument)
             known.push_back("--" + own);
         }
     }
-    const auto nearest = TerminalText::nearestWord(name, known);
     return (verb.get_parent() == nullptr ? "there" : callOf(verb) + ": there") + " is no option " + oneLine(name) +
-           (nearest ? ": did you mean " + *nearest + "?" : "");
+           TerminalText::didYouMean(name, known);
 }
 
 bool isFile(const std::string& name)

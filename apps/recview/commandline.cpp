@@ -88,8 +88,7 @@ std::string unknownOption(const CLI::App& app, const std::string& argument)
         }
     }
     const std::string name = argument.substr(0, argument.find('='));
-    const auto nearest = TerminalText::nearestWord(name, known);
-    return "there is no option " + oneLine(name) + (nearest ? ": did you mean " + *nearest + "?" : "");
+    return "there is no option " + oneLine(name) + TerminalText::didYouMean(name, known);
 }
 
 std::string whatIsWrong(const CLI::App& app, const CLI::ParseError& error)

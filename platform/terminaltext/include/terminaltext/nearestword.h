@@ -59,4 +59,11 @@ inline std::size_t mistakes(std::string_view a, std::string_view b)
     return nearest;
 }
 
+/// What to say behind a word that there is not: ": did you mean WORD?", or nothing.
+[[nodiscard]] inline std::string didYouMean(const std::string& word, const std::vector<std::string>& words)
+{
+    const auto near = nearestWord(word, words);
+    return near ? ": did you mean " + *near + "?" : std::string();
+}
+
 }  // namespace TerminalText
