@@ -12,6 +12,7 @@
 
 #include "commandtree.h"
 #include "filedoptions.h"
+#include "progress.h"
 #include "sources/registry.h"
 #include "wrongarguments.h"
 
@@ -217,14 +218,21 @@ std::optional<std::string> contentOf(const std::string& path)
     return file.readAll().toStdString();
 }
 
+ChosenSources namedSources(const CommandTree& tree)
+{
+    ChosenSources named;
+    std::copy_if(tree.offered.begin(), tree.offered.end(), std::back_inserter(named),
+                 [&tree](const auto& source) { return tree.app.got_subcommand(source->traits().name); });
+    return named;
+}
+
 void takeSources(CommandTree& tree)
 {
     Options& options = tree.options;
     if (const auto seconds = parseSeconds(options.splitOnGap)) {
         options.splitGapUs = static_cast<unsigned long long>(*seconds * 1e6);
     }
-    std::copy_if(tree.offered.begin(), tree.offered.end(), std::back_inserter(options.sources),
-                 [&tree](const auto& source) { return tree.app.got_subcommand(source->traits().name); });
+    options.sources = namedSources(tree);
     if (options.sources.empty()) {
         options.sources.push_back(tree.offered.front());
     }
@@ -261,18 +269,11 @@ CommandLine finished(CommandTree& tree)
     if (!tree.options.printConfig || !tree.options.file.problem.empty()) {
         return {tree.options, ExitCode::Success};
     }
-    std::cout << stationFileText(tree, recordersText(tree.options)) << std::flush;
-    if (!std::cout) {
+    if (!writeToStandardOutput(stationFileText(tree, recordersText(tree.options)))) {
         std::cerr << "recstation: cannot write the configuration to the standard output\n";
         return {std::nullopt, ExitCode::CannotRun};
     }
     return {std::nullopt, ExitCode::Success};
-}
-
-bool namesSources(const CommandTree& tree)
-{
-    return std::any_of(tree.offered.begin(), tree.offered.end(),
-                       [&tree](const auto& source) { return tree.app.got_subcommand(source->traits().name); });
 }
 
 /// Parses again, with the file's options in the place of those that were not given.
@@ -280,7 +281,7 @@ CommandLine withFile(const StationFile& file, const CommandTree& given, Task tas
 {
     CommandTree tree(task);
     applyStation(file, given.app, tree);
-    if (!namesSources(given)) {
+    if (namedSources(given).empty()) {
         const std::vector<std::string> names = applySources(file, tree);
         arguments.insert(arguments.end(), names.begin(), names.end());
     }

@@ -1,7 +1,6 @@
 // What recstation does from its arguments to its exit code.
 #include "program.h"
 
-#include <cstdio>
 #include <exception>
 #include <memory>
 
@@ -23,8 +22,7 @@ bool writeSummary(const Summary& summary, const Options& options, Messages& mess
     for (const QString& remark : summary.remarks(!options.quiet)) {
         messages.message(remark);
     }
-    const std::string text = options.json ? summary.json() : summary.fileLines().toStdString();
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
+    if (!writeToStandardOutput(options.json ? summary.json() : summary.fileLines().toStdString())) {
         messages.message(QStringLiteral("cannot write the summary to the standard output"));
         return false;
     }

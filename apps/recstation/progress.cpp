@@ -27,6 +27,11 @@ void writeToStandardError(const QString& text)
 
 }  // namespace
 
+bool writeToStandardOutput(const std::string& text)
+{
+    return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+}
+
 QString printable(const QString& text)
 {
     return QString::fromStdString(TerminalText::oneLine(text.toStdString()));

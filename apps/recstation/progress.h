@@ -3,11 +3,15 @@
 
 #include <cstdint>
 #include <mutex>
+#include <string>
 
 #include <QElapsedTimer>
 #include <QString>
 
 namespace RecStation {
+
+/// The result of a run. @return whether all of it was written
+[[nodiscard]] bool writeToStandardOutput(const std::string& text);
 
 struct ProgressNumbers {
     unsigned long long recordedMs = 0;  ///< how far recorded time has come

@@ -80,6 +80,21 @@ bool isLiveRun(const Options& options)
     return live;
 }
 
+std::unique_ptr<Source> makeSource(const Options& options, const OfferedSource& chosen, SourceRun run)
+{
+    const auto tellsPositions = [&chosen](const auto& other) {
+        return other.get() != &chosen && other->traits().tellsPositions;
+    };
+    run.alone = options.sources.size() == 1;
+    run.positionElsewhere = std::any_of(options.sources.begin(), options.sources.end(), tellsPositions);
+    run.sourceTime = options.sourceTime;
+    auto source = chosen.make(run);
+    if (run.live && !chosen.traits().live) {
+        source = std::make_unique<ArrivalSource>(std::move(source), options.sourceTime);
+    }
+    return source;
+}
+
 void requireOwnSpectra(const QString& one, const QStringList& spectraOfOne, const QString& other,
                        const QStringList& spectraOfOther)
 {
@@ -115,7 +130,8 @@ void makeDirectory(const QString& directory)
 }  // namespace
 
 Station::Station(const Options& options, Messages& messages)
-    : m_messages(messages),
+    : m_options(options),
+      m_messages(messages),
       m_traces(options.trace,
                [this](const QString& sentence) { m_messages.message(QStringLiteral("warning: ") + sentence); }),
       m_plugin(QString::fromStdString(options.plugin)),
@@ -132,11 +148,7 @@ Station::Station(const Options& options, Messages& messages)
                     tellNews();
                 }}),
       m_recorders(m_plugin, m_messages, m_traces),
-      m_disks(m_recorders, m_messages),
-      m_durationSeconds(options.durationSeconds),
-      m_allowGap(options.allowGap || options.splitGapUs),
-      m_recover(options.recover),
-      m_viewPort(options.view ? std::optional(options.viewPort) : std::nullopt)
+      m_disks(m_recorders, m_messages)
 {
     for (const QString& warning : m_configuration.warnings) {
         m_messages.message(QStringLiteral("warning: ") + warning);
@@ -145,7 +157,12 @@ Station::Station(const Options& options, Messages& messages)
     if (options.makeOutput) {
         makeDirectory(QString::fromStdString(options.output));
     }
-    addSources(options);
+    const auto splitGapUs = options.sources.size() == 1 ? options.splitGapUs : std::nullopt;
+    for (const auto& chosen : options.sources) {
+        m_scheduler->add(
+            makeSource(options, *chosen,
+                       {.configuration = m_configuration, .hooks = hooks(), .splitGapUs = splitGapUs, .live = m_live}));
+    }
     requireApart(m_scheduler->sources());
     if (options.splitGapUs) {
         m_scheduler->tellGaps(*options.splitGapUs, [this](unsigned long long time) { beginAnew(time); });
@@ -154,22 +171,6 @@ Station::Station(const Options& options, Messages& messages)
     m_archive.begin(m_messages);
     m_recorders.add(m_configuration.instances, QString::fromStdString(options.output));
     m_recorders.choose(options.recorders, options.sources);
-}
-
-void Station::addSources(const Options& options)
-{
-    const bool alone = options.sources.size() == 1;
-    for (const auto& chosen : options.sources) {
-        const bool positionElsewhere =
-            std::any_of(options.sources.begin(), options.sources.end(),
-                        [&chosen](const auto& other) { return other != chosen && other->traits().tellsPositions; });
-        auto source = chosen->make({m_configuration, hooks(), alone ? options.splitGapUs : std::nullopt, alone,
-                                    positionElsewhere, m_live, options.sourceTime});
-        if (m_live && !chosen->traits().live) {
-            source = std::make_unique<ArrivalSource>(std::move(source), options.sourceTime);
-        }
-        m_scheduler->add(std::move(source));
-    }
 }
 
 StationHooks Station::hooks()
@@ -224,11 +225,11 @@ Summary Station::run()
     const StopNotifier stopNotifier([this] { m_runner.wake(); });
     Summary summary;
     try {
-        if (m_recover) {  // before the names of new recordings are chosen
+        if (m_options.recover) {  // before the names of new recordings are chosen
             summary.recovered = recoverEarlier(m_recorders.directories(), m_messages);
         }
-        if (m_viewPort) {
-            m_viewer.emplace(m_recorders.directories(), *m_viewPort);
+        if (m_options.view) {
+            m_viewer.emplace(m_recorders.directories(), m_options.viewPort);
         }
         record();
     } catch (const std::exception& error) {
@@ -267,7 +268,7 @@ void Station::record()
             tellNews();
         });
     }
-    if (!m_live && !m_allowGap && m_scheduler->sources().size() > 1) {
+    if (!m_live && !m_options.allowGap && !m_options.splitGapUs && m_scheduler->sources().size() > 1) {
         requireOverlap(m_scheduler->sources(), DefaultGapUs);
     }
     endAfterDuration();
@@ -324,7 +325,7 @@ std::optional<unsigned long long> Station::firstTimeOfSources()
 
 void Station::endAfterDuration()
 {
-    if (m_durationSeconds) {
+    if (m_options.durationSeconds) {
         constexpr double MillisecondsPerSecond = 1000;
         m_duration.setSingleShot(true);
         QObject::connect(&m_duration, &QTimer::timeout, &m_duration, [this] {
@@ -332,7 +333,7 @@ void Station::endAfterDuration()
             m_runner.wake();
         });
         m_duration.start(
-            std::chrono::milliseconds(static_cast<std::int64_t>(*m_durationSeconds * MillisecondsPerSecond)));
+            std::chrono::milliseconds(static_cast<std::int64_t>(*m_options.durationSeconds * MillisecondsPerSecond)));
     }
 }
 

@@ -35,6 +35,9 @@ void requireOneInput(const ChosenSources& sources);
 /// Whether the sources are merged by arrival.
 /// @throws UsageError when they or the options do not go together
 [[nodiscard]] bool isLiveRun(const Options& options);
+/// One of the sources of a run. What is no peer's has the times of its arrival in a live run.
+/// @param run what is known of it besides the options
+[[nodiscard]] std::unique_ptr<Source> makeSource(const Options& options, const OfferedSource& chosen, SourceRun run);
 /// Two sources would tear each other's spectrum down with every change, and two receivers' spectra of different paths
 /// still have one frequency, span and level between them.
 /// @throws UsageError when they have one in common
@@ -46,6 +49,7 @@ class Station {
 public:
     /// Loads plug-in and configuration, prepares the sources and sets up the recorders.
     /// @throws std::runtime_error when the run cannot begin
+    /// @param options must outlive this object
     Station(const Options& options, Messages& messages);
     Station(const Station&) = delete;
     Station& operator=(const Station&) = delete;
@@ -55,7 +59,6 @@ public:
     [[nodiscard]] Summary run();
 
 private:
-    void addSources(const Options& options);
     [[nodiscard]] StationHooks hooks();
     [[nodiscard]] bool isRecorded(const QString& path) const;
     bool switchRecorder(const QString& name, bool on);
@@ -72,6 +75,7 @@ private:
     [[nodiscard]] ProgressNumbers progressNumbers();
     [[nodiscard]] unsigned long long recordedMs() const;
 
+    const Options& m_options;
     Messages& m_messages;
     RecorderTraces m_traces;
     SimulatedClock m_clock;
@@ -87,14 +91,10 @@ private:
     Runner m_runner;
     Recorders m_recorders;
     DiskWatch m_disks;
-    std::optional<double> m_durationSeconds;
     QTimer m_duration;
     std::optional<unsigned long long> m_firstTime;
     unsigned long long m_toldTime = 0;   // to the recorders, before a step
     unsigned long long m_earlierUs = 0;  // recorded time before the last gap
-    bool m_allowGap;
-    bool m_recover;
-    std::optional<int> m_viewPort;
     std::optional<Viewer> m_viewer;
 };
 

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -20,7 +19,6 @@
 #include "check/needs.h"
 #include "check/probe.h"
 #include "clock.h"
-#include "live/arrivalsource.h"
 #include "live/sourcethreads.h"
 #include "progress.h"
 #include "recorders.h"
@@ -125,24 +123,16 @@ StationHooks Check::hooksOf(std::size_t index)
 // One that cannot even be opened is no reason not to look at the others.
 void Check::prepare(std::size_t index)
 {
-    const auto& chosen = m_options.sources[index];
-    const bool alone = m_options.sources.size() == 1;
-    const bool positionElsewhere =
-        std::any_of(m_options.sources.begin(), m_options.sources.end(),
-                    [&chosen](const auto& other) { return other != chosen && other->traits().tellsPositions; });
     m_probe.begin(index, 0);
     try {
-        auto source = chosen->make(
-            {m_configuration, hooksOf(index), std::nullopt, alone, positionElsewhere, m_live, m_options.sourceTime});
+        auto source = makeSource(m_options, *m_options.sources[index],
+                                 {.configuration = m_configuration, .hooks = hooksOf(index), .live = m_live});
         m_trials[index].spectra = source->spectra();
         for (std::size_t other = 0; other < index; ++other) {
             requireOwnSpectra(m_findings.sources[other].name, m_trials[other].spectra, source->name(),
                               m_trials[index].spectra);
         }
         source->prepare();
-        if (m_live && !chosen->traits().live) {
-            source = std::make_unique<ArrivalSource>(std::move(source), m_options.sourceTime);
-        }
         m_sources[index] = std::move(source);
         m_trials[index].goesOn = true;
     } catch (const UsageError&) {
@@ -355,8 +345,7 @@ Findings Check::run()
 
 ExitCode writeFindings(const Findings& findings, bool json)
 {
-    const std::string text = json ? findingsJson(findings) : findingsText(findings);
-    const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+    const bool written = writeToStandardOutput(json ? findingsJson(findings) : findingsText(findings));
     if (!written) {
         Messages(false, true).message(QStringLiteral("cannot write the findings to the standard output"));
     }

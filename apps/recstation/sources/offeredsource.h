@@ -37,7 +37,7 @@ struct StationHooks {
 struct SourceRun {
     Configuration& configuration;
     StationHooks hooks;
-    std::optional<unsigned long long> splitGapUs;  ///< of an input that plays alone: others could not go back with it
+    std::optional<unsigned long long> splitGapUs = {};  ///< of an input that plays alone: others could not go back
     bool alone = true;
     bool positionElsewhere = false;  ///< another source tells positions
     bool live = false;               ///< merged by arrival; maps have the time of the step, not one of their own
