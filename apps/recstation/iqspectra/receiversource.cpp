@@ -241,11 +241,7 @@ void ReceiverSource::forget()
 
 SourceReport ReceiverSource::counts() const
 {
-    SourceReport report;
-    report.used = m_shown;
-    report.bad = m_frames.bad();
-    report.lost = m_missing + m_receiver->overruns();
-    return report;
+    return {.used = m_shown, .bad = m_frames.bad(), .lost = m_missing + m_receiver->overruns()};
 }
 
 }  // namespace

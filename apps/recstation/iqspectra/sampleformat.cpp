@@ -4,10 +4,11 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cstdint>
 #include <limits>
 #include <string_view>
 #include <type_traits>
+
+#include <QtEndian>
 
 namespace RecStation {
 
@@ -54,56 +55,63 @@ std::optional<SampleFormat> find(const std::array<Alias, N>& table, std::string_
 }
 
 template <typename Unsigned>
-Unsigned littleEndian(std::span<const char> bytes)
-{
-    Unsigned number = 0;
-    for (std::size_t i = 0; i < sizeof(Unsigned); ++i) {
-        number = static_cast<Unsigned>(number | static_cast<Unsigned>(static_cast<unsigned char>(bytes[i])) << 8U * i);
-    }
-    return number;
-}
-
-template <typename Unsigned>
-Unsigned bigEndian(std::span<const char> bytes)
-{
-    Unsigned number = 0;
-    for (std::size_t i = 0; i < sizeof(Unsigned); ++i) {
-        number = static_cast<Unsigned>(number | static_cast<Unsigned>(static_cast<unsigned char>(bytes[i]))
-                                                    << 8U * (sizeof(Unsigned) - 1 - i));
-    }
-    return number;
-}
-
-template <typename Unsigned>
 constexpr double HalfRange = static_cast<double>(std::numeric_limits<Unsigned>::max()) / 2;
 
-template <typename Unsigned, Unsigned (*Bits)(std::span<const char>)>
-double unsignedNumber(std::span<const char> bytes)
+template <typename Unsigned>
+double unsignedNumber(Unsigned bits)
 {
-    return (Bits(bytes) - HalfRange<Unsigned>) / HalfRange<Unsigned>;
+    return (bits - HalfRange<Unsigned>) / HalfRange<Unsigned>;
 }
 
-template <typename Unsigned, Unsigned (*Bits)(std::span<const char>)>
-double signedNumber(std::span<const char> bytes)
+template <typename Unsigned>
+double signedNumber(Unsigned bits)
 {
     using Signed = std::make_signed_t<Unsigned>;
-    return static_cast<Signed>(Bits(bytes)) / -static_cast<double>(std::numeric_limits<Signed>::min());
+    return static_cast<Signed>(bits) / -static_cast<double>(std::numeric_limits<Signed>::min());
 }
 
-template <typename Float, typename Unsigned, Unsigned (*Bits)(std::span<const char>)>
-double floatNumber(std::span<const char> bytes)
+template <typename Float, typename Unsigned>
+double floatNumber(Unsigned bits)
 {
-    return static_cast<double>(std::bit_cast<Float>(Bits(bytes)));
+    return static_cast<double>(std::bit_cast<Float>(bits));
 }
 
-template <std::size_t Bytes>
-void decode(std::span<const char> bytes, std::span<std::complex<double>> out, double (*number)(std::span<const char>))
+template <typename Bits, bool BigEndian, double (*Number)(Bits)>
+void decode(std::span<const char> bytes, std::span<std::complex<double>> out)
 {
-    std::size_t at = 0;
+    const char* at = bytes.data();
+    const auto next = [&at] {
+        const Bits bits = BigEndian ? qFromBigEndian<Bits>(at) : qFromLittleEndian<Bits>(at);
+        at += sizeof(Bits);
+        return Number(bits);
+    };
     for (std::complex<double>& sample : out) {
-        sample = {number(bytes.subspan(at, Bytes)), number(bytes.subspan(at + Bytes, Bytes))};
-        at += 2 * Bytes;
+        const double inPhase = next();
+        sample = {inPhase, next()};
     }
+}
+
+struct Decoding {
+    std::size_t sampleBytes;
+    void (*decode)(std::span<const char> bytes, std::span<std::complex<double>> out);
+};
+
+template <typename Bits, bool BigEndian, double (*Number)(Bits)>
+constexpr Decoding DecodingOf = {2 * sizeof(Bits), decode<Bits, BigEndian, Number>};
+
+// In the order of SampleFormat.
+constexpr std::array Decodings = {
+    DecodingOf<quint8, false, unsignedNumber>,       DecodingOf<quint8, false, signedNumber>,
+    DecodingOf<quint16, false, unsignedNumber>,      DecodingOf<quint16, true, unsignedNumber>,
+    DecodingOf<quint16, false, signedNumber>,        DecodingOf<quint16, true, signedNumber>,
+    DecodingOf<quint32, false, signedNumber>,        DecodingOf<quint32, true, signedNumber>,
+    DecodingOf<quint32, false, floatNumber<float>>,  DecodingOf<quint32, true, floatNumber<float>>,
+    DecodingOf<quint64, false, floatNumber<double>>, DecodingOf<quint64, true, floatNumber<double>>,
+};
+
+const Decoding& decodingOf(SampleFormat format)
+{
+    return Decodings.at(static_cast<std::size_t>(format));
 }
 
 }  // namespace
@@ -127,58 +135,12 @@ const char* sampleFormatName(SampleFormat format)
 
 std::size_t sampleBytes(SampleFormat format)
 {
-    switch (format) {
-        case SampleFormat::UnsignedByte:
-        case SampleFormat::SignedByte:
-            return 2;
-        case SampleFormat::UnsignedShortLe:
-        case SampleFormat::UnsignedShortBe:
-        case SampleFormat::SignedShortLe:
-        case SampleFormat::SignedShortBe:
-            return 4;
-        case SampleFormat::DoubleLe:
-        case SampleFormat::DoubleBe:
-            return 16;
-        case SampleFormat::SignedLongLe:
-        case SampleFormat::SignedLongBe:
-        case SampleFormat::FloatLe:
-        case SampleFormat::FloatBe:
-            break;
-    }
-    return 8;
+    return decodingOf(format).sampleBytes;
 }
 
 void decodeSamples(SampleFormat format, std::span<const char> bytes, std::span<std::complex<double>> out)
 {
-    using Short = std::uint16_t;
-    using Long = std::uint32_t;
-    using LongLong = std::uint64_t;
-    switch (format) {
-        case SampleFormat::UnsignedByte:
-            return decode<1>(bytes, out, unsignedNumber<std::uint8_t, littleEndian<std::uint8_t>>);
-        case SampleFormat::SignedByte:
-            return decode<1>(bytes, out, signedNumber<std::uint8_t, littleEndian<std::uint8_t>>);
-        case SampleFormat::UnsignedShortLe:
-            return decode<2>(bytes, out, unsignedNumber<Short, littleEndian<Short>>);
-        case SampleFormat::UnsignedShortBe:
-            return decode<2>(bytes, out, unsignedNumber<Short, bigEndian<Short>>);
-        case SampleFormat::SignedShortLe:
-            return decode<2>(bytes, out, signedNumber<Short, littleEndian<Short>>);
-        case SampleFormat::SignedShortBe:
-            return decode<2>(bytes, out, signedNumber<Short, bigEndian<Short>>);
-        case SampleFormat::SignedLongLe:
-            return decode<4>(bytes, out, signedNumber<Long, littleEndian<Long>>);
-        case SampleFormat::SignedLongBe:
-            return decode<4>(bytes, out, signedNumber<Long, bigEndian<Long>>);
-        case SampleFormat::FloatLe:
-            return decode<4>(bytes, out, floatNumber<float, Long, littleEndian<Long>>);
-        case SampleFormat::FloatBe:
-            return decode<4>(bytes, out, floatNumber<float, Long, bigEndian<Long>>);
-        case SampleFormat::DoubleLe:
-            return decode<8>(bytes, out, floatNumber<double, LongLong, littleEndian<LongLong>>);
-        case SampleFormat::DoubleBe:
-            return decode<8>(bytes, out, floatNumber<double, LongLong, bigEndian<LongLong>>);
-    }
+    decodingOf(format).decode(bytes, out);
 }
 
 }  // namespace RecStation

@@ -34,24 +34,10 @@ std::span<const std::complex<double>> SegmentReader::next()
     return m_ended ? std::span<const std::complex<double>>() : m_segment;
 }
 
-// An input may give less than was asked for long before its end.
-std::size_t SegmentReader::readBytes(std::size_t wanted)
-{
-    std::size_t have = 0;
-    while (have < wanted) {
-        const std::size_t count = m_input(m_bytes.data() + have, wanted - have);
-        if (count == 0) {
-            break;
-        }
-        have += count;
-    }
-    return have;
-}
-
 bool SegmentReader::fill(std::span<std::complex<double>> out)
 {
     const std::size_t oneSample = sampleBytes(m_format);
-    const std::size_t bytes = readBytes(out.size() * oneSample);
+    const std::size_t bytes = readWhole(m_input, std::span(m_bytes).first(out.size() * oneSample));
     const std::size_t samples = bytes / oneSample;
     m_samplesRead += samples;
     m_bytesLeftOver = bytes % oneSample;

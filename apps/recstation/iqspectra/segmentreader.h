@@ -32,7 +32,6 @@ public:
 
 private:
     bool fill(std::span<std::complex<double>> out);
-    std::size_t readBytes(std::size_t wanted);
 
     ByteInput m_input;
     SampleFormat m_format;

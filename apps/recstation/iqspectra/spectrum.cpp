@@ -2,9 +2,11 @@
 #include "iqspectra/spectrum.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <new>
 #include <numbers>
+#include <string_view>
 
 #include <fftw3.h>
 
@@ -12,22 +14,19 @@ namespace RecStation {
 
 namespace {
 
-/// Terms of a cosine-sum window, alternating in sign.
-std::span<const double> cosineTerms(Window window)
-{
-    static constexpr double FlatTop[] = {0.21557895, 0.41663158, 0.277263158, 0.083578947, 0.006947368};
-    static constexpr double Hann[] = {0.5, 0.5};
-    static constexpr double BlackmanHarris[] = {0.35875, 0.48829, 0.14128, 0.01168};
-    switch (window) {
-        case Window::Hann:
-            return Hann;
-        case Window::BlackmanHarris:
-            return BlackmanHarris;
-        case Window::FlatTop:
-            break;
-    }
-    return FlatTop;
-}
+constexpr std::array FlatTopTerms = {0.21557895, 0.41663158, 0.277263158, 0.083578947, 0.006947368};
+constexpr std::array HannTerms = {0.5, 0.5};
+constexpr std::array BlackmanHarrisTerms = {0.35875, 0.48829, 0.14128, 0.01168};
+
+struct CosineSum {
+    Window window;
+    std::string_view name;
+    std::span<const double> terms;  // alternating in sign
+};
+
+constexpr std::array Windows = {CosineSum{Window::FlatTop, "flattop", FlatTopTerms},
+                                CosineSum{Window::Hann, "hann", HannTerms},
+                                CosineSum{Window::BlackmanHarris, "blackman-harris", BlackmanHarrisTerms}};
 
 struct FftwFree {
     void operator()(fftw_complex* buffer) const { fftw_free(buffer); }
@@ -48,21 +47,14 @@ FftwBuffer allocate(std::size_t size)
 
 std::optional<Window> windowByName(const std::string& name)
 {
-    if (name == "flattop") {
-        return Window::FlatTop;
-    }
-    if (name == "hann") {
-        return Window::Hann;
-    }
-    if (name == "blackman-harris") {
-        return Window::BlackmanHarris;
-    }
-    return std::nullopt;
+    const auto* const found =
+        std::find_if(Windows.begin(), Windows.end(), [&name](const CosineSum& sum) { return sum.name == name; });
+    return found == Windows.end() ? std::nullopt : std::optional(found->window);
 }
 
 std::vector<double> windowWeights(Window window, std::size_t size)
 {
-    const std::span<const double> terms = cosineTerms(window);
+    const std::span<const double> terms = Windows.at(static_cast<std::size_t>(window)).terms;
     std::vector<double> weights(size);
     const double count = static_cast<double>(size);
     for (std::size_t n = 0; n < size; ++n) {

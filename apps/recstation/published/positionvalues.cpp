@@ -3,47 +3,46 @@
 
 #include <limits>
 
-#include "published/attachedvalue.h"
-
 namespace RecStation {
 
 namespace {
 
-void setIfTold(const values::ValuePtr<values::ValueNumeric<double>>& value, const std::optional<double>& number)
-{
-    if (number) {
-        value->SetValue(*number);
-    }
-}
+struct PositionValue {
+    std::optional<double> Fix::*number;
+    const char* path;
+};
+
+constexpr std::array<PositionValue, 7> PositionPaths = {{{&Fix::latitudeDeg, "/LOCATIONLATITUDE"},
+                                                         {&Fix::longitudeDeg, "/LOCATIONLONGITUDE"},
+                                                         {&Fix::altitudeM, "/ALTITUDE"},
+                                                         {&Fix::speedMps, "/VELOCITY"},
+                                                         {&Fix::headingDeg, "/TRUEHEADING"},
+                                                         {&Fix::pitchDeg, "/PITCH"},
+                                                         {&Fix::rollDeg, "/ROLL"}}};
 
 }  // namespace
 
 PositionValues::PositionValues()
 {
-    attachNumber(m_latitude, QStringLiteral("/LOCATIONLATITUDE"));
-    attachNumber(m_longitude, QStringLiteral("/LOCATIONLONGITUDE"));
-    attachNumber(m_altitude, QStringLiteral("/ALTITUDE"));
-    attachNumber(m_speed, QStringLiteral("/VELOCITY"));
-    attachNumber(m_heading, QStringLiteral("/TRUEHEADING"));
-    attachNumber(m_pitch, QStringLiteral("/PITCH"));
-    attachNumber(m_roll, QStringLiteral("/ROLL"));
+    for (std::size_t i = 0; i < m_values.size(); ++i) {
+        attachNumber(m_values.at(i), QString::fromLatin1(PositionPaths.at(i).path));
+    }
 }
 
 void PositionValues::show(const Fix& fix)
 {
-    setIfTold(m_latitude, fix.latitudeDeg);
-    setIfTold(m_longitude, fix.longitudeDeg);
-    setIfTold(m_altitude, fix.altitudeM);
-    setIfTold(m_speed, fix.speedMps);
-    setIfTold(m_heading, fix.headingDeg);
-    setIfTold(m_pitch, fix.pitchDeg);
-    setIfTold(m_roll, fix.rollDeg);
+    for (std::size_t i = 0; i < m_values.size(); ++i) {
+        if (const auto& number = fix.*PositionPaths.at(i).number) {
+            m_values.at(i)->SetValue(*number);
+        }
+    }
 }
 
 void PositionValues::forget()
 {
-    constexpr double Unknown = std::numeric_limits<double>::quiet_NaN();
-    show({Unknown, Unknown, Unknown, Unknown, Unknown, Unknown, Unknown});
+    for (const auto& value : m_values) {
+        value->SetValue(std::numeric_limits<double>::quiet_NaN());
+    }
 }
 
 }  // namespace RecStation

@@ -1,9 +1,9 @@
 // The values of the tree that tell where the station is and how it lies.
 #pragma once
 
-#include <values/tree.h>
-#include <values/value.h>
+#include <array>
 
+#include "published/attachedvalue.h"
 #include "published/fix.h"
 
 namespace RecStation {
@@ -19,15 +19,7 @@ public:
     void forget();  ///< none of them is known any more: not a number
 
 private:
-    using Number = values::ValuePtr<values::ValueNumeric<double>>;
-
-    Number m_latitude;
-    Number m_longitude;
-    Number m_altitude;
-    Number m_speed;
-    Number m_heading;
-    Number m_pitch;
-    Number m_roll;
+    std::array<values::ValuePtr<values::ValueNumeric<double>>, 7> m_values;
 };
 
 }  // namespace RecStation

@@ -4,39 +4,27 @@
 namespace RecStation {
 
 using Offer = std::shared_ptr<OfferedSource>();  // each in its source's folder
-Offer offerSim, offerFeed, offerSweep, offerBearings, offerNmea;
-#if defined(RECSTATION_HAS_IQ)
-Offer offerIq;
-#endif
-#if defined(RECSTATION_HAS_LIVE)
-Offer offerGpsd, offerKraken, offerRig;
-#endif
-#if defined(RECSTATION_HAS_RTLTCP)
-Offer offerRtlTcp;
-#endif
-#if defined(RECSTATION_HAS_SOAPY)
-Offer offerSoapy;
-#endif
+Offer offerSim, offerFeed, offerSweep, offerBearings, offerNmea, offerIq, offerRtlTcp, offerGpsd, offerKraken, offerRig,
+    offerSoapy;
 
 std::vector<std::shared_ptr<OfferedSource>> offeredSources()
 {
-    std::vector<std::shared_ptr<OfferedSource>> all = {offerSim(), offerFeed(), offerSweep(), offerBearings(),
-                                                       offerNmea()};
+    return
+    {
+        offerSim(), offerFeed(), offerSweep(), offerBearings(), offerNmea(),
 #if defined(RECSTATION_HAS_IQ)
-    all.push_back(offerIq());
+            offerIq(),
 #endif
 #if defined(RECSTATION_HAS_RTLTCP)
-    all.push_back(offerRtlTcp());
+            offerRtlTcp(),
 #endif
 #if defined(RECSTATION_HAS_LIVE)
-    all.push_back(offerGpsd());
-    all.push_back(offerKraken());
-    all.push_back(offerRig());
+            offerGpsd(), offerKraken(), offerRig(),
 #endif
 #if defined(RECSTATION_HAS_SOAPY)
-    all.push_back(offerSoapy());
+            offerSoapy(),
 #endif
-    return all;
+    };
 }
 
 }  // namespace RecStation

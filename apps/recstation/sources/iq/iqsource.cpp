@@ -24,26 +24,14 @@ QString deviceName(const IqPlan& plan)
     return plan.file == QLatin1String("-") ? QStringLiteral("IQ input") : QFileInfo(plan.file).completeBaseName();
 }
 
-std::string firstBytesOf(const ByteInput& input)
-{
-    std::string first(ForeignBytes, '\0');
-    std::size_t have = 0;
-    std::size_t count = 0;
-    do {
-        count = input(first.data() + have, first.size() - have);
-        have += count;
-    } while (count > 0 && have < first.size());
-    first.resize(have);
-    return first;
-}
-
 /// A pipe shows what it is only once it is read.
 ByteInput refusingForeign(ByteInput input, const std::string& name)
 {
     return [input = std::move(input), name, first = std::optional<std::string>(), given = std::size_t{0}](
                char* buffer, std::size_t size) mutable -> std::size_t {
         if (!first) {
-            first = firstBytesOf(input);
+            first.emplace(ForeignBytes, '\0');
+            first->resize(readWhole(input, *first));
             if (const std::string why = whyNoSamples(*first); !why.empty()) {
                 throw std::runtime_error("iq: " + name + " " + why);
             }

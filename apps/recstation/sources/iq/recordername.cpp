@@ -4,13 +4,11 @@
 #include <QDateTime>
 #include <QRegularExpression>
 
+#include <terminaltext/quantity.h>
+
 namespace RecStation {
 
 namespace {
-
-constexpr double Kilo = 1e3;
-constexpr double Mega = 1e6;
-constexpr double Giga = 1e9;
 
 void readTime(const QString& name, Qt::TimeSpec zone, KnownSamples& out)
 {
@@ -34,18 +32,6 @@ void readTime(const QString& name, Qt::TimeSpec zone, KnownSamples& out)
     }
 }
 
-double unitOf(const QString& prefix)
-{
-    const QString lower = prefix.toLower();
-    if (lower == QLatin1String("k")) {
-        return Kilo;
-    }
-    if (lower == QLatin1String("m")) {
-        return Mega;
-    }
-    return lower == QLatin1String("g") ? Giga : 1;
-}
-
 }  // namespace
 
 KnownSamples knownByName(const QString& name)
@@ -59,7 +45,8 @@ KnownSamples knownByName(const QString& name)
     static const QRegularExpression withRate(
         QStringLiteral("_(\\d{1,6}(?:\\.\\d{1,9})?)M_(\\d{1,6}(?:\\.\\d{1,9})?)k$"));
     const auto number = [](QString digits, const QString& prefix) {
-        return digits.replace(QLatin1Char('_'), QLatin1Char('.')).toDouble() * unitOf(prefix);
+        digits.replace(QLatin1Char('_'), QLatin1Char('.'));
+        return TerminalText::parseQuantity((digits + prefix).toStdString(), {}).value_or(0);
     };
     KnownSamples known;
     KnownCapture& capture = known.captures.front();

@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include <QDateTime>
+#include <QtEndian>
 
 namespace RecStation {
 
@@ -24,18 +25,15 @@ class Bytes {
 public:
     bool read(const ReadAt& readAt, std::uint64_t offset) { return readAt(offset, m_bytes.data(), Size) == Size; }
     [[nodiscard]] std::string_view tag(std::size_t at) const { return {m_bytes.data() + at, 4}; }
-    [[nodiscard]] std::uint16_t word(std::size_t at) const { return static_cast<std::uint16_t>(number(at, WordBytes)); }
-    [[nodiscard]] std::uint32_t dword(std::size_t at) const { return static_cast<std::uint32_t>(number(at, 4)); }
-    [[nodiscard]] std::uint64_t qword(std::size_t at) const { return number(at, 8); }
+    [[nodiscard]] std::uint16_t word(std::size_t at) const { return number<quint16>(at); }
+    [[nodiscard]] std::uint32_t dword(std::size_t at) const { return number<quint32>(at); }
+    [[nodiscard]] std::uint64_t qword(std::size_t at) const { return number<quint64>(at); }
 
 private:
-    [[nodiscard]] std::uint64_t number(std::size_t at, std::size_t count) const
+    template <typename Number>
+    [[nodiscard]] Number number(std::size_t at) const
     {
-        std::uint64_t value = 0;
-        for (std::size_t i = count; i-- > 0;) {
-            value = value << 8U | static_cast<unsigned char>(m_bytes.at(at + i));
-        }
-        return value;
+        return qFromLittleEndian<Number>(m_bytes.data() + at);
     }
 
     std::array<char, Size> m_bytes{};

@@ -14,24 +14,16 @@ namespace {
 // A block of streets; the vehicle turns at its corners.
 constexpr std::array<Place, 4> Corners = {{{0, 0}, {0, 900}, {1400, 900}, {1400, 0}}};
 
-struct TransmitterRow {
-    double frequencyHz;
-    double widthHz;
-    double powerDb;
-    Place place;
-    double longestOnMs;
-};
-
-constexpr std::array TransmitterRows = {
-    TransmitterRow{422.500e6, 25e3, -62, {-2600, 1800}, 0},  // carriers
-    TransmitterRow{427.125e6, 50e3, -70, {3900, 5200}, 0},
-    TransmitterRow{431.700e6, 25e3, -58, {2400, 2900}, 0},
-    TransmitterRow{438.650e6, 25e3, -66, {-1900, -3300}, 0},
-    TransmitterRow{451.000e6, 200e3, -72, {6100, -800}, 0},
-    TransmitterRow{457.375e6, 100e3, -75, {-5200, 4100}, 0},
-    TransmitterRow{433.500e6, 25e3, -55, {900, -1500}, 6'000},  // bursts
-    TransmitterRow{436.225e6, 25e3, -60, {3100, 700}, 3'000},
-    TransmitterRow{444.800e6, 25e3, -64, {-1200, 2500}, 9'000},
+constexpr std::array Transmitters = {
+    Transmitter{422.500e6, 25e3, -62, {-2600, 1800}},  // carriers
+    Transmitter{427.125e6, 50e3, -70, {3900, 5200}},
+    Transmitter{431.700e6, 25e3, -58, {2400, 2900}},
+    Transmitter{438.650e6, 25e3, -66, {-1900, -3300}},
+    Transmitter{451.000e6, 200e3, -72, {6100, -800}},
+    Transmitter{457.375e6, 100e3, -75, {-5200, 4100}},
+    Transmitter{433.500e6, 25e3, -55, {900, -1500}, 6'000, false},  // bursts
+    Transmitter{436.225e6, 25e3, -60, {3100, 700}, 3'000, false},
+    Transmitter{444.800e6, 25e3, -64, {-1200, 2500}, 9'000, false},
 };
 
 constexpr double HopPowerDb = -85;
@@ -78,18 +70,8 @@ double Vehicle::longitude() const
     return OriginLongitude + m_place.east / MetresPerDegreeEast;
 }
 
-Scenery::Scenery(std::uint64_t seed) : m_random(seed)
+Scenery::Scenery(std::uint64_t seed) : m_random(seed), m_transmitters(Transmitters.begin(), Transmitters.end())
 {
-    for (const TransmitterRow& row : TransmitterRows) {
-        Transmitter transmitter;
-        transmitter.frequencyHz = row.frequencyHz;
-        transmitter.widthHz = row.widthHz;
-        transmitter.powerDb = row.powerDb;
-        transmitter.place = row.place;
-        transmitter.longestOnMs = row.longestOnMs;
-        transmitter.on = row.longestOnMs == 0;
-        m_transmitters.push_back(transmitter);
-    }
 }
 
 void Scenery::advanceTo(unsigned long long ms)

@@ -92,13 +92,12 @@ constexpr std::array ItemRows = {
 
 std::unique_ptr<values::ValueBase> makeNumber(const KeywordValue& row)
 {
+    std::unique_ptr<values::ValueNumeric<double>> value;
     if (row.type == ValueType::NumericWithOffset) {
-        auto value = std::make_unique<values::ValueNumericWithOffset<double>>();
-        value->SetLimits(row.lower, row.upper);
-        value->SetValue(row.value);
-        return value;
+        value = std::make_unique<values::ValueNumericWithOffset<double>>();
+    } else {
+        value = std::make_unique<values::ValueNumeric<double>>();
     }
-    auto value = std::make_unique<values::ValueNumeric<double>>();
     value->SetLimits(row.lower, row.upper);
     value->SetValue(row.value);
     return value;
