@@ -19,14 +19,18 @@ BadLines::BadLines(std::string source, bool strict, InputReport report)
 void BadLines::add(std::size_t line, const std::string& problem)
 {
     ++m_count;
-    const std::string sentence =
-        (m_input.empty() ? "line " : m_input + ": line ") + std::to_string(line) + ": " + problem;
+    const std::string sentence = at(line) + problem;
     if (m_strict) {
-        throw StrictError(m_source + ": " + sentence + " (--strict allows no bad line)");
+        throw StrictError(sentence + " (--strict allows no bad line)");
     }
     if (m_count <= MostSentences) {
-        say(sentence);
+        m_report(QString::fromStdString(sentence));
     }
+}
+
+std::string BadLines::at(std::size_t line) const
+{
+    return m_source + (m_input.empty() ? ": line " : ": " + m_input + ": line ") + std::to_string(line) + ": ";
 }
 
 void BadLines::finish()

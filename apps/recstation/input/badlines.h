@@ -41,6 +41,9 @@ public:
     /// Tells anything else about the input.
     void say(const std::string& sentence) const;
     [[nodiscard]] std::uint64_t count() const { return m_count; }
+    [[nodiscard]] bool isStrict() const { return m_strict; }
+    /// What stands before a sentence about a line: "sweep: night.csv: line 7: ".
+    [[nodiscard]] std::string at(std::size_t line) const;
 
 private:
     std::string m_source;

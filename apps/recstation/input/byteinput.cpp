@@ -13,6 +13,17 @@
 
 namespace RecStation {
 
+std::size_t readWhole(const ByteInput& input, std::span<char> buffer)
+{
+    std::size_t have = 0;
+    std::size_t count = 1;
+    while (count > 0 && have < buffer.size()) {
+        count = input(buffer.data() + have, buffer.size() - have);
+        have += count;
+    }
+    return have;
+}
+
 ByteInput openInput(const std::string& file)
 {
     const auto input = std::make_shared<System::InterruptibleInput>(file);

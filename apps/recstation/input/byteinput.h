@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <span>
 #include <stdexcept>
 #include <string>
 
@@ -17,6 +18,10 @@ using ByteInput = std::function<std::size_t(char* buffer, std::size_t size)>;
 class DamagedInput : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
+
+/// Reads until the buffer is full or the input ends, as an input may give less than was asked for long before its end.
+/// @return how many bytes there were
+[[nodiscard]] std::size_t readWhole(const ByteInput& input, std::span<char> buffer);
 
 /// The bytes of a file or, for "-", of the standard input; the wish to stop ends them.
 /// @param file UTF-8

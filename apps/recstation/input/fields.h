@@ -1,22 +1,30 @@
 // Fields and numbers of a line of text, without copies.
 #pragma once
 
+#include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "input/badlines.h"
+
 namespace RecStation {
 
-/// Without the spaces, tabs and line ends around it.
-[[nodiscard]] inline std::string_view trimmed(std::string_view text)
+/// Without the spaces, tabs and line ends around it, or other characters.
+[[nodiscard]] inline std::string_view trimmed(std::string_view text, std::string_view blanks = " \t\r\n")
 {
-    constexpr std::string_view Blanks = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(Blanks);
+    const std::size_t first = text.find_first_not_of(blanks);
     if (first == std::string_view::npos) {
         return {};
     }
-    return text.substr(first, text.find_last_not_of(Blanks) - first + 1);
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+[[nodiscard]] inline bool areDigits(std::string_view text)
+{
+    return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
 /// Takes the text up to the next comma out of a line, and the comma; nothing behind the last field.
@@ -65,6 +73,16 @@ template <typename Number>
     }
     text += field.size() > Most ? "...\"" : "\"";
     return text;
+}
+
+/// A finite number. @param name for the message @throws LineError
+[[nodiscard]] inline double requireNumber(std::string_view text, const char* name)
+{
+    const auto number = parseNumber<double>(text);
+    if (!number || !std::isfinite(*number)) {
+        throw LineError(std::string("the ") + name + " " + shown(text) + " is no number");
+    }
+    return *number;
 }
 
 }  // namespace RecStation

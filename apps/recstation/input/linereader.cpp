@@ -2,7 +2,9 @@
 #include "input/linereader.h"
 
 #include <algorithm>
-#include <utility>
+#include <string_view>
+
+#include "input/badlines.h"
 
 namespace RecStation {
 
@@ -11,11 +13,6 @@ namespace {
 constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
 
 }  // namespace
-
-LineReader::LineReader(ByteInput input, std::size_t longestLine)
-    : m_input(std::move(input)), m_longestLine(longestLine), m_buffer(std::size_t{64} * 1024)
-{
-}
 
 bool LineReader::fill()
 {
@@ -27,35 +24,48 @@ bool LineReader::fill()
 // Takes the bytes up to a position of the buffer into the line, as far as the line may grow.
 void LineReader::keep(std::size_t end)
 {
+    constexpr std::size_t MiB = 1'048'576;
     const std::size_t count = end - m_position;
-    if (m_tooLong || m_line.size() + count > m_longestLine) {
-        m_tooLong = true;
+    if (m_line.size() + count > m_longestLine) {
+        m_problem = "it is longer than " + (m_longestLine % MiB == 0 ? std::to_string(m_longestLine / MiB) + " MiB"
+                                                                     : std::to_string(m_longestLine) + " bytes");
+    }
+    if (m_problem.empty()) {
+        m_line.append(m_buffer.data() + m_position, count);
+    } else {
         m_line.clear();
         m_line.shrink_to_fit();
-    } else {
-        m_line.append(m_buffer.data() + m_position, count);
     }
     m_position = end;
 }
 
-LineReader::Result LineReader::next()
+bool LineReader::next()
 {
-    if (!m_problem.empty()) {
-        return Result::End;
+    if (m_damaged) {
+        return false;
     }
+    m_problem.clear();
     try {
         return readLine();
     } catch (const DamagedInput& error) {
         m_problem = error.what();
+        m_damaged = true;
         ++m_number;
-        return Result::Damaged;
+        return true;
     }
 }
 
-LineReader::Result LineReader::readLine()
+const std::string& LineReader::line() const
+{
+    if (!m_problem.empty()) {
+        throw LineError(m_problem);
+    }
+    return m_line;
+}
+
+bool LineReader::readLine()
 {
     m_line.clear();
-    m_tooLong = false;
     m_terminated = false;
     bool any = false;
     while (m_position < m_filled || fill()) {
@@ -71,14 +81,11 @@ LineReader::Result LineReader::readLine()
             break;
         }
     }
-    if (!any) {
-        return Result::End;
-    }
     if (m_number == 0 && m_line.starts_with(ByteOrderMark)) {
         m_line.erase(0, ByteOrderMark.size());
     }
-    ++m_number;
-    return m_tooLong ? Result::TooLong : Result::Line;
+    m_number += any ? 1U : 0U;
+    return any;
 }
 
 }  // namespace RecStation

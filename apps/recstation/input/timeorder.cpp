@@ -20,15 +20,10 @@ std::string secondsText(unsigned long long microseconds)
 
 }  // namespace
 
-unsigned long long TimeOrder::take(unsigned long long time, std::size_t line)
+unsigned long long TimeOrder::take(unsigned long long time)
 {
     const unsigned long long recorded = notBefore(m_latest, time, m_splitGapUs);
     if (time < recorded) {
-        if (m_strict) {
-            throw StrictError(m_source + (m_input.empty() ? ": line " : ": " + m_input + ": line ") +
-                              std::to_string(line) + ": its time is " + secondsText(m_latest - time) +
-                              " earlier than one before it (--strict allows no time that goes back)");
-        }
         m_first = m_rows == 0 ? time : std::min(m_first, time);
         m_last = std::max(m_last, time);
         ++m_rows;
@@ -41,6 +36,15 @@ unsigned long long TimeOrder::take(unsigned long long time, std::size_t line)
     return m_latest;
 }
 
+unsigned long long TimeOrder::take(unsigned long long time, std::size_t line, const BadLines& bad)
+{
+    if (bad.isStrict() && time < notBefore(m_latest, time, m_splitGapUs)) {
+        throw StrictError(bad.at(line) + "its time is " + secondsText(m_latest - time) +
+                          " earlier than one before it (--strict allows no time that goes back)");
+    }
+    return take(time);
+}
+
 std::string TimeOrder::sentence() const
 {
     return (m_rows == 1 ? std::string("the time of 1 row goes")
@@ -50,10 +54,11 @@ std::string TimeOrder::sentence() const
            (m_most > DefaultGapUs ? " (--split-on-gap begins a new recording instead)" : "");
 }
 
-void TimeOrder::finish(const BadLines& to)
+void TimeOrder::finish(BadLines& bad)
 {
+    bad.finish();
     if (m_rows > 0 && !std::exchange(m_finished, true)) {
-        to.say(sentence());
+        bad.say(sentence());
     }
 }
 

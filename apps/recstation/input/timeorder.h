@@ -32,31 +32,22 @@ constexpr unsigned long long DefaultGapUs = 600'000'000;
 /// far, and counted here. Times are microseconds since 1970 UTC.
 class TimeOrder {
 public:
-    /// @param source its name stands before what is thrown
-    /// @param strict the first time that goes back is thrown
     /// @param splitGapUs a time that goes back by more than this begins a new recording and is no disorder
-    explicit TimeOrder(std::string source, bool strict, std::optional<unsigned long long> splitGapUs = std::nullopt)
-        : m_source(std::move(source)), m_strict(strict), m_splitGapUs(splitGapUs)
-    {
-    }
+    explicit TimeOrder(std::optional<unsigned long long> splitGapUs = std::nullopt) : m_splitGapUs(splitGapUs) {}
 
-    /// From now on what is thrown names this input too, one of several; empty: none.
-    void nameInput(std::string name) { m_input = std::move(name); }
     /// Notes the time of a row.
     /// @return the latest so far
-    /// @throws std::runtime_error that names the line when strict
-    unsigned long long take(unsigned long long time, std::size_t line);
+    unsigned long long take(unsigned long long time);
+    /// The same of a line. @throws StrictError when it goes back and the input is read strictly
+    unsigned long long take(unsigned long long time, std::size_t line, const BadLines& bad);
     [[nodiscard]] unsigned long long latest() const { return m_latest; }
     [[nodiscard]] std::uint64_t rowsBack() const { return m_rows; }
     /// How many rows go back, by how much, from where to where.
     [[nodiscard]] std::string sentence() const;
-    /// Tells that at the end of the input, if any does. It has an effect once.
-    void finish(const BadLines& to);
+    /// Tells that at the end of the input, if any does, behind what is left of bad lines. It has an effect once.
+    void finish(BadLines& bad);
 
 private:
-    std::string m_source;
-    std::string m_input;
-    bool m_strict;
     std::optional<unsigned long long> m_splitGapUs;
     unsigned long long m_latest = 0;
     unsigned long long m_most = 0;

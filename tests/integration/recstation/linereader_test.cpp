@@ -6,29 +6,28 @@
 
 #include <gtest/gtest.h>
 
+#include "input/badlines.h"
 #include "support/textinput.h"
 
 namespace RecStation {
 namespace {
 
-using Result = LineReader::Result;
-
 void expectLines(LineReader& reader, const std::vector<std::string>& lines)
 {
     for (std::size_t i = 0; i < lines.size(); ++i) {
-        ASSERT_EQ(reader.next(), Result::Line);
+        ASSERT_TRUE(reader.next());
         EXPECT_EQ(reader.line(), lines[i]);
         EXPECT_EQ(reader.number(), i + 1);
     }
-    EXPECT_EQ(reader.next(), Result::End);
+    EXPECT_FALSE(reader.next());
 }
 
 TEST(LineReader, TellsWhetherTheLastLineHadItsLineFeed)
 {
     LineReader reader(TestSupport::textInput("one\ntwo", 3), 100);
-    ASSERT_EQ(reader.next(), Result::Line);
+    ASSERT_TRUE(reader.next());
     EXPECT_TRUE(reader.terminated());
-    ASSERT_EQ(reader.next(), Result::Line);
+    ASSERT_TRUE(reader.next());
     EXPECT_FALSE(reader.terminated());
 }
 
@@ -62,12 +61,14 @@ TEST(LineReader, ALongerLineIsPassedOverAsAWholeAndCounted)
 {
     for (const std::size_t pieceSize : {1U, 4U, 100U}) {
         LineReader reader(TestSupport::textInput("one\n" + std::string(50, 'x') + "\ntwo\n", pieceSize), 5);
-        EXPECT_EQ(reader.next(), Result::Line);
-        EXPECT_EQ(reader.next(), Result::TooLong);
+        EXPECT_TRUE(reader.next());
+        EXPECT_EQ(reader.line(), "one");
+        EXPECT_TRUE(reader.next());
+        EXPECT_THROW(static_cast<void>(reader.line()), LineError);
         EXPECT_EQ(reader.number(), 2U);
-        EXPECT_EQ(reader.next(), Result::Line);
+        EXPECT_TRUE(reader.next());
         EXPECT_EQ(reader.line(), "two");
-        EXPECT_EQ(reader.next(), Result::End);
+        EXPECT_FALSE(reader.next());
     }
 }
 

@@ -47,7 +47,7 @@ void note(const LoggedBearing& bearing, LogSurvey& survey)
     if (survey.bearings++ == 0) {
         survey.first = bearing;
     }
-    static_cast<void>(survey.order.take(bearing.time, 0));
+    static_cast<void>(survey.order.take(bearing.time));
     survey.lastTime = std::max(survey.lastTime, bearing.time);
     survey.oneStation = survey.oneStation && bearing.station == survey.first.station;
 }
@@ -103,7 +103,7 @@ LogSurvey surveyLog(const BearingsOptions& options, const LogInput& input, const
 {
     BearingLog log(options, input, badRow);
     LogSurvey survey;
-    survey.order = TimeOrder("bearings", false, options.splitGapUs);
+    survey.order = TimeOrder(options.splitGapUs);
     std::set<double> channels;
     while (const auto row = log.next()) {
         if (row->frequencyHz && channels.insert(*row->frequencyHz).second && channels.size() > MostFrequencies) {

@@ -50,9 +50,9 @@ struct LogSurvey {
     std::vector<double> channelsHz;  ///< ascending, those without bearings included
     LoggedBearing first;
     std::uint64_t bearings = 0;
-    TimeOrder order{"bearings", false};  ///< of the bearings; their rows are counted
-    unsigned long long lastTime = 0;     ///< the latest of all bearings
-    bool oneStation = true;              ///< all bearings are of the first one's station
+    TimeOrder order;                  ///< of the bearings; their rows are counted
+    unsigned long long lastTime = 0;  ///< the latest of all bearings
+    bool oneStation = true;           ///< all bearings are of the first one's station
     bool hasPosition = false;
     bool hasAltitude = false;
     std::string remark;  ///< about the rows; empty: nothing

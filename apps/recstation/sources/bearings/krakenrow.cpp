@@ -6,7 +6,6 @@
 #include <cmath>
 #include <string>
 
-#include "input/badlines.h"
 #include "input/fields.h"
 #include "input/isotime.h"
 
@@ -61,11 +60,6 @@ bool isAtPeak(const Output& output, double angleDeg)
     return isPeak(direction) || isPeak(direction + 1) || isPeak(direction + Directions - 1);
 }
 
-bool isDigits(std::string_view text, std::size_t count)
-{
-    return text.size() == count && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
-}
-
 }  // namespace
 
 double azimuthOf(double angleDeg, bool mirrored)
@@ -73,15 +67,6 @@ double azimuthOf(double angleDeg, bool mirrored)
     const double turned = std::fmod(mirrored ? -angleDeg : angleDeg, FullCircleDeg);
     const double azimuth = turned < 0 ? turned + FullCircleDeg : turned + 0.0;  // not -0
     return azimuth == FullCircleDeg ? 0 : azimuth;                              // a hair below 0
-}
-
-double requireKrakenNumber(std::string_view text, const char* name)
-{
-    const auto number = parseNumber<double>(text);
-    if (!number || !std::isfinite(*number)) {
-        throw LineError(std::string("the ") + name + " " + shown(text) + " is no number");
-    }
-    return *number;
 }
 
 double krakenNumberOrNone(std::string_view text)
@@ -106,7 +91,7 @@ double krakenFrequency(std::string_view text, double unitHz)
     constexpr double HighestHz = 1e12;
     constexpr double StepsPerHz = 1000;
     // To 0.001 Hz, so that 150.015 MHz is not 150014999.99999997 Hz.
-    const double frequency = std::round(requireKrakenNumber(text, "frequency") * unitHz * StepsPerHz) / StepsPerHz;
+    const double frequency = std::round(requireNumber(text, "frequency") * unitHz * StepsPerHz) / StepsPerHz;
     if (!(frequency > 0 && frequency <= HighestHz)) {
         throw LineError("the frequency " + shown(text) + " is not above 0 and up to 1000 GHz");
     }
@@ -132,9 +117,10 @@ void setKrakenPosition(LoggedBearing& bearing, std::string_view latitude, std::s
 bool KrakenRows::isRow(std::span<const std::string_view> fields)
 {
     constexpr std::size_t DigitsOfTime = 13;
-    return fields.size() >= FixedFields && isDigits(fields[Field::Time], DigitsOfTime) &&
-           parseNumber<double>(fields[Field::Angle]) && parseNumber<double>(fields[Field::Frequency]) &&
-           !fields[Field::Antennas].empty() && !parseNumber<double>(fields[Field::Antennas]);
+    return fields.size() >= FixedFields && fields[Field::Time].size() == DigitsOfTime &&
+           areDigits(fields[Field::Time]) && parseNumber<double>(fields[Field::Angle]) &&
+           parseNumber<double>(fields[Field::Frequency]) && !fields[Field::Antennas].empty() &&
+           !parseNumber<double>(fields[Field::Antennas]);
 }
 
 LoggedBearing KrakenRows::parse(std::span<const std::string_view> fields)
@@ -146,12 +132,12 @@ LoggedBearing KrakenRows::parse(std::span<const std::string_view> fields)
     LoggedBearing bearing;
     bearing.time = krakenTime(fields[Field::Time]);
     bearing.frequencyHz = krakenFrequency(fields[Field::Frequency], 1);
-    const double angle = requireKrakenNumber(fields[Field::Angle], "angle");
+    const double angle = requireNumber(fields[Field::Angle], "angle");
     if (std::abs(angle) > FullCircleDeg) {
         throw LineError("the angle " + shown(fields[Field::Angle]) + " is not within a circle");
     }
     bearing.azimuthDeg = azimuthOf(angle, isMirrored(azimuthOf(angle, false), fields.subspan(FixedFields)));
-    bearing.quality = std::clamp(requireKrakenNumber(fields[Field::Confidence], "confidence"), 0.0, MostQuality);
+    bearing.quality = std::clamp(requireNumber(fields[Field::Confidence], "confidence"), 0.0, MostQuality);
     bearing.levelDb = krakenNumberOrNone(fields[Field::Power]);
     bearing.station = fields[Field::Station];
     setKrakenPosition(bearing, fields[Field::Latitude], fields[Field::Longitude]);

@@ -60,8 +60,6 @@ constexpr auto KrakenMirrored =
 /// Sets the position, or leaves it unknown where it is 0, 0 or none.
 /// @throws LineError when it is none on the earth
 void setKrakenPosition(LoggedBearing& bearing, std::string_view latitude, std::string_view longitude);
-/// A finite number. @param name for the message @throws LineError
-[[nodiscard]] double requireKrakenNumber(std::string_view text, const char* name);
 /// Not a number for "nan", "None" and the like.
 [[nodiscard]] double krakenNumberOrNone(std::string_view text);
 /// Microseconds. @throws LineError

@@ -5,14 +5,13 @@
 #include <stdexcept>
 #include <utility>
 
-#include <QDateTime>
-
 #include <system/stopsignal.h>
 #include <values/tree.h>
 #include <vkbase/vkexception.h>
 
 #include "clock.h"
 #include "feedapply.h"
+#include "input/fields.h"
 #include "input/isotime.h"
 
 namespace RecStation {
@@ -36,11 +35,6 @@ void requireRecordable(const FeedLine& line)
     }
 }
 
-bool isBlank(const std::string& line)
-{
-    return line.find_first_not_of(" \t\r") == std::string::npos;
-}
-
 }  // namespace
 
 FeedSource::FeedSource(std::function<ByteInput()> open, unsigned long long startTime, const FeedOptions& options,
@@ -49,8 +43,7 @@ FeedSource::FeedSource(std::function<ByteInput()> open, unsigned long long start
       m_startTime(startTime),
       m_options(options),
       m_host(std::move(host)),
-      m_bad("feed", options.strict, m_host.report),
-      m_order("feed", options.strict)
+      m_bad("feed", options.strict, m_host.report)
 {
 }
 
@@ -67,20 +60,18 @@ void FeedSource::prepare()
 std::optional<unsigned long long> FeedSource::nextTime()
 {
     while (!m_pending) {
-        const LineReader::Result result = m_lines->next();
         // A line that the wish to stop cut short is none.
-        if (result == LineReader::Result::End || System::StopSignal::requested()) {
+        if (!m_lines->next() || System::StopSignal::requested()) {
             endInput();
             return std::nullopt;
         }
-        take(result);
+        takeLine();
     }
     return m_pending->at.us;
 }
 
 void FeedSource::endInput()
 {
-    m_bad.finish();
     m_order.finish(m_bad);
     if (m_used == 0 && !System::StopSignal::requested()) {
         throw std::runtime_error("feed: " + inputName(m_options.file) + " holds no change (" +
@@ -89,20 +80,16 @@ void FeedSource::endInput()
     }
 }
 
-void FeedSource::take(LineReader::Result result)
+void FeedSource::takeLine()
 {
-    if (result == LineReader::Result::TooLong) {
-        m_bad.add(m_lines->number(), "it is longer than 16 MiB");
-    } else if (result == LineReader::Result::Damaged) {
-        m_bad.add(m_lines->number(), m_lines->problem());
-    } else if (isBlank(m_lines->line())) {
-        ++m_skipped;
-    } else {
-        try {
+    try {
+        if (trimmed(m_lines->line()).empty()) {
+            ++m_skipped;
+        } else {
             accept(parseFeedLine(m_lines->line()));
-        } catch (const LineError& error) {
-            m_bad.add(m_lines->number(), error.what());
         }
+    } catch (const LineError& error) {
+        m_bad.add(m_lines->number(), error.what());
     }
 }
 
@@ -154,7 +141,6 @@ void FeedSource::noteEpoch(unsigned long long sinceStartUs)
 // Every line is carried out by itself, so none waits for another.
 std::optional<unsigned long long> FeedSource::unfinishedTime()
 {
-    m_bad.finish();
     m_order.finish(m_bad);
     return std::nullopt;
 }
@@ -182,7 +168,7 @@ void FeedSource::keepOrder(FeedLine& line)
     if (m_options.live && change != nullptr && change->ownTime) {
         change->ownTime->us = stationTimeUs();
     } else if (change != nullptr && change->ownTime) {
-        const unsigned long long latest = m_order.take(change->ownTime->us, m_lines->number());
+        const unsigned long long latest = m_order.take(change->ownTime->us, m_lines->number(), m_bad);
         m_handed = std::max({latest, m_handed, m_host.toldTime ? m_host.toldTime() : 0});
         change->ownTime->us = m_handed;
         m_ownTimeHolds = true;
@@ -226,9 +212,9 @@ std::optional<unsigned long long> FeedSource::lastTime()
     }
     LineReader lines(m_open(), LongestLine);
     unsigned long long lastUs = m_startTime;
-    for (auto result = lines.next(); result != LineReader::Result::End; result = lines.next()) {
+    while (lines.next()) {
         try {
-            if (result == LineReader::Result::Line && !isBlank(lines.line())) {
+            if (!trimmed(lines.line()).empty()) {
                 FeedLine line = parseFeedLine(lines.line());
                 makeTimesAbsolute(line, m_startTime);
                 lastUs = std::max(lastUs, line.at.us);
@@ -242,10 +228,8 @@ std::optional<unsigned long long> FeedSource::lastTime()
 
 std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, StationHooks host)
 {
-    constexpr unsigned long long MicrosecondsPerMillisecond = 1000;
-    const auto now = static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * MicrosecondsPerMillisecond;
     return std::make_unique<FeedSource>([file = options.file] { return openText(file); },
-                                        options.startTime.value_or(now), options, std::move(host));
+                                        options.startTime.value_or(systemTimeUs()), options, std::move(host));
 }
 
 }  // namespace RecStation

@@ -44,7 +44,7 @@ public:
     [[nodiscard]] SourceReport report() const override { return {m_used, m_skipped, m_bad.count(), true}; }
 
 private:
-    void take(LineReader::Result result);
+    void takeLine();
     void accept(FeedLine line);
     void noteForm(bool absolute);
     void noteEpoch(unsigned long long sinceStartUs);

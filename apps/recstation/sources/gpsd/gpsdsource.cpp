@@ -159,12 +159,7 @@ void GpsdSource::forget()
 
 SourceReport GpsdSource::counts() const
 {
-    SourceReport report;
-    report.used = m_used;
-    report.skipped = m_skipped;
-    report.lines = true;
-    report.lost = m_broken + m_lines.tooLong();
-    return report;
+    return {.used = m_used, .skipped = m_skipped, .lines = true, .lost = m_broken + m_lines.tooLong()};
 }
 
 }  // namespace

@@ -24,15 +24,6 @@ void putIfTold(std::optional<double>& value, const std::optional<double>& number
     }
 }
 
-// Without the dust of a sum in the last digits.
-double turned(double degrees)
-{
-    constexpr double PerDegree = 1e6;
-    constexpr double FullCircle = 360 * PerDegree;
-    const double rest = std::fmod(std::round(degrees * PerDegree), FullCircle);
-    return (rest < 0 ? rest + FullCircle : rest) / PerDegree;
-}
-
 }  // namespace
 
 GpsdState::GpsdState(std::string device, std::optional<double> variationDeg)
@@ -158,7 +149,7 @@ bool GpsdState::takeAttitude(const GpsdReport& report, Time now)
     auto heading = report.fix.headingDeg;
     const bool compass = !heading && report.magneticDeg && !m_trueHeading;
     if (compass && m_variation) {
-        heading = turned(*report.magneticDeg + *m_variation);
+        heading = wrappedDegrees(*report.magneticDeg + *m_variation);
     }
     const bool tells = heading || report.fix.pitchDeg || report.fix.rollDeg;
     if (compass && !heading && !std::exchange(m_compassTold, true)) {

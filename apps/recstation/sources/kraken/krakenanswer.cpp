@@ -7,7 +7,6 @@
 
 #include <QXmlStreamReader>
 
-#include "input/badlines.h"
 #include "input/fields.h"
 
 namespace RecStation {
@@ -63,10 +62,10 @@ LoggedBearing bearingOf(const Elements& elements, bool mirrored)
     LoggedBearing bearing;
     bearing.time = krakenTime(element(elements, "TIME"));
     bearing.frequencyHz = krakenFrequency(element(elements, "FREQUENCY"), HzPerMhz);
-    bearing.azimuthDeg = azimuthOf(requireKrakenNumber(element(elements, "DOA"), "DOA"), mirrored);
+    bearing.azimuthDeg = azimuthOf(requireNumber(element(elements, "DOA"), "DOA"), mirrored);
     const double power = krakenNumberOrNone(element(elements, "PWR"));
     const std::string_view confidence = element(elements, "CONF");
-    const double quality = requireKrakenNumber(confidence, "CONF");
+    const double quality = requireNumber(confidence, "CONF");
     const bool asInCsv = power < 0 || confidence.find('.') != std::string_view::npos;
     bearing.levelDb = asInCsv ? power : power - PowerOffset;
     bearing.quality = std::clamp(asInCsv ? quality : quality / 100, 0.0, MostQuality);

@@ -143,11 +143,7 @@ void KrakenSource::apply()
 
 SourceReport KrakenSource::counts() const
 {
-    SourceReport counts;
-    counts.used = m_shown;
-    counts.skipped = m_same;
-    counts.lost = m_answers.broken() + m_tooMany;
-    return counts;
+    return {.used = m_shown, .skipped = m_same, .lost = m_answers.broken() + m_tooMany};
 }
 
 }  // namespace

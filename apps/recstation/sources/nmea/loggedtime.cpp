@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "input/fields.h"
 #include "input/isotime.h"
 
 namespace RecStation {
@@ -23,14 +24,6 @@ std::optional<unsigned long long> readTagBlock(std::string_view block)
     return std::nullopt;
 }
 
-std::string_view withoutMarks(std::string_view text)
-{
-    constexpr std::string_view Marks = " \t[](),;:|<>\"";
-    const std::size_t first = text.find_first_not_of(Marks);
-    return first == std::string_view::npos ? std::string_view()
-                                           : text.substr(first, text.find_last_not_of(Marks) - first + 1);
-}
-
 }  // namespace
 
 std::optional<unsigned long long> readLoggedTime(std::string_view front)
@@ -42,7 +35,7 @@ std::optional<unsigned long long> readLoggedTime(std::string_view front)
     if (front.front() == '\\') {
         return readTagBlock(front);
     }
-    std::string text(withoutMarks(front));
+    std::string text(trimmed(front, " \t[](),;:|<>\""));
     if (text.size() > DateLength && text[DateLength] == ' ') {
         text[DateLength] = 'T';
     }

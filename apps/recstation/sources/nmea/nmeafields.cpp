@@ -59,11 +59,6 @@ void refuse(const char* what, std::string_view field)
     throw LineError(std::string("the ") + what + " " + shown(field) + " cannot be read");
 }
 
-bool areDigits(std::string_view text)
-{
-    return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
-}
-
 std::optional<double> number(std::string_view field, const char* what, double lowest, double highest)
 {
     if (field.empty()) {
@@ -173,17 +168,10 @@ std::optional<double> knots(std::string_view field)
     return knots ? std::optional(*knots * MetresPerNauticalMile / SecondsPerHour) : std::nullopt;
 }
 
-double wrapped(double degrees)
-{
-    constexpr double PerDegree = 1e6;
-    const double turned = std::fmod(std::round(degrees * PerDegree), FullCircle * PerDegree);
-    return (turned < 0 ? turned + FullCircle * PerDegree : turned) / PerDegree;
-}
-
 std::optional<double> heading(std::string_view field)
 {
     const auto heading = number(field, "heading", 0, FullCircle);
-    return heading ? std::optional(wrapped(*heading)) : std::nullopt;
+    return heading ? std::optional(wrappedDegrees(*heading)) : std::nullopt;
 }
 
 std::optional<double> easterly(std::string_view field, std::string_view side, const char* what)

@@ -12,7 +12,6 @@ namespace RecStation::NmeaFields {
 // All throw LineError when a field is there and cannot be read; "what" names it then.
 
 [[noreturn]] void refuse(const char* what, std::string_view field);
-[[nodiscard]] bool areDigits(std::string_view text);
 [[nodiscard]] std::optional<double> number(std::string_view field, const char* what, double lowest, double highest);
 /// hhmmss with any fraction; microseconds since midnight. The second 60 is a leap second.
 [[nodiscard]] std::optional<long long> time(std::string_view field);
@@ -26,7 +25,6 @@ void position(const NmeaSentence& sentence, std::size_t first, Fix& fix);
 [[nodiscard]] std::optional<double> altitude(std::string_view field);
 [[nodiscard]] std::optional<double> speed(std::string_view field);  ///< in the unit of the field
 [[nodiscard]] std::optional<double> knots(std::string_view field);  ///< metres a second
-[[nodiscard]] double wrapped(double degrees);  ///< from 0 to below 360, without the dust of a sum in the last digits
 [[nodiscard]] std::optional<double> heading(std::string_view field);
 /// A magnetic deviation or variation, which is added to a heading: east is positive. No letter, no number: none.
 [[nodiscard]] std::optional<double> easterly(std::string_view field, std::string_view side, const char* what);

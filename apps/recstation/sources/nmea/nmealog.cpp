@@ -40,7 +40,7 @@ std::string dayText(long long day)
 NmeaLog::NmeaLog(const NmeaOptions& options, InputReport report, ArrivalClock now)
     : m_options(options),
       m_bad("nmea", options.strict, std::move(report)),
-      m_order("nmea", options.strict, options.splitGapUs),
+      m_order(options.splitGapUs),
       m_lines(withLineFeeds(openText(options.file)), LongestLine),
       m_clock(today(), options.fixWeekRollover),
       m_live(now || isStream(options.file)),
@@ -69,7 +69,6 @@ std::optional<TimedFix> NmeaLog::next()
 
 std::optional<TimedFix> NmeaLog::nextUnfinished()
 {
-    m_bad.finish();
     m_order.finish(m_bad);
     if (m_live && !m_held.empty()) {
         goByArrival();
@@ -140,7 +139,7 @@ void NmeaLog::giveAtArrival(const Entry& entry)
     if (entry.message.fix.empty()) {
         return;
     }
-    m_time = static_cast<long long>(m_order.take(static_cast<unsigned long long>(entry.arrival), entry.line));
+    m_time = static_cast<long long>(m_order.take(static_cast<unsigned long long>(entry.arrival), entry.line, m_bad));
     m_ready.push_back({static_cast<unsigned long long>(*m_time), entry.message.fix});
     m_given = true;
 }
@@ -206,7 +205,7 @@ void NmeaLog::goByClock(const Clock& clock)
 
 void NmeaLog::advance(std::size_t line, long long measured)
 {
-    const auto time = static_cast<long long>(m_order.take(static_cast<unsigned long long>(measured), line));
+    const auto time = static_cast<long long>(m_order.take(static_cast<unsigned long long>(measured), line, m_bad));
     if (!m_time || time != *m_time) {
         closeGroup(line, time);
     }
@@ -296,7 +295,6 @@ void NmeaLog::requireFix() const
 
 void NmeaLog::endInput()
 {
-    m_bad.finish();
     m_order.finish(m_bad);
     if (m_live && !m_held.empty()) {
         goByArrival();

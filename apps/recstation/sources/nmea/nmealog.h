@@ -76,7 +76,7 @@ private:
     static constexpr std::size_t LongestLine = 4096;
 
     bool readSentence();
-    void take(LineReader::Result result);
+    void take(const std::string& line);
     void takeLine(std::string_view text);
     void takeSentence(std::string_view text, std::string_view front);
     void noteBinary();

@@ -14,30 +14,23 @@ namespace RecStation {
 // False at the end of the input and when the process is to stop.
 bool NmeaLog::readSentence()
 {
-    const LineReader::Result result = m_lines.next();
     // A line that the wish to stop cut short is none.
-    if (result == LineReader::Result::End || System::StopSignal::requested()) {
+    if (!m_lines.next() || System::StopSignal::requested()) {
         return false;
     }
     try {
-        take(result);
+        take(m_lines.line());
     } catch (const LineError& error) {
         m_bad.add(m_lines.number(), error.what());
     }
     return true;
 }
 
-void NmeaLog::take(LineReader::Result result)
+void NmeaLog::take(const std::string& line)
 {
-    if (result == LineReader::Result::TooLong) {
-        throw LineError("it is longer than " + std::to_string(LongestLine) + " bytes");
-    }
-    if (result == LineReader::Result::Damaged) {
-        throw LineError(m_lines.problem());
-    }
     const bool after = std::exchange(m_inBinary, false);
     try {
-        takeLine(trimmed(m_lines.line()));
+        takeLine(trimmed(line));
     } catch (const LineError&) {
         if (!after) {
             throw;
@@ -124,7 +117,7 @@ void NmeaLog::completeHeading(NmeaMessage& message)
     if (message.fix.headingDeg) {
         m_trueHeading = true;
     } else if (message.magneticDeg && m_variation && !m_trueHeading) {
-        message.fix.headingDeg = NmeaFields::wrapped(*message.magneticDeg + *m_variation);
+        message.fix.headingDeg = wrappedDegrees(*message.magneticDeg + *m_variation);
     }
 }
 

@@ -150,7 +150,7 @@ std::optional<NmeaMessage> readHdg(const NmeaSentence& sentence)
         message.magneticDeg = *compass + deviation.value_or(0);
     }
     if (message.magneticDeg && message.variationDeg) {
-        message.fix.headingDeg = NmeaFields::wrapped(*message.magneticDeg + *message.variationDeg);
+        message.fix.headingDeg = wrappedDegrees(*message.magneticDeg + *message.variationDeg);
     }
     return message;
 }
@@ -186,7 +186,7 @@ std::optional<NmeaMessage> readXdr(const NmeaSentence& sentence)
 // Time, true heading, T, roll, pitch, heave, three accuracies, quality. Other PASHR sentences have a name there.
 std::optional<NmeaMessage> readPashr(const NmeaSentence& sentence)
 {
-    if (!NmeaFields::areDigits(sentence.field(0).substr(0, 1)) || sentence.field(9) == "0") {
+    if (!areDigits(sentence.field(0).substr(0, 1)) || sentence.field(9) == "0") {
         return std::nullopt;
     }
     NmeaMessage message;

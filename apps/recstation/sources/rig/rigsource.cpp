@@ -179,11 +179,9 @@ void RigSource::forget()
 
 SourceReport RigSource::counts() const
 {
-    SourceReport report;
-    report.used = m_client.used() + m_spectra;
-    report.skipped = m_others;
-    report.lost = m_client.lost() + m_lostPackets + m_badPackets;
-    return report;
+    return {.used = m_client.used() + m_spectra,
+            .skipped = m_others,
+            .lost = m_client.lost() + m_lostPackets + m_badPackets};
 }
 
 }  // namespace

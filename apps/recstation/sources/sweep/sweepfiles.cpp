@@ -23,9 +23,9 @@ void forEachRow(const std::string& file, long long utcOffsetUs,
     SweepRowParser parser(utcOffsetUs);
     LineReader lines(openText(file), LongestRow);
     SweepRow row;
-    for (auto result = lines.next(); result != LineReader::Result::End; result = lines.next()) {
+    while (lines.next()) {
         try {
-            if (result != LineReader::Result::Line || SweepRowParser::isNoRow(lines.line())) {
+            if (SweepRowParser::isNoRow(lines.line())) {
                 continue;
             }
             parser.parse(lines.line(), lines.terminated(), row);

@@ -30,12 +30,7 @@ std::string_view requireField(CommaFields& fields, const char* name)
 
 double requireNumber(CommaFields& fields, const char* name)
 {
-    const std::string_view field = requireField(fields, name);
-    const auto number = parseNumber<double>(field);
-    if (!number || !std::isfinite(*number)) {
-        throw LineError(std::string("the ") + name + " " + shown(field) + " is no number");
-    }
-    return *number;
+    return RecStation::requireNumber(requireField(fields, name), name);
 }
 
 std::string hertz(double frequency)

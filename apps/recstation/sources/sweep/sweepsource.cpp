@@ -25,7 +25,7 @@ public:
     SweepSource(SweepOptions options, InputReport report)
         : m_options(std::move(options)),
           m_bad("sweep", m_options.strict, std::move(report)),
-          m_order("sweep", m_options.strict, m_options.splitGapUs),
+          m_order(m_options.splitGapUs),
           m_parser(m_options.utcOffsetUs),
           m_assembly(m_options.binFrequency == "lower")
     {
@@ -73,7 +73,6 @@ void SweepSource::prepare()
 {
     m_files.emplace(m_options.files, m_options.utcOffsetUs, [this](const std::string& told) { m_bad.say(told); });
     m_bad.nameInput(m_files->name());
-    m_order.nameInput(m_files->name());
     const QString device = m_files->isLive() ? QStringLiteral("Sweep input") : textBaseName(m_files->first());
     m_values = std::make_unique<SpectrumValues>(SpectrumDevice{
         .name = forFileNames(device), .type = QStringLiteral("Sweep"), .valuePath = m_options.valuePath});
@@ -123,24 +122,14 @@ bool SweepSource::readSweep()
 // False at the end of the input and when the process is to stop.
 bool SweepSource::readRow()
 {
-    for (;;) {
-        LineReader& lines = m_files->lines();
-        const LineReader::Result result = lines.next();
-        // A line that the wish to stop cut short is none.
-        if (result == LineReader::Result::End || System::StopSignal::requested()) {
-            return false;
-        }
+    LineReader& lines = m_files->lines();
+    // A line that the wish to stop cut short is none.
+    while (lines.next() && !System::StopSignal::requested()) {
         try {
-            if (result == LineReader::Result::TooLong) {
-                throw LineError("it is longer than 16 MiB");
-            }
-            if (result == LineReader::Result::Damaged) {
-                throw LineError(lines.problem());
-            }
             if (!SweepRowParser::isNoRow(lines.line())) {
                 m_parser.parse(lines.line(), lines.terminated(), m_row);
                 tellOverlap();
-                static_cast<void>(m_order.take(m_row.time, lines.number()));
+                static_cast<void>(m_order.take(m_row.time, lines.number(), m_bad));
                 return true;
             }
             ++m_skipped;
@@ -149,6 +138,7 @@ bool SweepSource::readRow()
             m_bad.add(lines.number(), error.what());
         }
     }
+    return false;
 }
 
 void SweepSource::takeSweep()
@@ -185,7 +175,6 @@ void SweepSource::endFile()
     if (!m_ended) {
         m_fileBefore = before;
         m_bad.nameInput(m_files->name());
-        m_order.nameInput(m_files->name());
     }
 }
 
@@ -201,7 +190,6 @@ void SweepSource::tellOverlap()
 
 void SweepSource::endInput()
 {
-    m_bad.finish();
     m_order.finish(m_bad);
     if (m_sweeps == 0) {
         throw std::runtime_error(
@@ -224,7 +212,6 @@ void SweepSource::step()
 
 std::optional<unsigned long long> SweepSource::unfinishedTime()
 {
-    m_bad.finish();
     m_order.finish(m_bad);
     // A sweep that is put together and was not due yet lies ahead of the stop.
     if (m_sweepWaits || m_ended || (m_assembly.empty() && !m_rowWaits)) {
