@@ -199,13 +199,7 @@ public:
             m_shared->stopMoving = true;
             waitForReport(lock, PatienceAtTheEnd, {});
         }
-        ArchiveReport report;
-        if (m_shared->report) {
-            report = *m_shared->report;
-        } else {
-            report.problem = QStringLiteral("registry and storage do not answer");
-        }
-        return report;
+        return m_shared->report.value_or(ArchiveReport{{}, QStringLiteral("registry and storage do not answer")});
     }
 
 private:

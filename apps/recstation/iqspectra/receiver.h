@@ -29,6 +29,9 @@ struct ReceiverOptions : SpectrumOptions {
     QString valuePath = "/Devices/Rx1";  ///< of the receiver's recorder
 };
 
+/// --centre, --rate, --gain, --hop, --dwell, and those of spectra
+void addReceiverOptions(CLI::App& command, ReceiverOptions& options);
+
 /// The receiver of a source, used in the source's own thread only. Sources with peers have ways to fail
 /// (ConnectionError) and to be ended (Stopped), see live/connection.h.
 class IqReceiver {

@@ -1,5 +1,5 @@
 // Checks and help of the options of receivers.
-#include "iqspectra/receiveroptions.h"
+#include "iqspectra/receiver.h"
 
 #include <string>
 
@@ -7,8 +7,6 @@
 
 #include <terminaltext/optionvalues.h>
 #include <terminaltext/quantity.h>
-
-#include "iqspectra/spectrumoptions.h"
 
 namespace RecStation {
 

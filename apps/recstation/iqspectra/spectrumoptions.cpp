@@ -1,5 +1,5 @@
 // Checks and help of the options of spectra.
-#include "iqspectra/spectrumoptions.h"
+#include "iqspectra/spectrumplan.h"
 
 #include <CLI/CLI.hpp>
 

@@ -6,6 +6,10 @@
 
 #include "iqspectra/spectrum.h"
 
+namespace CLI {
+class App;
+}
+
 namespace RecStation {
 
 constexpr std::size_t SmallestFft = 16;
@@ -21,6 +25,9 @@ struct SpectrumOptions {
     std::size_t average = 0;    ///< FFTs averaged (in power) to one spectrum; 0: as many as last 4 ms
     bool ifSpectrum = false;    ///< a fixed frequency's IF spectrum, not a panorama scan's
 };
+
+/// --fft, --window, --overlap, --average, --as: what every source of samples has.
+void addSpectrumOptions(CLI::App& command, SpectrumOptions& options);
 
 struct SpectrumPlan {
     std::size_t fftSize = 0;

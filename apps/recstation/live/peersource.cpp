@@ -10,11 +10,6 @@ PeerSource::PeerSource(const char* name, std::string peer, const SourceRun& run)
 {
 }
 
-QString PeerSource::name() const
-{
-    return m_name;
-}
-
 void PeerSource::say(const std::string& clause) const
 {
     m_report(QStringLiteral("%1 %2: %3").arg(m_name, QString::fromStdString(m_peer), QString::fromStdString(clause)));

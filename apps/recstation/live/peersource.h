@@ -23,7 +23,7 @@ public:
     /// @param peer how messages name it behind the source's name: "127.0.0.1:4532"
     PeerSource(const char* name, std::string peer, const SourceRun& run);
 
-    [[nodiscard]] QString name() const final;
+    [[nodiscard]] QString name() const final { return m_name; }
     [[nodiscard]] std::optional<unsigned long long> nextTime() final;
     void step() final;
     [[nodiscard]] SourceReport report() const final;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <functional>
 #include <string>
 
 #include <QDir>
@@ -141,13 +142,9 @@ public:
 
     /// The journal stays beside the file that it belongs to, so the file goes first: a journal that is left alone does
     /// no harm. @return where the file is now; empty when it could not be moved
-    [[nodiscard]] QString put(const QString& path, const QString& journal) const
-    {
-        return put(path, journal, [] { return true; });
-    }
-    /// The same with something to be done in between, while the journal still tells that the recording needs it.
-    template <typename Between>
-    [[nodiscard]] QString put(const QString& path, const QString& journal, const Between& between) const
+    /// @param between done while the journal still tells that the recording needs it; false undoes the move
+    [[nodiscard]] QString put(
+        const QString& path, const QString& journal, const std::function<bool()>& between = [] { return true; }) const
     {
         const QString ending = QLatin1Char('.') + QFileInfo(path).suffix();
         const QString stem = QFileInfo(path).fileName().chopped(ending.size());

@@ -82,8 +82,6 @@ void addColumns(CLI::App& command, BearingsOptions& options)
                        "Column of the true heading of azimuth 0 in degrees, where azimuths are relative to it");
 }
 
-}  // namespace
-
 void addBearingsOptions(CLI::App& command, BearingsOptions& options)
 {
     command.footer(BearingsExample);
@@ -122,6 +120,8 @@ void addBearingsOptions(CLI::App& command, BearingsOptions& options)
         "--no-mirror", [&options] { options.mirror = Mirror::No; }, "They are clockwise: take them as they are");
     addStrict(command, options.strict, "Record nothing when a row is bad");
 }
+
+}  // namespace
 
 std::shared_ptr<OfferedSource> offerBearings()
 {

@@ -12,10 +12,6 @@
 #include "sources/bearings/krakenrow.h"
 #include "sources/source.h"
 
-namespace CLI {
-class App;
-}
-
 namespace RecStation {
 
 /// What the command line says. Columns are found by their names in the first line, upper and lower case alike. A
@@ -58,9 +54,6 @@ struct BearingsOptions {
     QString valuePath = "/Devices/Df1";
     bool live = false;  ///< maps have the time of the step, not one of their own
 };
-
-/// Adds the positional FILE and the options to a command.
-void addBearingsOptions(CLI::App& command, BearingsOptions& options);
 
 /// Publishes, below the value path where no "/" stands in front:
 /// - /DfSpectrum, a ValueMap of bearings whose channels are the frequencies in the log, ascending; every row with an

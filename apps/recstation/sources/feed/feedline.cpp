@@ -12,21 +12,7 @@ namespace RecStation {
 
 namespace {
 
-using FeedFields::count;
-using FeedFields::failExpected;
-using FeedFields::failLine;
-using FeedFields::find;
-using FeedFields::integer;
-using FeedFields::Json;
-using FeedFields::Keys;
-using FeedFields::number;
-using FeedFields::numberBetween;
-using FeedFields::optionalNumber;
-using FeedFields::quotedList;
-using FeedFields::refuseOtherKeys;
-using FeedFields::require;
-using FeedFields::text;
-using FeedFields::time;
+using namespace FeedFields;
 
 QString path(const Json& line)
 {

@@ -47,11 +47,6 @@ FeedSource::FeedSource(std::function<ByteInput()> open, unsigned long long start
 {
 }
 
-QString FeedSource::name() const
-{
-    return QStringLiteral("feed");
-}
-
 void FeedSource::prepare()
 {
     m_lines = std::make_unique<LineReader>(m_open(), LongestLine);

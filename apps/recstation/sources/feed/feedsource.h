@@ -34,7 +34,7 @@ public:
     FeedSource(std::function<ByteInput()> open, unsigned long long startTime, const FeedOptions& options,
                StationHooks host);
 
-    [[nodiscard]] QString name() const override;
+    [[nodiscard]] QString name() const override { return QStringLiteral("feed"); }
     void prepare() override;
     [[nodiscard]] std::optional<unsigned long long> nextTime() override;
     void step() override;

@@ -2,7 +2,6 @@
 #include <CLI/CLI.hpp>
 
 #include "input/optionchecks.h"
-#include "iqspectra/receiveroptions.h"
 #include "sources/offeredsource.h"
 #include "sources/rtltcp/rtltcpreceiver.h"
 

@@ -59,11 +59,6 @@ SimSource::SimSource(const SimOptions& options, std::vector<Instance> instances)
     };
 }
 
-QString SimSource::name() const
-{
-    return QStringLiteral("sim");
-}
-
 QStringList SimSource::spectra() const
 {
     QStringList paths = {absolute("/IfMapping"), absolute("/DfSpectrum")};

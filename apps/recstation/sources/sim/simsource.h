@@ -25,7 +25,7 @@ class SimSource final : public Source {
 public:
     SimSource(const SimOptions& options, std::vector<Instance> instances);
 
-    [[nodiscard]] QString name() const override;
+    [[nodiscard]] QString name() const override { return QStringLiteral("sim"); }
     [[nodiscard]] QStringList spectra() const override;
     void prepare() override;
     [[nodiscard]] std::optional<unsigned long long> nextTime() override;

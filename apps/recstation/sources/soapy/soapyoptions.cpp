@@ -5,7 +5,6 @@
 
 #include <terminaltext/optionvalues.h>
 
-#include "iqspectra/receiveroptions.h"
 #include "sources/offeredsource.h"
 #include "sources/soapy/soapyreceiver.h"
 
