@@ -71,7 +71,7 @@ QString fileLine(const Summary::File& file)
 
 }  // namespace
 
-// The parser's library finds these by their names.
+// The JSON library finds these by their name.
 
 static void to_json(OrderedJson& object, const Summary::File& file)
 {

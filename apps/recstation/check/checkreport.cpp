@@ -105,7 +105,7 @@ void appendRecorder(QString& text, const FoundRecorder& recorder)
 
 }  // namespace
 
-// The parser's library finds these by their names.
+// The JSON library finds these by their name.
 
 static void to_json(OrderedJson& object, const FoundValue& value)
 {

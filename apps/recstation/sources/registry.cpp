@@ -9,22 +9,32 @@ Offer offerSim, offerFeed, offerSweep, offerBearings, offerNmea, offerIq, offerR
 
 std::vector<std::shared_ptr<OfferedSource>> offeredSources()
 {
-    return
-    {
-        offerSim(), offerFeed(), offerSweep(), offerBearings(), offerNmea(),
+    constexpr Offer* Offers[] = {
+        offerSim,
+        offerFeed,
+        offerSweep,
+        offerBearings,
+        offerNmea,
 #if defined(RECSTATION_HAS_IQ)
-            offerIq(),
+        offerIq,
 #endif
 #if defined(RECSTATION_HAS_RTLTCP)
-            offerRtlTcp(),
+        offerRtlTcp,
 #endif
 #if defined(RECSTATION_HAS_LIVE)
-            offerGpsd(), offerKraken(), offerRig(),
+        offerGpsd,
+        offerKraken,
+        offerRig,
 #endif
 #if defined(RECSTATION_HAS_SOAPY)
-            offerSoapy(),
+        offerSoapy,
 #endif
     };
+    std::vector<std::shared_ptr<OfferedSource>> all;
+    for (Offer* offer : Offers) {
+        all.push_back(offer());
+    }
+    return all;
 }
 
 }  // namespace RecStation

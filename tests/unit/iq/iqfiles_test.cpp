@@ -194,7 +194,7 @@ TEST_F(IqFiles, MetadataMayNameTheirSamples)
     const QByteArray captures = R"(}, "captures": [{"core:frequency": 1e6, "core:header_bytes": 100}]})";
     writeFile(metadata, start + R"("core:dataset": "night.bin", "core:trailing_bytes": 3)" + captures);
     m_options.file = metadata.toStdString();
-    m_options.start = "2020-01-02T03:04:05Z";
+    m_options.startTime = RecStation::parseIsoTime("2020-01-02T03:04:05Z");
     const auto spectra = run();
     ASSERT_EQ(spectra.size(), 2U);
     expectSpectrumOf(spectra[1].cells, samples, FftSize);

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "input/isotime.h"
 #include "iqfiles_fixture.h"
 #include "sources/iq/wavheader.h"
 
@@ -61,7 +62,7 @@ TEST_F(IqFiles, ARecordersChunkMayBeXml)
         EXPECT_EQ(spectra.at(0).frequencyHz, 10489.75e6);
         EXPECT_THAT(m_said, IsEmpty());
     }
-    m_options.start = "2020-01-02T03:04:05Z";
+    m_options.startTime = RecStation::parseIsoTime("2020-01-02T03:04:05Z");
     write("x_7100kHz.wav",
           riff(formatChunk(1, 2, 48000, 16) + chunk("auxi", xml.left(60) + "RadioCenterFreq=\"x") + data));
     EXPECT_EQ(run().at(0).frequencyHz, 7.1e6);
@@ -70,7 +71,7 @@ TEST_F(IqFiles, ARecordersChunkMayBeXml)
 
 TEST_F(IqFiles, Rf64TellsItsLengthInALongerField)
 {
-    m_options.start = "2020-01-02T03:04:05Z";
+    m_options.startTime = RecStation::parseIsoTime("2020-01-02T03:04:05Z");
     const Samples samples = steps(3 * FftSize, 2);
     const QByteArray data = encoded(samples, asInteger(2));
     const QByteArray sizes = littleEndian(0, 8) + littleEndian(static_cast<std::uint64_t>(data.size()), 8) +
@@ -85,7 +86,7 @@ TEST_F(IqFiles, Rf64TellsItsLengthInALongerField)
 
 TEST_F(IqFiles, AWavThatIsCutOffIsReadAsFarAsItGoesAndTold)
 {
-    m_options.start = "2020-01-02T03:04:05Z";
+    m_options.startTime = RecStation::parseIsoTime("2020-01-02T03:04:05Z");
     const QByteArray whole =
         riff(formatChunk(1, 2, 48000, 16) + chunk("data", encoded(steps(4 * FftSize, 0), asInteger(2))));
     write("x_7100kHz.wav", whole.left(whole.size() - static_cast<int>(FftSize) * 4));

@@ -232,7 +232,6 @@ void fitToFile(IqPlan& plan, const KnownSamples& known)
 
 void planStretches(const IqOptions& options, const Files& files, const KnownSamples& known, IqPlan& plan)
 {
-    constexpr unsigned long long MicrosecondsPerMillisecond = 1000;
     refuseOneForAll(options, files, known.captures);
     const auto start = firstStart(options, known.captures, plan);
     if (!start && !isStream(options.file)) {
