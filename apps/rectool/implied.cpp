@@ -17,10 +17,8 @@ namespace {
 
 const CLI::App* findVerb(const CLI::App& app, const std::string& name)
 {
-    const std::vector<const CLI::App*> verbs = app.get_subcommands([](const CLI::App*) { return true; });
-    const auto found =
-        std::find_if(verbs.begin(), verbs.end(), [&](const CLI::App* verb) { return verb->get_name() == name; });
-    return found == verbs.end() ? nullptr : *found;
+    const auto verbs = app.get_subcommands([&](const CLI::App* verb) { return verb->get_name() == name; });
+    return verbs.empty() ? nullptr : verbs.front();
 }
 
 std::vector<std::string> verbNames(const CLI::App& app)

@@ -4,18 +4,13 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <memory>
-#include <optional>
 #include <unordered_map>
 
-#include "replay/measuredbearings.h"
-#include "stationplaces.h"
+#include "replay/linesofbearing.h"
 
 namespace RecTool {
 
 namespace {
-
-constexpr double FullCircle = 360;
 
 /// Finds the emissions that a channel of a direction finder shows at a moment. Its bearings come in order of time, but
 /// for a few.
@@ -88,20 +83,17 @@ bool isBetter(const values::Bearing& bearing, const FoundEmission& emission)
            (std::isnan(emission.bearing->quality) && !std::isnan(bearing.quality));
 }
 
-void putBearing(FoundEmission& emission, const values::Bearing& bearing, const PlacedRecord& placed,
-                const StationPlaces& places)
+void putBearing(FoundEmission& emission, const PlacedRecord& placed, const BearingTaker::Taken& taken)
 {
     const std::uint64_t count = emission.bearing ? emission.bearing->count : 0;
-    if (isBetter(bearing, emission)) {
-        const double heading = places.headingDeg(placed.type.track);
-        const bool isTrue = std::isfinite(heading);
-        const double azimuth = std::fmod(bearing.azimuthDeg + (isTrue ? heading : 0), FullCircle);
-        emission.bearing = EmissionBearing{azimuth < 0 ? azimuth + FullCircle : azimuth,
-                                           isTrue,
-                                           bearing.quality,
+    const TakenBearing& bearing = taken.bearing;
+    if (isBetter(bearing.bearing, emission)) {
+        emission.bearing = EmissionBearing{bearing.line.azimuthDeg,
+                                           bearing.headingDeg.has_value(),
+                                           bearing.bearing.quality,
                                            placed.momentMs,
                                            {placed.part, placed.record.position, placed.record.timeMs},
-                                           places.place(placed.type.track),
+                                           taken.hasPosition ? std::optional(bearing.line.from) : std::nullopt,
                                            0};
     }
     emission.bearing->count = count + 1;
@@ -109,42 +101,15 @@ void putBearing(FoundEmission& emission, const values::Bearing& bearing, const P
 
 }  // namespace
 
-bool hasBearings(const Recordings& recordings)
-{
-    return std::any_of(recordings.tracks().begin(), recordings.tracks().end(),
-                       [](const Track& track) { return track.names.numberOf(DirectionFindingKeyword).has_value(); });
-}
-
 void addBearings(Recordings& recordings, double marginMs, std::vector<FoundEmission>& emissions)
 {
-    StationPlaces places(recordings);
     std::vector<EmissionsByChannel> byChannel(recordings.tracks().size(), EmissionsByChannel(emissions, marginMs));
-    const PlacedRecord* now = nullptr;
-    std::vector<std::unique_ptr<MeasuredBearings>> finders;  // by track
-    std::vector<std::optional<std::int32_t>> codes;
-    for (std::size_t track = 0; track < recordings.tracks().size(); ++track) {
-        codes.push_back(recordings.tracks()[track].names.numberOf(DirectionFindingKeyword));
-        finders.push_back(std::make_unique<MeasuredBearings>([&, track](const BearingChange& change) {
-            if (!std::isfinite(change.bearing.azimuthDeg)) {
-                return;
-            }
-            const values::ChannelRange& range = finders[track]->range();
-            byChannel[track].visit(
-                range.frequencyHz(change.channel), std::abs(channelWidthHz(range)), now->momentMs,
-                [&](FoundEmission& emission) { putBearing(emission, change.bearing, *now, places); });
-        }));
-    }
-    recordings.walk([&](const PlacedRecord& placed) {
-        const std::size_t track = placed.type.track;
-        if (codes[track] == placed.type.code) {
-            now = &placed;
-            const double tuned = places.frequencyHz(track);
-            finders[track]->tune(std::isfinite(tuned) ? tuned : 0);
-            finders[track]->apply(placed.record);
-        } else {
-            places.apply(placed);
-        }
+    AllBearings bearings(recordings, [&](const PlacedRecord& placed, const BearingTaker::Taken& taken) {
+        byChannel[placed.type.track].visit(taken.bearing.frequencyHz, std::abs(channelWidthHz(taken.range)),
+                                           placed.momentMs,
+                                           [&](FoundEmission& emission) { putBearing(emission, placed, taken); });
     });
+    recordings.walk([&](const PlacedRecord& placed) { bearings.apply(placed); });
 }
 
 }  // namespace RecTool

@@ -7,8 +7,6 @@
 
 namespace RecTool {
 
-/// Whether a direction finder's bearings are among the recordings.
-[[nodiscard]] bool hasBearings(const Recordings& recordings);
 /// Walks the records once more, and gives every emission its bearing: the one with the best quality, the earliest of
 /// them, of those that were taken on a channel that overlaps its band, from its first to its last sweep with the margin
 /// before and behind them.

@@ -11,7 +11,7 @@
 
 #include "emissionbearings.h"
 #include "rasters.h"
-#include "stationplaces.h"
+#include "replay/linesofbearing.h"
 
 namespace RecTool {
 
@@ -153,11 +153,11 @@ public:
 
     void find()
     {
-        StationPlaces places(m_recordings);
+        std::vector<StationValues> stations = stationValues(m_recordings);
         m_recordings.walk([&](const PlacedRecord& placed) {
             Watched* const watched = watchedOf(placed.type);
             if (watched == nullptr || !m_found.problem.empty()) {
-                places.apply(placed);
+                stations[placed.type.track].apply(placed.record);
                 return;
             }
             const LevelMap* map = watched->sweep(placed);
@@ -167,7 +167,7 @@ public:
             SweptLevels about;
             about.momentMs = placed.momentMs;
             about.record = {placed.part, placed.record.position, placed.record.timeMs};
-            about.place = places.place(placed.type.track);
+            about.place = stations[placed.type.track].position();
             note(watched->rasters.find(map->GetChannelRange(), map->GetCells(), about));
         });
         for (const auto& watched : m_all) {

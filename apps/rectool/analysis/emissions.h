@@ -41,8 +41,8 @@ struct EmissionBearing {
     double quality = 0;  ///< 0 to 100; NaN: not measured
     double momentMs = 0;
     RecordName record;
-    StationPlace place;       ///< where it was taken
-    std::uint64_t count = 0;  ///< of all its bearings
+    std::optional<Geo::Position> place;  ///< where it was taken
+    std::uint64_t count = 0;             ///< of all its bearings
 };
 
 struct FoundEmission : Emission {

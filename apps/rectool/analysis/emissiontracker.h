@@ -4,11 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <limits>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
+#include "geo/position.h"
 #include "occupiedband.h"
 #include "replay/frequencies.h"
 
@@ -19,12 +20,6 @@ struct RecordName {
     std::size_t part = 0;       ///< of the recordings
     std::int64_t position = 0;  ///< in the file
     std::uint64_t timeMs = 0;   ///< of the record, since the start of its file
-};
-
-/// Where the station was; NaN where that is not recorded.
-struct StationPlace {
-    double latitudeDeg = std::numeric_limits<double>::quiet_NaN();
-    double longitudeDeg = std::numeric_limits<double>::quiet_NaN();
 };
 
 /// Levels in dB, moments in milliseconds since the start of the first recording.
@@ -39,7 +34,7 @@ struct Emission {
     RecordName first;          ///< records of these sweeps
     RecordName last;
     RecordName strongest;
-    StationPlace place;  ///< at the strongest sweep
+    std::optional<Geo::Position> place;  ///< of the station at the strongest sweep; nothing where it is not recorded
 
     [[nodiscard]] double centreHz() const { return (band.lowHz + band.highHz) / 2; }
 };
@@ -61,7 +56,7 @@ struct SweptLevels {
     std::span<const float> thresholds;  ///< a channel is on when its level is above
     double momentMs = 0;
     RecordName record;
-    StationPlace place;
+    std::optional<Geo::Position> place;  ///< of the station
 };
 
 /// All sweeps are of channels of one width.

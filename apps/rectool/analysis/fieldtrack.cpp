@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "replay/frequencies.h"
+#include "replay/linesofbearing.h"
 #include "replay/spectra.h"
-#include "stationplaces.h"
 
 namespace RecTool {
 
@@ -16,29 +16,24 @@ namespace {
 
 struct PlaceAt {
     double momentMs = 0;
-    StationPlace place;
+    std::optional<Geo::Position> place;
 };
 
 /// Where every device was, by time.
 std::vector<std::vector<PlaceAt>> findPlaces(Recordings& recordings)
 {
     std::vector<std::vector<PlaceAt>> all(recordings.tracks().size());
-    StationPlaces places(recordings);
+    std::vector<StationValues> stations = stationValues(recordings);
     recordings.walk([&](const PlacedRecord& placed) {
-        if (!places.apply(placed)) {
-            return;
-        }
+        StationValues& station = stations[placed.type.track];
         std::vector<PlaceAt>& here = all[placed.type.track];
-        const StationPlace place = places.place(placed.type.track);
-        const bool isSame = !here.empty() && here.back().place.latitudeDeg == place.latitudeDeg &&
-                            here.back().place.longitudeDeg == place.longitudeDeg;
-        if (isSame || (here.empty() && std::isnan(place.latitudeDeg))) {
+        if (!station.apply(placed.record) || station.position() == (here.empty() ? std::nullopt : here.back().place)) {
             return;
         }
         if (!here.empty() && here.back().momentMs >= placed.momentMs) {
             here.pop_back();  // latitude and longitude are records of their own
         }
-        here.push_back({placed.momentMs, place});
+        here.push_back({placed.momentMs, station.position()});
     });
     return all;
 }
@@ -56,14 +51,14 @@ public:
     }
 
     [[nodiscard]] FieldTrack& found() { return m_found; }
-    void take(const PlacedRecord& placed, double tunedHz, bool isBefore)
+    void take(const PlacedRecord& placed, std::optional<double> tunedHz, bool isBefore)
     {
         if (!(placed.type == m_type)) {
             return;
         }
         if (const std::optional<double> number = placed.number()) {
             m_found.isPlain = true;
-            if (!isBefore && std::abs(tunedHz - m_hz) <= TunedWithinHz && std::isfinite(*number)) {
+            if (!isBefore && tunedHz && std::abs(*tunedHz - m_hz) <= TunedWithinHz && std::isfinite(*number)) {
                 add(*number, placed.momentMs);
             }
             return;
@@ -82,13 +77,13 @@ private:
         constexpr double PerDecade = 10;
         const auto after = std::upper_bound(m_places.begin(), m_places.end(), momentMs,
                                             [](double ms, const PlaceAt& place) { return ms < place.momentMs; });
-        if (after == m_places.begin() || std::isnan(std::prev(after)->place.latitudeDeg)) {
+        if (after == m_places.begin() || !std::prev(after)->place) {
             ++m_found.withoutPosition;
             return;
         }
         const PlaceAt& at = *std::prev(after);
         if (m_found.points.empty() || m_found.points.back().positionMs != at.momentMs) {
-            m_found.points.push_back({at.place.latitudeDeg, at.place.longitudeDeg, at.momentMs, 0, level, level, 0,
+            m_found.points.push_back({at.place->latitudeDeg, at.place->longitudeDeg, at.momentMs, 0, level, level, 0,
                                       momentMs, momentMs, momentMs});
         }
         FieldPoint& point = m_found.points.back();
@@ -147,11 +142,12 @@ std::vector<FieldTrack> trackField(Recordings& recordings, double hz)
         const bool isOwn = !places[type.track].empty() || other == places.end();
         followers.emplace_back(recordings, type, hz, isOwn ? places[type.track] : *other);
     }
-    StationPlaces tuned(recordings);
+    std::vector<StationValues> stations = stationValues(recordings);
     recordings.walk([&](const PlacedRecord& placed) {
-        if (!tuned.apply(placed)) {
+        StationValues& station = stations[placed.type.track];
+        if (!station.apply(placed.record)) {
             for (FieldFollower& follower : followers) {
-                follower.take(placed, tuned.frequencyHz(placed.type.track), recordings.isBefore(placed.momentMs));
+                follower.take(placed, station.frequencyHz(), recordings.isBefore(placed.momentMs));
             }
         }
     });

@@ -51,7 +51,7 @@ ExitCode showFile(Zelvo::Archive& archive, const ArchiveShowOptions& options)
         return ExitCode::CannotRead;
     }
     if (options.json) {
-        std::cout << dump(archiveJson(*file), 2) << '\n';
+        printJson(archiveJson(*file));
     } else {
         printFile(*file);
     }
@@ -70,7 +70,7 @@ ExitCode showGroup(Zelvo::Archive& archive, const std::string& name, bool json)
     if (json) {
         Json all = archiveJson(*group);
         all["members"] = archiveJson(files);
-        std::cout << dump(all, 2) << '\n';
+        printJson(all);
     } else {
         printGroup(*group);
         std::cout << '\n';
@@ -138,7 +138,7 @@ ExitCode archiveStatus(const ArchiveStatusOptions& options)
 {
     const Zelvo::ArchiveStatus status = Zelvo::Archive(configuration()).status();
     if (options.json) {
-        std::cout << dump(archiveJson(status), 2) << '\n';
+        printJson(archiveJson(status));
     } else {
         printStatus(status);
     }
@@ -153,7 +153,7 @@ ExitCode archiveGroups(const ArchiveGroupsOptions& options)
         failed += group.failed;
     }
     if (options.json) {
-        std::cout << dump({{"groups", archiveJson(groups)}}, 2) << '\n';
+        printJson({{"groups", archiveJson(groups)}});
         return resultOf(failed);
     }
     printGroups(groups);
@@ -194,7 +194,7 @@ ExitCode archiveFetch(const ArchiveFetchOptions& options)
         return error.code() == Zelvo::ZelvoError::Damaged ? ExitCode::Damaged : ExitCode::CannotRead;
     }
     if (options.json) {
-        std::cout << dump({{"address", options.address}, {"file", path.toStdString()}}, 2) << '\n';
+        printJson({{"address", options.address}, {"file", path.toStdString()}});
     } else {
         std::cout << plain(path) << '\n';
     }
@@ -220,13 +220,12 @@ ExitCode archiveVerify(const ArchiveVerifyOptions& options)
         showing(progress, bytesToRead(archive, QString::fromStdString(group))), QString::fromStdString(group));
     progress.clear();
     if (options.json) {
-        Json list = Json::array();
-        for (const StorageProblem& problem : problems) {
-            list.push_back({{"address", problem.file.address().toStdString()},
-                            {"problem", nameOf(problem.kind)},
-                            {"text", problem.sentence.toStdString()}});
-        }
-        std::cout << dump({{"good", good}, {"problems", std::move(list)}}, 2) << '\n';
+        const auto json = [](const StorageProblem& problem) -> Json {
+            return {{"address", problem.file.address().toStdString()},
+                    {"problem", nameOf(problem.kind)},
+                    {"text", problem.sentence.toStdString()}};
+        };
+        printJson({{"good", good}, {"problems", Json::arrayOf(problems, json)}});
     } else {
         std::cout << count(good) << (good == 1 ? " file" : " files") << " of the storage " << (good == 1 ? "is" : "are")
                   << " as stored"
@@ -244,7 +243,7 @@ ExitCode archiveRetry(const ArchiveRetryOptions& options)
     }
     const std::int64_t files = archive.retry(QString::fromStdString(group));
     if (options.json) {
-        std::cout << dump({{"files", files}}, 2) << '\n';
+        printJson({{"files", files}});
     } else {
         std::cout << "Failed moves that the next run of the mover tries again: " << count(files) << '\n';
     }

@@ -116,8 +116,7 @@ std::string why(const FileInfo& file)
 
 void printStations(const std::vector<Zelvo::StationInfo>& stations)
 {
-    Table table({Table::Align::Left, Table::Align::Left, Table::Align::Left});
-    table.add({"Station", "Mover last ran", "Storage"});
+    Table table("lll", {"Station", "Mover last ran", "Storage"});
     for (const Zelvo::StationInfo& station : stations) {
         const std::string storage =
             station.storageError.isEmpty()
@@ -125,7 +124,7 @@ void printStations(const std::vector<Zelvo::StationInfo>& stations)
                 : plain(station.storageError) + " (looks again: " + time(station.nextTryMs) + ")";
         table.add({plain(station.name), station.lastRunMs <= 0 ? "never" : time(station.lastRunMs), storage});
     }
-    table.print(std::cout, "");
+    table.print();
 }
 
 }  // namespace
@@ -198,14 +197,12 @@ Json archiveJson(const Zelvo::ArchiveStatus& status)
 
 void printFiles(const std::vector<FileInfo>& files)
 {
-    Table table({Table::Align::Left, Table::Align::Left, Table::Align::Right, Table::Align::Left, Table::Align::Left,
-                 Table::Align::Left});
-    table.add({"Address", "State", "Bytes", "Station", "Name", "Why"});
+    Table table("llrlll", {"Address", "State", "Bytes", "Station", "Name", "Why"});
     for (const FileInfo& file : files) {
         table.add({plain(file.address()), nameOf(file.state), bytes(file.bytes), plain(file.station), plain(file.name),
                    why(file)});
     }
-    table.print(std::cout, "");
+    table.print();
 }
 
 void printStatus(const Zelvo::ArchiveStatus& status)
@@ -270,14 +267,12 @@ void printGroup(const GroupInfo& group)
 
 void printGroups(const std::vector<GroupInfo>& groups)
 {
-    Table table({Table::Align::Left, Table::Align::Left, Table::Align::Right, Table::Align::Right, Table::Align::Right,
-                 Table::Align::Left, Table::Align::Left, Table::Align::Left});
-    table.add({"Group", "State", "Files", "Moved", "Failed", "Created", "Station", "Title"});
+    Table table("llrrrlll", {"Group", "State", "Files", "Moved", "Failed", "Created", "Station", "Title"});
     for (const GroupInfo& group : groups) {
         table.add({plain(group.data.guid), nameOf(group.state), count(group.files), count(group.moved),
                    count(group.failed), time(group.createdMs), plain(group.station), plain(group.title)});
     }
-    table.print(std::cout, "");
+    table.print();
 }
 
 }  // namespace RecTool

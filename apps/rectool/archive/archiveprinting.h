@@ -30,11 +30,7 @@ inline constexpr std::string_view AddressScheme = "zelvo:///";
 template <typename Item>
 [[nodiscard]] Json archiveJson(const std::vector<Item>& items)
 {
-    Json list = Json::array();
-    for (const Item& item : items) {
-        list.push_back(archiveJson(item));
-    }
-    return list;
+    return Json::arrayOf(items, [](const Item& item) { return archiveJson(item); });
 }
 
 void printStatus(const Zelvo::ArchiveStatus& status);

@@ -6,7 +6,6 @@
 
 #include "csvlong.h"
 #include "csvsweep.h"
-#include "exportedbearings.h"
 #include "printing/output.h"
 #include "printing/text.h"
 
@@ -52,21 +51,19 @@ ExitCode exportBearingLines(Recordings& recordings, ExportedRecords& records, Ne
 {
     ExportTime time(recordings.startMs());
     file.write("time,device,frequency_hz,azimuth_deg,heading_deg,elevation_deg,level,quality,latitude,longitude\n");
-    const ExportedBearings bearings(recordings, records, [&](const ExportedBearing& taken) {
-        std::string line = time.iso(taken.placed.momentMs) + ',' + csvText(records.device(taken.placed.type));
-        for (const double number :
-             {taken.frequencyHz, taken.bearing.azimuthDeg, taken.headingDeg, taken.bearing.elevationDeg,
-              taken.bearing.levelDb, taken.bearing.quality, taken.place.latitudeDeg, taken.place.longitudeDeg}) {
+    records.lookAtBearings([&](const PlacedRecord& placed, const ExportedRecords::BearingRow& row) {
+        std::string line = time.iso(placed.momentMs) + ',' + csvText(records.device(placed.type));
+        for (const double number : row) {
             line += ',' + (std::isfinite(number) ? TerminalText::shortest(number) : std::string());
         }
         file.write(line + '\n');
     });
     records.walk([&] { return file.good(); },
                  [&](const PlacedRecord& /*placed*/, const values::ValueBase& /*value*/) {});
-    if (bearings.count() == 0 && file.good()) {
+    if (records.bearings() == 0 && file.good()) {
         return recordings.refuse("There is no bearing in the span. Nothing was written.");
     }
-    return endExport(recordings, records, file, counted(bearings.count(), "bearing"));
+    return endExport(recordings, records, file, counted(records.bearings(), "bearing"));
 }
 
 }  // namespace

@@ -4,25 +4,16 @@
 #include <cmath>
 
 #include <terminaltext/quantity.h>
-#include <values/value.h>
 
 #include "printing/recordjson.h"
 #include "printing/text.h"
+#include "printing/valuetext.h"
 
 namespace RecTool {
 
 namespace {
 
 constexpr std::size_t PieceOfText = 65'536;
-
-std::string csvField(const std::string& text)
-{
-    std::string field;
-    for (const char character : text) {
-        field.append(character == '"' ? 2 : 1, character);
-    }
-    return text.find_first_of(",\"\r\n") == std::string::npos ? text : '"' + field + '"';
-}
 
 }  // namespace
 
@@ -48,19 +39,18 @@ void CsvLong::Frequencies::take(const values::ChannelRange& newRange)
 
 void CsvLong::add(const PlacedRecord& placed, const values::ValueBase& value)
 {
-    m_begin = m_time.iso(placed.momentMs) + ',' + csvField(m_records.device(placed.type)) + ',' +
-              csvField(m_records.keyword(placed.type)) + ',';
+    m_begin = m_time.iso(placed.momentMs) + ',' + csvText(m_records.device(placed.type)) + ',' +
+              csvText(m_records.keyword(placed.type)) + ',';
     const values::ValueType kind = value.GetType();
     if (kind == values::ValueType::LevelMap) {
         addLevels(placed.type, static_cast<const LevelMap&>(value));
-    } else if (kind == values::ValueType::Numeric || kind == values::ValueType::NumericWithOffset) {
-        const double number = static_cast<const values::ValueNumeric<double>&>(value).GetValue();
-        m_text += m_begin + ',' + (std::isfinite(number) ? TerminalText::shortest(number) : "") + '\n';
+    } else if (const std::optional<double> number = plainNumber(&value)) {
+        m_text += m_begin + ',' + (std::isfinite(*number) ? TerminalText::shortest(*number) : "") + '\n';
         ++m_lines;
     } else if (kind == values::ValueType::BearingMap || kind == values::ValueType::FastBearingMap) {
         m_records.leaveOut(placed.type);
     } else if (m_records.areNamed()) {
-        m_text += m_begin + ',' + csvField(oneLine(value.GetText().toStdString())) + '\n';
+        m_text += m_begin + ',' + csvText(oneLine(value.GetText().toStdString())) + '\n';
         ++m_lines;
     }
     m_file.write(m_text);

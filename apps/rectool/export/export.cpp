@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <limits>
 #include <utility>
 
 #include "printing/output.h"
@@ -42,8 +43,8 @@ void ExportedRecords::walk(const std::function<bool()>& goesOn,
         if (!goesOn()) {
             return;
         }
-        if (m_look) {
-            m_look(placed);
+        if (m_bearings) {
+            m_bearings->apply(placed);
         }
         if (!isWanted(placed.type)) {
             return;
@@ -58,6 +59,22 @@ void ExportedRecords::walk(const std::function<bool()>& goesOn,
         } else {
             visit({placed.record, placed.type, placed.exactMomentMs(m_recordings.startMs()), placed.recorded}, *value);
         }
+    });
+}
+
+void ExportedRecords::lookAtBearings(std::function<void(const PlacedRecord&, const BearingRow&)> look)
+{
+    m_bearings.emplace(m_recordings, [this, look = std::move(look)](const PlacedRecord& placed, const auto& taken) {
+        constexpr double Unknown = std::numeric_limits<double>::quiet_NaN();
+        if (!isWanted(placed.type) || m_recordings.isBefore(placed.momentMs)) {
+            return;
+        }
+        ++m_bearingCount;
+        const TakenBearing& bearing = taken.bearing;
+        look(placed, {bearing.frequencyHz, bearing.bearing.azimuthDeg, bearing.headingDeg.value_or(Unknown),
+                      bearing.bearing.elevationDeg, bearing.bearing.levelDb, bearing.bearing.quality,
+                      taken.hasPosition ? bearing.line.from.latitudeDeg : Unknown,
+                      taken.hasPosition ? bearing.line.from.longitudeDeg : Unknown});
     });
 }
 

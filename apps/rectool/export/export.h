@@ -1,9 +1,11 @@
 // What "export" writes for other programs, and what all its formats share.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,6 +14,7 @@
 
 #include "making/newfile.h"
 #include "printing/exitcode.h"
+#include "replay/linesofbearing.h"
 #include "replay/recordings.h"
 
 namespace RecTool {
@@ -53,8 +56,13 @@ public:
     /// carries itself; the others are NaN. @param goesOn false: the rest is passed over
     void walk(const std::function<bool()>& goesOn,
               const std::function<void(const PlacedRecord&, const values::ValueBase&)>& visit);
-    /// Lets something see every record before it is visited, also those of other types and before the span.
-    void lookAtAll(std::function<void(const PlacedRecord&)> look) { m_look = std::move(look); }
+    /// Frequency, azimuth relative to the antenna, heading of its zero, elevation, level, quality, latitude, longitude;
+    /// NaN for what is not known.
+    using BearingRow = std::array<double, 8>;
+    /// Lets something see the bearings of the span whose type is wanted, each as it was taken, while records are
+    /// walked.
+    void lookAtBearings(std::function<void(const PlacedRecord&, const BearingRow&)> look);
+    [[nodiscard]] std::uint64_t bearings() const { return m_bearingCount; }  ///< that were seen
     [[nodiscard]] bool isWanted(const TrackType& type) const;
     /// Whether a user chose the types.
     [[nodiscard]] bool areNamed() const { return !m_types.empty(); }
@@ -69,7 +77,8 @@ public:
 private:
     Recordings& m_recordings;
     std::vector<TrackType> m_types;
-    std::function<void(const PlacedRecord&)> m_look;
+    std::optional<AllBearings> m_bearings;
+    std::uint64_t m_bearingCount = 0;
     std::vector<std::map<std::int32_t, std::string>> m_keywords;  // of each track
     std::map<std::string, std::uint64_t> m_leftOut;
     std::map<std::string, std::uint64_t> m_notUnderstood;

@@ -7,6 +7,8 @@
 
 #include <terminaltext/quantity.h>
 
+#include "printing/text.h"
+
 namespace RecTool {
 
 namespace {
@@ -14,7 +16,6 @@ namespace {
 constexpr std::int64_t ExportedUsPerMs = 1000;
 constexpr std::int64_t ExportedUsPerSecond = 1'000'000;
 constexpr std::int64_t ExportedSecondsPerDay = 86'400;
-constexpr std::uint64_t LastExportedStartMs = 253'402'300'799'999;  // of the year 9999
 
 std::string withZeros(std::int64_t number, std::size_t digits)
 {
@@ -31,7 +32,7 @@ std::string microsecondsOf(std::int64_t us)
 }  // namespace
 
 ExportTime::ExportTime(std::uint64_t startMs)
-    : m_startUs(startMs <= LastExportedStartMs ? static_cast<std::int64_t>(startMs) * ExportedUsPerMs : 0)
+    : m_startUs(startMs <= EndOfYear9999Ms ? static_cast<std::int64_t>(startMs) * ExportedUsPerMs : 0)
 {
 }
 
@@ -45,7 +46,7 @@ std::int64_t ExportTime::us(double momentMs) const
 
 void ExportTime::takeSecond(std::int64_t us)
 {
-    constexpr std::int64_t Last = static_cast<std::int64_t>(LastExportedStartMs) * ExportedUsPerMs;
+    constexpr std::int64_t Last = static_cast<std::int64_t>(EndOfYear9999Ms) * ExportedUsPerMs;
     const std::int64_t second = std::clamp<std::int64_t>(us, 0, Last) / ExportedUsPerSecond;
     if (second == m_second) {
         return;

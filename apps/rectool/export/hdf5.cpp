@@ -8,14 +8,13 @@
 #include <tuple>
 #include <utility>
 
-#include <values/value.h>
-
-#include "exportedbearings.h"
+#include "export.h"
 #include "exporttime.h"
 #include "hdf5series.h"
 #include "printing/output.h"
 #include "printing/text.h"
 #include "printing/units.h"
+#include "printing/valuetext.h"
 
 namespace RecTool {
 
@@ -65,7 +64,7 @@ public:
     }
 
     void add(const PlacedRecord& placed, const values::ValueBase& value);
-    void addBearing(const ExportedBearing& taken);
+    void addBearing(const PlacedRecord& placed, const Hdf5Bearings::Row& row);
     void addBookmarks(const std::vector<Recording2::Inspection::Bookmark>& bookmarks);
     void flush();
     [[nodiscard]] std::uint64_t sweeps() const { return m_sweeps; }
@@ -160,10 +159,10 @@ void Hdf5Groups::add(const PlacedRecord& placed, const values::ValueBase& value)
     const std::int64_t us = m_time.us(placed.momentMs);
     if (kind == values::ValueType::LevelMap) {
         addLevels(placed, static_cast<const LevelMap&>(value));
-    } else if (kind == values::ValueType::Numeric || kind == values::ValueType::NumericWithOffset) {
+    } else if (const std::optional<double> number = plainNumber(&value)) {
         auto& numbers = plainSeries<Hdf5Numbers>(placed.type, "_number");
         const std::size_t before = numbers.bytes();
-        numbers.add(us, static_cast<const values::ValueNumeric<double>&>(value).GetValue());
+        numbers.add(us, *number);
         note(before, numbers);
     } else if (kind != values::ValueType::BearingMap && kind != values::ValueType::FastBearingMap) {
         auto& texts = plainSeries<Hdf5Texts>(placed.type, "_text");
@@ -173,14 +172,12 @@ void Hdf5Groups::add(const PlacedRecord& placed, const values::ValueBase& value)
     }
 }
 
-void Hdf5Groups::addBearing(const ExportedBearing& taken)
+void Hdf5Groups::addBearing(const PlacedRecord& placed, const Hdf5Bearings::Row& row)
 {
-    const TrackType& type = taken.placed.type;
+    const TrackType& type = placed.type;
     auto& bearings = series<Hdf5Bearings>({type.track, type.code, "bearings"}, nameOf(type, m_unit));
     const std::size_t before = bearings.bytes();
-    bearings.add(m_time.us(taken.placed.momentMs),
-                 {taken.frequencyHz, taken.bearing.azimuthDeg, taken.headingDeg, taken.bearing.elevationDeg,
-                  taken.bearing.levelDb, taken.bearing.quality, taken.place.latitudeDeg, taken.place.longitudeDeg});
+    bearings.add(m_time.us(placed.momentMs), row);
     note(before, bearings);
 }
 
@@ -237,15 +234,15 @@ std::string writeHdf5(const Hdf5ExportOptions& options, Recordings& recordings, 
     describeFile(root, options, recordings);
     {
         Hdf5Groups groups(root, recordings, records, options.unit);
-        const ExportedBearings bearings(recordings, records,
-                                        [&](const ExportedBearing& taken) { groups.addBearing(taken); });
+        records.lookAtBearings(
+            [&](const PlacedRecord& placed, const Hdf5Bearings::Row& row) { groups.addBearing(placed, row); });
         records.walk([&] { return file.good() && setting.problem.text().empty(); },
                      [&](const PlacedRecord& placed, const values::ValueBase& value) { groups.add(placed, value); });
         groups.addBookmarks(recordings.bookmarks());
         groups.flush();
-        if (groups.sweeps() + groups.plain() + bearings.count() > 0) {
+        if (groups.sweeps() + groups.plain() + records.bearings() > 0) {
             summary = counted(groups.sweeps(), "sweep") + ", " + counted(groups.plain(), "plain value") +
-                      (bearings.count() > 0 ? ", " + counted(bearings.count(), "bearing") : "");
+                      (records.bearings() > 0 ? ", " + counted(records.bearings(), "bearing") : "");
         }
     }
     root.close();

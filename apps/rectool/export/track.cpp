@@ -8,14 +8,14 @@
 
 #include "exporttime.h"
 #include "printing/text.h"
-#include "replay/place.h"
+#include "replay/linesofbearing.h"
 
 namespace RecTool {
 
 namespace {
 
 constexpr double OnePointMs = 100;
-constexpr double CircleDeg = 360;
+constexpr double HalfCircleDeg = 180;
 
 }  // namespace
 
@@ -49,10 +49,10 @@ void TrackFollower::take(const PlacedRecord& placed)
 void TrackFollower::end()
 {
     const bool hasMoved = m_latitude.isNew || m_longitude.isNew;
-    const bool isThere = m_latitude.number && m_longitude.number && isPlace(*m_latitude.number, *m_longitude.number);
-    if (hasMoved && isThere && !m_recordings.isBefore(m_firstMs)) {
-        const double longitude = std::remainder(*m_longitude.number, CircleDeg);
-        TrackPoint point{m_firstMs, *m_latitude.number, longitude == CircleDeg / 2 ? -longitude : longitude, {}};
+    const auto place = positionOf(m_latitude.number, m_longitude.number);
+    if (hasMoved && place && !m_recordings.isBefore(m_firstMs)) {
+        const double longitude = place->longitudeDeg == HalfCircleDeg ? -HalfCircleDeg : place->longitudeDeg;
+        TrackPoint point{m_firstMs, place->latitudeDeg, longitude, {}};
         if (m_altitude.number && std::isfinite(*m_altitude.number)) {
             point.altitudeM = m_altitude.number;
         }

@@ -6,6 +6,7 @@
 #include <QDateTime>
 
 #include "printing/output.h"
+#include "printing/text.h"
 
 namespace RecTool {
 
@@ -20,7 +21,6 @@ double direction(double degrees)
 Json time(unsigned long long us)
 {
     constexpr unsigned long long UsPerMs = 1000;
-    constexpr unsigned long long EndOfYear9999Ms = 253'402'300'799'999;
     if (us / UsPerMs > EndOfYear9999Ms) {
         return {};
     }
@@ -38,11 +38,7 @@ namespace {
 
 Json coordinates(const Geo::Path& path)
 {
-    Json points = Json::array();
-    for (const Position& point : path) {
-        points.push_back(RecTool::coordinates(point));
-    }
-    return points;
+    return Json::arrayOf(path, [](const Position& point) { return RecTool::coordinates(point); });
 }
 
 }  // namespace
@@ -57,19 +53,13 @@ Json lineString(const std::vector<Geo::Path>& parts)
     if (parts.size() == 1) {
         return {{"type", "LineString"}, {"coordinates", coordinates(parts.front())}};
     }
-    Json lines = Json::array();
-    for (const Geo::Path& part : parts) {
-        lines.push_back(coordinates(part));
-    }
-    return {{"type", "MultiLineString"}, {"coordinates", std::move(lines)}};
+    return {{"type", "MultiLineString"},
+            {"coordinates", Json::arrayOf(parts, [](const Geo::Path& part) { return coordinates(part); })}};
 }
 
 Json polygon(const std::vector<Geo::Path>& rings)
 {
-    Json polygons = Json::array();
-    for (const Geo::Path& ring : rings) {
-        polygons.push_back(Json::array({coordinates(ring)}));
-    }
+    Json polygons = Json::arrayOf(rings, [](const Geo::Path& ring) { return Json::array({coordinates(ring)}); });
     if (polygons.size() == 1) {
         return {{"type", "Polygon"}, {"coordinates", polygons.at(0)}};
     }
@@ -85,14 +75,14 @@ FeatureWriter::FeatureWriter(const Json& about, TextSink write) : m_write(std::m
 {
     Json head = {{"type", "FeatureCollection"}};
     head.update(about);
-    std::string text = dump(head, -1);
+    std::string text = head.dump();
     text.back() = ',';  // the object goes on
     m_write(text + "\n\"features\":[");
 }
 
 void FeatureWriter::add(const Json& feature)
 {
-    m_write(m_separator + dump(feature, -1));
+    m_write(m_separator + feature.dump());
     m_separator = ",\n";
 }
 
@@ -103,11 +93,7 @@ void FeatureWriter::end()
 
 Json aboutFiles(const RecordingsOptions& options, const Recordings& recordings)
 {
-    Json files = Json::array();
-    for (const std::string& file : options.files) {
-        files.push_back(shownName(file));
-    }
-    return {{"files", std::move(files)},
+    return {{"files", shownNames(options.files)},
             {"startMsSince1970", recordings.startMs()},
             {"fromMs", thousandths(recordings.span().fromMs)},
             {"toMs", thousandths(recordings.span().toMs)}};

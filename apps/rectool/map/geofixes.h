@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "geo/fix.h"
-#include "linesofbearing.h"
+#include "replay/linesofbearing.h"
 
 namespace RecTool {
 

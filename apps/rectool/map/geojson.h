@@ -5,8 +5,8 @@
 
 #include "features.h"
 #include "geofixes.h"
-#include "linesofbearing.h"
 #include "printing/json.h"
+#include "replay/linesofbearing.h"
 
 namespace RecTool {
 

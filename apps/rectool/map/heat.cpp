@@ -12,10 +12,10 @@
 #include <QStringList>
 
 #include "geo/geodesic.h"
-#include "linesofbearing.h"
 #include "printing/output.h"
 #include "printing/text.h"
 #include "replay/frequencies.h"
+#include "replay/linesofbearing.h"
 
 namespace RecTool {
 
@@ -23,61 +23,29 @@ namespace {
 
 constexpr double FullCircleDegrees = 360;
 
-/// One pass over the bearings of the span and the channel that have a position.
-class BearingWalk {
-public:
-    using Visit = std::function<void(const TakenBearing&, double momentMs)>;
-
-    BearingWalk(Recordings& recordings, double hz, Visit visit)
-        : m_recordings(recordings), m_hz(hz), m_visit(std::move(visit))
-    {
-        for (const Track& track : recordings.tracks()) {
-            m_takers.push_back(std::make_unique<BearingTaker>(
-                track.names, recordings.startMs(), [this](const BearingTaker::Taken& taken) { take(taken); }));
-        }
-    }
-    void run()
-    {
-        m_recordings.walk([&](const PlacedRecord& placed) {
-            m_momentMs = placed.momentMs;
-            m_takers[placed.type.track]->apply(placed.record);
-        });
-    }
-    void count(Heat& heat) const
-    {
-        heat.withoutPosition = m_withoutPosition;
-        heat.ofOtherChannels = m_ofOtherChannels;
-        for (const auto& taker : m_takers) {
-            heat.passedOver += taker->passedOver();
-        }
-    }
-
-private:
-    void take(const BearingTaker::Taken& taken)
-    {
+/// One pass over the bearings of the span and the channel that have a position. What else there is, is counted.
+void walkBearings(Recordings& recordings, double hz, Heat& heat,
+                  const std::function<void(const TakenBearing&, double momentMs)>& visit)
+{
+    AllBearings all(recordings, [&](const PlacedRecord& placed, const BearingTaker::Taken& taken) {
         constexpr double UsPerMilli = 1000;
-        if (m_recordings.isBefore(m_momentMs)) {
+        if (recordings.isBefore(placed.momentMs)) {
             return;
         }
-        const bool isWanted = m_hz == 0 || channelAt(taken.range, m_hz) == taken.bearing.channel;
+        const bool isWanted = hz == 0 || channelAt(taken.range, hz) == taken.bearing.channel;
         if (!isWanted || !taken.hasPosition) {
-            ++(isWanted ? m_withoutPosition : m_ofOtherChannels);
+            ++(isWanted ? heat.withoutPosition : heat.ofOtherChannels);
             return;
         }
         TakenBearing bearing = taken.bearing;
-        const double us = (static_cast<double>(m_recordings.startMs()) + m_momentMs) * UsPerMilli;
+        const double us = (static_cast<double>(recordings.startMs()) + placed.momentMs) * UsPerMilli;
         bearing.measuredUs = static_cast<unsigned long long>(std::max(us, 0.0));
-        m_visit(bearing, m_momentMs);
-    }
-
-    Recordings& m_recordings;
-    double m_hz;
-    Visit m_visit;
-    std::vector<std::unique_ptr<BearingTaker>> m_takers;  // by track
-    double m_momentMs = 0;
-    std::uint64_t m_withoutPosition = 0;
-    std::uint64_t m_ofOtherChannels = 0;
-};
+        visit(bearing, placed.momentMs);
+    });
+    heat.withoutPosition = heat.ofOtherChannels = 0;
+    recordings.walk([&](const PlacedRecord& placed) { all.apply(placed); });
+    heat.passedOver = all.passedOver();
+}
 
 /// What a first pass finds out: where the stations are.
 class HeatSurvey {
@@ -207,10 +175,8 @@ ExitCode collectHeat(const MapOptions& options, Recordings& recordings, Heat& he
             options.area + '.');
     }
     HeatSurvey survey(heat);
-    BearingWalk first(recordings, options.frequencyHz,
-                      [&](const TakenBearing& bearing, double momentMs) { survey.take(bearing, momentMs); });
-    first.run();
-    first.count(heat);
+    walkBearings(recordings, options.frequencyHz, heat,
+                 [&](const TakenBearing& bearing, double momentMs) { survey.take(bearing, momentMs); });
     if (heat.used == 0) {
         return recordings.refuse(whyNoHeat(options, heat));
     }
@@ -224,10 +190,9 @@ ExitCode collectHeat(const MapOptions& options, Recordings& recordings, Heat& he
             "Beams reach beyond 85 degrees of latitude, where there are no heat maps: see --area.");
     }
     heat.grid = std::make_unique<Geo::HeatGrid>(*area, heat.settings);
-    BearingWalk second(recordings, options.frequencyHz, [&](const TakenBearing& bearing, double momentMs) {
+    walkBearings(recordings, options.frequencyHz, heat, [&](const TakenBearing& bearing, double momentMs) {
         heat.grid->add(bearing.line, weightOf(bearing), momentMs);
     });
-    second.run();
     heat.grid->finish();
     return ExitCode::Fine;
 }

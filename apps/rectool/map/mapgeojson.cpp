@@ -7,11 +7,11 @@
 
 #include "geofixes.h"
 #include "geojson.h"
-#include "linesofbearing.h"
 #include "making/savedfile.h"
 #include "printing/output.h"
 #include "printing/text.h"
 #include "printing/typenames.h"
+#include "replay/linesofbearing.h"
 
 namespace RecTool {
 
@@ -30,11 +30,11 @@ GeoJsonSettings settingsOf(const MapOptions& options)
     return settings;
 }
 
-Json about(const MapOptions& options, std::uint64_t fromMs, std::uint64_t toMs)
+Json about(const MapOptions& options, const Span& span)
 {
     return {{"file", shownName(options.files.front())},
-            {"fromMs", options.from.empty() ? Json() : Json(fromMs)},
-            {"toMs", options.to.empty() ? Json() : Json(toMs)}};
+            {"fromMs", options.from.empty() ? Json() : Json(span.from)},
+            {"toMs", options.to.empty() ? Json() : Json(span.to)}};
 }
 
 void complainOfBearings(const std::string& file, const TakenBearings& taken)
@@ -68,17 +68,16 @@ ExitCode writeMapDocument(const std::string& output, const std::function<void(co
     });
 }
 
-ExitCode mapGeoJson(const MapOptions& options, const Inspection::Summary& summary, std::uint64_t fromMs,
-                    std::uint64_t toMs)
+ExitCode mapGeoJson(const MapOptions& options, const Inspection::Summary& summary, const Span& span)
 {
     if (!options.output.empty() && !mayReplace(options.output)) {
         return ExitCode::Usage;
     }
-    const TakenBearings taken = takeBearings(options.files.front(), summary, fromMs, toMs);
+    const TakenBearings taken = takeBearings(options.files.front(), summary, span);
     const GeoJsonSettings settings = settingsOf(options);
     const std::vector<BearingGroup> groups = findFixes(taken.bearings, settings.fix, settings.windowUs);
     const auto produce = [&](const TextSink& write) {
-        writeGeoJson(about(options, fromMs, toMs), taken, groups, settings, write);
+        writeGeoJson(about(options, span), taken, groups, settings, write);
     };
     if (const ExitCode saved = writeMapDocument(options.output, produce); saved != ExitCode::Fine) {
         return saved;

@@ -1,7 +1,6 @@
 // The verb "map" with --geojson.
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -9,6 +8,7 @@
 
 #include "features.h"
 #include "mapoptions.h"
+#include "replay/recordingtime.h"
 
 namespace RecTool {
 
@@ -17,6 +17,6 @@ namespace RecTool {
 [[nodiscard]] ExitCode writeMapDocument(const std::string& output, const std::function<void(const TextSink&)>& produce);
 
 [[nodiscard]] ExitCode mapGeoJson(const MapOptions& options, const Recording2::Inspection::Summary& summary,
-                                  std::uint64_t fromMs, std::uint64_t toMs);
+                                  const Span& span);
 
 }  // namespace RecTool

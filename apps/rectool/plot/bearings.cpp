@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 #include "frequencyunits.h"
 #include "printing/text.h"
@@ -17,14 +16,6 @@ constexpr std::array<QRgb, 10> Colours{0xff1f77b4, 0xffff7f0e, 0xff2ca02c, 0xffd
                                        0xff8c564b, 0xffe377c2, 0xff17becf, 0xffbcbd22, 0xff000000};
 constexpr QRgb OthersColour = 0xffa0a4a8;
 
-/// Takes over a recorded number; NaN for what is no finite one.
-void takeNumber(const PlacedRecord& plotted, double& number)
-{
-    if (const std::optional<double> recorded = plotted.number()) {
-        number = std::isfinite(*recorded) ? *recorded : std::nan("");
-    }
-}
-
 }  // namespace
 
 Bearings::Bearings(Recordings& source, bool relative) : m_source(source), m_relative(relative)
@@ -32,64 +23,40 @@ Bearings::Bearings(Recordings& source, bool relative) : m_source(source), m_rela
     beginPass();
 }
 
-bool Bearings::areRecorded() const
-{
-    return std::any_of(m_finders.begin(), m_finders.end(), [](const Finder& finder) { return finder.bearings; });
-}
-
 void Bearings::beginPass()
 {
     m_withoutHeading = 0;
-    m_finders.clear();
-    m_finders.resize(m_source.tracks().size());  // none is added, so that the listeners' references stay
-    for (std::size_t track = 0; track < m_finders.size(); ++track) {
-        Finder& finder = m_finders[track];
-        const TypeNames& names = m_source.tracks()[track].names;
-        finder.bearings = names.numberOf(DirectionFindingKeyword);
-        finder.heading = m_relative ? std::nullopt : names.numberOf("TRUEHEADING");
-        finder.frequency = names.numberOf("FREQUENCY");
-        finder.measured =
-            std::make_unique<MeasuredBearings>([this, &finder](const BearingChange& change) { take(finder, change); });
-    }
+    m_all.emplace(m_source, [this](const PlacedRecord& plotted, const BearingTaker::Taken& taken) {
+        if (!m_source.isBefore(plotted.momentMs)) {
+            take(taken.bearing, plotted.momentMs);
+        }
+    });
 }
 
 void Bearings::visit(const PlacedRecord& plotted)
 {
-    Finder& finder = m_finders[plotted.type.track];
-    if (plotted.type.code == finder.heading) {
-        takeNumber(plotted, finder.headingDeg);
-        m_headingIsRecorded = m_headingIsRecorded || !std::isnan(finder.headingDeg);
-    } else if (plotted.type.code == finder.frequency) {
-        double frequencyHz = std::nan("");
-        takeNumber(plotted, frequencyHz);
-        finder.measured->tune(frequencyHz);
-    } else if (plotted.type.code == finder.bearings) {
-        finder.momentMs = plotted.momentMs;
-        finder.measured->apply(plotted.record);
-    }
+    m_all->apply(plotted);
+    m_headingIsRecorded = m_headingIsRecorded || (!m_relative && m_all->of(plotted.type.track).headingDeg());
 }
 
-void Bearings::take(const Finder& finder, const BearingChange& change)
+void Bearings::take(const TakenBearing& bearing, double momentMs)
 {
-    if (m_source.isBefore(finder.momentMs) || !std::isfinite(change.bearing.azimuthDeg)) {
-        return;
-    }
-    if (m_areTrue && std::isnan(finder.headingDeg)) {
+    if (m_areTrue && !bearing.headingDeg) {
         ++m_withoutHeading;
         return;
     }
-    const double hz = finder.measured->range().frequencyHz(change.channel);
+    const double hz = bearing.frequencyHz;
     if (m_groups.empty()) {
         ++m_counts[hz];
         ++m_count;
-        m_firstMs = std::min(m_firstMs, finder.momentMs);
+        m_firstMs = std::min(m_firstMs, momentMs);
         return;
     }
     const auto own = std::find_if(m_groups.begin(), m_groups.end(),
                                   [hz](const PlottedGroup& group) { return group.frequencyHz == hz; });
     PlottedGroup& group = own == m_groups.end() ? m_groups.front() : *own;
-    group.lastAzimuthDeg = wrapped(change.bearing.azimuthDeg + (m_areTrue ? finder.headingDeg : 0));
-    group.points.add(finder.momentMs, group.lastAzimuthDeg);
+    group.lastAzimuthDeg = wrapped(m_areTrue ? bearing.line.azimuthDeg : bearing.bearing.azimuthDeg);
+    group.points.add(momentMs, group.lastAzimuthDeg);
 }
 
 void Bearings::endCounting()
@@ -127,11 +94,7 @@ ExitCode Bearings::tellLeftOut(ExitCode result) const
         complain(m_source.file(), "Bearings left out because no heading was known then: " + grouped(m_withoutHeading) +
                                       "; see --relative.");
     }
-    std::uint64_t passedOver = 0;
-    for (const Finder& finder : m_finders) {
-        passedOver += finder.measured->passedOver();
-    }
-    return withPassedOver(m_source.file(), DirectionFindingKeyword, "bearings", passedOver, result);
+    return withPassedOver(m_source.file(), DirectionFindingKeyword, "bearings", m_all->passedOver(), result);
 }
 
 }  // namespace RecTool

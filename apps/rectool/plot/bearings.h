@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <limits>
-#include <memory>
 #include <optional>
 #include <vector>
 
@@ -11,8 +10,7 @@
 #include <QString>
 
 #include "bearingpoints.h"
-#include "replay/measuredbearings.h"
-#include "replay/recordings.h"
+#include "replay/linesofbearing.h"
 
 namespace RecTool {
 
@@ -32,7 +30,6 @@ public:
     /// @param relative to the antenna, also where the heading was recorded
     Bearings(Recordings& source, bool relative);
 
-    [[nodiscard]] bool areRecorded() const;
     /// Takes every record of a pass.
     void visit(const PlacedRecord& plotted);
     /// Makes the picture begin with the first bearing. From now on azimuths are true where a heading was met.
@@ -50,21 +47,12 @@ public:
     [[nodiscard]] ExitCode tellLeftOut(ExitCode result) const;
 
 private:
-    /// What a device has in force.
-    struct Finder {
-        std::optional<std::int32_t> bearings;
-        std::optional<std::int32_t> heading;
-        std::optional<std::int32_t> frequency;
-        double headingDeg = std::numeric_limits<double>::quiet_NaN();
-        double momentMs = 0;  // of the record being applied
-        std::unique_ptr<MeasuredBearings> measured;
-    };
     void beginPass();
-    void take(const Finder& finder, const BearingChange& change);
+    void take(const TakenBearing& bearing, double momentMs);
 
     Recordings& m_source;
     bool m_relative;
-    std::vector<Finder> m_finders;  // by track
+    std::optional<AllBearings> m_all;  // of this pass
     BearingCounts m_counts;
     std::uint64_t m_count = 0;
     double m_firstMs = std::numeric_limits<double>::infinity();

@@ -278,7 +278,7 @@ ExitCode Picture::draw(const std::function<void(Json&)>& tell)
     if (result == ExitCode::Fine && m_options.json) {
         Json shown = json();
         tell(shown);
-        std::cout << dump(shown, 2) << '\n';
+        printJson(shown);
     }
     for (const auto& panel : m_panels) {
         result = panel->tellPassedOver(result);
@@ -288,11 +288,7 @@ ExitCode Picture::draw(const std::function<void(Json&)>& tell)
 
 Json Picture::panelsJson() const
 {
-    Json panels = Json::array();
-    for (const auto& panel : m_panels) {
-        panels.push_back(panel->json());
-    }
-    return panels;
+    return Json::arrayOf(m_panels, [](const auto& panel) { return panel->json(); });
 }
 
 Json Picture::deviceJson(std::size_t track) const
@@ -303,23 +299,16 @@ Json Picture::deviceJson(std::size_t track) const
 
 Json Picture::json() const
 {
-    Json bookmarks = Json::array();
-    for (const auto& bookmark : m_source.bookmarks()) {
-        bookmarks.push_back(toJson(bookmark));
-    }
     Json json = {{"file", shownName(m_source.file())}};
     if (m_options.files.size() > 1) {
-        json["files"] = Json::array();
-        for (const std::string& file : m_options.files) {
-            json["files"].push_back(shownName(file));
-        }
+        json["files"] = shownNames(m_options.files);
     }
     json.update({{"picture", m_options.output},
                  {"width", width()},
                  {"height", m_height},
                  {"fromMs", msJson(m_source.span().fromMs)},
                  {"toMs", msJson(m_source.span().toMs)},
-                 {"bookmarks", std::move(bookmarks)}});
+                 {"bookmarks", toJson(m_source.bookmarks())}});
     return json;
 }
 

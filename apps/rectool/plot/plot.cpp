@@ -226,10 +226,7 @@ ExitCode plotLevel(const PlotLevelOptions& options)
         picture.addPanel<LevelPanel>(series);
     }
     return source.end(picture.draw([&](Json& json) {
-        json["series"] = Json::array();
-        for (const Series& series : all) {
-            json["series"].push_back(seriesJson(picture, series));
-        }
+        json["series"] = Json::arrayOf(all, [&](const Series& series) { return seriesJson(picture, series); });
     }));
 }
 
@@ -241,7 +238,7 @@ ExitCode plotBearings(const PlotBearingsOptions& options)
     }
     Contents contents;
     Bearings& bearings = contents.bearings.emplace(source, options.relative);
-    if (!bearings.areRecorded()) {
+    if (!hasBearings(source)) {
         return source.refuse("There is no type DFSPECTRUM in the recording.");
     }
     survey(contents, source);

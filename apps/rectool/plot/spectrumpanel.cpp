@@ -301,16 +301,12 @@ Json Waterfall::json() const
                           {"left", piece.rect->left()},
                           {"top", piece.rect->top()}});
     }
-    Json rangeTimes = Json::array();
-    for (const double time : m_spectrum.rangeTimes) {
-        rangeTimes.push_back(msJson(time));
-    }
     Json json = m_picture.deviceJson(m_spectrum.type.track);
     json.update({{"keyword", m_spectrum.keyword}, {"code", m_spectrum.type.code}, {"records", m_spectrum.records}});
     addLevels(json);
     json.update({{"colourFrom", hundredths(m_colours.lower)},
                  {"colourTo", hundredths(m_colours.upper)},
-                 {"channelRangeTimesMs", std::move(rangeTimes)},
+                 {"channelRangeTimesMs", Json::arrayOf(m_spectrum.rangeTimes, msJson)},
                  {"pieces", std::move(pieces)}});
     return json;
 }

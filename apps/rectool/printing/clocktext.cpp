@@ -5,6 +5,8 @@
 #include <QString>
 #include <cmath>
 
+#include "text.h"
+
 namespace RecTool {
 
 namespace {
@@ -31,9 +33,8 @@ TimeForm timeFormOf(const std::string& name)
 
 const std::string& ClockText::of(std::uint64_t timeMs)
 {
-    constexpr std::uint64_t EndOfYear9999 = 253'402'300'799'999;
-    const bool isClock =
-        timeMs != 0 && m_form != TimeForm::Offset && m_startMs <= EndOfYear9999 && timeMs <= EndOfYear9999 - m_startMs;
+    const bool isClock = timeMs != 0 && m_form != TimeForm::Offset && m_startMs <= EndOfYear9999Ms &&
+                         timeMs <= EndOfYear9999Ms - m_startMs;
     if (!isClock) {
         m_second.reset();
         return m_text = timeMs == 0 ? "?" : std::to_string(timeMs);

@@ -3,8 +3,11 @@
 
 #include <array>
 #include <charconv>
+#include <iostream>
 
 #include <QByteArray>
+
+#include <recording2/inspection/rescue/repairedtimes.h>
 
 #include "recordjson.h"
 #include "text.h"
@@ -83,6 +86,12 @@ Json toJson(const Bearing& bearing)
             {"quality", bearing.quality}};
 }
 
+Json toJson(const Recording2::Inspection::RepairedTimes& times)
+{
+    return {{"kept", times.kept},     {"between", times.between}, {"inFront", times.inFront},
+            {"behind", times.behind}, {"stepMs", times.stepMs},   {"moved", times.moved}};
+}
+
 Json toJson(const ValueBase& value)
 {
     std::string text;
@@ -121,9 +130,9 @@ Json dataToJson(const std::string& bytes)
     return {{"base64", QByteArray::fromStdString(bytes).toBase64().toStdString()}};
 }
 
-std::string dump(const Json& json, int indent)
+void printJson(const Json& json)
 {
-    return json.dump(indent);
+    std::cout << json.dump(2) << '\n';
 }
 
 }  // namespace RecTool

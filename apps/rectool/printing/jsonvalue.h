@@ -37,8 +37,23 @@ public:
     Json(const std::vector<Item>& items) : m_value(Array(items.begin(), items.end()))
     {
     }
+    /// Null for nothing.
+    template <typename Item>
+    Json(const std::optional<Item>& item) : Json(item ? Json(*item) : Json())
+    {
+    }
 
     [[nodiscard]] static Json array(std::initializer_list<Json> items = {});
+    /// What is made of each of some items.
+    template <typename Items, typename Make>
+    [[nodiscard]] static Json arrayOf(const Items& items, const Make& make)
+    {
+        Json json = array();
+        for (const auto& item : items) {
+            json.push_back(make(item));
+        }
+        return json;
+    }
     [[nodiscard]] static Json object();
     /// @throws std::invalid_argument for a text that is no JSON
     [[nodiscard]] static Json parse(const std::string& text);

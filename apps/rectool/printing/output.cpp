@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <iostream>
+#include <iterator>
 #include <map>
 #include <mutex>
 #include <system_error>
@@ -39,6 +40,13 @@ const std::string& shownName(const std::string& path)
     const std::lock_guard lock(shownNamesMutex());
     const auto found = shownNames().find(path);
     return found == shownNames().end() ? path : found->second;
+}
+
+std::vector<std::string> shownNames(const std::vector<std::string>& paths)
+{
+    std::vector<std::string> names;
+    std::transform(paths.begin(), paths.end(), std::back_inserter(names), shownName);
+    return names;
 }
 
 std::string printedName(const std::string& path)

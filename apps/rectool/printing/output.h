@@ -16,6 +16,7 @@ namespace RecTool {
 
 /// What to call a file to the user: the name that was given for it, where it was another (an archive address).
 [[nodiscard]] const std::string& shownName(const std::string& path);
+[[nodiscard]] std::vector<std::string> shownNames(const std::vector<std::string>& paths);
 /// The same as it is printed.
 [[nodiscard]] std::string printedName(const std::string& path);
 void setShownName(const std::string& path, const std::string& name);

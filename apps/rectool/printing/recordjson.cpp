@@ -57,7 +57,7 @@ void appendReal(std::string& out, double value)
 
 void appendText(std::string& out, const std::string& utf8)
 {
-    out += dump(Json(utf8), -1);
+    out += Json(utf8).dump();
 }
 
 bool standsForItself(char character)
@@ -293,8 +293,8 @@ const std::string& RecordJson::type(std::int32_t code)
     if (text.empty()) {
         const TypeEntry* entry = m_names.find(code);
         text = ",\"code\":" + std::to_string(code);
-        text += ",\"keyword\":" + (entry != nullptr ? dump(Json(fromLatin1(entry->keyword)), -1) : "null");
-        text += ",\"path\":" + (entry != nullptr ? dump(Json(fromLatin1(entry->valuePath)), -1) : "null");
+        text += ",\"keyword\":" + (entry != nullptr ? Json(fromLatin1(entry->keyword)).dump() : "null");
+        text += ",\"path\":" + (entry != nullptr ? Json(fromLatin1(entry->valuePath)).dump() : "null");
     }
     return text;
 }

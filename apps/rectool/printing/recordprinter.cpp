@@ -22,24 +22,17 @@ using values::ValueType;
 
 namespace {
 
-/// Nothing for a number that was not measured.
-std::string csvNumber(double value)
-{
-    return std::isnan(value) ? std::string() : TerminalText::shortest(value);
-}
-
 /// Nothing for a map.
 std::optional<std::string> csvField(const ValueBase& value)
 {
+    if (const std::optional<double> number = plainNumber(&value)) {
+        return std::isnan(*number) ? std::string() : TerminalText::shortest(*number);  // nothing: not measured
+    }
     switch (value.GetType()) {
         case ValueType::Bool:
             return static_cast<const values::Value<bool>&>(value).GetValue() ? "true" : "false";
         case ValueType::String:
             return csvText(static_cast<const values::Value<QString>&>(value).GetValue().toStdString());
-        case ValueType::Numeric:
-            return csvNumber(static_cast<const values::ValueNumeric<double>&>(value).GetValue());
-        case ValueType::NumericWithOffset:
-            return csvNumber(static_cast<const values::ValueNumericWithOffset<double>&>(value).GetValue());
         case ValueType::Selection: {
             const auto* item = static_cast<const values::ValueSelection&>(value).GetCurrentItem();
             return item == nullptr ? std::string() : csvText(item->GetName().toStdString());

@@ -5,7 +5,8 @@
 
 namespace RecTool {
 
-enum class Style : unsigned char { Heading, Name, Good, Bad };
+/// By the codes of terminals: bold, cyan, green, red.
+enum class Style : unsigned char { Heading = 1, Name = 36, Good = 32, Bad = 31 };
 
 /// Whether styled() does anything from now on; at first it does not.
 void useStyles(bool on);

@@ -2,7 +2,7 @@
 #include "table.h"
 
 #include <algorithm>
-#include <ostream>
+#include <iostream>
 #include <utility>
 
 #include <terminaltext/terminaltext.h>
@@ -38,7 +38,7 @@ void Table::add(std::vector<std::string> cells)
     m_lines.push_back(std::move(cells));
 }
 
-void Table::print(std::ostream& out, const std::string& indent) const
+void Table::print(const std::string& indent) const
 {
     std::vector<std::size_t> widths(m_columns.size());
     for (const auto& line : m_lines) {
@@ -50,10 +50,10 @@ void Table::print(std::ostream& out, const std::string& indent) const
         std::string text = indent;
         for (std::size_t i = 0; i < widths.size(); ++i) {
             text += (i == 0 ? "" : "  ");
-            text += m_columns[i] == Align::Right ? paddedInFront(line[i], widths[i]) : padded(line[i], widths[i]);
+            text += m_columns[i] == 'r' ? paddedInFront(line[i], widths[i]) : padded(line[i], widths[i]);
         }
         text.erase(text.find_last_not_of(' ') + 1);
-        out << (&line == &m_lines.front() ? styled(text, Style::Heading) : text) << '\n';
+        std::cout << (&line == &m_lines.front() ? styled(text, Style::Heading) : text) << '\n';
     }
 }
 

@@ -1,8 +1,8 @@
 // Columns of text on a terminal.
 #pragma once
 
-#include <iosfwd>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace RecTool {
@@ -10,15 +10,18 @@ namespace RecTool {
 /// Lines whose columns stand below each other. The first line is the heading.
 class Table {
 public:
-    enum class Align : unsigned char { Left, Right };
-
-    explicit Table(std::vector<Align> columns) : m_columns(std::move(columns)) {}
+    /// @param columns a letter each, l or r: where its texts stand
+    Table(std::string columns, std::vector<std::string> heading) : m_columns(std::move(columns))
+    {
+        add(std::move(heading));
+    }
     /// One text a column, UTF-8; whatever it holds, it stays in its cell.
     void add(std::vector<std::string> cells);
-    void print(std::ostream& out, const std::string& indent) const;
+    /// On standard output.
+    void print(const std::string& indent = {}) const;
 
 private:
-    std::vector<Align> m_columns;
+    std::string m_columns;
     std::vector<std::vector<std::string>> m_lines;
 };
 

@@ -121,11 +121,10 @@ std::string frequency(double hz, int digits)
 
 std::string utc(std::uint64_t msSince1970)
 {
-    constexpr std::uint64_t EndOfYear9999 = 253'402'300'799'999;
     if (msSince1970 == 0) {
         return "unknown";
     }
-    if (msSince1970 > EndOfYear9999) {
+    if (msSince1970 > EndOfYear9999Ms) {
         return std::to_string(msSince1970) + " ms since 1970";
     }
     const QDateTime time = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(msSince1970), Qt::UTC);

@@ -21,6 +21,7 @@ using TerminalText::oneLine;                                    ///< for all tha
 /// "1 record", "1,136 records": the plural is made with an s.
 [[nodiscard]] std::string counted(std::uint64_t number, const std::string& what);
 [[nodiscard]] std::string frequency(double hz, int digits = 9);  ///< 90.0123 MHz
+constexpr std::uint64_t EndOfYear9999Ms = 253'402'300'799'999;   ///< since 1970; damaged files may tell any time
 [[nodiscard]] std::string utc(std::uint64_t msSince1970);        ///< 2023-11-14 22:13:20.123 UTC; "unknown" for 0
 [[nodiscard]] std::string duration(std::uint64_t ms);            ///< 1:02:03.456
 

@@ -1,10 +1,13 @@
 // Parsing frequencies in Hz and times in ms, s, min, h and d; the units of keywords.
 #include "units.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <map>
+#include <set>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include <terminaltext/quantity.h>
 
@@ -35,43 +38,22 @@ std::optional<std::uint64_t> parseMilliseconds(const std::string& text)
 
 std::string unitOfKeyword(const std::string& keyword)
 {
-    static const std::map<std::string, const char*> units{{"LEVEL", "dB"},
-                                                          {"FIELDSTRENGTH", "dB"},
-                                                          {"ATTENUATION", "dB"},
-                                                          {"SQUELCHVALUE", "dB"},
-                                                          {"RFYLIMIT", "dB"},
-                                                          {"STARTLEVEL", "dB"},
-                                                          {"STOPLEVEL", "dB"},
-                                                          {"IFSTARTLEVEL", "dB"},
-                                                          {"IFSTOPLEVEL", "dB"},
-                                                          {"IFLEVELTHRESHOLD", "dB"},
-                                                          {"FREQUENCY", "Hz"},
-                                                          {"FREQOFFSET", "Hz"},
-                                                          {"STARTFREQ", "Hz"},
-                                                          {"STOPFREQ", "Hz"},
-                                                          {"STEPFREQ", "Hz"},
-                                                          {"BANDWIDTH", "Hz"},
-                                                          {"DFBANDWIDTH", "Hz"},
-                                                          {"AFBANDWIDTH", "Hz"},
-                                                          {"IFSPAN", "Hz"},
-                                                          {"ELEVATION", "\u00b0"},
-                                                          {"ELEVATIONSTART", "\u00b0"},
-                                                          {"ELEVATIONSTOP", "\u00b0"},
-                                                          {"RFELEVATIONRULER", "\u00b0"},
-                                                          {"PITCH", "\u00b0"},
-                                                          {"ROLL", "\u00b0"},
-                                                          {"LOCATIONLATITUDE", "\u00b0"},
-                                                          {"LOCATIONLONGITUDE", "\u00b0"},
-                                                          {"TRUEHEADING", "\u00b0"},
-                                                          {"AZIMUTH", "\u00b0"},
-                                                          {"AZIMUTHSTART", "\u00b0"},
-                                                          {"AZIMUTHSTOP", "\u00b0"},
-                                                          {"RFAZIMUTHRULER", "\u00b0"},
-                                                          {"ALTITUDE", "m"},
-                                                          {"VELOCITY", "m/s"},
-                                                          {"QUALITY", "%"}};
-    const auto found = units.find(keyword);
-    return found == units.end() ? "" : found->second;
+    static const std::vector<std::pair<const char*, std::set<std::string>>> units{
+        {"dB",
+         {"LEVEL", "FIELDSTRENGTH", "ATTENUATION", "SQUELCHVALUE", "RFYLIMIT", "STARTLEVEL", "STOPLEVEL",
+          "IFSTARTLEVEL", "IFSTOPLEVEL", "IFLEVELTHRESHOLD"}},
+        {"Hz",
+         {"FREQUENCY", "FREQOFFSET", "STARTFREQ", "STOPFREQ", "STEPFREQ", "BANDWIDTH", "DFBANDWIDTH", "AFBANDWIDTH",
+          "IFSPAN"}},
+        {"\u00b0",
+         {"ELEVATION", "ELEVATIONSTART", "ELEVATIONSTOP", "RFELEVATIONRULER", "PITCH", "ROLL", "LOCATIONLATITUDE",
+          "LOCATIONLONGITUDE", "TRUEHEADING", "AZIMUTH", "AZIMUTHSTART", "AZIMUTHSTOP", "RFAZIMUTHRULER"}},
+        {"m", {"ALTITUDE"}},
+        {"m/s", {"VELOCITY"}},
+        {"%", {"QUALITY"}}};
+    const auto found =
+        std::find_if(units.begin(), units.end(), [&](const auto& unit) { return unit.second.contains(keyword); });
+    return found == units.end() ? "" : found->first;
 }
 
 }  // namespace RecTool

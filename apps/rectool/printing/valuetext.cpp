@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include <values/value.h>
+
 #include "text.h"
 
 namespace RecTool {
@@ -102,6 +104,13 @@ std::string describe(const Recording2::Inspection::Record& record, const ValueBa
 {
     constexpr std::size_t MostBytes = 64;
     return value != nullptr ? describe(*value) : escaped(record.data, MostBytes);
+}
+
+std::optional<double> plainNumber(const ValueBase* value)
+{
+    const bool isNumber = value != nullptr &&
+                          (value->GetType() == ValueType::Numeric || value->GetType() == ValueType::NumericWithOffset);
+    return isNumber ? std::optional(static_cast<const values::ValueNumeric<double>*>(value)->GetValue()) : std::nullopt;
 }
 
 bool isEmpty(const Bearing& bearing)

@@ -1,6 +1,7 @@
 // Values of recordings in words.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include <recording2/inspection/inspection.h>
@@ -14,6 +15,9 @@ namespace RecTool {
 /// The same for the value that a record led to. @param value null when the record's data is not understood: it is then
 /// shown as it is, cut where it is long
 [[nodiscard]] std::string describe(const Recording2::Inspection::Record& record, const values::ValueBase* value);
+
+/// The number of a value that is one; nothing for others and for null.
+[[nodiscard]] std::optional<double> plainNumber(const values::ValueBase* value);
 
 /// Whether nothing of a bearing was measured.
 [[nodiscard]] bool isEmpty(const values::Bearing& bearing);

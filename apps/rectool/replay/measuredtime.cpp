@@ -27,11 +27,10 @@ std::optional<std::uint64_t> measuredUs(const std::string& text)
 double momentMs(const Recording2::Inspection::Record& record, std::uint64_t startMs)
 {
     constexpr double UsPerMs = 1000;
-    constexpr std::uint64_t LastStartMs = 253'402'300'799'999;  // of the year 9999: damaged files may tell any start
-    constexpr double LongestBeforeMs = 24 * 3600 * 1000.0;      // what is older was stamped by a clock nobody had set
+    constexpr double LongestBeforeMs = 24 * 3600 * 1000.0;  // what is older was stamped by a clock nobody had set
     const std::optional<std::uint64_t> measured = measuredUs(record.data);
     const auto filed = static_cast<double>(record.timeMs);
-    if (!measured || startMs == 0 || startMs > LastStartMs) {
+    if (!measured || startMs == 0 || startMs > EndOfYear9999Ms) {
         return filed;
     }
     const std::uint64_t startUs = startMs * 1000;

@@ -71,11 +71,11 @@ void RecordedRanges::addEven(std::string_view fields)
 
 void RecordedRanges::addList(std::string_view fields)
 {
-    std::optional<Span> span;
+    std::optional<FrequencySpan> span;
     while (!fields.empty()) {
         if (const std::optional<double> channel = takeNumber(fields)) {
-            span = span ? Span{std::min(span->lowHz, *channel), std::max(span->highHz, *channel)}
-                        : Span{*channel, *channel};
+            span = span ? FrequencySpan{std::min(span->lowHz, *channel), std::max(span->highHz, *channel)}
+                        : FrequencySpan{*channel, *channel};
         }
     }
     if (span) {
@@ -90,16 +90,17 @@ void RecordedRanges::addSpan(double lowHz, double highHz, double stepHz)
     if (stepHz > 0 && m_steps.size() < MostSteps) {
         m_steps.insert(stepHz);
     }
-    Span added{lowHz, highHz};
-    std::vector<Span> spans;
-    for (const Span& span : m_spans) {
+    FrequencySpan added{lowHz, highHz};
+    std::vector<FrequencySpan> spans;
+    for (const FrequencySpan& span : m_spans) {
         if (span.highHz + stepHz < added.lowHz || added.highHz + stepHz < span.lowHz) {
             spans.push_back(span);
         } else {
             added = {std::min(added.lowHz, span.lowHz), std::max(added.highHz, span.highHz)};
         }
     }
-    const auto place = std::find_if(spans.begin(), spans.end(), [&](const Span& s) { return s.lowHz > added.lowHz; });
+    const auto place =
+        std::find_if(spans.begin(), spans.end(), [&](const FrequencySpan& s) { return s.lowHz > added.lowHz; });
     spans.insert(place, added);
     m_spans = std::move(spans);
     if (m_spans.size() > MostSpans) {
@@ -116,12 +117,6 @@ void RecordedRanges::joinNearest()
     }
     m_spans[nearest - 1].highHz = m_spans[nearest].highHz;
     m_spans.erase(m_spans.begin() + static_cast<std::ptrdiff_t>(nearest));
-}
-
-bool RecordedRanges::covers(double hz) const
-{
-    return std::any_of(m_spans.begin(), m_spans.end(),
-                       [&](const Span& span) { return span.lowHz <= hz && hz <= span.highHz; });
 }
 
 }  // namespace RecTool

@@ -1,31 +1,25 @@
 // The frequencies that the maps of a recording cover, as their records tell them.
 #pragma once
 
-#include <cstddef>
 #include <set>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "frequencies.h"
 
 namespace RecTool {
 
 /// Takes the channel ranges of records, whose cells it does not look at.
 class RecordedRanges {
 public:
-    /// Frequencies from the lowest to the highest channel, in Hz.
-    struct Span {
-        double lowHz = 0;
-        double highHz = 0;
-    };
-
     /// Takes the range that a record's text carries, if it does.
     void add(std::string_view text);
-    /// What is covered, by frequency: ranges that overlap or follow each other in a step are one. Of very many, those
-    /// next to each other are joined.
-    [[nodiscard]] const std::vector<Span>& spans() const { return m_spans; }
+    /// From the lowest to the highest channels, by frequency: ranges that overlap or follow each other in a step are
+    /// one. Of very many, those next to each other are joined.
+    [[nodiscard]] const std::vector<FrequencySpan>& spans() const { return m_spans; }
     /// Distances of channels in Hz, of the ranges that are evenly spaced; of very many the first ones found.
     [[nodiscard]] const std::set<double>& steps() const { return m_steps; }
-    [[nodiscard]] bool covers(double hz) const;
 
 private:
     void addSpan(double lowHz, double highHz, double stepHz);
@@ -34,7 +28,7 @@ private:
     void joinNearest();
 
     std::string m_last;  // most records carry the range of the one before
-    std::vector<Span> m_spans;
+    std::vector<FrequencySpan> m_spans;
     std::set<double> m_steps;
 };
 

@@ -6,11 +6,11 @@
 #include <iterator>
 #include <limits>
 
-#include <values/value.h>
 #include <QStringList>
 
 #include "measuredtime.h"
 #include "printing/text.h"
+#include "printing/valuetext.h"
 #include "recordingtime.h"
 
 namespace RecTool {
@@ -54,10 +54,7 @@ double PlacedRecord::exactMomentMs(std::uint64_t startMs) const
 
 std::optional<double> PlacedRecord::number() const
 {
-    const values::ValueBase* value = recorded.apply(record);
-    const bool isNumber = value != nullptr && (value->GetType() == values::ValueType::Numeric ||
-                                               value->GetType() == values::ValueType::NumericWithOffset);
-    return isNumber ? std::optional(static_cast<const values::ValueNumeric<double>*>(value)->GetValue()) : std::nullopt;
+    return plainNumber(recorded.apply(record));
 }
 
 const LevelMap* PlacedRecord::levels() const

@@ -212,15 +212,15 @@ bool takeTime(const char* name, const std::string& text, const Summary& summary,
 }
 
 bool takeSpan(const std::string& file, const std::string& fromText, const std::string& toText, const Summary& summary,
-              std::uint64_t& from, std::uint64_t& to)
+              Span& span)
 {
-    if (!takeTime("--from", fromText, summary, from) || !takeTime("--to", toText, summary, to)) {
+    if (!takeTime("--from", fromText, summary, span.from) || !takeTime("--to", toText, summary, span.to)) {
         return false;
     }
-    if (from > to) {
+    if (span.from > span.to) {
         complain(file, "--from lies behind --to.");
     }
-    return from <= to;
+    return span.from <= span.to;
 }
 
 }  // namespace RecTool

@@ -40,6 +40,6 @@ struct Span {
 /// The same for --from and --to, which must stand in this order.
 /// @param file whose times they are, for the message
 [[nodiscard]] bool takeSpan(const std::string& file, const std::string& fromText, const std::string& toText,
-                            const Recording2::Inspection::Summary& summary, std::uint64_t& from, std::uint64_t& to);
+                            const Recording2::Inspection::Summary& summary, Span& span);
 
 }  // namespace RecTool

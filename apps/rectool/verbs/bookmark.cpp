@@ -59,21 +59,16 @@ ExitCode listBookmarks(const ListOptions& options)
         return ExitCode::CannotRead;
     }
     if (options.json) {
-        Json bookmarks = Json::array();
-        for (const Inspection::Bookmark& bookmark : summary.bookmarks) {
-            bookmarks.push_back(toJson(bookmark));
-        }
-        std::cout << dump({{"file", shownName(options.file)}, {"bookmarks", std::move(bookmarks)}}, 2) << '\n';
+        printJson({{"file", shownName(options.file)}, {"bookmarks", toJson(summary.bookmarks)}});
     } else if (summary.bookmarks.empty()) {
         std::cout << "The recording has no bookmark.\n";
     } else {
-        Table table({Table::Align::Right, Table::Align::Left, Table::Align::Left});
-        table.add({"Time", "Clock", "Text"});
+        Table table("rll", {"Time", "Clock", "Text"});
         for (const Inspection::Bookmark& bookmark : summary.bookmarks) {
             table.add({std::to_string(bookmark.timeMs), utc(summary.header.startMs + bookmark.timeMs),
                        oneLine(fromLatin1(bookmark.text))});
         }
-        table.print(std::cout, "");
+        table.print();
     }
     complain(options.file, summary.findings);
     return finish(soundness(summary.findings));

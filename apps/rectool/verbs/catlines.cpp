@@ -42,7 +42,7 @@ std::unique_ptr<CatLines> CatLines::make(const CatOptions& options, const std::s
                                          const Inspection::Summary& summary)
 {
     std::unique_ptr<CatLines> lines(new CatLines(options, file, summary));
-    if (!takeSpan(file, options.from, options.to, summary, lines->m_from, lines->m_to)) {
+    if (!takeSpan(file, options.from, options.to, summary, lines->m_span)) {
         return nullptr;
     }
     lines->m_anyTime = options.from.empty() && options.to.empty();
@@ -70,9 +70,9 @@ void CatLines::takeSpanOf(const CatLines& before, std::uint64_t startMs, std::ui
 {
     const std::uint64_t later = startMs - std::min(startMs, startMsBefore);
     m_anyTime = before.m_anyTime;
-    m_from = before.m_from - std::min(before.m_from, later);
-    m_to = before.m_to == std::numeric_limits<std::uint64_t>::max() ? before.m_to
-                                                                    : before.m_to - std::min(before.m_to, later);
+    m_span.from = before.m_span.from - std::min(before.m_span.from, later);
+    const bool isEndless = before.m_span.to == Span().to;
+    m_span.to = isEndless ? before.m_span.to : before.m_span.to - std::min(before.m_span.to, later);
 }
 
 void CatLines::tellLeftOut() const

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <optional>
 #include <set>
@@ -15,6 +14,7 @@
 #include "printing/recordprinter.h"
 #include "printing/typenames.h"
 #include "replay/recordedvalues.h"
+#include "replay/recordingtime.h"
 
 namespace RecTool {
 
@@ -36,14 +36,14 @@ public:
     bool show(const Recording2::Inspection::Record& record, BeforePrinting beforePrinting)
     {
         if (!wantsType(record.code)) {
-            return record.timeMs <= m_to;
+            return record.timeMs <= m_span.to;
         }
         const values::ValueBase* value = m_recorded.apply(record);  // also before --from, to be complete there
         if (wantsTime(record.timeMs)) {
             beforePrinting();
             m_printer.print(record, value);
         }
-        return record.timeMs <= m_to;
+        return record.timeMs <= m_span.to;
     }
     /// The times count from another moment than was known before.
     void startsAt(std::uint64_t startMs);
@@ -58,15 +58,14 @@ private:
     [[nodiscard]] bool wantsType(std::int32_t code) const { return m_codes.empty() || m_codes.count(code) > 0; }
     [[nodiscard]] bool wantsTime(std::uint64_t time) const
     {
-        return m_anyTime || (time != 0 && time >= m_from && time <= m_to);
+        return m_anyTime || (time != 0 && time >= m_span.from && time <= m_span.to);
     }
 
     std::string m_file;
     std::uint64_t m_startMs;
     std::vector<Recording2::Inspection::TypeEntry> m_types;
     TypeNames m_names;
-    std::uint64_t m_from = 0;
-    std::uint64_t m_to = std::numeric_limits<std::uint64_t>::max();
+    Span m_span;
     bool m_anyTime = true;           // records whose time is lost are shown as well
     std::set<std::int32_t> m_codes;  // empty: all
     RecordPrinter m_printer;

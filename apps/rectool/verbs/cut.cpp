@@ -205,7 +205,7 @@ private:
 /// @return false, told, when the span is none of the recording
 bool takeCutSpan(const CutOptions& options, const Inspection::Summary& summary, Span& span)
 {
-    if (!takeSpan(options.file, options.from, options.to, summary, span.from, span.to)) {
+    if (!takeSpan(options.file, options.from, options.to, summary, span)) {
         return false;
     }
     if (span.from > lastMoment(summary)) {
@@ -225,8 +225,7 @@ void printCutSummary(const CutOptions& options, const Span& span, const Cut& cut
         json.update(toJson(options.output, result));
         json["stateRecords"] = cut.stateRecords();
         json["recordsWithoutTime"] = cut.withoutTime();
-        std::cout << dump(json, 2) << '\n';
-        return;
+        return printJson(json);
     }
     print(options.output, result);
     if (cut.stateRecords() > 0) {

@@ -218,16 +218,6 @@ std::string describeLast(const std::optional<LastRecord>& last)
     return last ? describe(last->record, last->value) : "-";
 }
 
-/// The number of a plain value; nothing for other values.
-std::optional<double> plainNumber(const ValueBase* value)
-{
-    if (const auto* number = dynamic_cast<const values::ValueNumeric<double>*>(value)) {
-        return number->GetValue();
-    }
-    const auto* shifted = dynamic_cast<const values::ValueNumericWithOffset<double>*>(value);
-    return shifted == nullptr ? std::nullopt : std::optional(shifted->GetValue());
-}
-
 /// How much a plain number grew; nothing where it did not change or is none at one of the moments.
 std::optional<double> growth(const Difference& difference)
 {
@@ -271,16 +261,14 @@ std::string describeDetails(const Difference& difference)
 
 void printTable(const std::vector<Difference>& differences, const TypeNames& names)
 {
-    Table table({Table::Align::Right, Table::Align::Left, Table::Align::Right, Table::Align::Right, Table::Align::Left,
-                 Table::Align::Left, Table::Align::Left});
-    table.add({"Type", "Keyword", "Records", "Last", "Before", "After", "Difference"});
+    Table table("rlrrlll", {"Type", "Keyword", "Records", "Last", "Before", "After", "Difference"});
     for (const Difference& difference : differences) {
         table.add({std::to_string(difference.code), names.label(difference.code), grouped(difference.records),
                    difference.records > 0 ? std::to_string(difference.lastChangeMs) : "-",
                    describeLast(difference.before), describeLast(difference.after),
                    difference.differs ? describeDetails(difference) : "none"});
     }
-    table.print(std::cout, "");
+    table.print();
 }
 
 Json lastToJson(const std::optional<LastRecord>& last, const TypeNames& names)
@@ -307,8 +295,8 @@ Json mapToJson(const Difference& difference)
             {"largest", std::move(largest)}};
 }
 
-void printDifferencesAsJson(const DiffOptions& options, std::uint64_t from, std::uint64_t to,
-                            const std::vector<Difference>& differences, const TypeNames& names)
+void printDifferencesAsJson(const DiffOptions& options, const Span& span, const std::vector<Difference>& differences,
+                            const TypeNames& names)
 {
     Json types = Json::array();
     for (const Difference& difference : differences) {
@@ -321,12 +309,11 @@ void printDifferencesAsJson(const DiffOptions& options, std::uint64_t from, std:
                          {"lastMs", difference.records > 0 ? Json(difference.lastChangeMs) : Json()},
                          {"before", lastToJson(difference.before, names)},
                          {"after", lastToJson(difference.after, names)},
-                         {"growth", growth(difference) ? Json(*growth(difference)) : Json()},
+                         {"growth", growth(difference)},
                          {"map", mapToJson(difference)}});
     }
-    std::cout << dump({{"file", shownName(options.file)}, {"fromMs", from}, {"toMs", to}, {"types", std::move(types)}},
-                      2)
-              << '\n';
+    printJson(
+        {{"file", shownName(options.file)}, {"fromMs", span.from}, {"toMs", span.to}, {"types", std::move(types)}});
 }
 
 }  // namespace
@@ -337,31 +324,23 @@ ExitCode diff(const DiffOptions& options)
     if (!readSummary(options.file, summary)) {
         return ExitCode::CannotRead;
     }
-    std::uint64_t from = 0;
-    std::uint64_t to = 0;
-    if (!requireTime("--from", options.from, summary, from) || !requireTime("--to", options.to, summary, to)) {
+    Span span;
+    if (!takeSpan(options.file, options.from, options.to, summary, span)) {
         return ExitCode::Usage;
     }
-    if (from > to) {
-        complain(options.file, "--from lies behind --to.");
-        return ExitCode::Usage;
-    }
-    TwoStates states(from);
+    TwoStates states(span.from);
     const std::vector<Inspection::Finding> findings =
         walk(options.file, summary, [&](const Inspection::Record& record) {
-            if (record.timeMs <= to) {
+            if (record.timeMs <= span.to) {
                 states.apply(record);
             }
-            return record.timeMs <= to;
+            return record.timeMs <= span.to;
         });
     const TypeNames names(summary.types);
     std::vector<Difference> shown = states.compare();
-    if (!options.all) {
-        shown.erase(std::remove_if(shown.begin(), shown.end(), [](const Difference& d) { return !d.differs; }),
-                    shown.end());
-    }
+    std::erase_if(shown, [&](const Difference& difference) { return !options.all && !difference.differs; });
     if (options.json) {
-        printDifferencesAsJson(options, from, to, shown, names);
+        printDifferencesAsJson(options, span, shown, names);
     } else if (shown.empty()) {
         std::cout << "Nothing is different.\n";
     } else {

@@ -28,13 +28,9 @@ std::string withDigits(double value, int digits)
 }
 
 /// Where the station was when the emission was strongest; where that was not recorded, where its bearing was taken.
-std::optional<StationPlace> placeOf(const FoundEmission& emission)
+std::optional<Geo::Position> placeOf(const FoundEmission& emission)
 {
-    if (!std::isnan(emission.place.latitudeDeg)) {
-        return emission.place;
-    }
-    const bool bearingHas = emission.bearing && !std::isnan(emission.bearing->place.latitudeDeg);
-    return bearingHas ? std::optional(emission.bearing->place) : std::nullopt;
+    return emission.place || !emission.bearing ? emission.place : emission.bearing->place;
 }
 
 std::string bearingText(const FoundEmission& emission)
@@ -65,20 +61,18 @@ void printEmissionTable(const EmissionsOptions& options, const Recordings& recor
         std::any_of(found.all.begin(), found.all.end(), [](const auto& emission) { return emission.bearing; });
     const bool hasPlace =
         std::any_of(found.all.begin(), found.all.end(), [](const auto& emission) { return placeOf(emission); });
-    using enum Table::Align;
-    std::vector<Table::Align> columns{Right, Right, Right, Right, Right, Right, Right};
+    std::string columns = "rrrrrrr";
     std::vector<std::string> heading{"Start", "Stop", "Centre", "Bandwidth", "Max", "Mean", "Sweeps"};
-    const auto addColumn = [&](bool isShown, Table::Align align, const char* name) {
+    const auto addColumn = [&](bool isShown, char align, const char* name) {
         if (isShown) {
             columns.push_back(align);
             heading.emplace_back(name);
         }
     };
-    addColumn(hasBearing, Right, "Bearing");
-    addColumn(hasPlace, Right, "Position");
-    addColumn(true, Left, "Spectrum");
-    Table table(columns);
-    table.add(heading);
+    addColumn(hasBearing, 'r', "Bearing");
+    addColumn(hasPlace, 'r', "Position");
+    addColumn(true, 'l', "Spectrum");
+    Table table(columns, heading);
     ClockText clock(timeFormOf(options.time), recordings.startMs());
     for (const FoundEmission& emission : found.all) {
         std::vector<std::string> row{momentText(clock, emission.startMs),
@@ -100,7 +94,7 @@ void printEmissionTable(const EmissionsOptions& options, const Recordings& recor
     std::cout << counted(found.all.size(), "emission") << " in " << counted(found.sweeps, "sweep") << ", levels in "
               << oneLine(options.unit) << '\n';
     if (!found.all.empty()) {
-        table.print(std::cout, "");
+        table.print();
     }
 }
 
@@ -182,11 +176,8 @@ Json emissionJson(const Recordings& recordings, const std::vector<Spectrum>& spe
 /// What the emissions were found in, and how.
 Json aboutEmissions(const EmissionsOptions& options, const Recordings& recordings, const FoundEmissions& found)
 {
-    Json files = Json::array();
-    for (const std::string& file : options.files) {
-        files.push_back(shownName(file));
-    }
-    Json about = {{"files", std::move(files)}, {"startMsSince1970", recordings.startMs()}, {"unit", options.unit}};
+    Json about = {
+        {"files", shownNames(options.files)}, {"startMsSince1970", recordings.startMs()}, {"unit", options.unit}};
     const bool isFixed = !options.threshold.empty();
     about[isFixed ? "threshold" : "aboveNoise"] =
         isFixed ? Json(std::strtod(options.threshold.c_str(), nullptr)) : Json(options.aboveDb);
@@ -211,12 +202,12 @@ void printEmissions(const EmissionsOptions& options, const Recordings& recording
 void writeEmissionsJson(const EmissionsOptions& options, const Recordings& recordings,
                         const std::vector<Spectrum>& spectra, const FoundEmissions& found, std::ostream& out)
 {
-    std::string head = dump(aboutEmissions(options, recordings, found), -1);
+    std::string head = aboutEmissions(options, recordings, found).dump();
     head.pop_back();
     out << head << ",\"emissions\":[";
     const char* comma = "\n";
     for (const FoundEmission& emission : found.all) {
-        out << comma << dump(emissionJson(recordings, spectra, emission), -1);
+        out << comma << emissionJson(recordings, spectra, emission).dump();
         comma = ",\n";
     }
     out << "]}\n";
@@ -226,7 +217,7 @@ std::size_t writeEmissionFeatures(const EmissionsOptions& options, const Recordi
                                   const std::vector<Spectrum>& spectra, const FoundEmissions& found,
                                   const std::function<void(const std::string&)>& write)
 {
-    std::string head = dump(aboutEmissions(options, recordings, found), -1);
+    std::string head = aboutEmissions(options, recordings, found).dump();
     head.front() = ',';
     head.pop_back();
     write("{\"type\":\"FeatureCollection\"" + head + ",\"features\":[");
@@ -241,10 +232,9 @@ std::size_t writeEmissionFeatures(const EmissionsOptions& options, const Recordi
         const Json point = {
             {"type", "Point"},
             {"coordinates", Json::array({placeDegrees(place->longitudeDeg), placeDegrees(place->latitudeDeg)})}};
-        write(comma + dump({{"type", "Feature"},
-                            {"geometry", point},
-                            {"properties", emissionJson(recordings, spectra, emission)}},
-                           -1));
+        const Json feature = {
+            {"type", "Feature"}, {"geometry", point}, {"properties", emissionJson(recordings, spectra, emission)}};
+        write(comma + feature.dump());
         comma = ",\n";
     }
     write("]}\n");

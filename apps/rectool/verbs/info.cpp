@@ -36,7 +36,7 @@ ExitCode overview(const OverviewOptions& options)
         }
     }
     if (options.json) {
-        std::cout << dump({{"files", std::move(files)}}, 2) << '\n';
+        printJson({{"files", std::move(files)}});
     }
     return finish(result);
 }

@@ -36,27 +36,9 @@ Json tablesJson(const InfoReport& report)
     return tables;
 }
 
-Json bookmarksJson(const Inspection::Summary& summary)
-{
-    Json bookmarks = Json::array();
-    for (const Inspection::Bookmark& bookmark : summary.bookmarks) {
-        bookmarks.push_back(toJson(bookmark));
-    }
-    return bookmarks;
-}
-
-Json findingsJson(const std::vector<Inspection::Finding>& findings)
-{
-    Json all = Json::array();
-    for (const Inspection::Finding& finding : findings) {
-        all.push_back(toJson(finding));
-    }
-    return all;
-}
-
 Json frequencyJson(const InfoReport& report)
 {
-    const std::optional<RecordedRanges::Span> span = report.frequencies();
+    const std::optional<FrequencySpan> span = report.frequencies();
     return {{"startHz", span ? Json(span->lowHz) : Json()},
             {"stopHz", span ? Json(span->highHz) : Json()},
             {"stepsHz", report.steps()}};
@@ -98,16 +80,16 @@ Json reportJson(const InfoReport& report, bool levels)
         json["levels"] = levelsJson(report);
     }
     json["durationMs"] = report.lengthMs();
-    json["firstTimeMs"] = report.firstTimeMs ? Json(*report.firstTimeMs) : Json();
-    json["lastTimeMs"] = report.lastTimeMs ? Json(*report.lastTimeMs) : Json();
+    json["firstTimeMs"] = report.firstTimeMs;
+    json["lastTimeMs"] = report.lastTimeMs;
     json["records"] = report.all.records;
     json["bytes"] = report.all.bytes;
     json["types"] = typesJson(report);
     json["tables"] = tablesJson(report);
     json["channelRangeTimesMs"] = summary.channelRangeTimes;
-    json["bookmarks"] = bookmarksJson(summary);
+    json["bookmarks"] = toJson(summary.bookmarks);
     json["sound"] = report.findings.empty();
-    json["findings"] = findingsJson(report.findings);
+    json["findings"] = toJson(report.findings);
     return json;
 }
 

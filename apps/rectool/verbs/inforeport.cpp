@@ -3,10 +3,10 @@
 
 #include <values/maps.h>
 #include <values/recordingtext.h>
-#include <values/value.h>
 
 #include "making/headerfields.h"
 #include "printing/typenames.h"
+#include "printing/valuetext.h"
 #include "replay/presentrecording.h"
 #include "replay/recordedvalues.h"
 
@@ -33,11 +33,11 @@ public:
         const bool isStep = keyword == "STEPFREQ";
         const bool isLevel = m_levels && (keyword == "LEVEL" || values::RecordedKind(record.data) == LevelMap);
         const values::ValueBase* value = isStep || isLevel ? m_recorded.apply(record) : nullptr;
-        const auto* number = dynamic_cast<const values::ValueNumeric<double>*>(value);
-        if (isStep && number != nullptr && number->GetValue() > 0) {
-            m_report.stepHz = number->GetValue();
-        } else if (isLevel && number != nullptr) {
-            m_report.levels[record.code].add(number->GetValue());
+        const std::optional<double> number = plainNumber(value);
+        if (isStep && number && *number > 0) {
+            m_report.stepHz = number;
+        } else if (isLevel && number) {
+            m_report.levels[record.code].add(*number);
         } else if (const auto* map = dynamic_cast<const values::CellMap<float, values::levelHandler>*>(value)) {
             for (const float level : map->GetCells()) {
                 m_report.levels[record.code].add(double{level});
@@ -109,14 +109,14 @@ std::uint64_t InfoReport::lengthMs() const
     return summary.header.stopMs - std::min(summary.header.startMs, summary.header.stopMs);
 }
 
-std::optional<RecordedRanges::Span> InfoReport::frequencies() const
+std::optional<FrequencySpan> InfoReport::frequencies() const
 {
     const Inspection::Header& header = summary.header;
     if (header.startFrequencyHz != 0 || header.stopFrequencyHz != 0) {
-        return RecordedRanges::Span{double{header.startFrequencyHz}, double{header.stopFrequencyHz}};
+        return FrequencySpan{double{header.startFrequencyHz}, double{header.stopFrequencyHz}};
     }
-    const std::vector<RecordedRanges::Span>& spans = ranges.spans();
-    return spans.empty() ? std::nullopt : std::optional(RecordedRanges::Span{spans.front().lowHz, spans.back().highHz});
+    const std::vector<FrequencySpan>& spans = ranges.spans();
+    return spans.empty() ? std::nullopt : std::optional(FrequencySpan{spans.front().lowHz, spans.back().highHz});
 }
 
 std::vector<double> InfoReport::steps() const

@@ -61,7 +61,7 @@ struct InfoReport {
 
     [[nodiscard]] std::uint64_t lengthMs() const;
     /// Of the header where a device told it, else what the spectra cover; nothing where neither is known.
-    [[nodiscard]] std::optional<RecordedRanges::Span> frequencies() const;
+    [[nodiscard]] std::optional<FrequencySpan> frequencies() const;
     /// The step that the device told, or that of the header if a recorder was told it, or those of the maps.
     [[nodiscard]] std::vector<double> steps() const;
     [[nodiscard]] std::vector<InfoBlock> blocks() const;

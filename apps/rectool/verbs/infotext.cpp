@@ -34,7 +34,7 @@ void printField(const char* name, const std::string& text)
 void printFrequencies(const InfoReport& report)
 {
     constexpr int FloatDigits = 6;
-    const std::optional<RecordedRanges::Span> span = report.frequencies();
+    const std::optional<FrequencySpan> span = report.frequencies();
     if (!span) {
         return;
     }
@@ -97,9 +97,7 @@ void printTypes(const InfoReport& report)
         return;
     }
     const TypeNames names(report.summary.types);
-    Table table(
-        {Table::Align::Right, Table::Align::Left, Table::Align::Right, Table::Align::Right, Table::Align::Left});
-    table.add({"Type", "Keyword", "Records", "Bytes", "Path"});
+    Table table("rlrrl", {"Type", "Keyword", "Records", "Bytes", "Path"});
     for (const auto& [code, count] : report.perType) {
         const Inspection::TypeEntry* type = names.find(code);
         table.add({std::to_string(code),
@@ -108,19 +106,18 @@ void printTypes(const InfoReport& report)
                    type == nullptr ? "" : oneLine(fromLatin1(type->valuePath))});
     }
     std::cout << '\n';
-    table.print(std::cout, "  ");
+    table.print("  ");
 }
 
 void printBlocks(const InfoReport& report)
 {
-    Table table({Table::Align::Left, Table::Align::Right, Table::Align::Right});
-    table.add({"Table", "Position", "Entries"});
+    Table table("lrr", {"Table", "Position", "Entries"});
     for (const InfoBlock& block : report.blocks()) {
         const bool absent = block.position == 0;
         table.add({block.name, absent ? "-" : std::to_string(block.position), absent ? "-" : grouped(block.entries)});
     }
     std::cout << '\n';
-    table.print(std::cout, "  ");
+    table.print("  ");
 }
 
 void printFindings(const std::vector<Inspection::Finding>& findings, bool isBeingWritten)

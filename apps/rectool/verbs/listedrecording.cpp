@@ -28,10 +28,9 @@ bool takesHeader(const ListChoice& choice, const ListedRecording& listed)
 
 bool takesRanges(const ListChoice& choice, const ListedRecording& listed)
 {
-    return !choice.coversHz ||
-           std::any_of(listed.ranges.begin(), listed.ranges.end(), [&](const RecordedRanges::Span& span) {
-               return span.lowHz <= *choice.coversHz && *choice.coversHz <= span.highHz;
-           });
+    return !choice.coversHz || std::any_of(listed.ranges.begin(), listed.ranges.end(), [&](const FrequencySpan& span) {
+        return span.lowHz <= *choice.coversHz && *choice.coversHz <= span.highHz;
+    });
 }
 
 /// Which types are spectra, and which tell frequencies.

@@ -21,7 +21,7 @@ struct ListedRecording {
     std::uint64_t records = 0;
     std::uint64_t spectra = 0;
     std::int64_t bytes = 0;
-    std::vector<RecordedRanges::Span> ranges;
+    std::vector<FrequencySpan> ranges;
     Recording2::Inspection::Readability readability = Recording2::Inspection::Readability::Ok;
     const char* state = "";             // the word of that
     bool whole = true;                  // all of its records can be read

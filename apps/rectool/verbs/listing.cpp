@@ -142,7 +142,7 @@ Before orderBy(const std::string& column)
     return [](const ListedRecording& a, const ListedRecording& b) { return a.startMs < b.startMs; };
 }
 
-std::string rangesText(const std::vector<RecordedRanges::Span>& ranges)
+std::string rangesText(const std::vector<FrequencySpan>& ranges)
 {
     constexpr std::size_t Most = 2;
     constexpr int Digits = 6;
@@ -167,10 +167,7 @@ std::string stateText(const ListedRecording& listed)
 void print(const std::vector<ListedRecording>& all)
 {
     constexpr std::size_t ToSeconds = 19;
-    using Align = Table::Align;
-    Table table(
-        {Align::Left, Align::Right, Align::Left, Align::Right, Align::Right, Align::Left, Align::Left, Align::Left});
-    table.add({"Start (UTC)", "Length", "Device", "Records", "Spectra", "Frequencies", "State", "File"});
+    Table table("lrlrrlll", {"Start (UTC)", "Length", "Device", "Records", "Spectra", "Frequencies", "State", "File"});
     for (const ListedRecording& listed : all) {
         const bool closed = listed.closed();
         table.add({listed.startMs == 0 ? "unknown" : utc(listed.startMs).substr(0, ToSeconds),
@@ -178,15 +175,14 @@ void print(const std::vector<ListedRecording>& all)
                    closed ? grouped(listed.spectra) : "-", rangesText(listed.ranges), stateText(listed),
                    oneLine(shownName(listed.file))});
     }
-    table.print(std::cout, "");
+    table.print();
 }
 
 Json listedAsJson(const ListedRecording& listed)
 {
-    Json ranges = Json::array();
-    for (const RecordedRanges::Span& span : listed.ranges) {
-        ranges.push_back({{"lowHz", span.lowHz}, {"highHz", span.highHz}});
-    }
+    const auto spanJson = [](const FrequencySpan& span) -> Json {
+        return {{"lowHz", span.lowHz}, {"highHz", span.highHz}};
+    };
     const bool closed = listed.closed();
     const auto known = [&](std::uint64_t number) { return closed ? Json(number) : Json(); };
     return {{"file", shownName(listed.file)},
@@ -197,7 +193,7 @@ Json listedAsJson(const ListedRecording& listed)
             {"size", listed.bytes},
             {"records", known(listed.records)},
             {"spectra", known(listed.spectra)},
-            {"ranges", std::move(ranges)},
+            {"ranges", Json::arrayOf(listed.ranges, spanJson)},
             {"closed", closed},
             {"sound", closed && (listed.damage || !listed.sound()) ? Json(listed.sound()) : Json()}};
 }
@@ -248,11 +244,7 @@ ExitCode listRecordings(const OverviewOptions& options)
         std::reverse(all.begin(), all.end());
     }
     if (options.json) {
-        Json recordings = Json::array();
-        for (const ListedRecording& listed : all) {
-            recordings.push_back(listedAsJson(listed));
-        }
-        std::cout << dump({{"recordings", std::move(recordings)}}, 2) << '\n';
+        printJson({{"recordings", Json::arrayOf(all, listedAsJson)}});
     } else if (all.empty()) {
         std::cout << (files.empty() ? "There is no recording.\n" : "No recording is like that.\n");
     } else {

@@ -87,9 +87,7 @@ void printTable(const BearingReplay& replay, const std::vector<std::size_t>& sho
         std::cout << "There is no bearing.\n";
         return;
     }
-    Table table({Table::Align::Right, Table::Align::Right, Table::Align::Right, Table::Align::Right,
-                 Table::Align::Right, Table::Align::Right, Table::Align::Right, Table::Align::Left});
-    table.add({"Channel", "Frequency", "Azimuth", "Elevation", "Level", "Quality", "Time", "Measured"});
+    Table table("rrrrrrrl", {"Channel", "Frequency", "Azimuth", "Elevation", "Level", "Quality", "Time", "Measured"});
     for (const std::size_t i : shown) {
         const BearingChange& channel = replay.channels()[i];
         const Bearing& bearing = channel.bearing;
@@ -97,7 +95,7 @@ void printTable(const BearingReplay& replay, const std::vector<std::size_t>& sho
                    cell(bearing.elevationDeg), cell(bearing.levelDb), cell(bearing.quality),
                    std::to_string(channel.timeMs), utcExactly(channel.measuredUs)});
     }
-    table.print(std::cout, "");
+    table.print();
 }
 
 void printMapAsJson(const MapOptions& options, const Span& span, const BearingReplay& replay,
@@ -112,13 +110,11 @@ void printMapAsJson(const MapOptions& options, const Span& span, const BearingRe
         bearing["timeStampUs"] = channel.measuredUs;
         bearings.push_back(std::move(bearing));
     }
-    std::cout << dump({{"file", shownName(options.files.front())},
-                       {"fromMs", options.from.empty() ? Json() : Json(span.from)},
-                       {"toMs", options.to.empty() ? Json() : Json(span.to)},
-                       {"range", toJson(replay.range())},
-                       {"bearings", std::move(bearings)}},
-                      2)
-              << '\n';
+    printJson({{"file", shownName(options.files.front())},
+               {"fromMs", options.from.empty() ? Json() : Json(span.from)},
+               {"toMs", options.to.empty() ? Json() : Json(span.to)},
+               {"range", toJson(replay.range())},
+               {"bearings", std::move(bearings)}});
 }
 
 /// Why there is no answer to what is asked; nothing where there may be one.
@@ -167,12 +163,12 @@ ExitCode map(const MapOptions& options)
         return ExitCode::CannotRead;
     }
     Span span;
-    if (!takeSpan(options.files.front(), options.from, options.to, summary, span.from, span.to)) {
+    if (!takeSpan(options.files.front(), options.from, options.to, summary, span)) {
         return ExitCode::Usage;
     }
     if (options.geoJson) {
 #if defined(RECTOOL_HAS_GEO)
-        return mapGeoJson(options, summary, span.from, span.to);
+        return mapGeoJson(options, summary, span);
 #else
         return ExitCode::Usage;
 #endif

@@ -231,7 +231,7 @@ void printMergeAsJson(const MergeOptions& options, const std::vector<MergeInput>
     json["movedBookmarks"] = adjustments.movedBookmarks;
     json["repeatedStates"] = adjustments.repeatedStates;
     json["renumbered"] = std::move(renumbered);
-    std::cout << dump(json, 2) << '\n';
+    printJson(json);
 }
 
 void printRenumbered(const std::string& file, std::size_t input, const MergePlan& plan)

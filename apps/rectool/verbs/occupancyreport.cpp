@@ -71,11 +71,8 @@ std::string channelName(const std::vector<NamedChannel>& names, double hz)
 void printChannelTable(const OccupancyOptions& options, const TypeOccupancy& type,
                        const std::vector<NamedChannel>& names)
 {
-    using Align = Table::Align;
-    Table table({Align::Right, Align::Right, Align::Right, Align::Right, Align::Right, Align::Right, Align::Right,
-                 Align::Left});
-    table.add(
-        {"Channel", "Occupied", shortest(options.confidence) + " % from", "to", "Emissions", "Samples", "Revisit", ""});
+    Table table("rrrrrrrl", {"Channel", "Occupied", shortest(options.confidence) + " % from", "to", "Emissions",
+                             "Samples", "Revisit", ""});
     for (const ChannelOccupancy& channel : type.channels) {
         const Figures figures = figuresOf(channel.cycles, options.confidence);
         std::string remark = channelName(names, channel.hz);
@@ -85,14 +82,12 @@ void printChannelTable(const OccupancyOptions& options, const TypeOccupancy& typ
                    twoDigits(figures.high), grouped(channel.cycles.emissions()), grouped(channel.cycles.samples()),
                    shortest(std::round(channel.revisitMs()) / 1000) + " s", remark});
     }
-    table.print(std::cout, "");
+    table.print();
 }
 
 void printHourTable(const OccupancyOptions& options, const TypeOccupancy& type)
 {
-    using Align = Table::Align;
-    Table table({Align::Right, Align::Right, Align::Right, Align::Right, Align::Right, Align::Right});
-    table.add({"Channel", "Hour", "Occupied", shortest(options.confidence) + " % from", "to", "Samples"});
+    Table table("rrrrrr", {"Channel", "Hour", "Occupied", shortest(options.confidence) + " % from", "to", "Samples"});
     for (const ChannelOccupancy& channel : type.channels) {
         for (const auto& [hour, cycles] : channel.byHour) {
             const Figures figures = figuresOf(cycles, options.confidence);
@@ -101,14 +96,12 @@ void printHourTable(const OccupancyOptions& options, const TypeOccupancy& type)
         }
     }
     std::cout << "\nBy hour of the day (" << (options.time == "local" ? "local" : "UTC") << ")\n";
-    table.print(std::cout, "");
+    table.print();
 }
 
 void printBandTable(const OccupancyOptions& options, const TypeOccupancy& type)
 {
-    using Align = Table::Align;
-    Table table({Align::Left, Align::Right, Align::Right, Align::Right, Align::Right});
-    table.add({"Band", "Occupied", shortest(options.confidence) + " % from", "to", "Sweeps"});
+    Table table("lrrrr", {"Band", "Occupied", shortest(options.confidence) + " % from", "to", "Sweeps"});
     for (const BandOccupancy& band : type.bands) {
         if (band.sweeps() > 0) {
             const Figures figures = figuresOf(band, options.confidence);
@@ -117,7 +110,7 @@ void printBandTable(const OccupancyOptions& options, const TypeOccupancy& type)
         }
     }
     std::cout << '\n';
-    table.print(std::cout, "");
+    table.print();
 }
 
 void printTables(const OccupancyOptions& options, const TypeOccupancy& type, const std::vector<NamedChannel>& names)
@@ -213,10 +206,7 @@ Json occupiedJson(const OccupancyOptions& options, const ChannelOccupancy& chann
 Json occupancyJson(const OccupancyOptions& options, const Recordings& recordings,
                    const std::vector<TypeOccupancy>& types, const std::vector<NamedChannel>& names)
 {
-    Json document = {{"files", Json::array()}, {"startMsSince1970", recordings.startMs()}};
-    for (const std::string& file : options.files) {
-        document["files"].push_back(shownName(file));
-    }
+    Json document = {{"files", shownNames(options.files)}, {"startMsSince1970", recordings.startMs()}};
     options.hasThreshold ? document["thresholdDb"] = options.thresholdDb : document["aboveDb"] = options.aboveDb;
     document.update({{"confidence", options.confidence}, {"types", Json::array()}});
     for (const TypeOccupancy& type : types) {
@@ -244,8 +234,7 @@ void printOccupancy(const OccupancyOptions& options, const Recordings& recording
                     const std::vector<TypeOccupancy>& types, const std::vector<NamedChannel>& names)
 {
     if (options.json) {
-        std::cout << dump(occupancyJson(options, recordings, types, names), 2) << '\n';
-        return;
+        return printJson(occupancyJson(options, recordings, types, names));
     }
     if (options.csv) {
         return printCsv(options, types, names);

@@ -63,7 +63,7 @@ void printRangesAsJson(const std::string& file, const Definitions& definitions)
     for (const auto& [time, definition] : definitions.all()) {
         ranges.push_back({{"timeMs", time}, {"record", definition.json}});
     }
-    std::cout << dump({{"file", shownName(file)}, {"channelRanges", std::move(ranges)}}, 2) << '\n';
+    printJson({{"file", shownName(file)}, {"channelRanges", std::move(ranges)}});
 }
 
 void printTable(const Definitions& definitions)
@@ -72,12 +72,11 @@ void printTable(const Definitions& definitions)
         std::cout << "The recording has no channel range.\n";
         return;
     }
-    Table table({Table::Align::Right, Table::Align::Left, Table::Align::Left});
-    table.add({"Time", "Keyword", "Value"});
+    Table table("rll", {"Time", "Keyword", "Value"});
     for (const auto& [time, definition] : definitions.all()) {
         table.add({std::to_string(time), definition.keyword, definition.text});
     }
-    table.print(std::cout, "");
+    table.print();
 }
 
 /// Whether so many channel ranges stand before the bookmarks, so that readers find all of them and nothing else:

@@ -49,28 +49,19 @@ void printRecoverySummary(const RecoverOptions& options, const std::string& outp
 
 void printRecoveryAsJson(const RecoverOptions& options, const std::string& output, const Recovery& recovery)
 {
-    const Inspection::RepairedTimes& times = recovery.times;
-    const bool hasJournal = !recovery.journal.empty();
-    const Json json = {{"file", shownName(options.file)},
-                       {"output", output},
-                       {"whole", recovery.outcome == RecoveryOutcome::Whole},
-                       {"journal", hasJournal ? Json(recovery.journal) : Json()},
-                       {"journalComplete", recovery.journalComplete},
-                       {"records", recovery.records},
-                       {"bytes", recovery.bytes},
-                       {"startMs", recovery.header.startMs},
-                       {"stopMs", recovery.header.stopMs},
-                       {"times",
-                        {{"kept", times.kept},
-                         {"between", times.between},
-                         {"inFront", times.inFront},
-                         {"behind", times.behind},
-                         {"stepMs", times.stepMs ? Json(*times.stepMs) : Json()},
-                         {"moved", times.moved}}},
-                       {"lostRecords", recovery.lostRecords},
-                       {"lost", recovery.lost},
-                       {"notes", recovery.notes}};
-    std::cout << dump(json, 2) << '\n';
+    printJson({{"file", shownName(options.file)},
+               {"output", output},
+               {"whole", recovery.outcome == RecoveryOutcome::Whole},
+               {"journal", recovery.journal.empty() ? Json() : Json(recovery.journal)},
+               {"journalComplete", recovery.journalComplete},
+               {"records", recovery.records},
+               {"bytes", recovery.bytes},
+               {"startMs", recovery.header.startMs},
+               {"stopMs", recovery.header.stopMs},
+               {"times", toJson(recovery.times)},
+               {"lostRecords", recovery.lostRecords},
+               {"lost", recovery.lost},
+               {"notes", recovery.notes}});
 }
 
 }  // namespace

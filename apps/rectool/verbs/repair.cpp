@@ -227,7 +227,6 @@ void printRepairSummary(const RepairOptions& options, const Repair& repair, bool
 void printRepairAsJson(const RepairOptions& options, const Repair& repair, bool sound, const NewRecordingResult& result)
 {
     const Salvage& found = repair.found();
-    const RepairedTimes& times = repair.times();
     Json lostBytes = Json::array();
     for (const Inspection::LostBytes& lost : found.lostBytes) {
         lostBytes.push_back({{"offset", lost.offset}, {"bytes", lost.bytes}});
@@ -235,12 +234,7 @@ void printRepairAsJson(const RepairOptions& options, const Repair& repair, bool 
     Json json = {{"file", shownName(options.file)}, {"sound", sound}, {"whole", repair.isWhole()}};
     json.update(toJson(options.output, result));
     json["types"] = found.types.size();
-    json["times"] = {{"kept", times.kept},
-                     {"between", times.between},
-                     {"inFront", times.inFront},
-                     {"behind", times.behind},
-                     {"stepMs", times.stepMs ? Json(*times.stepMs) : Json()},
-                     {"moved", times.moved}};
+    json["times"] = toJson(repair.times());
     json["channelRangesFromRecords"] = repair.rangesFromRecords();
     json["lost"] = {{"bytes", std::move(lostBytes)},
                     {"cutOff", found.cutOff},
@@ -248,7 +242,7 @@ void printRepairAsJson(const RepairOptions& options, const Repair& repair, bool 
                     {"types", found.typesLost},
                     {"channelRanges", found.channelRangesLost},
                     {"bookmarks", found.bookmarksLost}};
-    std::cout << dump(json, 2) << '\n';
+    printJson(json);
 }
 
 /// Whether there is nothing of a recording in a file that once held one.

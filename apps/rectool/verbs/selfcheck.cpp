@@ -104,8 +104,7 @@ void printRunsAsJson(const SelfCheckOptions& options, const Result& result)
                           {"worstLostMs", report->worstLostMs},
                           {"broken", report->broken}});
     }
-    const Json json = {{"directory", options.directory}, {"held", result.held()}, {"faults", faults}};
-    std::cout << dump(json, 2) << '\n';
+    printJson({{"directory", options.directory}, {"held", result.held()}, {"faults", faults}});
 }
 
 }  // namespace

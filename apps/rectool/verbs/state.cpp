@@ -26,22 +26,18 @@ void printTable(const InForce& state, const TypeNames& names)
         std::cout << "Nothing is recorded up to that time.\n";
         return;
     }
-    Table table({Table::Align::Right, Table::Align::Left, Table::Align::Right, Table::Align::Left});
-    table.add({"Type", "Keyword", "Since", "Value"});
+    Table table("rlrl", {"Type", "Keyword", "Since", "Value"});
     for (const auto& [code, entry] : state.entries()) {
         table.add({std::to_string(code), names.label(code), std::to_string(entry.record.timeMs),
                    describe(entry.record, entry.value)});
     }
-    table.print(std::cout, "");
+    table.print();
 }
 
 void printStateAsJson(const std::string& file, std::uint64_t at, const InForce& state, const TypeNames& names)
 {
-    Json entries = Json::array();
-    for (const auto& [code, entry] : state.entries()) {
-        entries.push_back(toJson(entry.record, entry.value, names));
-    }
-    std::cout << dump({{"file", shownName(file)}, {"atMs", at}, {"state", std::move(entries)}}, 2) << '\n';
+    const auto entryJson = [&](const auto& entry) { return toJson(entry.second.record, entry.second.value, names); };
+    printJson({{"file", shownName(file)}, {"atMs", at}, {"state", Json::arrayOf(state.entries(), entryJson)}});
 }
 
 }  // namespace

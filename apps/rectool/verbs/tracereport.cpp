@@ -54,7 +54,7 @@ bool isOfSpan(const TraceOptions& options)
 
 std::string quoted(const std::string& text)
 {
-    return dump(Json(text), -1);
+    return Json(text).dump();
 }
 
 void printTraceTable(const TraceOptions& options, const Recordings& recordings, const Trace& trace)
@@ -75,8 +75,7 @@ void printTraceTable(const TraceOptions& options, const Recordings& recordings, 
         }
         heading.insert(heading.end(), {"Sweeps", "Max at"});
     }
-    Table table(std::vector<Table::Align>(heading.size(), Table::Align::Right));
-    table.add(heading);
+    Table table(std::string(heading.size(), 'r'), heading);
     for (const ChannelLevels& channel : trace.channels) {
         std::vector<std::string> row{frequency(channel.hz), inTable(channel.highest)};
         if (isSpan) {
@@ -86,7 +85,7 @@ void printTraceTable(const TraceOptions& options, const Recordings& recordings, 
         }
         table.add(std::move(row));
     }
-    table.print(std::cout, "");
+    table.print();
 }
 
 void printTraceCsv(const TraceOptions& options, const std::vector<Trace>& traces)
@@ -142,12 +141,9 @@ std::string channelJson(const TraceOptions& options, const ChannelLevels& channe
 /// What both kinds of traces begin with.
 std::string jsonHead(const TraceOptions& options, const Recordings& recordings)
 {
-    Json files = Json::array();
-    for (const std::string& file : options.files) {
-        files.push_back(shownName(file));
-    }
-    return "{\"files\":" + dump(files, -1) + ",\"startMsSince1970\":" + std::to_string(recordings.startMs()) +
-           ",\"unit\":" + quoted(options.unit) + ",\"traces\":[";
+    return "{\"files\":" + Json(shownNames(options.files)).dump() +
+           ",\"startMsSince1970\":" + std::to_string(recordings.startMs()) + ",\"unit\":" + quoted(options.unit) +
+           ",\"traces\":[";
 }
 
 std::string traceHead(const std::string& device, const std::string& keyword, std::int32_t code)

@@ -31,15 +31,14 @@ std::string valueTypeText(std::int32_t code)
 
 Json typesDocument(const std::string& file, const Inspection::Summary& summary)
 {
-    Json types = Json::array();
-    for (const Inspection::TypeEntry& type : summary.types) {
-        types.push_back({{"number", type.typeNumber},
-                         {"keyword", fromLatin1(type.keyword)},
-                         {"path", fromLatin1(type.valuePath)},
-                         {"valueType", type.valueType},
-                         {"valueTypeName", valueTypeName(type.valueType)}});
-    }
-    return {{"file", shownName(file)}, {"types", std::move(types)}};
+    const auto typeJson = [](const Inspection::TypeEntry& type) -> Json {
+        return {{"number", type.typeNumber},
+                {"keyword", fromLatin1(type.keyword)},
+                {"path", fromLatin1(type.valuePath)},
+                {"valueType", type.valueType},
+                {"valueTypeName", valueTypeName(type.valueType)}};
+    };
+    return {{"file", shownName(file)}, {"types", Json::arrayOf(summary.types, typeJson)}};
 }
 
 void printTypes(const Inspection::Summary& summary)
@@ -48,13 +47,12 @@ void printTypes(const Inspection::Summary& summary)
         std::cout << "The recording has no type table.\n";
         return;
     }
-    Table table({Table::Align::Right, Table::Align::Left, Table::Align::Left, Table::Align::Left});
-    table.add({"Number", "Keyword", "Value", "Path"});
+    Table table("rlll", {"Number", "Keyword", "Value", "Path"});
     for (const Inspection::TypeEntry& type : summary.types) {
         table.add({std::to_string(type.typeNumber), oneLine(fromLatin1(type.keyword)), valueTypeText(type.valueType),
                    oneLine(fromLatin1(type.valuePath))});
     }
-    table.print(std::cout, "");
+    table.print();
 }
 
 }  // namespace
@@ -66,7 +64,7 @@ ExitCode types(const TypesOptions& options)
         return ExitCode::CannotRead;
     }
     if (options.json) {
-        std::cout << dump(typesDocument(options.file, summary), 2) << '\n';
+        printJson(typesDocument(options.file, summary));
     } else {
         printTypes(summary);
     }

@@ -90,7 +90,7 @@ ExitCode verify(const VerifyOptions& options)
         }
     }
     if (options.json) {
-        std::cout << dump({{"files", std::move(files)}}, 2) << '\n';
+        printJson({{"files", std::move(files)}});
     }
     return finish(result);
 }

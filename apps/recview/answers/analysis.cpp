@@ -193,7 +193,7 @@ Response answerOccupancy(const Context& context, const Request& request)
             channels += type.channels.size();
         }
         checkedChannels(channels);
-        return Worked{RecTool::dump(RecTool::occupancyJson(options, recordings, *types, {}), -1)};
+        return Worked{RecTool::occupancyJson(options, recordings, *types, {}).dump()};
     });
 }
 

@@ -10,7 +10,7 @@
 
 #include "keptcolumns.h"
 #include "pyramid/overview.h"
-#include "rectool/map/linesofbearing.h"
+#include "rectool/replay/linesofbearing.h"
 
 namespace RecView {
 

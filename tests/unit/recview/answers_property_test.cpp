@@ -9,7 +9,7 @@
 
 #include "answerstest.h"
 #include "randomrecording.h"
-#include "rectool/map/linesofbearing.h"
+#include "rectool/replay/linesofbearing.h"
 
 namespace AnswersTests {
 namespace {
@@ -199,7 +199,7 @@ TEST_P(RecViewProperty, BearingsAreThoseOfTheMap)
     std::size_t count = 0;
     for (std::size_t file = 0; file < 3; ++file) {
         const Recording2::Inspection::Summary summary = Recording2::Inspection::inspect(files[file]);
-        const RecTool::TakenBearings taken = RecTool::takeBearings(files[file], summary, 0, UINT64_MAX);
+        const RecTool::TakenBearings taken = RecTool::takeBearings(files[file], summary, {});
         for (const RecTool::TakenBearing& bearing : taken.bearings) {
             ASSERT_LT(count, all["bearings"].size());
             const json& told = all["bearings"][count++];
