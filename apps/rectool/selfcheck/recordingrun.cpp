@@ -2,6 +2,7 @@
 #include "recordingrun.h"
 
 #include <cstdio>
+#include <memory>
 #include <vector>
 
 #include <QDir>
@@ -47,9 +48,9 @@ QString inQuotes(QString text)
            QLatin1Char('"');
 }
 
-}  // namespace
-
-class RecordingRun::Station {
+/// Records into a folder while it lives. One at a time: it puts value tree, clock and configuration of the process in
+/// force.
+class Station {
 public:
     explicit Station(const QString& folder)
         : m_level(add<Number>(QStringLiteral("/LEVEL"))), m_spectrum(add<LevelMap>(QStringLiteral("/Spectrum")))
@@ -116,22 +117,7 @@ private:
     std::unique_ptr<IDllInstance, DestroyRecorder> m_recorder;
 };
 
-RecordingRun::RecordingRun(const std::string& folder)
-    : m_station(std::make_unique<Station>(QString::fromStdString(folder)))
-{
-}
-
-RecordingRun::~RecordingRun() = default;
-
-void RecordingRun::step(std::uint64_t number)
-{
-    m_station->step(number);
-}
-
-bool RecordingRun::isRecording() const
-{
-    return m_station->isRecording();
-}
+}  // namespace
 
 bool recordForSelfCheck(const std::string& folder, std::uint64_t limitBytes)
 {
@@ -139,10 +125,10 @@ bool recordForSelfCheck(const std::string& folder, std::uint64_t limitBytes)
     if (!ledger.isOpen() || (limitBytes > 0 && !limitFileSize(limitBytes))) {
         return false;
     }
-    RecordingRun run(folder);
+    Station station(QString::fromStdString(folder));
     for (std::uint64_t number = 1; number <= Steps; ++number) {
-        run.step(number);
-        if (!run.isRecording()) {
+        station.step(number);
+        if (!station.isRecording()) {
             ledger.setStopped();
             return true;
         }

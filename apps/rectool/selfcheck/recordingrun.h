@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string>
 
 namespace RecTool::SelfCheck {
@@ -10,25 +9,9 @@ namespace RecTool::SelfCheck {
 /// Steps of the longest run: about 20 MB of records.
 constexpr std::uint64_t Steps = 80'000;
 
-/// Records into a folder while it lives, a record a step; the same steps give the same records in every run. One at a
-/// time: it puts value tree, clock and configuration of the process in force.
-class RecordingRun {
-public:
-    explicit RecordingRun(const std::string& folder);
-    RecordingRun(const RecordingRun&) = delete;
-    RecordingRun& operator=(const RecordingRun&) = delete;
-    ~RecordingRun();  ///< closes the recording
-
-    void step(std::uint64_t number);         ///< from 1 on
-    [[nodiscard]] bool isRecording() const;  ///< not any more when writing has failed
-
-private:
-    class Station;
-    std::unique_ptr<Station> m_station;
-};
-
-/// What the process of a run does: records until it is killed, all steps are done or writing fails, and notes in the
-/// folder's ledger what was accepted. After the last step it waits for the end of its standard input.
+/// What the process of a run does: records a record a step, the same in every run, until it is killed, all steps are
+/// done or writing fails, and notes in the folder's ledger what was accepted. After the last step it waits for the end
+/// of its standard input.
 /// @param limitBytes no file may grow past it; 0: no limit
 /// @return whether it could record
 bool recordForSelfCheck(const std::string& folder, std::uint64_t limitBytes);
