@@ -2,7 +2,6 @@
 #include <QXmlStreamWriter>
 
 #include "exporttime.h"
-#include "filedevice.h"
 #include "track.h"
 
 namespace RecTool {
@@ -21,13 +20,8 @@ void writePoint(QXmlStreamWriter& xml, ExportTime& time, const TrackPoint& point
     xml.writeEndElement();
 }
 
-std::uint64_t writeGpx(Recordings& recordings, NewFile& file)
+std::uint64_t writeGpx(Recordings& recordings, NewFile& file, QXmlStreamWriter& xml)
 {
-    FileDevice device(file);
-    QXmlStreamWriter xml(&device);
-    xml.setAutoFormatting(true);
-    xml.setAutoFormattingIndent(1);
-    xml.writeStartDocument();
     xml.writeStartElement("gpx");
     xml.writeDefaultNamespace("http://www.topografix.com/GPX/1/1");
     xml.writeAttribute("version", "1.1");
@@ -48,7 +42,6 @@ std::uint64_t writeGpx(Recordings& recordings, NewFile& file)
         xml.writeEndElement();
         xml.writeEndElement();
     }
-    xml.writeEndDocument();
     return points;
 }
 

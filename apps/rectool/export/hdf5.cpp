@@ -79,7 +79,8 @@ private:
     Series& plainSeries(const TrackType& type, const char* kind);
     template <typename Series, typename... More>
     Series& series(const Key& key, const SeriesName& name, const More&... more);
-    void note(std::size_t before, const Hdf5Series& series);
+    template <typename Series, typename Row>
+    void put(Series& series, std::int64_t us, Row&& row);
 
     Hdf5Group& m_root;
     ExportedRecords& m_records;
@@ -111,10 +112,13 @@ Series& Hdf5Groups::series(const Key& key, const SeriesName& name, const More&..
     return static_cast<Series&>(*found);  // a key says which kind it is
 }
 
-void Hdf5Groups::note(std::size_t before, const Hdf5Series& series)
+template <typename Series, typename Row>
+void Hdf5Groups::put(Series& series, std::int64_t us, Row&& row)
 {
     constexpr std::size_t MostBytes = 33'554'432;
     constexpr std::size_t MostSeries = 500;  // each has pieces of the file in memory
+    const std::size_t before = series.bytes();
+    series.add(us, std::forward<Row>(row));
     m_bytes += series.bytes() - before;
     if (m_bytes > MostBytes || m_series.size() > MostSeries) {
         flush();
@@ -146,10 +150,7 @@ void Hdf5Groups::addLevels(const PlacedRecord& placed, const LevelMap& map)
         name = nameOf(placed.type, m_unit);
         name.path += '/' + part;
     }
-    auto& spectra = series<Hdf5Spectra>(key, name, range);
-    const std::size_t before = spectra.bytes();
-    spectra.add(m_time.us(placed.momentMs), levels);
-    note(before, spectra);
+    put(series<Hdf5Spectra>(key, name, range), m_time.us(placed.momentMs), levels);
     ++m_sweeps;
 }
 
@@ -160,25 +161,17 @@ void Hdf5Groups::add(const PlacedRecord& placed, const values::ValueBase& value)
     if (kind == values::ValueType::LevelMap) {
         addLevels(placed, static_cast<const LevelMap&>(value));
     } else if (const std::optional<double> number = plainNumber(&value)) {
-        auto& numbers = plainSeries<Hdf5Numbers>(placed.type, "_number");
-        const std::size_t before = numbers.bytes();
-        numbers.add(us, *number);
-        note(before, numbers);
+        put(plainSeries<Hdf5Numbers>(placed.type, "_number"), us, *number);
     } else if (kind != values::ValueType::BearingMap && kind != values::ValueType::FastBearingMap) {
-        auto& texts = plainSeries<Hdf5Texts>(placed.type, "_text");
-        const std::size_t before = texts.bytes();
-        texts.add(us, oneLine(value.GetText().toStdString()));
-        note(before, texts);
+        put(plainSeries<Hdf5Texts>(placed.type, "_text"), us, oneLine(value.GetText().toStdString()));
     }
 }
 
 void Hdf5Groups::addBearing(const PlacedRecord& placed, const Hdf5Bearings::Row& row)
 {
     const TrackType& type = placed.type;
-    auto& bearings = series<Hdf5Bearings>({type.track, type.code, "bearings"}, nameOf(type, m_unit));
-    const std::size_t before = bearings.bytes();
-    bearings.add(m_time.us(placed.momentMs), row);
-    note(before, bearings);
+    put(series<Hdf5Bearings>({type.track, type.code, "bearings"}, nameOf(type, m_unit)), m_time.us(placed.momentMs),
+        row);
 }
 
 /// A keyword that has been another kind of value before gets a group of its own for this one.

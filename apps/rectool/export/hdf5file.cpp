@@ -23,15 +23,16 @@ herr_t takeReason(unsigned int /*depth*/, const H5E_error2_t* error, void* text)
     return 0;
 }
 
-hid_t typeInFile(Hdf5Kind kind)
+/// @param isInFile or as it lies in memory
+hid_t typeOf(Hdf5Kind kind, bool isInFile)
 {
     switch (kind) {
         case Hdf5Kind::Float:
-            return H5Tcopy(H5T_IEEE_F32LE);
+            return H5Tcopy(isInFile ? H5T_IEEE_F32LE : H5T_NATIVE_FLOAT);
         case Hdf5Kind::Double:
-            return H5Tcopy(H5T_IEEE_F64LE);
+            return H5Tcopy(isInFile ? H5T_IEEE_F64LE : H5T_NATIVE_DOUBLE);
         case Hdf5Kind::Int64:
-            return H5Tcopy(H5T_STD_I64LE);
+            return H5Tcopy(isInFile ? H5T_STD_I64LE : H5T_NATIVE_INT64);
         default:
             break;
     }
@@ -41,25 +42,10 @@ hid_t typeInFile(Hdf5Kind kind)
     return text;
 }
 
-/// As it lies in memory.
-hid_t typeHere(Hdf5Kind kind)
-{
-    switch (kind) {
-        case Hdf5Kind::Float:
-            return H5Tcopy(H5T_NATIVE_FLOAT);
-        case Hdf5Kind::Double:
-            return H5Tcopy(H5T_NATIVE_DOUBLE);
-        case Hdf5Kind::Int64:
-            return H5Tcopy(H5T_NATIVE_INT64);
-        default:
-            return typeInFile(kind);
-    }
-}
-
 void describeObject(Hdf5Problem& problem, hid_t object, const char* name, Hdf5Kind kind, const void* value)
 {
-    const Hdf5Handle type(typeInFile(kind), H5Tclose);
-    const Hdf5Handle here(typeHere(kind), H5Tclose);
+    const Hdf5Handle type(typeOf(kind, true), H5Tclose);
+    const Hdf5Handle here(typeOf(kind, false), H5Tclose);
     const Hdf5Handle space(H5Screate(H5S_SCALAR), H5Sclose);
     const Hdf5Handle attribute(problem.check(H5Acreate2(object, name, type.id(), space.id(), H5P_DEFAULT, H5P_DEFAULT)),
                                H5Aclose);
@@ -183,7 +169,7 @@ Hdf5Handle Hdf5Column::create(const Hdf5Group& group, const char* name, std::siz
     if (m_kind == Hdf5Kind::Float) {
         H5Pset_fill_value(creation.id(), H5T_NATIVE_FLOAT, &None);
     }
-    const Hdf5Handle type(typeInFile(m_kind), H5Tclose);
+    const Hdf5Handle type(typeOf(m_kind, true), H5Tclose);
     Hdf5Handle column(m_setting->problem.check(
                           H5Dcreate2(group.id(), name, type.id(), space.id(), H5P_DEFAULT, creation.id(), H5P_DEFAULT)),
                       H5Dclose);
@@ -207,7 +193,7 @@ void Hdf5Column::append(const void* cells, std::size_t rows)
     const Hdf5Handle there(problem.check(H5Dget_space(m_handle.id())), H5Sclose);
     problem.check(H5Sselect_hyperslab(there.id(), H5S_SELECT_SET, begin.data(), nullptr, count.data(), nullptr));
     const Hdf5Handle here(H5Screate_simple(axes, count.data(), nullptr), H5Sclose);
-    const Hdf5Handle type(typeHere(m_kind), H5Tclose);
+    const Hdf5Handle type(typeOf(m_kind, false), H5Tclose);
     problem.check(H5Dwrite(m_handle.id(), type.id(), here.id(), there.id(), H5P_DEFAULT, cells));
     m_rows += rows;
 }

@@ -2,7 +2,6 @@
 #include <QXmlStreamWriter>
 
 #include "exporttime.h"
-#include "filedevice.h"
 #include "track.h"
 
 namespace RecTool {
@@ -31,13 +30,8 @@ std::uint64_t writeTrackOf(QXmlStreamWriter& xml, Recordings& recordings, std::s
     return points;
 }
 
-std::uint64_t writeKml(Recordings& recordings, NewFile& file)
+std::uint64_t writeKml(Recordings& recordings, NewFile& file, QXmlStreamWriter& xml)
 {
-    FileDevice device(file);
-    QXmlStreamWriter xml(&device);
-    xml.setAutoFormatting(true);
-    xml.setAutoFormattingIndent(1);
-    xml.writeStartDocument();
     xml.writeDefaultNamespace(KmlNamespace);
     xml.writeNamespace(TrackNamespace, "gx");
     xml.writeStartElement(KmlNamespace, "kml");
@@ -52,7 +46,6 @@ std::uint64_t writeKml(Recordings& recordings, NewFile& file)
         points += writeTrackOf(xml, recordings, track, file);
         xml.writeEndElement();
     }
-    xml.writeEndDocument();
     return points;
 }
 

@@ -6,6 +6,9 @@
 #include <cmath>
 #include <utility>
 
+#include <QIODevice>
+#include <QXmlStreamWriter>
+
 #include "exporttime.h"
 #include "printing/text.h"
 #include "replay/linesofbearing.h"
@@ -16,6 +19,24 @@ namespace {
 
 constexpr double OnePointMs = 100;
 constexpr double HalfCircleDeg = 180;
+
+/// A new file as Qt's writers want it: takes everything, and what went wrong the file tells at its end.
+class FileDevice final : public QIODevice {
+public:
+    explicit FileDevice(NewFile& file) : m_file(file) { open(QIODevice::WriteOnly | QIODevice::Unbuffered); }
+    [[nodiscard]] bool isSequential() const override { return true; }
+
+protected:
+    qint64 readData(char* /*bytes*/, qint64 /*size*/) override { return -1; }
+    qint64 writeData(const char* bytes, qint64 size) override
+    {
+        m_file.write({bytes, static_cast<std::size_t>(size)});
+        return size;
+    }
+
+private:
+    NewFile& m_file;
+};
 
 }  // namespace
 
@@ -79,7 +100,13 @@ ExitCode exportTrack(const ExportOptions& options, std::size_t passes, const Tra
         if (!ExportTime(recordings.startMs()).isKnown()) {
             return recordings.refuse("The recording does not tell when it began, and a track needs clock times.");
         }
-        const std::uint64_t points = write(recordings, file);
+        FileDevice device(file);
+        QXmlStreamWriter xml(&device);
+        xml.setAutoFormatting(true);
+        xml.setAutoFormattingIndent(1);
+        xml.writeStartDocument();
+        const std::uint64_t points = write(recordings, file, xml);
+        xml.writeEndDocument();
         if (points == 0 && file.good()) {
             return recordings.refuse(
                 "There is no position in the span: no LOCATIONLATITUDE and LOCATIONLONGITUDE but 0, 0. Nothing was "

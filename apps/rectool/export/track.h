@@ -9,6 +9,8 @@
 
 #include "export.h"
 
+class QXmlStreamWriter;
+
 namespace RecTool {
 
 struct TrackPoint {
@@ -53,7 +55,7 @@ private:
 void walkTrack(Recordings& recordings, std::size_t track, const NewFile& file, const TrackFollower::Listener& visit);
 
 /// What a format writes of all recordings. @return how many points
-using TrackWriter = std::function<std::uint64_t(Recordings& recordings, NewFile& file)>;
+using TrackWriter = std::function<std::uint64_t(Recordings& recordings, NewFile& file, QXmlStreamWriter& xml)>;
 /// @param passes over the recordings a device
 [[nodiscard]] ExitCode exportTrack(const ExportOptions& options, std::size_t passes, const TrackWriter& write);
 
