@@ -7,6 +7,7 @@
 
 #include "printing/text.h"
 #include "replay/walk.h"
+#include "system/interrupt.h"
 
 namespace RecTool {
 
@@ -213,7 +214,7 @@ private:
 
 }  // namespace
 
-MergeInput surveyForMerge(std::string file, Inspection::Summary summary, bool (*interrupted)())
+MergeInput surveyForMerge(std::string file, Inspection::Summary summary)
 {
     MergeInput input;
     input.file = std::move(file);
@@ -224,7 +225,7 @@ MergeInput surveyForMerge(std::string file, Inspection::Summary summary, bool (*
     input.findings = walk(input.file, input.summary, [&](const Inspection::Record& record) {
         if (record.timeMs == 0) {
             ++input.withoutTime;
-            return !interrupted();
+            return !Interrupt::requested();
         }
         const std::uint64_t clock = start + record.timeMs;
         const bool first = input.types.empty();
@@ -243,7 +244,7 @@ MergeInput surveyForMerge(std::string file, Inspection::Summary summary, bool (*
         ++type.records;
         type.dataBytes += static_cast<std::int64_t>(record.data.size());
         type.lengthDigits += static_cast<std::int64_t>(std::to_string(record.data.size()).size());
-        return !interrupted();
+        return !Interrupt::requested();
     });
     return input;
 }

@@ -45,8 +45,8 @@ struct MergeInput {
     }
 };
 
-/// Walks the records of a file that can be read. @param interrupted asked now and then; true ends the walk
-MergeInput surveyForMerge(std::string file, Recording2::Inspection::Summary summary, bool (*interrupted)());
+/// Walks the records of a file that can be read. The wish to end the program ends the walk.
+MergeInput surveyForMerge(std::string file, Recording2::Inspection::Summary summary);
 
 /// A value of the merged recording.
 struct MergedType {

@@ -44,7 +44,7 @@ public:
         const auto show = progress.callback();
         constexpr std::int64_t ProgressBytes = std::int64_t{1} << 20;
         std::int64_t nextProgress = ProgressBytes;
-        while (!m_next.empty() && !NewRecording::interrupted()) {
+        while (!m_next.empty() && !Interrupt::requested()) {
             const auto [clockMs, step, index] = *m_next.begin();
             m_next.erase(m_next.begin());
             Source& source = m_sources[index];

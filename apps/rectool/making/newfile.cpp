@@ -77,26 +77,14 @@ ExitCode NewFile::finish(const std::string& problem)
     flush();
     const System::Error closing = m_file.close();
     m_error = m_error != 0 ? m_error : closing;
-    if (Interrupt::requested()) {
-        return m_name.fail(ExitCode::CannotRead, "Interrupted.");
-    }
     const std::string why = m_error != 0 ? System::errorText(m_error) + '.' : problem;
-    if (!why.empty()) {
-        return m_name.fail(ExitCode::CannotRead, "The file could not be written; is the disk full? " + why);
+    const ExitCode named = m_name.finish(why, [&](bool replace) {
+        return replace ? System::renameReplacing(m_part, native(path())) : System::renameToNew(m_part, native(path()));
+    });
+    if (named == ExitCode::Fine) {
+        m_part.clear();
     }
-    const std::string kept = m_name.whyKept();  // something may have taken the name meanwhile
-    if (!kept.empty()) {
-        return m_name.fail(ExitCode::CannotRead, kept);
-    }
-    const std::filesystem::path output = native(path());
-    const System::Error naming =
-        m_name.replaces() ? System::renameReplacing(m_part, output) : System::renameToNew(m_part, output);
-    if (naming != 0) {
-        return m_name.fail(ExitCode::CannotRead,
-                           "The file cannot be given its name: " + System::errorText(naming) + '.');
-    }
-    m_part.clear();
-    return ExitCode::Fine;
+    return named;
 }
 
 }  // namespace RecTool

@@ -8,6 +8,7 @@
 #include "printing/output.h"
 #include "savedfile.h"
 #include "system/filenames.h"
+#include "system/interrupt.h"
 
 namespace RecTool {
 
@@ -63,9 +64,22 @@ ExitCode NewName::check(const std::vector<std::string>& inputs) const
     return ExitCode::Fine;
 }
 
-std::string NewName::whyKept() const
+ExitCode NewName::finish(const std::string& problem, const std::function<System::Error(bool replace)>& rename) const
 {
-    return m_replace ? whyNeverReplaced() : "";  // a name that is not replaced is refused by the system
+    if (Interrupt::requested()) {
+        return fail(ExitCode::CannotRead, "Interrupted.");
+    }
+    if (!problem.empty()) {
+        return fail(ExitCode::CannotRead, "The file could not be written; is the disk full? " + problem);
+    }
+    // Something may have taken the name meanwhile; one that is not replaced is refused by the system.
+    if (const std::string kept = m_replace ? whyNeverReplaced() : ""; !kept.empty()) {
+        return fail(ExitCode::CannotRead, kept);
+    }
+    const System::Error naming = rename(m_replace);
+    return naming == 0
+               ? ExitCode::Fine
+               : fail(ExitCode::CannotRead, "The file cannot be given its name: " + System::errorText(naming) + '.');
 }
 
 /// Why not even --force replaces what is there; empty when it may be replaced.

@@ -124,7 +124,7 @@ std::string NewRecording::readBack(const std::map<std::uint64_t, std::string>& b
         part, found,
         [&](const Inspection::Record& record) {
             read.add(record.code, record.data, record.timeMs);
-            return !interrupted();
+            return !Interrupt::requested();
         },
         progress.callback());
     findings.insert(findings.end(), inRecords.begin(), inRecords.end());
@@ -151,32 +151,14 @@ std::string NewRecording::readBack(const std::map<std::uint64_t, std::string>& b
     return "";
 }
 
-ExitCode NewRecording::takeName()
-{
-    const std::string kept = m_name.whyKept();  // something may have taken the name meanwhile
-    if (!kept.empty()) {
-        return m_name.fail(ExitCode::CannotRead, kept);
-    }
-    const System::Error error = m_file.takeName(m_name.replaces());
-    return error == 0 ? ExitCode::Fine
-                      : m_name.fail(ExitCode::CannotRead,
-                                    "The file cannot be given its name: " + System::errorText(error) + '.');
-}
-
 ExitCode NewRecording::finish(const Inspection::Header& header, const std::map<std::uint64_t, std::string>& bookmarks)
 {
-    std::string problem = interrupted() ? "" : close(header, bookmarks);
-    if (problem.empty() && !interrupted()) {
+    std::string problem = Interrupt::requested() ? "" : close(header, bookmarks);
+    if (problem.empty() && !Interrupt::requested()) {
         problem = readBack(bookmarks);
         problem = problem.empty() ? "" : "Reading it back: " + problem;
     }
-    if (interrupted()) {
-        return m_name.fail(ExitCode::CannotRead, "Interrupted.");
-    }
-    if (!problem.empty()) {
-        return m_name.fail(ExitCode::CannotRead, "The file could not be written; is the disk full? " + problem);
-    }
-    return takeName();
+    return m_name.finish(problem, [this](bool replace) { return m_file.takeName(replace); });
 }
 
 }  // namespace RecTool

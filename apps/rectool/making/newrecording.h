@@ -49,8 +49,6 @@ public:
     void write(std::int32_t code, const std::string& data, std::uint64_t time, bool isChannelRange);
     /// Enters a time into the channel range table, that of a record or not.
     void addChannelRange(std::uint64_t time) { m_channelRanges.push_back(time); }
-    /// Whether somebody wants the program to end; finish then gives up.
-    [[nodiscard]] static bool interrupted() { return Interrupt::requested(); }
     /// @param header texts that are too long for it are cut
     [[nodiscard]] ExitCode finish(const Recording2::Inspection::Header& header,
                                   const std::map<std::uint64_t, std::string>& bookmarks);
@@ -72,7 +70,6 @@ private:
     [[nodiscard]] std::string close(const Recording2::Inspection::Header& header,
                                     const std::map<std::uint64_t, std::string>& bookmarks);
     [[nodiscard]] std::string readBack(const std::map<std::uint64_t, std::string>& bookmarks);
-    [[nodiscard]] ExitCode takeName();
 
     NewName m_name;
     Interrupt m_interrupt;

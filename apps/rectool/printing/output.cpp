@@ -151,6 +151,13 @@ ExitCode finish(ExitCode result)
     return ExitCode::CannotRead;
 }
 
+void tellWithoutTime(const std::string& file, std::uint64_t count)
+{
+    if (count > 0) {
+        complain(file, "Records left out because their time is lost: " + grouped(count) + '.');
+    }
+}
+
 ExitCode withPassedOver(const std::string& file, const std::string& keyword, const char* what, std::uint64_t count,
                         ExitCode result)
 {

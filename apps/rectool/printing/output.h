@@ -63,6 +63,8 @@ void letReaderLeave();
 /// CannotRead.
 [[nodiscard]] ExitCode finish(ExitCode result);
 
+/// Tells of records whose time is lost, which a new recording cannot have, if there were any.
+void tellWithoutTime(const std::string& file, std::uint64_t count);
 /// Tells of records that are not what a verb shows, if there were any.
 /// @param what they should be, such as "bearings"
 /// @return the result, Damaged where it was Fine

@@ -60,7 +60,7 @@ public:
             m_fields.follow(record);
             m_output.write(record.code, record.data, moved(record.timeMs), false);
         }
-        return record.timeMs <= m_span.to && !NewRecording::interrupted();
+        return record.timeMs <= m_span.to && !Interrupt::requested();
     }
 
     /// To be called when all records were seen.
@@ -262,9 +262,7 @@ ExitCode cut(const CutOptions& options)
         return result;
     }
     printCutSummary(options, span, cut, output.result());
-    if (cut.withoutTime() > 0) {
-        complain(options.file, "Records left out because their time is lost: " + grouped(cut.withoutTime()) + '.');
-    }
+    tellWithoutTime(options.file, cut.withoutTime());
     return finish(cut.withoutTime() > 0 ? ExitCode::Damaged : soundness(findings));
 }
 

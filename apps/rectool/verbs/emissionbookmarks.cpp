@@ -57,7 +57,7 @@ ExitCode bookmarkEmissions(const std::string& file, const std::string& unit, con
         } else {
             copy.write(record.code, record.data, record.timeMs, false);
         }
-        return !NewRecording::interrupted();
+        return !Interrupt::requested();
     });
     for (const std::uint64_t time : summary.channelRangeTimes) {
         copy.addChannelRange(time);
@@ -76,9 +76,7 @@ ExitCode bookmarkEmissions(const std::string& file, const std::string& unit, con
     if (result != ExitCode::Fine) {
         return result;
     }
-    if (withoutTime > 0) {
-        complain(file, "Records left out because their time is lost: " + grouped(withoutTime) + '.');
-    }
+    tellWithoutTime(file, withoutTime);
     if (withoutPlace > 0) {
         complain(file,
                  "Bookmarks left out because every millisecond up to the end has one: " + grouped(withoutPlace) + '.');

@@ -183,8 +183,8 @@ bool checkFiles(const std::vector<std::string>& files)
 std::vector<MergeInput> survey(const std::vector<std::string>& files, std::vector<Inspection::Summary> summaries)
 {
     std::vector<MergeInput> inputs;
-    for (std::size_t i = 0; i < files.size() && !NewRecording::interrupted(); ++i) {
-        inputs.push_back(surveyForMerge(files[i], std::move(summaries[i]), &NewRecording::interrupted));
+    for (std::size_t i = 0; i < files.size() && !Interrupt::requested(); ++i) {
+        inputs.push_back(surveyForMerge(files[i], std::move(summaries[i])));
     }
     std::stable_sort(inputs.begin(), inputs.end(), [](const MergeInput& a, const MergeInput& b) {
         const auto place = [](const MergeInput& input) {
@@ -277,9 +277,7 @@ ExitCode complainAll(const std::vector<MergeInput>& inputs)
     ExitCode result = ExitCode::Fine;
     for (const MergeInput& input : inputs) {
         complain(input.file, input.findings);
-        if (input.withoutTime > 0) {
-            complain(input.file, "Records left out because their time is lost: " + grouped(input.withoutTime) + '.');
-        }
+        tellWithoutTime(input.file, input.withoutTime);
         const bool damaged = !input.findings.empty() || input.withoutTime > 0;
         result = damaged ? ExitCode::Damaged : result;
     }
@@ -342,7 +340,7 @@ ExitCode merge(const MergeOptions& options)
         return checked;
     }
     const std::vector<MergeInput> inputs = survey(options.files, std::move(summaries));
-    if (NewRecording::interrupted()) {
+    if (Interrupt::requested()) {
         complain(options.output, "Interrupted. Nothing was written.");
         return ExitCode::CannotRead;
     }

@@ -136,7 +136,7 @@ private:
                 show(static_cast<std::int64_t>(i), static_cast<std::int64_t>(m_found.records.size()));
             }
             ++i;
-            return !NewRecording::interrupted();
+            return !Interrupt::requested();
         };
         return Inspection::readSalvaged(m_options.file, m_found, take) == 0;
     }
