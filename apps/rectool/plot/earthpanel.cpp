@@ -59,17 +59,8 @@ EarthPanel::EarthPanel(Picture& picture, const Geo::Area& area, const QString& b
 
 QCPColorScale& EarthPanel::addBar(const QCPColorGradient& gradient, const QCPRange& range, const QString& label)
 {
-    m_bar = new QCPColorScale(&m_picture.plot());
-    m_strip->addElement(0, 1, m_bar);
-    m_bar->setBarWidth(14);
-    m_bar->setType(QCPAxis::atRight);
-    m_bar->axis()->setLabelFont(m_picture.font());
-    m_bar->axis()->setTickLabelFont(m_picture.font());
-    m_bar->setGradient(gradient);
-    m_bar->setLabel(label);
+    m_bar = m_picture.addBar(*m_strip, 1, gradient, label, m_margins);
     m_bar->setDataRange(range);
-    m_bar->setMargins(QMargins(0, 0, 10, 0));
-    m_bar->setMarginGroup(QCP::msTop | QCP::msBottom, &m_margins);
     m_rect->setMarginGroup(QCP::msTop | QCP::msBottom, &m_margins);
     setNumberTicks(m_picture, *m_bar->axis(), m_picture.height());
     return *m_bar;

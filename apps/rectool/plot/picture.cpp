@@ -181,6 +181,22 @@ QCPLegend* Picture::addLegend(QCPLayoutGrid& grid, int row, int column, const QC
     return legend;
 }
 
+QCPColorScale* Picture::addBar(QCPLayoutGrid& grid, int column, const QCPColorGradient& gradient, const QString& label,
+                               QCPMarginGroup& sameHeight)
+{
+    auto* bar = new QCPColorScale(&m_plot);
+    grid.addElement(0, column, bar);
+    bar->setBarWidth(14);
+    bar->setType(QCPAxis::atRight);
+    bar->axis()->setLabelFont(m_font);
+    bar->axis()->setTickLabelFont(m_font);
+    bar->setGradient(gradient);
+    bar->setLabel(label);
+    bar->setMargins(QMargins(0, 0, 10, 0));
+    bar->setMarginGroup(QCP::msTop | QCP::msBottom, &sameHeight);
+    return bar;
+}
+
 QCPItemLine* Picture::addLine(const QPointF& from, const QPointF& to, const QPen& pen)
 {
     auto* line = addItem<QCPItemLine>();
@@ -277,7 +293,9 @@ ExitCode Picture::draw(const std::function<void(Json&)>& tell)
     ExitCode result = save();
     if (result == ExitCode::Fine && m_options.json) {
         Json shown = json();
-        tell(shown);
+        if (tell) {
+            tell(shown);
+        }
         printJson(shown);
     }
     for (const auto& panel : m_panels) {

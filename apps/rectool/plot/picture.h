@@ -110,6 +110,9 @@ public:
     QCPTextElement* addText(QCPLayoutGrid& grid, int row, int column, const QString& text);
     /// What the graphs of a rect mean.
     QCPLegend* addLegend(QCPLayoutGrid& grid, int row, int column, const QCPAxisRect& rect);
+    /// A bar that tells colours, as high as what shares its margins.
+    QCPColorScale* addBar(QCPLayoutGrid& grid, int column, const QCPColorGradient& gradient, const QString& label,
+                          QCPMarginGroup& sameHeight);
     /// Something drawn over the panels, at pixels or at coordinates; owned by the plot.
     template <typename Item>
     Item* addItem(const char* layer = "overlay")
@@ -124,7 +127,7 @@ public:
     /// Draws the panels, with the last pass if one is left, stores the picture under its name, at once or not at all,
     /// and prints the JSON about it if that is asked for. @param tell adds to the JSON what the picture shows
     /// @return Fine, or, told, CannotRead or Damaged
-    [[nodiscard]] ExitCode draw(const std::function<void(Json&)>& tell);
+    [[nodiscard]] ExitCode draw(const std::function<void(Json&)>& tell = {});
     [[nodiscard]] Json panelsJson() const;
     /// An object with the device of a track, where there are several.
     [[nodiscard]] Json deviceJson(std::size_t track) const;
@@ -147,6 +150,28 @@ private:
     QCPLayoutGrid* m_body = new QCPLayoutGrid;
     std::vector<std::unique_ptr<Panel>> m_panels;
 };
+
+/// Draws a picture of a panel for each of some items. @param lines of a panel, as heightFor counts
+/// @param tell as for Picture::draw @param arguments of the panels, before the item
+template <typename Kind, typename Items, typename... Arguments>
+[[nodiscard]] ExitCode drawPanels(const PlotOptions& options, Recordings& source, const QString& title,
+                                  std::size_t lines, const Items& items,
+                                  const std::function<void(const Picture&, Json&)>& tell, const Arguments&... arguments)
+{
+    const std::optional<int> height = heightFor(options, lines * items.size());
+    if (!height) {
+        return ExitCode::Usage;
+    }
+    Picture picture(options, *height, source, title, items.size());
+    for (const auto& item : items) {
+        picture.addPanel<Kind>(arguments..., item);
+    }
+    return picture.draw([&](Json& json) {
+        if (tell) {
+            tell(picture, json);
+        }
+    });
+}
 
 /// A time in milliseconds, with parts of them where there are any.
 [[nodiscard]] Json msJson(double ms);

@@ -184,19 +184,13 @@ ExitCode plotSpectrum(const PlotSpectrumOptions& options)
     if (spectra.empty()) {
         return source.refuse(noSpectrum(options, contents.spectra));
     }
-    const std::optional<int> height = heightFor(options, 2 * spectra.size());
-    if (!height) {
-        return source.end(ExitCode::Usage);
-    }
-    Picture picture(options, *height, source, QStringLiteral("Spectrum over time"), spectra.size());
-    for (const Spectrum& spectrum : spectra) {
-        picture.addPanel<Waterfall>(options, spectrum);
-    }
-    return source.end(picture.draw([&](Json& json) {
+    const auto tell = [&](const Picture& picture, Json& json) {
         json["pixel"] = options.mean ? "mean" : "max";
         json["unit"] = options.unit;
         json["spectra"] = picture.panelsJson();
-    }));
+    };
+    const auto title = QStringLiteral("Spectrum over time");
+    return source.end(drawPanels<Waterfall>(options, source, title, 2, spectra, tell, options));
 }
 
 ExitCode plotLevel(const PlotLevelOptions& options)
@@ -217,17 +211,10 @@ ExitCode plotLevel(const PlotLevelOptions& options)
     if (!why.empty()) {
         return source.refuse(why);
     }
-    const std::optional<int> height = heightFor(options, all.size());
-    if (!height) {
-        return source.end(ExitCode::Usage);
-    }
-    Picture picture(options, *height, source, levelTitle(all), all.size());
-    for (const Series& series : all) {
-        picture.addPanel<LevelPanel>(series);
-    }
-    return source.end(picture.draw([&](Json& json) {
-        json["series"] = Json::arrayOf(all, [&](const Series& series) { return seriesJson(picture, series); });
-    }));
+    return source.end(
+        drawPanels<LevelPanel>(options, source, levelTitle(all), 1, all, [&](const Picture& picture, Json& json) {
+            json["series"] = Json::arrayOf(all, [&](const Series& series) { return seriesJson(picture, series); });
+        }));
 }
 
 ExitCode plotBearings(const PlotBearingsOptions& options)

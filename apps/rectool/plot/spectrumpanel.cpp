@@ -32,18 +32,10 @@ void SpectrumPanel::addPieces(QCPLayoutGrid& grid, int row, std::size_t most)
 
 void SpectrumPanel::addBar(QCPLayoutGrid& grid, int column, const std::string& unit, const QString& pixel, int left)
 {
-    m_bar = new QCPColorScale(&m_picture.plot());
-    grid.addElement(0, column, m_bar);
-    m_bar->setBarWidth(14);
-    m_bar->setType(QCPAxis::atRight);
-    m_bar->axis()->setLabelFont(m_picture.font());
-    m_bar->axis()->setTickLabelFont(m_picture.font());
-    m_bar->setGradient(levelColours());
-    m_bar->setLabel(QStringLiteral("Level (%1)").arg(QString::fromStdString(unit)) + pixel);
+    m_bar = m_picture.addBar(grid, column, levelColours(),
+                             QStringLiteral("Level (%1)").arg(QString::fromStdString(unit)) + pixel, m_margins);
     m_bar->setDataRange(QCPRange(-1888.8, -1088.8));  // for the first layout, the widest labels that may come
     m_bar->setMargins(QMargins(left, 0, 10, 0));
-    // The bar is as high as the map beside it.
-    m_bar->setMarginGroup(QCP::msTop | QCP::msBottom, &m_margins);
     for (const Piece& piece : m_pieces) {
         piece.rect->setMarginGroup(QCP::msTop | QCP::msBottom, &m_margins);
     }

@@ -151,17 +151,8 @@ void addSamples(Envelope& envelope, const std::vector<ChannelTrace::Sample>& sam
 
 ExitCode drawTraces(const TraceOptions& options, Recordings& recordings, const std::vector<Trace>& traces)
 {
-    const std::optional<int> height = heightFor(options, 2 * traces.size());
-    if (!height) {
-        return ExitCode::Usage;
-    }
-    Picture picture(options, *height, recordings,
-                    options.at.empty() ? QStringLiteral("Levels by frequency") : QStringLiteral("Sweep"),
-                    traces.size());
-    for (const Trace& trace : traces) {
-        picture.addPanel<TracePanel>(options, trace);
-    }
-    return picture.draw([](Json& /*json*/) {});
+    const auto title = options.at.empty() ? QStringLiteral("Levels by frequency") : QStringLiteral("Sweep");
+    return drawPanels<TracePanel>(options, recordings, title, 2, traces, {}, options);
 }
 
 ExitCode drawChannelTraces(const TraceOptions& options, Recordings& recordings, const std::vector<ChannelTrace>& traces)
@@ -176,15 +167,7 @@ ExitCode drawChannelTraces(const TraceOptions& options, Recordings& recordings, 
         series.envelope->finish();
         shown.push_back(std::move(series));
     }
-    const std::optional<int> height = heightFor(options, shown.size());
-    if (!height) {
-        return ExitCode::Usage;
-    }
-    Picture picture(options, *height, recordings, QStringLiteral("Level of a channel over time"), shown.size());
-    for (const Series& series : shown) {
-        picture.addPanel<LevelPanel>(series);
-    }
-    return picture.draw([](Json& /*json*/) {});
+    return drawPanels<LevelPanel>(options, recordings, QStringLiteral("Level of a channel over time"), 1, shown, {});
 }
 
 }  // namespace RecTool
