@@ -15,9 +15,18 @@
 #include "printing/output.h"
 #include "printing/style.h"
 #include "printing/text.h"
-#include "system/pager.h"
 #include "system/terminal.h"
-#include "verbs/registry.h"
+
+namespace RecTool {
+
+using AddVerb = void(const Syntax& program);  // each at the end of its verb's file
+AddVerb addInfo, addTypes, addCat, addState, addDiff, addTrace, addEmissions, addOccupancy, addVerify;
+AddVerb addMap, addPlotVerbs, addExportVerbs;
+AddVerb addBookmarkVerbs, addRangeVerbs;
+AddVerb addCut, addMerge, addRepair, addRecover, addSelfCheck;
+AddVerb addArchiveVerbs;
+
+}  // namespace RecTool
 
 namespace RecTool::CommandLine {
 
@@ -31,6 +40,17 @@ ExitCode refuse(const CLI::App& app, const std::string& why)
 {
     std::cerr << "rectool: " << why << '\n' << whereHelpIs(app) << '\n';
     return ExitCode::Usage;
+}
+
+/// In the order of the help.
+void addVerbs(const Syntax& program)
+{
+    for (AddVerb* const add :
+         {addInfo,      addTypes,  addCat,    addState,     addDiff,        addTrace,         addEmissions,
+          addOccupancy, addVerify, addMap,    addPlotVerbs, addExportVerbs, addBookmarkVerbs, addRangeVerbs,
+          addCut,       addMerge,  addRepair, addRecover,   addSelfCheck,   addArchiveVerbs}) {
+        add(program);
+    }
 }
 
 ExitCode perform(std::vector<std::string> arguments)

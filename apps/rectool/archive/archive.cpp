@@ -1,4 +1,4 @@
-// The verbs "archive status", "groups", "show", "fetch", "verify" and "retry".
+// The archive that the program asks, and the verbs "archive status", "groups", "show", "fetch", "verify" and "retry".
 #include "archive.h"
 
 #include <algorithm>
@@ -133,6 +133,14 @@ QString targetOf(const ArchiveFetchOptions& options, const FileInfo& file)
 }
 
 }  // namespace
+
+void useArchive(const std::string& configurationFile)
+{
+    if (!configurationFile.empty()) {
+        Zelvo::SetProcessArchive(
+            Zelvo::LoadArchiveConfiguration(QFile::decodeName(QByteArray::fromStdString(configurationFile))));
+    }
+}
 
 ExitCode archiveStatus(const ArchiveStatusOptions& options)
 {

@@ -15,6 +15,15 @@ namespace {
 
 }  // namespace
 
+void useArchive(const std::string& configurationFile)
+{
+    if (!configurationFile.empty()) {
+        throw std::runtime_error(
+            "--archive-config has no meaning: this rectool was built with the station's own "
+            "archive client, which is configured elsewhere");
+    }
+}
+
 ExitCode archiveStatus(const ArchiveStatusOptions& /*options*/)
 {
     refuse();

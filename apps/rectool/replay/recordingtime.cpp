@@ -8,7 +8,6 @@
 #include <QDateTime>
 #include <QString>
 
-#include "moment.h"
 #include "printing/output.h"
 #include "printing/text.h"
 #include "printing/units.h"

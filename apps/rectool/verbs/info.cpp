@@ -6,7 +6,7 @@
 #include "inforeport.h"
 #include "listing.h"
 #include "printing/output.h"
-#include "replay/moment.h"
+#include "replay/recordingtime.h"
 
 namespace RecTool {
 
