@@ -9,11 +9,7 @@ namespace RecTool {
 
 ChannelNumbers::ChannelNumbers(std::optional<FrequencySpan> span, std::size_t most)
     : ChannelNumbers(
-          [span](double hz) {
-              const bool isOutside = span && (hz < span->lowHz || hz > span->highHz);
-              return isOutside ? std::numeric_limits<double>::quiet_NaN() : hz;
-          },
-          most)
+          [span](double hz) { return span && !span->holds(hz) ? std::numeric_limits<double>::quiet_NaN() : hz; }, most)
 {
 }
 

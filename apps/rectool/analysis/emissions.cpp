@@ -102,13 +102,6 @@ ThresholdRule thresholdOf(const EmissionsOptions& options)
     return rule;
 }
 
-std::optional<FrequencySpan> spanOf(const EmissionsOptions& options)
-{
-    const double highHz = options.highHz == 0 ? std::numeric_limits<double>::infinity() : options.highHz;
-    return options.lowHz == 0 && options.highHz == 0 ? std::nullopt
-                                                     : std::optional(FrequencySpan{options.lowHz, highHz});
-}
-
 /// The passes over the spectra.
 class Search {
 public:
@@ -117,7 +110,7 @@ public:
     {
         for (std::size_t i = 0; i < spectra.size(); ++i) {
             m_all.push_back(std::make_unique<Watched>(
-                spectra[i], spanOf(options), thresholdOf(options), rulesOf(options),
+                spectra[i], wantedSpan(options.lowHz, options.highHz), thresholdOf(options), rulesOf(options),
                 [this, i](const Emission& emission) {
                     if (m_found.all.size() < MostEmissions) {
                         m_found.all.push_back({emission, i, std::nullopt});

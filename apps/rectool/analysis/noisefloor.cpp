@@ -230,10 +230,4 @@ std::span<const float> NoiseFloor::at(double momentMs) const
     return next->floors;
 }
 
-float NoiseFloor::floor(std::uint32_t channel, double momentMs) const
-{
-    const std::span<const float> floors = at(momentMs);
-    return channel < floors.size() ? floors[channel] : Unknown;
-}
-
 }  // namespace RecTool

@@ -54,7 +54,6 @@ public:
     /// In dB, by number of the channel; NaN where there was never a level. Empty where no sweep was taken. Good until
     /// the object goes.
     [[nodiscard]] std::span<const float> at(double momentMs) const;
-    [[nodiscard]] float floor(std::uint32_t channel, double momentMs) const;
     /// As long as it is in the end.
     [[nodiscard]] double windowMs() const { return m_windowMs; }
 

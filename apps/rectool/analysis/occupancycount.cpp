@@ -19,9 +19,8 @@ ChannelNumbers::ChannelOf channelsOf(const OccupancyOptions& options, const std:
     }
     const ChannelNumbers::ChannelOf cells =
         options.rasterHz > 0 ? channelsOfRaster(options.rasterHz) : [](double hz) { return hz; };
-    const double highest = options.highHz == 0 ? std::numeric_limits<double>::infinity() : options.highHz;
-    return [cells, low = options.lowHz, highest](double hz) {
-        return hz < low || hz > highest ? std::numeric_limits<double>::quiet_NaN() : cells(hz);
+    return [cells, span = wantedSpan(options.lowHz, options.highHz)](double hz) {
+        return span && !span->holds(hz) ? std::numeric_limits<double>::quiet_NaN() : cells(hz);
     };
 }
 
@@ -87,27 +86,17 @@ std::optional<std::vector<TypeOccupancy>> countOccupancy(const OccupancyOptions&
     for (std::size_t i = 0; i < spectra.size(); ++i) {
         all.emplace_back(options, channelsOf(options, names), bands);
     }
-    bool isTooMuch = false;
-    const auto visit = [&](const auto& take) {
-        recordings.walk([&](const PlacedRecord& placed) {
-            for (std::size_t i = 0; i < spectra.size() && !isTooMuch; ++i) {
-                const LevelMap* map = placed.type == spectra[i].type ? placed.carriedLevels() : nullptr;
-                if (map != nullptr && !recordings.isBefore(placed.momentMs)) {
-                    isTooMuch = !take(all[i], *map, placed.momentMs);
-                }
-            }
-        });
+    const auto learn = [&](std::size_t i, const LevelMap& map, double momentMs) { return all[i].learn(map, momentMs); };
+    const auto count = [&](std::size_t i, const LevelMap& map, double momentMs) {
+        return all[i].count(map, momentMs, hourOf(options, recordings.startMs(), momentMs));
     };
     if (!options.hasThreshold) {
-        visit([](Counting& counting, const LevelMap& map, double momentMs) { return counting.learn(map, momentMs); });
+        if (!walkSweeps(recordings, spectra, learn)) {
+            return std::nullopt;
+        }
         std::for_each(all.begin(), all.end(), [](Counting& counting) { counting.endLearning(); });
     }
-    if (!isTooMuch) {
-        visit([&](Counting& counting, const LevelMap& map, double momentMs) {
-            return counting.count(map, momentMs, hourOf(options, recordings.startMs(), momentMs));
-        });
-    }
-    if (isTooMuch) {
+    if (!walkSweeps(recordings, spectra, count)) {
         return std::nullopt;
     }
     std::vector<TypeOccupancy> types;

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
-#include <numeric>
 #include <utility>
 
 namespace RecTool {
@@ -71,12 +70,9 @@ Rasters::Layout* Rasters::layoutOf(Raster& raster, const values::ChannelRange& r
     }
     Layout layout;
     layout.range = range;
-    layout.order.resize(range.size());
-    std::iota(layout.order.begin(), layout.order.end(), std::size_t{0});
+    layout.order = byFrequency(range);
     std::erase_if(layout.order, [&](std::size_t channel) { return (*numbers)[channel] == ChannelNumbers::Outside; });
     const auto hz = [&](std::size_t channel) { return range.frequencyHz(channel); };
-    std::stable_sort(layout.order.begin(), layout.order.end(),
-                     [&](std::size_t a, std::size_t b) { return hz(a) < hz(b); });
     const auto last = std::unique(layout.order.begin(), layout.order.end(),
                                   [&](std::size_t a, std::size_t b) { return hz(a) == hz(b); });
     layout.order.erase(last, layout.order.end());

@@ -13,14 +13,6 @@ namespace {
 
 constexpr double Percent = 100;
 
-std::optional<FrequencySpan> wantedSpan(const TraceOptions& options)
-{
-    if (options.lowHz == 0 && options.highHz == 0) {
-        return std::nullopt;
-    }
-    return FrequencySpan{options.lowHz, options.highHz == 0 ? std::numeric_limits<double>::infinity() : options.highHz};
-}
-
 Trace namedTrace(const Recordings& recordings, const Spectrum& spectrum)
 {
     return {recordings.tracks()[spectrum.type.track].device, spectrum.keyword, spectrum.type.code, 0, 0, 0, {}};
@@ -52,30 +44,18 @@ std::optional<std::vector<Trace>> traceSpan(Recordings& recordings, const std::v
 {
     std::vector<double> fractions = percentilesOf(options);
     std::for_each(fractions.begin(), fractions.end(), [](double& fraction) { fraction /= Percent; });
-    std::vector<LevelTrace> all(spectra.size(), LevelTrace(wantedSpan(options), fractions));
-    bool isTooMuch = false;
-    const auto visit = [&](const auto& take) {
-        recordings.walk([&](const PlacedRecord& placed) {
-            for (std::size_t i = 0; i < spectra.size() && !isTooMuch; ++i) {
-                if (placed.type == spectra[i].type) {
-                    const LevelMap* map = placed.carriedLevels();  // also before the span: ranges are told once
-                    if (map != nullptr && !recordings.isBefore(placed.momentMs)) {
-                        take(all[i], *map, placed.momentMs);
-                    }
-                }
-            }
-        });
+    std::vector<LevelTrace> all(spectra.size(), LevelTrace(wantedSpan(options.lowHz, options.highHz), fractions));
+    const auto add = [&](std::size_t i, const LevelMap& map, double momentMs) {
+        return all[i].add(map.GetChannelRange(), map.GetCells(), momentMs);
     };
-    visit([&](LevelTrace& trace, const LevelMap& map, double momentMs) {
-        isTooMuch = !trace.add(map.GetChannelRange(), map.GetCells(), momentMs);
-    });
-    if (isTooMuch) {
+    if (!walkSweeps(recordings, spectra, add)) {
         return std::nullopt;
     }
     if (!fractions.empty()) {
         std::for_each(all.begin(), all.end(), [](LevelTrace& trace) { trace.beginRanking(); });
-        visit([](LevelTrace& trace, const LevelMap& map, double /*momentMs*/) {
-            trace.rank(map.GetChannelRange(), map.GetCells());
+        walkSweeps(recordings, spectra, [&](std::size_t i, const LevelMap& map, double /*momentMs*/) {
+            all[i].rank(map.GetChannelRange(), map.GetCells());
+            return true;
         });
     }
     std::vector<Trace> traces;
@@ -106,7 +86,7 @@ std::vector<Trace> traceMoment(Recordings& recordings, const std::vector<Spectru
     });
     std::vector<Trace> traces;
     for (std::size_t i = 0; i < spectra.size(); ++i) {
-        LevelTrace sweep(wantedSpan(options), {});
+        LevelTrace sweep(wantedSpan(options.lowHz, options.highHz), {});
         Trace trace = namedTrace(recordings, spectra[i]);
         if (sweep.add(shown[i].range, shown[i].levels, shown[i].momentMs)) {
             trace.sweeps = sweep.sweeps();
@@ -126,15 +106,13 @@ std::vector<ChannelTrace> traceChannel(Recordings& recordings, const std::vector
         traces.push_back(
             {recordings.tracks()[spectrum.type.track].device, spectrum.keyword, spectrum.type.code, hz, {}});
     }
-    recordings.walk([&](const PlacedRecord& placed) {
-        for (std::size_t i = 0; i < spectra.size(); ++i) {
-            const LevelMap* map = placed.type == spectra[i].type ? placed.carriedLevels() : nullptr;
-            const auto channel = map == nullptr ? std::nullopt : channelAt(map->GetChannelRange(), hz);
-            if (channel && !recordings.isBefore(placed.momentMs) && std::isfinite(map->GetCells()[*channel])) {
-                traces[i].hz = map->GetChannelRange().frequencyHz(*channel);
-                traces[i].samples.push_back({placed.momentMs, map->GetCells()[*channel]});
-            }
+    walkSweeps(recordings, spectra, [&](std::size_t i, const LevelMap& map, double momentMs) {
+        const auto channel = channelAt(map.GetChannelRange(), hz);
+        if (channel && std::isfinite(map.GetCells()[*channel])) {
+            traces[i].hz = map.GetChannelRange().frequencyHz(*channel);
+            traces[i].samples.push_back({momentMs, map.GetCells()[*channel]});
         }
+        return true;
     });
     return traces;
 }

@@ -133,6 +133,27 @@ public:
     /// Each is given with a --type of its own: what follows one is the recording.
     void types(const char* help) { eachAlone("--type", options().types, help).as("TYPE"); }
     Option json(const char* help = "Print one JSON document") { return flag("--json", options().json, help); }
+    void timeForms()
+    {
+        text("--time", options().time, "How times are shown: offset, utc or local")
+            .oneOf({"offset", "utc", "local"})
+            .showDefault();
+    }
+    Option unit(const char* help = "What levels are in, such as dBm; recordings do not tell")
+    {
+        return text("--unit", options().unit, help).showDefault();
+    }
+    /// --width and --height of a picture.
+    void size(const char* width, const char* height)
+    {
+        constexpr double Smallest = 400;  // pixels; in less the texts have no room
+        constexpr double Largest = 5000;
+        number("--width", options().width, width).wholeNumber(Smallest, Largest, "px").showDefault();
+        number("--height", options().height, height)
+            .sets(options().heightIsAsked)
+            .wholeNumber(Smallest, Largest, "px")
+            .showDefault();
+    }
     Option yes() { return flag("--yes", options().yes, "Change the file without asking"); }
     Option output(const char* typeName, const char* help)
     {

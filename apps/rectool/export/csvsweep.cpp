@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 
 #include <terminaltext/quantity.h>
 
@@ -30,13 +29,9 @@ std::string SweepRows::take(const values::ChannelRange& range)
 {
     constexpr double SideBySide = 1e-6;  // of a channel's width
     m_rows.clear();
-    std::vector<std::size_t> channels(range.size());
-    std::iota(channels.begin(), channels.end(), std::size_t{0});
-    std::stable_sort(channels.begin(), channels.end(),
-                     [&](std::size_t a, std::size_t b) { return range.frequencyHz(a) < range.frequencyHz(b); });
     const double known = std::abs(channelWidthHz(range));
     const double widthHz = known > 0 ? known : AloneHz;
-    for (const std::size_t channel : channels) {
+    for (const std::size_t channel : byFrequency(range)) {
         const bool goesOn =
             !m_rows.empty() && std::abs(range.frequencyHz(channel) - range.frequencyHz(m_rows.back().channels.back()) -
                                         widthHz) <= SideBySide * widthHz;

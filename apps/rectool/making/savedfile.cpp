@@ -89,4 +89,23 @@ ExitCode saveFile(const std::string& path, const std::function<bool(QIODevice&)>
     return stored ? ExitCode::Fine : ExitCode::CannotRead;
 }
 
+ExitCode saveText(const std::string& path, const std::function<void(const TextSink&)>& produce)
+{
+    if (path.empty()) {
+        produce([](const std::string& text) {
+            std::cout << text;
+            static_cast<void>(canPrint());  // notes why not
+        });
+        return ExitCode::Fine;
+    }
+    return saveFile(path, [&](QIODevice& file) {
+        bool good = true;
+        produce([&](const std::string& text) {
+            const auto size = static_cast<qint64>(text.size());
+            good = good && file.write(text.data(), size) == size;
+        });
+        return good;
+    });
+}
+
 }  // namespace RecTool

@@ -24,4 +24,9 @@ namespace RecTool {
 /// @return Fine, or, told, CannotRead
 [[nodiscard]] ExitCode saveFile(const std::string& path, const std::function<bool(QIODevice&)>& produce);
 
+/// Takes a piece of text.
+using TextSink = std::function<void(const std::string&)>;
+/// The same for text, which goes to standard output where there is no path.
+[[nodiscard]] ExitCode saveText(const std::string& path, const std::function<void(const TextSink&)>& produce);
+
 }  // namespace RecTool

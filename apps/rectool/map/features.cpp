@@ -71,6 +71,14 @@ Json feature(Json geometry, Json properties)
     return {{"type", "Feature"}, {"geometry", std::move(geometry)}, {"properties", std::move(properties)}};
 }
 
+Json uncertaintyOf(const Geo::Fix& fix)
+{
+    return {{"confidence", Geo::Confidence},
+            {"semiMajorM", hundredths(fix.ellipse.semiMajorM)},
+            {"semiMinorM", hundredths(fix.ellipse.semiMinorM)},
+            {"orientationDeg", thousandths(fix.ellipse.orientationDeg)}};
+}
+
 FeatureWriter::FeatureWriter(const Json& about, TextSink write) : m_write(std::move(write))
 {
     Json head = {{"type", "FeatureCollection"}};

@@ -1,11 +1,12 @@
 // What GeoJSON (RFC 7946) is made of: geometries and features, with numbers rounded to what they are worth.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
+#include "geo/fix.h"
 #include "geo/shapes.h"
+#include "making/savedfile.h"
 #include "printing/json.h"
 #include "printing/units.h"
 #include "replay/recordings.h"
@@ -24,9 +25,8 @@ namespace RecTool {
 [[nodiscard]] Json lineString(const std::vector<Geo::Path>& parts);
 [[nodiscard]] Json polygon(const std::vector<Geo::Path>& rings);
 [[nodiscard]] Json feature(Json geometry, Json properties);
-
-/// Takes a piece of text.
-using TextSink = std::function<void(const std::string&)>;
+/// The properties that tell how sure a fix is.
+[[nodiscard]] Json uncertaintyOf(const Geo::Fix& fix);
 
 /// Writes a feature collection, one feature a line, piece by piece: there may be millions.
 class FeatureWriter {

@@ -185,7 +185,7 @@ private:
         properties["bearings"] = fix.bearings;
         properties["positions"] = fix.positions;
         properties["outliers"] = fix.outliers;
-        properties.update(ellipse(fix));
+        properties.update(uncertaintyOf(fix));
         properties["rmsErrorDeg"] = thousandths(fix.rmsErrorDeg);
         properties["chi2PerDof"] = fix.chi2PerDof ? Json(thousandths(*fix.chi2PerDof)) : Json();
         return feature(point(fix.position), std::move(properties));
@@ -195,17 +195,9 @@ private:
         const Geo::Fix& fix = *group.fix();
         Json properties = {{"type", "uncertainty"}, {"fix", number}};
         properties.update(about(group));
-        properties.update(ellipse(fix));
+        properties.update(uncertaintyOf(fix));
         return feature(polygon(Geo::ellipseRings(fix.position, fix.ellipse)), std::move(properties));
     }
-    static Json ellipse(const Geo::Fix& fix)
-    {
-        return {{"confidence", Geo::Confidence},
-                {"semiMajorM", hundredths(fix.ellipse.semiMajorM)},
-                {"semiMinorM", hundredths(fix.ellipse.semiMinorM)},
-                {"orientationDeg", thousandths(fix.ellipse.orientationDeg)}};
-    }
-
     const std::vector<TakenBearing>& m_bearings;
     const std::vector<BearingGroup>& m_groups;
     const GeoJsonSettings& m_settings;

@@ -44,15 +44,13 @@ Json fixFeature(const Heat& heat, const BearingGroup& group)
     const Geo::Fix& fix = *group.fix();
     const TakenBearing& first = heat.bearings[group.bearings.front()];
     const TakenBearing& last = heat.bearings[group.bearings.back()];
-    return feature(point(fix.position), {{"type", "fix"},
-                                         {"frequencyHz", last.frequencyHz},
-                                         {"bearings", fix.bearings},
-                                         {"firstTime", time(first.measuredUs)},
-                                         {"lastTime", time(last.measuredUs)},
-                                         {"confidence", Geo::Confidence},
-                                         {"semiMajorM", hundredths(fix.ellipse.semiMajorM)},
-                                         {"semiMinorM", hundredths(fix.ellipse.semiMinorM)},
-                                         {"orientationDeg", thousandths(fix.ellipse.orientationDeg)}});
+    Json properties = {{"type", "fix"},
+                       {"frequencyHz", last.frequencyHz},
+                       {"bearings", fix.bearings},
+                       {"firstTime", time(first.measuredUs)},
+                       {"lastTime", time(last.measuredUs)}};
+    properties.update(uncertaintyOf(fix));
+    return feature(point(fix.position), std::move(properties));
 }
 
 Json aboutHeat(const MapOptions& options, const Recordings& recordings, const Heat& heat, double highest)

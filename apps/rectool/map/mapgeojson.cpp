@@ -49,25 +49,6 @@ void complainOfBearings(const std::string& file, const TakenBearings& taken)
 
 }  // namespace
 
-ExitCode writeMapDocument(const std::string& output, const std::function<void(const TextSink&)>& produce)
-{
-    if (output.empty()) {
-        produce([](const std::string& text) {
-            std::cout << text;
-            static_cast<void>(canPrint());  // notes why not
-        });
-        return ExitCode::Fine;
-    }
-    return saveFile(output, [&](QIODevice& file) {
-        bool good = true;
-        produce([&](const std::string& text) {
-            const auto size = static_cast<qint64>(text.size());
-            good = good && file.write(text.data(), size) == size;
-        });
-        return good;
-    });
-}
-
 ExitCode mapGeoJson(const MapOptions& options, const Inspection::Summary& summary, const Span& span)
 {
     if (!options.output.empty() && !mayReplace(options.output)) {
@@ -79,7 +60,7 @@ ExitCode mapGeoJson(const MapOptions& options, const Inspection::Summary& summar
     const auto produce = [&](const TextSink& write) {
         writeGeoJson(about(options, span), taken, groups, settings, write);
     };
-    if (const ExitCode saved = writeMapDocument(options.output, produce); saved != ExitCode::Fine) {
+    if (const ExitCode saved = saveText(options.output, produce); saved != ExitCode::Fine) {
         return saved;
     }
     complainOfBearings(options.files.front(), taken);

@@ -21,13 +21,7 @@ constexpr double Unseen = 1e-3;  // evidence of a cell that no bearing says anyt
 QCPColorGradient heatColours()
 {
     constexpr std::array<QRgb, 6> Stops{0xffffffe5, 0xfffee391, 0xfffe9929, 0xffec5a14, 0xffbd2206, 0xff5c0610};
-    QCPColorGradient gradient;
-    gradient.clearColorStops();
-    for (std::size_t i = 0; i < Stops.size(); ++i) {
-        gradient.setColorStopAt(static_cast<double>(i) / (Stops.size() - 1), QColor(Stops[i]));
-    }
-    gradient.setNanHandling(QCPColorGradient::nhTransparent);
-    return gradient;
+    return gradientOf(Stops);
 }
 
 QString spanText(const Recordings& recordings, double firstMs, double lastMs)
@@ -160,9 +154,9 @@ private:
         for (const FieldPoint& point : track.points) {
             levels += point.levels;
         }
-        const std::string name = oneLine(track.device.empty() ? track.keyword : track.device + ": " + track.keyword);
-        return QString::fromStdString(name + " at " + frequency(track.hz) + ", " + counted(levels, "level") + " at " +
-                                      counted(track.points.size(), "position") + ' ') +
+        return QString::fromStdString(ofDevice(track.device, track.keyword) + " at " + frequency(track.hz) + ", " +
+                                      counted(levels, "level") + " at " + counted(track.points.size(), "position") +
+                                      ' ') +
                spanText(recordings, track.points.front().firstMs, track.points.back().lastMs);
     }
     static QCPRange levelsOf(const FieldTrack& track)

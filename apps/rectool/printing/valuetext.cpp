@@ -19,29 +19,10 @@ using values::ValueType;
 
 namespace {
 
-/// The lowest and highest number, those that are none left out.
-class MeasuredSpan {
-public:
-    void add(double number)
-    {
-        if (std::isnan(number)) {
-            return;
-        }
-        m_lowest = m_count == 0 ? number : std::min(m_lowest, number);
-        m_highest = m_count == 0 ? number : std::max(m_highest, number);
-        ++m_count;
-    }
-    [[nodiscard]] std::size_t count() const { return m_count; }
-    [[nodiscard]] std::string text(int digits) const
-    {
-        return "min " + number(m_lowest, digits) + ", max " + number(m_highest, digits);
-    }
-
-private:
-    double m_lowest = 0;
-    double m_highest = 0;
-    std::size_t m_count = 0;
-};
+std::string text(const MeasuredSpan& span, int digits)
+{
+    return "min " + number(span.lowest, digits) + ", max " + number(span.highest, digits);
+}
 
 std::string describeRange(const ChannelRange& range)
 {
@@ -68,7 +49,7 @@ std::string describeLevels(const CellMap<float, values::levelHandler>& map)
         levels.add(level);
     }
     const std::string range = describeRange(map.GetChannelRange());
-    return levels.count() == 0 ? range + ", no level" : range + ", " + levels.text(Digits);
+    return levels.count == 0 ? range + ", no level" : range + ", " + text(levels, Digits);
 }
 
 std::string describeBearings(const CellMap<Bearing, BearingHandler>& map)
@@ -78,14 +59,23 @@ std::string describeBearings(const CellMap<Bearing, BearingHandler>& map)
         azimuths.add(bearing.azimuthDeg);
     }
     const std::string range = describeRange(map.GetChannelRange());
-    if (azimuths.count() == 0) {
+    if (azimuths.count == 0) {
         return range + ", no bearing";
     }
-    const std::string bearings = counted(azimuths.count(), "bearing");
-    return range + ", " + bearings + ", " + azimuths.text(6) + " degrees";
+    const std::string bearings = counted(azimuths.count, "bearing");
+    return range + ", " + bearings + ", " + text(azimuths, 6) + " degrees";
 }
 
 }  // namespace
+
+void MeasuredSpan::add(double number)
+{
+    if (!std::isnan(number)) {
+        lowest = count == 0 ? number : std::min(lowest, number);
+        highest = count == 0 ? number : std::max(highest, number);
+        ++count;
+    }
+}
 
 std::string describe(const ValueBase& value)
 {

@@ -10,6 +10,15 @@
 
 namespace RecTool {
 
+/// The lowest and highest number of some, those that are none left out.
+struct MeasuredSpan {
+    std::size_t count = 0;
+    double lowest = 0;
+    double highest = 0;
+
+    void add(double number);
+};
+
 /// A value as a person would write it, on one line. Maps: range, number of channels, lowest and highest.
 [[nodiscard]] std::string describe(const values::ValueBase& value);
 /// The same for the value that a record led to. @param value null when the record's data is not understood: it is then

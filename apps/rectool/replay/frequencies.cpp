@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
 #include <set>
 
@@ -45,6 +46,14 @@ std::vector<FrequencySpan> joinNearest(const std::vector<FrequencySpan>& pieces,
 
 }  // namespace
 
+std::optional<FrequencySpan> wantedSpan(double lowHz, double highHz)
+{
+    if (lowHz == 0 && highHz == 0) {
+        return std::nullopt;
+    }
+    return FrequencySpan{lowHz, highHz == 0 ? std::numeric_limits<double>::infinity() : highHz};
+}
+
 double channelWidthHz(const ChannelRange& range)
 {
     if (!range.isList()) {
@@ -75,6 +84,15 @@ std::vector<FrequencySpan> joined(std::vector<FrequencySpan> spans)
         }
     }
     return joined;
+}
+
+std::vector<std::size_t> byFrequency(const ChannelRange& range)
+{
+    std::vector<std::size_t> channels(range.size());
+    std::iota(channels.begin(), channels.end(), std::size_t{0});
+    std::stable_sort(channels.begin(), channels.end(),
+                     [&](std::size_t a, std::size_t b) { return range.frequencyHz(a) < range.frequencyHz(b); });
+    return channels;
 }
 
 std::size_t nearestChannel(const ChannelRange& range, double hz)

@@ -17,11 +17,17 @@ struct FrequencySpan {
     double highHz = 0;
 
     [[nodiscard]] double width() const { return highHz - lowHz; }
+    [[nodiscard]] bool holds(double hz) const { return lowHz <= hz && hz <= highHz; }
 };
+
+/// What users ask for, 0 for no end; nothing where they take all.
+[[nodiscard]] std::optional<FrequencySpan> wantedSpan(double lowHz, double highHz);
 
 /// How wide a channel is: the step of an even range, the smallest distance between two channels of a list. 0 where
 /// there is neither.
 [[nodiscard]] double channelWidthHz(const values::ChannelRange& range);
+/// The channels in ascending order of frequency.
+[[nodiscard]] std::vector<std::size_t> byFrequency(const values::ChannelRange& range);
 /// The channel whose centre is nearest to a frequency. The range must have channels.
 [[nodiscard]] std::size_t nearestChannel(const values::ChannelRange& range, double hz);
 /// The channel that a frequency belongs to: the nearest one, if it reaches so far.

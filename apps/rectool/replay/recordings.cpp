@@ -290,6 +290,11 @@ ExitCode Recordings::refuse(const std::string& why)
     return end(ExitCode::Usage);
 }
 
+std::string ofDevice(const std::string& device, const std::string& keyword)
+{
+    return oneLine(device.empty() ? keyword : device + ": " + keyword);
+}
+
 std::string noRecord(const RecordingsOptions& options, const std::string& keyword)
 {
     const bool isWhole = options.from.empty() && options.to.empty();

@@ -149,6 +149,8 @@ private:
     std::size_t m_walked = 0;  // parts, in all passes
 };
 
+/// "RX 1: LEVEL", on one line; the keyword alone where the device has no name.
+[[nodiscard]] std::string ofDevice(const std::string& device, const std::string& keyword);
 /// That a type has no record.
 [[nodiscard]] std::string noRecord(const RecordingsOptions& options, const std::string& keyword);
 

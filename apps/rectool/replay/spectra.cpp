@@ -153,18 +153,44 @@ std::vector<Spectrum> endSurvey(std::vector<Spectrum>& spectra, Recordings& sour
     return recorded;
 }
 
-std::string noSpectrum(const RecordingsOptions& options, const std::vector<Spectrum>& spectra)
+bool walkSweeps(Recordings& source, const std::vector<Spectrum>& spectra,
+                const std::function<bool(std::size_t spectrum, const LevelMap& map, double momentMs)>& visit)
+{
+    bool goesOn = true;
+    source.walk([&](const PlacedRecord& placed) {
+        for (std::size_t i = 0; i < spectra.size() && goesOn; ++i) {
+            // Also before the span: ranges are told once.
+            const LevelMap* map = placed.type == spectra[i].type ? placed.carriedLevels() : nullptr;
+            if (map != nullptr && !source.isBefore(placed.momentMs)) {
+                goesOn = visit(i, *map, placed.momentMs);
+            }
+        }
+    });
+    return goesOn;
+}
+
+std::string keywordsOf(const std::vector<Spectrum>& spectra)
 {
     QStringList names;
     for (const Spectrum& spectrum : spectra) {
         names << QString::fromStdString(spectrum.keyword);
     }
     names.removeDuplicates();
-    const std::string all = names.join(QStringLiteral(" or ")).toStdString();
-    if (std::any_of(spectra.begin(), spectra.end(), [](const Spectrum& spectrum) { return spectrum.records > 0; })) {
-        return "The records of " + all + " hold no spectrum.";
-    }
-    return noRecord(options, all);
+    return names.join(QStringLiteral(" or ")).toStdString();
+}
+
+std::string noSweep(const RecordingsOptions& options, const std::vector<Spectrum>& spectra, double lowHz, double highHz)
+{
+    return wantedSpan(lowHz, highHz) ? "No sweep has a channel between these frequencies with a level."
+                                     : noRecord(options, keywordsOf(spectra) + " with a level");
+}
+
+std::string noSpectrum(const RecordingsOptions& options, const std::vector<Spectrum>& spectra)
+{
+    const bool areThere =
+        std::any_of(spectra.begin(), spectra.end(), [](const Spectrum& spectrum) { return spectrum.records > 0; });
+    const std::string all = keywordsOf(spectra);
+    return areThere ? "The records of " + all + " hold no spectrum." : noRecord(options, all);
 }
 
 }  // namespace RecTool

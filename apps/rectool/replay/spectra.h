@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -49,6 +50,15 @@ private:
 /// Ends the survey, and makes the picture as wide as its spectra last. @return those that there are
 [[nodiscard]] std::vector<Spectrum> endSurvey(std::vector<Spectrum>& spectra, Recordings& source);
 
+/// Visits the sweeps in the span, each with the levels that its record carries itself, until the visitor gives false.
+/// @return whether it never did
+bool walkSweeps(Recordings& source, const std::vector<Spectrum>& spectra,
+                const std::function<bool(std::size_t spectrum, const LevelMap& map, double momentMs)>& visit);
+/// Their keywords, each once: "RFSPECTRUM or IFSPECTRUM".
+[[nodiscard]] std::string keywordsOf(const std::vector<Spectrum>& spectra);
+/// Why there is no sweep among the channels from one frequency to another, of wantedSpan.
+[[nodiscard]] std::string noSweep(const RecordingsOptions& options, const std::vector<Spectrum>& spectra, double lowHz,
+                                  double highHz);
 /// Why there is nothing to draw.
 [[nodiscard]] std::string noSpectrum(const RecordingsOptions& options, const std::vector<Spectrum>& spectra);
 

@@ -48,12 +48,6 @@ std::string placeText(const FoundEmission& emission)
     return place ? withDigits(place->latitudeDeg, Digits) + ' ' + withDigits(place->longitudeDeg, Digits) : "-";
 }
 
-std::string spectrumName(const Recordings& recordings, const Spectrum& spectrum)
-{
-    const std::string& device = recordings.tracks()[spectrum.type.track].device;
-    return oneLine(device.empty() ? spectrum.keyword : device + ": " + spectrum.keyword);
-}
-
 void printEmissionTable(const EmissionsOptions& options, const Recordings& recordings,
                         const std::vector<Spectrum>& spectra, const FoundEmissions& found)
 {
@@ -88,7 +82,8 @@ void printEmissionTable(const EmissionsOptions& options, const Recordings& recor
         if (hasPlace) {
             row.push_back(placeText(emission));
         }
-        row.push_back(spectrumName(recordings, spectra[emission.spectrum]));
+        const Spectrum& spectrum = spectra[emission.spectrum];
+        row.push_back(ofDevice(recordings.tracks()[spectrum.type.track].device, spectrum.keyword));
         table.add(std::move(row));
     }
     std::cout << counted(found.all.size(), "emission") << " in " << counted(found.sweeps, "sweep") << ", levels in "

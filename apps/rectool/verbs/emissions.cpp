@@ -6,7 +6,6 @@
 #include <memory>
 
 #include <terminaltext/quantity.h>
-#include <QIODevice>
 
 #include "commandline/verb.h"
 #include "emissionbookmarks.h"
@@ -47,37 +46,13 @@ ExitCode checkEmissions(const EmissionsOptions& options)
     return options.geoJson && !options.output.empty() && !mayReplace(options.output) ? ExitCode::Usage : ExitCode::Fine;
 }
 
-std::string whyNoSweep(const EmissionsOptions& options, const std::vector<Spectrum>& spectra)
-{
-    if (options.lowHz != 0 || options.highHz != 0) {
-        return "No sweep has a channel between these frequencies with a level.";
-    }
-    std::string keywords;
-    for (const Spectrum& spectrum : spectra) {
-        const bool isNew = keywords.find(spectrum.keyword) == std::string::npos;
-        keywords += !isNew ? "" : (keywords.empty() ? "" : " or ") + spectrum.keyword;
-    }
-    return noRecord(options, keywords + " with a level");
-}
-
 ExitCode printFeatures(const EmissionsOptions& options, const Recordings& recordings,
                        const std::vector<Spectrum>& spectra, const FoundEmissions& found)
 {
     std::size_t left = 0;
-    ExitCode result = ExitCode::Fine;
-    if (options.output.empty()) {
-        left = writeEmissionFeatures(options, recordings, spectra, found,
-                                     [](const std::string& text) { std::cout << text; });
-    } else {
-        result = saveFile(options.output, [&](QIODevice& file) {
-            bool isWritten = true;
-            left = writeEmissionFeatures(options, recordings, spectra, found, [&](const std::string& text) {
-                const auto size = static_cast<qint64>(text.size());
-                isWritten = isWritten && file.write(text.data(), size) == size;
-            });
-            return isWritten;
-        });
-    }
+    const ExitCode result = saveText(options.output, [&](const TextSink& write) {
+        left = writeEmissionFeatures(options, recordings, spectra, found, write);
+    });
     if (left > 0) {
         complain(recordings.file(),
                  "Emissions left out because where they were received is not recorded: " + grouped(left) + '.');
@@ -93,7 +68,7 @@ ExitCode showEmissions(const EmissionsOptions& options, Recordings& recordings, 
         return recordings.refuse(found.problem);
     }
     if (found.sweeps == 0) {
-        return recordings.refuse(whyNoSweep(options, spectra));
+        return recordings.refuse(noSweep(options, spectra, options.lowHz, options.highHz));
     }
     ExitCode result = ExitCode::Fine;
     if (copy != nullptr) {
@@ -187,10 +162,8 @@ void addEmissions(const Syntax& program)
     addEmissionFrequencies(verb);
     verb.types("The spectra of this keyword or type number; may be given several times");
     addEmissionRules(verb);
-    verb.text("--time", options.time, "How times are shown: offset, utc or local")
-        .oneOf({"offset", "utc", "local"})
-        .showDefault();
-    verb.text("--unit", options.unit, "What levels are in, such as dBm; recordings do not tell").showDefault();
+    verb.timeForms();
+    verb.unit();
     const Option json = verb.json("Print one JSON document, which names the records of every emission");
     const Option csv = verb.flag("--csv", options.csv, "Print lines of CSV").excludes(json);
     const Option geoJson =

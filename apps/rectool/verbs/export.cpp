@@ -41,7 +41,7 @@ void addHdf5Export(const Syntax& program)
     Verb verb(program, "hdf5", "Levels and values as HDF5, for h5py and xarray", exportHdf5);
     addNewFile(verb);
     addChoice(verb);
-    verb.text("--unit", verb.options().unit, "What levels are in, such as dBm; recordings do not tell").showDefault();
+    verb.unit();
     verb.number("--deflate", verb.options().deflate, "How strongly levels are compressed, 0 not at all")
         .as("0-9")
         .wholeNumber(0, StrongestDeflate)

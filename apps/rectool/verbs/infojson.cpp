@@ -54,8 +54,8 @@ Json levelsJson(const InfoReport& report)
 {
     Json all = Json::array();
     for (const auto& [code, levels] : report.levels) {
-        if (levels.lowest) {
-            all.push_back({{"code", code}, {"min", *levels.lowest}, {"max", levels.highest}});
+        if (levels.count > 0) {
+            all.push_back({{"code", code}, {"min", levels.lowest}, {"max", levels.highest}});
         }
     }
     return all;

@@ -1,8 +1,6 @@
 // What the verb "info" finds out of a recording.
 #pragma once
 
-#include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -12,6 +10,7 @@
 #include <recording2/inspection/inspection.h>
 
 #include "printing/json.h"
+#include "printing/valuetext.h"
 #include "replay/recordedranges.h"
 
 namespace RecTool {
@@ -19,20 +18,6 @@ namespace RecTool {
 struct TypeCount {
     std::uint64_t records = 0;
     std::uint64_t bytes = 0;  // of data
-};
-
-/// The lowest and highest of the measured levels; what was not measured is none.
-struct LevelSpan {
-    std::optional<double> lowest;
-    double highest = 0;
-
-    void add(double level)
-    {
-        if (!std::isnan(level)) {
-            highest = lowest ? std::max(highest, level) : level;
-            lowest = lowest ? std::min(*lowest, level) : level;
-        }
-    }
 };
 
 /// A table of the file.
@@ -54,9 +39,9 @@ struct InfoReport {
     std::map<std::int32_t, TypeCount> perType;
     TypeCount all;
     RecordedRanges ranges;
-    std::optional<double> stepHz;              // as the device told it last
-    bool knowsLevelScale = false;              // and does not only hold what a recorder writes that was told none
-    std::map<std::int32_t, LevelSpan> levels;  // measured, by type; where they were asked for
+    std::optional<double> stepHz;                 // as the device told it last
+    bool knowsLevelScale = false;                 // and does not only hold what a recorder writes that was told none
+    std::map<std::int32_t, MeasuredSpan> levels;  // measured, by type; where they were asked for
     std::vector<Recording2::Inspection::Finding> findings;  // of the tables and of the records
 
     [[nodiscard]] std::uint64_t lengthMs() const;

@@ -56,8 +56,8 @@ void printLevels(const InfoReport& report)
     }
     const TypeNames names(report.summary.types);
     for (const auto& [code, levels] : report.levels) {
-        if (levels.lowest) {
-            printField("Measured", names.label(code) + " " + number(*levels.lowest, Digits) + " to " +
+        if (levels.count > 0) {
+            printField("Measured", names.label(code) + " " + number(levels.lowest, Digits) + " to " +
                                        number(levels.highest, Digits));
         }
     }

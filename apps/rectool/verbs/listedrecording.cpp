@@ -28,9 +28,8 @@ bool takesHeader(const ListChoice& choice, const ListedRecording& listed)
 
 bool takesRanges(const ListChoice& choice, const ListedRecording& listed)
 {
-    return !choice.coversHz || std::any_of(listed.ranges.begin(), listed.ranges.end(), [&](const FrequencySpan& span) {
-        return span.lowHz <= *choice.coversHz && *choice.coversHz <= span.highHz;
-    });
+    return !choice.coversHz || std::any_of(listed.ranges.begin(), listed.ranges.end(),
+                                           [&](const FrequencySpan& span) { return span.holds(*choice.coversHz); });
 }
 
 /// Which types are spectra, and which tell frequencies.

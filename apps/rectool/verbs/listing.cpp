@@ -24,8 +24,8 @@
 #include "printing/table.h"
 #include "printing/text.h"
 #include "printing/units.h"
-#include "replay/moment.h"
 #include "replay/recordedranges.h"
+#include "replay/recordingtime.h"
 #include "system/filenames.h"
 
 namespace RecTool {
@@ -117,29 +117,16 @@ std::vector<std::string> filesOf(const OverviewOptions& options, ExitCode& resul
     return files;
 }
 
-using Before = std::function<bool(const ListedRecording&, const ListedRecording&)>;
-
-Before orderBy(const std::string& column)
+/// Whether one stands before another in the order of a column.
+bool isBefore(const std::string& column, const ListedRecording& a, const ListedRecording& b)
 {
-    if (column == "device") {
-        return [](const ListedRecording& a, const ListedRecording& b) { return a.device < b.device; };
-    }
-    if (column == "length") {
-        return [](const ListedRecording& a, const ListedRecording& b) { return a.lengthMs() < b.lengthMs(); };
-    }
-    if (column == "records") {
-        return [](const ListedRecording& a, const ListedRecording& b) { return a.records < b.records; };
-    }
-    if (column == "spectra") {
-        return [](const ListedRecording& a, const ListedRecording& b) { return a.spectra < b.spectra; };
-    }
-    if (column == "size") {
-        return [](const ListedRecording& a, const ListedRecording& b) { return a.bytes < b.bytes; };
-    }
-    if (column == "file") {
-        return [](const ListedRecording& a, const ListedRecording& b) { return a.file < b.file; };
-    }
-    return [](const ListedRecording& a, const ListedRecording& b) { return a.startMs < b.startMs; };
+    return column == "device"    ? a.device < b.device
+           : column == "length"  ? a.lengthMs() < b.lengthMs()
+           : column == "records" ? a.records < b.records
+           : column == "spectra" ? a.spectra < b.spectra
+           : column == "size"    ? a.bytes < b.bytes
+           : column == "file"    ? a.file < b.file
+                                 : a.startMs < b.startMs;
 }
 
 std::string rangesText(const std::vector<FrequencySpan>& ranges)
@@ -239,7 +226,8 @@ ExitCode listRecordings(const OverviewOptions& options)
         }
     }
     progress.clear();
-    std::stable_sort(all.begin(), all.end(), orderBy(options.sort));
+    std::stable_sort(all.begin(), all.end(),
+                     [&](const ListedRecording& a, const ListedRecording& b) { return isBefore(options.sort, a, b); });
     if (options.reverse) {
         std::reverse(all.begin(), all.end());
     }

@@ -233,8 +233,6 @@ void addHeatOptions(Verb<MapOptions>& verb)
 {
     constexpr int FewestCells = 10;
     constexpr int MostCells = 1000;
-    constexpr int Smallest = 400;  // pixels; in less the texts have no room
-    constexpr int Largest = 5000;
     MapOptions& options = verb.options();
     verb.text("--area", options.area,
               "With --heat: this area in degrees, south, west, north, east (default: as far as bearings reach)")
@@ -245,15 +243,8 @@ void addHeatOptions(Verb<MapOptions>& verb)
         .sets(options.isOfEarth)
         .wholeNumber(FewestCells, MostCells)
         .showDefault();
-    verb.text("--unit", options.unit, "With --track: what levels are in, such as dBm; recordings do not tell")
-        .showDefault();
-    verb.number("--width", options.width, "Width of a picture in pixels")
-        .wholeNumber(Smallest, Largest, "px")
-        .showDefault();
-    verb.number("--height", options.height, "Height of a picture in pixels")
-        .sets(options.heightIsAsked)
-        .wholeNumber(Smallest, Largest, "px")
-        .showDefault();
+    verb.unit("With --track: what levels are in, such as dBm; recordings do not tell");
+    verb.size("Width of a picture in pixels", "Height of a picture in pixels");
 }
 
 }  // namespace

@@ -63,10 +63,10 @@ ExitCode mapHeat(const MapOptions& options)
     if (const ExitCode collected = collectHeat(options, recordings, heat); collected != ExitCode::Fine) {
         return collected;
     }
-    const ExitCode made = isPictureName(options.output) ? drawHeat(options, recordings, heat)
-                                                        : writeMapDocument(options.output, [&](const TextSink& write) {
-                                                              writeHeatJson(options, recordings, heat, write);
-                                                          });
+    const ExitCode made =
+        isPictureName(options.output)
+            ? drawHeat(options, recordings, heat)
+            : saveText(options.output, [&](const TextSink& write) { writeHeatJson(options, recordings, heat, write); });
     tellHeat(recordings, heat);
     return recordings.end(
         withPassedOver(recordings.file(), DirectionFindingKeyword, "bearings", heat.passedOver, made));
@@ -95,7 +95,7 @@ ExitCode mapTrack(const MapOptions& options)
             "LOCATIONLONGITUDE before them.");
     }
     const ExitCode made = isPictureName(options.output) ? drawField(options, recordings, tracks)
-                                                        : writeMapDocument(options.output, [&](const TextSink& write) {
+                                                        : saveText(options.output, [&](const TextSink& write) {
                                                               writeFieldJson(options, recordings, tracks, write);
                                                           });
     if (unplaced > 0) {

@@ -115,8 +115,7 @@ void printBandTable(const OccupancyOptions& options, const TypeOccupancy& type)
 
 void printTables(const OccupancyOptions& options, const TypeOccupancy& type, const std::vector<NamedChannel>& names)
 {
-    std::cout << oneLine(type.device.empty() ? type.keyword : type.device + ": " + type.keyword) << ", "
-              << counted(type.sweeps, "sweep") << ", occupied: "
+    std::cout << ofDevice(type.device, type.keyword) << ", " << counted(type.sweeps, "sweep") << ", occupied: "
               << (options.hasThreshold ? "from " + shortest(options.thresholdDb) + " dB on"
                                        : shortest(options.aboveDb) + " dB above the noise floor")
               << '\n';
@@ -130,10 +129,10 @@ void printTables(const OccupancyOptions& options, const TypeOccupancy& type, con
 }
 
 void printCsvLine(const std::string& begin, const std::string& hour, const Figures& figures, std::uint64_t samples,
-                  std::uint64_t emissions, const std::string& end)
+                  const std::string& end)
 {
     std::cout << begin << hour << ',' << shortest(figures.percent) << ',' << shortest(figures.low) << ','
-              << shortest(figures.high) << ',' << samples << ',' << emissions << end << '\n';
+              << shortest(figures.high) << ',' << samples << ',' << end << '\n';
 }
 
 void printCsv(const OccupancyOptions& options, const std::vector<TypeOccupancy>& types,
@@ -147,21 +146,18 @@ void printCsv(const OccupancyOptions& options, const std::vector<TypeOccupancy>&
             std::string named = begin;
             named.append(hz).append(1, ',').append(hz).append(1, ',');
             named.append(csvText(channelName(names, channel.hz))).append(1, ',');
-            std::string end = ",";
+            std::string end = std::to_string(channel.cycles.emissions()).append(1, ',');
             end.append(shortest(channel.revisitMs())).append(1, ',').append(shortest(missingMs(options, channel)));
-            printCsvLine(named, "", figuresOf(channel.cycles, options.confidence), channel.cycles.samples(),
-                         channel.cycles.emissions(), end);
+            printCsvLine(named, "", figuresOf(channel.cycles, options.confidence), channel.cycles.samples(), end);
             for (const auto& [hour, cycles] : channel.byHour) {
                 printCsvLine(named, std::to_string(hour), figuresOf(cycles, options.confidence), cycles.samples(),
-                             cycles.emissions(), ",,");
+                             std::to_string(cycles.emissions()) + ",,");
             }
         }
         for (const BandOccupancy& band : type.bands) {
             if (band.sweeps() > 0) {
-                std::cout << begin << shortest(band.lowHz()) << ',' << shortest(band.highHz()) << ",,";
-                const Figures figures = figuresOf(band, options.confidence);
-                std::cout << ',' << shortest(figures.percent) << ',' << shortest(figures.low) << ','
-                          << shortest(figures.high) << ',' << band.sweeps() << ",,,\n";
+                printCsvLine(begin + shortest(band.lowHz()) + ',' + shortest(band.highHz()) + ",,", "",
+                             figuresOf(band, options.confidence), band.sweeps(), ",,");
             }
         }
     }

@@ -13,16 +13,9 @@ constexpr const char* RelativeHelp = "Azimuths relative to the antenna, also whe
 template <typename Options>
 void addPicture(Verb<Options>& verb)
 {
-    constexpr int Smallest = 400;  // in less the texts have no room
-    constexpr int Largest = 5000;
-    Options& options = verb.options();
     verb.output("PICTURE", "Picture to write: .png, .jpg or .pdf").required();
     verb.span("Begin at this time", "End at this time");
-    verb.number("--width", options.width, "Width in pixels").wholeNumber(Smallest, Largest, "px").showDefault();
-    verb.number("--height", options.height, "Height in pixels; without it more where many panels need it")
-        .sets(options.heightIsAsked)
-        .wholeNumber(Smallest, Largest, "px")
-        .showDefault();
+    verb.size("Width in pixels", "Height in pixels; without it more where many panels need it");
     verb.json("Print what was drawn as one JSON document");
 }
 
@@ -38,7 +31,7 @@ void addSpectrum(const Syntax& plot)
     verb.flag("--mean", options.mean, "A pixel is the mean of its levels in decibels, over their time")
         .excludes(highest);
     verb.flag("--continuous", options.continuous, "Do not break the frequency axis at wide gaps");
-    verb.text("--unit", options.unit, "What levels are in, such as dBm; recordings do not tell").showDefault();
+    verb.unit();
     verb.examples({"plot spectrum recording.rec -o waterfall.png",
                    "plot spectrum recording.rec -o alarm.png --rf --from bookmark:alarm-5000 --to bookmark:alarm+5000",
                    "plot spectrum recording.rec -o waterfall.pdf --mean --unit dBm"});
@@ -69,8 +62,7 @@ void addTimeline(const Syntax& plot)
     addPicture(verb);
     verb.types("A panel for this keyword or type number too; may be given several times");
     verb.flag("--relative", verb.options().relative, RelativeHelp);
-    verb.text("--unit", verb.options().unit, "What levels of spectra are in, such as dBm; recordings do not tell")
-        .showDefault();
+    verb.unit("What levels of spectra are in, such as dBm; recordings do not tell");
     verb.examples({"plot timeline receiver.rec df.rec -o station.png",
                    "plot timeline night_1.rec night_2.rec -o night.png --type LEVEL"});
 }

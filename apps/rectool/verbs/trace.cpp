@@ -38,18 +38,6 @@ bool isUsable(const TraceOptions& options)
     return true;
 }
 
-std::string whyNone(const TraceOptions& options, const std::vector<Spectrum>& spectra)
-{
-    if (options.lowHz != 0 || options.highHz != 0) {
-        return "No sweep has a channel between these frequencies with a level.";
-    }
-    std::string keywords;
-    for (const Spectrum& spectrum : spectra) {
-        keywords += (keywords.empty() ? "" : " or ") + spectrum.keyword;
-    }
-    return noRecord(options, keywords + " with a level");
-}
-
 ExitCode traceOne(const TraceOptions& options, Recordings& recordings, const std::vector<Spectrum>& spectra)
 {
     std::vector<ChannelTrace> traces = traceChannel(recordings, spectra, options.frequencyHz);
@@ -74,7 +62,7 @@ ExitCode traceAll(const TraceOptions& options, Recordings& recordings, const std
     }
     std::erase_if(*traces, [](const Trace& trace) { return trace.channels.empty(); });
     if (traces->empty()) {
-        return recordings.refuse(whyNone(options, spectra));
+        return recordings.refuse(noSweep(options, spectra, options.lowHz, options.highHz));
     }
     if (!options.output.empty()) {
         return recordings.end(drawTraces(options, recordings, *traces));
@@ -122,10 +110,8 @@ void addTrace(const Syntax& program)
                    "This percentile of each channel's levels, too, such as 90; may "
                    "be given several times")
         .as("P");
-    verb.text("--time", options.time, "How times are shown: offset, utc or local")
-        .oneOf({"offset", "utc", "local"})
-        .showDefault();
-    verb.text("--unit", options.unit, "What levels are in, such as dBm; recordings do not tell").showDefault();
+    verb.timeForms();
+    verb.unit();
     const Option json = verb.json();
     const Option csv = verb.flag("--csv", options.csv, "Print lines of CSV").excludes(json);
     verb.output("PICTURE", "Draw them: .png, .jpg or .pdf").excludes(json).excludes(csv);

@@ -61,8 +61,7 @@ void printTraceTable(const TraceOptions& options, const Recordings& recordings, 
 {
     ClockText clock(timeFormOf(options.time), recordings.startMs());
     const bool isSpan = isOfSpan(options);
-    const std::string name = oneLine(trace.device.empty() ? trace.keyword : trace.device + ": " + trace.keyword);
-    std::cout << name << ", " << options.unit << ", "
+    std::cout << ofDevice(trace.device, trace.keyword) << ", " << options.unit << ", "
               << (isSpan ? counted(trace.sweeps, "sweep") + " from " + momentText(clock, trace.firstMs) + " to " +
                                momentText(clock, trace.lastMs)
                          : "the sweep of " + momentText(clock, trace.firstMs))
@@ -162,8 +161,8 @@ void printSamples(const TraceOptions& options, const Recordings& recordings, con
         }
         return;
     }
-    std::cout << oneLine(trace.device.empty() ? trace.keyword : trace.device + ": " + trace.keyword) << ", "
-              << frequency(trace.hz) << ", " << counted(trace.samples.size(), "sweep") << '\n';
+    std::cout << ofDevice(trace.device, trace.keyword) << ", " << frequency(trace.hz) << ", "
+              << counted(trace.samples.size(), "sweep") << '\n';
     for (const ChannelTrace::Sample& sample : trace.samples) {
         std::cout << momentText(clock, sample.momentMs) << "  " << inTable(sample.level) << ' ' << options.unit << '\n';
     }

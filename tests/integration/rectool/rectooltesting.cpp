@@ -76,8 +76,7 @@ History::History(const std::string& file)
         const RecTool::LastRecord* last = inForce.find(record.code);
         if (last != nullptr) {
             const std::string key = std::to_string(record.code) + ' ' + (type != nullptr ? type->valuePath : "");
-            state[key] =
-                last->value != nullptr ? RecTool::dump(RecTool::toJson(*last->value), -1) : "data " + record.data;
+            state[key] = last->value != nullptr ? RecTool::toJson(*last->value).dump() : "data " + record.data;
             m_moments[summary.header.startMs + record.timeMs] = state;
         }
         return true;
