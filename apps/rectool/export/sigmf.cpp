@@ -168,7 +168,7 @@ Json documentOf(const SigMfExportOptions& options, const Recordings& recordings,
     }
     const auto expected = native(options.output).replace_extension(".sigmf-data").filename();
     if (native(samples.file).filename() != expected) {
-        global["core:dataset"] = fromNative(native(samples.file).filename());
+        global["core:dataset"] = utf8(native(samples.file).filename());
     }
     if (samples.metadata.isObject()) {
         return document;

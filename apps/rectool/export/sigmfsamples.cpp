@@ -41,7 +41,7 @@ constexpr std::array<SuffixFormat, 10> SuffixFormats{{{".cu8", "cu8"},
 std::string formatBySuffix(const fs::path& file)
 {
     for (const SuffixFormat& known : SuffixFormats) {
-        if (known.suffix == fromNative(file.extension())) {
+        if (known.suffix == utf8(file.extension())) {
             return known.format;
         }
     }
@@ -145,14 +145,14 @@ std::optional<IqSamples> findSamples(const SigMfExportOptions& options)
 {
     IqSamples samples;
     const fs::path beside = native(options.output).replace_extension(".sigmf-data");
-    samples.file = options.samples.empty() ? fromNative(beside) : options.samples;
+    samples.file = options.samples.empty() ? utf8(beside) : options.samples;
     std::error_code error;
     const std::uintmax_t bytes = fs::file_size(native(samples.file), error);
     if (error) {
         complain(samples.file, "There is no such file of samples; --samples names the one to annotate.");
         return std::nullopt;
     }
-    samples.metadataFile = fromNative(native(samples.file).replace_extension(".sigmf-meta"));
+    samples.metadataFile = utf8(native(samples.file).replace_extension(".sigmf-meta"));
     if (!readMetadata(samples)) {
         return std::nullopt;
     }

@@ -69,7 +69,7 @@ void NewFile::flush()
 
 std::string NewFile::part() const
 {
-    return fromNative(m_part);
+    return utf8(m_part);
 }
 
 ExitCode NewFile::finish(const std::string& problem)

@@ -59,7 +59,7 @@ ExitCode NewName::check(const std::vector<std::string>& inputs) const
         return fail(ExitCode::Usage, kept);
     }
     if (!fs::is_directory(folderOf(path), error)) {
-        return fail(ExitCode::CannotRead, "There is no directory " + fromNative(folderOf(path)) + '.');
+        return fail(ExitCode::CannotRead, "There is no directory " + utf8(folderOf(path)) + '.');
     }
     return ExitCode::Fine;
 }

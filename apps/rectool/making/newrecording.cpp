@@ -64,8 +64,7 @@ NewRecording::NewRecording(std::string path, bool replace)
 NewRecording::~NewRecording()
 {
     if (const System::Error error = m_file.discard()) {
-        complain(fromNative(m_file.part()),
-                 "The unfinished file could not be removed: " + System::errorText(error) + ".");
+        complain(utf8(m_file.part()), "The unfinished file could not be removed: " + System::errorText(error) + ".");
     }
 }
 
@@ -112,7 +111,7 @@ std::string NewRecording::close(const Inspection::Header& header, const std::map
 std::string NewRecording::readBack(const std::map<std::uint64_t, std::string>& bookmarks)
 {
     constexpr std::uint64_t Latest = std::numeric_limits<std::uint64_t>::max() / 1000;  // in a time stamp
-    const std::string part = fromNative(m_file.part());
+    const std::string part = utf8(m_file.part());
     const Inspection::Summary found = Inspection::inspect(part);
     if (found.readability != Inspection::Readability::Ok) {
         return found.problem;

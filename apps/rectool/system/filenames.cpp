@@ -1,8 +1,6 @@
 // Arguments and file names for the library, Qt and the file system.
 #include "filenames.h"
 
-#include <recording2/inspection/filename.h>
-
 #if defined(_WIN32)
 #include <windows.h>
 #else
@@ -41,16 +39,5 @@ QString forQt(const std::string& name)
 }
 
 #endif
-
-std::filesystem::path native(const std::string& name)
-{
-    return Recording2::Inspection::native(name);
-}
-
-std::string fromNative(const std::filesystem::path& path)
-{
-    const std::u8string name = path.u8string();
-    return {name.begin(), name.end()};
-}
 
 }  // namespace RecTool

@@ -74,16 +74,20 @@ bool isRecordingName(const fs::path& path)
 }
 
 /// The recordings of a directory by name. @return false, told, when it cannot be read
-template <typename Iterator>
-bool addDirectory(const std::string& directory, std::vector<std::string>& files)
+bool addDirectory(const std::string& directory, bool isRecursive, std::vector<std::string>& files)
 {
     std::error_code error;
     std::vector<std::string> found;
-    for (Iterator entry(native(directory), fs::directory_options::skip_permission_denied, error), end;
+    for (fs::recursive_directory_iterator
+             entry(native(directory), fs::directory_options::skip_permission_denied, error),
+         end;
          !error && entry != end; entry.increment(error)) {
+        if (!isRecursive) {
+            entry.disable_recursion_pending();
+        }
         std::error_code none;
         if (isRecordingName(entry->path()) && entry->is_regular_file(none)) {
-            found.push_back(fromNative(entry->path()));
+            found.push_back(utf8(entry->path()));
         }
     }
     if (error) {
@@ -104,15 +108,11 @@ std::vector<std::string> filesOf(const OverviewOptions& options, ExitCode& resul
 {
     std::vector<std::string> files;
     for (const std::string& name : options.files) {
-        bool read = true;
         if (!isDirectory(name)) {
             files.push_back(name);
-        } else if (options.recursive) {
-            read = addDirectory<fs::recursive_directory_iterator>(name, files);
-        } else {
-            read = addDirectory<fs::directory_iterator>(name, files);
+        } else if (!addDirectory(name, options.recursive, files)) {
+            result = worse(result, ExitCode::CannotRead);
         }
-        result = read ? result : worse(result, ExitCode::CannotRead);
     }
     return files;
 }
