@@ -1,17 +1,115 @@
-// Exporting CSV, long or as sweep programs write it.
+// Exporting CSV, long, as sweep programs write it, or a line a bearing.
 #include <cmath>
+#include <map>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include <terminaltext/quantity.h>
 
-#include "csvlong.h"
 #include "csvsweep.h"
+#include "export.h"
+#include "exporttime.h"
 #include "printing/output.h"
+#include "printing/recordjson.h"
 #include "printing/text.h"
+#include "printing/valuetext.h"
 
 namespace RecTool {
 
 namespace {
+
+/// Lines of CSV, one a level or number, as tables of statistics programs want them.
+class CsvLong {
+public:
+    CsvLong(NewFile& file, ExportedRecords& records, ExportTime time);
+
+    void add(const PlacedRecord& placed, const values::ValueBase& value);
+    [[nodiscard]] std::uint64_t lines() const { return m_lines; }
+
+private:
+    /// The texts of a range's frequencies, each with the comma behind it, one after the other.
+    struct Frequencies {
+        values::ChannelRange range;
+        std::string texts;
+        std::vector<std::size_t> ends;
+
+        void take(const values::ChannelRange& newRange);
+    };
+    void addLevels(const TrackType& type, const LevelMap& map);
+
+    NewFile& m_file;
+    ExportedRecords& m_records;
+    ExportTime m_time;
+    std::map<std::pair<std::size_t, std::int32_t>, Frequencies> m_frequencies;
+    std::string m_begin;  // of the record's lines
+    std::string m_text;
+    std::uint64_t m_lines = 0;
+};
+
+CsvLong::CsvLong(NewFile& file, ExportedRecords& records, ExportTime time)
+    : m_file(file), m_records(records), m_time(std::move(time))
+{
+    m_file.write("time,device,keyword,frequency_hz,value\n");
+}
+
+void CsvLong::Frequencies::take(const values::ChannelRange& newRange)
+{
+    if (range == newRange && !ends.empty()) {
+        return;
+    }
+    range = newRange;
+    texts.clear();
+    ends.clear();
+    for (std::size_t i = 0; i < range.size(); ++i) {
+        texts += TerminalText::shortest(range.frequencyHz(i)) + ',';
+        ends.push_back(texts.size());
+    }
+}
+
+void CsvLong::add(const PlacedRecord& placed, const values::ValueBase& value)
+{
+    m_begin = m_time.iso(placed.momentMs) + ',' + csvText(m_records.device(placed.type)) + ',' +
+              csvText(m_records.keyword(placed.type)) + ',';
+    const values::ValueType kind = value.GetType();
+    if (kind == values::ValueType::LevelMap) {
+        addLevels(placed.type, static_cast<const LevelMap&>(value));
+    } else if (const std::optional<double> number = plainNumber(&value)) {
+        m_text += m_begin + ',' + (std::isfinite(*number) ? TerminalText::shortest(*number) : "") + '\n';
+        ++m_lines;
+    } else if (kind == values::ValueType::BearingMap || kind == values::ValueType::FastBearingMap) {
+        m_records.leaveOut(placed.type);
+    } else if (m_records.areNamed()) {
+        m_text += m_begin + ',' + csvText(oneLine(value.GetText().toStdString())) + '\n';
+        ++m_lines;
+    }
+    m_file.write(m_text);
+    m_text.clear();
+}
+
+void CsvLong::addLevels(const TrackType& type, const LevelMap& map)
+{
+    Frequencies& frequencies = m_frequencies[{type.track, type.code}];
+    frequencies.take(map.GetChannelRange());
+    const std::span<const float> levels = map.GetCells();
+    constexpr std::size_t PieceBytes = 65'536;
+    std::size_t begin = 0;
+    for (std::size_t i = 0; i < levels.size(); ++i) {
+        const std::size_t end = frequencies.ends[i];
+        if (std::isfinite(levels[i])) {
+            m_text += m_begin;
+            m_text.append(frequencies.texts, begin, end - begin);
+            appendLevelJson(m_text, levels[i]);
+            m_text += '\n';
+            ++m_lines;
+            if (m_text.size() > PieceBytes) {
+                m_file.write(m_text);
+                m_text.clear();
+            }
+        }
+        begin = end;
+    }
+}
 
 ExitCode exportLong(Recordings& recordings, ExportedRecords& records, NewFile& file)
 {

@@ -2,10 +2,10 @@
 #include "exporttime.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 
 #include <terminaltext/quantity.h>
+#include <QDateTime>
 
 #include "printing/text.h"
 
@@ -15,18 +15,11 @@ namespace {
 
 constexpr std::int64_t ExportedUsPerMs = 1000;
 constexpr std::int64_t ExportedUsPerSecond = 1'000'000;
-constexpr std::int64_t ExportedSecondsPerDay = 86'400;
 
-std::string withZeros(std::int64_t number, std::size_t digits)
-{
-    const std::string text = std::to_string(number);
-    return text.size() < digits ? std::string(digits - text.size(), '0') + text : text;
-}
-
+/// Six digits.
 std::string microsecondsOf(std::int64_t us)
 {
-    constexpr std::size_t Digits = 6;
-    return withZeros(std::max<std::int64_t>(us, 0) % ExportedUsPerSecond, Digits);
+    return std::to_string(ExportedUsPerSecond + std::max<std::int64_t>(us, 0) % ExportedUsPerSecond).substr(1);
 }
 
 }  // namespace
@@ -52,12 +45,8 @@ void ExportTime::takeSecond(std::int64_t us)
         return;
     }
     m_second = second;
-    const std::chrono::sys_days day{std::chrono::days(static_cast<int>(second / ExportedSecondsPerDay))};
-    const std::chrono::year_month_day date(day);
-    const std::int64_t ofDay = second % ExportedSecondsPerDay;
-    m_date = withZeros(static_cast<int>(date.year()), 4) + '-' + withZeros(static_cast<unsigned>(date.month()), 2) +
-             '-' + withZeros(static_cast<unsigned>(date.day()), 2);
-    m_clock = withZeros(ofDay / 3600, 2) + ':' + withZeros(ofDay / 60 % 60, 2) + ':' + withZeros(ofDay % 60, 2);
+    m_text = QDateTime::fromSecsSinceEpoch(second, Qt::UTC).toString(Qt::ISODate).toStdString();
+    m_text.pop_back();  // the zone's Z
 }
 
 std::string ExportTime::iso(double momentMs)
@@ -70,14 +59,15 @@ std::string ExportTime::isoAt(std::int64_t us)
 {
     takeSecond(us);
     const std::string fraction = microsecondsOf(us);
-    return m_date + 'T' + m_clock + '.' + (us % ExportedUsPerMs == 0 ? fraction.substr(0, 3) : fraction) + 'Z';
+    return m_text + '.' + (us % ExportedUsPerMs == 0 ? fraction.substr(0, 3) : fraction) + 'Z';
 }
 
 std::string ExportTime::dateAndTime(double momentMs)
 {
     const std::int64_t time = us(momentMs);
     takeSecond(time);
-    return m_date + ", " + m_clock + '.' + microsecondsOf(time);
+    constexpr std::size_t DateLength = 10;
+    return m_text.substr(0, DateLength) + ", " + m_text.substr(DateLength + 1) + '.' + microsecondsOf(time);
 }
 
 }  // namespace RecTool

@@ -27,9 +27,8 @@ private:
     void takeSecond(std::int64_t us);
 
     std::int64_t m_startUs = 0;
-    std::int64_t m_second = -1;  // that the texts are of
-    std::string m_date;
-    std::string m_clock;
+    std::int64_t m_second = -1;
+    std::string m_text;  // of that second: "2023-11-14T22:13:20"
 };
 
 }  // namespace RecTool

@@ -38,51 +38,75 @@ private:
     NewFile& m_file;
 };
 
+/// Latitude, longitude and altitude are records of their own: those that come within 100 ms, each once, are one point,
+/// at the time of the first of them.
+class TrackFollower {
+public:
+    TrackFollower(const Recordings& recordings, std::size_t track,
+                  const std::function<void(const TrackPoint&)>& listener)
+        : m_recordings(recordings), m_track(track), m_listener(listener)
+    {
+        const TypeNames& names = recordings.tracks()[track].names;
+        m_latitude.code = names.numberOf("LOCATIONLATITUDE");
+        m_longitude.code = names.numberOf("LOCATIONLONGITUDE");
+        m_altitude.code = names.numberOf("ALTITUDE");
+    }
+
+    /// Takes all records of the recordings, also those before the span.
+    void take(const PlacedRecord& placed)
+    {
+        if (placed.type.track != m_track) {
+            return;
+        }
+        for (Coordinate* coordinate : {&m_latitude, &m_longitude, &m_altitude}) {
+            if (coordinate->code != placed.type.code) {
+                continue;
+            }
+            if (isPending() && (coordinate->isNew || std::abs(placed.momentMs - m_firstMs) > OnePointMs)) {
+                end();
+            }
+            m_firstMs = isPending() ? m_firstMs : placed.momentMs;
+            coordinate->number = placed.number();
+            coordinate->isNew = true;
+        }
+    }
+    /// Gives the last point.
+    void end()
+    {
+        const bool hasMoved = m_latitude.isNew || m_longitude.isNew;
+        const auto place = positionOf(m_latitude.number, m_longitude.number);
+        if (hasMoved && place && !m_recordings.isBefore(m_firstMs)) {
+            const double longitude = place->longitudeDeg == HalfCircleDeg ? -HalfCircleDeg : place->longitudeDeg;
+            TrackPoint point{m_firstMs, place->latitudeDeg, longitude, {}};
+            if (m_altitude.number && std::isfinite(*m_altitude.number)) {
+                point.altitudeM = m_altitude.number;
+            }
+            m_listener(point);
+        }
+        m_latitude.isNew = m_longitude.isNew = m_altitude.isNew = false;
+    }
+
+private:
+    struct Coordinate {
+        std::optional<std::int32_t> code;
+        std::optional<double> number;
+        bool isNew = false;  // since the last point
+    };
+    [[nodiscard]] bool isPending() const { return m_latitude.isNew || m_longitude.isNew || m_altitude.isNew; }
+
+    const Recordings& m_recordings;
+    std::size_t m_track;
+    const std::function<void(const TrackPoint&)>& m_listener;
+    Coordinate m_latitude;
+    Coordinate m_longitude;
+    Coordinate m_altitude;
+    double m_firstMs = 0;  // of what is pending
+};
+
 }  // namespace
 
-TrackFollower::TrackFollower(const Recordings& recordings, std::size_t track, Listener listener)
-    : m_recordings(recordings), m_track(track), m_listener(std::move(listener))
-{
-    const TypeNames& names = recordings.tracks()[track].names;
-    m_latitude.code = names.numberOf("LOCATIONLATITUDE");
-    m_longitude.code = names.numberOf("LOCATIONLONGITUDE");
-    m_altitude.code = names.numberOf("ALTITUDE");
-}
-
-void TrackFollower::take(const PlacedRecord& placed)
-{
-    if (placed.type.track != m_track) {
-        return;
-    }
-    for (Coordinate* coordinate : {&m_latitude, &m_longitude, &m_altitude}) {
-        if (coordinate->code != placed.type.code) {
-            continue;
-        }
-        if (isPending() && (coordinate->isNew || std::abs(placed.momentMs - m_firstMs) > OnePointMs)) {
-            end();
-        }
-        m_firstMs = isPending() ? m_firstMs : placed.momentMs;
-        coordinate->number = placed.number();
-        coordinate->isNew = true;
-    }
-}
-
-void TrackFollower::end()
-{
-    const bool hasMoved = m_latitude.isNew || m_longitude.isNew;
-    const auto place = positionOf(m_latitude.number, m_longitude.number);
-    if (hasMoved && place && !m_recordings.isBefore(m_firstMs)) {
-        const double longitude = place->longitudeDeg == HalfCircleDeg ? -HalfCircleDeg : place->longitudeDeg;
-        TrackPoint point{m_firstMs, place->latitudeDeg, longitude, {}};
-        if (m_altitude.number && std::isfinite(*m_altitude.number)) {
-            point.altitudeM = m_altitude.number;
-        }
-        m_listener(point);
-    }
-    m_latitude.isNew = m_longitude.isNew = m_altitude.isNew = false;
-}
-
-void walkTrack(Recordings& recordings, std::size_t track, const NewFile& file, const TrackFollower::Listener& visit)
+void walkTrack(Recordings& recordings, std::size_t track, const NewFile& file,
+               const std::function<void(const TrackPoint&)>& visit)
 {
     TrackFollower follower(recordings, track, visit);
     recordings.walk([&](const PlacedRecord& placed) {

@@ -1,5 +1,5 @@
 // Features of the cells, stations and fixes of a heat map.
-#include "heatjson.h"
+#include "fieldjson.h"
 
 #include "features.h"
 

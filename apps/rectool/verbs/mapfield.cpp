@@ -7,7 +7,6 @@
 #include "making/savedfile.h"
 #include "map/fieldjson.h"
 #include "map/heat.h"
-#include "map/heatjson.h"
 #include "map/mapgeojson.h"
 #include "plot/earthplot.h"
 #include "printing/output.h"
