@@ -101,25 +101,9 @@ Json toJson(const ValueBase& value)
 
 const char* name(Readability readability)
 {
-    switch (readability) {
-        case Readability::Ok:
-            return "ok";
-        case Readability::Missing:
-            return "missing";
-        case Readability::Unreadable:
-            return "unreadable";
-        case Readability::Empty:
-            return "empty";
-        case Readability::OldFormat:
-            return "old-format";
-        case Readability::NoRecording:
-            return "no-recording";
-        case Readability::Truncated:
-            return "truncated";
-        case Readability::NeverClosed:
-            return "never-closed";
-    }
-    return "";
+    constexpr std::array Names{"ok",         "missing",      "unreadable", "empty",
+                               "old-format", "no-recording", "truncated",  "never-closed"};  // as they are declared
+    return Names.at(static_cast<std::size_t>(readability));
 }
 
 Json dataToJson(const std::string& bytes)

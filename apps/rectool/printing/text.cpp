@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <string_view>
 
 #include <QDateTime>
 #include <QString>
@@ -13,29 +15,18 @@ namespace RecTool {
 
 namespace {
 
-std::string hexadecimal(unsigned char byte)
-{
-    constexpr const char* Digits = "0123456789abcdef";
-    return {'\\', 'x', Digits[byte >> 4U], Digits[byte & 0xfU]};
-}
-
+/// As it stands in quotes.
 std::string escapedByte(char byte)
 {
-    switch (byte) {
-        case '\n':
-            return "\\n";
-        case '\r':
-            return "\\r";
-        case '\t':
-            return "\\t";
-        default:
-            return hexadecimal(static_cast<unsigned char>(byte));
+    constexpr std::string_view Named = "\n\r\t\"\\";
+    constexpr std::string_view Names = "nrt\"\\";
+    constexpr const char* Digits = "0123456789abcdef";
+    if (const std::size_t i = Named.find(byte); i != std::string_view::npos) {
+        return {'\\', Names[i]};
     }
-}
-
-bool isControl(char byte)
-{
-    return (byte >= 0 && byte < ' ') || byte == '\x7f';
+    const auto code = static_cast<unsigned char>(byte);
+    return byte >= ' ' && byte <= '~' ? std::string(1, byte)
+                                      : std::string{'\\', 'x', Digits[code >> 4U], Digits[code & 0xfU]};
 }
 
 }  // namespace
@@ -49,12 +40,7 @@ std::string escaped(const std::string& bytes, std::size_t most)
 {
     std::string text = "\"";
     for (const char byte : bytes.substr(0, most)) {
-        if (byte == '"' || byte == '\\') {
-            text += '\\';
-            text += byte;
-        } else {
-            isControl(byte) || byte < 0 ? text += escapedByte(byte) : text += byte;
-        }
+        text += escapedByte(byte);
     }
     text += '"';
     if (bytes.size() > most) {
@@ -89,6 +75,13 @@ std::string number(double value, int digits)
     const int length = plain ? std::snprintf(buffer.data(), buffer.size(), "%.0f", value)
                              : std::snprintf(buffer.data(), buffer.size(), "%.*g", digits, value);
     return {buffer.data(), static_cast<std::size_t>(std::max(length, 0))};
+}
+
+std::string fixed(double value, int digits)
+{
+    std::array<char, 400> text{};
+    const auto written = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, digits);
+    return {text.data(), written.ptr};
 }
 
 std::string grouped(std::uint64_t value)

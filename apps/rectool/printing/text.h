@@ -17,6 +17,7 @@ using TerminalText::oneLine;                                    ///< for all tha
 [[nodiscard]] bool isAscii(const std::string& bytes);
 
 [[nodiscard]] std::string number(double value, int digits = 6);  ///< without an exponent where that is legible
+[[nodiscard]] std::string fixed(double value, int digits);       ///< so many digits behind the point
 [[nodiscard]] std::string grouped(std::uint64_t value);          ///< 1,136
 /// "1 record", "1,136 records": the plural is made with an s.
 [[nodiscard]] std::string counted(std::uint64_t number, const std::string& what);

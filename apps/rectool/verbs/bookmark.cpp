@@ -1,4 +1,5 @@
 // The verbs "bookmark add", "bookmark rm" and "bookmark list".
+#include <functional>
 #include <iostream>
 
 #include "commandline/verb.h"
@@ -18,38 +19,30 @@ namespace Inspection = Recording2::Inspection;
 
 namespace {
 
-/// The steps that adding and removing share. Only what is wrong with the file or the time ends it here.
-ExitCode checkBookmarkChange(FileChange& change, const std::string& timeText, std::uint64_t& time)
+/// The steps that adding and removing share. @param change is made where file and time are fine
+template <typename Options>
+ExitCode changeBookmarks(const Options& options, const std::function<ExitCode(FileChange&, std::uint64_t time)>& change)
 {
-    const ExitCode checked = change.check();
+    FileChange file(options.file, options.yes);
+    std::uint64_t time = 0;
+    const ExitCode checked = file.check();
     if (checked != ExitCode::Fine) {
         return checked;
     }
-    return requireTime("TIME", timeText, change.summary(), time) ? ExitCode::Fine : ExitCode::Usage;
+    return requireTime("TIME", options.time, file.summary(), time) ? change(file, time) : ExitCode::Usage;
 }
 
 }  // namespace
 
 ExitCode addBookmark(const BookmarkAddOptions& options)
 {
-    FileChange change(options.file, options.yes);
-    std::uint64_t time = 0;
-    const ExitCode result = checkBookmarkChange(change, options.time, time);
-    if (result != ExitCode::Fine) {
-        return result;
-    }
-    return storeBookmark(change, time, options.text);
+    return changeBookmarks(
+        options, [&](FileChange& file, std::uint64_t time) { return storeBookmark(file, time, options.text); });
 }
 
 ExitCode removeBookmark(const BookmarkRemoveOptions& options)
 {
-    FileChange change(options.file, options.yes);
-    std::uint64_t time = 0;
-    const ExitCode result = checkBookmarkChange(change, options.time, time);
-    if (result != ExitCode::Fine) {
-        return result;
-    }
-    return dropBookmark(change, time);
+    return changeBookmarks(options, dropBookmark);
 }
 
 ExitCode listBookmarks(const ListOptions& options)

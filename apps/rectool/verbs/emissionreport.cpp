@@ -2,8 +2,6 @@
 #include "emissionreport.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <iostream>
 
@@ -20,13 +18,6 @@ namespace RecTool {
 
 namespace {
 
-std::string withDigits(double value, int digits)
-{
-    std::array<char, 64> text{};
-    const auto written = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, digits);
-    return {text.data(), written.ptr};
-}
-
 /// Where the station was when the emission was strongest; where that was not recorded, where its bearing was taken.
 std::optional<Geo::Position> placeOf(const FoundEmission& emission)
 {
@@ -38,14 +29,14 @@ std::string bearingText(const FoundEmission& emission)
     if (!emission.bearing) {
         return "-";
     }
-    return withDigits(emission.bearing->azimuthDeg, 1) + (emission.bearing->isTrue ? "°" : "° rel");
+    return fixed(emission.bearing->azimuthDeg, 1) + (emission.bearing->isTrue ? "°" : "° rel");
 }
 
 std::string placeText(const FoundEmission& emission)
 {
     constexpr int Digits = 5;
     const auto place = placeOf(emission);
-    return place ? withDigits(place->latitudeDeg, Digits) + ' ' + withDigits(place->longitudeDeg, Digits) : "-";
+    return place ? fixed(place->latitudeDeg, Digits) + ' ' + fixed(place->longitudeDeg, Digits) : "-";
 }
 
 void printEmissionTable(const EmissionsOptions& options, const Recordings& recordings,
@@ -73,8 +64,8 @@ void printEmissionTable(const EmissionsOptions& options, const Recordings& recor
                                      momentText(clock, emission.stopMs),
                                      frequency(emission.centreHz()),
                                      frequency(emission.band.width(), 4),
-                                     withDigits(emission.highest, 2),
-                                     withDigits(emission.mean, 2),
+                                     fixed(emission.highest, 2),
+                                     fixed(emission.mean, 2),
                                      grouped(emission.sweeps)};
         if (hasBearing) {
             row.push_back(bearingText(emission));

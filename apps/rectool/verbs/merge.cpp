@@ -72,27 +72,25 @@ std::string join(const std::vector<MergeInput>& inputs, std::string Inspection::
     return joined;
 }
 
-/// The lowest start and the highest stop of everything, the other fields of the first input. A range of 0 to 0 is one
-/// that no value told.
+/// Makes a range hold another one, too. One of 0 to 0 is one that no value told.
+template <typename Number>
+void widen(Number& low, Number& high, Number otherLow, Number otherHigh)
+{
+    const bool isTold = low != 0 || high != 0;
+    if (otherLow != 0 || otherHigh != 0) {
+        low = isTold ? std::min(low, otherLow) : otherLow;
+        high = isTold ? std::max(high, otherHigh) : otherHigh;
+    }
+}
+
+/// The lowest start and the highest stop of everything, the other fields of the first input.
 Inspection::Header mergeHeaders(const std::vector<MergeInput>& inputs)
 {
     Inspection::Header merged = inputs.front().summary.header;
     for (const MergeInput& input : inputs) {
         const Inspection::Header& header = input.summary.header;
-        const bool hasFrequencies = header.startFrequencyHz != 0 || header.stopFrequencyHz != 0;
-        const bool hadFrequencies = merged.startFrequencyHz != 0 || merged.stopFrequencyHz != 0;
-        if (hasFrequencies) {
-            merged.startFrequencyHz =
-                hadFrequencies ? std::min(merged.startFrequencyHz, header.startFrequencyHz) : header.startFrequencyHz;
-            merged.stopFrequencyHz =
-                hadFrequencies ? std::max(merged.stopFrequencyHz, header.stopFrequencyHz) : header.stopFrequencyHz;
-        }
-        const bool hasLevels = header.minLevel != 0 || header.maxLevel != 0;
-        const bool hadLevels = merged.minLevel != 0 || merged.maxLevel != 0;
-        if (hasLevels) {
-            merged.minLevel = hadLevels ? std::min(merged.minLevel, header.minLevel) : header.minLevel;
-            merged.maxLevel = hadLevels ? std::max(merged.maxLevel, header.maxLevel) : header.maxLevel;
-        }
+        widen(merged.startFrequencyHz, merged.stopFrequencyHz, header.startFrequencyHz, header.stopFrequencyHz);
+        widen(merged.minLevel, merged.maxLevel, header.minLevel, header.maxLevel);
         merged.stopMs = std::max(merged.stopMs, header.stopMs);
     }
     merged.deviceName = join(inputs, &Inspection::Header::deviceName);

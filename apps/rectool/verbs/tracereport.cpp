@@ -35,10 +35,7 @@ std::string meanText(double level)
 
 std::string inTable(double level)
 {
-    constexpr int Digits = 2;
-    std::array<char, 64> text{};
-    const auto written = std::to_chars(text.data(), text.data() + text.size(), level, std::chars_format::fixed, Digits);
-    return {text.data(), written.ptr};
+    return fixed(level, 2);
 }
 
 std::string percentileName(double percentile)
