@@ -17,7 +17,7 @@ bool readEvenRange(std::string_view payload, ChannelRange& range)
 {
     std::uint64_t count = 0;
     if (!Text::readNumber(Text::takeField(payload), range.startHz) ||
-        !Text::readNumber(Text::takeField(payload), range.stepHz) || !Text::readUnsigned(payload, count)) {
+        !Text::readNumber(Text::takeField(payload), range.stepHz) || !Text::readNumber(payload, count)) {
         return false;
     }
     range.count = static_cast<std::size_t>(count);
@@ -90,7 +90,7 @@ void appendRange(std::string& text, const ChannelRange& range)
         text += Text::FieldEnd;
         Text::appendNumber(text, range.stepHz);
         text += Text::FieldEnd;
-        Text::appendUnsigned(text, range.count);
+        Text::appendNumber(text, range.count);
         return;
     }
     Text::appendCommand(text, Text::ListRange);

@@ -55,7 +55,7 @@ bool readPiece(const Text::Command& command, std::size_t channels, RecordedCells
     std::string_view payload = command.payload;
     std::uint64_t first = 0;
     const bool all = command.number == Text::AllCells;
-    if (!all && (!Text::readUnsigned(Text::takeField(payload), first) || first >= channels)) {
+    if (!all && (!Text::readNumber(Text::takeField(payload), first) || first >= channels)) {
         return false;
     }
     const std::size_t before = recorded.cells.size();
@@ -264,7 +264,7 @@ void CellMap<Entry, Handler>::AppendChangeText(std::string& text) const
     }
     for (const auto& run : this->WrittenCells()) {
         Text::appendCommand(text, Text::CellRun);
-        Text::appendUnsigned(text, run.first);
+        Text::appendNumber(text, run.first);
         text += Text::FieldEnd;
         appendCells(text, GetCells().subspan(run.first, run.end - run.first));
     }
@@ -274,7 +274,7 @@ template <typename Entry, typename Handler>
 void CellMap<Entry, Handler>::AppendHead(std::string& text) const
 {
     Text::appendCommand(text, static_cast<std::int32_t>(KindTag<Entry>));
-    Text::appendUnsigned(text, this->m_timeStamp);
+    Text::appendNumber(text, this->m_timeStamp);
 }
 
 template <typename Entry, typename Handler>
@@ -300,7 +300,7 @@ bool CellMap<Entry, Handler>::ApplyRecordedState(const std::string& text, std::i
     const bool sameKind = parts->kind == KindTag<Entry>;
     std::uint64_t timeStamp = 0;
     RecordedCells<Entry> recorded;
-    if (sameKind && (!Text::readUnsigned(parts->value, timeStamp) || !readPieces(parts->cells, channels, recorded))) {
+    if (sameKind && (!Text::readNumber(parts->value, timeStamp) || !readPieces(parts->cells, channels, recorded))) {
         return false;
     }
     bool changed = parts->range && this->ReplaceRange(std::move(range));

@@ -26,7 +26,7 @@ std::optional<SelectionItem> readItem(std::string_view payload)
     std::int32_t key = 0;
     double value = 0;
     QString name;
-    if (!Text::readSigned(Text::takeField(payload), key) || !Text::readNumber(Text::takeField(payload), value) ||
+    if (!Text::readNumber(Text::takeField(payload), key) || !Text::readNumber(Text::takeField(payload), value) ||
         !Text::readEscaped(payload, name)) {
         return std::nullopt;
     }
@@ -158,20 +158,13 @@ QString ValueSelection::GetText() const
     return m_current != nullptr ? m_current->GetName() : QString();
 }
 
-std::string ValueSelection::GetObjectStateStringForRecording() const
-{
-    std::string text;
-    AppendChangeText(text);
-    return text;
-}
-
 void ValueSelection::AppendChangeText(std::string& text) const
 {
     Text::appendCommand(text, static_cast<std::int32_t>(ValueType::Selection));
     if (m_current == nullptr) {
         return;
     }
-    Text::appendSigned(text, m_current->GetKey());
+    Text::appendNumber(text, m_current->GetKey());
     text += Text::FieldEnd;
     Text::appendNumber(text, m_current->GetValue());
     text += Text::FieldEnd;

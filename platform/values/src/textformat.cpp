@@ -1,11 +1,6 @@
 // Commands, numbers and escaped strings of recording texts, written and taken apart.
 #include "textformat.h"
 
-#include <array>
-#include <charconv>
-#include <cmath>
-#include <system_error>
-
 namespace values::Text {
 
 namespace {
@@ -17,32 +12,6 @@ constexpr std::size_t LongestCommandNumber = 3;
 bool standsForItself(char16_t unit)
 {
     return unit >= u' ' && unit <= u'~' && unit != u'\\' && unit != u'|' && unit != u';';
-}
-
-template <typename Number>
-bool readAll(std::string_view field, Number& number)
-{
-    const char* end = field.data() + field.size();
-    const auto result = std::from_chars(field.data(), end, number);
-    return result.ec == std::errc() && result.ptr == end;
-}
-
-template <typename Number>
-void appendShortest(std::string& text, Number number)
-{
-    std::array<char, 32> digits{};
-    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
-    text.append(digits.data(), result.ptr);
-}
-
-template <typename Number>
-void appendReal(std::string& text, Number number)
-{
-    if (std::isnan(number)) {
-        text += "nan";
-        return;
-    }
-    appendShortest(text, number);
 }
 
 bool readEscape(std::string_view digits, char16_t& unit)
@@ -88,28 +57,8 @@ void appendCommand(std::string& text, std::int32_t number)
     if (!text.empty()) {
         text += Separator;
     }
-    appendUnsigned(text, static_cast<std::uint64_t>(number));
+    appendNumber(text, number);
     text += CommandEnd;
-}
-
-void appendNumber(std::string& text, double number)
-{
-    appendReal(text, number);
-}
-
-void appendNumber(std::string& text, float number)
-{
-    appendReal(text, number);
-}
-
-void appendUnsigned(std::string& text, std::uint64_t number)
-{
-    appendShortest(text, number);
-}
-
-void appendSigned(std::string& text, std::int32_t number)
-{
-    appendShortest(text, number);
 }
 
 void appendEscaped(std::string& text, const QString& string)
@@ -125,26 +74,6 @@ void appendEscaped(std::string& text, const QString& string)
             text += HexDigits[static_cast<std::size_t>((unit >> shift) & 0xF)];
         }
     }
-}
-
-bool readNumber(std::string_view field, double& number)
-{
-    return readAll(field, number);
-}
-
-bool readNumber(std::string_view field, float& number)
-{
-    return readAll(field, number);
-}
-
-bool readUnsigned(std::string_view field, std::uint64_t& number)
-{
-    return readAll(field, number);
-}
-
-bool readSigned(std::string_view field, std::int32_t& number)
-{
-    return readAll(field, number);
 }
 
 bool readEscaped(std::string_view field, QString& string)
@@ -181,7 +110,7 @@ bool takeCommand(std::string_view& text, Command& command)
 {
     const std::size_t digits = text.substr(0, LongestCommandNumber + 1).find(CommandEnd);
     if (digits == std::string_view::npos || text.front() == '0' || text.front() == '-' ||
-        !readSigned(text.substr(0, digits), command.number)) {
+        !readNumber(text.substr(0, digits), command.number)) {
         return false;
     }
     text.remove_prefix(digits + 1);

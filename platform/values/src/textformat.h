@@ -1,11 +1,15 @@
 // The grammar of recording texts (doc/recording-text.md): what writers append and readers take apart.
 #pragma once
 
-#include <cstddef>
+#include <array>
+#include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
+#include <type_traits>
 
 #include <QString>
 
@@ -27,18 +31,30 @@ constexpr std::int32_t CellRun = 51;
 /// Appends "number;", after a separator unless it is the first command of the text.
 void appendCommand(std::string& text, std::int32_t number);
 /// Appends the shortest decimal that reads back as the same number; every NaN is "nan".
-void appendNumber(std::string& text, double number);
-void appendNumber(std::string& text, float number);
-void appendUnsigned(std::string& text, std::uint64_t number);
-void appendSigned(std::string& text, std::int32_t number);
+template <typename Number>
+void appendNumber(std::string& text, Number number)
+{
+    if constexpr (std::is_floating_point_v<Number>) {
+        if (std::isnan(number)) {
+            text += "nan";
+            return;
+        }
+    }
+    std::array<char, 32> digits{};
+    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
+    text.append(digits.data(), result.ptr);
+}
 /// Appends printable ASCII as it is, every other UTF-16 unit and the characters of the grammar as \uXXXX.
 void appendEscaped(std::string& text, const QString& string);
 
 /// Reads all of a field; false when it is not exactly a number.
-bool readNumber(std::string_view field, double& number);
-bool readNumber(std::string_view field, float& number);
-bool readUnsigned(std::string_view field, std::uint64_t& number);
-bool readSigned(std::string_view field, std::int32_t& number);
+template <typename Number>
+bool readNumber(std::string_view field, Number& number)
+{
+    const char* end = field.data() + field.size();
+    const auto result = std::from_chars(field.data(), end, number);
+    return result.ec == std::errc() && result.ptr == end;
+}
 bool readEscaped(std::string_view field, QString& string);
 /// Cuts the next field off the front of a list of fields, with the comma after it.
 std::string_view takeField(std::string_view& fields);

@@ -10,6 +10,7 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "textformat.h"
 
@@ -18,6 +19,12 @@ namespace values {
 namespace {
 
 using Text::Match;
+
+template <typename T>
+bool isSame(const T& one, const T& other)
+{
+    return one == other;
+}
 
 bool isSame(double one, double other)
 {
@@ -28,15 +35,6 @@ bool isSame(double one, double other)
 
 template <typename T>
 bool replace(T& target, const T& value)
-{
-    if (target == value) {
-        return false;
-    }
-    target = value;
-    return true;
-}
-
-bool replace(double& target, double value)
 {
     if (isSame(target, value)) {
         return false;
@@ -93,14 +91,23 @@ bool readFields(std::string_view payload, std::array<double, Count>& numbers)
     return true;
 }
 
-constexpr ValueType typeOf(const bool* /*tag*/)
+/// Takes over the numbers of a text, as many as there are targets. @return false when it could not be understood
+template <std::size_t Count>
+bool applyNumbers(const std::string& text, ValueType type, const std::array<double*, Count>& targets, bool& changed)
 {
-    return ValueType::Bool;
-}
-
-constexpr ValueType typeOf(const QString* /*tag*/)
-{
-    return ValueType::String;
+    std::string_view payload;
+    const Match match = Text::matchPlain(text, type, payload);
+    if (match != Match::Own) {
+        return match == Match::NotOwn;
+    }
+    std::array<double, Count> recorded{};
+    if (!readFields(payload, recorded)) {
+        return false;
+    }
+    for (std::size_t i = 0; i < Count; ++i) {
+        changed = replace(*targets[i], recorded[i]) || changed;
+    }
+    return true;
 }
 
 QString textOf(bool value)
@@ -126,21 +133,13 @@ void Value<T, Format>::SetValue(const T& value, IObserver* originator)
 template <typename T, typename Format>
 ValueType Value<T, Format>::GetType() const
 {
-    return typeOf(&m_value);
+    return std::is_same_v<T, bool> ? ValueType::Bool : ValueType::String;
 }
 
 template <typename T, typename Format>
 QString Value<T, Format>::GetText() const
 {
     return textOf(m_value);
-}
-
-template <typename T, typename Format>
-std::string Value<T, Format>::GetObjectStateStringForRecording() const
-{
-    std::string text;
-    AppendChangeText(text);
-    return text;
 }
 
 template <typename T, typename Format>
@@ -205,14 +204,6 @@ QString ValueNumeric<T>::GetText() const
 }
 
 template <typename T>
-std::string ValueNumeric<T>::GetObjectStateStringForRecording() const
-{
-    std::string text;
-    this->AppendChangeText(text);
-    return text;
-}
-
-template <typename T>
 void ValueNumeric<T>::AppendChangeText(std::string& text) const
 {
     appendTag(text, ValueType::Numeric);
@@ -222,22 +213,12 @@ void ValueNumeric<T>::AppendChangeText(std::string& text) const
 template <typename T>
 bool ValueNumeric<T>::ApplyRecordedState(const std::string& text, std::int32_t /*originatorKey*/, bool notify)
 {
-    std::string_view payload;
-    const Match match = Text::matchPlain(text, ValueType::Numeric, payload);
-    if (match != Match::Own) {
-        return match == Match::NotOwn;
-    }
-    std::array<T, 3> recorded{};
-    if (!readFields(payload, recorded)) {
-        return false;
-    }
-    bool changed = replace(m_value, recorded[0]);
-    changed = replace(m_lower, recorded[1]) || changed;
-    changed = replace(m_upper, recorded[2]) || changed;
+    bool changed = false;
+    const bool understood = applyNumbers(text, ValueType::Numeric, std::array{&m_value, &m_lower, &m_upper}, changed);
     if (changed && notify) {
         this->NotifyChange(TChangeCode::ValueChanged, nullptr);
     }
-    return true;
+    return understood;
 }
 
 template <typename T>
@@ -255,14 +236,6 @@ ValueType ValueNumericWithOffset<T>::GetType() const
 }
 
 template <typename T>
-std::string ValueNumericWithOffset<T>::GetObjectStateStringForRecording() const
-{
-    std::string text;
-    AppendChangeText(text);
-    return text;
-}
-
-template <typename T>
 void ValueNumericWithOffset<T>::AppendChangeText(std::string& text) const
 {
     appendTag(text, ValueType::NumericWithOffset);
@@ -272,23 +245,13 @@ void ValueNumericWithOffset<T>::AppendChangeText(std::string& text) const
 template <typename T>
 bool ValueNumericWithOffset<T>::ApplyRecordedState(const std::string& text, std::int32_t /*originatorKey*/, bool notify)
 {
-    std::string_view payload;
-    const Match match = Text::matchPlain(text, ValueType::NumericWithOffset, payload);
-    if (match != Match::Own) {
-        return match == Match::NotOwn;
-    }
-    std::array<T, 4> recorded{};
-    if (!readFields(payload, recorded)) {
-        return false;
-    }
-    bool changed = replace(this->m_value, recorded[0]);
-    changed = replace(this->m_lower, recorded[1]) || changed;
-    changed = replace(this->m_upper, recorded[2]) || changed;
-    changed = replace(m_offset, recorded[3]) || changed;
+    bool changed = false;
+    const std::array targets{&this->m_value, &this->m_lower, &this->m_upper, &m_offset};
+    const bool understood = applyNumbers(text, ValueType::NumericWithOffset, targets, changed);
     if (changed && notify) {
         this->NotifyChange(TChangeCode::ValueChanged, nullptr);
     }
-    return true;
+    return understood;
 }
 
 template class Value<bool>;

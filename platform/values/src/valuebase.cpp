@@ -105,6 +105,13 @@ void ValueBase::CommandRecordingOff()
     }
 }
 
+std::string ValueBase::GetObjectStateStringForRecording() const
+{
+    std::string text;
+    AppendChangeText(text);
+    return text;
+}
+
 const std::string& ValueBase::GetStringForRecording(bool onlyChanges)
 {
     if (!onlyChanges || !IsCommandRecording()) {

@@ -53,7 +53,6 @@ public:
 
     [[nodiscard]] ValueType GetType() const override;
     [[nodiscard]] QString GetText() const override;  ///< name of the selected item
-    [[nodiscard]] std::string GetObjectStateStringForRecording() const override;
     /// Selects the recorded item, adding it where the selection does not have it; an item of its name takes over the
     /// recorded key and value.
     bool ApplyRecordedState(const std::string& text, std::int32_t originatorKey, bool notify) override;

@@ -22,7 +22,6 @@ public:
 
     [[nodiscard]] ValueType GetType() const override;
     [[nodiscard]] QString GetText() const override;
-    [[nodiscard]] std::string GetObjectStateStringForRecording() const override;
     bool ApplyRecordedState(const std::string& text, std::int32_t originatorKey, bool notify) override;
 
 protected:
@@ -45,7 +44,6 @@ public:
 
     [[nodiscard]] ValueType GetType() const override;
     [[nodiscard]] QString GetText() const override;
-    [[nodiscard]] std::string GetObjectStateStringForRecording() const override;
     bool ApplyRecordedState(const std::string& text, std::int32_t originatorKey, bool notify) override;
 
 protected:
@@ -65,7 +63,6 @@ public:
     void SetOffset(T offset, IObserver* originator = nullptr);
 
     [[nodiscard]] ValueType GetType() const override;
-    [[nodiscard]] std::string GetObjectStateStringForRecording() const override;
     bool ApplyRecordedState(const std::string& text, std::int32_t originatorKey, bool notify) override;
 
 protected:

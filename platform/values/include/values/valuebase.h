@@ -59,8 +59,8 @@ public:
     void CommandRecordingOff();
     [[nodiscard]] bool IsCommandRecording() const { return m_commandRecording > 0; }
 
-    /// The complete state as recording text.
-    [[nodiscard]] virtual std::string GetObjectStateStringForRecording() const = 0;
+    /// The complete state as recording text: where a change carries all of it, the text of a change.
+    [[nodiscard]] virtual std::string GetObjectStateStringForRecording() const;
     /// The text of the change being notified (onlyChanges true), or the complete state (false).
     /// It is built once a round and lasts until the round ends; reading it does not consume it. Between rounds the
     /// text of changes is empty. While command recording is off, changes are not collected and the complete state is
