@@ -5,7 +5,6 @@
 #include "client/originals.h"
 #include "mover/movercore.h"
 #include "registry/publishing.h"
-#include "registry/stations.h"
 #include "station/configuration.h"
 #include "station/station.h"
 #include "storage/storage.h"
@@ -143,7 +142,7 @@ ArchiveStatus Archive::status()
         status.storageError = error.text();
     }
     registry.count(status);
-    status.stations = Stations(registry.database()).all();
+    status.stations = registry.stations();
     status.unpublished = d->station.isShared() ? unpublished(d->station.journal()) : 0;
     std::optional<GroupRow> group;
     for (FileRow& file : registry.notMoved(ShownFiles)) {

@@ -55,11 +55,10 @@ std::vector<Entry> entries(const QString& cache, const Files& files)
 
 }  // namespace
 
-void copyStored(const FileRow& file, const QString& path, unsigned mode, const Storage& storage, Files& files,
-                const StopWish& stop)
+void copyStored(const FileRow& file, const QString& path, unsigned mode, const Storage& storage, Files& files)
 {
     try {
-        const Digest digest = files.copy(storage.path(file.storedPath), path, mode, stop);
+        const Digest digest = files.copy(storage.path(file.storedPath), path, mode, {});
         if (QString::fromLatin1(digest.sha256) != file.sha256 || digest.bytes != file.bytes) {
             files.remove(path);
             throw ArchiveError(QStringLiteral("%1 in the storage is not what was stored there; its hash is another")
@@ -72,7 +71,7 @@ void copyStored(const FileRow& file, const QString& path, unsigned mode, const S
 }
 
 void fetchStored(const FileRow& file, const QString& path, unsigned mode, const ArchiveConfiguration& configuration,
-                 const Storage& storage, Files& files, const StopWish& stop)
+                 const Storage& storage, Files& files)
 {
     try {
         if (files.kind(path) == FileKind::File && files.identity(path).bytes == file.bytes) {
@@ -82,7 +81,7 @@ void fetchStored(const FileRow& file, const QString& path, unsigned mode, const 
         files.makeDirectory(info.path(), configuration.directoryMode);
         files.remove(path);
         const QString temporary = info.path() + QLatin1Char('/') + newGuid();
-        copyStored(file, temporary, mode, storage, files, stop);
+        copyStored(file, temporary, mode, storage, files);
         try {
             files.rename(temporary, path);
         } catch (const FileError& error) {

@@ -13,10 +13,9 @@ namespace Zelvo {
 /// there already stays.
 /// @throws ArchiveError of ZelvoError::Damaged or Unreachable
 void fetchStored(const FileRow& file, const QString& path, unsigned mode, const ArchiveConfiguration& configuration,
-                 const Storage& storage, Files& files, const StopWish& stop = {});
+                 const Storage& storage, Files& files);
 /// The same without the folder: to a path where no file is.
-void copyStored(const FileRow& file, const QString& path, unsigned mode, const Storage& storage, Files& files,
-                const StopWish& stop = {});
+void copyStored(const FileRow& file, const QString& path, unsigned mode, const Storage& storage, Files& files);
 /// Removes those that were not used for the longest time until the cache and what is to come fit; none that is in use.
 void makeRoom(const Station& station, const Files& files, std::int64_t bytesToCome);
 /// Removes the folder that a fetched or edited file lies in.

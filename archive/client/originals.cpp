@@ -101,16 +101,15 @@ Original notThere(const Paths& paths, const Files& files)
             case FileKind::Missing:
                 break;
             case FileKind::File:
-                return {
-                    Original::State::Unusable, {}, {}, QStringLiteral("is missing: %1 is another recording").arg(path)};
+                return noOriginal(Original::State::Unusable,
+                                  QStringLiteral("is missing: %1 is another recording").arg(path));
             default:
-                return {Original::State::Unusable,
-                        {},
-                        {},
-                        QStringLiteral("%1 is no ordinary file (a folder, a link, a pipe or a device)").arg(path)};
+                return noOriginal(
+                    Original::State::Unusable,
+                    QStringLiteral("%1 is no ordinary file (a folder, a link, a pipe or a device)").arg(path));
         }
     }
-    return {Original::State::Missing, {}, {}, QStringLiteral("%1 is missing").arg(paths.closed)};
+    return noOriginal(Original::State::Missing, QStringLiteral("%1 is missing").arg(paths.closed));
 }
 
 /// One of the files that may be the one that is registered. The greater is the likelier.
@@ -159,22 +158,20 @@ Original findOriginal(const FileRow& file, Station& station, const Files& files)
 {
     const std::optional<FileRow> own = station.own(file);
     if (!own) {
-        return {Original::State::Missing,
-                {},
-                {},
-                QStringLiteral("the journal of station \"%1\" does not know the file").arg(station.name())};
+        return noOriginal(Original::State::Missing,
+                          QStringLiteral("the journal of station \"%1\" does not know the file").arg(station.name()));
     }
     const Paths paths(*own);
     const Origin origin = station.origins().of(file.where());
     try {
         const QString why = whyUnfinished(*own, paths, origin, station, files);
         if (!why.isEmpty()) {
-            return {Original::State::Unfinished, {}, {}, why};
+            return noOriginal(Original::State::Unfinished, why);
         }
         const auto found = finishedFile(*own, paths, origin, station, files);
         return found ? Original{Original::State::Finished, found->first, found->second, {}} : notThere(paths, files);
     } catch (const FileError& error) {
-        return {Original::State::Unusable, {}, {}, error.text()};
+        return noOriginal(Original::State::Unusable, error.text());
     }
 }
 

@@ -26,6 +26,12 @@ struct Original {
     QString why;            ///< of every other, in one sentence
 };
 
+/// One that is not finished, with the reason.
+[[nodiscard]] inline Original noOriginal(Original::State state, const QString& why)
+{
+    return {state, {}, {}, why};
+}
+
 /// Looks at the disk, and believes the station's journal alone. Never opens a file.
 [[nodiscard]] Original findOriginal(const FileRow& file, Station& station, const Files& files);
 

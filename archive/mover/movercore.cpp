@@ -9,7 +9,6 @@
 #include "client/cache.h"
 #include "housekeeping.h"
 #include "registry/publishing.h"
-#include "registry/stations.h"
 #include "storing.h"
 
 namespace Zelvo {
@@ -96,7 +95,7 @@ std::vector<MoverCore::Group> MoverCore::pendingGroups()
 void MoverCore::moveDue(const StopWish& stop)
 {
     std::int64_t attempts = 0;
-    const StationInfo before = Stations(m_station->registry().database()).one(m_station->name(), attempts);
+    const StationInfo before = m_station->registry().station(m_station->name(), attempts);
     m_storageAttempts = attempts;
     std::vector<Group> groups = pendingGroups();
     if (!before.storageError.isEmpty() && m_clock() < before.nextTryMs) {
@@ -118,7 +117,7 @@ void MoverCore::moveDue(const StopWish& stop)
     }
     const std::int64_t now = m_clock();
     if (usable && (!before.storageError.isEmpty() || now - m_heartbeatMs >= HeartbeatMs)) {
-        Stations(m_station->registry().database()).recordRun(m_station->name(), now, QString(), 0, 0);
+        m_station->registry().recordRun(m_station->name(), now, QString(), 0, 0);
         m_heartbeatMs = now;
     }
 }
@@ -138,8 +137,7 @@ void MoverCore::storageFailed(const QString& sentence)
 {
     m_storage.forgetDirectories();
     const std::int64_t next = m_clock() + pause(m_storageAttempts);
-    Stations(m_station->registry().database())
-        .recordRun(m_station->name(), m_clock(), sentence, m_storageAttempts + 1, next);
+    m_station->registry().recordRun(m_station->name(), m_clock(), sentence, m_storageAttempts + 1, next);
     m_report.problem = sentence;
     due(next);
 }
@@ -242,7 +240,7 @@ Original MoverCore::originalOf(const FileRow& file)
         return findOriginal(file, *m_station, m_files);
     }
     if (m_files.kind(file.localPath) == FileKind::Missing) {
-        return {Original::State::Missing, {}, {}, QStringLiteral("%1 is missing").arg(file.localPath)};
+        return noOriginal(Original::State::Missing, QStringLiteral("%1 is missing").arg(file.localPath));
     }
     return {Original::State::Finished, file.localPath, m_files.identity(file.localPath), {}};
 }

@@ -1,5 +1,5 @@
-// Groups and files as a registry keeps them: the requests of clients, the steps of the mover, the questions of tools.
-// Used by one thread. Everything throws ArchiveError when the registry does not answer.
+// Groups, files and stations as a registry keeps them: the requests of clients, the steps of the mover, the questions
+// of tools. Used by one thread. Everything throws ArchiveError when the registry does not answer.
 #pragma once
 
 #include <cstdint>
@@ -85,6 +85,15 @@ public:
     bool recordRemoved(const FileRow& file, std::int64_t nowMs);
     /// The copy of a removed file is deleted.
     void recordGone(const FileRow& file);
+
+    // The stations, and how the last run of each one's mover went.
+    /// @return the home of the station of this name; the caller's when it is new
+    QString claimStation(const QString& name, const QString& home);
+    [[nodiscard]] std::vector<StationInfo> stations();
+    /// @param attempts failed ones to use the storage, since the last success
+    [[nodiscard]] StationInfo station(const QString& name, std::int64_t& attempts);
+    void recordRun(const QString& name, std::int64_t nowMs, const QString& storageError, std::int64_t attempts,
+                   std::int64_t nextTryMs);
 
     // Writers of files that are in the storage.
     bool takeForWriting(const FileRow& file, const QString& owner, const QString& station, std::int64_t untilMs,

@@ -11,11 +11,6 @@ namespace Zelvo {
 /// @throws ArchiveError for values that cannot work together
 [[nodiscard]] ArchiveConfiguration checkedConfiguration(const ArchiveConfiguration& configuration);
 
-[[nodiscard]] inline bool hasSharedRegistry(const ArchiveConfiguration& configuration)
-{
-    return !configuration.registry.isEmpty();
-}
-
 /// Paths below the station's own directory.
 struct StationPaths {
     explicit StationPaths(const QString& directory) : root(directory) {}

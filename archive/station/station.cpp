@@ -11,7 +11,6 @@
 #include <QUuid>
 
 #include "registry/publishing.h"
-#include "registry/stations.h"
 
 namespace Zelvo {
 
@@ -105,7 +104,7 @@ Station::Station(const ArchiveConfiguration& checked)
                                .arg(m_paths.root, identity[0], checked.station));
     }
     m_home = identity[1];
-    if (hasSharedRegistry(checked)) {
+    if (!checked.registry.isEmpty()) {
         m_sharedDatabase = std::make_unique<Database>(checked.registry, checked.fileMode);
         m_shared = std::make_unique<Registry>(*m_sharedDatabase);
     }
@@ -134,7 +133,7 @@ void Station::setUp(const ArchiveConfiguration& checked, Files& files)
 void Station::publish()
 {
     if (!m_claimed) {
-        if (Stations(registry().database()).claim(name(), m_home) != m_home) {
+        if (registry().claimStation(name(), m_home) != m_home) {
             throw ArchiveError(QStringLiteral("another station of the name \"%1\" uses the registry %2; "
                                               "give this one its own name")
                                    .arg(name(), registry().database().address()));

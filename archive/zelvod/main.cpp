@@ -5,7 +5,6 @@
 #include <terminaltext/qtnames.h>
 
 #include "commandline.h"
-#include "service.h"
 
 int main(int argc, char* argv[])
 {
