@@ -66,7 +66,6 @@ public:
     [[nodiscard]] FileMode mode() const;
     /// Gives the file to whom the other one belongs, as far as this process may, and lets the same people read it.
     void takeAccessOf(const NativeFile& other);
-    [[nodiscard]] std::int64_t lastWritten() const;  ///< to be compared only
 
 private:
     friend class Mapping;

@@ -228,14 +228,6 @@ void NativeFile::takeAccessOf(const NativeFile& other)
     static_cast<void>(::fchmod(descriptor(m_handle), status.st_mode & ReadAndWrite));
 }
 
-std::int64_t NativeFile::lastWritten() const
-{
-    constexpr std::int64_t Nanoseconds = 1'000'000'000;
-    struct stat status {};
-    return ::fstat(descriptor(m_handle), &status) == 0 ? status.st_mtim.tv_sec * Nanoseconds + status.st_mtim.tv_nsec
-                                                       : 0;
-}
-
 void Mapping::unmap()
 {
     if (m_data != nullptr) {

@@ -214,14 +214,6 @@ void NativeFile::takeAccessOf(const NativeFile& /*other*/)
 {
 }
 
-std::int64_t NativeFile::lastWritten() const
-{
-    FILETIME time{};
-    return ::GetFileTime(handleOf(m_handle), nullptr, nullptr, &time) != 0
-               ? std::int64_t{time.dwHighDateTime} << 32 | std::int64_t{time.dwLowDateTime}
-               : 0;
-}
-
 Error Mapping::map(const NativeFile& file, std::size_t bytes)
 {
     const HANDLE mapping =

@@ -174,8 +174,7 @@ void OutputFile::startBuffer()
 InputFile::InputFile(const std::filesystem::path& path, Size size) : m_error(m_file.open(path, System::Access::Read))
 {
     if (good()) {
-        m_sizeAtFirst = m_file.size();
-        m_writtenAtFirst = m_file.lastWritten();
+        m_file.identity(m_atFirst);
         m_error = findEarlierState(path, m_file, m_overlay);
     }
     if (size == Size::AtOpening) {

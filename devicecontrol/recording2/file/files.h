@@ -119,7 +119,8 @@ public:
     /// Whether nobody wrote into the file since it was opened: what was read of it belongs together.
     [[nodiscard]] bool isUnchanged() const
     {
-        return m_file.size() == m_sizeAtFirst && m_file.lastWritten() == m_writtenAtFirst;
+        System::FileIdentity now;
+        return m_file.identity(now) == 0 && now.bytes == m_atFirst.bytes && now.changedNs == m_atFirst.changedNs;
     }
 
 private:
@@ -129,8 +130,7 @@ private:
     System::Error m_error = 0;
     std::optional<std::int64_t> m_keptSize;
     bool m_readFailed = false;
-    std::int64_t m_sizeAtFirst = 0;
-    std::int64_t m_writtenAtFirst = 0;
+    System::FileIdentity m_atFirst;
     std::shared_ptr<const Overlay> m_overlay;
 };
 
