@@ -28,7 +28,6 @@ namespace {
 
 /// The exceptions, which live as long as the interpreter.
 struct ErrorClasses {
-    PyObject* base = nullptr;
     PyObject* request = nullptr;
     PyObject* file = nullptr;
 };
@@ -79,11 +78,9 @@ void translate(std::exception_ptr thrown)
 void addErrors(py::module_& module)
 {
     const auto exception = py::reinterpret_borrow<py::object>(PyExc_Exception);
-    errorClasses().base = makeError(module, "Error",
-                                    "What rectool would say, in one sentence. Attribute path: the file that it is "
-                                    "about, or None.",
-                                    py::make_tuple(exception));
-    const auto base = py::reinterpret_borrow<py::object>(errorClasses().base);
+    const auto base = py::reinterpret_borrow<py::object>(makeError(
+        module, "Error", "What rectool would say, in one sentence. Attribute path: the file that it is about, or None.",
+        py::make_tuple(exception)));
     errorClasses().request = makeError(
         module, "RequestError",
         "Something was asked for that the recordings do not have, or that cannot be done (also a ValueError).",
@@ -93,18 +90,6 @@ void addErrors(py::module_& module)
                                     "an OSError).",
                                     py::make_tuple(base, py::reinterpret_borrow<py::object>(PyExc_OSError)));
     py::register_exception_translator(&translate);
-}
-
-Request makeRequest(std::vector<std::string> files, std::string keyword, std::string device, std::string from,
-                    std::string to)
-{
-    Request request;
-    request.files = std::move(files);
-    request.keyword = std::move(keyword);
-    request.device = std::move(device);
-    request.from = std::move(from);
-    request.to = std::move(to);
-    return request;
 }
 
 /// Without the interpreter's lock.
@@ -130,7 +115,7 @@ py::dict spectra(const std::vector<std::string>& files, const std::string& keywo
                  const std::string& from, const std::string& to, std::optional<double> lowHz,
                  std::optional<double> highHz, std::uint64_t every, bool complete, bool byRange)
 {
-    const LevelRequest request{makeRequest(files, keyword, device, from, to), lowHz, highHz, every, complete, byRange};
+    const LevelRequest request{{files, keyword, device, from, to}, lowHz, highHz, every, complete, byRange};
     FoundSpectra found = unlocked(readSpectra, request);
     py::list series;
     for (const auto& one : found.series) {
@@ -146,7 +131,7 @@ py::dict spectra(const std::vector<std::string>& files, const std::string& keywo
 py::dict values(const std::vector<std::string>& files, const std::string& keyword, const std::string& device,
                 const std::string& from, const std::string& to)
 {
-    const Request request = makeRequest(files, keyword, device, from, to);
+    const Request request{files, keyword, device, from, to};
     FoundValues found = unlocked(readValues, request);
     py::dict all = aboutType(found);
     all["unit"] = pythonText(found.unit);
@@ -167,7 +152,7 @@ py::dict values(const std::vector<std::string>& files, const std::string& keywor
 py::dict bearings(const std::vector<std::string>& files, const std::string& keyword, const std::string& device,
                   const std::string& from, const std::string& to)
 {
-    const Request request = makeRequest(files, keyword, device, from, to);
+    const Request request{files, keyword, device, from, to};
     FoundBearings found = unlocked(readBearings, request);
     py::dict all = aboutType(found);
     all["since_start_us"] = takenArray(std::move(found.sinceStartUs));
@@ -186,7 +171,7 @@ class RecordTuples {
 public:
     RecordTuples(const std::vector<std::string>& files, const std::string& keyword, const std::string& device,
                  const std::string& from, const std::string& to, bool decode)
-        : m_cursor({makeRequest(files, keyword, device, from, to), decode})
+        : m_cursor({{files, keyword, device, from, to}, decode})
     {
     }
 
@@ -245,17 +230,13 @@ private:
 
 py::list state(const std::vector<std::string>& files, const std::string& device, const std::string& at)
 {
-    Request request = makeRequest(files, {}, device, "0", at);
-    request.toName = "at";
-    return stateOf(request);
+    return stateOf({files, {}, device, "0", at, "at"});
 }
 
 /// A time as text in milliseconds of the axis.
 double moment(const std::vector<std::string>& files, const std::string& text)
 {
-    Request request = makeRequest(files, {}, {}, "0", text);
-    request.toName = "at";
-    return std::round(Reading(request).recordings().span().toMs);
+    return std::round(Reading({files, {}, {}, "0", text, "at"}).recordings().span().toMs);
 }
 
 void addReading(py::module_& module)

@@ -57,21 +57,23 @@ QString tomlText(const QString& text)
     return quoted + QLatin1Char('"');
 }
 
+template <typename Made, typename Plain>
+std::unique_ptr<values::ValueBase> makeValue(const Plain& plain)
+{
+    auto made = std::make_unique<Made>();
+    made->SetValue(plain);
+    return made;
+}
+
 std::unique_ptr<values::ValueBase> makePlain(const PlainValue& value)
 {
     if (const auto* flag = std::get_if<bool>(&value)) {
-        auto made = std::make_unique<values::Value<bool>>();
-        made->SetValue(*flag);
-        return made;
+        return makeValue<values::Value<bool>>(*flag);
     }
     if (const auto* number = std::get_if<double>(&value)) {
-        auto made = std::make_unique<values::ValueNumeric<double>>();
-        made->SetValue(*number);
-        return made;
+        return makeValue<values::ValueNumeric<double>>(*number);
     }
-    auto made = std::make_unique<values::Value<QString>>();
-    made->SetValue(QString::fromStdString(std::get<std::string>(value)));
-    return made;
+    return makeValue<values::Value<QString>>(QString::fromStdString(std::get<std::string>(value)));
 }
 
 /// Channels at a step where they are, which takes the recording a few bytes.
