@@ -40,14 +40,6 @@ constexpr std::array Endpoints{
     Endpoint{"/api/csv", answerCsv, false, true},
 };
 
-Response errorResponse(int status, const std::string& sentence)
-{
-    Response response;
-    response.status = status;
-    JsonObject(response.body).text("error", sentence);
-    return response;
-}
-
 Cache::Options cacheOptions(const Options& options)
 {
     Cache::Options cache;

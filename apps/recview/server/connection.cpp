@@ -113,7 +113,7 @@ void Connection::dispatch(Request&& request, const std::string& knownTags)
     } else if (m_site.gate.needsToken() && request.path == "/" && token != request.query.end()) {
         letIn(token->second);
     } else if (file != nullptr) {
-        sendPage(*file, knownTags);
+        send(pageReply(*file, knownTags), file->content.size());
     } else if (isEvents) {
         openEvents();
     } else if (request.path.starts_with("/api/")) {
@@ -169,7 +169,7 @@ void Connection::work(Request&& request)
                 request.isGone = [&gone = self->m_isGone] { return gone.load(); };
                 response = self->m_site.handler(request);
             } catch (const std::exception& error) {
-                response = errorResponse({500, error.what()});
+                response = errorResponse(500, error.what());
             }
         }
         // Handed over: a connection ends in the thread of its context.
@@ -224,12 +224,7 @@ void Connection::answer(Response&& response)
 
 void Connection::refuse(const Denial& denial)
 {
-    answer(errorResponse(denial));
-}
-
-void Connection::sendPage(const PageFile& file, const std::string& knownTags)
-{
-    send(pageReply(file, knownTags), file.content.size());
+    answer(errorResponse(denial.status, denial.sentence));
 }
 
 void Connection::send(Reply&& reply, std::size_t length)

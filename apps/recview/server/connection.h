@@ -42,7 +42,6 @@ private:
     void answer(Response&& response);
     void refuse(const Denial& denial);
     void send(Reply&& reply, std::size_t length);
-    void sendPage(const PageFile& file, const std::string& knownTags);
     void writeRest();
     void sendPieces(Response&& response);
     void askForPiece();

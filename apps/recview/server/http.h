@@ -28,6 +28,9 @@ struct Response {
     std::string fileName;  ///< when set, the answer is saved under this name
 };
 
+/// {"error": SENTENCE}
+[[nodiscard]] Response errorResponse(int status, const std::string& sentence);
+
 /// Called on worker threads, several at the same time. What it throws becomes a 500 that tells what happened.
 using Handler = std::function<Response(const Request&)>;
 

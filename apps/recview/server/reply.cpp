@@ -1,7 +1,9 @@
 // Making responses.
 #include "reply.h"
 
-#include <nlohmann/json.hpp>
+#include <QByteArray>
+#include <QRegularExpression>
+#include <QString>
 
 namespace RecView {
 
@@ -16,17 +18,10 @@ constexpr const char* Policy =
 // In quotes for programs that know nothing else, and with every byte for the others.
 std::string attachment(const std::string& name)
 {
-    constexpr std::string_view Hex = "0123456789ABCDEF";
-    constexpr std::string_view Plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._";
-    std::string simple;
-    std::string escaped;
-    for (const char c : name) {
-        const auto byte = static_cast<unsigned char>(c);
-        const bool isPlain = Plain.find(c) != std::string_view::npos;
-        simple += isPlain ? c : '_';
-        escaped += isPlain ? std::string(1, c) : std::string{'%', Hex[byte >> 4U], Hex[byte & 0xFU]};
-    }
-    return "attachment; filename=\"" + simple + "\"; filename*=UTF-8''" + escaped;
+    const QString escaped = QString::fromLatin1(QByteArray::fromStdString(name).toPercentEncoding({}, "~"));
+    QString simple = escaped;
+    simple.replace(QRegularExpression(QStringLiteral("%..")), QStringLiteral("_"));
+    return QStringLiteral("attachment; filename=\"%1\"; filename*=UTF-8''%2").arg(simple, escaped).toStdString();
 }
 
 }  // namespace
@@ -46,15 +41,6 @@ Reply emptyReply(int status)
         reply.set(http::field::allow, "GET, HEAD, POST");
     }
     return reply;
-}
-
-Response errorResponse(const Denial& denial)
-{
-    Response response;
-    response.status = denial.status;
-    response.body =
-        nlohmann::json{{"error", denial.sentence}}.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    return response;
 }
 
 Reply headOf(const Response& response)

@@ -7,7 +7,6 @@
 #include <boost/beast/http/message.hpp>
 #include <boost/beast/http/string_body.hpp>
 
-#include "gate.h"
 #include "http.h"
 #include "page.h"
 
@@ -17,8 +16,6 @@ using Reply = boost::beast::http::response<boost::beast::http::string_body>;
 
 /// What every response has; a body, its length and whether the connection stays are still to be said.
 [[nodiscard]] Reply emptyReply(int status);
-/// {"error": SENTENCE}
-[[nodiscard]] Response errorResponse(const Denial& denial);
 /// Everything but the body.
 [[nodiscard]] Reply headOf(const Response& response);
 /// @param knownTags If-None-Match of the request

@@ -5,25 +5,17 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <QByteArray>
 #include <QRandomGenerator>
 
 namespace RecView {
 
 std::string newSecret()
 {
-    constexpr std::string_view Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
-    constexpr std::uint32_t DigitBits = 6;
-    constexpr std::size_t DigitsPerNumber = 4;  // 24 of 32 bits
-    std::array<std::uint32_t, 8> numbers{};
+    std::array<std::uint32_t, 6> numbers{};
     QRandomGenerator::system()->fillRange(numbers.data(), static_cast<qsizetype>(numbers.size()));
-    std::string secret;
-    for (std::uint32_t number : numbers) {
-        for (std::size_t i = 0; i < DigitsPerNumber; ++i) {
-            secret += Digits[number % Digits.size()];
-            number >>= DigitBits;
-        }
-    }
-    return secret;
+    const QByteArray bytes(reinterpret_cast<const char*>(numbers.data()), static_cast<int>(sizeof numbers));
+    return bytes.toBase64(QByteArray::Base64UrlEncoding).toStdString();
 }
 
 bool isSameSecret(std::string_view a, std::string_view b)

@@ -1,6 +1,8 @@
 // Percent-decoding of paths and queries.
 #include "target.h"
 
+#include <charconv>
+#include <system_error>
 #include <utility>
 
 #include <terminaltext/terminaltext.h>
@@ -8,15 +10,6 @@
 namespace RecView {
 
 namespace {
-
-int hexDigit(char c)
-{
-    constexpr int Ten = 10;
-    return c >= '0' && c <= '9'   ? c - '0'
-           : c >= 'a' && c <= 'f' ? c - 'a' + Ten
-           : c >= 'A' && c <= 'F' ? c - 'A' + Ten
-                                  : -1;
-}
 
 // Nothing where an escape is cut off or has other digits.
 std::optional<std::string> withoutEscapes(std::string_view text, bool plusIsBlank)
@@ -29,12 +22,13 @@ std::optional<std::string> withoutEscapes(std::string_view text, bool plusIsBlan
             decoded += plusIsBlank && text[i] == '+' ? ' ' : text[i];
             continue;
         }
-        const int high = i + 2 < text.size() ? hexDigit(text[i + 1]) : -1;
-        const int low = i + 2 < text.size() ? hexDigit(text[i + 2]) : -1;
-        if (high < 0 || low < 0) {
+        const std::string_view digits = text.substr(i + 1, 2);
+        unsigned char byte = 0;
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), byte, Base);
+        if (error != std::errc() || end != digits.data() + 2) {
             return std::nullopt;
         }
-        decoded += static_cast<char>(high * Base + low);
+        decoded += static_cast<char>(byte);
         i += 2;
     }
     return decoded;

@@ -1,8 +1,6 @@
 // A queue of jobs and its threads.
 #include "workers.h"
 
-#include <utility>
-
 namespace RecView {
 
 Workers::Workers(std::size_t threads, std::size_t most) : m_most(most)
@@ -17,29 +15,17 @@ Workers::~Workers()
     stop();
 }
 
-bool Workers::offer(Job job)
+bool Workers::add(Job job, std::size_t most)
 {
     {
         const std::lock_guard lock(m_mutex);
-        if (m_stopped || m_jobs.size() >= m_most) {
+        if (m_stopped || m_jobs.size() >= most) {
             return false;
         }
         m_jobs.push_back(std::move(job));
     }
     m_filled.notify_one();
     return true;
-}
-
-void Workers::goOn(Job job)
-{
-    {
-        const std::lock_guard lock(m_mutex);
-        if (m_stopped) {
-            return;
-        }
-        m_jobs.push_back(std::move(job));
-    }
-    m_filled.notify_one();
 }
 
 void Workers::stop()

@@ -5,8 +5,10 @@
 #include <cstddef>
 #include <deque>
 #include <functional>
+#include <limits>
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace RecView {
@@ -22,13 +24,14 @@ public:
     ~Workers();
 
     /// @return false where too many wait; the job is not done then
-    [[nodiscard]] bool offer(Job job);
+    [[nodiscard]] bool offer(Job job) { return add(std::move(job), m_most); }
     /// A further part of something that was taken; it is never refused.
-    void goOn(Job job);
+    void goOn(Job job) { add(std::move(job), std::numeric_limits<std::size_t>::max()); }
     /// Drops what waits, and waits for what is being done.
     void stop();
 
 private:
+    bool add(Job job, std::size_t most);
     void work();
 
     std::size_t m_most;
