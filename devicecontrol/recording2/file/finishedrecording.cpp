@@ -314,7 +314,7 @@ void FinishedRecording::clearChannelRanges(CopyState& own)
         const std::int64_t bound = bookmarks == 0 ? end : std::min<std::int64_t>(end, bookmarks);
         seekToTable(*output, own.positions.channelRangeTable, end);
         while (output->good() && output->position() < bound) {
-            output->commit(Format::OutInt64(output->reserve(), 0));
+            output->commit(Format::putInt64(output->reserve(), 0));
         }
     }
     m_tables.channelRanges.clear();

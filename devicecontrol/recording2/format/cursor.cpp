@@ -211,7 +211,7 @@ FieldStatus Cursor::readTimeAtEdge(std::uint64_t& target)
         ++m_next;
     }
     if (count == Size) {
-        target = InInt64(bytes);
+        target = getInt64(bytes);
     }
     skipSeparator();
     return count == Size ? FieldStatus::Ok : FieldStatus::EndOfFile;

@@ -4,13 +4,13 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "bytesource.h"
+#include "littleendian.h"
 
 namespace Recording2::Format {
 
@@ -21,20 +21,6 @@ enum class FieldStatus : std::uint8_t {
     OutOfRange,  ///< a number that its field cannot hold
     EndOfFile,   ///< the file ended before or within the field
 };
-
-/// Reads 8 bytes, the least significant first.
-[[nodiscard]] inline std::uint64_t InInt64(const char* bytes)
-{
-    std::uint64_t value = 0;
-    if constexpr (std::endian::native == std::endian::little) {
-        std::memcpy(&value, bytes, sizeof value);
-    } else {
-        for (int i = 7; i >= 0; --i) {
-            value = value << 8U | static_cast<unsigned char>(bytes[i]);
-        }
-    }
-    return value;
-}
 
 /// What nearly all numbers are: up to nine digits, and then something else.
 struct ShortNumber {
@@ -60,7 +46,7 @@ inline ShortNumber::ShortNumber(const char* text)
         eight = (eight & EveryFourth) * FirstAndThird + ((eight >> 16U) & EveryFourth) * SecondAndFourth;
         return static_cast<std::uint32_t>(eight >> 32U);
     };
-    const std::uint64_t eight = InInt64(text) ^ Zeros;
+    const std::uint64_t eight = getInt64(text) ^ Zeros;
     const std::uint64_t others = ((eight + ToHighBit) | eight) & HighBits;  // right up to the first of them
     if (others != 0) {
         digits = static_cast<std::uint32_t>(std::countr_zero(others)) / 8U;
@@ -110,7 +96,7 @@ public:
         if (m_end || m_limit - m_next <= Size) {
             return readTimeAtEdge(target);
         }
-        target = InInt64(m_bytes + m_next);
+        target = getInt64(m_bytes + m_next);
         m_next += Size + 1;
         return FieldStatus::Ok;
     }

@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "littleendian.h"
+
 namespace Recording2::Format {
 
 constexpr char Separator = '#';
@@ -16,15 +18,6 @@ constexpr char Separator = '#';
 constexpr std::size_t MaxNumberBytes = 24;
 /// A time value with its separator.
 constexpr std::size_t TimeBytes = 9;
-
-/// Writes 8 bytes, the least significant first. @return the end of what was written
-inline char* OutInt64(char* out, std::uint64_t value)
-{
-    for (int shift = 0; shift < 64; shift += 8) {
-        *out++ = static_cast<char>(value >> shift & 0xffU);
-    }
-    return out;
-}
 
 /// Writes a decimal number and the separator. @param out room for MaxNumberBytes
 template <typename Integer>
@@ -39,7 +32,7 @@ char* putNumber(char* out, Integer value)
 /// Writes a time value and the separator. @param out room for TimeBytes
 inline char* putTime(char* out, std::uint64_t milliseconds)
 {
-    char* end = OutInt64(out, milliseconds);
+    char* end = putInt64(out, milliseconds);
     *end++ = Separator;
     return end;
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <atomic>
 
+#include "layout.h"
 #include "sampledjournal.h"
 
 namespace Recording2::Format::Journal {
@@ -142,6 +143,18 @@ std::optional<std::uint64_t> unseal(const Identity& identity, std::size_t offset
 {
     const std::uint64_t number = sealedNumber >> 24U;
     return sealed(identity, offset, number) == sealedNumber ? std::optional<std::uint64_t>(number) : std::nullopt;
+}
+
+std::optional<std::uint64_t> getHanded(const char* page, const Identity& identity)
+{
+    return unseal(identity, HandedOffset, getInt64(page + HandedOffset));
+}
+
+std::optional<std::int64_t> getTailStart(const char* page, const Identity& identity)
+{
+    const auto start = unseal(identity, TailStartOffset, getInt64(page + TailStartOffset));
+    const bool isPosition = start && *start <= std::uint64_t{LastPosition};
+    return isPosition ? std::optional(static_cast<std::int64_t>(*start)) : std::nullopt;
 }
 
 std::optional<std::uint64_t> getStopTime(const char* page, const Identity& identity, std::uint64_t number)

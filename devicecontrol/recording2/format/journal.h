@@ -120,6 +120,9 @@ inline void putEntry(char* out, std::uint64_t nonce, std::uint64_t number, const
 /// A number below 2^40 that is changed by a single store together with its checksum.
 [[nodiscard]] std::uint64_t seal(std::uint64_t nonce, std::size_t offset, std::uint64_t number);
 [[nodiscard]] std::optional<std::uint64_t> unseal(const Identity& identity, std::size_t offset, std::uint64_t sealed);
+[[nodiscard]] std::optional<std::uint64_t> getHanded(const char* page, const Identity& identity);
+/// Nothing also for what is no position in a recording.
+[[nodiscard]] std::optional<std::int64_t> getTailStart(const char* page, const Identity& identity);
 
 /// Tells whether a stop time is that of the record with a number. The page's identity stands in the same sector.
 [[nodiscard]] inline std::uint64_t stopTimeChecksum(std::uint64_t nonce, std::uint64_t number,

@@ -113,15 +113,11 @@ inline char* putTimeEntry(char* out, std::uint64_t milliseconds, std::int32_t po
     return putNumber(putTime(out, milliseconds), position);
 }
 struct TimeEntryRecord {
-    std::uint64_t milliseconds = 0;
+    std::uint64_t timeMs = 0;  ///< since the start of the recording
     std::int32_t position = 0;
+
+    friend bool operator==(const TimeEntryRecord&, const TimeEntryRecord&) = default;
 };
-/// Damaged fields keep what the target holds, so a caller's loop keeps its pair across rounds.
-inline void readTimeEntry(Cursor& cursor, TimeEntryRecord& target)
-{
-    cursor.readTime(target.milliseconds);
-    cursor.readNumber(target.position);
-}
 
 /// Reads the entries from here to a bound, which the last one may pass, or to the end of the file. There a last round
 /// reads nothing new and gives its pair again.
@@ -141,14 +137,15 @@ void readTimeEntries(Cursor& cursor, std::int64_t bound, Take take)
             if (position.digits == 0) {
                 break;
             }
-            entry = {InInt64(bytes.data() + next), static_cast<std::int32_t>(position.value)};
-            take(entry.milliseconds, entry.position);
+            entry = {getInt64(bytes.data() + next), static_cast<std::int32_t>(position.value)};
+            take(entry.timeMs, entry.position);
             next += TimeBytes + position.digits + 1;
         }
         cursor.skip(next);
         if (cursor.position() < bound) {
-            readTimeEntry(cursor, entry);
-            take(entry.milliseconds, entry.position);
+            cursor.readTime(entry.timeMs);  // what is damaged keeps what the entry before had
+            cursor.readNumber(entry.position);
+            take(entry.timeMs, entry.position);
         }
     }
 }

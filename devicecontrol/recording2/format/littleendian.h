@@ -1,4 +1,4 @@
-// Numbers in memory as they stand in the files beside a recording.
+// Numbers in memory as they stand in a recording and in the files beside it.
 #pragma once
 
 #include <bit>

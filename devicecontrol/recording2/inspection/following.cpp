@@ -21,13 +21,12 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view OpenEnding = ".tmp";
-constexpr std::string_view FinalEnding = ".rec";
 
 /// As closing names a recording: up to its first dot.
 std::string finalName(const std::string& path)
 {
     const std::size_t file = path.size() - utf8(native(path).filename()).size();
-    return path.substr(0, path.find('.', file)).append(FinalEnding);
+    return path.substr(0, path.find('.', file)).append(".rec");
 }
 
 /// Whether a recorder or whoever closes for it holds a file. Where the system cannot tell, somebody may.
@@ -100,12 +99,7 @@ struct Following::Private {
             unjournaled = begun && !finishedHeader(file) ? std::make_unique<Unjournaled>(file) : nullptr;
         }
     }
-    [[nodiscard]] fs::path journalName() const
-    {
-        const std::u8string own = name.u8string();
-        const bool renamed = own.ends_with(u8".rec");
-        return (renamed ? own.substr(0, own.size() - FinalEnding.size()) + u8".tmp" : own) + u8".journal";
-    }
+    [[nodiscard]] fs::path journalName() const { return native(journalOf(utf8(name))); }
 
     /// A recorder writes the header, gives the recording its name, unlocks it and removes the journal, in this order.
     [[nodiscard]] State look() const

@@ -29,13 +29,9 @@ enum class Readability : std::uint8_t {
 
 using Header = Format::HeaderRecord;
 using TypeEntry = Format::TypeEntryRecord;
-
-struct TimeEntry {
-    std::uint64_t timeMs = 0;  ///< since the start of the recording
-    std::int32_t position = 0;
-
-    friend bool operator==(const TimeEntry&, const TimeEntry&) = default;
-};
+using TimeEntry = Format::TimeEntryRecord;
+/// Called now and then with the bytes that are done and the bytes in all; may be empty.
+using Progress = std::function<void(std::int64_t, std::int64_t)>;
 
 struct Bookmark {
     std::uint64_t timeMs = 0;
@@ -110,10 +106,8 @@ private:
 
 /// Walks the records as RecordReader reads them. The record object is reused.
 /// @param visit returns false to stop
-/// @param progress called now and then with the bytes walked and the bytes in all; may be empty
 /// @return what is damaged in the records, and, after a whole walk, how they differ from the time table
 std::vector<Finding> walkRecords(const std::string& path, const Summary& summary,
-                                 const std::function<bool(const Record&)>& visit,
-                                 const std::function<void(std::int64_t, std::int64_t)>& progress = {});
+                                 const std::function<bool(const Record&)>& visit, const Progress& progress = {});
 
 }  // namespace Recording2::Inspection

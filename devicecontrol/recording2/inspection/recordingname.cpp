@@ -1,8 +1,10 @@
-// The start of a recording, to the second in UTC, out of its file's name.
+// The start of a recording, to the second in UTC, and where its journal lies, out of its file's name.
 #include "recordingname.h"
 
 #include <chrono>
 #include <regex>
+
+#include "../file/journal.h"
 
 namespace Recording2::Inspection {
 
@@ -24,6 +26,13 @@ std::optional<std::uint64_t> startInName(const std::string& path)
                       std::chrono::seconds(number(6));
     const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
     return ms > 0 ? std::optional<std::uint64_t>(static_cast<std::uint64_t>(ms)) : std::nullopt;
+}
+
+std::string journalOf(const std::string& recording)
+{
+    constexpr std::string_view Closed = ".rec";
+    const bool renamed = recording.size() > Closed.size() && recording.ends_with(Closed);
+    return Journal::pathFor(renamed ? recording.substr(0, recording.size() - Closed.size()) + ".tmp" : recording);
 }
 
 }  // namespace Recording2::Inspection

@@ -20,19 +20,11 @@ bool GrowingJournal::refresh()
         return false;
     }
     m_identity = *identity;
-    m_handed = sealed(HandedOffset).value_or(m_handed);
-    const auto tailStart = sealed(TailStartOffset);
-    if (tailStart && *tailStart <= std::uint64_t{Format::LastPosition}) {
-        m_tailStart = static_cast<std::int64_t>(*tailStart);
-    }
+    m_handed = getHanded(m_page.data(), m_identity).value_or(m_handed);
+    m_tailStart = getTailStart(m_page.data(), m_identity).value_or(m_tailStart);
     takeHeader();
     takeTypes();
     return true;
-}
-
-std::optional<std::uint64_t> GrowingJournal::sealed(std::size_t offset) const
-{
-    return unseal(m_identity, offset, Format::getInt64(m_page.data() + offset));
 }
 
 void GrowingJournal::takeHeader()

@@ -42,7 +42,6 @@ public:
 private:
     enum class Found : std::uint8_t { Entry, Nothing, Damage };
 
-    [[nodiscard]] std::optional<std::uint64_t> sealed(std::size_t offset) const;
     void takeHeader();
     void takeTypes();
     Found find(std::uint64_t number, Format::Journal::Entry& entry);

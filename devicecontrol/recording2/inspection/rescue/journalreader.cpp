@@ -41,16 +41,10 @@ public:
     }
 
 private:
-    [[nodiscard]] std::optional<std::uint64_t> sealed(std::size_t offset) const
-    {
-        return unseal(m_content.identity, offset, Format::getInt64(m_mapped.data() + offset));
-    }
-
     void readTail()
     {
-        const auto start = sealed(TailStartOffset);
-        if (start && *start <= std::uint64_t{Format::LastPosition}) {
-            m_content.tailStart = static_cast<std::int64_t>(*start);
+        m_content.tailStart = getTailStart(m_mapped.data(), m_content.identity);
+        if (m_content.tailStart) {
             // Of a journal that was cut only what is there: zeros after it would be taken for bytes of a record.
             m_content.tail =
                 m_mapped.substr(TailOffset, std::min(TailBytes, std::max(m_read, TailOffset) - TailOffset));
@@ -59,7 +53,7 @@ private:
 
     void readEntries()
     {
-        const std::optional<std::uint64_t> handed = sealed(HandedOffset);
+        const std::optional<std::uint64_t> handed = getHanded(m_mapped.data(), m_content.identity);
         readHandedOver(handed);
         const bool closedEnd = readLatest(m_content.entries.size());
         std::vector<Entry>& all = m_content.entries;
@@ -165,8 +159,7 @@ std::optional<std::int64_t> lastPosition(const std::string& path)
         return std::nullopt;
     }
     const auto identity = getIdentity(page.data());
-    const auto handed =
-        identity ? unseal(*identity, HandedOffset, Format::getInt64(page.data() + HandedOffset)) : std::nullopt;
+    const auto handed = identity ? getHanded(page.data(), *identity) : std::nullopt;
     std::string latest(handed ? LatestEntries * entryBytes(*identity) : 0, '\0');
     if (file.readAt(static_cast<std::int64_t>(LatestOffset), latest.data(), latest.size()) < latest.size()) {
         return std::nullopt;

@@ -222,14 +222,6 @@ bool wasClosed(const std::string& recording, const Summary& summary, Recovery& r
 
 }  // namespace
 
-std::string journalOf(const std::string& recording)
-{
-    constexpr std::string_view Closed = ".rec";
-    const bool renamed = recording.size() > Closed.size() &&
-                         recording.compare(recording.size() - Closed.size(), Closed.size(), Closed) == 0;
-    return Journal::pathFor(renamed ? recording.substr(0, recording.size() - Closed.size()) + ".tmp" : recording);
-}
-
 std::string recoveredName(const std::string& recording)
 {
     const fs::path path = native(recording);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "../inspection.h"
+#include "../recordingname.h"
 #include "repairedtimes.h"
 
 namespace Recording2::Inspection {
@@ -27,9 +28,9 @@ enum class RecoveryOutcome : std::uint8_t {
 struct RecoveryOptions {
     std::string output;          ///< path of the new file, which must not exist
     std::uint64_t periodMs = 0;  ///< from record to record where no later time is known; 0: see repairTimes
-    std::function<void(std::int64_t, std::int64_t)> progress;  ///< bytes read and in all; may be empty
-    std::function<bool()> interrupted;                         ///< asked now and then; may be empty
-    bool closed = false;        ///< takes what is whole of a recording, too, that was closed and is damaged
+    Progress progress;
+    std::function<bool()> interrupted;  ///< asked now and then; may be empty
+    bool closed = false;                ///< takes what is whole of a recording, too, that was closed and is damaged
     bool withoutLocks = false;  ///< also where the file system has none and nobody can tell whether somebody writes
 };
 
@@ -47,9 +48,6 @@ struct Recovery {
     Header header;                   ///< as written
     std::shared_ptr<void> held;      ///< keeps other processes from recovering it too, until it is put away
 };
-
-/// The journal that belongs to a recording: "NAME.tmp.journal" for NAME.tmp and for NAME.rec.
-[[nodiscard]] std::string journalOf(const std::string& recording);
 
 /// A name for what is recovered that no file has yet: "NAME.rec", or "NAME_recovered.rec" where that is taken.
 [[nodiscard]] std::string recoveredName(const std::string& recording);

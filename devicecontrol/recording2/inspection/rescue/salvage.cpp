@@ -12,8 +12,7 @@ namespace Recording2::Inspection {
 
 namespace {
 
-void salvageBlocks(InputFile& source, const SalvagedHeader& header, Salvage& result,
-                   const std::function<void(std::int64_t, std::int64_t)>& progress)
+void salvageBlocks(InputFile& source, const SalvagedHeader& header, Salvage& result, const Progress& progress)
 {
     const std::int32_t shift = salvagePositions(source, header.shift, result);
     const SalvagedTimes times = salvageTimes(source, result.header, shift);
@@ -23,8 +22,7 @@ void salvageBlocks(InputFile& source, const SalvagedHeader& header, Salvage& res
     salvageNotes(source, header.positionsKnown, times.end, result);
 }
 
-Salvage salvageAs(const std::string& path, bool alsoUnclosed,
-                  const std::function<void(std::int64_t, std::int64_t)>& progress)
+Salvage salvageAs(const std::string& path, bool alsoUnclosed, const Progress& progress)
 {
     const Summary head = inspectHead(path);
     const bool unclosed = alsoUnclosed && head.readability == Readability::NeverClosed;
@@ -50,12 +48,12 @@ Salvage salvageAs(const std::string& path, bool alsoUnclosed,
 
 }  // namespace
 
-Salvage salvageUnclosed(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress)
+Salvage salvageUnclosed(const std::string& path, const Progress& progress)
 {
     return salvageAs(path, true, progress);
 }
 
-Salvage salvage(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress)
+Salvage salvage(const std::string& path, const Progress& progress)
 {
     return salvageAs(path, false, progress);
 }

@@ -48,12 +48,12 @@ struct Salvage {
 /// - Records: one after the other; after damage from the next one on that the time table names. A record that
 ///   contradicts the time table is not whole.
 /// - Times: those of the largest set of entries whose times ascend with their positions.
-/// @param progress called now and then with the bytes of the records walked and in all; may be empty
-Salvage salvage(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress = {});
+/// @param progress of the records
+Salvage salvage(const std::string& path, const Progress& progress = {});
 
 /// The same for a recording whose header was never written too: its readability is then Ok. The types must stand at 500
 /// and be whole, as every recorder stores them: nothing else tells where the records begin.
-Salvage salvageUnclosed(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress = {});
+Salvage salvageUnclosed(const std::string& path, const Progress& progress = {});
 
 /// Takes a record, its time where it can be believed, and whether the channel range table names it.
 /// @return false to stop

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <vector>
 
 #include "../../file/files.h"
@@ -40,8 +39,7 @@ std::int32_t salvagePositions(InputFile& source, std::int32_t shift, Salvage& re
 SalvagedTimes salvageTimes(InputFile& source, const Header& header, std::int32_t shift);
 
 /// 4. The records that are whole, their times where they can be believed, and the bytes that are lost.
-void salvageRecords(InputFile& source, const SalvagedTimes& times, Salvage& result,
-                    const std::function<void(std::int64_t, std::int64_t)>& progress);
+void salvageRecords(InputFile& source, const SalvagedTimes& times, Salvage& result, const Progress& progress);
 
 /// 5. Channel ranges and bookmarks, which stand after the times.
 void salvageNotes(InputFile& source, bool positionsKnown, std::int64_t timesEnd, Salvage& result);

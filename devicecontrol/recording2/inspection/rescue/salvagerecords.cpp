@@ -22,7 +22,7 @@ public:
     {
     }
 
-    void walk(const std::function<void(std::int64_t, std::int64_t)>& progress)
+    void walk(const Progress& progress)
     {
         constexpr std::int64_t ProgressStep = std::int64_t{1} << 20U;
         const std::int64_t begin = m_result.header.positions.firstRecord;
@@ -130,8 +130,7 @@ private:
 
 }  // namespace
 
-void salvageRecords(InputFile& source, const SalvagedTimes& times, Salvage& result,
-                    const std::function<void(std::int64_t, std::int64_t)>& progress)
+void salvageRecords(InputFile& source, const SalvagedTimes& times, Salvage& result, const Progress& progress)
 {
     RecordsSalvage(source, times, result).walk(progress);
 }

@@ -164,8 +164,7 @@ const std::vector<Finding>& RecordReader::findings() const
 }
 
 std::vector<Finding> walkRecords(const std::string& path, const Summary& summary,
-                                 const std::function<bool(const Record&)>& visit,
-                                 const std::function<void(std::int64_t, std::int64_t)>& progress)
+                                 const std::function<bool(const Record&)>& visit, const Progress& progress)
 {
     constexpr std::int64_t WalkedBytes = std::int64_t{1} << 20;
     std::int64_t nextProgress = WalkedBytes;

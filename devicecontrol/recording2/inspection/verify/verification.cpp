@@ -68,7 +68,7 @@ std::size_t Verification::count(Severity severity) const
                                                   [&](const Remark& remark) { return remark.severity == severity; }));
 }
 
-Verification verify(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress)
+Verification verify(const std::string& path, const Progress& progress)
 {
     const Summary summary = inspect(path);
     Verification result;

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -30,7 +29,6 @@ struct Verification {
 };
 
 /// Reads the whole file and checks it. What the findings of inspect and walkRecords tell is among the damage.
-/// @param progress called now and then with the bytes walked and the bytes in all; may be empty
-Verification verify(const std::string& path, const std::function<void(std::int64_t, std::int64_t)>& progress = {});
+Verification verify(const std::string& path, const Progress& progress = {});
 
 }  // namespace Recording2::Inspection
