@@ -51,10 +51,7 @@ void CRecording::Update(void* subject, TChangeCode code)
 
 bool CRecording::HandleRemoval(const void* subject, TChangeCode code)
 {
-    if (code != TChangeCode::Removed) {
-        return false;
-    }
-    if (!m_values.forget(subject, code)) {
+    if (code != TChangeCode::Removed || !m_values.forget(subject, code)) {
         return false;
     }
     for (EarlyChange& change : m_earlyChanges) {

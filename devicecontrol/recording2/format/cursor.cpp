@@ -147,7 +147,7 @@ FieldStatus Cursor::extractMagnitude(std::uint64_t limit, std::uint64_t& magnitu
     return fits ? FieldStatus::Ok : FieldStatus::OutOfRange;
 }
 
-FieldStatus Cursor::readFloat(float& target)
+FieldStatus Cursor::readNumber(float& target)
 {
     if (m_end) {
         skipSeparator();

@@ -89,7 +89,7 @@ public:
     FieldStatus readNumber(std::int16_t& target) { return readInteger(target); }
     FieldStatus readNumber(std::int32_t& target) { return readInteger(target); }
     FieldStatus readNumber(std::int64_t& target) { return readInteger(target); }
-    FieldStatus readFloat(float& target);
+    FieldStatus readNumber(float& target);
     FieldStatus readTime(std::uint64_t& target)
     {
         constexpr std::size_t Size = 8;

@@ -95,9 +95,9 @@ HeaderStatus readHeader(Cursor& cursor, HeaderRecord& target)
     if (target.majorVersion < OldestMajorVersion) {
         return HeaderStatus::OldFormat;
     }
-    cursor.readFloat(target.startFrequencyHz);
-    cursor.readFloat(target.stopFrequencyHz);
-    cursor.readFloat(target.stepWidthHz);
+    cursor.readNumber(target.startFrequencyHz);
+    cursor.readNumber(target.stopFrequencyHz);
+    cursor.readNumber(target.stepWidthHz);
     cursor.readNumber(target.minLevel);
     cursor.readNumber(target.maxLevel);
     cursor.readTime(target.startMs);

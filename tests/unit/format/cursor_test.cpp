@@ -132,7 +132,7 @@ void expectAsTheStandardStream(std::mt19937::result_type seed, const std::string
 TEST(Cursor, ReadsNumbersFromAnyBytesAsTheStandardStreamDoes)
 {
     expectAsTheStandardStream<std::int32_t>(20240611, "0123456789+-# \t\nex.\x01", &Cursor::readNumber);
-    expectAsTheStandardStream<float>(7, "0123456789+-#.eE 9e+", &Cursor::readFloat);
+    expectAsTheStandardStream<float>(7, "0123456789+-#.eE 9e+", &Cursor::readNumber);
 }
 
 TEST(Cursor, ReadsTheSameWithABufferOfAnySize)

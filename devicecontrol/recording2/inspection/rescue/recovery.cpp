@@ -134,14 +134,14 @@ bool recoverFromJournal(const std::string& recording, const RecoveryOptions& opt
 void recoverFromRecords(const std::string& recording, const RecoveryOptions& options, System::FileMode mode,
                         Recovery& report)
 {
-    Salvage salvage = salvageUnclosed(recording, options.progress);
+    const Salvage salvage = salvageUnclosed(recording, options.progress);
     if (salvage.readability != Readability::Ok) {
         fail(report, RecoveryOutcome::Nothing, salvage.problem);
         return;
     }
     Output output{{native(options.output), mode | OwnerReadsAndWrites}, {}, {}};
     const Task task{recording, options, report, output};
-    Found found = takeFromRecords(task, std::move(salvage));
+    Found found = takeFromRecords(task, salvage);
     finish(task, found);
 }
 

@@ -1,6 +1,4 @@
 // Recovery without a journal: the records that follow the types, without the last one's end and without their times.
-#include <utility>
-
 #include "../recordingname.h"
 #include "recoverysteps.h"
 
@@ -8,90 +6,75 @@ namespace Recording2::Inspection {
 
 namespace {
 
-/// The way without one.
-class FromRecords {
-public:
-    FromRecords(const Task& task, Salvage salvage) : m_task(task), m_salvage(std::move(salvage)) {}
-
-    Found run()
-    {
-        Found found;
-        fillHeader(found);
-        if (!m_salvage.types.empty()) {
-            found.types = Format::typeTable(m_salvage.types);
-        }
-        m_task.output.file.begin(found.types);
-        copyRecords();
-        tellLosses();
-        return found;
+void fillHeader(const Task& task, const Header& said, Found& found)
+{
+    Format::HeaderRecord& header = found.header;
+    header.majorVersion = Format::OldestMajorVersion;
+    if (said.majorVersion >= Format::OldestMajorVersion) {  // a file that was closed, but not given its name
+        header = said;
+        header.positions = {};
+        found.stopKnown = true;
+        found.lengthMs = lengthFrom(said.startMs, said.stopMs);
+        return;
     }
+    header.startMs = startInName(task.recording).value_or(0);
+    found.lengthMs = lengthFrom(header.startMs, lastWriteMs(task.recording));
+}
 
-private:
-    void fillHeader(Found& found) const
-    {
-        const Header& said = m_salvage.header;
-        Format::HeaderRecord& header = found.header;
-        header.majorVersion = Format::OldestMajorVersion;
-        if (said.majorVersion >= Format::OldestMajorVersion) {  // a file that was closed, but not given its name
-            header = said;
-            header.positions = {};
-            found.stopKnown = true;
-            found.lengthMs = lengthFrom(said.startMs, said.stopMs);
-            return;
+/// @return how many have no time
+std::uint64_t copyRecords(const Task& task, const Salvage& salvage)
+{
+    std::uint64_t unknown = 0;
+    std::int64_t nextProgress = 0;
+    const auto take = [&](const Record& record, std::optional<std::uint64_t> time, bool channelRange) {
+        unknown += time ? 0U : 1U;
+        task.output.add(record, time, channelRange);
+        if (record.position < nextProgress) {
+            return true;
         }
-        header.startMs = startInName(m_task.recording).value_or(0);
-        found.lengthMs = lengthFrom(header.startMs, lastWriteMs(m_task.recording));
+        nextProgress = record.position + ProgressBytes;
+        return task.goOn(record.position, salvage.records.back().position);
+    };
+    task.report.lostRecords += readSalvaged(task.recording, salvage, take);
+    return unknown;
+}
+
+void tellLosses(const Salvage& salvage, std::uint64_t unknown, std::vector<std::string>& lost)
+{
+    std::int64_t bytes = 0;
+    for (const LostBytes& some : salvage.lostBytes) {
+        bytes += some.bytes;
     }
-
-    void copyRecords()
-    {
-        std::int64_t nextProgress = 0;
-        const auto take = [&](const Record& record, std::optional<std::uint64_t> time, bool channelRange) {
-            m_unknown += time ? 0U : 1U;
-            m_task.output.add(record, time, channelRange);
-            if (record.position < nextProgress) {
-                return true;
-            }
-            nextProgress = record.position + ProgressBytes;
-            return m_task.goOn(record.position, m_salvage.records.back().position);
-        };
-        m_task.report.lostRecords += readSalvaged(m_task.recording, m_salvage, take);
+    if (bytes > 0) {
+        lost.push_back(counted(static_cast<std::uint64_t>(bytes), "byte") + " that are no whole record");
     }
-
-    void tellLosses() const
-    {
-        Recovery& report = m_task.report;
-        std::int64_t bytes = 0;
-        for (const LostBytes& lost : m_salvage.lostBytes) {
-            bytes += lost.bytes;
-        }
-        if (bytes > 0) {
-            report.lost.push_back(counted(static_cast<std::uint64_t>(bytes), "byte") + " that are no whole record");
-        }
-        if (m_unknown > 0) {
-            report.lost.push_back("the exact time of " + counted(m_unknown, "record"));
-        }
-        if (!m_salvage.lostHeaderFields.empty()) {
-            report.lost.emplace_back("the header");
-        }
-        if (m_salvage.typesLost) {
-            report.lost.emplace_back("names of types");
-        }
-        if (m_salvage.channelRangesLost) {
-            report.lost.emplace_back("the channel range table");
-        }
+    if (unknown > 0) {
+        lost.push_back("the exact time of " + counted(unknown, "record"));
     }
-
-    const Task& m_task;
-    Salvage m_salvage;
-    std::uint64_t m_unknown = 0;
-};
+    if (!salvage.lostHeaderFields.empty()) {
+        lost.emplace_back("the header");
+    }
+    if (salvage.typesLost) {
+        lost.emplace_back("names of types");
+    }
+    if (salvage.channelRangesLost) {
+        lost.emplace_back("the channel range table");
+    }
+}
 
 }  // namespace
 
-Found takeFromRecords(const Task& task, Salvage salvage)
+Found takeFromRecords(const Task& task, const Salvage& salvage)
 {
-    return FromRecords(task, std::move(salvage)).run();
+    Found found;
+    fillHeader(task, salvage.header, found);
+    if (!salvage.types.empty()) {
+        found.types = Format::typeTable(salvage.types);
+    }
+    task.output.file.begin(found.types);
+    const std::uint64_t unknown = copyRecords(task, salvage);
+    tellLosses(salvage, unknown, task.report.lost);
+    return found;
 }
 
 }  // namespace Recording2::Inspection

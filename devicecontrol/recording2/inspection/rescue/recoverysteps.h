@@ -59,7 +59,7 @@ struct Task {
 /// @return nothing where the journal is of another recording
 std::optional<Found> takeFromJournal(const Task& task, JournalContent journal);
 /// Records where no journal can be used.
-Found takeFromRecords(const Task& task, Salvage salvage);
+Found takeFromRecords(const Task& task, const Salvage& salvage);
 
 /// When nobody wrote the recording any more, milliseconds since 1970 UTC; 0 when the file does not tell.
 [[nodiscard]] std::uint64_t lastWriteMs(const std::string& path);

@@ -61,7 +61,7 @@ private:
     void number(const char* name, Number& target)
     {
         const std::int64_t begin = m_fields.position();
-        if (m_lost || !m_fields.value(target)) {
+        if (m_lost || !m_fields.number(target)) {
             m_result.lostHeaderFields.emplace_back(name);
             if (!m_lost) {
                 skipNumber(begin);

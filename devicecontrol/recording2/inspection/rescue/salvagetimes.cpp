@@ -2,7 +2,6 @@
 #include "salvageparts.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "../../format/layout.h"
 #include "../strict/tables.h"
@@ -19,40 +18,48 @@ public:
     {
     }
 
-    void read()
+    SalvagedTimes read()
     {
+        SalvagedTimes times;
         if (m_header.positions.timeTable == 0) {
-            return;
+            return times;
         }
         const std::int64_t end = timeTableEnd(m_header, m_source.size());
         FieldReader fields(m_source, m_header.positions.timeTable, end);
         FieldReader records(m_source, m_header.positions.firstRecord, m_header.positions.timeTable,
                             Format::MaxRecordHeadBytes);
         std::int64_t at = m_header.positions.timeTable;
-        while (at < end && !m_complete) {
+        bool sound = true;
+        bool complete = false;
+        while (at < end && !complete) {
             TimeEntry entry;
             if (readEntry(fields, at, entry)) {
                 at = fields.position();
-                m_end = at;
+                times.end = at;
                 // Where the table is sound the last entry is at its end; only there is looked whether it is the last.
-                m_entries.push_back(entry);
-                m_complete = at < end && nextIsNone(fields, at) &&
-                             records.endOfRecord(entry.position) == m_header.positions.timeTable;
+                times.entries.push_back(entry);
+                complete = at < end && nextIsNone(fields, at) &&
+                           records.endOfRecord(entry.position) == m_header.positions.timeTable;
                 fields.seek(at);
             } else {
-                m_sound = false;
+                sound = false;
                 ++at;
             }
         }
-        std::stable_sort(m_entries.begin(), m_entries.end(),
-                         [](const TimeEntry& a, const TimeEntry& b) { return a.position < b.position; });
-        m_entries.erase(std::unique(m_entries.begin(), m_entries.end(),
-                                    [](const TimeEntry& a, const TimeEntry& b) { return a.position == b.position; }),
-                        m_entries.end());
+        times.isSound = sound && times.end != 0;
+        sortByPosition(times.entries);
+        return times;
     }
-    SalvagedTimes take() { return {std::move(m_entries), m_sound && m_end != 0, m_end}; }
 
 private:
+    static void sortByPosition(std::vector<TimeEntry>& entries)
+    {
+        std::stable_sort(entries.begin(), entries.end(),
+                         [](const TimeEntry& a, const TimeEntry& b) { return a.position < b.position; });
+        entries.erase(std::unique(entries.begin(), entries.end(),
+                                  [](const TimeEntry& a, const TimeEntry& b) { return a.position == b.position; }),
+                      entries.end());
+    }
     bool readEntry(FieldReader& fields, std::int64_t at, TimeEntry& entry)
     {
         constexpr std::int64_t TimeValueBytes = 8;
@@ -76,19 +83,13 @@ private:
     InputFile& m_source;
     const Header& m_header;
     std::int32_t m_shift;
-    std::vector<TimeEntry> m_entries;
-    std::int64_t m_end = 0;
-    bool m_sound = true;
-    bool m_complete = false;
 };
 
 }  // namespace
 
 SalvagedTimes salvageTimes(InputFile& source, const Header& header, std::int32_t shift)
 {
-    TimesSalvage times(source, header, shift);
-    times.read();
-    return times.take();
+    return TimesSalvage(source, header, shift).read();
 }
 
 }  // namespace Recording2::Inspection

@@ -16,12 +16,6 @@ FieldReader::FieldReader(Format::ByteSource& source, std::int64_t position, std:
     m_cursor.seek(position);
 }
 
-bool FieldReader::real(float& target)
-{
-    float value = 0;
-    return accept(m_cursor.readFloat(value)) && take(target, value);
-}
-
 bool FieldReader::time(std::uint64_t& target)
 {
     std::uint64_t value = 0;

@@ -25,13 +25,12 @@ public:
     void seek(std::int64_t position) { m_cursor.seek(position); }
     void endAt(std::int64_t bound) { m_bound = bound; }
 
-    template <typename Integer>
-    bool number(Integer& target)
+    template <typename Number>
+    bool number(Number& target)
     {
-        Integer value = 0;
+        Number value = 0;
         return accept(m_cursor.readNumber(value)) && take(target, value);
     }
-    bool real(float& target);
     bool time(std::uint64_t& target);
     bool text(std::string& target);  ///< its length, a separator, the bytes
     /// The field of the header that holds such a value.
@@ -40,8 +39,6 @@ public:
     {
         if constexpr (std::is_same_v<Value, std::string>) {
             return text(target);
-        } else if constexpr (std::is_same_v<Value, float>) {
-            return real(target);
         } else if constexpr (std::is_same_v<Value, std::uint64_t>) {
             return time(target);
         } else {

@@ -132,12 +132,6 @@ private:
 
 }  // namespace
 
-std::int64_t typeTableEnd(const Summary& summary)
-{
-    const Header& h = summary.header;
-    return endOf(h.positions.typeTable, {h.positions.firstRecord, h.positions.timeTable}, summary.fileSize);
-}
-
 std::int64_t recordsEnd(const Header& header, std::int64_t fileSize)
 {
     const auto others = {header.positions.timeTable, header.positions.channelRangeTable,
@@ -149,19 +143,6 @@ std::int64_t timeTableEnd(const Header& header, std::int64_t fileSize)
 {
     return endOf(header.positions.timeTable, {header.positions.channelRangeTable, header.positions.bookmarkTable},
                  fileSize);
-}
-
-std::int64_t channelRangeTableEnd(const Summary& summary)
-{
-    return endOf(summary.header.positions.channelRangeTable, {summary.header.positions.bookmarkTable},
-                 summary.fileSize);
-}
-
-std::int64_t bookmarkTableEnd(const Summary& summary)
-{
-    // Channel ranges that were added to a file with bookmarks stand after these.
-    return endOf(summary.header.positions.bookmarkTable, {summary.header.positions.channelRangeTable},
-                 summary.fileSize);
 }
 
 bool readTypeEntry(FieldReader& fields, TypeEntry& entry)
@@ -178,11 +159,12 @@ bool readBookmark(FieldReader& fields, Bookmark& bookmark)
 
 void readTypeTable(Format::ByteSource& source, Summary& summary)
 {
-    const std::int64_t end = typeTableEnd(summary);
+    const Format::Positions& positions = summary.header.positions;
+    const std::int64_t end = endOf(positions.typeTable, {positions.firstRecord, positions.timeTable}, summary.fileSize);
     if (end == 0) {
         return;
     }
-    FieldReader fields(source, summary.header.positions.typeTable, end);
+    FieldReader fields(source, positions.typeTable, end);
     std::int64_t offset = fields.position();
     std::int32_t count = 0;
     if (!fields.number(count) || count < 0) {
@@ -209,9 +191,9 @@ void readTypeTable(Format::ByteSource& source, Summary& summary)
         }
     }
     if (taken > MostTold) {
-        summary.findings.push_back({summary.header.positions.typeTable, std::to_string(taken - MostTold) +
-                                                                            " more entries of the type table have a "
-                                                                            "number that is taken."});
+        summary.findings.push_back({positions.typeTable, std::to_string(taken - MostTold) +
+                                                             " more entries of the type table have a "
+                                                             "number that is taken."});
     }
     summary.ends.types = fields.position();
 }
@@ -225,11 +207,12 @@ void readTimeTable(Format::ByteSource& source, Summary& summary)
 
 void readChannelRangeTable(Format::ByteSource& source, Summary& summary)
 {
-    const std::int64_t end = channelRangeTableEnd(summary);
+    const Format::Positions& positions = summary.header.positions;
+    const std::int64_t end = endOf(positions.channelRangeTable, {positions.bookmarkTable}, summary.fileSize);
     if (end == 0) {
         return;
     }
-    FieldReader fields(source, summary.header.positions.channelRangeTable, end);
+    FieldReader fields(source, positions.channelRangeTable, end);
     Repeated disorder;
     bool sound = true;
     std::int64_t lastEnd = fields.position();
@@ -262,11 +245,13 @@ void readChannelRangeTable(Format::ByteSource& source, Summary& summary)
 
 void readBookmarkTable(Format::ByteSource& source, Summary& summary)
 {
-    const std::int64_t end = bookmarkTableEnd(summary);
+    const Format::Positions& positions = summary.header.positions;
+    // Channel ranges that were added to a file with bookmarks stand after these.
+    const std::int64_t end = endOf(positions.bookmarkTable, {positions.channelRangeTable}, summary.fileSize);
     if (end == 0) {
         return;
     }
-    FieldReader fields(source, summary.header.positions.bookmarkTable, end);
+    FieldReader fields(source, positions.bookmarkTable, end);
     Repeated disorder;
     bool sound = true;
     // A shorter table that took the place of a longer one is followed by the characters "0" to the end.

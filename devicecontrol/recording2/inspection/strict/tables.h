@@ -10,11 +10,8 @@ class FieldReader;
 
 // Where a block ends: where the next one begins, or the end of the file. 0 for a block that is absent or lies outside
 // the file.
-std::int64_t typeTableEnd(const Summary& summary);
 std::int64_t recordsEnd(const Header& header, std::int64_t fileSize);
 std::int64_t timeTableEnd(const Header& header, std::int64_t fileSize);
-std::int64_t channelRangeTableEnd(const Summary& summary);
-std::int64_t bookmarkTableEnd(const Summary& summary);
 
 // One entry each, with nothing wrong in it.
 bool readTypeEntry(FieldReader& fields, TypeEntry& entry);
