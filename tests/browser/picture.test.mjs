@@ -5,7 +5,7 @@ import path from 'node:path';
 import { before, test } from 'node:test';
 import { browse, folder, open, rectool, serve, set, settled, simulate, start } from './frame.mjs';
 
-const largest = 300e3;
+const largest = 350e3;
 let browser;
 let address;
 
