@@ -33,7 +33,11 @@ test('a bookmark that is added, renamed and removed on the page is so for rectoo
 
     await page.locator('#bookmarks summary').click();
     await page.getByRole('button', { name: 'Rename' }).click();
-    await page.keyboard.type('Carrier');
+    await page.keyboard.type('Car');
+    rectool('bookmark', 'add', file, '50000', 'of somebody else', '--yes');
+    await page.locator('.bookmark-margin button', { hasText: 'of somebody else' }).waitFor();
+    rectool('bookmark', 'rm', file, '50000', '--yes');
+    await page.keyboard.type('rier');
     await page.keyboard.press('Enter');
     await page.locator('.bookmark-margin button', { hasText: 'Carrier' }).waitFor();
     assert.match(JSON.stringify(bookmarks()), /Carrier/);

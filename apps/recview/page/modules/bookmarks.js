@@ -61,14 +61,18 @@ class Bookmarks {
         const recording = this.model.get().recording;
         const answer = recording ? await this.server.json('/api/bookmarks', { recording: recording.id }) : { bookmarks: [] };
         if (recording === this.model.get().recording) {
+            const isTyped = this.of === recording?.id && this.items.querySelector('form') !== null;
+            this.of = recording?.id;
             this.take(answer);
+            if (!isTyped) {
+                this.drawList();
+            }
         }
     }
 
     take(answer) {
         this.list = [...answer.bookmarks].sort((a, b) => a.ms - b.ms);
         this.draw();
-        this.drawList();
     }
 
     editable() {
@@ -149,6 +153,7 @@ class Bookmarks {
             const answer = await this.server.post('/api/bookmarks', { recording: this.model.get().recording.id, ...wanted });
             this.say('');
             this.take(answer);
+            this.drawList();
             return true;
         } catch (error) {
             this.say(error.message);
