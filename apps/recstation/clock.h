@@ -14,6 +14,13 @@ namespace RecStation {
     return static_cast<unsigned long long>(std::chrono::duration_cast<std::chrono::microseconds>(now).count());
 }
 
+/// Where a recording of what has no times of its own begins: records tell whole milliseconds.
+[[nodiscard]] inline unsigned long long wholeMillisecondUs()
+{
+    constexpr unsigned long long Millisecond = 1'000;
+    return systemTimeUs() / Millisecond * Millisecond;
+}
+
 /// What the station's clock shows: while a source steps, the time of the step.
 [[nodiscard]] inline unsigned long long stationTimeUs()
 {

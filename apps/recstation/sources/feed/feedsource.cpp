@@ -224,7 +224,7 @@ std::optional<unsigned long long> FeedSource::lastTime()
 std::unique_ptr<Source> makeFeedSource(const FeedOptions& options, StationHooks host)
 {
     return std::make_unique<FeedSource>([file = options.file] { return openText(file); },
-                                        options.startTime.value_or(systemTimeUs()), options, std::move(host));
+                                        options.startTime.value_or(wholeMillisecondUs()), options, std::move(host));
 }
 
 }  // namespace RecStation

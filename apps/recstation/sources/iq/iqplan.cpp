@@ -244,7 +244,7 @@ void planStretches(const IqOptions& options, const Files& files, const KnownSamp
                           .centreHz = chooseCentre(options, files, capture),
                           .startTime = capture.startTime.value_or(0)};
         if (plan.stretches.empty()) {
-            stretch.startTime = start.value_or(systemTimeUs());
+            stretch.startTime = start.value_or(wholeMillisecondUs());
         } else if (!capture.startTime) {
             // Nothing says that there was a gap.
             const KnownCapture& before = known.captures[plan.stretches.size() - 1];
