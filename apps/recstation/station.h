@@ -18,6 +18,7 @@
 #include "recorders.h"
 #include "recordertraces.h"
 #include "runner.h"
+#include "runsources.h"
 #include "scheduler.h"
 #include "summary.h"
 #include "viewer.h"
@@ -29,20 +30,6 @@ namespace RecStation {
 /// The recorders that the options ask for, loaded into the configuration centre.
 /// @throws std::runtime_error with file, line and key where known
 [[nodiscard]] Configuration loadConfiguration(const Options& options);
-/// @throws UsageError when two sources would read the standard input
-void requireOneInput(const ChosenSources& sources);
-
-/// Whether the sources are merged by arrival.
-/// @throws UsageError when they or the options do not go together
-[[nodiscard]] bool isLiveRun(const Options& options);
-/// One of the sources of a run. What is no peer's has the times of its arrival in a live run.
-/// @param run what is known of it besides the options
-[[nodiscard]] std::unique_ptr<Source> makeSource(const Options& options, const OfferedSource& chosen, SourceRun run);
-/// Two sources would tear each other's spectrum down with every change, and two receivers' spectra of different paths
-/// still have one frequency, span and level between them.
-/// @throws UsageError when they have one in common
-void requireOwnSpectra(const QString& one, const QStringList& spectraOfOne, const QString& other,
-                       const QStringList& spectraOfOther);
 
 /// At most one at a time: it puts the value tree and the clock of the process in force.
 class Station {

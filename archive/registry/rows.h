@@ -14,6 +14,8 @@
 
 namespace Zelvo {
 
+inline const char* const StationsTable = "stations";
+
 struct GroupRow : GroupInfo {
     QString owner;  ///< the lock of the process that records into it
     bool asked = false;
