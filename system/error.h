@@ -12,6 +12,7 @@ using Error = int;
 [[nodiscard]] std::string errorText(Error error);
 extern const Error InvalidPosition;  ///< before the file
 extern const Error CannotRead;       ///< bytes that the file has were not given
+extern const Error FileTooLarge;     ///< for its system, or for its format
 extern const Error NameTaken;        ///< something has that name already
 extern const Error LockHeld;         ///< by another process, or through another opening of the file
 extern const Error NoOrdinaryFile;   ///< a pipe, a device or the like: it was not opened

@@ -8,6 +8,7 @@ namespace System {
 
 const Error InvalidPosition = EINVAL;
 const Error CannotRead = EIO;
+const Error FileTooLarge = EFBIG;
 const Error NameTaken = EEXIST;
 const Error LockHeld = EWOULDBLOCK;
 const Error NoOrdinaryFile = -1;

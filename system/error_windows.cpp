@@ -11,6 +11,7 @@ namespace System {
 
 const Error InvalidPosition = ERROR_NEGATIVE_SEEK;
 const Error CannotRead = ERROR_READ_FAULT;
+const Error FileTooLarge = ERROR_FILE_TOO_LARGE;
 const Error NameTaken = ERROR_FILE_EXISTS;
 const Error LockHeld = ERROR_LOCK_VIOLATION;
 const Error NoOrdinaryFile = -1;

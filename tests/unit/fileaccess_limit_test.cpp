@@ -1,8 +1,10 @@
 // The end of what positions can name. The files are sparse, so they cost no space.
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QTemporaryDir>
 
+#include <recording2/file/recordingwriter.h>
 #include <recording2/fileaccess.h>
 #include <recording2/fileaccess_p.h>
 #include <vkbase/trace.h>
@@ -12,6 +14,7 @@ namespace Recording2 {
 class FileAccessTestPeer {
 public:
     static void seek(CFileAccess& file, std::int64_t position) { file.d->shared->growing->file().seek(position); }
+    static void seek(RecordingWriter& writer, std::int64_t position) { writer.m_file->seek(position); }
     static std::int64_t position(const CFileAccess& file) { return file.d->shared->growing->file().position(); }
 };
 
@@ -130,4 +133,25 @@ TEST_F(FileAccessLimit, ATimeThatCannotMoveOnIsRefused)
     const std::int64_t end = FileAccessTestPeer::position(m_file);
     write(1, "refused");
     EXPECT_EQ(FileAccessTestPeer::position(m_file), end);
+}
+
+TEST_F(FileAccessLimit, ARecordingMadeOfOthersFailsWhereItsRecordsOrTablesPassTheLastPosition)
+{
+    const std::string data(100, 'x');
+    for (const bool anotherRecord : {true, false}) {
+        RecordingWriter writer(m_directory.filePath("made.rec").toStdString(), System::DefaultFileMode);
+        ASSERT_EQ(writer.begin(""), 0);
+        FileAccessTestPeer::seek(writer, Last);
+        writer.add(46, data);
+        EXPECT_TRUE(writer.good());
+        if (anotherRecord) {
+            writer.add(46, data);
+        } else {
+            const std::vector<std::uint64_t> times{10};
+            Format::HeaderRecord header;
+            writer.end(header, {times, {}, {}});
+        }
+        EXPECT_EQ(writer.close(false), System::FileTooLarge);
+    }
+    EXPECT_TRUE(QDir(m_directory.path()).entryList({"made*"}).isEmpty());
 }

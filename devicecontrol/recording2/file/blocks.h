@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "../format/layout.h"
+#include "../index/timeindex.h"
 #include "files.h"
 
 namespace Recording2::Blocks {
@@ -17,38 +18,56 @@ inline void appendRecord(OutputFile& output, std::int32_t code, std::string_view
     output.append(data);
 }
 
-/// Of the time table.
-inline void appendTimeEntry(OutputFile& output, std::uint64_t milliseconds, std::int32_t position)
-{
-    output.commit(Format::putTimeEntry(output.reserve(), milliseconds, position));
-}
+/// Where a table begins, and whether anything was left out: no header can name a place after the last position.
+struct TablePlace {
+    std::int32_t& position;  ///< 0 until it is written
+    bool& leftOut;
 
-/// Notes where a table is written for the first time. @return false, and leftOut set, when no header could name that
-inline bool beginTable(const OutputFile& output, std::int32_t& position, bool& leftOut)
-{
-    if (position == 0 && output.position() > Format::LastPosition) {
-        leftOut = true;
-        return false;
+    /// @return whether the table is to be written here; one that was written before keeps the position it had
+    [[nodiscard]] bool takeHere(const OutputFile& output, bool empty) const
+    {
+        if (!output.good() || empty) {
+            return false;
+        }
+        leftOut = leftOut || (position == 0 && output.position() > Format::LastPosition);
+        if (position == 0 && output.position() <= Format::LastPosition) {
+            position = static_cast<std::int32_t>(output.position());
+        }
+        return position != 0;
     }
-    position = position == 0 ? static_cast<std::int32_t>(output.position()) : position;
-    return true;
+};
+
+/// @param at gives the time in milliseconds and the position of a record; times ascend
+template <typename At>
+void appendTimeTable(OutputFile& output, TablePlace place, std::size_t records, const At& at)
+{
+    if (place.takeHere(output, records == 0)) {
+        for (std::size_t i = 0; i < records; ++i) {
+            const Index::TimeEntry entry = at(i);
+            output.commit(Format::putTimeEntry(output.reserve(), entry.time, entry.position));
+        }
+    }
 }
 
-/// The channel range table, ascending.
+/// @param times milliseconds, ascending
 template <typename Times>
-void appendTimes(OutputFile& output, const Times& times)
+void appendChannelRanges(OutputFile& output, TablePlace place, const Times& times)
 {
-    for (const std::uint64_t milliseconds : times) {
-        output.commit(Format::putTime(output.reserve(), milliseconds));
+    if (place.takeHere(output, times.empty())) {
+        for (const std::uint64_t milliseconds : times) {
+            output.commit(Format::putTime(output.reserve(), milliseconds));
+        }
     }
 }
 
-inline void appendBookmarks(OutputFile& output, const std::map<std::uint64_t, std::string>& bookmarks)
+inline void appendBookmarks(OutputFile& output, TablePlace place, const std::map<std::uint64_t, std::string>& bookmarks)
 {
-    for (const auto& [milliseconds, text] : bookmarks) {
-        output.commit(Format::putTime(output.reserve(), milliseconds));
-        output.commit(Format::putNumber(output.reserve(), std::uint64_t{text.size()}));
-        output.append(text);
+    if (place.takeHere(output, bookmarks.empty())) {
+        for (const auto& [milliseconds, text] : bookmarks) {
+            output.commit(Format::putTime(output.reserve(), milliseconds));
+            output.commit(Format::putNumber(output.reserve(), std::uint64_t{text.size()}));
+            output.append(text);
+        }
     }
 }
 

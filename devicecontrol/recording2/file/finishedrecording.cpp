@@ -270,9 +270,7 @@ void FinishedRecording::writeBookmarks(CopyState& own, OutputFile& output)
     if (position != 0) {
         seekToTable(output, position, end);
     }
-    if (output.good() && !m_tables.bookmarks.empty() && Blocks::beginTable(output, position, own.leftOut)) {
-        Blocks::appendBookmarks(output, m_tables.bookmarks);
-    }
+    Blocks::appendBookmarks(output, {position, own.leftOut}, m_tables.bookmarks);
     // What the old table had more than the new one reads as entries without a text.
     while (output.good() && output.position() < end) {
         output.append({"0", 1});
@@ -294,9 +292,7 @@ void FinishedRecording::writeChannelRanges(CopyState& own, OutputFile& output)
     if (position != 0) {
         seekToTable(output, position, output.position());
     }
-    if (Blocks::beginTable(output, position, own.leftOut)) {
-        Blocks::appendTimes(output, m_tables.channelRanges);
-    }
+    Blocks::appendChannelRanges(output, {position, own.leftOut}, m_tables.channelRanges);
 }
 
 void FinishedRecording::clearChannelRanges(CopyState& own)

@@ -141,16 +141,9 @@ void GrowingRecording::resume()
 void GrowingRecording::writeTables(CopyState& own)
 {
     const Index::TimeIndex& index = *m_tables.index;
-    if (m_file.good() && !index.empty() && Blocks::beginTable(m_file, own.positions.timeTable, own.leftOut)) {
-        for (std::size_t rank = 0; rank < index.size(); ++rank) {
-            const Index::TimeEntry entry = index.byTime(rank);
-            Blocks::appendTimeEntry(m_file, entry.time, entry.position);
-        }
-    }
-    if (m_file.good() && !m_tables.channelRanges.empty() &&
-        Blocks::beginTable(m_file, own.positions.channelRangeTable, own.leftOut)) {
-        Blocks::appendTimes(m_file, m_tables.channelRanges);
-    }
+    Blocks::appendTimeTable(m_file, {own.positions.timeTable, own.leftOut}, index.size(),
+                            [&](std::size_t rank) { return index.byTime(rank); });
+    Blocks::appendChannelRanges(m_file, {own.positions.channelRangeTable, own.leftOut}, m_tables.channelRanges);
     if (m_resumed) {
         m_file.endHere();
     }

@@ -1,7 +1,6 @@
 // Writing a new recording: its name while it is written, its blocks in their order, its name at last.
 #include "recordingwriter.h"
 
-#include <algorithm>
 #include <system_error>
 #include <utility>
 
@@ -27,30 +26,32 @@ System::Error RecordingWriter::begin(const std::string& types)
         static_cast<void>(m_lock.lock());  // of a file that was made just now
     }
     m_file->append(Format::headerArea());
-    m_positions.typeTable = types.empty() ? 0 : here();
+    m_positions.typeTable = types.empty() ? 0 : Format::HeaderAreaBytes;
     m_file->append(types);
     return m_file->error();
 }
 
 void RecordingWriter::add(std::int32_t code, std::string_view data)
 {
-    m_starts.push_back(here());
+    if (m_file->position() > Format::LastPosition) {
+        m_file->fail(System::FileTooLarge);
+    }
+    m_starts.push_back(static_cast<std::int32_t>(m_file->position()));
     Blocks::appendRecord(*m_file, code, data);
 }
 
 void RecordingWriter::end(Format::HeaderRecord& header, const ClosingTables& tables)
 {
-    if (!m_starts.empty()) {
-        m_positions.firstRecord = m_starts.front();
-        m_positions.timeTable = here();
+    m_positions.firstRecord = m_starts.empty() ? 0 : m_starts.front();
+    bool leftOut = false;
+    Blocks::appendTimeTable(*m_file, {m_positions.timeTable, leftOut}, m_starts.size(), [&](std::size_t i) {
+        return Index::TimeEntry{tables.times[i], m_starts[i]};
+    });
+    Blocks::appendChannelRanges(*m_file, {m_positions.channelRangeTable, leftOut}, tables.ranges);
+    Blocks::appendBookmarks(*m_file, {m_positions.bookmarkTable, leftOut}, tables.bookmarks);
+    if (leftOut) {
+        m_file->fail(System::FileTooLarge);
     }
-    for (std::size_t i = 0; i < m_starts.size(); ++i) {
-        Blocks::appendTimeEntry(*m_file, tables.times[i], m_starts[i]);
-    }
-    m_positions.channelRangeTable = tables.ranges.empty() ? 0 : here();
-    Blocks::appendTimes(*m_file, tables.ranges);
-    m_positions.bookmarkTable = tables.bookmarks.empty() ? 0 : here();
-    Blocks::appendBookmarks(*m_file, tables.bookmarks);
     m_bytes = m_file->position();
     header.positions = m_positions;
     m_file->seek(0);
@@ -79,12 +80,6 @@ System::Error RecordingWriter::discard()
     m_file.reset();
     m_lock.close();
     return std::exchange(m_made, false) ? System::removeFile(m_part) : 0;
-}
-
-// What lies further shows when the file is read back.
-std::int32_t RecordingWriter::here() const
-{
-    return static_cast<std::int32_t>(std::min(m_file->position(), Format::LastPosition));
 }
 
 }  // namespace Recording2

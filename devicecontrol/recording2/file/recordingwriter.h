@@ -37,7 +37,7 @@ public:
 
     /// Makes the file. @param types the block of the type table, may be empty
     System::Error begin(const std::string& types);
-    /// Appends a record. @param data not empty
+    /// Appends a record; past the last position that the format can name, it fails. @param data not empty
     void add(std::int32_t code, std::string_view data);
     [[nodiscard]] std::size_t records() const { return m_starts.size(); }
     /// Writes the tables, and the header with their positions. @param header receives the positions
@@ -54,7 +54,7 @@ public:
     [[nodiscard]] std::int64_t bytes() const { return m_bytes; }  ///< of the file, once it has ended
 
 private:
-    [[nodiscard]] std::int32_t here() const;
+    friend class FileAccessTestPeer;
 
     std::filesystem::path m_output;
     std::filesystem::path m_part;
