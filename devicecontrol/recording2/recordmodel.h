@@ -11,8 +11,7 @@
 
 namespace Recording2 {
 
-/// The header of a recording. A plain value without defaults for its numbers in the original interface; here they are
-/// 0.
+/// The header of a recording: a plain value, at first with numbers of 0, empty texts and null times.
 class RECORDING2_EXPORT CHeaderData {
 public:
     CHeaderData() = default;
