@@ -1,7 +1,7 @@
 // CFileAccess: opening, writing, closing. Reading has a file of its own.
 #include "fileaccess.h"
 
-#include <exception>
+#include <new>
 
 #include <vkbase/trace.h>
 
@@ -18,15 +18,8 @@ namespace {
 // Traces the exception being handled.
 void traceException(const char* format)
 {
-    if (!Traces::enabled()) {
-        return;
-    }
-    try {
-        throw;
-    } catch (const std::exception& exception) {
-        _Q_TraceOld(format, exception.what());
-    } catch (...) {  // observers of the values that are set may throw anything
-        _Q_TraceOld(format, "unknown exception");
+    if (Traces::enabled()) {
+        _Q_TraceOld(format, Traces::textOfException().c_str());
     }
 }
 
@@ -81,7 +74,11 @@ CFileAccess* CFileAccess::instance(const char* path, const QString& prefix, cons
                                    bool readTables)
 {
     if (m_pInstance == nullptr) {
-        m_pInstance = new CFileAccess(path, prefix, name, write, readTables, false, nullptr, nullptr);
+        try {
+            m_pInstance = new CFileAccess(path, prefix, name, write, readTables, false, nullptr, nullptr);
+        } catch (const std::bad_alloc&) {
+            return nullptr;
+        }
     }
     return m_pInstance;
 }

@@ -1,8 +1,6 @@
 // Set-up of the recorder and its end.
 #include "recording.h"
 
-#include <exception>
-
 #include <startup/cfgcenter.h>
 #include <startup/translationcenter.h>
 
@@ -35,8 +33,8 @@ CRecording::~CRecording()
     const auto guarded = [](const auto& step) {
         try {
             step();
-        } catch (const std::exception& exception) {
-            Traces::tell(Traces::Recorder, QString::fromUtf8(exception.what()), __LINE__);
+        } catch (...) {
+            Traces::tell(Traces::Recorder, QString::fromStdString(Traces::textOfException()), __LINE__);
         }
     };
     guarded([this] { m_status.showUnloaded(); });

@@ -2,9 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include <QString>
 
@@ -58,7 +58,7 @@ private:
 
     /// A change that came while the start sequence ran; it is written after the initial states.
     struct EarlyChange {
-        values::ValueBase* value;  // null when the value was removed meanwhile
+        const void* value;  // which may have been removed meanwhile
         TChangeCode code;
         std::int32_t typeId;
         unsigned long long recordTime;
@@ -121,7 +121,7 @@ private:
     values::ValuePtr<values::ValueSelection> m_antennaMode;
     std::unique_ptr<Zelvo::ZelvoClient> m_archive;
 
-    std::vector<EarlyChange> m_earlyChanges;
+    std::deque<EarlyChange> m_earlyChanges;
     CVTCmdData m_record;  // reused for every record
     std::int64_t m_fileSizeLimit = MaxFileBytes;
 };

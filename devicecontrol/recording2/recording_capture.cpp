@@ -1,7 +1,7 @@
 // The change notification: control values, and the capture of what is recorded.
 #include <algorithm>
-#include <exception>
 #include <initializer_list>
+#include <utility>
 
 #include <QDir>
 #include <QScopeGuard>
@@ -44,22 +44,14 @@ void CRecording::Update(void* subject, TChangeCode code)
         // it.
         const bool control = HandleControlValue(subject, code);
         Capture(subject, code, control);
-    } catch (const std::exception& exception) {
-        RecordingErrors::rethrow(exception, __LINE__);
+    } catch (...) {
+        RecordingErrors::rethrow(__LINE__);
     }
 }
 
 bool CRecording::HandleRemoval(const void* subject, TChangeCode code)
 {
-    if (code != TChangeCode::Removed || !m_values.forget(subject, code)) {
-        return false;
-    }
-    for (EarlyChange& change : m_earlyChanges) {
-        if (change.value == subject) {
-            change.value = nullptr;
-        }
-    }
-    return true;
+    return code == TChangeCode::Removed && m_values.forget(subject, code);
 }
 
 bool CRecording::HandleControlValue(const void* subject, TChangeCode code)
@@ -176,8 +168,8 @@ void CRecording::StopAfterFailure(const QString& reason)
                  __LINE__);
     try {
         StopRecording(false);
-    } catch (const std::exception& exception) {
-        Traces::tell(Traces::Recorder, QString::fromUtf8(exception.what()), __LINE__);
+    } catch (...) {
+        Traces::tell(Traces::Recorder, QString::fromStdString(Traces::textOfException()), __LINE__);
     }
     CTimeStamp::SetCts(0);  // as after every "Off"
     m_status.showOff();
@@ -186,14 +178,12 @@ void CRecording::StopAfterFailure(const QString& reason)
 void CRecording::WriteEarlyChanges()
 {
     while (!m_earlyChanges.empty()) {
-        std::vector<EarlyChange> changes;
-        changes.swap(m_earlyChanges);
-        for (const EarlyChange& change : changes) {
-            if (change.value != nullptr) {
-                Follow(change.typeId, *change.value);
-            }
-            WriteCapture(change.typeId, change.code, change.text, change.recordTime);
+        const EarlyChange change = std::move(m_earlyChanges.front());
+        m_earlyChanges.pop_front();
+        if (const ObservedValues::Observed* observed = m_values.find(change.value)) {  // else it may be gone
+            Follow(change.typeId, *observed->value);
         }
+        WriteCapture(change.typeId, change.code, change.text, change.recordTime);
     }
 }
 

@@ -1,6 +1,4 @@
 // Start and stop of recordings.
-#include <exception>
-
 #include <QScopeGuard>
 
 #include <startup/cfgcenter.h>
@@ -50,8 +48,8 @@ QString CRecording::StartRecording(bool splitting)
             RunStartSequence();
         }
         return m_currentFileName;
-    } catch (const std::exception& exception) {
-        RecordingErrors::rethrow(exception, RecordingErrors::Start);
+    } catch (...) {
+        RecordingErrors::rethrow(RecordingErrors::Start);
     }
 }
 
@@ -77,7 +75,7 @@ void CRecording::RunStartSequence()
     if (m_starts != thisStart || !StopIfWritingFailed()) {
         WriteEarlyChanges();
     }
-    if (m_file == nullptr) {  // one of those changes stopped the recording
+    if (m_file == nullptr) {  // it was stopped meanwhile
         DetachAllValues();
     }
 }
@@ -89,9 +87,9 @@ void CRecording::StopRecording(bool splitting)
     }
     try {
         CloseFile(splitting);
-    } catch (const std::exception& exception) {
+    } catch (...) {
         m_file.reset();
-        RecordingErrors::rethrow(exception, RecordingErrors::Stop);
+        RecordingErrors::rethrow(RecordingErrors::Stop);
     }
 }
 
@@ -103,8 +101,12 @@ void CRecording::CloseFile(bool splitting)
     m_file->Close(FinalHeader(), splitting);
     m_file.reset();
     m_times.end();
-    if (path.find(".tmp") != std::string::npos) {
-        m_currentFileName.replace(QStringLiteral(".tmp"), QStringLiteral(".rec"));
+    if (!splitting) {
+        m_earlyChanges.clear();  // of a recording that was stopped while it started
+    }
+    const QString open = QStringLiteral(".tmp");
+    if (path.find(".tmp") != std::string::npos) {  // the last one is the file's: directories may be called so too
+        m_currentFileName.replace(m_currentFileName.lastIndexOf(open), open.size(), QStringLiteral(".rec"));
         PublishFileName(m_currentFileName);
     }
     m_status.clearPaths();
@@ -237,8 +239,8 @@ void CRecording::WriteInitialStates()
             m_file->write(m_record, RecordTimes::InitialStateMs,
                           dynamic_cast<const values::MappingBase*>(value) != nullptr);
         }
-    } catch (const std::exception& exception) {
-        RecordingErrors::rethrow(exception, RecordingErrors::InitialStates);
+    } catch (...) {
+        RecordingErrors::rethrow(RecordingErrors::InitialStates);
     }
 }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <exception>
 
 #include <vkbase/vkexception.h>
 
@@ -13,14 +12,18 @@ namespace Recording2::RecordingErrors {
 /// Line numbers that operators know the recorder's failures by.
 enum Line : std::int32_t { InitialStates = 590, Start = 1006, Stop = 1103 };
 
-/// What the recorder throws for a failure: its own exceptions pass as they are.
-[[noreturn]] inline void rethrow(const std::exception& cause, std::int32_t line)
+/// What the recorder throws for the exception that is being handled: its own pass as they are.
+[[noreturn]] inline void rethrow(std::int32_t line)
 {
-    const auto* own = dynamic_cast<const VKException*>(&cause);
-    if (own != nullptr && own->Source() == Traces::Recorder) {
+    try {
         throw;
+    } catch (const VKException& own) {
+        if (own.Source() == Traces::Recorder) {
+            throw;
+        }
+    } catch (...) {  // told below
     }
-    throw VKException(cause.what(), Traces::Recorder, "CRecording", line);
+    throw VKException(Traces::textOfException(), Traces::Recorder, "CRecording", line);
 }
 
 }  // namespace Recording2::RecordingErrors

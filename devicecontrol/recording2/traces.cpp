@@ -1,6 +1,8 @@
 // The words of traces, which are put together for all alike.
 #include "traces.h"
 
+#include <exception>
+
 #include <vkbase/trace.h>
 
 #include "filenames.h"
@@ -10,6 +12,17 @@ namespace Recording2 {
 bool Traces::enabled()
 {
     return (ErrorHandler::Instance().TraceMask() & ErrorHandler::RecordingTraces) != 0;
+}
+
+std::string Traces::textOfException()
+{
+    try {
+        throw;
+    } catch (const std::exception& exception) {
+        return exception.what();
+    } catch (...) {
+        return "unknown exception";
+    }
 }
 
 void Traces::tell(const char* source, const QString& message, std::uint16_t line)

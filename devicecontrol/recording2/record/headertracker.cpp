@@ -14,6 +14,12 @@ namespace Recording2 {
 
 namespace {
 
+// A number that is not known yet, and 0, give no range.
+float known(double number)
+{
+    return std::isnan(number) ? 0.0F : static_cast<float>(number);
+}
+
 // Truncated; a number that no level field can hold gives the nearest it can.
 std::int32_t truncated(double number)
 {
@@ -104,9 +110,9 @@ bool HeaderTracker::takeFrequency(const values::ValueBase& value)
     if (frequency == nullptr) {
         return false;
     }
-    m_frequency = static_cast<float>(frequency->GetValue());
+    m_frequency = known(frequency->GetValue());
     m_frequencyOffset = frequency->GetOffset();
-    return true;
+    return !std::isnan(frequency->GetValue());
 }
 
 bool HeaderTracker::takeModeKey(const values::ValueBase& value)
@@ -126,7 +132,7 @@ bool HeaderTracker::takeIfSpan(const values::ValueBase& value)
     if (span == nullptr || m_frequency == 0 || !m_hasIfRange(m_modeKey)) {
         return false;
     }
-    m_ifSpan = static_cast<float>(span->GetCurrentValue());
+    m_ifSpan = known(span->GetCurrentValue());
     return m_ifSpan >= 1;
 }
 

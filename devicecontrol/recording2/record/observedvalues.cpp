@@ -2,7 +2,6 @@
 #include "observedvalues.h"
 
 #include <algorithm>
-#include <exception>
 #include <utility>
 
 #include <values/tree.h>
@@ -88,13 +87,14 @@ const std::string& ObservedValues::textOf(const Observed& change)
 
 void ObservedValues::observe(CValueTable& entry, values::ValueBase& value)
 {
-    if (entry.observed == &value) {
-        return;
+    if (entry.observed != &value) {
+        entry.observed = &value;
+        value.AddObserver(&m_observer);
     }
-    entry.observed = &value;
-    value.AddObserver(&m_observer);
-    value.CommandRecordingOn();
-    entry.switchedOn = true;
+    if (!entry.switchedOn) {  // a value that failed to be switched off is still observed
+        value.CommandRecordingOn();
+        entry.switchedOn = true;
+    }
     refresh();
 }
 
@@ -140,9 +140,9 @@ void ObservedValues::stopAll(bool goOn)
     for (auto entry = m_keywords.begin(); entry != m_keywords.end() && (goOn || !failed); ++entry) {
         try {
             stopObserving(entry->second);
-        } catch (const std::exception& exception) {
+        } catch (...) {
             failed = true;
-            Traces::tell(Traces::Recorder, QString::fromUtf8(exception.what()), __LINE__);
+            Traces::tell(Traces::Recorder, QString::fromStdString(Traces::textOfException()), __LINE__);
         }
     }
     refresh();

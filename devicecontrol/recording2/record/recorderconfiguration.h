@@ -29,11 +29,11 @@ struct RecorderConfiguration {
     /// Keywords and paths to be recorded, where the configuration names them; else the recorder's stay as they are.
     std::optional<std::vector<std::pair<QString, QString>>> values;
 
-    /// What is wrong is traced and has its default.
+    /// A value that none of these can be is traced and has its default; a key of another type throws VKException.
     void read(const ICfg& cfg);
     /// Of a recorder without a configuration.
     void useNone();
-    /// Fills in the paths that were left empty.
+    /// Fills in the paths that were left empty; an empty status path stays, and moves the value path.
     void useDefaultPaths();
 
 private:

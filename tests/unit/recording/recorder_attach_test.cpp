@@ -1,4 +1,6 @@
 // What the start of a recording takes from the tree: the fields of the header, and the values to observe.
+#include <cmath>
+
 #include "recorder_fixture.h"
 
 namespace RecorderTests {
@@ -92,6 +94,39 @@ TEST_F(RecorderAttach, TheIfSpanSetsTheScanRangeOfTheDeviceAndTheFrequencyOffset
     frequency().SetOffset(5e6);
     attachRecorder();
     expectRange(104e6F, 106e6F);
+}
+
+TEST_F(RecorderAttach, AFrequencyThatIsNotKnownYetMovesNoRange)
+{
+    mode().SelectKey(23);
+    ifSpan().SelectKey(1);
+    startFreq().SetValue(88e6);
+    frequency().SetValue(std::nan(""));
+    startRecorder();
+    EXPECT_EQ(startFreq().GetValue(), 88e6);
+    frequency().SetValue(100e6);
+    ifSpan().SelectKey(2);
+    ifSpan().SelectKey(1);
+    frequency().SetValue(std::nan(""));
+    expectRange(99e6F, 101e6F);
+}
+
+TEST_F(RecorderAttach, AFrequencyMovesTheRangeOnlyWithASpanAndInAnIfMode)
+{
+    mode().SelectKey(23);
+    startFreq().SetValue(88e6);
+    stopFreq().SetValue(108e6);
+    frequency().SetValue(0);
+    ifSpan().SelectKey(1);
+    startRecorder();
+    frequency().SetValue(200e6);
+    expectRange(88e6F, 108e6F);
+    ifSpan().SelectKey(2);
+    ifSpan().SelectKey(1);
+    expectRange(199e6F, 201e6F);
+    mode().SelectKey(5);
+    frequency().SetValue(300e6);
+    expectRange(199e6F, 201e6F);
 }
 
 class IfSpan : public RecorderAttach {

@@ -67,8 +67,22 @@ TEST_F(RecorderControl, SwitchingOnTwiceClosesTheFirstFileAndOpensASecond)
 TEST_F(RecorderControl, SelectingOffAgainDoesNothing)
 {
     makeRecorder();
+    const unsigned long long before = CTimeStamp::cts().getTimeStamp();
+    CTimeStamp::SetCts(before + 1);
     station.switchOff();
+    EXPECT_EQ(CTimeStamp::cts().getTimeStamp(), before + 1);
+    CTimeStamp::SetCts(0);
     EXPECT_THAT(station.files(), IsEmpty());
+}
+
+TEST_F(RecorderControl, ADirectoryMayBeCalledLikeAnOpenRecording)
+{
+    ASSERT_TRUE(QDir(station.directory()).mkdir("x.tmp"));
+    makeRecorder();
+    station.value<Text>("/Status/Rx1/REC_FILEPATH").SetValue(station.file("x.tmp"));
+    station.switchOn();
+    station.switchOff();
+    EXPECT_TRUE(QFile::exists(station.fileName())) << station.fileName().toStdString();
 }
 
 TEST_F(RecorderControl, OtherChangesOfTheStatusDoNothing)
@@ -95,6 +109,7 @@ TEST_F(RecorderControl, StoppingWhileIdleChangesAndPublishesNothing)
 {
     NotingRecorder noting("Rx");
     noting.Init();
+    EXPECT_THAT(noting.subjects, IsEmpty()) << "its own changes";
     station.value<Text>("/Status/Rx1/REC_FILENAME").SetValue("/old.tmp");
     station.value<Text>("/Status/Rx1/REC_UNCFILEPATH").SetValue("unc");
     noting.subjects.clear();

@@ -129,10 +129,38 @@ TEST_F(RecorderFailure, AValueThatFailsWhileDetachingDoesNotKeepTheFileOpen)
     start();
     after().SetValue(3);
     scripted().change("x", TChangeCode::ValueChanged);
-    // The failing value's command recording has ended, so its change comes as the complete state.
-    EXPECT_THAT(dataOf(changesIn(stopAndRead())), ElementsAre("3;3,0,0", "state"));
+    EXPECT_THAT(dataOf(changesIn(stopAndRead())), ElementsAre("3;3,0,0", "x"));
     EXPECT_FALSE(after().IsCommandRecording());
     EXPECT_FALSE(after().IsObservedBy(&recorder()));
+}
+
+TEST_F(RecorderFailure, WhateverIsThrownIsTheRecordersFailureAndKeepsNoFileOpen)
+{
+    const auto throwNumber = [] { throw 7; };
+    const auto lineOf = [](const auto& action) {
+        try {
+            action();
+        } catch (const VKException& exception) {
+            EXPECT_STREQ(exception.what(), "unknown exception");
+            return exception.Line();
+        }
+        return std::int32_t{-1};
+    };
+    scripted().onState = throwNumber;
+    EXPECT_EQ(lineOf([this] { station.switchOn(); }), 590);
+    station.switchOff();
+    scripted().onState = nullptr;
+    start();
+    scripted().onChange = throwNumber;
+    EXPECT_GT(lineOf([this] { scripted().change("lost", TChangeCode::ValueChanged); }), 0);
+    scripted().onChange = nullptr;
+    scripted().onOff = throwNumber;
+    EXPECT_NO_THROW(station.switchOff());
+    EXPECT_FALSE(Peer::isRecording(recorder()));
+    start();
+    destroyRecorder();
+    scripted().onOff = nullptr;
+    EXPECT_EQ(after().ObserverCount(), 0U);
 }
 
 TEST_F(RecorderFailure, ARecorderMayEndWhileValuesThatFailedAreObserved)

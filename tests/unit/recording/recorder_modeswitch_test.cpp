@@ -1,4 +1,6 @@
 // The mode switch: which of two spectra is recorded, and what several recorders do to one.
+#include <algorithm>
+
 #include "recorder_fixture.h"
 
 namespace RecorderTests {
@@ -95,6 +97,21 @@ TEST_F(RecorderModeSwitch, ADroppedSpectrumIsNotAnInitialStateOfTheNextFile)
     const ParsedRecording recording = stopAndRead();
     EXPECT_THAT(recordsOf(recording, 1), IsEmpty());
     EXPECT_THAT(recordsOf(recording, 2), SizeIs(1));
+    EXPECT_TRUE(std::none_of(recording.types.begin(), recording.types.end(),
+                             [](const auto& type) { return type.typeNumber == 1; }));
+    mode().SelectKey(5);
+    start();
+    EXPECT_THAT(recordsOf(stopAndRead(), 1), SizeIs(1)) << "and is taken back at a start";
+}
+
+TEST_F(RecorderModeSwitch, AnObservedSpectrumThatIsNotToBeRecordedIsNoInitialState)
+{
+    startRecorder();
+    station.switchOff();
+    setRecDf(true);
+    mode().SelectKey(23);
+    start();
+    EXPECT_THAT(recordsOf(stopAndRead(), 2), IsEmpty());
 }
 
 TEST_F(RecorderModeSwitch, TwoRecordersKeepEachOthersCommandRecording)

@@ -40,6 +40,14 @@ TEST_F(RecorderNaming, NameTellsLocalTimeWhereConfigured)
     EXPECT_EQ(startedName(), "North_Site__RX_1__2018-09-19__14-03-07.tmp");
 }
 
+TEST_F(RecorderNaming, NamesTellTheClockWhateverTimeRecordsHave)
+{
+    makeRecorder();
+    CTimeStamp::SetCts(CTimeStamp::cts().getTimeStamp() + 3'600'000'000ULL);
+    EXPECT_EQ(startedName(), "North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00.tmp");
+    CTimeStamp::SetCts(0);
+}
+
 TEST_F(RecorderNaming, LocalTimeIsLookedUpAgainAtEveryStart)
 {
     makeRecorder();

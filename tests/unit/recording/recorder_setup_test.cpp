@@ -214,6 +214,19 @@ TEST_F(RecorderSetup, DestructionSaysUnloadedAndClosesTheRecording)
     readBack(station.fileName());
 }
 
+TEST_F(RecorderSetup, IsUnloadedAndUnregisteredBeforeItsRecordingIsClosed)
+{
+    startRecorder();
+    bool loaded = true;
+    bool registered = true;
+    const Listener closing(station.at("/Status/Rx1/REC_FILENAME"), [&](values::ValueBase&, TChangeCode) {
+        loaded = station.value<Flag>("/Devices/Rx1/REC_LOADED").GetValue();
+        registered = !TranslationCenter::Instance().Contexts().empty();
+    });
+    destroyRecorder();
+    EXPECT_FALSE(loaded || registered);
+}
+
 TEST_F(RecorderSetup, DestructionLeavesNoValueObserved)
 {
     station.addAllKeywords();

@@ -38,6 +38,35 @@ public:
     int attached = 0;
 };
 
+TEST_F(RecorderStart, WhatWasToBeWrittenOfAStartThatWasStoppedIsNotOfTheNextRecording)
+{
+    addDeviceInIfMode();
+    makeRecorder();
+    {
+        const Listener device(at<Number>("/Devices/Rx1/Scn/StartFreq"), [this](values::ValueBase&, TChangeCode) {
+            at<Number>("/Devices/Rx1/Mon/Attenuation").SetValue(20);
+            station.switchOff();
+        });
+        station.switchOn();
+    }
+    station.tree.Remove("/Devices/Rx1/Mon/Attenuation");
+    station.clock.advanceMs(5'000);
+    start();
+    const ParsedRecording recording = stopAndRead();
+    EXPECT_EQ(recording.records.size(), recording.types.size());
+    EXPECT_EQ(recording.header.stopMs, recording.header.startMs);
+}
+
+TEST_F(RecorderStart, TheScanRangeThatFollowsTheIfSpanIsTheRecordersOwnChange)
+{
+    addDeviceInIfMode();
+    station.configure(QString(),
+                      "ALTITUDE = \"Scn/StartFreq\"\nDRVCOMMANDS = \"Gen/DRVCOMMANDS\"\n"
+                      "FREQUENCY = \"/FREQUENCY\"\nIFSPAN = \"/IFSPAN\"\nSTARTFREQ = \"Scn/StartFreq\"");
+    startRecorder();
+    EXPECT_THAT(recordsOf(stopAndRead(), 42), SizeIs(1)) << "its initial state";
+}
+
 TEST_F(RecorderStart, TheTypeTableStandsAtOffset500InTheOrderOfTheKeywords)
 {
     station.addAllKeywords();
