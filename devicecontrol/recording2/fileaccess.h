@@ -26,8 +26,8 @@ struct HeaderRecord;
 /// After a failed write nothing more is written. One thread at a time uses an object and its copies.
 ///
 /// Copies have their own positions and flags but share the streams and indexes, which close with the last copy, or for
-/// all copies in CloseRecording. The time index takes about 12 bytes of memory a record, nothing else grows with a
-/// file.
+/// all copies in CloseRecording. The time index takes about 12 bytes of memory a record (three times as much where the
+/// table in the file is out of order); definitions and bookmarks are kept besides.
 class RECORDING2_EXPORT CFileAccess {
 public:
     /// Opens a file. IsValidFile tells whether it could be opened (and, for reading, its header be read);
@@ -62,13 +62,14 @@ public:
 
     [[nodiscard]] bool IsValidFile() const;
     [[nodiscard]] std::int32_t fileSize() const;  ///< bytes written so far; 0 when the file is not open for writing
-    /// As given to the constructor, also after the file was renamed; where the archive decides, its local path.
+    /// As given to the constructor, also after the file was renamed; where the archive decides, its local path, and a
+    /// recorder's file has a number where its name was taken.
     [[nodiscard]] std::string path() const;
     [[nodiscard]] Zelvo::ZelvoError GetZelvoErrorCode() const;  ///< of the request for the file; 0 without one
     [[nodiscard]] QString fullRecordingFilePath() const;        ///< "PATH#zelvo:///GROUP/FILE", for other programs
 
-    // Writing. All return 0 always; positions end at 2,147,483,647, and a record that would begin or end past it is
-    // refused (traced once).
+    // Writing. All return 0 always; positions end at 2,147,483,647, and what would leave no room for the tables before
+    // that is refused (traced once).
 
     /// Appends the type table; readers find only the first one, which must stand before the first record.
     unsigned long long write(CVTTypesData& types);
@@ -95,7 +96,7 @@ public:
     unsigned long long readfirst(CVTCmdData& record);  ///< reads the first record, returns the time of the second
     unsigned long long readnext(CVTCmdData& record);   ///< reads the record here, returns the time of the next
 
-    /// The first record if it has the code (0: any code); see doc/format.md for its limit. @return its time
+    /// The first record with the code (0: any code) among the first ones only: see doc/format.md. @return its time
     unsigned long long readfirst(CVTCmdData& record, std::int32_t code);
     /// The next record with the code. @return its time; 0 when there is none or it is the very last record
     unsigned long long readnext(CVTCmdData& record, std::int32_t code);

@@ -10,8 +10,8 @@ namespace Recording2::FileNames {
 
 /// "\" on Windows, "/" elsewhere.
 [[nodiscard]] QString separator();
-/// Where recordings go without a configured directory: "c:\temp" on Windows, the system's temporary directory
-/// elsewhere.
+/// Where recordings go when a configuration names no directory, or one that is not there: "c:\temp" on Windows, the
+/// system's temporary directory elsewhere.
 [[nodiscard]] QString defaultDirectory();
 
 /// Whether a character can stand in a file name, and is no separator and no control character.

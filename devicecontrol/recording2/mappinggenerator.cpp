@@ -1,6 +1,7 @@
 // Replays the bearings of a time span into a map, first the channel range.
 #include "mappinggenerator.h"
 
+#include <new>
 #include <string>
 
 #include "fileaccess.h"
@@ -50,8 +51,12 @@ void apply(const CVTCmdData& record, MappingGenerator::BearingMap& map)
 bool MappingGenerator::LoadRecording(long long& startTime, long long& stopTime, const char* file, const char* second)
 {
     m_file.reset();
-    m_file =
-        std::make_shared<CFileAccess>(file, QString::fromUtf8(second), nullptr, false, true, false, nullptr, nullptr);
+    try {
+        m_file = std::make_shared<CFileAccess>(file, QString::fromUtf8(second), nullptr, false, true, false, nullptr,
+                                               nullptr);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
     if (!m_file->IsValidFile()) {
         return false;
     }

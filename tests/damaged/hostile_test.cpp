@@ -115,6 +115,17 @@ TEST_F(HostileFile, ADerivedTypeTableIsGivenEveryEntry)
     EXPECT_EQ(types.get_vector().front().keyword, "A");
 }
 
+TEST_F(HostileFile, ATypeTableThatThrowsIsNotRead)
+{
+    struct Throwing : CVTTypesData {
+        void add_item(S_TYPES /*item*/) override { throw 7; }
+    };
+    write({.typeTable = HeaderArea}, ByteBuilder().number(1).bytes() + typeEntry(7, "A"));
+    CFileAccess file = open();
+    Throwing types;
+    EXPECT_EQ(file.read(types), 0U);
+}
+
 TEST_F(HostileFile, DefinitionsThatNameOneLongMomentLookThroughItOnce)
 {
     constexpr std::uint64_t Count = 100'000;

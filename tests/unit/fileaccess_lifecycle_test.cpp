@@ -293,6 +293,8 @@ TEST_F(Lifecycle, WithoutAnArchiveTheFinalNameOfWhatIsWrittenIsShownInTheTree)
     }
     const CFileAccess continued(name8("b.tmp").c_str(), "/Rec", nullptr, true, false, true, nullptr, nullptr);
     EXPECT_EQ(textAt(tree, "/Rec/REC_UNCFILEPATH"), filePath("b.rec"));
+    EXPECT_FALSE(openForWriting("missing/c.tmp")->IsValidFile());
+    EXPECT_EQ(textAt(tree, "/Rec/REC_UNCFILEPATH"), filePath("missing/c.rec")) << "also of one that cannot be made";
 }
 
 TEST_F(Lifecycle, AClientWithoutAnArchiveChangesNothing)

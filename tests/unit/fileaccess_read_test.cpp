@@ -204,5 +204,11 @@ TEST_F(Reading, ARecordThatReachesPastTheFileFailsTheStreamForGood)
     EXPECT_EQ(file->read(record, 10), 0U);
     EXPECT_EQ(file->readprev(record, 20), 0U);
     EXPECT_NO_THROW(file->readTables());
+    file->addBookmark(10, "a");
+    EXPECT_FALSE(file->bookmarksAvailable());
+    file->writeBookmarks();
+    file->rebuildChannelRangeDef();
+    file->clearChannelRangeDef();
+    EXPECT_EQ(bytesOf("made.rec"), bytes.bytes());
     EXPECT_NO_THROW(close(*file));
 }

@@ -195,6 +195,9 @@ TEST_F(ReadingHeaders, TheAutomaticFlagIsSetFromOneUpwards)
     EXPECT_TRUE(readHeader(raw.with(Automatic, "77#")).isAutomaticRec());
     EXPECT_FALSE(readHeader(raw.with(Automatic, "0#")).isAutomaticRec());
     EXPECT_FALSE(readHeader(raw.with(Automatic, "-1#")).isAutomaticRec());
+    CHeaderData automatic = presetHeader();
+    automatic.setAutomaticRec(true);
+    EXPECT_TRUE(readHeader(raw.with(Automatic, "x"), automatic).isAutomaticRec()) << "a damaged one leaves its target";
 }
 
 TEST_F(ReadingHeaders, AHeaderThatEndsEarlyKeepsTheFieldsThatAreMissing)

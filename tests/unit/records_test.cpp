@@ -5,6 +5,8 @@
 #include <type_traits>
 #include <utility>
 
+#include <recording2/fileaccess.h>
+#include <recording2/mappinggenerator.h>
 #include <recording2/recordmodel.h>
 
 using Recording2::CVTCmdData;
@@ -169,4 +171,6 @@ TEST(TypeTable, IsPolymorphicWithADestructorThatIsNotVirtual)
 {
     EXPECT_TRUE(std::is_polymorphic_v<CVTTypesData>);
     EXPECT_FALSE(std::has_virtual_destructor_v<CVTTypesData>);
+    EXPECT_TRUE(std::has_virtual_destructor_v<Recording2::CFileAccess>);
+    EXPECT_TRUE(std::has_virtual_destructor_v<Recording2::MappingGenerator>);
 }

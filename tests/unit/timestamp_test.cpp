@@ -253,6 +253,11 @@ TEST(TimeStamp, ComparisonsAreThoseOfUnsigned64BitNumbers)
     EXPECT_TRUE(small <= small);
     EXPECT_TRUE(small >= small);
     EXPECT_TRUE(huge > small);
+    EXPECT_FALSE(small > huge);
+    EXPECT_TRUE(small <= huge);
+    EXPECT_FALSE(huge <= small);
+    EXPECT_TRUE(huge >= small);
+    EXPECT_FALSE(small >= huge);
     EXPECT_TRUE(null <= us(0));
     EXPECT_TRUE(null >= us(0));
     EXPECT_FALSE(null > us(0));

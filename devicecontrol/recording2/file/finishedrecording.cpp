@@ -228,8 +228,10 @@ ChangeResult FinishedRecording::rewrite(CopyState& own, const std::function<void
             requireHeader(own, header);  // another process may have stored a table meanwhile
             write(*output);
             if (output->good()) {
+                Format::HeaderRecord record = toRecord(header, own.positions);
+                Format::endTextsAtNul(record);  // else the file would be lost
                 output->seek(0);
-                output->append(Format::headerArea(toRecord(header, own.positions)));
+                output->append(Format::headerArea(record));
             }
         }
         stored = reopenForReading(own);

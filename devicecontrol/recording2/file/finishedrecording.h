@@ -34,7 +34,7 @@ public:
 
     /// Reads header and, if wanted, tables as they belong together. @return whether there is a header
     bool begin(CopyState& own, bool readTables);
-    /// @return false for a file of the old format and one that cannot be read, which makes the copy invalid
+    /// @return false for a file of the old format and one that cannot be read; an exception makes the copy invalid
     bool readHeader(CopyState& own, CHeaderData& header);
     /// Loads the tables as they are now, and goes to the first record.
     void readTables(CopyState& own);

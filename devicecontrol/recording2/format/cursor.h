@@ -14,7 +14,7 @@
 
 namespace Recording2::Format {
 
-/// How reading one field went. Only Ok sets the target; every other result leaves it as it was.
+/// How reading one field went. Of a number or time only Ok sets the target; every other result leaves it as it was.
 enum class FieldStatus : std::uint8_t {
     Ok,
     NotANumber,  ///< no digits where a number should stand

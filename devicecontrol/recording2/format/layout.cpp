@@ -51,12 +51,17 @@ std::string headerArea(const HeaderRecord& header)
     return area.replace(0, record.size(), record);
 }
 
-void fitTexts(HeaderRecord& header)
+void endTextsAtNul(HeaderRecord& header)
 {
-    std::array<std::string*, 3> texts = {&header.jobId, &header.deviceName, &header.deviceType};
-    for (std::string* text : texts) {
+    for (std::string* text : {&header.jobId, &header.deviceName, &header.deviceType}) {
         text->resize(std::min(text->size(), text->find('\0')));
     }
+}
+
+void fitTexts(HeaderRecord& header)
+{
+    endTextsAtNul(header);
+    std::array<std::string*, 3> texts = {&header.jobId, &header.deviceName, &header.deviceType};
     std::sort(texts.begin(), texts.end(),
               [](const std::string* a, const std::string* b) { return a->size() < b->size(); });
     std::size_t room = HeaderTextBytes;
@@ -110,7 +115,7 @@ HeaderStatus readHeader(Cursor& cursor, HeaderRecord& target)
     cursor.readNumber(target.positions.timeTable);
     cursor.readNumber(target.positions.channelRangeTable);
     cursor.readNumber(target.positions.bookmarkTable);
-    std::int32_t automatic = 0;
+    std::int32_t automatic = target.automatic ? 1 : 0;
     cursor.readNumber(automatic);
     target.automatic = automatic >= 1;
     return HeaderStatus::Ok;

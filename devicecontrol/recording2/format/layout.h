@@ -50,16 +50,17 @@ struct HeaderRecord {
 [[nodiscard]] std::string headerArea();
 /// The same with a record in it, which may be longer than the area.
 [[nodiscard]] std::string headerArea(const HeaderRecord& header);
-/// Cuts the texts at their first NUL, after which none is written, and the longest of them until the record fits into
-/// its area with the longest numbers in all of its other fields.
+/// Cuts the texts at their first NUL, after which none is written although its length would count the rest.
+void endTextsAtNul(HeaderRecord& header);
+/// The same, and cuts the longest of them until the record fits into its area with the longest numbers in all of its
+/// other fields.
 void fitTexts(HeaderRecord& header);
 /// Appends the header record. Its texts are written up to their first NUL but with their whole length.
 void appendHeader(std::string& out, const HeaderRecord& header);
 
 /// Whether a header could be read. OldFormat: reading ended after the minor version.
 enum class HeaderStatus : std::uint8_t { Ok, OldFormat };
-/// Reads the header record here. Damaged fields keep what the target holds. The texts of a field whose length is below
-/// 1 keep theirs.
+/// Reads the header record here. Damaged fields keep what the target holds, and so do texts whose length is below 1.
 HeaderStatus readHeader(Cursor& cursor, HeaderRecord& target);
 
 /// Appends one entry of the type table.

@@ -111,13 +111,14 @@ TEST_F(ArchivedFile, GoesWhereTheArchiveSaysUnderItsOwnName)
 TEST_F(ArchivedFile, ItsAddressIsPublishedAndPartOfItsFullPathOrThatOfItsGroupWhereItWasNotTaken)
 {
     archive.fileId = 42;
+    EXPECT_EQ(record("a%2.tmp")->fullRecordingFilePath(), station.file("a%2.tmp#zelvo:///GROUP-1/42"));
     auto file = record("a.tmp");
-    EXPECT_EQ(archivePath(), "zelvo:///GROUP-1/42");
+    EXPECT_EQ(archivePath(), "zelvo:///GROUP-2/42");
     EXPECT_EQ(uncPath(), QString());
-    EXPECT_EQ(file->fullRecordingFilePath(), station.file("a.tmp#zelvo:///GROUP-1/42"));
+    EXPECT_EQ(file->fullRecordingFilePath(), station.file("a.tmp#zelvo:///GROUP-2/42"));
     archive.addError = ZelvoError::UnknownGroup;
     file = record("b.tmp");
-    EXPECT_EQ(archivePath(), "zelvo:///GROUP-2");
+    EXPECT_EQ(archivePath(), "zelvo:///GROUP-3");
 }
 
 TEST_F(ArchivedFile, TheArchiveIsGivenTheNameUpToItsFirstDotAndRecAndTheFileUnderThatNameOnly)

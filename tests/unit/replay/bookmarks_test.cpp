@@ -72,6 +72,34 @@ TEST_F(BookmarksTest, TheFirstTableIsWrittenAtTheEndOfTheFile)
     EXPECT_EQ(fileBytes(), m_withRanges.bytes());
 }
 
+TEST_F(BookmarksTest, AFileThatIsOpenedWithoutItsTablesHasNoneUntilTheyAreRead)
+{
+    const auto file = openBytes(marked(m_withRanges, {{10, "a"}}).bytes(), false);
+    EXPECT_THAT(bookmarksOf(*file), IsEmpty());
+    EXPECT_THAT(rangesOf(*file), IsEmpty());
+    file->readTables();
+    EXPECT_EQ(bookmarksOf(*file).size(), 1U);
+    EXPECT_FALSE(rangesOf(*file).empty());
+}
+
+TEST_F(BookmarksTest, AHeaderTextWithANulIsCutThereWhenTheFileIsChanged)
+{
+    std::string bytes = m_withRanges.bytes();
+    const std::size_t name = bytes.find(TestSupport::HeaderFields().deviceName);
+    ASSERT_NE(name, std::string::npos);
+    bytes[name + 1] = '\0';
+    const auto file = openBytes(bytes);
+    file->addBookmark(10, "a");
+    file->writeBookmarks();
+    const auto again = reopen();
+    ASSERT_TRUE(again->IsValidFile());
+    CHeaderData header;
+    again->read(header);
+    EXPECT_EQ(header.deviceNameLength(), 1U);
+    EXPECT_EQ(header.deviceType(), TestSupport::HeaderFields().deviceType);
+    EXPECT_EQ(bookmarksOf(*again).size(), 1U);
+}
+
 TEST_F(BookmarksTest, RemovingAllAndStoringLeavesZerosAndThePosition)
 {
     const Bookmarks bookmarks{{10, "a"}, {20, "some text"}, {30, ""}};

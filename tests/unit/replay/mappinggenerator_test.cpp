@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 
+#include <values/tree.h>
 #include <vkbase/vkexception.h>
 
 #include "bearingrecording.h"
@@ -83,6 +84,37 @@ TEST_F(MappingGeneratorTest, LoadingTellsTheSpanOfTheHeader)
     EXPECT_TRUE(load());
     EXPECT_EQ(m_start, micros(0));
     EXPECT_EQ(m_stop, micros(60'000));
+}
+
+TEST_F(MappingGeneratorTest, TheSecondTextIsWhereItsFileLooksForItsValues)
+{
+    std::vector<StoredRecord> records{definition(10)};
+    record(records);
+    values::Tree tree;
+    const std::string path = TestSupport::fileName8(filePath(Name));
+    EXPECT_TRUE(m_generator.LoadRecording(m_start, m_stop, path.c_str(), "/Map"));
+    EXPECT_NE(tree.Find("/Map/REC_UNCFILEPATH"), nullptr);
+    EXPECT_EQ(tree.Find("/REC_UNCFILEPATH"), nullptr);
+    EXPECT_TRUE(load());
+    EXPECT_NE(tree.Find("/REC_UNCFILEPATH"), nullptr);
+}
+
+TEST_F(MappingGeneratorTest, TheRangeEndsAtANulAndRecordsDoNot)
+{
+    loadRecords({definition(10, Range + std::string("\0|51;0,9/", 10)), spectrum(100, 5)});
+    BearingMap map;
+    request(map, 200, 100);
+    EXPECT_EQ(stateOf(map), stateAfter({Range}));
+}
+
+TEST_F(MappingGeneratorTest, WhatIsThrownWhileTheRangeIsAppliedReachesTheCaller)
+{
+    loadRecords({definition(10), spectrum(100, 5)});
+    BearingMap map;
+    Thrower<std::runtime_error> thrower;
+    map.AddObserver(&thrower);
+    EXPECT_THROW(request(map, 50, 300), std::runtime_error);
+    map.RemoveObserver(&thrower);
 }
 
 TEST_F(MappingGeneratorTest, AnotherRecordingTakesThePlaceOfTheFirst)

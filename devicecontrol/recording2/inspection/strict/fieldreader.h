@@ -13,7 +13,7 @@
 namespace Recording2::Inspection {
 
 /// Fields from a position on, up to a bound that no field may pass. Every field says whether it was sound; when it was
-/// not, its target is as it was and problem() says why.
+/// not, problem() says why, and the target of a number or time is as it was.
 class FieldReader {
 public:
     FieldReader(Format::ByteSource& source, std::int64_t position, std::int64_t bound,
