@@ -7,7 +7,7 @@
 
 #include <values/value.h>
 
-#include "rectool/replay/measuredbearings.h"
+#include "rectool/replay/bearingreplay.h"
 
 namespace RecPython {
 

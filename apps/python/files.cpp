@@ -8,7 +8,6 @@
 #include <recording2/inspection/inspection.h>
 
 #include "pythonvalues.h"
-#include "rectool/making/bookmarkchange.h"
 #include "rectool/making/filechange.h"
 #include "rectool/printing/text.h"
 #include "rectool/replay/inforce.h"

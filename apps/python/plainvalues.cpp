@@ -4,7 +4,6 @@
 #include <values/value.h>
 
 #include "rectool/printing/text.h"
-#include "rectool/printing/units.h"
 
 namespace RecPython {
 

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <vector>
@@ -59,5 +61,17 @@ struct FoundEmissions {
 /// Finds them in the span, with their bearings: two or three passes over the records, one less with a fixed threshold.
 [[nodiscard]] FoundEmissions findEmissions(Recordings& recordings, const std::vector<Spectrum>& spectra,
                                            const EmissionsOptions& options);
+
+void printEmissions(const EmissionsOptions& options, const Recordings& recordings, const std::vector<Spectrum>& spectra,
+                    const FoundEmissions& found);
+
+/// What is printed with --json.
+void writeEmissionsJson(const EmissionsOptions& options, const Recordings& recordings,
+                        const std::vector<Spectrum>& spectra, const FoundEmissions& found, std::ostream& out);
+
+/// Those with a position, one feature a line. @return how many have none
+std::size_t writeEmissionFeatures(const EmissionsOptions& options, const Recordings& recordings,
+                                  const std::vector<Spectrum>& spectra, const FoundEmissions& found,
+                                  const std::function<void(const std::string&)>& write);
 
 }  // namespace RecTool

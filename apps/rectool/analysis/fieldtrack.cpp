@@ -14,6 +14,8 @@ namespace RecTool {
 
 namespace {
 
+constexpr double TunedWithinHz = 1000;  // plain levels count while FREQUENCY is that near to the channel
+
 struct PlaceAt {
     double momentMs = 0;
     std::optional<Geo::Position> place;

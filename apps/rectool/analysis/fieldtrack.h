@@ -35,9 +35,6 @@ struct FieldTrack {
     std::uint64_t withoutPosition = 0;  ///< levels that are left out
 };
 
-/// Plain levels count while FREQUENCY is that near to the channel.
-constexpr double TunedWithinHz = 1000;
-
 /// Two passes: a device that has no position of its own was where the first other device was that has one. Levels of
 /// spectra; where none has such a channel, the numbers of LEVEL and FIELDSTRENGTH while the receiver was tuned to it.
 /// @return those with levels

@@ -2,15 +2,61 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "occupancy.h"
+#include "cycles.h"
+#include "printing/json.h"
 #include "replay/recordings.h"
 #include "replay/spectra.h"
 
 namespace RecTool {
+
+constexpr std::size_t MostOccupancyChannels = 200'000;  ///< that are counted
+
+/// A channel that a user names: what lies within half the width of it belongs to it.
+struct NamedChannel {
+    double hz = 0;
+    double widthHz = 0;
+    std::string name;
+};
+
+/// One channel, over all sweeps that carry a level of it.
+struct ChannelOccupancy {
+    double hz = 0;
+    Cycles cycles;
+    std::map<int, Cycles> byHour;  ///< of the day; empty unless asked for
+    double firstMs = 0;            ///< moments of the first and the last sample, since the start of the first recording
+    double lastMs = 0;
+    double longestMs = 0;  ///< between two samples
+    /// From sample to sample in the middle (mean), 0 for a single one.
+    [[nodiscard]] double revisitMs() const;
+};
+
+/// A band over time: the part of its channels that is on, sweep by sweep.
+class BandOccupancy {
+public:
+    BandOccupancy(double lowHz, double highHz) : m_lowHz(lowHz), m_highHz(highHz) {}
+
+    void add(double part);
+    [[nodiscard]] double lowHz() const { return m_lowHz; }
+    [[nodiscard]] double highHz() const { return m_highHz; }
+    [[nodiscard]] std::uint64_t sweeps() const { return m_sweeps; }
+    [[nodiscard]] double part() const { return m_sum / static_cast<double>(m_sweeps); }
+    /// From the means of 32 to 64 stretches of as many sweeps, taken as independent (batch means).
+    [[nodiscard]] Cycles::Interval interval(double confidence) const;
+
+private:
+    double m_lowHz;
+    double m_highHz;
+    std::uint64_t m_sweeps = 0;
+    double m_sum = 0;
+    std::vector<double> m_batches{0.0};  // sums of parts
+    std::uint64_t m_batchSize = 1;
+    std::uint64_t m_inBatch = 0;
+};
 
 struct OccupancyOptions : RecordingsOptions {
     std::vector<std::string> types;  ///< keywords or numbers; empty: the RF spectrum
@@ -48,5 +94,13 @@ struct TypeOccupancy {
                                                                        const std::vector<Spectrum>& spectra,
                                                                        const std::vector<NamedChannel>& names,
                                                                        const std::vector<FrequencySpan>& bands);
+
+/// @param names of channels, may be empty
+void printOccupancy(const OccupancyOptions& options, const Recordings& recordings,
+                    const std::vector<TypeOccupancy>& types, const std::vector<NamedChannel>& names);
+
+/// The document that is printed with --json.
+[[nodiscard]] Json occupancyJson(const OccupancyOptions& options, const Recordings& recordings,
+                                 const std::vector<TypeOccupancy>& types, const std::vector<NamedChannel>& names);
 
 }  // namespace RecTool

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -61,5 +62,15 @@ struct ChannelTrace {
 /// Levels in the span. Those of channels that do not reach the frequency are left out.
 [[nodiscard]] std::vector<ChannelTrace> traceChannel(Recordings& recordings, const std::vector<Spectrum>& spectra,
                                                      double hz);
+
+/// Level against frequency. Each trace has a channel.
+void printTraces(const TraceOptions& options, const Recordings& recordings, const std::vector<Trace>& traces);
+/// One channel against time. Each trace has a sample.
+void printChannelTraces(const TraceOptions& options, const Recordings& recordings,
+                        const std::vector<ChannelTrace>& traces);
+
+/// What is printed with --json.
+void writeTraceJson(const TraceOptions& options, const Recordings& recordings, const std::vector<Trace>& traces,
+                    std::ostream& out);
 
 }  // namespace RecTool

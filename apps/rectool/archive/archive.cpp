@@ -18,7 +18,6 @@
 #include "archiveprinting.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/progress.h"
 #include "printing/text.h"
 
 namespace RecTool {
@@ -43,7 +42,7 @@ ExitCode resultOf(std::int64_t failed)
     return finish(failed == 0 ? ExitCode::Fine : ExitCode::Damaged);
 }
 
-ExitCode showFile(Zelvo::Archive& archive, const ArchiveShowOptions& options)
+ExitCode showFile(Zelvo::Archive& archive, const ArchiveOptions& options)
 {
     const std::optional<FileInfo> file = archive.file(Zelvo::ZelvoUrl(QString::fromStdString(options.what)));
     if (!file) {
@@ -107,22 +106,18 @@ std::int64_t bytesToRead(Zelvo::Archive& archive, const QString& group)
     return sum;
 }
 
-/// Told of every file before it is read, it shows how far the reading is. Empty when nobody watches.
+/// Told of every file before it is read, it shows how far the reading is.
 std::function<void(const FileInfo&)> showing(Progress& progress, std::int64_t all)
 {
-    auto show = progress.callback();
-    if (!show) {
-        return {};
-    }
-    return [show, all, done = std::int64_t{0}](const FileInfo& file) mutable {
-        show(std::min(done, all), all);
+    return [&progress, all, done = std::int64_t{0}](const FileInfo& file) mutable {
+        progress.show(std::min(done, all), all);
         done += std::max<std::int64_t>(file.bytes, 0);
     };
 }
 
 /// Empty when the file has no name to be taken: a shared registry is written by others too, and its names must not
 /// lead out of this folder.
-QString targetOf(const ArchiveFetchOptions& options, const FileInfo& file)
+QString targetOf(const ArchiveOptions& options, const FileInfo& file)
 {
     if (!options.output.empty()) {
         return QFile::decodeName(QByteArray::fromStdString(options.output));
@@ -142,7 +137,7 @@ void useArchive(const std::string& configurationFile)
     }
 }
 
-ExitCode archiveStatus(const ArchiveStatusOptions& options)
+ExitCode archiveStatus(const ArchiveOptions& options)
 {
     const Zelvo::ArchiveStatus status = Zelvo::Archive(configuration()).status();
     if (options.json) {
@@ -153,7 +148,7 @@ ExitCode archiveStatus(const ArchiveStatusOptions& options)
     return resultOf(status.failed + (status.storageUsable ? 0 : 1));
 }
 
-ExitCode archiveGroups(const ArchiveGroupsOptions& options)
+ExitCode archiveGroups(const ArchiveOptions& options)
 {
     const std::vector<GroupInfo> groups = Zelvo::Archive(configuration()).groups(options.limit);
     std::int64_t failed = 0;
@@ -168,7 +163,7 @@ ExitCode archiveGroups(const ArchiveGroupsOptions& options)
     return resultOf(failed);
 }
 
-ExitCode archiveShow(const ArchiveShowOptions& options)
+ExitCode archiveShow(const ArchiveOptions& options)
 {
     Zelvo::Archive archive(configuration());
     if (Zelvo::ZelvoUrl(QString::fromStdString(options.what)).isZelvoUrl()) {
@@ -177,7 +172,7 @@ ExitCode archiveShow(const ArchiveShowOptions& options)
     return showGroup(archive, groupOf(options.what), options.json);
 }
 
-ExitCode archiveFetch(const ArchiveFetchOptions& options)
+ExitCode archiveFetch(const ArchiveOptions& options)
 {
     Zelvo::Archive archive(configuration());
     const Zelvo::ZelvoUrl url(QString::fromStdString(options.address));
@@ -209,7 +204,7 @@ ExitCode archiveFetch(const ArchiveFetchOptions& options)
     return finish(ExitCode::Fine);
 }
 
-ExitCode archiveVerify(const ArchiveVerifyOptions& options)
+ExitCode archiveVerify(const ArchiveOptions& options)
 {
     Zelvo::Archive archive(configuration());
     const std::string group = groupOf(options.group);
@@ -242,7 +237,7 @@ ExitCode archiveVerify(const ArchiveVerifyOptions& options)
     return resultOf(static_cast<std::int64_t>(problems.size()));
 }
 
-ExitCode archiveRetry(const ArchiveRetryOptions& options)
+ExitCode archiveRetry(const ArchiveOptions& options)
 {
     Zelvo::Archive archive(configuration());
     const std::string group = groupOf(options.group);

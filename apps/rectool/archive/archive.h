@@ -8,41 +8,21 @@
 
 namespace RecTool {
 
-struct ArchiveStatusOptions {
+/// Each verb takes some of them.
+struct ArchiveOptions {
+    std::string what;        ///< a group or an address
+    std::string address;     ///< of a file
+    std::string output;      ///< empty: under its own name into the current directory
+    std::string group;       ///< empty: all
+    std::int64_t limit = 0;  ///< the newest so many groups; 0: all
+    bool all = false;        ///< go on after the first problem
     bool json = false;
 };
-ExitCode archiveStatus(const ArchiveStatusOptions& options);
-
-struct ArchiveGroupsOptions {
-    std::int64_t limit = 0;  ///< the newest so many; 0: all
-    bool json = false;
-};
-ExitCode archiveGroups(const ArchiveGroupsOptions& options);
-
-struct ArchiveShowOptions {
-    std::string what;  ///< a group or an address
-    bool json = false;
-};
-ExitCode archiveShow(const ArchiveShowOptions& options);
-
-struct ArchiveFetchOptions {
-    std::string address;
-    std::string output;  ///< empty: under its own name into the current directory
-    bool json = false;
-};
-ExitCode archiveFetch(const ArchiveFetchOptions& options);
-
-struct ArchiveVerifyOptions {
-    std::string group;  ///< empty: all
-    bool all = false;   ///< go on after the first problem
-    bool json = false;
-};
-ExitCode archiveVerify(const ArchiveVerifyOptions& options);
-
-struct ArchiveRetryOptions {
-    std::string group;  ///< empty: all
-    bool json = false;
-};
-ExitCode archiveRetry(const ArchiveRetryOptions& options);
+ExitCode archiveStatus(const ArchiveOptions& options);
+ExitCode archiveGroups(const ArchiveOptions& options);
+ExitCode archiveShow(const ArchiveOptions& options);
+ExitCode archiveFetch(const ArchiveOptions& options);
+ExitCode archiveVerify(const ArchiveOptions& options);
+ExitCode archiveRetry(const ArchiveOptions& options);
 
 }  // namespace RecTool

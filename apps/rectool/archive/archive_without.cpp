@@ -24,32 +24,32 @@ void useArchive(const std::string& configurationFile)
     }
 }
 
-ExitCode archiveStatus(const ArchiveStatusOptions& /*options*/)
+ExitCode archiveStatus(const ArchiveOptions& /*options*/)
 {
     refuse();
 }
 
-ExitCode archiveGroups(const ArchiveGroupsOptions& /*options*/)
+ExitCode archiveGroups(const ArchiveOptions& /*options*/)
 {
     refuse();
 }
 
-ExitCode archiveShow(const ArchiveShowOptions& /*options*/)
+ExitCode archiveShow(const ArchiveOptions& /*options*/)
 {
     refuse();
 }
 
-ExitCode archiveFetch(const ArchiveFetchOptions& /*options*/)
+ExitCode archiveFetch(const ArchiveOptions& /*options*/)
 {
     refuse();
 }
 
-ExitCode archiveVerify(const ArchiveVerifyOptions& /*options*/)
+ExitCode archiveVerify(const ArchiveOptions& /*options*/)
 {
     refuse();
 }
 
-ExitCode archiveRetry(const ArchiveRetryOptions& /*options*/)
+ExitCode archiveRetry(const ArchiveOptions& /*options*/)
 {
     refuse();
 }

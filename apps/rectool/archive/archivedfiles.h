@@ -2,16 +2,10 @@
 #pragma once
 
 #include <functional>
-#include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "printing/exitcode.h"
-
-namespace Zelvo {
-class ZelvoClient;
-}
 
 namespace RecTool {
 
@@ -21,28 +15,6 @@ namespace RecTool {
 /// The archive that is asked: that of a configuration file, or else of the environment (ZELVO_CONFIG).
 /// @throws std::runtime_error when the file cannot be used
 void useArchive(const std::string& configurationFile);
-
-/// Files of the archive, locked and at hand while this exists. What was changed is stored by giveBack only. One thread.
-class ArchivedFiles {
-public:
-    /// @param change the files are to be changed, and nobody else may use them meanwhile
-    explicit ArchivedFiles(bool change);
-    ArchivedFiles(const ArchivedFiles&) = delete;
-    ArchivedFiles& operator=(const ArchivedFiles&) = delete;
-    ~ArchivedFiles();
-
-    /// Puts the local path in the place of an address; another name stays.
-    /// @return false, told, when the archive does not give the file
-    bool take(std::string& name);
-    /// Gives the files back after a verb. A change is stored only where the verb was Fine.
-    /// @return the result, or, told, CannotRead when the change could not be stored
-    [[nodiscard]] ExitCode giveBack(ExitCode result);
-
-private:
-    bool m_change;
-    std::unique_ptr<Zelvo::ZelvoClient> m_client;
-    std::map<std::string, std::string> m_paths;  // by address
-};
 
 /// The recordings that a verb takes, and what for.
 struct NamedFiles {

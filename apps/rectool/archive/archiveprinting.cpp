@@ -1,10 +1,11 @@
 // Groups, files and stations of the archive as tables and as JSON.
 #include "archiveprinting.h"
 
+#include <array>
 #include <iostream>
 
 #include "archive.h"
-#include "printing/table.h"
+#include "printing/output.h"
 #include "printing/text.h"
 
 namespace RecTool {
@@ -14,6 +15,18 @@ using Zelvo::FileState;
 using Zelvo::GroupInfo;
 using Zelvo::GroupState;
 using Zelvo::StorageProblem;
+
+namespace {
+
+/// One of the words of an enumeration, as they are declared; a shared registry may hold what is not known here.
+template <typename Enumeration, std::size_t Count>
+const char* wordOf(Enumeration value, const std::array<const char*, Count>& words)
+{
+    const auto place = static_cast<std::size_t>(value);
+    return place < Count ? words[place] : "unknown";
+}
+
+}  // namespace
 
 std::string plain(const QString& text)
 {
@@ -27,15 +40,7 @@ std::string count(std::int64_t number)
 
 const char* nameOf(StorageProblem::Kind kind)
 {
-    switch (kind) {
-        case StorageProblem::Kind::Missing:
-            return "missing";
-        case StorageProblem::Kind::Altered:
-            return "altered";
-        case StorageProblem::Kind::Unreadable:
-            return "unreadable";
-    }
-    return "unknown";
+    return wordOf(kind, std::array{"missing", "altered", "unreadable"});
 }
 
 bool hasFailed(const FileInfo& file)
@@ -67,36 +72,12 @@ Json timeJson(std::int64_t ms)
 
 const char* nameOf(FileState state)
 {
-    switch (state) {
-        case FileState::Waiting:
-            return "waiting";
-        case FileState::Stored:
-            return "stored";
-        case FileState::Moved:
-            return "moved";
-        case FileState::Edited:
-            return "edited";
-        case FileState::Removed:
-            return "removed";
-        case FileState::Same:
-            return "same";
-    }
-    return "unknown";
+    return wordOf(state, std::array{"waiting", "stored", "moved", "edited", "removed", "same"});
 }
 
 const char* nameOf(GroupState state)
 {
-    switch (state) {
-        case GroupState::Open:
-            return "open";
-        case GroupState::Asked:
-            return "asked";
-        case GroupState::Abandoned:
-            return "abandoned";
-        case GroupState::Superseded:
-            return "superseded";
-    }
-    return "unknown";
+    return wordOf(state, std::array{"open", "asked", "abandoned", "superseded"});
 }
 
 std::string why(const FileInfo& file)

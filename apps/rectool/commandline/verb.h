@@ -12,7 +12,7 @@
 
 #include "archive/archivedfiles.h"
 #include "printing/exitcode.h"
-#include "printing/units.h"
+#include "printing/text.h"
 #include "replay/recordingtime.h"
 
 namespace CLI {

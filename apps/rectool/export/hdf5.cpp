@@ -9,11 +9,9 @@
 #include <utility>
 
 #include "export.h"
-#include "exporttime.h"
 #include "hdf5series.h"
 #include "printing/output.h"
 #include "printing/text.h"
-#include "printing/units.h"
 #include "printing/valuetext.h"
 
 namespace RecTool {
@@ -63,24 +61,104 @@ public:
         }
     }
 
-    void add(const PlacedRecord& placed, const values::ValueBase& value);
-    void addBearing(const PlacedRecord& placed, const Hdf5Bearings::Row& row);
-    void addBookmarks(const std::vector<Recording2::Inspection::Bookmark>& bookmarks);
-    void flush();
+    void add(const PlacedRecord& placed, const values::ValueBase& value)
+    {
+        const values::ValueType kind = value.GetType();
+        const std::int64_t us = m_time.us(placed.momentMs);
+        if (kind == values::ValueType::LevelMap) {
+            addLevels(placed, static_cast<const LevelMap&>(value));
+        } else if (const std::optional<double> number = plainNumber(&value)) {
+            put(plainSeries<Hdf5Numbers>(placed.type, "_number"), us, *number);
+        } else if (kind != values::ValueType::BearingMap && kind != values::ValueType::FastBearingMap) {
+            put(plainSeries<Hdf5Texts>(placed.type, "_text"), us, oneLine(value.GetText().toStdString()));
+        }
+    }
+    void addBearing(const PlacedRecord& placed, const Hdf5Bearings::Row& row)
+    {
+        const TrackType& type = placed.type;
+        put(series<Hdf5Bearings>({type.track, type.code, "bearings"}, nameOf(type, m_unit)), m_time.us(placed.momentMs),
+            row);
+    }
+    void addBookmarks(const std::vector<Recording2::Inspection::Bookmark>& bookmarks)
+    {
+        if (bookmarks.empty()) {
+            return;
+        }
+        Hdf5Texts texts(m_root, {"bookmarks", "bookmarks", "", 0, ""});
+        for (const Recording2::Inspection::Bookmark& bookmark : bookmarks) {
+            texts.add(m_time.us(static_cast<double>(bookmark.timeMs)), oneLine(fromLatin1(bookmark.text)));
+        }
+        texts.flush();
+    }
+    void flush()
+    {
+        for (const auto& [key, series] : m_series) {
+            series->flush();
+        }
+        m_series.clear();
+        m_bytes = 0;
+    }
     [[nodiscard]] std::uint64_t sweeps() const { return m_sweeps; }
     [[nodiscard]] std::uint64_t plain() const { return m_plain; }
 
 private:
     using Key = std::tuple<std::size_t, std::int32_t, std::string>;  // device, type, what of it
 
-    [[nodiscard]] SeriesName nameOf(const TrackType& type, const std::string& unit);
-    void addLevels(const PlacedRecord& placed, const LevelMap& map);
+    [[nodiscard]] SeriesName nameOf(const TrackType& type, const std::string& unit)
+    {
+        const std::string& keyword = m_records.keyword(type);
+        return {m_folders[type.track] + hdf5Name(keyword), keyword, m_records.device(type), type.code, unit};
+    }
+    void addLevels(const PlacedRecord& placed, const LevelMap& map)
+    {
+        const values::ChannelRange& range = map.GetChannelRange();
+        const std::span<const float> levels = map.GetCells();
+        if (std::all_of(levels.begin(), levels.end(), [](float level) { return std::isnan(level); })) {
+            return;  // the state at a recording's start, say
+        }
+        auto& numbers = m_ranges[{placed.type.track, placed.type.code}];
+        const std::size_t number = numbers.try_emplace(hashOf(range), numbers.size() + 1).first->second;
+        const std::string part = "range_" + std::to_string(number);
+        const Key key(placed.type.track, placed.type.code, part);
+        SeriesName name;
+        if (m_series.find(key) == m_series.end()) {
+            name = nameOf(placed.type, m_unit);
+            name.path += '/' + part;
+        }
+        put(series<Hdf5Spectra>(key, name, range), m_time.us(placed.momentMs), levels);
+        ++m_sweeps;
+    }
+    /// A keyword that has been another kind of value before gets a group of its own for this one.
     template <typename Series>
-    Series& plainSeries(const TrackType& type, const char* kind);
+    Series& plainSeries(const TrackType& type, const char* kind)
+    {
+        ++m_plain;
+        const std::string& first = m_kinds.try_emplace({type.track, type.code}, kind).first->second;
+        SeriesName name = nameOf(type, unitInFile(m_records.keyword(type)));
+        name.path += first == kind ? "" : kind;
+        return series<Series>({type.track, type.code, kind}, name);
+    }
     template <typename Series, typename... More>
-    Series& series(const Key& key, const SeriesName& name, const More&... more);
+    Series& series(const Key& key, const SeriesName& name, const More&... more)
+    {
+        std::unique_ptr<Hdf5Series>& found = m_series[key];
+        if (found == nullptr) {
+            found = std::make_unique<Series>(m_root, name, more...);
+        }
+        return static_cast<Series&>(*found);  // a key says which kind it is
+    }
     template <typename Series, typename Row>
-    void put(Series& series, std::int64_t us, Row&& row);
+    void put(Series& series, std::int64_t us, Row&& row)
+    {
+        constexpr std::size_t MostBytes = 33'554'432;
+        constexpr std::size_t MostSeries = 500;  // each has pieces of the file in memory
+        const std::size_t before = series.bytes();
+        series.add(us, std::forward<Row>(row));
+        m_bytes += series.bytes() - before;
+        if (m_bytes > MostBytes || m_series.size() > MostSeries) {
+            flush();
+        }
+    }
 
     Hdf5Group& m_root;
     ExportedRecords& m_records;
@@ -95,107 +173,6 @@ private:
     std::uint64_t m_sweeps = 0;
     std::uint64_t m_plain = 0;
 };
-
-SeriesName Hdf5Groups::nameOf(const TrackType& type, const std::string& unit)
-{
-    const std::string& keyword = m_records.keyword(type);
-    return {m_folders[type.track] + hdf5Name(keyword), keyword, m_records.device(type), type.code, unit};
-}
-
-template <typename Series, typename... More>
-Series& Hdf5Groups::series(const Key& key, const SeriesName& name, const More&... more)
-{
-    std::unique_ptr<Hdf5Series>& found = m_series[key];
-    if (found == nullptr) {
-        found = std::make_unique<Series>(m_root, name, more...);
-    }
-    return static_cast<Series&>(*found);  // a key says which kind it is
-}
-
-template <typename Series, typename Row>
-void Hdf5Groups::put(Series& series, std::int64_t us, Row&& row)
-{
-    constexpr std::size_t MostBytes = 33'554'432;
-    constexpr std::size_t MostSeries = 500;  // each has pieces of the file in memory
-    const std::size_t before = series.bytes();
-    series.add(us, std::forward<Row>(row));
-    m_bytes += series.bytes() - before;
-    if (m_bytes > MostBytes || m_series.size() > MostSeries) {
-        flush();
-    }
-}
-
-void Hdf5Groups::flush()
-{
-    for (const auto& [key, series] : m_series) {
-        series->flush();
-    }
-    m_series.clear();
-    m_bytes = 0;
-}
-
-void Hdf5Groups::addLevels(const PlacedRecord& placed, const LevelMap& map)
-{
-    const values::ChannelRange& range = map.GetChannelRange();
-    const std::span<const float> levels = map.GetCells();
-    if (std::all_of(levels.begin(), levels.end(), [](float level) { return std::isnan(level); })) {
-        return;  // the state at a recording's start, say
-    }
-    auto& numbers = m_ranges[{placed.type.track, placed.type.code}];
-    const std::size_t number = numbers.try_emplace(hashOf(range), numbers.size() + 1).first->second;
-    const std::string part = "range_" + std::to_string(number);
-    const Key key(placed.type.track, placed.type.code, part);
-    SeriesName name;
-    if (m_series.find(key) == m_series.end()) {
-        name = nameOf(placed.type, m_unit);
-        name.path += '/' + part;
-    }
-    put(series<Hdf5Spectra>(key, name, range), m_time.us(placed.momentMs), levels);
-    ++m_sweeps;
-}
-
-void Hdf5Groups::add(const PlacedRecord& placed, const values::ValueBase& value)
-{
-    const values::ValueType kind = value.GetType();
-    const std::int64_t us = m_time.us(placed.momentMs);
-    if (kind == values::ValueType::LevelMap) {
-        addLevels(placed, static_cast<const LevelMap&>(value));
-    } else if (const std::optional<double> number = plainNumber(&value)) {
-        put(plainSeries<Hdf5Numbers>(placed.type, "_number"), us, *number);
-    } else if (kind != values::ValueType::BearingMap && kind != values::ValueType::FastBearingMap) {
-        put(plainSeries<Hdf5Texts>(placed.type, "_text"), us, oneLine(value.GetText().toStdString()));
-    }
-}
-
-void Hdf5Groups::addBearing(const PlacedRecord& placed, const Hdf5Bearings::Row& row)
-{
-    const TrackType& type = placed.type;
-    put(series<Hdf5Bearings>({type.track, type.code, "bearings"}, nameOf(type, m_unit)), m_time.us(placed.momentMs),
-        row);
-}
-
-/// A keyword that has been another kind of value before gets a group of its own for this one.
-template <typename Series>
-Series& Hdf5Groups::plainSeries(const TrackType& type, const char* kind)
-{
-    ++m_plain;
-    const std::string& first = m_kinds.try_emplace({type.track, type.code}, kind).first->second;
-    SeriesName name = nameOf(type, unitInFile(m_records.keyword(type)));
-    name.path += first == kind ? "" : kind;
-    return series<Series>({type.track, type.code, kind}, name);
-}
-
-void Hdf5Groups::addBookmarks(const std::vector<Recording2::Inspection::Bookmark>& bookmarks)
-{
-    if (bookmarks.empty()) {
-        return;
-    }
-    Hdf5Texts texts(m_root, {"bookmarks", "bookmarks", "", 0, ""});
-    for (const Recording2::Inspection::Bookmark& bookmark : bookmarks) {
-        texts.add(m_time.us(static_cast<double>(bookmark.timeMs)), oneLine(fromLatin1(bookmark.text)));
-    }
-    texts.flush();
-}
 
 void describeFile(Hdf5Group& root, const Hdf5ExportOptions& options, const Recordings& recordings)
 {

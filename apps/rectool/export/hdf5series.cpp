@@ -36,19 +36,6 @@ Hdf5Column makeFrequencies(const Hdf5Group& group, const values::ChannelRange& r
     return frequencies;
 }
 
-Hdf5Column makePlain(const Hdf5Group& group, Hdf5Kind kind, const Hdf5Column& times, const SeriesName& name)
-{
-    Hdf5Column column(group, "value", kind, 0, RowsOfPlain);
-    if (column.isNew()) {
-        column.attach(times, 0, "time");
-        column.describe("long_name", name.keyword);
-        if (!name.unit.empty()) {
-            column.describe("units", name.unit);
-        }
-    }
-    return column;
-}
-
 }  // namespace
 
 Hdf5Series::Hdf5Series(const Hdf5Group& root, const SeriesName& name)
@@ -101,22 +88,46 @@ void Hdf5Spectra::write()
     m_collected.clear();
 }
 
-Hdf5Numbers::Hdf5Numbers(const Hdf5Group& root, const SeriesName& name)
-    : Hdf5Series(root, name), m_numbers(makePlain(m_group, Hdf5Kind::Double, m_times, name))
+template <typename Item>
+Hdf5Plain<Item>::Hdf5Plain(const Hdf5Group& root, const SeriesName& name)
+    : Hdf5Series(root, name), m_column(m_group, "value", IsText ? Hdf5Kind::Text : Hdf5Kind::Double, 0, RowsOfPlain)
 {
+    if (m_column.isNew()) {
+        m_column.attach(m_times, 0, "time");
+        m_column.describe("long_name", name.keyword);
+        if (!name.unit.empty()) {
+            m_column.describe("units", name.unit);
+        }
+    }
 }
 
-void Hdf5Numbers::add(std::int64_t us, double number)
+template <typename Item>
+void Hdf5Plain<Item>::add(std::int64_t us, Item item)
 {
-    m_collected.push_back(number);
-    collected(us, sizeof number, rows() + 1 >= RowsOfPlain);
+    std::size_t bytes = sizeof item;
+    if constexpr (IsText) {
+        bytes = item.size();
+    }
+    m_collected.push_back(std::move(item));
+    collected(us, bytes, rows() + 1 >= RowsOfPlain);
 }
 
-void Hdf5Numbers::write()
+template <typename Item>
+void Hdf5Plain<Item>::write()
 {
-    m_numbers.append(m_collected.data(), rows());
+    if constexpr (IsText) {
+        std::vector<const char*> texts;
+        std::transform(m_collected.begin(), m_collected.end(), std::back_inserter(texts),
+                       [](const std::string& text) { return text.c_str(); });
+        m_column.append(static_cast<const void*>(texts.data()), rows());
+    } else {
+        m_column.append(m_collected.data(), rows());
+    }
     m_collected.clear();
 }
+
+template class Hdf5Plain<double>;
+template class Hdf5Plain<std::string>;
 
 Hdf5Bearings::Hdf5Bearings(const Hdf5Group& root, const SeriesName& name) : Hdf5Series(root, name)
 {
@@ -159,27 +170,6 @@ void Hdf5Bearings::write()
         m_columns[i].append(m_collected[i].data(), rows());
         m_collected[i].clear();
     }
-}
-
-Hdf5Texts::Hdf5Texts(const Hdf5Group& root, const SeriesName& name)
-    : Hdf5Series(root, name), m_texts(makePlain(m_group, Hdf5Kind::Text, m_times, name))
-{
-}
-
-void Hdf5Texts::add(std::int64_t us, std::string text)
-{
-    const std::size_t bytes = text.size();
-    m_collected.push_back(std::move(text));
-    collected(us, bytes, rows() + 1 >= RowsOfPlain);
-}
-
-void Hdf5Texts::write()
-{
-    std::vector<const char*> texts;
-    std::transform(m_collected.begin(), m_collected.end(), std::back_inserter(texts),
-                   [](const std::string& text) { return text.c_str(); });
-    m_texts.append(static_cast<const void*>(texts.data()), rows());
-    m_collected.clear();
 }
 
 }  // namespace RecTool

@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <tuple>
+#include <type_traits>
 #include <vector>
 
 #include <values/maps.h>
@@ -62,16 +63,22 @@ private:
     std::vector<float> m_collected;
 };
 
-class Hdf5Numbers final : public Hdf5Series {
+/// Single numbers or texts over time.
+template <typename Item>
+class Hdf5Plain final : public Hdf5Series {
 public:
-    Hdf5Numbers(const Hdf5Group& root, const SeriesName& name);
-    void add(std::int64_t us, double number);
+    Hdf5Plain(const Hdf5Group& root, const SeriesName& name);
+    void add(std::int64_t us, Item item);
 
 private:
+    static constexpr bool IsText = std::is_same_v<Item, std::string>;
+
     void write() override;
-    Hdf5Column m_numbers;
-    std::vector<double> m_collected;
+    Hdf5Column m_column;
+    std::vector<Item> m_collected;
 };
+using Hdf5Numbers = Hdf5Plain<double>;
+using Hdf5Texts = Hdf5Plain<std::string>;
 
 /// Bearings with where they were taken; each figure is a column over time.
 class Hdf5Bearings final : public Hdf5Series {
@@ -86,17 +93,6 @@ private:
     void write() override;
     std::vector<Hdf5Column> m_columns;
     std::array<std::vector<double>, std::tuple_size_v<Row>> m_collected;
-};
-
-class Hdf5Texts final : public Hdf5Series {
-public:
-    Hdf5Texts(const Hdf5Group& root, const SeriesName& name);
-    void add(std::int64_t us, std::string text);
-
-private:
-    void write() override;
-    Hdf5Column m_texts;
-    std::vector<std::string> m_collected;
 };
 
 }  // namespace RecTool

@@ -2,26 +2,195 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <optional>
+#include <stdexcept>
+#include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include <values/recordingtext.h>
+#include <QDateTime>
 
-#include "exporttime.h"
+#include "export.h"
+#include "printing/jsonvalue.h"
 #include "printing/output.h"
 #include "printing/text.h"
-#include "printing/units.h"
 #include "printing/valuetext.h"
-#include "replay/measuredtime.h"
-#include "sigmfsamples.h"
+#include "replay/recordingtime.h"
 #include "system/filenames.h"
 
 namespace RecTool {
 
+namespace fs = std::filesystem;
+
 namespace {
+
+struct IqSamples {
+    std::string file;
+    std::string metadataFile;  ///< that stands beside them; empty without
+    std::string dataType;      ///< "ci16_le"
+    double rateHz = 0;
+    std::uint64_t count = 0;
+    std::optional<std::int64_t> firstUs;  ///< time of the first one, since 1970 UTC
+    Json metadata;                        ///< all that the file beside them says; null without
+};
+
+struct SuffixFormat {
+    std::string_view suffix;
+    const char* format;
+};
+
+constexpr std::array<SuffixFormat, 10> SuffixFormats{{{".cu8", "cu8"},
+                                                      {".ci8", "ci8"},
+                                                      {".cs8", "ci8"},
+                                                      {".ci16", "ci16_le"},
+                                                      {".cs16", "ci16_le"},
+                                                      {".sc16", "ci16_le"},
+                                                      {".cf32", "cf32_le"},
+                                                      {".fc32", "cf32_le"},
+                                                      {".fc32le", "cf32_le"},
+                                                      {".cfile", "cf32_le"}}};
+
+std::string formatBySuffix(const fs::path& file)
+{
+    for (const SuffixFormat& known : SuffixFormats) {
+        if (known.suffix == utf8(file.extension())) {
+            return known.format;
+        }
+    }
+    return "";
+}
+
+/// Of a sample, I and Q together; 0 for a format that is none.
+std::uint64_t bytesOf(const std::string& dataType)
+{
+    const std::size_t end = dataType.find('_');
+    const std::string numbers = dataType.substr(0, end);
+    const std::string order = end == std::string::npos ? "" : dataType.substr(end);
+    const bool isComplex = numbers.substr(0, 1) == "c";
+    if ((!isComplex && numbers.substr(0, 1) != "r") || (!order.empty() && order != "_le" && order != "_be")) {
+        return 0;
+    }
+    constexpr std::array<std::pair<std::string_view, std::uint64_t>, 8> Kinds{
+        {{"f32", 4}, {"f64", 8}, {"i32", 4}, {"i16", 2}, {"u32", 4}, {"u16", 2}, {"i8", 1}, {"u8", 1}}};
+    for (const auto& [kind, bytes] : Kinds) {
+        if (numbers.substr(1) == kind) {
+            return isComplex ? 2 * bytes : bytes;
+        }
+    }
+    return 0;
+}
+
+/// "2026-11-21T08:30:00.250010Z" in microseconds since 1970.
+std::optional<std::int64_t> usOf(const std::string& text)
+{
+    constexpr std::int64_t UsPerMs = 1000;
+    constexpr int Digits = 6;
+    const std::size_t point = text.find('.');
+    const QDateTime second =
+        QDateTime::fromString(QString::fromStdString(text.substr(0, point)).remove('Z') + 'Z', Qt::ISODate);
+    if (!second.isValid() || text.empty() || text.back() != 'Z') {
+        return std::nullopt;
+    }
+    std::int64_t us = 0;
+    for (std::size_t i = 0; i < Digits; ++i) {
+        const std::size_t at = point == std::string::npos ? text.size() : point + 1 + i;
+        const bool isDigit = at < text.size() && text[at] >= '0' && text[at] <= '9';
+        us = us * 10 + (isDigit ? text[at] - '0' : 0);
+    }
+    return second.toMSecsSinceEpoch() * UsPerMs + us;
+}
+
+/// @return why the metadata cannot be used; empty when they can
+std::string takeMetadata(IqSamples& samples)
+{
+    const Json* global = samples.metadata.find("global");
+    const Json* captures = samples.metadata.find("captures");
+    const Json* annotations = samples.metadata.find("annotations");
+    if (global == nullptr || !global->isObject() || captures == nullptr || !captures->isArray() ||
+        (annotations != nullptr && !annotations->isArray())) {
+        return "it has no object \"global\" and no lists \"captures\" and \"annotations\"";
+    }
+    const auto textOf = [](const Json* json) { return json == nullptr ? std::nullopt : json->text(); };
+    const auto numberOf = [](const Json* json) { return json == nullptr ? std::nullopt : json->number(); };
+    samples.dataType = textOf(global->find("core:datatype")).value_or("");
+    samples.rateHz = numberOf(global->find("core:sample_rate")).value_or(0);
+    if (numberOf(global->find("core:num_channels")).value_or(1) != 1) {
+        return "only samples of one channel can be annotated";
+    }
+    if (captures->size() > 0) {
+        const Json& first = captures->at(0);
+        const std::string time = textOf(first.find("core:datetime")).value_or("");
+        samples.firstUs = usOf(time);
+        const double begin = numberOf(first.find("core:sample_start")).value_or(0);
+        if (samples.firstUs && samples.rateHz > 0) {
+            constexpr double UsPerSecond = 1e6;
+            *samples.firstUs -= std::llround(begin / samples.rateHz * UsPerSecond);
+        }
+    }
+    return "";
+}
+
+/// @return false, told, when there are metadata that cannot be used
+bool readMetadata(IqSamples& samples)
+{
+    std::ifstream file(native(samples.metadataFile), std::ios::binary);
+    if (!file) {
+        samples.metadataFile.clear();
+        return true;
+    }
+    std::string problem;
+    try {
+        samples.metadata = Json::parse({std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()});
+        problem = takeMetadata(samples);
+    } catch (const std::invalid_argument& error) {
+        problem = std::string("it is not valid JSON (") + error.what() + ")";
+    }
+    if (!problem.empty()) {
+        complain(samples.metadataFile, "This SigMF metadata cannot be used: " + problem + '.');
+    }
+    return problem.empty();
+}
+
+/// Finds the samples and what is known of them. @return nothing, told, where that is not enough
+std::optional<IqSamples> findSamples(const SigMfExportOptions& options)
+{
+    IqSamples samples;
+    const fs::path beside = native(options.output).replace_extension(".sigmf-data");
+    samples.file = options.samples.empty() ? utf8(beside) : options.samples;
+    std::error_code error;
+    const std::uintmax_t bytes = fs::file_size(native(samples.file), error);
+    if (error) {
+        complain(samples.file, "There is no such file of samples; --samples names the one to annotate.");
+        return std::nullopt;
+    }
+    samples.metadataFile = utf8(native(samples.file).replace_extension(".sigmf-meta"));
+    if (!readMetadata(samples)) {
+        return std::nullopt;
+    }
+    samples.dataType = !options.format.empty()    ? options.format
+                       : samples.dataType.empty() ? formatBySuffix(native(samples.file))
+                                                  : samples.dataType;
+    samples.rateHz = options.rateHz > 0 ? options.rateHz : samples.rateHz;
+    const std::uint64_t sampleBytes = bytesOf(samples.dataType);
+    if (sampleBytes == 0 || !(samples.rateHz > 0)) {
+        complain(samples.file, sampleBytes != 0 ? "How many samples a second these are is not known: say --rate."
+                               : samples.dataType.empty()
+                                   ? "Which format these samples have is not known: say --format."
+                                   : "SigMF has no format of samples " + samples.dataType + '.');
+        return std::nullopt;
+    }
+    samples.count = bytes / sampleBytes;
+    return samples;
+}
 
 /// What of a receiver is set rather than measured.
 constexpr std::array<std::string_view, 12> SettingKeywords{"FREQUENCY",   "FREQOFFSET", "BANDWIDTH", "MODULATION",
@@ -47,13 +216,29 @@ public:
 
     void add(const PlacedRecord& placed);
     /// @param lastUs when the samples end
-    [[nodiscard]] std::vector<Annotation> take(double lastUs);
+    [[nodiscard]] std::vector<Annotation> take(double lastUs)
+    {
+        for (const Recording2::Inspection::Bookmark& bookmark : m_recordings.bookmarks()) {
+            const auto us = static_cast<double>(m_time.us(static_cast<double>(bookmark.timeMs)));
+            m_annotations.push_back({us, us, "bookmark", oneLine(fromLatin1(bookmark.text))});
+        }
+        for (Annotation& annotation : m_annotations) {
+            annotation.endUs = std::min(annotation.endUs, lastUs);
+        }
+        return std::move(m_annotations);
+    }
     /// Of the first spectrum, or else of the recording's start.
     [[nodiscard]] std::int64_t firstUs() const { return m_time.us(m_firstMs.value_or(0)); }
     [[nodiscard]] std::optional<double> frequencyHz() const { return m_frequencyHz; }
 
 private:
-    [[nodiscard]] bool isWanted(const TrackType& type);
+    [[nodiscard]] bool isWanted(const TrackType& type)
+    {
+        const auto& keyword = m_records.keyword(type);
+        return m_records.areNamed()
+                   ? m_records.isWanted(type)
+                   : std::find(SettingKeywords.begin(), SettingKeywords.end(), keyword) != SettingKeywords.end();
+    }
 
     const Recordings& m_recordings;
     ExportedRecords& m_records;
@@ -63,14 +248,6 @@ private:
     std::map<std::pair<std::size_t, std::int32_t>, std::size_t> m_inForce;
     std::vector<Annotation> m_annotations;
 };
-
-bool SigMfNotes::isWanted(const TrackType& type)
-{
-    const auto& keyword = m_records.keyword(type);
-    return m_records.areNamed()
-               ? m_records.isWanted(type)
-               : std::find(SettingKeywords.begin(), SettingKeywords.end(), keyword) != SettingKeywords.end();
-}
 
 void SigMfNotes::add(const PlacedRecord& placed)
 {
@@ -100,18 +277,6 @@ void SigMfNotes::add(const PlacedRecord& placed)
     m_annotations.push_back({us, std::numeric_limits<double>::infinity(), oneLine(keyword),
                              m_recordings.labelled(placed.type.track, oneLine(keyword)) + ": " +
                                  describe(placed.record, value) + (unit.empty() ? "" : ' ' + unit)});
-}
-
-std::vector<Annotation> SigMfNotes::take(double lastUs)
-{
-    for (const Recording2::Inspection::Bookmark& bookmark : m_recordings.bookmarks()) {
-        const auto us = static_cast<double>(m_time.us(static_cast<double>(bookmark.timeMs)));
-        m_annotations.push_back({us, us, "bookmark", oneLine(fromLatin1(bookmark.text))});
-    }
-    for (Annotation& annotation : m_annotations) {
-        annotation.endUs = std::min(annotation.endUs, lastUs);
-    }
-    return std::move(m_annotations);
 }
 
 /// Those that lie in the samples, in their order behind what is there already.

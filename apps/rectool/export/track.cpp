@@ -1,21 +1,30 @@
-// Joining records of positions to points, and writing what there is of them.
-#include "track.h"
-
+// Exporting tracks: records of positions joined to points, as GPX 1.1 and as KML 2.2, a gx:Track a device.
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <utility>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
 
 #include <QIODevice>
 #include <QXmlStreamWriter>
 
-#include "exporttime.h"
+#include "export.h"
 #include "printing/text.h"
 #include "replay/linesofbearing.h"
 
 namespace RecTool {
 
 namespace {
+
+struct TrackPoint {
+    double momentMs = 0;
+    double latitudeDeg = 0;   ///< -90 to 90
+    double longitudeDeg = 0;  ///< from -180 to below 180
+    std::optional<double> altitudeM;
+};
 
 constexpr double OnePointMs = 100;
 constexpr double HalfCircleDeg = 180;
@@ -103,8 +112,7 @@ private:
     double m_firstMs = 0;  // of what is pending
 };
 
-}  // namespace
-
+/// Visits the points of a device in one pass.
 void walkTrack(Recordings& recordings, std::size_t track, const NewFile& file,
                const std::function<void(const TrackPoint&)>& visit)
 {
@@ -117,6 +125,10 @@ void walkTrack(Recordings& recordings, std::size_t track, const NewFile& file,
     follower.end();
 }
 
+/// What a format writes of all recordings. @return how many points
+using TrackWriter = std::function<std::uint64_t(Recordings& recordings, NewFile& file, QXmlStreamWriter& xml)>;
+
+/// @param passes over the recordings a device
 ExitCode exportTrack(const ExportOptions& options, std::size_t passes, const TrackWriter& write)
 {
     return exportTo(options, [&](Recordings& recordings, ExportedRecords& records, NewFile& file) {
@@ -140,12 +152,103 @@ ExitCode exportTrack(const ExportOptions& options, std::size_t passes, const Tra
     });
 }
 
+/// Degrees or metres with the fewest digits that give the number again, never with an exponent.
 QString plainDecimal(double number)
 {
     constexpr std::size_t Longest = 400;
     std::array<char, Longest> text{};
     const auto written = std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed);
     return QString::fromLatin1(text.data(), static_cast<int>(written.ptr - text.data()));
+}
+
+void writePoint(QXmlStreamWriter& xml, ExportTime& time, const TrackPoint& point)
+{
+    xml.writeStartElement("trkpt");
+    xml.writeAttribute("lat", plainDecimal(point.latitudeDeg));
+    xml.writeAttribute("lon", plainDecimal(point.longitudeDeg));
+    if (point.altitudeM) {
+        xml.writeTextElement("ele", plainDecimal(*point.altitudeM));
+    }
+    xml.writeTextElement("time", QString::fromStdString(time.iso(point.momentMs)));
+    xml.writeEndElement();
+}
+
+std::uint64_t writeGpx(Recordings& recordings, NewFile& file, QXmlStreamWriter& xml)
+{
+    xml.writeStartElement("gpx");
+    xml.writeDefaultNamespace("http://www.topografix.com/GPX/1/1");
+    xml.writeAttribute("version", "1.1");
+    xml.writeAttribute("creator", "rectool");
+    ExportTime time(recordings.startMs());
+    std::uint64_t points = 0;
+    for (std::size_t track = 0; track < recordings.tracks().size(); ++track) {
+        const std::string& name = recordings.tracks()[track].device;
+        xml.writeStartElement("trk");
+        if (!name.empty()) {
+            xml.writeTextElement("name", QString::fromStdString(name));
+        }
+        xml.writeStartElement("trkseg");
+        walkTrack(recordings, track, file, [&](const TrackPoint& point) {
+            ++points;
+            writePoint(xml, time, point);
+        });
+        xml.writeEndElement();
+        xml.writeEndElement();
+    }
+    return points;
+}
+
+constexpr const char* KmlNamespace = "http://www.opengis.net/kml/2.2";
+constexpr const char* TrackNamespace = "http://www.google.com/kml/ext/2.2";
+
+/// All times stand before all places, so that they are walked twice. @return how many points
+std::uint64_t writeTrackOf(QXmlStreamWriter& xml, Recordings& recordings, std::size_t track, NewFile& file)
+{
+    std::uint64_t points = 0;
+    ExportTime time(recordings.startMs());
+    xml.writeStartElement(TrackNamespace, "Track");
+    walkTrack(recordings, track, file, [&](const TrackPoint& point) {
+        ++points;
+        xml.writeTextElement(KmlNamespace, "when", QString::fromStdString(time.iso(point.momentMs)));
+    });
+    walkTrack(recordings, track, file, [&](const TrackPoint& point) {
+        xml.writeTextElement(TrackNamespace, "coord",
+                             plainDecimal(point.longitudeDeg) + ' ' + plainDecimal(point.latitudeDeg) + ' ' +
+                                 plainDecimal(point.altitudeM.value_or(0)));
+    });
+    xml.writeEndElement();
+    return points;
+}
+
+std::uint64_t writeKml(Recordings& recordings, NewFile& file, QXmlStreamWriter& xml)
+{
+    xml.writeDefaultNamespace(KmlNamespace);
+    xml.writeNamespace(TrackNamespace, "gx");
+    xml.writeStartElement(KmlNamespace, "kml");
+    xml.writeStartElement(KmlNamespace, "Document");
+    std::uint64_t points = 0;
+    for (std::size_t track = 0; track < recordings.tracks().size(); ++track) {
+        const std::string& name = recordings.tracks()[track].device;
+        xml.writeStartElement(KmlNamespace, "Placemark");
+        if (!name.empty()) {
+            xml.writeTextElement(KmlNamespace, "name", QString::fromStdString(name));
+        }
+        points += writeTrackOf(xml, recordings, track, file);
+        xml.writeEndElement();
+    }
+    return points;
+}
+
+}  // namespace
+
+ExitCode exportGpx(const ExportOptions& options)
+{
+    return exportTrack(options, 1, writeGpx);
+}
+
+ExitCode exportKml(const ExportOptions& options)
+{
+    return exportTrack(options, 2, writeKml);
 }
 
 }  // namespace RecTool

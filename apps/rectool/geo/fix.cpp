@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <numeric>
 #include <utility>
 
 #include <GeographicLib/Geodesic.hpp>
@@ -329,6 +330,28 @@ std::size_t countPositions(const std::vector<LineOfBearing>& bearings)
 }
 
 }  // namespace
+
+std::vector<std::vector<std::size_t>> groupSightings(const std::vector<Sighting>& sightings,
+                                                     unsigned long long windowUs)
+{
+    std::vector<std::size_t> order(sightings.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+        return std::pair(sightings[a].transmitter, sightings[a].timeUs) <
+               std::pair(sightings[b].transmitter, sightings[b].timeUs);
+    });
+    std::vector<std::vector<std::size_t>> groups;
+    for (const std::size_t i : order) {
+        const bool joins = !groups.empty() &&
+                           sightings[groups.back().front()].transmitter == sightings[i].transmitter &&
+                           sightings[i].timeUs - sightings[groups.back().front()].timeUs < windowUs;
+        if (!joins) {
+            groups.emplace_back();
+        }
+        groups.back().push_back(i);
+    }
+    return groups;
+}
 
 std::variant<Fix, NoFix> estimateFix(const std::vector<LineOfBearing>& bearings, const FixSettings& settings)
 {

@@ -1,4 +1,5 @@
-// Where a transmitter is of which bearings were taken at several positions. Knows nothing of recordings and output.
+// Which bearings belong together, and where a transmitter is of which bearings were taken at several positions. Knows
+// nothing of recordings and output.
 //
 // Bearings are taken to have independent Gaussian errors of one standard deviation. The fix is the most likely position
 // (the least sum of squared errors, azimuths being those of geodesics on the WGS84 ellipsoid), found by damped
@@ -15,6 +16,17 @@
 #include "position.h"
 
 namespace RecTool::Geo {
+
+struct Sighting {
+    std::int64_t transmitter = 0;   ///< any number that tells transmitters apart
+    unsigned long long timeUs = 0;  ///< when the bearing was taken
+};
+
+/// The numbers of the sightings that belong together, by time. A group begins with the first sighting that is in none
+/// and takes all of its transmitter that come less than the window later. Groups stand in the order of their
+/// transmitters, then of their times.
+[[nodiscard]] std::vector<std::vector<std::size_t>> groupSightings(const std::vector<Sighting>& sightings,
+                                                                   unsigned long long windowUs);
 
 struct FixSettings {
     double sigmaDeg = 3;         ///< standard deviation of a bearing

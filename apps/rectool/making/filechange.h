@@ -1,6 +1,7 @@
-// What all verbs that change a file do alike: check it, ask, change it, read it back.
+// What all that changes a file does alike: check it, ask, change it, read it back; and the changes of bookmarks.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <utility>
@@ -47,5 +48,13 @@ private:
     bool m_yes;
     Recording2::Inspection::Summary m_summary;
 };
+
+// Changes of a recording's bookmarks, as every program makes them. The file was checked before. Times are milliseconds
+// of the recording, texts UTF-8 with characters of Latin-1. What is refused is told, and nothing was changed then.
+
+ExitCode storeBookmark(FileChange& change, std::uint64_t time, const std::string& text);
+ExitCode dropBookmark(FileChange& change, std::uint64_t time);
+/// Gives the bookmark at a time another text.
+ExitCode renameBookmark(FileChange& change, std::uint64_t time, const std::string& text);
 
 }  // namespace RecTool

@@ -10,7 +10,7 @@
 #include <tuple>
 #include <utility>
 
-#include "printing/progress.h"
+#include "printing/output.h"
 #include "replay/inforce.h"
 
 namespace RecTool {
@@ -41,7 +41,6 @@ public:
     void run()
     {
         Progress progress("merging");
-        const auto show = progress.callback();
         constexpr std::int64_t ProgressBytes = std::int64_t{1} << 20;
         std::int64_t nextProgress = ProgressBytes;
         while (!m_next.empty() && !Interrupt::requested()) {
@@ -57,8 +56,8 @@ public:
                 put(source, clockMs);
                 goOn(source);
             }
-            if (show && m_bytesRead >= nextProgress) {
-                show(m_bytesRead, m_bytesInAll);
+            if (m_bytesRead >= nextProgress) {
+                progress.show(m_bytesRead, m_bytesInAll);
                 nextProgress = m_bytesRead + ProgressBytes;
             }
         }

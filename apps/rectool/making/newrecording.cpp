@@ -9,7 +9,6 @@
 #include <recording2/inspection/rescue/leftparts.h>
 
 #include "printing/output.h"
-#include "printing/progress.h"
 #include "printing/text.h"
 #include "system/filenames.h"
 

@@ -11,7 +11,7 @@
 #include <recording2/file/recordingwriter.h>
 #include <recording2/inspection/inspection.h>
 
-#include "newname.h"
+#include "newfile.h"
 #include "printing/exitcode.h"
 #include "printing/json.h"
 #include "system/interrupt.h"

@@ -8,7 +8,7 @@
 #include "geo/shapes.h"
 #include "making/savedfile.h"
 #include "printing/json.h"
-#include "printing/units.h"
+#include "printing/text.h"
 #include "replay/recordings.h"
 
 namespace RecTool {

@@ -4,8 +4,6 @@
 #include <cmath>
 #include <utility>
 
-#include "geo/fixgroups.h"
-
 namespace RecTool {
 
 std::vector<BearingGroup> findFixes(const std::vector<TakenBearing>& bearings, const Geo::FixSettings& settings,

@@ -145,7 +145,7 @@ std::string whyNoHeat(const MapOptions& options, const Heat& heat)
         return "No bearing of the span is of a channel at " + frequency(options.frequencyHz) + ": " +
                counted(heat.ofOtherChannels, "bearing") + " of others.";
     }
-    return noRecord(options, std::string(DirectionFindingKeyword) + " with a bearing");
+    return noRecord(options, "DFSPECTRUM with a bearing");
 }
 
 }  // namespace

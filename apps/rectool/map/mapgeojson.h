@@ -9,7 +9,10 @@
 
 namespace RecTool {
 
+/// Lines of bearing and fixes of the span.
 [[nodiscard]] ExitCode mapGeoJson(const MapOptions& options, const Recording2::Inspection::Summary& summary,
                                   const Span& span);
+[[nodiscard]] ExitCode mapHeat(const MapOptions& options);
+[[nodiscard]] ExitCode mapTrack(const MapOptions& options);
 
 }  // namespace RecTool

@@ -7,7 +7,6 @@
 
 #include "labels.h"
 #include "printing/text.h"
-#include "timeticks.h"
 
 namespace RecTool {
 

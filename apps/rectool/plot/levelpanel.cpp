@@ -6,9 +6,8 @@
 #include <limits>
 #include <string_view>
 
-#include "frequencyunits.h"
+#include "labels.h"
 #include "printing/text.h"
-#include "printing/units.h"
 
 namespace RecTool {
 

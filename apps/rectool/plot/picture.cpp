@@ -2,6 +2,7 @@
 #include "picture.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <filesystem>
 #include <iostream>
@@ -11,12 +12,11 @@
 #include <QImageWriter>
 #include <QPdfWriter>
 
+#include "labels.h"
 #include "making/savedfile.h"
 #include "printing/output.h"
 #include "printing/text.h"
-#include "printing/units.h"
 #include "system/filenames.h"
-#include "timeticks.h"
 
 namespace RecTool {
 
@@ -328,6 +328,27 @@ Json Picture::json() const
                  {"toMs", msJson(m_source.span().toMs)},
                  {"bookmarks", toJson(m_source.bookmarks())}});
     return json;
+}
+
+QCPColorGradient gradientOf(std::span<const QRgb> stops)
+{
+    QCPColorGradient gradient;
+    gradient.clearColorStops();
+    for (std::size_t i = 0; i < stops.size(); ++i) {
+        gradient.setColorStopAt(static_cast<double>(i) / static_cast<double>(stops.size() - 1), QColor(stops[i]));
+    }
+    gradient.setNanHandling(QCPColorGradient::nhTransparent);
+    return gradient;
+}
+
+QCPColorGradient levelColours()
+{
+    constexpr std::array<QRgb, 11> Stops{0xff000004, 0xff160b39, 0xff420a68, 0xff6a176e, 0xff932667, 0xffbc3754,
+                                         0xffdd513a, 0xfff37819, 0xfffca50a, 0xfff6d746, 0xfffcffa4};
+    constexpr int Levels = 512;
+    QCPColorGradient gradient = gradientOf(Stops);
+    gradient.setLevelCount(Levels);
+    return gradient;
 }
 
 }  // namespace RecTool

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -175,6 +176,11 @@ template <typename Kind, typename Items, typename... Arguments>
 
 /// A time in milliseconds, with parts of them where there are any.
 [[nodiscard]] Json msJson(double ms);
+
+/// Colours evenly from the first to the last; none for what is no number.
+[[nodiscard]] QCPColorGradient gradientOf(std::span<const QRgb> stops);
+/// Of levels: dark to light and blue to yellow at an even pace, legible for the colour-blind and in grey.
+[[nodiscard]] QCPColorGradient levelColours();
 
 /// A row or column that gets no more room than it needs.
 constexpr double AsLittleAsPossible = 0.001;

@@ -7,9 +7,7 @@
 #include <limits>
 #include <utility>
 
-#include "levelcolours.h"
 #include "printing/text.h"
-#include "printing/units.h"
 
 namespace RecTool {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "axes.h"
-#include "frequencyunits.h"
+#include "labels.h"
 #include "replay/spectra.h"
 #include "spectrumgrid.h"
 

@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "axes.h"
-#include "frequencyunits.h"
+#include "labels.h"
 #include "levelpanel.h"
 #include "printing/text.h"
 

@@ -9,7 +9,7 @@
 #include <values/valuebase.h>
 
 #include "jsonvalue.h"
-#include "typenames.h"
+#include "valuetext.h"
 
 namespace Recording2::Inspection {
 struct RepairedTimes;

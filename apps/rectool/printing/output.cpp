@@ -1,4 +1,4 @@
-// Shown names of files, complaints, failing standard output, and which exit code is worse.
+// Shown names of files, complaints, percentages, failing standard output, and which exit code is worse.
 #include "output.h"
 
 #include <algorithm>
@@ -9,11 +9,20 @@
 #include <mutex>
 #include <system_error>
 
+#include <system/program.h>
+#include <terminaltext/terminaltext.h>
+
 #include "text.h"
 
 namespace RecTool {
 
 namespace {
+
+/// Whether a person sees how far something has come.
+bool isWatched()
+{
+    return !Complaints::areKept() && System::isTerminal(System::Stream::Errors);
+}
 
 const char* complainingProgram = "rectool";
 bool readerMayLeave = false;
@@ -34,6 +43,86 @@ std::map<std::string, std::string>& shownNames()
 }
 
 }  // namespace
+
+std::size_t width(const std::string& utf8)
+{
+    // Every byte but those that continue a character.
+    return static_cast<std::size_t>(std::count_if(
+        utf8.begin(), utf8.end(), [](char byte) { return (static_cast<unsigned char>(byte) & 0xc0U) != 0x80U; }));
+}
+
+std::string padded(std::string utf8, std::size_t columns)
+{
+    utf8.append(columns - std::min(columns, width(utf8)), ' ');
+    return utf8;
+}
+
+std::string paddedInFront(std::string utf8, std::size_t columns)
+{
+    utf8.insert(0, columns - std::min(columns, width(utf8)), ' ');
+    return utf8;
+}
+
+void Table::add(std::vector<std::string> cells)
+{
+    for (std::string& cell : cells) {
+        cell = TerminalText::oneLine(cell);
+    }
+    m_lines.push_back(std::move(cells));
+}
+
+void Table::print(const std::string& indent) const
+{
+    std::vector<std::size_t> widths(m_columns.size());
+    for (const auto& line : m_lines) {
+        for (std::size_t i = 0; i < widths.size(); ++i) {
+            widths[i] = std::max(widths[i], width(line[i]));
+        }
+    }
+    for (const auto& line : m_lines) {
+        std::string text = indent;
+        for (std::size_t i = 0; i < widths.size(); ++i) {
+            text += (i == 0 ? "" : "  ");
+            text += m_columns[i] == 'r' ? paddedInFront(line[i], widths[i]) : padded(line[i], widths[i]);
+        }
+        text.erase(text.find_last_not_of(' ') + 1);
+        std::cout << (&line == &m_lines.front() ? styled(text, Style::Heading) : text) << '\n';
+    }
+}
+
+Progress::Progress(std::string file) : m_file(std::move(file)), m_begin(std::chrono::steady_clock::now())
+{
+}
+
+Progress::~Progress()
+{
+    clear();
+}
+
+std::function<void(std::int64_t, std::int64_t)> Progress::callback()
+{
+    if (!isWatched()) {
+        return {};
+    }
+    return [this](std::int64_t done, std::int64_t all) { show(done, all); };
+}
+
+void Progress::show(std::int64_t done, std::int64_t all)
+{
+    constexpr std::chrono::milliseconds Patience{500};
+    if (all > 0 && std::chrono::steady_clock::now() - m_begin > Patience && isWatched()) {
+        std::cerr << '\r' << printedName(m_file) << ": " << done * 100 / all << " %" << std::flush;
+        m_shown = true;
+    }
+}
+
+void Progress::clear()
+{
+    if (m_shown) {
+        std::cerr << '\r' << std::string(printedName(m_file).size() + 8, ' ') << '\r' << std::flush;
+        m_shown = false;
+    }
+}
 
 const std::string& shownName(const std::string& path)
 {

@@ -1,18 +1,62 @@
-// What all verbs print alike.
+// What all verbs print alike, and how far a long walk has come.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <recording2/inspection/inspection.h>
 
 #include "exitcode.h"
-#include "typenames.h"
+#include "valuetext.h"
 
 namespace RecTool {
+
+/// Lines whose columns stand below each other. The first line is the heading.
+class Table {
+public:
+    /// @param columns a letter each, l or r: where its texts stand
+    Table(std::string columns, std::vector<std::string> heading) : m_columns(std::move(columns))
+    {
+        add(std::move(heading));
+    }
+    /// One text a column, UTF-8; whatever it holds, it stays in its cell.
+    void add(std::vector<std::string> cells);
+    /// On standard output.
+    void print(const std::string& indent = {}) const;
+
+private:
+    std::string m_columns;
+    std::vector<std::vector<std::string>> m_lines;
+};
+
+[[nodiscard]] std::size_t width(const std::string& utf8);                        ///< characters
+[[nodiscard]] std::string padded(std::string utf8, std::size_t columns);         ///< filled up after
+[[nodiscard]] std::string paddedInFront(std::string utf8, std::size_t columns);  ///< filled up in front
+
+/// One line on standard error, only on a terminal and only when it takes long; it is gone when the object goes.
+class Progress {
+public:
+    explicit Progress(std::string file);
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+    ~Progress();
+
+    /// For walkRecords; empty when nobody watches.
+    [[nodiscard]] std::function<void(std::int64_t, std::int64_t)> callback();
+    void show(std::int64_t done, std::int64_t all);
+    void clear();  ///< takes the line away, so that something else can be printed
+
+private:
+    std::string m_file;
+    std::chrono::steady_clock::time_point m_begin;
+    bool m_shown = false;
+};
 
 /// What to call a file to the user: the name that was given for it, where it was another (an archive address).
 [[nodiscard]] const std::string& shownName(const std::string& path);

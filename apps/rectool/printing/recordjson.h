@@ -10,7 +10,7 @@
 #include <values/maps.h>
 #include <values/valuebase.h>
 
-#include "typenames.h"
+#include "valuetext.h"
 
 namespace RecTool {
 

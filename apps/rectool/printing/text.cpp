@@ -1,19 +1,38 @@
-// Numbers, frequencies, clock times and durations as text; bytes escaped.
+// Numbers, frequencies, clock times and durations as text, and parsed; bytes escaped; the codes of colours.
 #include "text.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
 #include <cstdio>
+#include <set>
 #include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
 
+#include <terminaltext/quantity.h>
 #include <QDateTime>
 #include <QString>
 
 namespace RecTool {
 
 namespace {
+
+constexpr std::uint64_t MsPerSecond = 1000;
+constexpr std::size_t FirstDigitOfMs = 20;  // in "2023-11-14T22:13:21.500Z"
+
+std::string isoTime(std::uint64_t msSince1970, TimeForm form)
+{
+    const auto ms = static_cast<qint64>(msSince1970);
+    if (form == TimeForm::Utc) {
+        return QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC).toString(Qt::ISODateWithMs).toStdString();
+    }
+    const QDateTime local = QDateTime::fromMSecsSinceEpoch(ms);  // its text does not tell the zone
+    return local.toOffsetFromUtc(local.offsetFromUtc()).toString(Qt::ISODateWithMs).toStdString();
+}
+
+bool stylesAreUsed = false;
 
 /// As it stands in quotes.
 std::string escapedByte(char byte)
@@ -30,6 +49,93 @@ std::string escapedByte(char byte)
 }
 
 }  // namespace
+
+std::optional<double> parseHertz(const std::string& text)
+{
+    const std::optional<double> hertz = TerminalText::parseQuantity(text, {"Hz"});
+    return hertz && *hertz > 0 ? hertz : std::nullopt;
+}
+
+std::optional<std::uint64_t> parseMilliseconds(const std::string& text)
+{
+    std::uint64_t plain = 0;
+    const char* const end = text.data() + text.size();
+    const auto [last, error] = std::from_chars(text.data(), end, plain);
+    if (error == std::errc() && last == end) {
+        return plain;
+    }
+    constexpr double Most = 1e15;  // some thirty thousand years; exact as a double
+    const std::optional<double> ms =
+        TerminalText::parseInUnits(text, {{"ms", 1}, {"s", 1e3}, {"min", 60e3}, {"h", 3600e3}, {"d", 24 * 3600e3}});
+    if (!ms || *ms < 0 || *ms > Most) {
+        return std::nullopt;
+    }
+    return static_cast<std::uint64_t>(std::llround(*ms));
+}
+
+std::string unitOfKeyword(const std::string& keyword)
+{
+    static const std::vector<std::pair<const char*, std::set<std::string>>> units{
+        {"dB",
+         {"LEVEL", "FIELDSTRENGTH", "ATTENUATION", "SQUELCHVALUE", "RFYLIMIT", "STARTLEVEL", "STOPLEVEL",
+          "IFSTARTLEVEL", "IFSTOPLEVEL", "IFLEVELTHRESHOLD"}},
+        {"Hz",
+         {"FREQUENCY", "FREQOFFSET", "STARTFREQ", "STOPFREQ", "STEPFREQ", "BANDWIDTH", "DFBANDWIDTH", "AFBANDWIDTH",
+          "IFSPAN"}},
+        {"\u00b0",
+         {"ELEVATION", "ELEVATIONSTART", "ELEVATIONSTOP", "RFELEVATIONRULER", "PITCH", "ROLL", "LOCATIONLATITUDE",
+          "LOCATIONLONGITUDE", "TRUEHEADING", "AZIMUTH", "AZIMUTHSTART", "AZIMUTHSTOP", "RFAZIMUTHRULER"}},
+        {"m", {"ALTITUDE"}},
+        {"m/s", {"VELOCITY"}},
+        {"%", {"QUALITY"}}};
+    const auto found =
+        std::find_if(units.begin(), units.end(), [&](const auto& unit) { return unit.second.contains(keyword); });
+    return found == units.end() ? "" : found->first;
+}
+
+TimeForm timeFormOf(const std::string& name)
+{
+    return name == "utc" ? TimeForm::Utc : name == "local" ? TimeForm::Local : TimeForm::Offset;
+}
+
+const std::string& ClockText::of(std::uint64_t timeMs)
+{
+    const bool isClock = timeMs != 0 && m_form != TimeForm::Offset && m_startMs <= EndOfYear9999Ms &&
+                         timeMs <= EndOfYear9999Ms - m_startMs;
+    if (!isClock) {
+        m_second.reset();
+        return m_text = timeMs == 0 ? "?" : std::to_string(timeMs);
+    }
+    const std::uint64_t moment = m_startMs + timeMs;
+    if (moment / MsPerSecond != m_second) {
+        m_second = moment / MsPerSecond;
+        return m_text = isoTime(moment, m_form);
+    }
+    auto ms = static_cast<unsigned>(moment % MsPerSecond);
+    for (std::size_t i = 3; i > 0; --i, ms /= 10) {
+        m_text[FirstDigitOfMs + i - 1] = static_cast<char>('0' + ms % 10);
+    }
+    return m_text;
+}
+
+std::string momentText(ClockText& clock, double momentMs)
+{
+    const auto ms = std::llround(momentMs);
+    return ms > 0 ? clock.of(static_cast<std::uint64_t>(ms)) : std::to_string(ms);
+}
+
+void useStyles(bool on)
+{
+    stylesAreUsed = on;
+}
+
+std::string styled(const std::string& text, Style style)
+{
+    if (!stylesAreUsed || text.empty()) {
+        return text;
+    }
+    return "\x1b[" + std::to_string(static_cast<int>(style)) + 'm' + text + "\x1b[0m";
+}
 
 std::string fromLatin1(const std::string& text)
 {

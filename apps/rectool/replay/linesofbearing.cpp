@@ -6,8 +6,8 @@
 #include <numeric>
 #include <utility>
 
-#include "measuredtime.h"
 #include "printing/valuetext.h"
+#include "recordingtime.h"
 #include "walk.h"
 
 namespace RecTool {

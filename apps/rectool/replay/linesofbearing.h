@@ -11,9 +11,9 @@
 #include <recording2/inspection/inspection.h>
 #include <values/maps.h>
 
+#include "bearingreplay.h"
 #include "geo/position.h"
-#include "measuredbearings.h"
-#include "printing/typenames.h"
+#include "printing/valuetext.h"
 #include "recordedvalues.h"
 #include "recordings.h"
 #include "recordingtime.h"

@@ -8,7 +8,6 @@
 
 #include <QStringList>
 
-#include "measuredtime.h"
 #include "printing/text.h"
 #include "printing/valuetext.h"
 #include "recordingtime.h"

@@ -13,8 +13,7 @@
 #include <QString>
 
 #include "printing/output.h"
-#include "printing/progress.h"
-#include "printing/typenames.h"
+#include "printing/valuetext.h"
 #include "recordedvalues.h"
 #include "timespan.h"
 

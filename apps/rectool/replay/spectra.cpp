@@ -54,6 +54,17 @@ bool carriesLevel(const std::string& text)
     return cells != std::string::npos && text.find_first_not_of('{', cells + 1) != std::string::npos;
 }
 
+/// Their keywords, each once: "RFSPECTRUM or IFSPECTRUM".
+std::string keywordsOf(const std::vector<Spectrum>& spectra)
+{
+    QStringList names;
+    for (const Spectrum& spectrum : spectra) {
+        names << QString::fromStdString(spectrum.keyword);
+    }
+    names.removeDuplicates();
+    return names.join(QStringLiteral(" or ")).toStdString();
+}
+
 }  // namespace
 
 std::string keywordOf(const TypeNames& names, std::int32_t code)
@@ -167,16 +178,6 @@ bool walkSweeps(Recordings& source, const std::vector<Spectrum>& spectra,
         }
     });
     return goesOn;
-}
-
-std::string keywordsOf(const std::vector<Spectrum>& spectra)
-{
-    QStringList names;
-    for (const Spectrum& spectrum : spectra) {
-        names << QString::fromStdString(spectrum.keyword);
-    }
-    names.removeDuplicates();
-    return names.join(QStringLiteral(" or ")).toStdString();
 }
 
 std::string noSweep(const RecordingsOptions& options, const std::vector<Spectrum>& spectra, double lowHz, double highHz)

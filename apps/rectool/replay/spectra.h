@@ -54,8 +54,6 @@ private:
 /// @return whether it never did
 bool walkSweeps(Recordings& source, const std::vector<Spectrum>& spectra,
                 const std::function<bool(std::size_t spectrum, const LevelMap& map, double momentMs)>& visit);
-/// Their keywords, each once: "RFSPECTRUM or IFSPECTRUM".
-[[nodiscard]] std::string keywordsOf(const std::vector<Spectrum>& spectra);
 /// Why there is no sweep among the channels from one frequency to another, of wantedSpan.
 [[nodiscard]] std::string noSweep(const RecordingsOptions& options, const std::vector<Spectrum>& spectra, double lowHz,
                                   double highHz);

@@ -1,4 +1,5 @@
-// The runs of a self-check: a recording process that something happens to, and what is left of its recording.
+// The runs of a self-check: a recording process that something happens to, what is left of its recording, and how
+// that compares with one that nothing disturbed.
 #pragma once
 
 #include <cstdint>
@@ -7,11 +8,34 @@
 #include <string>
 #include <vector>
 
+#include <recording2/inspection/inspection.h>
 #include <QString>
 
-#include "comparison.h"
-
 namespace RecTool::SelfCheck {
+
+/// The records of a run that nothing disturbed: those of every other run begin as they do.
+struct Reference {
+    Recording2::Inspection::Header header;
+    std::vector<Recording2::Inspection::Record> records;
+    std::uint64_t states = 0;  ///< records before the first step's
+    std::string problem;       ///< why there is none
+
+    /// @param steps that the run made
+    static Reference read(const std::string& path, std::uint64_t steps);
+    /// Recorded time of the last of so many records.
+    [[nodiscard]] std::uint64_t timeOf(std::uint64_t records) const;
+};
+
+/// How a recording stands to the reference.
+struct Comparison {
+    std::string problem;           ///< what was never recorded is in it, or it cannot be read; empty otherwise
+    std::uint64_t records = 0;     ///< that it holds
+    bool isBeginning = false;      ///< none is left out from the first to the last, and their times are right
+    std::uint64_t exactTimes = 0;  ///< records whose time is the recorded one
+};
+
+/// Every record must be one of the reference's, in their order.
+Comparison compare(const std::string& path, const Reference& reference);
 
 /// Of all runs with one kind of fault.
 struct FaultReport {

@@ -5,9 +5,6 @@
 #include <memory>
 #include <vector>
 
-#include <QDir>
-#include <QString>
-
 #include <recording2/loadinterface.h>
 #include <startup/cfgcenter.h>
 #include <values/maps.h>
@@ -15,8 +12,9 @@
 #include <values/tree.h>
 #include <values/value.h>
 #include <vkbase/quonos.h>
+#include <QByteArray>
+#include <QDir>
 
-#include "ledger.h"
 #include "system/filesizelimit.h"
 
 namespace RecTool::SelfCheck {
@@ -118,6 +116,18 @@ private:
 };
 
 }  // namespace
+
+Ledger::Ledger(const QString& path) : m_file(path)
+{
+    constexpr int Bytes = 2 * sizeof(std::uint64_t);
+    if (!m_file.open(QIODevice::ReadWrite)) {
+        return;
+    }
+    const bool isThere = m_file.size() >= Bytes;
+    if (isThere || (m_file.write(QByteArray(Bytes, '\0')) == Bytes && m_file.flush())) {
+        m_numbers = reinterpret_cast<std::uint64_t*>(m_file.map(0, Bytes));  // as long as the file object lives
+    }
+}
 
 bool recordForSelfCheck(const std::string& folder, std::uint64_t limitBytes)
 {

@@ -4,11 +4,9 @@
 
 #include "commandline/verb.h"
 #include "commands.h"
-#include "making/bookmarkchange.h"
 #include "making/filechange.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/table.h"
 #include "printing/text.h"
 #include "replay/recordingtime.h"
 #include "replay/walk.h"
@@ -19,9 +17,16 @@ namespace Inspection = Recording2::Inspection;
 
 namespace {
 
+struct BookmarkOptions {
+    std::string file;
+    std::string time;  ///< a time of the recording
+    std::string text;  ///< of one that is added
+    bool yes = false;  ///< change the file without asking
+};
+
 /// The steps that adding and removing share. @param change is made where file and time are fine
-template <typename Options>
-ExitCode changeBookmarks(const Options& options, const std::function<ExitCode(FileChange&, std::uint64_t time)>& change)
+ExitCode changeBookmarks(const BookmarkOptions& options,
+                         const std::function<ExitCode(FileChange&, std::uint64_t time)>& change)
 {
     FileChange file(options.file, options.yes);
     std::uint64_t time = 0;
@@ -32,18 +37,18 @@ ExitCode changeBookmarks(const Options& options, const std::function<ExitCode(Fi
     return requireTime("TIME", options.time, file.summary(), time) ? change(file, time) : ExitCode::Usage;
 }
 
-}  // namespace
-
-ExitCode addBookmark(const BookmarkAddOptions& options)
+ExitCode addBookmark(const BookmarkOptions& options)
 {
     return changeBookmarks(
         options, [&](FileChange& file, std::uint64_t time) { return storeBookmark(file, time, options.text); });
 }
 
-ExitCode removeBookmark(const BookmarkRemoveOptions& options)
+ExitCode removeBookmark(const BookmarkOptions& options)
 {
     return changeBookmarks(options, dropBookmark);
 }
+
+}  // namespace
 
 ExitCode listBookmarks(const ListOptions& options)
 {

@@ -11,12 +11,6 @@
 
 namespace RecTool {
 
-struct TypesOptions {
-    std::string file;
-    bool json = false;
-};
-ExitCode types(const TypesOptions& options);
-
 struct CatOptions {
     std::string file;
     std::string from;                ///< a time of the recording; empty: from the beginning
@@ -29,41 +23,14 @@ struct CatOptions {
 };
 ExitCode cat(const CatOptions& options);
 
-struct BookmarkAddOptions {
-    std::string file;
-    std::string time;  ///< a time of the recording
-    std::string text;
-    bool yes = false;  ///< change the file without asking, here and below
-};
-ExitCode addBookmark(const BookmarkAddOptions& options);
-
-struct BookmarkRemoveOptions {
-    std::string file;
-    std::string time;  ///< a time of the recording
-    bool yes = false;
-};
-ExitCode removeBookmark(const BookmarkRemoveOptions& options);
-
 /// What all verbs that list one table of a file take.
 struct ListOptions {
     std::string file;
     bool json = false;
 };
+ExitCode types(const ListOptions& options);
 ExitCode listBookmarks(const ListOptions& options);
 ExitCode listRanges(const ListOptions& options);
-
-struct RangeClearOptions {
-    std::string file;
-    bool yes = false;
-};
-ExitCode clearRanges(const RangeClearOptions& options);
-
-struct RangeRebuildOptions {
-    std::string file;
-    std::vector<std::string> types;  ///< keywords or numbers; empty: the direction-finding spectrum
-    bool yes = false;
-};
-ExitCode rebuildRanges(const RangeRebuildOptions& options);
 
 struct StateOptions {
     std::string file;
@@ -116,24 +83,5 @@ struct RepairOptions {
     bool json = false;
 };
 ExitCode repair(const RepairOptions& options);
-
-struct RecoverOptions {
-    std::string file;
-    std::string output;          ///< the new file; empty: beside the old one
-    std::uint64_t periodMs = 0;  ///< from record to record where no time is known; 0: worked out
-    bool json = false;
-};
-ExitCode recover(const RecoverOptions& options);
-
-struct SelfCheckOptions {
-    std::string directory;    ///< where a folder of its own is made
-    std::uint64_t runs = 20;  ///< of killed processes
-    bool keep = false;        ///< the folder
-    bool json = false;
-    bool child = false;            ///< be the process that records into the directory
-    std::uint64_t limitBytes = 0;  ///< of its files; 0: none
-};
-/// Starts this program anew for each run.
-ExitCode selfCheck(const SelfCheckOptions& options);
 
 }  // namespace RecTool

@@ -16,7 +16,7 @@
 #include "printing/json.h"
 #include "printing/output.h"
 #include "printing/text.h"
-#include "printing/typenames.h"
+#include "printing/valuetext.h"
 #include "replay/inforce.h"
 #include "replay/recordingtime.h"
 #include "replay/walk.h"

@@ -11,7 +11,6 @@
 #include <QString>
 
 #include "commandline/verb.h"
-#include "emissionreport.h"
 #include "making/newrecording.h"
 #include "making/savedfile.h"
 #include "printing/output.h"

@@ -5,10 +5,9 @@
 #include <values/recordingtext.h>
 
 #include "making/headerfields.h"
-#include "printing/typenames.h"
 #include "printing/valuetext.h"
-#include "replay/presentrecording.h"
 #include "replay/recordedvalues.h"
+#include "replay/walk.h"
 
 namespace RecTool {
 

@@ -9,7 +9,6 @@
 
 #include <recording2/inspection/inspection.h>
 
-#include "printing/json.h"
 #include "printing/valuetext.h"
 #include "replay/recordedranges.h"
 
@@ -54,8 +53,5 @@ struct InfoReport {
 
 /// Reads the whole file. @param levels the measured ones as well
 [[nodiscard]] InfoReport makeInfoReport(const std::string& file, bool levels);
-
-void printReport(const InfoReport& report);
-[[nodiscard]] Json reportJson(const InfoReport& report, bool levels);
 
 }  // namespace RecTool

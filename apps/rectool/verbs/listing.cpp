@@ -3,27 +3,29 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <iostream>
 #include <optional>
+#include <set>
 #include <string>
 #include <system_error>
 #include <utility>
 #include <vector>
 
 #include <recording2/inspection/inspection.h>
+#include <recording2/inspection/recordingname.h>
+#include <recording2/inspection/scan.h>
+#include <recording2/inspection/verify/verification.h>
 
 #include "archive/archivedfiles.h"
-#include "listedrecording.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/progress.h"
-#include "printing/table.h"
 #include "printing/text.h"
-#include "printing/units.h"
+#include "printing/valuetext.h"
 #include "replay/recordedranges.h"
 #include "replay/recordingtime.h"
 #include "system/filenames.h"
@@ -31,11 +33,160 @@
 namespace RecTool {
 
 namespace Inspection = Recording2::Inspection;
+namespace fs = std::filesystem;
 using Inspection::Readability;
 
 namespace {
 
-namespace fs = std::filesystem;
+struct ListedRecording {
+    std::string file;
+    std::string device;  // UTF-8, name and type
+    std::uint64_t startMs = 0;
+    std::uint64_t stopMs = 0;
+    std::uint64_t records = 0;
+    std::uint64_t spectra = 0;
+    std::int64_t bytes = 0;
+    std::vector<FrequencySpan> ranges;
+    Readability readability = Readability::Ok;
+    const char* state = "";             // the word of that
+    bool whole = true;                  // all of its records can be read
+    std::optional<std::size_t> damage;  // findings of a check
+
+    [[nodiscard]] bool closed() const { return readability == Readability::Ok; }
+    [[nodiscard]] std::uint64_t lengthMs() const { return stopMs - std::min(startMs, stopMs); }
+    [[nodiscard]] bool sound() const { return whole && damage.value_or(0) == 0; }
+};
+
+/// What is to be listed, with the arguments understood.
+struct ListChoice {
+    std::string device;  // in small letters
+    std::optional<std::uint64_t> sinceMs;
+    std::optional<std::uint64_t> untilMs;
+    std::optional<double> coversHz;
+};
+
+std::string inSmallLetters(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char byte) { return static_cast<char>(std::tolower(byte)); });
+    return text;
+}
+
+bool takesHeader(const ListChoice& choice, const ListedRecording& listed)
+{
+    const bool isDevice = inSmallLetters(listed.device).find(choice.device) != std::string::npos;
+    return isDevice && (!choice.sinceMs || listed.stopMs >= *choice.sinceMs) &&
+           (!choice.untilMs || listed.startMs <= *choice.untilMs);
+}
+
+bool takesRanges(const ListChoice& choice, const ListedRecording& listed)
+{
+    return !choice.coversHz || std::any_of(listed.ranges.begin(), listed.ranges.end(),
+                                           [&](const FrequencySpan& span) { return span.holds(*choice.coversHz); });
+}
+
+/// Which types are spectra, and which tell frequencies.
+class MapTypes {
+public:
+    explicit MapTypes(const std::vector<Inspection::TypeEntry>& types)
+    {
+        for (const Inspection::TypeEntry& type : types) {
+            const bool isSpectrum = type.keyword == "RFSPECTRUM" || type.keyword == "IFSPECTRUM";
+            if (isSpectrum) {
+                m_spectra.insert(type.typeNumber);
+            }
+            if (isSpectrum || type.keyword == DirectionFindingKeyword) {
+                m_maps.insert(type.typeNumber);
+            }
+            m_named.insert(type.typeNumber);
+        }
+        for (const std::int32_t usual : {1, 2}) {  // a recorder names only one of both spectra
+            if (m_named.count(usual) == 0) {
+                m_spectra.insert(usual);
+                m_maps.insert(usual);
+            }
+        }
+    }
+    [[nodiscard]] bool isSpectrum(std::int32_t code) const { return m_spectra.count(code) > 0; }
+    [[nodiscard]] bool isMap(std::int32_t code) const { return m_maps.count(code) > 0; }
+
+private:
+    std::set<std::int32_t> m_spectra;
+    std::set<std::int32_t> m_maps;
+    std::set<std::int32_t> m_named;
+};
+
+std::string deviceOf(const Inspection::Header& header)
+{
+    const std::string name = oneLine(fromLatin1(header.deviceName));
+    const std::string type = oneLine(fromLatin1(header.deviceType));
+    return type.empty() ? name : name + (name.empty() ? "(" : " (") + type + ')';
+}
+
+void takeHeader(const Inspection::Summary& summary, ListedRecording& listed)
+{
+    listed.readability = summary.readability;
+    listed.state = stateName(listed.file, summary);
+    listed.bytes = summary.fileSize;
+    if (listed.closed()) {
+        listed.device = deviceOf(summary.header);
+        listed.startMs = summary.header.startMs;
+        listed.stopMs = summary.header.stopMs;
+        listed.whole = summary.findings.empty();
+    } else {
+        listed.startMs = Inspection::startInName(listed.file).value_or(0);
+        listed.stopMs = listed.startMs;
+    }
+}
+
+void takeRecords(const Inspection::Summary& summary, ListedRecording& listed)
+{
+    const MapTypes types(summary.types);
+    RecordedRanges ranges;
+    const Inspection::RecordScan scan = Inspection::scanRecords(
+        listed.file, summary,
+        [&](std::int32_t code) {
+            listed.spectra += types.isSpectrum(code) ? 1U : 0U;
+            return types.isMap(code);
+        },
+        [&](std::int32_t, const std::string& data) { ranges.add(data); });
+    listed.records = scan.records;
+    listed.whole = listed.whole && scan.whole;
+    listed.ranges = ranges.spans();
+    const Inspection::Header& header = summary.header;
+    if (listed.ranges.empty() && header.stopFrequencyHz > 0 && header.startFrequencyHz <= header.stopFrequencyHz) {
+        listed.ranges.push_back({double{header.startFrequencyHz}, double{header.stopFrequencyHz}});
+    }
+}
+
+void check(ListedRecording& listed)
+{
+    const Inspection::Verification verification = Inspection::verify(listed.file);
+    listed.damage = verification.count(Inspection::Severity::Damage);
+}
+
+/// @param verify check all of it
+/// @return nothing when the recording is not among those that are to be listed
+std::optional<ListedRecording> look(const std::string& file, const ListChoice& choice, bool verify)
+{
+    const Inspection::Summary summary = Inspection::inspectHead(file);
+    ListedRecording listed;
+    listed.file = file;
+    takeHeader(summary, listed);
+    if (!takesHeader(choice, listed)) {
+        return std::nullopt;
+    }
+    if (listed.closed()) {
+        takeRecords(summary, listed);
+    }
+    if (!takesRanges(choice, listed)) {
+        return std::nullopt;
+    }
+    if (listed.closed() && verify) {
+        check(listed);
+    }
+    return listed;
+}
 
 /// @return nothing, told, when an argument is not what it should be
 std::optional<ListChoice> makeChoice(const OverviewOptions& options)
@@ -196,6 +347,13 @@ ExitCode judge(const ListedRecording& listed)
 
 }  // namespace
 
+const char* stateName(const std::string& file, const Inspection::Summary& summary)
+{
+    const bool open = summary.readability == Inspection::Readability::NeverClosed ||
+                      summary.readability == Inspection::Readability::Empty;  // all of it is still in its journal
+    return open && Inspection::isBeingWritten(file) ? "being-written" : name(summary.readability);
+}
+
 bool asksForListing(const OverviewOptions& options)
 {
     const std::array<const std::string*, 5> texts = {&options.device, &options.since, &options.until, &options.covers,
@@ -215,15 +373,12 @@ ExitCode listRecordings(const OverviewOptions& options)
     const std::vector<std::string> files = filesOf(options, result);
     std::vector<ListedRecording> all;
     Progress progress("recordings");
-    const auto show = progress.callback();
     for (std::size_t i = 0; i < files.size(); ++i) {
         if (std::optional<ListedRecording> listed = look(files[i], *choice, options.verify)) {
             result = worse(result, judge(*listed));
             all.push_back(std::move(*listed));
         }
-        if (show) {
-            show(static_cast<std::int64_t>(i), static_cast<std::int64_t>(files.size()));
-        }
+        progress.show(static_cast<std::int64_t>(i), static_cast<std::int64_t>(files.size()));
     }
     progress.clear();
     std::stable_sort(all.begin(), all.end(),

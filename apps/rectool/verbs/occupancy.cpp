@@ -1,6 +1,4 @@
 // The verb "occupancy": how often channels and bands were occupied, and how sure that is.
-#include "occupancyreport.h"
-
 #include <algorithm>
 #include <cmath>
 #include <fstream>
@@ -8,6 +6,7 @@
 
 #include <terminaltext/quantity.h>
 
+#include "analysis/occupancycount.h"
 #include "commandline/verb.h"
 #include "printing/output.h"
 #include "replay/spectra.h"
@@ -73,7 +72,7 @@ std::optional<std::vector<NamedChannel>> readChannels(const std::string& path)
             continue;
         }
         const std::optional<NamedChannel> channel = channelOfLine(line);
-        if (!channel || channels.size() == Occupancy::MostChannels) {
+        if (!channel || channels.size() == MostOccupancyChannels) {
             complain(path,
                      "Line " + std::to_string(number) +
                          (channel ? " is one channel too many." : " is not FREQUENCY,WIDTH or FREQUENCY,WIDTH,NAME."));
@@ -142,7 +141,7 @@ ExitCode occupancy(const OccupancyOptions& options)
     }
     const auto types = countOccupancy(options, recordings, *spectra, *names, *bands);
     if (!types) {
-        return recordings.refuse("There are more than " + std::to_string(Occupancy::MostChannels) +
+        return recordings.refuse("There are more than " + std::to_string(MostOccupancyChannels) +
                                  " channels: take some with --low and --high, or wider ones with --raster.");
     }
     if (types->empty()) {

@@ -12,9 +12,7 @@
 #include "making/filechange.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/table.h"
 #include "printing/text.h"
-#include "printing/typenames.h"
 #include "printing/valuetext.h"
 #include "replay/recordedvalues.h"
 #include "replay/walk.h"
@@ -24,6 +22,13 @@ namespace RecTool {
 namespace Inspection = Recording2::Inspection;
 
 namespace {
+
+/// Of the verbs that change the table.
+struct RangeOptions {
+    std::string file;
+    std::vector<std::string> types;  ///< to enter, keywords or numbers; empty: the direction-finding spectrum
+    bool yes = false;                ///< change the file without asking
+};
 
 /// A record that the channel range table names.
 struct Definition {
@@ -120,7 +125,7 @@ ExitCode checkOrder(const FileChange& change, const Inspection::Summary& summary
 }
 
 /// The types whose channel ranges count. @return nothing, told, when one is no type of the file
-std::optional<std::set<std::int32_t>> wantedTypes(const RangeRebuildOptions& options, const TypeNames& names)
+std::optional<std::set<std::int32_t>> wantedTypes(const RangeOptions& options, const TypeNames& names)
 {
     if (options.types.empty() && !names.numberOf(DirectionFindingKeyword)) {
         return std::set<std::int32_t>{};
@@ -183,27 +188,7 @@ ExitCode storeRanges(const FileChange& change, const std::vector<std::uint64_t>&
         });
 }
 
-}  // namespace
-
-ExitCode listRanges(const ListOptions& options)
-{
-    Inspection::Summary summary;
-    if (!readSummary(options.file, summary)) {
-        return ExitCode::CannotRead;
-    }
-    const TypeNames names(summary.types);
-    Definitions definitions(summary, names);
-    const std::vector<Inspection::Finding> findings =
-        walk(options.file, summary, [&](const Inspection::Record& record) {
-            definitions.visit(record);
-            return true;
-        });
-    options.json ? printRangesAsJson(options.file, definitions) : printTable(definitions);
-    complain(options.file, findings);
-    return finish(soundness(findings));
-}
-
-ExitCode clearRanges(const RangeClearOptions& options)
+ExitCode clearRanges(const RangeOptions& options)
 {
     FileChange change(options.file, options.yes);
     ExitCode result = change.check();
@@ -230,7 +215,7 @@ ExitCode clearRanges(const RangeClearOptions& options)
         });
 }
 
-ExitCode rebuildRanges(const RangeRebuildOptions& options)
+ExitCode rebuildRanges(const RangeOptions& options)
 {
     FileChange change(options.file, options.yes);
     FoundRanges found;
@@ -247,6 +232,26 @@ ExitCode rebuildRanges(const RangeRebuildOptions& options)
     }
     const std::optional<std::set<std::int32_t>> types = wantedTypes(options, TypeNames(change.summary().types));
     return types ? storeRanges(change, timesOf(found, *types)) : ExitCode::Usage;
+}
+
+}  // namespace
+
+ExitCode listRanges(const ListOptions& options)
+{
+    Inspection::Summary summary;
+    if (!readSummary(options.file, summary)) {
+        return ExitCode::CannotRead;
+    }
+    const TypeNames names(summary.types);
+    Definitions definitions(summary, names);
+    const std::vector<Inspection::Finding> findings =
+        walk(options.file, summary, [&](const Inspection::Record& record) {
+            definitions.visit(record);
+            return true;
+        });
+    options.json ? printRangesAsJson(options.file, definitions) : printTable(definitions);
+    complain(options.file, findings);
+    return finish(soundness(findings));
 }
 
 void addRangeVerbs(const Syntax& program)

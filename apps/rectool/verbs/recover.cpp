@@ -5,10 +5,8 @@
 #include <recording2/inspection/rescue/recovery.h>
 
 #include "commandline/verb.h"
-#include "commands.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/progress.h"
 #include "printing/text.h"
 #include "system/interrupt.h"
 
@@ -19,6 +17,13 @@ using Inspection::Recovery;
 using Inspection::RecoveryOutcome;
 
 namespace {
+
+struct RecoverOptions {
+    std::string file;
+    std::string output;          ///< the new file; empty: beside the old one
+    std::uint64_t periodMs = 0;  ///< from record to record where no time is known; 0: worked out
+    bool json = false;
+};
 
 void printRecoverySummary(const RecoverOptions& options, const std::string& output, const Recovery& recovery)
 {
@@ -64,8 +69,6 @@ void printRecoveryAsJson(const RecoverOptions& options, const std::string& outpu
                {"notes", recovery.notes}});
 }
 
-}  // namespace
-
 ExitCode recover(const RecoverOptions& options)
 {
     const Interrupt interrupt;
@@ -98,6 +101,8 @@ ExitCode recover(const RecoverOptions& options)
     (options.json ? printRecoveryAsJson : printRecoverySummary)(options, output, recovery);
     return finish(recovery.outcome == RecoveryOutcome::Whole ? ExitCode::Fine : ExitCode::Damaged);
 }
+
+}  // namespace
 
 void addRecover(const Syntax& program)
 {

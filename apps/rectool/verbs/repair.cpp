@@ -18,9 +18,8 @@
 #include "making/newrecording.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/progress.h"
 #include "printing/text.h"
-#include "printing/typenames.h"
+#include "printing/valuetext.h"
 
 namespace RecTool {
 
@@ -125,15 +124,14 @@ private:
         constexpr std::size_t ProgressRecords = 1000;
         const std::optional<std::int32_t> bearings = m_names.numberOf(DirectionFindingKeyword);
         Progress progress(m_options.file);
-        const auto show = progress.callback();
         std::size_t i = 0;
         const auto take = [&](const Inspection::Record& record, std::optional<std::uint64_t>, bool isNamed) {
             const bool isFound = !isNamed && m_found.channelRangesLost && record.code == bearings &&
                                  values::CarriesChannelRange(record.data);
             m_rangesFromRecords += isFound ? 1 : 0;
             output.write(record.code, record.data, m_times.times[i], isNamed || isFound);
-            if (show && i % ProgressRecords == 0) {
-                show(static_cast<std::int64_t>(i), static_cast<std::int64_t>(m_found.records.size()));
+            if (i % ProgressRecords == 0) {
+                progress.show(static_cast<std::int64_t>(i), static_cast<std::int64_t>(m_found.records.size()));
             }
             ++i;
             return !Interrupt::requested();

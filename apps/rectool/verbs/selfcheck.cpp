@@ -9,10 +9,8 @@
 #include <QTemporaryDir>
 
 #include "commandline/verb.h"
-#include "commands.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/progress.h"
 #include "printing/text.h"
 #include "selfcheck/faults.h"
 #include "selfcheck/recordingrun.h"
@@ -24,6 +22,15 @@ namespace RecTool {
 using SelfCheck::FaultReport;
 
 namespace {
+
+struct SelfCheckOptions {
+    std::string directory;    ///< where a folder of its own is made
+    std::uint64_t runs = 20;  ///< of killed processes
+    bool keep = false;        ///< the folder
+    bool json = false;
+    bool child = false;            ///< be the process that records into the directory
+    std::uint64_t limitBytes = 0;  ///< of its files; 0: none
+};
 
 struct Result {
     FaultReport killed{"killed", "killed at any moment"};
@@ -48,7 +55,6 @@ Result makeRuns(const SelfCheckOptions& options, SelfCheck::Faults& faults, Prog
 {
     Result result;
     const std::uint64_t fills = canLimitFileSize() ? (options.runs + 3) / 4 : 0;
-    const auto show = progress.callback();
     const auto all = static_cast<std::int64_t>(options.runs + fills);
     for (std::uint64_t run = 0; run < options.runs + fills; ++run) {
         if (Interrupt::requested()) {
@@ -60,9 +66,7 @@ Result makeRuns(const SelfCheckOptions& options, SelfCheck::Faults& faults, Prog
         } else {
             faults.fill(result.filled);
         }
-        if (show) {
-            show(static_cast<std::int64_t>(run) + 1, all);
-        }
+        progress.show(static_cast<std::int64_t>(run) + 1, all);
     }
     return result;
 }
@@ -107,8 +111,7 @@ void printRunsAsJson(const SelfCheckOptions& options, const Result& result)
     printJson({{"directory", options.directory}, {"held", result.held()}, {"faults", faults}});
 }
 
-}  // namespace
-
+/// Starts this program anew for each run.
 ExitCode selfCheck(const SelfCheckOptions& options)
 {
     if (options.child) {
@@ -142,6 +145,8 @@ ExitCode selfCheck(const SelfCheckOptions& options)
     }
     return finish(result.held() ? ExitCode::Fine : ExitCode::Damaged);
 }
+
+}  // namespace
 
 void addSelfCheck(const Syntax& program)
 {

@@ -7,12 +7,10 @@
 #include "commands.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/table.h"
-#include "printing/typenames.h"
 #include "printing/valuetext.h"
 #include "replay/inforce.h"
-#include "replay/presentrecording.h"
 #include "replay/recordingtime.h"
+#include "replay/walk.h"
 
 namespace RecTool {
 

@@ -9,7 +9,6 @@
 #include "commandline/verb.h"
 #include "plot/traceplot.h"
 #include "printing/output.h"
-#include "tracereport.h"
 
 namespace RecTool {
 

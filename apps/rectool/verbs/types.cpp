@@ -7,7 +7,6 @@
 #include "commands.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/table.h"
 #include "printing/text.h"
 #include "replay/walk.h"
 
@@ -57,7 +56,7 @@ void printTypes(const Inspection::Summary& summary)
 
 }  // namespace
 
-ExitCode types(const TypesOptions& options)
+ExitCode types(const ListOptions& options)
 {
     Inspection::Summary summary;
     if (!readSummary(options.file, summary)) {

@@ -7,8 +7,6 @@
 #include "commands.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/progress.h"
-#include "printing/style.h"
 #include "printing/text.h"
 
 namespace RecTool {

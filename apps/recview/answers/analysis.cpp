@@ -15,9 +15,6 @@
 #include "rectool/analysis/trace.h"
 #include "rectool/printing/output.h"
 #include "rectool/printing/text.h"
-#include "rectool/verbs/emissionreport.h"
-#include "rectool/verbs/occupancyreport.h"
-#include "rectool/verbs/tracereport.h"
 
 namespace RecView {
 
@@ -188,7 +185,7 @@ Response answerOccupancy(const Context& context, const Request& request)
     options.rasterHz = given(parameters, "raster", 0, 0, MostHz);
     return workedOut(request, options, 2, [&](Recordings& recordings, const Spectra& spectra) {
         const auto types = RecTool::countOccupancy(options, recordings, spectra, {}, {});
-        std::size_t channels = types ? 0 : RecTool::Occupancy::MostChannels;
+        std::size_t channels = types ? 0 : RecTool::MostOccupancyChannels;
         for (const RecTool::TypeOccupancy& type : types.value_or(std::vector<RecTool::TypeOccupancy>())) {
             channels += type.channels.size();
         }

@@ -5,7 +5,7 @@
 
 #include "context.h"
 #include "jsontext.h"
-#include "rectool/making/bookmarkchange.h"
+#include "rectool/making/filechange.h"
 #include "rectool/printing/output.h"
 #include "rectool/printing/text.h"
 

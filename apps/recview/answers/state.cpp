@@ -6,7 +6,7 @@
 #include "context.h"
 #include "jsontext.h"
 #include "rectool/printing/recordjson.h"
-#include "rectool/printing/typenames.h"
+#include "rectool/printing/valuetext.h"
 #include "rectool/replay/inforce.h"
 
 namespace RecView {

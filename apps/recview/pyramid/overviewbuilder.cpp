@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "overviewparts.h"
-#include "rectool/replay/measuredtime.h"
+#include "rectool/replay/recordingtime.h"
 #include "sweeptext.h"
 
 namespace RecView {

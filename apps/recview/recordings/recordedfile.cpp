@@ -14,8 +14,7 @@
 #include <values/valuebase.h>
 
 #include "rectool/printing/text.h"
-#include "rectool/printing/typenames.h"
-#include "rectool/printing/units.h"
+#include "rectool/printing/valuetext.h"
 #include "rectool/replay/recordedranges.h"
 
 namespace RecView {

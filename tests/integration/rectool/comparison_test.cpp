@@ -1,5 +1,5 @@
 // What a self-check judges by: it must notice what was never recorded, and what is missing.
-#include "selfcheck/comparison.h"
+#include "selfcheck/faults.h"
 
 #include <QTemporaryDir>
 

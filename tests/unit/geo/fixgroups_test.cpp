@@ -1,5 +1,5 @@
 // Which bearings of a transmitter belong to one window of time.
-#include "geo/fixgroups.h"
+#include "geo/fix.h"
 
 #include <gmock/gmock.h>
 

@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "plot/frequencyunits.h"
+#include "plot/labels.h"
 
 using RecTool::frequenciesAlike;
 using testing::ElementsAre;

@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "plot/timeticks.h"
+#include "plot/labels.h"
 
 using RecTool::clockTicks;
 using RecTool::elapsedTicks;

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include <replay/measuredbearings.h>
+#include <replay/bearingreplay.h>
 
 namespace RecToolTests {
 namespace {

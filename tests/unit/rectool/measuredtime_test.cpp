@@ -5,7 +5,7 @@
 #include <limits>
 #include <string>
 
-#include <replay/measuredtime.h>
+#include <replay/recordingtime.h>
 
 namespace RecToolTests {
 namespace {

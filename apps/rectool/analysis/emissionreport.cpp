@@ -1,5 +1,5 @@
 // A line or a feature an emission.
-#include "emissionreport.h"
+#include "emissions.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,12 +7,9 @@
 
 #include <terminaltext/quantity.h>
 
-#include "printing/clocktext.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/table.h"
 #include "printing/text.h"
-#include "printing/units.h"
 
 namespace RecTool {
 

@@ -1,5 +1,5 @@
 // Occupancy as tables, CSV and JSON: percentages, intervals, and what is missing for the accuracy asked for.
-#include "occupancyreport.h"
+#include "occupancycount.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,9 +8,7 @@
 
 #include <terminaltext/quantity.h>
 
-#include "printing/json.h"
 #include "printing/output.h"
-#include "printing/table.h"
 #include "printing/text.h"
 
 namespace RecTool {

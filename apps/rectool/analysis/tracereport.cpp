@@ -1,5 +1,5 @@
 // Columns of levels by frequency, and samples by time.
-#include "tracereport.h"
+#include "trace.h"
 
 #include <algorithm>
 #include <array>
@@ -10,10 +10,8 @@
 
 #include <terminaltext/quantity.h>
 
-#include "printing/clocktext.h"
 #include "printing/json.h"
 #include "printing/output.h"
-#include "printing/table.h"
 #include "printing/text.h"
 
 namespace RecTool {
