@@ -5,10 +5,8 @@
 #include <exception>
 #include <filesystem>
 #include <iostream>
-#include <string>
 #include <system_error>
 #include <utility>
-#include <vector>
 
 #include <terminaltext/commandtree.h>
 #include <terminaltext/nearestword.h>

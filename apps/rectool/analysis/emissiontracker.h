@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "geo/position.h"
+#include "geo/geodesic.h"
 #include "replay/frequencies.h"
 
 namespace RecTool {

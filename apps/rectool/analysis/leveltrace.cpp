@@ -2,7 +2,6 @@
 #include "leveltrace.h"
 
 #include <cmath>
-#include <utility>
 
 #include "powers.h"
 

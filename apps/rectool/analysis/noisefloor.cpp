@@ -2,7 +2,6 @@
 #include "noisefloor.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <iterator>
 #include <limits>

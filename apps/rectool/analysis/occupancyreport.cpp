@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <iostream>
-#include <iterator>
 
 #include <terminaltext/quantity.h>
 

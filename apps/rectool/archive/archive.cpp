@@ -127,16 +127,6 @@ QString targetOf(const ArchiveOptions& options, const FileInfo& file)
     return isName ? file.name : QString();
 }
 
-}  // namespace
-
-void useArchive(const std::string& configurationFile)
-{
-    if (!configurationFile.empty()) {
-        Zelvo::SetProcessArchive(
-            Zelvo::LoadArchiveConfiguration(QFile::decodeName(QByteArray::fromStdString(configurationFile))));
-    }
-}
-
 ExitCode archiveStatus(const ArchiveOptions& options)
 {
     const Zelvo::ArchiveStatus status = Zelvo::Archive(configuration()).status();
@@ -252,5 +242,17 @@ ExitCode archiveRetry(const ArchiveOptions& options)
     }
     return finish(ExitCode::Fine);
 }
+
+}  // namespace
+
+void useArchive(const std::string& configurationFile)
+{
+    if (!configurationFile.empty()) {
+        Zelvo::SetProcessArchive(
+            Zelvo::LoadArchiveConfiguration(QFile::decodeName(QByteArray::fromStdString(configurationFile))));
+    }
+}
+
+const ArchiveVerbs archiveVerbs{archiveStatus, archiveGroups, archiveShow, archiveFetch, archiveVerify, archiveRetry};
 
 }  // namespace RecTool

@@ -18,11 +18,17 @@ struct ArchiveOptions {
     bool all = false;        ///< go on after the first problem
     bool json = false;
 };
-ExitCode archiveStatus(const ArchiveOptions& options);
-ExitCode archiveGroups(const ArchiveOptions& options);
-ExitCode archiveShow(const ArchiveOptions& options);
-ExitCode archiveFetch(const ArchiveOptions& options);
-ExitCode archiveVerify(const ArchiveOptions& options);
-ExitCode archiveRetry(const ArchiveOptions& options);
+
+/// What the archive's verbs do.
+struct ArchiveVerbs {
+    using Run = ExitCode (*)(const ArchiveOptions& options);
+    Run status;
+    Run groups;
+    Run show;
+    Run fetch;
+    Run verify;
+    Run retry;
+};
+extern const ArchiveVerbs archiveVerbs;
 
 }  // namespace RecTool

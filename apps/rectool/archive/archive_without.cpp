@@ -8,7 +8,7 @@ namespace RecTool {
 
 namespace {
 
-[[noreturn]] void refuse()
+[[noreturn]] ExitCode refuse(const ArchiveOptions& /*options*/)
 {
     throw std::runtime_error("this rectool was built with the station's own archive client, which has its own tools");
 }
@@ -24,34 +24,6 @@ void useArchive(const std::string& configurationFile)
     }
 }
 
-ExitCode archiveStatus(const ArchiveOptions& /*options*/)
-{
-    refuse();
-}
-
-ExitCode archiveGroups(const ArchiveOptions& /*options*/)
-{
-    refuse();
-}
-
-ExitCode archiveShow(const ArchiveOptions& /*options*/)
-{
-    refuse();
-}
-
-ExitCode archiveFetch(const ArchiveOptions& /*options*/)
-{
-    refuse();
-}
-
-ExitCode archiveVerify(const ArchiveOptions& /*options*/)
-{
-    refuse();
-}
-
-ExitCode archiveRetry(const ArchiveOptions& /*options*/)
-{
-    refuse();
-}
+const ArchiveVerbs archiveVerbs{refuse, refuse, refuse, refuse, refuse, refuse};
 
 }  // namespace RecTool

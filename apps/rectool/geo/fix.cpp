@@ -6,12 +6,11 @@
 #include <limits>
 #include <numbers>
 #include <numeric>
+#include <set>
 #include <utility>
 
 #include <GeographicLib/Geodesic.hpp>
 #include <GeographicLib/Math.hpp>
-
-#include "geodesic.h"
 
 namespace RecTool::Geo {
 
@@ -320,13 +319,11 @@ Ellipse ellipseOf(const Normal& normal, double scale)
 
 std::size_t countPositions(const std::vector<LineOfBearing>& bearings)
 {
-    std::vector<std::pair<double, double>> positions;
-    positions.reserve(bearings.size());
+    std::set<std::pair<double, double>> positions;
     for (const LineOfBearing& bearing : bearings) {
-        positions.emplace_back(bearing.from.latitudeDeg, bearing.from.longitudeDeg);
+        positions.emplace(bearing.from.latitudeDeg, bearing.from.longitudeDeg);
     }
-    std::sort(positions.begin(), positions.end());
-    return static_cast<std::size_t>(std::unique(positions.begin(), positions.end()) - positions.begin());
+    return positions.size();
 }
 
 }  // namespace

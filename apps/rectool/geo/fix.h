@@ -13,7 +13,7 @@
 #include <variant>
 #include <vector>
 
-#include "position.h"
+#include "geodesic.h"
 
 namespace RecTool::Geo {
 

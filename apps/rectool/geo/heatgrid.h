@@ -18,7 +18,7 @@
 #include <optional>
 #include <vector>
 
-#include "position.h"
+#include "geodesic.h"
 
 namespace RecTool::Geo {
 

@@ -10,8 +10,6 @@
 #include <GeographicLib/GeodesicLine.hpp>
 #include <GeographicLib/Math.hpp>
 
-#include "geodesic.h"
-
 namespace RecTool::Geo {
 
 namespace {

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "position.h"
+#include "geodesic.h"
 
 namespace RecTool::Geo {
 

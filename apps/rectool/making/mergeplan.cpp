@@ -1,8 +1,8 @@
 // Surveying the inputs, finding which continues which, and giving merged types their numbers.
 #include "mergeplan.h"
 
-#include <algorithm>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include "printing/text.h"

@@ -6,7 +6,6 @@
 #include <QDateTime>
 
 #include "printing/output.h"
-#include "printing/text.h"
 
 namespace RecTool {
 

@@ -1,7 +1,6 @@
 // What GeoJSON (RFC 7946) is made of: geometries and features, with numbers rounded to what they are worth.
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "geo/fix.h"

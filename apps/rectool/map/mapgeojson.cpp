@@ -1,13 +1,8 @@
 // Writing lines of bearing and fixes of a span to a file or standard output.
-#include "mapgeojson.h"
-
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <functional>
-#include <iostream>
 #include <map>
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -16,6 +11,7 @@
 #include "geo/shapes.h"
 #include "geofixes.h"
 #include "making/savedfile.h"
+#include "mapoptions.h"
 #include "printing/json.h"
 #include "printing/output.h"
 #include "printing/text.h"

@@ -1,9 +1,10 @@
-// What the verb "map" takes.
+// What the verb "map" takes, and what it does on the earth.
 #pragma once
 
 #include <string>
 
 #include "making/pictureoptions.h"
+#include "replay/recordingtime.h"
 
 namespace RecTool {
 
@@ -21,5 +22,11 @@ struct MapOptions : PlotOptions {
     int cells = 100;             ///< of a heat map along its longer side
     std::string unit = "dB";     ///< of levels
 };
+
+/// Lines of bearing and fixes of the span.
+[[nodiscard]] ExitCode mapGeoJson(const MapOptions& options, const Recording2::Inspection::Summary& summary,
+                                  const Span& span);
+[[nodiscard]] ExitCode mapHeat(const MapOptions& options);
+[[nodiscard]] ExitCode mapTrack(const MapOptions& options);
 
 }  // namespace RecTool

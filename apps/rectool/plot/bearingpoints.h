@@ -6,7 +6,7 @@
 #include <map>
 #include <vector>
 
-#include "replay/timespan.h"
+#include "replay/frequencies.h"
 
 namespace RecTool {
 

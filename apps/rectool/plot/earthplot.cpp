@@ -373,13 +373,9 @@ private:
 ExitCode drawHeat(const MapOptions& options, Recordings& recordings, const Heat& heat)
 {
     constexpr std::size_t LikeLines = 2;
-    const std::optional<int> height = heightFor(options, LikeLines);
-    if (!height) {
-        return ExitCode::Usage;
-    }
-    Picture picture(options, *height, recordings, QStringLiteral("Where bearings meet"), 1);
-    picture.addPanel<HeatPanel>(options, heat);
-    return picture.draw([&](Json& json) { json["panels"] = picture.panelsJson(); });
+    const auto tell = [](const Picture& picture, Json& json) { json["panels"] = picture.panelsJson(); };
+    const auto title = QStringLiteral("Where bearings meet");
+    return drawPanels<HeatPanel>(options, recordings, title, LikeLines, std::span(&heat, 1), tell, options);
 }
 
 ExitCode drawField(const MapOptions& options, Recordings& recordings, const std::vector<FieldTrack>& tracks)

@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-#include "replay/timespan.h"
+#include "replay/frequencies.h"
 
 namespace RecTool {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "replay/timespan.h"
+#include "replay/frequencies.h"
 
 namespace RecTool {
 

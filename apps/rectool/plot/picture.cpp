@@ -5,7 +5,6 @@
 #include <array>
 #include <cmath>
 #include <filesystem>
-#include <iostream>
 
 #include <QBuffer>
 #include <QFileInfo>

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <limits>
 #include <span>
 #include <vector>
@@ -10,7 +9,6 @@
 #include <values/maps.h>
 
 #include "replay/frequencies.h"
-#include "replay/timespan.h"
 
 namespace RecTool {
 

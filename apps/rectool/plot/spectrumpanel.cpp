@@ -2,7 +2,6 @@
 #include "spectrumpanel.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 #include <utility>

@@ -7,13 +7,11 @@
 #include <cstddef>
 #include <string_view>
 
-#include <values/maps.h>
 #include <values/selection.h>
 #include <values/value.h>
 
 #include "json.h"
 #include "text.h"
-#include "valuetext.h"
 
 namespace RecTool {
 

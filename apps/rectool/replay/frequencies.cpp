@@ -1,7 +1,6 @@
 // Spans that channels cover, pieces of a broken axis, and the channels of each column.
 #include "frequencies.h"
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numeric>

@@ -1,6 +1,7 @@
-// Which frequencies the channels of a range cover, and where they lie in a picture.
+// Spans of frequency and time; which frequencies the channels of a range cover, and where they lie in a picture.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -10,6 +11,20 @@
 #include <values/maps.h>
 
 namespace RecTool {
+
+/// Both ends are included, in milliseconds of the recording; measured values have parts of them.
+struct TimeSpan {
+    double fromMs = 0;
+    double toMs = 0;
+
+    [[nodiscard]] double width() const { return toMs - fromMs; }
+    /// Which of so many equal parts a time lies in; the last end belongs to the last part.
+    [[nodiscard]] std::size_t partOf(double timeMs, std::size_t parts) const
+    {
+        const double part = (timeMs - fromMs) / width() * static_cast<double>(parts);
+        return static_cast<std::size_t>(std::clamp(part, 0.0, static_cast<double>(parts - 1)));
+    }
+};
 
 /// From the lower edge of the lowest channel to the upper edge of the highest.
 struct FrequencySpan {

@@ -2,7 +2,6 @@
 #include "inforce.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace RecTool {
 

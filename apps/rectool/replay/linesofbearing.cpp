@@ -6,8 +6,6 @@
 #include <numeric>
 #include <utility>
 
-#include "printing/valuetext.h"
-#include "recordingtime.h"
 #include "walk.h"
 
 namespace RecTool {

@@ -12,7 +12,7 @@
 #include <values/maps.h>
 
 #include "bearingreplay.h"
-#include "geo/position.h"
+#include "geo/geodesic.h"
 #include "printing/valuetext.h"
 #include "recordedvalues.h"
 #include "recordings.h"

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <limits>
 #include <span>
-#include <utility>
 
 #include <values/recordingtext.h>
 

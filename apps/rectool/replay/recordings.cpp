@@ -9,7 +9,6 @@
 #include <QStringList>
 
 #include "printing/text.h"
-#include "printing/valuetext.h"
 #include "recordingtime.h"
 
 namespace RecTool {

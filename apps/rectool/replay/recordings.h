@@ -12,10 +12,10 @@
 #include <values/maps.h>
 #include <QString>
 
+#include "frequencies.h"
 #include "printing/output.h"
 #include "printing/valuetext.h"
 #include "recordedvalues.h"
-#include "timespan.h"
 
 namespace RecTool {
 

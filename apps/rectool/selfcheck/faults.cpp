@@ -2,8 +2,6 @@
 #include "faults.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <optional>
 #include <stdexcept>
 #include <utility>
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iostream>
+#include <optional>
 #include <utility>
 
 #include <terminaltext/quantity.h>
@@ -11,8 +12,6 @@
 #include <values/value.h>
 
 #include "printing/output.h"
-#include "printing/text.h"
-#include "printing/valuetext.h"
 
 namespace RecTool {
 

@@ -4,7 +4,6 @@
 #include <map>
 #include <optional>
 #include <set>
-#include <utility>
 #include <vector>
 
 #include <values/recordingtext.h>

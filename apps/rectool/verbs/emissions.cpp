@@ -2,7 +2,6 @@
 #include "analysis/emissions.h"
 
 #include <cmath>
-#include <iostream>
 #include <map>
 #include <memory>
 #include <string>

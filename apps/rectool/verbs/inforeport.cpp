@@ -5,7 +5,6 @@
 #include <values/recordingtext.h>
 
 #include "making/headerfields.h"
-#include "printing/valuetext.h"
 #include "replay/recordedvalues.h"
 #include "replay/walk.h"
 

@@ -7,16 +7,12 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <iostream>
 #include <optional>
 #include <set>
-#include <string>
 #include <system_error>
 #include <utility>
-#include <vector>
 
-#include <recording2/inspection/inspection.h>
 #include <recording2/inspection/recordingname.h>
 #include <recording2/inspection/scan.h>
 #include <recording2/inspection/verify/verification.h>

@@ -9,7 +9,7 @@
 
 #include "commandline/verb.h"
 #include "commands.h"
-#include "map/mapgeojson.h"
+#include "map/mapoptions.h"
 #include "printing/json.h"
 #include "printing/output.h"
 #include "printing/text.h"

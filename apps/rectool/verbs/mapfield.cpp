@@ -1,6 +1,5 @@
 // The verb "map" with --heat and --track: collecting, and writing a picture or GeoJSON.
 #include <algorithm>
-#include <iostream>
 #include <utility>
 #include <vector>
 
@@ -8,7 +7,6 @@
 #include "making/savedfile.h"
 #include "map/features.h"
 #include "map/heat.h"
-#include "map/mapgeojson.h"
 #include "map/mapoptions.h"
 #include "plot/earthplot.h"
 #include "plot/plot.h"

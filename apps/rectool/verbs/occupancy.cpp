@@ -1,6 +1,4 @@
 // The verb "occupancy": how often channels and bands were occupied, and how sure that is.
-#include <algorithm>
-#include <cmath>
 #include <fstream>
 #include <optional>
 
