@@ -1,8 +1,9 @@
-// Watching gpsd: lines of JSON in, the newest position and attitude out.
-#include "sources/gpsd/gpsdsource.h"
-
+// The source "gpsd": its options, and watching gpsd: lines of JSON in, the newest position and attitude out.
 #include <utility>
 
+#include <CLI/CLI.hpp>
+
+#include "input/optionchecks.h"
 #include "live/lines.h"
 #include "live/peersource.h"
 #include "published/attachedvalue.h"
@@ -13,6 +14,14 @@
 namespace RecStation {
 
 namespace {
+
+/// What the command line says.
+struct GpsdOptions {
+    Address address;
+    std::string device;                  ///< as gpsd names it; empty: the first that tells something
+    std::optional<double> variationDeg;  ///< of compasses; east is positive
+    QString valuePath;                   ///< of a device to be named after the peer; empty: none
+};
 
 constexpr std::size_t LongestGpsdReport = 65'536;
 constexpr std::chrono::milliseconds GpsdGreeting{4'000};  // it greets at once; a check waits for 5 s
@@ -40,6 +49,7 @@ private:
     int m_count = 0;
 };
 
+/// Publishes what the source "nmea" does. It lives until the process is asked to stop.
 class GpsdSource final : public PeerSource {
 public:
     GpsdSource(GpsdOptions options, const SourceRun& run)
@@ -162,11 +172,49 @@ SourceReport GpsdSource::counts() const
     return {.used = m_used, .skipped = m_skipped, .lines = true, .lost = m_broken + m_lines.tooLong()};
 }
 
+constexpr auto GpsdExamples = R"(
+Position, altitude and speed from TPV reports, heading, pitch and roll from ATT reports of a running gpsd. Of several
+devices the first that has a fix counts until it is silent for 5 s; so it is with attitudes. While gpsd is not there, or
+its device has no fix, the values are unknown.
+
+Examples:
+  recstation -o recordings gpsd localhost
+  recstation -o recordings gpsd 192.168.1.20:2947 --device /dev/ttyACM0 --source-time
+  recstation -o recordings gpsd localhost feed -)";
+
+void addGpsdOptions(CLI::App& command, GpsdOptions& options)
+{
+    command.footer(GpsdExamples);
+    constexpr std::uint16_t GpsdPort = 2947;
+    addParsed(command, "address", options.address, "Where gpsd listens; port 2947 unless it is told",
+              addressWith(GpsdPort), "HOST, HOST:PORT or [ADDRESS]:PORT")
+        ->option_text("HOST[:PORT]")
+        ->required();
+    command.add_option("--device", options.device, "Only this device, as gpsd names it (default: as above)")
+        ->type_name("PATH");
+    command
+        .add_option("--variation", options.variationDeg,
+                    "Degrees from magnetic to true north, east positive, for compasses (default: as gpsd tells)")
+        ->type_name("DEG")
+        ->transform(TerminalText::inUnit({"deg", "°"}, -180, 180));
+}
+
 }  // namespace
 
-std::unique_ptr<Source> makeGpsdSource(const GpsdOptions& options, const SourceRun& run)
+std::shared_ptr<OfferedSource> offerGpsd()
 {
-    return std::make_unique<GpsdSource>(options, run);
+    const auto make = [](GpsdOptions options, const SourceRun& run) -> std::unique_ptr<Source> {
+        // Other sources name their devices themselves.
+        options.valuePath = run.alone ? receiverOf(run.configuration).valuePath : QString();
+        return std::make_unique<GpsdSource>(std::move(options), run);
+    };
+    return std::make_shared<SourceWith<GpsdOptions>>(
+        SourceTraits{.name = "gpsd",
+                     .description = "Position, heading and attitude from a running gpsd",
+                     .turn = 4,
+                     .tellsPositions = true,
+                     .live = true},
+        addGpsdOptions, make);
 }
 
 }  // namespace RecStation

@@ -1,24 +1,38 @@
-// Asking a KrakenSDR again and again, and showing what is new.
-#include "sources/kraken/krakensource.h"
-
+// The source "kraken": its options, and asking a KrakenSDR direction finder over HTTP again and again for what is new.
 #include <chrono>
 #include <deque>
 #include <limits>
 #include <map>
 #include <utility>
 
+#include <CLI/CLI.hpp>
+
 #include "clock.h"
+#include "input/optionchecks.h"
 #include "live/peersource.h"
 #include "sources/bearings/bearingsvalues.h"
+#include "sources/kraken/httpfetch.h"
 #include "sources/kraken/krakenanswer.h"
 
 namespace RecStation {
 
 namespace {
 
+/// What the command line says.
+struct KrakenOptions {
+    HttpUrl url;
+    double intervalSeconds = 0.5;      ///< from asking to asking
+    std::optional<double> headingDeg;  ///< true heading of azimuth 0; nothing: as the finder tells
+    Mirror mirror = Mirror::Auto;
+    bool noPosition = false;  ///< leave positions and headings out
+    QString valuePath = "/Devices/Df1";
+};
+
 constexpr std::size_t MostChannels = 4096;
 constexpr std::chrono::milliseconds AnswerPatience{4'000};  // a check waits for 5 s
 
+/// Publishes what "bearings" does (BearingsValues), bearing by bearing: each that has another time than the one before
+/// of its frequency. Where the finder is away, the map is empty, and position and heading are unknown.
 class KrakenSource final : public PeerSource {
 public:
     KrakenSource(const KrakenOptions& options, const SourceRun& run)
@@ -146,11 +160,57 @@ SourceReport KrakenSource::counts() const
     return {.used = m_shown, .skipped = m_same, .lost = m_answers.broken() + m_tooMany};
 }
 
+constexpr auto KrakenExamples = R"(
+Asks the direction finder for its CSV (format "Kraken App") or XML (format "DF Aggregator"), and records every bearing
+that is new. The same CSV, collected in a file, is read by bearings.
+
+Examples:
+  recstation -o recordings kraken krakensdr
+  recstation -o recordings kraken http://192.168.1.40:8081/doa.xml --interval 1s
+  recstation -o recordings kraken krakensdr --no-position gpsd localhost)";
+
+constexpr double ShortestInterval = 0.05;
+constexpr double LongestInterval = 3600;
+constexpr double FullTurnDeg = 360;
+
+void addKrakenOptions(CLI::App& command, KrakenOptions& options)
+{
+    command.footer(KrakenExamples);
+    addParsed(command, "URL", options.url,
+              "http://HOST:PORT/PATH, or HOST for http://HOST:8081/DOA_value.html, as a KrakenSDR serves it",
+              parseHttpUrl, "an address such as http://krakensdr:8081/DOA_value.html")
+        ->required();
+    command.add_option("--interval", options.intervalSeconds, "Time from one request to the next")
+        ->type_name("TIME")
+        ->transform(TerminalText::inSeconds(ShortestInterval, LongestInterval))
+        ->capture_default_str();
+    command
+        .add_option("--heading", options.headingDeg,
+                    "True heading of azimuth 0 in degrees (default: as the finder tells)")
+        ->transform(TerminalText::inUnit({"deg", "°"}, -FullTurnDeg, FullTurnDeg));
+    command.add_flag_callback(
+        "--mirror", [&options] { options.mirror = Mirror::Yes; },
+        "Its angles are counter-clockwise (default: those of XML, and those of CSV as its 360 values tell)");
+    command.add_flag_callback(
+        "--no-mirror", [&options] { options.mirror = Mirror::No; }, "They are clockwise: take them as they are");
+    command.add_flag("--no-position", options.noPosition,
+                     "Leave positions and headings out, because gpsd or another source tells them");
+}
+
 }  // namespace
 
-std::unique_ptr<Source> makeKrakenSource(const KrakenOptions& options, const SourceRun& run)
+std::shared_ptr<OfferedSource> offerKraken()
 {
-    return std::make_unique<KrakenSource>(options, run);
+    const auto make = [](KrakenOptions options, const SourceRun& run) -> std::unique_ptr<Source> {
+        options.valuePath = finderOf(run.configuration).valuePath;
+        return std::make_unique<KrakenSource>(options, run);
+    };
+    return std::make_shared<SourceWith<KrakenOptions>>(SourceTraits{.name = "kraken",
+                                                                    .description = "A KrakenSDR direction finder, live",
+                                                                    .turn = 3,
+                                                                    .findsDirections = true,
+                                                                    .live = true},
+                                                       addKrakenOptions, make);
 }
 
 }  // namespace RecStation

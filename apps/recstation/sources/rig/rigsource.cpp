@@ -1,9 +1,11 @@
-// Polling rigctld, and its packets in between.
-#include "sources/rig/rigsource.h"
-
+// The source "rig": its options, and polling a receiver behind Hamlib's rigctld, with its packets in between.
 #include <utility>
 
-#include "configuration.h"
+#include <arpa/inet.h>
+
+#include <CLI/CLI.hpp>
+
+#include "input/optionchecks.h"
 #include "live/datagrams.h"
 #include "live/peersource.h"
 #include "sources/rig/rigclient.h"
@@ -14,9 +16,21 @@ namespace RecStation {
 
 namespace {
 
+constexpr std::uint16_t RigPort = 4532;
+
+/// What the command line says.
+struct RigOptions {
+    Address address{"localhost", RigPort};  ///< of rigctld
+    double intervalSeconds = 0.5;           ///< from an answer to the next question
+    std::optional<double> s9Dbm;            ///< what S9 is in dBm; nothing: levels are dB over S9
+    std::string multicast;                  ///< group and port of rigctld's packets; empty: none are listened to
+};
+
 // A scope draws several times a second: what it drew longer ago is no news of now.
 constexpr std::chrono::seconds SpectrumHolds{5};
 
+/// Publishes /FREQUENCY (Hz), Mon/DEMODULATION, Mon/BANDWIDTH (Hz) and /LEVEL of the receiver of the configuration;
+/// with multicast also Scn/RfSpectrum and its limits.
 class RigSource final : public PeerSource {
 public:
     RigSource(RigOptions options, const SourceRun& run);
@@ -184,11 +198,64 @@ SourceReport RigSource::counts() const
             .lost = m_client.lost() + m_lostPackets + m_badPackets};
 }
 
+constexpr auto RigExamples = R"(
+Frequency, mode, bandwidth and signal strength of a receiver that Hamlib's rigctld controls, asked for again and again.
+Strengths are dB over S9. What the receiver does not tell is told once, and stays unknown.
+
+Examples:
+  rigctld -m 1 &                                  Hamlib's dummy; rigctl -l lists the real ones
+  recstation -o recordings rig localhost:4532
+  recstation -o recordings --duration 8h rig 192.168.1.20 --interval 200ms --s9 -73
+  rigctld -m 3073 -r /dev/ttyUSB0 -M 224.0.1.1 &  which sends what the scope of the receiver shows to a group
+  recstation -o recordings rig localhost --multicast=224.0.1.1:4532)";
+
+bool isGroup(const std::string& text)
+{
+    const auto address = parseAddress(text, RigPort);
+    in_addr group{};
+    return address && ::inet_pton(AF_INET, address->host.c_str(), &group) == 1;
+}
+
+void addRigOptions(CLI::App& command, RigOptions& options)
+{
+    constexpr double Shortest = 0.01;
+    constexpr double Longest = 3600;
+    constexpr double LowestDbm = -200;
+    constexpr double HighestDbm = 50;
+    command.footer(RigExamples);
+    addParsed(command, "ADDRESS", options.address, "HOST or HOST:PORT of rigctld, whose port is 4532",
+              addressWith(RigPort), "an address such as localhost:4532")
+        ->default_str("localhost");
+    command
+        .add_option("--interval", options.intervalSeconds, "Time from an answer to the next question, 10ms at least")
+        ->type_name("TIME")
+        ->transform(TerminalText::inSeconds(Shortest, Longest))
+        ->default_str("500ms");
+    command
+        .add_option("--s9", options.s9Dbm,
+                    "What S9 is at the receiver's input: levels are then dBm (-73 below 30 MHz, -93 above, as a rule)")
+        ->type_name("DBM")
+        ->transform(TerminalText::inUnit({"dBm"}, LowestDbm, HighestDbm));
+    command
+        .add_flag("--multicast{224.0.1.1:4532}", options.multicast,
+                  "Record the spectra in rigctld's packets too; --multicast=ADDRESS where they do not go to "
+                  "224.0.1.1:4532")
+        ->check(TerminalText::acceptedIf(isGroup, "an address of IPv4 in digits such as 224.0.1.1:4532"));
+}
+
 }  // namespace
 
-std::unique_ptr<Source> makeRigSource(RigOptions options, const SourceRun& run)
+std::shared_ptr<OfferedSource> offerRig()
 {
-    return std::make_unique<RigSource>(std::move(options), run);
+    const auto make = [](RigOptions options, const SourceRun& run) -> std::unique_ptr<Source> {
+        return std::make_unique<RigSource>(std::move(options), run);
+    };
+    return std::make_shared<SourceWith<RigOptions>>(SourceTraits{.name = "rig",
+                                                                 .description = "A receiver behind Hamlib's rigctld",
+                                                                 .turn = 6,
+                                                                 .receives = true,
+                                                                 .live = true},
+                                                    addRigOptions, make);
 }
 
 }  // namespace RecStation
