@@ -4,6 +4,7 @@
 #include <memory>
 
 #include <values/maps.h>
+#include <values/recordingtext.h>
 #include <values/selection.h>
 #include <values/value.h>
 #include <vkbase/vkexception.h>
@@ -156,28 +157,6 @@ void applyChange(values::ValueBase& value, const FeedChange& change)
     applyMap(value, change);
 }
 
-std::unique_ptr<values::ValueBase> makeValue(const FeedCreate& create)
-{
-    switch (create.kind) {
-        case FeedKind::Bool:
-            return std::make_unique<values::Value<bool>>();
-        case FeedKind::Text:
-            return std::make_unique<values::Value<QString>>();
-        case FeedKind::Number:
-            if (create.initial.offset) {
-                return std::make_unique<values::ValueNumericWithOffset<double>>();
-            }
-            return std::make_unique<values::ValueNumeric<double>>();
-        case FeedKind::Selection:
-            return std::make_unique<values::ValueSelection>();
-        case FeedKind::Levels:
-            return std::make_unique<LevelMap>();
-        case FeedKind::Bearings:
-            break;
-    }
-    return std::make_unique<BearingMap>();
-}
-
 // The value gets its initial state before it enters the tree: a line that fails leaves nothing behind.
 void createValue(values::Tree& tree, const QString& path, const FeedCreate& create)
 {
@@ -185,7 +164,7 @@ void createValue(values::Tree& tree, const QString& path, const FeedCreate& crea
         failValue(QStringLiteral("%1 exists already").arg(path));
     }
     const int slash = path.lastIndexOf(QLatin1Char('/'));
-    std::unique_ptr<values::ValueBase> value = makeValue(create);
+    std::unique_ptr<values::ValueBase> value = values::MakeValue(create.kind);
     value->SetName(path.mid(slash + 1));
     applyChange(*value, create.initial);
     tree.Insert(path.left(slash + 1), value.get());

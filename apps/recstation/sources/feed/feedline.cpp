@@ -13,6 +13,7 @@ namespace RecStation {
 namespace {
 
 using namespace FeedFields;
+using values::ValueType;
 
 QString path(const Json& line)
 {
@@ -35,15 +36,15 @@ std::variant<bool, double, QString> plainValue(const Json& value, std::string_vi
     return text(value, key, "true, false, a number or a text");
 }
 
-std::variant<bool, double, QString> plainValue(const Json& value, FeedKind kind)
+std::variant<bool, double, QString> plainValue(const Json& value, ValueType kind)
 {
     switch (kind) {
-        case FeedKind::Bool:
+        case ValueType::Bool:
             if (!value.is_boolean()) {
                 failExpected("value", "true or false");
             }
             return value.get<bool>();
-        case FeedKind::Number:
+        case ValueType::Numeric:
             return number(value, "value");
         default:
             return text(value, "value");
@@ -189,19 +190,19 @@ void readSelect(const Json& line, FeedChange& change)
 
 struct KindRule {
     std::string_view name;
-    FeedKind kind;
+    ValueType kind;
     Keys keys;  // beside at, path and create
 };
 
 const std::vector<KindRule>& kindRules()
 {
     static const std::vector<KindRule> rules = {
-        {"bool", FeedKind::Bool, {"value"}},
-        {"text", FeedKind::Text, {"value"}},
-        {"number", FeedKind::Number, {"value", "lower", "upper", "offset"}},
-        {"selection", FeedKind::Selection, {"items", "select"}},
-        {"levels", FeedKind::Levels, {"range", "cells", "first", "time"}},
-        {"bearings", FeedKind::Bearings, {"range", "cells", "first", "time"}},
+        {"bool", ValueType::Bool, {"value"}},
+        {"text", ValueType::String, {"value"}},
+        {"number", ValueType::Numeric, {"value", "lower", "upper", "offset"}},
+        {"selection", ValueType::Selection, {"items", "select"}},
+        {"levels", ValueType::LevelMap, {"range", "cells", "first", "time"}},
+        {"bearings", ValueType::BearingMap, {"range", "cells", "first", "time"}},
     };
     return rules;
 }
@@ -230,6 +231,9 @@ FeedCreate create(const Json& line)
         result.initial.value = plainValue(*value, rule.kind);
     }
     readNumberKeys(line, result.initial);
+    if (result.initial.offset) {
+        result.kind = ValueType::NumericWithOffset;
+    }
     if (const Json* value = find(line, "items")) {
         result.initial.addItems = items(*value);
     }

@@ -40,10 +40,8 @@ struct FeedChange {
     std::optional<FeedTime> ownTime;
 };
 
-enum class FeedKind : std::uint8_t { Bool, Text, Number, Selection, Levels, Bearings };
-
 struct FeedCreate {
-    FeedKind kind = FeedKind::Bool;
+    values::ValueType kind = values::ValueType::Bool;
     FeedChange initial;
 };
 struct FeedRemove {};

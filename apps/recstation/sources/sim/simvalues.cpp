@@ -4,6 +4,8 @@
 #include <array>
 #include <memory>
 
+#include <values/recordingtext.h>
+
 #include "band.h"
 
 namespace RecStation::Sim {
@@ -90,46 +92,18 @@ constexpr std::array ItemRows = {
     ItemRow{"AntennaMode", "DF", 1, 1},
 };
 
-std::unique_ptr<values::ValueBase> makeNumber(const KeywordValue& row)
+void setBeginning(values::ValueBase& value, const KeywordValue& row)
 {
-    std::unique_ptr<values::ValueNumeric<double>> value;
-    if (row.type == ValueType::NumericWithOffset) {
-        value = std::make_unique<values::ValueNumericWithOffset<double>>();
-    } else {
-        value = std::make_unique<values::ValueNumeric<double>>();
-    }
-    value->SetLimits(row.lower, row.upper);
-    value->SetValue(row.value);
-    return value;
-}
-
-std::unique_ptr<values::ValueBase> makeSelection(const KeywordValue& row)
-{
-    auto selection = std::make_unique<values::ValueSelection>();
-    for (const ItemRow& item : ItemRows) {
-        if (QLatin1String(item.path) == QLatin1String(row.path)) {
-            selection->AddItem(new values::SelectionItem(QString::fromLatin1(item.name), item.value, item.key));
+    if (auto* number = dynamic_cast<values::ValueNumeric<double>*>(&value)) {
+        number->SetLimits(row.lower, row.upper);
+        number->SetValue(row.value);
+    } else if (auto* selection = dynamic_cast<values::ValueSelection*>(&value)) {
+        for (const ItemRow& item : ItemRows) {
+            if (QLatin1String(item.path) == QLatin1String(row.path)) {
+                selection->AddItem(new values::SelectionItem(QString::fromLatin1(item.name), item.value, item.key));
+            }
         }
-    }
-    selection->SelectKey(static_cast<std::int32_t>(row.value));
-    return selection;
-}
-
-std::unique_ptr<values::ValueBase> makeValue(const KeywordValue& row)
-{
-    switch (row.type) {
-        case ValueType::Bool:
-            return std::make_unique<values::Value<bool>>();
-        case ValueType::String:
-            return std::make_unique<values::Value<QString>>();
-        case ValueType::Selection:
-            return makeSelection(row);
-        case ValueType::LevelMap:
-            return std::make_unique<LevelMap>();
-        case ValueType::BearingMap:
-            return std::make_unique<BearingMap>();
-        default:
-            return makeNumber(row);
+        selection->SelectKey(static_cast<std::int32_t>(row.value));
     }
 }
 
@@ -145,7 +119,8 @@ void create(const QString& valuePath, const KeywordValue& row)
         return;
     }
     const int slash = path.lastIndexOf(QLatin1Char('/'));
-    std::unique_ptr<values::ValueBase> value = makeValue(row);
+    std::unique_ptr<values::ValueBase> value = values::MakeValue(row.type);
+    setBeginning(*value, row);
     value->SetName(path.mid(slash + 1));
     values::Tree::Instance()->Insert(path.left(slash + 1), value.get());
     static_cast<void>(value.release());  // the tree's now
