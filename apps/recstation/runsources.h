@@ -1,7 +1,8 @@
-// The sources that the options name: whether they go together, and how they are made.
+// The sources that the options name: whether they go together, how they are made, and whether they measured at the same time.
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include <QString>
 #include <QStringList>
@@ -25,5 +26,10 @@ void requireOneInput(const ChosenSources& sources);
 /// @throws UsageError when they have one in common
 void requireOwnSpectra(const QString& one, const QStringList& spectraOfOne, const QString& other,
                        const QStringList& spectraOfOther);
+
+/// Waits for the first change of every source. Reads inputs to their ends where that is needed to know.
+/// @throws std::runtime_error that names both spans when sources lie apart by more than the gap (microseconds), because
+/// the recording would have it in its middle
+void requireOverlap(const std::vector<std::unique_ptr<Source>>& sources, unsigned long long gapUs);
 
 }  // namespace RecStation

@@ -11,7 +11,6 @@
 #include "input/isotime.h"
 #include "input/timeorder.h"
 #include "live/livescheduler.h"
-#include "overlap.h"
 #include "system/stopnotifier.h"
 #include "watch/unfinished.h"
 
