@@ -11,10 +11,7 @@
 #include <terminaltext/optionvalues.h>
 
 #include "commandtree.h"
-#include "filedoptions.h"
 #include "progress.h"
-#include "sources/registry.h"
-#include "wrongarguments.h"
 
 namespace RecStation {
 

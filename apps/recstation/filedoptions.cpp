@@ -1,5 +1,5 @@
 // From keys of a station's file to options and back.
-#include "filedoptions.h"
+#include "commandtree.h"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +10,6 @@
 #include <terminaltext/nearestword.h>
 
 #include "tomlstring.h"
-#include "wrongarguments.h"
 
 namespace RecStation {
 
@@ -25,6 +24,35 @@ constexpr std::string_view Choice = "type";  // the key of a source that says wh
 bool isSwitch(const CLI::Option& option)
 {
     return option.get_items_expected_max() == 0;
+}
+
+// The key of an option in a station's file: its long name, or that of its place, such as "file"; empty for those that
+// no file can hold.
+std::string settingKey(const CLI::Option& option)
+{
+    const auto& names = option.get_lnames();
+    std::string key = names.empty() ? option.get_name(true) : names.front();
+    if (names.empty()) {
+        std::transform(key.begin(), key.end(), key.begin(), [](char c) {
+            const auto byte = static_cast<unsigned char>(c);
+            return std::isalnum(byte) != 0 ? static_cast<char>(std::tolower(byte)) : '-';
+        });
+    }
+    return std::find(NotInFiles.begin(), NotInFiles.end(), key) == NotInFiles.end() ? key : std::string();
+}
+
+// The option that a key means; null when there is none.
+CLI::Option* optionOfKey(const CLI::App& app, const std::string& key)
+{
+    const CLI::App& constApp = app;
+    for (const CLI::Option* option : constApp.get_options()) {
+        const auto& names = option->get_lnames();
+        const std::string own = settingKey(*option);
+        if (!own.empty() && (own == key || std::find(names.begin(), names.end(), key) != names.end())) {
+            return const_cast<CLI::App&>(app).get_option(option->get_name());  // NOLINT(*-const-cast): the same tree
+        }
+    }
+    return nullptr;
 }
 
 std::vector<std::string> keysOf(const CLI::App& app)
@@ -137,32 +165,6 @@ std::string settingsText(const CLI::App& app, const GivenTexts& texts, bool with
 }
 
 }  // namespace
-
-std::string settingKey(const CLI::Option& option)
-{
-    const auto& names = option.get_lnames();
-    std::string key = names.empty() ? option.get_name(true) : names.front();
-    if (names.empty()) {
-        std::transform(key.begin(), key.end(), key.begin(), [](char c) {
-            const auto byte = static_cast<unsigned char>(c);
-            return std::isalnum(byte) != 0 ? static_cast<char>(std::tolower(byte)) : '-';
-        });
-    }
-    return std::find(NotInFiles.begin(), NotInFiles.end(), key) == NotInFiles.end() ? key : std::string();
-}
-
-CLI::Option* optionOfKey(const CLI::App& app, const std::string& key)
-{
-    const CLI::App& constApp = app;
-    for (const CLI::Option* option : constApp.get_options()) {
-        const auto& names = option->get_lnames();
-        const std::string own = settingKey(*option);
-        if (!own.empty() && (own == key || std::find(names.begin(), names.end(), key) != names.end())) {
-            return const_cast<CLI::App&>(app).get_option(option->get_name());  // NOLINT(*-const-cast): the same tree
-        }
-    }
-    return nullptr;
-}
 
 void applyStation(const StationFile& file, const CLI::App& given, CommandTree& tree)
 {

@@ -1,5 +1,5 @@
 // Unknown options and words, sources named twice, and what may have been meant.
-#include "wrongarguments.h"
+#include "commandtree.h"
 
 #include <algorithm>
 

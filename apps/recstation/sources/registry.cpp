@@ -1,5 +1,5 @@
 // The sources in the order of the help: all that the program knows of them.
-#include "sources/registry.h"
+#include "sources/offeredsource.h"
 
 namespace RecStation {
 
