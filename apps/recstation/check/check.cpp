@@ -15,8 +15,7 @@
 #include <system/stopsignal.h>
 #include <values/tree.h>
 
-#include "check/checkreport.h"
-#include "check/needs.h"
+#include "check/findings.h"
 #include "check/probe.h"
 #include "clock.h"
 #include "live/sourcethreads.h"

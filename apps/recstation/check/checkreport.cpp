@@ -1,5 +1,5 @@
 // Writing findings for people and for machines.
-#include "check/checkreport.h"
+#include "check/findings.h"
 
 #include <algorithm>
 #include <array>

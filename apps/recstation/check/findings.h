@@ -1,13 +1,17 @@
-// What a check found: sources with their values, recorders with what they lack.
+// What a check found: sources with their values, recorders with what they lack; as tables and as JSON.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include <QString>
 #include <QStringList>
+
+#include "configuration.h"
+#include "options.h"
 
 namespace RecStation {
 
@@ -53,5 +57,16 @@ struct Findings {
     std::vector<FoundSource> sources;
     std::vector<FoundRecorder> recorders;
 };
+
+// ---- how they are found and told
+
+/// Fills keywords and lacks, from the tree in force.
+/// @param receives a source measures what receivers do; otherwise a recording may do without frequencies
+void findKeywords(FoundRecorder& found, const Instance& instance, bool receives);
+
+/// Incomplete where anything is missing, CannotRun where no source or no recorder is left.
+[[nodiscard]] ExitCode exitCodeOf(const Findings& findings);
+[[nodiscard]] std::string findingsText(const Findings& findings);
+[[nodiscard]] std::string findingsJson(const Findings& findings);
 
 }  // namespace RecStation

@@ -1,5 +1,5 @@
 // The keywords of a recorder, where their values are, and which are needed together.
-#include "check/needs.h"
+#include "check/findings.h"
 
 #include <algorithm>
 #include <map>
