@@ -23,7 +23,7 @@
 #include "summary.h"
 #include "viewer.h"
 #include "watch/archivewatch.h"
-#include "watch/diskwatch.h"
+#include "watch/spacewatch.h"
 
 namespace RecStation {
 

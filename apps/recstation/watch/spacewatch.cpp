@@ -1,9 +1,7 @@
-// Measuring how fast a disk fills, and when that is worth a warning again.
+// Measuring how fast the disks of a run fill, and when that is worth a warning again.
 #include "spacewatch.h"
 
 #include <QStorageInfo>
-
-#include "progress.h"
 
 namespace RecStation {
 
@@ -83,6 +81,39 @@ QString SpaceWatch::check(const QString& directory, std::int64_t written, std::i
         sentence += QStringLiteral(", enough for %1 at the present rate").arg(about(*level.seconds));
     }
     return sentence;
+}
+
+void DiskWatch::start()
+{
+    m_sinceStart.start();
+    m_sinceCheck.start();
+}
+
+void DiskWatch::check()
+{
+    constexpr qint64 CheckMs = 1'000;
+    if (m_sinceCheck.elapsed() < CheckMs) {
+        return;
+    }
+    m_sinceCheck.restart();
+    std::map<QString, std::int64_t> written;
+    for (const auto& recorder : m_recorders.all()) {
+        if (recorder->isOn()) {
+            written[recorder->directory()];
+        }
+        for (const QString& path : recorder->temporaryPaths()) {
+            const auto found = written.find(recorder->directory());
+            if (found != written.end()) {
+                found->second += bytesRecorded(path);
+            }
+        }
+    }
+    for (const auto& [directory, bytes] : written) {
+        const QString warning = m_space.check(directory, bytes, m_sinceStart.elapsed());
+        if (!warning.isEmpty()) {
+            m_messages.message(warning);
+        }
+    }
 }
 
 }  // namespace RecStation

@@ -6,7 +6,11 @@
 #include <map>
 #include <optional>
 
+#include <QElapsedTimer>
 #include <QString>
+
+#include "progress.h"
+#include "recorders.h"
 
 namespace RecStation {
 
@@ -46,6 +50,23 @@ private:
 
     FreeSpace m_freeSpace;
     std::map<QString, Watched> m_watched;
+};
+
+/// Looks after the room that the disks of a run's recordings have, while it lasts.
+class DiskWatch {
+public:
+    DiskWatch(const Recorders& recorders, Messages& messages) : m_recorders(recorders), m_messages(messages) {}
+
+    void start();  ///< with the recording
+    /// Warns where a disk fills up; asks the system once a second, however often this is called.
+    void check();
+
+private:
+    const Recorders& m_recorders;
+    Messages& m_messages;
+    SpaceWatch m_space{freeSpaceOf};
+    QElapsedTimer m_sinceStart;
+    QElapsedTimer m_sinceCheck;
 };
 
 }  // namespace RecStation
