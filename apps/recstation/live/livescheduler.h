@@ -1,6 +1,7 @@
 // Runs sources side by side: each waits for its input in a thread of its own, and steps when something has come.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -14,11 +15,55 @@
 
 #include <QString>
 
-#include "live/recordbudget.h"
 #include "live/sourcethreads.h"
 #include "scheduler.h"
 
 namespace RecStation {
+
+/// A recording holds one record for every millisecond: more of them move it, and everybody's records behind, into the
+/// future. Who makes the most of them waits then.
+class RecordBudget {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// @return whether the source is to wait until the budget is there again
+    [[nodiscard]] bool spend(std::size_t source, std::uint64_t records, Clock::time_point now)
+    {
+        refill(now);
+        m_left -= static_cast<double>(records);
+        double& used = m_used[source] += static_cast<double>(records);
+        return m_left < 0 &&
+               std::all_of(m_used.begin(), m_used.end(), [used](const auto& other) { return other.second <= used; });
+    }
+    /// How long that is. @return 0: it is there
+    [[nodiscard]] std::chrono::milliseconds wait(Clock::time_point now)
+    {
+        refill(now);
+        return std::chrono::ceil<std::chrono::milliseconds>(Seconds(std::max(0.0, -m_left / PerSecond)));
+    }
+
+private:
+    using Seconds = std::chrono::duration<double>;
+    static constexpr double PerSecond = 1000;
+    static constexpr double AtOnce = 100;
+
+    void refill(Clock::time_point now)
+    {
+        m_left = std::min(AtOnce, m_left + Seconds(now - m_filled).count() * PerSecond);
+        m_filled = now;
+        if (now - m_halved > std::chrono::seconds(1)) {
+            m_halved = now;
+            for (auto& [source, used] : m_used) {
+                used /= 2;
+            }
+        }
+    }
+
+    double m_left = AtOnce;
+    Clock::time_point m_filled = Clock::now();
+    Clock::time_point m_halved = Clock::now();
+    std::map<std::size_t, double> m_used;  // lately, by each source
+};
 
 /// The sources' nextTime runs in their threads, prepare, step and all else in the station's: the two never at the same
 /// time. What comes first is stepped first; a source that always has something waits behind every other that has
