@@ -8,7 +8,6 @@
 #include "live/connection.h"
 #include "live/livetimes.h"
 #include "live/retry.h"
-#include "live/tellrate.h"
 #include "sources/offeredsource.h"
 #include "sources/source.h"
 

@@ -9,7 +9,6 @@
 
 #include "live/address.h"
 #include "live/retry.h"
-#include "live/tellrate.h"
 
 namespace RecStation {
 namespace {

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "live/lines.h"
-#include "live/tellrate.h"
+#include "live/retry.h"
 #include "sources/rig/rigreply.h"
 #include "sources/rig/rigvalues.h"
 
