@@ -12,9 +12,9 @@
 #include <system/stopsignal.h>
 
 #include "clock.h"
+#include "input/fields.h"
+#include "input/isotime.h"
 #include "sources/nmea/lineends.h"
-#include "sources/nmea/loggedtime.h"
-#include "sources/nmea/nmeafields.h"
 
 namespace RecStation {
 
@@ -33,6 +33,44 @@ long long today()
 std::string dayText(long long day)
 {
     return QDate::fromJulianDay(day + EpochJulianDay).toString(Qt::ISODate).toStdString();
+}
+
+// Fields of a letter, a colon and a value, between commas and up to the checksum.
+std::optional<unsigned long long> readTagBlock(std::string_view block)
+{
+    const std::string_view fields = block.substr(0, block.find('*'));
+    for (const std::string_view begin : {"\\c:", ",c:"}) {
+        const std::size_t found = fields.find(begin);
+        if (found != std::string_view::npos) {
+            const std::string_view value = fields.substr(found + begin.size());
+            return parseEpoch(std::string(value.substr(0, value.find_first_of(",\\"))));
+        }
+    }
+    return std::nullopt;
+}
+
+// The time that a logger or a multiplexer put in front of a sentence:
+// ISO 8601, also with a blank between date and time and in brackets, seconds or milliseconds since 1970, or the field
+// c of a tag block ("\\s:AB,c:1795248000*5D\\"); microseconds since 1970 UTC. Nothing for anything else.
+std::optional<unsigned long long> readLoggedTime(std::string_view front)
+{
+    constexpr std::size_t DateLength = 10;
+    if (front.empty()) {
+        return std::nullopt;
+    }
+    if (front.front() == '\\') {
+        return readTagBlock(front);
+    }
+    std::string text(trimmed(front, " \t[](),;:|<>\""));
+    if (text.size() > DateLength && text[DateLength] == ' ') {
+        text[DateLength] = 'T';
+    }
+    const std::size_t comma = text.find(',', DateLength);  // what some write for a point
+    if (comma != std::string::npos) {
+        text[comma] = '.';
+    }
+    const auto time = parseIsoTime(text);
+    return time ? time : parseEpoch(text);
 }
 
 }  // namespace

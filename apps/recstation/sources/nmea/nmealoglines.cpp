@@ -6,7 +6,6 @@
 #include <system/stopsignal.h>
 
 #include "input/fields.h"
-#include "sources/nmea/nmeafields.h"
 #include "sources/nmea/nmealog.h"
 
 namespace RecStation {
