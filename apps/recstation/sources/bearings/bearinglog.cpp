@@ -1,21 +1,105 @@
-// Reading a direction-finding log row by row, and the walk that surveys all of it.
+// Reading a direction-finding log row by row, whether from a file, a pipe or a KrakenSDR, and surveying all of it.
 #include "sources/bearings/bearinglog.h"
 
 #include <algorithm>
+#include <limits>
 #include <set>
 #include <stdexcept>
 #include <utility>
 
+#include <QFileInfo>
+
 #include <system/stopsignal.h>
 
 #include "input/fields.h"
-#include "sources/bearings/krakenlog.h"
+#include "sources/bearings/krakenrow.h"
 
 namespace RecStation {
 
 namespace {
 
 constexpr std::size_t MostFrequencies = 16'777'216;  // a map has no more
+
+constexpr std::size_t MostKept = 268'435'456;
+
+std::shared_ptr<const LogInput::Kept> readAll(const std::string& file, const std::string& name)
+{
+    constexpr std::size_t PieceSize = 65'536;
+    const ByteInput input = openText(file);
+    std::vector<char> piece(PieceSize);
+    const auto kept = std::make_shared<LogInput::Kept>();
+    try {
+        while (const std::size_t count = input(piece.data(), piece.size())) {
+            if (kept->bytes.size() + count > MostKept) {
+                throw std::runtime_error("bearings: " + name +
+                                         " gives more than 256 MiB: store it in a file, which may have any length");
+            }
+            kept->bytes.append(piece.data(), count);
+        }
+    } catch (const DamagedInput& error) {
+        kept->damage = error.what();
+    }
+    return kept;
+}
+
+/// Rows of a log that a KrakenSDR has written.
+class KrakenLog final : public RowReader {
+public:
+    explicit KrakenLog(const BearingsOptions& options);
+
+    [[nodiscard]] static bool isRow(const CsvRecord& row);
+    [[nodiscard]] LogRow parse(const CsvRecord& row) override;
+    [[nodiscard]] bool hasPosition() const override { return !m_noPosition; }
+    [[nodiscard]] bool hasAltitude() const override { return false; }
+    [[nodiscard]] std::string remark() const override;
+
+private:
+    KrakenRows m_rows;
+    std::string m_onlyStation;
+    bool m_noPosition;
+    bool m_noHeading;
+};
+
+KrakenLog::KrakenLog(const BearingsOptions& options)
+    : m_rows(options.mirror),
+      m_onlyStation(options.station),
+      m_noPosition(options.noPosition),
+      m_noHeading(options.noPosition || options.headingDeg)
+{
+}
+
+bool KrakenLog::isRow(const CsvRecord& row)
+{
+    const std::vector<std::string_view> fields(row.fields.begin(), row.fields.end());
+    return row.problem.empty() && KrakenRows::isRow(fields);
+}
+
+LogRow KrakenLog::parse(const CsvRecord& row)
+{
+    if (!row.problem.empty()) {
+        throw LineError(row.problem);
+    }
+    const std::vector<std::string_view> fields(row.fields.begin(), row.fields.end());
+    LoggedBearing bearing = m_rows.parse(fields);
+    if (!m_onlyStation.empty() && bearing.station != m_onlyStation) {
+        return {};
+    }
+    if (m_noPosition) {
+        bearing.latitudeDeg = bearing.longitudeDeg = std::numeric_limits<double>::quiet_NaN();
+    }
+    if (m_noHeading) {
+        bearing.headingDeg = std::numeric_limits<double>::quiet_NaN();
+    }
+    LogRow out;
+    out.frequencyHz = bearing.frequencyHz;
+    out.bearing = std::move(bearing);
+    return out;
+}
+
+std::string KrakenLog::remark() const
+{
+    return m_rows.foundMirrored() ? KrakenMirrored : std::string();
+}
 
 CsvRecord readHeader(CsvReader& csv, const LogInput& input)
 {
@@ -53,6 +137,28 @@ void note(const LoggedBearing& bearing, LogSurvey& survey)
 }
 
 }  // namespace
+
+LogInput::LogInput(const std::string& file) : m_file(file), m_name(inputName(file))
+{
+    if (file == "-" || !QFileInfo(QString::fromStdString(file)).isFile()) {
+        m_kept = readAll(m_file, m_name);
+    }
+}
+
+ByteInput LogInput::open() const
+{
+    if (m_kept == nullptr) {
+        return openText(m_file);
+    }
+    return [kept = m_kept, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
+        const std::size_t count = kept->bytes.copy(buffer, size, position);
+        position += count;
+        if (count == 0 && !kept->damage.empty()) {
+            throw DamagedInput(kept->damage);
+        }
+        return count;
+    };
+}
 
 BearingLog::BearingLog(const BearingsOptions& options, const LogInput& input, BadRow badRow)
     : m_csv(input.open(),

@@ -1,5 +1,5 @@
 // Finding columns by their names, which may have units behind them.
-#include "sources/bearings/logcolumns.h"
+#include "sources/bearings/rowparser.h"
 
 #include <algorithm>
 #include <stdexcept>
