@@ -1,5 +1,5 @@
 // Creating, changing and removing values of the tree as lines of a feed say.
-#include "feedapply.h"
+#include "feedline.h"
 
 #include <memory>
 

@@ -1,4 +1,4 @@
-// One line of a feed: what it says, before it meets the value tree. doc/feed.md describes the lines.
+// One line of a feed: what it says, and how it is carried out on the value tree in force. doc/feed.md describes the lines.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +10,7 @@
 #include <QString>
 
 #include <values/maps.h>
+#include <values/tree.h>
 
 #include "feedfields.h"
 #include "input/badlines.h"
@@ -63,5 +64,11 @@ void makeTimesAbsolute(FeedLine& line, unsigned long long startTime);
 /// @param text one line, UTF-8
 /// @throws LineError
 [[nodiscard]] FeedLine parseFeedLine(const std::string& text);
+
+/// Creates, changes or removes the value that the line names. A change is made property by property, each with its
+/// notification: limits, offset, value; items, selection; range, cells.
+/// @param line its times are absolute
+/// @throws LineError when the value is missing, taken or of another kind; what was done before stays
+void applyFeedLine(values::Tree& tree, const FeedLine& line);
 
 }  // namespace RecStation

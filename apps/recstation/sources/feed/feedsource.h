@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,7 +12,6 @@
 #include "feedline.h"
 #include "input/linereader.h"
 #include "input/timeorder.h"
-#include "movedtimes.h"
 #include "sources/offeredsource.h"
 
 namespace RecStation {
@@ -22,6 +22,22 @@ struct FeedOptions {
     bool strict = false;                          ///< the first bad line ends the run
     bool keepAt = false;  ///< plain values are recorded at their own time, not at that of the map before them
     bool live = false;    ///< maps have the time of the step, not one of their own
+};
+
+/// Which changes of a feed a recorder puts to another time than their own.
+/// A recording starts at the time of its first map that has one of its own: what was recorded before moves with it.
+class MovedTimes {
+public:
+    /// @param atUs when a recorder was switched on, microseconds since 1970 UTC
+    void recordingBegins(unsigned long long atUs);
+    /// A change that a recorder watches.
+    /// @return what to tell of it; empty: nothing
+    [[nodiscard]] std::string changed(const FeedLine& line);
+
+private:
+    std::optional<unsigned long long> m_start;  // when the recording began; nothing: before the feed
+    std::uint64_t m_before = 0;                 // changes recorded since
+    bool m_moved = false;                       // a map has told its start
 };
 
 /// Bad lines are reported with their number (the first twenty), counted and passed over. Needs the value tree in force.
