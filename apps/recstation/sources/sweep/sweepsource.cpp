@@ -1,9 +1,12 @@
-// Reading rows until a sweep is whole, and showing it as one spectrum.
+// Opening files in the order of their times, reading rows until a sweep is whole, and showing it as one spectrum.
 #include "sources/sweep/sweepsource.h"
 
 #include <algorithm>
+#include <functional>
 #include <stdexcept>
 #include <utility>
+
+#include <QFileInfo>
 
 #include <system/stopsignal.h>
 
@@ -11,14 +14,159 @@
 #include "input/isotime.h"
 #include "input/linereader.h"
 #include "input/timeorder.h"
+#include "input/usageerror.h"
 #include "published/spectrumvalues.h"
 #include "sources/sweep/sweepassembly.h"
-#include "sources/sweep/sweepfiles.h"
 #include "sources/sweep/sweeprow.h"
 
 namespace RecStation {
 
 namespace {
+
+/// The inputs: one, or several files one after the other.
+/// Several files are read in the order of the times of their first rows, whatever their names; those of one time as
+/// they were given. Only one is open at a time.
+class SweepFiles {
+public:
+    /// Takes a sentence about an input.
+    using Tell = std::function<void(const std::string& sentence)>;
+
+    /// Opens the first. Files without any row are told, and come last.
+    /// @param files UTF-8, one at least; the only one may be "-" or a pipe
+    /// @throws UsageError when "-" is one of several; std::runtime_error when one cannot be read, or is no file and one
+    /// of several
+    SweepFiles(const std::vector<std::string>& files, long long utcOffsetUs, const Tell& tell);
+
+    [[nodiscard]] LineReader& lines() { return *m_lines; }
+    /// Opens the next file; false when there is none.
+    [[nodiscard]] bool openNext();
+    /// How messages name the open file where there are several; empty for one.
+    [[nodiscard]] std::string name() const;
+    /// The file that is read first, as it was given.
+    [[nodiscard]] const std::string& first() const { return m_files.front(); }
+    [[nodiscard]] std::size_t count() const { return m_files.size(); }
+    [[nodiscard]] bool isLive() const { return m_files.front() == "-"; }
+
+    /// The latest time of all rows, microseconds since 1970 UTC; reads all files.
+    [[nodiscard]] std::optional<unsigned long long> lastTime() const;
+
+private:
+    void sortByTime(const Tell& tell);
+    void open();
+
+    std::vector<std::string> m_files;
+    long long m_utcOffsetUs;
+    std::size_t m_current = 0;
+    std::optional<LineReader> m_lines;
+};
+
+// A row of a million values fits.
+constexpr std::size_t LongestRow = std::size_t{16} * 1024 * 1024;
+
+// Calls with the time of each row of a file until that wants no more. What is bad is told when it is played.
+void forEachRow(const std::string& file, long long utcOffsetUs,
+                const std::function<bool(unsigned long long time)>& wantsMore)
+{
+    SweepRowParser parser(utcOffsetUs);
+    LineReader lines(openText(file), LongestRow);
+    SweepRow row;
+    while (lines.next()) {
+        try {
+            if (SweepRowParser::isNoRow(lines.line())) {
+                continue;
+            }
+            parser.parse(lines.line(), lines.terminated(), row);
+        } catch (const LineError&) {
+            continue;
+        }
+        if (!wantsMore(row.time)) {
+            return;
+        }
+    }
+}
+
+std::optional<unsigned long long> firstTime(const std::string& file, long long utcOffsetUs)
+{
+    std::optional<unsigned long long> first;
+    forEachRow(file, utcOffsetUs, [&first](unsigned long long time) {
+        first = time;
+        return false;
+    });
+    return first;
+}
+
+SweepFiles::SweepFiles(const std::vector<std::string>& files, long long utcOffsetUs, const Tell& tell)
+    : m_files(files), m_utcOffsetUs(utcOffsetUs)
+{
+    if (m_files.size() > 1) {
+        sortByTime(tell);
+    }
+    open();
+}
+
+void SweepFiles::sortByTime(const Tell& tell)
+{
+    std::vector<std::pair<unsigned long long, std::string>> dated;
+    std::vector<std::string> without;
+    for (const std::string& file : m_files) {
+        if (file == "-") {
+            throw UsageError("sweep: - is the standard input and stands alone: name only files, or only -");
+        }
+        const QFileInfo info(QString::fromStdString(file));
+        if (info.exists() && !info.isFile()) {
+            throw std::runtime_error("sweep: " + file + " is no file: of several inputs each has to be one");
+        }
+        if (const auto time = firstTime(file, m_utcOffsetUs)) {
+            dated.emplace_back(*time, file);
+        } else {
+            without.push_back(file);
+        }
+    }
+    if (dated.empty()) {
+        return;
+    }
+    std::stable_sort(dated.begin(), dated.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    m_files.clear();
+    for (auto& [time, file] : dated) {
+        m_files.push_back(std::move(file));
+    }
+    for (std::string& file : without) {
+        tell(file + " holds no row of a sweep");
+        m_files.push_back(std::move(file));  // so that its bad lines are told
+    }
+}
+
+void SweepFiles::open()
+{
+    m_lines.emplace(openText(m_files[m_current]), LongestRow);
+}
+
+bool SweepFiles::openNext()
+{
+    if (m_current + 1 >= m_files.size()) {
+        return false;
+    }
+    ++m_current;
+    open();
+    return true;
+}
+
+std::string SweepFiles::name() const
+{
+    return m_files.size() > 1 ? m_files[m_current] : std::string();
+}
+
+std::optional<unsigned long long> SweepFiles::lastTime() const
+{
+    std::optional<unsigned long long> last;
+    for (const std::string& file : m_files) {
+        forEachRow(file, m_utcOffsetUs, [&last](unsigned long long time) {
+            last = std::max(last.value_or(0), time);
+            return true;
+        });
+    }
+    return last;
+}
 
 class SweepSource final : public Source {
 public:
