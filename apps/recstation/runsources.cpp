@@ -6,14 +6,15 @@
 #include <string>
 #include <utility>
 
-#include "input/isotime.h"
+#include "input/timetext.h"
 #include "live/livetimes.h"
 
 namespace RecStation {
 
 namespace {
 
-/// A pipe or a device in a run of live sources: gives the steps of another source the time of their arrival, or keeps theirs and tells how late they came.
+/// A pipe or a device in a run of live sources: gives the steps of another source the time of their arrival, or keeps
+/// theirs and tells how late they came.
 class ArrivalSource final : public Source {
 public:
     ArrivalSource(std::unique_ptr<Source> source, bool sourceTime) : m_source(std::move(source)), m_times(sourceTime) {}

@@ -1,4 +1,5 @@
-// The sources that the options name: whether they go together, how they are made, and whether they measured at the same time.
+// The sources that the options name: whether they go together, how they are made, and whether they measured at the same
+// time.
 #pragma once
 
 #include <memory>

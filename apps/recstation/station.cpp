@@ -8,8 +8,8 @@
 
 #include <QDir>
 
-#include "input/isotime.h"
 #include "input/timeorder.h"
+#include "input/timetext.h"
 #include "live/livescheduler.h"
 #include "system/stopnotifier.h"
 #include "watch/unfinished.h"

@@ -5,8 +5,7 @@
 
 #include <recording2/inspection/inspection.h>
 
-#include "input/isotime.h"
-#include "input/logtime.h"
+#include "input/timetext.h"
 #include "replay/recordingtime.h"
 #include "target.h"
 

@@ -1,7 +1,7 @@
 // What sources share on the command line: the input file, times, strictness.
 #include "input/optionchecks.h"
 
-#include "input/logtime.h"
+#include "input/timetext.h"
 
 namespace RecStation {
 

@@ -8,7 +8,7 @@
 
 #include <terminaltext/optionvalues.h>
 
-#include "input/isotime.h"
+#include "input/timetext.h"
 
 namespace RecStation {
 

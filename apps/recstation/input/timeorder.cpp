@@ -6,7 +6,7 @@
 
 #include <QString>
 
-#include "input/isotime.h"
+#include "input/timetext.h"
 
 namespace RecStation {
 

@@ -122,8 +122,8 @@ private:
 /// The sources of a run, in the order of their turns.
 using ChosenSources = std::vector<std::shared_ptr<const OfferedSource>>;
 
-/// All of them, in the order of the help, with their options as they are when nothing was said; the first runs where none
-/// is named.
+/// All of them, in the order of the help, with their options as they are when nothing was said; the first runs where
+/// none is named.
 [[nodiscard]] std::vector<std::shared_ptr<OfferedSource>> offeredSources();
 
 }  // namespace RecStation

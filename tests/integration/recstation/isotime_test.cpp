@@ -1,7 +1,7 @@
 // ISO times, with and without zone, to the microsecond.
 #include <gtest/gtest.h>
 
-#include "input/isotime.h"
+#include "input/timetext.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "input/logtime.h"
+#include "input/timetext.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "input/isotime.h"
+#include "input/timetext.h"
 #include "iqtesting.h"
 #include "sources/iq/iqplan.h"
 

@@ -11,7 +11,7 @@
 #include <values/tree.h>
 #include <values/value.h>
 
-#include "input/isotime.h"
+#include "input/timetext.h"
 #include "iqtesting.h"
 #include "sources/iq/iqsource.h"
 

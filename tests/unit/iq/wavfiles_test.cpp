@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "input/isotime.h"
+#include "input/timetext.h"
 #include "iqfiles_fixture.h"
 #include "sources/iq/wavheader.h"
 

@@ -8,7 +8,7 @@
 #include <QString>
 
 #include "input/badlines.h"
-#include "input/logtime.h"
+#include "input/timetext.h"
 #include "sources/bearings/krakenrow.h"
 #include "sources/source.h"
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "input/fields.h"
-#include "input/isotime.h"
+#include "input/timetext.h"
 
 namespace RecStation {
 

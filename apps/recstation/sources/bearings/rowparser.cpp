@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "input/fields.h"
-#include "input/isotime.h"
+#include "input/timetext.h"
 
 namespace RecStation {
 

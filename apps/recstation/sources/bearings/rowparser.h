@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "input/badlines.h"
-#include "input/logtime.h"
+#include "input/timetext.h"
 #include "sources/bearings/bearingssource.h"
 #include "sources/bearings/csvreader.h"
 #include "sources/bearings/loggedbearing.h"

@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "input/badlines.h"
-#include "input/isotime.h"
+#include "input/timetext.h"
 
 namespace RecStation::FeedFields {
 

@@ -1,4 +1,5 @@
-// One line of a feed: what it says, and how it is carried out on the value tree in force. doc/feed.md describes the lines.
+// One line of a feed: what it says, and how it is carried out on the value tree in force. doc/feed.md describes the
+// lines.
 #pragma once
 
 #include <cstdint>

@@ -11,8 +11,8 @@
 
 #include "clock.h"
 #include "input/fields.h"
-#include "input/isotime.h"
 #include "input/timeorder.h"
+#include "input/timetext.h"
 
 namespace RecStation {
 

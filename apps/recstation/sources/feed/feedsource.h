@@ -1,8 +1,8 @@
 // The source "feed": changes as JSON Lines, one object a line, from a file or another program.
 #pragma once
 
-#include <functional>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>

@@ -6,7 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "input/isotime.h"
+#include "input/timetext.h"
 
 namespace RecStation {
 

@@ -11,7 +11,7 @@
 
 #include "clock.h"
 #include "input/byteinput.h"
-#include "input/isotime.h"
+#include "input/timetext.h"
 #include "input/usageerror.h"
 #include "sources/iq/foreignbytes.h"
 #include "sources/iq/recordername.h"

@@ -9,7 +9,7 @@
 #include <QFileInfo>
 
 #include "clock.h"
-#include "input/isotime.h"
+#include "input/timetext.h"
 #include "published/spectrumvalues.h"
 #include "sources/iq/foreignbytes.h"
 #include "sources/iq/iqplan.h"

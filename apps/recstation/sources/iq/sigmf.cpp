@@ -8,7 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "input/isotime.h"
+#include "input/timetext.h"
 #include "iqspectra/sampleformat.h"
 
 namespace RecStation {

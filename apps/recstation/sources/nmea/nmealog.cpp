@@ -13,7 +13,7 @@
 
 #include "clock.h"
 #include "input/fields.h"
-#include "input/isotime.h"
+#include "input/timetext.h"
 #include "sources/nmea/lineends.h"
 
 namespace RecStation {

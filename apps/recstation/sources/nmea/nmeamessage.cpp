@@ -13,8 +13,8 @@ namespace RecStation {
 
 namespace {
 
-// Fields as numbers, times and angles; an empty field is nothing. All throw LineError when a field is there and cannot be
-// read; "what" names it then.
+// Fields as numbers, times and angles; an empty field is nothing. All throw LineError when a field is there and cannot
+// be read; "what" names it then.
 namespace NmeaFields {
 
 [[noreturn]] void refuse(const char* what, std::string_view field)

@@ -3,8 +3,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include "input/logtime.h"
 #include "input/optionchecks.h"
+#include "input/timetext.h"
 #include "sources/offeredsource.h"
 
 namespace RecStation {

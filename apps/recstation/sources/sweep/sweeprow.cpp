@@ -9,8 +9,7 @@
 #include <QString>
 
 #include "input/fields.h"
-#include "input/isotime.h"
-#include "input/logtime.h"
+#include "input/timetext.h"
 
 namespace RecStation {
 

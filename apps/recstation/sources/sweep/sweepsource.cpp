@@ -11,9 +11,9 @@
 #include <system/stopsignal.h>
 
 #include "clock.h"
-#include "input/isotime.h"
 #include "input/linereader.h"
 #include "input/timeorder.h"
+#include "input/timetext.h"
 #include "input/usageerror.h"
 #include "published/spectrumvalues.h"
 #include "sources/sweep/sweepassembly.h"
