@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "input/usageerror.h"
+#include "input/badlines.h"
 #include "sources/offeredsource.h"
 #include "stationfile.h"
 

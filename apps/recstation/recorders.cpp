@@ -8,7 +8,7 @@
 
 #include <terminaltext/nearestword.h>
 
-#include "input/usageerror.h"
+#include "input/badlines.h"
 
 namespace RecStation {
 

@@ -1,4 +1,4 @@
-// Lines that cannot be used: told one by one while there are few, counted always.
+// What cannot be used: errors of input and command line; lines, told one by one while there are few, counted always.
 #pragma once
 
 #include <cstddef>
@@ -19,6 +19,11 @@ class LineError : public std::runtime_error {
 
 /// Of an input that is to be read strictly: it ends the run, also where other sources could go on.
 class StrictError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// Something on the command line that cannot be used, found out only when configuration or files were read.
+class UsageError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 

@@ -7,7 +7,7 @@
 #include <terminaltext/quantity.h>
 #include <vkbase/quonos.h>
 
-#include "input/usageerror.h"
+#include "input/badlines.h"
 #include "iqspectra/frames.h"
 #include "iqspectra/hops.h"
 #include "iqspectra/receiver.h"

@@ -14,7 +14,7 @@
 #include <values/value.h>
 
 #include "configuration.h"
-#include "input/usageerror.h"
+#include "input/badlines.h"
 #include "iqspectra/hops.h"
 #include "iqspectra/samplewatch.h"
 #include "iqtesting.h"

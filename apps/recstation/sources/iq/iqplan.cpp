@@ -12,7 +12,7 @@
 #include "clock.h"
 #include "input/byteinput.h"
 #include "input/timetext.h"
-#include "input/usageerror.h"
+#include "input/badlines.h"
 #include "sources/iq/foreignbytes.h"
 #include "sources/iq/recordername.h"
 #include "sources/iq/sigmf.h"

@@ -5,7 +5,7 @@
 #include <array>
 #include <cmath>
 
-#include "input/usageerror.h"
+#include "input/badlines.h"
 #include "sources/rtltcp/rtltcpprotocol.h"
 
 namespace RecStation {

@@ -14,7 +14,7 @@
 #include "input/linereader.h"
 #include "input/timeorder.h"
 #include "input/timetext.h"
-#include "input/usageerror.h"
+#include "input/badlines.h"
 #include "published/spectrumvalues.h"
 #include "sources/sweep/sweepassembly.h"
 #include "sources/sweep/sweeprow.h"
