@@ -7,7 +7,7 @@
 #include "input/timetext.h"
 #include "iqfiles_fixture.h"
 #include "sources/iq/foreignbytes.h"
-#include "sources/iq/recordername.h"
+#include "sources/iq/knownsamples.h"
 
 namespace IqTesting {
 namespace {

@@ -14,9 +14,7 @@
 #include "input/timetext.h"
 #include "input/badlines.h"
 #include "sources/iq/foreignbytes.h"
-#include "sources/iq/recordername.h"
-#include "sources/iq/sigmf.h"
-#include "sources/iq/wavsamples.h"
+#include "sources/iq/knownsamples.h"
 
 namespace RecStation {
 

@@ -13,7 +13,7 @@
 #include "published/spectrumvalues.h"
 #include "sources/iq/foreignbytes.h"
 #include "sources/iq/iqplan.h"
-#include "sources/iq/wavsamples.h"
+#include "sources/iq/knownsamples.h"
 
 namespace RecStation {
 

@@ -1,5 +1,5 @@
 // Recognising times and frequencies in the names of files.
-#include "sources/iq/recordername.h"
+#include "sources/iq/knownsamples.h"
 
 #include <QDateTime>
 #include <QRegularExpression>

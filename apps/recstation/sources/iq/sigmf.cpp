@@ -1,5 +1,5 @@
 // Reading the JSON of SigMF metadata, and finding where its captures lie in the file.
-#include "sources/iq/sigmf.h"
+#include "sources/iq/knownsamples.h"
 
 #include <stdexcept>
 

@@ -1,5 +1,4 @@
 // Finding the samples of WAV files, whatever their headers look like, and decoding them with libsndfile.
-#include "sources/iq/wavsamples.h"
 
 #include <algorithm>
 #include <array>
@@ -15,7 +14,7 @@
 
 #include <system/stopsignal.h>
 
-#include "sources/iq/recordername.h"
+#include "sources/iq/knownsamples.h"
 #include "sources/iq/wavheader.h"
 
 namespace RecStation {
