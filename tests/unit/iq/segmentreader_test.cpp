@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "iqspectra/segmentreader.h"
+#include "iqspectra/frames.h"
 #include "support/textinput.h"
 
 namespace {

@@ -47,7 +47,7 @@ ByteInput refusingForeign(ByteInput input, const std::string& name)
 
 class IqSource final : public Source {
 public:
-    IqSource(IqOptions options, IqReport report) : m_options(std::move(options)), m_report(std::move(report)) {}
+    IqSource(IqOptions options, InputReport report) : m_options(std::move(options)), m_report(std::move(report)) {}
 
     [[nodiscard]] QString name() const override { return QStringLiteral("iq"); }
     void prepare() override;
@@ -71,7 +71,7 @@ private:
     [[nodiscard]] unsigned long long pendingTime();
 
     IqOptions m_options;
-    IqReport m_report;
+    InputReport m_report;
     IqPlan m_plan;
     ByteInput m_input;
     std::uint64_t m_position = 0;  // of the next byte of the input
@@ -210,7 +210,7 @@ std::optional<unsigned long long> IqSource::lastTime()
 
 }  // namespace
 
-std::unique_ptr<Source> makeIqSource(const IqOptions& options, IqReport report)
+std::unique_ptr<Source> makeIqSource(const IqOptions& options, InputReport report)
 {
     return std::make_unique<IqSource>(options, std::move(report));
 }

@@ -41,6 +41,7 @@ struct IqOptions : SpectrumOptions {
 /// whole spectrum is thrown by prepare, which reads the first spectrum's samples; damage found later (samples that are
 /// no numbers, a cut last sample, samples that do not fill a spectrum) is reported and counted. Memory depends on the
 /// FFT size only.
-std::unique_ptr<Source> makeIqSource(const IqOptions& options, IqReport report);
+/// @param report takes sentences without the source's name
+std::unique_ptr<Source> makeIqSource(const IqOptions& options, InputReport report);
 
 }  // namespace RecStation
