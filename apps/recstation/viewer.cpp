@@ -1,11 +1,11 @@
 // Starting recview, passing its address on, and ending it.
 #include "viewer.h"
 
-#include <functional>
 #include <utility>
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QFileInfo>
 #include <QProcess>
 #include <QThread>
@@ -13,19 +13,6 @@
 namespace RecStation {
 
 namespace {
-
-/// A thread with an event loop in the midst of its work.
-class ViewerThread : public QThread {
-public:
-    explicit ViewerThread(std::function<void(ViewerThread&)> work) : m_work(std::move(work)) {}
-    void runEvents() { exec(); }
-
-protected:
-    void run() override { m_work(*this); }
-
-private:
-    std::function<void(ViewerThread&)> m_work;
-};
 
 QString viewerProgram()
 {
@@ -45,8 +32,7 @@ Viewer::Viewer(const QStringList& directories, int port)
     QStringList arguments = {QStringLiteral("--quiet"), QStringLiteral("--until-input-ends"), QStringLiteral("--port"),
                              QString::number(port), QStringLiteral("--")};
     arguments += directories;
-    m_thread = std::make_unique<ViewerThread>(
-        [this, arguments](ViewerThread& thread) { run(arguments, [&thread] { thread.runEvents(); }); });
+    m_thread.reset(QThread::create([this, arguments] { run(arguments); }));
     m_thread->start();
 }
 
@@ -75,7 +61,7 @@ void Viewer::tell(const QString& sentence)
     m_hasNews = true;
 }
 
-void Viewer::run(const QStringList& arguments, const std::function<void()>& runEvents)
+void Viewer::run(const QStringList& arguments)
 {
     QProcess process;
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -96,7 +82,7 @@ void Viewer::run(const QStringList& arguments, const std::function<void()>& runE
                          }
                      });
     process.start(viewerProgram(), arguments);
-    runEvents();
+    QEventLoop().exec();  // until the thread is to quit
     process.disconnect();
     process.closeWriteChannel();
     if (process.state() != QProcess::NotRunning && !process.waitForFinished(PatienceMs)) {

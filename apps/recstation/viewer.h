@@ -2,7 +2,6 @@
 #pragma once
 
 #include <atomic>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -28,7 +27,7 @@ public:
     [[nodiscard]] std::optional<QString> news();
 
 private:
-    void run(const QStringList& arguments, const std::function<void()>& runEvents);
+    void run(const QStringList& arguments);
     void tell(const QString& sentence);
 
     std::atomic<bool> m_hasNews = false;
