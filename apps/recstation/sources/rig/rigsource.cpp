@@ -6,7 +6,6 @@
 #include <CLI/CLI.hpp>
 
 #include "input/optionchecks.h"
-#include "live/datagrams.h"
 #include "live/peersource.h"
 #include "sources/rig/rigclient.h"
 #include "sources/rig/rigspectrum.h"
