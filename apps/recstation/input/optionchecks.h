@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -12,10 +11,16 @@
 
 namespace RecStation {
 
-/// FILE, which must be given; a recording is none, whatever the source would make of its bytes.
-CLI::Option* addInputFile(CLI::App& command, std::string& file, const char* description);
-/// FILE..., one at least, of which none is a recording.
-CLI::Option* addInputFiles(CLI::App& command, std::vector<std::string>& files, const char* description);
+/// FILE, which must be given, or FILE... where files are several, one at least. A recording is none, whatever the source
+/// would make of its bytes.
+template <typename File>
+CLI::Option* addInputFile(CLI::App& command, File& file, const char* description)
+{
+    const auto refuseRecording = [](const std::string& name) {
+        return name.ends_with(".rec") ? name + " is a recording; rectool shows it" : std::string();
+    };
+    return command.add_option("FILE", file, description)->required()->check(refuseRecording, "");
+}
 /// An option of whose text parse makes the value; a text of which it makes nothing is refused with what was expected.
 template <typename Value, typename Parse>
 CLI::Option* addParsed(CLI::App& command, const char* name, Value& value, const char* description, Parse parse,
@@ -29,7 +34,11 @@ CLI::Option* addParsed(CLI::App& command, const char* name, Value& value, const 
 }
 
 /// --utc-offset, in microseconds
-void addUtcOffset(CLI::App& command, long long& offsetUs, const char* description);
+inline void addUtcOffset(CLI::App& command, long long& offsetUs, const char* description)
+{
+    addParsed(command, "--utc-offset", offsetUs, description, parseUtcOffset, "an offset such as -05:00 or UTC")
+        ->default_str("UTC");
+}
 /// --start, in microseconds since 1970 UTC
 template <typename Time>
 CLI::Option* addStart(CLI::App& command, Time& startTime, const char* description)
@@ -38,6 +47,9 @@ CLI::Option* addStart(CLI::App& command, Time& startTime, const char* descriptio
                      "a time from 1970 to 2500 such as 2026-03-01T08:00:00Z");
 }
 /// --strict
-void addStrict(CLI::App& command, bool& strict, const char* description = "The first bad line ends the run");
+inline void addStrict(CLI::App& command, bool& strict, const char* description = "The first bad line ends the run")
+{
+    command.add_flag("--strict", strict, description);
+}
 
 }  // namespace RecStation

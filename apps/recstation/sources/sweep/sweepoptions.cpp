@@ -22,7 +22,7 @@ Examples:
 void addSweepOptions(CLI::App& command, SweepOptions& options)
 {
     command.footer(SweepExample);
-    addInputFiles(command, options.files, "Rows as CSV, one file or several; - is the standard input");
+    addInputFile(command, options.files, "Rows as CSV, one file or several; - is the standard input");
     addUtcOffset(command, options.utcOffsetUs, "How far the rows' times are ahead of UTC, as -05:00");
     command
         .add_option("--bin-frequency", options.binFrequency,
