@@ -1,8 +1,13 @@
-// Slices of steps on a timer, and the waits of a paced run.
+// Slices of steps on a timer, the waits of a paced run, and a signal's way, or that of a thread of the system's, into
+// the event loop.
 #include "runner.h"
 
 #include <algorithm>
 #include <utility>
+
+#include <QSocketNotifier>
+
+#include <system/program.h>
 
 namespace RecStation {
 
@@ -114,5 +119,24 @@ long long Runner::millisecondsUntil(unsigned long long time)
     const double wait = dueMs - static_cast<double>(m_sinceStart.elapsed());
     return static_cast<long long>(std::clamp(wait, 0.0, static_cast<double>(LongestWaitMs)));
 }
+
+StopNotifier::StopNotifier(const std::function<void()>& wake)
+    : m_wake(std::make_unique<QTimer>()),
+      m_signal([timer = m_wake.get()] { QMetaObject::invokeMethod(timer, "start", Qt::QueuedConnection); })
+{
+    m_wake->setSingleShot(true);
+    QObject::connect(m_wake.get(), &QTimer::timeout, m_wake.get(), wake);
+    System::ignoreBrokenPipes();
+    if (System::StopSignal::wakeDescriptor() < 0) {
+        return;
+    }
+    m_notifier = std::make_unique<QSocketNotifier>(System::StopSignal::wakeDescriptor(), QSocketNotifier::Read);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this, wake] {
+        m_notifier->setEnabled(false);
+        wake();
+    });
+}
+
+StopNotifier::~StopNotifier() = default;
 
 }  // namespace RecStation

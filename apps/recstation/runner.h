@@ -1,16 +1,21 @@
-// The event loop that drives the scheduler, as fast as possible or paced.
+// The event loop that drives the scheduler, as fast as possible or paced, and learns of the wish to stop.
 #pragma once
 
 #include <chrono>
 #include <exception>
 #include <functional>
+#include <memory>
 #include <optional>
 
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QTimer>
 
+#include <system/stopsignal.h>
+
 #include "scheduler.h"
+
+class QSocketNotifier;
 
 namespace RecStation {
 
@@ -51,6 +56,22 @@ private:
     std::optional<unsigned long long> m_start;  // recorded time of the first step
     std::exception_ptr m_failure;
     std::optional<std::chrono::milliseconds> m_onlyAwaits;  // for so long
+};
+
+/// The wish to stop, told to the event loop. At most one object at a time. While it lives, a reader of the messages
+/// that goes away does not end the recording.
+class StopNotifier {
+public:
+    /// @param wake called once from the event loop of the constructing thread
+    explicit StopNotifier(const std::function<void()>& wake);
+    StopNotifier(const StopNotifier&) = delete;
+    StopNotifier& operator=(const StopNotifier&) = delete;
+    ~StopNotifier();
+
+private:
+    std::unique_ptr<QTimer> m_wake;  // started by whatever thread the signal comes in
+    System::StopSignal m_signal;
+    std::unique_ptr<QSocketNotifier> m_notifier;
 };
 
 }  // namespace RecStation

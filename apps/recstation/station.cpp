@@ -11,7 +11,6 @@
 #include "input/timeorder.h"
 #include "input/timetext.h"
 #include "live/livescheduler.h"
-#include "system/stopnotifier.h"
 #include "watch/unfinished.h"
 
 namespace RecStation {

@@ -11,8 +11,8 @@
 
 namespace RecStation {
 
-/// FILE, which must be given, or FILE... where files are several, one at least. A recording is none, whatever the source
-/// would make of its bytes.
+/// FILE, which must be given, or FILE... where files are several, one at least. A recording is none, whatever the
+/// source would make of its bytes.
 template <typename File>
 CLI::Option* addInputFile(CLI::App& command, File& file, const char* description)
 {

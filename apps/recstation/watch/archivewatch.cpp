@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "system/stopnotifier.h"
+#include <system/stopsignal.h>
 
 namespace RecStation {
 

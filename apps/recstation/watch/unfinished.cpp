@@ -13,10 +13,10 @@
 #include <recording2/inspection/inspection.h>
 #include <recording2/inspection/rescue/leftparts.h>
 #include <recording2/inspection/rescue/recovery.h>
+#include <system/stopsignal.h>
 
 #include "progress.h"
 #include "recordedfiles.h"
-#include "system/stopnotifier.h"
 
 namespace RecStation {
 

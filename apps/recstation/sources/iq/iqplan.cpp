@@ -10,9 +10,9 @@
 #include <QFileInfo>
 
 #include "clock.h"
+#include "input/badlines.h"
 #include "input/byteinput.h"
 #include "input/timetext.h"
-#include "input/badlines.h"
 #include "sources/iq/foreignbytes.h"
 #include "sources/iq/knownsamples.h"
 

@@ -11,10 +11,10 @@
 #include <system/stopsignal.h>
 
 #include "clock.h"
+#include "input/badlines.h"
 #include "input/linereader.h"
 #include "input/timeorder.h"
 #include "input/timetext.h"
-#include "input/badlines.h"
 #include "published/spectrumvalues.h"
 #include "sources/sweep/sweepassembly.h"
 #include "sources/sweep/sweeprow.h"
