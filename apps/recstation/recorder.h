@@ -1,4 +1,4 @@
-// One recorder of the plug-in and the status values through which the host works it.
+// The recorder plug-in, and one recorder of it with the status values through which the host works it.
 #pragma once
 
 #include <memory>
@@ -7,19 +7,47 @@
 #include <vector>
 
 #include <QHash>
+#include <QLibrary>
 #include <QString>
 #include <QStringList>
 
+#include <startup/dllinstance.h>
 #include <values/maps.h>
 #include <values/selection.h>
 #include <values/tree.h>
 
 #include "configuration.h"
-#include "plugin.h"
 #include "recordedfiles.h"
 #include "watch/recordingwatch.h"
 
 namespace RecStation {
+
+/// The recorder plug-in, loaded at run time. It stays in the process until the end, so objects that it made never lose
+/// their code.
+class Plugin {
+public:
+    struct Destroy {
+        void (*destroy)(IDllInstance*) = nullptr;
+        void operator()(IDllInstance* instance) const { destroy(instance); }
+    };
+    using Instance = std::unique_ptr<IDllInstance, Destroy>;
+
+    /// @param path the library; empty looks in the places beside the program
+    /// @throws std::runtime_error when it cannot be found, loaded, or is no recorder plug-in
+    explicit Plugin(const QString& path);
+
+    /// Makes the recorder of a configured instance.
+    /// @throws std::runtime_error when the plug-in gives none, and what its set-up throws
+    [[nodiscard]] Instance create(const QString& instanceName) const;
+
+    /// Where the plug-in lies beside this program, in the build tree and installed; empty when it is nowhere.
+    [[nodiscard]] static QString findBesideProgram();
+
+private:
+    QLibrary m_library;
+    IDllInstance* (*m_create)(const wchar_t*) = nullptr;
+    void (*m_destroy)(IDllInstance*) = nullptr;
+};
 
 /// Needs the value tree in force for its whole life.
 class Recorder {

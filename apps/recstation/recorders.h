@@ -13,7 +13,6 @@
 #include <QStringList>
 
 #include "configuration.h"
-#include "plugin.h"
 #include "progress.h"
 #include "recorder.h"
 #include "recordertraces.h"

@@ -13,7 +13,6 @@
 #include "clock.h"
 #include "configuration.h"
 #include "options.h"
-#include "plugin.h"
 #include "progress.h"
 #include "recorders.h"
 #include "recordertraces.h"
