@@ -15,7 +15,6 @@
 #include "options.h"
 #include "progress.h"
 #include "recorders.h"
-#include "recordertraces.h"
 #include "runner.h"
 #include "runsources.h"
 #include "scheduler.h"
