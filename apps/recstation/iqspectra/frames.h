@@ -12,7 +12,6 @@
 #include "input/byteinput.h"
 #include "iqspectra/sampleformat.h"
 #include "iqspectra/spectrum.h"
-#include "iqspectra/spectrumplan.h"
 
 namespace RecStation {
 

@@ -12,7 +12,7 @@
 #include <QString>
 
 #include "iqspectra/sampleformat.h"
-#include "iqspectra/spectrumplan.h"
+#include "iqspectra/spectrum.h"
 #include "live/connection.h"
 #include "sources/offeredsource.h"
 

@@ -1,5 +1,5 @@
 // Checks and help of the options of spectra.
-#include "iqspectra/spectrumplan.h"
+#include "iqspectra/spectrum.h"
 
 #include <CLI/CLI.hpp>
 

@@ -9,7 +9,7 @@
 #include <QStringList>
 
 #include "iqspectra/sampleformat.h"
-#include "iqspectra/spectrumplan.h"
+#include "iqspectra/spectrum.h"
 #include "sources/iq/iqsource.h"
 
 namespace RecStation {
