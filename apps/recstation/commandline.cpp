@@ -53,6 +53,9 @@ and spectra they show, where recordings would go, and what is missing (exit code
 Exit codes: 0 all is well, 1 wrong arguments, 2 nothing could be recorded or the run broke off,
 3 it ran, but input was bad or a file was not properly written.)";
 
+// The word that stands before everything else where nothing is to be recorded.
+constexpr auto CheckWord = "check";
+
 constexpr double LongestGapSeconds = 1e9;
 
 void addGapOptions(CLI::App& app, Options& options)

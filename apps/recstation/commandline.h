@@ -16,9 +16,6 @@ struct CommandLine {
     ExitCode exitCode = ExitCode::Success;
 };
 
-/// The word that stands before everything else where nothing is to be recorded.
-constexpr const char* CheckWord = "check";
-
 /// @param arguments UTF-8, without the program name
 [[nodiscard]] CommandLine parseCommandLine(std::vector<std::string> arguments);
 

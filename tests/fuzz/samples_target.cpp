@@ -9,10 +9,9 @@
 
 #include "input/unpacking.h"
 #include "scratchfile.h"
-#include "sources/iq/foreignbytes.h"
 #include "sources/iq/knownsamples.h"
 #include "sources/iq/wavheader.h"
-#include "sources/rtltcp/rtltcpprotocol.h"
+#include "sources/rtltcp/rtltcpreceiver.h"
 #include "target.h"
 
 namespace Fuzzing {

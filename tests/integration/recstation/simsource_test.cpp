@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "scheduler.h"
+#include "sources/sim/scenery.h"
 #include "sources/sim/simvalues.h"
 
 namespace RecStation {

@@ -7,7 +7,6 @@
 
 #include "geo/geodesic.h"
 #include "geojsontesting.h"
-#include "sources/sim/band.h"
 #include "sources/sim/scenery.h"
 
 namespace {

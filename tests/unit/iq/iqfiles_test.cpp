@@ -6,7 +6,6 @@
 
 #include "input/timetext.h"
 #include "iqfiles_fixture.h"
-#include "sources/iq/foreignbytes.h"
 #include "sources/iq/knownsamples.h"
 
 namespace IqTesting {

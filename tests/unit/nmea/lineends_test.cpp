@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "sources/nmea/lineends.h"
+#include "sources/nmea/nmealog.h"
 
 namespace RecStation {
 namespace {

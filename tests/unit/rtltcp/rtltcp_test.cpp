@@ -19,7 +19,6 @@
 #include "iqspectra/samplewatch.h"
 #include "iqtesting.h"
 #include "rtltcpserver.h"
-#include "sources/rtltcp/rtltcpprotocol.h"
 #include "sources/rtltcp/rtltcpreceiver.h"
 
 namespace {

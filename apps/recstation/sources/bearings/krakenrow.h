@@ -1,14 +1,30 @@
-// The line that a KrakenSDR direction finder writes for each bearing.
+// A bearing, and the line that a KrakenSDR direction finder writes for each.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <span>
+#include <string>
 #include <string_view>
 
-#include "sources/bearings/loggedbearing.h"
-
 namespace RecStation {
+
+/// A bearing as a direction finder reports it.
+struct LoggedBearing {
+    unsigned long long time = 0;  ///< microseconds since 1970 UTC
+    double frequencyHz = 0;
+    double azimuthDeg = 0;  ///< 0 to 360
+    // Not a number where it was not told.
+    double elevationDeg = std::numeric_limits<double>::quiet_NaN();  ///< -90 to 90
+    double levelDb = std::numeric_limits<double>::quiet_NaN();
+    double quality = std::numeric_limits<double>::quiet_NaN();       ///< 0 to 100
+    double headingDeg = std::numeric_limits<double>::quiet_NaN();    ///< true heading of azimuth 0
+    double latitudeDeg = std::numeric_limits<double>::quiet_NaN();   ///< north is positive
+    double longitudeDeg = std::numeric_limits<double>::quiet_NaN();  ///< east is positive
+    double altitudeM = std::numeric_limits<double>::quiet_NaN();
+    std::string station;
+};
 
 /// Which way the finder counts its angles.
 enum class Mirror : std::uint8_t {

@@ -10,7 +10,7 @@
 #include "input/timetext.h"
 #include "sources/bearings/bearingssource.h"
 #include "sources/bearings/csvreader.h"
-#include "sources/bearings/loggedbearing.h"
+#include "sources/bearings/krakenrow.h"
 
 namespace RecStation {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "published/fix.h"
+#include "published/positionvalues.h"
 
 namespace RecStation {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "published/fix.h"
+#include "published/positionvalues.h"
 #include "sources/gpsd/gpsdreport.h"
 
 namespace RecStation {

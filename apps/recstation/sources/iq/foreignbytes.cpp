@@ -1,5 +1,5 @@
 // The first bytes of packed files, archives and sound files.
-#include "sources/iq/foreignbytes.h"
+#include "sources/iq/knownsamples.h"
 
 #include <algorithm>
 #include <array>

@@ -13,7 +13,6 @@
 #include "input/badlines.h"
 #include "input/byteinput.h"
 #include "input/timetext.h"
-#include "sources/iq/foreignbytes.h"
 #include "sources/iq/knownsamples.h"
 
 namespace RecStation {

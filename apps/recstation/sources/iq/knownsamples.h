@@ -1,9 +1,11 @@
 // What is known of samples besides what the command line says: from metadata, a header or a name.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <QString>
@@ -69,5 +71,14 @@ struct KnownWav {
 [[nodiscard]] KnownWav readWav(const QString& file);
 /// I and Q as cf32_le, of full scale 1 (8 bits: 128 is 0). @throws std::runtime_error
 [[nodiscard]] ByteInput openWav(const QString& file);
+
+// ---- by the first bytes, that it is none
+
+constexpr std::size_t ForeignBytes = 12;  ///< as many tell
+
+/// What is wrong with bytes that would be noise if they were read as samples, and what to do, as a clause: "is packed
+/// by gzip: unpack it first"; empty where nothing is known against them.
+/// @param first of the input, ForeignBytes where it has so many
+[[nodiscard]] std::string whyNoSamples(std::string_view first);
 
 }  // namespace RecStation

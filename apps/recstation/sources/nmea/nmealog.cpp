@@ -14,7 +14,6 @@
 #include "clock.h"
 #include "input/fields.h"
 #include "input/timetext.h"
-#include "sources/nmea/lineends.h"
 
 namespace RecStation {
 

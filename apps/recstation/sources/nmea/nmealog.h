@@ -21,6 +21,10 @@
 
 namespace RecStation {
 
+/// Makes a line feed of each carriage return behind which neither of the two follows. One that comes last so far waits
+/// for the next byte.
+[[nodiscard]] ByteInput withLineFeeds(ByteInput input);
+
 struct TimedFix {
     unsigned long long time =
         0;  ///< microseconds since 1970 UTC; not earlier than that of the fix before, but after a gap

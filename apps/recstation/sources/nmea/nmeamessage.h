@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "published/fix.h"
+#include "published/positionvalues.h"
 #include "sources/nmea/nmeasentence.h"
 
 namespace RecStation {

@@ -6,7 +6,6 @@
 #include <cmath>
 
 #include "input/badlines.h"
-#include "sources/rtltcp/rtltcpprotocol.h"
 
 namespace RecStation {
 

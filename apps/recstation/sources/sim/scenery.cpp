@@ -5,8 +5,6 @@
 #include <array>
 #include <cmath>
 
-#include "band.h"
-
 namespace RecStation::Sim {
 
 namespace {

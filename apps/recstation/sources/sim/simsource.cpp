@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "band.h"
 #include "scenery.h"
 #include "simvalues.h"
 

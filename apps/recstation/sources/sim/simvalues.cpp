@@ -6,7 +6,7 @@
 
 #include <values/recordingtext.h>
 
-#include "band.h"
+#include "scenery.h"
 
 namespace RecStation::Sim {
 
