@@ -4,12 +4,15 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include <QString>
+
+#include <values/maps.h>
 
 #include "iqspectra/sampleformat.h"
 #include "iqspectra/spectrum.h"
@@ -68,5 +71,55 @@ struct ReceiverDevice {
 /// @throws UsageError when the options do not go together
 [[nodiscard]] std::unique_ptr<Source> makeReceiverSource(const ReceiverDevice& device, const ReceiverOptions& options,
                                                          std::unique_ptr<IqReceiver> receiver, const SourceRun& run);
+
+// ---- what that source is made of
+
+/// Where the spectrum of one band lies in the panorama.
+struct HopPart {
+    std::size_t firstChannel = 0;  ///< of the panorama
+    std::size_t firstBin = 0;      ///< of the band's spectrum
+    std::size_t bins = 0;
+};
+
+struct HopLayout {
+    values::ChannelRange channels;
+    double lowHz = 0;
+    double highHz = 0;
+    double stepHz = 0;
+    std::vector<HopPart> parts;  ///< in the order of the centres that were given
+};
+
+/// Of two bands that overlap each keeps what lies nearer to its centre; where two do not join there is nothing between
+/// them, and the channels are a list then, as they are where one does not fall on the grid of the other.
+/// @param centresHz different from each other, at least one
+/// @param bins of a band's spectrum, even
+[[nodiscard]] HopLayout layOutHops(const std::vector<double>& centresHz, double rateHz, std::size_t bins);
+
+/// A server on the network does not say what it had to drop: fewer samples come than the rate promises then.
+class SampleWatch {
+public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    explicit SampleWatch(double rateHz) : m_rateHz(rateHz) {}
+
+    void begin(Time now);  ///< a new connection
+    void add(std::uint64_t samples) { m_came += static_cast<double>(samples); }
+    /// To be asked whenever some came. Every ten seconds: how many samples are missing since the ten seconds before,
+    /// nothing where all came. What comes late is not missing: only by what the samples are behind the clock even when
+    /// they are least behind. Nor is the little that an oscillator is off.
+    [[nodiscard]] std::optional<std::uint64_t> missing(Time now);
+    /// Told once in a connection: the rate at which samples come, where that is more than was asked for. What came late
+    /// comes at once then, so all of the connection counts.
+    [[nodiscard]] std::optional<double> higherRate(Time now);
+
+private:
+    double m_rateHz;
+    Time m_connected;
+    double m_came = 0;                                               // samples
+    Time m_window;                                                   // begin of the ten seconds
+    double m_leastBehind = std::numeric_limits<double>::infinity();  // in them, samples
+    std::optional<double> m_leastBefore;                             // in those before
+    bool m_rateTold = false;
+};
 
 }  // namespace RecStation

@@ -1,6 +1,8 @@
-// Spectra of a receiver's samples as they come, of one band or of several in turn.
+// Spectra of a receiver's samples as they come, of one band or of several in turn, whose channels are put one behind
+// the other; and whether all samples come.
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <span>
 #include <utility>
 
@@ -9,9 +11,7 @@
 
 #include "input/badlines.h"
 #include "iqspectra/frames.h"
-#include "iqspectra/hops.h"
 #include "iqspectra/receiver.h"
-#include "iqspectra/samplewatch.h"
 #include "live/peersource.h"
 #include "published/attachedvalue.h"
 #include "published/spectrumvalues.h"
@@ -19,6 +19,21 @@
 namespace RecStation {
 
 namespace {
+
+bool areEven(const std::vector<double>& channelsHz, double stepHz)
+{
+    constexpr double Tolerance = 0.01;  // channels
+    for (std::size_t i = 0; i < channelsHz.size(); ++i) {
+        const double expected = channelsHz.front() + static_cast<double>(i) * stepHz;
+        if (std::abs(channelsHz[i] - expected) > Tolerance * stepHz) {
+            return false;
+        }
+    }
+    return true;
+}
+
+constexpr std::chrono::seconds WatchWindow{10};
+constexpr double Tolerated = 0.02;  // of all
 
 constexpr double DefaultDwellSeconds = 0.02;
 constexpr std::size_t MostChannels = 1'000'000;
@@ -245,6 +260,80 @@ SourceReport ReceiverSource::counts() const
 }
 
 }  // namespace
+
+HopLayout layOutHops(const std::vector<double>& centresHz, double rateHz, std::size_t bins)
+{
+    HopLayout out;
+    out.stepHz = rateHz / static_cast<double>(bins);
+    out.parts.resize(centresHz.size());
+    std::vector<std::size_t> ascending(centresHz.size());
+    std::iota(ascending.begin(), ascending.end(), std::size_t{0});
+    std::sort(ascending.begin(), ascending.end(),
+              [&centresHz](std::size_t a, std::size_t b) { return centresHz[a] < centresHz[b]; });
+    std::vector<double> channelsHz;
+    for (std::size_t i = 0; i < ascending.size(); ++i) {
+        const double centre = centresHz[ascending[i]];
+        const double startHz = centre - rateHz / 2;
+        double lowHz = startHz;
+        double highHz = centre + rateHz / 2;
+        if (i > 0) {
+            lowHz = std::max(lowHz, std::midpoint(centresHz[ascending[i - 1]], centre));
+        }
+        if (i + 1 < ascending.size()) {
+            highHz = std::min(highHz, std::midpoint(centre, centresHz[ascending[i + 1]]));
+        }
+        // The channels from the lower edge on, without the upper one; a rounding error must not give one to both.
+        const auto binAt = [&](double hz) {
+            constexpr double Tolerance = 1e-6;
+            const double bin = std::ceil((hz - startHz) / out.stepHz - Tolerance);
+            return static_cast<std::size_t>(std::clamp(bin, 0.0, static_cast<double>(bins)));
+        };
+        HopPart& part = out.parts[ascending[i]];
+        part.firstChannel = channelsHz.size();
+        part.firstBin = binAt(lowHz);
+        part.bins = binAt(highHz) - part.firstBin;
+        for (std::size_t bin = part.firstBin; bin < part.firstBin + part.bins; ++bin) {
+            channelsHz.push_back(startHz + static_cast<double>(bin) * out.stepHz);
+        }
+    }
+    out.lowHz = channelsHz.front();
+    out.highHz = channelsHz.back() + out.stepHz;
+    out.channels = areEven(channelsHz, out.stepHz)
+                       ? values::ChannelRange::Even(channelsHz.front(), out.stepHz, channelsHz.size())
+                       : values::ChannelRange::List(std::move(channelsHz));
+    return out;
+}
+
+void SampleWatch::begin(Time now)
+{
+    *this = SampleWatch(m_rateHz);
+    m_connected = now;
+    m_window = now;
+}
+
+std::optional<std::uint64_t> SampleWatch::missing(Time now)
+{
+    m_leastBehind =
+        std::min(m_leastBehind, std::chrono::duration<double>(now - m_connected).count() * m_rateHz - m_came);
+    if (now - m_window < WatchWindow) {
+        return std::nullopt;
+    }
+    const double tolerated = Tolerated * std::chrono::duration<double>(now - m_window).count() * m_rateHz;
+    const double missing = m_leastBehind - m_leastBefore.value_or(m_leastBehind);
+    m_leastBefore = std::exchange(m_leastBehind, std::numeric_limits<double>::infinity());
+    m_window = now;
+    return missing > tolerated ? std::optional(static_cast<std::uint64_t>(missing)) : std::nullopt;
+}
+
+std::optional<double> SampleWatch::higherRate(Time now)
+{
+    if (m_rateTold || now - m_connected < WatchWindow) {
+        return std::nullopt;
+    }
+    const double rate = m_came / std::chrono::duration<double>(now - m_connected).count();
+    m_rateTold = rate > (1 + Tolerated) * m_rateHz;
+    return m_rateTold ? std::optional(rate) : std::nullopt;
+}
 
 std::unique_ptr<Source> makeReceiverSource(const ReceiverDevice& device, const ReceiverOptions& options,
                                            std::unique_ptr<IqReceiver> receiver, const SourceRun& run)

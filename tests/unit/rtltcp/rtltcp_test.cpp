@@ -15,8 +15,7 @@
 
 #include "configuration.h"
 #include "input/badlines.h"
-#include "iqspectra/hops.h"
-#include "iqspectra/samplewatch.h"
+#include "iqspectra/receiver.h"
 #include "iqtesting.h"
 #include "rtltcpserver.h"
 #include "sources/rtltcp/rtltcpreceiver.h"
