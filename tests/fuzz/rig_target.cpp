@@ -8,7 +8,7 @@
 #include <values/tree.h>
 
 #include "live/lines.h"
-#include "sources/rig/rigreply.h"
+#include "sources/rig/rigclient.h"
 #include "sources/rig/rigspectrum.h"
 #include "sources/rig/rigvalues.h"
 #include "target.h"

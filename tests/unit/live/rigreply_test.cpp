@@ -1,5 +1,5 @@
 // Answers of rigctld as it gives them, and what is none.
-#include "sources/rig/rigreply.h"
+#include "sources/rig/rigclient.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
