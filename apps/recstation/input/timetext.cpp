@@ -115,6 +115,12 @@ std::string spanText(unsigned long long microseconds)
     return std::to_string(milliseconds / PerDay) + " days";
 }
 
+std::optional<long long> daysSince1970(int year, int month, int day)
+{
+    const QDate date(year, month, day);
+    return date.isValid() ? std::optional(QDate(1970, 1, 1).daysTo(date)) : std::nullopt;
+}
+
 LogDateFormat::LogDateFormat(const std::string& format) : m_text(format)
 {
     static const QRegularExpression fields(QStringLiteral("dd?|MM?|yyyy|yy"));
@@ -144,11 +150,9 @@ std::optional<long long> LogDateFormat::parse(const std::string& text) const
     if (digits.size() == 2) {
         year += year < FirstYear % Century ? 20 * Century : 19 * Century;
     }
-    const QDate date(year, match.captured(QStringLiteral("M")).toInt(), match.captured(QStringLiteral("d")).toInt());
-    if (!match.hasMatch() || !date.isValid()) {
-        return std::nullopt;
-    }
-    return date.toJulianDay() - QDate(FirstYear, 1, 1).toJulianDay();
+    return match.hasMatch() ? daysSince1970(year, match.captured(QStringLiteral("M")).toInt(),
+                                            match.captured(QStringLiteral("d")).toInt())
+                            : std::nullopt;
 }
 
 std::optional<long long> parseTimeOfDay(const std::string& text)

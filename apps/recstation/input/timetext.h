@@ -30,6 +30,9 @@ std::optional<unsigned long long> parseIsoTime(const std::string& text);
 /// "850 ms", "22.5 s", "52 min 10 s", "3 h 5 min", "12 days".
 [[nodiscard]] std::string spanText(unsigned long long microseconds);
 
+/// Of a day of the calendar; nothing where it has none such.
+[[nodiscard]] std::optional<long long> daysSince1970(int year, int month, int day);
+
 /// Dates in one format such as "MM/dd/yy": d or M (one or two digits), dd, MM, yy (1970 to 2069), yyyy; all else stands
 /// for itself. Own code, because Qt takes yy for the 20th century, which lacks the 29 February 2000.
 class LogDateFormat {

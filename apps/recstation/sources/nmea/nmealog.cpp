@@ -7,7 +7,6 @@
 #include <utility>
 
 #include <QDate>
-#include <QDateTime>
 
 #include <system/stopsignal.h>
 
@@ -22,16 +21,16 @@ namespace {
 constexpr std::size_t MostWaiting = 10'000;
 constexpr long long LongestHeldUs = 10'000'000;
 constexpr auto ArrivalHelps = ": with --arrival its lines have the time in front of them, or at which they are read";
-constexpr long long EpochJulianDay = 2'440'588;
 
 long long today()
 {
-    return QDateTime::currentDateTimeUtc().date().toJulianDay() - EpochJulianDay;
+    constexpr unsigned long long DayUs = 86'400'000'000;
+    return static_cast<long long>(systemTimeUs() / DayUs);
 }
 
 std::string dayText(long long day)
 {
-    return QDate::fromJulianDay(day + EpochJulianDay).toString(Qt::ISODate).toStdString();
+    return QDate(1970, 1, 1).addDays(day).toString(Qt::ISODate).toStdString();
 }
 
 // Fields of a letter, a colon and a value, between commas and up to the checksum.

@@ -5,9 +5,8 @@
 #include <cmath>
 #include <string>
 
-#include <QDate>
-
 #include "input/fields.h"
+#include "input/timetext.h"
 
 namespace RecStation {
 
@@ -31,12 +30,6 @@ constexpr double HalfCircle = 180;
 int twoDigits(std::string_view text, std::size_t at)
 {
     return 10 * (text[at] - '0') + (text[at + 1] - '0');
-}
-
-std::optional<long long> daysSince1970(int year, int month, int day)
-{
-    const QDate date(year, month, day);
-    return date.isValid() ? std::optional(date.toJulianDay() - QDate(1970, 1, 1).toJulianDay()) : std::nullopt;
 }
 
 // ddmm.mmmm or dddmm.mmmm, and the letter of the half of the earth.
