@@ -66,17 +66,23 @@ public:
     [[nodiscard]] const SourceTraits& traits() const { return m_traits; }
     /// The options are filled when the command is parsed; until then this must live.
     virtual void addOptions(CLI::App& command) = 0;
-    [[nodiscard]] virtual bool readsStandardInput() const = 0;
+    /// The files that are read; "-" is the standard input.
+    [[nodiscard]] virtual std::vector<std::string> inputs() const = 0;
+    [[nodiscard]] bool readsStandardInput() const { return inputs() == std::vector<std::string>{"-"}; }
     /// Has a peer, or reads nothing but pipes and devices.
-    [[nodiscard]] virtual bool isLive() const = 0;
+    [[nodiscard]] bool isLive() const
+    {
+        const std::vector<std::string> files = inputs();
+        return files.empty() ? m_traits.live
+                             : !m_traits.readsAhead && std::all_of(files.begin(), files.end(), isStream);
+    }
     [[nodiscard]] virtual std::unique_ptr<Source> make(const SourceRun& run) const = 0;
 
 private:
     SourceTraits m_traits;
 };
 
-/// @tparam Options what the command line says; a member "file", or the only one of "files", is "-" for the standard
-/// input
+/// @tparam Options what the command line says, with a member "file" or "files" where there are any
 template <typename Options>
 class SourceWith final : public OfferedSource {
 public:
@@ -87,27 +93,14 @@ public:
     {
     }
     void addOptions(CLI::App& command) override { m_add(command, m_options); }
-    [[nodiscard]] bool readsStandardInput() const override
+    [[nodiscard]] std::vector<std::string> inputs() const override
     {
         if constexpr (requires { m_options.file; }) {
-            return m_options.file == "-";
+            return {m_options.file};
         } else if constexpr (requires { m_options.files; }) {
-            return m_options.files.size() == 1 && m_options.files.front() == "-";
+            return m_options.files;
         } else {
-            return false;
-        }
-    }
-    [[nodiscard]] bool isLive() const override
-    {
-        if (traits().readsAhead) {
-            return false;
-        }
-        if constexpr (requires { isStream(m_options.file); }) {
-            return isStream(m_options.file);
-        } else if constexpr (requires { isStream(m_options.files.front()); }) {
-            return std::all_of(m_options.files.begin(), m_options.files.end(), isStream);
-        } else {
-            return traits().live;
+            return {};
         }
     }
     [[nodiscard]] std::unique_ptr<Source> make(const SourceRun& run) const override { return m_make(m_options, run); }
