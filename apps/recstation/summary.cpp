@@ -143,11 +143,9 @@ ExitCode Summary::exitCode() const
     const bool allFiles =
         std::all_of(files.begin(), files.end(), [](const File& file) { return file.report.problem.isEmpty(); });
     const bool allInput = std::all_of(sources.begin(), sources.end(), [](const SourceResult& source) {
-        return source.report.bad == 0 && source.failure.isEmpty();
+        return source.report.bad == 0 && source.failure.isEmpty() && source.report.missing.empty();
     });
-    const bool allCame = std::all_of(sources.begin(), sources.end(),
-                                     [](const SourceResult& source) { return source.report.missing.empty(); });
-    const bool complete = allFiles && allInput && allCame && !files.empty() && refusals.empty();
+    const bool complete = allFiles && allInput && !files.empty() && refusals.empty();
     return complete ? ExitCode::Success : ExitCode::Incomplete;
 }
 

@@ -94,10 +94,9 @@ void appendRecorder(QString& text, const FoundRecorder& recorder)
     if (!recorder.problem.isEmpty()) {
         text += QStringLiteral("  problem: ") + printable(recorder.problem) + '\n';
     }
-    QStringList keywords;
-    std::copy(recorder.keywords.begin(), recorder.keywords.end(), std::back_inserter(keywords));
     text += QStringLiteral("  records: ") +
-            (keywords.isEmpty() ? QStringLiteral("nothing") : keywords.join(QStringLiteral(", "))) + '\n';
+            (recorder.keywords.isEmpty() ? QStringLiteral("nothing") : recorder.keywords.join(QStringLiteral(", "))) +
+            '\n';
     for (const FoundLack& lack : recorder.lacks) {
         text += QStringLiteral("  missing: %1: %2\n").arg(lack.keywords.join(QStringLiteral(", ")), lack.why);
     }

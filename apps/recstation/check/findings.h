@@ -47,8 +47,8 @@ struct FoundRecorder {
     QString directory;
     bool isMade = false;  ///< the directory, at the start
     std::optional<std::int64_t> freeBytes;
-    QString problem;                ///< why it cannot record there; else empty
-    std::vector<QString> keywords;  ///< that it would record, by their names
+    QString problem;       ///< why it cannot record there; else empty
+    QStringList keywords;  ///< that it would record, by their names
     std::vector<FoundLack> lacks;
 };
 

@@ -120,7 +120,7 @@ void findKeywords(FoundRecorder& found, const Instance& instance, bool receives)
     for (const auto& [keyword, path] : keywords.paths()) {
         if (keywords.valueOf(keyword) != nullptr && !isOfOtherKind(keyword, instance.directionFinding) &&
             !isHeaderText(keyword) && keyword != QLatin1String("DFSPECTRUMSAMPLE")) {
-            found.keywords.push_back(keyword);
+            found.keywords += keyword;
         }
     }
     addLack(found, keywords, NeedsDevice);

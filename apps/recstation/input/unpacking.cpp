@@ -15,22 +15,23 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::string_view GzipMagic = "\x1f\x8b"sv;
-constexpr std::string_view ZstdMagic = "\x28\xb5\x2f\xfd"sv;
-
-struct Refused {
+/// How bytes begin that are no plain text, and what becomes of them.
+struct Packing {
     std::string_view magic;
-    const char* why;
+    std::unique_ptr<Unpacker> (*unpacker)();  // null: refused
+    const char* why = "";
 };
 
-constexpr std::array RefusedTexts = {
-    Refused{"\xff\xfe"sv, "is UTF-16 text: store it as UTF-8"},
-    Refused{"\xfe\xff"sv, "is UTF-16 text: store it as UTF-8"},
-    Refused{"PK\x03\x04"sv, "is a zip archive or a spreadsheet: unpack it, or export it as CSV"},
-    Refused{"\xfd"
+constexpr std::array Packings = {
+    Packing{"\x1f\x8b"sv, makeGzipUnpacker},
+    Packing{"\x28\xb5\x2f\xfd"sv, makeZstdUnpacker},
+    Packing{"\xff\xfe"sv, nullptr, "is UTF-16 text: store it as UTF-8"},
+    Packing{"\xfe\xff"sv, nullptr, "is UTF-16 text: store it as UTF-8"},
+    Packing{"PK\x03\x04"sv, nullptr, "is a zip archive or a spreadsheet: unpack it, or export it as CSV"},
+    Packing{"\xfd"
             "7zXZ"sv,
-            "is packed by xz: unpack it (gzip and Zstandard are read as they are)"},
-    Refused{"BZh"sv, "is packed by bzip2: unpack it (gzip and Zstandard are read as they are)"},
+            nullptr, "is packed by xz: unpack it (gzip and Zstandard are read as they are)"},
+    Packing{"BZh"sv, nullptr, "is packed by bzip2: unpack it (gzip and Zstandard are read as they are)"},
 };
 
 class UnpackedInput {
@@ -42,7 +43,6 @@ public:
 private:
     void begin();
     [[nodiscard]] bool mayBeMore() const;
-    void refuseOthers() const;
     bool fill();
     [[nodiscard]] bool mayBegin(std::string_view magic) const;
     [[nodiscard]] bool begins(std::string_view magic) const;
@@ -83,30 +83,19 @@ void UnpackedInput::begin()
         }
         m_buffer.push_back(byte);
     } while (mayBeMore());
-    refuseOthers();
-    if (begins(GzipMagic)) {
-        m_unpacker = makeGzipUnpacker();
-    } else if (begins(ZstdMagic)) {
-        m_unpacker = makeZstdUnpacker();
+    const auto* const found = std::find_if(Packings.begin(), Packings.end(),
+                                           [this](const Packing& packing) { return begins(packing.magic); });
+    if (found != Packings.end() && found->unpacker == nullptr) {
+        throw std::runtime_error(m_name + " " + found->why);
     }
+    m_unpacker = found == Packings.end() ? nullptr : found->unpacker();
 }
 
 // Whether more bytes would tell what it is.
 bool UnpackedInput::mayBeMore() const
 {
-    const auto isOpen = [this](std::string_view magic) { return mayBegin(magic) && !begins(magic); };
-    return isOpen(GzipMagic) || isOpen(ZstdMagic) ||
-           std::any_of(RefusedTexts.begin(), RefusedTexts.end(),
-                       [&isOpen](const Refused& refused) { return isOpen(refused.magic); });
-}
-
-void UnpackedInput::refuseOthers() const
-{
-    for (const Refused& refused : RefusedTexts) {
-        if (begins(refused.magic)) {
-            throw std::runtime_error(m_name + " " + refused.why);
-        }
-    }
+    return std::any_of(Packings.begin(), Packings.end(),
+                       [this](const Packing& packing) { return mayBegin(packing.magic) && !begins(packing.magic); });
 }
 
 bool UnpackedInput::fill()
