@@ -8,7 +8,7 @@
 
 #include "input/timetext.h"
 #include "iqtesting.h"
-#include "sources/iq/iqplan.h"
+#include "sources/iq/iqsource.h"
 
 namespace {
 

@@ -6,7 +6,6 @@
 #include <CLI/CLI.hpp>
 
 #include "input/optionchecks.h"
-#include "sources/iq/iqplan.h"
 #include "sources/offeredsource.h"
 
 namespace RecStation {

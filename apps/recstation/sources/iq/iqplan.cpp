@@ -1,5 +1,5 @@
 // Choosing sample format, rate, centre, start and FFTs, or saying what is missing.
-#include "sources/iq/iqplan.h"
+#include "sources/iq/iqsource.h"
 
 #include <algorithm>
 #include <cmath>

@@ -11,7 +11,6 @@
 #include "clock.h"
 #include "input/timetext.h"
 #include "published/spectrumvalues.h"
-#include "sources/iq/iqplan.h"
 #include "sources/iq/knownsamples.h"
 
 namespace RecStation {
