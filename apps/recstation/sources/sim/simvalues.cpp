@@ -126,13 +126,6 @@ void create(const QString& valuePath, const KeywordValue& row)
     static_cast<void>(value.release());  // the tree's now
 }
 
-void setText(const QString& path, const QString& text)
-{
-    if (auto* value = findValue<values::Value<QString>>(path)) {
-        value->SetValue(text);
-    }
-}
-
 }  // namespace
 
 std::span<const KeywordValue> keywordValues()
@@ -149,28 +142,15 @@ void createDevice(const Instance& instance, int number)
     create(instance.valuePath, {"", "AntennaMode", ValueType::Selection, instance.directionFinding ? 1.0 : 0.0});
     create(instance.valuePath, {"", JobId, ValueType::String});
     const bool finder = instance.directionFinding;
-    setText(QLatin1String(JobId), QStringLiteral("Simulation"));
-    setText(QStringLiteral("/DEVICE_CAPTION"), QStringLiteral("Simulated vehicle"));
-    setText(absolutePath(instance.valuePath, "Adm/DRIVERNAME"),
-            (finder ? QStringLiteral("DF %1") : QStringLiteral("RX %1")).arg(number));
-    setText(absolutePath(instance.valuePath, "Adm/DEVICE_TYPE"),
-            finder ? QStringLiteral("Simulated direction finder") : QStringLiteral("Simulated receiver"));
+    setValue<values::Value<QString>>(QString::fromLatin1(JobId), QStringLiteral("Simulation"));
+    setValue<values::Value<QString>>(QStringLiteral("/DEVICE_CAPTION"), QStringLiteral("Simulated vehicle"));
+    setValue<values::Value<QString>>(absolutePath(instance.valuePath, "Adm/DRIVERNAME"),
+                                     (finder ? QStringLiteral("DF %1") : QStringLiteral("RX %1")).arg(number));
+    setValue<values::Value<QString>>(
+        absolutePath(instance.valuePath, "Adm/DEVICE_TYPE"),
+        finder ? QStringLiteral("Simulated direction finder") : QStringLiteral("Simulated receiver"));
     if (finder) {
         chooseKey(absolutePath(instance.valuePath, "Gen/DRVCOMMANDS"), DirectionFindingKey);
-    }
-}
-
-void setNumber(const QString& path, double value)
-{
-    if (auto* number = findValue<values::ValueNumeric<double>>(path)) {
-        number->SetValue(value);
-    }
-}
-
-void setFlag(const QString& path, bool value)
-{
-    if (auto* flag = findValue<values::Value<bool>>(path)) {
-        flag->SetValue(value);
     }
 }
 

@@ -32,17 +32,26 @@ struct KeywordValue {
 /// @param number for the device's name, from 1
 void createDevice(const Instance& instance, int number);
 
-// Changes of values in the tree in force. A value that was removed, or was made by another source as another kind,
-// stays as it is.
-void setNumber(const QString& path, double value);
-void setFlag(const QString& path, bool value);
-void chooseKey(const QString& path, std::int32_t key);
-
 /// The value at a path as a kind; null when there is none of that kind.
 template <typename T>
 [[nodiscard]] T* findValue(const QString& path)
 {
     return dynamic_cast<T*>(values::Tree::Instance()->Find(path));
 }
+
+// Changes of values in the tree in force. A value that was removed, or was made by another source as another kind,
+// stays as it is.
+template <typename T, typename Content>
+void setValue(const QString& path, const Content& content)
+{
+    if (T* value = findValue<T>(path)) {
+        value->SetValue(content);
+    }
+}
+inline void setNumber(const QString& path, double number)
+{
+    setValue<values::ValueNumeric<double>>(path, number);
+}
+void chooseKey(const QString& path, std::int32_t key);
 
 }  // namespace RecStation::Sim
