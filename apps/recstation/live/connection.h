@@ -1,16 +1,33 @@
-// A TCP connection to a peer, and datagrams of one, for the thread that a live source waits in. Linux only.
+// Where a peer listens, a TCP connection to it, and its datagrams, for the thread that a live source waits in. Linux
+// only.
 #pragma once
 
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
-#include "live/address.h"
-
 namespace RecStation {
+
+/// Where a peer listens, as the command line says it.
+struct Address {
+    std::string host;  ///< a name, or an address without brackets
+    std::uint16_t port = 0;
+};
+
+/// "HOST", "HOST:PORT", "[::1]", "[::1]:PORT", and an IPv6 address without brackets and port. Nothing for anything
+/// else.
+[[nodiscard]] std::optional<Address> parseAddress(std::string_view text, std::uint16_t defaultPort);
+/// That for an option's text.
+[[nodiscard]] inline auto addressWith(std::uint16_t defaultPort)
+{
+    return [defaultPort](const std::string& text) { return parseAddress(text, defaultPort); };
+}
+/// "127.0.0.1:4532", "[::1]:4532": as messages name it.
+[[nodiscard]] std::string addressText(const Address& address);
 
 /// The peer is not there, went away or does not answer as it should. One clause that follows the peer's name, such as
 /// "connection lost: the peer closed it".

@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "live/address.h"
+#include "live/connection.h"
 #include "live/retry.h"
 
 namespace RecStation {

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <thread>
 
-#include "live/address.h"
+#include "live/connection.h"
 
 namespace RecStation {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "iqspectra/receiver.h"
-#include "live/address.h"
+#include "live/connection.h"
 
 namespace RecStation {
 
