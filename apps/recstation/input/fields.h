@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "input/badlines.h"
 
@@ -42,6 +43,16 @@ public:
         m_ended = comma == std::string_view::npos;
         m_rest = m_ended ? std::string_view() : m_rest.substr(comma + 1);
         return field;
+    }
+
+    /// All that follow, at most so many, without the blanks around them.
+    [[nodiscard]] std::vector<std::string_view> rest(std::size_t most = std::string_view::npos)
+    {
+        std::vector<std::string_view> fields;
+        for (auto field = next(); field && fields.size() < most; field = next()) {
+            fields.push_back(trimmed(*field));
+        }
+        return fields;
     }
 
 private:

@@ -76,9 +76,6 @@ bool KrakenLog::isRow(const CsvRecord& row)
 
 LogRow KrakenLog::parse(const CsvRecord& row)
 {
-    if (!row.problem.empty()) {
-        throw LineError(row.problem);
-    }
     const std::vector<std::string_view> fields(row.fields.begin(), row.fields.end());
     LoggedBearing bearing = m_rows.parse(fields);
     if (!m_onlyStation.empty() && bearing.station != m_onlyStation) {
@@ -119,9 +116,8 @@ CsvRecord readHeader(CsvReader& csv, const LogInput& input)
 CsvRecord namedColumns(const std::string& names)
 {
     CsvRecord header;
-    CommaFields fields(names);
-    for (auto field = fields.next(); field; field = fields.next()) {
-        header.fields.emplace_back(trimmed(*field));
+    for (const std::string_view name : CommaFields(names).rest()) {
+        header.fields.emplace_back(name);
     }
     return header;
 }
@@ -193,6 +189,9 @@ std::optional<LogRow> BearingLog::next()
     // Whoever stops the run may well cut a row short.
     while (record && !System::StopSignal::requested()) {
         try {
+            if (!record->problem.empty()) {
+                throw LineError(record->problem);
+            }
             LogRow row = m_parser->parse(*record);
             m_skipped += row.bearing ? 0U : 1U;
             return row;

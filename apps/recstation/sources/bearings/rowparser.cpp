@@ -157,9 +157,6 @@ bool hasZone(const std::string& iso)
 // Fields too many are harmless while they are empty: some programs end every line with a separator.
 void checkLength(const CsvRecord& row, std::size_t columns, bool named)
 {
-    if (!row.problem.empty()) {
-        throw LineError(row.problem);
-    }
     const auto surplus = row.fields.begin() + static_cast<std::ptrdiff_t>(std::min(columns, row.fields.size()));
     const bool tooMany = std::any_of(surplus, row.fields.end(), [](const std::string& text) { return !text.empty(); });
     if (row.fields.size() < columns || tooMany) {

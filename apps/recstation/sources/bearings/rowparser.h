@@ -48,6 +48,7 @@ public:
     RowReader& operator=(const RowReader&) = delete;
     virtual ~RowReader() = default;
 
+    /// @param row without a problem
     /// @throws LineError that says what cannot be used, and why
     [[nodiscard]] virtual LogRow parse(const CsvRecord& row) = 0;
     [[nodiscard]] virtual bool hasPosition() const = 0;

@@ -13,20 +13,10 @@ namespace RecStation {
 
 namespace {
 
+constexpr std::size_t MostFields = 1024;
 constexpr std::size_t MostBearings = 64;  // a KrakenSDR has 16 receiving channels
 
 using Elements = std::map<std::string, std::string>;
-
-std::vector<std::string_view> fieldsOf(std::string_view line)
-{
-    constexpr std::size_t MostFields = 1024;
-    std::vector<std::string_view> fields;
-    CommaFields rest(line);
-    for (auto field = rest.next(); field && fields.size() < MostFields; field = rest.next()) {
-        fields.push_back(trimmed(*field));
-    }
-    return fields;
-}
 
 // The texts of the elements below the first one, by name; nothing when it is no XML to its end.
 std::optional<Elements> elementsOf(const std::string& body, QString& root)
@@ -108,7 +98,7 @@ std::vector<LoggedBearing> KrakenAnswers::parseLines(std::string_view body)
         }
         try {
             if (bearings.size() < MostBearings) {
-                bearings.push_back(m_rows.parse(fieldsOf(line)));
+                bearings.push_back(m_rows.parse(CommaFields(line).rest(MostFields)));
                 continue;
             }
         } catch (const LineError&) {  // counted

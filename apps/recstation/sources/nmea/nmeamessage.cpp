@@ -201,17 +201,10 @@ std::optional<double> pitch(std::string_view field)
 
 }  // namespace NmeaFields
 
-NmeaMessage withoutFix()
+NmeaMessage messageOf(bool hasFix)
 {
     NmeaMessage message;
-    message.valid = false;
-    return message;
-}
-
-NmeaMessage ofFix()
-{
-    NmeaMessage message;
-    message.valid = true;
+    message.valid = hasFix;
     return message;
 }
 
@@ -219,9 +212,9 @@ std::optional<NmeaMessage> readGga(const NmeaSentence& sentence)
 {
     const std::string_view quality = sentence.field(5);
     if (quality.empty() || quality == "0") {
-        return withoutFix();
+        return messageOf(false);
     }
-    NmeaMessage message = ofFix();
+    NmeaMessage message = messageOf(true);
     message.timeOfDay = NmeaFields::time(sentence.field(0));
     NmeaFields::position(sentence, 1, message.fix);
     message.fix.altitudeM = NmeaFields::altitude(sentence.field(8));
@@ -235,9 +228,9 @@ std::optional<NmeaMessage> readGga(const NmeaSentence& sentence)
 std::optional<NmeaMessage> readGns(const NmeaSentence& sentence)
 {
     if (sentence.field(5).find_first_not_of('N') == std::string_view::npos) {
-        return withoutFix();
+        return messageOf(false);
     }
-    NmeaMessage message = ofFix();
+    NmeaMessage message = messageOf(true);
     message.timeOfDay = NmeaFields::time(sentence.field(0));
     NmeaFields::position(sentence, 1, message.fix);
     message.fix.altitudeM = NmeaFields::altitude(sentence.field(8));
@@ -249,9 +242,9 @@ std::optional<NmeaMessage> readGll(const NmeaSentence& sentence)
 {
     const bool old = sentence.fields.size() == 4;
     if ((sentence.field(5) != "A" && !old) || sentence.field(6) == "N") {
-        return withoutFix();
+        return messageOf(false);
     }
-    NmeaMessage message = ofFix();
+    NmeaMessage message = messageOf(true);
     NmeaFields::position(sentence, 0, message.fix);
     message.timeOfDay = NmeaFields::time(sentence.field(4));
     return message;
@@ -272,9 +265,9 @@ std::optional<double> variationOfRmc(std::string_view field, std::string_view si
 std::optional<NmeaMessage> readRmc(const NmeaSentence& sentence)
 {
     if (sentence.field(1) != "A" || sentence.field(11) == "N") {
-        return withoutFix();
+        return messageOf(false);
     }
-    NmeaMessage message = ofFix();
+    NmeaMessage message = messageOf(true);
     message.timeOfDay = NmeaFields::time(sentence.field(0));
     NmeaFields::position(sentence, 2, message.fix);
     message.fix.speedMps = NmeaFields::knots(sentence.field(6));

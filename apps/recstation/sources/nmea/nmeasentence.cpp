@@ -122,9 +122,7 @@ NmeaSentence parseNmeaSentence(std::string_view text)
     CommaFields fields(body);
     sentence.address = fields.next().value_or(std::string_view());
     sentence.type = typeOf(sentence.address, sentence.hasChecksum);
-    while (const auto field = fields.next()) {
-        sentence.fields.push_back(trimmed(*field));
-    }
+    sentence.fields = fields.rest();
     return sentence;
 }
 

@@ -28,14 +28,11 @@ namespace {
 /// they were given. Only one is open at a time.
 class SweepFiles {
 public:
-    /// Takes a sentence about an input.
-    using Tell = std::function<void(const std::string& sentence)>;
-
     /// Opens the first. Files without any row are told, and come last.
     /// @param files UTF-8, one at least; the only one may be "-" or a pipe
     /// @throws UsageError when "-" is one of several; std::runtime_error when one cannot be read, or is no file and one
     /// of several
-    SweepFiles(const std::vector<std::string>& files, long long utcOffsetUs, const Tell& tell);
+    SweepFiles(const std::vector<std::string>& files, long long utcOffsetUs, const BadLines& bad);
 
     [[nodiscard]] LineReader& lines() { return *m_lines; }
     /// Opens the next file; false when there is none.
@@ -51,7 +48,7 @@ public:
     [[nodiscard]] std::optional<unsigned long long> lastTime() const;
 
 private:
-    void sortByTime(const Tell& tell);
+    void sortByTime(const BadLines& bad);
     void open();
 
     std::vector<std::string> m_files;
@@ -95,16 +92,16 @@ std::optional<unsigned long long> firstTime(const std::string& file, long long u
     return first;
 }
 
-SweepFiles::SweepFiles(const std::vector<std::string>& files, long long utcOffsetUs, const Tell& tell)
+SweepFiles::SweepFiles(const std::vector<std::string>& files, long long utcOffsetUs, const BadLines& bad)
     : m_files(files), m_utcOffsetUs(utcOffsetUs)
 {
     if (m_files.size() > 1) {
-        sortByTime(tell);
+        sortByTime(bad);
     }
     open();
 }
 
-void SweepFiles::sortByTime(const Tell& tell)
+void SweepFiles::sortByTime(const BadLines& bad)
 {
     std::vector<std::pair<unsigned long long, std::string>> dated;
     std::vector<std::string> without;
@@ -131,7 +128,7 @@ void SweepFiles::sortByTime(const Tell& tell)
         m_files.push_back(std::move(file));
     }
     for (std::string& file : without) {
-        tell(file + " holds no row of a sweep");
+        bad.say(file + " holds no row of a sweep");
         m_files.push_back(std::move(file));  // so that its bad lines are told
     }
 }
@@ -219,7 +216,7 @@ private:
 
 void SweepSource::prepare()
 {
-    m_files.emplace(m_options.files, m_options.utcOffsetUs, [this](const std::string& told) { m_bad.say(told); });
+    m_files.emplace(m_options.files, m_options.utcOffsetUs, m_bad);
     m_bad.nameInput(m_files->name());
     const QString device = m_files->isLive() ? QStringLiteral("Sweep input") : textBaseName(m_files->first());
     m_values = std::make_unique<SpectrumValues>(SpectrumDevice{
