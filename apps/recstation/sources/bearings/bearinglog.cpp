@@ -45,13 +45,41 @@ std::shared_ptr<const LogInput::Kept> readAll(const std::string& file, const std
 /// Rows of a log that a KrakenSDR has written.
 class KrakenLog final : public RowReader {
 public:
-    explicit KrakenLog(const BearingsOptions& options);
+    explicit KrakenLog(const BearingsOptions& options)
+        : m_rows(options.mirror),
+          m_onlyStation(options.station),
+          m_noPosition(options.noPosition),
+          m_noHeading(options.noPosition || options.headingDeg)
+    {
+    }
 
-    [[nodiscard]] static bool isRow(const CsvRecord& row);
-    [[nodiscard]] LogRow parse(const CsvRecord& row) override;
+    [[nodiscard]] static bool isRow(const CsvRecord& row)
+    {
+        const std::vector<std::string_view> fields(row.fields.begin(), row.fields.end());
+        return row.problem.empty() && KrakenRows::isRow(fields);
+    }
+    [[nodiscard]] LogRow parse(const CsvRecord& row) override
+    {
+        const std::vector<std::string_view> fields(row.fields.begin(), row.fields.end());
+        LoggedBearing bearing = m_rows.parse(fields);
+        if (!m_onlyStation.empty() && bearing.station != m_onlyStation) {
+            return {};
+        }
+        if (m_noPosition) {
+            bearing.latitudeDeg = bearing.longitudeDeg = std::numeric_limits<double>::quiet_NaN();
+        }
+        if (m_noHeading) {
+            bearing.headingDeg = std::numeric_limits<double>::quiet_NaN();
+        }
+        const double frequencyHz = bearing.frequencyHz;
+        return {frequencyHz, std::move(bearing)};
+    }
     [[nodiscard]] bool hasPosition() const override { return !m_noPosition; }
     [[nodiscard]] bool hasAltitude() const override { return false; }
-    [[nodiscard]] std::string remark() const override;
+    [[nodiscard]] std::string remark() const override
+    {
+        return m_rows.foundMirrored() ? KrakenMirrored : std::string();
+    }
 
 private:
     KrakenRows m_rows;
@@ -59,44 +87,6 @@ private:
     bool m_noPosition;
     bool m_noHeading;
 };
-
-KrakenLog::KrakenLog(const BearingsOptions& options)
-    : m_rows(options.mirror),
-      m_onlyStation(options.station),
-      m_noPosition(options.noPosition),
-      m_noHeading(options.noPosition || options.headingDeg)
-{
-}
-
-bool KrakenLog::isRow(const CsvRecord& row)
-{
-    const std::vector<std::string_view> fields(row.fields.begin(), row.fields.end());
-    return row.problem.empty() && KrakenRows::isRow(fields);
-}
-
-LogRow KrakenLog::parse(const CsvRecord& row)
-{
-    const std::vector<std::string_view> fields(row.fields.begin(), row.fields.end());
-    LoggedBearing bearing = m_rows.parse(fields);
-    if (!m_onlyStation.empty() && bearing.station != m_onlyStation) {
-        return {};
-    }
-    if (m_noPosition) {
-        bearing.latitudeDeg = bearing.longitudeDeg = std::numeric_limits<double>::quiet_NaN();
-    }
-    if (m_noHeading) {
-        bearing.headingDeg = std::numeric_limits<double>::quiet_NaN();
-    }
-    LogRow out;
-    out.frequencyHz = bearing.frequencyHz;
-    out.bearing = std::move(bearing);
-    return out;
-}
-
-std::string KrakenLog::remark() const
-{
-    return m_rows.foundMirrored() ? KrakenMirrored : std::string();
-}
 
 CsvRecord readHeader(CsvReader& csv, const LogInput& input)
 {
@@ -156,12 +146,12 @@ ByteInput LogInput::open() const
     };
 }
 
-BearingLog::BearingLog(const BearingsOptions& options, const LogInput& input, BadRow badRow)
+BearingLog::BearingLog(const BearingsOptions& options, const LogInput& input, BadLines* bad)
     : m_csv(input.open(),
             options.separator == options.GuessedSeparator ? std::nullopt : std::optional(options.separator),
             options.decimalComma),
       m_parser(begin(options, input)),
-      m_badRow(std::move(badRow))
+      m_badLines(bad)
 {
 }
 
@@ -197,16 +187,18 @@ std::optional<LogRow> BearingLog::next()
             return row;
         } catch (const LineError& error) {
             ++m_bad;
-            m_badRow(record->line, error.what());
+            if (m_badLines != nullptr) {
+                m_badLines->add(record->line, error.what());
+            }
         }
         record = nextRecord();
     }
     return std::nullopt;
 }
 
-LogSurvey surveyLog(const BearingsOptions& options, const LogInput& input, const BearingLog::BadRow& badRow)
+LogSurvey surveyLog(const BearingsOptions& options, const LogInput& input, BadLines& bad)
 {
-    BearingLog log(options, input, badRow);
+    BearingLog log(options, input, &bad);
     LogSurvey survey;
     survey.order = TimeOrder(options.splitGapUs);
     std::set<double> channels;

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -45,12 +44,10 @@ private:
 
 class BearingLog {
 public:
-    /// Takes the line of every bad row and what is bad about it.
-    using BadRow = std::function<void(std::size_t line, const std::string& problem)>;
-
     /// Opens the input and reads the header, if it has one.
+    /// @param bad takes every bad row, and must outlive this; null: they were told
     /// @throws std::runtime_error when an option cannot be used, or the header lacks a column
-    BearingLog(const BearingsOptions& options, const LogInput& input, BadRow badRow);
+    BearingLog(const BearingsOptions& options, const LogInput& input, BadLines* bad);
 
     /// The next row that is not bad, counted if it is skipped; nothing at the end and when the process is to stop.
     [[nodiscard]] std::optional<LogRow> next();
@@ -66,7 +63,7 @@ private:
     CsvReader m_csv;
     std::optional<CsvRecord> m_first;  // of a log without a header
     std::unique_ptr<RowReader> m_parser;
-    BadRow m_badRow;
+    BadLines* m_badLines;
     std::uint64_t m_skipped = 0;
     std::uint64_t m_bad = 0;
 };
@@ -86,7 +83,6 @@ struct LogSurvey {
 
 /// Reads the log to its end.
 /// @throws std::runtime_error as BearingLog does, and when there is no bearing or there are too many channels
-[[nodiscard]] LogSurvey surveyLog(const BearingsOptions& options, const LogInput& input,
-                                  const BearingLog::BadRow& badRow);
+[[nodiscard]] LogSurvey surveyLog(const BearingsOptions& options, const LogInput& input, BadLines& bad);
 
 }  // namespace RecStation

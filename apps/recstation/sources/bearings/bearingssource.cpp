@@ -58,8 +58,7 @@ void BearingsSource::prepare()
     reportOddities(survey);
     m_lastTime = survey.lastTime;
     m_values = std::make_unique<BearingsValues>(survey, m_options.headingDeg, deviceName(survey), m_options.valuePath);
-    // The bad rows have been reported.
-    m_log = std::make_unique<BearingLog>(m_options, input, [](std::size_t, const std::string&) {});
+    m_log = std::make_unique<BearingLog>(m_options, input, nullptr);  // the bad rows have been reported
 }
 
 LogSurvey BearingsSource::survey(const LogInput& input) const
@@ -67,8 +66,7 @@ LogSurvey BearingsSource::survey(const LogInput& input) const
     // Strict is about the whole log, so that all bad lines are told.
     constexpr bool EndAtTheFirst = false;
     BadLines bad("bearings", EndAtTheFirst, m_report);
-    LogSurvey survey =
-        surveyLog(m_options, input, [&bad](std::size_t line, const std::string& problem) { bad.add(line, problem); });
+    LogSurvey survey = surveyLog(m_options, input, bad);
     bad.finish();
     if (m_options.strict && bad.count() > 0) {
         throw std::runtime_error("bearings: " + input.name() + " has " + std::to_string(bad.count()) +

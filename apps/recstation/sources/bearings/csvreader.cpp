@@ -77,12 +77,7 @@ std::optional<CsvRecord> CsvReader::next()
 
 void CsvReader::begin()
 {
-    while (m_filled < ByteOrderMark.size()) {
-        const std::size_t count = readInput(m_buffer.data() + m_filled, m_buffer.size() - m_filled);
-        if (count == 0) {
-            break;
-        }
-        m_filled += count;
+    while (m_filled < ByteOrderMark.size() && readMore()) {
     }
     if (std::string_view(m_buffer.data(), m_filled).substr(0, ByteOrderMark.size()) == ByteOrderMark) {
         m_position = ByteOrderMark.size();
@@ -96,12 +91,7 @@ std::string_view CsvReader::lineAhead()
               m_buffer.begin() + static_cast<std::ptrdiff_t>(m_filled), m_buffer.begin());
     m_filled -= std::exchange(m_position, 0);
     const auto ahead = [this] { return std::string_view(m_buffer.data(), m_filled); };
-    while (m_filled < m_buffer.size() && ahead().find_first_of(LineEnds) == std::string_view::npos) {
-        const std::size_t count = readInput(m_buffer.data() + m_filled, m_buffer.size() - m_filled);
-        if (count == 0) {
-            break;
-        }
-        m_filled += count;
+    while (m_filled < m_buffer.size() && ahead().find_first_of(LineEnds) == std::string_view::npos && readMore()) {
     }
     return ahead().substr(0, ahead().find_first_of(LineEnds));
 }
@@ -116,23 +106,21 @@ void CsvReader::skipLine()
 bool CsvReader::fill()
 {
     m_position = 0;
-    m_filled = readInput(m_buffer.data(), m_buffer.size());
-    m_cut = m_filled == 0 && !m_damage.empty();
+    m_filled = 0;
+    m_cut = !readMore() && !m_damage.empty();
     return m_filled > 0;
 }
 
-// What cannot be unpacked is the end of the input.
-std::size_t CsvReader::readInput(char* buffer, std::size_t size)
+// Behind what the buffer holds. What cannot be unpacked is the end of the input.
+bool CsvReader::readMore()
 {
-    if (!m_damage.empty()) {
-        return 0;
-    }
+    const std::size_t before = m_filled;
     try {
-        return m_input(buffer, size);
+        m_filled += m_damage.empty() ? m_input(m_buffer.data() + m_filled, m_buffer.size() - m_filled) : 0;
     } catch (const DamagedInput& error) {
         m_damage = error.what();
-        return 0;
     }
+    return m_filled > before;
 }
 
 // The record that the damage cut, or one of its own behind the last that is whole.

@@ -35,7 +35,7 @@ private:
     [[nodiscard]] std::string_view lineAhead();
     void skipLine();
     bool fill();
-    std::size_t readInput(char* buffer, std::size_t size);
+    bool readMore();
     CsvRecord& noteDamage(CsvRecord& record);
     [[nodiscard]] std::optional<char> peek();
     char take();
