@@ -6,7 +6,7 @@
 
 #include <system/program.h>
 
-#include "check/check.h"
+#include "check/findings.h"
 #include "commandline.h"
 #include "live/sourcethreads.h"
 #include "progress.h"

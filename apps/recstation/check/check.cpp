@@ -1,5 +1,5 @@
 // Putting a run together as the station does, but with its recorders off.
-#include "check/check.h"
+#include "check/findings.h"
 
 #include <algorithm>
 #include <chrono>
@@ -15,7 +15,6 @@
 #include <system/stopsignal.h>
 #include <values/tree.h>
 
-#include "check/findings.h"
 #include "check/probe.h"
 #include "clock.h"
 #include "live/sourcethreads.h"

@@ -1,4 +1,5 @@
-// What a check found: sources with their values, recorders with what they lack; as tables and as JSON.
+// What a run would record, found out without recording: sources with their values, recorders with what they lack; as
+// tables and as JSON.
 #pragma once
 
 #include <cstddef>
@@ -68,5 +69,9 @@ void findKeywords(FoundRecorder& found, const Instance& instance, bool receives)
 [[nodiscard]] ExitCode exitCodeOf(const Findings& findings);
 [[nodiscard]] std::string findingsText(const Findings& findings);
 [[nodiscard]] std::string findingsJson(const Findings& findings);
+
+/// Tries the sources, looks at the recorders' directories, and writes what it found to the standard output.
+/// @return Success, Incomplete where something is missing, CannotRun where nothing would be recorded, Usage
+[[nodiscard]] ExitCode checkStation(const Options& options);
 
 }  // namespace RecStation
