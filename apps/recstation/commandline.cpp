@@ -1,6 +1,4 @@
 // The options of a run, from the command line and a station's file, and the sources that were chosen.
-#include "commandline.h"
-
 #include <algorithm>
 #include <iostream>
 #include <iterator>
@@ -11,6 +9,7 @@
 #include <terminaltext/optionvalues.h>
 
 #include "commandtree.h"
+#include "program.h"
 #include "progress.h"
 
 namespace RecStation {

@@ -7,7 +7,6 @@
 #include <system/program.h>
 
 #include "check/findings.h"
-#include "commandline.h"
 #include "live/sourcethreads.h"
 #include "progress.h"
 #include "station.h"

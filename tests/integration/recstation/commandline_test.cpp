@@ -1,5 +1,5 @@
 // recstation's command line: sources and their options, and what they say; what is refused is tested in tests/cases.
-#include "commandline.h"
+#include "program.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
