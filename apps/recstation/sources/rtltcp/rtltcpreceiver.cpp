@@ -1,11 +1,14 @@
-// Commanding an rtl_tcp server and taking its samples.
+// The options of the source "rtltcp"; commanding an rtl_tcp server and taking its samples.
 #include "sources/rtltcp/rtltcpreceiver.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 
-#include "input/badlines.h"
+#include <CLI/CLI.hpp>
+
+#include "input/optionchecks.h"
+#include "sources/offeredsource.h"
 
 namespace RecStation {
 
@@ -108,6 +111,22 @@ std::size_t RtlTcpReceiver::read(char* buffer, std::size_t size)
     return count;
 }
 
+constexpr auto RtlTcpExamples = R"(
+Examples:
+  recstation -o recordings rtltcp 192.168.1.5 --centre 98.5M --rate 2.048M
+  recstation -o recordings rtltcp [::1]:1234 --centre 433.92M --rate 250k --gain 40 --as if
+  recstation -o recordings rtltcp localhost --hop 88M,90M,92M --rate 2.4M --dwell 50ms)";
+
+void addRtlTcpOptions(CLI::App& command, RtlTcpOptions& options)
+{
+    command.footer(RtlTcpExamples);
+    constexpr std::uint16_t RtlTcpPort = 1234;
+    addParsed(command, "ADDRESS", options.address, "HOST or HOST:PORT of an rtl_tcp server, whose port is 1234",
+              addressWith(RtlTcpPort), "an address such as 192.168.1.5:1234")
+        ->required();
+    addReceiverOptions(command, options);
+}
+
 }  // namespace
 
 std::unique_ptr<Source> makeRtlTcpSource(const RtlTcpOptions& options, const SourceRun& run)
@@ -123,6 +142,20 @@ std::unique_ptr<Source> makeRtlTcpSource(const RtlTcpOptions& options, const Sou
                                .name = QStringLiteral("rtltcp ") + QString::fromStdString(options.address.host),
                                .type = QStringLiteral("IQ samples over rtl_tcp")},
                               options, std::make_unique<RtlTcpReceiver>(options.address), run);
+}
+
+std::shared_ptr<OfferedSource> offerRtlTcp()
+{
+    return std::make_shared<SourceWith<RtlTcpOptions>>(
+        SourceTraits{.name = "rtltcp",
+                     .description = "IQ samples of a receiver behind an rtl_tcp server, live",
+                     .turn = 1,
+                     .receives = true,
+                     .live = true},
+        addRtlTcpOptions, [](RtlTcpOptions options, const SourceRun& run) {
+            options.valuePath = receiverOf(run.configuration).valuePath;
+            return makeRtlTcpSource(options, run);
+        });
 }
 
 }  // namespace RecStation
