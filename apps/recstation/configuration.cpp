@@ -11,8 +11,6 @@
 #include <startup/cfgcenter.h>
 #include <terminaltext/nearestword.h>
 
-#include "tomlstring.h"
-
 namespace RecStation {
 
 namespace {

@@ -9,8 +9,6 @@
 
 #include <terminaltext/nearestword.h>
 
-#include "tomlstring.h"
-
 namespace RecStation {
 
 namespace {

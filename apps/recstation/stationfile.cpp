@@ -9,8 +9,6 @@
 #include <terminaltext/quantity.h>
 #include <tomltext/tomltext.h>
 
-#include "tomlstring.h"
-
 namespace RecStation {
 
 namespace {
