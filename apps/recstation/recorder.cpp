@@ -13,7 +13,7 @@
 #include <QFileInfo>
 #include <QTemporaryFile>
 
-#include <vkbase/quonos.h>
+#include "clock.h"
 
 namespace RecStation {
 
@@ -27,8 +27,7 @@ namespace {
 // Names and headers of recordings tell the time as a date of four digits; 0 is no time.
 void requireUsableClock()
 {
-    const QDateTime now =
-        QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(QuonOS::Create()->CurrentTime() / 1000), Qt::UTC);
+    const QDateTime now = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(stationTimeUs() / 1000), Qt::UTC);
     if (now < QDateTime(QDate(1970, 1, 1), QTime(0, 0, 1), Qt::UTC) || now.date().year() > 2500) {
         failRecorder(
             QStringLiteral("cannot record: the clock shows %1, and recordings begin from 1970-01-01T00:00:01Z to the "
@@ -287,9 +286,7 @@ void Recorder::noteShortName(const QString& path)
 
 QString Recorder::takeWarning()
 {
-    QString warning;
-    warning.swap(m_warning);
-    return warning;
+    return std::exchange(m_warning, {});
 }
 
 }  // namespace RecStation

@@ -7,8 +7,8 @@
 #include <utility>
 
 #include <terminaltext/quantity.h>
-#include <vkbase/quonos.h>
 
+#include "clock.h"
 #include "input/badlines.h"
 #include "iqspectra/frames.h"
 #include "iqspectra/receiver.h"
@@ -96,7 +96,7 @@ protected:
     [[nodiscard]] Received receive() override;
     void disconnect() noexcept override { m_receiver->close(); }
     void apply() override;
-    void forget() override;
+    void forget() override { m_values->forget(stationTimeUs()); }
     [[nodiscard]] SourceReport counts() const override;
 
 private:
@@ -239,7 +239,7 @@ Received ReceiverSource::receive()
 
 void ReceiverSource::apply()
 {
-    const unsigned long long time = QuonOS::Create()->CurrentTime();
+    const unsigned long long time = stationTimeUs();
     if (hops()) {
         const HopPart& part = m_layout.parts[m_pendingHop];
         m_values->showPart(part.firstChannel, std::span(m_pending.levelsDb).subspan(part.firstBin, part.bins), time);
@@ -247,11 +247,6 @@ void ReceiverSource::apply()
         m_values->show(m_pending.levelsDb, m_pending.levelDb, time);
     }
     ++m_shown;
-}
-
-void ReceiverSource::forget()
-{
-    m_values->forget(QuonOS::Create()->CurrentTime());
 }
 
 SourceReport ReceiverSource::counts() const

@@ -15,11 +15,6 @@ namespace RecStation {
 
 namespace {
 
-[[noreturn]] void failColumns(const std::string& sentence)
-{
-    throw std::runtime_error("bearings: " + sentence);
-}
-
 struct NameAndUnit {
     QString name;
     QString unit;
@@ -57,6 +52,11 @@ std::string namesOf(const CsvRecord& header)
 
 }  // namespace
 
+void failLog(const std::string& sentence)
+{
+    throw std::runtime_error("bearings: " + sentence);
+}
+
 std::optional<LogColumn> findColumn(const CsvRecord& header, const std::string& name)
 {
     const QString wanted = QString::fromStdString(name);
@@ -73,9 +73,8 @@ std::optional<LogColumn> findColumn(const CsvRecord& header, const std::string& 
     }
     const std::vector<LogColumn>& found = whole.empty() ? withUnit : whole;
     if (found.size() > 1) {
-        failColumns("the log has " + std::to_string(found.size()) + " columns for \"" + name + "\" (\"" +
-                    found[0].name + "\" and \"" + found[1].name +
-                    "\"): name the one that is meant in full, or rename the others");
+        failLog("the log has " + std::to_string(found.size()) + " columns for \"" + name + "\" (\"" + found[0].name +
+                "\" and \"" + found[1].name + "\"): name the one that is meant in full, or rename the others");
     }
     return found.empty() ? std::nullopt : std::optional(found.front());
 }
@@ -86,8 +85,8 @@ LogColumn requireColumn(const CsvRecord& header, const std::string& name, const 
     if (!column) {
         const bool hasNumber = std::any_of(header.fields.begin(), header.fields.end(),
                                            [](const std::string& text) { return parseNumber<double>(text); });
-        failColumns("the log has no column \"" + name + "\" (" + option + "), only " + namesOf(header) +
-                    (hasNumber ? "; --columns names those of a log without such a line" : ""));
+        failLog("the log has no column \"" + name + "\" (" + option + "), only " + namesOf(header) +
+                (hasNumber ? "; --columns names those of a log without such a line" : ""));
     }
     return *column;
 }
@@ -115,7 +114,7 @@ std::vector<LogColumn> angleColumns(const CsvRecord& header, const std::optional
     }
     const QStringList parts = QString::fromStdString(*names).split(QLatin1Char(','));
     if (parts.size() > MostParts) {
-        failColumns(std::string(option) + " names more than degrees, minutes and seconds");
+        failLog(std::string(option) + " names more than degrees, minutes and seconds");
     }
     for (const QString& part : parts) {
         columns.push_back(requireColumn(header, part.trimmed().toStdString(), option));

@@ -22,11 +22,6 @@ constexpr double HighestDb = 1000;
 constexpr double HighestQuality = 100;
 constexpr double Sixty = 60;
 
-[[noreturn]] void failRow(const std::string& sentence)
-{
-    throw std::runtime_error("bearings: " + sentence);
-}
-
 // ---- fields
 
 const std::string& field(const CsvRecord& row, const LogColumn& column)
@@ -197,11 +192,11 @@ RowParser::RowParser(const BearingsOptions& options, const CsvRecord& header)
       m_west(options.west)
 {
     if (m_latitude.empty() != m_longitude.empty()) {
-        failRow(
+        failLog(
             "the log has only one of latitude and longitude: name both with --latitude-column and --longitude-column");
     }
     if (!m_onlyStation.empty() && !m_station) {
-        failRow("--station needs a column with stations: name it with --station-column");
+        failLog("--station needs a column with stations: name it with --station-column");
     }
 }
 

@@ -19,6 +19,9 @@ struct LogColumn {
     std::string name;
 };
 
+/// @throws std::runtime_error with the source's name in front
+[[noreturn]] void failLog(const std::string& sentence);
+
 // All of these throw std::runtime_error when a name fits several columns, and when a column that is named is not there.
 
 /// Upper and lower case are alike. A column of just this name counts before one that has a unit behind it.

@@ -68,7 +68,7 @@ private:
     [[nodiscard]] Received receive() override;
     void disconnect() noexcept override { m_lines.close(); }
     void apply() override { m_values->show(m_change); }
-    void forget() override;
+    void forget() override { m_values->forget(); }
     [[nodiscard]] SourceReport counts() const override;
 
     void takeLine(std::string_view line, GpsdClock::time_point now);
@@ -160,11 +160,6 @@ void GpsdSource::tellNews()
             say(news);
         }
     }
-}
-
-void GpsdSource::forget()
-{
-    m_values->forget();
 }
 
 SourceReport GpsdSource::counts() const

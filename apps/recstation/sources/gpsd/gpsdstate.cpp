@@ -89,16 +89,6 @@ void GpsdState::forget()
     m_change = {};
 }
 
-Fix GpsdState::takeChange()
-{
-    return std::exchange(m_change, {});
-}
-
-std::vector<std::string> GpsdState::takeNews()
-{
-    return std::exchange(m_news, {});
-}
-
 // Whether the report is of the device in use, which it becomes when there is none and it tells something.
 bool GpsdState::uses(Use& use, const GpsdReport& report, Time now, bool tells)
 {

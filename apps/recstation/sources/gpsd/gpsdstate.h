@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "published/positionvalues.h"
@@ -32,8 +33,10 @@ public:
     void forget();  ///< a new connection begins: no device is in use, nothing is known
 
     [[nodiscard]] bool hasChange() const { return !m_change.empty(); }
-    [[nodiscard]] Fix takeChange();                     ///< since the last call; the newest counts
-    [[nodiscard]] std::vector<std::string> takeNews();  ///< clauses that people are told
+    /// Since the last call; the newest counts.
+    [[nodiscard]] Fix takeChange() { return std::exchange(m_change, {}); }
+    /// Clauses that people are told.
+    [[nodiscard]] std::vector<std::string> takeNews() { return std::exchange(m_news, {}); }
 
 private:
     struct Use {
