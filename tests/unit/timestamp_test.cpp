@@ -232,6 +232,7 @@ TEST(TimeStamp, AddingMillisecondsLeavesTheStampItselfAndNeverGoesBelowTheEpochN
     EXPECT_EQ(us(3'000'000).addMSecs(-5'000).getTimeStamp(), 0U);
     EXPECT_EQ(us(6'000'000).addMSecs(-5'000).getTimeStamp(), 1'000'000U);
     EXPECT_EQ(us(5'000'000).addMSecs(-5'000).getTimeStamp(), 0U);
+    EXPECT_EQ(us(4'999'999).addMSecs(-5'000).getTimeStamp(), 0U);
     EXPECT_FALSE(isNull(us(3'000'000).addMSecs(-5'000)));
     const CTimeStamp stamp = us(1'500);
     EXPECT_EQ(stamp.addMSecs(2).getTimeStamp(), 3'500U);
