@@ -9,9 +9,7 @@
 #include <boost/beast/http/parser.hpp>
 
 #include "server/incoming.h"
-#include "server/page.h"
 #include "server/reply.h"
-#include "server/target.h"
 #include "target.h"
 
 namespace Fuzzing {

@@ -1,10 +1,13 @@
-// Host, Origin, fetch metadata and token.
+// Host, Origin, fetch metadata and token; secrets of the system's random numbers.
 #include "gate.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <utility>
 
-#include "secret.h"
+#include <QByteArray>
+#include <QRandomGenerator>
 
 namespace RecView {
 
@@ -36,6 +39,26 @@ bool isAddress(std::string_view host)
 constexpr std::string_view Scheme = "http://";
 
 }  // namespace
+
+std::string newSecret()
+{
+    std::array<std::uint32_t, 6> numbers{};
+    QRandomGenerator::system()->fillRange(numbers.data(), static_cast<qsizetype>(numbers.size()));
+    const QByteArray bytes(reinterpret_cast<const char*>(numbers.data()), static_cast<int>(sizeof numbers));
+    return bytes.toBase64(QByteArray::Base64UrlEncoding).toStdString();
+}
+
+bool isSameSecret(std::string_view a, std::string_view b)
+{
+    if (a.size() != b.size()) {
+        return false;
+    }
+    unsigned int difference = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        difference |= static_cast<unsigned char>(a[i]) ^ static_cast<unsigned int>(static_cast<unsigned char>(b[i]));
+    }
+    return difference == 0;
+}
 
 Gate::Gate(const std::string& address, std::uint16_t port, std::string token)
     : m_port(':' + std::to_string(port)),

@@ -1,4 +1,5 @@
-// Who may ask: decided by what a request says of where it comes from, before anything is done for it.
+// Who may ask: decided by what a request says of where it comes from, before anything is done for it. And the random
+// texts that only those know who were told.
 #pragma once
 
 #include <cstdint>
@@ -8,6 +9,11 @@
 #include <vector>
 
 namespace RecView {
+
+/// 192 bits of the system's randomness, as letters, digits, "-" and "_".
+[[nodiscard]] std::string newSecret();
+/// Takes as long wherever the texts differ.
+[[nodiscard]] bool isSameSecret(std::string_view a, std::string_view b);
 
 /// Fields of a request's header as they were sent; nothing: not sent. Of Host all.
 struct Credentials {

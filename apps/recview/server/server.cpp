@@ -12,7 +12,6 @@
 
 #include "connection.h"
 #include "eventstreams.h"
-#include "secret.h"
 
 namespace RecView {
 

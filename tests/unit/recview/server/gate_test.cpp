@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "server/gate.h"
-#include "server/secret.h"
 
 namespace RecView {
 

@@ -8,7 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "server/page.h"
+#include "server/reply.h"
 #include "servertest.h"
 
 using testing::AllOf;

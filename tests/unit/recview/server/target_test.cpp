@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "server/target.h"
+#include "server/incoming.h"
 
 using RecView::decodeTarget;
 using testing::ElementsAre;

@@ -1,5 +1,5 @@
 // A queue of jobs and its threads.
-#include "workers.h"
+#include "site.h"
 
 namespace RecView {
 
