@@ -161,7 +161,7 @@ Restored restored(const CheckpointReader& reader, const std::optional<Checkpoint
         if (entry.isItsText != 0 && !texts.empty()) {
             last.data = texts.back();
         } else {
-            records.read(entry.last, [&](const Record& record) {
+            records(entry.last, [&](const Record& record) {
                 last.data = record.data;
                 return false;
             });

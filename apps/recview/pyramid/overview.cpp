@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "overviewparts.h"
-#include "sweepreader.h"
 
 namespace RecView {
 
@@ -33,7 +32,7 @@ Overview::Overview(std::unique_ptr<Private> parts) : d(std::move(parts))
 
 Overview::~Overview() = default;
 
-std::shared_ptr<Overview> Overview::open(std::unique_ptr<Store> store, std::shared_ptr<const RecordSource> records)
+std::shared_ptr<Overview> Overview::open(std::unique_ptr<Store> store, RecordSource records)
 {
     auto parts = std::make_unique<Private>();
     if (store == nullptr || !parts->tables.read(*store)) {
@@ -73,7 +72,7 @@ bool Overview::keepAs(const std::filesystem::path& path)
     return d->isComplete && d->store->keep(path);
 }
 
-void Overview::setRecords(std::shared_ptr<const RecordSource> records)
+void Overview::setRecords(RecordSource records)
 {
     const std::unique_lock lock(d->mutex);
     d->records = std::move(records);
@@ -144,14 +143,14 @@ void Overview::walk(const Stretch& time, const std::function<bool(const Record&,
                     RecTool::InForce* last) const
 {
     std::shared_lock lock(d->mutex);
-    const std::shared_ptr<const RecordSource> records = d->records;
+    const RecordSource records = d->records;
     const double startMs = d->tables.head.startMs;
     const CheckpointReader reader(*d->store);
     // The state at the beginning of the stretch may be asked for, so records at that very time come after it.
     Restored from =
-        restored(reader, reader.before(last != nullptr ? time.fromMs : time.fromMs - 1), std::nullopt, *records);
+        restored(reader, reader.before(last != nullptr ? time.fromMs : time.fromMs - 1), std::nullopt, records);
     lock.unlock();
-    records->read(from.next, [&](const Record& record) {
+    records(from.next, [&](const Record& record) {
         const double timeMs = startMs + static_cast<double>(record.timeMs);
         if (record.timeMs != 0 && timeMs > time.toMs) {
             return false;
@@ -167,7 +166,7 @@ void Overview::walk(const Stretch& time, const std::function<bool(const Record&,
 void Overview::sweeps(std::int32_t code, const Stretch& time, const SweepVisitor& visit) const
 {
     auto [from, records, head] = sweepsFrom(code, time.fromMs);
-    readSweeps(*records, head, code, std::move(from), [&](const PassingSweep& sweep) {
+    readSweeps(records, head, code, std::move(from), [&](const PassingSweep& sweep) {
         return sweep.momentMs < time.fromMs ||
                (sweep.momentMs <= time.toMs && visit(sweep.record, sweep.momentMs, sweep.range, sweep.levels));
     });
@@ -177,7 +176,7 @@ Overview::Beginning Overview::sweepsFrom(std::int32_t code, double momentMs) con
 {
     const std::shared_lock lock(d->mutex);
     const CheckpointReader reader(*d->store);
-    return {restored(reader, reader.beforeMoment(code, momentMs), code, *d->records), d->records, d->tables.head};
+    return {restored(reader, reader.beforeMoment(code, momentMs), code, d->records), d->records, d->tables.head};
 }
 
 std::optional<Sweep> Overview::sweepAt(std::int32_t code, double ms) const
@@ -188,7 +187,7 @@ std::optional<Sweep> Overview::sweepAt(std::int32_t code, double ms) const
     if (from.moments.contains(code) && from.moments[code].previousMs < from.moments[code].lastMs) {
         before = from.moments[code].previousMs;
     }
-    readSweeps(*records, head, code, std::move(from), [&](const PassingSweep& sweep) {
+    readSweeps(records, head, code, std::move(from), [&](const PassingSweep& sweep) {
         if (sweep.momentMs > ms) {
             if (found) {
                 found->nextMs = sweep.momentMs;

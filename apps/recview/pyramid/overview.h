@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <shared_mutex>
 #include <span>
@@ -64,21 +63,13 @@ struct RecordPlace {
     std::uint64_t number = 0;   ///< 0 is the first record
 };
 
-/// Reads records again, from a place on. Any thread, several at once.
-class RecordSource {
-public:
-    RecordSource() = default;
-    RecordSource(const RecordSource&) = delete;
-    RecordSource& operator=(const RecordSource&) = delete;
-    virtual ~RecordSource() = default;
-
-    /// Visits the records from the one at a place on, in their order, until the visitor gives false.
-    virtual void read(const RecordPlace& place, const std::function<bool(const Record&)>& visit) const = 0;
-};
+/// Visits the records from the one at a place on, in their order, until the visitor gives false. Any thread, several at
+/// once.
+using RecordSource = std::function<void(const RecordPlace& place, const std::function<bool(const Record&)>& visit)>;
 /// Those of a finished file. Its tables are read when first needed; those of the last files are kept.
-std::shared_ptr<const RecordSource> recordsOf(const std::string& path);
+RecordSource recordsOf(const std::string& path);
 /// Those of a file that is being written ("NAME.tmp"), as far as they were accepted; also after it was closed.
-std::shared_ptr<const RecordSource> growingRecords(const std::string& path);
+RecordSource growingRecords(const std::string& path);
 
 /// Sweeps of one type over one channel range. A series begins anew after a pause, but remains the same one.
 struct Series {
@@ -153,7 +144,7 @@ class OverviewBuilder;
 class Overview {
 public:
     /// Opens what a finished builder put into a store. @return null when the store holds something else
-    static std::shared_ptr<Overview> open(std::unique_ptr<Store> store, std::shared_ptr<const RecordSource> records);
+    static std::shared_ptr<Overview> open(std::unique_ptr<Store> store, RecordSource records);
     Overview(const Overview&) = delete;
     Overview& operator=(const Overview&) = delete;
     ~Overview();
@@ -199,7 +190,7 @@ public:
     /// Keeps a complete overview's store under a name, as Store::keep does.
     bool keepAs(const std::filesystem::path& path);
     /// Where the records are read again: of a file that grew, after it was renamed.
-    void setRecords(std::shared_ptr<const RecordSource> records);
+    void setRecords(RecordSource records);
 
 private:
     friend class OverviewBuilder;
@@ -220,7 +211,7 @@ class OverviewBuilder {
 public:
     /// @param summary header and types (its times are not looked at); of a file that grows: what is known of it
     /// @param records where they are read again
-    OverviewBuilder(std::unique_ptr<Store> store, const Summary& summary, std::shared_ptr<const RecordSource> records,
+    OverviewBuilder(std::unique_ptr<Store> store, const Summary& summary, RecordSource records,
                     const MakePart& makePart = {});
     OverviewBuilder(const OverviewBuilder&) = delete;
     OverviewBuilder& operator=(const OverviewBuilder&) = delete;

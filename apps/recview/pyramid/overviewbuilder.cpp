@@ -1,6 +1,5 @@
 // One pass over the records: blocks of levels, checkpoints, and the part of others.
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 #include "overviewparts.h"
@@ -117,8 +116,8 @@ void OverviewBuilder::Private::writeCheckpoint(const RecordPlace& next)
     isCheckpointDue = false;
 }
 
-OverviewBuilder::OverviewBuilder(std::unique_ptr<Store> store, const Summary& summary,
-                                 std::shared_ptr<const RecordSource> records, const MakePart& makePart)
+OverviewBuilder::OverviewBuilder(std::unique_ptr<Store> store, const Summary& summary, RecordSource records,
+                                 const MakePart& makePart)
     : d(std::make_unique<Private>())
 {
     auto parts = std::make_unique<Overview::Private>();

@@ -6,7 +6,6 @@
 
 #include "blockpainter.h"
 #include "overviewparts.h"
-#include "sweepreader.h"
 #include "units.h"
 
 namespace RecView {
@@ -80,7 +79,7 @@ void Overview::drawSweeps(Grid& grid) const
     }
     Beginning begin = sweepsFrom(view.code, view.fromMs);
     SweepPainter painter(grid, type);
-    readSweeps(*begin.records, begin.head, view.code, std::move(begin.state),
+    readSweeps(begin.records, begin.head, view.code, std::move(begin.state),
                [&](const PassingSweep& sweep) { return painter.add(sweep); });
     painter.finish();
 }

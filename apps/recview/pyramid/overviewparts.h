@@ -1,11 +1,15 @@
-// What an overview is made of, for the sources that it is spread over.
+// What an overview is made of, for the sources that it is spread over; and its sweeps, read again from a checkpoint on.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <shared_mutex>
+#include <span>
+#include <vector>
 
 #include "checkpoints.h"
 #include "overview.h"
@@ -19,7 +23,7 @@ namespace RecView {
 
 struct Overview::Private {
     std::unique_ptr<Store> store;
-    std::shared_ptr<const RecordSource> records;
+    RecordSource records;
     Tables tables;
     std::map<std::int32_t, std::unique_ptr<SweepTracker>> trackers;  // while it grows
     std::function<void()> settle;                                    // the same: brings blocks and tables up to date
@@ -41,8 +45,54 @@ struct Overview::Private {
 /// What is needed to read the sweeps of a type that are in force from a moment on.
 struct Overview::Beginning {
     Restored state;
-    std::shared_ptr<const RecordSource> records;
+    RecordSource records;
     OverviewHead head;
+};
+
+/// A sweep as it passes; good during the call.
+struct PassingSweep {
+    const Record& record;
+    double momentMs = 0;
+    const values::ChannelRange& range;
+    std::span<const float> levels;
+};
+
+/// Visits the sweeps of a type, the one in force at the checkpoint first, until the visitor gives false.
+/// @param from what the checkpoint holds of this type
+void readSweeps(const RecordSource& records, const OverviewHead& head, std::int32_t code, Restored from,
+                const std::function<bool(const PassingSweep&)>& visit);
+
+/// Enters single sweeps into a grid: each from its moment to the next one's, or as long as one stands at most.
+class SweepPainter {
+public:
+    explicit SweepPainter(Grid& grid, const KnownType& type);
+
+    /// The next sweep; those before the view may be among them. @return false behind the view
+    bool add(const PassingSweep& sweep);
+    /// After the last one.
+    void finish();
+
+private:
+    void enter(double untilMs);
+    void place(const values::ChannelRange& range);
+    [[nodiscard]] double holdMs(const values::ChannelRange& range) const;
+
+    Grid& m_grid;
+    const KnownType& m_type;
+    std::optional<double> m_momentMs;  // of the sweep that is not yet entered
+    double m_hold = 0;
+    values::ChannelRange m_range;
+    struct Place {
+        std::uint32_t channel;
+        std::uint32_t firstRow;
+        std::uint32_t endRow;
+    };
+    std::vector<Place> m_places;
+    bool m_isPlaced = false;
+    std::size_t m_lowRow = 0;
+    std::size_t m_highRow = 0;
+    std::vector<float> m_levels;
+    std::vector<float> m_counts;
 };
 
 }  // namespace RecView

@@ -4,7 +4,6 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <utility>
 
 #include <recording2/inspection/filename.h>
 #include <recording2/inspection/following.h>
@@ -51,81 +50,65 @@ private:
     std::deque<Entry> m_recent;
 };
 
-class FileRecords final : public RecordSource {
-public:
-    explicit FileRecords(std::string path) : m_path(std::move(path)) {}
-
-    // In stretches, each with its part of the time table.
-    void read(const RecordPlace& place, const std::function<bool(const Record&)>& visit) const override
-    {
-        const std::int64_t position = place.position;
-        static RecentSummaries recent;
-        constexpr std::size_t StretchEntries = 2048;
-        const std::shared_ptr<const Summary> summary = recent.of(m_path);
-        const std::vector<Inspection::TimeEntry>& times = summary->times;
-        Summary stretch;
-        stretch.readability = summary->readability;
-        stretch.fileSize = summary->fileSize;
-        stretch.header = summary->header;
-        auto entry =
-            std::lower_bound(times.begin(), times.end(), position,
-                             [](const Inspection::TimeEntry& time, std::int64_t at) { return time.position < at; });
-        bool goesOn = true;
-        stretch.header.positions.firstRecord =
-            position > 0 ? static_cast<std::int32_t>(position) : summary->header.positions.firstRecord;
-        while (goesOn) {
-            const auto left = static_cast<std::size_t>(times.end() - entry);
-            const auto end = entry + static_cast<std::ptrdiff_t>(std::min(left, StretchEntries));
-            const bool isLast = end == times.end();
-            stretch.times.assign(entry, end);
-            stretch.header.positions.timeTable = isLast ? summary->header.positions.timeTable : end->position;
-            Inspection::walkRecords(m_path, stretch, [&](const Record& record) { return goesOn = visit(record); });
-            entry = end;
-            goesOn = goesOn && !isLast;
-            stretch.header.positions.firstRecord = stretch.header.positions.timeTable;
-        }
+// In stretches, each with its part of the time table.
+void readFinished(const std::string& path, const RecordPlace& place, const std::function<bool(const Record&)>& visit)
+{
+    const std::int64_t position = place.position;
+    static RecentSummaries recent;
+    constexpr std::size_t StretchEntries = 2048;
+    const std::shared_ptr<const Summary> summary = recent.of(path);
+    const std::vector<Inspection::TimeEntry>& times = summary->times;
+    Summary stretch;
+    stretch.readability = summary->readability;
+    stretch.fileSize = summary->fileSize;
+    stretch.header = summary->header;
+    auto entry =
+        std::lower_bound(times.begin(), times.end(), position,
+                         [](const Inspection::TimeEntry& time, std::int64_t at) { return time.position < at; });
+    bool goesOn = true;
+    stretch.header.positions.firstRecord =
+        position > 0 ? static_cast<std::int32_t>(position) : summary->header.positions.firstRecord;
+    while (goesOn) {
+        const auto left = static_cast<std::size_t>(times.end() - entry);
+        const auto end = entry + static_cast<std::ptrdiff_t>(std::min(left, StretchEntries));
+        const bool isLast = end == times.end();
+        stretch.times.assign(entry, end);
+        stretch.header.positions.timeTable = isLast ? summary->header.positions.timeTable : end->position;
+        Inspection::walkRecords(path, stretch, [&](const Record& record) { return goesOn = visit(record); });
+        entry = end;
+        goesOn = goesOn && !isLast;
+        stretch.header.positions.firstRecord = stretch.header.positions.timeTable;
     }
+}
 
-private:
-    std::string m_path;
-};
-
-class GrowingRecords final : public RecordSource {
-public:
-    explicit GrowingRecords(std::string path) : m_path(std::move(path)) {}
-
-    void read(const RecordPlace& place, const std::function<bool(const Record&)>& visit) const override
-    {
-        std::string problem;
-        std::optional<Inspection::Following> following = Inspection::Following::open(m_path, problem);
-        if (!following) {
+void readGrowing(const std::string& path, const RecordPlace& place, const std::function<bool(const Record&)>& visit)
+{
+    std::string problem;
+    std::optional<Inspection::Following> following = Inspection::Following::open(path, problem);
+    if (!following) {
+        return;
+    }
+    std::uint64_t toSkip = following->startAt(place.number) ? 0 : place.number;
+    Record record;
+    while (following->next(record)) {
+        if (toSkip > 0) {
+            --toSkip;
+        } else if (!visit(record)) {
             return;
         }
-        std::uint64_t toSkip = following->startAt(place.number) ? 0 : place.number;
-        Record record;
-        while (following->next(record)) {
-            if (toSkip > 0) {
-                --toSkip;
-            } else if (!visit(record)) {
-                return;
-            }
-        }
     }
-
-private:
-    std::string m_path;
-};
+}
 
 }  // namespace
 
-std::shared_ptr<const RecordSource> growingRecords(const std::string& path)
+RecordSource growingRecords(const std::string& path)
 {
-    return std::make_shared<GrowingRecords>(path);
+    return [path](const RecordPlace& place, const auto& visit) { readGrowing(path, place, visit); };
 }
 
-std::shared_ptr<const RecordSource> recordsOf(const std::string& path)
+RecordSource recordsOf(const std::string& path)
 {
-    return std::make_shared<FileRecords>(path);
+    return [path](const RecordPlace& place, const auto& visit) { readFinished(path, place, visit); };
 }
 
 }  // namespace RecView

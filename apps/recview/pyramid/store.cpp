@@ -2,7 +2,6 @@
 #include "store.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <stdexcept>
 #include <utility>

@@ -1,10 +1,7 @@
 // Single sweeps: read again, and entered into grids.
-#include "sweepreader.h"
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <utility>
 
 #include "overviewparts.h"
 #include "sweeptext.h"
@@ -28,7 +25,7 @@ void readSweeps(const RecordSource& records, const OverviewHead& head, std::int3
     std::vector<float> levels;
     Record pending;  // a sweep that the map has not taken over yet
     bool isPending = false;
-    records.read(from.next, [&](const Record& record) {
+    records(from.next, [&](const Record& record) {
         if (record.code != code || record.timeMs == 0) {
             return true;
         }

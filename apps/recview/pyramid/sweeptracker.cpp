@@ -1,9 +1,6 @@
 // Which series a sweep belongs to, what of it is entered when, and when rows of blocks end.
 #include "sweeptracker.h"
 
-#include <algorithm>
-#include <cmath>
-
 namespace RecView {
 
 namespace {

@@ -28,7 +28,8 @@ public:
         Summary summary;
         summary.header.startMs = StartMs;
         const std::filesystem::path path = m_folder.filePath("overview").toStdString();
-        m_builder = std::make_unique<OverviewBuilder>(Store::create(path), summary, std::make_shared<MemoryRecords>());
+        m_builder = std::make_unique<OverviewBuilder>(Store::create(path), summary,
+                                                      sourceOf(std::make_shared<MemoryRecords>()));
     }
     void add(std::int32_t code, std::string text)
     {

@@ -7,7 +7,6 @@
 #include <thread>
 
 #include <pyramid/cache.h>
-#include <pyramid/content.h>
 #include <support/recordingbytes.h>
 #include "madeoverview.h"
 

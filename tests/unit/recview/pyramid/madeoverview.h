@@ -47,7 +47,7 @@ inline std::string someLevelsText(std::size_t first, std::span<const float> leve
 }
 
 /// Records in memory.
-class MemoryRecords final : public RecView::RecordSource {
+class MemoryRecords {
 public:
     void add(std::int32_t code, std::uint64_t timeMs, std::string text)
     {
@@ -55,8 +55,7 @@ public:
         m_end += static_cast<std::int64_t>(m_records.back().data.size()) + 30;
     }
     [[nodiscard]] const std::vector<RecView::Record>& all() const { return m_records; }
-    void read(const RecView::RecordPlace& place,
-              const std::function<bool(const RecView::Record&)>& visit) const override
+    void read(const RecView::RecordPlace& place, const std::function<bool(const RecView::Record&)>& visit) const
     {
         for (std::size_t i = static_cast<std::size_t>(place.number); i < m_records.size() && visit(m_records[i]); ++i) {
         }
@@ -66,6 +65,11 @@ private:
     std::vector<RecView::Record> m_records;
     std::int64_t m_end = 1000;
 };
+
+inline RecView::RecordSource sourceOf(const std::shared_ptr<const MemoryRecords>& records)
+{
+    return [records](const RecView::RecordPlace& place, const auto& visit) { records->read(place, visit); };
+}
 
 /// A sweep as plain replay has it.
 struct PlainSweep {
@@ -105,7 +109,8 @@ public:
         RecView::Summary summary;
         summary.header.startMs = StartMs;
         const std::filesystem::path path = m_folder.filePath("overview").toStdString();
-        m_builder = std::make_unique<RecView::OverviewBuilder>(RecView::Store::create(path), summary, records);
+        m_builder =
+            std::make_unique<RecView::OverviewBuilder>(RecView::Store::create(path), summary, sourceOf(records));
         for (const RecView::Record& record : records->all()) {
             m_builder->add(record);
         }

@@ -104,7 +104,7 @@ TEST(States, OfCheckpointsAreThoseOfAllRecordsBefore)
         for (; applied < checkpoint->next.number; ++applied) {
             plain.apply(records->all()[applied]);
         }
-        const Restored from = restored(reader, checkpoint, std::nullopt, *records);
+        const Restored from = restored(reader, checkpoint, std::nullopt, sourceOf(records));
         EXPECT_EQ(from.next.position, records->all()[applied].position);
         EXPECT_EQ(inWords(from.state), inWords(plain)) << applied;
         EXPECT_EQ(from.state.load().channels, plain.load().channels);
