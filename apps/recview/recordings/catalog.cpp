@@ -1,21 +1,42 @@
-// Comparing what is there with what was there a moment ago, and looking at what is new.
+// Comparing what is there with what was there a moment ago, and looking at what is new. Directories are listed only
+// when they changed.
 #include "catalog.h"
 
 #include <algorithm>
+#include <chrono>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include <recording2/inspection/filename.h>
 
 namespace RecView {
 
-namespace Inspection = Recording2::Inspection;
+namespace fs = std::filesystem;
+using Recording2::Inspection::native;
+using Recording2::Inspection::utf8;
 
 namespace {
 
+constexpr std::string_view Finished = ".rec";
+constexpr std::string_view Unfinished = ".tmp";
+
+std::vector<std::string> recordingsOf(const fs::path& directory)
+{
+    std::error_code error;
+    std::vector<std::string> files;
+    for (fs::directory_iterator entry(directory, error), end; !error && entry != end; entry.increment(error)) {
+        if (entry->path().extension() == Finished || entry->path().extension() == Unfinished) {
+            files.push_back(utf8(entry->path()));
+        }
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
 bool isUnfinished(const std::string& path)
 {
-    return path.ends_with(".tmp");
+    return path.ends_with(Unfinished);
 }
 
 /// Whether the two tell the same of a growing file but for how far it has come.
@@ -27,6 +48,44 @@ bool holdsTheSame(const FilePointer& a, const FilePointer& b)
 }
 
 }  // namespace
+
+void Catalog::addDirectory(const std::string& path, std::vector<WatchedName>& names)
+{
+    constexpr std::chrono::seconds Settled{1};  // file systems tell times in steps of up to some milliseconds
+    std::error_code error;
+    Directory& directory = m_directories[path];
+    const fs::file_time_type changed = fs::last_write_time(native(path), error);
+    if (!directory.settled || changed != directory.changed || error) {
+        directory.settled = !error && fs::file_time_type::clock::now() - changed > Settled;
+        directory.changed = changed;
+        directory.files = recordingsOf(native(path));
+    }
+    for (const std::string& file : directory.files) {
+        names.push_back({file, false});
+    }
+}
+
+std::vector<WatchedName> Catalog::names()
+{
+    std::vector<WatchedName> found;
+    for (const std::string& path : m_paths) {
+        std::error_code error;
+        if (fs::is_directory(native(path), error)) {
+            addDirectory(path, found);
+            continue;
+        }
+        fs::path finished = native(path);
+        if (finished.extension() == Unfinished && !fs::exists(finished, error)) {
+            finished.replace_extension(Finished);  // it was closed meanwhile
+            if (fs::exists(finished, error)) {
+                found.push_back({utf8(finished), true});
+                continue;
+            }
+        }
+        found.push_back({path, true});
+    }
+    return found;
+}
 
 Catalog::Catalog(std::vector<std::string> paths, Overviews& overviews, Listeners listeners)
     : m_paths(std::move(paths)), m_overviews(overviews), m_listeners(std::move(listeners))
@@ -88,7 +147,7 @@ void Catalog::close(Entry& entry)
 Catalog::Change Catalog::lookAtEntry(const WatchedName& name, Entry& entry, bool isNew)
 {
     System::FileIdentity identity;
-    const bool isThere = System::identityOf(Inspection::native(name.path), identity) == 0;
+    const bool isThere = System::identityOf(native(name.path), identity) == 0;
     const bool isSame = !isNew && entry.identity == identity;
     if (isThere && isUnfinished(name.path)) {
         if (isSame && m_round % 10 != 0) {
@@ -117,7 +176,6 @@ Catalog::Change Catalog::lookAtEntry(const WatchedName& name, Entry& entry, bool
 /// It was closed and named a moment ago, and what was made of it while it grew is not complete yet.
 bool Catalog::isStillFollowed(const std::string& path) const
 {
-    constexpr std::string_view Finished = ".rec";
     if (!path.ends_with(Finished)) {
         return false;
     }
@@ -139,7 +197,7 @@ Catalog::Change Catalog::lookAtName(const WatchedName& name)
         return Change::None;
     }
     System::NameKind kind = System::NameKind::Missing;
-    const bool isThere = System::lookAt(Inspection::native(name.path), kind) == 0 && kind != System::NameKind::Missing;
+    const bool isThere = System::lookAt(native(name.path), kind) == 0 && kind != System::NameKind::Missing;
     if (!isThere && !name.wasNamed) {
         return Change::None;
     }
@@ -159,7 +217,7 @@ void Catalog::look()
             entry.seen = entry.growing != nullptr;
         }
     }
-    for (const WatchedName& name : m_paths.list()) {
+    for (const WatchedName& name : names()) {
         change = std::max(change, lookAtName(name));
     }
     if (std::erase_if(m_entries, [](const auto& entry) { return !entry.second.seen; }) > 0) {

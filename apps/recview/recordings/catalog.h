@@ -1,8 +1,8 @@
 // Which recordings there are: what is in some paths, looked at every 200 ms.
 #pragma once
 
-#include <chrono>
 #include <condition_variable>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -13,10 +13,15 @@
 #include <system/names.h>
 
 #include "growingfile.h"
-#include "timeline.h"
-#include "watchedpaths.h"
+#include "recordedfile.h"
 
 namespace RecView {
+
+/// A name of the file system that may be that of a recording.
+struct WatchedName {
+    std::string path;       ///< as the system has it
+    bool wasNamed = false;  ///< by itself, not found in a directory: that it is missing is to be told
+};
 
 /// Looks at the paths, follows what is being written, and keeps what it found. Nothing is locked and nothing written:
 /// whoever records does not notice.
@@ -52,7 +57,16 @@ private:
         bool seen = false;
     };
     enum class Change : std::uint8_t { None, Grown, Other };
+    struct Directory {
+        std::filesystem::file_time_type changed;
+        bool settled = false;  ///< it did not change for so long that nothing can have been overlooked
+        std::vector<std::string> files;
+    };
 
+    /// Lists the recordings, finished and not: files that were named, and *.rec and *.tmp of directories. A directory
+    /// is read only when it has changed since. What cannot be read is as empty.
+    [[nodiscard]] std::vector<WatchedName> names();
+    void addDirectory(const std::string& path, std::vector<WatchedName>& names);
     [[nodiscard]] bool isStillFollowed(const std::string& path) const;
     Change lookAtName(const WatchedName& name);
     Change lookAtEntry(const WatchedName& name, Entry& entry, bool isNew);
@@ -63,7 +77,8 @@ private:
     void tellGrown(const Listing& before, const Listing& now) const;
     void run(const std::stop_token& stop);
 
-    WatchedPaths m_paths;
+    std::vector<std::string> m_paths;
+    std::map<std::string, Directory> m_directories;
     Overviews& m_overviews;
     Listeners m_listeners;
     std::map<std::string, Entry> m_entries;                            // by path; of the looking thread

@@ -7,7 +7,7 @@
 
 #include <recording2/inspection/scan.h>
 
-#include "valuepart.h"
+#include "keptcolumns.h"
 
 namespace RecView {
 

@@ -1,11 +1,13 @@
-// What is kept of plain values and bearings beside a pyramid: columns of its store, and how they are laid out.
+// What is kept of plain values and bearings beside a pyramid: columns of its store, how they are laid out, and who
+// fills them.
 #pragma once
 
 #include <cstdint>
-#include <type_traits>
+#include <memory>
 
-#include "pyramid/store.h"
+#include "pyramid/overview.h"
 #include "recordedfile.h"
+#include "rectool/replay/linesofbearing.h"
 
 namespace RecView {
 
@@ -81,5 +83,15 @@ struct KeptPosition {
     double latitudeDeg = 0;
     double longitudeDeg = 0;
 };
+
+/// A bearing as it is kept. @param ms when it was measured @param record that tells it
+[[nodiscard]] KeptBearing keptBearing(const RecTool::BearingTaker::Taken& taken, double ms, std::int32_t code,
+                                      std::int64_t position);
+
+/// For the maker of overviews.
+[[nodiscard]] std::unique_ptr<OverviewPart> makeValuePart(Store& store, const Summary& summary);
+
+/// NaN where the value is no number.
+[[nodiscard]] double numberOf(const values::ValueBase* value);
 
 }  // namespace RecView

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "keptcolumns.h"
-#include "valuepart.h"
 
 namespace RecView {
 

@@ -1,17 +1,25 @@
-// Keeping numbers singly and in blocks, changes with their texts, and bearings, within what room there is.
-#include "valuepart.h"
+// Finds out, in the one pass in which a pyramid is made, what numbers, texts and bearings there are and when they
+// changed: keeps numbers singly and in blocks, changes with their texts, and bearings, within what room there is.
+#include "keptcolumns.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
+#include <memory>
 #include <span>
+#include <string>
+#include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include <QString>
 
 #include <values/value.h>
 
+#include "pyramid/overview.h"
 #include "rectool/printing/valuetext.h"
+#include "rectool/replay/linesofbearing.h"
 
 namespace RecView {
 
@@ -22,15 +30,29 @@ constexpr std::size_t RecordBytes = 30;  // of a record besides its data
 constexpr double ShareOfNumbers = 0.5;   // blocks show the others
 constexpr double ShareOfBearings = 0.8;  // records give the others where they are few
 
-}  // namespace
+/// How much may be kept: a share of what was read. What matters least is left out first.
+class KeptBudget {
+public:
+    /// @param part of what was read: 16 for a sixteenth
+    explicit KeptBudget(std::uint64_t part) : m_part(part) {}
 
-bool KeptBudget::allows(std::size_t bytes, double share) const
-{
-    constexpr std::uint64_t Least = std::uint64_t{768} << 10;  // nothing is kept of recordings that are that small
-    const std::uint64_t all = std::max(Least, m_read) / m_part;
-    return static_cast<double>(m_kept + bytes) <= static_cast<double>(all) * share;
-}
+    void read(std::size_t bytes) { m_read += bytes; }
+    /// @param share of all that may be kept, 0 to 1
+    [[nodiscard]] bool allows(std::size_t bytes, double share) const
+    {
+        constexpr std::uint64_t Least = std::uint64_t{768} << 10;  // nothing is kept of recordings that are that small
+        const std::uint64_t all = std::max(Least, m_read) / m_part;
+        return static_cast<double>(m_kept + bytes) <= static_cast<double>(all) * share;
+    }
+    void keep(std::size_t bytes) { m_kept += bytes; }
 
+private:
+    std::uint64_t m_part;
+    std::uint64_t m_read = 0;
+    std::uint64_t m_kept = 0;
+};
+
+/// A plain value on one line, cut where it is long.
 std::string changeText(const Record& record, const values::ValueBase* value)
 {
     constexpr int Longest = 200;
@@ -38,11 +60,55 @@ std::string changeText(const Record& record, const values::ValueBase* value)
     return (text.size() <= Longest ? text : text.left(Longest) + QStringLiteral("\u2026")).toStdString();
 }
 
-double numberOf(const values::ValueBase* value)
-{
-    const auto* number = dynamic_cast<const values::ValueNumeric<double>*>(value);
-    return number != nullptr ? number->GetValue() : NoNumber;
-}
+class ValuePart final : public OverviewPart {
+public:
+    ValuePart(Store& store, const Summary& summary);
+
+    void add(const PassedRecord& passed) override;
+    void finish() override;
+
+private:
+    struct Numbers {
+        Column* all = nullptr;
+        bool isOpen = true;             // every one is still kept
+        std::vector<KeptBlock> blocks;  // of each level, not yet full
+        std::vector<std::uint32_t> counts;
+    };
+    struct Changes {
+        Column* column = nullptr;
+        std::string text;  // of the last one, which was at
+        double ms = 0;
+        bool isFirst = true;
+        std::uint32_t leftOut = 0;
+    };
+
+    void noteKind(const PassedRecord& passed);
+    void addNumber(const PassedRecord& passed, double value);
+    void addToBlocks(std::int32_t code, Numbers& numbers, const KeptBlock& one);
+    void pushBlock(std::int32_t code, Numbers& numbers, std::uint32_t level);
+    void addChange(const PassedRecord& passed);
+    std::uint32_t keepText(const std::string& text);
+    void addBearing(const RecTool::BearingTaker::Taken& taken);
+    void addPosition(double ms);
+    void keepPosition();
+
+    Store& m_store;
+    std::vector<Recording2::Inspection::TypeEntry> m_types;
+    KeptBudget m_budget{16};
+    KeptBudget m_positionBudget{48};  // a twelfth together
+    std::map<std::int32_t, Kind> m_kinds;
+    std::map<std::int32_t, Numbers> m_numbers;
+    std::map<std::int32_t, Changes> m_changes;
+    std::unordered_map<std::string, std::uint32_t> m_texts;  // those that were kept lately
+    RecTool::BearingTaker m_taker;
+    std::int64_t m_position = 0;  // of the record being added
+    std::int32_t m_code = 0;
+    double m_momentMs = 0;
+    KeptBearing m_lastBearing;
+    std::uint32_t m_bearingsLeftOut = 0;
+    KeptPosition m_lastPosition;
+    bool m_positionIsKept = true;
+};
 
 ValuePart::ValuePart(Store& store, const Summary& summary)
     : m_store(store),
@@ -181,27 +247,6 @@ void ValuePart::addBearing(const RecTool::BearingTaker::Taken& taken)
     m_budget.keep(sizeof(KeptBearing));
 }
 
-KeptBearing keptBearing(const RecTool::BearingTaker::Taken& taken, double ms, std::int32_t code, std::int64_t position)
-{
-    const RecTool::TakenBearing& bearing = taken.bearing;
-    KeptBearing kept;
-    kept.ms = ms;
-    kept.timeMs = bearing.timeMs;
-    kept.position = position;
-    kept.code = code;
-    kept.channel = bearing.channel;
-    kept.measuredUs = bearing.measuredUs;
-    kept.hz = bearing.frequencyHz;
-    kept.azimuthDeg = bearing.bearing.azimuthDeg;
-    kept.elevationDeg = bearing.bearing.elevationDeg;
-    kept.levelDb = bearing.bearing.levelDb;
-    kept.quality = bearing.bearing.quality;
-    kept.headingDeg = bearing.headingDeg.value_or(NoNumber);
-    kept.latitudeDeg = taken.hasPosition ? bearing.line.from.latitudeDeg : NoNumber;
-    kept.longitudeDeg = taken.hasPosition ? bearing.line.from.longitudeDeg : NoNumber;
-    return kept;
-}
-
 /// Latitude and longitude change one after the other: what lies between the two is no position.
 void ValuePart::addPosition(double ms)
 {
@@ -244,6 +289,35 @@ void ValuePart::finish()
         m_lastBearing.leftOut = m_bearingsLeftOut - 1;
         m_store.column(keyOf(Kept::Bearings)).append(m_lastBearing);
     }
+}
+
+}  // namespace
+
+double numberOf(const values::ValueBase* value)
+{
+    const auto* number = dynamic_cast<const values::ValueNumeric<double>*>(value);
+    return number != nullptr ? number->GetValue() : NoNumber;
+}
+
+KeptBearing keptBearing(const RecTool::BearingTaker::Taken& taken, double ms, std::int32_t code, std::int64_t position)
+{
+    const RecTool::TakenBearing& bearing = taken.bearing;
+    KeptBearing kept;
+    kept.ms = ms;
+    kept.timeMs = bearing.timeMs;
+    kept.position = position;
+    kept.code = code;
+    kept.channel = bearing.channel;
+    kept.measuredUs = bearing.measuredUs;
+    kept.hz = bearing.frequencyHz;
+    kept.azimuthDeg = bearing.bearing.azimuthDeg;
+    kept.elevationDeg = bearing.bearing.elevationDeg;
+    kept.levelDb = bearing.bearing.levelDb;
+    kept.quality = bearing.bearing.quality;
+    kept.headingDeg = bearing.headingDeg.value_or(NoNumber);
+    kept.latitudeDeg = taken.hasPosition ? bearing.line.from.latitudeDeg : NoNumber;
+    kept.longitudeDeg = taken.hasPosition ? bearing.line.from.longitudeDeg : NoNumber;
+    return kept;
 }
 
 std::unique_ptr<OverviewPart> makeValuePart(Store& store, const Summary& summary)

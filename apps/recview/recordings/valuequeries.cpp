@@ -4,10 +4,8 @@
 #include <algorithm>
 #include <cmath>
 #include <span>
-#include <utility>
 
 #include "rectool/replay/inforce.h"
-#include "valuepart.h"
 
 namespace RecView {
 

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "keptcolumns.h"
-#include "pyramid/overview.h"
 
 namespace RecView {
 

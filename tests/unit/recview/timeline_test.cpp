@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "recordings/timeline.h"
+#include "recordings/recordedfile.h"
 
 namespace TimelineTests {
 namespace {
