@@ -6,7 +6,6 @@
 #include <mutex>
 #include <sstream>
 #include <string>
-#include <utility>
 
 #include "context.h"
 #include "jsontext.h"

@@ -1,5 +1,4 @@
 // The answers to /api/bookmarks: those of all files of a recording, and changes of them.
-#include <optional>
 
 #include <nlohmann/json.hpp>
 

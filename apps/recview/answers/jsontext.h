@@ -1,7 +1,6 @@
 // JSON that is written piece by piece: answers have many numbers, too many to build a document of.
 #pragma once
 
-#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
