@@ -4,7 +4,6 @@
 #include "client/cache.h"
 #include "client/originals.h"
 #include "mover/movercore.h"
-#include "registry/publishing.h"
 #include "station/configuration.h"
 #include "station/station.h"
 #include "storage/storage.h"

@@ -7,9 +7,7 @@
 #include <QFileInfo>
 
 #include "client/cache.h"
-#include "housekeeping.h"
-#include "registry/publishing.h"
-#include "storing.h"
+#include "steps.h"
 
 namespace Zelvo {
 

@@ -8,9 +8,6 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
-#include <QUuid>
-
-#include "registry/publishing.h"
 
 namespace Zelvo {
 
