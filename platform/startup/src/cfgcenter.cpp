@@ -8,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include <QByteArray>
 #include <QFile>
 
 #include <tomltext/tomltext.h>

@@ -11,9 +11,7 @@
 
 #include <vkbase/vkexception.h>
 
-#include "cells.h"
-#include "channelrange.h"
-#include "textformat.h"
+#include "maptexts.h"
 
 namespace values {
 

@@ -2,7 +2,6 @@
 #include <vkbase/datetime.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <limits>
 
 #include <QDateTime>
