@@ -1,9 +1,10 @@
 // Headers, tables, states and bookmarks through rectool's parts.
-#include "files.h"
+#include "calls.h"
 
+#include <cmath>
 #include <functional>
 #include <map>
-#include <utility>
+#include <optional>
 
 #include <recording2/inspection/inspection.h>
 
@@ -120,9 +121,10 @@ py::dict describeFiles(const std::vector<std::string>& files)
     return described;
 }
 
-py::list stateOf(const Request& request)
+py::list stateOf(const std::vector<std::string>& files, const std::string& device, const std::string& at)
 {
     constexpr double Ever = 1e300;
+    const Request request{files, {}, device, "0", at, "at"};
     std::optional<Reading> reading;
     std::map<std::size_t, TrackState> states;
     {
@@ -141,6 +143,11 @@ py::list stateOf(const Request& request)
         }
     }
     return all;
+}
+
+double momentOf(const std::vector<std::string>& files, const std::string& text)
+{
+    return std::round(Reading({files, {}, {}, "0", text, "at"}).recordings().span().toMs);
 }
 
 void addBookmark(const std::string& file, std::uint64_t timeMs, const std::string& text)

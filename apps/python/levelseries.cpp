@@ -1,19 +1,113 @@
-// Walking the records of a spectrum into arrays.
-#include "levelseries.h"
+// Walking the records of a spectrum into arrays, one for each of its channel ranges.
+#include "calls.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <new>
-#include <numeric>
+#include <optional>
+#include <span>
 #include <utility>
+#include <vector>
 
+#include <values/maps.h>
 #include <values/recordingtext.h>
 
+#include "pythonvalues.h"
+#include "reading.h"
 #include "rectool/printing/text.h"
 
 namespace RecPython {
 
+namespace py = pybind11;
+
 namespace {
+
+/// Levels that are appended row by row. Where it grows, the system moves pages instead of copying them.
+class LevelRows {
+public:
+    /// @throws std::bad_alloc
+    void append(std::span<const float> levels);
+    void append(std::span<const float> levels, const std::vector<std::size_t>& channels);
+    [[nodiscard]] std::size_t size() const { return m_size; }
+    /// The memory is the caller's from now on, to be given to free().
+    [[nodiscard]] float* release();
+
+private:
+    struct Free {
+        void operator()(float* memory) const { std::free(memory); }
+    };
+    [[nodiscard]] std::span<float> more(std::size_t cells);
+
+    std::unique_ptr<float, Free> m_levels;
+    std::size_t m_size = 0;
+    std::size_t m_capacity = 0;
+};
+
+struct LevelSeries {
+    values::ChannelRange range;
+    std::vector<std::size_t> channels;  ///< that were asked for
+    bool isAll = false;                 ///< they are all of the range
+    std::vector<double> frequenciesHz;  ///< of the channels
+    std::vector<std::int64_t> sinceStartUs;
+    LevelRows levels;
+    std::uint64_t seen = 0;  ///< also those between, where only some are wanted
+};
+
+/// Which spectra are wanted.
+struct LevelRequest : Request {
+    std::optional<double> lowHz;
+    std::optional<double> highHz;
+    std::uint64_t every = 1;
+    bool complete = false;  ///< levels in force after each record instead of those that it brought
+    bool byRange = false;   ///< otherwise more than one range is refused
+};
+
+struct FoundSpectra : FoundType {
+    std::vector<std::unique_ptr<LevelSeries>> series;
+};
+
+std::span<float> LevelRows::more(std::size_t cells)
+{
+    constexpr std::size_t Least = 65'536;
+    if (m_capacity - m_size < cells) {
+        const std::size_t capacity = std::max({Least, m_size + cells, m_capacity + m_capacity / 2});
+        void* const moved = std::realloc(m_levels.get(), capacity * sizeof(float));
+        if (moved == nullptr) {
+            throw std::bad_alloc();
+        }
+        static_cast<void>(m_levels.release());  // realloc has taken it
+        m_levels.reset(static_cast<float*>(moved));
+        m_capacity = capacity;
+    }
+    const std::span<float> added(m_levels.get() + m_size, cells);
+    m_size += cells;
+    return added;
+}
+
+void LevelRows::append(std::span<const float> levels)
+{
+    std::copy(levels.begin(), levels.end(), more(levels.size()).begin());
+}
+
+void LevelRows::append(std::span<const float> levels, const std::vector<std::size_t>& channels)
+{
+    std::transform(channels.begin(), channels.end(), more(channels.size()).begin(),
+                   [levels](std::size_t channel) { return levels[channel]; });
+}
+
+float* LevelRows::release()
+{
+    void* const fitted = m_size == 0 ? nullptr : std::realloc(m_levels.get(), m_size * sizeof(float));
+    if (fitted != nullptr) {
+        static_cast<void>(m_levels.release());
+        m_levels.reset(static_cast<float*>(fitted));
+    }
+    return m_levels.release();
+}
 
 class SpectraReader {
 public:
@@ -148,50 +242,36 @@ void SpectraReader::refuseNothing() const
     throw Refusal(RecTool::ExitCode::Usage, m_reading.recordings().file(), why);
 }
 
+/// Rows by channels. The rows are empty then.
+py::array_t<float> takenLevels(LevelSeries& series)
+{
+    const auto rows = static_cast<py::ssize_t>(series.sinceStartUs.size());
+    const auto columns = static_cast<py::ssize_t>(series.channels.size());
+    float* const levels = series.levels.release();
+    if (levels == nullptr) {
+        return py::array_t<float>(std::vector<py::ssize_t>{rows, columns});
+    }
+    const py::capsule owner(levels, [](void* memory) { std::free(memory); });
+    return py::array_t<float>({rows, columns}, levels, owner);
+}
+
 }  // namespace
 
-std::span<float> LevelRows::more(std::size_t cells)
+py::dict spectraOf(const std::vector<std::string>& files, const std::string& keyword, const std::string& device,
+                   const std::string& from, const std::string& to, std::optional<double> lowHz,
+                   std::optional<double> highHz, std::uint64_t every, bool complete, bool byRange)
 {
-    constexpr std::size_t Least = 65'536;
-    if (m_capacity - m_size < cells) {
-        const std::size_t capacity = std::max({Least, m_size + cells, m_capacity + m_capacity / 2});
-        void* const moved = std::realloc(m_levels.get(), capacity * sizeof(float));
-        if (moved == nullptr) {
-            throw std::bad_alloc();
-        }
-        static_cast<void>(m_levels.release());  // realloc has taken it
-        m_levels.reset(static_cast<float*>(moved));
-        m_capacity = capacity;
+    const LevelRequest request{{files, keyword, device, from, to}, lowHz, highHz, every, complete, byRange};
+    FoundSpectra found = readUnlocked<SpectraReader>(request);
+    py::list series;
+    for (const auto& one : found.series) {
+        const py::array levels = takenLevels(*one);
+        series.append(py::make_tuple(takenArray(std::move(one->sinceStartUs)),
+                                     takenArray(std::move(one->frequenciesHz)), levels));
     }
-    const std::span<float> added(m_levels.get() + m_size, cells);
-    m_size += cells;
-    return added;
-}
-
-void LevelRows::append(std::span<const float> levels)
-{
-    std::copy(levels.begin(), levels.end(), more(levels.size()).begin());
-}
-
-void LevelRows::append(std::span<const float> levels, const std::vector<std::size_t>& channels)
-{
-    std::transform(channels.begin(), channels.end(), more(channels.size()).begin(),
-                   [levels](std::size_t channel) { return levels[channel]; });
-}
-
-float* LevelRows::release()
-{
-    void* const fitted = m_size == 0 ? nullptr : std::realloc(m_levels.get(), m_size * sizeof(float));
-    if (fitted != nullptr) {
-        static_cast<void>(m_levels.release());
-        m_levels.reset(static_cast<float*>(fitted));
-    }
-    return m_levels.release();
-}
-
-FoundSpectra readSpectra(const LevelRequest& request)
-{
-    return SpectraReader(request).read();
+    py::dict all = aboutType(found);
+    all["series"] = series;
+    return all;
 }
 
 }  // namespace RecPython

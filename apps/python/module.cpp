@@ -3,21 +3,16 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
-#include <cmath>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <vkbase/vkexception.h>
 
-#include "bearingtable.h"
-#include "files.h"
-#include "levelseries.h"
-#include "plainvalues.h"
+#include "calls.h"
 #include "pythonvalues.h"
-#include "recordcursor.h"
-#include "refusal.h"
+#include "reading.h"
+#include "records.h"
 #include "stationrecorder.h"
 
 namespace py = pybind11;
@@ -92,171 +87,24 @@ void addErrors(py::module_& module)
     py::register_exception_translator(&translate);
 }
 
-/// Without the interpreter's lock.
-template <typename Found, typename Asked>
-Found unlocked(Found (*read)(const Asked& request), const Asked& request)
-{
-    const py::gil_scoped_release withoutLock;
-    return read(request);
-}
-
-py::dict aboutType(const FoundType& found)
-{
-    py::dict about;
-    about["keyword"] = pythonText(found.keyword);
-    about["device"] = pythonText(found.device);
-    about["start_us"] = found.startUs;
-    about["not_understood"] = found.notUnderstood;
-    about["damage"] = pythonDamage(found.damage);
-    return about;
-}
-
-py::dict spectra(const std::vector<std::string>& files, const std::string& keyword, const std::string& device,
-                 const std::string& from, const std::string& to, std::optional<double> lowHz,
-                 std::optional<double> highHz, std::uint64_t every, bool complete, bool byRange)
-{
-    const LevelRequest request{{files, keyword, device, from, to}, lowHz, highHz, every, complete, byRange};
-    FoundSpectra found = unlocked(readSpectra, request);
-    py::list series;
-    for (const auto& one : found.series) {
-        const py::array levels = takenLevels(*one);
-        series.append(py::make_tuple(takenArray(std::move(one->sinceStartUs)),
-                                     takenArray(std::move(one->frequenciesHz)), levels));
-    }
-    py::dict all = aboutType(found);
-    all["series"] = series;
-    return all;
-}
-
-py::dict values(const std::vector<std::string>& files, const std::string& keyword, const std::string& device,
-                const std::string& from, const std::string& to)
-{
-    const Request request{files, keyword, device, from, to};
-    FoundValues found = unlocked(readValues, request);
-    py::dict all = aboutType(found);
-    all["unit"] = pythonText(found.unit);
-    all["since_start_us"] = takenArray(std::move(found.sinceStartUs));
-    all["booleans"] = found.areBooleans;
-    if (found.texts.empty()) {
-        all["numbers"] = takenArray(std::move(found.numbers));
-    } else {
-        py::list texts;
-        for (const std::string& text : found.texts) {
-            texts.append(pythonText(text));
-        }
-        all["texts"] = texts;
-    }
-    return all;
-}
-
-py::dict bearings(const std::vector<std::string>& files, const std::string& keyword, const std::string& device,
-                  const std::string& from, const std::string& to)
-{
-    const Request request{files, keyword, device, from, to};
-    FoundBearings found = unlocked(readBearings, request);
-    py::dict all = aboutType(found);
-    all["since_start_us"] = takenArray(std::move(found.sinceStartUs));
-    py::dict columns;
-    columns["frequency"] = takenArray(std::move(found.frequenciesHz));
-    columns["azimuth"] = takenArray(std::move(found.azimuthsDeg));
-    columns["elevation"] = takenArray(std::move(found.elevationsDeg));
-    columns["level"] = takenArray(std::move(found.levelsDb));
-    columns["quality"] = takenArray(std::move(found.qualities));
-    all["columns"] = columns;
-    return all;
-}
-
-/// Records as tuples: ms of the axis or None, device, keyword, type number, file, bytes, value.
-class RecordTuples {
-public:
-    RecordTuples(const std::vector<std::string>& files, const std::string& keyword, const std::string& device,
-                 const std::string& from, const std::string& to, bool decode)
-        : m_cursor({{files, keyword, device, from, to}, decode})
-    {
-    }
-
-    py::tuple next()
-    {
-        bool isThere = false;
-        {
-            const py::gil_scoped_release unlocked;
-            isThere = m_cursor.next();
-        }
-        if (!isThere) {
-            throw py::stop_iteration();
-        }
-        const RecTool::TrackType type = m_cursor.type();
-        const auto time = m_cursor.timeMs();
-        return py::make_tuple(time ? py::object(py::float_(*time)) : py::none(), device(type.track), keyword(type),
-                              type.code, file(), py::bytes(m_cursor.record().data),
-                              m_converter.convert(m_cursor.value(), type));
-    }
-    [[nodiscard]] py::list damage() const { return pythonDamage(m_cursor.damage()); }
-    [[nodiscard]] std::int64_t startUs() const { return m_cursor.reading().startUs(); }
-
-private:
-    // Texts that many records share are made once.
-    py::str keyword(const RecTool::TrackType& type)
-    {
-        const auto [known, isNew] = m_keywords.try_emplace({type.track, type.code});
-        if (isNew) {
-            known->second = pythonText(m_cursor.reading().keywordOf(type));
-        }
-        return known->second;
-    }
-    py::str device(std::size_t track)
-    {
-        const auto [known, isNew] = m_devices.try_emplace(track);
-        if (isNew) {
-            known->second = pythonText(m_cursor.reading().deviceOf(track));
-        }
-        return known->second;
-    }
-    py::str file()
-    {
-        const auto [known, isNew] = m_files.try_emplace(m_cursor.part());
-        if (isNew) {
-            known->second = pythonName(m_cursor.reading().recordings().fileOf(m_cursor.part()));
-        }
-        return known->second;
-    }
-
-    RecordCursor m_cursor;
-    ValueConverter m_converter;
-    std::map<std::pair<std::size_t, std::int32_t>, py::str> m_keywords;
-    std::map<std::size_t, py::str> m_devices;
-    std::map<std::size_t, py::str> m_files;
-};
-
-py::list state(const std::vector<std::string>& files, const std::string& device, const std::string& at)
-{
-    return stateOf({files, {}, device, "0", at, "at"});
-}
-
-/// A time as text in milliseconds of the axis.
-double moment(const std::vector<std::string>& files, const std::string& text)
-{
-    return std::round(Reading({files, {}, {}, "0", text, "at"}).recordings().span().toMs);
-}
-
 void addReading(py::module_& module)
 {
     module.def("describe", &describeFiles);
-    module.def("moment", &moment);
-    module.def("spectra", &spectra);
-    module.def("values", &values);
-    module.def("bearings", &bearings);
-    module.def("state", &state);
+    module.def("moment", &momentOf);
+    module.def("spectra", &spectraOf);
+    module.def("values", &valuesOf);
+    module.def("bearings", &bearingsOf);
+    module.def("state", &stateOf);
     module.def("add_bookmark", &addBookmark, py::call_guard<py::gil_scoped_release>());
     module.def("remove_bookmark", &removeBookmark, py::call_guard<py::gil_scoped_release>());
     module.def("rename_bookmark", &renameBookmark, py::call_guard<py::gil_scoped_release>());
-    py::class_<RecordTuples>(module, "Records")
+    py::class_<Records>(module, "Records")
         .def(py::init<const std::vector<std::string>&, const std::string&, const std::string&, const std::string&,
                       const std::string&, bool>())
         .def("__iter__", [](py::object self) { return self; })
-        .def("__next__", &RecordTuples::next)
-        .def_property_readonly("damage", &RecordTuples::damage)
-        .def_property_readonly("start_us", &RecordTuples::startUs);
+        .def("__next__", &Records::next)
+        .def_property_readonly("damage", &Records::damage)
+        .def_property_readonly("start_us", &Records::startUs);
 }
 
 using Levels = py::array_t<float, py::array::c_style | py::array::forcecast>;

@@ -1,8 +1,6 @@
 // Turning values, maps and damage into Python's objects.
 #include "pythonvalues.h"
 
-#include <algorithm>
-
 #include <values/value.h>
 
 namespace RecPython {
@@ -43,18 +41,6 @@ py::str pythonName(const std::string& file)
     return py::reinterpret_steal<py::str>(name);
 }
 
-py::array_t<float> takenLevels(LevelSeries& series)
-{
-    const auto rows = static_cast<py::ssize_t>(series.sinceStartUs.size());
-    const auto columns = static_cast<py::ssize_t>(series.channels.size());
-    float* const levels = series.levels.release();
-    if (levels == nullptr) {
-        return py::array_t<float>(std::vector<py::ssize_t>{rows, columns});
-    }
-    const py::capsule owner(levels, [](void* memory) { std::free(memory); });
-    return py::array_t<float>({rows, columns}, levels, owner);
-}
-
 py::list pythonDamage(const std::vector<FoundDamage>& damage)
 {
     py::list all;
@@ -62,6 +48,17 @@ py::list pythonDamage(const std::vector<FoundDamage>& damage)
         all.append(py::make_tuple(pythonName(found.file), found.offset, pythonText(found.text)));
     }
     return all;
+}
+
+py::dict aboutType(const FoundType& found)
+{
+    py::dict about;
+    about["keyword"] = pythonText(found.keyword);
+    about["device"] = pythonText(found.device);
+    about["start_us"] = found.startUs;
+    about["not_understood"] = found.notUnderstood;
+    about["damage"] = pythonDamage(found.damage);
+    return about;
 }
 
 py::array ValueConverter::frequencies(const values::ChannelRange& range, const RecTool::TrackType& type)

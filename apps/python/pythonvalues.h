@@ -14,7 +14,6 @@
 #include <values/maps.h>
 #include <values/valuebase.h>
 
-#include "levelseries.h"
 #include "reading.h"
 #include "rectool/replay/recordings.h"
 
@@ -33,10 +32,17 @@ template <typename Number>
     const pybind11::capsule owner(kept, [](void* memory) { delete static_cast<std::vector<Number>*>(memory); });
     return pybind11::array_t<Number>(static_cast<pybind11::ssize_t>(kept->size()), kept->data(), owner);
 }
-/// Rows by channels. The rows are empty then.
-[[nodiscard]] pybind11::array_t<float> takenLevels(LevelSeries& series);
 /// [(file, offset, sentence), ...]
 [[nodiscard]] pybind11::list pythonDamage(const std::vector<FoundDamage>& damage);
+/// To which a call adds its arrays.
+[[nodiscard]] pybind11::dict aboutType(const FoundType& found);
+/// What a reader finds, without the interpreter's lock.
+template <typename Reader, typename Asked>
+[[nodiscard]] auto readUnlocked(const Asked& request)
+{
+    const pybind11::gil_scoped_release unlocked;
+    return Reader(request).read();
+}
 
 /// Frequencies of ranges as arrays that cannot be changed; records that share a range share one.
 class ValueConverter {

@@ -1,13 +1,16 @@
-// Choosing types and devices, with what else there is where they are not there.
+// Choosing types and devices, with what else there is where they are not there. Complaints as exceptions, and the
+// interpreter's signals.
+#include <pybind11/pybind11.h>
+
 #include "reading.h"
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <iterator>
 
-#include <terminaltext/nearestword.h>
 #include <QString>
+
+#include <terminaltext/nearestword.h>
 
 #include "rectool/printing/text.h"
 #include "rectool/replay/spectra.h"
@@ -36,6 +39,26 @@ std::string upperCase(const std::string& utf8)
 }
 
 }  // namespace
+
+void Kept::require(RecTool::ExitCode code) const
+{
+    if (code != RecTool::ExitCode::Fine) {
+        refuse(code);
+    }
+}
+
+void Kept::refuse(RecTool::ExitCode code, const std::string& more) const
+{
+    throw Refusal(code, m_complaints.file(), m_complaints.text() + more);
+}
+
+void Patience::look()
+{
+    const pybind11::gil_scoped_acquire locked;
+    if (PyErr_CheckSignals() != 0) {
+        throw Interrupted();
+    }
+}
 
 Reading::Reading(const Request& request) : m_request(request)
 {

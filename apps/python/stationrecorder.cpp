@@ -18,8 +18,8 @@
 #include <vkbase/quonos.h>
 #include <vkbase/vkexception.h>
 
+#include "reading.h"
 #include "rectool/printing/text.h"
-#include "refusal.h"
 
 namespace RecPython {
 
