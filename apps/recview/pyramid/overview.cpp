@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "overviewparts.h"
+#include "sweeptext.h"
 
 namespace RecView {
 
@@ -133,12 +134,6 @@ RecTool::InForce Overview::stateAt(double ms) const
     return state;
 }
 
-void Overview::walk(const Stretch& time, const std::function<bool(const Record&, const RecTool::InForce&)>& visit) const
-{
-    walk(time, visit, nullptr);
-}
-
-/// @param last takes the state after the last record up to the end of the stretch
 void Overview::walk(const Stretch& time, const std::function<bool(const Record&, const RecTool::InForce&)>& visit,
                     RecTool::InForce* last) const
 {
@@ -177,6 +172,46 @@ Overview::Beginning Overview::sweepsFrom(std::int32_t code, double momentMs) con
     const std::shared_lock lock(d->mutex);
     const CheckpointReader reader(*d->store);
     return {restored(reader, reader.beforeMoment(code, momentMs), code, d->records), d->records, d->tables.head};
+}
+
+void readSweeps(const RecordSource& records, const OverviewHead& head, std::int32_t code, Restored from,
+                const std::function<bool(const PassingSweep&)>& visit)
+{
+    std::optional<TypeMoments> moments;
+    const LevelMap* map = asLevels(from.state.value(code));
+    if (const RecTool::LastRecord* last = from.state.find(code)) {
+        moments = from.moments[code];
+        const LevelMap* inForce = asLevels(last->value);
+        if (inForce != nullptr && inForce->size() > 0 &&
+            !visit({last->record, moments->lastMs, inForce->GetChannelRange(), inForce->GetCells()})) {
+            return;
+        }
+    }
+    std::vector<float> levels;
+    Record pending;  // a sweep that the map has not taken over yet
+    bool isPending = false;
+    records(from.next, [&](const Record& record) {
+        if (record.code != code || record.timeMs == 0) {
+            return true;
+        }
+        const double moment = momentOf(record, head, moments ? &*moments : nullptr);
+        moments = TypeMoments{moment, 0, {}};
+        bool allMeasured = false;
+        if (map != nullptr && map->size() > 0 && readWholeSweep(record.data, map->size(), levels, allMeasured)) {
+            pending = record;
+            isPending = true;
+            return visit({record, moment, map->GetChannelRange(), levels});
+        }
+        if (isPending) {
+            from.state.apply(pending);
+            isPending = false;
+        }
+        from.state.apply(record);
+        const LevelMap* after = asLevels(from.state.find(code)->value);
+        map = asLevels(from.state.value(code));
+        const bool isSweep = after != nullptr && after->size() > 0;
+        return !isSweep || visit({record, moment, after->GetChannelRange(), after->GetCells()});
+    });
 }
 
 std::optional<Sweep> Overview::sweepAt(std::int32_t code, double ms) const

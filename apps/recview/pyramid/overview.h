@@ -182,7 +182,9 @@ public:
     [[nodiscard]] RecTool::InForce stateAt(double ms) const;
     /// The records whose times lie in a stretch (both ends included), with the state after each of them, until the
     /// visitor gives false. The state is complete: it begins with a checkpoint before the stretch.
-    void walk(const Stretch& time, const std::function<bool(const Record&, const RecTool::InForce&)>& visit) const;
+    /// @param last when set, takes the state after the last record up to the end of the stretch
+    void walk(const Stretch& time, const std::function<bool(const Record&, const RecTool::InForce&)>& visit,
+              RecTool::InForce* last = nullptr) const;
 
     /// For columns of one's own.
     [[nodiscard]] std::shared_lock<std::shared_mutex> lock() const;
@@ -198,8 +200,6 @@ private:
     struct Beginning;
     explicit Overview(std::unique_ptr<Private> parts);
     [[nodiscard]] Beginning sweepsFrom(std::int32_t code, double momentMs) const;
-    void walk(const Stretch& time, const std::function<bool(const Record&, const RecTool::InForce&)>& visit,
-              RecTool::InForce* last) const;
     void drawSweeps(Grid& grid) const;
     std::unique_ptr<Private> d;
 };

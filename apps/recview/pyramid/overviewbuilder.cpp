@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "overviewparts.h"
+#include "rectool/printing/text.h"
 #include "rectool/replay/recordingtime.h"
 #include "sweeptext.h"
 
@@ -126,8 +127,7 @@ OverviewBuilder::OverviewBuilder(std::unique_ptr<Store> store, const Summary& su
     parts->records = std::move(records);
     const Recording2::Inspection::Header& header = summary.header;
     OverviewHead& head = parts->tables.head;
-    constexpr std::uint64_t LastStartMs = 253'402'300'799'999;  // of the year 9999: damaged files may tell any start
-    head.startMs = header.startMs > LastStartMs ? 0 : static_cast<double>(header.startMs);
+    head.startMs = header.startMs > RecTool::EndOfYear9999Ms ? 0 : static_cast<double>(header.startMs);
     head.lengthMs = header.stopMs > header.startMs ? static_cast<double>(header.stopMs - header.startMs) : 0;
     head.endMs = head.growthMs = head.startMs;
     d->checkpoints = std::make_unique<CheckpointWriter>(*parts->store);
