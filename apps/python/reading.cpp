@@ -165,9 +165,8 @@ void Reading::requireOneDevice(const std::vector<RecTool::TrackType>& types) con
 
 std::int64_t Reading::startUs() const
 {
-    constexpr std::uint64_t Latest = 253'402'300'799'999;  // the end of the year 9999
     const std::uint64_t startMs = m_recordings->startMs();
-    return startMs <= Latest ? static_cast<std::int64_t>(startMs) * UsPerMs : 0;
+    return startMs <= RecTool::EndOfYear9999Ms ? static_cast<std::int64_t>(startMs) * UsPerMs : 0;
 }
 
 std::int64_t Reading::sinceStartUs(const RecTool::PlacedRecord& placed) const

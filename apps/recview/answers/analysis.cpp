@@ -108,7 +108,7 @@ Response workedOut(const Request& request, const Options& options, std::size_t p
         Response response;
         {
             JsonObject object(response.body);
-            object.number("leftOut", worked.leftOut);
+            object.members("leftOut", worked.leftOut);
             object.member("answer") += worked.answer;
         }
         return response;

@@ -55,7 +55,7 @@ Cache::Options cacheOptions(const Options& options)
 Response absentResponse(const Absent& absent)
 {
     Response response;
-    JsonObject(response.body).text(absent.until() == Absent::Until::Soon ? "again" : "nothing", absent.what());
+    JsonObject(response.body).members(absent.until() == Absent::Until::Soon ? "again" : "nothing", absent.what());
     return response;
 }
 
@@ -80,11 +80,7 @@ struct Answers::Private {
     void tellGrown(const std::string& id, double endMs)
     {
         std::string json;
-        {
-            JsonObject object(json);
-            object.text("recording", id);
-            object.number("endMs", endMs);
-        }
+        JsonObject(json).members("recording", id, "endMs", endMs);
         events.publish("grown", json);
     }
     void tellMade(const RecordedFile& file)
@@ -95,11 +91,7 @@ struct Answers::Private {
                                             [&](const FilePointer& one) { return one->path == file.path; });
             if (isOfIt) {
                 std::string json;
-                {
-                    JsonObject object(json);
-                    object.text("recording", timeline.id);
-                    object.number("made", madeOf(overviews, timeline));
-                }
+                JsonObject(json).members("recording", timeline.id, "made", madeOf(overviews, timeline));
                 events.publish("made", json);
             }
         }

@@ -81,9 +81,8 @@ Response listOf(const Timeline& timeline)
             out += isFirst ? "" : ",";
             isFirst = false;
             JsonObject entry(out);
-            entry.number("ms", sinceEpoch(*file, static_cast<double>(bookmark.timeMs)));
-            entry.text("text", RecTool::fromLatin1(bookmark.text));
-            entry.text("file", file->name);
+            entry.members("ms", sinceEpoch(*file, static_cast<double>(bookmark.timeMs)));
+            entry.members("text", RecTool::fromLatin1(bookmark.text), "file", file->name);
         }
     }
     out += ']';
@@ -103,19 +102,10 @@ const RecordedFile& fileOf(const Timeline& timeline, double ms)
     return file;
 }
 
+/// Of what failed.
 int statusOf(ExitCode code)
 {
-    switch (code) {
-        case ExitCode::Fine:
-            return 200;
-        case ExitCode::Usage:
-            return 400;
-        case ExitCode::Damaged:
-            return 409;
-        case ExitCode::CannotRead:
-            break;
-    }
-    return 500;
+    return code == ExitCode::Usage ? 400 : code == ExitCode::Damaged ? 409 : 500;
 }
 
 /// Exactly as `rectool bookmark` does it: the file is checked whole, changed with its original kept, and read back.

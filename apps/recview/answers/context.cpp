@@ -10,7 +10,7 @@
 
 #include <QString>
 
-#include "recordings/valuequeries.h"
+#include "recordings/keptcolumns.h"
 
 namespace RecView {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
+#include <type_traits>
 
 namespace RecView {
 
@@ -26,17 +26,22 @@ public:
 
     /// Begins a member, whose value is to be appended.
     std::string& member(std::string_view name);
-    void text(std::string_view name, const std::string& text) { appendText(member(name), text); }
-    template <typename Number>
-    void number(std::string_view name, Number number)
+    /// Members one behind the other: a name, then its text, number, truth value or numbers.
+    template <typename Value, typename... Others>
+    void members(std::string_view name, const Value& value, const Others&... others)
     {
-        appendNumber(member(name), static_cast<double>(number));
-    }
-    void truth(std::string_view name, bool truth) { member(name) += truth ? "true" : "false"; }
-    template <typename Number>
-    void numbers(std::string_view name, const std::vector<Number>& numbers)
-    {
-        list(name, numbers, [this](Number number) { appendNumber(m_out, number); });
+        if constexpr (std::is_same_v<Value, bool>) {
+            member(name) += value ? "true" : "false";
+        } else if constexpr (std::is_arithmetic_v<Value>) {
+            appendNumber(member(name), static_cast<double>(value));
+        } else if constexpr (std::is_convertible_v<const Value&, std::string>) {
+            appendText(member(name), value);
+        } else {
+            list(name, value, [this](auto number) { appendNumber(m_out, number); });
+        }
+        if constexpr (sizeof...(others) > 0) {
+            members(others...);
+        }
     }
     /// An array. @param write appends one item
     template <typename Items, typename Write>

@@ -9,26 +9,21 @@ namespace {
 void appendType(std::string& out, const RecordedType& type, bool isSpectrum)
 {
     JsonObject object(out);
-    object.number("code", type.code);
-    object.text("keyword", type.keyword);
+    object.members("code", type.code, "keyword", type.keyword);
     if (!isSpectrum) {
-        object.text("kind", nameOf(type.kind));
+        object.members("kind", nameOf(type.kind));
     }
-    object.text("unit", type.unit);
+    object.members("unit", type.unit);
     if (isSpectrum) {
-        object.number("lowHz", type.lowHz);
-        object.number("highHz", type.highHz);
+        object.members("lowHz", type.lowHz, "highHz", type.highHz);
     }
 }
 
 void appendFile(std::string& out, const RecordedFile& file)
 {
     JsonObject object(out);
-    object.text("name", file.name);
-    object.number("startMs", file.startMs);
-    object.number("endMs", file.endMs);
-    object.number("bytes", file.bytes);
-    object.truth("live", file.live);
+    object.members("name", file.name, "startMs", file.startMs, "endMs", file.endMs);
+    object.members("bytes", file.bytes, "live", file.live);
 }
 
 void appendTimeline(std::string& out, const Context& context, const Timeline& timeline)
@@ -44,19 +39,14 @@ void appendTimeline(std::string& out, const Context& context, const Timeline& ti
         }
     }
     JsonObject object(out);
-    object.text("id", timeline.id);
-    object.text("title", timeline.files.front()->name);
-    object.text("device", timeline.files.front()->device);
-    object.text("type", timeline.files.front()->deviceType);
-    object.number("startMs", timeline.startMs());
-    object.number("endMs", timeline.endMs());
-    object.truth("live", timeline.isLive());
-    object.truth("timesKnown", timeline.timesKnown());
+    const RecordedFile& first = *timeline.files.front();
+    object.members("id", timeline.id, "title", first.name, "device", first.device, "type", first.deviceType);
+    object.members("startMs", timeline.startMs(), "endMs", timeline.endMs());
+    object.members("live", timeline.isLive(), "timesKnown", timeline.timesKnown());
     object.list("files", timeline.files, [&](const FilePointer& file) { appendFile(out, *file); });
     object.list("spectra", spectra, [&](const RecordedType& type) { appendType(out, type, true); });
     object.list("values", values, [&](const RecordedType& type) { appendType(out, type, false); });
-    object.truth("hasBearings", hasBearings);
-    object.number("made", madeOf(context.overviews, timeline));
+    object.members("hasBearings", hasBearings, "made", madeOf(context.overviews, timeline));
 }
 
 /// What does not hinder a file from being shown, but not all of it.
@@ -84,14 +74,11 @@ Response answerRecordings(const Context& context, const Request& request)
     Response response;
     std::string& out = response.body;
     JsonObject object(out);
-    object.truth("edit", context.options.edit);
+    object.members("edit", context.options.edit);
     object.list("recordings", listing->timelines,
                 [&](const Timeline& timeline) { appendTimeline(out, context, timeline); });
-    object.list("problems", problemsOf(context, *listing), [&](const Problem& problem) {
-        JsonObject entry(out);
-        entry.text("name", problem.name);
-        entry.text("error", problem.error);
-    });
+    object.list("problems", problemsOf(context, *listing),
+                [&](const Problem& problem) { JsonObject(out).members("name", problem.name, "error", problem.error); });
     return response;
 }
 

@@ -40,8 +40,7 @@ Response recordResponse(const RecordedFile& file, const LastRecord& last)
     Response response;
     const RecTool::TypeNames names(file.types);
     JsonObject object(response.body);
-    object.number("ms", sinceEpoch(file, static_cast<double>(last.record.timeMs)));
-    object.text("file", file.name);
+    object.members("ms", sinceEpoch(file, static_cast<double>(last.record.timeMs)), "file", file.name);
     RecTool::RecordJson(names).append(object.member("record"), last.record, last.value);
     return response;
 }
@@ -88,10 +87,7 @@ Response answerState(const Context& context, const Request& request)
     const RecTool::TypeNames names(file.file->types);
     RecTool::RecordJson json(names);
     JsonObject object(response.body);
-    object.number("ms", at);
-    object.text("file", file.file->name);
-    object.number("atMs", time);
-    object.number("made", file.share);
+    object.members("ms", at, "file", file.file->name, "atMs", time, "made", file.share);
     object.list("state", state.entries(),
                 [&](const auto& entry) { json.append(response.body, entry.second.record, entry.second.value); });
     return response;

@@ -143,11 +143,8 @@ Response answerSweep(const Context& context, const Request& request)
     Response response;
     std::string& out = response.body;
     JsonObject object(out);
-    object.number("ms", sweep->momentMs);
-    object.number("timeMs", sweep->record.timeMs);
-    object.text("file", timeline.files[i]->name);
-    object.number("previousMs", sweep->previousMs.value_or(Never));
-    object.number("nextMs", sweep->nextMs.value_or(Never));
+    object.members("ms", sweep->momentMs, "timeMs", sweep->record.timeMs, "file", timeline.files[i]->name);
+    object.members("previousMs", sweep->previousMs.value_or(Never), "nextMs", sweep->nextMs.value_or(Never));
     RecTool::appendJson(object.member("channels"), sweep->range);
     object.list("levels", sweep->levels, [&](float level) { RecTool::appendLevelJson(out, level); });
     return response;

@@ -6,7 +6,7 @@
 
 #include "context.h"
 #include "jsontext.h"
-#include "recordings/valuequeries.h"
+#include "recordings/keptcolumns.h"
 #ifdef RECTOOL_HAS_GEO
 #include "rectool/geo/shapes.h"
 #include "rectool/map/geofixes.h"
@@ -29,14 +29,9 @@ Response numbersOf(const OverviewedFiles& overviewed, const RecordedType& type, 
     }
     Response response;
     JsonObject object(response.body);
-    object.text("kind", "number");
-    object.text("unit", type.unit);
-    object.numbers("ms", curve.ms);
-    object.numbers("min", curve.min);
-    object.numbers("max", curve.max);
-    object.numbers("last", curve.last);
-    object.truth("exact", curve.exact);
-    object.number("made", overviewed.made);
+    object.members("kind", "number", "unit", type.unit);
+    object.members("ms", curve.ms, "min", curve.min, "max", curve.max, "last", curve.last);
+    object.members("exact", curve.exact, "made", overviewed.made);
     return response;
 }
 
@@ -55,14 +50,11 @@ Response changesOf(const OverviewedFiles& overviewed, const RecordedType& type, 
     more += thin(changes, Most);
     Response response;
     JsonObject object(response.body);
-    object.text("kind", "changes");
+    object.members("kind", "changes");
     object.list("changes", changes, [&](const TextChange& change) {
-        JsonObject entry(response.body);
-        entry.number("ms", change.ms);
-        entry.text("text", change.text);
+        JsonObject(response.body).members("ms", change.ms, "text", change.text);
     });
-    object.number("more", more);
-    object.number("made", overviewed.made);
+    object.members("more", more, "made", overviewed.made);
     return response;
 }
 
@@ -79,17 +71,11 @@ double trueAzimuth(const KeptBearing& bearing)
 void appendBearing(std::string& out, const KeptBearing& bearing)
 {
     JsonObject object(out);
-    object.number("ms", bearing.ms);
-    object.number("code", bearing.code);
-    object.number("timeMs", bearing.timeMs);
-    object.number("hz", bearing.hz);
-    object.number("azimuth", bearing.azimuthDeg);
-    object.number("trueAzimuth", std::isnan(bearing.headingDeg) ? NoAngle : trueAzimuth(bearing));
-    object.number("elevation", bearing.elevationDeg);
-    object.number("level", bearing.levelDb);
-    object.number("quality", bearing.quality);
-    object.number("lat", bearing.latitudeDeg);
-    object.number("lon", bearing.longitudeDeg);
+    object.members("ms", bearing.ms, "code", bearing.code, "timeMs", bearing.timeMs, "hz", bearing.hz);
+    object.members("azimuth", bearing.azimuthDeg);
+    object.members("trueAzimuth", std::isnan(bearing.headingDeg) ? NoAngle : trueAzimuth(bearing));
+    object.members("elevation", bearing.elevationDeg, "level", bearing.levelDb, "quality", bearing.quality);
+    object.members("lat", bearing.latitudeDeg, "lon", bearing.longitudeDeg);
 }
 
 #ifdef RECTOOL_HAS_GEO
@@ -111,10 +97,8 @@ RecTool::TakenBearing takenBearing(const KeptBearing& kept)
 void appendFix(std::string& out, const RecTool::Geo::Fix& fix, double hz)
 {
     JsonObject entry(out);
-    entry.number("hz", hz);
-    entry.number("lat", fix.position.latitudeDeg);
-    entry.number("lon", fix.position.longitudeDeg);
-    entry.number("bearings", fix.bearings);
+    entry.members("hz", hz, "lat", fix.position.latitudeDeg, "lon", fix.position.longitudeDeg);
+    entry.members("bearings", fix.bearings);
     RecTool::Geo::Path outline;
     for (const RecTool::Geo::Path& ring : RecTool::Geo::ellipseRings(fix.position, fix.ellipse)) {
         outline.insert(outline.end(), ring.begin(), ring.end());
@@ -142,7 +126,7 @@ void appendFixes(JsonObject& object, std::string& out, const std::vector<KeptBea
 #else
 void appendFixes(JsonObject& object, std::string&, const std::vector<KeptBearing>&)
 {
-    object.numbers("fixes", std::vector<double>());
+    object.members("fixes", std::vector<double>());
 }
 #endif
 
@@ -186,15 +170,11 @@ Response answerBearings(const Context& context, const Request& request)
     std::string& out = response.body;
     JsonObject object(out);
     object.list("positions", positions, [&](const KeptPosition& position) {
-        JsonObject entry(out);
-        entry.number("ms", position.ms);
-        entry.number("lat", position.latitudeDeg);
-        entry.number("lon", position.longitudeDeg);
+        JsonObject(out).members("ms", position.ms, "lat", position.latitudeDeg, "lon", position.longitudeDeg);
     });
     object.list("bearings", bearings, [&](const KeptBearing& bearing) { appendBearing(out, bearing); });
     appendFixes(object, out, bearings);
-    object.number("leftOut", all - static_cast<double>(bearings.size()));
-    object.number("made", overviewed.made);
+    object.members("leftOut", all - static_cast<double>(bearings.size()), "made", overviewed.made);
     return response;
 }
 

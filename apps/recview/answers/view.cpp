@@ -64,22 +64,12 @@ std::string describeGrid(const Grid& grid, const OverviewedFiles& overviewed)
     std::string out;
     {
         JsonObject object(out);
-        object.number("fromMs", view.fromMs);
-        object.number("toMs", view.toMs);
-        object.number("lowHz", view.lowHz);
-        object.number("highHz", view.highHz);
-        object.number("columns", view.columns);
-        object.number("rows", view.rows);
-        object.truth("exact", grid.exact());
-        object.number("made", overviewed.made);
-        object.number("lowest", grid.lowest());
-        object.number("highest", grid.highest());
+        object.members("fromMs", view.fromMs, "toMs", view.toMs, "lowHz", view.lowHz, "highHz", view.highHz);
+        object.members("columns", view.columns, "rows", view.rows, "exact", grid.exact(), "made", overviewed.made);
+        object.members("lowest", grid.lowest(), "highest", grid.highest());
         object.list("gaps", grid.gaps(), [&](const Stretch& gap) { appendPair(out, gap.fromMs, gap.toMs); });
         object.list("ranges", rangesIn(overviewed.files, view), [&](const RangeChange& range) {
-            JsonObject entry(out);
-            entry.number("ms", range.ms);
-            entry.number("lowHz", range.span.lowHz);
-            entry.number("highHz", range.span.highHz);
+            JsonObject(out).members("ms", range.ms, "lowHz", range.span.lowHz, "highHz", range.span.highHz);
         });
     }
     out.append((4 - out.size() % 4) % 4, ' ');  // the levels stand at a multiple of their size
@@ -132,11 +122,7 @@ void combine(Curve& all, const Curve& one, double shareOfOne)
 
 void appendCurve(JsonObject& object, const char* axis, const Curve& curve)
 {
-    object.numbers(axis, curve.at);
-    object.numbers("max", curve.max);
-    object.numbers("mean", curve.mean);
-    object.numbers("min", curve.min);
-    object.truth("exact", curve.exact);
+    object.members(axis, curve.at, "max", curve.max, "mean", curve.mean, "min", curve.min, "exact", curve.exact);
 }
 
 /// The frequency of the channel that is nearest, of all ranges that were recorded.
@@ -209,7 +195,7 @@ Response answerSpectrum(const Context& context, const Request& request)
     Response response;
     JsonObject object(response.body);
     appendCurve(object, "hz", all);
-    object.number("made", overviewed.made);
+    object.members("made", overviewed.made);
     return response;
 }
 
@@ -233,9 +219,9 @@ Response answerChannel(const Context& context, const Request& request)
     }
     Response response;
     JsonObject object(response.body);
-    object.number("hz", channelAt(overviewed.files, type.code, hz));
+    object.members("hz", channelAt(overviewed.files, type.code, hz));
     appendCurve(object, "ms", all);
-    object.number("made", overviewed.made);
+    object.members("made", overviewed.made);
     return response;
 }
 

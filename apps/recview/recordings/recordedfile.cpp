@@ -3,6 +3,7 @@
 #include "recordedfile.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <filesystem>
 #include <set>
@@ -53,25 +54,11 @@ std::string idOf(const RecordedFile& file, std::set<std::string>& taken)
 }  // namespace
 
 namespace Inspection = Recording2::Inspection;
-using values::ValueType;
 
 const char* nameOf(Kind kind)
 {
-    switch (kind) {
-        case Kind::Number:
-            return "number";
-        case Kind::Text:
-            return "text";
-        case Kind::Selection:
-            return "selection";
-        case Kind::Boolean:
-            return "boolean";
-        case Kind::Levels:
-            return "levels";
-        case Kind::Bearings:
-            return "bearings";
-    }
-    return "text";
+    constexpr std::array Names{"number", "text", "selection", "boolean", "levels", "bearings"};
+    return Names.at(static_cast<std::size_t>(kind));
 }
 
 std::string validUtf8(const std::string& bytes)
@@ -81,25 +68,11 @@ std::string validUtf8(const std::string& bytes)
 
 std::optional<Kind> kindOf(const Inspection::Record& record)
 {
-    switch (values::RecordedKind(record.data)) {
-        case ValueType::Bool:
-            return Kind::Boolean;
-        case ValueType::Numeric:
-        case ValueType::NumericWithOffset:
-            return Kind::Number;
-        case ValueType::Selection:
-            return Kind::Selection;
-        case ValueType::LevelMap:
-            return Kind::Levels;
-        case ValueType::BearingMap:
-        case ValueType::FastBearingMap:
-            return Kind::Bearings;
-        case ValueType::String:
-            return Kind::Text;
-        case ValueType::Unknown:
-            break;
-    }
-    return std::nullopt;
+    // In the order of ValueType, whose numbers never change.
+    constexpr std::array<std::optional<Kind>, 9> Kinds{std::nullopt, Kind::Boolean,  Kind::Text,
+                                                       Kind::Number, Kind::Number,   Kind::Selection,
+                                                       Kind::Levels, Kind::Bearings, Kind::Bearings};
+    return Kinds.at(static_cast<std::size_t>(values::RecordedKind(record.data)));
 }
 
 RecordedType typeOf(std::int32_t code, Kind kind, const NamedTypes& types)
@@ -170,8 +143,7 @@ RecordedTypes firstTypes(const std::string& path, const Inspection::Summary& sum
 // After the year 9999 is none: damaged files may tell any.
 std::uint64_t plausibleStart(std::uint64_t startMs)
 {
-    constexpr std::uint64_t LastMs = 253'402'300'799'999;
-    return startMs > LastMs ? 0 : startMs;
+    return startMs > RecTool::EndOfYear9999Ms ? 0 : startMs;
 }
 
 std::string damageOf(const Inspection::Summary& summary)

@@ -1,5 +1,5 @@
 // Searching columns by time, and reading records where these are few enough.
-#include "valuequeries.h"
+#include "keptcolumns.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,6 +2,7 @@
 #include <startup/cfgcenter.h>
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <memory>
 #include <string>
@@ -34,29 +35,11 @@ DocumentPtr& Current()
 
 const char* TypeName(toml::node_type type)
 {
-    switch (type) {
-        case toml::node_type::none:
-            break;
-        case toml::node_type::table:
-            return "a table";
-        case toml::node_type::array:
-            return "an array";
-        case toml::node_type::string:
-            return "a string";
-        case toml::node_type::integer:
-            return "an integer";
-        case toml::node_type::floating_point:
-            return "a floating-point number";
-        case toml::node_type::boolean:
-            return "a boolean";
-        case toml::node_type::date:
-            return "a date";
-        case toml::node_type::time:
-            return "a time";
-        case toml::node_type::date_time:
-            return "a date and time";
-    }
-    return "nothing";
+    // In the order of the parser's kinds.
+    constexpr std::array Names{
+        "nothing",   "a table", "an array", "a string",       "an integer", "a floating-point number",
+        "a boolean", "a date",  "a time",   "a date and time"};
+    return Names.at(static_cast<std::size_t>(type));
 }
 
 [[noreturn]] void ThrowAt(const std::string& fileName, toml::source_index line, const std::string& message,
