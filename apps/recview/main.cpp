@@ -1,8 +1,10 @@
-// recview: shows recordings in the browser. Paths are checked, the server runs until somebody wants it to end.
+// recview: shows recordings in the browser. Its options; paths are checked, the server runs until somebody wants it to
+// end.
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -10,31 +12,172 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 
+#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <system/program.h>
 #include <system/stopsignal.h>
+#include <terminaltext/commandtree.h>
+#include <terminaltext/nearestword.h>
+#include <terminaltext/optionvalues.h>
 #include <terminaltext/qtnames.h>
 #include <terminaltext/terminaltext.h>
 
-#include "commandline.h"
+#include "answers/answers.h"
 #include "recordings/recordedfile.h"
 #include "rectool/archive/archivedfiles.h"
+#include "rectool/printing/exitcode.h"
 #include "rectool/printing/output.h"
 #include "server/server.h"
 
 namespace RecView {
 
 using RecTool::ExitCode;
+using TerminalText::acceptedIf;
+using TerminalText::oneLine;
 
 namespace {
+
+/// All texts are UTF-8. Among the paths may be archive addresses.
+struct ProgramOptions : Options {
+    std::uint16_t port = 0;            ///< 0: one that is free
+    std::string listen;                ///< a numeric address; empty: the loopback one
+    std::string archiveConfiguration;  ///< empty: of the environment
+    bool open = false;                 ///< the page, in the user's browser
+    bool json = false;
+    bool quiet = false;
+    bool untilInputEnds = false;  ///< end with whoever holds the standard input
+};
+
+struct CommandLine {
+    std::optional<ProgramOptions> options;  ///< nothing: what was to be said is said, the program ends
+    RecTool::ExitCode exitCode = RecTool::ExitCode::Fine;
+};
+
+constexpr auto Footer = R"(
+It prints the page's address when it is ready, and runs until Ctrl-C. A directory is looked at again and again: what
+is recorded there shows as it grows. Nothing is changed but, with --edit, the bookmarks of finished recordings.
+
+Examples:
+  recview recordings                       all recordings of a directory
+  recview night.rec                        one file; its splits beside it belong to it when they are named, too
+  recview zelvo:///2026/night.rec          one in the archive
+  recview recordings --edit                bookmarks can be added, renamed and removed
+  recview recordings --listen 192.168.1.20 for others, too: who has the printed address can look
+
+Exit codes: 0 it ran until it was ended, 1 wrong arguments, 2 a file cannot be read, or nobody could connect.)";
+
+// Refuses what a script passes when it has forgotten to set a variable.
+CLI::Validator notEmpty()
+{
+    return acceptedIf([](const std::string& text) { return !text.empty(); }, "a name");
+}
+
+void addServerOptions(CLI::App& app, ProgramOptions& options)
+{
+    constexpr double HighestPort = 65535;
+    app.add_option("--port", options.port, "Port of the page's address (default: one that is free)")
+        ->type_name("NUMBER")
+        ->transform(TerminalText::wholeNumber(0, HighestPort));
+    app.add_option("--listen", options.listen,
+                   "Address of this machine, in numbers, on which others may connect, too; the printed address has a "
+                   "token that they need (default: only programs of this machine connect)")
+        ->type_name("ADDRESS")
+        ->check(notEmpty());
+    app.add_flag("--until-input-ends", options.untilInputEnds, "")->group("");  // of programs that start this one
+}
+
+void addOptions(CLI::App& app, ProgramOptions& options)
+{
+    app.add_option("PATH", options.paths,
+                   "Recordings: files, directories or archive addresses (with --open default: the working directory)")
+        ->check(notEmpty());
+    addServerOptions(app, options);
+    app.add_flag("--open", options.open, "Open the page in the user's browser, too");
+    app.add_flag("--edit", options.edit, "Bookmarks of finished recordings can be changed in the page");
+    constexpr double MostBytes = 1e15;
+    app.add_option("--cache-bytes", options.cacheBytes,
+                   "How much may be kept for opening recordings quickly again; the oldest goes first")
+        ->type_name("SIZE")
+        ->transform(
+            TerminalText::withUnit([](const std::string& text) { return TerminalText::parseQuantity(text, {"B"}); },
+                                   "a size such as 500M or 4G", 0, MostBytes, "0 to 1000000G"))
+        ->default_str("4G");
+    app.add_option("--cache", options.cacheDirectory,
+                   "Where that is kept (default: recview in XDG_CACHE_HOME or ~/.cache)")
+        ->type_name("DIR")
+        ->check(notEmpty());
+    app.add_option("--archive-config", options.archiveConfiguration,
+                   "Configuration of the archive (default: the file that ZELVO_CONFIG names)")
+        ->type_name("FILE")
+        ->check(notEmpty());
+    app.add_flag("--json", options.json, "Print the address as JSON");
+    app.add_flag("-q,--quiet", options.quiet, "Print nothing but the address");
+}
+
+std::string unknownOption(const CLI::App& app, const std::string& argument)
+{
+    std::vector<std::string> known;
+    for (const CLI::Option* option : app.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            known.push_back("--" + name);
+        }
+    }
+    const std::string name = argument.substr(0, argument.find('='));
+    return "there is no option " + oneLine(name) + TerminalText::didYouMean(name, known);
+}
+
+std::string whatIsWrong(const CLI::App& app, const CLI::ParseError& error)
+{
+    if (const std::vector<std::string> rest = app.remaining(); !rest.empty()) {
+        return unknownOption(app, rest.front());
+    }
+    return oneLine(error.what());
+}
+
+CommandLine refused(const std::string& why)
+{
+    std::cerr << "recview: " << why << "\nrecview --help tells more.\n";
+    return {std::nullopt, ExitCode::Usage};
+}
+
+/// @param arguments without the program's name
+CommandLine parseCommandLine(const std::vector<std::string>& arguments)
+{
+    ProgramOptions options;
+    CLI::App app("Shows recordings in the browser, finished or as they grow.", "recview");
+    app.footer(Footer);
+    app.allow_windows_style_options(false);  // the same arguments everywhere, paths that begin with "/" among them
+    app.set_version_flag("--version", "recview " RECVIEW_VERSION);
+    addOptions(app, options);
+    if (TerminalText::printedCommandTree(app, arguments)) {
+        return {std::nullopt, ExitCode::Fine};
+    }
+    try {
+        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    } catch (const CLI::Success& success) {  // help was asked for
+        app.exit(success);
+        return {std::nullopt, ExitCode::Fine};
+    } catch (const CLI::ParseError& error) {
+        return refused(whatIsWrong(app, error));
+    }
+    if (options.paths.empty() && !options.open) {
+        return refused("a file or directory with recordings is missing");
+    }
+    if (options.paths.empty()) {
+        options.paths.emplace_back(".");
+    }
+    return {options, ExitCode::Fine};
+}
 
 /// Ends the process when what goes on in its lifetime takes too long: nobody waits for an answer any more that a
 /// worker is still making, and what is kept in files is whole whenever the process ends.
@@ -205,7 +348,7 @@ ExitCode runProgram(const std::vector<std::string>& arguments)
             options.edit && std::any_of(options.paths.begin(), options.paths.end(), RecTool::isArchiveAddress);
         return RecTool::runOnLocalFiles(files, [&] { return serve(options, storesAtEnd); });
     } catch (const std::exception& error) {
-        std::cerr << "recview: " << TerminalText::oneLine(error.what()) << '\n';
+        std::cerr << "recview: " << oneLine(error.what()) << '\n';
         return ExitCode::CannotRead;
     }
 }

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "report.h"
+#include "service.h"
 
 using Zelvo::MoverReport;
 
