@@ -79,3 +79,11 @@ export function frequencyTicks(low, high, pixels, between = 34) {
     const digits = Math.max(0, Math.ceil(-Math.log10(step / unit.hz) - 1e-9));
     return { unit: unit.name, ticks: ticks.map((hz) => ({ hz, text: (hz / unit.hz).toFixed(digits) })) };
 }
+
+/** A straight line on a canvas, in the stroke that is set. @param {CanvasRenderingContext2D} context */
+export function line(context, x1, y1, x2, y2) {
+    context.beginPath();
+    context.moveTo(x1, y1);
+    context.lineTo(x2, y2);
+    context.stroke();
+}

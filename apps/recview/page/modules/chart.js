@@ -124,10 +124,7 @@ function drawMarker(plot, value) {
     context.strokeStyle = theme.colour('now');
     context.lineWidth = 1;
     context.globalAlpha = 0.8;
-    context.beginPath();
-    context.moveTo(x, bbox.top);
-    context.lineTo(x, bbox.top + bbox.height);
-    context.stroke();
+    axes.line(context, x, bbox.top, x, bbox.top + bbox.height);
     context.restore();
 }
 

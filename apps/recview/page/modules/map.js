@@ -1,15 +1,27 @@
 // The map: coastlines, where the station was, its lines of bearing, and the fixes that they make.
-import { bearingsOf } from './bearings.js';
-import { lineOfBearing } from './earth.js';
-import { button, element, labelledChoice } from './dom.js';
-import { Ground } from './mapground.js';
 import * as text from './text.js';
+import { bearingsOf } from './bearings.js';
+import { button, element, labelledChoice } from './dom.js';
+import { Ground, lineOfBearing } from './mapground.js';
 import { colour, onChange } from './theme.js';
-import { script } from './vendor.js';
 
 const lengths = [['edge', 'to the edge'], ['5', '5 km'], ['10', '10 km'], ['20', '20 km'], ['50', '50 km'],
     ['100', '100 km'], ['500', '500 km']];
 const legendRows = 12;
+
+// The libraries that come with the page and are no modules: each is loaded when the map needs it first.
+const loading = new Map();
+
+/** Loads a script of the page's libraries once; fails with a sentence. */
+function script(name) {
+    if (!loading.has(name)) {
+        loading.set(name, new Promise((resolve, reject) => {
+            const onerror = () => reject(new Error(`The page's library ${name} could not be loaded.`));
+            document.head.append(element('script', { src: `/vendor/${name}`, onload: resolve, onerror }));
+        }));
+    }
+    return loading.get(name);
+}
 
 export function create(container, model, server) {
     new BearingMap(container, model, server);

@@ -91,10 +91,7 @@ function stroke(context, x1, y1, x2, y2, alpha) {
         context.globalAlpha = colour === '#000000' ? alpha * 0.5 : alpha;
         context.strokeStyle = colour;
         context.lineWidth = width;
-        context.beginPath();
-        context.moveTo(x1, y1);
-        context.lineTo(x2, y2);
-        context.stroke();
+        axes.line(context, x1, y1, x2, y2);
     }
     context.globalAlpha = 1;
 }

@@ -21,13 +21,6 @@ export function draw(context, state, box, head, ratio = window.devicePixelRatio)
     context.restore();
 }
 
-function line(context, x1, y1, x2, y2) {
-    context.beginPath();
-    context.moveTo(x1, y1);
-    context.lineTo(x2, y2);
-    context.stroke();
-}
-
 function crisp(at) {
     return Math.round(at) + 0.5;
 }
@@ -43,7 +36,7 @@ function times(context, state, box) {
     for (const { ms, text: words, day } of axes.timeTicks(state.from, state.to, box.width, state.utc)) {
         const x = crisp(axes.timeToX(ms));
         context.strokeStyle = theme.colour('dim');
-        line(context, x, bottom + 1, x, bottom + 5);
+        axes.line(context, x, bottom + 1, x, bottom + 5);
         context.fillStyle = theme.colour('text');
         context.fillText(words, x, bottom + 7);
         if (day !== null && day !== words && x - 32 > free && x < last) {
@@ -64,7 +57,7 @@ function frequencies(context, state, box) {
     for (const { hz, text: words } of ticks) {
         const y = crisp(box.y + (state.high - hz) / (state.high - state.low) * box.height);
         context.strokeStyle = theme.colour('dim');
-        line(context, box.x - 5, y, box.x - 1, y);
+        axes.line(context, box.x - 5, y, box.x - 1, y);
         context.fillStyle = theme.colour('text');
         context.fillText(words, box.x - 8, Math.max(box.y + 2, Math.min(y, box.y + box.height - 3)));
     }
@@ -89,7 +82,7 @@ function marks(context, state, box, head) {
     for (const { startMs } of state.recording.files.slice(1)) {
         const x = crisp(axes.timeToX(startMs));
         context.strokeStyle = theme.colour('dim');
-        line(context, x, y, x, y + 16);
+        axes.line(context, x, y, x, y + 16);
     }
     context.restore();
 }
@@ -120,7 +113,7 @@ function flag(context, box, y, ms, words, free, colour) {
     context.strokeStyle = theme.colour(colour);
     context.globalAlpha = 0.8;
     context.setLineDash([4, 3]);
-    line(context, x, y, x, box.y + box.height);
+    axes.line(context, x, y, x, box.y + box.height);
     context.setLineDash([]);
     context.globalAlpha = 1;
     if (x < free || x + width + 6 > box.x + box.width) {

@@ -1,4 +1,5 @@
 // The bearings of the visible time span around the station: direction is the azimuth, distance the level or the quality.
+import { line } from './axes.js';
 import { bearingsOf } from './bearings.js';
 import { element, labelledChoice } from './dom.js';
 import * as text from './text.js';
@@ -79,10 +80,7 @@ class Polar {
         for (let degrees = 0; degrees < 360; degrees += 30) {
             const [x, y] = onFace(face, degrees, 1);
             const [textX, textY] = onFace(face, degrees, 1 + 13 / face.radius);
-            context.beginPath();
-            context.moveTo(face.x, face.y);
-            context.lineTo(x, y);
-            context.stroke();
+            line(context, face.x, face.y, x, y);
             context.fillText(String(degrees), textX, textY);
         }
         const unit = this.radius.value === 'level' ? ' dB' : '';
@@ -112,10 +110,7 @@ class Polar {
         context.lineWidth = 2;
         for (const { bearing, x, y } of this.points.filter((point) => strong.has(point.bearing))) {
             context.strokeStyle = context.fillStyle = this.bearings.colourOf(bearing);
-            context.beginPath();
-            context.moveTo(face.x, face.y);
-            context.lineTo(x, y);
-            context.stroke();
+            line(context, face.x, face.y, x, y);
             context.beginPath();
             context.arc(x, y, bearing.hz === this.model.get().hz ? 6 : 4, 0, 2 * Math.PI);
             context.fill();

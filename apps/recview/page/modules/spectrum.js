@@ -7,7 +7,7 @@ import * as axes from './axes.js';
 import * as sweep from './sweep.js';
 import * as text from './text.js';
 import { chart, join } from './chart.js';
-import { element } from './dom.js';
+import { button, element } from './dom.js';
 import { latest } from './latest.js';
 
 const lines = [
@@ -46,12 +46,11 @@ export function create(theContainer) {
 }
 
 function toggle(line, index) {
-    const made = element('button', { type: 'button', className: 'key', title: line.title, textContent: line.label, aria: { pressed: 'true' }, data: { colour: line.colour } });
-    made.addEventListener('click', () => {
+    const made = button(line.label, () => {
         const on = made.getAttribute('aria-pressed') !== 'true';
         made.setAttribute('aria-pressed', String(on));
         plot.show(index + 1, on);
-    });
+    }, { className: 'key', title: line.title, aria: { pressed: 'true' }, data: { colour: line.colour } });
     return made;
 }
 

@@ -1,11 +1,10 @@
 // Values under the waterfall: numbers as lines, everything else as bands of what it was, on the waterfall's time axis.
+import uPlot from '/vendor/uPlot.esm.js';
+import * as text from './text.js';
 import { geometry, onLayout, timeToX, xToTime } from './axes.js';
 import { button, closedByEscape, element } from './dom.js';
 import { askAgain, latest } from './latest.js';
-import * as text from './text.js';
-import { onChange } from './theme.js';
-import { Bands } from './valuebands.js';
-import { Line } from './valueline.js';
+import { colour, onChange } from './theme.js';
 
 const kindsShown = ['number', 'text', 'selection', 'boolean'];
 
@@ -198,5 +197,156 @@ class Values {
     hover(row, ms) {
         const words = row.plot?.textAt(ms);
         row.now.textContent = words ? `${words} at ${text.clock(ms, this.model.get().utc)}` : row.atCursor ?? '';
+    }
+}
+
+// Bands that are narrower come together as one that says how many changes it holds.
+const narrowest = 4;
+
+/** A text, a selection or a yes and no over time as bands, each with what it was. */
+class Bands {
+    constructor(place, model) {
+        this.place = place;
+        this.model = model;
+        this.strip = element('div', { className: 'bands' });
+        this.left = element('p', { className: 'note' });
+        this.colours = new Map();
+        place.replaceChildren(this.strip, this.left);
+        this.changes = [];
+    }
+
+    /** @param {boolean} yesAndNo of a value that is true or false */
+    take(data, yesAndNo) {
+        const words = yesAndNo ? { true: 'yes', false: 'no' } : {};
+        this.changes = data.changes.map(({ ms, text: one }) => ({ ms, text: words[one] ?? one }));
+        this.left.textContent = data.more > 0 ? `${data.more} more changes are left out: look at a shorter time for all of them.` : '';
+        for (const { text: one } of this.changes) {
+            if (!this.colours.has(one)) {
+                this.colours.set(one, this.colours.size % 6);
+            }
+        }
+        this.draw();
+    }
+
+    draw() {
+        const { from, to, recording } = this.model.get();
+        const last = Math.min(to, recording?.endMs ?? to);
+        const made = [];
+        let crowd = null;
+        this.changes.forEach(({ ms, text: words }, index) => {
+            const begin = Math.max(from, ms);
+            const end = Math.min(last, this.changes[index + 1]?.ms ?? last);
+            if (end < from || begin > last) {
+                return;
+            }
+            const [x, right] = [timeToX(begin), timeToX(end)];
+            if (right - x >= narrowest) {
+                crowd = null;
+                made.push({ x, right, words, ms, count: 1, colour: this.colours.get(words) });
+            } else if (crowd && x - crowd.right < narrowest) {
+                crowd.right = right;
+                crowd.count += 1;
+            } else {
+                crowd = { x, right, words, ms, count: 1, colour: this.colours.get(words) };
+                made.push(crowd);
+            }
+        });
+        this.strip.replaceChildren(...made.map((band) => this.element(band)));
+        this.strip.style.width = `${geometry.left + geometry.width}px`;
+    }
+
+    element({ x, right, words, ms, count, colour }) {
+        const since = text.moment(ms, this.model.get().utc);
+        const band = element('div', { className: count > 1 ? 'band crowd' : `band band-${colour}`,
+            title: count > 1 ? `${count} changes from ${since}` : `${words} since ${since}` }, count > 1 ? '' : words);
+        band.style.left = `${x}px`;
+        band.style.width = `${Math.max(1, right - x)}px`;
+        return band;
+    }
+
+    textAt(ms) {
+        return this.changes.findLast((change) => change.ms <= ms)?.text ?? '';
+    }
+
+    remove() {
+        this.strip.remove();
+    }
+}
+
+const lineHeight = 84;
+
+/** A number over time as a line; zoomed out with the band between its lowest and highest. */
+class Line {
+    constructor(place, model) {
+        this.place = place;
+        this.model = model;
+        this.data = null;
+        this.plot = null;
+    }
+
+    take(data) {
+        this.data = data;
+        const end = Math.min(this.model.get().to, this.model.get().recording.endMs);
+        // What was last stays until something else is recorded.
+        const goesOn = data.ms.length > 0 && data.ms.at(-1) < end;
+        const whole = (list) => (goesOn ? [...list, list.at(-1)] : list);
+        const times = goesOn ? [...data.ms, end] : data.ms;
+        this.columns = [times, whole(data.exact ? data.last : data.max), whole(data.exact ? data.last : data.min), whole(data.last)];
+        this.draw();
+    }
+
+    draw() {
+        const width = geometry.left + geometry.width + geometry.right;
+        if (!this.columns) {
+            return;
+        }
+        if (this.plot && this.left === geometry.left && this.right === geometry.right) {
+            if (this.plot.width !== width) {
+                this.plot.setSize({ width, height: lineHeight });
+            }
+            // The scale of time is that of the view; setData has every scale taken anew.
+            this.plot.setData(this.columns, true);
+            return;
+        }
+        this.left = geometry.left;
+        this.right = geometry.right;
+        this.plot?.destroy();
+        this.plot = new uPlot(this.options(width), this.columns, this.place);
+    }
+
+    options(width) {
+        const by = (name) => () => colour(name);
+        const stepped = uPlot.paths.stepped({ align: 1 });
+        const edge = { width: 0, points: { show: false }, paths: stepped };
+        return {
+            width, height: lineHeight, padding: [6, geometry.right, 6, 0], legend: { show: false }, cursor: { show: false },
+            scales: { x: { time: false, range: () => [this.model.get().from, this.model.get().to] } },
+            axes: [{ show: false }, { size: geometry.left, stroke: by('dim'), grid: { stroke: by('line'), width: 1 },
+                ticks: { show: false }, space: 22, values: (plot, splits) => splits.map((one) => this.label(one, splits)) }],
+            series: [{}, edge, edge, { stroke: by('accent'), width: 1.5, paths: stepped, points: { show: false } }],
+            bands: [{ series: [1, 2], fill: by('fill') }],
+        };
+    }
+
+    label(number, splits) {
+        if (this.data.unit !== 'Hz') {
+            return String(Number(number.toPrecision(12)));
+        }
+        return text.frequencyTo(number, Math.abs(splits[1] - splits[0]) || 1).replace(/ .*/, '');
+    }
+
+    /** What the line says at a moment; where it is zoomed out from lowest to highest. */
+    textAt(ms) {
+        const here = this.data.ms.findLastIndex((one) => one <= ms);
+        if (here < 0) {
+            return '';
+        }
+        const write = (number) => text.value({ kind: 'Numeric', value: number }, this.data.unit);
+        const [low, high] = [this.data.min[here], this.data.max[here]];
+        return this.data.exact || low === high ? write(this.data.last[here]) : `${write(low)} to ${write(high)}`;
+    }
+
+    remove() {
+        this.plot?.destroy();
     }
 }

@@ -8,8 +8,7 @@ import * as gestures from './gestures.js';
 import * as levels from './levels.js';
 import * as minimap from './minimap.js';
 import { element } from './dom.js';
-import { Loader } from './loader.js';
-import { scaleOf, sourceOf } from './picture.js';
+import { Loader, scaleOf, sourceOf } from './picture.js';
 
 /** What is recorded may come so late into the overview. */
 const lateMs = 3000;
