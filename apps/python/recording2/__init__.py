@@ -30,10 +30,9 @@ recording2.Error; their text is what rectool says.
 
 from __future__ import annotations
 
-from ._bookmarks import Bookmark, Bookmarks
 from ._core import Error, FileError, RequestError, __version__
 from ._recorder import Recorder
-from ._recording import Damage, DamageWarning, File, Record, Recording, State, Type, open
+from ._recording import Bookmark, Bookmarks, Damage, DamageWarning, File, Record, Recording, State, Type, open
 from ._values import BearingTable, Bearings, Levels, Spectra, Values
 
 __all__ = [
