@@ -1,5 +1,6 @@
 // The times of records: the clock, the distance from the start, and maps that bring a time of their own.
 #include "recorder_fixture.h"
+#include "scripted_value.h"
 
 namespace RecorderTests {
 namespace {
@@ -16,12 +17,6 @@ protected:
         makeRecorder();
         station.switchOn();
     }
-    [[nodiscard]] std::uint64_t timeAfterMs(std::uint64_t ms)
-    {
-        station.clock.advanceMs(ms);
-        station.value<Number>("/LEVEL").SetValue(1);
-        return stopAndRead().records.back().time;
-    }
 };
 
 TEST_F(RecorderTime, IsTheDistanceFromTheStartInWholeMillisecondsBut11AtLeast)
@@ -35,6 +30,23 @@ TEST_F(RecorderTime, IsTheDistanceFromTheStartInWholeMillisecondsBut11AtLeast)
         level.SetValue(level.GetValue() + 1);
         EXPECT_EQ(stopAndRead().records.back().time, expected) << microseconds;
     }
+}
+
+class RecorderTimeWithoutStates : public RecorderTest {};
+
+TEST_F(RecorderTimeWithoutStates, IsElevenAtLeastToo)
+{
+    station.configure(QString(), "LEVEL = \"/LEVEL\"");
+    auto made = std::make_unique<ScriptedValue>();
+    made->state.clear();  // of which no record is made
+    ScriptedValue& value = *made;
+    station.insert("/LEVEL", std::move(made));
+    makeRecorder();
+    station.switchOn();
+    station.clock.advanceMs(3);
+    value.change("x", TChangeCode::ValueChanged);
+    const ParsedRecording recording = stopAndRead();
+    EXPECT_THAT(timesOf(recording.records), ElementsAre(11));
 }
 
 class RecorderMapTime : public FullStationTest {};
