@@ -13,6 +13,9 @@
 
 namespace RecStation {
 
+/// What some programs write before UTF-8.
+constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
+
 /// Without the spaces, tabs and line ends around it, or other characters.
 [[nodiscard]] inline std::string_view trimmed(std::string_view text, std::string_view blanks = " \t\r\n")
 {

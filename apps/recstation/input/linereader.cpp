@@ -5,14 +5,9 @@
 #include <string_view>
 
 #include "input/badlines.h"
+#include "input/fields.h"
 
 namespace RecStation {
-
-namespace {
-
-constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
-
-}  // namespace
 
 bool LineReader::fill()
 {

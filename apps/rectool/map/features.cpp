@@ -17,7 +17,7 @@ double direction(double degrees)
     return rounded(degrees, PerDegree);
 }
 
-Json time(unsigned long long us)
+Json clockTime(unsigned long long us)
 {
     constexpr unsigned long long UsPerMs = 1000;
     if (us / UsPerMs > EndOfYear9999Ms) {

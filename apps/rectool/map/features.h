@@ -15,7 +15,7 @@ namespace RecTool {
 /// Degrees, without the digits that adding two recorded angles makes.
 [[nodiscard]] double direction(double degrees);
 /// In UTC, null after the year 9999. @param us since 1970
-[[nodiscard]] Json time(unsigned long long us);
+[[nodiscard]] Json clockTime(unsigned long long us);
 
 /// Longitude first, to a centimetre.
 [[nodiscard]] Json coordinates(const Geo::Position& position);

@@ -160,7 +160,7 @@ private:
                            {"levelDb", measured.levelDb},
                            {"quality", measured.quality},
                            {"timeMs", taken.timeMs},
-                           {"time", time(taken.measuredUs)},
+                           {"time", clockTime(taken.measuredUs)},
                            {"fix", m_fixOf[i] != nullptr ? Json(m_numbers.at(m_fixOf[i])) : Json()}};
         return feature(lineString(Geo::linePaths(taken.line, m_lengthM[i])), std::move(properties));
     }
@@ -171,8 +171,8 @@ private:
         const TakenBearing& last = m_bearings[group.bearings.back()];
         return {{"channel", last.channel},
                 {"frequencyHz", last.frequencyHz},
-                {"firstTime", time(first.measuredUs)},
-                {"lastTime", time(last.measuredUs)}};
+                {"firstTime", clockTime(first.measuredUs)},
+                {"lastTime", clockTime(last.measuredUs)}};
     }
     [[nodiscard]] Json fix(const BearingGroup& group, std::size_t number) const
     {

@@ -112,7 +112,7 @@ private:
     std::set<std::int32_t> m_named;
 };
 
-std::string deviceOf(const Inspection::Header& header)
+std::string deviceShown(const Inspection::Header& header)
 {
     const std::string name = oneLine(fromLatin1(header.deviceName));
     const std::string type = oneLine(fromLatin1(header.deviceType));
@@ -125,7 +125,7 @@ void takeHeader(const Inspection::Summary& summary, ListedRecording& listed)
     listed.state = stateName(listed.file, summary);
     listed.bytes = summary.fileSize;
     if (listed.closed()) {
-        listed.device = deviceOf(summary.header);
+        listed.device = deviceShown(summary.header);
         listed.startMs = summary.header.startMs;
         listed.stopMs = summary.header.stopMs;
         listed.whole = summary.findings.empty();

@@ -5,13 +5,14 @@
 #include <array>
 #include <utility>
 
+#include "input/fields.h"
+
 namespace RecStation {
 
 namespace {
 
 constexpr std::size_t BufferSize = 65'536;
 constexpr std::size_t LongestRecord = 1'048'576;
-constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view LineEnds = "\r\n";
 
 bool endsLine(char c)

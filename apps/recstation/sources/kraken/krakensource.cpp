@@ -29,7 +29,7 @@ struct KrakenOptions {
 };
 
 constexpr std::size_t MostChannels = 4096;
-constexpr std::chrono::milliseconds AnswerPatience{4'000};  // a check waits for 5 s
+constexpr std::chrono::milliseconds FetchPatience{4'000};  // a check waits for 5 s
 
 /// Publishes what "bearings" does (BearingsValues), bearing by bearing: each that has another time than the one before
 /// of its frequency. Where the finder is away, the map is empty, and position and heading are unknown.
@@ -110,7 +110,7 @@ void KrakenSource::ask()
     if (!m_connection.isOpen()) {
         m_connection.open(m_options.url.address);
     }
-    const std::string body = fetch(m_connection, m_options.url, AnswerPatience);
+    const std::string body = fetch(m_connection, m_options.url, FetchPatience);
     m_arrivalUs = systemTimeUs();
     takeNew(m_answers.parse(body));
     if (m_answers.foundMirrored() && !std::exchange(m_mirrorTold, true)) {

@@ -11,8 +11,6 @@ namespace RecStation {
 
 namespace {
 
-constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
-
 // Where the next sentence begins: a line may begin with any $, behind other characters a capital letter follows.
 std::size_t findSentence(std::string_view text, std::size_t from)
 {

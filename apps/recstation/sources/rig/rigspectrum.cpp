@@ -11,7 +11,7 @@ namespace RecStation {
 
 namespace {
 
-using Json = nlohmann::json;
+using RigJson = nlohmann::json;
 
 constexpr std::size_t MostCells = 32'768;  // a datagram holds no more
 
@@ -20,7 +20,7 @@ constexpr std::size_t MostCells = 32'768;  // a datagram holds no more
     throw RigPacketError(why);
 }
 
-const Json& member(const Json& object, const char* key)
+const RigJson& needed(const RigJson& object, const char* key)
 {
     const auto found = object.find(key);
     if (found == object.end()) {
@@ -29,16 +29,16 @@ const Json& member(const Json& object, const char* key)
     return *found;
 }
 
-double finite(const Json& object, const char* key)
+double finite(const RigJson& object, const char* key)
 {
-    const Json& value = member(object, key);
+    const RigJson& value = needed(object, key);
     if (!value.is_number() || !std::isfinite(value.get<double>())) {
         failPacket(std::string("\"") + key + "\" of a packet is no number");
     }
     return value.get<double>();
 }
 
-std::string textOf(const Json& object, const char* key)
+std::string textOf(const RigJson& object, const char* key)
 {
     constexpr std::size_t Longest = 64;
     const auto found = object.find(key);
@@ -62,7 +62,7 @@ struct Scale {
     double dbPerLevel;
 };
 
-Scale scaleOf(const Json& json, RigSpectrum& spectrum)
+Scale scaleOf(const RigJson& json, RigSpectrum& spectrum)
 {
     spectrum.lowestDb = finite(json, "minStrength");
     spectrum.highestDb = finite(json, "maxStrength");
@@ -74,10 +74,10 @@ Scale scaleOf(const Json& json, RigSpectrum& spectrum)
     return {lowest, spectrum.lowestDb, (spectrum.highestDb - spectrum.lowestDb) / (highest - lowest)};
 }
 
-std::vector<float> cellsOf(const Json& json, const Scale& scale)
+std::vector<float> cellsOf(const RigJson& json, const Scale& scale)
 {
     constexpr int PerDigit = 16;
-    const Json& data = member(json, "data");
+    const RigJson& data = needed(json, "data");
     if (!data.is_string()) {
         failPacket("\"data\" of a packet is no text");
     }
@@ -101,7 +101,7 @@ std::vector<float> cellsOf(const Json& json, const Scale& scale)
     return cells;
 }
 
-RigSpectrum spectrumOf(const Json& json)
+RigSpectrum spectrumOf(const RigJson& json)
 {
     constexpr double HighestHz = 1e12;
     if (!json.is_object()) {
@@ -122,7 +122,7 @@ RigSpectrum spectrumOf(const Json& json)
 RigPacket parseRigPacket(std::string_view bytes)
 {
     // In a packet of a datagram's size nothing can be deep enough to matter.
-    const Json json = Json::parse(bytes.begin(), bytes.end(), nullptr, false);
+    const RigJson json = RigJson::parse(bytes.begin(), bytes.end(), nullptr, false);
     if (!json.is_object()) {
         failPacket("a packet is no JSON: " + shown(bytes));
     }

@@ -16,7 +16,7 @@ namespace RecStation {
 namespace {
 
 constexpr double HighestHz = 1e12;
-constexpr float HighestDb = 1000;
+constexpr float HighestLevelDb = 1000;
 
 std::string_view requireField(CommaFields& fields, const char* name)
 {
@@ -80,7 +80,7 @@ float readLevel(std::string_view field)
     if (std::isnan(*level) || *level == -std::numeric_limits<float>::infinity()) {
         return None;
     }
-    if (std::abs(*level) > HighestDb) {
+    if (std::abs(*level) > HighestLevelDb) {
         throw LineError("the level " + shown(field) + " is not within 1000 dB");
     }
     return *level;
