@@ -57,8 +57,8 @@ Json fixFeature(const Heat& heat, const BearingGroup& group)
     Json properties = {{"type", "fix"},
                        {"frequencyHz", last.frequencyHz},
                        {"bearings", fix.bearings},
-                       {"firstTime", time(first.measuredUs)},
-                       {"lastTime", time(last.measuredUs)}};
+                       {"firstTime", clockTime(first.measuredUs)},
+                       {"lastTime", clockTime(last.measuredUs)}};
     properties.update(uncertaintyOf(fix));
     return feature(point(fix.position), std::move(properties));
 }
@@ -123,7 +123,7 @@ Json levelFeature(const FieldTrack& track, const FieldPoint& place, double start
                        {"maxMs", thousandths(place.highestMs)},
                        {"positionMs", thousandths(place.positionMs)}});
     const double us = (startMs + place.firstMs) * UsPerMilli;
-    properties["time"] = us > 0 ? time(static_cast<unsigned long long>(us)) : Json();
+    properties["time"] = us > 0 ? clockTime(static_cast<unsigned long long>(us)) : Json();
     return feature(point({place.latitudeDeg, place.longitudeDeg}), std::move(properties));
 }
 
