@@ -45,12 +45,65 @@ class ValuesReader {
 public:
     explicit ValuesReader(const Request& request) : m_reading(request) {}
 
-    [[nodiscard]] FoundValues read();
+    [[nodiscard]] FoundValues read()
+    {
+        m_found.areBooleans = true;
+        m_reading.walk([this](const RecTool::PlacedRecord& placed, bool isOfType) {
+            if (isOfType && !m_reading.recordings().isBefore(placed.momentMs)) {
+                visit(placed);
+            }
+        });
+        m_found.areBooleans = m_found.areBooleans && !m_found.numbers.empty();
+        static_cast<FoundType&>(m_found) = m_reading.found(m_notUnderstood);
+        m_found.unit = RecTool::unitOfKeyword(m_found.keyword);
+        return std::move(m_found);
+    }
 
 private:
-    void visit(const RecTool::PlacedRecord& placed);
-    void add(const values::ValueBase& value);
-    void refuseMap(values::ValueType kind) const;
+    void visit(const RecTool::PlacedRecord& placed)
+    {
+        const values::ValueBase* const value = placed.recorded.apply(placed.record);
+        if (value == nullptr) {
+            ++m_notUnderstood;
+            return;
+        }
+        refuseMap(value->GetType());
+        add(*value);
+        m_found.sinceStartUs.push_back(m_reading.sinceStartUs(placed));
+    }
+
+    /// The first value that is neither number nor boolean makes texts of those before it.
+    void add(const values::ValueBase& value)
+    {
+        const values::ValueType kind = value.GetType();
+        if (!m_areTexts && isNumber(kind)) {
+            m_found.numbers.push_back(static_cast<const values::ValueNumeric<double>&>(value).GetValue());
+            m_found.areBooleans = false;
+            return;
+        }
+        if (!m_areTexts && kind == values::ValueType::Bool) {
+            m_found.numbers.push_back(static_cast<const values::Value<bool>&>(value).GetValue() ? 1 : 0);
+            return;
+        }
+        if (!m_areTexts) {
+            for (const double number : m_found.numbers) {
+                m_found.texts.push_back(RecTool::number(number));
+            }
+            m_found.numbers.clear();
+            m_areTexts = true;
+        }
+        m_found.texts.push_back(value.GetText().toStdString());
+    }
+    void refuseMap(values::ValueType kind) const
+    {
+        using values::ValueType;
+        if (kind == ValueType::LevelMap || kind == ValueType::BearingMap || kind == ValueType::FastBearingMap) {
+            const std::string keyword = RecTool::oneLine(m_reading.keyword());
+            throw Refusal(RecTool::ExitCode::Usage, m_reading.recordings().file(),
+                          keyword + " holds a value for each channel: " +
+                              (kind == ValueType::LevelMap ? "spectra() gives its levels." : "bearings() gives them."));
+        }
+    }
 
     TypeReading m_reading;
     FoundValues m_found;
@@ -58,78 +111,66 @@ private:
     std::uint64_t m_notUnderstood = 0;
 };
 
-FoundValues ValuesReader::read()
-{
-    m_found.areBooleans = true;
-    m_reading.walk([this](const RecTool::PlacedRecord& placed, bool isOfType) {
-        if (isOfType && !m_reading.recordings().isBefore(placed.momentMs)) {
-            visit(placed);
-        }
-    });
-    m_found.areBooleans = m_found.areBooleans && !m_found.numbers.empty();
-    static_cast<FoundType&>(m_found) = m_reading.found(m_notUnderstood);
-    m_found.unit = RecTool::unitOfKeyword(m_found.keyword);
-    return std::move(m_found);
-}
-
-void ValuesReader::visit(const RecTool::PlacedRecord& placed)
-{
-    const values::ValueBase* const value = placed.recorded.apply(placed.record);
-    if (value == nullptr) {
-        ++m_notUnderstood;
-        return;
-    }
-    refuseMap(value->GetType());
-    add(*value);
-    m_found.sinceStartUs.push_back(m_reading.sinceStartUs(placed));
-}
-
-void ValuesReader::refuseMap(values::ValueType kind) const
-{
-    using values::ValueType;
-    if (kind == ValueType::LevelMap || kind == ValueType::BearingMap || kind == ValueType::FastBearingMap) {
-        const std::string keyword = RecTool::oneLine(m_reading.keyword());
-        throw Refusal(RecTool::ExitCode::Usage, m_reading.recordings().file(),
-                      keyword + " holds a value for each channel: " +
-                          (kind == ValueType::LevelMap ? "spectra() gives its levels." : "bearings() gives them."));
-    }
-}
-
-/// The first value that is neither number nor boolean makes texts of those before it.
-void ValuesReader::add(const values::ValueBase& value)
-{
-    const values::ValueType kind = value.GetType();
-    if (!m_areTexts && isNumber(kind)) {
-        m_found.numbers.push_back(static_cast<const values::ValueNumeric<double>&>(value).GetValue());
-        m_found.areBooleans = false;
-        return;
-    }
-    if (!m_areTexts && kind == values::ValueType::Bool) {
-        m_found.numbers.push_back(static_cast<const values::Value<bool>&>(value).GetValue() ? 1 : 0);
-        return;
-    }
-    if (!m_areTexts) {
-        for (const double number : m_found.numbers) {
-            m_found.texts.push_back(RecTool::number(number));
-        }
-        m_found.numbers.clear();
-        m_areTexts = true;
-    }
-    m_found.texts.push_back(value.GetText().toStdString());
-}
-
 class BearingsReader {
 public:
     explicit BearingsReader(const Request& request) : m_reading(request) {}
 
-    [[nodiscard]] FoundBearings read();
+    [[nodiscard]] FoundBearings read()
+    {
+        m_reading.walk([this](const RecTool::PlacedRecord& placed, bool isOfType) {
+            if (isOfType) {
+                visit(placed);
+            } else if (m_reading.isWanted(placed.type.track)) {
+                tune(placed);
+            }
+        });
+        endPart();
+        static_cast<FoundType&>(m_found) = m_reading.found(m_notUnderstood);
+        return std::move(m_found);
+    }
 
 private:
-    void visit(const RecTool::PlacedRecord& placed);
-    void tune(const RecTool::PlacedRecord& placed);
-    void beginPart(std::size_t part);
-    void endPart();
-    void add(const RecTool::BearingChange& change);
+    void visit(const RecTool::PlacedRecord& placed)
+    {
+        beginPart(placed.part);
+        m_sinceStartUs = m_reading.sinceStartUs(placed);
+        m_isBefore = m_reading.recordings().isBefore(placed.momentMs);
+        m_measured->apply(placed.record);
+    }
+
+    /// The frequency in force tells which of several cells was measured.
+    void tune(const RecTool::PlacedRecord& placed)
+    {
+        if (placed.record.code != m_reading.recordings().tracks()[placed.type.track].names.numberOf("FREQUENCY")) {
+            return;
+        }
+        beginPart(placed.part);
+        if (const auto frequencyHz = placed.number()) {
+            m_measured->tune(*frequencyHz);
+        }
+    }
+    void beginPart(std::size_t part)
+    {
+        if (m_measured == nullptr || part != m_part) {
+            endPart();
+            m_measured = std::make_unique<RecTool::MeasuredBearings>(
+                [this](const RecTool::BearingChange& change) { add(change); });
+            m_part = part;
+        }
+    }
+    void endPart() { m_notUnderstood += m_measured == nullptr ? 0 : m_measured->passedOver(); }
+    void add(const RecTool::BearingChange& change)
+    {
+        if (m_isBefore || !std::isfinite(change.bearing.azimuthDeg)) {
+            return;
+        }
+        m_found.sinceStartUs.push_back(m_sinceStartUs);
+        m_found.frequenciesHz.push_back(m_measured->range().frequencyHz(change.channel));
+        m_found.azimuthsDeg.push_back(change.bearing.azimuthDeg);
+        m_found.elevationsDeg.push_back(change.bearing.elevationDeg);
+        m_found.levelsDb.push_back(change.bearing.levelDb);
+        m_found.qualities.push_back(change.bearing.quality);
+    }
 
     TypeReading m_reading;
     std::unique_ptr<RecTool::MeasuredBearings> m_measured;  // of the file that is read
@@ -139,68 +180,6 @@ private:
     std::uint64_t m_notUnderstood = 0;
     FoundBearings m_found;
 };
-
-FoundBearings BearingsReader::read()
-{
-    m_reading.walk([this](const RecTool::PlacedRecord& placed, bool isOfType) {
-        if (isOfType) {
-            visit(placed);
-        } else if (m_reading.isWanted(placed.type.track)) {
-            tune(placed);
-        }
-    });
-    endPart();
-    static_cast<FoundType&>(m_found) = m_reading.found(m_notUnderstood);
-    return std::move(m_found);
-}
-
-void BearingsReader::beginPart(std::size_t part)
-{
-    if (m_measured == nullptr || part != m_part) {
-        endPart();
-        m_measured =
-            std::make_unique<RecTool::MeasuredBearings>([this](const RecTool::BearingChange& change) { add(change); });
-        m_part = part;
-    }
-}
-
-void BearingsReader::endPart()
-{
-    m_notUnderstood += m_measured == nullptr ? 0 : m_measured->passedOver();
-}
-
-void BearingsReader::visit(const RecTool::PlacedRecord& placed)
-{
-    beginPart(placed.part);
-    m_sinceStartUs = m_reading.sinceStartUs(placed);
-    m_isBefore = m_reading.recordings().isBefore(placed.momentMs);
-    m_measured->apply(placed.record);
-}
-
-/// The frequency in force tells which of several cells was measured.
-void BearingsReader::tune(const RecTool::PlacedRecord& placed)
-{
-    if (placed.record.code != m_reading.recordings().tracks()[placed.type.track].names.numberOf("FREQUENCY")) {
-        return;
-    }
-    beginPart(placed.part);
-    if (const auto frequencyHz = placed.number()) {
-        m_measured->tune(*frequencyHz);
-    }
-}
-
-void BearingsReader::add(const RecTool::BearingChange& change)
-{
-    if (m_isBefore || !std::isfinite(change.bearing.azimuthDeg)) {
-        return;
-    }
-    m_found.sinceStartUs.push_back(m_sinceStartUs);
-    m_found.frequenciesHz.push_back(m_measured->range().frequencyHz(change.channel));
-    m_found.azimuthsDeg.push_back(change.bearing.azimuthDeg);
-    m_found.elevationsDeg.push_back(change.bearing.elevationDeg);
-    m_found.levelsDb.push_back(change.bearing.levelDb);
-    m_found.qualities.push_back(change.bearing.quality);
-}
 
 }  // namespace
 

@@ -113,15 +113,112 @@ class SpectraReader {
 public:
     explicit SpectraReader(const LevelRequest& request) : m_request(request), m_reading(request) {}
 
-    [[nodiscard]] FoundSpectra read();
+    [[nodiscard]] FoundSpectra read()
+    {
+        m_reading.walk([this](const RecTool::PlacedRecord& placed, bool isOfType) {
+            if (isOfType) {
+                visit(placed);
+            }
+        });
+        const bool isChosen =
+            std::any_of(m_series.begin(), m_series.end(), [](const auto& series) { return !series->channels.empty(); });
+        if (!m_request.byRange && !isChosen) {
+            refuseNothing();
+        }
+        std::erase_if(m_series, [](const auto& series) { return series->channels.empty(); });
+        return {m_reading.found(m_notUnderstood), std::move(m_series)};
+    }
 
 private:
-    void visit(const RecTool::PlacedRecord& placed);
-    [[nodiscard]] const RecTool::LevelMap* levelsOf(const RecTool::PlacedRecord& placed);
-    [[nodiscard]] LevelSeries* seriesOf(const values::ChannelRange& range);
-    [[nodiscard]] LevelSeries* startSeries(const values::ChannelRange& range);
-    void chooseChannels(LevelSeries& series) const;
-    [[noreturn]] void refuseNothing() const;
+    void visit(const RecTool::PlacedRecord& placed)
+    {
+        const bool isBefore = m_reading.recordings().isBefore(placed.momentMs);
+        if (isBefore && !m_request.complete && !values::CarriesChannelRange(placed.record.data)) {
+            return;
+        }
+        const RecTool::LevelMap* map = levelsOf(placed);
+        if (isBefore || map == nullptr) {
+            return;
+        }
+        const std::span<const float> levels = map->GetCells();
+        const auto isNothing = [](float level) { return std::isnan(level); };
+        if (!m_request.complete && std::all_of(levels.begin(), levels.end(), isNothing)) {
+            return;  // the state at a recording's start, say
+        }
+        m_anyInSpan = true;
+        LevelSeries* const series = seriesOf(map->GetChannelRange());
+        if (series == nullptr || series->channels.empty() || series->seen++ % m_request.every != 0) {
+            return;
+        }
+        series->isAll ? series->levels.append(levels) : series->levels.append(levels, series->channels);
+        series->sinceStartUs.push_back(m_reading.sinceStartUs(placed));
+    }
+    [[nodiscard]] const RecTool::LevelMap* levelsOf(const RecTool::PlacedRecord& placed)
+    {
+        const values::ValueBase* const value =
+            m_request.complete ? placed.recorded.apply(placed.record) : placed.recorded.applyAlone(placed.record);
+        if (value == nullptr) {
+            ++m_notUnderstood;
+            return nullptr;
+        }
+        if (value->GetType() != values::ValueType::LevelMap) {
+            ++m_noMaps;
+            return nullptr;
+        }
+        return static_cast<const RecTool::LevelMap*>(value);
+    }
+    [[nodiscard]] LevelSeries* seriesOf(const values::ChannelRange& range)
+    {
+        if (m_last != nullptr && m_last->range == range) {
+            return m_last;
+        }
+        const auto found =
+            std::find_if(m_series.begin(), m_series.end(), [&](const auto& series) { return series->range == range; });
+        m_last = found == m_series.end() ? startSeries(range) : found->get();
+        return m_last;
+    }
+    [[nodiscard]] LevelSeries* startSeries(const values::ChannelRange& range)
+    {
+        if (range.size() == 0) {
+            return nullptr;
+        }
+        auto series = std::make_unique<LevelSeries>();
+        series->range = range;
+        chooseChannels(*series);
+        const auto hasChannels = [](const auto& other) { return !other->channels.empty(); };
+        if (!m_request.byRange && !series->channels.empty() &&
+            std::any_of(m_series.begin(), m_series.end(), hasChannels)) {
+            throw Refusal(RecTool::ExitCode::Usage, m_reading.recordings().file(),
+                          RecTool::oneLine(m_request.keyword) +
+                              " has more than one channel range in the span, so its spectra do not fit into one array: "
+                              "spectra_by_range() gives one array for each range, and start, stop, low_hz and high_hz "
+                              "choose what has one range.");
+        }
+        m_series.push_back(std::move(series));
+        return m_series.back().get();
+    }
+    void chooseChannels(LevelSeries& series) const
+    {
+        for (std::size_t channel = 0; channel < series.range.size(); ++channel) {
+            const double hz = series.range.frequencyHz(channel);
+            if (hz >= m_request.lowHz.value_or(hz) && hz <= m_request.highHz.value_or(hz)) {
+                series.channels.push_back(channel);
+                series.frequenciesHz.push_back(hz);
+            }
+        }
+        series.isAll = series.channels.size() == series.range.size();
+    }
+    [[noreturn]] void refuseNothing() const
+    {
+        const std::string keyword = RecTool::oneLine(m_request.keyword);
+        std::string why = "There is no record of " + keyword + " with a level in the span.";
+        if (m_anyInSpan) {
+            why = keyword + " has no channel from low_hz to high_hz: its channels lie elsewhere.";
+        } else if (m_noMaps > 0) {
+            why = "The records of " + keyword + " hold no spectrum: values() and records() give what they hold.";
+        }
+        throw Refusal(RecTool::ExitCode::Usage, m_reading.recordings().file(), why);
+    }
 
     const LevelRequest& m_request;
     TypeReading m_reading;
@@ -131,116 +228,6 @@ private:
     std::uint64_t m_noMaps = 0;
     bool m_anyInSpan = false;
 };
-
-FoundSpectra SpectraReader::read()
-{
-    m_reading.walk([this](const RecTool::PlacedRecord& placed, bool isOfType) {
-        if (isOfType) {
-            visit(placed);
-        }
-    });
-    const bool isChosen =
-        std::any_of(m_series.begin(), m_series.end(), [](const auto& series) { return !series->channels.empty(); });
-    if (!m_request.byRange && !isChosen) {
-        refuseNothing();
-    }
-    std::erase_if(m_series, [](const auto& series) { return series->channels.empty(); });
-    return {m_reading.found(m_notUnderstood), std::move(m_series)};
-}
-
-void SpectraReader::visit(const RecTool::PlacedRecord& placed)
-{
-    const bool isBefore = m_reading.recordings().isBefore(placed.momentMs);
-    if (isBefore && !m_request.complete && !values::CarriesChannelRange(placed.record.data)) {
-        return;
-    }
-    const RecTool::LevelMap* map = levelsOf(placed);
-    if (isBefore || map == nullptr) {
-        return;
-    }
-    const std::span<const float> levels = map->GetCells();
-    const auto isNothing = [](float level) { return std::isnan(level); };
-    if (!m_request.complete && std::all_of(levels.begin(), levels.end(), isNothing)) {
-        return;  // the state at a recording's start, say
-    }
-    m_anyInSpan = true;
-    LevelSeries* const series = seriesOf(map->GetChannelRange());
-    if (series == nullptr || series->channels.empty() || series->seen++ % m_request.every != 0) {
-        return;
-    }
-    series->isAll ? series->levels.append(levels) : series->levels.append(levels, series->channels);
-    series->sinceStartUs.push_back(m_reading.sinceStartUs(placed));
-}
-
-const RecTool::LevelMap* SpectraReader::levelsOf(const RecTool::PlacedRecord& placed)
-{
-    const values::ValueBase* const value =
-        m_request.complete ? placed.recorded.apply(placed.record) : placed.recorded.applyAlone(placed.record);
-    if (value == nullptr) {
-        ++m_notUnderstood;
-        return nullptr;
-    }
-    if (value->GetType() != values::ValueType::LevelMap) {
-        ++m_noMaps;
-        return nullptr;
-    }
-    return static_cast<const RecTool::LevelMap*>(value);
-}
-
-LevelSeries* SpectraReader::seriesOf(const values::ChannelRange& range)
-{
-    if (m_last != nullptr && m_last->range == range) {
-        return m_last;
-    }
-    const auto found =
-        std::find_if(m_series.begin(), m_series.end(), [&](const auto& series) { return series->range == range; });
-    m_last = found == m_series.end() ? startSeries(range) : found->get();
-    return m_last;
-}
-
-LevelSeries* SpectraReader::startSeries(const values::ChannelRange& range)
-{
-    if (range.size() == 0) {
-        return nullptr;
-    }
-    auto series = std::make_unique<LevelSeries>();
-    series->range = range;
-    chooseChannels(*series);
-    const auto hasChannels = [](const auto& other) { return !other->channels.empty(); };
-    if (!m_request.byRange && !series->channels.empty() && std::any_of(m_series.begin(), m_series.end(), hasChannels)) {
-        throw Refusal(RecTool::ExitCode::Usage, m_reading.recordings().file(),
-                      RecTool::oneLine(m_request.keyword) +
-                          " has more than one channel range in the span, so its spectra do not fit into one array: "
-                          "spectra_by_range() gives one array for each range, and start, stop, low_hz and high_hz "
-                          "choose what has one range.");
-    }
-    m_series.push_back(std::move(series));
-    return m_series.back().get();
-}
-
-void SpectraReader::chooseChannels(LevelSeries& series) const
-{
-    for (std::size_t channel = 0; channel < series.range.size(); ++channel) {
-        const double hz = series.range.frequencyHz(channel);
-        if (hz >= m_request.lowHz.value_or(hz) && hz <= m_request.highHz.value_or(hz)) {
-            series.channels.push_back(channel);
-            series.frequenciesHz.push_back(hz);
-        }
-    }
-    series.isAll = series.channels.size() == series.range.size();
-}
-
-void SpectraReader::refuseNothing() const
-{
-    const std::string keyword = RecTool::oneLine(m_request.keyword);
-    std::string why = "There is no record of " + keyword + " with a level in the span.";
-    if (m_anyInSpan) {
-        why = keyword + " has no channel from low_hz to high_hz: its channels lie elsewhere.";
-    } else if (m_noMaps > 0) {
-        why = "The records of " + keyword + " hold no spectrum: values() and records() give what they hold.";
-    }
-    throw Refusal(RecTool::ExitCode::Usage, m_reading.recordings().file(), why);
-}
 
 /// Rows by channels. The rows are empty then.
 py::array_t<float> takenLevels(LevelSeries& series)

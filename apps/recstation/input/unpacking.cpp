@@ -38,17 +38,93 @@ class UnpackedInput {
 public:
     UnpackedInput(ByteInput input, std::string name) : m_input(std::move(input)), m_name(std::move(name)) {}
 
-    std::size_t read(char* buffer, std::size_t size);
+    std::size_t read(char* buffer, std::size_t size)
+    {
+        if (!m_begun) {
+            begin();
+        }
+        return m_unpacker == nullptr ? readPlain(buffer, size) : readPacked(buffer, size);
+    }
 
 private:
-    void begin();
-    [[nodiscard]] bool mayBeMore() const;
-    bool fill();
-    [[nodiscard]] bool mayBegin(std::string_view magic) const;
-    [[nodiscard]] bool begins(std::string_view magic) const;
-    std::size_t readPlain(char* buffer, std::size_t size);
-    std::size_t readPacked(char* buffer, std::size_t size);
-    [[noreturn]] void fail(const std::string& problem) const;
+    // Reads no more than it needs to know: a pipe's first line may be all there is for a while.
+    void begin()
+    {
+        m_begun = true;
+        char byte = 0;
+        do {
+            if (m_input(&byte, 1) == 0) {
+                break;
+            }
+            m_buffer.push_back(byte);
+        } while (mayBeMore());
+        const auto* const found = std::find_if(Packings.begin(), Packings.end(),
+                                               [this](const Packing& packing) { return begins(packing.magic); });
+        if (found != Packings.end() && found->unpacker == nullptr) {
+            throw std::runtime_error(m_name + " " + found->why);
+        }
+        m_unpacker = found == Packings.end() ? nullptr : found->unpacker();
+    }
+
+    // Whether more bytes would tell what it is.
+    [[nodiscard]] bool mayBeMore() const
+    {
+        return std::any_of(Packings.begin(), Packings.end(), [this](const Packing& packing) {
+            return mayBegin(packing.magic) && !begins(packing.magic);
+        });
+    }
+    bool fill()
+    {
+        constexpr std::size_t PieceSize = std::size_t{64} * 1024;
+        m_position = 0;
+        m_buffer.resize(PieceSize);
+        m_buffer.resize(m_input(m_buffer.data(), m_buffer.size()));
+        return !m_buffer.empty();
+    }
+    [[nodiscard]] bool mayBegin(std::string_view magic) const
+    {
+        const auto length = std::min(magic.size(), m_buffer.size());
+        return std::equal(m_buffer.begin(), m_buffer.begin() + static_cast<std::ptrdiff_t>(length), magic.begin());
+    }
+    [[nodiscard]] bool begins(std::string_view magic) const
+    {
+        return m_buffer.size() >= magic.size() && mayBegin(magic);
+    }
+    std::size_t readPlain(char* buffer, std::size_t size)
+    {
+        if (m_position == m_buffer.size()) {
+            return m_input(buffer, size);
+        }
+        const std::size_t count = std::min(size, m_buffer.size() - m_position);
+        std::copy_n(m_buffer.begin() + static_cast<std::ptrdiff_t>(m_position), count, buffer);
+        m_position += count;
+        return count;
+    }
+    std::size_t readPacked(char* buffer, std::size_t size)
+    {
+        while (m_problem.empty()) {
+            if (m_position == m_buffer.size() && !fill()) {
+                if (m_inMember) {
+                    fail("ends too early, at byte " + std::to_string(m_consumed));
+                }
+                return 0;
+            }
+            Unpacker::Step step =
+                m_unpacker->step(m_buffer.data() + m_position, m_buffer.size() - m_position, buffer, size);
+            m_position += step.taken;
+            m_consumed += step.taken;
+            m_inMember = !step.whole;
+            m_problem = std::move(step.problem);
+            if (step.given > 0) {
+                return step.given;
+            }
+        }
+        fail("is damaged at byte " + std::to_string(m_consumed) + ": " + m_problem);
+    }
+    [[noreturn]] void fail(const std::string& problem) const
+    {
+        throw DamagedInput("the compressed data of " + m_name + " " + problem);
+    }
 
     ByteInput m_input;
     std::string m_name;
@@ -60,98 +136,6 @@ private:
     bool m_inMember = false;
     std::string m_problem;
 };
-
-bool UnpackedInput::mayBegin(std::string_view magic) const
-{
-    const auto length = std::min(magic.size(), m_buffer.size());
-    return std::equal(m_buffer.begin(), m_buffer.begin() + static_cast<std::ptrdiff_t>(length), magic.begin());
-}
-
-bool UnpackedInput::begins(std::string_view magic) const
-{
-    return m_buffer.size() >= magic.size() && mayBegin(magic);
-}
-
-// Reads no more than it needs to know: a pipe's first line may be all there is for a while.
-void UnpackedInput::begin()
-{
-    m_begun = true;
-    char byte = 0;
-    do {
-        if (m_input(&byte, 1) == 0) {
-            break;
-        }
-        m_buffer.push_back(byte);
-    } while (mayBeMore());
-    const auto* const found = std::find_if(Packings.begin(), Packings.end(),
-                                           [this](const Packing& packing) { return begins(packing.magic); });
-    if (found != Packings.end() && found->unpacker == nullptr) {
-        throw std::runtime_error(m_name + " " + found->why);
-    }
-    m_unpacker = found == Packings.end() ? nullptr : found->unpacker();
-}
-
-// Whether more bytes would tell what it is.
-bool UnpackedInput::mayBeMore() const
-{
-    return std::any_of(Packings.begin(), Packings.end(),
-                       [this](const Packing& packing) { return mayBegin(packing.magic) && !begins(packing.magic); });
-}
-
-bool UnpackedInput::fill()
-{
-    constexpr std::size_t PieceSize = std::size_t{64} * 1024;
-    m_position = 0;
-    m_buffer.resize(PieceSize);
-    m_buffer.resize(m_input(m_buffer.data(), m_buffer.size()));
-    return !m_buffer.empty();
-}
-
-std::size_t UnpackedInput::read(char* buffer, std::size_t size)
-{
-    if (!m_begun) {
-        begin();
-    }
-    return m_unpacker == nullptr ? readPlain(buffer, size) : readPacked(buffer, size);
-}
-
-std::size_t UnpackedInput::readPlain(char* buffer, std::size_t size)
-{
-    if (m_position == m_buffer.size()) {
-        return m_input(buffer, size);
-    }
-    const std::size_t count = std::min(size, m_buffer.size() - m_position);
-    std::copy_n(m_buffer.begin() + static_cast<std::ptrdiff_t>(m_position), count, buffer);
-    m_position += count;
-    return count;
-}
-
-std::size_t UnpackedInput::readPacked(char* buffer, std::size_t size)
-{
-    while (m_problem.empty()) {
-        if (m_position == m_buffer.size() && !fill()) {
-            if (m_inMember) {
-                fail("ends too early, at byte " + std::to_string(m_consumed));
-            }
-            return 0;
-        }
-        Unpacker::Step step =
-            m_unpacker->step(m_buffer.data() + m_position, m_buffer.size() - m_position, buffer, size);
-        m_position += step.taken;
-        m_consumed += step.taken;
-        m_inMember = !step.whole;
-        m_problem = std::move(step.problem);
-        if (step.given > 0) {
-            return step.given;
-        }
-    }
-    fail("is damaged at byte " + std::to_string(m_consumed) + ": " + m_problem);
-}
-
-void UnpackedInput::fail(const std::string& problem) const
-{
-    throw DamagedInput("the compressed data of " + m_name + " " + problem);
-}
 
 }  // namespace
 

@@ -83,29 +83,139 @@ void checkTogether(const ReceiverDevice& device, const ReceiverOptions& options)
 class ReceiverSource final : public PeerSource {
 public:
     ReceiverSource(const ReceiverDevice& device, const ReceiverOptions& options, std::unique_ptr<IqReceiver> receiver,
-                   const SourceRun& run);
+                   const SourceRun& run)
+        : PeerSource(device.source, device.peer, run),
+          m_options(options),
+          m_device{.name = forFileNames(device.name),
+                   .type = device.type,
+                   .valuePath = options.valuePath,
+                   .ifSpectrum = options.ifSpectrum},
+          m_plan(planOf(options)),
+          m_receiver(std::move(receiver)),
+          m_frames(
+              m_plan, m_receiver->format(), {}, [this](const QString& sentence) { tell(sentence.toStdString()); },
+              StretchEnds::Usual),
+          m_watch(options.rateHz)
+    {
+        if (hops()) {
+            m_layout = layOutHops(m_options.hopHz, m_options.rateHz, m_plan.fftSize);
+        }
+    }
 
-    void prepare() override;
+    void prepare() override
+    {
+        m_values = std::make_unique<SpectrumValues>(m_device);
+        if (hops()) {
+            m_values->setPanorama(m_layout.channels, m_layout.lowHz, m_layout.highHz, m_layout.stepHz);
+        } else {
+            m_values->setBand(*m_options.centreHz, m_options.rateHz, m_plan.fftSize);
+        }
+    }
     [[nodiscard]] QStringList spectra() const override
     {
         return {m_device.valuePath + QStringLiteral("/Scn/RfSpectrum"), QStringLiteral("/IfMapping")};
     }
 
 protected:
-    void connect() override;
-    [[nodiscard]] Received receive() override;
+    void connect() override
+    {
+        m_receiver->open(m_options);
+        m_watch.begin(std::chrono::steady_clock::now());
+        tuneTo(0);
+    }
+    [[nodiscard]] Received receive() override
+    {
+        for (;;) {
+            if (auto frame = m_frames.next()) {
+                m_pending = *std::move(frame);
+                m_pendingHop = m_hop;
+                const unsigned long long arrival = systemTimeUs();
+                if (m_options.hopHz.size() > 1) {
+                    tuneTo((m_hop + 1) % m_options.hopHz.size());
+                }
+                return {arrival, std::nullopt};
+            }
+            // Samples are missing here: the next spectrum begins behind them.
+            m_frames.begin([this](char* buffer, std::size_t size) { return read(buffer, size); });
+        }
+    }
     void disconnect() noexcept override { m_receiver->close(); }
-    void apply() override;
+    void apply() override
+    {
+        const unsigned long long time = stationTimeUs();
+        if (hops()) {
+            const HopPart& part = m_layout.parts[m_pendingHop];
+            m_values->showPart(part.firstChannel, std::span(m_pending.levelsDb).subspan(part.firstBin, part.bins),
+                               time);
+        } else {
+            m_values->show(m_pending.levelsDb, m_pending.levelDb, time);
+        }
+        ++m_shown;
+    }
     void forget() override { m_values->forget(stationTimeUs()); }
-    [[nodiscard]] SourceReport counts() const override;
+    [[nodiscard]] SourceReport counts() const override
+    {
+        return {.used = m_shown, .bad = m_frames.bad(), .lost = m_missing + m_receiver->overruns()};
+    }
 
 private:
     [[nodiscard]] bool hops() const { return !m_options.hopHz.empty(); }
-    void tuneTo(std::size_t hop);
-    std::size_t read(char* buffer, std::size_t size);
-    void discard();
-    void note(std::size_t bytes);
-    void tell(const std::string& clause);
+    void tuneTo(std::size_t hop)
+    {
+        m_hop = hop;
+        m_toDiscard =
+            m_receiver->tune(hops() ? m_options.hopHz[hop] : *m_options.centreHz) * sampleBytes(m_receiver->format());
+        m_frames.begin([this](char* buffer, std::size_t size) { return read(buffer, size); });
+    }
+    std::size_t read(char* buffer, std::size_t size)
+    {
+        discard();
+        const std::size_t count = m_receiver->read(buffer, size);
+        note(count);
+        return count;
+    }
+
+    // Whole samples, so that what follows begins with one.
+    void discard()
+    {
+        constexpr std::size_t PieceSize = 65'536;
+        std::vector<char> piece(m_toDiscard > 0 ? PieceSize : 0);
+        while (m_toDiscard > 0) {
+            const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(piece.size(), m_toDiscard));
+            const std::size_t count = m_receiver->read(piece.data(), wanted);
+            note(count);
+            m_toDiscard -= count;
+        }
+    }
+    void note(std::size_t bytes)
+    {
+        if (m_options.hopHz.size() > 1) {
+            return;  // what came while it was tuned is thrown away unseen
+        }
+        const auto now = std::chrono::steady_clock::now();
+        m_watch.add(bytes / sampleBytes(m_receiver->format()));
+        if (const auto rate = m_watch.higherRate(now)) {
+            say("samples come at " + TerminalText::shortest(std::round(*rate)) + " a second, and not at the " +
+                TerminalText::shortest(m_options.rateHz) +
+                " of --rate: the receiver has not got that rate, and the frequencies of its spectra are wrong");
+        }
+        const auto missing = m_watch.missing(now);
+        if (!missing) {
+            return;
+        }
+        const std::uint64_t perSpectrum = m_plan.average * m_plan.advance;
+        m_missing += std::max<std::uint64_t>(1, *missing / perSpectrum);
+        tell(std::to_string(*missing) +
+             " samples did not come within ten seconds: receiver, network or this computer are too slow for this rate");
+    }
+
+    // What may happen again and again.
+    void tell(const std::string& clause)
+    {
+        if (m_tellRate.take(std::chrono::steady_clock::now())) {
+            say(clause);
+        }
+    }
 
     ReceiverOptions m_options;
     SpectrumDevice m_device;
@@ -123,136 +233,6 @@ private:
     std::uint64_t m_missing = 0;  // spectra whose samples never came
     TellRate m_tellRate;          // of those, and of damaged ones
 };
-
-ReceiverSource::ReceiverSource(const ReceiverDevice& device, const ReceiverOptions& options,
-                               std::unique_ptr<IqReceiver> receiver, const SourceRun& run)
-    : PeerSource(device.source, device.peer, run),
-      m_options(options),
-      m_device{.name = forFileNames(device.name),
-               .type = device.type,
-               .valuePath = options.valuePath,
-               .ifSpectrum = options.ifSpectrum},
-      m_plan(planOf(options)),
-      m_receiver(std::move(receiver)),
-      m_frames(
-          m_plan, m_receiver->format(), {}, [this](const QString& sentence) { tell(sentence.toStdString()); },
-          StretchEnds::Usual),
-      m_watch(options.rateHz)
-{
-    if (hops()) {
-        m_layout = layOutHops(m_options.hopHz, m_options.rateHz, m_plan.fftSize);
-    }
-}
-
-void ReceiverSource::prepare()
-{
-    m_values = std::make_unique<SpectrumValues>(m_device);
-    if (hops()) {
-        m_values->setPanorama(m_layout.channels, m_layout.lowHz, m_layout.highHz, m_layout.stepHz);
-    } else {
-        m_values->setBand(*m_options.centreHz, m_options.rateHz, m_plan.fftSize);
-    }
-}
-
-void ReceiverSource::connect()
-{
-    m_receiver->open(m_options);
-    m_watch.begin(std::chrono::steady_clock::now());
-    tuneTo(0);
-}
-
-void ReceiverSource::tuneTo(std::size_t hop)
-{
-    m_hop = hop;
-    m_toDiscard =
-        m_receiver->tune(hops() ? m_options.hopHz[hop] : *m_options.centreHz) * sampleBytes(m_receiver->format());
-    m_frames.begin([this](char* buffer, std::size_t size) { return read(buffer, size); });
-}
-
-std::size_t ReceiverSource::read(char* buffer, std::size_t size)
-{
-    discard();
-    const std::size_t count = m_receiver->read(buffer, size);
-    note(count);
-    return count;
-}
-
-// Whole samples, so that what follows begins with one.
-void ReceiverSource::discard()
-{
-    constexpr std::size_t PieceSize = 65'536;
-    std::vector<char> piece(m_toDiscard > 0 ? PieceSize : 0);
-    while (m_toDiscard > 0) {
-        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(piece.size(), m_toDiscard));
-        const std::size_t count = m_receiver->read(piece.data(), wanted);
-        note(count);
-        m_toDiscard -= count;
-    }
-}
-
-void ReceiverSource::note(std::size_t bytes)
-{
-    if (m_options.hopHz.size() > 1) {
-        return;  // what came while it was tuned is thrown away unseen
-    }
-    const auto now = std::chrono::steady_clock::now();
-    m_watch.add(bytes / sampleBytes(m_receiver->format()));
-    if (const auto rate = m_watch.higherRate(now)) {
-        say("samples come at " + TerminalText::shortest(std::round(*rate)) + " a second, and not at the " +
-            TerminalText::shortest(m_options.rateHz) +
-            " of --rate: the receiver has not got that rate, and the frequencies of its spectra are wrong");
-    }
-    const auto missing = m_watch.missing(now);
-    if (!missing) {
-        return;
-    }
-    const std::uint64_t perSpectrum = m_plan.average * m_plan.advance;
-    m_missing += std::max<std::uint64_t>(1, *missing / perSpectrum);
-    tell(std::to_string(*missing) +
-         " samples did not come within ten seconds: receiver, network or this computer are too slow for this rate");
-}
-
-// What may happen again and again.
-void ReceiverSource::tell(const std::string& clause)
-{
-    if (m_tellRate.take(std::chrono::steady_clock::now())) {
-        say(clause);
-    }
-}
-
-Received ReceiverSource::receive()
-{
-    for (;;) {
-        if (auto frame = m_frames.next()) {
-            m_pending = *std::move(frame);
-            m_pendingHop = m_hop;
-            const unsigned long long arrival = systemTimeUs();
-            if (m_options.hopHz.size() > 1) {
-                tuneTo((m_hop + 1) % m_options.hopHz.size());
-            }
-            return {arrival, std::nullopt};
-        }
-        // Samples are missing here: the next spectrum begins behind them.
-        m_frames.begin([this](char* buffer, std::size_t size) { return read(buffer, size); });
-    }
-}
-
-void ReceiverSource::apply()
-{
-    const unsigned long long time = stationTimeUs();
-    if (hops()) {
-        const HopPart& part = m_layout.parts[m_pendingHop];
-        m_values->showPart(part.firstChannel, std::span(m_pending.levelsDb).subspan(part.firstBin, part.bins), time);
-    } else {
-        m_values->show(m_pending.levelsDb, m_pending.levelDb, time);
-    }
-    ++m_shown;
-}
-
-SourceReport ReceiverSource::counts() const
-{
-    return {.used = m_shown, .bad = m_frames.bad(), .lost = m_missing + m_receiver->overruns()};
-}
 
 }  // namespace
 

@@ -42,75 +42,69 @@ struct CsvStream {
     values::ChannelRange range;         ///< of the last line of names
     std::vector<std::size_t> channels;  ///< that are written, of this range
 
-    bool more(std::string& piece);
+    bool more(std::string& piece)
+    {
+        constexpr std::size_t PieceBytes = std::size_t{512} << 10;
+        piece.clear();
+        while (piece.empty() && file < files.size()) {
+            bool isFull = false;
+            const double resumed = nextMs;
+            std::size_t passedOver = 0;
+            files[file].overview->sweeps(
+                code, {nextMs, time.toMs},
+                [&](const Record&, double ms, const values::ChannelRange& channelsNow, std::span<const float> levels) {
+                    if (ms == resumed && passedOver < writtenAtNext) {
+                        ++passedOver;
+                        return true;
+                    }
+                    writtenAtNext = ms == nextMs ? writtenAtNext + 1 : 1;
+                    nextMs = ms;
+                    takeRange(channelsNow, piece);
+                    appendLine(ms, levels, piece);
+                    isFull = piece.size() >= PieceBytes;
+                    return !isFull;
+                });
+            if (!isFull) {
+                ++file;
+                writtenAtNext = 0;
+            }
+        }
+        return !piece.empty();
+    }
 
 private:
-    void takeRange(const values::ChannelRange& now, std::string& piece);
-    void appendLine(double ms, std::span<const float> levels, std::string& piece);
-};
-
-/// The names of the columns; again where the channels are others.
-void CsvStream::takeRange(const values::ChannelRange& now, std::string& piece)
-{
-    if (now == range) {
-        return;
+    /// The names of the columns; again where the channels are others.
+    void takeRange(const values::ChannelRange& now, std::string& piece)
+    {
+        if (now == range) {
+            return;
+        }
+        range = now;
+        channels.clear();
+        piece += "time_utc_ms";
+        for (std::size_t i = 0; i < range.size(); ++i) {
+            const double hz = range.frequencyHz(i);
+            if (hz >= lowHz && hz <= highHz) {
+                channels.push_back(i);
+                piece += ',';
+                appendNumber(piece, hz);
+            }
+        }
+        piece += '\n';
     }
-    range = now;
-    channels.clear();
-    piece += "time_utc_ms";
-    for (std::size_t i = 0; i < range.size(); ++i) {
-        const double hz = range.frequencyHz(i);
-        if (hz >= lowHz && hz <= highHz) {
-            channels.push_back(i);
+    void appendLine(double ms, std::span<const float> levels, std::string& piece)
+    {
+        appendNumber(piece, ms);
+        for (const std::size_t channel : channels) {
             piece += ',';
-            appendNumber(piece, hz);
+            const float level = levels[channel];
+            if (!std::isnan(level)) {
+                RecTool::appendLevelJson(piece, level);
+            }
         }
+        piece += '\n';
     }
-    piece += '\n';
-}
-
-void CsvStream::appendLine(double ms, std::span<const float> levels, std::string& piece)
-{
-    appendNumber(piece, ms);
-    for (const std::size_t channel : channels) {
-        piece += ',';
-        const float level = levels[channel];
-        if (!std::isnan(level)) {
-            RecTool::appendLevelJson(piece, level);
-        }
-    }
-    piece += '\n';
-}
-
-bool CsvStream::more(std::string& piece)
-{
-    constexpr std::size_t PieceBytes = std::size_t{512} << 10;
-    piece.clear();
-    while (piece.empty() && file < files.size()) {
-        bool isFull = false;
-        const double resumed = nextMs;
-        std::size_t passedOver = 0;
-        files[file].overview->sweeps(
-            code, {nextMs, time.toMs},
-            [&](const Record&, double ms, const values::ChannelRange& channelsNow, std::span<const float> levels) {
-                if (ms == resumed && passedOver < writtenAtNext) {
-                    ++passedOver;
-                    return true;
-                }
-                writtenAtNext = ms == nextMs ? writtenAtNext + 1 : 1;
-                nextMs = ms;
-                takeRange(channelsNow, piece);
-                appendLine(ms, levels, piece);
-                isFull = piece.size() >= PieceBytes;
-                return !isFull;
-            });
-        if (!isFull) {
-            ++file;
-            writtenAtNext = 0;
-        }
-    }
-    return !piece.empty();
-}
+};
 
 }  // namespace
 

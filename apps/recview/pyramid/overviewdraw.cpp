@@ -15,17 +15,95 @@ namespace {
 /// Enters single sweeps into a grid: each from its moment to the next one's, or as long as one stands at most.
 class SweepPainter {
 public:
-    explicit SweepPainter(Grid& grid, const KnownType& type);
+    explicit SweepPainter(Grid& grid, const KnownType& type)
+        : m_grid(grid), m_type(type), m_levels(grid.view().rows), m_counts(grid.view().rows)
+    {
+    }
 
     /// The next sweep; those before the view may be among them. @return false behind the view
-    bool add(const PassingSweep& sweep);
+    bool add(const PassingSweep& sweep)
+    {
+        enter(sweep.momentMs);
+        const View& view = m_grid.view();
+        if (sweep.momentMs > view.toMs) {
+            m_momentMs.reset();
+            return false;
+        }
+        m_momentMs = sweep.momentMs;
+        if (!m_isPlaced || sweep.range != m_range) {
+            place(sweep.range);
+            m_hold = holdMs(sweep.range);
+        }
+        std::fill(m_levels.begin(), m_levels.end(), std::numeric_limits<float>::quiet_NaN());
+        std::fill(m_counts.begin(), m_counts.end(), 0.0F);
+        for (const Place& place : m_places) {
+            const float level = sweep.levels[place.channel];
+            if (std::isnan(level) || (view.of == Combine::Mean && std::isinf(level))) {
+                continue;
+            }
+            for (std::uint32_t row = place.firstRow; row < place.endRow; ++row) {
+                float& pixel = m_levels[row];
+                if (view.of == Combine::Mean) {
+                    pixel = m_counts[row] > 0 ? pixel + level : level;
+                    ++m_counts[row];
+                } else if (view.of == Combine::Max) {
+                    pixel = pixel >= level ? pixel : level;
+                } else {
+                    pixel = pixel <= level ? pixel : level;
+                }
+            }
+        }
+        for (std::size_t row = 0; view.of == Combine::Mean && row < m_levels.size(); ++row) {
+            m_levels[row] /= std::max(m_counts[row], 1.0F);
+        }
+        return true;
+    }
     /// After the last one.
-    void finish();
+    void finish() { enter(std::numeric_limits<double>::infinity()); }
 
 private:
-    void enter(double untilMs);
-    void place(const values::ChannelRange& range);
-    [[nodiscard]] double holdMs(const values::ChannelRange& range) const;
+    void enter(double untilMs)
+    {
+        if (m_momentMs) {
+            m_grid.add({*m_momentMs, std::min(untilMs, *m_momentMs + m_hold)}, m_levels, {m_lowRow, m_highRow}, 1);
+        }
+    }
+    void place(const values::ChannelRange& range)
+    {
+        m_isPlaced = true;
+        m_range = range;
+        m_places.clear();
+        const View& view = m_grid.view();
+        m_lowRow = view.rows;
+        m_highRow = 0;
+        const double half = RecTool::channelWidthHz(range) / 2;
+        const double perHz = static_cast<double>(view.rows) / (view.highHz - view.lowHz);
+        for (std::size_t channel = 0; channel < range.size(); ++channel) {
+            const double hz = range.frequencyHz(channel);
+            const auto [low, high] =
+                Grid::pixels((hz - half - view.lowHz) * perHz, (hz + half - view.lowHz) * perHz, view.rows);
+            if (low < high) {
+                m_places.push_back({static_cast<std::uint32_t>(channel), static_cast<std::uint32_t>(low),
+                                    static_cast<std::uint32_t>(high)});
+                m_lowRow = std::min(m_lowRow, low);
+                m_highRow = std::max(m_highRow, high);
+            }
+        }
+    }
+
+    /// That of the series; of mixed ones, which are not known by their ranges, the longest.
+    [[nodiscard]] double holdMs(const values::ChannelRange& range) const
+    {
+        double mixed = 0;
+        for (const KnownSeries& known : m_type.series) {
+            if (known.series.isMixed) {
+                mixed = std::max(mixed, known.series.usualMs);
+            } else if (known.series.range == range) {
+                return longestHold(known.series.usualMs);
+            }
+        }
+        return longestHold(mixed);
+    }
 
     Grid& m_grid;
     const KnownType& m_type;
@@ -44,98 +122,6 @@ private:
     std::vector<float> m_levels;
     std::vector<float> m_counts;
 };
-
-SweepPainter::SweepPainter(Grid& grid, const KnownType& type)
-    : m_grid(grid), m_type(type), m_levels(grid.view().rows), m_counts(grid.view().rows)
-{
-}
-
-bool SweepPainter::add(const PassingSweep& sweep)
-{
-    enter(sweep.momentMs);
-    const View& view = m_grid.view();
-    if (sweep.momentMs > view.toMs) {
-        m_momentMs.reset();
-        return false;
-    }
-    m_momentMs = sweep.momentMs;
-    if (!m_isPlaced || sweep.range != m_range) {
-        place(sweep.range);
-        m_hold = holdMs(sweep.range);
-    }
-    std::fill(m_levels.begin(), m_levels.end(), std::numeric_limits<float>::quiet_NaN());
-    std::fill(m_counts.begin(), m_counts.end(), 0.0F);
-    for (const Place& place : m_places) {
-        const float level = sweep.levels[place.channel];
-        if (std::isnan(level) || (view.of == Combine::Mean && std::isinf(level))) {
-            continue;
-        }
-        for (std::uint32_t row = place.firstRow; row < place.endRow; ++row) {
-            float& pixel = m_levels[row];
-            if (view.of == Combine::Mean) {
-                pixel = m_counts[row] > 0 ? pixel + level : level;
-                ++m_counts[row];
-            } else if (view.of == Combine::Max) {
-                pixel = pixel >= level ? pixel : level;
-            } else {
-                pixel = pixel <= level ? pixel : level;
-            }
-        }
-    }
-    for (std::size_t row = 0; view.of == Combine::Mean && row < m_levels.size(); ++row) {
-        m_levels[row] /= std::max(m_counts[row], 1.0F);
-    }
-    return true;
-}
-
-void SweepPainter::finish()
-{
-    enter(std::numeric_limits<double>::infinity());
-}
-
-void SweepPainter::enter(double untilMs)
-{
-    if (m_momentMs) {
-        m_grid.add({*m_momentMs, std::min(untilMs, *m_momentMs + m_hold)}, m_levels, {m_lowRow, m_highRow}, 1);
-    }
-}
-
-void SweepPainter::place(const values::ChannelRange& range)
-{
-    m_isPlaced = true;
-    m_range = range;
-    m_places.clear();
-    const View& view = m_grid.view();
-    m_lowRow = view.rows;
-    m_highRow = 0;
-    const double half = RecTool::channelWidthHz(range) / 2;
-    const double perHz = static_cast<double>(view.rows) / (view.highHz - view.lowHz);
-    for (std::size_t channel = 0; channel < range.size(); ++channel) {
-        const double hz = range.frequencyHz(channel);
-        const auto [low, high] =
-            Grid::pixels((hz - half - view.lowHz) * perHz, (hz + half - view.lowHz) * perHz, view.rows);
-        if (low < high) {
-            m_places.push_back({static_cast<std::uint32_t>(channel), static_cast<std::uint32_t>(low),
-                                static_cast<std::uint32_t>(high)});
-            m_lowRow = std::min(m_lowRow, low);
-            m_highRow = std::max(m_highRow, high);
-        }
-    }
-}
-
-/// That of the series; of mixed ones, which are not known by their ranges, the longest.
-double SweepPainter::holdMs(const values::ChannelRange& range) const
-{
-    double mixed = 0;
-    for (const KnownSeries& known : m_type.series) {
-        if (known.series.isMixed) {
-            mixed = std::max(mixed, known.series.usualMs);
-        } else if (known.series.range == range) {
-            return longestHold(known.series.usualMs);
-        }
-    }
-    return longestHold(mixed);
-}
 
 constexpr std::uint64_t MostExactBytes = std::uint64_t{24} << 20U;
 

@@ -62,10 +62,54 @@ std::string changeText(const Record& record, const values::ValueBase* value)
 
 class ValuePart final : public OverviewPart {
 public:
-    ValuePart(Store& store, const Summary& summary);
+    ValuePart(Store& store, const Summary& summary)
+        : m_store(store),
+          m_types(summary.types),
+          m_taker(RecTool::TypeNames(m_types), plausibleStart(summary.header.startMs),
+                  [this](const auto& taken) { addBearing(taken); })
+    {
+    }
 
-    void add(const PassedRecord& passed) override;
-    void finish() override;
+    void add(const PassedRecord& passed) override
+    {
+        m_budget.read(passed.record.data.size() + RecordBytes);
+        m_positionBudget.read(passed.record.data.size() + RecordBytes);
+        noteKind(passed);
+        m_position = passed.record.position;
+        m_code = passed.record.code;
+        m_momentMs = passed.momentMs;
+        m_taker.apply(passed.record);
+        const auto kind = m_kinds.find(m_code);
+        if (passed.isSweep || kind == m_kinds.end() || kind->second == Kind::Levels || kind->second == Kind::Bearings) {
+            return;
+        }
+        addPosition(passed.timeMs);
+        if (kind->second == Kind::Number) {
+            addNumber(passed, numberOf(passed.value));
+        } else {
+            addChange(passed);
+        }
+    }
+
+    /// What was left out last would not be counted in any entry.
+    void finish() override
+    {
+        for (auto& [code, numbers] : m_numbers) {
+            for (std::uint32_t level = 0; level < BlockLevels; ++level) {
+                pushBlock(code, numbers, level);
+            }
+        }
+        for (auto& [code, changes] : m_changes) {
+            if (changes.leftOut > 0) {
+                changes.column->append(KeptChange{changes.ms, keepText(changes.text), changes.leftOut - 1});
+            }
+        }
+        keepPosition();
+        if (m_bearingsLeftOut > 0) {
+            m_lastBearing.leftOut = m_bearingsLeftOut - 1;
+            m_store.column(keyOf(Kept::Bearings)).append(m_lastBearing);
+        }
+    }
 
 private:
     struct Numbers {
@@ -82,15 +126,131 @@ private:
         std::uint32_t leftOut = 0;
     };
 
-    void noteKind(const PassedRecord& passed);
-    void addNumber(const PassedRecord& passed, double value);
-    void addToBlocks(std::int32_t code, Numbers& numbers, const KeptBlock& one);
-    void pushBlock(std::int32_t code, Numbers& numbers, std::uint32_t level);
-    void addChange(const PassedRecord& passed);
-    std::uint32_t keepText(const std::string& text);
-    void addBearing(const RecTool::BearingTaker::Taken& taken);
-    void addPosition(double ms);
-    void keepPosition();
+    void noteKind(const PassedRecord& passed)
+    {
+        const std::int32_t code = passed.record.code;
+        const std::optional<Kind> kind = m_kinds.contains(code) ? std::nullopt : kindOf(passed.record);
+        if (kind) {
+            m_kinds.emplace(code, *kind);
+            m_store.column(keyOf(Kept::Kinds)).append(KeptKind{code, static_cast<std::uint32_t>(*kind)});
+        }
+    }
+    void addNumber(const PassedRecord& passed, double value)
+    {
+        Numbers& numbers = m_numbers[m_code];
+        if (numbers.all == nullptr) {
+            numbers.all = &m_store.column(keyOf(Kept::Numbers, m_code));
+            numbers.blocks.resize(BlockLevels);
+            numbers.counts.resize(BlockLevels);
+        }
+        if (numbers.isOpen && m_budget.allows(sizeof(KeptNumber), ShareOfNumbers)) {
+            numbers.all->append(KeptNumber{passed.timeMs, value});
+            m_budget.keep(sizeof(KeptNumber));
+        } else if (std::exchange(numbers.isOpen, false)) {
+            m_store.column(keyOf(Kept::NumbersEnd, m_code)).append(passed.timeMs);
+        }
+        addToBlocks(m_code, numbers, {passed.timeMs, value, value, value, passed.record.position});
+    }
+    void addToBlocks(std::int32_t code, Numbers& numbers, const KeptBlock& one)
+    {
+        for (std::uint32_t level = 0; level < BlockLevels; ++level) {
+            KeptBlock& block = numbers.blocks[level];
+            if (numbers.counts[level]++ == 0) {
+                block = one;
+            } else {
+                block.min = std::fmin(block.min, one.min);
+                block.max = std::fmax(block.max, one.max);
+                block.last = one.last;
+            }
+        }
+        std::uint32_t full = NumbersPerBlock;
+        for (std::uint32_t level = 0; level < BlockLevels && numbers.counts[level] == full; ++level) {
+            pushBlock(code, numbers, level);
+            full *= BlocksPerBlock;
+        }
+    }
+    void pushBlock(std::int32_t code, Numbers& numbers, std::uint32_t level)
+    {
+        if (numbers.counts[level] > 0) {
+            m_store.column(keyOf(Kept::NumberBlocks, code, level)).append(numbers.blocks[level]);
+            m_budget.keep(sizeof(KeptBlock));
+            numbers.counts[level] = 0;
+        }
+    }
+    void addChange(const PassedRecord& passed)
+    {
+        Changes& changes = m_changes[m_code];
+        std::string text = changeText(passed.record, passed.value);
+        if (!changes.isFirst && text == changes.text) {
+            return;  // it was recorded once more, but did not change
+        }
+        if (changes.column == nullptr) {
+            changes.column = &m_store.column(keyOf(Kept::Changes, m_code));
+        }
+        const std::size_t bytes =
+            sizeof(KeptChange) + (m_texts.count(text) > 0 ? 0 : text.size() + sizeof(std::uint32_t));
+        if (m_budget.allows(bytes, 1)) {
+            changes.column->append(KeptChange{passed.timeMs, keepText(text), changes.leftOut});
+            m_budget.keep(bytes);
+            changes.leftOut = 0;
+        } else {
+            ++changes.leftOut;
+        }
+        changes.text = std::move(text);
+        changes.ms = passed.timeMs;
+        changes.isFirst = false;
+    }
+    std::uint32_t keepText(const std::string& text)
+    {
+        constexpr std::size_t MostTexts = 4096;
+        const auto known = m_texts.find(text);
+        if (known != m_texts.end()) {
+            return known->second;
+        }
+        Column& column = m_store.column(keyOf(Kept::Texts));
+        const auto begin = static_cast<std::uint32_t>(column.bytes());
+        column.append(static_cast<std::uint32_t>(text.size()));
+        column.append(std::span(text.data(), text.size()));
+        if (m_texts.size() == MostTexts) {
+            m_texts.clear();
+        }
+        m_texts.emplace(text, begin);
+        return begin;
+    }
+    void addBearing(const RecTool::BearingTaker::Taken& taken)
+    {
+        m_lastBearing = keptBearing(taken, m_momentMs, m_code, m_position);
+        if (!m_budget.allows(sizeof(KeptBearing), ShareOfBearings)) {
+            ++m_bearingsLeftOut;
+            return;
+        }
+        m_lastBearing.leftOut = std::exchange(m_bearingsLeftOut, 0);
+        m_store.column(keyOf(Kept::Bearings)).append(m_lastBearing);
+        m_budget.keep(sizeof(KeptBearing));
+    }
+
+    /// Latitude and longitude change one after the other: what lies between the two is no position.
+    void addPosition(double ms)
+    {
+        constexpr double Apart = 100;
+        const auto position = m_taker.position();
+        if (!position || (position->latitudeDeg == m_lastPosition.latitudeDeg &&
+                          position->longitudeDeg == m_lastPosition.longitudeDeg)) {
+            return;
+        }
+        if (ms - m_lastPosition.ms > Apart) {
+            keepPosition();
+        }
+        m_lastPosition = {ms, position->latitudeDeg, position->longitudeDeg};
+        m_positionIsKept = false;
+    }
+    void keepPosition()
+    {
+        if (!std::exchange(m_positionIsKept, true) && m_positionBudget.allows(sizeof(KeptPosition), 1)) {
+            m_store.column(keyOf(Kept::Positions)).append(m_lastPosition);
+            m_positionBudget.keep(sizeof(KeptPosition));
+        }
+    }
 
     Store& m_store;
     std::vector<Recording2::Inspection::TypeEntry> m_types;
@@ -109,187 +269,6 @@ private:
     KeptPosition m_lastPosition;
     bool m_positionIsKept = true;
 };
-
-ValuePart::ValuePart(Store& store, const Summary& summary)
-    : m_store(store),
-      m_types(summary.types),
-      m_taker(RecTool::TypeNames(m_types), plausibleStart(summary.header.startMs),
-              [this](const auto& taken) { addBearing(taken); })
-{
-}
-
-void ValuePart::noteKind(const PassedRecord& passed)
-{
-    const std::int32_t code = passed.record.code;
-    const std::optional<Kind> kind = m_kinds.contains(code) ? std::nullopt : kindOf(passed.record);
-    if (kind) {
-        m_kinds.emplace(code, *kind);
-        m_store.column(keyOf(Kept::Kinds)).append(KeptKind{code, static_cast<std::uint32_t>(*kind)});
-    }
-}
-
-void ValuePart::add(const PassedRecord& passed)
-{
-    m_budget.read(passed.record.data.size() + RecordBytes);
-    m_positionBudget.read(passed.record.data.size() + RecordBytes);
-    noteKind(passed);
-    m_position = passed.record.position;
-    m_code = passed.record.code;
-    m_momentMs = passed.momentMs;
-    m_taker.apply(passed.record);
-    const auto kind = m_kinds.find(m_code);
-    if (passed.isSweep || kind == m_kinds.end() || kind->second == Kind::Levels || kind->second == Kind::Bearings) {
-        return;
-    }
-    addPosition(passed.timeMs);
-    if (kind->second == Kind::Number) {
-        addNumber(passed, numberOf(passed.value));
-    } else {
-        addChange(passed);
-    }
-}
-
-void ValuePart::addNumber(const PassedRecord& passed, double value)
-{
-    Numbers& numbers = m_numbers[m_code];
-    if (numbers.all == nullptr) {
-        numbers.all = &m_store.column(keyOf(Kept::Numbers, m_code));
-        numbers.blocks.resize(BlockLevels);
-        numbers.counts.resize(BlockLevels);
-    }
-    if (numbers.isOpen && m_budget.allows(sizeof(KeptNumber), ShareOfNumbers)) {
-        numbers.all->append(KeptNumber{passed.timeMs, value});
-        m_budget.keep(sizeof(KeptNumber));
-    } else if (std::exchange(numbers.isOpen, false)) {
-        m_store.column(keyOf(Kept::NumbersEnd, m_code)).append(passed.timeMs);
-    }
-    addToBlocks(m_code, numbers, {passed.timeMs, value, value, value, passed.record.position});
-}
-
-void ValuePart::addToBlocks(std::int32_t code, Numbers& numbers, const KeptBlock& one)
-{
-    for (std::uint32_t level = 0; level < BlockLevels; ++level) {
-        KeptBlock& block = numbers.blocks[level];
-        if (numbers.counts[level]++ == 0) {
-            block = one;
-        } else {
-            block.min = std::fmin(block.min, one.min);
-            block.max = std::fmax(block.max, one.max);
-            block.last = one.last;
-        }
-    }
-    std::uint32_t full = NumbersPerBlock;
-    for (std::uint32_t level = 0; level < BlockLevels && numbers.counts[level] == full; ++level) {
-        pushBlock(code, numbers, level);
-        full *= BlocksPerBlock;
-    }
-}
-
-void ValuePart::pushBlock(std::int32_t code, Numbers& numbers, std::uint32_t level)
-{
-    if (numbers.counts[level] > 0) {
-        m_store.column(keyOf(Kept::NumberBlocks, code, level)).append(numbers.blocks[level]);
-        m_budget.keep(sizeof(KeptBlock));
-        numbers.counts[level] = 0;
-    }
-}
-
-void ValuePart::addChange(const PassedRecord& passed)
-{
-    Changes& changes = m_changes[m_code];
-    std::string text = changeText(passed.record, passed.value);
-    if (!changes.isFirst && text == changes.text) {
-        return;  // it was recorded once more, but did not change
-    }
-    if (changes.column == nullptr) {
-        changes.column = &m_store.column(keyOf(Kept::Changes, m_code));
-    }
-    const std::size_t bytes = sizeof(KeptChange) + (m_texts.count(text) > 0 ? 0 : text.size() + sizeof(std::uint32_t));
-    if (m_budget.allows(bytes, 1)) {
-        changes.column->append(KeptChange{passed.timeMs, keepText(text), changes.leftOut});
-        m_budget.keep(bytes);
-        changes.leftOut = 0;
-    } else {
-        ++changes.leftOut;
-    }
-    changes.text = std::move(text);
-    changes.ms = passed.timeMs;
-    changes.isFirst = false;
-}
-
-std::uint32_t ValuePart::keepText(const std::string& text)
-{
-    constexpr std::size_t MostTexts = 4096;
-    const auto known = m_texts.find(text);
-    if (known != m_texts.end()) {
-        return known->second;
-    }
-    Column& column = m_store.column(keyOf(Kept::Texts));
-    const auto begin = static_cast<std::uint32_t>(column.bytes());
-    column.append(static_cast<std::uint32_t>(text.size()));
-    column.append(std::span(text.data(), text.size()));
-    if (m_texts.size() == MostTexts) {
-        m_texts.clear();
-    }
-    m_texts.emplace(text, begin);
-    return begin;
-}
-
-void ValuePart::addBearing(const RecTool::BearingTaker::Taken& taken)
-{
-    m_lastBearing = keptBearing(taken, m_momentMs, m_code, m_position);
-    if (!m_budget.allows(sizeof(KeptBearing), ShareOfBearings)) {
-        ++m_bearingsLeftOut;
-        return;
-    }
-    m_lastBearing.leftOut = std::exchange(m_bearingsLeftOut, 0);
-    m_store.column(keyOf(Kept::Bearings)).append(m_lastBearing);
-    m_budget.keep(sizeof(KeptBearing));
-}
-
-/// Latitude and longitude change one after the other: what lies between the two is no position.
-void ValuePart::addPosition(double ms)
-{
-    constexpr double Apart = 100;
-    const auto position = m_taker.position();
-    if (!position || (position->latitudeDeg == m_lastPosition.latitudeDeg &&
-                      position->longitudeDeg == m_lastPosition.longitudeDeg)) {
-        return;
-    }
-    if (ms - m_lastPosition.ms > Apart) {
-        keepPosition();
-    }
-    m_lastPosition = {ms, position->latitudeDeg, position->longitudeDeg};
-    m_positionIsKept = false;
-}
-
-void ValuePart::keepPosition()
-{
-    if (!std::exchange(m_positionIsKept, true) && m_positionBudget.allows(sizeof(KeptPosition), 1)) {
-        m_store.column(keyOf(Kept::Positions)).append(m_lastPosition);
-        m_positionBudget.keep(sizeof(KeptPosition));
-    }
-}
-
-/// What was left out last would not be counted in any entry.
-void ValuePart::finish()
-{
-    for (auto& [code, numbers] : m_numbers) {
-        for (std::uint32_t level = 0; level < BlockLevels; ++level) {
-            pushBlock(code, numbers, level);
-        }
-    }
-    for (auto& [code, changes] : m_changes) {
-        if (changes.leftOut > 0) {
-            changes.column->append(KeptChange{changes.ms, keepText(changes.text), changes.leftOut - 1});
-        }
-    }
-    keepPosition();
-    if (m_bearingsLeftOut > 0) {
-        m_lastBearing.leftOut = m_bearingsLeftOut - 1;
-        m_store.column(keyOf(Kept::Bearings)).append(m_lastBearing);
-    }
-}
 
 }  // namespace
 

@@ -61,18 +61,84 @@ public:
     {
     }
 
-    void prepare() override;
+    void prepare() override
+    {
+        m_values = std::make_unique<PositionValues>();
+        if (!m_options.valuePath.isEmpty()) {
+            const QString device = QStringLiteral("gpsd ") + QString::fromStdString(m_options.address.host);
+            setDevice(m_options.valuePath, forFileNames(device), QStringLiteral("gpsd"));
+        }
+    }
 
 private:
-    void connect() override;
-    [[nodiscard]] Received receive() override;
+    void connect() override
+    {
+        m_state.forget();
+        m_lines.open(m_options.address);
+        const auto greeting = m_lines.next(in(GpsdGreeting));
+        const auto report = greeting ? parseGpsdReport(*greeting) : std::nullopt;
+        if (!report || report->kind != GpsdReport::Kind::Version) {
+            throw ConnectionError(greeting ? "what answers there is no gpsd" : "no greeting of gpsd comes");
+        }
+        m_lines.send("?WATCH={\"enable\":true,\"json\":true};\n");
+        // It is there, also when none of its devices has a fix. But of its times the first must be one.
+        m_greeted = !m_sourceTime;
+    }
+    [[nodiscard]] Received receive() override
+    {
+        constexpr int MostAStep = 10'000;
+        m_received = {systemTimeUs(), std::nullopt};
+        if (std::exchange(m_greeted, false)) {
+            m_change = {};
+            return m_received;
+        }
+        for (int lines = 0; !m_state.hasChange() || (m_lines.holdsLine() && lines < MostAStep); ++lines) {
+            const auto line = m_lines.next(m_state.silentAt().value_or(GpsdClock::now() + LongestGpsdQuiet));
+            const auto now = GpsdClock::now();
+            if (line) {
+                takeLine(*line, now);
+            } else {
+                m_state.passTime(now);
+                m_received = {systemTimeUs(), std::nullopt};
+            }
+            tellNews();
+            if (m_state.hasChange() && !m_gate.isFlood(now)) {
+                break;
+            }
+        }
+        m_change = m_state.takeChange();
+        return m_received;
+    }
     void disconnect() noexcept override { m_lines.close(); }
     void apply() override { m_values->show(m_change); }
     void forget() override { m_values->forget(); }
-    [[nodiscard]] SourceReport counts() const override;
+    [[nodiscard]] SourceReport counts() const override
+    {
+        return {.used = m_used, .skipped = m_skipped, .lines = true, .lost = m_broken + m_lines.tooLong()};
+    }
 
-    void takeLine(std::string_view line, GpsdClock::time_point now);
-    void tellNews();
+    void takeLine(std::string_view line, GpsdClock::time_point now)
+    {
+        const auto report = parseGpsdReport(line);
+        if (!report) {
+            ++m_broken;
+            return;
+        }
+        if (m_state.take(*report, now)) {
+            ++m_used;
+            m_received = {systemTimeUs(), report->timeUs};
+        } else {
+            ++m_skipped;
+        }
+    }
+    void tellNews()
+    {
+        for (const std::string& news : m_state.takeNews()) {
+            if (m_tellRate.take(GpsdClock::now())) {
+                say(news);
+            }
+        }
+    }
 
     GpsdOptions m_options;
     bool m_sourceTime;
@@ -88,84 +154,6 @@ private:
     std::uint64_t m_skipped = 0;
     std::uint64_t m_broken = 0;
 };
-
-void GpsdSource::prepare()
-{
-    m_values = std::make_unique<PositionValues>();
-    if (!m_options.valuePath.isEmpty()) {
-        const QString device = QStringLiteral("gpsd ") + QString::fromStdString(m_options.address.host);
-        setDevice(m_options.valuePath, forFileNames(device), QStringLiteral("gpsd"));
-    }
-}
-
-void GpsdSource::connect()
-{
-    m_state.forget();
-    m_lines.open(m_options.address);
-    const auto greeting = m_lines.next(in(GpsdGreeting));
-    const auto report = greeting ? parseGpsdReport(*greeting) : std::nullopt;
-    if (!report || report->kind != GpsdReport::Kind::Version) {
-        throw ConnectionError(greeting ? "what answers there is no gpsd" : "no greeting of gpsd comes");
-    }
-    m_lines.send("?WATCH={\"enable\":true,\"json\":true};\n");
-    // It is there, also when none of its devices has a fix. But of its times the first must be one.
-    m_greeted = !m_sourceTime;
-}
-
-Received GpsdSource::receive()
-{
-    constexpr int MostAStep = 10'000;
-    m_received = {systemTimeUs(), std::nullopt};
-    if (std::exchange(m_greeted, false)) {
-        m_change = {};
-        return m_received;
-    }
-    for (int lines = 0; !m_state.hasChange() || (m_lines.holdsLine() && lines < MostAStep); ++lines) {
-        const auto line = m_lines.next(m_state.silentAt().value_or(GpsdClock::now() + LongestGpsdQuiet));
-        const auto now = GpsdClock::now();
-        if (line) {
-            takeLine(*line, now);
-        } else {
-            m_state.passTime(now);
-            m_received = {systemTimeUs(), std::nullopt};
-        }
-        tellNews();
-        if (m_state.hasChange() && !m_gate.isFlood(now)) {
-            break;
-        }
-    }
-    m_change = m_state.takeChange();
-    return m_received;
-}
-
-void GpsdSource::takeLine(std::string_view line, GpsdClock::time_point now)
-{
-    const auto report = parseGpsdReport(line);
-    if (!report) {
-        ++m_broken;
-        return;
-    }
-    if (m_state.take(*report, now)) {
-        ++m_used;
-        m_received = {systemTimeUs(), report->timeUs};
-    } else {
-        ++m_skipped;
-    }
-}
-
-void GpsdSource::tellNews()
-{
-    for (const std::string& news : m_state.takeNews()) {
-        if (m_tellRate.take(GpsdClock::now())) {
-            say(news);
-        }
-    }
-}
-
-SourceReport GpsdSource::counts() const
-{
-    return {.used = m_used, .skipped = m_skipped, .lines = true, .lost = m_broken + m_lines.tooLong()};
-}
 
 constexpr auto GpsdExamples = R"(
 Position, altitude and speed from TPV reports, heading, pitch and roll from ATT reports of a running gpsd. Of several

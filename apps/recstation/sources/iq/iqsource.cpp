@@ -53,25 +53,131 @@ public:
     IqSource(IqOptions options, InputReport report) : m_options(std::move(options)), m_report(std::move(report)) {}
 
     [[nodiscard]] QString name() const override { return QStringLiteral("iq"); }
-    void prepare() override;
-    [[nodiscard]] std::optional<unsigned long long> nextTime() override;
-    void step() override;
-    [[nodiscard]] std::optional<unsigned long long> lastTime() override;
+    void prepare() override
+    {
+        m_plan = makeIqPlan(m_options);
+        for (const QString& remark : m_plan.remarks) {
+            m_report(remark);
+        }
+        m_input = m_plan.wav
+                      ? openWav(m_plan.file)
+                      : refusingForeign(openInput(m_plan.file.toStdString()), inputName(m_plan.file.toStdString()));
+        m_frames = std::make_unique<FrameReader>(m_plan, m_plan.format, inputOf(stretch()),
+                                                 [this](const QString& sentence) { tell(sentence); });
+        if (!m_options.live && !readFrame()) {  // what is live may wait for it in nextTime only
+            throw std::runtime_error("iq: " + inputName(m_plan.file.toStdString()) +
+                                     (m_samples == 0 ? " holds no samples" : " holds no whole spectrum"));
+        }
+        const QString format = m_plan.wav ? QStringLiteral("WAV") : QLatin1String(sampleFormatName(m_plan.format));
+        m_values = std::make_unique<SpectrumValues>(SpectrumDevice{.name = deviceName(m_plan),
+                                                                   .type = QStringLiteral("IQ samples %1").arg(format),
+                                                                   .valuePath = m_options.valuePath,
+                                                                   .ifSpectrum = m_options.ifSpectrum});
+        m_values->setBand(stretch().centreHz, m_plan.rateHz, m_plan.fftSize);
+        m_shownStretch = m_stretch;
+    }
+    [[nodiscard]] std::optional<unsigned long long> nextTime() override
+    {
+        return m_pending || readFrame() ? std::optional(pendingTime()) : std::nullopt;
+    }
+    void step() override
+    {
+        if (std::exchange(m_shownStretch, m_stretch) != m_stretch) {
+            m_values->setBand(stretch().centreHz, m_plan.rateHz, m_plan.fftSize);
+        }
+        m_values->show(m_pending->levelsDb, m_pending->levelDb, m_options.live ? stationTimeUs() : m_latest);
+        m_pending.reset();
+        ++m_shown;
+    }
+    [[nodiscard]] std::optional<unsigned long long> lastTime() override
+    {
+        std::optional<unsigned long long> last;
+        for (const IqStretch& stretch : m_plan.stretches) {
+            if (!stretch.samples) {
+                return std::nullopt;
+            }
+            last = std::max(last.value_or(0), m_plan.timeOf(stretch, *stretch.samples));
+        }
+        return last;
+    }
     /// Another capture's frequency is set before its spectrum.
     [[nodiscard]] bool plainValuesComeFirst() const override { return m_plan.stretches.size() > 1; }
     [[nodiscard]] QStringList spectra() const override
     {
         return {m_options.valuePath + QStringLiteral("/Scn/RfSpectrum"), QStringLiteral("/IfMapping")};
     }
-    [[nodiscard]] SourceReport report() const override;
+    [[nodiscard]] SourceReport report() const override
+    {
+        if (m_frames == nullptr) {
+            return {};
+        }
+        return {.used = m_shown, .skipped = m_frames->skipped(), .bad = m_plan.bad + m_frames->bad()};
+    }
 
 private:
-    [[nodiscard]] ByteInput inputOf(const IqStretch& stretch);
-    bool skipTo(std::uint64_t byte);
-    bool readFrame();
-    void tell(const QString& sentence) const;
+    // The stretches lie one behind the other, so that a pipe would do.
+    [[nodiscard]] ByteInput inputOf(const IqStretch& stretch)
+    {
+        constexpr std::uint64_t NoEnd = std::numeric_limits<std::uint64_t>::max();
+        const std::uint64_t bytes = stretch.samples ? *stretch.samples * sampleBytes(m_plan.format) : NoEnd;
+        return [this, first = stretch.firstByte, left = bytes](char* buffer, std::size_t size) mutable -> std::size_t {
+            if (left == 0 || !skipTo(first)) {
+                return 0;
+            }
+            const std::size_t count = m_input(buffer, static_cast<std::size_t>(std::min<std::uint64_t>(size, left)));
+            left -= std::min<std::uint64_t>(left, count);
+            m_position += count;
+            return count;
+        };
+    }
+    bool skipTo(std::uint64_t byte)
+    {
+        constexpr std::size_t PieceSize = 65'536;
+        std::vector<char> piece(m_position < byte ? PieceSize : 0);
+        while (m_position < byte) {
+            const std::size_t count = m_input(
+                piece.data(), static_cast<std::size_t>(std::min<std::uint64_t>(piece.size(), byte - m_position)));
+            if (count == 0) {
+                return false;
+            }
+            m_position += count;
+        }
+        return true;
+    }
+
+    // The next spectrum, of whichever stretch has one.
+    bool readFrame()
+    {
+        while (!(m_pending = m_frames->next())) {
+            m_samples += m_frames->samplesRead();
+            if (m_stretch + 1 == m_plan.stretches.size()) {
+                return false;
+            }
+            ++m_stretch;
+            m_backTold = false;
+            m_frames->begin(inputOf(stretch()));
+        }
+        return true;
+    }
+    void tell(const QString& sentence) const
+    {
+        m_report(m_plan.stretches.size() == 1 ? sentence
+                                              : QStringLiteral("capture %1: ").arg(m_stretch + 1) + sentence);
+    }
     [[nodiscard]] const IqStretch& stretch() const { return m_plan.stretches[m_stretch]; }
-    [[nodiscard]] unsigned long long pendingTime();
+
+    // Never before what was shown: a capture may begin before the one in front of it ended.
+    [[nodiscard]] unsigned long long pendingTime()
+    {
+        const unsigned long long time = m_plan.timeOf(stretch(), m_pending->firstSample);
+        if (time < m_latest && !std::exchange(m_backTold, true)) {
+            tell(QStringLiteral(
+                     "it begins %1 before the end of what comes before it; until then its spectra have that time")
+                     .arg(QString::fromStdString(spanText(m_latest - time))));
+        }
+        m_latest = std::max(m_latest, time);
+        return m_latest;
+    }
 
     IqOptions m_options;
     InputReport m_report;
@@ -88,128 +194,6 @@ private:
     std::uint64_t m_samples = 0;
     std::uint64_t m_shown = 0;
 };
-
-void IqSource::prepare()
-{
-    m_plan = makeIqPlan(m_options);
-    for (const QString& remark : m_plan.remarks) {
-        m_report(remark);
-    }
-    m_input = m_plan.wav ? openWav(m_plan.file)
-                         : refusingForeign(openInput(m_plan.file.toStdString()), inputName(m_plan.file.toStdString()));
-    m_frames = std::make_unique<FrameReader>(m_plan, m_plan.format, inputOf(stretch()),
-                                             [this](const QString& sentence) { tell(sentence); });
-    if (!m_options.live && !readFrame()) {  // what is live may wait for it in nextTime only
-        throw std::runtime_error("iq: " + inputName(m_plan.file.toStdString()) +
-                                 (m_samples == 0 ? " holds no samples" : " holds no whole spectrum"));
-    }
-    const QString format = m_plan.wav ? QStringLiteral("WAV") : QLatin1String(sampleFormatName(m_plan.format));
-    m_values = std::make_unique<SpectrumValues>(SpectrumDevice{.name = deviceName(m_plan),
-                                                               .type = QStringLiteral("IQ samples %1").arg(format),
-                                                               .valuePath = m_options.valuePath,
-                                                               .ifSpectrum = m_options.ifSpectrum});
-    m_values->setBand(stretch().centreHz, m_plan.rateHz, m_plan.fftSize);
-    m_shownStretch = m_stretch;
-}
-
-bool IqSource::skipTo(std::uint64_t byte)
-{
-    constexpr std::size_t PieceSize = 65'536;
-    std::vector<char> piece(m_position < byte ? PieceSize : 0);
-    while (m_position < byte) {
-        const std::size_t count =
-            m_input(piece.data(), static_cast<std::size_t>(std::min<std::uint64_t>(piece.size(), byte - m_position)));
-        if (count == 0) {
-            return false;
-        }
-        m_position += count;
-    }
-    return true;
-}
-
-// The stretches lie one behind the other, so that a pipe would do.
-ByteInput IqSource::inputOf(const IqStretch& stretch)
-{
-    constexpr std::uint64_t NoEnd = std::numeric_limits<std::uint64_t>::max();
-    const std::uint64_t bytes = stretch.samples ? *stretch.samples * sampleBytes(m_plan.format) : NoEnd;
-    return [this, first = stretch.firstByte, left = bytes](char* buffer, std::size_t size) mutable -> std::size_t {
-        if (left == 0 || !skipTo(first)) {
-            return 0;
-        }
-        const std::size_t count = m_input(buffer, static_cast<std::size_t>(std::min<std::uint64_t>(size, left)));
-        left -= std::min<std::uint64_t>(left, count);
-        m_position += count;
-        return count;
-    };
-}
-
-// The next spectrum, of whichever stretch has one.
-bool IqSource::readFrame()
-{
-    while (!(m_pending = m_frames->next())) {
-        m_samples += m_frames->samplesRead();
-        if (m_stretch + 1 == m_plan.stretches.size()) {
-            return false;
-        }
-        ++m_stretch;
-        m_backTold = false;
-        m_frames->begin(inputOf(stretch()));
-    }
-    return true;
-}
-
-void IqSource::tell(const QString& sentence) const
-{
-    m_report(m_plan.stretches.size() == 1 ? sentence : QStringLiteral("capture %1: ").arg(m_stretch + 1) + sentence);
-}
-
-std::optional<unsigned long long> IqSource::nextTime()
-{
-    return m_pending || readFrame() ? std::optional(pendingTime()) : std::nullopt;
-}
-
-// Never before what was shown: a capture may begin before the one in front of it ended.
-unsigned long long IqSource::pendingTime()
-{
-    const unsigned long long time = m_plan.timeOf(stretch(), m_pending->firstSample);
-    if (time < m_latest && !std::exchange(m_backTold, true)) {
-        tell(
-            QStringLiteral("it begins %1 before the end of what comes before it; until then its spectra have that time")
-                .arg(QString::fromStdString(spanText(m_latest - time))));
-    }
-    m_latest = std::max(m_latest, time);
-    return m_latest;
-}
-
-void IqSource::step()
-{
-    if (std::exchange(m_shownStretch, m_stretch) != m_stretch) {
-        m_values->setBand(stretch().centreHz, m_plan.rateHz, m_plan.fftSize);
-    }
-    m_values->show(m_pending->levelsDb, m_pending->levelDb, m_options.live ? stationTimeUs() : m_latest);
-    m_pending.reset();
-    ++m_shown;
-}
-
-SourceReport IqSource::report() const
-{
-    if (m_frames == nullptr) {
-        return {};
-    }
-    return {.used = m_shown, .skipped = m_frames->skipped(), .bad = m_plan.bad + m_frames->bad()};
-}
-
-std::optional<unsigned long long> IqSource::lastTime()
-{
-    std::optional<unsigned long long> last;
-    for (const IqStretch& stretch : m_plan.stretches) {
-        if (!stretch.samples) {
-            return std::nullopt;
-        }
-        last = std::max(last.value_or(0), m_plan.timeOf(stretch, *stretch.samples));
-    }
-    return last;
-}
 
 constexpr auto IqExamples = R"(
 Examples:

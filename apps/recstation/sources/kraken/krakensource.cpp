@@ -44,24 +44,92 @@ public:
     {
     }
 
-    void prepare() override;
+    void prepare() override
+    {
+        m_values =
+            std::make_unique<BearingsValues>(!m_options.noPosition, m_options.headingDeg,
+                                             QString::fromStdString(m_options.url.address.host), m_options.valuePath);
+    }
     [[nodiscard]] QStringList spectra() const override { return {QStringLiteral("/DfSpectrum")}; }
 
 protected:
     void connect() override { m_connection.open(m_options.url.address); }
-    [[nodiscard]] Received receive() override;
+    [[nodiscard]] Received receive() override
+    {
+        m_bearing.reset();
+        while (m_new.empty()) {
+            pauseUntil(m_nextAsk);
+            ask();
+            if (!std::exchange(m_answered, true) && m_new.empty()) {
+                return {m_arrivalUs, std::nullopt};  // it is there, although it hears nothing
+            }
+        }
+        m_answered = true;
+        m_bearing = std::move(m_new.front());
+        m_new.pop_front();
+        return {m_arrivalUs, m_bearing->time};
+    }
     void disconnect() noexcept override
     {
         m_connection.close();
         m_answered = false;
     }
-    void apply() override;
+    void apply() override
+    {
+        if (!m_bearing) {
+            return;
+        }
+        constexpr double Unknown = std::numeric_limits<double>::quiet_NaN();
+        m_bearing->time = stationTimeUs();
+        if (m_options.noPosition) {
+            m_bearing->latitudeDeg = m_bearing->longitudeDeg = Unknown;
+        }
+        if (m_options.noPosition || m_options.headingDeg) {
+            m_bearing->headingDeg = Unknown;
+        }
+        m_values->showLive(*m_bearing);
+        ++m_shown;
+    }
     void forget() override { m_values->forget(stationTimeUs()); }
-    [[nodiscard]] SourceReport counts() const override;
+    [[nodiscard]] SourceReport counts() const override
+    {
+        return {.used = m_shown, .skipped = m_same, .lost = m_answers.broken() + m_tooMany};
+    }
 
 private:
-    void ask();
-    void takeNew(std::vector<LoggedBearing> bearings);
+    void ask()
+    {
+        m_nextAsk = in(m_interval);
+        if (!m_connection.isOpen()) {
+            m_connection.open(m_options.url.address);
+        }
+        const std::string body = fetch(m_connection, m_options.url, FetchPatience);
+        m_arrivalUs = systemTimeUs();
+        takeNew(m_answers.parse(body));
+        if (m_answers.foundMirrored() && !std::exchange(m_mirrorTold, true)) {
+            say(KrakenMirrored);
+        }
+    }
+
+    // The document stays as it is until something is heard again: in the first one there may be what is long over,
+    // which would be recorded as of now.
+    void takeNew(std::vector<LoggedBearing> bearings)
+    {
+        constexpr unsigned long long OldUs = 60'000'000;
+        for (LoggedBearing& bearing : bearings) {
+            if (m_times.size() >= MostChannels && m_times.count(bearing.frequencyHz) == 0) {
+                ++m_tooMany;
+                continue;
+            }
+            const unsigned long long before = std::exchange(m_times[bearing.frequencyHz], bearing.time);
+            const bool isOld = !m_answered && !m_sourceTime && m_arrivalUs > bearing.time + OldUs;
+            if (before == bearing.time || isOld) {
+                ++m_same;
+                continue;
+            }
+            m_new.push_back(std::move(bearing));
+        }
+    }
 
     KrakenOptions m_options;
     bool m_sourceTime;
@@ -80,85 +148,6 @@ private:
     std::uint64_t m_same = 0;
     std::uint64_t m_tooMany = 0;
 };
-
-void KrakenSource::prepare()
-{
-    m_values =
-        std::make_unique<BearingsValues>(!m_options.noPosition, m_options.headingDeg,
-                                         QString::fromStdString(m_options.url.address.host), m_options.valuePath);
-}
-
-Received KrakenSource::receive()
-{
-    m_bearing.reset();
-    while (m_new.empty()) {
-        pauseUntil(m_nextAsk);
-        ask();
-        if (!std::exchange(m_answered, true) && m_new.empty()) {
-            return {m_arrivalUs, std::nullopt};  // it is there, although it hears nothing
-        }
-    }
-    m_answered = true;
-    m_bearing = std::move(m_new.front());
-    m_new.pop_front();
-    return {m_arrivalUs, m_bearing->time};
-}
-
-void KrakenSource::ask()
-{
-    m_nextAsk = in(m_interval);
-    if (!m_connection.isOpen()) {
-        m_connection.open(m_options.url.address);
-    }
-    const std::string body = fetch(m_connection, m_options.url, FetchPatience);
-    m_arrivalUs = systemTimeUs();
-    takeNew(m_answers.parse(body));
-    if (m_answers.foundMirrored() && !std::exchange(m_mirrorTold, true)) {
-        say(KrakenMirrored);
-    }
-}
-
-// The document stays as it is until something is heard again: in the first one there may be what is long over, which
-// would be recorded as of now.
-void KrakenSource::takeNew(std::vector<LoggedBearing> bearings)
-{
-    constexpr unsigned long long OldUs = 60'000'000;
-    for (LoggedBearing& bearing : bearings) {
-        if (m_times.size() >= MostChannels && m_times.count(bearing.frequencyHz) == 0) {
-            ++m_tooMany;
-            continue;
-        }
-        const unsigned long long before = std::exchange(m_times[bearing.frequencyHz], bearing.time);
-        const bool isOld = !m_answered && !m_sourceTime && m_arrivalUs > bearing.time + OldUs;
-        if (before == bearing.time || isOld) {
-            ++m_same;
-            continue;
-        }
-        m_new.push_back(std::move(bearing));
-    }
-}
-
-void KrakenSource::apply()
-{
-    if (!m_bearing) {
-        return;
-    }
-    constexpr double Unknown = std::numeric_limits<double>::quiet_NaN();
-    m_bearing->time = stationTimeUs();
-    if (m_options.noPosition) {
-        m_bearing->latitudeDeg = m_bearing->longitudeDeg = Unknown;
-    }
-    if (m_options.noPosition || m_options.headingDeg) {
-        m_bearing->headingDeg = Unknown;
-    }
-    m_values->showLive(*m_bearing);
-    ++m_shown;
-}
-
-SourceReport KrakenSource::counts() const
-{
-    return {.used = m_shown, .skipped = m_same, .lost = m_answers.broken() + m_tooMany};
-}
 
 constexpr auto KrakenExamples = R"(
 Asks the direction finder for its CSV (format "Kraken App") or XML (format "DF Aggregator"), and records every bearing

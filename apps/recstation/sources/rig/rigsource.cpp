@@ -32,22 +32,130 @@ constexpr std::chrono::seconds SpectrumHolds{5};
 /// with multicast also Scn/RfSpectrum and its limits.
 class RigSource final : public PeerSource {
 public:
-    RigSource(RigOptions options, const SourceRun& run);
+    RigSource(RigOptions options, const SourceRun& run)
+        : PeerSource("rig", addressText(options.address), run),
+          m_options(std::move(options)),
+          m_valuePath(receiverOf(run.configuration).valuePath),
+          m_deviceName(QStringLiteral("rig ") + QString::fromStdString(addressText(m_options.address))),
+          m_client(m_options.address, m_options.s9Dbm, [this](const std::string& clause) { say(clause); })
+    {
+    }
 
-    void prepare() override;
-    [[nodiscard]] QStringList spectra() const override;
+    void prepare() override
+    {
+        m_values.emplace(m_deviceName, m_valuePath, !m_options.multicast.empty(), m_options.s9Dbm.value_or(0));
+    }
+    [[nodiscard]] QStringList spectra() const override
+    {
+        return m_options.multicast.empty() ? QStringList()
+                                           : QStringList(m_valuePath + QStringLiteral("/Scn/RfSpectrum"));
+    }
 
 protected:
-    void connect() override;
-    [[nodiscard]] Received receive() override;
-    void disconnect() noexcept override;
-    void apply() override;
-    void forget() override;
-    [[nodiscard]] SourceReport counts() const override;
+    void connect() override
+    {
+        m_client.connect();
+        if (!m_options.multicast.empty()) {
+            m_datagrams.open(parseAddress(m_options.multicast, RigPort).value());
+            m_followed.clear();
+            m_seq = 0;
+        }
+        m_nextPoll = Deadline::min();
+    }
+    [[nodiscard]] Received receive() override
+    {
+        const auto now = std::chrono::steady_clock::now;
+        while (now() < m_nextPoll) {
+            if (m_options.multicast.empty()) {
+                pauseUntil(m_nextPoll);
+            } else if (now() >= m_spectrumEnds) {
+                m_spectrumIsOld = true;
+                m_spectrumEnds = Deadline::max();
+                return {systemTimeUs(), std::nullopt};
+            } else if (takePacket(m_datagrams.read(std::min(m_nextPoll, m_spectrumEnds)))) {
+                return {m_arrivalUs, std::nullopt};
+            }
+        }
+        m_answers = m_client.ask();
+        m_arrivalUs = systemTimeUs();
+        // From the answers on, so that there is time for packets however slow they come.
+        m_nextPoll = now() + std::chrono::microseconds(static_cast<std::int64_t>(m_options.intervalSeconds * 1e6));
+        return {m_arrivalUs, std::nullopt};
+    }
+    void disconnect() noexcept override
+    {
+        m_client.disconnect();
+        m_datagrams.close();
+    }
+    void apply() override
+    {
+        if (m_answers) {
+            m_values->show(*std::exchange(m_answers, std::nullopt));
+        }
+        if (m_spectrum) {
+            m_values->show(*std::exchange(m_spectrum, std::nullopt), stationTimeUs());
+            ++m_spectra;
+            m_spectrumEnds = in(SpectrumHolds);
+        } else if (std::exchange(m_spectrumIsOld, false)) {
+            m_values->forgetSpectrum(stationTimeUs());
+        }
+    }
+    void forget() override
+    {
+        m_answers.reset();
+        m_spectrum.reset();
+        m_values->forget();
+        if (m_spectrumEnds != Deadline::max()) {
+            m_values->forgetSpectrum(stationTimeUs());
+            m_spectrumEnds = Deadline::max();
+        }
+    }
+    [[nodiscard]] SourceReport counts() const override
+    {
+        return {.used = m_client.used() + m_spectra,
+                .skipped = m_others,
+                .lost = m_client.lost() + m_lostPackets + m_badPackets};
+    }
 
 private:
-    [[nodiscard]] bool takePacket(std::string_view bytes);
-    void countSeq(std::uint32_t seq);
+    // False when there is nothing to show.
+    [[nodiscard]] bool takePacket(std::string_view bytes)
+    {
+        if (bytes.empty()) {
+            return false;
+        }
+        m_arrivalUs = systemTimeUs();
+        try {
+            RigPacket packet = parseRigPacket(bytes);
+            if (m_followed.empty()) {
+                m_followed = packet.rig;
+            }
+            if (packet.rig != m_followed) {
+                ++m_others;
+                return false;
+            }
+            countSeq(packet.seq);
+            m_others += packet.spectrum ? 0U : 1U;
+            m_spectrum = std::move(packet.spectrum);
+        } catch (const RigPacketError& error) {
+            if (m_badPackets++ == 0) {
+                say(std::string(error.what()) + " (others like that are only counted)");
+            }
+            return false;
+        }
+        return m_spectrum.has_value();
+    }
+
+    // Packets are numbered from 1 on, and the number after the largest is 1 again.
+    void countSeq(std::uint32_t seq)
+    {
+        constexpr std::uint32_t Most = 1'000'000;  // more is no loss, but another beginning
+        const std::uint32_t step = seq - m_seq;
+        if (m_seq != 0 && seq != 0 && step > 1 && step < Most) {
+            m_lostPackets += step - 1;
+        }
+        m_seq = seq;
+    }
 
     RigOptions m_options;
     QString m_valuePath;
@@ -68,134 +176,6 @@ private:
     std::uint64_t m_lostPackets = 0;
     std::uint64_t m_badPackets = 0;
 };
-
-RigSource::RigSource(RigOptions options, const SourceRun& run)
-    : PeerSource("rig", addressText(options.address), run),
-      m_options(std::move(options)),
-      m_valuePath(receiverOf(run.configuration).valuePath),
-      m_deviceName(QStringLiteral("rig ") + QString::fromStdString(addressText(m_options.address))),
-      m_client(m_options.address, m_options.s9Dbm, [this](const std::string& clause) { say(clause); })
-{
-}
-
-void RigSource::prepare()
-{
-    m_values.emplace(m_deviceName, m_valuePath, !m_options.multicast.empty(), m_options.s9Dbm.value_or(0));
-}
-
-QStringList RigSource::spectra() const
-{
-    return m_options.multicast.empty() ? QStringList() : QStringList(m_valuePath + QStringLiteral("/Scn/RfSpectrum"));
-}
-
-void RigSource::connect()
-{
-    m_client.connect();
-    if (!m_options.multicast.empty()) {
-        m_datagrams.open(parseAddress(m_options.multicast, RigPort).value());
-        m_followed.clear();
-        m_seq = 0;
-    }
-    m_nextPoll = Deadline::min();
-}
-
-void RigSource::disconnect() noexcept
-{
-    m_client.disconnect();
-    m_datagrams.close();
-}
-
-Received RigSource::receive()
-{
-    const auto now = std::chrono::steady_clock::now;
-    while (now() < m_nextPoll) {
-        if (m_options.multicast.empty()) {
-            pauseUntil(m_nextPoll);
-        } else if (now() >= m_spectrumEnds) {
-            m_spectrumIsOld = true;
-            m_spectrumEnds = Deadline::max();
-            return {systemTimeUs(), std::nullopt};
-        } else if (takePacket(m_datagrams.read(std::min(m_nextPoll, m_spectrumEnds)))) {
-            return {m_arrivalUs, std::nullopt};
-        }
-    }
-    m_answers = m_client.ask();
-    m_arrivalUs = systemTimeUs();
-    // From the answers on, so that there is time for packets however slow they come.
-    m_nextPoll = now() + std::chrono::microseconds(static_cast<std::int64_t>(m_options.intervalSeconds * 1e6));
-    return {m_arrivalUs, std::nullopt};
-}
-
-// False when there is nothing to show.
-bool RigSource::takePacket(std::string_view bytes)
-{
-    if (bytes.empty()) {
-        return false;
-    }
-    m_arrivalUs = systemTimeUs();
-    try {
-        RigPacket packet = parseRigPacket(bytes);
-        if (m_followed.empty()) {
-            m_followed = packet.rig;
-        }
-        if (packet.rig != m_followed) {
-            ++m_others;
-            return false;
-        }
-        countSeq(packet.seq);
-        m_others += packet.spectrum ? 0U : 1U;
-        m_spectrum = std::move(packet.spectrum);
-    } catch (const RigPacketError& error) {
-        if (m_badPackets++ == 0) {
-            say(std::string(error.what()) + " (others like that are only counted)");
-        }
-        return false;
-    }
-    return m_spectrum.has_value();
-}
-
-// Packets are numbered from 1 on, and the number after the largest is 1 again.
-void RigSource::countSeq(std::uint32_t seq)
-{
-    constexpr std::uint32_t Most = 1'000'000;  // more is no loss, but another beginning
-    const std::uint32_t step = seq - m_seq;
-    if (m_seq != 0 && seq != 0 && step > 1 && step < Most) {
-        m_lostPackets += step - 1;
-    }
-    m_seq = seq;
-}
-
-void RigSource::apply()
-{
-    if (m_answers) {
-        m_values->show(*std::exchange(m_answers, std::nullopt));
-    }
-    if (m_spectrum) {
-        m_values->show(*std::exchange(m_spectrum, std::nullopt), stationTimeUs());
-        ++m_spectra;
-        m_spectrumEnds = in(SpectrumHolds);
-    } else if (std::exchange(m_spectrumIsOld, false)) {
-        m_values->forgetSpectrum(stationTimeUs());
-    }
-}
-
-void RigSource::forget()
-{
-    m_answers.reset();
-    m_spectrum.reset();
-    m_values->forget();
-    if (m_spectrumEnds != Deadline::max()) {
-        m_values->forgetSpectrum(stationTimeUs());
-        m_spectrumEnds = Deadline::max();
-    }
-}
-
-SourceReport RigSource::counts() const
-{
-    return {.used = m_client.used() + m_spectra,
-            .skipped = m_others,
-            .lost = m_client.lost() + m_lostPackets + m_badPackets};
-}
 
 constexpr auto RigExamples = R"(
 Frequency, mode, bandwidth and signal strength of a receiver that Hamlib's rigctld controls, asked for again and again.

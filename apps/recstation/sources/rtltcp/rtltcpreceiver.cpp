@@ -25,91 +25,81 @@ public:
     explicit RtlTcpReceiver(const Address& address) : m_address(address) {}
 
     [[nodiscard]] SampleFormat format() const override { return SampleFormat::UnsignedByte; }
-    void open(const ReceiverOptions& options) override;
+    void open(const ReceiverOptions& options) override
+    {
+        constexpr double TenthsPerDb = 10;
+        m_rateHz = options.rateHz;
+        m_connection.open(m_address);
+        readGreeting();
+        command(RtlTcpCommand::SampleRate, options.rateHz);
+        command(RtlTcpCommand::GainMode, options.gainDb ? 1 : 0);
+        if (options.gainDb) {
+            command(RtlTcpCommand::Gain, *options.gainDb * TenthsPerDb);
+        }
+    }
     void close() noexcept override { m_connection.close(); }
-    std::uint64_t tune(double centreHz) override;
-    std::size_t read(char* buffer, std::size_t size) override;
+    std::uint64_t tune(double centreHz) override
+    {
+        drain();
+        command(RtlTcpCommand::Frequency, centreHz);
+        return BuffersOfBefore * ServerBufferSamples + static_cast<std::uint64_t>(SettlingSeconds * m_rateHz);
+    }
+    std::size_t read(char* buffer, std::size_t size) override
+    {
+        const std::size_t count = m_connection.read(buffer, size, in(MostSilence));
+        if (count == 0) {
+            throw ConnectionError("connection lost: no samples for 5 s");
+        }
+        return count;
+    }
     [[nodiscard]] std::uint64_t overruns() const override { return 0; }  // the server does not tell
 
 private:
-    void readGreeting();
-    void command(RtlTcpCommand command, double value);
-    void drain();
+    void readGreeting()
+    {
+        std::array<char, RtlTcpGreetingBytes> bytes{};
+        std::size_t have = 0;
+        const Deadline deadline = in(MostSilence);
+        while (have < bytes.size()) {
+            const std::size_t count = m_connection.read(bytes.data() + have, bytes.size() - have, deadline);
+            if (count == 0) {
+                throw ConnectionError("it is no rtl_tcp server: it says nothing");
+            }
+            have += count;
+        }
+        if (!isRtlTcpGreeting({bytes.data(), bytes.size()})) {
+            throw ConnectionError("it is no rtl_tcp server: it does not begin with RTL0");
+        }
+    }
+    void command(RtlTcpCommand command, double value)
+    {
+        // A gain below 0 dB is sent as two's complement.
+        const auto bytes = rtlTcpBytes(command, static_cast<std::uint32_t>(std::llround(value)));
+        m_connection.send({bytes.data(), bytes.size()});
+    }
+
+    // What is on its way is of the frequency before: until there is a pause, as the server sends what it gathered at
+    // once.
+    void drain()
+    {
+        constexpr std::chrono::milliseconds Pause{2};
+        const Deadline latest = in(std::chrono::milliseconds{200});
+        std::array<char, 65'536> piece{};
+        std::size_t drained = 0;
+        std::size_t count = 0;
+        do {
+            count = m_connection.read(piece.data(), piece.size(), in(Pause));
+            drained += count;
+        } while (count > 0 && std::chrono::steady_clock::now() < latest);
+        if (drained % 2 == 1) {
+            static_cast<void>(read(piece.data(), 1));
+        }
+    }
 
     Address m_address;
     Connection m_connection;
     double m_rateHz = 0;
 };
-
-void RtlTcpReceiver::open(const ReceiverOptions& options)
-{
-    constexpr double TenthsPerDb = 10;
-    m_rateHz = options.rateHz;
-    m_connection.open(m_address);
-    readGreeting();
-    command(RtlTcpCommand::SampleRate, options.rateHz);
-    command(RtlTcpCommand::GainMode, options.gainDb ? 1 : 0);
-    if (options.gainDb) {
-        command(RtlTcpCommand::Gain, *options.gainDb * TenthsPerDb);
-    }
-}
-
-void RtlTcpReceiver::readGreeting()
-{
-    std::array<char, RtlTcpGreetingBytes> bytes{};
-    std::size_t have = 0;
-    const Deadline deadline = in(MostSilence);
-    while (have < bytes.size()) {
-        const std::size_t count = m_connection.read(bytes.data() + have, bytes.size() - have, deadline);
-        if (count == 0) {
-            throw ConnectionError("it is no rtl_tcp server: it says nothing");
-        }
-        have += count;
-    }
-    if (!isRtlTcpGreeting({bytes.data(), bytes.size()})) {
-        throw ConnectionError("it is no rtl_tcp server: it does not begin with RTL0");
-    }
-}
-
-void RtlTcpReceiver::command(RtlTcpCommand command, double value)
-{
-    // A gain below 0 dB is sent as two's complement.
-    const auto bytes = rtlTcpBytes(command, static_cast<std::uint32_t>(std::llround(value)));
-    m_connection.send({bytes.data(), bytes.size()});
-}
-
-std::uint64_t RtlTcpReceiver::tune(double centreHz)
-{
-    drain();
-    command(RtlTcpCommand::Frequency, centreHz);
-    return BuffersOfBefore * ServerBufferSamples + static_cast<std::uint64_t>(SettlingSeconds * m_rateHz);
-}
-
-// What is on its way is of the frequency before: until there is a pause, as the server sends what it gathered at once.
-void RtlTcpReceiver::drain()
-{
-    constexpr std::chrono::milliseconds Pause{2};
-    const Deadline latest = in(std::chrono::milliseconds{200});
-    std::array<char, 65'536> piece{};
-    std::size_t drained = 0;
-    std::size_t count = 0;
-    do {
-        count = m_connection.read(piece.data(), piece.size(), in(Pause));
-        drained += count;
-    } while (count > 0 && std::chrono::steady_clock::now() < latest);
-    if (drained % 2 == 1) {
-        static_cast<void>(read(piece.data(), 1));
-    }
-}
-
-std::size_t RtlTcpReceiver::read(char* buffer, std::size_t size)
-{
-    const std::size_t count = m_connection.read(buffer, size, in(MostSilence));
-    if (count == 0) {
-        throw ConnectionError("connection lost: no samples for 5 s");
-    }
-    return count;
-}
 
 constexpr auto RtlTcpExamples = R"(
 Examples:

@@ -66,23 +66,130 @@ public:
     ~SoapyReceiver() override { closeStream(); }
 
     [[nodiscard]] SampleFormat format() const override { return SampleFormat::FloatLe; }
-    void open(const ReceiverOptions& options) override;
+    void open(const ReceiverOptions& options) override
+    {
+        orConnectionError([&] {
+            close();
+            m_device.reset(SoapySDR::Device::make(m_args));
+            setRate(options.rateHz);
+            setGain(options.gainDb);
+            m_stream = m_device->setupStream(SOAPY_SDR_RX, SOAPY_SDR_CF32, {Channel});
+            m_flows = false;
+            m_gapFollows = false;
+        });
+    }
     void close() noexcept override
     {
         closeStream();
         m_device.reset();
     }
-    std::uint64_t tune(double centreHz) override;
-    std::size_t read(char* buffer, std::size_t size) override;
+
+    // What drivers hold in their buffers, and the time in which a receiver settles.
+    std::uint64_t tune(double centreHz) override
+    {
+        constexpr double SettleSeconds = 0.05;
+        return orConnectionError([&] {
+            setFrequency(centreHz);
+            startStream();
+            const std::size_t buffered = m_device->getStreamMTU(m_stream);
+            return static_cast<std::uint64_t>(m_rateHz * SettleSeconds) + buffered;
+        });
+    }
+
+    // Drivers wait for a moment only, so that a wish to stop is noticed.
+    std::size_t read(char* buffer, std::size_t size) override
+    {
+        constexpr long MomentUs = 100'000;  // NOLINT(google-runtime-int): the driver's interface
+        if (std::exchange(m_gapFollows, false)) {
+            return noteGap();
+        }
+        const Deadline deadline = in(Connection::Patience);
+        const std::array<void*, 1> buffers = {buffer};
+        while (std::chrono::steady_clock::now() < deadline) {
+            if (System::StopSignal::requested()) {
+                throw Stopped();
+            }
+            int flags = 0;
+            long long time = 0;
+            const int count = orConnectionError([&] {
+                return m_device->readStream(m_stream, buffers.data(), size / sizeof(std::complex<float>), flags, time,
+                                            MomentUs);
+            });
+            m_gapFollows = count > 0 && (flags & SOAPY_SDR_END_ABRUPT) != 0;
+            if (count > 0) {
+                return static_cast<std::size_t>(count) * sizeof(std::complex<float>);
+            }
+            if (count == SOAPY_SDR_OVERFLOW) {
+                return noteGap();
+            }
+            if (count != 0 && count != SOAPY_SDR_TIMEOUT) {
+                throw ConnectionError(std::string("connection lost: ") + SoapySDR::errToStr(count));
+            }
+        }
+        throw ConnectionError("connection lost: no samples for 10 s");
+    }
     [[nodiscard]] std::uint64_t overruns() const override { return m_overruns; }
 
 private:
-    void setRate(double rateHz);
-    void setFrequency(double centreHz);
-    void setGain(const std::optional<double>& gainDb);
-    void startStream();
-    void closeStream() noexcept;
-    std::size_t noteGap();
+    // A spectrum's channels are counted from the rate, which many receivers only have roughly.
+    void setRate(double rateHz)
+    {
+        constexpr double Tolerance = 1e-4;
+        m_device->setSampleRate(SOAPY_SDR_RX, Channel, rateHz);
+        const double got = m_device->getSampleRate(SOAPY_SDR_RX, Channel);
+        if (!(std::abs(got - rateHz) <= Tolerance * rateHz)) {
+            throw ConnectionError("it takes " + TerminalText::shortest(got) + " samples a second, and not the " +
+                                  TerminalText::shortest(rateHz) + " of --rate");
+        }
+        m_rateHz = got;
+    }
+
+    // Many drivers take the nearest frequency that they can, however far away.
+    void setFrequency(double centreHz)
+    {
+        constexpr double Tolerance = 1e-3;  // of the band
+        m_device->setFrequency(SOAPY_SDR_RX, Channel, centreHz);
+        const double got = m_device->getFrequency(SOAPY_SDR_RX, Channel);
+        if (!(std::abs(got - centreHz) <= Tolerance * m_rateHz)) {
+            throw ConnectionError("it tunes to " + TerminalText::shortest(got) + " Hz, and not to " +
+                                  TerminalText::shortest(centreHz) + " Hz");
+        }
+    }
+    void setGain(const std::optional<double>& gainDb)
+    {
+        if (m_device->hasGainMode(SOAPY_SDR_RX, Channel)) {
+            m_device->setGainMode(SOAPY_SDR_RX, Channel, !gainDb);
+        }
+        if (gainDb) {
+            m_device->setGain(SOAPY_SDR_RX, Channel, *gainDb);
+        }
+    }
+
+    // Samples flow once there is a frequency, so that the first ones are of it.
+    void startStream()
+    {
+        if (std::exchange(m_flows, true)) {
+            return;
+        }
+        if (const int status = m_device->activateStream(m_stream); status != 0) {
+            throw ConnectionError(std::string("it gives no samples: ") + SoapySDR::errToStr(status));
+        }
+    }
+    void closeStream() noexcept
+    {
+        if (SoapySDR::Stream* const stream = std::exchange(m_stream, nullptr)) {
+            try {
+                m_device->deactivateStream(stream);
+                m_device->closeStream(stream);
+            } catch (const std::exception&) {  // the device is gone already
+            }
+        }
+    }
+    std::size_t noteGap()
+    {
+        ++m_overruns;
+        return 0;
+    }
 
     std::string m_args;
     std::unique_ptr<SoapySDR::Device, CloseDevice> m_device;
@@ -92,127 +199,6 @@ private:
     bool m_gapFollows = false;  // behind the samples that were read last
     std::uint64_t m_overruns = 0;
 };
-
-void SoapyReceiver::open(const ReceiverOptions& options)
-{
-    orConnectionError([&] {
-        close();
-        m_device.reset(SoapySDR::Device::make(m_args));
-        setRate(options.rateHz);
-        setGain(options.gainDb);
-        m_stream = m_device->setupStream(SOAPY_SDR_RX, SOAPY_SDR_CF32, {Channel});
-        m_flows = false;
-        m_gapFollows = false;
-    });
-}
-
-// A spectrum's channels are counted from the rate, which many receivers only have roughly.
-void SoapyReceiver::setRate(double rateHz)
-{
-    constexpr double Tolerance = 1e-4;
-    m_device->setSampleRate(SOAPY_SDR_RX, Channel, rateHz);
-    const double got = m_device->getSampleRate(SOAPY_SDR_RX, Channel);
-    if (!(std::abs(got - rateHz) <= Tolerance * rateHz)) {
-        throw ConnectionError("it takes " + TerminalText::shortest(got) + " samples a second, and not the " +
-                              TerminalText::shortest(rateHz) + " of --rate");
-    }
-    m_rateHz = got;
-}
-
-void SoapyReceiver::setGain(const std::optional<double>& gainDb)
-{
-    if (m_device->hasGainMode(SOAPY_SDR_RX, Channel)) {
-        m_device->setGainMode(SOAPY_SDR_RX, Channel, !gainDb);
-    }
-    if (gainDb) {
-        m_device->setGain(SOAPY_SDR_RX, Channel, *gainDb);
-    }
-}
-
-// Samples flow once there is a frequency, so that the first ones are of it.
-void SoapyReceiver::startStream()
-{
-    if (std::exchange(m_flows, true)) {
-        return;
-    }
-    if (const int status = m_device->activateStream(m_stream); status != 0) {
-        throw ConnectionError(std::string("it gives no samples: ") + SoapySDR::errToStr(status));
-    }
-}
-
-void SoapyReceiver::closeStream() noexcept
-{
-    if (SoapySDR::Stream* const stream = std::exchange(m_stream, nullptr)) {
-        try {
-            m_device->deactivateStream(stream);
-            m_device->closeStream(stream);
-        } catch (const std::exception&) {  // the device is gone already
-        }
-    }
-}
-
-// Many drivers take the nearest frequency that they can, however far away.
-void SoapyReceiver::setFrequency(double centreHz)
-{
-    constexpr double Tolerance = 1e-3;  // of the band
-    m_device->setFrequency(SOAPY_SDR_RX, Channel, centreHz);
-    const double got = m_device->getFrequency(SOAPY_SDR_RX, Channel);
-    if (!(std::abs(got - centreHz) <= Tolerance * m_rateHz)) {
-        throw ConnectionError("it tunes to " + TerminalText::shortest(got) + " Hz, and not to " +
-                              TerminalText::shortest(centreHz) + " Hz");
-    }
-}
-
-// What drivers hold in their buffers, and the time in which a receiver settles.
-std::uint64_t SoapyReceiver::tune(double centreHz)
-{
-    constexpr double SettleSeconds = 0.05;
-    return orConnectionError([&] {
-        setFrequency(centreHz);
-        startStream();
-        const std::size_t buffered = m_device->getStreamMTU(m_stream);
-        return static_cast<std::uint64_t>(m_rateHz * SettleSeconds) + buffered;
-    });
-}
-
-std::size_t SoapyReceiver::noteGap()
-{
-    ++m_overruns;
-    return 0;
-}
-
-// Drivers wait for a moment only, so that a wish to stop is noticed.
-std::size_t SoapyReceiver::read(char* buffer, std::size_t size)
-{
-    constexpr long MomentUs = 100'000;  // NOLINT(google-runtime-int): the driver's interface
-    if (std::exchange(m_gapFollows, false)) {
-        return noteGap();
-    }
-    const Deadline deadline = in(Connection::Patience);
-    const std::array<void*, 1> buffers = {buffer};
-    while (std::chrono::steady_clock::now() < deadline) {
-        if (System::StopSignal::requested()) {
-            throw Stopped();
-        }
-        int flags = 0;
-        long long time = 0;
-        const int count = orConnectionError([&] {
-            return m_device->readStream(m_stream, buffers.data(), size / sizeof(std::complex<float>), flags, time,
-                                        MomentUs);
-        });
-        m_gapFollows = count > 0 && (flags & SOAPY_SDR_END_ABRUPT) != 0;
-        if (count > 0) {
-            return static_cast<std::size_t>(count) * sizeof(std::complex<float>);
-        }
-        if (count == SOAPY_SDR_OVERFLOW) {
-            return noteGap();
-        }
-        if (count != 0 && count != SOAPY_SDR_TIMEOUT) {
-            throw ConnectionError(std::string("connection lost: ") + SoapySDR::errToStr(count));
-        }
-    }
-    throw ConnectionError("connection lost: no samples for 10 s");
-}
 
 }  // namespace
 

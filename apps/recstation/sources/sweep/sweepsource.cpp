@@ -28,40 +28,6 @@ namespace RecStation {
 
 namespace {
 
-/// The inputs: one, or several files one after the other.
-/// Several files are read in the order of the times of their first rows, whatever their names; those of one time as
-/// they were given. Only one is open at a time.
-class SweepFiles {
-public:
-    /// Opens the first. Files without any row are told, and come last.
-    /// @param files UTF-8, one at least; the only one may be "-" or a pipe
-    /// @throws UsageError when "-" is one of several; std::runtime_error when one cannot be read, or is no file and one
-    /// of several
-    SweepFiles(const std::vector<std::string>& files, long long utcOffsetUs, const BadLines& bad);
-
-    [[nodiscard]] LineReader& lines() { return *m_lines; }
-    /// Opens the next file; false when there is none.
-    [[nodiscard]] bool openNext();
-    /// How messages name the open file where there are several; empty for one.
-    [[nodiscard]] std::string name() const;
-    /// The file that is read first, as it was given.
-    [[nodiscard]] const std::string& first() const { return m_files.front(); }
-    [[nodiscard]] std::size_t count() const { return m_files.size(); }
-    [[nodiscard]] bool isLive() const { return m_files.front() == "-"; }
-
-    /// The latest time of all rows, microseconds since 1970 UTC; reads all files.
-    [[nodiscard]] std::optional<unsigned long long> lastTime() const;
-
-private:
-    void sortByTime(const BadLines& bad);
-    void open();
-
-    std::vector<std::string> m_files;
-    long long m_utcOffsetUs;
-    std::size_t m_current = 0;
-    std::optional<LineReader> m_lines;
-};
-
 // A row of a million values fits.
 constexpr std::size_t LongestRow = std::size_t{16} * 1024 * 1024;
 
@@ -97,78 +63,94 @@ std::optional<unsigned long long> firstTime(const std::string& file, long long u
     return first;
 }
 
-SweepFiles::SweepFiles(const std::vector<std::string>& files, long long utcOffsetUs, const BadLines& bad)
-    : m_files(files), m_utcOffsetUs(utcOffsetUs)
-{
-    if (m_files.size() > 1) {
-        sortByTime(bad);
-    }
-    open();
-}
-
-void SweepFiles::sortByTime(const BadLines& bad)
-{
-    std::vector<std::pair<unsigned long long, std::string>> dated;
-    std::vector<std::string> without;
-    for (const std::string& file : m_files) {
-        if (file == "-") {
-            throw UsageError("sweep: - is the standard input and stands alone: name only files, or only -");
+/// The inputs: one, or several files one after the other.
+/// Several files are read in the order of the times of their first rows, whatever their names; those of one time as
+/// they were given. Only one is open at a time.
+class SweepFiles {
+public:
+    /// Opens the first. Files without any row are told, and come last.
+    /// @param files UTF-8, one at least; the only one may be "-" or a pipe
+    /// @throws UsageError when "-" is one of several; std::runtime_error when one cannot be read, or is no file and one
+    /// of several
+    SweepFiles(const std::vector<std::string>& files, long long utcOffsetUs, const BadLines& bad)
+        : m_files(files), m_utcOffsetUs(utcOffsetUs)
+    {
+        if (m_files.size() > 1) {
+            sortByTime(bad);
         }
-        const QFileInfo info(QString::fromStdString(file));
-        if (info.exists() && !info.isFile()) {
-            throw std::runtime_error("sweep: " + file + " is no file: of several inputs each has to be one");
+        open();
+    }
+
+    [[nodiscard]] LineReader& lines() { return *m_lines; }
+    /// Opens the next file; false when there is none.
+    [[nodiscard]] bool openNext()
+    {
+        if (m_current + 1 >= m_files.size()) {
+            return false;
         }
-        if (const auto time = firstTime(file, m_utcOffsetUs)) {
-            dated.emplace_back(*time, file);
-        } else {
-            without.push_back(file);
+        ++m_current;
+        open();
+        return true;
+    }
+    /// How messages name the open file where there are several; empty for one.
+    [[nodiscard]] std::string name() const { return m_files.size() > 1 ? m_files[m_current] : std::string(); }
+    /// The file that is read first, as it was given.
+    [[nodiscard]] const std::string& first() const { return m_files.front(); }
+    [[nodiscard]] std::size_t count() const { return m_files.size(); }
+    [[nodiscard]] bool isLive() const { return m_files.front() == "-"; }
+
+    /// The latest time of all rows, microseconds since 1970 UTC; reads all files.
+    [[nodiscard]] std::optional<unsigned long long> lastTime() const
+    {
+        std::optional<unsigned long long> last;
+        for (const std::string& file : m_files) {
+            forEachRow(file, m_utcOffsetUs, [&last](unsigned long long time) {
+                last = std::max(last.value_or(0), time);
+                return true;
+            });
+        }
+        return last;
+    }
+
+private:
+    void sortByTime(const BadLines& bad)
+    {
+        std::vector<std::pair<unsigned long long, std::string>> dated;
+        std::vector<std::string> without;
+        for (const std::string& file : m_files) {
+            if (file == "-") {
+                throw UsageError("sweep: - is the standard input and stands alone: name only files, or only -");
+            }
+            const QFileInfo info(QString::fromStdString(file));
+            if (info.exists() && !info.isFile()) {
+                throw std::runtime_error("sweep: " + file + " is no file: of several inputs each has to be one");
+            }
+            if (const auto time = firstTime(file, m_utcOffsetUs)) {
+                dated.emplace_back(*time, file);
+            } else {
+                without.push_back(file);
+            }
+        }
+        if (dated.empty()) {
+            return;
+        }
+        std::stable_sort(dated.begin(), dated.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+        m_files.clear();
+        for (auto& [time, file] : dated) {
+            m_files.push_back(std::move(file));
+        }
+        for (std::string& file : without) {
+            bad.say(file + " holds no row of a sweep");
+            m_files.push_back(std::move(file));  // so that its bad lines are told
         }
     }
-    if (dated.empty()) {
-        return;
-    }
-    std::stable_sort(dated.begin(), dated.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
-    m_files.clear();
-    for (auto& [time, file] : dated) {
-        m_files.push_back(std::move(file));
-    }
-    for (std::string& file : without) {
-        bad.say(file + " holds no row of a sweep");
-        m_files.push_back(std::move(file));  // so that its bad lines are told
-    }
-}
+    void open() { m_lines.emplace(openText(m_files[m_current]), LongestRow); }
 
-void SweepFiles::open()
-{
-    m_lines.emplace(openText(m_files[m_current]), LongestRow);
-}
-
-bool SweepFiles::openNext()
-{
-    if (m_current + 1 >= m_files.size()) {
-        return false;
-    }
-    ++m_current;
-    open();
-    return true;
-}
-
-std::string SweepFiles::name() const
-{
-    return m_files.size() > 1 ? m_files[m_current] : std::string();
-}
-
-std::optional<unsigned long long> SweepFiles::lastTime() const
-{
-    std::optional<unsigned long long> last;
-    for (const std::string& file : m_files) {
-        forEachRow(file, m_utcOffsetUs, [&last](unsigned long long time) {
-            last = std::max(last.value_or(0), time);
-            return true;
-        });
-    }
-    return last;
-}
+    std::vector<std::string> m_files;
+    long long m_utcOffsetUs;
+    std::size_t m_current = 0;
+    std::optional<LineReader> m_lines;
+};
 
 class SweepSource final : public Source {
 public:
@@ -182,23 +164,168 @@ public:
     }
 
     [[nodiscard]] QString name() const override { return QStringLiteral("sweep"); }
-    void prepare() override;
-    [[nodiscard]] std::optional<unsigned long long> nextTime() override;
-    void step() override;
-    [[nodiscard]] std::optional<unsigned long long> unfinishedTime() override;
-    [[nodiscard]] std::optional<unsigned long long> lastTime() override;
+    void prepare() override
+    {
+        m_files.emplace(m_options.files, m_options.utcOffsetUs, m_bad);
+        m_bad.nameInput(m_files->name());
+        const QString device = m_files->isLive() ? QStringLiteral("Sweep input") : textBaseName(m_files->first());
+        m_values = std::make_unique<SpectrumValues>(SpectrumDevice{
+            .name = forFileNames(device), .type = QStringLiteral("Sweep"), .valuePath = m_options.valuePath});
+    }
+    [[nodiscard]] std::optional<unsigned long long> nextTime() override
+    {
+        if (!m_sweepWaits && !m_ended && !readSweep()) {
+            return std::nullopt;
+        }
+        return m_sweepWaits ? std::optional(m_sweep.time) : std::nullopt;
+    }
+    void step() override
+    {
+        if (std::exchange(m_sweep.newLayout, false)) {
+            showLayout();
+        }
+        if (m_options.live) {
+            m_sweep.time = stationTimeUs();
+        }
+        m_values->showPart(0, m_sweep.cells, m_sweep.time);
+        m_sweepWaits = false;
+    }
+    [[nodiscard]] std::optional<unsigned long long> unfinishedTime() override
+    {
+        m_order.finish(m_bad);
+        // A sweep that is put together and was not due yet lies ahead of the stop.
+        if (m_sweepWaits || m_ended || (m_assembly.empty() && !m_rowWaits)) {
+            return std::nullopt;
+        }
+        if (std::exchange(m_rowWaits, false)) {
+            m_assembly.add(m_row);
+            ++m_used;
+        }
+        m_ended = true;
+        m_assembly.noteLoss();
+        takeSweep();
+        return m_sweep.time;
+    }
+    [[nodiscard]] std::optional<unsigned long long> lastTime() override
+    {
+        return m_files->isLive() ? std::nullopt : m_files->lastTime();
+    }
     [[nodiscard]] bool plainValuesComeFirst() const override { return true; }  // a new range
     [[nodiscard]] QStringList spectra() const override { return {m_options.valuePath + "/Scn/RfSpectrum"}; }
     [[nodiscard]] SourceReport report() const override { return {m_used, m_skipped, m_bad.count(), true}; }
 
 private:
-    [[nodiscard]] bool readSweep();
-    [[nodiscard]] bool readRow();
-    void endFile();
-    void tellOverlap();
-    void endInput();
-    void takeSweep();
-    void showLayout();
+    // Reads up to the end of a sweep, which waits then; false at the end of the last input.
+    [[nodiscard]] bool readSweep()
+    {
+        while (!m_assembly.complete()) {
+            if (m_rowWaits || readRow()) {
+                if (std::exchange(m_rowWaits, false) || !m_assembly.beginsNext(m_row)) {
+                    try {
+                        m_assembly.add(m_row);
+                        ++m_used;
+                    } catch (const LineError& error) {
+                        m_bad.add(m_files->lines().number(), error.what());
+                    }
+                    continue;
+                }
+                m_rowWaits = true;
+            } else if (System::StopSignal::requested()) {
+                return false;
+            } else {
+                endFile();
+                if (m_assembly.empty() && !m_ended) {
+                    continue;
+                }
+            }
+            break;
+        }
+        if (!m_assembly.empty()) {
+            takeSweep();
+        } else {
+            endInput();
+        }
+        return m_sweepWaits;
+    }
+
+    // False at the end of the input and when the process is to stop.
+    [[nodiscard]] bool readRow()
+    {
+        LineReader& lines = m_files->lines();
+        // A line that the wish to stop cut short is none.
+        while (lines.next() && !System::StopSignal::requested()) {
+            try {
+                if (!SweepRowParser::isNoRow(lines.line())) {
+                    m_parser.parse(lines.line(), lines.terminated(), m_row);
+                    tellOverlap();
+                    static_cast<void>(m_order.take(m_row.time, lines.number(), m_bad));
+                    return true;
+                }
+                ++m_skipped;
+            } catch (const LineError& error) {
+                m_assembly.noteLoss();
+                m_bad.add(lines.number(), error.what());
+            }
+        }
+        return false;
+    }
+
+    // A sweep does not go on from one file to the next.
+    void endFile()
+    {
+        if (!m_assembly.empty()) {
+            m_assembly.noteLoss();
+        }
+        const std::string before = m_files->name();
+        m_ended = !m_files->openNext();
+        if (!m_ended) {
+            m_fileBefore = before;
+            m_bad.nameInput(m_files->name());
+        }
+    }
+
+    // With the first row of a file.
+    void tellOverlap()
+    {
+        const std::string before = std::exchange(m_fileBefore, {});
+        if (!before.empty() && m_row.time < notBefore(m_order.latest(), m_row.time, m_options.splitGapUs)) {
+            m_bad.say(m_files->name() + " begins " + spanText(m_order.latest() - m_row.time) + " before " + before +
+                      " ends, at " + utcText(m_row.time) + ": what overlaps is recorded at " +
+                      utcText(m_order.latest()));
+        }
+    }
+    void endInput()
+    {
+        m_order.finish(m_bad);
+        if (m_sweeps == 0) {
+            throw std::runtime_error(
+                "sweep: " +
+                (m_files->count() == 1 ? inputName(m_files->first()) + " holds" : "all files together hold") +
+                " no sweep (" + std::to_string(m_skipped) + " lines skipped, " + std::to_string(m_bad.count()) +
+                " bad)");
+        }
+    }
+    void takeSweep()
+    {
+        const bool first = m_sweeps++ == 0;
+        m_assembly.take(m_sweep);
+        m_latest = notBefore(m_latest, m_sweep.time, m_options.splitGapUs);
+        m_sweep.time = m_latest;
+        m_sweepWaits = true;
+        if (first && !m_options.live) {  // when nextTime may not touch the tree
+            // The channels are there before any recording starts.
+            showLayout();
+            m_sweep.newLayout = false;
+        }
+        if (m_ended) {
+            endInput();
+        }
+    }
+    void showLayout()
+    {
+        const SweepLayout& layout = m_assembly.layout();
+        m_values->setPanorama(layout.range(), layout.lowHz(), layout.highHz(), layout.stepHz());
+    }
 
     SweepOptions m_options;
     BadLines m_bad;
@@ -218,169 +345,6 @@ private:
     std::uint64_t m_sweeps = 0;
     unsigned long long m_latest = 0;  // of the sweeps
 };
-
-void SweepSource::prepare()
-{
-    m_files.emplace(m_options.files, m_options.utcOffsetUs, m_bad);
-    m_bad.nameInput(m_files->name());
-    const QString device = m_files->isLive() ? QStringLiteral("Sweep input") : textBaseName(m_files->first());
-    m_values = std::make_unique<SpectrumValues>(SpectrumDevice{
-        .name = forFileNames(device), .type = QStringLiteral("Sweep"), .valuePath = m_options.valuePath});
-}
-
-std::optional<unsigned long long> SweepSource::nextTime()
-{
-    if (!m_sweepWaits && !m_ended && !readSweep()) {
-        return std::nullopt;
-    }
-    return m_sweepWaits ? std::optional(m_sweep.time) : std::nullopt;
-}
-
-// Reads up to the end of a sweep, which waits then; false at the end of the last input.
-bool SweepSource::readSweep()
-{
-    while (!m_assembly.complete()) {
-        if (m_rowWaits || readRow()) {
-            if (std::exchange(m_rowWaits, false) || !m_assembly.beginsNext(m_row)) {
-                try {
-                    m_assembly.add(m_row);
-                    ++m_used;
-                } catch (const LineError& error) {
-                    m_bad.add(m_files->lines().number(), error.what());
-                }
-                continue;
-            }
-            m_rowWaits = true;
-        } else if (System::StopSignal::requested()) {
-            return false;
-        } else {
-            endFile();
-            if (m_assembly.empty() && !m_ended) {
-                continue;
-            }
-        }
-        break;
-    }
-    if (!m_assembly.empty()) {
-        takeSweep();
-    } else {
-        endInput();
-    }
-    return m_sweepWaits;
-}
-
-// False at the end of the input and when the process is to stop.
-bool SweepSource::readRow()
-{
-    LineReader& lines = m_files->lines();
-    // A line that the wish to stop cut short is none.
-    while (lines.next() && !System::StopSignal::requested()) {
-        try {
-            if (!SweepRowParser::isNoRow(lines.line())) {
-                m_parser.parse(lines.line(), lines.terminated(), m_row);
-                tellOverlap();
-                static_cast<void>(m_order.take(m_row.time, lines.number(), m_bad));
-                return true;
-            }
-            ++m_skipped;
-        } catch (const LineError& error) {
-            m_assembly.noteLoss();
-            m_bad.add(lines.number(), error.what());
-        }
-    }
-    return false;
-}
-
-void SweepSource::takeSweep()
-{
-    const bool first = m_sweeps++ == 0;
-    m_assembly.take(m_sweep);
-    m_latest = notBefore(m_latest, m_sweep.time, m_options.splitGapUs);
-    m_sweep.time = m_latest;
-    m_sweepWaits = true;
-    if (first && !m_options.live) {  // when nextTime may not touch the tree
-        // The channels are there before any recording starts.
-        showLayout();
-        m_sweep.newLayout = false;
-    }
-    if (m_ended) {
-        endInput();
-    }
-}
-
-void SweepSource::showLayout()
-{
-    const SweepLayout& layout = m_assembly.layout();
-    m_values->setPanorama(layout.range(), layout.lowHz(), layout.highHz(), layout.stepHz());
-}
-
-// A sweep does not go on from one file to the next.
-void SweepSource::endFile()
-{
-    if (!m_assembly.empty()) {
-        m_assembly.noteLoss();
-    }
-    const std::string before = m_files->name();
-    m_ended = !m_files->openNext();
-    if (!m_ended) {
-        m_fileBefore = before;
-        m_bad.nameInput(m_files->name());
-    }
-}
-
-// With the first row of a file.
-void SweepSource::tellOverlap()
-{
-    const std::string before = std::exchange(m_fileBefore, {});
-    if (!before.empty() && m_row.time < notBefore(m_order.latest(), m_row.time, m_options.splitGapUs)) {
-        m_bad.say(m_files->name() + " begins " + spanText(m_order.latest() - m_row.time) + " before " + before +
-                  " ends, at " + utcText(m_row.time) + ": what overlaps is recorded at " + utcText(m_order.latest()));
-    }
-}
-
-void SweepSource::endInput()
-{
-    m_order.finish(m_bad);
-    if (m_sweeps == 0) {
-        throw std::runtime_error(
-            "sweep: " + (m_files->count() == 1 ? inputName(m_files->first()) + " holds" : "all files together hold") +
-            " no sweep (" + std::to_string(m_skipped) + " lines skipped, " + std::to_string(m_bad.count()) + " bad)");
-    }
-}
-
-void SweepSource::step()
-{
-    if (std::exchange(m_sweep.newLayout, false)) {
-        showLayout();
-    }
-    if (m_options.live) {
-        m_sweep.time = stationTimeUs();
-    }
-    m_values->showPart(0, m_sweep.cells, m_sweep.time);
-    m_sweepWaits = false;
-}
-
-std::optional<unsigned long long> SweepSource::unfinishedTime()
-{
-    m_order.finish(m_bad);
-    // A sweep that is put together and was not due yet lies ahead of the stop.
-    if (m_sweepWaits || m_ended || (m_assembly.empty() && !m_rowWaits)) {
-        return std::nullopt;
-    }
-    if (std::exchange(m_rowWaits, false)) {
-        m_assembly.add(m_row);
-        ++m_used;
-    }
-    m_ended = true;
-    m_assembly.noteLoss();
-    takeSweep();
-    return m_sweep.time;
-}
-
-std::optional<unsigned long long> SweepSource::lastTime()
-{
-    return m_files->isLive() ? std::nullopt : m_files->lastTime();
-}
 
 constexpr auto SweepExample = R"(
 Every line is a row: date, time, lowest Hz, highest Hz, bin width in Hz, samples, and a level in dB for every bin.
