@@ -16,18 +16,11 @@ namespace RecTool {
 
 namespace {
 
-constexpr double FullTurnDeg = 360;
-
 /// The longest of 1, 2, 5, 10, ... that is no more.
 double roundLength(double mostM)
 {
     const double decade = std::pow(10, std::floor(std::log10(mostM)));
-    for (const double step : {5.0, 2.0}) {
-        if (step * decade <= mostM) {
-            return step * decade;
-        }
-    }
-    return decade;
+    return decade * (5 * decade <= mostM ? 5 : 2 * decade <= mostM ? 2 : 1);
 }
 
 QString lengthText(double metres)
@@ -124,7 +117,7 @@ protected:
     [[nodiscard]] double across(double longitudeDeg) const
     {
         const double middle = m_area.middle().longitudeDeg;
-        return middle + std::remainder(longitudeDeg - middle, FullTurnDeg);
+        return middle + std::remainder(longitudeDeg - middle, 360.0);
     }
     /// Positions of one kind, with their entry in the legend.
     QCPGraph& addPoints(const QString& name, const QCPScatterStyle& style)
@@ -186,8 +179,6 @@ private:
     QCPMarginGroup m_margins;
     QCPColorScale* m_bar = nullptr;
 };
-
-constexpr double Unseen = 1e-3;  // evidence of a cell that no bearing says anything of
 
 /// White to dark red: the more, the darker.
 QCPColorGradient heatColours()
@@ -254,6 +245,7 @@ private:
 
     void addCells(QCPColorScale& bar)
     {
+        constexpr double Unseen = 1e-3;  // evidence of a cell that no bearing says anything of
         const Geo::HeatGrid& grid = *m_heat.grid;
         const Geo::Position first = grid.areaOf(0, 0).middle();
         const Geo::Position last = grid.areaOf(grid.columns() - 1, grid.rows() - 1).middle();

@@ -22,8 +22,6 @@ namespace NmeaFields {
 }
 
 constexpr double FullCircle = 360;
-constexpr double HighestLatitude = 90;
-constexpr double HighestLongitude = 180;
 constexpr double RightAngle = 90;
 constexpr double HalfCircle = 180;
 
@@ -136,10 +134,9 @@ std::optional<long long> date(std::string_view day, std::string_view month, std:
 // Latitude, half, longitude, half from the field on: both, or neither.
 void position(const NmeaSentence& sentence, std::size_t first, Fix& fix)
 {
-    const auto latitude =
-        readAngle(sentence.field(first), sentence.field(first + 1), "NS", "latitude", HighestLatitude);
+    const auto latitude = readAngle(sentence.field(first), sentence.field(first + 1), "NS", "latitude", RightAngle);
     const auto longitude =
-        readAngle(sentence.field(first + 2), sentence.field(first + 3), "EW", "longitude", HighestLongitude);
+        readAngle(sentence.field(first + 2), sentence.field(first + 3), "EW", "longitude", HalfCircle);
     if (latitude && longitude) {
         fix.latitudeDeg = latitude;
         fix.longitudeDeg = longitude;
