@@ -253,6 +253,6 @@ void useArchive(const std::string& configurationFile)
     }
 }
 
-const ArchiveVerbs archiveVerbs{archiveStatus, archiveGroups, archiveShow, archiveFetch, archiveVerify, archiveRetry};
+const ArchiveWork ArchiveVerbs{archiveStatus, archiveGroups, archiveShow, archiveFetch, archiveVerify, archiveRetry};
 
 }  // namespace RecTool

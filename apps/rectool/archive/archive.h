@@ -20,7 +20,7 @@ struct ArchiveOptions {
 };
 
 /// What the archive's verbs do.
-struct ArchiveVerbs {
+struct ArchiveWork {
     using Run = ExitCode (*)(const ArchiveOptions& options);
     Run status;
     Run groups;
@@ -29,6 +29,6 @@ struct ArchiveVerbs {
     Run verify;
     Run retry;
 };
-extern const ArchiveVerbs archiveVerbs;
+extern const ArchiveWork ArchiveVerbs;
 
 }  // namespace RecTool

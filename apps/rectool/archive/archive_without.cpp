@@ -24,6 +24,6 @@ void useArchive(const std::string& configurationFile)
     }
 }
 
-const ArchiveVerbs archiveVerbs{refuse, refuse, refuse, refuse, refuse, refuse};
+const ArchiveWork ArchiveVerbs{refuse, refuse, refuse, refuse, refuse, refuse};
 
 }  // namespace RecTool
