@@ -1,6 +1,8 @@
 // Refusing to replace recordings, and storing a file whole or not at all.
 #include "savedfile.h"
 
+#include <iostream>
+
 #include <QFileInfo>
 #include <QSaveFile>
 

@@ -7,6 +7,7 @@
 #include <terminaltext/quantity.h>
 
 #include "commandline/verb.h"
+#include "plot/plot.h"
 #include "plot/traceplot.h"
 #include "printing/output.h"
 
