@@ -89,6 +89,7 @@ void CRecording::StopRecording(bool splitting)
         CloseFile(splitting);
     } catch (...) {
         m_file.reset();
+        m_earlyChanges.clear();
         RecordingErrors::rethrow(RecordingErrors::Stop);
     }
 }
