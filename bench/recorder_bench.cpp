@@ -120,9 +120,9 @@ private:
     std::unique_ptr<IDllInstance, DestroyRecorder> m_recorder;
 };
 
-void smallChange(benchmark::State& state, const char* journal)
+void smallChange(benchmark::State& state)
 {
-    Station station(journal);
+    Station station;
     std::int64_t number = 0;
     for (auto round : state) {
         static_cast<void>(round);
@@ -148,9 +148,9 @@ std::vector<std::vector<float>> sweeps()
     return made;
 }
 
-void wholeSpectrum(benchmark::State& state, const char* journal)
+void wholeSpectrum(benchmark::State& state)
 {
-    Station station(journal);
+    Station station;
     const std::vector<std::vector<float>> cells = sweeps();
     std::size_t number = 0;
     for (auto round : state) {
@@ -234,16 +234,48 @@ double ownTime()
     return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
 }
 
-/// What a reader costs the recorder: its processor time per change, with a reader beside it to without, the middle one
-/// of many pairs of stretches. What else the machine does meets both alike.
+/// The processor time per change of a stretch of changes.
+template <typename Change>
+double stretch(Station& station, Change& change, std::chrono::milliseconds length)
+{
+    constexpr int AtOnce = 50;
+    double changes = 0;
+    const auto end = std::chrono::steady_clock::now() + length;
+    const double begun = ownTime();
+    while (std::chrono::steady_clock::now() < end) {
+        for (int i = 0; i < AtOnce; ++i) {
+            change(station);
+        }
+        changes += AtOnce;
+    }
+    return (ownTime() - begun) / changes;
+}
+
+/// The ratio of two measures, the middle one of many pairs. What else the machine does meets both alike.
+template <typename Measure>
+void ratioInPairs(benchmark::State& state, int pairs, const Measure& measure)
+{
+    for (auto round : state) {
+        static_cast<void>(round);
+        std::vector<double> ratios;
+        for (int pair = 0; pair < pairs; ++pair) {
+            const bool with = pair % 2 == 0;
+            const double first = measure(with);
+            const double second = measure(!with);
+            ratios.push_back(with ? first / second : second / first);
+        }
+        std::nth_element(ratios.begin(), ratios.begin() + pairs / 2, ratios.end());
+        state.counters["ratio"] = ratios[static_cast<std::size_t>(pairs / 2)];
+    }
+}
+
+/// What a reader costs the recorder, to a recorder without one.
 template <typename Change>
 void besideAReader(benchmark::State& state, Change change)
 {
-    constexpr int Pairs = 15;
-    constexpr int AtOnce = 50;
-    constexpr std::chrono::milliseconds Stretch(200);
+    constexpr std::chrono::milliseconds SomeLooks(200);
     Station station;
-    const auto stretch = [&](bool withReader) {
+    ratioInPairs(state, 15, [&](bool withReader) {
         station.end();
         Station::removeFinished();
         station.begin();
@@ -251,54 +283,63 @@ void besideAReader(benchmark::State& state, Change change)
         if (withReader) {
             reader.emplace(station.fileName().toStdString());
         }
-        double changes = 0;
-        const auto end = std::chrono::steady_clock::now() + Stretch;
-        const double begun = ownTime();
-        while (std::chrono::steady_clock::now() < end) {
-            for (int i = 0; i < AtOnce; ++i) {
-                change(station);
-            }
-            changes += AtOnce;
-        }
-        return (ownTime() - begun) / changes;
+        return stretch(station, change, SomeLooks);
+    });
+}
+
+/// What a journal costs the recorder, to a recorder without one.
+template <typename Change>
+void withJournal(benchmark::State& state, const char* journal, Change change)
+{
+    constexpr std::chrono::milliseconds SomeFlushes(50);
+    ratioInPairs(state, 61, [&](bool with) {
+        Station station(with ? journal : "off");
+        return stretch(station, change, SomeFlushes);
+    });
+}
+
+auto changesOfANumber()
+{
+    return [number = 0](Station& station) mutable {
+        station.advance();
+        station.level.SetValue(-static_cast<double>(++number % 1'000) / 8);
     };
-    for (auto round : state) {
-        static_cast<void>(round);
-        std::vector<double> ratios;
-        for (int pair = 0; pair < Pairs; ++pair) {
-            const bool readerFirst = pair % 2 == 0;
-            const double first = stretch(readerFirst);
-            const double second = stretch(!readerFirst);
-            ratios.push_back(readerFirst ? first / second : second / first);
-        }
-        std::nth_element(ratios.begin(), ratios.begin() + Pairs / 2, ratios.end());
-        state.counters["ratio"] = ratios[Pairs / 2];
-    }
+}
+
+auto changesOfASpectrum()
+{
+    return [cells = sweeps(), number = std::size_t{0}](Station& station) mutable {
+        station.advance();
+        station.spectrum.SetCells(0, cells[++number % cells.size()], station.now());
+    };
 }
 
 void numbersBesideAReader(benchmark::State& state)
 {
-    besideAReader(state, [number = 0](Station& station) mutable {
-        station.advance();
-        station.level.SetValue(-static_cast<double>(++number % 1'000) / 8);
-    });
+    besideAReader(state, changesOfANumber());
 }
 
 void spectraBesideAReader(benchmark::State& state)
 {
-    besideAReader(state, [cells = sweeps(), number = std::size_t{0}](Station& station) mutable {
-        station.advance();
-        station.spectrum.SetCells(0, cells[++number % cells.size()], station.now());
-    });
+    besideAReader(state, changesOfASpectrum());
 }
 
-// With each journal, in one run: what one costs is a ratio.
-BENCHMARK_CAPTURE(smallChange, off, "off")->UseRealTime();
-BENCHMARK_CAPTURE(smallChange, process, "process")->UseRealTime();
-BENCHMARK_CAPTURE(smallChange, power, "power")->UseRealTime();
-BENCHMARK_CAPTURE(wholeSpectrum, off, "off")->UseRealTime();
-BENCHMARK_CAPTURE(wholeSpectrum, process, "process")->UseRealTime();
-BENCHMARK_CAPTURE(wholeSpectrum, power, "power")->UseRealTime();
+void numbersWithJournal(benchmark::State& state, const char* journal)
+{
+    withJournal(state, journal, changesOfANumber());
+}
+
+void spectraWithJournal(benchmark::State& state, const char* journal)
+{
+    withJournal(state, journal, changesOfASpectrum());
+}
+
+BENCHMARK(smallChange)->UseRealTime();
+BENCHMARK(wholeSpectrum)->UseRealTime();
+BENCHMARK_CAPTURE(numbersWithJournal, process, "process")->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(numbersWithJournal, power, "power")->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(spectraWithJournal, process, "process")->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(spectraWithJournal, power, "power")->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(numbersBesideAReader)->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(spectraBesideAReader)->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(memoryOf400MegaBytes)->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);

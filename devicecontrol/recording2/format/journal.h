@@ -85,14 +85,16 @@ constexpr std::size_t EntryChecksumOffset = 20;
     constexpr std::uint32_t ChannelRangeBit = 0x80000000U;
     return static_cast<std::uint32_t>(position) | (channelRange ? ChannelRangeBit : 0U);
 }
-[[nodiscard]] inline std::uint64_t recordChecksum(std::uint64_t nonce, std::uint64_t number, std::int32_t code,
-                                                  std::string_view data)
+// Flattened: of the checksum of a few bytes, calls would be the greater part.
+[[nodiscard]] [[gnu::flatten]] inline std::uint64_t recordChecksum(std::uint64_t nonce, std::uint64_t number,
+                                                                   std::int32_t code, std::string_view data)
 {
     return checksum((nonce + number) ^ std::uint64_t{static_cast<std::uint32_t>(code)} << 32U, data);
 }
 /// Never 0: there is no entry where that stands.
-[[nodiscard]] inline std::uint32_t entryChecksum(std::uint64_t nonce, std::uint64_t number, std::uint64_t timeMs,
-                                                 std::uint32_t place, std::uint64_t recordChecksum)
+[[nodiscard]] [[gnu::flatten]] inline std::uint32_t entryChecksum(std::uint64_t nonce, std::uint64_t number,
+                                                                  std::uint64_t timeMs, std::uint32_t place,
+                                                                  std::uint64_t recordChecksum)
 {
     char words[2 * sizeof(std::uint64_t)];
     putInt64(putInt64(words, timeMs), place);
