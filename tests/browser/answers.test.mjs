@@ -1,9 +1,8 @@
 // What was on the air, as the page answers it: the same as rectool says of the recording, and each leads to its place.
 import assert from 'node:assert/strict';
-import { readdirSync } from 'node:fs';
 import path from 'node:path';
 import { before, test } from 'node:test';
-import { browse, folder, open, rectool, serve, simulate, start, state } from './frame.mjs';
+import { browse, folder, leave, open, recordingOf, rectool, serve, simulate, start, state } from './frame.mjs';
 
 let browser;
 let address;
@@ -14,7 +13,7 @@ const span = { from: start + 10000, to: start + 40000, low: 430e6, high: 436e6 }
 before(async () => {
     const directory = folder();
     simulate(directory);
-    file = path.join(directory, readdirSync(directory).find((name) => name.includes('RX_1') && name.endsWith('.rec')));
+    file = recordingOf(directory, 'RX_1');
     id = path.basename(file, '.rec');
     address = await serve(directory);
     browser = await browse();
@@ -80,7 +79,5 @@ test('emissions are a list and frames, and a click goes to where one was stronge
     assert.deepEqual(cells.slice(0, 3), [first.percent.toFixed(2), first.low.toFixed(2), first.high.toFixed(2)]);
     await page.locator('#answers select').selectOption('trace');
     await page.waitForFunction(() => document.querySelector('#answers thead')?.textContent.includes('Median'));
-    assert.deepEqual(page.wrong, []);
-    assert.deepEqual(page.foreign, []);
-    await page.close();
+    await leave(page);
 });

@@ -1,9 +1,8 @@
 // Bearings on the map and around the station: those of the recording, and each leads to its record.
 import assert from 'node:assert/strict';
-import { readdirSync } from 'node:fs';
 import path from 'node:path';
 import { before, test } from 'node:test';
-import { browse, folder, open, rectool, serve, set, simulate, start, state } from './frame.mjs';
+import { browse, folder, leave, open, recordingOf, rectool, serve, set, simulate, start, state } from './frame.mjs';
 
 let browser;
 let address;
@@ -12,7 +11,7 @@ let file;
 before(async () => {
     const directory = folder();
     simulate(directory);
-    file = path.join(directory, readdirSync(directory).find((name) => name.includes('DF_1') && name.endsWith('.rec')));
+    file = recordingOf(directory, 'DF_1');
     address = await serve(directory);
     browser = await browse();
 });
@@ -43,8 +42,7 @@ test('the map shows bearings, track and fixes with nothing from elsewhere', asyn
     await page.locator('.leaflet-control-scale-line').waitFor();
     await page.locator('.degrees').first().waitFor({ state: 'attached' });
     await page.locator('.legend button', { hasText: '431.7 MHz' }).waitFor();
-    assert.deepEqual([page.wrong, page.foreign], [[], []]);
-    await page.close();
+    await leave(page);
 });
 
 test('a bearing that is chosen sets the cursor and shows its record', async () => {
@@ -64,8 +62,7 @@ test('a bearing that is chosen sets the cursor and shows its record', async () =
     await page.waitForFunction((before) => window.page.model.get().at !== before.at || window.page.model.get().hz !== before.hz, { at, hz });
     await page.getByRole('button', { name: 'Close' }).click();
     assert.equal(await page.locator('#record').isVisible(), false);
-    assert.deepEqual(page.wrong, []);
-    await page.close();
+    await leave(page);
 });
 
 test('play goes record by record, too', async () => {
@@ -77,6 +74,5 @@ test('play goes record by record, too', async () => {
     assert.ok(after > start + 30000);
     await page.getByRole('button', { name: '◀ Record' }).click();
     await page.waitForFunction((ms) => window.page.model.get().at < ms, after);
-    assert.deepEqual(page.wrong, []);
-    await page.close();
+    await leave(page);
 });

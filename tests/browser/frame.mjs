@@ -1,4 +1,5 @@
 // What browser tests share: recordings made for them, recview beside them, the page in Chromium.
+import assert from 'node:assert/strict';
 import { spawn, spawnSync } from 'node:child_process';
 import { mkdtempSync, readdirSync, rmSync } from 'node:fs';
 import os from 'node:os';
@@ -47,6 +48,11 @@ export function simulate(directory, duration = '1min') {
     const done = spawnSync(program('RECSTATION'), ['-q', '-o', directory, 'sim', '--duration', duration, '--start', new Date(start).toISOString()],
         { encoding: 'utf8', timeout: patience });
     return done.status === 0 ? undefined : fail(`recstation ended with ${done.status}: ${done.stderr}`);
+}
+
+/** The recording of a device. */
+export function recordingOf(directory, device) {
+    return path.join(directory, readdirSync(directory).find((name) => name.includes(device) && name.endsWith('.rec')));
 }
 
 /** What rectool prints. */
@@ -117,6 +123,12 @@ export async function open(browser, address, hash = '', options = {}) {
     });
     await (spectra === false ? page.waitForFunction(() => window.page.model.get().recording) : settled(page));
     return page;
+}
+
+/** Closes a page on which nothing went wrong and that asked no other host. */
+export async function leave(page) {
+    assert.deepEqual([page.wrong, page.foreign], [[], []]);
+    await page.close();
 }
 
 /** Waits until the waterfall shows what is asked for, as exactly as the server can, with its overview complete. */

@@ -1,7 +1,7 @@
 // Levels and values on the page are those of the recording: zoomed out, zoomed in, and at the cursor.
 import assert from 'node:assert/strict';
 import { before, test } from 'node:test';
-import { browse, cat, folder, open, record, rectool, serve, set, settled, start, state } from './frame.mjs';
+import { browse, cat, folder, leave, open, record, rectool, serve, set, settled, start, state } from './frame.mjs';
 import { burst, channels, levelOf, lowest, receiver, step, sweepMs } from './recordings.mjs';
 
 let browser;
@@ -48,8 +48,7 @@ test('zoomed out, the burst of one sweep in one cell is there at its level, and 
         const other = await pixelAt(page, time, frequency);
         assert.ok(other.index >= 0 && other.high < -95, `beside it is ${JSON.stringify(other)}`);
     }
-    assert.deepEqual(page.wrong, []);
-    await page.close();
+    await leave(page);
 });
 
 test('a rough picture that comes behind the exact one does not replace it', async () => {
@@ -75,8 +74,7 @@ test('a rough picture that comes behind the exact one does not replace it', asyn
     await page.evaluate(() => new Promise((drawn) => requestAnimationFrame(() => requestAnimationFrame(drawn))));
     assert.equal(rough, 1, 'what came behind was rough');
     assert.equal(await page.evaluate(() => window.page.waterfall.picture().head.exact), true);
-    assert.deepEqual(page.wrong, []);
-    await page.close();
+    await leave(page);
 });
 
 test('zoomed in, pixels and the sweep at the cursor are what cat says', async () => {
@@ -151,6 +149,5 @@ test('numbers are lines and settings bands under the waterfall, with what they a
         return [parseFloat(document.querySelector('#values .cursor-line').style.left), timeToX(at)];
     });
     assert.ok(Math.abs(line - plot) < 0.01, 'the cursor line stands where the waterfall has it');
-    assert.deepEqual(page.wrong, []);
-    await page.close();
+    await leave(page);
 });

@@ -1,7 +1,7 @@
 // The page as it opens: quiet, small, whole without a mouse, the same again by its address, and no markup out of recordings.
 import assert from 'node:assert/strict';
 import { before, test } from 'node:test';
-import { browse, folder, open, record, serve, set, settled, start, state } from './frame.mjs';
+import { browse, folder, leave, open, record, serve, set, settled, start, state } from './frame.mjs';
 import { receiver } from './recordings.mjs';
 
 const caption = '<img src=x onerror="document.title=1">';
@@ -43,8 +43,7 @@ test('a caption that is markup is shown as text', async () => {
     await set(page, { at: start + 20000 });
     await page.locator('#state td', { hasText: caption }).first().waitFor();
     assert.notEqual(await page.title(), '1');
-    assert.deepEqual(page.wrong, []);
-    await page.close();
+    await leave(page);
 });
 
 test('the address of a view opens the same view', async () => {
@@ -93,8 +92,7 @@ test('everything is reached with the keyboard alone', async () => {
     await page.waitForFunction((at) => window.page.model.get().at > at, after.at);
     await page.keyboard.press(' ');
     assert.equal((await state(page)).playing, false, 'space plays and pauses');
-    assert.deepEqual(page.wrong, []);
-    await page.close();
+    await leave(page);
 });
 
 for (const [name, width, height, colorScheme] of [['dark', 1280, 900, 'dark'], ['light', 1280, 900, 'light'], ['narrow', 380, 800, 'dark']]) {
