@@ -7,9 +7,10 @@ import functools
 import json
 import math
 import pathlib
-import subprocess
 import sys
 import tempfile
+
+from programs import run
 
 SKIPPED = 77
 
@@ -18,13 +19,6 @@ try:
 except ImportError:
     print("numpy is missing: python3-numpy.")
     sys.exit(SKIPPED)
-
-
-def run(*command):
-    done = subprocess.run([str(part) for part in command], capture_output=True, text=True, check=False)
-    if done.returncode != 0:
-        sys.exit(f"{' '.join(map(str, command))} gave {done.returncode}: {done.stderr}")
-    return done.stdout
 
 
 def sweeps_of(rectool, recording):

@@ -14,15 +14,10 @@ import subprocess
 import sys
 import tempfile
 
+from programs import run
+
 SKIPPED = 77
 EPOCH = datetime.datetime(1970, 1, 1)
-
-
-def run(*command):
-    done = subprocess.run([str(part) for part in command], capture_output=True, text=True, check=False)
-    if done.returncode != 0:
-        sys.exit(f"{' '.join(map(str, command))} gave {done.returncode}: {done.stderr}")
-    return done.stdout
 
 
 def level(chance):

@@ -8,16 +8,10 @@ import json
 import math
 import pathlib
 import random
-import subprocess
 import sys
 import tempfile
 
-
-def run(*command):
-    done = subprocess.run([str(part) for part in command], capture_output=True, text=True, check=False)
-    if done.returncode != 0:
-        sys.exit(f"{' '.join(map(str, command))} gave {done.returncode}: {done.stderr}")
-    return done.stdout
+from programs import run
 
 
 def way(from_, to):
