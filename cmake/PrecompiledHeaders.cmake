@@ -1,5 +1,5 @@
 # What makes compiling quick: the sources of a target are compiled some at a time as one, and the headers that most of them
-# include once for the product and once, with GoogleTest, for the tests. A source still includes what it uses: preset dev,
+# include once for the product and once, as tests/support/testing.h, for the tests. A source still includes what it uses: preset dev,
 # which compiles every source of the product by itself, refuses one that does not.
 set(RECORDING2_PRECOMPILE ALL CACHE STRING "Whose sources are compiled together, with common headers: ALL, TESTS or NONE")
 set_property(CACHE RECORDING2_PRECOMPILE PROPERTY STRINGS ALL TESTS NONE)
@@ -14,7 +14,6 @@ set(precompiled_std
     <string_view> <utility> <vector>
 )
 set(precompiled_qt <QDateTime> <QDir> <QFile> <QFileInfo> <QString> <QStringList>)
-set(precompiled_testing <fstream> <QProcess> <QTemporaryDir> <gmock/gmock.h> <gtest/gtest.h>)
 
 # A target that compiles nothing but headers, for others with the same settings to use.
 function(recording2_precompiled_headers name)

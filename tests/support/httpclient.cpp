@@ -1,15 +1,12 @@
 // Sockets and answers.
 #include "httpclient.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <cctype>
 #include <utility>
+
+#include "support/loopback.h"
 
 namespace RecView {
 
@@ -37,14 +34,7 @@ Client::~Client()
 
 bool Client::send(std::string_view bytes)
 {
-    while (!bytes.empty()) {
-        const ssize_t sent = ::send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (sent <= 0) {
-            return false;
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(sent));
-    }
-    return true;
+    return TestSupport::sendAll(m_socket, bytes);
 }
 
 void Client::endSending()
