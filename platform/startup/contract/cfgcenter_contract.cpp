@@ -7,16 +7,11 @@
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <startup/cfgcenter.h>
 #include <vkbase/vkexception.h>
 
-using testing::AllOf;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
+using namespace testing;
 
 namespace {
 

@@ -1,10 +1,5 @@
 // The way of a change - set, notify, read the text - takes no memory once its buffers have grown.
 #include <cstddef>
-#include <functional>
-
-#include <gtest/gtest.h>
-
-#include <values/selection.h>
 
 #include "listeners.h"
 #include "vkbase/contract/allocationcount.h"

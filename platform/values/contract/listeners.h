@@ -1,16 +1,25 @@
-// Observers for the contract tests.
+// Observers for the contract tests, and what nearly all of them include.
 #pragma once
 
+#include <array>
+#include <cmath>
 #include <functional>
+#include <limits>
+#include <memory>
+#include <numeric>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <values/maps.h>
+#include <values/recordingtext.h>
 #include <values/selection.h>
+#include <values/tree.h>
 #include <values/value.h>
+#include <vkbase/vkexception.h>
 
 using Flag = values::Value<bool>;
 using Text = values::Value<QString>;

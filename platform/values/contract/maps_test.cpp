@@ -1,14 +1,4 @@
 // Maps of levels and bearings: ranges, cells and notifications.
-#include <array>
-#include <cmath>
-#include <limits>
-#include <numeric>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <vkbase/vkexception.h>
-
 #include "listeners.h"
 
 namespace {

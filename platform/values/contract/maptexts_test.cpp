@@ -1,21 +1,9 @@
 // The texts of maps of levels and bearings, written and applied.
-#include <array>
-#include <cmath>
-#include <limits>
-#include <numeric>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <vkbase/vkexception.h>
-
 #include "listeners.h"
 
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
+using namespace testing;
 using values::Bearing;
 using values::ChannelRange;
 using values::HandlerBase;

@@ -1,18 +1,9 @@
 // Rounds of notification and the life of the recording text in them.
-#include <stdexcept>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <values/tree.h>
-
 #include "listeners.h"
 
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
+using namespace testing;
 
 TEST(RecordingText, TwoRecordersReadTheSameTextInOneRound)
 {

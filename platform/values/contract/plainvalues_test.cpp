@@ -1,12 +1,4 @@
 // Booleans, texts and numbers: who is told of a change, and which recorded states apply.
-#include <limits>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <values/recordingtext.h>
-#include <vkbase/vkexception.h>
-
 #include "listeners.h"
 
 namespace {

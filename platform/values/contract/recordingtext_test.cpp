@@ -1,17 +1,8 @@
 // Properties of the texts for any content, and what hostile texts can do. Seeds are fixed.
 #include <algorithm>
-#include <array>
 #include <bit>
-#include <cmath>
-#include <limits>
-#include <memory>
 #include <random>
 #include <type_traits>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <values/recordingtext.h>
 
 #include "listeners.h"
 

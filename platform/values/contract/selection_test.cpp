@@ -1,11 +1,6 @@
 // Selections: items added, chosen and deleted, their recording texts, and the cost of many items.
 #include <chrono>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <values/selection.h>
-
 #include "listeners.h"
 
 namespace {

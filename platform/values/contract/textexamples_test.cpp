@@ -1,16 +1,8 @@
 // The examples of doc/recording-text.md are true: every one of them is written by a value and read by another.
-#include <functional>
-#include <limits>
 #include <map>
-#include <memory>
 
 #include <QFile>
 #include <QTextStream>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <values/recordingtext.h>
 
 #include "listeners.h"
 

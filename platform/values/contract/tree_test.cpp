@@ -1,14 +1,4 @@
 // The value tree: paths, removal, its end, and the pointers that attach to its values.
-#include <memory>
-#include <stdexcept>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <values/selection.h>
-#include <values/tree.h>
-#include <vkbase/vkexception.h>
-
 #include "listeners.h"
 
 namespace {

@@ -5,7 +5,6 @@
 #include <QLoggingCategory>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <vkbase/trace.h>
 
