@@ -1,9 +1,5 @@
 // Memory: the road of a change from SetValue to the file takes none for a record (only the time index grows, by
 // doubling), and a recorder that finds none left is not made.
-#include <gtest/gtest.h>
-
-#include <cstddef>
-
 #include "loaded_recorder.h"
 #include "station.h"
 #include "vkbase/contract/allocationcount.h"

@@ -1,18 +1,11 @@
 // What Recording2.dll exports: the two entry points and the classes of the interface, all of them and nothing else.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <cxxabi.h>
 
-#include <cstdint>
-#include <cstdlib>
-#include <fstream>
-#include <memory>
 #include <regex>
-#include <set>
-#include <string>
 
 #include <windows.h>
+
+#include "support/testing.h"
 
 namespace {
 

@@ -1,8 +1,6 @@
 // Loads the plug-in once and finds its two entry points.
 #include "loaded_recorder.h"
 
-#include <stdexcept>
-
 #include <QLibrary>
 
 namespace RecorderTests {

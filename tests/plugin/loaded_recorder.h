@@ -1,11 +1,9 @@
 // Recorders of the real plug-in, which is loaded at run time as a host does it.
 #pragma once
 
-#include <memory>
-
-#include <QString>
-
 #include <startup/dllinstance.h>
+
+#include "support/testing.h"
 
 namespace RecorderTests {
 

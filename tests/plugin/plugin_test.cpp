@@ -1,9 +1,4 @@
 // The recorder plug-in as a host sees it: made, switched, and released through its two entry points.
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <stdexcept>
-
 #include <startup/cfgcenter.h>
 #include <startup/translationcenter.h>
 #include <vkbase/vkexception.h>

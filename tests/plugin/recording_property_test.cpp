@@ -1,8 +1,4 @@
 // Random changes of all kinds of values through the real plug-in: what stands in the files is what was noted beside.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 #include <random>
 
 #include "loaded_recorder.h"

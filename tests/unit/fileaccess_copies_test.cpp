@@ -8,8 +8,6 @@ namespace {
 class Copies : public FileAccessTest {
 public:
     Copies() = default;
-    Copies(const Copies&) = delete;
-    Copies& operator=(const Copies&) = delete;
     ~Copies() override { CFileAccess::release(); }
 };
 
@@ -48,9 +46,7 @@ TEST_F(Copies, CopiesWriteToOneStreamAndOneIndexButCountTheirOwnTimes)
     const std::int32_t second = expected.raw(TestSupport::recordBytes(1, "first")).position();
     const std::int32_t third = expected.raw(TestSupport::recordBytes(2, "second")).position();
     expected.raw(TestSupport::recordBytes(3, "third"));
-    HeaderFields header;
-    header.firstRecord = first;
-    header.timeTable = expected.position();
+    HeaderFields header{.firstRecord = first, .timeTable = expected.position()};
     expected.time(50).number(second).time(100).number(first).time(101).number(third);
     expected.overwrite(0, header.bytes());
     EXPECT_EQ(bytesOf("a.rec"), expected.bytes());

@@ -1,14 +1,9 @@
 // What the tests of CFileAccess share: a directory of their own and short ways to write and read.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <memory>
-
-#include <QTemporaryDir>
-
 #include "support/libraryobjects.h"
 #include "support/memorydirectory.h"
+#include "support/testing.h"
 
 namespace FileAccessTests {
 
@@ -18,19 +13,18 @@ using namespace TestSupport;
 /// A header that no file of these tests holds.
 inline CHeaderData presetHeader()
 {
-    HeaderFields fields;
-    fields.majorVersion = 9;
-    fields.minorVersion = 8;
-    fields.startFrequency = 7;
-    fields.stopFrequency = 6;
-    fields.stepWidth = 5;
-    fields.minLevel = 4;
-    fields.maxLevel = 3;
-    fields.startMs = 2;
-    fields.stopMs = 1;
-    fields.jobId = "kept job";
-    fields.deviceName = "kept name";
-    fields.deviceType = "kept type";
+    HeaderFields fields{.majorVersion = 9,
+                        .minorVersion = 8,
+                        .startFrequency = 7,
+                        .stopFrequency = 6,
+                        .stepWidth = 5,
+                        .minLevel = 4,
+                        .maxLevel = 3,
+                        .startMs = 2,
+                        .stopMs = 1,
+                        .jobId = "kept job",
+                        .deviceName = "kept name",
+                        .deviceType = "kept type"};
     return makeHeader(fields);
 }
 

@@ -1,6 +1,4 @@
 // The bytes that CFileAccess writes: header, times, data, and where the tables end.
-#include <algorithm>
-
 #include "fileaccess_fixture.h"
 #include "support/modelreader.h"
 
@@ -37,9 +35,7 @@ TEST_F(FileFormat, TheHeaderBeginsWithItsNumbersAsText)
 
 TEST_F(FileFormat, TimesAreEightBytesLeastSignificantFirst)
 {
-    HeaderFields header;
-    header.startMs = 0x0102'0304'0506ULL;
-    header.stopMs = 0x23'2323'2323ULL;
+    HeaderFields header{.startMs = 0x0102'0304'0506ULL, .stopMs = 0x23'2323'2323ULL};
     const std::string bytes = written(header);
     EXPECT_EQ(bytes.substr(26, 9), std::string("\x06\x05\x04\x03\x02\x01\0\0#", 9));
     EXPECT_EQ(bytes.substr(35, 9), std::string("#####\0\0\0#", 9));
@@ -57,9 +53,7 @@ TEST_F(FileFormat, HeaderTimesAreWholeMilliseconds)
 
 TEST_F(FileFormat, HeaderTimesBeyond32BitsOfMillisecondsComeBack)
 {
-    HeaderFields header;
-    header.startMs = 1'700'000'000'123ULL;
-    header.stopMs = 18'446'744'073'709'551ULL;
+    HeaderFields header{.startMs = 1'700'000'000'123ULL, .stopMs = 18'446'744'073'709'551ULL};
     const CHeaderData read = readBack(written(header));
     EXPECT_EQ(read.startTS().getTimeStamp(), 1'700'000'000'123'000ULL);
     EXPECT_EQ(read.stopTS().getTimeStamp(), 18'446'744'073'709'551'000ULL);
@@ -76,18 +70,17 @@ TEST_F(FileFormat, ANullTimeIsWrittenAsZero)
 
 TEST_F(FileFormat, EveryHeaderFieldComesBack)
 {
-    HeaderFields fields;
-    fields.majorVersion = 32'767;
-    fields.minorVersion = -5;
-    fields.startFrequency = 1.25F;
-    fields.stopFrequency = -2.5e-20F;
-    fields.stepWidth = 3.5e+30F;
-    fields.minLevel = -2'147'483'647 - 1;
-    fields.maxLevel = 2'147'483'647;
-    fields.jobId = "job #1";
-    fields.deviceName = "N\xfcrnberg";
-    fields.deviceType = "17#";
-    fields.automatic = true;
+    HeaderFields fields{.majorVersion = 32'767,
+                        .minorVersion = -5,
+                        .startFrequency = 1.25F,
+                        .stopFrequency = -2.5e-20F,
+                        .stepWidth = 3.5e+30F,
+                        .minLevel = -2'147'483'647 - 1,
+                        .maxLevel = 2'147'483'647,
+                        .jobId = "job #1",
+                        .deviceName = "N\xfcrnberg",
+                        .deviceType = "17#",
+                        .automatic = true};
     const CHeaderData read = readBack(written(fields));
     EXPECT_EQ(read.majorversion(), fields.majorVersion);
     EXPECT_EQ(read.minorversion(), fields.minorVersion);
@@ -106,9 +99,7 @@ TEST_F(FileFormat, EveryHeaderFieldComesBack)
 
 TEST_F(FileFormat, NegativeLevelsAreWrittenWithAMinusAndComeBack)
 {
-    HeaderFields fields;
-    fields.minLevel = -140;
-    fields.maxLevel = -1;
+    HeaderFields fields{.minLevel = -140, .maxLevel = -1};
     const std::string bytes = written(fields);
     EXPECT_EQ(bytes.substr(0, 26), "2#0#20#3000#0.025#-140#-1#");
     EXPECT_EQ(readBack(bytes).minLevel(), -140);
@@ -117,17 +108,13 @@ TEST_F(FileFormat, NegativeLevelsAreWrittenWithAMinusAndComeBack)
 
 TEST_F(FileFormat, TheRecordersDefaultFrequenciesAreInExponentForm)
 {
-    HeaderFields fields;
-    fields.startFrequency = 90'000'000;
-    fields.stopFrequency = 120'000'000;
-    fields.stepWidth = 100'000;
+    HeaderFields fields{.startFrequency = 90'000'000, .stopFrequency = 120'000'000, .stepWidth = 100'000};
     EXPECT_EQ(written(fields).substr(0, 27), "2#0#9e+07#1.2e+08#100000#-3");
 }
 
 TEST_F(FileFormat, FrequenciesLosePrecisionBeyondSixDigits)
 {
-    HeaderFields fields;
-    fields.startFrequency = 90'012'345.0F;
+    HeaderFields fields{.startFrequency = 90'012'345.0F};
     const std::string bytes = written(fields);
     EXPECT_EQ(bytes.substr(0, 16), "2#0#9.00123e+07#");
     EXPECT_EQ(readBack(bytes).startFreq(), 90'012'300.0F);
@@ -136,9 +123,7 @@ TEST_F(FileFormat, FrequenciesLosePrecisionBeyondSixDigits)
 TEST_F(FileFormat, TheAreaBehindTheHeaderRecordKeepsItsPlaceholders)
 {
     const std::string bytes = written({});
-    HeaderFields fields;
-    fields.firstRecord = 500;
-    fields.timeTable = 508;
+    HeaderFields fields{.firstRecord = 500, .timeTable = 508};
     const std::string header = fields.bytes();
     EXPECT_EQ(bytes.substr(0, header.size()), header);
     EXPECT_EQ(bytes.substr(header.size(), 500 - header.size()), std::string(499 - header.size(), '0') + '#');
@@ -160,8 +145,7 @@ TEST_F(FileFormat, TheAreaBehindTheHeaderRecordIsIgnored)
 
 TEST_F(FileFormat, AHeaderLongerThanItsAreaIsWrittenOverWhatFollows)
 {
-    HeaderFields fields;
-    fields.deviceName = std::string(600, 'n');
+    HeaderFields fields{.deviceName = std::string(600, 'n')};
     const std::vector<TypeFields> types{{1, 2, std::string(300, 'k'), "/PATH"}};
     CVTTypesData table = makeTypes(types);
     const auto file = openForWriting("a.dat");
@@ -173,8 +157,7 @@ TEST_F(FileFormat, AHeaderLongerThanItsAreaIsWrittenOverWhatFollows)
 
 TEST_F(FileFormat, AHeaderLongerThanTheFileExtendsIt)
 {
-    HeaderFields fields;
-    fields.deviceType = std::string(600, 't');
+    HeaderFields fields{.deviceType = std::string(600, 't')};
     const auto file = openForWriting("a.dat");
     close(*file, fields);
     EXPECT_EQ(bytesOf("a.dat"), fields.bytes());
@@ -183,9 +166,7 @@ TEST_F(FileFormat, AHeaderLongerThanTheFileExtendsIt)
 
 TEST_F(FileFormat, AHeaderTextIsWrittenUpToItsNulWithItsFullLength)
 {
-    HeaderFields fields;
-    fields.deviceName = std::string("ab\0cd", 5);
-    fields.deviceType = std::string("\0x", 2);
+    HeaderFields fields{.deviceName = std::string("ab\0cd", 5), .deviceType = std::string("\0x", 2)};
     const std::string bytes = written(fields);
     EXPECT_EQ(bytes.substr(26 + 18, 13), "4#A1B25#ab2#0");
     EXPECT_EQ(bytes, ReferenceRecording().record(1, "data", 10).close(fields));
@@ -238,10 +219,7 @@ TEST_F(FileFormat, TheTimeTableRunsToTheEndOfTheFileWithoutARangeTable)
     // What stands after the last pair reads as further pairs: here the bookmark 777, whose text spells a pair.
     const ReferenceRecording reference = ReferenceRecording().record(1, "data", 10).record(2, "more", 20);
     TestSupport::ByteBuilder bytes(reference.close());
-    HeaderFields header;
-    header.firstRecord = 500;
-    header.timeTable = 516;
-    header.bookmarkTable = bytes.position();
+    HeaderFields header{.firstRecord = 500, .timeTable = 516, .bookmarkTable = bytes.position()};
     bytes.time(777).text(TestSupport::ByteBuilder().time(888).number(500).bytes()).overwrite(0, header.bytes());
     const auto file = openBytes(bytes.bytes());
     CVTCmdData record;

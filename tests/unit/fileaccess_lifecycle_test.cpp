@@ -1,9 +1,8 @@
 // Opening, closing, renaming and copying CFileAccess, and what an invalid or closed one answers.
-
 #include <values/tree.h>
 
 #include "fileaccess_fixture.h"
-#include "tracelog.h"
+#include "support/tracelog.h"
 
 using namespace FileAccessTests;
 
@@ -129,14 +128,14 @@ TEST_F(Lifecycle, AnEmptyFileAndAMajorVersionBelowTwoAreInvalidForReading)
 
 TEST_F(Lifecycle, AFileThatCannotBeOpenedIsTracedOnlyWhereTheMaskAsksForIt)
 {
-    const std::string source = R"(devicecontrol\recording2\fileaccess)";
+    const QString source = R"(devicecontrol\recording2\fileaccess)";
     const QString message = "CFileAccess: Could not open recording file, probably old format!";
     const auto count = [&] {
-        return std::count_if(TraceLog::traces().begin(), TraceLog::traces().end(),
-                             [&](const Trace& t) { return t.source == source && t.message == message; });
+        const TraceLog::Line* line = TraceLog::find(message);
+        EXPECT_TRUE(line == nullptr || line->source == source);
+        return TraceLog::count(message);
     };
-    HeaderFields old;
-    old.majorVersion = 1;
+    HeaderFields old{.majorVersion = 1};
     const std::string oldFile = ReferenceRecording().close(old);
     {
         const TraceLog log(ErrorHandler::RecordingTraces);
@@ -345,9 +344,9 @@ TEST_F(Lifecycle, AnObserverThatThrowsWhileAFileIsOpenedLeavesAnInvalidFileAndAT
         const TraceLog log(ErrorHandler::RecordingTraces);
         const CFileAccess file(name8("a.tmp").c_str(), "/Rec", nullptr, true, false, false, nullptr, nullptr);
         EXPECT_FALSE(file.IsValidFile());
-        ASSERT_FALSE(TraceLog::traces().empty());
-        EXPECT_EQ(TraceLog::traces().front().message, QString("Unexpected exception in CFileAccess::OpenRecording: ") +
-                                                          (standard ? "an observer failed" : "unknown exception"));
+        ASSERT_FALSE(TraceLog::lines().empty());
+        EXPECT_EQ(TraceLog::lines().front().text, QString("Unexpected exception in CFileAccess::OpenRecording: ") +
+                                                      (standard ? "an observer failed" : "unknown exception"));
         unc->RemoveObserver(&observer);
     }
 }

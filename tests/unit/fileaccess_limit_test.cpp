@@ -1,13 +1,10 @@
 // The end of what positions can name. The files are sparse, so they cost no space.
-#include <gtest/gtest.h>
-
-#include <QDir>
-#include <QTemporaryDir>
-
 #include <recording2/file/recordingwriter.h>
 #include <recording2/fileaccess.h>
 #include <recording2/fileaccess_p.h>
-#include <vkbase/trace.h>
+
+#include "support/libraryobjects.h"
+#include "support/tracelog.h"
 
 namespace Recording2 {
 
@@ -26,46 +23,29 @@ namespace {
 
 constexpr std::int64_t Last = 2'147'483'647;
 
-int g_traces = 0;
-
-void countTraces(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& text)
-{
-    g_traces += text.contains("recording file is full") ? 1 : 0;
-}
-
 class FileAccessLimit : public testing::Test {
 protected:
-    FileAccessLimit()
-    {
-        g_traces = 0;
-        ErrorHandler::Instance().SetTraceMask(ErrorHandler::RecordingTraces);
-        m_before = qInstallMessageHandler(countTraces);
-    }
-    ~FileAccessLimit() override
-    {
-        qInstallMessageHandler(m_before);
-        ErrorHandler::Instance().SetTraceMask(0);
-    }
     void write(unsigned long long time, const char* text)
     {
-        CVTCmdData record;
-        record.set_cmd(46);
-        record.set_str(text, 0);
+        CVTCmdData record = TestSupport::makeRecord(46, text);
         m_file.write(record, time, true);
     }
     void close()
     {
-        CHeaderData header;
-        header.set_version(2, 0);
+        CHeaderData header = TestSupport::makeHeader({});
         m_file.CloseRecording(header, true);
+    }
+    static auto tracesOfAFullFile()
+    {
+        const auto& lines = TestSupport::TraceLog::lines();
+        return std::count_if(lines.begin(), lines.end(),
+                             [](const auto& line) { return line.text.contains("recording file is full"); });
     }
 
     QTemporaryDir m_directory;
     std::string m_path = m_directory.filePath("a.rec").toStdString();
     CFileAccess m_file{m_path.c_str(), QString(), nullptr, true, false, false, nullptr, nullptr};
-
-private:
-    QtMessageHandler m_before = nullptr;
+    TestSupport::TraceLog m_log;
 };
 
 }  // namespace
@@ -77,7 +57,7 @@ TEST_F(FileAccessLimit, RecordsPastTheLastPositionAreRefusedAndTracedOnce)
     write(20, "refused");
     write(30, "refused too");
     EXPECT_EQ(FileAccessTestPeer::position(m_file), Last - 40);
-    EXPECT_EQ(g_traces, 1);
+    EXPECT_EQ(tracesOfAFullFile(), 1);
 }
 
 TEST_F(FileAccessLimit, AFullFileClosesCleanlyAndReadsBackWhatItTook)
@@ -101,7 +81,7 @@ TEST_F(FileAccessLimit, RecordsLeaveRoomForTheirTablesSoThatAFullFileIsReadByTim
     for (unsigned long long time = 10; time < 200; ++time) {
         write(time, "data");
     }
-    EXPECT_EQ(g_traces, 1);
+    EXPECT_EQ(tracesOfAFullFile(), 1);
     const std::int64_t end = FileAccessTestPeer::position(m_file);
     close();
     CFileAccess reader(m_path.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);

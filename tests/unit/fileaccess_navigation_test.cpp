@@ -1,5 +1,4 @@
 // Stepping through records, and every odd answer that callers rely on.
-
 #include "fileaccess_fixture.h"
 
 using namespace FileAccessTests;

@@ -122,8 +122,7 @@ TEST_F(ReadingHeaders, ANumberThatCannotBeReadKeepsItsTargetAndIsSkippedAsOneByt
 
 TEST_F(ReadingHeaders, AHeaderOfTheOldFormatLeavesTheTargetsOtherFieldsAlsoWhereItsVersionCannotBeRead)
 {
-    HeaderFields old;
-    old.majorVersion = 1;
+    HeaderFields old{.majorVersion = 1};
     for (const std::string& bytes : {ReferenceRecording().close(old), RawHeader().with(Major, "#")}) {
         const auto file = openBytes(bytes, false);
         EXPECT_FALSE(file->IsValidFile());

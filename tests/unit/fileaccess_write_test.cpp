@@ -165,9 +165,9 @@ TEST_F(Writing, TheHeaderGoesToTheStartOfTheFile)
     write(file(), 3, "data", 10);
     CHeaderData first = makeHeader({});
     EXPECT_EQ(file().write(first), 0U);
-    HeaderFields positions;
-    positions.typeTable = 500;
-    positions.firstRecord = 500 + static_cast<std::int32_t>(TestSupport::typeTableBytes(someTypes).size());
+    HeaderFields positions{
+        .typeTable = 500,
+        .firstRecord = 500 + static_cast<std::int32_t>(TestSupport::typeTableBytes(someTypes).size())};
     EXPECT_EQ(file().fileSize(), static_cast<std::int32_t>(positions.bytes().size()));
 }
 

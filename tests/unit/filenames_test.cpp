@@ -1,12 +1,8 @@
 // File names where the platforms differ.
-#include <gtest/gtest.h>
-
-#include <QFile>
-#include <QTemporaryDir>
-
 #include <recording2/filenames.h>
 
 #include "support/recordingbytes.h"
+#include "support/testing.h"
 
 namespace FileNames = Recording2::FileNames;
 

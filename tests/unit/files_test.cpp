@@ -1,22 +1,16 @@
-// The buffered file that is written: whatever the pieces are, the file holds them.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstddef>
+// The buffered file that is written, also past 4 GiB: whatever the pieces are, the file holds them.
 #include <random>
-
-#include <QFile>
-#include <QTemporaryDir>
 
 #include <recording2/file/files.h>
 
 #include "support/recordingbytes.h"
+#include "support/testing.h"
 
 namespace FilesTests {
+
 namespace {
 
-using Recording2::OpenMode;
-using Recording2::OutputFile;
+using namespace Recording2;
 
 class OutputFiles : public testing::Test {
 protected:
@@ -103,3 +97,29 @@ TEST_F(OutputFiles, AreChangedInPlaceAndGoOnAtTheEnd)
 
 }  // namespace
 }  // namespace FilesTests
+
+namespace {
+
+constexpr std::int64_t Far = std::int64_t{5} << 30U;
+
+TEST(LargeFiles, AreWrittenAndReadWhere32BitsDoNotReach)
+{
+    const QTemporaryDir directory;
+    const std::string name = TestSupport::fileName8(directory.filePath("large"));
+    OutputFile output(name, OpenMode::Create);
+    output.append(std::string("begin"));
+    output.seek(Far);
+    output.append(std::string("end"));
+    EXPECT_EQ(output.position(), Far + 3);
+    ASSERT_TRUE(output.close());
+
+    InputFile input(name);
+    EXPECT_EQ(input.size(), Far + 3);
+    std::string bytes(8, '?');
+    EXPECT_EQ(input.readAt(Far, bytes.data(), bytes.size()), 3U);
+    EXPECT_EQ(bytes.substr(0, 3), "end");
+    EXPECT_EQ(input.readAt(0, bytes.data(), 5), 5U);
+    EXPECT_EQ(bytes.substr(0, 5), "begin");
+}
+
+}  // namespace

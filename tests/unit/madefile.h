@@ -1,12 +1,8 @@
 // Tests of files that are made byte by byte.
 #pragma once
 
-#include <string>
-
-#include <gtest/gtest.h>
-#include <QTemporaryDir>
-
 #include "support/recordingbytes.h"
+#include "support/testing.h"
 
 class MadeFileTest : public testing::Test {
 protected:

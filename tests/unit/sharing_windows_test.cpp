@@ -1,22 +1,14 @@
 // What other processes may do with a file that the library has open.
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include <QDir>
-#include <QTemporaryDir>
-
 #include <windows.h>
 
 #include <recording2/file/files.h>
 
 #include "support/recordingbytes.h"
+#include "support/testing.h"
 
 namespace {
 
-using Recording2::InputFile;
-using Recording2::OpenMode;
-using Recording2::OutputFile;
+using namespace Recording2;
 
 /// The error of opening a file so, 0 for none.
 DWORD errorOfOpening(const QString& path, DWORD access, DWORD sharing)

@@ -1,14 +1,10 @@
 // CTimeStamp: stamps without a time, conversions, distances, texts, and the current time.
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <tuple>
-#include <vector>
-
 #include <QTimeZone>
 
 #include <recording2/timestamp.h>
 #include <vkbase/quonos.h>
+
+#include "support/testing.h"
 
 using Recording2::CTimeStamp;
 
@@ -38,8 +34,6 @@ public:
         CTimeStamp::SetCts(0);
         QuonOS::Replace(nullptr);
     }
-    CurrentTime(const CurrentTime&) = delete;
-    CurrentTime& operator=(const CurrentTime&) = delete;
 
 private:
     FixedClock m_clock;

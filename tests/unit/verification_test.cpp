@@ -1,11 +1,6 @@
 // Checking whole files: which sentence each fault gets and where, and that no changed byte goes unnoticed where the
 // format could tell.
-#include <algorithm>
 #include <random>
-#include <string_view>
-#include <tuple>
-
-#include <gmock/gmock.h>
 
 #include <recording2/inspection/verify/verification.h>
 
@@ -13,15 +8,9 @@
 
 namespace {
 
-using Recording2::Inspection::Record;
-using Recording2::Inspection::Remark;
-using Recording2::Inspection::Severity;
-using Recording2::Inspection::Summary;
-using Recording2::Inspection::Verification;
+using namespace Recording2::Inspection;
 using namespace testing;
-using TestSupport::ByteBuilder;
-using TestSupport::HeaderFields;
-using TestSupport::ReferenceRecording;
+using namespace TestSupport;
 
 constexpr std::size_t HeaderArea = 500;
 

@@ -1,19 +1,12 @@
 // The numbers of the interface that are "long" by name: 32 bits on every platform, whatever the compiler's own long is.
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <limits>
 #include <type_traits>
 
 #include <recording2/recordmodel.h>
 #include <recording2/timestamp.h>
 
-using Recording2::CHeaderData;
-using Recording2::CTimeStamp;
-using Recording2::CVTTypesData;
-using Recording2::Long;
-using Recording2::S_TYPES;
-using Recording2::UnsignedLong;
+#include "support/testing.h"
+
+using namespace Recording2;
 
 namespace {
 

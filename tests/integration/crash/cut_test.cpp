@@ -1,15 +1,4 @@
 // A recording and its journal that were cut off or damaged: what comes back was recorded.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <string>
-#include <vector>
-
-#include <QFile>
-#include <QTemporaryDir>
-
 #include <recording2/format/journal.h>
 #include <recording2/inspection/rescue/recovery.h>
 
@@ -26,13 +15,6 @@ using TestSupport::ParsedRecording;
 
 constexpr std::uint64_t Changes = 40;
 
-void write(const QString& path, const std::string& bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    ASSERT_EQ(file.write(bytes.data(), static_cast<qint64>(bytes.size())), static_cast<qint64>(bytes.size()));
-}
-
 /// A small recording that is being written, of which a part is with the system and a part in the journal only.
 class Unfinished : public testing::Test {
 protected:
@@ -47,13 +29,13 @@ protected:
     static void recordWithoutClosing()
     {
         const QTemporaryDir directory(directoryTemplate());
-        Life life(directory.path(), QStringLiteral("process"), Life::FewChannels);
+        Life life(directory.path(), "process", Life::FewChannels);
         life.switchOn();
         for (std::uint64_t number = 0; number < Changes; ++number) {
             life.change(number);
         }
-        s_file = TestSupport::readFile(fileIn(directory.path(), QStringLiteral(".tmp")));
-        s_journal = TestSupport::readFile(fileIn(directory.path(), QStringLiteral(".tmp.journal")));
+        s_file = TestSupport::readFile(fileIn(directory.path(), ".tmp"));
+        s_journal = TestSupport::readFile(fileIn(directory.path(), ".tmp.journal"));
     }
 
     /// As if the buffer had been handed over in the middle of the recording.
@@ -76,14 +58,14 @@ protected:
     Recovery recover(const std::string& file, const std::string& journal)
     {
         ++m_recoveries;
-        const QString path = m_directory.filePath(QStringLiteral("a.tmp"));
-        write(path, file);
+        const QString path = m_directory.filePath("a.tmp");
+        TestSupport::writeFile(path, file);
         if (journal.empty()) {
-            QFile::remove(path + QStringLiteral(".journal"));
+            QFile::remove(path + ".journal");
         } else {
-            write(path + QStringLiteral(".journal"), journal);
+            TestSupport::writeFile(path + ".journal", journal);
         }
-        const QString output = m_directory.filePath(QStringLiteral("a.rec"));
+        const QString output = m_directory.filePath("a.rec");
         QFile::remove(output);
         Recovery recovery = Recording2::Inspection::recover(path.toStdString(), {output.toStdString(), 0, {}, {}});
         m_recovered = QFile::exists(output) ? TestSupport::readFile(output) : std::string();

@@ -1,20 +1,8 @@
 // Calls of the system that fail while a recording is made: nothing that was accepted is lost, and the station goes on.
-#include <gtest/gtest.h>
-
 #include <sys/mman.h>
 #include <sys/types.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <cstdint>
-#include <cstdio>
-#include <string>
-#include <vector>
-
-#include <QDir>
-#include <QFile>
-#include <QStringList>
-#include <QTemporaryDir>
 
 #include <recording2/inspection/rescue/recovery.h>
 
@@ -178,14 +166,14 @@ protected:
     /// The changes that can be had from what the first recording left behind.
     static std::uint64_t changesLeft(const QString& directory, std::uint64_t accepted)
     {
-        const QString closed = fileIn(directory, QStringLiteral(".rec"));
-        const QString open = fileIn(directory, QStringLiteral(".tmp"));
+        const QString closed = fileIn(directory, ".rec");
+        const QString open = fileIn(directory, ".tmp");
         const QString left = closed.isEmpty() ? open : closed;
         std::string bytes = TestSupport::readFile(left);
         const bool unfinished =
             QFile::exists(QString::fromStdString(Recording2::Inspection::journalOf(left.toStdString())));
         if (unfinished || !open.isEmpty()) {
-            const std::string output = QDir(directory).filePath(QStringLiteral("saved")).toStdString();
+            const std::string output = QDir(directory).filePath("saved").toStdString();
             const Recovery recovery = Recording2::Inspection::recover(left.toStdString(), {output, 0, {}, {}});
             if (accepted == 0 && recovery.outcome == RecoveryOutcome::Nothing) {
                 return 0;  // not even the beginning of the file could be written
@@ -274,7 +262,7 @@ TEST_F(Locks, OfAFileSystemThatHasNoneAreToldOnceAndRecordingGoesOn)
         }
     }
     EXPECT_EQ(files().size(), 2);
-    EXPECT_EQ(tracesOf(QStringLiteral("recording goes on without a lock")).size(), 1);
+    EXPECT_EQ(tracesOf("recording goes on without a lock").size(), 1);
 }
 
 TEST_F(Locks, ThatAnotherProcessHoldsAreAnErrorOfTheFile)
@@ -285,9 +273,9 @@ TEST_F(Locks, ThatAnotherProcessHoldsAreAnErrorOfTheFile)
     life.change(1);
     life.switchOff();
     EXPECT_EQ(files(), QStringList());
-    const QStringList told = tracesOf(QStringLiteral("the recording file cannot be made"));
+    const QStringList told = tracesOf("the recording file cannot be made");
     ASSERT_EQ(told.size(), 1);
-    EXPECT_TRUE(told.first().endsWith(QStringLiteral("Another program holds its lock"))) << told.first().toStdString();
+    EXPECT_TRUE(told.first().endsWith("Another program holds its lock")) << told.first().toStdString();
 }
 
 TEST_F(Locks, OfAFileSystemThatHasNoneLetOnlyPeopleRecover)
@@ -302,8 +290,8 @@ TEST_F(Locks, OfAFileSystemThatHasNoneLetOnlyPeopleRecover)
         life.switchOff();
     }
     lockError = EOPNOTSUPP;
-    const std::string left = fileIn(directory.path(), QStringLiteral(".tmp")).toStdString();
-    const std::string output = directory.filePath(QStringLiteral("saved")).toStdString();
+    const std::string left = fileIn(directory.path(), ".tmp").toStdString();
+    const std::string output = directory.filePath("saved").toStdString();
     const Recovery refused = Recording2::Inspection::recover(left, {output, 0, {}, {}});
     EXPECT_EQ(refused.outcome, RecoveryOutcome::Nothing);
     EXPECT_NE(refused.problem.find("no locks"), std::string::npos) << refused.problem;

@@ -1,21 +1,12 @@
 // Recordings whose process is killed while another one reads them.
-#include <gtest/gtest.h>
-
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <cstdint>
 #include <new>
-#include <optional>
 #include <random>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <QTemporaryDir>
 
 #include <recording2/inspection/following.h>
 
@@ -67,7 +58,7 @@ public:
         while (m_counted.accepted() == 0) {
         }
         std::string problem;
-        auto following = Following::open(fileIn(m_directory.path(), QStringLiteral(".tmp")).toStdString(), problem);
+        auto following = Following::open(fileIn(m_directory.path(), ".tmp").toStdString(), problem);
         while (following && m_counted.accepted() < changes) {
             look(*following);
         }
@@ -136,7 +127,7 @@ TEST(ReadWhileKilled, WhatIsShownIsWhatWasAcceptedToTheLastRecord)
     constexpr std::uint64_t Rounds = 3;
     constexpr int Runs = Thinned == 1 ? 12 : 4;
     for (int run = 0; run < Runs; ++run) {
-        const QString journal = run % 4 == 3 ? QStringLiteral("power") : QStringLiteral("process");
+        const QString journal = run % 4 == 3 ? "power" : "process";
         const std::size_t channels = run % 2 == 0 ? Life::FewChannels : Life::ManyChannels;
         const std::uint64_t changes = 1 + random() % (run % 2 == 0 ? Rounds * 4'096 : 1'500);
         SCOPED_TRACE("run " + std::to_string(run) + ", killed after " + std::to_string(changes));

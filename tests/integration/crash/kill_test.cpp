@@ -1,19 +1,12 @@
 // Recordings whose process is killed.
-#include <gtest/gtest.h>
-
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <cstdint>
-#include <map>
 #include <new>
 #include <random>
-#include <string>
-
-#include <QTemporaryDir>
 
 #include <recording2/inspection/rescue/recovery.h>
 
@@ -105,12 +98,12 @@ private:
     /// the one at which it was killed.
     void expectNothingLost()
     {
-        const QString left = fileIn(m_directory.path(), QStringLiteral(".tmp"));
+        const QString left = fileIn(m_directory.path(), ".tmp");
         std::string bytes;
         if (left.isEmpty()) {  // killed after the last step but one: the journal may still be there
-            bytes = TestSupport::readFile(fileIn(m_directory.path(), QStringLiteral(".rec")));
+            bytes = TestSupport::readFile(fileIn(m_directory.path(), ".rec"));
         } else {
-            const std::string output = m_directory.filePath(QStringLiteral("out")).toStdString();
+            const std::string output = m_directory.filePath("out").toStdString();
             const Recovery recovery = Recording2::Inspection::recover(left.toStdString(), {output, 0, {}, {}});
             ASSERT_EQ(recovery.outcome, RecoveryOutcome::Whole)
                 << recovery.problem << (recovery.lost.empty() ? "" : recovery.lost.front());
@@ -167,7 +160,7 @@ TEST_P(KilledAtARandomMoment, EveryAcceptedRecordIsThereWithItsTimeAndNothingEls
         const std::uint64_t moment = random() % 2 == 0 ? random() % 2'000 : random() % 200'000;
         SCOPED_TRACE("run " + std::to_string(run) + ", killed after " + std::to_string(changes) + " changes and " +
                      std::to_string(moment) + " rounds");
-        KilledLife().go(run % 8 == 7 ? QStringLiteral("power") : QStringLiteral("process"), changes, moment);
+        KilledLife().go(run % 8 == 7 ? "power" : "process", changes, moment);
         if (HasFailure()) {
             return;
         }

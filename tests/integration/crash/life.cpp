@@ -1,19 +1,11 @@
 // Spectra and numbers that follow from a change's number, and the file they make.
 #include "life.h"
 
-#include <iostream>
-#include <vector>
-
-#include <QDir>
-
 #include "support/recordingbytes.h"
 
 namespace CrashTests {
 
-using RecorderTests::LevelMap;
-using RecorderTests::Number;
-using RecorderTests::Selection;
-using RecorderTests::Text;
+using namespace RecorderTests;
 
 namespace {
 
@@ -32,18 +24,18 @@ Life::Life(const QString& directory, const QString& journal, std::size_t channel
 {
     m_station.configure(QStringLiteral("Journal = \"%1\"").arg(journal));
     m_station.addAllKeywords();
-    m_station.value<LevelMap>(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum"))
+    m_station.value<LevelMap>("/Devices/Rx1/Scn/RfSpectrum")
         .SetChannelRange(values::ChannelRange::Even(88e6, 5e3, channels));
-    m_recorder = std::make_unique<Recording2::CRecording>(QStringLiteral("Rx"));
+    m_recorder = std::make_unique<Recording2::CRecording>("Rx");
     m_recorder->Init();
-    m_station.value<Text>(QStringLiteral("/Status/Rx1/REC_FILEPATH")).SetValue(directory);
+    m_station.value<Text>("/Status/Rx1/REC_FILEPATH").SetValue(directory);
 }
 
 Life::~Life() = default;
 
 bool Life::isOn() const
 {
-    return m_station.value<Selection>(QStringLiteral("/Devices/Rx1/REC_STATUS")).GetCurrentKey() == 1;
+    return m_station.value<Selection>("/Devices/Rx1/REC_STATUS").GetCurrentKey() == 1;
 }
 
 void Life::change(std::uint64_t number)
@@ -52,14 +44,14 @@ void Life::change(std::uint64_t number)
     const auto plain = static_cast<double>(number + 1);
     switch (number % 16) {
         case 3:
-            m_station.value<LevelMap>(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum"))
+            m_station.value<LevelMap>("/Devices/Rx1/Scn/RfSpectrum")
                 .SetCells(0, sweep(number, m_channels), m_station.clock.now);
             break;
         case 7:
-            m_station.value<Number>(QStringLiteral("/Devices/Rx1/Scn/StopFreq")).SetValue(1e8 + plain * 1e3);
+            m_station.value<Number>("/Devices/Rx1/Scn/StopFreq").SetValue(1e8 + plain * 1e3);
             break;
         default:
-            m_station.value<Number>(QStringLiteral("/LEVEL")).SetValue(plain / 8);
+            m_station.value<Number>("/LEVEL").SetValue(plain / 8);
     }
 }
 
@@ -67,14 +59,14 @@ std::string closedAfter(std::uint64_t changes, std::size_t channels)
 {
     const QTemporaryDir directory(directoryTemplate());
     {
-        Life life(directory.path(), QStringLiteral("process"), channels);
+        Life life(directory.path(), "process", channels);
         life.switchOn();
         for (std::uint64_t number = 0; number < changes; ++number) {
             life.change(number);
         }
         life.switchOff();
     }
-    return TestSupport::readFile(fileIn(directory.path(), QStringLiteral(".rec")));
+    return TestSupport::readFile(fileIn(directory.path(), ".rec"));
 }
 
 void count(std::uint64_t number, const std::string& what)

@@ -1,17 +1,11 @@
 // A recording whose every byte follows from how far it came.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <string>
-
-#include <QString>
-
 #include <recording2/recording.h>
 
 #include "station.h"
 #include "support/memorydirectory.h"
+#include "support/testing.h"
 
 namespace CrashTests {
 

@@ -1,16 +1,10 @@
 // Recovery of what was left behind in other ways than by a kill.
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include <QByteArray>
-#include <QFile>
-#include <QTemporaryDir>
 
 #include <recording2/inspection/rescue/recovery.h>
 
 #include "life.h"
+#include "support/files.h"
 #include "support/modelreader.h"
 
 namespace CrashTests {
@@ -26,7 +20,7 @@ protected:
         return Recording2::Inspection::recover(file.toStdString(), {output.toStdString(), 0, {}, {}});
     }
     [[nodiscard]] QString path(const char* name) const { return m_directory.filePath(QString::fromLatin1(name)); }
-    [[nodiscard]] QString tmp() const { return fileIn(m_directory.path(), QStringLiteral(".tmp")); }
+    [[nodiscard]] QString tmp() const { return fileIn(m_directory.path(), ".tmp"); }
 
     QTemporaryDir m_directory{directoryTemplate()};
 };
@@ -42,9 +36,9 @@ TEST_F(Recovering, AFileThatIsBeingWrittenIsRefused)
 
 TEST_F(Recovering, AFileWrittenWithoutAJournalIsRefusedWhileItIsBeingWritten)
 {
-    Life life(m_directory.path(), QStringLiteral("off"));
+    Life life(m_directory.path(), "off");
     life.switchOn();
-    EXPECT_FALSE(QFile::exists(tmp() + QStringLiteral(".journal")));
+    EXPECT_FALSE(QFile::exists(tmp() + ".journal"));
     EXPECT_EQ(recover(tmp(), path("out")).outcome, RecoveryOutcome::InUse);
     life.switchOff();
 }
@@ -53,8 +47,8 @@ TEST_F(Recovering, TheJournalIsGoneOnceTheFileIsClosed)
 {
     Life life(m_directory.path());
     life.switchOn();
-    EXPECT_TRUE(QFile::exists(tmp() + QStringLiteral(".journal")));
-    const QString journal = tmp() + QStringLiteral(".journal");
+    EXPECT_TRUE(QFile::exists(tmp() + ".journal"));
+    const QString journal = tmp() + ".journal";
     life.switchOff();
     EXPECT_FALSE(QFile::exists(journal));
     EXPECT_EQ(recover(life.fileName(), path("out")).outcome, RecoveryOutcome::NothingToDo);
@@ -80,14 +74,11 @@ TEST_F(Recovering, AnExistingFileIsNeverReplaced)
         Life life(m_directory.path());
         life.switchOn();
         life.change(0);
-        ASSERT_TRUE(QFile::copy(tmp() + QStringLiteral(".journal"), copy + QStringLiteral(".journal")));
-        ASSERT_TRUE(QFile::copy(fileIn(m_directory.path(), QStringLiteral(".tmp")), copy));
+        ASSERT_TRUE(QFile::copy(tmp() + ".journal", copy + ".journal"));
+        ASSERT_TRUE(QFile::copy(fileIn(m_directory.path(), ".tmp"), copy));
         life.switchOff();
     }
-    QFile there(path("out"));
-    ASSERT_TRUE(there.open(QIODevice::WriteOnly));
-    there.write("mine");
-    there.close();
+    TestSupport::writeFile(path("out"), "mine");
     EXPECT_EQ(recover(copy, path("out")).outcome, RecoveryOutcome::NotWritten);
     EXPECT_EQ(TestSupport::readFile(path("out")), "mine");
     EXPECT_FALSE(QFile::exists(path("out.part")));
@@ -107,10 +98,9 @@ TEST_F(Recovering, WithoutAJournalTimesLieEvenlyBetweenTheStartInTheNameAndTheLa
         const auto header = TestSupport::parseRecording(bytes).header;
         bytes.replace(0, 500, std::string(499, '0') + '#');
         bytes.resize(static_cast<std::size_t>(header.timeTable));
+        TestSupport::writeFile(copy, bytes);
         QFile file(copy);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes.data(), static_cast<qint64>(bytes.size()));
-        file.flush();
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
         const qint64 oneMinute = 60'000;
         ASSERT_TRUE(file.setFileTime(
             QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(RecorderTests::Noon / 1'000) + oneMinute),
@@ -129,10 +119,7 @@ TEST_F(Recovering, TheTimeTableIsUsedWhenTheFileWasClosedButForItsHeader)
     std::string bytes = closedAfter(100);
     const auto closed = TestSupport::parseRecording(bytes);
     bytes.replace(0, 500, std::string(499, '0') + '#');
-    QFile file(path("a.tmp"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes.data(), static_cast<qint64>(bytes.size()));
-    file.close();
+    TestSupport::writeFile(path("a.tmp"), bytes);
     recover(path("a.tmp"), path("out"));
     const auto found = TestSupport::parseRecording(TestSupport::readFile(path("out")));
     ASSERT_EQ(found.records.size(), closed.records.size());
@@ -144,16 +131,8 @@ TEST_F(Recovering, TheTimeTableIsUsedWhenTheFileWasClosedButForItsHeader)
 // What the feed did that was killed: every change but those of a spectrum, at each thousandth, half a dB less.
 TEST_F(Recovering, AJournalOfAnOlderVersionGivesEveryRecord)
 {
-    QFile tmp(path("a.tmp"));
-    ASSERT_TRUE(tmp.open(QIODevice::WriteOnly));
-    tmp.write(QByteArray(499, '0') + '#');
-    tmp.close();
-    QFile packed(QStringLiteral(OLDER_JOURNAL));
-    ASSERT_TRUE(packed.open(QIODevice::ReadOnly));
-    QFile journal(path("a.tmp.journal"));
-    ASSERT_TRUE(journal.open(QIODevice::WriteOnly));
-    journal.write(qUncompress(packed.readAll()));
-    journal.close();
+    TestSupport::writeBytes(path("a.tmp"), QByteArray(499, '0') + '#');
+    TestSupport::writeBytes(path("a.tmp.journal"), qUncompress(TestSupport::readBytes(OLDER_JOURNAL)));
 
     const Recovery recovery = recover(path("a.tmp"), path("out"));
     EXPECT_EQ(recovery.outcome, RecoveryOutcome::Whole);

@@ -7,18 +7,7 @@
 
 #include <grp.h>
 
-#include <cstdint>
-#include <functional>
-#include <map>
-#include <memory>
 #include <ostream>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <QFile>
-#include <QTemporaryDir>
 
 #include <recording2/fileaccess.h>
 #include <recording2/inspection/verify/verification.h>
@@ -55,8 +44,7 @@ inline std::string recordingBytes(bool withRanges, std::size_t more = 0)
     for (std::uint64_t i = 1; i <= 20; ++i) {
         recording.record(20, "7;1|34;1e+08,25000,2|50;" + std::string(more, ' '), 100 * i, withRanges && i % 2 == 0);
     }
-    TestSupport::HeaderFields header;
-    header.startMs = 1'700'000'000'000;
+    TestSupport::HeaderFields header{.startMs = 1'700'000'000'000};
     header.stopMs = header.startMs + 5'000;
     return recording.close(header);
 }
@@ -138,8 +126,8 @@ struct RewritingCase {
 
 class Rewriting : public testing::TestWithParam<RewritingCase> {
 protected:
-    [[nodiscard]] std::string path() const { return m_directory.filePath(QStringLiteral("a.rec")).toStdString(); }
-    [[nodiscard]] QString undoName() const { return m_directory.filePath(QStringLiteral("a.rec.undo")); }
+    [[nodiscard]] std::string path() const { return m_directory.filePath("a.rec").toStdString(); }
+    [[nodiscard]] QString undoName() const { return m_directory.filePath("a.rec.undo"); }
     [[nodiscard]] std::string bytes() const { return TestSupport::readFile(QString::fromStdString(path())); }
 
     void lay() const

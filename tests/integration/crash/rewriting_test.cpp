@@ -1,29 +1,13 @@
 // Bookmarks and channel ranges that are stored while the process is killed, or a call of the system fails: at every
 // call what was before or what is to be can be read, and whoever changes the file next goes on from there.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cerrno>
-#include <cstdint>
-#include <set>
-#include <string>
-#include <vector>
-
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 
 #include "rewriting.h"
 
 namespace CrashTests {
 namespace {
 
-using testing::AnyOf;
-using testing::Eq;
+using namespace testing;
 
 TEST_P(Rewriting, LeavesTheOldOrTheNewStateAtEveryCallOfTheSystem)
 {
@@ -158,13 +142,13 @@ TEST_P(Rewriting, OfAFileThatTookTheNameWhileTheLockWasWaitedForChangesThatOne)
     const QString name = QString::fromStdString(path());
     auto file = openFile(path());
     beforeLocking = [&] {
-        EXPECT_TRUE(QFile::rename(name, name + QStringLiteral(".aside")));
+        EXPECT_TRUE(QFile::rename(name, name + ".aside"));
         TestSupport::writeFile(name, before);
     };
     static_cast<void>(changed(*file));
     file.reset();
     EXPECT_EQ(tables(), after);
-    EXPECT_EQ(TestSupport::readFile(name + QStringLiteral(".aside")), before);
+    EXPECT_EQ(TestSupport::readFile(name + ".aside"), before);
 }
 
 INSTANTIATE_TEST_SUITE_P(Changes, Rewriting,

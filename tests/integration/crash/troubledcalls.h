@@ -1,9 +1,7 @@
 // Calls of the system that go through functions of the test, which kill the process, fail, or are only noted.
 #pragma once
 
-#include <functional>
-#include <string>
-#include <vector>
+#include "support/testing.h"
 
 namespace CrashTests {
 

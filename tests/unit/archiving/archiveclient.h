@@ -1,8 +1,6 @@
 // Fixture of the tests of what files say to the archive.
 #pragma once
 
-#include <QFile>
-
 #include <recording2/fileaccess.h>
 
 #include "../recording/recorder_fixture.h"

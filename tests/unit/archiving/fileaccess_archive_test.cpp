@@ -1,9 +1,4 @@
 // What a file says to the archive when it is opened, closed and destroyed, and what it does with the answers.
-#include <stdexcept>
-
-#include <QDir>
-#include <QFileInfo>
-
 #include <recording2/filenames.h>
 
 #include "archiveclient.h"

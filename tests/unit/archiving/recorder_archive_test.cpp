@@ -1,8 +1,4 @@
 // What a recorder's files say to the archive over the life of a recording: starts, splits, stops, several recorders.
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-
 #include "../recording/recorder_fixture.h"
 #include "scriptedarchive.h"
 

@@ -1,13 +1,10 @@
 // Fields read as a standard stream reads them, whatever the bytes and the buffer are.
 #include <recording2/format/cursor.h>
 
-#include <limits>
 #include <random>
-#include <sstream>
-
-#include <gtest/gtest.h>
 
 #include "support/memorysource.h"
+#include "support/testing.h"
 
 using Recording2::Format::Cursor;
 using Recording2::Format::FieldStatus;

@@ -1,12 +1,8 @@
 // The bytes of the journal: what is whole is told from what is not.
-#include <gtest/gtest.h>
-
-#include <cstddef>
-#include <cstdint>
-#include <string>
-
 #include <recording2/format/journal.h>
 #include <recording2/format/wordchecksum.h>
+
+#include "support/testing.h"
 
 namespace FormatTests {
 namespace {

@@ -1,15 +1,9 @@
 // The bytes that say what a recording held before a change: whole, or nothing.
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <limits>
-#include <string>
-
 #include <recording2/format/undo.h>
 
-using Recording2::Format::decodeUndo;
-using Recording2::Format::encodeUndo;
-using Recording2::Format::Undo;
+#include "support/testing.h"
+
+using namespace Recording2::Format;
 
 namespace {
 

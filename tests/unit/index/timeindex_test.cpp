@@ -1,10 +1,9 @@
 // The time index beside two ordered maps, which must answer the same.
 #include <recording2/index/timeindex.h>
 
-#include <map>
 #include <random>
 
-#include <gtest/gtest.h>
+#include "support/testing.h"
 
 using Recording2::Index::TimeEntry;
 using Recording2::Index::TimeIndex;

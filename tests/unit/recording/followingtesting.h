@@ -1,7 +1,6 @@
 // A recorder that writes at random, and those who follow what it writes.
 #pragma once
 
-#include <algorithm>
 #include <random>
 
 #include <recording2/inspection/following.h>

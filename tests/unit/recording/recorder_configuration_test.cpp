@@ -1,6 +1,4 @@
 // What a recorder reads of its configuration, and what it takes where nothing is said.
-#include <QDir>
-
 #include <startup/cfgcenter.h>
 #include <vkbase/vkexception.h>
 

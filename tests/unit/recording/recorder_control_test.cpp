@@ -1,9 +1,4 @@
 // Switching recordings on and off, and splitting them.
-
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-
 #include "recorder_fixture.h"
 
 namespace RecorderTests {

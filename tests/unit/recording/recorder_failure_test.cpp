@@ -1,6 +1,4 @@
 // What happens when a value or another observer fails: who is told, and what becomes of the file.
-#include <stdexcept>
-
 #include <vkbase/vkexception.h>
 
 #include "recorder_fixture.h"

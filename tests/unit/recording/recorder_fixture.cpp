@@ -1,8 +1,6 @@
 // Makes, starts and stops the recorder, and reads its file back in two ways.
 #include "recorder_fixture.h"
 
-#include <algorithm>
-
 #include <recording2/fileaccess_p.h>
 
 void Recording2::FileAccessTestPeer::failWriting(CFileAccess& file)

@@ -1,10 +1,6 @@
 // Fixture of the tests that look into the recorder: the recorder itself, and the door to what it keeps.
 #pragma once
 
-#include <gmock/gmock.h>
-
-#include <memory>
-
 #include <recording2/recording.h>
 
 #include "station.h"

@@ -1,9 +1,5 @@
 // A recording is read while it is written: what is shown is what was accepted, no more and, in the end, no less.
-
 #include <atomic>
-#include <thread>
-
-#include <QFile>
 
 #include "followingtesting.h"
 

@@ -1,9 +1,4 @@
 // What does not give its check is not shown while a recording is written: half an entry, another's, a damaged record.
-
-#include <string_view>
-
-#include <QFile>
-
 #include <recording2/format/journal.h>
 
 #include "followingtesting.h"

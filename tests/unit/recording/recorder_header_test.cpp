@@ -1,6 +1,4 @@
 // The header of a finished recording: what values told of its range, its times, its texts.
-#include <limits>
-
 #include "recorder_fixture.h"
 
 namespace RecorderTests {

@@ -1,9 +1,4 @@
 // The names that a recorder gives to its files.
-
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-
 #include "recorder_fixture.h"
 #include "zone.h"
 
@@ -26,19 +21,43 @@ protected:
     const Zone zone{"Europe/Berlin"};
 };
 
-TEST_F(RecorderNaming, NameIsCaptionDeviceAndUtc)
+struct Name {
+    const char* what;
+    const char* expected;
+    const char* keys = "";
+    const char* values = "";
+    std::vector<const char*> removed = {};
+};
+
+const std::vector<Name> Names{
+    {"caption, device and UTC", "North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00.tmp"},
+    {"local time where configured", "North_Site__RX_1__2018-09-19__14-03-07.tmp", "RecordingNameLocalTime = true"},
+    {"a keyword map without caption", "RX_1__2018-09-19__12-03-07_UTC+02-00.tmp", "", "LEVEL = \"/LEVEL\""},
+    {"no caption in the tree", "RX_1__2018-09-19__12-03-07_UTC+02-00.tmp", "", "", {"/DEVICE_CAPTION"}},
+    {"a device without name",
+     "UNKNOWN__2018-09-19__12-03-07_UTC+02-00.tmp",
+     "",
+     "",
+     {"/Devices/Rx1/Adm/DRIVERNAME", "/DEVICE_CAPTION"}},
+    {"a name from a configured path", "Own__2018-09-19__12-03-07_UTC+02-00.tmp", "", "DEVICENAME = \"/MyName\""},
+};
+
+class RecorderNames : public RecorderNaming, public testing::WithParamInterface<Name> {};
+
+TEST_P(RecorderNames, AreMadeOfCaptionDeviceAndTime)
 {
+    SCOPED_TRACE(GetParam().what);
+    station.configure(GetParam().keys, GetParam().values);
+    station.add<Text>("/MyName").SetValue("Own");
+    for (const char* path : GetParam().removed) {
+        station.tree.Remove(path);
+    }
     makeRecorder();
-    EXPECT_EQ(startedName(), "North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00.tmp");
-    EXPECT_EQ(station.files().first(), "North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00.tmp");
+    EXPECT_EQ(startedName(), GetParam().expected);
+    EXPECT_EQ(station.files().first(), GetParam().expected);
 }
 
-TEST_F(RecorderNaming, NameTellsLocalTimeWhereConfigured)
-{
-    station.configure("RecordingNameLocalTime = true");
-    makeRecorder();
-    EXPECT_EQ(startedName(), "North_Site__RX_1__2018-09-19__14-03-07.tmp");
-}
+INSTANTIATE_TEST_SUITE_P(Every, RecorderNames, testing::ValuesIn(Names));
 
 TEST_F(RecorderNaming, NamesTellTheClockWhateverTimeRecordsHave)
 {
@@ -59,41 +78,11 @@ TEST_F(RecorderNaming, LocalTimeIsLookedUpAgainAtEveryStart)
     EXPECT_EQ(startedName(), "North_Site__RX_1__2018-09-19__12-03-08_UTC+02-00.tmp");
 }
 
-TEST_F(RecorderNaming, AKeywordMapWithoutCaptionGivesNamesThatBeginWithTheDevice)
-{
-    station.configure(QString(), "LEVEL = \"/LEVEL\"");
-    makeRecorder();
-    EXPECT_EQ(startedName(), "RX_1__2018-09-19__12-03-07_UTC+02-00.tmp");
-}
-
-TEST_F(RecorderNaming, ACaptionThatIsMissingFromTheTreeGivesNoPrefix)
-{
-    station.tree.Remove("/DEVICE_CAPTION");
-    makeRecorder();
-    EXPECT_EQ(startedName(), "RX_1__2018-09-19__12-03-07_UTC+02-00.tmp");
-}
-
 TEST_F(RecorderNaming, AnEmptyCaptionStillGivesItsUnderscores)
 {
     setCaption(QString());
     makeRecorder();
     EXPECT_EQ(startedName(), "__RX_1__2018-09-19__12-03-07_UTC+02-00.tmp");
-}
-
-TEST_F(RecorderNaming, ADeviceWithoutNameIsUnknown)
-{
-    station.tree.Remove("/Devices/Rx1/Adm/DRIVERNAME");
-    station.tree.Remove("/DEVICE_CAPTION");
-    makeRecorder();
-    EXPECT_EQ(startedName(), "UNKNOWN__2018-09-19__12-03-07_UTC+02-00.tmp");
-}
-
-TEST_F(RecorderNaming, TheDeviceNameMayComeFromAConfiguredPath)
-{
-    station.configure(QString(), "DEVICENAME = \"/MyName\"");
-    station.add<Text>("/MyName").SetValue("Own");
-    makeRecorder();
-    EXPECT_EQ(startedName(), "Own__2018-09-19__12-03-07_UTC+02-00.tmp");
 }
 
 TEST_F(RecorderNaming, NamesAreInTheEncodingOfThePlatform)

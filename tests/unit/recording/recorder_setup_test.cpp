@@ -1,8 +1,5 @@
 // Construction, published status values and the end of a recorder.
 #include <cstring>
-#include <stdexcept>
-
-#include <QFileInfo>
 
 #include <startup/cfgcenter.h>
 #include <startup/translationcenter.h>

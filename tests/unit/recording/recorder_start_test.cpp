@@ -1,6 +1,4 @@
 // What a new file begins with: the type table and the state of everything that is recorded.
-#include <algorithm>
-
 #include "recorder_fixture.h"
 #include "scripted_value.h"
 

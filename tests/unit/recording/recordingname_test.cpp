@@ -1,8 +1,4 @@
 // The file name of a recording: its texts, its time, its length.
-#include <QDateTime>
-
-#include <gtest/gtest.h>
-
 #include <recording2/record/recordingname.h>
 
 #include "zone.h"

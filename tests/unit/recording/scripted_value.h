@@ -1,10 +1,9 @@
 // A value that does what a test tells it to, failing included.
 #pragma once
 
-#include <functional>
-#include <string>
-
 #include <values/valuebase.h>
+
+#include "support/testing.h"
 
 namespace RecorderTests {
 

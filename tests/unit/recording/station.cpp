@@ -1,29 +1,11 @@
 // The values of all keywords, their switches, the collected traces, the files recorded.
 #include "station.h"
 
-#include <algorithm>
-#include <memory>
-#include <tuple>
-
-#include <QDir>
-#include <QMessageLogContext>
-
 #include <startup/cfgcenter.h>
 
 namespace RecorderTests {
 
 namespace {
-
-std::vector<TraceLog::Line>& tracedLines()
-{
-    static std::vector<TraceLog::Line> lines;
-    return lines;
-}
-
-void collect(QtMsgType /*type*/, const QMessageLogContext& context, const QString& message)
-{
-    tracedLines().push_back({message, QString::fromUtf8(context.category), context.line});
-}
 
 constexpr const char* NumberPaths[]{"/Devices/Rx1/Mon/BANDWIDTH",
                                     "/Devices/Rx1/Mon/SquelchValue",
@@ -60,31 +42,6 @@ constexpr const char* NumberPaths[]{"/Devices/Rx1/Mon/BANDWIDTH",
                                     "/ROLL"};
 
 }  // namespace
-
-TraceLog::TraceLog(std::uint32_t mask) : m_maskBefore(ErrorHandler::Instance().TraceMask())
-{
-    tracedLines().clear();
-    qInstallMessageHandler(collect);
-    ErrorHandler::Instance().SetTraceMask(mask);
-}
-
-TraceLog::~TraceLog()
-{
-    ErrorHandler::Instance().SetTraceMask(m_maskBefore);
-    qInstallMessageHandler(nullptr);
-}
-
-const std::vector<TraceLog::Line>& TraceLog::lines() const
-{
-    return tracedLines();
-}
-
-const TraceLog::Line* TraceLog::find(const QString& text) const
-{
-    const auto found =
-        std::find_if(lines().begin(), lines().end(), [&text](const Line& line) { return line.text == text; });
-    return found == lines().end() ? nullptr : &*found;
-}
 
 Environment::Environment(const char* name, const QByteArray& value)
     : m_name(name), m_wasSet(qEnvironmentVariableIsSet(name)), m_before(qgetenv(name))

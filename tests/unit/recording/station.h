@@ -1,21 +1,17 @@
 // What the tests of the recorder share: a station without devices, whose clock, tree and configuration they hold.
 #pragma once
 
-#include <functional>
 #include <initializer_list>
-#include <utility>
-
-#include <QStringList>
-#include <QTemporaryDir>
 
 #include <values/maps.h>
 #include <values/selection.h>
 #include <values/tree.h>
 #include <values/value.h>
 #include <vkbase/quonos.h>
-#include <vkbase/trace.h>
 
 #include "support/modelreader.h"
+#include "support/testing.h"
+#include "support/tracelog.h"
 
 namespace RecorderTests {
 
@@ -44,26 +40,7 @@ public:
     unsigned long long now = Noon;
 };
 
-/// Collects what is logged while it exists; the trace mask is put back at the end.
-class TraceLog {
-public:
-    struct Line {
-        QString text;
-        QString source;
-        int line;
-    };
-
-    explicit TraceLog(std::uint32_t mask = ErrorHandler::RecordingTraces);
-    TraceLog(const TraceLog&) = delete;
-    TraceLog& operator=(const TraceLog&) = delete;
-    ~TraceLog();
-
-    [[nodiscard]] const std::vector<Line>& lines() const;
-    [[nodiscard]] const Line* find(const QString& text) const;  ///< the first line of exactly that text, or null
-
-private:
-    std::uint32_t m_maskBefore;
-};
+using TestSupport::TraceLog;
 
 /// Hands the changes of a value to a function while it exists. The value must outlive it.
 class Listener final : public IObserver {

@@ -67,9 +67,7 @@ protected:
             last = std::max(last + 1, record.time);
             record.time = last;
         }
-        HeaderFields header;
-        header.startMs = StartMs;
-        header.stopMs = StopMs;
+        HeaderFields header{.startMs = StartMs, .stopMs = StopMs};
         close(*file, header);
     }
     bool load()

@@ -1,12 +1,8 @@
 // Storing bookmarks: when the file is changed, what is left of its bytes, and what another program stored meanwhile.
-#include <gmock/gmock.h>
-
-#include <stdexcept>
-
 #include <recording2/format/undo.h>
 
 #include "replay_fixture.h"
-#include "unit/tracelog.h"
+#include "support/tracelog.h"
 
 using namespace ReplayTests;
 using namespace testing;
@@ -39,11 +35,11 @@ TEST_F(BookmarksTest, WhatCannotBeStoredIsTracedWithTheNameOfTheFile)
     file->addBookmark(10, "a");
     TestSupport::writeFile(filePath(Name), TestSupport::headerArea());
     {
-        const FileAccessTests::TraceLog log(~ErrorHandler::RecordingTraces);
+        const TestSupport::TraceLog log(~ErrorHandler::RecordingTraces);
         file->writeBookmarks();
         EXPECT_EQ(log.count(message), 0);
     }
-    const FileAccessTests::TraceLog log(ErrorHandler::RecordingTraces);
+    const TestSupport::TraceLog log(ErrorHandler::RecordingTraces);
     file->writeBookmarks();
     EXPECT_EQ(log.count(message), 1);
     TestSupport::writeFile(filePath(Name), m_file.bytes());

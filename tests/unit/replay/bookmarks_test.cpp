@@ -1,6 +1,4 @@
 // Bookmarks: in memory, in the file, and what every change leaves of the file's bytes.
-#include <gmock/gmock.h>
-
 #include "replay_fixture.h"
 
 namespace {

@@ -1,10 +1,6 @@
 // Clearing and rebuilding channel ranges: what is left of the file's bytes, and what another program stored meanwhile.
-#include <gmock/gmock.h>
-
-#include <cstddef>
-
 #include "replay_fixture.h"
-#include "unit/tracelog.h"
+#include "support/tracelog.h"
 
 using namespace ReplayTests;
 using testing::IsEmpty;
@@ -175,11 +171,11 @@ TEST_F(ChannelRangesTest, WhatCannotBeRebuiltIsTracedWithTheNameOfTheFile)
     file->addChannelRangeDef(10);
     TestSupport::writeFile(filePath(Name), TestSupport::headerArea());
     {
-        const FileAccessTests::TraceLog log(~ErrorHandler::RecordingTraces);
+        const TestSupport::TraceLog log(~ErrorHandler::RecordingTraces);
         file->rebuildChannelRangeDef();
         EXPECT_EQ(log.count(message), 0);
     }
-    const FileAccessTests::TraceLog log(ErrorHandler::RecordingTraces);
+    const TestSupport::TraceLog log(ErrorHandler::RecordingTraces);
     file->rebuildChannelRangeDef();
     EXPECT_EQ(log.count(message), 1);
     TestSupport::writeFile(filePath(Name), m_file.bytes());

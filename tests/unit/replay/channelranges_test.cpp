@@ -1,8 +1,4 @@
 // Channel range definitions: finding them in a recording, and what clearing and rebuilding leave of the file's bytes.
-#include <gmock/gmock.h>
-
-#include <cstddef>
-
 #include "replay_fixture.h"
 
 namespace {

@@ -1,9 +1,4 @@
 // Writes that fail half-way, and files that may not be written. Limits of the process are set in a child of its own.
-
-#include <algorithm>
-#include <cstddef>
-#include <functional>
-
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>

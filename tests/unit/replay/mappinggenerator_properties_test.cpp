@@ -1,8 +1,4 @@
 // MappingGenerator on random recordings of a live bearing map: what is replayed is what the map held.
-
-#include <algorithm>
-#include <limits>
-
 #include "bearingrecording.h"
 
 namespace {
@@ -240,10 +236,7 @@ protected:
     void lay(const std::vector<StoredRecord>& records) const
     {
         TestSupport::ByteBuilder file(TestSupport::headerArea());
-        HeaderFields header;
-        header.startMs = StartMs;
-        header.stopMs = StopMs;
-        header.firstRecord = file.position();
+        HeaderFields header{.startMs = StartMs, .stopMs = StopMs, .firstRecord = file.position()};
         TestSupport::ByteBuilder times;
         Times definitions;
         for (const StoredRecord& record : records) {

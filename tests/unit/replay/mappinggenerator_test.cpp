@@ -1,8 +1,4 @@
 // MappingGenerator on small recordings: which records of a span reach the map.
-#include <gmock/gmock.h>
-
-#include <stdexcept>
-
 #include <values/tree.h>
 #include <vkbase/vkexception.h>
 

@@ -1,8 +1,6 @@
 // Reads record after record by a plain index, and finds the channel range in force.
 #include "stepreplay.h"
 
-#include <utility>
-
 namespace ReplayTests {
 
 StepReplay::StepReplay(std::vector<StoredRecord> records) : m_records(std::move(records))

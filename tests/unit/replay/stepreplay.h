@@ -1,12 +1,7 @@
 // Replays a recording step by step on a plain list of its records: which texts a bearing map is given, in order.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <map>
-#include <set>
-#include <string>
-#include <vector>
+#include "support/testing.h"
 
 namespace ReplayTests {
 

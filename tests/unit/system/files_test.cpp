@@ -1,14 +1,10 @@
 // What the operating system's room promises of names, files and locks, on every system.
 #include <filesystem>
-#include <fstream>
-#include <string>
-
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 #include <system/lockfile.h>
 #include <system/nativefile.h>
+
+#include "support/testing.h"
 
 namespace SystemTests {
 namespace {

@@ -4,14 +4,11 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include <system/program.h>
 #include <system/stopsignal.h>
+
+#include "support/testing.h"
 
 namespace SystemTests {
 namespace {
