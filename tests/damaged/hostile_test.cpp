@@ -1,11 +1,5 @@
 // Files that somebody made so that reading them would take for ever, or all memory or disk. Where a reader once did the
 // square of the work, the file is so large that this would take many minutes, which is more than a test may take.
-#include <limits>
-
-#include <gtest/gtest.h>
-#include <QFileInfo>
-#include <QTemporaryDir>
-
 #include <recording2/fileaccess.h>
 #include <recording2/inspection/inspection.h>
 #include <recording2/inspection/rescue/salvage.h>
@@ -14,13 +8,11 @@
 #include <recording2/recordmodel.h>
 
 #include "support/recordingbytes.h"
+#include "support/testing.h"
 
 namespace {
 
-using Recording2::CFileAccess;
-using Recording2::CVTCmdData;
-using Recording2::CVTTypesData;
-using Recording2::S_TYPES;
+using namespace Recording2;
 using TestSupport::ByteBuilder;
 using TestSupport::HeaderFields;
 namespace Inspection = Recording2::Inspection;
@@ -137,9 +129,7 @@ TEST_F(HostileFile, DefinitionsThatNameOneLongMomentLookThroughItOnce)
         ranges.time(time);
         body.raw(TestSupport::recordBytes(7, "x"));
     }
-    HeaderFields header;
-    header.firstRecord = HeaderArea;
-    header.timeTable = HeaderArea + body.position();
+    HeaderFields header{.firstRecord = HeaderArea, .timeTable = HeaderArea + body.position()};
     header.channelRangeTable = header.timeTable + times.position();
     write(header, body.bytes() + times.bytes() + ranges.bytes());
     CFileAccess file = open();
@@ -268,11 +258,10 @@ TEST_F(HostileFile, TheLastTimeOfAllIsNotFollowedByAnother)
     const auto first = static_cast<std::int64_t>(TestSupport::recordBytes(7, "first").size());
     ByteBuilder times;
     times.time(0).number(HeaderArea).time(Latest).number(HeaderArea + first);
-    HeaderFields header;
-    header.startMs = Latest;
-    header.stopMs = Latest;
-    header.firstRecord = HeaderArea;
-    header.timeTable = HeaderArea + static_cast<std::int32_t>(records.size());
+    HeaderFields header{.startMs = Latest,
+                        .stopMs = Latest,
+                        .firstRecord = HeaderArea,
+                        .timeTable = HeaderArea + static_cast<std::int32_t>(records.size())};
     write(header, records + times.bytes());
     CFileAccess file = open();
     file.addChannelRangeDef(Latest);

@@ -1,18 +1,13 @@
 // The library against recordings that an independent generator made: it writes the same bytes and reads the same
 // values.
-#include <gmock/gmock.h>
-#include <QTemporaryDir>
-
 #include <recording2/inspection/inspection.h>
 
 #include "support/libraryobjects.h"
+#include "support/testing.h"
 
 namespace {
 
-using Recording2::CFileAccess;
-using Recording2::CHeaderData;
-using Recording2::CVTCmdData;
-using Recording2::CVTTypesData;
+using namespace Recording2;
 using namespace testing;
 namespace Inspection = Recording2::Inspection;
 

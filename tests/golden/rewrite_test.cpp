@@ -1,13 +1,8 @@
 // The library rewrites finished recordings into the bytes that an independent generator made.
-#include <functional>
-
-#include <gtest/gtest.h>
-#include <QFile>
-#include <QTemporaryDir>
-
 #include <recording2/fileaccess.h>
 
 #include "support/recordingbytes.h"
+#include "support/testing.h"
 
 namespace {
 

@@ -1,38 +1,20 @@
 // Direction finding of animals near Salento, Colombia: recorded by the real program, read back and replayed.
-#include <algorithm>
-#include <cmath>
-#include <map>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include <QCoreApplication>
-#include <QDateTime>
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
-
 #include <nlohmann/json.hpp>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <recording2/fileaccess.h>
 #include <recording2/mappinggenerator.h>
 #include <values/maps.h>
 #include <values/value.h>
 
+#include "support/program.h"
+
 namespace {
 
-using testing::Each;
-using testing::HasSubstr;
-using testing::SizeIs;
+using namespace testing;
 using Replayed = values::FastValueMap<values::Bearing, values::BearingHandler>;
 
 constexpr std::size_t bearingsInFile = 286;
 constexpr std::size_t rowsWithoutAzimuth = 193;
-constexpr int logPatienceMs = 60'000;
 
 // A row with an azimuth, read without the code under test.
 struct Row {
@@ -53,9 +35,8 @@ double degrees(const QStringList& fields, int column)
 
 Row parseRow(const QStringList& fields)
 {
-    const QDate date =
-        QDate::fromString(fields[0].left(6) + QStringLiteral("20") + fields[0].mid(6), QStringLiteral("MM/dd/yyyy"));
-    const QDateTime local(date, QTime::fromString(fields[1], QStringLiteral("h:mm")), Qt::OffsetFromUTC, -5 * 3600);
+    const QDate date = QDate::fromString(fields[0].left(6) + QStringLiteral("20") + fields[0].mid(6), "MM/dd/yyyy");
+    const QDateTime local(date, QTime::fromString(fields[1], "h:mm"), Qt::OffsetFromUTC, -5 * 3600);
     return {static_cast<unsigned long long>(local.toMSecsSinceEpoch()) * 1000,
             std::round(fields[13].toDouble() * 1000) * 1000,
             fields[16].toDouble(),
@@ -189,7 +170,7 @@ protected:
     void SetUp() override
     {
         const QString directory = qEnvironmentVariable("RECORDING2_TEST_DATA", QString::fromUtf8(TEST_DATA_DIRECTORY));
-        m_log = QDir(directory).absoluteFilePath(QStringLiteral("telemetria_Salento.csv"));
+        m_log = QDir(directory).absoluteFilePath("telemetria_Salento.csv");
         if (!QFile::exists(m_log)) {
             GTEST_SKIP() << "no real log: " << m_log.toStdString() << " is missing";
         }
@@ -199,23 +180,16 @@ protected:
     // Runs the program on a file, or on the standard input when it is "-"; gives the summary.
     nlohmann::json run(const QString& file, const QStringList& more = {})
     {
-        static int argc = 1;
-        static char name[] = "test";
-        static char* argv[] = {name, nullptr};
-        static const QCoreApplication application(argc, argv);
+        TestSupport::requireApplication();
         QProcess process;
         process.setWorkingDirectory(m_directory.path());
         process.setStandardInputFile(m_log);
-        process.start(
-            QStringLiteral(RECSTATION),
-            QStringList{QStringLiteral("--json"), QStringLiteral("--quiet"), QStringLiteral("bearings"), file,
-                        QStringLiteral("--date-format"), QStringLiteral("MM/dd/yy"), QStringLiteral("--utc-offset"),
-                        QStringLiteral("-05:00"), QStringLiteral("--latitude-column"),
-                        QStringLiteral("Gradosx,minx,segx"), QStringLiteral("--longitude-column"),
-                        QStringLiteral("Gradosy,miny,segy"), QStringLiteral("--west"),
-                        QStringLiteral("--frequency-column"), QStringLiteral("frec")} +
-                more);
-        EXPECT_TRUE(process.waitForFinished(logPatienceMs));
+        process.start(RECSTATION,
+                      QStringList{"--json", "--quiet", "bearings", file, "--date-format", "MM/dd/yy", "--utc-offset",
+                                  "-05:00", "--latitude-column", "Gradosx,minx,segx", "--longitude-column",
+                                  "Gradosy,miny,segy", "--west", "--frequency-column", "frec"} +
+                          more);
+        EXPECT_TRUE(process.waitForFinished(TestSupport::PatienceMs));
         EXPECT_EQ(process.exitCode(), 0);
         m_messages = process.readAllStandardError().toStdString();
         return nlohmann::json::parse(process.readAllStandardOutput().toStdString());
@@ -327,7 +301,7 @@ TEST_F(Salento, AReplayOfTheWholeRecordingEndsWithTheNewestBearingOfEveryChannel
 TEST_F(Salento, TheStandardInputGivesTheSameBearings)
 {
     const Contents file = Reader(recorded(m_log)).read();
-    const Contents piped = Reader(recorded(QStringLiteral("-"))).read();
+    const Contents piped = Reader(recorded("-")).read();
     ASSERT_EQ(piped.bearings.size(), file.bearings.size());
     for (std::size_t i = 0; i < file.bearings.size(); ++i) {
         EXPECT_EQ(piped.bearings[i].indexMs, file.bearings[i].indexMs);
@@ -340,7 +314,7 @@ TEST_F(Salento, TheStandardInputGivesTheSameBearings)
 
 TEST_F(Salento, OneStationCanBeRecordedAlone)
 {
-    const Contents contents = Reader(recorded(m_log, {QStringLiteral("--station"), QStringLiteral("E11")})).read();
+    const Contents contents = Reader(recorded(m_log, {"--station", "E11"})).read();
     EXPECT_EQ(contents.deviceName, "E11");
     EXPECT_THAT(contents.bearings, SizeIs(testing::AllOf(testing::Gt(0U), testing::Le(7U))));
     EXPECT_THAT(m_messages, testing::Not(HasSubstr("bad")));

@@ -1,11 +1,8 @@
 // What a self-check judges by: it must notice what was never recorded, and what is missing.
 #include "selfcheck/faults.h"
 
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
-#include <recording2/fileaccess.h>
+#include "support/libraryobjects.h"
+#include "support/testing.h"
 
 namespace RecTool::SelfCheck {
 namespace {
@@ -21,15 +18,12 @@ protected:
     {
         using namespace Recording2;
         std::string path = m_folder.filePath(QString::fromLatin1(name)).toStdString();
-        CFileAccess file(path.c_str(), QStringLiteral("/Check"), nullptr, true, false, false, nullptr, nullptr);
-        CVTCmdData record;
-        record.set_cmd(36);
+        CFileAccess file(path.c_str(), "/Check", nullptr, true, false, false, nullptr, nullptr);
         for (const Change& change : changes) {
-            record.set_str(change.data, static_cast<std::int32_t>(std::char_traits<char>::length(change.data)));
+            CVTCmdData record = TestSupport::makeRecord(36, change.data);
             file.write(record, change.timeMs, false);
         }
-        CHeaderData header;
-        header.set_version(2, 0);
+        CHeaderData header = TestSupport::makeHeader({});
         file.CloseRecording(header, true);
         return path;
     }
@@ -53,32 +47,25 @@ TEST_F(SelfCheckComparison, TheReferenceKnowsWhatStandsInFrontOfTheSteps)
 TEST_F(SelfCheckComparison, AReferenceWithFewerRecordsThanStepsIsNone)
 {
     EXPECT_NE(Reference::read(write("short.rec", {{10, "0"}, {20, "1"}}), 3).problem, "");
-    EXPECT_NE(Reference::read(m_folder.filePath(QStringLiteral("none.rec")).toStdString(), 3).problem, "");
+    EXPECT_NE(Reference::read(m_folder.filePath("none.rec").toStdString(), 3).problem, "");
 }
 
-TEST_F(SelfCheckComparison, ABeginningIsOne)
+TEST_F(SelfCheckComparison, ABeginningIsOneAndWhatLacksARecordOrHasAWrongTimeIsNone)
 {
-    const Comparison comparison = compared({{10, "0"}, {20, "1"}, {30, "2"}});
-    EXPECT_EQ(comparison.problem, "");
-    EXPECT_EQ(comparison.records, 3U);
-    EXPECT_TRUE(comparison.isBeginning);
-}
-
-TEST_F(SelfCheckComparison, ARecordLeftOutIsNoBeginningButNothingIsInvented)
-{
-    const Comparison comparison = compared({{10, "0"}, {30, "2"}});
-    EXPECT_EQ(comparison.problem, "");
-    EXPECT_EQ(comparison.records, 2U);
-    EXPECT_EQ(comparison.exactTimes, 2U);
-    EXPECT_FALSE(comparison.isBeginning);
-}
-
-TEST_F(SelfCheckComparison, AWrongTimeIsNoBeginning)
-{
-    const Comparison comparison = compared({{10, "0"}, {21, "1"}});
-    EXPECT_EQ(comparison.problem, "");
-    EXPECT_EQ(comparison.exactTimes, 1U);
-    EXPECT_FALSE(comparison.isBeginning);
+    struct {
+        std::vector<Change> changes;
+        std::uint64_t exactTimes;
+        bool isBeginning;
+    } const cases[]{{{{10, "0"}, {20, "1"}, {30, "2"}}, 3, true},
+                    {{{10, "0"}, {30, "2"}}, 2, false},
+                    {{{10, "0"}, {21, "1"}}, 1, false}};
+    for (const auto& [changes, exactTimes, isBeginning] : cases) {
+        const Comparison comparison = compared(changes);
+        EXPECT_EQ(comparison.problem, "") << "nothing is invented";
+        EXPECT_EQ(comparison.records, changes.size());
+        EXPECT_EQ(comparison.exactTimes, exactTimes);
+        EXPECT_EQ(comparison.isBeginning, isBeginning);
+    }
 }
 
 TEST_F(SelfCheckComparison, WhatWasNeverRecordedIsAProblem)
@@ -90,7 +77,7 @@ TEST_F(SelfCheckComparison, WhatWasNeverRecordedIsAProblem)
 
 TEST_F(SelfCheckComparison, AFileThatCannotBeReadIsAProblem)
 {
-    EXPECT_NE(compare(m_folder.filePath(QStringLiteral("none.rec")).toStdString(), m_reference).problem, "");
+    EXPECT_NE(compare(m_folder.filePath("none.rec").toStdString(), m_reference).problem, "");
 }
 
 }  // namespace

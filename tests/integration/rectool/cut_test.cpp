@@ -1,12 +1,4 @@
 // Parts of recordings: what is in force in them, when, and what is left behind when they cannot be written.
-#include <algorithm>
-#include <cstdint>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <recording2/fileaccess.h>
 #include <recording2/mappinggenerator.h>
 #include <values/recordingtext.h>
@@ -21,10 +13,7 @@ namespace {
 
 using namespace RecToolTests;
 using RecTool::ExitCode;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
+using namespace testing;
 namespace Inspection = Recording2::Inspection;
 
 class Cut : public testing::Test {
@@ -60,27 +49,15 @@ bool isSound(const std::string& file)
            Inspection::walkRecords(file, summary, [](const Inspection::Record&) { return true; }).empty();
 }
 
-/// The map that replay makes of a whole recording.
-std::string replayed(const std::string& file)
+/// The map that replay makes of a recording, from its begin or from a clock time within it.
+std::string replayed(const std::string& file, std::optional<std::uint64_t> clockMs = std::nullopt)
 {
     Recording2::MappingGenerator generator;
     Recording2::MappingGenerator::BearingMap map;
     long long start = 0;
     long long stop = 0;
     EXPECT_TRUE(generator.LoadRecording(start, stop, file.c_str(), nullptr));
-    generator.RequestMapping(map, start, stop);
-    return map.GetObjectStateStringForRecording();
-}
-
-/// The map of a recording when replay begins at a clock time within it.
-std::string replayedFrom(const std::string& file, std::uint64_t clockMs)
-{
-    Recording2::MappingGenerator generator;
-    Recording2::MappingGenerator::BearingMap map;
-    long long start = 0;
-    long long stop = 0;
-    EXPECT_TRUE(generator.LoadRecording(start, stop, file.c_str(), nullptr));
-    generator.RequestMapping(map, static_cast<long long>(clockMs) * 1000, stop);
+    generator.RequestMapping(map, clockMs ? static_cast<long long>(*clockMs) * 1000 : start, stop);
     return map.GetObjectStateStringForRecording();
 }
 
@@ -182,7 +159,7 @@ TEST_F(Cut, AtAnyMomentReplayGoesOnAsInTheSource)
         ASSERT_EQ(cut(source, std::to_string(from), "", part).exitCode, ExitCode::Fine);
         EXPECT_EQ(replayed(part), replayed(source)) << from;
         if (from > 1000) {  // the source's table does not name the range that came then, the part's does
-            EXPECT_EQ(replayedFrom(part, 1'700'000'000'000 + from), replayed(source)) << from;
+            EXPECT_EQ(replayed(part, 1'700'000'000'000 + from), replayed(source)) << from;
         }
     }
 }

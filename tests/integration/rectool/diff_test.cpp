@@ -1,8 +1,4 @@
 // Differences between two moments of a recording.
-#include <cstdint>
-#include <string>
-
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include "randomrecording.h"

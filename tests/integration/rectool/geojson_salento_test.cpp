@@ -1,16 +1,4 @@
 // Direction finding of animals near Salento, Colombia: recorded by the real program and drawn.
-#include <algorithm>
-#include <cmath>
-#include <utility>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <QDateTime>
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-
 #include "geo/geodesic.h"
 #include "geojsontesting.h"
 
@@ -32,11 +20,11 @@ QString sorted(const QString& log, const QTemporaryDir& folder)
     while (!from.atEnd()) {
         const QByteArray row = from.readLine().trimmed();
         const QString time = QString::fromLatin1(row).section(QLatin1Char(';'), 0, 1);
-        rows.emplace_back(QDateTime::fromString(time, QStringLiteral("MM/dd/yy;h:mm")), row);
+        rows.emplace_back(QDateTime::fromString(time, "MM/dd/yy;h:mm"), row);
     }
     std::stable_sort(rows.begin(), rows.end(),
                      [](const auto& one, const auto& other) { return one.first < other.first; });
-    QFile to(folder.filePath(QStringLiteral("sorted.csv")));
+    QFile to(folder.filePath("sorted.csv"));
     EXPECT_TRUE(to.open(QIODevice::WriteOnly));
     to.write(header);
     for (const auto& [time, row] : rows) {
@@ -62,7 +50,7 @@ protected:
     void SetUp() override
     {
         const QString directory = qEnvironmentVariable("RECORDING2_TEST_DATA", QString::fromUtf8(TEST_DATA_DIRECTORY));
-        const QString log = QDir(directory).filePath(QStringLiteral("telemetria_Salento.csv"));
+        const QString log = QDir(directory).filePath("telemetria_Salento.csv");
         if (!QFile::exists(log)) {
             GTEST_SKIP() << "no real log: " << log.toStdString() << " is missing";
         }

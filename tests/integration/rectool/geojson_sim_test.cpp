@@ -1,10 +1,4 @@
 // The simulated direction finder knows where its transmitters stand: the fixes must be there.
-#include <cmath>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <QTemporaryDir>
-
 #include "geo/geodesic.h"
 #include "geojsontesting.h"
 #include "sources/sim/scenery.h"

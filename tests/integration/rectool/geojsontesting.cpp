@@ -1,11 +1,6 @@
 // Checks a GeoJSON document shape by shape.
 #include "geojsontesting.h"
 
-#include <cmath>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 using nlohmann::json;
 
 namespace {
@@ -82,8 +77,8 @@ void checkDocument(const json& document)
 
 QString recorded(const QString& folder, const QStringList& source)
 {
-    const ProgramResult result = runProgram(
-        QStringLiteral(RECSTATION), QStringList{"--json", "--quiet", "--record", "df", "--output", folder} + source);
+    const ProgramResult result =
+        runProgram(RECSTATION, QStringList{"--json", "--quiet", "--record", "df", "--output", folder} + source);
     EXPECT_EQ(result.exitCode, 0) << result.err;
     const json files = json::parse(result.out).at("files");
     EXPECT_EQ(files.size(), 1U);
@@ -92,7 +87,7 @@ QString recorded(const QString& folder, const QStringList& source)
 
 ProgramResult geoJson(const QString& file, const QStringList& more)
 {
-    return runProgram(QStringLiteral(RECTOOL), QStringList{"map", file, "--geojson"} + more);
+    return runProgram(RECTOOL, QStringList{"map", file, "--geojson"} + more);
 }
 
 json geoJsonDocument(const QString& file, const QStringList& more)

@@ -1,14 +1,12 @@
 // What the tests of "rectool map --geojson" share.
 #pragma once
 
-#include <string>
-#include <vector>
-
-#include <QString>
-#include <QStringList>
 #include <nlohmann/json.hpp>
 
-#include "runprogram.h"
+#include "support/program.h"
+
+using TestSupport::ProgramResult;
+using TestSupport::runProgram;
 
 /// Runs recstation, which must record one file for the direction finder. @return that file
 [[nodiscard]] QString recorded(const QString& folder, const QStringList& source);

@@ -1,16 +1,6 @@
 // Several recordings as one: order, numbers, times, and what is refused.
-#include <algorithm>
-#include <cstdint>
-#include <fstream>
-#include <map>
 #include <random>
-#include <set>
-#include <sstream>
-#include <string>
-#include <vector>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include <recording2/fileaccess.h>
@@ -24,9 +14,7 @@ namespace {
 
 using namespace RecToolTests;
 using RecTool::ExitCode;
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
+using namespace testing;
 using TestSupport::HeaderFields;
 using TestSupport::ReferenceRecording;
 namespace Inspection = Recording2::Inspection;
@@ -35,11 +23,7 @@ constexpr std::uint64_t Start = 1'600'000'000'000;
 
 HeaderFields headerFrom(std::uint64_t startMs, std::uint64_t stopMs, const std::string& device = "RX")
 {
-    HeaderFields header;
-    header.startMs = Start + startMs;
-    header.stopMs = Start + stopMs;
-    header.deviceName = device;
-    return header;
+    return {.startMs = Start + startMs, .stopMs = Start + stopMs, .deviceName = device};
 }
 
 class Merge : public testing::Test {

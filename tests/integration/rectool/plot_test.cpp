@@ -1,60 +1,28 @@
 // The pictures as users get them: what is in them, what is said about them, and what is refused.
-#include <cmath>
-#include <fstream>
 #include <iterator>
-#include <limits>
-#include <sstream>
-#include <string>
-#include <vector>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <QColor>
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QImage>
-#include <QProcess>
-#include <QStringList>
-#include <QTemporaryDir>
 #include <nlohmann/json.hpp>
 
 #include "filesizelimit.h"
+#include "support/program.h"
 #include "support/samplerecording.h"
 
 namespace {
 
 using nlohmann::json;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::IsEmpty;
+using namespace testing;
 
-struct Result {
-    int exitCode = -1;
-    std::string out;
-    std::string err;
-};
+using Result = TestSupport::ProgramResult;
 
-/// Runs the program as a service would: without a display, a home or anything else.
+/// Runs the program as a service would.
 Result rectool(const QStringList& arguments)
 {
-    constexpr int Patience = 60'000;
     QProcess process;
-    QProcessEnvironment environment;
-    for (const char* kept : {"PATH", "LD_LIBRARY_PATH", "UBSAN_OPTIONS"}) {
-        if (qEnvironmentVariableIsSet(kept)) {
-            environment.insert(kept, qEnvironmentVariable(kept));
-        }
-    }
-    // Of a build with sanitizers: whole stacks, by which the leaks of Qt are told from others.
-    environment.insert("ASAN_OPTIONS", "fast_unwind_on_malloc=0:" + qEnvironmentVariable("ASAN_OPTIONS"));
-    environment.insert("LSAN_OPTIONS", "print_suppressions=0:suppressions=" LEAKS_OF_QT);
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(RECTOOL), arguments);
-    EXPECT_TRUE(process.waitForFinished(Patience));
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-            process.readAllStandardError().toStdString()};
+    process.setProcessEnvironment(TestSupport::bareEnvironment(LEAKS_OF_QT));
+    process.start(RECTOOL, arguments);
+    return TestSupport::finish(process);
 }
 
 std::string bytesOf(const QString& path)

@@ -1,24 +1,17 @@
 // Pictures show what was measured, where and when it was measured: recordings made for it, drawn by the real program.
-#include <cmath>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <QColor>
 #include <QImage>
-#include <QTemporaryDir>
 #include <nlohmann/json.hpp>
 
-#include <recording2/fileaccess.h>
-
-#include "runprogram.h"
+#include "support/libraryobjects.h"
+#include "support/program.h"
 
 namespace {
 
 using nlohmann::json;
-using testing::HasSubstr;
-using testing::IsEmpty;
+using TestSupport::ProgramResult;
+using TestSupport::runProgram;
+using namespace testing;
 
 constexpr std::int32_t Rf = 1;
 constexpr std::int32_t Df = 20;
@@ -81,23 +74,24 @@ protected:
                               {Frequency, 4, "FREQUENCY", "/FREQUENCY"}};
         file.write(types);
         for (const Plain& plain : recorded.records) {
-            Recording2::CVTCmdData record;
-            record.set_cmd(plain.code);
-            record.set_str(plain.text.data(), static_cast<std::int32_t>(plain.text.size()));
+            Recording2::CVTCmdData record = TestSupport::makeRecord(plain.code, plain.text);
             file.write(record, plain.timeMs, false);
         }
-        Recording2::CHeaderData header;
-        header.set_version(2, 0);
-        header.set_startTS(Recording2::CTimeStamp(recorded.startMs * 1000));
-        header.set_stopTS(Recording2::CTimeStamp((recorded.startMs + recorded.lengthMs) * 1000));
-        header.set_deviceName(recorded.device.c_str());
+        Recording2::CHeaderData header = TestSupport::makeHeader({.startMs = recorded.startMs,
+                                                                  .stopMs = recorded.startMs + recorded.lengthMs,
+                                                                  .deviceName = recorded.device});
         file.CloseRecording(header, true);
         return path;
     }
-    [[nodiscard]] QString picture() const { return m_folder.filePath(QStringLiteral("picture.png")); }
+    /// Of the receiver.
+    QString write(std::uint64_t lengthMs, const std::vector<Plain>& records, const QString& name = "file.rec")
+    {
+        return write({.lengthMs = lengthMs, .records = records}, name);
+    }
+    [[nodiscard]] QString picture() const { return m_folder.filePath("picture.png"); }
     ProgramResult plot(const QStringList& arguments, const char* verb = "plot")
     {
-        return runProgram(QStringLiteral(RECTOOL),
+        return runProgram(RECTOOL,
                           QStringList{QLatin1String(verb)} + arguments + QStringList{"-o", picture(), "--json"});
     }
     /// Draws without a word of complaint. @return what the program says was drawn
@@ -136,7 +130,7 @@ protected:
 
 TEST_F(PlotTruth, TheOnlySweepIsVisible)
 {
-    const QString file = write({"RX 1", StartMs, 12, {NothingYet, {12, Rf, sweep(-60)}}});
+    const QString file = write(12, {NothingYet, {12, Rf, sweep(-60)}});
     const json drawn = draw({"spectrum", file});
     EXPECT_EQ(drawn.at("toMs"), 1012);
     EXPECT_NE(colourAt(drawn, 500).rgb(), Grey);
@@ -145,10 +139,7 @@ TEST_F(PlotTruth, TheOnlySweepIsVisible)
 TEST_F(PlotTruth, TheLastSweepLastsAsLongAsTheOneBefore)
 {
     const QString file =
-        write({"RX 1",
-               StartMs,
-               21000,
-               {NothingYet, {1000, Rf, sweep(-100)}, {11000, Rf, sweep(-90)}, {21000, Rf, sweep(-20)}}});
+        write(21000, {NothingYet, {1000, Rf, sweep(-100)}, {11000, Rf, sweep(-90)}, {21000, Rf, sweep(-20)}});
     json drawn = draw({"spectrum", file});
     EXPECT_EQ(drawn.at("toMs"), 31000);
     EXPECT_TRUE(isWarm(colourAt(drawn, 30000)));
@@ -158,21 +149,16 @@ TEST_F(PlotTruth, TheLastSweepLastsAsLongAsTheOneBefore)
 
 TEST_F(PlotTruth, WhereTheRecordingStopsLaterTheLastSweepLastsUntilThen)
 {
-    const QString file =
-        write({"RX 1", StartMs, 26000, {NothingYet, {11000, Rf, sweep(-90)}, {21000, Rf, sweep(-20)}}});
+    const QString file = write(26000, {NothingYet, {11000, Rf, sweep(-90)}, {21000, Rf, sweep(-20)}});
     EXPECT_EQ(draw({"spectrum", file}).at("toMs"), 26000);
 }
 
 TEST_F(PlotTruth, SpectraFasterThanTheirRecordsStandWhereTheyWereMeasured)
 {
     constexpr unsigned long long Us = StartMs * 1000;
-    const QString file = write({"RX 1",
-                                StartMs,
-                                24,
-                                {NothingYet,
-                                 {20, Rf, sweep(-100, Us)},
-                                 {22, Rf, sweep(-20, Us + 10'240)},
-                                 {24, Rf, sweep(-100, Us + 20'480)}}});
+    const QString file = write(
+        24,
+        {NothingYet, {20, Rf, sweep(-100, Us)}, {22, Rf, sweep(-20, Us + 10'240)}, {24, Rf, sweep(-100, Us + 20'480)}});
     const json drawn = draw({"spectrum", file});
     EXPECT_EQ(drawn.at("fromMs"), 0);
     EXPECT_EQ(drawn.at("toMs"), 30.72);
@@ -185,14 +171,11 @@ TEST_F(PlotTruth, SpectraFasterThanTheirRecordsStandWhereTheyWereMeasured)
 TEST_F(PlotTruth, WhatWasNotMeasuredHasNoPartInALevel)
 {
     const QString file =
-        write({"RX 1",
-               StartMs,
-               900,
-               {{10, Level, number("nan")}, {300, Level, number("-30")}, {600, Level, number("-7.5")}}});
+        write(900, {{10, Level, number("nan")}, {300, Level, number("-30")}, {600, Level, number("-7.5")}});
     const json series = draw({"level", file}).at("series")[0];
     EXPECT_EQ(series.at("min"), -30);
     EXPECT_EQ(series.at("max"), -7.5);
-    const QString never = write({"RX 1", StartMs, 900, {{10, Level, number("nan")}}}, "never.rec");
+    const QString never = write(900, {{10, Level, number("nan")}}, "never.rec");
     const ProgramResult result = plot({"level", never});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.err, HasSubstr("LEVEL was not measured"));
@@ -201,10 +184,7 @@ TEST_F(PlotTruth, WhatWasNotMeasuredHasNoPartInALevel)
 TEST_F(PlotTruth, PanelsStandInTheOrderInWhichTheyAreAskedFor)
 {
     const QString file =
-        write({"RX 1",
-               StartMs,
-               900,
-               {{10, Level, number("-30")}, {11, Heading, number("7")}, {12, Frequency, "4;1e8,0,0,0"}}});
+        write(900, {{10, Level, number("-30")}, {11, Heading, number("7")}, {12, Frequency, "4;1e8,0,0,0"}});
     const json series =
         draw({"level", "--type", "frequency", "--type", "TRUEHEADING", "--type", "LEVEL", file}).at("series");
     ASSERT_EQ(series.size(), 3U);
@@ -244,8 +224,7 @@ TEST_F(PlotTruth, NoLineCrossesThePictureWhereAHeadingPassesNorth)
 
 TEST_F(PlotTruth, SplitsOfARecordingAreOnePicture)
 {
-    const QString first =
-        write({"RX 1", StartMs, 9000, {NothingYet, {1000, Rf, sweep(-100)}, {5000, Rf, sweep(-90)}}}, "1.rec");
+    const QString first = write(9000, {NothingYet, {1000, Rf, sweep(-100)}, {5000, Rf, sweep(-90)}}, "1.rec");
     const QString second =
         write({"RX 1", StartMs + 9000, 9000, {{10, Rf, sweep(-90, 0, true)}, {1000, Rf, sweep(-20)}}}, "2.rec");
     const json drawn = draw({"spectrum", second, first});  // by time, whatever the order
@@ -259,7 +238,7 @@ TEST_F(PlotTruth, SplitsOfARecordingAreOnePicture)
 
 TEST_F(PlotTruth, ReceiverAndFinderShareATimeline)
 {
-    const QString receiver = write({"RX 1", StartMs, 9000, {NothingYet, {1000, Rf, sweep(-60)}}}, "rx.rec");
+    const QString receiver = write(9000, {NothingYet, {1000, Rf, sweep(-60)}}, "rx.rec");
     const QString finder = write({"DF 1",
                                   StartMs + 2000,
                                   10000,
@@ -295,7 +274,7 @@ TEST_F(PlotTruth, ManyPanelsMakeAPictureHigherAndTooLowAHeightIsRefused)
 
 TEST_F(PlotTruth, RecordingsThatDoNotTellTheirStartAreNotDrawnTogether)
 {
-    const QString known = write({"RX 1", StartMs, 9000, {NothingYet}}, "known.rec");
+    const QString known = write(9000, {NothingYet}, "known.rec");
     const QString unknown = write({"RX 1", 0, 9000, {NothingYet}}, "unknown.rec");
     const ProgramResult result = plot({"spectrum", known, unknown});
     EXPECT_EQ(result.exitCode, 1);
@@ -332,15 +311,12 @@ TEST_F(PlotTruth, HeatMapsAreDarkestWhereBearingsMeetAndHaveWaysToScale)
 
 TEST_F(PlotTruth, TracksHaveTheColoursOfTheirLevels)
 {
-    const QString file = write({"RX 1",
-                                StartMs,
-                                900,
-                                {{10, Frequency, number("1e8")},
-                                 {20, Latitude, number("49.45")},
-                                 {21, Longitude, number("11.08")},
-                                 {100, Level, number("-90")},
-                                 {200, Latitude, number("49.46")},
-                                 {300, Level, number("-20")}}});
+    const QString file = write(900, {{10, Frequency, number("1e8")},
+                                     {20, Latitude, number("49.45")},
+                                     {21, Longitude, number("11.08")},
+                                     {100, Level, number("-90")},
+                                     {200, Latitude, number("49.46")},
+                                     {300, Level, number("-20")}});
     const json panel = draw({"--track", "--frequency", "100M", file}, "map").at("panels")[0];
     EXPECT_EQ(panel.at("points"), 2);
     EXPECT_TRUE(isDark(colourOn(panel, 49.45, 11.08)));

@@ -1,12 +1,7 @@
 // A station whose values a seed changes, and the observers that store every change.
 #include "randomrecording.h"
 
-#include <algorithm>
-#include <memory>
 #include <random>
-#include <vector>
-
-#include <QString>
 
 #include <recording2/fileaccess.h>
 #include <values/maps.h>
@@ -81,8 +76,8 @@ public:
     Station(const std::string& file, const RandomOptions& options)
         : m_options(options), m_random(options.seed), m_writer(file)
     {
-        m_modulation.AddItem(new values::SelectionItem(QStringLiteral("AM; a|b"), 1, 3));
-        m_modulation.AddItem(new values::SelectionItem(QStringLiteral("FM"), 2, 7));
+        m_modulation.AddItem(new values::SelectionItem("AM; a|b", 1, 3));
+        m_modulation.AddItem(new values::SelectionItem("FM", 2, 7));
         m_spectrum.SetChannelRange(ChannelRange::Even(88e6, 25e3, 12));
         m_other.SetChannelRange(ChannelRange::Even(20e6, 1e3, 6));
         m_bearings.SetChannelRange(ChannelRange::List({1e6, 3e6, 2e6, 5e6}));
@@ -147,7 +142,7 @@ private:
                 m_level.SetValue(-30 - static_cast<double>(below(5)) / 4);
                 break;
             case 2:
-                m_modulation.Select(below(2) == 0 ? QStringLiteral("AM; a|b") : QStringLiteral("FM"));
+                m_modulation.Select(below(2) == 0 ? "AM; a|b" : "FM");
                 break;
             case 3:
                 m_caption.SetValue(QStringLiteral("N\u00fcrnberg\n") + QString::number(below(3)));

@@ -1,8 +1,7 @@
 // Recordings of values that change at random, with the texts that the values themselves write.
 #pragma once
 
-#include <cstdint>
-#include <string>
+#include "support/testing.h"
 
 namespace RecToolTests {
 

@@ -1,29 +1,21 @@
 // The program among others: what only a process of its own meets. What it prints is tested in tests/cases.
-#include <string>
-#include <thread>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <QDateTime>
-#include <QFile>
 #include <QStandardPaths>
-#include <QStringList>
-#include <QTemporaryDir>
 #include <nlohmann/json.hpp>
 
-#include "runprogram.h"
+#include "support/program.h"
 #include "support/recordingbytes.h"
 #include "support/samplerecording.h"
 
 namespace {
 
 using nlohmann::json;
-using testing::AllOf;
-using testing::HasSubstr;
+using TestSupport::ProgramResult;
+using TestSupport::runProgram;
+using namespace testing;
 
 ProgramResult rectool(const QStringList& arguments)
 {
-    return runProgram(QStringLiteral(RECTOOL), arguments);
+    return runProgram(RECTOOL, arguments);
 }
 
 json bookmarksOf(const QString& path)
@@ -36,7 +28,7 @@ protected:
     RecTool() { writeBearingRecording(path.toStdString(), true); }
 
     QTemporaryDir folder;
-    QString path = folder.filePath(QStringLiteral("bearings.rec"));
+    QString path = folder.filePath("bearings.rec");
 };
 
 }  // namespace

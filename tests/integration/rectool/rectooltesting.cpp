@@ -1,12 +1,7 @@
 // Takes what a verb prints, and replays files into the state at each moment.
 #include "rectooltesting.h"
 
-#include <fstream>
-#include <iostream>
 #include <iterator>
-#include <sstream>
-
-#include <QDir>
 
 #include <printing/json.h>
 #include <replay/inforce.h>

@@ -1,17 +1,10 @@
 // What the tests of cutting, merging and comparing share: running verbs in this process, and looking at what they made.
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <map>
-#include <string>
-#include <vector>
-
-#include <QString>
-#include <QTemporaryDir>
-
 #include <recording2/inspection/inspection.h>
 #include <verbs/commands.h>
+
+#include "support/testing.h"
 
 namespace RecToolTests {
 

@@ -1,19 +1,13 @@
-// rectool repair: what is whole is kept byte for byte, what is rebuilt or lost is told, the result is sound.
-#include <algorithm>
-#include <cstdint>
+// rectool repair: what is whole is kept byte for byte, what is rebuilt or lost is told; times for records without.
 #include <filesystem>
 #include <random>
-#include <string>
-#include <vector>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <recording2/inspection/inspection.h>
+#include <recording2/inspection/rescue/repairedtimes.h>
 #include <recording2/inspection/verify/verification.h>
 
 #include "randomrecording.h"
 #include "rectooltesting.h"
+#include "support/testing.h"
 
 namespace {
 
@@ -130,3 +124,88 @@ TEST_P(RandomRepair, OfDamagedRecordsInventsNothing)
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, RandomRepair, testing::Range(1U, 9U));
+
+namespace {
+
+using Recording2::Inspection::RepairedTimes;
+using Recording2::Inspection::repairTimes;
+using namespace testing;
+
+constexpr std::optional<std::uint64_t> Lost;
+
+}  // namespace
+
+struct ExpectedTimes {
+    std::vector<std::uint64_t> times = {};
+    std::uint64_t kept = 0;
+    std::uint64_t between = 0;
+    std::uint64_t inFront = 0;
+    std::uint64_t behind = 0;
+    std::optional<std::uint64_t> stepMs = std::nullopt;
+    std::uint64_t moved = 0;
+};
+
+struct Repaired {
+    const char* name;
+    std::vector<std::optional<std::uint64_t>> known;
+    std::uint64_t lengthMs;
+    std::uint64_t periodMs;
+    ExpectedTimes expected;
+};
+
+const std::vector<Repaired> RepairedCases{
+    {"known times stay", {10, 11, 500}, 600, 7, {.times = {10, 11, 500}, .kept = 3}},
+    {"no records", {}, 600, 0, {}},
+    {"evenly between their neighbours",
+     {100, Lost, Lost, Lost, 200},
+     600,
+     0,
+     {.times = {100, 125, 150, 175, 200}, .kept = 2, .between = 3}},
+    {"in front evenly from the start", {Lost, Lost, 30}, 600, 0, {.times = {10, 20, 30}, .kept = 1, .inFront = 2}},
+    {"behind evenly up to the end", {100, Lost, Lost}, 600, 0, {.times = {100, 350, 600}, .kept = 1, .behind = 2}},
+    {"without any time over the recording", {Lost, Lost, Lost}, 600, 0, {.times = {200, 400, 600}, .behind = 3}},
+    {"a period goes before the end",
+     {100, Lost, Lost},
+     600,
+     20,
+     {.times = {100, 120, 140}, .kept = 1, .behind = 2, .stepMs = 20}},
+    {"a period without any time", {Lost, Lost}, 0, 20, {.times = {20, 40}, .behind = 2, .stepMs = 20}},
+    {"without an end in the mean distance",
+     {100, 110, 130, Lost, Lost},
+     0,
+     0,
+     {.times = {100, 110, 130, 145, 160}, .kept = 3, .behind = 2, .stepMs = 15}},
+    {"with an end that is too early",
+     {100, Lost, Lost},
+     100,
+     0,
+     {.times = {100, 101, 102}, .kept = 1, .behind = 2, .stepMs = 1}},
+    {"without anything", {Lost, Lost}, 0, 0, {.times = {1, 2}, .behind = 2, .stepMs = 1}},
+    {"where there is no room known ones move",
+     {10, Lost, Lost, 11, 12, 50},
+     600,
+     0,
+     {.times = {10, 11, 12, 13, 14, 50}, .kept = 2, .between = 2, .moved = 2}},
+};
+
+TEST(RepairedTimes, AreMadeUpByTheRules)
+{
+    for (const auto& [name, known, lengthMs, periodMs, expected] : RepairedCases) {
+        SCOPED_TRACE(name);
+        const RepairedTimes times = repairTimes(known, lengthMs, periodMs);
+        EXPECT_EQ(times.times, expected.times);
+        EXPECT_EQ(times.kept, expected.kept);
+        EXPECT_EQ(times.between, expected.between);
+        EXPECT_EQ(times.inFront, expected.inFront);
+        EXPECT_EQ(times.behind, expected.behind);
+        EXPECT_EQ(times.stepMs, expected.stepMs);
+        EXPECT_EQ(times.moved, expected.moved);
+    }
+}
+
+TEST(RepairedTimes, HugeTimesDoNotOverflow)
+{
+    constexpr std::uint64_t Late = std::numeric_limits<std::int64_t>::max();
+    const RepairedTimes times = repairTimes({10, Lost, Late}, 600, 0);
+    EXPECT_EQ(times.times[1], 10 + (Late - 10) / 2);
+}

@@ -1,23 +1,13 @@
 // rectool selfcheck as users run it: the real program, which starts itself.
-#include <fstream>
-#include <string>
-
-#include <QDir>
-#include <QFileInfo>
-#include <QTemporaryDir>
-
 #include <nlohmann/json.hpp>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "runprogram.h"
+#include "support/program.h"
 
 namespace {
 
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
+using TestSupport::ProgramResult;
+using TestSupport::runProgram;
+using namespace testing;
 
 class SelfCheck : public testing::Test {
 protected:
@@ -27,7 +17,7 @@ protected:
     }
     [[nodiscard]] ProgramResult selfcheck(const QStringList& arguments) const
     {
-        return runProgram(QStringLiteral(RECTOOL), QStringList{"selfcheck"} + arguments);
+        return runProgram(RECTOOL, QStringList{"selfcheck"} + arguments);
     }
 
     QTemporaryDir m_folder;
@@ -63,13 +53,13 @@ TEST_F(SelfCheck, TellsItInWordsAndKeepsTheFolderWhenAsked)
 
 TEST_F(SelfCheck, WhereNoFolderCanBeMadeItIsRefused)
 {
-    const ProgramResult missing = selfcheck({m_folder.filePath(QStringLiteral("nowhere"))});
+    const ProgramResult missing = selfcheck({m_folder.filePath("nowhere")});
     EXPECT_EQ(missing.exitCode, 2);
     EXPECT_THAT(missing.err, HasSubstr("No folder can be made there"));
-    const QString file = m_folder.filePath(QStringLiteral("file"));
+    const QString file = m_folder.filePath("file");
     std::ofstream(file.toStdString()) << "x";
     EXPECT_EQ(selfcheck({file}).exitCode, 2);
-    EXPECT_EQ(inFolder(), QStringList(QStringLiteral("file")));
+    EXPECT_EQ(inFolder(), QStringList("file"));
 }
 
 TEST_F(SelfCheck, WrongArgumentsAreRefused)

@@ -1,9 +1,5 @@
 // rectool on a terminal: colours, and the pager. The terminal is a pseudo-terminal.
-#include <array>
 #include <cstdlib>
-#include <map>
-#include <string>
-#include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -11,20 +7,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <QFile>
-#include <QStringList>
-#include <QTemporaryDir>
-
-#include "runprogram.h"
+#include "support/program.h"
 #include "support/samplerecording.h"
 
 namespace {
 
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
+using TestSupport::runProgram;
+using namespace testing;
 
 constexpr const char* Escape = "\x1b[";
 
@@ -123,7 +112,7 @@ protected:
     /// A pager that shows what it gets after a word of its own.
     std::string pager()
     {
-        const QString path = m_folder.filePath(QStringLiteral("pager"));
+        const QString path = m_folder.filePath("pager");
         QFile script(path);
         EXPECT_TRUE(script.open(QFile::WriteOnly));
         script.write("#!/bin/sh\necho \"PAGED $LESS $*\"\ncat\n");
@@ -133,7 +122,7 @@ protected:
     }
 
     QTemporaryDir m_folder;
-    QString m_sample = m_folder.filePath(QStringLiteral("sample.rec"));
+    QString m_sample = m_folder.filePath("sample.rec");
 };
 
 }  // namespace
@@ -156,7 +145,7 @@ TEST_F(OnATerminal, ThereAreNoColoursWhereTheyAreNotWantedOrNotPossible)
     }
     EXPECT_THAT(run({"cat", "--json", m_sample}, {{"PAGER", ""}}).shown, Not(HasSubstr(Escape)));
     EXPECT_THAT(run({"cat", "--csv", m_sample}, {{"PAGER", ""}}).shown, Not(HasSubstr(Escape)));
-    EXPECT_THAT(runProgram(QStringLiteral(RECTOOL), {"cat", m_sample}).out, Not(HasSubstr(Escape))) << "in a pipe";
+    EXPECT_THAT(runProgram(RECTOOL, {"cat", m_sample}).out, Not(HasSubstr(Escape))) << "in a pipe";
 }
 
 TEST_F(OnATerminal, LongOutputGoesThroughThePager)

@@ -1,13 +1,5 @@
 // rectool verify: every file that the library and the tools write is sound, damage is told with its place.
-#include <cstdint>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <recording2/fileaccess.h>
-#include <recording2/inspection/inspection.h>
 
 #include "randomrecording.h"
 #include "rectooltesting.h"

@@ -1,19 +1,13 @@
 // Recordings are shown while they are written: what is accepted appears, and nothing changes when they are closed.
-#include <chrono>
-#include <string>
-
-#include <gmock/gmock.h>
-#include <QProcess>
-
 #include "../../unit/recview/answerstest.h"
-#include "../recstation/application.h"
+#include "support/program.h"
 
 namespace AnswersTests {
 namespace {
 
 class RecViewLive : public AnswersTest {
 protected:
-    RecViewLive() { requireApplication(); }
+    RecViewLive() { TestSupport::requireApplication(); }
     ~RecViewLive() override
     {
         m_recorder.kill();
@@ -23,13 +17,12 @@ protected:
     void record(const QStringList& options)
     {
         const QStringList arguments{"-q", "-o", QString::fromStdString(folder()), "--plugin", PLUGIN};
-        m_recorder.start(QStringLiteral(RECSTATION), arguments + options);
+        m_recorder.start(RECSTATION, arguments + options);
         ASSERT_TRUE(m_recorder.waitForStarted());
     }
     void waitForRecorder()
     {
-        constexpr int PatienceMs = 60'000;
-        ASSERT_TRUE(m_recorder.waitForFinished(PatienceMs));
+        ASSERT_TRUE(m_recorder.waitForFinished(TestSupport::PatienceMs));
         ASSERT_EQ(m_recorder.exitCode(), 0) << m_recorder.readAllStandardError().toStdString();
     }
     /// The recording of the receiver; null while there is none.

@@ -1,41 +1,29 @@
 // recview as whoever starts it sees it: arguments, the address that it prints, its end.
-#include <chrono>
-#include <memory>
-#include <vector>
-
 #include <QElapsedTimer>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QUrl>
 #include <QUrlQuery>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <nlohmann/json.hpp>
 
-#include "../recstation/application.h"
 #include "support/httpclient.h"
+#include "support/program.h"
 
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::Not;
+using namespace testing;
 
 namespace RecView {
 
 namespace {
 
-constexpr int PatienceMs = 60'000;
+using TestSupport::PatienceMs;
 
 class RecviewProgram : public testing::Test {
 protected:
     RecviewProgram()
     {
-        requireApplication();
+        TestSupport::requireApplication();
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("XDG_CACHE_HOME"), m_directory.filePath(QStringLiteral("cache")));
-        environment.remove(QStringLiteral("ZELVO_CONFIG"));
+        environment.insert("XDG_CACHE_HOME", m_directory.filePath("cache"));
+        environment.remove("ZELVO_CONFIG");
         m_process.setProcessEnvironment(environment);
         m_process.setWorkingDirectory(m_directory.path());
     }
@@ -47,7 +35,7 @@ protected:
 
     int run(const QStringList& arguments)
     {
-        m_process.start(QStringLiteral(RECVIEW), arguments);
+        m_process.start(RECVIEW, arguments);
         EXPECT_TRUE(m_process.waitForFinished(PatienceMs)) << arguments.join(' ').toStdString();
         m_messages = m_process.readAllStandardError().toStdString();
         return m_process.exitCode();
@@ -55,7 +43,7 @@ protected:
     /// The first line that it prints.
     QByteArray begin(const QStringList& arguments)
     {
-        m_process.start(QStringLiteral(RECVIEW), arguments);
+        m_process.start(RECVIEW, arguments);
         while (!m_process.canReadLine()) {
             if (!m_process.waitForReadyRead(PatienceMs)) {
                 ADD_FAILURE() << m_process.readAllStandardError().toStdString();
@@ -92,8 +80,7 @@ TEST_F(RecviewProgram, AnswersAtTheAddressThatItPrints)
 
 TEST_F(RecviewProgram, TellsMachinesTheSame)
 {
-    const auto told =
-        nlohmann::json::parse(begin({here(), QStringLiteral("--json"), QStringLiteral("--edit")}).toStdString());
+    const auto told = nlohmann::json::parse(begin({here(), "--json", "--edit"}).toStdString());
     Client client(told.at("port").get<std::uint16_t>());
     EXPECT_EQ(told.at("url"), "http://" + client.host() + '/');
     EXPECT_EQ(nlohmann::json::parse(client.get("/api/recordings")->body).at("edit"), true);
@@ -121,7 +108,7 @@ TEST_F(RecviewProgram, EndsAtOnceWhenToldToWhoeverIsConnected)
 
 TEST_F(RecviewProgram, EndsWithItsInputWhereThatIsAskedFor)
 {
-    begin({here(), QStringLiteral("--until-input-ends")});
+    begin({here(), "--until-input-ends"});
     m_process.closeWriteChannel();
     EXPECT_TRUE(m_process.waitForFinished(PatienceMs));
     EXPECT_EQ(m_process.exitCode(), 0);
@@ -129,65 +116,59 @@ TEST_F(RecviewProgram, EndsWithItsInputWhereThatIsAskedFor)
 
 TEST_F(RecviewProgram, WhatCannotBeReadIsToldInASentence)
 {
-    EXPECT_EQ(run({QStringLiteral("missing.rec"), here()}), 2);
+    EXPECT_EQ(run({"missing.rec", here()}), 2);
     EXPECT_EQ(m_messages, "recview: missing.rec: There is no such file or directory.\n");
-    EXPECT_EQ(run({QStringLiteral("/dev/null")}), 2);
+    EXPECT_EQ(run({"/dev/null"}), 2);
     EXPECT_EQ(m_messages, "recview: /dev/null: This is neither a file nor a directory.\n");
-    EXPECT_EQ(run({QStringLiteral("zelvo:///2026/night.rec")}), 2);
+    EXPECT_EQ(run({"zelvo:///2026/night.rec"}), 2);
     EXPECT_THAT(m_messages, HasSubstr("zelvo:///2026/night.rec"));
 }
 
 TEST_F(RecviewProgram, FilesOfWhichNoneIsARecordingAreToldAndNothingIsServed)
 {
-    QFile text(here() + QStringLiteral("/notes.txt"));
-    ASSERT_TRUE(text.open(QIODevice::WriteOnly));
-    text.write("no recording\n");
-    text.close();
-    EXPECT_EQ(run({text.fileName()}), 2);
-    EXPECT_EQ(m_messages, "recview: " + text.fileName().toStdString() + ": This is not a recording.\n");
+    const QString text = here() + "/notes.txt";
+    TestSupport::writeBytes(text, "no recording\n");
+    EXPECT_EQ(run({text}), 2);
+    EXPECT_EQ(m_messages, "recview: " + text.toStdString() + ": This is not a recording.\n");
 }
 
 TEST_F(RecviewProgram, OpensThePageInTheBrowserWhereThatIsAskedFor)
 {
-    const QString opener = m_directory.filePath(QStringLiteral("xdg-open"));
-    QFile script(opener);
-    ASSERT_TRUE(script.open(QIODevice::WriteOnly));
-    script.write("#!/bin/sh\nprintf '%s' \"$1\" >opened.new && mv opened.new opened\n");
-    script.close();
-    ASSERT_TRUE(script.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+    const QString opener = m_directory.filePath("xdg-open");
+    TestSupport::writeBytes(opener, "#!/bin/sh\nprintf '%s' \"$1\" >opened.new && mv opened.new opened\n");
+    ASSERT_TRUE(QFile::setPermissions(opener, QFile::ReadOwner | QFile::ExeOwner));
     QProcessEnvironment environment = m_process.processEnvironment();
-    environment.insert(QStringLiteral("PATH"), here() + ':' + environment.value(QStringLiteral("PATH")));
+    environment.insert("PATH", here() + ':' + environment.value("PATH"));
     m_process.setProcessEnvironment(environment);
-    const QByteArray url = begin({QStringLiteral("--open")});
-    QFile opened(m_directory.filePath(QStringLiteral("opened")));
+    const QByteArray url = begin({"--open"});
+    QFile opened(m_directory.filePath("opened"));
     QElapsedTimer timer;
     timer.start();
     while (!opened.exists() && timer.elapsed() < PatienceMs) {
         m_process.waitForReadyRead(1);
     }
-    ASSERT_TRUE(opened.open(QIODevice::ReadOnly));
-    EXPECT_EQ(opened.readAll(), url);
+    EXPECT_EQ(TestSupport::readBytes(opened.fileName()), url);
 }
 
 TEST_F(RecviewProgram, WrongArgumentsAreToldInASentence)
 {
     EXPECT_EQ(run({}), 1);
     EXPECT_EQ(m_messages, "recview: a file or directory with recordings is missing\nrecview --help tells more.\n");
-    EXPECT_EQ(run({here(), QStringLiteral("--prot"), QStringLiteral("1")}), 1);
+    EXPECT_EQ(run({here(), "--prot", "1"}), 1);
     EXPECT_THAT(m_messages, HasSubstr("there is no option --prot: did you mean --port?"));
-    EXPECT_EQ(run({here(), QStringLiteral("--port"), QStringLiteral("70000")}), 1);
+    EXPECT_EQ(run({here(), "--port", "70000"}), 1);
     EXPECT_THAT(m_messages, HasSubstr("--port: expected 0 to 65535, found 70000"));
-    EXPECT_EQ(run({here(), QStringLiteral("--cache-bytes"), QStringLiteral("much")}), 1);
+    EXPECT_EQ(run({here(), "--cache-bytes", "much"}), 1);
     EXPECT_THAT(m_messages, HasSubstr("--cache-bytes: expected a size such as 500M or 4G, found much"));
     EXPECT_EQ(run({QString()}), 1);
-    EXPECT_EQ(run({here(), QStringLiteral("--listen"), QString()}), 1);
+    EXPECT_EQ(run({here(), "--listen", QString()}), 1);
 }
 
 TEST_F(RecviewProgram, AnAddressThatIsTakenIsToldInASentence)
 {
     const std::uint16_t port = portOf(begin({here()}));
     QProcess second;
-    second.start(QStringLiteral(RECVIEW), {here(), QStringLiteral("--port"), QString::number(port)});
+    second.start(RECVIEW, {here(), "--port", QString::number(port)});
     ASSERT_TRUE(second.waitForFinished(PatienceMs));
     EXPECT_EQ(second.exitCode(), 2);
     EXPECT_EQ(second.readAllStandardError().toStdString(),
@@ -197,8 +178,8 @@ TEST_F(RecviewProgram, AnAddressThatIsTakenIsToldInASentence)
 
 TEST_F(RecviewProgram, ForOthersItPrintsATokenThatStandsNowhereElse)
 {
-    const QUrl url(QString::fromUtf8(begin({here(), QStringLiteral("--listen"), QStringLiteral("127.0.0.1")})));
-    const QString token = QUrlQuery(url).queryItemValue(QStringLiteral("token"));
+    const QUrl url(QString::fromUtf8(begin({here(), "--listen", "127.0.0.1"})));
+    const QString token = QUrlQuery(url).queryItemValue("token");
     EXPECT_GE(token.size(), 22) << "of 6 bits each";
     Client client(static_cast<std::uint16_t>(url.port()));
     EXPECT_EQ(client.get("/api/recordings")->status, 401);

@@ -1,13 +1,8 @@
 // recstation --view: the viewer beside a recording costs it nothing, and ends with it.
 #include <atomic>
 #include <random>
-#include <string>
-#include <thread>
 
-#include <QFile>
 #include <QRegularExpression>
-
-#include <gmock/gmock.h>
 
 #include <recording2/inspection/verify/verification.h>
 
@@ -27,23 +22,22 @@ protected:
     std::uint16_t begin(const QStringList& arguments = {})
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("XDG_CACHE_HOME"), path(QStringLiteral("cache")));
+        environment.insert("XDG_CACHE_HOME", path("cache"));
         m_process.setProcessEnvironment(environment);
-        start(m_process, QStringList{QStringLiteral("--view"), QStringLiteral("--json")} + arguments +
-                             QStringList{QStringLiteral("feed"), QStringLiteral("--start"),
-                                         QStringLiteral("2026-01-02T03:04:05Z")});
+        start(m_process,
+              QStringList{"--view", "--json"} + arguments + QStringList{"feed", "--start", "2026-01-02T03:04:05Z"});
         m_process.write(
             R"({"at": 0, "path": "/Devices/Rx1/Scn/RfSpectrum", "create": "levels", "range": {"start": 4e8, "step": 1e4, "count": 16}}
 {"at": 0, "record": "On"}
 )");
         m_process.setReadChannel(QProcess::StandardError);
-        const QRegularExpression address(QStringLiteral("the recordings show at http://127.0.0.1:(\\d+)/"));
+        const QRegularExpression address("the recordings show at http://127.0.0.1:(\\d+)/");
         for (QString messages;;) {
             const QRegularExpressionMatch match = address.match(messages);
             if (match.hasMatch()) {
                 return static_cast<std::uint16_t>(match.captured(1).toInt());
             }
-            if (!m_process.waitForReadyRead(patienceMs)) {
+            if (!m_process.waitForReadyRead(PatienceMs)) {
                 ADD_FAILURE() << messages.toStdString();
                 return 0;
             }
@@ -109,7 +103,7 @@ TEST_F(ViewTest, WhenTheRecorderIsKilledThePageEnds)
     Client client(port);
     ASSERT_EQ(client.get("/")->status, 200);
     m_process.kill();
-    ASSERT_TRUE(m_process.waitForFinished(patienceMs));
+    ASSERT_TRUE(m_process.waitForFinished(PatienceMs));
     EXPECT_EQ(client.receiveRest(), "");
 }
 
@@ -125,14 +119,14 @@ TEST_F(ViewTest, WhateverIsAskedTheRecordingHasEverySweep)
         sendSweep(i);
         if (i % 500 == 0) {
             while (m_process.bytesToWrite() > 0) {
-                ASSERT_TRUE(m_process.waitForBytesWritten(patienceMs));
+                ASSERT_TRUE(m_process.waitForBytesWritten(PatienceMs));
             }
         }
     }
     const Result result = finish(m_process);
     isOver = true;
     hostile.join();
-    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_GT(asked, 100);
     const QStringList recordings = files("*.rec");
     ASSERT_EQ(recordings.size(), 1);
@@ -143,16 +137,13 @@ TEST_F(ViewTest, WhateverIsAskedTheRecordingHasEverySweep)
 
 TEST_F(ViewTest, WithoutAViewerItRecordsAllTheSame)
 {
-    const QString alone = path(QStringLiteral("recstation"));
-    ASSERT_TRUE(QFile::copy(QStringLiteral(RECSTATION), alone));
+    const QString alone = path("recstation");
+    ASSERT_TRUE(QFile::copy(RECSTATION, alone));
     QProcess process;
-    start(process,
-          {QStringLiteral("--view"), QStringLiteral("--plugin"), QStringLiteral(PLUGIN), QStringLiteral("sim"),
-           QStringLiteral("--duration"), QStringLiteral("1s")},
-          alone);
+    start(process, {"--view", "--plugin", PLUGIN, "sim", "--duration", "1s"}, alone);
     const Result result = finish(process);
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_THAT(result.messages, HasSubstr("warning: there is no page, as recview is not beside this program\n"));
+    EXPECT_THAT(result.err, HasSubstr("warning: there is no page, as recview is not beside this program\n"));
     EXPECT_FALSE(files("*.rec").isEmpty());
 }
 
@@ -161,8 +152,7 @@ TEST_F(ViewTest, WhatKeepsThePageFromBeingThereIsToldAndItRecordsAllTheSame)
     const std::uint16_t port = begin();
     ASSERT_NE(port, 0);
     QProcess process;
-    start(process, {QStringLiteral("--view"), QStringLiteral("--view-port"), QString::number(port),
-                    QStringLiteral("--speed"), QStringLiteral("4"), QStringLiteral("sim")});
+    start(process, {"--view", "--view-port", QString::number(port), "--speed", "4", "sim"});
     EXPECT_THAT(waitForMessage(process, "warning: recview has ended, and the page with it").toStdString(),
                 HasSubstr("Address already in use"));
     process.terminate();

@@ -1,13 +1,11 @@
 // Fixes: where bearings cross, how large the ellipse is, and when there is no fix.
 #include "geo/fix.h"
 
-#include <cmath>
 #include <numbers>
 #include <random>
 
-#include <gmock/gmock.h>
-
 #include "geo/geodesic.h"
+#include "support/testing.h"
 
 namespace RecTool::Geo {
 

@@ -1,7 +1,7 @@
 // Which bearings of a transmitter belong to one window of time.
 #include "geo/fix.h"
 
-#include <gmock/gmock.h>
+#include "support/testing.h"
 
 namespace {
 

@@ -1,12 +1,10 @@
 // Bearings in the cells of a grid, and the ways that it computes.
 #include "geo/heatgrid.h"
 
-#include <cmath>
 #include <numbers>
 
-#include <gtest/gtest.h>
-
 #include "geo/geodesic.h"
+#include "support/testing.h"
 
 namespace {
 

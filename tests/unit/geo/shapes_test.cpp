@@ -1,13 +1,10 @@
 // Lines of bearing and ellipses as paths, over the antimeridian and around a pole.
 #include "geo/shapes.h"
 
-#include <algorithm>
-#include <cmath>
 #include <numbers>
 
-#include <gmock/gmock.h>
-
 #include "geo/geodesic.h"
+#include "support/testing.h"
 
 namespace {
 

@@ -1,13 +1,9 @@
 // How sure occupancy is: the interval holds the truth as often as it says, for bursts shorter and longer than a
 // revisit.
-#include <cmath>
-#include <functional>
 #include <random>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "analysis/cycles.h"
+#include "support/testing.h"
 
 using RecTool::Cycles;
 using RecTool::studentWithin;

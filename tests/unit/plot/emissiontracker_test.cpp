@@ -1,20 +1,10 @@
 // Emissions: random scenes whose emissions are known, and the rules one by one.
-#include <algorithm>
-#include <cmath>
-#include <limits>
 #include <random>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "analysis/emissiontracker.h"
+#include "support/testing.h"
 
-using RecTool::ChannelPower;
-using RecTool::Emission;
-using RecTool::EmissionRules;
-using RecTool::EmissionTracker;
-using RecTool::FrequencySpan;
-using RecTool::SweptLevels;
+using namespace RecTool;
 
 namespace {
 

@@ -1,20 +1,28 @@
-// The lowest and highest value of each column of a plot, also on a circle.
-#include <cmath>
-#include <limits>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
+// What is drawn where there are more values than pixels: envelopes, and points of bearings.
 #include "plot/envelope.h"
+#include "plot/bearingpoints.h"
+#include "support/testing.h"
 
-using RecTool::Envelope;
+using namespace RecTool;
+
+namespace {
+
+/// Of values with their times.
+Envelope drawn(std::size_t columns, const TimeSpan& span, const std::vector<std::pair<double, double>>& values)
+{
+    Envelope envelope(columns, span);
+    for (const auto& [timeMs, value] : values) {
+        envelope.add(timeMs, value);
+    }
+    envelope.finish();
+    return envelope;
+}
+
+}  // namespace
 
 TEST(Envelope, FewValuesAreKeptAsTheyAre)
 {
-    Envelope envelope(10, {100, 200});
-    envelope.add(100, 1);
-    envelope.add(150, -2);
-    envelope.finish();
+    const Envelope envelope = drawn(10, {100, 200}, {{100, 1}, {150, -2}});
     ASSERT_TRUE(envelope.hasPoints());
     ASSERT_EQ(envelope.points().size(), 2U);
     EXPECT_EQ(envelope.points()[1].timeMs, 150U);
@@ -26,11 +34,7 @@ TEST(Envelope, FewValuesAreKeptAsTheyAre)
 
 TEST(Envelope, WhatIsInForceAtTheBeginningOfTheSpanIsItsFirstValue)
 {
-    Envelope envelope(10, {100, 200});
-    envelope.add(10, 7);
-    envelope.add(20, 5);
-    envelope.add(150, -2);
-    envelope.finish();
+    const Envelope envelope = drawn(10, {100, 200}, {{10, 7}, {20, 5}, {150, -2}});
     ASSERT_EQ(envelope.points().size(), 2U);
     EXPECT_EQ(envelope.points()[0].timeMs, 100U);
     EXPECT_EQ(envelope.points()[0].value, 5);
@@ -40,19 +44,14 @@ TEST(Envelope, WhatIsInForceAtTheBeginningOfTheSpanIsItsFirstValue)
 
 TEST(Envelope, AValueBeforeTheSpanThatEndsWhereItBeginsDoesNotCount)
 {
-    Envelope envelope(10, {100, 200});
-    envelope.add(20, 5);
-    envelope.add(100, 1);
-    envelope.finish();
+    const Envelope envelope = drawn(10, {100, 200}, {{20, 5}, {100, 1}});
     EXPECT_EQ(envelope.points().size(), 1U);
     EXPECT_EQ(envelope.highest(), 1);
 }
 
 TEST(Envelope, ASpanWithoutARecordShowsTheValueInForce)
 {
-    Envelope envelope(4, {100, 200});
-    envelope.add(20, 5);
-    envelope.finish();
+    const Envelope envelope = drawn(4, {100, 200}, {{20, 5}});
     EXPECT_EQ(envelope.records(), 0U);
     for (const Envelope::Column& column : envelope.columns()) {
         EXPECT_EQ(column.lowest, 5);
@@ -62,12 +61,7 @@ TEST(Envelope, ASpanWithoutARecordShowsTheValueInForce)
 
 TEST(Envelope, ManyValuesBecomeTheLowestAndHighestOfEachColumn)
 {
-    Envelope envelope(2, {0, 100});
-    envelope.add(10, 3);
-    envelope.add(20, -8);
-    envelope.add(30, 4);
-    envelope.add(60, 9);
-    envelope.finish();
+    const Envelope envelope = drawn(2, {0, 100}, {{10, 3}, {20, -8}, {30, 4}, {60, 9}});
     EXPECT_FALSE(envelope.hasPoints());
     EXPECT_TRUE(envelope.points().empty());
     EXPECT_EQ(envelope.columns()[0].lowest, -8);
@@ -78,9 +72,7 @@ TEST(Envelope, ManyValuesBecomeTheLowestAndHighestOfEachColumn)
 
 TEST(Envelope, ColumnsInFrontOfTheFirstValueAreEmpty)
 {
-    Envelope envelope(4, {0, 100});
-    envelope.add(60, 9);
-    envelope.finish();
+    const Envelope envelope = drawn(4, {0, 100}, {{60, 9}});
     EXPECT_TRUE(std::isnan(envelope.columns()[1].lowest));
     EXPECT_EQ(envelope.columns()[2].lowest, 9);
     EXPECT_EQ(envelope.columns()[3].highest, 9);
@@ -88,11 +80,9 @@ TEST(Envelope, ColumnsInFrontOfTheFirstValueAreEmpty)
 
 TEST(Envelope, WhatIsNoFiniteNumberIsNoValue)
 {
-    Envelope envelope(4, {0, 100});
-    envelope.add(0, std::numeric_limits<double>::quiet_NaN());
-    envelope.add(50, std::numeric_limits<double>::infinity());
-    envelope.add(75, 1);
-    envelope.finish();
+    const Envelope envelope =
+        drawn(4, {0, 100},
+              {{0, std::numeric_limits<double>::quiet_NaN()}, {50, std::numeric_limits<double>::infinity()}, {75, 1}});
     EXPECT_TRUE(std::isnan(envelope.columns()[0].highest));
     EXPECT_TRUE(std::isnan(envelope.columns()[2].highest));
     EXPECT_EQ(envelope.columns()[3].highest, 1);
@@ -101,9 +91,7 @@ TEST(Envelope, WhatIsNoFiniteNumberIsNoValue)
 
 TEST(Envelope, TheEndOfTheSpanBelongsToTheLastColumn)
 {
-    Envelope envelope(3, {0, 90});
-    envelope.add(90, 4);
-    envelope.finish();
+    const Envelope envelope = drawn(3, {0, 90}, {{90, 4}});
     EXPECT_EQ(envelope.columns()[2].highest, 4);
     EXPECT_TRUE(std::isnan(envelope.columns()[1].highest));
 }
@@ -134,4 +122,47 @@ TEST(Envelope, OnACircleAWayThroughTheMiddleIsOneBar)
     EXPECT_EQ(envelope.bars(0)[0].lowest, 170);
     EXPECT_EQ(envelope.bars(0)[0].highest, 190);
     EXPECT_EQ(envelope.bars(5).size(), 1U);  // the last one is in force
+}
+
+using namespace testing;
+
+TEST(BearingPoints, TheChannelsWithTheMostBearingsComeInOrderOfFrequency)
+{
+    const RecTool::BearingCounts counts{{1e6, 2}, {2e6, 1}, {3e6, 3}};
+    EXPECT_THAT(busiest(counts, 2), ElementsAre(1e6, 3e6));
+    EXPECT_THAT(busiest(counts, 9), ElementsAre(1e6, 2e6, 3e6));
+    EXPECT_THAT(busiest(counts, 0), IsEmpty());
+}
+
+TEST(BearingPoints, OfThoseOnOnePixelOnlyTheFirstIsKept)
+{
+    BearingPoints points({1000, 2000}, 10, 36);
+    points.add(1000, 0);
+    points.add(1099, 9.9);  // the same pixel
+    points.add(1100, 9.9);  // the next column
+    points.add(1100, 10);   // the next row
+    points.add(2000, 359.9);
+    ASSERT_EQ(points.points().size(), 4U);
+    EXPECT_EQ(points.points()[0].timeMs, 1000U);
+    EXPECT_EQ(points.points()[1].azimuthDeg, 9.9);
+    EXPECT_EQ(points.points()[3].timeMs, 2000U);
+}
+
+TEST(BearingPoints, ThereAreNeverMorePointsThanPixels)
+{
+    BearingPoints points({0, 100'000}, 20, 18);
+    for (unsigned i = 0; i <= 100'000; ++i) {
+        points.add(i, wrapped(i * 0.37));
+    }
+    EXPECT_LE(points.points().size(), 20U * 18U);
+}
+
+TEST(BearingPoints, AzimuthsAreWrappedIntoOneCircle)
+{
+    EXPECT_EQ(wrapped(0), 0);
+    EXPECT_EQ(wrapped(360), 0);
+    EXPECT_EQ(wrapped(370), 10);
+    EXPECT_EQ(wrapped(-10), 350);
+    EXPECT_EQ(wrapped(-730), 350);
+    EXPECT_EQ(wrapped(-1e-300), 0);
 }

@@ -1,15 +1,9 @@
 // The frequency axis of a picture: spans, gaps, and the columns of each channel.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "replay/frequencies.h"
 
-using RecTool::axisPieces;
-using RecTool::channelWidthHz;
-using RecTool::ColumnMap;
-using RecTool::coveredBy;
-using RecTool::FrequencySpan;
-using RecTool::joined;
+#include "support/testing.h"
+
+using namespace RecTool;
 using values::ChannelRange;
 
 namespace {
@@ -92,15 +86,23 @@ TEST(Frequencies, ASpanWithoutWidthIsGivenOne)
     EXPECT_GT(pieces[0].highHz, 1e6);
 }
 
-TEST(ColumnMap, SeveralChannelsShareAColumn)
+TEST(ColumnMap, ChannelsLieInTheColumnsThatTheyCover)
 {
-    EXPECT_EQ(columnsOf(ChannelRange::Even(5, 10, 4), {0, 40}, 2), Columns({{0, 1}, {2, 3}}));
-}
-
-TEST(ColumnMap, AWideChannelFillsItsColumns)
-{
-    EXPECT_EQ(columnsOf(ChannelRange::Even(10, 20, 2), {0, 40}, 4), Columns({{0}, {0}, {1}, {1}}));
-    EXPECT_EQ(columnsOf(ChannelRange::Even(10, 20, 1), {0, 40}, 4), Columns({{0}, {0}, {}, {}}));
+    struct {
+        ChannelRange range;
+        FrequencySpan span;
+        Columns expected;
+    } const cases[]{
+        {ChannelRange::Even(5, 10, 4), {0, 40}, {{0, 1}, {2, 3}}},  // several share a column
+        {ChannelRange::Even(10, 20, 2), {0, 40}, {{0}, {0}, {1}, {1}}},
+        {ChannelRange::Even(10, 20, 1), {0, 40}, {{0}, {0}, {}, {}}},
+        {ChannelRange::List({5, 15, 45}), {0, 50}, {{0}, {1}, {}, {}, {2}}},  // gaps have none
+        {ChannelRange::List({45, 5, 15}), {0, 50}, {{1}, {2}, {}, {}, {0}}},  // in any order
+        {ChannelRange::Even(35, -10, 4), {0, 40}, {{3}, {2}, {1}, {0}}},
+    };
+    for (const auto& [range, span, expected] : cases) {
+        EXPECT_EQ(columnsOf(range, span, expected.size()), expected);
+    }
 }
 
 TEST(ColumnMap, AChannelOfUnknownWidthIsWideEnoughToBeSeen)
@@ -111,17 +113,6 @@ TEST(ColumnMap, AChannelOfUnknownWidthIsWideEnoughToBeSeen)
         EXPECT_EQ(columns[column], std::vector<std::size_t>{0});
     }
     EXPECT_TRUE(columns[256].empty());
-}
-
-TEST(ColumnMap, GapsHaveNoChannel)
-{
-    EXPECT_EQ(columnsOf(ChannelRange::List({5, 15, 45}), {0, 50}, 5), Columns({{0}, {1}, {}, {}, {2}}));
-}
-
-TEST(ColumnMap, ListsInAnyOrderAndFallingRangesLieWhereTheyBelong)
-{
-    EXPECT_EQ(columnsOf(ChannelRange::List({45, 5, 15}), {0, 50}, 5), Columns({{1}, {2}, {}, {}, {0}}));
-    EXPECT_EQ(columnsOf(ChannelRange::Even(35, -10, 4), {0, 40}, 4), Columns({{3}, {2}, {1}, {0}}));
 }
 
 TEST(ColumnMap, EveryChannelInTheSpanIsSomewhereAndNoneOutside)

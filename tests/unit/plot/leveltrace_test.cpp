@@ -1,18 +1,10 @@
 // Level against frequency: extremes, powers and percentiles against plain arithmetic over all levels.
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <map>
 #include <random>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "analysis/leveltrace.h"
+#include "support/testing.h"
 
-using RecTool::ChannelLevels;
-using RecTool::FrequencySpan;
-using RecTool::LevelTrace;
+using namespace RecTool;
 using values::ChannelRange;
 
 namespace {

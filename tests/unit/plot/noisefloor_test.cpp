@@ -1,15 +1,10 @@
 // The noise floor against plain sorting of pools, and against noise whose level is known.
-#include <algorithm>
-#include <cmath>
-#include <limits>
 #include <numeric>
 #include <random>
 #include <span>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "analysis/noisefloor.h"
+#include "support/testing.h"
 
 using RecTool::NoiseFloor;
 

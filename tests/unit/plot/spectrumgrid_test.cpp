@@ -1,17 +1,10 @@
 // Spectra binned into the pixels of a waterfall, highest or mean, beside a plain model.
-#include <algorithm>
-#include <cmath>
-#include <limits>
 #include <random>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "plot/spectrumgrid.h"
+#include "support/testing.h"
 
-using RecTool::FrequencySpan;
-using RecTool::SpectrumGrid;
-using RecTool::TimeSpan;
+using namespace RecTool;
 using values::ChannelRange;
 
 namespace {

@@ -1,7 +1,7 @@
 // The times of records as clock times, also of a recording whose times nobody would expect.
-#include <gtest/gtest.h>
-
 #include "printing/text.h"
+
+#include "support/testing.h"
 
 using RecTool::ClockText;
 using RecTool::TimeForm;

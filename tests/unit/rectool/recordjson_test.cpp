@@ -1,17 +1,13 @@
 // The JSON text of records: what stands there, and that a reader of JSON gets back what was recorded.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
 #include <random>
-#include <string>
-#include <vector>
 
 #include <nlohmann/json.hpp>
 
 #include <printing/recordjson.h>
 #include <values/maps.h>
 #include <values/value.h>
+
+#include "support/testing.h"
 
 namespace RecToolTests {
 namespace {

@@ -1,9 +1,7 @@
 // Text that a terminal shows and does not obey.
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include <terminaltext/terminaltext.h>
+
+#include "support/testing.h"
 
 namespace {
 

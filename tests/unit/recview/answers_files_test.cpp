@@ -1,15 +1,7 @@
 // Files that are damaged, appear, vanish, or were never closed; and many questions at the same time.
-#include <algorithm>
 #include <atomic>
-#include <fstream>
 #include <iterator>
 #include <random>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <QFile>
 
 #include "answerstest.h"
 #include "randomrecording.h"
@@ -17,8 +9,7 @@
 namespace AnswersTests {
 namespace {
 
-using testing::AnyOf;
-using testing::HasSubstr;
+using namespace testing;
 
 class RecViewFiles : public AnswersTest {
 protected:

@@ -1,11 +1,6 @@
 // Random recordings, split or not: every answer is what rectool says of the files.
-#include <algorithm>
-#include <cmath>
 #include <cstring>
-#include <optional>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "answerstest.h"
 #include "randomrecording.h"
@@ -23,10 +18,9 @@ protected:
     void SetUp() override
     {
         for (unsigned i = 0; i < 3; ++i) {
-            RandomRecording random;
-            random.startMs = static_cast<std::uint64_t>(FirstStart) + i * (Length + 500);
-            random.lengthMs = Length;
-            random.seed = 3 * GetParam() + i;
+            RandomRecording random{.startMs = static_cast<std::uint64_t>(FirstStart) + i * (Length + 500),
+                                   .lengthMs = Length,
+                                   .seed = 3 * GetParam() + i};
             starts.push_back(static_cast<double>(random.startMs));
             files.push_back(path("split" + std::to_string(i) + ".rec"));
             writeRandomRecording(files.back(), random);

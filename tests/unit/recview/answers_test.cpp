@@ -1,9 +1,4 @@
 // What the viewer answers: what rectool says of the same recordings, and one sentence for every wrong request.
-#include <fstream>
-#include <string>
-
-#include <gmock/gmock.h>
-
 #include "answerstest.h"
 #include "support/recordingbytes.h"
 #include "support/samplerecording.h"
@@ -119,8 +114,7 @@ TEST_F(RecViewAnswers, TheTrackGoesToTheEndWhateverElseChanges)
             recording.record(47, "2;caption " + std::to_string(ms), ms);
         }
     }
-    TestSupport::HeaderFields header;
-    header.startMs = static_cast<std::uint64_t>(Start);
+    TestSupport::HeaderFields header{.startMs = static_cast<std::uint64_t>(Start)};
     header.stopMs = header.startMs + ms;
     std::ofstream(path("drive.rec"), std::ios::binary) << recording.close(header);
     open();

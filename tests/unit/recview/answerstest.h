@@ -2,21 +2,13 @@
 #pragma once
 
 #include <condition_variable>
-#include <functional>
-#include <map>
-#include <memory>
 #include <mutex>
-#include <sstream>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
-#include <gtest/gtest.h>
-#include <QTemporaryDir>
 #include <nlohmann/json.hpp>
 
 #include "answers/answers.h"
 #include "rectool/verbs/commands.h"
+#include "support/testing.h"
 
 namespace AnswersTests {
 

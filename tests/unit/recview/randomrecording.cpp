@@ -1,52 +1,18 @@
 // Changing live values at random, and storing what they say about it.
 #include "randomrecording.h"
 
-#include <memory>
 #include <random>
-#include <vector>
-
-#include <QString>
 
 #include <recording2/fileaccess.h>
 #include <values/maps.h>
 #include <values/selection.h>
 #include <values/value.h>
-#include <vkbase/observer.h>
+
+#include "support/scribe.h"
 
 namespace {
 
 using Recording2::CFileAccess;
-
-/// A value and the type number that its changes are stored under, at a time that is set before.
-class Stored final : public IObserver {
-public:
-    Stored(CFileAccess& file, values::ValueBase& value, std::int32_t code, const std::uint64_t& time)
-        : m_file(file), m_value(value), m_code(code), m_time(time)
-    {
-        m_value.CommandRecordingOn();
-        m_value.AddObserver(this);
-    }
-    Stored(const Stored&) = delete;
-    Stored& operator=(const Stored&) = delete;
-    ~Stored() override { m_value.RemoveObserver(this); }
-
-    void state() { store(m_value.GetStringForRecording(false)); }
-
-private:
-    void Update(void* /*subject*/, TChangeCode /*code*/) override { store(m_value.GetStringForRecording(true)); }
-    void store(const std::string& text)
-    {
-        Recording2::CVTCmdData record;
-        record.set_cmd(m_code);
-        record.set_str(text.data(), static_cast<std::int32_t>(text.size()));
-        m_file.write(record, m_time, false);
-    }
-
-    CFileAccess& m_file;
-    values::ValueBase& m_value;
-    std::int32_t m_code;
-    const std::uint64_t& m_time;
-};
 
 class RandomStation {
 public:
@@ -55,9 +21,9 @@ public:
           m_engine(random.seed),
           m_file(path.c_str(), QString(), nullptr, true, false, false, nullptr, nullptr)
     {
-        m_modulation.AddItem(new values::SelectionItem(QStringLiteral("AM"), 1, 3));
-        m_modulation.AddItem(new values::SelectionItem(QStringLiteral("<b>FM"), 2, 7));
-        m_modulation.Select(QStringLiteral("AM"));
+        m_modulation.AddItem(new values::SelectionItem("AM", 1, 3));
+        m_modulation.AddItem(new values::SelectionItem("<b>FM", 2, 7));
+        m_modulation.Select("AM");
         m_level.SetLimits(-150, 50);
         m_latitude.SetValue(48.5);
         m_longitude.SetValue(11.5);
@@ -71,10 +37,10 @@ public:
         const std::vector<std::pair<values::ValueBase*, std::int32_t>> values{
             {&m_level, 36},     {&m_modulation, 6}, {&m_caption, 47},   {&m_squelch, 17}, {&m_latitude, 25},
             {&m_longitude, 26}, {&m_heading, 41},   {&m_frequency, 46}, {&m_spectrum, 1}, {&m_bearings, 20}};
-        std::vector<std::unique_ptr<Stored>> stored;
+        std::vector<std::unique_ptr<TestSupport::Scribe>> stored;
         for (const auto& [value, code] : values) {
-            stored.push_back(std::make_unique<Stored>(m_file, *value, code, m_time));
-            stored.back()->state();
+            stored.push_back(std::make_unique<TestSupport::Scribe>(m_file, *value, code, m_time));
+            stored.back()->storeState();
             ++m_time;
         }
         const auto most = static_cast<int>(2 * m_random.lengthMs / static_cast<std::uint64_t>(m_random.changes)) - 1;
@@ -96,7 +62,7 @@ private:
             case 0:
                 return m_level.SetValue(real(-100, 0));
             case 1:
-                m_modulation.Select(number(0, 1) == 0 ? QStringLiteral("AM") : QStringLiteral("<b>FM"));
+                m_modulation.Select(number(0, 1) == 0 ? "AM" : "<b>FM");
                 return;
             case 2:
                 return m_caption.SetValue(QStringLiteral("N\u00fcrnberg\n\"%1\"").arg(number(0, 5)));

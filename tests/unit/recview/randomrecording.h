@@ -1,8 +1,7 @@
 // Recordings of everything that the viewer shows, at random, for tests that compare it with rectool.
 #pragma once
 
-#include <cstdint>
-#include <string>
+#include "support/testing.h"
 
 struct RandomRecording {
     std::uint64_t startMs = 1'700'000'000'000;

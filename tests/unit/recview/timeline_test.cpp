@@ -1,18 +1,12 @@
 // Which files make one recording, and what it is called.
-#include <memory>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "recordings/recordedfile.h"
+
+#include "support/testing.h"
 
 namespace TimelineTests {
 namespace {
 
-using RecView::FilePointer;
-using RecView::RecordedFile;
-using RecView::Timeline;
+using namespace RecView;
 
 FilePointer file(const std::string& name, std::uint64_t startMs, std::uint64_t endMs,
                  const std::string& folder = "here", const std::string& device = "RX 1")

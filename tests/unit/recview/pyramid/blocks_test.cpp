@@ -1,9 +1,4 @@
 // That blocks hold the largest, smallest and mean level of the sweeps that they stand for.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <map>
-
 #include <pyramid/levelblocks.h>
 #include <pyramid/units.h>
 #include "madeoverview.h"

@@ -1,11 +1,4 @@
 // Overviews that are kept, found again, thrown away and made anew.
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <filesystem>
-#include <fstream>
-#include <thread>
-
 #include <pyramid/cache.h>
 #include <support/recordingbytes.h>
 #include "madeoverview.h"
@@ -27,9 +20,7 @@ std::string recordingBytes(float level)
         levels[i] = -20;
         recording.record(1, levelsText(range, levels, 0, i == 1), 100 * i);
     }
-    TestSupport::HeaderFields header;
-    header.startMs = StartMs;
-    header.stopMs = StartMs + 31'000;
+    TestSupport::HeaderFields header{.startMs = StartMs, .stopMs = StartMs + 31'000};
     return recording.close(header);
 }
 

@@ -1,8 +1,4 @@
 // Pictures of overviews: of single sweeps, of blocks, while they grow.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
 #include <pyramid/units.h>
 #include "madeoverview.h"
 

@@ -1,22 +1,15 @@
 // Recordings in memory, and overviews made of them.
 #pragma once
 
-#include <cmath>
-#include <cstdint>
 #include <filesystem>
-#include <limits>
-#include <memory>
 #include <random>
 #include <span>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <QTemporaryDir>
 
 #include <pyramid/overview.h>
 #include <rectool/replay/recordedvalues.h>
 #include <values/maps.h>
+
+#include "support/testing.h"
 
 namespace RecViewTests {
 

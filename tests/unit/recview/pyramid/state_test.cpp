@@ -1,9 +1,4 @@
 // That going on from a checkpoint gives what applying all records gives.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <map>
-
 #include <pyramid/checkpoints.h>
 #include <rectool/printing/recordjson.h>
 #include "madeoverview.h"

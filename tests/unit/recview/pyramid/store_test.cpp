@@ -1,9 +1,8 @@
-// Columns: what is appended is read, also after the file was kept and opened again.
-#include <gtest/gtest.h>
-
+// The store of an overview, and how much it may take.
 #include <numeric>
 
 #include <pyramid/store.h>
+
 #include "madeoverview.h"
 
 namespace RecViewTests {
@@ -63,6 +62,130 @@ TEST(Stores, AreRemovedUnlessTheyAreKept)
         EXPECT_TRUE(std::filesystem::exists(path));
     }
     EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+/// What the process has in memory, in bytes; 0 where that cannot be asked.
+std::size_t inMemory()
+{
+    std::ifstream status("/proc/self/statm");
+    std::size_t all = 0;
+    std::size_t resident = 0;
+    constexpr std::size_t PageBytes = 4096;
+    return status >> all >> resident ? resident * PageBytes : 0;
+}
+
+/// Builds without keeping the records.
+class Stream {
+public:
+    Stream()
+    {
+        Summary summary;
+        summary.header.startMs = StartMs;
+        const std::filesystem::path path = m_folder.filePath("overview").toStdString();
+        m_builder = std::make_unique<OverviewBuilder>(Store::create(path), summary,
+                                                      sourceOf(std::make_shared<MemoryRecords>()));
+    }
+    void add(std::int32_t code, std::string text)
+    {
+        const auto size = static_cast<std::int64_t>(text.size()) + 30;
+        m_builder->add({m_position, ++m_timeMs, code, std::move(text)});
+        m_position += size;
+    }
+    [[nodiscard]] std::int64_t bytes() const { return m_position; }
+    Overview& finish()
+    {
+        m_builder->finish();
+        return *m_builder->overview();
+    }
+
+private:
+    QTemporaryDir m_folder;
+    std::unique_ptr<OverviewBuilder> m_builder;
+    std::int64_t m_position = 1000;
+    std::uint64_t m_timeMs = 0;
+};
+
+void expectBounds(Stream& stream, std::size_t before, std::size_t mostBytes)
+{
+    const Overview& overview = stream.finish();
+    EXPECT_LT(overview.store().bytes() * 6, static_cast<std::uint64_t>(stream.bytes()) + 600'000);
+#if defined(__SANITIZE_ADDRESS__)
+    static_cast<void>(before + mostBytes);  // what was freed is kept for a while
+#else
+    EXPECT_LT(inMemory(), before + mostBytes);
+#endif
+}
+
+TEST(Bounds, HoldForThousandsOfAlternatingRanges)
+{
+    const std::size_t before = inMemory();
+    Stream stream;
+    std::vector<float> levels(50, -90);
+    for (int i = 0; i < 60'000; ++i) {
+        const auto range = values::ChannelRange::Even(1e6 * (1 + i % 5000), 10e3, 50);
+        levels[7] = i == 43'210 ? 33.25F : -90;
+        stream.add(1, levelsText(range, levels, 0, true));
+    }
+    expectBounds(stream, before, std::size_t{100} << 20U);
+}
+
+TEST(Bounds, ABurstInOneOfVeryManyRangesShowsAtItsLevel)
+{
+    Stream stream;
+    std::vector<float> levels(50, -90);
+    for (int i = 0; i < 20'000; ++i) {
+        levels[7] = i == 13'210 ? 33.25F : -90;
+        stream.add(1, levelsText(values::ChannelRange::Even(1e6 * (1 + i % 5000), 10e3, 50), levels, 0, true));
+    }
+    Overview& overview = stream.finish();
+    const auto start = static_cast<double>(StartMs);
+    for (const double high : {6e9, 60e9}) {
+        Grid grid({1, start, start + 20'000, 0, high, 300, 200, Combine::Max, false});
+        overview.draw(grid);
+        grid.finish();
+        EXPECT_EQ(grid.highest(), 33.25F);
+    }
+}
+
+TEST(Bounds, HoldForShortTextsThatAskForVeryManyChannels)
+{
+    const std::size_t before = inMemory();
+    Stream stream;
+    for (std::int32_t code = 1; code < 40; ++code) {
+        stream.add(code, "6;0|34;0,1,16777216");
+    }
+    for (int i = 0; i < 100'000; ++i) {
+        stream.add(1 + i % 2, "6;0|51;" + std::to_string(i % 16'777'216) + ",abc");
+    }
+    expectBounds(stream, before, std::size_t{200} << 20U);
+}
+
+TEST(Bounds, HoldForSingleCellsOfALargeMap)
+{
+    Stream stream;
+    const auto range = values::ChannelRange::Even(0, 1e3, 20'000);
+    stream.add(1, levelsText(range, std::vector<float>(20'000, -50), 0, true));
+    for (int i = 0; i < 100'000; ++i) {
+        stream.add(1, someLevelsText(static_cast<std::size_t>(i * 7 % 20'000),
+                                     std::vector<float>{i == 77'777 ? 9.5F : -60}, 0));
+    }
+    Overview& overview = stream.finish();
+    EXPECT_LT(overview.store().bytes() * 6, static_cast<std::uint64_t>(stream.bytes()) + 600'000);
+    const auto start = static_cast<double>(StartMs);
+    Grid grid({1, start, start + 200'000, 0, 20e6, 100, 100, Combine::Max, false});
+    overview.draw(grid);
+    grid.finish();
+    EXPECT_EQ(grid.highest(), 9.5F);
+}
+
+TEST(Bounds, HoldForVeryManyTypes)
+{
+    const std::size_t before = inMemory();
+    Stream stream;
+    for (std::int32_t code = 1; code < 100'000; ++code) {
+        stream.add(code, "1;1");
+    }
+    expectBounds(stream, before, std::size_t{100} << 20U);
 }
 
 }  // namespace

@@ -1,14 +1,6 @@
 // What the server makes of those who ask for too much, too slowly, half, or nonsense: it goes on.
 #include <atomic>
-#include <cstddef>
 #include <future>
-#include <memory>
-#include <random>
-#include <thread>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "servertest.h"
 

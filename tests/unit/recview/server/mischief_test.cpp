@@ -1,12 +1,5 @@
 // Twelve thousand requests that nobody should send, whole, half and broken off: each ends only itself.
-#include <algorithm>
-#include <cstddef>
 #include <random>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "servertest.h"
 

@@ -1,20 +1,10 @@
 // What the server answers to those who ask as they should.
-#include <atomic>
-#include <future>
 #include <regex>
-#include <stdexcept>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "server/reply.h"
 #include "servertest.h"
 
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
+using namespace testing;
 
 namespace RecView {
 

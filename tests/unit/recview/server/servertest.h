@@ -1,14 +1,9 @@
 // A server with a handler of the test's, and limits that a test can reach.
 #pragma once
 
-#include <memory>
-#include <string>
-#include <utility>
-
-#include <gtest/gtest.h>
-
 #include "server/server.h"
 #include "support/httpclient.h"
+#include "support/testing.h"
 
 namespace RecView {
 

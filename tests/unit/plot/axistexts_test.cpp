@@ -1,16 +1,70 @@
-// Ticks and labels of a time axis, by the clock or from the start.
-#include <limits>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
+// Texts at an axis: labels that keep apart, units of frequencies, ticks of time.
 #include "plot/labels.h"
+#include "support/testing.h"
 
-using RecTool::clockTicks;
-using RecTool::elapsedTicks;
-using RecTool::isClockTime;
-using RecTool::onlyDay;
-using RecTool::TimeTick;
+using namespace RecTool;
+using namespace testing;
+
+TEST(Labels, LabelsWithRoomStandWhereTheyShould)
+{
+    EXPECT_THAT(placeLabels({10, 50, 80}, 10, 0, 100), ElementsAre(Optional(10.0), Optional(50.0), Optional(80.0)));
+}
+
+TEST(Labels, LabelsNearEachOtherAreMovedApartEvenly)
+{
+    EXPECT_THAT(placeLabels({50, 50}, 10, 0, 100), ElementsAre(Optional(45.0), Optional(55.0)));
+    EXPECT_THAT(placeLabels({49, 50, 51}, 10, 0, 100), ElementsAre(Optional(40.0), Optional(50.0), Optional(60.0)));
+}
+
+TEST(Labels, LabelsStayBetweenTheEnds)
+{
+    EXPECT_THAT(placeLabels({0, 1}, 10, 0, 100), ElementsAre(Optional(5.0), Optional(15.0)));
+    EXPECT_THAT(placeLabels({99, 100}, 10, 0, 100), ElementsAre(Optional(85.0), Optional(95.0)));
+}
+
+TEST(Labels, LabelsWithoutRoomAreLeftOutWhereItIsMostCrowded)
+{
+    const auto places = placeLabels({0, 40, 41, 42, 100}, 25, 0, 100);
+    EXPECT_TRUE(places[0].has_value());
+    EXPECT_FALSE(places[2].has_value());
+    EXPECT_TRUE(places[4].has_value());
+}
+
+TEST(Labels, NeitherCoverEachOtherNorStandFarFromWhatTheyName)
+{
+    std::vector<double> wanted;
+    for (int i = 0; i < 3000; ++i) {
+        wanted.push_back(i < 2900 ? i * 0.01 : i * 0.2);
+    }
+    const auto places = placeLabels(wanted, 20, 0, 800);
+    double last = -10;
+    std::size_t placed = 0;
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        if (places[i]) {
+            EXPECT_GE(*places[i], last + 20 - 1e-9);
+            EXPECT_LE(std::abs(*places[i] - wanted[i]), 80);
+            last = *places[i];
+            ++placed;
+        }
+    }
+    EXPECT_GT(placed, 2U);
+}
+
+TEST(Labels, NoLabelFitsOnALineThatIsTooShort)
+{
+    EXPECT_THAT(placeLabels({1}, 10, 0, 5), ElementsAre(std::nullopt));
+    EXPECT_THAT(placeLabels({}, 10, 0, 5), ElementsAre());
+}
+
+TEST(FrequencyUnits, FrequenciesHaveTheSameUnitAndAsManyDecimals)
+{
+    EXPECT_THAT(frequenciesAlike({431.7e6, 433.5e6, 438.65e6}), ElementsAre("431.70 MHz", "433.50 MHz", "438.65 MHz"));
+    EXPECT_THAT(frequenciesAlike({145e6, 1.2962e9}), ElementsAre("145.0 MHz", "1296.2 MHz"));
+    EXPECT_THAT(frequenciesAlike({150.015e6}), ElementsAre("150.015 MHz"));
+    EXPECT_THAT(frequenciesAlike({0, 7.5}), ElementsAre("0.0 Hz", "7.5 Hz"));
+    EXPECT_THAT(frequenciesAlike({}), IsEmpty());
+}
+
 using testing::ElementsAre;
 
 namespace {
