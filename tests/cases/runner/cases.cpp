@@ -1,22 +1,15 @@
 // Runs the cases of tests/cases, each a test named after its file; with --accept what is printed becomes expected.
-#include <algorithm>
 #include <cstring>
 #include <filesystem>
-#include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
 
-#include <gtest/gtest.h>
 #include <QCoreApplication>
-#include <QDir>
-#include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QTextCodec>
 
 #include "casefile.h"
 #include "helpers.h"
 #include "programs.h"
+#include "support/testing.h"
 
 namespace {
 

@@ -108,6 +108,9 @@ std::string filtered(const Words& words, const std::string& text)
     if (name == "records") {
         return recordsOf(text);
     }
+    if (name == "save") {
+        return helperOf("write")->operator()({"write", words.at(1), text}, {});
+    }
     if (name == "lines") {
         return std::to_string(linesOf(text).size()) + '\n';
     }

@@ -1,6 +1,7 @@
 // Makes the files that cases begin with, damages them, and shows what is there afterwards.
 #include "helpers.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <sstream>
@@ -212,7 +213,7 @@ std::string finder(const Words& words, const Lines& input)
 
 std::string list(const Words& words, const Lines& /*input*/)
 {
-    const QDir folder(words.size() > 1 ? QString::fromStdString(words[1]) : QStringLiteral("."));
+    const QDir folder(words.size() > 1 ? QString::fromStdString(words[1]) : ".");
     std::string shown;
     for (const QFileInfo& entry :
          folder.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name)) {
@@ -220,6 +221,19 @@ std::string list(const Words& words, const Lines& /*input*/)
         shown += entry.fileName().toStdString() + kind + '\n';
     }
     return shown;
+}
+
+/// Of folders, the files in them, by name.
+bool areSame(const std::string& one, const std::string& other)
+{
+    if (!fs::is_directory(pathOf(one))) {
+        return bytesOf(one) == bytesOf(other);
+    }
+    const std::string names = list({"ls", one}, {});
+    const Lines files = linesOf(names);
+    return names == list({"ls", other}, {}) && std::all_of(files.begin(), files.end(), [&](const std::string& name) {
+               return bytesOf(one + '/' + name) == bytesOf(other + '/' + name);
+           });
 }
 
 const std::map<std::string, Helper>& makers()
@@ -253,7 +267,7 @@ const std::map<std::string, Helper>& others()
         {"show", [](const Words& words, const Lines&) { return bytesOf(words.at(1)); }},
         {"same",
          [](const Words& words, const Lines&) {
-             return std::string(bytesOf(words.at(1)) == bytesOf(words.at(2)) ? "the same\n" : "different\n");
+             return std::string(areSame(words.at(1), words.at(2)) ? "the same\n" : "different\n");
          }},
         {"copy", [](const Words& words, const Lines&) { return store(words.at(2), bytesOf(words.at(1))); }},
         {"rename", [](const Words& words,
@@ -261,7 +275,7 @@ const std::map<std::string, Helper>& others()
         {"remove", [](const Words& words, const Lines&) { return fs::remove_all(pathOf(words.at(1))), std::string(); }},
         {"remove-recordings",
          [](const Words&, const Lines&) {
-             for (const QString& name : QDir().entryList({QStringLiteral("*.rec")})) {
+             for (const QString& name : QDir().entryList({"*.rec"})) {
                  QFile::remove(name);
              }
              return std::string();

@@ -17,7 +17,8 @@ using Words = std::vector<std::string>;
 using Helper = std::function<std::string(const Words& words, const Lines& input)>;
 [[nodiscard]] const Helper* helperOf(const std::string& name);
 
-/// What stands after a pipe sign: "json PATTERN...", "records", "grep TEXT...", "without TEXT...", "lines".
+/// What stands after a pipe sign: "json PATTERN...", "records", "grep TEXT...", "without TEXT...", "lines",
+/// "save FILE".
 [[nodiscard]] std::string filtered(const Words& words, const std::string& text);
 
 }  // namespace Cases

@@ -1,9 +1,7 @@
 // Calls the programs with their streams taken into files, and one in a process of its own.
 #include "programs.h"
 
-#include <algorithm>
 #include <cstdio>
-#include <iostream>
 
 #if defined(_WIN32)
 #include <io.h>
@@ -11,15 +9,12 @@
 #include <unistd.h>
 #endif
 
-#include <QByteArray>
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QStringList>
 #include <QTemporaryFile>
 
 #include <program.h>
 #include <rectool.h>
+
+#include "support/program.h"
 
 namespace Cases {
 
@@ -82,31 +77,17 @@ Printed callHere(const std::vector<std::string>& words, const std::string& input
     return {exitCode, out.text(), err.text()};
 }
 
-/// As a service would: without a display, a home or anything else.
 Printed callProcess(const std::vector<std::string>& words)
 {
-    constexpr int Patience = 60'000;
     QProcess process;
-    QProcessEnvironment environment;
-    for (const char* kept : {"PATH", "LD_LIBRARY_PATH", "UBSAN_OPTIONS", "SystemRoot", "WINEPREFIX"}) {
-        if (qEnvironmentVariableIsSet(kept)) {
-            environment.insert(kept, qEnvironmentVariable(kept));
-        }
-    }
-    // Of a build with sanitizers: whole stacks, by which the leaks of Qt are told from others.
-    environment.insert("ASAN_OPTIONS", "fast_unwind_on_malloc=0:" + qEnvironmentVariable("ASAN_OPTIONS"));
-    environment.insert("LSAN_OPTIONS", "print_suppressions=0:suppressions=" LEAKS_OF_QT);
-    process.setProcessEnvironment(environment);
+    process.setProcessEnvironment(TestSupport::bareEnvironment(LEAKS_OF_QT));
     QStringList arguments;
     for (const std::string& word : words) {
         arguments.append(QString::fromStdString(word));
     }
     process.start(QString::fromStdString(fromAnyDrive(RECTOOL)), arguments.mid(1));
-    if (!process.waitForFinished(Patience) || process.exitStatus() != QProcess::NormalExit) {
-        return {-1, {}, "the process did not end as it should"};
-    }
-    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-            process.readAllStandardError().toStdString()};
+    const auto [exitCode, out, err] = TestSupport::finish(process);
+    return {exitCode, out, err};
 }
 
 }  // namespace
