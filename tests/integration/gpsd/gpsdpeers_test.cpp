@@ -1,14 +1,9 @@
 // Peers that the test plays: devices that take turns, times, floods and rubbish.
-#include <chrono>
-
-#include <gmock/gmock.h>
-
 #include "gpsdprogramtest.h"
 
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
+using namespace testing;
 
 constexpr auto greeting = "{\"class\":\"VERSION\",\"release\":\"3.22\"}\n";
 
@@ -82,7 +77,7 @@ TEST_F(GpsdPeers, TwoDevicesNeverTakeTurnsAndTheOtherCountsAfterFiveSeconds)
 
 TEST_F(GpsdPeers, OnlyTheDeviceThatIsNamedCounts)
 {
-    connect({QStringLiteral("--device"), QStringLiteral("b")});
+    connect({"--device", "b"});
     m_peer.send("{\"class\":\"DEVICES\",\"devices\":[{\"path\":\"a\"}]}\n" + tpv("a", "1.0") + tpv("b", "2.0") +
                 tpv("a", "3.0"));
     const Result result = stopBehindGap();
@@ -127,7 +122,7 @@ TEST_F(GpsdPeers, AReceiverThatLosesItsFixIsUnknown)
 
 TEST_F(GpsdPeers, WithSourceTimeRecordsHaveTheTimeOfTheReportAndTheLagIsTold)
 {
-    connect({QStringLiteral("--source-time")});
+    connect({"--source-time"});
     m_peer.send(tpv("a", "1.0", "2026-11-21T08:00:00.000Z") + tpv("a", "2.0", "2026-11-21T08:00:01.250Z"));
     const Result result = stopBehindGap();
     const auto numbers = readRecordedFile(result.path("receiver")).numbers(latitudeCode);
@@ -165,7 +160,7 @@ TEST_F(GpsdPeers, AFloodEndsWithTheNewest)
 
 TEST_F(GpsdPeers, ASerialLineBesideItIsRecordedAtTheTimeOfArrivalAndAtOnce)
 {
-    connect({QStringLiteral("--duration"), QStringLiteral("3"), QStringLiteral("nmea"), QStringLiteral("-")});
+    connect({"--duration", "3", "nmea", "-"});
     const Result result = endProgram("$GPRMC,080000,A,5230.0000,N,01330.0000,E,10.0,90.0,211126,,,A\n");
     ASSERT_EQ(result.exitCode, 0) << result.messages;
     const RecordedFile file = readRecordedFile(result.path("receiver"));

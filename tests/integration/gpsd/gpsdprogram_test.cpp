@@ -1,13 +1,9 @@
 // A real gpsd: what gpsfake plays through it, and what becomes of a recording when it is killed.
-#include <algorithm>
 #include <csignal>
 
 #include <sys/types.h>
 
-#include <QFile>
 #include <QStandardPaths>
-
-#include <gmock/gmock.h>
 
 #include "gpsdprogramtest.h"
 
@@ -19,8 +15,7 @@ using nlohmann::json;
 QProcessEnvironment withGpsd()
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("PATH"),
-                       environment.value(QStringLiteral("PATH")) + QStringLiteral(":/usr/sbin"));
+    environment.insert("PATH", environment.value("PATH") + ":/usr/sbin");
     return environment;
 }
 
@@ -28,7 +23,7 @@ bool isInstalled(const char* program)
 {
     const QString name = QString::fromLatin1(program);
     return !QStandardPaths::findExecutable(name).isEmpty() ||
-           !QStandardPaths::findExecutable(name, {QStringLiteral("/usr/sbin")}).isEmpty();
+           !QStandardPaths::findExecutable(name, {"/usr/sbin"}).isEmpty();
 }
 
 // A process that takes all it started with it.
@@ -38,14 +33,14 @@ public:
     void start(const QStringList& command)
     {
         process.setProcessEnvironment(withGpsd());
-        process.start(QStringLiteral("setsid"), command);
-        ASSERT_TRUE(process.waitForStarted(gpsdPatienceMs));
+        process.start("setsid", command);
+        ASSERT_TRUE(process.waitForStarted(PatienceMs));
     }
     void end()
     {
         if (process.state() != QProcess::NotRunning) {
             ::kill(-static_cast<pid_t>(process.processId()), SIGKILL);
-            process.waitForFinished(gpsdPatienceMs);
+            process.waitForFinished(PatienceMs);
         }
     }
 
@@ -107,20 +102,19 @@ protected:
     {
         const QString port = QString::number(freePort());
         Group fake;
-        fake.start({QStringLiteral("gpsfake"), QStringLiteral("-q"), QStringLiteral("-c"), QStringLiteral("0.02"),
-                    QStringLiteral("-P"), port, log});
+        fake.start({"gpsfake", "-q", "-c", "0.02", "-P", port, log});
         startProgram(port.toUShort());
         EXPECT_TRUE(awaitMessage(" come from ")) << messages();
         Group pipe;
         pipe.process.setStandardErrorFile(QProcess::nullDevice());
-        pipe.start({QStringLiteral("gpspipe"), QStringLiteral("-w"), QStringLiteral("127.0.0.1:") + port});
+        pipe.start({"gpspipe", "-w", QStringLiteral("127.0.0.1:") + port});
         QByteArray lines;
-        while (lines.count(QByteArray::fromStdString(kind)) < enough && pipe.process.waitForReadyRead(gpsdPatienceMs)) {
+        while (lines.count(QByteArray::fromStdString(kind)) < enough && pipe.process.waitForReadyRead(PatienceMs)) {
             lines += pipe.process.readAllStandardOutput();
         }
         fake.end();
         EXPECT_TRUE(awaitMessage("connection lost")) << messages();
-        pipe.process.waitForFinished(gpsdPatienceMs);
+        pipe.process.waitForFinished(PatienceMs);
         m_printed = (lines + pipe.process.readAllStandardOutput()).toStdString();
         const Result result = stopProgram();
         EXPECT_EQ(result.exitCode, 0) << result.messages;
@@ -147,9 +141,7 @@ TEST_F(GpsdProgram, PositionsAreThoseThatGpspipePrints)
 QByteArray withAttitudes(const QString& log)
 {
     constexpr int lines = 40;  // the last of them, which have a fix
-    QFile file(log);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    QList<QByteArray> sentences = file.readAll().trimmed().split('\n');
+    QList<QByteArray> sentences = TestSupport::readBytes(log).trimmed().split('\n');
     QByteArray out;
     int count = 0;
     for (const QByteArray& sentence : sentences.mid(sentences.size() - lines)) {
@@ -183,11 +175,11 @@ TEST_F(GpsdProgram, KillingItLeavesAGapThatIsToldOnce)
 {
     Peer receiver;  // sends sentences to gpsd
     const std::uint16_t port = freePort();
-    const QStringList command{QStringLiteral("gpsd"),
-                              QStringLiteral("-N"),
-                              QStringLiteral("-n"),
-                              QStringLiteral("-b"),
-                              QStringLiteral("-S"),
+    const QStringList command{"gpsd",
+                              "-N",
+                              "-n",
+                              "-b",
+                              "-S",
                               QString::number(port),
                               QStringLiteral("tcp://127.0.0.1:%1").arg(receiver.port())};
     startProgram(port);

@@ -1,45 +1,25 @@
 // Sockets of the loopback address, and a program that is waited for.
 #include "gpsdprogramtest.h"
 
-#include <cmath>
 #include <csignal>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <QElapsedTimer>
 
 namespace {
 
-int listenOnFreePort(std::uint16_t& port)
-{
-    const int listening = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    auto* const any = reinterpret_cast<sockaddr*>(&address);
-    EXPECT_EQ(::bind(listening, any, size), 0);
-    EXPECT_EQ(::listen(listening, 4), 0);
-    EXPECT_EQ(::getsockname(listening, any, &size), 0);
-    port = ntohs(address.sin_port);
-    return listening;
-}
-
 bool awaitBytes(int descriptor)
 {
     pollfd wait{descriptor, POLLIN, 0};
-    return ::poll(&wait, 1, gpsdPatienceMs) == 1;
+    return ::poll(&wait, 1, PatienceMs) == 1;
 }
 
 }  // namespace
 
 Peer::Peer()
 {
-    m_listening = listenOnFreePort(m_port);
+    m_listening = TestSupport::bindToLoopback(SOCK_STREAM, m_port);
 }
 
 Peer::~Peer()
@@ -59,13 +39,7 @@ bool Peer::accept()
 
 void Peer::send(std::string_view bytes)
 {
-    while (!bytes.empty()) {
-        const auto sent = ::send(m_connection, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (sent <= 0) {
-            return;  // the other end is gone: the test sees what that does
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(sent));
-    }
+    TestSupport::sendAll(m_connection, bytes);  // when the other end is gone the test sees what that does
 }
 
 bool Peer::awaitText(const std::string& text)
@@ -90,24 +64,17 @@ void Peer::hangUp()
     }
 }
 
-std::uint16_t freePort()
-{
-    std::uint16_t port = 0;
-    ::close(listenOnFreePort(port));
-    return port;
-}
-
 GpsdProgramTest::~GpsdProgramTest()
 {
     if (m_program.state() != QProcess::NotRunning) {
         m_program.kill();
-        m_program.waitForFinished(gpsdPatienceMs);
+        m_program.waitForFinished(PatienceMs);
     }
 }
 
 void GpsdProgramTest::startProgram(std::uint16_t port, const QStringList& more)
 {
-    start(m_program, QStringList{QStringLiteral("gpsd"), QStringLiteral("127.0.0.1:%1").arg(port)} + more);
+    start(m_program, QStringList{"gpsd", QStringLiteral("127.0.0.1:%1").arg(port)} + more);
 }
 
 bool GpsdProgramTest::awaitMessage(const std::string& text, int times, const std::function<void()>& turn)
@@ -123,7 +90,7 @@ bool GpsdProgramTest::awaitMessage(const std::string& text, int times, const std
     QElapsedTimer waited;
     waited.start();
     m_program.setReadChannel(QProcess::StandardError);
-    while (count() < times && waited.elapsed() < gpsdPatienceMs && m_program.state() == QProcess::Running) {
+    while (count() < times && waited.elapsed() < PatienceMs && m_program.state() == QProcess::Running) {
         if (turn) {
             turn();
         }
@@ -136,7 +103,7 @@ bool GpsdProgramTest::awaitMessage(const std::string& text, int times, const std
 RecordingTest::Result GpsdProgramTest::endProgram(const QByteArray& input)
 {
     m_program.write(input);
-    EXPECT_TRUE(m_program.waitForFinished(gpsdPatienceMs));
+    EXPECT_TRUE(m_program.waitForFinished(PatienceMs));
     return {m_program.exitCode(), m_program.readAllStandardError().toStdString(),
             nlohmann::json::parse(m_program.readAllStandardOutput().toStdString(), nullptr, false)};
 }

@@ -1,17 +1,11 @@
 // recstation while it runs, and peers of it on free ports of the loopback address.
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include <QProcess>
-
 #include "recordings.h"
+#include "support/loopback.h"
+#include "support/testing.h"
 
-constexpr int gpsdPatienceMs = 60'000;
+using TestSupport::PatienceMs;
 
 /// Listens, takes one connection at a time, and says what the test says.
 class Peer {
@@ -35,8 +29,7 @@ private:
     std::string m_received;
 };
 
-/// Nobody listens there, as far as can be known.
-[[nodiscard]] std::uint16_t freePort();
+using TestSupport::freePort;
 
 class GpsdProgramTest : public RecordingTest {
 protected:

@@ -1,21 +1,10 @@
 // IQ samples through the real program and plug-in into a recording, and back by the library's public interface.
-#include <algorithm>
-#include <cmath>
-#include <vector>
-
-#include <QCoreApplication>
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
 #include <recording2/fileaccess.h>
 #include <values/maps.h>
 #include <values/value.h>
 
 #include "iqtesting.h"
+#include "support/program.h"
 
 namespace {
 
@@ -72,22 +61,13 @@ void readRecords(Recording2::CFileAccess& file, std::int32_t spectrumType, ReadB
 
 class IqProgram : public testing::Test {
 protected:
-    static void SetUpTestSuite()
-    {
-        static int argc = 1;
-        static char name[] = "test";
-        static char* argv[] = {name, nullptr};
-        static const QCoreApplication application(argc, argv);
-    }
+    IqProgram() { TestSupport::requireApplication(); }
 
     // Runs the program to its end with samples on its standard input.
     void record(const QStringList& arguments, const QByteArray& input = QByteArray())
     {
         QProcess process;
-        process.start(QStringLiteral(RECSTATION),
-                      QStringList{QStringLiteral("--plugin"), QStringLiteral(PLUGIN), QStringLiteral("-q"),
-                                  QStringLiteral("-o"), m_directory.path(), QStringLiteral("iq")} +
-                          arguments);
+        process.start(RECSTATION, QStringList{"--plugin", PLUGIN, "-q", "-o", m_directory.path(), "iq"} + arguments);
         ASSERT_TRUE(process.waitForStarted()) << process.errorString().toStdString();
         process.write(input);
         process.closeWriteChannel();
@@ -100,7 +80,7 @@ protected:
     [[nodiscard]] ReadBack readBack(std::int32_t spectrumType) const
     {
         ReadBack out;
-        const QStringList files = QDir(m_directory.path()).entryList({QStringLiteral("*.rec")}, QDir::Files);
+        const QStringList files = QDir(m_directory.path()).entryList({"*.rec"}, QDir::Files);
         EXPECT_EQ(files.size(), 1) << m_messages.toStdString();
         if (files.size() == 1) {
             const QByteArray path = QFile::encodeName(m_directory.filePath(files.front()));
@@ -131,7 +111,7 @@ void expectSpectrum(const ReadBack::Spectrum& spectrum, double levelDb, const Iq
 
 TEST_F(IqProgram, SpectraOfRealBurstsReadBackAgreeWithTheSamples)
 {
-    const QString path = IqTesting::testDataPath(QStringLiteral("modes1.bin"));
+    const QString path = IqTesting::testDataPath("modes1.bin");
     QFile input(path);
     if (!input.open(QIODevice::ReadOnly)) {
         GTEST_SKIP() << "no real samples: " << path.toStdString() << " is missing";

@@ -1,20 +1,95 @@
-// recstation's command line: sources and their options, and what they say; what is refused is tested in tests/cases.
+// recstation's command line and its configurations; what is refused is tested in tests/cases, too.
+#include <startup/cfgcenter.h>
+
 #include "program.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "sources/bearings/bearingssource.h"
 #include "sources/feed/feedsource.h"
-#if defined(RECSTATION_HAS_IQ)
-#include "sources/iq/iqsource.h"
-#endif
 #include "sources/nmea/nmeasource.h"
 #include "sources/sim/simsource.h"
 #include "sources/sweep/sweepsource.h"
+#include "support/files.h"
+
+#if defined(RECSTATION_HAS_IQ)
+#include "sources/iq/iqsource.h"
+#endif
 
 namespace RecStation {
+
 namespace {
+
+using testing::HasSubstr;
+
+class ConfigurationTest : public testing::Test {
+protected:
+    ~ConfigurationTest() override { CfgCenter::Clear(); }
+
+    static Configuration load(const char* text) { return loadConfigurationText(QString::fromUtf8(text), "test.toml"); }
+
+    static std::string problemOf(const char* text)
+    {
+        try {
+            static_cast<void>(load(text));
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "no problem";
+    }
+};
+
+TEST_F(ConfigurationTest, TheBuiltInOneHasAReceiverAndADirectionFinder)
+{
+    const QString directory = QStringLiteral("/a \"quoted\"\\back\tslash");
+    const auto configuration = loadConfigurationText(defaultConfigurationText(directory), "built in");
+    ASSERT_EQ(configuration.instances.size(), 2U);
+    const Instance& receiver = configuration.instances[0];
+    EXPECT_EQ(receiver.name, "receiver");
+    EXPECT_EQ(receiver.valuePath, "/Devices/Rx1");
+    EXPECT_EQ(receiver.statusValuePath, "/Devices/Rx1Status");
+    EXPECT_EQ(receiver.recordingPath, directory);
+    EXPECT_FALSE(receiver.directionFinding);
+    EXPECT_EQ(configuration.instances[1].name, "df");
+    EXPECT_TRUE(configuration.instances[1].directionFinding);
+    EXPECT_TRUE(configuration.warnings.isEmpty());
+}
+
+TEST_F(ConfigurationTest, TheBuiltInOneKeepsTheJournalThatIsAskedFor)
+{
+    static_cast<void>(loadConfigurationText(defaultConfigurationText("/r", "power"), "built in"));
+    for (const QString& name : CfgCenter::InstanceNames()) {
+        const std::unique_ptr<ICfg> cfg(CfgCenter::CreateCfg(name, CfgCenter::View::Instance, QString()));
+        EXPECT_EQ(cfg->ReadString("Journal", QString()), "power");
+    }
+}
+
+TEST_F(ConfigurationTest, TheRecordersFallbacksCountAsPaths)
+{
+    const auto one = load("[a]\n");
+    EXPECT_EQ(one.instances[0].valuePath, "/Devices/NoName_Driver");
+    const auto emptyStatus = load("[a]\nValuePath='/A'\nStatusValuePath=''\n");
+    EXPECT_EQ(emptyStatus.instances[0].valuePath, "/Devices/RecStatus");
+    EXPECT_THAT(problemOf("[a]\nStatusValuePath='/A'\n[b]\nStatusValuePath='/B'\n"),
+                HasSubstr("share the ValuePath \"/Devices/NoName_Driver\""));
+}
+
+TEST_F(ConfigurationTest, TheTableOfTheArchiveIsNoRecorder)
+{
+    const Configuration configuration = load("[Rx]\n[archive]\nStorage = \"/storage\"\nUnknown = 7\n");
+    EXPECT_EQ(configuration.instances.size(), 1U);
+    EXPECT_TRUE(configuration.warnings.isEmpty());
+    EXPECT_EQ(configuration.archiveFile, "test.toml");
+    EXPECT_TRUE(load("[Rx]\n").archiveFile.isEmpty());
+    EXPECT_THAT(problemOf("[archive]\nStorage = \"/storage\"\n"), HasSubstr("no recorder is configured"));
+}
+
+TEST_F(ConfigurationTest, AFileIsRead)
+{
+    const QTemporaryDir directory;
+    const QString name = directory.filePath("station.toml");
+    TestSupport::writeBytes(name, "[a]\nValuePath = '/A'\nRecordDF = true\n");
+    const auto configuration = loadConfigurationFile(name);
+    EXPECT_TRUE(configuration.instances.at(0).directionFinding);
+    EXPECT_THROW(static_cast<void>(loadConfigurationFile(directory.filePath("none"))), std::runtime_error);
+}
 
 using testing::ElementsAre;
 

@@ -1,9 +1,7 @@
 // The simulation's own mathematics, compared with the standard library.
 #include "sources/sim/exactmath.h"
 
-#include <cmath>
-
-#include <gtest/gtest.h>
+#include "support/testing.h"
 
 namespace RecStation::Exact {
 namespace {

@@ -1,17 +1,9 @@
-// Every example of doc/feed.md runs, and every bad one is refused.
-#include <algorithm>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
+// Every bad example of doc/feed.md is refused; that the others run is tested with the program.
 #include <values/tree.h>
 
-#include "feedexamples.h"
 #include "scheduler.h"
 #include "sources/feed/feedsource.h"
+#include "support/documentexamples.h"
 #include "support/textinput.h"
 
 namespace RecStation {
@@ -24,7 +16,7 @@ SourceReport run(const std::string& text, std::vector<std::string>& reports,
     SimulatedClock clock;
     values::Tree tree;
     values::ValuePtr<values::Value<bool>> directionFinding;
-    directionFinding.Attach(QStringLiteral("/Devices/Rx1Status/REC_DF"));
+    directionFinding.Attach("/Devices/Rx1Status/REC_DF");
     StationHooks host;
     host.switchRecorder = [](const QString& name, bool) { return name != QStringLiteral("nobody"); };
     host.created = [created](const QString& path) {
@@ -48,20 +40,9 @@ SourceReport run(const std::string& text, std::vector<std::string>& reports,
     return scheduler.sources().front()->report();
 }
 
-TEST(FeedDocument, EveryExampleRunsWithoutABadLine)
-{
-    const auto examples = feedExamples(QStringLiteral("jsonl"));
-    ASSERT_GE(examples.size(), 6U);
-    for (const std::string& example : examples) {
-        std::vector<std::string> reports;
-        run(example, reports);
-        EXPECT_THAT(reports, testing::IsEmpty()) << example;
-    }
-}
-
 TEST(FeedDocument, EveryBadExampleIsBad)
 {
-    const auto examples = feedExamples(QStringLiteral("jsonl bad"));
+    const auto examples = TestSupport::documentExamples(FEED_DOCUMENT, "jsonl bad", true);
     ASSERT_EQ(examples.size(), 1U);
     std::vector<std::string> reports;
     const SourceReport report = run(examples.front(), reports);

@@ -1,31 +1,19 @@
 // A recording is looked at with rectool while the real program records it.
 #include <csignal>
-#include <string>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "programtest.h"
 
 namespace RecStation {
 namespace {
 
-using testing::AllOf;
-using testing::AnyOf;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::SizeIs;
-using testing::StartsWith;
+using namespace testing;
 
 class FollowingTest : public ProgramTest {
 protected:
     /// A recording that goes on, with two levels accepted.
     void begin(const QStringList& arguments = {})
     {
-        start(m_recording, arguments + QStringList{QStringLiteral("feed"), QStringLiteral("--start"),
-                                                   QStringLiteral("2026-01-02T03:04:05Z")});
+        start(m_recording, arguments + QStringList{"feed", "--start", "2026-01-02T03:04:05Z"});
         m_recording.write(R"({"at": 0, "path": "/LEVEL", "create": "number", "value": -30}
 {"at": 0, "record": "On"}
 {"at": 1500, "path": "/LEVEL", "set": -31.5}
@@ -37,13 +25,13 @@ mark
     void feed(const QByteArray& line)
     {
         m_recording.write(line + '\n');
-        ASSERT_TRUE(m_recording.waitForBytesWritten(patienceMs));
+        ASSERT_TRUE(m_recording.waitForBytesWritten(PatienceMs));
     }
     [[nodiscard]] QString running() const { return files("*.tmp").value(0); }
 
     void look(QProcess& process, const QStringList& arguments)
     {
-        start(process, arguments + QStringList{running()}, QStringLiteral(RECTOOL));
+        start(process, arguments + QStringList{running()}, RECTOOL);
     }
     Result lookOnce(const QStringList& arguments)
     {
@@ -55,14 +43,14 @@ mark
     static void waitUntilFollowing(QProcess& process)
     {
         process.setReadChannel(QProcess::StandardOutput);
-        ASSERT_TRUE(process.bytesAvailable() > 0 || process.waitForReadyRead(patienceMs));
+        ASSERT_TRUE(process.bytesAvailable() > 0 || process.waitForReadyRead(PatienceMs));
     }
     /// Waits until a process has printed a text. @return all that it printed so far
     QByteArray waitForOutput(QProcess& process, const QByteArray& text)
     {
         process.setReadChannel(QProcess::StandardOutput);
         while (!m_printed.contains(text)) {
-            const bool more = process.waitForReadyRead(patienceMs);
+            const bool more = process.waitForReadyRead(PatienceMs);
             EXPECT_TRUE(more) << m_printed.toStdString();
             if (!more) {
                 break;
@@ -92,8 +80,8 @@ TEST_F(FollowingTest, RecordsAreShownAsTheyAreAcceptedUntilTheRecordingIsClosed)
     EXPECT_EQ(finish(m_recording).exitCode, 3);  // the mark was bad input
     const Result result = finish(cat);
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_THAT(m_printed.toStdString() + result.output, EndsWith("4000,LEVEL,77\n"));
-    EXPECT_THAT(result.messages, IsEmpty());
+    EXPECT_THAT(m_printed.toStdString() + result.out, EndsWith("4000,LEVEL,77\n"));
+    EXPECT_THAT(result.err, IsEmpty());
 }
 
 TEST_F(FollowingTest, EveryFormIsFollowedAndGivesWhatTheFinishedFileGives)
@@ -110,13 +98,13 @@ TEST_F(FollowingTest, EveryFormIsFollowedAndGivesWhatTheFinishedFileGives)
     waitUntilFollowing(from);
     feed(R"({"at": 3000, "path": "/LEVEL", "set": 5})");
     feed(R"({"at": 3600, "path": "/LEVEL", "set": 6})");
-    EXPECT_EQ(finish(from).output, "timeMs,keyword,value\n2500,LEVEL,-40.25\n3000,LEVEL,5\n");  // --to ends it
+    EXPECT_EQ(finish(from).out, "timeMs,keyword,value\n2500,LEVEL,-40.25\n3000,LEVEL,5\n");  // --to ends it
     finish(m_recording);
     const QString closed = files("*.rec").value(0);
     QProcess again;
-    start(again, {"cat", "--json", closed}, QStringLiteral(RECTOOL));
-    EXPECT_EQ(finish(json).output, finish(again).output);
-    EXPECT_THAT(finish(lines).output, HasSubstr("2026-01-02T03:04:08.000Z  LEVEL"));
+    start(again, {"cat", "--json", closed}, RECTOOL);
+    EXPECT_EQ(finish(json).out, finish(again).out);
+    EXPECT_THAT(finish(lines).out, HasSubstr("2026-01-02T03:04:08.000Z  LEVEL"));
 }
 
 TEST_F(FollowingTest, TheNextFileOfARecordingIsFollowedToo)
@@ -132,7 +120,7 @@ TEST_F(FollowingTest, TheNextFileOfARecordingIsFollowedToo)
     finish(m_recording);
     const Result result = finish(cat);
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_THAT(result.messages, HasSubstr("It is complete and goes on in "));
+    EXPECT_THAT(result.err, HasSubstr("It is complete and goes on in "));
     EXPECT_EQ(m_printed.count("timeMs,keyword,value"), 1);
 }
 
@@ -143,17 +131,17 @@ TEST_F(FollowingTest, ARecorderThatIsKilledEndsTheFollowingWithASentence)
     look(cat, {"cat", "--follow"});
     waitForOutput(cat, "-40.25\n");
     m_recording.kill();
-    ASSERT_TRUE(m_recording.waitForFinished(patienceMs));
+    ASSERT_TRUE(m_recording.waitForFinished(PatienceMs));
     const Result result = finish(cat);
     EXPECT_EQ(result.exitCode, 2);
-    EXPECT_THAT(result.messages, HasSubstr("Its recorder ended without closing it; `rectool recover`"));
+    EXPECT_THAT(result.err, HasSubstr("Its recorder ended without closing it; `rectool recover`"));
     const Result later = lookOnce({"cat", "--follow"});
     EXPECT_EQ(later.exitCode, 2);
-    EXPECT_THAT(later.output, HasSubstr("-40.25\n"));
+    EXPECT_THAT(later.out, HasSubstr("-40.25\n"));
     const Result unclosed = lookOnce({"cat"});
     EXPECT_EQ(unclosed.exitCode, 2);
-    EXPECT_THAT(unclosed.output, IsEmpty());
-    EXPECT_THAT(unclosed.messages, HasSubstr("never closed"));
+    EXPECT_THAT(unclosed.out, IsEmpty());
+    EXPECT_THAT(unclosed.err, HasSubstr("never closed"));
 }
 
 #if !defined(_WIN32)
@@ -166,7 +154,7 @@ TEST_F(FollowingTest, AnInterruptEndsTheFollowingWell)
     ASSERT_EQ(::kill(static_cast<pid_t>(cat.processId()), SIGINT), 0);
     const Result result = finish(cat);
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_THAT(result.messages, IsEmpty());
+    EXPECT_THAT(result.err, IsEmpty());
     finish(m_recording);
 }
 #endif
@@ -176,21 +164,21 @@ TEST_F(FollowingTest, WhatWasAcceptedSoFarIsShownWithTheWordThatItIsBeingWritten
     begin();
     const Result cat = lookOnce({"cat", "--type", "LEVEL", "--csv"});
     EXPECT_EQ(cat.exitCode, 0);
-    EXPECT_EQ(cat.output, "timeMs,keyword,value\n10,LEVEL,-30\n1500,LEVEL,-31.5\n2500,LEVEL,-40.25\n");
-    EXPECT_THAT(cat.messages, EndsWith("This recording is being written: this is what was accepted so far.\n"));
+    EXPECT_EQ(cat.out, "timeMs,keyword,value\n10,LEVEL,-30\n1500,LEVEL,-31.5\n2500,LEVEL,-40.25\n");
+    EXPECT_THAT(cat.err, EndsWith("This recording is being written: this is what was accepted so far.\n"));
 
     const Result info = lookOnce({"info"});
     EXPECT_EQ(info.exitCode, 0);
-    EXPECT_THAT(info.output, AllOf(HasSubstr(", which is being written"), HasSubstr("2026-01-02 03:04:07.500 UTC")));
-    const auto json = nlohmann::json::parse(lookOnce({"info", "--json"}).output)["files"][0];
+    EXPECT_THAT(info.out, AllOf(HasSubstr(", which is being written"), HasSubstr("2026-01-02 03:04:07.500 UTC")));
+    const auto json = nlohmann::json::parse(lookOnce({"info", "--json"}).out)["files"][0];
     EXPECT_EQ(json["readability"], "being-written");
     EXPECT_EQ(json["lastTimeMs"], 2500);
     EXPECT_EQ(json["durationMs"], 2500);
 
-    const auto state = nlohmann::json::parse(lookOnce({"state", "--at", "end", "--json"}).output);
+    const auto state = nlohmann::json::parse(lookOnce({"state", "--at", "end", "--json"}).out);
     EXPECT_EQ(state["atMs"], 2500);
     EXPECT_THAT(state.dump(), HasSubstr("-40.25"));
-    EXPECT_THAT(lookOnce({"state", "--at", "2s", "--json"}).output, HasSubstr("-31.5"));
+    EXPECT_THAT(lookOnce({"state", "--at", "2s", "--json"}).out, HasSubstr("-31.5"));
     finish(m_recording);
 }
 
@@ -200,28 +188,28 @@ TEST_F(FollowingTest, WithoutAJournalItIsSaidThatTimesAreMissing)
     for (const char* verb : {"cat", "info"}) {
         const Result result = lookOnce({verb});
         EXPECT_EQ(result.exitCode, 0) << verb;
-        EXPECT_THAT(result.messages + result.output, HasSubstr("no journal")) << verb;
+        EXPECT_THAT(result.err + result.out, HasSubstr("no journal")) << verb;
     }
     QProcess cat;
     look(cat, {"cat", "--follow", "--csv", "--type", "LEVEL"});
     waitForMessage(cat, "It has no journal, so the times of its records are missing");
     finish(m_recording);
     // What was read before the recording was closed has no time.
-    EXPECT_THAT(finish(cat).output, AnyOf(StartsWith("timeMs,keyword,value\n10,LEVEL,-30\n1500,"),
-                                          StartsWith("timeMs,keyword,value\n,LEVEL,-30\n")));
+    EXPECT_THAT(finish(cat).out, AnyOf(StartsWith("timeMs,keyword,value\n10,LEVEL,-30\n1500,"),
+                                       StartsWith("timeMs,keyword,value\n,LEVEL,-30\n")));
 }
 
 TEST_F(FollowingTest, WhatCannotBeFollowedIsRefused)
 {
     QProcess cat;
-    start(cat, {"cat", "--follow", "none.tmp"}, QStringLiteral(RECTOOL));
+    start(cat, {"cat", "--follow", "none.tmp"}, RECTOOL);
     const Result result = finish(cat);
     EXPECT_EQ(result.exitCode, 2);
-    EXPECT_THAT(result.messages, HasSubstr("none.tmp: There is no such file."));
+    EXPECT_THAT(result.err, HasSubstr("none.tmp: There is no such file."));
     begin();
     const Result wrong = lookOnce({"cat", "--follow", "--type", "NONE"});
     EXPECT_EQ(wrong.exitCode, 1);
-    EXPECT_THAT(wrong.messages, HasSubstr("NONE"));
+    EXPECT_THAT(wrong.err, HasSubstr("NONE"));
     finish(m_recording);
 }
 

@@ -1,26 +1,13 @@
 // The real program with the real plug-in, while it runs; what it prints and records is tested in tests/cases.
 #include <csignal>
-#include <string>
-#include <vector>
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-
-#include <nlohmann/json.hpp>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "feedexamples.h"
 #include "programtest.h"
+#include "support/documentexamples.h"
 
 namespace RecStation {
 namespace {
 
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
+using namespace testing;
 
 /// A path with its drive, as the programs run in folders that may be on another.
 QString whole(const char* path)
@@ -39,19 +26,20 @@ const QByteArray smallFeed = R"({"at": 0, "path": "/DEVICE_CAPTION", "create": "
 
 TEST_F(ProgramTest, TheExamplesOfTheFeedDocumentRun)
 {
-    for (const std::string& example : feedExamples(QStringLiteral("jsonl"))) {
+    const auto examples = TestSupport::documentExamples(FEED_DOCUMENT, "jsonl", true);
+    ASSERT_GE(examples.size(), 6U);
+    for (const std::string& example : examples) {
         const bool records = example.find("\"record\"") != std::string::npos;
         const Result result = runFeed(QByteArray::fromStdString(example));
-        EXPECT_EQ(result.exitCode, records ? 0 : 3) << example << result.messages;
-        EXPECT_EQ(result.summary().at("sources")[0].at("bad"), 0) << example << result.messages;
+        EXPECT_EQ(result.exitCode, records ? 0 : 3) << example << result.err;
+        EXPECT_EQ(result.summary().at("sources")[0].at("bad"), 0) << example << result.err;
     }
 }
 
 TEST_F(ProgramTest, TheProgressCountsWhatIsStillInTheRecordersMemory)
 {
     QProcess process;
-    start(process, {QStringLiteral("feed"), QStringLiteral("-"), QStringLiteral("--start"),
-                    QStringLiteral("1970-01-01T00:00:01Z")});
+    start(process, {"feed", "-", "--start", "1970-01-01T00:00:01Z"});
     QByteArray feed = R"({"at": 0, "path": "/DEVICE_CAPTION", "create": "text", "value": "A"}
 {"at": 0, "path": "/LEVEL", "create": "number"}
 {"at": 0, "record": "On"}
@@ -80,28 +68,35 @@ TEST_F(ProgramTest, ADirectoryThatCannotBeWrittenIsRefused)
     if (!QFileInfo::exists(directory)) {
         GTEST_SKIP() << "needs a read-only directory";
     }
-    const Result result = run({QStringLiteral("-o"), directory});
+    const Result result = run({"-o", directory});
     EXPECT_EQ(result.exitCode, 2);
-    EXPECT_THAT(result.messages, HasSubstr("the directory " + directory.toStdString() + " cannot be written"));
+    EXPECT_THAT(result.err, HasSubstr("the directory " + directory.toStdString() + " cannot be written"));
 }
 
 TEST_F(ProgramTest, ThePlugInCanBeNamed)
 {
-    EXPECT_EQ(runFeed(smallFeed, {QStringLiteral("--plugin"), whole(PLUGIN)}).exitCode, 0);
+    EXPECT_EQ(runFeed(smallFeed, {"--plugin", whole(PLUGIN)}).exitCode, 0);
 }
 
 #if !defined(_WIN32)
+
+TEST_F(ProgramTest, AFileThatSomebodyPipesIsReadOnce)
+{
+    const Result result = run({"--config", "/dev/stdin", "--print-config"}, "[[source]]\ntype = 'sim'\nseed = 4\n");
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_THAT(result.out, HasSubstr("seed = \"4\""));
+}
 
 TEST_F(ProgramTest, SigtermWhileItWaitsForInputClosesAndRenamesTheRecording)
 {
     for (const int signal : {SIGTERM, SIGINT}) {
         QProcess process;
-        start(process, {QStringLiteral("feed"), QStringLiteral("--json")});
+        start(process, {"feed", "--json"});
         process.write("{\"at\": 0, \"record\": \"On\"}\nmark\n");
         waitForMessage(process, "feed: line 2");
         ASSERT_THAT(files("*.tmp"), SizeIs(1));
         ASSERT_EQ(::kill(static_cast<pid_t>(process.processId()), signal), 0);
-        ASSERT_TRUE(process.waitForFinished(patienceMs));
+        ASSERT_TRUE(process.waitForFinished(PatienceMs));
         EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(process.exitCode(), 3);  // for the line that marked the moment
         EXPECT_THAT(files("*.tmp"), IsEmpty());
@@ -113,12 +108,12 @@ TEST_F(ProgramTest, SigtermWhileItWaitsForInputClosesAndRenamesTheRecording)
 TEST_F(ProgramTest, SigtermWhileItWaitsForTheTimeOfAStepClosesAndRenamesTheRecording)
 {
     QProcess process;
-    start(process, {QStringLiteral("--speed"), QStringLiteral("1"), QStringLiteral("feed")});
+    start(process, {"--speed", "1", "feed"});
     process.write("{\"at\": 0, \"record\": \"On\"}\nmark\n{\"at\": 1e9, \"record\": \"Off\"}\n");
     process.closeWriteChannel();
     waitForMessage(process, "feed: line 2");
     ASSERT_EQ(::kill(static_cast<pid_t>(process.processId()), SIGTERM), 0);
-    ASSERT_TRUE(process.waitForFinished(patienceMs));
+    ASSERT_TRUE(process.waitForFinished(PatienceMs));
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
     EXPECT_THAT(files("*.tmp"), IsEmpty());
     EXPECT_THAT(files("*.rec"), SizeIs(1));
@@ -127,11 +122,11 @@ TEST_F(ProgramTest, SigtermWhileItWaitsForTheTimeOfAStepClosesAndRenamesTheRecor
 TEST_F(ProgramTest, ALineThatASignalCutsShortIsNoBadLine)
 {
     QProcess process;
-    start(process, {QStringLiteral("feed"), QStringLiteral("--json")});
+    start(process, {"feed", "--json"});
     process.write("{\"at\": 0, \"record\": \"On\"}\nmark\n{\"at\": 1, \"rec");
     waitForMessage(process, "feed: line 2");
     ASSERT_EQ(::kill(static_cast<pid_t>(process.processId()), SIGTERM), 0);
-    ASSERT_TRUE(process.waitForFinished(patienceMs));
+    ASSERT_TRUE(process.waitForFinished(PatienceMs));
     const auto summary = nlohmann::json::parse(process.readAllStandardOutput().toStdString());
     EXPECT_EQ(summary.at("sources")[0].at("bad"), 1);
 }
@@ -141,17 +136,17 @@ TEST_F(ProgramTest, AFileThatCouldNotBeWrittenToItsEndIsReported)
 {
     QProcess process;
     const QString script = QStringLiteral("trap '' XFSZ; ulimit -f 40; exec \"$0\" --json sim --duration 20s");
-    start(process, {QStringLiteral("-c"), script, QStringLiteral(RECSTATION)}, QStringLiteral("/bin/bash"));
+    start(process, {"-c", script, RECSTATION}, "/bin/bash");
     const Result result = finish(process);
     EXPECT_EQ(result.exitCode, 3);
-    EXPECT_THAT(result.messages, HasSubstr("not completely written, perhaps because the disk is full"));
+    EXPECT_THAT(result.err, HasSubstr("not completely written, perhaps because the disk is full"));
     EXPECT_THAT(std::string(result.summary().at("files")[0].at("problem")), HasSubstr("not completely written"));
 }
 
 TEST_F(ProgramTest, AFileTakenAwayBeforeTheInputEndsIsSavedAndReported)
 {
     QProcess process;
-    start(process, {QStringLiteral("feed"), QStringLiteral("--json")});
+    start(process, {"feed", "--json"});
     process.write("{\"at\": 0, \"record\": \"On\"}\nmark\n");
     waitForMessage(process, "feed: line 2");
     ASSERT_TRUE(QFile::remove(path(files("*.tmp").value(0))));
@@ -165,11 +160,11 @@ TEST_F(ProgramTest, AnOutputThatCannotBeWrittenIsTold)
 {
     for (const QStringList& arguments : {QStringList{"check", "sim"}, QStringList{"--print-config", "sim"}}) {
         QProcess process;
-        process.setStandardOutputFile(QStringLiteral("/dev/full"));
+        process.setStandardOutputFile("/dev/full");
         start(process, arguments);
         const Result result = finish(process);
         EXPECT_EQ(result.exitCode, 2);
-        EXPECT_THAT(result.messages, HasSubstr("to the standard output"));
+        EXPECT_THAT(result.err, HasSubstr("to the standard output"));
     }
 }
 

@@ -1,51 +1,30 @@
 // The real program with the real plug-in, run in a directory of its own.
 #pragma once
 
-#include <string>
-
-#include <QDir>
-#include <QProcess>
-#include <QString>
-#include <QStringList>
-#include <QTemporaryDir>
-
 #include <nlohmann/json.hpp>
 
-#include <gtest/gtest.h>
-
-#include "application.h"
+#include "support/program.h"
 
 namespace RecStation {
 
-constexpr int patienceMs = 60'000;
+using TestSupport::PatienceMs;
 
-struct Result {
-    int exitCode = -1;
-    std::string output;
-    std::string messages;
-
-    [[nodiscard]] nlohmann::json summary() const { return nlohmann::json::parse(output); }
+struct Result : TestSupport::ProgramResult {
+    [[nodiscard]] nlohmann::json summary() const { return nlohmann::json::parse(out); }
 };
 
 class ProgramTest : public testing::Test {
 protected:
-    ProgramTest() { requireApplication(); }
+    ProgramTest() { TestSupport::requireApplication(); }
 
     void start(QProcess& process, const QStringList& arguments, const QString& program = QStringLiteral(RECSTATION))
     {
         process.setWorkingDirectory(m_directory.path());
         process.start(program, arguments);
-        ASSERT_TRUE(process.waitForStarted(patienceMs));
+        ASSERT_TRUE(process.waitForStarted(PatienceMs));
     }
 
-    static Result finish(QProcess& process)
-    {
-        process.closeWriteChannel();
-        EXPECT_TRUE(process.state() == QProcess::NotRunning || process.waitForFinished(patienceMs));
-        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-        return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-                process.readAllStandardError().toStdString()};
-    }
+    static Result finish(QProcess& process) { return {TestSupport::finish(process)}; }
 
     Result run(const QStringList& arguments, const QByteArray& input = {})
     {
@@ -57,8 +36,7 @@ protected:
 
     Result runFeed(const QByteArray& input, QStringList arguments = {})
     {
-        arguments += {QStringLiteral("feed"), QStringLiteral("--start"), QStringLiteral("2026-01-02T03:04:05Z"),
-                      QStringLiteral("--json")};
+        arguments += {"feed", "--start", "2026-01-02T03:04:05Z", "--json"};
         return run(arguments, input);
     }
 
@@ -68,7 +46,7 @@ protected:
         process.setReadChannel(QProcess::StandardError);
         QByteArray messages;
         while (!messages.contains(text)) {
-            if (!process.waitForReadyRead(patienceMs)) {
+            if (!process.waitForReadyRead(PatienceMs)) {
                 ADD_FAILURE() << messages.toStdString();
                 break;
             }

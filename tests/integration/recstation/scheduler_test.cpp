@@ -1,17 +1,51 @@
-// Several sources merged by time, and the simulated clock that follows them.
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
+// Several sources merged by time, the simulated clock, how fast the run goes, and what ends it.
 #include <vkbase/quonos.h>
 
+#include "runner.h"
 #include "scheduler.h"
-#include "scriptedsource.h"
+#include "sources/source.h"
+#include "support/program.h"
 
 namespace RecStation {
 namespace {
+
+/// A source that is due at given times and notes what happens to it.
+class ScriptedSource final : public Source {
+public:
+    ScriptedSource(std::string name, std::vector<unsigned long long> times, std::vector<std::string>& log)
+        : m_name(std::move(name)), m_times(std::move(times)), m_log(log)
+    {
+    }
+
+    [[nodiscard]] QString name() const override { return QString::fromStdString(m_name); }
+    void prepare() override { m_log.push_back(m_name + " prepared"); }
+    [[nodiscard]] std::optional<unsigned long long> nextTime() override
+    {
+        ++m_asked;
+        return m_next < m_times.size() ? std::optional(m_times[m_next]) : std::nullopt;
+    }
+    void step() override
+    {
+        ++m_next;
+        m_log.push_back(m_name + "@" + std::to_string(QuonOS::Create()->CurrentTime()));
+        if (onStep) {
+            onStep();
+        }
+    }
+    [[nodiscard]] std::optional<unsigned long long> unfinishedTime() override { return unfinished; }
+    [[nodiscard]] SourceReport report() const override { return {m_next, 0, 0}; }
+    [[nodiscard]] int asked() const { return m_asked; }
+
+    std::function<void()> onStep;
+    std::optional<unsigned long long> unfinished;
+
+private:
+    std::string m_name;
+    std::vector<unsigned long long> m_times;
+    std::vector<std::string>& m_log;
+    std::size_t m_next = 0;
+    int m_asked = 0;
+};
 
 using testing::ElementsAre;
 
@@ -142,6 +176,95 @@ TEST(SimulatedClock, GivesTheSystemsClockBackWhenItEnds)
         clock.set(5);
     }
     EXPECT_GT(QuonOS::Create()->CurrentTime(), 1'000'000U);
+}
+
+using namespace testing;
+
+class RunnerTest : public testing::Test {
+protected:
+    RunnerTest() { TestSupport::requireApplication(); }
+
+    ScriptedSource& add(std::vector<unsigned long long> times)
+    {
+        auto source = std::make_unique<ScriptedSource>("a", std::move(times), m_steps);
+        ScriptedSource& reference = *source;
+        m_scheduler.add(std::move(source));
+        return reference;
+    }
+
+    void run(std::optional<double> speed)
+    {
+        Runner runner(m_scheduler, speed, {[this] { ++m_afterSteps; }, [this] { return m_stop; }});
+        m_runner = &runner;
+        runner.run();
+    }
+
+    SimulatedClock m_clock;
+    Scheduler m_scheduler{m_clock};
+    std::vector<std::string> m_steps;
+    int m_afterSteps = 0;
+    bool m_stop = false;
+    Runner* m_runner = nullptr;
+};
+
+TEST_F(RunnerTest, RunsEveryStepAndEnds)
+{
+    add({10, 20, 30});
+    run(std::nullopt);
+    EXPECT_THAT(m_steps, ElementsAre("a@10", "a@20", "a@30"));
+    EXPECT_EQ(m_afterSteps, 3);
+}
+
+TEST_F(RunnerTest, WithoutASpeedADayOfRecordedTimeTakesNoTime)
+{
+    add({0, 86'400'000'000});
+    run(std::nullopt);
+    EXPECT_THAT(m_steps, SizeIs(2));
+}
+
+TEST_F(RunnerTest, ASpeedPacesTheStepsFromTheFirstOneOn)
+{
+    constexpr unsigned long long firstUs = 1'000'000'000;
+    constexpr unsigned long long laterUs = 20'000;
+    add({firstUs, firstUs + laterUs});
+    QElapsedTimer elapsed;
+    elapsed.start();
+    run(1.0);
+    EXPECT_GE(elapsed.elapsed(), 19);
+    EXPECT_THAT(m_steps, SizeIs(2));
+}
+
+TEST_F(RunnerTest, AHighSpeedShortensTheWait)
+{
+    add({0, 86'400'000'000});
+    run(1e8);
+    EXPECT_THAT(m_steps, SizeIs(2));
+}
+
+TEST_F(RunnerTest, AStopBetweenStepsEndsTheRun)
+{
+    add({10, 20, 30}).onStep = [this] { m_stop = m_steps.size() == 2; };
+    run(std::nullopt);
+    EXPECT_THAT(m_steps, SizeIs(2));
+}
+
+TEST_F(RunnerTest, AStopWhileItWaitsEndsTheRun)
+{
+    add({0, 86'400'000'000}).onStep = [this] {
+        QTimer::singleShot(0, [this] {
+            m_stop = true;
+            m_runner->wake();
+        });
+    };
+    run(1.0);
+    EXPECT_THAT(m_steps, SizeIs(1));
+}
+
+TEST_F(RunnerTest, WhatAStepThrowsEndsTheRunAndIsThrownOn)
+{
+    add({10, 20}).onStep = [] { throw std::runtime_error("broken"); };
+    EXPECT_THROW(run(std::nullopt), std::runtime_error);
+    EXPECT_THAT(m_steps, SizeIs(1));
 }
 
 }  // namespace

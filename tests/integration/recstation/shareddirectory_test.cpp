@@ -1,17 +1,5 @@
 // Several programs that record into one directory at the same moment, while somebody puts links in their way.
-#include <cstdlib>
-#include <memory>
-#include <set>
-#include <string>
-#include <vector>
-
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QSysInfo>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <recording2/inspection/inspection.h>
 #include <recording2/inspection/verify/verification.h>
@@ -34,12 +22,10 @@ class SharedDirectoryTest : public ProgramTest {
 protected:
     SharedDirectoryTest()
     {
-        QDir(m_directory.path()).mkdir(QStringLiteral("shared"));
-        QFile file(victim());
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("precious");
+        QDir(m_directory.path()).mkdir("shared");
+        TestSupport::writeBytes(victim(), "precious");
     }
-    [[nodiscard]] QString victim() const { return path(QStringLiteral("victim")); }
+    [[nodiscard]] QString victim() const { return path("victim"); }
     [[nodiscard]] QString shared(const QString& name) const { return path(QStringLiteral("shared/") + name); }
 
     /// One program's part: so many recordings, all of the same second as everybody else's.
@@ -58,10 +44,9 @@ protected:
     /// Links that lead to what nobody may write, under names that may come next.
     void plant(int number) const
     {
-        const QString stem = shared(QStringLiteral("UNKNOWN__2026-01-02__03-04-05_UTC-00-00%1"))
+        const QString stem = shared("UNKNOWN__2026-01-02__03-04-05_UTC-00-00%1")
                                  .arg(number == 1 ? QString() : QStringLiteral("_%1").arg(number));
-        static const QStringList endings = {QStringLiteral(".tmp"), QStringLiteral(".tmp.journal"),
-                                            QStringLiteral(".rec")};
+        static const QStringList endings = {".tmp", ".tmp.journal", ".rec"};
         // What Qt makes on Windows is no link but a file, which nobody would plant there.
         if (QSysInfo::productType() == QLatin1String("windows")) {
             return;
@@ -74,9 +59,7 @@ protected:
         std::vector<std::unique_ptr<QProcess>> running;
         for (int i = 0; i < programs; ++i) {
             running.push_back(std::make_unique<QProcess>());
-            start(*running.back(),
-                  {QStringLiteral("-o"), shared(QString()), QStringLiteral("--json"), QStringLiteral("feed"),
-                   QStringLiteral("--start"), QStringLiteral("2026-01-02T03:04:05Z")});
+            start(*running.back(), {"-o", shared(QString()), "--json", "feed", "--start", "2026-01-02T03:04:05Z"});
         }
         for (const auto& process : running) {
             process->write(feed(recordings));
@@ -96,7 +79,7 @@ protected:
     void takeSummary(const Result& result, int recordings)
     {
         const nlohmann::json summary = result.summary();
-        EXPECT_EQ(summary.at("files").size(), static_cast<std::size_t>(recordings)) << result.messages;
+        EXPECT_EQ(summary.at("files").size(), static_cast<std::size_t>(recordings)) << result.err;
         bool named = true;
         for (const nlohmann::json& file : summary.at("files")) {
             const auto path = file.at("path").get<std::string>();
@@ -106,14 +89,13 @@ protected:
             }
             EXPECT_TRUE(m_files.insert(path).second) << path << " was made twice";
         }
-        EXPECT_EQ(result.exitCode, named ? 0 : 3) << result.messages;
+        EXPECT_EQ(result.exitCode, named ? 0 : 3) << result.err;
     }
     /// What was closed without its name, since a link has that, and recovered by a program that began later.
     void takeRecovered()
     {
         const QDir directory(shared(QString()));
-        for (const QFileInfo& file :
-             directory.entryInfoList({QStringLiteral("*.rec")}, QDir::Files | QDir::NoSymLinks)) {
+        for (const QFileInfo& file : directory.entryInfoList({"*.rec"}, QDir::Files | QDir::NoSymLinks)) {
             m_files.insert(file.absoluteFilePath().toStdString());
         }
     }
@@ -126,9 +108,7 @@ protected:
             EXPECT_EQ(verified.readability, Inspection::Readability::Ok) << file << ": " << verified.problem;
             EXPECT_EQ(verified.records, 2U) << file;
         }
-        QFile precious(victim());
-        ASSERT_TRUE(precious.open(QIODevice::ReadOnly));
-        EXPECT_EQ(precious.readAll(), QByteArray("precious"));
+        EXPECT_EQ(TestSupport::readBytes(victim()), QByteArray("precious"));
     }
 
     std::set<std::string> m_files;

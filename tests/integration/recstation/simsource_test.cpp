@@ -1,19 +1,12 @@
 // The simulated receiver and direction finder: keywords, spectra, bearings, the drive, and the seed.
 #include "sources/sim/simsource.h"
 
-#include <cmath>
-#include <map>
-#include <set>
-#include <string>
-
 #include <QCryptographicHash>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "scheduler.h"
 #include "sources/sim/scenery.h"
 #include "sources/sim/simvalues.h"
+#include "support/testing.h"
 
 namespace RecStation {
 namespace {
@@ -119,7 +112,7 @@ TEST_F(SimSourceTest, EveryKeywordHasAValueOfTheTypeThatTheRecorderExpects)
     for (const Sim::KeywordValue& row : Sim::keywordValues()) {
         const std::string keyword = row.keyword;
         keywords.insert(keyword);
-        for (const QString& root : {QStringLiteral("/Devices/Rx1/"), QStringLiteral("/Devices/Df1/")}) {
+        for (const QString root : {"/Devices/Rx1/", "/Devices/Df1/"}) {
             const QString path = row.path[0] == '/' ? QString::fromLatin1(row.path) : root + QLatin1String(row.path);
             const values::ValueBase* value = run.tree.Find(path);
             ASSERT_NE(value, nullptr) << path.toStdString();
@@ -131,7 +124,7 @@ TEST_F(SimSourceTest, EveryKeywordHasAValueOfTheTypeThatTheRecorderExpects)
         }
     }
     EXPECT_EQ(keywords.size(), 48U);
-    EXPECT_NE(Sim::findValue<values::ValueSelection>(QStringLiteral("/Devices/Rx1/AntennaMode")), nullptr);
+    EXPECT_NE(Sim::findValue<values::ValueSelection>("/Devices/Rx1/AntennaMode"), nullptr);
 }
 
 TEST_F(SimSourceTest, ASeedGivesTheSameTextsOnEveryMachine)
@@ -164,8 +157,7 @@ TEST_F(SimSourceTest, RfAndIfSpectraTakeTurnsWithTheMode)
         const int rfBefore = run.witness->changes["/Devices/Rx1/Scn/RfSpectrum"];
         const int ifBefore = run.witness->changes["/IfMapping"];
         run.scheduler.step();
-        const auto key =
-            Sim::findValue<values::ValueSelection>(QStringLiteral("/Devices/Rx1/Gen/DRVCOMMANDS"))->GetCurrentKey();
+        const auto key = Sim::findValue<values::ValueSelection>("/Devices/Rx1/Gen/DRVCOMMANDS")->GetCurrentKey();
         const bool rfChanged = run.witness->changes["/Devices/Rx1/Scn/RfSpectrum"] != rfBefore;
         const bool ifChanged = run.witness->changes["/IfMapping"] != ifBefore;
         EXPECT_TRUE(!rfChanged || key == Sim::ScanKey);
@@ -182,7 +174,7 @@ TEST_F(SimSourceTest, TheBandShowsNoiseAndCarriers)
     m_options.durationSeconds = 5;
     Run run(m_options);
     run.toEnd();
-    const auto* spectrum = Sim::findValue<Sim::LevelMap>(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum"));
+    const auto* spectrum = Sim::findValue<Sim::LevelMap>("/Devices/Rx1/Scn/RfSpectrum");
     ASSERT_EQ(spectrum->size(), 1601U);
     double sum = 0;
     for (const float cell : spectrum->GetCells()) {
@@ -198,7 +190,7 @@ TEST_F(SimSourceTest, BearingsPointAtTheTransmittersAndCarryTheirOwnTime)
     m_options.durationSeconds = 5;
     Run run(m_options);
     run.toEnd();
-    const auto* bearings = Sim::findValue<Sim::BearingMap>(QStringLiteral("/DfSpectrum"));
+    const auto* bearings = Sim::findValue<Sim::BearingMap>("/DfSpectrum");
     EXPECT_EQ(bearings->GetTimeStamp(), m_options.startTime + 5'000'000);
     // The carrier at 431.7 MHz stands 2400 m east and 2900 m north of the start; the vehicle drives north at first.
     const auto& cell = bearings->GetCells()[68];
@@ -212,8 +204,8 @@ TEST_F(SimSourceTest, TheVehicleMovesAndTurns)
     m_options.durationSeconds = 200;
     Run run(m_options);
     run.toEnd();
-    const auto* latitude = Sim::findValue<values::ValueNumeric<double>>(QStringLiteral("/LOCATIONLATITUDE"));
-    const auto* longitude = Sim::findValue<values::ValueNumeric<double>>(QStringLiteral("/LOCATIONLONGITUDE"));
+    const auto* latitude = Sim::findValue<values::ValueNumeric<double>>("/LOCATIONLATITUDE");
+    const auto* longitude = Sim::findValue<values::ValueNumeric<double>>("/LOCATIONLONGITUDE");
     const double metres = std::hypot((latitude->GetValue() - Sim::OriginLatitude) * 111'200,
                                      (longitude->GetValue() - Sim::OriginLongitude) * 72'290);
     EXPECT_GT(metres, 500);
@@ -225,10 +217,10 @@ TEST_F(SimSourceTest, TheFinderStaysInItsModeAndItsAntennaOnDirectionFinding)
 {
     Run run(m_options);
     run.toEnd();
-    const auto* mode = Sim::findValue<values::ValueSelection>(QStringLiteral("/Devices/Df1/Gen/DRVCOMMANDS"));
-    const auto* antenna = Sim::findValue<values::ValueSelection>(QStringLiteral("/Devices/Df1/AntennaMode"));
+    const auto* mode = Sim::findValue<values::ValueSelection>("/Devices/Df1/Gen/DRVCOMMANDS");
+    const auto* antenna = Sim::findValue<values::ValueSelection>("/Devices/Df1/AntennaMode");
     EXPECT_EQ(mode->GetCurrentKey(), Sim::DirectionFindingKey);
-    EXPECT_EQ(antenna->GetText(), QStringLiteral("DF"));
+    EXPECT_EQ(antenna->GetText(), "DF");
 }
 
 TEST_F(SimSourceTest, AValueThatIsTakenAwayStaysAway)
@@ -238,7 +230,7 @@ TEST_F(SimSourceTest, AValueThatIsTakenAwayStaysAway)
         run.tree.Remove(QString::fromLatin1(path));
     }
     run.toEnd();
-    EXPECT_EQ(run.tree.Find(QStringLiteral("/LEVEL")), nullptr);
+    EXPECT_EQ(run.tree.Find("/LEVEL"), nullptr);
 }
 
 }  // namespace

@@ -1,10 +1,9 @@
-// The summary of a run: its files, its remarks, its exit code, and its JSON.
-#include "summary.h"
-
+// What is told of a run: its progress, its files, its remarks, its exit code, its JSON.
 #include <nlohmann/json.hpp>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "progress.h"
+#include "summary.h"
+#include "support/testing.h"
 
 namespace RecStation {
 namespace {
@@ -17,8 +16,8 @@ Summary goodSummary()
     file.bytes = 1'500;
     file.records = 12;
     Summary summary;
-    summary.files.push_back({QStringLiteral("receiver"), file});
-    summary.sources.push_back({QStringLiteral("feed"), {5, 1, 0}});
+    summary.files.push_back({"receiver", file});
+    summary.sources.push_back({"feed", {5, 1, 0}});
     summary.recordedMs = 4'000;
     summary.changes = 20;
     return summary;
@@ -28,7 +27,7 @@ TEST(Summary, AGoodRunNamesItsFilesAndHasNoRemarks)
 {
     const Summary summary = goodSummary();
     EXPECT_EQ(summary.exitCode(), ExitCode::Success);
-    EXPECT_EQ(summary.fileLines(), QStringLiteral("receiver: /x/a.rec (1.5 kB, 12 records)\n"));
+    EXPECT_EQ(summary.fileLines(), "receiver: /x/a.rec (1.5 kB, 12 records)\n");
     EXPECT_TRUE(summary.remarks().isEmpty());
 }
 
@@ -38,7 +37,7 @@ TEST(Summary, TheCountsOfLinesAreToldWhenAskedFor)
     EXPECT_TRUE(summary.remarks(true).isEmpty());
     summary.sources[0].report.lines = true;
     EXPECT_TRUE(summary.remarks(false).isEmpty());
-    EXPECT_EQ(summary.remarks(true), QStringList(QStringLiteral("feed: 5 used, 1 skipped, 0 bad")));
+    EXPECT_EQ(summary.remarks(true), QStringList("feed: 5 used, 1 skipped, 0 bad"));
 }
 
 TEST(Summary, BadInputMakesItIncomplete)
@@ -46,7 +45,7 @@ TEST(Summary, BadInputMakesItIncomplete)
     Summary summary = goodSummary();
     summary.sources[0].report.bad = 2;
     EXPECT_EQ(summary.exitCode(), ExitCode::Incomplete);
-    EXPECT_EQ(summary.remarks(), QStringList(QStringLiteral("feed: 5 used, 1 skipped, 2 bad")));
+    EXPECT_EQ(summary.remarks(), QStringList("feed: 5 used, 1 skipped, 2 bad"));
 }
 
 TEST(Summary, AFileWithAProblemMakesItIncompleteAndIsStillNamed)
@@ -54,7 +53,7 @@ TEST(Summary, AFileWithAProblemMakesItIncompleteAndIsStillNamed)
     Summary summary = goodSummary();
     summary.files[0].report.problem = QStringLiteral("not renamed");
     EXPECT_EQ(summary.exitCode(), ExitCode::Incomplete);
-    EXPECT_EQ(summary.remarks(), QStringList(QStringLiteral("/x/a.rec: not renamed")));
+    EXPECT_EQ(summary.remarks(), QStringList("/x/a.rec: not renamed"));
     EXPECT_FALSE(summary.fileLines().isEmpty());
 }
 
@@ -71,7 +70,7 @@ TEST(Summary, ARunThatBrokeOffCouldNotRun)
     Summary summary = goodSummary();
     summary.failure = QStringLiteral("the disk is full");
     EXPECT_EQ(summary.exitCode(), ExitCode::CannotRun);
-    EXPECT_EQ(summary.remarks(), QStringList(QStringLiteral("the disk is full")));
+    EXPECT_EQ(summary.remarks(), QStringList("the disk is full"));
 }
 
 TEST(Summary, AnArchivedFileIsNamedByItsAddress)
@@ -81,7 +80,7 @@ TEST(Summary, AnArchivedFileIsNamedByItsAddress)
     summary.files[0].report.address = QStringLiteral("zelvo:///group/1");
     summary.archive.emplace().moved = 1;
     EXPECT_EQ(summary.exitCode(), ExitCode::Success);
-    EXPECT_EQ(summary.fileLines(), QStringLiteral("receiver: zelvo:///group/1 (1.5 kB, 12 records)\n"));
+    EXPECT_EQ(summary.fileLines(), "receiver: zelvo:///group/1 (1.5 kB, 12 records)\n");
     EXPECT_TRUE(summary.remarks().isEmpty());
     const auto json = nlohmann::json::parse(summary.json());
     EXPECT_EQ(json.at("archive"), (nlohmann::json{{"moved", 1}, {"waiting", 0}, {"unregistered", 0}}));
@@ -96,8 +95,7 @@ TEST(Summary, WhatTheArchiveHasNotMovedIsARemarkAndNoFailure)
     archive.waiting = 2;
     archive.problem = QStringLiteral("the storage is away");
     EXPECT_EQ(summary.exitCode(), ExitCode::Success);
-    EXPECT_EQ(summary.remarks(),
-              QStringList(QStringLiteral("archive: 2 recordings not moved yet: the storage is away")));
+    EXPECT_EQ(summary.remarks(), QStringList("archive: 2 recordings not moved yet: the storage is away"));
     archive.waiting = 0;
     archive.unregistered = 1;
     EXPECT_EQ(summary.remarks(), QStringList(QStringLiteral("archive: 1 recording not registered, and not going to be "
@@ -119,7 +117,7 @@ TEST(Summary, OfLiveSourcesLossesReconnectsAndLagAreToldAndMakeNoFailure)
     EXPECT_EQ(source, nlohmann::json::parse(R"({"name": "feed", "used": 5, "skipped": 1, "bad": 0, "lost": 3,
         "reconnects": 1, "lagMs": {"middle": 12.34, "most": 1500.0}})"));
     report.lag = Lag{-7'500'000'000, -7'400'000'000};
-    EXPECT_TRUE(summary.remarks().value(0).endsWith(QStringLiteral("; its clock is 2 h 05 min ahead of this one")));
+    EXPECT_TRUE(summary.remarks().value(0).endsWith("; its clock is 2 h 05 min ahead of this one"));
 }
 
 TEST(Summary, APeerOfWhichNothingCameIsNamedAndMakesItIncomplete)
@@ -129,12 +127,11 @@ TEST(Summary, APeerOfWhichNothingCameIsNamedAndMakesItIncomplete)
     SourceReport report;
     report.live = report.silent = true;
     report.missing = "127.0.0.1:4532: cannot connect: Connection refused";
-    summary.sources.push_back({QStringLiteral("rig"), report});
+    summary.sources.push_back({"rig", report});
     EXPECT_FALSE(summary.areAllSilent());
     EXPECT_EQ(summary.exitCode(), ExitCode::Incomplete);
-    EXPECT_EQ(
-        summary.remarks(),
-        QStringList(QStringLiteral("rig: nothing ever came from 127.0.0.1:4532: cannot connect: Connection refused")));
+    EXPECT_EQ(summary.remarks(),
+              QStringList("rig: nothing ever came from 127.0.0.1:4532: cannot connect: Connection refused"));
     EXPECT_EQ(nlohmann::json::parse(summary.json())["sources"][1]["missing"], report.missing);
     summary.sources.erase(summary.sources.begin());
     EXPECT_TRUE(summary.areAllSilent());
@@ -150,6 +147,40 @@ TEST(Summary, TheJsonFormHasEverything)
                    "problem": "not renamed"}],
         "sources": [{"name": "feed", "used": 5, "skipped": 1, "bad": 0}],
         "recordedMs": 4000, "changes": 20, "exitCode": 3})"));
+}
+
+TEST(LagText, HasTheUnitThatItsSizeMakesSenseIn)
+{
+    EXPECT_EQ(lagText(12'340), "12.3 ms");
+    EXPECT_EQ(lagText(-1'500'000), "-1500.0 ms");
+    EXPECT_EQ(lagText(12'340'000), "12.3 s");
+    EXPECT_EQ(lagText(7'499'000'000), "2 h 05 min");
+    EXPECT_EQ(lagText(-11 * 60 * 1'000'000LL), "-11 min");
+    EXPECT_EQ(lagText(12 * 86'400 * 1'000'000LL), "12 days");
+}
+
+TEST(Progress, BytesAreWrittenAsAPersonWould)
+{
+    EXPECT_EQ(byteText(0), "0 bytes");
+    EXPECT_EQ(byteText(999), "999 bytes");
+    EXPECT_EQ(byteText(1'500), "1.5 kB");
+    EXPECT_EQ(byteText(4'200'000), "4.2 MB");
+    EXPECT_EQ(byteText(2'000'000'000'000'000), "2000.0 TB");
+}
+
+TEST(Progress, DurationsNameHoursAndMinutesWhenThereAreAny)
+{
+    EXPECT_EQ(durationText(0), "0.000 s");
+    EXPECT_EQ(durationText(2'250), "2.250 s");
+    EXPECT_EQ(durationText(62'250), "1 min 02.250 s");
+    EXPECT_EQ(durationText(3'662'250), "1 h 01 min 02.250 s");
+}
+
+TEST(Progress, TheLineTellsElapsedRecordsBytesAndRate)
+{
+    EXPECT_EQ(progressText({62'250, 12'345, 4'200'000}, 2'000),
+              "1 min 02.250 s recorded, 12345 records, 4.2 MB, 2.1 MB/s");
+    EXPECT_EQ(progressText({}, 0), "0.000 s recorded, 0 records, 0 bytes, 0 bytes/s");
 }
 
 }  // namespace

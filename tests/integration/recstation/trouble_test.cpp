@@ -1,14 +1,7 @@
 // What goes wrong around a recording while it is made: directories, clocks, and files that somebody takes away.
 #include <csignal>
-#include <string>
 
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
-#include <QFileInfo>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <recording2/inspection/inspection.h>
 #include <recording2/inspection/verify/verification.h>
@@ -20,20 +13,14 @@ namespace RecStation {
 namespace {
 
 namespace Inspection = Recording2::Inspection;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::SizeIs;
+using namespace testing;
 
 class TroubleTest : public ProgramTest {};
 
 TEST_F(TroubleTest, UnfinishedOutputsOfKilledCopiesAreRemovedAndNamed)
 {
     const auto write = [this](const char* name, const QByteArray& bytes) {
-        QFile file(path(QString::fromLatin1(name)));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
+        TestSupport::writeBytes(path(name), bytes);
     };
     const QByteArray blankHeader = QByteArray(499, '0') + '#';
     write("a.rec.part", blankHeader + "types");
@@ -42,14 +29,13 @@ TEST_F(TroubleTest, UnfinishedOutputsOfKilledCopiesAreRemovedAndNamed)
     write("download.rec.part", "2#0#and somebody else's");
     write("other.part", {});
     System::NativeFile writing;
-    ASSERT_EQ(writing.open(path(QStringLiteral("inuse.rec.part")).toStdString(), System::Access::Read), 0);
+    ASSERT_EQ(writing.open(path("inuse.rec.part").toStdString(), System::Access::Read), 0);
     ASSERT_EQ(writing.lock(), 0);
     const Result result = runFeed("{\"at\": 0, \"record\": \"On\"}\n");
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_THAT(result.messages, AllOf(HasSubstr("a.rec.part, which"), HasSubstr("a.rec.part2, which"),
-                                       Not(HasSubstr("inuse")), Not(HasSubstr("download")), Not(HasSubstr("other"))));
-    EXPECT_EQ(files("*.part*"), (QStringList{QStringLiteral("download.rec.part"), QStringLiteral("inuse.rec.part"),
-                                             QStringLiteral("other.part")}));
+    EXPECT_THAT(result.err, AllOf(HasSubstr("a.rec.part, which"), HasSubstr("a.rec.part2, which"),
+                                  Not(HasSubstr("inuse")), Not(HasSubstr("download")), Not(HasSubstr("other"))));
+    EXPECT_EQ(files("*.part*"), (QStringList{"download.rec.part", "inuse.rec.part", "other.part"}));
 }
 
 #if !defined(_WIN32)
@@ -65,10 +51,7 @@ protected:
     /// A recording of a map that goes on until the feed ends.
     void begin(const QString& program = QStringLiteral(RECSTATION), const QStringList& before = {})
     {
-        start(m_process,
-              before + QStringList{QStringLiteral("--json"), QStringLiteral("feed"), QStringLiteral("--start"),
-                                   QStringLiteral("2026-01-02T03:04:05Z")},
-              program);
+        start(m_process, before + QStringList{"--json", "feed", "--start", "2026-01-02T03:04:05Z"}, program);
         send(
             R"({"at": 0, "path": "/Devices/Rx1/Scn/RfSpectrum", "create": "levels", "range": {"start": 4e8, "step": 1e4, "count": 4096}}
 {"at": 0, "record": "On"}
@@ -109,7 +92,7 @@ protected:
         QElapsedTimer patience;
         patience.start();
         int sent = 0;
-        for (; !messages.contains(message) && patience.elapsed() < patienceMs; ++sent) {
+        for (; !messages.contains(message) && patience.elapsed() < PatienceMs; ++sent) {
             post(spectra(1));
             m_process.waitForReadyRead(lookMs);
             messages += m_process.readAllStandardError();
@@ -143,15 +126,14 @@ TEST_F(LiveTest, AHangUpClosesTheRecordings)
 {
     begin();
     ASSERT_EQ(kill(static_cast<pid_t>(m_process.processId()), SIGHUP), 0);
-    ASSERT_TRUE(m_process.waitForFinished(patienceMs));
+    ASSERT_TRUE(m_process.waitForFinished(PatienceMs));
     EXPECT_EQ(m_process.exitStatus(), QProcess::NormalExit);
     EXPECT_THAT(files("*.rec"), SizeIs(1));
 }
 
 TEST_F(LiveTest, AHangUpThatIsIgnoredAtTheStartStaysIgnored)
 {
-    begin(QStringLiteral("sh"),
-          {QStringLiteral("-c"), QStringLiteral("trap '' HUP; exec \"$0\" \"$@\""), QStringLiteral(RECSTATION)});
+    begin("sh", {"-c", "trap '' HUP; exec \"$0\" \"$@\"", RECSTATION});
     ASSERT_EQ(kill(static_cast<pid_t>(m_process.processId()), SIGHUP), 0);
     sendSpectra(2);
     const Result result = end();
@@ -176,10 +158,10 @@ TEST_F(LiveTest, ADeletedRecordingIsSavedAndRecordingGoesOn)
 
 TEST_F(LiveTest, ARecordingWhoseDirectoryIsMovedIsWholeThereAndRecordingGoesOn)
 {
-    const QString directory = path(QStringLiteral("in"));
-    const QString moved = path(QStringLiteral("away"));
+    const QString directory = path("in");
+    const QString moved = path("away");
     ASSERT_TRUE(QDir().mkdir(directory));
-    begin(QStringLiteral(RECSTATION), {QStringLiteral("-o"), directory});
+    begin(RECSTATION, {"-o", directory});
     sendSpectra(3);
     ASSERT_TRUE(QDir().rename(directory, moved));
     waitForMessage(m_process, "was moved to ");
@@ -187,10 +169,10 @@ TEST_F(LiveTest, ARecordingWhoseDirectoryIsMovedIsWholeThereAndRecordingGoesOn)
     const Result result = end();
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_EQ(records(result.summary()), 1U + 3U + 1U + 2U);
-    const QStringList there = QDir(moved).entryList({QStringLiteral("*.tmp")}, QDir::Files);
+    const QStringList there = QDir(moved).entryList({"*.tmp"}, QDir::Files);
     ASSERT_THAT(there, SizeIs(1));
     EXPECT_TRUE(isSound(QDir(moved).filePath(there.front())));
-    EXPECT_THAT(QDir(directory).entryList({QStringLiteral("*.rec")}, QDir::Files), SizeIs(1));
+    EXPECT_THAT(QDir(directory).entryList({"*.rec"}, QDir::Files), SizeIs(1));
 }
 
 TEST_F(LiveTest, ARecordingThatIsCutKeepsWhatIsWholeAndTheLossIsCounted)
@@ -220,7 +202,7 @@ TEST_P(JournalCutTest, EndsNobodyAndTheLossIsCounted)
 {
     begin();
     sendSpectra(60);
-    ASSERT_TRUE(QFile::resize(temporary() + QStringLiteral(".journal"), GetParam()));
+    ASSERT_TRUE(QFile::resize(temporary() + ".journal", GetParam()));
     post(spectra(1));  // touches the memory that is gone
     waitForMessage(m_process, "was cut while it was recorded");
     sendSpectra(2);
@@ -240,10 +222,10 @@ TEST_F(LiveTest, ADeletedJournalIsToldAndANewFileHasOneAgain)
 {
     begin();
     sendSpectra(2);
-    ASSERT_TRUE(QFile::remove(temporary() + QStringLiteral(".journal")));
+    ASSERT_TRUE(QFile::remove(temporary() + ".journal"));
     waitForMessage(m_process, "was taken away while it was recorded; nothing was lost");
     sendSpectra(1);
-    EXPECT_TRUE(QFileInfo::exists(temporary() + QStringLiteral(".journal")));
+    EXPECT_TRUE(QFileInfo::exists(temporary() + ".journal"));
     const Result result = end();
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_EQ(records(result.summary()), 1U + 2U + 1U + 1U);

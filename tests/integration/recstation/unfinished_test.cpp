@@ -1,13 +1,5 @@
 // Recordings that an earlier run left behind, and recordings that end before their time: the real program.
 #include <csignal>
-#include <string>
-
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <recording2/inspection/inspection.h>
 
@@ -21,11 +13,7 @@ namespace RecStation {
 namespace {
 
 namespace Inspection = Recording2::Inspection;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::SizeIs;
+using namespace testing;
 
 class UnfinishedTest : public ProgramTest {
 protected:
@@ -35,14 +23,13 @@ protected:
         QProcess process;
         begin(process, arguments);
         process.kill();
-        ASSERT_TRUE(process.waitForFinished(patienceMs));
+        ASSERT_TRUE(process.waitForFinished(PatienceMs));
         ASSERT_THAT(files("*.tmp"), SizeIs(1));
     }
     /// A recording that goes on, with all its changes accepted.
     void begin(QProcess& process, const QStringList& arguments = {})
     {
-        start(process, arguments + QStringList{QStringLiteral("feed"), QStringLiteral("--start"),
-                                               QStringLiteral("2026-01-02T03:04:05Z")});
+        start(process, arguments + QStringList{"feed", "--start", "2026-01-02T03:04:05Z"});
         process.write(R"({"at": 0, "path": "/LEVEL", "create": "number", "value": -30}
 {"at": 0, "record": "On"}
 {"at": 1500, "path": "/LEVEL", "set": -31.5}
@@ -55,19 +42,9 @@ mark
     {
         return runFeed("{\"at\": 0, \"record\": \"On\"}\n", arguments);
     }
-    [[nodiscard]] QByteArray bytes(const QString& name) const
-    {
-        QFile file(path(name));
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
-        return file.readAll();
-    }
-    void write(const QString& name, const QByteArray& content) const
-    {
-        QFile file(path(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_EQ(file.write(content), content.size());
-    }
-    [[nodiscard]] QStringList putAway() const { return QDir(path(QStringLiteral("recovered"))).entryList(QDir::Files); }
+    [[nodiscard]] QByteArray bytes(const QString& name) const { return TestSupport::readBytes(path(name)); }
+    void write(const QString& name, const QByteArray& content) const { TestSupport::writeBytes(path(name), content); }
+    [[nodiscard]] QStringList putAway() const { return QDir(path("recovered")).entryList(QDir::Files); }
     static Inspection::Summary look(const nlohmann::json& recording)
     {
         return Inspection::inspect(recording.get<std::string>());
@@ -80,7 +57,7 @@ TEST_F(UnfinishedTest, TheNextRunRecoversWhatAKilledOneLeft)
     const QString left = files("*.tmp").value(0);
     const QByteArray before = bytes(left);
     const Result result = nextRun();
-    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    EXPECT_EQ(result.exitCode, 0) << result.err;
     ASSERT_THAT(result.summary().at("recovered"), SizeIs(1));
     const nlohmann::json recovered = result.summary().at("recovered")[0];
     EXPECT_EQ(recovered.at("whole"), true);
@@ -91,10 +68,10 @@ TEST_F(UnfinishedTest, TheNextRunRecoversWhatAKilledOneLeft)
     EXPECT_EQ(summary.times[1].timeMs, 1'500U);
     EXPECT_EQ(summary.times[2].timeMs, 2'500U);
     EXPECT_THAT(summary.findings, IsEmpty());
-    EXPECT_THAT(result.messages, AllOf(HasSubstr("recovered "), HasSubstr("nothing was lost")));
+    EXPECT_THAT(result.err, AllOf(HasSubstr("recovered "), HasSubstr("nothing was lost")));
     EXPECT_THAT(files("*.rec"), SizeIs(2));  // and the run's own
     EXPECT_THAT(files("*.tmp*"), IsEmpty());
-    EXPECT_EQ(putAway(), QStringList({left, left + QStringLiteral(".journal")}));
+    EXPECT_EQ(putAway(), QStringList({left, left + ".journal"}));
     EXPECT_EQ(bytes(QStringLiteral("recovered/") + left), before);
 }
 
@@ -104,7 +81,7 @@ TEST_F(UnfinishedTest, ARecordingIsRecoveredOnce)
     nextRun();
     const Result again = nextRun();
     EXPECT_FALSE(again.summary().contains("recovered"));
-    EXPECT_THAT(again.messages, Not(HasSubstr("recovered")));
+    EXPECT_THAT(again.err, Not(HasSubstr("recovered")));
 }
 
 TEST_F(UnfinishedTest, OriginalsOfTheSameNameDoNotReplaceEachOther)
@@ -124,18 +101,17 @@ TEST_F(UnfinishedTest, NoRecoverLeavesThem)
 {
     crash();
     const QStringList before = files("*.tmp*");
-    const Result result = nextRun({QStringLiteral("--no-recover")});
-    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    const Result result = nextRun({"--no-recover"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(files("*.tmp*"), before);
     EXPECT_FALSE(result.summary().contains("recovered"));
-    EXPECT_FALSE(QFileInfo::exists(path(QStringLiteral("recovered"))));
+    EXPECT_FALSE(QFileInfo::exists(path("recovered")));
 }
 
 TEST_F(UnfinishedTest, WithoutAJournalWhatReachedTheFileIsRecoveredAndTheTimesAreToldAsLost)
 {
     QProcess process;
-    start(process, {QStringLiteral("--journal"), QStringLiteral("off"), QStringLiteral("feed"),
-                    QStringLiteral("--start"), QStringLiteral("2026-01-02T03:04:05Z")});
+    start(process, {"--journal", "off", "feed", "--start", "2026-01-02T03:04:05Z"});
     QByteArray feed =
         "{\"at\": 0, \"path\": \"/LEVEL\", \"create\": \"text\", \"value\": \"x\"}\n"
         "{\"at\": 0, \"record\": \"On\"}\n";
@@ -146,18 +122,18 @@ TEST_F(UnfinishedTest, WithoutAJournalWhatReachedTheFileIsRecoveredAndTheTimesAr
     process.write(feed + "mark\n");
     waitForMessage(process, "feed: line 43");
     process.kill();
-    ASSERT_TRUE(process.waitForFinished(patienceMs));
+    ASSERT_TRUE(process.waitForFinished(PatienceMs));
     EXPECT_THAT(files("*.tmp*"), SizeIs(1));  // no journal
     const Result result = nextRun();
-    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    EXPECT_EQ(result.exitCode, 0) << result.err;
     ASSERT_THAT(result.summary().at("recovered"), SizeIs(1));
     const nlohmann::json recovered = result.summary().at("recovered")[0];
-    ASSERT_TRUE(recovered.contains("recovered")) << result.messages;
+    ASSERT_TRUE(recovered.contains("recovered")) << result.err;
     EXPECT_EQ(recovered.at("whole"), false);
     EXPECT_EQ(recovered.at("byJournal"), false);
     EXPECT_GT(recovered.at("records"), 20);
     EXPECT_LT(recovered.at("records"), 41);
-    EXPECT_THAT(result.messages, AllOf(HasSubstr("lost: "), HasSubstr("the exact time of ")));
+    EXPECT_THAT(result.err, AllOf(HasSubstr("lost: "), HasSubstr("the exact time of ")));
 }
 
 TEST_F(UnfinishedTest, ARecordingThatAnotherRunIsWritingStaysAndIsTold)
@@ -166,8 +142,8 @@ TEST_F(UnfinishedTest, ARecordingThatAnotherRunIsWritingStaysAndIsTold)
     begin(other);
     const QStringList live = files("*.tmp*");
     const Result result = nextRun();
-    EXPECT_EQ(result.exitCode, 0) << result.messages;
-    EXPECT_THAT(result.messages, HasSubstr("A running program is writing this recording"));
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_THAT(result.err, HasSubstr("A running program is writing this recording"));
     EXPECT_EQ(files("*.tmp*"), live);
     EXPECT_THAT(files("*.rec"), SizeIs(1));
     EXPECT_EQ(finish(other).exitCode, 3);  // for the line that marked the moment
@@ -180,31 +156,31 @@ TEST_F(UnfinishedTest, ARecordingWhoseClosingFailedIsRecoveredFromItsJournal)
     crash();
     const QString stem = files("*.tmp").value(0).chopped(4);
     QDir directory(path(QString()));
-    ASSERT_TRUE(directory.rename(stem + QStringLiteral(".tmp"), stem + QStringLiteral(".rec")));
+    ASSERT_TRUE(directory.rename(stem + ".tmp", stem + ".rec"));
     const Result result = nextRun();
     ASSERT_THAT(result.summary().at("recovered"), SizeIs(1));
     const nlohmann::json recovered = result.summary().at("recovered")[0];
     EXPECT_EQ(recovered.at("whole"), true);
     EXPECT_EQ(look(recovered.at("recovered")).times.size(), 3U);
-    EXPECT_EQ(QFileInfo(QString::fromStdString(recovered.at("recovered"))).fileName(), stem + QStringLiteral(".rec"))
+    EXPECT_EQ(QFileInfo(QString::fromStdString(recovered.at("recovered"))).fileName(), stem + ".rec")
         << "the name that an archive waits for";
-    EXPECT_EQ(putAway(), QStringList({stem + QStringLiteral(".rec"), stem + QStringLiteral(".tmp.journal")}));
+    EXPECT_EQ(putAway(), QStringList({stem + ".rec", stem + ".tmp.journal"}));
 }
 
 TEST_F(UnfinishedTest, OfAClosedRecordingOnlyTheJournalIsPutAway)
 {
     crash();
     const QString stem = files("*.tmp").value(0).chopped(4);
-    const QByteArray journal = bytes(stem + QStringLiteral(".tmp.journal"));
+    const QByteArray journal = bytes(stem + ".tmp.journal");
     const std::string made = nextRun().summary().at("recovered")[0].at("recovered");
-    write(stem + QStringLiteral(".tmp.journal"), journal);  // as if only removing it had failed
+    write(stem + ".tmp.journal", journal);  // as if only removing it had failed
     const int recordings = files("*.rec").size();
     const Result result = nextRun();
     ASSERT_THAT(result.summary().at("recovered"), SizeIs(1));
     const std::string found = result.summary().at("recovered")[0].at("recovered");
     EXPECT_EQ(QDir::fromNativeSeparators(QString::fromStdString(found)),
               QDir::fromNativeSeparators(QString::fromStdString(made)));
-    EXPECT_THAT(result.messages, HasSubstr("is whole; its journal was moved to"));
+    EXPECT_THAT(result.err, HasSubstr("is whole; its journal was moved to"));
     EXPECT_THAT(files("*.tmp*"), IsEmpty());
     EXPECT_EQ(files("*.rec").size(), recordings + 1);
 }
@@ -215,21 +191,21 @@ TEST_F(UnfinishedTest, WhatIsNoFileIsToldAndTheRestIsRecovered)
 {
     crash();
     const QString left = files("*.tmp").value(0);
-    ASSERT_EQ(mkfifo(path(QStringLiteral("a.tmp")).toUtf8().constData(), 0600), 0);
-    write(QStringLiteral("b.tmp"), bytes(left));
-    ASSERT_EQ(mkfifo(path(QStringLiteral("b.tmp.journal")).toUtf8().constData(), 0600), 0);
-    ASSERT_TRUE(QFile::link(path(left), path(QStringLiteral("c.tmp"))));
-    ASSERT_TRUE(QFile::link(QStringLiteral("nowhere"), path(QStringLiteral("d.tmp"))));
-    ASSERT_TRUE(QDir(path(QString())).mkdir(QStringLiteral("e.tmp")));
-    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/zero"), path(QStringLiteral("f.tmp.journal"))));
+    ASSERT_EQ(mkfifo(path("a.tmp").toUtf8().constData(), 0600), 0);
+    write("b.tmp", bytes(left));
+    ASSERT_EQ(mkfifo(path("b.tmp.journal").toUtf8().constData(), 0600), 0);
+    ASSERT_TRUE(QFile::link(path(left), path("c.tmp")));
+    ASSERT_TRUE(QFile::link("nowhere", path("d.tmp")));
+    ASSERT_TRUE(QDir(path(QString())).mkdir("e.tmp"));
+    ASSERT_TRUE(QFile::link("/dev/zero", path("f.tmp.journal")));
     const Result result = nextRun();
-    EXPECT_EQ(result.exitCode, 0) << result.messages;
-    EXPECT_THAT(result.messages,
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_THAT(result.err,
                 AllOf(HasSubstr("a.tmp is no ordinary file"), HasSubstr("b.tmp.journal is no ordinary file"),
                       HasSubstr("c.tmp is a link"), HasSubstr("d.tmp is a link"), HasSubstr("e.tmp is a directory"),
                       HasSubstr("f.tmp.journal is a link"), HasSubstr("recovered " + path(QString()).toStdString())));
-    EXPECT_EQ(putAway(), QStringList({left, left + QStringLiteral(".journal")}));
-    EXPECT_TRUE(QFileInfo(path(QStringLiteral("c.tmp"))).isSymLink());
+    EXPECT_EQ(putAway(), QStringList({left, left + ".journal"}));
+    EXPECT_TRUE(QFileInfo(path("c.tmp")).isSymLink());
 }
 
 TEST_F(UnfinishedTest, OriginalsAreNotPutWhereALinkLeads)
@@ -237,10 +213,10 @@ TEST_F(UnfinishedTest, OriginalsAreNotPutWhereALinkLeads)
     crash();
     const QString left = files("*.tmp").value(0);
     const QTemporaryDir elsewhere;
-    ASSERT_TRUE(QFile::link(elsewhere.path(), path(QStringLiteral("recovered"))));
+    ASSERT_TRUE(QFile::link(elsewhere.path(), path("recovered")));
     const Result result = nextRun();
-    EXPECT_EQ(result.exitCode, 0) << result.messages;
-    EXPECT_THAT(result.messages, HasSubstr("recovered, where its original is to go, is no directory"));
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_THAT(result.err, HasSubstr("recovered, where its original is to go, is no directory"));
     EXPECT_EQ(files("*.tmp"), QStringList(left));
     EXPECT_TRUE(QDir(elsewhere.path()).isEmpty());
 }
@@ -249,10 +225,10 @@ TEST_F(UnfinishedTest, OriginalsAreNotPutWhereALinkLeads)
 TEST_F(UnfinishedTest, ARecorderThatCannotWriteIsToldAtOnceAndTheOtherGoesOn)
 {
     const QByteArray here = "RecordingPath = '" + path(QString()).toUtf8() + "'\n";
-    write(QStringLiteral("station.toml"), "[big]\nValuePath = '/Big'\nStatusValuePath = '/BigS'\n" + here +
-                                              "[big.Values]\nLEVEL = '/Big/Level'\n" +
-                                              "[small]\nValuePath = '/Small'\nStatusValuePath = '/SmallS'\n" + here +
-                                              "[small.Values]\nLEVEL = '/Small/Level'\n");
+    write("station.toml", "[big]\nValuePath = '/Big'\nStatusValuePath = '/BigS'\n" + here +
+                              "[big.Values]\nLEVEL = '/Big/Level'\n" +
+                              "[small]\nValuePath = '/Small'\nStatusValuePath = '/SmallS'\n" + here +
+                              "[small.Values]\nLEVEL = '/Small/Level'\n");
     QByteArray feed =
         "{\"at\": 0, \"path\": \"/Big/Level\", \"create\": \"text\", \"value\": \"x\"}\n"
         "{\"at\": 0, \"path\": \"/Big/Adm/DRIVERNAME\", \"create\": \"text\", \"value\": \"big\"}\n"
@@ -264,23 +240,23 @@ TEST_F(UnfinishedTest, ARecorderThatCannotWriteIsToldAtOnceAndTheOtherGoesOn)
                 QByteArray(50'000, static_cast<char>('a' + i % 26)) + "\"}\n";
     }
     feed += "{\"at\": 3000, \"path\": \"/Small/Level\", \"set\": 2}\n";
-    write(QStringLiteral("changes.jsonl"), feed);
+    write("changes.jsonl", feed);
     QProcess process;
     const QString script = QStringLiteral(
         "trap '' XFSZ; ulimit -f 1200; exec \"$0\" --config station.toml --json feed changes.jsonl --start "
         "2026-01-02T03:04:05Z");
-    start(process, {QStringLiteral("-c"), script, QStringLiteral(RECSTATION)}, QStringLiteral("/bin/bash"));
+    start(process, {"-c", script, RECSTATION}, "/bin/bash");
     const Result result = finish(process);
-    EXPECT_EQ(result.exitCode, 3) << result.messages;
-    EXPECT_THAT(result.messages,
+    EXPECT_EQ(result.exitCode, 3) << result.err;
+    EXPECT_THAT(result.err,
                 AllOf(HasSubstr("big: recording stopped, "), HasSubstr("cannot be written: File too large")));
-    ASSERT_THAT(result.summary().at("files"), SizeIs(2)) << result.output;
+    ASSERT_THAT(result.summary().at("files"), SizeIs(2)) << result.out;
     EXPECT_THAT(std::string(result.summary().at("files")[0].at("problem")), HasSubstr("File too large"));
-    EXPECT_FALSE(result.summary().at("files")[1].contains("problem")) << result.output;
+    EXPECT_FALSE(result.summary().at("files")[1].contains("problem")) << result.out;
     EXPECT_EQ(result.summary().at("files")[1].at("records"), 2);
     const Result next = nextRun();  // no file could grow, so that closing had failed too
-    ASSERT_THAT(next.summary().at("recovered"), SizeIs(1)) << next.messages;
-    EXPECT_EQ(next.summary().at("recovered")[0].at("whole"), true) << next.messages;
+    ASSERT_THAT(next.summary().at("recovered"), SizeIs(1)) << next.err;
+    EXPECT_EQ(next.summary().at("recovered")[0].at("whole"), true) << next.err;
     EXPECT_GT(next.summary().at("recovered")[0].at("records"), 20);
 }
 
@@ -288,10 +264,10 @@ TEST_F(UnfinishedTest, ARunWhoseRecordersHaveAllStoppedEnds)
 {
     QProcess process;
     const QString script = QStringLiteral("trap '' XFSZ; ulimit -f 40; exec \"$0\" sim --duration 1000h");
-    start(process, {QStringLiteral("-c"), script, QStringLiteral(RECSTATION)}, QStringLiteral("/bin/bash"));
+    start(process, {"-c", script, RECSTATION}, "/bin/bash");
     const Result result = finish(process);
     EXPECT_EQ(result.exitCode, 3);
-    EXPECT_THAT(result.messages, HasSubstr("the run ends: no recorder is left"));
+    EXPECT_THAT(result.err, HasSubstr("the run ends: no recorder is left"));
 }
 
 #endif

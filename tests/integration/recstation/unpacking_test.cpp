@@ -1,23 +1,16 @@
 // Packed texts: whole, in several members, cut and damaged.
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <zlib.h>
 #include <zstd.h>
 
 #include "input/badlines.h"
 #include "input/linereader.h"
 #include "input/unpacking.h"
+#include "support/testing.h"
 #include "support/textinput.h"
 
 namespace {
 
-using RecStation::DamagedInput;
-using RecStation::LineReader;
-using RecStation::unpackedWhereNeeded;
+using namespace RecStation;
 using testing::HasSubstr;
 
 std::string gzip(const std::string& text)

@@ -1,20 +1,6 @@
 // A receiver behind an rtl_tcp server recorded by the real program, killed and back again; and what another client says
 // of that server.
-#include <algorithm>
-#include <cmath>
-#include <functional>
-#include <memory>
-#include <string>
-
-#include <QCoreApplication>
-#include <QDir>
-#include <QFile>
-#include <QProcess>
 #include <QStandardPaths>
-#include <QTemporaryDir>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
@@ -22,6 +8,7 @@
 #include <values/maps.h>
 
 #include "rtltcpserver.h"
+#include "support/program.h"
 
 namespace {
 
@@ -30,21 +17,15 @@ using RtlTcpTesting::Server;
 using LiveLevels = values::FastValueMap<float, values::levelHandler>;
 
 constexpr std::int32_t SpectrumType = 1;
-constexpr int Patience = 60'000;  // milliseconds
+using TestSupport::PatienceMs;
 
 class RtlTcpProgram : public testing::Test {
 protected:
-    static void SetUpTestSuite()
-    {
-        static int argc = 1;
-        static char name[] = "test";
-        static char* argv[] = {name, nullptr};
-        static const QCoreApplication application(argc, argv);
-    }
+    RtlTcpProgram() { TestSupport::requireApplication(); }
     // Waits for what a process or a server does.
     static bool comesTrue(QProcess& process, const std::function<bool()>& condition)
     {
-        for (int waited = 0; waited < Patience && process.state() != QProcess::NotRunning; waited += 20) {
+        for (int waited = 0; waited < PatienceMs && process.state() != QProcess::NotRunning; waited += 20) {
             if (condition()) {
                 return true;
             }
@@ -99,7 +80,7 @@ TEST_F(RtlTcpProgram, AServerThatGoesAndComesLeavesAGapAndNothingElse)
     const std::uint16_t port = server->port();
     QProcess process;
     process.setProcessChannelMode(QProcess::SeparateChannels);
-    process.start(QStringLiteral(RECSTATION),
+    process.start(RECSTATION,
                   {"--plugin", PLUGIN, "--json", "-o", m_directory.path(), "rtltcp",
                    QStringLiteral("127.0.0.1:%1").arg(port), "--centre", "98.5M", "--rate", "2.048M", "--fft", "4096"});
     ASSERT_TRUE(process.waitForStarted());
@@ -117,7 +98,7 @@ TEST_F(RtlTcpProgram, AServerThatGoesAndComesLeavesAGapAndNothingElse)
     ASSERT_TRUE(hears("connected again")) << said.toStdString();
     ASSERT_TRUE(comesTrue(process, [&] { return server->samplesSent() > 2'000'000; }));
     process.terminate();
-    ASSERT_TRUE(process.waitForFinished(Patience));
+    ASSERT_TRUE(process.waitForFinished(PatienceMs));
     const auto report = nlohmann::json::parse(process.readAllStandardOutput().toStdString());
     EXPECT_EQ(process.exitCode(), 0) << said.toStdString() << process.readAllStandardError().toStdString();
     EXPECT_EQ(report.at("/sources/0/reconnects"_json_pointer), 1);
@@ -134,7 +115,7 @@ TEST_F(RtlTcpProgram, AServerThatGoesAndComesLeavesAGapAndNothingElse)
 
 TEST_F(RtlTcpProgram, AClientOfOthersTakesTheServerOfTheTestsForARealOne)
 {
-    const QString client = QStandardPaths::findExecutable(QStringLiteral("rtl_433"));
+    const QString client = QStandardPaths::findExecutable("rtl_433");
     if (client.isEmpty()) {
         GTEST_SKIP() << "rtl_433 is not installed";
     }
@@ -154,7 +135,7 @@ TEST_F(RtlTcpProgram, AClientOfOthersTakesTheServerOfTheTestsForARealOne)
     EXPECT_THAT(server.commands(),
                 testing::IsSupersetOf({testing::Pair(1, 100'100'000U), testing::Pair(2, 1'024'000U)}));
     process.kill();
-    process.waitForFinished(Patience);
+    process.waitForFinished(PatienceMs);
 }
 
 }  // namespace

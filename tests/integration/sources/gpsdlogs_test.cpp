@@ -1,14 +1,4 @@
 // Real logs of four receivers against what gpsd made of them, to the last digit that it prints.
-#include <algorithm>
-#include <functional>
-#include <set>
-#include <vector>
-
-#include <QDateTime>
-#include <QFile>
-
-#include <gmock/gmock.h>
-
 #include "recordings.h"
 
 namespace {
@@ -113,11 +103,11 @@ protected:
         if (m_log.isEmpty()) {
             GTEST_SKIP() << "no real log: gpsd/" << name << " is missing";
         }
-        m_reports = readReports(m_log + QStringLiteral(".chk"));
+        m_reports = readReports(m_log + ".chk");
     }
     [[nodiscard]] RecordedFile record() const
     {
-        const Result result = run({QStringLiteral("nmea"), m_log});
+        const Result result = run({"nmea", m_log});
         EXPECT_EQ(result.exitCode, 0) << result.messages;
         return readRecordedFile(result.path("receiver"));
     }
@@ -208,12 +198,9 @@ TEST_F(GpsdLogs, ACompassWithoutAnyTimeIsWhatGpsdMadeOfItAtTheTimeOfArrival)
     if (IsSkipped()) {
         return;
     }
-    QFile log(m_log);
-    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
+    const QByteArray log = TestSupport::readBytes(m_log);
     const qint64 before = QDateTime::currentMSecsSinceEpoch();
-    const Result result =
-        run({QStringLiteral("nmea"), QStringLiteral("-"), QStringLiteral("--variation"), QStringLiteral("0")},
-            log.readAll());
+    const Result result = run({"nmea", "-", "--variation", "0"}, log);
     const qint64 after = QDateTime::currentMSecsSinceEpoch();
     ASSERT_EQ(result.exitCode, 0) << result.messages;
     EXPECT_THAT(result.messages, testing::HasSubstr("the standard input tells no date: times are those of arrival"));

@@ -1,18 +1,8 @@
 // Starts recstation, reads its summary, and takes the records out of its files.
 #include "recordings.h"
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QFile>
-
 #include <recording2/fileaccess.h>
 #include <values/value.h>
-
-namespace {
-
-constexpr int patienceMs = 60'000;
-
-}  // namespace
 
 std::vector<RecordedFile::Number> RecordedFile::numbers(std::int32_t code) const
 {
@@ -62,27 +52,20 @@ std::string RecordingTest::Result::path(const std::string& recorder) const
 
 RecordingTest::RecordingTest()
 {
-    static int argc = 1;
-    static char name[] = "test";
-    static char* argv[] = {name, nullptr};
-    static const QCoreApplication application(argc, argv);
+    TestSupport::requireApplication();
 }
 
 void RecordingTest::start(QProcess& process, const QStringList& arguments) const
 {
     process.setWorkingDirectory(m_directory.path());
-    process.start(QStringLiteral(RECSTATION), QStringList{QStringLiteral("--json")} + arguments);
-    ASSERT_TRUE(process.waitForStarted(patienceMs));
+    process.start(RECSTATION, QStringList{"--json"} + arguments);
+    ASSERT_TRUE(process.waitForStarted(TestSupport::PatienceMs));
 }
 
 RecordingTest::Result RecordingTest::finish(QProcess& process)
 {
-    process.closeWriteChannel();
-    EXPECT_TRUE(process.waitForFinished(patienceMs));
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    const std::string output = process.readAllStandardOutput().toStdString();
-    return {process.exitCode(), process.readAllStandardError().toStdString(),
-            nlohmann::json::parse(output, nullptr, false)};
+    const TestSupport::ProgramResult ended = TestSupport::finish(process);
+    return {ended.exitCode, ended.err, nlohmann::json::parse(ended.out, nullptr, false)};
 }
 
 RecordingTest::Result RecordingTest::run(const QStringList& arguments, const QByteArray& input) const
@@ -95,10 +78,9 @@ RecordingTest::Result RecordingTest::run(const QStringList& arguments, const QBy
 
 QString RecordingTest::write(const char* name, const QByteArray& bytes) const
 {
-    QFile file(m_directory.filePath(QString::fromLatin1(name)));
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-    return file.fileName();
+    QString path = m_directory.filePath(name);
+    TestSupport::writeBytes(path, bytes);
+    return path;
 }
 
 QString RecordingTest::realData(const char* name)

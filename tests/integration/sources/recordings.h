@@ -1,18 +1,11 @@
 // The real program run on files of a test, and what its recordings hold.
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <vector>
-
 #include <QByteArray>
-#include <QProcess>
-#include <QStringList>
-#include <QTemporaryDir>
 
 #include <nlohmann/json.hpp>
 
-#include <gtest/gtest.h>
+#include "support/program.h"
 
 struct Record {
     unsigned long long timeMs;  ///< since the recording's start

@@ -1,31 +1,17 @@
 // A receiver behind the real rigctld, set by the real rigctl while it is recorded; and peers of the tests.
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cmath>
-#include <thread>
-#include <utility>
-
-#include <QDateTime>
-#include <QDir>
 #include <QElapsedTimer>
 #include <QStandardPaths>
-
-#include <gmock/gmock.h>
 
 #include <values/maps.h>
 #include <values/selection.h>
 #include <values/value.h>
 
 #include "recordings.h"
+#include "support/loopback.h"
 
 namespace {
 
-using testing::ElementsAre;
-using testing::SizeIs;
+using namespace testing;
 using LevelMap = values::FastValueMap<float, values::levelHandler>;
 
 constexpr std::int32_t rfSpectrumCode = 1;
@@ -33,26 +19,14 @@ constexpr std::int32_t bandwidthCode = 5;
 constexpr std::int32_t modulationCode = 6;
 constexpr std::int32_t levelCode = 36;
 constexpr std::int32_t frequencyCode = 46;
-constexpr int rigPatienceMs = 60'000;
 
-int freePort(int kind)
-{
-    const int handle = ::socket(AF_INET, kind, 0);
-    sockaddr_in at{};
-    at.sin_family = AF_INET;
-    at.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof(at);
-    EXPECT_EQ(::bind(handle, reinterpret_cast<const sockaddr*>(&at), size), 0);
-    EXPECT_EQ(::getsockname(handle, reinterpret_cast<sockaddr*>(&at), &size), 0);
-    ::close(handle);
-    return ntohs(at.sin_port);
-}
+using TestSupport::freePort;
 
 class RigTest : public RecordingTest {
 protected:
     void SetUp() override
     {
-        if (QStandardPaths::findExecutable(QStringLiteral("rigctld")).isEmpty()) {
+        if (QStandardPaths::findExecutable("rigctld").isEmpty()) {
             GTEST_SKIP() << "rigctld is not installed (libhamlib-utils)";
         }
     }
@@ -67,14 +41,11 @@ protected:
     void startReceiver(const QStringList& options = {})
     {
         m_rigctld.setStandardErrorFile(QProcess::nullDevice());
-        m_rigctld.start(QStringLiteral("rigctld"),
-                        QStringList{QStringLiteral("-m"), QStringLiteral("1"), QStringLiteral("-T"),
-                                    QStringLiteral("127.0.0.1"), QStringLiteral("-t"), QString::number(m_port)} +
-                            options);
+        m_rigctld.start("rigctld", QStringList{"-m", "1", "-T", "127.0.0.1", "-t", QString::number(m_port)} + options);
         QElapsedTimer elapsed;
         elapsed.start();
-        while (ask({QStringLiteral("f")}).isEmpty()) {
-            ASSERT_LT(elapsed.elapsed(), rigPatienceMs);
+        while (ask({"f"}).isEmpty()) {
+            ASSERT_LT(elapsed.elapsed(), TestSupport::PatienceMs);
         }
     }
 
@@ -82,9 +53,8 @@ protected:
     [[nodiscard]] QStringList ask(const QStringList& command) const
     {
         QProcess rigctl;
-        rigctl.start(QStringLiteral("rigctl"),
-                     QStringList{QStringLiteral("-m"), QStringLiteral("2"), QStringLiteral("-r"), address()} + command);
-        EXPECT_TRUE(rigctl.waitForFinished(rigPatienceMs));
+        rigctl.start("rigctl", QStringList{"-m", "2", "-r", address()} + command);
+        EXPECT_TRUE(rigctl.waitForFinished(TestSupport::PatienceMs));
         const QString output = QString::fromLatin1(rigctl.readAllStandardOutput());
         return rigctl.exitCode() == 0 ? output.split(QLatin1Char('\n'), Qt::SkipEmptyParts) : QStringList();
     }
@@ -96,29 +66,27 @@ protected:
         elapsed.start();
         QString output;
         while (!output.contains(text)) {
-            ASSERT_LT(elapsed.elapsed(), rigPatienceMs) << text.toStdString() << " is not in\n" << output.toStdString();
-            const QStringList files =
-                QDir(m_directory.path()).entryList({QStringLiteral("*.tmp"), QStringLiteral("*.rec")}, QDir::Files);
+            ASSERT_LT(elapsed.elapsed(), TestSupport::PatienceMs) << text.toStdString() << " is not in\n"
+                                                                  << output.toStdString();
+            const QStringList files = QDir(m_directory.path()).entryList({"*.tmp", "*.rec"}, QDir::Files);
             QProcess rectool;
             rectool.setWorkingDirectory(m_directory.path());
-            rectool.start(QStringLiteral(RECTOOL), QStringList(QStringLiteral("cat")) + files);
-            rectool.waitForFinished(rigPatienceMs);
+            rectool.start(RECTOOL, QStringList("cat") + files);
+            rectool.waitForFinished(TestSupport::PatienceMs);
             output = QString::fromUtf8(rectool.readAllStandardOutput());
         }
     }
 
     void record(QProcess& process, const QStringList& options = {}) const
     {
-        start(process, QStringList{QStringLiteral("-o"), QStringLiteral("."), QStringLiteral("rig"), address(),
-                                   QStringLiteral("--interval"), QStringLiteral("10ms")} +
-                           options);
+        start(process, QStringList{"-o", ".", "rig", address(), "--interval", "10ms"} + options);
     }
 
     static void pipeIn(QProcess& process, const QByteArray& lines)
     {
         process.write(lines);
         while (process.bytesToWrite() > 0) {
-            ASSERT_TRUE(process.waitForBytesWritten(rigPatienceMs));
+            ASSERT_TRUE(process.waitForBytesWritten(TestSupport::PatienceMs));
         }
     }
 
@@ -130,7 +98,7 @@ protected:
 
     [[nodiscard]] QString address() const { return QStringLiteral("127.0.0.1:%1").arg(m_port); }
 
-    int m_port = freePort(SOCK_STREAM);
+    int m_port = freePort();
     QProcess m_rigctld;
 };
 
@@ -170,9 +138,8 @@ QString modeOf(const std::string& text)
 std::pair<double, double> headerRange(const std::string& path)
 {
     QProcess info;
-    info.start(QStringLiteral(RECTOOL),
-               {QStringLiteral("info"), QStringLiteral("--json"), QString::fromStdString(path)});
-    EXPECT_TRUE(info.waitForFinished(rigPatienceMs));
+    info.start(RECTOOL, {"info", "--json", QString::fromStdString(path)});
+    EXPECT_TRUE(info.waitForFinished(TestSupport::PatienceMs));
     const auto header = nlohmann::json::parse(info.readAllStandardOutput().toStdString())["files"][0]["header"];
     return {header.at("startFrequencyHz"), header.at("stopFrequencyHz")};
 }
@@ -187,10 +154,10 @@ TEST_F(RigTest, WhatRigctlSetsIsRecordedAsRigctlTellsIt)
     std::vector<double> bandwidths;
     for (const auto& [hertz, mode, width] :
          {std::tuple{"7100000", "USB", "2400"}, {"145500000", "FM", "15000"}, {"98300000", "WFM", "230000"}}) {
-        static_cast<void>(ask({QStringLiteral("F"), QLatin1String(hertz)}));
-        static_cast<void>(ask({QStringLiteral("M"), QLatin1String(mode), QLatin1String(width)}));
-        frequencies.push_back(ask({QStringLiteral("f")}).value(0).toDouble());
-        const QStringList told = ask({QStringLiteral("m")});
+        static_cast<void>(ask({"F", QLatin1String(hertz)}));
+        static_cast<void>(ask({"M", QLatin1String(mode), QLatin1String(width)}));
+        frequencies.push_back(ask({"f"}).value(0).toDouble());
+        const QStringList told = ask({"m"});
         modes.push_back(told.value(0));
         bandwidths.push_back(told.value(1).toDouble());
         awaitRecord(told.value(0));
@@ -221,8 +188,8 @@ TEST_F(RigTest, StrengthsAreDecibelsOverS9AndDbmOnlyWhenS9IsTold)
     startReceiver();
     for (const double s9 : {0.0, -73.0}) {
         QProcess process;
-        record(process, s9 == 0 ? QStringList() : QStringList{QStringLiteral("--s9"), QStringLiteral("-73dBm")});
-        awaitRecord(QStringLiteral("LEVEL       -"));
+        record(process, s9 == 0 ? QStringList() : QStringList{"--s9", "-73dBm"});
+        awaitRecord("LEVEL       -");
         const Result result = stop(process);
         for (const std::string& text : textsOf(readRecordedFile(result.path("receiver")), levelCode)) {
             const double level = numberOf(text);  // the dummy's goes up and down around -54 to 30 dB over S9
@@ -238,14 +205,14 @@ TEST_F(RigTest, AReceiverThatIsKilledLeavesAGapAndIsRecordedAgainWhenItIsBack)
     startReceiver();
     QProcess process;
     record(process);
-    awaitRecord(QStringLiteral("LEVEL       -"));
+    awaitRecord("LEVEL       -");
     m_rigctld.kill();
     m_rigctld.waitForFinished();
     process.setReadChannel(QProcess::StandardError);
     QByteArray messages;
     const auto await = [&](const char* words) {
         while (!messages.contains(words)) {
-            ASSERT_TRUE(process.waitForReadyRead(rigPatienceMs));
+            ASSERT_TRUE(process.waitForReadyRead(TestSupport::PatienceMs));
             messages += process.readAllStandardError();
         }
     };
@@ -264,10 +231,10 @@ TEST_F(RigTest, AReceiverThatIsKilledLeavesAGapAndIsRecordedAgainWhenItIsBack)
 
 TEST_F(RigTest, ARigctldInVfoModeIsUnderstood)
 {
-    startReceiver({QStringLiteral("-o")});
+    startReceiver({"-o"});
     QProcess process;
     record(process);
-    awaitRecord(QStringLiteral("145000000"));
+    awaitRecord("145000000");
     const Result result = stop(process);
     EXPECT_EQ(result.exitCode, 0) << result.messages;
     EXPECT_EQ(result.summary["sources"][0]["lost"], 0) << result.messages;
@@ -283,7 +250,7 @@ QByteArray packet(int seq, int firstLevel)
 "maxStrength": 0, "centerFreq": 3718000, "span": 50000, "lowFreq": 3693000, "highFreq": 3743000, "length": 5,
 "data": "%2"}]})")
         .arg(seq)
-        .arg(QString::number(firstLevel, 16) + QStringLiteral("141D1BA0"))
+        .arg(QString::number(firstLevel, 16) + "141D1BA0")
         .toLatin1();
 }
 
@@ -293,7 +260,7 @@ TEST_F(RigTest, SpectraInPacketsAreRecordedAndMissingOnesCounted)
     const int group = freePort(SOCK_DGRAM);
     QProcess process;
     record(process, {QStringLiteral("--multicast=127.0.0.1:%1").arg(group)});
-    awaitRecord(QStringLiteral("145000000"));  // it listens
+    awaitRecord("145000000");  // it listens
     const int sender = ::socket(AF_INET, SOCK_DGRAM, 0);
     sockaddr_in to{};
     to.sin_family = AF_INET;
@@ -307,8 +274,8 @@ TEST_F(RigTest, SpectraInPacketsAreRecordedAndMissingOnesCounted)
     send(packet(109, 0x12));
     send(packet(113, 0x50));
     ::close(sender);
-    awaitRecord(QStringLiteral("3743000"));
-    awaitRecord(QStringLiteral("min -70"));
+    awaitRecord("3743000");
+    awaitRecord("min -70");
     const Result result = stop(process);
     EXPECT_EQ(result.exitCode, 0) << result.messages;
     EXPECT_EQ(result.summary["sources"][0]["lost"], 4) << "three missing, one of rubbish";
@@ -329,8 +296,7 @@ TEST_F(RigTest, SpectraInPacketsAreRecordedAndMissingOnesCounted)
 TEST_F(RigTest, OfAPeerThatIsNotThereTheRecordingIsOfNowAndTheRunSaysThatNothingCame)
 {
     QProcess process;
-    start(process, {QStringLiteral("-o"), QStringLiteral("."), QStringLiteral("--duration"), QStringLiteral("300ms"),
-                    QStringLiteral("--source-time"), QStringLiteral("rig"), address()});
+    start(process, {"-o", ".", "--duration", "300ms", "--source-time", "rig", address()});
     const auto now = static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * 1000;
     const Result result = finish(process);
     EXPECT_EQ(result.exitCode, 2);
@@ -347,8 +313,8 @@ TEST_F(RigTest, OfTwoPeersOneThatNeverCameIsToldAndCounts)
 {
     startReceiver();
     QProcess process;
-    record(process, {QStringLiteral("gpsd"), QStringLiteral("127.0.0.1:%1").arg(freePort(SOCK_STREAM))});
-    awaitRecord(QStringLiteral("145000000"));
+    record(process, {"gpsd", QStringLiteral("127.0.0.1:%1").arg(freePort())});
+    awaitRecord("145000000");
     const Result result = stop(process);
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_TRUE(result.summary["sources"][0].contains("missing")) << "gpsd";
@@ -360,14 +326,14 @@ TEST_F(RigTest, AFloodOfRecordsDoesNotMoveTheTimesOfARecording)
 {
     startReceiver();
     QProcess process;
-    record(process, {QStringLiteral("--record"), QStringLiteral("receiver"), QStringLiteral("feed")});
-    awaitRecord(QStringLiteral("145000000"));
+    record(process, {"--record", "receiver", "feed"});
+    awaitRecord("145000000");
     QByteArray lines;
     for (int i = 1; i <= 3000; ++i) {
         lines += QStringLiteral("{\"at\": 0, \"path\": \"/LEVEL\", \"set\": %1}\n").arg(i).toLatin1();
     }
     pipeIn(process, lines);
-    awaitRecord(QStringLiteral("LEVEL       3000"));
+    awaitRecord("LEVEL       3000");
     const Result result = stop(process);
     EXPECT_LE(readRecordedFile(result.path("receiver")).records.back().timeMs,
               result.summary["recordedMs"].get<unsigned long long>() + 200);
@@ -378,16 +344,14 @@ TEST_F(RigTest, AFloodFromAPipeDoesNotKeepTheReceiverFromBeingRecorded)
 {
     startReceiver();
     QProcess process;
-    start(process, {QStringLiteral("-o"), QStringLiteral("."), QStringLiteral("--record"), QStringLiteral("receiver"),
-                    QStringLiteral("rig"), address(), QStringLiteral("--interval"), QStringLiteral("10ms"),
-                    QStringLiteral("feed")});
+    start(process, {"-o", ".", "--record", "receiver", "rig", address(), "--interval", "10ms", "feed"});
     const QByteArray line = R"({"at": 0, "path": "/FLOOD", "create": "number", "value": 1})";
     QByteArray lines = line + "\n";
     for (int i = 0; i < 100'000; ++i) {
         lines += i % 2 == 0 ? "{\"at\": 0, \"path\": \"/FLOOD\", \"set\": 2}\n" : "rubbish\n";
     }
     pipeIn(process, lines);
-    awaitRecord(QStringLiteral("145000000"));
+    awaitRecord("145000000");
     const Result result = stop(process);
     ASSERT_THAT(result.summary["sources"], SizeIs(2));
     const auto& rig = result.summary["sources"][1];

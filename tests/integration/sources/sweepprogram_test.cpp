@@ -1,13 +1,9 @@
 // Sweeps through the real program and plug-in into a recording, and back.
-#include <cmath>
 #include <random>
-#include <vector>
 
 #if !defined(_WIN32)
 #include <signal.h>
 #endif
-
-#include <gmock/gmock.h>
 
 #include <values/maps.h>
 
@@ -15,8 +11,7 @@
 
 namespace {
 
-using testing::HasSubstr;
-using testing::SizeIs;
+using namespace testing;
 using LevelMap = values::FastValueMap<float, values::levelHandler>;
 
 constexpr std::int32_t sweepCode = 1;
@@ -95,7 +90,7 @@ TEST_F(SweepProgram, InterleavedHopsComeBackAsSpectra)
             csv += row(time, lowHz, lowHz + hopHz, hopHz / hopBins, values);
         }
     }
-    const Result result = run({QStringLiteral("sweep"), write("hops.csv", csv)});
+    const Result result = run({"sweep", write("hops.csv", csv)});
     ASSERT_EQ(result.exitCode, 0) << result.messages;
     EXPECT_THAT(result.messages, HasSubstr("sweep: 160 used, 0 skipped, 0 bad"));
     const auto spectra = spectraOf(readRecordedFile(result.path("receiver")));
@@ -121,8 +116,8 @@ TEST_F(SweepProgram, ASignalKeepsWhatWasReadOfTheLastSweep)
             csv += row(time, 0, 4, 1, {1, 2, 3, 4}) + row(time, 4, 8, 1, {5, 6, 7, 8});
         }
         QProcess process;
-        start(process, {QStringLiteral("sweep"), QStringLiteral("-")});
-        process.write(csv + row(QStringLiteral("08:00:05"), 0, 4, 1, {-1, -2, -3, -4}) + "mark\n");
+        start(process, {"sweep", "-"});
+        process.write(csv + row("08:00:05", 0, 4, 1, {-1, -2, -3, -4}) + "mark\n");
         process.setReadChannel(QProcess::StandardError);
         QByteArray messages;
         while (!messages.contains("the line ends before")) {

@@ -1,13 +1,4 @@
 // A yacht's real log, recorded and read back, against what the text says when it is read without the code under test.
-#include <cmath>
-#include <set>
-#include <vector>
-
-#include <QDateTime>
-#include <QFile>
-
-#include <gmock/gmock.h>
-
 #include "recordings.h"
 
 namespace {
@@ -56,7 +47,7 @@ Extract extract(const QString& path)
         const bool rmc = type == QLatin1String("RMC");
         if (gga || gll || rmc) {
             const int first = gga ? 2 : gll ? 1 : 3;
-            EXPECT_EQ(fields[first + 1] + fields[first + 3], QStringLiteral("NE"));
+            EXPECT_EQ(fields[first + 1] + fields[first + 3], "NE");
             Extract::add(out.latitudes, degrees(fields[first], 2));
             Extract::add(out.longitudes, degrees(fields[first + 2], 3));
         }
@@ -67,7 +58,7 @@ Extract extract(const QString& path)
             out.speeds.insert(std::llround(fields[rmc ? 7 : 5].toDouble() * 1852e6 / 3600));
         }
         if (type == QLatin1String("HDG")) {
-            EXPECT_EQ(fields[4], QStringLiteral("1.3"));
+            EXPECT_EQ(fields[4], "1.3");
             Extract::add(out.headings, fields[1].toDouble() + 1.3);
         }
         out.sentences += gga || gll || rmc || type == QLatin1String("VTG") || type == QLatin1String("HDG") ? 1U : 0U;
@@ -99,7 +90,7 @@ void expectNumbers(const RecordedFile& file, std::int32_t code, const std::vecto
 
 TEST_F(Zeus, EveryHeadingAndPositionComesBack)
 {
-    const Result result = run({QStringLiteral("nmea"), m_log});
+    const Result result = run({"nmea", m_log});
     ASSERT_EQ(result.exitCode, 0) << result.messages;
     const Extract expected = extract(m_log);
     ASSERT_GT(expected.headings.size(), 1000U);
@@ -121,7 +112,7 @@ TEST_F(Zeus, EveryHeadingAndPositionComesBack)
 
 TEST_F(Zeus, TimesAreThoseOfTheSentences)
 {
-    const Result result = run({QStringLiteral("nmea"), m_log});
+    const Result result = run({"nmea", m_log});
     const RecordedFile file = readRecordedFile(result.path("receiver"));
     const QDateTime first(QDate(2018, 8, 20), QTime(9, 47, 36), Qt::UTC);
     EXPECT_EQ(file.startUs, static_cast<unsigned long long>(first.toMSecsSinceEpoch()) * 1000);
@@ -146,11 +137,8 @@ TEST_F(Zeus, TimesAreThoseOfTheSentences)
 
 TEST_F(Zeus, TheStandardInputGivesTheSameRecords)
 {
-    QFile log(m_log);
-    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
-    const RecordedFile piped =
-        readRecordedFile(run({QStringLiteral("nmea"), QStringLiteral("-")}, log.readAll()).path("receiver"));
-    const RecordedFile file = readRecordedFile(run({QStringLiteral("nmea"), m_log}).path("receiver"));
+    const RecordedFile piped = readRecordedFile(run({"nmea", "-"}, TestSupport::readBytes(m_log)).path("receiver"));
+    const RecordedFile file = readRecordedFile(run({"nmea", m_log}).path("receiver"));
     ASSERT_EQ(piped.records.size(), file.records.size());
     for (std::size_t i = 0; i < file.records.size(); ++i) {
         EXPECT_EQ(piped.records[i].timeMs, file.records[i].timeMs);
@@ -160,16 +148,14 @@ TEST_F(Zeus, TheStandardInputGivesTheSameRecords)
 
 TEST_F(Zeus, DamageIsReportedAndStrictRefusesIt)
 {
-    QFile log(m_log);
-    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
-    QByteArray bytes = log.readAll();
+    QByteArray bytes = TestSupport::readBytes(m_log);
     bytes.replace("$SDHDG,230.0,,,1.3,E*36", "$SDHDG,231.0,,,1.3,E*36");
     const QString damaged = write("damaged.log", bytes);
-    const Result result = run({QStringLiteral("nmea"), damaged});
+    const Result result = run({"nmea", damaged});
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_THAT(result.messages, testing::HasSubstr("nmea: line 10: the checksum is wrong"));
     EXPECT_GE(result.summary.at("sources")[0].at("bad"), 1);
-    const Result strict = run({QStringLiteral("nmea"), QStringLiteral("--strict"), damaged});
+    const Result strict = run({"nmea", "--strict", damaged});
     EXPECT_EQ(strict.exitCode, 2);
     EXPECT_THAT(strict.summary.at("failure").get<std::string>(), testing::HasSubstr("line 10"));
 }

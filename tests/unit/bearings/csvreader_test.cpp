@@ -1,15 +1,17 @@
-// CSV as logs have it: separators, quotes, line ends, and records without an end.
-#include <vector>
+// Logs of bearings: their lines and fields, their times, and what the source makes of them.
+#include <values/tree.h>
+#include <values/value.h>
 
-#include <gmock/gmock.h>
-
+#include "input/timetext.h"
+#include "sources/bearings/bearingssource.h"
 #include "sources/bearings/csvreader.h"
+#include "support/recordingbytes.h"
+#include "support/testing.h"
 #include "support/textinput.h"
 
 namespace {
 
-using RecStation::CsvReader;
-using RecStation::CsvRecord;
+using namespace RecStation;
 using namespace testing;
 
 std::vector<CsvRecord> read(const std::string& text, std::optional<char> separator = std::nullopt,
@@ -112,6 +114,109 @@ TEST(CsvReader, ARecordIsBoundedInMemoryAndTheNextOneIsReadAgain)
         EXPECT_THAT(records[2].fields, ElementsAre("c", "d"));
         EXPECT_THAT(records[2].problem, IsEmpty());
     }
+}
+
+constexpr long long second = 1'000'000;
+constexpr long long hour = 3600 * second;
+
+TEST(LogTime, DatesAreReadByTheirFormat)
+{
+    // Two digits mean the years 1970 to 2069.
+    const std::vector<std::tuple<const char*, const char*, long long>> rows = {
+        {"yyyy-MM-dd", "1970-01-02", 1},  {"MM/dd/yy", "01/14/17", 17'180}, {"d.M.yyyy", "14.1.2017", 17'180},
+        {"yyyy-MM-dd", "1969-12-31", -1}, {"MM/dd/yy", "01/01/70", 0},      {"MM/dd/yy", "12/31/99", 10'956},
+        {"MM/dd/yy", "02/29/00", 11'016}, {"MM/dd/yy", "02/29/68", 35'853}, {"(yyyy.MM) dd", "(1970.01) 03", 2},
+        {"yyyyMMdd", "19700103", 2},
+    };
+    for (const auto& [format, text, days] : rows) {
+        EXPECT_EQ(LogDateFormat(format).parse(text), days) << format << ' ' << text;
+    }
+    for (const char* text : {"", "13/01/17", "02/29/17", "1/14/17", "01/14/2017", "NA"}) {
+        EXPECT_EQ(LogDateFormat("MM/dd/yy").parse(text), std::nullopt) << text;
+    }
+    EXPECT_EQ(LogDateFormat("yyyy.MM.dd").parse("1970-01-03"), std::nullopt);
+}
+
+TEST(LogTime, AFormatHasEachOfDayMonthAndYearOnce)
+{
+    for (const char* format : {"", "dd", "dd.MM", "dd.MM.y", "dd.MM.yyyy dd", "d.d.yyyy", "dd.MM.yyyyyy"}) {
+        EXPECT_THROW(LogDateFormat{format}, std::invalid_argument) << format;
+    }
+}
+
+TEST(LogTime, TimesOfDayHaveMinutesSecondsOrMicroseconds)
+{
+    EXPECT_EQ(parseTimeOfDay("5:31"), 5 * hour + 31 * 60 * second);
+    EXPECT_EQ(parseTimeOfDay("05:31:07"), 5 * hour + (31 * 60 + 7) * second);
+    EXPECT_EQ(parseTimeOfDay("23:59:59.25"), 24 * hour - second * 3 / 4);
+    EXPECT_EQ(parseTimeOfDay("0:00:00.0000019"), 1);
+    for (const char* text : {"", "24:00", "5:60", "5:31:60", "5", "5:3", "-5:30", "5:31pm", "5:31:07."}) {
+        EXPECT_EQ(parseTimeOfDay(text), std::nullopt) << text;
+    }
+}
+
+TEST(LogTime, UtcOffsets)
+{
+    EXPECT_EQ(parseUtcOffset("UTC"), 0);
+    EXPECT_EQ(parseUtcOffset("Z"), 0);
+    EXPECT_EQ(parseUtcOffset("-05:00"), -5 * hour);
+    EXPECT_EQ(parseUtcOffset("+5:45"), 5 * hour + hour * 3 / 4);
+    EXPECT_EQ(parseUtcOffset("+14"), 14 * hour);
+    for (const char* text : {"", "5", "+14:01", "-05:60", "America/Bogota", "utc+5"}) {
+        EXPECT_EQ(parseUtcOffset(text), std::nullopt) << text;
+    }
+}
+
+using testing::HasSubstr;
+using Number = values::ValueNumeric<double>;
+
+const std::string header = "date;time;station;latitude;longitude;altitude;frequency;azimuth\n";
+
+class BearingsSource : public testing::Test {
+protected:
+    void prepare(const std::string& text)
+    {
+        const QString path = m_directory.filePath("field log.v2.csv");
+        TestSupport::writeFile(path, text);
+        m_options.file = path.toStdString();
+        m_source = RecStation::makeBearingsSource(m_options, [](const QString& /*sentence*/) {});
+        m_source->prepare();
+    }
+    std::string problem(const std::string& text)
+    {
+        try {
+            prepare(text);
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "no problem";
+    }
+    void run()
+    {
+        while (m_source->nextTime()) {
+            m_source->step();
+        }
+    }
+
+    values::Tree m_tree;
+    QTemporaryDir m_directory;
+    BearingsOptions m_options;
+    std::unique_ptr<Source> m_source;
+};
+
+TEST_F(BearingsSource, AFileThatChangedSinceItsChannelsWereFoundIsRefused)
+{
+    const std::string text = header + "2017-01-14;10:31;E1;4;-75;0;150;7\n";
+    prepare(text);
+    TestSupport::writeFile(QString::fromStdString(m_options.file), text + "2017-01-14;10:31;E1;4;-75;0;151;7\n");
+    EXPECT_THROW(run(), std::runtime_error);
+}
+
+TEST_F(BearingsSource, APathHeldByAnotherKindOfValueIsRefused)
+{
+    values::ValuePtr<Number> other;
+    other.Attach("/DfSpectrum");
+    EXPECT_THAT(problem(header + "2017-01-14;10:31;E1;4;-75;0;150;7\n"), HasSubstr("/DfSpectrum is already there"));
 }
 
 }  // namespace

@@ -2,16 +2,6 @@
 #pragma once
 
 #include <bit>
-#include <cmath>
-#include <functional>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 #include <values/maps.h>
 #include <values/tree.h>
@@ -141,10 +131,9 @@ protected:
         std::vector<Spectrum> out;
         while (const auto time = source->nextTime()) {
             source->step();
-            const auto& map =
-                dynamic_cast<const FileLevels&>(*tree.Find(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum")));
+            const auto& map = dynamic_cast<const FileLevels&>(*tree.Find("/Devices/Rx1/Scn/RfSpectrum"));
             const auto& frequency =
-                dynamic_cast<const values::ValueNumericWithOffset<double>&>(*tree.Find(QStringLiteral("/FREQUENCY")));
+                dynamic_cast<const values::ValueNumericWithOffset<double>&>(*tree.Find("/FREQUENCY"));
             const auto cells = map.GetCells();
             out.push_back({*time, map.GetChannelRange().startHz, frequency.GetValue(), {cells.begin(), cells.end()}});
         }

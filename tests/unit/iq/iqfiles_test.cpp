@@ -1,9 +1,4 @@
 // Files of IQ as they come: raw samples named by their recorder, SigMF of several captures.
-#include <QDateTime>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "input/timetext.h"
 #include "iqfiles_fixture.h"
 #include "sources/iq/knownsamples.h"
@@ -11,9 +6,7 @@
 namespace IqTesting {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
+using namespace testing;
 
 TEST_F(IqFiles, EveryFormatGivesTheSameSpectraForTheSameSamples)
 {
@@ -107,7 +100,7 @@ TEST_F(IqFiles, CapturesHaveTheirOwnFrequenciesAndTimes)
     const int capture = static_cast<int>(2 * FftSize) * 2;
     write("x.sigmf-data", QByteArray(10, 'h') + bytes.left(capture) + bytes.mid(capture, capture) + QByteArray(7, 'h') +
                               bytes.mid(2 * capture) + "trailing");
-    writeFile(m_directory.filePath(QStringLiteral("x.sigmf-meta")), R"({"global": {"core:datatype": "ci8",
+    writeFile(m_directory.filePath("x.sigmf-meta"), R"({"global": {"core:datatype": "ci8",
         "core:sample_rate": 64000, "core:offset": 1000, "core:trailing_bytes": 8}, "captures": [
         {"core:sample_start": 1000, "core:header_bytes": 10, "core:frequency": 1e6, "core:datetime": "2020-01-02T03:04:05Z"},
         {"core:sample_start": 1128, "core:frequency": 2e6, "core:datetime": "2020-01-02T03:05:05Z"},
@@ -134,7 +127,7 @@ TEST_F(IqFiles, CapturesHaveTheirOwnFrequenciesAndTimes)
 TEST_F(IqFiles, CapturesThatDoNotFitAreTold)
 {
     write("x.sigmf-data", encoded(steps(3 * FftSize, 3), asInteger(1)));
-    const QString metadata = m_directory.filePath(QStringLiteral("x.sigmf-meta"));
+    const QString metadata = m_directory.filePath("x.sigmf-meta");
     const QByteArray global = R"({"global": {"core:datatype": "ci8", "core:sample_rate": 64000}, "captures": )";
     writeFile(metadata, global + R"([{"core:sample_start": 64, "core:frequency": 1e6,
         "core:datetime": "2020-01-02T03:04:05Z"}, {"core:sample_start": 128, "core:frequency": 2e6,
@@ -157,7 +150,7 @@ TEST_F(IqFiles, AFormatThatIsGivenSaysWhereCapturesLie)
 {
     const Samples samples = steps(4 * FftSize, 3);
     write("x.sigmf-data", encoded(samples, asInteger(2)));
-    const QString metadata = m_directory.filePath(QStringLiteral("x.sigmf-meta"));
+    const QString metadata = m_directory.filePath("x.sigmf-meta");
     m_options.format = "ci16";
     for (const char* datatype : {R"("core:datatype": "ri16_le",)", R"("core:datatype": "cf32_le",)", ""}) {
         writeFile(metadata, QByteArray(R"({"global": {)") + datatype + R"("core:sample_rate": 64000}, "captures": [
@@ -172,7 +165,7 @@ TEST_F(IqFiles, AFormatThatIsGivenSaysWhereCapturesLie)
 TEST_F(IqFiles, TheFirstCaptureThatTellsItsTimeTellsThatOfThoseBeforeIt)
 {
     write("x.sigmf-data", encoded(steps(3 * FftSize, 3), asInteger(2)));
-    writeFile(m_directory.filePath(QStringLiteral("x.sigmf-meta")),
+    writeFile(m_directory.filePath("x.sigmf-meta"),
               R"({"global": {"core:datatype": "ci16_le", "core:sample_rate": 64000}, "captures": [
         {"core:sample_start": 0, "core:frequency": 1e6}, {"core:sample_start": 64, "core:frequency": 2e6},
         {"core:sample_start": 128, "core:frequency": 3e6, "core:datetime": "2020-01-02T03:04:05Z"}]})");
@@ -188,7 +181,7 @@ TEST_F(IqFiles, MetadataMayNameTheirSamples)
 {
     const Samples samples = steps(2 * FftSize, 3);
     write("night.bin", QByteArray(100, 'h') + encoded(samples, asInteger(2)) + "end");
-    const QString metadata = m_directory.filePath(QStringLiteral("x.sigmf-meta"));
+    const QString metadata = m_directory.filePath("x.sigmf-meta");
     const QByteArray start = R"({"global": {"core:datatype": "ci16_le", "core:sample_rate": 64000, )";
     const QByteArray captures = R"(}, "captures": [{"core:frequency": 1e6, "core:header_bytes": 100}]})";
     writeFile(metadata, start + R"("core:dataset": "night.bin", "core:trailing_bytes": 3)" + captures);
@@ -209,7 +202,7 @@ TEST_F(IqFiles, MetadataBesideAWavTellItsCaptures)
     const Samples samples = steps(4 * FftSize, 3);
     write("x.wav", riff(formatChunk(1, 2, 48000, 24) + chunk("data", encoded(samples, asInteger(3)))));
     writeFile(
-        m_directory.filePath(QStringLiteral("x.sigmf-meta")),
+        m_directory.filePath("x.sigmf-meta"),
         R"({"global": {"core:datatype": "ri24_le", "core:sample_rate": 64000, "core:dataset": "x.wav"}, "captures": [
         {"core:header_bytes": 44, "core:frequency": 1e6, "core:datetime": "2020-01-02T03:04:05Z"},
         {"core:sample_start": 128, "core:frequency": 2e6}]})");
@@ -225,7 +218,7 @@ TEST_F(IqFiles, MetadataBesideAWavTellItsCaptures)
 TEST_F(IqFiles, WhatMetadataDoNotTellOfASingleCaptureIsReadFromTheName)
 {
     write("HDSDR_20200102_030405Z_7100kHz_RF.sigmf-data", encoded(steps(FftSize, 3), asInteger(1)));
-    writeFile(m_directory.filePath(QStringLiteral("HDSDR_20200102_030405Z_7100kHz_RF.sigmf-meta")),
+    writeFile(m_directory.filePath("HDSDR_20200102_030405Z_7100kHz_RF.sigmf-meta"),
               R"({"global": {"core:datatype": "ci8", "core:sample_rate": 64000}, "captures": [{}]})");
     EXPECT_EQ(run().at(0).time, NewYear);
     EXPECT_EQ(run().at(0).frequencyHz, 7.1e6);
@@ -234,7 +227,7 @@ TEST_F(IqFiles, WhatMetadataDoNotTellOfASingleCaptureIsReadFromTheName)
 TEST_F(IqFiles, ACaptureWithoutAFrequencyBesideOthersWithOneIsNamed)
 {
     write("x.sigmf-data", encoded(steps(4 * FftSize, 3), asInteger(1)));
-    writeFile(m_directory.filePath(QStringLiteral("x.sigmf-meta")),
+    writeFile(m_directory.filePath("x.sigmf-meta"),
               R"({"global": {"core:datatype": "ci8", "core:sample_rate": 64000}, "captures": [
         {"core:frequency": 1e6}, {"core:sample_start": 64}]})");
     EXPECT_THAT(problem(), HasSubstr("capture 2 tells no centre frequency, and others do: add core:frequency in"));

@@ -1,21 +1,11 @@
 // What an IQ input is taken for: options, and what is refused of them.
-#include <string>
-
-#include <QTemporaryDir>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
+#include "sources/iq/iqsource.h"
 #include "input/timetext.h"
 #include "iqtesting.h"
-#include "sources/iq/iqsource.h"
 
 namespace {
 
-using RecStation::IqOptions;
-using RecStation::IqPlan;
-using RecStation::makeIqPlan;
-using RecStation::SampleFormat;
+using namespace RecStation;
 using testing::HasSubstr;
 
 class Plan : public testing::Test {

@@ -1,15 +1,9 @@
 // Tones and noise in every sample format, and spectra summed up by their definition.
 #include "iqtesting.h"
 
-#include <algorithm>
 #include <bit>
-#include <cmath>
 #include <numbers>
 #include <random>
-#include <stdexcept>
-
-#include <QDir>
-#include <QFile>
 
 namespace IqTesting {
 
@@ -164,7 +158,7 @@ void writeFile(const QString& path, const QByteArray& bytes)
 
 QString testDataPath(const QString& name)
 {
-    const QString directory = qEnvironmentVariable("RECORDING2_TEST_DATA", QStringLiteral(TEST_DATA_DIRECTORY));
+    const QString directory = qEnvironmentVariable("RECORDING2_TEST_DATA", TEST_DATA_DIRECTORY);
     return QDir(directory).filePath(name);
 }
 

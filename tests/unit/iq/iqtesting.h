@@ -2,12 +2,10 @@
 #pragma once
 
 #include <complex>
-#include <cstddef>
-#include <cstdint>
-#include <vector>
 
 #include <QByteArray>
-#include <QString>
+
+#include "support/testing.h"
 
 namespace IqTesting {
 

@@ -1,10 +1,4 @@
 // Levels of tones and noise with every window, against theory and the transform's definition.
-#include <algorithm>
-#include <cmath>
-#include <limits>
-
-#include <gtest/gtest.h>
-
 #include "iqspectra/spectrum.h"
 #include "iqtesting.h"
 

@@ -1,7 +1,4 @@
 // WAV and RF64 files as receivers' programs leave them.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "input/timetext.h"
 #include "iqfiles_fixture.h"
 #include "sources/iq/wavheader.h"
@@ -9,9 +6,7 @@
 namespace IqTesting {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
+using namespace testing;
 
 TEST_F(IqFiles, ARecordersChunkTellsTimeAndFrequencyBeforeTheName)
 {

@@ -1,16 +1,7 @@
 // Connections to peers that are there, are not, fall silent and go; and the wish to stop in every wait.
 #include "live/connection.h"
 
-#include <algorithm>
-#include <array>
 #include <atomic>
-#include <chrono>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <system/stopsignal.h>
 
@@ -20,8 +11,7 @@
 namespace RecStation {
 namespace {
 
-using testing::HasSubstr;
-using testing::ThrowsMessage;
+using namespace testing;
 using namespace std::chrono_literals;
 
 class ConnectionTest : public testing::Test {

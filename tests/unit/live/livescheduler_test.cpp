@@ -1,23 +1,14 @@
 // Sources side by side: who is silent, floods, fails or ends harms no other.
 #include "live/livescheduler.h"
 
-#include <chrono>
 #include <future>
-#include <stdexcept>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <QCoreApplication>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <system/stopsignal.h>
 
 #include "input/badlines.h"
 #include "live/connection.h"
 #include "runner.h"
+#include "support/program.h"
 
 namespace RecStation {
 namespace {
@@ -27,15 +18,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr auto Bearable = 10s;  // of a busy machine; who is held back waits for minutes
 
-bool haveApplication()
-{
-    static int argc = 1;
-    static char name[] = "test";
-    static char* argv[] = {name, nullptr};
-    static const QCoreApplication application(argc, argv);
-    return true;
-}
-
 /// Has something every so often, so many times; then it ends, or is silent.
 class PacedSource final : public Source {
 public:
@@ -44,7 +26,7 @@ public:
     {
     }
 
-    [[nodiscard]] QString name() const override { return QStringLiteral("paced"); }
+    [[nodiscard]] QString name() const override { return "paced"; }
     void prepare() override {}
     [[nodiscard]] std::optional<unsigned long long> nextTime() override
     {
@@ -87,7 +69,7 @@ class FailingSource final : public Source {
 public:
     explicit FailingSource(bool strict = false) : m_strict(strict) {}
 
-    [[nodiscard]] QString name() const override { return QStringLiteral("failing"); }
+    [[nodiscard]] QString name() const override { return "failing"; }
     void prepare() override {}
     [[nodiscard]] std::optional<unsigned long long> nextTime() override
     {
@@ -105,6 +87,8 @@ private:
 
 class LiveSchedulerTest : public testing::Test {
 protected:
+    static void SetUpTestSuite() { TestSupport::requireApplication(); }
+
     template <typename Kind, typename... Arguments>
     Kind& add(Arguments... arguments)
     {
@@ -120,7 +104,6 @@ protected:
         m_scheduler.finish();
     }
 
-    bool m_hasApplication = haveApplication();
     System::StopSignal m_signal;
     SimulatedClock m_clock;
     bool m_stop = false;
@@ -214,7 +197,7 @@ TEST_F(LiveSchedulerTest, TheClockShowsTheTimeOfEveryStepAndNeverGoesBack)
 class BehindSource final : public Source {
 public:
     explicit BehindSource(unsigned long long behindUs) : m_behindUs(behindUs) {}
-    [[nodiscard]] QString name() const override { return QStringLiteral("behind"); }
+    [[nodiscard]] QString name() const override { return "behind"; }
     void prepare() override {}
     [[nodiscard]] std::optional<unsigned long long> nextTime() override
     {
@@ -294,7 +277,7 @@ TEST_F(LiveSchedulerTest, FinishingEndsThreadsThatWaitForInputAndForTheirTurn)
 class HangingSource final : public Source {
 public:
     explicit HangingSource(std::future<void> end) : m_end(std::move(end)) {}
-    [[nodiscard]] QString name() const override { return QStringLiteral("hanging"); }
+    [[nodiscard]] QString name() const override { return "hanging"; }
     void prepare() override {}
     [[nodiscard]] std::optional<unsigned long long> nextTime() override
     {

@@ -2,11 +2,6 @@
 #include "live/peersource.h"
 
 #include <charconv>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <system/stopsignal.h>
 
@@ -16,10 +11,7 @@
 namespace RecStation {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
+using namespace testing;
 
 /// Takes a number from every line.
 class NumberSource final : public PeerSource {

@@ -1,14 +1,6 @@
 // Asking a rigctld of the test: what it tells, does not have, or cannot tell at present.
 #include "sources/rig/rigclient.h"
 
-#include <cmath>
-#include <map>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <system/stopsignal.h>
 
 #include "testpeer.h"
@@ -16,11 +8,7 @@
 namespace RecStation {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
-using testing::ThrowsMessage;
+using namespace testing;
 using Answers = std::map<std::string, std::string>;
 
 TestPeer::Serve answering(Answers answers)

@@ -1,27 +1,13 @@
 // Accepting, serving, and ending in the middle of it.
 #include "testpeer.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <array>
-#include <stdexcept>
-#include <utility>
+#include "support/loopback.h"
 
 namespace RecStation {
 
 bool TestClient::send(std::string_view bytes) const
 {
-    while (!bytes.empty()) {
-        const ssize_t count = ::send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (count <= 0) {
-            return false;
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
+    return TestSupport::sendAll(m_socket, bytes);
 }
 
 std::string TestClient::receive() const
@@ -31,20 +17,9 @@ std::string TestClient::receive() const
     return count > 0 ? std::string(buffer.data(), static_cast<std::size_t>(count)) : std::string();
 }
 
-TestPeer::TestPeer(Serve serve, std::uint16_t port) : m_listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+TestPeer::TestPeer(Serve serve, std::uint16_t port) : m_port(port)
 {
-    sockaddr_in at{};
-    at.sin_family = AF_INET;
-    at.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    at.sin_port = htons(port);
-    const int on = 1;
-    ::setsockopt(m_listener, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
-    socklen_t size = sizeof(at);
-    if (::bind(m_listener, reinterpret_cast<const sockaddr*>(&at), size) != 0 || ::listen(m_listener, 8) != 0 ||
-        ::getsockname(m_listener, reinterpret_cast<sockaddr*>(&at), &size) != 0) {
-        throw std::runtime_error("cannot listen");
-    }
-    m_port = ntohs(at.sin_port);
+    m_listener = TestSupport::bindToLoopback(SOCK_STREAM, m_port);
     m_thread = std::thread([this, serve = std::move(serve)] { run(serve); });
 }
 

@@ -1,14 +1,10 @@
 // A TCP server for tests, on a free port of the loopback address.
 #pragma once
 
-#include <cstdint>
-#include <functional>
 #include <mutex>
-#include <string>
-#include <string_view>
-#include <thread>
 
 #include "live/connection.h"
+#include "support/testing.h"
 
 namespace RecStation {
 

@@ -1,11 +1,5 @@
 // NMEA logs beside other sources, and hostile ones; what becomes of sentences is tested in tests/cases.
 #include <random>
-#include <string>
-#include <vector>
-
-#include <QTemporaryDir>
-
-#include <gmock/gmock.h>
 
 #include <values/tree.h>
 #include <values/value.h>
@@ -13,6 +7,7 @@
 #include "sources/nmea/nmealog.h"
 #include "sources/nmea/nmeasource.h"
 #include "support/recordingbytes.h"
+#include "support/testing.h"
 
 namespace RecStation {
 namespace {

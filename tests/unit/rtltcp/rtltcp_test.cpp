@@ -1,19 +1,9 @@
 // The source "rtltcp" against a server with tones on the air: spectra, hops, losses, hostile servers.
-#include <algorithm>
-#include <cmath>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <values/maps.h>
 #include <values/tree.h>
 #include <values/value.h>
 
-#include "configuration.h"
+#include "program.h"
 #include "input/badlines.h"
 #include "iqspectra/receiver.h"
 #include "iqtesting.h"
@@ -22,15 +12,10 @@
 
 namespace {
 
-using RecStation::HopPart;
-using RecStation::layOutHops;
-using RecStation::SampleWatch;
+using namespace RecStation;
 using RtlTcpTesting::Air;
 using RtlTcpTesting::Server;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Pair;
+using namespace testing;
 using ReceivedLevels = values::FastValueMap<float, values::levelHandler>;
 
 constexpr double RateHz = 1'024'000;
@@ -68,7 +53,7 @@ protected:
     }
     [[nodiscard]] const ReceivedLevels& spectrum() const
     {
-        return dynamic_cast<const ReceivedLevels&>(*m_tree.Find(QStringLiteral("/Devices/Rx1/Scn/RfSpectrum")));
+        return dynamic_cast<const ReceivedLevels&>(*m_tree.Find("/Devices/Rx1/Scn/RfSpectrum"));
     }
     [[nodiscard]] double number(const char* path) const
     {
@@ -97,8 +82,8 @@ protected:
     }
 
     values::Tree m_tree;
-    RecStation::Configuration m_configuration = RecStation::loadConfigurationText(
-        RecStation::defaultConfigurationText(QStringLiteral(".")), QStringLiteral("built in"));
+    RecStation::Configuration m_configuration =
+        RecStation::loadConfigurationText(RecStation::defaultConfigurationText("."), "built in");
     RecStation::RtlTcpOptions m_options;
     std::unique_ptr<Server> m_server;
     std::unique_ptr<RecStation::Source> m_source;
@@ -170,7 +155,7 @@ TEST_F(RtlTcp, HopsThatJoinMakeOnePanoramaWithoutSamplesOfTheFrequencyBefore)
             EXPECT_LT(levelAt(elsewhereHz), -50) << elsewhereHz;
         }
     }
-    EXPECT_EQ(m_tree.Find(QStringLiteral("/FREQUENCY")), nullptr);
+    EXPECT_EQ(m_tree.Find("/FREQUENCY"), nullptr);
 }
 
 TEST_F(RtlTcp, ALostServerLeavesAGapAndIsTriedAgain)

@@ -6,14 +6,10 @@
 #include <chrono>
 #include <cmath>
 #include <numbers>
-#include <stdexcept>
-#include <string>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
+
+#include "support/loopback.h"
 
 namespace RtlTcpTesting {
 
@@ -33,22 +29,9 @@ bool ready(int socket, short events)
 
 }  // namespace
 
-Server::Server(Air air, std::uint16_t port) : m_air(std::move(air))
+Server::Server(Air air, std::uint16_t port) : m_air(std::move(air)), m_port(port)
 {
-    m_listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const int yes = 1;
-    ::setsockopt(m_listener, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(port);
-    socklen_t size = sizeof address;
-    auto* const generic = reinterpret_cast<sockaddr*>(&address);
-    if (::bind(m_listener, generic, size) != 0 || ::listen(m_listener, 1) != 0 ||
-        ::getsockname(m_listener, generic, &size) != 0) {
-        throw std::runtime_error("cannot listen");
-    }
-    m_port = ntohs(address.sin_port);
+    m_listener = TestSupport::bindToLoopback(SOCK_STREAM, m_port);
     m_thread = std::thread([this] { run(); });
 }
 

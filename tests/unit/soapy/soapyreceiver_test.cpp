@@ -3,18 +3,11 @@
 
 #include <complex>
 #include <cstdlib>
-#include <cstring>
 #include <numbers>
-#include <string>
-#include <vector>
-
-#include <QFile>
-#include <QTemporaryDir>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <system/stopsignal.h>
+
+#include "support/files.h"
 
 namespace RecStation {
 namespace {
@@ -35,16 +28,11 @@ protected:
         wish("");
     }
 
-    void wish(const char* mishap) const
-    {
-        QFile file(m_folder.filePath(QStringLiteral("mishap")));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(mishap);
-    }
+    void wish(const char* mishap) const { TestSupport::writeBytes(m_folder.filePath("mishap"), mishap); }
 
     [[nodiscard]] std::string args() const
     {
-        return "driver=carrier,mishap=" + m_folder.filePath(QStringLiteral("mishap")).toStdString();
+        return "driver=carrier,mishap=" + m_folder.filePath("mishap").toStdString();
     }
 
     static Samples read(IqReceiver& receiver, std::size_t count)
@@ -161,9 +149,9 @@ TEST(SoapyArgs, AreKeysWithValues)
     for (const char* wrong : {"", "rtlsdr", "driver=", "=rtlsdr", "127.0.0.1:1234"}) {
         EXPECT_FALSE(isSoapyArgs(wrong)) << wrong;
     }
-    EXPECT_EQ(soapyName("driver=rtlsdr,serial=1"), QStringLiteral("rtlsdr"));
-    EXPECT_EQ(soapyName("driver=remote,remote=x,remote:driver=airspy"), QStringLiteral("airspy"));
-    EXPECT_EQ(soapyName("serial=1"), QStringLiteral("SDR"));
+    EXPECT_EQ(soapyName("driver=rtlsdr,serial=1"), "rtlsdr");
+    EXPECT_EQ(soapyName("driver=remote,remote=x,remote:driver=airspy"), "airspy");
+    EXPECT_EQ(soapyName("serial=1"), "SDR");
 }
 
 }  // namespace
