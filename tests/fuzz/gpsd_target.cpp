@@ -1,9 +1,6 @@
 // What a peer that calls itself gpsd sends, line by line.
 #include <chrono>
 #include <cmath>
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include "sources/gpsd/gpsdreport.h"
 #include "sources/gpsd/gpsdstate.h"

@@ -1,12 +1,4 @@
 // Recovering any bytes, with and without a journal of any content.
-#include <algorithm>
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <vector>
-
 #include <unistd.h>
 
 #include <recording2/format/journal.h>

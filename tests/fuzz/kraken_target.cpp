@@ -1,8 +1,4 @@
 // What answers in place of a KrakenSDR: HTTP, then CSV or XML.
-#include <cmath>
-#include <string>
-#include <vector>
-
 #include "sources/kraken/httpfetch.h"
 #include "sources/kraken/krakenanswer.h"
 #include "target.h"

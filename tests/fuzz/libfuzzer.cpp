@@ -1,10 +1,7 @@
 // The program that libFuzzer drives: fuzz --target=NAME CORPUS... (libFuzzer passes over options with two dashes).
 #include <cstddef>
-#include <cstdint>
 #include <cstdlib>
-#include <exception>
 #include <iostream>
-#include <string_view>
 
 #include "target.h"
 

@@ -1,15 +1,10 @@
 // Recording texts into values: every line of the input is one text, applied one after the other.
-#include <algorithm>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include <values/maps.h>
 #include <values/recordingtext.h>
 #include <values/valuebase.h>
 
-#include "documentexamples.h"
 #include "hugerange.h"
+#include "support/documentexamples.h"
 #include "target.h"
 
 namespace Fuzzing {
@@ -72,7 +67,8 @@ void runMapText(const std::string& input)
 
 std::vector<std::string> mapTextSeeds()
 {
-    std::vector<std::string> seeds = documentExamples("recording-text.md", "recording-text");
+    std::vector<std::string> seeds =
+        TestSupport::documentExamples(DOCUMENT_FOLDER "/recording-text.md", "recording-text");
     std::string all;
     for (const std::string& seed : seeds) {
         all += seed;

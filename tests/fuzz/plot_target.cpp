@@ -1,11 +1,4 @@
 // The pictures of rectool, of a recording of any bytes.
-#include <exception>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <vector>
-
 #include <QTemporaryDir>
 #if defined(FUZZ_PICTURES)
 #include <QApplication>
@@ -74,7 +67,7 @@ void drawn(RecTool::ExitCode (*plot)(const Options&), Options options, const std
 std::string written(void (*write)(const std::string&))
 {
     const QTemporaryDir folder;
-    const std::string path = folder.filePath(QStringLiteral("seed.rec")).toStdString();
+    const std::string path = folder.filePath("seed.rec").toStdString();
     write(path);
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
@@ -96,7 +89,7 @@ void runPlot(const std::string& input)
     }
     beginDrawing();
     static const QTemporaryDir folder;
-    const std::string picture = folder.filePath(QStringLiteral("picture.png")).toStdString();
+    const std::string picture = folder.filePath("picture.png").toStdString();
     const ScratchFile scratch(input);
     const Silence silence;
     RecTool::PlotSpectrumOptions mean;

@@ -1,11 +1,5 @@
 // Opening, reading and navigating, inspecting and editing a file of any bytes.
-#include <cstdint>
-#include <fstream>
-#include <functional>
-#include <iterator>
-#include <string>
 #include <utility>
-#include <vector>
 
 #include <QString>
 

@@ -1,9 +1,4 @@
 // The verbs of rectool that read one file, on a file of any bytes.
-#include <exception>
-#include <filesystem>
-#include <functional>
-#include <string>
-
 #include <QTemporaryDir>
 
 #include "hugerange.h"
@@ -60,7 +55,7 @@ void repair(const std::string& path)
     static const QTemporaryDir folder;
     RecTool::RepairOptions options;
     options.file = path;
-    options.output = (folder.path() + QStringLiteral("/repaired.rec")).toStdString();
+    options.output = (folder.path() + "/repaired.rec").toStdString();
     options.force = true;
     RecTool::ExitCode result = RecTool::ExitCode::CannotRead;
     tolerating([&] { return result = RecTool::repair(options); });

@@ -1,13 +1,6 @@
 // Every seed and every kept input goes through its target in the ordinary build too: targets keep working, and what
 // was once found stays found. doc/fuzzing.md says how an input is kept.
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
+#include "support/testing.h"
 #include "target.h"
 
 namespace {

@@ -1,9 +1,5 @@
 // Requests as browsers, and others, send them to the viewer.
-#include <algorithm>
-#include <string>
-#include <utility>
 #include <variant>
-#include <vector>
 
 #include <boost/asio/buffer.hpp>
 #include <boost/beast/http/parser.hpp>

@@ -1,7 +1,5 @@
 // What a receiver's peer sends: lines of rigctld's answers, and its packets.
 #include <cmath>
-#include <string>
-#include <vector>
 
 #include <QString>
 
@@ -9,7 +7,6 @@
 
 #include "live/lines.h"
 #include "sources/rig/rigclient.h"
-#include "sources/rig/rigspectrum.h"
 #include "sources/rig/rigvalues.h"
 #include "target.h"
 
@@ -44,7 +41,7 @@ void readPacket(const std::string& input)
     const auto spectrum = RecStation::parseRigPacket(input).spectrum;
     if (spectrum) {
         require(2 * spectrum->levelsDb.size() <= input.size(), "a packet has more cells than digits");
-        RecStation::RigValues values(QStringLiteral("rig"), QStringLiteral("/Devices/Rx1"), true, 0);
+        RecStation::RigValues values("rig", "/Devices/Rx1", true, 0);
         values.show(*spectrum, 1);
         values.forgetSpectrum(2);
     }

@@ -1,10 +1,5 @@
 // Files of IQ samples as others wrote them: WAV headers, SigMF metadata, names; packed texts; an rtl_tcp server's
 // greeting.
-#include <algorithm>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
 #include <QString>
 
 #include "input/unpacking.h"

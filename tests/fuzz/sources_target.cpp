@@ -1,24 +1,18 @@
 // What recstation reads: configuration, feeds, NMEA, sweeps, logs of bearings. Each to its end, into a tree of its own.
-#include <algorithm>
-#include <functional>
-#include <memory>
-#include <stdexcept>
-#include <string>
 #include <utility>
-#include <vector>
 
 #include <startup/cfgcenter.h>
 #include <values/tree.h>
 #include <zelvo/archive.h>
 
-#include "configuration.h"
-#include "documentexamples.h"
+#include "program.h"
 #include "scratchfile.h"
 #include "sources/bearings/bearingssource.h"
 #include "sources/feed/feedsource.h"
 #include "sources/nmea/nmeasource.h"
 #include "sources/source.h"
 #include "sources/sweep/sweepsource.h"
+#include "support/documentexamples.h"
 #include "target.h"
 
 namespace Fuzzing {
@@ -94,15 +88,13 @@ void runConfiguration(const std::string& input)
 {
     const values::Tree tree;
     tolerating([&] {
-        const auto read = RecStation::loadConfigurationText(QString::fromStdString(input), QStringLiteral("fuzz.toml"));
+        const auto read = RecStation::loadConfigurationText(QString::fromStdString(input), "fuzz.toml");
         require(read.instances.size() <= input.size(), "there are more instances than bytes");
     });
     CfgCenter::Clear();
     if (Zelvo::ArchiveIsBuiltIn()) {
-        tolerating([&] {
-            static_cast<void>(
-                Zelvo::ParseArchiveConfiguration(QString::fromStdString(input), QStringLiteral("fuzz.toml")));
-        });
+        tolerating(
+            [&] { static_cast<void>(Zelvo::ParseArchiveConfiguration(QString::fromStdString(input), "fuzz.toml")); });
     }
 }
 
@@ -145,7 +137,7 @@ void runSweep(const std::string& input)
 
 std::vector<std::string> bearingsSeeds()
 {
-    std::vector<std::string> seeds = documentExamples("bearings.md", "csv");
+    std::vector<std::string> seeds = TestSupport::documentExamples(DOCUMENT_FOLDER "/bearings.md", "csv");
     seeds.emplace_back(
         "date;time;station;latitude;longitude;altitude;frequency;azimuth\n"
         "2017-01-14;10:31;\"Lecce; north\";40.3;18.1;12;433.92;271.5\n2017-01-14;10:32:07.25;B;40.3;18.1;;100;NA\n"
@@ -162,17 +154,17 @@ std::vector<std::string> bearingsSeeds()
 
 std::vector<std::string> configurationSeeds()
 {
-    std::vector<std::string> seeds = documentExamples("recstation.md", "toml");
-    for (std::string& example : documentExamples("archive.md", "toml")) {
+    std::vector<std::string> seeds = TestSupport::documentExamples(DOCUMENT_FOLDER "/recstation.md", "toml");
+    for (std::string& example : TestSupport::documentExamples(DOCUMENT_FOLDER "/archive.md", "toml")) {
         seeds.push_back(std::move(example));
     }
-    seeds.push_back(RecStation::defaultConfigurationText(QStringLiteral("/tmp")).toStdString());
+    seeds.push_back(RecStation::defaultConfigurationText("/tmp").toStdString());
     return seeds;
 }
 
 std::vector<std::string> feedSeeds()
 {
-    return documentExamples("feed.md", "jsonl");
+    return TestSupport::documentExamples(DOCUMENT_FOLDER "/feed.md", "jsonl");
 }
 
 std::vector<std::string> nmeaSeeds()
@@ -190,7 +182,7 @@ std::vector<std::string> nmeaSeeds()
 
 std::vector<std::string> sweepSeeds()
 {
-    std::vector<std::string> seeds = documentExamples("sweep.md", "csv");
+    std::vector<std::string> seeds = TestSupport::documentExamples(DOCUMENT_FOLDER "/sweep.md", "csv");
     std::string sweeps;
     for (const char* time : {"08:00:00", "08:00:01", "08:00:02"}) {
         const std::string start = std::string("2026-11-21, ") + time + ", ";

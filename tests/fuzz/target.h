@@ -1,6 +1,13 @@
 // What is fuzzed. The targets know nothing of libFuzzer, so that the ordinary tests run them too.
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
 #include <span>
 #include <stdexcept>
 #include <string>

@@ -1,7 +1,6 @@
 // All fuzz targets by their names.
 #include "target.h"
 
-#include <algorithm>
 #include <array>
 
 namespace Fuzzing {

@@ -1,8 +1,4 @@
 // Times as users and logs write them.
-#include <cstdint>
-#include <string>
-#include <vector>
-
 #include <recording2/inspection/inspection.h>
 
 #include "input/timetext.h"

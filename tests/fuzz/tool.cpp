@@ -1,12 +1,5 @@
 // Without libFuzzer: writes the seeds, and runs kept inputs through a target.
-#include <algorithm>
-#include <exception>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
-#include <string>
-#include <vector>
 
 #include "target.h"
 

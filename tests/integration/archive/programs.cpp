@@ -1,24 +1,13 @@
 // Writes a configuration with an archive, runs the programs, and finds what was stored.
 #include "programs.h"
 
-#include <QDir>
-#include <QFile>
-#include <QProcess>
 #include <QProcessEnvironment>
-
-#include "../recstation/application.h"
 
 namespace ArchiveTests {
 
-namespace {
-
-constexpr int PatienceMs = 60'000;
-
-}  // namespace
-
 void ArchivePrograms::SetUp()
 {
-    requireApplication();
+    TestSupport::requireApplication();
     if (!Zelvo::ArchiveIsBuiltIn()) {
         GTEST_SKIP() << "this build has no archive";
     }
@@ -48,9 +37,7 @@ Station = "north"
 %4
 )")
                              .arg(path("recordings"), path("own"), path("storage"), keys);
-    QFile file(config());
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(text.toUtf8()), text.toUtf8().size());
+    TestSupport::writeBytes(config(), text.toUtf8());
 }
 
 QStringList ArchivePrograms::recordings() const
@@ -71,24 +58,19 @@ Result ArchivePrograms::run(const char* program, const QStringList& arguments, c
     process.setProcessEnvironment(environment);
     process.setWorkingDirectory(m_directory.path());
     process.start(QString::fromLocal8Bit(program), arguments);
-    EXPECT_TRUE(process.waitForStarted(PatienceMs));
+    EXPECT_TRUE(process.waitForStarted(TestSupport::PatienceMs));
     process.write(input);
-    process.closeWriteChannel();
-    EXPECT_TRUE(process.waitForFinished(PatienceMs));
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-            process.readAllStandardError().toStdString()};
+    return {TestSupport::finish(process)};
 }
 
 Result ArchivePrograms::recstation(const QStringList& arguments, const QByteArray& input) const
 {
-    return run(RECSTATION, QStringList{QStringLiteral("--config"), config(), QStringLiteral("--json")} + arguments,
-               input);
+    return run(RECSTATION, QStringList{"--config", config(), "--json"} + arguments, input);
 }
 
 Result ArchivePrograms::simulate() const
 {
-    return recstation({QStringLiteral("sim"), QStringLiteral("--duration"), QStringLiteral("5s")});
+    return recstation({"sim", "--duration", "5s"});
 }
 
 std::vector<std::string> ArchivePrograms::recorded() const
@@ -107,7 +89,7 @@ std::vector<std::string> ArchivePrograms::recorded() const
 
 Result ArchivePrograms::rectool(const QStringList& arguments) const
 {
-    return run(RECTOOL, arguments + QStringList{QStringLiteral("--archive-config"), config()}, {});
+    return run(RECTOOL, arguments + QStringList{"--archive-config", config()}, {});
 }
 
 Zelvo::FileInfo ArchivePrograms::info(const std::string& address) const

@@ -1,28 +1,17 @@
 // recstation and rectool with an archive of a test's own.
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include <QByteArray>
-#include <QString>
-#include <QStringList>
-#include <QTemporaryDir>
 
 #include <nlohmann/json.hpp>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <zelvo/archive.h>
+
+#include "support/program.h"
 
 namespace ArchiveTests {
 
-struct Result {
-    int exitCode = -1;
-    std::string out;
-    std::string err;
-
+struct Result : TestSupport::ProgramResult {
     [[nodiscard]] nlohmann::json json() const { return nlohmann::json::parse(out); }
 };
 
@@ -34,7 +23,7 @@ protected:
     /// Writes the configuration of recorders and archive. @param keys of the table [archive] besides the directories
     void configure(const QString& keys = QString()) const;
     [[nodiscard]] QString path(const QString& name) const { return m_directory.filePath(name); }
-    [[nodiscard]] QString config() const { return path(QStringLiteral("station.toml")); }
+    [[nodiscard]] QString config() const { return path("station.toml"); }
     [[nodiscard]] QStringList recordings() const;  ///< in the recording directory
     [[nodiscard]] Zelvo::ArchiveConfiguration configuration() const;
 

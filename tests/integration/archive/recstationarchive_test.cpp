@@ -1,17 +1,10 @@
 // Recording with an archive: one command records and moves.
-#include <algorithm>
-
-#include <QDir>
-#include <QFile>
-
 #include "programs.h"
 
 namespace ArchiveTests {
 namespace {
 
-using testing::HasSubstr;
-using testing::Not;
-using testing::SizeIs;
+using namespace testing;
 
 class RecstationArchive : public ArchivePrograms {};
 
@@ -23,7 +16,7 @@ TEST_F(RecstationArchive, RecordingsArriveInTheStorageAndCanBeReadByTheirAddress
     EXPECT_EQ(summary.at("archive"), (nlohmann::json{{"moved", 2}, {"waiting", 0}, {"unregistered", 0}}));
     EXPECT_TRUE(recordings().isEmpty()) << recordings().join(QLatin1Char(' ')).toStdString();
 
-    const Result status = rectool({QStringLiteral("archive"), QStringLiteral("status"), QStringLiteral("--json")});
+    const Result status = rectool({"archive", "status", "--json"});
     EXPECT_EQ(status.exitCode, 0) << status.err;
     EXPECT_EQ(status.json().at("moved"), 2);
     EXPECT_EQ(status.json().at("waiting"), 0);
@@ -34,8 +27,7 @@ TEST_F(RecstationArchive, RecordingsArriveInTheStorageAndCanBeReadByTheirAddress
         const std::string address = file.at("address");
         EXPECT_EQ(file.at("state"), "archived");
         EXPECT_TRUE(QFile::exists(storedFile(address)));
-        const Result info =
-            rectool({QStringLiteral("info"), QStringLiteral("--json"), QString::fromStdString(address)});
+        const Result info = rectool({"info", "--json", QString::fromStdString(address)});
         ASSERT_EQ(info.exitCode, 0) << info.err;
         const nlohmann::json report = info.json().at("files")[0];
         EXPECT_EQ(report.at("file"), address);
@@ -48,7 +40,7 @@ TEST_F(RecstationArchive, RecordingsArriveInTheStorageAndCanBeReadByTheirAddress
 
 TEST_F(RecstationArchive, TheListOfFilesNamesTheAddressesOfThoseThatAreArchived)
 {
-    const Result run = recstation({QStringLiteral("feed")}, R"({"at": 0, "path": "/LEVEL", "create": "number"}
+    const Result run = recstation({"feed"}, R"({"at": 0, "path": "/LEVEL", "create": "number"}
 {"at": 0, "record": "On"}
 {"at": 900, "path": "/LEVEL", "set": 1}
 {"at": 1000, "record": "Off"}
@@ -103,7 +95,7 @@ TEST_F(RecstationArchive, AnAddressGivesItsOwnRecordingOrNone)
         if (away) {
             ASSERT_TRUE(QDir().rename(path("storage"), path("away")));
         }
-        const Result run = recstation({QStringLiteral("feed")}, recordingsOfStGallen(Count));
+        const Result run = recstation({"feed"}, recordingsOfStGallen(Count));
         const nlohmann::json files = run.json().at("files");
         ASSERT_THAT(files, SizeIs(Count));
         int unnamed = 0;
@@ -111,16 +103,15 @@ TEST_F(RecstationArchive, AnAddressGivesItsOwnRecordingOrNone)
         for (const auto& file : files) {
             --level;
             const std::string address = file.at("address");
-            const Result cat = rectool({QStringLiteral("cat"), QString::fromStdString(address)});
-            const Result show =
-                rectool({QStringLiteral("archive"), QStringLiteral("show"), QString::fromStdString(address)});
+            const Result cat = rectool({"cat", QString::fromStdString(address)});
+            const Result show = rectool({"archive", "show", QString::fromStdString(address)});
             if (file.at("state") == "temporary") {
                 ++unnamed;
                 EXPECT_EQ(cat.exitCode, 2) << cat.out;
                 EXPECT_THAT(show.out, HasSubstr("could not take its name"));
                 EXPECT_THAT(std::string(file.at("problem")), HasSubstr("not renamed"));
                 EXPECT_THAT(run.err, HasSubstr(std::string(file.at("path")) + ": not renamed"));
-                EXPECT_EQ(rectool({QStringLiteral("verify"), QString::fromStdString(file.at("path"))}).exitCode, 0);
+                EXPECT_EQ(rectool({"verify", QString::fromStdString(file.at("path"))}).exitCode, 0);
                 continue;
             }
             EXPECT_EQ(file.at("state"), away ? "finished" : "archived");
@@ -147,25 +138,24 @@ TEST_F(RecstationArchive, AStorageThatIsAwayCostsNoRecordingAndIsTold)
         EXPECT_EQ(file.at("state"), "finished");
         EXPECT_TRUE(QFile::exists(QString::fromStdString(file.at("path"))));
         // What waits can be read by its address all the same.
-        EXPECT_EQ(rectool({QStringLiteral("verify"), QString::fromStdString(file.at("address"))}).exitCode, 0);
+        EXPECT_EQ(rectool({"verify", QString::fromStdString(file.at("address"))}).exitCode, 0);
     }
-    const Result status = rectool({QStringLiteral("archive"), QStringLiteral("status"), QStringLiteral("--json")});
+    const Result status = rectool({"archive", "status", "--json"});
     EXPECT_EQ(status.exitCode, 3);
     EXPECT_EQ(status.json().at("storageUsable"), false);
     EXPECT_EQ(status.json().at("waiting"), 2);
     EXPECT_THAT(status.json().at("notMoved"), SizeIs(2));
 
     ASSERT_TRUE(QDir().rename(path("away"), path("storage")));
-    EXPECT_EQ(rectool({QStringLiteral("archive"), QStringLiteral("retry")}).exitCode, 0);
+    EXPECT_EQ(rectool({"archive", "retry"}).exitCode, 0);
     EXPECT_EQ(Zelvo::Mover(configuration()).runPending().moved, 2);
     EXPECT_TRUE(recordings().isEmpty());
-    EXPECT_EQ(rectool({QStringLiteral("archive"), QStringLiteral("verify")}).exitCode, 0);
+    EXPECT_EQ(rectool({"archive", "verify"}).exitCode, 0);
 }
 
 TEST_F(RecstationArchive, ARegistryThatCannotBeSetUpIsToldAndRecordingGoesOn)
 {
-    QFile inTheWay(path("own"));
-    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    TestSupport::writeBytes(path("own"), {});  // in the way
     const Result run = simulate();
     EXPECT_EQ(run.exitCode, 0) << run.err;
     EXPECT_THAT(run.err, HasSubstr("warning: archive: "));
@@ -185,14 +175,9 @@ TEST_F(RecstationArchive, AWrongConfigurationOfTheArchiveEndsTheProgramBeforeAny
 
 TEST_F(RecstationArchive, WithoutAnArchiveNothingIsSaidOfOne)
 {
-    QFile file(config());
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    QByteArray text = file.readAll();
-    file.close();
+    QByteArray text = TestSupport::readBytes(config());
     text.truncate(text.indexOf("[archive]"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(text);
-    file.close();
+    TestSupport::writeBytes(config(), text);
     const Result run = simulate();
     EXPECT_EQ(run.exitCode, 0) << run.err;
     EXPECT_FALSE(run.json().contains("archive"));

@@ -1,8 +1,4 @@
 // The verbs of rectool with the archive: asking it, and naming its files.
-#include <algorithm>
-
-#include <QDir>
-#include <QFile>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 
@@ -11,9 +7,7 @@
 namespace ArchiveTests {
 namespace {
 
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::SizeIs;
+using namespace testing;
 
 class RectoolArchive : public ArchivePrograms {
 protected:
@@ -22,7 +16,6 @@ protected:
         return rectool(QStringList("archive") + arguments);
     }
     static QString q(const std::string& text) { return QString::fromStdString(text); }
-    static QString q(const char* text) { return QString::fromUtf8(text); }
     static std::string groupOf(const std::string& address)
     {
         return address.substr(std::string("zelvo:///").size(), address.rfind('/') - std::string("zelvo:///").size());
@@ -46,33 +39,32 @@ TEST_F(RectoolArchive, EveryVerbThatTakesAFileTakesAnAddress)
 {
     const std::vector<std::string> addresses = recorded();
     const QString address = q(addresses.at(1));
-    const QString copy = path(q("copy.rec"));
-    const QString other = path(q("other.rec"));
-    ASSERT_EQ(archive({q("fetch"), address, q("-o"), copy}).exitCode, 0);
-    ASSERT_EQ(archive({q("fetch"), q(addresses.at(0)), q("-o"), other}).exitCode, 0);
-    const std::vector<QStringList> verbs = {
-        {q("info"), q("FILE")},
-        {q("info"), q("FILE"), q("FILE"), q("--json")},
-        {q("types"), q("FILE")},
-        {q("cat"), q("FILE"), q("--to"), q("1000")},
-        {q("state"), q("FILE"), q("--at"), q("1000"), q("--json")},
-        {q("diff"), q("FILE"), q("--from"), q("500"), q("--to"), q("1000")},
-        {q("map"), q("FILE"), q("--json")},
-        {q("verify"), q("FILE")},
-        {q("bookmark"), q("list"), q("FILE"), q("--json")},
-        {q("range"), q("list"), q("FILE"), q("--json")},
-        {q("cut"), q("FILE"), q("--to"), q("2000"), q("-o"), q("NEW"), q("--json")},
-        {q("merge"), other, q("FILE"), q("--separate"), q("-o"), q("NEW"), q("--json")},
-        {q("repair"), q("FILE"), q("-o"), q("NEW"), q("--json")}};
+    const QString copy = path("copy.rec");
+    const QString other = path("other.rec");
+    ASSERT_EQ(archive({"fetch", address, "-o", copy}).exitCode, 0);
+    ASSERT_EQ(archive({"fetch", q(addresses.at(0)), "-o", other}).exitCode, 0);
+    const std::vector<QStringList> verbs = {{"info", "FILE"},
+                                            {"info", "FILE", "FILE", "--json"},
+                                            {"types", "FILE"},
+                                            {"cat", "FILE", "--to", "1000"},
+                                            {"state", "FILE", "--at", "1000", "--json"},
+                                            {"diff", "FILE", "--from", "500", "--to", "1000"},
+                                            {"map", "FILE", "--json"},
+                                            {"verify", "FILE"},
+                                            {"bookmark", "list", "FILE", "--json"},
+                                            {"range", "list", "FILE", "--json"},
+                                            {"cut", "FILE", "--to", "2000", "-o", "NEW", "--json"},
+                                            {"merge", other, "FILE", "--separate", "-o", "NEW", "--json"},
+                                            {"repair", "FILE", "-o", "NEW", "--json"}};
     for (const QStringList& verb : verbs) {
         SCOPED_TRACE(verb.join(QLatin1Char(' ')).toStdString());
-        const QString made = path(q("made.rec"));
+        const QString made = path("made.rec");
         QFile::remove(made);
         QStringList arguments = verb;
-        const Result expected = rectool(arguments.replaceInStrings(q("FILE"), copy).replaceInStrings(q("NEW"), made));
+        const Result expected = rectool(arguments.replaceInStrings("FILE", copy).replaceInStrings("NEW", made));
         QFile::remove(made);
         arguments = verb;
-        Result found = rectool(arguments.replaceInStrings(q("FILE"), address).replaceInStrings(q("NEW"), made));
+        Result found = rectool(arguments.replaceInStrings("FILE", address).replaceInStrings("NEW", made));
         replaceAll(found.out, address.toStdString(), copy.toStdString());
         EXPECT_EQ(found.exitCode, expected.exitCode) << found.err;
         EXPECT_EQ(found.exitCode, 0) << found.err;
@@ -84,25 +76,24 @@ TEST_F(RectoolArchive, EveryVerbThatTakesAFileTakesAnAddress)
 TEST_F(RectoolArchive, ABookmarkIsAddedToAFileOfTheArchiveAndMovedThereAsANewVersion)
 {
     const std::string address = recorded().front();
-    const Result added = rectool({q("bookmark"), q("add"), q(address), q("1500"), q("alarm"), q("--yes")});
+    const Result added = rectool({"bookmark", "add", q(address), "1500", "alarm", "--yes"});
     ASSERT_EQ(added.exitCode, 0) << added.err;
-    EXPECT_THAT(rectool({q("bookmark"), q("list"), q(address)}).out, HasSubstr("alarm"));
+    EXPECT_THAT(rectool({"bookmark", "list", q(address)}).out, HasSubstr("alarm"));
     EXPECT_EQ(info(address).state, Zelvo::FileState::Edited);
     EXPECT_EQ(Zelvo::Mover(configuration()).runPending().moved, 1);
     EXPECT_EQ(info(address).version, 2);
-    EXPECT_EQ(archive({q("verify")}).exitCode, 0);
-    EXPECT_THAT(rectool({q("bookmark"), q("list"), q(address)}).out, HasSubstr("alarm"));
+    EXPECT_EQ(archive({"verify"}).exitCode, 0);
+    EXPECT_THAT(rectool({"bookmark", "list", q(address)}).out, HasSubstr("alarm"));
 }
 
 TEST_F(RectoolArchive, AChangeThatIsRefusedLeavesTheArchiveAsItIs)
 {
     const std::string address = recorded().front();
     const QString sha256 = info(address).sha256;
-    EXPECT_EQ(rectool({q("bookmark"), q("rm"), q(address), q("1500"), q("--yes")}).exitCode, 1);
+    EXPECT_EQ(rectool({"bookmark", "rm", q(address), "1500", "--yes"}).exitCode, 1);
     EXPECT_EQ(info(address).state, Zelvo::FileState::Moved);
     EXPECT_EQ(info(address).sha256, sha256);
-    EXPECT_EQ(rectool({q("bookmark"), q("add"), q(address), q("1500"), q("x"), q("--yes")}).exitCode, 0)
-        << "nobody holds it";
+    EXPECT_EQ(rectool({"bookmark", "add", q(address), "1500", "x", "--yes"}).exitCode, 0) << "nobody holds it";
 }
 
 TEST_F(RectoolArchive, AFileThatIsLockedForWritingIsNotReadAndTheLockOfAReaderIsReleased)
@@ -113,11 +104,11 @@ TEST_F(RectoolArchive, AFileThatIsLockedForWritingIsNotReadAndTheLockOfAReaderIs
         Zelvo::ZelvoClient writer(configuration());
         ASSERT_FALSE(writer.RequestFile(url, Zelvo::LockState::Exclusive).isEmpty())
             << writer.GetErrorString().toStdString();
-        const Result refused = rectool({q("info"), q(address)});
+        const Result refused = rectool({"info", q(address)});
         EXPECT_EQ(refused.exitCode, 2);
         EXPECT_THAT(refused.err, HasSubstr(address));
     }
-    EXPECT_EQ(rectool({q("info"), q(address)}).exitCode, 0);
+    EXPECT_EQ(rectool({"info", q(address)}).exitCode, 0);
     Zelvo::ZelvoClient writer(configuration());
     EXPECT_FALSE(writer.RequestFile(url, Zelvo::LockState::Exclusive).isEmpty());
 }
@@ -126,22 +117,22 @@ TEST_F(RectoolArchive, AnAddressThatCannotBeHadIsToldAndOtherFilesAreStillShown)
 {
     const std::string address = recorded().front();
     const std::string unknown = "zelvo:///" + groupOf(address) + "/99";
-    const Result both = rectool({q("info"), q("--json"), q(unknown), q(address)});
+    const Result both = rectool({"info", "--json", q(unknown), q(address)});
     EXPECT_EQ(both.exitCode, 2);
     EXPECT_THAT(both.err, HasSubstr(unknown));
     ASSERT_THAT(both.json().at("files"), SizeIs(2));
     EXPECT_EQ(both.json().at("files")[0].at("readability"), "missing");
     EXPECT_EQ(both.json().at("files")[1].at("sound"), true);
-    EXPECT_EQ(rectool({q("types"), q(unknown)}).exitCode, 2);
-    const Result alone = rectool({q("info"), q(unknown)});
+    EXPECT_EQ(rectool({"types", q(unknown)}).exitCode, 2);
+    const Result alone = rectool({"info", q(unknown)});
     EXPECT_EQ(alone.exitCode, 2);
     EXPECT_EQ(std::count(alone.err.begin(), alone.err.end(), '\n'), 1) << alone.err;
-    const Result listed = rectool({q("info"), q(unknown), q(address)});
+    const Result listed = rectool({"info", q(unknown), q(address)});
     EXPECT_EQ(listed.exitCode, 2);
     EXPECT_EQ(std::count(listed.err.begin(), listed.err.end(), '\n'), 1) << listed.err;
-    const Result merged = rectool({q("merge"), q(address), q(unknown), q("-o"), path(q("merged.rec"))});
+    const Result merged = rectool({"merge", q(address), q(unknown), "-o", path("merged.rec")});
     EXPECT_EQ(merged.exitCode, 2);
-    EXPECT_FALSE(QFile::exists(path(q("merged.rec")))) << "nothing is made of a part of what was asked for";
+    EXPECT_FALSE(QFile::exists(path("merged.rec"))) << "nothing is made of a part of what was asked for";
 }
 
 TEST_F(RectoolArchive, AnAddressNamesNothingOutsideTheArchive)
@@ -151,76 +142,73 @@ TEST_F(RectoolArchive, AnAddressNamesNothingOutsideTheArchive)
                                              "zelvo:////etc/passwd",      "zelvo:///" + group + "/",
                                              "zelvo:///" + group,         "zelvo:" + config().toStdString()};
     for (const std::string& other : others) {
-        const Result result = rectool({q("info"), q(other)});
+        const Result result = rectool({"info", q(other)});
         EXPECT_EQ(result.exitCode, 2) << other;
         EXPECT_TRUE(result.out.empty()) << other;
-        EXPECT_EQ(archive({q("fetch"), q(other), q("-o"), path(q("taken"))}).exitCode, 2) << other;
+        EXPECT_EQ(archive({"fetch", q(other), "-o", path("taken")}).exitCode, 2) << other;
     }
-    EXPECT_FALSE(QFile::exists(path(q("taken"))));
+    EXPECT_FALSE(QFile::exists(path("taken")));
 }
 
 TEST_F(RectoolArchive, VerifyNamesTheFirstAlteredOrMissingFileOrAllOfThem)
 {
     const std::vector<std::string> addresses = recorded();
-    const Result good = archive({q("verify"), q("--json")});
+    const Result good = archive({"verify", "--json"});
     EXPECT_EQ(good.exitCode, 0) << good.err;
     EXPECT_EQ(good.json(), (nlohmann::json{{"good", 2}, {"problems", nlohmann::json::array()}}));
     alter(addresses.at(0));
     ASSERT_TRUE(QFile::remove(storedFile(addresses.at(1))));
-    const Result all = archive({q("verify"), q("--all"), q("--json")});
+    const Result all = archive({"verify", "--all", "--json"});
     EXPECT_EQ(all.exitCode, 3);
     ASSERT_THAT(all.json().at("problems"), SizeIs(2));
     const nlohmann::json problems = all.json().at("problems");
     for (const auto& problem : problems) {
         EXPECT_EQ(problem.at("problem"), problem.at("address") == addresses.at(0) ? "altered" : "missing");
     }
-    const Result first = archive({q("verify")});
+    const Result first = archive({"verify"});
     EXPECT_EQ(first.exitCode, 3);
     EXPECT_THAT(first.err, HasSubstr(all.json().at("problems")[0].at("address")));
     EXPECT_THAT(first.err, testing::Not(HasSubstr(all.json().at("problems")[1].at("address"))));
-    EXPECT_EQ(archive({q("verify"), q(groupOf(addresses.at(1)))}).exitCode, 3);
-    EXPECT_EQ(archive({q("verify"), q("no-such-group")}).exitCode, 2);
+    EXPECT_EQ(archive({"verify", q(groupOf(addresses.at(1)))}).exitCode, 3);
+    EXPECT_EQ(archive({"verify", "no-such-group"}).exitCode, 2);
 }
 
 TEST_F(RectoolArchive, FetchCopiesAFileAndNeverReplacesOne)
 {
     const std::string address = recorded().front();
-    const QString copy = path(q("copy.rec"));
-    const Result fetched = archive({q("fetch"), q(address), q("-o"), copy});
+    const QString copy = path("copy.rec");
+    const Result fetched = archive({"fetch", q(address), "-o", copy});
     ASSERT_EQ(fetched.exitCode, 0) << fetched.err;
-    QFile one(copy);
-    QFile other(storedFile(address));
-    ASSERT_TRUE(one.open(QIODevice::ReadOnly) && other.open(QIODevice::ReadOnly));
-    EXPECT_EQ(one.readAll(), other.readAll());
-    EXPECT_EQ(archive({q("fetch"), q(address), q("-o"), copy}).exitCode, 2);
-    EXPECT_EQ(archive({q("fetch"), q(address)}).exitCode, 0);
+    EXPECT_EQ(TestSupport::readBytes(copy), TestSupport::readBytes(storedFile(address)));
+    EXPECT_EQ(archive({"fetch", q(address), "-o", copy}).exitCode, 2);
+    EXPECT_EQ(archive({"fetch", q(address)}).exitCode, 0);
     EXPECT_TRUE(QFile::exists(path(info(address).name))) << "under its own name in the current directory";
     alter(address);
-    EXPECT_EQ(archive({q("fetch"), q(address), q("-o"), path(q("damaged.rec"))}).exitCode, 3);
-    EXPECT_FALSE(QFile::exists(path(q("damaged.rec"))));
+    EXPECT_EQ(archive({"fetch", q(address), "-o", path("damaged.rec")}).exitCode, 3);
+    EXPECT_FALSE(QFile::exists(path("damaged.rec")));
 }
 
 TEST_F(RectoolArchive, FetchTakesNoPathForTheNameOfAFile)
 {
     const std::string address = recorded().front();
     {
-        QSqlDatabase registry = QSqlDatabase::addDatabase(q("QSQLITE"), q("registry"));
-        registry.setDatabaseName(path(q("own/archive.sqlite")));
+        QSqlDatabase registry = QSqlDatabase::addDatabase("QSQLITE", "registry");
+        registry.setDatabaseName(path("own/archive.sqlite"));
         ASSERT_TRUE(registry.open());
-        EXPECT_TRUE(QSqlQuery(registry).exec(q("UPDATE group_files SET name = '../outside.rec'")));
+        EXPECT_TRUE(QSqlQuery(registry).exec("UPDATE group_files SET name = '../outside.rec'"));
     }
-    QSqlDatabase::removeDatabase(q("registry"));
-    const Result refused = archive({q("fetch"), q(address)});
+    QSqlDatabase::removeDatabase("registry");
+    const Result refused = archive({"fetch", q(address)});
     EXPECT_EQ(refused.exitCode, 2);
     EXPECT_THAT(refused.err, HasSubstr("give it one with -o"));
-    EXPECT_FALSE(QFile::exists(path(q("../outside.rec"))));
-    EXPECT_EQ(archive({q("fetch"), q(address), q("-o"), path(q("named.rec"))}).exitCode, 0);
+    EXPECT_FALSE(QFile::exists(path("../outside.rec")));
+    EXPECT_EQ(archive({"fetch", q(address), "-o", path("named.rec")}).exitCode, 0);
 }
 
 TEST_F(RectoolArchive, GroupsAndShowTellWhatTheArchiveKnows)
 {
     const std::vector<std::string> addresses = recorded();
-    const nlohmann::json groups = archive({q("groups"), q("--json")}).json().at("groups");
+    const nlohmann::json groups = archive({"groups", "--json"}).json().at("groups");
     ASSERT_THAT(groups, SizeIs(2));
     EXPECT_EQ(groups[0].at("group"), groupOf(addresses.at(1))) << "the newest first";
     EXPECT_EQ(groups[0].at("description"), "Scan-Records (Recording2)");
@@ -228,27 +216,27 @@ TEST_F(RectoolArchive, GroupsAndShowTellWhatTheArchiveKnows)
     EXPECT_EQ(groups[0].at("maxBytes"), 52'428'800);
     EXPECT_EQ(groups[0].at("station"), "north");
     EXPECT_GT(groups[0].at("expiresMs"), groups[0].at("createdMs"));
-    EXPECT_THAT(archive({q("groups"), q("--limit"), q("1"), q("--json")}).json().at("groups"), SizeIs(1));
-    EXPECT_THAT(archive({q("groups")}).out, AllOf(HasSubstr(groupOf(addresses.at(0))), HasSubstr("north")));
+    EXPECT_THAT(archive({"groups", "--limit", "1", "--json"}).json().at("groups"), SizeIs(1));
+    EXPECT_THAT(archive({"groups"}).out, AllOf(HasSubstr(groupOf(addresses.at(0))), HasSubstr("north")));
 
-    const Result group = archive({q("show"), q(groupOf(addresses.at(0))), q("--json")});
+    const Result group = archive({"show", q(groupOf(addresses.at(0))), "--json"});
     EXPECT_EQ(group.exitCode, 0) << group.err;
     ASSERT_THAT(group.json().at("members"), SizeIs(1));
     const nlohmann::json member = group.json().at("members")[0];
     EXPECT_EQ(member.at("address"), addresses.at(0));
     EXPECT_EQ(member.at("state"), "moved");
     EXPECT_THAT(std::string(member.at("sha256")), testing::SizeIs(64));
-    EXPECT_EQ(archive({q("show"), q(addresses.at(0)), q("--json")}).json(), member);
-    EXPECT_THAT(archive({q("show"), q(addresses.at(0))}).out, HasSubstr("moved"));
-    EXPECT_EQ(archive({q("show"), q("no-such-group")}).exitCode, 2);
-    EXPECT_EQ(archive({q("show"), q(addresses.at(0) + "9")}).exitCode, 2);
+    EXPECT_EQ(archive({"show", q(addresses.at(0)), "--json"}).json(), member);
+    EXPECT_THAT(archive({"show", q(addresses.at(0))}).out, HasSubstr("moved"));
+    EXPECT_EQ(archive({"show", "no-such-group"}).exitCode, 2);
+    EXPECT_EQ(archive({"show", q(addresses.at(0) + "9")}).exitCode, 2);
 }
 
 TEST_F(RectoolArchive, StatusTellsPeopleWhatIsWaitingAndWhy)
 {
     const std::string address = recorded().front();
-    ASSERT_EQ(rectool({q("bookmark"), q("add"), q(address), q("1500"), q("x"), q("--yes")}).exitCode, 0);
-    const Result status = archive({q("status")});
+    ASSERT_EQ(rectool({"bookmark", "add", q(address), "1500", "x", "--yes"}).exitCode, 0);
+    const Result status = archive({"status"});
     EXPECT_EQ(status.exitCode, 0) << status.err;
     EXPECT_THAT(status.out, AllOf(HasSubstr("Waiting      1 files"), HasSubstr("Moved        1 files"),
                                   HasSubstr(address), HasSubstr("waits for the mover"), HasSubstr("north")));
@@ -256,42 +244,42 @@ TEST_F(RectoolArchive, StatusTellsPeopleWhatIsWaitingAndWhy)
 
 TEST_F(RectoolArchive, AFailedMoveIsToldByStatusAndTriedAgainAtOnceAfterRetry)
 {
-    configure(q("FirstPauseSeconds = 1000\nLongestPauseSeconds = 1000"));
+    configure("FirstPauseSeconds = 1000\nLongestPauseSeconds = 1000");
     const std::string address = recorded().front();
-    ASSERT_EQ(rectool({q("bookmark"), q("add"), q(address), q("1500"), q("x"), q("--yes")}).exitCode, 0);
+    ASSERT_EQ(rectool({"bookmark", "add", q(address), "1500", "x", "--yes"}).exitCode, 0);
     const Zelvo::FileInfo edited = info(address);
-    ASSERT_TRUE(QFile::rename(edited.localPath, path(q("aside"))));
+    ASSERT_TRUE(QFile::rename(edited.localPath, path("aside")));
     Zelvo::Mover mover(configuration());
     EXPECT_EQ(mover.runPending().failed, 1);
-    const Result status = archive({q("status"), q("--json")});
+    const Result status = archive({"status", "--json"});
     EXPECT_EQ(status.exitCode, 3);
     EXPECT_EQ(status.json().at("failed"), 1);
-    EXPECT_EQ(archive({q("show"), q(address)}).exitCode, 3);
-    EXPECT_EQ(archive({q("groups")}).exitCode, 3);
-    ASSERT_TRUE(QFile::rename(path(q("aside")), edited.localPath));
+    EXPECT_EQ(archive({"show", q(address)}).exitCode, 3);
+    EXPECT_EQ(archive({"groups"}).exitCode, 3);
+    ASSERT_TRUE(QFile::rename(path("aside"), edited.localPath));
     EXPECT_EQ(mover.runPending().moved, 0) << "it pauses";
-    EXPECT_EQ(archive({q("retry"), q("--json"), q(groupOf(address))}).json().at("files"), 1);
+    EXPECT_EQ(archive({"retry", "--json", q(groupOf(address))}).json().at("files"), 1);
     EXPECT_EQ(mover.runPending().moved, 1);
-    EXPECT_EQ(archive({q("status")}).exitCode, 0);
-    EXPECT_EQ(archive({q("retry"), q("no-such-group")}).exitCode, 2);
+    EXPECT_EQ(archive({"status"}).exitCode, 0);
+    EXPECT_EQ(archive({"retry", "no-such-group"}).exitCode, 2);
 }
 
 TEST_F(RectoolArchive, WrongArgumentsAndAMissingConfigurationHaveTheirExitCodes)
 {
     EXPECT_EQ(archive({}).exitCode, 1);
-    EXPECT_EQ(archive({q("show")}).exitCode, 1);
-    EXPECT_EQ(archive({q("groups"), q("--limit"), q("0")}).exitCode, 1);
-    const QStringList verbs = {q("status"), q("groups"), q("show"), q("fetch"), q("verify"), q("retry")};
+    EXPECT_EQ(archive({"show"}).exitCode, 1);
+    EXPECT_EQ(archive({"groups", "--limit", "0"}).exitCode, 1);
+    const QStringList verbs = {"status", "groups", "show", "fetch", "verify", "retry"};
     for (const QString& verb : verbs) {
-        const Result help = archive({verb, q("--help")});
+        const Result help = archive({verb, "--help"});
         EXPECT_EQ(help.exitCode, 0);
         EXPECT_THAT(help.out, HasSubstr("rectool archive " + verb.toStdString()));
     }
     ASSERT_TRUE(QFile::remove(config()));
-    const Result missing = archive({q("status")});
+    const Result missing = archive({"status"});
     EXPECT_EQ(missing.exitCode, 2);
     EXPECT_THAT(missing.err, HasSubstr("station.toml"));
-    EXPECT_EQ(rectool({q("info"), q("zelvo:///g/1")}).exitCode, 2);
+    EXPECT_EQ(rectool({"info", "zelvo:///g/1"}).exitCode, 2);
 }
 
 }  // namespace

@@ -1,41 +1,19 @@
 // The real service, from the command line to the storage.
 #include <csignal>
 
-#include <QDateTime>
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
-
 #include <nlohmann/json.hpp>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <zelvo/archive.h>
 #include <zelvo/zelvo.h>
 
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::StartsWith;
+#include "support/program.h"
+
+using namespace testing;
 
 namespace {
 
-constexpr int PatienceMs = 60'000;
-
-struct Result {
-    int exitCode = -1;
-    std::string output;
-    std::string messages;
-};
-
-Result finish(QProcess& process)
-{
-    EXPECT_TRUE(process.waitForFinished(PatienceMs));
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-            process.readAllStandardError().toStdString()};
-}
+using Result = TestSupport::ProgramResult;
+using namespace TestSupport;
 
 class Zelvod : public testing::Test {
 protected:
@@ -50,18 +28,11 @@ protected:
     }
 
     [[nodiscard]] QString path(const char* name) const { return m_folder.filePath(QLatin1String(name)); }
-    void configure(const QString& keys) { write(path("archive.toml"), ("[archive]\n" + keys.toUtf8())); }
-    static void write(const QString& name, const QByteArray& bytes)
-    {
-        QFile file(name);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_EQ(file.write(bytes), bytes.size());
-    }
+    void configure(const QString& keys) { writeBytes(path("archive.toml"), ("[archive]\n" + keys.toUtf8())); }
 
     void start(QProcess& process, const QStringList& arguments)
     {
-        process.start(QStringLiteral(ZELVOD),
-                      QStringList{QStringLiteral("--config"), path("archive.toml")} + arguments);
+        process.start(ZELVOD, QStringList{"--config", path("archive.toml")} + arguments);
         ASSERT_TRUE(process.waitForStarted(PatienceMs));
     }
     Result run(const QStringList& arguments)
@@ -70,7 +41,7 @@ protected:
         start(process, arguments);
         return finish(process);
     }
-    void setUpArchive() { ASSERT_EQ(run({QStringLiteral("--set-up")}).exitCode, 0); }
+    void setUpArchive() { ASSERT_EQ(run({"--set-up"}).exitCode, 0); }
 
     Zelvo::ZelvoUrl record(const QString& base)
     {
@@ -78,7 +49,7 @@ protected:
         QString directory = path("recordings");
         const QString guid = client.CreateFileGroup("2", QDateTime(), QString(), QString(), Zelvo::FileType::Recording,
                                                     0, QString(), directory, QString());
-        write(directory + QLatin1Char('/') + base + ".rec", base.toUtf8());
+        writeBytes(directory + QLatin1Char('/') + base + ".rec", base.toUtf8());
         const std::uint32_t id = client.AddFile(base + ".rec", guid);
         client.MoveToNas(guid);
         EXPECT_EQ(client.GetError(), Zelvo::ZelvoError::None) << client.GetErrorString().toStdString();
@@ -105,12 +76,12 @@ TEST_F(Zelvod, MovesWhatIsDueOnceAndEnds)
 {
     setUpArchive();
     const Zelvo::ZelvoUrl url = record("a");
-    const Result result = run({QStringLiteral("--once")});
-    EXPECT_EQ(result.exitCode, 0) << result.messages;
-    EXPECT_EQ(result.output, "moved 1 file, 1 bytes\n");
+    const Result result = run({"--once"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out, "moved 1 file, 1 bytes\n");
     EXPECT_EQ(stateOf(url), Zelvo::FileState::Moved);
     EXPECT_TRUE(QDir(path("recordings")).isEmpty());
-    EXPECT_THAT(run({QStringLiteral("--once")}).output, IsEmpty());
+    EXPECT_THAT(run({"--once"}).out, IsEmpty());
 }
 
 TEST_F(Zelvod, EndsWithThreeWhenSomethingThatWasDueCouldNotBeMoved)
@@ -118,15 +89,15 @@ TEST_F(Zelvod, EndsWithThreeWhenSomethingThatWasDueCouldNotBeMoved)
     setUpArchive();
     record("a");
     ASSERT_TRUE(QFile::remove(path("recordings/a.rec")));
-    const Result result = run({QStringLiteral("--once"), QStringLiteral("--json")});
+    const Result result = run({"--once", "--json"});
     EXPECT_EQ(result.exitCode, 3);
-    const nlohmann::json line = nlohmann::json::parse(result.output);
+    const nlohmann::json line = nlohmann::json::parse(result.out);
     EXPECT_EQ(line["failed"], 1);
     EXPECT_THAT(line["messages"][0].get<std::string>(), HasSubstr("a.rec is missing"));
     ASSERT_TRUE(QDir(path("storage")).removeRecursively());
-    const Result away = run({QStringLiteral("--once")});
+    const Result away = run({"--once"});
     EXPECT_EQ(away.exitCode, 3);
-    EXPECT_THAT(away.output, HasSubstr("is the share mounted?"));
+    EXPECT_THAT(away.out, HasSubstr("is the share mounted?"));
 }
 
 #if !defined(_WIN32)  // there nobody can ask a program without a window to end
@@ -135,14 +106,14 @@ TEST_F(Zelvod, GoesOnUntilItIsTerminatedAndThenEndsWell)
     setUpArchive();
     const Zelvo::ZelvoUrl first = record("a");
     QProcess process;
-    start(process, {QStringLiteral("--json"), QStringLiteral("--every"), QStringLiteral("0.1")});
+    start(process, {"--json", "--every", "0.1"});
     EXPECT_EQ(nextLine(process)["moved"], 1);
     const Zelvo::ZelvoUrl second = record("b");
     EXPECT_EQ(nextLine(process)["moved"], 1);
     process.terminate();
     const Result result = finish(process);
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_THAT(result.messages, IsEmpty());
+    EXPECT_THAT(result.err, IsEmpty());
     EXPECT_EQ(stateOf(first), Zelvo::FileState::Moved);
     EXPECT_EQ(stateOf(second), Zelvo::FileState::Moved);
 }
@@ -152,7 +123,7 @@ TEST_F(Zelvod, EndsWellWhenItsTerminalGoes)
     setUpArchive();
     record("a");
     QProcess process;
-    start(process, {QStringLiteral("--json")});
+    start(process, {"--json"});
     EXPECT_EQ(nextLine(process)["moved"], 1);
     ASSERT_EQ(kill(static_cast<pid_t>(process.processId()), SIGHUP), 0);
     EXPECT_EQ(finish(process).exitCode, 0);
@@ -163,9 +134,8 @@ TEST_F(Zelvod, GoesOnWithoutItsTerminalWhenItWasStartedSo)
     setUpArchive();
     record("a");
     QProcess process;
-    process.start("/bin/sh", {QStringLiteral("-c"), QStringLiteral("trap '' HUP; exec \"$@\""), QStringLiteral("sh"),
-                              QStringLiteral(ZELVOD), QStringLiteral("--config"), path("archive.toml"),
-                              QStringLiteral("--json"), QStringLiteral("--every"), QStringLiteral("0.1")});
+    process.start("/bin/sh", {"-c", "trap '' HUP; exec \"$@\"", "sh", ZELVOD, "--config", path("archive.toml"),
+                              "--json", "--every", "0.1"});
     ASSERT_TRUE(process.waitForStarted(PatienceMs));
     EXPECT_EQ(nextLine(process)["moved"], 1);
     ASSERT_EQ(kill(static_cast<pid_t>(process.processId()), SIGHUP), 0);
@@ -180,35 +150,35 @@ TEST_F(Zelvod, LetsNoOtherServeTheSameStationAndIsNotKeptFromItByADeadOne)
     setUpArchive();
     record("a");
     QProcess process;
-    start(process, {QStringLiteral("--json")});
+    start(process, {"--json"});
     EXPECT_EQ(nextLine(process)["moved"], 1);
-    const Result second = run({QStringLiteral("--once")});
+    const Result second = run({"--once"});
     EXPECT_EQ(second.exitCode, 2);
-    EXPECT_THAT(second.messages, StartsWith("zelvod: another zelvod serves "));
+    EXPECT_THAT(second.err, StartsWith("zelvod: another zelvod serves "));
     process.kill();
     ASSERT_TRUE(process.waitForFinished(PatienceMs));
-    EXPECT_EQ(run({QStringLiteral("--once")}).exitCode, 0);
+    EXPECT_EQ(run({"--once"}).exitCode, 0);
 }
 
 #endif
 
 TEST_F(Zelvod, SaysWhyItCannotRun)
 {
-    Result result = run({QStringLiteral("--once")});
+    Result result = run({"--once"});
     EXPECT_EQ(result.exitCode, 2);
-    EXPECT_THAT(result.messages, HasSubstr("zelvod --set-up"));
+    EXPECT_THAT(result.err, HasSubstr("zelvod --set-up"));
     configure(QStringLiteral("Directory = \"%1\"\n").arg(path("archive")));
     result = run({});
     EXPECT_EQ(result.exitCode, 2);
-    EXPECT_EQ(result.messages, "zelvod: the archive's configuration has no Storage\n");
+    EXPECT_EQ(result.err, "zelvod: the archive's configuration has no Storage\n");
 }
 
 TEST_F(Zelvod, RefusesWrongArgumentsAndHelps)
 {
-    EXPECT_EQ(run({QStringLiteral("--twice")}).exitCode, 1);
-    EXPECT_EQ(run({QStringLiteral("--once"), QStringLiteral("--set-up")}).exitCode, 1);
-    EXPECT_EQ(run({QStringLiteral("--every"), QStringLiteral("0")}).exitCode, 1);
-    const Result help = run({QStringLiteral("--help")});
+    EXPECT_EQ(run({"--twice"}).exitCode, 1);
+    EXPECT_EQ(run({"--once", "--set-up"}).exitCode, 1);
+    EXPECT_EQ(run({"--every", "0"}).exitCode, 1);
+    const Result help = run({"--help"});
     EXPECT_EQ(help.exitCode, 0);
-    EXPECT_THAT(help.output, HasSubstr("zelvod --config archive.toml --set-up"));
+    EXPECT_THAT(help.out, HasSubstr("zelvod --config archive.toml --set-up"));
 }

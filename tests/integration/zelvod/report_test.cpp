@@ -1,9 +1,8 @@
 // What zelvod tells of a run, in JSON and in words, and when.
 #include <nlohmann/json.hpp>
 
-#include <gtest/gtest.h>
-
 #include "service.h"
+#include "support/testing.h"
 
 using Zelvo::MoverReport;
 

@@ -1,27 +1,17 @@
 // An archive in a temporary folder, with recordings made of chosen bytes.
 #pragma once
 
-#include <map>
-#include <optional>
-#include <string>
-#include <vector>
-
-#include <QDir>
 #include <QDirIterator>
-#include <QFile>
-#include <QFileInfo>
-#include <QTemporaryDir>
 
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <gtest/gtest.h>
 
 #include <zelvo/archive.h>
 #include <zelvo/zelvo.h>
 
 #include "mover/movercore.h"
 #include "storage/files.h"
+#include "support/files.h"
 
 namespace ArchiveTests {
 
@@ -37,12 +27,7 @@ inline QByteArray bytesOf(int size, int seed = 0)
     return bytes;
 }
 
-inline void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
-    ASSERT_EQ(file.write(bytes), bytes.size());
-}
+using TestSupport::writeBytes;
 
 inline QByteArray readFile(const QString& path)
 {
@@ -62,7 +47,7 @@ struct ManualClock {
 inline QString temporaryTemplate()
 {
     const QFileInfo memory("/dev/shm");
-    return (memory.isWritable() ? memory.filePath() : QDir::tempPath()) + QStringLiteral("/archive-test-XXXXXX");
+    return (memory.isWritable() ? memory.filePath() : QDir::tempPath()) + "/archive-test-XXXXXX";
 }
 
 /// One station; several may share a storage and a registry.
@@ -71,14 +56,14 @@ public:
     explicit StationFolder(const QString& root, const QString& storage, const QString& name = QStringLiteral("north"))
         : m_root(root)
     {
-        configuration.directory = root + QStringLiteral("/archive");
+        configuration.directory = root + "/archive";
         configuration.storage = storage;
         configuration.station = name;
         QDir().mkpath(recordings());
         QDir().mkpath(storage);
     }
 
-    [[nodiscard]] QString recordings() const { return m_root + QStringLiteral("/recordings"); }
+    [[nodiscard]] QString recordings() const { return m_root + "/recordings"; }
     [[nodiscard]] QString recording(const QString& name) const { return recordings() + QLatin1Char('/') + name; }
 
     Zelvo::ArchiveConfiguration configuration;
@@ -105,7 +90,7 @@ inline Zelvo::ZelvoUrl url(const QString& guid, std::uint32_t id)
 inline std::uint32_t beginFile(Zelvo::ZelvoClient& client, const QString& guid, const QString& directory,
                                const QString& base, const QByteArray& bytes)
 {
-    writeFile(directory + QLatin1Char('/') + base + ".tmp", bytes);
+    writeBytes(directory + QLatin1Char('/') + base + ".tmp", bytes);
     return client.AddFile(base + ".rec", guid);
 }
 

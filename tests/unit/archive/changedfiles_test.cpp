@@ -1,8 +1,6 @@
 // Originals in whose place something else is put, or that are changed while they are moved.
 #include <sys/stat.h>
 
-#include <gmock/gmock.h>
-
 #include "archivefixture.h"
 
 using namespace Zelvo;
@@ -20,7 +18,7 @@ protected:
         const QString path = recording("a.rec");
         ASSERT_TRUE(QFile::remove(path));
         put(path);
-        const QString told = path + QStringLiteral(" is no ordinary file (a folder, a link, a pipe or a device)");
+        const QString told = path + " is no ordinary file (a folder, a link, a pipe or a device)";
         const MoverReport report = move();
         EXPECT_EQ(report.moved, 1);
         EXPECT_EQ(report.failed, 1);
@@ -44,7 +42,7 @@ TEST_F(NoOrdinaryFile, APipeInTheRecordingsPlaceIsNeverWaitedFor)
 TEST_F(NoOrdinaryFile, ALinkInTheRecordingsPlaceIsNotFollowed)
 {
     expectToldAndOthersMoved([this](const QString& path) {
-        writeFile(recording("elsewhere"), bytesOf(10, 3));
+        writeBytes(recording("elsewhere"), bytesOf(10, 3));
         ASSERT_TRUE(QFile::link(recording("elsewhere"), path));
     });
     EXPECT_EQ(readFile(recording("elsewhere")), bytesOf(10, 3));
@@ -81,7 +79,7 @@ TEST_F(NoOrdinaryFile, AnotherFileThatTakesThePlaceWhileItIsMovedIsNotStored)
         Digest copy(const QString& from, const QString& to, unsigned mode, const StopWish& stop) override
         {
             EXPECT_TRUE(QFile::rename(from, from + ".aside"));
-            writeFile(from, bytesOf(10, 9));
+            writeBytes(from, bytesOf(10, 9));
             return Files::copy(from, to, mode, stop);
         }
     };
@@ -96,7 +94,7 @@ TEST_F(NoOrdinaryFile, AnotherFileThatTakesThePlaceWhileItIsMovedIsNotStored)
 
 TEST_F(NoOrdinaryFile, AStorageWhoseMarkIsAPipeIsAway)
 {
-    const QString mark = storage() + QStringLiteral("/.zelvo-storage");
+    const QString mark = storage() + "/.zelvo-storage";
     ASSERT_TRUE(QFile::remove(mark));
     ASSERT_EQ(mkfifo(QFile::encodeName(mark).constData(), 0600), 0);
     EXPECT_EQ(move().problem, mark + " is no ordinary file");
@@ -137,13 +135,13 @@ public:
     Digest copy(const QString& from, const QString& to, unsigned mode, const StopWish& stop) override
     {
         if (m_whileCopied) {
-            writeFile(m_undo, "before");
+            writeBytes(m_undo, "before");
         }
         return Files::copy(from, to, mode, stop);
     }
     void rename(const QString& from, const QString& to) override
     {
-        writeFile(m_undo, "before");
+        writeBytes(m_undo, "before");
         Files::rename(from, to);
     }
 
@@ -162,7 +160,7 @@ TEST_F(BeingChanged, ARecordingKeepsItsGroupWaitingUntilTheChangeIsSettled)
     const ZelvoUrl second = url(guid, begin(guid, "a", bytesOf(10, 1)));
     finish("a");
     client().MoveToNas(guid);
-    writeFile(undo(), "before");
+    writeBytes(undo(), "before");
     const MoverReport report = move();
     EXPECT_EQ(report.moved, 0);
     EXPECT_EQ(report.failed, 0);
@@ -201,7 +199,7 @@ TEST_F(BeingChanged, AnOriginalThatIsChangedOnceItIsStoredIsNotDeleted)
     EXPECT_EQ(move(files).moved, 0);
     EXPECT_EQ(move().moved, 0);
     EXPECT_EQ(readFile(recording("a.rec")), bytesOf(10, 1));
-    writeFile(recording("a.rec"), bytesOf(12, 3));
+    writeBytes(recording("a.rec"), bytesOf(12, 3));
     ASSERT_TRUE(QFile::remove(undo()));
     const MoverReport report = move();
     EXPECT_THAT(report.messages.join(QString()).toStdString(),
@@ -215,8 +213,8 @@ TEST_F(BeingChanged, AVersionThatWasWrittenWaitsToo)
     const ZelvoUrl address = record("a", bytesOf(10, 1));
     ASSERT_EQ(move().moved, 1);
     const QString path = client().RequestFile(address, LockState::Exclusive);
-    writeFile(path, bytesOf(11, 2));
-    writeFile(path + ".undo", "before");
+    writeBytes(path, bytesOf(11, 2));
+    writeBytes(path + ".undo", "before");
     client().CloseFile(address);
     const MoverReport report = move();
     EXPECT_EQ(report.waiting, 1);

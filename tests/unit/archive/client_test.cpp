@@ -1,5 +1,4 @@
 // What a client is given for an address, and what it is refused.
-#include <array>
 #include <csignal>
 
 #include "archivefixture.h"
@@ -105,7 +104,7 @@ TEST_F(Requests, ForWritingMakeANewVersionWhenTheFileIsClosed)
     const ZelvoUrl address = recordAndMove("a", bytesOf(1'000));
     const QString before = file(address).storedPath;
     const QString path = client().RequestFile(address, LockState::Exclusive);
-    writeFile(path, bytesOf(2'000, 1));
+    writeBytes(path, bytesOf(2'000, 1));
     EXPECT_EQ(move().moved, 0) << "not while it is open";
     client().CloseFile(address);
     EXPECT_EQ(client().GetError(), ZelvoError::None);
@@ -159,7 +158,7 @@ TEST_F(Requests, OfADeadReaderAreReleased)
 TEST_F(Requests, AreReleasedWithTheClient)
 {
     const ZelvoUrl address = recordAndMove("a", bytesOf(1'000));
-    writeFile(ZelvoClient(configuration()).RequestFile(address, LockState::Exclusive), bytesOf(1));
+    writeBytes(ZelvoClient(configuration()).RequestFile(address, LockState::Exclusive), bytesOf(1));
     EXPECT_EQ(readFile(client().RequestFile(address, LockState::Exclusive)), bytesOf(1'000));
 }
 
@@ -167,7 +166,7 @@ TEST_F(Requests, ForACopyThatWasAlteredAreRefused)
 {
     const ZelvoUrl address = recordAndMove("a", bytesOf(1'000));
     const QString path = storage() + QLatin1Char('/') + file(address).storedPath;
-    writeFile(path, bytesOf(1'000, 1));
+    writeBytes(path, bytesOf(1'000, 1));
     expectRefused(address.toString(), ZelvoError::Damaged);
     EXPECT_TRUE(cached().isEmpty());
     std::vector<StorageProblem> problems;
@@ -204,15 +203,13 @@ TEST_F(Cache, KeepsWithinItsLimitWithoutWhatIsInUse)
     EXPECT_FALSE(client().RequestFile(addresses[1], LockState::Shared).isEmpty());
     client().CloseFile(addresses[1]);
     EXPECT_FALSE(client().RequestFile(addresses[2], LockState::Shared).isEmpty());
-    EXPECT_EQ(cached(), QStringList({QStringLiteral("a.rec"), QStringLiteral("c.rec")}))
-        << "the oldest is in use, the next had to go";
+    EXPECT_EQ(cached(), QStringList({"a.rec", "c.rec"})) << "the oldest is in use, the next had to go";
     client().CloseFile(addresses[0]);
     client().CloseFile(addresses[2]);
     EXPECT_FALSE(client().RequestFile(addresses[0], LockState::Shared).isEmpty());
     client().CloseFile(addresses[0]);
     EXPECT_FALSE(client().RequestFile(addresses[1], LockState::Shared).isEmpty());
-    EXPECT_EQ(cached(), QStringList({QStringLiteral("a.rec"), QStringLiteral("b.rec")}))
-        << "what was read last stays longest";
+    EXPECT_EQ(cached(), QStringList({"a.rec", "b.rec"})) << "what was read last stays longest";
 }
 
 TEST_F(Cache, FetchesOnceWhatIsReadTwice)
@@ -227,8 +224,8 @@ TEST_F(Cache, FetchesOnceWhatIsReadTwice)
 
 TEST_F(Registration, NeedsAGroupThatIsThere)
 {
-    for (const QString& guid : {QString(), QStringLiteral("ERROR"), QStringLiteral("Initial GUID String"),
-                                QStringLiteral("4c1c3b0e-0000-4000-8000-000000000000")}) {
+    for (const QString& guid :
+         QStringList{QString(), "ERROR", "Initial GUID String", "4c1c3b0e-0000-4000-8000-000000000000"}) {
         EXPECT_EQ(client().AddFile("a.rec", guid), 0U);
         EXPECT_EQ(client().GetError(), ZelvoError::UnknownGroup);
         client().MoveToNas(guid);

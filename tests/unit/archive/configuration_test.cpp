@@ -10,7 +10,7 @@ QString refusalOf(const QString& text)
 {
     try {
         static_cast<void>(ParseArchiveConfiguration(text, "archive.toml"));
-        return QStringLiteral("taken");
+        return "taken";
     } catch (const ArchiveError& error) {
         return error.text();
     }
@@ -75,8 +75,8 @@ TEST(ArchiveConfiguration, RefusesWhatTheParserDoesNotExpectToo)
 
 TEST(ArchiveConfiguration, RefusesAPasswordAndDoesNotRepeatIt)
 {
-    for (const QString& registry : {QStringLiteral("postgresql://rec:s3cr3t@db/archive"),
-                                    QStringLiteral("postgresql://rec@db/archive?password=s3cr3t")}) {
+    for (const QString registry :
+         {"postgresql://rec:s3cr3t@db/archive", "postgresql://rec@db/archive?password=s3cr3t"}) {
         const QString refusal = refusalOf(Least + QStringLiteral("Registry = \"%1\"\n").arg(registry));
         EXPECT_TRUE(refusal.contains("PGPASSWORD")) << refusal.toStdString();
         EXPECT_FALSE(refusal.contains("s3cr3t"));
@@ -105,9 +105,9 @@ TEST(ProcessArchive, IsTheOneOfTheEnvironmentWhereNoneIsSet)
     const QTemporaryDir folder(temporaryTemplate());
     StationFolder station(folder.path(), folder.filePath("storage"));
     const QString path = folder.filePath("archive.toml");
-    writeFile(path, QStringLiteral("[archive]\nDirectory = \"%1\"\nStorage = \"%2\"\n")
-                        .arg(station.configuration.directory, station.configuration.storage)
-                        .toUtf8());
+    writeBytes(path, QStringLiteral("[archive]\nDirectory = \"%1\"\nStorage = \"%2\"\n")
+                         .arg(station.configuration.directory, station.configuration.storage)
+                         .toUtf8());
     SetUpArchive(LoadArchiveConfiguration(path));
     qputenv("ZELVO_CONFIG", QFile::encodeName(path));
     EXPECT_TRUE(ZelvoClient::IsZelvoAvailable());

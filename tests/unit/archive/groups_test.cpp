@@ -1,6 +1,4 @@
 // When the files of a group are moved: asked for, superseded, of the dead, shared.
-#include <set>
-
 #include "archivefixture.h"
 
 using namespace Zelvo;
@@ -56,7 +54,7 @@ TEST_F(Groups, StayAsAWholeWhileOneMemberIsStillRecorded)
 TEST_F(Groups, KnowAMemberWhoseUnfinishedNameHasDots)
 {
     const QString guid = newGroup();
-    writeFile(recording("rx.1.tmp"), bytesOf(10));
+    writeBytes(recording("rx.1.tmp"), bytesOf(10));
     client().AddFile("rx.rec", guid);
     client().MoveToNas(guid);
     EXPECT_EQ(move().failed, 0);
@@ -66,7 +64,7 @@ TEST_F(Groups, KnowAMemberWhoseUnfinishedNameHasDots)
 
 TEST_F(Groups, TakeAFileOfAnotherRecorderFromWhereItIs)
 {
-    const QString other = folder() + QStringLiteral("/other");
+    const QString other = folder() + "/other";
     QDir().mkpath(other);
     ZelvoClient one(configuration());
     ZelvoClient two(configuration());
@@ -95,7 +93,7 @@ TEST_F(Groups, WhoseFileBearsItsLastNameFromTheBeginningStayUntilTheyAreAskedFor
     ZelvoClient one(configuration());
     ZelvoClient two(configuration());
     const QString first = groupOf(one, recordings());
-    writeFile(recording("a.rec"), bytesOf(10));
+    writeBytes(recording("a.rec"), bytesOf(10));
     QFile open(recording("a.rec"));
     ASSERT_TRUE(open.open(QIODevice::ReadWrite));
     const std::uint32_t a = one.AddFile("a.rec", first);
@@ -174,14 +172,14 @@ TEST_F(Groups, OfADeadRecorderWaitForTheRecoveryOfItsLastFile)
 TEST_F(Groups, WaitForTheRecoveryOfAFileWhoseClosingFailed)
 {
     const QString journal = recording("a.tmp.journal");
-    writeFile(journal, "what can make it whole");
+    writeBytes(journal, "what can make it whole");
     const ZelvoUrl address = record("a", bytesOf(10));
     EXPECT_EQ(move().moved, 0);
     EXPECT_EQ(
         file(address).error,
         QStringLiteral("waits until it is recovered: closing it had failed, and %1 can make it whole").arg(journal));
     ASSERT_TRUE(QFile::remove(journal));
-    writeFile(recording("a.rec"), bytesOf(20));
+    writeBytes(recording("a.rec"), bytesOf(20));
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(storedBytes(address), bytesOf(20));
 }

@@ -1,11 +1,7 @@
 // Movers that are killed, and storages that fail: what a restart makes of it.
 #include <csignal>
 
-#include <QCryptographicHash>
-
 #include <sys/mount.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "archivefixture.h"
 
@@ -90,7 +86,7 @@ protected:
             const ZelvoUrl edited = recordOne(client, recordings(), "edited", bytesOf(500, 9));
             MoverCore(configuration(), files, clock.clock()).run({});
             const QString path = client.RequestFile(edited, LockState::Exclusive);
-            writeFile(path, bytesOf(700, 10));
+            writeBytes(path, bytesOf(700, 10));
             client.CloseFile(edited);
             recordOne(client, recordings(), "large", bytesOf(PieceBytes + 1'000, 1));
             recordOne(client, recordings(), "empty", QByteArray());
@@ -101,11 +97,11 @@ protected:
             }
             client.MoveToNas(guid);
         });
-        expected = {{QStringLiteral("edited.rec"), bytesOf(700, 10)},
-                    {QStringLiteral("large.rec"), bytesOf(PieceBytes + 1'000, 1)},
-                    {QStringLiteral("empty.rec"), QByteArray()},
-                    {QStringLiteral("0.rec"), bytesOf(100, 0)},
-                    {QStringLiteral("1.rec"), bytesOf(100, 1)}};
+        expected = {{"edited.rec", bytesOf(700, 10)},
+                    {"large.rec", bytesOf(PieceBytes + 1'000, 1)},
+                    {"empty.rec", QByteArray()},
+                    {"0.rec", bytesOf(100, 0)},
+                    {"1.rec", bytesOf(100, 1)}};
     }
 
     /// Runs a mover in a process that is killed at a step. @return whether it lived to its end
@@ -164,8 +160,7 @@ protected:
     /// Puts everything back as it was before the first mover.
     void restore()
     {
-        const QStringList folders = {QStringLiteral("archive"), QStringLiteral("recordings"),
-                                     QStringLiteral("storage")};
+        const QStringList folders = {"archive", "recordings", "storage"};
         if (expected.empty()) {
             record();
             for (const QString& name : folders) {

@@ -70,7 +70,7 @@ TEST_F(Moving, TellsOfAFileThatVanishedAndTriesAgainLaterAndLater)
         clock.now += pause;
         EXPECT_EQ(file(address).attempts, ++last);
     }
-    writeFile(recording("a.rec"), bytesOf(10));
+    writeBytes(recording("a.rec"), bytesOf(10));
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(file(address).attempts, 0);
 }
@@ -81,7 +81,7 @@ TEST_F(Moving, NeverReplacesAnotherFileInTheStorage)
     const GroupInfo group = Archive(configuration()).groups().at(0);
     const QString path = storage() + QLatin1Char('/') + storedName(group.createdMs, {group.data.guid, 1}, 1, "a.rec");
     QDir().mkpath(QFileInfo(path).path());
-    writeFile(path, bytesOf(10, 2));
+    writeBytes(path, bytesOf(10, 2));
     EXPECT_EQ(move().failed, 1);
     EXPECT_EQ(file(address).error, path + " exists already and is another file; it is not replaced");
     EXPECT_EQ(readFile(path), bytesOf(10, 2));
@@ -109,7 +109,7 @@ TEST_F(Moving, DoesNotTakeAnEmptyMountPointForTheStorage)
 
 TEST_F(Moving, RefusesTheStorageOfAnotherArchive)
 {
-    writeFile(storage() + "/.zelvo-storage", "4c1c3b0e-0000-4000-8000-000000000000\n");
+    writeBytes(storage() + "/.zelvo-storage", "4c1c3b0e-0000-4000-8000-000000000000\n");
     EXPECT_TRUE(move().problem.endsWith("is the storage of another archive"));
 }
 
@@ -152,7 +152,7 @@ TEST_F(Moving, MakesFilesWithTheirPermissionsLessTheMaskOfTheProcess)
         EXPECT_EQ(MoverCore(station.configuration, files).run({}).moved, 1);
         umask(before);
         const QString archive = station.configuration.directory;
-        for (const QString& name : {QStringLiteral("/archive.sqlite"), QStringLiteral("/station")}) {
+        for (const QString name : {"/archive.sqlite", "/station"}) {
             EXPECT_EQ(modeOf(archive + name), made) << name.toStdString();
         }
         const QString stored = Archive(station.configuration).file(address)->storedPath;
@@ -189,7 +189,7 @@ TEST_F(Moving, LeavesAFileAloneThatIsOpenForWriting)
     const QString path = client().RequestFile(address, LockState::Exclusive);
     EXPECT_EQ(move().moved, 0);
     EXPECT_EQ(file(address).state, FileState::Waiting);
-    writeFile(path, bytesOf(20, 5));
+    writeBytes(path, bytesOf(20, 5));
     client().CloseFile(address);
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(storedBytes(address), bytesOf(20, 5));
@@ -216,14 +216,14 @@ TEST_F(Moving, RemovesExpiredGroupsOnlyWhenItMay)
 TEST_F(Moving, RemovesTheOtherExpiredFilesWhenTheRegistryNamesAPathElsewhere)
 {
     const QString guid = newGroup(QDateTime::fromMSecsSinceEpoch(clock.now + 1'000));
-    for (const QString& base : {QStringLiteral("a"), QStringLiteral("b")}) {
+    for (const QString base : {"a", "b"}) {
         begin(guid, base, bytesOf(10));
         finish(base);
     }
     client().MoveToNas(guid);
     EXPECT_EQ(move().moved, 2);
     const QString outside = recording("outside");
-    writeFile(outside, bytesOf(10));
+    writeBytes(outside, bytesOf(10));
     Database database(configuration().directory + "/archive.sqlite", 0600);
     EXPECT_EQ(database.change("UPDATE group_files SET stored_path = :path WHERE id = 1", {{"path", outside}}), 1);
     clock.now += 10'000;

@@ -1,6 +1,4 @@
 // Which file an address stands for, where several recordings would have the same name.
-#include <QSqlQuery>
-
 #include "archivefixture.h"
 
 using namespace Zelvo;
@@ -20,8 +18,8 @@ protected:
     void begin(const char* base, int seed)
     {
         const QString path = recording(QString::fromLatin1(base));
-        writeFile(path + ".tmp", bytesOf(1'000, seed));
-        writeFile(path + ".tmp.journal", "journal");
+        writeBytes(path + ".tmp", bytesOf(1'000, seed));
+        writeBytes(path + ".tmp.journal", "journal");
     }
     /// Registers a file as a recorder does: with its journal, and open.
     ZelvoUrl record(const char* base, int seed)
@@ -166,7 +164,7 @@ TEST_F(SharedName, WhatWasRecoveredIsTakenUnderTheWholeNameOnly)
     client().MoveToNas(guidOf(address));
     ASSERT_TRUE(QFile::remove(recording("St.1.tmp")));
     ASSERT_TRUE(QFile::remove(recording("St.1.tmp.journal")));
-    writeFile(recording("St.rec"), bytesOf(1'000, 7));
+    writeBytes(recording("St.rec"), bytesOf(1'000, 7));
     EXPECT_NE(refused(address), QString());
     const MoverReport report = move();
     EXPECT_EQ(report.moved, 0);
@@ -174,7 +172,7 @@ TEST_F(SharedName, WhatWasRecoveredIsTakenUnderTheWholeNameOnly)
         report.messages,
         QStringList(
             QStringLiteral("%1: is missing: %2 is another recording").arg(address.toString(), recording("St.rec"))));
-    writeFile(recording("St.1.rec"), bytesOf(900, 1));
+    writeBytes(recording("St.1.rec"), bytesOf(900, 1));
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(storedBytes(address), bytesOf(900, 1));
     EXPECT_EQ(readFile(recording("St.rec")), bytesOf(1'000, 7));
@@ -201,9 +199,9 @@ TEST_F(SharedName, RecordersThatUseItAtOnceEachRegisterTheirOwnFile)
         EXPECT_EQ(given(address), readFile(recording("St.rec")));
         EXPECT_EQ(move().moved, 1);
     }
-    EXPECT_EQ(storedBytes(addresses[QStringLiteral("St.1")]), bytesOf(1'000, 1));
-    EXPECT_EQ(storedBytes(addresses[QStringLiteral("St.2")]), bytesOf(1'000, 2));
-    EXPECT_EQ(storedBytes(addresses[QStringLiteral("St")]), bytesOf(1'000, 3));
+    EXPECT_EQ(storedBytes(addresses["St.1"]), bytesOf(1'000, 1));
+    EXPECT_EQ(storedBytes(addresses["St.2"]), bytesOf(1'000, 2));
+    EXPECT_EQ(storedBytes(addresses["St"]), bytesOf(1'000, 3));
 }
 
 TEST_F(SharedName, AFileThatAnotherRecorderWritesIsNotTaken)
@@ -244,7 +242,7 @@ TEST_F(SharedName, TheFileThatThisProcessHasOpenGoesBeforeOneThatIsNewerOrStands
 TEST_F(SharedName, AFileThatThisProcessHasOpenUnderItsLastNameGoesBeforeAnUnfinishedOne)
 {
     begin("St.1", 1);  // of another process
-    writeFile(recording("St.rec"), bytesOf(1'000, 2));
+    writeBytes(recording("St.rec"), bytesOf(1'000, 2));
     QFile own(recording("St.rec"));
     ASSERT_TRUE(own.open(QIODevice::ReadWrite));
     const QString guid = newGroup();
@@ -259,7 +257,7 @@ TEST_F(SharedName, AFileThatThisProcessHasOpenUnderItsLastNameGoesBeforeAnUnfini
 TEST_F(SharedName, AnOldRecordingOfTheNameIsNotTakenForTheOneThatIsMissing)
 {
     const QString path = recording("St.rec");
-    writeFile(path, bytesOf(1'000, 1));
+    writeBytes(path, bytesOf(1'000, 1));
     QFile old(path);
     ASSERT_TRUE(old.open(QIODevice::ReadWrite));
     ASSERT_TRUE(old.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime));
@@ -277,7 +275,7 @@ TEST_F(SharedName, AFileThatWasReplacedWhileItWasOpenForWritingStaysThatOfItsAdd
     const ZelvoUrl address = record("St.1", 1);
     EXPECT_TRUE(finish(address, "St.1"));
     const QString path = client().RequestFile(address, LockState::Exclusive);
-    writeFile(path + ".new", bytesOf(500, 9));
+    writeBytes(path + ".new", bytesOf(500, 9));
     ASSERT_EQ(::rename(QFile::encodeName(path + ".new").constData(), QFile::encodeName(path).constData()), 0);
     client().CloseFile(address);
     EXPECT_EQ(client().GetError(), ZelvoError::None) << client().GetErrorString().toStdString();

@@ -1,14 +1,10 @@
 // Finds PostgreSQL's programs, makes the cluster, starts it and stops it, never as root.
 #include "postgresserver.h"
 
-#include <QDir>
-#include <QFile>
-#include <QProcess>
 #include <QSqlDatabase>
 #include <QStandardPaths>
 
 #include <pwd.h>
-#include <unistd.h>
 
 #include "archivefixture.h"
 
@@ -21,7 +17,7 @@ QString programs()
 {
     const QDir versions("/usr/lib/postgresql");
     for (const QString& version : versions.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name | QDir::Reversed)) {
-        const QString folder = versions.filePath(version) + QStringLiteral("/bin");
+        const QString folder = versions.filePath(version) + "/bin";
         if (QFile::exists(folder + "/initdb") && QFile::exists(folder + "/pg_ctl")) {
             return folder;
         }
@@ -32,7 +28,7 @@ QString programs()
 // The server refuses to run as root.
 QString otherUser()
 {
-    return geteuid() != 0 ? QString() : QStringLiteral("nobody");
+    return geteuid() != 0 ? QString() : "nobody";
 }
 
 }  // namespace
@@ -40,13 +36,13 @@ QString otherUser()
 QString PostgresServer::missing()
 {
     if (programs().isEmpty()) {
-        return QStringLiteral("PostgreSQL is not installed");
+        return "PostgreSQL is not installed";
     }
     if (!QSqlDatabase::isDriverAvailable("QPSQL")) {
-        return QStringLiteral("Qt's driver for PostgreSQL is not installed");
+        return "Qt's driver for PostgreSQL is not installed";
     }
     if (!otherUser().isEmpty() && QStandardPaths::findExecutable("setpriv").isEmpty()) {
-        return QStringLiteral("PostgreSQL does not run as root, and setpriv is not installed");
+        return "PostgreSQL does not run as root, and setpriv is not installed";
     }
     return {};
 }
@@ -54,7 +50,7 @@ QString PostgresServer::missing()
 PostgresServer::PostgresServer(const QString& password) : m_folder(temporaryTemplate())
 {
     const QString passwordFile = m_folder.filePath("password");
-    writeFile(passwordFile, (password + QLatin1Char('\n')).toUtf8());
+    writeBytes(passwordFile, (password + QLatin1Char('\n')).toUtf8());
     if (!otherUser().isEmpty()) {
         const passwd* user = getpwnam("nobody");  // NOLINT(concurrency-mt-unsafe): one thread
         for (const QString& path : {m_folder.path(), passwordFile}) {
@@ -64,11 +60,9 @@ PostgresServer::PostgresServer(const QString& password) : m_folder(temporaryTemp
             }
         }
     }
-    m_made =
-        run("initdb", {QStringLiteral("--pgdata"), m_folder.filePath("data"), QStringLiteral("--username"),
-                       QStringLiteral("archive"), QStringLiteral("--pwfile"), passwordFile, QStringLiteral("--auth"),
-                       password.isEmpty() ? QStringLiteral("trust") : QStringLiteral("scram-sha-256"),
-                       QStringLiteral("--no-sync"), QStringLiteral("--no-locale"), QStringLiteral("--encoding=UTF8")});
+    m_made = run("initdb",
+                 {"--pgdata", m_folder.filePath("data"), "--username", "archive", "--pwfile", passwordFile, "--auth",
+                  password.isEmpty() ? "trust" : "scram-sha-256", "--no-sync", "--no-locale", "--encoding=UTF8"});
 }
 
 PostgresServer::~PostgresServer()
@@ -80,16 +74,14 @@ bool PostgresServer::start()
 {
     const QString options =
         QStringLiteral("-k %1 -c listen_addresses= -c fsync=off -c shared_buffers=8MB").arg(m_folder.path());
-    return m_made && run("pg_ctl", {QStringLiteral("start"), QStringLiteral("--wait"), QStringLiteral("--pgdata"),
-                                    m_folder.filePath("data"), QStringLiteral("--log"), m_folder.filePath("log"),
-                                    QStringLiteral("--options"), options});
+    return m_made && run("pg_ctl", {"start", "--wait", "--pgdata", m_folder.filePath("data"), "--log",
+                                    m_folder.filePath("log"), "--options", options});
 }
 
 void PostgresServer::stop()
 {
     if (m_made && QFile::exists(m_folder.filePath("data/postmaster.pid"))) {
-        run("pg_ctl", {QStringLiteral("stop"), QStringLiteral("--wait"), QStringLiteral("--mode"),
-                       QStringLiteral("immediate"), QStringLiteral("--pgdata"), m_folder.filePath("data")});
+        run("pg_ctl", {"stop", "--wait", "--mode", "immediate", "--pgdata", m_folder.filePath("data")});
     }
 }
 
@@ -103,9 +95,7 @@ bool PostgresServer::run(const QString& program, const QStringList& arguments)
     QString command = programs() + QLatin1Char('/') + program;
     QStringList all = arguments;
     if (!otherUser().isEmpty()) {
-        all = QStringList{QStringLiteral("--reuid=nobody"), QStringLiteral("--regid=nogroup"),
-                          QStringLiteral("--clear-groups"), command} +
-              arguments;
+        all = QStringList{"--reuid=nobody", "--regid=nogroup", "--clear-groups", command} + arguments;
         command = QStringLiteral("setpriv");
     }
     QProcess process;

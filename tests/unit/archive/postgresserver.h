@@ -1,11 +1,7 @@
 // A PostgreSQL cluster of a test's own, reached through a socket in a temporary folder.
 #pragma once
 
-#include <memory>
-
-#include <QString>
-#include <QStringList>
-#include <QTemporaryDir>
+#include "support/testing.h"
 
 namespace ArchiveTests {
 

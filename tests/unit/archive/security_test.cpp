@@ -16,19 +16,19 @@ TEST_F(Security, RefusesNamesThatAreNotOneComponentOfAPath)
 {
     const QString guid = newGroup();
     const QStringList names = {QString(),
-                               QStringLiteral("."),
-                               QStringLiteral(".."),
-                               QStringLiteral("../a.rec"),
-                               QStringLiteral("/etc/passwd"),
-                               QStringLiteral("a/b.rec"),
-                               QStringLiteral("a\\b.rec"),
-                               QStringLiteral("..\\a.rec"),
-                               QStringLiteral(".hidden"),
-                               QStringLiteral("a\nb.rec"),
-                               QStringLiteral("a.rec") + QChar(0) + QStringLiteral(".txt"),
-                               QString(QChar(0xD800)) + QStringLiteral(".rec"),
+                               ".",
+                               "..",
+                               "../a.rec",
+                               "/etc/passwd",
+                               "a/b.rec",
+                               "a\\b.rec",
+                               "..\\a.rec",
+                               ".hidden",
+                               "a\nb.rec",
+                               QStringLiteral("a.rec") + QChar(0) + ".txt",
+                               QString(QChar(0xD800)) + ".rec",
                                QString(300, QLatin1Char('a')),
-                               QStringLiteral("a.tmp")};
+                               "a.tmp"};
     for (const QString& name : names) {
         EXPECT_EQ(client().AddFile(name, guid), 0U) << name.toStdString();
         EXPECT_EQ(client().GetError(), ZelvoError::BadName) << name.toStdString();
@@ -38,8 +38,7 @@ TEST_F(Security, RefusesNamesThatAreNotOneComponentOfAPath)
 
 TEST_F(Security, RefusesDirectoriesThatAreNotAbsolute)
 {
-    for (const QString& directory : {QString(), QStringLiteral("recordings"), QStringLiteral("../x"),
-                                     recordings() + QChar(0) + QStringLiteral("/x")}) {
+    for (const QString& directory : QStringList{QString(), "recordings", "../x", recordings() + QChar(0) + "/x"}) {
         EXPECT_EQ(groupOf(client(), directory), "ERROR") << directory.toStdString();
         EXPECT_EQ(client().GetError(), ZelvoError::BadName);
     }
@@ -50,13 +49,13 @@ TEST_F(Security, RefusesAddressesThatTheArchiveCannotHaveGiven)
     const ZelvoUrl address = recordAndMove("a", bytesOf(10));
     const QString guid = file(address).guid;
     const QStringList texts = {QString(),
-                               QStringLiteral("/etc/passwd"),
-                               QStringLiteral("file:///etc/passwd"),
-                               QStringLiteral("zelvo:///../1"),
-                               QStringLiteral("zelvo:///..%2f..%2fetc/passwd"),
-                               QStringLiteral("zelvo:///../../etc/passwd"),
+                               "/etc/passwd",
+                               "file:///etc/passwd",
+                               "zelvo:///../1",
+                               "zelvo:///..%2f..%2fetc/passwd",
+                               "zelvo:///../../etc/passwd",
                                QStringLiteral("zelvo:///./") + guid,
-                               QStringLiteral("zelvo:////etc/passwd"),
+                               "zelvo:////etc/passwd",
                                QStringLiteral("zelvo:///%1/../1").arg(guid),
                                QStringLiteral("zelvo:///%1/1/../1").arg(guid),
                                QStringLiteral("zelvo:///%1/-1").arg(guid),
@@ -66,7 +65,7 @@ TEST_F(Security, RefusesAddressesThatTheArchiveCannotHaveGiven)
                                QStringLiteral("zelvo:///%1/0x1").arg(guid),
                                QStringLiteral("zelvo:///%1/4294967297").arg(guid),
                                QStringLiteral("zelvo:///%1/1").arg(guid.toUpper()) + QChar(0),
-                               QStringLiteral("zelvo:///%1/1").arg(guid) + QChar(0) + QStringLiteral("/x"),
+                               QStringLiteral("zelvo:///%1/1").arg(guid) + QChar(0) + "/x",
                                QStringLiteral("zelvo:///%1/1\n").arg(guid),
                                QStringLiteral("zelvo:///{%1}/1").arg(guid)};
     for (const QString& text : texts) {
@@ -78,8 +77,8 @@ TEST_F(Security, RefusesAddressesThatTheArchiveCannotHaveGiven)
 
 TEST_F(Security, MovesNoFileThatIsALink)
 {
-    const QString secret = folder() + QStringLiteral("/secret");
-    writeFile(secret, bytesOf(10));
+    const QString secret = folder() + "/secret";
+    writeBytes(secret, bytesOf(10));
     ASSERT_TRUE(QFile::link(secret, recording("a.rec")));
     const QString guid = newGroup();
     const std::uint32_t id = client().AddFile("a.rec", guid);
@@ -95,14 +94,14 @@ TEST_F(Security, FollowsNoLinkInTheStorage)
 {
     const ZelvoUrl first = recordAndMove("a", bytesOf(10));
     const QString path = storage() + QLatin1Char('/') + file(first).storedPath;
-    const QString secret = folder() + QStringLiteral("/secret");
-    writeFile(secret, bytesOf(10));
+    const QString secret = folder() + "/secret";
+    writeBytes(secret, bytesOf(10));
     ASSERT_TRUE(QFile::remove(path));
     ASSERT_TRUE(QFile::link(secret, path));
     expectRefused(first.toString(), ZelvoError::Damaged);
     // A directory of the storage that is a link leads outside for reading and for writing.
     const ZelvoUrl second = record("b", bytesOf(10));
-    const QString outside = folder() + QStringLiteral("/outside");
+    const QString outside = folder() + "/outside";
     ASSERT_TRUE(QDir().mkpath(outside));
     const QString month = QFileInfo(path).dir().path().section(QLatin1Char('/'), 0, -2);
     const QString group = month + QLatin1Char('/') + file(second).guid;
@@ -117,9 +116,9 @@ TEST_F(Security, BelievesNoPathOfTheRegistryThatLeavesTheStorage)
     const ZelvoUrl address = recordAndMove("a", bytesOf(10));
     const QString guid = file(address).guid;
     Database database(configuration().directory + "/archive.sqlite", 0600);
-    for (const QString& path : {QStringLiteral("/etc/passwd"), QStringLiteral("../../../../etc/passwd"),
-                                QStringLiteral("2026-11/%1/../../../x").arg(guid),
-                                QStringLiteral("2026-11/%1/1-..").arg(guid), QStringLiteral("..")}) {
+    for (const QString& path :
+         QStringList{"/etc/passwd", "../../../../etc/passwd", QStringLiteral("2026-11/%1/../../../x").arg(guid),
+                     QStringLiteral("2026-11/%1/1-..").arg(guid), ".."}) {
         EXPECT_EQ(database.change("UPDATE group_files SET stored_path = :path", {{"path", path}}), 1);
         expectRefused(address.toString(), ZelvoError::BadName);
     }
@@ -129,8 +128,7 @@ TEST_F(Security, BelievesNoNameOfTheRegistryThatLeavesTheCache)
 {
     const ZelvoUrl address = recordAndMove("a", bytesOf(10));
     Database database(configuration().directory + "/archive.sqlite", 0600);
-    for (const QString& name :
-         {QStringLiteral("../../../outside"), QStringLiteral("/tmp/outside"), QStringLiteral(".."), QString()}) {
+    for (const QString& name : QStringList{"../../../outside", "/tmp/outside", "..", QString()}) {
         EXPECT_EQ(database.change("UPDATE group_files SET name = :name", {{"name", name}}), 1);
         expectRefused(address.toString(), ZelvoError::BadName);
     }

@@ -1,9 +1,5 @@
 // Stations that share a registry in PostgreSQL and a storage.
 #include <QElapsedTimer>
-#include <QProcess>
-
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "archivefixture.h"
 #include "postgresserver.h"
@@ -38,8 +34,7 @@ protected:
     [[nodiscard]] int storedFiles() const
     {
         int count = 0;
-        QDirIterator walk(path("storage"), {QStringLiteral("*.rec")}, QDir::Files | QDir::Hidden,
-                          QDirIterator::Subdirectories);
+        QDirIterator walk(path("storage"), {"*.rec"}, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
         for (; walk.hasNext(); walk.next()) {
             ++count;
         }
@@ -52,8 +47,8 @@ private:
     QTemporaryDir m_folder{temporaryTemplate()};
 
 protected:
-    StationFolder north{path("north"), path("storage"), QStringLiteral("north")};
-    StationFolder south{path("south"), path("storage"), QStringLiteral("south")};
+    StationFolder north{path("north"), path("storage"), "north"};
+    StationFolder south{path("south"), path("storage"), "south"};
 };
 
 constexpr int FilesOfAStation = 500;
@@ -166,7 +161,7 @@ TEST_F(SharedRegistry, OfRecordingsOfOneNameGivesEachItsOwn)
     ZelvoClient client(north.configuration);
     const auto record = [&](const char* base, int seed) {
         const QString guid = groupOf(client, north.recordings());
-        writeFile(north.recording(QString::fromLatin1(base)), bytesOf(10, seed));
+        writeBytes(north.recording(QString::fromLatin1(base)), bytesOf(10, seed));
         return url(guid, client.AddFile("St.rec", guid));
     };
     const ZelvoUrl first = record("St.1.tmp", 1);
@@ -209,7 +204,7 @@ TEST_F(SharedRegistry, LetsOneStationWriteAtATime)
     EXPECT_EQ(client.GetError(), ZelvoError::Locked);
     EXPECT_EQ(readFile(client.RequestFile(address, LockState::Shared)), bytesOf(10)) << "as it was";
     client.CloseFile(address);
-    writeFile(edited, bytesOf(30));
+    writeBytes(edited, bytesOf(30));
     other.CloseFile(address);
     EXPECT_EQ(other.GetError(), ZelvoError::None) << other.GetErrorString().toStdString();
     EXPECT_EQ(move(north).moved, 0);
@@ -230,7 +225,7 @@ TEST_F(SharedRegistry, RefusesASecondStationOfTheSameName)
 TEST_F(SharedRegistry, CannotMakeAMoverTakeAFileThatWasNeverRegistered)
 {
     const QString secret = path("secret");
-    writeFile(secret, bytesOf(10));
+    writeBytes(secret, bytesOf(10));
     ZelvoClient client(north.configuration);
     const ZelvoUrl address = recordOne(client, north.recordings(), "a", bytesOf(10));
     EXPECT_EQ(Archive(north.configuration).status().waiting, 1);
@@ -268,7 +263,7 @@ TEST(PasswordOfTheRegistry, ComesFromTheEnvironmentAndReachesNoMessage)
     SetUpArchive(station.configuration);
     qunsetenv("PGPASSWORD");
     const QString file = folder.filePath("pgpass");
-    writeFile(file, "*:*:*:archive:s3cr3t-w0rd\n");
+    writeBytes(file, "*:*:*:archive:s3cr3t-w0rd\n");
     ASSERT_TRUE(QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner));
     qputenv("PGPASSFILE", QFile::encodeName(file));
     const ArchiveStatus status = Archive(station.configuration).status();

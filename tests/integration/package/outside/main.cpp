@@ -2,7 +2,6 @@
 #include <cstdio>
 #include <string>
 
-#include <QByteArray>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -42,7 +41,7 @@ CVTCmdData Record(int code, const char* data)
 void Write(const std::string& folder)
 {
     Zelvo::ZelvoClient client;
-    CFileAccess file(folder.c_str(), QStringLiteral("/Status"), "outside.tmp", true, false, false, nullptr, &client);
+    CFileAccess file(folder.c_str(), "/Status", "outside.tmp", true, false, false, nullptr, &client);
     Expect(file.IsValidFile(), "a file that can be written");
 
     CVTTypesData types;
@@ -87,11 +86,10 @@ void ReadBack(const QString& path)
 void UseTheRecorder()
 {
     const values::Tree tree;
-    CfgCenter::LoadText(QStringLiteral("[Rec]\nValuePath = \"/Rec\"\nStatusValuePath = \"/Rec/Status\"\n"),
-                        QStringLiteral("outside.toml"));
+    CfgCenter::LoadText("[Rec]\nValuePath = \"/Rec\"\nStatusValuePath = \"/Rec/Status\"\n", "outside.toml");
     IDllInstance* recorder = VKCreate(L"Rec");
     Expect(recorder != nullptr, "a recorder");
-    const auto* loaded = dynamic_cast<const values::Value<bool>*>(tree.Find(QStringLiteral("/Rec/REC_LOADED")));
+    const auto* loaded = dynamic_cast<const values::Value<bool>*>(tree.Find("/Rec/REC_LOADED"));
     Expect(loaded != nullptr && loaded->GetValue(), "the recorder's status values in the program's own tree");
     VKDestroy(recorder);
     Expect(loaded != nullptr && !loaded->GetValue(), "the end of the recorder to be seen there");
@@ -105,7 +103,7 @@ int main()
     const QString folder = directory.path() + QDir::separator();
     Expect(QuonOS::Create()->CurrentTime() > 0, "a clock");
     Write(QFile::encodeName(folder).toStdString());
-    ReadBack(folder + QStringLiteral("outside.rec"));
+    ReadBack(folder + "outside.rec");
     UseTheRecorder();
     return g_failures == 0 ? 0 : 1;
 }
