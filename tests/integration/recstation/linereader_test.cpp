@@ -36,6 +36,7 @@ TEST(LineReader, SplitsAtLineFeedsHoweverTheBytesArrive)
         std::vector<std::string> lines;
     } const cases[]{{"one\n\nthree\n", 100, {"one", "", "three"}},
                     {"one\ntwo", 100, {"one", "two"}},
+                    {"\xEF\xBB\xBFone\n\xEF\xBB\xBFtwo\n", 100, {"one", "\xEF\xBB\xBFtwo"}},
                     {"", 100, {}},
                     {"12345\n12345", 5, {"12345", "12345"}}};
     for (const auto& [text, longest, lines] : cases) {
