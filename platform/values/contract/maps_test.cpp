@@ -74,21 +74,16 @@ TEST_F(Spectrum, CellsPastTheEndAreRefusedAndChangeNothing)
     EXPECT_EQ(m_map.GetTimeStamp(), 6U);
 }
 
-TEST_F(Spectrum, WithoutCommandRecordingAChangeIsAValueChange)
+TEST_F(Spectrum, AChangeIsAValueChangeAndCommandsThatArePendingWithCommandRecording)
 {
-    Listener listener(m_map);
-    m_map.SetCell(0, 1, 1);
-    m_map.SetChannelRange(ChannelRange::Even(0, 1, 2));
-    EXPECT_THAT(listener.codes(), ElementsAre(TChangeCode::ValueChanged, TChangeCode::ValueChanged));
-}
-
-TEST_F(Spectrum, WithCommandRecordingCommandsArePending)
-{
-    Listener listener(m_map);
-    m_map.CommandRecordingOn();
-    m_map.SetCell(0, 1, 1);
-    m_map.SetChannelRange(ChannelRange::Even(0, 1, 2));
-    EXPECT_THAT(listener.codes(), ElementsAre(TChangeCode::CommandsPending, TChangeCode::CommandsPending));
+    for (const TChangeCode code : {TChangeCode::ValueChanged, TChangeCode::CommandsPending}) {
+        Listener listener(m_map);
+        m_map.SetCell(0, 1, 1);
+        m_map.SetChannelRange(ChannelRange::Even(0, 1, m_map.size() - 1));
+        EXPECT_THAT(listener.codes(), ElementsAre(code, code));
+        m_map.RemoveObserver(&listener);
+        m_map.CommandRecordingOn();
+    }
 }
 
 TEST_F(Spectrum, WritingTheSameCellsAgainNotifies)

@@ -25,6 +25,17 @@ private:
     bool m_before;
 };
 
+/// The cells of a map that takes over the text of one with these.
+std::vector<float> applied(const std::vector<float>& cells)
+{
+    LevelMap map;
+    map.SetChannelRange(ChannelRange::Even(0, 1, cells.size()));
+    map.SetCells(0, cells, 1);
+    LevelMap replica;
+    EXPECT_TRUE(replica.ApplyRecordedState(map.GetObjectStateStringForRecording(), 0, true));
+    return {replica.GetCells().begin(), replica.GetCells().end()};
+}
+
 TEST_F(Spectrum, TheFirstTextCarriesRangeAndAllCellsAndTheNextOnlyWhatChanged)
 {
     const TextRecorder recorder(m_map);
@@ -130,18 +141,13 @@ TEST_F(Spectrum, ATimeStampAloneIsAChange)
     EXPECT_EQ(replica.GetTimeStamp(), 99U);
 }
 
-TEST_F(Spectrum, LevelsComeBackWithin5Thousandths)
+TEST(LevelMap, LevelsComeBackWithin5Thousandths)
 {
     std::vector<float> cells(Channels);
     for (std::size_t channel = 0; channel < Channels; ++channel) {
         cells[channel] = -1310.0F + 0.6397F * static_cast<float>(channel);
     }
-    m_map.SetCells(0, cells, 1);
-    LevelMap replica;
-    ASSERT_TRUE(replica.ApplyRecordedState(m_map.GetObjectStateStringForRecording(), 0, true));
-    for (std::size_t channel = 0; channel < Channels; ++channel) {
-        ASSERT_NEAR(replica.GetCells()[channel], cells[channel], 0.005 + 1e-4) << channel;
-    }
+    EXPECT_THAT(applied(cells), Pointwise(DoubleNear(0.005 + 1e-4), cells));
 }
 
 TEST(LevelMap, ValuesThatDoNotFitTheCompactCodeComeBackExactly)
@@ -152,12 +158,7 @@ TEST(LevelMap, ValuesThatDoNotFitTheCompactCodeComeBackExactly)
                                    -std::numeric_limits<float>::max(),
                                    std::numeric_limits<float>::infinity(),
                                    -std::numeric_limits<float>::infinity()};
-    LevelMap map;
-    map.SetChannelRange(ChannelRange::Even(0, 1, cells.size()));
-    map.SetCells(0, cells, 1);
-    LevelMap replica;
-    ASSERT_TRUE(replica.ApplyRecordedState(map.GetObjectStateStringForRecording(), 0, true));
-    EXPECT_THAT(replica.GetCells(), testing::ElementsAreArray(cells));
+    EXPECT_EQ(applied(cells), cells);
 }
 
 TEST(LevelMap, TheEdgesOfTheCompactCodeAreRoundedLikeTheRest)
@@ -168,14 +169,7 @@ TEST(LevelMap, TheEdgesOfTheCompactCodeAreRoundedLikeTheRest)
         cells.push_back(-1310.72F + 0.0025F * static_cast<float>(quarter));
         cells.push_back(1310.70F + 0.0025F * static_cast<float>(quarter));
     }
-    LevelMap map;
-    map.SetChannelRange(ChannelRange::Even(0, 1, cells.size()));
-    map.SetCells(0, cells, 1);
-    LevelMap replica;
-    ASSERT_TRUE(replica.ApplyRecordedState(map.GetObjectStateStringForRecording(), 0, true));
-    for (std::size_t channel = 0; channel < cells.size(); ++channel) {
-        EXPECT_NEAR(replica.GetCells()[channel], cells[channel], 0.005 + 2e-4);
-    }
+    EXPECT_THAT(applied(cells), Pointwise(DoubleNear(0.005 + 2e-4), cells));
 }
 
 TEST(LevelMap, NoMeasurementComesBackAsNone)
@@ -286,44 +280,18 @@ TEST_F(Spectrum, MalformedTextsAreRefusedAndChangeNothing)
     m_map.SetCell(1, -50, 77);
     const std::string before = m_map.GetObjectStateStringForRecording();
     Listener listener(m_map);
-    for (const char* text : {"6",
-                             "6;",
-                             "6;x",
-                             "6;-1",
-                             "6;1|",
-                             "6;1|50;",
-                             "6;1|50;<<<",
-                             "6;1|50;<<<<<",
-                             "6;1|50;<<<<<<<<<",
-                             "6;1|50;<<<<< ",
-                             "6;1|51;",
-                             "6;1|51;0",
-                             "6;1|51;0,",
-                             "6;1|51;2,<<<",
-                             "6;1|51;1,<<<<<<",
-                             "6;1|51;-1,<<<",
-                             "6;1|51;99999999999999999999,<<<",
-                             "6;1|52;0",
-                             "6;1|50;(1)(",
-                             "6;1|50;(1)(x)",
-                             "6;1|50;(1)()",
-                             "6;1|50;(1)(1e99)",
-                             "6;1|34;0,1",
-                             "6;1|34;0,1,-1",
-                             "6;1|34;0,1,16777217",
-                             "6;1|34;nan,1,1",
-                             "6;1|134;",
-                             "6;1|134;1,",
-                             "6;1|134;1,inf",
-                             "6;1|50;<<<<<<|34;0,1,2",
-                             "6;1|34;0,1,2|34;0,1,2",
-                             "50;<<<<<<",
-                             "34;0,1,2|50;<<<<<<",
-                             "6;1|6;1",
-                             "6;1|3;1,2,3",
-                             "034;0,1,2"}) {
-        EXPECT_FALSE(m_map.ApplyRecordedState(text, 0, true)) << text;
-    }
+    const auto expectRefused = [this](const std::string& begin, std::initializer_list<const char*> ends) {
+        for (const char* end : ends) {
+            EXPECT_FALSE(m_map.ApplyRecordedState(begin + end, 0, true)) << begin << end;
+        }
+    };
+    expectRefused("6", {"", ";", ";x", ";-1", ";1|", ";1|52;0", ";1|6;1", ";1|3;1,2,3"});
+    expectRefused("6;1|50;", {"", "<<<", "<<<<<", "<<<<<<<<<", "<<<<< ", "<<<<<<|34;0,1,2"});
+    expectRefused("6;1|50;(1)", {"(", "(x)", "()", "(1e99)"});
+    expectRefused("6;1|51;", {"", "0", "0,", "2,<<<", "1,<<<<<<", "-1,<<<", "99999999999999999999,<<<"});
+    expectRefused("6;1|34;", {"0,1", "0,1,-1", "0,1,16777217", "nan,1,1", "0,1,2|34;0,1,2"});
+    expectRefused("6;1|134;", {"", "1,", "1,inf"});
+    expectRefused("", {"50;<<<<<<", "34;0,1,2|50;<<<<<<", "034;0,1,2"});
     EXPECT_EQ(m_map.GetObjectStateStringForRecording(), before);
     EXPECT_THAT(listener.codes(), ElementsAre());
 }

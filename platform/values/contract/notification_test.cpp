@@ -5,6 +5,12 @@ namespace {
 
 using namespace testing;
 
+class RecordingTextOfAMap : public testing::Test {
+protected:
+    RecordingTextOfAMap() { map.SetChannelRange(values::ChannelRange::Even(0, 1, 1000)); }
+    LevelMap map;
+};
+
 TEST(RecordingText, TwoRecordersReadTheSameTextInOneRound)
 {
     Number number;
@@ -15,10 +21,8 @@ TEST(RecordingText, TwoRecordersReadTheSameTextInOneRound)
     EXPECT_EQ(second.texts(), first.texts());
 }
 
-TEST(RecordingText, TwoRecordersReadTheSameTextOfAMap)
+TEST_F(RecordingTextOfAMap, TwoRecordersReadTheSame)
 {
-    LevelMap map;
-    map.SetChannelRange(values::ChannelRange::Even(0, 1, 100));
     const TextRecorder first(map);
     const TextRecorder second(map);
     map.SetCell(5, -10, 1);
@@ -27,10 +31,8 @@ TEST(RecordingText, TwoRecordersReadTheSameTextOfAMap)
     EXPECT_EQ(first.texts().size(), 2U);
 }
 
-TEST(RecordingText, ReadingDoesNotConsumeIt)
+TEST_F(RecordingTextOfAMap, ReadingDoesNotConsumeIt)
 {
-    LevelMap map;
-    map.SetChannelRange(values::ChannelRange::Even(0, 1, 100));
     map.CommandRecordingOn();
     std::string once;
     std::string twice;
@@ -53,10 +55,8 @@ TEST(RecordingText, ItIsEmptyBetweenRoundsWhileCommandRecordingIsOn)
     EXPECT_THAT(number.GetStringForRecording(true), IsEmpty());
 }
 
-TEST(RecordingText, ItIsTheCompleteStateWhileCommandRecordingIsOff)
+TEST_F(RecordingTextOfAMap, ItIsTheCompleteStateWhileCommandRecordingIsOff)
 {
-    LevelMap map;
-    map.SetChannelRange(values::ChannelRange::Even(0, 1, 4));
     EXPECT_EQ(map.GetStringForRecording(true), map.GetObjectStateStringForRecording());
     std::string inRound;
     Actor reader([&](TChangeCode) { inRound = map.GetStringForRecording(true); });
@@ -65,10 +65,8 @@ TEST(RecordingText, ItIsTheCompleteStateWhileCommandRecordingIsOff)
     EXPECT_EQ(inRound, map.GetObjectStateStringForRecording());
 }
 
-TEST(RecordingText, TheCompleteStateCanBeReadInTheRoundToo)
+TEST_F(RecordingTextOfAMap, TheCompleteStateCanBeReadInTheRoundToo)
 {
-    LevelMap map;
-    map.SetChannelRange(values::ChannelRange::Even(0, 1, 100));
     const TextRecorder recorder(map);
     map.SetCell(1, -1, 1);
     std::string state;
@@ -105,10 +103,8 @@ TEST(RecordingText, AnObserverThatChangesTheValueAgainIsFollowedByEverybody)
     EXPECT_THAT(recorder.texts(), ElementsAre("3;10,0,0", "3;10,0,0"));
 }
 
-TEST(RecordingText, CellsWrittenInANestedRoundAreLostForNobody)
+TEST_F(RecordingTextOfAMap, CellsWrittenInANestedRoundAreLostForNobody)
 {
-    LevelMap map;
-    map.SetChannelRange(values::ChannelRange::Even(0, 1, 1000));
     Listener readsNothing(map);
     const TextRecorder before(map);
     bool nested = false;
@@ -133,10 +129,8 @@ TEST(RecordingText, CellsWrittenInANestedRoundAreLostForNobody)
     }
 }
 
-TEST(RecordingText, ASilentChangeGoesIntoTheNextText)
+TEST_F(RecordingTextOfAMap, ASilentChangeGoesIntoTheNextText)
 {
-    LevelMap map;
-    map.SetChannelRange(values::ChannelRange::Even(0, 1, 1000));
     const TextRecorder recorder(map);
     map.SetCell(0, 0, 1);
     LevelMap replica;
@@ -149,10 +143,8 @@ TEST(RecordingText, ASilentChangeGoesIntoTheNextText)
     EXPECT_EQ(replica.GetObjectStateStringForRecording(), map.GetObjectStateStringForRecording());
 }
 
-TEST(RecordingText, ASilentChangeInARoundGoesIntoTheNextText)
+TEST_F(RecordingTextOfAMap, ASilentChangeInARoundGoesIntoTheNextText)
 {
-    LevelMap map;
-    map.SetChannelRange(values::ChannelRange::Even(0, 1, 1000));
     const TextRecorder recorder(map);
     map.SetCell(0, 0, 1);
     Actor writer([&](TChangeCode) { map.ApplyRecordedState("6;2|51;17,<<<", 0, false); });
@@ -196,10 +188,8 @@ TEST(RecordingText, AnObserverMayRemoveTheValueInItsRound)
     EXPECT_EQ(tree.Size(), 0U);
 }
 
-TEST(RecordingText, CommandRecordingSwitchedOnInARoundGivesAFullTextNextTime)
+TEST_F(RecordingTextOfAMap, CommandRecordingSwitchedOnInARoundIsFullNextTime)
 {
-    LevelMap map;
-    map.SetChannelRange(values::ChannelRange::Even(0, 1, 1000));
     Actor starter([&](TChangeCode) {
         if (!map.IsCommandRecording()) {
             map.CommandRecordingOn();

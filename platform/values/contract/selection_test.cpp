@@ -17,6 +17,12 @@ protected:
         m_selection.AddItem(new SelectionItem("On", 1.5, 23));
         m_selection.AddObserver(&m_listener);
     }
+    static void expectOn(const ValueSelection& selection)
+    {
+        EXPECT_EQ(selection.GetText(), "On");
+        EXPECT_EQ(selection.GetCurrentKey(), 23);
+        EXPECT_EQ(selection.GetCurrentValue(), 1.5);
+    }
     ValueSelection m_selection;
     Listener m_listener;
 };
@@ -29,18 +35,11 @@ TEST_F(Selection, NothingIsSelectedAtFirst)
     EXPECT_EQ(m_selection.GetText(), QString());
 }
 
-TEST_F(Selection, SelectingAnotherItemNotifiesValueChanged)
+TEST_F(Selection, SelectingAnotherItemNotifiesValueChangedAndTheSelectedOneSelectedAgain)
 {
     EXPECT_TRUE(m_selection.Select("On"));
     EXPECT_THAT(m_listener.codes(), ElementsAre(TChangeCode::ValueChanged));
-    EXPECT_EQ(m_selection.GetCurrentKey(), 23);
-    EXPECT_EQ(m_selection.GetCurrentValue(), 1.5);
-    EXPECT_EQ(m_selection.GetText(), "On");
-}
-
-TEST_F(Selection, SelectingTheSelectedItemNotifiesSelectedAgain)
-{
-    m_selection.Select("On");
+    expectOn(m_selection);
     m_listener.forget();
     EXPECT_TRUE(m_selection.Select("On"));
     EXPECT_TRUE(m_selection.SelectKey(23));
@@ -125,9 +124,7 @@ TEST_F(Selection, AppliedToAnEmptySelectionTheItemIsAdded)
     ValueSelection target;
     Listener listener(target);
     EXPECT_TRUE(target.ApplyRecordedState(m_selection.GetObjectStateStringForRecording(), 0, true));
-    EXPECT_EQ(target.GetText(), "On");
-    EXPECT_EQ(target.GetCurrentKey(), 23);
-    EXPECT_EQ(target.GetCurrentValue(), 1.5);
+    expectOn(target);
     EXPECT_THAT(listener.codes(), ElementsAre(TChangeCode::ValueChanged));
 }
 
