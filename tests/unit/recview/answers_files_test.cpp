@@ -1,6 +1,5 @@
 // Files that are damaged, appear, vanish, or were never closed; and many questions at the same time.
 #include <atomic>
-#include <iterator>
 #include <random>
 
 #include "answerstest.h"
@@ -15,40 +14,49 @@ class RecViewFiles : public AnswersTest {
 protected:
     void writeBytes(const std::string& name, const std::string& bytes) const
     {
-        std::ofstream(path(name), std::ios::binary) << bytes;
+        TestSupport::writeBytes(path(name), bytes);
     }
-    [[nodiscard]] std::string bytesOf(const std::string& name) const
+    [[nodiscard]] std::string bytesOf(const std::string& name) const { return TestSupport::bytesOf(path(name)); }
+    /// What is in a random recording, of which no file is left.
+    [[nodiscard]] std::string randomBytes(const RandomRecording& random = {}) const
     {
-        std::ifstream file(path(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
+        writeRandomRecording(path("whole.rec"), random);
+        std::string bytes = bytesOf("whole.rec");
+        EXPECT_TRUE(QFile::remove(QString::fromStdString(path("whole.rec"))));
+        return bytes;
+    }
+    /// The same with damage in the middle.
+    [[nodiscard]] std::string damagedBytes() const
+    {
+        std::string bytes = randomBytes();
+        std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(bytes.size() / 2), 400, '~');
+        return bytes;
     }
     /// Every path, about all of a recording. @return the statuses
     std::vector<int> askEverything(const std::string& id)
     {
-        const std::map<std::string, std::string> span{
-            {"recording", id}, {"from", "0"}, {"to", "1700000200000"}, {"type", "RFSPECTRUM"}};
-        const auto with = [](std::map<std::string, std::string> query, const std::string& name,
-                             const std::string& value) {
-            query[name] = value;
-            return query;
+        using Query = std::map<std::string, std::string>;
+        std::vector<int> statuses;
+        const auto askWith = [&](const std::string& what, Query query, const Query& more = {}) {
+            query.insert(more.begin(), more.end());
+            statuses.push_back(ask(what, query).status);
         };
-        const std::map<std::string, std::string> moment{{"recording", id}, {"at", "1700000030000"}};
-        auto noType = span;
-        noType.erase("type");
-        std::vector<int> statuses{
-            ask("state", moment).status,
-            ask("record", moment).status,
-            ask("record", with(moment, "step", "1")).status,
-            ask("sweep", with(moment, "type", "RFSPECTRUM")).status,
-            ask("spectrum", span).status,
-            ask("channel", with(span, "hz", "88000000")).status,
-            ask("values", with(span, "type", "LEVEL")).status,
-            ask("values", with(span, "type", "DEVICE_CAPTION")).status,
-            ask("bearings", noType).status,
-            ask("bookmarks", {{"recording", id}}).status,
-            ask("view", with(with(span, "columns", "20"), "rows", "10")).status,
-        };
-        RecView::Response csv = ask("csv", span);
+        const Query moment{{"recording", id}, {"at", "1700000030000"}};
+        const Query span{{"recording", id}, {"from", "0"}, {"to", "1700000200000"}};
+        const Query spectrum{{"type", "RFSPECTRUM"}};
+        askWith("state", moment);
+        askWith("record", moment);
+        askWith("record", moment, {{"step", "1"}});
+        askWith("sweep", moment, spectrum);
+        askWith("spectrum", span, spectrum);
+        askWith("channel", span, {{"type", "RFSPECTRUM"}, {"hz", "88000000"}});
+        askWith("values", span, {{"type", "LEVEL"}});
+        askWith("values", span, {{"type", "DEVICE_CAPTION"}});
+        askWith("bearings", span);
+        askWith("bookmarks", {{"recording", id}});
+        askWith("view", span, {{"type", "RFSPECTRUM"}, {"columns", "20"}, {"rows", "10"}});
+        RecView::Response csv =
+            ask("csv", {{"recording", id}, {"from", "0"}, {"to", "1700000200000"}, {"type", "RFSPECTRUM"}});
         statuses.push_back(csv.status);
         for (std::string piece; csv.more && csv.more(piece);) {
         }
@@ -64,9 +72,7 @@ TEST_F(RecViewFiles, ARecordingThatAppearsIsListedAndOneThatVanishesIsNot)
     waitUntil([&] { return askJson("recordings")["recordings"].size() == 1; });
     waitUntilMade("one");
     ASSERT_TRUE(QFile::remove(QString::fromStdString(path("one.rec"))));
-    for (const int status : askEverything("one")) {
-        EXPECT_THAT(status, AnyOf(200, 404, 503));
-    }
+    EXPECT_THAT(askEverything("one"), Each(AnyOf(200, 404, 503)));
     waitUntil([&] { return askJson("recordings")["recordings"].empty(); });
     EXPECT_THAT(refusal(404, "state", {{"recording", "one"}, {"at", "1"}}), HasSubstr("no recording"));
 }
@@ -85,28 +91,19 @@ TEST_F(RecViewFiles, ARecordingThatWasNeverClosedIsAProblemWithARemedy)
 
 TEST_F(RecViewFiles, OfADamagedRecordingWhatCanBeReadIsShownAndTold)
 {
-    writeRandomRecording(path("whole.rec"), {});
-    const std::string whole = bytesOf("whole.rec");
-    std::string damaged = whole;
-    std::fill_n(damaged.begin() + static_cast<std::ptrdiff_t>(damaged.size() / 2), 400, '~');
-    writeBytes("damaged.rec", damaged);
-    QFile::remove(QString::fromStdString(path("whole.rec")));
+    writeBytes("damaged.rec", damagedBytes());
     open();
     waitUntilMade("damaged");
     const json list = askJson("recordings");
     ASSERT_EQ(list["problems"].size(), 1U) << list;
     EXPECT_EQ(list["problems"][0]["name"], "damaged.rec");
-    EXPECT_EQ(askJson("state", {{"recording", "damaged"}, {"at", "1700000060000"}})["state"],
-              stateOf(path("damaged.rec"), 60'000)["state"]);
-    const auto statuses = askEverything("damaged");
-    EXPECT_THAT(statuses, testing::Each(200));
+    EXPECT_EQ(stateAt("damaged", 1'700'000'060'000)["state"], stateOf(path("damaged.rec"), 60'000)["state"]);
+    EXPECT_THAT(askEverything("damaged"), Each(200));
 }
 
 TEST_F(RecViewFiles, NoDamageBringsItDown)
 {
-    writeRandomRecording(path("whole.rec"), {.changes = 60});
-    const std::string whole = bytesOf("whole.rec");
-    QFile::remove(QString::fromStdString(path("whole.rec")));
+    const std::string whole = randomBytes({.changes = 60});
     std::mt19937 engine(7);
     constexpr int Files = 25;
     for (int i = 0; i < Files; ++i) {
@@ -122,17 +119,13 @@ TEST_F(RecViewFiles, NoDamageBringsItDown)
     const json list = askJson("recordings");
     EXPECT_GE(list["recordings"].size() + list["problems"].size(), 1U);
     for (const json& recording : list["recordings"]) {
-        for (const int status : askEverything(recording["id"])) {
-            EXPECT_THAT(status, AnyOf(200, 400, 404, 503));
-        }
+        EXPECT_THAT(askEverything(recording["id"]), Each(AnyOf(200, 400, 404, 503)));
     }
 }
 
 TEST_F(RecViewFiles, ABookmarkOfADamagedRecordingIsRefusedAndTheFileStaysAsItIs)
 {
-    writeRandomRecording(path("one.rec"), {});
-    std::string damaged = bytesOf("one.rec");
-    std::fill_n(damaged.begin() + static_cast<std::ptrdiff_t>(damaged.size() / 2), 400, '~');
+    const std::string damaged = damagedBytes();
     writeBytes("one.rec", damaged);
     open(true);
     const RecView::Response response =
@@ -148,23 +141,18 @@ TEST_F(RecViewFiles, AWrongChangeOfABookmarkIsASentence)
     const std::string before = bytesOf("one.rec");
     open(true);
     const json good{{"recording", "one"}, {"action", "add"}, {"ms", 1'700'000'001'000}, {"text", "here"}};
-    const auto with = [&](const char* name, const json& value) {
+    struct {
+        const char* name;
+        json value;
+        int status = 400;
+    } const wrong[]{{"recording", "two", 404}, {"recording", 1}, {"action", "burn"}, {"action", "rename"},
+                    {"action", "remove"},      {"ms", "x"},      {"ms", 1e300},      {"ms", 0},
+                    {"ms", 1'800'000'000'000}, {"text", ""},     {"text", "\u4f60"}, {"text", nullptr}};
+    for (const auto& [name, value, status] : wrong) {
         json body = good;
         body[name] = value;
-        return post(body).status;
-    };
-    EXPECT_EQ(with("recording", "two"), 404);
-    EXPECT_EQ(with("recording", 1), 400);
-    EXPECT_EQ(with("action", "burn"), 400);
-    EXPECT_EQ(with("action", "rename"), 400);
-    EXPECT_EQ(with("action", "remove"), 400);
-    EXPECT_EQ(with("ms", "x"), 400);
-    EXPECT_EQ(with("ms", 1e300), 400);
-    EXPECT_EQ(with("ms", 0), 400);
-    EXPECT_EQ(with("ms", 1'800'000'000'000), 400);
-    EXPECT_EQ(with("text", ""), 400);
-    EXPECT_EQ(with("text", "\u4f60"), 400);
-    EXPECT_EQ(with("text", nullptr), 400);
+        EXPECT_EQ(post(body).status, status) << name << ' ' << value;
+    }
     EXPECT_EQ(bytesOf("one.rec"), before);
     EXPECT_EQ(post(good).status, 200);
 }

@@ -35,6 +35,19 @@ protected:
     }
     [[nodiscard]] double end() const { return starts.back() + Length; }
 
+    /// All records of a type, each with the start of its file.
+    [[nodiscard]] std::vector<std::pair<double, json>> recordsOfType(const std::string& keyword) const
+    {
+        std::vector<std::pair<double, json>> found;
+        for (std::size_t file = 0; file < records.size(); ++file) {
+            for (const json& record : records[file]) {
+                if (record["keyword"] == keyword) {
+                    found.emplace_back(starts[file], record);
+                }
+            }
+        }
+        return found;
+    }
     /// When what a record tells was measured.
     static double moment(const json& record, double start)
     {
@@ -64,8 +77,8 @@ TEST_P(RecViewProperty, TheStateAtAnyMomentIsThatOfRectool)
     for (int i = 0; i < 30; ++i) {
         const std::size_t file = engine() % 3;
         const std::uint64_t time = engine() % Length;
-        const json state = askJson("state", {{"recording", Id}, {"at", json(starts[file] + double(time)).dump()}});
-        EXPECT_EQ(state["state"], stateOf(files[file], time)["state"]) << file << " at " << time;
+        EXPECT_EQ(stateAt(Id, starts[file] + double(time))["state"], stateOf(files[file], time)["state"])
+            << file << " at " << time;
     }
 }
 
@@ -74,17 +87,15 @@ TEST_P(RecViewProperty, EveryRecordIsReachedInBothDirections)
     double ms = 0;
     for (std::size_t file = 0; file < 3; ++file) {
         for (const json& record : records[file]) {
-            const json next = askJson("record", {{"recording", Id}, {"at", json(ms).dump()}, {"step", "1"}});
+            const json next = recordAt(Id, ms, 1);
             ASSERT_EQ(next["record"], record) << file;
             ms = next["ms"];
         }
     }
     for (std::size_t file = 3; file-- > 0;) {
         for (auto record = records[file].rbegin(); record != records[file].rend(); ++record) {
-            const json here = askJson("record", {{"recording", Id}, {"at", json(ms).dump()}});
-            ASSERT_EQ(here["record"], *record);
-            const json before = askJson("record", {{"recording", Id}, {"at", json(ms).dump()}, {"step", "-1"}});
-            ms = before.value("ms", ms);
+            ASSERT_EQ(recordAt(Id, ms)["record"], *record);
+            ms = recordAt(Id, ms, -1).value("ms", ms);
         }
     }
 }
@@ -94,13 +105,9 @@ TEST_P(RecViewProperty, NumbersAreThoseOfTheRecords)
     const json values = askJson("values", query(FirstStart, end(), "LEVEL"));
     std::vector<double> ms;
     std::vector<double> levels;
-    for (std::size_t file = 0; file < 3; ++file) {
-        for (const json& record : records[file]) {
-            if (record["keyword"] == "LEVEL") {
-                ms.push_back(starts[file] + double(record["timeMs"]));
-                levels.push_back(record["value"]["value"]);
-            }
-        }
+    for (const auto& [start, record] : recordsOfType("LEVEL")) {
+        ms.push_back(start + double(record["timeMs"]));
+        levels.push_back(record["value"]["value"]);
     }
     EXPECT_EQ(values["ms"], json(ms));
     EXPECT_EQ(values["last"], json(levels));
@@ -118,12 +125,10 @@ TEST_P(RecViewProperty, TextsAreToldWhenTheyChange)
     for (const char* keyword : {"DEVICE_CAPTION", "MODULATION", "SQUELCHSTATE"}) {
         std::vector<double> ms;
         json last;
-        for (std::size_t file = 0; file < 3; ++file) {
-            for (const json& record : records[file]) {
-                if (record["keyword"] == keyword && record["value"]["value"] != last) {
-                    ms.push_back(starts[file] + double(record["timeMs"]));
-                    last = record["value"]["value"];
-                }
+        for (const auto& [start, record] : recordsOfType(keyword)) {
+            if (record["value"]["value"] != last) {
+                ms.push_back(start + double(record["timeMs"]));
+                last = record["value"]["value"];
             }
         }
         const json values = askJson("values", query(FirstStart, end(), keyword));
@@ -139,20 +144,15 @@ TEST_P(RecViewProperty, TextsAreToldWhenTheyChange)
 TEST_P(RecViewProperty, TheSweepInForceIsThatOfTheRecords)
 {
     std::optional<double> previous;
-    for (std::size_t file = 0; file < 3; ++file) {
-        for (const json& record : records[file]) {
-            if (record["keyword"] != "RFSPECTRUM") {
-                continue;
-            }
-            const double ms = moment(record, starts[file]);
-            const json sweep = askJson("sweep", {{"recording", Id}, {"type", "RFSPECTRUM"}, {"at", json(ms).dump()}});
-            ASSERT_EQ(sweep["ms"], ms);
-            EXPECT_EQ(sweep["channels"], record["value"]["range"]);
-            EXPECT_EQ(sweep["levels"], record["value"]["cells"]);
-            EXPECT_EQ(sweep["timeMs"], record["timeMs"]);
-            EXPECT_EQ(sweep["previousMs"], previous ? json(*previous) : json());
-            previous = ms;
-        }
+    for (const auto& [start, record] : recordsOfType("RFSPECTRUM")) {
+        const double ms = moment(record, start);
+        const json sweep = askJson("sweep", {{"recording", Id}, {"type", "RFSPECTRUM"}, {"at", json(ms).dump()}});
+        ASSERT_EQ(sweep["ms"], ms);
+        EXPECT_EQ(sweep["channels"], record["value"]["range"]);
+        EXPECT_EQ(sweep["levels"], record["value"]["cells"]);
+        EXPECT_EQ(sweep["timeMs"], record["timeMs"]);
+        EXPECT_EQ(sweep["previousMs"], previous ? json(*previous) : json());
+        previous = ms;
     }
 }
 
@@ -166,22 +166,17 @@ TEST_P(RecViewProperty, TheCsvHasALineForEverySweep)
     }
     std::istringstream lines(text);
     std::string line;
-    for (std::size_t file = 0; file < 3; ++file) {
-        for (const json& record : records[file]) {
-            if (record["keyword"] != "RFSPECTRUM") {
-                continue;
-            }
+    for (const auto& [start, record] : recordsOfType("RFSPECTRUM")) {
+        ASSERT_TRUE(std::getline(lines, line));
+        if (line.starts_with("time_utc_ms")) {
             ASSERT_TRUE(std::getline(lines, line));
-            if (line.starts_with("time_utc_ms")) {
-                ASSERT_TRUE(std::getline(lines, line));
-            }
-            std::string expected = json(moment(record, starts[file])).dump();
-            expected = expected.ends_with(".0") ? expected.substr(0, expected.size() - 2) : expected;
-            for (const json& level : record["value"]["cells"]) {
-                expected += ',' + (level.is_null() ? "" : level.dump());
-            }
-            ASSERT_EQ(line, expected);
         }
+        std::string expected = json(moment(record, start)).dump();
+        expected = expected.ends_with(".0") ? expected.substr(0, expected.size() - 2) : expected;
+        for (const json& level : record["value"]["cells"]) {
+            expected += ',' + (level.is_null() ? "" : level.dump());
+        }
+        ASSERT_EQ(line, expected);
     }
     EXPECT_FALSE(std::getline(lines, line)) << line;
 }
@@ -226,13 +221,9 @@ TEST_P(RecViewProperty, TheHighestLevelOfAViewIsThatOfTheSweeps)
         ASSERT_EQ(view.body.size(), 4 + size + 50 * 20 * sizeof(float));
         EXPECT_EQ(about["made"], 1);
         double highest = -1000;
-        for (const auto& file : records) {
-            for (const json& record : file) {
-                if (record["keyword"] == "RFSPECTRUM") {
-                    for (const json& level : record["value"]["cells"]) {
-                        highest = level.is_null() ? highest : std::max(highest, double(level));
-                    }
-                }
+        for (const auto& [start, record] : recordsOfType("RFSPECTRUM")) {
+            for (const json& level : record["value"]["cells"]) {
+                highest = level.is_null() ? highest : std::max(highest, double(level));
             }
         }
         EXPECT_NEAR(about["highest"], highest, 0.001);

@@ -11,12 +11,20 @@ using testing::HasSubstr;
 
 constexpr double Start = 1'700'000'000'000;  // 2023-11-14 22:13:20 UTC
 
-class RecViewAnswers : public AnswersTest {};
+class RecViewAnswers : public AnswersTest {
+protected:
+    /// With the sample recording. @return when it began
+    double openSample(bool edit = false)
+    {
+        writeSampleRecording(path("sample.rec"));
+        open(edit);
+        return askJson("recordings")["recordings"][0]["startMs"];
+    }
+};
 
 TEST_F(RecViewAnswers, TheListTellsWhatARecordingHolds)
 {
-    writeSampleRecording(path("sample.rec"));
-    open();
+    openSample();
     const json list = askJson("recordings");
     EXPECT_EQ(list["edit"], false);
     ASSERT_EQ(list["recordings"].size(), 1U);
@@ -37,11 +45,9 @@ TEST_F(RecViewAnswers, TheListTellsWhatARecordingHolds)
 
 TEST_F(RecViewAnswers, TheStateIsThatOfRectool)
 {
-    writeSampleRecording(path("sample.rec"));
-    open();
-    const double start = askJson("recordings")["recordings"][0]["startMs"];
+    const double start = openSample();
     for (const std::uint64_t time : {0U, 9U, 10U, 16U, 899U, 900U, 1000U, 1999U, 2000U, 9999U}) {
-        const json state = askJson("state", {{"recording", "sample"}, {"at", json(start + double(time)).dump()}});
+        const json state = stateAt("sample", start + double(time));
         const json expected = stateOf(path("sample.rec"), time);
         EXPECT_EQ(state["state"], expected["state"]) << time;
         EXPECT_EQ(state["atMs"], expected["atMs"]);
@@ -50,34 +56,28 @@ TEST_F(RecViewAnswers, TheStateIsThatOfRectool)
 
 TEST_F(RecViewAnswers, RecordsAreSteppedThroughOneByOne)
 {
-    writeSampleRecording(path("sample.rec"));
-    open();
-    const double start = askJson("recordings")["recordings"][0]["startMs"];
+    const double start = openSample();
     const std::vector<json> records = recordsOf(path("sample.rec"));
     double ms = start;
     for (const json& expected : records) {
-        const json next = askJson("record", {{"recording", "sample"}, {"at", json(ms).dump()}, {"step", "1"}});
+        const json next = recordAt("sample", ms, 1);
         EXPECT_EQ(next["record"], expected);
         ms = next["ms"];
         EXPECT_EQ(ms, start + double(expected["timeMs"]));
-        EXPECT_EQ(askJson("record", {{"recording", "sample"}, {"at", json(ms).dump()}})["record"], expected);
+        EXPECT_EQ(recordAt("sample", ms)["record"], expected);
     }
-    const json after = askJson("record", {{"recording", "sample"}, {"at", json(ms).dump()}, {"step", "1"}});
-    EXPECT_THAT(after["nothing"], HasSubstr("no record after"));
+    EXPECT_THAT(recordAt("sample", ms, 1)["nothing"], HasSubstr("no record after"));
     for (auto expected = records.rbegin() + 1; expected != records.rend(); ++expected) {
-        const json before = askJson("record", {{"recording", "sample"}, {"at", json(ms).dump()}, {"step", "-1"}});
+        const json before = recordAt("sample", ms, -1);
         EXPECT_EQ(before["record"], *expected);
         ms = before["ms"];
     }
-    const json before = askJson("record", {{"recording", "sample"}, {"at", json(ms).dump()}, {"step", "-1"}});
-    EXPECT_THAT(before["nothing"], HasSubstr("no record before"));
+    EXPECT_THAT(recordAt("sample", ms, -1)["nothing"], HasSubstr("no record before"));
 }
 
 TEST_F(RecViewAnswers, ABookmarkIsAddedRenamedAndRemovedAsRectoolDoesIt)
 {
-    writeSampleRecording(path("sample.rec"));
-    open(true);
-    const double start = askJson("recordings")["recordings"][0]["startMs"];
+    const double start = openSample(true);
     json change{{"recording", "sample"}, {"action", "add"}, {"ms", start + 1000}, {"text", "al<b>arm"}};
     Response response = post(change);
     ASSERT_EQ(response.status, 200) << response.body;
@@ -128,8 +128,7 @@ TEST_F(RecViewAnswers, TheTrackGoesToTheEndWhateverElseChanges)
 
 TEST_F(RecViewAnswers, BookmarksCannotBeChangedWithoutEdit)
 {
-    writeSampleRecording(path("sample.rec"));
-    open();
+    openSample();
     const Response response = post({{"recording", "sample"}, {"action", "remove"}, {"ms", Start}});
     EXPECT_EQ(response.status, 403);
     EXPECT_THAT(response.body, HasSubstr("--edit"));
@@ -137,8 +136,7 @@ TEST_F(RecViewAnswers, BookmarksCannotBeChangedWithoutEdit)
 
 TEST_F(RecViewAnswers, WhatIsWrongWithARequestIsASentenceThatNamesTheParameter)
 {
-    writeSampleRecording(path("sample.rec"));
-    open();
+    openSample();
     EXPECT_THAT(refusal(400, "state"), HasSubstr("\"recording\" is missing"));
     EXPECT_THAT(refusal(404, "state", {{"recording", "other"}, {"at", "1"}}), HasSubstr("no recording"));
     EXPECT_THAT(refusal(400, "state", {{"recording", "sample"}}), HasSubstr("\"at\" is missing"));

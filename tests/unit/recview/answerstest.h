@@ -8,7 +8,7 @@
 
 #include "answers/answers.h"
 #include "rectool/verbs/commands.h"
-#include "support/testing.h"
+#include "support/files.h"
 
 namespace AnswersTests {
 
@@ -47,6 +47,19 @@ protected:
         EXPECT_EQ(response.status, 200) << response.body;
         return json::parse(response.body);
     }
+    json stateAt(const std::string& id, double ms)
+    {
+        return askJson("state", {{"recording", id}, {"at", json(ms).dump()}});
+    }
+    /// The record in force at a time, or the one that is so many steps from it.
+    json recordAt(const std::string& id, double ms, int step = 0)
+    {
+        std::map<std::string, std::string> query{{"recording", id}, {"at", json(ms).dump()}};
+        if (step != 0) {
+            query["step"] = std::to_string(step);
+        }
+        return askJson("record", query);
+    }
     /// The sentence of a refusal.
     std::string refusal(int status, const std::string& what, std::map<std::string, std::string> query = {})
     {
@@ -55,8 +68,6 @@ protected:
         return json::parse(response.body)["error"];
     }
     RecView::Response post(const json& body) { return (*m_answers)({"POST", "/api/bookmarks", {}, body.dump()}); }
-
-    json recording(std::size_t number = 0) { return askJson("recordings")["recordings"].at(number); }
 
     /// Waits until what is asked for is so; it is asked again whenever something was told.
     void waitUntil(const std::function<bool()>& isSo)

@@ -21,23 +21,15 @@ FilePointer file(const std::string& name, std::uint64_t startMs, std::uint64_t e
     return made;
 }
 
-std::vector<std::size_t> sizes(const std::vector<Timeline>& timelines)
-{
-    std::vector<std::size_t> all;
-    for (const Timeline& timeline : timelines) {
-        all.push_back(timeline.files.size());
-    }
-    return all;
-}
-
 constexpr std::uint64_t Start = 1'700'000'000'000;
 
 TEST(Timeline, FilesOfOneDeviceThatFollowEachOtherAreOne)
 {
     const auto made =
-        RecView::makeTimelines({file("b.rec", Start + 60'500, Start + 90'000), file("a.rec", Start, Start + 60'000),
-                                file("c.rec", Start + 100'000, Start + 120'000)});
-    ASSERT_EQ(sizes(made), (std::vector<std::size_t>{3}));
+        makeTimelines({file("b.rec", Start + 60'500, Start + 90'000), file("a.rec", Start, Start + 60'000),
+                       file("c.rec", Start + 100'000, Start + 120'000)});
+    ASSERT_EQ(made.size(), 1U);
+    EXPECT_EQ(made[0].files.size(), 3U);
     EXPECT_EQ(made[0].id, "a");
     EXPECT_EQ(made[0].startMs(), Start);
     EXPECT_EQ(made[0].endMs(), Start + 120'000);
@@ -46,19 +38,18 @@ TEST(Timeline, FilesOfOneDeviceThatFollowEachOtherAreOne)
 TEST(Timeline, WhatFollowsLaterElsewhereOrOfAnotherDeviceIsAnother)
 {
     const std::uint64_t end = Start + 60'000;
-    EXPECT_EQ(RecView::makeTimelines({file("a.rec", Start, end), file("b.rec", end + 10'001, end + 20'000)}).size(),
-              2U);
-    EXPECT_EQ(RecView::makeTimelines({file("a.rec", Start, end), file("b.rec", end, end + 9, "there")}).size(), 2U);
-    EXPECT_EQ(RecView::makeTimelines({file("a.rec", Start, end), file("b.rec", end, end + 9, "here", "RX 2")}).size(),
-              2U);
-    EXPECT_EQ(RecView::makeTimelines({file("a.rec", Start, end), file("b.rec", end - 5'000, end + 9)}).size(), 2U);
+    for (const FilePointer& other :
+         {file("b.rec", end + 10'001, end + 20'000), file("b.rec", end, end + 9, "there"),
+          file("b.rec", end, end + 9, "here", "RX 2"), file("b.rec", end - 5'000, end + 9)}) {
+        EXPECT_EQ(makeTimelines({file("a.rec", Start, end), other}).size(), 2U)
+            << other->startMs << ' ' << other->folder << ' ' << other->device;
+    }
 }
 
 TEST(Timeline, ThoseOfTheSameNameAreToldApart)
 {
-    const auto made =
-        RecView::makeTimelines({file("a.rec", Start, Start + 9, "one"), file("a.rec", Start, Start + 9, "two"),
-                                file("a.tmp", Start, Start + 9, "three")});
+    const auto made = makeTimelines({file("a.rec", Start, Start + 9, "one"), file("a.rec", Start, Start + 9, "two"),
+                                     file("a.tmp", Start, Start + 9, "three")});
     ASSERT_EQ(made.size(), 3U);
     EXPECT_EQ(made[0].id, "a");
     EXPECT_EQ(made[1].id, "a~2");
@@ -68,7 +59,7 @@ TEST(Timeline, ThoseOfTheSameNameAreToldApart)
 TEST(Timeline, AMomentBelongsToTheLastFileThatHadBegun)
 {
     const auto made =
-        RecView::makeTimelines({file("a.rec", Start, Start + 60'000), file("b.rec", Start + 61'000, Start + 90'000)});
+        makeTimelines({file("a.rec", Start, Start + 60'000), file("b.rec", Start + 61'000, Start + 90'000)});
     ASSERT_EQ(made.size(), 1U);
     EXPECT_EQ(made[0].fileAt(0), 0U);
     EXPECT_EQ(made[0].fileAt(Start + 60'999.5), 0U);

@@ -7,7 +7,9 @@ namespace RecViewTests {
 namespace {
 
 using namespace RecView;
+using TestSupport::bytesOf;
 using TestSupport::ReferenceRecording;
+using TestSupport::writeBytes;
 
 /// A recording of some 1.4 MB.
 std::string recordingBytes(float level)
@@ -24,17 +26,6 @@ std::string recordingBytes(float level)
     return recording.close(header);
 }
 
-std::string contentsOf(const std::filesystem::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void write(const std::filesystem::path& path, const std::string& bytes)
-{
-    std::ofstream(path, std::ios::binary) << bytes;
-}
-
 /// What is told by the file system goes in steps, behind which a stamp is good.
 void waitForGoodStamp(const std::string& path)
 {
@@ -48,7 +39,7 @@ protected:
     void SetUp() override
     {
         m_path = m_folder.filePath("one.rec").toStdString();
-        write(m_path, recordingBytes(-100));
+        writeBytes(m_path, recordingBytes(-100));
         waitForGoodStamp(m_path);
     }
     [[nodiscard]] std::filesystem::path directory() const { return m_folder.filePath("cache").toStdString(); }
@@ -72,11 +63,8 @@ protected:
     }
     static std::vector<float> picture(const Overview& overview)
     {
-        const auto start = static_cast<double>(StartMs);
-        Grid grid({1, start, start + 31'000, 100e6, 1600e6, 100, 100, Combine::Max, false});
-        overview.draw(grid);
-        grid.finish();
-        std::vector<float> levels = grid.levels();
+        std::vector<float> levels =
+            drawn(overview, {1, Start, Start + 31'000, 100e6, 1600e6, 100, 100, Combine::Max, false}).levels();
         std::replace_if(
             levels.begin(), levels.end(), [](float level) { return std::isnan(level); }, 999.0F);
         return levels;
@@ -97,7 +85,7 @@ TEST_F(Caches, GiveAnOverviewAgainThatIsTheSame)
     const std::shared_ptr<Overview> found = another.find(m_path);
     ASSERT_NE(found, nullptr);
     EXPECT_EQ(picture(*found), first);
-    EXPECT_EQ(found->stateAt(static_cast<double>(StartMs) + 15'000).entries().begin()->second.record.timeMs, 15'000U);
+    EXPECT_EQ(found->stateAt(Start + 15'000).entries().begin()->second.record.timeMs, 15'000U);
     EXPECT_LE(std::filesystem::file_size(kept().front()) * 4, std::filesystem::file_size(m_path));
 }
 
@@ -141,7 +129,7 @@ TEST_F(Caches, MakeWhatIsDamagedAnew)
     Cache cache(options());
     const std::vector<float> first = picture(*made(cache));
     const std::filesystem::path place = kept().front();
-    const std::string sound = contentsOf(place);
+    const std::string sound = bytesOf(place);
     std::mt19937 random(3);
     for (int i = 0; i < 150; ++i) {
         std::string damaged = sound;
@@ -155,15 +143,15 @@ TEST_F(Caches, MakeWhatIsDamagedAnew)
             default:  // near the index
                 damaged[damaged.size() - 1 - random() % std::min<std::size_t>(damaged.size(), 3000)] ^= 0x40;
         }
-        write(place, damaged);
+        writeBytes(place, damaged);
         EXPECT_EQ(cache.find(m_path), nullptr) << i;
         EXPECT_FALSE(std::filesystem::exists(place));
     }
-    write(place, "something else");
+    writeBytes(place, "something else");
     EXPECT_EQ(picture(*made(cache)), first);
     ASSERT_EQ(kept().size(), 1U);
     EXPECT_NE(cache.find(m_path), nullptr);
-    write(kept(".stamp").front(), "nonsense");
+    writeBytes(kept(".stamp").front(), "nonsense");
     EXPECT_NE(cache.find(m_path), nullptr);
 }
 
@@ -188,7 +176,7 @@ TEST_F(Caches, ThrowAwayWhatWasUsedLongestAgo)
     std::string problem;
     for (const float level : {-90.0F, -80.0F, -70.0F}) {
         paths.push_back(m_folder.filePath(QString::number(double{level})).toStdString());
-        write(paths.back(), recordingBytes(level));
+        writeBytes(paths.back(), recordingBytes(level));
         EXPECT_NE(bounded.find(m_path), nullptr) << "used again and again";
         EXPECT_NE(bounded.overviewOf(paths.back(), {}, problem), nullptr);
     }
@@ -201,7 +189,7 @@ TEST_F(Caches, ThrowAwayWhatWasUsedLongestAgo)
 
 TEST_F(Caches, WorkWithoutADirectory)
 {
-    write(directory(), "a file stands here");
+    writeBytes(directory(), "a file stands here");
     Cache cache(options());
     EXPECT_EQ(picture(*made(cache)).size(), 10'000U);
     EXPECT_EQ(cache.find(m_path), nullptr);
@@ -211,7 +199,7 @@ TEST_F(Caches, RemoveWhatEndedProcessesLeftAndNothingInUse)
 {
     Cache cache(options());
     const std::unique_ptr<Store> inUse = cache.newStore();
-    write(directory() / "new-1-2.part", "left behind");
+    writeBytes(directory() / "new-1-2.part", "left behind");
     ASSERT_EQ(kept(".part").size(), 2U);
     Cache another(options());
     EXPECT_EQ(kept(".part").size(), 1U);

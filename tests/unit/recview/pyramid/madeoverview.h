@@ -1,7 +1,6 @@
 // Recordings in memory, and overviews made of them.
 #pragma once
 
-#include <filesystem>
 #include <random>
 #include <span>
 
@@ -9,11 +8,12 @@
 #include <rectool/replay/recordedvalues.h>
 #include <values/maps.h>
 
-#include "support/testing.h"
+#include "support/files.h"
 
 namespace RecViewTests {
 
 constexpr std::uint64_t StartMs = 1'700'000'000'000;
+constexpr double Start{StartMs};
 constexpr float NotMeasured = std::numeric_limits<float>::quiet_NaN();
 
 /// The recording text of a map of levels, with its range or without.
@@ -114,12 +114,23 @@ public:
         return *m_builder->overview();
     }
     [[nodiscard]] RecView::Overview& growing() { return *m_builder->overview(); }
-    [[nodiscard]] std::filesystem::path path(const char* name) const { return m_folder.filePath(name).toStdString(); }
+
+protected:
+    /// What is not kept.
+    void add(const RecView::Record& record) { m_builder->add(record); }
 
 private:
     QTemporaryDir m_folder;
     std::unique_ptr<RecView::OverviewBuilder> m_builder;
 };
+
+inline RecView::Grid drawn(const RecView::Overview& overview, const RecView::View& view)
+{
+    RecView::Grid grid(view);
+    overview.draw(grid);
+    grid.finish();
+    return grid;
+}
 
 /// Sweeps of every kind of text over ranges that come and go, pauses, settings between them, and texts that nobody
 /// understands.

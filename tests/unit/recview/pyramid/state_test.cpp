@@ -42,7 +42,7 @@ TEST(States, AtAnyTimeAreThoseOfAllRecordsUpToThen)
             ASSERT_EQ(inWords(overview.stateAt(static_cast<double>(StartMs + timeMs))), inWords(plain))
                 << seed << ' ' << i;
         }
-        EXPECT_TRUE(overview.stateAt(static_cast<double>(StartMs) + 5).entries().empty());
+        EXPECT_TRUE(overview.stateAt(Start + 5).entries().empty());
     }
 }
 
@@ -130,8 +130,8 @@ TEST(States, OfASweepKnowItsNeighbours)
                                sweeps[i].levels.end(),
                                [](float a, float b) { return a == b || (std::isnan(a) && std::isnan(b)); }));
     }
-    EXPECT_FALSE(overview.sweepAt(1, static_cast<double>(StartMs)).has_value());
-    EXPECT_FALSE(overview.sweepAt(99, static_cast<double>(StartMs) + 1e6).has_value());
+    EXPECT_FALSE(overview.sweepAt(1, Start).has_value());
+    EXPECT_FALSE(overview.sweepAt(99, Start + 1e6).has_value());
 }
 
 TEST(States, AreRightWhileARecordingGrowsToo)

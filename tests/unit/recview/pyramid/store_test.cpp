@@ -75,40 +75,30 @@ std::size_t inMemory()
 }
 
 /// Builds without keeping the records.
-class Stream {
+class Stream : public MadeOverview {
 public:
-    Stream()
-    {
-        Summary summary;
-        summary.header.startMs = StartMs;
-        const std::filesystem::path path = m_folder.filePath("overview").toStdString();
-        m_builder = std::make_unique<OverviewBuilder>(Store::create(path), summary,
-                                                      sourceOf(std::make_shared<MemoryRecords>()));
-    }
+    Stream() : MadeOverview(std::make_shared<MemoryRecords>()) {}
     void add(std::int32_t code, std::string text)
     {
         const auto size = static_cast<std::int64_t>(text.size()) + 30;
-        m_builder->add({m_position, ++m_timeMs, code, std::move(text)});
+        MadeOverview::add({m_position, ++m_timeMs, code, std::move(text)});
         m_position += size;
     }
     [[nodiscard]] std::int64_t bytes() const { return m_position; }
-    Overview& finish()
-    {
-        m_builder->finish();
-        return *m_builder->overview();
-    }
 
 private:
-    QTemporaryDir m_folder;
-    std::unique_ptr<OverviewBuilder> m_builder;
     std::int64_t m_position = 1000;
     std::uint64_t m_timeMs = 0;
 };
 
+void expectSmallStore(Stream& stream)
+{
+    EXPECT_LT(stream.finish().store().bytes() * 6, static_cast<std::uint64_t>(stream.bytes()) + 600'000);
+}
+
 void expectBounds(Stream& stream, std::size_t before, std::size_t mostBytes)
 {
-    const Overview& overview = stream.finish();
-    EXPECT_LT(overview.store().bytes() * 6, static_cast<std::uint64_t>(stream.bytes()) + 600'000);
+    expectSmallStore(stream);
 #if defined(__SANITIZE_ADDRESS__)
     static_cast<void>(before + mostBytes);  // what was freed is kept for a while
 #else
@@ -137,13 +127,10 @@ TEST(Bounds, ABurstInOneOfVeryManyRangesShowsAtItsLevel)
         levels[7] = i == 13'210 ? 33.25F : -90;
         stream.add(1, levelsText(values::ChannelRange::Even(1e6 * (1 + i % 5000), 10e3, 50), levels, 0, true));
     }
-    Overview& overview = stream.finish();
-    const auto start = static_cast<double>(StartMs);
+    const Overview& overview = stream.finish();
     for (const double high : {6e9, 60e9}) {
-        Grid grid({1, start, start + 20'000, 0, high, 300, 200, Combine::Max, false});
-        overview.draw(grid);
-        grid.finish();
-        EXPECT_EQ(grid.highest(), 33.25F);
+        EXPECT_EQ(drawn(overview, {1, Start, Start + 20'000, 0, high, 300, 200, Combine::Max, false}).highest(),
+                  33.25F);
     }
 }
 
@@ -169,13 +156,9 @@ TEST(Bounds, HoldForSingleCellsOfALargeMap)
         stream.add(1, someLevelsText(static_cast<std::size_t>(i * 7 % 20'000),
                                      std::vector<float>{i == 77'777 ? 9.5F : -60}, 0));
     }
-    Overview& overview = stream.finish();
-    EXPECT_LT(overview.store().bytes() * 6, static_cast<std::uint64_t>(stream.bytes()) + 600'000);
-    const auto start = static_cast<double>(StartMs);
-    Grid grid({1, start, start + 200'000, 0, 20e6, 100, 100, Combine::Max, false});
-    overview.draw(grid);
-    grid.finish();
-    EXPECT_EQ(grid.highest(), 9.5F);
+    expectSmallStore(stream);
+    EXPECT_EQ(drawn(stream.growing(), {1, Start, Start + 200'000, 0, 20e6, 100, 100, Combine::Max, false}).highest(),
+              9.5F);
 }
 
 TEST(Bounds, HoldForVeryManyTypes)

@@ -7,30 +7,33 @@ namespace RecView {
 
 namespace {
 
+using namespace testing;
+
 Credentials from(const std::string& host)
 {
-    Credentials credentials;
-    credentials.hosts = {host};
-    return credentials;
+    return {{host}, std::nullopt, std::nullopt, ""};
 }
 
 Credentials withOrigin(const std::string& origin)
 {
-    Credentials credentials = from("127.0.0.1:8080");
-    credentials.origin = origin;
-    return credentials;
+    return {{"127.0.0.1:8080"}, origin, std::nullopt, ""};
 }
 
 Credentials withSite(const std::string& site)
 {
-    Credentials credentials = from("127.0.0.1:8080");
-    credentials.fetchSite = site;
-    return credentials;
+    return {{"127.0.0.1:8080"}, std::nullopt, site, ""};
 }
 
 int statusOf(const std::optional<Denial>& denial)
 {
     return denial ? denial->status : 0;
+}
+
+std::string problemWith(const std::string& target)
+{
+    std::string problem;
+    EXPECT_FALSE(decodeTarget(target, problem).has_value()) << target;
+    return problem;
 }
 
 const Gate& gate()
@@ -69,11 +72,8 @@ TEST(Gate, PagesFromElsewhereMayNotAsk)
         EXPECT_EQ(statusOf(gate().denial("GET", "/api/events", withOrigin(origin))), 403) << origin;
         EXPECT_EQ(statusOf(gate().denial("POST", "/api/bookmarks", withOrigin(origin))), 403) << origin;
     }
-}
-
-TEST(Gate, WhatChangesSomethingTellsItsOrigin)
-{
-    EXPECT_EQ(statusOf(gate().denial("POST", "/api/bookmarks", from("127.0.0.1:8080"))), 403);
+    EXPECT_EQ(statusOf(gate().denial("POST", "/api/bookmarks", from("127.0.0.1:8080"))), 403)
+        << "what changes something tells its origin";
 }
 
 TEST(Gate, WhatBrowsersTellOfTheAskingPageIsHeeded)
@@ -107,6 +107,8 @@ TEST(Gate, WhereThereIsATokenItsCookieIsNeeded)
     EXPECT_TRUE(listening.isToken("secret"));
     EXPECT_FALSE(listening.isToken("secreT"));
     EXPECT_FALSE(listening.isToken(""));
+    EXPECT_FALSE(gate().needsToken());
+    EXPECT_FALSE(gate().isToken("")) << "without a token none is right";
 }
 
 TEST(Gate, OnAllAddressesAnyAddressIsItsHostButNoName)
@@ -119,34 +121,12 @@ TEST(Gate, OnAllAddressesAnyAddressIsItsHostButNoName)
     EXPECT_EQ(statusOf(everywhere.denial("GET", "/", from(":8080"))), 403);
 }
 
-TEST(Gate, WithoutATokenNoneIsRight)
-{
-    EXPECT_FALSE(gate().needsToken());
-    EXPECT_FALSE(gate().isToken(""));
-}
-
 TEST(Secret, NoTwoAreAlikeAndEachIsLong)
 {
     const std::string first = newSecret();
     EXPECT_EQ(first.size(), 32U);
     EXPECT_NE(first, newSecret());
 }
-
-}  // namespace RecView
-
-using RecView::decodeTarget;
-using namespace testing;
-
-namespace {
-
-std::string problemWith(const std::string& target)
-{
-    std::string problem;
-    EXPECT_FALSE(decodeTarget(target, problem).has_value()) << target;
-    return problem;
-}
-
-}  // namespace
 
 TEST(RequestTarget, PathAndQueryAreDecoded)
 {
@@ -155,10 +135,7 @@ TEST(RequestTarget, PathAndQueryAreDecoded)
     ASSERT_TRUE(target.has_value()) << problem;
     EXPECT_EQ(target->path, "/api/a b+c");
     EXPECT_THAT(target->query, ElementsAre(Pair("empty", ""), Pair("flag", ""),
-                                           Pair("recording",
-                                                "N\xC3\xA4"
-                                                "chte 1"),
-                                           Pair("x", "a&b=")));
+                                           Pair("recording", std::string("N\xC3\xA4") + "chte 1"), Pair("x", "a&b=")));
 }
 
 TEST(RequestTarget, ANameThatStandsTwiceIsRefusedHoweverItIsWritten)
@@ -189,3 +166,5 @@ TEST(RequestTarget, OnlyAbsolutePathsAreTargets)
     }
     EXPECT_THAT(problemWith("/a#b"), HasSubstr("#"));
 }
+
+}  // namespace RecView

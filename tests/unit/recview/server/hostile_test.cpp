@@ -31,7 +31,28 @@ private:
 
 }  // namespace
 
-using HostileTest = ServerTest;
+class HostileTest : public ServerTest {
+protected:
+    /// Answers without end. @return what is ready when the maker of the pieces is given up
+    std::future<void> startEndless()
+    {
+        start([this](const Request& request) {
+            Response response = endless(request);
+            response.more = [more = response.more, end = std::shared_ptr<void>(nullptr, [this](void*) {
+                                                       m_ended.set_value();
+                                                   })](std::string& piece) { return more(piece); };
+            return response;
+        });
+        return m_ended.get_future();
+    }
+    static void expectEnd(const std::future<void>& ended)
+    {
+        EXPECT_EQ(ended.wait_for(std::chrono::seconds(60)), std::future_status::ready);
+    }
+
+private:
+    std::promise<void> m_ended;
+};
 
 TEST_F(HostileTest, WhatIsTooLargeIsRefused)
 {
@@ -88,35 +109,20 @@ TEST_F(HostileTest, AConnectionThatAsksNothingIsGivenUp)
 TEST_F(HostileTest, AReaderThatTakesNothingIsGivenUp)
 {
     m_options.limits.stallTime = milliseconds(100);
-    std::promise<void> ended;
-    start([&ended](const Request& request) {
-        Response response = endless(request);
-        response.more = [more = response.more, end = std::shared_ptr<void>(nullptr, [&ended](void*) {
-                                                   ended.set_value();
-                                               })](std::string& piece) { return more(piece); };
-        return response;
-    });
+    const std::future<void> ended = startEndless();
     Client client(m_port);
     client.send(requestOf("GET /api/csv"));
-    // What makes the pieces is given up with the connection.
-    EXPECT_EQ(ended.get_future().wait_for(std::chrono::seconds(60)), std::future_status::ready);
+    expectEnd(ended);  // what makes the pieces is given up with the connection
 }
 
 TEST_F(HostileTest, AStreamThatIsStoppedHalfWayEndsForItsMakerToo)
 {
-    std::promise<void> ended;
-    start([&ended](const Request& request) {
-        Response response = endless(request);
-        response.more = [more = response.more, end = std::shared_ptr<void>(nullptr, [&ended](void*) {
-                                                   ended.set_value();
-                                               })](std::string& piece) { return more(piece); };
-        return response;
-    });
+    const std::future<void> ended = startEndless();
     Client client(m_port);
     client.send(requestOf("GET /api/csv"));
     EXPECT_FALSE(client.receiveSome().empty());
     client.abort();
-    EXPECT_EQ(ended.get_future().wait_for(std::chrono::seconds(60)), std::future_status::ready);
+    expectEnd(ended);
     m_server.reset();
 }
 
@@ -124,10 +130,9 @@ TEST_F(HostileTest, MoreConnectionsThanThereMayBeAreToldSo)
 {
     m_options.limits.connections = 8;
     start();
-    std::vector<std::unique_ptr<Client>> clients;
-    for (int i = 0; i < 8; ++i) {
-        clients.push_back(std::make_unique<Client>(m_port));
-        ASSERT_TRUE(clients.back()->get("/icon.svg").has_value());
+    const auto clients = this->clients(8, [&](int /*number*/) { return requestOf("GET /icon.svg"); });
+    for (const auto& client : clients) {
+        ASSERT_TRUE(client->receive().has_value());
     }
     Client surplus(m_port);
     const auto answer = surplus.receive();
@@ -143,11 +148,7 @@ TEST_F(HostileTest, TwoHundredConnectionsAtOnceAreAllAnswered)
 {
     start();
     constexpr std::size_t Count = 200;
-    std::vector<std::unique_ptr<Client>> clients;
-    for (std::size_t i = 0; i < Count; ++i) {
-        clients.push_back(std::make_unique<Client>(m_port));
-        ASSERT_TRUE(clients.back()->isConnected());
-    }
+    const auto clients = this->clients(Count, [](int /*number*/) { return ""; });
     std::size_t answered = 0;
     std::size_t refused = 0;
     for (int round = 0; round < 3; ++round) {
@@ -174,12 +175,8 @@ TEST_F(HostileTest, MoreRequestsThanMayWaitAreToldSo)
         barrier.wait();
         return echo(request);
     });
-    std::vector<std::unique_ptr<Client>> clients;
     constexpr int Count = 12;
-    for (int i = 0; i < Count; ++i) {
-        clients.push_back(std::make_unique<Client>(m_port));
-        clients.back()->send(requestOf("GET /api/x"));
-    }
+    const auto clients = this->clients(Count, [&](int /*number*/) { return requestOf("GET /api/x"); });
     // Two are being worked on at most, four wait.
     EXPECT_EQ(Client(m_port).get("/icon.svg")->status, 200) << "what needs no worker goes on";
     barrier.open();
@@ -229,11 +226,9 @@ TEST_F(HostileTest, MoreStreamsOfEventsThanThereMayBeAreToldSo)
 {
     m_options.limits.eventStreams = 3;
     start();
-    std::vector<std::unique_ptr<Client>> clients;
-    for (int i = 0; i < 3; ++i) {
-        clients.push_back(std::make_unique<Client>(m_port));
-        clients.back()->send(requestOf("GET /api/events"));
-        EXPECT_THAT(clients.back()->receiveSome(), HasSubstr("200 OK"));
+    const auto clients = this->clients(3, [&](int /*number*/) { return requestOf("GET /api/events"); });
+    for (const auto& client : clients) {
+        EXPECT_THAT(client->receiveSome(), HasSubstr("200 OK"));
     }
     Client surplus(m_port);
     EXPECT_EQ(surplus.get("/api/events")->status, 503);
@@ -274,13 +269,8 @@ TEST_F(HostileTest, AStreamOfEventsThatIsNotReadIsClosedAndCostsTheOthersNothing
 TEST_F(HostileTest, ItEndsAtOnceWithConnectionsOpen)
 {
     start();
-    std::vector<std::unique_ptr<Client>> clients;
-    for (int i = 0; i < 50; ++i) {
-        clients.push_back(std::make_unique<Client>(m_port));
-        clients.back()->send(i % 3 == 0   ? requestOf("GET /api/events")
-                             : i % 3 == 1 ? std::string("GET / HT")
-                                          : requestOf("GET /"));
-    }
+    const auto clients = this->clients(
+        50, [&](int i) { return i % 3 == 1 ? "GET / HT" : requestOf(i % 3 == 0 ? "GET /api/events" : "GET /"); });
     EXPECT_TRUE(clients[2]->receive().has_value());
     const auto begin = std::chrono::steady_clock::now();
     m_server.reset();

@@ -50,6 +50,17 @@ protected:
         const auto answer = client.receive(request.starts_with("HEAD "));
         return answer ? answer->status : 0;
     }
+    /// Connections, each of which has sent what it is given for its number.
+    [[nodiscard]] std::vector<std::unique_ptr<Client>> clients(int count, const std::function<std::string(int)>& asked)
+    {
+        std::vector<std::unique_ptr<Client>> all;
+        for (int i = 0; i < count; ++i) {
+            all.push_back(std::make_unique<Client>(m_port));
+            EXPECT_TRUE(all.back()->isConnected());
+            all.back()->send(asked(i));
+        }
+        return all;
+    }
     void expectsToAnswer() const
     {
         Client client(m_port);
