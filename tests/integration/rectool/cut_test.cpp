@@ -4,7 +4,6 @@
 #include <values/recordingtext.h>
 
 #include "filesizelimit.h"
-#include "randomrecording.h"
 #include "rectooltesting.h"
 #include "support/recordingbytes.h"
 #include "support/samplerecording.h"
@@ -16,23 +15,14 @@ using RecTool::ExitCode;
 using namespace testing;
 namespace Inspection = Recording2::Inspection;
 
-class Cut : public testing::Test {
+class Cut : public InFolder {
 protected:
-    std::string random(const RandomOptions& options)
+    using InFolder::part;
+    [[nodiscard]] std::string part(const std::string& source, std::uint64_t from, std::uint64_t to,
+                                   const std::string& name = "cut.rec") const
     {
-        std::string path = m_folder.file("random.rec");
-        writeRandomRecording(path, options);
-        return path;
+        return part(source, std::to_string(from), std::to_string(to), name);
     }
-    std::string bearings(bool withRangeTable = true)
-    {
-        std::string path = m_folder.file("bearings.rec");
-        writeBearingRecording(path, withRangeTable);
-        return path;
-    }
-    [[nodiscard]] std::string file(const std::string& name) const { return m_folder.file(name); }
-
-    Folder m_folder;
 };
 
 class RandomCut : public Cut, public testing::WithParamInterface<std::uint32_t> {};
@@ -70,11 +60,8 @@ TEST_P(RandomCut, HasTheStateOfTheSourceAtEveryMoment)
     const std::uint64_t end = lastTime(source);
     for (std::uint64_t from = 0; from <= end; from += 1 + end / 23) {
         const std::uint64_t to = std::min(end, from + end / 3);
-        const Result result = cut(source, std::to_string(from), std::to_string(to), file("cut" + std::to_string(from)));
-        ASSERT_EQ(result.exitCode, ExitCode::Fine) << result.err;
-        EXPECT_EQ(firstDifference(expected, History(file("cut" + std::to_string(from))), RandomStartMs + from,
-                                  RandomStartMs + to),
-                  0U)
+        const History found(part(source, from, to, "cut" + std::to_string(from)));
+        EXPECT_EQ(firstDifference(expected, found, RandomStartMs + from, RandomStartMs + to), 0U)
             << from << " to " << to;
     }
 }
@@ -85,7 +72,7 @@ TEST_P(RandomCut, KeepsTheClockTimesOfRecordsBookmarksAndHeader)
     const std::uint64_t end = lastTime(source);
     const std::uint64_t from = end / 3;
     const std::uint64_t to = end * 2 / 3;
-    ASSERT_EQ(cut(source, std::to_string(from), std::to_string(to), file("cut.rec")).exitCode, ExitCode::Fine);
+    const std::string part = this->part(source, from, to);
 
     std::vector<ClockedRecord> expected;
     for (const ClockedRecord& record : recordsOf(source)) {
@@ -93,13 +80,13 @@ TEST_P(RandomCut, KeepsTheClockTimesOfRecordsBookmarksAndHeader)
             expected.push_back(record);
         }
     }
-    std::vector<ClockedRecord> found = recordsOf(file("cut.rec"));
+    std::vector<ClockedRecord> found = recordsOf(part);
     const auto body = std::find_if(found.begin(), found.end(),
                                    [&](const ClockedRecord& record) { return record.clockMs >= RandomStartMs + from; });
     EXPECT_EQ((body - 1)->clockMs, RandomStartMs + from - 2) << "one millisecond stays free behind the state";
     EXPECT_EQ(std::vector<ClockedRecord>(body, found.end()), expected);
 
-    const Inspection::Summary summary = Inspection::inspect(file("cut.rec"));
+    const Inspection::Summary summary = Inspection::inspect(part);
     const auto stateRecords = static_cast<std::uint64_t>(body - found.begin());
     EXPECT_EQ(summary.header.startMs + summary.times.front().timeMs, found.front().clockMs);
     EXPECT_EQ(summary.times[stateRecords - 1].timeMs - summary.times.front().timeMs, stateRecords - 1);
@@ -110,31 +97,25 @@ TEST_P(RandomCut, KeepsTheClockTimesOfRecordsBookmarksAndHeader)
     std::map<std::uint64_t, std::string> bookmarks = bookmarksOf(source);
     bookmarks.erase(bookmarks.begin(), bookmarks.lower_bound(RandomStartMs + from));
     bookmarks.erase(bookmarks.upper_bound(RandomStartMs + to), bookmarks.end());
-    EXPECT_EQ(bookmarksOf(file("cut.rec")), bookmarks);
-    EXPECT_TRUE(isSound(file("cut.rec")));
+    EXPECT_EQ(bookmarksOf(part), bookmarks);
+    EXPECT_TRUE(isSound(part));
 }
 
 TEST_P(RandomCut, OfEverythingIsTheSourceByteForByte)
 {
     const std::string source = random({.seed = GetParam(), .bookmarks = false});
-    ASSERT_EQ(cut(source, "", "", file("cut.rec")).exitCode, ExitCode::Fine);
-    EXPECT_EQ(bytesOf(file("cut.rec")), bytesOf(source));
+    EXPECT_EQ(bytesOf(part(source, "", "")), bytesOf(source));
 }
 
 TEST_P(RandomCut, OfACutIsTheCutOfTheSource)
 {
     const std::string source = random({.seed = GetParam()});
     const std::uint64_t end = lastTime(source);
-    ASSERT_EQ(cut(source, std::to_string(end / 4), std::to_string(end - 1), file("first.rec")).exitCode,
-              ExitCode::Fine);
-    const std::uint64_t firstStart = Inspection::inspect(file("first.rec")).header.startMs;
-    const auto inFirst = [&](std::uint64_t time) { return std::to_string(RandomStartMs + time - firstStart); };
-    ASSERT_EQ(cut(file("first.rec"), inFirst(end / 2), inFirst(end * 3 / 4), file("second.rec")).exitCode,
-              ExitCode::Fine);
-    const History expected(source);
-    EXPECT_EQ(
-        firstDifference(expected, History(file("second.rec")), RandomStartMs + end / 2, RandomStartMs + end * 3 / 4),
-        0U);
+    const std::string first = part(source, end / 4, end - 1, "first.rec");
+    const std::uint64_t firstStart = Inspection::inspect(first).header.startMs;
+    const auto inFirst = [&](std::uint64_t time) { return RandomStartMs + time - firstStart; };
+    const History found(part(first, inFirst(end / 2), inFirst(end * 3 / 4), "second.rec"));
+    EXPECT_EQ(firstDifference(History(source), found, RandomStartMs + end / 2, RandomStartMs + end * 3 / 4), 0U);
 }
 
 TEST_P(RandomCut, ReplaysIntoTheSameBearingsAtTheEnd)
@@ -143,9 +124,8 @@ TEST_P(RandomCut, ReplaysIntoTheSameBearingsAtTheEnd)
     const std::uint64_t end = lastTime(source);
     const std::string expected = replayed(source);
     for (std::uint64_t from = 17; from <= end; from += 1 + end / 29) {  // from the first state of the map on
-        const std::string part = file(std::to_string(from));
-        ASSERT_EQ(cut(source, std::to_string(from), "", part).exitCode, ExitCode::Fine);
-        EXPECT_EQ(replayed(part), expected) << from;
+        const std::string time = std::to_string(from);
+        EXPECT_EQ(replayed(part(source, time, "", time)), expected) << from;
     }
 }
 
@@ -153,10 +133,11 @@ INSTANTIATE_TEST_SUITE_P(Seeds, RandomCut, testing::Range(1U, 7U));
 
 TEST_F(Cut, AtAnyMomentReplayGoesOnAsInTheSource)
 {
-    const std::string source = bearings();
+    const std::string source = file("bearings.rec");
+    writeBearingRecording(source, true);
     for (const std::uint64_t from : {10U, 11U, 99U, 100U, 101U, 208U, 209U, 210U, 999U, 1000U, 1001U, 1500U, 1999U}) {
-        const std::string part = file(std::to_string(from));
-        ASSERT_EQ(cut(source, std::to_string(from), "", part).exitCode, ExitCode::Fine);
+        const std::string time = std::to_string(from);
+        const std::string part = this->part(source, time, "", time);
         EXPECT_EQ(replayed(part), replayed(source)) << from;
         if (from > 1000) {  // the source's table does not name the range that came then, the part's does
             EXPECT_EQ(replayed(part, 1'700'000'000'000 + from), replayed(source)) << from;
@@ -176,15 +157,14 @@ TEST_F(Cut, NoStateIsPlacedWhereReplayWouldReadTheRecordInFrontOfIt)
     recording.record(20, "7;0|34;2000,10,2|50;1//", 201, true);
     recording.record(36, "1;1", 500);
     writeBytes(file("source.rec"), recording.close());
-    ASSERT_EQ(cut(file("source.rec"), "300", "", file("cut.rec")).exitCode, ExitCode::Fine);
-    Recording2::CFileAccess cutFile(file("cut.rec").c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
+    const std::string part = this->part(file("source.rec"), "300", "");
+    Recording2::CFileAccess cutFile(part.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
     Recording2::CVTCmdData record;
     unsigned long long time = 0;
     cutFile.CRDTableToBegin();
     cutFile.readNextChannelRangeDef(record, time);
     EXPECT_EQ(record.cmd(), 20);
-    EXPECT_EQ(History(file("cut.rec")).at(1'500'000'000'123 + 300),
-              History(file("source.rec")).at(1'500'000'000'123 + 300));
+    EXPECT_EQ(History(part).at(1'500'000'000'123 + 300), History(file("source.rec")).at(1'500'000'000'123 + 300));
 }
 
 TEST_F(Cut, AFullDiskLeavesNothingBehind)

@@ -1,7 +1,6 @@
 // Differences between two moments of a recording.
 #include <nlohmann/json.hpp>
 
-#include "randomrecording.h"
 #include "rectooltesting.h"
 
 namespace {
@@ -9,7 +8,7 @@ namespace {
 using namespace RecToolTests;
 using nlohmann::json;
 
-class RandomDiff : public testing::TestWithParam<std::uint32_t> {};
+class RandomDiff : public InFolder, public testing::WithParamInterface<std::uint32_t> {};
 
 /// A value without what may change although nothing that was measured does.
 json content(json value)
@@ -24,9 +23,7 @@ json content(json value)
 
 TEST_P(RandomDiff, ListsExactlyTheTypesWhoseStatesDiffer)
 {
-    const Folder folder;
-    const std::string file = folder.file("random.rec");
-    writeRandomRecording(file, {.seed = GetParam(), .damagedTexts = true});
+    const std::string file = random({.seed = GetParam(), .damagedTexts = true});
     for (std::uint64_t from = 5; from < 400; from += 37) {
         const std::uint64_t to = from + std::uint64_t{60} * GetParam();
         const Result result = run([&] {

@@ -6,7 +6,6 @@
 #include <recording2/fileaccess.h>
 
 #include "filesizelimit.h"
-#include "randomrecording.h"
 #include "rectooltesting.h"
 #include "support/recordingbytes.h"
 
@@ -26,29 +25,20 @@ HeaderFields headerFrom(std::uint64_t startMs, std::uint64_t stopMs, const std::
     return {.startMs = Start + startMs, .stopMs = Start + stopMs, .deviceName = device};
 }
 
-class Merge : public testing::Test {
+class Merge : public InFolder {
 protected:
-    std::string random(const std::string& name, const RandomOptions& options)
-    {
-        std::string path = m_folder.file(name);
-        writeRandomRecording(path, options);
-        return path;
-    }
     std::string store(const std::string& name, const ReferenceRecording& recording, const HeaderFields& header)
     {
         std::string path = m_folder.file(name);
         writeBytes(path, recording.close(header));
         return path;
     }
-    [[nodiscard]] std::string file(const std::string& name) const { return m_folder.file(name); }
     nlohmann::json mergeToJson(const std::vector<std::string>& files, bool separate = false)
     {
         const Result result = run([&] { return RecTool::merge({files, file("merged.rec"), separate, true, true}); });
         EXPECT_EQ(result.exitCode, ExitCode::Fine) << result.err;
         return result.exitCode == ExitCode::Fine ? nlohmann::json::parse(result.out) : nlohmann::json();
     }
-
-    Folder m_folder;
 };
 
 class RandomMerge : public Merge, public testing::WithParamInterface<std::uint32_t> {};
@@ -84,18 +74,15 @@ std::string firstOtherLine(const std::string& a, const std::string& b)
 
 TEST_P(RandomMerge, OfTheTwoHalvesIsTheSource)
 {
-    const std::string source = random("source.rec", {.seed = GetParam(), .bookmarks = false});
+    const std::string source = random({.seed = GetParam(), .bookmarks = false});
     const std::uint64_t end = Inspection::inspect(source).times.back().timeMs;
     for (std::uint64_t at = 8; at <= end; at += 1 + end / 19) {
         const std::string name = std::to_string(at);
-        ASSERT_EQ(cut(source, "", name, file("first" + name)).exitCode, ExitCode::Fine);
-        ASSERT_EQ(cut(source, name, "", file("second" + name)).exitCode, ExitCode::Fine);
-        const Result result = merge({file("second" + name), file("first" + name)}, file("whole" + name));
-        ASSERT_EQ(result.exitCode, ExitCode::Fine) << result.err;
-        EXPECT_EQ(firstDifference(History(source), History(file("whole" + name)), RandomStartMs, RandomStartMs + end),
-                  0U)
+        const std::string first = part(source, "", name, "first" + name);
+        const std::string merged = whole({part(source, name, "", "second" + name), first}, "whole" + name);
+        EXPECT_EQ(firstDifference(History(source), History(merged), RandomStartMs, RandomStartMs + end), 0U)
             << "halves at " << at;
-        const Inspection::Header header = Inspection::inspect(file("whole" + name)).header;
+        const Inspection::Header header = Inspection::inspect(merged).header;
         EXPECT_EQ(header.startMs, RandomStartMs);
         EXPECT_EQ(header.stopMs, Inspection::inspect(source).header.stopMs);
     }
@@ -103,20 +90,17 @@ TEST_P(RandomMerge, OfTheTwoHalvesIsTheSource)
 
 TEST_P(RandomMerge, OfManyPartsIsTheSource)
 {
-    const std::string source = random("source.rec", {.seed = GetParam()});
+    const std::string source = random({.seed = GetParam()});
     const std::uint64_t end = Inspection::inspect(source).times.back().timeMs;
     std::vector<std::string> parts;
     for (std::uint64_t i = 0; i < 7; ++i) {
         const std::string from = i == 0 ? "" : std::to_string(end * i / 7);
-        parts.push_back(file("part" + std::to_string(i)));
-        ASSERT_EQ(cut(source, from, i == 6 ? "" : std::to_string(end * (i + 1) / 7), parts.back()).exitCode,
-                  ExitCode::Fine);
+        const std::string to = i == 6 ? "" : std::to_string(end * (i + 1) / 7);
+        parts.insert(parts.begin(), part(source, from, to, "part" + std::to_string(i)));
     }
-    std::reverse(parts.begin(), parts.end());
-    const Result result = merge(parts, file("whole.rec"));
-    ASSERT_EQ(result.exitCode, ExitCode::Fine) << result.err;
-    EXPECT_EQ(firstDifference(History(source), History(file("whole.rec")), RandomStartMs, RandomStartMs + end), 0U);
-    EXPECT_EQ(bookmarksOf(file("whole.rec")), bookmarksOf(source));
+    const std::string merged = whole(parts, "whole.rec");
+    EXPECT_EQ(firstDifference(History(source), History(merged), RandomStartMs, RandomStartMs + end), 0U);
+    EXPECT_EQ(bookmarksOf(merged), bookmarksOf(source));
 }
 
 TEST_P(RandomMerge, OfAnyPartsIsTheSourceRecordByRecord)
@@ -125,12 +109,12 @@ TEST_P(RandomMerge, OfAnyPartsIsTheSourceRecordByRecord)
     const auto below = [&](std::uint64_t end) { return random() % end; };
     for (int round = 0; round < 12; ++round) {
         const std::string name = std::to_string(round);
-        const std::string source =
-            this->random("source" + name, {.seed = GetParam() * 1000 + static_cast<std::uint32_t>(round),
-                                           .changes = static_cast<int>(1 + below(150)),
-                                           .damagedTexts = below(2) == 0,
-                                           .bearings = below(2) == 0,
-                                           .bookmarks = below(2) == 0});
+        const std::string source = this->random({.seed = GetParam() * 1000 + static_cast<std::uint32_t>(round),
+                                                 .changes = static_cast<int>(1 + below(150)),
+                                                 .damagedTexts = below(2) == 0,
+                                                 .bearings = below(2) == 0,
+                                                 .bookmarks = below(2) == 0},
+                                                "source" + name);
         const std::uint64_t end = Inspection::inspect(source).times.back().timeMs;
         std::set<std::uint64_t> cuts;
         for (std::uint64_t i = 1 + below(6); i > 0; --i) {
@@ -143,22 +127,19 @@ TEST_P(RandomMerge, OfAnyPartsIsTheSourceRecordByRecord)
         std::vector<std::string> parts;
         std::string from;
         for (const std::uint64_t at : cuts) {
-            parts.push_back(file("part" + name + '_' + std::to_string(at)));
             const bool last = at == *cuts.rbegin();
             const bool twice = !last && below(2) == 0;  // the moment of the cut is in both parts
             const std::string to = last ? "" : std::to_string(twice ? at : at - 1);
-            ASSERT_EQ(cut(source, from, to, parts.back()).exitCode, ExitCode::Fine);
+            parts.push_back(part(source, from, to, "part" + name + '_' + std::to_string(at)));
             from = std::to_string(at);
         }
         std::shuffle(parts.begin(), parts.end(), random);
-        const Result result =
-            parts.size() == 1 ? cut(source, "", "", file("whole" + name)) : merge(parts, file("whole" + name));
-        ASSERT_EQ(result.exitCode, ExitCode::Fine) << result.err;
-        EXPECT_EQ(firstOtherLine(cat(file("whole" + name)), cat(source)), "")
+        const std::string merged =
+            parts.size() == 1 ? part(source, "", "", "whole" + name) : whole(parts, "whole" + name);
+        EXPECT_EQ(firstOtherLine(cat(merged), cat(source)), "")
             << "round " << round << ", cut at " << testing::PrintToString(cuts);
-        EXPECT_EQ(bookmarksOf(file("whole" + name)), bookmarksOf(source));
-        EXPECT_EQ(Inspection::inspect(file("whole" + name)).channelRangeTimes,
-                  Inspection::inspect(source).channelRangeTimes);
+        EXPECT_EQ(bookmarksOf(merged), bookmarksOf(source));
+        EXPECT_EQ(Inspection::inspect(merged).channelRangeTimes, Inspection::inspect(source).channelRangeTimes);
     }
 }
 
@@ -166,9 +147,9 @@ TEST_P(RandomMerge, OfAnyPartsIsTheSourceRecordByRecord)
 
 TEST_P(RandomMerge, KeepsEveryRecordOfStationsThatShareNoValue)
 {
-    const std::string one = random("one.rec", {.seed = GetParam(), .bearings = false});
+    const std::string one = random({.seed = GetParam(), .bearings = false}, "one.rec");
     const std::string two =
-        random("two.rec", {.seed = GetParam() + 100, .startMs = RandomStartMs + 77, .pathPrefix = "/Two"});
+        random({.seed = GetParam() + 100, .startMs = RandomStartMs + 77, .pathPrefix = "/Two"}, "two.rec");
     // The number without a name would be the same value in both.
     const Result refused = merge({two, one}, file("merged.rec"));
     EXPECT_EQ(refused.exitCode, ExitCode::Usage);
@@ -239,8 +220,8 @@ TEST_F(Merge, ARangeTimeWithoutARecordKeepsItsClockTime)
 
 TEST_F(Merge, AFullDiskLeavesNothingBehind)
 {
-    const std::string one = random("one.rec", {.seed = 1});
-    const std::string two = random("two.rec", {.seed = 2, .startMs = RandomStartMs + 1'000'000});
+    const std::string one = random({.seed = 1}, "one.rec");
+    const std::string two = random({.seed = 2, .startMs = RandomStartMs + 1'000'000}, "two.rec");
     const FileSizeLimit limit(3000);
     if (!limit.works()) {
         GTEST_SKIP() << "This system has no limit on the size of files.";

@@ -16,13 +16,13 @@ using RecTool::NewRecording;
 using namespace testing;
 namespace Inspection = Recording2::Inspection;
 
-class NewRecordingTest : public testing::Test {
+class NewRecordingTest : public InFolder {
 protected:
     /// Makes a recording of what the records and the header are.
     Result make(const std::function<void(NewRecording&)>& fill, const Inspection::Header& header)
     {
         return run([&] {
-            NewRecording recording(m_folder.file("new.rec"), false);
+            NewRecording recording(file("new.rec"), false);
             EXPECT_EQ(recording.create({{1, 3, "LEVEL", "/L"}}), ExitCode::Fine);
             EXPECT_THAT(m_folder.names(), ElementsAre("new.rec.part"));
             fill(recording);
@@ -37,8 +37,12 @@ protected:
         header.stopMs = 1'600'000'001'456;
         return header;
     }
-
-    Folder m_folder;
+    void expectNothing(const Result& result, const char* sentence) const
+    {
+        EXPECT_EQ(result.exitCode, ExitCode::CannotRead);
+        EXPECT_THAT(result.err, HasSubstr(sentence));
+        EXPECT_THAT(m_folder.names(), IsEmpty());
+    }
 };
 
 }  // namespace
@@ -52,11 +56,11 @@ TEST_F(NewRecordingTest, HasWhatWasWritten)
     };
     ASSERT_EQ(make(fill, header()).exitCode, ExitCode::Fine);
     EXPECT_THAT(m_folder.names(), ElementsAre("new.rec"));
-    const Inspection::Summary summary = Inspection::inspect(m_folder.file("new.rec"));
+    const Inspection::Summary summary = Inspection::inspect(file("new.rec"));
     EXPECT_THAT(summary.channelRangeTimes, ElementsAre(10, 15));
     EXPECT_EQ(summary.bookmarks.front().text, "mark");
     EXPECT_EQ(summary.header.stopMs, 1'600'000'001'456U);
-    EXPECT_THAT(recordsOf(m_folder.file("new.rec")),
+    EXPECT_THAT(recordsOf(file("new.rec")),
                 ElementsAre(ClockedRecord{1'600'000'000'133, 1, "one"}, ClockedRecord{1'600'000'000'143, 1, "two"}));
 }
 
@@ -66,20 +70,15 @@ TEST_F(NewRecordingTest, RecordsThatAreNotStoredAsTheyWereGivenAreNoticed)
         recording.write(1, "one", 20, false);
         recording.write(1, "two", 10, false);  // stored as 21
     };
-    const Result result = make(fill, header());
-    EXPECT_EQ(result.exitCode, ExitCode::CannotRead);
-    EXPECT_THAT(result.err, HasSubstr("The records are not those that were written."));
-    EXPECT_THAT(m_folder.names(), IsEmpty());
+    expectNothing(make(fill, header()), "The records are not those that were written.");
 }
 
 TEST_F(NewRecordingTest, AHeaderThatCannotTellTheTimesIsNoticed)
 {
     Inspection::Header late = header();
     late.startMs = late.stopMs = std::uint64_t{1} << 62U;  // too many for microseconds
-    const Result result = make([](NewRecording& recording) { recording.write(1, "one", 10, false); }, late);
-    EXPECT_EQ(result.exitCode, ExitCode::CannotRead);
-    EXPECT_THAT(result.err, HasSubstr("The header cannot tell the start or the stop."));
-    EXPECT_THAT(m_folder.names(), IsEmpty());
+    expectNothing(make([](NewRecording& recording) { recording.write(1, "one", 10, false); }, late),
+                  "The header cannot tell the start or the stop.");
 }
 
 TEST_F(NewRecordingTest, AnInterruptLeavesNothingBehind)
@@ -88,31 +87,26 @@ TEST_F(NewRecordingTest, AnInterruptLeavesNothingBehind)
         recording.write(1, "one", 10, false);
         EXPECT_EQ(std::raise(SIGINT), 0);
     };
-    const Result result = make(fill, header());
-    EXPECT_EQ(result.exitCode, ExitCode::CannotRead);
-    EXPECT_THAT(result.err, HasSubstr("Interrupted. Nothing was written."));
-    EXPECT_THAT(m_folder.names(), IsEmpty());
+    expectNothing(make(fill, header()), "Interrupted. Nothing was written.");
 }
 
 TEST_F(NewRecordingTest, AFileThatAppearedMeanwhileIsNotReplaced)
 {
     const auto fill = [&](NewRecording& recording) {
         recording.write(1, "one", 10, false);
-        writeBytes(m_folder.file("new.rec"), "precious");
+        writeBytes(file("new.rec"), "precious");
     };
     EXPECT_EQ(make(fill, header()).exitCode, ExitCode::CannotRead);
-    EXPECT_EQ(bytesOf(m_folder.file("new.rec")), "precious");
+    EXPECT_EQ(bytesOf(file("new.rec")), "precious");
     EXPECT_THAT(m_folder.names(), ElementsAre("new.rec"));
 }
 
 namespace {
 
-using testing::HasSubstr;
 namespace fs = std::filesystem;
 
-class Kept : public testing::Test {
+class Kept : public InFolder {
 protected:
-    [[nodiscard]] std::string file(const std::string& name) const { return m_folder.file(name); }
     std::string with(const std::string& name, const std::string& bytes) const
     {
         writeBytes(file(name), bytes);
@@ -131,8 +125,6 @@ protected:
         writeSampleRecording(file("sample"));
         return bytesOf(file("sample"));
     }
-
-    Folder m_folder;
 };
 
 }  // namespace

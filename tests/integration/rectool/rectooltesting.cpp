@@ -118,15 +118,4 @@ std::vector<std::string> Folder::names() const
     return names;
 }
 
-std::string bytesOf(const std::string& file)
-{
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-void writeBytes(const std::string& file, const std::string& bytes)
-{
-    std::ofstream(file, std::ios::binary) << bytes;
-}
-
 }  // namespace RecToolTests

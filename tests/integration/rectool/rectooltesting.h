@@ -4,7 +4,8 @@
 #include <recording2/inspection/inspection.h>
 #include <verbs/commands.h>
 
-#include "support/testing.h"
+#include "randomrecording.h"
+#include "support/files.h"
 
 namespace RecToolTests {
 
@@ -61,7 +62,35 @@ private:
     QTemporaryDir m_folder;
 };
 
-std::string bytesOf(const std::string& file);
-void writeBytes(const std::string& file, const std::string& bytes);
+class InFolder : public testing::Test {
+protected:
+    [[nodiscard]] std::string file(const std::string& name) const { return m_folder.file(name); }
+    /// Writes a random recording.
+    [[nodiscard]] std::string random(const RandomOptions& options, const std::string& name = "random.rec") const
+    {
+        writeRandomRecording(file(name), options);
+        return file(name);
+    }
+    /// Cuts, which must be possible. @return the part
+    [[nodiscard]] std::string part(const std::string& source, const std::string& from, const std::string& to,
+                                   const std::string& name = "cut.rec") const
+    {
+        const Result result = cut(source, from, to, file(name));
+        EXPECT_EQ(result.exitCode, RecTool::ExitCode::Fine) << result.err;
+        return file(name);
+    }
+    /// The same of several. @return the whole
+    [[nodiscard]] std::string whole(const std::vector<std::string>& files, const std::string& name) const
+    {
+        const Result result = merge(files, file(name));
+        EXPECT_EQ(result.exitCode, RecTool::ExitCode::Fine) << result.err;
+        return file(name);
+    }
+
+    Folder m_folder;
+};
+
+using TestSupport::bytesOf;
+using TestSupport::writeBytes;
 
 }  // namespace RecToolTests

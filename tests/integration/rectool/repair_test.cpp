@@ -5,20 +5,17 @@
 #include <recording2/inspection/rescue/repairedtimes.h>
 #include <recording2/inspection/verify/verification.h>
 
-#include "randomrecording.h"
 #include "rectooltesting.h"
-#include "support/testing.h"
 
 namespace {
 
 using namespace RecToolTests;
 using RecTool::ExitCode;
-using testing::HasSubstr;
+using namespace testing;
 namespace Inspection = Recording2::Inspection;
 
-class RepairVerb : public testing::Test {
+class RandomRepair : public InFolder, public testing::WithParamInterface<std::uint32_t> {
 protected:
-    [[nodiscard]] std::string file(const std::string& name) const { return m_folder.file(name); }
     Result repair(const std::string& bytes)
     {
         writeBytes(file("in.rec"), bytes);
@@ -26,11 +23,6 @@ protected:
         const Result result = run([&] { return RecTool::repair({file("in.rec"), file("out.rec"), 0, true, false}); });
         EXPECT_EQ(bytesOf(file("in.rec")), bytes) << "the original was changed";
         return result;
-    }
-    std::string random(const RandomOptions& options)
-    {
-        writeRandomRecording(file("random.rec"), options);
-        return bytesOf(file("random.rec"));
     }
     [[nodiscard]] Inspection::Summary result() const { return Inspection::inspect(file("out.rec")); }
     void expectSoundResult() const
@@ -41,11 +33,7 @@ protected:
             EXPECT_EQ(remark.severity, Inspection::Severity::Note) << remark.offset << ": " << remark.text;
         }
     }
-
-    Folder m_folder;
 };
-
-class RandomRepair : public RepairVerb, public testing::WithParamInterface<std::uint32_t> {};
 
 /// Records without their times.
 std::vector<std::pair<std::int32_t, std::string>> contents(const std::string& file)
@@ -71,7 +59,7 @@ std::vector<std::uint64_t> timesOf(const Inspection::Summary& summary)
 TEST_P(RandomRepair, OfASoundFileIsACopy)
 {
     for (const bool bookmarks : {true, false}) {
-        const std::string bytes = random({.seed = GetParam(), .damagedTexts = true, .bookmarks = bookmarks});
+        const std::string bytes = bytesOf(random({.seed = GetParam(), .damagedTexts = true, .bookmarks = bookmarks}));
         const Result result = repair(bytes);
         EXPECT_EQ(result.exitCode, ExitCode::Fine) << result.err;
         EXPECT_THAT(result.out, HasSubstr("in.rec is sound; this is a copy."));
@@ -82,7 +70,7 @@ TEST_P(RandomRepair, OfASoundFileIsACopy)
 TEST_P(RandomRepair, OfDamagedTablesKeepsEveryRecord)
 {
     std::mt19937 generator(GetParam());
-    const std::string bytes = random({.seed = GetParam(), .changes = 40});
+    const std::string bytes = bytesOf(random({.seed = GetParam(), .changes = 40}));
     const Inspection::Summary original = Inspection::inspect(file("random.rec"));
     const auto expected = contents(file("random.rec"));
     constexpr std::size_t Versions = 4;  // a file without a version is no recording
@@ -107,7 +95,7 @@ TEST_P(RandomRepair, OfDamagedTablesKeepsEveryRecord)
 TEST_P(RandomRepair, OfDamagedRecordsInventsNothing)
 {
     std::mt19937 generator(GetParam());
-    const std::string bytes = random({.seed = GetParam(), .changes = 40});
+    const std::string bytes = bytesOf(random({.seed = GetParam(), .changes = 40}));
     const Inspection::Summary original = Inspection::inspect(file("random.rec"));
     const std::vector<ClockedRecord> all = recordsOf(file("random.rec"));
     for (int i = 0; i < 15; ++i) {
@@ -127,13 +115,10 @@ INSTANTIATE_TEST_SUITE_P(Seeds, RandomRepair, testing::Range(1U, 9U));
 
 namespace {
 
-using Recording2::Inspection::RepairedTimes;
-using Recording2::Inspection::repairTimes;
-using namespace testing;
+using Inspection::RepairedTimes;
+using Inspection::repairTimes;
 
 constexpr std::optional<std::uint64_t> Lost;
-
-}  // namespace
 
 struct ExpectedTimes {
     std::vector<std::uint64_t> times = {};
@@ -193,18 +178,15 @@ const std::vector<Repaired> RepairedCases{
      {.times = {10, 11, 12, 13, 14, 50}, .kept = 2, .between = 2, .moved = 2}},
 };
 
+}  // namespace
+
 TEST(RepairedTimes, AreMadeUpByTheRules)
 {
     for (const auto& [name, known, lengthMs, periodMs, expected] : RepairedCases) {
         SCOPED_TRACE(name);
         const RepairedTimes times = repairTimes(known, lengthMs, periodMs);
-        EXPECT_EQ(times.times, expected.times);
-        EXPECT_EQ(times.kept, expected.kept);
-        EXPECT_EQ(times.between, expected.between);
-        EXPECT_EQ(times.inFront, expected.inFront);
-        EXPECT_EQ(times.behind, expected.behind);
-        EXPECT_EQ(times.stepMs, expected.stepMs);
-        EXPECT_EQ(times.moved, expected.moved);
+        EXPECT_THAT(times, FieldsAre(expected.times, expected.kept, expected.between, expected.inFront, expected.behind,
+                                     expected.stepMs, expected.moved));
     }
 }
 

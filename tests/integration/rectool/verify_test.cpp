@@ -1,7 +1,6 @@
 // rectool verify: every file that the library and the tools write is sound, damage is told with its place.
 #include <recording2/fileaccess.h>
 
-#include "randomrecording.h"
 #include "rectooltesting.h"
 
 namespace {
@@ -10,9 +9,8 @@ using namespace RecToolTests;
 using RecTool::ExitCode;
 using testing::HasSubstr;
 
-class RandomVerify : public testing::TestWithParam<std::uint32_t> {
+class RandomVerify : public InFolder, public testing::WithParamInterface<std::uint32_t> {
 protected:
-    [[nodiscard]] std::string file(const std::string& name) const { return m_folder.file(name); }
     /// Expects that nothing is damaged.
     static void expectSound(const std::string& path)
     {
@@ -20,8 +18,6 @@ protected:
         EXPECT_EQ(result.exitCode, ExitCode::Fine) << result.out << result.err;
         EXPECT_THAT(result.out, HasSubstr(path + ": sound"));
     }
-
-    Folder m_folder;
 };
 
 void change(const std::string& path, const std::function<void(Recording2::CFileAccess&)>& how)
@@ -36,8 +32,7 @@ void change(const std::string& path, const std::function<void(Recording2::CFileA
 TEST_P(RandomVerify, WhatTheLibraryWritesIsSound)
 {
     for (const bool bookmarks : {true, false}) {
-        const std::string path = file("random.rec");
-        writeRandomRecording(path, {.seed = GetParam(), .damagedTexts = true, .bookmarks = bookmarks});
+        const std::string path = random({.seed = GetParam(), .damagedTexts = true, .bookmarks = bookmarks});
         expectSound(path);
         change(path, [](auto& access) { access.addBookmark(5, "one more, longer than the others"); });
         expectSound(path);
@@ -64,14 +59,12 @@ TEST_P(RandomVerify, WhatTheLibraryWritesIsSound)
 
 TEST_P(RandomVerify, WhatCutAndMergeMakeIsSound)
 {
-    const std::string source = file("random.rec");
-    writeRandomRecording(source, {.seed = GetParam()});
-    const std::uint64_t middle = Recording2::Inspection::inspect(source).times.back().timeMs / 2;
-    ASSERT_EQ(cut(source, "", std::to_string(middle), file("a.rec")).exitCode, ExitCode::Fine);
-    ASSERT_EQ(cut(source, std::to_string(middle), "", file("b.rec")).exitCode, ExitCode::Fine);
-    ASSERT_EQ(merge({file("a.rec"), file("b.rec")}, file("c.rec")).exitCode, ExitCode::Fine);
-    for (const char* name : {"a.rec", "b.rec", "c.rec"}) {
-        expectSound(file(name));
+    const std::string source = random({.seed = GetParam()});
+    const std::string middle = std::to_string(Recording2::Inspection::inspect(source).times.back().timeMs / 2);
+    const std::string first = part(source, "", middle, "a.rec");
+    const std::string second = part(source, middle, "", "b.rec");
+    for (const std::string& made : {first, second, whole({first, second}, "c.rec")}) {
+        expectSound(made);
     }
 }
 
