@@ -1,4 +1,4 @@
-// Fixes: where bearings cross, how large the ellipse is, and when there is no fix.
+// Fixes: where bearings cross, how large the ellipse is, when there is no fix, and which bearings belong together.
 #include "geo/fix.h"
 
 #include <numbers>
@@ -84,6 +84,17 @@ private:
     std::mt19937_64 m_generator;
 };
 
+/// Bearings of a transmitter with an error of that standard deviation.
+std::vector<LineOfBearing> noisyBearingsTo(const Position& transmitter, const std::vector<Position>& stations,
+                                           double noiseDeg, Noise& noise)
+{
+    std::vector<LineOfBearing> bearings = bearingsTo(transmitter, stations);
+    for (LineOfBearing& bearing : bearings) {
+        bearing.azimuthDeg += noiseDeg * noise();
+    }
+    return bearings;
+}
+
 struct Coverage {
     double held = 0;   // share of the fixes whose ellipse holds the transmitter
     double fixed = 0;  // share of the trials that gave a fix
@@ -96,11 +107,7 @@ Coverage coverage(const Position& transmitter, const std::vector<Position>& stat
     int held = 0;
     int fixed = 0;
     for (int trial = 0; trial < trials; ++trial) {
-        std::vector<LineOfBearing> bearings = bearingsTo(transmitter, stations);
-        for (LineOfBearing& bearing : bearings) {
-            bearing.azimuthDeg += noiseDeg * noise();
-        }
-        const auto result = estimateFix(bearings, settings);
+        const auto result = estimateFix(noisyBearingsTo(transmitter, stations, noiseDeg, noise), settings);
         if (const Fix* fix = std::get_if<Fix>(&result)) {
             ++fixed;
             held += holds(*fix, transmitter) ? 1 : 0;
@@ -110,6 +117,16 @@ Coverage coverage(const Position& transmitter, const std::vector<Position>& stat
 }
 
 const Position Origin{49.45, 11.08};
+
+/// Places along a parabola that touches the origin's parallel there.
+std::vector<Position> bend(int first, int end, double eastM, double northM)
+{
+    std::vector<Position> places;
+    for (int i = first; i < end; ++i) {
+        places.push_back(offset(Origin, eastM * i, northM * i * i));
+    }
+    return places;
+}
 
 TEST(Fix, ExactBearingsMeetAtTheTransmitter)
 {
@@ -187,11 +204,7 @@ TEST(Fix, TheEllipseHoldsTheTransmitterAsOftenAsItSays)
     EXPECT_EQ(two.fixed, 1);
     EXPECT_NEAR(two.held, Confidence, 0.02);
     // Of more than two bearings the ellipse may be enlarged, never reduced.
-    std::vector<Position> many;
-    for (int i = 0; i < 12; ++i) {
-        many.push_back(offset(Origin, 100 * i, 20 * i * i));
-    }
-    const Coverage twelve = coverage(offset(Origin, -1'500, 2'500), many, 3, {.sigmaDeg = 3}, 500);
+    const Coverage twelve = coverage(offset(Origin, -1'500, 2'500), bend(0, 12, 100, 20), 3, {.sigmaDeg = 3}, 500);
     EXPECT_EQ(twelve.fixed, 1);
     EXPECT_GT(twelve.held, Confidence - 0.02);
     EXPECT_LT(twelve.held, 0.995);
@@ -199,18 +212,12 @@ TEST(Fix, TheEllipseHoldsTheTransmitterAsOftenAsItSays)
 
 TEST(Fix, BearingsThatAreWorseThanAssumedEnlargeTheEllipse)
 {
-    std::vector<Position> stations;
-    for (int i = 0; i < 20; ++i) {
-        stations.push_back(offset(Origin, 80 * i, 4 * i * i));
-    }
+    const std::vector<Position> stations = bend(0, 20, 80, 4);
     const Position transmitter = offset(Origin, 500, 2'500);
     const Coverage worse = coverage(transmitter, stations, 6, {.sigmaDeg = 2}, 200);
     EXPECT_GT(worse.held, Confidence - 0.04);
-    std::vector<LineOfBearing> bearings = bearingsTo(transmitter, stations);
     Noise noise(2);
-    for (LineOfBearing& bearing : bearings) {
-        bearing.azimuthDeg += 4 * noise();
-    }
+    const std::vector<LineOfBearing> bearings = noisyBearingsTo(transmitter, stations, 4, noise);
     const auto coarse = estimateFix(bearings, {.sigmaDeg = 2});
     const auto right = estimateFix(bearings, {.sigmaDeg = 4});
     EXPECT_THAT(fixOf(coarse).chi2PerDof, Optional(testing::Gt(2.0)));
@@ -231,12 +238,8 @@ TEST(Fix, BetterBearingsThanAssumedDoNotMakeItSmaller)
 
 TEST(Fix, AReflectionDoesNotCarryItAway)
 {
-    std::vector<Position> stations;
-    for (int i = 0; i < 12; ++i) {
-        stations.push_back(offset(Origin, 100 * i, 20 * i * i));
-    }
     const Position transmitter = offset(Origin, -1'500, 2'500);
-    std::vector<LineOfBearing> bearings = bearingsTo(transmitter, stations);
+    std::vector<LineOfBearing> bearings = bearingsTo(transmitter, bend(0, 12, 100, 20));
     bearings[5].azimuthDeg += 70;
     const auto result = estimateFix(bearings, {.sigmaDeg = 3});
     const Fix& fix = fixOf(result);
@@ -334,17 +337,9 @@ TEST(NoFix, ACrossingFartherThanAllowedIsNone)
 
 TEST(Fix, OneWhoDrivesPastTheTransmitterFixesIt)
 {
-    std::vector<Position> stations;
-    for (int i = -20; i <= 20; ++i) {
-        stations.push_back(offset(Origin, 50 * i, 2 * i * i));
-    }
     const Position transmitter = offset(Origin, 2, 1);
     Noise noise(3);
-    std::vector<LineOfBearing> bearings = bearingsTo(transmitter, stations);
-    for (LineOfBearing& bearing : bearings) {
-        bearing.azimuthDeg += 3 * noise();
-    }
-    const auto result = estimateFix(bearings, {.sigmaDeg = 3});
+    const auto result = estimateFix(noisyBearingsTo(transmitter, bend(-20, 21, 50, 2), 3, noise), {.sigmaDeg = 3});
     EXPECT_TRUE(holds(fixOf(result), transmitter));
     EXPECT_LT(fixOf(result).ellipse.semiMajorM, 60);
 }
@@ -359,6 +354,17 @@ TEST(NoFix, ABearingThatPointsAwayContradictsAFewOthers)
     EXPECT_EQ(noFixOf(estimateFix(bearings, {})), NoFix::Contradictory);
     bearings[0].azimuthDeg = 180;
     EXPECT_LT(distanceM(fixOf(estimateFix(bearings, {})).position, offset(Origin, 500, 500)), 1);
+}
+
+TEST(FixGroups, AGroupTakesWhatComesOfOneTransmitterLessThanTheWindowAfterItsFirst)
+{
+    EXPECT_THAT(groupSightings({}, 10), IsEmpty());
+    EXPECT_THAT(groupSightings({{1, 100}, {1, 109}, {1, 110}, {1, 119}}, 10),
+                ElementsAre(ElementsAre(0, 1), ElementsAre(2, 3)));
+    EXPECT_THAT(groupSightings({{2, 100}, {1, 101}, {2, 102}}, 10), ElementsAre(ElementsAre(1), ElementsAre(0, 2)));
+    EXPECT_THAT(groupSightings({{1, 205}, {1, 100}, {1, 200}, {1, 95}}, 10),
+                ElementsAre(ElementsAre(3, 1), ElementsAre(2, 0)));
+    EXPECT_THAT(groupSightings({{1, 7}, {1, 7}, {1, 7}}, 1), ElementsAre(ElementsAre(0, 1, 2)));
 }
 
 }  // namespace

@@ -5,19 +5,11 @@
 using namespace RecTool;
 using namespace testing;
 
-TEST(Labels, LabelsWithRoomStandWhereTheyShould)
+TEST(Labels, StandWhereTheyShouldOrAreMovedApartEvenlyAndStayBetweenTheEnds)
 {
     EXPECT_THAT(placeLabels({10, 50, 80}, 10, 0, 100), ElementsAre(Optional(10.0), Optional(50.0), Optional(80.0)));
-}
-
-TEST(Labels, LabelsNearEachOtherAreMovedApartEvenly)
-{
     EXPECT_THAT(placeLabels({50, 50}, 10, 0, 100), ElementsAre(Optional(45.0), Optional(55.0)));
     EXPECT_THAT(placeLabels({49, 50, 51}, 10, 0, 100), ElementsAre(Optional(40.0), Optional(50.0), Optional(60.0)));
-}
-
-TEST(Labels, LabelsStayBetweenTheEnds)
-{
     EXPECT_THAT(placeLabels({0, 1}, 10, 0, 100), ElementsAre(Optional(5.0), Optional(15.0)));
     EXPECT_THAT(placeLabels({99, 100}, 10, 0, 100), ElementsAre(Optional(85.0), Optional(95.0)));
 }
@@ -64,8 +56,6 @@ TEST(FrequencyUnits, FrequenciesHaveTheSameUnitAndAsManyDecimals)
     EXPECT_THAT(frequenciesAlike({0, 7.5}), ElementsAre("0.0 Hz", "7.5 Hz"));
     EXPECT_THAT(frequenciesAlike({}), IsEmpty());
 }
-
-using testing::ElementsAre;
 
 namespace {
 

@@ -1,4 +1,5 @@
 // Emissions: random scenes whose emissions are known, and the rules one by one.
+#include <numeric>
 #include <random>
 
 #include "analysis/emissiontracker.h"
@@ -64,9 +65,7 @@ private:
 std::vector<std::size_t> channelsFrom(std::size_t first, std::size_t count)
 {
     std::vector<std::size_t> all(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        all[i] = first + i;
-    }
+    std::iota(all.begin(), all.end(), first);
     return all;
 }
 
@@ -219,13 +218,8 @@ TEST(EmissionTrackerTest, AnImpulseOverTheBandGathersNothing)
     Receiver receiver(200);
     for (std::size_t i = 0; i < 20; ++i) {
         const double momentMs = static_cast<double>(i) * 100;
-        if (i == 10) {
-            receiver.sweepOn(momentMs, channelsFrom(0, 200));
-        } else if (i > 10) {
-            receiver.sweepOn(momentMs, {100, 150});
-        } else {
-            receiver.sweepOn(momentMs, {100});
-        }
+        using Channels = std::vector<std::size_t>;
+        receiver.sweepOn(momentMs, i == 10 ? channelsFrom(0, 200) : i > 10 ? Channels{100, 150} : Channels{100});
     }
     const std::vector<Emission> found = receiver.end();
     ASSERT_EQ(found.size(), 2U);

@@ -7,15 +7,42 @@ using namespace RecTool;
 
 namespace {
 
+using namespace testing;
+
+constexpr double NoValue = std::numeric_limits<double>::quiet_NaN();
+
 /// Of values with their times.
-Envelope drawn(std::size_t columns, const TimeSpan& span, const std::vector<std::pair<double, double>>& values)
+Envelope drawn(std::size_t columns, const TimeSpan& span, const std::vector<std::pair<double, double>>& values,
+               std::optional<double> middle = std::nullopt)
 {
-    Envelope envelope(columns, span);
+    Envelope envelope(columns, span, middle);
     for (const auto& [timeMs, value] : values) {
         envelope.add(timeMs, value);
     }
     envelope.finish();
     return envelope;
+}
+
+auto isPoint(double timeMs, double value)
+{
+    return AllOf(Field(&Envelope::Point::timeMs, timeMs), Field(&Envelope::Point::value, value));
+}
+
+/// A bar or a column.
+auto reaches(double lowest, double highest)
+{
+    return AllOf(Field(&Envelope::Bar::lowest, NanSensitiveDoubleEq(lowest)),
+                 Field(&Envelope::Bar::highest, NanSensitiveDoubleEq(highest)));
+}
+
+/// Two azimuths that take turns, on a circle.
+Envelope alternating(double one, double other)
+{
+    std::vector<std::pair<double, double>> values;
+    for (int i = 0; i < 20; ++i) {
+        values.emplace_back(i, i % 2 == 0 ? one : other);
+    }
+    return drawn(10, {0, 1000}, values, 180);
 }
 
 }  // namespace
@@ -24,9 +51,7 @@ TEST(Envelope, FewValuesAreKeptAsTheyAre)
 {
     const Envelope envelope = drawn(10, {100, 200}, {{100, 1}, {150, -2}});
     ASSERT_TRUE(envelope.hasPoints());
-    ASSERT_EQ(envelope.points().size(), 2U);
-    EXPECT_EQ(envelope.points()[1].timeMs, 150U);
-    EXPECT_EQ(envelope.points()[1].value, -2);
+    EXPECT_THAT(envelope.points(), ElementsAre(isPoint(100, 1), isPoint(150, -2)));
     EXPECT_EQ(envelope.records(), 2U);
     EXPECT_EQ(envelope.lowest(), -2);
     EXPECT_EQ(envelope.highest(), 1);
@@ -35,9 +60,7 @@ TEST(Envelope, FewValuesAreKeptAsTheyAre)
 TEST(Envelope, WhatIsInForceAtTheBeginningOfTheSpanIsItsFirstValue)
 {
     const Envelope envelope = drawn(10, {100, 200}, {{10, 7}, {20, 5}, {150, -2}});
-    ASSERT_EQ(envelope.points().size(), 2U);
-    EXPECT_EQ(envelope.points()[0].timeMs, 100U);
-    EXPECT_EQ(envelope.points()[0].value, 5);
+    EXPECT_THAT(envelope.points(), ElementsAre(isPoint(100, 5), isPoint(150, -2)));
     EXPECT_EQ(envelope.records(), 1U);
     EXPECT_EQ(envelope.highest(), 5);
 }
@@ -45,7 +68,7 @@ TEST(Envelope, WhatIsInForceAtTheBeginningOfTheSpanIsItsFirstValue)
 TEST(Envelope, AValueBeforeTheSpanThatEndsWhereItBeginsDoesNotCount)
 {
     const Envelope envelope = drawn(10, {100, 200}, {{20, 5}, {100, 1}});
-    EXPECT_EQ(envelope.points().size(), 1U);
+    EXPECT_THAT(envelope.points(), SizeIs(1));
     EXPECT_EQ(envelope.highest(), 1);
 }
 
@@ -53,10 +76,7 @@ TEST(Envelope, ASpanWithoutARecordShowsTheValueInForce)
 {
     const Envelope envelope = drawn(4, {100, 200}, {{20, 5}});
     EXPECT_EQ(envelope.records(), 0U);
-    for (const Envelope::Column& column : envelope.columns()) {
-        EXPECT_EQ(column.lowest, 5);
-        EXPECT_EQ(column.highest, 5);
-    }
+    EXPECT_THAT(envelope.columns(), Each(reaches(5, 5)));
 }
 
 TEST(Envelope, ManyValuesBecomeTheLowestAndHighestOfEachColumn)
@@ -64,67 +84,34 @@ TEST(Envelope, ManyValuesBecomeTheLowestAndHighestOfEachColumn)
     const Envelope envelope = drawn(2, {0, 100}, {{10, 3}, {20, -8}, {30, 4}, {60, 9}});
     EXPECT_FALSE(envelope.hasPoints());
     EXPECT_TRUE(envelope.points().empty());
-    EXPECT_EQ(envelope.columns()[0].lowest, -8);
-    EXPECT_EQ(envelope.columns()[0].highest, 4);
-    EXPECT_EQ(envelope.columns()[1].lowest, 4);  // in force until 60
-    EXPECT_EQ(envelope.columns()[1].highest, 9);
+    EXPECT_THAT(envelope.columns(), ElementsAre(reaches(-8, 4), reaches(4, 9)));  // 4 is in force until 60
 }
 
-TEST(Envelope, ColumnsInFrontOfTheFirstValueAreEmpty)
+TEST(Envelope, ColumnsWithoutAFiniteValueAreEmptyAndTheEndOfTheSpanBelongsToTheLast)
 {
-    const Envelope envelope = drawn(4, {0, 100}, {{60, 9}});
-    EXPECT_TRUE(std::isnan(envelope.columns()[1].lowest));
-    EXPECT_EQ(envelope.columns()[2].lowest, 9);
-    EXPECT_EQ(envelope.columns()[3].highest, 9);
-}
-
-TEST(Envelope, WhatIsNoFiniteNumberIsNoValue)
-{
+    const auto none = reaches(NoValue, NoValue);
+    EXPECT_THAT(drawn(4, {0, 100}, {{60, 9}}).columns(), ElementsAre(none, none, reaches(9, 9), reaches(9, 9)));
+    EXPECT_THAT(drawn(3, {0, 90}, {{90, 4}}).columns(), ElementsAre(none, none, reaches(4, 4)));
     const Envelope envelope =
-        drawn(4, {0, 100},
-              {{0, std::numeric_limits<double>::quiet_NaN()}, {50, std::numeric_limits<double>::infinity()}, {75, 1}});
-    EXPECT_TRUE(std::isnan(envelope.columns()[0].highest));
-    EXPECT_TRUE(std::isnan(envelope.columns()[2].highest));
-    EXPECT_EQ(envelope.columns()[3].highest, 1);
+        drawn(4, {0, 100}, {{0, NoValue}, {50, std::numeric_limits<double>::infinity()}, {75, 1}});
+    EXPECT_THAT(envelope.columns(), ElementsAre(none, none, none, reaches(1, 1)));
     EXPECT_EQ(envelope.highest(), 1);
-}
-
-TEST(Envelope, TheEndOfTheSpanBelongsToTheLastColumn)
-{
-    const Envelope envelope = drawn(3, {0, 90}, {{90, 4}});
-    EXPECT_EQ(envelope.columns()[2].highest, 4);
-    EXPECT_TRUE(std::isnan(envelope.columns()[1].highest));
 }
 
 TEST(Envelope, OnACircleNothingLiesBetweenTheSidesOfNorth)
 {
-    Envelope envelope(10, {0, 1000}, 180);
-    for (int i = 0; i < 20; ++i) {
-        envelope.add(i, i % 2 == 0 ? 359 : 1);
-    }
-    envelope.finish();
-    const std::vector<Envelope::Bar> bars = envelope.bars(0);
-    ASSERT_EQ(bars.size(), 2U);
-    EXPECT_EQ(bars[0].highest, 1);
-    EXPECT_EQ(bars[1].lowest, 359);
+    const Envelope envelope = alternating(359, 1);
+    EXPECT_THAT(envelope.bars(0), ElementsAre(Field(&Envelope::Bar::highest, 1), Field(&Envelope::Bar::lowest, 359)));
     EXPECT_TRUE(envelope.passesSeam(359, 1));
     EXPECT_FALSE(envelope.passesSeam(170, 190));
 }
 
 TEST(Envelope, OnACircleAWayThroughTheMiddleIsOneBar)
 {
-    Envelope envelope(10, {0, 1000}, 180);
-    for (int i = 0; i < 20; ++i) {
-        envelope.add(i, i % 2 == 0 ? 170 : 190);
-    }
-    envelope.finish();
-    ASSERT_EQ(envelope.bars(0).size(), 1U);
-    EXPECT_EQ(envelope.bars(0)[0].lowest, 170);
-    EXPECT_EQ(envelope.bars(0)[0].highest, 190);
+    const Envelope envelope = alternating(170, 190);
+    EXPECT_THAT(envelope.bars(0), ElementsAre(reaches(170, 190)));
     EXPECT_EQ(envelope.bars(5).size(), 1U);  // the last one is in force
 }
-
-using namespace testing;
 
 TEST(BearingPoints, TheChannelsWithTheMostBearingsComeInOrderOfFrequency)
 {

@@ -8,28 +8,31 @@ using values::ChannelRange;
 
 namespace {
 
-std::vector<std::vector<double>> spansOf(const std::vector<FrequencySpan>& spans)
+using Columns = std::vector<std::vector<std::size_t>>;
+using Spans = std::vector<std::pair<double, double>>;
+
+Spans spansOf(const std::vector<FrequencySpan>& spans)
 {
-    std::vector<std::vector<double>> numbers;
+    Spans numbers;
     for (const FrequencySpan& span : spans) {
-        numbers.push_back({span.lowHz, span.highHz});
+        numbers.emplace_back(span.lowHz, span.highHz);
     }
     return numbers;
 }
 
 /// The channels of every column.
-std::vector<std::vector<std::size_t>> columnsOf(const ChannelRange& range, const FrequencySpan& span,
-                                                std::size_t columns)
+Columns columnsOf(const ChannelRange& range, const FrequencySpan& span, std::size_t columns)
 {
     const ColumnMap map(range, span, columns);
-    std::vector<std::vector<std::size_t>> all(columns);
+    Columns all(columns);
     for (std::size_t channel = 0; channel < range.size(); ++channel) {
         for (std::size_t column = 0; column < columns; ++column) {
-            const bool byColumn =
-                map.rankOf(channel) >= map.channelsOf(column).begin && map.rankOf(channel) < map.channelsOf(column).end;
-            const bool byChannel =
-                column >= map.columnsOf(map.rankOf(channel)).begin && column < map.columnsOf(map.rankOf(channel)).end;
-            EXPECT_EQ(byColumn, byChannel);
+            const auto holds = [](const auto& several, std::size_t one) {
+                return several.begin <= one && one < several.end;
+            };
+            const std::size_t rank = map.rankOf(channel);
+            const bool byColumn = holds(map.channelsOf(column), rank);
+            EXPECT_EQ(byColumn, holds(map.columnsOf(rank), column));
             if (byColumn) {
                 all[column].push_back(channel);
             }
@@ -37,9 +40,6 @@ std::vector<std::vector<std::size_t>> columnsOf(const ChannelRange& range, const
     }
     return all;
 }
-
-using Columns = std::vector<std::vector<std::size_t>>;
-using Spans = std::vector<std::vector<double>>;
 
 }  // namespace
 

@@ -150,10 +150,9 @@ TEST(NoiseFloorTest, RangesThatAlternateHaveEachTheirOwn)
     std::vector<double> hz = evenFrequencies(100e6, 25e3, 50);
     const std::vector<double> other = evenFrequencies(900e6, 25e3, 50);
     hz.insert(hz.end(), other.begin(), other.end());
-    std::vector<std::uint32_t> low(50);
-    std::vector<std::uint32_t> high(50);
-    std::iota(low.begin(), low.end(), 0U);
-    std::iota(high.begin(), high.end(), 50U);
+    const std::vector<std::uint32_t> all = allNumbers(hz);
+    const std::vector<std::uint32_t> low(all.begin(), all.begin() + 50);
+    const std::vector<std::uint32_t> high(all.begin() + 50, all.end());
     NoiseFloor floor;
     for (int i = 0; i < 100; ++i) {
         floor.add(hz, i % 2 == 0 ? low : high, std::vector<float>(50, i % 2 == 0 ? -90.F : -110.F), i * 1000);

@@ -5,6 +5,8 @@
 #include "support/testing.h"
 
 using namespace RecTool;
+using testing::ElementsAre;
+using testing::IsNan;
 using values::ChannelRange;
 
 namespace {
@@ -136,10 +138,10 @@ TEST(SpectrumGrid, ALevelIsInForceUntilTheNextOneAndNothingIsInFrontOfTheFirst)
     const SpectrumGrid grid = binned({{25, FourChannels, {1, 2, 3, 4}}, {75, FourChannels, {1, 9, 3, 4}}}, FourColumns,
                                      {0, 100}, 4, 10, SpectrumGrid::Mode::Max);
     EXPECT_TRUE(std::isnan(grid.at(0, 1)));
-    EXPECT_EQ(rowOf(grid, 2), (std::vector<float>{1, 2, 3, 4}));
-    EXPECT_EQ(rowOf(grid, 6), (std::vector<float>{1, 2, 3, 4}));
-    EXPECT_EQ(rowOf(grid, 7), (std::vector<float>{1, 9, 3, 4}));
-    EXPECT_EQ(rowOf(grid, 9), (std::vector<float>{1, 9, 3, 4}));
+    EXPECT_THAT(rowOf(grid, 2), ElementsAre(1, 2, 3, 4));
+    EXPECT_THAT(rowOf(grid, 6), ElementsAre(1, 2, 3, 4));
+    EXPECT_THAT(rowOf(grid, 7), ElementsAre(1, 9, 3, 4));
+    EXPECT_THAT(rowOf(grid, 9), ElementsAre(1, 9, 3, 4));
     EXPECT_EQ(grid.lowest(), 1);
     EXPECT_EQ(grid.highest(), 9);
 }
@@ -149,8 +151,8 @@ TEST(SpectrumGrid, APixelIsTheHighestOfItsChannelsAndOfItsTime)
     const SpectrumGrid grid = binned(
         {{0, FourChannels, {1, 2, 3, None}}, {10, FourChannels, {8, 2, 3, None}}, {20, FourChannels, {0, 2, 3, None}}},
         FourColumns, {0, 100}, 2, 2, SpectrumGrid::Mode::Max);
-    EXPECT_EQ(rowOf(grid, 0), (std::vector<float>{8, 3}));
-    EXPECT_EQ(rowOf(grid, 1), (std::vector<float>{2, 3}));
+    EXPECT_THAT(rowOf(grid, 0), ElementsAre(8, 3));
+    EXPECT_THAT(rowOf(grid, 1), ElementsAre(2, 3));
 }
 
 TEST(SpectrumGrid, TheMeanCountsEachLevelAsLongAsItWasInForce)
@@ -165,8 +167,8 @@ TEST(SpectrumGrid, WhatIsInForceAtTheBeginningOfTheSpanIsShown)
 {
     const SpectrumGrid grid = binned({{5, FourChannels, {9, 9, 9, 9}}, {10, FourChannels, {1, 2, 3, 4}}}, FourColumns,
                                      {50, 100}, 4, 5, SpectrumGrid::Mode::Max);
-    EXPECT_EQ(rowOf(grid, 0), (std::vector<float>{1, 2, 3, 4}));
-    EXPECT_EQ(rowOf(grid, 4), (std::vector<float>{1, 2, 3, 4}));
+    EXPECT_THAT(rowOf(grid, 0), ElementsAre(1, 2, 3, 4));
+    EXPECT_THAT(rowOf(grid, 4), ElementsAre(1, 2, 3, 4));
     EXPECT_EQ(grid.highest(), 4);  // the 9 was over before
 }
 
@@ -175,7 +177,7 @@ TEST(SpectrumGrid, ANewRangeTakesThePlaceOfTheOldOne)
     const ChannelRange other = ChannelRange::List({35, 15});
     const SpectrumGrid grid = binned({{0, FourChannels, {1, 2, 3, 4}}, {50, other, {7, 8}}}, FourColumns, {0, 100}, 4,
                                      2, SpectrumGrid::Mode::Max);
-    EXPECT_EQ(rowOf(grid, 0), (std::vector<float>{1, 2, 3, 4}));
+    EXPECT_THAT(rowOf(grid, 0), ElementsAre(1, 2, 3, 4));
     EXPECT_TRUE(std::isnan(grid.at(2, 1)) || grid.at(2, 1) == 7 || grid.at(2, 1) == 8);  // 20 Hz wide channels
     EXPECT_EQ(grid.at(1, 1), 8);
     EXPECT_EQ(grid.at(3, 1), 7);
@@ -186,10 +188,9 @@ TEST(SpectrumGrid, LevelsThatAreNoFiniteNumberAreNotMeasured)
     constexpr float Infinite = std::numeric_limits<float>::infinity();
     const SpectrumGrid grid = binned({{0, FourChannels, {None, Infinite, -Infinite, -7}}}, FourColumns, {0, 100}, 4, 2,
                                      SpectrumGrid::Mode::Max);
-    EXPECT_TRUE(std::isnan(grid.at(0, 0)));
-    EXPECT_TRUE(std::isnan(grid.at(1, 0)));
-    EXPECT_TRUE(std::isnan(grid.at(2, 1)));
-    EXPECT_EQ(grid.at(3, 1), -7);
+    for (const std::size_t row : {0U, 1U}) {
+        EXPECT_THAT(rowOf(grid, row), ElementsAre(IsNan(), IsNan(), IsNan(), -7));
+    }
     EXPECT_EQ(grid.lowest(), -7);
     EXPECT_EQ(grid.highest(), -7);
 }
@@ -246,16 +247,14 @@ TEST(SpectrumGrid, AnySequenceIsBinnedAsTheWholeSequenceTells)
         const SpectrumGrid mean = binned(states, Span, Times, Columns, Rows, SpectrumGrid::Mode::Mean);
         for (std::size_t row = 0; row < Rows; ++row) {
             for (std::size_t column = 0; column < Columns; ++column) {
+                const auto place = testing::Message() << "seed " << seed << " column " << column << " row " << row;
                 const float wanted = model.highest(column, row);
-                const double wantedMean = model.mean(column, row);
-                ASSERT_TRUE(std::isnan(wanted) ? std::isnan(highest.at(column, row))
-                                               : highest.at(column, row) == wanted)
-                    << "seed " << seed << " column " << column << " row " << row << ": " << highest.at(column, row)
-                    << " instead of " << wanted;
-                ASSERT_TRUE(std::isnan(wantedMean) ? std::isnan(mean.at(column, row))
-                                                   : std::abs(double{mean.at(column, row)} - wantedMean) < 1e-3)
-                    << "seed " << seed << " column " << column << " row " << row << ": " << mean.at(column, row)
-                    << " instead of " << wantedMean;
+                const float found = highest.at(column, row);
+                ASSERT_TRUE(std::isnan(wanted) ? std::isnan(found) : found == wanted)
+                    << place << ": " << found << " instead of " << wanted;
+                ASSERT_THAT(double{mean.at(column, row)},
+                            testing::NanSensitiveDoubleNear(model.mean(column, row), 1e-3))
+                    << place;
             }
         }
     }
@@ -263,12 +262,9 @@ TEST(SpectrumGrid, AnySequenceIsBinnedAsTheWholeSequenceTells)
 
 TEST(SpectrumGrid, ATimeThatGoesBackCountsAsTheOneBefore)
 {
-    SpectrumGrid grid(1, 4, {100, 200}, {0, 4}, SpectrumGrid::Mode::Max);
     const ChannelRange range = ChannelRange::Even(150, 100, 1);
-    grid.update(range, std::vector<float>{-50}, 0);
-    grid.update(range, std::vector<float>{-40}, 2.5);
-    grid.update(range, std::vector<float>{-30}, 1);
-    grid.finish();
+    const SpectrumGrid grid = binned({{0, range, {-50}}, {2.5, range, {-40}}, {1, range, {-30}}}, {100, 200}, {0, 4}, 1,
+                                     4, SpectrumGrid::Mode::Max);
     EXPECT_EQ(grid.at(0, 1), -50);
     EXPECT_EQ(grid.at(0, 2), -30);
     EXPECT_EQ(grid.at(0, 3), -30);
