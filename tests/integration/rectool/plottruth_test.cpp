@@ -1,16 +1,10 @@
 // Pictures show what was measured, where and when it was measured: recordings made for it, drawn by the real program.
-#include <QColor>
-#include <QImage>
-#include <nlohmann/json.hpp>
-
+#include "pictures.h"
 #include "support/libraryobjects.h"
-#include "support/program.h"
 
 namespace {
 
-using nlohmann::json;
-using TestSupport::ProgramResult;
-using TestSupport::runProgram;
+using namespace PictureTests;
 using namespace testing;
 
 constexpr std::int32_t Rf = 1;
@@ -21,7 +15,6 @@ constexpr std::int32_t Level = 36;
 constexpr std::int32_t Heading = 41;
 constexpr std::int32_t Frequency = 46;
 constexpr unsigned long long StartMs = 1'700'000'000'000;  // 2023-11-14 22:13:20 UTC
-constexpr QRgb Grey = 0xffd4d7da;
 
 struct Plain {
     std::uint64_t timeMs;
@@ -55,13 +48,11 @@ std::string number(const std::string& value)
     return "3;" + value + ",0,0";
 }
 
-class PlotTruth : public testing::Test {
+class PlotTruth : public Pictures {
 protected:
-    PlotTruth() { qputenv("LSAN_OPTIONS", "print_suppressions=0:suppressions=" LEAKS_OF_QT); }
-
     QString write(const Recorded& recorded, const QString& name = QStringLiteral("file.rec"))
     {
-        QString path = m_folder.filePath(name);
+        QString path = this->path(name);
         Recording2::CFileAccess file(path.toStdString().c_str(), QString(), nullptr, true, false, false, nullptr,
                                      nullptr);
         Recording2::CVTTypesData types;
@@ -88,21 +79,6 @@ protected:
     {
         return write({.lengthMs = lengthMs, .records = records}, name);
     }
-    [[nodiscard]] QString picture() const { return m_folder.filePath("picture.png"); }
-    ProgramResult plot(const QStringList& arguments, const char* verb = "plot")
-    {
-        return runProgram(RECTOOL,
-                          QStringList{QLatin1String(verb)} + arguments + QStringList{"-o", picture(), "--json"});
-    }
-    /// Draws without a word of complaint. @return what the program says was drawn
-    json draw(const QStringList& arguments, const char* verb = "plot")
-    {
-        const ProgramResult result = plot(arguments, verb);
-        EXPECT_EQ(result.exitCode, 0) << result.err;
-        EXPECT_THAT(result.err, IsEmpty());
-        m_image = QImage(picture());
-        return json::parse(result.out, nullptr, false);
-    }
     /// The colour of the first channel at a time.
     QColor colourAt(const json& drawn, double timeMs) const
     {
@@ -119,11 +95,6 @@ protected:
         const double y = of("top") + (of("north") - latitudeDeg) / (of("north") - of("south")) * of("rows");
         return m_image.pixelColor(static_cast<int>(std::lround(x)), static_cast<int>(std::lround(y)));
     }
-    static bool isWarm(const QColor& colour) { return colour.red() > 200 && colour.green() > 150; }
-    static bool isDark(const QColor& colour) { return colour.red() < 60 && colour.green() < 60; }
-
-    QTemporaryDir m_folder;
-    QImage m_image;
 };
 
 }  // namespace
@@ -133,7 +104,7 @@ TEST_F(PlotTruth, TheOnlySweepIsVisible)
     const QString file = write(12, {NothingYet, {12, Rf, sweep(-60)}});
     const json drawn = draw({"spectrum", file});
     EXPECT_EQ(drawn.at("toMs"), 1012);
-    EXPECT_NE(colourAt(drawn, 500).rgb(), Grey);
+    EXPECT_NE(colourAt(drawn, 500).rgb(), NotMeasured);
 }
 
 TEST_F(PlotTruth, TheLastSweepLastsAsLongAsTheOneBefore)
@@ -176,7 +147,7 @@ TEST_F(PlotTruth, WhatWasNotMeasuredHasNoPartInALevel)
     EXPECT_EQ(series.at("min"), -30);
     EXPECT_EQ(series.at("max"), -7.5);
     const QString never = write(900, {{10, Level, number("nan")}}, "never.rec");
-    const ProgramResult result = plot({"level", never});
+    const Result result = plot({"level", never});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.err, HasSubstr("LEVEL was not measured"));
 }
@@ -267,7 +238,7 @@ TEST_F(PlotTruth, ManyPanelsMakeAPictureHigherAndTooLowAHeightIsRefused)
     const json drawn = draw(level);
     EXPECT_EQ(drawn.at("height"), 1160);
     EXPECT_EQ(m_image.height(), 1160);
-    const ProgramResult result = plot(level + QStringList{"--height", "600"});
+    const Result result = plot(level + QStringList{"--height", "600"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.err, HasSubstr("Its panels need a height of 620 pixels at least"));
 }
@@ -276,7 +247,7 @@ TEST_F(PlotTruth, RecordingsThatDoNotTellTheirStartAreNotDrawnTogether)
 {
     const QString known = write(9000, {NothingYet}, "known.rec");
     const QString unknown = write({"RX 1", 0, 9000, {NothingYet}}, "unknown.rec");
-    const ProgramResult result = plot({"spectrum", known, unknown});
+    const Result result = plot({"spectrum", known, unknown});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.err, HasSubstr("does not tell when it began"));
 }
