@@ -1,6 +1,5 @@
 // Damaged files: the inspection says what is wrong with them, and reading them comes to an end. Each fault is made from
 // a sound golden file. Odd files that are legal stand beside them: these must not be called damaged.
-#include <iterator>
 #include <random>
 
 #include <recording2/fileaccess.h>
@@ -8,8 +7,8 @@
 #include <recording2/inspection/verify/verification.h>
 #include <recording2/recordmodel.h>
 
+#include "support/files.h"
 #include "support/recordingbytes.h"
-#include "support/testing.h"
 
 namespace {
 
@@ -27,9 +26,9 @@ constexpr std::size_t HeaderArea = 500;
 
 std::string golden(const std::string& name)
 {
-    std::ifstream file(std::string(GOLDEN_FOLDER) + "/" + name + "/" + name + ".rec", std::ios::binary);
-    EXPECT_TRUE(file.is_open()) << name;
-    return {std::istreambuf_iterator<char>(file), {}};
+    const std::string bytes = TestSupport::bytesOf(std::string(GOLDEN_FOLDER) + "/" + name + "/" + name + ".rec");
+    EXPECT_NE(bytes, "") << name;
+    return bytes;
 }
 
 /// The bytes with the one occurrence of a piece replaced.
@@ -69,7 +68,7 @@ class File {
 public:
     File() = default;
     explicit File(const std::string& bytes) { write(bytes); }
-    void write(const std::string& bytes) const { std::ofstream(path(), std::ios::binary | std::ios::trunc) << bytes; }
+    void write(const std::string& bytes) const { TestSupport::writeBytes(path(), bytes); }
     [[nodiscard]] std::string path() const { return (m_folder.path() + "/file.rec").toStdString(); }
 
 private:

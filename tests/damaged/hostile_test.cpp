@@ -62,9 +62,8 @@ TEST_F(HostileFile, TypesByTheHundredThousandAreReadInOnePass)
         types += typeEntry(i, "");
     }
     write({.typeTable = HeaderArea}, types);
-    CFileAccess file = open();
     CVTTypesData read;
-    EXPECT_EQ(file.read(read), 1U);
+    EXPECT_EQ(open().read(read), 1U);
     // What stands at the end of the file reads as one more entry of the number 0.
     EXPECT_EQ(read.get_vector().size(), static_cast<std::size_t>(Count));
     EXPECT_EQ(read.get_vector().back().typeNumber, Count - 1);
@@ -78,9 +77,8 @@ TEST_F(HostileFile, ATypeThatStandsManyTimesIsNotCopiedEveryTime)
         types += typeEntry(7, "x");
     }
     write({.typeTable = HeaderArea}, types);
-    CFileAccess file = open();
     CVTTypesData read;
-    EXPECT_EQ(file.read(read), 1U);
+    EXPECT_EQ(open().read(read), 1U);
     ASSERT_EQ(read.get_vector().size(), 1U);
     EXPECT_EQ(read.get_vector().front().keyword.size(), 1'000'000U);
     const Inspection::Summary summary = Inspection::inspect(path());
@@ -99,9 +97,8 @@ TEST_F(HostileFile, ADerivedTypeTableIsGivenEveryEntry)
         int count = 0;
     };
     write({.typeTable = HeaderArea}, ByteBuilder().number(2).bytes() + typeEntry(7, "A") + typeEntry(7, "B"));
-    CFileAccess file = open();
     Counting types;
-    EXPECT_EQ(file.read(types), 1U);
+    EXPECT_EQ(open().read(types), 1U);
     EXPECT_EQ(types.count, 2);
     ASSERT_EQ(types.get_vector().size(), 1U);
     EXPECT_EQ(types.get_vector().front().keyword, "A");
@@ -113,9 +110,8 @@ TEST_F(HostileFile, ATypeTableThatThrowsIsNotRead)
         void add_item(S_TYPES /*item*/) override { throw 7; }
     };
     write({.typeTable = HeaderArea}, ByteBuilder().number(1).bytes() + typeEntry(7, "A"));
-    CFileAccess file = open();
     Throwing types;
-    EXPECT_EQ(file.read(types), 0U);
+    EXPECT_EQ(open().read(types), 0U);
 }
 
 TEST_F(HostileFile, DefinitionsThatNameOneLongMomentLookThroughItOnce)
@@ -191,9 +187,8 @@ TEST_F(HostileFile, RecordsThatOverlapAreNotReadByTheHundredThousandForOneCode)
     HeaderFields header;
     const std::string bytes = overlapping(header, 100'000, 2);
     write(header, bytes);
-    CFileAccess file = open();
     CVTCmdData record;
-    EXPECT_EQ(file.readfirst(record, 8), 0U);
+    EXPECT_EQ(open().readfirst(record, 8), 0U);
 }
 
 TEST_F(HostileFile, RecordsThatOverlapAreNotReadByTheHundredThousandForChannelRanges)
@@ -247,8 +242,7 @@ TEST_F(HostileFile, BookmarksBehindDamageAreNotLookedForInEveryChainToTheEnd)
         ascending += ByteBuilder().time(time).text("x").bytes();
     }
     write({.bookmarkTable = HeaderArea}, "damaged" + body + ascending + "end");
-    const Inspection::Salvage found = Inspection::salvage(path());
-    EXPECT_TRUE(found.bookmarksLost);
+    EXPECT_TRUE(Inspection::salvage(path()).bookmarksLost);
 }
 
 TEST_F(HostileFile, TheLastTimeOfAllIsNotFollowedByAnother)

@@ -1,6 +1,7 @@
 """What is read is what rectool reads, to the last digit."""
 
 import datetime
+import json
 import os
 import signal
 import subprocess
@@ -85,8 +86,6 @@ def test_bearings_are_those_that_rectool_shows(finder_file):
 
 
 def test_all_bearings_are_those_that_rectool_maps(finder_file):
-    import json
-
     bearings = recording2.open(finder_file).bearings()
     assert len(bearings) > 50
     try:
@@ -108,8 +107,6 @@ def test_all_bearings_are_those_that_rectool_maps(finder_file):
 
 
 def test_the_state_is_the_one_that_rectool_shows(receiver, receiver_file):
-    import json
-
     shown = json.loads(rectool("state", receiver_file, "--at", "5000", "--json"))["state"]
     state = receiver.state(5000)
     assert sorted(state) == sorted(entry["keyword"] for entry in shown)
