@@ -1,6 +1,4 @@
 // A recording is looked at with rectool while the real program records it.
-#include <csignal>
-
 #include "programtest.h"
 
 namespace RecStation {
@@ -10,28 +8,21 @@ using namespace testing;
 
 class FollowingTest : public ProgramTest {
 protected:
-    /// A recording that goes on, with two levels accepted.
-    void begin(const QStringList& arguments = {})
-    {
-        start(m_recording, arguments + QStringList{"feed", "--start", "2026-01-02T03:04:05Z"});
-        m_recording.write(R"({"at": 0, "path": "/LEVEL", "create": "number", "value": -30}
-{"at": 0, "record": "On"}
-{"at": 1500, "path": "/LEVEL", "set": -31.5}
-{"at": 2500, "path": "/LEVEL", "set": -40.25}
-mark
-)");
-        waitForMessage(m_recording, "feed: line 5");
-    }
+    void begin(const QStringList& arguments = {}) { beginLevels(m_recording, arguments); }
     void feed(const QByteArray& line)
     {
         m_recording.write(line + '\n');
         ASSERT_TRUE(m_recording.waitForBytesWritten(PatienceMs));
     }
-    [[nodiscard]] QString running() const { return files("*.tmp").value(0); }
-
     void look(QProcess& process, const QStringList& arguments)
     {
-        start(process, arguments + QStringList{running()}, RECTOOL);
+        start(process, arguments + files("*.tmp").mid(0, 1), RECTOOL);
+    }
+    /// Follows the recording in a process of its own, until the levels were shown.
+    void follow(const QStringList& arguments = {})
+    {
+        look(m_cat, QStringList{"cat", "--follow"} + arguments);
+        waitForOutput("-40.25\n");
     }
     Result lookOnce(const QStringList& arguments)
     {
@@ -45,40 +36,34 @@ mark
         process.setReadChannel(QProcess::StandardOutput);
         ASSERT_TRUE(process.bytesAvailable() > 0 || process.waitForReadyRead(PatienceMs));
     }
-    /// Waits until a process has printed a text. @return all that it printed so far
-    QByteArray waitForOutput(QProcess& process, const QByteArray& text)
+    /// Waits until the process that follows has printed a text.
+    void waitForOutput(const QByteArray& text)
     {
-        process.setReadChannel(QProcess::StandardOutput);
+        m_cat.setReadChannel(QProcess::StandardOutput);
         while (!m_printed.contains(text)) {
-            const bool more = process.waitForReadyRead(PatienceMs);
-            EXPECT_TRUE(more) << m_printed.toStdString();
-            if (!more) {
-                break;
-            }
-            m_printed += process.readAllStandardOutput();
+            ASSERT_TRUE(m_cat.waitForReadyRead(PatienceMs)) << m_printed.toStdString();
+            m_printed += m_cat.readAllStandardOutput();
         }
-        return m_printed;
     }
 
     QProcess m_recording;
+    QProcess m_cat;
     QByteArray m_printed;
 };
 
 TEST_F(FollowingTest, RecordsAreShownAsTheyAreAcceptedUntilTheRecordingIsClosed)
 {
     begin();
-    QProcess cat;
-    look(cat, {"cat", "--follow", "--type", "LEVEL", "--csv"});
-    EXPECT_EQ(waitForOutput(cat, "-40.25\n"),
-              "timeMs,keyword,value\n10,LEVEL,-30\n1500,LEVEL,-31.5\n2500,LEVEL,-40.25\n");
+    follow({"--type", "LEVEL", "--csv"});
+    EXPECT_EQ(m_printed, "timeMs,keyword,value\n10,LEVEL,-30\n1500,LEVEL,-31.5\n2500,LEVEL,-40.25\n");
     for (int i = 1; i <= 20; ++i) {
         const QByteArray number = QByteArray::number(i);
         feed(R"({"at": )" + QByteArray::number(3000 + i) + R"(, "path": "/LEVEL", "set": )" + number + "}");
-        waitForOutput(cat, "\n" + QByteArray::number(3000 + i) + ",LEVEL," + number + "\n");
+        waitForOutput("\n" + QByteArray::number(3000 + i) + ",LEVEL," + number + "\n");
     }
     feed(R"({"at": 4000, "path": "/LEVEL", "set": 77})");
     EXPECT_EQ(finish(m_recording).exitCode, 3);  // the mark was bad input
-    const Result result = finish(cat);
+    const Result result = finish(m_cat);
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_THAT(m_printed.toStdString() + result.out, EndsWith("4000,LEVEL,77\n"));
     EXPECT_THAT(result.err, IsEmpty());
@@ -110,15 +95,13 @@ TEST_F(FollowingTest, EveryFormIsFollowedAndGivesWhatTheFinishedFileGives)
 TEST_F(FollowingTest, TheNextFileOfARecordingIsFollowedToo)
 {
     begin();
-    QProcess cat;
-    look(cat, {"cat", "--follow", "--csv", "--type", "LEVEL"});
-    waitForOutput(cat, "-40.25\n");
+    follow({"--csv", "--type", "LEVEL"});
     feed(R"({"at": 3000, "record": "Off"})");
     feed(R"({"at": 4000, "record": "On"})");
     feed(R"({"at": 4500, "path": "/LEVEL", "set": 5})");
-    waitForOutput(cat, "\n500,LEVEL,5\n");
+    waitForOutput("\n500,LEVEL,5\n");
     finish(m_recording);
-    const Result result = finish(cat);
+    const Result result = finish(m_cat);
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_THAT(result.err, HasSubstr("It is complete and goes on in "));
     EXPECT_EQ(m_printed.count("timeMs,keyword,value"), 1);
@@ -127,12 +110,10 @@ TEST_F(FollowingTest, TheNextFileOfARecordingIsFollowedToo)
 TEST_F(FollowingTest, ARecorderThatIsKilledEndsTheFollowingWithASentence)
 {
     begin();
-    QProcess cat;
-    look(cat, {"cat", "--follow"});
-    waitForOutput(cat, "-40.25\n");
+    follow();
     m_recording.kill();
     ASSERT_TRUE(m_recording.waitForFinished(PatienceMs));
-    const Result result = finish(cat);
+    const Result result = finish(m_cat);
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_THAT(result.err, HasSubstr("Its recorder ended without closing it; `rectool recover`"));
     const Result later = lookOnce({"cat", "--follow"});
@@ -148,11 +129,9 @@ TEST_F(FollowingTest, ARecorderThatIsKilledEndsTheFollowingWithASentence)
 TEST_F(FollowingTest, AnInterruptEndsTheFollowingWell)
 {
     begin();
-    QProcess cat;
-    look(cat, {"cat", "--follow"});
-    waitForOutput(cat, "-40.25\n");
-    ASSERT_EQ(::kill(static_cast<pid_t>(cat.processId()), SIGINT), 0);
-    const Result result = finish(cat);
+    follow();
+    ASSERT_EQ(::kill(static_cast<pid_t>(m_cat.processId()), SIGINT), 0);
+    const Result result = finish(m_cat);
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_THAT(result.err, IsEmpty());
     finish(m_recording);

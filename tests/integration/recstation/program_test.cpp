@@ -1,6 +1,4 @@
 // The real program with the real plug-in, while it runs; what it prints and records is tested in tests/cases.
-#include <csignal>
-
 #include "programtest.h"
 #include "support/documentexamples.h"
 
@@ -87,17 +85,24 @@ TEST_F(ProgramTest, AFileThatSomebodyPipesIsReadOnce)
     EXPECT_THAT(result.out, HasSubstr("seed = \"4\""));
 }
 
-TEST_F(ProgramTest, SigtermWhileItWaitsForInputClosesAndRenamesTheRecording)
+class InterruptedTest : public ProgramTest {
+protected:
+    /// Starts a program and waits until it records. @param more input, behind the line that marks that moment
+    void record(QProcess& process, const QStringList& arguments, const QByteArray& more = {})
+    {
+        start(process, arguments);
+        process.write("{\"at\": 0, \"record\": \"On\"}\nmark\n" + more);
+        waitForMessage(process, "feed: line 2");
+    }
+};
+
+TEST_F(InterruptedTest, SigtermWhileItWaitsForInputClosesAndRenamesTheRecording)
 {
     for (const int signal : {SIGTERM, SIGINT}) {
         QProcess process;
-        start(process, {"feed", "--json"});
-        process.write("{\"at\": 0, \"record\": \"On\"}\nmark\n");
-        waitForMessage(process, "feed: line 2");
+        record(process, {"feed", "--json"});
         ASSERT_THAT(files("*.tmp"), SizeIs(1));
-        ASSERT_EQ(::kill(static_cast<pid_t>(process.processId()), signal), 0);
-        ASSERT_TRUE(process.waitForFinished(PatienceMs));
-        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+        endBySignal(process, signal);
         EXPECT_EQ(process.exitCode(), 3);  // for the line that marked the moment
         EXPECT_THAT(files("*.tmp"), IsEmpty());
         const auto summary = nlohmann::json::parse(process.readAllStandardOutput().toStdString());
@@ -105,50 +110,37 @@ TEST_F(ProgramTest, SigtermWhileItWaitsForInputClosesAndRenamesTheRecording)
     }
 }
 
-TEST_F(ProgramTest, SigtermWhileItWaitsForTheTimeOfAStepClosesAndRenamesTheRecording)
+TEST_F(InterruptedTest, SigtermWhileItWaitsForTheTimeOfAStepClosesAndRenamesTheRecording)
 {
     QProcess process;
-    start(process, {"--speed", "1", "feed"});
-    process.write("{\"at\": 0, \"record\": \"On\"}\nmark\n{\"at\": 1e9, \"record\": \"Off\"}\n");
+    record(process, {"--speed", "1", "feed"}, "{\"at\": 1e9, \"record\": \"Off\"}\n");
     process.closeWriteChannel();
-    waitForMessage(process, "feed: line 2");
-    ASSERT_EQ(::kill(static_cast<pid_t>(process.processId()), SIGTERM), 0);
-    ASSERT_TRUE(process.waitForFinished(PatienceMs));
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    endBySignal(process, SIGTERM);
     EXPECT_THAT(files("*.tmp"), IsEmpty());
     EXPECT_THAT(files("*.rec"), SizeIs(1));
 }
 
-TEST_F(ProgramTest, ALineThatASignalCutsShortIsNoBadLine)
+TEST_F(InterruptedTest, ALineThatASignalCutsShortIsNoBadLine)
 {
     QProcess process;
-    start(process, {"feed", "--json"});
-    process.write("{\"at\": 0, \"record\": \"On\"}\nmark\n{\"at\": 1, \"rec");
-    waitForMessage(process, "feed: line 2");
-    ASSERT_EQ(::kill(static_cast<pid_t>(process.processId()), SIGTERM), 0);
-    ASSERT_TRUE(process.waitForFinished(PatienceMs));
+    record(process, {"feed", "--json"}, "{\"at\": 1, \"rec");
+    endBySignal(process, SIGTERM);
     const auto summary = nlohmann::json::parse(process.readAllStandardOutput().toStdString());
     EXPECT_EQ(summary.at("sources")[0].at("bad"), 1);
 }
 
-// A limit on the size of files stops the writing as a full disk does.
 TEST_F(ProgramTest, AFileThatCouldNotBeWrittenToItsEndIsReported)
 {
-    QProcess process;
-    const QString script = QStringLiteral("trap '' XFSZ; ulimit -f 40; exec \"$0\" --json sim --duration 20s");
-    start(process, {"-c", script, RECSTATION}, "/bin/bash");
-    const Result result = finish(process);
+    const Result result = runLimited(40, "--json sim --duration 20s");
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_THAT(result.err, HasSubstr("not completely written, perhaps because the disk is full"));
     EXPECT_THAT(std::string(result.summary().at("files")[0].at("problem")), HasSubstr("not completely written"));
 }
 
-TEST_F(ProgramTest, AFileTakenAwayBeforeTheInputEndsIsSavedAndReported)
+TEST_F(InterruptedTest, AFileTakenAwayBeforeTheInputEndsIsSavedAndReported)
 {
     QProcess process;
-    start(process, {"feed", "--json"});
-    process.write("{\"at\": 0, \"record\": \"On\"}\nmark\n");
-    waitForMessage(process, "feed: line 2");
+    record(process, {"feed", "--json"});
     ASSERT_TRUE(QFile::remove(path(files("*.tmp").value(0))));
     const Result result = finish(process);
     EXPECT_EQ(result.exitCode, 3);

@@ -1,6 +1,8 @@
 // The real program with the real plug-in, run in a directory of its own.
 #pragma once
 
+#include <csignal>
+
 #include <nlohmann/json.hpp>
 
 #include "support/program.h"
@@ -34,10 +36,32 @@ protected:
         return finish(process);
     }
 
+    /// A run in which no file gets larger than so many blocks, which stops the writing as a full disk does.
+    Result runLimited(int blocks, const QString& arguments)
+    {
+        QProcess process;
+        const QString script = "trap '' XFSZ; ulimit -f %1; exec \"$0\" %2";
+        start(process, {"-c", script.arg(blocks).arg(arguments), RECSTATION}, "/bin/bash");
+        return finish(process);
+    }
+
     Result runFeed(const QByteArray& input, QStringList arguments = {})
     {
         arguments += {"feed", "--start", "2026-01-02T03:04:05Z", "--json"};
         return run(arguments, input);
+    }
+
+    /// Starts a recording that goes on, with levels accepted at 1500 and 2500 ms.
+    void beginLevels(QProcess& process, const QStringList& arguments)
+    {
+        start(process, arguments + QStringList{"feed", "--start", "2026-01-02T03:04:05Z"});
+        process.write(R"({"at": 0, "path": "/LEVEL", "create": "number", "value": -30}
+{"at": 0, "record": "On"}
+{"at": 1500, "path": "/LEVEL", "set": -31.5}
+{"at": 2500, "path": "/LEVEL", "set": -40.25}
+mark
+)");
+        waitForMessage(process, "feed: line 5");
     }
 
     // Waits until the messages contain a text. @return what came until then
@@ -55,12 +79,25 @@ protected:
         return messages;
     }
 
+#if !defined(_WIN32)
+    /// Sends a signal, on which the program is to close its recordings and end by itself.
+    static void endBySignal(QProcess& process, int signal)
+    {
+        ASSERT_EQ(::kill(static_cast<pid_t>(process.processId()), signal), 0);
+        ASSERT_TRUE(process.waitForFinished(PatienceMs));
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    }
+#endif
+
     [[nodiscard]] QStringList files(const char* pattern) const
     {
         return QDir(m_directory.path()).entryList({QString::fromLatin1(pattern)}, QDir::Files, QDir::Name);
     }
 
-    [[nodiscard]] QString path(const QString& name) const { return m_directory.filePath(name); }
+    [[nodiscard]] QString path(const QString& name) const
+    {
+        return m_directory.filePath(name);
+    }
 
     QTemporaryDir m_directory;
 };

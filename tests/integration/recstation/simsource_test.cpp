@@ -62,10 +62,10 @@ private:
 
 class SimSourceTest : public testing::Test {
 protected:
-    explicit SimSourceTest(double seconds = 60, std::uint64_t seed = 1)
+    SimSourceTest()
     {
-        m_options.durationSeconds = seconds;
-        m_options.seed = seed;
+        m_options.durationSeconds = 60;
+        m_options.seed = 1;
     }
 
     // A run in a tree of its own.

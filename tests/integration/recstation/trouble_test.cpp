@@ -1,6 +1,4 @@
 // What goes wrong around a recording while it is made: directories, clocks, and files that somebody takes away.
-#include <csignal>
-
 #include <QElapsedTimer>
 
 #include <recording2/inspection/inspection.h>
@@ -15,9 +13,7 @@ namespace {
 namespace Inspection = Recording2::Inspection;
 using namespace testing;
 
-class TroubleTest : public ProgramTest {};
-
-TEST_F(TroubleTest, UnfinishedOutputsOfKilledCopiesAreRemovedAndNamed)
+TEST_F(ProgramTest, UnfinishedOutputsOfKilledCopiesAreRemovedAndNamed)
 {
     const auto write = [this](const char* name, const QByteArray& bytes) {
         TestSupport::writeBytes(path(name), bytes);
@@ -46,7 +42,7 @@ bool isSound(const QString& path)
     return found.readability == Inspection::Readability::Ok && found.count(Inspection::Severity::Damage) == 0;
 }
 
-class LiveTest : public TroubleTest {
+class LiveTest : public ProgramTest {
 protected:
     /// A recording of a map that goes on until the feed ends.
     void begin(const QString& program = QStringLiteral(RECSTATION), const QStringList& before = {})
@@ -101,18 +97,28 @@ protected:
         return sent;
     }
     [[nodiscard]] QString temporary() const { return path(files("*.tmp").value(0)); }
-    Result end()
+    /// Ends the input of a recording to which something happened. @return its files, as the summary tells of them
+    nlohmann::json endInTrouble()
     {
-        Result result = finish(m_process);
-        return result;
+        const Result result = finish(m_process);
+        EXPECT_EQ(result.exitCode, 3);
+        return result.summary().at("files");
     }
-    [[nodiscard]] static std::uint64_t records(const nlohmann::json& summary)
+    [[nodiscard]] static std::uint64_t records(const nlohmann::json& files)
     {
         std::uint64_t all = 0;
-        for (const auto& file : summary.at("files")) {
+        for (const auto& file : files) {
             all += file.at("records").get<std::uint64_t>();
         }
         return all;
+    }
+    /// What was recorded before the trouble and what was recorded after it.
+    void expectTwoSoundRecordings()
+    {
+        EXPECT_THAT(files("*.rec"), SizeIs(2));
+        for (const QString& name : files("*.rec")) {
+            EXPECT_TRUE(isSound(path(name))) << name.toStdString();
+        }
     }
 
     QProcess m_process;
@@ -125,9 +131,7 @@ private:
 TEST_F(LiveTest, AHangUpClosesTheRecordings)
 {
     begin();
-    ASSERT_EQ(kill(static_cast<pid_t>(m_process.processId()), SIGHUP), 0);
-    ASSERT_TRUE(m_process.waitForFinished(PatienceMs));
-    EXPECT_EQ(m_process.exitStatus(), QProcess::NormalExit);
+    endBySignal(m_process, SIGHUP);
     EXPECT_THAT(files("*.rec"), SizeIs(1));
 }
 
@@ -136,8 +140,7 @@ TEST_F(LiveTest, AHangUpThatIsIgnoredAtTheStartStaysIgnored)
     begin("sh", {"-c", "trap '' HUP; exec \"$0\" \"$@\"", RECSTATION});
     ASSERT_EQ(kill(static_cast<pid_t>(m_process.processId()), SIGHUP), 0);
     sendSpectra(2);
-    const Result result = end();
-    EXPECT_EQ(records(result.summary()), 3U);
+    EXPECT_EQ(records(finish(m_process).summary().at("files")), 3U);
 }
 
 TEST_F(LiveTest, ADeletedRecordingIsSavedAndRecordingGoesOn)
@@ -147,13 +150,8 @@ TEST_F(LiveTest, ADeletedRecordingIsSavedAndRecordingGoesOn)
     ASSERT_TRUE(QFile::remove(temporary()));
     waitForMessage(m_process, "was deleted while it was recorded; it was saved as");
     sendSpectra(2);
-    const Result result = end();
-    EXPECT_EQ(result.exitCode, 3);
-    ASSERT_THAT(files("*.rec"), SizeIs(2));
-    for (const QString& name : files("*.rec")) {
-        EXPECT_TRUE(isSound(path(name))) << name.toStdString();
-    }
-    EXPECT_EQ(records(result.summary()), 1U + 40U + 1U + 2U);
+    EXPECT_EQ(records(endInTrouble()), 1U + 40U + 1U + 2U);
+    expectTwoSoundRecordings();
 }
 
 TEST_F(LiveTest, ARecordingWhoseDirectoryIsMovedIsWholeThereAndRecordingGoesOn)
@@ -166,9 +164,7 @@ TEST_F(LiveTest, ARecordingWhoseDirectoryIsMovedIsWholeThereAndRecordingGoesOn)
     ASSERT_TRUE(QDir().rename(directory, moved));
     waitForMessage(m_process, "was moved to ");
     sendSpectra(2);
-    const Result result = end();
-    EXPECT_EQ(result.exitCode, 3);
-    EXPECT_EQ(records(result.summary()), 1U + 3U + 1U + 2U);
+    EXPECT_EQ(records(endInTrouble()), 1U + 3U + 1U + 2U);
     const QStringList there = QDir(moved).entryList({"*.tmp"}, QDir::Files);
     ASSERT_THAT(there, SizeIs(1));
     EXPECT_TRUE(isSound(QDir(moved).filePath(there.front())));
@@ -182,14 +178,10 @@ TEST_F(LiveTest, ARecordingThatIsCutKeepsWhatIsWholeAndTheLossIsCounted)
     ASSERT_TRUE(QFile::resize(temporary(), 100'000));
     const int more = sendSpectraUntil("was cut while it was recorded");
     sendSpectra(2);
-    const Result result = end();
-    EXPECT_EQ(result.exitCode, 3);
-    const auto recorded = result.summary().at("files");
+    const nlohmann::json recorded = endInTrouble();
     ASSERT_THAT(recorded, SizeIs(2));
     EXPECT_THAT(std::string(recorded[0].at("problem")), HasSubstr("records, "));
-    for (const QString& name : files("*.rec")) {
-        EXPECT_TRUE(isSound(path(name))) << name.toStdString();
-    }
+    expectTwoSoundRecordings();
     EXPECT_GT(recorded[0].at("records"), 8U);
     EXPECT_LT(recorded[0].at("records"), 121U);
     EXPECT_GE(recorded[1].at("records"), 3U);
@@ -206,14 +198,9 @@ TEST_P(JournalCutTest, EndsNobodyAndTheLossIsCounted)
     post(spectra(1));  // touches the memory that is gone
     waitForMessage(m_process, "was cut while it was recorded");
     sendSpectra(2);
-    const Result result = end();
-    EXPECT_EQ(result.exitCode, 3);
-    EXPECT_THAT(files("*.rec"), SizeIs(2));
+    EXPECT_GT(endInTrouble()[0].at("records"), 20U);
     EXPECT_THAT(files("*.tmp*"), IsEmpty());
-    for (const QString& name : files("*.rec")) {
-        EXPECT_TRUE(isSound(path(name))) << name.toStdString();
-    }
-    EXPECT_GT(result.summary().at("files")[0].at("records"), 20U);
+    expectTwoSoundRecordings();
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, JournalCutTest, testing::Values(0, 5'000, 100'000));
@@ -226,9 +213,7 @@ TEST_F(LiveTest, ADeletedJournalIsToldAndANewFileHasOneAgain)
     waitForMessage(m_process, "was taken away while it was recorded; nothing was lost");
     sendSpectra(1);
     EXPECT_TRUE(QFileInfo::exists(temporary() + ".journal"));
-    const Result result = end();
-    EXPECT_EQ(result.exitCode, 3);
-    EXPECT_EQ(records(result.summary()), 1U + 2U + 1U + 1U);
+    EXPECT_EQ(records(endInTrouble()), 1U + 2U + 1U + 1U);
 }
 
 #endif

@@ -1,6 +1,4 @@
 // Recordings that an earlier run left behind, and recordings that end before their time: the real program.
-#include <csignal>
-
 #include <recording2/inspection/inspection.h>
 
 #include "programtest.h"
@@ -18,25 +16,13 @@ using namespace testing;
 class UnfinishedTest : public ProgramTest {
 protected:
     /// Leaves a recording with changes unfinished, as a crash does.
-    void crash(const QStringList& arguments = {})
+    void crash()
     {
         QProcess process;
-        begin(process, arguments);
+        beginLevels(process, {});
         process.kill();
         ASSERT_TRUE(process.waitForFinished(PatienceMs));
         ASSERT_THAT(files("*.tmp"), SizeIs(1));
-    }
-    /// A recording that goes on, with all its changes accepted.
-    void begin(QProcess& process, const QStringList& arguments = {})
-    {
-        start(process, arguments + QStringList{"feed", "--start", "2026-01-02T03:04:05Z"});
-        process.write(R"({"at": 0, "path": "/LEVEL", "create": "number", "value": -30}
-{"at": 0, "record": "On"}
-{"at": 1500, "path": "/LEVEL", "set": -31.5}
-{"at": 2500, "path": "/LEVEL", "set": -40.25}
-mark
-)");
-        waitForMessage(process, "feed: line 5");
     }
     Result nextRun(const QStringList& arguments = {})
     {
@@ -45,6 +31,13 @@ mark
     [[nodiscard]] QByteArray bytes(const QString& name) const { return TestSupport::readBytes(path(name)); }
     void write(const QString& name, const QByteArray& content) const { TestSupport::writeBytes(path(name), content); }
     [[nodiscard]] QStringList putAway() const { return QDir(path("recovered")).entryList(QDir::Files); }
+    /// What a run says of the one recording that it recovered.
+    static nlohmann::json recoveredBy(const Result& run)
+    {
+        const nlohmann::json recovered = run.summary().value("recovered", nlohmann::json::array());
+        EXPECT_THAT(recovered, SizeIs(1)) << run.err;
+        return recovered.at(0);
+    }
     static Inspection::Summary look(const nlohmann::json& recording)
     {
         return Inspection::inspect(recording.get<std::string>());
@@ -58,8 +51,7 @@ TEST_F(UnfinishedTest, TheNextRunRecoversWhatAKilledOneLeft)
     const QByteArray before = bytes(left);
     const Result result = nextRun();
     EXPECT_EQ(result.exitCode, 0) << result.err;
-    ASSERT_THAT(result.summary().at("recovered"), SizeIs(1));
-    const nlohmann::json recovered = result.summary().at("recovered")[0];
+    const nlohmann::json recovered = recoveredBy(result);
     EXPECT_EQ(recovered.at("whole"), true);
     EXPECT_EQ(recovered.at("byJournal"), true);
     EXPECT_EQ(recovered.at("records"), 3);
@@ -126,8 +118,7 @@ TEST_F(UnfinishedTest, WithoutAJournalWhatReachedTheFileIsRecoveredAndTheTimesAr
     EXPECT_THAT(files("*.tmp*"), SizeIs(1));  // no journal
     const Result result = nextRun();
     EXPECT_EQ(result.exitCode, 0) << result.err;
-    ASSERT_THAT(result.summary().at("recovered"), SizeIs(1));
-    const nlohmann::json recovered = result.summary().at("recovered")[0];
+    const nlohmann::json recovered = recoveredBy(result);
     ASSERT_TRUE(recovered.contains("recovered")) << result.err;
     EXPECT_EQ(recovered.at("whole"), false);
     EXPECT_EQ(recovered.at("byJournal"), false);
@@ -139,7 +130,7 @@ TEST_F(UnfinishedTest, WithoutAJournalWhatReachedTheFileIsRecoveredAndTheTimesAr
 TEST_F(UnfinishedTest, ARecordingThatAnotherRunIsWritingStaysAndIsTold)
 {
     QProcess other;
-    begin(other);
+    beginLevels(other, {});
     const QStringList live = files("*.tmp*");
     const Result result = nextRun();
     EXPECT_EQ(result.exitCode, 0) << result.err;
@@ -157,9 +148,7 @@ TEST_F(UnfinishedTest, ARecordingWhoseClosingFailedIsRecoveredFromItsJournal)
     const QString stem = files("*.tmp").value(0).chopped(4);
     QDir directory(path(QString()));
     ASSERT_TRUE(directory.rename(stem + ".tmp", stem + ".rec"));
-    const Result result = nextRun();
-    ASSERT_THAT(result.summary().at("recovered"), SizeIs(1));
-    const nlohmann::json recovered = result.summary().at("recovered")[0];
+    const nlohmann::json recovered = recoveredBy(nextRun());
     EXPECT_EQ(recovered.at("whole"), true);
     EXPECT_EQ(look(recovered.at("recovered")).times.size(), 3U);
     EXPECT_EQ(QFileInfo(QString::fromStdString(recovered.at("recovered"))).fileName(), stem + ".rec")
@@ -172,12 +161,11 @@ TEST_F(UnfinishedTest, OfAClosedRecordingOnlyTheJournalIsPutAway)
     crash();
     const QString stem = files("*.tmp").value(0).chopped(4);
     const QByteArray journal = bytes(stem + ".tmp.journal");
-    const std::string made = nextRun().summary().at("recovered")[0].at("recovered");
+    const std::string made = recoveredBy(nextRun()).at("recovered");
     write(stem + ".tmp.journal", journal);  // as if only removing it had failed
     const int recordings = files("*.rec").size();
     const Result result = nextRun();
-    ASSERT_THAT(result.summary().at("recovered"), SizeIs(1));
-    const std::string found = result.summary().at("recovered")[0].at("recovered");
+    const std::string found = recoveredBy(result).at("recovered");
     EXPECT_EQ(QDir::fromNativeSeparators(QString::fromStdString(found)),
               QDir::fromNativeSeparators(QString::fromStdString(made)));
     EXPECT_THAT(result.err, HasSubstr("is whole; its journal was moved to"));
@@ -221,7 +209,6 @@ TEST_F(UnfinishedTest, OriginalsAreNotPutWhereALinkLeads)
     EXPECT_TRUE(QDir(elsewhere.path()).isEmpty());
 }
 
-// A limit on the size of files stops the writing as a full disk does.
 TEST_F(UnfinishedTest, ARecorderThatCannotWriteIsToldAtOnceAndTheOtherGoesOn)
 {
     const QByteArray here = "RecordingPath = '" + path(QString()).toUtf8() + "'\n";
@@ -241,31 +228,24 @@ TEST_F(UnfinishedTest, ARecorderThatCannotWriteIsToldAtOnceAndTheOtherGoesOn)
     }
     feed += "{\"at\": 3000, \"path\": \"/Small/Level\", \"set\": 2}\n";
     write("changes.jsonl", feed);
-    QProcess process;
-    const QString script = QStringLiteral(
-        "trap '' XFSZ; ulimit -f 1200; exec \"$0\" --config station.toml --json feed changes.jsonl --start "
-        "2026-01-02T03:04:05Z");
-    start(process, {"-c", script, RECSTATION}, "/bin/bash");
-    const Result result = finish(process);
+    const Result result =
+        runLimited(1200, "--config station.toml --json feed changes.jsonl --start 2026-01-02T03:04:05Z");
     EXPECT_EQ(result.exitCode, 3) << result.err;
     EXPECT_THAT(result.err,
                 AllOf(HasSubstr("big: recording stopped, "), HasSubstr("cannot be written: File too large")));
-    ASSERT_THAT(result.summary().at("files"), SizeIs(2)) << result.out;
-    EXPECT_THAT(std::string(result.summary().at("files")[0].at("problem")), HasSubstr("File too large"));
-    EXPECT_FALSE(result.summary().at("files")[1].contains("problem")) << result.out;
-    EXPECT_EQ(result.summary().at("files")[1].at("records"), 2);
-    const Result next = nextRun();  // no file could grow, so that closing had failed too
-    ASSERT_THAT(next.summary().at("recovered"), SizeIs(1)) << next.err;
-    EXPECT_EQ(next.summary().at("recovered")[0].at("whole"), true) << next.err;
-    EXPECT_GT(next.summary().at("recovered")[0].at("records"), 20);
+    const nlohmann::json recorded = result.summary().at("files");
+    ASSERT_THAT(recorded, SizeIs(2));
+    EXPECT_THAT(std::string(recorded[0].at("problem")), HasSubstr("File too large"));
+    EXPECT_FALSE(recorded[1].contains("problem")) << recorded;
+    EXPECT_EQ(recorded[1].at("records"), 2);
+    const nlohmann::json recovered = recoveredBy(nextRun());  // no file could grow, so that closing had failed too
+    EXPECT_EQ(recovered.at("whole"), true) << recovered;
+    EXPECT_GT(recovered.at("records"), 20);
 }
 
 TEST_F(UnfinishedTest, ARunWhoseRecordersHaveAllStoppedEnds)
 {
-    QProcess process;
-    const QString script = QStringLiteral("trap '' XFSZ; ulimit -f 40; exec \"$0\" sim --duration 1000h");
-    start(process, {"-c", script, RECSTATION}, "/bin/bash");
-    const Result result = finish(process);
+    const Result result = runLimited(40, "sim --duration 1000h");
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_THAT(result.err, HasSubstr("the run ends: no recorder is left"));
 }
