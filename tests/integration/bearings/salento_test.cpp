@@ -1,12 +1,8 @@
 // Direction finding of animals near Salento, Colombia: recorded by the real program, read back and replayed.
-#include <nlohmann/json.hpp>
-
-#include <recording2/fileaccess.h>
 #include <recording2/mappinggenerator.h>
-#include <values/maps.h>
 #include <values/value.h>
 
-#include "support/program.h"
+#include "recordings.h"
 
 namespace {
 
@@ -103,105 +99,78 @@ bool same(const std::vector<double>& one, const std::vector<double>& other)
                       [](double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); });
 }
 
-class Reader {
-public:
-    explicit Reader(const std::string& path)
-        : m_file(path.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr)
-    {
+Contents contentsOf(const std::string& path)
+{
+    const RecordedFile file = readRecordedFile(path);
+    Contents contents;
+    contents.startTime = file.startUs;
+    contents.deviceName = file.header.deviceName();
+    std::map<std::int32_t, std::unique_ptr<values::ValueNumeric<double>>> plain;
+    for (const std::int32_t code : {Code::Latitude, Code::Longitude, Code::Altitude}) {
+        plain[code] = std::make_unique<values::ValueNumeric<double>>();
     }
-
-    Contents read()
-    {
-        EXPECT_TRUE(m_file.IsValidFile());
-        Recording2::CHeaderData header;
-        m_file.read(header);
-        m_contents.startTime = header.startTS().getMicroSecs();
-        m_contents.deviceName = header.deviceName();
-        m_file.readTables();
-        Recording2::CVTCmdData record;
-        while (const unsigned long long time = m_file.readAndReturnTimeOfCurrentCmd(record)) {
-            take(record.cmd(), std::string(record.strData(), record.strDataLen()), time);
+    plain[Code::Frequency] = std::make_unique<values::ValueNumericWithOffset<double>>();
+    const auto number = [&plain](std::int32_t code) { return plain.at(code)->GetValue(); };
+    Replayed map;
+    for (const auto& [time, code, text] : file.records) {
+        if (const auto found = plain.find(code); found != plain.end()) {
+            EXPECT_TRUE(found->second->ApplyRecordedState(text, 0, false)) << text;
         }
-        m_contents.range = m_map.GetChannelRange();
-        return m_contents;
-    }
-
-private:
-    void take(std::int32_t code, const std::string& text, unsigned long long time)
-    {
-        constexpr std::int32_t dfSpectrum = 20;
-        constexpr std::int32_t longitude = 26;
-        if (const auto plain = m_plain.find(code); plain != m_plain.end()) {
-            EXPECT_TRUE(plain->second->ApplyRecordedState(text, 0, false)) << text;
-            if (code == longitude) {
-                m_contents.longitudes.push_back(plain->second->GetValue());
-            }
+        if (code == Code::Longitude) {
+            contents.longitudes.push_back(number(code));
         }
-        if (code == dfSpectrum) {
-            EXPECT_TRUE(m_map.ApplyRecordedState(text, 0, false)) << text;
-            if (m_map.GetTimeStamp() != 0) {
-                m_contents.bearings.push_back(
-                    {time, m_map.GetTimeStamp(), azimuthsOf(m_map), number(46), number(25), number(26), number(42)});
+        if (code == Code::DfSpectrum) {
+            EXPECT_TRUE(map.ApplyRecordedState(text, 0, false)) << text;
+            if (map.GetTimeStamp() != 0) {
+                contents.bearings.push_back({time, map.GetTimeStamp(), azimuthsOf(map), number(Code::Frequency),
+                                             number(Code::Latitude), number(Code::Longitude), number(Code::Altitude)});
             }
         }
     }
-    [[nodiscard]] double number(std::int32_t code) const { return m_plain.at(code)->GetValue(); }
+    contents.range = map.GetChannelRange();
+    return contents;
+}
 
-    using Number = values::ValueNumeric<double>;
-
-    static std::map<std::int32_t, std::unique_ptr<Number>> plainValues()
-    {
-        std::map<std::int32_t, std::unique_ptr<Number>> plain;
-        for (const std::int32_t code : {25, 26, 42}) {
-            plain[code] = std::make_unique<Number>();
-        }
-        plain[46] = std::make_unique<values::ValueNumericWithOffset<double>>();
-        return plain;
-    }
-
-    Recording2::CFileAccess m_file;
-    Replayed m_map;
-    std::map<std::int32_t, std::unique_ptr<Number>> m_plain = plainValues();
-    Contents m_contents;
-};
-
-class Salento : public testing::Test {
+class Salento : public RecordingTest {
 protected:
     void SetUp() override
     {
-        const QString directory = qEnvironmentVariable("RECORDING2_TEST_DATA", QString::fromUtf8(TEST_DATA_DIRECTORY));
-        m_log = QDir(directory).absoluteFilePath("telemetria_Salento.csv");
-        if (!QFile::exists(m_log)) {
-            GTEST_SKIP() << "no real log: " << m_log.toStdString() << " is missing";
+        m_log = realData("telemetria_Salento.csv");
+        if (m_log.isEmpty()) {
+            GTEST_SKIP() << "no real log: telemetria_Salento.csv is missing";
         }
         m_rows = readRows(m_log);
     }
 
-    // Runs the program on a file, or on the standard input when it is "-"; gives the summary.
-    nlohmann::json run(const QString& file, const QStringList& more = {})
+    // Records a file, or the standard input when it is "-"; gives the summary.
+    nlohmann::json record(const QString& file, const QStringList& more = {})
     {
-        TestSupport::requireApplication();
-        QProcess process;
-        process.setWorkingDirectory(m_directory.path());
-        process.setStandardInputFile(m_log);
-        process.start(RECSTATION,
-                      QStringList{"--json", "--quiet", "bearings", file, "--date-format", "MM/dd/yy", "--utc-offset",
-                                  "-05:00", "--latitude-column", "Gradosx,minx,segx", "--longitude-column",
-                                  "Gradosy,miny,segy", "--west", "--frequency-column", "frec"} +
-                          more);
-        EXPECT_TRUE(process.waitForFinished(TestSupport::PatienceMs));
-        EXPECT_EQ(process.exitCode(), 0);
-        m_messages = process.readAllStandardError().toStdString();
-        return nlohmann::json::parse(process.readAllStandardOutput().toStdString());
+        const QStringList command{"--quiet",
+                                  "bearings",
+                                  file,
+                                  "--date-format",
+                                  "MM/dd/yy",
+                                  "--utc-offset",
+                                  "-05:00",
+                                  "--latitude-column",
+                                  "Gradosx,minx,segx",
+                                  "--longitude-column",
+                                  "Gradosy,miny,segy",
+                                  "--west",
+                                  "--frequency-column",
+                                  "frec"};
+        const Result result = run(command + more, TestSupport::readBytes(m_log));
+        EXPECT_EQ(result.exitCode, 0) << result.messages;
+        m_messages = result.messages;
+        return result.summary;
     }
     [[nodiscard]] std::string recorded(const QString& file, const QStringList& more = {})
     {
-        const nlohmann::json summary = run(file, more);
+        const nlohmann::json summary = record(file, more);
         EXPECT_THAT(summary.at("files"), SizeIs(1));
         return summary.at("files")[0].at("path");
     }
 
-    QTemporaryDir m_directory;
     QString m_log;
     std::vector<Row> m_rows;
     std::string m_messages;
@@ -226,7 +195,7 @@ void expectBearing(const Recorded& bearing, const Row& row, const values::Channe
 TEST_F(Salento, EveryBearingComesBackWithItsChannelFrequencyAzimuthPositionAndTheLatestTimeUpToIt)
 {
     ASSERT_EQ(m_rows.size(), bearingsInFile);
-    const Contents contents = Reader(recorded(m_log)).read();
+    const Contents contents = contentsOf(recorded(m_log));
     ASSERT_EQ(contents.bearings.size(), bearingsInFile);
     ASSERT_EQ(contents.range.size(), 9U);
     std::vector<double> azimuths(contents.range.size(), std::nan(""));
@@ -239,7 +208,7 @@ TEST_F(Salento, EveryBearingComesBackWithItsChannelFrequencyAzimuthPositionAndTh
 
 TEST_F(Salento, RowsWithoutAzimuthNeverBecomeBearings)
 {
-    const nlohmann::json source = run(m_log).at("sources")[0];
+    const nlohmann::json source = record(m_log).at("sources")[0];
     EXPECT_EQ(source.at("name"), "bearings");
     EXPECT_EQ(source.at("used"), bearingsInFile);
     EXPECT_EQ(source.at("skipped"), rowsWithoutAzimuth);
@@ -249,7 +218,7 @@ TEST_F(Salento, RowsWithoutAzimuthNeverBecomeBearings)
 
 TEST_F(Salento, TheIndexTimesOfBearingsThatRunBackwardsAreRaised)
 {
-    const Contents contents = Reader(recorded(m_log)).read();
+    const Contents contents = contentsOf(recorded(m_log));
     ASSERT_EQ(contents.bearings.size(), bearingsInFile);
     constexpr unsigned long long mostMsTaken = 5 * bearingsInFile;  // by the records of equal or earlier times
     constexpr unsigned long long firstChangeMs = 11;
@@ -270,7 +239,7 @@ TEST_F(Salento, TheIndexTimesOfBearingsThatRunBackwardsAreRaised)
 
 TEST_F(Salento, PositionsLieInColombia)
 {
-    const Contents contents = Reader(recorded(m_log)).read();
+    const Contents contents = contentsOf(recorded(m_log));
     EXPECT_THAT(contents.longitudes, Each(testing::AllOf(testing::Ge(-75.55), testing::Le(-75.54))));
     for (const Recorded& bearing : contents.bearings) {
         EXPECT_NEAR(bearing.latitudeDeg, 4.64, 0.02);
@@ -300,8 +269,8 @@ TEST_F(Salento, AReplayOfTheWholeRecordingEndsWithTheNewestBearingOfEveryChannel
 
 TEST_F(Salento, TheStandardInputGivesTheSameBearings)
 {
-    const Contents file = Reader(recorded(m_log)).read();
-    const Contents piped = Reader(recorded("-")).read();
+    const Contents file = contentsOf(recorded(m_log));
+    const Contents piped = contentsOf(recorded("-"));
     ASSERT_EQ(piped.bearings.size(), file.bearings.size());
     for (std::size_t i = 0; i < file.bearings.size(); ++i) {
         EXPECT_EQ(piped.bearings[i].indexMs, file.bearings[i].indexMs);
@@ -314,7 +283,7 @@ TEST_F(Salento, TheStandardInputGivesTheSameBearings)
 
 TEST_F(Salento, OneStationCanBeRecordedAlone)
 {
-    const Contents contents = Reader(recorded(m_log, {"--station", "E11"})).read();
+    const Contents contents = contentsOf(recorded(m_log, {"--station", "E11"}));
     EXPECT_EQ(contents.deviceName, "E11");
     EXPECT_THAT(contents.bearings, SizeIs(testing::AllOf(testing::Gt(0U), testing::Le(7U))));
     EXPECT_THAT(m_messages, testing::Not(HasSubstr("bad")));

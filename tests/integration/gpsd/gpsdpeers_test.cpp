@@ -14,6 +14,12 @@ std::string tpv(const std::string& device, const std::string& latitude, const st
            R"(,"lon":13.5,"altMSL":31.5,"speed":2.675})" + "\n";
 }
 
+unsigned long long nowUs()
+{
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return static_cast<unsigned long long>(std::chrono::duration_cast<std::chrono::microseconds>(now).count());
+}
+
 class GpsdPeers : public GpsdProgramTest {
 protected:
     void connect(const QStringList& more = {})
@@ -42,7 +48,7 @@ protected:
     }
     [[nodiscard]] static std::vector<std::string> latitudes(const Result& result)
     {
-        return changes(readRecordedFile(result.path("receiver")), latitudeCode, 1);
+        return recordingOf(result).changes(Code::Latitude, 1);
     }
 
     Peer m_peer;
@@ -51,8 +57,10 @@ protected:
 TEST_F(GpsdPeers, TwoDevicesNeverTakeTurnsAndTheOtherCountsAfterFiveSeconds)
 {
     connect();
+    std::vector<std::string> expected;
     for (int i = 0; i < 20; ++i) {
-        m_peer.send(tpv("a", "1." + std::to_string(i % 10)) + tpv("b", "7.5"));
+        expected.push_back("1." + std::to_string(i % 10));
+        m_peer.send(tpv("a", expected.back()) + tpv("b", "7.5"));
     }
     const auto begin = std::chrono::steady_clock::now();
     ASSERT_TRUE(awaitMessage("positions come from b", 1, [this] { m_peer.send(tpv("b", "8.5")); })) << messages();
@@ -60,10 +68,6 @@ TEST_F(GpsdPeers, TwoDevicesNeverTakeTurnsAndTheOtherCountsAfterFiveSeconds)
     m_peer.send(tpv("a", "1.5") + tpv("b", "9.5"));
     const Result result = stopBehindGap();
     EXPECT_EQ(result.exitCode, 0) << result.messages;
-    std::vector<std::string> expected;
-    for (int i = 0; i < 20; ++i) {
-        expected.push_back("1." + std::to_string(i % 10));
-    }
     std::vector<std::string> found = latitudes(result);
     const auto last = std::find(found.begin(), found.end(), "8.5");
     ASSERT_NE(last, found.end());
@@ -103,14 +107,12 @@ TEST_F(GpsdPeers, ARecordingBeginsWithTheRunAndNotWithWhatComesFirst)
 {
     startProgram(m_peer.port());
     ASSERT_TRUE(m_peer.accept());
-    const auto connected = std::chrono::system_clock::now().time_since_epoch();
+    const unsigned long long connectedUs = nowUs();
     m_peer.send(greeting);
     EXPECT_TRUE(m_peer.awaitText("?WATCH"));
-    const Result result = stopProgram();
-    const RecordedFile file = readRecordedFile(result.path("receiver"));
-    EXPECT_LE(file.startUs, static_cast<unsigned long long>(
-                                std::chrono::duration_cast<std::chrono::microseconds>(connected).count()));
-    EXPECT_LE(file.startUs, file.stopUs);
+    const RecordedFile file = recordingOf(stopProgram());
+    EXPECT_LE(file.startUs, connectedUs);
+    EXPECT_LE(file.startUs, file.header.stopTS().getMicroSecs());
 }
 
 TEST_F(GpsdPeers, AReceiverThatLosesItsFixIsUnknown)
@@ -125,7 +127,7 @@ TEST_F(GpsdPeers, WithSourceTimeRecordsHaveTheTimeOfTheReportAndTheLagIsTold)
     connect({"--source-time"});
     m_peer.send(tpv("a", "1.0", "2026-11-21T08:00:00.000Z") + tpv("a", "2.0", "2026-11-21T08:00:01.250Z"));
     const Result result = stopBehindGap();
-    const auto numbers = readRecordedFile(result.path("receiver")).numbers(latitudeCode);
+    const auto numbers = recordingOf(result).numbers(Code::Latitude);
     ASSERT_GE(numbers.size(), 2U);
     constexpr unsigned long long second = 1'795'248'001'250'000;  // 2026-11-21 08:00:01.250 UTC
     EXPECT_EQ(numbers[1].timeUs, second);
@@ -163,17 +165,14 @@ TEST_F(GpsdPeers, ASerialLineBesideItIsRecordedAtTheTimeOfArrivalAndAtOnce)
     connect({"--duration", "3", "nmea", "-"});
     const Result result = endProgram("$GPRMC,080000,A,5230.0000,N,01330.0000,E,10.0,90.0,211126,,,A\n");
     ASSERT_EQ(result.exitCode, 0) << result.messages;
-    const RecordedFile file = readRecordedFile(result.path("receiver"));
-    EXPECT_THAT(changes(file, latitudeCode, 1), ElementsAre("52.5"));
+    const RecordedFile file = recordingOf(result);
+    EXPECT_THAT(file.changes(Code::Latitude, 1), ElementsAre("52.5"));
     constexpr unsigned long long soon = 2'900'000;  // and not at the end of the run
-    const unsigned long long arrival = file.numbers(latitudeCode).front().timeUs;
+    const unsigned long long arrival = file.numbers(Code::Latitude).front().timeUs;
     EXPECT_GE(arrival, file.startUs);
     EXPECT_LT(arrival, file.startUs + soon);
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
     constexpr unsigned long long minute = 60'000'000;
-    EXPECT_LT(
-        static_cast<unsigned long long>(std::chrono::duration_cast<std::chrono::microseconds>(now).count()) - arrival,
-        minute);
+    EXPECT_LT(nowUs() - arrival, minute);
 }
 
 TEST_F(GpsdPeers, APeerThatIsNoGpsdIsTold)

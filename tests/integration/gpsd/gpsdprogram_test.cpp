@@ -119,7 +119,7 @@ protected:
         const Result result = stopProgram();
         EXPECT_EQ(result.exitCode, 0) << result.messages;
         EXPECT_EQ(result.summary.at("sources")[0].at("lost"), 0);
-        return readRecordedFile(result.path("receiver"));
+        return recordingOf(result);
     }
 
     std::string m_printed;
@@ -131,10 +131,10 @@ TEST_F(GpsdProgram, PositionsAreThoseThatGpspipePrints)
         GTEST_SKIP() << "no real log: gpsd/humminbird-M37.log is missing";
     }
     const RecordedFile file = play(realData("gpsd/humminbird-M37.log"), "TPV", 40);
-    expectWithin(changes(file, latitudeCode, 9), printed(m_printed, "TPV", "lat", 9), 5);
-    expectWithin(changes(file, longitudeCode, 9), printed(m_printed, "TPV", "lon", 9), 5);
-    expectWithin(changes(file, speedCode, 3), printed(m_printed, "TPV", "speed", 3), 5);
-    expectWithin(changes(file, altitudeCode, 4), printed(m_printed, "TPV", "altMSL", 4), 2);
+    expectWithin(file.changes(Code::Latitude, 9), printed(m_printed, "TPV", "lat", 9), 5);
+    expectWithin(file.changes(Code::Longitude, 9), printed(m_printed, "TPV", "lon", 9), 5);
+    expectWithin(file.changes(Code::Speed, 3), printed(m_printed, "TPV", "speed", 3), 5);
+    expectWithin(file.changes(Code::Altitude, 4), printed(m_printed, "TPV", "altMSL", 4), 2);
 }
 
 // A real log of headings, with pitches and rolls of the test between them.
@@ -166,26 +166,20 @@ TEST_F(GpsdProgram, AttitudesAreThoseThatGpspipePrints)
         GTEST_SKIP() << "no real log: gpsd/hemi.log is missing";
     }
     const RecordedFile file = play(write("hemi.log", withAttitudes(log)), "ATT", 40);
-    expectWithin(changes(file, headingCode, 3), printed(m_printed, "ATT", "heading", 3), 5);
-    expectWithin(changes(file, pitchCode, 3), printed(m_printed, "ATT", "pitch", 3), 5);
-    expectWithin(changes(file, rollCode, 3), printed(m_printed, "ATT", "roll", 3), 5);
+    expectWithin(file.changes(Code::TrueHeading, 3), printed(m_printed, "ATT", "heading", 3), 5);
+    expectWithin(file.changes(Code::Pitch, 3), printed(m_printed, "ATT", "pitch", 3), 5);
+    expectWithin(file.changes(Code::Roll, 3), printed(m_printed, "ATT", "roll", 3), 5);
 }
 
 TEST_F(GpsdProgram, KillingItLeavesAGapThatIsToldOnce)
 {
     Peer receiver;  // sends sentences to gpsd
     const std::uint16_t port = freePort();
-    const QStringList command{"gpsd",
-                              "-N",
-                              "-n",
-                              "-b",
-                              "-S",
-                              QString::number(port),
-                              QStringLiteral("tcp://127.0.0.1:%1").arg(receiver.port())};
+    const QString command = QStringLiteral("gpsd -N -n -b -S %1 tcp://127.0.0.1:%2").arg(port).arg(receiver.port());
     startProgram(port);
     ASSERT_TRUE(awaitMessage("trying again")) << messages();
     const auto serve = [&](Group& gpsd, const char* sentence, int times) {
-        gpsd.start(command);
+        gpsd.start(command.split(QLatin1Char(' ')));
         ASSERT_TRUE(receiver.accept());
         ASSERT_TRUE(awaitMessage("positions come from", times, [&] { receiver.send(sentence); })) << messages();
         gpsd.end();
@@ -196,7 +190,7 @@ TEST_F(GpsdProgram, KillingItLeavesAGapThatIsToldOnce)
     Group second;
     serve(second, "$GPRMC,080001,A,5231.0000,N,01330.0000,E,10.0,90.0,211126,,,A*72\r\n", 2);
     const Result result = stopProgram();
-    auto latitudes = changes(readRecordedFile(result.path("receiver")), latitudeCode, 9);
+    auto latitudes = recordingOf(result).changes(Code::Latitude, 9);
     if (latitudes.size() > 3) {  // the end may come before the second gap
         latitudes.pop_back();
     }

@@ -115,12 +115,3 @@ RecordingTest::Result GpsdProgramTest::stopProgram()
     result.messages = m_messages + result.messages;
     return result;
 }
-
-std::vector<std::string> GpsdProgramTest::changes(const RecordedFile& file, std::int32_t code, int digits)
-{
-    std::vector<std::string> out;
-    for (const auto& number : file.numbers(code)) {
-        out.push_back(std::isnan(number.number) ? "nan" : QString::number(number.number, 'f', digits).toStdString());
-    }
-    return out;
-}

@@ -3,7 +3,6 @@
 
 #include "recordings.h"
 #include "support/loopback.h"
-#include "support/testing.h"
 
 using TestSupport::PatienceMs;
 
@@ -33,14 +32,6 @@ using TestSupport::freePort;
 
 class GpsdProgramTest : public RecordingTest {
 protected:
-    static constexpr std::int32_t latitudeCode = 25;
-    static constexpr std::int32_t longitudeCode = 26;
-    static constexpr std::int32_t headingCode = 41;
-    static constexpr std::int32_t altitudeCode = 42;
-    static constexpr std::int32_t speedCode = 43;
-    static constexpr std::int32_t pitchCode = 44;
-    static constexpr std::int32_t rollCode = 45;
-
     ~GpsdProgramTest() override;
 
     /// Starts "recstation gpsd" with that peer.
@@ -52,8 +43,10 @@ protected:
     /// Asks it to stop, as Ctrl-C does.
     Result stopProgram();
     [[nodiscard]] const std::string& messages() const { return m_messages; }
-    /// A recorded value's changes as gpsd prints them; "nan" where it became unknown.
-    [[nodiscard]] static std::vector<std::string> changes(const RecordedFile& file, std::int32_t code, int digits);
+    [[nodiscard]] static RecordedFile recordingOf(const Result& result)
+    {
+        return readRecordedFile(result.path("receiver"));
+    }
 
 private:
     QProcess m_program;

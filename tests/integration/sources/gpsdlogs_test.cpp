@@ -5,14 +5,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::int32_t gpsdLatitude = 25;
-constexpr std::int32_t gpsdLongitude = 26;
-constexpr std::int32_t gpsdHeading = 41;
-constexpr std::int32_t gpsdAltitude = 42;
-constexpr std::int32_t gpsdSpeed = 43;
-constexpr std::int32_t gpsdPitch = 44;
-constexpr std::int32_t gpsdRoll = 45;
-
 // As gpsd prints them.
 constexpr int angleDigits = 9;
 constexpr int altitudeDigits = 4;
@@ -62,15 +54,6 @@ std::vector<std::string> told(const std::vector<GpsdReport>& reports, const char
     return out;
 }
 
-std::vector<std::string> recorded(const RecordedFile& file, std::int32_t type, int digits)
-{
-    std::vector<std::string> out;
-    for (const auto& number : file.numbers(type)) {
-        out.push_back(text(number.number, digits));
-    }
-    return out;
-}
-
 // gpsd does not report after every sentence, so that it may tell less.
 void expectInOrder(const std::vector<std::string>& expected, const std::vector<std::string>& found)
 {
@@ -95,21 +78,27 @@ unsigned long long timeOf(const json& report)
     return static_cast<unsigned long long>(time.toMSecsSinceEpoch()) * 1000;
 }
 
-class GpsdLogs : public RecordingTest {
+/// A log of real receivers, with what gpsd made of it beside it.
+struct GpsdLog {
+    const char* file;
+    std::size_t fixes;
+    bool tellsHeadings;
+};
+
+void PrintTo(const GpsdLog& log, std::ostream* out)
+{
+    *out << log.file;
+}
+
+class GpsdLogs : public RecordingTest, public testing::WithParamInterface<GpsdLog> {
 protected:
-    void open(const char* name)
+    void SetUp() override
     {
-        m_log = realData((std::string("gpsd/") + name).c_str());
+        m_log = realData(GetParam().file);
         if (m_log.isEmpty()) {
-            GTEST_SKIP() << "no real log: gpsd/" << name << " is missing";
+            GTEST_SKIP() << "no real log: " << GetParam().file << " is missing";
         }
         m_reports = readReports(m_log + ".chk");
-    }
-    [[nodiscard]] RecordedFile record() const
-    {
-        const Result result = run({"nmea", m_log});
-        EXPECT_EQ(result.exitCode, 0) << result.messages;
-        return readRecordedFile(result.path("receiver"));
     }
 
     // The reports of a fix at their times, up to where the log's times go back: those are recorded at the latest.
@@ -132,9 +121,9 @@ protected:
     void expectFixes(const RecordedFile& file, std::size_t count) const
     {
         constexpr unsigned long long sameTime = 40'000;
-        const auto latitudes = file.numbers(gpsdLatitude);
-        const auto longitudes = file.numbers(gpsdLongitude);
-        const auto altitudes = file.numbers(gpsdAltitude);
+        const auto latitudes = file.numbers(Code::Latitude);
+        const auto longitudes = file.numbers(Code::Longitude);
+        const auto altitudes = file.numbers(Code::Altitude);
         const std::vector<json> fixes = fixesInOrder();
         EXPECT_EQ(fixes.size(), count);
         for (const json& report : fixes) {
@@ -151,53 +140,37 @@ protected:
     {
         const auto speeds = told(m_reports, "TPV", "speed", otherDigits, {"RMC", "VTG"});
         EXPECT_FALSE(speeds.empty());
-        expectInOrder(speeds, recorded(file, gpsdSpeed, otherDigits));
-        expectInOrder(told(m_reports, "TPV", "lat", angleDigits), recorded(file, gpsdLatitude, angleDigits));
-        expectInOrder(told(m_reports, "TPV", "lon", angleDigits), recorded(file, gpsdLongitude, angleDigits));
-        expectInOrder(told(m_reports, "TPV", "altMSL", altitudeDigits), recorded(file, gpsdAltitude, altitudeDigits));
+        expectInOrder(speeds, file.changes(Code::Speed, otherDigits));
+        expectInOrder(told(m_reports, "TPV", "lat", angleDigits), file.changes(Code::Latitude, angleDigits));
+        expectInOrder(told(m_reports, "TPV", "lon", angleDigits), file.changes(Code::Longitude, angleDigits));
+        expectInOrder(told(m_reports, "TPV", "altMSL", altitudeDigits), file.changes(Code::Altitude, altitudeDigits));
     }
 
     QString m_log;
     std::vector<GpsdReport> m_reports;
 };
 
-TEST_F(GpsdLogs, ALogWhoseDateStandsInZdaIsWhatGpsdMadeOfIt)
+TEST_P(GpsdLogs, AreWhatGpsdMadeOfThem)
 {
-    open("hemi.log");
-    if (!IsSkipped()) {
-        const RecordedFile file = record();
-        expectFixes(file, 19);
-        expectOrders(file);
-        EXPECT_EQ(recorded(file, gpsdHeading, otherDigits), told(m_reports, "ATT", "heading", otherDigits));
+    const Result result = run({"nmea", m_log});
+    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    const RecordedFile file = readRecordedFile(result.path("receiver"));
+    expectFixes(file, GetParam().fixes);
+    expectOrders(file);
+    if (GetParam().tellsHeadings) {
+        EXPECT_EQ(file.changes(Code::TrueHeading, otherDigits), told(m_reports, "ATT", "heading", otherDigits));
     }
 }
 
-TEST_F(GpsdLogs, ALogOfPositionsInGllIsWhatGpsdMadeOfIt)
-{
-    open("humminbird-M37.log");
-    if (!IsSkipped()) {
-        const RecordedFile file = record();
-        expectFixes(file, 26);
-        expectOrders(file);
-    }
-}
+INSTANTIATE_TEST_SUITE_P(WithDatesInZdaOrPositionsInGllOrOfSeveralConstellations, GpsdLogs,
+                         testing::Values(GpsdLog{"gpsd/hemi.log", 19, true},
+                                         GpsdLog{"gpsd/humminbird-M37.log", 26, false},
+                                         GpsdLog{"gpsd/quectelLC79D.log", 30, false}));
 
-TEST_F(GpsdLogs, AReceiverOfSeveralConstellationsIsWhatGpsdMadeOfIt)
-{
-    open("quectelLC79D.log");
-    if (!IsSkipped()) {
-        const RecordedFile file = record();
-        expectFixes(file, 30);
-        expectOrders(file);
-    }
-}
+class CompassLog : public GpsdLogs {};
 
-TEST_F(GpsdLogs, ACompassWithoutAnyTimeIsWhatGpsdMadeOfItAtTheTimeOfArrival)
+TEST_P(CompassLog, WithoutAnyTimeIsWhatGpsdMadeOfItAtTheTimeOfArrival)
 {
-    open("pypilot.log");
-    if (IsSkipped()) {
-        return;
-    }
     const QByteArray log = TestSupport::readBytes(m_log);
     const qint64 before = QDateTime::currentMSecsSinceEpoch();
     const Result result = run({"nmea", "-", "--variation", "0"}, log);
@@ -207,9 +180,11 @@ TEST_F(GpsdLogs, ACompassWithoutAnyTimeIsWhatGpsdMadeOfItAtTheTimeOfArrival)
     const RecordedFile file = readRecordedFile(result.path("receiver"));
     EXPECT_GE(static_cast<qint64>(file.startUs / 1000), before);
     EXPECT_LE(static_cast<qint64>(file.startUs / 1000), after);
-    EXPECT_EQ(recorded(file, gpsdHeading, otherDigits), told(m_reports, "ATT", "mheading", otherDigits));
-    EXPECT_EQ(recorded(file, gpsdPitch, otherDigits), told(m_reports, "ATT", "pitch", otherDigits));
-    EXPECT_EQ(recorded(file, gpsdRoll, otherDigits), told(m_reports, "ATT", "roll", otherDigits));
+    EXPECT_EQ(file.changes(Code::TrueHeading, otherDigits), told(m_reports, "ATT", "mheading", otherDigits));
+    EXPECT_EQ(file.changes(Code::Pitch, otherDigits), told(m_reports, "ATT", "pitch", otherDigits));
+    EXPECT_EQ(file.changes(Code::Roll, otherDigits), told(m_reports, "ATT", "roll", otherDigits));
 }
+
+INSTANTIATE_TEST_SUITE_P(OfAnAutopilot, CompassLog, testing::Values(GpsdLog{"gpsd/pypilot.log", 0, true}));
 
 }  // namespace

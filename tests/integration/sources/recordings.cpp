@@ -1,8 +1,18 @@
 // Starts recstation, reads its summary, and takes the records out of its files.
 #include "recordings.h"
 
-#include <recording2/fileaccess.h>
 #include <values/value.h>
+
+std::vector<std::string> RecordedFile::texts(std::int32_t code) const
+{
+    std::vector<std::string> out;
+    for (const Record& record : records) {
+        if (record.code == code) {
+            out.push_back(record.text);
+        }
+    }
+    return out;
+}
 
 std::vector<RecordedFile::Number> RecordedFile::numbers(std::int32_t code) const
 {
@@ -20,15 +30,41 @@ std::vector<RecordedFile::Number> RecordedFile::numbers(std::int32_t code) const
     return out;
 }
 
+std::vector<std::string> RecordedFile::changes(std::int32_t code, int digits) const
+{
+    std::vector<std::string> out;
+    for (const Number& change : numbers(code)) {
+        out.push_back(std::isnan(change.number) ? "nan" : QString::number(change.number, 'f', digits).toStdString());
+    }
+    return out;
+}
+
+std::vector<RecordedFile::Spectrum> RecordedFile::spectra(std::int32_t code) const
+{
+    std::vector<Spectrum> out;
+    values::FastValueMap<float, values::levelHandler> map;
+    for (const Record& record : records) {
+        if (record.code != code) {
+            continue;
+        }
+        EXPECT_TRUE(map.ApplyRecordedState(record.text, 0, false)) << record.text.substr(0, 80);
+        const std::vector<float> cells(map.GetCells().begin(), map.GetCells().end());
+        if (map.GetTimeStamp() != 0) {
+            out.push_back({startUs + record.timeMs * 1000, map.GetTimeStamp(), map.GetChannelRange(), cells});
+        } else {
+            EXPECT_TRUE(std::all_of(cells.begin(), cells.end(), [](float cell) { return std::isnan(cell); }));
+        }
+    }
+    return out;
+}
+
 RecordedFile readRecordedFile(const std::string& path)
 {
     Recording2::CFileAccess file(path.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
     EXPECT_TRUE(file.IsValidFile()) << path;
     RecordedFile out;
-    Recording2::CHeaderData header;
-    file.read(header);
-    out.startUs = header.startTS().getMicroSecs();
-    out.stopUs = header.stopTS().getMicroSecs();
+    EXPECT_EQ(file.read(out.header), 1U) << path;
+    out.startUs = out.header.startTS().getMicroSecs();
     file.readTables();
     Recording2::CVTCmdData record;
     while (const unsigned long long time = file.readAndReturnTimeOfCurrentCmd(record)) {
@@ -66,6 +102,16 @@ RecordingTest::Result RecordingTest::finish(QProcess& process)
 {
     const TestSupport::ProgramResult ended = TestSupport::finish(process);
     return {ended.exitCode, ended.err, nlohmann::json::parse(ended.out, nullptr, false)};
+}
+
+void RecordingTest::awaitMessage(QProcess& process, const char* words)
+{
+    process.setReadChannel(QProcess::StandardError);
+    QByteArray messages;
+    while (!messages.contains(words)) {
+        ASSERT_TRUE(process.waitForReadyRead(TestSupport::PatienceMs)) << messages.toStdString();
+        messages += process.readAllStandardError();
+    }
 }
 
 RecordingTest::Result RecordingTest::run(const QStringList& arguments, const QByteArray& input) const

@@ -2,7 +2,6 @@
 #include <QElapsedTimer>
 #include <QStandardPaths>
 
-#include <values/maps.h>
 #include <values/selection.h>
 #include <values/value.h>
 
@@ -12,13 +11,6 @@
 namespace {
 
 using namespace testing;
-using LevelMap = values::FastValueMap<float, values::levelHandler>;
-
-constexpr std::int32_t rfSpectrumCode = 1;
-constexpr std::int32_t bandwidthCode = 5;
-constexpr std::int32_t modulationCode = 6;
-constexpr std::int32_t levelCode = 36;
-constexpr std::int32_t frequencyCode = 46;
 
 using TestSupport::freePort;
 
@@ -77,53 +69,38 @@ protected:
         }
     }
 
-    void record(QProcess& process, const QStringList& options = {}) const
+    // @param until what was recorded then
+    void record(const QString& until, const QStringList& options = {})
     {
-        start(process, QStringList{"-o", ".", "rig", address(), "--interval", "10ms"} + options);
+        start(m_recstation, QStringList{"-o", ".", "rig", address(), "--interval", "10ms"} + options);
+        awaitRecord(until);
     }
 
-    static void pipeIn(QProcess& process, const QByteArray& lines)
+    void pipeIn(const QByteArray& lines)
     {
-        process.write(lines);
-        while (process.bytesToWrite() > 0) {
-            ASSERT_TRUE(process.waitForBytesWritten(TestSupport::PatienceMs));
+        m_recstation.write(lines);
+        while (m_recstation.bytesToWrite() > 0) {
+            ASSERT_TRUE(m_recstation.waitForBytesWritten(TestSupport::PatienceMs));
         }
     }
 
-    static Result stop(QProcess& process)
+    Result stop()
     {
-        process.terminate();
-        return finish(process);
+        m_recstation.terminate();
+        return finish(m_recstation);
     }
 
     [[nodiscard]] QString address() const { return QStringLiteral("127.0.0.1:%1").arg(m_port); }
 
     int m_port = freePort();
     QProcess m_rigctld;
+    QProcess m_recstation;
 };
 
-// The texts of one keyword, in order.
-std::vector<std::string> textsOf(const RecordedFile& file, std::int32_t code)
-{
-    std::vector<std::string> texts;
-    for (const Record& record : file.records) {
-        if (record.code == code) {
-            texts.push_back(record.text);
-        }
-    }
-    return texts;
-}
-
+template <typename Value = values::ValueNumeric<double>>
 double numberOf(const std::string& text)
 {
-    values::ValueNumeric<double> number;
-    EXPECT_TRUE(number.ApplyRecordedState(text, 0, false)) << text;
-    return number.GetValue();
-}
-
-double frequencyOf(const std::string& text)
-{
-    values::ValueNumericWithOffset<double> number;
+    Value number;
     EXPECT_TRUE(number.ApplyRecordedState(text, 0, false)) << text;
     return number.GetValue();
 }
@@ -147,39 +124,31 @@ std::pair<double, double> headerRange(const std::string& path)
 TEST_F(RigTest, WhatRigctlSetsIsRecordedAsRigctlTellsIt)
 {
     startReceiver();
-    QProcess process;
-    record(process);
+    record("FREQUENCY");
     std::vector<double> frequencies;
-    std::vector<QString> modes;
-    std::vector<double> bandwidths;
+    QStringList told;
     for (const auto& [hertz, mode, width] :
          {std::tuple{"7100000", "USB", "2400"}, {"145500000", "FM", "15000"}, {"98300000", "WFM", "230000"}}) {
         static_cast<void>(ask({"F", QLatin1String(hertz)}));
         static_cast<void>(ask({"M", QLatin1String(mode), QLatin1String(width)}));
         frequencies.push_back(ask({"f"}).value(0).toDouble());
-        const QStringList told = ask({"m"});
-        modes.push_back(told.value(0));
-        bandwidths.push_back(told.value(1).toDouble());
+        told = ask({"m"});
         awaitRecord(told.value(0));
         awaitRecord(QLatin1String(hertz));
         awaitRecord(told.value(1));
     }
-    const Result result = stop(process);
+    const Result result = stop();
     EXPECT_EQ(result.exitCode, 0) << result.messages;
     const RecordedFile file = readRecordedFile(result.path("receiver"));
     std::vector<double> recorded;
-    for (const std::string& text : textsOf(file, frequencyCode)) {
-        recorded.push_back(frequencyOf(text));
+    for (const std::string& text : file.texts(Code::Frequency)) {
+        recorded.push_back(numberOf<values::ValueNumericWithOffset<double>>(text));
     }
     ASSERT_GE(recorded.size(), 3U);
     EXPECT_EQ(std::vector<double>(recorded.end() - 3, recorded.end()), frequencies);
-    std::vector<QString> recordedModes;
-    for (const std::string& text : textsOf(file, modulationCode)) {
-        recordedModes.push_back(modeOf(text));
-    }
-    EXPECT_EQ(recordedModes.front(), "UNKNOWN") << "until the receiver told it";
-    EXPECT_EQ(recordedModes.back(), modes.back());
-    EXPECT_EQ(numberOf(textsOf(file, bandwidthCode).back()), bandwidths.back());
+    EXPECT_EQ(modeOf(file.texts(Code::Modulation).front()), "UNKNOWN") << "until the receiver told it";
+    EXPECT_EQ(modeOf(file.texts(Code::Modulation).back()), told.value(0));
+    EXPECT_EQ(numberOf(file.texts(Code::Bandwidth).back()), told.value(1).toDouble());
     EXPECT_EQ(headerRange(result.path("receiver")), std::pair(7.1e6, 145.5e6)) << "all that it was tuned to";
 }
 
@@ -187,11 +156,9 @@ TEST_F(RigTest, StrengthsAreDecibelsOverS9AndDbmOnlyWhenS9IsTold)
 {
     startReceiver();
     for (const double s9 : {0.0, -73.0}) {
-        QProcess process;
-        record(process, s9 == 0 ? QStringList() : QStringList{"--s9", "-73dBm"});
-        awaitRecord("LEVEL       -");
-        const Result result = stop(process);
-        for (const std::string& text : textsOf(readRecordedFile(result.path("receiver")), levelCode)) {
+        record("LEVEL       -", s9 == 0 ? QStringList() : QStringList{"--s9", "-73dBm"});
+        const Result result = stop();
+        for (const std::string& text : readRecordedFile(result.path("receiver")).texts(Code::Level)) {
             const double level = numberOf(text);  // the dummy's goes up and down around -54 to 30 dB over S9
             EXPECT_TRUE(std::isnan(level) || (level - s9 > -80 && level - s9 < 60)) << level;
             EXPECT_TRUE(std::isnan(level) || level == std::floor(level));
@@ -203,39 +170,27 @@ TEST_F(RigTest, StrengthsAreDecibelsOverS9AndDbmOnlyWhenS9IsTold)
 TEST_F(RigTest, AReceiverThatIsKilledLeavesAGapAndIsRecordedAgainWhenItIsBack)
 {
     startReceiver();
-    QProcess process;
-    record(process);
-    awaitRecord("LEVEL       -");
+    record("LEVEL       -");
     m_rigctld.kill();
     m_rigctld.waitForFinished();
-    process.setReadChannel(QProcess::StandardError);
-    QByteArray messages;
-    const auto await = [&](const char* words) {
-        while (!messages.contains(words)) {
-            ASSERT_TRUE(process.waitForReadyRead(TestSupport::PatienceMs));
-            messages += process.readAllStandardError();
-        }
-    };
-    await("trying again");
+    awaitMessage(m_recstation, "trying again");
     startReceiver();
-    await("connected again");
-    const Result result = stop(process);
+    awaitMessage(m_recstation, "connected again");
+    const Result result = stop();
     EXPECT_EQ(result.exitCode, 0) << result.messages;
     EXPECT_EQ(result.summary["sources"][0]["reconnects"], 1);
     const RecordedFile file = readRecordedFile(result.path("receiver"));
-    const auto modes = textsOf(file, modulationCode);
+    const auto modes = file.texts(Code::Modulation);
     EXPECT_EQ(std::count_if(modes.begin(), modes.end(), [](const auto& text) { return modeOf(text) == "UNKNOWN"; }), 2)
         << "at the start, and in the gap";
-    EXPECT_THAT(textsOf(file, frequencyCode), SizeIs(2)) << "unknown at the start, and told once: in the gap it stays";
+    EXPECT_THAT(file.texts(Code::Frequency), SizeIs(2)) << "unknown at the start, and told once: in the gap it stays";
 }
 
 TEST_F(RigTest, ARigctldInVfoModeIsUnderstood)
 {
     startReceiver({"-o"});
-    QProcess process;
-    record(process);
-    awaitRecord("145000000");
-    const Result result = stop(process);
+    record("145000000");
+    const Result result = stop();
     EXPECT_EQ(result.exitCode, 0) << result.messages;
     EXPECT_EQ(result.summary["sources"][0]["lost"], 0) << result.messages;
 }
@@ -258,9 +213,7 @@ TEST_F(RigTest, SpectraInPacketsAreRecordedAndMissingOnesCounted)
 {
     startReceiver();
     const int group = freePort(SOCK_DGRAM);
-    QProcess process;
-    record(process, {QStringLiteral("--multicast=127.0.0.1:%1").arg(group)});
-    awaitRecord("145000000");  // it listens
+    record("145000000", {QStringLiteral("--multicast=127.0.0.1:%1").arg(group)});  // it listens
     const int sender = ::socket(AF_INET, SOCK_DGRAM, 0);
     sockaddr_in to{};
     to.sin_family = AF_INET;
@@ -276,16 +229,12 @@ TEST_F(RigTest, SpectraInPacketsAreRecordedAndMissingOnesCounted)
     ::close(sender);
     awaitRecord("3743000");
     awaitRecord("min -70");
-    const Result result = stop(process);
+    const Result result = stop();
     EXPECT_EQ(result.exitCode, 0) << result.messages;
     EXPECT_EQ(result.summary["sources"][0]["lost"], 4) << "three missing, one of rubbish";
     std::vector<std::vector<float>> spectra;
-    LevelMap map;
-    for (const std::string& text : textsOf(readRecordedFile(result.path("receiver")), rfSpectrumCode)) {
-        ASSERT_TRUE(map.ApplyRecordedState(text, 0, false));
-        if (map.GetTimeStamp() != 0) {
-            spectra.emplace_back(map.GetCells().begin(), map.GetCells().end());
-        }
+    for (const auto& spectrum : readRecordedFile(result.path("receiver")).spectra(Code::RfSpectrum)) {
+        spectra.push_back(spectrum.cells);
     }
     // Of the scope, which nobody knew at the start.
     EXPECT_EQ(headerRange(result.path("receiver")), std::pair(3693000.0, 3743000.0));
@@ -295,15 +244,12 @@ TEST_F(RigTest, SpectraInPacketsAreRecordedAndMissingOnesCounted)
 // Its recording begins with this machine's time, and not in 1970.
 TEST_F(RigTest, OfAPeerThatIsNotThereTheRecordingIsOfNowAndTheRunSaysThatNothingCame)
 {
-    QProcess process;
-    start(process, {"-o", ".", "--duration", "300ms", "--source-time", "rig", address()});
+    start(m_recstation, {"-o", ".", "--duration", "300ms", "--source-time", "rig", address()});
     const auto now = static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * 1000;
-    const Result result = finish(process);
+    const Result result = finish(m_recstation);
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_EQ(result.summary["failure"], "nothing was measured: no source gave anything");
-    EXPECT_NE(result.messages.find("nothing ever came from " + address().toStdString() + ": cannot connect"),
-              std::string::npos)
-        << result.messages;
+    EXPECT_THAT(result.messages, HasSubstr("nothing ever came from " + address().toStdString() + ": cannot connect"));
     const RecordedFile file = readRecordedFile(result.path("receiver"));
     EXPECT_LT(now - 10'000'000, file.startUs);
     EXPECT_LT(file.startUs, now + 60'000'000);
@@ -312,10 +258,8 @@ TEST_F(RigTest, OfAPeerThatIsNotThereTheRecordingIsOfNowAndTheRunSaysThatNothing
 TEST_F(RigTest, OfTwoPeersOneThatNeverCameIsToldAndCounts)
 {
     startReceiver();
-    QProcess process;
-    record(process, {"gpsd", QStringLiteral("127.0.0.1:%1").arg(freePort())});
-    awaitRecord("145000000");
-    const Result result = stop(process);
+    record("145000000", {"gpsd", QStringLiteral("127.0.0.1:%1").arg(freePort())});
+    const Result result = stop();
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_TRUE(result.summary["sources"][0].contains("missing")) << "gpsd";
     EXPECT_FALSE(result.summary["sources"][1].contains("missing"));
@@ -325,16 +269,14 @@ TEST_F(RigTest, OfTwoPeersOneThatNeverCameIsToldAndCounts)
 TEST_F(RigTest, AFloodOfRecordsDoesNotMoveTheTimesOfARecording)
 {
     startReceiver();
-    QProcess process;
-    record(process, {"--record", "receiver", "feed"});
-    awaitRecord("145000000");
+    record("145000000", {"--record", "receiver", "feed"});
     QByteArray lines;
     for (int i = 1; i <= 3000; ++i) {
         lines += QStringLiteral("{\"at\": 0, \"path\": \"/LEVEL\", \"set\": %1}\n").arg(i).toLatin1();
     }
-    pipeIn(process, lines);
+    pipeIn(lines);
     awaitRecord("LEVEL       3000");
-    const Result result = stop(process);
+    const Result result = stop();
     EXPECT_LE(readRecordedFile(result.path("receiver")).records.back().timeMs,
               result.summary["recordedMs"].get<unsigned long long>() + 200);
 }
@@ -343,16 +285,15 @@ TEST_F(RigTest, AFloodOfRecordsDoesNotMoveTheTimesOfARecording)
 TEST_F(RigTest, AFloodFromAPipeDoesNotKeepTheReceiverFromBeingRecorded)
 {
     startReceiver();
-    QProcess process;
-    start(process, {"-o", ".", "--record", "receiver", "rig", address(), "--interval", "10ms", "feed"});
+    start(m_recstation, {"-o", ".", "--record", "receiver", "rig", address(), "--interval", "10ms", "feed"});
     const QByteArray line = R"({"at": 0, "path": "/FLOOD", "create": "number", "value": 1})";
     QByteArray lines = line + "\n";
     for (int i = 0; i < 100'000; ++i) {
         lines += i % 2 == 0 ? "{\"at\": 0, \"path\": \"/FLOOD\", \"set\": 2}\n" : "rubbish\n";
     }
-    pipeIn(process, lines);
+    pipeIn(lines);
     awaitRecord("145000000");
-    const Result result = stop(process);
+    const Result result = stop();
     ASSERT_THAT(result.summary["sources"], SizeIs(2));
     const auto& rig = result.summary["sources"][1];
     EXPECT_EQ(rig["name"], "rig");

@@ -5,44 +5,13 @@
 #include <signal.h>
 #endif
 
-#include <values/maps.h>
-
 #include "recordings.h"
 
 namespace {
 
 using namespace testing;
-using LevelMap = values::FastValueMap<float, values::levelHandler>;
 
-constexpr std::int32_t sweepCode = 1;
 constexpr unsigned long long firstSweepUs = 1'795'248'000'000'000;  // 2026-11-21 08:00:00 UTC
-
-struct Spectrum {
-    unsigned long long timeUs;
-    unsigned long long ownTimeUs;
-    values::ChannelRange range;
-    std::vector<float> cells;
-};
-
-// After the initial state.
-std::vector<Spectrum> spectraOf(const RecordedFile& file)
-{
-    std::vector<Spectrum> out;
-    LevelMap map;
-    for (const Record& record : file.records) {
-        if (record.code == sweepCode) {
-            EXPECT_TRUE(map.ApplyRecordedState(record.text, 0, false)) << record.text.substr(0, 80);
-            if (map.GetTimeStamp() != 0) {
-                const auto cells = map.GetCells();
-                out.push_back({file.startUs + record.timeMs * 1000,
-                               map.GetTimeStamp(),
-                               map.GetChannelRange(),
-                               {cells.begin(), cells.end()}});
-            }
-        }
-    }
-    return out;
-}
 
 // Levels of two decimals, as the programs print them.
 class Levels {
@@ -67,7 +36,7 @@ QByteArray row(const QString& time, double lowHz, double highHz, double stepHz, 
     return line.toLatin1() + '\n';
 }
 
-class SweepProgram : public RecordingTest {};
+using SweepProgram = RecordingTest;
 
 TEST_F(SweepProgram, InterleavedHopsComeBackAsSpectra)
 {
@@ -93,7 +62,7 @@ TEST_F(SweepProgram, InterleavedHopsComeBackAsSpectra)
     const Result result = run({"sweep", write("hops.csv", csv)});
     ASSERT_EQ(result.exitCode, 0) << result.messages;
     EXPECT_THAT(result.messages, HasSubstr("sweep: 160 used, 0 skipped, 0 bad"));
-    const auto spectra = spectraOf(readRecordedFile(result.path("receiver")));
+    const auto spectra = readRecordedFile(result.path("receiver")).spectra(Code::RfSpectrum);
     ASSERT_THAT(spectra, SizeIs(sweeps));
     for (std::size_t sweep = 0; sweep < sweeps; ++sweep) {
         EXPECT_EQ(spectra[sweep].ownTimeUs, firstSweepUs + sweep * 500'000);
@@ -118,16 +87,11 @@ TEST_F(SweepProgram, ASignalKeepsWhatWasReadOfTheLastSweep)
         QProcess process;
         start(process, {"sweep", "-"});
         process.write(csv + row("08:00:05", 0, 4, 1, {-1, -2, -3, -4}) + "mark\n");
-        process.setReadChannel(QProcess::StandardError);
-        QByteArray messages;
-        while (!messages.contains("the line ends before")) {
-            ASSERT_TRUE(process.waitForReadyRead(60'000)) << messages.toStdString();
-            messages += process.readAllStandardError();
-        }
+        awaitMessage(process, "the line ends before");
         ASSERT_EQ(::kill(static_cast<pid_t>(process.processId()), SIGINT), 0);
         const Result result = finish(process);
         EXPECT_EQ(result.exitCode, 3);  // for the line that marked the moment
-        const auto spectra = spectraOf(readRecordedFile(result.path("receiver")));
+        const auto spectra = readRecordedFile(result.path("receiver")).spectra(Code::RfSpectrum);
         ASSERT_EQ(spectra.size(), static_cast<std::size_t>(completeSweeps) + 1);
         EXPECT_EQ(spectra.back().ownTimeUs, firstSweepUs + 5'000'000);
         ASSERT_EQ(spectra.back().cells.size(), completeSweeps == 0 ? 4U : 8U);

@@ -5,12 +5,6 @@ namespace {
 
 using testing::SizeIs;
 
-constexpr std::int32_t latitudeCode = 25;
-constexpr std::int32_t longitudeCode = 26;
-constexpr std::int32_t headingCode = 41;
-constexpr std::int32_t altitudeCode = 42;
-constexpr std::int32_t speedCode = 43;
-
 // What the log says in its order. A number that stays the same is no change, so it is no record.
 struct Extract {
     std::vector<double> latitudes;
@@ -95,12 +89,12 @@ TEST_F(Zeus, EveryHeadingAndPositionComesBack)
     const Extract expected = extract(m_log);
     ASSERT_GT(expected.headings.size(), 1000U);
     const RecordedFile file = readRecordedFile(result.path("receiver"));
-    expectNumbers(file, headingCode, expected.headings);
-    expectNumbers(file, latitudeCode, expected.latitudes);
-    expectNumbers(file, longitudeCode, expected.longitudes);
-    expectNumbers(file, altitudeCode, expected.altitudes);
+    expectNumbers(file, Code::TrueHeading, expected.headings);
+    expectNumbers(file, Code::Latitude, expected.latitudes);
+    expectNumbers(file, Code::Longitude, expected.longitudes);
+    expectNumbers(file, Code::Altitude, expected.altitudes);
     std::set<long long> speeds;
-    for (const auto& speed : file.numbers(speedCode)) {
+    for (const auto& speed : file.numbers(Code::Speed)) {
         speeds.insert(std::llround(speed.number * 1e6));
     }
     EXPECT_EQ(speeds, expected.speeds);
@@ -123,12 +117,12 @@ TEST_F(Zeus, TimesAreThoseOfTheSentences)
         before = record.timeMs;
     }
     // Positions come about every second. The first second also holds the initial states.
-    const auto latitudes = file.numbers(latitudeCode);
+    const auto latitudes = file.numbers(Code::Latitude);
     for (std::size_t i = 2; i < latitudes.size(); ++i) {
         EXPECT_LT(latitudes[i].timeUs % 1'000'000, 20'000U);
     }
     // The compass tells ten headings a second, which spread over it.
-    const auto headings = file.numbers(headingCode);
+    const auto headings = file.numbers(Code::TrueHeading);
     for (std::size_t i = 21; i < headings.size() - 20; ++i) {
         EXPECT_LT(headings[i].timeUs - headings[i - 20].timeUs, 8'000'000U) << i;
         EXPECT_GT(headings[i].timeUs - headings[i - 20].timeUs, 1'000'000U) << i;
