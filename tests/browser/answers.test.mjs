@@ -1,23 +1,16 @@
 // What was on the air, as the page answers it: the same as rectool says of the recording, and each leads to its place.
 import assert from 'node:assert/strict';
 import path from 'node:path';
-import { before, test } from 'node:test';
-import { browse, folder, leave, open, recordingOf, rectool, serve, simulate, start, state } from './frame.mjs';
+import { test } from 'node:test';
+import { folder, leave, open, recordingOf, rectool, serve, simulate, start, state } from './frame.mjs';
 
-let browser;
-let address;
-let file;
-let id;
 const span = { from: start + 10000, to: start + 40000, low: 430e6, high: 436e6 };
 
-before(async () => {
-    const directory = folder();
-    simulate(directory);
-    file = recordingOf(directory, 'RX_1');
-    id = path.basename(file, '.rec');
-    address = await serve(directory);
-    browser = await browse();
-});
+const directory = folder();
+simulate(directory);
+const file = recordingOf(directory, 'RX_1');
+const id = path.basename(file, '.rec');
+const address = await serve(directory);
 
 async function spectrumOf() {
     const { recordings } = await (await fetch(new URL('/api/recordings', address))).json();
@@ -62,7 +55,7 @@ test('what cannot be worked out is one sentence', async () => {
 });
 
 test('emissions are a list and frames, and a click goes to where one was strongest', async () => {
-    const page = await open(browser, address, `#recording=${id}&from=${span.from}&to=${span.to}&low=${span.low}&high=${span.high}&panel=answers`);
+    const page = await open(address, `#recording=${id}&from=${span.from}&to=${span.to}&low=${span.low}&high=${span.high}&panel=answers`);
     await page.waitForFunction(() => document.querySelectorAll('#answers tbody tr').length > 0);
     const { answer: given } = await answer('emissions', { type: (await state(page)).type });
     const shown = given.emissions;

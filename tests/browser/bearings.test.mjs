@@ -1,23 +1,16 @@
 // Bearings on the map and around the station: those of the recording, and each leads to its record.
 import assert from 'node:assert/strict';
 import path from 'node:path';
-import { before, test } from 'node:test';
-import { browse, folder, leave, open, recordingOf, rectool, serve, set, simulate, start, state } from './frame.mjs';
+import { test } from 'node:test';
+import { folder, leave, open, recordingOf, rectool, serve, set, simulate, start, state } from './frame.mjs';
 
-let browser;
-let address;
-let file;
-
-before(async () => {
-    const directory = folder();
-    simulate(directory);
-    file = recordingOf(directory, 'DF_1');
-    address = await serve(directory);
-    browser = await browse();
-});
+const directory = folder();
+simulate(directory);
+const file = recordingOf(directory, 'DF_1');
+const address = await serve(directory);
 
 function openBearings(panel) {
-    return open(browser, address, `#recording=${path.basename(file, '.rec')}&panel=${panel}`, { spectra: false });
+    return open(address, `#recording=${path.basename(file, '.rec')}&panel=${panel}`, { spectra: false });
 }
 
 function shown(page) {

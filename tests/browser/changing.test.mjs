@@ -1,25 +1,18 @@
 // Bookmarks that are changed on the page are changed in the file, and only where that is allowed.
 import assert from 'node:assert/strict';
-import { before, test } from 'node:test';
-import { browse, folder, leave, open, record, rectool, serve, set, start } from './frame.mjs';
+import { test } from 'node:test';
+import { folder, leave, open, record, rectool, serve, set, start } from './frame.mjs';
 import { receiver } from './recordings.mjs';
 
-let browser;
-let directory;
-let file;
-
-before(async () => {
-    directory = folder();
-    [file] = record(directory, receiver({ sweeps: 240 }));
-    browser = await browse();
-});
+const directory = folder();
+const [file] = record(directory, receiver({ sweeps: 240 }));
 
 function bookmarks() {
     return JSON.parse(rectool('bookmark', 'list', file, '--json')).bookmarks;
 }
 
 test('a bookmark that is added, renamed and removed on the page is so for rectool bookmark', async () => {
-    const page = await open(browser, await serve(directory, '--edit'));
+    const page = await open(await serve(directory, '--edit'));
     await set(page, { at: start + 20000 });
     await page.locator('canvas.overlay').focus();
     await page.keyboard.press('b');
@@ -55,7 +48,7 @@ test('a bookmark that is added, renamed and removed on the page is so for rectoo
 });
 
 test('a page without --edit offers no change, and says why there is none', async () => {
-    const page = await open(browser, await serve(directory));
+    const page = await open(await serve(directory));
     await set(page, { at: start + 20000 });
     await page.locator('canvas.overlay').focus();
     await page.keyboard.press('b');

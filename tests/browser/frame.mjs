@@ -91,16 +91,18 @@ export function station(directory) {
     };
 }
 
-export async function browse() {
+let browser;
+
+async function browse() {
     const given = process.getuid() === 0 ? ['--no-sandbox'] : [];
-    const browser = await chromium.launch({ executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium', args: given });
+    browser = await chromium.launch({ executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium', args: given });
     atTheEnd.push(() => browser.close());
-    return browser;
 }
 
 /** Opens a page and keeps what goes wrong on it, and what it asks other hosts for. */
-export async function open(browser, address, hash = '', options = {}) {
+export async function open(address, hash = '', options = {}) {
     const { spectra, ...windowOptions } = options;
+    await (browser ?? browse());
     const page = await browser.newPage({ viewport: { width: 1280, height: 900 }, colorScheme: 'dark', ...windowOptions });
     page.setDefaultTimeout(patience);
     page.wrong = [];

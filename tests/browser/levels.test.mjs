@@ -1,19 +1,12 @@
 // Levels and values on the page are those of the recording: zoomed out, zoomed in, and at the cursor.
 import assert from 'node:assert/strict';
-import { before, test } from 'node:test';
-import { browse, cat, folder, leave, open, record, rectool, serve, set, settled, start, state } from './frame.mjs';
+import { test } from 'node:test';
+import { cat, folder, leave, open, record, rectool, serve, set, settled, start, state } from './frame.mjs';
 import { burst, channels, levelOf, lowest, receiver, step, sweepMs } from './recordings.mjs';
 
-let browser;
-let address;
-let file;
-
-before(async () => {
-    const directory = folder();
-    [file] = record(directory, receiver());
-    address = await serve(directory);
-    browser = await browse();
-});
+const directory = folder();
+const [file] = record(directory, receiver());
+const address = await serve(directory);
 
 /** The pixel of a moment and frequency, or one so many beside it, and the levels for which it could be the colour. */
 function pixelAt(page, ms, hz, beside = 0) {
@@ -34,7 +27,7 @@ function pixelAt(page, ms, hz, beside = 0) {
 }
 
 test('zoomed out, the burst of one sweep in one cell is there at its level, and its neighbours are at theirs', async () => {
-    const page = await open(browser, address);
+    const page = await open(address);
     await set(page, { autoLevel: false, levelLow: -120, levelHigh: -20 });
     await settled(page);
     const { from, to } = await state(page);
@@ -52,7 +45,7 @@ test('zoomed out, the burst of one sweep in one cell is there at its level, and 
 });
 
 test('a rough picture that comes behind the exact one does not replace it', async () => {
-    const page = await open(browser, address);
+    const page = await open(address);
     const isExact = (request) => new URL(request.url()).searchParams.get('exact') === '1';
     let release;
     const exactIsDrawn = new Promise((resolve) => {
@@ -78,7 +71,7 @@ test('a rough picture that comes behind the exact one does not replace it', asyn
 });
 
 test('zoomed in, pixels and the sweep at the cursor are what cat says', async () => {
-    const page = await open(browser, address);
+    const page = await open(address);
     const middle = start + (burst.sweep + 1) * sweepMs;
     await set(page, { autoLevel: false, levelLow: -120, levelHigh: -20, from: middle - 1000, to: middle + 1000 });
     await settled(page);
@@ -103,7 +96,7 @@ test('zoomed in, pixels and the sweep at the cursor are what cat says', async ()
 });
 
 test('the level in figures is that of the cell under the cursor', async () => {
-    const page = await open(browser, address);
+    const page = await open(address);
     await set(page, { at: start + (burst.sweep + 1) * sweepMs + 10, hz: lowest + burst.channel * step });
     await page.waitForFunction(() => /23\.5/.test(document.getElementById('cursor-level').textContent));
     assert.match(await page.locator('#cursor-hz').innerText(), /430\.925 MHz/);
@@ -112,7 +105,7 @@ test('the level in figures is that of the cell under the cursor', async () => {
 });
 
 test('the values at the cursor are what state says', async () => {
-    const page = await open(browser, address);
+    const page = await open(address);
     for (const offset of [61000, 250500]) {
         const told = JSON.parse(rectool('state', file, '--json', '--at', String(offset)));
         await set(page, { at: start + offset });
@@ -132,7 +125,7 @@ test('the values at the cursor are what state says', async () => {
 });
 
 test('numbers are lines and settings bands under the waterfall, with what they are at the cursor', async () => {
-    const page = await open(browser, address);
+    const page = await open(address);
     await page.locator('#values summary').focus();
     await page.keyboard.press('Enter');
     await page.getByLabel('LEVEL', { exact: true }).check();

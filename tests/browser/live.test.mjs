@@ -1,17 +1,12 @@
 // A recording on the page while it is written.
 import assert from 'node:assert/strict';
-import { before, test } from 'node:test';
-import { browse, folder, leave, open, serve, settled, state, station } from './frame.mjs';
+import { test } from 'node:test';
+import { folder, leave, open, serve, settled, state, station } from './frame.mjs';
 import { live, sweepLine } from './recordings.mjs';
 
 const soon = 1000;
-let browser;
-let directory;
 
-before(async () => {
-    directory = folder();
-    browser = await browse();
-});
+const directory = folder();
 
 test('a recorded sweep is on the page within a second', async () => {
     const running = station(directory);
@@ -22,7 +17,7 @@ test('a recorded sweep is on the page within a second', async () => {
     for (let first = 0; first < 20; ++first) {
         write();
     }
-    const page = await open(browser, await serve(directory));
+    const page = await open(await serve(directory));
     await page.keyboard.press('f');
     await page.waitForFunction(() => window.page.model.get().follow);
     const late = [];

@@ -1,22 +1,17 @@
 // The page as it opens: quiet, small, whole without a mouse, the same again by its address, and no markup out of recordings.
 import assert from 'node:assert/strict';
-import { before, test } from 'node:test';
-import { browse, folder, leave, open, record, serve, set, settled, start, state } from './frame.mjs';
+import { test } from 'node:test';
+import { folder, leave, open, record, serve, set, settled, start, state } from './frame.mjs';
 import { receiver } from './recordings.mjs';
 
 const caption = '<img src=x onerror="document.title=1">';
-let browser;
-let address;
 
-before(async () => {
-    const directory = folder();
-    record(directory, receiver({ caption, sweeps: 240 }));
-    address = await serve(directory);
-    browser = await browse();
-});
+const directory = folder();
+record(directory, receiver({ caption, sweeps: 240 }));
+const address = await serve(directory);
 
 test('the page opens without a console error, asks no other host, and loads at most 600 kB', async () => {
-    const page = await open(browser, address);
+    const page = await open(address);
     // What only recordings with bearings need counts too.
     const sizes = await page.evaluate(async () => {
         await Promise.all(['leaflet.js', 'topojson-client.js', 'land-110m.json'].map((name) => fetch(`/vendor/${name}`).then((one) => one.text())));
@@ -35,7 +30,7 @@ test('the page opens without a console error, asks no other host, and loads at m
 });
 
 test('a caption that is markup is shown as text', async () => {
-    const page = await open(browser, address);
+    const page = await open(address);
     await page.locator('#choose').click();
     assert.ok((await page.locator('body').innerText()).includes(caption), 'the caption stands on the page');
     assert.equal(await page.locator('img').count(), 0);
@@ -47,12 +42,12 @@ test('a caption that is markup is shown as text', async () => {
 });
 
 test('the address of a view opens the same view', async () => {
-    const page = await open(browser, address);
+    const page = await open(address);
     const wanted = { from: start + 12000, to: start + 21000, low: 430.4e6, high: 431.6e6, at: start + 15000, hz: 431e6, of: 'mean', map: 'cividis' };
     await set(page, wanted);
     await page.waitForFunction(() => location.hash.includes('cividis') && location.hash.includes('at='));
     await settled(page);  // the scale follows what has come
-    const again = await open(browser, page.url());
+    const again = await open(page.url());
     const [first, second] = [await state(page), await state(again)];
     for (const [name, value] of Object.entries(wanted)) {
         assert.equal(second[name], value, name);
@@ -62,7 +57,7 @@ test('the address of a view opens the same view', async () => {
 });
 
 test('everything is reached with the keyboard alone', async () => {
-    const page = await open(browser, address);
+    const page = await open(address);
     const reached = new Set();
     for (let presses = 0; presses < 80; ++presses) {
         await page.keyboard.press('Tab');
@@ -97,7 +92,7 @@ test('everything is reached with the keyboard alone', async () => {
 
 for (const [name, width, height, colorScheme] of [['dark', 1280, 900, 'dark'], ['light', 1280, 900, 'light'], ['narrow', 380, 800, 'dark']]) {
     test(`a ${name} window shows everything`, async () => {
-        const page = await open(browser, address, '', { viewport: { width, height }, colorScheme });
+        const page = await open(address, '', { viewport: { width, height }, colorScheme });
         assert.equal(await page.evaluate(() => document.documentElement.dataset.theme), colorScheme);
         const over = await page.evaluate(() => document.documentElement.scrollWidth - window.innerWidth);
         assert.ok(over <= 0, `nothing stands ${over} pixels beyond the window`);

@@ -1,27 +1,22 @@
 // The picture of the page in README.md. It is written there with BROWSER_PICTURE=doc/pictures/recview.png in the environment.
 import assert from 'node:assert/strict';
-import { mkdirSync, readdirSync, statSync } from 'node:fs';
+import { mkdirSync, statSync } from 'node:fs';
 import path from 'node:path';
-import { before, test } from 'node:test';
-import { browse, folder, leave, open, rectool, serve, set, settled, simulate, start } from './frame.mjs';
+import { test } from 'node:test';
+import { folder, leave, open, recordingOf, rectool, serve, set, settled, simulate, start } from './frame.mjs';
 
 const largest = 350e3;
-let browser;
-let address;
 
-before(async () => {
-    const directory = folder();
-    simulate(directory, '3min');
-    const parts = ['RX_1', 'DF_1'].map((device) => path.join(directory, readdirSync(directory).find((name) => name.includes(device))));
-    const shown = path.join(directory, 'shown');
-    mkdirSync(shown);
-    rectool('merge', '--separate', ...parts, '-o', path.join(shown, 'Simulated_vehicle.rec'));
-    address = await serve(shown);
-    browser = await browse();
-});
+const directory = folder();
+simulate(directory, '3min');
+const parts = ['RX_1', 'DF_1'].map((device) => recordingOf(directory, device));
+const shown = path.join(directory, 'shown');
+mkdirSync(shown);
+rectool('merge', '--separate', ...parts, '-o', path.join(shown, 'Simulated_vehicle.rec'));
+const address = await serve(shown);
 
 test('spectra, values and bearings of a minute are on one page, which makes a picture', async () => {
-    const page = await open(browser, address, '', { viewport: { width: 1200, height: 800 } });
+    const page = await open(address, '', { viewport: { width: 1200, height: 800 } });
     const codes = await page.evaluate(() => window.page.model.get().recording.values
         .filter(({ keyword }) => ['LEVEL', 'FREQUENCY'].includes(keyword)).map(({ code }) => code));
     assert.equal(codes.length, 2);
