@@ -1,10 +1,6 @@
 // Reading and writing the files of cases, and comparing what was printed with what they expect.
 #include "casefile.h"
 
-#include <fstream>
-#include <sstream>
-#include <stdexcept>
-
 namespace Cases {
 
 namespace {

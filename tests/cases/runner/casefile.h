@@ -1,8 +1,7 @@
 // A case: command lines with what they print, read from a file and written back when its expectations are made anew.
 #pragma once
 
-#include <string>
-#include <vector>
+#include "support/testing.h"
 
 namespace Cases {
 

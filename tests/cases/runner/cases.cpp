@@ -9,7 +9,6 @@
 #include "casefile.h"
 #include "helpers.h"
 #include "programs.h"
-#include "support/testing.h"
 
 namespace {
 

@@ -1,7 +1,4 @@
 // What stands after a pipe sign in a case: the parts of a printed text that the case is about.
-#include <algorithm>
-#include <stdexcept>
-
 #include <nlohmann/json.hpp>
 
 #include "helpers.h"

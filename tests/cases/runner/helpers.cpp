@@ -1,21 +1,11 @@
 // Makes the files that cases begin with, damages them, and shows what is there afterwards.
 #include "helpers.h"
 
-#include <algorithm>
 #include <filesystem>
-#include <map>
-#include <sstream>
-#include <stdexcept>
-#include <utility>
 
 #if !defined(_WIN32)
 #include <sys/stat.h>
 #endif
-
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QString>
 
 #include <recording2/inspection/inspection.h>
 
@@ -236,6 +226,16 @@ bool areSame(const std::string& one, const std::string& other)
            });
 }
 
+/// A command that takes no input and prints nothing.
+template <typename Action>
+Helper silent(const Action& action)
+{
+    return [action](const Words& words, const Lines& /*input*/) {
+        action(words);
+        return std::string();
+    };
+}
+
 const std::map<std::string, Helper>& makers()
 {
     static const std::map<std::string, Helper> All = {
@@ -246,10 +246,9 @@ const std::map<std::string, Helper>& makers()
          [](const Words& words, const Lines&) {
              return store(words.at(2), bytesOf(fromAnyDrive(GOLDEN_FOLDER "/") + words[1] + '/' + words[1] + ".rec"));
          }},
-        {"sample", [](const Words& words, const Lines&) { return writeSampleRecording(words.at(1)), std::string(); }},
-        {"bearings", [](const Words& words,
-                        const Lines&) { return writeBearingRecording(words.at(1), words.size() == 2), std::string(); }},
-        {"plotsample", [](const Words& words, const Lines&) { return writePlotRecording(words.at(1)), std::string(); }},
+        {"sample", silent([](const Words& words) { writeSampleRecording(words.at(1)); })},
+        {"bearings", silent([](const Words& words) { writeBearingRecording(words.at(1), words.size() == 2); })},
+        {"plotsample", silent([](const Words& words) { writePlotRecording(words.at(1)); })},
         {"record", record},
         {"finder", finder},
         {"first", first},
@@ -270,30 +269,20 @@ const std::map<std::string, Helper>& others()
              return std::string(areSame(words.at(1), words.at(2)) ? "the same\n" : "different\n");
          }},
         {"copy", [](const Words& words, const Lines&) { return store(words.at(2), bytesOf(words.at(1))); }},
-        {"rename", [](const Words& words,
-                      const Lines&) { return fs::rename(pathOf(words.at(1)), pathOf(words.at(2))), std::string(); }},
-        {"remove", [](const Words& words, const Lines&) { return fs::remove_all(pathOf(words.at(1))), std::string(); }},
-        {"remove-recordings",
-         [](const Words&, const Lines&) {
+        {"rename", silent([](const Words& words) { fs::rename(pathOf(words.at(1)), pathOf(words.at(2))); })},
+        {"remove", silent([](const Words& words) { fs::remove_all(pathOf(words.at(1))); })},
+        {"remove-recordings", silent([](const Words&) {
              for (const QString& name : QDir().entryList({"*.rec"})) {
                  QFile::remove(name);
              }
-             return std::string();
-         }},
-        {"mkdir",
-         [](const Words& words, const Lines&) { return fs::create_directories(pathOf(words.at(1))), std::string(); }},
-        {"link",
-         [](const Words& words, const Lines&) {
-             return fs::create_symlink(pathOf(words.at(1)), pathOf(words.at(2))), std::string();
-         }},
+         })},
+        {"mkdir", silent([](const Words& words) { fs::create_directories(pathOf(words.at(1))); })},
+        {"link", silent([](const Words& words) { fs::create_symlink(pathOf(words.at(1)), pathOf(words.at(2))); })},
 #if !defined(_WIN32)
         {"pipe", [](const Words& words,
                     const Lines&) { return std::to_string(mkfifo(words.at(1).c_str(), S_IRUSR | S_IWUSR)).substr(1); }},
 #endif
-        {"readonly",
-         [](const Words& words, const Lines&) {
-             return fs::permissions(pathOf(words.at(1)), fs::perms::owner_read), std::string();
-         }},
+        {"readonly", silent([](const Words& words) { fs::permissions(pathOf(words.at(1)), fs::perms::owner_read); })},
     };
     return All;
 }

@@ -1,10 +1,6 @@
 // The commands of cases that are none of the programs: they make what a case begins with, and show what came of it.
 #pragma once
 
-#include <functional>
-#include <string>
-#include <vector>
-
 #include "casefile.h"
 #include "programs.h"
 

@@ -1,8 +1,7 @@
 // The programs, called within this process: a start takes longer than most verbs do.
 #pragma once
 
-#include <string>
-#include <vector>
+#include "support/testing.h"
 
 namespace Cases {
 
