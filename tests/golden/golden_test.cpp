@@ -1,5 +1,5 @@
-// The library against recordings that an independent generator made: it writes the same bytes and reads the same
-// values.
+// The library against recordings that an independent generator made: it writes the same bytes, also where it rewrites
+// finished ones, and reads the same values.
 #include <recording2/inspection/inspection.h>
 
 #include "support/libraryobjects.h"
@@ -320,4 +320,65 @@ TEST(GoldenFiles, InspectionReadsHeaderAndTables)
     ASSERT_EQ(marked.bookmarks.size(), 2U);
     EXPECT_EQ(marked.bookmarks[0].timeMs, 2000U);
     EXPECT_EQ(marked.bookmarks[1].text, std::string("third\0#mark", 11));
+}
+
+namespace {
+
+using Rewrite = std::function<void(CFileAccess&)>;
+
+/// Rewrites a copy of one golden file and compares it with another.
+void expectRewritten(const std::string& from, const std::string& to, const Rewrite& rewrite)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("copy.rec");
+    ASSERT_TRUE(QFile::copy(QString::fromStdString(goldenPath(from)), path));
+    ASSERT_TRUE(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner));
+    {
+        CFileAccess file(path.toLocal8Bit().constData(), QString(), nullptr, false, true, false, nullptr, nullptr);
+        ASSERT_TRUE(file.IsValidFile());
+        rewrite(file);
+    }
+    EXPECT_EQ(TestSupport::readFile(path), bytesOf(goldenPath(to)));
+}
+
+}  // namespace
+
+TEST(GoldenRewrites, FewerBookmarksLeaveZerosAndMoreExtendTheFile)
+{
+    expectRewritten("bookmarks", "bookmarks_shorter", [](CFileAccess& file) {
+        file.removeBookmark(3000);
+        file.writeBookmarks();
+    });
+    expectRewritten("bookmarks", "bookmarks_longer", [](CFileAccess& file) {
+        file.removeBookmark(2000);
+        file.addBookmark(2500, "a longer text than the first one had");
+        file.addBookmark(4000, "");
+        file.writeBookmarks();
+    });
+    expectRewritten("bookmarks", "bookmarks_emptied", [](CFileAccess& file) {
+        file.removeBookmark(2000);
+        file.removeBookmark(3000);
+        file.writeBookmarks();
+    });
+    expectRewritten("channelranges", "bookmarks_added", [](CFileAccess& file) {  // stored on destruction
+        file.addBookmark(4000, "ends");
+        file.addBookmark(100, "starts");
+    });
+}
+
+TEST(GoldenRewrites, AClearedRangeTableIsZerosAndARebuiltOneStandsWhereTheOldOneWas)
+{
+    const Rewrite clear = [](CFileAccess& file) { file.clearChannelRangeDef(); };
+    expectRewritten("channelranges", "ranges_cleared", clear);  // and they pass the end
+    expectRewritten("bookmarks_added", "ranges_cleared_bookmarks", clear);
+    expectRewritten("channelranges", "ranges_rebuilt", [](CFileAccess& file) {
+        file.clearChannelRangeDef();
+        file.addChannelRangeDef(4000);
+        file.addChannelRangeDef(11);
+        file.rebuildChannelRangeDef();
+    });
+    expectRewritten("bookmarks_added", "ranges_overrun", [](CFileAccess& file) {  // over the bookmarks
+        file.addChannelRangeDef(200);
+        file.rebuildChannelRangeDef();
+    });
 }
