@@ -37,6 +37,20 @@ protected:
     {
         return {path().c_str(), QString(), nullptr, false, true, false, nullptr, nullptr};
     }
+    /// The time and the record of every definition of a channel range, with those given at the end.
+    [[nodiscard]] std::vector<std::pair<unsigned long long, std::string>> rangeDefinitions() const
+    {
+        CFileAccess file = open();
+        file.CRDTableToBegin();
+        std::vector<std::pair<unsigned long long, std::string>> found;
+        for (bool more = true; more;) {
+            CVTCmdData record;
+            unsigned long long time = 0;
+            more = file.readNextChannelRangeDef(record, time);
+            found.emplace_back(time, record.str());
+        }
+        return found;
+    }
     void inspectAll() const
     {
         const Inspection::Summary summary = Inspection::inspect(path());
@@ -128,17 +142,11 @@ TEST_F(HostileFile, DefinitionsThatNameOneLongMomentLookThroughItOnce)
     HeaderFields header{.firstRecord = HeaderArea, .timeTable = HeaderArea + body.position()};
     header.channelRangeTable = header.timeTable + times.position();
     write(header, body.bytes() + times.bytes() + ranges.bytes());
-    CFileAccess file = open();
-    file.CRDTableToBegin();
-    CVTCmdData record;
-    unsigned long long time = 0;
-    std::uint64_t count = 1;
-    while (file.readNextChannelRangeDef(record, time)) {
-        ASSERT_EQ(time, 9 + count);
-        ASSERT_EQ(record.strDataLen(), 1U);
-        ++count;
+    const auto found = rangeDefinitions();
+    ASSERT_EQ(found.size(), Count);
+    for (std::uint64_t i = 0; i < Count; ++i) {
+        ASSERT_EQ(found[i], std::pair(10ULL + i, std::string("x")));
     }
-    EXPECT_EQ(count, Count);
     inspectAll();
 }
 
@@ -148,19 +156,9 @@ TEST_F(HostileFile, ADefinitionInTheMiddleOfAMomentFindsTheRangeBehindIt)
     recording.record(7, "first", 100, true).record(7, "second", 101, true).record(7, "a34;b", 102, true);
     recording.record(7, "behind", 103, true).record(7, "last", 104, true);
     TestSupport::writeFile(name(), recording.close());
-    CFileAccess file = open();
-    file.CRDTableToBegin();
-    std::vector<std::pair<unsigned long long, std::string>> found;
-    bool more = true;
-    while (more) {
-        CVTCmdData record;
-        unsigned long long time = 0;
-        more = file.readNextChannelRangeDef(record, time);
-        found.emplace_back(time, record.str());
-    }
     const std::vector<std::pair<unsigned long long, std::string>> expected = {
         {102, "a34;b"}, {102, "a34;b"}, {102, "a34;b"}, {103, "last"}, {104, "last"}};
-    EXPECT_EQ(found, expected);
+    EXPECT_EQ(rangeDefinitions(), expected);
 }
 
 // Times and ranges that name one place after the other, where a record begins that takes all that follows.

@@ -3,11 +3,11 @@
 
 #include <random>
 
-#include <recording2/fileaccess.h>
 #include <values/maps.h>
 #include <values/selection.h>
 #include <values/value.h>
 
+#include "support/libraryobjects.h"
 #include "support/scribe.h"
 
 namespace {
@@ -119,12 +119,10 @@ private:
     }
     void close()
     {
-        Recording2::CHeaderData header;
-        header.set_version(2, 0);
-        header.set_startTS(Recording2::CTimeStamp(m_random.startMs * 1000ULL));
-        header.set_stopTS(Recording2::CTimeStamp((m_random.startMs + m_random.lengthMs) * 1000ULL));
-        header.set_deviceName(m_random.device);
-        header.setJobID("Job");
+        Recording2::CHeaderData header = TestSupport::makeHeader({.startMs = m_random.startMs,
+                                                                  .stopMs = m_random.startMs + m_random.lengthMs,
+                                                                  .jobId = "Job",
+                                                                  .deviceName = m_random.device});
         m_file.CloseRecording(header, true);
     }
 

@@ -44,10 +44,11 @@ protected:
     }
     [[nodiscard]] std::filesystem::path directory() const { return m_folder.filePath("cache").toStdString(); }
     [[nodiscard]] Cache::Options options() const { return {directory(), std::uint64_t{1} << 30U, 1}; }
-    std::shared_ptr<Overview> made(Cache& cache)
+    std::shared_ptr<Overview> made(Cache& cache) { return made(cache, m_path); }
+    static std::shared_ptr<Overview> made(Cache& cache, const std::string& path)
     {
         std::string problem;
-        auto overview = cache.overviewOf(m_path, {}, problem);
+        auto overview = cache.overviewOf(path, {}, problem);
         EXPECT_EQ(problem, "");
         return overview;
     }
@@ -173,12 +174,11 @@ TEST_F(Caches, ThrowAwayWhatWasUsedLongestAgo)
     small.bytes = bytes * 5 / 2;
     Cache bounded(small);
     std::vector<std::string> paths{m_path};
-    std::string problem;
     for (const float level : {-90.0F, -80.0F, -70.0F}) {
         paths.push_back(m_folder.filePath(QString::number(double{level})).toStdString());
         writeBytes(paths.back(), recordingBytes(level));
         EXPECT_NE(bounded.find(m_path), nullptr) << "used again and again";
-        EXPECT_NE(bounded.overviewOf(paths.back(), {}, problem), nullptr);
+        EXPECT_NE(made(bounded, paths.back()), nullptr);
     }
     EXPECT_EQ(kept().size(), 2U);
     EXPECT_NE(bounded.find(m_path), nullptr);
@@ -212,16 +212,13 @@ TEST_F(Caches, ServeSeveralAtOnce)
     for (std::vector<float>& drawn : pictures) {
         threads.emplace_back([&] {
             Cache cache(options());
-            std::string problem;
-            drawn = picture(*cache.overviewOf(m_path, {}, problem));
+            drawn = picture(*made(cache));
         });
     }
     for (std::thread& thread : threads) {
         thread.join();
     }
-    for (const std::vector<float>& drawn : pictures) {
-        EXPECT_EQ(drawn, pictures.front());
-    }
+    EXPECT_THAT(pictures, testing::Each(pictures.front()));
     EXPECT_EQ(kept().size(), 1U);
     EXPECT_TRUE(kept(".part").empty());
 }
@@ -230,8 +227,7 @@ TEST_F(Caches, StopMakingWhenTheyAreTold)
 {
     Cache cache(options());
     std::string problem;
-    std::string bytes = m_folder.filePath("missing.rec").toStdString();
-    EXPECT_EQ(cache.overviewOf(bytes, {}, problem), nullptr);
+    EXPECT_EQ(cache.overviewOf(m_folder.filePath("missing.rec").toStdString(), {}, problem), nullptr);
     EXPECT_EQ(problem, "There is no such file.");
 }
 

@@ -135,9 +135,7 @@ TEST_F(HostileTest, MoreConnectionsThanThereMayBeAreToldSo)
         ASSERT_TRUE(client->receive().has_value());
     }
     Client surplus(m_port);
-    const auto answer = surplus.receive();
-    ASSERT_TRUE(answer.has_value());
-    EXPECT_EQ(answer->status, 503);
+    EXPECT_EQ(whole(surplus.receive()).status, 503);
     EXPECT_EQ(surplus.receiveRest(), "");
     clients.front()->endSending();
     EXPECT_EQ(clients.front()->receiveRest(), "");
@@ -182,9 +180,7 @@ TEST_F(HostileTest, MoreRequestsThanMayWaitAreToldSo)
     barrier.open();
     int refused = 0;
     for (const auto& client : clients) {
-        const auto answer = client->receive();
-        ASSERT_TRUE(answer.has_value());
-        refused += answer->status == 503 ? 1 : 0;
+        refused += whole(client->receive()).status == 503 ? 1 : 0;
     }
     EXPECT_GE(refused, Count - 6);
     EXPECT_LE(refused, Count - 4);

@@ -12,31 +12,28 @@ TEST_F(ServerTest, ThePageIsServedWithWhatProtectsIt)
 {
     start();
     Client client(m_port);
-    const auto answer = client.get("/");
-    ASSERT_TRUE(answer.has_value());
-    EXPECT_EQ(answer->status, 200);
-    EXPECT_THAT(answer->body, StartsWith("<!DOCTYPE html>"));
-    EXPECT_EQ(answer->fields.at("content-type"), "text/html; charset=utf-8");
+    const Answer answer = whole(client.get("/"));
+    EXPECT_EQ(answer.status, 200);
+    EXPECT_THAT(answer.body, StartsWith("<!DOCTYPE html>"));
+    EXPECT_EQ(answer.fields.at("content-type"), "text/html; charset=utf-8");
     EXPECT_EQ(
-        answer->fields.at("content-security-policy"),
+        answer.fields.at("content-security-policy"),
         "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' data: blob:; connect-src 'self'; "
         "frame-ancestors 'none'; base-uri 'none'; form-action 'none'");
-    EXPECT_EQ(answer->fields.at("x-content-type-options"), "nosniff");
-    EXPECT_EQ(answer->fields.at("referrer-policy"), "no-referrer");
-    EXPECT_EQ(answer->fields.at("cross-origin-resource-policy"), "same-origin");
-    EXPECT_EQ(answer->fields.at("cache-control"), "no-cache");
+    EXPECT_EQ(answer.fields.at("x-content-type-options"), "nosniff");
+    EXPECT_EQ(answer.fields.at("referrer-policy"), "no-referrer");
+    EXPECT_EQ(answer.fields.at("cross-origin-resource-policy"), "same-origin");
+    EXPECT_EQ(answer.fields.at("cache-control"), "no-cache");
 }
 
 TEST_F(ServerTest, WhatABrowserHasAlreadyIsNotSentAgain)
 {
     start();
     Client client(m_port);
-    const auto first = client.get("/app.js");
-    ASSERT_TRUE(first.has_value());
-    EXPECT_EQ(first->fields.at("content-type"), "text/javascript; charset=utf-8");
-    const auto second = client.get("/app.js", "If-None-Match: " + first->fields.at("etag") + "\r\n");
-    ASSERT_TRUE(second.has_value());
-    EXPECT_EQ(second->status, 304);
+    const Answer first = whole(client.get("/app.js"));
+    EXPECT_EQ(first.fields.at("content-type"), "text/javascript; charset=utf-8");
+    const Answer second = whole(client.get("/app.js", "If-None-Match: " + first.fields.at("etag") + "\r\n"));
+    EXPECT_EQ(second.status, 304);
     EXPECT_EQ(client.get("/app.js", "If-None-Match: \"other\"\r\n")->status, 200);
 }
 
@@ -45,12 +42,10 @@ TEST_F(ServerTest, AHeadIsTheResponseWithoutItsBody)
     start();
     Client client(m_port);
     client.send(requestOf("HEAD /style.css") + requestOf("HEAD /api/x"));
-    const auto page = client.receive(true);
-    ASSERT_TRUE(page.has_value());
-    EXPECT_EQ(page->fields.at("content-length"), std::to_string(pageFile("/style.css")->content.size()));
-    const auto api = client.receive(true);
-    ASSERT_TRUE(api.has_value());
-    EXPECT_EQ(api->fields.at("content-length"), std::to_string(std::string("GET /api/x ").size()));
+    const Answer page = whole(client.receive(true));
+    EXPECT_EQ(page.fields.at("content-length"), std::to_string(pageFile("/style.css")->content.size()));
+    const Answer api = whole(client.receive(true));
+    EXPECT_EQ(api.fields.at("content-length"), std::to_string(std::string("GET /api/x ").size()));
 }
 
 TEST_F(ServerTest, TheHandlerIsToldPathQueryAndBody)
@@ -74,9 +69,8 @@ TEST_F(ServerTest, RequestsThatComeTogetherAreAnsweredInTheirOrder)
     }
     client.send(requests);
     for (int i = 0; i < Count; ++i) {
-        const auto answer = client.receive();
-        ASSERT_TRUE(answer.has_value()) << i;
-        EXPECT_EQ(answer->body, i % 3 == 0 ? pageFile("/icon.svg")->content : "GET /api/" + std::to_string(i) + ' ');
+        const Answer answer = whole(client.receive());
+        EXPECT_EQ(answer.body, i % 3 == 0 ? pageFile("/icon.svg")->content : "GET /api/" + std::to_string(i) + ' ');
     }
 }
 
@@ -84,11 +78,11 @@ TEST_F(ServerTest, WhatTheHandlerThrowsIsTold)
 {
     start([](const Request& /*request*/) -> Response { throw std::runtime_error("It \"broke\"."); });
     Client client(m_port);
-    const auto answer = client.get("/api/x");
-    EXPECT_EQ(answer->status, 500);
-    EXPECT_EQ(answer->body, R"({"error":"It \"broke\"."})");
-    EXPECT_EQ(answer->fields.at("content-type"), "application/json");
-    EXPECT_EQ(answer->fields.at("cache-control"), "no-store");
+    const Answer answer = whole(client.get("/api/x"));
+    EXPECT_EQ(answer.status, 500);
+    EXPECT_EQ(answer.body, R"({"error":"It \"broke\"."})");
+    EXPECT_EQ(answer.fields.at("content-type"), "application/json");
+    EXPECT_EQ(answer.fields.at("cache-control"), "no-store");
 }
 
 TEST_F(ServerTest, WhatIsMadeInPiecesArrivesWhole)
@@ -108,10 +102,9 @@ TEST_F(ServerTest, WhatIsMadeInPiecesArrivesWhole)
     });
     Client client(m_port);
     for (int i = 0; i < 2; ++i) {  // the connection stays
-        const auto answer = client.get("/api/csv");
-        ASSERT_TRUE(answer.has_value());
-        EXPECT_EQ(answer->body, "begin 0 2 3 ");
-        EXPECT_EQ(answer->fields.at("content-disposition"),
+        const Answer answer = whole(client.get("/api/csv"));
+        EXPECT_EQ(answer.body, "begin 0 2 3 ");
+        EXPECT_EQ(answer.fields.at("content-disposition"),
                   "attachment; filename=\"N__chte__1_.csv\"; filename*=UTF-8''N%C3%A4chte%20%221%22.csv");
     }
     client.send("GET /api/csv HTTP/1.0\r\nHost: " + client.host() + "\r\n\r\n");
@@ -192,11 +185,10 @@ TEST_F(ServerTest, OnlyWhoShowsTheTokenIsLetIn)
     EXPECT_EQ(client.get("/api/x")->status, 401);
     EXPECT_EQ(client.get("/api/events")->status, 401);
     EXPECT_EQ(client.get("/?token=" + std::string(32, 'a'))->status, 401);
-    const auto letIn = client.get(parts[1].str());
-    ASSERT_TRUE(letIn.has_value());
-    EXPECT_EQ(letIn->status, 303);
-    EXPECT_EQ(letIn->fields.at("location"), "/");
-    const std::string cookie = letIn->fields.at("set-cookie");
+    const Answer letIn = whole(client.get(parts[1].str()));
+    EXPECT_EQ(letIn.status, 303);
+    EXPECT_EQ(letIn.fields.at("location"), "/");
+    const std::string cookie = letIn.fields.at("set-cookie");
     EXPECT_THAT(cookie, AllOf(HasSubstr("HttpOnly"), HasSubstr("SameSite=Strict"), Not(HasSubstr(parts[2].str()))));
     EXPECT_EQ(client.get("/api/x", "Cookie: " + cookie.substr(0, cookie.find(';')) + "\r\n")->status, 200);
 }
