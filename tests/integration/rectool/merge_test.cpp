@@ -161,27 +161,18 @@ TEST_P(RandomMerge, KeepsEveryRecordOfStationsThatShareNoValue)
         EXPECT_EQ(type.at("file"), two);
         numbers[type.at("code")] = type.at("newCode");
     }
-    const auto at = [](const std::vector<ClockedRecord>& records, const auto& wanted) {
-        std::vector<std::pair<std::int32_t, std::string>> found;
-        for (const ClockedRecord& record : records) {
-            if (wanted(record.code)) {
-                found.emplace_back(record.code, record.data);
-            }
-        }
-        return found;
-    };
     std::vector<ClockedRecord> ofTwo = recordsOf(two);
     std::set<std::int32_t> codesOfTwo;
     for (ClockedRecord& record : ofTwo) {
         record.code = numbers.count(record.code) > 0 ? numbers[record.code] : record.code;
         codesOfTwo.insert(record.code);
     }
-    const auto any = [](std::int32_t) { return true; };
-    const auto isOfTwo = [&](std::int32_t code) { return codesOfTwo.count(code) > 0; };
-    const auto isOfOne = [&](std::int32_t code) { return codesOfTwo.count(code) == 0; };
     const std::vector<ClockedRecord> merged = recordsOf(file("merged.rec"));
-    EXPECT_EQ(at(merged, isOfTwo), at(ofTwo, any));
-    EXPECT_EQ(at(merged, isOfOne), at(recordsOf(one), any));
+    std::vector<ClockedRecord> parted = merged;
+    const auto endOfOne = std::stable_partition(
+        parted.begin(), parted.end(), [&](const ClockedRecord& record) { return codesOfTwo.count(record.code) == 0; });
+    EXPECT_EQ(contentsOf({endOfOne, parted.end()}), contentsOf(ofTwo));
+    EXPECT_EQ(contentsOf({parted.begin(), endOfOne}), contentsOf(recordsOf(one)));
 
     // No record is later than the summary says, none is earlier than it was.
     std::map<std::int32_t, std::vector<std::uint64_t>> clocks;

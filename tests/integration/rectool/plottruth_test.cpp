@@ -101,8 +101,7 @@ protected:
 
 TEST_F(PlotTruth, TheOnlySweepIsVisible)
 {
-    const QString file = write(12, {NothingYet, {12, Rf, sweep(-60)}});
-    const json drawn = draw({"spectrum", file});
+    const json drawn = draw({"spectrum", write(12, {NothingYet, {12, Rf, sweep(-60)}})});
     EXPECT_EQ(drawn.at("toMs"), 1012);
     EXPECT_NE(colourAt(drawn, 500).rgb(), NotMeasured);
 }
@@ -166,8 +165,7 @@ TEST_F(PlotTruth, PanelsStandInTheOrderInWhichTheyAreAskedFor)
 
 TEST_F(PlotTruth, ThePanelOfASingleValueTakesTheWholePicture)
 {
-    const Recorded recorded{"RX 1", StartMs, 11, {{10, Heading, number("1")}, {11, Heading, number("2")}}};
-    draw({"level", "--type", "TRUEHEADING", write(recorded)});
+    draw({"level", "--type", "TRUEHEADING", write(11, {{10, Heading, number("1")}, {11, Heading, number("2")}})});
     int drawn = 0;
     for (int x = 0; x < m_image.width(); ++x) {
         drawn += m_image.pixelColor(x, m_image.height() / 4) == QColor(Qt::white) ? 0 : 1;
@@ -178,12 +176,12 @@ TEST_F(PlotTruth, ThePanelOfASingleValueTakesTheWholePicture)
 TEST_F(PlotTruth, NoLineCrossesThePictureWhereAHeadingPassesNorth)
 {
     for (const int headings : {4, 4000}) {
-        Recorded recorded{"RX 1", StartMs, 0, {}};
+        std::vector<Plain> records;
         for (int i = 0; i < headings; ++i) {
-            recorded.lengthMs = 10 + static_cast<std::uint64_t>(i);
-            recorded.records.push_back({recorded.lengthMs, Heading, number(i % 2 == 0 ? "359" : "1")});
+            records.push_back({10 + static_cast<std::uint64_t>(i), Heading, number(i % 2 == 0 ? "359" : "1")});
         }
-        draw({"level", "--type", "TRUEHEADING", write(recorded, QString::number(headings) + ".rec")});
+        const QString file = write(records.back().timeMs, records, QString::number(headings) + ".rec");
+        draw({"level", "--type", "TRUEHEADING", file});
         int blue = 0;
         for (int x = 0; x < m_image.width(); ++x) {
             const QColor colour = m_image.pixelColor(x, m_image.height() / 2);

@@ -3,11 +3,12 @@
 
 #include <random>
 
-#include <recording2/fileaccess.h>
 #include <values/maps.h>
 #include <values/selection.h>
 #include <values/value.h>
 #include <vkbase/observer.h>
+
+#include "support/libraryobjects.h"
 
 namespace RecToolTests {
 
@@ -26,9 +27,7 @@ public:
     }
     void write(std::int32_t code, const std::string& text, bool isRange)
     {
-        Recording2::CVTCmdData record;
-        record.set_cmd(code);
-        record.set_str(text.data(), static_cast<std::int32_t>(text.size()));
+        Recording2::CVTCmdData record = TestSupport::makeRecord(code, text);
         m_file.write(record, time, isRange);
         if (!text.empty()) {
             time = std::max(time, m_last + 1);
@@ -184,14 +183,12 @@ private:
 
     void close(std::uint64_t stop)
     {
-        Recording2::CHeaderData header;
-        header.set_version(2, 0);
-        header.set_startTS(Recording2::CTimeStamp(static_cast<unsigned long long>(m_options.startMs) * 1000ULL));
-        header.set_stopTS(Recording2::CTimeStamp(static_cast<unsigned long long>(m_options.startMs + stop) * 1000ULL));
-        header.set_deviceName(m_options.device.c_str());
-        header.set_deviceType("Test");
-        header.setJobID("Job");
-        header.setAutomaticRec(true);
+        Recording2::CHeaderData header = TestSupport::makeHeader({.startMs = m_options.startMs,
+                                                                  .stopMs = m_options.startMs + stop,
+                                                                  .jobId = "Job",
+                                                                  .deviceName = m_options.device,
+                                                                  .deviceType = "Test",
+                                                                  .automatic = true});
         m_writer.file().CloseRecording(header, true);
     }
 

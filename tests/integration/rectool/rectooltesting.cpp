@@ -58,6 +58,15 @@ std::vector<ClockedRecord> recordsOf(const std::string& file)
     return records;
 }
 
+std::vector<std::pair<std::int32_t, std::string>> contentsOf(const std::vector<ClockedRecord>& records)
+{
+    std::vector<std::pair<std::int32_t, std::string>> contents;
+    for (const ClockedRecord& record : records) {
+        contents.emplace_back(record.code, record.data);
+    }
+    return contents;
+}
+
 History::History(const std::string& file)
 {
     const Inspection::Summary summary = Inspection::inspect(file);

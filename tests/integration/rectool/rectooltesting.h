@@ -30,6 +30,9 @@ struct ClockedRecord {
 };
 std::vector<ClockedRecord> recordsOf(const std::string& file);
 
+/// Codes and data without the times.
+std::vector<std::pair<std::int32_t, std::string>> contentsOf(const std::vector<ClockedRecord>& records);
+
 /// What is in force: a text that tells the whole value, by type number and path.
 using State = std::map<std::string, std::string>;
 

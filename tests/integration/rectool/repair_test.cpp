@@ -1,7 +1,9 @@
 // rectool repair: what is whole is kept byte for byte, what is rebuilt or lost is told; times for records without.
+// rectool verify: every file that the library and the tools write is sound, damage is told with its place.
 #include <filesystem>
 #include <random>
 
+#include <recording2/fileaccess.h>
 #include <recording2/inspection/rescue/repairedtimes.h>
 #include <recording2/inspection/verify/verification.h>
 
@@ -35,16 +37,6 @@ protected:
     }
 };
 
-/// Records without their times.
-std::vector<std::pair<std::int32_t, std::string>> contents(const std::string& file)
-{
-    std::vector<std::pair<std::int32_t, std::string>> all;
-    for (const ClockedRecord& record : recordsOf(file)) {
-        all.emplace_back(record.code, record.data);
-    }
-    return all;
-}
-
 std::vector<std::uint64_t> timesOf(const Inspection::Summary& summary)
 {
     std::vector<std::uint64_t> times;
@@ -72,7 +64,7 @@ TEST_P(RandomRepair, OfDamagedTablesKeepsEveryRecord)
     std::mt19937 generator(GetParam());
     const std::string bytes = bytesOf(random({.seed = GetParam(), .changes = 40}));
     const Inspection::Summary original = Inspection::inspect(file("random.rec"));
-    const auto expected = contents(file("random.rec"));
+    const auto expected = contentsOf(recordsOf(file("random.rec")));
     constexpr std::size_t Versions = 4;  // a file without a version is no recording
     const auto first = static_cast<std::size_t>(original.header.positions.firstRecord);
     const auto times = static_cast<std::size_t>(original.header.positions.timeTable);
@@ -84,7 +76,7 @@ TEST_P(RandomRepair, OfDamagedTablesKeepsEveryRecord)
         damaged[at] = static_cast<char>(generator());
         const Result result = repair(damaged);
         ASSERT_NE(result.exitCode, ExitCode::CannotRead) << at << result.err;
-        EXPECT_EQ(contents(file("out.rec")), expected) << at;
+        EXPECT_EQ(contentsOf(recordsOf(file("out.rec"))), expected) << at;
         expectSoundResult();
         if (inFront) {
             EXPECT_EQ(timesOf(this->result()), timesOf(original)) << at;
@@ -196,3 +188,66 @@ TEST(RepairedTimes, HugeTimesDoNotOverflow)
     const RepairedTimes times = repairTimes({10, Lost, Late}, 600, 0);
     EXPECT_EQ(times.times[1], 10 + (Late - 10) / 2);
 }
+
+namespace {
+
+class RandomVerify : public InFolder, public testing::WithParamInterface<std::uint32_t> {
+protected:
+    /// Expects that nothing is damaged.
+    static void expectSound(const std::string& path)
+    {
+        const Result result = run([&] { return RecTool::verify({{path}, false}); });
+        EXPECT_EQ(result.exitCode, ExitCode::Fine) << result.out << result.err;
+        EXPECT_THAT(result.out, HasSubstr(path + ": sound"));
+    }
+};
+
+void change(const std::string& path, const std::function<void(Recording2::CFileAccess&)>& how)
+{
+    Recording2::CFileAccess file(path.c_str(), QString(), nullptr, false, true, false, nullptr, nullptr);
+    ASSERT_TRUE(file.IsValidFile());
+    how(file);
+}
+
+}  // namespace
+
+TEST_P(RandomVerify, WhatTheLibraryWritesIsSound)
+{
+    for (const bool bookmarks : {true, false}) {
+        const std::string path = random({.seed = GetParam(), .damagedTexts = true, .bookmarks = bookmarks});
+        expectSound(path);
+        change(path, [](auto& access) { access.addBookmark(5, "one more, longer than the others"); });
+        expectSound(path);
+        change(path, [](auto& access) {
+            for (std::uint64_t time = 1; time < 10'000; ++time) {
+                access.removeBookmark(time);
+            }
+            access.addBookmark(9, "9");
+        });
+        expectSound(path);
+        const std::vector<std::uint64_t> ranges = Inspection::inspect(path).channelRangeTimes;
+        change(path, [&](auto& access) {
+            access.clearChannelRangeDef();
+            access.writeBookmarks();  // clearing runs into them
+        });
+        expectSound(path);
+        change(path, [&](auto& access) {
+            access.addChannelRangeDef(ranges.front());
+            access.rebuildChannelRangeDef();
+        });
+        expectSound(path);
+    }
+}
+
+TEST_P(RandomVerify, WhatCutAndMergeMakeIsSound)
+{
+    const std::string source = random({.seed = GetParam()});
+    const std::string middle = std::to_string(Inspection::inspect(source).times.back().timeMs / 2);
+    const std::string first = part(source, "", middle, "a.rec");
+    const std::string second = part(source, middle, "", "b.rec");
+    for (const std::string& made : {first, second, whole({first, second}, "c.rec")}) {
+        expectSound(made);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomVerify, testing::Range(1U, 6U));

@@ -128,34 +128,20 @@ std::vector<Position> bend(int first, int end, double eastM, double northM)
     return places;
 }
 
-TEST(Fix, ExactBearingsMeetAtTheTransmitter)
+TEST(Fix, ExactBearingsMeetAtTheTransmitterNearAndFarAndOnEveryPartOfTheEarth)
 {
     const Position transmitter = offset(Origin, 2'400, 2'900);
     expectExactFix(transmitter, {Origin, offset(Origin, 900, 0)});
     expectExactFix(transmitter, {Origin, offset(Origin, 900, 0), offset(Origin, 900, 1'400), offset(Origin, 0, 1'400)});
-}
-
-TEST(Fix, TheTransmitterMayStandAmongThePositions)
-{
+    // It may stand among the positions.
     expectExactFix(Origin, {offset(Origin, 800, 10), offset(Origin, -400, 600), offset(Origin, -300, -700)});
-}
-
-TEST(Fix, ItHoldsOnEveryPartOfTheEarth)
-{
-    for (const Position& transmitter :
-         {Position{-33.9, 18.4}, Position{-17, 179.99}, Position{-17, -179.99}, Position{0, 0}, Position{71, 180},
-          Position{89.99, 30}, Position{-89.99, -120}}) {
-        SCOPED_TRACE(transmitter.latitudeDeg);
-        expectExactFix(transmitter, {offset(transmitter, 5'000, 200), offset(transmitter, -3'000, 4'000),
-                                     offset(transmitter, 1'000, -6'000)});
+    expectExactFix({55, 30}, {{50, 25}, {52, 38}, {60, 28}});
+    expectExactFix({55, 30}, {{50, 25}, {52, 38}});
+    for (const Position& there : {Position{-33.9, 18.4}, Position{-17, 179.99}, Position{-17, -179.99}, Position{0, 0},
+                                  Position{71, 180}, Position{89.99, 30}, Position{-89.99, -120}}) {
+        SCOPED_TRACE(there.latitudeDeg);
+        expectExactFix(there, {offset(there, 5'000, 200), offset(there, -3'000, 4'000), offset(there, 1'000, -6'000)});
     }
-}
-
-TEST(Fix, ItIsExactOverHundredsOfKilometres)
-{
-    const Position transmitter{55, 30};
-    expectExactFix(transmitter, {{50, 25}, {52, 38}, {60, 28}});
-    expectExactFix(transmitter, {{50, 25}, {52, 38}});
 }
 
 // The plane triangle above a base of 1 km, without any geodesic: radii of curvature of the ellipsoid at 45 degrees.

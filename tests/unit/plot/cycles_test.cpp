@@ -76,19 +76,11 @@ Cycles counted(const std::vector<int>& samples)
 TEST(Cycles, TheIntervalHoldsTheTruthAsOftenAsItSays)
 {
     constexpr std::uint32_t Seeds = 1000;
-    for (const Truth& truth : std::vector<Truth>{{0.1, 0.3, 2000},
-                                                 {0.1, 3, 4000},
-                                                 {0.3, 10, 5000},
-                                                 {0.5, 2, 1000},
-                                                 {0.02, 0.5, 4000},
-                                                 {0.9, 10, 8000},
-                                                 {0.01, 5, 1000},
-                                                 {0.05, 20, 3000},
-                                                 {0.001, 0.2, 1000},
-                                                 {0.2, 40, 600},
-                                                 {0.1, 0.3, 2000, true},
-                                                 {0.3, 10, 3000, true},
-                                                 {0.05, 3, 1500, true}}) {
+    const Truth truths[]{{0.1, 0.3, 2000},     {0.1, 3, 4000},  {0.3, 10, 5000},        {0.5, 2, 1000},
+                         {0.02, 0.5, 4000},    {0.9, 10, 8000}, {0.01, 5, 1000},        {0.05, 20, 3000},
+                         {0.001, 0.2, 1000},   {0.2, 40, 600},  {0.1, 0.3, 2000, true}, {0.3, 10, 3000, true},
+                         {0.05, 3, 1500, true}};
+    for (const Truth& truth : truths) {
         const Coverage coverage = coverageOf(truth, Seeds);
         const std::string what = testing::PrintToString(truth.part) + " in bursts of " +
                                  testing::PrintToString(truth.burst) + ", held " + std::to_string(coverage.held) +
@@ -143,14 +135,9 @@ TEST(Cycles, SamplesOfOneEmissionCountLittle)
 TEST(Student, TheTableOfTheTextbooksComesOut)
 {
     constexpr double Digits = 5e-4;
-    for (const auto& [degrees, t] : std::vector<std::pair<std::uint64_t, double>>{{1, 12.7062},
-                                                                                  {2, 4.3027},
-                                                                                  {3, 3.1824},
-                                                                                  {4, 2.7764},
-                                                                                  {10, 2.2281},
-                                                                                  {29, 2.0452},
-                                                                                  {200, 1.9719},
-                                                                                  {1000, 1.9623}}) {
+    const std::pair<std::uint64_t, double> table[]{{1, 12.7062}, {2, 4.3027},  {3, 3.1824},   {4, 2.7764},
+                                                   {10, 2.2281}, {29, 2.0452}, {200, 1.9719}, {1000, 1.9623}};
+    for (const auto& [degrees, t] : table) {
         EXPECT_NEAR(studentWithin(0.95, degrees), t, Digits) << degrees;
     }
     EXPECT_NEAR(studentWithin(0.99, 5), 4.0321, Digits);
