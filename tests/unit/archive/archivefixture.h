@@ -3,6 +3,7 @@
 
 #include <QDirIterator>
 
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -94,10 +95,52 @@ inline std::uint32_t beginFile(Zelvo::ZelvoClient& client, const QString& guid, 
     return client.AddFile(base + ".rec", guid);
 }
 
+/// What a mover did, for comparisons: "2 moved, 0 failed, 1 waiting".
+inline std::string summed(const Zelvo::MoverReport& report)
+{
+    return std::to_string(report.moved) + " moved, " + std::to_string(report.failed) + " failed, " +
+           std::to_string(report.waiting) + " waiting";
+}
+
+inline mode_t modeOf(const QString& path)
+{
+    struct stat info = {};
+    EXPECT_EQ(stat(QFile::encodeName(path).constData(), &info), 0) << path.toStdString();
+    return info.st_mode & 0777U;
+}
+
+/// Compares every stored file with what the registry says of it. @return how many are as they should be
+inline std::int64_t verifyAll(Zelvo::Archive& archive)
+{
+    return archive.verify([](const Zelvo::StorageProblem& problem) {
+        ADD_FAILURE() << problem.sentence.toStdString();
+        return true;
+    });
+}
+
+/// Does something with the registry's entry of every file.
+inline void forEachFile(Zelvo::Archive& archive, const std::function<void(const Zelvo::FileInfo&)>& work)
+{
+    for (const Zelvo::GroupInfo& group : archive.groups()) {
+        for (const Zelvo::FileInfo& file : archive.files(group.data.guid)) {
+            work(file);
+        }
+    }
+}
+
 inline void finishFile(const QString& directory, const QString& base)
 {
     ASSERT_TRUE(
         QFile::rename(directory + QLatin1Char('/') + base + ".tmp", directory + QLatin1Char('/') + base + ".rec"));
+}
+
+/// A finished file of a group. @return its address
+inline Zelvo::ZelvoUrl addFile(Zelvo::ZelvoClient& client, const QString& guid, const QString& directory,
+                               const QString& base, const QByteArray& bytes)
+{
+    const std::uint32_t id = beginFile(client, guid, directory, base, bytes);
+    finishFile(directory, base);
+    return url(guid, id);
 }
 
 /// A whole recording of one file. @return its address
@@ -105,11 +148,10 @@ inline Zelvo::ZelvoUrl recordOne(Zelvo::ZelvoClient& client, const QString& dire
                                  const QByteArray& bytes)
 {
     const QString guid = groupOf(client, directory);
-    const std::uint32_t id = beginFile(client, guid, directory, base, bytes);
-    finishFile(directory, base);
+    Zelvo::ZelvoUrl address = addFile(client, guid, directory, base, bytes);
     client.MoveToNas(guid);
     EXPECT_EQ(client.GetError(), Zelvo::ZelvoError::None) << client.GetErrorString().toStdString();
-    return url(guid, id);
+    return address;
 }
 
 /// In a process that ends without asking for the move, as a recorder that was killed.
@@ -164,10 +206,11 @@ protected:
         names.sort();
         return names;
     }
-    [[nodiscard]] QByteArray storedBytes(const Zelvo::ZelvoUrl& address)
+    [[nodiscard]] QString storedPath(const Zelvo::ZelvoUrl& address)
     {
-        return readFile(storage() + QLatin1Char('/') + file(address).storedPath);
+        return storage() + QLatin1Char('/') + file(address).storedPath;
     }
+    [[nodiscard]] QByteArray storedBytes(const Zelvo::ZelvoUrl& address) { return readFile(storedPath(address)); }
 
     /// Made at its first use.
     [[nodiscard]] Zelvo::ZelvoClient& client() { return m_client ? *m_client : m_client.emplace(configuration()); }
@@ -180,6 +223,18 @@ protected:
         return beginFile(client(), guid, recordings(), base, bytes);
     }
     void finish(const QString& base) const { finishFile(recordings(), base); }
+    /// A finished file of a group. @return its address
+    Zelvo::ZelvoUrl add(const QString& guid, const QString& base, const QByteArray& bytes)
+    {
+        return addFile(client(), guid, recordings(), base, bytes);
+    }
+    /// What a reader is given for an address.
+    QByteArray given(const Zelvo::ZelvoUrl& address)
+    {
+        const QByteArray bytes = readFile(client().RequestFile(address, Zelvo::LockState::Shared));
+        client().CloseFile(address);
+        return bytes;
+    }
     /// A whole recording of one file. @return its address
     Zelvo::ZelvoUrl record(const QString& base, const QByteArray& bytes)
     {

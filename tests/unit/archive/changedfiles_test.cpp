@@ -8,6 +8,33 @@ using namespace ArchiveTests;
 
 namespace {
 
+/// Lets something happen to an original before it is copied, or before its copy gets its name.
+class InterferedFiles final : public Files {
+public:
+    using Interference = std::function<void(const QString& path)>;
+
+    explicit InterferedFiles(
+        Interference beforeCopy, Interference beforeRename = [](const QString&) {})
+        : m_beforeCopy(std::move(beforeCopy)), m_beforeRename(std::move(beforeRename))
+    {
+    }
+
+    Digest copy(const QString& from, const QString& to, unsigned mode, const StopWish& stop) override
+    {
+        m_beforeCopy(from);
+        return Files::copy(from, to, mode, stop);
+    }
+    void rename(const QString& from, const QString& to) override
+    {
+        m_beforeRename(from);
+        Files::rename(from, to);
+    }
+
+private:
+    Interference m_beforeCopy;
+    Interference m_beforeRename;
+};
+
 class NoOrdinaryFile : public ArchiveTest {
 protected:
     /// A recording in whose place something else is put, and one after it.
@@ -20,9 +47,8 @@ protected:
         put(path);
         const QString told = path + " is no ordinary file (a folder, a link, a pipe or a device)";
         const MoverReport report = move();
-        EXPECT_EQ(report.moved, 1);
-        EXPECT_EQ(report.failed, 1);
-        EXPECT_TRUE(report.problem.isEmpty()) << report.problem.toStdString();
+        EXPECT_EQ(summed(report), "1 moved, 1 failed, 0 waiting");
+        EXPECT_EQ(report.problem, QString());
         EXPECT_EQ(report.messages, QStringList(first.toString() + QStringLiteral(": ") + told));
         EXPECT_EQ(file(first).error, told);
         EXPECT_TRUE(client().RequestFile(first, LockState::Shared).isEmpty());
@@ -55,17 +81,11 @@ TEST_F(NoOrdinaryFile, AFolderInTheRecordingsPlaceStays)
 
 TEST_F(NoOrdinaryFile, APipeThatTakesThePlaceBetweenLookAndReadIsRefused)
 {
-    class Swapped final : public Files {
-    public:
-        Digest copy(const QString& from, const QString& to, unsigned mode, const StopWish& stop) override
-        {
-            EXPECT_TRUE(QFile::remove(from));
-            EXPECT_EQ(mkfifo(QFile::encodeName(from).constData(), 0600), 0);
-            return Files::copy(from, to, mode, stop);
-        }
-    };
-    const ZelvoUrl address = record("a", bytesOf(10, 1));
-    Swapped files;
+    record("a", bytesOf(10, 1));
+    InterferedFiles files([](const QString& from) {
+        EXPECT_TRUE(QFile::remove(from));
+        EXPECT_EQ(mkfifo(QFile::encodeName(from).constData(), 0600), 0);
+    });
     const MoverReport report = move(files);
     EXPECT_EQ(report.failed, 1);
     EXPECT_TRUE(report.messages.at(0).endsWith("a.rec is no ordinary file")) << report.messages.at(0).toStdString();
@@ -74,20 +94,12 @@ TEST_F(NoOrdinaryFile, APipeThatTakesThePlaceBetweenLookAndReadIsRefused)
 
 TEST_F(NoOrdinaryFile, AnotherFileThatTakesThePlaceWhileItIsMovedIsNotStored)
 {
-    class Swapped final : public Files {
-    public:
-        Digest copy(const QString& from, const QString& to, unsigned mode, const StopWish& stop) override
-        {
-            EXPECT_TRUE(QFile::rename(from, from + ".aside"));
-            writeBytes(from, bytesOf(10, 9));
-            return Files::copy(from, to, mode, stop);
-        }
-    };
     record("a", bytesOf(10, 1));
-    Swapped files;
-    const MoverReport report = move(files);
-    EXPECT_EQ(report.moved, 0);
-    EXPECT_EQ(report.failed, 1);
+    InterferedFiles files([](const QString& from) {
+        EXPECT_TRUE(QFile::rename(from, from + ".aside"));
+        writeBytes(from, bytesOf(10, 9));
+    });
+    EXPECT_EQ(summed(move(files)), "0 moved, 1 failed, 0 waiting");
     EXPECT_TRUE(stored().isEmpty());
     EXPECT_EQ(readFile(recording("a.rec.aside")), bytesOf(10, 1));
 }
@@ -112,6 +124,7 @@ protected:
     }
 
     [[nodiscard]] QString undo() const { return recording("a.rec.undo"); }
+    void beginChange() const { writeBytes(undo(), "before"); }
     [[nodiscard]] QString waits(const QString& undo) const
     {
         return QStringLiteral(
@@ -127,44 +140,16 @@ protected:
     }
 };
 
-/// Begins a change at a step.
-class ChangedMeanwhile final : public Files {
-public:
-    explicit ChangedMeanwhile(QString undo, bool whileCopied) : m_undo(std::move(undo)), m_whileCopied(whileCopied) {}
-
-    Digest copy(const QString& from, const QString& to, unsigned mode, const StopWish& stop) override
-    {
-        if (m_whileCopied) {
-            writeBytes(m_undo, "before");
-        }
-        return Files::copy(from, to, mode, stop);
-    }
-    void rename(const QString& from, const QString& to) override
-    {
-        writeBytes(m_undo, "before");
-        Files::rename(from, to);
-    }
-
-private:
-    QString m_undo;
-    bool m_whileCopied;
-};
-
 }  // namespace
 
 TEST_F(BeingChanged, ARecordingKeepsItsGroupWaitingUntilTheChangeIsSettled)
 {
     const QString guid = newGroup();
-    const ZelvoUrl first = url(guid, begin(guid, "b", bytesOf(10, 2)));
-    finish("b");
-    const ZelvoUrl second = url(guid, begin(guid, "a", bytesOf(10, 1)));
-    finish("a");
+    const ZelvoUrl first = add(guid, "b", bytesOf(10, 2));
+    const ZelvoUrl second = add(guid, "a", bytesOf(10, 1));
     client().MoveToNas(guid);
-    writeBytes(undo(), "before");
-    const MoverReport report = move();
-    EXPECT_EQ(report.moved, 0);
-    EXPECT_EQ(report.failed, 0);
-    EXPECT_EQ(report.waiting, 2);
+    beginChange();
+    EXPECT_EQ(summed(move()), "0 moved, 0 failed, 2 waiting");
     EXPECT_EQ(file(second).error, waits(undo()));
     EXPECT_EQ(client().RequestFile(second, LockState::Shared), recording("a.rec"));  // where its undo is
     client().CloseFile(second);
@@ -184,7 +169,7 @@ TEST_F(BeingChanged, ARecordingKeepsItsGroupWaitingUntilTheChangeIsSettled)
 TEST_F(BeingChanged, ACopyDuringWhichAChangeBeginsIsNotStored)
 {
     const ZelvoUrl address = record("a", bytesOf(10, 1));
-    ChangedMeanwhile files(undo(), true);
+    InterferedFiles files([this](const QString&) { beginChange(); });
     EXPECT_EQ(move(files).moved, 0);
     EXPECT_TRUE(stored().isEmpty());
     EXPECT_EQ(file(address).error, waits(undo()));
@@ -195,7 +180,7 @@ TEST_F(BeingChanged, ACopyDuringWhichAChangeBeginsIsNotStored)
 TEST_F(BeingChanged, AnOriginalThatIsChangedOnceItIsStoredIsNotDeleted)
 {
     const ZelvoUrl address = record("a", bytesOf(10, 1));
-    ChangedMeanwhile files(undo(), false);
+    InterferedFiles files([](const QString&) {}, [this](const QString&) { beginChange(); });
     EXPECT_EQ(move(files).moved, 0);
     EXPECT_EQ(move().moved, 0);
     EXPECT_EQ(readFile(recording("a.rec")), bytesOf(10, 1));
@@ -216,9 +201,7 @@ TEST_F(BeingChanged, AVersionThatWasWrittenWaitsToo)
     writeBytes(path, bytesOf(11, 2));
     writeBytes(path + ".undo", "before");
     client().CloseFile(address);
-    const MoverReport report = move();
-    EXPECT_EQ(report.waiting, 1);
-    EXPECT_EQ(report.failed, 0);
+    EXPECT_EQ(summed(move()), "0 moved, 0 failed, 1 waiting");
     EXPECT_EQ(file(address).error, waits(path + ".undo"));
     ASSERT_TRUE(QFile::remove(path + ".undo"));
     expectMoved(address, bytesOf(11, 2));

@@ -23,8 +23,8 @@ protected:
     }
 };
 
-class Registration : public ArchiveTest {};
-class Cache : public Requests {};
+using Registration = ArchiveTest;
+using Cache = Requests;
 
 /// A process that has a file open until it is killed.
 class Holder {
@@ -109,8 +109,7 @@ TEST_F(Requests, ForWritingMakeANewVersionWhenTheFileIsClosed)
     client().CloseFile(address);
     EXPECT_EQ(client().GetError(), ZelvoError::None);
     EXPECT_EQ(file(address).state, FileState::Edited);
-    EXPECT_EQ(readFile(client().RequestFile(address, LockState::Shared)), bytesOf(2'000, 1));
-    client().CloseFile(address);
+    EXPECT_EQ(given(address), bytesOf(2'000, 1));
     EXPECT_EQ(move().moved, 1);
     const FileInfo info = file(address);
     EXPECT_EQ(info.version, 2);
@@ -138,8 +137,7 @@ TEST_F(Requests, OfADeadProcessAreReleasedAndItsHalfDoneChangesDropped)
     EXPECT_TRUE(client().RequestFile(address, LockState::Shared).isEmpty());
     EXPECT_EQ(client().GetError(), ZelvoError::Locked);
     holder.end();
-    EXPECT_EQ(readFile(client().RequestFile(address, LockState::Shared)), bytesOf(1'000));
-    client().CloseFile(address);
+    EXPECT_EQ(given(address), bytesOf(1'000));
     EXPECT_EQ(readFile(client().RequestFile(address, LockState::Exclusive)), bytesOf(1'000));
     client().CloseFile(address);
     EXPECT_EQ(move().failed, 0);
@@ -165,7 +163,7 @@ TEST_F(Requests, AreReleasedWithTheClient)
 TEST_F(Requests, ForACopyThatWasAlteredAreRefused)
 {
     const ZelvoUrl address = recordAndMove("a", bytesOf(1'000));
-    const QString path = storage() + QLatin1Char('/') + file(address).storedPath;
+    const QString path = storedPath(address);
     writeBytes(path, bytesOf(1'000, 1));
     expectRefused(address.toString(), ZelvoError::Damaged);
     EXPECT_TRUE(cached().isEmpty());
@@ -200,14 +198,12 @@ TEST_F(Cache, KeepsWithinItsLimitWithoutWhatIsInUse)
         addresses.push_back(recordAndMove(QLatin1String(name), bytesOf(1'000)));
     }
     EXPECT_FALSE(client().RequestFile(addresses[0], LockState::Shared).isEmpty());
-    EXPECT_FALSE(client().RequestFile(addresses[1], LockState::Shared).isEmpty());
-    client().CloseFile(addresses[1]);
+    EXPECT_EQ(given(addresses[1]).size(), 1'000);
     EXPECT_FALSE(client().RequestFile(addresses[2], LockState::Shared).isEmpty());
     EXPECT_EQ(cached(), QStringList({"a.rec", "c.rec"})) << "the oldest is in use, the next had to go";
     client().CloseFile(addresses[0]);
     client().CloseFile(addresses[2]);
-    EXPECT_FALSE(client().RequestFile(addresses[0], LockState::Shared).isEmpty());
-    client().CloseFile(addresses[0]);
+    EXPECT_EQ(given(addresses[0]).size(), 1'000);
     EXPECT_FALSE(client().RequestFile(addresses[1], LockState::Shared).isEmpty());
     EXPECT_EQ(cached(), QStringList({"a.rec", "b.rec"})) << "what was read last stays longest";
 }

@@ -121,8 +121,7 @@ class SetUp : public ArchiveTest {};
 
 TEST_F(SetUp, CanBeRepeatedAndChangesNothing)
 {
-    ZelvoClient client(configuration());
-    recordOne(client, recordings(), "a", bytesOf(10));
+    record("a", bytesOf(10));
     SetUpArchive(configuration());
     EXPECT_EQ(Archive(configuration()).status().waiting, 1);
     EXPECT_EQ(move().moved, 1);

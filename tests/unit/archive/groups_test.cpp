@@ -4,17 +4,12 @@
 using namespace Zelvo;
 using namespace ArchiveTests;
 
-namespace {
-
-class Groups : public ArchiveTest {};
-
-}  // namespace
+using Groups = ArchiveTest;
 
 TEST_F(Groups, StayUntilTheyAreAskedFor)
 {
     const QString guid = newGroup();
-    begin(guid, "a", bytesOf(10));
-    finish("a");
+    add(guid, "a", bytesOf(10));
     EXPECT_EQ(move().moved, 0);
     EXPECT_TRUE(QFile::exists(recording("a.rec")));
     client().MoveToNas(guid);
@@ -41,9 +36,7 @@ TEST_F(Groups, StayAsAWholeWhileOneMemberIsStillRecorded)
     const std::uint32_t second = begin(guid, "b", bytesOf(10, 2));
     finish("a");
     client().MoveToNas(guid);
-    const MoverReport report = move();
-    EXPECT_EQ(report.moved, 0);
-    EXPECT_EQ(report.waiting, 2);
+    EXPECT_EQ(summed(move()), "0 moved, 0 failed, 2 waiting");
     EXPECT_EQ(file(url(guid, second)).error, QStringLiteral("is still recorded as ") + recording("b.tmp"));
     finish("b");
     EXPECT_EQ(move().moved, 2);
@@ -62,6 +55,7 @@ TEST_F(Groups, KnowAMemberWhoseUnfinishedNameHasDots)
     EXPECT_EQ(move().moved, 1);
 }
 
+// A recorder that was split after another one of its process began a group adds its next file to that group.
 TEST_F(Groups, TakeAFileOfAnotherRecorderFromWhereItIs)
 {
     const QString other = folder() + "/other";
@@ -88,6 +82,7 @@ TEST_F(Groups, TakeAFileOfAnotherRecorderFromWhereItIs)
     EXPECT_EQ(stored().size(), 3);
 }
 
+// Its name tells nothing about whether it is finished: only its recorder does.
 TEST_F(Groups, WhoseFileBearsItsLastNameFromTheBeginningStayUntilTheyAreAskedFor)
 {
     ZelvoClient one(configuration());
@@ -98,9 +93,7 @@ TEST_F(Groups, WhoseFileBearsItsLastNameFromTheBeginningStayUntilTheyAreAskedFor
     ASSERT_TRUE(open.open(QIODevice::ReadWrite));
     const std::uint32_t a = one.AddFile("a.rec", first);
     groupOf(two, recordings());  // the process goes on with another group
-    const MoverReport report = move();
-    EXPECT_EQ(report.moved, 0);
-    EXPECT_EQ(report.waiting, 1);
+    EXPECT_EQ(summed(move()), "0 moved, 0 failed, 1 waiting");
     EXPECT_TRUE(open.exists());
     one.MoveToNas(first);
     EXPECT_EQ(move().moved, 1);
@@ -117,9 +110,7 @@ TEST_F(Groups, ThatShareAFileMoveItOnce)
     client().MoveToNas(second);
     client().MoveToNas(second);
     client().MoveToNas(first);
-    const MoverReport report = move();
-    EXPECT_EQ(report.moved, 1);
-    EXPECT_EQ(report.failed, 0);
+    EXPECT_EQ(summed(move()), "1 moved, 0 failed, 0 waiting");
     EXPECT_EQ(stored().size(), 1);
     const std::set<FileState> states = {file(url(first, a)).state, file(url(second, b)).state};
     EXPECT_EQ(states, (std::set{FileState::Moved, FileState::Same}));
@@ -142,22 +133,16 @@ TEST_F(Groups, KeepAFileThatIsRecordedAnewUnderTheNameOfAMovedOne)
 
 TEST_F(Groups, OfADeadRecorderAreMovedWithoutBeingAskedFor)
 {
-    inAnotherProcess([this] {
-        const QString guid = newGroup();
-        begin(guid, "a", bytesOf(10));
-        finish("a");
-    });
+    inAnotherProcess([this] { add(newGroup(), "a", bytesOf(10)); });
     EXPECT_EQ(move().moved, 1);
-    Archive archive(configuration());
-    EXPECT_EQ(archive.groups().at(0).state, GroupState::Abandoned);
+    EXPECT_EQ(Archive(configuration()).groups().at(0).state, GroupState::Abandoned);
 }
 
 TEST_F(Groups, OfADeadRecorderWaitForTheRecoveryOfItsLastFile)
 {
     inAnotherProcess([this] {
         const QString guid = newGroup();
-        begin(guid, "a", bytesOf(10));
-        finish("a");
+        add(guid, "a", bytesOf(10));
         begin(guid, "b", bytesOf(20));
     });
     EXPECT_EQ(move().moved, 0);

@@ -92,8 +92,7 @@ protected:
             recordOne(client, recordings(), "empty", QByteArray());
             const QString guid = groupOf(client, recordings());
             for (int part = 0; part < 2; ++part) {
-                beginFile(client, guid, recordings(), QString::number(part), bytesOf(100, part));
-                finishFile(recordings(), QString::number(part));
+                addFile(client, guid, recordings(), QString::number(part), bytesOf(100, part));
             }
             client.MoveToNas(guid);
         });
@@ -127,18 +126,12 @@ protected:
     void expectNothingLost()
     {
         Archive archive(configuration());
-        EXPECT_EQ(archive.verify([](const StorageProblem& problem) {
-            ADD_FAILURE() << problem.sentence.toStdString();
-            return true;
-        }) >= 0,
-                  true);
-        for (const GroupInfo& group : archive.groups()) {
-            for (const FileInfo& file : archive.files(group.data.guid)) {
-                const bool isStored = file.state == FileState::Moved || file.state == FileState::Stored;
-                const QString path = isStored ? storage() + QLatin1Char('/') + file.storedPath : file.localPath;
-                EXPECT_EQ(readFile(path), expected.at(file.name)) << path.toStdString();
-            }
-        }
+        EXPECT_GE(verifyAll(archive), 0);
+        forEachFile(archive, [this](const FileInfo& file) {
+            const bool isStored = file.state == FileState::Moved || file.state == FileState::Stored;
+            const QString path = isStored ? storage() + QLatin1Char('/') + file.storedPath : file.localPath;
+            EXPECT_EQ(readFile(path), expected.at(file.name)) << path.toStdString();
+        });
     }
 
     /// After a run that was not disturbed: one copy of each in the storage and nothing anywhere else.
@@ -148,13 +141,16 @@ protected:
         EXPECT_TRUE(QDir(recordings()).isEmpty());
         EXPECT_TRUE(QDir(configuration().directory + "/edited").isEmpty());
         Archive archive(configuration());
-        for (const GroupInfo& group : archive.groups()) {
-            for (const FileInfo& file : archive.files(group.data.guid)) {
-                EXPECT_EQ(file.state, FileState::Moved) << file.error.toStdString();
-                EXPECT_EQ(readFile(storage() + QLatin1Char('/') + file.storedPath), expected.at(file.name));
-            }
-        }
+        forEachFile(archive,
+                    [](const FileInfo& file) { EXPECT_EQ(file.state, FileState::Moved) << file.error.toStdString(); });
         expectNothingLost();
+    }
+    /// The same after the pauses of attempts that failed.
+    void expectAllMovedOnceAfterAPause()
+    {
+        clock.now += 2 * configuration().longestPauseMs;
+        EXPECT_EQ(move().failed, 0);
+        expectAllMovedOnce();
     }
 
     /// Puts everything back as it was before the first mover.
@@ -190,7 +186,7 @@ protected:
     std::map<QString, QByteArray> expected;
 };
 
-class FailingStorage : public KilledMover {};
+using FailingStorage = KilledMover;
 
 }  // namespace
 
@@ -248,9 +244,7 @@ TEST_F(FailingStorage, AtEachStepDelaysAndLosesNothing)
         const MoverReport report = move(files);
         EXPECT_EQ(report.failed > 0 || !report.problem.isEmpty(), failed);
         expectNothingLost();
-        clock.now += 2 * configuration().longestPauseMs;
-        EXPECT_EQ(move().failed, 0);
-        expectAllMovedOnce();
+        expectAllMovedOnceAfterAPause();
         ASSERT_FALSE(HasFailure()) << "failed at step " << runs;
     }
     EXPECT_GT(runs, 100);
@@ -314,9 +308,7 @@ TEST_F(MountedStorage, ThatIsReadOnlyDelays)
     EXPECT_TRUE(report.problem.endsWith("Read-only file system")) << report.problem.toStdString();
     expectNothingLost();
     remount(0, "size=4m");
-    clock.now += 2 * configuration().longestPauseMs;
-    EXPECT_EQ(move().failed, 0);
-    expectAllMovedOnce();
+    expectAllMovedOnceAfterAPause();
 }
 
 TEST_F(MountedStorage, ThatGoesAwayAndComesBackDelays)
@@ -325,9 +317,7 @@ TEST_F(MountedStorage, ThatGoesAwayAndComesBackDelays)
     ASSERT_EQ(mount("none", path().constData(), "tmpfs", 0, "size=4m"), 0) << "hides the storage";
     EXPECT_TRUE(move().problem.contains("is the share mounted?"));
     ASSERT_EQ(umount2(path().constData(), 0), 0);
-    clock.now += 2 * configuration().longestPauseMs;
-    EXPECT_EQ(move().failed, 0);
-    expectAllMovedOnce();
+    expectAllMovedOnceAfterAPause();
 }
 
 TEST_F(MountedStorage, ThatIsFullTakesWhatFitsAndTheRestWhenThereIsRoom)

@@ -25,8 +25,16 @@ protected:
     ZelvoUrl record(const char* base, int seed)
     {
         begin(base, seed);
-        QFile open(recording(QString::fromLatin1(base) + ".tmp"));
+        return registerOpen(QString::fromLatin1(base) + ".tmp");
+    }
+    ZelvoUrl registerOpen(const QString& name)
+    {
+        QFile open(recording(name));
         EXPECT_TRUE(open.open(QIODevice::ReadWrite));
+        return registerFile();
+    }
+    ZelvoUrl registerFile()
+    {
         const QString guid = newGroup();
         return url(guid, client().AddFile("St.rec", guid));
     }
@@ -41,13 +49,20 @@ protected:
         }
         return named;
     }
-    static QString guidOf(const ZelvoUrl& address) { return address.toString().section(QLatin1Char('/'), 3, 3); }
-    QByteArray given(const ZelvoUrl& address)
+    ZelvoUrl recordWhole(const char* base, int seed, bool named = true)
     {
-        const QByteArray bytes = readFile(client().RequestFile(address, LockState::Shared));
-        client().CloseFile(address);
-        return bytes;
+        ZelvoUrl address = record(base, seed);
+        EXPECT_EQ(finish(address, base), named);
+        return address;
     }
+    void makeOlder(const QString& path, int seconds)
+    {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(
+            file.setFileTime(QDateTime::currentDateTime().addSecs(-seconds), QFileDevice::FileModificationTime));
+    }
+    static QString guidOf(const ZelvoUrl& address) { return address.toString().section(QLatin1Char('/'), 3, 3); }
     /// @return why the address gives nothing
     QString refused(const ZelvoUrl& address)
     {
@@ -68,10 +83,8 @@ protected:
 
 TEST_F(SharedName, OfTheFirstRecordingIsNotThatOfTheOthers)
 {
-    const ZelvoUrl first = record("St.1", 1);
-    EXPECT_TRUE(finish(first, "St.1"));
-    const ZelvoUrl second = record("St.2", 2);
-    EXPECT_FALSE(finish(second, "St.2"));
+    const ZelvoUrl first = recordWhole("St.1", 1);
+    const ZelvoUrl second = recordWhole("St.2", 2, false);
     EXPECT_EQ(given(first), bytesOf(1'000, 1));
     EXPECT_EQ(refused(second),
               QStringLiteral("%1 is not to be had yet: %2").arg(second.toString(), withoutName("St.2")));
@@ -89,8 +102,7 @@ TEST_F(SharedName, OfTheFirstRecordingIsNotThatOfTheOthers)
 
 TEST_F(SharedName, IsFreeAgainWhenTheMoverIsFasterThanTheRecorder)
 {
-    const ZelvoUrl first = record("St.1", 1);
-    EXPECT_TRUE(finish(first, "St.1"));
+    const ZelvoUrl first = recordWhole("St.1", 1);
     const ZelvoUrl second = record("St.2", 2);
     EXPECT_EQ(move().moved, 1);
     EXPECT_NE(refused(second), QString());
@@ -105,10 +117,8 @@ TEST_F(SharedName, IsFreeAgainWhenTheMoverIsFasterThanTheRecorder)
 TEST_F(SharedName, IsThatOfTheRightOneWhileTheStorageIsAway)
 {
     ASSERT_TRUE(QDir().rename(storage(), storage() + ".away"));
-    const ZelvoUrl first = record("St.1", 1);
-    EXPECT_TRUE(finish(first, "St.1"));
-    const ZelvoUrl second = record("St.2", 2);
-    EXPECT_FALSE(finish(second, "St.2"));
+    const ZelvoUrl first = recordWhole("St.1", 1);
+    const ZelvoUrl second = recordWhole("St.2", 2, false);
     EXPECT_FALSE(move().problem.isEmpty());
     EXPECT_EQ(given(first), bytesOf(1'000, 1));
     EXPECT_NE(refused(second), QString());
@@ -121,10 +131,8 @@ TEST_F(SharedName, IsThatOfTheRightOneWhileTheStorageIsAway)
 
 TEST_F(SharedName, AnUnnamedRecordingIsMovedWhenItIsRenamed)
 {
-    const ZelvoUrl first = record("St.1", 1);
-    EXPECT_TRUE(finish(first, "St.1"));
-    const ZelvoUrl second = record("St.2", 2);
-    EXPECT_FALSE(finish(second, "St.2"));
+    const ZelvoUrl first = recordWhole("St.1", 1);
+    const ZelvoUrl second = recordWhole("St.2", 2, false);
     const ZelvoUrl third = record("St.3", 3);  // its recorder has gone on: nobody asks for the second
     ASSERT_TRUE(QFile::rename(recording("St.2.tmp"), recording("St.2.rec")));
     EXPECT_EQ(given(second), bytesOf(1'000, 2));
@@ -139,19 +147,15 @@ TEST_F(SharedName, AnUnnamedRecordingIsMovedWhenItIsRenamed)
 TEST_F(SharedName, TheFileThatWasRegisteredIsKnownByItselfNotByItsTime)
 {
     const ZelvoUrl address = record("St.1", 1);
-    QFile named(recording("St.1.rec"));
-    ASSERT_TRUE(QFile::rename(recording("St.1.tmp"), named.fileName()));
+    ASSERT_TRUE(QFile::rename(recording("St.1.tmp"), recording("St.1.rec")));
     ASSERT_TRUE(QFile::remove(recording("St.1.tmp.journal")));
-    ASSERT_TRUE(named.open(QIODevice::ReadWrite));
-    ASSERT_TRUE(named.setFileTime(QDateTime::currentDateTime().addSecs(-3'600), QFileDevice::FileModificationTime));
-    named.close();
+    makeOlder(recording("St.1.rec"), 3'600);
     EXPECT_EQ(given(address), bytesOf(1'000, 1));
 }
 
 TEST_F(SharedName, AnotherRecordingUnderTheUnfinishedNameDoesNotHoldTheFirstBack)
 {
-    const ZelvoUrl address = record("St.1", 1);
-    EXPECT_TRUE(finish(address, "St.1"));
+    const ZelvoUrl address = recordWhole("St.1", 1);
     begin("St.1", 2);
     EXPECT_EQ(given(address), bytesOf(1'000, 1));
     EXPECT_EQ(move().moved, 1);
@@ -189,8 +193,7 @@ TEST_F(SharedName, RecordersThatUseItAtOnceEachRegisterTheirOwnFile)
     // The one that is made last is registered first: the newest is the one until it is known.
     std::map<QString, ZelvoUrl> addresses;
     for (const char* base : {"St", "St.2", "St.1"}) {
-        const QString guid = newGroup();
-        addresses[QString::fromLatin1(base)] = url(guid, client().AddFile("St.rec", guid));
+        addresses[QString::fromLatin1(base)] = registerFile();
     }
     open.clear();
     for (const char* base : {"St.1", "St.2", "St"}) {
@@ -208,19 +211,14 @@ TEST_F(SharedName, AFileThatAnotherRecorderWritesIsNotTaken)
 {
     begin("St.1", 1);
     begin("St.2", 2);  // newer, but of another process
-    QFile own(recording("St.1.tmp"));
-    ASSERT_TRUE(own.open(QIODevice::ReadWrite));
-    const QString guid = newGroup();
-    const ZelvoUrl address = url(guid, client().AddFile("St.rec", guid));
+    const ZelvoUrl address = registerOpen("St.1.tmp");
     // Nor is one that is registered: this one's own lies where no group names the folder.
-    own.close();
     ASSERT_TRUE(QFile::remove(recording("St.2.tmp")));
-    const QString next = newGroup();
-    const ZelvoUrl nowhere = url(next, client().AddFile("St.rec", next));
+    const ZelvoUrl nowhere = registerFile();
     EXPECT_TRUE(finish(address, "St.1"));
     EXPECT_EQ(given(address), bytesOf(1'000, 1));
     EXPECT_NE(refused(nowhere), QString());
-    client().MoveToNas(next);
+    client().MoveToNas(guidOf(nowhere));
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(file(nowhere).state, FileState::Waiting);
     EXPECT_EQ(storedBytes(address), bytesOf(1'000, 1));
@@ -230,11 +228,7 @@ TEST_F(SharedName, TheFileThatThisProcessHasOpenGoesBeforeOneThatIsNewerOrStands
 {
     begin("St.2", 2);
     begin("St.1", 1);  // of another process
-    QFile own(recording("St.2.tmp"));
-    ASSERT_TRUE(own.open(QIODevice::ReadWrite));
-    const QString guid = newGroup();
-    const ZelvoUrl address = url(guid, client().AddFile("St.rec", guid));
-    own.close();
+    const ZelvoUrl address = registerOpen("St.2.tmp");
     EXPECT_TRUE(finish(address, "St.2"));
     EXPECT_EQ(given(address), bytesOf(1'000, 2));
 }
@@ -243,12 +237,8 @@ TEST_F(SharedName, AFileThatThisProcessHasOpenUnderItsLastNameGoesBeforeAnUnfini
 {
     begin("St.1", 1);  // of another process
     writeBytes(recording("St.rec"), bytesOf(1'000, 2));
-    QFile own(recording("St.rec"));
-    ASSERT_TRUE(own.open(QIODevice::ReadWrite));
-    const QString guid = newGroup();
-    const ZelvoUrl address = url(guid, client().AddFile("St.rec", guid));
-    own.close();
-    client().MoveToNas(guid);
+    const ZelvoUrl address = registerOpen("St.rec");
+    client().MoveToNas(guidOf(address));
     EXPECT_EQ(given(address), bytesOf(1'000, 2));
     EXPECT_EQ(move().moved, 1);
     EXPECT_EQ(storedBytes(address), bytesOf(1'000, 2));
@@ -258,13 +248,9 @@ TEST_F(SharedName, AnOldRecordingOfTheNameIsNotTakenForTheOneThatIsMissing)
 {
     const QString path = recording("St.rec");
     writeBytes(path, bytesOf(1'000, 1));
-    QFile old(path);
-    ASSERT_TRUE(old.open(QIODevice::ReadWrite));
-    ASSERT_TRUE(old.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime));
-    old.close();
-    const QString guid = newGroup();
-    const ZelvoUrl address = url(guid, client().AddFile("St.rec", guid));
-    client().MoveToNas(guid);
+    makeOlder(path, 60);
+    const ZelvoUrl address = registerFile();
+    client().MoveToNas(guidOf(address));
     EXPECT_NE(refused(address), QString());
     EXPECT_EQ(move().moved, 0);
     EXPECT_EQ(readFile(path), bytesOf(1'000, 1));
@@ -272,8 +258,7 @@ TEST_F(SharedName, AnOldRecordingOfTheNameIsNotTakenForTheOneThatIsMissing)
 
 TEST_F(SharedName, AFileThatWasReplacedWhileItWasOpenForWritingStaysThatOfItsAddress)
 {
-    const ZelvoUrl address = record("St.1", 1);
-    EXPECT_TRUE(finish(address, "St.1"));
+    const ZelvoUrl address = recordWhole("St.1", 1);
     const QString path = client().RequestFile(address, LockState::Exclusive);
     writeBytes(path + ".new", bytesOf(500, 9));
     ASSERT_EQ(::rename(QFile::encodeName(path + ".new").constData(), QFile::encodeName(path).constData()), 0);

@@ -70,8 +70,7 @@ pid_t runStation(const StationFolder& station, int seed)
             const QString guid = groupOf(client, station.recordings());
             for (int i = 0; i < FilesOfAGroup; ++i) {
                 const int number = group * FilesOfAGroup + i;
-                beginFile(client, guid, station.recordings(), QString::number(number), bytesOf(1'000, seed + number));
-                finishFile(station.recordings(), QString::number(number));
+                addFile(client, guid, station.recordings(), QString::number(number), bytesOf(1'000, seed + number));
             }
             client.MoveToNas(guid);
             if (group % 10 == 9) {
@@ -105,17 +104,10 @@ TEST_F(SharedRegistry, OfTwoStationsMovesAThousandFilesWithoutADoubleOrALoss)
     EXPECT_EQ(status.moved, 2 * FilesOfAStation);
     EXPECT_EQ(status.waiting, 0);
     EXPECT_EQ(status.failed, 0);
-    EXPECT_EQ(archive.verify([](const StorageProblem& problem) {
-        ADD_FAILURE() << problem.sentence.toStdString();
-        return true;
-    }),
-              2 * FilesOfAStation);
+    EXPECT_EQ(verifyAll(archive), 2 * FilesOfAStation);
     std::map<QByteArray, int> bytes;
-    for (const GroupInfo& group : archive.groups()) {
-        for (const FileInfo& file : archive.files(group.data.guid)) {
-            ++bytes[readFile(path("storage") + QLatin1Char('/') + file.storedPath)];
-        }
-    }
+    forEachFile(archive,
+                [&](const FileInfo& file) { ++bytes[readFile(path("storage") + QLatin1Char('/') + file.storedPath)]; });
     for (int number = 0; number < 2 * FilesOfAStation; ++number) {
         EXPECT_EQ(bytes[bytesOf(1'000, number)], 1) << number;
     }
