@@ -8,6 +8,7 @@
 #include "sources/sim/simsource.h"
 #include "sources/sweep/sweepsource.h"
 #include "support/files.h"
+#include "support/problem.h"
 
 #if defined(RECSTATION_HAS_IQ)
 #include "sources/iq/iqsource.h"
@@ -27,12 +28,7 @@ protected:
 
     static std::string problemOf(const char* text)
     {
-        try {
-            static_cast<void>(load(text));
-        } catch (const std::runtime_error& error) {
-            return error.what();
-        }
-        return "no problem";
+        return TestSupport::problemOf([text] { static_cast<void>(load(text)); });
     }
 };
 

@@ -5,6 +5,7 @@
 #include "input/timetext.h"
 #include "sources/bearings/bearingssource.h"
 #include "sources/bearings/csvreader.h"
+#include "support/problem.h"
 #include "support/recordingbytes.h"
 #include "support/testing.h"
 #include "support/textinput.h"
@@ -25,18 +26,19 @@ std::vector<CsvRecord> read(const std::string& text, std::optional<char> separat
     return records;
 }
 
+/// A record of a line and its fields, with a problem or none.
+auto isRecord(std::size_t line, const std::vector<std::string>& fields, const Matcher<std::string>& problem = "")
+{
+    return AllOf(Field("line", &CsvRecord::line, line), Field("fields", &CsvRecord::fields, fields),
+                 Field("problem", &CsvRecord::problem, problem));
+}
+
 TEST(CsvReader, FieldsAndLinesComeInTheirOrderHoweverTheBytesArrive)
 {
     for (const std::size_t piece : {1U, 2U, 3U, 7U, 1000U}) {
         const auto records = read("\xEF\xBB\xBFone;two\r\n 1 ;;\n\n\"a;\"\"b\"\"\n;\" ; z", {}, piece);
-        ASSERT_THAT(records, SizeIs(3));
-        EXPECT_THAT(records[0].fields, ElementsAre("one", "two"));
-        EXPECT_THAT(records[1].fields, ElementsAre("1", "", ""));
-        EXPECT_THAT(records[2].fields, ElementsAre("a;\"b\"\n;", "z"));
-        EXPECT_EQ(records[0].line, 1U);
-        EXPECT_EQ(records[1].line, 2U);
-        EXPECT_EQ(records[2].line, 4U);
-        EXPECT_THAT(records[2].problem, IsEmpty());
+        EXPECT_THAT(records, ElementsAre(isRecord(1, {"one", "two"}), isRecord(2, {"1", "", ""}),
+                                         isRecord(4, {"a;\"b\"\n;", "z"})));
     }
 }
 
@@ -45,9 +47,7 @@ TEST(CsvReader, LinesAreCountedWithEveryKindOfLineEnd)
     for (const char* end : {"\n", "\r\n", "\r"}) {
         const std::string line = end;
         const auto records = read("a" + line + line + "\"b" + line + "\"" + line + "c");
-        ASSERT_THAT(records, SizeIs(3));
-        EXPECT_EQ(records[1].line, 3U);
-        EXPECT_EQ(records[2].line, 5U);
+        EXPECT_THAT(records, ElementsAre(isRecord(1, {"a"}), isRecord(3, {"b" + line}), isRecord(5, {"c"})));
     }
 }
 
@@ -79,14 +79,8 @@ TEST(CsvReader, RemarksAndEmptyRowsArePassedOverAndRemarksCounted)
     for (const std::size_t piece : {1U, 5U, 1000U}) {
         CsvReader reader(TestSupport::textInput("# by, a, program\n\na;b\n;;\n#1;2\n \n3;\"#4\"\n#", piece),
                          std::nullopt);
-        const auto names = reader.next();
-        ASSERT_TRUE(names);
-        EXPECT_THAT(names->fields, ElementsAre("a", "b"));
-        EXPECT_EQ(names->line, 3U);
-        const auto row = reader.next();
-        ASSERT_TRUE(row);
-        EXPECT_THAT(row->fields, ElementsAre("3", "#4"));
-        EXPECT_EQ(row->line, 7U);
+        EXPECT_THAT(reader.next(), Optional(isRecord(3, {"a", "b"})));
+        EXPECT_THAT(reader.next(), Optional(isRecord(7, {"3", "#4"})));
         EXPECT_FALSE(reader.next());
         EXPECT_EQ(reader.comments(), 3U);
     }
@@ -111,8 +105,7 @@ TEST(CsvReader, ARecordIsBoundedInMemoryAndTheNextOneIsReadAgain)
         const auto records = read("a,b\n" + std::string(tooMany, c) + "\nc,d\n");
         ASSERT_THAT(records, SizeIs(3));
         EXPECT_THAT(records[1].problem, HasSubstr("longer than 1 MiB"));
-        EXPECT_THAT(records[2].fields, ElementsAre("c", "d"));
-        EXPECT_THAT(records[2].problem, IsEmpty());
+        EXPECT_THAT(records[2], isRecord(3, {"c", "d"}));
     }
 }
 
@@ -182,21 +175,6 @@ protected:
         m_source = RecStation::makeBearingsSource(m_options, [](const QString& /*sentence*/) {});
         m_source->prepare();
     }
-    std::string problem(const std::string& text)
-    {
-        try {
-            prepare(text);
-        } catch (const std::runtime_error& error) {
-            return error.what();
-        }
-        return "no problem";
-    }
-    void run()
-    {
-        while (m_source->nextTime()) {
-            m_source->step();
-        }
-    }
 
     values::Tree m_tree;
     QTemporaryDir m_directory;
@@ -209,14 +187,16 @@ TEST_F(BearingsSource, AFileThatChangedSinceItsChannelsWereFoundIsRefused)
     const std::string text = header + "2017-01-14;10:31;E1;4;-75;0;150;7\n";
     prepare(text);
     TestSupport::writeFile(QString::fromStdString(m_options.file), text + "2017-01-14;10:31;E1;4;-75;0;151;7\n");
-    EXPECT_THROW(run(), std::runtime_error);
+    EXPECT_THROW(
+        while (m_source->nextTime()) { m_source->step(); }, std::runtime_error);
 }
 
 TEST_F(BearingsSource, APathHeldByAnotherKindOfValueIsRefused)
 {
     values::ValuePtr<Number> other;
     other.Attach("/DfSpectrum");
-    EXPECT_THAT(problem(header + "2017-01-14;10:31;E1;4;-75;0;150;7\n"), HasSubstr("/DfSpectrum is already there"));
+    EXPECT_THAT(TestSupport::problemOf([this] { prepare(header + "2017-01-14;10:31;E1;4;-75;0;150;7\n"); }),
+                HasSubstr("/DfSpectrum is already there"));
 }
 
 }  // namespace

@@ -143,9 +143,14 @@ GpsdReport attitudeOf(const char* device, std::optional<double> heading, std::op
     return report;
 }
 
-TEST(GpsdState, TheFirstDeviceWithAFixCountsUntilItIsSilentForFiveSeconds)
+/// Of any device, without a variation that was told.
+class GpsdStateTest : public testing::Test {
+protected:
+    GpsdState state{"", {}};
+};
+
+TEST_F(GpsdStateTest, TheFirstDeviceWithAFixCountsUntilItIsSilentForFiveSeconds)
 {
-    GpsdState state("", {});
     EXPECT_FALSE(state.take(fixOf("a", 0, 1), at(0)));
     EXPECT_TRUE(state.take(fixOf("b", 2), at(1)));
     EXPECT_THAT(state.takeChange().latitudeDeg, Optional(2));
@@ -162,9 +167,8 @@ TEST(GpsdState, TheFirstDeviceWithAFixCountsUntilItIsSilentForFiveSeconds)
                 ElementsAre("positions come from b", "positions of b no longer come", "positions come from a"));
 }
 
-TEST(GpsdState, ADeviceThatIsSilentLeavesNothingKnown)
+TEST_F(GpsdStateTest, ADeviceThatIsSilentLeavesNothingKnown)
 {
-    GpsdState state("", {});
     EXPECT_EQ(state.silentAt(), std::nullopt);
     state.take(fixOf("a", 1), at(0));
     EXPECT_THAT(state.silentAt(), Optional(at(5)));
@@ -181,9 +185,8 @@ TEST(GpsdState, ADeviceThatIsSilentLeavesNothingKnown)
     EXPECT_EQ(state.silentAt(), std::nullopt);
 }
 
-TEST(GpsdState, ALostFixIsUnknownAtOnceAndFreesTheDeviceAfterFiveSeconds)
+TEST_F(GpsdStateTest, ALostFixIsUnknownAtOnceAndFreesTheDeviceAfterFiveSeconds)
 {
-    GpsdState state("", {});
     state.take(fixOf("a", 1), at(0));
     static_cast<void>(state.takeChange());
     EXPECT_FALSE(state.take(fixOf("a", 0, 0), at(1)));  // says nothing about a fix
@@ -195,18 +198,16 @@ TEST(GpsdState, ALostFixIsUnknownAtOnceAndFreesTheDeviceAfterFiveSeconds)
     EXPECT_THAT(state.takeChange().latitudeDeg, Optional(5));
 }
 
-TEST(GpsdState, AFixOfTwoDimensionsHasNoAltitude)
+TEST_F(GpsdStateTest, AFixOfTwoDimensionsHasNoAltitude)
 {
-    GpsdState state("", {});
     state.take(fixOf("a", 1, 2), at(0));
     EXPECT_THAT(state.takeChange().altitudeM, Optional(IsNan()));
     state.take(fixOf("a", 1, 3), at(1));
     EXPECT_EQ(state.takeChange().altitudeM, std::nullopt);
 }
 
-TEST(GpsdState, AReceiverAndACompassAreTwoDevices)
+TEST_F(GpsdStateTest, AReceiverAndACompassAreTwoDevices)
 {
-    GpsdState state("", {});
     EXPECT_TRUE(state.take(fixOf("receiver", 1), at(0)));
     EXPECT_TRUE(state.take(attitudeOf("compass", 90), at(0.1)));
     EXPECT_FALSE(state.take(attitudeOf("receiver", 91), at(0.2)));
@@ -215,9 +216,8 @@ TEST(GpsdState, AReceiverAndACompassAreTwoDevices)
     EXPECT_THAT(change.headingDeg, Optional(90));
 }
 
-TEST(GpsdState, ACompassNeedsAVariationAndTheFirstOneStays)
+TEST_F(GpsdStateTest, ACompassNeedsAVariationAndTheFirstOneStays)
 {
-    GpsdState state("", {});
     EXPECT_FALSE(state.take(attitudeOf("compass", {}, 10.0), at(0)));
     EXPECT_THAT(state.takeNews(), ElementsAre(HasSubstr("compass tells a magnetic heading")));
     GpsdReport report = fixOf("receiver", 1);
@@ -257,9 +257,8 @@ TEST(GpsdState, OnlyTheDeviceThatWasAskedForCounts)
     EXPECT_THAT(state.takeNews(), IsEmpty());
 }
 
-TEST(GpsdState, ErrorsAreToldFiveTimes)
+TEST_F(GpsdStateTest, ErrorsAreToldFiveTimes)
 {
-    GpsdState state("", {});
     GpsdReport error;
     error.kind = GpsdReport::Kind::Error;
     error.text = "no such request";

@@ -1,14 +1,14 @@
 // Files of IQ that tests write, and what the source makes of them.
 #pragma once
 
-#include <bit>
-
 #include <values/maps.h>
 #include <values/tree.h>
 #include <values/value.h>
 
 #include "iqtesting.h"
 #include "sources/iq/iqsource.h"
+#include "support/files.h"
+#include "support/problem.h"
 
 namespace IqTesting {
 
@@ -22,15 +22,6 @@ inline unsigned long long microseconds(std::size_t samples, double rateHz)
 }
 
 inline constexpr unsigned long long NewYear = 1'577'934'245'000'000;  // 2020-01-02 03:04:05 UTC
-
-inline QByteArray littleEndian(std::uint64_t number, int bytes)
-{
-    QByteArray out;
-    for (int i = 0; i < bytes; ++i) {
-        out.append(static_cast<char>(number >> (8 * i) & 0xFFU));
-    }
-    return out;
-}
 
 inline QByteArray chunk(const char* tag, const QByteArray& bytes)
 {
@@ -77,26 +68,12 @@ inline Samples steps(std::size_t count, int seed)
     return samples;
 }
 
-inline QByteArray encoded(const Samples& samples, const std::function<QByteArray(double)>& number)
-{
-    QByteArray out;
-    for (const auto& sample : samples) {
-        out += number(sample.real()) + number(sample.imag());
-    }
-    return out;
-}
-
 inline std::function<QByteArray(double)> asInteger(int bytes, int offset = 0)
 {
     return [bytes, offset](double number) {
         const double scaled = number * static_cast<double>(std::uint64_t{1} << (8 * bytes - 1)) + offset;
         return littleEndian(static_cast<std::uint64_t>(static_cast<std::int64_t>(scaled)), bytes);
     };
-}
-
-inline QByteArray asFloat(double number)
-{
-    return littleEndian(std::bit_cast<std::uint32_t>(static_cast<float>(number)), 4);
 }
 
 class IqFiles : public testing::Test {
@@ -116,8 +93,15 @@ protected:
     QString write(const char* name, const QByteArray& bytes)
     {
         const QString path = m_directory.filePath(QString::fromUtf8(name));
-        writeFile(path, bytes);
+        TestSupport::writeBytes(path, bytes);
         m_options.file = path.toStdString();
+        return path;
+    }
+    /// Metadata of SigMF beside "x.sigmf-data" or whatever else they name. @return their file
+    QString describe(const QByteArray& metadata)
+    {
+        QString path = m_directory.filePath("x.sigmf-meta");
+        TestSupport::writeBytes(path, metadata);
         return path;
     }
     std::vector<Spectrum> run()
@@ -142,12 +126,7 @@ protected:
     }
     std::string problem()
     {
-        try {
-            run();
-        } catch (const std::runtime_error& error) {
-            return error.what();
-        }
-        return "no problem";
+        return TestSupport::problemOf([this] { run(); });
     }
 
     QTemporaryDir m_directory;

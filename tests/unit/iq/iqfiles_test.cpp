@@ -100,7 +100,7 @@ TEST_F(IqFiles, CapturesHaveTheirOwnFrequenciesAndTimes)
     const int capture = static_cast<int>(2 * FftSize) * 2;
     write("x.sigmf-data", QByteArray(10, 'h') + bytes.left(capture) + bytes.mid(capture, capture) + QByteArray(7, 'h') +
                               bytes.mid(2 * capture) + "trailing");
-    writeFile(m_directory.filePath("x.sigmf-meta"), R"({"global": {"core:datatype": "ci8",
+    describe(R"({"global": {"core:datatype": "ci8",
         "core:sample_rate": 64000, "core:offset": 1000, "core:trailing_bytes": 8}, "captures": [
         {"core:sample_start": 1000, "core:header_bytes": 10, "core:frequency": 1e6, "core:datetime": "2020-01-02T03:04:05Z"},
         {"core:sample_start": 1128, "core:frequency": 2e6, "core:datetime": "2020-01-02T03:05:05Z"},
@@ -127,9 +127,8 @@ TEST_F(IqFiles, CapturesHaveTheirOwnFrequenciesAndTimes)
 TEST_F(IqFiles, CapturesThatDoNotFitAreTold)
 {
     write("x.sigmf-data", encoded(steps(3 * FftSize, 3), asInteger(1)));
-    const QString metadata = m_directory.filePath("x.sigmf-meta");
     const QByteArray global = R"({"global": {"core:datatype": "ci8", "core:sample_rate": 64000}, "captures": )";
-    writeFile(metadata, global + R"([{"core:sample_start": 64, "core:frequency": 1e6,
+    describe(global + R"([{"core:sample_start": 64, "core:frequency": 1e6,
         "core:datetime": "2020-01-02T03:04:05Z"}, {"core:sample_start": 128, "core:frequency": 2e6,
         "core:datetime": "2020-01-02T03:04:04Z"}, {"core:sample_start": 192, "core:frequency": 3e6}]})");
     const auto spectra = run();
@@ -140,9 +139,9 @@ TEST_F(IqFiles, CapturesThatDoNotFitAreTold)
                                     HasSubstr("capture 3 does not lie whole in the file"),
                                     HasSubstr("capture 2: it begins 1 s before the end of what comes before it")));
     EXPECT_EQ(m_report.bad, 1U);
-    writeFile(metadata, global + R"([{"core:sample_start": 64}, {"core:sample_start": 0}]})");
+    describe(global + R"([{"core:sample_start": 64}, {"core:sample_start": 0}]})");
     EXPECT_THAT(problem(), HasSubstr("lies before that of the one before it"));
-    writeFile(metadata, global + R"([{"core:sample_start": -1}]})");
+    describe(global + R"([{"core:sample_start": -1}]})");
     EXPECT_THAT(problem(), HasSubstr("\"core:sample_start\" must be a whole number, 0 or more"));
 }
 
@@ -150,10 +149,9 @@ TEST_F(IqFiles, AFormatThatIsGivenSaysWhereCapturesLie)
 {
     const Samples samples = steps(4 * FftSize, 3);
     write("x.sigmf-data", encoded(samples, asInteger(2)));
-    const QString metadata = m_directory.filePath("x.sigmf-meta");
     m_options.format = "ci16";
     for (const char* datatype : {R"("core:datatype": "ri16_le",)", R"("core:datatype": "cf32_le",)", ""}) {
-        writeFile(metadata, QByteArray(R"({"global": {)") + datatype + R"("core:sample_rate": 64000}, "captures": [
+        describe(QByteArray(R"({"global": {)") + datatype + R"("core:sample_rate": 64000}, "captures": [
             {"core:frequency": 1e6}, {"core:sample_start": 128, "core:frequency": 2e6}]})");
         const auto spectra = run();
         ASSERT_EQ(spectra.size(), 4U) << datatype;
@@ -165,8 +163,8 @@ TEST_F(IqFiles, AFormatThatIsGivenSaysWhereCapturesLie)
 TEST_F(IqFiles, TheFirstCaptureThatTellsItsTimeTellsThatOfThoseBeforeIt)
 {
     write("x.sigmf-data", encoded(steps(3 * FftSize, 3), asInteger(2)));
-    writeFile(m_directory.filePath("x.sigmf-meta"),
-              R"({"global": {"core:datatype": "ci16_le", "core:sample_rate": 64000}, "captures": [
+    describe(
+        R"({"global": {"core:datatype": "ci16_le", "core:sample_rate": 64000}, "captures": [
         {"core:sample_start": 0, "core:frequency": 1e6}, {"core:sample_start": 64, "core:frequency": 2e6},
         {"core:sample_start": 128, "core:frequency": 3e6, "core:datetime": "2020-01-02T03:04:05Z"}]})");
     const auto spectra = run();
@@ -181,19 +179,18 @@ TEST_F(IqFiles, MetadataMayNameTheirSamples)
 {
     const Samples samples = steps(2 * FftSize, 3);
     write("night.bin", QByteArray(100, 'h') + encoded(samples, asInteger(2)) + "end");
-    const QString metadata = m_directory.filePath("x.sigmf-meta");
     const QByteArray start = R"({"global": {"core:datatype": "ci16_le", "core:sample_rate": 64000, )";
     const QByteArray captures = R"(}, "captures": [{"core:frequency": 1e6, "core:header_bytes": 100}]})";
-    writeFile(metadata, start + R"("core:dataset": "night.bin", "core:trailing_bytes": 3)" + captures);
-    m_options.file = metadata.toStdString();
+    m_options.file =
+        describe(start + R"("core:dataset": "night.bin", "core:trailing_bytes": 3)" + captures).toStdString();
     m_options.startTime = RecStation::parseIsoTime("2020-01-02T03:04:05Z");
     const auto spectra = run();
     ASSERT_EQ(spectra.size(), 2U);
     expectSpectrumOf(spectra[1].cells, samples, FftSize);
     EXPECT_THAT(m_said, IsEmpty());
-    writeFile(metadata, start + R"("core:dataset": "day.bin")" + captures);
+    describe(start + R"("core:dataset": "day.bin")" + captures);
     EXPECT_THAT(problem(), HasSubstr("/day.bin"));
-    writeFile(metadata, start + R"("core:metadata_only": true)" + captures);
+    describe(start + R"("core:metadata_only": true)" + captures);
     EXPECT_THAT(problem(), HasSubstr("it says \"core:metadata_only\", so there are no samples"));
 }
 
@@ -201,8 +198,7 @@ TEST_F(IqFiles, MetadataBesideAWavTellItsCaptures)
 {
     const Samples samples = steps(4 * FftSize, 3);
     write("x.wav", riff(formatChunk(1, 2, 48000, 24) + chunk("data", encoded(samples, asInteger(3)))));
-    writeFile(
-        m_directory.filePath("x.sigmf-meta"),
+    describe(
         R"({"global": {"core:datatype": "ri24_le", "core:sample_rate": 64000, "core:dataset": "x.wav"}, "captures": [
         {"core:header_bytes": 44, "core:frequency": 1e6, "core:datetime": "2020-01-02T03:04:05Z"},
         {"core:sample_start": 128, "core:frequency": 2e6}]})");
@@ -218,8 +214,8 @@ TEST_F(IqFiles, MetadataBesideAWavTellItsCaptures)
 TEST_F(IqFiles, WhatMetadataDoNotTellOfASingleCaptureIsReadFromTheName)
 {
     write("HDSDR_20200102_030405Z_7100kHz_RF.sigmf-data", encoded(steps(FftSize, 3), asInteger(1)));
-    writeFile(m_directory.filePath("HDSDR_20200102_030405Z_7100kHz_RF.sigmf-meta"),
-              R"({"global": {"core:datatype": "ci8", "core:sample_rate": 64000}, "captures": [{}]})");
+    TestSupport::writeBytes(m_directory.filePath("HDSDR_20200102_030405Z_7100kHz_RF.sigmf-meta"),
+                            R"({"global": {"core:datatype": "ci8", "core:sample_rate": 64000}, "captures": [{}]})");
     EXPECT_EQ(run().at(0).time, NewYear);
     EXPECT_EQ(run().at(0).frequencyHz, 7.1e6);
 }
@@ -227,8 +223,8 @@ TEST_F(IqFiles, WhatMetadataDoNotTellOfASingleCaptureIsReadFromTheName)
 TEST_F(IqFiles, ACaptureWithoutAFrequencyBesideOthersWithOneIsNamed)
 {
     write("x.sigmf-data", encoded(steps(4 * FftSize, 3), asInteger(1)));
-    writeFile(m_directory.filePath("x.sigmf-meta"),
-              R"({"global": {"core:datatype": "ci8", "core:sample_rate": 64000}, "captures": [
+    describe(
+        R"({"global": {"core:datatype": "ci8", "core:sample_rate": 64000}, "captures": [
         {"core:frequency": 1e6}, {"core:sample_start": 64}]})");
     EXPECT_THAT(problem(), HasSubstr("capture 2 tells no centre frequency, and others do: add core:frequency in"));
     m_options.centreHz = 1e6;
@@ -241,14 +237,15 @@ TEST_F(IqFiles, WhatIsPackedOrSoundIsNotReadAsSamples)
     m_options.rateHz = 48000;
     m_options.centreHz = 7.1e6;
     const QByteArray rest(1000, '\0');
-    write("x.gz", "\x1F\x8B\x08" + rest);
-    EXPECT_THAT(problem(), HasSubstr("x.gz is packed by gzip: unpack it first"));
-    write("x.cs16", "\x28\xB5\x2F\xFD" + rest);
-    EXPECT_THAT(problem(), HasSubstr("is packed by Zstandard"));
-    write("x.cs16", "riff\x2E\x91\xCF\x11" + rest);
-    EXPECT_THAT(problem(), HasSubstr("is Wave64: make a file of WAV or RF64 of it first"));
-    write("x.sigmf", rest);
-    EXPECT_THAT(problem(), HasSubstr("is a SigMF archive: unpack it with tar"));
+    const std::tuple<const char*, QByteArray, const char*> files[] = {
+        {"x.gz", "\x1F\x8B\x08" + rest, "x.gz is packed by gzip: unpack it first"},
+        {"x.cs16", "\x28\xB5\x2F\xFD" + rest, "is packed by Zstandard"},
+        {"x.cs16", "riff\x2E\x91\xCF\x11" + rest, "is Wave64: make a file of WAV or RF64 of it first"},
+        {"x.sigmf", rest, "is a SigMF archive: unpack it with tar"}};
+    for (const auto& [name, bytes, told] : files) {
+        write(name, bytes);
+        EXPECT_THAT(problem(), HasSubstr(told));
+    }
     EXPECT_EQ(RecStation::whyNoSamples("RIFF\1\1\1\1WAVE"), "is WAV, which can only be read from a file: name that");
     for (const char* samples : {"", "RIFF", "RIFF\1\1\1\1WAVY", "PK"}) {
         EXPECT_EQ(RecStation::whyNoSamples(samples), "") << samples;

@@ -1,7 +1,8 @@
 // What an IQ input is taken for: options, and what is refused of them.
-#include "sources/iq/iqsource.h"
 #include "input/timetext.h"
-#include "iqtesting.h"
+#include "sources/iq/iqsource.h"
+#include "support/files.h"
+#include "support/problem.h"
 
 namespace {
 
@@ -12,27 +13,13 @@ class Plan : public testing::Test {
 protected:
     Plan()
     {
-        m_options.file = create("samples.bin");
+        const QString path = m_directory.filePath("samples.bin");
+        TestSupport::writeBytes(path, QByteArray(64, '\x7f'));
+        m_options.file = path.toStdString();
         m_options.format = "cu8";
         m_options.rateHz = 2e6;
         m_options.centreHz = 1090e6;
         m_options.startTime = RecStation::parseIsoTime("2026-11-21T08:30:00Z");
-    }
-    std::string create(const char* name, const QByteArray& bytes = QByteArray(64, '\x7f'))
-    {
-        const QString path = m_directory.filePath(QString::fromLatin1(name));
-        IqTesting::writeFile(path, bytes);
-        return path.toStdString();
-    }
-    // What is said about the options.
-    [[nodiscard]] std::string problem() const
-    {
-        try {
-            makeIqPlan(m_options);
-        } catch (const std::runtime_error& error) {
-            return error.what();
-        }
-        return "no problem";
     }
     QTemporaryDir m_directory;
     IqOptions m_options;
@@ -55,7 +42,7 @@ TEST_F(Plan, NumbersOutOfRangeAreReported)
     const auto check = [this](auto change, const char* expected) {
         const IqOptions good = m_options;
         change(m_options);
-        EXPECT_THAT(problem(), HasSubstr(expected));
+        EXPECT_THAT(TestSupport::problemOf([this] { makeIqPlan(m_options); }), HasSubstr(expected));
         m_options = good;
     };
     check([](IqOptions& o) { o.rateHz = 0; }, "sample rate must be");

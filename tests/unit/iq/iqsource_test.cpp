@@ -6,6 +6,8 @@
 #include "input/timetext.h"
 #include "iqtesting.h"
 #include "sources/iq/iqsource.h"
+#include "support/files.h"
+#include "support/problem.h"
 
 namespace {
 
@@ -13,6 +15,11 @@ using RecStation::IqOptions;
 using RecStation::Source;
 using namespace testing;
 using LevelMap = values::FastValueMap<float, values::levelHandler>;
+
+QByteArray asFloats(const IqTesting::Samples& samples)
+{
+    return IqTesting::encoded(samples, IqTesting::asFloat);
+}
 
 constexpr std::size_t spectrumSize = 1024;
 constexpr unsigned long long start = 1'795'249'800'000'000;  // 2026-11-21 08:30:00 UTC
@@ -32,20 +39,11 @@ protected:
     void prepare(const QByteArray& bytes)
     {
         const QString path = m_directory.filePath("capture one.bin");
-        IqTesting::writeFile(path, bytes);
+        TestSupport::writeBytes(path, bytes);
         m_options.file = path.toStdString();
         m_source = RecStation::makeIqSource(
             m_options, [this](const QString& sentence) { m_reports.push_back(sentence.toStdString()); });
         m_source->prepare();
-    }
-    std::string problem(const QByteArray& bytes)
-    {
-        try {
-            prepare(bytes);
-        } catch (const std::runtime_error& error) {
-            return error.what();
-        }
-        return "no problem";
     }
     // Runs to the end and gives the times of the steps.
     std::vector<unsigned long long> run()
@@ -80,7 +78,7 @@ TEST_F(IqSource, AToneComesOutAtItsFrequencyAndLevelInEveryFormat)
 {
     using Encode = QByteArray (*)(const IqTesting::Samples&);
     const std::pair<const char*, Encode> formats[] = {
-        {"cu8", IqTesting::asUnsignedBytes}, {"ci16_le", IqTesting::asSignedShorts}, {"cf32_le", IqTesting::asFloats}};
+        {"cu8", IqTesting::asUnsignedBytes}, {"ci16_le", IqTesting::asSignedShorts}, {"cf32_le", asFloats}};
     for (const auto& [name, encode] : formats) {
         for (const double channel : {-400.0, -37.25, 0.5, 12.0, 300.75, 510.5}) {
             m_options.format = name;
@@ -103,7 +101,7 @@ TEST_F(IqSource, ASpectrumsTimeIsThatOfItsFirstSample)
     m_options.rateHz = 3e6;
     m_options.average = 2;
     m_options.overlapPercent = 50;
-    prepare(IqTesting::asFloats(IqTesting::noise(4096, 1e-3)));
+    prepare(asFloats(IqTesting::noise(4096, 1e-3)));
     // Spectra begin every 1,024 samples; 341.33 microseconds.
     EXPECT_THAT(run(), ElementsAre(start, start + 341, start + 683));
     EXPECT_EQ(rfSpectrum().GetTimeStamp(), start + 683);
@@ -112,7 +110,7 @@ TEST_F(IqSource, ASpectrumsTimeIsThatOfItsFirstSample)
 
 TEST_F(IqSource, TheTimeIsTheSameHoweverOftenItIsAsked)
 {
-    prepare(IqTesting::asFloats(IqTesting::noise(2048, 1e-3)));
+    prepare(asFloats(IqTesting::noise(2048, 1e-3)));
     EXPECT_EQ(m_source->nextTime(), start);
     EXPECT_EQ(m_source->nextTime(), start);
     m_source->step();
@@ -122,7 +120,7 @@ TEST_F(IqSource, TheTimeIsTheSameHoweverOftenItIsAsked)
 TEST_F(IqSource, TheLevelOfNoiseIsItsPower)
 {
     m_options.average = 100;
-    prepare(IqTesting::asFloats(IqTesting::noise(100 * spectrumSize, 1e-5)));
+    prepare(asFloats(IqTesting::noise(100 * spectrumSize, 1e-5)));
     run();
     EXPECT_NEAR(number("/LEVEL"), -50, 0.1);
     double sum = 0;
@@ -139,7 +137,7 @@ TEST_F(IqSource, TheSpectrumIsShownBeforeTheLevel)
         void Update(void* subject, TChangeCode /*code*/) override { subjects.push_back(subject); }
         std::vector<void*> subjects;
     } order;
-    prepare(IqTesting::asFloats(IqTesting::noise(1024, 1e-3)));
+    prepare(asFloats(IqTesting::noise(1024, 1e-3)));
     values::ValueBase* spectrum = m_tree.Find("/Devices/Rx1/Scn/RfSpectrum");
     values::ValueBase* level = m_tree.Find("/LEVEL");
     spectrum->AddObserver(&order);
@@ -156,7 +154,7 @@ TEST_F(IqSource, SpectraWithSamplesThatAreNoNumbersAreLeftOutAndReportedOnceARun
     samples[spectrumSize + 5] = {std::nan(""), 0};
     samples[2 * spectrumSize] = {0, std::numeric_limits<double>::infinity()};
     samples[5 * spectrumSize + 1023] = {0, std::nan("")};
-    prepare(IqTesting::asFloats(samples));
+    prepare(asFloats(samples));
     EXPECT_THAT(run(), ElementsAre(start, start + 3 * spectrumSize, start + 4 * spectrumSize));
     EXPECT_THAT(m_reports, ElementsAre(testing::AllOf(HasSubstr("from sample 1024 on"), HasSubstr(": 2")),
                                        testing::AllOf(HasSubstr("from sample 5120 on"), HasSubstr(": 1"))));
@@ -168,7 +166,8 @@ TEST_F(IqSource, APathThatAnotherKindOfValueHoldsIsAnError)
 {
     values::ValuePtr<values::Value<bool>> other;
     other.Attach("/LEVEL");
-    EXPECT_THAT(problem(IqTesting::asFloats(IqTesting::noise(1024, 1e-3))), HasSubstr("/LEVEL"));
+    EXPECT_THAT(TestSupport::problemOf([this] { prepare(asFloats(IqTesting::noise(1024, 1e-3))); }),
+                HasSubstr("/LEVEL"));
 }
 
 constexpr std::size_t binCount = 1024;

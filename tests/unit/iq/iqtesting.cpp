@@ -11,24 +11,6 @@ namespace {
 
 constexpr double twoPi = 2 * std::numbers::pi;
 
-void append(QByteArray& bytes, std::uint32_t number, int count)
-{
-    for (int i = 0; i < count; ++i) {
-        bytes.append(static_cast<char>(number >> (8 * i) & 0xFFU));
-    }
-}
-
-template <typename Encode>
-QByteArray encode(const Samples& samples, Encode number)
-{
-    QByteArray bytes;
-    for (const std::complex<double>& sample : samples) {
-        number(bytes, sample.real());
-        number(bytes, sample.imag());
-    }
-    return bytes;
-}
-
 Samples windowed(const Samples& samples, std::size_t first, std::size_t size, const std::vector<double>& terms)
 {
     Samples out(size);
@@ -83,25 +65,41 @@ Samples noise(std::size_t count, double power, std::uint32_t seed)
     return samples;
 }
 
+QByteArray littleEndian(std::uint64_t number, int bytes)
+{
+    QByteArray out;
+    for (int i = 0; i < bytes; ++i) {
+        out.append(static_cast<char>(number >> (8 * i) & 0xFFU));
+    }
+    return out;
+}
+
+QByteArray encoded(const Samples& samples, const std::function<QByteArray(double)>& number)
+{
+    QByteArray out;
+    for (const std::complex<double>& sample : samples) {
+        out += number(sample.real()) + number(sample.imag());
+    }
+    return out;
+}
+
+QByteArray asFloat(double number)
+{
+    return littleEndian(std::bit_cast<std::uint32_t>(static_cast<float>(number)), 4);
+}
+
 QByteArray asUnsignedBytes(const Samples& samples)
 {
-    return encode(samples, [](QByteArray& bytes, double number) {
-        append(bytes, static_cast<std::uint32_t>(std::clamp(std::round(number * 127.5 + 127.5), 0.0, 255.0)), 1);
+    return encoded(samples, [](double number) {
+        return littleEndian(static_cast<std::uint64_t>(std::clamp(std::round(number * 127.5 + 127.5), 0.0, 255.0)), 1);
     });
 }
 
 QByteArray asSignedShorts(const Samples& samples)
 {
-    return encode(samples, [](QByteArray& bytes, double number) {
+    return encoded(samples, [](double number) {
         const double scaled = std::clamp(std::round(number * 32768), -32768.0, 32767.0);
-        append(bytes, static_cast<std::uint32_t>(static_cast<std::int32_t>(scaled)), 2);
-    });
-}
-
-QByteArray asFloats(const Samples& samples)
-{
-    return encode(samples, [](QByteArray& bytes, double number) {
-        append(bytes, std::bit_cast<std::uint32_t>(static_cast<float>(number)), 4);
+        return littleEndian(static_cast<std::uint64_t>(static_cast<std::int64_t>(scaled)), 2);
     });
 }
 
@@ -146,14 +144,6 @@ double meanLevelDb(const Samples& samples, std::size_t first, std::size_t count)
         sum += std::norm(samples.at(n));
     }
     return 10 * std::log10(sum / static_cast<double>(count));
-}
-
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush()) {
-        throw std::runtime_error("cannot write " + path.toStdString());
-    }
 }
 
 QString testDataPath(const QString& name)

@@ -20,7 +20,11 @@ Samples noise(std::size_t count, double power, std::uint32_t seed = 1);
 // Samples as files hold them; full scale is 1, what lies beyond is cut.
 QByteArray asUnsignedBytes(const Samples& samples);
 QByteArray asSignedShorts(const Samples& samples);
-QByteArray asFloats(const Samples& samples);
+
+QByteArray littleEndian(std::uint64_t number, int bytes);
+QByteArray asFloat(double number);
+/// Samples in any format of which a function gives the bytes of a number.
+QByteArray encoded(const Samples& samples, const std::function<QByteArray(double)>& number);
 
 /// Unsigned bytes as samples.
 Samples fromUnsignedBytes(const QByteArray& bytes);
@@ -34,7 +38,6 @@ const std::vector<double>& flatTopTerms();
 /// Mean power of samples in dB.
 double meanLevelDb(const Samples& samples, std::size_t first, std::size_t count);
 
-void writeFile(const QString& path, const QByteArray& bytes);
 /// A file of the directory with real captures; it need not exist.
 QString testDataPath(const QString& name);
 

@@ -24,36 +24,26 @@ TEST(SampleFormat, UnsignedBytesAreCentredBetweenTheTwoMiddleNumbers)
     EXPECT_DOUBLE_EQ(samples.at(1).imag(), 0.5 / 127.5);
 }
 
-TEST(SampleFormat, SignedShortsAreLittleEndian)
+TEST(SampleFormat, NumbersOfEveryWidthAndByteOrderAreScaledToFullScaleAndFloatsTakenAsTheyStand)
 {
-    const auto samples = decode(SampleFormat::SignedShortLe, {0x00, 0x40, 0x00, 0x80, 0x01, 0x00, 0xFF, 0xFF});
-    EXPECT_EQ(samples.at(0), std::complex(0.5, -1.0));
-    EXPECT_EQ(samples.at(1), std::complex(1.0 / 32768, -1.0 / 32768));
-}
-
-TEST(SampleFormat, FloatsAreLittleEndianAndTakenAsTheyStand)
-{
-    const auto samples = decode(SampleFormat::FloatLe, {0x00, 0x00, 0xC0, 0x3F, 0x00, 0x00, 0x20, 0xC1});
-    EXPECT_EQ(samples.at(0), std::complex(1.5, -10.0));
-}
-
-TEST(SampleFormat, NumbersOfEveryWidthAndByteOrderAreScaledToFullScale)
-{
-    using Bytes = std::vector<unsigned char>;
-    const std::pair<SampleFormat, Bytes> cases[] = {
-        {SampleFormat::UnsignedShortLe, {0xFF, 0xFF, 0x00, 0x00}},
-        {SampleFormat::UnsignedShortBe, {0xFF, 0xFF, 0x00, 0x00}},
-        {SampleFormat::SignedLongLe, {0x00, 0x00, 0x00, 0x40, 0x00, 0x00, 0x00, 0x80}},
-        {SampleFormat::SignedLongBe, {0x40, 0x00, 0x00, 0x00, 0x80, 0x00, 0x00, 0x00}},
-        {SampleFormat::SignedShortBe, {0x40, 0x00, 0x80, 0x00}},
-        {SampleFormat::FloatBe, {0x3F, 0x00, 0x00, 0x00, 0xBF, 0x80, 0x00, 0x00}},
-        {SampleFormat::DoubleLe, {0, 0, 0, 0, 0, 0, 0xE0, 0x3F, 0, 0, 0, 0, 0, 0, 0xF0, 0xBF}},
-        {SampleFormat::DoubleBe, {0x3F, 0xE0, 0, 0, 0, 0, 0, 0, 0xBF, 0xF0, 0, 0, 0, 0, 0, 0}}};
-    for (const auto& [format, bytes] : cases) {
-        const bool isUnsigned = format == SampleFormat::UnsignedShortLe || format == SampleFormat::UnsignedShortBe;
-        const auto samples = decode(format, bytes);
-        ASSERT_EQ(samples.size(), 1U) << RecStation::sampleFormatName(format);
-        EXPECT_EQ(samples.at(0), std::complex(isUnsigned ? 1.0 : 0.5, -1.0)) << RecStation::sampleFormatName(format);
+    const struct {
+        SampleFormat format;
+        std::vector<unsigned char> bytes;
+        std::vector<std::complex<double>> samples;
+    } cases[] = {{SampleFormat::SignedShortLe,
+                  {0x00, 0x40, 0x00, 0x80, 0x01, 0x00, 0xFF, 0xFF},
+                  {{0.5, -1}, {1.0 / 32768, -1.0 / 32768}}},
+                 {SampleFormat::SignedShortBe, {0x40, 0x00, 0x80, 0x00}, {{0.5, -1}}},
+                 {SampleFormat::UnsignedShortLe, {0xFF, 0xFF, 0x00, 0x00}, {{1, -1}}},
+                 {SampleFormat::UnsignedShortBe, {0xFF, 0xFF, 0x00, 0x00}, {{1, -1}}},
+                 {SampleFormat::SignedLongLe, {0x00, 0x00, 0x00, 0x40, 0x00, 0x00, 0x00, 0x80}, {{0.5, -1}}},
+                 {SampleFormat::SignedLongBe, {0x40, 0x00, 0x00, 0x00, 0x80, 0x00, 0x00, 0x00}, {{0.5, -1}}},
+                 {SampleFormat::FloatLe, {0x00, 0x00, 0xC0, 0x3F, 0x00, 0x00, 0x20, 0xC1}, {{1.5, -10}}},
+                 {SampleFormat::FloatBe, {0x3F, 0x00, 0x00, 0x00, 0xBF, 0x80, 0x00, 0x00}, {{0.5, -1}}},
+                 {SampleFormat::DoubleLe, {0, 0, 0, 0, 0, 0, 0xE0, 0x3F, 0, 0, 0, 0, 0, 0, 0xF0, 0xBF}, {{0.5, -1}}},
+                 {SampleFormat::DoubleBe, {0x3F, 0xE0, 0, 0, 0, 0, 0, 0, 0xBF, 0xF0, 0, 0, 0, 0, 0, 0}, {{0.5, -1}}}};
+    for (const auto& [format, bytes, samples] : cases) {
+        EXPECT_EQ(decode(format, bytes), samples) << RecStation::sampleFormatName(format);
     }
     EXPECT_DOUBLE_EQ(decode(SampleFormat::UnsignedShortBe, {0x80, 0x00, 0x7F, 0xFF}).at(0).real(), 0.5 / 32767.5);
 }
@@ -81,8 +71,6 @@ TEST(SampleFormat, EveryNameLeadsBackToItsFormat)
     }
 }
 
-using testing::ElementsAre;
-
 // Samples whose real parts, as bytes, are 0, 1, 2, ...
 std::string numbered(int count)
 {
@@ -103,33 +91,28 @@ std::vector<int> numbers(std::span<const std::complex<double>> segment)
     return out;
 }
 
-TEST(SegmentReader, SegmentsFollowEachOther)
+TEST(SegmentReader, SegmentsFollowEachOtherOrShareSamplesHoweverTheBytesArrive)
 {
-    SegmentReader reader(TestSupport::textInput(numbered(6), 100), SampleFormat::UnsignedByte, 3, 3);
-    EXPECT_THAT(numbers(reader.next()), ElementsAre(0, 1, 2));
-    EXPECT_THAT(numbers(reader.next()), ElementsAre(3, 4, 5));
-    EXPECT_TRUE(reader.next().empty());
-    EXPECT_EQ(reader.samplesRead(), 6U);
-}
-
-TEST(SegmentReader, OverlappingSegmentsShareTheirSamples)
-{
-    SegmentReader reader(TestSupport::textInput(numbered(7), 100), SampleFormat::UnsignedByte, 4, 1);
-    EXPECT_THAT(numbers(reader.next()), ElementsAre(0, 1, 2, 3));
-    EXPECT_THAT(numbers(reader.next()), ElementsAre(1, 2, 3, 4));
-    EXPECT_THAT(numbers(reader.next()), ElementsAre(2, 3, 4, 5));
-    EXPECT_THAT(numbers(reader.next()), ElementsAre(3, 4, 5, 6));
-    EXPECT_TRUE(reader.next().empty());
-}
-
-TEST(SegmentReader, AnInputThatGivesOneByteAtATimeIsWaitedFor)
-{
-    SegmentReader reader(TestSupport::textInput(numbered(5), 1), SampleFormat::UnsignedByte, 2, 2);
-    EXPECT_THAT(numbers(reader.next()), ElementsAre(0, 1));
-    EXPECT_THAT(numbers(reader.next()), ElementsAre(2, 3));
-    EXPECT_TRUE(reader.next().empty());
-    EXPECT_EQ(reader.samplesRead(), 5U);
-    EXPECT_EQ(reader.bytesLeftOver(), 0U);
+    const struct {
+        int samples;
+        std::size_t pieceBytes;
+        std::size_t size;
+        std::size_t advance;
+        std::vector<std::vector<int>> segments;
+    } cases[] = {{6, 100, 3, 3, {{0, 1, 2}, {3, 4, 5}}},
+                 {7, 100, 4, 1, {{0, 1, 2, 3}, {1, 2, 3, 4}, {2, 3, 4, 5}, {3, 4, 5, 6}}},
+                 {5, 1, 2, 2, {{0, 1}, {2, 3}}}};
+    for (const auto& [samples, pieceBytes, size, advance, segments] : cases) {
+        SCOPED_TRACE(samples);
+        SegmentReader reader(TestSupport::textInput(numbered(samples), pieceBytes), SampleFormat::UnsignedByte, size,
+                             advance);
+        for (const std::vector<int>& segment : segments) {
+            EXPECT_EQ(numbers(reader.next()), segment);
+        }
+        EXPECT_TRUE(reader.next().empty());
+        EXPECT_EQ(reader.samplesRead(), static_cast<std::uint64_t>(samples));
+        EXPECT_EQ(reader.bytesLeftOver(), 0U);
+    }
 }
 
 TEST(SegmentReader, BytesThatAreNoWholeSampleAreCounted)

@@ -132,27 +132,27 @@ TEST_F(IqFiles, OtherChunksAndRatesOfAWavDoNotMatter)
 TEST_F(IqFiles, WhatIsNoIqInAWavIsRefused)
 {
     const QByteArray data = chunk("data", encoded(steps(FftSize, 0), asInteger(2)));
-    write("x_7100kHz.wav", riff(formatChunk(1, 1, 48000, 16) + data));
-    EXPECT_THAT(problem(), HasSubstr("x_7100kHz.wav has 1 channel; samples of IQ are WAV of two, I and Q"));
-    write("x_7100kHz.wav", riff(formatChunk(1, 2, 48000, 16) + data));
+    const QByteArray format = formatChunk(1, 2, 48000, 16);
+    const std::pair<QByteArray, const char*> files[] = {
+        {riff(formatChunk(1, 1, 48000, 16) + data),
+         "x_7100kHz.wav has 1 channel; samples of IQ are WAV of two, I and Q"},
+        {"rubbish", "is no WAV file"},
+        {"", "is no WAV file"},
+        {riff(""), "cannot be read as WAV: it has no chunk \"fmt \""},
+        {riff(format), "cannot be read as WAV: it has no chunk \"data\""},
+        {riff(format + chunk("data", "")), "holds no samples"},
+        {riff(formatChunk(2, 2, 48000, 4) + data), "x_7100kHz.wav"}};
+    for (const auto& [bytes, told] : files) {
+        write("x_7100kHz.wav", bytes);
+        EXPECT_THAT(problem(), HasSubstr(told));
+    }
+    write("x_7100kHz.wav", riff(format + data));
     m_options.format = "ci16_le";
     EXPECT_THAT(problem(), HasSubstr("x_7100kHz.wav is a WAV file, which tells its own format: leave out --format"));
-    write("x.bin", riff(formatChunk(1, 2, 48000, 16) + data));
+    write("x.bin", riff(format + data));
     EXPECT_THAT(problem(), HasSubstr("x.bin is a WAV file"));
     m_options.format = "";
     EXPECT_THAT(problem(), HasSubstr("the centre frequency is not known: give --centre"));
-    write("x_7100kHz.wav", "rubbish");
-    EXPECT_THAT(problem(), HasSubstr("is no WAV file"));
-    write("x_7100kHz.wav", "");
-    EXPECT_THAT(problem(), HasSubstr("is no WAV file"));
-    write("x_7100kHz.wav", riff(""));
-    EXPECT_THAT(problem(), HasSubstr("cannot be read as WAV: it has no chunk \"fmt \""));
-    write("x_7100kHz.wav", riff(formatChunk(1, 2, 48000, 16)));
-    EXPECT_THAT(problem(), HasSubstr("cannot be read as WAV: it has no chunk \"data\""));
-    write("x_7100kHz.wav", riff(formatChunk(1, 2, 48000, 16) + chunk("data", "")));
-    EXPECT_THAT(problem(), HasSubstr("holds no samples"));
-    write("x_7100kHz.wav", riff(formatChunk(2, 2, 48000, 4) + data));
-    EXPECT_THAT(problem(), HasSubstr("x_7100kHz.wav"));
 }
 
 TEST_F(IqFiles, AnyHeaderEndsInAnAnswer)

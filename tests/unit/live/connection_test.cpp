@@ -6,6 +6,7 @@
 #include <system/stopsignal.h>
 
 #include "live/lines.h"
+#include "support/loopback.h"
 #include "testpeer.h"
 
 namespace RecStation {
@@ -73,11 +74,7 @@ TEST_F(ConnectionTest, ADeadlineEndsTheWaitForASilentPeer)
 
 TEST_F(ConnectionTest, APortWhereNobodyListensIsRefusedAndANameThatThereIsNotIsTold)
 {
-    std::uint16_t port = 0;
-    {
-        const TestPeer gone([](const TestClient&) {});
-        port = gone.port();
-    }
+    const std::uint16_t port = TestSupport::freePort();
     Connection connection;
     EXPECT_THAT(
         [&] {

@@ -6,6 +6,7 @@
 #include <system/stopsignal.h>
 
 #include "live/lines.h"
+#include "support/loopback.h"
 #include "testpeer.h"
 
 namespace RecStation {
@@ -97,11 +98,7 @@ TEST_F(PeerSourceTest, OneThatHangsUpAtOnceIsTriedLaterAndLater)
 
 TEST_F(PeerSourceTest, APeerThatIsNotThereAtTheStartIsToldOnceAndRecordedWhenItComes)
 {
-    std::uint16_t port = 0;
-    {
-        const TestPeer gone([](const TestClient&) {});
-        port = gone.port();
-    }
+    const std::uint16_t port = TestSupport::freePort();
     NumberSource source({"127.0.0.1", port}, forRun());
     std::unique_ptr<TestPeer> peer;
     std::thread later([&] {

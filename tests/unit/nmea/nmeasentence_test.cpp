@@ -1,8 +1,9 @@
 // NMEA sentences: their line ends, their frame, and the day of their times.
 #include "sources/nmea/nmeasentence.h"
-#include "sources/nmea/nmealog.h"
 #include "sources/nmea/nmeaclock.h"
+#include "sources/nmea/nmealog.h"
 #include "support/testing.h"
+#include "support/textinput.h"
 
 namespace RecStation {
 namespace {
@@ -42,13 +43,7 @@ TEST(NmeaSentence, AChecksumMayBeMissingAndInSmallLetters)
 
 std::string readInPieces(const std::string& text, std::size_t piece)
 {
-    std::size_t given = 0;
-    const ByteInput input = withLineFeeds([&](char* buffer, std::size_t size) {
-        const std::size_t count = std::min({piece, size, text.size() - given});
-        std::copy_n(text.data() + given, count, buffer);
-        given += count;
-        return count;
-    });
+    const ByteInput input = withLineFeeds(TestSupport::textInput(text, piece));
     std::string out;
     char buffer[8];
     for (std::size_t count = input(buffer, sizeof buffer); count > 0; count = input(buffer, sizeof buffer)) {

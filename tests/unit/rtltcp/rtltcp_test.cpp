@@ -3,12 +3,13 @@
 #include <values/tree.h>
 #include <values/value.h>
 
-#include "program.h"
 #include "input/badlines.h"
 #include "iqspectra/receiver.h"
 #include "iqtesting.h"
+#include "program.h"
 #include "rtltcpserver.h"
 #include "sources/rtltcp/rtltcpreceiver.h"
+#include "support/problem.h"
 
 namespace {
 
@@ -51,6 +52,12 @@ protected:
             m_source->step();
         }
     }
+    void stepToGap()
+    {
+        while (!std::isnan(levelAt(100.25e6))) {
+            step(1);
+        }
+    }
     [[nodiscard]] const ReceivedLevels& spectrum() const
     {
         return dynamic_cast<const ReceivedLevels&>(*m_tree.Find("/Devices/Rx1/Scn/RfSpectrum"));
@@ -73,12 +80,7 @@ protected:
     }
     std::string problem()
     {
-        try {
-            prepare();
-        } catch (const RecStation::UsageError& error) {
-            return error.what();
-        }
-        return "no problem";
+        return TestSupport::problemOf<RecStation::UsageError>([this] { prepare(); });
     }
 
     values::Tree m_tree;
@@ -165,9 +167,7 @@ TEST_F(RtlTcp, ALostServerLeavesAGapAndIsTriedAgain)
     step(2);
     const std::uint16_t port = m_server->port();
     m_server.reset();
-    while (!std::isnan(levelAt(100.25e6))) {
-        step(1);
-    }
+    stepToGap();
     EXPECT_TRUE(std::isnan(number("/LEVEL")));
     EXPECT_EQ(number("/FREQUENCY"), 100e6);
     m_server = std::make_unique<Server>(Air{.tonesHz = {100.25e6}, .pace = 8}, port);
@@ -176,9 +176,7 @@ TEST_F(RtlTcp, ALostServerLeavesAGapAndIsTriedAgain)
     EXPECT_EQ(m_source->report().reconnects, 1U);
     EXPECT_THAT(m_said, ElementsAre(HasSubstr("connection lost: "), HasSubstr("connected again")));
     m_server->dropClient();
-    while (!std::isnan(levelAt(100.25e6))) {
-        step(1);
-    }
+    stepToGap();
     step(1);
     EXPECT_EQ(m_source->report().reconnects, 2U);
     EXPECT_EQ(m_server->clients(), 2);
@@ -223,12 +221,7 @@ TEST(Hops, BandsThatOverlapAreCutInTheMiddle)
     EXPECT_EQ(layout.channels, values::ChannelRange::Even(100e6, 2000, 1500));
     EXPECT_EQ(layout.lowHz, 100e6);
     EXPECT_EQ(layout.highHz, 103e6);
-    EXPECT_EQ(layout.parts[1].firstChannel, 0U);
-    EXPECT_EQ(layout.parts[1].firstBin, 0U);
-    EXPECT_EQ(layout.parts[1].bins, 750U);
-    EXPECT_EQ(layout.parts[0].firstChannel, 750U);
-    EXPECT_EQ(layout.parts[0].firstBin, 250U);
-    EXPECT_EQ(layout.parts[0].bins, 750U);
+    EXPECT_THAT(layout.parts, ElementsAre(FieldsAre(750U, 250U, 750U), FieldsAre(0U, 0U, 750U)));
 }
 
 TEST(Hops, BandsThatDoNotJoinOrFallOnNoGridMakeAListOfChannels)
@@ -243,12 +236,18 @@ TEST(Hops, BandsThatDoNotJoinOrFallOnNoGridMakeAListOfChannels)
     EXPECT_TRUE(std::is_sorted(offGrid.channels.channelsHz.begin(), offGrid.channels.channelsHz.end()));
 }
 
-TEST(SampleWatch, FewerSamplesThanTheRatePromisesAreMissing)
-{
-    using std::chrono::seconds;
+class SampleWatchTest : public testing::Test {
+protected:
+    using seconds = std::chrono::seconds;
+
+    SampleWatchTest() { watch.begin(start); }
+
     const SampleWatch::Time start;
-    SampleWatch watch(1000);
-    watch.begin(start);
+    SampleWatch watch{1000};
+};
+
+TEST_F(SampleWatchTest, FewerSamplesThanTheRatePromisesAreMissing)
+{
     const auto after = [&](int second, std::uint64_t samples) {
         watch.add(samples);
         return watch.missing(start + seconds(second));
@@ -262,12 +261,8 @@ TEST(SampleWatch, FewerSamplesThanTheRatePromisesAreMissing)
     EXPECT_EQ(after(40, 10'000), std::nullopt) << "none more";
 }
 
-TEST(SampleWatch, SamplesThatComeLateAreNotMissing)
+TEST_F(SampleWatchTest, SamplesThatComeLateAreNotMissing)
 {
-    using std::chrono::seconds;
-    const SampleWatch::Time start;
-    SampleWatch watch(1000);
-    watch.begin(start);
     std::uint64_t told = 0;
     for (int second = 1; second <= 100; ++second) {
         const bool stuck = second % 10 == 9 || second % 10 == 0;  // at the end of all ten seconds
@@ -278,12 +273,8 @@ TEST(SampleWatch, SamplesThatComeLateAreNotMissing)
 }
 
 // As a receiver that does not have the rate, and keeps another one.
-TEST(SampleWatch, MoreSamplesThanTheRatePromisesAreAnotherRate)
+TEST_F(SampleWatchTest, MoreSamplesThanTheRatePromisesAreAnotherRate)
 {
-    using std::chrono::seconds;
-    const SampleWatch::Time start;
-    SampleWatch watch(1000);
-    watch.begin(start);
     watch.add(10'000);
     EXPECT_EQ(watch.higherRate(start + seconds(5)), std::nullopt) << "too early to say";
     EXPECT_EQ(watch.higherRate(start + seconds(10)), std::nullopt);

@@ -8,6 +8,7 @@
 #include <system/stopsignal.h>
 
 #include "support/files.h"
+#include "support/problem.h"
 
 namespace RecStation {
 namespace {
@@ -54,14 +55,16 @@ protected:
         return turns / (2 * std::numbers::pi) / static_cast<double>(samples.size() - 1) * RateHz;
     }
 
+    [[nodiscard]] std::unique_ptr<IqReceiver> tuned() const
+    {
+        auto receiver = makeSoapyReceiver(args());
+        receiver->open(m_options);
+        static_cast<void>(receiver->tune(100e6));
+        return receiver;
+    }
     static std::string whyNot(const std::function<void()>& work)
     {
-        try {
-            work();
-        } catch (const ConnectionError& error) {
-            return error.what();
-        }
-        return "it works";
+        return TestSupport::problemOf<ConnectionError>(work);
     }
 
     QTemporaryDir m_folder;
@@ -84,9 +87,7 @@ TEST_F(SoapyReceiverTest, GivesTheSamplesOfTheFrequencyThatItIsTunedTo)
 
 TEST_F(SoapyReceiverTest, CountsWhatTheDriverLost)
 {
-    const auto receiver = makeSoapyReceiver(args());
-    receiver->open(m_options);
-    static_cast<void>(receiver->tune(100e6));
+    const auto receiver = tuned();
     wish("overflow 1");
     EXPECT_TRUE(read(*receiver, 100).empty());
     EXPECT_EQ(read(*receiver, 100).size(), 100U);
@@ -116,27 +117,20 @@ TEST_F(SoapyReceiverTest, IsOpenedAgainAfterTheDeviceWasGone)
     EXPECT_EQ(read(*receiver, 100).size(), 100U);
 }
 
-TEST_F(SoapyReceiverTest, ARateThatTheReceiverDoesNotTakeIsTold)
+TEST_F(SoapyReceiverTest, ARateAndAFrequencyThatTheReceiverDoesNotHaveAreTold)
 {
+    EXPECT_EQ(whyNot([this] { static_cast<void>(tuned()->tune(10e9)); }),
+              "it tunes to 6000000000 Hz, and not to 10000000000 Hz");
     m_options.rateHz = 20e6;
     const auto receiver = makeSoapyReceiver(args());
     EXPECT_EQ(whyNot([&] { receiver->open(m_options); }),
               "it takes 3200000 samples a second, and not the 20000000 of --rate");
 }
 
-TEST_F(SoapyReceiverTest, AFrequencyThatTheReceiverDoesNotReachIsTold)
-{
-    const auto receiver = makeSoapyReceiver(args());
-    receiver->open(m_options);
-    EXPECT_EQ(whyNot([&] { receiver->tune(10e9); }), "it tunes to 6000000000 Hz, and not to 10000000000 Hz");
-}
-
 TEST_F(SoapyReceiverTest, AWishToStopEndsTheWaitForSamples)
 {
     const System::StopSignal signal;
-    const auto receiver = makeSoapyReceiver(args());
-    receiver->open(m_options);
-    static_cast<void>(receiver->tune(100e6));
+    const auto receiver = tuned();
     wish("silent");
     System::StopSignal::request();
     EXPECT_THROW(read(*receiver, 100), Stopped);
