@@ -15,11 +15,17 @@ const ZelvoUrl& AnyUrl()
     return url;
 }
 
-void ExpectNotAvailable(const ZelvoClient& client)
-{
-    EXPECT_EQ(client.GetError(), ZelvoError::NotAvailable);
-    EXPECT_EQ(client.GetErrorString(), QStringLiteral("No archive is available."));
-}
+/// Each request has the same answer.
+class RequestsWithoutAnArchive : public testing::Test {
+protected:
+    ~RequestsWithoutAnArchive() override
+    {
+        EXPECT_EQ(client.GetError(), ZelvoError::NotAvailable);
+        EXPECT_EQ(client.GetErrorString(), QStringLiteral("No archive is available."));
+    }
+
+    ZelvoClient client;
+};
 
 }  // namespace
 
@@ -64,41 +70,31 @@ TEST(ZelvoClient, HasNoErrorBeforeTheFirstRequest)
     EXPECT_TRUE(client.GetErrorString().isEmpty());
 }
 
-TEST(ZelvoClient, CreatesNoFileGroup)
+TEST_F(RequestsWithoutAnArchive, CreateNoFileGroup)
 {
-    ZelvoClient client;
     QString directory = QStringLiteral("untouched");
     EXPECT_EQ(client.CreateFileGroup(QString(), QDateTime(), QString(), QString(), FileType::Recording, 1, QString(),
                                      directory, QString()),
               QStringLiteral("ERROR"));
     EXPECT_EQ(directory, QStringLiteral("untouched"));
-    ExpectNotAvailable(client);
 }
 
-TEST(ZelvoClient, AddsNoFile)
+TEST_F(RequestsWithoutAnArchive, AddNoFile)
 {
-    ZelvoClient client;
     EXPECT_EQ(client.AddFile(QStringLiteral("a.rec"), QStringLiteral("guid")), 0U);
-    ExpectNotAvailable(client);
 }
 
-TEST(ZelvoClient, MovesNothing)
+TEST_F(RequestsWithoutAnArchive, MoveNothing)
 {
-    ZelvoClient client;
     EXPECT_EQ(client.MoveToNas(QStringLiteral("guid")), QStringLiteral("No archive is available."));
-    ExpectNotAvailable(client);
 }
 
-TEST(ZelvoClient, GivesNoFileForAnAddress)
+TEST_F(RequestsWithoutAnArchive, GiveNoFileForAnAddress)
 {
-    ZelvoClient client;
     EXPECT_TRUE(client.RequestFile(AnyUrl(), LockState::Shared).isEmpty());
-    ExpectNotAvailable(client);
 }
 
-TEST(ZelvoClient, ClosesNoFile)
+TEST_F(RequestsWithoutAnArchive, CloseNoFile)
 {
-    ZelvoClient client;
     client.CloseFile(AnyUrl());
-    ExpectNotAvailable(client);
 }

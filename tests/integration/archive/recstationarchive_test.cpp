@@ -6,7 +6,7 @@ namespace {
 
 using namespace testing;
 
-class RecstationArchive : public ArchivePrograms {};
+using RecstationArchive = ArchivePrograms;
 
 TEST_F(RecstationArchive, RecordingsArriveInTheStorageAndCanBeReadByTheirAddresses)
 {

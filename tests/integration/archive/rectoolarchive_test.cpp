@@ -27,12 +27,6 @@ protected:
         ASSERT_TRUE(file.seek(700));
         ASSERT_EQ(file.write("altered"), 7);
     }
-    static void replaceAll(std::string& text, const std::string& what, const std::string& with)
-    {
-        for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + with.size())) {
-            text.replace(at, what.size(), with);
-        }
-    }
 };
 
 TEST_F(RectoolArchive, EveryVerbThatTakesAFileTakesAnAddress)
@@ -56,19 +50,18 @@ TEST_F(RectoolArchive, EveryVerbThatTakesAFileTakesAnAddress)
                                             {"cut", "FILE", "--to", "2000", "-o", "NEW", "--json"},
                                             {"merge", other, "FILE", "--separate", "-o", "NEW", "--json"},
                                             {"repair", "FILE", "-o", "NEW", "--json"}};
-    for (const QStringList& verb : verbs) {
-        SCOPED_TRACE(verb.join(QLatin1Char(' ')).toStdString());
+    const auto runOn = [this](QStringList verb, const QString& file) {
         const QString made = path("made.rec");
         QFile::remove(made);
-        QStringList arguments = verb;
-        const Result expected = rectool(arguments.replaceInStrings("FILE", copy).replaceInStrings("NEW", made));
-        QFile::remove(made);
-        arguments = verb;
-        Result found = rectool(arguments.replaceInStrings("FILE", address).replaceInStrings("NEW", made));
-        replaceAll(found.out, address.toStdString(), copy.toStdString());
+        return rectool(verb.replaceInStrings("FILE", file).replaceInStrings("NEW", made));
+    };
+    for (const QStringList& verb : verbs) {
+        SCOPED_TRACE(verb.join(QLatin1Char(' ')).toStdString());
+        const Result expected = runOn(verb, copy);
+        const Result found = runOn(verb, address);
         EXPECT_EQ(found.exitCode, expected.exitCode) << found.err;
         EXPECT_EQ(found.exitCode, 0) << found.err;
-        EXPECT_EQ(found.out, expected.out);
+        EXPECT_EQ(QString::fromStdString(found.out).replace(address, copy).toStdString(), expected.out);
         EXPECT_FALSE(found.out.empty());
     }
 }
@@ -124,12 +117,11 @@ TEST_F(RectoolArchive, AnAddressThatCannotBeHadIsToldAndOtherFilesAreStillShown)
     EXPECT_EQ(both.json().at("files")[0].at("readability"), "missing");
     EXPECT_EQ(both.json().at("files")[1].at("sound"), true);
     EXPECT_EQ(rectool({"types", q(unknown)}).exitCode, 2);
-    const Result alone = rectool({"info", q(unknown)});
-    EXPECT_EQ(alone.exitCode, 2);
-    EXPECT_EQ(std::count(alone.err.begin(), alone.err.end(), '\n'), 1) << alone.err;
-    const Result listed = rectool({"info", q(unknown), q(address)});
-    EXPECT_EQ(listed.exitCode, 2);
-    EXPECT_EQ(std::count(listed.err.begin(), listed.err.end(), '\n'), 1) << listed.err;
+    for (const QStringList& files : {QStringList{q(unknown)}, {q(unknown), q(address)}}) {
+        const Result listed = rectool(QStringList("info") + files);
+        EXPECT_EQ(listed.exitCode, 2);
+        EXPECT_EQ(std::count(listed.err.begin(), listed.err.end(), '\n'), 1) << listed.err;
+    }
     const Result merged = rectool({"merge", q(address), q(unknown), "-o", path("merged.rec")});
     EXPECT_EQ(merged.exitCode, 2);
     EXPECT_FALSE(QFile::exists(path("merged.rec"))) << "nothing is made of a part of what was asked for";

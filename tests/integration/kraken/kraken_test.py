@@ -96,10 +96,12 @@ class Run:
         return records(self.summary["files"][0]["path"])
 
 
+def run_program(program, *arguments, check=True):
+    return subprocess.run([PROGRAMS / program, *arguments], capture_output=True, text=True, check=check, timeout=PATIENCE_S)
+
+
 def records(path):
-    shown = subprocess.run([PROGRAMS / "rectool", "cat", "--json", path], capture_output=True, text=True, check=True,
-                           timeout=PATIENCE_S).stdout
-    return [json.loads(entry) for entry in shown.splitlines()]
+    return [json.loads(entry) for entry in run_program("rectool", "cat", "--json", path).stdout.splitlines()]
 
 
 def bearings(entries):
@@ -123,9 +125,13 @@ class Kraken(unittest.TestCase):
         self.folder = tempfile.TemporaryDirectory()
         self.addCleanup(self.folder.cleanup)
 
-    def record(self, answers, *options, path="DOA_value.html"):
-        finder = Finder(answers)
+    def finder(self, answers, port=0):
+        finder = Finder(answers, port)
         self.addCleanup(finder.end)
+        return finder
+
+    def record(self, answers, *options, path="DOA_value.html"):
+        finder = self.finder(answers)
         run = Run(self.folder.name, finder.server_address[1], *options, path=path)
         self.assertTrue(finder.done.wait(PATIENCE_S))
         return run, run.stop()
@@ -136,8 +142,7 @@ class Kraken(unittest.TestCase):
             run, live = self.record([*documents, documents[-1]], "--source-time")
             log = pathlib.Path(self.folder.name, "kraken.csv")
             log.write_text("".join(documents), encoding="utf-8")
-            made = subprocess.run([PROGRAMS / "recstation", "-q", "--json", "-o", self.folder.name, "bearings", log],
-                                  capture_output=True, text=True, check=True, timeout=PATIENCE_S)
+            made = run_program("recstation", "-q", "--json", "-o", self.folder.name, "bearings", log)
             filed = records(json.loads(made.stdout)["files"][0]["path"])
             # Live, the second frequency becomes a channel when it comes, and that empties the map.
             self.assertEqual(len(bearings(live)), 8)
@@ -169,8 +174,7 @@ class Kraken(unittest.TestCase):
         for told in run.process.stderr:
             if "trying again" in told:
                 break
-        finder = Finder([document(1, 70, True)], port)
-        self.addCleanup(finder.end)
+        finder = self.finder([document(1, 70, True)], port)
         self.assertTrue(finder.done.wait(PATIENCE_S))
         entries = run.stop()
         maps = [any(entry["value"]["cells"]) for entry in entries if entry["keyword"] == "DFSPECTRUM"]
@@ -181,9 +185,8 @@ class Kraken(unittest.TestCase):
         self.assertEqual(values(entries, "TRUEHEADING"), [None, 90, None, 90])
         self.assertEqual(values(entries, "FREQUENCY"), [None, 433.92e6, 145.5e6, 433.92e6, 145.5e6], "it stays in the gap")
         self.assertEqual(run.source["reconnects"], 1)
-        info = subprocess.run([PROGRAMS / "rectool", "info", "--json", run.summary["files"][0]["path"]], capture_output=True,
-                              text=True, check=True, timeout=PATIENCE_S).stdout
-        header = json.loads(info)["files"][0]["header"]
+        info = run_program("rectool", "info", "--json", run.summary["files"][0]["path"])
+        header = json.loads(info.stdout)["files"][0]["header"]
         self.assertEqual((header["startFrequencyHz"], header["stopFrequencyHz"]), (145.5e6, 433.92e6))
 
     def test_what_was_heard_long_before_is_not_recorded_as_of_now(self):
@@ -198,14 +201,11 @@ class Kraken(unittest.TestCase):
 
     def test_a_finder_that_hears_nothing_is_reachable_and_a_silent_one_is_not(self):
         def check(port):
-            found = subprocess.run([PROGRAMS / "recstation", "check", "-o", self.folder.name, "kraken",
-                                    f"http://127.0.0.1:{port}/DOA_value.html"], capture_output=True, text=True, check=False,
-                                   timeout=PATIENCE_S)
+            found = run_program("recstation", "check", "-o", self.folder.name, "kraken",
+                                f"http://127.0.0.1:{port}/DOA_value.html", check=False)
             return found.returncode, found.stdout.splitlines()[0]
 
-        finder = Finder([""])
-        self.addCleanup(finder.end)
-        self.assertEqual(check(finder.server_address[1]),
+        self.assertEqual(check(self.finder([""]).server_address[1]),
                          (3, "kraken: reachable, but it showed nothing within 5 s; --wait TIME gives it longer"))
         with socket.create_server(("127.0.0.1", 0)) as silent:
             port = silent.getsockname()[1]
@@ -237,8 +237,7 @@ class Kraken(unittest.TestCase):
 
     def test_a_wrong_address_is_refused(self):
         for address in ("https://krakensdr/", "krakensdr:x", ""):
-            run = subprocess.run([PROGRAMS / "recstation", "-o", self.folder.name, "kraken", address], capture_output=True,
-                                 text=True, timeout=PATIENCE_S, check=False)
+            run = run_program("recstation", "-o", self.folder.name, "kraken", address, check=False)
             self.assertEqual(run.returncode, 1, run.stderr)
             self.assertIn("an address such as http://krakensdr:8081/DOA_value.html", run.stderr)
 

@@ -40,21 +40,23 @@ TEST(Summary, TheCountsOfLinesAreToldWhenAskedFor)
     EXPECT_EQ(summary.remarks(true), QStringList("feed: 5 used, 1 skipped, 0 bad"));
 }
 
-TEST(Summary, BadInputMakesItIncomplete)
+TEST(Summary, WhatWentWrongIsARemarkAndDecidesTheExitCode)
 {
-    Summary summary = goodSummary();
-    summary.sources[0].report.bad = 2;
-    EXPECT_EQ(summary.exitCode(), ExitCode::Incomplete);
-    EXPECT_EQ(summary.remarks(), QStringList("feed: 5 used, 1 skipped, 2 bad"));
-}
-
-TEST(Summary, AFileWithAProblemMakesItIncompleteAndIsStillNamed)
-{
-    Summary summary = goodSummary();
-    summary.files[0].report.problem = QStringLiteral("not renamed");
-    EXPECT_EQ(summary.exitCode(), ExitCode::Incomplete);
-    EXPECT_EQ(summary.remarks(), QStringList("/x/a.rec: not renamed"));
-    EXPECT_FALSE(summary.fileLines().isEmpty());
+    struct {
+        std::function<void(Summary&)> goWrong;
+        ExitCode exitCode;
+        QString remark;
+    } const cases[]{
+        {[](Summary& s) { s.sources[0].report.bad = 2; }, ExitCode::Incomplete, "feed: 5 used, 1 skipped, 2 bad"},
+        {[](Summary& s) { s.files[0].report.problem = "not renamed"; }, ExitCode::Incomplete, "/x/a.rec: not renamed"},
+        {[](Summary& s) { s.failure = "the disk is full"; }, ExitCode::CannotRun, "the disk is full"}};
+    for (const auto& [goWrong, exitCode, remark] : cases) {
+        Summary summary = goodSummary();
+        goWrong(summary);
+        EXPECT_EQ(summary.exitCode(), exitCode) << remark.toStdString();
+        EXPECT_EQ(summary.remarks(), QStringList(remark));
+        EXPECT_FALSE(summary.fileLines().isEmpty()) << remark.toStdString();
+    }
 }
 
 TEST(Summary, ARunWithoutAnyRecordingIsIncomplete)
@@ -63,14 +65,6 @@ TEST(Summary, ARunWithoutAnyRecordingIsIncomplete)
     summary.files.clear();
     EXPECT_EQ(summary.exitCode(), ExitCode::Incomplete);
     EXPECT_EQ(summary.remarks().size(), 1);
-}
-
-TEST(Summary, ARunThatBrokeOffCouldNotRun)
-{
-    Summary summary = goodSummary();
-    summary.failure = QStringLiteral("the disk is full");
-    EXPECT_EQ(summary.exitCode(), ExitCode::CannotRun);
-    EXPECT_EQ(summary.remarks(), QStringList("the disk is full"));
 }
 
 TEST(Summary, AnArchivedFileIsNamedByItsAddress)

@@ -30,18 +30,31 @@ protected:
     [[nodiscard]] QString path(const char* name) const { return m_folder.filePath(QLatin1String(name)); }
     void configure(const QString& keys) { writeBytes(path("archive.toml"), ("[archive]\n" + keys.toUtf8())); }
 
-    void start(QProcess& process, const QStringList& arguments)
-    {
-        process.start(ZELVOD, QStringList{"--config", path("archive.toml")} + arguments);
-        ASSERT_TRUE(process.waitForStarted(PatienceMs));
-    }
     Result run(const QStringList& arguments)
     {
-        QProcess process;
-        start(process, arguments);
-        return finish(process);
+        return runProgram(ZELVOD, QStringList{"--config", path("archive.toml")} + arguments);
     }
     void setUpArchive() { ASSERT_EQ(run({"--set-up"}).exitCode, 0); }
+    /// Starts the service and waits until it has moved the first recording, whose address is given.
+    Zelvo::ZelvoUrl serve(const QString& program, const QStringList& arguments)
+    {
+        setUpArchive();
+        Zelvo::ZelvoUrl url = record("a");
+        m_service.start(program, arguments);
+        EXPECT_TRUE(m_service.waitForStarted(PatienceMs));
+        EXPECT_EQ(nextLine()["moved"], 1);
+        return url;
+    }
+    Zelvo::ZelvoUrl serve(const QStringList& arguments)
+    {
+        return serve(ZELVOD, QStringList{"--config", path("archive.toml")} + arguments);
+    }
+    [[nodiscard]] nlohmann::json nextLine()
+    {
+        while (!m_service.canReadLine() && m_service.waitForReadyRead(PatienceMs)) {
+        }
+        return nlohmann::json::parse(m_service.readLine().toStdString());
+    }
 
     Zelvo::ZelvoUrl record(const QString& base)
     {
@@ -59,12 +72,8 @@ protected:
     {
         return Zelvo::Archive(Zelvo::LoadArchiveConfiguration(path("archive.toml"))).file(url)->state;
     }
-    [[nodiscard]] static nlohmann::json nextLine(QProcess& process)
-    {
-        while (!process.canReadLine() && process.waitForReadyRead(PatienceMs)) {
-        }
-        return nlohmann::json::parse(process.readLine().toStdString());
-    }
+
+    QProcess m_service;
 
 private:
     QTemporaryDir m_folder;
@@ -103,15 +112,11 @@ TEST_F(Zelvod, EndsWithThreeWhenSomethingThatWasDueCouldNotBeMoved)
 #if !defined(_WIN32)  // there nobody can ask a program without a window to end
 TEST_F(Zelvod, GoesOnUntilItIsTerminatedAndThenEndsWell)
 {
-    setUpArchive();
-    const Zelvo::ZelvoUrl first = record("a");
-    QProcess process;
-    start(process, {"--json", "--every", "0.1"});
-    EXPECT_EQ(nextLine(process)["moved"], 1);
+    const Zelvo::ZelvoUrl first = serve({"--json", "--every", "0.1"});
     const Zelvo::ZelvoUrl second = record("b");
-    EXPECT_EQ(nextLine(process)["moved"], 1);
-    process.terminate();
-    const Result result = finish(process);
+    EXPECT_EQ(nextLine()["moved"], 1);
+    m_service.terminate();
+    const Result result = finish(m_service);
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_THAT(result.err, IsEmpty());
     EXPECT_EQ(stateOf(first), Zelvo::FileState::Moved);
@@ -120,43 +125,30 @@ TEST_F(Zelvod, GoesOnUntilItIsTerminatedAndThenEndsWell)
 
 TEST_F(Zelvod, EndsWellWhenItsTerminalGoes)
 {
-    setUpArchive();
-    record("a");
-    QProcess process;
-    start(process, {"--json"});
-    EXPECT_EQ(nextLine(process)["moved"], 1);
-    ASSERT_EQ(kill(static_cast<pid_t>(process.processId()), SIGHUP), 0);
-    EXPECT_EQ(finish(process).exitCode, 0);
+    serve({"--json"});
+    ASSERT_EQ(kill(static_cast<pid_t>(m_service.processId()), SIGHUP), 0);
+    EXPECT_EQ(finish(m_service).exitCode, 0);
 }
 
 TEST_F(Zelvod, GoesOnWithoutItsTerminalWhenItWasStartedSo)
 {
-    setUpArchive();
-    record("a");
-    QProcess process;
-    process.start("/bin/sh", {"-c", "trap '' HUP; exec \"$@\"", "sh", ZELVOD, "--config", path("archive.toml"),
-                              "--json", "--every", "0.1"});
-    ASSERT_TRUE(process.waitForStarted(PatienceMs));
-    EXPECT_EQ(nextLine(process)["moved"], 1);
-    ASSERT_EQ(kill(static_cast<pid_t>(process.processId()), SIGHUP), 0);
+    serve("/bin/sh", {"-c", "trap '' HUP; exec \"$@\"", "sh", ZELVOD, "--config", path("archive.toml"), "--json",
+                      "--every", "0.1"});
+    ASSERT_EQ(kill(static_cast<pid_t>(m_service.processId()), SIGHUP), 0);
     record("b");
-    EXPECT_EQ(nextLine(process)["moved"], 1);
-    process.terminate();
-    EXPECT_EQ(finish(process).exitCode, 0);
+    EXPECT_EQ(nextLine()["moved"], 1);
+    m_service.terminate();
+    EXPECT_EQ(finish(m_service).exitCode, 0);
 }
 
 TEST_F(Zelvod, LetsNoOtherServeTheSameStationAndIsNotKeptFromItByADeadOne)
 {
-    setUpArchive();
-    record("a");
-    QProcess process;
-    start(process, {"--json"});
-    EXPECT_EQ(nextLine(process)["moved"], 1);
+    serve({"--json"});
     const Result second = run({"--once"});
     EXPECT_EQ(second.exitCode, 2);
     EXPECT_THAT(second.err, StartsWith("zelvod: another zelvod serves "));
-    process.kill();
-    ASSERT_TRUE(process.waitForFinished(PatienceMs));
+    m_service.kill();
+    ASSERT_TRUE(m_service.waitForFinished(PatienceMs));
     EXPECT_EQ(run({"--once"}).exitCode, 0);
 }
 
