@@ -28,11 +28,16 @@ auto isPoint(double timeMs, double value)
     return AllOf(Field(&Envelope::Point::timeMs, timeMs), Field(&Envelope::Point::value, value));
 }
 
+Matcher<double> exactly(double value)
+{
+    return std::isnan(value) ? Matcher<double>(IsNan()) : Matcher<double>(value);
+}
+
 /// A bar or a column.
 auto reaches(double lowest, double highest)
 {
-    return AllOf(Field(&Envelope::Bar::lowest, NanSensitiveDoubleEq(lowest)),
-                 Field(&Envelope::Bar::highest, NanSensitiveDoubleEq(highest)));
+    return AllOf(Field("lowest", &Envelope::Bar::lowest, exactly(lowest)),
+                 Field("highest", &Envelope::Bar::highest, exactly(highest)));
 }
 
 /// Two azimuths that take turns, on a circle.
