@@ -13,6 +13,7 @@
 #include "sources/source.h"
 #include "sources/sweep/sweepsource.h"
 #include "support/documentexamples.h"
+#include "support/textinput.h"
 #include "target.h"
 
 namespace Fuzzing {
@@ -50,15 +51,6 @@ void play(RecStation::Source& source, std::size_t mostSteps)
 
 void ignore(const QString& /*sentence*/)
 {
-}
-
-RecStation::ByteInput bytesOf(const std::string& input)
-{
-    return [&input, position = std::size_t{0}](char* buffer, std::size_t size) mutable {
-        const std::size_t count = input.copy(buffer, size, position);
-        position += count;
-        return count;
-    };
 }
 
 template <typename Options>
@@ -106,7 +98,8 @@ void runFeed(const std::string& input)
     host.created = ignore;
     host.report = ignore;
     tolerating([&] {
-        RecStation::FeedSource source([&] { return bytesOf(input); }, Start, RecStation::FeedOptions(), host);
+        RecStation::FeedSource source([&] { return TestSupport::textInput(input); }, Start, RecStation::FeedOptions(),
+                                      host);
         play(source, input.size());
     });
 }

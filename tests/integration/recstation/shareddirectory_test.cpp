@@ -70,10 +70,7 @@ protected:
                 plant(++m_planted);
                 ASSERT_LT(m_planted, 1'000'000);
             }
-            EXPECT_EQ(process->exitStatus(), QProcess::NormalExit);
-            takeSummary({process->exitCode(), process->readAllStandardOutput().toStdString(),
-                         process->readAllStandardError().toStdString()},
-                        recordings);
+            takeSummary(finish(*process), recordings);
         }
     }
     void takeSummary(const Result& result, int recordings)

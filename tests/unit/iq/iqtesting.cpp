@@ -137,6 +137,16 @@ const std::vector<double>& flatTopTerms()
     return terms;
 }
 
+void expectSpectrum(const std::vector<float>& levelsDb, const Samples& samples, std::size_t first, std::size_t fftSize,
+                    std::size_t average, double toleranceDb)
+{
+    const auto expected = spectrumByDefinition(samples, first, fftSize, fftSize, average, flatTopTerms());
+    ASSERT_EQ(levelsDb.size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        ASSERT_NEAR(static_cast<double>(levelsDb[i]), expected[i], toleranceDb) << first << " channel " << i;
+    }
+}
+
 double meanLevelDb(const Samples& samples, std::size_t first, std::size_t count)
 {
     double sum = 0;

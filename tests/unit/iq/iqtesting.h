@@ -35,6 +35,9 @@ std::vector<double> spectrumByDefinition(const Samples& samples, std::size_t fir
                                          std::size_t advance, std::size_t average, const std::vector<double>& terms);
 /// Cosine terms of the flat-top window.
 const std::vector<double>& flatTopTerms();
+/// Compares a spectrum by the flat-top window with that definition, where segments follow each other.
+void expectSpectrum(const std::vector<float>& levelsDb, const Samples& samples, std::size_t first, std::size_t fftSize,
+                    std::size_t average, double toleranceDb);
 /// Mean power of samples in dB.
 double meanLevelDb(const Samples& samples, std::size_t first, std::size_t count);
 
