@@ -1,16 +1,15 @@
 // Bearings on the map and around the station: those of the recording, and each leads to its record.
 import assert from 'node:assert/strict';
 import path from 'node:path';
-import { test } from 'node:test';
-import { folder, leave, open, recordingOf, rectool, serve, set, simulate, start, state } from './frame.mjs';
+import { folder, onPage, recordingOf, rectool, serve, set, simulate, start, state } from './frame.mjs';
 
 const directory = folder();
 simulate(directory);
 const file = recordingOf(directory, 'DF_1');
 const address = await serve(directory);
 
-function openBearings(panel) {
-    return open(address, `#recording=${path.basename(file, '.rec')}&panel=${panel}`, { spectra: false });
+function onPanel(name, panel, body) {
+    onPage(name, `${address}#recording=${path.basename(file, '.rec')}&panel=${panel}`, body, { spectra: false });
 }
 
 function shown(page) {
@@ -20,8 +19,7 @@ function shown(page) {
     });
 }
 
-test('the map shows bearings, track and fixes with nothing from elsewhere', async () => {
-    const page = await openBearings('map');
+onPanel('the map shows bearings, track and fixes with nothing from elsewhere', 'map', async (page) => {
     await page.waitForFunction(() => window.page.bearings.bearingsOf().data.bearings.length > 0);
     const { bearings, positions, fixes } = await shown(page);
     const told = JSON.parse(rectool('map', file, '--json')).bearings;
@@ -35,11 +33,9 @@ test('the map shows bearings, track and fixes with nothing from elsewhere', asyn
     await page.locator('.leaflet-control-scale-line').waitFor();
     await page.locator('.degrees').first().waitFor({ state: 'attached' });
     await page.locator('.legend button', { hasText: '431.7 MHz' }).waitFor();
-    await leave(page);
 });
 
-test('a bearing that is chosen sets the cursor and shows its record', async () => {
-    const page = await openBearings('polar');
+onPanel('a bearing that is chosen sets the cursor and shows its record', 'polar', async (page) => {
     await page.waitForFunction(() => window.page.bearings.bearingsOf().data.bearings.length > 0);
     await set(page, { at: start + 30000 });
     await page.locator('canvas.polar').focus();
@@ -55,11 +51,9 @@ test('a bearing that is chosen sets the cursor and shows its record', async () =
     await page.waitForFunction((before) => window.page.model.get().at !== before.at || window.page.model.get().hz !== before.hz, { at, hz });
     await page.getByRole('button', { name: 'Close' }).click();
     assert.equal(await page.locator('#record').isVisible(), false);
-    await leave(page);
 });
 
-test('play goes record by record, too', async () => {
-    const page = await openBearings('state');
+onPanel('play goes record by record, too', 'state', async (page) => {
     await set(page, { at: start + 30000 });
     await page.getByRole('button', { name: 'Record ▶' }).click();
     await page.locator('#record table').first().waitFor();
@@ -67,5 +61,4 @@ test('play goes record by record, too', async () => {
     assert.ok(after > start + 30000);
     await page.getByRole('button', { name: '◀ Record' }).click();
     await page.waitForFunction((ms) => window.page.model.get().at < ms, after);
-    await leave(page);
 });

@@ -5,7 +5,7 @@ import { mkdtempSync, readdirSync, rmSync } from 'node:fs';
 import os from 'node:os';
 import path from 'node:path';
 import readline from 'node:readline';
-import { after } from 'node:test';
+import { after, test } from 'node:test';
 import { chromium } from 'playwright-core';
 
 export const patience = 30000;
@@ -131,6 +131,15 @@ export async function open(address, hash = '', options = {}) {
 export async function leave(page) {
     assert.deepEqual([page.wrong, page.foreign], [[], []]);
     await page.close();
+}
+
+/** A test of a page of its own. */
+export function onPage(name, address, body, options = {}) {
+    test(name, async () => {
+        const page = await open(address, '', options);
+        await body(page);
+        await leave(page);
+    });
 }
 
 /** Waits until the waterfall shows what is asked for, as exactly as the server can, with its overview complete. */

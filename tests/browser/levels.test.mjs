@@ -1,7 +1,6 @@
 // Levels and values on the page are those of the recording: zoomed out, zoomed in, and at the cursor.
 import assert from 'node:assert/strict';
-import { test } from 'node:test';
-import { cat, folder, leave, open, record, rectool, serve, set, settled, start, state } from './frame.mjs';
+import { cat, folder, onPage, record, rectool, serve, set, settled, start, state } from './frame.mjs';
 import { burst, channels, levelOf, lowest, receiver, step, sweepMs } from './recordings.mjs';
 
 const directory = folder();
@@ -26,8 +25,7 @@ function pixelAt(page, ms, hz, beside = 0) {
     }, [ms, hz, beside]);
 }
 
-test('zoomed out, the burst of one sweep in one cell is there at its level, and its neighbours are at theirs', async () => {
-    const page = await open(address);
+onPage('zoomed out, the burst of one sweep in one cell is there at its level, and its neighbours are at theirs', address, async (page) => {
     await set(page, { autoLevel: false, levelLow: -120, levelHigh: -20 });
     await settled(page);
     const { from, to } = await state(page);
@@ -41,11 +39,9 @@ test('zoomed out, the burst of one sweep in one cell is there at its level, and 
         const other = await pixelAt(page, time, frequency);
         assert.ok(other.index >= 0 && other.high < -95, `beside it is ${JSON.stringify(other)}`);
     }
-    await leave(page);
 });
 
-test('a rough picture that comes behind the exact one does not replace it', async () => {
-    const page = await open(address);
+onPage('a rough picture that comes behind the exact one does not replace it', address, async (page) => {
     const isExact = (request) => new URL(request.url()).searchParams.get('exact') === '1';
     let release;
     const exactIsDrawn = new Promise((resolve) => {
@@ -67,11 +63,9 @@ test('a rough picture that comes behind the exact one does not replace it', asyn
     await page.evaluate(() => new Promise((drawn) => requestAnimationFrame(() => requestAnimationFrame(drawn))));
     assert.equal(rough, 1, 'what came behind was rough');
     assert.equal(await page.evaluate(() => window.page.waterfall.picture().head.exact), true);
-    await leave(page);
 });
 
-test('zoomed in, pixels and the sweep at the cursor are what cat says', async () => {
-    const page = await open(address);
+onPage('zoomed in, pixels and the sweep at the cursor are what cat says', address, async (page) => {
     const middle = start + (burst.sweep + 1) * sweepMs;
     await set(page, { autoLevel: false, levelLow: -120, levelHigh: -20, from: middle - 1000, to: middle + 1000 });
     await settled(page);
@@ -92,20 +86,16 @@ test('zoomed in, pixels and the sweep at the cursor are what cat says', async ()
     const sweep = await page.evaluate(() => window.page.sweep.get());
     assert.deepEqual(sweep.levels, value.cells);
     assert.equal(value.cells.length, channels);
-    await page.close();
 });
 
-test('the level in figures is that of the cell under the cursor', async () => {
-    const page = await open(address);
+onPage('the level in figures is that of the cell under the cursor', address, async (page) => {
     await set(page, { at: start + (burst.sweep + 1) * sweepMs + 10, hz: lowest + burst.channel * step });
     await page.waitForFunction(() => /23\.5/.test(document.getElementById('cursor-level').textContent));
     assert.match(await page.locator('#cursor-hz').innerText(), /430\.925 MHz/);
     assert.equal(levelOf(burst.sweep, burst.channel), burst.level);
-    await page.close();
 });
 
-test('the values at the cursor are what state says', async () => {
-    const page = await open(address);
+onPage('the values at the cursor are what state says', address, async (page) => {
     for (const offset of [61000, 250500]) {
         const told = JSON.parse(rectool('state', file, '--json', '--at', String(offset)));
         await set(page, { at: start + offset });
@@ -121,11 +111,9 @@ test('the values at the cursor are what state says', async () => {
             await page.locator(`#state tr[data-code="${code}"]`, { hasText: words }).waitFor();
         }
     }
-    await page.close();
 });
 
-test('numbers are lines and settings bands under the waterfall, with what they are at the cursor', async () => {
-    const page = await open(address);
+onPage('numbers are lines and settings bands under the waterfall, with what they are at the cursor', address, async (page) => {
     await page.locator('#values summary').focus();
     await page.keyboard.press('Enter');
     await page.getByLabel('LEVEL', { exact: true }).check();
@@ -142,5 +130,4 @@ test('numbers are lines and settings bands under the waterfall, with what they a
         return [parseFloat(document.querySelector('#values .cursor-line').style.left), timeToX(at)];
     });
     assert.ok(Math.abs(line - plot) < 0.01, 'the cursor line stands where the waterfall has it');
-    await leave(page);
 });

@@ -2,8 +2,7 @@
 import assert from 'node:assert/strict';
 import { mkdirSync, statSync } from 'node:fs';
 import path from 'node:path';
-import { test } from 'node:test';
-import { folder, leave, open, recordingOf, rectool, serve, set, settled, simulate, start } from './frame.mjs';
+import { folder, onPage, recordingOf, rectool, serve, set, settled, simulate, start } from './frame.mjs';
 
 const largest = 350e3;
 
@@ -15,8 +14,7 @@ mkdirSync(shown);
 rectool('merge', '--separate', ...parts, '-o', path.join(shown, 'Simulated_vehicle.rec'));
 const address = await serve(shown);
 
-test('spectra, values and bearings of a minute are on one page, which makes a picture', async () => {
-    const page = await open(address, '', { viewport: { width: 1200, height: 800 } });
+onPage('spectra, values and bearings of a minute are on one page, which makes a picture', address, async (page) => {
     const codes = await page.evaluate(() => window.page.model.get().recording.values
         .filter(({ keyword }) => ['LEVEL', 'FREQUENCY'].includes(keyword)).map(({ code }) => code));
     assert.equal(codes.length, 2);
@@ -30,5 +28,4 @@ test('spectra, values and bearings of a minute are on one page, which makes a pi
         : path.join(folder(), 'recview.png');
     await page.screenshot({ path: file });
     assert.ok(statSync(file).size > 20e3 && statSync(file).size <= largest, `${statSync(file).size} bytes`);
-    await leave(page);
-});
+}, { viewport: { width: 1200, height: 800 } });
