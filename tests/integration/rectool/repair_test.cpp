@@ -125,48 +125,41 @@ struct ExpectedTimes {
 struct Repaired {
     const char* name;
     std::vector<std::optional<std::uint64_t>> known;
-    std::uint64_t lengthMs;
-    std::uint64_t periodMs;
     ExpectedTimes expected;
+    std::uint64_t lengthMs = 600;
+    std::uint64_t periodMs = 0;
 };
 
 const std::vector<Repaired> RepairedCases{
-    {"known times stay", {10, 11, 500}, 600, 7, {.times = {10, 11, 500}, .kept = 3}},
-    {"no records", {}, 600, 0, {}},
+    {"known times stay", {10, 11, 500}, {.times = {10, 11, 500}, .kept = 3}, 600, 7},
+    {"no records", {}, {}},
     {"evenly between their neighbours",
      {100, Lost, Lost, Lost, 200},
-     600,
-     0,
      {.times = {100, 125, 150, 175, 200}, .kept = 2, .between = 3}},
-    {"in front evenly from the start", {Lost, Lost, 30}, 600, 0, {.times = {10, 20, 30}, .kept = 1, .inFront = 2}},
-    {"behind evenly up to the end", {100, Lost, Lost}, 600, 0, {.times = {100, 350, 600}, .kept = 1, .behind = 2}},
-    {"without any time over the recording", {Lost, Lost, Lost}, 600, 0, {.times = {200, 400, 600}, .behind = 3}},
+    {"in front evenly from the start", {Lost, Lost, 30}, {.times = {10, 20, 30}, .kept = 1, .inFront = 2}},
+    {"behind evenly up to the end", {100, Lost, Lost}, {.times = {100, 350, 600}, .kept = 1, .behind = 2}},
+    {"without any time over the recording", {Lost, Lost, Lost}, {.times = {200, 400, 600}, .behind = 3}},
     {"a period goes before the end",
      {100, Lost, Lost},
+     {.times = {100, 120, 140}, .kept = 1, .behind = 2, .stepMs = 20},
      600,
-     20,
-     {.times = {100, 120, 140}, .kept = 1, .behind = 2, .stepMs = 20}},
-    {"a period without any time", {Lost, Lost}, 0, 20, {.times = {20, 40}, .behind = 2, .stepMs = 20}},
+     20},
+    {"a period without any time", {Lost, Lost}, {.times = {20, 40}, .behind = 2, .stepMs = 20}, 0, 20},
     {"without an end in the mean distance",
      {100, 110, 130, Lost, Lost},
-     0,
-     0,
-     {.times = {100, 110, 130, 145, 160}, .kept = 3, .behind = 2, .stepMs = 15}},
+     {.times = {100, 110, 130, 145, 160}, .kept = 3, .behind = 2, .stepMs = 15},
+     0},
     {"with an end that is too early",
      {100, Lost, Lost},
-     100,
-     0,
-     {.times = {100, 101, 102}, .kept = 1, .behind = 2, .stepMs = 1}},
+     {.times = {100, 101, 102}, .kept = 1, .behind = 2, .stepMs = 1},
+     100},
     {"with an end that leaves too little room",
      {100, 110, Lost, Lost, Lost},
-     112,
-     0,
-     {.times = {100, 110, 120, 130, 140}, .kept = 2, .behind = 3, .stepMs = 10}},
-    {"without anything", {Lost, Lost}, 0, 0, {.times = {1, 2}, .behind = 2, .stepMs = 1}},
+     {.times = {100, 110, 120, 130, 140}, .kept = 2, .behind = 3, .stepMs = 10},
+     112},
+    {"without anything", {Lost, Lost}, {.times = {1, 2}, .behind = 2, .stepMs = 1}, 0},
     {"where there is no room known ones move",
      {10, Lost, Lost, 11, 12, 50},
-     600,
-     0,
      {.times = {10, 11, 12, 13, 14, 50}, .kept = 2, .between = 2, .moved = 2}},
 };
 
@@ -174,7 +167,7 @@ const std::vector<Repaired> RepairedCases{
 
 TEST(RepairedTimes, AreMadeUpByTheRules)
 {
-    for (const auto& [name, known, lengthMs, periodMs, expected] : RepairedCases) {
+    for (const auto& [name, known, expected, lengthMs, periodMs] : RepairedCases) {
         SCOPED_TRACE(name);
         const RepairedTimes times = repairTimes(known, lengthMs, periodMs);
         EXPECT_THAT(times, FieldsAre(expected.times, expected.kept, expected.between, expected.inFront, expected.behind,
