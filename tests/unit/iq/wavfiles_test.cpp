@@ -144,7 +144,7 @@ TEST_F(IqFiles, WhatIsNoIqInAWavIsRefused)
         {riff(formatChunk(2, 2, 48000, 4) + data), "x_7100kHz.wav"}};
     for (const auto& [bytes, told] : files) {
         write("x_7100kHz.wav", bytes);
-        EXPECT_THAT(problem(), HasSubstr(told));
+        EXPECT_THAT(problem(), HasSubstr(told)) << bytes.size() << " bytes";
     }
     write("x_7100kHz.wav", riff(format + data));
     m_options.format = "ci16_le";
