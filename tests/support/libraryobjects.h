@@ -50,21 +50,39 @@ inline CVTTypesData makeTypes(const std::vector<TypeFields>& fields)
 {
     CVTTypesData types;
     for (const TypeFields& field : fields) {
-        S_TYPES type;
-        type.typeNumber = field.typeNumber;
-        type.valueType = field.valueType;
-        type.keyword = field.keyword;
-        type.valuePath = field.valuePath;
-        types.get_vector().push_back(type);
+        types.get_vector().push_back({field.typeNumber, field.valueType, field.keyword, field.valuePath});
     }
     return types;
+}
+
+/// Its positions are not the object's to tell.
+inline HeaderFields fieldsOf(const CHeaderData& header)
+{
+    return {.majorVersion = header.majorversion(),
+            .minorVersion = header.minorversion(),
+            .startFrequency = header.startFreq(),
+            .stopFrequency = header.stopFreq(),
+            .stepWidth = header.stepWidth(),
+            .minLevel = header.minLevel(),
+            .maxLevel = header.maxLevel(),
+            .startMs = header.startTS().getMilliSecs(),
+            .stopMs = header.stopTS().getMilliSecs(),
+            .jobId = {header.getJobID(), header.JobIDLength()},
+            .deviceName = {header.deviceName(), header.deviceNameLength()},
+            .deviceType = {header.deviceType(), header.deviceTypeLength()},
+            .automatic = header.isAutomaticRec()};
+}
+
+inline TypeFields fieldsOf(const S_TYPES& type)
+{
+    return {type.typeNumber, type.valueType, type.keyword, type.valuePath};
 }
 
 inline std::vector<TypeFields> fieldsOf(CVTTypesData& types)
 {
     std::vector<TypeFields> fields;
     for (const S_TYPES& type : types.get_vector()) {
-        fields.push_back({type.typeNumber, type.valueType, type.keyword, type.valuePath});
+        fields.push_back(fieldsOf(type));
     }
     return fields;
 }

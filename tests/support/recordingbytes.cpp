@@ -4,11 +4,22 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <ostream>
 #include <stdexcept>
 
 #include <QFile>
 
 namespace TestSupport {
+
+void PrintTo(const HeaderFields& header, std::ostream* out)
+{
+    *out << header.bytes();
+}
+
+void PrintTo(const TypeFields& type, std::ostream* out)
+{
+    *out << typeTableBytes({type});
+}
 
 ByteBuilder& ByteBuilder::number(std::int64_t value)
 {

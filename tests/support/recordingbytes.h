@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <iosfwd>
 #include <map>
 #include <set>
 #include <string>
@@ -55,7 +56,9 @@ struct HeaderFields {
     bool automatic = false;
 
     [[nodiscard]] std::string bytes() const;
+    bool operator==(const HeaderFields&) const = default;
 };
+void PrintTo(const HeaderFields& header, std::ostream* out);
 
 struct TypeFields {
     std::int32_t typeNumber = 0;
@@ -65,6 +68,7 @@ struct TypeFields {
 
     bool operator==(const TypeFields&) const = default;
 };
+void PrintTo(const TypeFields& type, std::ostream* out);
 
 /// The 500 bytes that a new file begins with.
 std::string headerArea();

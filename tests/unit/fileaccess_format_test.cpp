@@ -81,20 +81,7 @@ TEST_F(FileFormat, EveryHeaderFieldComesBack)
                         .deviceName = "N\xfcrnberg",
                         .deviceType = "17#",
                         .automatic = true};
-    const CHeaderData read = readBack(written(fields));
-    EXPECT_EQ(read.majorversion(), fields.majorVersion);
-    EXPECT_EQ(read.minorversion(), fields.minorVersion);
-    EXPECT_EQ(read.startFreq(), fields.startFrequency);
-    EXPECT_EQ(read.stopFreq(), fields.stopFrequency);
-    EXPECT_EQ(read.stepWidth(), fields.stepWidth);
-    EXPECT_EQ(read.minLevel(), fields.minLevel);
-    EXPECT_EQ(read.maxLevel(), fields.maxLevel);
-    EXPECT_EQ(read.startTS().getTimeStamp(), fields.startMs * 1'000);
-    EXPECT_EQ(read.stopTS().getTimeStamp(), fields.stopMs * 1'000);
-    EXPECT_EQ(std::string(read.getJobID()), fields.jobId);
-    EXPECT_EQ(std::string(read.deviceName()), fields.deviceName);
-    EXPECT_EQ(std::string(read.deviceType()), fields.deviceType);
-    EXPECT_TRUE(read.isAutomaticRec());
+    EXPECT_EQ(fieldsOf(readBack(written(fields))), fields);
 }
 
 TEST_F(FileFormat, NegativeLevelsAreWrittenWithAMinusAndComeBack)

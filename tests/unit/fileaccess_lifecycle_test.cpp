@@ -187,21 +187,8 @@ TEST_F(Lifecycle, NothingIsReadFromAFileOpenedForWriting)
 {
     const auto file = openForWriting("a.tmp");
     write(*file, 1, "data", 10);
-    CVTCmdData record = makeRecord(7, "kept");
-    CHeaderData header;
-    CVTTypesData types;
     file->readTables();
-    EXPECT_EQ(file->read(header), 0U);
-    EXPECT_EQ(file->read(types), 0U);
-    EXPECT_EQ(file->read(record), 0U);
-    EXPECT_EQ(file->read(record, 10), 0U);
-    EXPECT_EQ(file->readAndReturnTimeOfCurrentCmd(record), 0U);
-    EXPECT_EQ(file->readfirst(record), 0U);
-    EXPECT_EQ(file->readfirst(record, 0), 0U);
-    EXPECT_EQ(file->readnext(record), 0U);
-    EXPECT_EQ(file->readnext(record, 1), 0U);
-    EXPECT_EQ(file->readprev(record, 10), 0U);
-    EXPECT_EQ(dataOf(record), "kept");
+    expectReadsToAnswerZero(*file);
     close(*file);
     EXPECT_EQ(bytesOf("a.rec"), ReferenceRecording().record(1, "data", 10).close());
 }

@@ -195,14 +195,7 @@ TEST_F(Reading, ARecordThatReachesPastTheFileFailsTheStreamForGood)
     EXPECT_EQ(file->readnext(record), 20U);
     EXPECT_EQ(dataOf(record), "a");
     EXPECT_EQ(file->readnext(record), 0U);
-    CHeaderData kept = presetHeader();
-    CVTTypesData types;
-    EXPECT_EQ(file->read(kept), 0U);
-    EXPECT_EQ(kept.startFreq(), 7);
-    EXPECT_EQ(file->read(types), 0U);
-    EXPECT_EQ(file->readfirst(record), 0U);
-    EXPECT_EQ(file->read(record, 10), 0U);
-    EXPECT_EQ(file->readprev(record, 20), 0U);
+    expectReadsToAnswerZero(*file);
     EXPECT_NO_THROW(file->readTables());
     file->addBookmark(10, "a");
     EXPECT_FALSE(file->bookmarksAvailable());

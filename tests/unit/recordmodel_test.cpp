@@ -1,49 +1,29 @@
 // The objects of the interface: headers, records and type tables, copied, moved and searched.
 #include <type_traits>
 
-#include <recording2/fileaccess.h>
 #include <recording2/mappinggenerator.h>
-#include <recording2/recordmodel.h>
 
+#include "support/libraryobjects.h"
 #include "support/testing.h"
 
 using namespace Recording2;
 
 namespace {
 
+using TestSupport::dataOf;
+using TestSupport::fieldsOf;
+using TestSupport::TypeFields;
+
+const TestSupport::HeaderFields Full{.minorVersion = 1, .minLevel = -7, .automatic = true};
+
 CHeaderData fullHeader()
 {
-    CHeaderData header;
-    header.set_version(2, 1);
-    header.set_startFreq(1.5F);
-    header.set_stopFreq(2.5F);
-    header.set_stepWidth(0.25F);
-    header.set_minLevel(-7);
-    header.set_maxLevel(77);
-    header.set_deviceType("type");
-    header.set_deviceName("name");
-    header.setJobID("job");
-    header.set_startTS(CTimeStamp(1'000ULL));
-    header.set_stopTS(CTimeStamp(2'000ULL));
-    header.setAutomaticRec(true);
-    return header;
+    return TestSupport::makeHeader(Full);
 }
 
 void expectFull(const CHeaderData& header)
 {
-    EXPECT_EQ(header.majorversion(), 2);
-    EXPECT_EQ(header.minorversion(), 1);
-    EXPECT_EQ(header.startFreq(), 1.5F);
-    EXPECT_EQ(header.stopFreq(), 2.5F);
-    EXPECT_EQ(header.stepWidth(), 0.25F);
-    EXPECT_EQ(header.minLevel(), -7);
-    EXPECT_EQ(header.maxLevel(), 77);
-    EXPECT_STREQ(header.deviceType(), "type");
-    EXPECT_STREQ(header.deviceName(), "name");
-    EXPECT_STREQ(header.getJobID(), "job");
-    EXPECT_EQ(header.startTS().getTimeStamp(), 1'000U);
-    EXPECT_EQ(header.stopTS().getTimeStamp(), 2'000U);
-    EXPECT_TRUE(header.isAutomaticRec());
+    EXPECT_EQ(fieldsOf(header), Full);
 }
 
 }  // namespace
@@ -128,19 +108,9 @@ TEST(HeaderData, TheTimesReturnedAreCopies)
 
 namespace {
 
-std::string dataOf(const CVTCmdData& record)
-{
-    return {record.strData(), record.strDataLen()};
-}
-
 S_TYPES entry(std::int32_t number, const std::string& keyword)
 {
-    S_TYPES type;
-    type.typeNumber = number;
-    type.valueType = number + 100;
-    type.keyword = keyword;
-    type.valuePath = "/" + keyword;
-    return type;
+    return {number, number + 100, keyword, "/" + keyword};
 }
 
 }  // namespace
@@ -229,10 +199,7 @@ TEST(TypeTable, AFailedSearchLeavesTheOutputUntouched)
     EXPECT_EQ(types.find_type(1).valuePath, "");
     types.add_item(entry(2, "TWO"));
     EXPECT_FALSE(types.find_type(1, out));
-    EXPECT_EQ(out.typeNumber, 1);
-    EXPECT_EQ(out.valueType, 101);
-    EXPECT_EQ(out.keyword, "KEPT");
-    EXPECT_EQ(out.valuePath, "/KEPT");
+    EXPECT_EQ(fieldsOf(out), (TypeFields{1, 101, "KEPT", "/KEPT"}));
 }
 
 TEST(TypeTable, AFoundEntryIsCopiedWhole)
@@ -242,10 +209,7 @@ TEST(TypeTable, AFoundEntryIsCopiedWhole)
     types.add_item(entry(-2, "TWO"));
     S_TYPES out;
     ASSERT_TRUE(types.find_type(-2, out));
-    EXPECT_EQ(out.typeNumber, -2);
-    EXPECT_EQ(out.valueType, 98);
-    EXPECT_EQ(out.keyword, "TWO");
-    EXPECT_EQ(out.valuePath, "/TWO");
+    EXPECT_EQ(fieldsOf(out), (TypeFields{-2, 98, "TWO", "/TWO"}));
     out.keyword = "CHANGED";
     EXPECT_EQ(types.find_type(-2).keyword, "TWO");
 }
@@ -274,10 +238,7 @@ TEST(TypeTable, AMovedEntryArrivesWholeAlsoWhereItIsMovedOrAssignedToItself)
     EXPECT_EQ(type.keyword, keyword);
     S_TYPES& movable = type;
     type = std::move(movable);
-    EXPECT_EQ(type.typeNumber, 6);
-    EXPECT_EQ(type.valueType, 106);
-    EXPECT_EQ(type.keyword, keyword);
-    EXPECT_EQ(type.valuePath, "/" + keyword);
+    EXPECT_EQ(fieldsOf(type), (TypeFields{6, 106, keyword, "/" + keyword}));
 }
 
 TEST(TypeTable, IsPolymorphicWithADestructorThatIsNotVirtual)

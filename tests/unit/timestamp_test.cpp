@@ -77,12 +77,15 @@ TEST(TimeStamp, ACopyOfANullStampIsNotNullAndHoldsZero)
     EXPECT_TRUE(copy == null);
 }
 
-TEST(TimeStamp, ACopyDoesNotShareItsTime)
+TEST(TimeStamp, ACopyAndAnAssignedStampDoNotShareTheirTime)
 {
-    CTimeStamp original = us(1'000);
-    const CTimeStamp copy(original);
-    original.setTime_ts(2'000);
-    EXPECT_EQ(copy.getTimeStamp(), 1'000U);
+    CTimeStamp source = us(5);
+    const CTimeStamp copy(source);
+    CTimeStamp target;
+    target = source;
+    source.setTime_ts(6);
+    EXPECT_EQ(copy.getTimeStamp(), 5U);
+    EXPECT_EQ(target.getTimeStamp(), 5U);
 }
 
 TEST(TimeStamp, A32BitNumberIsMillisecondsComputedIn64BitsAndA64BitNumberMicroseconds)
@@ -106,23 +109,13 @@ TEST(TimeStamp, ADateIsMidnightUtcAndADateTimeOfAnyZoneIsUtcWithoutMilliseconds)
 TEST(TimeStamp, ADateTimeAssignedLosesItsMillisecondsToo)
 {
     const QDateTime time(QDate(1970, 1, 1), QTime(0, 0, 3, 999), Qt::UTC);
-    CTimeStamp null;
-    null = time;
-    EXPECT_EQ(null.getTimeStamp(), 3'000'000U);
-    CTimeStamp set = us(1);
-    set = time;
-    EXPECT_EQ(set.getTimeStamp(), 3'000'000U);
+    for (CTimeStamp stamp : {CTimeStamp(), us(1)}) {
+        stamp = time;
+        EXPECT_EQ(stamp.getTimeStamp(), 3'000'000U);
+    }
 }
 
-TEST(TimeStamp, ADateTimeOfTheEpochAssignedToANullStampAllocates)
-{
-    CTimeStamp null;
-    null = QDateTime(QDate(1970, 1, 1), QTime(0, 0), Qt::UTC);
-    EXPECT_FALSE(isNull(null));
-    EXPECT_EQ(null.getTimeStamp(), 0U);
-}
-
-TEST(TimeStamp, AZeroStampAssignedToANullStampLeavesItNullAndAnotherAllocates)
+TEST(TimeStamp, AZeroStampAssignedToANullStampLeavesItNullAndAnotherOrTheEpochAsADateTimeAllocates)
 {
     CTimeStamp null;
     null = us(0);
@@ -132,6 +125,10 @@ TEST(TimeStamp, AZeroStampAssignedToANullStampLeavesItNullAndAnotherAllocates)
     null = us(5);
     EXPECT_FALSE(isNull(null));
     EXPECT_EQ(null.getTimeStamp(), 5U);
+    CTimeStamp epoch;
+    epoch = QDateTime(QDate(1970, 1, 1), QTime(0, 0), Qt::UTC);
+    EXPECT_FALSE(isNull(epoch));
+    EXPECT_EQ(epoch.getTimeStamp(), 0U);
 }
 
 TEST(TimeStamp, AStampAssignedToItselfChangesNothingAndANullStampAssignedMakesItZeroButNotNull)
@@ -143,15 +140,6 @@ TEST(TimeStamp, AStampAssignedToItselfChangesNothingAndANullStampAssignedMakesIt
     stamp = CTimeStamp();
     EXPECT_FALSE(isNull(stamp));
     EXPECT_EQ(stamp.getTimeStamp(), 0U);
-}
-
-TEST(TimeStamp, AnAssignedStampDoesNotShareItsTime)
-{
-    CTimeStamp source = us(5);
-    CTimeStamp target;
-    target = source;
-    source.setTime_ts(6);
-    EXPECT_EQ(target.getTimeStamp(), 5U);
 }
 
 TEST(TimeStamp, SettingTheTimeOfANullStampAllocatesEvenForZero)
@@ -239,24 +227,20 @@ TEST(TimeStamp, AddingMillisecondsLeavesTheStampItselfAndNeverGoesBelowTheEpochN
 
 TEST(TimeStamp, ComparisonsAreThoseOfUnsigned64BitNumbers)
 {
+    const auto expectRising = [](const CTimeStamp& low, const CTimeStamp& high) {
+        EXPECT_TRUE(low < high && low <= high && low != high && high > low && high >= low) << low.getTimeStamp();
+        EXPECT_FALSE(high < low || high <= low || low == high || low > high || low >= high) << low.getTimeStamp();
+    };
+    const auto expectEqual = [](const CTimeStamp& one, const CTimeStamp& other) {
+        EXPECT_TRUE(one == other && one <= other && one >= other) << one.getTimeStamp();
+        EXPECT_FALSE(one != other || one < other || one > other) << one.getTimeStamp();
+    };
     const CTimeStamp null;
-    const CTimeStamp small = us(1);
     const CTimeStamp huge = us(18'446'744'073'709'551'615ULL);
-    EXPECT_TRUE(null < small);
-    EXPECT_TRUE(small < huge);
-    EXPECT_FALSE(huge < small);
-    EXPECT_TRUE(small <= small);
-    EXPECT_TRUE(small >= small);
-    EXPECT_TRUE(huge > small);
-    EXPECT_FALSE(small > huge);
-    EXPECT_TRUE(small <= huge);
-    EXPECT_FALSE(huge <= small);
-    EXPECT_TRUE(huge >= small);
-    EXPECT_FALSE(small >= huge);
-    EXPECT_TRUE(null <= us(0));
-    EXPECT_TRUE(null >= us(0));
-    EXPECT_FALSE(null > us(0));
-    EXPECT_TRUE(small != huge);
+    expectRising(null, us(1));
+    expectRising(us(1), huge);
+    expectEqual(us(1), us(1));
+    expectEqual(null, us(0));
 }
 
 TEST(TimeStamp, TheTwoFixedTextFormsAreUtcAndTheFormatMayTakeAnOffset)

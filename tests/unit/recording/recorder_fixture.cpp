@@ -3,6 +3,8 @@
 
 #include <recording2/fileaccess_p.h>
 
+#include "support/libraryobjects.h"
+
 void Recording2::FileAccessTestPeer::failWriting(CFileAccess& file)
 {
     file.d->shared->growing->file().fail(System::InvalidPosition);
@@ -20,7 +22,7 @@ void expectSameRecords(CFileAccess& file, const ParsedRecording& expected)
         const unsigned long long next = i + 1 < expected.records.size() ? expected.records[i + 1].time : 0;
         ASSERT_EQ(file.read(record, wanted.time), next) << "record " << i;
         ASSERT_EQ(record.cmd(), wanted.code) << "record " << i;
-        ASSERT_EQ(std::string(record.strData(), record.strDataLen()), wanted.data) << "record " << i;
+        ASSERT_EQ(TestSupport::dataOf(record), wanted.data) << "record " << i;
     }
 }
 
@@ -28,27 +30,20 @@ void expectSameTypes(CFileAccess& file, const ParsedRecording& expected)
 {
     CVTTypesData types;
     ASSERT_EQ(file.read(types), 1ULL);
-    ASSERT_EQ(types.get_vector().size(), expected.types.size());
-    for (std::size_t i = 0; i < expected.types.size(); ++i) {
-        EXPECT_EQ(types.get_vector()[i].typeNumber, expected.types[i].typeNumber);
-        EXPECT_EQ(types.get_vector()[i].keyword, expected.types[i].keyword);
-        EXPECT_EQ(types.get_vector()[i].valuePath, expected.types[i].valuePath);
-    }
+    EXPECT_EQ(TestSupport::fieldsOf(types), expected.types);
 }
 
 void expectSameHeader(CFileAccess& file, const ParsedRecording& expected)
 {
     CHeaderData header;
     ASSERT_EQ(file.read(header), 1ULL);
-    EXPECT_EQ(header.startFreq(), expected.header.startFrequency);
-    EXPECT_EQ(header.stopFreq(), expected.header.stopFrequency);
-    EXPECT_EQ(header.minLevel(), expected.header.minLevel);
-    EXPECT_EQ(header.maxLevel(), expected.header.maxLevel);
-    EXPECT_EQ(header.startTS().getMilliSecs(), expected.header.startMs);
-    EXPECT_EQ(header.stopTS().getMilliSecs(), expected.header.stopMs);
-    EXPECT_EQ(header.getJobID(), expected.header.jobId);
-    EXPECT_EQ(header.deviceName(), expected.header.deviceName);
-    EXPECT_EQ(header.deviceType(), expected.header.deviceType);
+    TestSupport::HeaderFields read = TestSupport::fieldsOf(header);
+    for (const auto position : {&TestSupport::HeaderFields::typeTable, &TestSupport::HeaderFields::firstRecord,
+                                &TestSupport::HeaderFields::timeTable, &TestSupport::HeaderFields::channelRangeTable,
+                                &TestSupport::HeaderFields::bookmarkTable}) {
+        read.*position = expected.header.*position;
+    }
+    EXPECT_EQ(read, expected.header);
 }
 
 }  // namespace
