@@ -86,9 +86,7 @@ TEST_F(RecorderCapture, AnotherObserverReadsTheSameText)
 TEST_F(RecorderCapture, AnEmptyTextIsNoRecord)
 {
     station.tree.Remove("/LEVEL");
-    auto made = std::make_unique<ScriptedValue>();
-    ScriptedValue& scripted = *made;
-    station.insert("/LEVEL", std::move(made));
+    auto& scripted = station.add<ScriptedValue>("/LEVEL");
     startRecorder();
     scripted.change("", TChangeCode::ValueChanged);
     scripted.change("x", TChangeCode::ValueChanged);
@@ -129,10 +127,8 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_P(RecorderFlags, TellWhichChangesAreChannelRangeDefinitions)
 {
     station.configure(QString(), QString("%1 = \"/Value\"").arg(QString::fromLatin1(GetParam().keyword)));
+    auto& value = station.add<ScriptedValue>("/Value");
     // The IF spectrum is taken into a recording only in the modes that have one.
-    auto made = std::make_unique<ScriptedValue>();
-    ScriptedValue& value = *made;
-    station.insert("/Value", std::move(made));
     Peer::modeKey(makeRecorder()) = GetParam().id == 2 ? 23 : 0;
     start();
     value.change(GetParam().text, GetParam().code);

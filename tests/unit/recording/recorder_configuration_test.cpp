@@ -31,11 +31,11 @@ protected:
 TEST_F(RecorderConfiguration, AnEmptyInstanceNameReadsNoConfiguration)
 {
     makeRecorder(QString());
-    EXPECT_EQ(Peer::valuePath(recorder()), "/Devices/NoName_Driver");
-    EXPECT_EQ(Peer::statusValuePath(recorder()), "/Devices/RecStatus");
+    EXPECT_EQ(Peer::configuration(recorder()).valuePath, "/Devices/NoName_Driver");
+    EXPECT_EQ(Peer::configuration(recorder()).statusValuePath, "/Devices/RecStatus");
     EXPECT_EQ(keywords().size(), 48);
-    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::currentPath());
-    EXPECT_EQ(Peer::maxFileLength(recorder()), 0);
+    EXPECT_EQ(Peer::configuration(recorder()).recordingPath, QDir::currentPath());
+    EXPECT_EQ(Peer::configuration(recorder()).maxFileLength, 0);
     EXPECT_NE(station.tree.Find("/Devices/NoName_Driver/REC_STATUS"), nullptr);
     EXPECT_NE(station.tree.Find("/Devices/RecStatus/REC_FILENAME"), nullptr);
 }
@@ -46,9 +46,9 @@ TEST_F(RecorderConfiguration, AnInstanceWithoutConfigurationGetsTheBuiltInDefaul
     makeRecorder("Nobody");
     EXPECT_EQ(keywords().size(), 48);
     // Nothing gave a status path, and an empty one moves the value path.
-    EXPECT_EQ(Peer::valuePath(recorder()), "/Devices/RecStatus");
-    EXPECT_EQ(Peer::statusValuePath(recorder()), QString());
-    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::currentPath());
+    EXPECT_EQ(Peer::configuration(recorder()).valuePath, "/Devices/RecStatus");
+    EXPECT_EQ(Peer::configuration(recorder()).statusValuePath, QString());
+    EXPECT_EQ(Peer::configuration(recorder()).recordingPath, QDir::currentPath());
     EXPECT_EQ(log.lines().size(), 1U) << "nothing but the construction is traced";
 }
 
@@ -56,13 +56,13 @@ TEST_F(RecorderConfiguration, AConfigurationWithoutKeysGivesTheDefaultsOfTheKeys
 {
     load("[Rx]\n");
     makeRecorder();
-    EXPECT_EQ(Peer::valuePath(recorder()), "/Devices/NoName_Driver");
-    EXPECT_EQ(Peer::statusValuePath(recorder()), "/DEVICES/RECSTATUS");
-    EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
-    EXPECT_FALSE(Peer::fileNameFormat83(recorder()));
-    EXPECT_EQ(Peer::maxFileLength(recorder()), 10'000'000);
-    EXPECT_EQ(Peer::fileExpandingSize(recorder()), 9'000'000);
-    EXPECT_EQ(Peer::diskExpandingSize(recorder()), 100'000'000);
+    EXPECT_EQ(Peer::configuration(recorder()).valuePath, "/Devices/NoName_Driver");
+    EXPECT_EQ(Peer::configuration(recorder()).statusValuePath, "/DEVICES/RECSTATUS");
+    EXPECT_EQ(Peer::configuration(recorder()).recordingPath, defaultDirectory());
+    EXPECT_FALSE(Peer::configuration(recorder()).fileNameFormat83);
+    EXPECT_EQ(Peer::configuration(recorder()).maxFileLength, 10'000'000);
+    EXPECT_EQ(Peer::configuration(recorder()).fileExpandingSize, 9'000'000);
+    EXPECT_EQ(Peer::configuration(recorder()).diskExpandingSize, 100'000'000);
 }
 
 TEST_F(RecorderConfiguration, EveryKeyIsRead)
@@ -70,21 +70,21 @@ TEST_F(RecorderConfiguration, EveryKeyIsRead)
     station.configure(
         "RecFileNameFormat83 = true\nMaxFileLength = 1\nFileExpandingSize = 2\nDiskExpandingSize = \"3\"");
     makeRecorder();
-    EXPECT_EQ(Peer::valuePath(recorder()), "/Devices/Rx1");
-    EXPECT_EQ(Peer::statusValuePath(recorder()), "/Status/Rx1");
-    EXPECT_EQ(Peer::recordingPath(recorder()), station.directory());
-    EXPECT_TRUE(Peer::fileNameFormat83(recorder()));
-    EXPECT_EQ(Peer::maxFileLength(recorder()), 1);
-    EXPECT_EQ(Peer::fileExpandingSize(recorder()), 2);
-    EXPECT_EQ(Peer::diskExpandingSize(recorder()), 3);
+    EXPECT_EQ(Peer::configuration(recorder()).valuePath, "/Devices/Rx1");
+    EXPECT_EQ(Peer::configuration(recorder()).statusValuePath, "/Status/Rx1");
+    EXPECT_EQ(Peer::configuration(recorder()).recordingPath, station.directory());
+    EXPECT_TRUE(Peer::configuration(recorder()).fileNameFormat83);
+    EXPECT_EQ(Peer::configuration(recorder()).maxFileLength, 1);
+    EXPECT_EQ(Peer::configuration(recorder()).fileExpandingSize, 2);
+    EXPECT_EQ(Peer::configuration(recorder()).diskExpandingSize, 3);
 }
 
 TEST_F(RecorderConfiguration, AnEmptyStatusValuePathMovesTheValuePathAndStaysEmpty)
 {
     load("[Rx]\nValuePath = \"/Devices/Rx1\"\nStatusValuePath = \"\"\n");
     makeRecorder();
-    EXPECT_EQ(Peer::valuePath(recorder()), "/Devices/RecStatus");
-    EXPECT_EQ(Peer::statusValuePath(recorder()), QString());
+    EXPECT_EQ(Peer::configuration(recorder()).valuePath, "/Devices/RecStatus");
+    EXPECT_EQ(Peer::configuration(recorder()).statusValuePath, QString());
     for (const char* name : {"/REC_FILENAME", "/REC_FILEPATH", "/REC_FILEGUID", "/REC_FILENAMEFORMAT83", "/REC_HEADER",
                              "/REC_UNCFILEPATH", "/REC_ZELVOFILEPATH", "/REC_DF"}) {
         EXPECT_NE(station.tree.Find(name), nullptr) << name;
@@ -100,12 +100,12 @@ TEST_F(RecorderConfiguration, AMissingRecordingDirectoryIsReplacedAndTracedWhere
     {
         const TraceLog none(~ErrorHandler::RecordingTraces);
         makeRecorder();
-        EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
+        EXPECT_EQ(Peer::configuration(recorder()).recordingPath, defaultDirectory());
         EXPECT_THAT(none.lines(), IsEmpty());
     }
     const TraceLog log;
     makeRecorder();
-    EXPECT_EQ(Peer::recordingPath(recorder()), defaultDirectory());
+    EXPECT_EQ(Peer::configuration(recorder()).recordingPath, defaultDirectory());
     const auto* line = log.find(QString("CRecording::Init() - Cannot find the <%1> directory, set it to <%2>")
                                     .arg(missing, defaultDirectory()));
     ASSERT_NE(line, nullptr);
@@ -119,16 +119,16 @@ TEST_F(RecorderConfiguration, AMissingDefaultDirectoryIsKept)
     const Environment temporary("TMPDIR", missing.toUtf8());  // Windows has one default, there or not
     load("[Rx]\nRecordingPath = \"/no/such/directory\"\n");
     makeRecorder();
-    EXPECT_EQ(Peer::recordingPath(recorder()), Windows ? defaultDirectory() : missing);
+    EXPECT_EQ(Peer::configuration(recorder()).recordingPath, Windows ? defaultDirectory() : missing);
 }
 
 TEST_F(RecorderConfiguration, AnEmptyRecordingPathBecomesTheCurrentDirectory)
 {
     load("[Rx]\nRecordingPath = \"\"\n");
     makeRecorder();
-    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::currentPath());
+    EXPECT_EQ(Peer::configuration(recorder()).recordingPath, QDir::currentPath());
     makeRecorder(QString());
-    EXPECT_EQ(Peer::recordingPath(recorder()), QDir::currentPath());
+    EXPECT_EQ(Peer::configuration(recorder()).recordingPath, QDir::currentPath());
 }
 
 class DiskExpandingSize : public RecorderConfiguration,
@@ -139,7 +139,7 @@ TEST_P(DiskExpandingSize, IsTheLeadingNumberOfItsText)
     const auto& [text, expected] = GetParam();
     station.configure(QString("DiskExpandingSize = \"%1\"").arg(QString::fromLatin1(text)));
     makeRecorder();
-    EXPECT_EQ(Peer::diskExpandingSize(recorder()), expected);
+    EXPECT_EQ(Peer::configuration(recorder()).diskExpandingSize, expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(Texts, DiskExpandingSize,

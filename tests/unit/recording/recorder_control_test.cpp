@@ -191,11 +191,11 @@ TEST_F(RecorderControl, TheShortNameFlagFollowsItsValueAndChangesNoName)
 {
     makeRecorder();
     station.value<Flag>("/Status/Rx1/REC_FILENAMEFORMAT83").SetValue(true);
-    EXPECT_TRUE(Peer::fileNameFormat83(recorder()));
+    EXPECT_TRUE(Peer::configuration(recorder()).fileNameFormat83);
     station.switchOn();
     EXPECT_TRUE(QFileInfo(station.fileName()).fileName().startsWith("North_Site__RX_1__2018-09-19"));
     station.value<Flag>("/Status/Rx1/REC_FILENAMEFORMAT83").SetValue(false);
-    EXPECT_FALSE(Peer::fileNameFormat83(recorder()));
+    EXPECT_FALSE(Peer::configuration(recorder()).fileNameFormat83);
 }
 
 TEST_F(RecorderControl, APathWithoutTmpLeavesTheFileNameAtStop)

@@ -16,9 +16,7 @@ protected:
         station.configure(QString(), "ALTITUDE = \"/Before\"\nLEVEL = \"/LEVEL\"\nROLL = \"/After\"");
         station.add<Number>("/Before");
         station.add<Number>("/After");
-        auto made = std::make_unique<ScriptedValue>();
-        m_scripted = made.get();
-        station.insert("/LEVEL", std::move(made));
+        m_scripted = &station.add<ScriptedValue>("/LEVEL");
         makeRecorder();
     }
 

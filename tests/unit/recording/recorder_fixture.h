@@ -34,19 +34,7 @@ public:
     static double& frequencyOffset(CRecording& recorder) { return recorder.m_tracker.m_frequencyOffset; }
     static std::int32_t& minLevel(CRecording& recorder) { return *recorder.m_tracker.m_range.minLevel; }
     static std::int32_t& maxLevel(CRecording& recorder) { return *recorder.m_tracker.m_range.maxLevel; }
-    static bool fileNameFormat83(const CRecording& recorder) { return recorder.m_configuration.fileNameFormat83; }
-    static std::int32_t maxFileLength(const CRecording& recorder) { return recorder.m_configuration.maxFileLength; }
-    static std::int32_t fileExpandingSize(const CRecording& recorder)
-    {
-        return recorder.m_configuration.fileExpandingSize;
-    }
-    static std::int64_t diskExpandingSize(const CRecording& recorder)
-    {
-        return recorder.m_configuration.diskExpandingSize;
-    }
-    static QString valuePath(const CRecording& recorder) { return recorder.m_configuration.valuePath; }
-    static QString statusValuePath(const CRecording& recorder) { return recorder.m_configuration.statusValuePath; }
-    static QString recordingPath(const CRecording& recorder) { return recorder.m_configuration.recordingPath; }
+    static const auto& configuration(const CRecording& recorder) { return recorder.m_configuration; }
     static QString currentFileName(const CRecording& recorder) { return recorder.m_currentFileName; }
     static bool isRecording(const CRecording& recorder) { return recorder.m_file != nullptr; }
     /// Puts a file of any name in the place of the open one.
@@ -122,6 +110,12 @@ protected:
     [[nodiscard]] bool hasKeyword(const char* keyword) const;
     [[nodiscard]] bool hasInactiveKeyword(const char* keyword) const;
 
+    template <typename T>
+    [[nodiscard]] T& at(const char* path) const
+    {
+        return station.value<T>(path);
+    }
+
     Station station;
 
 private:
@@ -133,11 +127,6 @@ class FullStationTest : public RecorderTest {
 protected:
     FullStationTest() { station.addAllKeywords(); }
 
-    template <typename T>
-    [[nodiscard]] T& at(const char* path) const
-    {
-        return station.value<T>(path);
-    }
     [[nodiscard]] Number& level() const { return at<Number>("/LEVEL"); }
     [[nodiscard]] LevelMap& rfSpectrum() const { return at<LevelMap>("/Devices/Rx1/Scn/RfSpectrum"); }
     [[nodiscard]] LevelMap& ifSpectrum() const { return at<LevelMap>("/IfMapping"); }

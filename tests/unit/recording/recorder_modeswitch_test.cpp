@@ -1,6 +1,4 @@
 // The mode switch: which of two spectra is recorded, and what several recorders do to one.
-#include <algorithm>
-
 #include "recorder_fixture.h"
 
 namespace RecorderTests {
@@ -97,8 +95,7 @@ TEST_F(RecorderModeSwitch, ADroppedSpectrumIsNotAnInitialStateOfTheNextFile)
     const ParsedRecording recording = stopAndRead();
     EXPECT_THAT(recordsOf(recording, 1), IsEmpty());
     EXPECT_THAT(recordsOf(recording, 2), SizeIs(1));
-    EXPECT_TRUE(std::none_of(recording.types.begin(), recording.types.end(),
-                             [](const auto& type) { return type.typeNumber == 1; }));
+    EXPECT_THAT(recording.types, Not(Contains(Field(&TestSupport::TypeFields::typeNumber, 1))));
     mode().SelectKey(5);
     start();
     EXPECT_THAT(recordsOf(stopAndRead(), 1), SizeIs(1)) << "and is taken back at a start";

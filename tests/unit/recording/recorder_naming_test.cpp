@@ -19,6 +19,8 @@ protected:
     }
     void setCaption(const QString& caption) const { station.value<Text>("/DEVICE_CAPTION").SetValue(caption); }
     const Zone zone{"Europe/Berlin"};
+    /// Of a station and a moment that the test did not change.
+    const QString Stem = "North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00";
 };
 
 struct Name {
@@ -63,7 +65,7 @@ TEST_F(RecorderNaming, NamesTellTheClockWhateverTimeRecordsHave)
 {
     makeRecorder();
     CTimeStamp::SetCts(CTimeStamp::cts().getTimeStamp() + 3'600'000'000ULL);
-    EXPECT_EQ(startedName(), "North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00.tmp");
+    EXPECT_EQ(startedName(), Stem + ".tmp");
     CTimeStamp::SetCts(0);
 }
 
@@ -124,18 +126,17 @@ bool plant(const QString& target, const QString& name)
 
 TEST_F(RecorderNaming, WhatIsPutUnderTheNameMeanwhileIsNeverOpened)
 {
-    const QString stem = "North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00";
     const QString victim = station.file("victim");
     TestSupport::writeFile(victim, "precious");
     const QString nowhere = station.file("nowhere");
-    ASSERT_TRUE(plant(victim, station.file(stem + ".tmp")));
-    ASSERT_TRUE(plant(nowhere, station.file(stem + "_2.tmp")));
-    ASSERT_TRUE(plant(victim, station.file(stem + "_3.tmp.journal")));
-    ASSERT_TRUE(plant(nowhere, station.file(stem + "_4.rec")));
-    ASSERT_TRUE(QDir(station.directory()).mkdir(stem + "_5.tmp"));
-    ASSERT_TRUE(QDir(station.directory()).mkdir(stem + "_6.tmp.journal"));
+    ASSERT_TRUE(plant(victim, station.file(Stem + ".tmp")));
+    ASSERT_TRUE(plant(nowhere, station.file(Stem + "_2.tmp")));
+    ASSERT_TRUE(plant(victim, station.file(Stem + "_3.tmp.journal")));
+    ASSERT_TRUE(plant(nowhere, station.file(Stem + "_4.rec")));
+    ASSERT_TRUE(QDir(station.directory()).mkdir(Stem + "_5.tmp"));
+    ASSERT_TRUE(QDir(station.directory()).mkdir(Stem + "_6.tmp.journal"));
     makeRecorder();
-    EXPECT_EQ(startedName(), stem + "_7.tmp");
+    EXPECT_EQ(startedName(), Stem + "_7.tmp");
     station.switchOff();
     EXPECT_FALSE(QFile::exists(nowhere));
     EXPECT_EQ(TestSupport::readFile(victim), "precious");
@@ -254,8 +255,7 @@ TEST_F(RecorderNaming, AnotherRecordingOfTheSameSecondGetsANumber)
 TEST_F(RecorderNaming, ANameThatAnotherRecordingGetsBetweenLookAndMakingLeadsToTheNext)
 {
     makeRecorder();
-    const QString stem = "North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00";
-    const QString other = station.file(stem + ".rec");
+    const QString other = station.file(Stem + ".rec");
     {
         // The final name is shown when it was looked at and before the file is made.
         const Listener listener(*station.tree.Find("/Status/Rx1/REC_UNCFILEPATH"),
@@ -264,19 +264,19 @@ TEST_F(RecorderNaming, ANameThatAnotherRecordingGetsBetweenLookAndMakingLeadsToT
                                         TestSupport::writeFile(other, "precious");
                                     }
                                 });
-        EXPECT_EQ(startedName(), stem + "_2.tmp");
+        EXPECT_EQ(startedName(), Stem + "_2.tmp");
     }
     station.switchOff();
-    EXPECT_THAT(station.files(), testing::UnorderedElementsAre(stem + ".rec", stem + "_2.rec"));
+    EXPECT_THAT(station.files(), testing::UnorderedElementsAre(Stem + ".rec", Stem + "_2.rec"));
     EXPECT_EQ(TestSupport::readFile(other), "precious");
 }
 
 TEST_F(RecorderNaming, AnUnfinishedRecordingOfTheSameSecondIsNotDestroyed)
 {
-    const QString name = station.file("North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00.tmp");
+    const QString name = station.file(Stem + ".tmp");
     TestSupport::writeFile(name, "precious");
     makeRecorder();
-    EXPECT_EQ(startedName(), "North_Site__RX_1__2018-09-19__12-03-07_UTC+02-00_2.tmp");
+    EXPECT_EQ(startedName(), Stem + "_2.tmp");
     station.switchOff();
     EXPECT_EQ(TestSupport::readFile(name), "precious");
 }

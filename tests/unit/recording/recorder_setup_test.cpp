@@ -35,12 +35,12 @@ TEST_F(RecorderSetup, PublishesTheStatusValues)
     EXPECT_TRUE(station.value<Flag>("/Devices/Rx1/REC_LOADED").GetValue());
     const auto& status = station.value<Selection>("/Devices/Rx1/REC_STATUS");
     ASSERT_EQ(status.GetItems().size(), 2U);
-    EXPECT_EQ(status.GetItems()[0]->GetName(), "Off");
-    EXPECT_EQ(status.GetItems()[0]->GetKey(), 0);
-    EXPECT_EQ(status.GetItems()[0]->GetValue(), 0.0);
-    EXPECT_EQ(status.GetItems()[1]->GetName(), "On");
-    EXPECT_EQ(status.GetItems()[1]->GetKey(), 1);
-    EXPECT_EQ(status.GetItems()[1]->GetValue(), 1.0);
+    const auto item = [&status](std::size_t number) {
+        const auto& found = *status.GetItems()[number];
+        return std::tuple(found.GetName(), found.GetKey(), found.GetValue());
+    };
+    EXPECT_EQ(item(0), std::tuple("Off", 0, 0.0));
+    EXPECT_EQ(item(1), std::tuple("On", 1, 1.0));
     EXPECT_EQ(status.GetText(), "Off");
     EXPECT_EQ(station.value<Text>("/Status/Rx1/REC_FILEPATH").GetValue(), station.directory());
     EXPECT_TRUE(station.value<Flag>("/Status/Rx1/REC_FILENAMEFORMAT83").GetValue());
@@ -183,13 +183,8 @@ TEST_F(RecorderSetup, ConstructionAndDestructionAreTraced)
     const TraceLog log;
     makeRecorder();
     destroyRecorder();
-    ASSERT_EQ(log.lines().size(), 2U);
-    EXPECT_EQ(log.lines()[0].text, "CRecording::CRecording");
-    EXPECT_EQ(log.lines()[0].line, 152);
-    EXPECT_EQ(log.lines()[0].source, Source);
-    EXPECT_EQ(log.lines()[1].text, "CRecording::~CRecording");
-    EXPECT_EQ(log.lines()[1].line, 175);
-    EXPECT_EQ(log.lines()[1].source, Source);
+    EXPECT_THAT(log.lines(), ElementsAre(FieldsAre("CRecording::CRecording", Source, 152),
+                                         FieldsAre("CRecording::~CRecording", Source, 175)));
 }
 
 TEST_F(RecorderSetup, NothingIsTracedWithoutTheTraceBit)

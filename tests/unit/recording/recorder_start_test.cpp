@@ -6,14 +6,10 @@ namespace RecorderTests {
 namespace {
 
 using namespace testing;
+using TestSupport::TypeFields;
 
 class RecorderStart : public RecorderTest {
 protected:
-    template <typename T>
-    [[nodiscard]] T& at(const char* path) const
-    {
-        return station.value<T>(path);
-    }
     /// A device in an IF mode whose scan range follows the span when a recording starts.
     void addDeviceInIfMode()
     {
@@ -75,9 +71,7 @@ TEST_F(RecorderStart, TheTypeTableStandsAtOffset500InTheOrderOfTheKeywords)
     EXPECT_TRUE(std::is_sorted(recording.types.begin(), recording.types.end(),
                                [](const auto& a, const auto& b) { return a.keyword < b.keyword; }));
     for (const char* missing : {"DEVICENAME", "DEVICETYPE", "IFSPECTRUM", "DFSPECTRUM"}) {
-        EXPECT_TRUE(std::none_of(recording.types.begin(), recording.types.end(), [missing](const auto& type) {
-            return type.keyword == missing;
-        })) << missing;
+        EXPECT_THAT(recording.types, Not(Contains(Field(&TypeFields::keyword, missing))));
     }
 }
 
@@ -85,20 +79,14 @@ TEST_F(RecorderStart, TypesNameNumberKindKeywordAndPath)
 {
     station.addAllKeywords();
     startRecorder();
-    const ParsedRecording recording = stopAndRead();
-    const auto type = [&recording](const std::string& keyword) {
-        return *std::find_if(recording.types.begin(), recording.types.end(),
-                             [&keyword](const auto& entry) { return entry.keyword == keyword; });
-    };
-    using Fields = TestSupport::TypeFields;
-    EXPECT_EQ(type("RFSPECTRUM"), (Fields{1, 6, "RFSPECTRUM", "/Devices/Rx1/Scn/RfSpectrum"}));
-    EXPECT_EQ(type("SQUELCHSTATE"), (Fields{17, 1, "SQUELCHSTATE", "/Devices/Rx1/Mon/SquelchState"}));
-    EXPECT_EQ(type("ANTENNA"), (Fields{9, 2, "ANTENNA", "/Devices/Rx1/Mon/Antenna"}));
-    EXPECT_EQ(type("LEVEL"), (Fields{36, 3, "LEVEL", "/LEVEL"}));
-    EXPECT_EQ(type("FREQUENCY"), (Fields{46, 4, "FREQUENCY", "/FREQUENCY"}));
-    EXPECT_EQ(type("DRVCOMMANDS"), (Fields{3, 5, "DRVCOMMANDS", "/Devices/Rx1/Gen/DRVCOMMANDS"}));
-    EXPECT_EQ(type("DEVICE_CAPTION"), (Fields{47, 2, "DEVICE_CAPTION", "/DEVICE_CAPTION"}));
-    EXPECT_EQ(type("DFSPECTRUMSAMPLE"), (Fields{48, 2, "DFSPECTRUMSAMPLE", "/DEVICE_CAPTION"}));
+    EXPECT_THAT(stopAndRead().types,
+                IsSupersetOf({TypeFields{1, 6, "RFSPECTRUM", "/Devices/Rx1/Scn/RfSpectrum"},
+                              TypeFields{17, 1, "SQUELCHSTATE", "/Devices/Rx1/Mon/SquelchState"},
+                              TypeFields{9, 2, "ANTENNA", "/Devices/Rx1/Mon/Antenna"},
+                              TypeFields{36, 3, "LEVEL", "/LEVEL"}, TypeFields{46, 4, "FREQUENCY", "/FREQUENCY"},
+                              TypeFields{3, 5, "DRVCOMMANDS", "/Devices/Rx1/Gen/DRVCOMMANDS"},
+                              TypeFields{47, 2, "DEVICE_CAPTION", "/DEVICE_CAPTION"},
+                              TypeFields{48, 2, "DFSPECTRUMSAMPLE", "/DEVICE_CAPTION"}}));
 }
 
 TEST_F(RecorderStart, TypeTableStringsAreLatin1)
@@ -140,12 +128,8 @@ TEST_F(RecorderStart, ANewTypeTableIsWrittenForEveryFileAndItsSpectrum)
     const ParsedRecording recording = stopAndRead();
     EXPECT_THAT(recordsOf(recording, 2), SizeIs(1));
     EXPECT_THAT(recordsOf(recording, 1), IsEmpty());
-    EXPECT_EQ(std::count_if(recording.types.begin(), recording.types.end(),
-                            [](const auto& type) { return type.typeNumber == 2; }),
-              1);
-    EXPECT_EQ(std::count_if(recording.types.begin(), recording.types.end(),
-                            [](const auto& type) { return type.typeNumber == 1; }),
-              0);
+    EXPECT_THAT(recording.types, Contains(Field(&TypeFields::typeNumber, 2)).Times(1));
+    EXPECT_THAT(recording.types, Not(Contains(Field(&TypeFields::typeNumber, 1))));
 }
 
 TEST_F(RecorderStart, InitialStatesLandOnTheMillisecondsFrom10On)
@@ -191,9 +175,7 @@ TEST_F(RecorderStart, OnlyInitialStatesOfMapsAreChannelRangeDefinitions)
 TEST_F(RecorderStart, AnEmptyStateIsNotWritten)
 {
     station.configure(QString(), "ALTITUDE = \"/Empty\"\nLEVEL = \"/LEVEL\"");
-    auto empty = std::make_unique<ScriptedValue>();
-    empty->state.clear();
-    station.insert("/Empty", std::move(empty));
+    station.add<ScriptedValue>("/Empty").state.clear();
     station.add<Number>("/LEVEL");
     startRecorder();
     const ParsedRecording recording = stopAndRead();
@@ -205,10 +187,10 @@ TEST_F(RecorderStart, AnEmptyStateIsNotWritten)
 TEST_F(RecorderStart, DataCompressionIsOffForInitialStatesAndBackAfterwards)
 {
     station.configure(QString(), "LEVEL = \"/Probe\"");
-    auto probe = std::make_unique<ScriptedValue>();
     bool compressed = true;
-    probe->onState = [&compressed] { compressed = values::HandlerBase::GetDataCompressMode(); };
-    station.insert("/Probe", std::move(probe));
+    station.add<ScriptedValue>("/Probe").onState = [&compressed] {
+        compressed = values::HandlerBase::GetDataCompressMode();
+    };
     makeRecorder();
     station.switchOn();
     EXPECT_FALSE(compressed);

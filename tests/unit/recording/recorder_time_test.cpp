@@ -37,10 +37,8 @@ class RecorderTimeWithoutStates : public RecorderTest {};
 TEST_F(RecorderTimeWithoutStates, IsElevenAtLeastToo)
 {
     station.configure(QString(), "LEVEL = \"/LEVEL\"");
-    auto made = std::make_unique<ScriptedValue>();
-    made->state.clear();  // of which no record is made
-    ScriptedValue& value = *made;
-    station.insert("/LEVEL", std::move(made));
+    auto& value = station.add<ScriptedValue>("/LEVEL");
+    value.state.clear();  // of which no record is made
     makeRecorder();
     station.switchOn();
     station.clock.advanceMs(3);

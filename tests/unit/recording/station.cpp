@@ -5,44 +5,6 @@
 
 namespace RecorderTests {
 
-namespace {
-
-constexpr const char* NumberPaths[]{"/Devices/Rx1/Mon/BANDWIDTH",
-                                    "/Devices/Rx1/Mon/SquelchValue",
-                                    "/Devices/Rx1/Mon/Attenuation",
-                                    "/Devices/Rx1/Mon/FreqOffset",
-                                    "/Devices/Rx1/Mon/RFYLIMIT",
-                                    "/Devices/Rx1/Scn/StartFreq",
-                                    "/Devices/Rx1/Scn/StopFreq",
-                                    "/Devices/Rx1/Scn/StepFreq",
-                                    "/Devices/Rx1/Scn/StartLevel",
-                                    "/Devices/Rx1/Scn/StopLevel",
-                                    "/RFSTARTAZIMUTH",
-                                    "/RFSTOPAZIMUTH",
-                                    "/RFSTARTELEVATION",
-                                    "/RFSTOPELEVATION",
-                                    "/LOCATIONLATITUDE",
-                                    "/LOCATIONLONGITUDE",
-                                    "/RFAZIMUTHRULER",
-                                    "/RFELEVATIONRULER",
-                                    "/IFSTARTLEVEL",
-                                    "/IFSTOPLEVEL",
-                                    "/IFLEVELTHRESHOLD",
-                                    "/DFBANDWIDTH",
-                                    "/AFBANDWIDTH",
-                                    "/AZIMUTH",
-                                    "/LEVEL",
-                                    "/FIELDSTRENGTH",
-                                    "/ELEVATION",
-                                    "/QUALITY",
-                                    "/TRUEHEADING",
-                                    "/ALTITUDE",
-                                    "/VELOCITY",
-                                    "/PITCH",
-                                    "/ROLL"};
-
-}  // namespace
-
 Environment::Environment(const char* name, const QByteArray& value)
     : m_name(name), m_wasSet(qEnvironmentVariableIsSet(name)), m_before(qgetenv(name))
 {
@@ -90,7 +52,18 @@ Selection& Station::addSelection(const QString& path,
 
 void Station::addAllKeywords()
 {
-    for (const char* path : NumberPaths) {
+    for (const char* name : {"Mon/BANDWIDTH", "Mon/SquelchValue", "Mon/Attenuation", "Mon/FreqOffset", "Mon/RFYLIMIT",
+                             "Scn/StartFreq", "Scn/StopFreq", "Scn/StepFreq", "Scn/StartLevel", "Scn/StopLevel"}) {
+        add<Number>(QString("/Devices/Rx1/") + name);
+    }
+    for (const char* path :
+         {"/RFSTARTAZIMUTH", "/RFSTOPAZIMUTH", "/RFSTARTELEVATION", "/RFSTOPELEVATION", "/LOCATIONLATITUDE",
+          "/LOCATIONLONGITUDE", "/RFAZIMUTHRULER", "/RFELEVATIONRULER", "/IFSTARTLEVEL", "/IFSTOPLEVEL",
+          "/IFLEVELTHRESHOLD", "/DFBANDWIDTH", "/AFBANDWIDTH", "/FIELDSTRENGTH", "/TRUEHEADING"}) {
+        add<Number>(path);
+    }
+    for (const char* path :
+         {"/AZIMUTH", "/LEVEL", "/ELEVATION", "/QUALITY", "/ALTITUDE", "/VELOCITY", "/PITCH", "/ROLL"}) {
         add<Number>(path);
     }
     add<LevelMap>("/Devices/Rx1/Scn/RfSpectrum");
