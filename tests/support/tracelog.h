@@ -16,6 +16,11 @@ public:
         QString text;
         QString source;
         int line;
+
+        friend void PrintTo(const Line& traced, std::ostream* out)
+        {
+            *out << traced.source.toStdString() << ':' << traced.line << ": " << traced.text.toStdString();
+        }
     };
 
     explicit TraceLog(std::uint32_t mask = ErrorHandler::RecordingTraces)

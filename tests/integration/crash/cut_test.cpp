@@ -105,19 +105,12 @@ protected:
     std::string m_recovered;
     std::uint64_t m_recoveries = 0;
 
-    static std::string s_file;
-    static std::string s_journal;
-    static std::string s_closed;
-    static std::size_t s_tailUsed;
-    static std::vector<ParsedRecording::Record> s_records;
+    inline static std::string s_file;
+    inline static std::string s_journal;
+    inline static std::string s_closed;
+    inline static std::size_t s_tailUsed = 0;
+    inline static std::vector<ParsedRecording::Record> s_records;
 };
-
-std::string Unfinished::s_file;
-std::string Unfinished::s_journal;
-std::string Unfinished::s_closed;
-std::size_t Unfinished::s_tailUsed = 0;
-std::vector<ParsedRecording::Record> Unfinished::s_records;
-
 /// Where a journal of few records holds something, and the ends of its pages.
 std::vector<std::size_t> tellingOffsets(std::size_t size, std::size_t tailUsed, std::size_t records)
 {
@@ -143,13 +136,15 @@ TEST_F(Unfinished, IsByteForByteWhatClosingWouldHaveWritten)
     EXPECT_TRUE(m_recovered == s_closed);
 }
 
-TEST_F(Unfinished, CutOffAtAnyByteGivesNothingThatWasNotRecorded)
+TEST_F(Unfinished, CutOffAtAnyByteWithAndWithoutAJournalGivesNothingThatWasNotRecorded)
 {
     for (std::size_t size = 0; size <= s_file.size() && !HasFailure(); size += Thinned) {
-        expectNothingInvented(recover(s_file.substr(0, size), s_journal), "cut at " + std::to_string(size));
+        for (const std::string& journal : {s_journal, std::string()}) {
+            expectNothingInvented(recover(s_file.substr(0, size), journal),
+                                  "cut at " + std::to_string(size) + (journal.empty() ? ", no journal" : ""));
+        }
     }
 }
-
 TEST_F(Unfinished, KilledBehindHandingOverWithAJournalCutInsideTheTailGivesNothingThatWasNotRecorded)
 {
     const std::string handedOver = s_file + s_journal.substr(Journal::TailOffset, s_tailUsed);
@@ -192,13 +187,6 @@ TEST_F(Unfinished, WithAnyBitOfARecordFlippedTellsThatTheRecordIsLost)
         char& byte = journal[Journal::TailOffset + offset];
         byte = static_cast<char>(byte ^ 1 << offset % 8);
         expectFound(s_file, journal, s_file.size() + offset);
-    }
-}
-
-TEST_F(Unfinished, CutOffAtAnyByteAndWithoutAJournalGivesNothingThatWasNotRecorded)
-{
-    for (std::size_t size = 0; size <= s_file.size() && !HasFailure(); size += Thinned) {
-        expectNothingInvented(recover(s_file.substr(0, size), ""), "cut at " + std::to_string(size));
     }
 }
 

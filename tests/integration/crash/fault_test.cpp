@@ -191,10 +191,8 @@ protected:
 
     static void SetUpTestSuite() { s_initialStates = TestSupport::parseRecording(closedAfter(0)).records.size(); }
 
-    static std::size_t s_initialStates;
+    inline static std::size_t s_initialStates = 0;
 };
-
-std::size_t Fault::s_initialStates = 0;
 
 TEST_P(Fault, AtAnyCallOfTheSystemLosesNothingThatWasAccepted)
 {

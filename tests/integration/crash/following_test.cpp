@@ -1,16 +1,15 @@
 // Recordings whose process is killed while another one reads them.
 #include <signal.h>
-#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <new>
 #include <random>
 
 #include <recording2/inspection/following.h>
 
 #include "life.h"
+#include "sharedmemory.h"
 #include "support/modelreader.h"
 
 namespace CrashTests {
@@ -19,28 +18,10 @@ namespace {
 using Recording2::Inspection::Following;
 using Recording2::Inspection::Record;
 
-/// Memory that the recording process shares with its reader.
-class Counted {
-public:
-    Counted()
-        : m_memory(::mmap(nullptr, sizeof(Numbers), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)),
-          m_numbers(new (m_memory) Numbers)
-    {
-    }
-    Counted(const Counted&) = delete;
-    Counted& operator=(const Counted&) = delete;
-    ~Counted() { ::munmap(m_memory, sizeof(Numbers)); }
-
-    std::atomic<std::uint64_t>& begun() { return m_numbers->begun; }        ///< changes
-    std::atomic<std::uint64_t>& accepted() { return m_numbers->accepted; }  ///< changes
-
-private:
-    struct Numbers {
-        std::atomic<std::uint64_t> begun{0};
-        std::atomic<std::uint64_t> accepted{0};
-    };
-    void* m_memory;
-    Numbers* m_numbers;
+/// Changes of the recording process.
+struct Counted {
+    std::atomic<std::uint64_t> begun{0};
+    std::atomic<std::uint64_t> accepted{0};
 };
 
 class ReadLife {
@@ -55,11 +36,11 @@ public:
         if (process == 0) {
             live();
         }
-        while (m_counted.accepted() == 0) {
+        while (m_counted->accepted == 0) {
         }
         std::string problem;
         auto following = Following::open(fileIn(m_directory.path(), ".tmp").toStdString(), problem);
-        while (following && m_counted.accepted() < changes) {
+        while (following && m_counted->accepted < changes) {
             look(*following);
         }
         ::kill(process, SIGKILL);
@@ -69,8 +50,8 @@ public:
         look(*following);
         EXPECT_EQ(following->state(), Following::State::Abandoned);
         EXPECT_EQ(following->unreadable(), 0U);
-        EXPECT_GE(m_seen.size(), m_initial + m_counted.accepted());
-        EXPECT_LE(m_seen.size(), m_initial + m_counted.begun());
+        EXPECT_GE(m_seen.size(), m_initial + m_counted->accepted);
+        EXPECT_LE(m_seen.size(), m_initial + m_counted->begun);
         expectBeginning();
     }
 
@@ -81,20 +62,20 @@ private:
         Life life(m_directory.path(), m_journal, m_channels);
         life.switchOn();
         for (std::uint64_t number = 0;; ++number) {
-            m_counted.begun() = number + 1;
+            m_counted->begun = number + 1;
             life.change(number);
-            m_counted.accepted() = number + 1;
+            m_counted->accepted = number + 1;
         }
     }
 
     /// Never more than was begun, and all that was accepted before.
     void look(Following& following)
     {
-        const std::uint64_t accepted = m_counted.accepted();
+        const std::uint64_t accepted = m_counted->accepted;
         Record record;
         while (following.next(record)) {
             m_seen.push_back(record);
-            ASSERT_LE(m_seen.size(), m_initial + m_counted.begun());
+            ASSERT_LE(m_seen.size(), m_initial + m_counted->begun);
         }
         ASSERT_GE(m_seen.size(), m_initial + accepted);
     }
@@ -116,7 +97,7 @@ private:
     QTemporaryDir m_directory{directoryTemplate()};
     QString m_journal;
     std::size_t m_channels;
-    Counted m_counted;
+    SharedMemory<Counted> m_counted;
     std::vector<Record> m_seen;
     std::size_t m_initial = TestSupport::parseRecording(closedAfter(0)).records.size();
 };

@@ -1,16 +1,15 @@
 // Recordings whose process is killed.
 #include <signal.h>
-#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <new>
 #include <random>
 
 #include <recording2/inspection/rescue/recovery.h>
 
 #include "life.h"
+#include "sharedmemory.h"
 #include "support/modelreader.h"
 
 namespace CrashTests {
@@ -26,24 +25,6 @@ struct Acknowledged {
     std::atomic<std::uint64_t> on{0};       ///< the recording was switched on
     std::atomic<std::uint64_t> changes{0};  ///< so many were accepted
     std::atomic<std::uint64_t> closed{0};
-};
-
-class SharedMemory {
-public:
-    SharedMemory()
-        : m_memory(::mmap(nullptr, sizeof(Acknowledged), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)),
-          m_acknowledged(new (m_memory) Acknowledged)
-    {
-    }
-    SharedMemory(const SharedMemory&) = delete;
-    SharedMemory& operator=(const SharedMemory&) = delete;
-    ~SharedMemory() { ::munmap(m_memory, sizeof(Acknowledged)); }
-    Acknowledged& operator*() const { return *m_acknowledged; }
-    Acknowledged* operator->() const { return m_acknowledged; }
-
-private:
-    void* m_memory;
-    Acknowledged* m_acknowledged;
 };
 
 [[noreturn]] void live(const QString& directory, const QString& journal, Acknowledged& acknowledged)
@@ -143,7 +124,7 @@ private:
     }
 
     QTemporaryDir m_directory{directoryTemplate()};
-    SharedMemory m_acknowledged;
+    SharedMemory<Acknowledged> m_acknowledged;
     std::map<std::uint64_t, std::string> m_closed;
 };
 

@@ -25,22 +25,16 @@ protected:
     QTemporaryDir m_directory{directoryTemplate()};
 };
 
-TEST_F(Recovering, AFileThatIsBeingWrittenIsRefused)
+TEST_F(Recovering, AFileThatIsBeingWrittenIsRefusedAlsoWithoutAJournal)
 {
-    Life life(m_directory.path());
-    life.switchOn();
-    EXPECT_EQ(recover(tmp(), path("out")).outcome, RecoveryOutcome::InUse);
-    EXPECT_FALSE(QFile::exists(path("out")));
-    life.switchOff();
-}
-
-TEST_F(Recovering, AFileWrittenWithoutAJournalIsRefusedWhileItIsBeingWritten)
-{
-    Life life(m_directory.path(), "off");
-    life.switchOn();
-    EXPECT_FALSE(QFile::exists(tmp() + ".journal"));
-    EXPECT_EQ(recover(tmp(), path("out")).outcome, RecoveryOutcome::InUse);
-    life.switchOff();
+    for (const char* journal : {"process", "off"}) {
+        Life life(m_directory.path(), journal);
+        life.switchOn();
+        EXPECT_EQ(QFile::exists(tmp() + ".journal"), std::string("off") != journal);
+        EXPECT_EQ(recover(tmp(), path("out")).outcome, RecoveryOutcome::InUse) << journal;
+        EXPECT_FALSE(QFile::exists(path("out")));
+        life.switchOff();
+    }
 }
 
 TEST_F(Recovering, TheJournalIsGoneOnceTheFileIsClosed)

@@ -13,6 +13,7 @@
 #include <recording2/inspection/verify/verification.h>
 
 #include "life.h"
+#include "support/childprocess.h"
 #include "support/recordingbytes.h"
 #include "troubledcalls.h"
 
@@ -185,28 +186,25 @@ protected:
     /// Nothing may throw.
     static bool changed(CFileAccess& file) noexcept { return GetParam().change(file); }
     /// The change in a process of its own, with the trouble.
-    /// @return its exit code: 0 stored, 1 not stored; -1 when it was killed
+    /// @return its exit code: 0 stored, 1 not stored; -SIGKILL when it was killed
     [[nodiscard]] int changeInChild(const Trouble& planned, int& calls) const
     {
         int counted[2];
         EXPECT_EQ(pipe(counted), 0);
-        const pid_t child = fork();
-        if (child == 0) {
+        const int end = TestSupport::endOf([&] {
             auto file = openFile(path());
             trouble = planned;
             const bool stored = changed(*file);
             const int made = trouble.calls;
             trouble = {};
             static_cast<void>(!write(counted[1], &made, sizeof made));
-            _exit(stored ? 0 : 1);
-        }
+            return stored ? 0 : 1;
+        });
         ::close(counted[1]);
         calls = 0;
         static_cast<void>(!read(counted[0], &calls, sizeof calls));
         ::close(counted[0]);
-        int status = 0;
-        EXPECT_EQ(waitpid(child, &status, 0), child);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        return end;
     }
     /// Whether another user, who may write neither the file nor its folder, reads these tables.
     [[nodiscard]] bool readsWithoutPermission(const Tables& expected) const
@@ -215,19 +213,16 @@ protected:
         const QByteArray folder = QFile::encodeName(m_directory.path());
         EXPECT_EQ(chmod(path().c_str(), 0444), 0);
         EXPECT_EQ(chmod(folder.constData(), 0555), 0);
-        const pid_t child = fork();
-        if (child == 0) {
+        const int end = TestSupport::endOf([&] {
             const bool another =
                 geteuid() != 0 || (setgroups(0, nullptr) == 0 && setegid(Nobody) == 0 && seteuid(Nobody) == 0);
             const bool alike =
                 another && !QFile(QString::fromStdString(path())).open(QIODevice::ReadWrite) && tables() == expected;
-            _exit(alike && !HasFailure() ? 0 : 1);
-        }
-        int status = 0;
-        EXPECT_EQ(waitpid(child, &status, 0), child);
+            return alike && !HasFailure() ? 0 : 1;
+        });
         EXPECT_EQ(chmod(folder.constData(), 0700), 0);
         EXPECT_EQ(chmod(path().c_str(), 0644), 0);
-        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        return end == 0;
     }
     /// Whoever changes the file next finds it as it was read, and leaves no trace of the trouble.
     void expectGoesOn(Tables now) const

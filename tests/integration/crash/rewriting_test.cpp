@@ -1,6 +1,7 @@
 // Bookmarks and channel ranges that are stored while the process is killed, or a call of the system fails: at every
 // call what was before or what is to be can be read, and whoever changes the file next goes on from there.
 #include <cerrno>
+#include <csignal>
 
 #include "rewriting.h"
 
@@ -31,7 +32,7 @@ TEST_P(Rewriting, LeavesTheOldOrTheNewStateAtEveryCallOfTheSystem)
             lay();
             int made = 0;
             const int exitCode = changeInChild(planned, made);
-            ASSERT_EQ(exitCode == -1, planned.kill);
+            ASSERT_EQ(exitCode == -SIGKILL, planned.kill);
             const std::string left = bytes();
             const Tables now = tables();
             ASSERT_THAT(now, AnyOf(Eq(before), Eq(after)));
@@ -62,7 +63,7 @@ TEST_P(Rewriting, IsReadAlikeByWhoMayNotWrite)
         lay();
         ASSERT_EQ(chmod(path().c_str(), 0644), 0);
         int made = 0;
-        ASSERT_EQ(changeInChild({true, 0, false, call}, made), -1);
+        ASSERT_EQ(changeInChild({true, 0, false, call}, made), -SIGKILL);
         if (!QFile::exists(undoName())) {
             continue;
         }
@@ -150,7 +151,10 @@ TEST_P(Rewriting, OfAFileThatTookTheNameWhileTheLockWasWaitedForChangesThatOne)
     EXPECT_EQ(tables(), after);
     EXPECT_EQ(TestSupport::readFile(name + ".aside"), before);
 }
-
+std::string nameOf(const testing::TestParamInfo<RewritingCase>& tried)
+{
+    return tried.param.name;
+}
 INSTANTIATE_TEST_SUITE_P(Changes, Rewriting,
                          testing::Values(RewritingCase{"TheFirstBookmark", addTogether, true, false},
                                          RewritingCase{"TheFirstBookmarkAlone", add, true, false, false},
@@ -162,9 +166,7 @@ INSTANTIATE_TEST_SUITE_P(Changes, Rewriting,
                                          RewritingCase{"RebuildingRanges", rebuild},
                                          RewritingCase{"RebuildingRangesAlone", rebuildAlone, true, false, false},
                                          RewritingCase{"TheFirstRanges", rebuild, false, false}),
-                         [](const testing::TestParamInfo<RewritingCase>& tried) {
-                             return std::string(tried.param.name);
-                         });
+                         nameOf);
 
 using RewritingAtOnce = Rewriting;
 
@@ -216,10 +218,7 @@ TEST_P(RewritingAtOnce, KeepsTheFirstBookmarksThatAnotherStoresWhileTheLockIsWai
     EXPECT_EQ(tables(), expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Changes, RewritingAtOnce, testing::Values(RewritingCase{"Bookmarks", add}),
-                         [](const testing::TestParamInfo<RewritingCase>& tried) {
-                             return std::string(tried.param.name);
-                         });
+INSTANTIATE_TEST_SUITE_P(Changes, RewritingAtOnce, testing::Values(RewritingCase{"Bookmarks", add}), nameOf);
 
 }  // namespace
 }  // namespace CrashTests

@@ -2,7 +2,6 @@
 #include <recording2/format/undo.h>
 
 #include "replay_fixture.h"
-#include "support/tracelog.h"
 
 using namespace ReplayTests;
 using namespace testing;
@@ -30,21 +29,9 @@ TEST_F(BookmarksTest, OnceTheyAreStoredDestroyingTheObjectDoesNotStoreThemAgain)
 
 TEST_F(BookmarksTest, WhatCannotBeStoredIsTracedWithTheNameOfTheFile)
 {
-    const QString message = "Error writing bookmarks for recording file " + filePath(Name);
     auto file = open(m_file);
     file->addBookmark(10, "a");
-    TestSupport::writeFile(filePath(Name), TestSupport::headerArea());
-    {
-        const TestSupport::TraceLog log(~ErrorHandler::RecordingTraces);
-        file->writeBookmarks();
-        EXPECT_EQ(log.count(message), 0);
-    }
-    const TestSupport::TraceLog log(ErrorHandler::RecordingTraces);
-    file->writeBookmarks();
-    EXPECT_EQ(log.count(message), 1);
-    TestSupport::writeFile(filePath(Name), m_file.bytes());
-    file->writeBookmarks();
-    EXPECT_EQ(log.count(message), 1);
+    expectTracedUntilItCanBe(m_file, "Error writing bookmarks for recording file ", [&] { file->writeBookmarks(); });
 }
 
 TEST_F(BookmarksTest, ChangesMadeTogetherAreStoredAtTheirEndAndReadBackMeanwhile)
@@ -141,9 +128,7 @@ TEST_F(BookmarksTest, OneThatIsTakenOrNotThereCountsAsAChangeWithoutWhichTheFile
          std::vector<std::function<void(CFileAccess&)>>{[](CFileAccess& file) { file.removeBookmark(77); },
                                                         [](CFileAccess& file) { file.addBookmark(10, "another"); }}) {
         stored.markHeaderArea();
-        auto file = open(stored);
-        change(*file);
-        file.reset();
+        change(*open(stored));
         expectStored(stored, {{10, "a"}});
     }
     stored.markHeaderArea();
@@ -220,9 +205,7 @@ TEST_F(BookmarksTest, StoringFindsTheTableThatAnotherObjectStoredMeanwhile)
     auto file = open(m_withRanges);
     CHeaderData header;
     EXPECT_EQ(file->read(header), 1U);
-    auto other = reopen();
-    other->addBookmark(10, "a text of the other");
-    other.reset();
+    reopen()->addBookmark(10, "a text of the other");
     m_withRanges.storeBookmarks({{10, "a text of the other"}});
     ASSERT_EQ(fileBytes(), m_withRanges.bytes());
     file->addBookmark(20, "mine");
@@ -289,8 +272,6 @@ TEST_F(BookmarksTest, AHeaderWithoutTextsKeepsItsFields)
     header.automatic = true;
     header.minorVersion = 31;
     FinishedFile stored(threeLevels().close(header));
-    auto file = open(stored);
-    file->addBookmark(10, "a");
-    file.reset();
+    open(stored)->addBookmark(10, "a");
     expectStored(stored, {{10, "a"}});
 }

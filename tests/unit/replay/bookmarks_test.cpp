@@ -168,9 +168,7 @@ TEST_F(BookmarksTest, AThousandAreStoredAndReadBackAndShrinkToOne)
 TEST_F(BookmarksTest, LoadingTheTablesAnewFindsWhatAnotherObjectStored)
 {
     auto file = open(m_withRanges);
-    auto other = reopen();
-    other->addBookmark(10, "of the other");
-    other.reset();
+    reopen()->addBookmark(10, "of the other");
     EXPECT_FALSE(file->bookmarksAvailable());
     file->readTables();
     EXPECT_THAT(bookmarksOf(*file), ElementsAre(Pair(10, "of the other")));

@@ -1,6 +1,5 @@
 // Clearing and rebuilding channel ranges: what is left of the file's bytes, and what another program stored meanwhile.
 #include "replay_fixture.h"
-#include "support/tracelog.h"
 
 using namespace ReplayTests;
 using testing::IsEmpty;
@@ -89,10 +88,7 @@ TEST_F(ChannelRangesTest, ClearingSparesTheBookmarksThatAnotherObjectStoredMeanw
 {
     FinishedFile stored = m_withRanges;
     auto file = open(stored);
-    {
-        auto other = reopen();
-        other->addBookmark(10, "a text of the other");
-    }
+    reopen()->addBookmark(10, "a text of the other");
     file->clearChannelRangeDef();
     stored.storeBookmarks({{10, "a text of the other"}});
     stored.clearRanges();
@@ -166,21 +162,10 @@ TEST_F(ChannelRangesTest, RebuildingWithoutAnyWritesTheHeaderAreaOnly)
 
 TEST_F(ChannelRangesTest, WhatCannotBeRebuiltIsTracedWithTheNameOfTheFile)
 {
-    const QString message = "Error rebuilding CRD for recording file " + filePath(Name);
     auto file = open(m_file);
     file->addChannelRangeDef(10);
-    TestSupport::writeFile(filePath(Name), TestSupport::headerArea());
-    {
-        const TestSupport::TraceLog log(~ErrorHandler::RecordingTraces);
-        file->rebuildChannelRangeDef();
-        EXPECT_EQ(log.count(message), 0);
-    }
-    const TestSupport::TraceLog log(ErrorHandler::RecordingTraces);
-    file->rebuildChannelRangeDef();
-    EXPECT_EQ(log.count(message), 1);
-    TestSupport::writeFile(filePath(Name), m_file.bytes());
-    file->rebuildChannelRangeDef();
-    EXPECT_EQ(log.count(message), 1);
+    expectTracedUntilItCanBe(m_file, "Error rebuilding CRD for recording file ",
+                             [&] { file->rebuildChannelRangeDef(); });
 }
 
 TEST_F(ChannelRangesTest, AFileThatIsNoRecordingIsNotRebuiltAndOneThatDoesNotExistIsNotMade)

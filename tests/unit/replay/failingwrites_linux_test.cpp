@@ -1,11 +1,11 @@
 // Writes that fail half-way, and files that may not be written. Limits of the process are set in a child of its own.
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <csignal>
 
 #include "replay_fixture.h"
+#include "support/childprocess.h"
 
 namespace {
 
@@ -14,12 +14,7 @@ using namespace ReplayTests;
 /// Runs in a child process. @return whether the child said that all is well
 bool inChild(const std::function<bool()>& body)
 {
-    const pid_t child = fork();
-    if (child == 0) {
-        _exit(body() ? 0 : 1);
-    }
-    int status = 0;
-    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return TestSupport::endOf([&] { return body() ? 0 : 1; }) == 0;
 }
 
 /// No write reaches past so many bytes of a file.

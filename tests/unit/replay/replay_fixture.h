@@ -5,6 +5,7 @@
 #include <random>
 
 #include "finishedfile.h"
+#include "support/tracelog.h"
 #include "unit/fileaccess_fixture.h"
 
 namespace ReplayTests {
@@ -98,7 +99,23 @@ protected:
         EXPECT_EQ(file.readnext(record), 0U);
         EXPECT_EQ(dataOf(record), "-29.25");
     }
-
+    /// That a change is traced, where the mask asks for it, while the open file is no recording, and then not any more.
+    void expectTracedUntilItCanBe(const FinishedFile& file, const QString& message,
+                                  const std::function<void()>& change) const
+    {
+        TestSupport::writeFile(filePath(Name), TestSupport::headerArea());
+        {
+            const TestSupport::TraceLog log(~ErrorHandler::RecordingTraces);
+            change();
+            EXPECT_EQ(log.count(message + filePath(Name)), 0);
+        }
+        const TestSupport::TraceLog log(ErrorHandler::RecordingTraces);
+        change();
+        EXPECT_EQ(log.count(message + filePath(Name)), 1);
+        TestSupport::writeFile(filePath(Name), file.bytes());
+        change();
+        EXPECT_EQ(log.count(message + filePath(Name)), 1);
+    }
     const QString Name = "made.rec";
 };
 

@@ -1,6 +1,5 @@
 // What a program is started with and how it is stopped, tried in processes of their own.
 #include <fcntl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -8,23 +7,12 @@
 #include <system/program.h>
 #include <system/stopsignal.h>
 
-#include "support/testing.h"
+#include "support/childprocess.h"
 
 namespace SystemTests {
 namespace {
 
-/// @return with which code the work ended the process, or the negative signal that did
-template <typename Work>
-int endOf(const Work& work)
-{
-    const pid_t child = fork();
-    if (child == 0) {
-        _exit(work());
-    }
-    int status = 0;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-}
+using TestSupport::endOf;
 
 TEST(Streams, OfAClosedOneNoOtherFileTakesTheNumber)
 {
