@@ -174,6 +174,8 @@ protected:
                                     "LEVEL = \"/LEVEL\"\n")
                                 .arg(station.directory()),
                             "station.toml");
+        first = makeLoadedRecorder("Rx");
+        second = makeLoadedRecorder("Other");
     }
     void startBoth() const
     {
@@ -182,12 +184,13 @@ protected:
         station.clock.advanceMs(1'000);
     }
     [[nodiscard]] ParsedRecording otherRecording() const { return parsed(station.text("/Status/Other/REC_FILENAME")); }
+
+    LoadedRecorder first;
+    LoadedRecorder second;
 };
 
 TEST_F(TwoRecorders, GetTheSameTexts)
 {
-    const LoadedRecorder first = makeLoadedRecorder("Rx");
-    const LoadedRecorder second = makeLoadedRecorder("Other");
     auto& spectrum = at<LevelMap>("/Devices/Rx1/Scn/RfSpectrum");
     spectrum.SetChannelRange(values::ChannelRange::Even(88e6, 25e3, 64));
     startBoth();
@@ -204,8 +207,6 @@ TEST_F(TwoRecorders, GetTheSameTexts)
 
 TEST_F(TwoRecorders, TheEndOfOneLeavesTheOtherRecording)
 {
-    const LoadedRecorder first = makeLoadedRecorder("Rx");
-    LoadedRecorder second = makeLoadedRecorder("Other");
     auto& spectrum = at<LevelMap>("/Devices/Rx1/Scn/RfSpectrum");
     spectrum.SetChannelRange(values::ChannelRange::Even(88e6, 25e3, 64));
     startBoth();
@@ -221,8 +222,6 @@ TEST_F(TwoRecorders, TheEndOfOneLeavesTheOtherRecording)
 
 TEST_F(TwoRecorders, StartedInOneSecondUnderOneNameDoNotMeet)
 {
-    const LoadedRecorder first = makeLoadedRecorder("Rx");
-    const LoadedRecorder second = makeLoadedRecorder("Other");
     station.tree.Remove("/DEVICE_CAPTION");
     station.add<Text>("/Devices/Rx1/Other/Adm/DRIVERNAME").SetValue("RX 1");
     startBoth();

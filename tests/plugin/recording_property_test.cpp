@@ -208,8 +208,8 @@ protected:
         }
         station.value<BearingMap>("/DfSpectrum").SetChannelRange(values::ChannelRange::Even(88e6, 25e3, 8));
     }
-    /// @param spectrum a line of the recorder's configuration
-    void record(const QString& spectrum)
+    /// @param spectrum a line of the recorder's configuration, for the value at a path
+    void record(const QString& spectrum, const char* spectrumPath, std::int32_t spectrumId)
     {
         station.configure(QString(),
                           "LEVEL = \"/LEVEL\"\nSTARTFREQ = \"Scn/StartFreq\"\n"
@@ -227,7 +227,8 @@ protected:
                                                                          {"/Devices/Rx1/Mon/SquelchState", 17},
                                                                          {"/DEVICE_CAPTION", 47},
                                                                          {"/IFSPAN", 32},
-                                                                         {"/Level2", 35}}) {
+                                                                         {"/Level2", 35},
+                                                                         {spectrumPath, spectrumId}}) {
             watch(path, typeId);
         }
     }
@@ -259,8 +260,7 @@ INSTANTIATE_TEST_SUITE_P(Seeds, RandomRecording, testing::Range(1U, 21U));
 
 TEST_P(RandomRecording, HoldsEveryChangeInOrderWithItsTime)
 {
-    record("RFSPECTRUM = \"Scn/RfSpectrum\"\n");
-    watch("/Devices/Rx1/Scn/RfSpectrum", 1);
+    record("RFSPECTRUM = \"Scn/RfSpectrum\"\n", "/Devices/Rx1/Scn/RfSpectrum", 1);
     Device device(station, GetParam());
     for (int file = 0; file < 3; ++file) {
         notes.begin(9);
@@ -276,8 +276,7 @@ TEST_P(RandomRecording, HoldsEveryChangeInOrderWithItsTime)
 
 TEST_P(RandomRecording, HoldsBearingsWithTheirOwnTimes)
 {
-    record("DFSPECTRUM = \"/DfSpectrum\"\n");
-    watch("/DfSpectrum", 20);
+    record("DFSPECTRUM = \"/DfSpectrum\"\n", "/DfSpectrum", 20);
     Device device(station, GetParam());
     auto& bearings = station.value<BearingMap>("/DfSpectrum");
     for (int file = 0; file < 2; ++file) {
@@ -297,8 +296,7 @@ TEST_P(RandomRecording, HoldsBearingsWithTheirOwnTimes)
 
 TEST_P(RandomRecording, HoldsNothingOfAValueThatWasRemoved)
 {
-    record("RFSPECTRUM = \"Scn/RfSpectrum\"\n");
-    watch("/Devices/Rx1/Scn/RfSpectrum", 1);
+    record("RFSPECTRUM = \"Scn/RfSpectrum\"\n", "/Devices/Rx1/Scn/RfSpectrum", 1);
     Device device(station, GetParam());
     notes.begin(9);
     station.switchOn();

@@ -18,13 +18,16 @@ QString textAt(const values::Tree& tree, const QString& path)
 
 }  // namespace
 
-TEST_F(Lifecycle, ANewFileHoldsTheReservedHeaderArea)
+TEST_F(Lifecycle, ANewFileHoldsTheReservedHeaderAreaWhateverStoodThereBefore)
 {
-    const auto file = openForWriting("a.tmp");
-    EXPECT_TRUE(file->IsValidFile());
-    EXPECT_EQ(file->fileSize(), 500);
-    close(*file);
-    EXPECT_EQ(bytesOf("a.rec").size(), 500U);
+    TestSupport::writeFile(filePath("b.rec"), std::string(5'000, 'x'));
+    for (const auto& [name, closed] : {std::pair{"a.tmp", "a.rec"}, std::pair{"b.rec", "b.rec"}}) {
+        const auto file = openForWriting(name);
+        EXPECT_TRUE(file->IsValidFile()) << name;
+        EXPECT_EQ(file->fileSize(), 500) << name;
+        close(*file);
+        EXPECT_EQ(bytesOf(closed).size(), 500U) << name;
+    }
 }
 
 TEST_F(Lifecycle, AFileThatWasNeverClosedKeepsItsNameAndIsOfNoKnownFormat)
@@ -34,15 +37,6 @@ TEST_F(Lifecycle, AFileThatWasNeverClosedKeepsItsNameAndIsOfNoKnownFormat)
     file.reset();
     EXPECT_EQ(bytesOf("a.tmp"), TestSupport::headerArea() + TestSupport::recordBytes(1, "data"));
     EXPECT_FALSE(openForReading("a.tmp")->IsValidFile());
-}
-
-TEST_F(Lifecycle, OpeningForWritingTruncatesAnExistingFile)
-{
-    TestSupport::writeFile(filePath("a.rec"), std::string(5'000, 'x'));
-    const auto file = openForWriting("a.rec");
-    EXPECT_EQ(file->fileSize(), 500);
-    close(*file);
-    EXPECT_EQ(bytesOf("a.rec").size(), 500U);
 }
 
 TEST_F(Lifecycle, TheSuffixTmpBecomesRecAtCloseBehindTheFirstDotAndNoOtherDoes)

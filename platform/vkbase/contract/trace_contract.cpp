@@ -1,5 +1,6 @@
 // Traces: the category that a message goes to, its text, the process's mask.
 #include <cstdint>
+#include <ostream>
 #include <vector>
 
 #include <QLoggingCategory>
@@ -8,7 +9,7 @@
 
 #include <vkbase/trace.h>
 
-using testing::SizeIs;
+using namespace testing;
 
 namespace {
 
@@ -17,6 +18,11 @@ struct Message {
     QString category;
     int line;
     QString text;
+
+    friend void PrintTo(const Message& message, std::ostream* out)
+    {
+        *out << message.category.toStdString() << ':' << message.line << ": " << message.text.toStdString();
+    }
 };
 
 /// Collects what goes through Qt's logging while it lives.
@@ -51,12 +57,7 @@ TEST(Trace, GoesToTheCategoryNamedLikeTheSource)
 {
     const Capture capture;
     _Q_Trace(QStringLiteral("CRecording::CRecording"), Source, 152);
-    ASSERT_THAT(Capture::Messages(), SizeIs(1));
-    const Message& message = Capture::Messages().front();
-    EXPECT_EQ(message.type, QtInfoMsg);
-    EXPECT_EQ(message.category, Source);
-    EXPECT_EQ(message.line, 152);
-    EXPECT_EQ(message.text, QStringLiteral("CRecording::CRecording"));
+    EXPECT_THAT(Capture::Messages(), ElementsAre(FieldsAre(QtInfoMsg, Source, 152, "CRecording::CRecording")));
 }
 
 TEST(Trace, KeepsTheCategoryNameWhenTheCallersStringIsGone)
@@ -77,9 +78,7 @@ TEST(Trace, ShowsTheMessageAsItIs)
     const Capture capture;
     const QString text = QStringLiteral("a \"quoted\" path c:\\temp, 100 %s, N\u00fcrnberg");
     _Q_Trace(text, Source, 65535);
-    ASSERT_THAT(Capture::Messages(), SizeIs(1));
-    EXPECT_EQ(Capture::Messages().front().text, text);
-    EXPECT_EQ(Capture::Messages().front().line, 65535);
+    EXPECT_THAT(Capture::Messages(), ElementsAre(FieldsAre(QtInfoMsg, Source, 65535, text)));
 }
 
 TEST(Trace, CanBeSwitchedOffPerSource)
@@ -100,11 +99,9 @@ TEST(Trace, TheOlderFormPutsTheTextInPlaceOfItsMark)
     _Q_TraceOld("failed: %s", "no space");
     _Q_TraceOld("%s and %s", "N\xC3\xBCrnberg");
     _Q_TraceOld("nothing: %s", nullptr);
-    ASSERT_THAT(Capture::Messages(), SizeIs(3));
-    EXPECT_EQ(Capture::Messages()[0].category, QStringLiteral("trace"));
-    EXPECT_EQ(Capture::Messages()[0].text, QStringLiteral("failed: no space"));
-    EXPECT_EQ(Capture::Messages()[1].text, QStringLiteral("N\u00fcrnberg and N\u00fcrnberg"));
-    EXPECT_EQ(Capture::Messages()[2].text, QStringLiteral("nothing: "));
+    EXPECT_THAT(Capture::Messages(), ElementsAre(FieldsAre(_, "trace", _, "failed: no space"),
+                                                 FieldsAre(_, _, _, QStringLiteral("N\u00fcrnberg and N\u00fcrnberg")),
+                                                 FieldsAre(_, _, _, "nothing: ")));
 }
 
 TEST(ErrorHandler, KeepsItsMaskForTheWholeProcess)

@@ -49,7 +49,6 @@ protected:
         }
         return found;
     }
-    static QString text(const char* expected) { return QString::fromLatin1(expected); }
 
     ScriptedArchive& archive = scriptedArchive();
 };
@@ -72,19 +71,19 @@ TEST_F(RecorderArchive, ARecorderOwnsOneClientFromItsConstructionToItsEnd)
 TEST_F(RecorderArchive, EachRecordingIsAGroupOfItsOwn)
 {
     startRecorder();
-    EXPECT_EQ(FilePeer::group(), text("GROUP-1"));
+    EXPECT_EQ(FilePeer::group(), "GROUP-1");
     station.switchOff();
     start();
-    EXPECT_EQ(FilePeer::group(), text("GROUP-2"));
+    EXPECT_EQ(FilePeer::group(), "GROUP-2");
     station.switchOff();
-    EXPECT_THAT(requests(), ElementsAre(text("CreateFileGroup"), text("AddFile GROUP-1"), text("MoveToNas GROUP-1"),
-                                        text("CreateFileGroup"), text("AddFile GROUP-2"), text("MoveToNas GROUP-2")));
+    EXPECT_THAT(requests(), ElementsAre("CreateFileGroup", "AddFile GROUP-1", "MoveToNas GROUP-1", "CreateFileGroup",
+                                        "AddFile GROUP-2", "MoveToNas GROUP-2"));
 }
 
 TEST_F(RecorderArchive, TheArchiveIsGivenTheNameThatTheFinishedFileHas)
 {
     startRecorder();
-    const QString name = QFileInfo(station.fileName()).completeBaseName() + text(".rec");
+    const QString name = QFileInfo(station.fileName()).completeBaseName() + ".rec";
     EXPECT_EQ(archive.calls.last(), QString("AddFile %1 GROUP-1").arg(name));
     station.switchOff();
     EXPECT_TRUE(QFile::exists(station.file(name)));
@@ -108,29 +107,28 @@ TEST_F(RecorderArchive, ARecordingSplitBySizeIsOneGroupThatIsHandedOverOnceAtIts
     Peer::fileSizeLimit(makeRecorder()) = 2'000;
     start();
     split();
-    EXPECT_EQ(FilePeer::group(), text("GROUP-1"));
+    EXPECT_EQ(FilePeer::group(), "GROUP-1");
     split();
-    EXPECT_EQ(FilePeer::group(), text("GROUP-1"));
-    EXPECT_THAT(requests(), ElementsAre(text("CreateFileGroup"), text("AddFile GROUP-1"), text("AddFile GROUP-1"),
-                                        text("AddFile GROUP-1")))
+    EXPECT_EQ(FilePeer::group(), "GROUP-1");
+    EXPECT_THAT(requests(), ElementsAre("CreateFileGroup", "AddFile GROUP-1", "AddFile GROUP-1", "AddFile GROUP-1"))
         << "a file that is split off is closed without a hand-off";
     QStringList namesWhenHandedOver;
     archive.onMove = [&] { namesWhenHandedOver = station.files(); };
     station.switchOff();
-    EXPECT_EQ(archive.calls.last(), text("MoveToNas GROUP-1"));
-    EXPECT_EQ(archive.calls.count(text("MoveToNas GROUP-1")), 1);
+    EXPECT_EQ(archive.calls.last(), "MoveToNas GROUP-1");
+    EXPECT_EQ(archive.calls.count("MoveToNas GROUP-1"), 1);
     EXPECT_EQ(namesWhenHandedOver.size(), 3);
-    EXPECT_TRUE(namesWhenHandedOver.filter(text(".tmp")).isEmpty());
+    EXPECT_TRUE(namesWhenHandedOver.filter(".tmp").isEmpty());
 }
 
 TEST_F(RecorderArchive, TheFilesOfASplitHaveNumbersOfTheirOwn)
 {
     Peer::fileSizeLimit(makeRecorder()) = 2'000;
     start();
-    const QString value = text("/Status/Rx1/REC_ZELVOFILEPATH");
-    EXPECT_EQ(station.text(value), text("zelvo:///GROUP-1/1"));
+    const QString value = "/Status/Rx1/REC_ZELVOFILEPATH";
+    EXPECT_EQ(station.text(value), "zelvo:///GROUP-1/1");
     split();
-    EXPECT_EQ(station.text(value), text("zelvo:///GROUP-1/2"));
+    EXPECT_EQ(station.text(value), "zelvo:///GROUP-1/2");
     station.switchOff();
     EXPECT_EQ(station.text(value), QString());
 }
@@ -140,14 +138,14 @@ TEST_F(RecorderArchive, ARestartBeginsANewGroupAndHandsTheOldOneOver)
     startRecorder();
     archive.calls.clear();
     recorder().StartRecording(false);
-    EXPECT_THAT(requests(), ElementsAre(text("MoveToNas GROUP-1"), text("CreateFileGroup"), text("AddFile GROUP-2")));
+    EXPECT_THAT(requests(), ElementsAre("MoveToNas GROUP-1", "CreateFileGroup", "AddFile GROUP-2"));
 }
 
 TEST_F(RecorderArchive, ARecorderThatIsDestroyedWhileItRecordsHandsItsGroupOver)
 {
     startRecorder();
     destroyRecorder();
-    EXPECT_EQ(archive.calls.last(), text("MoveToNas GROUP-1"));
+    EXPECT_EQ(archive.calls.last(), "MoveToNas GROUP-1");
     EXPECT_EQ(archive.clients, 0);
 }
 
@@ -155,22 +153,21 @@ TEST_F(RecorderArchive, ARecorderThatIsDestroyedWhileItRecordsHandsItsGroupOver)
 TEST_F(RecorderArchive, TheLaterOfTwoRecordersOfAProcessSetsTheGroupOfBoth)
 {
     makeRecorder();
-    CRecording second(text("Rx2"));
+    CRecording second("Rx2");
     second.Init();
     EXPECT_EQ(archive.clients, 2);
     station.switchOn();
-    station.switchOn(text("/Devices/Rx2"));
+    station.switchOn("/Devices/Rx2");
     station.clock.advanceMs(1'000);
-    EXPECT_EQ(FilePeer::group(), text("GROUP-2"));
+    EXPECT_EQ(FilePeer::group(), "GROUP-2");
     Peer::fileSizeLimit(recorder()) = 0;
     change(1);  // splits the first recorder's file
     Peer::fileSizeLimit(recorder()) = 1'000'000;
     station.switchOff();
-    station.switchOff(text("/Devices/Rx2"));
-    EXPECT_THAT(requests(), ElementsAre(text("CreateFileGroup"), text("AddFile GROUP-1"), text("CreateFileGroup"),
-                                        text("AddFile GROUP-2"), text("AddFile GROUP-2"), text("MoveToNas GROUP-2"),
-                                        text("MoveToNas GROUP-2")));
-    EXPECT_TRUE(station.files().filter(text(".tmp")).isEmpty());
+    station.switchOff("/Devices/Rx2");
+    EXPECT_THAT(requests(), ElementsAre("CreateFileGroup", "AddFile GROUP-1", "CreateFileGroup", "AddFile GROUP-2",
+                                        "AddFile GROUP-2", "MoveToNas GROUP-2", "MoveToNas GROUP-2"));
+    EXPECT_TRUE(station.files().filter(".tmp").isEmpty());
     EXPECT_EQ(station.files().size(), 3);
 }
 
@@ -181,9 +178,9 @@ TEST_F(RecorderArchive, ARecorderWithoutAnArchiveAfterOneThatHadItIsInNoGroup)
     archive.available = false;
     archive.calls.clear();
     start();
-    EXPECT_EQ(FilePeer::group(), text("ERROR"));
-    EXPECT_EQ(QDir::fromNativeSeparators(station.text(text("/Status/Rx1/REC_UNCFILEPATH"))),
-              QDir::fromNativeSeparators(station.fileName().replace(text(".tmp"), text(".rec"))));
+    EXPECT_EQ(FilePeer::group(), "ERROR");
+    EXPECT_EQ(QDir::fromNativeSeparators(station.text("/Status/Rx1/REC_UNCFILEPATH")),
+              QDir::fromNativeSeparators(station.fileName().replace(".tmp", ".rec")));
     station.switchOff();
     EXPECT_THAT(requests(), IsEmpty());
 }
@@ -198,7 +195,7 @@ TEST_F(RecorderArchive, AnArchiveThatFailsAtEveryStepDoesNotStopARecording)
     const ParsedRecording recording = stopAndRead();
     EXPECT_EQ(recording.records.back().data, "3;-1,0,0");
     EXPECT_EQ(station.files().size(), 2);
-    EXPECT_TRUE(station.files().filter(text(".tmp")).isEmpty());
+    EXPECT_TRUE(station.files().filter(".tmp").isEmpty());
 }
 
 TEST_F(RecorderArchive, RecordsIntoTheDirectoryThatTheArchiveNames)
@@ -218,7 +215,7 @@ TEST_F(RecorderArchive, AFileThatAnObserverStartsWhileTheRecorderEndsDoesNotOutl
 {
     CRecording& ending = startRecorder();
     bool started = false;
-    const Listener restarts(station.value<Text>(text("/Status/Rx1/REC_FILENAME")), [&](auto&, TChangeCode) {
+    const Listener restarts(station.value<Text>("/Status/Rx1/REC_FILENAME"), [&](auto&, TChangeCode) {
         if (!started) {
             started = true;
             ending.StartRecording(false);

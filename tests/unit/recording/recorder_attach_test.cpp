@@ -160,25 +160,15 @@ TEST_F(IfSpan, OfOneHertzIsARange)
     expectRange(999.5F, 1'000.5F);
 }
 
-TEST_F(RecorderAttach, OnlyWhatIsToBeRecordedIsObservedAndSwitchedOn)
+TEST_F(RecorderAttach, OnlyWhatIsToBeRecordedIsObservedAndSwitchedOnAndNoNameAndTypeOfTheDevice)
 {
     attachRecorder();
-    EXPECT_TRUE(station.at("/Devices/Rx1/Scn/RfSpectrum").IsObservedBy(&recorder()));
-    EXPECT_TRUE(station.at("/Devices/Rx1/Scn/RfSpectrum").IsCommandRecording());
-    EXPECT_TRUE(station.at("/LEVEL").IsObservedBy(&recorder()));
-    EXPECT_TRUE(station.at("/LEVEL").IsCommandRecording());
-    for (const char* path : {"/IfMapping", "/DfSpectrum"}) {
-        EXPECT_FALSE(station.at(path).IsObservedBy(&recorder())) << path;
-        EXPECT_FALSE(station.at(path).IsCommandRecording()) << path;
-    }
-}
-
-TEST_F(RecorderAttach, DeviceNameAndTypeAreNotObserved)
-{
-    attachRecorder();
-    for (const char* path : {"/Devices/Rx1/Adm/DRIVERNAME", "/Devices/Rx1/Adm/DEVICE_TYPE"}) {
-        EXPECT_FALSE(station.at(path).IsObservedBy(&recorder())) << path;
-        EXPECT_FALSE(station.at(path).IsCommandRecording()) << path;
+    for (const auto& [path, recorded] :
+         {std::pair{"/Devices/Rx1/Scn/RfSpectrum", true}, std::pair{"/LEVEL", true}, std::pair{"/IfMapping", false},
+          std::pair{"/DfSpectrum", false}, std::pair{"/Devices/Rx1/Adm/DRIVERNAME", false},
+          std::pair{"/Devices/Rx1/Adm/DEVICE_TYPE", false}}) {
+        EXPECT_EQ(station.at(path).IsObservedBy(&recorder()), recorded) << path;
+        EXPECT_EQ(station.at(path).IsCommandRecording(), recorded) << path;
     }
 }
 

@@ -25,12 +25,12 @@ protected:
 
     /// The line of the exception that an action must throw, which is the recorder's in everything else.
     template <typename Action>
-    static std::int32_t lineOfFailure(const Action& action)
+    static std::int32_t lineOfFailure(const Action& action, const char* message = "device lost")
     {
         try {
             action();
         } catch (const VKException& exception) {
-            EXPECT_STREQ(exception.what(), "device lost");
+            EXPECT_STREQ(exception.what(), message);
             EXPECT_EQ(exception.Source(), "devicecontrol\\recording2\\recording");
             EXPECT_EQ(exception.Function(), "CRecording");
             return exception.Line();
@@ -133,15 +133,7 @@ TEST_F(RecorderFailure, AValueThatFailsWhileDetachingDoesNotKeepTheFileOpen)
 TEST_F(RecorderFailure, WhateverIsThrownIsTheRecordersFailureAndKeepsNoFileOpen)
 {
     const auto throwNumber = [] { throw 7; };
-    const auto lineOf = [](const auto& action) {
-        try {
-            action();
-        } catch (const VKException& exception) {
-            EXPECT_STREQ(exception.what(), "unknown exception");
-            return exception.Line();
-        }
-        return std::int32_t{-1};
-    };
+    const auto lineOf = [](const auto& action) { return lineOfFailure(action, "unknown exception"); };
     scripted().onState = throwNumber;
     EXPECT_EQ(lineOf([this] { station.switchOn(); }), 590);
     station.switchOff();
