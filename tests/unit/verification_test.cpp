@@ -54,13 +54,12 @@ std::string withHeader(const std::string& bytes, const std::string& header)
 
 HeaderFields headerOf(const Summary& summary)
 {
-    HeaderFields header;
-    header.typeTable = summary.header.positions.typeTable;
-    header.firstRecord = summary.header.positions.firstRecord;
-    header.timeTable = summary.header.positions.timeTable;
-    header.channelRangeTable = summary.header.positions.channelRangeTable;
-    header.bookmarkTable = summary.header.positions.bookmarkTable;
-    return header;
+    const auto& positions = summary.header.positions;
+    return {.typeTable = positions.typeTable,
+            .firstRecord = positions.firstRecord,
+            .timeTable = positions.timeTable,
+            .channelRangeTable = positions.channelRangeTable,
+            .bookmarkTable = positions.bookmarkTable};
 }
 
 }  // namespace

@@ -96,10 +96,7 @@ TEST(JournalEntry, IsSoundWithoutItsRecordAndKnowsIt)
                       {60'000, 2'147'483'647, true, true, Journal::recordChecksum(Nonce, 7, 12, "data")});
     EXPECT_FALSE(Journal::isNone(bytes, Ours));
     const Journal::Entry read = Journal::getEntry(bytes, Ours, 7);
-    EXPECT_EQ(read.timeMs, 60'000U);
-    EXPECT_EQ(read.position, 2'147'483'647);
-    EXPECT_TRUE(read.channelRange);
-    EXPECT_TRUE(read.sound);
+    EXPECT_THAT(read, testing::FieldsAre(60'000U, 2'147'483'647, true, true, testing::_));
     EXPECT_FALSE(Journal::getEntry(bytes, Ours, 8).sound);
     EXPECT_TRUE(Journal::isRecordOf(read, Ours, 7, 12, "data"));
     EXPECT_FALSE(Journal::isRecordOf(read, Ours, 7, 12, "date"));

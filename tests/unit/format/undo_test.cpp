@@ -19,12 +19,10 @@ TEST(Undo, IsReadAsItWasWritten)
     const auto read = decodeUndo(encodeUndo(sample()));
     ASSERT_TRUE(read);
     EXPECT_EQ(read->sizeBefore, 1'000);
-    ASSERT_EQ(read->changes.size(), 3U);
-    EXPECT_EQ(read->changes[1].position, 990);
-    EXPECT_EQ(read->changes[1].before, "the end...");
-    EXPECT_EQ(read->changes[1].after, "the end, and more");
-    EXPECT_EQ(read->changes[2].before, "");
-    EXPECT_EQ(read->changes[2].after, "123456789");
+    using testing::FieldsAre;
+    EXPECT_THAT(read->changes, testing::ElementsAre(FieldsAre(0, "header", "HEADER"),
+                                                    FieldsAre(990, "the end...", "the end, and more"),
+                                                    FieldsAre(1'000, "", "123456789")));
 }
 
 TEST(Undo, CutAnywhereIsNothing)

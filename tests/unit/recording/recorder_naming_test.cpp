@@ -36,11 +36,9 @@ const std::vector<Name> Names{
     {"local time where configured", "North_Site__RX_1__2018-09-19__14-03-07.tmp", "RecordingNameLocalTime = true"},
     {"a keyword map without caption", "RX_1__2018-09-19__12-03-07_UTC+02-00.tmp", "", "LEVEL = \"/LEVEL\""},
     {"no caption in the tree", "RX_1__2018-09-19__12-03-07_UTC+02-00.tmp", "", "", {"/DEVICE_CAPTION"}},
-    {"a device without name",
-     "UNKNOWN__2018-09-19__12-03-07_UTC+02-00.tmp",
-     "",
-     "",
-     {"/Devices/Rx1/Adm/DRIVERNAME", "/DEVICE_CAPTION"}},
+    {.what = "a device without name",
+     .expected = "UNKNOWN__2018-09-19__12-03-07_UTC+02-00.tmp",
+     .removed = {"/Devices/Rx1/Adm/DRIVERNAME", "/DEVICE_CAPTION"}},
     {"a name from a configured path", "Own__2018-09-19__12-03-07_UTC+02-00.tmp", "", "DEVICENAME = \"/MyName\""},
 };
 

@@ -262,15 +262,14 @@ TEST_F(BookmarksTest, ThoseAddedWhileAFileIsWrittenAreNotStored)
 
 TEST_F(BookmarksTest, AHeaderWithoutTextsKeepsItsFields)
 {
-    HeaderFields header;
-    header.jobId.clear();
-    header.deviceName.clear();
-    header.deviceType.clear();
-    header.minLevel = -2147483647;
-    header.startFrequency = 9.00123e7F;
-    header.stepWidth = 1e-7F;
-    header.automatic = true;
-    header.minorVersion = 31;
+    const HeaderFields header{.minorVersion = 31,
+                              .startFrequency = 9.00123e7F,
+                              .stepWidth = 1e-7F,
+                              .minLevel = -2147483647,
+                              .jobId = "",
+                              .deviceName = "",
+                              .deviceType = "",
+                              .automatic = true};
     FinishedFile stored(threeLevels().close(header));
     open(stored)->addBookmark(10, "a");
     expectStored(stored, {{10, "a"}});

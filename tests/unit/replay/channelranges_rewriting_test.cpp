@@ -72,42 +72,39 @@ TEST_F(ChannelRangesTest, ClearingWithoutATableOverwritesTheFileFromItsStartUpTo
 
 TEST_F(ChannelRangesTest, ClearingAndRebuildingWithNoMoreThanBeforeKeepsTheRest)
 {
-    FinishedFile stored = m_withRanges;
-    auto file = open(stored);
+    auto file = open(m_withRanges);
     file->clearChannelRangeDef();
     file->addChannelRangeDef(3000);
     file->addChannelRangeDef(10);
     file->rebuildChannelRangeDef();
-    stored.clearRanges();
-    stored.rebuildRanges({10, 3000});
-    EXPECT_EQ(fileBytes(), stored.bytes());
+    m_withRanges.clearRanges();
+    m_withRanges.rebuildRanges({10, 3000});
+    EXPECT_EQ(fileBytes(), m_withRanges.bytes());
     EXPECT_EQ(rangesOf(*reopen()), (Times{10, 3000}));
 }
 
 TEST_F(ChannelRangesTest, ClearingSparesTheBookmarksThatAnotherObjectStoredMeanwhile)
 {
-    FinishedFile stored = m_withRanges;
-    auto file = open(stored);
+    auto file = open(m_withRanges);
     reopen()->addBookmark(10, "a text of the other");
     file->clearChannelRangeDef();
-    stored.storeBookmarks({{10, "a text of the other"}});
-    stored.clearRanges();
-    EXPECT_EQ(fileBytes(), stored.bytes());
+    m_withRanges.storeBookmarks({{10, "a text of the other"}});
+    m_withRanges.clearRanges();
+    EXPECT_EQ(fileBytes(), m_withRanges.bytes());
 }
 
 TEST_F(ChannelRangesTest, ClearingClearsTheFirstTableThatAnotherObjectStoredMeanwhileNotTheHeader)
 {
-    FinishedFile stored = m_file;
-    auto file = open(stored);
+    auto file = open(m_file);
     {
         auto other = reopen();
         other->addChannelRangeDef(1500);
         other->rebuildChannelRangeDef();
     }
     file->clearChannelRangeDef();
-    stored.rebuildRanges({1500});
-    stored.clearRanges();
-    EXPECT_EQ(fileBytes(), stored.bytes());
+    m_file.rebuildRanges({1500});
+    m_file.clearRanges();
+    EXPECT_EQ(fileBytes(), m_file.bytes());
 }
 
 TEST_F(ChannelRangesTest, RebuildingInPlaceWithFewerLeavesTheOldOnesBehind)
