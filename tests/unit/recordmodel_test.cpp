@@ -14,16 +14,22 @@ using TestSupport::dataOf;
 using TestSupport::fieldsOf;
 using TestSupport::TypeFields;
 
-const TestSupport::HeaderFields Full{.minorVersion = 1, .minLevel = -7, .automatic = true};
+const TestSupport::HeaderFields Full{.minorVersion = 1, .minLevel = -7, .startMs = 1, .stopMs = 2, .automatic = true};
 
+// Its times are no whole milliseconds.
 CHeaderData fullHeader()
 {
-    return TestSupport::makeHeader(Full);
+    CHeaderData header = TestSupport::makeHeader(Full);
+    header.set_startTS(CTimeStamp(1'001ULL));
+    header.set_stopTS(CTimeStamp(2'002ULL));
+    return header;
 }
 
 void expectFull(const CHeaderData& header)
 {
     EXPECT_EQ(fieldsOf(header), Full);
+    EXPECT_EQ(header.startTS().getTimeStamp(), 1'001U);
+    EXPECT_EQ(header.stopTS().getTimeStamp(), 2'002U);
 }
 
 }  // namespace
