@@ -42,7 +42,7 @@ TEST_F(OutputFiles, HoldPiecesOfEverySizeInTheirOrder)
     std::uniform_int_distribution<std::size_t> magnitude(0, 20);
     OutputFile output(name8(), OpenMode::Create);
     std::string expected;
-    while (expected.size() < 8'000'000) {
+    while (expected.size() < 12'000'000) {
         const std::size_t size = random() % (std::size_t{1} << magnitude(random));
         const std::string piece = pattern(expected.size(), size);
         if (size <= OutputFile::SmallBytes && random() % 2 == 0) {
@@ -72,6 +72,24 @@ TEST_F(OutputFiles, FillTheBufferToItsLastByteAndBeyond)
         expected += tail;
         ASSERT_TRUE(output.close());
         EXPECT_TRUE(bytes() == expected) << missing;
+    }
+}
+
+TEST_F(OutputFiles, AreHandedOverInLargerPiecesOnceTheyAreLargeThemselves)
+{
+    constexpr std::size_t KiB = 1'024;
+    OutputFile output(name8(), OpenMode::Create);
+    for (const auto& [written, handedOver] : std::map<std::size_t, std::size_t>{{255, 0},
+                                                                                {256, 256},
+                                                                                {700, 512},
+                                                                                {8'191, 7'936},
+                                                                                {8'192, 8'192},
+                                                                                {9'215, 8'192},
+                                                                                {9'216, 9'216},
+                                                                                {9'900, 9'216}}) {
+        const auto position = static_cast<std::size_t>(output.position());
+        output.append(pattern(position, written * KiB - position));
+        EXPECT_EQ(QFileInfo(name()).size(), handedOver * KiB) << written;
     }
 }
 

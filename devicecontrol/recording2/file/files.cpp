@@ -6,7 +6,7 @@
 namespace Recording2 {
 
 OutputFile::OutputFile(const std::filesystem::path& path, OpenMode mode, System::FileMode fileMode)
-    : m_ownBuffer(BufferBytes + SmallBytes), m_buffer(m_ownBuffer.data())
+    : m_ownBuffer(std::make_unique_for_overwrite<char[]>(LargePieceBytes + SmallBytes)), m_buffer(m_ownBuffer.get())
 {
     if (mode == OpenMode::Update) {
         m_rewriting = std::make_unique<Rewriting>();
@@ -24,11 +24,11 @@ OutputFile::~OutputFile()
 
 void OutputFile::keepTailIn(Journal* journal)
 {
-    static_assert(Format::Journal::TailBytes >= BufferBytes + SmallBytes);
+    static_assert(Format::Journal::TailBytes >= PieceBytes + SmallBytes);
     m_journal = journal;
     if (journal != nullptr) {
         m_buffer = journal->tail();
-        m_ownBuffer = std::vector<char>();
+        m_ownBuffer.reset();
     }
 }
 
@@ -168,7 +168,8 @@ void OutputFile::write(const char* bytes, std::size_t size)
 
 void OutputFile::startBuffer()
 {
-    m_end = BufferBytes - static_cast<std::size_t>(m_flushed % std::int64_t{BufferBytes});
+    const std::size_t piece = m_ownBuffer != nullptr && m_flushed >= LargePiecesFrom ? LargePieceBytes : PieceBytes;
+    m_end = piece - static_cast<std::size_t>(m_flushed) % piece;
 }
 
 InputFile::InputFile(const std::filesystem::path& path, Size size) : m_error(m_file.open(path, System::Access::Read))

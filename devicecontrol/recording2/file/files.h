@@ -9,7 +9,6 @@
 #include <optional>
 #include <span>
 #include <utility>
-#include <vector>
 
 #include <system/lockfile.h>
 #include <system/nativefile.h>
@@ -81,21 +80,24 @@ public:
     static constexpr std::size_t SmallBytes = 256;
 
 private:
-    static constexpr std::size_t BufferBytes = std::size_t{256} * 1024;
+    static constexpr std::size_t PieceBytes = std::size_t{256} * 1024;
+    static constexpr std::size_t LargePieceBytes = 4 * PieceBytes;
+    static constexpr std::int64_t LargePiecesFrom = std::int64_t{8} * LargePieceBytes;
 
     void appendPast(std::span<const char> bytes);
     void writeFullBuffer();
     void write(const char* bytes, std::size_t size);
     void startBuffer();
 
-    // The buffer is handed over where the position is a multiple of its size: file systems take pieces that begin and
-    // end at such places much faster. After that end there is room for what reserve gave.
+    // The buffer is handed over where the position is a multiple of a piece: file systems take pieces that begin and
+    // end at such places much faster, and large ones faster still. What is not in a journal is lost with the process,
+    // so pieces are large where the file is much larger. After that end there is room for what reserve gave.
     System::NativeFile m_file;
     std::unique_ptr<Rewriting> m_rewriting;  // instead of the file
-    std::vector<char> m_ownBuffer;
+    std::unique_ptr<char[]> m_ownBuffer;     // null while that of a journal is used
     char* m_buffer = nullptr;
     std::size_t m_used = 0;
-    std::size_t m_end = BufferBytes;
+    std::size_t m_end = PieceBytes;
     std::int64_t m_flushed = 0;  // position of the buffer's first byte
     System::Error m_error = 0;
     Journal* m_journal = nullptr;

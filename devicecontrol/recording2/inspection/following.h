@@ -48,7 +48,7 @@ public:
     /// Empty until the recorder wrote them, which it does before the first record.
     [[nodiscard]] const std::vector<TypeEntry>& types() const;
     /// False where there is no journal: every record has the time 0 then, and is seen only when its bytes are handed to
-    /// the system, up to 256 KiB late.
+    /// the system, up to 256 KiB late, from 8 MiB on 1 MiB.
     [[nodiscard]] bool timesKnown() const;
     /// Records that are damaged in the file and were left out while it was written.
     [[nodiscard]] std::uint64_t unreadable() const;
