@@ -74,6 +74,8 @@ QString newConnectionName()
     return QStringLiteral("zelvo-%1").arg(++count);
 }
 
+const QString WaitForDevice = QStringLiteral("PRAGMA synchronous = FULL");
+
 const QString SchemaProperty = QStringLiteral("schema");
 
 // Seconds and milliseconds after which a server that does not answer counts as away. Requests wait for nothing longer.
@@ -177,7 +179,7 @@ void Database::configure()
     }
     run(QStringLiteral("PRAGMA journal_mode = WAL"));
     // What the registry says must outlast a power cut before an original is deleted.
-    run(QStringLiteral("PRAGMA synchronous = FULL"));
+    run(WaitForDevice);
     run(QStringLiteral("PRAGMA foreign_keys = ON"));
     for (const QString& statement : journalStatements()) {
         run(statement);
@@ -314,12 +316,27 @@ void Database::insert(const char* table, const Values& values, const QString& mo
 
 void Database::atomically(const std::function<void()>& work)
 {
-    run(m_postgres ? QStringLiteral("BEGIN") : QStringLiteral("BEGIN IMMEDIATE"));
+    between(m_postgres ? QStringLiteral("BEGIN") : QStringLiteral("BEGIN IMMEDIATE"), work, QStringLiteral("COMMIT"));
+}
+
+// How long a server waits for its device is for those to say who run it.
+void Database::withoutWaiting(const std::function<void()>& work)
+{
+    if (m_postgres) {
+        work();
+    } else {
+        between(QStringLiteral("PRAGMA synchronous = NORMAL"), work, WaitForDevice);
+    }
+}
+
+void Database::between(const QString& before, const std::function<void()>& work, const QString& after)
+{
+    run(before);
     try {
         work();
-        run(QStringLiteral("COMMIT"));
+        run(after);
     } catch (...) {
-        // A connection that failed is closed already, and its transaction with it.
+        // A connection that failed is closed already, and its transaction and its settings with it.
         if (m_open) {
             close();
         }

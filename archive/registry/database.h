@@ -103,12 +103,16 @@ public:
     /// All of the work or nothing of it. SQLite lets one writer in at a time, PostgreSQL locks what is selected with
     /// forUpdate().
     void atomically(const std::function<void()>& work);
+    /// Changes that need not be on the device yet when this returns, because whoever finds the state before them does
+    /// them again. The next change that waits makes these last too. Outside of atomically.
+    void withoutWaiting(const std::function<void()>& work);
     [[nodiscard]] QString forUpdate() const { return m_postgres ? QStringLiteral(" FOR UPDATE") : QString(); }
 
 private:
     void open();
     void close();
     void configure();
+    void between(const QString& before, const std::function<void()>& work, const QString& after);
     QSqlQuery executed(const QString& sql, const Values& values);
     [[noreturn]] void fail(const QString& operation, const QSqlError& error);
 

@@ -272,10 +272,13 @@ bool Registry::recordStored(const FileRow& file, const StoredCopy& copy, std::in
     return recorded;
 }
 
+// Where a power cut takes this away the mover finds the file stored and its original gone, and says it again.
 void Registry::recordMoved(const FileRow& file)
 {
-    updateFile(file.where(), settled({{"state", FileState::Moved}, {"old_path", QString()}}),
-               {{"state", FileState::Stored}});
+    m_database.withoutWaiting([&] {
+        updateFile(file.where(), settled({{"state", FileState::Moved}, {"old_path", QString()}}),
+                   {{"state", FileState::Stored}});
+    });
 }
 
 void Registry::recordLost(const FileRow& file)

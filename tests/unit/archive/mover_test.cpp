@@ -215,6 +215,30 @@ TEST_F(Moving, RemovesTheOtherExpiredFilesWhenTheRegistryNamesAPathElsewhere)
     EXPECT_EQ(stored().size(), 1);
 }
 
+TEST_F(Moving, SaysAgainWhatAPowerCutTookFromTheRegistry)
+{
+    const ZelvoUrl address = recordAndMove("a", bytesOf(10));
+    Database database(configuration().directory + "/archive.sqlite", 0600);
+    EXPECT_EQ(database.change("UPDATE group_files SET state = :state", {{"state", FileState::Stored}}), 1);
+    EXPECT_EQ(move().moved, 1);
+    EXPECT_EQ(file(address).state, FileState::Moved);
+    EXPECT_EQ(stored().size(), 1);
+}
+
+TEST_F(Moving, WaitsForTheDeviceButWhereAChangeMayBeLost)
+{
+    constexpr int Wal = 1;
+    constexpr int EveryChange = 2;
+    recordAndMove("a", bytesOf(10));
+    Database database(configuration().directory + "/archive.sqlite", 0600);
+    const auto waits = [&database] { return database.value("PRAGMA synchronous")->toInt(); };
+    EXPECT_EQ(waits(), EveryChange);
+    database.withoutWaiting([&] { EXPECT_EQ(waits(), Wal); });
+    EXPECT_EQ(waits(), EveryChange);
+    EXPECT_THROW(database.withoutWaiting([] { throw ArchiveError({}, ZelvoError::BadName); }), ArchiveError);
+    EXPECT_EQ(waits(), EveryChange);
+}
+
 TEST_F(Moving, StopsBetweenPiecesWithoutLeavingAnything)
 {
     record("a", bytesOf(3'000'000));
