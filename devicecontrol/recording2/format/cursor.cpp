@@ -10,8 +10,9 @@ namespace Recording2::Format {
 
 namespace {
 
-constexpr std::size_t FirstLoad = std::size_t{8} * 1024;  // after a jump
-constexpr std::size_t MostBack = std::size_t{64} * 1024;  // loaded around a step back
+constexpr std::size_t FirstLoad = std::size_t{8} * 1024;   // after a jump
+constexpr std::size_t MostKept = std::size_t{128} * 1024;  // of the buffer over a jump
+constexpr std::size_t MostBack = std::size_t{64} * 1024;   // loaded around a step back
 
 bool isDigit(int byte)
 {
@@ -26,16 +27,24 @@ bool isWhiteSpace(int byte)
 }  // namespace
 
 Cursor::Cursor(ByteSource& source, std::size_t bufferBytes)
-    : m_source(source),
-      m_pages((bufferBytes + sizeof(Page) - 1) / sizeof(Page)),
-      m_bytes(m_pages.data()->bytes),
-      m_capacity(bufferBytes),
-      m_nextLoad(std::min(FirstLoad, bufferBytes))
+    : m_source(source), m_capacity(bufferBytes), m_nextLoad(std::min(FirstLoad, bufferBytes))
 {
+    makeRoom(m_nextLoad);
+}
+
+// What the buffer held is gone.
+void Cursor::makeRoom(std::size_t bytes)
+{
+    m_pages = std::make_unique_for_overwrite<Page[]>((bytes + sizeof(Page) - 1) / sizeof(Page));
+    m_bytes = m_pages[0].bytes;
+    m_room = bytes;
 }
 
 void Cursor::load(std::int64_t begin, std::size_t size)
 {
+    if (size > m_room) {
+        makeRoom(size);
+    }
     m_bufferStart = begin;
     m_limit = m_source.readAt(begin, m_bytes, size);
 }
@@ -83,6 +92,9 @@ void Cursor::forget(std::int64_t position)
     m_next = 0;
     m_limit = 0;
     m_nextLoad = std::min(FirstLoad, m_capacity);
+    if (m_room > MostKept) {
+        makeRoom(m_nextLoad);
+    }
 }
 
 std::int64_t Cursor::remaining()

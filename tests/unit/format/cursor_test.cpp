@@ -162,9 +162,36 @@ TEST(Cursor, ReadsTheSameWithABufferOfAnySize)
     }
 }
 
+TEST(Cursor, LoadsLittleAfterAJumpAndMoreTheLongerItReads)
+{
+    class ToldSource final : public Recording2::Format::ByteSource {
+    public:
+        std::size_t readAt(std::int64_t /*offset*/, char* out, std::size_t size) override
+        {
+            asked.push_back(size / 1'024);
+            std::fill_n(out, size, '7');
+            return size;
+        }
+        [[nodiscard]] std::int64_t size() override { return std::int64_t{1} << 32U; }
+        std::vector<std::size_t> asked;
+    };
+    ToldSource source;
+    Cursor cursor(source);
+    const std::vector<std::size_t> growing{8, 16, 32, 64, 128, 256, 512, 1'024, 1'024};
+    std::string read;
+    for (const std::int64_t position : {0, 10'000'000, 0}) {
+        source.asked.clear();
+        cursor.seek(position);
+        for (int i = 0; i < 3'000; ++i) {
+            ASSERT_EQ(cursor.readBytes(read, 1'000), FieldStatus::Ok);
+        }
+        EXPECT_EQ(std::vector(source.asked.begin(), source.asked.begin() + 9), growing) << position;
+    }
+}
+
 TEST(Cursor, ReadsTheSameAcrossPagesAndJumpsWithABufferOfAnySize)
 {
-    constexpr std::int64_t Size = 100'000;
+    constexpr std::int64_t Size = 1'500'000;
     const std::string alphabet = "0123456789##";
     std::mt19937 random(23);  // NOLINT(cert-msc51-cpp): the same bytes in every run
     std::string bytes(Size, '\0');
@@ -173,11 +200,11 @@ TEST(Cursor, ReadsTheSameAcrossPagesAndJumpsWithABufferOfAnySize)
     }
     Reader small(bytes, 61);
     Reader pages(bytes, 16'384);
-    Reader whole(bytes, 131'072);
+    Reader whole(bytes, 1'048'576);
     for (int round = 0; round < 20'000; ++round) {
         const bool jump = random() % 50 == 0;
         const auto position = jump ? static_cast<std::int64_t>(random() % (Size + 10)) : small.cursor.position();
-        const std::int64_t length = 1 + static_cast<std::int64_t>(random() % (round % 100 == 0 ? 30'000 : 30));
+        const std::int64_t length = 1 + static_cast<std::int64_t>(random() % (round % 100 == 0 ? 400'000 : 30));
         std::string read[3];
         std::int32_t number[3] = {7, 7, 7};
         std::size_t which = 0;
