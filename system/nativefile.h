@@ -50,6 +50,11 @@ public:
     /// Takes the space for so many bytes after a position from the device now, so that writing them cannot fail for
     /// want of it. The file grows as far; new bytes are 0.
     Error allocate(std::int64_t position, std::int64_t bytes);
+    /// Takes space for so many bytes after a position, as much as there is, where writing into it is faster then and
+    /// the file stays in one piece. The file does not grow. Only faster, never an error.
+    void allocateAhead(std::int64_t position, std::int64_t bytes);
+    /// Gives back what was allocated after the file's end.
+    void giveBackAhead();
     /// Makes the device keep what was written, and what is needed to find it.
     Error fsync();
     /// Locks the file until it is closed or the process ends, however it ends; another mode takes the place of the

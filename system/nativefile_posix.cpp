@@ -6,6 +6,10 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#if defined(__linux__)
+#include <linux/magic.h>
+#include <sys/vfs.h>
+#endif
 
 #include <cerrno>
 #include <memory>
@@ -174,6 +178,27 @@ Error NativeFile::allocate(std::int64_t position, std::int64_t bytes)
         error = ::posix_fallocate(descriptor(m_handle), position, bytes);
     }
     return error;
+}
+
+// Elsewhere it would cost: XFS does as much itself, btrfs would not compress what comes there, a file system in memory
+// would clear it first.
+void NativeFile::allocateAhead([[maybe_unused]] std::int64_t position, [[maybe_unused]] std::int64_t bytes)
+{
+#if defined(__linux__)
+    struct statfs there {};
+    if (::fstatfs(descriptor(m_handle), &there) == 0 && there.f_type == EXT4_SUPER_MAGIC) {
+        static_cast<void>(::fallocate(descriptor(m_handle), FALLOC_FL_KEEP_SIZE, position, bytes));
+    }
+#endif
+}
+
+// The file is whole without it: what stays allocated costs space only.
+void NativeFile::giveBackAhead()
+{
+    struct stat status {};
+    if (::fstat(descriptor(m_handle), &status) == 0) {
+        static_cast<void>(setSize(status.st_size));
+    }
 }
 
 Error NativeFile::fsync()

@@ -171,6 +171,15 @@ Error NativeFile::allocate(std::int64_t position, std::int64_t bytes)
     return position + bytes > size() ? setSize(position + bytes) : 0;
 }
 
+// NTFS sees to it itself.
+void NativeFile::allocateAhead(std::int64_t /*position*/, std::int64_t /*bytes*/)
+{
+}
+
+void NativeFile::giveBackAhead()
+{
+}
+
 Error NativeFile::fsync()
 {
     return resultOf(::FlushFileBuffers(handleOf(m_handle)));

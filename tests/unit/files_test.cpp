@@ -1,6 +1,12 @@
 // The buffered file that is written, also past 4 GiB: whatever the pieces are, the file holds them.
 #include <random>
 
+#if defined(__linux__)
+#include <sys/stat.h>
+#endif
+
+#include <QStorageInfo>
+
 #include <recording2/file/files.h>
 
 #include "support/recordingbytes.h"
@@ -92,6 +98,32 @@ TEST_F(OutputFiles, AreHandedOverInLargerPiecesOnceTheyAreLargeThemselves)
         EXPECT_EQ(QFileInfo(name()).size(), handedOver * KiB) << written;
     }
 }
+
+#if defined(__linux__)
+TEST_F(OutputFiles, TakeSpaceAheadOfWhatIsWrittenAndGiveTheRestBack)
+{
+    if (QStorageInfo(QFileInfo(name()).path()).fileSystemType() != "ext4") {
+        GTEST_SKIP() << "only ext4 is asked for space ahead";
+    }
+    constexpr std::int64_t MiB = std::int64_t{1} << 20U;
+    const auto ahead = [this] {
+        struct stat status {};
+        EXPECT_EQ(::stat(name8().c_str(), &status), 0);
+        return status.st_blocks * 512 - status.st_size;
+    };
+    OutputFile output(name8(), OpenMode::Create);
+    output.append(pattern(0, 3 * MiB));
+    EXPECT_GT(ahead(), MiB / 2);
+    EXPECT_LE(ahead(), 3 * MiB);
+    EXPECT_EQ(QFileInfo(name()).size(), 3 * MiB);
+    output.append(pattern(3 * MiB, 37 * MiB + 1));
+    EXPECT_GT(ahead(), MiB / 2);
+    EXPECT_LE(ahead(), 16 * MiB);
+    ASSERT_TRUE(output.close());
+    EXPECT_LT(ahead(), MiB / 16);
+    EXPECT_TRUE(bytes() == pattern(0, 40 * MiB + 1));
+}
+#endif
 
 TEST_F(OutputFiles, AreChangedInPlaceAndGoOnAtTheEnd)
 {

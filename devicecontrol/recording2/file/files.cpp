@@ -1,12 +1,14 @@
 // The buffer of a file being appended to: filled, handed over, kept in the journal.
 #include "files.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace Recording2 {
 
 OutputFile::OutputFile(const std::filesystem::path& path, OpenMode mode, System::FileMode fileMode)
-    : m_ownBuffer(std::make_unique_for_overwrite<char[]>(LargePieceBytes + SmallBytes)), m_buffer(m_ownBuffer.get())
+    : m_ownBuffer(std::make_unique_for_overwrite<CacheLine[]>((LargePieceBytes + SmallBytes) / sizeof(CacheLine))),
+      m_buffer(m_ownBuffer[0].bytes)
 {
     if (mode == OpenMode::Update) {
         m_rewriting = std::make_unique<Rewriting>();
@@ -104,6 +106,9 @@ bool OutputFile::close()
         return good();
     }
     flush();
+    if (m_allocatedEnd > 0) {
+        m_file.giveBackAhead();
+    }
     fail(m_file.close());
     return good();
 }
@@ -155,6 +160,7 @@ void OutputFile::write(const char* bytes, std::size_t size)
         m_rewriting->state()->put(m_flushed, {bytes, size});
     } else {
         std::size_t written = 0;
+        allocateFor(m_flushed + static_cast<std::int64_t>(size));
         fail(m_file.writeAt(m_flushed, bytes, size, written));
     }
     if (good()) {
@@ -163,6 +169,17 @@ void OutputFile::write(const char* bytes, std::size_t size)
         if (m_journal != nullptr) {
             m_journal->tailStartsAt(m_flushed);
         }
+    }
+}
+
+// As much as the file has already, within bounds: a file that is left unclosed keeps it until it is removed.
+void OutputFile::allocateFor(std::int64_t end)
+{
+    if (end > m_allocatedEnd && m_flushed >= std::int64_t{PieceBytes}) {
+        const std::int64_t begin = std::max(m_flushed, m_allocatedEnd);
+        const std::int64_t bytes = std::clamp(m_flushed, LeastAhead, MostAhead);
+        m_file.allocateAhead(begin, bytes);
+        m_allocatedEnd = begin + bytes;
     }
 }
 

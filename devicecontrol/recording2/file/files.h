@@ -83,22 +83,31 @@ private:
     static constexpr std::size_t PieceBytes = std::size_t{256} * 1024;
     static constexpr std::size_t LargePieceBytes = 4 * PieceBytes;
     static constexpr std::int64_t LargePiecesFrom = std::int64_t{8} * LargePieceBytes;
+    static constexpr std::int64_t LeastAhead = LargePieceBytes;
+    static constexpr std::int64_t MostAhead = std::int64_t{16} * LargePieceBytes;
+
+    /// Memory that begins with one is copied a fifth faster by the system.
+    struct alignas(64) CacheLine {
+        char bytes[64];
+    };
 
     void appendPast(std::span<const char> bytes);
     void writeFullBuffer();
     void write(const char* bytes, std::size_t size);
     void startBuffer();
+    void allocateFor(std::int64_t end);
 
     // The buffer is handed over where the position is a multiple of a piece: file systems take pieces that begin and
     // end at such places much faster, and large ones faster still. What is not in a journal is lost with the process,
     // so pieces are large where the file is much larger. After that end there is room for what reserve gave.
     System::NativeFile m_file;
-    std::unique_ptr<Rewriting> m_rewriting;  // instead of the file
-    std::unique_ptr<char[]> m_ownBuffer;     // null while that of a journal is used
+    std::unique_ptr<Rewriting> m_rewriting;    // instead of the file
+    std::unique_ptr<CacheLine[]> m_ownBuffer;  // null while that of a journal is used
     char* m_buffer = nullptr;
     std::size_t m_used = 0;
     std::size_t m_end = PieceBytes;
-    std::int64_t m_flushed = 0;  // position of the buffer's first byte
+    std::int64_t m_flushed = 0;       // position of the buffer's first byte
+    std::int64_t m_allocatedEnd = 0;  // of the space in front of what was written
     System::Error m_error = 0;
     Journal* m_journal = nullptr;
 };

@@ -138,6 +138,22 @@ TEST_F(SystemFiles, BytesAreReadWhereTheyWereWrittenAndNoneBehindTheEnd)
     EXPECT_EQ(file.size(), 0);
 }
 
+TEST_F(SystemFiles, SpaceThatIsAllocatedAheadIsNoPartOfTheFile)
+{
+    constexpr std::int64_t MiB = std::int64_t{1} << 20U;
+    NativeFile file;
+    std::size_t written = 0;
+    ASSERT_EQ(file.open(path("file"), Access::Create), 0);
+    file.allocateAhead(0, MiB);
+    EXPECT_EQ(file.size(), 0);
+    ASSERT_EQ(file.writeAt(0, "text", 4, written), 0);
+    file.allocateAhead(4, MiB);
+    EXPECT_EQ(file.size(), 4);
+    file.giveBackAhead();
+    EXPECT_EQ(file.close(), 0);
+    EXPECT_EQ(textOf(path("file")), "text");
+}
+
 TEST_F(SystemFiles, SharedLocksKeepOutOneAloneAndOneAloneKeepsOutAll)
 {
     struct Case {
