@@ -142,11 +142,11 @@ void archiveMove(benchmark::State& state)
     measure(
         state,
         [&state](const Place& place) {
-            place.writeRecordings(state.range(0));
             Zelvo::ZelvoClient client(place.configuration);
             for (int i = 0; i < FilesOfARound; ++i) {
                 registerFile(client, place, i);
             }
+            place.writeRecordings(state.range(0));  // what is older than its registration is taken for another file
         },
         [](const Place& place) {
             require(Zelvo::Mover(place.configuration).runPending().moved == FilesOfARound, "not all were moved");
