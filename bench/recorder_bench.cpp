@@ -275,7 +275,7 @@ void besideAReader(benchmark::State& state, Change change)
 {
     constexpr std::chrono::milliseconds SomeLooks(200);
     Station station;
-    ratioInPairs(state, 15, [&](bool withReader) {
+    ratioInPairs(state, 31, [&](bool withReader) {
         station.end();
         Station::removeFinished();
         station.begin();
