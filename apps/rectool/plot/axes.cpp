@@ -195,7 +195,7 @@ QString setTimeAxis(const Picture& picture, QCPAxis& axis, TimeScale scale, int 
     }
     axis.setTicker(ticker);
     axis.setRange(span.fromMs, span.toMs);
-    const QString day = QString::fromStdString(onlyDay(span, startMs));
+    const QString day = isClock ? QString::fromStdString(onlyDay(span, startMs)) : QString();
     axis.setLabel(!isClock        ? QStringLiteral("Since the start of the recording")
                   : day.isEmpty() ? QStringLiteral("Time (UTC)")
                                   : QStringLiteral("Time (UTC, %1)").arg(day));
