@@ -58,6 +58,12 @@ Error LockFile::tryLock(const std::filesystem::path& path, LockMode mode, FileMo
     }
 }
 
+Error LockFile::keepAlone()
+{
+    const Error error = lockPatiently(m_file);
+    return error == 0 && !m_file.isAt(m_path) ? LockHeld : error;
+}
+
 Error LockFile::look(const std::filesystem::path& path, bool& held)
 {
     NativeFile file;

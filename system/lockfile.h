@@ -16,6 +16,9 @@ public:
 
     /// Does not wait. @return LockHeld when others have it; another error where the file cannot be made or locked
     [[nodiscard]] Error tryLock(const std::filesystem::path& path, LockMode mode, FileMode fileMode);
+    /// Of one who shares it: keeps it alone. Others may have had it in between. @return LockHeld when others have it;
+    /// after any error this one does not
+    [[nodiscard]] Error keepAlone();
     /// Whether somebody holds it; a missing file is held by nobody.
     static Error look(const std::filesystem::path& path, bool& held);
 

@@ -210,7 +210,8 @@ MoverCore::Outcome MoverCore::attempt(FileRow& file, std::int64_t createdMs, con
 {
     try {
         if (file.state == FileState::Stored) {
-            return finish(file, file.version > 1 ? QString() : originalOf(file).path, nullptr, stop);
+            return finish(m_station->lock(file.where(), FileLock::Mode::Exclusive), file,
+                          file.version > 1 ? QString() : originalOf(file).path, nullptr, stop);
         }
         return store(file, createdMs, stop);
     } catch (const FileError& error) {
@@ -272,9 +273,11 @@ MoverCore::Outcome MoverCore::store(FileRow& file, std::int64_t createdMs, const
         return fail(file, QStringLiteral("the registry changed while the file was moved"));
     }
     m_report.bytes += digest.bytes;
-    lock.reset();
+    if (!lock->keepAlone()) {
+        lock.reset();
+    }
     const std::optional<FileRow> stored = m_station->registry().file(file.where());
-    return stored ? finish(*stored, original.path, &digest.identity, stop)
+    return stored ? finish(std::move(lock), *stored, original.path, &digest.identity, stop)
                   : fail(file, QStringLiteral("the registry lost the file while it was moved"));
 }
 
@@ -287,12 +290,11 @@ MoverCore::Outcome MoverCore::originalIsMissing(const FileRow& file, const QStri
     return fail(file, why);
 }
 
-// Deletes what the verified copy replaces: the original and an older version in the storage.
-MoverCore::Outcome MoverCore::finish(const FileRow& file, const QString& original, const FileIdentity* known,
-                                     const StopWish& stop)
+// Deletes what the verified copy replaces: the original and an older version in the storage. Without the lock later.
+MoverCore::Outcome MoverCore::finish(std::unique_ptr<FileLock> alone, const FileRow& file, const QString& original,
+                                     const FileIdentity* known, const StopWish& stop)
 {
-    const std::unique_ptr<FileLock> lock = m_station->lock(file.where(), FileLock::Mode::Exclusive);
-    if (lock == nullptr) {
+    if (alone == nullptr) {
         FileRow noted = file;
         note(noted, QStringLiteral("is stored; the original is in use and deleted later"));
         return Outcome::Waits;

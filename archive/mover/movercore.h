@@ -34,7 +34,8 @@ private:
     Outcome store(FileRow& file, std::int64_t createdMs, const StopWish& stop);
     [[nodiscard]] Original originalOf(const FileRow& file);
     Outcome originalIsMissing(const FileRow& file, const QString& why);
-    Outcome finish(const FileRow& file, const QString& original, const FileIdentity* known, const StopWish& stop);
+    Outcome finish(std::unique_ptr<FileLock> alone, const FileRow& file, const QString& original,
+                   const FileIdentity* known, const StopWish& stop);
     [[nodiscard]] bool isTheStoredOne(const FileRow& file, const QString& original, const StopWish& stop);
     Outcome fail(const FileRow& file, const QString& sentence);
     void tell(const FileRow& file, const QString& failure);

@@ -85,6 +85,8 @@ public:
     using Mode = System::LockMode;
     /// Does not wait. @return null when others hold it. @throws FileError when the file cannot be made
     [[nodiscard]] static std::unique_ptr<FileLock> tryLock(const QString& path, Mode mode, unsigned fileMode);
+    /// Of one who shares it: keeps it alone. Others may have had it in between. @return whether this one has it now
+    [[nodiscard]] bool keepAlone() { return m_lock.keepAlone() == 0; }
     /// Whether somebody holds it; a missing file is held by nobody.
     [[nodiscard]] static bool isHeld(const QString& path);
 

@@ -211,5 +211,33 @@ TEST_F(SystemFiles, ALockFileGoesWithTheLastWhoHoldsIt)
     EXPECT_EQ(System::kindOf(none.tryLock(path("missing/lock"), LockMode::Shared, Mode)), ErrorKind::Missing);
 }
 
+TEST_F(SystemFiles, WhoSharesALockFileKeepsItAloneOnceNobodyElseHasIt)
+{
+    constexpr System::FileMode Mode = 0640;
+    {
+        System::LockFile one;
+        System::LockFile other;
+        ASSERT_EQ(one.tryLock(path("lock"), LockMode::Shared, Mode), 0);
+        ASSERT_EQ(other.tryLock(path("lock"), LockMode::Shared, Mode), 0);
+        EXPECT_EQ(one.keepAlone(), System::LockHeld);
+    }
+    {
+        System::LockFile one;
+        System::LockFile other;
+        ASSERT_EQ(one.tryLock(path("lock"), LockMode::Shared, Mode), 0);
+        EXPECT_EQ(one.keepAlone(), 0);
+        EXPECT_EQ(other.tryLock(path("lock"), LockMode::Shared, Mode), System::LockHeld);
+    }
+    EXPECT_EQ(kindAt(path("lock")), NameKind::Missing);
+}
+
+TEST_F(SystemFiles, ALockFileThatWasTakenAwayIsNotKept)
+{
+    System::LockFile keeper;
+    ASSERT_EQ(keeper.tryLock(path("lock"), LockMode::Shared, 0640), 0);
+    ASSERT_EQ(System::removeFile(path("lock")), 0);
+    EXPECT_EQ(keeper.keepAlone(), System::LockHeld);
+}
+
 }  // namespace
 }  // namespace SystemTests
