@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <system_error>
@@ -72,7 +73,7 @@ private:
 std::string file(const std::string& name)
 {
     const QByteArray folder = qgetenv("RECORDING2_BENCH_DIR");
-    return (folder.isEmpty() ? std::string(".") : folder.toStdString()) + '/' + name;
+    return (folder.isEmpty() ? std::filesystem::temp_directory_path().string() : folder.toStdString()) + '/' + name;
 }
 
 void removeFile(const std::string& path)

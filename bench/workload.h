@@ -8,7 +8,7 @@
 
 namespace Bench {
 
-/// A path in the folder RECORDING2_BENCH_DIR (the current one where it is not set).
+/// A path in the folder RECORDING2_BENCH_DIR (that of the system for temporary files where it is not set).
 [[nodiscard]] std::string file(const std::string& name);
 void removeFile(const std::string& path);
 [[nodiscard]] std::int64_t fileSize(const std::string& path);  ///< bytes; throws std::runtime_error without the file
