@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include <terminaltext/nearestword.h>
+#include <terminaltext/wrongarguments.h>
 
 namespace RecStation {
 
@@ -18,23 +18,12 @@ std::vector<std::string> sourceNames(const CLI::App& app)
     return names;
 }
 
-void addOptionNames(const CLI::App& app, std::vector<std::string>& names)
-{
-    for (const CLI::Option* option : app.get_options()) {
-        for (const std::string& name : option->get_lnames()) {
-            names.push_back("--" + name);
-        }
-    }
-}
-
 std::string unknownOption(const CLI::App& app, const std::string& argument)
 {
     const std::string name = argument.substr(0, argument.find('='));
-    std::vector<std::string> known;
-    addOptionNames(app, known);
+    std::vector<std::string> known = TerminalText::optionNames(app);
     for (const CLI::App* source : app.get_subcommands({})) {
-        std::vector<std::string> own;
-        addOptionNames(*source, own);
+        const std::vector<std::string> own = TerminalText::optionNames(*source);
         if (name != "--help" && std::find(own.begin(), own.end(), name) != own.end()) {
             return name + " is an option of " + source->get_name() + ", and stands behind that word";
         }
@@ -42,7 +31,7 @@ std::string unknownOption(const CLI::App& app, const std::string& argument)
             known.insert(known.end(), own.begin(), own.end());
         }
     }
-    return "there is no option " + name + TerminalText::didYouMean(name, known);
+    return TerminalText::noSuchOption(argument, known);
 }
 
 std::string unknownWord(const CLI::App& app, const std::string& word, const std::vector<std::string>& before)
@@ -51,9 +40,9 @@ std::string unknownWord(const CLI::App& app, const std::string& word, const std:
     const auto source = std::find_first_of(before.rbegin(), before.rend(), names.begin(), names.end());
     const std::string near = TerminalText::didYouMean(word, names);
     if (source != before.rend()) {
-        return "\"" + word + "\" is one word too many behind " + *source + near;
+        return "\"" + TerminalText::oneLine(word) + "\" is one word too many behind " + *source + near;
     }
-    return "there is no source \"" + word + "\"" +
+    return "there is no source \"" + TerminalText::oneLine(word) + "\"" +
            (near.empty() ? ": the sources are " + listed(names) + ", and the name of a file stands behind one" : near);
 }
 
@@ -113,12 +102,12 @@ std::string whatIsWrong(const CLI::App& app, const CLI::ParseError& error, const
         const std::vector<std::string> rest = app.remaining(true);  // in no order that one could rely on
         const auto first = std::find_first_of(arguments.begin(), arguments.end(), rest.begin(), rest.end());
         if (first != arguments.end()) {
-            const bool option = first->size() > 1 && first->front() == '-';
-            return option ? unknownOption(app, *first) : unknownWord(app, *first, {arguments.begin(), first});
+            return TerminalText::isOption(*first) ? unknownOption(app, *first)
+                                                  : unknownWord(app, *first, {arguments.begin(), first});
         }
     }
     const std::string needed = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr ? whatIsNeeded(app) : "";
-    return needed.empty() ? error.what() : needed;
+    return needed.empty() ? TerminalText::oneLine(error.what()) : needed;
 }
 
 }  // namespace RecStation

@@ -10,6 +10,7 @@
 
 #include <terminaltext/commandtree.h>
 #include <terminaltext/nearestword.h>
+#include <terminaltext/wrongarguments.h>
 #include <CLI/CLI.hpp>
 
 #include "archive/archivedfiles.h"
@@ -80,15 +81,8 @@ const CLI::App& verbOf(const CLI::App& app)
 
 std::string unknownOption(const CLI::App& verb, const std::string& argument)
 {
-    const std::string name = argument.substr(0, argument.find('='));
-    std::vector<std::string> known;
-    for (const CLI::Option* option : verb.get_options()) {
-        for (const std::string& own : option->get_lnames()) {
-            known.push_back("--" + own);
-        }
-    }
-    return (verb.get_parent() == nullptr ? "there" : callOf(verb) + ": there") + " is no option " + oneLine(name) +
-           TerminalText::didYouMean(name, known);
+    return (verb.get_parent() == nullptr ? "" : callOf(verb) + ": ") +
+           TerminalText::noSuchOption(argument, TerminalText::optionNames(verb));
 }
 
 bool isFile(const std::string& name)
@@ -98,15 +92,10 @@ bool isFile(const std::string& name)
            std::filesystem::exists(native(name), error);
 }
 
-bool isOption(const std::string& argument)
-{
-    return argument.size() > 1 && argument.front() == '-';
-}
-
 /// Puts the verb in front that a user of files or directories alone hopes for: info, as a table of several files.
 void addImpliedVerb(const CLI::App& app, std::vector<std::string>& arguments)
 {
-    if (arguments.empty() || isOption(arguments.front()) || findVerb(app, arguments.front()) != nullptr ||
+    if (arguments.empty() || TerminalText::isOption(arguments.front()) || findVerb(app, arguments.front()) != nullptr ||
         !isFile(arguments.front())) {
         return;
     }
@@ -122,7 +111,7 @@ void addImpliedVerb(const CLI::App& app, std::vector<std::string>& arguments)
 /// verbs of its own; empty where nothing is wrong. It names the verb that comes nearest.
 std::string unknownVerb(const CLI::App& app, const std::vector<std::string>& arguments)
 {
-    if (arguments.empty() || isOption(arguments.front())) {
+    if (arguments.empty() || TerminalText::isOption(arguments.front())) {
         return "";
     }
     const std::string& word = arguments.front();
@@ -146,7 +135,7 @@ std::string whatIsWrong(const CLI::App& app, const CLI::ParseError& error)
 {
     const CLI::App& verb = verbOf(app);
     if (const std::vector<std::string> rest = app.remaining(true); !rest.empty()) {
-        const auto option = std::find_if(rest.begin(), rest.end(), isOption);
+        const auto option = std::find_if(rest.begin(), rest.end(), TerminalText::isOption);
         return option != rest.end() ? unknownOption(verb, *option)
                                     : callOf(verb) + ": \"" + oneLine(rest.front()) + "\" is one word too many";
     }

@@ -27,10 +27,10 @@
 #include <system/program.h>
 #include <system/stopsignal.h>
 #include <terminaltext/commandtree.h>
-#include <terminaltext/nearestword.h>
 #include <terminaltext/optionvalues.h>
 #include <terminaltext/qtnames.h>
 #include <terminaltext/terminaltext.h>
+#include <terminaltext/wrongarguments.h>
 
 #include "answers/answers.h"
 #include "recordings/recordedfile.h"
@@ -124,26 +124,6 @@ void addOptions(CLI::App& app, ProgramOptions& options)
     app.add_flag("-q,--quiet", options.quiet, "Print nothing but the address");
 }
 
-std::string unknownOption(const CLI::App& app, const std::string& argument)
-{
-    std::vector<std::string> known;
-    for (const CLI::Option* option : app.get_options()) {
-        for (const std::string& name : option->get_lnames()) {
-            known.push_back("--" + name);
-        }
-    }
-    const std::string name = argument.substr(0, argument.find('='));
-    return "there is no option " + oneLine(name) + TerminalText::didYouMean(name, known);
-}
-
-std::string whatIsWrong(const CLI::App& app, const CLI::ParseError& error)
-{
-    if (const std::vector<std::string> rest = app.remaining(); !rest.empty()) {
-        return unknownOption(app, rest.front());
-    }
-    return oneLine(error.what());
-}
-
 CommandLine refused(const std::string& why)
 {
     std::cerr << "recview: " << why << "\nrecview --help tells more.\n";
@@ -168,7 +148,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
         app.exit(success);
         return {std::nullopt, ExitCode::Fine};
     } catch (const CLI::ParseError& error) {
-        return refused(whatIsWrong(app, error));
+        return refused(TerminalText::whatIsWrong(app, error));
     }
     if (options.paths.empty() && !options.open) {
         return refused("a file or directory with recordings is missing");

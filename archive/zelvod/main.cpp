@@ -2,6 +2,7 @@
 // exit codes that it explains.
 
 #include <cmath>
+#include <iostream>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@
 #include <system/program.h>
 #include <terminaltext/commandtree.h>
 #include <terminaltext/qtnames.h>
+#include <terminaltext/wrongarguments.h>
 
 #include "service.h"
 
@@ -76,9 +78,12 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
         // The parser takes them from the end.
         std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
         app.parse(std::move(reversed));
+    } catch (const CLI::Success& success) {  // help was asked for
+        app.exit(success);
+        return {std::nullopt, ExitCode::Success};
     } catch (const CLI::ParseError& error) {
-        const bool asked = app.exit(error) == 0;
-        return {std::nullopt, asked ? ExitCode::Success : ExitCode::WrongArguments};
+        std::cerr << "zelvod: " << TerminalText::whatIsWrong(app, error) << "\nzelvod --help tells more.\n";
+        return {std::nullopt, ExitCode::WrongArguments};
     }
     options.config = QString::fromStdString(config);
     options.everyMs = std::llround(everySeconds * MillisecondsPerSecond);

@@ -167,7 +167,12 @@ TEST_F(Zelvod, SaysWhyItCannotRun)
 
 TEST_F(Zelvod, RefusesWrongArgumentsAndHelps)
 {
-    EXPECT_EQ(run({"--twice"}).exitCode, 1);
+    const Result unknown = run({"--onec"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_EQ(unknown.err, "zelvod: there is no option --onec: did you mean --once?\nzelvod --help tells more.\n");
+    const Result word = run({"twice"});
+    EXPECT_EQ(word.exitCode, 1);
+    EXPECT_EQ(word.err, "zelvod: \"twice\" is one word too many\nzelvod --help tells more.\n");
     EXPECT_EQ(run({"--once", "--set-up"}).exitCode, 1);
     EXPECT_EQ(run({"--every", "0"}).exitCode, 1);
     const Result help = run({"--help"});
