@@ -89,6 +89,7 @@ void ObservedValues::observe(CValueTable& entry, values::ValueBase& value)
 {
     if (entry.observed != &value) {
         entry.observed = &value;
+        entry.registered = !value.IsObservedBy(&m_observer);
         value.AddObserver(&m_observer);
     }
     if (!entry.switchedOn) {  // a value that failed to be switched off is still observed
@@ -108,9 +109,24 @@ void ObservedValues::stopObserving(CValueTable& entry)
     if (std::exchange(entry.switchedOn, false)) {
         value->CommandRecordingOff();
     }
-    value->RemoveObserver(&m_observer);
-    entry.observed = nullptr;
+    letGo(entry);
     entry.joined = false;
+}
+
+// A value may have several keywords, and may be one that controls the recorder: it is observed as long as one needs it.
+void ObservedValues::letGo(CValueTable& entry)
+{
+    values::ValueBase* const value = std::exchange(entry.observed, nullptr);
+    if (!std::exchange(entry.registered, false)) {
+        return;
+    }
+    const auto other = std::find_if(m_keywords.begin(), m_keywords.end(),
+                                    [&](const auto& keyword) { return keyword.second.observed == value; });
+    if (other != m_keywords.end()) {
+        other->second.registered = true;
+    } else {
+        value->RemoveObserver(&m_observer);
+    }
 }
 
 bool ObservedValues::forget(const void* subject, TChangeCode code)
@@ -123,8 +139,7 @@ bool ObservedValues::forget(const void* subject, TChangeCode code)
         }
         watched = true;
         if (value->QueryChange(code) == 1) {
-            value->RemoveObserver(&m_observer);
-            entry.observed = nullptr;
+            letGo(entry);
             entry.switchedOn = false;
         }
     }

@@ -20,6 +20,7 @@ namespace Recording2 {
 struct CValueTable {
     QString valuePath;
     values::ValueBase* observed = nullptr;  ///< not owned; null while nothing is observed
+    bool registered = false;                ///< this entry made the recorder its observer
     bool switchedOn = false;                ///< its command recording, by this entry: only then it is switched off
     bool joined = false;                    ///< somebody else had it on: the next change is to be recorded whole
 };
@@ -74,6 +75,7 @@ private:
     friend class RecordingTestPeer;
 
     void stopObserving(CValueTable& entry);
+    void letGo(CValueTable& entry);
     void refresh();
 
     IObserver& m_observer;

@@ -186,6 +186,34 @@ TEST_F(RecorderCapture, ARemovalForgetsTheValueInEveryEntry)
     EXPECT_THAT(changesIn(stopAndRead()), IsEmpty());
 }
 
+TEST_F(RecorderCapture, AValueOfTwoKeywordsIsRecordedWhileOneIsDropped)
+{
+    prepareSpectra();
+    station.configure(QString(),
+                      "RFSPECTRUM = \"/IfMapping\"\nIFSPECTRUM = \"/IfMapping\"\n"
+                      "DRVCOMMANDS = \"Gen/DRVCOMMANDS\"");
+    startRecorder();  // drops the IF spectrum
+    ifSpectrum().SetCell(3, -50, 0);
+    mode().SelectKey(23);  // and this the RF spectrum
+    ifSpectrum().SetCell(3, -51, 0);
+    std::vector<std::int32_t> types;
+    for (const auto& change : changesIn(stopAndRead())) {
+        types.push_back(change.code);
+    }
+    EXPECT_THAT(types, ElementsAre(1, 3, 2));
+    EXPECT_FALSE(ifSpectrum().IsObservedBy(&recorder()));
+    EXPECT_FALSE(ifSpectrum().IsCommandRecording());
+}
+
+TEST_F(RecorderCapture, ARemovalForgetsTheValueOfTwoKeywordsOfWhichOneWasDropped)
+{
+    station.configure(QString(), "RFSPECTRUM = \"/IfMapping\"\nIFSPECTRUM = \"/IfMapping\"");
+    startRecorder();
+    station.tree.Remove("/IfMapping");
+    EXPECT_EQ(Peer::keywords(recorder()).at("RFSPECTRUM").observed, nullptr);
+    EXPECT_THAT(changesIn(stopAndRead()), IsEmpty());
+}
+
 TEST_F(RecorderCapture, ADeletedItemIsNoRecordAndKeepsTheSelectionWatched)
 {
     startRecorder();
@@ -236,6 +264,18 @@ TEST_F(RecorderCapture, TheRecordersOwnStatusValuesCanBeRecorded)
     startRecorder();
     at<Text>("/Status/Rx1/REC_HEADER").SetValue("noted");
     EXPECT_THAT(dataOf(changesIn(stopAndRead())), ElementsAre("2;noted"));
+}
+
+TEST_F(RecorderCapture, AControlValueThatIsRecordedControlsTheNextRecordingToo)
+{
+    station.configure(QString(), "STATUSTEXT = \"/Devices/Rx1/REC_STATUS\"\nPATHTEXT = \"/Status/Rx1/REC_FILEPATH\"");
+    startRecorder();
+    station.switchOff();
+    EXPECT_FALSE(Peer::isRecording(recorder()));
+    at<Text>("/Status/Rx1/REC_FILEPATH").SetValue(station.file("elsewhere"));
+    EXPECT_EQ(Peer::configuration(recorder()).recordingPath, station.file("elsewhere"));
+    station.switchOn();
+    EXPECT_TRUE(Peer::isRecording(recorder()));
 }
 
 }  // namespace
