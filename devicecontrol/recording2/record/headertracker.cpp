@@ -14,10 +14,16 @@ namespace Recording2 {
 
 namespace {
 
-// A number that is not known yet, and 0, give no range.
+// What is not known yet, or too large for a header that readers take, is no frequency.
+bool isFrequency(double number)
+{
+    return std::abs(number) <= static_cast<double>(std::numeric_limits<float>::max());
+}
+
+// A number that is none, and 0, give no range.
 float known(double number)
 {
-    return std::isnan(number) ? 0.0F : static_cast<float>(number);
+    return isFrequency(number) ? static_cast<float>(number) : 0.0F;
 }
 
 // Truncated; a number that no level field can hold gives the nearest it can.
@@ -92,12 +98,12 @@ void HeaderTracker::forgetFrequencies()
 void HeaderTracker::takeScan(std::int32_t typeId, const values::ValueBase& value, bool anew)
 {
     if (const auto* numeric = dynamic_cast<const values::ValueNumeric<double>*>(&value)) {
-        const auto number = static_cast<float>(numeric->GetValue());
         std::optional<float>& limit = typeId == StartFreq ? m_range.startFreq : m_range.stopFreq;
         if (anew) {
             limit.reset();
         }
-        if (!std::isnan(number)) {  // else it is not known yet
+        if (isFrequency(numeric->GetValue())) {
+            const auto number = static_cast<float>(numeric->GetValue());
             const float before = limit.value_or(number);
             limit = typeId == StartFreq ? std::min(before, number) : std::max(before, number);
         }
@@ -111,8 +117,8 @@ bool HeaderTracker::takeFrequency(const values::ValueBase& value)
         return false;
     }
     m_frequency = known(frequency->GetValue());
-    m_frequencyOffset = frequency->GetOffset();
-    return !std::isnan(frequency->GetValue());
+    m_frequencyOffset = isFrequency(frequency->GetOffset()) ? frequency->GetOffset() : 0;
+    return isFrequency(frequency->GetValue());
 }
 
 bool HeaderTracker::takeModeKey(const values::ValueBase& value)
@@ -156,8 +162,8 @@ void HeaderTracker::computeRange()
 {
     const double centre = static_cast<double>(m_frequency) + m_frequencyOffset;
     const double half = static_cast<double>(m_ifSpan) / 2;
-    m_range.startFreq = static_cast<float>(centre - half);
-    m_range.stopFreq = static_cast<float>(centre + half);
+    m_range.startFreq = known(centre - half);
+    m_range.stopFreq = known(centre + half);
 }
 
 }  // namespace Recording2

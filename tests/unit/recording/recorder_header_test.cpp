@@ -21,6 +21,29 @@ TEST_F(RecorderHeader, FrequenciesThatBecomeKnownWhileRecordingAreTheHeaders)
     EXPECT_EQ(stopAndRead().header.startFrequency, 0) << "it was not told again";
 }
 
+TEST_F(RecorderHeader, NumbersThatNoReaderTakesAreNoFrequencies)
+{
+    constexpr double Infinite = std::numeric_limits<double>::infinity();
+    constexpr double TooLarge = 1e39;  // for the 32 bits of a header
+    startFreq().SetValue(100e6);
+    stopFreq().SetValue(120e6);
+    startRecorder();
+    startFreq().SetValue(-Infinite);
+    stopFreq().SetValue(TooLarge);
+    const auto header = stopAndRead().header;
+    EXPECT_EQ(header.startFrequency, 100e6F);
+    EXPECT_EQ(header.stopFrequency, 120e6F);
+    mode().SelectKey(23);
+    ifSpan().SelectKey(1);
+    for (const auto& [value, offset] : {std::pair(Infinite, 0.0), std::pair(100e6, TooLarge), std::pair(3e38, 3e38)}) {
+        start();
+        frequency().SetValue(value);
+        frequency().SetOffset(offset);
+        const auto computed = stopAndRead().header;
+        EXPECT_TRUE(std::isfinite(computed.startFrequency) && std::isfinite(computed.stopFrequency)) << value;
+    }
+}
+
 TEST_F(RecorderHeader, TheHeadersRangeIsTheWidestAndTheNextRecordingBeginsWithThatOfTheTree)
 {
     startFreq().SetValue(100e6);
