@@ -55,7 +55,9 @@ QString timeInName(const QDateTime& utcNow, bool localTime)
         return utcNow.toLocalTime().toString(format);
     }
     const QDateTime readAsLocal(utcNow.date(), utcNow.time(), Qt::LocalTime);
-    return utcNow.toString(format) + QStringLiteral("_UTC") + UtcOffsetSuffix(readAsLocal.secsTo(utcNow));
+    // In the hour that a summer time leaves out there is no such reading.
+    const qint64 offset = readAsLocal.isValid() ? readAsLocal.secsTo(utcNow) : utcNow.toLocalTime().offsetFromUtc();
+    return utcNow.toString(format) + QStringLiteral("_UTC") + UtcOffsetSuffix(offset);
 }
 
 }  // namespace

@@ -60,6 +60,15 @@ TEST_P(RecordingFileNamesInZones, CarryUtcAndTheOffsetOrLocalTimeWhereThatIsWant
     expect(Winter, true, GetParam().winterLocal);
 }
 
+#if !defined(_WIN32)  // whose summers begin elsewhere
+TEST(RecordingFileNames, TheOffsetOfAReadingThatLocalTimeLeavesOutIsThatOfTheMoment)
+{
+    const Zone zone("Europe/Berlin");
+    const QDateTime time(QDate(2026, 3, 29), QTime(2, 30), Qt::UTC);
+    EXPECT_EQ(RecordingFileName(QString(), "RX 1", time, false), "RX_1__2026-03-29__02-30-00_UTC+02-00.tmp");
+}
+#endif
+
 /// A name by local time in UTC.
 QString named(const QString& caption, const QString& device)
 {
