@@ -183,6 +183,49 @@ TEST_F(Reading, ARecordOfLengthZeroLeavesTheObjectAsItWas)
     EXPECT_EQ(dataOf(record), "b");
 }
 
+TEST_F(Reading, ANegativeLengthIsARecordWithoutDataButNoneByTime)
+{
+    ByteBuilder bytes(TestSupport::headerArea());
+    bytes.raw("7#-5#").raw(TestSupport::recordBytes(6, "b"));
+    const HeaderFields header{.firstRecord = 500, .timeTable = bytes.position()};
+    bytes.time(10).number(500).time(20).number(505).overwrite(0, header.bytes());
+    const auto file = openBytes(bytes.bytes());
+
+    CVTCmdData record = makeRecord(9, "kept");
+    EXPECT_EQ(file->read(record, 10), 0U);
+    EXPECT_EQ(record.cmd(), 9);
+    const auto again = openBytes(bytes.bytes());
+    EXPECT_EQ(again->read(record), 20U);
+    EXPECT_EQ(record.cmd(), 7);
+    EXPECT_EQ(dataOf(record), "kept");
+    const auto third = openBytes(bytes.bytes());
+    record.set_cmd(9);
+    EXPECT_EQ(third->readAndReturnTimeOfCurrentCmd(record), 10U);
+    EXPECT_EQ(record.cmd(), 7);
+    EXPECT_EQ(dataOf(record), "kept");
+}
+
+TEST_F(Reading, TheFirstOfACodeIsFoundBehindARecordAtTimeZeroThatReadsWhatIsHere)
+{
+    ByteBuilder bytes(TestSupport::headerArea());
+    std::vector<std::int64_t> positions;
+    for (const auto& [code, length] : {std::pair(1, 1), std::pair(2, 700), std::pair(3, 1), std::pair(4, 1)}) {
+        positions.push_back(bytes.position());
+        bytes.raw(TestSupport::recordBytes(code, std::string(static_cast<std::size_t>(length), 'x')));
+    }
+    const HeaderFields header{.firstRecord = 500, .timeTable = bytes.position()};
+    for (std::size_t i = 0; i < positions.size(); ++i) {
+        bytes.time(i).number(positions[i]);
+    }
+    bytes.overwrite(0, header.bytes());
+    const auto file = openBytes(bytes.bytes());
+
+    CVTCmdData record;
+    EXPECT_EQ(file->readnext(record), 1U);
+    EXPECT_EQ(file->readfirst(record, 3), 2U);
+    EXPECT_EQ(record.cmd(), 3);
+}
+
 TEST_F(Reading, ARecordThatReachesPastTheFileFailsTheStreamForGood)
 {
     ByteBuilder bytes(TestSupport::headerArea());

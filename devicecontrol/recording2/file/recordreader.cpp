@@ -10,12 +10,15 @@
 
 namespace Recording2 {
 
-std::int32_t RecordReader::readHere(CVTCmdData& record)
+// A damaged length below 0 is a record without data, but none for who reads by time.
+std::int32_t RecordReader::readHere(CVTCmdData& record, Way way)
 {
     Format::RecordHead head;
     Format::readRecordHead(m_input->cursor, head);
-    if (head.dataLength > 0) {
+    if (way == Way::InOrder ? head.dataLength != 0 : head.dataLength > 0) {
         record.set_cmd(head.code);
+    }
+    if (head.dataLength > 0) {
         m_input->cursor.readBytes(record.m_data, head.dataLength);
     }
     return head.dataLength;
@@ -31,7 +34,7 @@ std::uint64_t RecordReader::read(CVTCmdData& record)
     if (!good()) {
         return 0;
     }
-    readHere(record);
+    readHere(record, Way::InOrder);
     return timeHere();
 }
 
@@ -41,7 +44,7 @@ std::uint64_t RecordReader::readAndReturnItsTime(CVTCmdData& record)
         return 0;
     }
     const std::uint64_t time = timeHere();
-    readHere(record);
+    readHere(record, Way::InOrder);
     return time;
 }
 
@@ -59,7 +62,7 @@ std::int32_t RecordReader::readAt(CVTCmdData& record, std::uint64_t time)
         return 0;
     }
     const std::int64_t begin = m_input->cursor.position();
-    const std::int32_t length = readHere(record);
+    const std::int32_t length = readHere(record, Way::ByTime);
     m_bytesRead += m_input->cursor.position() - begin;
     return length;
 }
@@ -94,7 +97,7 @@ std::uint64_t RecordReader::readFirst(CVTCmdData& record, std::int32_t code)
     if (!good() || m_index == nullptr) {
         return 0;
     }
-    const std::int64_t fileBytes = fileSize();
+    const std::int64_t mostBytes = 2 * fileSize();  // an entry at time 0 reads what is at the cursor once more
     auto rank = m_index->rankOf(m_positions.firstRecord);
     if (!rank) {
         return 0;
@@ -108,7 +111,7 @@ std::uint64_t RecordReader::readFirst(CVTCmdData& record, std::int32_t code)
                 return previous->time;
             }
         }
-        if (m_bytesRead > fileBytes) {  // records of a damaged index overlap: there may be no end to them
+        if (m_bytesRead > mostBytes) {  // records of a damaged index overlap: there may be no end to them
             return 0;
         }
     }

@@ -56,7 +56,8 @@ public:
 
 private:
     [[nodiscard]] bool good() const { return m_input != nullptr && m_input->good(); }
-    std::int32_t readHere(CVTCmdData& record);
+    enum class Way { InOrder, ByTime };
+    std::int32_t readHere(CVTCmdData& record, Way way);
     [[nodiscard]] std::uint64_t timeHere() const;
 
     OpenInput* m_input;
