@@ -289,7 +289,7 @@ bool CFileAccess::TakeFinalName()
     if (!d->own.valid) {
         return false;
     }
-    if (!d->shared->growing->file().isAt(FileNames::native(d->path))) {
+    if (!d->shared->growing->file().isReachedBy(FileNames::native(d->path))) {
         Traces::tellOfFile(QStringLiteral("the recording file is no longer under its name"), d->path, __LINE__);
         return false;
     }

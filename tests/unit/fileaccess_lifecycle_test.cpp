@@ -59,6 +59,20 @@ TEST_F(Lifecycle, TheSuffixTmpBecomesRecAtCloseBehindTheFirstDotAndNoOtherDoes)
     EXPECT_FALSE(exists("d.rec"));
 }
 
+#if !defined(_WIN32)
+TEST_F(Lifecycle, ALinkThatLeadsToTheFileGetsTheFinalName)
+{
+    TestSupport::writeFile(filePath("target"), "");
+    ASSERT_TRUE(QFile::link(filePath("target"), filePath("a.tmp")));
+    const auto file = openForWriting("a.tmp");
+    write(*file, 1, "data", 10);
+    close(*file);
+    EXPECT_FALSE(exists("a.tmp"));
+    EXPECT_EQ(QFile::symLinkTarget(filePath("a.rec")), filePath("target"));
+    EXPECT_EQ(bytesOf("target"), ReferenceRecording().record(1, "data", 10).close());
+}
+#endif
+
 TEST_F(Lifecycle, TheRenameNeverReplacesAnExistingFile)
 {
     TestSupport::writeFile(filePath("a.rec"), "an earlier recording");

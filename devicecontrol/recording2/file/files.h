@@ -38,8 +38,9 @@ public:
     {
         return System::lockPatiently(m_file);
     }  ///< against other processes, until it is closed
-    /// Whether a name is still that of this file, while it is open.
+    /// Whether a name is still that of this file, and whether it leads to it, while it is open.
     [[nodiscard]] bool isAt(const std::filesystem::path& path) const { return m_file.isAt(path); }
+    [[nodiscard]] bool isReachedBy(const std::filesystem::path& path) const { return m_file.isReachedBy(path); }
 
     [[nodiscard]] bool good() const { return m_error == 0; }
     [[nodiscard]] System::Error error() const { return m_error; }  ///< the first one
