@@ -103,8 +103,9 @@ QString ArchiveFile::newGroup(std::string& path)
         traceIfFailed(*m_client, QStringLiteral("Zelvo ERROR: error while get the File-Group-GUID: --> "), __LINE__);
         return guid;
     }
-    const QString name = FileNames::fromBytes(FileNames::fileName(path));
-    path = FileNames::toBytes(QFileInfo(QDir(directory), name).absoluteFilePath());
+    // Joined as text: Qt takes a name that begins with ":" for one of its own and leaves the directory out.
+    const QString folder = QDir(directory).absolutePath();
+    path = FileNames::toBytes(folder + (folder.endsWith(QLatin1Char('/')) ? "" : "/")) + FileNames::fileName(path);
     show(guid);
     return guid;
 }

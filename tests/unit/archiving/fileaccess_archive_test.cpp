@@ -74,6 +74,17 @@ TEST_F(ArchivedFile, TheDirectoryOfAGroupIsAbsolute)
     EXPECT_TRUE(QFileInfo(Recording2::FileNames::fromBytes(file->path())).isAbsolute());
 }
 
+#if !defined(_WIN32)
+TEST_F(ArchivedFile, KeepsItsDirectoryAlsoUnderANameThatBeginsWithAColon)
+{
+    const QString path = station.directory() + "/:a.tmp";
+    const auto file = open(path, true);
+    EXPECT_EQ(file->path(), TestSupport::fileName8(path));
+    close(*file);
+    EXPECT_TRUE(QFile::exists(station.directory() + "/:a.rec"));
+}
+#endif
+
 TEST_F(ArchivedFile, WithoutAnOperatorNameTheUserIsArbitaryUsername)
 {
     const auto userOf = [this](const QString& name) {
