@@ -87,11 +87,8 @@ struct Archive::Private {
                 return problem(StorageProblem::Kind::Altered,
                                QStringLiteral("%1 was altered: it has %2 bytes and the hash %3, stored were %4 bytes "
                                               "with the hash %5")
-                                   .arg(path)
-                                   .arg(digest.bytes)
-                                   .arg(QString::fromLatin1(digest.sha256))
-                                   .arg(file.bytes)
-                                   .arg(file.sha256));
+                                   .arg(path, QString::number(digest.bytes), QString::fromLatin1(digest.sha256),
+                                        QString::number(file.bytes), file.sha256));
             }
         } catch (const FileError& error) {
             return problem(StorageProblem::Kind::Unreadable, error.text());

@@ -65,8 +65,7 @@ QString fileLine(const Summary::File& file)
     const bool archived = file.report.state == FileReport::State::Archived;
     return QStringLiteral("%1: %2 (%3, %4 records)\n")
         .arg(printable(file.recorder), printable(archived ? file.report.address : file.report.path),
-             byteText(file.report.bytes))
-        .arg(file.report.records);
+             byteText(file.report.bytes), QString::number(file.report.records));
 }
 
 }  // namespace

@@ -12,7 +12,8 @@ namespace {
 // Always the same, so that what a killed mover left is found.
 QString temporaryPath(const QString& target, const FileRow& file)
 {
-    return QStringLiteral("%1/.%2.%3.part").arg(QFileInfo(target).path()).arg(file.id).arg(file.version);
+    return QStringLiteral("%1/.%2.%3.part")
+        .arg(QFileInfo(target).path(), QString::number(file.id), QString::number(file.version));
 }
 
 bool isStoredAlready(const Original& original, const QString& target, const Files& files, Digest& digest,

@@ -27,8 +27,8 @@ public:
     {
         const toml::node* node = m_table.get(key);
         const auto line = node != nullptr ? node->source().begin.line : m_table.source().begin.line;
-        throw ArchiveError(
-            QStringLiteral("%1:%2: %3 of [archive] %4").arg(m_fileName).arg(line).arg(QLatin1String(key), problem));
+        throw ArchiveError(QStringLiteral("%1:%2: %3 of [archive] %4")
+                               .arg(m_fileName, QString::number(line), QLatin1String(key), problem));
     }
     template <typename T>
     [[nodiscard]] std::optional<T> value(const char* key, const char* wanted) const

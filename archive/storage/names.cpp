@@ -66,7 +66,7 @@ Address addressOf(const ZelvoUrl& url)
 
 bool isFileName(const QString& name)
 {
-    constexpr int MostBytes = 200;
+    constexpr int MostBytes = 220;  // of 255; before it come two numbers, where it is stored
     if (name.isEmpty() || name.startsWith(QLatin1Char('.')) || name.toUtf8().size() > MostBytes ||
         QString::fromUtf8(name.toUtf8()) != name) {
         return false;

@@ -22,7 +22,7 @@ struct Address {
 [[nodiscard]] std::optional<Address> parseAddress(const ZelvoUrl& url);
 /// @throws ArchiveError of ZelvoError::BadName for such a text
 [[nodiscard]] Address addressOf(const ZelvoUrl& url);
-/// One component of a path: no separators, no control characters, not hidden, at most 200 bytes.
+/// One component of a path: no separators, no control characters, not hidden, at most 220 bytes.
 [[nodiscard]] bool isFileName(const QString& name);
 /// "a.tmp" for "a.rec": the name while the file is recorded.
 [[nodiscard]] QString unfinishedName(const QString& name);

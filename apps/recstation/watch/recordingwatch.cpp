@@ -142,9 +142,7 @@ RescuedRecording RecordingWatch::rescueGone() const
     }
     const std::size_t records = Inspection::inspect(m_file.readablePath().toStdString()).times.size();
     return {QString(), QStringLiteral("%1; %2 records are lost, they could not be saved as %3: %4")
-                           .arg(what)
-                           .arg(records)
-                           .arg(saved, problem)};
+                           .arg(what, QString::number(records), saved, problem)};
 }
 
 RescuedRecording RecordingWatch::rescueCut(const QString& what) const
@@ -159,16 +157,16 @@ RescuedRecording RecordingWatch::rescueCut(const QString& what) const
     }
     const UnfinishedRecording saved = saveDamaged(closed);
     if (saved.recovered.isEmpty()) {
-        return {closed, QStringLiteral("%1; its %2 records are lost: %3")
-                            .arg(what)
-                            .arg(Inspection::inspect(QFile::encodeName(closed).toStdString()).times.size())
-                            .arg(saved.problem)};
+        return {
+            closed,
+            QStringLiteral("%1; its %2 records are lost: %3")
+                .arg(what, QString::number(Inspection::inspect(QFile::encodeName(closed).toStdString()).times.size()),
+                     saved.problem)};
     }
     return {saved.recovered,
             QStringLiteral("%1; %2 records were saved, lost: %3; %4")
-                .arg(what)
-                .arg(saved.records)
-                .arg(saved.lost.isEmpty() ? QStringLiteral("nothing") : saved.lost.join(QStringLiteral(", ")),
+                .arg(what, QString::number(saved.records),
+                     saved.lost.isEmpty() ? QStringLiteral("nothing") : saved.lost.join(QStringLiteral(", ")),
                      saved.movedTo.isEmpty() ? saved.problem : QStringLiteral("the original is now ") + saved.movedTo)};
 }
 

@@ -150,7 +150,7 @@ public:
         const QString stem = QFileInfo(path).fileName().chopped(ending.size());
         QString name = stem;
         for (int number = 2; isTaken(name); ++number) {
-            name = QStringLiteral("%1_%2").arg(stem).arg(number);
+            name = stem + QLatin1Char('_') + QString::number(number);
         }
         QString moved = m_folder.absoluteFilePath(name + ending);
         if (!QFile::rename(path, moved)) {
@@ -269,7 +269,7 @@ QString UnfinishedRecording::sentence() const
         return QStringLiteral("%1 of an earlier run was not recovered: %2; it was left where it is")
             .arg(path, withoutStop(problem));
     }
-    const QString kept = QStringLiteral("%1 (%2 records)").arg(recovered).arg(records);
+    const QString kept = QStringLiteral("%1 (%2 records)").arg(recovered, QString::number(records));
     if (path.endsWith(JournalEnding)) {
         return QStringLiteral("%1 of an earlier run is whole; its journal %2")
             .arg(kept, movedTo.isEmpty() ? QStringLiteral("could not be moved away")

@@ -27,6 +27,21 @@ TEST_F(Moving, TakesAFinishedRecordingToTheStorageAndDeletesTheOriginal)
     EXPECT_EQ(move().moved, 0);
 }
 
+TEST_F(Moving, TakesTheLongestNameOfARecorderToAStorageOfAnyName)
+{
+    const QTemporaryDir root(temporaryTemplate());
+    const StationFolder station(root.path(), root.filePath("st%1%2%2Fx"));
+    SetUpArchive(station.configuration);
+    ZelvoClient recorder(station.configuration);
+    const QByteArray bytes = bytesOf(10);
+    constexpr int Longest = 210;  // 200, and a number behind them
+    const ZelvoUrl address = recordOne(recorder, station.recordings(), QString(Longest, QLatin1Char('c')), bytes);
+    EXPECT_EQ(summed(Mover(station.configuration).runPending()), "1 moved, 0 failed, 0 waiting");
+    const FileInfo moved = Archive(station.configuration).file(address).value();
+    EXPECT_EQ(moved.state, FileState::Moved);
+    EXPECT_EQ(readFile(station.configuration.storage + QLatin1Char('/') + moved.storedPath), bytes);
+}
+
 TEST_F(Moving, KeepsWhatTheClientSaidOfAGroup)
 {
     client().SetUser("Arbitary Username");

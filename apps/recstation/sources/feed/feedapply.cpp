@@ -77,8 +77,7 @@ void select(values::ValueSelection& selection, const std::variant<QString, std::
         }
     } else if (!selection.SelectKey(std::get<std::int32_t>(choice))) {
         failValue(QStringLiteral("%1 has no item with the key %2")
-                      .arg(selection.GetPath())
-                      .arg(std::get<std::int32_t>(choice)));
+                      .arg(selection.GetPath(), QString::number(std::get<std::int32_t>(choice))));
     }
 }
 
@@ -122,10 +121,8 @@ void setCells(Map& map, const FeedChange& change)
     const std::size_t channels = map.size();
     if (change.firstCell > channels || change.cells->size() > channels - change.firstCell) {
         failValue(QStringLiteral("%1 has %2 channels: %3 cells from channel %4 on do not fit")
-                      .arg(map.GetPath())
-                      .arg(channels)
-                      .arg(change.cells->size())
-                      .arg(change.firstCell));
+                      .arg(map.GetPath(), QString::number(channels), QString::number(change.cells->size()),
+                           QString::number(change.firstCell)));
     }
     std::vector<Entry> entries;
     entries.reserve(change.cells->size());
