@@ -96,7 +96,7 @@ void fetchStored(const FileRow& file, const QString& path, unsigned mode, const 
     }
 }
 
-void makeRoom(const Station& station, const Files& files, std::int64_t bytesToCome)
+void makeRoom(Station& station, const Files& files, std::int64_t bytesToCome)
 {
     const std::vector<Entry> all = entries(station.paths().cache(), files);
     std::int64_t sum = bytesToCome;

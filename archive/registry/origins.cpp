@@ -65,6 +65,20 @@ std::vector<Address> Origins::sharing(const Address& address)
     return others;
 }
 
+Address Origins::firstOf(const Address& address)
+{
+    Address first = address;
+    m_journal.select(QStringLiteral("SELECT o.guid, o.id FROM file_origins o JOIN file_origins m ON m.file = o.file "
+                                    "WHERE m.guid = :guid AND m.id = :id AND m.deleted = 0 AND o.deleted = 0 "
+                                    "ORDER BY o.rowid LIMIT 1"),
+                     keyOf(address), [&first](const QSqlQuery& row) {
+                         RowReader read(row);
+                         read("guid", first.guid);
+                         read("id", first.id);
+                     });
+    return first;
+}
+
 std::vector<QString> Origins::owners(const QString& file)
 {
     return m_journal.texts(QStringLiteral("SELECT g.owner FROM file_origins o JOIN file_groups g ON g.guid = o.guid "

@@ -35,6 +35,8 @@ public:
     [[nodiscard]] bool isAnothers(const QString& file, const Address& address);
     /// The other addresses of the same file, deleted or not.
     [[nodiscard]] std::vector<Address> sharing(const Address& address);
+    /// Under which of the addresses of its file it was first registered; the address itself once the file is deleted.
+    [[nodiscard]] Address firstOf(const Address& address);
     /// The recorders that registered the file; empty for one that is not registered.
     [[nodiscard]] std::vector<QString> owners(const QString& file);
 

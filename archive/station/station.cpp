@@ -164,9 +164,9 @@ void Station::removeDeadOwners() const
     }
 }
 
-std::unique_ptr<FileLock> Station::lock(const Address& address, FileLock::Mode mode) const
+std::unique_ptr<FileLock> Station::lock(const Address& address, FileLock::Mode mode)
 {
-    return FileLock::tryLock(m_paths.lock(checkedFlatName(address)), mode, m_configuration.fileMode);
+    return FileLock::tryLock(m_paths.lock(checkedFlatName(m_origins.firstOf(address))), mode, m_configuration.fileMode);
 }
 
 QString Station::editedPath(const FileRow& file) const

@@ -40,7 +40,8 @@ public:
     /// Whether a process of this station lives.
     [[nodiscard]] bool ownerLives(const QString& owner) const;
     void removeDeadOwners() const;
-    [[nodiscard]] std::unique_ptr<FileLock> lock(const Address& address, FileLock::Mode mode) const;
+    /// Of the file that an address is about: while it waits, all of its addresses have one lock.
+    [[nodiscard]] std::unique_ptr<FileLock> lock(const Address& address, FileLock::Mode mode);
     /// Where the edited version of a file lies, by its name and version alone.
     [[nodiscard]] QString editedPath(const FileRow& file) const;
     [[nodiscard]] QString cachedPath(const FileRow& file) const;

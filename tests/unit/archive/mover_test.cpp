@@ -192,6 +192,29 @@ TEST_F(Moving, LeavesAFileAloneThatIsOpenForWriting)
     EXPECT_EQ(storedBytes(address), bytesOf(20, 5));
 }
 
+TEST_F(Moving, LeavesAFileAloneThatIsOpenForWritingUnderAnotherOfItsAddresses)
+{
+    const QString guid = newGroup();
+    const QString otherGuid = newGroup();
+    const std::uint32_t id = begin(guid, "a", bytesOf(10));
+    const ZelvoUrl other = url(otherGuid, client().AddFile("a.rec", otherGuid));
+    finish("a");
+    client().MoveToNas(guid);
+    client().MoveToNas(otherGuid);
+    const QString path = client().RequestFile(other, LockState::Exclusive);
+    EXPECT_EQ(path, recording("a.rec"));
+    ZelvoClient reader(configuration());
+    EXPECT_EQ(reader.RequestFile(url(guid, id), LockState::Shared), QString());
+    EXPECT_EQ(reader.GetError(), ZelvoError::Locked);
+    EXPECT_EQ(summed(move()), "0 moved, 0 failed, 2 waiting");
+    writeBytes(path, bytesOf(20, 5));
+    client().CloseFile(other);
+    EXPECT_EQ(move().moved, 1);
+    for (const ZelvoUrl& address : {url(guid, id), other}) {
+        EXPECT_EQ(given(address), bytesOf(20, 5));
+    }
+}
+
 TEST_F(Moving, RemovesExpiredGroupsOnlyWhenItMay)
 {
     const QString guid = newGroup(QDateTime::fromMSecsSinceEpoch(clock.now + 1'000));
