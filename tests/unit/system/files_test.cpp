@@ -231,6 +231,7 @@ TEST_F(SystemFiles, WhoSharesALockFileKeepsItAloneOnceNobodyElseHasIt)
     EXPECT_EQ(kindAt(path("lock")), NameKind::Missing);
 }
 
+#if !defined(_WIN32)  // where the name of an open file stays taken
 TEST_F(SystemFiles, ALockFileThatWasTakenAwayIsNotKept)
 {
     System::LockFile keeper;
@@ -238,6 +239,7 @@ TEST_F(SystemFiles, ALockFileThatWasTakenAwayIsNotKept)
     ASSERT_EQ(System::removeFile(path("lock")), 0);
     EXPECT_EQ(keeper.keepAlone(), System::LockHeld);
 }
+#endif
 
 }  // namespace
 }  // namespace SystemTests
